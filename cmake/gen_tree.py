@@ -1,0 +1,246 @@
+#!/usr/bin/env python3
+"""Makes the C++ of the tree's node kinds from src/frontend/T3Tree.desc.
+
+usage: gen_tree.py DESCRIPTION OUTPUT_FOLDER
+writes T3TreeNodes.h (kind enumeration, structures, attribute records, constructors, shared nodes)
+and T3TreeTables.cpp (kind ranges, sizes, names, field lists).
+"""
+import os
+import sys
+
+# word of the description -> (C++ type, neutral value, how the dump shows it)
+FIELD_TYPES = {
+    "child": ("T3Tree_Node*", "nullptr", "Node"),
+    "node": ("T3Tree_Node*", "nullptr", "Reference"),
+    "ident": ("tIdent", "NoIdent", "Ident"),
+    "string": ("tStringRef", "gStringM.EmptyString()", "String"),
+    "bool": ("bool", "false", "Bool"),
+    "position": ("tPosition", "NoPosition", "Position"),
+    "int": ("int", "0", "Bytes"),
+    "long": ("long", "0", "Bytes"),
+    "int64": ("int64_t", "0", "Bytes"),
+    "double": ("double", "0.0", "Bytes"),
+    "time": ("long", "0", "Bytes"),
+    "location": ("const char*", "vexa_location_not_allocated", "Text"),
+    "text": ("const char*", '""', "Text"),
+    "typeset": ("T3TypeSet*", "nullptr", "Reference"),
+    "validset": ("T3ValidSet*", "nullptr", "Reference"),
+    "nodeset": ("T3NodeSet*", "nullptr", "Reference"),
+    "nodelist": ("T3NodeList*", "nullptr", "Reference"),
+    "declmap": ("T3DeclMap*", "nullptr", "Reference"),
+    "namecache": ("T3NameCache*", "nullptr", "Reference"),
+    "bitset": ("DeclBitSet*", "nullptr", "Reference"),
+    "ModuleOptions*": ("ModuleOptions*", "nullptr", "Reference"),
+    "t3_import_restr_t": ("t3_import_restr_t", "t3_import_restr_t{}", "Bytes"),
+    "t3_par_pass_t": ("t3_par_pass_t", "t3_par_pass_t{}", "Bytes"),
+    "t3_permutation_kind_t": ("t3_permutation_kind_t", "t3_permutation_kind_t{}", "Bytes"),
+    "t3_port_kind_t": ("t3_port_kind_t", "t3_port_kind_t{}", "Bytes"),
+    "t3_template_restriction_t": ("t3_template_restriction_t", "t3_template_restriction_t{}", "Bytes"),
+    "t3_verdict_t": ("t3_verdict_t", "t3_verdict_t{}", "Bytes"),
+    "t3_with_attribute_t": ("t3_with_attribute_t", "t3_with_attribute_t{}", "Bytes"),
+}
+
+# The nodes that are shared: one object of each kind, made at its first use.
+SHARED = """T3NoRepresentation T3NoExternal T3NoRefItem T3NoModule T3NoTemplateReference T3NoTemplateDef
+T3NoType T3NoTypeItem T3NoDecl T3NoExpression T3NoWith T3NoStmt T3NoFieldValue T3NoFormalPar T3NoActualPar
+T3NoFieldType T3NoEnumValue T3NoValueListItem T3NoTemplateListItem T3NoAddressListItem T3NoAlt T3NoObjIdItem
+T3NoFieldSpec T3NoPortRedirect T3NoImportException T3ModuleType T3NoEnv T3NoMapEnv T3NotUsedSymbol T3AnyTimer
+T3AllTimer T3AnyPort T3AllPort T3AnyComponent T3AllComponent T3Self T3MTC T3System T3TTCN_3""".split()
+SHARED.remove("T3NoType")  # the type singletons belong to name analysis
+
+MAX_ATTRIBUTES = 80
+
+
+def fail(text):
+    sys.exit("gen_tree.py: " + text)
+
+
+class Field:
+    def __init__(self, name, word, child_class, role):
+        if word not in FIELD_TYPES:
+            fail(f"field {name}: no type {word}")
+        self.name, self.word, self.child_class, self.role = name, word, child_class, role
+        self.ctype, self.neutral, self.shape = FIELD_TYPES[word]
+
+
+class Kind:
+    def __init__(self, name, first, last, base):
+        self.name, self.first, self.last, self.base = name, first, last, base
+        # kinds whose names are plain words would hide fields of that name
+        self.cname = name if name[0].isupper() or name[0] == "_" else "T3_" + name
+        self.fields = []
+
+    def own(self, *roles):
+        return [f for f in self.fields if f.role in roles]
+
+
+def read(path):
+    kinds, by_name = [], {}
+    with open(path, encoding="ascii") as source:
+        for number, line in enumerate(source, 1):
+            words = line.split("#")[0].split()
+            if not words:
+                continue
+            where = f"{path}:{number}: "
+            if line.startswith("kind "):
+                base = None
+                if len(words) == 6:
+                    base = by_name.get(words[5]) or fail(where + "unknown base " + words[5])
+                kind = Kind(words[1], int(words[2]), int(words[3]), base)
+                kinds.append(kind)
+                by_name[kind.name] = kind
+                continue
+            role = "arg"
+            if words[0] in ("attr", "late"):
+                role = words.pop(0)
+            child_class = words[2] if words[1] == "child" else None
+            if len(words) != (3 if child_class else 2):
+                fail(where + "malformed field")
+            kinds[-1].fields.append(Field(words[0], words[1], child_class, role))
+    for number, kind in enumerate(kinds):
+        if kind.first != number:
+            fail(f"{kind.name} has number {kind.first}, its place is {number}")
+        if kind.base and not kind.base.first < kind.first <= kind.last <= kind.base.last:
+            fail(f"{kind.name} lies outside the range of {kind.base.name}")
+        for field in kind.fields:
+            if field.child_class not in (None, "any") and field.child_class not in by_name:
+                fail(f"{kind.name}.{field.name}: no kind {field.child_class}")
+    return kinds, by_name
+
+
+def chain(kind):
+    result = []
+    while kind:
+        result.insert(0, kind)
+        kind = kind.base
+    return result
+
+
+def constructor_fields(kind):
+    return [f for k in chain(kind) for f in k.own("arg")]
+
+
+def concrete(kind):
+    return not kind.name.startswith("_")
+
+
+def write_header(kinds, out):
+    w = out.write
+    w("// Made by gen_tree.py from T3Tree.desc; do not edit.\n#pragma once\n\n")
+    w("enum class T3Kind : unsigned short {\n")
+    for kind in kinds:
+        w(f"  {kind.cname} = {kind.first},\n")
+    w("};\n\ninline constexpr int kT3KindCount = %d;\n\n" % len(kinds))
+    for kind in kinds:
+        base = kind.base.cname if kind.base else "T3Tree_Node"
+        attr_base = kind.base.cname + "_Attributes" if kind.base else "T3Attributes"
+        inherited = sum(len(k.own("attr")) for k in chain(kind)[:-1])
+        if inherited + len(kind.own("attr")) > MAX_ATTRIBUTES:
+            fail(f"{kind.name} has more than {MAX_ATTRIBUTES} attributes")
+        w(f"struct {kind.cname}_Attributes : {attr_base} {{\n")
+        for field in kind.own("attr"):
+            w(f"  {field.ctype} {field.name} = {field.neutral};\n")
+        for index, field in enumerate(kind.own("attr")):
+            w(f"  static constexpr int {field.name}_bit = {inherited + index};\n")
+        w("};\n")
+        w(f"struct {kind.cname} : {base} {{\n")
+        w(f"  static constexpr unsigned short kFirst = {kind.first};\n")
+        w(f"  static constexpr unsigned short kLast = {kind.last};\n")
+        for field in kind.own("arg", "late"):
+            w(f"  {field.ctype} {field.name} = {field.neutral};\n")
+        w(f"  {kind.cname}_Attributes& attr() {{ return static_cast<{kind.cname}_Attributes&>(AttributeRecord()); }}\n")
+        w("};\n\n")
+
+
+def write_constructors(kinds, out):
+    w = out.write
+    w("// Constructors: the position first, then the syntactic fields from the base classes down.\n")
+    for kind in kinds:
+        if not concrete(kind):
+            continue
+        fields = constructor_fields(kind)
+        args = ", ".join(f"{f.ctype} {f.name}" for f in fields)
+        w(f"  {kind.cname}* m{kind.cname}({args}) {{\n")
+        w(f"    auto* node = Make<{kind.cname}>(T3Kind::{kind.cname});\n")
+        for f in fields:
+            w(f"    node->{f.name} = {f.name};\n")
+        w("    return node;\n  }\n")
+
+
+def write_tables(kinds, by_name, out):
+    w = out.write
+    w("// Made by gen_tree.py from T3Tree.desc; do not edit.\n")
+    w('#include <cstddef>\n#include <new>\n\n#include "frontend/T3Tree.h"\n#include "frontend/T3GlobalASTNodes.h"\n\n')
+    w('#pragma GCC diagnostic ignored "-Winvalid-offsetof"\n\n')
+    w("const unsigned short T3Tree_TypeRange[kT3KindCount] = {\n")
+    w("".join(f"  {k.last},\n" for k in kinds))
+    w("};\n\nconst unsigned short T3Tree_NodeSize[kT3KindCount] = {\n")
+    w("".join(f"  sizeof({k.cname}),\n" for k in kinds))
+    w("};\n\nconst char* const T3Tree_NodeName[kT3KindCount] = {\n")
+    w("".join(f'  "{k.name}",\n' for k in kinds))
+    w("};\n\nnamespace {\n")
+    for kind in kinds:
+        rows = []
+        for k in chain(kind):
+            for f in k.own("arg", "late"):
+                child = "0xffff"
+                if f.child_class == "any":
+                    child = "0xfffe"
+                elif f.child_class:
+                    child = str(by_name[f.child_class].first)
+                rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, {child}, offsetof({kind.cname}, {f.name}), '
+                            f"sizeof({f.ctype}), false}},\n")
+        for k in chain(kind):
+            for f in k.own("attr"):
+                rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, 0xffff, '
+                            f"offsetof({kind.cname}_Attributes, {f.name}), sizeof({f.ctype}), true}},\n")
+        if rows:
+            w(f"const T3FieldInfo fields_{kind.first}[] = {{\n{''.join(rows)}}};\n")
+        kind.row_count = len(rows)
+    w("\ntemplate <class A>\nvoid Build(void* memory) {\n  new (memory) A;\n}\n}  // namespace\n\n")
+    w("const T3KindInfo T3Tree_KindInfo[kT3KindCount] = {\n")
+    for kind in kinds:
+        fields = f"{{fields_{kind.first}, {kind.row_count}}}" if kind.row_count else "{}"
+        w(f"  {{{fields}, sizeof({kind.cname}_Attributes), &Build<{kind.cname}_Attributes>}},\n")
+    w("};\n\n")
+    w("namespace {\ntemplate <class T>\nT* NewBare(T3Kind kind) {\n")
+    w("  return static_cast<T*>(gT3AST.MakeT3Tree(kind));\n}\n}  // namespace\n\n")
+    for name in SHARED:
+        w(f"T3Tree_Node* _sg{name}(bool shared) {{\n  static {name}* const node = NewBare<{name}>(T3Kind::{name});\n"
+          f"  return shared ? node : NewBare<{name}>(T3Kind::{name});\n}}\n\n")
+    w("T3Tree_Node* T3Tree::MakeT3Tree(T3Kind kind) {\n  switch (kind) {\n")
+    for kind in kinds:
+        w(f"    case T3Kind::{kind.cname}: return Make<{kind.cname}>(kind);\n")
+    w("  }\n  return nullptr;\n}\n")
+
+
+def write_if_changed(path, text):
+    if os.path.exists(path):
+        with open(path, encoding="ascii") as old:
+            if old.read() == text:
+                os.utime(path)
+                return
+    with open(path, "w", encoding="ascii") as new:
+        new.write(text)
+
+
+def main():
+    if len(sys.argv) != 3:
+        fail("usage: gen_tree.py DESCRIPTION OUTPUT_FOLDER")
+    import io
+    kinds, by_name = read(sys.argv[1])
+    nodes, makers, shared, tables = io.StringIO(), io.StringIO(), io.StringIO(), io.StringIO()
+    write_header(kinds, nodes)
+    write_constructors(kinds, makers)
+    shared.write("// Made by gen_tree.py; do not edit.\n")
+    for name in SHARED:
+        shared.write(f"T3Tree_Node* _sg{name}(bool shared = true);\n")
+    write_tables(kinds, by_name, tables)
+    folder = sys.argv[2]
+    write_if_changed(os.path.join(folder, "T3TreeNodes.h"), nodes.getvalue())
+    write_if_changed(os.path.join(folder, "T3TreeConstructors.inc"), makers.getvalue())
+    write_if_changed(os.path.join(folder, "T3TreeShared.inc"), shared.getvalue())
+    write_if_changed(os.path.join(folder, "T3TreeTables.cpp"), tables.getvalue())
+
+
+main()

@@ -1,0 +1,20 @@
+// The enumerations that tree fields hold.
+#pragma once
+
+/// What an import statement or exception takes.
+enum class t3_import_restr_t { Group, Type, Template, Const, Testcase, Teststep, Function, Signature, ModulePar, All };
+
+/// The direction of a formal parameter.
+enum class t3_par_pass_t { In, Out, InOut };
+
+/// The place of an element in a permutation.
+enum class t3_permutation_kind_t { No, HeadTail, Head, Body, Tail };
+
+enum class t3_port_kind_t { Message, Procedure, Mixed };
+
+enum class t3_template_restriction_t { None, Omit, Value, Present };
+
+enum class t3_verdict_t { Pass, Fail, Inconc, None, Error };
+
+/// The kinds of `with` attribute.
+enum class t3_with_attribute_t { Encode, Display, Variant, Extension };

@@ -1,0 +1,235 @@
+// The tree: one forest of nodes that holds all modules of a run.
+//
+// A node is a structure of its kind, laid behind a common header; the kinds are a hierarchy numbered so
+// that a class is a range of numbers. Kinds and fields are listed in T3Tree.desc. Nodes come from an
+// arena and are never freed singly. What analysis computes lies apart, in an attribute record that a
+// node gets at the first call of attr().
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "frontend/T3Enums.h"
+#include "support/Idents.h"
+#include "support/Position.h"
+#include "support/StringM.h"
+
+enum class T3Kind : unsigned short;
+struct T3Tree_Node;
+struct ModuleOptions;
+class DeclBitSet;
+
+/// What `c_loc` and `rts_loc` hold until the generator that owns an object has placed it.
+extern const char* const vexa_location_not_allocated;
+
+/// Orders nodes by their running numbers, so that no order depends on addresses.
+struct T3NodeLess {
+  bool operator()(const T3Tree_Node* a, const T3Tree_Node* b) const;
+};
+using T3NodeSet = std::set<T3Tree_Node*, T3NodeLess>;
+using T3NodeList = std::vector<T3Tree_Node*>;
+using T3TypeSet = std::vector<T3Tree_Node*>;
+using T3ValidSet = std::vector<bool>;
+/// (name, qualifier): the qualifier is 0, or a module's identifier.
+using T3DeclKey = std::pair<tIdent, tIdent>;
+using T3DeclMap = std::map<T3DeclKey, T3NodeSet>;
+using T3NameCache = std::map<T3DeclKey, T3Tree_Node*>;
+
+/// The head of every attribute record: one bit for each attribute that has been computed.
+struct T3Attributes {
+  uint8_t evaluated[10] = {};
+
+  bool IsEvaluated(int bit) const { return (evaluated[bit >> 3] >> (bit & 7)) & 1; }
+  void SetEvaluated(int bit) { evaluated[bit >> 3] |= static_cast<uint8_t>(1 << (bit & 7)); }
+};
+
+/// The common header of all nodes.
+struct T3Tree_Node {
+  T3Kind kind{};
+  /// Count of references during a whole-tree walk; 0 outside one.
+  int16_t mark = 0;
+  /// The number of the field by which the parent holds this node, from InitT3Tree.
+  uint16_t child_slot = 0;
+  /// Running number, in order of construction.
+  uint32_t number = 0;
+  /// Set by InitT3Tree.
+  T3Tree_Node* parent = nullptr;
+  T3Attributes* attributes = nullptr;
+
+  /// True when the node's kind lies in the class of T.
+  template <class T>
+  bool is() const {
+    return static_cast<unsigned short>(static_cast<unsigned short>(kind) - T::kFirst) <= T::kLast - T::kFirst;
+  }
+  /// The node as T; any other kind is an internal error.
+  template <class T>
+  T* as() {
+    if (!is<T>()) [[unlikely]] BadCast(T::kFirst);
+    return static_cast<T*>(this);
+  }
+  /// The node as T, or null for any other kind.
+  template <class T>
+  T* try_as() {
+    return is<T>() ? static_cast<T*>(this) : nullptr;
+  }
+
+ protected:
+  T3Attributes& AttributeRecord() {
+    if (attributes == nullptr) [[unlikely]] MakeAttributes();
+    return *attributes;
+  }
+
+ private:
+  void MakeAttributes();
+  [[noreturn]] void BadCast(unsigned short wanted) const;
+};
+
+#include "T3TreeNodes.h"
+
+/// How a field's value prints, and whether the walks follow it.
+enum class T3FieldShape : uint8_t { Node, Reference, Ident, String, Bool, Position, Text, Bytes };
+
+inline constexpr uint16_t kNoChildClass = 0xffff;
+inline constexpr uint16_t kAnyChildClass = 0xfffe;
+
+struct T3FieldInfo {
+  const char* name;
+  T3FieldShape shape;
+  /// The kind that a child must be of, kAnyChildClass for any, kNoChildClass for a field that is no child.
+  uint16_t child_class;
+  /// Offset in the node, or in the attribute record where `is_attribute`.
+  uint16_t offset;
+  uint16_t size;
+  bool is_attribute;
+
+  bool IsChild() const { return child_class != kNoChildClass; }
+};
+
+struct T3KindInfo {
+  std::span<const T3FieldInfo> fields;
+  uint16_t attribute_size;
+  void (*build_attributes)(void* memory);
+};
+
+extern const unsigned short T3Tree_TypeRange[kT3KindCount];
+extern const unsigned short T3Tree_NodeSize[kT3KindCount];
+extern const char* const T3Tree_NodeName[kT3KindCount];
+extern const T3KindInfo T3Tree_KindInfo[kT3KindCount];
+
+/// True when `node` is of the class `kind`; false for a null node.
+inline bool T3Tree_IsType(const T3Tree_Node* node, T3Kind kind) {
+  if (node == nullptr) return false;
+  const auto k = static_cast<unsigned short>(kind);
+  const auto n = static_cast<unsigned short>(node->kind);
+  return k <= n && n <= T3Tree_TypeRange[k];
+}
+
+template <class T>
+bool T3Is(const T3Tree_Node* node) {
+  return node != nullptr && node->is<T>();
+}
+
+/// The name of the node's kind, "NoT3Tree" for null.
+inline const char* T3KindName(const T3Tree_Node* node) {
+  return T3Tree_NodeName[node == nullptr ? 0 : static_cast<int>(node->kind)];
+}
+
+/// The slot of a child field in a node that has one; used by the walks.
+inline T3Tree_Node*& T3ChildField(T3Tree_Node* node, const T3FieldInfo& field) {
+  return *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + field.offset);
+}
+
+using T3TreeCallback = std::function<void(T3Tree_Node*)>;
+
+/// The arena of all nodes and the root of the module list. One instance, gT3AST, lives to the end.
+class T3Tree {
+ public:
+  T3Tree() = default;
+  T3Tree(const T3Tree&) = delete;
+  T3Tree& operator=(const T3Tree&) = delete;
+
+#include "T3TreeConstructors.inc"
+
+  /// A node with its header only; its fields are neutral.
+  T3Tree_Node* MakeT3Tree(T3Kind kind);
+  /// Memory for a node from a new block; `size` is in bytes.
+  void* T3Tree_Alloc(size_t size);
+  /// Memory for attribute records and what they point to, kept to the end of the process.
+  void* AllocAttributes(size_t size);
+  /// A copy of `text` that lives as long as the tree; for `text` and `location` fields.
+  const char* KeepText(const std::string& text);
+  /// The number of bytes in all blocks.
+  size_t MemoryUsed() const { return memory_; }
+  uint32_t NodeCount() const { return next_number_; }
+
+  /// Each reachable node once, parents first, in the order of fields and lists. Lists are walked in loops.
+  void TraverseT3TreeTD(T3Tree_Node* root, const T3TreeCallback& call);
+  /// Each reachable node once, children first.
+  void TraverseT3TreeBU(T3Tree_Node* root, const T3TreeCallback& call);
+  /// Each element of a list in order, without its end marker.
+  void ForallT3Tree(T3Tree_Node* list, const T3TreeCallback& call);
+  /// Reverses the `next` chain; the end marker stays at the end. Returns the new head.
+  T3Tree_Node* ReverseT3Tree(T3Tree_Node* list);
+  /// A deep copy in which a node that is reached twice is copied once. Attributes start anew; references
+  /// that are no children point where they did, or to the copy where their target was copied.
+  T3Tree_Node* CopyT3Tree(T3Tree_Node* root);
+  /// True when every child exists and is of its class; faults are written to the check-report stream.
+  bool CheckT3Tree(T3Tree_Node* root);
+  /// Clears the evaluated flags, and sets child slot and parent in the whole tree.
+  void InitT3Tree(T3Tree_Node* root);
+  /// Dumps a subtree, with a label for each node that is reached more than once.
+  void WriteT3Tree(FILE* stream, T3Tree_Node* root);
+  /// Dumps one node, its children as addresses.
+  void WriteT3TreeNode(FILE* stream, T3Tree_Node* node);
+  /// Settings for debugging; an unknown name is reported.
+  void ConfigureT3Tree(const std::string& name, const std::string& value);
+  void BeginT3Tree() {}
+  void CloseT3Tree() {}
+  void ReleaseT3TreeModule();
+  void SetCheckReport(FILE* stream) { check_report_ = stream; }
+
+  /// Head of the list of modules.
+  T3Tree_Node* root = nullptr;
+
+ private:
+  template <class T>
+  T* Make(T3Kind kind) {
+    static_assert(alignof(T) <= 8);
+    constexpr size_t size = (sizeof(T) + 7) / 8 * 8;
+    void* memory;
+    if (static_cast<size_t>(free_ - low_) >= size) [[likely]] {
+      free_ -= size;
+      memory = free_;
+    } else {
+      memory = T3Tree_Alloc(size);
+    }
+    T* node = new (memory) T;
+    T3Tree_Node* header = node;  // a kind may have a field that is called `kind`
+    header->kind = kind;
+    header->number = next_number_++;
+    return node;
+  }
+
+  char* free_ = nullptr;
+  char* low_ = nullptr;
+  char* block_ = nullptr;
+  char* attribute_free_ = nullptr;
+  char* attribute_end_ = nullptr;
+  size_t memory_ = 0;
+  uint32_t next_number_ = 0;
+  FILE* check_report_ = stderr;
+};
+
+extern T3Tree& gT3AST;
+
+inline bool T3NodeLess::operator()(const T3Tree_Node* a, const T3Tree_Node* b) const {
+  return a->number < b->number;
+}
