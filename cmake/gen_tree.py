@@ -91,7 +91,7 @@ def read(path):
                 by_name[kind.name] = kind
                 continue
             role = "arg"
-            if words[0] in ("attr", "late"):
+            if words[0] in ("attr", "cold", "late"):
                 role = words.pop(0)
             child_class = words[2] if words[1] == "child" else None
             if len(words) != (3 if child_class else 2):
@@ -124,6 +124,16 @@ def concrete(kind):
     return not kind.name.startswith("_")
 
 
+def write_bits(kind, w):
+    """The number of each attribute's bit among the evaluated flags; inherited ones come first."""
+    inherited = sum(len(k.own("attr", "cold")) for k in chain(kind)[:-1])
+    own = kind.own("attr", "cold")
+    if inherited + len(own) > MAX_ATTRIBUTES:
+        fail(f"{kind.name} has more than {MAX_ATTRIBUTES} attributes")
+    for index, field in enumerate(own):
+        w(f"  static constexpr int {field.name}_bit = {inherited + index};\n")
+
+
 def write_header(kinds, out):
     w = out.write
     w("// Made by gen_tree.py from T3Tree.desc; do not edit.\n#pragma once\n\n")
@@ -133,22 +143,21 @@ def write_header(kinds, out):
     w("};\n\ninline constexpr int kT3KindCount = %d;\n\n" % len(kinds))
     for kind in kinds:
         base = kind.base.cname if kind.base else "T3Tree_Node"
-        attr_base = kind.base.cname + "_Attributes" if kind.base else "T3Attributes"
-        inherited = sum(len(k.own("attr")) for k in chain(kind)[:-1])
-        if inherited + len(kind.own("attr")) > MAX_ATTRIBUTES:
-            fail(f"{kind.name} has more than {MAX_ATTRIBUTES} attributes")
-        w(f"struct {kind.cname}_Attributes : {attr_base} {{\n")
-        for field in kind.own("attr"):
-            w(f"  {field.ctype} {field.name} = {field.neutral};\n")
-        for index, field in enumerate(kind.own("attr")):
-            w(f"  static constexpr int {field.name}_bit = {inherited + index};\n")
-        w("};\n")
+        for role, record in (("attr", "Attributes"), ("cold", "Cold")):
+            record_base = f"{kind.base.cname}_{record}" if kind.base else f"T3{record}"
+            w(f"struct {kind.cname}_{record} : {record_base} {{\n")
+            for field in kind.own(role):
+                w(f"  {field.ctype} {field.name} = {field.neutral};\n")
+            if role == "attr":
+                write_bits(kind, w)
+            w("};\n")
         w(f"struct {kind.cname} : {base} {{\n")
         w(f"  static constexpr unsigned short kFirst = {kind.first};\n")
         w(f"  static constexpr unsigned short kLast = {kind.last};\n")
         for field in kind.own("arg", "late"):
             w(f"  {field.ctype} {field.name} = {field.neutral};\n")
         w(f"  {kind.cname}_Attributes& attr() {{ return static_cast<{kind.cname}_Attributes&>(AttributeRecord()); }}\n")
+        w(f"  {kind.cname}_Cold& cold() {{ return static_cast<{kind.cname}_Cold&>(ColdRecord()); }}\n")
         w("};\n\n")
 
 
@@ -189,11 +198,12 @@ def write_tables(kinds, by_name, out):
                 elif f.child_class:
                     child = str(by_name[f.child_class].first)
                 rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, {child}, offsetof({kind.cname}, {f.name}), '
-                            f"sizeof({f.ctype}), false}},\n")
-        for k in chain(kind):
-            for f in k.own("attr"):
-                rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, 0xffff, '
-                            f"offsetof({kind.cname}_Attributes, {f.name}), sizeof({f.ctype}), true}},\n")
+                            f"sizeof({f.ctype}), T3FieldRecord::Node}},\n")
+        for role, record in (("attr", "Attributes"), ("cold", "Cold")):
+            for k in chain(kind):
+                for f in k.own(role):
+                    rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, 0xffff, offsetof({kind.cname}_{record}, '
+                                f"{f.name}), sizeof({f.ctype}), T3FieldRecord::{record}}},\n")
         if rows:
             w(f"const T3FieldInfo fields_{kind.first}[] = {{\n{''.join(rows)}}};\n")
         kind.row_count = len(rows)
@@ -201,7 +211,8 @@ def write_tables(kinds, by_name, out):
     w("const T3KindInfo T3Tree_KindInfo[kT3KindCount] = {\n")
     for kind in kinds:
         fields = f"{{fields_{kind.first}, {kind.row_count}}}" if kind.row_count else "{}"
-        w(f"  {{{fields}, sizeof({kind.cname}_Attributes), &Build<{kind.cname}_Attributes>}},\n")
+        w(f"  {{{fields}, sizeof({kind.cname}_Attributes), sizeof({kind.cname}_Cold), "
+          f"&Build<{kind.cname}_Attributes>, &Build<{kind.cname}_Cold>}},\n")
     w("};\n\n")
     w("namespace {\ntemplate <class T>\nT* NewBare(T3Kind kind) {\n")
     w("  return static_cast<T*>(gT3AST.MakeT3Tree(kind));\n}\n}  // namespace\n\n")

@@ -25,6 +25,13 @@ void T3Tree_Node::MakeAttributes() {
   attributes = static_cast<T3Attributes*>(memory);
 }
 
+void T3Tree_Node::MakeCold() {
+  const T3KindInfo& info = T3Tree_KindInfo[static_cast<int>(kind)];
+  void* memory = gT3AST.AllocAttributes(info.cold_size);
+  info.build_cold(memory);
+  AttributeRecord().cold = static_cast<T3Cold*>(memory);
+}
+
 void T3Tree_Node::BadCast(unsigned short wanted) const {
   throw internal_exception("T3Tree", 0, "as",
                            std::string("node of kind ") + T3Tree_NodeName[static_cast<int>(kind)] + " used as " +

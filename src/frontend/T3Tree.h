@@ -43,12 +43,43 @@ using T3DeclKey = std::pair<tIdent, tIdent>;
 using T3DeclMap = std::map<T3DeclKey, T3NodeSet>;
 using T3NameCache = std::map<T3DeclKey, T3Tree_Node*>;
 
-/// The head of every attribute record: one bit for each attribute that has been computed.
+/// The head of the record of a node's rarer attributes.
+struct T3Cold {};
+
+/// The head of every attribute record: one bit for each attribute that has been computed, cold ones too.
 struct T3Attributes {
   uint8_t evaluated[10] = {};
+  T3Cold* cold = nullptr;
 
   bool IsEvaluated(int bit) const { return (evaluated[bit >> 3] >> (bit & 7)) & 1; }
   void SetEvaluated(int bit) { evaluated[bit >> 3] |= static_cast<uint8_t>(1 << (bit & 7)); }
+};
+
+/// What nodes inherit from their surroundings. Analysis sets it for a whole module in one walk; nodes of
+/// one surrounding share one record, and a construct that changes a value makes a new record.
+struct T3Place {
+  /// The scope in which names are resolved: T3MapEnv, or T3NoMapEnv.
+  T3Tree_Node* env = nullptr;
+  /// The scope of labels: T3Env, or T3NoEnv.
+  T3Tree_Node* labelEnv = nullptr;
+  T3Tree_Node* groupEnv = nullptr;
+  /// The T3Module that contains the node, and its name.
+  T3Tree_Node* vexa_my_module = nullptr;
+  tIdent vexa_module_name = NoIdent;
+  /// The module-level declaration in whose body the node lies.
+  T3Tree_Node* top_scope_owner = nullptr;
+  /// The declaration or type that immediately owns the node.
+  T3Tree_Node* vexa_owner = nullptr;
+  T3Tree_Node* vexa_enclosing_block = nullptr;
+  T3Tree_Node* vexa_break_continue_owner = nullptr;
+  T3Tree_Node* enclosing_alt = nullptr;
+  T3Tree_Node* call_signature_type = nullptr;
+  T3Tree_Node* call_port_decl = nullptr;
+  bool inside_interleave = false;
+  bool inside_declaration_header = false;
+  bool in_call_stmt = false;
+  /// The enclosing behaviour has a `runs on` clause.
+  bool has_component = false;
 };
 
 /// The common header of all nodes.
@@ -63,6 +94,8 @@ struct T3Tree_Node {
   /// Set by InitT3Tree.
   T3Tree_Node* parent = nullptr;
   T3Attributes* attributes = nullptr;
+  /// Set by the place walk of analysis; null before.
+  T3Place* place = nullptr;
 
   /// True when the node's kind lies in the class of T.
   template <class T>
@@ -86,9 +119,14 @@ struct T3Tree_Node {
     if (attributes == nullptr) [[unlikely]] MakeAttributes();
     return *attributes;
   }
+  T3Cold& ColdRecord() {
+    if (attributes == nullptr || attributes->cold == nullptr) [[unlikely]] MakeCold();
+    return *attributes->cold;
+  }
 
  private:
   void MakeAttributes();
+  void MakeCold();
   [[noreturn]] void BadCast(unsigned short wanted) const;
 };
 
@@ -96,6 +134,9 @@ struct T3Tree_Node {
 
 /// How a field's value prints, and whether the walks follow it.
 enum class T3FieldShape : uint8_t { Node, Reference, Ident, String, Bool, Position, Text, Bytes };
+
+/// Where a field lies: in the node or in one of its attribute records.
+enum class T3FieldRecord : uint8_t { Node, Attributes, Cold };
 
 inline constexpr uint16_t kNoChildClass = 0xffff;
 inline constexpr uint16_t kAnyChildClass = 0xfffe;
@@ -105,10 +146,10 @@ struct T3FieldInfo {
   T3FieldShape shape;
   /// The kind that a child must be of, kAnyChildClass for any, kNoChildClass for a field that is no child.
   uint16_t child_class;
-  /// Offset in the node, or in the attribute record where `is_attribute`.
+  /// Offset in the record.
   uint16_t offset;
   uint16_t size;
-  bool is_attribute;
+  T3FieldRecord record;
 
   bool IsChild() const { return child_class != kNoChildClass; }
 };
@@ -116,7 +157,9 @@ struct T3FieldInfo {
 struct T3KindInfo {
   std::span<const T3FieldInfo> fields;
   uint16_t attribute_size;
+  uint16_t cold_size;
   void (*build_attributes)(void* memory);
+  void (*build_cold)(void* memory);
 };
 
 extern const unsigned short T3Tree_TypeRange[kT3KindCount];
