@@ -48,6 +48,9 @@ T3NoFieldSpec T3NoPortRedirect T3NoImportException T3ModuleType T3NoEnv T3NoMapE
 T3AllTimer T3AnyPort T3AllPort T3AnyComponent T3AllComponent T3Self T3MTC T3System T3TTCN_3""".split()
 SHARED.remove("T3NoType")  # the type singletons belong to name analysis
 
+# Kinds whose plain name is that of another class in C++.
+RENAMED = {"T3CommandLine": "T3CommandLineNode"}
+
 MAX_ATTRIBUTES = 80
 
 
@@ -67,7 +70,7 @@ class Kind:
     def __init__(self, name, first, last, base):
         self.name, self.first, self.last, self.base = name, first, last, base
         # kinds whose names are plain words would hide fields of that name
-        self.cname = name if name[0].isupper() or name[0] == "_" else "T3_" + name
+        self.cname = RENAMED.get(name, name if name[0].isupper() or name[0] == "_" else "T3_" + name)
         self.fields = []
 
     def own(self, *roles):
