@@ -9,8 +9,6 @@
 #include "driver/T3Version.h"
 #include "support/rGetopt.h"
 
-T3CommandLine& gT3CommandLine = *new T3CommandLine;
-
 void usage(const char* program) {
   std::fputs(UsageText(program).c_str(), stderr);
   std::exit(-1);

@@ -21,7 +21,7 @@ struct T3CommandLine : GlobalOptions {
   verbosity_level_t CommonVerbosity() const { return common.verbosity.value; }
 };
 
-extern T3CommandLine& gT3CommandLine;
+inline T3CommandLine& gT3CommandLine = *new T3CommandLine;
 
 /// Reads all arguments into `command_line`. A fault prints the help text and ends the process with
 /// status -1; `-V` ends it with status 0.

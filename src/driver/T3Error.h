@@ -41,9 +41,9 @@ struct _vexa_error_message_t {
 /// One argument of a message: a text, or an identifier of gIdents.
 class T3ErrorArg {
  public:
-  T3ErrorArg(const char* text) : text_(text) {}              // NOLINT(google-explicit-constructor)
+  T3ErrorArg(const char* text) : text_(text) {}                 // NOLINT(google-explicit-constructor)
   T3ErrorArg(const std::string& text) : text_(text.c_str()) {}  // NOLINT(google-explicit-constructor)
-  T3ErrorArg(tIdent ident) : text_(gIdents.GetCStr(ident)) {}  // NOLINT(google-explicit-constructor)
+  T3ErrorArg(tIdent ident) : text_(gIdents.GetCStr(ident)) {}   // NOLINT(google-explicit-constructor)
   const char* text() const { return text_; }
 
  private:
@@ -58,13 +58,15 @@ void vexa_error(const std::string& text, const tPosition& position);
 /// A row of the catalogue at a position; the number of arguments must be the row's.
 void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position);
 void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a);
-void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a, T3ErrorArg b);
-void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a, T3ErrorArg b,
-                         T3ErrorArg c);
-void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a, T3ErrorArg b,
-                         T3ErrorArg c, T3ErrorArg d);
+void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a,
+                         T3ErrorArg b);
+void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a,
+                         T3ErrorArg b, T3ErrorArg c);
+void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position, T3ErrorArg a,
+                         T3ErrorArg b, T3ErrorArg c, T3ErrorArg d);
 /// Drops the text when its position has had a message of this or a stronger level.
-void vexa_error_through_filter(const std::string& text, const tPosition& position, vexa_error_severity_t severity);
+void vexa_error_through_filter(const std::string& text, const tPosition& position,
+                               vexa_error_severity_t severity);
 /// A warning: from verbosity Warnings on, no filter, no limit.
 void vexa_warning(verbosity_level_t verbosity, const std::string& text, const tPosition& position);
 /// Text and newline on standard output, from verbosity Stages on.

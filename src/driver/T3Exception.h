@@ -10,7 +10,8 @@ class internal_exception : public std::exception {
  public:
   explicit internal_exception(std::string text) : text_(std::move(text)) {}
   internal_exception(const char* source, int line, const char* operation, const std::string& message)
-      : text_("\n" + std::string(source) + ":" + std::to_string(line) + " (" + operation + ") - " + message) {}
+      : text_("\n" + std::string(source) + ":" + std::to_string(line) + " (" + operation + ") - " + message) {
+  }
   const char* what() const noexcept override { return text_.c_str(); }
 
  private:

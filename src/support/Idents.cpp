@@ -3,6 +3,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "support/Global.h"
 #include "support/StringM.h"
 
 namespace {
@@ -17,8 +18,6 @@ inline uint32_t Mix(uint32_t h, uint32_t character) {
   return h;
 }
 }  // namespace
-
-Idents& gIdents = *new Idents;
 
 Idents::Idents() : buckets_(kFirstBuckets, kEnd), wide_buckets_(kFirstBuckets, kEnd) {
   entries_.reserve(kFirstTable);
@@ -57,7 +56,9 @@ tIdent Idents::MakeIdent(std::string_view text) {
   return ident;
 }
 
-tIdent Idents::MakeIdent(const wchar_t* text) { return MakeIdent(text, static_cast<int>(std::wcslen(text))); }
+tIdent Idents::MakeIdent(const wchar_t* text) {
+  return MakeIdent(text, static_cast<int>(std::wcslen(text)));
+}
 
 tIdent Idents::MakeIdent(const wchar_t* text, int length) {
   uint32_t h = 0;
@@ -66,7 +67,8 @@ tIdent Idents::MakeIdent(const wchar_t* text, int length) {
     hash = Mix(h, static_cast<uint32_t>(text[i]));
     h = hash << 4;
   }
-  for (int32_t i = wide_buckets_[hash % wide_buckets_.size()]; i != kEnd; i = entries_[static_cast<size_t>(i)].next) {
+  for (int32_t i = wide_buckets_[hash % wide_buckets_.size()]; i != kEnd;
+       i = entries_[static_cast<size_t>(i)].next) {
     const Entry& entry = entries_[static_cast<size_t>(i)];
     if (entry.hash == hash && entry.length == length &&
         std::wmemcmp(StringM::StGetWCStr(entry.string), text, static_cast<size_t>(length)) == 0)
@@ -95,18 +97,43 @@ void Idents::Grow() {
   }
 }
 
-bool Idents::IsWide(tIdent ident) const { return Valid(ident) && wide_[static_cast<size_t>(ident)]; }
+bool Idents::IsWide(tIdent ident) const {
+  return Valid(ident) && wide_[static_cast<size_t>(ident)];
+}
 
 tStringRef Idents::GetStringRef(tIdent ident) const {
   return Valid(ident) ? entries_[static_cast<size_t>(ident)].string : gStringM.EmptyString();
 }
 
-const char* Idents::GetCStr(tIdent ident) const { return StringM::StGetCStr(GetStringRef(ident)); }
-
-const wchar_t* Idents::GetWCStr(tIdent ident) const {
-  return StringM::StGetWCStr(Valid(ident) ? entries_[static_cast<size_t>(ident)].string : gStringM.EmptyWString());
+const char* Idents::GetCStr(tIdent ident) const {
+  return StringM::StGetCStr(GetStringRef(ident));
 }
 
-int Idents::GetLength(tIdent ident) const { return Valid(ident) ? entries_[static_cast<size_t>(ident)].length : 0; }
+const wchar_t* Idents::GetWCStr(tIdent ident) const {
+  return StringM::StGetWCStr(Valid(ident) ? entries_[static_cast<size_t>(ident)].string
+                                          : gStringM.EmptyWString());
+}
 
-std::string_view Idents::GetString(tIdent ident) const { return StringM::StGetString(GetStringRef(ident)); }
+int Idents::GetLength(tIdent ident) const {
+  return Valid(ident) ? entries_[static_cast<size_t>(ident)].length : 0;
+}
+
+std::string_view Idents::GetString(tIdent ident) const {
+  return StringM::StGetString(GetStringRef(ident));
+}
+
+void Idents::WriteIdent(FILE* stream, tIdent ident) const {
+  if (!Valid(ident)) {
+    gSupportFault(kFaultBadIdent, ident);
+    return;
+  }
+  StringM::WriteString(stream, entries_[static_cast<size_t>(ident)].string);
+}
+
+void Idents::WriteWIdent(FILE* stream, tIdent ident) const {
+  if (!Valid(ident)) {
+    gSupportFault(kFaultBadIdent, ident);
+    return;
+  }
+  StringM::WriteWString(stream, entries_[static_cast<size_t>(ident)].string);
+}

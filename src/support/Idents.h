@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "support/StringM.h"
+
 using tIdent = long;
-using tStringRef = unsigned short*;
 
 /// The identifier of the empty name.
 inline constexpr tIdent NoIdent = 1;
@@ -58,4 +59,4 @@ class Idents {
   std::vector<bool> wide_;
 };
 
-extern Idents& gIdents;
+inline Idents& gIdents = *new Idents;

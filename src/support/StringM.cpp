@@ -4,16 +4,16 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/Global.h"
+
 namespace {
 constexpr size_t kBlockSize = 20480;
 constexpr size_t kAlign = alignof(wchar_t);
 
-size_t Round(size_t size) { return (size + kAlign - 1) / kAlign * kAlign; }
+size_t Round(size_t size) {
+  return (size + kAlign - 1) / kAlign * kAlign;
+}
 }  // namespace
-
-// A reference, bound to an object that is never destroyed: other globals use the store while they are
-// built and while they end.
-StringM& gStringM = *new StringM;
 
 StringM::StringM() {
   empty_ = PutString("");
@@ -57,4 +57,35 @@ tStringRef StringM::PutWString(const wchar_t* text, size_t length) {
 
 const wchar_t* StringM::StGetWCStr(const unsigned short* string) {
   return reinterpret_cast<const wchar_t*>(reinterpret_cast<const char*>(string) + sizeof(wchar_t));
+}
+
+void StringM::WriteString(FILE* stream, const unsigned short* string) {
+  if (string == nullptr) {
+    gSupportFault(kFaultNoString, 0);
+    return;
+  }
+  const std::string_view text = StGetString(string);
+  std::fwrite(text.data(), 1, text.size(), stream);
+}
+
+namespace {
+void WriteCharacter(FILE* stream, unsigned long code) {
+  if (code < 0x80) {
+    std::fputc(static_cast<int>(code), stream);
+    return;
+  }
+  int shift = code < 0x800 ? 6 : code < 0x10000 ? 12 : 18;
+  const int lead = shift == 6 ? 0xc0 : shift == 12 ? 0xe0 : 0xf0;
+  std::fputc(lead | static_cast<int>(code >> shift), stream);
+  for (shift -= 6; shift >= 0; shift -= 6) std::fputc(0x80 | static_cast<int>(code >> shift & 0x3f), stream);
+}
+}  // namespace
+
+void StringM::WriteWString(FILE* stream, const unsigned short* string) {
+  if (string == nullptr) {
+    gSupportFault(kFaultNoString, 0);
+    return;
+  }
+  const wchar_t* text = StGetWCStr(string);
+  for (size_t i = 0; i < *string; ++i) WriteCharacter(stream, static_cast<unsigned long>(text[i]) & 0x1fffff);
 }

@@ -25,7 +25,9 @@ class StringM {
     return {reinterpret_cast<const char*>(string + 1), *string};
   }
   /// The text ended by a zero.
-  static const char* StGetCStr(const unsigned short* string) { return reinterpret_cast<const char*>(string + 1); }
+  static const char* StGetCStr(const unsigned short* string) {
+    return reinterpret_cast<const char*>(string + 1);
+  }
   static const wchar_t* StGetWCStr(const unsigned short* string);
   static size_t StLength(const unsigned short* string) { return *string; }
   static bool IsEqualSt(const unsigned short* a, const unsigned short* b) {
@@ -33,6 +35,8 @@ class StringM {
   }
   /// A null string is reported as the compiler's own fault (code 11).
   static void WriteString(FILE* stream, const unsigned short* string);
+  /// A wide string in the encoding of UTF-8.
+  static void WriteWString(FILE* stream, const unsigned short* string);
 
   tStringRef EmptyString() const { return empty_; }
   tStringRef EmptyWString() const { return empty_wide_; }
@@ -46,4 +50,6 @@ class StringM {
   tStringRef empty_wide_;
 };
 
-extern StringM& gStringM;
+// A reference to an object that is never destroyed, made before the globals of every unit that includes
+// this: they use the store while they are built and while they end.
+inline StringM& gStringM = *new StringM;

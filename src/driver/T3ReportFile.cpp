@@ -1,0 +1,55 @@
+// Report files of the compiler's own faults: the check of a parsed tree, and a node that no walk expects.
+#include <unistd.h>
+
+#include "driver/T3Error.h"
+#include "frontend/T3Tree.h"
+#include "support/TemporaryFiles.h"
+
+namespace {
+// A stream that is closed at the end, whatever happens in between.
+struct ReportStream {
+  explicit ReportStream(const std::string& path) : stream(std::fopen(path.c_str(), "w")) {}
+  ReportStream(const ReportStream&) = delete;
+  ReportStream& operator=(const ReportStream&) = delete;
+  ~ReportStream() {
+    if (stream != nullptr) std::fclose(stream);
+  }
+  FILE* stream;
+};
+
+// The name is told even where the file could not be made.
+std::string MakeReportFile() {
+  const std::string name = MakeTemporaryFile(".", "ERR.");
+  return name.empty() ? "./ERR.XXXXXX" : name;
+}
+
+bool CheckInto(const std::string& path, T3Tree_Node* node) {
+  const ReportStream report(path);
+  if (report.stream == nullptr) return gT3AST.CheckT3Tree(node);
+  gT3AST.SetCheckReport(report.stream);
+  const bool passed = gT3AST.CheckT3Tree(node);
+  gT3AST.SetCheckReport(stderr);
+  return passed;
+}
+}  // namespace
+
+void vexa_checktree(T3Tree_Node* node) {
+  const std::string path = MakeReportFile();
+  RememberTemporaryFile(path);
+  const bool passed = CheckInto(path, node);
+  ForgetTemporaryFile(path);
+  if (!passed)
+    throw internal_exception("T3Error", __LINE__, "Invalid AST",
+                             "Error report has been written to " + path + "\n");
+  unlink(path.c_str());
+}
+
+void internal_error_ast(const char* file, int line, const char* function, T3Tree_Node* node) {
+  const std::string path = MakeReportFile();
+  {
+    const ReportStream report(path);
+    if (report.stream != nullptr) gT3AST.WriteT3Tree(report.stream, node);
+  }
+  throw internal_exception(file, line, function,
+                           "Unexpected AST node, error report has been written to " + path);
+}
