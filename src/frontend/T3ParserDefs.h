@@ -1,0 +1,16 @@
+// What scanner, grammar actions and the stages around a parse share: the file that is being read, and the
+// state that one action leaves for another. All of it is reset when a module begins or ends.
+#pragma once
+
+#include <ctime>
+
+#include "support/Idents.h"
+
+struct T3Tree_Node;
+
+/// The source file being parsed, as an identifier; every position of the parse carries it.
+inline tIdent gCurrentFilename = NoIdent;
+/// The time of its last change.
+inline time_t gCurrentFileModificationTime = 0;
+/// Some port of the run has a type list `all`. Set by the parser, never cleared.
+inline bool gT3IsPortAllTypes = false;

@@ -1,0 +1,12 @@
+// The source layer below the scanner: blocks of bytes from a file descriptor.
+#pragma once
+
+#include <cstddef>
+
+/// Opens a file for reading. Returns its descriptor, or -1.
+int T3Scanner_BeginSourceFile(const char* path);
+
+/// Reads up to `size` bytes into `buffer`. Returns their number; 0 at the end of the file or on failure.
+size_t T3Scanner_GetLine(int handle, char* buffer, size_t size);
+
+void T3Scanner_CloseSource(int handle);
