@@ -135,7 +135,8 @@ void T3Scanner::CloseFile() {
 
 tPosition T3Scanner::Here(const char* at) const {
   const ptrdiff_t column = at - text_.get() - line_start_ + 1;
-  return {line_, static_cast<uint32_t>(gCurrentFilename), static_cast<uint16_t>(column < 65535 ? column : 65535)};
+  return {line_, static_cast<uint32_t>(gCurrentFilename),
+          static_cast<uint16_t>(column < 65535 ? column : 65535)};
 }
 
 void T3Scanner::NewLine(const char* at) {
@@ -227,10 +228,10 @@ bool T3Scanner::SkipComment() {
     const char c = *next_;
     if (c == '*' && next_[1] == '/') {
       next_ += 2;
-      if (--comment_counter == 0 || !nests) return true;
-    } else if (c == '/' && next_[1] == '*') {
+      if (--comment_counter == 0) return true;
+    } else if (nests && c == '/' && next_[1] == '*') {
       ++comment_counter;
-      if (nests) WarnOfNesting(next_);
+      WarnOfNesting(next_);
       next_ += 2;
     } else {
       if (c == '\n')
