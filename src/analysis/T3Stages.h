@@ -1,0 +1,46 @@
+// The stages of one module's analysis, in the order in which the controller runs them, and the cleanup
+// after it. Each stage is a pass over the tree; its unit is named beside it.
+#pragma once
+
+#include "frontend/T3Tree.h"
+
+/// Gives each array type a declaration (T3Attributes).
+void ExplicifyArrayTypes(T3Tree_Node* module);
+/// Distributes `with` attributes over groups, types and imports (T3Attributes).
+void PreprocessAttributes(T3Tree_Node* module);
+/// Turns import statements into one declaration for each imported entity (T3Imports).
+void PreprocessImports(T3Tree_Node* module);
+/// Makes the singletons of the built-in types; once, before the first module (T3Names).
+void InitBuiltinTypes();
+/// The T3Builtin root of a module: the module, the built-in and the auxiliary types (T3Names).
+T3Tree_Node* AddBuiltinTypes(T3Tree_Node* module);
+/// Gives each nested type a declaration of its own (T3Attributes).
+void ExplicifyInlinedTypes(T3Tree_Node* root);
+/// Merges extended component types; false when that failed (T3Components).
+bool ExtendComponents(T3Tree_Node* root);
+
+/// Computes the attributes of a module and checks the rules over them (T3Eval).
+class T3Eval {
+ public:
+  void BeginT3Eval();
+  void Evaluate(T3Tree_Node* root);
+  void CloseT3Eval();
+};
+extern T3Eval gT3Eval;
+
+/// True when the module has a cycle of template definitions or modifications (T3Templates).
+bool TemplateCyclesFound();
+/// Replaces template modifications by whole templates (T3Templates).
+void ExplicifyTemplateModifies(T3Tree_Node* root);
+void CheckMatchingExpressionsInSendTemplates(T3Tree_Node* root);
+void OmitCheck(T3Tree_Node* root);
+void TemplateRestrictionsCheck(T3Tree_Node* root);
+/// Checks values against their subtypes (T3Subtypes).
+void CheckSubtypes(T3Tree_Node* root);
+/// Lists the fields of `anytype` (T3Types).
+void SetAnyTypeInformation();
+
+/// Drops the derived data of a module's analysis that no later module reads (T3Memory).
+void CleanupAnalysisIntermediateData(T3Tree_Node* module);
+/// Drops what generation hung on a module's nodes (T3Memory).
+void CleanupCompilationIntermediateData(T3Tree_Node* module);
