@@ -10,11 +10,14 @@
 #include <set>
 #include <sstream>
 
+#include "support/DynArray.h"
 #include "support/Idents.h"
 #include "support/Position.h"
 #include "support/Sets.h"
 #include "support/StringM.h"
 #include "support/TemporaryFiles.h"
+#include "support/rFsearch.h"
+#include "support/rSystem.h"
 
 namespace {
 TEST(Idents, TheSameTextIsTheSameIdentifier) {
@@ -164,6 +167,50 @@ TEST(Sets, TextForm) {
   std::fclose(stream);
 }
 
+TEST(Paths, PartsOfAPath) {
+  const struct {
+    const char* path;
+    const char* directory;
+    const char* base;
+  } cases[] = {
+      {"a/b/c.asn", "a/b", "c.asn"},
+      {"c.asn", ".", "c.asn"},
+      {"/c.asn", "/", "c.asn"},
+      {"a\\b\\c", "a\\b", "c"},
+      {"a/b//", "a", "b"},
+      {"a//b", "a", "b"},
+      {"/", "/", ""},
+      {"", ".", ""},
+      {"a/", ".", "a"},
+      {"/a/b", "/a", "b"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(rDirName(c.path), c.directory) << c.path;
+    EXPECT_EQ(rBaseName(c.path), c.base) << c.path;
+  }
+}
+
+TEST(Arrays, ElementsAreKeptWhenTheArrayGrows) {
+  EXPECT_EQ(AlignedSize(1), 1u);
+  EXPECT_EQ(AlignedSize(3), 4u);
+  EXPECT_EQ(AlignedSize(7), 8u);
+  EXPECT_EQ(AlignedSize(9), 16u);
+  void* memory = nullptr;
+  unsigned long count = 3;
+  MakeArray(&memory, &count, sizeof(int));
+  EXPECT_EQ(count, 4u);
+  static_cast<int*>(memory)[3] = 42;
+  ExtendArray(&memory, &count, sizeof(int));
+  EXPECT_EQ(count, 8u);
+  EXPECT_EQ(static_cast<int*>(memory)[3], 42);
+  EXPECT_EQ(static_cast<int*>(memory)[7], 0);
+  ShrinkArray(&memory, &count, 4, sizeof(int));
+  EXPECT_EQ(count, 4u);
+  EXPECT_EQ(static_cast<int*>(memory)[3], 42);
+  ReleaseArray(&memory, &count, sizeof(int));
+  EXPECT_EQ(memory, nullptr);
+}
+
 class Files : public testing::Test {
  protected:
   void SetUp() override {
@@ -241,6 +288,25 @@ TEST_F(Files, FullDiskLeavesTheOldFile) {
       testing::ExitedWithCode(3), "");
   EXPECT_EQ(Content("out"), "old");
   EXPECT_EQ(Count(), 1u);
+}
+
+TEST_F(Files, ProgramsAreSearchedAlongAPath) {
+  std::filesystem::create_directories(Path("a/tool"));
+  std::filesystem::create_directory(Path("b"));
+  std::ofstream(Path("b/plain")) << "x";
+  std::ofstream(Path("b/tool")) << "x";
+  chmod(Path("b/tool").c_str(), 0755);
+  const std::string path = Path("a") + ':' + Path("none") + ':' + Path("b");
+  EXPECT_EQ(searchpath("tool", path), Path("b/tool"));
+  EXPECT_EQ(searchpath("plain", path), "");
+  EXPECT_EQ(searchpath("", path), "");
+  EXPECT_EQ(searchpath(Path("b/tool"), ""), Path("b/tool"));
+}
+
+TEST(System, CommandsTellTheirStatus) {
+  EXPECT_EQ(rSystem("exit 3"), 3);
+  EXPECT_EQ(rSystem("true"), 0);
+  EXPECT_EQ(rSystem("kill -9 $$"), 128 + 9);
 }
 
 TEST_F(Files, TemporaryFilesGoWithTheProcess) {

@@ -1,0 +1,11 @@
+#include "support/rMemory.h"
+
+#include <new>
+
+void* Alloc(size_t size) {
+  return ::operator new(AllocatedSize(size));
+}
+
+void Free(size_t size, void* block) {
+  ::operator delete(block, AllocatedSize(size));
+}
