@@ -1,0 +1,146 @@
+#!/usr/bin/env python3
+"""Measures the compiler on generated suites and prints the figures beside the budgets.
+
+    run_bench.py --orvane PROGRAM [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--repeat N]
+
+For each action the lines per second of processor time, the memory per line above that of an empty module, and the
+growth: time per line against that of the smallest size. `many` stands for modules of 1,000 lines that import each
+other, `one` for a single module. Exits with 1 when a run of the compiler fails; a missed budget is only marked.
+"""
+
+import argparse
+import os
+import shutil
+import sys
+import tempfile
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+import gen_suite
+
+LINES_PER_MODULE = 1000
+
+
+@dataclass
+class Budget:
+    lines_per_second: int
+    kilobytes_per_line: float | None
+    growth: float | None
+
+
+BUDGETS = {
+    "s": Budget(1_000_000, 2.5, None),
+    "a": Budget(300_000, None, 1.1),
+    "c": Budget(120_000, None, None),
+}
+BUDGET_START_UP = 0.005
+
+
+@dataclass
+class Run:
+    seconds: float  # processor time
+    elapsed: float
+    kilobytes: int
+    status: int
+
+
+def run_once(command, folder):
+    """Runs a command with its output in a file of the folder; answers what it took."""
+    begin = time.perf_counter()
+    child = os.fork()
+    if child == 0:
+        output = os.open(folder / "output", os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o644)
+        os.dup2(output, 1)
+        os.dup2(output, 2)
+        os.chdir(folder)
+        os.execv(command[0], command)
+    _, status, usage = os.wait4(child, 0)
+    elapsed = time.perf_counter() - begin
+    return Run(usage.ru_utime + usage.ru_stime, elapsed, usage.ru_maxrss, os.waitstatus_to_exitcode(status))
+
+
+def run_best(command, folder, repeat):
+    """The fastest of some runs; a failed run ends the program."""
+    best = None
+    for _ in range(repeat):
+        run = run_once(command, folder)
+        if run.status != 0:
+            print(f"status {run.status}: {' '.join(command)[:300]}", file=sys.stderr)
+            print("\n".join((folder / "output").read_text(errors="replace").split("\n")[:20]), file=sys.stderr)
+            sys.exit(1)
+        if best is None or run.seconds < best.seconds:
+            best = run
+    return best
+
+
+def mark(good):
+    return "" if good else " (missed)"
+
+
+def start_up(orvane, folder, repeat):
+    """Time and memory of the analysis of an empty module, with the line about it."""
+    source = folder / "Empty.ttcn"
+    source.write_text("module Empty { }\n")
+    run = run_best([orvane, "-v", "1", "-a", "-F", str(source)], folder, max(repeat, 10))
+    good = run.elapsed <= BUDGET_START_UP
+    print(f"start-up, empty module: {run.elapsed * 1000:.1f} ms, {run.kilobytes / 1024:.1f} MB"
+          f" (budget {BUDGET_START_UP * 1000:.0f} ms){mark(good)}")
+    return run
+
+
+def print_head():
+    print(f"{'action':6} {'layout':6} {'lines':>9} {'seconds':>8} {'lines/s':>10} {'budget':>10}"
+          f" {'kB/line':>8} {'growth':>7}")
+
+
+def print_row(action, layout, lines, run, empty, smallest):
+    budget = BUDGETS[action]
+    rate = lines / max(run.seconds, 1e-6)
+    memory = max(0, run.kilobytes - empty.kilobytes) / lines
+    growth = run.seconds / lines / smallest if smallest else 1.0
+    notes = []
+    if rate < budget.lines_per_second:
+        notes.append("slow")
+    if budget.kilobytes_per_line and memory > budget.kilobytes_per_line:
+        notes.append(f"memory above {budget.kilobytes_per_line} kB")
+    if budget.growth and growth > budget.growth:
+        notes.append(f"growth above {budget.growth}")
+    print(f"{'-' + action:6} {layout:6} {lines:9,} {run.seconds:8.2f} {rate:10,.0f}"
+          f" {budget.lines_per_second:10,} {memory:8.2f} {growth:7.2f} {', '.join(notes)}", flush=True)
+
+
+def measure(arguments, folder):
+    orvane = os.path.abspath(arguments.orvane)
+    empty = start_up(orvane, folder, arguments.repeat)
+    print_head()
+    for layout in arguments.layouts.split(","):
+        smallest = {}
+        for size in (int(size) for size in arguments.sizes.split(",")):
+            modules = max(1, size // LINES_PER_MODULE) if layout == "many" else 1
+            files, lines = gen_suite.write_suite(folder / "sources", size, modules)
+            for action in arguments.actions.split(","):
+                output = folder / "generated"
+                output.mkdir()
+                command = [orvane, "-v", "1", "-" + action, "-d", str(output), "-F", *map(str, files)]
+                run = run_best(command, folder, arguments.repeat)
+                print_row(action, layout, lines, run, empty, smallest.get(action))
+                smallest.setdefault(action, run.seconds / lines)
+                shutil.rmtree(output)
+            shutil.rmtree(folder / "sources")
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Measures the compiler on generated suites.")
+    parser.add_argument("--orvane", required=True)
+    parser.add_argument("--sizes", default="10000,100000,1000000")
+    parser.add_argument("--actions", default="s,a,c")
+    parser.add_argument("--layouts", default="many,one")
+    parser.add_argument("--repeat", type=int, default=3)
+    arguments = parser.parse_args()
+    with tempfile.TemporaryDirectory(prefix="orvane-bench-") as folder:
+        measure(arguments, Path(folder))
+
+
+if __name__ == "__main__":
+    main()

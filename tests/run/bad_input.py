@@ -1,0 +1,219 @@
+#!/usr/bin/env python3
+"""Input and surroundings that are not as they should be: each run of the compiler must end by itself, in time, with
+a message and its status, and must leave no file behind but what it is asked for.
+
+    bad_input.py --orvane PROGRAM [TEST...]
+"""
+
+import argparse
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+ORVANE = ""
+TIMEOUT_SECONDS = 60
+FILES, PARSING, ANALYSIS, GENERATION, LIMIT, EXCEPTION, FATAL = -5, -6, -9, -10, -12, -4, 1
+DIAGNOSTIC = re.compile(r"(Fatal|Error|Warning) {5,}\S")
+
+
+class Result:
+    def __init__(self, process):
+        code = process.returncode
+        self.signal = -code if code < 0 else 0
+        self.status = code - 256 if code > 127 else code
+        self.stdout = process.stdout.decode("utf-8", errors="replace")
+        self.stderr = process.stderr.decode("utf-8", errors="replace")
+
+    def messages(self):
+        return [line for line in self.stderr.split("\n") if DIAGNOSTIC.search(line)]
+
+
+def module(body):
+    return "module M {\n" + body + "\n}\n"
+
+
+class BadInputTest(unittest.TestCase):
+    def setUp(self):
+        self.holder = tempfile.TemporaryDirectory()
+        self.folder = Path(self.holder.name)
+
+    def tearDown(self):
+        self.holder.cleanup()
+
+    def write(self, content, name="M.ttcn"):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def orvane(self, *arguments, stdout=subprocess.PIPE, preexec=None):
+        process = subprocess.run([ORVANE, *map(str, arguments)], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                 stdout=stdout, stderr=subprocess.PIPE, timeout=TIMEOUT_SECONDS, check=False,
+                                 preexec_fn=preexec)
+        if process.stdout is None:
+            process.stdout = b""
+        result = Result(process)
+        self.assertEqual(0, result.signal, f"ended by signal {result.signal}\n{result.stderr[-2000:]}")
+        self.assertNotIn("Sanitizer", result.stderr)
+        self.assertNotIn("runtime error:", result.stderr)
+        return result
+
+    def listing(self):
+        return sorted(str(path.relative_to(self.folder)) for path in self.folder.rglob("*"))
+
+    def check(self, arguments, statuses, left=()):
+        """A run that must fail with one of the statuses and a message, and leave only what is named."""
+        before = self.listing()
+        result = self.orvane(*arguments)
+        self.assertIn(result.status, statuses, result.stderr[:2000])
+        self.assertTrue(result.stderr.strip(), "no message")
+        self.assertEqual([], [name for name in self.listing() if name not in before and name not in left])
+        return result
+
+    def test_unreadable_missing_and_directory(self):
+        missing = self.check(["-a", "-F", "nowhere.ttcn"], [FILES])
+        self.assertIn("Cannot open file: nowhere.ttcn", missing.stderr)
+        both = self.check(["-a", "-F", "nowhere.ttcn", "elsewhere.ttcn"], [FILES])
+        self.assertEqual(2, len(both.messages()))
+        (self.folder / "d.ttcn").mkdir()
+        self.check(["-a", "-F", "d.ttcn"], [FILES, PARSING, EXCEPTION, FATAL])
+        if os.geteuid() != 0:
+            self.write(module(""), "secret.ttcn").chmod(0)
+            self.check(["-a", "-F", "secret.ttcn"], [FILES])
+
+    def test_empty_and_binary_files(self):
+        self.write(b"")
+        result = self.orvane("-a", "-F", "M.ttcn")
+        self.assertIn(result.status, [0, PARSING])
+        self.write(bytes(range(256)) * 64)
+        self.check(["-a", "-F", "M.ttcn"], [PARSING, LIMIT])
+        self.write(Path(ORVANE).read_bytes()[:1_000_000])
+        self.check(["-a", "-F", "M.ttcn"], [PARSING, LIMIT])
+
+    def test_nul_bytes(self):
+        self.write(b"module M {\0 const integer c := 1; }\n")
+        self.check(["-a", "-F", "M.ttcn"], [PARSING])
+        self.write(b'module M { const charstring c := "a\0b"; }\n')
+        self.assertIn(self.orvane("-a", "-F", "M.ttcn").status, [0, PARSING, ANALYSIS])
+
+    def test_broken_encodings(self):
+        self.write(b"\xfe\xff" + module("").encode("utf-16-be")[:-1])
+        self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
+        self.write(b"\xff\xfe" + module("const integer").encode("utf-16-le")[:21])
+        self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
+        self.write(b"\xff\xfe")
+        self.assertIn(self.orvane("-a", "-F", "M.ttcn").status, [0, PARSING, EXCEPTION])
+        self.write(module('const universal charstring c := "\u00e9";').encode("utf-8").replace(b"\xa9", b""))
+        self.check(["-a", "-F", "M.ttcn"], [PARSING, ANALYSIS, EXCEPTION])
+        self.write(module("").encode("utf-8"))
+        self.check(["-a", "-F", "-e", "UCS-2", "M.ttcn"], [PARSING, EXCEPTION])
+
+    def test_endless_comment_and_string(self):
+        self.write("module M { /* no end\n" + "x" * 100_000)
+        self.assertIn("unterminated comment", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
+        self.write('module M { const charstring c := "no end\n')
+        self.assertIn("unterminated string constant", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
+
+    def test_long_tokens(self):
+        name = "a" * 100_000
+        self.write(module(f'const integer {name} := 1; const integer b := {name}; const charstring s := "{name}";'))
+        self.assertEqual(0, self.orvane("-a", "-F", "M.ttcn").status)
+        self.write(module(f"const integer b := {name};"))
+        result = self.check(["-a", "-F", "M.ttcn"], [ANALYSIS])
+        self.assertIn("no declaration for", result.stderr)
+        self.write(module("const integer b := " + "9" * 100_000 + ";"))
+        self.assertIn("integer literal might be too large", self.orvane("-a", "-F", "M.ttcn").stderr)
+        self.write(module(f"const integer b := @{name};"))
+        self.check(["-a", "-F", "M.ttcn"], [PARSING])
+
+    def test_deep_nesting(self):
+        depth = 200_000
+        for body in ["const integer c := " + "(" * depth + "1" + ")" * depth + ";",
+                     "function f() { " + "{" * depth + "}" * depth + " }",
+                     "function f() { " + "if (true) {" * depth + "}" * depth + " }",
+                     "const integer c := " + "{" * depth + "}" * depth + ";",
+                     "type " + "record of " * depth + "integer R;",
+                     "const integer c := f(" * 1 + "f(" * depth + ")" * depth + ");",
+                     "const boolean c := " + "not " * depth + "true;",
+                     "type record R { " + "record { " * depth + "integer a" + " } a" * depth + " }"]:
+            with self.subTest(body[:40]):
+                self.write(module(body))
+                begin = time.monotonic()
+                self.check(["-a", "-F", "M.ttcn"], [PARSING, ANALYSIS, EXCEPTION, LIMIT, FATAL],
+                           left=["M.t3a"])
+                self.assertLess(time.monotonic() - begin, TIMEOUT_SECONDS / 2)
+
+    def test_long_lists(self):
+        count = 100_000
+        for body in ["function f() { var integer v := 0; " + "v := v + 1;\n" * count + "}",
+                     "const integer c := 1" + " + 1\n" * 5_000 + ";",
+                     "type record of integer L; const L c := { " + "1,\n" * count + "1 };",
+                     "".join(f"const integer c{i} := {i};\n" for i in range(count)),
+                     "type enumerated E { " + ",\n".join(f"e{i}" for i in range(20_000)) + " }"]:
+            with self.subTest(body[:40]):
+                self.write(module(body))
+                self.assertEqual(0, self.orvane("-v", "1", "-a", "-F", "M.ttcn").status)
+
+    def test_large_file(self):
+        line = "  // " + "long comment " * 7 + "\n"
+        text = "".join(line * 40 + f"  const integer c{i} := {i};\n" for i in range(13_000))
+        self.assertGreater(len(text), 49_000_000)
+        self.write(module(text))
+        self.assertEqual(0, self.orvane("-v", "1", "-s", "-F", "M.ttcn").status)
+
+    def test_forty_faults_on_forty_lines(self):
+        lines = [f"const integer c{i} := x{i};" for i in range(40)]
+        self.write(module("\n".join(lines)))
+        result = self.check(["-a", "-F", "M.ttcn"], [ANALYSIS])
+        self.assertEqual([f'M.ttcn({i + 2}) : column {23 + len(str(i)) - 1} : Error       no declaration for "x{i}"'
+                          for i in range(40)], result.messages())
+        lines = [f"const integer c{i} = {i};" for i in range(40)]
+        self.write(module("\n".join(lines)))
+        result = self.check(["-a", "-F", "M.ttcn"], [PARSING])
+        places = [int(re.match(r"M\.ttcn\((\d+)\)", line).group(1)) for line in result.messages()]
+        self.assertEqual(list(range(2, 42)), sorted(set(places)))
+
+    def test_error_limit(self):
+        self.write(module("".join(f"const integer c{i} := x{i};\n" for i in range(40))))
+        result = self.check(["-a", "-m", "7", "-F", "M.ttcn"], [LIMIT])
+        self.assertEqual(8, len(result.messages()))
+        self.assertIn("Maximum number of errors reached, breaking", result.messages()[-1])
+
+    def test_full_device(self):
+        self.write(module("const integer c := 1;"))
+        with open("/dev/full", "wb") as full:
+            result = self.orvane("-v", "4", "-a", "-F", "M.ttcn", stdout=full)
+        self.assertIn(result.status, [0, EXCEPTION, FATAL])
+
+    def test_output_that_cannot_be_written(self):
+        self.write(module("const integer c := 1;"))
+        self.write("in the way", "out")
+        self.check(["-c", "-d", "out", "-F", "M.ttcn"], [GENERATION, EXCEPTION, FATAL])
+        self.assertEqual("in the way", (self.folder / "out").read_text())
+        (self.folder / "M.c").mkdir()
+        self.check(["-c", "-F", "M.ttcn"], [GENERATION, EXCEPTION, FATAL], left=["M.t3a"])
+
+    def test_failed_run_leaves_nothing(self):
+        self.write(module("const integer c := x;"))
+        self.check(["-c", "-F", "M.ttcn"], [ANALYSIS])
+        self.write(module("const integer c = 1"))
+        self.check(["-c", "-F", "M.ttcn"], [PARSING])
+        self.write("\ufeff".encode("utf-16-le") + module("const integer c = 1").encode("utf-16-le"))
+        self.check(["-c", "-F", "M.ttcn"], [PARSING])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Bad input.")
+    parser.add_argument("--orvane", required=True)
+    arguments, rest = parser.parse_known_args()
+    global ORVANE
+    ORVANE = os.path.abspath(arguments.orvane)
+    unittest.main(argv=[sys.argv[0], *rest])
+
+
+if __name__ == "__main__":
+    main()

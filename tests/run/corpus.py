@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""Real modules through the compiler: sets that are closed under imports as a whole, others file by file.
+
+    corpus.py --orvane PROGRAM --corpus FOLDER [--action s|a] [--out FOLDER]
+
+A closed set must end with status 0. A file of `syntax-only` imports modules that are not there: it must end with
+status 0 or, where its imports are missed, -8; a syntax error (-6) is a fault of the compiler. Ends with 77 where
+the corpus is missing.
+"""
+
+import argparse
+import concurrent.futures
+import os
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+SKIPPED = 77
+NORMAL, IMPORTS_MISSED = 0, -8
+
+
+def run(orvane, action, files, allowed):
+    """Fault of a run over the files, or None."""
+    command = [orvane, "-v", "1", "-" + action, "-F", *map(str, files)]
+    with tempfile.TemporaryDirectory() as folder:
+        try:
+            process = subprocess.run(command, cwd=folder, capture_output=True, text=True, errors="replace",
+                                     timeout=300, check=False)
+        except subprocess.TimeoutExpired:
+            return "no end within 300 seconds"
+    status = process.returncode - 256 if process.returncode > 127 else process.returncode
+    if status in allowed:
+        return None
+    return f"status {status}\n" + "\n".join(process.stderr.split("\n")[:20])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Runs the compiler over real modules.")
+    parser.add_argument("--orvane", required=True)
+    parser.add_argument("--corpus", required=True)
+    parser.add_argument("--action", default="s", choices=["s", "a"])
+    arguments = parser.parse_args()
+    corpus = Path(os.environ.get("ORVANE_CORPUS") or arguments.corpus).resolve()
+    if not corpus.is_dir():
+        print(f"skipped: no corpus at {corpus}; ORVANE_CORPUS names another place")
+        return SKIPPED
+    orvane = os.path.abspath(arguments.orvane)
+    jobs = {}
+    for folder in sorted(path for path in corpus.iterdir() if path.is_dir()):
+        files = sorted(folder.glob("*.ttcn"))
+        if folder.name != "syntax-only":
+            jobs[folder.name] = (files, {NORMAL})
+        elif arguments.action == "s":
+            jobs.update({f"syntax-only/{file.name}": ([file], {NORMAL, IMPORTS_MISSED}) for file in files})
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        runs = {name: pool.submit(run, orvane, arguments.action, *job) for name, job in jobs.items()}
+        faults = {name: future.result() for name, future in runs.items() if future.result()}
+    for name, fault in faults.items():
+        print(f"FAILED {name}: {fault}")
+    print(f"{len(jobs) - len(faults)} passed, {len(faults)} failed")
+    return 1 if faults or not jobs else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
