@@ -2,8 +2,10 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <new>
 
+#include "driver/Errors.h"
 #include "driver/T3Exception.h"
 
 const char* const vexa_location_not_allocated = "__NO_LOCATION_ALLOCATED__";
@@ -14,8 +16,11 @@ T3Tree& gT3AST = *new T3Tree;
 namespace {
 constexpr size_t kBlockSize = 20480;
 constexpr size_t kAttributeBlockSize = 1 << 18;
+constexpr size_t kMaxFileName = 255;
 
-size_t Round(size_t size) { return (size + 7) / 8 * 8; }
+size_t Round(size_t size) {
+  return (size + 7) / 8 * 8;
+}
 }  // namespace
 
 void T3Tree_Node::MakeAttributes() {
@@ -34,20 +39,27 @@ void T3Tree_Node::MakeCold() {
 
 void T3Tree_Node::BadCast(unsigned short wanted) const {
   throw internal_exception("T3Tree", 0, "as",
-                           std::string("node of kind ") + T3Tree_NodeName[static_cast<int>(kind)] + " used as " +
-                               T3Tree_NodeName[wanted]);
+                           std::string("node of kind ") + T3Tree_NodeName[static_cast<int>(kind)] +
+                               " used as " + T3Tree_NodeName[wanted]);
 }
 
-// A block is filled from its top downwards; behind its nodes lies the link to the block before.
+void* T3Tree::NewBlock(size_t size) {
+  void* block = std::malloc(size);
+  if (block == nullptr) {
+    gErrors.ErrorMessageI(kCodeTreeOutOfMemory, kFatal, NoPosition, kInfoText, "T3Tree");
+    std::abort();  // a fatal message does not come back
+  }
+  blocks_.push_back(block);
+  memory_ += size;
+  return block;
+}
+
+// A block is filled from its top downwards.
 void* T3Tree::T3Tree_Alloc(size_t size) {
   size = Round(size);
   const size_t room = size > kBlockSize ? size : kBlockSize;
-  auto* block = static_cast<char*>(::operator new(room + sizeof(char*)));
-  std::memcpy(block + room, &block_, sizeof(char*));
-  memory_ += room + sizeof(char*);
-  block_ = block;
-  low_ = block;
-  free_ = block + room - size;
+  low_ = static_cast<char*>(NewBlock(room));
+  free_ = low_ + room - size;
   return free_;
 }
 
@@ -55,9 +67,8 @@ void* T3Tree::AllocAttributes(size_t size) {
   size = Round(size);
   if (static_cast<size_t>(attribute_end_ - attribute_free_) < size) {
     const size_t room = size > kAttributeBlockSize ? size : kAttributeBlockSize;
-    attribute_free_ = static_cast<char*>(::operator new(room));
+    attribute_free_ = static_cast<char*>(NewBlock(room));
     attribute_end_ = attribute_free_ + room;
-    memory_ += room;
   }
   void* result = attribute_free_;
   attribute_free_ += size;
@@ -68,4 +79,32 @@ const char* T3Tree::KeepText(const std::string& text) {
   auto* memory = static_cast<char*>(AllocAttributes(text.size() + 1));
   std::memcpy(memory, text.c_str(), text.size() + 1);
   return memory;
+}
+
+void T3Tree::ReleaseT3TreeModule() {
+  for (void* block : blocks_) std::free(block);
+  blocks_.clear();
+  free_ = low_ = attribute_free_ = attribute_end_ = nullptr;
+  memory_ = 0;
+  root = nullptr;
+}
+
+void T3Tree::ConfigureT3Tree(const std::string& name, const std::string& value) {
+  static const std::map<std::string, bool T3TreeSettings::*> bools = {
+      {"CheckReportNoTree", &T3TreeSettings::CheckReportNoTree},
+      {"CheckReportNodes", &T3TreeSettings::CheckReportNodes},
+      {"TreatTVAasChild", &T3TreeSettings::TreatTVAasChild}};
+  static const std::map<std::string, int T3TreeSettings::*> integers = {
+      {"DrawBoxHeight", &T3TreeSettings::DrawBoxHeight},
+      {"DrawBoxWidth", &T3TreeSettings::DrawBoxWidth},
+      {"DrawDepth", &T3TreeSettings::DrawDepth},
+      {"DrawLength", &T3TreeSettings::DrawLength}};
+  if (const auto b = bools.find(name); b != bools.end())
+    settings_.*(b->second) = value == "T" || value == "true" || value == "1";
+  else if (const auto i = integers.find(name); i != integers.end())
+    settings_.*(i->second) = std::atoi(value.c_str());
+  else if (name == "DrawFileName")
+    settings_.DrawFileName = value.substr(0, kMaxFileName);
+  else
+    gErrors.ErrorMessageI(kCodeUnknownParameter, kError, NoPosition, kInfoText, name.c_str());
 }

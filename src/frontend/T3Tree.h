@@ -105,7 +105,8 @@ struct T3Tree_Node {
   /// The node as T; any other kind is an internal error.
   template <class T>
   T* as() {
-    if (!is<T>()) [[unlikely]] BadCast(T::kFirst);
+    if (!is<T>()) [[unlikely]]
+      BadCast(T::kFirst);
     return static_cast<T*>(this);
   }
   /// The node as T, or null for any other kind.
@@ -116,11 +117,13 @@ struct T3Tree_Node {
 
  protected:
   T3Attributes& AttributeRecord() {
-    if (attributes == nullptr) [[unlikely]] MakeAttributes();
+    if (attributes == nullptr) [[unlikely]]
+      MakeAttributes();
     return *attributes;
   }
   T3Cold& ColdRecord() {
-    if (attributes == nullptr || attributes->cold == nullptr) [[unlikely]] MakeCold();
+    if (attributes == nullptr || attributes->cold == nullptr) [[unlikely]]
+      MakeCold();
     return *attributes->cold;
   }
 
@@ -192,6 +195,20 @@ inline T3Tree_Node*& T3ChildField(T3Tree_Node* node, const T3FieldInfo& field) {
 
 using T3TreeCallback = std::function<void(T3Tree_Node*)>;
 
+/// What ConfigureT3Tree sets.
+struct T3TreeSettings {
+  /// The tree check reports missing children.
+  bool CheckReportNoTree = true;
+  /// The tree check dumps the nodes that it reports.
+  bool CheckReportNodes = true;
+  bool TreatTVAasChild = false;
+  int DrawBoxHeight = 0;
+  int DrawBoxWidth = 0;
+  int DrawDepth = 0;
+  int DrawLength = 0;
+  std::string DrawFileName;
+};
+
 /// The arena of all nodes and the root of the module list. One instance, gT3AST, lives to the end.
 class T3Tree {
  public:
@@ -210,8 +227,12 @@ class T3Tree {
   /// A copy of `text` that lives as long as the tree; for `text` and `location` fields.
   const char* KeepText(const std::string& text);
   /// The number of bytes in all blocks.
-  size_t MemoryUsed() const { return memory_; }
-  uint32_t NodeCount() const { return next_number_; }
+  size_t MemoryUsed() const {
+    return memory_;
+  }
+  uint32_t NodeCount() const {
+    return next_number_;
+  }
 
   /// Each reachable node once, parents first, in the order of fields and lists. Lists are walked in loops.
   void TraverseT3TreeTD(T3Tree_Node* root, const T3TreeCallback& call);
@@ -234,10 +255,16 @@ class T3Tree {
   void WriteT3TreeNode(FILE* stream, T3Tree_Node* node);
   /// Settings for debugging; an unknown name is reported.
   void ConfigureT3Tree(const std::string& name, const std::string& value);
+  const T3TreeSettings& Settings() const {
+    return settings_;
+  }
   void BeginT3Tree() {}
   void CloseT3Tree() {}
+  /// Frees all nodes and records at once; no node may be used afterwards.
   void ReleaseT3TreeModule();
-  void SetCheckReport(FILE* stream) { check_report_ = stream; }
+  void SetCheckReport(FILE* stream) {
+    check_report_ = stream;
+  }
 
   /// Head of the list of modules.
   T3Tree_Node* root = nullptr;
@@ -263,12 +290,15 @@ class T3Tree {
 
   char* free_ = nullptr;
   char* low_ = nullptr;
-  char* block_ = nullptr;
+  std::vector<void*> blocks_;
   char* attribute_free_ = nullptr;
   char* attribute_end_ = nullptr;
+  void* NewBlock(size_t size);
+
   size_t memory_ = 0;
   uint32_t next_number_ = 0;
   FILE* check_report_ = stderr;
+  T3TreeSettings settings_;
 };
 
 extern T3Tree& gT3AST;

@@ -1,0 +1,252 @@
+// Writes the tree as text, and checks that it is what its description says.
+#include <unordered_map>
+
+#include "driver/Errors.h"
+#include "frontend/T3TreeFields.h"
+
+namespace {
+constexpr int kSelectorWidth = 16;
+constexpr int kStep = 2;
+// A nesting deeper than this is written without further indentation, or a deep tree's dump would grow with
+// the square of its depth.
+constexpr int kMaxIndentation = 200;
+
+void Indent(FILE* stream, int depth) {
+  std::fprintf(stream, "%*s", depth < kMaxIndentation ? depth : kMaxIndentation, "");
+}
+
+void WriteSelector(FILE* stream, const char* name, int depth) {
+  Indent(stream, depth);
+  std::fprintf(stream, "%-*s = ", kSelectorWidth, name);
+}
+
+template <class T>
+T Value(const char* at) {
+  T value;
+  std::memcpy(&value, at, sizeof value);
+  return value;
+}
+
+void WriteAddress(FILE* stream, const void* pointer, const char* tail) {
+  std::fprintf(stream, "%08lx %s", static_cast<unsigned long>(reinterpret_cast<uintptr_t>(pointer)), tail);
+}
+
+void WriteBytes(FILE* stream, const char* at, size_t size) {
+  for (size_t i = 0; i < size; ++i) std::fprintf(stream, "%02x ", static_cast<unsigned char>(at[i]));
+}
+
+void WritePositionBytes(FILE* stream, const char* at) {
+  const auto position = Value<tPosition>(at);
+  WriteBytes(stream, reinterpret_cast<const char*>(&position.Line), sizeof position.Line);
+  WriteBytes(stream, reinterpret_cast<const char*>(&position.Column), sizeof position.Column);
+  WriteBytes(stream, reinterpret_cast<const char*>(&position.File), sizeof position.File);
+}
+
+void WriteValue(FILE* stream, const T3FieldInfo& field, const char* at) {
+  switch (field.shape) {
+    case T3FieldShape::Node:
+      if (Value<void*>(at) == nullptr)
+        std::fputs("NoT3Tree", stream);
+      else
+        WriteAddress(stream, Value<void*>(at), "*");
+      break;
+    case T3FieldShape::Reference:
+      WriteAddress(stream, Value<void*>(at), "+");
+      break;
+    case T3FieldShape::Ident:
+      gIdents.WriteIdent(stream, Value<tIdent>(at));
+      break;
+    case T3FieldShape::String:
+      StringM::WriteString(stream, Value<tStringRef>(at));
+      break;
+    case T3FieldShape::Bool:
+      std::fputc(Value<bool>(at) ? 'T' : 'F', stream);
+      break;
+    case T3FieldShape::Text:
+      std::fputs(Value<const char*>(at) == nullptr ? "" : Value<const char*>(at), stream);
+      break;
+    case T3FieldShape::Position:
+      WritePositionBytes(stream, at);
+      break;
+    case T3FieldShape::Bytes:
+      WriteBytes(stream, at, field.size);
+      break;
+  }
+  std::fputc('\n', stream);
+}
+
+// The record that a field lies in; null where the node has none yet.
+const char* RecordOf(T3Tree_Node* node, T3FieldRecord record) {
+  switch (record) {
+    case T3FieldRecord::Node:
+      return reinterpret_cast<const char*>(node);
+    case T3FieldRecord::Attributes:
+      return reinterpret_cast<const char*>(node->attributes);
+    case T3FieldRecord::Cold:
+      return node->attributes == nullptr ? nullptr : reinterpret_cast<const char*>(node->attributes->cold);
+  }
+  return nullptr;
+}
+
+void WriteField(FILE* stream, T3Tree_Node* node, const T3FieldInfo& field, int depth) {
+  const char* record = RecordOf(node, field.record);
+  if (record == nullptr) return;
+  WriteSelector(stream, field.name, depth);
+  WriteValue(stream, field, record + field.offset);
+}
+
+void WriteNode(FILE* stream, T3Tree_Node* node) {
+  std::fprintf(stream, "%s\n", T3KindName(node));
+  if (node == nullptr) return;
+  for (const T3FieldInfo& field : T3Tree_KindInfo[static_cast<int>(node->kind)].fields)
+    WriteField(stream, node, field, 0);
+}
+
+void CheckStream(FILE* stream) {
+  if (std::fflush(stream) != 0 || std::ferror(stream))
+    gErrors.ErrorMessageI(kCodeInputOutput, kFatal, NoPosition, kInfoText, "T3Tree.WriteT3Tree");
+}
+
+// One dump of a subtree. What is still to be written lies on a stack of fields.
+class Dump {
+ public:
+  Dump(FILE* stream, T3Tree_Node* root) : stream_(stream) {
+    CountReferences(root);
+    WriteTree(root, 0);
+    while (!work_.empty()) Step();
+  }
+
+ private:
+  struct Work {
+    T3Tree_Node* node;
+    // the fields before this one have been written; `next` comes after all others
+    size_t field;
+    int depth;
+  };
+
+  void CountReferences(T3Tree_Node* root) {
+    std::vector<T3Tree_Node*> stack{root};
+    while (!stack.empty()) {
+      T3Tree_Node* node = stack.back();
+      stack.pop_back();
+      if (node == nullptr || ++references_[node] > 1) continue;
+      const T3ChildFields& fields = ChildFieldsOf(node);
+      for (const auto& child : fields.children) stack.push_back(T3ChildField(node, *child.info));
+      if (fields.next.info != nullptr) stack.push_back(T3ChildField(node, *fields.next.info));
+    }
+  }
+
+  // Writes the head of a subtree and puts its fields on the stack.
+  void WriteTree(T3Tree_Node* node, int depth) {
+    if (node == nullptr) {
+      std::fputs(" NoT3Tree\n", stream_);
+      return;
+    }
+    if (references_[node] > 1) {
+      int& label = labels_[node];
+      if (label != 0) {
+        std::fprintf(stream_, "^%d\n", label);
+        return;
+      }
+      label = static_cast<int>(labels_.size());
+      std::fprintf(stream_, " %d\n%06d:", label, label);
+      Indent(stream_, depth);
+    }
+    std::fprintf(stream_, "%s\n", T3KindName(node));
+    work_.push_back({node, 0, depth});
+  }
+
+  // Writes the fields of the topmost node up to and with its next child.
+  void Step() {
+    const auto fields = T3Tree_KindInfo[static_cast<int>(work_.back().node->kind)].fields;
+    const T3FieldInfo* next = ChildFieldsOf(work_.back().node).next.info;
+    while (work_.back().field < fields.size()) {
+      Work& work = work_.back();
+      const T3FieldInfo& field = fields[work.field++];
+      if (&field == next) continue;
+      if (!field.IsChild()) {
+        WriteField(stream_, work.node, field, work.depth);
+        continue;
+      }
+      WriteSelector(stream_, field.name, work.depth);
+      WriteTree(T3ChildField(work.node, field), work.depth + kStep);
+      return;
+    }
+    const Work done = work_.back();
+    work_.pop_back();
+    if (next == nullptr) return;
+    WriteSelector(stream_, next->name, done.depth);
+    WriteTree(T3ChildField(done.node, *next), done.depth);
+  }
+
+  FILE* stream_;
+  std::unordered_map<T3Tree_Node*, int> references_;
+  std::unordered_map<T3Tree_Node*, int> labels_;
+  std::vector<Work> work_;
+};
+
+// Reports children that are missing or of a wrong class.
+class Check {
+ public:
+  explicit Check(FILE* report) : report_(report) {}
+  bool passed() const { return passed_; }
+
+  void CheckNode(T3Tree_Node* node) {
+    const T3ChildFields& fields = ChildFieldsOf(node);
+    for (const auto& child : fields.children) CheckChild(node, *child.info);
+    if (fields.next.info != nullptr) CheckChild(node, *fields.next.info);
+  }
+
+  void CheckChild(T3Tree_Node* node, const T3FieldInfo& field) {
+    if (field.child_class == kAnyChildClass) return;
+    T3Tree_Node* child = T3ChildField(node, field);
+    if (T3Tree_IsType(child, static_cast<T3Kind>(field.child_class))) return;
+    passed_ = false;
+    if (child != nullptr || gT3AST.Settings().CheckReportNoTree) Report(node, field, child);
+  }
+
+ private:
+  void Line(int code, const char* text) {
+    std::fprintf(report_, "   %s %s\n", Errors::CodeToText(code).c_str(), text);
+  }
+  void Line(int code, const void* address) {
+    std::fprintf(report_, "   %s %p\n", Errors::CodeToText(code).c_str(), address);
+  }
+  void Node(int code, T3Tree_Node* node) {
+    std::fprintf(report_, "   %s ", Errors::CodeToText(code).c_str());
+    WriteNode(report_, node);
+  }
+
+  void Report(T3Tree_Node* parent, const T3FieldInfo& field, T3Tree_Node* child) {
+    std::fprintf(report_, "%s\n", Errors::CodeToText(kCodeCheckTree).c_str());
+    Line(51, static_cast<const void*>(parent));
+    Line(52, T3KindName(parent));
+    Line(53, field.name);
+    if (child != nullptr) Line(55, static_cast<const void*>(child));
+    Line(56, T3KindName(child));
+    Line(57, T3Tree_NodeName[field.child_class]);
+    if (!gT3AST.Settings().CheckReportNodes) return;
+    Node(58, parent);
+    if (child != nullptr) Node(59, child);
+  }
+
+  FILE* report_;
+  bool passed_ = true;
+};
+}  // namespace
+
+void T3Tree::WriteT3Tree(FILE* stream, T3Tree_Node* root) {
+  Dump(stream, root);
+  CheckStream(stream);
+}
+
+void T3Tree::WriteT3TreeNode(FILE* stream, T3Tree_Node* node) {
+  WriteNode(stream, node);
+  CheckStream(stream);
+}
+
+bool T3Tree::CheckT3Tree(T3Tree_Node* root) {
+  Check check(check_report_);
+  TraverseT3TreeTD(root, [&check](T3Tree_Node* node) { check.CheckNode(node); });
+  return check.passed();
+}
