@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -348,6 +349,15 @@ void ReadGlobalOpts(int argc, const char** argv, T3CommandLine& command_line) {
   const Arguments arguments{argc, argv, command_line};
   Section section = ReadGlobalSection(arguments);
   while (section != Section::End) section = ReadSection(section, arguments);
+}
+
+bool HasFilesOfLanguage(::language of) {
+  return std::any_of(gT3CommandLine.files.begin(), gT3CommandLine.files.end(),
+                     [of](const file_argument_t& file) { return file.language == of; });
+}
+
+bool WillGenerateCode(compiler_action_t action) {
+  return action == action_precompile || action == action_generate_only || action == action_compile;
 }
 
 bool GetOmitCheckOpt() {

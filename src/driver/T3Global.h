@@ -25,9 +25,7 @@ inline long gCurrentFileModificationTime = 0;
 /// True once any port's type list is `all`; set by the parser, holds for the whole run.
 inline bool gT3IsPortAllTypes = false;
 
-/// The integer type of the module being processed, set by name analysis, and the one kept for each module
-/// by its name.
-inline T3Tree_Node* gT3IntegerType = nullptr;
+/// The integer type node that name analysis made for each module, by the module's name.
 inline std::map<tIdent, T3Tree_Node*>& gT3IntegerTypes = *new std::map<tIdent, T3Tree_Node*>;
 
 /// The installation directory, from the program's path.

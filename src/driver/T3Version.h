@@ -3,11 +3,16 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 inline constexpr const char* kToolName = "Orvane, TTCN-3 to C Compiler";
 inline constexpr const char* kVersion = "3.3.0.2.17499";
-/// The notice of the banner, as one line; the banner breaks it behind each full stop.
-extern const char* const kNotice;
+/// What the program prints first: its name, its version and the notice.
+std::string Banner();
+
+/// The comment at the head of every generated file, line by line. Its time is that of SOURCE_DATE_EPOCH,
+/// where the environment sets one.
+std::vector<std::string> GenerateModuleHeader();
 
 /// A line of `-V`: one source unit. Objects register themselves before `main`.
 class VersionInfo {

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <filesystem>
 
 #include "frontend/T3GlobalASTNodes.h"
+#include "driver/T3CommandLine.h"
 #include "frontend/T3Tree.h"
+#include "support/rFsearch.h"
 
 namespace {
 struct Edition {
@@ -21,6 +24,11 @@ constexpr const char* kAsn1 = "\"ASN.1\"";
 constexpr std::string_view kAsn1Editions[] = {"\"ASN.1:1988\"", "\"ASN.1:1994\"", "\"ASN.1:1997\"",
                                               "\"ASN.1:2002\""};
 
+constexpr const char* kNotSupported = "External compilation is not supported";
+constexpr std::string_view kSourceEnding = ".asn";
+
+T3ModuleSteps module_steps{};
+
 T3Tree_Node* Representation(T3Tree_Node* node) {
   auto* module = node == nullptr ? nullptr : node->try_as<T3Module>();
   if (module == nullptr) return node;
@@ -28,6 +36,65 @@ T3Tree_Node* Representation(T3Tree_Node* node) {
   return MakeTTCN3Representation(StringM::StGetString(module->language));
 }
 }  // namespace
+
+T3Tree_Node* gT3ASN_1 = nullptr;
+T3Tree_Node* gT3MESK = nullptr;
+T3Tree_Node* gT3ASN2C = nullptr;
+
+void BeginT3Representation(const T3ModuleSteps& steps) {
+  module_steps = steps;
+  gT3ASN_1 = gT3AST.mT3ASN_1(NoPosition);
+  gT3MESK = gT3AST.mT3MESK(NoPosition);
+  gT3ASN2C = gT3AST.mT3ASN2C(NoPosition);
+}
+
+void CloseT3Representation() {}
+
+bool T3Module_analyze(T3Tree_Node* module) {
+  if (T3Is<T3TTCN_3>(Representation(module)) || T3Is<T3ASN_1>(Representation(module)))
+    return module_steps.analyze(module);
+  vexa_error(kNotSupported, NoPosition);
+  return false;
+}
+
+bool T3Module_generate(T3Tree_Node* module) {
+  if (T3Is<T3TTCN_3>(Representation(module))) return module_steps.generate(module);
+  vexa_error(kNotSupported, NoPosition);
+  return false;
+}
+
+bool ParseASN1(const char*, tIdent file) {
+  vexa_error(std::string(kNotSupported) + ": \"" + gIdents.GetCStr(file) + '"', NoPosition);
+  return false;
+}
+
+namespace {
+// The syntax file of an ASN.1 source in a directory.
+std::string stxFileName(const std::string& directory, tIdent source) {
+  std::string name = rBaseName(gIdents.GetString(source));
+  const size_t ending = name.rfind(kSourceEnding);
+  if (ending != std::string::npos)
+    name.replace(ending, kSourceEnding.size(), ".stx");
+  else
+    name += ".stx";
+  return directory + DirectorySeparator() + name;
+}
+}  // namespace
+
+void mesk_backupSTXFiles(const std::string& directory) {
+  for (const file_argument_t& file : gT3CommandLine.files) {
+    if (file.language != language_asn1) continue;
+    const std::string syntax_file = stxFileName(directory, file.name);
+    const std::string copy = syntax_file + ".t3a";
+    std::error_code fault;
+    std::filesystem::copy_file(syntax_file, copy, std::filesystem::copy_options::overwrite_existing, fault);
+    if (fault)
+      vexa_warning(gT3CommandLine.CommonVerbosity(),
+                   "Could not rename \"" + syntax_file + "\" into \"" + copy +
+                       "\" - build avoidance for ASN.1 parser will not work.",
+                   NoPosition);
+  }
+}
 
 const char* T3ReprToString(T3Tree_Node* node) {
   node = Representation(node);

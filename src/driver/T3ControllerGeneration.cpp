@@ -1,0 +1,107 @@
+// The stage of code generation.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "analysis/T3Stages.h"
+#include "asn1/integration/T3Representation.h"
+#include "driver/T3Controller.h"
+#include "driver/T3Version.h"
+#include "frontend/T3Tree.h"
+#if __has_include("generator/T3Context.h")
+#include "FileAPI/CFile.h"
+#include "generator/T3Context.h"
+#endif
+#if __has_include("build/T3TciModules.h")
+#include "build/T3TciModules.h"
+#endif
+
+namespace {
+[[noreturn]] void FetchPrecomppiledAST() {
+  vexa_error("'-generate-only' option not supported - exit", NoPosition);
+  std::exit(kExitUsage);
+}
+
+bool IsUnchanged(const T3Module* module) {
+  return gT3CommandLine.build_avoidance && !module->file_changed && !module->code_generation_necessary;
+}
+
+bool CompileModule(T3Tree_Node* module, const char* name) {
+  vexa_compiler_phases(GetVerbosity(module), FormatText("Generating code for module \"%s\"", name));
+  const bool generated = T3Module_generate(module);
+  CleanupCompilationIntermediateData(module);
+  return generated;
+}
+
+bool GenerateModule(T3Module* module) {
+  const compiler_action_t action = GetAction(module);
+  const char* name = gIdents.GetCStr(module->name);
+  if (IsUnchanged(module)) {
+    if (WillGenerateCode(action))
+      vexa_compiler_phases(GetVerbosity(module),
+                           FormatText("Skipping code generation for unchanged module \"%s\"", name));
+    return true;
+  }
+  if (action == action_generate_only) FetchPrecomppiledAST();
+  return action != action_compile || CompileModule(module, name);
+}
+
+#if __has_include("generator/T3Context.h")
+void TellOutputFiles(T3Tree_Node* module, const std::string& directory, const std::string& base) {
+  const verbosity_level_t verbosity = GetVerbosity(module);
+  vexa_progress(verbosity, FormatText("Output files: \"%s.h\" and \"%s.c\"", base.c_str(), base.c_str()));
+  vexa_progress(verbosity, FormatText("Output directory: \"%s\"", directory.c_str()));
+}
+
+void GenerationSteps(T3Tree_Node* module) {
+  const std::string directory = GetOutputDir(module);
+  const std::string base = GetOutputFile(module);
+  auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, UINT_MAX);
+  file->setHeaderMessage(GenerateModuleHeader());
+  TellOutputFiles(module, directory, base);
+  ClearOptimizationInfo(module);
+  gT3Context.begin(std::move(file));
+  RestoreModule_gT3IntegerType(module);
+  CGModule(module);
+  gT3Context.end();
+}
+#endif
+}  // namespace
+
+bool Generate(T3Tree_Node* module) {
+#if __has_include("generator/T3Context.h")
+  try {
+    GenerationSteps(module);
+  } catch (const MaximumErrorsExceeded&) {
+    gT3Context.invalidateFile();
+    throw;
+  } catch (...) {
+    gT3Context.invalidateFile();
+    std::fputs("Generator: Exception\n", stderr);
+    throw;
+  }
+#endif
+  UpdateBuildAvoidanceFile(module, true, stage_code_generation);
+  return true;
+}
+
+bool GenerateCode() {
+  bool all = true;
+  for (const module_argument_t& argument : gT3CommandLine.modules) {
+    const auto found = gT3ModuleMap.find(argument.name);
+    if (found != gT3ModuleMap.end()) all = GenerateModule(found->second->as<T3Module>()) && all;
+  }
+  if (!all) vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Code generation failed");
+#if __has_include("build/T3TciModules.h")
+  if (gT3CommandLine.tci) tci_generate_modules_info();
+#endif
+  return all;
+}
+
+bool WillAnythingGenerateCode(::language of) {
+  return std::any_of(
+      gT3CommandLine.modules.begin(), gT3CommandLine.modules.end(), [of](const module_argument_t& argument) {
+        const auto found = gT3ModuleMap.find(argument.name);
+        return argument.language == of && found != gT3ModuleMap.end() && WillGenerateCode(GetAction(found->second));
+      });
+}
