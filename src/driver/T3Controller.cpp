@@ -18,7 +18,9 @@
 namespace {
 constexpr rlim_t kStackSize = 64UL << 20;
 
-void Say(const std::string& text) { vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), text); }
+void Say(const std::string& text) {
+  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), text);
+}
 
 // Nesting in a source is limited, but not by the stack that the user's shell happens to give.
 void EnlargeStack() {

@@ -9,8 +9,13 @@
 #include "driver/T3Controller.h"
 #include "frontend/T3Tree.h"
 
+// Yields to the definition of name analysis.
+[[gnu::weak]] T3Tree_Node* gT3IntegerType = nullptr;
+
 namespace {
-const char* NameOf(T3Tree_Node* module) { return gIdents.GetCStr(module->as<T3Module>()->name); }
+const char* NameOf(T3Tree_Node* module) {
+  return gIdents.GetCStr(module->as<T3Module>()->name);
+}
 
 // The modules that a module imports directly.
 std::vector<T3Module*> ImportedModules(T3Tree_Node* module) {
@@ -24,7 +29,9 @@ std::vector<T3Module*> ImportedModules(T3Tree_Node* module) {
   return imported;
 }
 
-bool IsAnalysed(compiler_action_t action) { return action != action_parse && action != action_generate_only; }
+bool IsAnalysed(compiler_action_t action) {
+  return action != action_parse && action != action_generate_only;
+}
 
 [[noreturn]] void StorePrecompiledAST() {
   vexa_error("'-precompile' option not supported - exit", NoPosition);

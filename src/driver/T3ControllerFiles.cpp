@@ -37,8 +37,9 @@ bool NeedsConversion(const char* path, file_format_t format) {
 
 bool ParseAs(::language of, const char* path, tIdent file) {
   const bool ttcn3 = of == language_ttcn3;
-  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(),
-                       FormatText("Parsing %s file \"%s\"", ttcn3 ? "TTCN-3" : "ASN.1", gIdents.GetCStr(file)));
+  vexa_compiler_phases(
+      gT3CommandLine.CommonVerbosity(),
+      FormatText("Parsing %s file \"%s\"", ttcn3 ? "TTCN-3" : "ASN.1", gIdents.GetCStr(file)));
   return ttcn3 ? ParseTTCN3(path, file) : ParseASN1(path, file);
 }
 

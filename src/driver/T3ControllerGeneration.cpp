@@ -99,9 +99,10 @@ bool GenerateCode() {
 }
 
 bool WillAnythingGenerateCode(::language of) {
-  return std::any_of(
-      gT3CommandLine.modules.begin(), gT3CommandLine.modules.end(), [of](const module_argument_t& argument) {
-        const auto found = gT3ModuleMap.find(argument.name);
-        return argument.language == of && found != gT3ModuleMap.end() && WillGenerateCode(GetAction(found->second));
-      });
+  return std::any_of(gT3CommandLine.modules.begin(), gT3CommandLine.modules.end(),
+                     [of](const module_argument_t& argument) {
+                       const auto found = gT3ModuleMap.find(argument.name);
+                       return argument.language == of && found != gT3ModuleMap.end() &&
+                              WillGenerateCode(GetAction(found->second));
+                     });
 }

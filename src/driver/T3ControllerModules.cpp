@@ -8,12 +8,14 @@
 #include "frontend/T3Tree.h"
 
 namespace {
-std::string Quoted(tIdent name) { return std::string("\"") + gIdents.GetCStr(name) + '"'; }
+std::string Quoted(tIdent name) {
+  return std::string("\"") + gIdents.GetCStr(name) + '"';
+}
 
 T3Module* MakeModuleWithoutSource(tIdent name) {
   T3Module* module =
-      gT3AST.mT3Module(NoPosition, _sgT3NoModule(false), name, gStringM.PutString("\"TTCN-3\""), 0, false, false,
-                       false, _sgT3NoExpression(), _sgT3NoDecl(), _sgT3NoWith());
+      gT3AST.mT3Module(NoPosition, _sgT3NoModule(false), name, gStringM.PutString("\"TTCN-3\""), 0, false,
+                       false, false, _sgT3NoExpression(), _sgT3NoDecl(), _sgT3NoWith());
   module->representation = _sgT3TTCN_3();
   return module;
 }
@@ -38,7 +40,8 @@ void PrintCycle(const std::vector<tIdent>& cycle) {
   std::fflush(stdout);
 }
 
-bool ReportMissing(const std::vector<tIdent>& order, const T3ModuleDeps& known, const T3ImportPositions& positions) {
+bool ReportMissing(const std::vector<tIdent>& order, const T3ModuleDeps& known,
+                   const T3ImportPositions& positions) {
   bool complete = true;
   for (const tIdent name : order) {
     if (known.contains(name)) continue;
@@ -79,8 +82,8 @@ void DefaultModules(std::set<tIdent>& requested, std::vector<module_argument_t>&
     const auto found = names_of_file.find(file.name);
     if (found == names_of_file.end()) continue;
     const std::vector<tIdent>& names = found->second;
-    const bool any_requested = std::any_of(
-        names.begin(), names.end(), [&requested](tIdent name) { return requested.contains(name); });
+    const bool any_requested = std::any_of(names.begin(), names.end(),
+                                           [&requested](tIdent name) { return requested.contains(name); });
     if (any_requested) continue;
     for (const tIdent name : names) AddModule(file, name, requested, arguments);
   }

@@ -9,7 +9,8 @@ constexpr std::string_view kCygwinDrive = "/cygdrive/";
 
 // A path of the Unix emulation, as the host itself writes it.
 std::string ToDrivePath(std::string path) {
-  if (path.compare(0, kCygwinDrive.size(), kCygwinDrive) != 0 || path.size() == kCygwinDrive.size()) return path;
+  if (path.compare(0, kCygwinDrive.size(), kCygwinDrive) != 0 || path.size() == kCygwinDrive.size())
+    return path;
   path = path.substr(kCygwinDrive.size(), 1) + ':' + path.substr(kCygwinDrive.size() + 1);
   for (char& c : path)
     if (c == '/') c = '\\';
