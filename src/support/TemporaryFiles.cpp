@@ -108,6 +108,11 @@ void TemporaryFile::Adopt(const std::string& path) {
   path_ = path;
 }
 
+void TemporaryFile::Take(TemporaryFile& other) noexcept {
+  Remove();
+  path_.swap(other.path_);
+}
+
 void TemporaryFile::Remove() {
   if (path_.empty()) return;
   unlink(path_.c_str());

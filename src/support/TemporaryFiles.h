@@ -29,6 +29,8 @@ class TemporaryFile {
 
   /// Takes over a file that exists already.
   void Adopt(const std::string& path);
+  /// Takes over the other's file; the other has none then.
+  void Take(TemporaryFile& other) noexcept;
   /// Empty when there is none.
   const std::string& path() const { return path_; }
   void Remove();

@@ -1,0 +1,241 @@
+#include "FileAPI/CFile.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "driver/T3Exception.h"
+
+namespace {
+constexpr mode_t kDirectoryMode = 0775;
+
+// Makes a directory with those above it.
+void MakeDirectory(const std::string& directory) {
+  std::error_code error;
+  if (std::filesystem::is_directory(directory, error)) return;
+  const std::filesystem::path path(directory);
+  if (path.has_parent_path() && path.parent_path() != path) MakeDirectory(path.parent_path().string());
+  if (mkdir(directory.c_str(), kDirectoryMode) != 0 && !std::filesystem::is_directory(directory, error))
+    throw "could not create directory " + directory;
+}
+
+std::string GuardStem(const std::string& headerName) {
+  std::string stem = headerName.substr(headerName.find_last_of("/\\") + 1);
+  if (const size_t point = stem.find('.'); point != std::string::npos) stem[point] = '_';
+  return stem;
+}
+}  // namespace
+
+// The files being written; they take their places together at the end.
+class CFile::Output {
+ public:
+  /// What follows goes to a new file.
+  void open(const std::string& path) {
+    files_.push_back(std::make_unique<OutputFile>());
+    lines_ = 0;
+    if (!files_.back()->Open(path))
+      throw internal_exception("CFile", __LINE__, "end", "could not create " + path);
+  }
+  void write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stream()) != text.size()) failed(*files_.back());
+    for (const char c : text) lines_ += c == '\n';
+  }
+  void write(CSection& section) {
+    const unsigned lines = section.lineCount();
+    section.writeTo(stream());
+    lines_ += lines;
+  }
+  void commit() {
+    for (const auto& file : files_) {
+      if (std::fflush(file->stream()) != 0 || std::ferror(file->stream()) != 0) failed(*file);
+    }
+    for (const auto& file : files_) {
+      if (!file->Commit()) failed(*file);
+    }
+  }
+  unsigned lines() const { return lines_; }
+
+ private:
+  [[noreturn]] static void failed(const OutputFile& file) {
+    throw internal_exception("CFile", __LINE__, "end", "error when writing file " + file.path());
+  }
+  FILE* stream() const { return files_.back()->stream(); }
+
+  std::vector<std::unique_ptr<OutputFile>> files_;
+  unsigned lines_ = 0;
+};
+
+CFile::CFile(const std::string& directory, const std::string& headerName, const std::string& sourceName,
+             bool usesOwnHeader, unsigned lineLimit)
+    : lineLimit_(lineLimit),
+      headerName_(headerName),
+      sourceName_(sourceName),
+      directory_(directory),
+      usesOwnHeader_(usesOwnHeader),
+      sourceFiles_{sourceName},
+      generatedFiles_{sourceName, headerName} {
+  if (!directory.empty()) MakeDirectory(directory);
+}
+
+CFile::~CFile() = default;
+
+void CFile::add(Where where, std::string_view text) {
+  auto& section = texts_[where];
+  if (section == nullptr) section = std::make_unique<CSection>();
+  section->add(text);
+}
+
+void CFile::newline(Where where, unsigned count) {
+  add(where, std::string(count, '\n'));
+}
+
+void CFile::add(Where where, CSection&& section) {
+  bodies_[where].emplace_back();
+  bodies_[where].back().push_back(std::move(section));
+}
+
+void CFile::add(Where where, CSection&& first, CSection&& second) {
+  add(where, std::move(first));
+  bodies_[where].back().push_back(std::move(second));
+}
+
+void CFile::addInclude(const std::string& name, bool inSource, bool isSystem) {
+  const std::string quoted = isSystem ? "<" + name + ">" : "\"" + name + "\"";
+  add(inSource ? SourceIncludes : HeaderIncludes, "#include " + quoted + "\n");
+  if (!isSystem) localHeaders_.push_back(name);
+}
+
+void CFile::addDefine(const std::string& name, const std::string& value) {
+  add(HeaderDefines, "#define " + name + " " + value + "\n");
+}
+
+void CFile::addIfDefDefine(const std::string& condition, const std::string& name,
+                           const std::string& valueIfDefined, const std::string& valueElse) {
+  add(HeaderDefines, "#ifdef " + condition + "\n");
+  addDefine(name, valueIfDefined);
+  add(HeaderDefines, "#else\n");
+  addDefine(name, valueElse);
+  add(HeaderDefines, "#endif\n");
+}
+
+void CFile::addConstant(const std::string& type, const std::string& name, const std::string& value,
+                        bool isStatic) {
+  if (!isStatic) addExternalConstant(type, name);
+  add(SourceConstants, (isStatic ? "static const " : "const ") + type + " " + name + " = " + value + ";\n");
+}
+
+void CFile::addExternalConstant(const std::string& type, const std::string& name) {
+  add(HeaderConstants, "extern const " + type + " " + name + ";\n");
+}
+
+void CFile::addVariable(const std::string& type, const std::string& name, bool isStatic) {
+  if (!isStatic) add(HeaderVariables, "extern " + type + " " + name + ";\n");
+  add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + ";\n");
+}
+
+void CFile::addVariableWithInit(const std::string& type, const std::string& name, const std::string& init,
+                                bool isStatic) {
+  if (!isStatic) add(HeaderVariables, "extern " + type + " " + name + ";\n");
+  add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + " = " + init + ";\n");
+}
+
+void CFile::addExternalFunctionDecl(const std::string& type, const std::string& name,
+                                    const std::vector<std::string>& parameters) {
+  add(SourceFunctionDecls, "extern " + getSignature(type, name, parameters) + ";\n");
+}
+
+void CFile::addExternalFunctionDeclConditionally(const std::string& condition, const std::string& type,
+                                                 const std::string& name,
+                                                 const std::vector<std::string>& parameters) {
+  add(SourceFunctionDecls, "#ifdef " + condition + "\n");
+  addExternalFunctionDecl(type, name, parameters);
+  add(SourceFunctionDecls, "#endif\n\n");
+}
+
+std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,
+                                                const std::vector<std::string>& parameters,
+                                                const std::string& comment, bool exported) {
+  return std::make_unique<CFunction>(this, returnType, name, parameters, comment, exported);
+}
+
+std::unique_ptr<CStructure> CFile::beginStructure(const std::string& type, const std::string& name,
+                                                  bool singleLine, bool isStatic) {
+  return std::make_unique<CStructure>(this, type, name, singleLine, isStatic);
+}
+
+std::unique_ptr<CEnumeration> CFile::beginEnumeration(const std::string& name, bool exported,
+                                                      bool isTypedef) {
+  return std::make_unique<CEnumeration>(this, name, exported, isTypedef);
+}
+
+std::unique_ptr<CArray> CFile::beginArray(const std::string& type, const std::string& name, bool isStatic) {
+  return std::make_unique<CArray>(this, type, name.empty() ? uniqueName() : name, isStatic);
+}
+
+std::string CFile::path(const std::string& name) const {
+  return directory_.empty() ? name : directory_ + "/" + name;
+}
+
+void CFile::end() {
+  if (!valid_) return;
+  Output header;
+  Output source;
+  if (!headerName_.empty()) header.open(path(headerName_));
+  source.open(path(sourceName_));
+  if (!headerName_.empty()) writeHeader(header);
+  writeSource(source);
+  source.commit();
+  header.commit();
+}
+
+void CFile::writeHeader(Output& output) {
+  for (const std::string& line : headerMessage_) output.write(line + "\n");
+  output.write("\n");
+  const std::string stem = GuardStem(headerName_);
+  output.write("#ifndef __" + stem + "\n#define __" + stem + "\n\n");
+  for (size_t where = HeaderIncludes; where <= HeaderArrays; ++where) flushSection(output, where, false);
+  output.write("#endif\n");
+}
+
+void CFile::writeSource(Output& output) {
+  for (const std::string& line : headerMessage_) output.write(line + "\n");
+  output.write("\n");
+  if (usesOwnHeader_ && !headerName_.empty()) addInclude(headerName_, true, false);
+  for (size_t where = SourceIncludes; where <= SourceFunctions; ++where) flushSection(output, where, true);
+}
+
+void CFile::flushSection(Output& output, size_t where, bool splitAllowed) {
+  bool written = false;
+  if (texts_[where] != nullptr) {
+    if (splitAllowed) splitIfFull(output, texts_[where]->lineCount());
+    output.write(*texts_[where]);
+    written = true;
+  }
+  for (Sections& sections : bodies_[where]) {
+    unsigned pending = 0;
+    for (const CSection& section : sections) pending += section.lineCount();
+    if (splitAllowed) splitIfFull(output, pending);
+    for (CSection& section : sections) output.write(section);
+    written = true;
+  }
+  if (written) output.write("\n");
+}
+
+void CFile::splitIfFull(Output& output, unsigned pending) {
+  if (static_cast<uint64_t>(output.lines()) + pending <= lineLimit_ || output.lines() <= lineLimit_ / 2)
+    return;
+  const std::string name = splitName();
+  output.open(path(name));
+  sourceFiles_.push_back(name);
+  generatedFiles_.push_back(name);
+  if (texts_[SourceIncludes] != nullptr) output.write(*texts_[SourceIncludes]);
+}
+
+std::string CFile::splitName() const {
+  const std::string number = std::to_string(sourceFiles_.size() - 1);
+  const size_t point = sourceName_.rfind('.');
+  if (point == std::string::npos) return sourceName_ + number;
+  return sourceName_.substr(0, point) + number + sourceName_.substr(point);
+}

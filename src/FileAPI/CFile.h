@@ -1,0 +1,120 @@
+// The model of one pair of generated files, a header and a source. Text is put at named positions in any
+// order and written in the order of the positions at the end. Both files are written beside their places
+// and renamed, so that a failed run leaves the old ones.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "FileAPI/CArray.h"
+#include "FileAPI/CEnumeration.h"
+#include "FileAPI/CFunction.h"
+#include "FileAPI/CSection.h"
+#include "FileAPI/CStructure.h"
+
+class CFile {
+ public:
+  /// The positions of text, in the order of the output; the header comes first.
+  enum Where {
+    HeaderIncludes = 0,
+    HeaderDefines = 1,
+    HeaderVariables = 2,
+    HeaderConstants = 3,
+    HeaderFunctions = 4,
+    HeaderEnumerations = 5,
+    HeaderStructures = 6,
+    HeaderArrays = 7,
+    SourceIncludes = 10,
+    SourceArrayDecls = 11,
+    SourceStructureDecls = 12,
+    SourceFunctionDecls = 13,
+    SourceEnumerations = 14,
+    SourceVariables = 15,
+    SourceConstants = 16,
+    SourceStructures = 17,
+    SourceArrays = 18,
+    SourceFunctions = 19,
+  };
+  static constexpr unsigned kNoLineLimit = ~0u;
+
+  /// Makes the directory where it is missing; a failure throws a std::string.
+  CFile(const std::string& directory, const std::string& headerName, const std::string& sourceName,
+        bool usesOwnHeader, unsigned lineLimit);
+  CFile(const CFile&) = delete;
+  CFile& operator=(const CFile&) = delete;
+  ~CFile();
+
+  /// Writes the files, unless they are invalid. Throws internal_exception; nothing is written then.
+  void end();
+  void invalidate() { valid_ = false; }
+  bool valid() const { return valid_; }
+
+  void setHeaderMessage(const std::vector<std::string>& lines) { headerMessage_ = lines; }
+  void addInclude(const std::string& name, bool inSource, bool isSystem);
+  void addDefine(const std::string& name, const std::string& value);
+  void addIfDefDefine(const std::string& condition, const std::string& name,
+                      const std::string& valueIfDefined, const std::string& valueElse);
+  void addConstant(const std::string& type, const std::string& name, const std::string& value, bool isStatic);
+  void addExternalConstant(const std::string& type, const std::string& name);
+  void addVariable(const std::string& type, const std::string& name, bool isStatic);
+  void addVariableWithInit(const std::string& type, const std::string& name, const std::string& init,
+                           bool isStatic);
+  void addExternalFunctionDecl(const std::string& type, const std::string& name,
+                               const std::vector<std::string>& parameters);
+  void addExternalFunctionDeclConditionally(const std::string& condition, const std::string& type,
+                                            const std::string& name,
+                                            const std::vector<std::string>& parameters);
+
+  std::string uniqueName() { return uniqueName("v"); }
+  std::string uniqueName(const std::string& prefix) { return prefix + std::to_string(nextUnique_++); }
+  std::string uniqueLabel() { return uniqueName("_l"); }
+
+  void add(Where where, std::string_view text);
+  void newline(Where where, unsigned count = 1);
+  /// Takes over what a builder has written; the sections of one call stay together in a split file.
+  void add(Where where, CSection&& section);
+  void add(Where where, CSection&& first, CSection&& second);
+
+  // Builders belong to the caller.
+  std::unique_ptr<CFunction> beginFunction(const std::string& returnType, const std::string& name,
+                                           const std::vector<std::string>& parameters,
+                                           const std::string& comment, bool exported);
+  std::unique_ptr<CStructure> beginStructure(const std::string& type, const std::string& name,
+                                             bool singleLine, bool isStatic);
+  std::unique_ptr<CEnumeration> beginEnumeration(const std::string& name, bool exported, bool isTypedef);
+  /// An empty name stands for a unique one.
+  std::unique_ptr<CArray> beginArray(const std::string& type, const std::string& name, bool isStatic);
+
+  const std::string& directory() const { return directory_; }
+  /// The source name, then the header name, then each split file.
+  const std::vector<std::string>& generatedFiles() const { return generatedFiles_; }
+  const std::vector<std::string>& localHeaders() const { return localHeaders_; }
+
+ private:
+  static constexpr size_t kPositions = 20;
+  class Output;
+  using Sections = std::vector<CSection>;
+
+  void writeHeader(Output& output);
+  void writeSource(Output& output);
+  void flushSection(Output& output, size_t where, bool splitAllowed);
+  void splitIfFull(Output& output, unsigned pending);
+  std::string splitName() const;
+  std::string path(const std::string& name) const;
+
+  unsigned lineLimit_;
+  unsigned nextUnique_ = 0;
+  std::string headerName_;
+  std::string sourceName_;
+  std::string directory_;
+  std::array<std::unique_ptr<CSection>, kPositions> texts_;
+  std::array<std::vector<Sections>, kPositions> bodies_;
+  bool usesOwnHeader_;
+  std::vector<std::string> headerMessage_;
+  std::vector<std::string> sourceFiles_;
+  std::vector<std::string> generatedFiles_;
+  std::vector<std::string> localHeaders_;
+  bool valid_ = true;
+};

@@ -1,0 +1,205 @@
+#include "FileAPI/CFunction.h"
+
+#include <utility>
+
+#include "FileAPI/CFile.h"
+#include "driver/T3Exception.h"
+
+CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
+                     const std::vector<std::string>& parameters, const std::string& comment, bool exported)
+    : CBase(file), exported_(exported), name_(name), signature_(getSignature(returnType, name, parameters)) {
+  if (!comment.empty()) declarations_.add("/* " + comment + " */\n");
+  declarations_.add((exported ? "" : "static ") + signature_ + "\n{");
+}
+
+void CFunction::end() {
+  declarations_.add("\n");
+  body_.add("\n}\n\n");
+  declarations_.end();
+  body_.end();
+  if (file_ == nullptr) throw internal_exception("CFunction", __LINE__, "end", "No file");
+  if (!file_->valid()) return;
+  file_->add(exported_ ? CFile::HeaderFunctions : CFile::SourceFunctionDecls,
+             (exported_ ? "extern " : "static ") + signature_ + ";\n");
+  file_->add(CFile::SourceFunctions, std::move(declarations_), std::move(body_));
+  // what is added from now on would be lost
+  declarations_.end();
+  body_.end();
+}
+
+void CFunction::beginScope(CSection& section) {
+  section.add(" {");
+  indentation_ += 2;
+}
+
+void CFunction::addLine(const std::string& text) {
+  newline(body_);
+  body_.add(text);
+}
+
+std::string CFunction::declare(const std::string& type, const std::string& name, const std::string& init) {
+  const std::string variable = name.empty() ? "v" + std::to_string(nextLocal_++) : name;
+  declarations_.add("\n  " + type + " " + variable + (init.empty() ? "" : " = " + init) + ";");
+  return variable;
+}
+
+void CFunction::assign(const std::string& lhs, const std::string& rhs) {
+  addLine(lhs + " = " + rhs + ";");
+}
+
+void CFunction::call(const std::string& name, const std::vector<std::string>& arguments) {
+  addLine(getSignature("", name, arguments) + ";");
+}
+
+void CFunction::callAndAssign(const std::string& lhs, const std::string& name,
+                              const std::vector<std::string>& arguments) {
+  assign(lhs, getSignature("", name, arguments));
+}
+
+void CFunction::_return(const std::string& value) {
+  addLine("return " + value + ";");
+}
+
+// Cases stand between the head and their statements.
+void CFunction::beginSwitch(const std::string& expr) {
+  addLine("switch (" + expr + ")");
+  beginScope(body_);
+  indentation_ += 2;
+}
+
+void CFunction::addCase(const std::string& label) {
+  body_.add("\n");
+  indent(body_, static_cast<int>(indentation_) - 2);
+  body_.add("case " + label + ":");
+}
+
+void CFunction::addDefault() {
+  body_.add("\n");
+  indent(body_, static_cast<int>(indentation_) - 2);
+  body_.add("default:");
+}
+
+void CFunction::addBreak() {
+  addLine("break;");
+}
+
+void CFunction::endSwitch() {
+  indentation_ -= 2;
+  endScope(body_);
+}
+
+void CFunction::beginWhile(const std::string& expr) {
+  addLine("while (" + expr + ")");
+  beginScope(body_);
+}
+
+void CFunction::beginDoWhile() {
+  addLine("do");
+  beginScope(body_);
+}
+
+void CFunction::endDoWhile(const std::string& expr) {
+  endScope(body_);
+  body_.add(" while (" + expr + ");");
+}
+
+void CFunction::beginIf(const std::string& expr) {
+  addLine("if (" + expr + ")");
+  beginScope(body_);
+}
+
+void CFunction::beginIf(const std::string& name, const std::vector<std::string>& arguments) {
+  beginIf(getSignature("", name, arguments));
+}
+
+void CFunction::beginElseIf(const std::string& expr) {
+  addLine("else if (" + expr + ")");
+  beginScope(body_);
+}
+
+void CFunction::beginElse() {
+  addLine("else");
+  beginScope(body_);
+}
+
+void CFunction::beginFor(const std::string& var, const std::string& from, const std::string& condition,
+                         const std::string& step) {
+  addLine("for (" + var + " = " + from + "; " + condition + "; " + step + ")");
+  beginScope(body_);
+}
+
+void CFunction::beginBlock() {
+  CBase::beginScope(body_);
+}
+
+void CFunction::preprocessor(const std::string& line) {
+  body_.add("\n" + line);
+}
+
+void CFunction::beginIfDef(const std::string& name) {
+  preprocessor("#ifdef " + name);
+}
+
+void CFunction::beginIfNDef(const std::string& name) {
+  preprocessor("#ifndef " + name);
+}
+
+void CFunction::beginElsePP() {
+  preprocessor("#else");
+}
+
+void CFunction::endIfPP() {
+  preprocessor("#endif");
+}
+
+void CFunction::addComment(const std::string& text) {
+  addLine("/* " + text + " */");
+}
+
+std::string CFunction::getNewLabel() {
+  return file_->uniqueLabel();
+}
+
+void CFunction::addGoto(const std::string& label) {
+  addLine("goto " + label + ";");
+}
+
+void CFunction::addLabel(const std::string& label) {
+  body_.add("\n" + label + ":");
+}
+
+void CFunction::dummyDecl() {
+  beginScope(body_);
+  addLine("NULL, NULL");
+  endScope(body_);
+}
+
+std::string CFunction::getTmpVariable(const std::string& type) {
+  if (type.empty()) throw internal_exception("CFunction", __LINE__, "getTmpVariable", "type missing");
+  for (Tmp& tmp : tmps_) {
+    if (tmp.in_use || tmp.type != type) continue;
+    tmp.in_use = true;
+    return tmp.name;
+  }
+  tmps_.push_back({true, type, declare(type, "")});
+  return tmps_.back().name;
+}
+
+void CFunction::releaseTmpVariable(const std::string& name) {
+  for (Tmp& tmp : tmps_) {
+    if (tmp.name != name) continue;
+    if (!tmp.in_use)
+      throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
+                               "Can not release an unused variable");
+    tmp.in_use = false;
+    return;
+  }
+  throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
+                           "Variable to release could not be found");
+}
+
+bool CFunction::isTmpVariable(const std::string& name) const {
+  for (const Tmp& tmp : tmps_)
+    if (tmp.name == name) return true;
+  return false;
+}

@@ -1,0 +1,96 @@
+#include "FileAPI/CSection.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "driver/T3Exception.h"
+
+namespace {
+constexpr size_t kCopyBuffer = 0x400;
+
+void WriteText(FILE* stream, std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stream) != text.size())
+    throw internal_exception("CSection", __LINE__, "add", "error when writing file");
+}
+}  // namespace
+
+CSection::CSection(CSection&& other) noexcept {
+  *this = std::move(other);
+}
+
+CSection& CSection::operator=(CSection&& other) noexcept {
+  if (this == &other) return *this;
+  close();
+  lines_ = std::exchange(other.lines_, 0);
+  ended_ = std::exchange(other.ended_, false);
+  text_ = std::move(other.text_);
+  other.text_.clear();
+  stream_ = std::exchange(other.stream_, nullptr);
+  file_.Remove();
+  file_.Take(other.file_);
+  return *this;
+}
+
+void CSection::add(std::string_view text) {
+  if (ended_)
+    throw internal_exception("CSection", __LINE__, "add", "Add on ended CSection: " + std::string(text));
+  if (stream_ == nullptr && text_.size() + text.size() >= _limit) spill();
+  lines_ += static_cast<unsigned>(std::count(text.begin(), text.end(), '\n'));
+  if (stream_ != nullptr)
+    WriteText(stream_, text);
+  else
+    text_ += text;
+}
+
+void CSection::spill() {
+  const std::string name = MakeTemporaryFile(".", "ccg");
+  if (name.empty())
+    throw internal_exception("CSection", __LINE__, "add", "Could not create temporary file name");
+  file_.Adopt(name);
+  stream_ = std::fopen(name.c_str(), "w");
+  if (stream_ == nullptr)
+    throw internal_exception("CSection", __LINE__, "add", "Could not create/open array file");
+  WriteText(stream_, text_);
+  std::string().swap(text_);
+}
+
+void CSection::close() {
+  if (stream_ != nullptr) std::fclose(stream_);
+  stream_ = nullptr;
+}
+
+void CSection::end() {
+  ended_ = true;
+  if (stream_ == nullptr) return;
+  const bool written = std::ferror(stream_) == 0;
+  const bool closed = std::fclose(stream_) == 0;
+  stream_ = nullptr;
+  if (!written || !closed) throw internal_exception("CSection", __LINE__, "end", "error when writing file");
+}
+
+void CSection::writeTo(FILE* stream) {
+  end();
+  if (file_.path().empty()) {
+    WriteText(stream, text_);
+    return;
+  }
+  copySpillFile(stream);
+  file_.Remove();
+}
+
+void CSection::copySpillFile(FILE* stream) const {
+  FILE* source = std::fopen(file_.path().c_str(), "r");
+  if (source == nullptr)
+    throw internal_exception("CSection", __LINE__, "writeTo", "Unable to open source file");
+  char buffer[kCopyBuffer];
+  size_t read = 0;
+  size_t written = 0;
+  do {
+    read = std::fread(buffer, 1, sizeof buffer, source);
+    written = std::fwrite(buffer, 1, read, stream);
+  } while (read == sizeof buffer && written == read);
+  const bool failed = std::ferror(source) != 0;
+  std::fclose(source);
+  if (failed) throw internal_exception("CSection", __LINE__, "writeTo", "error when reading source file");
+  if (written != read) throw internal_exception("CSection", __LINE__, "writeTo", "error when writing file");
+}
