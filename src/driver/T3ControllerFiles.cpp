@@ -15,9 +15,10 @@
 #include "support/rFsearch.h"
 
 namespace {
+// A source is read more than once: a directory, pipe or device is none.
 bool CanBeRead(const char* path) {
   struct stat status {};
-  if (stat(path, &status) == 0 && S_ISDIR(status.st_mode)) return false;
+  if (stat(path, &status) == 0 && !S_ISREG(status.st_mode)) return false;
   FILE* stream = std::fopen(path, "rb");
   if (stream == nullptr) return false;
   std::fclose(stream);

@@ -19,7 +19,7 @@ A case is a .ttcn file with at least one RUN line. Its directives, each at the e
     STDOUT-NOT: STDERR-NOT: C-NOT: H-NOT: FILE-NOT(name):   no line holds the text
     NO-FILE(name):           the file must not be there
 
-In all of them %s is the case file, %S its folder, %t a fresh output folder. Diagnostics are compared to the
+In all of them %s is the case file, %S its folder, %t a fresh output folder, %o the compiler. Diagnostics are compared to the
 letter and must be expected exactly once each; files named in a RUN line may carry expectations as well.
 """
 
@@ -208,8 +208,9 @@ class CaseRun:
         self.directory = self.substitute(case.working_directory)
 
     def substitute(self, text):
-        values = {"%s": str(self.case.path), "%S": str(self.case.path.parent), "%t": str(self.out)}
-        return re.sub(r"%[sSt]", lambda match: values[match.group(0)], text)
+        values = {"%s": str(self.case.path), "%S": str(self.case.path.parent), "%t": str(self.out),
+                  "%o": str(self.orvane)}
+        return re.sub(r"%[sSto]", lambda match: values[match.group(0)], text)
 
     def environment(self):
         environment = dict(os.environ)
