@@ -1,0 +1,144 @@
+#!/usr/bin/env python3
+"""Compiles a test suite, builds it by the makefile that the compiler writes, runs it and compares the verdicts.
+
+    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] SUITE
+
+SUITE is a .ttcn file, or a folder with the modules of a suite, C sources that are linked in, and a file VERDICTS.
+What is expected stands in VERDICTS, or in comments of the file after `//`:
+
+    VERDICT: TC_name pass     the test cases in the order of their execution; all must be named
+    LOG: text                 lines of the suite's output that hold the texts, in this order
+    LOG-NOT: text             no line of the output holds the text
+    STATUS: 1                 exit status of the suite (default: 0 when all verdicts are pass or none, else 1)
+    ROOT: Module              root module (default: the file's module; needed in VERDICTS)
+    OPTIONS: -G -O            more options for the compiler
+    ARGUMENTS: --log all      arguments of the suite's executable
+
+The generated C must compile without a warning.
+"""
+
+import argparse
+import os
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+TIMEOUT_SECONDS = 300
+DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS):\s*(.*?)\s*$")
+FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)")
+C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
+
+
+class Suite:
+    """What a suite consists of and what is expected of it."""
+
+    def __init__(self, place):
+        place = place.resolve()
+        self.sources = sorted(place.glob("*.ttcn")) if place.is_dir() else [place]
+        self.c_sources = sorted(place.glob("*.c")) if place.is_dir() else []
+        self.directives = {}
+        expectations = place / "VERDICTS" if place.is_dir() else place
+        text = expectations.read_text(encoding="utf-8")
+        for line in text.split("\n"):
+            match = DIRECTIVE.match(line)
+            if match:
+                self.directives.setdefault(match.group(1), []).append(match.group(2))
+        module = re.search(r"^\s*module\s+(\w+)", text, re.MULTILINE)
+        self.root = self.first("ROOT", module.group(1) if module else "")
+        self.verdicts = [tuple(row.split()) for row in self.directives.get("VERDICT", [])]
+        if not self.root or not self.verdicts:
+            raise ValueError(f"{expectations}: no root or no verdicts")
+
+    def first(self, name, default=""):
+        return self.directives.get(name, [default])[0]
+
+    def status(self):
+        good = all(verdict in ("pass", "none") for _, verdict in self.verdicts)
+        return int(self.first("STATUS", "0" if good else "1"))
+
+
+def run(command, folder, what, statuses=(0,)):
+    """Output of a command; ends the program when the status is another one."""
+    environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ}
+    try:
+        process = subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, timeout=TIMEOUT_SECONDS, check=False, env=environment)
+    except subprocess.TimeoutExpired as error:
+        print((error.stdout or b"").decode("utf-8", errors="replace")[-4000:])
+        sys.exit(f"{what}: no end within {TIMEOUT_SECONDS} seconds")
+    output = process.stdout.decode("utf-8", errors="replace")
+    if process.returncode not in statuses:
+        print(output[-8000:])
+        sys.exit(f"{what}: status {process.returncode}")
+    return output
+
+
+def write_mcfg(suite, base, folder):
+    """The MCFG file of the installation with the suite's C sources added."""
+    text = base.read_text(encoding="utf-8")
+    if suite.c_sources:
+        text += "USER_SRCS = " + " ".join(f'"{source}"' for source in suite.c_sources) + "\n"
+    path = folder / "suite.mcfg"
+    path.write_text(text, encoding="utf-8")
+    return path
+
+
+def build(suite, orvane, folder, sanitize):
+    installation = orvane.parent.parent
+    mcfg = write_mcfg(suite, installation / "share" / "orvane" / "make_linux.mcfg", folder)
+    command = [str(orvane), "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root,
+               *shlex.split(suite.first("OPTIONS")), "-F", *map(str, suite.sources)]
+    run(command, folder, "compilation")
+    make = ["make", "-s", f"CFLAGS={C_FLAGS}"]
+    if sanitize:
+        make.append(f"LDFLAGS=-g -fsanitize={sanitize}")
+    run(make, folder, "make")
+
+
+def compare(suite, output):
+    """What differs from the expectations, as lines."""
+    faults = []
+    verdicts = FINISHED.findall(output)
+    if verdicts != suite.verdicts:
+        faults += ["verdicts differ", f"  expected: {suite.verdicts}", f"  found:    {verdicts}"]
+    lines = output.split("\n")
+    position = 0
+    for text in suite.directives.get("LOG", []):
+        found = next((i for i in range(position, len(lines)) if text in lines[i]), None)
+        if found is None:
+            faults.append(f"no line after line {position} holds: {text}")
+            break
+        position = found + 1
+    for text in suite.directives.get("LOG-NOT", []):
+        faults += [f"unwanted line: {line}" for line in lines if text in line]
+    return faults
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Compiles, builds and runs a test suite.")
+    parser.add_argument("--orvane", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
+    parser.add_argument("suite", type=Path)
+    arguments = parser.parse_args()
+    suite = Suite(arguments.suite)
+    folder = arguments.out.resolve()
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    build(suite, arguments.orvane.resolve(), folder, arguments.sanitize)
+    command = [f"./{suite.root}", *shlex.split(suite.first("ARGUMENTS"))]
+    output = run(command, folder, "execution", (suite.status(),))
+    faults = compare(suite, output)
+    if faults:
+        print(output[-8000:])
+        print("\n".join(faults))
+        return 1
+    print(f"{len(suite.verdicts)} verdicts as expected")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
