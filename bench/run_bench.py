@@ -2,6 +2,7 @@
 """Measures the compiler on generated suites and prints the figures beside the budgets.
 
     run_bench.py --orvane PROGRAM [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--repeat N]
+    run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
 
 For each action the lines per second of processor time, the memory per line above that of an empty module, and the
 growth: time per line against that of the smallest size. `many` stands for modules of 1,000 lines that import each
@@ -35,6 +36,7 @@ BUDGETS = {
     "c": Budget(120_000, None, None),
 }
 BUDGET_START_UP = 0.005
+BUDGET_EXCHANGE = 300_000
 
 
 @dataclass
@@ -130,6 +132,29 @@ def measure(arguments, folder):
             shutil.rmtree(folder / "sources")
 
 
+def build_exchange(orvane, folder, count):
+    """The executable of a suite in which two components exchange `count` messages."""
+    folder.mkdir()
+    source = folder / "Exchange.ttcn"
+    text = (Path(__file__).resolve().parent / "exchange.ttcn").read_text()
+    source.write_text(text.replace("COUNT)", f"{count})"))
+    mcfg = Path(orvane).parent.parent / "share" / "orvane" / "make_linux.mcfg"
+    run_best([orvane, "-v", "1", "-K", "-f", str(mcfg), "-r", "Exchange", "-F", str(source)], folder, 1)
+    run_best([shutil.which("make"), "-s", "CFLAGS=-std=c11 -O2"], folder, 1)
+    return str(folder / "Exchange")
+
+
+def measure_exchange(arguments, folder):
+    """Messages per second, from the difference of two runs, and the growth of memory between them."""
+    orvane = os.path.abspath(arguments.orvane)
+    counts = (arguments.exchange // 10, arguments.exchange)
+    few, many = (run_best([build_exchange(orvane, folder / str(count), count)], folder / str(count),
+                          arguments.repeat) for count in counts)
+    rate = (counts[1] - counts[0]) / max(many.seconds - few.seconds, 1e-6)
+    print(f"exchange: {rate:,.0f} messages/s (budget {BUDGET_EXCHANGE:,}){mark(rate >= BUDGET_EXCHANGE)};"
+          f" {few.kilobytes / 1024:.1f} MB after {counts[0]:,}, {many.kilobytes / 1024:.1f} MB after {counts[1]:,}")
+
+
 def main():
     parser = argparse.ArgumentParser(description="Measures the compiler on generated suites.")
     parser.add_argument("--orvane", required=True)
@@ -137,9 +162,10 @@ def main():
     parser.add_argument("--actions", default="s,a,c")
     parser.add_argument("--layouts", default="many,one")
     parser.add_argument("--repeat", type=int, default=3)
+    parser.add_argument("--exchange", type=int, default=0, help="messages to exchange at run time")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="orvane-bench-") as folder:
-        measure(arguments, Path(folder))
+        (measure_exchange if arguments.exchange else measure)(arguments, Path(folder))
 
 
 if __name__ == "__main__":

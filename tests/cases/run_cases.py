@@ -315,14 +315,14 @@ def find_cases(places):
     return found
 
 
-def main():
+def main(argv=None):
     parser = argparse.ArgumentParser(description="Runs golden cases.")
     parser.add_argument("--orvane", required=True, help="the compiler")
     parser.add_argument("--out", required=True, help="folder for the output folders of the cases")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--filter", default="", help="only cases whose name holds this text")
     parser.add_argument("places", nargs="+")
-    arguments = parser.parse_args()
+    arguments = parser.parse_args(argv)
     out = Path(arguments.out).resolve()
     cases = [(path, name) for path, name in find_cases(arguments.places) if arguments.filter in str(name)]
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:

@@ -169,7 +169,7 @@ class BadInputTest(unittest.TestCase):
         lines = [f"const integer c{i} := x{i};" for i in range(40)]
         self.write(module("\n".join(lines)))
         result = self.check(["-a", "-F", "M.ttcn"], [ANALYSIS])
-        self.assertEqual([f'M.ttcn({i + 2}) : column {23 + len(str(i)) - 1} : Error       no declaration for "x{i}"'
+        self.assertEqual([f'M.ttcn({i + 2}) : column {20 + len(str(i))} : Error       no declaration for "x{i}"'
                           for i in range(40)], result.messages())
         lines = [f"const integer c{i} = {i};" for i in range(40)]
         self.write(module("\n".join(lines)))

@@ -1,19 +1,21 @@
 #!/usr/bin/env python3
 """Proves that the runner of golden cases tells right from wrong, with a compiler that says what it is told."""
 
+import contextlib
+import io
 import os
 import stat
-import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-RUNNER = Path(__file__).resolve().parent.parent / "run_cases.py"
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+import run_cases
 
 # Prints the environment's ERRORS and OUTPUT, with @ for the path of its last argument, writes M.c from CODE,
 # and ends with EXIT.
-FAKE_COMPILER = """#!{python}
+FAKE_COMPILER = """#!{python} -SE
 import os, signal, sys
 sys.stderr.write(os.environ.get("ERRORS", "").replace("@", sys.argv[-1]).replace("\\\\n", "\\n"))
 sys.stdout.write(os.environ.get("OUTPUT", "").replace("\\\\n", "\\n"))
@@ -43,10 +45,11 @@ class RunnerTest(unittest.TestCase):
         cases = self.root / "cases"
         cases.mkdir(exist_ok=True)
         (cases / "case.ttcn").write_text("\n".join(lines) + "\n")
-        command = [sys.executable, str(RUNNER), "--orvane", str(self.compiler), "--out", str(self.root / "out"),
-                   str(cases)]
-        process = subprocess.run(command, capture_output=True, text=True, check=False)
-        return process.returncode, process.stdout
+        arguments = ["--orvane", str(self.compiler), "--out", str(self.root / "out"), str(cases)]
+        output = io.StringIO()
+        with contextlib.redirect_stdout(output):
+            status = run_cases.main(arguments)
+        return status, output.getvalue()
 
     def assert_passes(self, *lines):
         status, output = self.run_case(*lines)
