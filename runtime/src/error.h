@@ -1,0 +1,14 @@
+// Faults of a test case at run time.
+#pragma once
+
+namespace lumos {
+
+// Logs the text at the current place and ends what runs: a test case gets verdict error, a
+// control part or an initialization ends. Does not return and runs no destructors of the
+// frames that it leaves, so callers hold no resources of their own at the call.
+[[noreturn]] void fault(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// As fault, where the task has little stack left. Called where nesting is unlimited.
+void check_stack();
+
+}  // namespace lumos

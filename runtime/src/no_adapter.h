@@ -1,0 +1,9 @@
+// What the substitutes for a missing adapter tell the rest of the library.
+#pragma once
+
+namespace lumos {
+
+// Set by a substitute when it is called: nothing is linked that could answer.
+extern bool adapter_is_missing;
+
+}  // namespace lumos

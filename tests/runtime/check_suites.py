@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""Runs the suites that are written in the shape of generated code and compares what they print.
+
+Usage: check_suites.py FOLDER-OF-PROGRAMS
+"""
+import subprocess
+import sys
+
+TWO_MODULES_LOG = """\
+info Module Base registered
+info Module Main registered
+info Base.ttcn:6 Module Base initialized
+info Main.ttcn:9 Module Main initialized
+ttcn3 Base.ttcn:1 2
+info Base.ttcn:6 Module Base - module parameters initialized
+info Main.ttcn:9 Module Main - module parameters initialized
+info control Main.ttcn:8 test case Main.tc_good started
+ttcn3 mtc Main.ttcn:4 twice 21 is 42 limit 7
+info control Main.ttcn:8 test case Main.tc_good finished with verdict pass
+info control Main.ttcn:8 test case Main.tc_wrong started
+info mtc Main.ttcn:5 verdict set to fail: on purpose 5
+info control Main.ttcn:8 test case Main.tc_wrong finished with verdict fail: on purpose 5
+info control Main.ttcn:8 test case Main.tc_error started
+error mtc Main.ttcn:6 value 15 does not belong to type 'Small'
+info control Main.ttcn:8 test case Main.tc_error finished with verdict error: value 15 does not belong to type 'Small'
+info Module Base finalized
+info Module Main finalized
+"""
+
+TWO_MODULES_OUT = """\
+Main.tc_good: pass
+Main.tc_wrong: fail
+Main.tc_error: error
+3 test cases: 1 pass, 0 none, 0 inconc, 1 fail, 1 error
+"""
+
+# program, arguments, status, output, log; None is not compared, a list holds what must occur.
+CASES = [
+    ("two_modules", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
+    ("two_modules", ["-n", "-v", "ttcn3", "-t", "tc_good", "--param", "Base.step=11"], 0,
+     "Main.tc_good: pass\n1 test case: 1 pass, 0 none, 0 inconc, 0 fail, 0 error\n",
+     "ttcn3 Base.ttcn:1 11\nttcn3 mtc Main.ttcn:4 twice 21 is 42 limit 7\n"),
+    ("two_modules", ["-n", "--testcase=Main.tc_good,tc_wrong", "-vnone"], 1,
+     ["Main.tc_good: pass\n", "Main.tc_wrong: fail\n"], ""),
+    ("two_modules", ["--list", "-vnone"], 0,
+     "module Base\nmodule Main (root)\n  testcase Main.tc_good\n  testcase Main.tc_wrong\n"
+     "  testcase Main.tc_error\n  testcase Main.tc_param\n", ""),
+    ("two_modules", ["--help"], 0, ["--simulated-time", "Exit status"], ""),
+    ("two_modules", ["--unknown"], 2, "", ["unknown option '--unknown'"]),
+    ("two_modules", ["-t", "nothing"], 2, "", ["there is no test case 'nothing'"]),
+    ("two_modules", ["-t", "tc_param"], 2, "", ["test case 'tc_param' has parameters"]),
+    ("two_modules", ["-n", "-p", "step=abc"], 2, "",
+     ["module parameter Base.step cannot be set to abc: an integer is missing at character 1"]),
+    ("two_modules", ["-n", "-L", "/nonexistent/log"], 2, "", ["no value for option"]),
+]
+
+
+def agrees(expected, actual):
+    if expected is None:
+        return True
+    if isinstance(expected, list):
+        return all(part in actual for part in expected)
+    return expected == actual
+
+
+def main():
+    failures = 0
+    for program, arguments, status, out, log in CASES:
+        command = [f"{sys.argv[1]}/lumos_suite_{program}"] + arguments
+        try:
+            run = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60)
+        except subprocess.TimeoutExpired:
+            print(f"FAILED (no end): {' '.join(command)}")
+            failures += 1
+            continue
+        if run.returncode == status and agrees(out, run.stdout) and agrees(log, run.stderr):
+            continue
+        failures += 1
+        print(f"FAILED: {' '.join(command)}\nstatus {run.returncode}, expected {status}")
+        print(f"--- output\n{run.stdout}--- expected\n{out}\n--- log\n{run.stderr}--- expected\n{log}")
+    print(f"{len(CASES) - failures} of {len(CASES)} runs as expected")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
