@@ -8,10 +8,9 @@
 #include "driver/T3Controller.h"
 #include "driver/T3Version.h"
 #include "frontend/T3Tree.h"
-#if __has_include("generator/T3Context.h")
 #include "FileAPI/CFile.h"
+#include "generator/CGModule.h"
 #include "generator/T3Context.h"
-#endif
 #if __has_include("build/T3TciModules.h")
 #include "build/T3TciModules.h"
 #endif
@@ -46,7 +45,6 @@ bool GenerateModule(T3Module* module) {
   return action != action_compile || CompileModule(module, name);
 }
 
-#if __has_include("generator/T3Context.h")
 void TellOutputFiles(T3Tree_Node* module, const std::string& directory, const std::string& base) {
   const verbosity_level_t verbosity = GetVerbosity(module);
   vexa_progress(verbosity, FormatText("Output files: \"%s.h\" and \"%s.c\"", base.c_str(), base.c_str()));
@@ -65,11 +63,9 @@ void GenerationSteps(T3Tree_Node* module) {
   CGModule(module);
   gT3Context.end();
 }
-#endif
 }  // namespace
 
 bool Generate(T3Tree_Node* module) {
-#if __has_include("generator/T3Context.h")
   try {
     GenerationSteps(module);
   } catch (const MaximumErrorsExceeded&) {
@@ -80,7 +76,6 @@ bool Generate(T3Tree_Node* module) {
     std::fputs("Generator: Exception\n", stderr);
     throw;
   }
-#endif
   UpdateBuildAvoidanceFile(module, true, stage_code_generation);
   return true;
 }

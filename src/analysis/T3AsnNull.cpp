@@ -1,0 +1,11 @@
+#include "analysis/T3Names.h"
+
+bool IsAsnNullType(const T3Tree_Node* decl) {
+  static const tIdent null_name = gIdents.MakeIdent("NULL");
+  auto* node = const_cast<T3Tree_Node*>(decl);
+  if (!T3Is<T3TypeDecl>(node) || node->as<T3TypeDecl>()->name != null_name) return false;
+  auto* type = node->as<T3TypeDecl>()->type->try_as<T3EnumType>();
+  if (type == nullptr || !T3Is<T3ASN_1>(type->cold().representation)) return false;
+  auto* value = type->values->try_as<T3EnumValue>();
+  return value != nullptr && value->name == null_name;
+}

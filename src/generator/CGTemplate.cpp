@@ -1,0 +1,5 @@
+#include "generator/CGTemplate.h"
+
+void CGTemplate(T3Tree_Node*) {}
+
+void CGTemplateImport(T3Tree_Node*) {}

@@ -1,0 +1,5 @@
+#include "generator/CGType.h"
+
+void CGType(T3Tree_Node*) {}
+
+void CGBuiltinType(T3Tree_Node*) {}
