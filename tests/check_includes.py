@@ -41,7 +41,7 @@ ALLOWED = {
     "generator": GENERATOR,
     "asn1": GENERATOR | {"asn1"},
     "asn1 integration": GENERATOR | {"asn1"},
-    "build": SERVICES | {"build"},
+    "build": GENERATOR | {"build"},
     "controller": GENERATOR | {"asn1", "build", "controller"},
     "main": {"controller"},
     "runtime": {"runtime"},
