@@ -1,4 +1,5 @@
 // Values and templates in the notation of the language, for the log and for text codecs.
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -26,14 +27,21 @@ void put_float(std::string& out, double number) {
     out += "not_a_number";
     return;
   }
+  // The shortest digits that read back as the same number.
+  double size = std::fabs(number);
+  bool plain = size == 0 || (size >= 1e-4 && size < 1e16);
   char text[64];
-  for (int digits = 1; digits <= 17; ++digits) {
-    std::snprintf(text, sizeof text, "%.*g", digits, number);
-    if (std::strtod(text, nullptr) == number) break;
-  }
-  bool plain = !std::strpbrk(text, ".e");
-  out += text;
-  if (plain) out += ".0";
+  auto format = plain ? std::chars_format::fixed : std::chars_format::scientific;
+  char* end = std::to_chars(text, text + sizeof text - 1, number, format).ptr;
+  std::string_view all(text, static_cast<size_t>(end - text));
+  std::string_view mantissa = all.substr(0, all.find('e'));
+  out += mantissa;
+  if (mantissa.find('.') == std::string_view::npos) out += ".0";
+  if (mantissa.size() == all.size()) return;
+  std::string_view exponent = all.substr(mantissa.size() + 1);
+  if (exponent[0] == '+') exponent.remove_prefix(1);
+  out += "E";
+  out += exponent;
 }
 
 // Characters that cannot stand in quotes are written as quadruples, joined by "&".
