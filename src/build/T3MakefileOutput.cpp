@@ -1,0 +1,153 @@
+// The files that T3Makefile writes: the makefile with its backup, and the main file in its three forms.
+#include <cstdio>
+#include <filesystem>
+
+#include "build/MGOutputFile.h"
+#include "build/T3Makefile.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+
+namespace {
+
+constexpr const char* kMainFile = "main_driver.c";
+
+constexpr const char* kServerMain = R"(#include <stdio.h>
+#include "lumos.h"
+#include "tci.h"
+
+void tciControlTerminated () {}
+
+int main(int argc, char *argv[])
+{
+  return tciStartTestsuiteServer(argc, argv);
+}
+)";
+
+constexpr const char* kTciMainHead = R"(#include "lumos.h"
+#include "tci.h"
+
+static void *sem = NULL;
+
+void tciControlTerminated () {
+
+  pavo_sem_post(sem, lumo_no_context_c);
+}
+
+int main(int argc, char *argv[]) {
+
+  if (tciInit(argc, argv)) {
+    sem = pavo_sem_create(0, lumo_no_context_c);
+
+)";
+
+constexpr const char* kTciMainTail = R"(    tciStartControl();
+
+    pavo_sem_wait(sem, lumo_no_context_c);
+    pavo_sem_destroy(sem, lumo_no_context_c);
+
+    tciFinalize();
+
+    return 0;
+  } else {
+    return 1;
+  }
+}
+)";
+
+bool Exists(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+void Progress(const std::string& text) {
+  vexa_progress(gT3CommandLine.CommonVerbosity(), "MakeFile/MainFile generation - " + text);
+}
+
+}  // namespace
+
+void T3Makefile::write_makefile() {
+  const std::string name = _config.item("MAKEFILE_NAME", "makefile");
+  const std::string path = _output_dir + _host.slash() + name;
+  if (Exists(path) && !_overwrite) {
+    throw std::string("there already exists a makefile and the 'do not overwrite' flag was specified");
+  }
+  OutputFile file(path);
+  if (!file.is_open()) throw "could not open '" + path + "'";
+  _makefile.generate(file.stream(), true);
+  create_makefile(file, path);
+  Progress("Creating \"" + name + "\"");
+}
+
+/// The makefile's own name up to its last point, and ".bak". A point in the directory takes no part.
+std::string T3Makefile::backup_name(const std::string& path) const {
+  const size_t slash = path.rfind(_host.slash());
+  const size_t dot = path.rfind('.');
+  const bool has_extension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+  const std::string backup = path.substr(0, has_extension ? dot : std::string::npos) + ".bak";
+  return backup == path ? path + ".bak" : backup;
+}
+
+/// Puts the written makefile into its place. The old one is moved away only when the new one is complete,
+/// and comes back should the last step fail.
+void T3Makefile::create_makefile(OutputFile& file, const std::string& path) const {
+  if (!file.complete()) throw "could not write '" + path + "'";
+  const std::string backup = backup_name(path);
+  const bool replaces = Exists(path);
+  if (replaces && std::rename(path.c_str(), backup.c_str()) != 0) {
+    // a directory with the backup's name stands in the way, or nothing can be changed here
+    std::remove(backup.c_str());
+    if (std::rename(path.c_str(), backup.c_str()) != 0) throw std::string();
+  }
+  if (file.put_into_place()) return;
+  if (replaces) std::rename(backup.c_str(), path.c_str());
+  throw "could not open '" + path + "'";
+}
+
+void T3Makefile::check_root_module() {
+  if (gT3CommandLine.root_module_given || _root_warning_given) return;
+  _root_warning_given = true;
+  vexa_warning(gT3CommandLine.CommonVerbosity(),
+               "Root module not specified - using \"" + _root_module + "\" as root", NoPosition);
+}
+
+std::string T3Makefile::generate_main_function_file() {
+  OutputFile file(_output_dir + _host.slash() + kMainFile);
+  if (!gT3CommandLine.tci) {
+    check_root_module();
+    write_plain_main(file.stream());
+  } else if (gT3CommandLine.test_management) {
+    write_server_main(file.stream());
+  } else {
+    check_root_module();
+    write_tci_main(file.stream());
+  }
+  if (!file.is_open() || !file.complete() || !file.put_into_place()) {
+    throw std::string("could not create \"") + kMainFile + "\"";
+  }
+  Progress(std::string("The file \"") + kMainFile + "\", with \"main\" function, has been generated.");
+  return kMainFile;
+}
+
+void T3Makefile::write_server_main(std::ostream& out) const {
+  out << kServerMain;
+}
+
+void T3Makefile::write_tci_main(std::ostream& out) const {
+  out << kTciMainHead << "    tciRootModule(\"" << _root_module << "\");\n" << kTciMainTail;
+}
+
+void T3Makefile::write_plain_main(std::ostream& out) const {
+  out << "#include <stdio.h>\n"
+         "#include \"lumos.h\"\n"
+         "#include \""
+      << _root_file
+      << ".h\"\n"
+         "\n"
+         "int main(int argc, char *argv[])\n"
+         "{\n"
+         "  lumo_run_test_suite(argc, argv, vexa_"
+      << _root_module
+      << "_register, lumo_root_control_part_c);\n"
+         "  return true;\n"
+         "}\n";
+}
