@@ -6,13 +6,13 @@
 OutputFile::OutputFile(const std::string& path)
     : path_(path),
       beside_(path + "." + std::to_string(getpid()) + ".tmp"),
-      stream_(beside_, std::ios::binary | std::ios::trunc) {}
+      stream_(beside_, std::ios::binary | std::ios::trunc) {
+  if (!stream_.is_open()) beside_.clear();
+}
 
 OutputFile::~OutputFile() {
-  if (beside_.empty()) return;
-  const bool opened = stream_.is_open() || !stream_.fail();
   stream_.close();
-  if (opened) std::remove(beside_.c_str());
+  if (!beside_.empty()) std::remove(beside_.c_str());
 }
 
 bool OutputFile::complete() {

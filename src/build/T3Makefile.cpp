@@ -308,6 +308,9 @@ std::string T3Makefile::settle_target_name() {
     check_root_module();
     name = get_target_kind() == TargetKind::Library ? _root_file + _archive_ext : _linker.exe_ext(_root_file);
   }
+  for (const char* own : {"all", "clean_rts", "clean"}) {
+    if (name == own) throw "the target of the makefile cannot be named \"" + name + "\"";
+  }
   return name;
 }
 
