@@ -5,7 +5,7 @@
 #include "build/T3Makefile.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
-#include "driver/T3ModuleMap.h"
+#include "driver/T3Global.h"
 #include "driver/T3Version.h"
 #include "frontend/T3Tree.h"
 

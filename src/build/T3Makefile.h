@@ -106,11 +106,10 @@ class T3Makefile {
   // The files that are written
   void write_makefile();
   std::string backup_name(const std::string& path) const;
-  void create_makefile(class OutputFile& file, const std::string& path) const;
+  void create_makefile(const std::string& path) const;
   void check_root_module();
-  void write_server_main(std::ostream& out) const;
-  void write_tci_main(std::ostream& out) const;
-  void write_plain_main(std::ostream& out) const;
+  std::string tci_main() const;
+  std::string plain_main() const;
 
   std::string _tri;
   bool _has_asn1;

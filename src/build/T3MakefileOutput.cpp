@@ -1,11 +1,13 @@
 // The files that T3Makefile writes: the makefile with its backup, and the main file in its three forms.
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <unistd.h>
 
-#include "build/MGOutputFile.h"
 #include "build/T3Makefile.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
+#include "support/TemporaryFiles.h"
 
 namespace {
 
@@ -59,6 +61,14 @@ bool Exists(const std::string& path) {
   return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
 }
 
+/// Renames `path`, over an old backup. Should something else stand in the way, such as an empty directory, it
+/// is removed first.
+void MoveToBackup(const std::string& path, const std::string& backup) {
+  if (std::rename(path.c_str(), backup.c_str()) == 0) return;
+  std::remove(backup.c_str());
+  if (std::rename(path.c_str(), backup.c_str()) != 0) throw std::string();
+}
+
 void Progress(const std::string& text) {
   vexa_progress(gT3CommandLine.CommonVerbosity(), "MakeFile/MainFile generation - " + text);
 }
@@ -67,14 +77,7 @@ void Progress(const std::string& text) {
 
 void T3Makefile::write_makefile() {
   const std::string name = _config.item("MAKEFILE_NAME", "makefile");
-  const std::string path = _output_dir + _host.slash() + name;
-  if (Exists(path) && !_overwrite) {
-    throw std::string("there already exists a makefile and the 'do not overwrite' flag was specified");
-  }
-  OutputFile file(path);
-  if (!file.is_open()) throw "could not open '" + path + "'";
-  _makefile.generate(file.stream(), true);
-  create_makefile(file, path);
+  create_makefile(_output_dir + _host.slash() + name);
   Progress("Creating \"" + name + "\"");
 }
 
@@ -87,18 +90,23 @@ std::string T3Makefile::backup_name(const std::string& path) const {
   return backup == path ? path + ".bak" : backup;
 }
 
-/// Puts the written makefile into its place. The old one is moved away only when the new one is complete,
-/// and comes back should the last step fail.
-void T3Makefile::create_makefile(OutputFile& file, const std::string& path) const {
-  if (!file.complete()) throw "could not write '" + path + "'";
-  const std::string backup = backup_name(path);
+/// The makefile is written beside its place. The old one is moved away only when the new one is complete, and
+/// comes back should the last step fail.
+void T3Makefile::create_makefile(const std::string& path) const {
   const bool replaces = Exists(path);
-  if (replaces && std::rename(path.c_str(), backup.c_str()) != 0) {
-    // a directory with the backup's name stands in the way, or nothing can be changed here
-    std::remove(backup.c_str());
-    if (std::rename(path.c_str(), backup.c_str()) != 0) throw std::string();
+  if (replaces && !_overwrite) {
+    throw std::string("there already exists a makefile and the 'do not overwrite' flag was specified");
   }
-  if (file.put_into_place()) return;
+  TemporaryFile beside;
+  beside.Adopt(path + "." + std::to_string(getpid()) + ".tmp");
+  std::ofstream out(beside.path(), std::ios::binary | std::ios::trunc);
+  if (!out) throw "could not open '" + path + "'";
+  _makefile.generate(out, true);
+  out.close();
+  if (!out) throw "could not write '" + path + "'";
+  const std::string backup = backup_name(path);
+  if (replaces) MoveToBackup(path, backup);
+  if (std::rename(beside.path().c_str(), path.c_str()) == 0) return;
   if (replaces) std::rename(backup.c_str(), path.c_str());
   throw "could not open '" + path + "'";
 }
@@ -111,43 +119,34 @@ void T3Makefile::check_root_module() {
 }
 
 std::string T3Makefile::generate_main_function_file() {
-  OutputFile file(_output_dir + _host.slash() + kMainFile);
-  if (!gT3CommandLine.tci) {
-    check_root_module();
-    write_plain_main(file.stream());
-  } else if (gT3CommandLine.test_management) {
-    write_server_main(file.stream());
-  } else {
-    check_root_module();
-    write_tci_main(file.stream());
-  }
-  if (!file.is_open() || !file.complete() || !file.put_into_place()) {
+  const bool server = gT3CommandLine.tci && gT3CommandLine.test_management;
+  if (!server) check_root_module();
+  const std::string text = server ? kServerMain : gT3CommandLine.tci ? tci_main() : plain_main();
+  OutputFile file;
+  if (!file.Open(_output_dir + _host.slash() + kMainFile) || std::fputs(text.c_str(), file.stream()) < 0 ||
+      !file.Commit()) {
     throw std::string("could not create \"") + kMainFile + "\"";
   }
   Progress(std::string("The file \"") + kMainFile + "\", with \"main\" function, has been generated.");
   return kMainFile;
 }
 
-void T3Makefile::write_server_main(std::ostream& out) const {
-  out << kServerMain;
+std::string T3Makefile::tci_main() const {
+  return kTciMainHead + ("    tciRootModule(\"" + _root_module + "\");\n") + kTciMainTail;
 }
 
-void T3Makefile::write_tci_main(std::ostream& out) const {
-  out << kTciMainHead << "    tciRootModule(\"" << _root_module << "\");\n" << kTciMainTail;
-}
-
-void T3Makefile::write_plain_main(std::ostream& out) const {
-  out << "#include <stdio.h>\n"
+std::string T3Makefile::plain_main() const {
+  return "#include <stdio.h>\n"
          "#include \"lumos.h\"\n"
-         "#include \""
-      << _root_file
-      << ".h\"\n"
+         "#include \"" +
+         _root_file +
+         ".h\"\n"
          "\n"
          "int main(int argc, char *argv[])\n"
          "{\n"
-         "  lumo_run_test_suite(argc, argv, vexa_"
-      << _root_module
-      << "_register, lumo_root_control_part_c);\n"
+         "  lumo_run_test_suite(argc, argv, vexa_" +
+         _root_module +
+         "_register, lumo_root_control_part_c);\n"
          "  return true;\n"
          "}\n";
 }

@@ -9,7 +9,7 @@
 
 #include "build/T3Makefile.h"
 #include "driver/T3CommandLine.h"
-#include "driver/T3ModuleMap.h"
+#include "driver/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 
@@ -123,7 +123,7 @@ class MakefileTest : public testing::Test {
   fs::path folder_;
   std::string printed_;
   T3CommandLine saved_command_line_;
-  std::map<tIdent, T3Tree_Node*> saved_modules_;
+  T3ModuleMap saved_modules_;
 };
 
 TEST_F(MakefileTest, NothingAskedForNothingDone) {
