@@ -25,9 +25,6 @@ enum compiler_action_t : int {
   action_compile = 5,
 };
 
-/// True for an action that ends in generated code.
-inline bool WillGenerateCode(compiler_action_t action) { return action >= action_precompile; }
-
 enum file_format_t : int {
   format_ascii = 0,
   format_utf8 = 1,
