@@ -1,7 +1,5 @@
 #include "generator/CGFunction.h"
 
-#include "driver/T3Error.h"
-#include "driver/T3Global.h"
 #include "generator/CGModule.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
@@ -19,7 +17,7 @@ std::unique_ptr<CFunction> BeginControlPart(T3Tree_Node* module, const tPosition
 }
 
 void CGControlPart(T3ControlPart* decl) {
-  auto function = BeginControlPart(gT3ModuleMap.at(gT3Context.currentModuleName()), decl->position);
+  auto function = BeginControlPart(CGCurrentModule(), decl->position);
   CGPopSourceLocation(*function);
   function->end();
 }

@@ -122,24 +122,12 @@ void AddModuleBuiltinTypes(T3Module* module) {
   });
 }
 
-// The language clause of the source is a list of literals in double quotes, with doubled ones inside.
-std::string LanguageText(T3Module* module) {
-  std::string text(StringM::StGetString(module->language));
-  if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
-  std::string escaped;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '"' && i + 1 < text.size() && text[i + 1] == '"') ++i;
-    if (text[i] == '"' || text[i] == '\\') escaped += '\\';
-    if (static_cast<unsigned char>(text[i]) >= ' ') escaped += text[i];
-  }
-  return Quote(escaped);
-}
-
 // All rows must be in the table by now.
 void RegisterThisModule(T3Module* module) {
-  gT3Context.registerFunction().call(LUMO_MODULE_REGISTER, {Quote(module->name), "is_root", VEXA_SYMBOL_TABLE,
-                                                            std::to_string(gT3Context.symbolTable().count()),
-                                                            LanguageText(module), VEXA_CONTEXT});
+  gT3Context.registerFunction().call(
+      LUMO_MODULE_REGISTER,
+      {Quote(module->name), "is_root", VEXA_SYMBOL_TABLE, std::to_string(gT3Context.symbolTable().count()),
+       CStringOfLiteral(StringM::StGetString(module->language)), VEXA_CONTEXT});
 }
 
 void EndInitializeFunction(T3Module* module) {
@@ -216,6 +204,10 @@ void CGModule(T3Tree_Node* node) {
   CGDecl(module->definition_part);
   if (!HasControlPart(module)) CGDummyControlPart(module);
   EndSkeleton(module);
+}
+
+T3Module* CGCurrentModule() {
+  return gT3ModuleMap.at(gT3Context.currentModuleName())->as<T3Module>();
 }
 
 void CGAddMagicNumber(CFile& file) {

@@ -18,6 +18,9 @@ std::string CGModuleName(T3Tree_Node* module);
 /// A reference by which the file links only with the run-time library of the compiler's version.
 void CGAddMagicNumber(CFile& file);
 
+/// The module being generated.
+T3Module* CGCurrentModule();
+
 /// Adds a row to the symbol table: quoted name, kind word, and up to five columns; the rest is "NULL".
 void CGSymTabAddEntry(std::vector<std::string> columns);
 /// "((void *) name)".

@@ -3,6 +3,7 @@
 #include "analysis/T3Names.h"
 #include "driver/T3Error.h"
 #include "generator/T3CodeDefs.h"
+#include "generator/T3Context.h"
 
 namespace {
 // The report of a name that is asked for on a node of another kind; it does not return, whatever the type
@@ -20,7 +21,10 @@ std::string NameOf(T3Tree_Node* decl) {
   return Text(decl->as<_T3Decl>()->name);
 }
 
+// A built-in declaration belongs to the module being generated.
 std::string ModuleOf(T3Tree_Node* decl) {
+  if (decl->place == nullptr && gT3Context.currentModuleName() != NoIdent)
+    return Text(gT3Context.currentModuleName());
   if (decl->place == nullptr) internal_error_ast("LUMOS", __LINE__, "vexa_module_name", decl);
   return Text(decl->place->vexa_module_name);
 }
@@ -486,6 +490,26 @@ std::string EscapeEscape(const std::string& text) {
     result += c;
   }
   return result;
+}
+
+std::string CStringOfLiteral(std::string_view literal) {
+  if (literal.size() >= 2 && literal.front() == '"' && literal.back() == '"')
+    literal = literal.substr(1, literal.size() - 2);
+  std::string text;
+  for (size_t i = 0; i < literal.size(); ++i) {
+    const char c = literal[i];
+    // the source doubles a quote inside
+    if (c == '"' && i + 1 < literal.size() && literal[i + 1] == '"') ++i;
+    if (c == '"' || c == '\\')
+      text.append(1, '\\').append(1, c);
+    else if (static_cast<unsigned char>(c) < ' ')
+      text += FormatText("\\%03o", static_cast<unsigned>(c));
+    else if (c == '?' && !text.empty() && text.back() == '?')
+      text += "\" \"?";  // no trigraph
+    else
+      text += c;
+  }
+  return Quote(text);
 }
 
 std::string FormalPar(const std::string& type, const std::string& name) {
