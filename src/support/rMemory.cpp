@@ -6,6 +6,6 @@ void* Alloc(size_t size) {
   return ::operator new(AllocatedSize(size));
 }
 
-void Free(size_t size, void* block) {
-  ::operator delete(block, AllocatedSize(size));
+void Free(size_t, void* block) {
+  ::operator delete(block);
 }
