@@ -8,9 +8,7 @@
 
 #include "analysis/T3Stages.h"
 #include "asn1/integration/T3Representation.h"
-#if __has_include("build/T3GenMakefile.h")
 #include "build/T3GenMakefile.h"
-#endif
 #include "driver/Errors.h"
 #include "driver/T3Version.h"
 #include "support/TemporaryFiles.h"
@@ -64,9 +62,7 @@ int Stages(int argc, const char** argv) {
   if (const int status = OrderStage(order); status != kExitNormal) return status;
   if (!AnalyzeSystem(order.begin(), order.end())) return kExitAnalysis;
   if (!GenerateCode()) return kExitGeneration;
-#if __has_include("build/T3GenMakefile.h")
   if (!GenerateMakefile(orv_dir)) return kExitMakefile;
-#endif
   Say("Done");
   CloseT3Representation();
   return kExitNormal;

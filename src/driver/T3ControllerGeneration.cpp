@@ -3,17 +3,15 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "FileAPI/CFile.h"
 #include "analysis/T3Stages.h"
 #include "asn1/integration/T3Representation.h"
+#include "build/T3TciModules.h"
 #include "driver/T3Controller.h"
 #include "driver/T3Version.h"
 #include "frontend/T3Tree.h"
-#include "FileAPI/CFile.h"
 #include "generator/CGModule.h"
 #include "generator/T3Context.h"
-#if __has_include("build/T3TciModules.h")
-#include "build/T3TciModules.h"
-#endif
 
 namespace {
 [[noreturn]] void FetchPrecomppiledAST() {
@@ -54,7 +52,7 @@ void TellOutputFiles(T3Tree_Node* module, const std::string& directory, const st
 void GenerationSteps(T3Tree_Node* module) {
   const std::string directory = GetOutputDir(module);
   const std::string base = GetOutputFile(module);
-  auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, UINT_MAX);
+  auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, CFile::kNoLineLimit);
   file->setHeaderMessage(GenerateModuleHeader());
   TellOutputFiles(module, directory, base);
   ClearOptimizationInfo(module);
@@ -87,9 +85,7 @@ bool GenerateCode() {
     if (found != gT3ModuleMap.end()) all = GenerateModule(found->second->as<T3Module>()) && all;
   }
   if (!all) vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Code generation failed");
-#if __has_include("build/T3TciModules.h")
   if (gT3CommandLine.tci) tci_generate_modules_info();
-#endif
   return all;
 }
 
