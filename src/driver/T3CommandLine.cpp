@@ -356,6 +356,10 @@ bool HasFilesOfLanguage(::language of) {
                      [of](const file_argument_t& file) { return file.language == of; });
 }
 
+bool WillGenerateCode(compiler_action_t action) {
+  return action == action_precompile || action == action_generate_only || action == action_compile;
+}
+
 bool GetOmitCheckOpt() {
   return std::getenv("TLOG_37767") != nullptr;
 }

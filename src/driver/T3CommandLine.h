@@ -36,6 +36,9 @@ bool SetModuleOptions(char option, const char* arg, const char** argv, ModuleOpt
 /// Whether any file argument is of a language.
 bool HasFilesOfLanguage(::language of);
 
+/// True for the actions that end in generated code.
+bool WillGenerateCode(compiler_action_t action);
+
 // Which option holds for a module: its own, for the action then that of its file, then that of the
 // language group, then the common one. `module` is a T3Module.
 verbosity_level_t GetVerbosity(T3Tree_Node* module);
