@@ -167,8 +167,9 @@ TEST_F(TypeGenerator, RecordHasStructDescriptionFieldsAndRow) {
   ExpectSource(
       "  { \"R\", lumo_symbol_entry_kind_userdefined_type, &(vexa_M_R_type_struct), NULL, NULL, NULL, NULL "
       "}");
-  ExpectSource(R"(lumo_type_struct_t vexa_M_R_type_struct = 
-  {
+  ExpectSource(
+      "lumo_type_struct_t vexa_M_R_type_struct = \n"
+      R"(  {
     NULL,
     NULL,
     NULL,
@@ -180,8 +181,9 @@ TEST_F(TypeGenerator, RecordHasStructDescriptionFieldsAndRow) {
     &(vexa_R_type_info_struct)
   };
 )");
-  ExpectSource(R"(static lumo_type_info_struct_t vexa_R_type_info_struct = 
-  {
+  ExpectSource(
+      "static lumo_type_info_struct_t vexa_R_type_info_struct = \n"
+      R"(  {
     "R",
     "M",
     lumo_type_kind_record,
