@@ -212,7 +212,7 @@ class Reader {
     if (!expect('(')) return false;
     char32_t code = 0;
     for (int i = 0; i < 4; ++i) {
-      unsigned number;
+      unsigned number = 0;
       if ((i && !expect(',')) || !read_octet(number)) return false;
       code = code << 8 | number;
     }
