@@ -1,0 +1,372 @@
+#include "frontend/T3Parser.h"
+
+#include <algorithm>
+#include <array>
+
+#include "T3GrammarRules.h"
+#include "driver/Errors.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+#include "frontend/T3ParserDefs.h"
+
+namespace {
+
+constexpr int kStart = 0;
+constexpr size_t kExpectedTextLimit = 5000;
+constexpr long kMaxInsertions = 100000;
+
+// Internal symbols: the end of the input is 0, 1 and 2 are Bison's own, tokens follow in their order.
+int SymbolOf(T3Token token) {
+  const int number = static_cast<int>(token);
+  return number == 0 ? 0 : number + 2;
+}
+T3Token TokenOf(int symbol) { return static_cast<T3Token>(symbol == 0 ? 0 : symbol - 2); }
+
+/// What the tables say: above 0 a state to shift to, below 0 minus a rule to reduce, 0 a fault.
+int TableAction(int state, int symbol) {
+  const T3ParserTables& t = gParserTables;
+  const int base = t.pact[state];
+  if (base != t.pact_ninf) {
+    const int index = base + symbol;
+    if (index >= 0 && index <= t.last && t.check[index] == symbol) {
+      const int action = t.table[index];
+      return action == t.table_ninf ? 0 : action;
+    }
+  }
+  return -t.defact[state];
+}
+
+int Goto(int state, int rule) {
+  const T3ParserTables& t = gParserTables;
+  const int symbol = t.r1[rule] - t.tokens;
+  const int index = t.pgoto[symbol] + state;
+  if (index >= 0 && index <= t.last && t.check[index] == state) return t.table[index];
+  return t.defgoto[symbol];
+}
+
+/// The rule that lost against the shift of `symbol` in `state`, or 0.
+int LostRule(int state, int symbol) {
+  static const auto rows = [] {
+    std::vector<std::vector<std::pair<int, int>>> table(static_cast<size_t>(gParserTables.states));
+    for (int i = 0; i < gParserLostReductionCount; ++i) {
+      const T3LostReduction& lost = gParserLostReductions[i];
+      table[static_cast<size_t>(lost.state)].emplace_back(lost.symbol, lost.rule);
+    }
+    return table;
+  }();
+  for (const auto& [lost_symbol, rule] : rows[static_cast<size_t>(state)])
+    if (lost_symbol == symbol) return rule;
+  return 0;
+}
+
+bool IsRecipientState(int state) {
+  for (const short* s = gParserRecipientStates; *s >= 0; ++s)
+    if (*s == state) return true;
+  return false;
+}
+
+bool IsGuardOperation(int symbol) {
+  static constexpr std::array operations = {kSym_kw_timeout,  kSym_kw_receive, kSym_kw_check,
+                                            kSym_kw_catch,    kSym_kw_getreply, kSym_kw_getcall,
+                                            kSym_kw_trigger,  kSym_kw_done,     kSym_kw_killed};
+  return std::find(operations.begin(), operations.end(), symbol) != operations.end();
+}
+
+/// A stack of states that looks at another one without copying it: reductions take from below as needed.
+class Overlay {
+ public:
+  explicit Overlay(const std::vector<int>& states) : states_(states), kept_(states.size()) {}
+
+  int Top() const { return top_.empty() ? states_[kept_ - 1] : top_.back(); }
+  void Push(int state) { top_.push_back(state); }
+  void Reduce(int rule) {
+    int length = gParserTables.r2[rule];
+    for (; length > 0 && !top_.empty(); --length) top_.pop_back();
+    kept_ -= static_cast<size_t>(length);
+    Push(Goto(Top(), rule));
+  }
+  /// Reduces until `symbol` can be shifted, and shifts it; false when that never comes.
+  bool Take(int symbol) {
+    for (;;) {
+      const int action = TableAction(Top(), symbol);
+      if (action == 0) return false;
+      if (action > 0) {
+        Push(action);
+        return true;
+      }
+      Reduce(-action);
+    }
+  }
+  bool AtEnd() const { return Top() == gParserTables.final_state; }
+
+ private:
+  const std::vector<int>& states_;
+  size_t kept_;
+  std::vector<int> top_;
+};
+
+bool Accepts(const std::vector<int>& states, int symbol) { return Overlay(states).Take(symbol); }
+
+/// Adds the tokens that could continue from the state on top of `overlay`.
+void AddExpected(const Overlay& overlay, std::vector<bool>& set) {
+  for (int symbol = 0; symbol < gParserTables.tokens; ++symbol) {
+    if (symbol == 1 || symbol == 2 || set[static_cast<size_t>(symbol)]) continue;
+    if (TableAction(overlay.Top(), symbol) == 0) continue;
+    Overlay trial = overlay;
+    if (trial.Take(symbol)) set[static_cast<size_t>(symbol)] = true;
+  }
+}
+
+}  // namespace
+
+T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors) { Reset(); }
+
+void T3Parser::Reset() {
+  stack_.states.assign(1, kStart);
+  stack_.address_lists.clear();
+  values_.assign(1, T3Value{});
+  buffer_.clear();
+  state_ = T3ParserState{};
+  state_.gLangSpec = gStringM.EmptyString();
+  errors_found_ = 0;
+  given_up_ = false;
+}
+
+const T3Parser::Token& T3Parser::Peek(size_t ahead) {
+  while (buffer_.size() <= ahead) {
+    const T3Token token = scanner_->GetToken();
+    buffer_.push_back({SymbolOf(token), token, scanner_->Attribute()});
+  }
+  return buffer_[ahead];
+}
+
+bool T3Parser::InAddressList(const Stack& stack) const {
+  // On top lies the first element, below it the parenthesis.
+  return !stack.address_lists.empty() && stack.address_lists.back() == stack.states.size() - 1;
+}
+
+/// Settles a state in which both a shift and a reduction are possible.
+int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
+  const int rule = LostRule(stack.states.back(), symbol);
+  if (rule == 0) return shift;
+  bool reduce = false;
+  if (rule == kRule_plain_id_1 && symbol == kSym_Dot)
+    reduce = Peek(ahead + 1).symbol != kSym_identifier || Peek(ahead + 2).symbol != kSym_Assign;
+  else if (rule == kRule_variable_ref_1 || rule == kRule_variable_ref_2)
+    reduce = IsGuardOperation(Peek(ahead + 1).symbol);
+  else if (rule == kRule_template_instance_1 || (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
+    reduce = InAddressList(stack);
+  else if (TokenOf(symbol) == T3Token::LeftBrace && gParserTables.r1[rule] == gParserTables.r1[kRule_builtin_type_1])
+    reduce = !Trial(kRule_goal_4, ahead, kSym_kw_objid);
+  return reduce ? -rule : shift;
+}
+
+int T3Parser::Action(const Stack& stack, size_t ahead) {
+  const int state = stack.states.back();
+  const int base = gParserTables.pact[state];
+  if (base == gParserTables.pact_ninf) return -gParserTables.defact[state];
+  const int symbol = Peek(ahead).symbol;
+  const int action = TableAction(state, symbol);
+  return action > 0 ? Decide(stack, symbol, ahead, action) : action;
+}
+
+void T3Parser::PushState(Stack& stack, int state, int symbol, size_t ahead) {
+  const bool opens =
+      symbol == kSym_LeftParen && IsRecipientState(stack.states.back()) && Trial(kRule_goal_3, ahead, -1);
+  stack.states.push_back(state);
+  if (opens) stack.address_lists.push_back(stack.states.size());
+}
+
+/// Whether the tokens from `ahead` on form the text of a goal; `first_symbol` is a token before them that
+/// was read already, or -1.
+bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
+  Stack stack{{kStart}, {}};
+  // Within the trial of a list of recipients the first parenthesis is that list's.
+  if (trial_depth_ > 0) return true;
+  ++trial_depth_;
+  const int done = Goto(kStart, goal_rule);
+  bool result = false;
+  for (;;) {
+    const int state = stack.states.back();
+    int action;
+    int symbol = -1;
+    if (first_symbol >= 0) {
+      symbol = first_symbol;
+      action = TableAction(state, symbol);
+    } else {
+      action = Action(stack, ahead);
+      if (action > 0) symbol = Peek(ahead).symbol;
+    }
+    if (action == 0 || stack.states.size() > kMaxParseDepth) break;
+    if (action > 0) {
+      PushState(stack, action, symbol, ahead);
+      if (first_symbol >= 0)
+        first_symbol = -1;
+      else
+        ++ahead;
+      continue;
+    }
+    if (-action == goal_rule) {
+      result = true;
+      break;
+    }
+    stack.states.resize(stack.states.size() - static_cast<size_t>(gParserTables.r2[-action]));
+    while (!stack.address_lists.empty() && stack.address_lists.back() > stack.states.size())
+      stack.address_lists.pop_back();
+    stack.states.push_back(Goto(stack.states.back(), -action));
+    if (stack.states.back() == done && stack.states.size() == 2) {
+      result = true;
+      break;
+    }
+  }
+  --trial_depth_;
+  return result;
+}
+
+void T3Parser::Shift(int state, const Token& token) {
+  T3Value value;
+  value.position = token.attribute.Position;
+  switch (token.token) {
+    case T3Token::identifier:
+      value.ident = token.attribute.ident;
+      break;
+    case T3Token::boolean_value:
+      value.flag = token.attribute.boolean;
+      break;
+    default:
+      value.string = token.attribute.string;
+      break;
+  }
+  state_.last_token = value.position;
+  PushState(stack_, state, token.symbol, 0);
+  values_.push_back(value);
+}
+
+void T3Parser::Reduce(int rule) {
+  const auto length = static_cast<size_t>(gParserTables.r2[rule]);
+  T3Value result;
+  if (length > 0) {
+    result = values_[values_.size() - length];
+  } else {
+    result.position = Peek(0).attribute.Position;
+  }
+  state_.lookahead = buffer_.empty() ? state_.last_token : buffer_.front().attribute.Position;
+  T3Actions(rule, result, values_.data() + values_.size() - 1, state_);
+  values_.resize(values_.size() - length);
+  stack_.states.resize(stack_.states.size() - length);
+  while (!stack_.address_lists.empty() && stack_.address_lists.back() > stack_.states.size())
+    stack_.address_lists.pop_back();
+  stack_.states.push_back(Goto(stack_.states.back(), rule));
+  values_.push_back(result);
+}
+
+void T3Parser::RefuseDepth() {
+  ++gParseErrors;
+  ++errors_found_;
+  given_up_ = true;
+  errors_->Message("nesting is too deep", kError, Peek(0).attribute.Position);
+}
+
+long T3Parser::Parse() {
+  Reset();
+  while (!given_up_) {
+    if (stack_.states.size() > kMaxParseDepth) {
+      RefuseDepth();
+      break;
+    }
+    const int action = Action(stack_, 0);
+    if (action > 0) {
+      const Token token = Peek(0);
+      Shift(action, token);
+      buffer_.pop_front();
+      // The end of the input was shifted: its state accepts.
+      if (token.symbol == 0) break;
+    } else if (action < 0) {
+      Reduce(-action);
+    } else {
+      Recover();
+    }
+  }
+  return errors_found_;
+}
+
+void T3Parser::ReportFault(const Token& token) {
+  const tPosition& position = token.attribute.Position;
+  errors_->ErrorMessage(kCodeSyntaxError, kError, position);
+  errors_->ErrorMessageI(kCodeTokenFound, kError, position, kInfoText,
+                         yyGetTokenName(static_cast<unsigned short>(token.token)));
+  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
+  AddExpected(Overlay(stack_.states), set);
+  std::string text;
+  for (size_t symbol = 0; symbol < set.size(); ++symbol) {
+    if (!set[symbol]) continue;
+    const std::string name = yyGetTokenName(static_cast<unsigned short>(TokenOf(static_cast<int>(symbol))));
+    if (text.size() + 1 + name.size() > kExpectedTextLimit) break;
+    if (!text.empty()) text += ' ';
+    text += name;
+  }
+  errors_->ErrorMessageI(kCodeExpectedTokens, kError, position, kInfoText, text.c_str());
+}
+
+/// The tokens that could continue at some state of the way that continuation tokens lead to the end.
+std::vector<bool> T3Parser::RestartSet() const {
+  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
+  set[0] = true;
+  Overlay path(stack_.states);
+  for (long step = 0; step < kMaxInsertions; ++step) {
+    AddExpected(path, set);
+    const int next = gParserContinuation[path.Top()];
+    if (next < 0)
+      path.Reduce(-next);
+    else if (next == 0 || !path.Take(next))
+      break;
+  }
+  return set;
+}
+
+void T3Parser::InsertUntilAccepted() {
+  for (long inserted = 0; !Accepts(stack_.states, Peek(0).symbol); ++inserted) {
+    if (inserted == kMaxInsertions) {
+      given_up_ = true;
+      return;
+    }
+    const int next = gParserContinuation[stack_.states.back()];
+    if (next < 0) {
+      Reduce(-next);
+      continue;
+    }
+    const int action = TableAction(stack_.states.back(), next);
+    if (action < 0) {
+      Reduce(-action);
+      continue;
+    }
+    if (action == 0 || next == 0) {
+      given_up_ = true;
+      return;
+    }
+    Token token{next, TokenOf(next), {}};
+    scanner_->ErrorAttribute(token.token, &token.attribute);
+    token.attribute.Position = Peek(0).attribute.Position;
+    errors_->ErrorMessageI(kCodeTokenInserted, kRepair, token.attribute.Position, kInfoText,
+                           yyGetTokenName(static_cast<unsigned short>(token.token)));
+    Shift(action, token);
+  }
+}
+
+void T3Parser::Recover() {
+  ++gParseErrors;
+  ++errors_found_;
+  if (gParseErrors > gT3CommandLine.maximum_errors) {
+    given_up_ = true;
+    return;
+  }
+  ReportFault(Peek(0));
+  const std::vector<bool> restart = RestartSet();
+  bool skipped = false;
+  while (!restart[static_cast<size_t>(Peek(0).symbol)]) {
+    buffer_.pop_front();
+    skipped = true;
+  }
+  if (skipped) errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);
+  InsertUntilAccepted();
+}
