@@ -808,7 +808,7 @@ opt_group_except:
 group_ref_list:
     group_ref group_ref_tail
       {
-        $$.node = t.mT3ImportException(@1, Reverse($2.node), t3_import_restr_t::Group, $1.node);
+        $$.node = t.mT3ImportException(Reverse($2.node), t3_import_restr_t::Group, $1.node);
       }
   ;
 
@@ -817,7 +817,7 @@ group_ref_tail:
       { $$.node = _sgT3NoImportException(); }
   | group_ref_tail Comma group_ref
       {
-        $$.node = t.mT3ImportException(@3, $1.node, t3_import_restr_t::Group, $3.node);
+        $$.node = t.mT3ImportException($1.node, t3_import_restr_t::Group, $3.node);
       }
   ;
 

@@ -242,7 +242,7 @@ Node ImportGroups(Node groups, const T3ParserState& state) {
   Node list = _sgT3NoDecl();
   for (auto* item = groups->try_as<T3ImportException>(); item != nullptr;
        item = item->next->try_as<T3ImportException>()) {
-    Node decl = t.mT3ImportGroupDecl(item->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(), FromModule(state),
+    Node decl = t.mT3ImportGroupDecl(item->object->as<_T3ImportReference>()->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(), FromModule(state),
                                      item->object, state.gRecursiveSa, state.gLangSpec);
     list = PrependDecls(list, decl);
   }
@@ -253,7 +253,7 @@ Node NameExceptions(Node names) {
   Node list = _sgT3NoImportException();
   for (auto* item = names->try_as<T3RefItem>(); item != nullptr; item = item->next->try_as<T3RefItem>()) {
     Node object = t.mT3ImportIdentifier(item->position, item->reference->as<T3AttrRefIdentifier>()->id);
-    list = t.mT3ImportException(item->position, list, t3_import_restr_t::All, object);
+    list = t.mT3ImportException(list, t3_import_restr_t::All, object);
   }
   return Reverse(list);
 }
@@ -276,11 +276,10 @@ Node Exceptions(Node imports) {
   Node list = _sgT3NoImportException();
   for (auto* decl = imports->try_as<_T3ImportDecl>(); decl != nullptr; decl = decl->next->try_as<_T3ImportDecl>()) {
     if (auto* all = decl->try_as<T3ImportAllDecl>()) {
-      if (auto* nested = all->exceptions->try_as<_T3ImportException>())
-        vexa_filtered_error(ERR_nested_except, nested->position);
-      list = t.mT3ImportAllException(all->position, list, all->import_restr);
+      if (T3Is<_T3ImportException>(all->exceptions)) vexa_filtered_error(ERR_nested_except, all->position);
+      list = t.mT3ImportAllException(list, all->import_restr);
     } else {
-      list = t.mT3ImportException(decl->position, list, KindOfImport(decl), decl->object);
+      list = t.mT3ImportException(list, KindOfImport(decl), decl->object);
     }
   }
   return Reverse(list);
