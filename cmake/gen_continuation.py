@@ -18,7 +18,8 @@ def main():
     for rule in root.iter("rule"):
         lhs = rule.find("lhs")
         if lhs is not None:
-            rules[int(rule.get("number"))] = (lhs.text, [s.text for s in rule.find("rhs").findall("symbol")])
+            # the tables count the rules from 1, the report from 0
+            rules[int(rule.get("number")) + 1] = (lhs.text, [s.text for s in rule.find("rhs").findall("symbol")])
     terminals = {t.get("name"): int(t.get("symbol-number")) for t in root.iter("terminal")}
     nonterminals = {n.get("name") for n in root.iter("nonterminal")}
 
@@ -49,7 +50,7 @@ def main():
     for state in root.iter("state"):
         choice = None
         for item in state.find("itemset").findall("item"):
-            number, point = int(item.get("rule-number")), int(item.get("dot"))
+            number, point = int(item.get("rule-number")) + 1, int(item.get("dot"))
             lhs, rhs = rules[number]
             if point == 0 and lhs != "$accept":
                 continue  # no kernel item
@@ -64,7 +65,7 @@ def main():
         out.append((int(state.get("number")), -choice[2] if token is None else terminals[token]))
         for reduction in state.iter("reduction"):
             if reduction.get("enabled") == "false":
-                lost.append((int(state.get("number")), terminals[reduction.get("symbol")], int(reduction.get("rule"))))
+                lost.append((int(state.get("number")), terminals[reduction.get("symbol")], int(reduction.get("rule")) + 1))
         for step in state.iter("transition"):
             if step.get("symbol") == "address_list":
                 recipients.append(int(state.get("number")))
