@@ -29,6 +29,7 @@ FIELD_TYPES = {
     "nodelist": ("T3NodeList*", "nullptr", "Reference"),
     "declmap": ("T3DeclMap*", "nullptr", "Reference"),
     "namecache": ("T3NameCache*", "nullptr", "Reference"),
+    "declindex": ("T3DeclIndex*", "nullptr", "Reference"),
     "bitset": ("DeclBitSet*", "nullptr", "Reference"),
     "ModuleOptions*": ("ModuleOptions*", "nullptr", "Reference"),
     "t3_import_restr_t": ("t3_import_restr_t", "t3_import_restr_t{}", "Bytes"),

@@ -4,7 +4,8 @@
 
 #include "frontend/T3Tree.h"
 
-// The singletons of types; each stands for one type everywhere, and is made by InitBuiltinTypes.
+// The singletons of types, as the module under analysis sees them. Each is one node for all TTCN-3 modules,
+// but for gT3AddressType and gT3AnyType: these mean something else in each module, and are new for each.
 extern T3Tree_Node *gT3NoType, *gT3ErrorType, *gT3WildcardType, *gT3AnyAnyType;
 extern T3Tree_Node *gT3IntegerType, *gT3FloatType, *gT3BooleanType, *gT3ObjectIdentifierType, *gT3VerdictType,
     *gT3BitStringType, *gT3OctetStringType, *gT3HexStringType, *gT3CharStringType,
@@ -22,10 +23,14 @@ T3Tree_Node* MakeEnv(T3Tree_Node* outer, T3Tree_Node* head);
 
 /// Enters a declaration or formal parameter, with the literals of an enumeration type, into `map`.
 void RegisterDecl(T3Tree_Node* decl, tIdent moduleId, T3DeclMap*& map);
+/// The scope of a list of declarations: its map, made by SetPlaces; an empty one for an empty list.
+T3DeclMap* DeclsOut(T3Tree_Node* decls);
 /// The declaration, or type of an enumeration literal, that a name means in `env`; T3NoDecl after a
 /// failure, which is reported once for each key of a scope. `report`: whether "no declaration" is reported.
 T3Tree_Node* NewIdentify1(T3Tree_Node* env, tIdent name, tIdent qualifier, const tPosition& position,
                           bool report);
+/// The same without reports and without trace in the caches.
+T3Tree_Node* IdentifyQuietly(T3Tree_Node* env, tIdent name, tIdent qualifier);
 T3Tree_Node* NewIdentifyId(T3Tree_Node* env, T3Tree_Node* identifier);
 /// Each looks the entity's own name up, which reports duplicates.
 T3Tree_Node* NewIdentifyDecl(T3Tree_Node* env, T3Tree_Node* decl);
@@ -36,12 +41,20 @@ bool IsDeclared(const T3Tree_Node* node);
 bool IsLocalDecl(const T3Tree_Node* node);
 /// A user's definition of `address`: a T3TypeDecl of that name whose type is not T3Address.
 bool IsAddressRedefinition(const T3Tree_Node* decl);
-/// The type of a type declaration; of an import that of the imported one, followed to the end.
+/// The position of a node of any kind; NoPosition for the kinds that have none.
+tPosition PositionOf(const T3Tree_Node* node);
+/// The type of a type declaration; of an import that of the imported one, followed to the end. Any other
+/// node yields gT3ErrorType.
 T3Tree_Node* ExtractTypeFromDecl(T3Tree_Node* decl);
+/// The reference that an instance declaration has as its type, or as the element type of its array;
+/// T3NoExpression where it has another type.
 T3Tree_Node* GetTypeIdentifierNode(T3Tree_Node* decl);
 T3Tree_Node* ResolveExplicifiedType(T3Tree_Node* env, T3Tree_Node* type_reference);
+/// False when `use` stands before the local declaration `def` of the same owner.
 bool DefUsePositionsConsistent(T3Tree_Node* def, T3Tree_Node* use);
+/// True when no group of a T3Env chain, or of a list of declarations, has the name.
 bool NewGroupUnique(T3Tree_Node* list, tIdent name);
+/// True when the import's object is reached in the module by its plain name.
 bool VisibleUnqualified(T3Tree_Node* module, T3Tree_Node* import_decl);
 /// The label statement, or T3NoStmt.
 T3Tree_Node* FindLabel(T3Tree_Node* labelEnv, tIdent label);
@@ -53,9 +66,22 @@ tIdent FindDuplicateParameterName(T3Tree_Node* fpl);
 bool IsAsnNullType(const T3Tree_Node* decl);
 /// Empties the name caches of all scopes.
 void ClearNameCache();
+/// Forgets the labels and groups that were gathered from lists; ClearNameCache does so too.
+void ClearListNames();
 
-/// Sets the place records of a whole T3Builtin root, builds its scopes, and registers its declarations.
-/// `declsOut` of each list lies on the head of the list (cold). Runs first in T3Eval::Evaluate.
+/// The checks of names that are due at one node, after its children: duplicate declarations, fields and
+/// literals, labels and jumps, groups.
+void CheckNamesOfNode(T3Tree_Node* node);
+/// The definitions of `address` that reach a module, imported ones included, in the order of the list.
+T3NodeList AddressDefinitions(T3Tree_Node* module);
+/// Reports each definition of `address` that reaches the module of a T3Builtin root, if there are several.
+void CheckAddressConflicts(T3Tree_Node* root);
+
+/// Sets the place records of a whole T3Builtin root, parents and child slots, builds its scopes, and
+/// registers its declarations. `declsOut` of each list lies on the head of the list (cold). Sets
+/// vexa_index, vexa_place, has_component, has_return_type, vexa_component_type and visible_unqualified.
+/// Declarations that a component inherits share their types and values with the declaration that they
+/// come from (T3Components.h): those keep their own places. Runs first in T3Eval::Evaluate.
 void SetPlaces(T3Tree_Node* root);
 /// The same for a subtree made later, which stands where `like` stands.
 void SetPlacesLike(T3Tree_Node* subtree, const T3Tree_Node* like);

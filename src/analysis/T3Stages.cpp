@@ -5,15 +5,7 @@ T3Eval gT3Eval;
 
 void ExplicifyArrayTypes(T3Tree_Node*) {}
 void PreprocessAttributes(T3Tree_Node*) {}
-void PreprocessImports(T3Tree_Node*) {}
-void InitBuiltinTypes() {}
-T3Tree_Node* AddBuiltinTypes(T3Tree_Node* module) {
-  return gT3AST.mT3Builtin(module, gT3AST.mT3NoDecl(NoPosition), gT3AST.mT3NoDecl(NoPosition));
-}
 void ExplicifyInlinedTypes(T3Tree_Node*) {}
-bool ExtendComponents(T3Tree_Node*) {
-  return true;
-}
 void T3Eval::BeginT3Eval() {}
 void T3Eval::Evaluate(T3Tree_Node*) {}
 void T3Eval::CloseT3Eval() {}

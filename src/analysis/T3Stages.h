@@ -10,9 +10,9 @@ void ExplicifyArrayTypes(T3Tree_Node* module);
 void PreprocessAttributes(T3Tree_Node* module);
 /// Turns import statements into one declaration for each imported entity (T3Imports).
 void PreprocessImports(T3Tree_Node* module);
-/// Makes the singletons of the built-in types; once, before the first module (T3Names).
+/// Sets the singletons of the built-in types for a TTCN-3 module; AddBuiltinTypes calls it (T3BuiltinTypes).
 void InitBuiltinTypes();
-/// The T3Builtin root of a module: the module, the built-in and the auxiliary types (T3Names).
+/// The T3Builtin root of a module: the module, the built-in and the auxiliary types (T3BuiltinTypes).
 T3Tree_Node* AddBuiltinTypes(T3Tree_Node* module);
 /// Gives each nested type a declaration of its own (T3Attributes).
 void ExplicifyInlinedTypes(T3Tree_Node* root);

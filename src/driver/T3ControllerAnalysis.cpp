@@ -9,9 +9,6 @@
 #include "driver/T3Controller.h"
 #include "frontend/T3Tree.h"
 
-// Yields to the definition of name analysis.
-[[gnu::weak]] T3Tree_Node* gT3IntegerType = nullptr;
-
 namespace {
 const char* NameOf(T3Tree_Node* module) {
   return gIdents.GetCStr(module->as<T3Module>()->name);

@@ -14,6 +14,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -41,7 +42,15 @@ using T3ValidSet = std::vector<bool>;
 /// (name, qualifier): the qualifier is 0, or a module's identifier.
 using T3DeclKey = std::pair<tIdent, tIdent>;
 using T3DeclMap = std::map<T3DeclKey, T3NodeSet>;
-using T3NameCache = std::map<T3DeclKey, T3Tree_Node*>;
+struct T3DeclKeyHash {
+  size_t operator()(const T3DeclKey& key) const {
+    const auto qualifier = static_cast<uint64_t>(key.second) * 0x9e3779b97f4a7c15u;
+    const auto mixed = static_cast<uint64_t>(key.first) * 0xff51afd7ed558ccdu + qualifier;
+    return static_cast<size_t>(mixed ^ mixed >> 32);
+  }
+};
+using T3NameCache = std::unordered_map<T3DeclKey, T3Tree_Node*, T3DeclKeyHash>;
+struct T3DeclIndex;
 
 /// The head of the record of a node's rarer attributes.
 struct T3Cold {};
