@@ -4,15 +4,26 @@
 #include <optional>
 #include <string>
 
+#include "analysis/T3Dependencies.h"
 #include "frontend/T3Tree.h"
 
 // Accessors compute at the first read; empty where the expression has no such constant value.
 std::optional<int64_t> ConstIntValue(T3Tree_Node* expression_or_decl);
 std::optional<double> ConstFloatValue(T3Tree_Node* expression_or_decl);
+/// The text of a character literal without its quotes, each doubled quote as one; of a quadruple its UTF-8.
 std::optional<std::string> ConstCharValue(T3Tree_Node* expression_or_decl);
+/// The literal that an expression or declaration holds as its constant characters, or null.
+T3Tree_Node* ConstCharLiteral(T3Tree_Node* expression_or_decl);
 bool IsConstant(T3Tree_Node* expression);
 bool IsLiteral(T3Tree_Node* expression);
-/// The bounds of an array dimension, reported once where they are no constants.
+/// The bounds of an array dimension; 0 and 1 where they are no constants, which the rules report.
 int64_t LowerBoundValue(T3Tree_Node* bound);
 int64_t UpperBoundValue(T3Tree_Node* bound);
 bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b);
+
+/// The dependencies of the module under analysis: constants and types, templates, and modifications.
+void ResetDependencies();
+/// Enters a declaration in its graphs, and reports each cycle at the declaration that closes it.
+void EnterDependencies(T3Tree_Node* decl);
+/// The declarations of the module in an order in which each stands behind what its value or type needs.
+T3NodeList orderDependencies(T3Tree_Node* module);

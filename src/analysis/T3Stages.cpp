@@ -1,22 +1,12 @@
 // Stages whose rules are not written yet: they keep their place in the order and return at once.
 #include "analysis/T3Stages.h"
 
-T3Eval gT3Eval;
-
 void ExplicifyArrayTypes(T3Tree_Node*) {}
 void PreprocessAttributes(T3Tree_Node*) {}
 void ExplicifyInlinedTypes(T3Tree_Node*) {}
-void T3Eval::BeginT3Eval() {}
-void T3Eval::Evaluate(T3Tree_Node*) {}
-void T3Eval::CloseT3Eval() {}
-bool TemplateCyclesFound() {
-  return false;
-}
 void ExplicifyTemplateModifies(T3Tree_Node*) {}
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {}
 void OmitCheck(T3Tree_Node*) {}
 void TemplateRestrictionsCheck(T3Tree_Node*) {}
-void CheckSubtypes(T3Tree_Node*) {}
-void SetAnyTypeInformation() {}
 void CleanupAnalysisIntermediateData(T3Tree_Node*) {}
 void CleanupCompilationIntermediateData(T3Tree_Node*) {}

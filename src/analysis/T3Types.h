@@ -1,9 +1,13 @@
 // Types of entities and expressions: three views of each type, candidates from the context, exclusion in
 // two passes, compatibility, and the messages of type faults.
+//
+// The local view is the type node that an entity's declaration leads to, imports followed; the absolute
+// view is the same node once it is known to be a type; the base view has subtypes removed as well.
 #pragma once
 
 #include <string>
 
+#include "analysis/T3Candidates.h"
 #include "frontend/T3Tree.h"
 
 // Accessors compute at the first read and may be called on a node of any module whose places are set.
@@ -11,7 +15,9 @@
 /// The declaration, formal parameter, type (of an enumeration literal) or field that a reference means;
 /// T3NoDecl (or gT3ErrorType for a field) where there is none. Reports the failure once.
 T3Tree_Node* Def(T3Tree_Node* reference);
-// Types of types, declarations, formal and actual parameters.
+/// The declaration behind an import, followed to the end; any other node is its own.
+T3Tree_Node* BehindImport(T3Tree_Node* def);
+// Types of types, declarations, formal and actual parameters, fields.
 T3Tree_Node* AbsoluteTypeDef(T3Tree_Node* entity);
 T3Tree_Node* LocalTypeDef(T3Tree_Node* entity);
 T3Tree_Node* BaseTypeDef(T3Tree_Node* entity);
@@ -21,18 +27,16 @@ T3Tree_Node* ExpressionAbsoluteType(T3Tree_Node* expression);
 T3Tree_Node* ExpressionLocalType(T3Tree_Node* expression);
 T3Tree_Node* ExpressionBaseType(T3Tree_Node* expression);
 
-/// The candidates that a context gives: `types1` holds local views, `types2` base views.
-struct T3Candidates {
-  T3TypeSet types1;
-  T3TypeSet types2;
-  T3ValidSet valid;
+/// What became of an inference: a type, a failure that has its message, or one that its context reports.
+enum class T3Inference { Good, Reported, Unreported };
 
-  T3Candidates() = default;
-  T3Candidates(T3Tree_Node* local, T3Tree_Node* base) : types1{local}, types2{base}, valid{true} {}
-  size_t size() const { return types1.size(); }
-};
-/// Infers a whole expression from its context's candidates, children included, and reports what fails.
-void InferExpression(T3Tree_Node* expression, T3Candidates candidates, bool strict);
+/// Infers a whole expression or template definition from its context's candidates, children included, and
+/// reports what fails, unless `report` is false: then a failure of the outermost node is left to the caller.
+T3Inference InferExpression(T3Tree_Node* expression, T3Candidates candidates, bool strict,
+                            bool report = true);
+/// What the template of a port statement, or an actual parameter, is inferred as.
+enum class T3TemplateUse { Other, ActualPar, Port };
+T3Inference InferTemplate(T3Tree_Node* definition, T3Candidates candidates, bool strict, T3TemplateUse use);
 
 void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bool update, bool strict);
 void ExcludeTypeSet(T3Candidates& candidates, const T3TypeSet& locals, const T3TypeSet& bases);
@@ -45,19 +49,34 @@ bool IsStringCompatible(T3Tree_Node* a, T3Tree_Node* b);
 T3Tree_Node* EvaluateStringType(T3Tree_Node* a, T3Tree_Node* b);
 bool CheckStrictTypeCompatibility(T3Tree_Node* a, T3Tree_Node* b);
 bool AreComponentsAssignCompatible(T3Tree_Node* a, T3Tree_Node* b);
+
+/// The message of a failed node; nothing when `report` is false.
 void ReportTypeError(T3Tree_Node* node, bool report);
+/// The same for a node that had `valid` candidates left.
+void ReportTypeError(T3Tree_Node* node, size_t valid, T3TemplateUse use);
 std::string Type2String(T3Tree_Node* type);
+/// For the built-in `address` the base type of the user's definition that reaches the module, where there
+/// is one; any other type is its own.
 T3Tree_Node* GetAddressBaseType(T3Tree_Node* type);
+/// True for the built-in `address` with a user's definition.
+bool IsRedefinedAddress(T3Tree_Node* type);
+
 T3Tree_Node* FindName(T3Tree_Node* scope, tIdent name, T3Tree_Node* moduleRef);
 T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId);
 /// The position of a field from 0, `vexa_index` + 1 of a parameter; -1 where absent.
 long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist);
 T3Tree_Node* FindIndex(T3Tree_Node* list, long n);
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name);
+/// Gives each literal its number; reports two that are equal, once, at the type.
 void AssignEnumValues(T3Tree_Node* type);
 bool TypeBodyContainsField(T3Tree_Node* type, tIdent field);
 bool IsFieldOptional(T3Tree_Node* field);
+/// The type node behind references and declarations; a subtype is one.
 T3Tree_Node* DerefType(T3Tree_Node* type);
+/// The element type of an array, `record of` or `set of`, else gT3ErrorType.
+T3Tree_Node* ElementType(T3Tree_Node* base);
+/// The formal parameters of a function-like declaration, template or signature; T3NoFormalPar for others.
+T3Tree_Node* FormalParametersOf(T3Tree_Node* def);
 bool IsWildcardType(const T3Tree_Node* type);
 bool ExpandWildcardType(const T3Tree_Node* wildcard, const T3Tree_Node* type);
 bool IsStringType(T3Tree_Node* type);
@@ -73,8 +92,25 @@ bool IsSignatureType(T3Tree_Node* type);
 bool IsArrayType(T3Tree_Node* type);
 bool IsTimer(T3Tree_Node* type);
 bool IsTimerArray(T3Tree_Node* type);
+bool IsPortOrPortArray(T3Tree_Node* type);
 bool IsValidAddressRef(T3Tree_Node* reference);
 /// False when the text does not fit 64 bits.
 bool CheckIntegerSize(const char* text);
 int RequiredDigits(int64_t value, int64_t base);
+
+/// The types that a port type lets in or out, in parallel sets of views; made at the first read.
+struct T3PortTypes {
+  const T3TypeSet& absolute;
+  const T3TypeSet& local;
+  const T3TypeSet& base;
+};
+T3PortTypes PortTypesIn(T3Tree_Node* port_type);
+T3PortTypes PortTypesOut(T3Tree_Node* port_type);
+/// All type declarations that reach a module, imports and built-in types included, in order.
+const T3NodeList& AllTypesOf(T3Tree_Node* module);
+/// True for what `all` stands for in a port's type list.
+bool PartOfAllTypes(T3Tree_Node* base);
 void ClearTypeValidSets();
+
+/// Infers the variables of a parameter redirection from the signature, or by themselves where it is unknown.
+void InferRedirectedParams(T3Tree_Node* values, T3Tree_Node* signature);

@@ -1,0 +1,41 @@
+// The evaluation of one module: a walk over its tree that infers each outermost expression from its context,
+// reads the types of declarations, and calls the rules of each node after its children.
+//
+//   attributes                                             unit
+//   place, env, declsOut, labels, groups, vexa_index       T3Places, T3Names
+//   has_return_type, vexa_component_type, has_component    T3Places
+//   def, fpl, own types of references                      T3References
+//   *_type_def of entities                                 T3TypeViews
+//   expression_*_type, underlying kinds, is_strict         T3Inference
+//   types, port type sets, assigned_no                     T3TypeSearch
+//   const_*, is_constant, is_literal, bounds               T3Constants
+//   dependencies, cycles                                   T3Cycles
+//   type_members, union_representation                     T3AnyTypes
+//   is_*_based, value_type*, params_types                  T3EvalContexts
+#pragma once
+
+#include <span>
+
+#include "frontend/T3Tree.h"
+
+/// A rule of a kind, or of all kinds of a class. It is called for each node after its children, in source
+/// order; rules of one node run in the order of the tables, a class before its kinds.
+struct T3Rule {
+  T3Kind kind;
+  void (*check)(T3Tree_Node* node);
+};
+
+/// Every unit of rules gives one table, which T3EvalRules.cpp lists.
+std::span<const T3Rule> TypeRules();
+
+/// Calls all rules of a node.
+void CheckNode(T3Tree_Node* node);
+
+/// Prepares what a child's own children read: infers an outermost expression from the context that `parent`
+/// is, and sets what a construct inherits from its statement.
+void EnterNode(T3Tree_Node* node, T3Tree_Node* parent);
+/// False for what the walk passes over: names that mean nothing in this language.
+bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
+
+/// Walks a subtree; `parent` is the context of its root.
+void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent);

@@ -1,0 +1,150 @@
+// The resolution of references.
+#include "analysis/T3References.h"
+
+#include <algorithm>
+
+#include "analysis/T3Names.h"
+#include "analysis/T3Types.h"
+#include "driver/T3Error.h"
+
+namespace {
+void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
+  auto& attributes = reference->attr();
+  attributes.local_type_def = LocalTypeDef(entity);
+  attributes.absolute_type_def = AbsoluteTypeDef(entity);
+  attributes.base_type_def = BaseTypeDef(entity);
+}
+
+void SetMeaning(_T3Reference* reference, T3Tree_Node* def, T3Tree_Node* typed) {
+  reference->attr().def = def;
+  SetOwnType(reference, typed);
+}
+
+void Fail(_T3Reference* reference) {
+  SetMeaning(reference, _sgT3NoDecl(true), gT3ErrorType);
+}
+
+// A local name is known only behind its declaration.
+T3Tree_Node* UsableHere(T3Tree_Node* def, T3Identifier* use) {
+  if (def == nullptr) return _sgT3NoDecl(true);
+  if (!def->is<_T3Decl>() || DefUsePositionsConsistent(def, use)) return def;
+  vexa_filtered_error(ERR_undefined, use->position, use->id);
+  return _sgT3NoDecl(true);
+}
+
+void ResolveIdentifier(T3Identifier* identifier) {
+  T3Tree_Node* env = identifier->place == nullptr ? nullptr : identifier->place->env;
+  if (!T3Is<T3MapEnv>(env)) return Fail(identifier);
+  T3Tree_Node* def = UsableHere(NewIdentifyId(env, identifier), identifier);
+  if (def->is<T3NoDecl>()) return Fail(identifier);
+  SetMeaning(identifier, def, def);
+}
+
+// The member of a module that a qualifier names.
+void ResolveInModule(T3Qualifier* qualifier) {
+  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
+  if (!T3Is<T3MapEnv>(env) || !qualifier->base->is<T3Identifier>()) return Fail(qualifier);
+  T3Tree_Node* def = IdentifyQualified(env, qualifier);
+  if (def == nullptr || def->is<T3NoDecl>()) {
+    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position,
+                        qualifier->base->as<T3Identifier>()->id, qualifier->id);
+    return Fail(qualifier);
+  }
+  SetMeaning(qualifier, def, def);
+}
+
+bool IsTypeName(T3Tree_Node* def) {
+  return T3Is<T3TypeDecl>(BehindImport(def));
+}
+
+// A field of `anytype` is the name of a type, alone or qualified by its module.
+void ResolveInAnyType(T3Qualifier* qualifier, tIdent module) {
+  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
+  const tIdent own = qualifier->place == nullptr ? NoIdent : qualifier->place->vexa_module_name;
+  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
+  const tIdent key = module == own || module == NoIdent ? 0 : module;
+  T3Tree_Node* def = NewIdentify1(env, qualifier->id, key, qualifier->position, false);
+  if (module == NoIdent && T3Is<T3Module>(def)) {
+    qualifier->attr().module_name_in_anytype_qualification = true;
+    return SetMeaning(qualifier, def, gT3AnyModuleType);
+  }
+  if (IsTypeName(def) && PartOfAllTypes(BaseTypeDef(def))) return SetMeaning(qualifier, def, def);
+  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own,
+                      gIdents.MakeIdent("anytype"), module == NoIdent ? own : module, qualifier->id);
+  Fail(qualifier);
+}
+
+// The member of a value, template or signature that a qualifier names.
+void ResolveField(T3Qualifier* qualifier, T3Tree_Node* base) {
+  T3Tree_Node* field = gT3ErrorType;
+  if (base->is<_T3StructuredType>() || base->is<T3SignatureType>())
+    field = FindName(base, qualifier->id, nullptr);
+  if (field->is<T3ErrorType>()) {
+    vexa_filtered_error(ERR_type_unknown_field, qualifier->position, qualifier->id);
+    return SetMeaning(qualifier, gT3ErrorType, gT3ErrorType);
+  }
+  SetMeaning(qualifier, field, field);
+}
+
+void ResolveQualifier(T3Qualifier* qualifier) {
+  auto* outer = qualifier->base->is<_T3Reference>() ? qualifier->base->as<_T3Reference>() : nullptr;
+  if (outer == nullptr) return Fail(qualifier);
+  auto* nested = qualifier->base->try_as<T3Qualifier>();
+  if (nested != nullptr && nested->attr().module_name_in_anytype_qualification)
+    return ResolveInAnyType(qualifier, nested->id);
+  if (T3Is<T3Module>(outer->attr().def)) return ResolveInModule(qualifier);
+  T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  if (base->is<T3ErrorType>()) return SetMeaning(qualifier, gT3ErrorType, gT3ErrorType);
+  if (base->is<T3AnyType>()) return ResolveInAnyType(qualifier, NoIdent);
+  ResolveField(qualifier, base);
+}
+
+void ResolveSubscription(T3Subscription* subscription) {
+  auto* outer = subscription->base->is<_T3Reference>() ? subscription->base->as<_T3Reference>() : nullptr;
+  if (outer == nullptr) return Fail(subscription);
+  T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
+}
+
+void ResolveOne(_T3Reference* reference) {
+  if (auto* identifier = reference->try_as<T3Identifier>()) return ResolveIdentifier(identifier);
+  if (auto* qualifier = reference->try_as<T3Qualifier>()) return ResolveQualifier(qualifier);
+  if (auto* subscription = reference->try_as<T3Subscription>()) return ResolveSubscription(subscription);
+  auto* call = reference->try_as<T3Parameterization>();
+  if (call != nullptr && call->base->is<_T3Reference>()) {
+    auto& base = call->base->as<_T3Reference>()->attr();
+    call->attr().fpl = FormalParametersOf(base.def);
+    reference->attr().def = base.def;
+    reference->attr().local_type_def = base.local_type_def;
+    reference->attr().absolute_type_def = base.absolute_type_def;
+    reference->attr().base_type_def = base.base_type_def;
+    return;
+  }
+  if (reference->is<T3ObjIdQualifier>())
+    return SetMeaning(reference, _sgT3NoDecl(true), gT3ObjectIdentifierType);
+  SetMeaning(reference, _sgT3NoDecl(true), gT3NoType);
+}
+}  // namespace
+
+T3NodeList ReferenceChain(T3Tree_Node* reference) {
+  T3NodeList chain{reference};
+  while (auto* qualification = chain.back()->try_as<_T3Qualification>()) chain.push_back(qualification->base);
+  std::reverse(chain.begin(), chain.end());
+  return chain;
+}
+
+void ResolveReference(T3Tree_Node* reference) {
+  auto* outermost = reference->as<_T3Reference>();
+  if (outermost->attr().def != nullptr) return;
+  if (!reference->is<_T3Qualification>()) return ResolveOne(outermost);
+  for (T3Tree_Node* at : ReferenceChain(reference)) {
+    if (!at->is<_T3Reference>() || at->as<_T3Reference>()->attr().def != nullptr) continue;
+    ResolveOne(at->as<_T3Reference>());
+  }
+}
+
+T3Tree_Node* Def(T3Tree_Node* reference) {
+  if (!T3Is<_T3Reference>(reference)) return _sgT3NoDecl(true);
+  ResolveReference(reference);
+  return reference->as<_T3Reference>()->attr().def;
+}

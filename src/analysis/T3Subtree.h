@@ -1,0 +1,23 @@
+// A walk over a subtree for collecting: each node once, parents first, with a stack of its own.
+#pragma once
+
+#include <vector>
+
+#include "frontend/T3TreeFields.h"
+
+/// Calls `visit` for each node of a subtree; the subtree below a node for which it returns false is passed
+/// over. The root's `next` is not followed.
+template <class Visit>
+void ForEachInSubtree(T3Tree_Node* root, Visit visit) {
+  std::vector<T3Tree_Node*> open{root};
+  while (!open.empty()) {
+    T3Tree_Node* node = open.back();
+    open.pop_back();
+    const T3ChildFields& fields = ChildFieldsOf(node);
+    if (node != root && fields.next.info != nullptr)
+      if (T3Tree_Node* next = T3ChildField(node, *fields.next.info)) open.push_back(next);
+    if (!visit(node)) continue;
+    for (auto child = fields.children.rbegin(); child != fields.children.rend(); ++child)
+      if (T3Tree_Node* below = T3ChildField(node, *child->info)) open.push_back(below);
+  }
+}

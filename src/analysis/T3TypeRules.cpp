@@ -1,0 +1,72 @@
+// The rules of types and constants that every node of their kinds obeys.
+#include "analysis/T3Constants.h"
+#include "analysis/T3Eval.h"
+#include "analysis/T3Names.h"
+#include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+#include "support/StringM.h"
+
+namespace {
+// A reference in the place of a type must mean one.
+void CheckTypeReference(T3Tree_Node* node) {
+  auto* type = node->as<T3TypeReference>();
+  if (!LocalTypeDef(type)->is<T3ErrorType>()) return;
+  T3Tree_Node* reference = type->reference;
+  if (reference->is<_T3Reference>()) {
+    T3Tree_Node* def = Def(reference);
+    const bool reported = T3Is<T3ErrorType>(def) || (T3Is<T3NoDecl>(def) && !reference->is<T3MTC>() &&
+                                                     !reference->is<T3System>() && !reference->is<T3Self>());
+    // What an import or a type declaration leads to has had its own message.
+    if (reported || T3Is<T3NoDecl>(BehindImport(def)) || T3Is<T3TypeDecl>(BehindImport(def))) return;
+    if (auto* identifier = reference->try_as<T3Identifier>())
+      return vexa_filtered_error(ERR_type_not_a_type_with_name, identifier->position, identifier->id);
+  }
+  vexa_filtered_error(ERR_type_not_a_type, PositionOf(reference));
+}
+
+// One message for each cycle of parents, at the subtype that the walk meets first.
+void CheckSubtypeCycle(T3Tree_Node* node) {
+  auto* subtype = node->as<T3SubType>();
+  BaseTypeDef(subtype);
+  if (!subtype->attr().detect_cycle_in_subtypes) return;
+  vexa_filtered_error(ERR_cycle_subtype, subtype->position);
+  for (T3Tree_Node* at = subtype; at->is<T3SubType>() && at->as<T3SubType>()->attr().detect_cycle_in_subtypes;) {
+    at->as<T3SubType>()->attr().detect_cycle_in_subtypes = false;
+    at = LocalTypeDef(at->as<T3SubType>()->parent);
+  }
+}
+
+void NumberLiterals(T3Tree_Node* node) {
+  AssignEnumValues(node);
+}
+
+void CheckIntLiteral(T3Tree_Node* node) {
+  auto* literal = node->as<T3IntLiteral>();
+  if (CheckIntegerSize(StringM::StGetCStr(literal->value)) || literal->place == nullptr) return;
+  vexa_warning(GetVerbosity(literal->place->vexa_my_module), "integer literal might be too large",
+               literal->position);
+}
+
+// The message of a division by the constant zero comes with the folding, or here where the left operand is
+// no constant.
+void CheckDivision(T3Tree_Node* node) {
+  auto* division = node->as<T3Divide>();
+  ConstIntValue(node);
+  ConstFloatValue(node);
+  if (ConstIntValue(division->right) == 0 || ConstFloatValue(division->right) == 0.0)
+    vexa_filtered_error(ERR_div_by_zero, division->position);
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::T3TypeReference, CheckTypeReference}, {T3Kind::T3SubType, CheckSubtypeCycle},
+    {T3Kind::T3EnumType, NumberLiterals},          {T3Kind::T3IntLiteral, CheckIntLiteral},
+    {T3Kind::T3Divide, CheckDivision},             {T3Kind::T3TypeDecl, EnterDependencies},
+    {T3Kind::T3ConstDecl, EnterDependencies},      {T3Kind::T3ModuleParDecl, EnterDependencies},
+    {T3Kind::T3TemplateDecl, EnterDependencies},
+};
+}  // namespace
+
+std::span<const T3Rule> TypeRules() {
+  return kRules;
+}
