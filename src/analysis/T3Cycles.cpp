@@ -3,6 +3,7 @@
 #include <set>
 
 #include "analysis/T3Constants.h"
+#include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"

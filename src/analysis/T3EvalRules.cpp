@@ -1,6 +1,7 @@
 // The tables of all units of rules, arranged by kind.
 #include <vector>
 
+#include "analysis/T3Behaviour.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 
@@ -9,7 +10,7 @@ using Checks = std::vector<void (*)(T3Tree_Node*)>;
 
 std::vector<Checks>* Arrange() {
   auto* table = new std::vector<Checks>(kT3KindCount);
-  for (const auto& rules : {TypeRules()})
+  for (const auto& rules : {TypeRules(), BehaviourRules()})
     for (const T3Rule& rule : rules)
       for (int kind = static_cast<int>(rule.kind); kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)]; ++kind)
         (*table)[static_cast<size_t>(kind)].push_back(rule.check);

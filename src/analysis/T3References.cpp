@@ -6,6 +6,7 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
 
 namespace {
 void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {

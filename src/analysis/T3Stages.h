@@ -38,7 +38,7 @@ void TemplateRestrictionsCheck(T3Tree_Node* root);
 /// Checks values against their subtypes (T3Subtypes).
 void CheckSubtypes(T3Tree_Node* root);
 /// Lists the fields of `anytype` (T3Types).
-void SetAnyTypeInformation();
+void SetAnyTypeInformation(T3Tree_Node* root);
 
 /// Drops the derived data of a module's analysis that no later module reads (T3Memory).
 void CleanupAnalysisIntermediateData(T3Tree_Node* module);

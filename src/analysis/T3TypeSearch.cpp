@@ -6,6 +6,7 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
 
 namespace {
 T3Tree_Node* NextOf(T3Tree_Node* element) {

@@ -4,6 +4,7 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
 
 namespace {
 // Follows a chain that may close on itself: a second, slower walker is met when it does.

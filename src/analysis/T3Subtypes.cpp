@@ -1,0 +1,175 @@
+// The check of constants against their subtypes: every constraint along the chain of parents applies to
+// every constant expression of the type.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "analysis/T3ConstantValues.h"
+#include "analysis/T3Constants.h"
+#include "analysis/T3Names.h"
+#include "analysis/T3Stages.h"
+#include "analysis/T3Subtree.h"
+#include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+#include "driver/T3UTF8String.h"
+
+namespace {
+// ---- Character sets ----
+
+struct CharacterRange {
+  uint64_t low;
+  uint64_t high;
+};
+using CharacterRanges = std::vector<CharacterRange>;
+
+// The characters of a checked UTF-8 text as numbers; group, plane, row and cell are compared in this order.
+std::vector<uint64_t> CodesOf(const std::string& text) {
+  std::vector<uint64_t> codes;
+  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+  for (int length = static_cast<int>(text.size()); length > 0;) {
+    unsigned char group = 0, plane = 0, row = 0, cell = 0;
+    at = UTF_8ToUCS_4(at, length, group, plane, row, cell);
+    codes.push_back(uint64_t{group} << 24 | uint64_t{plane} << 16 | uint64_t{row} << 8 | cell);
+  }
+  return codes;
+}
+
+std::optional<uint64_t> CodeOf(T3Tree_Node* expression) {
+  const auto text = ConstCharValue(ConstantValueOf(expression));
+  if (!text) return std::nullopt;
+  const auto codes = CodesOf(*text);
+  return codes.size() == 1 ? std::optional<uint64_t>(codes.front()) : std::nullopt;
+}
+
+bool IsCharacterRange(T3Tree_Node* item) {
+  if (!item->is<T3ValueRange>()) return false;
+  T3Tree_Node* type = ExpressionBaseType(item);
+  return type->is<T3CharacterType>() || type->is<T3UniversalCharacterType>();
+}
+
+CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
+  CharacterRanges ranges;
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>();
+    if (range == nullptr) continue;
+    const auto low = CodeOf(range->lb);
+    const auto high = CodeOf(range->ub);
+    if (low && high) ranges.push_back({*low, *high});
+  }
+  return ranges;
+}
+
+bool InRanges(uint64_t code, const CharacterRanges& ranges) {
+  return std::any_of(ranges.begin(), ranges.end(),
+                     [&](const CharacterRange& range) { return range.low <= code && code <= range.high; });
+}
+
+// Each character of a constant string must lie in a range; what is no literal passes.
+bool CheckStringCharacterRange(T3Tree_Node* expression, const CharacterRanges& ranges) {
+  std::vector<T3Tree_Node*> open{expression};
+  while (!open.empty()) {
+    T3Tree_Node* value = ConstantValueOf(open.back());
+    open.pop_back();
+    if (auto* both = value->try_as<T3Concatenate>()) {
+      open.push_back(both->left);
+      open.push_back(both->right);
+      continue;
+    }
+    const auto text = ConstCharValue(value);
+    if (!text) continue;
+    for (const uint64_t code : CodesOf(*text))
+      if (!InRanges(code, ranges)) return false;
+  }
+  return true;
+}
+
+// ---- Constraints ----
+
+template <class Value>
+bool Within(const std::optional<Value>& low, const std::optional<Value>& value,
+            const std::optional<Value>& high) {
+  return !low || !value || !high || (*low <= *value && *value <= *high);
+}
+
+bool IsOpen(T3Tree_Node* bound) {
+  return bound->is<T3Infinity>() || (bound->is<T3UnaryMinus>() && bound->as<T3UnaryMinus>()->arg->is<T3Infinity>());
+}
+
+bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
+  T3Tree_Node* type = ExpressionBaseType(range);
+  if (type->is<T3Integer>())
+    return Within(ConstIntValue(range->lb), ConstIntValue(expression), ConstIntValue(range->ub));
+  if (type->is<T3Float>())
+    return Within(ConstFloatValue(range->lb), ConstFloatValue(expression), ConstFloatValue(range->ub));
+  if (!type->is<T3CharacterType>() && !type->is<T3UniversalCharacterType>()) return true;
+  if (IsOpen(range->lb) || IsOpen(range->ub)) return true;
+  return Within(CodeOf(range->lb), CodeOf(expression), CodeOf(range->ub));
+}
+
+void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    T3Tree_Node* item = at->as<T3ValueListItem>()->value;
+    if (IsCharacterRange(item)) {
+      if (!CheckStringCharacterRange(expression, CollectCharacterRanges(list)))
+        vexa_filtered_error(ERR_subtype_charset, PositionOf(expression));
+      return;
+    }
+    auto* range = item->try_as<T3ValueRange>();
+    if (range != nullptr ? CheckValueRangeCondition(range, expression) : ExpressionsAreEqual(item, expression))
+      return;
+  }
+  vexa_filtered_error(ERR_subtype, PositionOf(expression));
+}
+
+void WarnUnchecked(T3Tree_Node* expression) {
+  if (expression->place == nullptr) return;
+  vexa_warning(GetVerbosity(expression->place->vexa_my_module),
+               "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
+}
+
+void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
+  const auto low = ConstIntValue(range->lb);
+  const auto high = range->ub->is<T3NoExpression>() ? low : ConstIntValue(range->ub);
+  if (!low || !high) return WarnUnchecked(expression);
+  bool known = true;
+  const int64_t length = ExpressionLength(expression, known);
+  if (!known) return WarnUnchecked(expression);
+  if (length < 0 || (*low <= length && length <= *high)) return;
+  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length), std::to_string(*low),
+                      std::to_string(*high));
+}
+
+void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
+  if (expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
+      expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>())
+    return;
+  if (auto* list = constraint->try_as<T3ValueList>()) CheckValueListConstraint(list->values, expression);
+  if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
+}
+
+// A cycle of parents has no base, and has had its message.
+void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
+  if (BaseTypeDef(type)->is<T3ErrorType>()) return;
+  for (type = LocalTypeDef(type); type->is<T3SubType>(); type = LocalTypeDef(type->as<T3SubType>()->parent))
+    CheckConstraint(type->as<T3SubType>()->constraint, expression);
+}
+
+void CheckSubtypes1(T3Tree_Node* node) {
+  auto* expression = node->as<_T3Expression>();
+  T3Tree_Node* type = expression->attributes == nullptr ? nullptr : expression->attr().expression_local_type;
+  if (T3Is<T3SubType>(type) && IsConstant(expression)) CheckAllSubtypes(type, expression);
+}
+}  // namespace
+
+void CheckSubtypes(T3Tree_Node* root) {
+  T3Tree_Node* module = root->as<T3Builtin>()->module->as<T3Module>()->definition_part;
+  for (; module->is<_T3Decl>(); module = module->as<_T3Decl>()->next)
+    ForEachInSubtree(module, [](T3Tree_Node* node) {
+      // The values of a constraint are no values of its type.
+      if (node->is<T3SubType>() || node->is<T3TypeReference>()) return false;
+      if (node->is<_T3Expression>()) CheckSubtypes1(node);
+      return true;
+    });
+}
