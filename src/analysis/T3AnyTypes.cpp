@@ -36,8 +36,8 @@ T3Tree_Node* MakeField(T3Tree_Node* decl, T3Place* place) {
   identifier->attr().absolute_type_def = AbsoluteTypeDef(decl);
   identifier->attr().base_type_def = BaseTypeDef(decl);
   T3Tree_Node* type = gT3AST.mT3TypeReference(NoPosition, identifier);
-  T3Tree_Node* field = gT3AST.mT3FieldType(NoPosition, _sgT3NoFieldType(true), name, type, false,
-                                           _sgT3NoExpression(true));
+  T3Tree_Node* field =
+      gT3AST.mT3FieldType(NoPosition, _sgT3NoFieldType(true), name, type, false, _sgT3NoExpression(true));
   identifier->place = type->place = field->place = place;
   return field;
 }

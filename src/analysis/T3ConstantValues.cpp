@@ -35,7 +35,8 @@ T3Tree_Node* LocateElement(T3Tree_Node* compound, int64_t index) {
   auto* value = compound->try_as<T3CompoundValue>();
   if (value == nullptr) return Absent();
   int64_t position = 0;
-  for (T3Tree_Node* at = value->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++position) {
+  for (T3Tree_Node* at = value->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++position) {
     auto* place = at->as<T3FieldValue>()->field->try_as<T3FieldIndex>();
     if (place == nullptr ? position == index : ConstIntValue(place->index) == index)
       return at->as<T3FieldValue>()->value;
@@ -47,7 +48,8 @@ T3Tree_Node* LocateElement(T3Tree_Node* compound, int64_t index) {
 T3Tree_Node* StepOf(T3Tree_Node* expression) {
   if (auto* qualifier = expression->try_as<T3Qualifier>()) {
     if (!T3Is<T3Module>(Def(qualifier->base)))
-      return LocateField(ConstantValueOf(qualifier->base), ExpressionBaseType(qualifier->base), qualifier->id);
+      return LocateField(ConstantValueOf(qualifier->base), ExpressionBaseType(qualifier->base),
+                         qualifier->id);
   }
   if (auto* subscription = expression->try_as<T3Subscription>()) {
     const auto index = ConstIntValue(subscription->index);
@@ -68,7 +70,8 @@ std::string_view Text(tStringRef text) {
 
 // The digits of a binary string literal, which is 'digits'X.
 int64_t Digits(tStringRef text) {
-  return std::count_if(Text(text).begin(), Text(text).end(), [](char c) { return c != '\'' && c != ' '; }) - 1;
+  return std::count_if(Text(text).begin(), Text(text).end(), [](char c) { return c != '\'' && c != ' '; }) -
+         1;
 }
 
 int64_t CharacterCount(T3Tree_Node* literal) {
@@ -79,7 +82,8 @@ int64_t CharacterCount(T3Tree_Node* literal) {
 int64_t CompoundValueLength(T3CompoundValue* compound) {
   int64_t length = 0;
   int64_t largest = -1;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++length) {
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++length) {
     auto* place = at->as<T3FieldValue>()->field->try_as<T3FieldIndex>();
     if (place != nullptr) largest = std::max(largest, ConstIntValue(place->index).value_or(-1));
   }
@@ -147,7 +151,8 @@ ExpressionMap ConstructExpressionMap(T3CompoundValue* compound) {
   ExpressionMap result;
   T3Tree_Node* type = ExpressionBaseType(compound);
   int64_t position = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++position) {
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++position) {
     auto* element = at->as<T3FieldValue>();
     int64_t key = position;
     if (auto* name = element->field->try_as<T3FieldName>())

@@ -105,7 +105,8 @@ class Folder {
     std::vector<_T3BinaryExpression*> spine;
     for (;;) {
       if (node->as<_T3Expression>()->attr().IsEvaluated(Folding::kExpressionBit)) break;
-      if (!node->is<T3Plus>() && !node->is<T3Minus>() && !node->is<T3Multiply>() && !node->is<T3Divide>()) break;
+      if (!node->is<T3Plus>() && !node->is<T3Minus>() && !node->is<T3Multiply>() && !node->is<T3Divide>())
+        break;
       spine.push_back(node->as<_T3BinaryExpression>());
       node = spine.back()->left;
     }

@@ -77,7 +77,8 @@ void EnterConstant(T3Tree_Node* decl) {
 
 void EnterTemplate(T3TemplateDecl* decl) {
   T3NodeSet needed;
-  Collect(decl->definition, decl, [](T3Tree_Node* def) { return def->is<T3TemplateDecl>(); }, needed);
+  Collect(
+      decl->definition, decl, [](T3Tree_Node* def) { return def->is<T3TemplateDecl>(); }, needed);
   Enter(g_graphs.templates, decl, needed, ERR_cycle_template);
   auto* definition = decl->definition->try_as<T3TemplateDef>();
   auto* modifies = definition == nullptr ? nullptr : definition->modifies->try_as<T3TemplateReference>();

@@ -181,7 +181,8 @@ void InferOutermost(T3Tree_Node* node, T3Tree_Node* parent) {
     InferTemplate(node, T3Candidates(), false, T3TemplateUse::Other);
   } else if (parent->is<_T3PortStmt>()) {
     auto* statement = parent->as<_T3PortStmt>();
-    if (!InferInPortStatement(node, statement)) InferExpression(node, InPortStatement(node, statement), false);
+    if (!InferInPortStatement(node, statement))
+      InferExpression(node, InPortStatement(node, statement), false);
   } else if (parent->is<_T3StmtList>() || parent->is<_T3AltList>() || parent->is<_T3PortRedirect>()) {
     InferExpression(node, InStatement(node, parent), false);
   } else {

@@ -12,7 +12,8 @@ std::vector<Checks>* Arrange() {
   auto* table = new std::vector<Checks>(kT3KindCount);
   for (const auto& rules : {TypeRules(), BehaviourRules()})
     for (const T3Rule& rule : rules)
-      for (int kind = static_cast<int>(rule.kind); kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)]; ++kind)
+      for (int kind = static_cast<int>(rule.kind); kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)];
+           ++kind)
         (*table)[static_cast<size_t>(kind)].push_back(rule.check);
   return table;
 }

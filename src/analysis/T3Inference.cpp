@@ -145,7 +145,8 @@ struct BinaryFrame {
 
 void InferRight(_T3BinaryExpression* node) {
   T3Tree_Node* left = BaseOf(node->left);
-  Fails(node->right, node->is<_T3BinaryLogicExpression>() ? T3Candidates{gT3BooleanType} : T3Candidates{left});
+  Fails(node->right,
+        node->is<_T3BinaryLogicExpression>() ? T3Candidates{gT3BooleanType} : T3Candidates{left});
   DecideLeft(node->left, node->right);
   node->attr().last_pass = true;
 }
@@ -435,8 +436,9 @@ T3Inference InferValueList(T3Tree_Node* node, T3Tree_Node* values, T3Candidates&
   const T3Candidates all = candidates;
   for (T3Tree_Node* at = values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     T3Candidates own = all;
-    failed = Infer(at->as<T3ValueListItem>()->value, own, strict && at == values, true) != T3Inference::Good ||
-             failed;
+    failed =
+        Infer(at->as<T3ValueListItem>()->value, own, strict && at == values, true) != T3Inference::Good ||
+        failed;
     if (at == values) candidates = own;
   }
   return Finish(node, candidates, failed, report);
@@ -566,7 +568,8 @@ void InferObjIdItems(T3Tree_Node* items) {
   for (; items->is<T3ObjIdItem>(); items = items->as<T3ObjIdItem>()->next) {
     T3Tree_Node* item = items->as<T3ObjIdItem>()->obj_id_item;
     if (item->is<T3Parameterization>()) continue;
-    if (item->is<_T3Expression>()) Fails(item, T3Candidates::Types({gT3IntegerType, gT3ObjectIdentifierType}));
+    if (item->is<_T3Expression>())
+      Fails(item, T3Candidates::Types({gT3IntegerType, gT3ObjectIdentifierType}));
   }
 }
 
@@ -724,11 +727,11 @@ T3Inference InferPredefined(_T3PreDefinedFunction* node, T3Candidates& candidate
   if (auto* replace = node->try_as<T3Replace>()) return InferReplace(replace, candidates, strict, report);
   const Conversion conversion = ConversionOf(node->kind);
   const bool failed = Fails(node->value, T3Candidates(conversion.argument, conversion.argument));
-  if (auto* sized = node->is<_T3PreDefinedLengthFunction>() ? node->as<_T3PreDefinedLengthFunction>() : nullptr)
+  if (auto* sized =
+          node->is<_T3PreDefinedLengthFunction>() ? node->as<_T3PreDefinedLengthFunction>() : nullptr)
     Fails(sized->length, {gT3IntegerType});
   if (auto* decoding = node->try_as<T3DecValue>()) Fails(decoding->decoded_value, Anything());
-  if (conversion.result == nullptr)
-    return FinishSet(node, candidates, CharacterResult(node), failed, report);
+  if (conversion.result == nullptr) return FinishSet(node, candidates, CharacterResult(node), failed, report);
   return FinishOne(node, candidates, conversion.result, failed, strict, report);
 }
 
@@ -881,9 +884,8 @@ T3Inference InferShift(_T3ShiftOrRotateExpression* node, T3Candidates& candidate
 T3Inference InferLengthRange(T3LengthRange* node, T3Candidates& candidates, bool report) {
   Fails(node->lb, {gT3IntegerType});
   Fails(node->ub, {gT3IntegerType});
-  const T3TypeSet own{gT3CharStringType,  gT3UniversalCharStringType, gT3BitStringType,
-                      gT3HexStringType,   gT3OctetStringType,         gT3AnyRecordOfType,
-                      gT3AnySetOfType};
+  const T3TypeSet own{gT3CharStringType,  gT3UniversalCharStringType, gT3BitStringType, gT3HexStringType,
+                      gT3OctetStringType, gT3AnyRecordOfType,         gT3AnySetOfType};
   return FinishSet(node, candidates, own, false, report);
 }
 
@@ -952,7 +954,8 @@ T3Tree_Node* InferModifies(T3TemplateDef* definition) {
   return local;
 }
 
-T3Inference InferUntyped(T3TemplateDef* definition, T3Candidates& candidates, bool strict, T3TemplateUse use) {
+T3Inference InferUntyped(T3TemplateDef* definition, T3Candidates& candidates, bool strict,
+                         T3TemplateUse use) {
   const T3Inference result = Infer(definition->constraint, candidates, strict, false);
   SetTypes(definition, result == T3Inference::Good ? Check(candidates) : gT3ErrorType);
   definition->attr().report_type_error = result == T3Inference::Unreported;
@@ -1001,7 +1004,8 @@ T3Inference InferDefinition(T3TemplateDef* definition, T3Candidates& candidates,
 T3Inference InferAny(T3Tree_Node* node, T3Candidates& candidates, T3TemplateUse use) {
   if (auto* definition = node->try_as<T3TemplateDef>())
     return InferDefinition(definition, candidates, false, use);
-  if (auto* statement = node->try_as<T3InvocationStmt>()) return InferAny(statement->invocation, candidates, use);
+  if (auto* statement = node->try_as<T3InvocationStmt>())
+    return InferAny(statement->invocation, candidates, use);
   if (node->is<_T3Expression>()) return Infer(node, candidates, false, true);
   return T3Inference::Good;
 }
@@ -1025,12 +1029,15 @@ T3Tree_Node* ResultOf(T3Tree_Node* node, Attributes attributes, Result result) {
 template <class Result>
 T3Tree_Node* TypeOf(T3Tree_Node* node, Result result) {
   if (auto* definition = node->try_as<T3TemplateDef>())
-    return ResultOf(node, [&]() -> auto& { return definition->attr(); }, result);
+    return ResultOf(
+        node, [&]() -> auto& { return definition->attr(); }, result);
   if (auto* reference = node->try_as<T3TemplateReference>())
-    return ResultOf(reference->reference,
-                    [&]() -> auto& { return reference->reference->as<_T3Expression>()->attr(); }, result);
+    return ResultOf(
+        reference->reference, [&]() -> auto& { return reference->reference->as<_T3Expression>()->attr(); },
+        result);
   if (node->is<_T3Expression>())
-    return ResultOf(node, [&]() -> auto& { return node->as<_T3Expression>()->attr(); }, result);
+    return ResultOf(
+        node, [&]() -> auto& { return node->as<_T3Expression>()->attr(); }, result);
   return gT3NoType;
 }
 }  // namespace

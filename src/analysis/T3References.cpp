@@ -47,8 +47,8 @@ void ResolveInModule(T3Qualifier* qualifier) {
   if (!T3Is<T3MapEnv>(env) || !qualifier->base->is<T3Identifier>()) return Fail(qualifier);
   T3Tree_Node* def = IdentifyQualified(env, qualifier);
   if (def == nullptr || def->is<T3NoDecl>()) {
-    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position,
-                        qualifier->base->as<T3Identifier>()->id, qualifier->id);
+    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, qualifier->base->as<T3Identifier>()->id,
+                        qualifier->id);
     return Fail(qualifier);
   }
   SetMeaning(qualifier, def, def);
@@ -70,8 +70,8 @@ void ResolveInAnyType(T3Qualifier* qualifier, tIdent module) {
     return SetMeaning(qualifier, def, gT3AnyModuleType);
   }
   if (IsTypeName(def) && PartOfAllTypes(BaseTypeDef(def))) return SetMeaning(qualifier, def, def);
-  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own,
-                      gIdents.MakeIdent("anytype"), module == NoIdent ? own : module, qualifier->id);
+  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own, gIdents.MakeIdent("anytype"),
+                      module == NoIdent ? own : module, qualifier->id);
   Fail(qualifier);
 }
 

@@ -94,7 +94,8 @@ bool Within(const std::optional<Value>& low, const std::optional<Value>& value,
 }
 
 bool IsOpen(T3Tree_Node* bound) {
-  return bound->is<T3Infinity>() || (bound->is<T3UnaryMinus>() && bound->as<T3UnaryMinus>()->arg->is<T3Infinity>());
+  return bound->is<T3Infinity>() ||
+         (bound->is<T3UnaryMinus>() && bound->as<T3UnaryMinus>()->arg->is<T3Infinity>());
 }
 
 bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
@@ -117,7 +118,8 @@ void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
       return;
     }
     auto* range = item->try_as<T3ValueRange>();
-    if (range != nullptr ? CheckValueRangeCondition(range, expression) : ExpressionsAreEqual(item, expression))
+    if (range != nullptr ? CheckValueRangeCondition(range, expression)
+                         : ExpressionsAreEqual(item, expression))
       return;
   }
   vexa_filtered_error(ERR_subtype, PositionOf(expression));
@@ -137,8 +139,8 @@ void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
   const int64_t length = ExpressionLength(expression, known);
   if (!known) return WarnUnchecked(expression);
   if (length < 0 || (*low <= length && length <= *high)) return;
-  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length), std::to_string(*low),
-                      std::to_string(*high));
+  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length),
+                      std::to_string(*low), std::to_string(*high));
 }
 
 void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {

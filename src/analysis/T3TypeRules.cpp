@@ -31,7 +31,8 @@ void CheckSubtypeCycle(T3Tree_Node* node) {
   BaseTypeDef(subtype);
   if (!subtype->attr().detect_cycle_in_subtypes) return;
   vexa_filtered_error(ERR_cycle_subtype, subtype->position);
-  for (T3Tree_Node* at = subtype; at->is<T3SubType>() && at->as<T3SubType>()->attr().detect_cycle_in_subtypes;) {
+  for (T3Tree_Node* at = subtype;
+       at->is<T3SubType>() && at->as<T3SubType>()->attr().detect_cycle_in_subtypes;) {
     at->as<T3SubType>()->attr().detect_cycle_in_subtypes = false;
     at = LocalTypeDef(at->as<T3SubType>()->parent);
   }
@@ -59,10 +60,14 @@ void CheckDivision(T3Tree_Node* node) {
 }
 
 constexpr T3Rule kRules[] = {
-    {T3Kind::T3TypeReference, CheckTypeReference}, {T3Kind::T3SubType, CheckSubtypeCycle},
-    {T3Kind::T3EnumType, NumberLiterals},          {T3Kind::T3IntLiteral, CheckIntLiteral},
-    {T3Kind::T3Divide, CheckDivision},             {T3Kind::T3TypeDecl, EnterDependencies},
-    {T3Kind::T3ConstDecl, EnterDependencies},      {T3Kind::T3ModuleParDecl, EnterDependencies},
+    {T3Kind::T3TypeReference, CheckTypeReference},
+    {T3Kind::T3SubType, CheckSubtypeCycle},
+    {T3Kind::T3EnumType, NumberLiterals},
+    {T3Kind::T3IntLiteral, CheckIntLiteral},
+    {T3Kind::T3Divide, CheckDivision},
+    {T3Kind::T3TypeDecl, EnterDependencies},
+    {T3Kind::T3ConstDecl, EnterDependencies},
+    {T3Kind::T3ModuleParDecl, EnterDependencies},
     {T3Kind::T3TemplateDecl, EnterDependencies},
 };
 }  // namespace

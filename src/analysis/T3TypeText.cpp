@@ -100,10 +100,12 @@ void ReportTypeError(T3Tree_Node* node, size_t valid, T3TemplateUse use) {
     return vexa_filtered_error(ERR_type_decl, PositionOf(node), node->as<_T3FormalPar>()->name);
   if (auto* definition = node->try_as<T3TemplateDef>()) return ReportTemplate(definition, valid, use);
   if (node->is<_T3Type>()) return ReportType(node);
-  if (node->is<_T3Expression>() && valid > 1) return vexa_filtered_error(ERR_type_ambiguous, PositionOf(node));
+  if (node->is<_T3Expression>() && valid > 1)
+    return vexa_filtered_error(ERR_type_ambiguous, PositionOf(node));
   if (auto* identifier = node->try_as<T3Identifier>())
     return vexa_filtered_error(ERR_type, identifier->position, identifier->id);
-  if (node->is<T3TemplateReference>()) return vexa_filtered_error(ERR_type_template_modifies, PositionOf(node));
+  if (node->is<T3TemplateReference>())
+    return vexa_filtered_error(ERR_type_template_modifies, PositionOf(node));
   vexa_filtered_error(ERR_type_na, PositionOf(node));
 }
 

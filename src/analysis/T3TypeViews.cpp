@@ -169,8 +169,7 @@ bool IsCharStringType(T3Tree_Node* type) {
   return HasBase(type, T3Kind::T3CharStringType) || HasBase(type, T3Kind::T3CharacterType);
 }
 bool IsUniversalCharStringType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3UniversalCharStringType) ||
-         HasBase(type, T3Kind::T3UniversalCharacterType);
+  return HasBase(type, T3Kind::T3UniversalCharStringType) || HasBase(type, T3Kind::T3UniversalCharacterType);
 }
 bool IsStringType(T3Tree_Node* type) {
   return HasBase(type, T3Kind::T3BitStringType) || HasBase(type, T3Kind::T3OctetStringType) ||
