@@ -55,9 +55,8 @@ const char* BuiltinText(const T3Tree_Node* type) {
 // The declaration that a type is the type of, or null.
 T3Tree_Node* DeclarationOf(T3Tree_Node* type) {
   if (T3Is<T3TypeDecl>(type->as<_T3Type>()->attr().typedecl)) return type->as<_T3Type>()->attr().typedecl;
-  if (type->place != nullptr && T3Is<T3TypeDecl>(type->place->vexa_owner) &&
-      type->place->vexa_owner->as<T3TypeDecl>()->type == type)
-    return type->place->vexa_owner;
+  T3Tree_Node* above = type->parent;
+  if (T3Is<T3TypeDecl>(above) && above->as<T3TypeDecl>()->type == type) return above;
   return nullptr;
 }
 
