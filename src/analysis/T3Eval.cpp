@@ -115,8 +115,6 @@ void T3Eval::BeginT3Eval() {
 void T3Eval::Evaluate(T3Tree_Node* root) {
   SetPlaces(root);
   auto* builtin = root->as<T3Builtin>();
-  const T3NodeList addresses = AddressDefinitions(builtin->module);
-  if (!addresses.empty()) gT3AddressType->as<_T3Type>()->attr().def = addresses.front();
   EvaluateSubtree(builtin->module, root);
   for (T3Tree_Node* decls : {builtin->builtin, builtin->aux_types})
     for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) EvaluateSubtree(decls, root);

@@ -224,12 +224,12 @@ bool IsFieldOptional(T3Tree_Node* field) {
 }
 
 bool IsRedefinedAddress(T3Tree_Node* type) {
-  return T3Is<T3Address>(type) && type != gT3AnyAddressType && type->as<_T3Type>()->attr().def != nullptr;
+  return T3Is<T3Address>(type) && type != gT3AnyAddressType && type->as<T3Address>()->attr().address_type_definition_inh != nullptr;
 }
 
 T3Tree_Node* GetAddressBaseType(T3Tree_Node* type) {
   if (!IsRedefinedAddress(type)) return type;
-  T3Tree_Node* base = BaseTypeDef(type->as<_T3Type>()->attr().def);
+  T3Tree_Node* base = BaseTypeDef(type->as<T3Address>()->attr().address_type_definition_inh);
   return base->is<T3ErrorType>() ? type : base;
 }
 
