@@ -89,7 +89,7 @@ T3Tree_Node* AnalysisSteps(T3Tree_Node* module) {
     CheckSubtypes(root);
   }
   vexa_progress(verbosity, "Generating anytype information");
-  SetAnyTypeInformation();
+  SetAnyTypeInformation(root);
   UpdateBuildAvoidanceInfo(root);
   return root;
 }
