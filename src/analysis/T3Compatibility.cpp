@@ -11,8 +11,8 @@ namespace {
 // get there.
 constexpr size_t kMaxDepth = 2000;
 
-// One comparison of two types with all that it leads to. A type that is already under comparison counts as
-// compatible, which ends the recursion of types that contain themselves; a pair that was found compatible
+// One comparison of two types with all that it leads to. A pair that is already under comparison counts as
+// compatible, which ends the recursion of types that contain themselves, and a pair that was found compatible
 // is not walked again.
 class Comparison {
  public:
@@ -27,7 +27,7 @@ class Comparison {
                       BaseTypeDef(b->as<_T3HomogeneousType>()->type));
   }
 
-  T3NodeSet active_;
+  size_t depth_ = 0;
   std::set<std::pair<uint32_t, uint32_t>> compatible_;
 };
 
@@ -104,13 +104,13 @@ bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
     default:
       return a->is<_T3BuiltinType>() && a->kind == b->kind;
   }
-  if (a == b || active_.contains(a) || active_.size() > kMaxDepth) return true;
-  const std::pair<uint32_t, uint32_t> pair(a->number, b->number);
-  if (compatible_.contains(pair)) return true;
-  active_.insert(a);
+  if (a == b || depth_ > kMaxDepth) return true;
+  const auto [pair, is_new] = compatible_.emplace(a->number, b->number);
+  if (!is_new) return true;
+  ++depth_;
   const bool result = Structures(a, b);
-  active_.erase(a);
-  if (result) compatible_.insert(pair);
+  --depth_;
+  if (!result) compatible_.erase(pair);
   return result;
 }
 

@@ -359,7 +359,7 @@ std::string Utf8Of(uint64_t code) {
   std::string result;
   if (code < 0x80) return std::string(1, static_cast<char>(code));
   int trailing = code < 0x800 ? 1 : code < 0x10000 ? 2 : code < 0x200000 ? 3 : code < 0x4000000 ? 4 : 5;
-  result += static_cast<char>((0xff << (6 - trailing)) | static_cast<int>(code >> (6 * trailing)));
+  result += static_cast<char>((0xff << (7 - trailing) & 0xff) | static_cast<int>(code >> (6 * trailing)));
   while (trailing-- > 0) result += static_cast<char>(0x80 | ((code >> (6 * trailing)) & 0x3f));
   return result;
 }

@@ -52,7 +52,7 @@ void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeSet& found) {
     auto* subtype = type->try_as<T3SubType>();
     if (subtype == nullptr) break;
     Collect(subtype->constraint, user, IsConstantLike, found);
-    if (subtype->attr().detect_cycle_in_subtypes) return;
+    if (BaseTypeDef(subtype)->is<T3ErrorType>()) return;
     type = subtype->parent;
   }
   if (type->is<T3TypeReference>()) Collect(type, user, IsConstantLike, found);
