@@ -62,7 +62,7 @@ module_def:
 
 modulepar_def:
     kw_modulepar LeftBrace modulepar_list modulepar_group opt_semi RightBrace
-      { $$.node = $3.node; }
+      { $$.node = AppendDecls($3.node, $4.node); }
   | kw_modulepar modulepar_group
       { $$.node = $2.node; }
   ;
