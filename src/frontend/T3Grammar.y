@@ -594,7 +594,7 @@ opt_modifies:
     %empty
       { $$.node = _sgT3NoTemplateReference(); }
   | kw_modifies reference
-      { $$.node = t.mT3TemplateReference(@1, $2.node); }
+      { $$.node = t.mT3TemplateReference(@2, $2.node); }
   ;
 
 template_instance:
@@ -608,11 +608,11 @@ template_instance:
       }
   | kw_modifies reference Assign template_body
       {
-        $$.node = InlineTemplate(@1, NoType(), $4.node, t.mT3TemplateReference(@1, $2.node));
+        $$.node = InlineTemplate(@1, NoType(), $4.node, t.mT3TemplateReference(@2, $2.node));
       }
   | reference Colon kw_modifies reference Assign template_body
       {
-        $$.node = InlineTemplate(@1, TypeReference($1.node), $6.node, t.mT3TemplateReference(@3, $4.node));
+        $$.node = InlineTemplate(@1, TypeReference($1.node), $6.node, t.mT3TemplateReference(@4, $4.node));
       }
   ;
 

@@ -381,6 +381,7 @@ Node SubscriptsOn(Node base, Node subscripts) {
   Node node = subscripts;
   for (;;) {
     auto* subscription = node->as<T3Subscription>();
+    subscription->position = PositionOf(base);
     if (subscription->base == nullptr) {
       subscription->base = base;
       return subscripts;

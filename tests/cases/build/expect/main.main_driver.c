@@ -1,0 +1,9 @@
+#include <stdio.h>
+#include "lumos.h"
+#include "Root.h"
+
+int main(int argc, char *argv[])
+{
+  lumo_run_test_suite(argc, argv, vexa_Root_register, lumo_root_control_part_c);
+  return true;
+}
