@@ -27,6 +27,7 @@ const T3ParserTables gParserTables = {
 
 void T3Actions(int yyn, T3Value& yyval, T3Value* yyvsp, T3ParserState& state) {
   (void)yyvsp;
+  (void)yystos;
   (void)state;
   switch (yyn) {
 ]b4_user_actions[
