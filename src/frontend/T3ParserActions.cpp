@@ -31,7 +31,14 @@ Node TimerType(const tPosition& position) {
   return TypeReference(t.mT3Identifier(position, timer));
 }
 
-tStringRef PutInQuotes(std::string_view text) { return gStringM.PutString('"' + std::string(text) + '"'); }
+tStringRef PutInQuotes(std::string_view text) {
+  std::string quoted;
+  quoted.reserve(text.size() + 2);
+  quoted.push_back('"');
+  quoted.append(text);
+  quoted.push_back('"');
+  return gStringM.PutString(quoted);
+}
 
 std::string_view ScopeName(const T3ParserState& state) {
   if (state.macroScopeIdent == -2) return "control";
