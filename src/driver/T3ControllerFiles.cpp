@@ -7,10 +7,8 @@
 #include "driver/Errors.h"
 #include "driver/T3Controller.h"
 #include "driver/T3FileFormat.h"
-#include "frontend/T3Scanner.h"
-#if __has_include("frontend/T3Parser.h")
 #include "frontend/T3Parser.h"
-#endif
+#include "frontend/T3Scanner.h"
 #include "frontend/T3Tree.h"
 #include "support/rFsearch.h"
 
@@ -93,14 +91,10 @@ bool ParseFiles() {
 
 bool ParseTTCN3(const char* path, tIdent file) {
   T3Scanner scanner;
-#if __has_include("frontend/T3Parser.h")
   T3Parser parser(&scanner, &gErrors);
-#endif
   gCurrentFilename = file;
   scanner.BeginFile(path);
-#if __has_include("frontend/T3Parser.h")
   parser.Parse();
-#endif
   if (gParseErrors > 0 && gParseErrors >= gT3CommandLine.maximum_errors) throw MaximumErrorsExceeded();
   return gParseErrors == 0 && gErrors.ErrorCount() == 0 && gT3AST.root != nullptr;
 }
