@@ -1,5 +1,6 @@
 #include "component.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -25,12 +26,14 @@ Task process_task;
 
 constexpr unsigned steps_of_a_turn = 100;
 constexpr Time poll_interval = 1000000;
+constexpr Time longest_poll_interval = 100 * poll_interval;
 // A simulated test case in which nothing but polling happens for so long is stuck.
 constexpr Time longest_polling = Time(3600) * 1000000000;
 
 std::deque<Component*> ready;
 Time next_poll = never;
 Time last_progress = 0;
+Time simulated_poll_interval = poll_interval;
 
 // --- guarded runs
 
@@ -151,6 +154,14 @@ void make_ready(Component& c) {
   c.state = State::ready;
   c.polls = false;
   ready.push_back(&c);
+}
+
+// Polling a simulated clock in vain gets slower.
+Time next_poll_interval() {
+  if (!is_simulated()) return poll_interval;
+  Time interval = simulated_poll_interval;
+  simulated_poll_interval = std::min(2 * interval, longest_poll_interval);
+  return interval;
 }
 
 // --- the scheduler
@@ -301,6 +312,7 @@ void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lu
     make_ready(*tc.mtc);
   }
   last_progress = now();
+  simulated_poll_interval = poll_interval;
   schedule();
   end_all_components();
   outside_test_case_ends();
@@ -356,9 +368,13 @@ void fault(const char* format, ...) {
   std::exit(2);
 }
 
-void check_stack() {
+bool stack_is_short() {
   constexpr size_t reserve = 48 * 1024;
-  if (stack_left() < reserve) fault("the calls or the value are nested too deeply");
+  return stack_left() < reserve;
+}
+
+void check_stack() {
+  if (stack_is_short()) fault("the calls or the value are nested too deeply");
 }
 
 bool run_guarded(const char* task_name, void (*function)(void*), void* argument) {
@@ -388,7 +404,10 @@ bool run_guarded(const char* task_name, void (*function)(void*), void* argument)
 
 void wake(Component& c) {
   c.task.event = true;
-  if (is_simulated()) last_progress = now();
+  if (is_simulated()) {
+    last_progress = now();
+    simulated_poll_interval = poll_interval;
+  }
   if (c.state == State::waiting) make_ready(c);
 }
 
@@ -670,7 +689,7 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   if (!c) return wait_in_control_part();
   c->state = State::waiting;
   c->polls = volatile_guards;
-  if (volatile_guards && next_poll == never) next_poll = now() + poll_interval;
+  if (volatile_guards && next_poll == never) next_poll = now() + next_poll_interval();
   to_scheduler();
 }
 

@@ -10,5 +10,7 @@ namespace lumos {
 
 // As fault, where the task has little stack left. Called where nesting is unlimited.
 void check_stack();
+// The same question without a fault.
+bool stack_is_short();
 
 }  // namespace lumos

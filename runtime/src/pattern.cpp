@@ -82,7 +82,7 @@ class Compiler {
   }
 
   void alternatives() {
-    if (++depth_ > deepest_nesting) fail("the pattern is nested too deeply");
+    if (++depth_ > deepest_nesting || stack_is_short()) fail("the pattern is nested too deeply");
     size_t start = here();
     sequence();
     while (ok() && more() && peek() == '|') {

@@ -289,7 +289,7 @@ void put_contents(std::string& out, Value v, int depth) {
 }
 
 void put(std::string& out, Value v, int depth) {
-  if (depth > deepest_shown) {
+  if (depth > deepest_shown || stack_is_short()) {
     out += "...";
     return;
   }
