@@ -34,7 +34,7 @@ Main.tc_error: error
 3 test cases: 1 pass, 0 none, 0 inconc, 1 fail, 1 error
 """
 
-# program, arguments, status, output, log; None is not compared, a list holds what must occur.
+# program, arguments, status, output, log, perhaps input; None is not compared, a list holds what must occur.
 CASES = [
     ("two_modules", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
     ("two_modules", ["-n", "-v", "ttcn3", "-t", "tc_good", "--param", "Base.step=11"], 0,
@@ -51,6 +51,37 @@ CASES = [
     ("two_modules", ["-t", "tc_param"], 2, "", ["test case 'tc_param' has parameters"]),
     ("two_modules", ["-n", "-p", "step=abc"], 2, "",
      ["module parameter Base.step cannot be set to abc: an integer is missing at character 1"]),
+    ("registry", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
+    ("registry", ["-vnone", "-t", "tc_good"], 0, ["Main.tc_good: pass\n"], ""),
+    ("registry", ["--list"], 0, "module Base\nmodule Main\n", ""),
+    ("registry", ["-t", "nothing"], 2, "", ["there is no test case 'nothing'"]),
+    ("registry", ["-x"], 1, "", ["unknown option '-x'"]),
+    ("server", ["--list"], 0, "module Base\nmodule Main\n", ""),
+    ("server", ["-vnone"], 0, """\
+module Base
+module Main
+error: no root module is chosen
+error: no such module
+ok
+module Base
+module Main (root)
+  testcase Main.tc_good
+  testcase Main.tc_wrong
+  testcase Main.tc_error
+  testcase Main.tc_param
+Main.tc_good: pass
+1 test case: 1 pass, 0 none, 0 inconc, 0 fail, 0 error
+done 0
+done 2
+Main.tc_good: pass
+Main.tc_wrong: fail
+Main.tc_error: error
+3 test cases: 1 pass, 0 none, 0 inconc, 1 fail, 1 error
+done 1
+ok
+error: unknown command 'frobnicate'
+""", None, "modules\nrun tc_good\nroot Nowhere\nroot Main\ntestcases\nrun tc_good\nrun nothing\n\n"
+            "control\nparam step=3\nfrobnicate\nquit\nmodules\n"),
     ("two_modules", ["-n", "-L", "/nonexistent/log"], 2, "", ["no value for option"]),
 ]
 
@@ -65,10 +96,10 @@ def agrees(expected, actual):
 
 def main():
     failures = 0
-    for program, arguments, status, out, log in CASES:
+    for program, arguments, status, out, log, *given in CASES:
         command = [f"{sys.argv[1]}/lumos_suite_{program}"] + arguments
         try:
-            run = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60)
+            run = subprocess.run(command, input="".join(given), capture_output=True, text=True, timeout=60)
         except subprocess.TimeoutExpired:
             print(f"FAILED (no end): {' '.join(command)}")
             failures += 1
