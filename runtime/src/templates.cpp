@@ -182,6 +182,21 @@ Value valueof_value(Value v, lumo_alloc_strategy_t strategy) {
   return result;
 }
 
+Value restricted(Value source, unsigned restriction) {
+  constexpr unsigned omit = 1, value = 2, present = 3;
+  if (restriction == present) {
+    bool absent = is_omit(source) || is_special(source, Special::anyornone) || source->if_present;
+    if (absent)
+      fault("a template that may be omitted is assigned to a template variable restricted to present");
+    return source;
+  }
+  if (restriction != omit && restriction != value) return source;
+  Value v = valueof_value(source, lumo_temp_alloc_c);
+  if (is_omit(v) && restriction == value)
+    fault("omit is assigned to a template variable restricted to a value");
+  return v;
+}
+
 void open_structure(Value v) {
   for (int i = 0; i < 100 && (v->form == Form::instance || v->form == Form::wrapped); ++i) {
     lumo_type_t base = plain_type(v->type);

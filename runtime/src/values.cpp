@@ -536,7 +536,19 @@ static void put_special(Value v, size_t slot, Value special) {
   v->parts.data[slot] = special;
 }
 
+// Elements of components are declared by values that may still be unset, or templates.
+static bool store_element(Value v, size_t slot, Value source) {
+  if (v->kind != lumo_type_kind_component || !source || source->life == Life::fixed) return false;
+  Value part = force_part(v, slot);
+  if (source->dynamic) {
+    part->dynamic = true;
+    part->restriction = source->restriction;
+  }
+  return source->form == Form::unset;
+}
+
 void store_part(Value v, size_t slot, Value source) {
+  if (store_element(v, slot, source)) return;
   if (source && source->form == Form::special) {
     switch (source->special) {
       case Special::not_used:
@@ -680,12 +692,16 @@ lumo_boolean_t lumo_value_is_dynamic_template(lumo_value_t value, lumo_context_t
   return value && is_template(value);
 }
 
+// A template variable of a component is known as one when it first gets a template.
 void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t) {
   if (target == source || target == lumo_value_no_return_c) return;
   prepare_write(target);
   if (!source || source->form == Form::unset) fault("use of a value that is not initialized");
-  if (!target->dynamic && is_template(source) && source != lumo_omit_value_c)
-    source = valueof_value(source, lumo_temp_alloc_c);
+  bool from_template = is_template(source) && source != lumo_omit_value_c;
+  if (!target->dynamic && from_template && target->parent && target->parent->kind == lumo_type_kind_component)
+    target->dynamic = true;
+  if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
+  if (target->restriction) source = restricted(source, target->restriction);
   if (target == source) return;
   if (is_related(target, source)) source = copy_value(source, lumo_temp_alloc_c);
   assign_contents(target, source);

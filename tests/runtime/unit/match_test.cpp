@@ -212,6 +212,24 @@ TEST_F(Matching, ValueOfTemplates) {
   EXPECT_EQ(lumo_value_get_integer(wrapped, nullptr), 7);
 }
 
+TEST_F(Matching, RestrictedVariables) {
+  auto restricted_to = [](unsigned long restriction) {
+    return lumo_type_instantiate_dynamic_template(lumo_integer_type, lumo_temp_alloc_c, restriction, nullptr);
+  };
+  Value omit = restricted_to(1), one = restricted_to(2), present = restricted_to(3);
+  lumo_value_assign(omit, lumo_omit_value_c, nullptr);
+  lumo_value_assign(one, integer(1), nullptr);
+  lumo_value_assign(present, lumo_anyone_value_c, nullptr);
+  EXPECT_EQ(render(omit) + render(one) + render(present), "omit1?");
+  EXPECT_NE(fault_of([&] { lumo_value_assign(omit, lumo_anyone_value_c, nullptr); }), "");
+  EXPECT_NE(fault_of([&] { lumo_value_assign(one, lumo_omit_value_c, nullptr); }), "");
+  EXPECT_NE(fault_of([&] { lumo_value_assign(present, lumo_anyornone_value_c, nullptr); }), "");
+  Value wrapped = dynamic(lumo_integer_type);
+  lumo_template_set_value(wrapped, integer(7), false, nullptr);
+  lumo_value_assign(one, wrapped, nullptr);
+  EXPECT_EQ(one->form, Form::integer);
+}
+
 // --- declared templates, as generated code has them
 
 lumo_value_t seen_argument;
