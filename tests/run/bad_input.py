@@ -101,7 +101,7 @@ class BadInputTest(unittest.TestCase):
         self.assertIn(self.orvane("-a", "-F", "M.ttcn").status, [0, PARSING, ANALYSIS])
 
     def test_broken_encodings(self):
-        self.write(b"\xfe\xff" + module("").encode("utf-16-be")[:-3])
+        self.write(b"\xfe\xff" + module("").encode("utf-16-be")[:-1])
         self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
         self.write(b"\xff\xfe" + module("const integer").encode("utf-16-le")[:21])
         self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
@@ -119,15 +119,13 @@ class BadInputTest(unittest.TestCase):
         self.assertIn("unterminated string constant", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
 
     def test_long_tokens(self):
-        name = "a" * 60_000
+        name = "a" * 100_000
         self.write(module(f'const integer {name} := 1; const integer b := {name}; const charstring s := "{name}";'))
         self.assertEqual(0, self.orvane("-a", "-F", "M.ttcn").status)
         self.write(module(f"const integer b := {name};"))
         result = self.check(["-a", "-F", "M.ttcn"], [ANALYSIS])
         self.assertIn("no declaration for", result.stderr)
-        self.write(module(f"const integer b := {name}{name};"))
-        self.assertIn("longer than 65535 characters", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
-        self.write(module("const integer b := " + "9" * 60_000 + ";"))
+        self.write(module("const integer b := " + "9" * 100_000 + ";"))
         self.assertIn("integer literal might be too large", self.orvane("-a", "-F", "M.ttcn").stderr)
         self.write(module(f"const integer b := @{name};"))
         self.check(["-a", "-F", "M.ttcn"], [PARSING])

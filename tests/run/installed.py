@@ -1,0 +1,98 @@
+#!/usr/bin/env python3
+"""Installs a build into an empty prefix and builds and runs the examples from there.
+
+    installed.py --build FOLDER --examples FOLDER --out FOLDER [--sanitize LIST] [--cmake PROGRAM]
+
+Nothing else can be reached through PATH but the installed programs, make, a shell, rm and the C and C++
+compilers with the programs that they call themselves. The examples are run by the compiler's own name, found
+through PATH, and by a relative path to it.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from run_suite import FINISHED, Suite  # noqa: E402
+
+TIMEOUT_SECONDS = 300
+TOOLS = ("make", "sh", "rm", "cc", "c++", "as", "ld")
+INSTALLED = ("bin/orvane", "include/lumos.h", "include/tci.h", "include/tri.h", "lib/liblumos.a",
+             "share/orvane/make_linux.mcfg", "share/orvane/rts.mk")
+
+
+def run(command, folder, environment):
+    done = subprocess.run(command, cwd=folder, env=environment, text=True, errors="replace", check=False,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=TIMEOUT_SECONDS)
+    if done.returncode != 0:
+        sys.exit(f"{command} in {folder}: status {done.returncode}\n{done.stdout[-6000:]}")
+    return done.stdout
+
+
+def install(options, prefix):
+    run([options.cmake, "--install", str(options.build), "--prefix", str(prefix)], options.out, None)
+    missing = [name for name in INSTALLED if not (prefix / name).is_file()]
+    if missing:
+        sys.exit(f"not installed: {missing}")
+
+
+def bare_path(folder):
+    """A folder with links to the few tools that may be used."""
+    folder.mkdir()
+    for tool in TOOLS:
+        place = shutil.which(tool)
+        if place is None:
+            sys.exit(f"this machine has no {tool}")
+        (folder / tool).symlink_to(place)
+    return folder
+
+
+def build_and_run(suite, program, prefix, folder, environment, sanitize):
+    folder.mkdir(parents=True)
+    sources = []
+    for source in suite.sources:
+        shutil.copy(source, folder)
+        sources.append(source.name)
+    mcfg = prefix / "share" / "orvane" / "make_linux.mcfg"
+    run([program, "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root, "-F", *sources], folder, environment)
+    make = ["make", "-s", "-j2"] + ([f"LDFLAGS=-g -fsanitize={sanitize}"] if sanitize else [])
+    run(make, folder, environment)
+    output = run([f"./{suite.root}"], folder, environment)
+    verdicts = FINISHED.findall(output)
+    if verdicts != suite.verdicts:
+        sys.exit(f"{folder}: expected {suite.verdicts}\nfound {verdicts}\n{output[-4000:]}")
+    return len(verdicts)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True, type=Path)
+    parser.add_argument("--examples", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--sanitize", default="")
+    parser.add_argument("--cmake", default="cmake")
+    options = parser.parse_args()
+    options.out = options.out.resolve()
+    shutil.rmtree(options.out, ignore_errors=True)
+    options.out.mkdir(parents=True)
+    prefix = options.out / "installed here"
+    install(options, prefix)
+    tools = bare_path(options.out / "tools")
+    environment = {"PATH": f"{prefix / 'bin'}:{tools}", "ASAN_OPTIONS": "detect_leaks=0", "LC_ALL": "C"}
+    suites = [Suite(path.parent) for path in sorted(options.examples.glob("*/VERDICTS"))]
+    if not suites:
+        sys.exit("no examples")
+    count = 0
+    for suite in suites:
+        work = options.out / "work"
+        relative = os.path.relpath(prefix / "bin" / "orvane", work / suite.root / "relative")
+        count += build_and_run(suite, "orvane", prefix, work / suite.root / "by name", environment, options.sanitize)
+        count += build_and_run(suite, relative, prefix, work / suite.root / "relative", environment,
+                               options.sanitize)
+    print(f"{len(suites)} examples, {count} verdicts as expected")
+
+
+main()
