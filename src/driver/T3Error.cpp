@@ -17,10 +17,6 @@ constexpr size_t kLongestMessage = 2047;
 // The strongest level that has been reported at a position. Lives for the whole run.
 auto& errorMap = *new std::map<tPosition, vexa_error_severity_t, lt_Position>;
 
-void CheckLimit() {
-  if (gErrors.ErrorCount() + gParseErrors >= gT3CommandLine.maximum_errors) throw MaximumErrorsExceeded();
-}
-
 // The row's text with its "%s" replaced in order.
 std::string Fill(const _vexa_error_message_t& row, std::span<const T3ErrorArg> arguments) {
   if (static_cast<size_t>(row.expected_args) != arguments.size())
@@ -52,9 +48,13 @@ void PrintLine(const std::string& text) {
 }
 }  // namespace
 
+void vexa_check_limit() {
+  if (gErrors.ErrorCount() + gParseErrors >= gT3CommandLine.maximum_errors) throw MaximumErrorsExceeded();
+}
+
 void vexa_error(const std::string& text, const tPosition& position) {
   gErrors.Message(text, kError, position);
-  CheckLimit();
+  vexa_check_limit();
 }
 
 void vexa_error_through_filter(const std::string& text, const tPosition& position,
@@ -69,7 +69,7 @@ void vexa_error_through_filter(const std::string& text, const tPosition& positio
     entry->second = severity;
   }
   gErrors.Message(text, kError, position);
-  CheckLimit();
+  vexa_check_limit();
 }
 
 void vexa_filtered_error(const _vexa_error_message_t& row, const tPosition& position) {

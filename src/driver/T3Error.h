@@ -53,6 +53,10 @@ class T3ErrorArg {
 /// Count of syntax errors of the run.
 extern long gParseErrors;
 
+/// Throws MaximumErrorsExceeded when the errors and syntax errors so far have reached the limit; for
+/// messages that do not go through the functions below.
+void vexa_check_limit();
+
 /// An error with free text, past the filter. Throws MaximumErrorsExceeded at the limit, as all below.
 void vexa_error(const std::string& text, const tPosition& position);
 /// A row of the catalogue at a position; the number of arguments must be the row's.

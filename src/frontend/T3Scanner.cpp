@@ -318,6 +318,8 @@ T3Token T3Scanner::ScanToken() {
 T3Token T3Scanner::IllegalByte() {
   const char byte = *next_++;
   gErrors.MessageI("illegal character", kError, attribute_.Position, kInfoCharacter, &byte);
+  // A file that is no text at all ends here, and not after a message for each of its bytes.
+  vexa_check_limit();
   return T3Token::EndOfFile;
 }
 
