@@ -46,6 +46,11 @@ def main():
                 return token
         return None
 
+    def empty_rule(symbols):
+        """The rule to reduce first where a row of symbols is to become empty."""
+        rule = best[symbols[0]]
+        return empty_rule(rules[rule][1]) if rules[rule][1] else rule
+
     out, lost, recipients = [], [], []
     for state in root.iter("state"):
         choice = None
@@ -61,8 +66,13 @@ def main():
             key = (binary, grows and bool(rest), sum(cost[s] for s in rest), number)
             if choice is None or key < choice[0]:
                 choice = (key, rest, number)
-        token = first_token(choice[1]) if choice else None
-        out.append((int(state.get("number")), -choice[2] if token is None else terminals[token]))
+        _, rest, number = choice
+        token = first_token(rest)
+        if token is not None:
+            step = terminals[token]
+        else:
+            step = -(empty_rule(rest) if rest else number)
+        out.append((int(state.get("number")), step))
         for reduction in state.iter("reduction"):
             if reduction.get("enabled") == "false":
                 lost.append((int(state.get("number")), terminals[reduction.get("symbol")], int(reduction.get("rule")) + 1))

@@ -101,8 +101,11 @@ class BadInputTest(unittest.TestCase):
         self.assertIn(self.orvane("-a", "-F", "M.ttcn").status, [0, PARSING, ANALYSIS])
 
     def test_broken_encodings(self):
-        self.write(b"\xfe\xff" + module("").encode("utf-16-be")[:-1])
-        self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
+        # A last odd byte is dropped.
+        self.write(b"\xfe\xff" + module("").encode("utf-16-be") + b"}")
+        self.assertEqual(0, self.orvane("-a", "-F", "M.ttcn").status)
+        self.write(b"\xfe\xff" + module("").encode("utf-16-be")[:-3])
+        self.check(["-a", "-F", "M.ttcn"], [PARSING])
         self.write(b"\xff\xfe" + module("const integer").encode("utf-16-le")[:21])
         self.check(["-a", "-F", "M.ttcn"], [PARSING, EXCEPTION])
         self.write(b"\xff\xfe")
@@ -118,8 +121,23 @@ class BadInputTest(unittest.TestCase):
         self.write('module M { const charstring c := "no end\n')
         self.assertIn("unterminated string constant", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
 
+    def test_cut_and_holed_files(self):
+        source = Path(__file__).resolve().parent / "suites" / "procedures.ttcn"
+        text = source.read_text()
+        end = text.rindex("}")
+        for at in range(1, end, end // 120):
+            begin = text.index("module")
+            for broken in (text[:max(at, begin + 7)], text[:at] + text[at + 9:]):
+                self.write(broken)
+                result = self.orvane("-v", "1", "-s", "-F", "M.ttcn")
+                self.assertIn(result.status, [0, PARSING], f"at {at}: {result.stderr[:500]}")
+                self.assertEqual(result.status != 0, bool(result.messages()))
+
     def test_long_tokens(self):
         name = "a" * 100_000
+        self.write(module(f'const integer {name} := 1; const integer b := {name}; const charstring s := "{name}";'))
+        self.assertIn("identifier is longer than", self.check(["-a", "-F", "M.ttcn"], [PARSING]).stderr)
+        name = "a" * 60_000
         self.write(module(f'const integer {name} := 1; const integer b := {name}; const charstring s := "{name}";'))
         self.assertEqual(0, self.orvane("-a", "-F", "M.ttcn").status)
         self.write(module(f"const integer b := {name};"))
