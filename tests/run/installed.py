@@ -33,7 +33,7 @@ def run(command, folder, environment):
 
 
 def install(options, prefix):
-    run([options.cmake, "--install", str(options.build), "--prefix", str(prefix)], options.out, None)
+    run([options.cmake, "--install", str(options.build.resolve()), "--prefix", str(prefix)], options.out, None)
     missing = [name for name in INSTALLED if not (prefix / name).is_file()]
     if missing:
         sys.exit(f"not installed: {missing}")
