@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Installs a build into an empty prefix and builds and runs the examples from there.
 
-    installed.py --build FOLDER --examples FOLDER --out FOLDER [--sanitize LIST] [--cmake PROGRAM]
+    installed.py --build FOLDER --examples FOLDER --out FOLDER [--sanitize LIST] [--cmake PROGRAM] [--no-verdicts]
 
 Nothing else can be reached through PATH but the installed programs, make, a shell, rm and the C and C++
 compilers with the programs that they call themselves. The examples are run by the compiler's own name, found
-through PATH, and by a relative path to it.
+through PATH, and by a relative path to it. With --no-verdicts it is enough that all modules of an example run
+to their end.
 """
 
 import argparse
@@ -50,7 +51,7 @@ def bare_path(folder):
     return folder
 
 
-def build_and_run(suite, program, prefix, folder, environment, sanitize):
+def build_and_run(suite, program, prefix, folder, environment, options):
     folder.mkdir(parents=True)
     sources = []
     for source in suite.sources:
@@ -58,13 +59,16 @@ def build_and_run(suite, program, prefix, folder, environment, sanitize):
         sources.append(source.name)
     mcfg = prefix / "share" / "orvane" / "make_linux.mcfg"
     run([program, "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root, "-F", *sources], folder, environment)
-    make = ["make", "-s", "-j2"] + ([f"LDFLAGS=-g -fsanitize={sanitize}"] if sanitize else [])
+    make = ["make", "-s", "-j2"] + ([f"LDFLAGS=-g -fsanitize={options.sanitize}"] if options.sanitize else [])
     run(make, folder, environment)
     output = run([f"./{suite.root}"], folder, environment)
+    for source in suite.sources:
+        if f"Module {source.stem} finalized" not in output:
+            sys.exit(f"{folder}: module {source.stem} did not run\n{output[-4000:]}")
     verdicts = FINISHED.findall(output)
-    if verdicts != suite.verdicts:
+    if options.verdicts and verdicts != suite.verdicts:
         sys.exit(f"{folder}: expected {suite.verdicts}\nfound {verdicts}\n{output[-4000:]}")
-    return len(verdicts)
+    return len(suite.sources)
 
 
 def main():
@@ -74,6 +78,7 @@ def main():
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="")
     parser.add_argument("--cmake", default="cmake")
+    parser.add_argument("--no-verdicts", dest="verdicts", action="store_false")
     options = parser.parse_args()
     options.out = options.out.resolve()
     shutil.rmtree(options.out, ignore_errors=True)
@@ -89,10 +94,9 @@ def main():
     for suite in suites:
         work = options.out / "work"
         relative = os.path.relpath(prefix / "bin" / "orvane", work / suite.root / "relative")
-        count += build_and_run(suite, "orvane", prefix, work / suite.root / "by name", environment, options.sanitize)
-        count += build_and_run(suite, relative, prefix, work / suite.root / "relative", environment,
-                               options.sanitize)
-    print(f"{len(suites)} examples, {count} verdicts as expected")
+        for name, program in (("by name", "orvane"), ("relative", relative)):
+            count += build_and_run(suite, program, prefix, work / suite.root / name, environment, options)
+    print(f"{len(suites)} examples, {count} modules ran")
 
 
 main()

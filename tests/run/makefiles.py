@@ -64,9 +64,12 @@ class Place:
     def names(self, folder=None):
         return sorted(path.name for path in (folder or self.folder).iterdir())
 
-    def passes(self, program="./Root", folder=None):
+    def runs(self, program="./Root", folder=None, modules=("Root", "Other")):
+        """The executable holds the modules, and runs from their registration to their end."""
         output = self.run([program], folder)
-        expect("finished with verdict pass" in output, output)
+        for module in modules:
+            for event in ("registered", "finalized"):
+                expect(f"Module {module} {event}" in output, output)
 
 
 def check_build_and_clean(place):
@@ -74,14 +77,14 @@ def check_build_and_clean(place):
     (place.folder / "mine.txt").write_text("stays")
     output = place.make("-j2")
     expect(place.compiled(output) == ["Other.c", "Root.c", "main_driver.c"], output)
-    place.passes()
+    place.runs()
     output = place.make("-j2")
     expect(not place.compiled(output) and " -o Root" not in output, "the second run built something: " + output)
     time.sleep(1.1)  # for disks with times of whole seconds
     os.utime(place.folder / "Other.c")
     output = place.make("-j2")
     expect(place.compiled(output) == ["Other.c"] and " -o Root" in output, output)
-    place.passes()
+    place.runs()
     place.make("clean")
     expect(place.names() == ["makefile", "mine.txt"], f"clean left {place.names()}")
 
@@ -93,7 +96,7 @@ def check_compile_again(place):
     place.compile()
     expect((place.folder / "makefile.bak").exists(), "no backup")
     place.make("-j2")
-    place.passes()
+    place.runs()
 
 
 def check_registry(place):
@@ -102,7 +105,7 @@ def check_registry(place):
     output = place.run(["./Root", "--list"])
     for line in ("module Root", "module Other"):
         expect(line in output, f"{line}: {output}")
-    place.passes()
+    place.runs()
     place.make("clean")
     expect(place.names() == ["makefile"], f"clean left {place.names()}")
 
@@ -138,7 +141,7 @@ def check_blanks(place):
     place.compile("-d", str(suite))
     place.make("-j2", folder=suite)
     expect({"ext fun.o", "ext.cpp.o"} <= set(place.names(suite)), place.names(suite))
-    place.passes(folder=suite)
+    place.runs(folder=suite)
     place.make("clean", folder=suite)
     expect(place.names(suite) == ["makefile"], f"clean left {place.names(suite)}")
 
@@ -151,7 +154,7 @@ def check_output_directories(place):
                "-T", "-d", "a", "-o", "suite", "Root", "-T", "-d", "b", "Other", "-F", *MODULES])
     folder = place.folder / "a"
     place.make("-j2", folder=folder)
-    place.passes("./suite", folder)
+    place.runs("./suite", folder)
     place.make("clean", folder=folder)
     expect(place.names(folder) == ["makefile"] and not place.names(place.folder / "b"), "clean left something")
 
@@ -167,20 +170,23 @@ def check_run_time_sources(place):
     for _ in range(10):
         output = place.make("-j4")
         expect(place.compiled(output) == ["boot.c"], output)
-    place.passes()
+    place.runs()
 
 
 def check_adapter(place):
-    """A section of the user's brings an adapter, which takes the place of the library's."""
-    (place.folder / "adapter.c").write_text('#include "tri.h"\n#include <stdio.h>\nTriStatus triSAReset(void) {\n'
-                                            '  puts("own adapter");\n  return TRI_OK;\n}\n')
+    """The section of a user's adapter counts with its TRI mode only."""
+    (place.folder / "adapter.c").write_text('#include "tri.h"\n#include <stdio.h>\n'
+                                            '__attribute__((constructor)) static void loaded(void) {\n'
+                                            '  puts("own adapter");\n}\n'
+                                            'TriStatus triSAReset(void) { return TRI_OK; }\n')
     place.add_to_mcfg("<SECTION=USER_DEFINED>\nUSER_SRCS += adapter.c\n</SECTION>\n")
     place.compile("-t", "2")
     place.make("-j2")
-    expect("own adapter" in place.run(["./Root"]), "the adapter was not called")
-    place.compile()
-    place.make("-j2")
-    expect("own adapter" not in place.run(["./Root"]), "the adapter was called")
+    expect("own adapter" in place.run(["./Root"]), "the adapter is not in the executable")
+    for mode in ("0", "1"):
+        place.compile("-t", mode)
+        place.make("-j2")
+        expect("own adapter" not in place.run(["./Root"]), f"the adapter is in the executable with -t {mode}")
 
 
 def main():
