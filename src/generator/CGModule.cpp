@@ -70,6 +70,8 @@ void CreateFinalizeFunction(T3Module* module) {
   auto function = BeginGuarded(ModuleFinalizeName(module->name), {}, VEXAFinalizeFunctionGuard(module->name));
   function->assign(VEXAInitFunctionGuard(module->name), C_FALSE);
   function->assign(VEXAModuleParamsInitializeFunctionGuard(module->name), C_FALSE);
+  // without it the next cycle could not register, and so not finalize either
+  function->assign(VEXARegisterFunctionGuard(module->name), C_FALSE);
   gT3Context.storeFinalizeFunction(std::move(function));
 }
 

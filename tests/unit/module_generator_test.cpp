@@ -177,6 +177,7 @@ void vexa_M_finalize(lumo_context_t vexa_context)
     vexa_M_is_finalized = true;
     vexa_M_is_initialized = false;
     vexa_M_mod_params_initialized = false;
+    vexa_M_is_registered = false;
     lumo_log_string_to_all(lumo_log_msg_info_c, "Module M finalized", vexa_context);
   }
 }
