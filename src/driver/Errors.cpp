@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <map>
 
 #include "driver/T3Error.h"
 #include "support/Global.h"
@@ -138,7 +137,7 @@ std::string WideText(const wchar_t* text) {
 }
 }  // namespace
 
-Errors::Errors() : exit_(ExitWithFailure), strings_(&gStringM), idents_(&gIdents), stream_(stderr) {
+Errors::Errors() : exit_(ExitWithFailure), stream_(stderr) {
   gSupportFault = ReportSupportFault;
 }
 

@@ -96,8 +96,6 @@ class Errors {
   void WriteCoded(int code, int message_class, const tPosition& position, const std::string* information);
 
   ExitRoutine exit_;
-  StringM* strings_;
-  Idents* idents_;
   FILE* stream_;
   // The line of the last coded message: one source line gets at most one of them.
   uint32_t last_line_ = 0;
