@@ -1,9 +1,7 @@
-// Components of a running test case, and the scheduler that lets them run in turn. Each
-// component is a fiber; it runs until it waits, yields or ends. Ready components run in the
-// order in which they became ready.
+// Components of a running test case. Each component is a fiber that the scheduler lets run
+// in turn.
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -81,6 +79,20 @@ struct Result {
 };
 std::vector<Result>& results();
 const char* verdict_name(lumo_verdict_t verdict);
+
+// --- life of a component
+
+// A new component of the running test case; an empty name gives it one by its number.
+Component& add_component(lumo_type_t type, const std::string& name, bool alive);
+// Copies the arguments and makes a place for a result.
+void set_behaviour(Component& component, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]);
+// False if there is no memory for a stack.
+bool start_fiber(Component& component);
+void take_verdict(Component& component);
+// What is left to do when the behaviour of a component is over; not on the component's stack.
+void bury(Component& component);
+// Ends behaviour, ports and variables.
+void release_component(Component& component);
 
 // The component of the calling behaviour; a fault in a control part.
 Component& self();

@@ -49,6 +49,8 @@ void make_ports(Component& component, Value element, lumo_type_t type, const cha
 void close_ports(Component& component);
 // Takes connections and mappings away.
 void disconnect_all(Component& component);
+// Takes the port out of a list of connections or mappings.
+void remove_port(std::vector<Port*>& list, Port* port);
 // Puts the message into the queue and wakes the owner; takes the message over.
 void deliver(Port& port, Message* message);
 // Null if there is none.

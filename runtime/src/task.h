@@ -63,6 +63,12 @@ extern Task* current_task;
 void reset_task(Task& task);
 void end_roots(Task& task, size_t mark);
 
+// Mismatches are not logged meanwhile, since they are no failure.
+struct Quiet {
+  Quiet() { ++current_task->quiet; }
+  ~Quiet() { --current_task->quiet; }
+};
+
 // Frees what was made meanwhile, at its end.
 struct TempScope {
   Task* task = current_task;
