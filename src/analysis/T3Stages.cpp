@@ -1,10 +1,7 @@
 // Stages whose rules are not written yet: they keep their place in the order and return at once.
 #include "analysis/T3Stages.h"
 
-void PreprocessAttributes(T3Tree_Node*) {}
 void ExplicifyTemplateModifies(T3Tree_Node*) {}
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {}
 void OmitCheck(T3Tree_Node*) {}
 void TemplateRestrictionsCheck(T3Tree_Node*) {}
-void CleanupAnalysisIntermediateData(T3Tree_Node*) {}
-void CleanupCompilationIntermediateData(T3Tree_Node*) {}

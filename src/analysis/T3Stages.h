@@ -2,20 +2,17 @@
 // after it. Each stage is a pass over the tree; its unit is named beside it.
 #pragma once
 
+#include "frontend/T3Attributes.h"
 #include "frontend/T3Tree.h"
 
-/// Gives each array type a declaration (T3Attributes).
-void ExplicifyArrayTypes(T3Tree_Node* module);
-/// Distributes `with` attributes over groups, types and imports (T3Attributes).
-void PreprocessAttributes(T3Tree_Node* module);
+// ExplicifyArrayTypes and PreprocessAttributes come first, ExplicifyInlinedTypes behind AddBuiltinTypes.
+
 /// Turns import statements into one declaration for each imported entity (T3Imports).
 void PreprocessImports(T3Tree_Node* module);
 /// Sets the singletons of the built-in types for a TTCN-3 module; AddBuiltinTypes calls it (T3BuiltinTypes).
 void InitBuiltinTypes();
 /// The T3Builtin root of a module: the module, the built-in and the auxiliary types (T3BuiltinTypes).
 T3Tree_Node* AddBuiltinTypes(T3Tree_Node* module);
-/// Gives each nested type a declaration of its own (T3Attributes).
-void ExplicifyInlinedTypes(T3Tree_Node* root);
 /// Merges extended component types; false when that failed (T3Components).
 bool ExtendComponents(T3Tree_Node* root);
 

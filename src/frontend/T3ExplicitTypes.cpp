@@ -1,0 +1,179 @@
+// Declarations for types that have none: array types, and types written inside other types.
+#include <string>
+#include <vector>
+
+#include "frontend/T3Attributes.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3TreeFields.h"
+
+namespace {
+// The number of the last array type of the run.
+long array_counter = 0;
+
+T3TypeDecl* ImplicitDecl(const tPosition& position, tIdent name, T3Tree_Node* type) {
+  auto* decl = gT3AST.mT3TypeDecl(position, _sgT3NoDecl(), name, _sgT3NoWith(), type);
+  decl->implicit_type_decl = true;
+  return decl;
+}
+
+// Calls for each node below a declaration, children first; what follows the declaration is left out.
+template <class Call>
+void ForNodesBelow(T3Tree_Node* decl, const Call& call) {
+  struct Step {
+    T3Tree_Node* node;
+    bool children_done;
+  };
+  std::vector<Step> stack{{decl, false}};
+  while (!stack.empty()) {
+    const Step step = stack.back();
+    stack.pop_back();
+    if (step.node == nullptr) continue;
+    if (step.children_done) {
+      call(step.node);
+      continue;
+    }
+    const T3ChildFields& fields = ChildFieldsOf(step.node);
+    if (step.node != decl && fields.next.info != nullptr)
+      stack.push_back({T3ChildField(step.node, *fields.next.info), false});
+    stack.push_back({step.node, true});
+    for (size_t i = fields.children.size(); i > 0; --i)
+      stack.push_back({T3ChildField(step.node, *fields.children[i - 1].info), false});
+  }
+}
+
+// Gives an array type its declaration, which is put into the chain; other nodes are passed over.
+void ExplicifyArrayType(T3Tree_Node* node, std::vector<T3TypeDecl*>& implicit_array_types) {
+  auto* array = node->try_as<T3ArrayType>();
+  if (array == nullptr || array->explicit_type != nullptr) return;
+  const tIdent name = gIdents.MakeIdent("vexa_expl_array" + std::to_string(++array_counter));
+  T3TypeDecl* decl = ImplicitDecl(NoPosition, name, array);
+  array->explicit_type = decl;
+  implicit_array_types.push_back(decl);
+}
+
+// Links the new declarations in front of the place to which `link` points; returns the link behind them.
+T3Tree_Node** InsertAll(T3Tree_Node** link, const std::vector<T3TypeDecl*>& decls) {
+  T3Tree_Node* rest = *link;
+  for (T3TypeDecl* decl : decls) {
+    *link = decl;
+    link = &decl->next;
+  }
+  *link = rest;
+  return link;
+}
+
+// The declarations that nested types of one declaration of the module get.
+class InlinedTypes {
+ public:
+  /// Works through a declaration, and a group through all that stand in it.
+  void Explicify(T3Tree_Node* decl);
+  const std::vector<T3TypeDecl*>& Decls() const { return explicit_inlined_types_; }
+
+ private:
+  // A type whose parts are still to be looked at, and the name from which theirs are made.
+  struct Work {
+    T3Tree_Node* type;
+    tIdent name;
+  };
+  void ExplTypeParts(const Work& work);
+  T3Tree_Node* ExplType(T3Tree_Node* type, const std::string& name);
+
+  std::vector<T3TypeDecl*> explicit_inlined_types_;
+  std::vector<Work> work_;
+};
+
+std::string NameOf(tIdent name) {
+  return std::string(gIdents.GetString(name));
+}
+
+std::string ExplNameForFieldType(tIdent decl, tIdent field) {
+  return NameOf(decl) + "_expl_" + NameOf(field);
+}
+
+std::string ExplNameForAggType(tIdent decl) {
+  return NameOf(decl) + "_expl_agg";
+}
+
+std::string ExplNameForNestedSubType(tIdent decl) {
+  return NameOf(decl) + "_expl_sub";
+}
+
+T3Tree_Node* TypeReferenceTo(tIdent name, const tPosition& position) {
+  return gT3AST.mT3TypeReference(position, gT3AST.mT3Identifier(position, name));
+}
+
+// An array has its declaration already. Any other type gets one, whose parts are looked at later.
+T3Tree_Node* InlinedTypes::ExplType(T3Tree_Node* type, const std::string& name) {
+  const tPosition position = type->as<_T3Type>()->position;
+  if (auto* array = type->try_as<T3ArrayType>(); array != nullptr && array->explicit_type != nullptr)
+    return TypeReferenceTo(array->explicit_type->as<T3TypeDecl>()->name, position);
+  const tIdent id = gIdents.MakeIdent(name);
+  explicit_inlined_types_.push_back(ImplicitDecl(position, id, type));
+  work_.push_back({type, id});
+  return TypeReferenceTo(id, position);
+}
+
+// A reference and a built-in type need no declaration.
+bool IsNested(T3Tree_Node* type) {
+  return !type->is<T3TypeReference>() && !type->is<_T3BuiltinType>() && !type->is<T3NoType>();
+}
+
+void InlinedTypes::ExplTypeParts(const Work& work) {
+  if (auto* subtype = work.type->try_as<T3SubType>()) {
+    if (IsNested(subtype->parent))
+      subtype->parent = ExplType(subtype->parent, ExplNameForNestedSubType(work.name));
+  } else if (auto* aggregate = work.type->try_as<_T3HomogeneousType>()) {
+    if (IsNested(aggregate->type)) aggregate->type = ExplType(aggregate->type, ExplNameForAggType(work.name));
+  } else if (auto* structured = work.type->try_as<_T3StructuredType>()) {
+    T3Tree_Node* field = structured->body;
+    for (; field->is<T3FieldType>(); field = field->as<T3FieldType>()->next) {
+      auto* node = field->as<T3FieldType>();
+      if (IsNested(node->type))
+        node->type = ExplType(node->type, ExplNameForFieldType(work.name, node->name));
+    }
+  }
+}
+
+void InlinedTypes::Explicify(T3Tree_Node* decl) {
+  std::vector<T3Tree_Node*> rest{decl};
+  while (!rest.empty()) {
+    T3Tree_Node* next = rest.back();
+    rest.pop_back();
+    if (!next->is<_T3Decl>()) continue;
+    if (next != decl) rest.push_back(next->as<_T3Decl>()->next);
+    if (auto* group = next->try_as<T3GroupDecl>()) rest.push_back(group->body);
+    auto* type_decl = next->try_as<T3TypeDecl>();
+    if (type_decl == nullptr) continue;
+    type_decl->implicit_type_decl = false;
+    work_.push_back({type_decl->type, type_decl->name});
+    while (!work_.empty()) {
+      const Work work = work_.back();
+      work_.pop_back();
+      ExplTypeParts(work);
+    }
+  }
+}
+}  // namespace
+
+void ExplicifyArrayTypes(T3Tree_Node* module) {
+  T3Tree_Node** link = &module->as<T3Module>()->definition_part;
+  while ((*link)->is<_T3Decl>()) {
+    std::vector<T3TypeDecl*> implicit_array_types;
+    ForNodesBelow(*link, [&](T3Tree_Node* node) { ExplicifyArrayType(node, implicit_array_types); });
+    link = InsertAll(link, implicit_array_types);
+    link = &(*link)->as<_T3Decl>()->next;
+  }
+}
+
+void ExplicifyInlinedTypes(T3Tree_Node* root) {
+  T3Tree_Node* module = root->is<T3Builtin>() ? root->as<T3Builtin>()->module : root;
+  for (; module->is<T3Module>(); module = module->as<T3Module>()->next) {
+    T3Tree_Node** link = &module->as<T3Module>()->definition_part;
+    while ((*link)->is<_T3Decl>()) {
+      InlinedTypes types;
+      types.Explicify(*link);
+      link = InsertAll(link, types.Decls());
+      link = &(*link)->as<_T3Decl>()->next;
+    }
+  }
+}
