@@ -14,8 +14,6 @@
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {
-constexpr _vexa_error_message_t kNameClash{"can't extend component due to name clash of \"%s\"",
-                                           vexa_error_severity_t::sev_duplicate, 1};
 constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\"",
                                               vexa_error_severity_t::sev_duplicate, 1};
 
@@ -194,10 +192,11 @@ void ExtensionStage::ReportCycle(const std::vector<tIdent>& cycle) const {
   vexa_error_through_filter(text, position, vexa_error_severity_t::sev_cycle);
 }
 
+// Each of several names that clash at one position is told: these errors pass the filter by.
 void ReportClashErrors(const std::vector<tIdent>& names, const tPosition& position) {
   for (const tIdent name : names)
-    vexa_error_through_filter(FormatText(kNameClash.text, gIdents.GetCStr(name)), position,
-                              kNameClash.severity);
+    vexa_error(FormatText("can't extend component due to name clash of \"%s\"", gIdents.GetCStr(name)),
+               position);
 }
 
 bool ExtensionStage::Extend(T3Tree_Node* component) {

@@ -10,6 +10,7 @@
 //   types, port type sets, assigned_no                     T3TypeSearch
 //   const_*, is_constant, is_literal, bounds               T3Constants
 //   dependencies, cycles                                   T3Cycles
+//   dep_decls                                              T3Unused
 //   type_members, union_representation                     T3AnyTypes
 //   is_*_based, value_type*, params_types                  T3EvalContexts
 #pragma once

@@ -4,13 +4,14 @@
 #include "analysis/T3Behaviour.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
+#include "analysis/T3Unused.h"
 
 namespace {
 using Checks = std::vector<void (*)(T3Tree_Node*)>;
 
 std::vector<Checks>* Arrange() {
   auto* table = new std::vector<Checks>(kT3KindCount);
-  for (const auto& rules : {TypeRules(), BehaviourRules()})
+  for (const auto& rules : {TypeRules(), BehaviourRules(), UsageRules()})
     for (const T3Rule& rule : rules)
       for (int kind = static_cast<int>(rule.kind); kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)];
            ++kind)

@@ -2,6 +2,7 @@
 // nodes.
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3Types.h"
 
 namespace {
 bool HasCold(const T3Tree_Node* node) {
@@ -50,6 +51,7 @@ void ZeroIntermediateAttributes(T3Tree_Node* module) {
 }  // namespace
 
 void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
+  ClearTypeValidSets();
   ClearNameCache();
   ZeroIntermediateAttributes(module);
 }

@@ -217,8 +217,9 @@ TEST(Imports, AGroupIsFoundAtAnyDepthAndOnce) {
   EXPECT_EQ(FindGroupInModule(module, Path({"a", "c"})), inner);
   EXPECT_TRUE(FindGroupInModule(module, Path({"d", "c"}))->is<T3NoDecl>());
   EXPECT_EQ(ImportRef2String(Path({"a", "b", "c"})), "a.b.c");
-  EXPECT_EQ(Messages([&] { EXPECT_TRUE(FindGroupInModule(module, Path({"b"}))->is<T3NoDecl>()); }),
-            "names.ttcn(7) : column 1 : Error       group identifier \"b\" is ambiguous in module \"ng_1\"\n");
+  EXPECT_EQ(
+      Messages([&] { EXPECT_TRUE(FindGroupInModule(module, Path({"b"}))->is<T3NoDecl>()); }),
+      "names.ttcn(7) : column 1 : Error       group identifier \"b\" is ambiguous in module \"ng_1\"\n");
 }
 
 TEST(Components, ADiamondHasTheCommonDeclarationsOnce) {
