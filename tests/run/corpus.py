@@ -46,8 +46,12 @@ def run(orvane, action, files, allowed, known=()):
             return "no end within 300 seconds"
     status = process.returncode - 256 if process.returncode > 127 else process.returncode
     errors = [line.partition(" : Error       ")[2] for line in process.stderr.split("\n") if " : Error " in line]
-    others = [error for error in errors if not ATTRIBUTE_CONFLICT.match(error)]
-    if others == list(known) and (status == ANALYSIS if errors and action == "a" else status in allowed):
+    if action == "a" and errors:
+        others = [error for error in errors if not ATTRIBUTE_CONFLICT.match(error)]
+        passed = status == ANALYSIS and others == list(known)
+    else:
+        passed = status in allowed and not known
+    if passed:
         return None
     return f"status {status}\n" + "\n".join(process.stderr.split("\n")[:20])
 
