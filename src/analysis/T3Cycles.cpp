@@ -1,5 +1,6 @@
 // The graphs of what declarations of a module need: values and types, templates, modifications. Structured
 // types may contain themselves, so that only parents of subtypes, constraints and bounds count.
+#include <map>
 #include <set>
 
 #include "analysis/T3Constants.h"
@@ -15,6 +16,9 @@ struct Graphs {
   T3DependencyGraph templates;
   T3DependencyGraph modifications;
   bool modification_cycle = false;
+  /// What orderDependencies answers for each module.
+  std::map<T3Tree_Node*, T3NodeList, T3NodeLess> orders;
+  bool orders_kept = true;
 };
 Graphs& g_graphs = *new Graphs;
 
@@ -89,9 +93,23 @@ void EnterTemplate(T3TemplateDecl* decl) {
   g_graphs.modification_cycle = true;
   vexa_filtered_error(ERR_cycle_modifies, modifies->position);
 }
+
+// Code is generated after all modules have been analysed, so that each one's order is kept.
+void KeepOrders() {
+  if (g_graphs.orders_kept) return;
+  g_graphs.orders_kept = true;
+  std::set<T3Tree_Node*, T3NodeLess> begun;
+  for (T3Tree_Node* decl : g_graphs.constants.Ordered()) {
+    if (decl->place == nullptr || decl->place->vexa_my_module == nullptr) continue;
+    T3NodeList& order = g_graphs.orders[decl->place->vexa_my_module];
+    if (begun.insert(decl->place->vexa_my_module).second) order.clear();
+    order.push_back(decl);
+  }
+}
 }  // namespace
 
 void ResetDependencies() {
+  KeepOrders();
   g_graphs.constants.Clear();
   g_graphs.templates.Clear();
   g_graphs.modifications.Clear();
@@ -99,15 +117,15 @@ void ResetDependencies() {
 }
 
 void EnterDependencies(T3Tree_Node* decl) {
+  g_graphs.orders_kept = false;
   if (decl->is<T3TypeDecl>() || decl->is<T3ConstDecl>() || decl->is<T3ModuleParDecl>()) EnterConstant(decl);
   if (auto* definition = decl->try_as<T3TemplateDecl>()) EnterTemplate(definition);
 }
 
 T3NodeList orderDependencies(T3Tree_Node* module) {
-  T3NodeList result;
-  for (T3Tree_Node* decl : g_graphs.constants.Ordered())
-    if (decl->place != nullptr && decl->place->vexa_my_module == module) result.push_back(decl);
-  return result;
+  KeepOrders();
+  const auto kept = g_graphs.orders.find(module);
+  return kept == g_graphs.orders.end() ? T3NodeList() : kept->second;
 }
 
 bool TemplateCyclesFound() {

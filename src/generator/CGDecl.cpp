@@ -2,10 +2,12 @@
 
 #include <vector>
 
+#include "analysis/T3Constants.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Unused.h"
 #include "driver/T3Error.h"
 #include "generator/CGFunction.h"
+#include "generator/CGModule.h"
 #include "generator/CGTemplate.h"
 #include "generator/CGType.h"
 #include "generator/CGValue.h"
@@ -95,11 +97,17 @@ void CollectTypesAndConstants(T3Tree_Node* list, std::vector<T3Tree_Node*>& foun
   }
 }
 
-// The order of generation.
+// The order of generation: as analysis has found it, then what it does not know of.
 std::vector<T3Tree_Node*> OrderOfGeneration(T3Tree_Node* list) {
   std::vector<T3Tree_Node*> found;
   CollectTypesAndConstants(list, found);
-  return found;
+  T3NodeSet waiting(found.begin(), found.end());
+  std::vector<T3Tree_Node*> ordered;
+  for (T3Tree_Node* decl : orderDependencies(CGCurrentModule()))
+    if (waiting.erase(decl) > 0) ordered.push_back(decl);
+  for (T3Tree_Node* decl : found)
+    if (waiting.count(decl) > 0) ordered.push_back(decl);
+  return ordered;
 }
 
 void CGGlobalConstants1(T3Tree_Node* decl) {

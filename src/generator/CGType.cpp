@@ -1,5 +1,7 @@
 #include "generator/CGType.h"
 
+#include "analysis/T3Constants.h"
+#include "analysis/T3Types.h"
 #include "driver/T3Error.h"
 #include "generator/CGCheck.h"
 #include "generator/CGModule.h"
@@ -73,19 +75,10 @@ void GenHomogeneousType(T3TypeDecl* decl, T3Tree_Node* type, const char* kind) {
 }
 
 void GenArrayBoundInfo(CArray& array, T3ArrayType* type) {
-  auto& attributes = type->dimension->as<_T3Bound>()->attr();
-  int64_t base = 0;
-  int64_t length = attributes.ub_value;
-  switch (type->dimension->kind) {
-    case T3Kind::T3SingleBound:
-      break;
-    case T3Kind::T3RangeBound:
-      base = attributes.lb_value;
-      length = attributes.ub_value - attributes.lb_value + 1;
-      break;
-    default:
-      internal_error_ast("T3Type", __LINE__, "T3Type::GenArrayBoundInfo", type->dimension);
-  }
+  if (!type->dimension->is<T3SingleBound>() && !type->dimension->is<T3RangeBound>())
+    internal_error_ast("T3Type", __LINE__, "T3Type::GenArrayBoundInfo", type->dimension);
+  const int64_t base = LowerBoundValue(type->dimension);
+  const int64_t length = UpperBoundValue(type->dimension) - base + 1;
   array.addRow({LUMO_TYPE_ARRAY_LENGTH_C, std::to_string(length)});
   array.addRow({LUMO_TYPE_ARRAY_BASE_INDEX_C, std::to_string(base)});
 }
@@ -109,6 +102,7 @@ void GenArrayType(T3TypeDecl* decl, T3ArrayType* type) {
 void GenEnumType(T3TypeDecl* decl, T3EnumType* type) {
   GenStructAndRow(decl);
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_ENUM);
+  AssignEnumValues(type);
   info.number_of_fields = std::to_string(LengthOfEnumValueList(type->values));
   auto array = gT3Context.file().beginArray(LUMO_ENUM_OR_ARRAY_INFO_T, VEXAEnumInfoName(decl), true);
   gT3AST.ForallT3Tree(type->values, [&array](T3Tree_Node* node) {

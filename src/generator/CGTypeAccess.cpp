@@ -1,6 +1,7 @@
 #include "generator/CGTypeAccess.h"
 
 #include "analysis/T3Names.h"
+#include "analysis/T3Types.h"
 #include "asn1/integration/T3Representation.h"
 #include "driver/T3Error.h"
 #include "driver/T3Global.h"
@@ -9,12 +10,16 @@
 #include "generator/T3Context.h"
 
 namespace {
-T3Tree_Node* DefinitionOf(T3Tree_Node* reference) {
-  return reference->is<_T3Reference>() ? reference->as<_T3Reference>()->attr().def : nullptr;
-}
-
 bool IsTypeDeclaration(T3Tree_Node* node) {
   return T3Is<T3TypeDecl>(node) || T3Is<T3ImportTypeDecl>(node) || T3Is<T3ImportSignatureDecl>(node);
+}
+
+// The declaration that a type is the type of.
+T3Tree_Node* OwningDeclaration(T3Tree_Node* type) {
+  if (!type->is<_T3Type>()) return nullptr;
+  if (T3Tree_Node* known = type->as<_T3Type>()->attr().typedecl) return known;
+  T3Tree_Node* above = type->parent;
+  return T3Is<T3TypeDecl>(above) && above->as<T3TypeDecl>()->type == type ? above : nullptr;
 }
 
 T3Module* CurrentModule() {
@@ -151,11 +156,11 @@ T3Tree_Node* TypeDeclaration(T3Tree_Node* type) {
   if (type == nullptr || IsTypeDeclaration(type)) return type;
   T3Tree_Node* decl = nullptr;
   if (auto* reference = type->try_as<T3TypeReference>())
-    decl = DefinitionOf(reference->reference);
+    decl = Def(reference->reference);
   else if (auto* array = type->try_as<T3ArrayType>(); array != nullptr && array->explicit_type != nullptr)
     decl = array->explicit_type->is<_T3Type>() ? TypeDeclaration(array->explicit_type) : array->explicit_type;
-  else if (type->is<_T3Type>())
-    decl = type->as<_T3Type>()->attr().typedecl;
+  else
+    decl = OwningDeclaration(type);
   return IsTypeDeclaration(decl) ? decl : nullptr;
 }
 

@@ -17,7 +17,11 @@ std::string Text(tIdent ident) {
   return std::string(gIdents.GetString(ident));
 }
 
+// An import has the name of its object.
 std::string NameOf(T3Tree_Node* decl) {
+  auto* import = decl->try_as<_T3ImportDecl>();
+  if (import != nullptr && T3Is<T3ImportIdentifier>(import->object))
+    return Text(import->object->as<T3ImportIdentifier>()->id);
   return Text(decl->as<_T3Decl>()->name);
 }
 

@@ -89,6 +89,9 @@ class TypeGenerator : public testing::Test {
     identifier->attr().def = decl;
     return gT3AST.mT3TypeReference(kPlace, identifier);
   }
+  static T3Tree_Node* Number(const char* digits) {
+    return gT3AST.mT3IntLiteral(kPlace, gStringM.PutString(digits));
+  }
   static T3Tree_Node* Builtin(T3Kind kind) { return gT3AST.MakeT3Tree(kind); }
   static T3Tree_Node* Field(const char* name, T3Tree_Node* type, T3Tree_Node* next = _sgT3NoFieldType(),
                             bool optional = false) {
@@ -225,15 +228,11 @@ TEST_F(TypeGenerator, RecordHasStructDescriptionFieldsAndRow) {
 TEST_F(TypeGenerator, ListsArraysAndEnumerations) {
   Type("L", gT3AST.mT3RecordOfType(kPlace, Builtin(T3Kind::T3CharStringType)));
   Type("S", gT3AST.mT3SetOfType(kPlace, Builtin(T3Kind::T3Boolean)));
-  auto* range = gT3AST.MakeT3Tree(T3Kind::T3RangeBound)->as<T3RangeBound>();
-  range->attr().lb_value = 3;
-  range->attr().ub_value = 7;
+  auto* range = gT3AST.mT3RangeBound(kPlace, Number("3"), Number("7"));
   Type("A", gT3AST.mT3ArrayType(kPlace, Builtin(T3Kind::T3Float), nullptr, range));
-  auto* single = gT3AST.MakeT3Tree(T3Kind::T3SingleBound)->as<T3SingleBound>();
-  single->attr().ub_value = 4;
+  auto* single = gT3AST.mT3SingleBound(kPlace, Number("4"));
   Type("B", gT3AST.mT3ArrayType(kPlace, Builtin(T3Kind::T3Float), nullptr, single));
-  auto* green = gT3AST.mT3EnumValue(kPlace, _sgT3NoEnumValue(), Id("green"), _sgT3NoExpression());
-  green->attr().assigned_no = 7;
+  auto* green = gT3AST.mT3EnumValue(kPlace, _sgT3NoEnumValue(), Id("green"), Number("7"));
   auto* red = gT3AST.mT3EnumValue(kPlace, green, Id("red"), _sgT3NoExpression());
   Type("C", gT3AST.mT3EnumType(kPlace, red));
   Generate();
