@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include "support.h"
+#include "wide_string.h"
+
+using namespace lumos;
+using namespace lumos::testing;
+
+namespace {
+
+struct Log : ::testing::Test, Types {
+  TempScope scope;
+  std::string entries;
+
+  void SetUp() override {
+    set_log_times(false);
+    set_log_kinds("all");
+    // What is logged stays out of the output of the test.
+    open_log("/dev/null");
+    capture_log(&entries);
+  }
+  void TearDown() override {
+    capture_log(nullptr);
+    close_log();
+    set_log_kinds("error");
+  }
+};
+
+TEST_F(Log, KindsAreChosen) {
+  EXPECT_TRUE(set_log_kinds("ttcn3,event"));
+  for (auto kind : {lumo_log_msg_info_c, lumo_log_msg_ttcn3_c, lumo_log_msg_warning_c, lumo_log_msg_error_c,
+                    lumo_log_msg_debug_c, lumo_log_msg_event_c})
+    lumo_log_string_to_all(kind, "x", nullptr);
+  EXPECT_EQ(entries, "ttcn3 x\nevent x\n");
+  EXPECT_FALSE(set_log_kinds("ttcn3,loud"));
+  entries.clear();
+  lumo_log_string_to_all(lumo_log_msg_event_c, "still", nullptr);
+  EXPECT_EQ(entries, "event still\n") << "a list that is not readable changes nothing";
+  EXPECT_TRUE(set_log_kinds("none"));
+  lumo_log_string_to_all(lumo_log_msg_error_c, "silent", nullptr);
+  EXPECT_EQ(entries, "event still\n");
+}
+
+TEST_F(Log, EntryIsOneLineWithItsPlace) {
+  lumo_source_location_push("M", "f", nullptr, lumo_scope_function_c, "/a/b/M.ttcn", 3, nullptr);
+  lumo_source_location_set_line(17, nullptr);
+  lumo_log_string_to_all(lumo_log_msg_ttcn3_c, "two\nlines\r", nullptr);
+  lumo_source_location_pop(nullptr);
+  lumo_log_string_to_all(lumo_log_msg_ttcn3_c, "outside", nullptr);
+  EXPECT_EQ(entries, "ttcn3 M.ttcn:17 two\\nlines\\r\nttcn3 outside\n");
+}
+
+TEST_F(Log, ListsShowTextsPlainAndOthersInNotation) {
+  Value t = dynamic(inner);
+  lumo_value_assign_vector_element(t, 0, lumo_anyone_value_c, nullptr);
+  Value values[] = {text("n = "), integer(5), text(", "), value(inner, "{ 1, \"x\" }"),
+                    text(", "),   t,          nullptr};
+  lumo_log_list_to_all(lumo_log_msg_ttcn3_c, values, nullptr);
+  EXPECT_EQ(entries, "ttcn3 n = 5, { n := 1, s := \"x\" }, { n := ?, s := - }\n");
+  entries.clear();
+  Value greek = value(lumo_universal_charstring_type, "char(0, 0, 3, 177) & \"b\"");
+  Value one[] = {greek, nullptr};
+  lumo_log(one, nullptr);
+  EXPECT_EQ(entries, "ttcn3 \u03b1b\n");
+}
+
+TEST_F(Log, ChangesAndMismatches) {
+  Value v = lumo_type_instantiate_named_value(lumo_integer_type, "counter", lumo_temp_alloc_c, nullptr);
+  lumo_value_set_integer(v, 3, nullptr);
+  lumo_log_variable_modified_event(v, nullptr);
+  lumo_log_template_mismatch_by_name_event("<t>.n", "value outside range", v, lumo_no_value_c, nullptr);
+  lumo_log_template_mismatch_by_index_event(2, "value mismatch", v, integer(4), nullptr);
+  EXPECT_EQ(entries,
+            "debug counter := 3\n"
+            "event mismatch at <t>.n: value outside range, actual 3\n"
+            "event mismatch at [2]: value mismatch, actual 3, expected 4\n");
+}
+
+TEST_F(Log, AlternativesOfAListAreTriedQuietly) {
+  Value fields = dynamic(inner);
+  lumo_value_assign_vector_element(fields, 0, integer(1), nullptr);
+  Value list_template = dynamic(inner);
+  Value items[] = {fields, nullptr};
+  lumo_template_set_value_list(list_template, lumo_value_list_normal_c, items, false, nullptr);
+  EXPECT_FALSE(lumo_match(list_template, value(inner, "{ 2, omit }"), nullptr));
+  EXPECT_EQ(entries, "");
+  EXPECT_FALSE(lumo_match(fields, value(inner, "{ 2, omit }"), nullptr));
+  EXPECT_EQ(entries, "event mismatch at n: value mismatch, actual 2, expected 1\n");
+}
+
+TEST_F(Log, GoesToAFile) {
+  std::string path = ::testing::TempDir() + "lumos_log_test";
+  ASSERT_TRUE(open_log(path));
+  lumo_log_string_to_all(lumo_log_msg_info_c, "kept", nullptr);
+  close_log();
+  std::ifstream in(path);
+  std::stringstream content;
+  content << in.rdbuf();
+  std::remove(path.c_str());
+  EXPECT_EQ(content.str(), "info kept\n");
+  EXPECT_FALSE(open_log("/nonexistent/log"));
+}
+
+TEST_F(Log, WideStringsAreFormatted) {
+  Value v = lumo_type_instantiate_named_value(list, "queue", lumo_temp_alloc_c, nullptr);
+  lumo_wide_string_t name = lumo__value_label_or_name(v, nullptr);
+  lumo_log_wide_string_to_all(lumo_log_kind_msg_warning_c,
+                              lumo_format_wide_string(LUMO__VAL_CHECK_VALUE_FAILURE_sname, name, nullptr),
+                              nullptr);
+  lumo_log_wide_string_to_all(
+      lumo_log_kind_msg_warning_c,
+      lumo_format_wide_string("LUMO__VAL_CHECK_VALUE_FAILURE_sname",
+                              lumo__value_label_or_name(integer(1), nullptr), nullptr),
+      nullptr);
+  EXPECT_EQ(entries,
+            "warning length restriction of value 'queue' is not met\n"
+            "warning length restriction of value 'integer' is not met\n");
+  lumo_wide_string_t made = lumo_wide_string_allocate(2, lumo_perm_alloc_c, nullptr);
+  lumo_wide_string_set_element(made, 0, {0, 0, 3, 177}, nullptr);
+  lumo_wide_string_set_element(made, 9, {0, 0, 3, 177}, nullptr);
+  EXPECT_EQ(made->text, U"\u03b1 ");
+  lumo_wide_string_deallocate(&made, nullptr);
+  EXPECT_EQ(made, nullptr);
+  EXPECT_LT(lumo_wchar_cmp({0, 0, 3, 177}, {0, 0, 4, 0}), 0);
+  EXPECT_EQ(lumo_wchar_cmp({1, 2, 3, 4}, {1, 2, 3, 4}), 0);
+}
+
+TEST_F(Log, ReportedErrorsTellTheirPlace) {
+  lumo_wide_string_t what = lumo_wide_string_construct_from_ascii("no value", lumo_temp_alloc_c, nullptr);
+  EXPECT_EQ(fault_of([&] { lumo_report_error("M.ttcn:3", what, nullptr); }), "M.ttcn:3: no value");
+  EXPECT_EQ(fault_of([&] { lumo_report_error(nullptr, what, nullptr); }), "no value");
+}
+
+}  // namespace
