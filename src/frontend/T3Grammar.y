@@ -234,38 +234,38 @@ set_def:
 record_of_def:
     kw_record length_spec kw_of reference type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $5.ident, SubTypeOf(Limited(t.mT3RecordOfType(@1, TypeReference($4.node)), $2.node), $6.node));
+        $$.node = TypeDecl(@1, $5.ident, Limited(t.mT3RecordOfType(@1, SubTypeOf(TypeReference($4.node), $6.node)), $2.node));
       }
   | kw_record kw_of reference type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $4.ident, SubTypeOf(t.mT3RecordOfType(@1, TypeReference($3.node)), $5.node));
+        $$.node = TypeDecl(@1, $4.ident, t.mT3RecordOfType(@1, SubTypeOf(TypeReference($3.node), $5.node)));
       }
   | kw_record length_spec kw_of nested_type type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $5.ident, SubTypeOf(Limited(t.mT3RecordOfType(@1, $4.node), $2.node), $6.node));
+        $$.node = TypeDecl(@1, $5.ident, Limited(t.mT3RecordOfType(@1, SubTypeOf($4.node, $6.node)), $2.node));
       }
   | kw_record kw_of nested_type type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $4.ident, SubTypeOf(t.mT3RecordOfType(@1, $3.node), $5.node));
+        $$.node = TypeDecl(@1, $4.ident, t.mT3RecordOfType(@1, SubTypeOf($3.node, $5.node)));
       }
   ;
 
 set_of_def:
     kw_set length_spec kw_of reference type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $5.ident, SubTypeOf(Limited(t.mT3SetOfType(@1, TypeReference($4.node)), $2.node), $6.node));
+        $$.node = TypeDecl(@1, $5.ident, Limited(t.mT3SetOfType(@1, SubTypeOf(TypeReference($4.node), $6.node)), $2.node));
       }
   | kw_set kw_of reference type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $4.ident, SubTypeOf(t.mT3SetOfType(@1, TypeReference($3.node)), $5.node));
+        $$.node = TypeDecl(@1, $4.ident, t.mT3SetOfType(@1, SubTypeOf(TypeReference($3.node), $5.node)));
       }
   | kw_set length_spec kw_of nested_type type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $5.ident, SubTypeOf(Limited(t.mT3SetOfType(@1, $4.node), $2.node), $6.node));
+        $$.node = TypeDecl(@1, $5.ident, Limited(t.mT3SetOfType(@1, SubTypeOf($4.node, $6.node)), $2.node));
       }
   | kw_set kw_of nested_type type_name sub_type_spec
       {
-        $$.node = TypeDecl(@1, $4.ident, SubTypeOf(t.mT3SetOfType(@1, $3.node), $5.node));
+        $$.node = TypeDecl(@1, $4.ident, t.mT3SetOfType(@1, SubTypeOf($3.node, $5.node)));
       }
   ;
 
@@ -619,11 +619,11 @@ template_instance:
 function_def:
     kw_function identifier formal_pars opt_runs_on kw_return template_keyword reference block
       {
-        $$.node = t.mT3Function(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $4.node, Statements($8.node), TypeReference($7.node), true, Restriction($6.number));
+        $$.node = t.mT3Function(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $4.node, $8.node, TypeReference($7.node), true, Restriction($6.number));
       }
   | kw_function identifier formal_pars opt_runs_on opt_return block
       {
-        $$.node = t.mT3Function(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $4.node, Statements($6.node), $5.node, false, Restriction(0));
+        $$.node = t.mT3Function(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $4.node, $6.node, $5.node, false, Restriction(0));
       }
   ;
 
@@ -697,7 +697,7 @@ exception_prefix:
 testcase_def:
     kw_testcase identifier formal_pars kw_runs kw_on reference opt_system block
       {
-        $$.node = t.mT3Testcase(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, TypeReference($6.node), Statements($8.node), $7.node);
+        $$.node = t.mT3Testcase(@1, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, TypeReference($6.node), $8.node, $7.node);
       }
   ;
 
@@ -767,7 +767,7 @@ import_item:
       { $$.node = ImportNames($2.node, $1.number, state); }
   | import_kind kw_all opt_item_except
       {
-        $$.node = ImportAll(@1, static_cast<t3_import_restr_t>($1.number), $3.node, state);
+        $$.node = ImportAll(@1, static_cast<t3_import_restr_t>($1.number), OfKind($3.node, $1.number), state);
       }
   | kw_group group_ref_list
       { $$.node = ImportGroups($2.node, state); }
@@ -904,7 +904,7 @@ opt_control:
       { $$.node = _sgT3NoDecl(); }
   | kw_control block with_or_semi
       {
-        $$.node = t.mT3ControlPart(@1, _sgT3NoDecl(), gIdents.MakeIdent("control"), $3.node, Statements($2.node));
+        $$.node = t.mT3ControlPart(@1, _sgT3NoDecl(), gIdents.MakeIdent("control"), $3.node, $2.node);
       }
   ;
 
@@ -1502,9 +1502,9 @@ general_invocation:
   | kw_valueof LeftParen template_instance RightParen
       { $$.node = t.mT3ValueOf(@1, $3.node); }
   | kw_stop
-      { $$.node = t.mT3StopStmt(@1, _sgT3NoStmt(), t.mT3Self(@1)); }
+      { $$.node = t.mT3StopStmt(@1, _sgT3NoStmt(), _sgT3NoExpression()); }
   | kw_kill
-      { $$.node = t.mT3KillStmt(@1, _sgT3NoStmt(), t.mT3Self(@1)); }
+      { $$.node = t.mT3KillStmt(@1, _sgT3NoStmt(), _sgT3NoExpression()); }
   | kw_ispresent LeftParen template_instance RightParen
       { $$.node = t.mT3IsPresent(@1, $3.node); }
   | kw_ischosen LeftParen template_instance RightParen
@@ -1686,9 +1686,9 @@ invocation:
   | kw_valueof LeftParen template_instance RightParen
       { $$.node = t.mT3ValueOf(@1, $3.node); }
   | kw_stop
-      { $$.node = t.mT3StopStmt(@1, _sgT3NoStmt(), t.mT3Self(@1)); }
+      { $$.node = t.mT3StopStmt(@1, _sgT3NoStmt(), _sgT3NoExpression()); }
   | kw_kill
-      { $$.node = t.mT3KillStmt(@1, _sgT3NoStmt(), t.mT3Self(@1)); }
+      { $$.node = t.mT3KillStmt(@1, _sgT3NoStmt(), _sgT3NoExpression()); }
   | kw_mtc Dot kw_running
       { $$.node = t.mT3Running(@1, t.mT3MTC(@1)); }
   | kw_mtc Dot kw_alive
@@ -2315,7 +2315,7 @@ param_spec:
 param_assign_list:
     reference Assign identifier param_assign_tail
       {
-        $$.node = t.mT3FieldValue(@1, Reverse($4.node), t.mT3FieldName(@3, $3.ident, nullptr), $1.node, t3_permutation_kind_t::No);
+        $$.node = t.mT3FieldValue(@1, Reverse($4.node), t.mT3FieldName(@3, $3.ident, _sgT3NoExpression()), $1.node, t3_permutation_kind_t::No);
       }
   ;
 
@@ -2324,7 +2324,7 @@ param_assign_tail:
       { $$.node = _sgT3NoFieldValue(); }
   | param_assign_tail Comma reference Assign identifier
       {
-        $$.node = t.mT3FieldValue(@3, $1.node, t.mT3FieldName(@5, $5.ident, nullptr), $3.node, t3_permutation_kind_t::No);
+        $$.node = t.mT3FieldValue(@3, $1.node, t.mT3FieldName(@5, $5.ident, _sgT3NoExpression()), $3.node, t3_permutation_kind_t::No);
       }
   ;
 
@@ -2556,12 +2556,12 @@ field_ref:
         $$.node = t.mT3FieldName(@1, $3.ident, t.mT3Identifier(@1, $1.ident));
       }
   | identifier
-      { $$.node = t.mT3FieldName(@1, $1.ident, nullptr); }
+      { $$.node = t.mT3FieldName(@1, $1.ident, _sgT3NoExpression()); }
   | LeftBracket expr RightBracket
       { $$.node = t.mT3FieldIndex(@1, $2.node); }
   | builtin_type
       {
-        $$.node = t.mT3FieldName(@1, $1.node->as<T3Identifier>()->id, nullptr);
+        $$.node = t.mT3FieldName(@1, $1.node->as<T3Identifier>()->id, _sgT3NoExpression());
       }
   ;
 

@@ -20,7 +20,9 @@ int SymbolOf(T3Token token) {
   const int number = static_cast<int>(token);
   return number == 0 ? 0 : number + 2;
 }
-T3Token TokenOf(int symbol) { return static_cast<T3Token>(symbol == 0 ? 0 : symbol - 2); }
+T3Token TokenOf(int symbol) {
+  return static_cast<T3Token>(symbol == 0 ? 0 : symbol - 2);
+}
 
 /// What the tables say: above 0 a state to shift to, below 0 minus a rule to reduce, 0 a fault.
 int TableAction(int state, int symbol) {
@@ -66,9 +68,9 @@ bool IsRecipientState(int state) {
 }
 
 bool IsGuardOperation(int symbol) {
-  static constexpr std::array operations = {kSym_kw_timeout,  kSym_kw_receive, kSym_kw_check,
-                                            kSym_kw_catch,    kSym_kw_getreply, kSym_kw_getcall,
-                                            kSym_kw_trigger,  kSym_kw_done,     kSym_kw_killed};
+  static constexpr std::array operations = {kSym_kw_timeout, kSym_kw_receive,  kSym_kw_check,
+                                            kSym_kw_catch,   kSym_kw_getreply, kSym_kw_getcall,
+                                            kSym_kw_trigger, kSym_kw_done,     kSym_kw_killed};
   return std::find(operations.begin(), operations.end(), symbol) != operations.end();
 }
 
@@ -105,7 +107,9 @@ class Overlay {
   std::vector<int> top_;
 };
 
-bool Accepts(const std::vector<int>& states, int symbol) { return Overlay(states).Take(symbol); }
+bool Accepts(const std::vector<int>& states, int symbol) {
+  return Overlay(states).Take(symbol);
+}
 
 /// Adds the tokens that could continue from the state on top of `overlay`.
 void AddExpected(const Overlay& overlay, std::vector<bool>& set) {
@@ -119,7 +123,9 @@ void AddExpected(const Overlay& overlay, std::vector<bool>& set) {
 
 }  // namespace
 
-T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors) { Reset(); }
+T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors) {
+  Reset();
+}
 
 void T3Parser::Reset() {
   stack_.states.assign(1, kStart);
@@ -154,9 +160,11 @@ int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
     reduce = Peek(ahead + 1).symbol != kSym_identifier || Peek(ahead + 2).symbol != kSym_Assign;
   else if (rule == kRule_variable_ref_1 || rule == kRule_variable_ref_2)
     reduce = IsGuardOperation(Peek(ahead + 1).symbol);
-  else if (rule == kRule_template_instance_1 || (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
+  else if (rule == kRule_template_instance_1 ||
+           (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
     reduce = InAddressList(stack);
-  else if (TokenOf(symbol) == T3Token::LeftBrace && gParserTables.r1[rule] == gParserTables.r1[kRule_builtin_type_1])
+  else if (TokenOf(symbol) == T3Token::LeftBrace &&
+           gParserTables.r1[rule] == gParserTables.r1[kRule_builtin_type_1])
     reduce = !Trial(kRule_goal_4, ahead, kSym_kw_objid);
   return reduce ? -rule : shift;
 }
@@ -223,6 +231,28 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
   return result;
 }
 
+/// Keeps module and scope for the macros: a name behind its keyword begins one.
+void T3Parser::NoteScope(const Token& token) {
+  if (token.token == T3Token::identifier) {
+    switch (last_shifted_) {
+      case T3Token::kw_module:
+        state_.macroModuleIdent = token.attribute.ident;
+        state_.macroScopeIdent = -1;
+        break;
+      case T3Token::kw_function:
+      case T3Token::kw_testcase:
+      case T3Token::kw_altstep:
+        state_.macroScopeIdent = token.attribute.ident;
+        break;
+      default:
+        break;
+    }
+  } else if (token.token == T3Token::kw_control) {
+    state_.macroScopeIdent = -2;
+  }
+  last_shifted_ = token.token;
+}
+
 void T3Parser::Shift(int state, const Token& token) {
   T3Value value;
   value.position = token.attribute.Position;
@@ -238,6 +268,7 @@ void T3Parser::Shift(int state, const Token& token) {
       break;
   }
   state_.last_token = value.position;
+  NoteScope(token);
   PushState(stack_, state, token.symbol, 0);
   values_.push_back(value);
 }

@@ -43,6 +43,7 @@ class T3Parser {
   void PushState(Stack& stack, int state, int symbol, size_t ahead);
   bool Trial(int goal_rule, size_t ahead, int first_symbol);
   bool InAddressList(const Stack& stack) const;
+  void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
   void RefuseDepth();
@@ -57,6 +58,7 @@ class T3Parser {
   std::vector<T3Value> values_;
   std::deque<Token> buffer_;
   T3ParserState state_;
+  T3Token last_shifted_ = T3Token::EndOfFile;
   long errors_found_ = 0;
   int trial_depth_ = 0;
   bool given_up_ = false;

@@ -24,7 +24,9 @@ static tPosition PositionOf(Node node) {
   return NoPosition;
 }
 
-Node TypeReference(Node reference) { return t.mT3TypeReference(PositionOf(reference), reference); }
+Node TypeReference(Node reference) {
+  return t.mT3TypeReference(PositionOf(reference), reference);
+}
 
 Node TimerType(const tPosition& position) {
   static const tIdent timer = gIdents.MakeIdent("timer");
@@ -53,8 +55,8 @@ static void CheckLanguage(std::string_view text, const tPosition& position) {
   vexa_warning(gT3CommandLine.CommonVerbosity(), "not a valid language specification", position);
 }
 
-void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Value& language, Node definitions,
-                  Node control, Node with, const tPosition& end, T3ParserState& state) {
+void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Value& language,
+                  Node definitions, Node control, Node with, const tPosition& end, T3ParserState& state) {
   tStringRef text = language.string;
   if (StringM::StLength(text) == 0)
     text = gStringM.PutString("\"TTCN-3\"");
@@ -62,8 +64,9 @@ void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Va
     CheckLanguage(StringM::StGetString(text), language.position);
   Node decls = Reverse(PrependDecls(definitions, control));
   if (objid == nullptr) objid = _sgT3NoExpression();
-  auto* module = t.mT3Module(position, _sgT3NoModule(), name, text, static_cast<long>(gCurrentFileModificationTime),
-                             false, false, false, objid, decls, with);
+  auto* module =
+      t.mT3Module(position, _sgT3NoModule(), name, text, static_cast<long>(gCurrentFileModificationTime),
+                  false, false, false, objid, decls, with);
   module->filename = gCurrentFilename;
   module->representation = MakeTTCN3Representation(StringM::StGetString(text));
   module->end_position = end;
@@ -160,7 +163,9 @@ Node SubTypeOf(Node type, Node constraint) {
   return constraint;
 }
 
-Node Limited(Node type, Node length) { return SubTypeOf(type, Constraint(nullptr, length)); }
+Node Limited(Node type, Node length) {
+  return SubTypeOf(type, Constraint(nullptr, length));
+}
 
 Node FieldType(Node type, Node dimensions, Node constraint) {
   return MangleArrayTypes(dimensions, SubTypeOf(type, constraint));
@@ -168,6 +173,7 @@ Node FieldType(Node type, Node dimensions, Node constraint) {
 
 Node DefinedSubType(Node type, Node dimensions, Node constraint) {
   const tPosition position = type->as<_T3Type>()->position;
+  if (constraint == nullptr && dimensions != nullptr) return MangleArrayTypes(dimensions, type);
   if (constraint == nullptr) constraint = t.mT3SubType(position, nullptr, _sgT3NoExpression());
   return MangleArrayTypes(dimensions, SubTypeOf(type, constraint));
 }
@@ -216,15 +222,24 @@ Node ImportDecl(const tPosition& position, tIdent name, long kind, const T3Parse
   const bool recursive = state.gRecursiveSa;
   tStringRef language = state.gLangSpec;
   switch (kind) {
-    case 1: return t.mT3ImportTypeDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 2: return t.mT3ImportTemplateDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 3: return t.mT3ImportConstDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 4: return t.mT3ImportTestcaseDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 5: return t.mT3ImportTeststepDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 6: return t.mT3ImportFunctionDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 7: return t.mT3ImportSignatureDecl(position, next, NoIdent, with, from, object, recursive, language);
-    case 8: return t.mT3ImportModuleParDecl(position, next, NoIdent, with, from, object, recursive, language);
-    default: break;
+    case 1:
+      return t.mT3ImportTypeDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 2:
+      return t.mT3ImportTemplateDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 3:
+      return t.mT3ImportConstDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 4:
+      return t.mT3ImportTestcaseDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 5:
+      return t.mT3ImportTeststepDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 6:
+      return t.mT3ImportFunctionDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 7:
+      return t.mT3ImportSignatureDecl(position, next, NoIdent, with, from, object, recursive, language);
+    case 8:
+      return t.mT3ImportModuleParDecl(position, next, NoIdent, with, from, object, recursive, language);
+    default:
+      break;
   }
   throw internal_exception("T3Parser", __LINE__, "ImportDecl", "unsupported import");
 }
@@ -249,8 +264,9 @@ Node ImportGroups(Node groups, const T3ParserState& state) {
   Node list = _sgT3NoDecl();
   for (auto* item = groups->try_as<T3ImportException>(); item != nullptr;
        item = item->next->try_as<T3ImportException>()) {
-    Node decl = t.mT3ImportGroupDecl(item->object->as<_T3ImportReference>()->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(), FromModule(state),
-                                     item->object, state.gRecursiveSa, state.gLangSpec);
+    Node decl = t.mT3ImportGroupDecl(item->object->as<_T3ImportReference>()->position, _sgT3NoDecl(), NoIdent,
+                                     _sgT3NoWith(), FromModule(state), item->object, state.gRecursiveSa,
+                                     state.gLangSpec);
     list = PrependDecls(list, decl);
   }
   return Reverse(list);
@@ -265,23 +281,40 @@ Node NameExceptions(Node names) {
   return Reverse(list);
 }
 
+Node OfKind(Node exceptions, long kind) {
+  auto* item = exceptions->try_as<T3ImportException>();
+  for (; item != nullptr; item = item->next->try_as<T3ImportException>())
+    static_cast<_T3ImportException*>(item)->kind = static_cast<t3_import_restr_t>(kind);
+  return exceptions;
+}
+
 static t3_import_restr_t KindOfImport(const T3Tree_Node* decl) {
   switch (decl->kind) {
-    case T3Kind::T3ImportGroupDecl: return t3_import_restr_t::Group;
-    case T3Kind::T3ImportTypeDecl: return t3_import_restr_t::Type;
-    case T3Kind::T3ImportTemplateDecl: return t3_import_restr_t::Template;
-    case T3Kind::T3ImportConstDecl: return t3_import_restr_t::Const;
-    case T3Kind::T3ImportTestcaseDecl: return t3_import_restr_t::Testcase;
-    case T3Kind::T3ImportTeststepDecl: return t3_import_restr_t::Teststep;
-    case T3Kind::T3ImportFunctionDecl: return t3_import_restr_t::Function;
-    case T3Kind::T3ImportSignatureDecl: return t3_import_restr_t::Signature;
-    default: return t3_import_restr_t::ModulePar;
+    case T3Kind::T3ImportGroupDecl:
+      return t3_import_restr_t::Group;
+    case T3Kind::T3ImportTypeDecl:
+      return t3_import_restr_t::Type;
+    case T3Kind::T3ImportTemplateDecl:
+      return t3_import_restr_t::Template;
+    case T3Kind::T3ImportConstDecl:
+      return t3_import_restr_t::Const;
+    case T3Kind::T3ImportTestcaseDecl:
+      return t3_import_restr_t::Testcase;
+    case T3Kind::T3ImportTeststepDecl:
+      return t3_import_restr_t::Teststep;
+    case T3Kind::T3ImportFunctionDecl:
+      return t3_import_restr_t::Function;
+    case T3Kind::T3ImportSignatureDecl:
+      return t3_import_restr_t::Signature;
+    default:
+      return t3_import_restr_t::ModulePar;
   }
 }
 
 Node Exceptions(Node imports) {
   Node list = _sgT3NoImportException();
-  for (auto* decl = imports->try_as<_T3ImportDecl>(); decl != nullptr; decl = decl->next->try_as<_T3ImportDecl>()) {
+  for (auto* decl = imports->try_as<_T3ImportDecl>(); decl != nullptr;
+       decl = decl->next->try_as<_T3ImportDecl>()) {
     if (auto* all = decl->try_as<T3ImportAllDecl>()) {
       if (T3Is<_T3ImportException>(all->exceptions)) vexa_filtered_error(ERR_nested_except, all->position);
       list = t.mT3ImportAllException(list, all->import_restr);
@@ -325,42 +358,67 @@ Node PrependFieldValue(Node first, Node list) {
   return first;
 }
 
+static bool HoldsPermutation(T3FieldValue* element) {
+  auto* compound = element->value->try_as<T3CompoundValue>();
+  if (compound == nullptr) return false;
+  for (Node node = compound->value; auto* field = node->try_as<T3FieldValue>(); node = field->next)
+    if (field->permutation_kind != t3_permutation_kind_t::No) return true;
+  return false;
+}
+
+/// A bound for the elements that are not listed: the given one less the number of those that are.
+static Node BoundOfRest(Node bound, size_t listed) {
+  const auto reduce = [listed](Node limit) -> Node {
+    if (limit->is<T3Infinity>()) return limit;
+    const tPosition position = PositionOf(limit);
+    return t.mT3Minus(position, limit, t.mT3IntLiteral(position, gStringM.PutString(std::to_string(listed))));
+  };
+  if (auto* single = bound->try_as<T3SingleBound>())
+    return t.mT3SingleBound(single->position, reduce(single->ub));
+  auto* range = bound->as<T3RangeBound>();
+  return t.mT3RangeBound(range->position, reduce(range->lb), reduce(range->ub));
+}
+
+static void SetPermutationKinds(Node elements) {
+  bool first = true;
+  for (Node node = elements; auto* element = node->try_as<T3FieldValue>(); node = element->next) {
+    const bool last = !element->next->is<T3FieldValue>();
+    element->permutation_kind = first ? (last ? t3_permutation_kind_t::HeadTail : t3_permutation_kind_t::Head)
+                                      : (last ? t3_permutation_kind_t::Tail : t3_permutation_kind_t::Body);
+    first = false;
+  }
+}
+
+// Several `*` mean what one means: one is kept, behind the other elements. A length then limits what it
+// stands for.
 Node FixPermutation(Node elements, Node length) {
-  Node kept = _sgT3NoFieldValue();
-  bool dropped = false;
-  Node any = nullptr;
-  for (auto* item = elements->try_as<T3FieldValue>(); item != nullptr;) {
-    auto* next = item->next->try_as<T3FieldValue>();
-    if (item->permutation_kind != t3_permutation_kind_t::No)
-      vexa_filtered_error(ERR_permutation_illegal, item->position);
-    if (T3Is<T3AnyOrOmit>(item->value)) {
-      dropped = true;
-      any = item;
+  Node head = _sgT3NoFieldValue();
+  Node* link = &head;
+  T3FieldValue* any = nullptr;
+  size_t listed = 0;
+  for (auto* element = elements->try_as<T3FieldValue>(); element != nullptr;) {
+    auto* next = element->next->try_as<T3FieldValue>();
+    if (HoldsPermutation(element)) vexa_filtered_error(ERR_permutation_illegal, element->position);
+    if (element->value->is<T3AnyOrOmit>()) {
+      any = element;
     } else {
-      item->next = kept;
-      kept = item;
+      ++listed;
+      *link = element;
+      link = &element->next;
     }
-    item = next;
+    element = next;
   }
-  if (dropped) {
-    auto* last = any->as<T3FieldValue>();
-    last->next = kept;
-    kept = last;
-    // A length behind the permutation limits what its `*` stands for.
-    if (length != nullptr) last->value = t.mT3LengthMatch(last->position, last->value, length);
+  if (any == nullptr && length != nullptr) {
+    const tPosition position = length->as<_T3Bound>()->position;
+    any = t.mT3FieldValue(position, _sgT3NoFieldValue(), _sgT3NoFieldSpec(), t.mT3AnyOrOmit(position),
+                          t3_permutation_kind_t::No);
   }
-  Node list = Reverse(kept);
-  auto* first = list->try_as<T3FieldValue>();
-  if (first == nullptr) return list;
-  if (!T3Is<T3FieldValue>(first->next)) {
-    first->permutation_kind = t3_permutation_kind_t::HeadTail;
-    return list;
-  }
-  for (auto* item = first; item != nullptr; item = item->next->try_as<T3FieldValue>())
-    item->permutation_kind = item == first                      ? t3_permutation_kind_t::Head
-                             : T3Is<T3FieldValue>(item->next) ? t3_permutation_kind_t::Body
-                                                                : t3_permutation_kind_t::Tail;
-  return list;
+  if (any != nullptr && length != nullptr)
+    any->value = t.mT3LengthMatch(any->position, any->value, BoundOfRest(length, listed));
+  *link = any == nullptr ? _sgT3NoFieldValue() : any;
+  if (any != nullptr) any->next = _sgT3NoFieldValue();
+  SetPermutationKinds(head);
+  return head;
 }
 
 // ---------------------------------------------------------------- references
@@ -381,7 +439,9 @@ static Node PutUnder(Node row, Node root) {
   }
 }
 
-Node ApplyTail(Node root, Node tail) { return PutUnder(tail, root); }
+Node ApplyTail(Node root, Node tail) {
+  return PutUnder(tail, root);
+}
 
 // The base may be a qualification that still lacks its own base, so the subscripts alone are walked.
 Node SubscriptsOn(Node base, Node subscripts) {

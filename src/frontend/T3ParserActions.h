@@ -10,20 +10,26 @@ namespace t3_actions {
 
 using Node = T3Tree_Node*;
 
-inline Node Reverse(Node list) { return gT3AST.ReverseT3Tree(list); }
+inline Node Reverse(Node list) {
+  return gT3AST.ReverseT3Tree(list);
+}
 /// The node that stands where no type is given.
 Node NoType();
 /// A reference to a type; keeps the position of the name.
 Node TypeReference(Node reference);
 Node TimerType(const tPosition& position);
-inline t3_template_restriction_t Restriction(long n) { return static_cast<t3_template_restriction_t>(n); }
-inline t3_par_pass_t Pass(long n) { return static_cast<t3_par_pass_t>(n); }
+inline t3_template_restriction_t Restriction(long n) {
+  return static_cast<t3_template_restriction_t>(n);
+}
+inline t3_par_pass_t Pass(long n) {
+  return static_cast<t3_par_pass_t>(n);
+}
 /// A text of the string store in double quotes.
 tStringRef PutInQuotes(std::string_view text);
 std::string_view ScopeName(const T3ParserState& state);
 
-void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Value& language, Node definitions,
-                  Node control, Node with, const tPosition& end, T3ParserState& state);
+void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Value& language,
+                  Node definitions, Node control, Node with, const tPosition& end, T3ParserState& state);
 
 // Lists of declarations end in T3NoDecl. Prepend puts the elements of a list in source order in front of a
 // reversed one; Append hangs a list behind another.
@@ -38,7 +44,8 @@ Node TypeDecl(const tPosition& position, tIdent name, Node type);
 void RefuseTypeParameters(const tPosition& position, Node parameters);
 Node TemplateDecl(const tPosition& position, long restriction, Node header, Node modifies, Node body);
 Node InlineTemplate(const tPosition& position, Node type, Node body, Node modifies);
-Node SignatureDecl(const tPosition& position, tIdent name, Node parameters, const T3Value& result, Node exceptions);
+Node SignatureDecl(const tPosition& position, tIdent name, Node parameters, const T3Value& result,
+                   Node exceptions);
 
 // Types: a constraint is a chain of T3SubType whose innermost has no parent yet, or null.
 Node Constraint(Node allowed, Node length);
@@ -53,15 +60,17 @@ Node MergePortLists(Node a, Node b);
 // Imports.
 Node ImportDecl(const tPosition& position, tIdent name, long kind, const T3ParserState& state);
 Node ImportNames(Node names, long kind, const T3ParserState& state);
-Node ImportAll(const tPosition& position, t3_import_restr_t restriction, Node exceptions, const T3ParserState& state);
+Node ImportAll(const tPosition& position, t3_import_restr_t restriction, Node exceptions,
+               const T3ParserState& state);
 Node ImportGroups(Node groups, const T3ParserState& state);
 Node NameExceptions(Node names);
+/// Gives the exceptions of one kind of import that kind.
+Node OfKind(Node exceptions, long kind);
 Node Exceptions(Node imports);
 
 // Parameters and statements.
 Node PrependPar(Node reversed, Node par);
 Node Block(const tPosition& position, Node items, const tPosition& end);
-Node Statements(Node block);
 Node PrependStatements(Node reversed, Node list);
 Node DeclStatements(Node declarations, const tPosition& position);
 Node ConfigStatement(T3Kind kind, const tPosition& position, Node pair);

@@ -18,8 +18,6 @@ Node Block(const tPosition& position, Node items, const tPosition& end) {
   return block;
 }
 
-Node Statements(Node block) { return block->as<T3BlockStmt>()->body; }
-
 Node PrependStatements(Node reversed, Node list) {
   while (auto* statement = list->try_as<_T3Stmt>()) {
     list = statement->next;
@@ -63,8 +61,8 @@ Node PortPair(const tPosition& position, Node a, Node b) {
 }
 
 Node AllPorts(const tPosition& position) {
-  return t.mT3ConnectStmt(position, _sgT3NoStmt(), t.mT3AllComponent(position), t.mT3PortAll(position), nullptr,
-                          nullptr);
+  return t.mT3ConnectStmt(position, _sgT3NoStmt(), t.mT3AllComponent(position), t.mT3PortAll(position),
+                          nullptr, nullptr);
 }
 
 Node IfStatement(const tPosition& position, Node condition, Node block, Node elseifs, Node otherwise) {
@@ -75,7 +73,8 @@ Node IfStatement(const tPosition& position, Node condition, Node block, Node els
 // A case arrives as a T3IfStmt whose `else_stmt` holds its templates. The expression is evaluated anew for
 // each template.
 Node TranslateSelectCaseConstruct(Node expression, Node cases, Node otherwise) {
-  for (auto* branch = cases->try_as<T3IfStmt>(); branch != nullptr; branch = branch->next->try_as<T3IfStmt>()) {
+  for (auto* branch = cases->try_as<T3IfStmt>(); branch != nullptr;
+       branch = branch->next->try_as<T3IfStmt>()) {
     Node condition = nullptr;
     auto* item = branch->else_stmt->try_as<T3TemplateListItem>();
     for (; item != nullptr; item = item->next->try_as<T3TemplateListItem>()) {
@@ -95,12 +94,23 @@ Node InvocationStatement(const tPosition& position, Node node) {
   }
   const char* operation = nullptr;
   switch (node->kind) {
-    case T3Kind::T3Create: operation = "create"; break;
-    case T3Kind::T3Running: operation = "running"; break;
-    case T3Kind::T3Alive: operation = "alive"; break;
-    case T3Kind::T3GetVerdict: operation = "getverdict"; break;
-    case T3Kind::T3Read: operation = "read"; break;
-    default: break;
+    case T3Kind::T3Create:
+      operation = "create";
+      break;
+    case T3Kind::T3Running:
+      operation = "running";
+      break;
+    case T3Kind::T3Alive:
+      operation = "alive";
+      break;
+    case T3Kind::T3GetVerdict:
+      operation = "getverdict";
+      break;
+    case T3Kind::T3Read:
+      operation = "read";
+      break;
+    default:
+      break;
   }
   if (operation != nullptr) {
     vexa_filtered_error(ERR_not_allowed_as_call, position, operation);
