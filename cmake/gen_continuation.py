@@ -8,8 +8,55 @@ is complete it holds minus the rule's number, and the driver reduces. The second
 that lost against a shift, where the driver's conditions decide. The third lists the states in which a list
 of recipients may begin. HEADER gets the numbers of rules and symbols by name.
 """
+import heapq
 import sys
 import xml.etree.ElementTree as ET
+
+
+def prove(root, rules, terminals, steps):
+    """Follows the table from a shortest stack of each state; fails where it does not lead to the end."""
+    goto, default, shifts, reduce = {}, {}, {}, {}
+    for state in root.iter("state"):
+        number = int(state.get("number"))
+        goto[number], shifts[number], reduce[number] = {}, {}, {}
+        for step in state.iter("transition"):
+            table = shifts if step.get("symbol") in terminals else goto
+            table[number][step.get("symbol")] = int(step.get("state"))
+        for item in state.iter("reduction"):
+            if item.get("enabled") == "true" and item.get("rule") != "accept":
+                if item.get("symbol") == "$default":
+                    default[number] = int(item.get("rule")) + 1
+                else:
+                    reduce[number][terminals[item.get("symbol")]] = int(item.get("rule")) + 1
+    names = {number: name for name, number in terminals.items()}
+    stacks, queue = {0: [0]}, [0]
+    for number in queue:
+        for target in list(shifts[number].values()) + list(goto[number].values()):
+            if target not in stacks:
+                stacks[target] = stacks[number] + [target]
+                queue.append(target)
+    for start, stack in stacks.items():
+        stack = list(stack)
+        for _ in range(1000):
+            step = steps[stack[-1]]
+            if step == 0:
+                break
+            if step > 0 and names[step] in shifts[stack[-1]]:
+                stack.append(shifts[stack[-1]][names[step]])
+                continue
+            rule = -step if step < 0 else reduce[stack[-1]].get(step, default.get(stack[-1], 0))
+            if rule == 0:
+                sys.exit(f"gen_continuation.py: nothing to do with {names[step]} in state {stack[-1]}")
+            lhs, rhs = rules[rule]
+            if lhs == "$accept":
+                break
+            if rhs:
+                del stack[-len(rhs):]
+            if lhs == "goal":
+                break
+            stack.append(goto[stack[-1]][lhs])
+        else:
+            sys.exit(f"gen_continuation.py: no way to the end from state {start}")
 
 
 def main():
@@ -30,11 +77,29 @@ def main():
     while changed:
         changed = False
         for number, (lhs, rhs) in rules.items():
+            if lhs == "goal" and rhs != ["source_file"]:
+                continue  # the other goals are those of trials
             if all(s in cost for s in rhs):
                 total = sum(cost[s] for s in rhs)
                 if total < cost.get(lhs, 10**9):
                     cost[lhs], best[lhs] = total, number
                     changed = True
+
+    # for each non-terminal the least number of tokens that complete what surrounds it
+    around = {"goal": 0, "$accept": 0}
+    work = [(0, "goal")]
+    while work:
+        outer, name = heapq.heappop(work)
+        if outer > around[name]:
+            continue
+        for lhs, rhs in rules.values():
+            if lhs != name or (lhs == "goal" and rhs != ["source_file"]):
+                continue
+            for place, symbol in enumerate(rhs):
+                through = outer + sum(cost[s] for s in rhs[place + 1:])
+                if symbol not in terminals and through < around.get(symbol, 10**9):
+                    around[symbol] = through
+                    heapq.heappush(work, (through, symbol))
 
     def first_token(symbols):
         """The first token of the shortest text of a row of symbols, or None where it is empty."""
@@ -61,9 +126,8 @@ def main():
                 continue  # no kernel item
             rest = rhs[point:]
             # growing a list leads nowhere: its own symbol in front is the last thing to choose
-            grows = point > 0 and rhs[0] == lhs
-            binary = grows and lhs == "expr"
-            key = (binary, grows and bool(rest), sum(cost[s] for s in rest), number)
+            grows = point == 1 and rhs[0] == lhs
+            key = (grows, sum(cost[s] for s in rest) + around.get(lhs, 0), number)
             if choice is None or key < choice[0]:
                 choice = (key, rest, number)
         _, rest, number = choice
@@ -80,6 +144,7 @@ def main():
             if step.get("symbol") == "address_list":
                 recipients.append(int(state.get("number")))
     out.sort()
+    prove(root, rules, terminals, [step for _, step in out])
     with open(sys.argv[2], "w", encoding="ascii") as target:
         target.write("// Made by gen_continuation.py; do not edit.\n")
         target.write('#include "frontend/T3ParserTables.h"\n\nconst short gParserContinuation[] = {\n')

@@ -111,14 +111,20 @@ bool Accepts(const std::vector<int>& states, int symbol) {
   return Overlay(states).Take(symbol);
 }
 
-/// Adds the tokens that could continue from the state on top of `overlay`.
-void AddExpected(const Overlay& overlay, std::vector<bool>& set) {
-  for (int symbol = 0; symbol < gParserTables.tokens; ++symbol) {
-    if (symbol == 1 || symbol == 2 || set[static_cast<size_t>(symbol)]) continue;
-    if (TableAction(overlay.Top(), symbol) == 0) continue;
-    Overlay trial = overlay;
-    if (trial.Take(symbol)) set[static_cast<size_t>(symbol)] = true;
-  }
+/// Whether `symbol` could come next on the stack that `overlay` shows.
+bool CouldContinue(const Overlay& overlay, int symbol) {
+  const int action = TableAction(overlay.Top(), symbol);
+  if (action >= 0) return action > 0;
+  return Overlay(overlay).Take(symbol);
+}
+
+/// The tokens that could continue from a stack.
+std::vector<bool> Expected(const std::vector<int>& states) {
+  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
+  const Overlay overlay(states);
+  for (int symbol = 0; symbol < gParserTables.tokens; ++symbol)
+    set[static_cast<size_t>(symbol)] = symbol != 1 && symbol != 2 && CouldContinue(overlay, symbol);
+  return set;
 }
 
 }  // namespace
@@ -326,8 +332,7 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessage(kCodeSyntaxError, kError, position);
   errors_->ErrorMessageI(kCodeTokenFound, kError, position, kInfoText,
                          yyGetTokenName(static_cast<unsigned short>(token.token)));
-  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
-  AddExpected(Overlay(stack_.states), set);
+  const std::vector<bool> set = Expected(stack_.states);
   std::string text;
   for (size_t symbol = 0; symbol < set.size(); ++symbol) {
     if (!set[symbol]) continue;
@@ -339,20 +344,19 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessageI(kCodeExpectedTokens, kError, position, kInfoText, text.c_str());
 }
 
-/// The tokens that could continue at some state of the way that continuation tokens lead to the end.
-std::vector<bool> T3Parser::RestartSet() const {
-  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
-  set[0] = true;
+/// Whether a token could continue at some state of the way that continuation tokens lead to the end.
+bool T3Parser::CouldRestart(int symbol) const {
+  if (symbol == 0) return true;
   Overlay path(stack_.states);
   for (long step = 0; step < kMaxInsertions; ++step) {
-    AddExpected(path, set);
+    if (CouldContinue(path, symbol)) return true;
     const int next = gParserContinuation[path.Top()];
     if (next < 0)
       path.Reduce(-next);
     else if (next == 0 || !path.Take(next))
       break;
   }
-  return set;
+  return false;
 }
 
 void T3Parser::InsertUntilAccepted() {
@@ -392,9 +396,11 @@ void T3Parser::Recover() {
     return;
   }
   ReportFault(Peek(0));
-  const std::vector<bool> restart = RestartSet();
+  // A token that cannot restart is skipped wherever it stands; each kind is tried once.
+  std::vector<bool> refused(static_cast<size_t>(gParserTables.tokens));
   bool skipped = false;
-  while (!restart[static_cast<size_t>(Peek(0).symbol)]) {
+  while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart(Peek(0).symbol)) {
+    refused[static_cast<size_t>(Peek(0).symbol)] = true;
     buffer_.pop_front();
     skipped = true;
   }

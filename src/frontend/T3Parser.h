@@ -49,7 +49,7 @@ class T3Parser {
   void RefuseDepth();
   void Recover();
   void ReportFault(const Token& token);
-  std::vector<bool> RestartSet() const;
+  bool CouldRestart(int symbol) const;
   void InsertUntilAccepted();
 
   T3Scanner* scanner_;
