@@ -56,6 +56,7 @@ int LostRule(int state, int symbol) {
     }
     return table;
   }();
+  if (rows[static_cast<size_t>(state)].empty()) [[likely]] return 0;
   for (const auto& [lost_symbol, rule] : rows[static_cast<size_t>(state)])
     if (lost_symbol == symbol) return rule;
   return 0;
@@ -138,18 +139,19 @@ void T3Parser::Reset() {
   stack_.address_lists.clear();
   values_.assign(1, T3Value{});
   buffer_.clear();
+  first_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
   errors_found_ = 0;
   given_up_ = false;
 }
 
-const T3Parser::Token& T3Parser::Peek(size_t ahead) {
-  while (buffer_.size() <= ahead) {
+const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
+  while (buffer_.size() <= first_ + ahead) {
     const T3Token token = scanner_->GetToken();
     buffer_.push_back({SymbolOf(token), token, scanner_->Attribute()});
   }
-  return buffer_[ahead];
+  return buffer_[first_ + ahead];
 }
 
 bool T3Parser::InAddressList(const Stack& stack) const {
@@ -287,7 +289,6 @@ void T3Parser::Reduce(int rule) {
   } else {
     result.position = Peek(0).attribute.Position;
   }
-  state_.lookahead = buffer_.empty() ? state_.last_token : buffer_.front().attribute.Position;
   T3Actions(rule, result, values_.data() + values_.size() - 1, state_);
   values_.resize(values_.size() - length);
   stack_.states.resize(stack_.states.size() - length);
@@ -315,7 +316,7 @@ long T3Parser::Parse() {
     if (action > 0) {
       const Token token = Peek(0);
       Shift(action, token);
-      buffer_.pop_front();
+      DropToken();
       // The end of the input was shifted: its state accepts.
       if (token.symbol == 0) break;
     } else if (action < 0) {
@@ -401,7 +402,7 @@ void T3Parser::Recover() {
   bool skipped = false;
   while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart(Peek(0).symbol)) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
-    buffer_.pop_front();
+    DropToken();
     skipped = true;
   }
   if (skipped) errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);

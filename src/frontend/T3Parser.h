@@ -3,7 +3,6 @@
 // the parse always reaches the end of the file.
 #pragma once
 
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -37,7 +36,17 @@ class T3Parser {
     std::vector<size_t> address_lists;
   };
 
-  const Token& Peek(size_t ahead);
+  const Token& Peek(size_t ahead) {
+    if (first_ + ahead < buffer_.size()) [[likely]] return buffer_[first_ + ahead];
+    return ReadAhead(ahead);
+  }
+  const Token& ReadAhead(size_t ahead);
+  void DropToken() {
+    if (++first_ == buffer_.size()) {
+      buffer_.clear();
+      first_ = 0;
+    }
+  }
   int Decide(const Stack& stack, int symbol, size_t ahead, int shift);
   int Action(const Stack& stack, size_t ahead);
   void PushState(Stack& stack, int state, int symbol, size_t ahead);
@@ -56,7 +65,9 @@ class T3Parser {
   Errors* errors_;
   Stack stack_;
   std::vector<T3Value> values_;
-  std::deque<Token> buffer_;
+  // Tokens read ahead; those before `first_` have been shifted.
+  std::vector<Token> buffer_;
+  size_t first_ = 0;
   T3ParserState state_;
   T3Token last_shifted_ = T3Token::EndOfFile;
   long errors_found_ = 0;

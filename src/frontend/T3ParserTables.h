@@ -63,8 +63,7 @@ struct T3ParserState {
   tStringRef gLangSpec = nullptr;
   bool gRecursiveSa = false;
   int except_depth = 0;
-  /// The token in front of which an empty rule is reduced, and the position of the last token shifted.
-  tPosition lookahead;
+  /// The position of the last token shifted.
   tPosition last_token;
 };
 
