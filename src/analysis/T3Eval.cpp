@@ -38,6 +38,8 @@ constexpr Precedence kPrecedence[] = {
     {T3Kind::T3RaiseStmt, "signature", "template_value"},
     {T3Kind::T3CatchStmt, "signature", "template_value"},
     {T3Kind::T3GetReplyStmt, "return_template", "sender"},
+    {T3Kind::T3PortRedirect, "redirect_params", "redirect_sender"},
+    {T3Kind::T3SignatureType, "return_type", "exceptions"},
 };
 
 Children ChildrenOfKind(int kind) {

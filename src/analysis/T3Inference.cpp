@@ -224,6 +224,16 @@ void PreferWildcard(T3Tree_Node* own, T3Candidates& candidates) {
     candidates.Strike(0, gT3ErrorType);
 }
 
+// An index into what has no elements is a fault of its own. Where the list or the type of its elements has
+// failed already, it is none.
+bool IndexIntoNoList(_T3Reference* reference) {
+  auto* subscription = reference->try_as<T3Subscription>();
+  if (subscription == nullptr || T3Is<T3NoDecl>(reference->attr().def)) return false;
+  T3Tree_Node* list = GetAddressBaseType(subscription->base->as<_T3Reference>()->attr().base_type_def);
+  return !T3Is<T3ErrorType>(reference->attr().def) && !T3Is<T3ErrorType>(list) &&
+         !T3Is<_T3HomogeneousType>(list);
+}
+
 T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bool strict, bool report) {
   ResolveReference(reference);
   if (reference->is<_T3Qualification>())
@@ -235,12 +245,8 @@ T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bo
   const auto& own = reference->attr();
   if (T3Is<T3ErrorType>(own.local_type_def)) {
     SetResult(reference, gT3ErrorType);
-    const bool known = T3Is<T3NoDecl>(own.def) || T3Is<T3ErrorType>(own.def);
-    // A call of a type, an index into what has no elements: no name is at fault, the type is.
-    if (!known && reference->is<T3Subscription>() &&
-        !T3Is<T3ErrorType>(reference->as<T3Subscription>()->base->as<_T3Reference>()->attr().base_type_def))
-      return report ? Report(reference, 0) : T3Inference::Unreported;
-    return T3Inference::Reported;
+    if (!IndexIntoNoList(reference)) return T3Inference::Reported;
+    return report ? Report(reference, 0) : T3Inference::Unreported;
   }
   if (T3Is<T3AmbiguousType>(own.local_type_def))
     return InferAmbiguous(reference, own.local_type_def, candidates, report);
