@@ -5,6 +5,7 @@
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
+#include "driver/T3UTF8String.h"
 #include "support/StringM.h"
 
 namespace {
@@ -48,6 +49,13 @@ void CheckIntLiteral(T3Tree_Node* node) {
                literal->position);
 }
 
+// Bytes that no source text may hold pass through the scanner: only the literal that keeps them is at fault.
+void CheckCharStringLiteral(T3Tree_Node* node) {
+  auto* literal = node->as<T3CharStringLiteral>();
+  if (DetermineCharStringKind(literal->value) == kind_malformed)
+    vexa_filtered_error(ERR_malformed_utf8, literal->position);
+}
+
 // The message of a division by the constant zero comes with the folding, or here where the left operand is
 // no constant.
 void CheckDivision(T3Tree_Node* node) {
@@ -63,6 +71,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3SubType, CheckSubtypeCycle},
     {T3Kind::T3EnumType, NumberLiterals},
     {T3Kind::T3IntLiteral, CheckIntLiteral},
+    {T3Kind::T3CharStringLiteral, CheckCharStringLiteral},
     {T3Kind::T3Divide, CheckDivision},
     {T3Kind::T3TypeDecl, EnterDependencies},
     {T3Kind::T3ConstDecl, EnterDependencies},

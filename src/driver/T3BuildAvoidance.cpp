@@ -47,7 +47,8 @@ void UpdateBuildAvoidanceInfo(T3Tree_Node* root) {
   module->file_changed = true;
   module->code_generation_necessary = true;
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return;
+  // A device or pipe in its place is no stamp, and might never end.
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
   const Stamp stamp = ReadStamp(path);
   const long source_time = module->source_file_modification_time;
   if (status.st_mtime >= source_time && stamp.time == source_time) {

@@ -12,6 +12,7 @@
 #include "driver/Errors.h"
 #include "driver/T3Version.h"
 #include "support/TemporaryFiles.h"
+#include "support/rSystem.h"
 
 namespace {
 constexpr rlim_t kStackSize = 64UL << 20;
@@ -91,6 +92,7 @@ int StagesUnderHandlers(int argc, const char** argv) {
 }  // namespace
 
 int RunCompiler(int argc, const char** argv) {
+  OccupyStandardStreams();
   std::set_new_handler(OutOfMemory);
   CatchSignals();
   EnlargeStack();

@@ -7,6 +7,9 @@
 /// Runs a command by the shell and waits for it. Its exit status; 128 and the signal's number when a
 /// signal ended it; -1 when it could not be started.
 int rSystem(const std::string& command);
+/// Opens those of the three standard streams that the caller left closed on the null device, so that no
+/// file gets their place and with it what is printed.
+void OccupyStandardStreams();
 /// True when the file is gone.
 bool rDeleteFile(const std::string& path);
 [[noreturn]] void rExit(int status);

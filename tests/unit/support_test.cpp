@@ -1,4 +1,5 @@
 // The support library: identifiers, positions, sets, files that must not outlive the process.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -307,6 +308,25 @@ TEST(System, CommandsTellTheirStatus) {
   EXPECT_EQ(rSystem("exit 3"), 3);
   EXPECT_EQ(rSystem("true"), 0);
   EXPECT_EQ(rSystem("kill -9 $$"), 128 + 9);
+}
+
+TEST(System, NoFileTakesThePlaceOfAStandardStream) {
+  EXPECT_EXIT(
+      {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(stream);
+        OccupyStandardStreams();
+        const int file = open("/dev/null", O_RDONLY);
+        std::exit(file > STDERR_FILENO ? 4 : 5);
+      },
+      testing::ExitedWithCode(4), "");
+  // Streams that are open stay what they are.
+  EXPECT_EXIT(
+      {
+        OccupyStandardStreams();
+        std::fputs("told", stderr);
+        std::exit(4);
+      },
+      testing::ExitedWithCode(4), "told");
 }
 
 TEST_F(Files, TemporaryFilesGoWithTheProcess) {
