@@ -1,5 +1,6 @@
 #include "driver/Errors.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -302,9 +303,13 @@ void Errors::MessageI(const std::string& text, int message_class, const tPositio
   Write(text, message_class, position, &info);
 }
 
-// Nothing here may ask for memory.
+// Nothing here may ask for memory. The amount is what the process held at most, in bytes.
 void OutOfMemory() {
-  static const char text[] = "Fatal       rMemory.Alloc out of memory\n";
-  static_cast<void>(!write(STDERR_FILENO, text, sizeof text - 1));
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  char line[80];
+  const int length = std::snprintf(line, sizeof line, "Fatal       rMemory.Alloc out of memory: %lu\n",
+                                   static_cast<unsigned long>(usage.ru_maxrss) * 1024);
+  static_cast<void>(!write(STDERR_FILENO, line, static_cast<size_t>(length)));
   std::exit(1);
 }

@@ -164,7 +164,7 @@ TEST_F(Diagnostics, FatalMessageEndsTheProcess) {
         yyAbort("SeparateModules");
       },
       testing::ExitedWithCode(1), "Fatal       routine failed: T3Control.SeparateModules\n");
-  EXPECT_EXIT(OutOfMemory(), testing::ExitedWithCode(1), "Fatal       rMemory.Alloc out of memory\n");
+  EXPECT_EXIT(OutOfMemory(), testing::ExitedWithCode(1), "Fatal       rMemory.Alloc out of memory: [1-9][0-9]*\n");
 }
 
 TEST_F(Diagnostics, SupportLibraryFaultsAreReported) {
