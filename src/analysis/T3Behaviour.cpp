@@ -9,12 +9,29 @@
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
 
 namespace {
 struct Body {
   bool creates = false;
   std::vector<T3Tree_Node*> calls;
 };
+
+// What a call names. The walk has not come by where the callee stands further down: it is found without
+// reports, which are due there.
+T3Tree_Node* CalleeOf(T3Parameterization* call) {
+  T3Tree_Node* name = call->base;
+  if (!name->is<T3Identifier>() && !name->is<T3Qualifier>()) return _sgT3NoDecl();
+  if (T3Tree_Node* def = name->as<_T3Reference>()->attr().def) return BehindImport(def);
+  if (name->place == nullptr) return _sgT3NoDecl();
+  T3Tree_Node* env = name->place->env;
+  if (auto* id = name->try_as<T3Identifier>()) return BehindImport(IdentifyQuietly(env, id->id, 0));
+  auto* qualifier = name->as<T3Qualifier>();
+  if (!qualifier->base->is<T3Identifier>()) return _sgT3NoDecl();
+  const tIdent module = qualifier->base->as<T3Identifier>()->id;
+  const bool own = module == name->place->vexa_module_name;
+  return BehindImport(IdentifyQuietly(env, qualifier->id, own ? 0 : module));
+}
 
 // Bodies by the number of their declaration, of all modules: later modules ask for imported ones.
 const Body& BodyOf(T3Tree_Node* decl) {
@@ -24,14 +41,28 @@ const Body& BodyOf(T3Tree_Node* decl) {
   Body body;
   ForEachInSubtree(decl, [&](T3Tree_Node* node) {
     if (node->is<T3Create>()) body.creates = true;
-    if (node->is<T3Identifier>() || node->is<T3Qualifier>()) {
-      T3Tree_Node* def = node->as<_T3Reference>()->attr().def;
-      def = def == nullptr ? nullptr : BehindImport(def);
+    if (auto* call = node->try_as<T3Parameterization>()) {
+      T3Tree_Node* def = CalleeOf(call);
       if (T3Is<_T3FunctionBodyDecl>(def)) body.calls.push_back(def);
     }
     return true;
   });
   return found->second = std::move(body);
+}
+
+constexpr int kKnownBit = _T3DeclList_Attributes::may_create_ptc_bit;
+
+bool IsKnown(T3Tree_Node* decl) {
+  return decl->as<_T3DeclList>()->attr().IsEvaluated(kKnownBit);
+}
+
+bool Known(T3Tree_Node* decl) {
+  return decl->as<_T3DeclList>()->cold().may_create_ptc;
+}
+
+void Keep(T3Tree_Node* decl, bool value) {
+  decl->as<_T3DeclList>()->attr().SetEvaluated(kKnownBit);
+  decl->as<_T3DeclList>()->cold().may_create_ptc = value;
 }
 
 void CheckSystem(T3Tree_Node* node) {
@@ -47,29 +78,22 @@ constexpr T3Rule kRules[] = {{T3Kind::T3Testcase, CheckSystem}};
 bool MayCreatePtc(T3Tree_Node* decl) {
   decl = BehindImport(decl);
   if (!T3Is<_T3FunctionBodyDecl>(decl)) return false;
-  constexpr int kBit = _T3DeclList_Attributes::may_create_ptc_bit;
-  const auto known = [](T3Tree_Node* at) { return at->as<_T3DeclList>()->attr().IsEvaluated(kBit); };
-  const auto keep = [](T3Tree_Node* at, bool value) {
-    at->as<_T3DeclList>()->attr().SetEvaluated(kBit);
-    at->as<_T3DeclList>()->cold().may_create_ptc = value;
-  };
-  if (known(decl)) return decl->as<_T3DeclList>()->cold().may_create_ptc;
-  bool creates = false;
-  T3NodeSet reached{decl};
+  // who was reached, and through whose call
+  std::unordered_map<T3Tree_Node*, T3Tree_Node*> reached{{decl, nullptr}};
   std::vector<T3Tree_Node*> open{decl};
-  while (!open.empty() && !creates) {
+  while (!open.empty()) {
     T3Tree_Node* at = open.back();
     open.pop_back();
-    creates = known(at) ? at->as<_T3DeclList>()->cold().may_create_ptc : BodyOf(at).creates;
-    if (creates || known(at)) continue;
+    if (IsKnown(at) ? Known(at) : BodyOf(at).creates) {
+      for (; at != nullptr; at = reached[at]) Keep(at, true);
+      return true;
+    }
+    if (IsKnown(at)) continue;
     for (T3Tree_Node* called : BodyOf(at).calls)
-      if (reached.insert(called).second) open.push_back(called);
+      if (reached.try_emplace(called, at).second) open.push_back(called);
   }
-  if (creates)
-    keep(decl, true);
-  else
-    for (T3Tree_Node* at : reached) keep(at, false);
-  return creates;
+  for (const auto& [at, caller] : reached) Keep(at, false);
+  return false;
 }
 
 std::span<const T3Rule> BehaviourRules() {

@@ -108,6 +108,12 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
   }
 }
 
+namespace {
+void EvaluateDecls(T3Tree_Node* decls, T3Tree_Node* root) {
+  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) EvaluateSubtree(decls, root);
+}
+}  // namespace
+
 T3Eval gT3Eval;
 
 void T3Eval::BeginT3Eval() {
@@ -118,9 +124,9 @@ void T3Eval::Evaluate(T3Tree_Node* root) {
   SetPlaces(root);
   auto* builtin = root->as<T3Builtin>();
   EvaluateSubtree(builtin->module, root);
-  for (T3Tree_Node* decls : {builtin->builtin, builtin->aux_types})
-    for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) EvaluateSubtree(decls, root);
+  EvaluateDecls(builtin->builtin, root);
   CheckAddressConflicts(root);
+  EvaluateDecls(builtin->aux_types, root);
 }
 
 void T3Eval::CloseT3Eval() {}

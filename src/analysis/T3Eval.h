@@ -1,18 +1,6 @@
 // The evaluation of one module: a walk over its tree that infers each outermost expression from its context,
 // reads the types of declarations, and calls the rules of each node after its children.
-//
-//   attributes                                             unit
-//   place, env, declsOut, labels, groups, vexa_index       T3Places, T3Names
-//   has_return_type, vexa_component_type, has_component    T3Places
-//   def, fpl, own types of references                      T3References
-//   *_type_def of entities                                 T3TypeViews
-//   expression_*_type, underlying kinds, is_strict         T3Inference
-//   types, port type sets, assigned_no                     T3TypeSearch
-//   const_*, is_constant, is_literal, bounds               T3Constants
-//   dependencies, cycles                                   T3Cycles
-//   dep_decls                                              T3Unused
-//   type_members, union_representation                     T3AnyTypes
-//   is_*_based, value_type*, params_types                  T3EvalContexts
+// ARCHITECTURE.md lists which unit computes which attributes.
 #pragma once
 
 #include <span>

@@ -69,18 +69,6 @@ T3Tree_Node* FindIndex(T3Tree_Node* list, long n) {
   return gT3ErrorType;
 }
 
-bool TypeBodyContainsField(T3Tree_Node* type, tIdent field) {
-  type = type->is<T3SubType>() ? type->as<T3SubType>()->parent : type;
-  if (type->is<T3EnumType>()) {
-    for (T3Tree_Node* at = type->as<T3EnumType>()->values; at->is<T3EnumValue>();
-         at = at->as<T3EnumValue>()->next)
-      if (at->as<T3EnumValue>()->name == field) return true;
-    return false;
-  }
-  if (!type->is<_T3StructuredType>() && !type->is<T3SignatureType>()) return false;
-  return !FindName1(type, field, NoIdent)->is<T3ErrorType>();
-}
-
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name) {
   T3Tree_Node* base = BaseTypeDef(type);
   for (T3Tree_Node* at = base->as<T3EnumType>()->values; at->is<T3EnumValue>();

@@ -56,8 +56,12 @@ const char* BuiltinText(const T3Tree_Node* type) {
 T3Tree_Node* DeclarationOf(T3Tree_Node* type) {
   if (T3Is<T3TypeDecl>(type->as<_T3Type>()->attr().typedecl)) return type->as<_T3Type>()->attr().typedecl;
   T3Tree_Node* above = type->parent;
-  if (T3Is<T3TypeDecl>(above) && above->as<T3TypeDecl>()->type == type) return above;
-  return nullptr;
+  // a constructor under a constraint has the declaration of the subtype
+  while (T3Is<T3SubType>(above) && above->as<T3SubType>()->parent == type) {
+    type = above;
+    above = type->parent;
+  }
+  return T3Is<T3TypeDecl>(above) && above->as<T3TypeDecl>()->type == type ? above : nullptr;
 }
 
 void ReportImport(_T3ImportDecl* import) {

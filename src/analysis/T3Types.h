@@ -69,7 +69,6 @@ T3Tree_Node* FindIndex(T3Tree_Node* list, long n);
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name);
 /// Gives each literal its number; reports two that are equal, once, at the type.
 void AssignEnumValues(T3Tree_Node* type);
-bool TypeBodyContainsField(T3Tree_Node* type, tIdent field);
 bool IsFieldOptional(T3Tree_Node* field);
 /// The type node behind references and declarations; a subtype is one.
 T3Tree_Node* DerefType(T3Tree_Node* type);

@@ -56,8 +56,8 @@ void EvaluateAttributes(T3Tree_Node* root, verbosity_level_t verbosity) {
 }
 
 void AnalyzeTemplates(T3Tree_Node* root, verbosity_level_t verbosity) {
-  vexa_progress(verbosity, "Resolving template modifications");
   if (!TemplateCyclesFound()) {
+    vexa_progress(verbosity, "Resolving template modifications");
     ExplicifyTemplateModifies(root);
     CheckMatchingExpressionsInSendTemplates(root);
   }

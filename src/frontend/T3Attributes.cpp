@@ -2,6 +2,7 @@
 #include "frontend/T3Attributes.h"
 
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include "driver/T3Error.h"
@@ -42,19 +43,30 @@ std::shared_ptr<const Level> PPGroupDeclAttr(const Level& outer, T3GroupDecl* gr
   return level;
 }
 
-// Fields are known by the type as written: a subtype has those of the type in which it is written.
-bool HasField(T3Tree_Node* type, tIdent name) {
+template <class Item>
+void AddNames(T3Tree_Node* list, std::unordered_set<tIdent>& names) {
+  for (; list->is<Item>(); list = list->as<Item>()->next) names.insert(list->as<Item>()->name);
+}
+
+// What an attribute may name in a type: fields, literals, parameters. They are known by the type as written:
+// a subtype has those of the type in which it is written.
+std::unordered_set<tIdent> FieldsOfTypeBody(T3Tree_Node* type) {
   while (type->is<T3SubType>()) type = type->as<T3SubType>()->parent;
-  if (!type->is<_T3StructuredType>()) return false;
-  T3Tree_Node* field = type->as<_T3StructuredType>()->body;
-  for (; field->is<T3FieldType>(); field = field->as<T3FieldType>()->next)
-    if (field->as<T3FieldType>()->name == name) return true;
-  return false;
+  std::unordered_set<tIdent> names;
+  if (auto* structured = type->try_as<_T3StructuredType>())
+    AddNames<T3FieldType>(structured->body, names);
+  else if (auto* enumeration = type->try_as<T3EnumType>())
+    AddNames<T3EnumValue>(enumeration->values, names);
+  else if (auto* signature = type->try_as<T3SignatureType>())
+    AddNames<_T3FormalPar>(signature->fpl, names);
+  return names;
 }
 
 bool LocalAttributeMapOK(T3Tree_Node* type, const T3AttributeMap& map, const tPosition& position) {
+  if (map.empty()) return true;
+  const std::unordered_set<tIdent> fields = FieldsOfTypeBody(type);
   for (const auto& [name, value] : map) {
-    if (HasField(type, name)) continue;
+    if (fields.count(name) != 0) continue;
     vexa_filtered_error(ERR_unknown_field_for_attr, position, name);
     return false;
   }

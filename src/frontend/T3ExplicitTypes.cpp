@@ -118,13 +118,26 @@ bool IsNested(T3Tree_Node* type) {
   return !type->is<T3TypeReference>() && !type->is<_T3BuiltinType>() && !type->is<T3NoType>();
 }
 
+// A constructor that is limited where it is written has the subtype's declaration.
+bool IsConstructor(T3Tree_Node* type) {
+  return type->is<_T3StructuredType>() || (type->is<_T3HomogeneousType>() && !type->is<T3ArrayType>());
+}
+
+std::string ExplNameForElement(tIdent decl, T3Tree_Node* element) {
+  return element->is<T3SubType>() ? ExplNameForNestedSubType(decl) : ExplNameForAggType(decl);
+}
+
 void InlinedTypes::ExplTypeParts(const Work& work) {
-  if (auto* subtype = work.type->try_as<T3SubType>()) {
-    if (IsNested(subtype->parent))
-      subtype->parent = ExplType(subtype->parent, ExplNameForNestedSubType(work.name));
-  } else if (auto* aggregate = work.type->try_as<_T3HomogeneousType>()) {
-    if (IsNested(aggregate->type)) aggregate->type = ExplType(aggregate->type, ExplNameForAggType(work.name));
-  } else if (auto* structured = work.type->try_as<_T3StructuredType>()) {
+  T3Tree_Node* type = work.type;
+  if (auto* subtype = type->try_as<T3SubType>()) {
+    type = subtype->parent;
+    if (IsNested(type) && !IsConstructor(type))
+      subtype->parent = ExplType(type, ExplNameForNestedSubType(work.name));
+  }
+  if (auto* aggregate = type->try_as<_T3HomogeneousType>()) {
+    if (IsNested(aggregate->type))
+      aggregate->type = ExplType(aggregate->type, ExplNameForElement(work.name, aggregate->type));
+  } else if (auto* structured = type->try_as<_T3StructuredType>()) {
     T3Tree_Node* field = structured->body;
     for (; field->is<T3FieldType>(); field = field->as<T3FieldType>()->next) {
       auto* node = field->as<T3FieldType>();

@@ -13,12 +13,24 @@
 #include "generator/T3Context.h"
 
 namespace {
-// What all descriptions of a declared type have: its name, its module and its kind.
+// Both walk the constraint, and each must allocate its expressions afresh.
+void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
+  ResetSubTypeConstraintLocations(decl);
+  if (CGCheck(decl)) info.check_function = CGFunctionPointer(VEXACheckName(decl));
+  ResetSubTypeConstraintLocations(decl);
+  if (CGConstraintOf(decl)) info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
+}
+
+// What all descriptions of a declared type have: its name, its module, its kind, and the functions of the
+// constraint that stands at the declaration.
 CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
   CGTypeInfo info;
   info.name = Quote(decl->name);
   info.module = Quote(gT3Context.currentModuleName());
   info.kind = kind;
+  auto* subtype = decl->type->try_as<T3SubType>();
+  if (subtype != nullptr && !subtype->constraint->is<T3NoExpression>() && !IsT3ASN_1(decl))
+    GenConstraintFunctions(decl, info);
   return info;
 }
 
@@ -114,14 +126,6 @@ void GenEnumType(T3TypeDecl* decl, T3EnumType* type) {
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
 
-// Both walk the constraint, and each must allocate its expressions afresh.
-void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
-  ResetSubTypeConstraintLocations(decl);
-  if (CGCheck(decl)) info.check_function = CGFunctionPointer(VEXACheckName(decl));
-  ResetSubTypeConstraintLocations(decl);
-  if (CGConstraintOf(decl)) info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
-}
-
 // Kind and fields of a subtype come from its parent, when the module is registered.
 void GenSubType(T3TypeDecl* decl, T3SubType* type) {
   GenStructAndRow(decl);
@@ -130,7 +134,6 @@ void GenSubType(T3TypeDecl* decl, T3SubType* type) {
   info.parent_type = VEXAStaticTypeRef(type->parent);
   info.resolved = false;
   info.number_of_fields = "-1";
-  if (!type->constraint->is<T3NoExpression>() && !IsT3ASN_1(decl)) GenConstraintFunctions(decl, info);
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
   CFunction& function = gT3Context.registerFunction();
   function.addComment("resolving subtype information from parent");
@@ -141,6 +144,10 @@ void GenSubType(T3TypeDecl* decl, T3SubType* type) {
 // system's types.
 bool IsBuiltinDeclaration(T3TypeDecl* decl) {
   return BuiltinBehind(decl) != nullptr;
+}
+
+bool IsConstructor(T3Tree_Node* type) {
+  return type->is<_T3StructuredType>() || type->is<_T3HomogeneousType>();
 }
 
 void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
@@ -168,7 +175,9 @@ void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
       GenHomogeneousType(decl, type, LUMO_TYPE_KIND_RECORDOF);
       break;
     case T3Kind::T3SubType:
-      GenSubType(decl, type->as<T3SubType>());
+      // the subtype of a constructor is described like the constructor
+      if (!IsConstructor(type->as<T3SubType>()->parent)) return GenSubType(decl, type->as<T3SubType>());
+      GenType(decl, type->as<T3SubType>()->parent);
       break;
     case T3Kind::T3PortType:
       GenPortType(decl, type);

@@ -19,6 +19,11 @@ T3Tree_Node* OwningDeclaration(T3Tree_Node* type) {
   if (!type->is<_T3Type>()) return nullptr;
   if (T3Tree_Node* known = type->as<_T3Type>()->attr().typedecl) return known;
   T3Tree_Node* above = type->parent;
+  // a constructor under a constraint has the declaration of the subtype
+  while (T3Is<T3SubType>(above) && above->as<T3SubType>()->parent == type) {
+    type = above;
+    above = type->parent;
+  }
   return T3Is<T3TypeDecl>(above) && above->as<T3TypeDecl>()->type == type ? above : nullptr;
 }
 
