@@ -1,5 +1,7 @@
 // Which types fit each other: compatibility of structures, strict compatibility, strings, components.
+#include <set>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "analysis/T3Constants.h"
@@ -11,9 +13,9 @@ namespace {
 // get there.
 constexpr size_t kMaxDepth = 2000;
 
-// One comparison of two types with all that it leads to. A pair that is already under comparison counts as
-// compatible, which ends the recursion of types that contain themselves, and a pair that was found compatible
-// is not walked again.
+// One comparison of two types with all that it leads to. A type that is already under comparison counts as
+// compatible with everything, which ends the recursion of types that contain themselves, and a pair that was
+// found compatible is not walked again.
 class Comparison {
  public:
   bool Compatible(T3Tree_Node* a, T3Tree_Node* b);
@@ -21,13 +23,14 @@ class Comparison {
  private:
   bool Structures(T3Tree_Node* a, T3Tree_Node* b);
   bool Bodies(T3Tree_Node* a, T3Tree_Node* b);
+  bool BodyAgainstElement(T3Tree_Node* body, T3Tree_Node* element);
   bool ElementAgainstBody(T3Tree_Node* element, T3Tree_Node* body);
   bool Elements(T3Tree_Node* a, T3Tree_Node* b) {
     return Compatible(BaseTypeDef(a->as<_T3HomogeneousType>()->type),
                       BaseTypeDef(b->as<_T3HomogeneousType>()->type));
   }
 
-  size_t depth_ = 0;
+  std::unordered_set<T3Tree_Node*> under_comparison_;
   std::set<std::pair<uint32_t, uint32_t>> compatible_;
 };
 
@@ -50,6 +53,13 @@ bool Comparison::Bodies(T3Tree_Node* a, T3Tree_Node* b) {
   }
 }
 
+bool Comparison::BodyAgainstElement(T3Tree_Node* body, T3Tree_Node* element) {
+  T3Tree_Node* base = BaseTypeDef(element);
+  for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
+    if (!Compatible(BaseTypeDef(body->as<T3FieldType>()->type), base)) return false;
+  return true;
+}
+
 bool Comparison::ElementAgainstBody(T3Tree_Node* element, T3Tree_Node* body) {
   T3Tree_Node* base = BaseTypeDef(element);
   for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
@@ -61,10 +71,10 @@ bool Comparison::Structures(T3Tree_Node* a, T3Tree_Node* b) {
   switch (a->kind) {
     case T3Kind::T3RecordType:
       if (b->is<T3RecordType>()) return Bodies(Body(a), Body(b));
-      return IsListLike(b) && ElementAgainstBody(b->as<_T3HomogeneousType>()->type, Body(a));
+      return IsListLike(b) && BodyAgainstElement(Body(a), b->as<_T3HomogeneousType>()->type);
     case T3Kind::T3SetType:
       if (b->is<T3SetType>()) return Bodies(Body(a), Body(b));
-      return b->is<T3SetOfType>() && ElementAgainstBody(b->as<_T3HomogeneousType>()->type, Body(a));
+      return b->is<T3SetOfType>() && BodyAgainstElement(Body(a), b->as<_T3HomogeneousType>()->type);
     case T3Kind::T3UnionType:
       return b->is<T3UnionType>() && Bodies(Body(a), Body(b));
     case T3Kind::T3RecordOfType:
@@ -104,13 +114,11 @@ bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
     default:
       return a->is<_T3BuiltinType>() && a->kind == b->kind;
   }
-  if (a == b || depth_ > kMaxDepth) return true;
-  const auto [pair, is_new] = compatible_.emplace(a->number, b->number);
-  if (!is_new) return true;
-  ++depth_;
-  const bool result = Structures(a, b);
-  --depth_;
-  if (!result) compatible_.erase(pair);
+  if (a == b || under_comparison_.size() > kMaxDepth || !under_comparison_.insert(a).second) return true;
+  const std::pair pair(a->number, b->number);
+  const bool result = compatible_.count(pair) != 0 || Structures(a, b);
+  under_comparison_.erase(a);
+  if (result) compatible_.insert(pair);
   return result;
 }
 

@@ -113,6 +113,13 @@ bool InferInPortStatement(T3Tree_Node* node, _T3PortStmt* statement) {
   return false;
 }
 
+// A sender that may be any one has no type of its own; it counts as a component.
+bool IsAnySender(T3Tree_Node* node) {
+  auto* definition = node->try_as<T3TemplateDef>();
+  return definition != nullptr && T3Is<T3NoType>(definition->parent) &&
+         (definition->constraint->is<T3AnyValue>() || definition->constraint->is<T3AnyOrOmit>());
+}
+
 T3Candidates InPortStatement(T3Tree_Node* node, _T3PortStmt* statement) {
   if (auto* call = statement->try_as<T3CallStmt>())
     if (node == call->timeout) return {gT3FloatType};
@@ -120,6 +127,7 @@ T3Candidates InPortStatement(T3Tree_Node* node, _T3PortStmt* statement) {
     if (node == reply->return_expr) return OfReturnValue(statement);
   if (auto* reply = statement->try_as<T3GetReplyStmt>())
     if (node == reply->return_template) return OfReturnValue(statement);
+  if (IsAnySender(node)) return {gT3AnyComponentType};
   return node->is<_T3AddressReference>() ? Anything() : Addresses();
 }
 

@@ -1,0 +1,105 @@
+// References: names, fields, elements and calls, with their indices and actual parameters.
+#include "analysis/T3InferenceParts.h"
+#include "analysis/T3References.h"
+
+namespace t3infer {
+namespace {
+void InferActualPars(T3Parameterization* call) {
+  T3Tree_Node* formal = call->attr().fpl;
+  int index = 0;
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
+    auto* actual = at->as<T3ActualPar>();
+    auto& attributes = actual->attr();
+    attributes.index = index++;
+    attributes.fpl = formal;
+    T3Candidates candidates = Anything();
+    if (T3Is<_T3TypedFormal>(formal)) {
+      attributes.local_type_def = LocalTypeDef(formal);
+      attributes.absolute_type_def = AbsoluteTypeDef(formal);
+      attributes.base_type_def = BaseTypeDef(formal);
+      candidates = T3Candidates(attributes.local_type_def, attributes.base_type_def);
+    }
+    if (!actual->expression->is<T3NotUsedSymbol>())
+      InferAny(actual->expression, candidates, T3TemplateUse::ActualPar);
+    if (T3Is<_T3FormalPar>(formal)) formal = formal->as<_T3FormalPar>()->next;
+  }
+}
+
+// The parts of one link of a reference: index and actual parameters.
+void InferParts(T3Tree_Node* reference) {
+  if (auto* subscription = reference->try_as<T3Subscription>()) Fails(subscription->index, {gT3IntegerType});
+  if (auto* call = reference->try_as<T3Parameterization>()) InferActualPars(call);
+  if (auto* qualifier = reference->try_as<T3ObjIdQualifier>())
+    if (qualifier->value->is<_T3Expression>()) Fails(qualifier->value, {gT3ObjectIdentifierType});
+}
+
+// An ambiguous literal: the context chooses among the enumerations that have it, or leaves it open for
+// the other operand of a comparison.
+T3Inference InferAmbiguous(_T3Reference* reference, T3Tree_Node* ambiguous, T3Candidates& candidates,
+                           bool report) {
+  T3TypeSet types;
+  for (T3Tree_Node* at = ambiguous->as<T3AmbiguousType>()->list; at->is<T3TypeItem>();
+       at = at->as<T3TypeItem>()->next)
+    types.push_back(at->as<T3TypeItem>()->type);
+  const bool open = candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
+  if (!open || !reference->is<T3Identifier>()) return FinishSet(reference, candidates, types, false, report);
+  auto& saved = reference->as<T3Identifier>()->cold().saved_types;
+  if (saved == nullptr) saved = new T3TypeSet(types);
+  SetResult(reference, gT3WildcardType);
+  return T3Inference::Good;
+}
+
+// A literal of an enumeration that may be of one type or of any is of any.
+void PreferWildcard(T3Tree_Node* own, T3Candidates& candidates) {
+  if (own->is<T3EnumType>() && candidates.size() == 2 && candidates.base(1) == gT3WildcardType)
+    candidates.Strike(0, gT3ErrorType);
+}
+
+// An element of a character string is a string as well as a single character.
+bool IsCharacterOfString(_T3Reference* reference) {
+  auto* subscription = reference->try_as<T3Subscription>();
+  if (subscription == nullptr) return false;
+  T3Tree_Node* own = reference->attr().base_type_def;
+  if (!own->is<T3CharStringType>() && !own->is<T3UniversalCharStringType>()) return false;
+  return BaseTypeDef(LocalOf(subscription->base)) == own;
+}
+
+T3TypeSet CharacterTypesOf(T3Tree_Node* string) {
+  if (string->is<T3CharStringType>()) return {gT3CharStringType, gT3CharacterType};
+  return {gT3UniversalCharStringType, gT3UniversalCharacterType};
+}
+
+// An index into what has no elements is a fault of its own. Where the list or the type of its elements has
+// failed already, it is none.
+bool IndexIntoNoList(_T3Reference* reference) {
+  auto* subscription = reference->try_as<T3Subscription>();
+  if (subscription == nullptr || T3Is<T3NoDecl>(reference->attr().def)) return false;
+  T3Tree_Node* list = GetAddressBaseType(subscription->base->as<_T3Reference>()->attr().base_type_def);
+  return !T3Is<T3ErrorType>(reference->attr().def) && !T3Is<T3ErrorType>(list) &&
+         !T3Is<_T3HomogeneousType>(list);
+}
+}  // namespace
+
+T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bool strict, bool report) {
+  ResolveReference(reference);
+  if (reference->is<_T3Qualification>())
+    for (T3Tree_Node* at : ReferenceChain(reference)) {
+      InferParts(at);
+      if (at != reference && at->is<_T3Reference>())
+        SetResult(at, at->as<_T3Reference>()->attr().local_type_def);
+    }
+  const auto& own = reference->attr();
+  if (T3Is<T3ErrorType>(own.local_type_def)) {
+    SetResult(reference, gT3ErrorType);
+    if (!IndexIntoNoList(reference)) return T3Inference::Reported;
+    return report ? Report(reference, 0) : T3Inference::Unreported;
+  }
+  if (T3Is<T3AmbiguousType>(own.local_type_def))
+    return InferAmbiguous(reference, own.local_type_def, candidates, report);
+  if (IsCharacterOfString(reference))
+    return FinishSet(reference, candidates, CharacterTypesOf(own.base_type_def), false, report);
+  PreferWildcard(own.local_type_def, candidates);
+  Exclude(candidates, own.local_type_def, own.base_type_def, true, strict);
+  return Finish(reference, candidates, false, report);
+}
+}  // namespace t3infer
