@@ -103,7 +103,8 @@ void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bo
     T3Tree_Node* t1 = local;
     T3Tree_Node* t2 = base;
     if (c2->is<T3ErrorType>()) continue;
-    if (!strict && c2->is<T3Address>() != t2->is<T3Address>()) {
+    // Where anything will do, an address stays one, so that it may be compared with `null`.
+    if (!strict && c2 != gT3WildcardType && c2->is<T3Address>() != t2->is<T3Address>()) {
       if (IsRedefinedAddress(c2)) {
         c1 = c2 = GetAddressBaseType(c2);
         if (update) candidates.Set(i, c1, c2);

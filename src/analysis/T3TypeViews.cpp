@@ -224,7 +224,8 @@ bool IsFieldOptional(T3Tree_Node* field) {
 }
 
 bool IsRedefinedAddress(T3Tree_Node* type) {
-  return T3Is<T3Address>(type) && type != gT3AnyAddressType && type->as<T3Address>()->attr().address_type_definition_inh != nullptr;
+  return T3Is<T3Address>(type) && type != gT3AnyAddressType &&
+         type->as<T3Address>()->attr().address_type_definition_inh != nullptr;
 }
 
 T3Tree_Node* GetAddressBaseType(T3Tree_Node* type) {
