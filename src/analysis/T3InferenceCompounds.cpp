@@ -92,6 +92,12 @@ T3Tree_Node* AnyTypeMember(T3FieldValue* value) {
   return gT3ErrorType;
 }
 
+// True when a member is declared in the module that its name is qualified by, if it is.
+bool IsFromModule(const T3Tree_Node* member, T3Tree_Node* module) {
+  return !T3Is<T3Identifier>(module) || member->place == nullptr ||
+         member->place->vexa_module_name == module->as<T3Identifier>()->id;
+}
+
 // The member that one value of a compound is for; gT3ErrorType where there is none, which is reported.
 T3Tree_Node* MemberOf(T3FieldValue* value, T3Tree_Node* base, MemberCursor& cursor) {
   if (base->is<_T3HomogeneousType>()) return ElementType(base);
@@ -103,9 +109,9 @@ T3Tree_Node* MemberOf(T3FieldValue* value, T3Tree_Node* base, MemberCursor& curs
     return member;
   }
   T3Tree_Node* member = cursor.Named(name->name);
-  if (!member->is<T3ErrorType>()) return member;
+  if (!member->is<T3ErrorType>() && IsFromModule(member, name->module)) return member;
   if (CountFailure()) vexa_filtered_error(ERR_type_unknown_field, name->position, name->name);
-  return member;
+  return gT3ErrorType;
 }
 
 // Without a type for the whole, the values are inferred for the names in them only.
