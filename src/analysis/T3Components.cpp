@@ -130,21 +130,24 @@ auto DeclarationsTable::FindSuitableDefinitions(tIdent id) const -> std::vector<
   return found == entries_.end() ? std::vector<Entry>() : found->second;
 }
 
+// Like everywhere, a local type stands before imported ones of its name, whether it is a component or not.
 T3Tree_Node* DeclarationsTable::GetDefinition(tIdent id, const _vexa_error_message_t** message) const {
   const std::vector<Entry> all = FindSuitableDefinitions(id);
+  std::vector<Entry> local;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(local),
+               [](const Entry& entry) { return !entry.imported; });
+  const std::vector<Entry>& reached = local.empty() ? all : local;
   std::vector<Entry> components;
-  std::copy_if(all.begin(), all.end(), std::back_inserter(components),
+  std::copy_if(reached.begin(), reached.end(), std::back_inserter(components),
                [](const Entry& entry) { return IsComponent(entry.type); });
-  const auto is_local = [](const Entry& entry) { return !entry.imported; };
-  const auto locals = std::count_if(components.begin(), components.end(), is_local);
-  if (components.empty())
-    *message = all.empty() ? &ERR_undefined : &ERR_type;
-  else if (components.size() == 1)
+  if (reached.empty())
+    *message = &ERR_undefined;
+  else if (components.empty())
+    *message = &ERR_type;
+  else if (reached.size() == 1)
     return components.front().type;
-  else if (locals == 1)
-    return std::find_if(components.begin(), components.end(), is_local)->type;
   else
-    *message = locals == 0 ? &ERR_conflicting_imported_defs : &kSeveralDecls;
+    *message = local.empty() ? &ERR_conflicting_imported_defs : &kSeveralDecls;
   return nullptr;
 }
 

@@ -20,18 +20,19 @@ bool IsAsn1(T3Module* module) {
   return T3Is<T3ASN_1>(module->representation);
 }
 
-// What an import statement bars, gathered once for all declarations of a module.
+// What an import statement bars, gathered once for all declarations of a module. A name bars the declaration
+// that has it, of whatever kind; the name of a group bars what stands in the group, too.
 class Exceptions {
  public:
   explicit Exceptions(T3Tree_Node* list) {
     for (; list->is<_T3ImportException>(); list = list->as<_T3ImportException>()->next) {
       auto* single = list->try_as<T3ImportException>();
-      if (single == nullptr)
+      if (single == nullptr) {
         kinds_.push_back(list->as<_T3ImportException>()->kind);
-      else if (list->as<_T3ImportException>()->kind == t3_import_restr_t::Group)
-        groups_.push_back(single->object);
-      else
-        names_.insert(Ref2Id(single->object));
+        continue;
+      }
+      if (list->as<_T3ImportException>()->kind == t3_import_restr_t::Group) groups_.push_back(single->object);
+      if (const tIdent name = Ref2Id(single->object); name != NoIdent) names_.insert(name);
     }
   }
   bool Bar(T3Tree_Node* decl) const {

@@ -41,17 +41,24 @@ void ResolveIdentifier(T3Identifier* identifier) {
   SetMeaning(identifier, def, def);
 }
 
-// The member of a module that a qualifier names.
-void ResolveInModule(T3Qualifier* qualifier) {
+// True when the scopes know a qualified name: then the look-up has told what is wrong with it.
+bool IsKnownInModule(T3Tree_Node* env, T3Qualifier* qualifier, tIdent module) {
+  T3NodeSet found;
+  CollectDecls(env, qualifier->id, module == qualifier->place->vexa_module_name ? 0 : module, found);
+  return !found.empty();
+}
+
+// The member of a module that a qualifier names. The module is named by an identifier alone.
+void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
   T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
-  if (!T3Is<T3MapEnv>(env) || !qualifier->base->is<T3Identifier>()) return Fail(qualifier);
-  T3Tree_Node* def = IdentifyQualified(env, qualifier);
-  if (def == nullptr || def->is<T3NoDecl>()) {
-    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, qualifier->base->as<T3Identifier>()->id,
-                        qualifier->id);
-    return Fail(qualifier);
-  }
-  SetMeaning(qualifier, def, def);
+  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
+  auto* base = qualifier->base->try_as<T3Identifier>();
+  const tIdent module = base != nullptr ? base->id : named->name;
+  T3Tree_Node* def = base != nullptr ? IdentifyQualified(env, qualifier) : nullptr;
+  if (def != nullptr && !def->is<T3NoDecl>()) return SetMeaning(qualifier, def, def);
+  if (base == nullptr || !IsKnownInModule(env, qualifier, module))
+    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, module, qualifier->id);
+  Fail(qualifier);
 }
 
 bool IsTypeName(T3Tree_Node* def) {
@@ -93,7 +100,7 @@ void ResolveQualifier(T3Qualifier* qualifier) {
   auto* nested = qualifier->base->try_as<T3Qualifier>();
   if (nested != nullptr && nested->attr().module_name_in_anytype_qualification)
     return ResolveInAnyType(qualifier, nested->id);
-  if (T3Is<T3Module>(outer->attr().def)) return ResolveInModule(qualifier);
+  if (T3Is<T3Module>(outer->attr().def)) return ResolveInModule(qualifier, outer->attr().def->as<T3Module>());
   T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
   if (base->is<T3ErrorType>()) return SetMeaning(qualifier, gT3ErrorType, gT3ErrorType);
   if (base->is<T3AnyType>()) return ResolveInAnyType(qualifier, NoIdent);

@@ -222,6 +222,33 @@ TEST(Imports, AGroupIsFoundAtAnyDepthAndOnce) {
       "names.ttcn(7) : column 1 : Error       group identifier \"b\" is ambiguous in module \"ng_1\"\n");
 }
 
+TEST(Imports, ADeclarationImportedTwiceHasTheAttributesOfTheLaterStatementAndNotesBoth) {
+  T3Module* source = Module("nh_1", Const("a", Const("b", _sgT3NoDecl())));
+  Analysed(source);
+  T3Tree_Node* first = gT3AST.MakeT3Tree(T3Kind::T3With);
+  T3Tree_Node* second = gT3AST.MakeT3Tree(T3Kind::T3With);
+  T3Tree_Node* all = ImportAll("nh_1", _sgT3NoDecl());
+  all->as<_T3Decl>()->with_spec = second;
+  T3Tree_Node* one =
+      gT3AST.mT3ImportConstDecl(At(1), all, NoIdent, first, gT3AST.mT3ImportIdentifier(At(1), Id("nh_1")),
+                                gT3AST.mT3ImportIdentifier(At(1), Id("a")), false, gStringM.EmptyString());
+  T3Module* user = Module("nh_2", one);
+  PreprocessImports(user);
+  std::map<std::string, T3Tree_Node*> imported;
+  for (T3Tree_Node* decl = user->definition_part; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+    if (!decl->is<T3ImportAllDecl>()) {
+      const tIdent name = Ref2Id(decl->as<_T3ImportDecl>()->object);
+      EXPECT_TRUE(imported.emplace(gIdents.GetString(name), decl).second);
+    }
+  ASSERT_EQ(imported.size(), 2u);
+  EXPECT_EQ(imported.at("a")->as<_T3Decl>()->with_spec, second);
+  EXPECT_EQ(imported.at("b")->as<_T3Decl>()->with_spec, second);
+  T3Tree_Node* a = source->definition_part;
+  EXPECT_EQ(*a->as<_T3Decl>()->cold().attributes_from_importing, (T3NodeList{first, second}));
+  EXPECT_EQ(*a->as<_T3Decl>()->next->as<_T3Decl>()->cold().attributes_from_importing, T3NodeList{second});
+  EXPECT_EQ(imported.at("a")->as<_T3ImportDecl>()->attr().def_aux, a);
+}
+
 TEST(Components, ADiamondHasTheCommonDeclarationsOnce) {
   T3Tree_Node* base = Const("d", _sgT3NoDecl());
   T3Tree_Node* a = nullptr;
