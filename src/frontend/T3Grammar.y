@@ -62,7 +62,7 @@ module_def:
 
 modulepar_def:
     kw_modulepar LeftBrace modulepar_list modulepar_group opt_semi RightBrace
-      { $$.node = AppendDecls($3.node, $4.node); }
+      { $$.node = Reverse(PrependDecls($3.node, $4.node)); }
   | kw_modulepar modulepar_group
       { $$.node = $2.node; }
   ;
@@ -71,18 +71,18 @@ modulepar_list:
     %empty
       { $$.node = _sgT3NoDecl(); }
   | modulepar_list modulepar_group opt_semi
-      { $$.node = AppendDecls($1.node, $2.node); }
+      { $$.node = PrependDecls($1.node, $2.node); }
   ;
 
 modulepar_group:
     reference modulepar_items
-      { $$.node = TypeItems($2.node, TypeReference($1.node)); }
+      { $$.node = TypeItems(Reverse($2.node), TypeReference($1.node)); }
   ;
 
 modulepar_items:
     modulepar_item
   | modulepar_items Comma modulepar_item
-      { $$.node = AppendDecls($1.node, $3.node); }
+      { $$.node = PrependDecls($1.node, $3.node); }
   ;
 
 modulepar_item:
@@ -174,7 +174,7 @@ struct_body:
 struct_name:
     type_name
   | identifier formal_pars
-      { RefuseTypeParameters(@2, $2.node); }
+      { WarnOfTypeParameters(@2, $2.node); }
   ;
 
 field_list:
@@ -518,7 +518,7 @@ component_item:
 port_instance:
     kw_port declared_type port_names identifier array_dims
       {
-        $$.node = TypeItems(AppendDecls($3.node, t.mT3PortDecl(@4, _sgT3NoDecl(), $4.ident, _sgT3NoWith(), $5.node)), $2.node);
+        $$.node = TypeItems(Reverse(PrependDecls($3.node, t.mT3PortDecl(@4, _sgT3NoDecl(), $4.ident, _sgT3NoWith(), $5.node))), $2.node);
       }
   ;
 
@@ -532,14 +532,14 @@ port_names:
       { $$.node = _sgT3NoDecl(); }
   | port_names identifier array_dims Comma
       {
-        $$.node = AppendDecls($1.node, t.mT3PortDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node));
+        $$.node = PrependDecls($1.node, t.mT3PortDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node));
       }
   ;
 
 const_def:
     kw_const declared_type const_items identifier array_dims Assign template_body
       {
-        $$.node = TypeItems(AppendDecls($3.node, t.mT3ConstDecl(@4, _sgT3NoDecl(), $4.ident, _sgT3NoWith(), $5.node, $7.node)), $2.node);
+        $$.node = TypeItems(Reverse(PrependDecls($3.node, t.mT3ConstDecl(@4, _sgT3NoDecl(), $4.ident, _sgT3NoWith(), $5.node, $7.node))), $2.node);
       }
   ;
 
@@ -548,7 +548,7 @@ const_items:
       { $$.node = _sgT3NoDecl(); }
   | const_items identifier array_dims Assign template_body Comma
       {
-        $$.node = AppendDecls($1.node, t.mT3ConstDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $5.node));
+        $$.node = PrependDecls($1.node, t.mT3ConstDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), $3.node, $5.node));
       }
   ;
 
@@ -735,31 +735,32 @@ altstep_local:
 
 import_def:
     kw_import import_from import_spec
-      { $$.node = $3.node; }
+      {
+        // The name of an imported function begins no scope.
+        state.macroScopeIdent = -1;
+        $$.node = $3.node;
+      }
   ;
 
 import_spec:
     kw_all opt_import_except
       { $$.node = ImportAll(@1, t3_import_restr_t::All, $2.node, state); }
   | LeftBrace import_items RightBrace
-      { $$.node = $2.node; }
+      { $$.node = Reverse($2.node); }
   ;
 
 opt_import_except:
     %empty
       { $$.node = _sgT3NoImportException(); }
   | kw_except LeftBrace import_items RightBrace
-      {
-        --state.except_depth;
-        $$.node = Exceptions($3.node);
-      }
+      { $$.node = Exceptions(Reverse($3.node)); }
   ;
 
 import_items:
     %empty
       { $$.node = _sgT3NoDecl(); }
   | import_items import_item opt_semi
-      { $$.node = AppendDecls($1.node, $2.node); }
+      { $$.node = PrependDecls($1.node, $2.node); }
   ;
 
 import_item:
@@ -886,7 +887,7 @@ ext_function_def:
 ext_const_def:
     kw_external kw_const declared_type ext_const_names identifier
       {
-        $$.node = TypeItems(AppendDecls($4.node, t.mT3ExtConstDecl(@5, _sgT3NoDecl(), $5.ident, _sgT3NoWith(), nullptr)), $3.node);
+        $$.node = TypeItems(Reverse(PrependDecls($4.node, t.mT3ExtConstDecl(@5, _sgT3NoDecl(), $5.ident, _sgT3NoWith(), nullptr))), $3.node);
       }
   ;
 
@@ -895,7 +896,7 @@ ext_const_names:
       { $$.node = _sgT3NoDecl(); }
   | ext_const_names identifier Comma
       {
-        $$.node = AppendDecls($1.node, t.mT3ExtConstDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), nullptr));
+        $$.node = PrependDecls($1.node, t.mT3ExtConstDecl(@2, _sgT3NoDecl(), $2.ident, _sgT3NoWith(), nullptr));
       }
   ;
 
@@ -904,6 +905,7 @@ opt_control:
       { $$.node = _sgT3NoDecl(); }
   | kw_control block with_or_semi
       {
+        state.macroScopeIdent = -1;
         $$.node = t.mT3ControlPart(@1, _sgT3NoDecl(), gIdents.MakeIdent("control"), $3.node, $2.node);
       }
   ;
@@ -917,7 +919,7 @@ var_keyword:
 var_def:
     kw_var var_keyword declared_type var_items identifier array_dims opt_init
       {
-        $$.node = VarItems(AppendDecls($4.node, VarDecl(@5, $5.ident, $6.node, $7.node)), $3.node, $2.number);
+        $$.node = VarItems(Reverse(PrependDecls($4.node, VarDecl(@5, $5.ident, $6.node, $7.node))), $3.node, $2.number);
       }
   ;
 
@@ -926,7 +928,7 @@ var_items:
       { $$.node = _sgT3NoDecl(); }
   | var_items identifier array_dims opt_init Comma
       {
-        $$.node = AppendDecls($1.node, VarDecl(@2, $2.ident, $3.node, $4.node));
+        $$.node = PrependDecls($1.node, VarDecl(@2, $2.ident, $3.node, $4.node));
       }
   ;
 
@@ -940,7 +942,7 @@ opt_init:
 timer_def:
     kw_timer timer_items identifier array_dims timer_init
       {
-        $$.node = VarItems(AppendDecls($2.node, VarDecl(@3, $3.ident, $4.node, $5.node)), TimerType(@1), -1);
+        $$.node = VarItems(Reverse(PrependDecls($2.node, VarDecl(@3, $3.ident, $4.node, $5.node))), TimerType(@1), -1);
       }
   ;
 
@@ -949,7 +951,7 @@ timer_items:
       { $$.node = _sgT3NoDecl(); }
   | timer_items identifier array_dims timer_init Comma
       {
-        $$.node = AppendDecls($1.node, VarDecl(@2, $2.ident, $3.node, $4.node));
+        $$.node = PrependDecls($1.node, VarDecl(@2, $2.ident, $3.node, $4.node));
       }
   ;
 
@@ -991,7 +993,8 @@ disconnect_args:
       { $$.node = PortPair(@1, AllPorts(@2), AllPorts(@2)); }
   | %empty
       {
-        $$.node = PortPair(@$, t.mT3ConnectStmt(@$, _sgT3NoStmt(), t.mT3Self(@$), t.mT3PortAll(@$), nullptr, nullptr), AllPorts(@$));
+        const tPosition& keyword = state.last_token;
+        $$.node = PortPair(keyword, t.mT3ConnectStmt(keyword, _sgT3NoStmt(), t.mT3Self(keyword), t.mT3PortAll(keyword), nullptr, nullptr), AllPorts(keyword));
       }
   ;
 
@@ -1204,7 +1207,7 @@ alt_branch:
 
 opt_block:
     %empty
-      { $$.node = t.mT3BlockStmt(@$, _sgT3NoStmt(), _sgT3NoStmt()); }
+      { $$.node = Block(state.last_token, _sgT3NoStmt(), state.last_token); }
   | block
   ;
 
@@ -2478,7 +2481,7 @@ module_objid:
     kw_objid LeftBrace module_objid_items module_objid_item RightBrace
       {
         $$.node = t.mT3ObjectIdentifierLiteral(@1, Reverse(t.mT3ObjIdItem(@4, $3.node, $4.node)));
-        vexa_error("'objid' is currently not supported", @1);
+        if (!Repaired(@1)) vexa_error("'objid' is currently not supported", @1);
       }
   ;
 

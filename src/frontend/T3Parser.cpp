@@ -56,7 +56,8 @@ int LostRule(int state, int symbol) {
     }
     return table;
   }();
-  if (rows[static_cast<size_t>(state)].empty()) [[likely]] return 0;
+  if (rows[static_cast<size_t>(state)].empty()) [[likely]]
+    return 0;
   for (const auto& [lost_symbol, rule] : rows[static_cast<size_t>(state)])
     if (lost_symbol == symbol) return rule;
   return 0;
@@ -142,6 +143,7 @@ void T3Parser::Reset() {
   first_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
+  gRepairedTo = NoPosition;
   errors_found_ = 0;
   given_up_ = false;
 }
@@ -307,6 +309,8 @@ void T3Parser::RefuseDepth() {
 
 long T3Parser::Parse() {
   Reset();
+  // A file is a list of modules; the other goals are those of trials.
+  Reduce(kRule_module_list_1);
   while (!given_up_) {
     if (stack_.states.size() > kMaxParseDepth) {
       RefuseDepth();
@@ -382,9 +386,10 @@ void T3Parser::InsertUntilAccepted() {
     }
     Token token{next, TokenOf(next), {}};
     scanner_->ErrorAttribute(token.token, &token.attribute);
-    token.attribute.Position = Peek(0).attribute.Position;
-    errors_->ErrorMessageI(kCodeTokenInserted, kRepair, token.attribute.Position, kInfoText,
+    errors_->ErrorMessageI(kCodeTokenInserted, kRepair, Peek(0).attribute.Position, kInfoText,
                            yyGetTokenName(static_cast<unsigned short>(token.token)));
+    // What begins with it was not written.
+    token.attribute.Position = NoPosition;
     Shift(action, token);
   }
 }
@@ -406,5 +411,6 @@ void T3Parser::Recover() {
     skipped = true;
   }
   if (skipped) errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);
+  gRepairedTo = Peek(0).attribute.Position;
   InsertUntilAccepted();
 }

@@ -37,7 +37,8 @@ class T3Parser {
   };
 
   const Token& Peek(size_t ahead) {
-    if (first_ + ahead < buffer_.size()) [[likely]] return buffer_[first_ + ahead];
+    if (first_ + ahead < buffer_.size()) [[likely]]
+      return buffer_[first_ + ahead];
     return ReadAhead(ahead);
   }
   const Token& ReadAhead(size_t ahead);

@@ -4,7 +4,6 @@
 
 #include "asn1/integration/T3Representation.h"
 #include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3ParserDefs.h"
 
@@ -15,6 +14,19 @@ static T3Tree& t = gT3AST;
 Node NoType() {
   static const Node node = gT3AST.mT3NoType(NoPosition);
   return node;
+}
+
+bool Repaired(const tPosition& position) {
+  return position.Line < gRepairedTo.Line ||
+         (position.Line == gRepairedTo.Line && position.Column < gRepairedTo.Column);
+}
+
+void Report(const _vexa_error_message_t& row, const tPosition& position, const char* argument) {
+  if (Repaired(position)) return;
+  if (argument == nullptr)
+    vexa_filtered_error(row, position);
+  else
+    vexa_filtered_error(row, position, argument);
 }
 
 static tPosition PositionOf(Node node) {
@@ -85,14 +97,6 @@ Node PrependDecls(Node reversed, Node list) {
   return reversed;
 }
 
-Node AppendDecls(Node list, Node tail) {
-  auto* decl = list->try_as<_T3Decl>();
-  if (decl == nullptr) return tail;
-  while (auto* next = decl->next->try_as<_T3Decl>()) decl = next;
-  decl->next = tail;
-  return list;
-}
-
 void GiveWith(Node declarations, Node with) {
   if (T3Is<T3With>(with)) PropagateWithStmt(declarations, with);
 }
@@ -121,8 +125,9 @@ Node TypeDecl(const tPosition& position, tIdent name, Node type) {
   return t.mT3TypeDecl(position, _sgT3NoDecl(), name, _sgT3NoWith(), type);
 }
 
-void RefuseTypeParameters(const tPosition& position, Node parameters) {
-  if (T3Is<_T3FormalPar>(parameters)) vexa_error("parameterized types are not supported", position);
+void WarnOfTypeParameters(const tPosition& position, Node parameters) {
+  if (T3Is<_T3FormalPar>(parameters))
+    vexa_warning(gT3CommandLine.CommonVerbosity(), "formal parameters of a type are ignored", position);
 }
 
 Node TemplateDecl(const tPosition& position, long restriction, Node header, Node modifies, Node body) {
@@ -178,10 +183,13 @@ Node DefinedSubType(Node type, Node dimensions, Node constraint) {
   return MangleArrayTypes(dimensions, SubTypeOf(type, constraint));
 }
 
+// The lists of a port were gathered in front of each other.
 Node PortType(const tPosition& position, long kind, Node lists) {
   auto* port = lists->as<T3PortType>();
   port->position = position;
   port->port_kind = static_cast<t3_port_kind_t>(kind);
+  port->in_list = Reverse(port->in_list);
+  port->out_list = Reverse(port->out_list);
   return port;
 }
 
@@ -191,21 +199,21 @@ Node PortLists(const tPosition& position, Node types, bool in, bool out) {
                        out ? out_types : _sgT3NoTypeItem());
 }
 
-static Node AppendTypes(Node list, Node tail) {
-  auto* item = list->try_as<T3TypeItem>();
-  if (item == nullptr) return tail;
-  while (auto* next = item->next->try_as<T3TypeItem>()) item = next;
-  item->next = tail;
-  return list;
+static Node PrependTypes(Node reversed, Node list) {
+  while (auto* item = list->try_as<T3TypeItem>()) {
+    list = item->next;
+    item->next = reversed;
+    reversed = item;
+  }
+  return reversed;
 }
 
-Node MergePortLists(Node a, Node b) {
-  if (a == nullptr) return b;
-  auto* lists = a->as<T3PortType>();
-  auto* more = b->as<T3PortType>();
-  lists->in_list = AppendTypes(lists->in_list, more->in_list);
-  lists->out_list = AppendTypes(lists->out_list, more->out_list);
-  return a;
+Node MergePortLists(Node reversed, Node more) {
+  auto* lists = more->as<T3PortType>();
+  auto* before = reversed == nullptr ? nullptr : reversed->as<T3PortType>();
+  lists->in_list = PrependTypes(before == nullptr ? _sgT3NoTypeItem() : before->in_list, lists->in_list);
+  lists->out_list = PrependTypes(before == nullptr ? _sgT3NoTypeItem() : before->out_list, lists->out_list);
+  return lists;
 }
 
 // ---------------------------------------------------------------- imports
@@ -316,7 +324,7 @@ Node Exceptions(Node imports) {
   for (auto* decl = imports->try_as<_T3ImportDecl>(); decl != nullptr;
        decl = decl->next->try_as<_T3ImportDecl>()) {
     if (auto* all = decl->try_as<T3ImportAllDecl>()) {
-      if (T3Is<_T3ImportException>(all->exceptions)) vexa_filtered_error(ERR_nested_except, all->position);
+      if (T3Is<_T3ImportException>(all->exceptions)) Report(ERR_nested_except, all->position);
       list = t.mT3ImportAllException(list, all->import_restr);
     } else {
       list = t.mT3ImportException(list, KindOfImport(decl), decl->object);
@@ -398,7 +406,7 @@ Node FixPermutation(Node elements, Node length) {
   size_t listed = 0;
   for (auto* element = elements->try_as<T3FieldValue>(); element != nullptr;) {
     auto* next = element->next->try_as<T3FieldValue>();
-    if (HoldsPermutation(element)) vexa_filtered_error(ERR_permutation_illegal, element->position);
+    if (HoldsPermutation(element)) Report(ERR_permutation_illegal, element->position);
     if (element->value->is<T3AnyOrOmit>()) {
       any = element;
     } else {
@@ -496,7 +504,7 @@ Node ApplyOperation(Node reference, Node operation) {
 
 Node InvocationArgument(Node node) {
   if (T3Is<_T3Expression>(node)) return node;
-  vexa_filtered_error(ERR_expected, PositionOf(node), "Invocation");
+  Report(ERR_expected, PositionOf(node), "Invocation");
   return _sgT3NoExpression();
 }
 

@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "driver/T3Error.h"
 #include "frontend/T3AstManipulate.h"
 #include "frontend/T3ParserTables.h"
 
@@ -13,6 +14,10 @@ using Node = T3Tree_Node*;
 inline Node Reverse(Node list) {
   return gT3AST.ReverseT3Tree(list);
 }
+/// Whether what begins at `position` was inserted, or was not yet complete at the last repair.
+bool Repaired(const tPosition& position);
+/// Reports a fault of meaning, unless what begins at `position` was repaired.
+void Report(const _vexa_error_message_t& row, const tPosition& position, const char* argument = nullptr);
 /// The node that stands where no type is given.
 Node NoType();
 /// A reference to a type; keeps the position of the name.
@@ -32,16 +37,16 @@ void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Va
                   Node definitions, Node control, Node with, const tPosition& end, T3ParserState& state);
 
 // Lists of declarations end in T3NoDecl. Prepend puts the elements of a list in source order in front of a
-// reversed one; Append hangs a list behind another.
+// reversed one.
 Node PrependDecls(Node reversed, Node list);
-Node AppendDecls(Node list, Node tail);
 void GiveWith(Node declarations, Node with);
 /// Gives each declaration its type: its own dimensions around the shared element type.
 Node TypeItems(Node declarations, Node type);
 Node VarItems(Node declarations, Node type, long restriction);
 Node VarDecl(const tPosition& position, tIdent name, Node dimensions, Node value);
 Node TypeDecl(const tPosition& position, tIdent name, Node type);
-void RefuseTypeParameters(const tPosition& position, Node parameters);
+/// The tree has no place for the parameters of a type.
+void WarnOfTypeParameters(const tPosition& position, Node parameters);
 Node TemplateDecl(const tPosition& position, long restriction, Node header, Node modifies, Node body);
 Node InlineTemplate(const tPosition& position, Node type, Node body, Node modifies);
 Node SignatureDecl(const tPosition& position, tIdent name, Node parameters, const T3Value& result,
@@ -55,7 +60,8 @@ Node FieldType(Node type, Node dimensions, Node constraint);
 Node DefinedSubType(Node type, Node dimensions, Node constraint);
 Node PortType(const tPosition& position, long kind, Node lists);
 Node PortLists(const tPosition& position, Node types, bool in, bool out);
-Node MergePortLists(Node a, Node b);
+/// Puts the types of one direction in front of those gathered before; null when there are none.
+Node MergePortLists(Node reversed, Node more);
 
 // Imports.
 Node ImportDecl(const tPosition& position, tIdent name, long kind, const T3ParserState& state);

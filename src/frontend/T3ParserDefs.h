@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "support/Idents.h"
+#include "support/Position.h"
 
 struct T3Tree_Node;
 
@@ -14,3 +15,6 @@ inline tIdent gCurrentFilename = NoIdent;
 inline time_t gCurrentFileModificationTime = 0;
 /// Some port of the run has a type list `all`. Set by the parser, never cleared.
 inline bool gT3IsPortAllTypes = false;
+/// Where the last repair of the file let the parse go on; line 0 before the first. What began before it was
+/// read in pieces, so that faults of its meaning are not told.
+inline tPosition gRepairedTo;

@@ -1,5 +1,4 @@
 // The actions that build statements and alternatives.
-#include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3ParserActions.h"
 
@@ -113,10 +112,10 @@ Node InvocationStatement(const tPosition& position, Node node) {
       break;
   }
   if (operation != nullptr) {
-    vexa_filtered_error(ERR_not_allowed_as_call, position, operation);
+    Report(ERR_not_allowed_as_call, position, operation);
   } else if (!T3Is<T3Parameterization>(node) && !T3Is<T3Execute>(node) && !T3Is<T3Activate>(node) &&
              !T3Is<T3Match>(node) && !T3Is<T3ValueOf>(node)) {
-    vexa_filtered_error(ERR_expected, position, "Invocation");
+    Report(ERR_expected, position, "Invocation");
   }
   return t.mT3InvocationStmt(position, _sgT3NoStmt(), node);
 }
@@ -138,7 +137,7 @@ Node AltStatement(const tPosition& position, Node alternatives, const tPosition&
   while (auto* alternative = alternatives->try_as<_T3Alt>()) {
     alternatives = alternative->next;
     if (IsElse(alternative)) {
-      if (alternatives->is<_T3Alt>()) vexa_filtered_error(ERR_alt_else, alternative->position);
+      if (alternatives->is<_T3Alt>()) Report(ERR_alt_else, alternative->position);
       otherwise = alternative->body;
     } else {
       kept = PrependAlt(kept, alternative);
@@ -157,7 +156,7 @@ Node InterleaveStatement(const tPosition& position, Node first, Node tail, const
 
 Node AltstepBranch(const tPosition& position, Node guard, Node reference, Node block) {
   if (!T3Is<T3Parameterization>(reference))
-    vexa_filtered_error(ERR_expected, reference->as<_T3Expression>()->position, "altstep invocation");
+    Report(ERR_expected, reference->as<_T3Expression>()->position, "altstep invocation");
   return t.mT3TestStepRefAlt(position, _sgT3NoAlt(), guard, block, reference);
 }
 

@@ -62,7 +62,6 @@ struct T3ParserState {
   tPosition module_position;
   tStringRef gLangSpec = nullptr;
   bool gRecursiveSa = false;
-  int except_depth = 0;
   /// The position of the last token shifted.
   tPosition last_token;
 };

@@ -468,6 +468,52 @@ TEST_F(ParserTest, WhatIsNoStatement) {
             Messages());
 }
 
+TEST_F(ParserTest, FaultsOfWhatARepairTouchedAreNotTold) {
+  const auto at = [](int column) { return "(1) : column " + std::to_string(column); };
+  // What begins behind the place where the parse went on is checked again.
+  EXPECT_EQ(1, Parse("module m { function f() { v = 1; c.create } }"));
+  EXPECT_EQ(at(29) + " : Error       illegal character: =\n" + at(31) +
+                " : Error       found/expected : integer_value/. ; ( [ { } := ...\n" + at(34) +
+                " : Error       Operation 'create' is not allowed as a call statement\n",
+            Messages());
+  EXPECT_EQ(1, Parse("\nmodule m { function f() { c.create"));
+  EXPECT_EQ("(2) : column 35 : Error       found/expected : _EOF_/; ( { } setverdict getverdict ...\n",
+            Messages());
+  EXPECT_EQ(3, Parse("\n\n.x"));
+  EXPECT_EQ("(3) : column 1 : Error       found/expected : ./module\n", Messages());
+}
+
+TEST_F(ParserTest, ListsOfManyNamesCostLinearTime) {
+  constexpr size_t kCount = 30000;
+  const auto begin = std::chrono::steady_clock::now();
+  const auto names = [](const std::string& before, const std::string& separator) {
+    std::string text;
+    for (size_t i = 0; i < kCount; ++i) text += (i ? separator : "") + before + "n" + std::to_string(i);
+    return text;
+  };
+  const std::string text = "module m { import from n { " + names("type ", ";") + " } const integer " +
+                           Repeat("c := 1, ", kCount) + "d := 2; external const integer " + names("", ",") +
+                           "; modulepar { " + names("integer ", ";") + " } modulepar integer " +
+                           names("", ",") + "; type port P message { " + names("in ", ";") +
+                           " } type component C { port P " + names("", ",") + "; timer " + names("", ",") +
+                           "; var integer " + names("", ",") + "; } }";
+  EXPECT_EQ(0, Parse(text));
+  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+  EXPECT_LT(seconds.count(), 10);
+  size_t count = 0;
+  tIdent last = NoIdent;
+  T3TypeDecl* port = nullptr;
+  gT3AST.ForallT3Tree(LastModule()->definition_part, [&](T3Tree_Node* node) {
+    ++count;
+    if (port == nullptr) port = node->try_as<T3TypeDecl>();
+    if (port == nullptr) last = node->as<_T3Decl>()->name;
+  });
+  EXPECT_EQ(5 * kCount + 1 + 2, count);
+  EXPECT_EQ("n" + std::to_string(kCount - 1), gIdents.GetCStr(last));
+  ASSERT_NE(nullptr, port);
+  EXPECT_EQ("TypeItem(TypeReference(n0))", Show(port->type->as<T3PortType>()->in_list));
+}
+
 TEST_F(ParserTest, Macros) {
   EXPECT_EQ("CharStringLiteral(\"m\")", Value("__MODULE__"));
   EXPECT_EQ("CharStringLiteral(\"" + file_ + "\")", Value("__FILE__"));
@@ -477,6 +523,10 @@ TEST_F(ParserTest, Macros) {
             Definition("const charstring c := __SCOPE__"));
   EXPECT_EQ("ControlPart(control, -, [BlockStmt([LogStmt(\"control\", -)])])",
             Definition("control { log(__SCOPE__) }"));
+  EXPECT_EQ("ImportFunctionDecl(, [With(0, F, -, \"\")], ImportIdentifier(n), ImportIdentifier(g), F, )",
+            Definition("import from n { function g } with { encode __SCOPE__ }"));
+  EXPECT_EQ(0, Parse("module m { control {} } with { display __SCOPE__ }"));
+  EXPECT_EQ("With(1, F, -, \"\")", Show(LastModule()->with_spec));
 }
 
 TEST_F(ParserTest, ModulesInOneFile) {
