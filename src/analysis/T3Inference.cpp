@@ -2,6 +2,8 @@
 // excludes, infers its children, and takes what is left. Recursion follows nesting only. The inference of an
 // expression may run again: a compound value tries each of several candidates without reporting before it
 // settles on one.
+#include <unordered_set>
+
 #include "analysis/T3InferenceParts.h"
 #include "driver/T3Error.h"
 
@@ -31,7 +33,7 @@ T3Inference InferPlain(T3Tree_Node* node, T3Candidates& candidates, bool strict,
     case T3Kind::T3Match:
       return InferMatch(node->as<T3Match>(), candidates, strict, report);
     case T3Kind::T3ValueOf:
-      return InferValueOf(node->as<T3ValueOf>(), candidates, report);
+      return InferValueOf(node->as<T3ValueOf>(), candidates);
     case T3Kind::T3LengthRange:
       return InferLengthRange(node->as<T3LengthRange>(), candidates, report);
     default:
@@ -131,11 +133,11 @@ T3Tree_Node* BaseOf(T3Tree_Node* node) {
 // What an operand may be: the candidates of the whole without their subtypes, which bind the result only.
 T3Candidates OperandCandidates(const T3Candidates& candidates) {
   T3Candidates result;
+  std::unordered_set<T3Tree_Node*> known;
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
-    bool known = false;
-    for (size_t k = 0; k < result.size(); ++k) known = known || result.base(k) == candidates.base(i);
-    if (!known) result.Add(candidates.base(i), candidates.base(i));
+    T3Tree_Node* base = candidates.base(i);
+    if (candidates.size() == 1 || known.insert(base).second) result.Add(base, base);
   }
   return result;
 }

@@ -4,6 +4,12 @@
 
 namespace t3infer {
 namespace {
+bool HasBase(const T3Candidates& candidates, const T3Tree_Node* type) {
+  for (size_t i = 0; i < candidates.size(); ++i)
+    if (candidates.base(i) == type) return true;
+  return false;
+}
+
 // The other one of a string type and the type of its single characters, or null.
 T3Tree_Node* CharacterCounterpart(const T3Tree_Node* type) {
   if (type->is<T3CharStringType>()) return gT3CharacterType;
@@ -14,12 +20,13 @@ T3Tree_Node* CharacterCounterpart(const T3Tree_Node* type) {
 }
 
 // Strings are concatenated with single characters of their kind.
-T3Candidates WithCharacterCounterparts(T3Candidates candidates) {
-  for (size_t i = 0, size = candidates.size(); i < size; ++i) {
+T3Candidates WithCharacterCounterparts(const T3Candidates& candidates) {
+  T3Candidates result = candidates;
+  for (size_t i = 0; i < candidates.size(); ++i) {
     T3Tree_Node* type = CharacterCounterpart(candidates.base(i));
-    if (type != nullptr) candidates.Add(type, type);
+    if (type != nullptr && !HasBase(candidates, type)) result.Add(type, type);
   }
-  return candidates;
+  return result;
 }
 
 T3Candidates LeftCandidates(T3Tree_Node* node, const T3Candidates& candidates) {

@@ -160,10 +160,9 @@ T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, boo
   return FinishOne(node, candidates, gT3BooleanType, false, strict, report);
 }
 
-T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates, bool report) {
+T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates) {
   const T3Inference result = InferAny(node->template_value, candidates);
   SetResult(node, result == T3Inference::Good ? Check(candidates) : gT3ErrorType);
-  (void)report;  // the template has reported
   return result;
 }
 }  // namespace t3infer
