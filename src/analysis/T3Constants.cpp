@@ -11,6 +11,7 @@
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
+#include "driver/T3UTF8String.h"
 #include "support/StringM.h"
 
 namespace {
@@ -368,7 +369,10 @@ std::string Utf8Of(uint64_t code) {
 std::optional<std::string> ConstCharValue(T3Tree_Node* node) {
   T3Tree_Node* literal = ConstCharLiteral(node);
   if (literal == nullptr) return std::nullopt;
-  if (auto* text = literal->try_as<T3CharStringLiteral>()) return Unquoted(StringM::StGetString(text->value));
+  if (auto* text = literal->try_as<T3CharStringLiteral>()) {
+    if (text->attr().char_string_kind == kind_malformed) return std::nullopt;
+    return Unquoted(StringM::StGetString(text->value));
+  }
   auto* quadruple = literal->as<T3UnivCharLiteral>();
   uint64_t code = 0;
   for (T3Tree_Node* part : {quadruple->group, quadruple->plane, quadruple->row, quadruple->cell})
@@ -397,7 +401,7 @@ int64_t LowerBoundValue(T3Tree_Node* bound) {
 int64_t UpperBoundValue(T3Tree_Node* bound) {
   if (auto* array = bound->try_as<T3ArrayType>()) return UpperBoundValue(array->dimension);
   if (auto* range = bound->try_as<T3RangeBound>()) return Folded(range->ub);
-  return Folded(bound->as<T3SingleBound>()->ub) - 1;
+  return static_cast<int64_t>(static_cast<uint64_t>(Folded(bound->as<T3SingleBound>()->ub)) - 1);
 }
 
 bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b) {

@@ -11,6 +11,7 @@
 std::optional<int64_t> ConstIntValue(T3Tree_Node* expression_or_decl);
 std::optional<double> ConstFloatValue(T3Tree_Node* expression_or_decl);
 /// The text of a character literal without its quotes, each doubled quote as one; of a quadruple its UTF-8.
+/// Malformed text has none.
 std::optional<std::string> ConstCharValue(T3Tree_Node* expression_or_decl);
 /// The literal that an expression or declaration holds as its constant characters, or null.
 T3Tree_Node* ConstCharLiteral(T3Tree_Node* expression_or_decl);
@@ -21,8 +22,10 @@ int64_t LowerBoundValue(T3Tree_Node* bound);
 int64_t UpperBoundValue(T3Tree_Node* bound);
 bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b);
 
-/// The dependencies of the module under analysis: constants and types, templates, and modifications.
+/// Empties the dependencies of the module under analysis: those of constants and types, and of templates.
 void ResetDependencies();
+/// Empties the chains of template modifications.
+void resetTemplateDependencies();
 /// Enters a declaration in its graphs, and reports each cycle at the declaration that closes it.
 void EnterDependencies(T3Tree_Node* decl);
 /// The declarations of the module in an order in which each stands behind what its value or type needs.

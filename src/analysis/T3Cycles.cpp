@@ -14,13 +14,15 @@ namespace {
 struct Graphs {
   T3DependencyGraph constants;
   T3DependencyGraph templates;
-  T3DependencyGraph modifications;
-  bool modification_cycle = false;
   /// What orderDependencies answers for each module.
   std::map<T3Tree_Node*, T3NodeList, T3NodeLess> orders;
   bool orders_kept = true;
 };
 Graphs& g_graphs = *new Graphs;
+
+/// The chains of template modifications, and whether one of them met itself.
+T3DependencyGraph& gTemplateDeps = *new T3DependencyGraph;
+bool g_template_cycles = false;
 
 bool IsOfModule(const T3Tree_Node* decl, const T3Tree_Node* user) {
   return decl->place != nullptr && user->place != nullptr &&
@@ -37,7 +39,6 @@ template <class Wanted>
 void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeSet& found) {
   if (root == nullptr) return;
   ForEachInSubtree(root, [&](T3Tree_Node* node) {
-    if (node->is<T3TemplateReference>()) return false;
     if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return true;
     T3Tree_Node* def = node->as<_T3Reference>()->attr().def;
     if (def != nullptr && def->is<_T3Decl>() && wanted(def) && IsOfModule(def, user)) found.insert(def);
@@ -79,19 +80,41 @@ void EnterConstant(T3Tree_Node* decl) {
   Enter(g_graphs.constants, decl, needed, ERR_cycle_const);
 }
 
+// Names of a body or a component are declared before they are used, so that only a declaration that needs
+// itself can close a cycle there.
+void EnterLocal(_T3InstanceValueDecl* decl) {
+  T3NodeSet needed;
+  Collect(
+      decl->value, decl, [decl](T3Tree_Node* def) { return def == decl; }, needed);
+  if (!needed.empty()) vexa_filtered_error(ERR_cycle_const, PositionOf(decl));
+}
+
+// The template that a declaration modifies, or null.
+T3Tree_Node* ModifiedTemplate(T3TemplateDecl* decl) {
+  auto* definition = decl->definition->try_as<T3TemplateDef>();
+  auto* modifies = definition == nullptr ? nullptr : definition->modifies->try_as<T3TemplateReference>();
+  T3Tree_Node* modified = modifies == nullptr ? nullptr : Def(modifies->reference);
+  return T3Is<T3TemplateDecl>(modified) ? modified : nullptr;
+}
+
+// Enters a link of a chain of modifications; false when it closes a cycle, which is reported.
+bool addTemplateDependency(T3TemplateDecl* decl, T3Tree_Node* modified) {
+  if (!gTemplateDeps.addDependency(decl, modified)) return true;
+  auto* modifies = decl->definition->as<T3TemplateDef>()->modifies->as<T3TemplateReference>();
+  modifies->attr().cycle_in_template_modifies_definition = true;
+  g_template_cycles = true;
+  vexa_filtered_error(ERR_cycle_modifies, modifies->position);
+  return false;
+}
+
+// A chain of modifications that met itself is no cycle of definitions besides.
 void EnterTemplate(T3TemplateDecl* decl) {
   T3NodeSet needed;
   Collect(
       decl->definition, decl, [](T3Tree_Node* def) { return def->is<T3TemplateDecl>(); }, needed);
+  T3Tree_Node* modified = ModifiedTemplate(decl);
+  if (modified != nullptr && !addTemplateDependency(decl, modified)) needed.erase(modified);
   Enter(g_graphs.templates, decl, needed, ERR_cycle_template);
-  auto* definition = decl->definition->try_as<T3TemplateDef>();
-  auto* modifies = definition == nullptr ? nullptr : definition->modifies->try_as<T3TemplateReference>();
-  if (modifies == nullptr) return;
-  T3Tree_Node* modified = Def(modifies->reference);
-  if (!T3Is<T3TemplateDecl>(modified) || !g_graphs.modifications.addDependency(decl, modified)) return;
-  modifies->attr().cycle_in_template_modifies_definition = true;
-  g_graphs.modification_cycle = true;
-  vexa_filtered_error(ERR_cycle_modifies, modifies->position);
 }
 
 // Code is generated after all modules have been analysed, so that each one's order is kept.
@@ -112,13 +135,20 @@ void ResetDependencies() {
   KeepOrders();
   g_graphs.constants.Clear();
   g_graphs.templates.Clear();
-  g_graphs.modifications.Clear();
-  g_graphs.modification_cycle = false;
+}
+
+void resetTemplateDependencies() {
+  gTemplateDeps.Clear();
+  g_template_cycles = false;
 }
 
 void EnterDependencies(T3Tree_Node* decl) {
   g_graphs.orders_kept = false;
-  if (decl->is<T3TypeDecl>() || decl->is<T3ConstDecl>() || decl->is<T3ModuleParDecl>()) EnterConstant(decl);
+  const bool at_module_level = decl->as<_T3DeclList>()->attr().vexa_place == 1;
+  if (decl->is<T3TypeDecl>() || (decl->is<_T3InstanceValueDecl>() && at_module_level))
+    EnterConstant(decl);
+  else if (decl->is<_T3InstanceValueDecl>())
+    EnterLocal(decl->as<_T3InstanceValueDecl>());
   if (auto* definition = decl->try_as<T3TemplateDecl>()) EnterTemplate(definition);
 }
 
@@ -129,5 +159,5 @@ T3NodeList orderDependencies(T3Tree_Node* module) {
 }
 
 bool TemplateCyclesFound() {
-  return g_graphs.modification_cycle;
+  return g_template_cycles;
 }

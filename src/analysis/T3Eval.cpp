@@ -118,6 +118,7 @@ T3Eval gT3Eval;
 
 void T3Eval::BeginT3Eval() {
   ResetDependencies();
+  resetTemplateDependencies();
 }
 
 void T3Eval::Evaluate(T3Tree_Node* root) {

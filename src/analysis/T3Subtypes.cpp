@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "analysis/T3ConstantValues.h"
@@ -16,6 +18,25 @@
 #include "driver/T3UTF8String.h"
 
 namespace {
+// ---- Constants that have been held to a constraint where they are declared ----
+
+// A value that breaks a constraint is reported there, and not again where the constant is used.
+std::unordered_set<T3Tree_Node*> ConstraintsOfDeclaration(T3Tree_Node* expression) {
+  std::unordered_set<T3Tree_Node*> checked;
+  if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return checked;
+  T3Tree_Node* decl = BehindImport(Def(expression));
+  if (!T3Is<T3ConstDecl>(decl) || BaseTypeDef(decl)->is<T3ErrorType>()) return checked;
+  if (decl->place == nullptr || GetWeakTyping(decl->place->vexa_my_module)) return checked;
+  for (T3Tree_Node* type = LocalTypeDef(decl); type->is<T3SubType>();
+       type = LocalTypeDef(type->as<T3SubType>()->parent))
+    checked.insert(type);
+  return checked;
+}
+
+bool KeptByDeclaration(T3Tree_Node* expression, T3Tree_Node* subtype) {
+  return ConstraintsOfDeclaration(expression).count(subtype) > 0;
+}
+
 // ---- Character sets ----
 
 struct CharacterRange {
@@ -49,8 +70,15 @@ bool IsCharacterRange(T3Tree_Node* item) {
   return type->is<T3CharacterType>() || type->is<T3UniversalCharacterType>();
 }
 
+size_t LengthOfValueListList(T3Tree_Node* list) {
+  size_t length = 0;
+  for (; list->is<T3ValueListItem>(); list = list->as<T3ValueListItem>()->next) ++length;
+  return length;
+}
+
 CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
   CharacterRanges ranges;
+  ranges.reserve(LengthOfValueListList(list));
   for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>();
     if (range == nullptr) continue;
@@ -61,27 +89,57 @@ CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
   return ranges;
 }
 
+// The ranges of a subtype, and the numbers of the expressions that have been found to keep them.
+struct CharacterSet {
+  T3Tree_Node* subtype = nullptr;
+  CharacterRanges ranges;
+  std::unordered_set<uint32_t> kept_by;
+};
+
+// The sets of the module under analysis, by the numbers of their lists.
+using CharacterSets = std::unordered_map<uint32_t, CharacterSet>;
+CharacterSets& g_sets = *new CharacterSets;
+
+CharacterSet& CharacterSetOf(T3Tree_Node* list) {
+  const auto [set, made] = g_sets.emplace(list->number, CharacterSet());
+  if (made) {
+    set->second.ranges = CollectCharacterRanges(list);
+    set->second.subtype = list->parent;
+    while (set->second.subtype->is<T3ValueList>() || set->second.subtype->is<T3ValueListItem>())
+      set->second.subtype = set->second.subtype->parent;
+  }
+  return set->second;
+}
+
 bool InRanges(uint64_t code, const CharacterRanges& ranges) {
   return std::any_of(ranges.begin(), ranges.end(),
                      [&](const CharacterRange& range) { return range.low <= code && code <= range.high; });
 }
 
+bool AllInRanges(const std::string& text, const CharacterRanges& ranges) {
+  const auto codes = CodesOf(text);
+  return std::all_of(codes.begin(), codes.end(), [&](uint64_t code) { return InRanges(code, ranges); });
+}
+
 // Each character of a constant string must lie in a range; what is no literal passes.
-bool CheckStringCharacterRange(T3Tree_Node* expression, const CharacterRanges& ranges) {
+bool CheckStringCharacterRange(T3Tree_Node* expression, CharacterSet& set) {
+  std::unordered_set<uint32_t> met;
   std::vector<T3Tree_Node*> open{expression};
   while (!open.empty()) {
-    T3Tree_Node* value = ConstantValueOf(open.back());
+    T3Tree_Node* operand = open.back();
     open.pop_back();
+    if (operand != expression && KeptByDeclaration(operand, set.subtype)) continue;
+    T3Tree_Node* value = ConstantValueOf(operand);
+    if (set.kept_by.count(value->number) > 0 || !met.insert(value->number).second) continue;
     if (auto* both = value->try_as<T3Concatenate>()) {
       open.push_back(both->left);
       open.push_back(both->right);
       continue;
     }
     const auto text = ConstCharValue(value);
-    if (!text) continue;
-    for (const uint64_t code : CodesOf(*text))
-      if (!InRanges(code, ranges)) return false;
+    if (text && !AllInRanges(*text, set.ranges)) return false;
   }
+  set.kept_by.merge(met);
   return true;
 }
 
@@ -113,7 +171,7 @@ void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
   for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     T3Tree_Node* item = at->as<T3ValueListItem>()->value;
     if (IsCharacterRange(item)) {
-      if (!CheckStringCharacterRange(expression, CollectCharacterRanges(list)))
+      if (!CheckStringCharacterRange(expression, CharacterSetOf(list)))
         vexa_filtered_error(ERR_subtype_charset, PositionOf(expression));
       return;
     }
@@ -154,7 +212,9 @@ void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
 // A cycle of parents has no base, and has had its message.
 void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
-  for (type = LocalTypeDef(type); type->is<T3SubType>(); type = LocalTypeDef(type->as<T3SubType>()->parent))
+  const auto checked = ConstraintsOfDeclaration(expression);
+  for (type = LocalTypeDef(type); type->is<T3SubType>() && checked.count(type) == 0;
+       type = LocalTypeDef(type->as<T3SubType>()->parent))
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 
@@ -174,4 +234,6 @@ void CheckSubtypes(T3Tree_Node* root) {
       if (node->is<_T3Expression>()) CheckSubtypes1(node);
       return true;
     });
+  g_sets.clear();
+  ForgetConstantValues();
 }

@@ -66,16 +66,29 @@ void CheckDivision(T3Tree_Node* node) {
     vexa_filtered_error(ERR_div_by_zero, division->position);
 }
 
+// The size of an array is known before the suite runs. An expression without a type has had its message.
+void CheckArrayBounds(T3Tree_Node* node) {
+  T3Tree_Node* bound = node->as<T3ArrayType>()->dimension;
+  const auto varies = [](T3Tree_Node* expression) {
+    return !ExpressionBaseType(expression)->is<T3ErrorType>() && !IsConstant(expression);
+  };
+  auto* single = bound->try_as<T3SingleBound>();
+  auto* range = bound->try_as<T3RangeBound>();
+  if ((single != nullptr && varies(single->ub)) ||
+      (range != nullptr && (varies(range->lb) || varies(range->ub))))
+    vexa_filtered_error(ERR_const, PositionOf(bound));
+}
+
 constexpr T3Rule kRules[] = {
     {T3Kind::T3TypeReference, CheckTypeReference},
     {T3Kind::T3SubType, CheckSubtypeCycle},
     {T3Kind::T3EnumType, NumberLiterals},
+    {T3Kind::T3ArrayType, CheckArrayBounds},
     {T3Kind::T3IntLiteral, CheckIntLiteral},
     {T3Kind::T3CharStringLiteral, CheckCharStringLiteral},
     {T3Kind::T3Divide, CheckDivision},
     {T3Kind::T3TypeDecl, EnterDependencies},
-    {T3Kind::T3ConstDecl, EnterDependencies},
-    {T3Kind::T3ModuleParDecl, EnterDependencies},
+    {T3Kind::_T3InstanceValueDecl, EnterDependencies},
     {T3Kind::T3TemplateDecl, EnterDependencies},
 };
 }  // namespace
