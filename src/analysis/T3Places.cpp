@@ -42,6 +42,7 @@ class PlaceWalk {
 
   void Visit(T3Tree_Node* node, T3Place* place);
   bool VisitDecl(T3Tree_Node* node, T3Place* place);
+  void PushInnerDimension(T3ArrayType* array, T3Place* place);
   bool VisitType(T3Tree_Node* node, T3Place* place);
   bool VisitStatement(T3Tree_Node* node, T3Place* place);
   void VisitModule(T3Module* module, T3Place* place);
@@ -81,6 +82,7 @@ class PlaceWalk {
   std::vector<Step> stack_;
   // Declarations of array types that are written elsewhere: walked last, as far as nobody came by.
   std::vector<Step> array_decls_;
+  std::unordered_map<tIdent, T3TypeDecl*> array_names_;
   std::unordered_map<T3Tree_Node*, T3Tree_Node*> component_scopes_;
 };
 
@@ -168,6 +170,7 @@ void PlaceWalk::PushModuleDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place
     node->parent = above;
     node->child_slot = slot;
     array_decls_.push_back({node, own});
+    array_names_[type_decl->name] = type_decl;
   });
 }
 
@@ -341,7 +344,17 @@ void PlaceWalk::VisitControlPart(T3ControlPart* decl, T3Place* place) {
 }
 
 // The kinds of types that own what lies below them; false for the others.
+// An inner dimension is a reference to a declaration by now, but stands where the outer one does.
+void PlaceWalk::PushInnerDimension(T3ArrayType* array, T3Place* place) {
+  auto* reference = array->type->try_as<T3TypeReference>();
+  auto* name = reference == nullptr ? nullptr : reference->reference->try_as<T3Identifier>();
+  const auto inner = name == nullptr ? array_names_.end() : array_names_.find(name->id);
+  if (inner == array_names_.end() || inner->second->type->place != nullptr) return;
+  Push(inner->second, inner->second->type, place);
+}
+
 bool PlaceWalk::VisitType(T3Tree_Node* node, T3Place* place) {
+  if (auto* array = node->try_as<T3ArrayType>()) PushInnerDimension(array, place);
   if (node->is<T3ComponentType>()) {
     VisitComponent(node->as<T3ComponentType>(), place);
     return true;
