@@ -200,8 +200,8 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
     if (a == b || !met.emplace(a->number, b->number).second) continue;
     auto* left = a->try_as<T3CompoundValue>();
     auto* right = b->try_as<T3CompoundValue>();
-    const bool equal = left != nullptr && right != nullptr ? PairFields(left, right, open)
-                                                           : ValuesAreEqual(a, b);
+    const bool equal =
+        left != nullptr && right != nullptr ? PairFields(left, right, open) : ValuesAreEqual(a, b);
     if (!equal) return false;
   }
   return true;

@@ -1,16 +1,24 @@
-// The order is kept by local repair: an edge that agrees with it costs nothing, and one that does not moves
-// only the nodes between its ends. A node that is named before it is entered stands in front of all others,
-// so that chains of forward references cost nothing either.
+// The order is kept by local repair: an edge that agrees with it costs nothing. For one that does not, what
+// the needed node needs and what needs its user are searched side by side, edge by edge; the side that ends
+// first is moved past the other node, so that the cost is that of the smaller side. A node that is named
+// before it is entered stands in front of all others, so that chains of forward references cost nothing
+// either.
 #include "analysis/T3Dependencies.h"
 
 #include <algorithm>
+
+namespace {
+// The room between the numbers of new neighbours, which nodes that are moved later take.
+constexpr int64_t kRoom = int64_t{1} << 36;
+}  // namespace
 
 T3DependencyGraph::Index T3DependencyGraph::IndexOf(T3Tree_Node* node, bool before) {
   const auto [found, made] = index_.emplace(node->number, static_cast<Index>(nodes_.size()));
   if (made) {
     nodes_.emplace_back();
     nodes_.back().tree = node;
-    nodes_.back().order = before ? --first_ : ++last_;
+    std::vector<Index> single{found->second};
+    Place(single, before ? first_ : kNone);
   }
   return found->second;
 }
@@ -29,74 +37,97 @@ bool T3DependencyGraph::addDependency(T3Tree_Node* from, T3Tree_Node* to) {
   return false;
 }
 
-// What `to` needs and that stands behind `from` now; false when that leads to `from` itself.
-bool T3DependencyGraph::CollectNeeds(Index from, Index to, std::vector<Index>& found) {
-  std::vector<Index> open{to};
-  nodes_[to].seen = true;
-  bool acyclic = true;
-  while (!open.empty()) {
-    const Index at = open.back();
-    open.pop_back();
-    found.push_back(at);
-    for (const Index next : nodes_[at].needs) {
-      if (next == from) acyclic = false;
-      if (nodes_[next].seen || nodes_[next].order < nodes_[from].order) continue;
-      nodes_[next].seen = true;
-      open.push_back(next);
+// Looks at one edge. Only nodes that stand between user and needed can lead from one to the other.
+T3DependencyGraph::Step T3DependencyGraph::Continue(Search& search, Index user, Index needed) {
+  const bool down = search.side == Side::Needed;
+  for (; search.node < search.found.size(); ++search.node, search.edge = 0) {
+    const Node& at = nodes_[search.found[search.node]];
+    const std::vector<Index>& edges = down ? at.needs : at.needed_by;
+    if (search.edge == edges.size()) continue;
+    const Index next = edges[search.edge++];
+    Node& met = nodes_[next];
+    if (met.seen_by != Side::None && met.seen_by != search.side) return Step::Cycle;
+    const bool between = down ? met.order > nodes_[user].order : met.order < nodes_[needed].order;
+    if (met.seen_by == Side::None && between) {
+      met.seen_by = search.side;
+      search.found.push_back(next);
     }
+    return Step::More;
   }
-  return acyclic;
+  return Step::End;
 }
 
-// What needs `from` and stands in front of `limit` now.
-void T3DependencyGraph::CollectUsers(Index from, int64_t limit, std::vector<Index>& found) {
-  std::vector<Index> open{from};
-  nodes_[from].seen = true;
-  while (!open.empty()) {
-    const Index at = open.back();
-    open.pop_back();
-    found.push_back(at);
-    for (const Index next : nodes_[at].needed_by) {
-      if (nodes_[next].seen || nodes_[next].order > limit) continue;
-      nodes_[next].seen = true;
-      open.push_back(next);
-    }
+// Moves the needed node with what it needs in front of the user, or the user with what needs it behind the
+// needed node; false when one leads to the other.
+bool T3DependencyGraph::Reorder(Index user, Index needed) {
+  Search down{Side::Needed, {needed}};
+  Search up{Side::Users, {user}};
+  nodes_[needed].seen_by = Side::Needed;
+  nodes_[user].seen_by = Side::Users;
+  Search* active = &up;
+  Step step = Step::More;
+  while (step == Step::More) {
+    active = active == &up ? &down : &up;
+    step = Continue(*active, user, needed);
   }
-}
-
-// Moves `to` and what it needs in front of `from` and what needs that; false when that is impossible.
-bool T3DependencyGraph::Reorder(Index from, Index to) {
-  std::vector<Index> needed;
-  std::vector<Index> users;
-  const bool acyclic = CollectNeeds(from, to, needed);
-  if (acyclic) CollectUsers(from, nodes_[to].order, users);
-  const auto by_order = [this](Index a, Index b) { return nodes_[a].order < nodes_[b].order; };
-  std::sort(needed.begin(), needed.end(), by_order);
-  std::sort(users.begin(), users.end(), by_order);
-  for (const Index at : needed) nodes_[at].seen = false;
-  for (const Index at : users) nodes_[at].seen = false;
-  if (!acyclic) return false;
-  std::vector<int64_t> places;
-  for (const Index at : needed) places.push_back(nodes_[at].order);
-  for (const Index at : users) places.push_back(nodes_[at].order);
-  std::sort(places.begin(), places.end());
-  size_t next = 0;
-  for (const Index at : needed) nodes_[at].order = places[next++];
-  for (const Index at : users) nodes_[at].order = places[next++];
+  for (const Search* search : {&down, &up})
+    for (const Index at : search->found) nodes_[at].seen_by = Side::None;
+  if (step == Step::Cycle) return false;
+  std::sort(active->found.begin(), active->found.end(),
+            [this](Index a, Index b) { return nodes_[a].order < nodes_[b].order; });
+  Place(active->found, active == &down ? user : nodes_[needed].next);
   return true;
 }
 
+// Puts nodes, linked already or new, in front of another one, or behind all.
+void T3DependencyGraph::Place(std::vector<Index>& moved, Index before) {
+  for (const Index at : moved) Unlink(at);
+  const auto count = static_cast<int64_t>(moved.size());
+  const auto room = [&] {
+    const Index previous = before == kNone ? last_ : nodes_[before].previous;
+    return before == kNone || previous == kNone
+               ? kRoom
+               : (nodes_[before].order - nodes_[previous].order) / (count + 1);
+  };
+  if (room() == 0) Renumber();
+  const int64_t step = room();
+  int64_t order = before != kNone  ? nodes_[before].order - step * (count + 1)
+                  : last_ != kNone ? nodes_[last_].order
+                                   : 0;
+  for (const Index at : moved) {
+    nodes_[at].order = order += step;
+    Link(at, before);
+  }
+}
+
+void T3DependencyGraph::Link(Index at, Index before) {
+  const Index previous = before == kNone ? last_ : nodes_[before].previous;
+  nodes_[at].previous = previous;
+  nodes_[at].next = before;
+  (previous == kNone ? first_ : nodes_[previous].next) = at;
+  (before == kNone ? last_ : nodes_[before].previous) = at;
+}
+
+void T3DependencyGraph::Unlink(Index at) {
+  Node& node = nodes_[at];
+  if (node.previous == kNone && first_ != at) return;
+  (node.previous == kNone ? first_ : nodes_[node.previous].next) = node.next;
+  (node.next == kNone ? last_ : nodes_[node.next].previous) = node.previous;
+}
+
+void T3DependencyGraph::Renumber() {
+  int64_t order = 0;
+  for (Index at = first_; at != kNone; at = nodes_[at].next) nodes_[at].order = order += kRoom;
+}
+
 T3NodeList T3DependencyGraph::Ordered() const {
-  std::vector<const Node*> sorted;
-  for (const Node& node : nodes_) sorted.push_back(&node);
-  std::sort(sorted.begin(), sorted.end(), [](const Node* a, const Node* b) { return a->order < b->order; });
   T3NodeList result;
-  for (const Node* node : sorted) result.push_back(node->tree);
+  for (Index at = first_; at != kNone; at = nodes_[at].next) result.push_back(nodes_[at].tree);
   return result;
 }
 
 void T3DependencyGraph::Clear() {
   nodes_.clear();
   index_.clear();
-  first_ = last_ = 0;
+  first_ = last_ = kNone;
 }

@@ -20,20 +20,37 @@ class T3DependencyGraph {
 
  private:
   using Index = uint32_t;
+  static constexpr Index kNone = UINT32_MAX;
+  enum class Side : uint8_t { None, Needed, Users };
   struct Node {
     T3Tree_Node* tree = nullptr;
+    /// Grows along the list of all nodes, which `previous` and `next` link.
     int64_t order = 0;
+    Index previous = kNone;
+    Index next = kNone;
     std::vector<Index> needs;
     std::vector<Index> needed_by;
-    bool seen = false;
+    Side seen_by = Side::None;
   };
+  struct Search {
+    Side side;
+    std::vector<Index> found;
+    /// The place in `found`, and in the edges of the node there, at which the search goes on.
+    size_t node = 0;
+    size_t edge = 0;
+  };
+  enum class Step { More, End, Cycle };
+
   Index IndexOf(T3Tree_Node* node, bool before);
-  bool Reorder(Index from, Index to);
-  bool CollectNeeds(Index from, Index to, std::vector<Index>& found);
-  void CollectUsers(Index from, int64_t limit, std::vector<Index>& found);
+  bool Reorder(Index user, Index needed);
+  Step Continue(Search& search, Index user, Index needed);
+  void Place(std::vector<Index>& moved, Index before);
+  void Link(Index at, Index before);
+  void Unlink(Index at);
+  void Renumber();
 
   std::vector<Node> nodes_;
   std::unordered_map<uint32_t, Index> index_;
-  int64_t first_ = 0;
-  int64_t last_ = 0;
+  Index first_ = kNone;
+  Index last_ = kNone;
 };

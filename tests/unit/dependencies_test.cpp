@@ -79,3 +79,25 @@ TEST(Dependencies, LongChainsInEitherDirectionAreCheap) {
   EXPECT_EQ(backward.Ordered().front(), n.front());
   EXPECT_TRUE(forward.addDependency(n.back(), n.front()));
 }
+
+TEST(Dependencies, MovesTheSmallerSide) {
+  // Each user stands in front of all that need it when what it needs itself is entered behind them.
+  const T3NodeList n = MakeNodes(100000);
+  T3DependencyGraph graph;
+  for (size_t i = 0; i + 2 < n.size(); i += 2) {
+    ASSERT_FALSE(graph.addDependency(n[i + 1], n[i + 2]));
+    ASSERT_FALSE(graph.addDependency(n[i], n[i + 1]));
+  }
+  const auto places = Places(graph);
+  for (size_t i = 0; i + 2 < n.size(); ++i) ASSERT_GT(places.at(n[i]), places.at(n[i + 1]));
+}
+
+TEST(Dependencies, KeepsMovingNodesToTheSamePlace) {
+  const T3NodeList n = MakeNodes(2000);
+  T3DependencyGraph graph;
+  for (T3Tree_Node* node : n) graph.addDependencyNode(node);
+  for (size_t i = 1; i < n.size(); ++i) ASSERT_FALSE(graph.addDependency(n[0], n[i]));
+  EXPECT_EQ(graph.Ordered().back(), n[0]);
+  EXPECT_EQ(graph.Ordered().size(), n.size());
+  for (size_t i = 1; i < n.size(); ++i) ASSERT_TRUE(graph.addDependency(n[i], n[0]));
+}
