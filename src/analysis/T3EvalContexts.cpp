@@ -148,12 +148,21 @@ T3Candidates OfStartArgument(T3StartStmt* statement) {
   return IsTimer(ExpressionBaseType(statement->object)) ? T3Candidates(gT3FloatType) : Anything();
 }
 
+// What may be assigned: an element of a character string is a string as well as a single character.
+T3Candidates OfTarget(T3Tree_Node* target) {
+  T3Candidates result(ExpressionLocalType(target), ExpressionBaseType(target));
+  auto* element = target->try_as<T3Subscription>();
+  T3Tree_Node* list = element == nullptr ? gT3NoType : ExpressionBaseType(element->base);
+  if (list->is<T3CharStringType>()) result.Add(gT3CharacterType, gT3CharacterType);
+  if (list->is<T3UniversalCharStringType>()) result.Add(gT3UniversalCharacterType, gT3UniversalCharacterType);
+  return result;
+}
+
 T3Candidates InStatement(T3Tree_Node* node, T3Tree_Node* parent) {
   switch (parent->kind) {
     case T3Kind::T3AssignStmt: {
       T3Tree_Node* left = parent->as<T3AssignStmt>()->lhs;
-      if (node == left) return Anything();
-      return T3Candidates(ExpressionLocalType(left), ExpressionBaseType(left));
+      return node == left ? Anything() : OfTarget(left);
     }
     case T3Kind::T3IfStmt:
     case T3Kind::T3WhileStmt:

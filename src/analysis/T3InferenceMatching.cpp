@@ -19,16 +19,31 @@ T3Inference InferValueList(T3Tree_Node* node, T3Tree_Node* values, T3Candidates&
 }
 
 // The bounds of a range of strings are single characters.
+T3Tree_Node* BoundType(T3Tree_Node* base) {
+  if (base->is<T3CharStringType>()) return gT3CharacterType;
+  return base->is<T3UniversalCharStringType>() ? gT3UniversalCharacterType : base;
+}
+
+T3Tree_Node* StringType(T3Tree_Node* bound) {
+  if (bound->is<T3CharacterType>()) return gT3CharStringType;
+  return bound->is<T3UniversalCharacterType>() ? gT3UniversalCharStringType : bound;
+}
+
 T3Candidates BoundCandidates(const T3Candidates& candidates) {
   T3Candidates result;
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
-    T3Tree_Node* base = candidates.base(i);
-    if (base->is<T3CharStringType>()) base = gT3CharacterType;
-    if (base->is<T3UniversalCharStringType>()) base = gT3UniversalCharacterType;
-    result.Add(base, base);
+    T3Tree_Node* type = BoundType(candidates.base(i));
+    result.Add(type, type);
   }
   return result;
+}
+
+// A bound may be a constant that is declared as a string and holds one character.
+bool FailsAsBound(T3Tree_Node* bound, T3Candidates characters, T3Candidates strings) {
+  const T3Inference result = Infer(bound, characters, false, false);
+  if (result != T3Inference::Unreported) return result != T3Inference::Good;
+  return Infer(bound, strings, false, true) != T3Inference::Good;
 }
 
 void StrikeWhatBoundIsNot(T3Candidates& candidates, T3Tree_Node* bound) {
@@ -44,14 +59,12 @@ void StrikeWhatBoundIsNot(T3Candidates& candidates, T3Tree_Node* bound) {
 
 // A range has the type of its lower bound; the lower bound `-infinity` leaves it to the upper one.
 T3Inference InferRange(T3ValueRange* range, T3Candidates& candidates, bool report) {
-  T3Candidates bounds = BoundCandidates(candidates);
-  T3Candidates lower = bounds;
   const bool open = range->lb->is<T3UnaryMinus>() && range->lb->as<T3UnaryMinus>()->arg->is<T3Infinity>();
   T3Tree_Node* leading = open ? range->ub : range->lb;
   T3Tree_Node* other = open ? range->lb : range->ub;
-  bool failed = Infer(leading, lower, false, true) != T3Inference::Good;
-  T3Tree_Node* type = BaseOf(leading);
-  failed = Fails(other, {type}) || failed;
+  bool failed = FailsAsBound(leading, BoundCandidates(candidates), OperandCandidates(candidates));
+  T3Tree_Node* type = BoundType(BaseOf(leading));
+  failed = FailsAsBound(other, {type}, {StringType(type)}) || failed;
   if (!failed) StrikeWhatBoundIsNot(candidates, type);
   const T3Inference result = Finish(range, candidates, failed, report);
   if (result == T3Inference::Good) SetResult(range, type);
