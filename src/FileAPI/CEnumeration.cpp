@@ -7,8 +7,6 @@
 
 CEnumeration::CEnumeration(CFile* file, const std::string& name, bool exported, bool isTypedef)
     : CBase(file), name_(name), exported_(exported), isTypedef_(isTypedef) {
-  if (file == nullptr)
-    throw internal_exception("CEnumeration", __LINE__, "CEnumeration", "Illegal file handle");
   section_.add((isTypedef ? "typedef enum" : "enum " + name) + "\n{\n  ");
 }
 
@@ -25,6 +23,7 @@ void CEnumeration::addMember(const std::string& name, long value) {
 }
 
 void CEnumeration::end() {
+  if (file_ == nullptr) throw internal_exception("CEnumeration", __LINE__, "end", "Illegal file handle");
   section_.add("\n} " + (isTypedef_ ? name_ : std::string()) + ";\n\n");
   section_.end();
   if (members_ > 0)

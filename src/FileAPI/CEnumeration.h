@@ -8,9 +8,8 @@
 
 class CEnumeration : public CBase {
  public:
-  /// Throws internal_exception without a file.
   CEnumeration(CFile* file, const std::string& name, bool exported, bool isTypedef);
-  /// An enumeration without members is dropped.
+  /// An enumeration without members is dropped. Throws internal_exception without a file.
   void end() override;
 
   /// An empty value stands for none; the name of an earlier member stands for that one's value.

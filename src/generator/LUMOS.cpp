@@ -258,7 +258,7 @@ std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
   if (decl->is<T3TypeDecl>())
     return "vexa_" + Qualified(decl) + "_local_" + AttributeWord(kind) + "_attributes";
   if (decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
-    return "vexa_" + ModuleOf(decl) + "_" + Origin(decl) + "_" + AttributeWord(kind) + "_attributes";
+    return "vexa_" + ModuleOf(decl) + "_" + Origin(decl) + AttributeWord(kind) + "_attributes";
   return WRONG_NODE(decl);
 }
 

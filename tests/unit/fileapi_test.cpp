@@ -239,7 +239,7 @@ TEST_F(FileApi, UnbalancedArrayAndMissingFileAreFaults) {
   EXPECT_EQ("No file object to flush to", Failure([&] { orphan.end(); }));
   CFunction function(nullptr, "void", "f", {}, "", true);
   EXPECT_EQ("No file", Failure([&] { function.end(); }));
-  EXPECT_EQ("Illegal file handle", Failure([] { CEnumeration enumeration(nullptr, "e", true, true); }));
+  EXPECT_EQ("Illegal file handle", Failure([] { CEnumeration(nullptr, "e", true, true).end(); }));
 }
 
 TEST_F(FileApi, EnumerationsResolveEarlierMembersAndVanishWhenEmpty) {

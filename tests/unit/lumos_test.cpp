@@ -137,7 +137,7 @@ TEST(Names, TypesAndTheirImports) {
   auto* import = Import<T3ImportTypeDecl>("N", "T", type);
   EXPECT_EQ("vexa_imp_type_N_M_T", VEXATypeStructName(import));
   EXPECT_EQ("vexa_N_T_imp_type", VEXATypeConstName(import));
-  EXPECT_EQ("vexa_N_M_T_display_attributes", VEXAAttributesName(import, t3_with_attribute_t::Display));
+  EXPECT_EQ("vexa_N_M_Tdisplay_attributes", VEXAAttributesName(import, t3_with_attribute_t::Display));
   auto* signature = Import<T3ImportSignatureDecl>("N", "S", Type("M", "S"));
   EXPECT_EQ("vexa_N_S_imp_sig", VEXATypeConstName(signature));
   EXPECT_EQ("vexa_imp_type_N_M_S", VEXATypeName(signature));
