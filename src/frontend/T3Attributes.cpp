@@ -1,7 +1,6 @@
 // The distribution of `with` attributes over the declarations for which they hold.
 #include "frontend/T3Attributes.h"
 
-#include <memory>
 #include <unordered_set>
 #include <vector>
 
@@ -15,33 +14,6 @@ namespace {
 constexpr t3_with_attribute_t kKinds[] = {t3_with_attribute_t::Encode, t3_with_attribute_t::Display,
                                           t3_with_attribute_t::Variant, t3_with_attribute_t::Extension};
 constexpr size_t kKindCount = std::size(kKinds);
-
-// What holds at a level of the tree for one kind of attribute. Levels that add nothing share the map.
-struct Scope {
-  T3AttributeValue global;
-  std::shared_ptr<const T3AttributeMap> map;
-};
-struct Level {
-  Scope scopes[kKindCount];
-};
-
-Scope GroupScope(const Scope& outer, T3Tree_Node* with_list, t3_with_attribute_t kind) {
-  T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(with_list, kind, &own);
-  Scope scope{JoinGlobalAttributes(outer.global, value), outer.map};
-  if (own.empty()) return scope;
-  auto joined = std::make_shared<T3AttributeMap>();
-  JoinAttributeMaps(*outer.map, own, joined.get());
-  scope.map = joined;
-  return scope;
-}
-
-std::shared_ptr<const Level> PPGroupDeclAttr(const Level& outer, T3GroupDecl* group) {
-  auto level = std::make_shared<Level>();
-  for (size_t i = 0; i < kKindCount; ++i)
-    level->scopes[i] = GroupScope(outer.scopes[i], group->with_spec, kKinds[i]);
-  return level;
-}
 
 template <class Item>
 void AddNames(T3Tree_Node* list, std::unordered_set<tIdent>& names) {
@@ -73,51 +45,100 @@ bool LocalAttributeMapOK(T3Tree_Node* type, const T3AttributeMap& map, const tPo
   return true;
 }
 
-T3Tree_Node* PPTypeDeclAttr(T3TypeDecl* decl, t3_with_attribute_t kind, const Scope& outer) {
+// Walks the declarations of a module. What groups hold is entered in front of their bodies and taken back
+// behind them, so that a group costs what stands in it.
+class Distribution {
+ public:
+  explicit Distribution(T3Module* module);
+  void PPAttr1(T3Tree_Node* decls);
+
+ private:
+  struct Level {
+    T3AttributeValue global[kKindCount];
+    T3HiddenAttributes hidden[kKindCount];
+    /// Where the walk goes on behind the group.
+    T3Tree_Node* behind = nullptr;
+  };
+
+  void PPGroupDeclAttr(Level& level, size_t kind, T3GroupDecl* group);
+  T3Tree_Node* EnterGroup(T3GroupDecl* group);
+  T3Tree_Node* LeaveGroup();
+  T3Tree_Node* PPTypeDeclAttr(T3TypeDecl* decl, size_t kind) const;
+  T3Tree_Node* PPImportDeclAttr(_T3ImportDecl* decl, size_t kind) const;
+  void ReplaceWithSpec(_T3Decl* decl) const;
+
+  std::vector<Level> levels_;
+  /// What the levels around say of declarations by their names.
+  T3AttributeMap named_[kKindCount];
+};
+
+Distribution::Distribution(T3Module* module) {
+  levels_.emplace_back();
+  for (size_t i = 0; i < kKindCount; ++i)
+    levels_.back().global[i] = CollectAttributes(module->with_spec, kKinds[i], &named_[i]);
+}
+
+void Distribution::PPGroupDeclAttr(Level& level, size_t kind, T3GroupDecl* group) {
   T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(decl->with_spec, kind, &own);
-  const auto named = outer.map->find(decl->name);
+  const T3AttributeValue value = CollectAttributes(group->with_spec, kKinds[kind], &own);
+  level.global[kind] = JoinGlobalAttributes(levels_.back().global[kind], value);
+  level.hidden[kind] = JoinAttributeMaps(&named_[kind], own);
+}
+
+T3Tree_Node* Distribution::EnterGroup(T3GroupDecl* group) {
+  Level level;
+  for (size_t i = 0; i < kKindCount; ++i) PPGroupDeclAttr(level, i, group);
+  level.behind = group->next;
+  levels_.push_back(std::move(level));
+  return group->body;
+}
+
+T3Tree_Node* Distribution::LeaveGroup() {
+  const Level level = std::move(levels_.back());
+  levels_.pop_back();
+  for (size_t i = 0; i < kKindCount; ++i) RestoreAttributeMap(&named_[i], level.hidden[i]);
+  return level.behind;
+}
+
+T3Tree_Node* Distribution::PPTypeDeclAttr(T3TypeDecl* decl, size_t kind) const {
+  T3AttributeMap own;
+  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own);
+  const auto named = named_[kind].find(decl->name);
   const T3AttributeValue effective =
-      named != outer.map->end() ? named->second : JoinGlobalAttributes(outer.global, value);
+      named != named_[kind].end() ? named->second : JoinGlobalAttributes(levels_.back().global[kind], value);
   if (!LocalAttributeMapOK(decl->type, own, decl->position)) return _sgT3NoWith(false);
-  return CreateWithSpec(effective, kind, own, decl->position);
+  return CreateWithSpec(effective, kKinds[kind], own, decl->position);
 }
 
-T3Tree_Node* PPImportDeclAttr(_T3ImportDecl* decl, t3_with_attribute_t kind, const Scope& outer) {
+T3Tree_Node* Distribution::PPImportDeclAttr(_T3ImportDecl* decl, size_t kind) const {
   T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(decl->with_spec, kind, &own);
-  return CreateWithSpec(JoinGlobalAttributes(outer.global, value), kind, own, decl->position);
+  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own);
+  return CreateWithSpec(JoinGlobalAttributes(levels_.back().global[kind], value), kKinds[kind], own,
+                        decl->position);
 }
 
-void ReplaceWithSpec(_T3Decl* decl, const Level& level) {
+void Distribution::ReplaceWithSpec(_T3Decl* decl) const {
   T3Tree_Node* list = _sgT3NoWith(false);
   for (size_t i = 0; i < kKindCount; ++i) {
-    T3Tree_Node* part = decl->is<T3TypeDecl>()
-                            ? PPTypeDeclAttr(decl->as<T3TypeDecl>(), kKinds[i], level.scopes[i])
-                            : PPImportDeclAttr(decl->as<_T3ImportDecl>(), kKinds[i], level.scopes[i]);
+    T3Tree_Node* part = decl->is<T3TypeDecl>() ? PPTypeDeclAttr(decl->as<T3TypeDecl>(), i)
+                                               : PPImportDeclAttr(decl->as<_T3ImportDecl>(), i);
     list = AppendWithSpec(list, part);
   }
   decl->with_spec = list;
 }
 
-// Groups are entered with their own level; the walk goes on behind them with the level around.
-void PPAttr1(T3Tree_Node* decls, std::shared_ptr<const Level> outermost) {
-  struct Place {
-    T3Tree_Node* decl;
-    std::shared_ptr<const Level> level;
-  };
-  std::vector<Place> rest;
-  rest.push_back({decls, std::move(outermost)});
-  while (!rest.empty()) {
-    const Place place = rest.back();
-    rest.pop_back();
-    if (T3Is<T3NoDecl>(place.decl)) continue;
-    if (!T3Is<_T3Decl>(place.decl)) yyAbort("PPAttr1");
-    rest.push_back({place.decl->as<_T3Decl>()->next, place.level});
-    if (auto* group = place.decl->try_as<T3GroupDecl>())
-      rest.push_back({group->body, PPGroupDeclAttr(*place.level, group)});
-    else if (place.decl->is<T3TypeDecl>() || place.decl->is<_T3ImportDecl>())
-      ReplaceWithSpec(place.decl->as<_T3Decl>(), *place.level);
+void Distribution::PPAttr1(T3Tree_Node* decls) {
+  T3Tree_Node* decl = decls;
+  while (!T3Is<T3NoDecl>(decl) || levels_.size() > 1) {
+    if (T3Is<T3NoDecl>(decl)) {
+      decl = LeaveGroup();
+    } else if (T3Is<T3GroupDecl>(decl)) {
+      decl = EnterGroup(decl->as<T3GroupDecl>());
+    } else {
+      if (!T3Is<_T3Decl>(decl)) yyAbort("PPAttr1");
+      if (decl->is<T3TypeDecl>() || decl->is<_T3ImportDecl>()) ReplaceWithSpec(decl->as<_T3Decl>());
+      decl = decl->as<_T3Decl>()->next;
+    }
   }
 }
 
@@ -191,22 +212,28 @@ T3AttributeValue JoinGlobalAttributes(const T3AttributeValue& outer, const T3Att
   return !inner.IsEmpty() && !outer.override ? inner : outer;
 }
 
-void JoinAttributeMaps(const T3AttributeMap& outer, const T3AttributeMap& inner, T3AttributeMap* result) {
-  *result = outer;
+T3HiddenAttributes JoinAttributeMaps(T3AttributeMap* map, const T3AttributeMap& inner) {
+  T3HiddenAttributes hidden;
   for (const auto& [name, value] : inner) {
-    const auto found = outer.find(name);
-    if (found == outer.end() || !found->second.override) (*result)[name] = value;
+    const auto [entry, added] = map->try_emplace(name, value);
+    if (!added && entry->second.override) continue;
+    hidden.emplace_back(name, added ? T3AttributeValue() : entry->second);
+    entry->second = value;
+  }
+  return hidden;
+}
+
+void RestoreAttributeMap(T3AttributeMap* map, const T3HiddenAttributes& hidden) {
+  for (const auto& [name, value] : hidden) {
+    if (value.IsEmpty())
+      map->erase(name);
+    else
+      (*map)[name] = value;
   }
 }
 
 void PreprocessAttributes(T3Tree_Node* module) {
   if (!T3Is<T3Module>(module)) yyAbort("PreprocessAttributes");
   auto* node = module->as<T3Module>();
-  auto level = std::make_shared<Level>();
-  for (size_t i = 0; i < kKindCount; ++i) {
-    auto map = std::make_shared<T3AttributeMap>();
-    level->scopes[i].global = CollectAttributes(node->with_spec, kKinds[i], map.get());
-    level->scopes[i].map = map;
-  }
-  PPAttr1(node->definition_part, level);
+  Distribution(node).PPAttr1(node->definition_part);
 }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <map>
+#include <utility>
+#include <vector>
 
 #include "frontend/T3Tree.h"
 
@@ -15,6 +17,8 @@ struct T3AttributeValue {
   bool IsEmpty() const { return StringM::StLength(text) == 0; }
 };
 using T3AttributeMap = std::map<tIdent, T3AttributeValue>;
+/// What the entries of a map were before an inner level came; the empty attribute for none.
+using T3HiddenAttributes = std::vector<std::pair<tIdent, T3AttributeValue>>;
 
 /// The texts by which the encodings of ASN.1 are named.
 extern tStringRef vexa_encoder_BER, vexa_encoder_BER_INDEFINITE_LENGTH_variation,
@@ -33,7 +37,10 @@ T3Tree_Node* CreateWithSpec(const T3AttributeValue& value, t3_with_attribute_t k
 /// Hangs `b` behind the last element of `a`.
 T3Tree_Node* AppendWithSpec(T3Tree_Node* a, T3Tree_Node* b);
 T3AttributeValue JoinGlobalAttributes(const T3AttributeValue& outer, const T3AttributeValue& inner);
-void JoinAttributeMaps(const T3AttributeMap& outer, const T3AttributeMap& inner, T3AttributeMap* result);
+/// Enters what an inner level says into the map of the outer one, except what the outer one overrides.
+/// Returns what it takes to undo that.
+T3HiddenAttributes JoinAttributeMaps(T3AttributeMap* map, const T3AttributeMap& inner);
+void RestoreAttributeMap(T3AttributeMap* map, const T3HiddenAttributes& hidden);
 
 /// Distributes `with` attributes over groups, types and imports. Once for each module.
 void PreprocessAttributes(T3Tree_Node* module);

@@ -312,7 +312,7 @@ TEST_F(TypeGenerator, ImportSharesTheDescriptionOfItsOrigin) {
       "#define vexa_M_T_imp_type &(vexa_imp_type_M_B_T)\n#define vexa_M_S_imp_sig &(vexa_imp_type_M_B_S)\n");
   ExpectSource(
       "lumo_type_struct_t vexa_imp_type_M_B_T = \n  {\n    \"B\",\n    \"T\",\n    NULL,\n    "
-      "vexa_M_B_T_encode_attributes,\n");
+      "vexa_M_B_Tencode_attributes,\n");
   ExpectSource(
       "  { \"B.T\", lumo_symbol_entry_kind_userdefined_type, &(vexa_imp_type_M_B_T), NULL, NULL, NULL, NULL "
       "}");
@@ -335,8 +335,8 @@ TEST_F(TypeGenerator, AttributeOfAnImportHoldsUnlessTheOriginForbids) {
     Import<T3ImportTypeDecl>(name, origin)->with_spec = With(Encode, "\"import\"");
   }
   Generate();
-  ExpectSource("vexa_M_B_T_encode_attributes[] =\n{\n  { \"import\", false }\n};\n");
-  ExpectSource("vexa_M_B_F_encode_attributes[] =\n{\n  { \"origin\", true }\n};\n");
+  ExpectSource("vexa_M_B_Tencode_attributes[] =\n{\n  { \"import\", false }\n};\n");
+  ExpectSource("vexa_M_B_Fencode_attributes[] =\n{\n  { \"origin\", true }\n};\n");
 }
 
 TEST_F(TypeGenerator, PortsHaveAReferenceAndARecord) {
