@@ -79,6 +79,30 @@ void CheckArrayBounds(T3Tree_Node* node) {
     vexa_filtered_error(ERR_const, PositionOf(bound));
 }
 
+// A template by its name: one of the module or an import, a variable or a parameter that holds templates.
+bool RefersToTemplate(T3Tree_Node* expression) {
+  if (auto* call = expression->try_as<T3Parameterization>()) expression = call->base;
+  if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return false;
+  T3Tree_Node* def = BehindImport(Def(expression));
+  if (auto* variable = def == nullptr ? nullptr : def->try_as<T3VarDecl>())
+    return variable->is_template_variable;
+  return T3Is<T3TemplateDecl>(def) || T3Is<T3FormalTemplatePar>(def);
+}
+
+// A template that is named keeps the type that it has, even where values of the two types fit each other. One
+// whose type does not fit at all has had its message.
+void CheckExplicitTemplateType(T3Tree_Node* node) {
+  auto* definition = node->as<T3TemplateDef>();
+  if (T3Is<T3NoType>(definition->parent) || definition->modifies->is<T3TemplateReference>()) return;
+  if (!T3Is<_T3Expression>(definition->constraint) || !RefersToTemplate(definition->constraint)) return;
+  T3Tree_Node* own = BaseTypeDef(definition->parent);
+  T3Tree_Node* named = BaseTypeDef(BehindImport(Def(definition->constraint)));
+  if (own->is<T3ErrorType>() || named->is<T3ErrorType>()) return;
+  if (ExpressionBaseType(definition->constraint)->is<T3ErrorType>()) return;
+  if (!CheckStrictTypeCompatibility(own, named))
+    vexa_filtered_error(ERR_type_template_changing, PositionOf(definition));
+}
+
 constexpr T3Rule kRules[] = {
     {T3Kind::T3TypeReference, CheckTypeReference},
     {T3Kind::T3SubType, CheckSubtypeCycle},
@@ -89,6 +113,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3Divide, CheckDivision},
     {T3Kind::T3TypeDecl, EnterDependencies},
     {T3Kind::_T3InstanceValueDecl, EnterDependencies},
+    {T3Kind::T3TemplateDef, CheckExplicitTemplateType},
     {T3Kind::T3TemplateDecl, EnterDependencies},
 };
 }  // namespace
