@@ -92,7 +92,7 @@ class BadInputTest(unittest.TestCase):
         self.assertEqual(["Error       Could not determine file format of M.ttcn"], result.messages())
         self.write(b"// nothing but a comment\n")
         result = self.check(["-a", "-F", "M.ttcn"], [PARSING])
-        self.assertEqual(["M.ttcn(2) : column 1 : Error       found/expected : _EOF_/. ( module objid"],
+        self.assertEqual(["M.ttcn(2) : column 1 : Error       found/expected : _EOF_/module"],
                          result.messages())
         for content in (bytes(range(256)) * 64, Path(ORVANE).read_bytes()[:1_000_000]):
             self.write(content)
