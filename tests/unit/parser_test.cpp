@@ -278,6 +278,26 @@ TEST_F(ParserTest, Types) {
   EXPECT_EQ("TypeDecl(address, -, SubType(TypeReference(integer), -))", Definition("type integer address"));
 }
 
+TEST_F(ParserTest, PortsKeepTheOrderOfTheirTypes) {
+  EXPECT_EQ(
+      "TypeDecl(P, -, PortType(0, [TypeItem(TypeReference(a)); TypeItem(TypeReference(b)); TypeItem("
+      "TypeReference(d)); TypeItem(TypeReference(e))], [TypeItem(TypeReference(c)); TypeItem(TypeReference("
+      "d)); TypeItem(TypeReference(e))]))",
+      Definition("type port P message { in a, b; out c; inout d, e }"));
+  gT3IsPortAllTypes = false;
+  EXPECT_EQ("TypeDecl(P, -, PortType(1, -, [TypeItem(TypeReference(a))]))",
+            Definition("type port P procedure { out a }"));
+  EXPECT_FALSE(gT3IsPortAllTypes);
+  auto* port = ParseDefinition("type port P mixed { inout all }")->as<T3TypeDecl>()->type->as<T3PortType>();
+  EXPECT_EQ("PortType(2, [TypeItem(AllTypes)], [TypeItem(AllTypes)])", Show(port));
+  EXPECT_TRUE(gT3IsPortAllTypes);
+  // The second direction of `inout` has items of its own around the same types.
+  EXPECT_NE(port->in_list, port->out_list);
+  EXPECT_EQ(port->in_list->as<T3TypeItem>()->type, port->out_list->as<T3TypeItem>()->type);
+  EXPECT_EQ(NoPosition, port->out_list->as<T3TypeItem>()->position);
+  gT3IsPortAllTypes = false;
+}
+
 TEST_F(ParserTest, DeclarationsWithSeveralNamesShareTheirWith) {
   ParseDefinition("const integer a := 1, b[2] := {1, 2} with { encode \"E\" display (x, y) \"D\" }");
   const std::string with =
@@ -425,6 +445,44 @@ TEST_F(ParserTest, Communication) {
       "StartStmt(t, FloatLiteral(1.0)); StopStmt(AllTimer); ClearStmt(AllPort); KillStmt(Self); DoneStmt("
       "AnyComponent)",
       Statements("t.start(1.0); all timer.stop; all port.clear; self.kill; any component.done"));
+}
+
+TEST_F(ParserTest, RecipientsInParenthesesAreAListWhereTheyCanBe) {
+  const auto recipients = [this](const std::string& text) {
+    auto* function = ParseDefinition("function f() { p.send(a) to " + text + " }")->as<T3Function>();
+    return Show(function->body->as<T3BlockStmt>()->body->as<T3SendStmt>()->recipient);
+  };
+  const auto item = [](const std::string& text) {
+    return "AddressListItem(TemplateDef(-, " + text + ", -, 0))";
+  };
+  EXPECT_EQ("RecipientMulti([" + item("a") + "])", recipients("((a))"));
+  EXPECT_EQ("RecipientMulti([" + item("Plus(a, b)") + "])", recipients("(a + b)"));
+  EXPECT_EQ("RecipientMulti([AddressListItem(TemplateDef(TypeReference(T), a, -, 0)); " + item("Self") + "])",
+            recipients("(T:a, self)"));
+  EXPECT_EQ("RecipientMulti([" + item("ValueList([ValueListItem(1); ValueListItem(2)])") + "; " +
+                item("ValueRange(1, 2)") + "])",
+            recipients("((1, 2), (1 .. 2))"));
+  EXPECT_EQ("RecipientMulti([" + item("ObjIdQualifier(a, ObjectIdentifierLiteral([ObjIdItem(1)]))") + "])",
+            recipients("(a.objid { 1 })"));
+  EXPECT_EQ("RecipientSingle(TemplateDef(-, Complement([ValueListItem(a)]), -, 0))",
+            recipients("complement(a)"));
+  EXPECT_EQ("RecipientSingle(TemplateDef(-, CompoundValue([FieldValue(-, 1, 0)]), -, 0))", recipients("{1}"));
+  EXPECT_EQ(
+      "RecipientSingle(TemplateDef(-, Parameterization(f, [ActualPar(TemplateDef(-, a, -, 0))]), -, 0))",
+      recipients("f(a)"));
+}
+
+TEST_F(ParserTest, WhatIsLeftOutLiesAtTheLastTokenBefore) {
+  auto* function = ParseDefinition("function f() { unmap\n\n stop }")->as<T3Function>();
+  auto* unmap = function->body->as<T3BlockStmt>()->body->as<T3UnmapStmt>();
+  const auto file = static_cast<uint32_t>(gCurrentFilename);
+  EXPECT_EQ((tPosition{1, file, 27}), unmap->position);
+  EXPECT_EQ((tPosition{1, file, 27}), unmap->component_1->as<T3Self>()->position);
+  function = ParseDefinition("function f() { alt { [] s()\n\n} }")->as<T3Function>();
+  auto* alternative = function->body->as<T3BlockStmt>()->body->as<T3AltStmt>()->alts->as<T3TestStepRefAlt>();
+  auto* block = alternative->body->as<T3BlockStmt>();
+  EXPECT_EQ((tPosition{1, file, 38}), block->position);
+  EXPECT_EQ(block->position, block->end_position);
 }
 
 TEST_F(ParserTest, Configuration) {
