@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -172,6 +174,14 @@ std::unique_ptr<CEnumeration> CFile::beginEnumeration(const std::string& name, b
 
 std::unique_ptr<CArray> CFile::beginArray(const std::string& type, const std::string& name, bool isStatic) {
   return std::make_unique<CArray>(this, type, name.empty() ? uniqueName() : name, isStatic);
+}
+
+void CFile::remove(const std::string& path) {
+  if (std::remove(path.c_str()) == 0) return;
+  const char* reason = errno == EACCES || errno == EPERM ? "Permission denied"
+                       : errno == ENOENT                 ? "No such file or directory"
+                                                         : "error when removing file";
+  std::fprintf(stderr, "CFile::remove - %s\n", reason);
 }
 
 std::string CFile::path(const std::string& name) const {

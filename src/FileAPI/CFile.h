@@ -87,6 +87,9 @@ class CFile {
   /// An empty name stands for a unique one.
   std::unique_ptr<CArray> beginArray(const std::string& type, const std::string& name, bool isStatic);
 
+  /// Removes a file; a failure is told on standard error and otherwise passed over.
+  static void remove(const std::string& path);
+
   const std::string& directory() const { return directory_; }
   /// The source name, then the header name, then each split file.
   const std::vector<std::string>& generatedFiles() const { return generatedFiles_; }

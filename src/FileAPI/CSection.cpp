@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "FileAPI/CFile.h"
 #include "driver/T3Exception.h"
 
 namespace {
@@ -75,6 +76,7 @@ void CSection::writeTo(FILE* stream) {
     return;
   }
   copySpillFile(stream);
+  CFile::remove(file_.path());
   file_.Remove();
 }
 

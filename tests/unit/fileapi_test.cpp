@@ -278,6 +278,20 @@ TEST_F(FileApi, LongTextSpillsAndReadsTheSame) {
   EXPECT_EQ(small.substr(0, 4000), large.substr(0, 4000));
 }
 
+TEST_F(FileApi, WhatCannotBeRemovedIsTold) {
+  const auto told = [](const char* path) {
+    testing::internal::CaptureStderr();
+    CFile::remove(path);
+    return testing::internal::GetCapturedStderr();
+  };
+  std::ofstream("here") << "text";
+  fs::create_directory("full");
+  std::ofstream("full/inside") << "text";
+  EXPECT_EQ("", told("here"));
+  EXPECT_EQ("CFile::remove - No such file or directory\n", told("here"));
+  EXPECT_EQ("CFile::remove - error when removing file\n", told("full"));
+}
+
 TEST_F(FileApi, BuildersThatAreNotEndedLeaveNothing) {
   EXPECT_EQ("\n", SourceOf([](CFile& file) {
               auto function = file.beginFunction("void", "lost", {}, "", false);
