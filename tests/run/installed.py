@@ -11,6 +11,7 @@ to their end.
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -51,6 +52,13 @@ def bare_path(folder):
     return folder
 
 
+def check_life_cycle(module, output, folder):
+    """Each module goes once through its life, and tells so."""
+    lines = re.findall(rf"Module {module} (.*)$", output, re.MULTILINE)
+    if lines != ["registered", "initialized", "- module parameters initialized", "finalized"]:
+        sys.exit(f"{folder}: the life of module {module} was {lines}\n{output[-4000:]}")
+
+
 def build_and_run(suite, program, prefix, folder, environment, options):
     folder.mkdir(parents=True)
     sources = []
@@ -63,8 +71,9 @@ def build_and_run(suite, program, prefix, folder, environment, options):
     run(make, folder, environment)
     output = run([f"./{suite.root}"], folder, environment)
     for source in suite.sources:
-        if f"Module {source.stem} finalized" not in output:
-            sys.exit(f"{folder}: module {source.stem} did not run\n{output[-4000:]}")
+        run(["cc", "-std=c11", "-Wall", "-Werror=implicit", f"-I{prefix / 'include'}", "-fsyntax-only", source.stem + ".c"],
+            folder, environment)
+        check_life_cycle(source.stem, output, folder)
     verdicts = FINISHED.findall(output)
     if options.verdicts and verdicts != suite.verdicts:
         sys.exit(f"{folder}: expected {suite.verdicts}\nfound {verdicts}\n{output[-4000:]}")
