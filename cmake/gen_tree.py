@@ -29,7 +29,6 @@ FIELD_TYPES = {
     "nodelist": ("T3NodeList*", "nullptr", "Reference"),
     "declmap": ("T3DeclMap*", "nullptr", "Reference"),
     "namecache": ("T3NameCache*", "nullptr", "Reference"),
-    "declindex": ("T3DeclIndex*", "nullptr", "Reference"),
     "bitset": ("DeclBitSet*", "nullptr", "Reference"),
     "ModuleOptions*": ("ModuleOptions*", "nullptr", "Reference"),
     "t3_import_restr_t": ("t3_import_restr_t", "t3_import_restr_t{}", "Bytes"),
@@ -183,7 +182,7 @@ def write_constructors(kinds, out):
 def write_tables(kinds, by_name, out):
     w = out.write
     w("// Made by gen_tree.py from T3Tree.desc; do not edit.\n")
-    w('#include <cstddef>\n#include <new>\n\n#include "frontend/T3Tree.h"\n#include "frontend/T3GlobalASTNodes.h"\n\n')
+    w('#include <cstddef>\n#include <new>\n\n#include "frontend/T3GlobalASTNodes.h"\n#include "frontend/T3TreeFields.h"\n\n')
     w('#pragma GCC diagnostic ignored "-Winvalid-offsetof"\n\n')
     w("const unsigned short T3Tree_TypeRange[kT3KindCount] = {\n")
     w("".join(f"  {k.last},\n" for k in kinds))
@@ -193,14 +192,19 @@ def write_tables(kinds, by_name, out):
     w("".join(f'  "{k.name}",\n' for k in kinds))
     w("};\n\nnamespace {\n")
     for kind in kinds:
-        rows = []
+        rows, kind.children, kind.next = [], [], "{nullptr, 0, 0}"
         for k in chain(kind):
             for f in k.own("arg", "late"):
                 child = "0xffff"
+                edge = f"{{&fields_{kind.first}[{len(rows)}], {len(rows)}, offsetof({kind.cname}, {f.name})}}"
                 if f.child_class == "any":
                     child = "0xfffe"
                 elif f.child_class:
                     child = str(by_name[f.child_class].first)
+                if child != "0xffff" and f.name == "next":
+                    kind.next = edge
+                elif child != "0xffff":
+                    kind.children.append(edge)
                 rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, {child}, offsetof({kind.cname}, {f.name}), '
                             f"sizeof({f.ctype}), T3FieldRecord::Node}},\n")
         for role, record in (("attr", "Attributes"), ("cold", "Cold")):
@@ -211,12 +215,19 @@ def write_tables(kinds, by_name, out):
         if rows:
             w(f"const T3FieldInfo fields_{kind.first}[] = {{\n{''.join(rows)}}};\n")
         kind.row_count = len(rows)
+        if kind.children:
+            w(f"const T3ChildFields::Child children_{kind.first}[] = {{{', '.join(kind.children)}}};\n")
     w("\ntemplate <class A>\nvoid Build(void* memory) {\n  new (memory) A;\n}\n}  // namespace\n\n")
     w("const T3KindInfo T3Tree_KindInfo[kT3KindCount] = {\n")
     for kind in kinds:
         fields = f"{{fields_{kind.first}, {kind.row_count}}}" if kind.row_count else "{}"
         w(f"  {{{fields}, sizeof({kind.cname}_Attributes), sizeof({kind.cname}_Cold), "
           f"&Build<{kind.cname}_Attributes>, &Build<{kind.cname}_Cold>}},\n")
+    w("};\n\n")
+    w("const T3ChildFields T3Tree_ChildFields[kT3KindCount] = {\n")
+    for kind in kinds:
+        children = f"children_{kind.first}" if kind.children else ""
+        w(f"  {{{{{children}}}, {kind.next}}},\n")
     w("};\n\n")
     w("namespace {\ntemplate <class T>\nT* NewBare(T3Kind kind) {\n")
     w("  return static_cast<T*>(gT3AST.MakeT3Tree(kind));\n}\n}  // namespace\n\n")

@@ -59,12 +59,19 @@ T3Tree_Node* CreateAnyTypeUnionRepresentation(const T3NodeList& members, T3Place
 }
 }  // namespace
 
+// The fields themselves are made when somebody asks: most modules do not use the type.
 void SetAnyTypeInformation(T3Tree_Node* root) {
   auto* module = root->as<T3Builtin>()->module->as<T3Module>();
   if (!T3Is<T3AnyType>(gT3AnyType) || module->definition_part->place == nullptr) return;
-  auto& attributes = gT3AnyType->as<T3AnyType>()->attr();
-  attributes.type_members = new T3NodeList(AllTypesOf(module));
-  attributes.union_representation =
-      CreateAnyTypeUnionRepresentation(*attributes.type_members, module->definition_part->place);
+  gT3AnyType->place = module->definition_part->place;
+  gT3AnyType->as<T3AnyType>()->attr().type_members = const_cast<T3NodeList*>(&AllTypesOf(module));
   module->attr().my_anytype = gT3AnyType;
+}
+
+T3Tree_Node* AnyTypeFields(T3Tree_Node* anytype) {
+  auto& attributes = anytype->as<T3AnyType>()->attr();
+  if (attributes.union_representation == nullptr && attributes.type_members != nullptr)
+    attributes.union_representation =
+        CreateAnyTypeUnionRepresentation(*attributes.type_members, anytype->place);
+  return attributes.union_representation;
 }

@@ -2,17 +2,35 @@
 // struck out. Few candidates are the rule, so that the first ones lie in the object itself.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <span>
 #include <vector>
 
 #include "frontend/T3Tree.h"
+
+/// The few own types of a form of expression, in place.
+class T3OwnTypes {
+ public:
+  T3OwnTypes(std::initializer_list<T3Tree_Node*> types) : count_(types.size()) {
+    std::copy(types.begin(), types.end(), types_.begin());
+  }
+  operator std::span<T3Tree_Node* const>() const {  // NOLINT(google-explicit-constructor)
+    return {types_.data(), count_};
+  }
+
+ private:
+  static constexpr size_t kMost = 7;
+  std::array<T3Tree_Node*, kMost> types_;
+  size_t count_;
+};
 
 class T3Candidates {
  public:
   T3Candidates() = default;
   T3Candidates(T3Tree_Node* local, T3Tree_Node* base) { Add(local, base); }
-  T3Candidates(const T3TypeSet& locals, const T3TypeSet& bases) {
+  T3Candidates(std::span<T3Tree_Node* const> locals, std::span<T3Tree_Node* const> bases) {
     for (size_t i = 0; i < locals.size(); ++i) Add(locals[i], bases[i]);
   }
   /// One type in both views.

@@ -95,28 +95,57 @@ class DeclarationsTable {
   T3Tree_Node* Local(tIdent name) const;
 
  private:
-  void Add(tIdent id, T3Tree_Node* type, bool imported) { entries_[id].push_back({type, imported}); }
+  void CollectNames(T3Module* module);
+  void Add(tIdent id, T3Tree_Node* type, bool imported);
+  void AddImport(T3ImportTypeDecl* import);
 
+  // An entry for each name that a clause has; what no clause names is not looked at.
   std::unordered_map<tIdent, std::vector<Entry>> entries_;
+  // The names that clauses have behind a module's.
+  std::unordered_set<tIdent> qualified_;
   std::vector<std::pair<tIdent, T3Tree_Node*>> locals_;
   std::unordered_map<tIdent, T3Tree_Node*> local_by_name_;
 };
 
+void DeclarationsTable::CollectNames(T3Module* module) {
+  for (const auto& [name, type] : locals_) {
+    ForElements(type, module->name, [this](const ExtendsElement& element) { entries_[element.filtered]; });
+    T3Tree_Node* item = type->as<T3ComponentType>()->extends;
+    for (; item->is<T3TypeItem>(); item = item->as<T3TypeItem>()->next) {
+      auto* reference = item->as<T3TypeItem>()->type->try_as<T3TypeReference>();
+      if (reference == nullptr || !reference->reference->is<T3Qualifier>()) continue;
+      qualified_.insert(reference->reference->as<T3Qualifier>()->id);
+    }
+  }
+}
+
+void DeclarationsTable::Add(tIdent id, T3Tree_Node* type, bool imported) {
+  const auto found = entries_.find(id);
+  if (found != entries_.end()) found->second.push_back({type, imported});
+}
+
+void DeclarationsTable::AddImport(T3ImportTypeDecl* import) {
+  T3Tree_Node* def = import->attr().def_aux;
+  if (!T3Is<T3TypeDecl>(def)) return;
+  const tIdent name = Ref2Id(import->object);
+  Add(name, def->as<T3TypeDecl>()->type, true);
+  if (qualified_.count(name) != 0)
+    Add(MakeQualifiedId(Ref2Id(import->from_module), name), def->as<T3TypeDecl>()->type, true);
+}
+
 DeclarationsTable::DeclarationsTable(T3Module* module) {
   ForTypeAndImportDecls(module->definition_part, [this](T3Tree_Node* decl) {
-    if (auto* local = decl->try_as<T3TypeDecl>()) {
+    auto* local = decl->try_as<T3TypeDecl>();
+    if (local == nullptr || !IsComponent(local->type)) return;
+    locals_.emplace_back(local->name, local->type);
+    local_by_name_.emplace(local->name, local->type);
+  });
+  CollectNames(module);
+  ForTypeAndImportDecls(module->definition_part, [this](T3Tree_Node* decl) {
+    if (auto* local = decl->try_as<T3TypeDecl>())
       Add(local->name, local->type, false);
-      if (!IsComponent(local->type)) return;
-      locals_.emplace_back(local->name, local->type);
-      local_by_name_.emplace(local->name, local->type);
-      return;
-    }
-    auto* import = decl->as<T3ImportTypeDecl>();
-    T3Tree_Node* def = import->attr().def_aux;
-    if (!T3Is<T3TypeDecl>(def)) return;
-    const tIdent name = Ref2Id(import->object);
-    Add(name, def->as<T3TypeDecl>()->type, true);
-    Add(MakeQualifiedId(Ref2Id(import->from_module), name), def->as<T3TypeDecl>()->type, true);
+    else
+      AddImport(decl->as<T3ImportTypeDecl>());
   });
 }
 

@@ -1,5 +1,6 @@
 // The graphs of what declarations of a module need: values and types, templates, modifications. Structured
 // types may contain themselves, so that only parents of subtypes, constraints and bounds count.
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -36,18 +37,18 @@ bool IsConstantLike(T3Tree_Node* def) {
 
 // Adds the declarations that the references of a subtree mean and that `wanted` accepts.
 template <class Wanted>
-void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeSet& found) {
+void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeList& found) {
   if (root == nullptr) return;
   ForEachInSubtree(root, [&](T3Tree_Node* node) {
     if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return true;
     T3Tree_Node* def = node->as<_T3Reference>()->attr().def;
-    if (def != nullptr && def->is<_T3Decl>() && wanted(def) && IsOfModule(def, user)) found.insert(def);
+    if (def != nullptr && def->is<_T3Decl>() && wanted(def) && IsOfModule(def, user)) found.push_back(def);
     return true;
   });
 }
 
 // What a type needs: along its parents with their constraints, and its bounds.
-void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeSet& found) {
+void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
   for (;;) {
     if (auto* array = type->try_as<T3ArrayType>()) {
       Collect(array->dimension, user, IsConstantLike, found);
@@ -63,15 +64,18 @@ void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeSet& found) {
   if (type->is<T3TypeReference>()) Collect(type, user, IsConstantLike, found);
 }
 
-void Enter(T3DependencyGraph& graph, T3Tree_Node* decl, const T3NodeSet& needed,
+// Enters what was collected, each declaration once, in the order of the numbers.
+void Enter(T3DependencyGraph& graph, T3Tree_Node* decl, T3NodeList& needed,
            const _vexa_error_message_t& cycle) {
+  std::sort(needed.begin(), needed.end(), T3NodeLess());
+  needed.erase(std::unique(needed.begin(), needed.end()), needed.end());
   graph.addDependencyNode(decl);
   for (T3Tree_Node* other : needed)
     if (graph.addDependency(decl, other)) vexa_filtered_error(cycle, PositionOf(other));
 }
 
 void EnterConstant(T3Tree_Node* decl) {
-  T3NodeSet needed;
+  T3NodeList needed;
   if (auto* type = decl->try_as<T3TypeDecl>()) CollectType(type->type, decl, needed);
   if (decl->is<_T3InstanceValueDecl>()) {
     CollectType(decl->as<_T3InstanceValueDecl>()->type, decl, needed);
@@ -83,7 +87,7 @@ void EnterConstant(T3Tree_Node* decl) {
 // Names of a body or a component are declared before they are used, so that only a declaration that needs
 // itself can close a cycle there.
 void EnterLocal(_T3InstanceValueDecl* decl) {
-  T3NodeSet needed;
+  T3NodeList needed;
   Collect(
       decl->value, decl, [decl](T3Tree_Node* def) { return def == decl; }, needed);
   if (!needed.empty()) vexa_filtered_error(ERR_cycle_const, PositionOf(decl));
@@ -109,11 +113,11 @@ bool addTemplateDependency(T3TemplateDecl* decl, T3Tree_Node* modified) {
 
 // A chain of modifications that met itself is no cycle of definitions besides.
 void EnterTemplate(T3TemplateDecl* decl) {
-  T3NodeSet needed;
+  T3NodeList needed;
   Collect(
       decl->definition, decl, [](T3Tree_Node* def) { return def->is<T3TemplateDecl>(); }, needed);
   T3Tree_Node* modified = ModifiedTemplate(decl);
-  if (modified != nullptr && !addTemplateDependency(decl, modified)) needed.erase(modified);
+  if (modified != nullptr && !addTemplateDependency(decl, modified)) std::erase(needed, modified);
   Enter(g_graphs.templates, decl, needed, ERR_cycle_template);
 }
 

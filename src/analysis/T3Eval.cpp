@@ -10,11 +10,14 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Types.h"
+#include "frontend/T3TreeFields.h"
 
 namespace {
+// Where the children of a kind lie in the node, in the order of the source; `next` is 0 for kinds that are
+// no elements of lists.
 struct Children {
-  std::vector<const T3FieldInfo*> fields;
-  const T3FieldInfo* next = nullptr;
+  std::vector<uint16_t> offsets;
+  uint16_t next = 0;
 };
 
 // Where the order of fields is not that of the source: a field that stands before another.
@@ -43,67 +46,80 @@ constexpr Precedence kPrecedence[] = {
 };
 
 Children ChildrenOfKind(int kind) {
-  Children result;
-  for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields) {
-    if (!field.IsChild()) continue;
-    if (std::string_view(field.name) == "next")
-      result.next = &field;
-    else
-      result.fields.push_back(&field);
-  }
+  const T3ChildFields& declared = T3Tree_ChildFields[kind];
+  std::vector<const T3FieldInfo*> fields;
+  for (const T3ChildFields::Child& child : declared.children) fields.push_back(child.info);
   const auto named = [&](std::string_view name) {
-    return std::find_if(result.fields.begin(), result.fields.end(),
+    return std::find_if(fields.begin(), fields.end(),
                         [&](const T3FieldInfo* field) { return field->name == name; });
   };
   for (const Precedence& order : kPrecedence) {
     if (static_cast<int>(order.kind) != kind) continue;
     const T3FieldInfo* moved = *named(order.field);
-    result.fields.erase(named(order.field));
-    result.fields.insert(named(order.before), moved);
+    fields.erase(named(order.field));
+    fields.insert(named(order.before), moved);
   }
+  Children result;
+  for (const T3FieldInfo* field : fields) result.offsets.push_back(field->offset);
+  result.next = declared.next.offset;
   return result;
 }
 
-const Children& ChildrenOf(const T3Tree_Node* node) {
+using ChildrenOfKinds = std::array<Children, kT3KindCount>;
+const ChildrenOfKinds& AllChildren() {
   static const auto& table = *[] {
-    auto* made = new std::array<Children, kT3KindCount>;
+    auto* made = new ChildrenOfKinds;
     for (int kind = 0; kind < kT3KindCount; ++kind) (*made)[static_cast<size_t>(kind)] = ChildrenOfKind(kind);
     return made;
   }();
-  return table[static_cast<size_t>(node->kind)];
+  return table;
 }
 
+T3Tree_Node* FieldAt(T3Tree_Node* node, uint16_t offset) {
+  return *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + offset);
+}
+
+// A node whose children are being walked.
 struct Frame {
   T3Tree_Node* node;
-  const Children* children;
-  size_t index;
+  const uint16_t* child;
+  const uint16_t* end;
 };
 }  // namespace
 
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
+  const ChildrenOfKinds& kinds = AllChildren();
+  const auto frame_of = [&kinds](T3Tree_Node* node) {
+    const std::vector<uint16_t>& offsets = kinds[static_cast<size_t>(node->kind)].offsets;
+    return Frame{node, offsets.data(), offsets.data() + offsets.size()};
+  };
   std::vector<Frame> open;
   EnterNode(root, parent);
-  open.push_back({root, &ChildrenOf(root), 0});
+  open.push_back(frame_of(root));
   while (!open.empty()) {
     Frame& top = open.back();
     T3Tree_Node* node = top.node;
-    if (top.index < top.children->fields.size()) {
-      T3Tree_Node* child = T3ChildField(node, *top.children->fields[top.index++]);
+    if (top.child != top.end) {
+      T3Tree_Node* child = FieldAt(node, *top.child++);
       if (child == nullptr || !IsWalked(child, node)) continue;
       EnterNode(child, node);
-      open.push_back({child, &ChildrenOf(child), 0});
+      const Children& below = kinds[static_cast<size_t>(child->kind)];
+      if (below.offsets.empty() && below.next == 0)
+        CheckNode(child);
+      else
+        open.push_back(frame_of(child));
       continue;
     }
     CheckNode(node);
     // A list goes on in the same frame. A module's `next` is another module.
-    T3Tree_Node* next = top.children->next == nullptr || node->is<T3Module>() || node == root
-                            ? nullptr
-                            : T3ChildField(node, *top.children->next);
+    const uint16_t next_offset = kinds[static_cast<size_t>(node->kind)].next;
+    T3Tree_Node* next =
+        next_offset == 0 || node->is<T3Module>() || node == root ? nullptr : FieldAt(node, next_offset);
     if (next == nullptr) {
       open.pop_back();
       continue;
     }
-    top = {next, &ChildrenOf(next), 0};
+    top = frame_of(next);
     EnterNode(next, open.size() > 1 ? open[open.size() - 2].node : parent);
   }
 }

@@ -15,6 +15,7 @@ struct T3Rule {
 };
 
 /// Every unit of rules gives one table, which T3EvalRules.cpp lists.
+std::span<const T3Rule> NameRules();
 std::span<const T3Rule> TypeRules();
 
 /// Calls all rules of a node.

@@ -5,7 +5,8 @@
 
 namespace {
 T3Candidates OfType(T3Tree_Node* entity) {
-  return T3Candidates(LocalTypeDef(entity), BaseTypeDef(entity));
+  const T3TypeViews views = TypeViewsOf(entity);
+  return T3Candidates(views.local, views.base);
 }
 
 T3Candidates Anything() {
@@ -18,7 +19,8 @@ T3Candidates Addresses() {
 
 // A timer is set by its duration.
 T3Candidates OfInitializer(T3Tree_Node* entity) {
-  return IsTimer(entity) ? T3Candidates(gT3FloatType) : OfType(entity);
+  const T3TypeViews views = TypeViewsOf(entity);
+  return views.base->is<T3TimerType>() ? T3Candidates(gT3FloatType) : T3Candidates(views.local, views.base);
 }
 
 // ---- Declarations and types ----

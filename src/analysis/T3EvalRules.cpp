@@ -1,4 +1,5 @@
 // The tables of all units of rules, arranged by kind.
+#include <array>
 #include <vector>
 
 #include "analysis/T3Behaviour.h"
@@ -7,21 +8,28 @@
 #include "analysis/T3Unused.h"
 
 namespace {
-using Checks = std::vector<void (*)(T3Tree_Node*)>;
+// The rules of all kinds, one behind the other, and where those of a kind begin.
+struct Table {
+  std::vector<void (*)(T3Tree_Node*)> checks;
+  std::array<uint16_t, kT3KindCount + 1> begin;
+};
 
-std::vector<Checks>* Arrange() {
-  auto* table = new std::vector<Checks>(kT3KindCount);
-  for (const auto& rules : {TypeRules(), BehaviourRules(), UsageRules()})
-    for (const T3Rule& rule : rules)
-      for (int kind = static_cast<int>(rule.kind); kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)];
-           ++kind)
-        (*table)[static_cast<size_t>(kind)].push_back(rule.check);
+const Table* Arrange() {
+  auto* table = new Table;
+  for (int kind = 0; kind < kT3KindCount; ++kind) {
+    table->begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(table->checks.size());
+    for (const auto& rules : {NameRules(), TypeRules(), BehaviourRules(), UsageRules()})
+      for (const T3Rule& rule : rules)
+        if (static_cast<int>(rule.kind) <= kind && kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)])
+          table->checks.push_back(rule.check);
+  }
+  table->begin[kT3KindCount] = static_cast<uint16_t>(table->checks.size());
   return table;
 }
 }  // namespace
 
 void CheckNode(T3Tree_Node* node) {
-  static const std::vector<Checks>& table = *Arrange();
-  CheckNamesOfNode(node);
-  for (const auto check : table[static_cast<size_t>(node->kind)]) check(node);
+  static const Table& table = *Arrange();
+  const auto kind = static_cast<size_t>(node->kind);
+  for (size_t at = table.begin[kind]; at != table.begin[kind + 1]; ++at) table.checks[at](node);
 }

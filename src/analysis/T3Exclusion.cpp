@@ -1,4 +1,7 @@
 // Candidates against the own type of an expression: what is struck out, and what the rest decides.
+#include <algorithm>
+#include <iterator>
+
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 
@@ -53,34 +56,36 @@ bool OwnTypeMatches(T3Tree_Node* c2, T3Tree_Node* base) {
          IsSameBuiltinType(c2, base) || IsCompatible(c2, base);
 }
 
-// What several matching own types make of a candidate; null when it is struck out.
-const size_t kNone = static_cast<size_t>(-1);
-size_t FirstStringKind(const T3TypeSet& bases, const std::vector<size_t>& matching) {
-  for (const T3Kind kind : kStringKinds)
-    for (const size_t m : matching)
-      if (bases[m]->kind == kind) return m;
-  return kNone;
+// How early a kind wins among the character kinds; their number for any other kind.
+size_t RankOfString(const T3Tree_Node* type) {
+  return static_cast<size_t>(std::find(std::begin(kStringKinds), std::end(kStringKinds), type->kind) -
+                             std::begin(kStringKinds));
 }
 
-void ExcludeOne(T3Candidates& candidates, size_t i, const T3TypeSet& locals, const T3TypeSet& bases) {
-  std::vector<size_t> matching;
+// Several own types may match only where all are character kinds: then the first of these wins.
+void ExcludeOne(T3Candidates& candidates, size_t i, std::span<T3Tree_Node* const> locals,
+                std::span<T3Tree_Node* const> bases) {
+  size_t matching = 0;
+  size_t chosen = 0;
   bool all_strings = true;
   for (size_t k = 0; k < bases.size(); ++k) {
     if (!OwnTypeMatches(candidates.base(i), bases[k])) continue;
-    matching.push_back(k);
+    if (++matching == 1 || RankOfString(bases[k]) < RankOfString(bases[chosen])) chosen = k;
     all_strings = all_strings && IsCharacterKind(bases[k]);
   }
-  if (matching.empty() || (matching.size() > 1 && !all_strings)) {
+  if (matching == 0 || (matching > 1 && !all_strings)) {
     candidates.Strike(i, gT3ErrorType);
     return;
   }
-  const size_t chosen = matching.size() == 1 ? matching.front() : FirstStringKind(bases, matching);
-  const bool decided = matching.size() > 1 || IsWildcardType(candidates.base(i));
+  const bool decided = matching > 1 || IsWildcardType(candidates.base(i));
   if (decided && !IsWildcardType(bases[chosen])) candidates.Set(i, locals[chosen], bases[chosen]);
 }
 }  // namespace
 
 bool IsWildcardType(const T3Tree_Node* type) {
+  // The generic types are made one after the other: the numbers tell at once what is none of them.
+  const uint32_t first = gT3AnyAnyType->number;
+  if (type == nullptr || type->number - first > gT3AnyModuleType->number - first) return false;
   return type == gT3WildcardType || type == gT3AnyEnumeratedType || type == gT3AnyModuleType ||
          type == gT3AnyPortType || type == gT3AnyComponentType || type == gT3AnyAddressType ||
          type == gT3AnyUnionType || type == gT3AnyRecordType || type == gT3AnySetType ||
@@ -119,7 +124,8 @@ void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bo
   }
 }
 
-void ExcludeTypeSet(T3Candidates& candidates, const T3TypeSet& locals, const T3TypeSet& bases) {
+void ExcludeTypeSet(T3Candidates& candidates, std::span<T3Tree_Node* const> locals,
+                    std::span<T3Tree_Node* const> bases) {
   bool own_address = false;
   for (const T3Tree_Node* base : bases) own_address = own_address || base->is<T3Address>();
   for (size_t i = 0; i < candidates.size(); ++i) {

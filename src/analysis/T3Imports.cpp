@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "analysis/T3DeclMap.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "driver/T3CommandLine.h"
@@ -14,7 +15,15 @@
 T3Tree_Node* ASN_1_NULL_DECLARATION = nullptr;
 
 namespace {
-using WithMap = std::map<T3Tree_Node*, T3Tree_Node*, T3NodeLess>;
+// A declaration that an import statement brings. One that several bring has the last `with` list, and comes
+// from the module of the last statement that names it, or else of the first that brought it along.
+struct Taken {
+  T3Tree_Node* decl;
+  /// Null for a statement that brings what it names along with others.
+  T3Tree_Node* with_spec;
+  tIdent from;
+  bool along;
+};
 
 bool IsAsn1(T3Module* module) {
   return T3Is<T3ASN_1>(module->representation);
@@ -74,19 +83,18 @@ class ImportStage {
   void Take(T3Tree_Node* decl, T3Tree_Node* with_spec, bool recursive);
   void ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_spec);
   void CheckLanguage(T3Module* from, _T3ImportDecl* statement) const;
-  T3Tree_Node* CreateImportDecl(T3Tree_Node* decl, T3Tree_Node* next) const;
-  tIdent ModuleNameOf(T3Tree_Node* decl) const;
+  void SortTaken();
 
   T3Module* module_;
-  T3NodeSet set_;
-  T3NodeSet seen_;
-  WithMap with_;
-  std::map<T3Tree_Node*, tIdent, T3NodeLess> from_;
+  std::vector<Taken> taken_;
+  std::unordered_set<T3Tree_Node*> seen_;
+  tIdent null_from_ = NoIdent;
   tIdent current_from_ = NoIdent;
   bool imports_asn1_ = false;
 };
 
 void Note(T3Tree_Node* decl, T3Tree_Node* with_spec) {
+  if (!with_spec->is<T3With>()) return;
   T3NodeList*& list = decl->as<_T3Decl>()->cold().attributes_from_importing;
   if (list == nullptr) list = new T3NodeList;
   list->push_back(with_spec);
@@ -148,11 +156,6 @@ void ImportStage::RemoveImports() {
   }
 }
 
-tIdent ImportStage::ModuleNameOf(T3Tree_Node* decl) const {
-  if (decl->place != nullptr) return decl->place->vexa_module_name;
-  return from_.at(decl);
-}
-
 T3Tree_Node* CreateEmptyImportDecl(T3Tree_Node* decl) {
   switch (decl->kind) {
     case T3Kind::T3TypeDecl:
@@ -178,26 +181,51 @@ T3Tree_Node* CreateEmptyImportDecl(T3Tree_Node* decl) {
   }
 }
 
-T3Tree_Node* ImportStage::CreateImportDecl(T3Tree_Node* decl, T3Tree_Node* next) const {
-  const auto with_spec = with_.find(decl);
+tIdent ModuleNameOf(const Taken& taken) {
+  return taken.decl->place != nullptr ? taken.decl->place->vexa_module_name : taken.from;
+}
+
+T3Tree_Node* CreateImportDecl(const Taken& taken, T3Tree_Node* next) {
+  auto* decl = taken.decl->as<_T3Decl>();
   auto* import = CreateEmptyImportDecl(decl)->as<_T3ImportDecl>();
-  import->position = decl->as<_T3Decl>()->position;
+  import->position = decl->position;
   import->next = next;
-  import->with_spec = with_spec == with_.end() ? _sgT3NoWith() : with_spec->second;
-  import->from_module = gT3AST.mT3ImportIdentifier(import->position, ModuleNameOf(decl));
-  import->object = gT3AST.mT3ImportIdentifier(import->position, decl->as<_T3Decl>()->name);
+  import->with_spec = taken.with_spec;
+  import->from_module = gT3AST.mT3ImportIdentifier(import->position, ModuleNameOf(taken));
+  import->object = gT3AST.mT3ImportIdentifier(import->position, decl->name);
   import->attr().def_aux = decl;
   return import;
 }
 
+// Each declaration once, in the order of the numbers.
+void ImportStage::SortTaken() {
+  std::stable_sort(taken_.begin(), taken_.end(),
+                   [](const Taken& a, const Taken& b) { return a.decl->number < b.decl->number; });
+  size_t kept = 0;
+  for (size_t i = 0; i < taken_.size(); ++i) {
+    if (kept == 0 || taken_[kept - 1].decl != taken_[i].decl) {
+      taken_[kept++] = taken_[i];
+      continue;
+    }
+    Taken& first = taken_[kept - 1];
+    if (taken_[i].with_spec != nullptr) first.with_spec = taken_[i].with_spec;
+    if (!taken_[i].along) first.from = taken_[i].from;
+  }
+  taken_.resize(kept);
+}
+
 void ImportStage::AddImportDecls() {
+  SortTaken();
+  const auto is_null = [](const Taken& taken) { return taken.decl == ASN_1_NULL_DECLARATION; };
   const bool with_null = imports_asn1_ && T3Is<T3TTCN_3>(module_->representation) &&
-                         T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) && set_.count(ASN_1_NULL_DECLARATION) == 0;
-  for (T3Tree_Node* decl : set_)
-    if (ModuleNameOf(decl) != module_->name)
-      module_->definition_part = CreateImportDecl(decl, module_->definition_part);
+                         T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) &&
+                         std::none_of(taken_.begin(), taken_.end(), is_null);
+  for (const Taken& taken : taken_)
+    if (ModuleNameOf(taken) != module_->name)
+      module_->definition_part = CreateImportDecl(taken, module_->definition_part);
   if (with_null)
-    module_->definition_part = CreateImportDecl(ASN_1_NULL_DECLARATION, module_->definition_part);
+    module_->definition_part = CreateImportDecl({ASN_1_NULL_DECLARATION, _sgT3NoWith(), null_from_, false},
+                                                module_->definition_part);
 }
 
 // A clause names its language in double quotes. The plain name of ASN.1 makes no claim.
@@ -267,7 +295,7 @@ void ImportStage::AddImport(_T3ImportDecl* statement) {
   if (IsAsn1(from)) {
     imports_asn1_ = true;
     ASN_1_NULL_DECLARATION = FindDeclInModule(from, gIdents.MakeIdent("NULL"));
-    if (T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION)) from_[ASN_1_NULL_DECLARATION] = from->name;
+    if (T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION)) null_from_ = from->name;
   }
   CheckLanguage(from, statement);
   if (statement->is<T3ImportAllDecl>()) return AddImportAll(from, statement->as<T3ImportAllDecl>());
@@ -277,11 +305,12 @@ void ImportStage::AddImport(_T3ImportDecl* statement) {
 }
 
 void ImportStage::Take(T3Tree_Node* decl, T3Tree_Node* with_spec, bool recursive) {
-  from_[decl] = current_from_;
-  if (recursive) return ProcessRecursiveImport(decl, with_spec);
+  if (recursive) {
+    taken_.push_back({decl, nullptr, current_from_, false});
+    return ProcessRecursiveImport(decl, with_spec);
+  }
   Note(decl, with_spec);
-  with_[decl] = with_spec;
-  set_.insert(decl);
+  taken_.push_back({decl, with_spec, current_from_, false});
 }
 
 void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_spec) {
@@ -290,11 +319,11 @@ void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_sp
     T3Tree_Node* next = work.back();
     work.pop_back();
     if (!seen_.insert(next).second) continue;
-    from_.emplace(next, current_from_);
     Note(next, with_spec);
-    with_[next] = with_spec;
-    set_.insert(next);
-    if (const T3NodeSet* needed = next->as<_T3Decl>()->cold().dep_decls)
+    taken_.push_back({next, with_spec, current_from_, true});
+    const auto* record = next->attributes;
+    if (record == nullptr || record->cold == nullptr) continue;
+    if (const T3NodeList* needed = next->as<_T3Decl>()->cold().dep_decls)
       work.insert(work.end(), needed->begin(), needed->end());
   }
 }
@@ -365,10 +394,8 @@ T3Tree_Node* FirstOwnDecl(T3Module* module, tIdent id) {
   const T3DeclMap& map = *DeclsOut(module->definition_part);
   T3Tree_Node* result = nullptr;
   if (!map.empty()) {
-    const auto found = map.find({id, 0});
-    if (found == map.end()) return nullptr;
-    for (T3Tree_Node* node : found->second)
-      if (result == nullptr && IsLocalDecl(node) && !node->is<T3Module>()) result = node;
+    for (const T3DeclMap::Entry& entry : map.Find(id))
+      if (result == nullptr && IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>()) result = entry.decl;
     return result;
   }
   ForDecls(module->definition_part, [&](T3Tree_Node* decl) {
@@ -468,11 +495,11 @@ bool ImplicitTypeDecl(const T3Tree_Node* decl) {
   return T3Is<T3TypeDecl>(decl) && static_cast<const T3TypeDecl*>(decl)->implicit_type_decl;
 }
 
-void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, T3NodeSet& set) {
+void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, T3NodeList& list) {
   for (T3Tree_Node* member : members) {
     auto* import = member->try_as<_T3ImportDecl>();
     T3Tree_Node* decl = import != nullptr ? import->attr().def_aux : member;
-    if (T3Is<_T3Decl>(decl)) set.insert(decl);
+    if (T3Is<_T3Decl>(decl)) list.push_back(decl);
   }
 }
 

@@ -19,7 +19,7 @@ T3Inference InferReferenceKind(T3Tree_Node* node, T3Candidates& candidates, bool
     return InferPredefined(node->as<_T3PreDefinedFunction>(), candidates, strict, report);
   if (node->is<_T3PreDefinedTemplateFunction>())
     return InferTemplateFunction(node->as<_T3PreDefinedTemplateFunction>(), candidates, strict, report);
-  InferRecipients(node);
+  if (node->is<_T3AddressReference>() || node->is<_T3PortReference>()) InferRecipients(node);
   return InferOperation(node, candidates, strict, report);
 }
 
@@ -69,9 +69,10 @@ void SetResult(T3Tree_Node* expression, T3Tree_Node* local) {
   auto& attributes = expression->as<_T3Expression>()->attr();
   attributes.pass1 = true;
   attributes.pass2 = true;
+  const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_absolute_type = AbsoluteTypeDef(local);
-  attributes.expression_base_type = BaseTypeDef(local);
+  attributes.expression_absolute_type = views.local;
+  attributes.expression_base_type = views.base;
 }
 
 T3Inference Report(T3Tree_Node* node, size_t valid, T3TemplateUse use) {
@@ -104,10 +105,15 @@ T3Inference FinishOne(T3Tree_Node* node, T3Candidates& candidates, T3Tree_Node* 
   return Finish(node, candidates, child_failed && Check(candidates)->is<T3ErrorType>(), report);
 }
 
-T3Inference FinishSet(T3Tree_Node* node, T3Candidates& candidates, const T3TypeSet& own, bool child_failed,
-                      bool report) {
+T3Inference FinishTypes(T3Tree_Node* node, T3Candidates& candidates, std::span<T3Tree_Node* const> own,
+                        bool child_failed, bool report) {
   ExcludeTypeSet(candidates, own, own);
   return Finish(node, candidates, child_failed && Check(candidates)->is<T3ErrorType>(), report);
+}
+
+T3Inference FinishSet(T3Tree_Node* node, T3Candidates& candidates, const T3OwnTypes& own, bool child_failed,
+                      bool report) {
+  return FinishTypes(node, candidates, own, child_failed, report);
 }
 
 // The own type is that of a part; nothing is known when the part failed.

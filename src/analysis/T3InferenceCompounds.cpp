@@ -147,8 +147,9 @@ int LengthOf(T3Tree_Node* values) {
 
 // What the elements of an array, `record of` or `set of` may be; timers are set by their durations.
 T3Candidates ElementCandidates(T3Tree_Node* type) {
-  if (IsTimer(type)) return {gT3FloatType};
-  return T3Candidates(LocalTypeDef(type), BaseTypeDef(type));
+  const T3TypeViews views = TypeViewsOf(type);
+  if (views.base->is<T3TimerType>()) return {gT3FloatType};
+  return T3Candidates(views.local, views.base);
 }
 
 void InferFieldValues(T3Tree_Node* values, T3Tree_Node* base) {

@@ -4,7 +4,7 @@
 
 namespace t3infer {
 namespace {
-T3TypeSet CharStringTypes(T3CharStringLiteral* literal) {
+T3OwnTypes CharStringTypes(T3CharStringLiteral* literal) {
   auto& attributes = literal->attr();
   if (!attributes.IsEvaluated(T3CharStringLiteral_Attributes::char_string_kind_bit)) {
     attributes.char_string_kind = DetermineCharStringKind(literal->value);

@@ -96,8 +96,8 @@ void InferBound(T3Tree_Node* bound) {
 T3Inference InferLengthRange(T3LengthRange* node, T3Candidates& candidates, bool report) {
   Fails(node->lb, {gT3IntegerType});
   Fails(node->ub, {gT3IntegerType});
-  const T3TypeSet own{gT3CharStringType,  gT3UniversalCharStringType, gT3BitStringType, gT3HexStringType,
-                      gT3OctetStringType, gT3AnyRecordOfType,         gT3AnySetOfType};
+  const T3OwnTypes own{gT3CharStringType,  gT3UniversalCharStringType, gT3BitStringType, gT3HexStringType,
+                       gT3OctetStringType, gT3AnyRecordOfType,         gT3AnySetOfType};
   return FinishSet(node, candidates, own, false, report);
 }
 

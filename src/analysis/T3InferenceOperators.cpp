@@ -76,6 +76,11 @@ void DecideLeft(T3Tree_Node* left, T3Tree_Node* right) {
 }
 
 T3Inference InferBinary(_T3BinaryExpression* outermost, T3Candidates& candidates, bool strict, bool report) {
+  if (!outermost->left->is<_T3BinaryExpression>()) {
+    Fails(outermost->left, LeftCandidates(outermost, candidates));
+    InferRight(outermost);
+    return FinishAsPart(outermost, candidates, OperatorType(outermost), strict, report);
+  }
   std::vector<BinaryFrame> spine;
   spine.push_back({outermost, candidates});
   for (;;) {

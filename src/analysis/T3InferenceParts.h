@@ -48,7 +48,9 @@ T3Inference Finish(T3Tree_Node* node, const T3Candidates& candidates, bool child
 /// The same after the one own type, or the several ones, excluded candidates.
 T3Inference FinishOne(T3Tree_Node* node, T3Candidates& candidates, T3Tree_Node* own, bool child_failed,
                       bool strict, bool report);
-T3Inference FinishSet(T3Tree_Node* node, T3Candidates& candidates, const T3TypeSet& own, bool child_failed,
+T3Inference FinishTypes(T3Tree_Node* node, T3Candidates& candidates, std::span<T3Tree_Node* const> own,
+                        bool child_failed, bool report);
+T3Inference FinishSet(T3Tree_Node* node, T3Candidates& candidates, const T3OwnTypes& own, bool child_failed,
                       bool report);
 /// The own type is that of a part; nothing is known when the part failed.
 T3Inference FinishAsPart(T3Tree_Node* node, T3Candidates& candidates, T3Tree_Node* part, bool strict,
@@ -57,8 +59,8 @@ T3Inference FinishAsPart(T3Tree_Node* node, T3Candidates& candidates, T3Tree_Nod
 T3Candidates OperandCandidates(const T3Candidates& candidates);
 /// What the elements of an array, `record of` or `set of` may be; timers are set by their durations.
 T3Candidates ElementCandidates(T3Tree_Node* type);
-T3TypeSet CharacterTypes();
-T3TypeSet AllCharacterTypes();
+T3OwnTypes CharacterTypes();
+T3OwnTypes AllCharacterTypes();
 
 // ---- Forms ----
 

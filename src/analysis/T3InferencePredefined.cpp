@@ -4,7 +4,7 @@
 namespace t3infer {
 namespace {
 struct Conversion {
-  T3TypeSet argument;
+  T3OwnTypes argument;
   T3Tree_Node* result;
 };
 
@@ -78,11 +78,11 @@ bool HasSingleCharacters(T3Tree_Node* node) {
   return T3Is<T3TTCN_3_Edition1>(edition) || T3Is<T3TTCN_3_Edition2>(edition);
 }
 
-T3TypeSet CharacterResult(T3Tree_Node* node) {
+T3OwnTypes CharacterResult(T3Tree_Node* node) {
   const bool universal = node->is<T3Int2UniChar>();
   T3Tree_Node* single = universal ? gT3UniversalCharacterType : gT3CharacterType;
   T3Tree_Node* string = universal ? gT3UniversalCharStringType : gT3CharStringType;
-  return HasSingleCharacters(node) ? T3TypeSet{single} : T3TypeSet{single, string};
+  return HasSingleCharacters(node) ? T3OwnTypes{single} : T3OwnTypes{single, string};
 }
 
 T3Inference InferReplace(T3Replace* node, T3Candidates& candidates, bool strict, bool report) {
@@ -94,11 +94,11 @@ T3Inference InferReplace(T3Replace* node, T3Candidates& candidates, bool strict,
 }
 }  // namespace
 
-T3TypeSet CharacterTypes() {
+T3OwnTypes CharacterTypes() {
   return {gT3CharStringType, gT3CharacterType};
 }
 
-T3TypeSet AllCharacterTypes() {
+T3OwnTypes AllCharacterTypes() {
   return {gT3CharStringType, gT3CharacterType, gT3UniversalCharStringType, gT3UniversalCharacterType};
 }
 

@@ -14,9 +14,9 @@ void InferActualPars(T3Parameterization* call) {
     attributes.fpl = formal;
     T3Candidates candidates = Anything();
     if (T3Is<_T3TypedFormal>(formal)) {
-      attributes.local_type_def = LocalTypeDef(formal);
-      attributes.absolute_type_def = AbsoluteTypeDef(formal);
-      attributes.base_type_def = BaseTypeDef(formal);
+      const T3TypeViews views = TypeViewsOf(formal);
+      attributes.local_type_def = attributes.absolute_type_def = views.local;
+      attributes.base_type_def = views.base;
       candidates = T3Candidates(attributes.local_type_def, attributes.base_type_def);
     }
     if (!actual->expression->is<T3NotUsedSymbol>())
@@ -42,7 +42,8 @@ T3Inference InferAmbiguous(_T3Reference* reference, T3Tree_Node* ambiguous, T3Ca
        at = at->as<T3TypeItem>()->next)
     types.push_back(at->as<T3TypeItem>()->type);
   const bool open = candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
-  if (!open || !reference->is<T3Identifier>()) return FinishSet(reference, candidates, types, false, report);
+  if (!open || !reference->is<T3Identifier>())
+    return FinishTypes(reference, candidates, types, false, report);
   auto& saved = reference->as<T3Identifier>()->cold().saved_types;
   if (saved == nullptr) saved = new T3TypeSet(types);
   SetResult(reference, gT3WildcardType);
@@ -64,7 +65,7 @@ bool IsCharacterOfString(_T3Reference* reference) {
   return BaseTypeDef(LocalOf(subscription->base)) == own;
 }
 
-T3TypeSet CharacterTypesOf(T3Tree_Node* string) {
+T3OwnTypes CharacterTypesOf(T3Tree_Node* string) {
   if (string->is<T3CharStringType>()) return {gT3CharStringType, gT3CharacterType};
   return {gT3UniversalCharStringType, gT3UniversalCharacterType};
 }
@@ -83,7 +84,7 @@ bool IndexIntoNoList(_T3Reference* reference) {
 T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bool strict, bool report) {
   ResolveReference(reference);
   if (reference->is<_T3Qualification>())
-    for (T3Tree_Node* at : ReferenceChain(reference)) {
+    for (T3Tree_Node* at : T3ReferenceChain(reference)) {
       InferParts(at);
       if (at != reference && at->is<_T3Reference>())
         SetResult(at, at->as<_T3Reference>()->attr().local_type_def);

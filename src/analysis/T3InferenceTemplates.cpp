@@ -7,9 +7,10 @@ void SetTypes(T3TemplateDef* definition, T3Tree_Node* local) {
   auto& attributes = definition->attr();
   attributes.pass1 = true;
   attributes.pass2 = true;
+  const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_absolute_type = AbsoluteTypeDef(local);
-  attributes.expression_base_type = BaseTypeDef(local);
+  attributes.expression_absolute_type = views.local;
+  attributes.expression_base_type = views.base;
 }
 
 // The template that a definition modifies must have the definition's type, where that has its own.
@@ -42,8 +43,7 @@ T3Inference InferUntyped(T3TemplateDef* definition, T3Candidates& candidates, bo
 
 T3Inference InferTyped(T3TemplateDef* definition, T3Tree_Node* own, T3Candidates& candidates, bool strict,
                        T3TemplateUse use) {
-  T3Tree_Node* local = LocalTypeDef(own);
-  T3Tree_Node* base = BaseTypeDef(own);
+  const auto [local, base] = TypeViewsOf(own);
   T3Candidates inner(local, base);
   Infer(definition->constraint, inner, false, true);
   if (local->is<T3ErrorType>()) {
@@ -72,9 +72,9 @@ T3Inference InferDefinition(T3TemplateDef* definition, T3Candidates& candidates,
   attributes.is_port_template = use == T3TemplateUse::Port;
   T3Tree_Node* modified = InferModifies(definition);
   T3Tree_Node* own = T3Is<T3NoType>(definition->parent) ? modified : definition->parent;
-  attributes.local_type_def = LocalTypeDef(definition->parent);
-  attributes.absolute_type_def = AbsoluteTypeDef(definition->parent);
-  attributes.base_type_def = BaseTypeDef(definition->parent);
+  const T3TypeViews views = TypeViewsOf(definition->parent);
+  attributes.local_type_def = attributes.absolute_type_def = views.local;
+  attributes.base_type_def = views.base;
   attributes.type_pass = true;
   if (T3Is<T3NoType>(own)) return InferUntyped(definition, candidates, strict, use);
   return InferTyped(definition, own, candidates, strict, use);

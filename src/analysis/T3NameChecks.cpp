@@ -1,6 +1,9 @@
 // The checks of names at single nodes: duplicates in scopes and in bodies of types, labels and jumps, groups.
+#include <algorithm>
+#include <array>
 #include <unordered_set>
 
+#include "analysis/T3Eval.h"
 #include "analysis/T3Imports.h"
 #include "analysis/T3Names.h"
 #include "driver/T3Error.h"
@@ -45,6 +48,16 @@ T3Tree_Node* FirstIn(T3Env* env, tIdent name) {
 // The first name that occurs twice in a list of elements of kind Element.
 template <class Element>
 tIdent FirstDuplicate(T3Tree_Node* list) {
+  // Most lists are short: their few names are compared with one another.
+  std::array<tIdent, 16> first;
+  size_t count = 0;
+  T3Tree_Node* at = list;
+  for (; T3Is<Element>(at) && count < first.size(); at = at->as<Element>()->next) {
+    const tIdent name = at->as<Element>()->name;
+    if (std::find(first.begin(), first.begin() + count, name) != first.begin() + count) return name;
+    first[count++] = name;
+  }
+  if (!T3Is<Element>(at)) return NoIdent;
   std::unordered_set<tIdent> seen;
   for (; T3Is<Element>(list); list = list->as<Element>()->next)
     if (!seen.insert(list->as<Element>()->name).second) return list->as<Element>()->name;
@@ -65,14 +78,16 @@ void CheckFormalPar(T3Tree_Node* par) {
   NewIdentifyFormalPar(par->place->env, par);
 }
 
-void CheckGroup(T3GroupDecl* group) {
+void CheckGroup(T3Tree_Node* node) {
+  auto* group = node->as<T3GroupDecl>();
   auto* level = group->place->groupEnv->as<T3Env>();
   if (FirstIn(level, group->name) != group || !NewGroupUnique(level->outer, group->name))
     vexa_filtered_error(ERR_conflicting_local_defs, group->position, group->name);
 }
 
 // A label is compared with those before it in its list and with all of the lists around.
-void CheckLabel(T3LabelStmt* stmt) {
+void CheckLabel(T3Tree_Node* node) {
+  auto* stmt = node->as<T3LabelStmt>();
   auto* list = stmt->place->labelEnv->try_as<T3Env>();
   if (list == nullptr) return;
   T3Tree_Node* first = FirstIn(list, stmt->label);
@@ -81,24 +96,28 @@ void CheckLabel(T3LabelStmt* stmt) {
     vexa_filtered_error(ERR_name_duplicate_label, stmt->position, stmt->label);
 }
 
-void CheckGoto(T3GotoStmt* stmt) {
+void CheckGoto(T3Tree_Node* node) {
+  auto* stmt = node->as<T3GotoStmt>();
   T3Tree_Node* target = FindLabel(stmt->place->labelEnv, stmt->label);
   stmt->attr().goto_target = target;
   if (target->is<T3NoStmt>()) vexa_filtered_error(ERR_invalid_goto, stmt->position, stmt->label);
 }
 
-void CheckType(T3Tree_Node* type) {
-  if (type->is<T3EnumType>()) {
-    const tIdent twice = DuplicatesInEnumType(type);
-    if (twice != NoIdent) vexa_filtered_error(ERR_name_duplicate_enum, PositionOf(type), twice);
-    return;
-  }
-  tIdent twice = NoIdent;
-  if (type->is<_T3StructuredType>())
-    twice = DuplicatesInStructuredTypeBody(type);
-  else if (type->is<T3SignatureType>())
-    twice = FindDuplicateParameterName(type->as<T3SignatureType>()->fpl);
+void CheckEnumType(T3Tree_Node* type) {
+  const tIdent twice = DuplicatesInEnumType(type);
+  if (twice != NoIdent) vexa_filtered_error(ERR_name_duplicate_enum, PositionOf(type), twice);
+}
+
+void ReportField(T3Tree_Node* type, tIdent twice) {
   if (twice != NoIdent) vexa_filtered_error(ERR_name_duplicate_field, PositionOf(type), twice);
+}
+
+void CheckStructuredType(T3Tree_Node* type) {
+  ReportField(type, DuplicatesInStructuredTypeBody(type));
+}
+
+void CheckSignatureType(T3Tree_Node* type) {
+  ReportField(type, FindDuplicateParameterName(type->as<T3SignatureType>()->fpl));
 }
 
 bool IsImportedAddress(T3Tree_Node* decl) {
@@ -144,21 +163,23 @@ void ClearListNames() {
   KnownLists().clear();
 }
 
-void CheckNamesOfNode(T3Tree_Node* node) {
-  if (node->is<_T3Decl>()) {
-    if (node->is<T3GroupDecl>())
-      CheckGroup(node->as<T3GroupDecl>());
-    else
-      CheckDecl(node);
-  } else if (node->is<_T3FormalPar>()) {
-    CheckFormalPar(node);
-  } else if (node->is<_T3Type>()) {
-    CheckType(node);
-  } else if (node->is<T3LabelStmt>()) {
-    CheckLabel(node->as<T3LabelStmt>());
-  } else if (node->is<T3GotoStmt>()) {
-    CheckGoto(node->as<T3GotoStmt>());
-  }
+namespace {
+// What is due at a node, after its children: duplicate declarations, fields and literals, labels and jumps,
+// groups.
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3Decl, CheckDecl},
+    {T3Kind::T3GroupDecl, CheckGroup},
+    {T3Kind::_T3FormalPar, CheckFormalPar},
+    {T3Kind::T3EnumType, CheckEnumType},
+    {T3Kind::_T3StructuredType, CheckStructuredType},
+    {T3Kind::T3SignatureType, CheckSignatureType},
+    {T3Kind::T3LabelStmt, CheckLabel},
+    {T3Kind::T3GotoStmt, CheckGoto},
+};
+}  // namespace
+
+std::span<const T3Rule> NameRules() {
+  return kRules;
 }
 
 void CheckAddressConflicts(T3Tree_Node* root) {

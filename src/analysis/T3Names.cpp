@@ -4,60 +4,17 @@
 
 #include <cstring>
 
+#include "analysis/T3DeclMap.h"
 #include "analysis/T3Imports.h"
 #include "driver/T3Error.h"
 #include "driver/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 
-/// A hashed view of a large map of declarations. Valid as long as the map has no new keys.
-struct T3DeclIndex {
-  size_t size;
-  std::unordered_map<T3DeclKey, const T3NodeSet*, T3DeclKeyHash> sets;
-};
-
 namespace {
-constexpr size_t kLargeMap = 16;
-
-// The scopes that have a cache or an index.
+// The scopes that have a cache.
 std::vector<T3MapEnv*>& CachingScopes() {
   static std::vector<T3MapEnv*> scopes;
   return scopes;
-}
-
-void NoteScope(T3MapEnv* scope) {
-  if (scope->attr().name_cache == nullptr && scope->attr().index == nullptr) CachingScopes().push_back(scope);
-}
-
-T3DeclIndex& IndexOf(T3MapEnv* scope) {
-  const T3DeclMap& map = *scope->decls;
-  if (scope->attr().index != nullptr && scope->attr().index->size == map.size()) return *scope->attr().index;
-  NoteScope(scope);
-  delete scope->attr().index;
-  auto* index = new T3DeclIndex{map.size(), {}};
-  index->sets.reserve(map.size());
-  for (const auto& [key, set] : map) index->sets.emplace(key, &set);
-  scope->attr().index = index;
-  return *index;
-}
-
-const T3NodeSet* FindInScope(T3MapEnv* scope, const T3DeclKey& key) {
-  if (scope->decls == nullptr || scope->decls->empty()) return nullptr;
-  if (scope->decls->size() < kLargeMap) {
-    const auto found = scope->decls->find(key);
-    return found == scope->decls->end() ? nullptr : &found->second;
-  }
-  const T3DeclIndex& index = IndexOf(scope);
-  const auto found = index.sets.find(key);
-  return found == index.sets.end() ? nullptr : found->second;
-}
-
-template <class Call>
-void ForScopes(T3Tree_Node* env, const Call& call) {
-  while (T3Is<T3MapEnv>(env)) {
-    auto* scope = env->as<T3MapEnv>();
-    call(scope);
-    env = scope->outer;
-  }
 }
 
 // What the declarations of a name amount to.
@@ -89,24 +46,36 @@ void Classify(T3Tree_Node* node, Candidates& candidates) {
   }
 }
 
-// Almost every name has one declaration; the others are gathered in the order of their numbers.
-Candidates Gather(T3Tree_Node* env, const T3DeclKey& key) {
-  Candidates candidates;
-  const T3NodeSet* only = nullptr;
-  bool several = false;
-  ForScopes(env, [&](T3MapEnv* scope) {
-    const T3NodeSet* found = FindInScope(scope, key);
-    if (found == nullptr) return;
-    several = several || only != nullptr;
-    only = found;
-  });
-  T3NodeSet all;
-  if (several) {
-    CollectDecls(env, key.first, key.second, all);
-    only = &all;
+// Calls for each entry of a name in all scopes, until `call` returns false.
+template <class Call>
+void ForEntries(T3Tree_Node* env, tIdent name, tIdent qualifier, const Call& call) {
+  for (; T3Is<T3MapEnv>(env); env = static_cast<T3MapEnv*>(env)->outer) {
+    const T3DeclMap* map = static_cast<T3MapEnv*>(env)->decls;
+    if (map == nullptr || !map->MayHave(name)) continue;
+    for (const T3DeclMap::Entry& entry : map->Find(name))
+      if (entry.Answers(qualifier) && !call(entry.decl)) return;
   }
-  if (only != nullptr)
-    for (T3Tree_Node* node : *only) Classify(node, candidates);
+}
+
+// The meaning of a name that has one declaration in all scopes, as almost all have; null for any other.
+T3Tree_Node* OnlyMeaning(T3Tree_Node* env, tIdent name, tIdent qualifier) {
+  T3Tree_Node* only = nullptr;
+  bool several = false;
+  ForEntries(env, name, qualifier, [&](T3Tree_Node* decl) {
+    several = only != nullptr && only != decl;
+    only = decl;
+    return !several;
+  });
+  if (only == nullptr || several || IsAddressRedefinition(only)) return nullptr;
+  return IsLocalDecl(only) || only->is<_T3ImportDecl>() || only->is<_T3Type>() ? only : nullptr;
+}
+
+// All declarations of a name, in the order of their numbers.
+Candidates Gather(T3Tree_Node* env, tIdent name, tIdent qualifier) {
+  T3NodeSet all;
+  CollectDecls(env, name, qualifier, all);
+  Candidates candidates;
+  for (T3Tree_Node* node : all) Classify(node, candidates);
   return candidates;
 }
 
@@ -136,23 +105,18 @@ void ReportFailure(const Candidates& candidates, tIdent name, const tPosition& p
     vexa_filtered_error(ERR_undefined, position, name);
 }
 
-void Insert(T3DeclMap& map, tIdent name, tIdent qualifier, T3Tree_Node* node) {
-  map[{name, qualifier}].insert(node);
-}
-
 void AddEnumLiterals(T3Tree_Node* type, tIdent moduleId, bool local, T3DeclMap& map) {
   type->as<T3EnumType>()->attr().local_type = local;
   T3Tree_Node* value = type->as<T3EnumType>()->values;
   for (; value->is<T3EnumValue>(); value = value->as<T3EnumValue>()->next) {
-    Insert(map, value->as<T3EnumValue>()->name, 0, type);
-    Insert(map, value->as<T3EnumValue>()->name, moduleId, type);
+    map.Insert(value->as<T3EnumValue>()->name, moduleId, type);
   }
 }
 
 void RegisterImport(_T3ImportDecl* import, T3DeclMap& map) {
   const tIdent from = Ref2Id(import->from_module);
   const auto module = gT3ModuleMap.find(from);
-  if (module != gT3ModuleMap.end()) Insert(map, from, 0, module->second);
+  if (module != gT3ModuleMap.end()) map.Insert(from, 0, module->second);
   const tIdent object = Ref2Id(import->object);
   if (object == NoIdent || import->is<T3ImportAllDecl>()) return;
   T3Tree_Node* def = import->attr().def_aux;
@@ -160,14 +124,12 @@ void RegisterImport(_T3ImportDecl* import, T3DeclMap& map) {
                        T3Is<T3EnumType>(def->as<T3TypeDecl>()->type);
   if (is_enum) AddEnumLiterals(def->as<T3TypeDecl>()->type, from, false, map);
   if (is_enum && IsAsnNullType(def)) return;
-  Insert(map, object, 0, import);
-  Insert(map, object, from, import);
+  map.Insert(object, from, import);
 }
 
 void RegisterNull(T3TypeDecl* decl, tIdent moduleId, T3DeclMap& map) {
   decl->type->as<T3EnumType>()->attr().local_type = true;
-  Insert(map, decl->name, 0, decl);
-  Insert(map, decl->name, moduleId, decl);
+  map.Insert(decl->name, moduleId, decl);
 }
 
 bool HasCold(const T3Tree_Node* node) {
@@ -195,15 +157,15 @@ T3Tree_Node* MakeEnv(T3Tree_Node* outer, T3Tree_Node* head) {
 
 void RegisterDecl(T3Tree_Node* decl, tIdent moduleId, T3DeclMap*& map) {
   if (map == nullptr) map = new T3DeclMap;
-  if (auto* module = decl->try_as<T3Module>()) return Insert(*map, module->name, 0, decl);
-  if (decl->is<T3ControlPart>()) return Insert(*map, gIdents.MakeIdent("control"), 0, decl);
+  static const tIdent control = gIdents.MakeIdent("control");
+  if (auto* module = decl->try_as<T3Module>()) return map->Insert(module->name, 0, decl);
+  if (decl->is<T3ControlPart>()) return map->Insert(control, 0, decl);
   if (auto* import = decl->try_as<_T3ImportDecl>()) return RegisterImport(import, *map);
   if (IsAsnNullType(decl)) return RegisterNull(decl->as<T3TypeDecl>(), moduleId, *map);
   if (auto* type = decl->try_as<T3TypeDecl>(); type != nullptr && T3Is<T3EnumType>(type->type))
     AddEnumLiterals(type->type, moduleId, true, *map);
   const tIdent name = decl->is<_T3FormalPar>() ? decl->as<_T3FormalPar>()->name : decl->as<_T3Decl>()->name;
-  Insert(*map, name, 0, decl);
-  Insert(*map, name, moduleId, decl);
+  map->Insert(name, moduleId, decl);
 }
 
 T3DeclMap* DeclsOut(T3Tree_Node* decls) {
@@ -213,32 +175,34 @@ T3DeclMap* DeclsOut(T3Tree_Node* decls) {
 }
 
 void CollectDecls(T3Tree_Node* env, tIdent name, tIdent qualifier, T3NodeSet& set) {
-  ForScopes(env, [&](T3MapEnv* scope) {
-    if (const T3NodeSet* found = FindInScope(scope, {name, qualifier}))
-      set.insert(found->begin(), found->end());
+  ForEntries(env, name, qualifier, [&](T3Tree_Node* decl) {
+    set.insert(decl);
+    return true;
   });
 }
 
 T3Tree_Node* IdentifyQuietly(T3Tree_Node* env, tIdent name, tIdent qualifier) {
-  T3Tree_Node* result = Choose(Gather(env, {name, qualifier}));
+  if (T3Tree_Node* only = OnlyMeaning(env, name, qualifier)) return only;
+  T3Tree_Node* result = Choose(Gather(env, name, qualifier));
   return result != nullptr ? result : _sgT3NoDecl();
 }
 
+// What is found or reported is kept only for the names that have not just one declaration.
 T3Tree_Node* NewIdentify1(T3Tree_Node* env, tIdent name, tIdent qualifier, const tPosition& position,
                           bool report) {
   if (!T3Is<T3MapEnv>(env)) {
     if (report) vexa_filtered_error(ERR_undefined, position, name);
     return _sgT3NoDecl();
   }
+  if (T3Tree_Node* only = OnlyMeaning(env, name, qualifier)) return only;
   auto* scope = env->as<T3MapEnv>();
-  const T3DeclKey key{name, qualifier};
   if (scope->attr().name_cache == nullptr) {
-    NoteScope(scope);
+    CachingScopes().push_back(scope);
     scope->attr().name_cache = new T3NameCache;
   }
-  const auto [entry, is_new] = scope->attr().name_cache->try_emplace(key, _sgT3NoDecl());
+  const auto [entry, is_new] = scope->attr().name_cache->try_emplace({name, qualifier}, _sgT3NoDecl());
   if (!is_new) return entry->second;
-  const Candidates candidates = Gather(env, key);
+  const Candidates candidates = Gather(env, name, qualifier);
   T3Tree_Node* result = Choose(candidates);
   if (result == nullptr)
     ReportFailure(candidates, name, position, report);
@@ -348,16 +312,14 @@ bool DefUsePositionsConsistent(T3Tree_Node* def, T3Tree_Node* use) {
 
 bool VisibleUnqualified(T3Tree_Node* module, T3Tree_Node* import_decl) {
   const T3DeclMap& map = *DeclsOut(module->as<T3Module>()->definition_part);
-  const auto found = map.find({Ref2Id(import_decl->as<_T3ImportDecl>()->object), 0});
-  return found != map.end() && found->second.size() == 1 && *found->second.begin() == import_decl;
+  const auto found = map.Find(Ref2Id(import_decl->as<_T3ImportDecl>()->object));
+  return !found.empty() && found.front().decl == import_decl && found.back().decl == import_decl;
 }
 
 void ClearNameCache() {
   for (T3MapEnv* scope : CachingScopes()) {
     delete scope->attr().name_cache;
     scope->attr().name_cache = nullptr;
-    delete scope->attr().index;
-    scope->attr().index = nullptr;
   }
   CachingScopes().clear();
   ClearListNames();

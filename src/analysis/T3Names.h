@@ -69,16 +69,13 @@ void ClearNameCache();
 /// Forgets the labels and groups that were gathered from lists; ClearNameCache does so too.
 void ClearListNames();
 
-/// The checks of names that are due at one node, after its children: duplicate declarations, fields and
-/// literals, labels and jumps, groups.
-void CheckNamesOfNode(T3Tree_Node* node);
 /// The definitions of `address` that reach a module, imported ones included, in the order of the list.
 T3NodeList AddressDefinitions(T3Tree_Node* module);
 /// Reports each definition of `address` that reaches the module of a T3Builtin root, if there are several.
 void CheckAddressConflicts(T3Tree_Node* root);
 
 /// Sets the place records of a whole T3Builtin root, parents and child slots, builds its scopes, and
-/// registers its declarations. `declsOut` of each list lies on the head of the list (cold). Sets
+/// registers its declarations. The map of a list of declarations lies on the head of the list (cold). Sets
 /// vexa_index, vexa_place, has_component, has_return_type, vexa_component_type and visible_unqualified.
 /// Declarations that a component inherits share their types and values with the declaration that they
 /// come from (T3Components.h): those keep their own places. Runs first in T3Eval::Evaluate.

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "analysis/T3Components.h"
+#include "analysis/T3DeclMap.h"
 #include "analysis/T3Names.h"
 #include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -31,6 +32,7 @@ class PlaceWalk {
 
   // Pushing a node also sets its parent; a list is pushed as a whole.
   void Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place);
+  void PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, T3Place* place);
   void PushElement(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* node, T3Place* place);
   void PushChildren(T3Tree_Node* node, T3Place* place);
   void PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where);
@@ -107,50 +109,56 @@ T3Place* PlaceWalk::WithScope(const T3Place* place, T3DeclMap* map) {
   return inner;
 }
 
+// A node without children has its place at once.
 void PlaceWalk::PushElement(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* node, T3Place* place) {
   node->parent = parent;
   node->child_slot = slot;
-  stack_.push_back({node, place});
+  if (ChildFieldsOf(node).children.empty())
+    node->place = place;
+  else
+    stack_.push_back({node, place});
 }
 
 uint16_t SlotOf(T3Tree_Node* parent, T3Tree_Node*& child) {
   const auto offset = reinterpret_cast<char*>(&child) - reinterpret_cast<char*>(parent);
   for (const T3ChildFields::Child& field : ChildFieldsOf(parent).children)
-    if (field.info->offset == offset) return field.slot;
+    if (field.offset == offset) return field.slot;
   return 0;
 }
 
 // Calls for each element of a list that hangs in a field, with the parent and slot that it gets; the end
 // marker is the last element.
 template <class Call>
-void ForElements(T3Tree_Node* parent, T3Tree_Node*& list, const Call& call) {
-  uint16_t slot = SlotOf(parent, list);
+void ForElements(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, const Call& call) {
   for (T3Tree_Node* node = list; node != nullptr;) {
     call(parent, slot, node);
     const T3ChildFields::Child& next = ChildFieldsOf(node).next;
     if (next.info == nullptr) return;
     parent = node;
     slot = next.slot;
-    node = T3ChildField(node, *next.info);
+    node = T3ChildField(node, next);
   }
 }
 
 void PlaceWalk::Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place) {
-  if (child == nullptr) return;
+  if (child != nullptr) PushAt(parent, SlotOf(parent, child), child, place);
+}
+
+void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, T3Place* place) {
   int index = 0;
-  ForElements(parent, child, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
+  ForElements(parent, slot, list, [&](T3Tree_Node* above, uint16_t own, T3Tree_Node* node) {
     if (node->is<T3FieldType>()) node->as<T3FieldType>()->attr().vexa_index = index++;
-    PushElement(above, slot, node, place);
+    PushElement(above, own, node, place);
   });
 }
 
 void PlaceWalk::PushChildren(T3Tree_Node* node, T3Place* place) {
   for (const T3ChildFields::Child& child : ChildFieldsOf(node).children)
-    Push(node, T3ChildField(node, *child.info), place);
+    PushAt(node, child.slot, T3ChildField(node, child), place);
 }
 
 void PlaceWalk::PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where) {
-  ForElements(parent, list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
+  ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
     if (node->is<_T3Decl>()) node->as<_T3Decl>()->attr().vexa_place = where;
     PushElement(above, slot, node, place);
   });
@@ -158,7 +166,7 @@ void PlaceWalk::PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* plac
 
 // Each declaration of a module is the owner of the scope of what lies below it.
 void PlaceWalk::PushModuleDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place) {
-  ForElements(parent, list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
+  ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
     T3Place* own = place;
     if (node->is<_T3Decl>()) {
       own = Copy(place);
@@ -179,7 +187,7 @@ void PlaceWalk::PushStatements(T3Tree_Node* parent, T3Tree_Node*& list, T3Place*
   place->inside_declaration_header = true;
   bool header = true;
   T3Place* behind = nullptr;
-  ForElements(parent, list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
+  ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
     const bool is_decl = node->is<T3DeclStmt>();
     if (is_decl && !header && behind == nullptr) {
       behind = Copy(place);
@@ -203,7 +211,7 @@ void PlaceWalk::PushBranch(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* pla
 
 void PlaceWalk::PushParameters(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where) {
   int index = 0;
-  ForElements(parent, list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
+  ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
     if (node->is<_T3FormalPar>()) {
       node->as<_T3FormalPar>()->attr().vexa_place = where;
       node->as<_T3FormalPar>()->attr().vexa_index = index++;
@@ -235,7 +243,7 @@ void PlaceWalk::Visit(T3Tree_Node* node, T3Place* place) {
 
 // The kinds of declarations whose children have other places; false for the others.
 bool PlaceWalk::VisitDecl(T3Tree_Node* node, T3Place* place) {
-  if (IsCopiedDecl(node)) return true;
+  if (place->vexa_owner->is<T3ComponentType>() && IsCopiedDecl(node)) return true;
   if (node->is<_T3ImportDecl>()) {
     VisitImport(node->as<_T3ImportDecl>());
     return false;
@@ -498,13 +506,12 @@ T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
     for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) RegisterDecl(decl, module_name_, map);
   }
   if (map == nullptr) return MapForEmptyList();
-  return list->as<_T3Stmt>()->cold().declsOut = map;
+  return map;
 }
 
 T3DeclMap* PlaceWalk::RegisterParameters(T3Tree_Node* list) {
   if (!list->is<_T3FormalPar>()) return MapForEmptyList();
-  T3DeclMap*& map = list->as<_T3FormalPar>()->cold().declsOut;
-  if (map != nullptr) return map;
+  T3DeclMap* map = nullptr;
   for (T3Tree_Node* par = list; par->is<_T3FormalPar>(); par = par->as<_T3FormalPar>()->next)
     RegisterDecl(par, module_name_, map);
   return map;

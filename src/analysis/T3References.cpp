@@ -1,8 +1,6 @@
 // The resolution of references.
 #include "analysis/T3References.h"
 
-#include <algorithm>
-
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
@@ -10,10 +8,10 @@
 
 namespace {
 void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
+  const T3TypeViews views = TypeViewsOf(entity);
   auto& attributes = reference->attr();
-  attributes.local_type_def = LocalTypeDef(entity);
-  attributes.absolute_type_def = AbsoluteTypeDef(entity);
-  attributes.base_type_def = BaseTypeDef(entity);
+  attributes.local_type_def = attributes.absolute_type_def = views.local;
+  attributes.base_type_def = views.base;
 }
 
 void SetMeaning(_T3Reference* reference, T3Tree_Node* def, T3Tree_Node* typed) {
@@ -134,18 +132,22 @@ void ResolveOne(_T3Reference* reference) {
 }
 }  // namespace
 
-T3NodeList ReferenceChain(T3Tree_Node* reference) {
-  T3NodeList chain{reference};
-  while (auto* qualification = chain.back()->try_as<_T3Qualification>()) chain.push_back(qualification->base);
-  std::reverse(chain.begin(), chain.end());
-  return chain;
+T3ReferenceChain::T3ReferenceChain(T3Tree_Node* reference) {
+  const auto for_links = [reference](const auto& call) {
+    T3Tree_Node* at = reference;
+    for (call(at); at->is<_T3Qualification>(); call(at)) at = at->as<_T3Qualification>()->base;
+  };
+  for_links([this](T3Tree_Node*) { ++count_; });
+  if (!IsShort()) long_.resize(count_);
+  T3Tree_Node** link = (IsShort() ? short_.data() : long_.data()) + count_;
+  for_links([&link](T3Tree_Node* at) { *--link = at; });
 }
 
 void ResolveReference(T3Tree_Node* reference) {
   auto* outermost = reference->as<_T3Reference>();
   if (outermost->attr().def != nullptr) return;
   if (!reference->is<_T3Qualification>()) return ResolveOne(outermost);
-  for (T3Tree_Node* at : ReferenceChain(reference)) {
+  for (T3Tree_Node* at : T3ReferenceChain(reference)) {
     if (!at->is<_T3Reference>() || at->as<_T3Reference>()->attr().def != nullptr) continue;
     ResolveOne(at->as<_T3Reference>());
   }

@@ -2,10 +2,24 @@
 // before a context chooses. Resolved once, from the innermost base outwards, without recursion.
 #pragma once
 
+#include <array>
+
 #include "frontend/T3Tree.h"
 
 /// Resolves a reference with all its bases: `def` and the three views of its own type. Names that mean
 /// nothing are reported here, once.
 void ResolveReference(T3Tree_Node* reference);
 /// The bases of a reference, the innermost first, and the reference itself as the last.
-T3NodeList ReferenceChain(T3Tree_Node* reference);
+class T3ReferenceChain {
+ public:
+  explicit T3ReferenceChain(T3Tree_Node* reference);
+  T3Tree_Node* const* begin() const { return IsShort() ? short_.data() : long_.data(); }
+  T3Tree_Node* const* end() const { return begin() + count_; }
+
+ private:
+  static constexpr size_t kShort = 8;
+  bool IsShort() const { return count_ <= kShort; }
+  size_t count_ = 0;
+  std::array<T3Tree_Node*, kShort> short_;
+  T3NodeList long_;
+};

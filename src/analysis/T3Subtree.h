@@ -1,4 +1,4 @@
-// A walk over a subtree for collecting: each node once, parents first, with a stack of its own.
+// A walk over a subtree for collecting: each node once, parents first, with a stack apart from the process's.
 #pragma once
 
 #include <vector>
@@ -9,15 +9,18 @@
 /// over. The root's `next` is not followed.
 template <class Visit>
 void ForEachInSubtree(T3Tree_Node* root, Visit visit) {
-  std::vector<T3Tree_Node*> open{root};
-  while (!open.empty()) {
+  // One stack for all walks: one that is begun while another visits works above it.
+  static std::vector<T3Tree_Node*> open;
+  const size_t base = open.size();
+  open.push_back(root);
+  while (open.size() > base) {
     T3Tree_Node* node = open.back();
     open.pop_back();
     const T3ChildFields& fields = ChildFieldsOf(node);
     if (node != root && fields.next.info != nullptr)
-      if (T3Tree_Node* next = T3ChildField(node, *fields.next.info)) open.push_back(next);
+      if (T3Tree_Node* next = T3ChildField(node, fields.next)) open.push_back(next);
     if (!visit(node)) continue;
     for (auto child = fields.children.rbegin(); child != fields.children.rend(); ++child)
-      if (T3Tree_Node* below = T3ChildField(node, *child->info)) open.push_back(below);
+      if (T3Tree_Node* below = T3ChildField(node, *child)) open.push_back(below);
   }
 }

@@ -27,8 +27,8 @@ T3Tree_Node* Members(T3Tree_Node* scope) {
   if (auto* type = scope->try_as<_T3StructuredType>()) return type->body;
   if (auto* type = scope->try_as<T3SignatureType>()) return type->fpl;
   if (auto* type = scope->try_as<T3ComponentType>()) return type->decls;
-  if (auto* type = scope->try_as<T3AnyType>()) {
-    T3Tree_Node* fields = type->attr().union_representation;
+  if (scope->is<T3AnyType>()) {
+    T3Tree_Node* fields = AnyTypeFields(scope);
     return fields == nullptr ? _sgT3NoFieldType(true) : fields;
   }
   return scope;

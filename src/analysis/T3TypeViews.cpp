@@ -40,6 +40,7 @@ T3Tree_Node* TemplateType(T3Tree_Node* decl) {
 
 // The type node that an entity is declared with.
 T3Tree_Node* DeclaredType(T3Tree_Node* entity) {
+  if (T3Is<_T3Type>(entity)) return entity;
   entity = BehindImport(entity);
   if (entity == nullptr) return gT3ErrorType;
   if (auto* decl = entity->try_as<T3TypeDecl>()) return decl->type;
@@ -50,7 +51,6 @@ T3Tree_Node* DeclaredType(T3Tree_Node* entity) {
   if (auto* decl = entity->try_as<T3ExtFunction>()) return decl->return_type;
   if (auto* def = entity->try_as<T3TemplateDef>()) return def->parent;
   if (auto* item = entity->try_as<T3TypeItem>()) return item->type;
-  if (entity->is<_T3Type>()) return entity;
   if (entity->is<T3TemplateDecl>()) return TemplateType(entity);
   if (entity->is<T3Testcase>() || entity->is<T3TestStep>() || entity->is<T3TagFormalPar>() ||
       entity->is<T3NoTemplateDef>())
@@ -95,6 +95,7 @@ T3Tree_Node* BaseStep(T3Tree_Node* type) {
 // Gives the base to every type on the way, so that long chains of subtypes cost one walk.
 T3Tree_Node* BaseOfType(T3Tree_Node* type) {
   if (!type->is<T3TypeReference>() && !type->is<T3SubType>()) return type;
+  if (T3Tree_Node* known = type->as<_T3Type>()->attr().base_type_def) return known;
   std::vector<_T3Type*> way;
   T3Tree_Node* base = type;
   T3Tree_Node* slow = type;
@@ -120,7 +121,7 @@ T3Tree_Node* BaseOfType(T3Tree_Node* type) {
 }  // namespace
 
 T3Tree_Node* BehindImport(T3Tree_Node* def) {
-  return def == nullptr ? nullptr : FollowChain(def, [](T3Tree_Node* at) -> T3Tree_Node* {
+  return !T3Is<_T3ImportDecl>(def) ? def : FollowChain(def, [](T3Tree_Node* at) -> T3Tree_Node* {
     auto* import = at->try_as<_T3ImportDecl>();
     if (import == nullptr) return nullptr;
     T3Tree_Node* next = import->attr().def_aux;
@@ -138,6 +139,12 @@ T3Tree_Node* AbsoluteTypeDef(T3Tree_Node* entity) {
 
 T3Tree_Node* BaseTypeDef(T3Tree_Node* entity) {
   return BaseOfType(DeclaredType(entity));
+}
+
+T3TypeViews TypeViewsOf(T3Tree_Node* entity) {
+  T3Tree_Node* declared = DeclaredType(entity);
+  T3Tree_Node* local = LocalOfType(declared);
+  return {local, BaseOfType(declared)};
 }
 
 T3Tree_Node* DerefType(T3Tree_Node* type) {

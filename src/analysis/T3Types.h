@@ -5,6 +5,7 @@
 // view is the same node once it is known to be a type; the base view has subtypes removed as well.
 #pragma once
 
+#include <span>
 #include <string>
 
 #include "analysis/T3Candidates.h"
@@ -21,6 +22,12 @@ T3Tree_Node* BehindImport(T3Tree_Node* def);
 T3Tree_Node* AbsoluteTypeDef(T3Tree_Node* entity);
 T3Tree_Node* LocalTypeDef(T3Tree_Node* entity);
 T3Tree_Node* BaseTypeDef(T3Tree_Node* entity);
+/// The views of one entity at once; the absolute view is the local one.
+struct T3TypeViews {
+  T3Tree_Node* local;
+  T3Tree_Node* base;
+};
+T3TypeViews TypeViewsOf(T3Tree_Node* entity);
 // Types of expressions, template definitions and template references. Inside a body these are final only
 // after InferExpression ran on the outermost expression; the accessors see to that.
 T3Tree_Node* ExpressionAbsoluteType(T3Tree_Node* expression);
@@ -39,7 +46,9 @@ enum class T3TemplateUse { Other, ActualPar, Port };
 T3Inference InferTemplate(T3Tree_Node* definition, T3Candidates candidates, bool strict, T3TemplateUse use);
 
 void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bool update, bool strict);
-void ExcludeTypeSet(T3Candidates& candidates, const T3TypeSet& locals, const T3TypeSet& bases);
+/// `locals` and `bases` are parallel.
+void ExcludeTypeSet(T3Candidates& candidates, std::span<T3Tree_Node* const> locals,
+                    std::span<T3Tree_Node* const> bases);
 void Invalidate(T3Candidates& candidates, T3Tree_Node* type);
 T3Tree_Node* Check(const T3Candidates& candidates);
 T3Tree_Node* CheckTypeSet(const T3Candidates& candidates, const T3TypeSet& allowed);
@@ -107,6 +116,8 @@ T3PortTypes PortTypesIn(T3Tree_Node* port_type);
 T3PortTypes PortTypesOut(T3Tree_Node* port_type);
 /// All type declarations that reach a module, imports and built-in types included, in order.
 const T3NodeList& AllTypesOf(T3Tree_Node* module);
+/// The fields of an `anytype` whose module has been analysed, made at the first question; null before.
+T3Tree_Node* AnyTypeFields(T3Tree_Node* anytype);
 /// True for what `all` stands for in a port's type list.
 bool PartOfAllTypes(T3Tree_Node* base);
 void ClearTypeValidSets();

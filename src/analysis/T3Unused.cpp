@@ -15,6 +15,9 @@ struct Uses {
   std::unordered_map<T3Tree_Node*, T3NodeList> used_by_user;
   /// The users in the order in which they came, so that nothing depends on addresses.
   T3NodeList users;
+  /// The user that came last, who mostly comes again.
+  T3Tree_Node* last_user = nullptr;
+  T3NodeList* used_by_last = nullptr;
   /// Declarations that something needs that always gets code.
   std::unordered_set<T3Tree_Node*> needed;
   bool needed_is_known = false;
@@ -22,7 +25,7 @@ struct Uses {
 };
 
 Uses& AllUses() {
-  static Uses uses;
+  static Uses& uses = *new Uses;
   return uses;
 }
 
@@ -67,10 +70,15 @@ void GenerateMessage(T3Tree_Node* decl) {
   vexa_progress(GetVerbosity(decl->place->vexa_my_module), text);
 }
 
-T3NodeSet& DepDecls(T3Tree_Node* owner) {
-  T3NodeSet*& set = owner->as<_T3Decl>()->cold().dep_decls;
-  if (set == nullptr) set = new T3NodeSet;
-  return *set;
+T3NodeList& DepDecls(T3Tree_Node* owner) {
+  T3NodeList*& list = owner->as<_T3Decl>()->cold().dep_decls;
+  if (list == nullptr) list = new T3NodeList;
+  return *list;
+}
+
+// Most repetitions stand side by side; the others do no harm.
+void Append(T3NodeList& list, T3Tree_Node* decl) {
+  if (list.empty() || list.back() != decl) list.push_back(decl);
 }
 
 bool IsAnytype(T3Tree_Node* def) {
@@ -93,7 +101,7 @@ void RecordUse(T3Tree_Node* reference) {
   if (def->as<_T3Decl>()->attr().vexa_place != 1) return;
   AddAntiDependency(def, owner);
   T3Tree_Node* declared = IsImportDecl(def) ? def->as<_T3ImportDecl>()->attr().def_aux : def;
-  if (declared != nullptr) DepDecls(owner).insert(declared);
+  if (declared != nullptr) Append(DepDecls(owner), declared);
 }
 
 void RecordImport(T3Tree_Node* import) {
@@ -109,11 +117,15 @@ constexpr T3Rule kUsageRules[] = {
 }  // namespace
 
 void AddAntiDependency(T3Tree_Node* used, T3Tree_Node* user) {
+  if (gT3CommandLine.optimize == 0) return;
   Uses& uses = AllUses();
-  const auto [entry, is_new] = uses.used_by_user.try_emplace(user);
-  if (is_new) uses.users.push_back(user);
-  // most repetitions stand side by side; the others do no harm
-  if (entry->second.empty() || entry->second.back() != used) entry->second.push_back(used);
+  if (user != uses.last_user) {
+    const auto [entry, is_new] = uses.used_by_user.try_emplace(user);
+    if (is_new) uses.users.push_back(user);
+    uses.last_user = user;
+    uses.used_by_last = &entry->second;
+  }
+  Append(*uses.used_by_last, used);
   uses.needed_is_known = false;
 }
 

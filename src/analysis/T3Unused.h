@@ -7,7 +7,7 @@
 
 #include "analysis/T3Eval.h"
 
-/// Notes that `user` uses `used`.
+/// Notes that `user` uses `used`, where the option for it is given.
 void AddAntiDependency(T3Tree_Node* used, T3Tree_Node* user);
 /// Whether a declaration gets code; false for a null node. Reports each declaration that is left out, once,
 /// as progress. To be asked when all modules are analysed.

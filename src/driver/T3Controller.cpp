@@ -11,6 +11,7 @@
 #include "build/T3GenMakefile.h"
 #include "driver/Errors.h"
 #include "driver/T3Version.h"
+#include "support/LargePages.h"
 #include "support/TemporaryFiles.h"
 #include "support/rSystem.h"
 
@@ -96,6 +97,7 @@ int RunCompiler(int argc, const char** argv) {
   std::set_new_handler(OutOfMemory);
   CatchSignals();
   EnlargeStack();
+  PrepareLargePages();
   vexa_compiler_phases(verbosity_level_t::Stages, Banner());
   gT3AST.SetCheckReport(stderr);
   try {

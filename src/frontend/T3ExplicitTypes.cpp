@@ -16,35 +16,39 @@ T3TypeDecl* ImplicitDecl(const tPosition& position, tIdent name, T3Tree_Node* ty
   return decl;
 }
 
-// Calls for each node below a declaration, children first; what follows the declaration is left out.
+// Calls for each array type below a declaration, inner ones first; what follows the declaration is left out.
+struct Step {
+  T3Tree_Node* node;
+  bool children_done;
+};
+
 template <class Call>
-void ForNodesBelow(T3Tree_Node* decl, const Call& call) {
-  struct Step {
-    T3Tree_Node* node;
-    bool children_done;
-  };
+void ForArrayTypesBelow(T3Tree_Node* decl, const Call& call) {
   std::vector<Step> stack{{decl, false}};
+  // A node without children is no array type.
+  const auto push = [&stack](T3Tree_Node* node) {
+    if (node == nullptr) return;
+    const T3ChildFields& fields = ChildFieldsOf(node);
+    if (!fields.children.empty() || fields.next.info != nullptr) stack.push_back({node, false});
+  };
   while (!stack.empty()) {
     const Step step = stack.back();
     stack.pop_back();
-    if (step.node == nullptr) continue;
     if (step.children_done) {
-      call(step.node);
+      call(step.node->as<T3ArrayType>());
       continue;
     }
     const T3ChildFields& fields = ChildFieldsOf(step.node);
-    if (step.node != decl && fields.next.info != nullptr)
-      stack.push_back({T3ChildField(step.node, *fields.next.info), false});
-    stack.push_back({step.node, true});
-    for (size_t i = fields.children.size(); i > 0; --i)
-      stack.push_back({T3ChildField(step.node, *fields.children[i - 1].info), false});
+    if (step.node != decl && fields.next.info != nullptr) push(T3ChildField(step.node, fields.next));
+    if (step.node->is<T3ArrayType>()) stack.push_back({step.node, true});
+    for (auto child = fields.children.rbegin(); child != fields.children.rend(); ++child)
+      push(T3ChildField(step.node, *child));
   }
 }
 
-// Gives an array type its declaration, which is put into the chain; other nodes are passed over.
-void ExplicifyArrayType(T3Tree_Node* node, std::vector<T3TypeDecl*>& implicit_array_types) {
-  auto* array = node->try_as<T3ArrayType>();
-  if (array == nullptr || array->explicit_type != nullptr) return;
+// Gives an array type its declaration, which is put into the chain.
+void ExplicifyArrayType(T3ArrayType* array, std::vector<T3TypeDecl*>& implicit_array_types) {
+  if (array->explicit_type != nullptr) return;
   const tIdent name = gIdents.MakeIdent("vexa_expl_array" + std::to_string(++array_counter));
   T3TypeDecl* decl = ImplicitDecl(NoPosition, name, array);
   array->explicit_type = decl;
@@ -172,7 +176,7 @@ void ExplicifyArrayTypes(T3Tree_Node* module) {
   T3Tree_Node** link = &module->as<T3Module>()->definition_part;
   while ((*link)->is<_T3Decl>()) {
     std::vector<T3TypeDecl*> implicit_array_types;
-    ForNodesBelow(*link, [&](T3Tree_Node* node) { ExplicifyArrayType(node, implicit_array_types); });
+    ForArrayTypesBelow(*link, [&](T3ArrayType* array) { ExplicifyArrayType(array, implicit_array_types); });
     link = InsertAll(link, implicit_array_types);
     link = &(*link)->as<_T3Decl>()->next;
   }

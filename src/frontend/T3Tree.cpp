@@ -7,6 +7,7 @@
 
 #include "driver/Errors.h"
 #include "driver/T3Exception.h"
+#include "support/LargePages.h"
 
 const char* const vexa_location_not_allocated = "__NO_LOCATION_ALLOCATED__";
 
@@ -16,6 +17,8 @@ T3Tree& gT3AST = *new T3Tree;
 namespace {
 constexpr size_t kBlockSize = 20480;
 constexpr size_t kAttributeBlockSize = 1 << 18;
+// A tree of this size is the beginning of a large run.
+constexpr size_t kLargeTree = 1 << 18;
 constexpr size_t kMaxFileName = 255;
 
 size_t Round(size_t size) {
@@ -51,6 +54,7 @@ void* T3Tree::NewBlock(size_t size) {
   }
   blocks_.push_back(block);
   memory_ += size;
+  if (memory_ > kLargeTree) UseLargePages();
   return block;
 }
 
@@ -63,16 +67,10 @@ void* T3Tree::T3Tree_Alloc(size_t size) {
   return free_;
 }
 
-void* T3Tree::AllocAttributes(size_t size) {
-  size = Round(size);
-  if (static_cast<size_t>(attribute_end_ - attribute_free_) < size) {
-    const size_t room = size > kAttributeBlockSize ? size : kAttributeBlockSize;
-    attribute_free_ = static_cast<char*>(NewBlock(room));
-    attribute_end_ = attribute_free_ + room;
-  }
-  void* result = attribute_free_;
-  attribute_free_ += size;
-  return result;
+void T3Tree::NewAttributeBlock(size_t size) {
+  const size_t room = size > kAttributeBlockSize ? size : kAttributeBlockSize;
+  attribute_free_ = static_cast<char*>(NewBlock(room));
+  attribute_end_ = attribute_free_ + room;
 }
 
 const char* T3Tree::KeepText(const std::string& text) {

@@ -41,7 +41,6 @@ using T3TypeSet = std::vector<T3Tree_Node*>;
 using T3ValidSet = std::vector<bool>;
 /// (name, qualifier): the qualifier is 0, or a module's identifier.
 using T3DeclKey = std::pair<tIdent, tIdent>;
-using T3DeclMap = std::map<T3DeclKey, T3NodeSet>;
 struct T3DeclKeyHash {
   size_t operator()(const T3DeclKey& key) const {
     const auto qualifier = static_cast<uint64_t>(key.second) * 0x9e3779b97f4a7c15u;
@@ -50,7 +49,7 @@ struct T3DeclKeyHash {
   }
 };
 using T3NameCache = std::unordered_map<T3DeclKey, T3Tree_Node*, T3DeclKeyHash>;
-struct T3DeclIndex;
+class T3DeclMap;
 
 /// The head of the record of a node's rarer attributes.
 struct T3Cold {};
@@ -232,7 +231,14 @@ class T3Tree {
   /// Memory for a node from a new block; `size` is in bytes.
   void* T3Tree_Alloc(size_t size);
   /// Memory for attribute records and what they point to, kept to the end of the process.
-  void* AllocAttributes(size_t size);
+  void* AllocAttributes(size_t size) {
+    size = (size + 7) / 8 * 8;
+    if (static_cast<size_t>(attribute_end_ - attribute_free_) < size) [[unlikely]]
+      NewAttributeBlock(size);
+    void* result = attribute_free_;
+    attribute_free_ += size;
+    return result;
+  }
   /// A copy of `text` that lives as long as the tree; for `text` and `location` fields.
   const char* KeepText(const std::string& text);
   /// The number of bytes in all blocks.
@@ -303,6 +309,7 @@ class T3Tree {
   char* attribute_free_ = nullptr;
   char* attribute_end_ = nullptr;
   void* NewBlock(size_t size);
+  void NewAttributeBlock(size_t size);
 
   size_t memory_ = 0;
   uint32_t next_number_ = 0;

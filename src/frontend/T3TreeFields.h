@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstring>
-#include <vector>
 
 #include "frontend/T3Tree.h"
 
@@ -13,12 +12,23 @@ struct T3ChildFields {
     const T3FieldInfo* info;
     /// The field's place among all fields of the kind; becomes the child slot.
     uint16_t slot;
+    /// Where the field lies in the node.
+    uint16_t offset;
   };
   /// All but `next`.
-  std::vector<Child> children;
+  std::span<const Child> children;
   /// The link of a list element; its info is null for kinds that are none.
-  Child next{nullptr, 0};
+  Child next;
 };
 
-/// The child fields of a kind, made once for all kinds.
-const T3ChildFields& ChildFieldsOf(const T3Tree_Node* node);
+extern const T3ChildFields T3Tree_ChildFields[kT3KindCount];
+
+/// The child fields of a node's kind.
+inline const T3ChildFields& ChildFieldsOf(const T3Tree_Node* node) {
+  return T3Tree_ChildFields[static_cast<size_t>(node->kind)];
+}
+
+/// The slot of a child field in a node that has one.
+inline T3Tree_Node*& T3ChildField(T3Tree_Node* node, const T3ChildFields::Child& child) {
+  return *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + child.offset);
+}

@@ -6,23 +6,6 @@
 #include "frontend/T3TreeFields.h"
 
 namespace {
-std::vector<T3ChildFields> MakeChildFields() {
-  std::vector<T3ChildFields> result(kT3KindCount);
-  for (int kind = 0; kind < kT3KindCount; ++kind) {
-    uint16_t slot = 0;
-    for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields) {
-      if (field.IsChild()) {
-        if (std::strcmp(field.name, "next") == 0)
-          result[kind].next = {&field, slot};
-        else
-          result[kind].children.push_back({&field, slot});
-      }
-      ++slot;
-    }
-  }
-  return result;
-}
-
 // The nodes that a walk has met. A walk inside another's call-back has a mark of its own.
 class Visited {
  public:
@@ -70,8 +53,8 @@ void WalkDown(T3Tree_Node* root, Visited& visited, const Call& call) {
     stack.pop_back();
     if (node == nullptr || !visited.Enter(node)) continue;
     call(node);
-    PushChildren(
-        node, [&](const T3ChildFields::Child& child) { stack.push_back(T3ChildField(node, *child.info)); });
+    PushChildren(node,
+                 [&](const T3ChildFields::Child& child) { stack.push_back(T3ChildField(node, child)); });
   }
 }
 
@@ -107,11 +90,6 @@ void RedirectFields(T3Tree_Node* copy, const CopyMap& copies) {
 }
 }  // namespace
 
-const T3ChildFields& ChildFieldsOf(const T3Tree_Node* node) {
-  static const std::vector<T3ChildFields> all = MakeChildFields();
-  return all[static_cast<size_t>(node->kind)];
-}
-
 void T3Tree::TraverseT3TreeTD(T3Tree_Node* root, const T3TreeCallback& call) {
   Visited visited;
   WalkDown(root, visited, call);
@@ -135,7 +113,7 @@ void T3Tree::TraverseT3TreeBU(T3Tree_Node* root, const T3TreeCallback& call) {
     if (!visited.Enter(step.node)) continue;
     stack.push_back({step.node, true});
     PushChildren(step.node, [&](const T3ChildFields::Child& child) {
-      stack.push_back({T3ChildField(step.node, *child.info), false});
+      stack.push_back({T3ChildField(step.node, child), false});
     });
   }
 }
@@ -188,7 +166,7 @@ void T3Tree::InitT3Tree(T3Tree_Node* root) {
     if (node->attributes != nullptr)
       std::memset(node->attributes->evaluated, 0, sizeof node->attributes->evaluated);
     const auto adopt = [node](const T3ChildFields::Child& child) {
-      T3Tree_Node* target = T3ChildField(node, *child.info);
+      T3Tree_Node* target = T3ChildField(node, child);
       if (target == nullptr) return;
       target->parent = node;
       target->child_slot = child.slot;

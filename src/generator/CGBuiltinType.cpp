@@ -1,4 +1,5 @@
 // The module's own copies of built-in types.
+#include "analysis/T3Types.h"
 #include "driver/T3Error.h"
 #include "generator/CGType.h"
 #include "generator/CGTypeAccess.h"
@@ -53,7 +54,7 @@ void CGBuiltinType(T3Tree_Node* node) {
       AddWithTables(decl, LUMO_TYPE_KIND_DEFAULT, *fields);
       break;
     case T3Kind::T3AnyType:
-      GenFieldTypeList(*fields, decl->type->as<T3AnyType>()->attr().union_representation);
+      GenFieldTypeList(*fields, AnyTypeFields(decl->type));
       AddWithTables(decl, LUMO_TYPE_KIND_UNION, *fields);
       break;
     case T3Kind::T3Address:

@@ -155,7 +155,7 @@ void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
     case T3Kind::T3NoType:
       throw internal_exception("T3Type", __LINE__, "GenType", "T3NoType should not occur at this stage");
     case T3Kind::T3AnyType:
-      GenStructuredType(decl, type->as<T3AnyType>()->attr().union_representation, LUMO_TYPE_KIND_UNION);
+      GenStructuredType(decl, AnyTypeFields(type), LUMO_TYPE_KIND_UNION);
       break;
     case T3Kind::T3SignatureType:
       GenSignatureType(decl, type);

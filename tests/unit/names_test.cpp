@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/T3Components.h"
+#include "analysis/T3Eval.h"
 #include "analysis/T3Imports.h"
 #include "analysis/T3Stages.h"
 #include "driver/Errors.h"
@@ -184,7 +185,7 @@ TEST(Names, LongListsAndDeepGroupsNeedNoStack) {
   T3Tree_Node* function = Function("f", body, _sgT3NoDecl());
   Analysed(Module("ne_2", function));
   EXPECT_EQ(Messages([&] {
-              for (T3Tree_Node* s = body; s->is<_T3Stmt>(); s = s->as<_T3Stmt>()->next) CheckNamesOfNode(s);
+              for (T3Tree_Node* s = body; s->is<_T3Stmt>(); s = s->as<_T3Stmt>()->next) CheckNode(s);
             }),
             "");
   ClearNameCache();

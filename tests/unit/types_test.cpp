@@ -231,8 +231,7 @@ TEST_F(Types, TheFieldsOfAnytypeRunDownTheirNames) {
   T3Tree_Node* root = Analysed("zoo", decls);
   SetAnyTypeInformation(root);
   std::vector<std::string> names;
-  for (T3Tree_Node* at = gT3AnyType->as<T3AnyType>()->attr().union_representation; at->is<T3FieldType>();
-       at = at->as<T3FieldType>()->next)
+  for (T3Tree_Node* at = AnyTypeFields(gT3AnyType); at->is<T3FieldType>(); at = at->as<T3FieldType>()->next)
     names.push_back(gIdents.GetCStr(at->as<T3FieldType>()->name));
   ASSERT_GE(names.size(), 3u);
   EXPECT_EQ(names.front(), "zoo.verdicttype");
