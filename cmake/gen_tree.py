@@ -73,6 +73,14 @@ class Kind:
         self.cname = RENAMED.get(name, name if name[0].isupper() or name[0] == "_" else "T3_" + name)
         self.fields = []
 
+    def view(self, words, where):
+        """Another name of an attribute of the kind that stands before it."""
+        name, of = words
+        field = next((f for f in self.own("attr") if f.name == of), None) or fail(where + "no attribute " + of)
+        view = Field(name, field.word, None, "view")
+        view.of = field
+        return view
+
     def own(self, *roles):
         return [f for f in self.fields if f.role in roles]
 
@@ -94,8 +102,11 @@ def read(path):
                 by_name[kind.name] = kind
                 continue
             role = "arg"
-            if words[0] in ("attr", "cold", "late"):
+            if words[0] in ("attr", "cold", "late", "view"):
                 role = words.pop(0)
+            if role == "view":
+                kinds[-1].fields.append(kinds[-1].view(words, where))
+                continue
             child_class = words[2] if words[1] == "child" else None
             if len(words) != (3 if child_class else 2):
                 fail(where + "malformed field")
@@ -150,7 +161,9 @@ def write_header(kinds, out):
             record_base = f"{kind.base.cname}_{record}" if kind.base else f"T3{record}"
             w(f"struct {kind.cname}_{record} : {record_base} {{\n")
             for field in kind.own(role):
-                w(f"  {field.ctype} {field.name} = {field.neutral};\n")
+                views = "".join(f" {v.ctype} {v.name};" for v in kind.own("view") if v.of is field)
+                member = f"{field.ctype} {field.name} = {field.neutral};"
+                w(f"  union {{ {member}{views} }};\n" if views else f"  {member}\n")
             if role == "attr":
                 write_bits(kind, w)
             w("};\n")
@@ -207,9 +220,9 @@ def write_tables(kinds, by_name, out):
                     kind.children.append(edge)
                 rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, {child}, offsetof({kind.cname}, {f.name}), '
                             f"sizeof({f.ctype}), T3FieldRecord::Node}},\n")
-        for role, record in (("attr", "Attributes"), ("cold", "Cold")):
+        for roles, record in ((("attr", "view"), "Attributes"), (("cold",), "Cold")):
             for k in chain(kind):
-                for f in k.own(role):
+                for f in k.own(*roles):
                     rows.append(f'  {{"{f.name}", T3FieldShape::{f.shape}, 0xffff, offsetof({kind.cname}_{record}, '
                                 f"{f.name}), sizeof({f.ctype}), T3FieldRecord::{record}}},\n")
         if rows:

@@ -33,7 +33,6 @@ T3Tree_Node* MakeField(T3Tree_Node* decl, T3Place* place) {
   T3Identifier* identifier = gT3AST.mT3Identifier(NoPosition, name);
   identifier->attr().def = decl;
   identifier->attr().local_type_def = LocalTypeDef(decl);
-  identifier->attr().absolute_type_def = AbsoluteTypeDef(decl);
   identifier->attr().base_type_def = BaseTypeDef(decl);
   T3Tree_Node* type = gT3AST.mT3TypeReference(NoPosition, identifier);
   T3Tree_Node* field =

@@ -111,10 +111,7 @@ class Folder {
       spine.push_back(node->as<_T3BinaryExpression>());
       node = spine.back()->left;
     }
-    auto* innermost = node->as<_T3Expression>();
-    if (!innermost->attr().IsEvaluated(Folding::kExpressionBit))
-      Keep(innermost, Folding::kExpressionBit, OfOperand(node));
-    Result result = Known(innermost);
+    Result result = OfInnermost(node->as<_T3Expression>());
     for (; !spine.empty(); spine.pop_back()) {
       result = OfBinary(spine.back(), result, OfExpression(spine.back()->right));
       Keep(static_cast<_T3Expression*>(spine.back()), Folding::kExpressionBit, result);
@@ -137,8 +134,15 @@ class Folder {
     if (result) Folding::Slot(node) = *result;
   }
 
-  static Result OfOperand(T3Tree_Node* node) {
+  // What a literal says costs less to read again than to keep.
+  static Result OfInnermost(_T3Expression* node) {
+    if (node->attr().IsEvaluated(Folding::kExpressionBit)) return Known(node);
     if (const Result literal = Folding::Literal(node)) return literal;
+    Keep(node, Folding::kExpressionBit, OfOperand(node));
+    return Known(node);
+  }
+
+  static Result OfOperand(T3Tree_Node* node) {
     if (auto* minus = node->try_as<T3UnaryMinus>()) {
       const Result value = OfExpression(minus->arg);
       return value ? Result(Folding::Negated(*value)) : std::nullopt;

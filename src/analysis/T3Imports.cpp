@@ -321,9 +321,8 @@ void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_sp
     if (!seen_.insert(next).second) continue;
     Note(next, with_spec);
     taken_.push_back({next, with_spec, current_from_, true});
-    const auto* record = next->attributes;
-    if (record == nullptr || record->cold == nullptr) continue;
-    if (const T3NodeList* needed = next->as<_T3Decl>()->cold().dep_decls)
+    if (next->attributes == nullptr) continue;
+    if (const T3NodeList* needed = next->as<_T3Decl>()->attr().dep_decls)
       work.insert(work.end(), needed->begin(), needed->end());
   }
 }

@@ -71,7 +71,6 @@ void SetResult(T3Tree_Node* expression, T3Tree_Node* local) {
   attributes.pass2 = true;
   const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_absolute_type = views.local;
   attributes.expression_base_type = views.base;
 }
 

@@ -15,7 +15,7 @@ void InferActualPars(T3Parameterization* call) {
     T3Candidates candidates = Anything();
     if (T3Is<_T3TypedFormal>(formal)) {
       const T3TypeViews views = TypeViewsOf(formal);
-      attributes.local_type_def = attributes.absolute_type_def = views.local;
+      attributes.local_type_def = views.local;
       attributes.base_type_def = views.base;
       candidates = T3Candidates(attributes.local_type_def, attributes.base_type_def);
     }

@@ -9,7 +9,6 @@ void SetTypes(T3TemplateDef* definition, T3Tree_Node* local) {
   attributes.pass2 = true;
   const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_absolute_type = views.local;
   attributes.expression_base_type = views.base;
 }
 
@@ -25,7 +24,6 @@ T3Tree_Node* InferModifies(T3TemplateDef* definition) {
   T3Tree_Node* local = LocalOf(modifies->reference);
   auto& attributes = modifies->attr();
   attributes.expression_local_type = local;
-  attributes.expression_absolute_type = AbsoluteTypeDef(local);
   attributes.expression_base_type = BaseTypeDef(local);
   attributes.modifies_decl = Def(modifies->reference);
   definition->attr().modifies_decl = attributes.modifies_decl;
@@ -73,7 +71,7 @@ T3Inference InferDefinition(T3TemplateDef* definition, T3Candidates& candidates,
   T3Tree_Node* modified = InferModifies(definition);
   T3Tree_Node* own = T3Is<T3NoType>(definition->parent) ? modified : definition->parent;
   const T3TypeViews views = TypeViewsOf(definition->parent);
-  attributes.local_type_def = attributes.absolute_type_def = views.local;
+  attributes.local_type_def = views.local;
   attributes.base_type_def = views.base;
   attributes.type_pass = true;
   if (T3Is<T3NoType>(own)) return InferUntyped(definition, candidates, strict, use);

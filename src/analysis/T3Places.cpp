@@ -168,10 +168,11 @@ void PlaceWalk::PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* plac
 void PlaceWalk::PushModuleDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place) {
   ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
     T3Place* own = place;
-    if (node->is<_T3Decl>()) {
+    if (node->is<_T3Decl>()) node->as<_T3Decl>()->attr().vexa_place = kModuleLevel;
+    // Nothing below an import statement asks for its owner.
+    if (node->is<_T3Decl>() && !node->is<_T3ImportDecl>()) {
       own = Copy(place);
       own->top_scope_owner = node;
-      node->as<_T3Decl>()->attr().vexa_place = kModuleLevel;
     }
     auto* type_decl = node->try_as<T3TypeDecl>();
     if (type_decl == nullptr || !IsWrittenElsewhere(type_decl)) return PushElement(above, slot, node, own);

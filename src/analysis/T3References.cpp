@@ -10,7 +10,7 @@ namespace {
 void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
   const T3TypeViews views = TypeViewsOf(entity);
   auto& attributes = reference->attr();
-  attributes.local_type_def = attributes.absolute_type_def = views.local;
+  attributes.local_type_def = views.local;
   attributes.base_type_def = views.base;
 }
 
@@ -122,7 +122,6 @@ void ResolveOne(_T3Reference* reference) {
     call->attr().fpl = FormalParametersOf(base.def);
     reference->attr().def = base.def;
     reference->attr().local_type_def = base.local_type_def;
-    reference->attr().absolute_type_def = base.absolute_type_def;
     reference->attr().base_type_def = base.base_type_def;
     return;
   }

@@ -71,7 +71,7 @@ void GenerateMessage(T3Tree_Node* decl) {
 }
 
 T3NodeList& DepDecls(T3Tree_Node* owner) {
-  T3NodeList*& list = owner->as<_T3Decl>()->cold().dep_decls;
+  T3NodeList*& list = owner->as<_T3Decl>()->attr().dep_decls;
   if (list == nullptr) list = new T3NodeList;
   return *list;
 }
