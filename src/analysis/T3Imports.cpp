@@ -2,6 +2,7 @@
 #include "analysis/T3Imports.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "analysis/T3DeclMap.h"
@@ -214,8 +215,21 @@ void ImportStage::SortTaken() {
   taken_.resize(kept);
 }
 
+// Where the own declarations of a module begin, behind those that were made for its imports; by the number
+// of the module.
+std::unordered_map<uint32_t, T3Tree_Node*>& OwnDecls() {
+  static std::unordered_map<uint32_t, T3Tree_Node*> heads;
+  return heads;
+}
+
+T3Tree_Node* OwnDeclsOf(T3Module* module) {
+  const auto found = OwnDecls().find(module->number);
+  return found == OwnDecls().end() ? module->definition_part : found->second;
+}
+
 void ImportStage::AddImportDecls() {
   SortTaken();
+  OwnDecls()[module_->number] = module_->definition_part;
   const auto is_null = [](const Taken& taken) { return taken.decl == ASN_1_NULL_DECLARATION; };
   const bool with_null = imports_asn1_ && T3Is<T3TTCN_3>(module_->representation) &&
                          T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) &&
@@ -327,13 +341,14 @@ void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_sp
   }
 }
 
-// With the kind of groups an import takes what stands in a group, at any depth.
+// With the kind of groups an import takes what stands in a group, at any depth. What a module imports it does
+// not hand on, and it may be much: only its own declarations are looked at.
 void ImportStage::AddImportAll(T3Module* from, T3ImportAllDecl* statement) {
   const Exceptions exceptions(statement->exceptions);
   const T3NodeSet barred = exceptions.GroupsIn(from);
   const bool groups = statement->import_restr == t3_import_restr_t::Group;
   ForDeclsAndGroups(
-      from->definition_part,
+      OwnDeclsOf(from),
       [&](T3Tree_Node* group) { return barred.count(group) == 0 && !exceptions.BarsAllGroups(); },
       [&](T3Tree_Node* decl, int depth) {
         if (decl->is<T3ControlPart>() || ImplicitTypeDecl(decl)) return;
