@@ -1,4 +1,5 @@
-// Any bytes as a source text: the scanner must end, with no more tokens than bytes, and positions must not go back.
+// Any bytes as a source text: the scanner must end, with no more tokens than bytes, and positions must not go
+// back.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
