@@ -35,4 +35,13 @@ void T3Actions(int yyn, T3Value& yyval, T3Value* yyvsp, T3ParserState& state) {
       break;
   }
 }
-]b4_output_end
+
+]m4_pushdef([b4_case], [    case $1:
+])[bool T3HasAction(int rule) {
+  switch (rule) {
+]b4_user_actions[      return true;
+    default:
+      return false;
+  }
+}
+]m4_popdef([b4_case])[]b4_output_end

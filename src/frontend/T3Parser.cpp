@@ -46,27 +46,35 @@ int Goto(int state, int rule) {
   return t.defgoto[symbol];
 }
 
+/// What the driver asks of the tables at each step, spread out by state and by rule.
+struct Spread {
+  /// The first of a state's lost reductions, of which those of one state lie together; -1 for none.
+  std::vector<short> first_lost;
+  std::vector<char> recipient;
+  /// Rules whose reduction exchanges one state for another and does nothing else.
+  std::vector<char> plain;
+
+  Spread()
+      : first_lost(static_cast<size_t>(gParserTables.states), -1),
+        recipient(static_cast<size_t>(gParserTables.states)),
+        plain(static_cast<size_t>(gParserTables.rules) + 1) {
+    for (int i = gParserLostReductionCount - 1; i >= 0; --i)
+      first_lost[static_cast<size_t>(gParserLostReductions[i].state)] = static_cast<short>(i);
+    for (const short* s = gParserRecipientStates; *s >= 0; ++s) recipient[static_cast<size_t>(*s)] = 1;
+    for (int rule = 1; rule <= gParserTables.rules; ++rule)
+      plain[static_cast<size_t>(rule)] = gParserTables.r2[rule] == 1 && !T3HasAction(rule);
+  }
+};
+const Spread gSpread;
+
 /// The rule that lost against the shift of `symbol` in `state`, or 0.
 int LostRule(int state, int symbol) {
-  static const auto rows = [] {
-    std::vector<std::vector<std::pair<int, int>>> table(static_cast<size_t>(gParserTables.states));
-    for (int i = 0; i < gParserLostReductionCount; ++i) {
-      const T3LostReduction& lost = gParserLostReductions[i];
-      table[static_cast<size_t>(lost.state)].emplace_back(lost.symbol, lost.rule);
-    }
-    return table;
-  }();
-  if (rows[static_cast<size_t>(state)].empty()) [[likely]]
-    return 0;
-  for (const auto& [lost_symbol, rule] : rows[static_cast<size_t>(state)])
-    if (lost_symbol == symbol) return rule;
+  for (int i = gSpread.first_lost[static_cast<size_t>(state)]; i >= 0 && i < gParserLostReductionCount; ++i) {
+    const T3LostReduction& lost = gParserLostReductions[i];
+    if (lost.state != state) break;
+    if (lost.symbol == symbol) return lost.rule;
+  }
   return 0;
-}
-
-bool IsRecipientState(int state) {
-  for (const short* s = gParserRecipientStates; *s >= 0; ++s)
-    if (*s == state) return true;
-  return false;
 }
 
 bool IsGuardOperation(int symbol) {
@@ -79,7 +87,7 @@ bool IsGuardOperation(int symbol) {
 /// A stack of states that looks at another one without copying it: reductions take from below as needed.
 class Overlay {
  public:
-  explicit Overlay(const std::vector<int>& states) : states_(states), kept_(states.size()) {}
+  explicit Overlay(std::span<const int> states) : states_(states), kept_(states.size()) {}
 
   int Top() const { return top_.empty() ? states_[kept_ - 1] : top_.back(); }
   void Push(int state) { top_.push_back(state); }
@@ -104,12 +112,12 @@ class Overlay {
   bool AtEnd() const { return Top() == gParserTables.final_state; }
 
  private:
-  const std::vector<int>& states_;
+  std::span<const int> states_;
   size_t kept_;
   std::vector<int> top_;
 };
 
-bool Accepts(const std::vector<int>& states, int symbol) {
+bool Accepts(std::span<const int> states, int symbol) {
   return Overlay(states).Take(symbol);
 }
 
@@ -121,7 +129,7 @@ bool CouldContinue(const Overlay& overlay, int symbol) {
 }
 
 /// The tokens that could continue from a stack.
-std::vector<bool> Expected(const std::vector<int>& states) {
+std::vector<bool> Expected(std::span<const int> states) {
   std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
   const Overlay overlay(states);
   for (int symbol = 0; symbol < gParserTables.tokens; ++symbol)
@@ -131,16 +139,14 @@ std::vector<bool> Expected(const std::vector<int>& states) {
 
 }  // namespace
 
-T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors) {
+T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors), stack_(kStart) {
   Reset();
 }
 
 void T3Parser::Reset() {
-  stack_.states.assign(1, kStart);
-  stack_.address_lists.clear();
+  stack_ = Stack(kStart);
   values_.assign(1, T3Value{});
-  buffer_.clear();
-  first_ = 0;
+  first_ = end_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
   gRepairedTo = NoPosition;
@@ -149,21 +155,19 @@ void T3Parser::Reset() {
 }
 
 const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
-  while (buffer_.size() <= first_ + ahead) {
-    const T3Token token = scanner_->GetToken();
-    buffer_.push_back({SymbolOf(token), token, scanner_->Attribute()});
+  while (end_ <= first_ + ahead) {
+    if (end_ == buffer_.size()) buffer_.resize(std::max<size_t>(16, 2 * end_));
+    Token& token = buffer_[end_++];
+    token.token = scanner_->GetToken();
+    token.symbol = SymbolOf(token.token);
+    token.attribute = scanner_->Attribute();
   }
   return buffer_[first_ + ahead];
 }
 
-bool T3Parser::InAddressList(const Stack& stack) const {
-  // On top lies the first element, below it the parenthesis.
-  return !stack.address_lists.empty() && stack.address_lists.back() == stack.states.size() - 1;
-}
-
 /// Settles a state in which both a shift and a reduction are possible.
 int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
-  const int rule = LostRule(stack.states.back(), symbol);
+  const int rule = LostRule(stack.back(), symbol);
   if (rule == 0) return shift;
   bool reduce = false;
   if (rule == kRule_plain_id_1 && symbol == kSym_Dot)
@@ -172,7 +176,7 @@ int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
     reduce = IsGuardOperation(Peek(ahead + 1).symbol);
   else if (rule == kRule_template_instance_1 ||
            (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
-    reduce = InAddressList(stack);
+    reduce = stack.InAddressList();
   else if (TokenOf(symbol) == T3Token::LeftBrace &&
            gParserTables.r1[rule] == gParserTables.r1[kRule_builtin_type_1])
     reduce = !Trial(kRule_goal_4, ahead, kSym_kw_objid);
@@ -180,32 +184,40 @@ int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
 }
 
 int T3Parser::Action(const Stack& stack, size_t ahead) {
-  const int state = stack.states.back();
-  const int base = gParserTables.pact[state];
-  if (base == gParserTables.pact_ninf) return -gParserTables.defact[state];
+  const int state = stack.back();
+  if (gParserTables.pact[state] == gParserTables.pact_ninf) return -gParserTables.defact[state];
   const int symbol = Peek(ahead).symbol;
   const int action = TableAction(state, symbol);
-  return action > 0 ? Decide(stack, symbol, ahead, action) : action;
+  if (action <= 0 || gSpread.first_lost[static_cast<size_t>(state)] < 0) [[likely]]
+    return action;
+  return Decide(stack, symbol, ahead, action);
 }
 
-void T3Parser::PushState(Stack& stack, int state, int symbol, size_t ahead) {
-  const bool opens =
-      symbol == kSym_LeftParen && IsRecipientState(stack.states.back()) && Trial(kRule_goal_3, ahead, -1);
-  stack.states.push_back(state);
-  if (opens) stack.address_lists.push_back(stack.states.size());
+/// The place of the value that belongs to depth `at` of the stack.
+inline T3Value& T3Parser::ValueAt(size_t at) {
+  if (at >= values_.size()) [[unlikely]]
+    values_.resize(2 * at);
+  return values_[at];
+}
+
+inline void T3Parser::PushState(Stack& stack, int state, int symbol, size_t ahead) {
+  const bool opens = symbol == kSym_LeftParen && gSpread.recipient[static_cast<size_t>(stack.back())] &&
+                     Trial(kRule_goal_3, ahead, -1);
+  stack.Push(state);
+  if (opens) stack.OpenAddressList();
 }
 
 /// Whether the tokens from `ahead` on form the text of a goal; `first_symbol` is a token before them that
 /// was read already, or -1.
 bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
-  Stack stack{{kStart}, {}};
+  Stack stack(kStart);
   // Within the trial of a list of recipients the first parenthesis is that list's.
   if (trial_depth_ > 0) return true;
   ++trial_depth_;
   const int done = Goto(kStart, goal_rule);
   bool result = false;
   for (;;) {
-    const int state = stack.states.back();
+    const int state = stack.back();
     int action;
     int symbol = -1;
     if (first_symbol >= 0) {
@@ -215,7 +227,7 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
       action = Action(stack, ahead);
       if (action > 0) symbol = Peek(ahead).symbol;
     }
-    if (action == 0 || stack.states.size() > kMaxParseDepth) break;
+    if (action == 0 || stack.size() > kMaxParseDepth) break;
     if (action > 0) {
       PushState(stack, action, symbol, ahead);
       if (first_symbol >= 0)
@@ -228,11 +240,9 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
       result = true;
       break;
     }
-    stack.states.resize(stack.states.size() - static_cast<size_t>(gParserTables.r2[-action]));
-    while (!stack.address_lists.empty() && stack.address_lists.back() > stack.states.size())
-      stack.address_lists.pop_back();
-    stack.states.push_back(Goto(stack.states.back(), -action));
-    if (stack.states.back() == done && stack.states.size() == 2) {
+    stack.Pop(static_cast<size_t>(gParserTables.r2[-action]));
+    stack.Push(Goto(stack.back(), -action));
+    if (stack.back() == done && stack.size() == 2) {
       result = true;
       break;
     }
@@ -264,7 +274,7 @@ void T3Parser::NoteScope(const Token& token) {
 }
 
 void T3Parser::Shift(int state, const Token& token) {
-  T3Value value;
+  T3Value& value = ValueAt(stack_.size());
   value.position = token.attribute.Position;
   switch (token.token) {
     case T3Token::identifier:
@@ -280,24 +290,22 @@ void T3Parser::Shift(int state, const Token& token) {
   state_.last_token = value.position;
   NoteScope(token);
   PushState(stack_, state, token.symbol, 0);
-  values_.push_back(value);
 }
 
 void T3Parser::Reduce(int rule) {
   const auto length = static_cast<size_t>(gParserTables.r2[rule]);
-  T3Value result;
-  if (length > 0) {
-    result = values_[values_.size() - length];
-  } else {
-    result.position = Peek(0).attribute.Position;
+  if (!gSpread.plain[static_cast<size_t>(rule)]) {
+    const size_t first = stack_.size() - length;
+    T3Value result;
+    if (length > 0)
+      result = values_[first];
+    else
+      result.position = Peek(0).attribute.Position;
+    T3Actions(rule, result, values_.data() + stack_.size() - 1, state_);
+    ValueAt(first) = result;
   }
-  T3Actions(rule, result, values_.data() + values_.size() - 1, state_);
-  values_.resize(values_.size() - length);
-  stack_.states.resize(stack_.states.size() - length);
-  while (!stack_.address_lists.empty() && stack_.address_lists.back() > stack_.states.size())
-    stack_.address_lists.pop_back();
-  stack_.states.push_back(Goto(stack_.states.back(), rule));
-  values_.push_back(result);
+  stack_.Pop(length);
+  stack_.Push(Goto(stack_.back(), rule));
 }
 
 void T3Parser::RefuseDepth() {
@@ -312,7 +320,7 @@ long T3Parser::Parse() {
   // A file is a list of modules; the other goals are those of trials.
   Reduce(kRule_module_list_1);
   while (!given_up_) {
-    if (stack_.states.size() > kMaxParseDepth) {
+    if (stack_.size() > kMaxParseDepth) [[unlikely]] {
       RefuseDepth();
       break;
     }
@@ -337,7 +345,7 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessage(kCodeSyntaxError, kError, position);
   errors_->ErrorMessageI(kCodeTokenFound, kError, position, kInfoText,
                          yyGetTokenName(static_cast<unsigned short>(token.token)));
-  const std::vector<bool> set = Expected(stack_.states);
+  const std::vector<bool> set = Expected(stack_.states());
   std::string text;
   for (size_t symbol = 0; symbol < set.size(); ++symbol) {
     if (!set[symbol]) continue;
@@ -352,7 +360,7 @@ void T3Parser::ReportFault(const Token& token) {
 /// Whether a token could continue at some state of the way that continuation tokens lead to the end.
 bool T3Parser::CouldRestart(int symbol) const {
   if (symbol == 0) return true;
-  Overlay path(stack_.states);
+  Overlay path(stack_.states());
   for (long step = 0; step < kMaxInsertions; ++step) {
     if (CouldContinue(path, symbol)) return true;
     const int next = gParserContinuation[path.Top()];
@@ -365,17 +373,17 @@ bool T3Parser::CouldRestart(int symbol) const {
 }
 
 void T3Parser::InsertUntilAccepted() {
-  for (long inserted = 0; !Accepts(stack_.states, Peek(0).symbol); ++inserted) {
+  for (long inserted = 0; !Accepts(stack_.states(), Peek(0).symbol); ++inserted) {
     if (inserted == kMaxInsertions) {
       given_up_ = true;
       return;
     }
-    const int next = gParserContinuation[stack_.states.back()];
+    const int next = gParserContinuation[stack_.back()];
     if (next < 0) {
       Reduce(-next);
       continue;
     }
-    const int action = TableAction(stack_.states.back(), next);
+    const int action = TableAction(stack_.back(), next);
     if (action < 0) {
       Reduce(-action);
       continue;

@@ -3,6 +3,7 @@
 // the parse always reaches the end of the file.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -30,32 +31,53 @@ class T3Parser {
     T3Token token;
     T3Scanner_tScanAttribute attribute;
   };
-  /// The states of the automaton, and the depths at which a list of recipients was opened.
-  struct Stack {
-    std::vector<int> states;
-    std::vector<size_t> address_lists;
+  /// The states of the automaton, and the depths at which a list of recipients was opened. A state is set
+  /// when the one below it is on top; nothing is moved or cleared for one that is taken off.
+  class Stack {
+   public:
+    explicit Stack(int start) : states_(kFirstRoom), depth_(1) { states_[0] = start; }
+    size_t size() const { return depth_; }
+    int back() const { return states_[depth_ - 1]; }
+    std::span<const int> states() const { return {states_.data(), depth_}; }
+    void Push(int state) {
+      if (depth_ == states_.size()) [[unlikely]]
+        states_.resize(2 * depth_);
+      states_[depth_++] = state;
+    }
+    void Pop(size_t count) {
+      depth_ -= count;
+      while (!address_lists_.empty() && address_lists_.back() > depth_) address_lists_.pop_back();
+    }
+    void OpenAddressList() { address_lists_.push_back(depth_); }
+    bool InAddressList() const {
+      // On top lies the first element, below it the parenthesis.
+      return !address_lists_.empty() && address_lists_.back() == depth_ - 1;
+    }
+
+   private:
+    static constexpr size_t kFirstRoom = 512;
+    std::vector<int> states_;
+    size_t depth_;
+    std::vector<size_t> address_lists_;
   };
 
   const Token& Peek(size_t ahead) {
-    if (first_ + ahead < buffer_.size()) [[likely]]
+    if (first_ + ahead < end_) [[likely]]
       return buffer_[first_ + ahead];
     return ReadAhead(ahead);
   }
   const Token& ReadAhead(size_t ahead);
   void DropToken() {
-    if (++first_ == buffer_.size()) {
-      buffer_.clear();
-      first_ = 0;
-    }
+    if (++first_ == end_) first_ = end_ = 0;
   }
   int Decide(const Stack& stack, int symbol, size_t ahead, int shift);
   int Action(const Stack& stack, size_t ahead);
   void PushState(Stack& stack, int state, int symbol, size_t ahead);
   bool Trial(int goal_rule, size_t ahead, int first_symbol);
-  bool InAddressList(const Stack& stack) const;
   void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
+  T3Value& ValueAt(size_t at);
   void RefuseDepth();
   void Recover();
   void ReportFault(const Token& token);
@@ -65,10 +87,12 @@ class T3Parser {
   T3Scanner* scanner_;
   Errors* errors_;
   Stack stack_;
+  // The value of each state on the stack.
   std::vector<T3Value> values_;
-  // Tokens read ahead; those before `first_` have been shifted.
+  // Tokens read ahead lie from `first_` up to `end_`.
   std::vector<Token> buffer_;
   size_t first_ = 0;
+  size_t end_ = 0;
   T3ParserState state_;
   T3Token last_shifted_ = T3Token::EndOfFile;
   long errors_found_ = 0;

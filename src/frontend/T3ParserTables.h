@@ -68,3 +68,5 @@ struct T3ParserState {
 
 /// Runs the action of rule `rule`: `values` points to the value of its last symbol.
 void T3Actions(int rule, T3Value& result, T3Value* values, T3ParserState& state);
+/// Whether a rule has an action; the value of one that has none is that of its first symbol.
+bool T3HasAction(int rule);

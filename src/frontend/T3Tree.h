@@ -305,7 +305,12 @@ class T3Tree {
 
   char* free_ = nullptr;
   char* low_ = nullptr;
+  // Blocks that were asked for singly, and the slabs that common ones are cut from.
   std::vector<void*> blocks_;
+  char* slab_free_ = nullptr;
+  char* slab_end_ = nullptr;
+  size_t slabs_ = 0;
+  void* CutFromSlab(size_t size);
   char* attribute_free_ = nullptr;
   char* attribute_end_ = nullptr;
   void* NewBlock(size_t size);

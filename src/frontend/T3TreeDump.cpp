@@ -1,4 +1,6 @@
 // Writes the tree as text, and checks that it is what its description says.
+#include <array>
+#include <memory>
 #include <unordered_map>
 
 #include "driver/Errors.h"
@@ -185,24 +187,80 @@ class Dump {
   std::vector<Work> work_;
 };
 
+// The numbers of the nodes that a walk has met, in pieces that are made when first used: the nodes of one
+// file have numbers close to each other, and marks in the nodes would have to be cleared again.
+class NumberSet {
+ public:
+  /// True when the number was not there.
+  bool Insert(uint32_t number) {
+    const size_t piece = number / kPiece;
+    if (piece >= pieces_.size()) pieces_.resize(piece + 1);
+    if (pieces_[piece] == nullptr) pieces_[piece] = std::make_unique<Bits>();
+    uint64_t& word = (*pieces_[piece])[number % kPiece / 64];
+    const uint64_t bit = uint64_t{1} << number % 64;
+    const bool fresh = (word & bit) == 0;
+    word |= bit;
+    return fresh;
+  }
+
+ private:
+  static constexpr uint32_t kPiece = 1 << 15;
+  using Bits = std::array<uint64_t, kPiece / 64>;
+  std::vector<std::unique_ptr<Bits>> pieces_;
+};
+
+// What the check asks of one child field: its place in the node, and the range of kinds.
+struct CheckedField {
+  uint16_t offset;
+  uint16_t first;
+  uint16_t last;
+};
+struct CheckedFields {
+  // The fields of each kind lie together, from its number in `begin` to that of the next kind.
+  std::vector<CheckedField> fields;
+  std::array<uint16_t, kT3KindCount + 1> begin{};
+
+  CheckedFields() {
+    for (int kind = 0; kind < kT3KindCount; ++kind) {
+      begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(fields.size());
+      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields) {
+        if (!field.IsChild()) continue;
+        const bool any = field.child_class == kAnyChildClass;
+        const auto first = static_cast<uint16_t>(any ? 0 : field.child_class);
+        const auto last = static_cast<uint16_t>(any ? kT3KindCount : T3Tree_TypeRange[field.child_class]);
+        fields.push_back({field.offset, first, last});
+      }
+    }
+    begin[kT3KindCount] = static_cast<uint16_t>(fields.size());
+  }
+};
+
 // Reports children that are missing or of a wrong class.
 class Check {
  public:
   explicit Check(FILE* report) : report_(report) {}
   bool passed() const { return passed_; }
 
-  void CheckNode(T3Tree_Node* node) {
-    const T3ChildFields& fields = ChildFieldsOf(node);
-    for (const auto& child : fields.children) CheckChild(node, *child.info);
-    if (fields.next.info != nullptr) CheckChild(node, *fields.next.info);
-  }
-
-  void CheckChild(T3Tree_Node* node, const T3FieldInfo& field) {
-    if (field.child_class == kAnyChildClass) return;
-    T3Tree_Node* child = T3ChildField(node, field);
-    if (T3Tree_IsType(child, static_cast<T3Kind>(field.child_class))) return;
-    passed_ = false;
-    if (child != nullptr || gT3AST.Settings().CheckReportNoTree) Report(node, field, child);
+  /// Checks each node under the root once.
+  void Walk(T3Tree_Node* root) {
+    static const CheckedFields checked;
+    NumberSet met;
+    std::vector<T3Tree_Node*> stack{root};
+    if (root != nullptr) met.Insert(root->number);
+    while (!stack.empty()) {
+      T3Tree_Node* node = stack.back();
+      stack.pop_back();
+      if (node == nullptr) continue;
+      const auto kind = static_cast<size_t>(node->kind);
+      for (size_t i = checked.begin[kind]; i < checked.begin[kind + 1]; ++i) {
+        const CheckedField& field = checked.fields[i];
+        T3Tree_Node* child = *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + field.offset);
+        const auto child_kind = static_cast<uint16_t>(child == nullptr ? T3Kind{} : child->kind);
+        if (child_kind < field.first || child_kind > field.last) [[unlikely]]
+          ReportField(node, field.offset);
+        if (child != nullptr && met.Insert(child->number)) stack.push_back(child);
+      }
+    }
   }
 
  private:
@@ -215,6 +273,15 @@ class Check {
   void Node(int code, T3Tree_Node* node) {
     std::fprintf(report_, "   %s ", Errors::CodeToText(code).c_str());
     WriteNode(report_, node);
+  }
+
+  void ReportField(T3Tree_Node* node, uint16_t offset) {
+    passed_ = false;
+    for (const T3FieldInfo& field : T3Tree_KindInfo[static_cast<int>(node->kind)].fields) {
+      if (!field.IsChild() || field.offset != offset) continue;
+      T3Tree_Node* child = T3ChildField(node, field);
+      if (child != nullptr || gT3AST.Settings().CheckReportNoTree) Report(node, field, child);
+    }
   }
 
   void Report(T3Tree_Node* parent, const T3FieldInfo& field, T3Tree_Node* child) {
@@ -247,6 +314,6 @@ void T3Tree::WriteT3TreeNode(FILE* stream, T3Tree_Node* node) {
 
 bool T3Tree::CheckT3Tree(T3Tree_Node* root) {
   Check check(check_report_);
-  TraverseT3TreeTD(root, [&check](T3Tree_Node* node) { check.CheckNode(node); });
+  check.Walk(root);
   return check.passed();
 }
