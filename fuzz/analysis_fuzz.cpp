@@ -37,7 +37,7 @@ void RunAnalysis() {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   char name[] = "/tmp/orvane-fuzz-XXXXXX";
-  if (mkdtemp(name) == nullptr) return 1;
+  if (mkdtemp(name) == nullptr || chdir(name) != 0) return 1;
   folder = name;
   // The messages are not what is looked at.
   gErrors.SetStream(std::fopen("/dev/null", "w"));
