@@ -11,6 +11,7 @@
 #include "driver/T3CommandLine.h"
 #include "frontend/T3ParserDefs.h"
 #include "frontend/T3ScannerSource.h"
+#include "support/LargePages.h"
 
 #include "T3TokenTables.inc"
 
@@ -18,6 +19,7 @@ namespace {
 // Bytes behind the text, so that keywords and symbols are looked up without a test for the end.
 constexpr size_t kPadding = 16;
 constexpr size_t kFirstBlock = 64 * 1024;
+constexpr size_t kLargeText = 1 << 20;
 
 // Classes of bytes.
 constexpr uint8_t kLower = 1;
@@ -68,8 +70,10 @@ const Keyword* FindKeyword(const char* at, size_t length) {
 }
 
 std::unique_ptr<char[]> ReadAll(int handle, size_t& size) {
-  size_t capacity = kFirstBlock;
+  // One byte more than the file is said to hold, so that its end is met without a larger block.
+  size_t capacity = std::max(kFirstBlock, T3Scanner_SourceSize(handle) + 1);
   std::unique_ptr<char[]> text(new char[capacity + kPadding]);
+  if (capacity > kLargeText) UseLargePages();
   size = 0;
   while (const size_t count = T3Scanner_GetLine(handle, text.get() + size, capacity - size)) {
     size += count;

@@ -216,22 +216,28 @@ struct CheckedField {
   uint16_t last;
 };
 struct CheckedFields {
-  // The fields of each kind lie together, from its number in `begin` to that of the next kind.
+  // The fields of each kind lie together, from its number in `begin` to that of the next kind. The link of a
+  // list comes first, so that the walk goes on with it last: what belongs to one element lies close together.
   std::vector<CheckedField> fields;
   std::array<uint16_t, kT3KindCount + 1> begin{};
 
   CheckedFields() {
     for (int kind = 0; kind < kT3KindCount; ++kind) {
       begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(fields.size());
-      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields) {
-        if (!field.IsChild()) continue;
-        const bool any = field.child_class == kAnyChildClass;
-        const auto first = static_cast<uint16_t>(any ? 0 : field.child_class);
-        const auto last = static_cast<uint16_t>(any ? kT3KindCount : T3Tree_TypeRange[field.child_class]);
-        fields.push_back({field.offset, first, last});
-      }
+      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields)
+        if (field.IsChild() && std::strcmp(field.name, "next") == 0) Add(field);
+      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields)
+        if (field.IsChild() && std::strcmp(field.name, "next") != 0) Add(field);
     }
     begin[kT3KindCount] = static_cast<uint16_t>(fields.size());
+  }
+
+ private:
+  void Add(const T3FieldInfo& field) {
+    const bool any = field.child_class == kAnyChildClass;
+    const auto first = static_cast<uint16_t>(any ? 0 : field.child_class);
+    const auto last = static_cast<uint16_t>(any ? kT3KindCount : T3Tree_TypeRange[field.child_class]);
+    fields.push_back({field.offset, first, last});
   }
 };
 
