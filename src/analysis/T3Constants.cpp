@@ -201,7 +201,9 @@ bool IsConstantIdentifier(T3Tree_Node* reference) {
 }
 
 bool IsConstantQualifier(T3Qualifier* qualifier) {
-  if (T3Is<T3Module>(Def(qualifier->base))) return IsConstantIdentifier(qualifier);
+  // Behind a module's name only constants and imported ones count, no external ones and no literals.
+  if (T3Is<T3Module>(Def(qualifier->base)))
+    return T3Is<T3ConstDecl>(Def(qualifier)) || T3Is<T3ImportConstDecl>(Def(qualifier));
   return IsConstant(qualifier->base);
 }
 

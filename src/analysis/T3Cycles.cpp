@@ -61,7 +61,9 @@ void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
     if (BaseTypeDef(subtype)->is<T3ErrorType>()) return;
     type = subtype->parent;
   }
-  if (type->is<T3TypeReference>()) Collect(type, user, IsConstantLike, found);
+  // A constant in the place of a type is told as such, and makes no cycle.
+  const auto is_type = [](T3Tree_Node* def) { return def->is<T3TypeDecl>() && IsConstantLike(def); };
+  if (type->is<T3TypeReference>()) Collect(type, user, is_type, found);
 }
 
 // Enters what was collected, each declaration once, in the order of the numbers.
