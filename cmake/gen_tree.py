@@ -148,6 +148,18 @@ def write_bits(kind, w):
         w(f"  static constexpr int {field.name}_bit = {inherited + index};\n")
 
 
+def in_memory(fields):
+    """Fields in the order in which they lie in memory: small ones fill what the base leaves of its last word."""
+
+    def size(field):
+        if field.ctype == "bool":
+            return 1
+        large = field.ctype.endswith("*") or field.ctype in ("tStringRef", "int64_t", "long", "double")
+        return 8 if large else 4
+
+    return sorted(fields, key=size)
+
+
 def write_header(kinds, out):
     w = out.write
     w("// Made by gen_tree.py from T3Tree.desc; do not edit.\n#pragma once\n\n")
@@ -160,7 +172,7 @@ def write_header(kinds, out):
         for role, record in (("attr", "Attributes"), ("cold", "Cold")):
             record_base = f"{kind.base.cname}_{record}" if kind.base else f"T3{record}"
             w(f"struct {kind.cname}_{record} : {record_base} {{\n")
-            for field in kind.own(role):
+            for field in in_memory(kind.own(role)):
                 views = "".join(f" {v.ctype} {v.name};" for v in kind.own("view") if v.of is field)
                 member = f"{field.ctype} {field.name} = {field.neutral};"
                 w(f"  union {{ {member}{views} }};\n" if views else f"  {member}\n")
@@ -170,7 +182,7 @@ def write_header(kinds, out):
         w(f"struct {kind.cname} : {base} {{\n")
         w(f"  static constexpr unsigned short kFirst = {kind.first};\n")
         w(f"  static constexpr unsigned short kLast = {kind.last};\n")
-        for field in kind.own("arg", "late"):
+        for field in in_memory(kind.own("arg", "late")):
             w(f"  {field.ctype} {field.name} = {field.neutral};\n")
         w(f"  {kind.cname}_Attributes& attr() {{ return static_cast<{kind.cname}_Attributes&>(AttributeRecord()); }}\n")
         w(f"  {kind.cname}_Cold& cold() {{ return static_cast<{kind.cname}_Cold&>(ColdRecord()); }}\n")

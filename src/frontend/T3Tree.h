@@ -56,8 +56,8 @@ struct T3Cold {};
 
 /// The head of every attribute record: one bit for each attribute that has been computed, cold ones too.
 struct T3Attributes {
-  uint8_t evaluated[10] = {};
   T3Cold* cold = nullptr;
+  uint8_t evaluated[10] = {};
 
   bool IsEvaluated(int bit) const { return (evaluated[bit >> 3] >> (bit & 7)) & 1; }
   void SetEvaluated(int bit) { evaluated[bit >> 3] |= static_cast<uint8_t>(1 << (bit & 7)); }
@@ -92,18 +92,19 @@ struct T3Place {
 
 /// The common header of all nodes.
 struct T3Tree_Node {
-  T3Kind kind{};
-  /// Count of references during a whole-tree walk; 0 outside one.
-  int16_t mark = 0;
-  /// The number of the field by which the parent holds this node, from InitT3Tree.
-  uint16_t child_slot = 0;
-  /// Running number, in order of construction.
-  uint32_t number = 0;
   /// Set by InitT3Tree.
   T3Tree_Node* parent = nullptr;
   T3Attributes* attributes = nullptr;
   /// Set by the place walk of analysis; null before.
   T3Place* place = nullptr;
+  /// Running number, in order of construction.
+  uint32_t number = 0;
+  T3Kind kind{};
+  /// Count of references during a whole-tree walk; 0 outside one.
+  int16_t mark = 0;
+  /// The number of the field by which the parent holds this node, from InitT3Tree. The fields of the kind
+  /// begin in the rest of this word.
+  uint16_t child_slot = 0;
 
   /// True when the node's kind lies in the class of T.
   template <class T>
