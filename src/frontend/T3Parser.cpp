@@ -273,37 +273,29 @@ void T3Parser::NoteScope(const Token& token) {
   last_shifted_ = token.token;
 }
 
-void T3Parser::Shift(int state, const Token& token) {
+inline void T3Parser::Shift(int state, const Token& token) {
   T3Value& value = ValueAt(stack_.size());
   value.position = token.attribute.Position;
-  switch (token.token) {
-    case T3Token::identifier:
-      value.ident = token.attribute.ident;
-      break;
-    case T3Token::boolean_value:
-      value.flag = token.attribute.boolean;
-      break;
-    default:
-      value.string = token.attribute.string;
-      break;
-  }
+  // The members of either union begin at the same byte; which one holds is told by the token.
+  static_assert(sizeof value.string == sizeof value.ident && sizeof value.flag <= sizeof value.string);
+  value.string = token.attribute.string;
   state_.last_token = value.position;
   NoteScope(token);
   PushState(stack_, state, token.symbol, 0);
 }
 
+inline void T3Parser::ReducePlain(int rule) {
+  stack_.Pop(1);
+  stack_.Push(Goto(stack_.back(), rule));
+}
+
 void T3Parser::Reduce(int rule) {
+  if (gSpread.plain[static_cast<size_t>(rule)]) return ReducePlain(rule);
   const auto length = static_cast<size_t>(gParserTables.r2[rule]);
-  if (!gSpread.plain[static_cast<size_t>(rule)]) {
-    const size_t first = stack_.size() - length;
-    T3Value result;
-    if (length > 0)
-      result = values_[first];
-    else
-      result.position = Peek(0).attribute.Position;
-    T3Actions(rule, result, values_.data() + stack_.size() - 1, state_);
-    ValueAt(first) = result;
-  }
+  const size_t first = stack_.size() - length;
+  T3Value result = length > 0 ? values_[first] : T3Value{{}, Peek(0).attribute.Position};
+  T3Actions(rule, result, values_.data() + stack_.size() - 1, state_);
+  ValueAt(first) = result;
   stack_.Pop(length);
   stack_.Push(Goto(stack_.back(), rule));
 }
@@ -326,13 +318,17 @@ long T3Parser::Parse() {
     }
     const int action = Action(stack_, 0);
     if (action > 0) {
+      // A trial may read ahead, and move the tokens.
       const Token token = Peek(0);
       Shift(action, token);
       DropToken();
       // The end of the input was shifted: its state accepts.
       if (token.symbol == 0) break;
     } else if (action < 0) {
-      Reduce(-action);
+      if (gSpread.plain[static_cast<size_t>(-action)])
+        ReducePlain(-action);
+      else
+        Reduce(-action);
     } else {
       Recover();
     }

@@ -77,6 +77,7 @@ class T3Parser {
   void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
+  void ReducePlain(int rule);
   T3Value& ValueAt(size_t at);
   void RefuseDepth();
   void Recover();
