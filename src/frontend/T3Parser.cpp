@@ -14,6 +14,7 @@ namespace {
 constexpr int kStart = 0;
 constexpr size_t kExpectedTextLimit = 5000;
 constexpr long kMaxInsertions = 100000;
+constexpr size_t kFirstTokens = 64;
 
 // Internal symbols: the end of the input is 0, 1 and 2 are Bison's own, tokens follow in their order.
 int SymbolOf(T3Token token) {
@@ -139,7 +140,8 @@ std::vector<bool> Expected(std::span<const int> states) {
 
 }  // namespace
 
-T3Parser::T3Parser(T3Scanner* scanner, Errors* errors) : scanner_(scanner), errors_(errors), stack_(kStart) {
+T3Parser::T3Parser(T3Scanner* scanner, Errors* errors)
+    : scanner_(scanner), errors_(errors), stack_(kStart), buffer_(kFirstTokens) {
   Reset();
 }
 
@@ -155,13 +157,14 @@ void T3Parser::Reset() {
 }
 
 const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
-  while (end_ <= first_ + ahead) {
-    if (end_ == buffer_.size()) buffer_.resize(std::max<size_t>(16, 2 * end_));
+  do {
+    if (end_ == buffer_.size()) [[unlikely]]
+      buffer_.resize(2 * end_);
     Token& token = buffer_[end_++];
     token.token = scanner_->GetToken();
     token.symbol = SymbolOf(token.token);
     token.attribute = scanner_->Attribute();
-  }
+  } while (end_ <= first_ + ahead);
   return buffer_[first_ + ahead];
 }
 

@@ -264,7 +264,9 @@ class Check {
         const auto child_kind = static_cast<uint16_t>(child == nullptr ? T3Kind{} : child->kind);
         if (child_kind < field.first || child_kind > field.last) [[unlikely]]
           ReportField(node, field.offset);
-        if (child != nullptr && met.Insert(child->number)) stack.push_back(child);
+        // A node without children was checked by looking at its kind.
+        if (checked.begin[child_kind] == checked.begin[child_kind + 1]) continue;
+        if (met.Insert(child->number)) stack.push_back(child);
       }
     }
   }
