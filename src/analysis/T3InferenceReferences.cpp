@@ -4,8 +4,13 @@
 
 namespace t3infer {
 namespace {
+// What is handed to something without a declaration needs no type: the name has been reported, only the
+// faults inside of the actual parameters are left to tell.
 void InferActualPars(T3Parameterization* call) {
   T3Tree_Node* formal = call->attr().fpl;
+  T3Tree_Node* def = call->attr().def;
+  const bool known = !T3Is<T3NoDecl>(def) && !T3Is<T3ErrorType>(def);
+  const T3TemplateUse use = known ? T3TemplateUse::ActualPar : T3TemplateUse::UnknownPar;
   int index = 0;
   for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
     auto* actual = at->as<T3ActualPar>();
@@ -19,8 +24,7 @@ void InferActualPars(T3Parameterization* call) {
       attributes.base_type_def = views.base;
       candidates = T3Candidates(attributes.local_type_def, attributes.base_type_def);
     }
-    if (!actual->expression->is<T3NotUsedSymbol>())
-      InferAny(actual->expression, candidates, T3TemplateUse::ActualPar);
+    if (!actual->expression->is<T3NotUsedSymbol>()) InferAny(actual->expression, candidates, use);
     if (T3Is<_T3FormalPar>(formal)) formal = formal->as<_T3FormalPar>()->next;
   }
 }

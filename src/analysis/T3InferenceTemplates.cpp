@@ -66,7 +66,7 @@ T3Inference InferDefinition(T3TemplateDef* definition, T3Candidates& candidates,
                             T3TemplateUse use) {
   auto& attributes = definition->attr();
   attributes.is_strict = strict;
-  attributes.is_actual_par = use == T3TemplateUse::ActualPar;
+  attributes.is_actual_par = use == T3TemplateUse::ActualPar || use == T3TemplateUse::UnknownPar;
   attributes.is_port_template = use == T3TemplateUse::Port;
   T3Tree_Node* modified = InferModifies(definition);
   T3Tree_Node* own = T3Is<T3NoType>(definition->parent) ? modified : definition->parent;

@@ -79,6 +79,7 @@ void ReportImport(_T3ImportDecl* import) {
 }
 
 void ReportTemplate(T3TemplateDef* definition, size_t valid, T3TemplateUse use) {
+  if (use == T3TemplateUse::UnknownPar) return;
   if (use == T3TemplateUse::ActualPar) return vexa_filtered_error(ERR_type_param, definition->position);
   if (use == T3TemplateUse::Other) return vexa_filtered_error(ERR_type_template, definition->position);
   vexa_filtered_error(valid > 1 ? ERR_type_template_ambiguous : ERR_type_template_check_port,

@@ -42,7 +42,7 @@ enum class T3Inference { Good, Reported, Unreported };
 T3Inference InferExpression(T3Tree_Node* expression, T3Candidates candidates, bool strict,
                             bool report = true);
 /// What the template of a port statement, or an actual parameter, is inferred as.
-enum class T3TemplateUse { Other, ActualPar, Port };
+enum class T3TemplateUse { Other, ActualPar, UnknownPar, Port };
 T3Inference InferTemplate(T3Tree_Node* definition, T3Candidates candidates, bool strict, T3TemplateUse use);
 
 void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bool update, bool strict);
