@@ -188,6 +188,17 @@ bool ValuesAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
 }
 }  // namespace
 
+std::optional<std::string> ConstantKey(T3Tree_Node* expression) {
+  T3Tree_Node* value = ConstantValueOf(expression);
+  if (value->is<T3CompoundValue>()) return std::nullopt;
+  if (const auto number = ConstIntValue(value)) return "i" + std::to_string(*number);
+  if (ConstFloatValue(value)) return std::nullopt;
+  if (const tIdent literal = EnumLiteral(value); literal != NoIdent) return "e" + std::to_string(literal);
+  const auto text = StringValueOf(value);
+  if (!text) return std::nullopt;
+  return "t" + std::to_string(static_cast<int>(text->kind)) + " " + text->text;
+}
+
 bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
   a = ConstantValueOf(a);
   b = ConstantValueOf(b);

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "frontend/T3Tree.h"
 
@@ -15,5 +17,8 @@ int64_t ExpressionLength(T3Tree_Node* expression, bool& known);
 /// False when two constants are known to differ. Values of different forms differ; what is computed only
 /// when the suite runs differs from nothing.
 bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b);
+/// A text of an integer, a string or an enumeration literal: two constants whose texts begin with the same
+/// letter are equal exactly when the texts are. Nothing where a constant is none of these.
+std::optional<std::string> ConstantKey(T3Tree_Node* expression);
 /// Drops what is kept of values and lengths.
 void ForgetConstantValues();

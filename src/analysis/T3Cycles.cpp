@@ -6,6 +6,7 @@
 
 #include "analysis/T3Constants.h"
 #include "analysis/T3Names.h"
+#include "analysis/T3References.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
@@ -47,6 +48,55 @@ void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeList& fo
   });
 }
 
+// The array that a type is, behind its names, or null. Names of names go on for a while only, so that many
+// fields at the end of a long chain do not walk it again and again.
+T3ArrayType* ArrayBehind(T3Tree_Node* type, const T3Tree_Node* user) {
+  constexpr int kMostLinks = 32;
+  for (int links = 0; links < kMostLinks && !type->is<T3ArrayType>(); ++links) {
+    if (auto* subtype = type->try_as<T3SubType>()) {
+      type = subtype->parent;
+      continue;
+    }
+    auto* reference = type->try_as<T3TypeReference>();
+    T3Tree_Node* decl = reference == nullptr ? nullptr : Def(reference->reference);
+    if (!T3Is<T3TypeDecl>(decl) || !IsOfModule(decl, user)) return nullptr;
+    type = decl->as<T3TypeDecl>()->type;
+  }
+  return type->try_as<T3ArrayType>();
+}
+
+// The bounds of an array may stand further down in the module, where no name has been resolved yet.
+void CollectBounds(T3ArrayType* array, T3Tree_Node* user, T3NodeList& found) {
+  ForEachInSubtree(array->dimension, [](T3Tree_Node* node) {
+    if (node->is<_T3Reference>()) ResolveReference(node);
+    return true;
+  });
+  const auto is_value = [](T3Tree_Node* def) { return !def->is<T3TypeDecl>() && IsConstantLike(def); };
+  Collect(array->dimension, user, is_value, found);
+}
+
+// The bounds of a field that is an array. Elements with a name of their own count no further: they may be of
+// a type that is under construction.
+void CollectFieldBounds(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
+  T3ArrayType* array = ArrayBehind(type, user);
+  while (array != nullptr) {
+    CollectBounds(array, user, found);
+    T3Tree_Node* element = array->type;
+    auto* reference = element->try_as<T3TypeReference>();
+    T3Tree_Node* decl = reference == nullptr ? nullptr : Def(reference->reference);
+    if (T3Is<T3TypeDecl>(decl) && PositionOf(decl) == NoPosition) element = decl->as<T3TypeDecl>()->type;
+    array = element->try_as<T3ArrayType>();
+  }
+}
+
+// What the values of a record, a set or a union need are the bounds of their fields.
+void CollectFields(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
+  if (!type->is<T3RecordType>() && !type->is<T3SetType>() && !type->is<T3UnionType>()) return;
+  for (T3Tree_Node* at = type->as<_T3StructuredType>()->body; at->is<T3FieldType>();
+       at = at->as<T3FieldType>()->next)
+    CollectFieldBounds(at->as<T3FieldType>()->type, user, found);
+}
+
 // What a type needs: along its parents with their constraints, and its bounds.
 void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
   for (;;) {
@@ -78,7 +128,10 @@ void Enter(T3DependencyGraph& graph, T3Tree_Node* decl, T3NodeList& needed,
 
 void EnterConstant(T3Tree_Node* decl) {
   T3NodeList needed;
-  if (auto* type = decl->try_as<T3TypeDecl>()) CollectType(type->type, decl, needed);
+  if (auto* type = decl->try_as<T3TypeDecl>()) {
+    CollectType(type->type, decl, needed);
+    CollectFields(type->type, decl, needed);
+  }
   if (decl->is<_T3InstanceValueDecl>()) {
     CollectType(decl->as<_T3InstanceValueDecl>()->type, decl, needed);
     Collect(decl->as<_T3InstanceValueDecl>()->value, decl, IsConstantLike, needed);

@@ -1,4 +1,7 @@
 // References: names, fields, elements and calls, with their indices and actual parameters.
+#include <unordered_map>
+#include <unordered_set>
+
 #include "analysis/T3InferenceParts.h"
 #include "analysis/T3References.h"
 
@@ -37,19 +40,49 @@ void InferParts(T3Tree_Node* reference) {
     if (qualifier->value->is<_T3Expression>()) Fails(qualifier->value, {gT3ObjectIdentifierType});
 }
 
+// The enumerations that share a literal, in their order and for a quick look.
+struct SharedLiteral {
+  T3TypeSet* types = new T3TypeSet;
+  std::unordered_set<const T3Tree_Node*> members;
+};
+
+// A literal is looked up once for each scope, and used there more often.
+SharedLiteral& SharedLiteralOf(T3Tree_Node* ambiguous) {
+  static auto& literals = *new std::unordered_map<uint32_t, SharedLiteral>;
+  const auto [literal, made] = literals.try_emplace(ambiguous->number);
+  if (made)
+    for (T3Tree_Node* at = ambiguous->as<T3AmbiguousType>()->list; at->is<T3TypeItem>();
+         at = at->as<T3TypeItem>()->next) {
+      literal->second.types->push_back(at->as<T3TypeItem>()->type);
+      literal->second.members.insert(at->as<T3TypeItem>()->type);
+    }
+  return literal->second;
+}
+
+// Where only enumerations are asked for, a look tells whether each has the literal. False where more must be
+// compared.
+bool StrikeOtherEnumerations(const SharedLiteral& literal, T3Candidates& candidates) {
+  for (size_t i = 0; i < candidates.size(); ++i)
+    if (candidates.valid(i) && (!candidates.base(i)->is<T3EnumType>() || IsWildcardType(candidates.base(i))))
+      return false;
+  for (size_t i = 0; i < candidates.size(); ++i)
+    if (candidates.valid(i) && literal.members.count(candidates.base(i)) == 0)
+      candidates.Strike(i, gT3ErrorType);
+  return true;
+}
+
 // An ambiguous literal: the context chooses among the enumerations that have it, or leaves it open for
 // the other operand of a comparison.
 T3Inference InferAmbiguous(_T3Reference* reference, T3Tree_Node* ambiguous, T3Candidates& candidates,
                            bool report) {
-  T3TypeSet types;
-  for (T3Tree_Node* at = ambiguous->as<T3AmbiguousType>()->list; at->is<T3TypeItem>();
-       at = at->as<T3TypeItem>()->next)
-    types.push_back(at->as<T3TypeItem>()->type);
+  const SharedLiteral& literal = SharedLiteralOf(ambiguous);
   const bool open = candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
   if (!open || !reference->is<T3Identifier>())
-    return FinishTypes(reference, candidates, types, false, report);
+    return StrikeOtherEnumerations(literal, candidates)
+               ? Finish(reference, candidates, false, report)
+               : FinishTypes(reference, candidates, *literal.types, false, report);
   auto& saved = reference->as<T3Identifier>()->cold().saved_types;
-  if (saved == nullptr) saved = new T3TypeSet(types);
+  if (saved == nullptr) saved = literal.types;
   SetResult(reference, gT3WildcardType);
   return T3Inference::Good;
 }

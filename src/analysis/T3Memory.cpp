@@ -53,9 +53,11 @@ void ZeroIntermediateAttributes(T3Tree_Node* module) {
 void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearTypeValidSets();
   ClearNameCache();
+  ClearMemberIndices();
   ZeroIntermediateAttributes(module);
 }
 
 void CleanupCompilationIntermediateData(T3Tree_Node* module) {
+  ClearMemberIndices();
   gT3AST.TraverseT3TreeTD(module, EmptyLocations);
 }

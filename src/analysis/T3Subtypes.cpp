@@ -143,6 +143,33 @@ bool CheckStringCharacterRange(T3Tree_Node* expression, CharacterSet& set) {
   return true;
 }
 
+// ---- Lists of values ----
+
+// The values of a long list by their keys of one form, and the items that must be compared one by one.
+struct ValueSet {
+  char form = 0;
+  std::unordered_set<std::string> keys;
+  std::vector<T3Tree_Node*> others;
+};
+std::unordered_map<uint32_t, ValueSet>& g_value_sets = *new std::unordered_map<uint32_t, ValueSet>;
+
+void AddValue(ValueSet& set, T3Tree_Node* item) {
+  auto key = item->is<T3ValueRange>() ? std::nullopt : ConstantKey(item);
+  if (key && set.form == 0) set.form = key->front();
+  if (key && key->front() == set.form)
+    set.keys.insert(*std::move(key));
+  else
+    set.others.push_back(item);
+}
+
+const ValueSet& ValueSetOf(T3Tree_Node* list) {
+  const auto [set, made] = g_value_sets.try_emplace(list->number);
+  if (made)
+    for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
+      AddValue(set->second, at->as<T3ValueListItem>()->value);
+  return set->second;
+}
+
 // ---- Constraints ----
 
 template <class Value>
@@ -167,7 +194,37 @@ bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
   return Within(CodeOf(range->lb), CodeOf(expression), CodeOf(range->ub));
 }
 
+bool ItemAccepts(T3Tree_Node* item, T3Tree_Node* expression) {
+  auto* range = item->try_as<T3ValueRange>();
+  return range != nullptr ? CheckValueRangeCondition(range, expression)
+                          : ExpressionsAreEqual(item, expression);
+}
+
+bool IsLong(T3Tree_Node* list) {
+  constexpr int kFew = 8;
+  for (int i = 0; i < kFew && list->is<T3ValueListItem>(); ++i) list = list->as<T3ValueListItem>()->next;
+  return list->is<T3ValueListItem>();
+}
+
+// Looks the expression up in a list of values without characters' ranges; nothing where that needs the walk
+// along the list.
+std::optional<bool> FoundInSet(T3Tree_Node* list, T3Tree_Node* expression) {
+  if (!IsLong(list) || IsCharacterRange(list->as<T3ValueListItem>()->value)) return std::nullopt;
+  const auto key = ConstantKey(expression);
+  if (!key) return std::nullopt;
+  const ValueSet& set = ValueSetOf(list);
+  if (key->front() != set.form || std::any_of(set.others.begin(), set.others.end(), IsCharacterRange))
+    return std::nullopt;
+  return set.keys.count(*key) > 0 ||
+         std::any_of(set.others.begin(), set.others.end(),
+                     [&](T3Tree_Node* item) { return ItemAccepts(item, expression); });
+}
+
 void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
+  if (const auto found = FoundInSet(list, expression)) {
+    if (!*found) vexa_filtered_error(ERR_subtype, PositionOf(expression));
+    return;
+  }
   for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     T3Tree_Node* item = at->as<T3ValueListItem>()->value;
     if (IsCharacterRange(item)) {
@@ -175,10 +232,7 @@ void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
         vexa_filtered_error(ERR_subtype_charset, PositionOf(expression));
       return;
     }
-    auto* range = item->try_as<T3ValueRange>();
-    if (range != nullptr ? CheckValueRangeCondition(range, expression)
-                         : ExpressionsAreEqual(item, expression))
-      return;
+    if (ItemAccepts(item, expression)) return;
   }
   vexa_filtered_error(ERR_subtype, PositionOf(expression));
 }
@@ -235,5 +289,6 @@ void CheckSubtypes(T3Tree_Node* root) {
       return true;
     });
   g_sets.clear();
+  g_value_sets.clear();
   ForgetConstantValues();
 }

@@ -1,6 +1,7 @@
 // Searches in the bodies of types: fields and parameters by name or number, literals of enumerations, and
 // the types that ports and `all` stand for.
 #include <algorithm>
+#include <unordered_map>
 
 #include "analysis/T3Constants.h"
 #include "analysis/T3Names.h"
@@ -34,14 +35,52 @@ T3Tree_Node* Members(T3Tree_Node* scope) {
   return scope;
 }
 
+// ---- The first member of a name ----
+
+struct FoundMember {
+  T3Tree_Node* member = nullptr;
+  long position = -1;
+};
+using MemberIndex = std::unordered_map<tIdent, FoundMember>;
+// The names of long lists, by the numbers of their heads.
+std::unordered_map<uint32_t, MemberIndex>& g_indices = *new std::unordered_map<uint32_t, MemberIndex>;
+
+const MemberIndex& IndexOf(T3Tree_Node* list) {
+  const auto [index, made] = g_indices.try_emplace(list->number);
+  long position = 0;
+  if (made)
+    for (T3Tree_Node* at = list; NextOf(at) != nullptr; at = NextOf(at))
+      index->second.try_emplace(NameOf(at), FoundMember{at, position++});
+  return index->second;
+}
+
+// A few members are looked through; an index pays for the names of a long list only.
+FoundMember FirstNamed(T3Tree_Node* list, tIdent name) {
+  constexpr long kFew = 16;
+  T3Tree_Node* at = list;
+  for (long position = 0; position < kFew; ++position, at = NextOf(at)) {
+    if (NextOf(at) == nullptr) return {};
+    if (NameOf(at) == name) return {at, position};
+  }
+  const MemberIndex& index = IndexOf(list);
+  const auto found = index.find(name);
+  return found == index.end() ? FoundMember() : found->second;
+}
+
 [[noreturn]] void AbsentMember(const char* function, T3Tree_Node* node) {
   internal_error_ast("T3Types", 0, function, node);
 }
 }  // namespace
 
+void ClearMemberIndices() {
+  g_indices.clear();
+}
+
 T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId) {
   if (scope == nullptr) return gT3ErrorType;
-  for (T3Tree_Node* at = Members(scope); NextOf(at) != nullptr; at = NextOf(at)) {
+  T3Tree_Node* first = FirstNamed(Members(scope), name).member;
+  if (first == nullptr) return gT3ErrorType;
+  for (T3Tree_Node* at = first; NextOf(at) != nullptr; at = NextOf(at)) {
     if (NameOf(at) != name) continue;
     if (moduleId == NoIdent || at->place == nullptr || at->place->vexa_module_name == moduleId) return at;
   }
@@ -56,9 +95,8 @@ T3Tree_Node* FindName(T3Tree_Node* scope, tIdent name, T3Tree_Node* moduleRef) {
 }
 
 long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist) {
-  long position = 0;
-  for (T3Tree_Node* at = Members(node); NextOf(at) != nullptr; at = NextOf(at), ++position)
-    if (NameOf(at) == name) return at->is<_T3FormalPar>() ? position + 1 : position;
+  const FoundMember found = FirstNamed(Members(node), name);
+  if (found.member != nullptr) return found.member->is<_T3FormalPar>() ? found.position + 1 : found.position;
   if (must_exist) AbsentMember("GetAlternativeIndex", node);
   return -1;
 }

@@ -1,5 +1,7 @@
 #include "generator/LUMOS.h"
 
+#include <algorithm>
+
 #include "analysis/T3Names.h"
 #include "driver/T3Error.h"
 #include "generator/T3CodeDefs.h"
@@ -467,16 +469,32 @@ std::string GetTeststepObject(T3Tree_Node* decl) {
   return WRONG_NODE(decl);
 }
 
-// A cut behind a backslash would take an escape sequence apart.
-std::string SliceString(std::string text, size_t n) {
+namespace {
+// The place behind a piece of a C string that must not be cut: an escape sequence, or the break that keeps a
+// trigraph apart.
+size_t BehindPiece(const std::string& text, size_t at) {
+  const auto is_octal = [&](size_t i) { return i < text.size() && text[i] >= '0' && text[i] <= '7'; };
+  if (text.compare(at, 3, "\" \"") == 0) return at + 3;
+  if (text[at] != '\\') return at + 1;
+  size_t end = at + 1;
+  while (end < at + 4 && is_octal(end)) ++end;
+  return std::max(end, at + 2);
+}
+}  // namespace
+
+// A cut never falls behind a backslash, and moves on where it would take a piece apart.
+std::string SliceString(const std::string& text, size_t n) {
   std::string sliced;
-  while (n > 0 && text.size() > n) {
-    const size_t cut = text[n - 1] == '\\' ? n + 1 : n;
-    if (cut >= text.size()) break;
-    sliced.append(text, 0, cut).append("\"\n\"");
-    text.erase(0, cut);
+  size_t begin = 0;
+  size_t piece = 0;
+  while (n > 0 && text.size() - begin > n) {
+    const size_t cut = begin + n + (text[begin + n - 1] == '\\' ? 1 : 0);
+    while (piece < cut) piece = BehindPiece(text, piece);
+    if (piece >= text.size()) break;
+    sliced.append(text, begin, piece - begin).append("\"\n\"");
+    begin = piece;
   }
-  return sliced + text;
+  return sliced.append(text, begin);
 }
 
 std::string Quote(const std::string& text) {

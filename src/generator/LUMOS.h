@@ -97,7 +97,7 @@ std::string GetFunctionObject(T3Tree_Node* decl);
 std::string GetTeststepObject(T3Tree_Node* decl);
 
 /// A quoted text in lines of at most n characters.
-std::string SliceString(std::string text, size_t n);
+std::string SliceString(const std::string& text, size_t n);
 /// The text between double quotes.
 std::string Quote(const std::string& text);
 std::string Quote(tIdent name);

@@ -242,6 +242,17 @@ TEST(SliceString, CutsAtTheLimitAndBehindAnEscape) {
   EXPECT_EQ("", SliceString("", 3));
 }
 
+TEST(SliceString, LeavesEscapesAndBrokenTrigraphsWhole) {
+  for (size_t n = 1; n <= 4; ++n) EXPECT_EQ("\\012\"\n\"3", SliceString("\\0123", n)) << n;
+  EXPECT_EQ("ab\\012\"\n\"cd", SliceString("ab\\012cd", 4));
+  EXPECT_EQ("ab\\7\"\n\"89", SliceString("ab\\789", 3));
+  // what stands behind an escaped backslash may begin an escape of its own
+  EXPECT_EQ("a\\\\\\n\"\n\"cd", SliceString("a\\\\\\ncd", 3));
+  EXPECT_EQ("a\\\\012\"\n\"345", SliceString("a\\\\012345", 6));
+  EXPECT_EQ("?\" \"?\"\n\"abcde", SliceString("?\" \"?abcde", 5));
+  for (size_t n = 2; n <= 4; ++n) EXPECT_EQ(0U, SliceString("?\" \"?b", n).find("?\" \"")) << n;
+}
+
 TEST(QuotedTexts, AreEscaped) {
   EXPECT_EQ("\"a\"", Quote(std::string("a")));
   EXPECT_EQ("a\\\\b\\\\", EscapeEscape("a\\b\\"));
