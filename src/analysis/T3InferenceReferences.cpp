@@ -46,10 +46,12 @@ struct SharedLiteral {
   std::unordered_set<const T3Tree_Node*> members;
 };
 
+// The literals met, by the numbers of their lists.
+std::unordered_map<uint32_t, SharedLiteral>& g_literals = *new std::unordered_map<uint32_t, SharedLiteral>;
+
 // A literal is looked up once for each scope, and used there more often.
 SharedLiteral& SharedLiteralOf(T3Tree_Node* ambiguous) {
-  static auto& literals = *new std::unordered_map<uint32_t, SharedLiteral>;
-  const auto [literal, made] = literals.try_emplace(ambiguous->number);
+  const auto [literal, made] = g_literals.try_emplace(ambiguous->number);
   if (made)
     for (T3Tree_Node* at = ambiguous->as<T3AmbiguousType>()->list; at->is<T3TypeItem>();
          at = at->as<T3TypeItem>()->next) {
@@ -141,3 +143,7 @@ T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bo
   return Finish(reference, candidates, false, report);
 }
 }  // namespace t3infer
+
+void ClearSharedLiterals() {
+  t3infer::g_literals.clear();
+}

@@ -54,6 +54,7 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearTypeValidSets();
   ClearNameCache();
   ClearMemberIndices();
+  ClearSharedLiterals();
   ZeroIntermediateAttributes(module);
 }
 

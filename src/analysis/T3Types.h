@@ -72,9 +72,10 @@ bool IsRedefinedAddress(T3Tree_Node* type);
 
 T3Tree_Node* FindName(T3Tree_Node* scope, tIdent name, T3Tree_Node* moduleRef);
 T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId);
-/// The position of a field from 0, `vexa_index` + 1 of a parameter; -1 where absent.
-/// Forgets the names that were gathered from long lists of members.
+/// Forgets the names that were gathered from long lists of members, and the enumerations of shared literals.
 void ClearMemberIndices();
+void ClearSharedLiterals();
+/// The position of a field from 0, `vexa_index` + 1 of a parameter; -1 where absent.
 long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist);
 T3Tree_Node* FindIndex(T3Tree_Node* list, long n);
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name);
