@@ -19,7 +19,6 @@ namespace {
 // Bytes behind the text, so that keywords and symbols are looked up without a test for the end.
 constexpr size_t kPadding = 16;
 constexpr size_t kFirstBlock = 64 * 1024;
-constexpr size_t kLargeText = 1 << 20;
 
 // Classes of bytes.
 constexpr uint8_t kLower = 1;
@@ -69,17 +68,16 @@ const Keyword* FindKeyword(const char* at, size_t length) {
   return same ? &keyword : nullptr;
 }
 
-std::unique_ptr<char[]> ReadAll(int handle, size_t& size) {
+LargeBlock ReadAll(int handle, size_t& size) {
   // One byte more than the file is said to hold, so that its end is met without a larger block.
   size_t capacity = std::max(kFirstBlock, T3Scanner_SourceSize(handle) + 1);
-  std::unique_ptr<char[]> text(new char[capacity + kPadding]);
-  if (capacity > kLargeText) UseLargePages();
+  LargeBlock text = MakeLargeBlock(capacity + kPadding);
   size = 0;
   while (const size_t count = T3Scanner_GetLine(handle, text.get() + size, capacity - size)) {
     size += count;
     if (size < capacity) continue;
     capacity *= 2;
-    std::unique_ptr<char[]> larger(new char[capacity + kPadding]);
+    LargeBlock larger = MakeLargeBlock(capacity + kPadding);
     std::memcpy(larger.get(), text.get(), size);
     text = std::move(larger);
   }
@@ -100,18 +98,18 @@ void T3Scanner::BeginFile(const char* path) {
     return;
   }
   size_t size;
-  std::unique_ptr<char[]> text = ReadAll(handle, size);
+  LargeBlock text = ReadAll(handle, size);
   T3Scanner_CloseSource(handle);
   Enter(std::move(text), size);
 }
 
 void T3Scanner::BeginText(std::string_view text) {
-  std::unique_ptr<char[]> copy(new char[text.size() + kPadding]);
+  LargeBlock copy = MakeLargeBlock(text.size() + kPadding);
   if (!text.empty()) std::memcpy(copy.get(), text.data(), text.size());
   Enter(std::move(copy), text.size());
 }
 
-void T3Scanner::Enter(std::unique_ptr<char[]> text, size_t size) {
+void T3Scanner::Enter(LargeBlock text, size_t size) {
   outer_.push_back({std::move(text_), next_, end_, line_start_, line_, at_pattern_});
   text_ = std::move(text);
   next_ = text_.get();

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "T3Tokens.h"
+#include "support/LargePages.h"
 #include "support/Idents.h"
 #include "support/Position.h"
 #include "support/StringM.h"
@@ -51,7 +52,7 @@ class T3Scanner {
 
  private:
   struct Source {
-    std::unique_ptr<char[]> text;
+    LargeBlock text;
     const char* next = nullptr;
     const char* end = nullptr;
     ptrdiff_t line_start = 0;
@@ -59,7 +60,7 @@ class T3Scanner {
     bool at_pattern = false;
   };
 
-  void Enter(std::unique_ptr<char[]> text, size_t size);
+  void Enter(LargeBlock text, size_t size);
   T3Token IllegalByte();
   T3Token NameOrKeyword();
   T3Token Number();
@@ -79,7 +80,7 @@ class T3Scanner {
   T3Token Take(T3Token token, size_t length);
   T3Token Unterminated(const char* text);
 
-  std::unique_ptr<char[]> text_;
+  LargeBlock text_;
   const char* next_ = nullptr;
   const char* end_ = nullptr;
   // Offset in the text of column 1 of the current line; tabs move it to the left, even below 0.

@@ -1,7 +1,5 @@
 #include "frontend/T3Tree.h"
 
-#include <sys/mman.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -22,10 +20,9 @@ constexpr size_t kAttributeBlockSize = 1 << 18;
 // A tree of this size is the beginning of a large run.
 constexpr size_t kLargeTree = 1 << 18;
 constexpr size_t kMaxFileName = 255;
-constexpr size_t kFirstSlab = 1 << 20;
-// Later slabs consist of huge pages where the system has them: most of the time of a first touch is saved.
-constexpr size_t kHugePage = 1 << 21;
-constexpr size_t kSlab = 2 * kHugePage;
+// A small run is not to pay for a large page.
+constexpr size_t kFirstSlab = 1 << 16;
+constexpr size_t kSlab = 2 * kLargePage;
 
 size_t Round(size_t size) {
   return (size + 7) / 8 * 8;
@@ -55,13 +52,10 @@ void T3Tree_Node::BadCast(unsigned short wanted) const {
 /// Memory for a common block, or null where there is none left.
 void* T3Tree::CutFromSlab(size_t size) {
   if (static_cast<size_t>(slab_end_ - slab_free_) < size) {
-    const bool first = slabs_ == 0;
-    const size_t room = first ? kFirstSlab : kSlab;
-    void* slab = first ? std::malloc(room) : std::aligned_alloc(kHugePage, room);
+    const size_t room = blocks_.empty() && size <= kFirstSlab ? kFirstSlab : kSlab;
+    void* slab = AllocateLarge(room);
     if (slab == nullptr) return nullptr;
-    if (!first) madvise(slab, room, MADV_HUGEPAGE);
-    ++slabs_;
-    blocks_.push_back(slab);
+    blocks_.emplace_back(static_cast<char*>(slab), LargeDeleter{room});
     slab_free_ = static_cast<char*>(slab);
     slab_end_ = slab_free_ + room;
   }
@@ -72,12 +66,12 @@ void* T3Tree::CutFromSlab(size_t size) {
 
 void* T3Tree::NewBlock(size_t size) {
   const bool common = size <= kAttributeBlockSize;
-  void* block = common ? CutFromSlab(size) : std::malloc(size);
+  void* block = common ? CutFromSlab(size) : AllocateLarge(size);
   if (block == nullptr) {
     gErrors.ErrorMessageI(kCodeTreeOutOfMemory, kFatal, NoPosition, kInfoText, "T3Tree");
     std::abort();  // a fatal message does not come back
   }
-  if (!common) blocks_.push_back(block);
+  if (!common) blocks_.emplace_back(static_cast<char*>(block), LargeDeleter{size});
   memory_ += size;
   if (memory_ > kLargeTree) UseLargePages();
   return block;
@@ -105,10 +99,8 @@ const char* T3Tree::KeepText(const std::string& text) {
 }
 
 void T3Tree::ReleaseT3TreeModule() {
-  for (void* block : blocks_) std::free(block);
   blocks_.clear();
   slab_free_ = slab_end_ = nullptr;
-  slabs_ = 0;
   free_ = low_ = attribute_free_ = attribute_end_ = nullptr;
   memory_ = 0;
   root = nullptr;

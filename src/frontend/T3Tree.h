@@ -20,6 +20,7 @@
 
 #include "frontend/T3Enums.h"
 #include "support/Idents.h"
+#include "support/LargePages.h"
 #include "support/Position.h"
 #include "support/StringM.h"
 
@@ -307,10 +308,9 @@ class T3Tree {
   char* free_ = nullptr;
   char* low_ = nullptr;
   // Blocks that were asked for singly, and the slabs that common ones are cut from.
-  std::vector<void*> blocks_;
+  std::vector<LargeBlock> blocks_;
   char* slab_free_ = nullptr;
   char* slab_end_ = nullptr;
-  size_t slabs_ = 0;
   void* CutFromSlab(size_t size);
   char* attribute_free_ = nullptr;
   char* attribute_end_ = nullptr;
