@@ -17,8 +17,7 @@ T3DependencyGraph::Index T3DependencyGraph::IndexOf(T3Tree_Node* node, bool befo
   if (made) {
     nodes_.emplace_back();
     nodes_.back().tree = node;
-    std::vector<Index> single{found->second};
-    Place(single, before ? first_ : kNone);
+    Place({&found->second, 1}, before ? first_ : kNone);
   }
   return found->second;
 }
@@ -80,7 +79,7 @@ bool T3DependencyGraph::Reorder(Index user, Index needed) {
 }
 
 // Puts nodes, linked already or new, in front of another one, or behind all.
-void T3DependencyGraph::Place(std::vector<Index>& moved, Index before) {
+void T3DependencyGraph::Place(std::span<const Index> moved, Index before) {
   for (const Index at : moved) Unlink(at);
   const auto count = static_cast<int64_t>(moved.size());
   const auto room = [&] {

@@ -2,6 +2,7 @@
 // it depends on. An edge that would close a cycle is told and left out.
 #pragma once
 
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -44,7 +45,7 @@ class T3DependencyGraph {
   Index IndexOf(T3Tree_Node* node, bool before);
   bool Reorder(Index user, Index needed);
   Step Continue(Search& search, Index user, Index needed);
-  void Place(std::vector<Index>& moved, Index before);
+  void Place(std::span<const Index> moved, Index before);
   void Link(Index at, Index before);
   void Unlink(Index at);
   void Renumber();

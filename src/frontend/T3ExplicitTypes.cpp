@@ -46,6 +46,12 @@ void ForArrayTypesBelow(T3Tree_Node* decl, const Call& call) {
   }
 }
 
+// A declaration is made behind all that stands in it, and behind the declaration before it; where that does
+// not hold, it is looked through.
+bool MayHaveArrayTypes(uint32_t before, uint32_t number) {
+  return number < before || gT3AST.MadeArrayTypes(before, number);
+}
+
 // Gives an array type its declaration, which is put into the chain.
 void ExplicifyArrayType(T3ArrayType* array, std::vector<T3TypeDecl*>& implicit_array_types) {
   if (array->explicit_type != nullptr) return;
@@ -174,10 +180,15 @@ void InlinedTypes::Explicify(T3Tree_Node* decl) {
 
 void ExplicifyArrayTypes(T3Tree_Node* module) {
   T3Tree_Node** link = &module->as<T3Module>()->definition_part;
+  uint32_t before = 0;
   while ((*link)->is<_T3Decl>()) {
-    std::vector<T3TypeDecl*> implicit_array_types;
-    ForArrayTypesBelow(*link, [&](T3ArrayType* array) { ExplicifyArrayType(array, implicit_array_types); });
-    link = InsertAll(link, implicit_array_types);
+    const uint32_t number = (*link)->number;
+    if (MayHaveArrayTypes(before, number)) {
+      std::vector<T3TypeDecl*> implicit_array_types;
+      ForArrayTypesBelow(*link, [&](T3ArrayType* array) { ExplicifyArrayType(array, implicit_array_types); });
+      link = InsertAll(link, implicit_array_types);
+    }
+    before = number;
     link = &(*link)->as<_T3Decl>()->next;
   }
 }

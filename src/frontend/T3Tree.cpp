@@ -1,5 +1,6 @@
 #include "frontend/T3Tree.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -77,13 +78,17 @@ void* T3Tree::NewBlock(size_t size) {
   return block;
 }
 
-// A block is filled from its top downwards.
-void* T3Tree::T3Tree_Alloc(size_t size) {
+void* T3Tree::NodeFromNewBlock(size_t size, NodeBlock& block) {
   size = Round(size);
   const size_t room = size > kBlockSize ? size : kBlockSize;
-  low_ = static_cast<char*>(NewBlock(room));
-  free_ = low_ + room - size;
-  return free_;
+  block.low = static_cast<char*>(NewBlock(room));
+  block.free = block.low + room - size;
+  return block.free;
+}
+
+bool T3Tree::MadeArrayTypes(uint32_t after, uint32_t last) const {
+  const auto first = std::upper_bound(array_types_.begin(), array_types_.end(), after);
+  return first != array_types_.end() && *first <= last;
 }
 
 void T3Tree::NewAttributeBlock(size_t size) {
@@ -101,7 +106,9 @@ const char* T3Tree::KeepText(const std::string& text) {
 void T3Tree::ReleaseT3TreeModule() {
   blocks_.clear();
   slab_free_ = slab_end_ = nullptr;
-  free_ = low_ = attribute_free_ = attribute_end_ = nullptr;
+  nodes_ = decls_ = {};
+  array_types_.clear();
+  attribute_free_ = attribute_end_ = nullptr;
   memory_ = 0;
   root = nullptr;
 }

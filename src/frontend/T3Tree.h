@@ -14,6 +14,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -231,7 +232,11 @@ class T3Tree {
   /// A node with its header only; its fields are neutral.
   T3Tree_Node* MakeT3Tree(T3Kind kind);
   /// Memory for a node from a new block; `size` is in bytes.
-  void* T3Tree_Alloc(size_t size);
+  void* T3Tree_Alloc(size_t size) {
+    return NodeFromNewBlock(size, nodes_);
+  }
+  /// True when an array type was made behind the node of number `after` and not behind that of `last`.
+  bool MadeArrayTypes(uint32_t after, uint32_t last) const;
   /// Memory for attribute records and what they point to, kept to the end of the process.
   void* AllocAttributes(size_t size) {
     size = (size + 7) / 8 * 8;
@@ -291,22 +296,35 @@ class T3Tree {
   T* Make(T3Kind kind) {
     static_assert(alignof(T) <= 8);
     constexpr size_t size = (sizeof(T) + 7) / 8 * 8;
+    constexpr bool is_decl = std::is_base_of_v<_T3Decl, T> && !std::is_same_v<T, T3VarDecl>;
+    NodeBlock& block = is_decl ? decls_ : nodes_;
     void* memory;
-    if (static_cast<size_t>(free_ - low_) >= size) [[likely]] {
-      free_ -= size;
-      memory = free_;
+    if (static_cast<size_t>(block.free - block.low) >= size) [[likely]] {
+      block.free -= size;
+      memory = block.free;
     } else {
-      memory = T3Tree_Alloc(size);
+      memory = NodeFromNewBlock(size, block);
     }
     T* node = new (memory) T;
     T3Tree_Node* header = node;  // a kind may have a field that is called `kind`
     header->kind = kind;
     header->number = next_number_++;
+    if constexpr (std::is_same_v<T, T3ArrayType>) array_types_.push_back(header->number);
     return node;
   }
 
-  char* free_ = nullptr;
-  char* low_ = nullptr;
+  // A block is filled from its top downwards.
+  struct NodeBlock {
+    char* free = nullptr;
+    char* low = nullptr;
+  };
+  void* NodeFromNewBlock(size_t size, NodeBlock& block);
+
+  NodeBlock nodes_;
+  // Many stages go along a module's declarations and look at little else of the tree, so these lie together.
+  NodeBlock decls_;
+  // The numbers of all array types, in their order.
+  std::vector<uint32_t> array_types_;
   // Blocks that were asked for singly, and the slabs that common ones are cut from.
   std::vector<LargeBlock> blocks_;
   char* slab_free_ = nullptr;

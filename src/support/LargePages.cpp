@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 namespace {
-constexpr int kHeapStep = 16 << 20;
+constexpr int kHeapStep = 64 << 20;
 constexpr int kKeptWhenFree = 1 << 30;
 
 // The heap up to here has been asked for in large pages, or was there before.
