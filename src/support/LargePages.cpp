@@ -4,7 +4,16 @@
 #include <cstdlib>
 #include <new>
 
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
+// A sanitizer has a heap of its own, and watches only what comes from it.
+#if defined(__SANITIZE_ADDRESS__)
+#define ORVANE_WATCHED_HEAP 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ORVANE_WATCHED_HEAP 1
+#endif
+#endif
+
+#if defined(__GLIBC__) && !defined(ORVANE_WATCHED_HEAP)
 #include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
