@@ -255,10 +255,45 @@ void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
                       std::to_string(*low), std::to_string(*high));
 }
 
+// ---- Constraints with faults ----
+
+bool HasFailed(T3Tree_Node* expression) {
+  return expression->is<_T3Expression>() && expression->attributes != nullptr &&
+         T3Is<T3ErrorType>(expression->as<_T3Expression>()->attr().expression_base_type);
+}
+
+bool RangeHasFailed(T3Tree_Node* lb, T3Tree_Node* ub) {
+  return HasFailed(lb) || HasFailed(ub);
+}
+
+bool ItemHasFailed(T3Tree_Node* item) {
+  auto* range = item->try_as<T3ValueRange>();
+  return HasFailed(item) || (range != nullptr && RangeHasFailed(range->lb, range->ub));
+}
+
+bool FindFault(T3Tree_Node* constraint) {
+  if (auto* range = constraint->try_as<T3LengthRange>()) return RangeHasFailed(range->lb, range->ub);
+  auto* list = constraint->try_as<T3ValueList>();
+  for (T3Tree_Node* at = list == nullptr ? nullptr : list->values; T3Is<T3ValueListItem>(at);
+       at = at->as<T3ValueListItem>()->next)
+    if (ItemHasFailed(at->as<T3ValueListItem>()->value)) return true;
+  return false;
+}
+
+std::unordered_map<uint32_t, bool>& g_faults = *new std::unordered_map<uint32_t, bool>;
+
+// A constraint with a fault has had its message; nobody knows what it would have allowed.
+bool IsFaulty(T3Tree_Node* constraint) {
+  const auto [faulty, made] = g_faults.try_emplace(constraint->number);
+  if (made) faulty->second = FindFault(constraint);
+  return faulty->second;
+}
+
 void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
   if (expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
       expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>())
     return;
+  if (IsFaulty(constraint)) return;
   if (auto* list = constraint->try_as<T3ValueList>()) CheckValueListConstraint(list->values, expression);
   if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
 }
@@ -290,5 +325,6 @@ void CheckSubtypes(T3Tree_Node* root) {
     });
   g_sets.clear();
   g_value_sets.clear();
+  g_faults.clear();
   ForgetConstantValues();
 }
