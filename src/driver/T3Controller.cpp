@@ -12,6 +12,7 @@
 #include "driver/Errors.h"
 #include "driver/T3Version.h"
 #include "support/LargePages.h"
+#include "support/OwnStack.h"
 #include "support/TemporaryFiles.h"
 #include "support/rSystem.h"
 
@@ -22,12 +23,14 @@ void Say(const std::string& text) {
   vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), text);
 }
 
-// Nesting in a source is limited, but not by the stack that the user's shell happens to give.
-void EnlargeStack() {
+// Nesting in a source is limited, but not by the stack that the user's shell happens to give. False when the
+// system refuses more.
+bool EnlargeStack() {
   rlimit limit{};
-  if (getrlimit(RLIMIT_STACK, &limit) != 0 || limit.rlim_cur >= kStackSize) return;
+  if (getrlimit(RLIMIT_STACK, &limit) != 0) return false;
+  if (limit.rlim_cur >= kStackSize) return true;
   limit.rlim_cur = std::min(kStackSize, limit.rlim_max);
-  setrlimit(RLIMIT_STACK, &limit);
+  return setrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur >= kStackSize;
 }
 
 int ParseStage() {
@@ -76,6 +79,11 @@ int Failed(const char* form, const char* what) {
   return kExitException;
 }
 
+struct Arguments {
+  int argc;
+  const char** argv;
+};
+
 int StagesUnderHandlers(int argc, const char** argv) {
   try {
     return Stages(argc, argv);
@@ -96,7 +104,7 @@ int RunCompiler(int argc, const char** argv) {
   OccupyStandardStreams();
   std::set_new_handler(OutOfMemory);
   CatchSignals();
-  EnlargeStack();
+  const bool enough_stack = EnlargeStack();
   PrepareLargePages();
   vexa_compiler_phases(verbosity_level_t::Stages, Banner());
   gT3AST.SetCheckReport(stderr);
@@ -106,5 +114,10 @@ int RunCompiler(int argc, const char** argv) {
     vexa_compiler_phases(verbosity_level_t::Stages, text);
     return kExitException;
   }
-  return StagesUnderHandlers(argc, argv);
+  Arguments arguments{argc, argv};
+  const auto run = [](void* given) {
+    const auto* from = static_cast<const Arguments*>(given);
+    return StagesUnderHandlers(from->argc, from->argv);
+  };
+  return enough_stack ? run(&arguments) : CallOnOwnStack(kStackSize, run, &arguments);
 }

@@ -8,6 +8,7 @@ a message and its status, and must leave no file behind but what it is asked for
 import argparse
 import os
 import re
+import resource
 import subprocess
 import sys
 import tempfile
@@ -178,6 +179,19 @@ class BadInputTest(unittest.TestCase):
                 result = self.check(["-a", "-F", "M.ttcn"], [PARSING])
                 self.assertEqual(["nesting is too deep"], [line[-19:] for line in result.messages()])
                 self.assertLess(time.monotonic() - begin, TIMEOUT_SECONDS / 2)
+
+    def test_little_stack(self):
+        """Nesting below the limit is an ordinary input, however little stack the shell allows."""
+        depth = 1800
+        little = 1 << 20
+        for body in ["function g() { var integer x := " + "f(" * depth + "1" + ")" * depth + "; }",
+                     "const integer c := " + "(" * depth + "1" + ")" * depth + ";",
+                     "function g() { " + "if (true) {" * 900 + "}" * 900 + " }"]:
+            with self.subTest(body[:40]):
+                self.write(module("function f(integer i) return integer { return i; } " + body))
+                result = self.orvane("-a", "-F", "M.ttcn", preexec=lambda: resource.setrlimit(
+                    resource.RLIMIT_STACK, (little, little)))
+                self.assertEqual((0, []), (result.status, result.messages()))
 
     def test_long_lists(self):
         count = 100_000
