@@ -17,6 +17,8 @@ struct T3Rule {
 /// Every unit of rules gives one table, which T3EvalRules.cpp lists.
 std::span<const T3Rule> NameRules();
 std::span<const T3Rule> TypeRules();
+std::span<const T3Rule> DeclarationRules();
+std::span<const T3Rule> ExpressionRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);
