@@ -5,23 +5,10 @@
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
+#include "analysis/T3ParameterKinds.h"
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
-
-namespace {
-bool IsPort(T3Tree_Node* type) {
-  return T3Is<T3PortType>(BaseTypeDef(type));
-}
-
-// ---- Parameters ----
-
-// The kinds of parameters of a list that some declarations refuse.
-struct ParameterKinds {
-  bool out = false;
-  bool timer = false;
-  bool port = false;
-};
 
 ParameterKinds KindsOf(T3Tree_Node* fpl) {
   ParameterKinds kinds;
@@ -37,9 +24,16 @@ ParameterKinds KindsOf(T3Tree_Node* fpl) {
   return kinds;
 }
 
-void RefuseParameters(T3Tree_Node* decl, const char* what, bool refused, const char* kind) {
-  if (refused) vexa_filtered_error(ERR_wrong_parameter_kind, PositionOf(decl), what, kind);
+void RefuseParameters(T3Tree_Node* node, const char* what, bool refused, const char* kind) {
+  if (refused) vexa_filtered_error(ERR_wrong_parameter_kind, PositionOf(node), what, kind);
 }
+
+namespace {
+bool IsPort(T3Tree_Node* type) {
+  return T3Is<T3PortType>(BaseTypeDef(type));
+}
+
+// ---- Parameters ----
 
 void CheckTestcaseParameters(T3Tree_Node* node) {
   const ParameterKinds kinds = KindsOf(node->as<T3Testcase>()->fpl);

@@ -19,6 +19,8 @@ std::span<const T3Rule> NameRules();
 std::span<const T3Rule> TypeRules();
 std::span<const T3Rule> DeclarationRules();
 std::span<const T3Rule> ExpressionRules();
+std::span<const T3Rule> StatementRules();
+std::span<const T3Rule> PortRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);
