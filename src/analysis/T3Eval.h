@@ -21,6 +21,7 @@ std::span<const T3Rule> DeclarationRules();
 std::span<const T3Rule> ExpressionRules();
 std::span<const T3Rule> StatementRules();
 std::span<const T3Rule> PortRules();
+std::span<const T3Rule> ValueRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);
