@@ -189,7 +189,7 @@ class ExtensionStage {
  private:
   bool BuildExtensionOrder(std::vector<tIdent>* order);
   void ReportCycle(const std::vector<tIdent>& cycle) const;
-  bool Extend(T3Tree_Node* component);
+  bool Extend(T3Tree_Node* component, bool report);
 
   T3Module* module_;
   DeclarationsTable table_;
@@ -231,7 +231,8 @@ void ReportClashErrors(const std::vector<tIdent>& names, const tPosition& positi
                position);
 }
 
-bool ExtensionStage::Extend(T3Tree_Node* component) {
+// Merges what there is, faults or not.
+bool ExtensionStage::Extend(T3Tree_Node* component, bool report) {
   auto* type = component->as<T3ComponentType>();
   if (!type->extends->is<T3TypeItem>() || !ExtendedTypes().insert(component).second) return true;
   bool passed = true;
@@ -239,14 +240,14 @@ bool ExtensionStage::Extend(T3Tree_Node* component) {
   const auto append = [&](T3Tree_Node* source, bool own, const tPosition& position) {
     std::vector<tIdent> clashes;
     if (AppendDeclList(list, source, own, &list, &clashes)) return;
-    ReportClashErrors(clashes, position);
+    if (report) ReportClashErrors(clashes, position);
     passed = false;
   };
   ForElements(component, module_->name, [&](const ExtendsElement& element) {
     const _vexa_error_message_t* message = nullptr;
     T3Tree_Node* base = table_.GetDefinition(element.filtered, &message);
     if (base != nullptr) return append(base->as<T3ComponentType>()->decls, false, element.position);
-    vexa_filtered_error(*message, element.position, element.name);
+    if (report) vexa_filtered_error(*message, element.position, element.name);
     passed = false;
   });
   append(type->decls, true, type->position);
@@ -257,9 +258,11 @@ bool ExtensionStage::Extend(T3Tree_Node* component) {
 bool ExtensionStage::Run() {
   std::vector<tIdent> order;
   if (!BuildExtensionOrder(&order)) return false;
-  for (const tIdent name : order)
-    if (!Extend(table_.Local(name))) return false;
-  return true;
+  // Behind the first component with faults the others are merged in silence, so that modules which import them
+  // find what they inherit.
+  bool passed = true;
+  for (const tIdent name : order) passed = Extend(table_.Local(name), passed) && passed;
+  return passed;
 }
 
 // A node of the same kind and fields, children shared.
