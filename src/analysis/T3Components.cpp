@@ -188,6 +188,8 @@ class ExtensionStage {
 
  private:
   bool BuildExtensionOrder(std::vector<tIdent>* order);
+  std::vector<tIdent> OrderInSpiteOfCycles() const;
+  std::vector<tIdent> LocalBases(tIdent name) const;
   void ReportCycle(const std::vector<tIdent>& cycle) const;
   bool Extend(T3Tree_Node* component, bool report);
 
@@ -200,15 +202,50 @@ bool ExtensionStage::BuildExtensionOrder(std::vector<tIdent>* order) {
   std::map<tIdent, std::set<tIdent>> dependencies;
   for (const auto& [name, type] : table_.Locals()) {
     names.insert(name);
-    ForElements(type, module_->name, [&, name = name](const ExtendsElement& element) {
-      if (table_.Local(element.filtered) != nullptr) dependencies[name].insert(element.filtered);
-    });
+    for (const tIdent base : LocalBases(name)) dependencies[name].insert(base);
   }
   std::vector<tIdent> cycle;
   TopologicalSort<tIdent> sort(names, dependencies);
   if (sort.ResolveDependencies(order, &cycle)) return true;
   ReportCycle(cycle);
   return false;
+}
+
+std::vector<tIdent> ExtensionStage::LocalBases(tIdent name) const {
+  std::vector<tIdent> bases;
+  ForElements(table_.Local(name), module_->name, [&](const ExtendsElement& element) {
+    if (table_.Local(element.filtered) != nullptr) bases.push_back(element.filtered);
+  });
+  return bases;
+}
+
+// Bases first as well, where no cycle is in the way.
+std::vector<tIdent> ExtensionStage::OrderInSpiteOfCycles() const {
+  struct Place {
+    tIdent name;
+    std::vector<tIdent> bases;
+  };
+  std::vector<tIdent> order;
+  std::unordered_set<tIdent> met;
+  std::vector<Place> open;
+  const auto enter = [&](tIdent name) {
+    if (met.insert(name).second) open.push_back({name, LocalBases(name)});
+  };
+  for (const auto& [name, type] : table_.Locals()) {
+    enter(name);
+    while (!open.empty()) {
+      Place& top = open.back();
+      if (top.bases.empty()) {
+        order.push_back(top.name);
+        open.pop_back();
+        continue;
+      }
+      const tIdent base = top.bases.back();
+      top.bases.pop_back();
+      enter(base);
+    }
+  }
+  return order;
 }
 
 // A cycle has its first name again at the end.
@@ -257,10 +294,10 @@ bool ExtensionStage::Extend(T3Tree_Node* component, bool report) {
 
 bool ExtensionStage::Run() {
   std::vector<tIdent> order;
-  if (!BuildExtensionOrder(&order)) return false;
-  // Behind the first component with faults the others are merged in silence, so that modules which import them
-  // find what they inherit.
-  bool passed = true;
+  bool passed = BuildExtensionOrder(&order);
+  if (!passed) order = OrderInSpiteOfCycles();
+  // Behind the first fault components are merged in silence, so that modules which import them find what they
+  // inherit.
   for (const tIdent name : order) passed = Extend(table_.Local(name), passed) && passed;
   return passed;
 }
