@@ -237,8 +237,10 @@ void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
   vexa_filtered_error(ERR_subtype, PositionOf(expression));
 }
 
+// Once for an expression, however many constraints it has and however many declarations share it.
 void WarnUnchecked(T3Tree_Node* expression) {
-  if (expression->place == nullptr) return;
+  static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
+  if (expression->place == nullptr || !warned.insert(expression->number).second) return;
   vexa_warning(GetVerbosity(expression->place->vexa_my_module),
                "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
 }

@@ -1,4 +1,6 @@
 // The rules of types and constants that every node of their kinds obeys.
+#include <unordered_set>
+
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
@@ -42,9 +44,12 @@ void NumberLiterals(T3Tree_Node* node) {
   AssignEnumValues(node);
 }
 
+// A literal that several declarations share is walked with each of them, and told once.
 void CheckIntLiteral(T3Tree_Node* node) {
+  static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
   auto* literal = node->as<T3IntLiteral>();
   if (CheckIntegerSize(StringM::StGetCStr(literal->value)) || literal->place == nullptr) return;
+  if (!warned.insert(literal->number).second) return;
   vexa_warning(GetVerbosity(literal->place->vexa_my_module), "integer literal might be too large",
                literal->position);
 }
