@@ -223,6 +223,32 @@ TEST(Imports, AGroupIsFoundAtAnyDepthAndOnce) {
       "names.ttcn(7) : column 1 : Error       group identifier \"b\" is ambiguous in module \"ng_1\"\n");
 }
 
+TEST(Imports, ALanguageClauseIsHeldAgainstTheLanguageOfTheModule) {
+  T3Module* source = Module("nj_1", Const("a", _sgT3NoDecl()));
+  Analysed(source);
+  const auto told = [&](bool asn1, const char* language) {
+    source->representation = asn1 ? gT3AST.MakeT3Tree(T3Kind::T3ASN_1) : _sgT3TTCN_3();
+    T3Tree_Node* import = ImportAll("nj_1", _sgT3NoDecl());
+    import->as<_T3ImportDecl>()->language = gStringM.PutString(language);
+    T3Module* user = Module("nj_2", import);
+    return Messages([&] { PreprocessImports(user); });
+  };
+  const std::string warning = "names.ttcn(1) : column 1 : Warning     imported module is not ";
+  const std::string clause = " though specified in the language clause\n";
+  for (const char* language : {"\"ASN.1:1988\"", "\"ASN.1:1994\"", "\"ASN.1:1997\"", "\"ASN.1:2002\""}) {
+    EXPECT_EQ(told(true, language), "") << language;
+    EXPECT_EQ(told(false, language), warning + "ASN.1" + clause) << language;
+  }
+  for (const char* language : {"\"TTCN-3:2001\"", "\"TTCN-3:2003\"", "\"TTCN-3:2005\"", "\"TTCN-3\""}) {
+    EXPECT_EQ(told(false, language), "") << language;
+    EXPECT_EQ(told(true, language), warning + "TTCN-3" + clause) << language;
+  }
+  for (const char* language : {"", "\"ASN.1\"", "\"TTCN-3:1999\""}) {
+    EXPECT_EQ(told(false, language), "") << language;
+    EXPECT_EQ(told(true, language), "") << language;
+  }
+}
+
 TEST(Imports, ADeclarationImportedTwiceHasTheAttributesOfTheLaterStatementAndNotesBoth) {
   T3Module* source = Module("nh_1", Const("a", Const("b", _sgT3NoDecl())));
   Analysed(source);
