@@ -13,7 +13,8 @@ namespace {
 // get there.
 constexpr size_t kMaxDepth = 2000;
 
-// One comparison of two types with all that it leads to. A type that is already under comparison counts as
+// One comparison of two types with all that it leads to. A part whose type has failed is compatible with
+// everything: its own message is enough. A type that is already under comparison counts as
 // compatible with everything, which ends the recursion of types that contain themselves, and a pair that was
 // found compatible is not walked again.
 class Comparison {
@@ -92,6 +93,7 @@ bool Comparison::Structures(T3Tree_Node* a, T3Tree_Node* b) {
 
 bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
   if (a == nullptr || b == nullptr) return false;
+  if (a->is<T3ErrorType>() || b->is<T3ErrorType>()) return true;
   switch (a->kind) {
     case T3Kind::T3NoType:
       return b->is<T3NoType>();
@@ -134,13 +136,17 @@ std::unordered_multimap<tIdent, T3Tree_Node*> DeclsByName(T3Tree_Node* decls) {
   return result;
 }
 
-// True when a component has a declaration like `decl`.
+bool HasFailed(T3Tree_Node* decl) {
+  return BaseTypeDef(decl)->is<T3ErrorType>();
+}
+
+// True when a component has a declaration like `decl`, as far as their types are known.
 bool MatchTypeAgainstComponentDecls(T3Tree_Node* decl,
                                     const std::unordered_multimap<tIdent, T3Tree_Node*>& decls) {
   const auto [first, last] = decls.equal_range(decl->as<_T3Decl>()->name);
   for (auto found = first; found != last; ++found)
     if (found->second->kind == decl->kind &&
-        (found->second == decl ||
+        (found->second == decl || HasFailed(decl) || HasFailed(found->second) ||
          CheckStrictTypeCompatibility(AbsoluteTypeDef(decl), AbsoluteTypeDef(found->second))))
       return true;
   return false;
@@ -148,7 +154,7 @@ bool MatchTypeAgainstComponentDecls(T3Tree_Node* decl,
 }  // namespace
 
 bool IsCompatible(T3Tree_Node* a, T3Tree_Node* b) {
-  return Comparison().Compatible(a, b);
+  return !T3Is<T3ErrorType>(a) && !T3Is<T3ErrorType>(b) && Comparison().Compatible(a, b);
 }
 
 bool IsSameBuiltinType(T3Tree_Node* a, T3Tree_Node* b) {

@@ -134,7 +134,8 @@ void TryCandidates(T3CompoundValue* compound, T3Candidates& candidates) {
   }
   if (candidates.CountValid() < 2) return;
   for (size_t i = 0; i < candidates.size(); ++i)
-    if (candidates.valid(i) && !ValuesFit(compound->value, GetAddressBaseType(candidates.base(i))))
+    if (candidates.valid(i) && !candidates.base(i)->is<T3ErrorType>() &&
+        !ValuesFit(compound->value, GetAddressBaseType(candidates.base(i))))
       candidates.Strike(i, gT3ErrorType);
 }
 

@@ -45,10 +45,12 @@ bool FindInSavedTypes(T3Tree_Node* left, T3Tree_Node* type) {
   return false;
 }
 
+// A right operand that has failed is taken for one of the left one's kind.
 T3Tree_Node* OperatorType(_T3BinaryExpression* node) {
   if (node->is<_T3BinaryLogicExpression>() || node->is<_T3Relational>()) return gT3BooleanType;
   if (!node->is<T3Concatenate>()) return BaseOf(node->left);
-  T3Tree_Node* type = EvaluateStringType(BaseOf(node->left), BaseOf(node->right));
+  T3Tree_Node* right = BaseOf(node->right)->is<T3ErrorType>() ? BaseOf(node->left) : BaseOf(node->right);
+  T3Tree_Node* type = EvaluateStringType(BaseOf(node->left), right);
   return type->is<T3ErrorType>() ? BaseOf(node->left) : type;
 }
 

@@ -129,7 +129,7 @@ T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bo
         SetResult(at, at->as<_T3Reference>()->attr().local_type_def);
     }
   const auto& own = reference->attr();
-  if (T3Is<T3ErrorType>(own.local_type_def)) {
+  if (T3Is<T3ErrorType>(own.base_type_def)) {
     SetResult(reference, gT3ErrorType);
     if (!IndexIntoNoList(reference)) return T3Inference::Reported;
     return report ? Report(reference, 0) : T3Inference::Unreported;

@@ -44,7 +44,7 @@ T3Inference InferTyped(T3TemplateDef* definition, T3Tree_Node* own, T3Candidates
   const auto [local, base] = TypeViewsOf(own);
   T3Candidates inner(local, base);
   Infer(definition->constraint, inner, false, true);
-  if (local->is<T3ErrorType>()) {
+  if (base->is<T3ErrorType>()) {
     SetTypes(definition, gT3ErrorType);
     return T3Inference::Reported;
   }

@@ -9,6 +9,7 @@
 
 #include "analysis/T3ConstantValues.h"
 #include "analysis/T3Constants.h"
+#include "analysis/T3Faults.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Subtree.h"
@@ -220,27 +221,23 @@ std::optional<bool> FoundInSet(T3Tree_Node* list, T3Tree_Node* expression) {
                      [&](T3Tree_Node* item) { return ItemAccepts(item, expression); });
 }
 
-void CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
-  if (const auto found = FoundInSet(list, expression)) {
-    if (!*found) vexa_filtered_error(ERR_subtype, PositionOf(expression));
-    return;
-  }
+// The message of an expression that a list does not allow, or null.
+const _vexa_error_message_t* CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
+  if (const auto found = FoundInSet(list, expression)) return *found ? nullptr : &ERR_subtype;
   for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     T3Tree_Node* item = at->as<T3ValueListItem>()->value;
-    if (IsCharacterRange(item)) {
-      if (!CheckStringCharacterRange(expression, CharacterSetOf(list)))
-        vexa_filtered_error(ERR_subtype_charset, PositionOf(expression));
-      return;
-    }
-    if (ItemAccepts(item, expression)) return;
+    if (IsCharacterRange(item))
+      return CheckStringCharacterRange(expression, CharacterSetOf(list)) ? nullptr : &ERR_subtype_charset;
+    if (ItemAccepts(item, expression)) return nullptr;
   }
-  vexa_filtered_error(ERR_subtype, PositionOf(expression));
+  return &ERR_subtype;
 }
 
 // Once for an expression, however many constraints it has and however many declarations share it.
 void WarnUnchecked(T3Tree_Node* expression) {
   static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
-  if (expression->place == nullptr || !warned.insert(expression->number).second) return;
+  if (expression->place == nullptr || HasFault(expression)) return;
+  if (!warned.insert(expression->number).second) return;
   vexa_warning(GetVerbosity(expression->place->vexa_my_module),
                "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
 }
@@ -253,50 +250,22 @@ void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
   const int64_t length = ExpressionLength(expression, known);
   if (!known) return WarnUnchecked(expression);
   if (length < 0 || (*low <= length && length <= *high)) return;
+  // A list has its length whatever is wrong with its elements.
+  if (!ConstantValueOf(expression)->is<T3CompoundValue>() && HasFault(expression)) return;
   vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length),
                       std::to_string(*low), std::to_string(*high));
-}
-
-// ---- Constraints with faults ----
-
-bool HasFailed(T3Tree_Node* expression) {
-  return expression->is<_T3Expression>() && expression->attributes != nullptr &&
-         T3Is<T3ErrorType>(expression->as<_T3Expression>()->attr().expression_base_type);
-}
-
-bool RangeHasFailed(T3Tree_Node* lb, T3Tree_Node* ub) {
-  return HasFailed(lb) || HasFailed(ub);
-}
-
-bool ItemHasFailed(T3Tree_Node* item) {
-  auto* range = item->try_as<T3ValueRange>();
-  return HasFailed(item) || (range != nullptr && RangeHasFailed(range->lb, range->ub));
-}
-
-bool FindFault(T3Tree_Node* constraint) {
-  if (auto* range = constraint->try_as<T3LengthRange>()) return RangeHasFailed(range->lb, range->ub);
-  auto* list = constraint->try_as<T3ValueList>();
-  for (T3Tree_Node* at = list == nullptr ? nullptr : list->values; T3Is<T3ValueListItem>(at);
-       at = at->as<T3ValueListItem>()->next)
-    if (ItemHasFailed(at->as<T3ValueListItem>()->value)) return true;
-  return false;
-}
-
-std::unordered_map<uint32_t, bool>& g_faults = *new std::unordered_map<uint32_t, bool>;
-
-// A constraint with a fault has had its message; nobody knows what it would have allowed.
-bool IsFaulty(T3Tree_Node* constraint) {
-  const auto [faulty, made] = g_faults.try_emplace(constraint->number);
-  if (made) faulty->second = FindFault(constraint);
-  return faulty->second;
 }
 
 void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
   if (expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
       expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>())
     return;
-  if (IsFaulty(constraint)) return;
-  if (auto* list = constraint->try_as<T3ValueList>()) CheckValueListConstraint(list->values, expression);
+  // What a constraint with a fault allows is not known.
+  if (HasFault(constraint)) return;
+  if (auto* list = constraint->try_as<T3ValueList>()) {
+    const _vexa_error_message_t* message = CheckValueListConstraint(list->values, expression);
+    if (message != nullptr && !HasFault(expression)) vexa_filtered_error(*message, PositionOf(expression));
+  }
   if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
 }
 
@@ -327,6 +296,6 @@ void CheckSubtypes(T3Tree_Node* root) {
     });
   g_sets.clear();
   g_value_sets.clear();
-  g_faults.clear();
+  ForgetFaults();
   ForgetConstantValues();
 }
