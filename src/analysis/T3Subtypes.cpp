@@ -242,6 +242,13 @@ void WarnUnchecked(T3Tree_Node* expression) {
                "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
 }
 
+// A list of elements has its length whatever is wrong with them.
+bool HasSureLength(T3Tree_Node* expression) {
+  auto* compound = ConstantValueOf(expression)->try_as<T3CompoundValue>();
+  auto* first = compound == nullptr ? nullptr : compound->value->try_as<T3FieldValue>();
+  return first != nullptr && !first->field->is<T3FieldIndex>();
+}
+
 void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
   const auto low = ConstIntValue(range->lb);
   const auto high = range->ub->is<T3NoExpression>() ? low : ConstIntValue(range->ub);
@@ -250,8 +257,7 @@ void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
   const int64_t length = ExpressionLength(expression, known);
   if (!known) return WarnUnchecked(expression);
   if (length < 0 || (*low <= length && length <= *high)) return;
-  // A list has its length whatever is wrong with its elements.
-  if (!ConstantValueOf(expression)->is<T3CompoundValue>() && HasFault(expression)) return;
+  if (!HasSureLength(expression) && HasFault(expression)) return;
   vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length),
                       std::to_string(*low), std::to_string(*high));
 }
