@@ -29,7 +29,15 @@ bool IsAnyPort(T3Tree_Node* port) {
 
 // ---- All port operations ----
 
-// A reference whose name has failed has had its message.
+// A reference whose name, or the type of what it means, has failed has had its message.
+bool HasMessage(T3Tree_Node* port) {
+  auto* reference = port->try_as<_T3Reference>();
+  if (reference == nullptr) return false;
+  T3Tree_Node* def = Def(reference);
+  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) ||
+         T3Is<T3ErrorType>(reference->attr().base_type_def);
+}
+
 void CheckPort(T3Tree_Node* node) {
   if (IsInControlPart(node))
     vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), "port operation");
@@ -37,8 +45,7 @@ void CheckPort(T3Tree_Node* node) {
   if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
   T3Tree_Node* type = ExpressionBaseType(port);
   if (type == gT3AnyPortType || type->is<T3PortType>()) return;
-  T3Tree_Node* def = port->is<_T3Reference>() ? Def(port) : nullptr;
-  if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return;
+  if (HasMessage(port)) return;
   if (auto* identifier = port->try_as<T3Identifier>())
     vexa_filtered_error(ERR_invalid_port_with_name, PositionOf(node), identifier->id);
   else
