@@ -1,5 +1,6 @@
 // Drops derived data: what analysis needs only while it works on a module, and what generation hangs on the
 // nodes.
+#include "analysis/T3AltStatus.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Types.h"
@@ -55,6 +56,7 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearNameCache();
   ClearMemberIndices();
   ClearSharedLiterals();
+  ForgetAltStatus();
   ZeroIntermediateAttributes(module);
 }
 

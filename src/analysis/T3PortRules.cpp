@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/T3AltStatus.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
@@ -11,6 +12,8 @@
 #include "driver/T3Error.h"
 
 namespace {
+constexpr int kChangesSnapshot = 3;
+
 bool HasFailed(T3Tree_Node* expression) {
   return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
 }
@@ -34,8 +37,7 @@ bool HasMessage(T3Tree_Node* port) {
   auto* reference = port->try_as<_T3Reference>();
   if (reference == nullptr) return false;
   T3Tree_Node* def = Def(reference);
-  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) ||
-         T3Is<T3ErrorType>(reference->attr().base_type_def);
+  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) || T3Is<T3ErrorType>(reference->attr().base_type_def);
 }
 
 void CheckPort(T3Tree_Node* node) {
@@ -89,6 +91,22 @@ void RequireSignature(T3Tree_Node* node) {
 
 T3SignatureType* SignatureOf(T3Tree_Node* node) {
   return TemplateType(node)->try_as<T3SignatureType>();
+}
+
+// What a receiving operation evaluates must leave the snapshot as it is.
+void RefuseInAlternative(T3Tree_Node* node, T3Tree_Node* part, const char* what) {
+  const bool given = T3Is<T3TemplateDef>(part) || T3Is<_T3Expression>(part);
+  if (given && AltStatus(part) == kChangesSnapshot)
+    vexa_filtered_error(ERR_alt_illegal_something, PositionOf(node), what);
+}
+
+void CheckReceiving(T3Tree_Node* node) {
+  auto* statement = node->as<_T3ReceivingPortStmt>();
+  RefuseInAlternative(node, statement->template_value, "template");
+  RefuseInAlternative(node, statement->port, "port");
+  RefuseInAlternative(node, statement->sender, "sender");
+  if (auto* reply = node->try_as<T3GetReplyStmt>())
+    RefuseInAlternative(node, reply->return_template, "return template");
 }
 
 // ---- Messages ----
@@ -344,19 +362,13 @@ void CheckConfiguration(T3Tree_Node* node) {
 }
 
 constexpr T3Rule kRules[] = {
-    {T3Kind::_T3PortStmt, CheckPort},
-    {T3Kind::T3SendStmt, CheckSend},
-    {T3Kind::T3ReceiveStmt, CheckReceive},
-    {T3Kind::T3TriggerStmt, CheckTrigger},
-    {T3Kind::T3CallStmt, CheckCall},
-    {T3Kind::T3ReplyStmt, CheckReply},
-    {T3Kind::T3RaiseStmt, CheckRaise},
-    {T3Kind::T3GetCallStmt, CheckGetCall},
-    {T3Kind::T3GetReplyStmt, CheckGetReply},
-    {T3Kind::T3CatchStmt, CheckCatch},
-    {T3Kind::T3CatchTimeoutStmt, CheckCatchTimeout},
-    {T3Kind::T3PortRedirect, CheckRedirect},
-    {T3Kind::_T3ConfStmt, CheckConfiguration},
+    {T3Kind::_T3PortStmt, CheckPort},        {T3Kind::_T3ReceivingPortStmt, CheckReceiving},
+    {T3Kind::T3SendStmt, CheckSend},         {T3Kind::T3ReceiveStmt, CheckReceive},
+    {T3Kind::T3TriggerStmt, CheckTrigger},   {T3Kind::T3CallStmt, CheckCall},
+    {T3Kind::T3ReplyStmt, CheckReply},       {T3Kind::T3RaiseStmt, CheckRaise},
+    {T3Kind::T3GetCallStmt, CheckGetCall},   {T3Kind::T3GetReplyStmt, CheckGetReply},
+    {T3Kind::T3CatchStmt, CheckCatch},       {T3Kind::T3CatchTimeoutStmt, CheckCatchTimeout},
+    {T3Kind::T3PortRedirect, CheckRedirect}, {T3Kind::_T3ConfStmt, CheckConfiguration},
 };
 }  // namespace
 

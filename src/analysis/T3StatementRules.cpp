@@ -1,6 +1,7 @@
 // The rules of statements, alternatives, and operations on components, timers, defaults and verdicts.
 #include <string>
 
+#include "analysis/T3AltStatus.h"
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
@@ -103,6 +104,51 @@ void CheckAltstepAlternative(T3Tree_Node* node) {
   if (callee == nullptr) return;
   if (!callee->is<T3TestStep>()) return NotAllowedHere(node, "function invocation");
   CheckRunsOnOfCallee(node, callee);
+}
+
+// ---- Alternatives ----
+
+constexpr int kChangesSnapshot = 3;
+
+void CheckGuard(T3Tree_Node* node) {
+  if (AltStatus(node->as<_T3Alt>()->guard) == kChangesSnapshot)
+    vexa_filtered_error(ERR_alt_illegal_guard, PositionOf(node));
+}
+
+// A standstill is noticed only where nothing has effects.
+void WarnOfEffects(T3Tree_Node* node, T3Tree_Node* alternatives) {
+  const T3Cleanness clean = CleannessOf(alternatives);
+  if (!clean.templates)
+    Warn(node, "run-time deadlock detection disabled because of side-effects in guard operations");
+  if (!clean.guards)
+    Warn(node, "run-time deadlock detection disabled because of side-effects in guard expressions");
+}
+
+// The alternatives of an altstep belong to the altstep.
+bool IsBodyOfAltstep(T3Tree_Node* alt) {
+  T3Tree_Node* owner = alt->place == nullptr ? nullptr : alt->place->vexa_owner;
+  return T3Is<T3TestStep>(owner) && owner->as<T3TestStep>()->body == alt;
+}
+
+void WarnOfEffectsInAlt(T3Tree_Node* node) {
+  if (!IsBodyOfAltstep(node)) WarnOfEffects(node, node->as<T3AltStmt>()->alts);
+}
+
+void WarnOfEffectsInAltstep(T3Tree_Node* node) {
+  T3Tree_Node* body = node->as<T3TestStep>()->body;
+  if (body->is<T3AltStmt>()) WarnOfEffects(node, body->as<T3AltStmt>()->alts);
+}
+
+void WarnOfEffectsInCall(T3Tree_Node* node) {
+  WarnOfEffects(node, node->as<T3CallStmt>()->body);
+}
+
+// In an interleave nothing may wait by itself.
+void CheckCallInInterleave(T3Tree_Node* node) {
+  if (node->place == nullptr || !node->place->inside_interleave) return;
+  T3Tree_Node* callee = CalleeOf(node);
+  if (T3Is<T3Function>(callee) && AltStatusOfDecl(callee) == kChangesSnapshot)
+    RefuseInInterleave(node, "call to function with (indirect) usage of communication operation");
 }
 
 // ---- Plain statements ----
@@ -265,6 +311,11 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3InvocationStmt, CheckInvocation},
     {T3Kind::T3Activate, CheckActivate},
     {T3Kind::T3TestStepRefAlt, CheckAltstepAlternative},
+    {T3Kind::_T3Alt, CheckGuard},
+    {T3Kind::T3AltStmt, WarnOfEffectsInAlt},
+    {T3Kind::T3TestStep, WarnOfEffectsInAltstep},
+    {T3Kind::T3CallStmt, WarnOfEffectsInCall},
+    {T3Kind::T3Parameterization, CheckCallInInterleave},
     {T3Kind::T3AssignStmt, CheckAssignment},
     {T3Kind::T3RetStmt, CheckReturn},
     {T3Kind::T3SetVerdictStmt, CheckSetVerdict},

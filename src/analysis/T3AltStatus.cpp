@@ -1,0 +1,152 @@
+#include "analysis/T3AltStatus.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "analysis/T3Subtree.h"
+#include "analysis/T3Types.h"
+#include "analysis/T3ValueClasses.h"
+
+namespace {
+constexpr int kNone = 0;
+constexpr int kCycle = 1;
+constexpr int kSideEffects = 2;
+constexpr int kSnapshot = 3;
+
+// A call of a call nests; what lies deeper than this counts as a cycle.
+constexpr int kMaxDepth = 500;
+int g_depth = 0;
+
+// By the numbers of declarations; one that is being looked through counts as a cycle.
+std::unordered_map<uint32_t, int>& g_known = *new std::unordered_map<uint32_t, int>;
+
+bool ChangesSnapshot(T3Tree_Node* node) {
+  return node->is<T3DoneStmt>() || node->is<T3KilledStmt>() || node->is<T3TimeoutStmt>() ||
+         node->is<_T3PortStmt>() || node->is<T3StartStmt>() || node->is<T3StopStmt>() ||
+         node->is<T3KillStmt>() || node->is<T3AltStmt>() || node->is<T3InterleaveStmt>() ||
+         node->is<T3Execute>();
+}
+
+bool HasSideEffects(T3Tree_Node* node) {
+  return node->is<T3Create>() || node->is<T3Running>() || node->is<T3Alive>() || node->is<T3Read>() ||
+         node->is<T3GetVerdict>() || node->is<T3Activate>() || node->is<T3Rnd>() ||
+         node->is<T3SetVerdictStmt>() || node->is<T3DeactivateStmt>();
+}
+
+int StatusOfName(T3Tree_Node* name) {
+  T3Tree_Node* def = BehindImport(Def(name));
+  if (def == nullptr || T3Is<T3NoDecl>(def) || T3Is<_T3Type>(def) || T3Is<T3FieldType>(def)) return kNone;
+  if (T3Is<_T3FormalPar>(def) || T3Is<T3Module>(def) || T3Is<_T3InstanceValueDecl>(def)) return kNone;
+  return T3Is<_T3Decl>(def) ? AltStatusOfDecl(def) : kSnapshot;
+}
+
+// The name that an assignment writes to counts with its declaration.
+int StatusOfTarget(T3Tree_Node* target) {
+  while (target->is<T3Subscription>() || target->is<T3Qualifier>()) {
+    if (target->is<T3Qualifier>() && T3Is<T3Module>(Def(target->as<T3Qualifier>()->base))) break;
+    target = target->as<_T3Qualification>()->base;
+  }
+  if (!target->is<T3Identifier>() && !target->is<T3Qualifier>()) return kNone;
+  T3Tree_Node* def = BehindImport(Def(target));
+  return T3Is<T3VarDecl>(def) ? AltStatusOfDecl(def) : kNone;
+}
+
+int StatusOfNode(T3Tree_Node* node) {
+  if (ChangesSnapshot(node)) return kSnapshot;
+  if (HasSideEffects(node)) return kSideEffects;
+  if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
+  if (node->is<T3Identifier>()) return StatusOfName(node);
+  auto* qualifier = node->try_as<T3Qualifier>();
+  return qualifier != nullptr && T3Is<T3Module>(Def(qualifier->base)) ? StatusOfName(node) : kNone;
+}
+
+int StatusOfBody(T3Tree_Node* decl) {
+  if (auto* definition = decl->try_as<T3TemplateDecl>()) return AltStatus(definition->definition);
+  if (auto* function = decl->try_as<T3Function>()) {
+    int status = kNone;
+    for (T3Tree_Node* at = function->body; T3Is<_T3Stmt>(at) && status < kSnapshot;
+         at = at->as<_T3Stmt>()->next)
+      status = std::max(status, AltStatus(at));
+    return status;
+  }
+  if (decl->is<T3TestStep>() || decl->is<T3Testcase>()) return kSnapshot;
+  auto* variable = decl->try_as<T3VarDecl>();
+  if (variable == nullptr) return kNone;
+  const bool in_component = decl->place != nullptr && T3Is<T3ComponentType>(decl->place->vexa_owner);
+  return in_component ? kSideEffects : AltStatus(variable->value);
+}
+
+int StatusOfDefinition(T3Tree_Node* value) {
+  return T3Is<T3TemplateDef>(value) || T3Is<_T3Expression>(value) ? AltStatus(value) : kNone;
+}
+
+void Take(T3Cleanness& all, const T3Cleanness& one) {
+  all.guards = all.guards && one.guards;
+  all.templates = all.templates && one.templates;
+}
+
+bool IsCleanOperation(T3Tree_Node* operation) {
+  if (auto* check = operation->try_as<T3CheckRedirect>())
+    return AltStatus(check->port) == kNone && StatusOfDefinition(check->from) == kNone;
+  auto* receive = operation->try_as<_T3ReceivingPortStmt>();
+  if (receive == nullptr) return true;
+  auto* reply = operation->try_as<T3GetReplyStmt>();
+  return AltStatus(receive->port) == kNone && StatusOfDefinition(receive->template_value) == kNone &&
+         StatusOfDefinition(receive->sender) == kNone &&
+         (reply == nullptr || StatusOfDefinition(reply->return_template) == kNone);
+}
+
+// By the numbers of altsteps; one that is being looked through counts as clean.
+std::unordered_map<uint32_t, T3Cleanness>& g_altsteps = *new std::unordered_map<uint32_t, T3Cleanness>;
+
+T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
+  T3Tree_Node* def = T3Is<_T3Reference>(reference) ? BehindImport(Def(reference)) : nullptr;
+  auto* altstep = T3Is<T3TestStep>(def) ? def->as<T3TestStep>() : nullptr;
+  auto* body = altstep == nullptr ? nullptr : altstep->body->try_as<T3AltStmt>();
+  if (body == nullptr || g_depth >= kMaxDepth) return {};
+  const auto [known, made] = g_altsteps.try_emplace(def->number);
+  if (!made) return known->second;
+  ++g_depth;
+  const T3Cleanness result = CleannessOf(body->alts);
+  --g_depth;
+  return g_altsteps[def->number] = result;
+}
+}  // namespace
+
+int AltStatus(T3Tree_Node* root) {
+  if (root == nullptr) return kNone;
+  int status = kNone;
+  ForEachInSubtree(root, [&status](T3Tree_Node* node) {
+    if (status == kSnapshot || node->is<T3LogStmt>()) return false;
+    status = std::max(status, StatusOfNode(node));
+    return status < kSnapshot;
+  });
+  return status;
+}
+
+int AltStatusOfDecl(T3Tree_Node* decl) {
+  if (g_depth >= kMaxDepth) return kCycle;
+  const auto [known, made] = g_known.try_emplace(decl->number, kCycle);
+  if (!made) return known->second;
+  ++g_depth;
+  const int status = StatusOfBody(decl);
+  --g_depth;
+  return g_known[decl->number] = status;
+}
+
+void ForgetAltStatus() {
+  g_known.clear();
+  g_altsteps.clear();
+}
+
+T3Cleanness CleannessOf(T3Tree_Node* alternatives) {
+  T3Cleanness all;
+  for (T3Tree_Node* at = alternatives; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next) {
+    all.guards = all.guards && AltStatus(at->as<_T3Alt>()->guard) == kNone;
+    if (auto* guarded = at->try_as<T3GuardedAlt>())
+      all.templates = all.templates && IsCleanOperation(guarded->operation);
+    else
+      Take(all, CleannessOfAltstep(at->as<T3TestStepRefAlt>()->test_step));
+  }
+  return all;
+}
