@@ -22,6 +22,7 @@ std::span<const T3Rule> ExpressionRules();
 std::span<const T3Rule> StatementRules();
 std::span<const T3Rule> PortRules();
 std::span<const T3Rule> ValueRules();
+std::span<const T3Rule> TemplateRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);

@@ -18,8 +18,9 @@ const Table* Arrange() {
   auto* table = new Table;
   for (int kind = 0; kind < kT3KindCount; ++kind) {
     table->begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(table->checks.size());
-    for (const auto& rules : {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(),
-                              StatementRules(), PortRules(), ValueRules(), BehaviourRules(), UsageRules()})
+    for (const auto& rules :
+         {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), StatementRules(), PortRules(),
+          ValueRules(), TemplateRules(), BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         if (static_cast<int>(rule.kind) <= kind && kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)])
           table->checks.push_back(rule.check);

@@ -57,6 +57,7 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearMemberIndices();
   ClearSharedLiterals();
   ForgetAltStatus();
+  ForgetSendingStatements();
   ZeroIntermediateAttributes(module);
 }
 

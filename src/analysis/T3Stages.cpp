@@ -2,6 +2,5 @@
 #include "analysis/T3Stages.h"
 
 void ExplicifyTemplateModifies(T3Tree_Node*) {}
-void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {}
 void OmitCheck(T3Tree_Node*) {}
 void TemplateRestrictionsCheck(T3Tree_Node*) {}

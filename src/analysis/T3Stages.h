@@ -29,7 +29,10 @@ extern T3Eval gT3Eval;
 bool TemplateCyclesFound();
 /// Replaces template modifications by whole templates (T3Templates).
 void ExplicifyTemplateModifies(T3Tree_Node* root);
+/// Refuses what is sent and may match several values (T3TemplateRules).
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node* root);
+/// Forgets the statements that the walk has noted for it.
+void ForgetSendingStatements();
 void OmitCheck(T3Tree_Node* root);
 void TemplateRestrictionsCheck(T3Tree_Node* root);
 /// Checks values against their subtypes (T3Subtypes).

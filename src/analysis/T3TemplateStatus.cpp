@@ -1,0 +1,103 @@
+#include "analysis/T3TemplateStatus.h"
+
+#include <algorithm>
+
+#include "analysis/T3Types.h"
+
+namespace {
+// Templates refer to each other; a chain of references that is longer counts as a reference.
+constexpr int kMaxDepth = 200;
+
+struct Collection {
+  bool deep;
+  vexa_template_mode_t mode;
+  int depth = 0;
+
+  int Of(T3Tree_Node* node);
+  int OfReference(T3Tree_Node* reference);
+  int OfCompound(T3CompoundValue* compound);
+  int OfParameters(T3Parameterization* call);
+};
+
+// A signature without parameters of the operation's direction takes any value for the others.
+bool FieldValueIsRelevant(T3Tree_Node* par, vexa_template_mode_t mode) {
+  auto* typed = T3Is<_T3TypedFormal>(par) ? par->as<_T3TypedFormal>() : nullptr;
+  if (typed == nullptr) return false;
+  return typed->pass != (mode == vexa_template_mode_t::Call ? t3_par_pass_t::Out : t3_par_pass_t::In);
+}
+
+// The value for a parameter, by its name or by its place; null where there is none.
+T3Tree_Node* ValueFor(T3CompoundValue* compound, tIdent name, int index) {
+  int place = 0;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++place) {
+    auto* field = at->as<T3FieldValue>()->field->try_as<T3FieldName>();
+    if (field != nullptr ? field->name == name : place == index) return at->as<T3FieldValue>()->value;
+  }
+  return nullptr;
+}
+
+int Collection::OfCompound(T3CompoundValue* compound) {
+  auto* signature = ExpressionBaseType(compound)->try_as<T3SignatureType>();
+  int status = kStatusPlain;
+  if (signature != nullptr && mode != vexa_template_mode_t::Message) {
+    int index = 0;
+    for (T3Tree_Node* par = signature->fpl; T3Is<_T3FormalPar>(par);
+         par = par->as<_T3FormalPar>()->next, ++index) {
+      if (!FieldValueIsRelevant(par, mode)) continue;
+      T3Tree_Node* value = ValueFor(compound, par->as<_T3FormalPar>()->name, index);
+      status = std::max(status, value == nullptr ? kStatusUndefined : Of(value));
+    }
+    return status;
+  }
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    status = std::max(status, Of(at->as<T3FieldValue>()->value));
+  return status;
+}
+
+int Collection::OfParameters(T3Parameterization* call) {
+  int status = kStatusPlain;
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
+    status = std::max(status, Of(at->as<T3ActualPar>()->expression));
+  return status;
+}
+
+// A name, a field of what it names, or a call.
+int Collection::OfReference(T3Tree_Node* reference) {
+  if (auto* call = reference->try_as<T3Parameterization>()) {
+    T3Tree_Node* def = BehindImport(Def(call));
+    if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
+    const int status = std::max(Of(def->as<T3TemplateDecl>()->definition), kStatusReference);
+    return deep ? std::max(status, OfParameters(call)) : status;
+  }
+  if (!reference->is<T3Identifier>() && !reference->is<T3Qualifier>()) return kStatusPlain;
+  T3Tree_Node* def = BehindImport(Def(reference));
+  if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
+  if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
+  return std::max(Of(def->as<T3TemplateDecl>()->definition), kStatusReference);
+}
+
+int Collection::Of(T3Tree_Node* node) {
+  if (depth >= kMaxDepth) return kStatusReference;
+  ++depth;
+  int status = kStatusPlain;
+  if (node->is<T3NoTemplateDef>())
+    status = kStatusReference;
+  else if (auto* definition = node->try_as<T3TemplateDef>())
+    status = definition->modifies->is<T3TemplateReference>() ? kStatusReference : Of(definition->constraint);
+  else if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())
+    status = kStatusMatching;
+  else if (node->is<T3NotUsedSymbol>())
+    status = kStatusUndefined;
+  else if (auto* compound = node->try_as<T3CompoundValue>())
+    status = OfCompound(compound);
+  else if (node->is<_T3Reference>())
+    status = OfReference(node);
+  --depth;
+  return status;
+}
+}  // namespace
+
+int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
+  return Collection{deep, mode}.Of(node);
+}
