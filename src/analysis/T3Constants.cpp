@@ -410,6 +410,31 @@ int64_t UpperBoundValue(T3Tree_Node* bound) {
   return static_cast<int64_t>(static_cast<uint64_t>(Folded(bound->as<T3SingleBound>()->ub)) - 1);
 }
 
+namespace {
+bool IsKnownBound(T3Tree_Node* expression) {
+  return IsConstant(expression) && !ExpressionBaseType(expression)->is<T3ErrorType>();
+}
+
+bool HasKnownBounds(T3Tree_Node* bound) {
+  if (auto* range = bound->try_as<T3RangeBound>()) return IsKnownBound(range->lb) && IsKnownBound(range->ub);
+  return IsKnownBound(bound->as<T3SingleBound>()->ub);
+}
+}  // namespace
+
+// Bounds that are no constants have had their message, and are taken for any.
 bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b) {
+  if (!HasKnownBounds(a) || !HasKnownBounds(b)) return true;
   return LowerBoundValue(a) == LowerBoundValue(b) && UpperBoundValue(a) == UpperBoundValue(b);
+}
+
+std::optional<T3KnownBounds> KnownBounds(T3Tree_Node* array) {
+  T3Tree_Node* bound = array->as<T3ArrayType>()->dimension;
+  if (auto* range = bound->try_as<T3RangeBound>()) {
+    const auto low = ConstIntValue(range->lb);
+    const auto high = ConstIntValue(range->ub);
+    return low && high ? std::optional(T3KnownBounds{*low, *high}) : std::nullopt;
+  }
+  const auto size = ConstIntValue(bound->as<T3SingleBound>()->ub);
+  if (!size || *size == std::numeric_limits<int64_t>::min()) return std::nullopt;
+  return T3KnownBounds{0, *size - 1};
 }

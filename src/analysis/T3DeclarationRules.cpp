@@ -100,10 +100,11 @@ bool FitsArray(T3Tree_Node* value, T3Tree_Node* type) {
   auto* compound = value->try_as<T3CompoundValue>();
   if (compound == nullptr) return false;
   T3Tree_Node* element = BaseTypeDef(ElementType(type));
-  int64_t count = 0;
+  uint64_t count = 0;
   for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++count)
     if (element->is<T3ArrayType>() && !FitsArray(at->as<T3FieldValue>()->value, element)) return false;
-  return count == UpperBoundValue(type) - LowerBoundValue(type) + 1;
+  const auto bounds = KnownBounds(type);
+  return !bounds || count == bounds->Size();
 }
 
 T3Tree_Node* InitialValue(T3Tree_Node* value) {
@@ -168,13 +169,9 @@ bool Reversed(std::optional<Value> low, std::optional<Value> high) {
 
 void CheckArraySize(T3Tree_Node* node) {
   auto* array = node->as<T3ArrayType>();
-  auto* range = array->dimension->try_as<T3RangeBound>();
-  auto* single = array->dimension->try_as<T3SingleBound>();
-  const auto low = range != nullptr ? ConstIntValue(range->lb) : std::optional<int64_t>(0);
-  auto high = range != nullptr ? ConstIntValue(range->ub) : ConstIntValue(single->ub);
-  if (high && single != nullptr) high = std::max<int64_t>(*high, INT64_MIN + 1) - 1;
-  if (Reversed(low, high)) return vexa_filtered_error(ERR_arr_bounds, array->position);
-  if (low && *low < 0) vexa_filtered_error(ERR_negative_bound, array->position);
+  const auto bounds = KnownBounds(array);
+  if (bounds && bounds->high < bounds->low) return vexa_filtered_error(ERR_arr_bounds, array->position);
+  if (bounds && bounds->low < 0) vexa_filtered_error(ERR_negative_bound, array->position);
 }
 
 void CheckSignature(T3Tree_Node* node) {

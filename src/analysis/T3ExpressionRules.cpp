@@ -51,8 +51,8 @@ void CheckIndex(T3Tree_Node* node) {
   auto* subscription = node->as<T3Subscription>();
   T3Tree_Node* type = HasFailed(subscription->base) ? nullptr : ExpressionBaseType(subscription->base);
   const auto index = ConstIntValue(subscription->index);
-  if (!T3Is<T3ArrayType>(type) || !index) return;
-  if (*index < LowerBoundValue(type) || *index > UpperBoundValue(type))
+  const auto bounds = T3Is<T3ArrayType>(type) ? KnownBounds(type) : std::nullopt;
+  if (bounds && index && (*index < bounds->low || *index > bounds->high))
     vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
 }
 
@@ -104,12 +104,12 @@ void CheckArrayValue(T3Tree_Node* node) {
   T3Tree_Node* type = HasFailed(compound) ? nullptr : GetAddressBaseType(ExpressionBaseType(compound));
   // Durations of timers have a message of their own.
   if (!T3Is<T3ArrayType>(type) || IsTimerArray(type) || !compound->value->is<T3FieldValue>()) return;
-  int64_t length = 0;
+  uint64_t length = 0;
   for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++length)
     if (!at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at->as<T3FieldValue>()))
       return;
-  if (length != UpperBoundValue(type) - LowerBoundValue(type) + 1)
-    vexa_filtered_error(ERR_arr_initializer, compound->position);
+  const auto bounds = KnownBounds(type);
+  if (bounds && length != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
 }
 
 void CheckNotation(T3Tree_Node* node) {
