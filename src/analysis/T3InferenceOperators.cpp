@@ -45,9 +45,15 @@ bool FindInSavedTypes(T3Tree_Node* left, T3Tree_Node* type) {
   return false;
 }
 
-// A right operand that has failed is taken for one of the left one's kind.
-T3Tree_Node* OperatorType(_T3BinaryExpression* node) {
+bool IsOpen(const T3Candidates& candidates) {
+  return candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
+}
+
+// Beside a right operand that has failed, the left one is right where the context has chosen it; where it has
+// not, either of them may be wrong.
+T3Tree_Node* OperatorType(_T3BinaryExpression* node, const T3Candidates& candidates) {
   if (node->is<_T3BinaryLogicExpression>() || node->is<_T3Relational>()) return gT3BooleanType;
+  if (BaseOf(node->right)->is<T3ErrorType>() && IsOpen(candidates)) return gT3ErrorType;
   if (!node->is<T3Concatenate>()) return BaseOf(node->left);
   T3Tree_Node* right = BaseOf(node->right)->is<T3ErrorType>() ? BaseOf(node->left) : BaseOf(node->right);
   T3Tree_Node* type = EvaluateStringType(BaseOf(node->left), right);
@@ -81,7 +87,7 @@ T3Inference InferBinary(_T3BinaryExpression* outermost, T3Candidates& candidates
   if (!outermost->left->is<_T3BinaryExpression>()) {
     Fails(outermost->left, LeftCandidates(outermost, candidates));
     InferRight(outermost);
-    return FinishAsPart(outermost, candidates, OperatorType(outermost), strict, report);
+    return FinishAsPart(outermost, candidates, OperatorType(outermost, candidates), strict, report);
   }
   std::vector<BinaryFrame> spine;
   spine.push_back({outermost, candidates});
@@ -96,10 +102,11 @@ T3Inference InferBinary(_T3BinaryExpression* outermost, T3Candidates& candidates
   }
   for (; spine.size() > 1; spine.pop_back()) {
     InferRight(spine.back().node);
-    FinishAsPart(spine.back().node, spine.back().candidates, OperatorType(spine.back().node), false, true);
+    auto& [node, own] = spine.back();
+    FinishAsPart(node, own, OperatorType(node, own), false, true);
   }
   InferRight(outermost);
-  return FinishAsPart(outermost, candidates, OperatorType(outermost), strict, report);
+  return FinishAsPart(outermost, candidates, OperatorType(outermost, candidates), strict, report);
 }
 
 T3Inference InferUnary(_T3UnaryExpression* node, T3Candidates& candidates, bool strict, bool report) {
