@@ -7,19 +7,20 @@
 
 namespace t3infer {
 namespace {
-// What is handed to something without a declaration needs no type: the name has been reported, only the
-// faults inside of the actual parameters are left to tell.
+// What is handed to something without a declaration, or to more than it takes, needs no type: the name or the
+// number is at fault, and only the faults inside of the actual parameters are left to tell.
 void InferActualPars(T3Parameterization* call) {
   T3Tree_Node* formal = call->attr().fpl;
   T3Tree_Node* def = call->attr().def;
   const bool known = !T3Is<T3NoDecl>(def) && !T3Is<T3ErrorType>(def);
-  const T3TemplateUse use = known ? T3TemplateUse::ActualPar : T3TemplateUse::UnknownPar;
   int index = 0;
   for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
     auto* actual = at->as<T3ActualPar>();
     auto& attributes = actual->attr();
     attributes.index = index++;
     attributes.fpl = formal;
+    const bool taken = known && T3Is<_T3FormalPar>(formal);
+    const T3TemplateUse use = taken ? T3TemplateUse::ActualPar : T3TemplateUse::UnknownPar;
     T3Candidates candidates = Anything();
     if (T3Is<_T3TypedFormal>(formal)) {
       const T3TypeViews views = TypeViewsOf(formal);
