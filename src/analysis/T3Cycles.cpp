@@ -36,6 +36,11 @@ bool IsConstantLike(T3Tree_Node* def) {
   return def->is<T3ConstDecl>() || def->is<T3ModuleParDecl>();
 }
 
+// What is no type in the place of one is told as such, and makes no cycle.
+bool StandsForType(const T3Tree_Node* reference, const T3Tree_Node* def) {
+  return T3Is<T3TypeReference>(reference->parent) && !def->is<T3TypeDecl>();
+}
+
 // Adds the declarations that the references of a subtree mean and that `wanted` accepts.
 template <class Wanted>
 void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeList& found) {
@@ -43,7 +48,8 @@ void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeList& fo
   ForEachInSubtree(root, [&](T3Tree_Node* node) {
     if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return true;
     T3Tree_Node* def = node->as<_T3Reference>()->attr().def;
-    if (def != nullptr && def->is<_T3Decl>() && wanted(def) && IsOfModule(def, user)) found.push_back(def);
+    if (def == nullptr || !def->is<_T3Decl>() || StandsForType(node, def)) return true;
+    if (wanted(def) && IsOfModule(def, user)) found.push_back(def);
     return true;
   });
 }
@@ -111,7 +117,6 @@ void CollectType(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
     if (BaseTypeDef(subtype)->is<T3ErrorType>()) return;
     type = subtype->parent;
   }
-  // A constant in the place of a type is told as such, and makes no cycle.
   const auto is_type = [](T3Tree_Node* def) { return def->is<T3TypeDecl>() && IsConstantLike(def); };
   if (type->is<T3TypeReference>()) Collect(type, user, is_type, found);
 }
