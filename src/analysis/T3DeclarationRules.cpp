@@ -2,12 +2,12 @@
 #include <algorithm>
 #include <optional>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3ParameterKinds.h"
 #include "analysis/T3Types.h"
-#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 
 ParameterKinds KindsOf(T3Tree_Node* fpl) {
@@ -90,9 +90,8 @@ void CheckDuration(T3Tree_Node* decl, T3Tree_Node* value) {
   const auto duration = ConstFloatValue(value);
   if (!duration) return;
   if (*duration < 0.0 && decl->is<T3VarDecl>()) vexa_filtered_error(ERR_negative_duration, PositionOf(decl));
-  if (*duration > kExcessiveDuration && decl->place != nullptr)
-    vexa_warning(GetVerbosity(decl->place->vexa_my_module),
-                 "declaring timer with excessive duration (>= 10,000 seconds)", PositionOf(decl));
+  if (*duration > kExcessiveDuration)
+    WarnAt(decl, "declaring timer with excessive duration (>= 10,000 seconds)");
 }
 
 // True for a list of values, one for each element of an array, with such lists for arrays of arrays.

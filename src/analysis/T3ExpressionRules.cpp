@@ -5,23 +5,15 @@
 #include <string>
 #include <string_view>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
-#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "support/StringM.h"
 
 namespace {
-bool HasFailed(T3Tree_Node* expression) {
-  return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
-}
-
-verbosity_level_t VerbosityAt(T3Tree_Node* node) {
-  return GetVerbosity(node->place->vexa_my_module);
-}
-
 // ---- Literals ----
 
 void CheckOctets(T3Tree_Node* node) {
@@ -203,14 +195,6 @@ void CheckValueOf(T3Tree_Node* node) {
 
 // ---- Operations that the control part refuses or is alone to have ----
 
-bool IsInControlPart(T3Tree_Node* node) {
-  return node->place != nullptr && T3Is<T3ControlPart>(node->place->vexa_owner);
-}
-
-void RefuseInControlPart(T3Tree_Node* node, const char* what) {
-  if (IsInControlPart(node)) vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), what);
-}
-
 void CheckSelf(T3Tree_Node* node) {
   RefuseInControlPart(node, "'self'");
 }
@@ -280,17 +264,13 @@ bool IsTTCN3LanguageSpecified(T3Tree_Node* module) {
 void WarnOfEdition(T3Tree_Node* node) {
   if (node->place == nullptr || IsTTCN3LanguageSpecified(node->place->vexa_my_module)) return;
   for (const ChangedFunction& changed : kChangedFunctions)
-    if (changed.kind == node->kind)
-      vexa_warning(VerbosityAt(node), MakeBackwardCompatibilityWarning(changed.name, "3.1.1"),
-                   PositionOf(node));
+    if (changed.kind == node->kind) WarnAt(node, MakeBackwardCompatibilityWarning(changed.name, "3.1.1"));
 }
 
 void WarnOfUniversalText(T3Tree_Node* node) {
   if (node->place != nullptr && T3Is<T3UniversalCharStringType>(ExpressionBaseType(node)))
-    vexa_warning(
-        VerbosityAt(node),
-        "concatenation of universal characters currently not supported by the TTCN-3 run-time system",
-        PositionOf(node));
+    WarnAt(node,
+           "concatenation of universal characters currently not supported by the TTCN-3 run-time system");
 }
 
 constexpr T3Rule kRules[] = {

@@ -3,28 +3,16 @@
 #include <string>
 #include <vector>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "analysis/T3ValueClasses.h"
-#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 
 namespace {
 constexpr int kChangesSnapshot = 3;
-
-bool HasFailed(T3Tree_Node* expression) {
-  return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
-}
-
-bool IsGiven(T3Tree_Node* expression) {
-  return T3Is<_T3Expression>(expression) && !expression->is<T3NoExpression>();
-}
-
-bool IsInControlPart(T3Tree_Node* node) {
-  return node->place != nullptr && T3Is<T3ControlPart>(node->place->vexa_owner);
-}
 
 bool IsAnyPort(T3Tree_Node* port) {
   return port->is<T3AnyPort>() || port->is<T3AllPort>() || port->is<T3PortAll>();
@@ -41,8 +29,7 @@ bool HasMessage(T3Tree_Node* port) {
 }
 
 void CheckPort(T3Tree_Node* node) {
-  if (IsInControlPart(node))
-    vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), "port operation");
+  RefuseInControlPart(node, "port operation");
   T3Tree_Node* port = node->as<_T3PortStmt>()->port;
   if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
   T3Tree_Node* type = ExpressionBaseType(port);
@@ -166,10 +153,8 @@ void CheckReply(T3Tree_Node* node) {
   const bool given = IsGiven(node->as<T3ReplyStmt>()->return_expr);
   RefuseReturnValue(node, given);
   T3SignatureType* signature = SignatureOf(node);
-  if (!given && signature != nullptr && !T3Is<T3NoType>(signature->return_type) && node->place != nullptr)
-    vexa_warning(GetVerbosity(node->place->vexa_my_module),
-                 "missing return value in 'reply' operation for a procedure that has return type",
-                 PositionOf(node));
+  if (!given && signature != nullptr && !T3Is<T3NoType>(signature->return_type))
+    WarnAt(node, "missing return value in 'reply' operation for a procedure that has return type");
 }
 
 void CheckGetCall(T3Tree_Node* node) {
@@ -344,8 +329,7 @@ void CheckPortCompatibility(T3Tree_Node* node, T3PortType* from, T3PortType* to,
 }
 
 void CheckConfiguration(T3Tree_Node* node) {
-  if (IsInControlPart(node))
-    vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), "configuration operation");
+  RefuseInControlPart(node, "configuration operation");
   auto* statement = node->as<_T3ConfStmt>();
   Side first{statement->component_1, statement->port_1};
   Side second{statement->component_2, statement->port_2};

@@ -1,6 +1,7 @@
 // The rules of statements, alternatives, and operations on components, timers, defaults and verdicts.
 #include <string>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
@@ -12,28 +13,11 @@
 #include "driver/T3Error.h"
 
 namespace {
-bool HasFailed(T3Tree_Node* expression) {
-  return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
-}
-
-bool IsGiven(T3Tree_Node* expression) {
-  return T3Is<_T3Expression>(expression) && !expression->is<T3NoExpression>();
-}
-
-void Warn(T3Tree_Node* node, const char* text) {
-  if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
-}
-
 void NotAllowedHere(T3Tree_Node* node, const char* what) {
   vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), what);
 }
 
 // ---- Surroundings that refuse some statements ----
-
-void RefuseInControlPart(T3Tree_Node* node, const char* what) {
-  if (node->place != nullptr && T3Is<T3ControlPart>(node->place->vexa_owner))
-    vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), what);
-}
 
 void RefuseInInterleave(T3Tree_Node* node, const char* what) {
   if (node->place != nullptr && node->place->inside_interleave)
@@ -54,7 +38,8 @@ void CheckDeclaration(T3Tree_Node* node) {
   if (gT3CommandLine.strict)
     vexa_filtered_error(ERR_mixing_decl_and_stmt, PositionOf(node));
   else
-    Warn(node, "declaration mixed with behavioural statements, consider that it's a non-standard extension");
+    WarnAt(node,
+           "declaration mixed with behavioural statements, consider that it's a non-standard extension");
 }
 
 // ---- Calls of behaviour ----
@@ -119,9 +104,9 @@ void CheckGuard(T3Tree_Node* node) {
 void WarnOfEffects(T3Tree_Node* node, T3Tree_Node* alternatives) {
   const T3Cleanness clean = CleannessOf(alternatives);
   if (!clean.templates)
-    Warn(node, "run-time deadlock detection disabled because of side-effects in guard operations");
+    WarnAt(node, "run-time deadlock detection disabled because of side-effects in guard operations");
   if (!clean.guards)
-    Warn(node, "run-time deadlock detection disabled because of side-effects in guard expressions");
+    WarnAt(node, "run-time deadlock detection disabled because of side-effects in guard expressions");
 }
 
 // The alternatives of an altstep belong to the altstep.
@@ -176,7 +161,7 @@ void CheckAction(T3Tree_Node* node) {
   T3Tree_Node* action = node->as<T3SUTStmt>()->action;
   if (!IsGiven(action) || HasFailed(action)) return;
   T3Tree_Node* type = ExpressionBaseType(action);
-  if (!IsCharStringType(type) && !IsUniversalCharStringType(type)) Warn(node, "not a string sut action");
+  if (!IsCharStringType(type) && !IsUniversalCharStringType(type)) WarnAt(node, "not a string sut action");
 }
 
 void CheckRepeat(T3Tree_Node* node) {
@@ -275,7 +260,7 @@ void CheckTimerStart(T3StartStmt* start) {
   if (!duration) return;
   if (*duration < 0.0) vexa_filtered_error(ERR_negative_duration, PositionOf(start));
   if (*duration > kExcessiveDuration)
-    Warn(start, "starting timer with excessive duration (>= 10,000 seconds)");
+    WarnAt(start, "starting timer with excessive duration (>= 10,000 seconds)");
 }
 
 void CheckComponentStart(T3StartStmt* start) {

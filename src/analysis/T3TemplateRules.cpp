@@ -1,20 +1,16 @@
 // The rules of template definitions, and of what may be sent.
 #include <vector>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
-#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 
 namespace {
-void Warn(T3Tree_Node* node, const char* text) {
-  if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
-}
-
 // ---- Definitions ----
 
 void CheckKindOfTemplate(T3Tree_Node* node) {
@@ -78,11 +74,11 @@ void CheckRestriction(T3Tree_Node* node) {
 void WarnOfEffects(T3Tree_Node* node) {
   switch (AltStatus(node->as<T3TemplateDecl>()->definition)) {
     case 2:
-      return Warn(node,
-                  "template causes side effects. Using this template in receiving operation will disable "
-                  "run-time deadlock detection.");
+      return WarnAt(node,
+                    "template causes side effects. Using this template in receiving operation will disable "
+                    "run-time deadlock detection.");
     case 3:
-      return Warn(
+      return WarnAt(
           node,
           "template may not be used in receiving operations because its evaluation may alter a snapshot");
     default:
@@ -168,7 +164,7 @@ void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
     if (StatusOf(statement, false, vexa_template_mode_t::Message) > kStatusReference)
       vexa_filtered_error(ERR_template_ambiguous, PositionOf(statement));
     else if (StatusOf(statement, true, vexa_template_mode_t::Message) > kStatusReference)
-      Warn(statement, "template may contain matching expressions (will be checked at run-time)");
+      WarnAt(statement, "template may contain matching expressions (will be checked at run-time)");
   }
   ForgetSendingStatements();
 }

@@ -1,6 +1,7 @@
 // Where a value is required and not a template, where a constant, and where a field must have a value.
 #include <vector>
 
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
@@ -10,14 +11,6 @@
 #include "driver/T3Error.h"
 
 namespace {
-bool HasFailed(T3Tree_Node* expression) {
-  return ExpressionBaseType(expression)->is<T3ErrorType>();
-}
-
-bool IsGiven(T3Tree_Node* expression) {
-  return T3Is<_T3Expression>(expression) && !expression->is<T3NoExpression>();
-}
-
 // Reports each part of a compound value that is no value; false when there was one.
 bool CheckParts(T3CompoundValue* compound) {
   bool passed = true;

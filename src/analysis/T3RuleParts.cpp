@@ -1,0 +1,26 @@
+#include "analysis/T3RuleParts.h"
+
+#include "analysis/T3Names.h"
+#include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+
+bool IsGiven(T3Tree_Node* expression) {
+  return T3Is<_T3Expression>(expression) && !expression->is<T3NoExpression>();
+}
+
+bool HasFailed(T3Tree_Node* expression) {
+  return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
+}
+
+bool IsInControlPart(T3Tree_Node* node) {
+  return node->place != nullptr && T3Is<T3ControlPart>(node->place->vexa_owner);
+}
+
+void RefuseInControlPart(T3Tree_Node* node, const char* what) {
+  if (IsInControlPart(node)) vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), what);
+}
+
+void WarnAt(T3Tree_Node* node, const std::string& text) {
+  if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
+}

@@ -1,0 +1,18 @@
+// What the units of rules share: whether an expression is there, whether it has failed, where a node stands,
+// and warnings.
+#pragma once
+
+#include <string>
+
+#include "frontend/T3Tree.h"
+
+/// True for an expression that is there.
+bool IsGiven(T3Tree_Node* expression);
+/// True for what is no expression, or has no type: its message has been given.
+bool HasFailed(T3Tree_Node* expression);
+/// True directly in the control part of a module.
+bool IsInControlPart(T3Tree_Node* node);
+/// Reports that something is not allowed in the control part, at a node that stands there.
+void RefuseInControlPart(T3Tree_Node* node, const char* what);
+/// Warns at a node, as loud as its module is.
+void WarnAt(T3Tree_Node* node, const std::string& text);
