@@ -10,8 +10,6 @@
 namespace {
 constexpr int kNone = 0;
 constexpr int kCycle = 1;
-constexpr int kSideEffects = 2;
-constexpr int kSnapshot = 3;
 
 // A call of a call nests; what lies deeper than this counts as a cycle.
 constexpr int kMaxDepth = 500;
@@ -37,7 +35,7 @@ int StatusOfName(T3Tree_Node* name) {
   T3Tree_Node* def = BehindImport(Def(name));
   if (def == nullptr || T3Is<T3NoDecl>(def) || T3Is<_T3Type>(def) || T3Is<T3FieldType>(def)) return kNone;
   if (T3Is<_T3FormalPar>(def) || T3Is<T3Module>(def) || T3Is<_T3InstanceValueDecl>(def)) return kNone;
-  return T3Is<_T3Decl>(def) ? AltStatusOfDecl(def) : kSnapshot;
+  return T3Is<_T3Decl>(def) ? AltStatusOfDecl(def) : kChangesSnapshot;
 }
 
 // The name that an assignment writes to counts with its declaration.
@@ -52,8 +50,8 @@ int StatusOfTarget(T3Tree_Node* target) {
 }
 
 int StatusOfNode(T3Tree_Node* node) {
-  if (ChangesSnapshot(node)) return kSnapshot;
-  if (HasSideEffects(node)) return kSideEffects;
+  if (ChangesSnapshot(node)) return kChangesSnapshot;
+  if (HasSideEffects(node)) return kHasSideEffects;
   if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
   if (node->is<T3Identifier>()) return StatusOfName(node);
   auto* qualifier = node->try_as<T3Qualifier>();
@@ -64,16 +62,16 @@ int StatusOfBody(T3Tree_Node* decl) {
   if (auto* definition = decl->try_as<T3TemplateDecl>()) return AltStatus(definition->definition);
   if (auto* function = decl->try_as<T3Function>()) {
     int status = kNone;
-    for (T3Tree_Node* at = function->body; T3Is<_T3Stmt>(at) && status < kSnapshot;
+    for (T3Tree_Node* at = function->body; T3Is<_T3Stmt>(at) && status < kChangesSnapshot;
          at = at->as<_T3Stmt>()->next)
       status = std::max(status, AltStatus(at));
     return status;
   }
-  if (decl->is<T3TestStep>() || decl->is<T3Testcase>()) return kSnapshot;
+  if (decl->is<T3TestStep>() || decl->is<T3Testcase>()) return kChangesSnapshot;
   auto* variable = decl->try_as<T3VarDecl>();
   if (variable == nullptr) return kNone;
   const bool in_component = decl->place != nullptr && T3Is<T3ComponentType>(decl->place->vexa_owner);
-  return in_component ? kSideEffects : AltStatus(variable->value);
+  return in_component ? kHasSideEffects : AltStatus(variable->value);
 }
 
 int StatusOfDefinition(T3Tree_Node* value) {
@@ -117,9 +115,9 @@ int AltStatus(T3Tree_Node* root) {
   if (root == nullptr) return kNone;
   int status = kNone;
   ForEachInSubtree(root, [&status](T3Tree_Node* node) {
-    if (status == kSnapshot || node->is<T3LogStmt>()) return false;
+    if (status == kChangesSnapshot || node->is<T3LogStmt>()) return false;
     status = std::max(status, StatusOfNode(node));
-    return status < kSnapshot;
+    return status < kChangesSnapshot;
   });
   return status;
 }

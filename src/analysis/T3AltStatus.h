@@ -3,6 +3,10 @@
 
 #include "frontend/T3Tree.h"
 
+/// The values of an alternative's status that rules ask for.
+inline constexpr int kHasSideEffects = 2;
+inline constexpr int kChangesSnapshot = 3;
+
 /// 0: nothing. 1: it came back to a declaration that was still worked on. 2: side effects, after which a
 /// standstill cannot be told from a wait. 3: it may change a snapshot, so that it may not stand in the guard
 /// or the operation of an alternative.

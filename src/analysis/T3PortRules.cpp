@@ -12,8 +12,6 @@
 #include "driver/T3Error.h"
 
 namespace {
-constexpr int kChangesSnapshot = 3;
-
 bool IsAnyPort(T3Tree_Node* port) {
   return port->is<T3AnyPort>() || port->is<T3AllPort>() || port->is<T3PortAll>();
 }

@@ -93,8 +93,6 @@ void CheckAltstepAlternative(T3Tree_Node* node) {
 
 // ---- Alternatives ----
 
-constexpr int kChangesSnapshot = 3;
-
 void CheckGuard(T3Tree_Node* node) {
   if (AltStatus(node->as<_T3Alt>()->guard) == kChangesSnapshot)
     vexa_filtered_error(ERR_alt_illegal_guard, PositionOf(node));

@@ -73,11 +73,11 @@ void CheckRestriction(T3Tree_Node* node) {
 
 void WarnOfEffects(T3Tree_Node* node) {
   switch (AltStatus(node->as<T3TemplateDecl>()->definition)) {
-    case 2:
+    case kHasSideEffects:
       return WarnAt(node,
                     "template causes side effects. Using this template in receiving operation will disable "
                     "run-time deadlock detection.");
-    case 3:
+    case kChangesSnapshot:
       return WarnAt(
           node,
           "template may not be used in receiving operations because its evaluation may alter a snapshot");
