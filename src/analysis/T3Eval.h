@@ -23,6 +23,7 @@ std::span<const T3Rule> StatementRules();
 std::span<const T3Rule> PortRules();
 std::span<const T3Rule> ValueRules();
 std::span<const T3Rule> TemplateRules();
+std::span<const T3Rule> InitializationRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);

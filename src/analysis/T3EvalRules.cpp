@@ -20,7 +20,7 @@ const Table* Arrange() {
     table->begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(table->checks.size());
     for (const auto& rules :
          {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), StatementRules(), PortRules(),
-          ValueRules(), TemplateRules(), BehaviourRules(), UsageRules()})
+          ValueRules(), TemplateRules(), InitializationRules(), BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         if (static_cast<int>(rule.kind) <= kind && kind <= T3Tree_TypeRange[static_cast<int>(rule.kind)])
           table->checks.push_back(rule.check);

@@ -44,6 +44,8 @@ bool WillGenerateCode(compiler_action_t action);
 verbosity_level_t GetVerbosity(T3Tree_Node* module);
 bool GetWeakTyping(T3Tree_Node* module);
 bool GetNameEquivalence(T3Tree_Node* module);
+/// Whether reads of variables without a value are passed over (0), warned of (1) or refused (2).
+int GetInitializeCheck(T3Tree_Node* module);
 compiler_action_t GetAction(T3Tree_Node* module);
 int GetSplitFile(T3Tree_Node* module);
 std::string GetPrefix(T3Tree_Node* module);

@@ -39,6 +39,11 @@ bool GetWeakTyping(T3Tree_Node* module) {
   return own != nullptr ? *own : gT3CommandLine.GetWeakTyping(T3ReprToLanguage(module));
 }
 
+int GetInitializeCheck(T3Tree_Node* module) {
+  const auto* own = Own(module, &ModuleOptions::initialize_check);
+  return own != nullptr ? *own : gT3CommandLine.GetInitializeCheck(T3ReprToLanguage(module));
+}
+
 bool GetNameEquivalence(T3Tree_Node* module) {
   const auto* own = Own(module, &ModuleOptions::name_equivalence);
   return own != nullptr ? *own : gT3CommandLine.GetNameEquivalence(T3ReprToLanguage(module));
