@@ -3,6 +3,7 @@
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
 
 namespace {
@@ -57,6 +58,7 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearMemberIndices();
   ClearSharedLiterals();
   ForgetAltStatus();
+  ForgetTemplateStatus();
   ForgetSendingStatements();
   ZeroIntermediateAttributes(module);
 }

@@ -1,7 +1,6 @@
 // The rules of port operations, their redirections, and the configuration of ports.
-#include <algorithm>
 #include <string>
-#include <vector>
+#include <unordered_set>
 
 #include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
@@ -309,21 +308,16 @@ void ResolveSide(T3Tree_Node* node, Side& side) {
   side.type = type->try_as<T3PortType>();
 }
 
-bool PortVectorContains(const T3TypeSet& bases, T3Tree_Node* wanted) {
-  return std::find(bases.begin(), bases.end(), wanted) != bases.end();
-}
-
 // Everything that one port sends must be taken by the other.
 void CheckPortCompatibility(T3Tree_Node* node, T3PortType* from, T3PortType* to, const char* receiver) {
   const T3PortTypes out = PortTypesOut(from);
   const T3PortTypes in = PortTypesIn(to);
-  for (size_t i = 0; i < out.base.size(); ++i) {
-    if (out.base[i]->is<T3ErrorType>() || PortVectorContains(in.absolute, out.absolute[i]) ||
-        PortVectorContains(in.base, out.base[i]))
-      continue;
-    vexa_filtered_error(ERR_type_ports_incompatible, PositionOf(node), receiver,
-                        Type2String(out.absolute[i]).c_str());
-  }
+  std::unordered_set<const T3Tree_Node*> taken(in.base.begin(), in.base.end());
+  taken.insert(in.absolute.begin(), in.absolute.end());
+  for (size_t i = 0; i < out.base.size(); ++i)
+    if (!out.base[i]->is<T3ErrorType>() && taken.count(out.absolute[i]) == 0 && taken.count(out.base[i]) == 0)
+      vexa_filtered_error(ERR_type_ports_incompatible, PositionOf(node), receiver,
+                          Type2String(out.absolute[i]).c_str());
 }
 
 void CheckConfiguration(T3Tree_Node* node) {

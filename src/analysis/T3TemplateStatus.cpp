@@ -1,6 +1,7 @@
 #include "analysis/T3TemplateStatus.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "analysis/T3Types.h"
 
@@ -8,12 +9,16 @@ namespace {
 // Templates refer to each other; a chain of references that is longer counts as a reference.
 constexpr int kMaxDepth = 200;
 
+// By the number of a declaration and the question; what is being looked through counts as a reference.
+std::unordered_map<uint64_t, int>& g_known = *new std::unordered_map<uint64_t, int>;
+
 struct Collection {
   bool deep;
   vexa_template_mode_t mode;
   int depth = 0;
 
   int Of(T3Tree_Node* node);
+  int OfDecl(T3TemplateDecl* decl);
   int OfReference(T3Tree_Node* reference);
   int OfCompound(T3CompoundValue* compound);
   int OfParameters(T3Parameterization* call);
@@ -62,19 +67,28 @@ int Collection::OfParameters(T3Parameterization* call) {
   return status;
 }
 
+// Each declaration is looked through once, however many refer to it.
+int Collection::OfDecl(T3TemplateDecl* decl) {
+  const uint64_t key = uint64_t{decl->number} << 3 | static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
+  const auto [known, made] = g_known.try_emplace(key, kStatusReference);
+  if (!made) return known->second;
+  const int status = std::max(Of(decl->definition), kStatusReference);
+  return g_known[key] = status;
+}
+
 // A name, a field of what it names, or a call.
 int Collection::OfReference(T3Tree_Node* reference) {
   if (auto* call = reference->try_as<T3Parameterization>()) {
     T3Tree_Node* def = BehindImport(Def(call));
     if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
-    const int status = std::max(Of(def->as<T3TemplateDecl>()->definition), kStatusReference);
+    const int status = OfDecl(def->as<T3TemplateDecl>());
     return deep ? std::max(status, OfParameters(call)) : status;
   }
   if (!reference->is<T3Identifier>() && !reference->is<T3Qualifier>()) return kStatusPlain;
   T3Tree_Node* def = BehindImport(Def(reference));
   if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
   if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
-  return std::max(Of(def->as<T3TemplateDecl>()->definition), kStatusReference);
+  return OfDecl(def->as<T3TemplateDecl>());
 }
 
 int Collection::Of(T3Tree_Node* node) {
@@ -100,4 +114,8 @@ int Collection::Of(T3Tree_Node* node) {
 
 int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
   return Collection{deep, mode}.Of(node);
+}
+
+void ForgetTemplateStatus() {
+  g_known.clear();
 }

@@ -16,3 +16,5 @@ enum class vexa_template_mode_t { Message, Call, Reply };
 /// What is made by modifying another template counts as a reference: which fields are left is not known
 /// before the two are merged.
 int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode);
+/// Forgets what is known of declarations.
+void ForgetTemplateStatus();

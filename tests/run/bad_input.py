@@ -193,6 +193,29 @@ class BadInputTest(unittest.TestCase):
                     resource.RLIMIT_STACK, (little, little)))
                 self.assertEqual((0, []), (result.status, result.messages()))
 
+    def test_tangled_references(self):
+        """Each of many declarations refers to the next one three times: looked through once each, not 3^40 times."""
+        links = range(40)
+        tangles = {
+            "templates": "type record N { N x optional, N y optional, N z optional } "
+                         "type port P message { inout N } type component C { port P p } "
+                         + " ".join(f"template N t{i} := {{ t{i + 1}, t{i + 1}, t{i + 1} }};" for i in links)
+                         + " template N t40 := { omit, omit, omit }; function f() runs on C { p.send(t0); p.receive(t0); }",
+            "functions": " ".join(f"function g{i}() return integer {{ return g{i + 1}() + g{i + 1}() + g{i + 1}(); }}"
+                                  for i in links)
+                         + " function g40() return integer { return g0(); } type component C { timer t }"
+                         + " function h() runs on C { alt { [g0() > 1] t.timeout { } } }",
+            "altsteps": "type component C { timer t } "
+                        + " ".join(f"altstep a{i}() runs on C {{ [] a{i + 1}() {{ }} [] a{i + 1}() {{ }} [] a0() {{ }} }}"
+                                   for i in links)
+                        + " altstep a40() runs on C { [] t.timeout { } }"}
+        for name, body in tangles.items():
+            with self.subTest(name):
+                self.write(module(body))
+                begin = time.monotonic()
+                self.assertEqual(0, self.orvane("-a", "-F", "M.ttcn").status)
+                self.assertLess(time.monotonic() - begin, TIMEOUT_SECONDS / 4)
+
     def test_long_lists(self):
         count = 100_000
         for body in ["function f() { var integer v := 0; " + "v := v + 1;\n" * count + "}",
