@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "analysis/T3References.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
 #include "analysis/T3ValueClasses.h"
@@ -32,7 +33,7 @@ bool HasSideEffects(T3Tree_Node* node) {
 }
 
 int StatusOfName(T3Tree_Node* name) {
-  T3Tree_Node* def = BehindImport(Def(name));
+  T3Tree_Node* def = DefQuietly(name);
   if (def == nullptr || T3Is<T3NoDecl>(def) || T3Is<_T3Type>(def) || T3Is<T3FieldType>(def)) return kNone;
   if (T3Is<_T3FormalPar>(def) || T3Is<T3Module>(def) || T3Is<_T3InstanceValueDecl>(def)) return kNone;
   return T3Is<_T3Decl>(def) ? AltStatusOfDecl(def) : kChangesSnapshot;
@@ -40,12 +41,9 @@ int StatusOfName(T3Tree_Node* name) {
 
 // The name that an assignment writes to counts with its declaration.
 int StatusOfTarget(T3Tree_Node* target) {
-  while (target->is<T3Subscription>() || target->is<T3Qualifier>()) {
-    if (target->is<T3Qualifier>() && T3Is<T3Module>(Def(target->as<T3Qualifier>()->base))) break;
+  while (target->is<T3Subscription>() || target->is<T3Qualifier>())
     target = target->as<_T3Qualification>()->base;
-  }
-  if (!target->is<T3Identifier>() && !target->is<T3Qualifier>()) return kNone;
-  T3Tree_Node* def = BehindImport(Def(target));
+  T3Tree_Node* def = DefQuietly(target);
   return T3Is<T3VarDecl>(def) ? AltStatusOfDecl(def) : kNone;
 }
 
@@ -53,9 +51,7 @@ int StatusOfNode(T3Tree_Node* node) {
   if (ChangesSnapshot(node)) return kChangesSnapshot;
   if (HasSideEffects(node)) return kHasSideEffects;
   if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
-  if (node->is<T3Identifier>()) return StatusOfName(node);
-  auto* qualifier = node->try_as<T3Qualifier>();
-  return qualifier != nullptr && T3Is<T3Module>(Def(qualifier->base)) ? StatusOfName(node) : kNone;
+  return node->is<T3Identifier>() || node->is<T3Qualifier>() ? StatusOfName(node) : kNone;
 }
 
 int StatusOfBody(T3Tree_Node* decl) {
@@ -98,7 +94,8 @@ bool IsCleanOperation(T3Tree_Node* operation) {
 std::unordered_map<uint32_t, T3Cleanness>& g_altsteps = *new std::unordered_map<uint32_t, T3Cleanness>;
 
 T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
-  T3Tree_Node* def = T3Is<_T3Reference>(reference) ? BehindImport(Def(reference)) : nullptr;
+  if (auto* call = reference->try_as<T3Parameterization>()) reference = call->base;
+  T3Tree_Node* def = DefQuietly(reference);
   auto* altstep = T3Is<T3TestStep>(def) ? def->as<T3TestStep>() : nullptr;
   auto* body = altstep == nullptr ? nullptr : altstep->body->try_as<T3AltStmt>();
   if (body == nullptr || g_depth >= kMaxDepth) return {};

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "analysis/T3Names.h"
+#include "analysis/T3References.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
@@ -17,22 +18,6 @@ struct Body {
   std::vector<T3Tree_Node*> calls;
 };
 
-// What a call names. The walk has not come by where the callee stands further down: it is found without
-// reports, which are due there.
-T3Tree_Node* CalleeOf(T3Parameterization* call) {
-  T3Tree_Node* name = call->base;
-  if (!name->is<T3Identifier>() && !name->is<T3Qualifier>()) return _sgT3NoDecl();
-  if (T3Tree_Node* def = name->as<_T3Reference>()->attr().def) return BehindImport(def);
-  if (name->place == nullptr) return _sgT3NoDecl();
-  T3Tree_Node* env = name->place->env;
-  if (auto* id = name->try_as<T3Identifier>()) return BehindImport(IdentifyQuietly(env, id->id, 0));
-  auto* qualifier = name->as<T3Qualifier>();
-  if (!qualifier->base->is<T3Identifier>()) return _sgT3NoDecl();
-  const tIdent module = qualifier->base->as<T3Identifier>()->id;
-  const bool own = module == name->place->vexa_module_name;
-  return BehindImport(IdentifyQuietly(env, qualifier->id, own ? 0 : module));
-}
-
 // Bodies by the number of their declaration, of all modules: later modules ask for imported ones.
 const Body& BodyOf(T3Tree_Node* decl) {
   static auto& bodies = *new std::unordered_map<uint32_t, Body>;
@@ -42,7 +27,7 @@ const Body& BodyOf(T3Tree_Node* decl) {
   ForEachInSubtree(decl, [&](T3Tree_Node* node) {
     if (node->is<T3Create>()) body.creates = true;
     if (auto* call = node->try_as<T3Parameterization>()) {
-      T3Tree_Node* def = CalleeOf(call);
+      T3Tree_Node* def = DefQuietly(call->base);
       if (T3Is<_T3FunctionBodyDecl>(def)) body.calls.push_back(def);
     }
     return true;

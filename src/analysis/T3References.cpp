@@ -157,3 +157,17 @@ T3Tree_Node* Def(T3Tree_Node* reference) {
   ResolveReference(reference);
   return reference->as<_T3Reference>()->attr().def;
 }
+
+T3Tree_Node* DefQuietly(T3Tree_Node* name) {
+  if (!name->is<T3Identifier>() && !name->is<T3Qualifier>()) return _sgT3NoDecl();
+  T3Tree_Node* def = name->attributes == nullptr ? nullptr : name->as<_T3Reference>()->attr().def;
+  if (def != nullptr) return BehindImport(def);
+  if (name->place == nullptr) return _sgT3NoDecl();
+  T3Tree_Node* env = name->place->env;
+  if (auto* id = name->try_as<T3Identifier>()) return BehindImport(IdentifyQuietly(env, id->id, 0));
+  auto* qualifier = name->as<T3Qualifier>();
+  if (!qualifier->base->is<T3Identifier>()) return _sgT3NoDecl();
+  const tIdent module = qualifier->base->as<T3Identifier>()->id;
+  const bool own = module == name->place->vexa_module_name;
+  return BehindImport(IdentifyQuietly(env, qualifier->id, own ? 0 : module));
+}

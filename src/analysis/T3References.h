@@ -9,6 +9,9 @@
 /// Resolves a reference with all its bases: `def` and the three views of its own type. Names that mean
 /// nothing are reported here, once.
 void ResolveReference(T3Tree_Node* reference);
+/// The declaration that an identifier or a qualified name means, imports followed, found without reports and
+/// without trace: the walk may not have come by, and reports are due there. T3NoDecl where there is none.
+T3Tree_Node* DefQuietly(T3Tree_Node* name);
 /// The bases of a reference, the innermost first, and the reference itself as the last.
 class T3ReferenceChain {
  public:

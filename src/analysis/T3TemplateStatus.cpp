@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
+#include "analysis/T3References.h"
 #include "analysis/T3Types.h"
 
 namespace {
@@ -15,6 +17,8 @@ std::unordered_map<uint64_t, int>& g_known = *new std::unordered_map<uint64_t, i
 struct Collection {
   bool deep;
   vexa_template_mode_t mode;
+  /// The signature of the whole template, null inside of its fields.
+  T3SignatureType* signature;
   int depth = 0;
 
   int Of(T3Tree_Node* node);
@@ -43,33 +47,37 @@ T3Tree_Node* ValueFor(T3CompoundValue* compound, tIdent name, int index) {
 }
 
 int Collection::OfCompound(T3CompoundValue* compound) {
-  auto* signature = ExpressionBaseType(compound)->try_as<T3SignatureType>();
+  T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
-  if (signature != nullptr && mode != vexa_template_mode_t::Message) {
+  if (whole != nullptr && mode != vexa_template_mode_t::Message) {
     int index = 0;
-    for (T3Tree_Node* par = signature->fpl; T3Is<_T3FormalPar>(par);
+    for (T3Tree_Node* par = whole->fpl; T3Is<_T3FormalPar>(par);
          par = par->as<_T3FormalPar>()->next, ++index) {
       if (!FieldValueIsRelevant(par, mode)) continue;
       T3Tree_Node* value = ValueFor(compound, par->as<_T3FormalPar>()->name, index);
       status = std::max(status, value == nullptr ? kStatusUndefined : Of(value));
     }
-    return status;
+  } else {
+    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+      status = std::max(status, Of(at->as<T3FieldValue>()->value));
   }
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    status = std::max(status, Of(at->as<T3FieldValue>()->value));
+  signature = whole;
   return status;
 }
 
 int Collection::OfParameters(T3Parameterization* call) {
+  T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
   for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
     status = std::max(status, Of(at->as<T3ActualPar>()->expression));
+  signature = whole;
   return status;
 }
 
 // Each declaration is looked through once, however many refer to it.
 int Collection::OfDecl(T3TemplateDecl* decl) {
-  const uint64_t key = uint64_t{decl->number} << 3 | static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
+  const uint64_t key = uint64_t{decl->number} << 4 | (signature != nullptr ? 8 : 0) |
+                       static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
   const auto [known, made] = g_known.try_emplace(key, kStatusReference);
   if (!made) return known->second;
   const int status = std::max(Of(decl->definition), kStatusReference);
@@ -79,13 +87,13 @@ int Collection::OfDecl(T3TemplateDecl* decl) {
 // A name, a field of what it names, or a call.
 int Collection::OfReference(T3Tree_Node* reference) {
   if (auto* call = reference->try_as<T3Parameterization>()) {
-    T3Tree_Node* def = BehindImport(Def(call));
+    T3Tree_Node* def = DefQuietly(call->base);
     if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
     const int status = OfDecl(def->as<T3TemplateDecl>());
     return deep ? std::max(status, OfParameters(call)) : status;
   }
   if (!reference->is<T3Identifier>() && !reference->is<T3Qualifier>()) return kStatusPlain;
-  T3Tree_Node* def = BehindImport(Def(reference));
+  T3Tree_Node* def = DefQuietly(reference);
   if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
   if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
   return OfDecl(def->as<T3TemplateDecl>());
@@ -113,7 +121,7 @@ int Collection::Of(T3Tree_Node* node) {
 }  // namespace
 
 int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
-  return Collection{deep, mode}.Of(node);
+  return Collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()}.Of(node);
 }
 
 void ForgetTemplateStatus() {
