@@ -2,15 +2,22 @@
 """Makes what the parser's driver needs beside the LALR tables, from Bison's XML report.
 
 usage: gen_continuation.py REPORT OUTPUT HEADER
-OUTPUT gets three tables. The continuation table names for each state the token that a repair inserts there,
+OUTPUT gets four tables. The continuation table names for each state the token that a repair inserts there,
 so that inserting again and again leads by a short way to the end of the input; where the state's best rule
 is complete it holds minus the rule's number, and the driver reduces. The second table lists the reductions
-that lost against a shift, where the driver's conditions decide. The third lists the states in which a list
-of recipients may begin. HEADER gets the numbers of rules and symbols by name.
+that lost against a shift, where the driver's conditions decide. The third tells where those of
+a state begin, the fourth in which states a list of recipients may begin. HEADER gets the numbers of rules and symbols by name.
 """
 import heapq
 import sys
 import xml.etree.ElementTree as ET
+
+
+def write_by_state(target, name, values):
+    target.write(f"const {name}[] = {{\n")
+    for at in range(0, len(values), 24):
+        target.write("    %s,\n" % ", ".join(map(str, values[at:at + 24])))
+    target.write("};\n\n")
 
 
 def prove(root, rules, terminals, steps):
@@ -116,7 +123,7 @@ def main():
         rule = best[symbols[0]]
         return empty_rule(rules[rule][1]) if rules[rule][1] else rule
 
-    out, lost, recipients = [], [], []
+    out, lost, recipients = [], [], set()
     for state in root.iter("state"):
         choice = None
         for item in state.find("itemset").findall("item"):
@@ -142,7 +149,7 @@ def main():
                 lost.append((int(state.get("number")), terminals[reduction.get("symbol")], int(reduction.get("rule")) + 1))
         for step in state.iter("transition"):
             if step.get("symbol") == "address_list":
-                recipients.append(int(state.get("number")))
+                recipients.add(int(state.get("number")))
     out.sort()
     prove(root, rules, terminals, [step for _, step in out])
     with open(sys.argv[2], "w", encoding="ascii") as target:
@@ -153,8 +160,12 @@ def main():
         target.write("};\n\nconst T3LostReduction gParserLostReductions[] = {\n")
         for state, symbol, rule in lost:
             target.write(f"    {{{state}, {symbol}, {rule}}},\n")
-        target.write("};\nconst int gParserLostReductionCount = %d;\n\n" % len(lost))
-        target.write("const short gParserRecipientStates[] = {%s, -1};\n" % ", ".join(map(str, recipients)))
+        target.write("    {-1, -1, 0},\n};\n\n")
+        first_lost = {}
+        for place, (state, _, _) in enumerate(lost):
+            first_lost.setdefault(state, place)
+        write_by_state(target, "short gParserFirstLost", [first_lost.get(state, -1) for state, _ in out])
+        write_by_state(target, "bool gParserRecipient", [("true" if state in recipients else "false") for state, _ in out])
     with open(sys.argv[3], "w", encoding="ascii") as target:
         target.write("// Made by gen_continuation.py; do not edit.\n#pragma once\n\n")
         seen = {}

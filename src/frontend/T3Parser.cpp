@@ -15,6 +15,7 @@ constexpr int kStart = 0;
 constexpr size_t kExpectedTextLimit = 5000;
 constexpr long kMaxInsertions = 100000;
 constexpr size_t kFirstTokens = 64;
+constexpr size_t kFirstValues = 64;
 
 // Internal symbols: the end of the input is 0, 1 and 2 are Bison's own, tokens follow in their order.
 int SymbolOf(T3Token token) {
@@ -25,56 +26,33 @@ T3Token TokenOf(int symbol) {
   return static_cast<T3Token>(symbol == 0 ? 0 : symbol - 2);
 }
 
+template <typename T, size_t N>
+inline const T& At(const std::array<T, N>& rows, int place) {
+  return rows[static_cast<size_t>(place)];
+}
+
 /// What the tables say: above 0 a state to shift to, below 0 minus a rule to reduce, 0 a fault.
-int TableAction(int state, int symbol) {
-  const T3ParserTables& t = gParserTables;
-  const int base = t.pact[state];
-  if (base != t.pact_ninf) {
-    const int index = base + symbol;
-    if (index >= 0 && index <= t.last && t.check[index] == symbol) {
-      const int action = t.table[index];
-      return action == t.table_ninf ? 0 : action;
-    }
-  }
-  return -t.defact[state];
+inline int TableAction(int state, int symbol) {
+  const T3StateRow row = At(gParserStates, state);
+  const int index = row.actions + symbol;
+  if (row.actions == kNoActions || index < 0 || index > kTableLast || At(gParserCheck, index) != symbol)
+    return -row.default_rule;
+  const int action = At(gParserTable, index);
+  return action == kTableFault ? 0 : action;
 }
 
-int Goto(int state, int rule) {
-  const T3ParserTables& t = gParserTables;
-  const int symbol = t.r1[rule] - t.tokens;
-  const int index = t.pgoto[symbol] + state;
-  if (index >= 0 && index <= t.last && t.check[index] == state) return t.table[index];
-  return t.defgoto[symbol];
+inline int Goto(int state, const T3RuleRow& rule) {
+  const int index = rule.gotos + state;
+  const bool named = index >= 0 && index <= kTableLast && At(gParserCheck, index) == state;
+  return named ? At(gParserTable, index) : rule.default_goto;
 }
-
-/// What the driver asks of the tables at each step, spread out by state and by rule.
-struct Spread {
-  /// The first of a state's lost reductions, of which those of one state lie together; -1 for none.
-  std::vector<short> first_lost;
-  std::vector<char> recipient;
-  /// Rules whose reduction exchanges one state for another and does nothing else.
-  std::vector<char> plain;
-
-  Spread()
-      : first_lost(static_cast<size_t>(gParserTables.states), -1),
-        recipient(static_cast<size_t>(gParserTables.states)),
-        plain(static_cast<size_t>(gParserTables.rules) + 1) {
-    for (int i = gParserLostReductionCount - 1; i >= 0; --i)
-      first_lost[static_cast<size_t>(gParserLostReductions[i].state)] = static_cast<short>(i);
-    for (const short* s = gParserRecipientStates; *s >= 0; ++s) recipient[static_cast<size_t>(*s)] = 1;
-    for (int rule = 1; rule <= gParserTables.rules; ++rule)
-      plain[static_cast<size_t>(rule)] = gParserTables.r2[rule] == 1 && !T3HasAction(rule);
-  }
-};
-const Spread gSpread;
 
 /// The rule that lost against the shift of `symbol` in `state`, or 0.
 int LostRule(int state, int symbol) {
-  for (int i = gSpread.first_lost[static_cast<size_t>(state)]; i >= 0 && i < gParserLostReductionCount; ++i) {
-    const T3LostReduction& lost = gParserLostReductions[i];
-    if (lost.state != state) break;
-    if (lost.symbol == symbol) return lost.rule;
-  }
+  const int first = gParserFirstLost[state];
+  if (first < 0) return 0;
+  for (const T3LostReduction* lost = gParserLostReductions + first; lost->state == state; ++lost)
+    if (lost->symbol == symbol) return lost->rule;
   return 0;
 }
 
@@ -93,10 +71,11 @@ class Overlay {
   int Top() const { return top_.empty() ? states_[kept_ - 1] : top_.back(); }
   void Push(int state) { top_.push_back(state); }
   void Reduce(int rule) {
-    int length = gParserTables.r2[rule];
+    const T3RuleRow& row = At(gParserRules, rule);
+    int length = row.length;
     for (; length > 0 && !top_.empty(); --length) top_.pop_back();
     kept_ -= static_cast<size_t>(length);
-    Push(Goto(Top(), rule));
+    Push(Goto(Top(), row));
   }
   /// Reduces until `symbol` can be shifted, and shifts it; false when that never comes.
   bool Take(int symbol) {
@@ -110,7 +89,7 @@ class Overlay {
       Reduce(-action);
     }
   }
-  bool AtEnd() const { return Top() == gParserTables.final_state; }
+  bool AtEnd() const { return Top() == kFinalState; }
 
  private:
   std::span<const int> states_;
@@ -131,9 +110,9 @@ bool CouldContinue(const Overlay& overlay, int symbol) {
 
 /// The tokens that could continue from a stack.
 std::vector<bool> Expected(std::span<const int> states) {
-  std::vector<bool> set(static_cast<size_t>(gParserTables.tokens));
+  std::vector<bool> set(static_cast<size_t>(kSymbolCount));
   const Overlay overlay(states);
-  for (int symbol = 0; symbol < gParserTables.tokens; ++symbol)
+  for (int symbol = 0; symbol < kSymbolCount; ++symbol)
     set[static_cast<size_t>(symbol)] = symbol != 1 && symbol != 2 && CouldContinue(overlay, symbol);
   return set;
 }
@@ -147,7 +126,7 @@ T3Parser::T3Parser(T3Scanner* scanner, Errors* errors)
 
 void T3Parser::Reset() {
   stack_ = Stack(kStart);
-  values_.assign(1, T3Value{});
+  values_.assign(value_room_ = kFirstValues, T3Value{});
   first_ = end_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
@@ -156,14 +135,16 @@ void T3Parser::Reset() {
   given_up_ = false;
 }
 
+inline void T3Parser::Read(Token& token) {
+  token.token = scanner_->GetToken();
+  token.symbol = SymbolOf(token.token);
+  token.attribute = scanner_->Attribute();
+}
+
 const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
   do {
-    if (end_ == buffer_.size()) [[unlikely]]
-      buffer_.resize(2 * end_);
-    Token& token = buffer_[end_++];
-    token.token = scanner_->GetToken();
-    token.symbol = SymbolOf(token.token);
-    token.attribute = scanner_->Attribute();
+    if (end_ == buffer_.size()) buffer_.resize(2 * end_);
+    Read(buffer_[end_++]);
   } while (end_ <= first_ + ahead);
   return buffer_[first_ + ahead];
 }
@@ -181,31 +162,32 @@ int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
            (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
     reduce = stack.InAddressList();
   else if (TokenOf(symbol) == T3Token::LeftBrace &&
-           gParserTables.r1[rule] == gParserTables.r1[kRule_builtin_type_1])
+           At(gParserRules, rule).left == At(gParserRules, kRule_builtin_type_1).left)
     reduce = !Trial(kRule_goal_4, ahead, kSym_kw_objid);
   return reduce ? -rule : shift;
 }
 
-int T3Parser::Action(const Stack& stack, size_t ahead) {
+inline int T3Parser::Action(const Stack& stack, size_t ahead) {
   const int state = stack.back();
-  if (gParserTables.pact[state] == gParserTables.pact_ninf) return -gParserTables.defact[state];
+  const T3StateRow row = At(gParserStates, state);
+  if (row.actions == kNoActions) return -row.default_rule;
   const int symbol = Peek(ahead).symbol;
   const int action = TableAction(state, symbol);
-  if (action <= 0 || gSpread.first_lost[static_cast<size_t>(state)] < 0) [[likely]]
+  if (action <= 0 || gParserFirstLost[state] < 0) [[likely]]
     return action;
   return Decide(stack, symbol, ahead, action);
 }
 
 /// The place of the value that belongs to depth `at` of the stack.
 inline T3Value& T3Parser::ValueAt(size_t at) {
-  if (at >= values_.size()) [[unlikely]]
-    values_.resize(2 * at);
+  if (at >= value_room_) [[unlikely]]
+    values_.resize(value_room_ = 2 * at);
   return values_[at];
 }
 
 inline void T3Parser::PushState(Stack& stack, int state, int symbol, size_t ahead) {
-  const bool opens = symbol == kSym_LeftParen && gSpread.recipient[static_cast<size_t>(stack.back())] &&
-                     Trial(kRule_goal_3, ahead, -1);
+  const bool opens =
+      symbol == kSym_LeftParen && gParserRecipient[stack.back()] && Trial(kRule_goal_3, ahead, -1);
   stack.Push(state);
   if (opens) stack.OpenAddressList();
 }
@@ -217,7 +199,7 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
   // Within the trial of a list of recipients the first parenthesis is that list's.
   if (trial_depth_ > 0) return true;
   ++trial_depth_;
-  const int done = Goto(kStart, goal_rule);
+  const int done = Goto(kStart, At(gParserRules, goal_rule));
   bool result = false;
   for (;;) {
     const int state = stack.back();
@@ -243,8 +225,9 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
       result = true;
       break;
     }
-    stack.Pop(static_cast<size_t>(gParserTables.r2[-action]));
-    stack.Push(Goto(stack.back(), -action));
+    const T3RuleRow& rule = At(gParserRules, -action);
+    stack.Pop(static_cast<size_t>(rule.length));
+    stack.Push(Goto(stack.back(), rule));
     if (stack.back() == done && stack.size() == 2) {
       result = true;
       break;
@@ -287,20 +270,17 @@ inline void T3Parser::Shift(int state, const Token& token) {
   PushState(stack_, state, token.symbol, 0);
 }
 
-inline void T3Parser::ReducePlain(int rule) {
-  stack_.Pop(1);
-  stack_.Push(Goto(stack_.back(), rule));
-}
-
-void T3Parser::Reduce(int rule) {
-  if (gSpread.plain[static_cast<size_t>(rule)]) return ReducePlain(rule);
-  const auto length = static_cast<size_t>(gParserTables.r2[rule]);
-  const size_t first = stack_.size() - length;
-  T3Value result = length > 0 ? values_[first] : T3Value{{}, Peek(0).attribute.Position};
-  T3Actions(rule, result, values_.data() + stack_.size() - 1, state_);
-  ValueAt(first) = result;
+[[gnu::always_inline]] inline void T3Parser::Reduce(int rule) {
+  const T3RuleRow& row = At(gParserRules, rule);
+  if (row.plain) return stack_.Replace(Goto(stack_.BelowTop(), row));
+  const auto length = static_cast<size_t>(row.length);
+  const size_t depth = stack_.size();
+  T3Value& place = ValueAt(depth - length);
+  T3Value result = length > 0 ? place : T3Value{{}, Peek(0).attribute.Position};
+  T3Actions(rule, result, &place + length - 1, state_);
+  place = result;
   stack_.Pop(length);
-  stack_.Push(Goto(stack_.back(), rule));
+  stack_.Push(Goto(stack_.back(), row));
 }
 
 void T3Parser::RefuseDepth() {
@@ -328,10 +308,7 @@ long T3Parser::Parse() {
       // The end of the input was shifted: its state accepts.
       if (token.symbol == 0) break;
     } else if (action < 0) {
-      if (gSpread.plain[static_cast<size_t>(-action)])
-        ReducePlain(-action);
-      else
-        Reduce(-action);
+      Reduce(-action);
     } else {
       Recover();
     }
@@ -410,7 +387,7 @@ void T3Parser::Recover() {
   }
   ReportFault(Peek(0));
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
-  std::vector<bool> refused(static_cast<size_t>(gParserTables.tokens));
+  std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
   bool skipped = false;
   while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart(Peek(0).symbol)) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;

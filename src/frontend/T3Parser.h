@@ -46,19 +46,32 @@ class T3Parser {
     }
     void Pop(size_t count) {
       depth_ -= count;
-      while (!address_lists_.empty() && address_lists_.back() > depth_) address_lists_.pop_back();
+      while (innermost_list_ > depth_) CloseAddressList();
     }
-    void OpenAddressList() { address_lists_.push_back(depth_); }
+    int BelowTop() const { return states_[depth_ - 2]; }
+    /// Exchanges the state on top, which is not the parenthesis of a list of recipients.
+    void Replace(int state) { states_[depth_ - 1] = state; }
+    void OpenAddressList() {
+      outer_lists_.push_back(innermost_list_);
+      innermost_list_ = depth_;
+    }
     bool InAddressList() const {
       // On top lies the first element, below it the parenthesis.
-      return !address_lists_.empty() && address_lists_.back() == depth_ - 1;
+      return innermost_list_ != 0 && innermost_list_ == depth_ - 1;
     }
 
    private:
+    void CloseAddressList() {
+      innermost_list_ = outer_lists_.back();
+      outer_lists_.pop_back();
+    }
+
     static constexpr size_t kFirstRoom = 512;
     std::vector<int> states_;
     size_t depth_;
-    std::vector<size_t> address_lists_;
+    // The depths at which lists of recipients were opened; 0 for none.
+    size_t innermost_list_ = 0;
+    std::vector<size_t> outer_lists_;
   };
 
   const Token& Peek(size_t ahead) {
@@ -66,6 +79,7 @@ class T3Parser {
       return buffer_[first_ + ahead];
     return ReadAhead(ahead);
   }
+  void Read(Token& token);
   const Token& ReadAhead(size_t ahead);
   void DropToken() {
     if (++first_ == end_) first_ = end_ = 0;
@@ -77,7 +91,6 @@ class T3Parser {
   void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
-  void ReducePlain(int rule);
   T3Value& ValueAt(size_t at);
   void RefuseDepth();
   void Recover();
@@ -90,6 +103,7 @@ class T3Parser {
   Stack stack_;
   // The value of each state on the stack.
   std::vector<T3Value> values_;
+  size_t value_room_ = 0;
   // Tokens read ahead lie from `first_` up to `end_`.
   std::vector<Token> buffer_;
   size_t first_ = 0;

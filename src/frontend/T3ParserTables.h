@@ -2,6 +2,9 @@
 // of the rules pass on.
 #pragma once
 
+#include <array>
+
+#include "T3GrammarSizes.h"
 #include "frontend/T3Tree.h"
 
 /// The value of a symbol, and the position of its first token. An action knows which member holds.
@@ -16,26 +19,28 @@ struct T3Value {
   tPosition position;
 };
 
-/// The LALR tables in Bison's compressed form.
-struct T3ParserTables {
-  const short* pact;
-  const short* defact;
-  const short* pgoto;
-  const short* defgoto;
-  const short* table;
-  const short* check;
-  const short* r1;
-  const signed char* r2;
-  int pact_ninf;
-  int table_ninf;
-  int last;
-  int tokens;
-  int nonterminals;
-  int states;
-  int rules;
-  int final_state;
+/// Where the actions of a state begin in the tables, and the rule to reduce where they name none.
+struct T3StateRow {
+  short actions;
+  short default_rule;
 };
-extern const T3ParserTables gParserTables;
+/// A rule: its left symbol, where the states that follow its reduction begin in the tables, the one that
+/// follows where they name none, and the number of symbols on the right.
+struct T3RuleRow {
+  short left;
+  short gotos;
+  short default_goto;
+  signed char length;
+  /// The reduction exchanges one state for another and does nothing else.
+  bool plain;
+};
+
+/// The LALR tables in Bison's compressed form, what belongs to a state or a rule in one row. What a row
+/// names begins there in `gParserTable`, and holds where `gParserCheck` names the symbol or the state.
+extern const std::array<T3StateRow, kStateCount> gParserStates;
+extern const std::array<T3RuleRow, kRuleCount + 1> gParserRules;
+extern const std::array<short, kTableLast + 1> gParserTable;
+extern const std::array<short, kTableLast + 1> gParserCheck;
 
 /// The token, as an internal symbol, that leads from each state by a short way to the end of the input, or
 /// minus the rule to reduce.
@@ -48,9 +53,10 @@ struct T3LostReduction {
   short rule;
 };
 extern const T3LostReduction gParserLostReductions[];
-extern const int gParserLostReductionCount;
-/// The states in which a list of recipients may begin, ended by -1.
-extern const short gParserRecipientStates[];
+/// Where those of a state begin, which lie together; -1 for none. One entry for each state.
+extern const short gParserFirstLost[];
+/// Whether a list of recipients may begin in a state. One entry for each state.
+extern const bool gParserRecipient[];
 
 /// What actions leave for later actions of the same file.
 struct T3ParserState {
@@ -67,6 +73,5 @@ struct T3ParserState {
 };
 
 /// Runs the action of rule `rule`: `values` points to the value of its last symbol.
+/// Without an action the result stays what it is: the value of the rule's first symbol.
 void T3Actions(int rule, T3Value& result, T3Value* values, T3ParserState& state);
-/// Whether a rule has an action; the value of one that has none is that of its first symbol.
-bool T3HasAction(int rule);

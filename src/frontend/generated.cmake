@@ -10,7 +10,7 @@ list(APPEND GENERATED_SOURCES ${GEN}/T3Tokens.h ${GEN}/T3TokenTables.inc)
 # The parser: Bison makes the tables, and refuses a grammar whose number of conflicts has changed.
 find_program(BISON_EXECUTABLE bison REQUIRED)
 add_custom_command(
-  OUTPUT ${GEN}/T3Grammar.cpp ${GEN}/T3ParserContinuation.cpp ${GEN}/T3GrammarRules.h
+  OUTPUT ${GEN}/T3Grammar.cpp ${GEN}/T3GrammarSizes.h ${GEN}/T3ParserContinuation.cpp ${GEN}/T3GrammarRules.h
   COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/cmake/gen_grammar.py
           ${FRONTEND}/T3Grammar.y ${FRONTEND}/tokens.def ${GEN}/T3Grammar.y
   COMMAND ${BISON_EXECUTABLE} -l -Wno-yacc -Wno-precedence -S ${CMAKE_SOURCE_DIR}/cmake/t3parser.m4
@@ -20,4 +20,5 @@ add_custom_command(
   DEPENDS ${FRONTEND}/T3Grammar.y ${FRONTEND}/tokens.def ${CMAKE_SOURCE_DIR}/cmake/t3parser.m4
           ${CMAKE_SOURCE_DIR}/cmake/gen_grammar.py ${CMAKE_SOURCE_DIR}/cmake/gen_continuation.py
   COMMENT "Generating the parser")
-list(APPEND GENERATED_SOURCES ${GEN}/T3Grammar.cpp ${GEN}/T3ParserContinuation.cpp ${GEN}/T3GrammarRules.h)
+list(APPEND GENERATED_SOURCES ${GEN}/T3Grammar.cpp ${GEN}/T3GrammarSizes.h ${GEN}/T3ParserContinuation.cpp
+     ${GEN}/T3GrammarRules.h)

@@ -11,6 +11,11 @@ constexpr size_t kFirstTable = 1024;
 constexpr size_t kFirstBuckets = 256;
 constexpr int32_t kEnd = 0;
 
+// The place of a name; the number of buckets is a power of two.
+inline size_t Bucket(uint32_t hash, size_t buckets) {
+  return hash & (buckets - 1);
+}
+
 // One step of the hash: fold in a character, and keep 28 bits.
 inline uint32_t Mix(uint32_t h, uint32_t character) {
   h += character;
@@ -39,7 +44,7 @@ uint32_t Idents::Hash(std::string_view text) {
 
 tIdent Idents::MakeIdent(std::string_view text) {
   const uint32_t hash = Hash(text);
-  const size_t bucket = hash % buckets_.size();
+  const size_t bucket = Bucket(hash, buckets_.size());
   for (int32_t i = buckets_[bucket]; i != kEnd; i = entries_[static_cast<size_t>(i)].next) {
     const Entry& entry = entries_[static_cast<size_t>(i)];
     if (entry.hash == hash && static_cast<size_t>(entry.length) == text.size() &&
@@ -48,7 +53,7 @@ tIdent Idents::MakeIdent(std::string_view text) {
   }
   if (entries_.size() == entries_.capacity()) Grow();
   const auto ident = static_cast<int32_t>(entries_.size());
-  int32_t& head = buckets_[hash % buckets_.size()];
+  int32_t& head = buckets_[Bucket(hash, buckets_.size())];
   const tStringRef string = gStringM.PutString(text);
   entries_.push_back({string, hash, static_cast<int32_t>(*string), head});
   wide_.push_back(false);
@@ -67,7 +72,7 @@ tIdent Idents::MakeIdent(const wchar_t* text, int length) {
     hash = Mix(h, static_cast<uint32_t>(text[i]));
     h = hash << 4;
   }
-  for (int32_t i = wide_buckets_[hash % wide_buckets_.size()]; i != kEnd;
+  for (int32_t i = wide_buckets_[Bucket(hash, wide_buckets_.size())]; i != kEnd;
        i = entries_[static_cast<size_t>(i)].next) {
     const Entry& entry = entries_[static_cast<size_t>(i)];
     if (entry.hash == hash && entry.length == length &&
@@ -76,7 +81,7 @@ tIdent Idents::MakeIdent(const wchar_t* text, int length) {
   }
   if (entries_.size() == entries_.capacity()) Grow();
   const auto ident = static_cast<int32_t>(entries_.size());
-  int32_t& head = wide_buckets_[hash % wide_buckets_.size()];
+  int32_t& head = wide_buckets_[Bucket(hash, wide_buckets_.size())];
   const tStringRef string = gStringM.PutWString(text, static_cast<size_t>(length));
   entries_.push_back({string, hash, static_cast<int32_t>(*string), head});
   wide_.push_back(true);
@@ -91,7 +96,7 @@ void Idents::Grow() {
   wide_buckets_.assign(wide_buckets_.size() * 2, kEnd);
   for (size_t i = 1; i < entries_.size(); ++i) {
     auto& buckets = wide_[i] ? wide_buckets_ : buckets_;
-    int32_t& head = buckets[entries_[i].hash % buckets.size()];
+    int32_t& head = buckets[Bucket(entries_[i].hash, buckets.size())];
     entries_[i].next = head;
     head = static_cast<int32_t>(i);
   }
