@@ -217,15 +217,17 @@ def write_tables(kinds, by_name, out):
     w("".join(f'  "{k.name}",\n' for k in kinds))
     w("};\n\nnamespace {\n")
     for kind in kinds:
-        rows, kind.children, kind.next = [], [], "{nullptr, 0, 0}"
+        rows, kind.children, kind.next = [], [], "{nullptr, 0, 0, 0, 0}"
         for k in chain(kind):
             for f in k.own("arg", "late"):
-                child = "0xffff"
-                edge = f"{{&fields_{kind.first}[{len(rows)}], {len(rows)}, offsetof({kind.cname}, {f.name})}}"
+                child, kinds_of_child = "0xffff", "0, kT3KindCount"
                 if f.child_class == "any":
                     child = "0xfffe"
                 elif f.child_class:
                     child = str(by_name[f.child_class].first)
+                    kinds_of_child = f"{child}, {by_name[f.child_class].last}"
+                edge = (f"{{&fields_{kind.first}[{len(rows)}], {len(rows)}, "
+                        f"offsetof({kind.cname}, {f.name}), {kinds_of_child}}}")
                 if child != "0xffff" and f.name == "next":
                     kind.next = edge
                 elif child != "0xffff":

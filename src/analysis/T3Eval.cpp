@@ -10,16 +10,10 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Types.h"
+#include "driver/T3Error.h"
 #include "frontend/T3TreeFields.h"
 
 namespace {
-// Where the children of a kind lie in the node, in the order of the source; `next` is 0 for kinds that are
-// no elements of lists.
-struct Children {
-  std::vector<uint16_t> offsets;
-  uint16_t next = 0;
-};
-
 // Where the order of fields is not that of the source: a field that stands before another.
 struct Precedence {
   T3Kind kind;
@@ -45,35 +39,39 @@ constexpr Precedence kPrecedence[] = {
     {T3Kind::T3SignatureType, "return_type", "exceptions"},
 };
 
-Children ChildrenOfKind(int kind) {
-  const T3ChildFields& declared = T3Tree_ChildFields[kind];
-  std::vector<const T3FieldInfo*> fields;
-  for (const T3ChildFields::Child& child : declared.children) fields.push_back(child.info);
-  const auto named = [&](std::string_view name) {
-    return std::find_if(fields.begin(), fields.end(),
-                        [&](const T3FieldInfo* field) { return field->name == name; });
-  };
-  for (const Precedence& order : kPrecedence) {
-    if (static_cast<int>(order.kind) != kind) continue;
-    const T3FieldInfo* moved = *named(order.field);
-    fields.erase(named(order.field));
-    fields.insert(named(order.before), moved);
+// Where the children of each kind lie in the node, in the order of the source.
+class ChildrenOfKinds {
+ public:
+  ChildrenOfKinds() {
+    for (size_t kind = 0; kind < kT3KindCount; ++kind) {
+      for (const T3ChildFields::Child& child : T3Tree_ChildFields[kind].children)
+        offsets_.push_back(child.offset);
+      begin_[kind + 1] = static_cast<uint16_t>(offsets_.size());
+    }
+    for (const Precedence& order : kPrecedence) Move(order);
   }
-  Children result;
-  for (const T3FieldInfo* field : fields) result.offsets.push_back(field->offset);
-  result.next = declared.next.offset;
-  return result;
-}
 
-using ChildrenOfKinds = std::array<Children, kT3KindCount>;
-const ChildrenOfKinds& AllChildren() {
-  static const auto& table = *[] {
-    auto* made = new ChildrenOfKinds;
-    for (int kind = 0; kind < kT3KindCount; ++kind) (*made)[static_cast<size_t>(kind)] = ChildrenOfKind(kind);
-    return made;
-  }();
-  return table;
-}
+  const uint16_t* begin(T3Kind kind) const { return offsets_.data() + begin_[static_cast<size_t>(kind)]; }
+  const uint16_t* end(T3Kind kind) const { return offsets_.data() + begin_[static_cast<size_t>(kind) + 1]; }
+
+ private:
+  void Move(const Precedence& order) {
+    const auto kind = static_cast<size_t>(order.kind);
+    const auto place = [&](std::string_view name) {
+      for (const T3ChildFields::Child& child : T3Tree_ChildFields[kind].children)
+        if (name == child.info->name)
+          return std::find(offsets_.begin() + begin_[kind], offsets_.begin() + begin_[kind + 1],
+                           child.offset);
+      yyAbort("EvaluateSubtree");
+    };
+    const auto before = place(order.before);
+    const auto field = place(order.field);
+    if (before < field) std::rotate(before, field, field + 1);
+  }
+
+  std::vector<uint16_t> offsets_;
+  std::array<uint16_t, kT3KindCount + 1> begin_{};
+};
 
 T3Tree_Node* FieldAt(T3Tree_Node* node, uint16_t offset) {
   return *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + offset);
@@ -88,10 +86,9 @@ struct Frame {
 }  // namespace
 
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
-  const ChildrenOfKinds& kinds = AllChildren();
-  const auto frame_of = [&kinds](T3Tree_Node* node) {
-    const std::vector<uint16_t>& offsets = kinds[static_cast<size_t>(node->kind)].offsets;
-    return Frame{node, offsets.data(), offsets.data() + offsets.size()};
+  static const ChildrenOfKinds& kinds = *new ChildrenOfKinds;
+  const auto frame_of = [](T3Tree_Node* node) {
+    return Frame{node, kinds.begin(node->kind), kinds.end(node->kind)};
   };
   std::vector<Frame> open;
   EnterNode(root, parent);
@@ -103,8 +100,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
       T3Tree_Node* child = FieldAt(node, *top.child++);
       if (child == nullptr || !IsWalked(child, node)) continue;
       EnterNode(child, node);
-      const Children& below = kinds[static_cast<size_t>(child->kind)];
-      if (below.offsets.empty() && below.next == 0)
+      if (kinds.begin(child->kind) == kinds.end(child->kind) && ChildFieldsOf(child).next.offset == 0)
         CheckNode(child);
       else
         open.push_back(frame_of(child));
@@ -112,7 +108,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
     }
     CheckNode(node);
     // A list goes on in the same frame. A module's `next` is another module.
-    const uint16_t next_offset = kinds[static_cast<size_t>(node->kind)].next;
+    const uint16_t next_offset = ChildFieldsOf(node).next.offset;
     T3Tree_Node* next =
         next_offset == 0 || node->is<T3Module>() || node == root ? nullptr : FieldAt(node, next_offset);
     if (next == nullptr) {

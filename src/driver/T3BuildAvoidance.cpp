@@ -2,7 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <cstdio>
+#include <cstdlib>
 
 #include "driver/T3CommandLine.h"
 #include "driver/T3ModuleMap.h"
@@ -27,12 +28,22 @@ T3Module* ModuleOf(T3Tree_Node* root, int line, const char* walk) {
   return node->as<T3Module>();
 }
 
+// Three words: what was done, the time of the source, and perhaps the optimization. Longer ones are none of
+// ours.
 Stamp ReadStamp(const std::string& path) {
   Stamp stamp;
-  std::ifstream stream(path);
-  std::string word;
-  if (stream >> word) stamp.stage = word;
-  stream >> stamp.time >> stamp.optimization;
+  FILE* stream = std::fopen(path.c_str(), "r");
+  if (stream == nullptr) return stamp;
+  char stage[64] = "";
+  char time[64] = "";
+  char optimization[64] = "";
+  if (std::fscanf(stream, "%63s %63s %63s", stage, time, optimization) >= 1) stamp.stage = stage;
+  std::fclose(stream);
+  char* end = time;
+  const long number = std::strtol(time, &end, 10);
+  if (end == time || *end != '\0') return stamp;
+  stamp.time = number;
+  stamp.optimization = optimization;
   return stamp;
 }
 }  // namespace

@@ -1,6 +1,4 @@
 // Report files of the compiler's own faults: the check of a parsed tree, and a node that no walk expects.
-#include <unistd.h>
-
 #include "driver/T3Error.h"
 #include "frontend/T3Tree.h"
 #include "support/TemporaryFiles.h"
@@ -23,25 +21,24 @@ std::string MakeReportFile() {
   return name.empty() ? "./ERR.XXXXXX" : name;
 }
 
-bool CheckInto(const std::string& path, T3Tree_Node* node) {
-  const ReportStream report(path);
-  if (report.stream == nullptr) return gT3AST.CheckT3Tree(node);
-  gT3AST.SetCheckReport(report.stream);
+bool Checks(T3Tree_Node* node, FILE* report) {
+  gT3AST.SetCheckReport(report);
   const bool passed = gT3AST.CheckT3Tree(node);
   gT3AST.SetCheckReport(stderr);
   return passed;
 }
 }  // namespace
 
+// A file is made only where there is something to tell.
 void vexa_checktree(T3Tree_Node* node) {
+  if (Checks(node, nullptr)) return;
   const std::string path = MakeReportFile();
-  RememberTemporaryFile(path);
-  const bool passed = CheckInto(path, node);
-  ForgetTemporaryFile(path);
-  if (!passed)
-    throw internal_exception("T3Error", __LINE__, "Invalid AST",
-                             "Error report has been written to " + path + "\n");
-  unlink(path.c_str());
+  {
+    const ReportStream report(path);
+    Checks(node, report.stream == nullptr ? stderr : report.stream);
+  }
+  throw internal_exception("T3Error", __LINE__, "Invalid AST",
+                           "Error report has been written to " + path + "\n");
 }
 
 void internal_error_ast(const char* file, int line, const char* function, T3Tree_Node* node) {

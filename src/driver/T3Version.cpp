@@ -13,23 +13,25 @@ namespace {
 constexpr std::string_view kNotice =
     "Copyright \251 the Orvane developers.  All rights reserved.  This program comes without any warranty.";
 
-std::set<std::string>& Lines() {
-  static auto& lines = *new std::set<std::string>;
-  return lines;
-}
+// All units, the one registered last first.
+const VersionInfo* g_last = nullptr;
 
 #define ORVANE_UNIT(name) VersionInfo(name, kVersion),
 const VersionInfo units[] = {ORVANE_VERSION_UNITS};
 #undef ORVANE_UNIT
 }  // namespace
 
-VersionInfo::VersionInfo(const char* unit, const char* version) {
-  Lines().insert(std::string(unit) + ' ' + version);
+VersionInfo::VersionInfo(const char* unit, const char* version)
+    : unit_(unit), version_(version), next_(g_last) {
+  g_last = this;
 }
 
 void VersionInfo::Print(FILE* stream) {
   static_cast<void>(units);
-  for (const std::string& line : Lines()) std::fprintf(stream, "%s\n", line.c_str());
+  std::set<std::string> lines;
+  for (const VersionInfo* info = g_last; info != nullptr; info = info->next_)
+    lines.insert(std::string(info->unit_) + ' ' + info->version_);
+  for (const std::string& line : lines) std::fprintf(stream, "%s\n", line.c_str());
   std::fflush(stream);
 }
 

@@ -17,7 +17,15 @@ std::vector<std::string> GenerateModuleHeader();
 /// A line of `-V`: one source unit. Objects register themselves before `main`.
 class VersionInfo {
  public:
+  /// Both texts must live as long as the object, which lives to the end of the process.
   VersionInfo(const char* unit, const char* version);
+  VersionInfo(const VersionInfo&) = delete;
+  VersionInfo& operator=(const VersionInfo&) = delete;
   /// All lines, in the order of the units' names.
   static void Print(FILE* stream);
+
+ private:
+  const char* unit_;
+  const char* version_;
+  const VersionInfo* next_;
 };

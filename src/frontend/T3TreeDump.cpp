@@ -209,38 +209,6 @@ class NumberSet {
   std::vector<std::unique_ptr<Bits>> pieces_;
 };
 
-// What the check asks of one child field: its place in the node, and the range of kinds.
-struct CheckedField {
-  uint16_t offset;
-  uint16_t first;
-  uint16_t last;
-};
-struct CheckedFields {
-  // The fields of each kind lie together, from its number in `begin` to that of the next kind. The link of a
-  // list comes first, so that the walk goes on with it last: what belongs to one element lies close together.
-  std::vector<CheckedField> fields;
-  std::array<uint16_t, kT3KindCount + 1> begin{};
-
-  CheckedFields() {
-    for (int kind = 0; kind < kT3KindCount; ++kind) {
-      begin[static_cast<size_t>(kind)] = static_cast<uint16_t>(fields.size());
-      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields)
-        if (field.IsChild() && std::strcmp(field.name, "next") == 0) Add(field);
-      for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields)
-        if (field.IsChild() && std::strcmp(field.name, "next") != 0) Add(field);
-    }
-    begin[kT3KindCount] = static_cast<uint16_t>(fields.size());
-  }
-
- private:
-  void Add(const T3FieldInfo& field) {
-    const bool any = field.child_class == kAnyChildClass;
-    const auto first = static_cast<uint16_t>(any ? 0 : field.child_class);
-    const auto last = static_cast<uint16_t>(any ? kT3KindCount : T3Tree_TypeRange[field.child_class]);
-    fields.push_back({field.offset, first, last});
-  }
-};
-
 // Reports children that are missing or of a wrong class.
 class Check {
  public:
@@ -249,29 +217,33 @@ class Check {
 
   /// Checks each node under the root once.
   void Walk(T3Tree_Node* root) {
-    static const CheckedFields checked;
-    NumberSet met;
-    std::vector<T3Tree_Node*> stack{root};
-    if (root != nullptr) met.Insert(root->number);
-    while (!stack.empty()) {
-      T3Tree_Node* node = stack.back();
-      stack.pop_back();
-      if (node == nullptr) continue;
-      const auto kind = static_cast<size_t>(node->kind);
-      for (size_t i = checked.begin[kind]; i < checked.begin[kind + 1]; ++i) {
-        const CheckedField& field = checked.fields[i];
-        T3Tree_Node* child = *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + field.offset);
-        const auto child_kind = static_cast<uint16_t>(child == nullptr ? T3Kind{} : child->kind);
-        if (child_kind < field.first || child_kind > field.last) [[unlikely]]
-          ReportField(node, field.offset);
-        // A node without children was checked by looking at its kind.
-        if (checked.begin[child_kind] == checked.begin[child_kind + 1]) continue;
-        if (met.Insert(child->number)) stack.push_back(child);
-      }
+    if (root != nullptr) Meet(root);
+    while (!stack_.empty()) {
+      T3Tree_Node* node = stack_.back();
+      stack_.pop_back();
+      const T3ChildFields& fields = ChildFieldsOf(node);
+      // The link of a list comes first, so that the walk goes on with it last: what belongs to one element
+      // lies close together.
+      if (fields.next.info != nullptr) Visit(node, fields.next);
+      for (const T3ChildFields::Child& field : fields.children) Visit(node, field);
     }
   }
 
  private:
+  void Meet(T3Tree_Node* node) {
+    if (met_.Insert(node->number)) stack_.push_back(node);
+  }
+
+  void Visit(T3Tree_Node* node, const T3ChildFields::Child& field) {
+    T3Tree_Node* child = T3ChildField(node, field);
+    const auto kind = static_cast<uint16_t>(child == nullptr ? T3Kind{} : child->kind);
+    if (kind < field.first || kind > field.last) [[unlikely]]
+      ReportField(node, field);
+    // A node without children is checked by looking at its kind.
+    const T3ChildFields& below = T3Tree_ChildFields[kind];
+    if (below.next.info != nullptr || !below.children.empty()) Meet(child);
+  }
+
   void Line(int code, const char* text) {
     std::fprintf(report_, "   %s %s\n", Errors::CodeToText(code).c_str(), text);
   }
@@ -283,13 +255,11 @@ class Check {
     WriteNode(report_, node);
   }
 
-  void ReportField(T3Tree_Node* node, uint16_t offset) {
+  void ReportField(T3Tree_Node* node, const T3ChildFields::Child& field) {
     passed_ = false;
-    for (const T3FieldInfo& field : T3Tree_KindInfo[static_cast<int>(node->kind)].fields) {
-      if (!field.IsChild() || field.offset != offset) continue;
-      T3Tree_Node* child = T3ChildField(node, field);
-      if (child != nullptr || gT3AST.Settings().CheckReportNoTree) Report(node, field, child);
-    }
+    T3Tree_Node* child = T3ChildField(node, field);
+    if (report_ == nullptr || (child == nullptr && !gT3AST.Settings().CheckReportNoTree)) return;
+    Report(node, *field.info, child);
   }
 
   void Report(T3Tree_Node* parent, const T3FieldInfo& field, T3Tree_Node* child) {
@@ -307,6 +277,8 @@ class Check {
 
   FILE* report_;
   bool passed_ = true;
+  NumberSet met_;
+  std::vector<T3Tree_Node*> stack_;
 };
 }  // namespace
 

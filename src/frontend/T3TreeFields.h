@@ -14,6 +14,9 @@ struct T3ChildFields {
     uint16_t slot;
     /// Where the field lies in the node.
     uint16_t offset;
+    /// The kinds that the child may be of.
+    uint16_t first;
+    uint16_t last;
   };
   /// All but `next`.
   std::span<const Child> children;
