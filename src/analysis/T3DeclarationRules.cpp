@@ -84,8 +84,6 @@ void CheckRunsOn(T3Tree_Node* node) {
 
 // ---- Timers ----
 
-constexpr double kExcessiveDuration = 10000.0;
-
 void CheckDuration(T3Tree_Node* decl, T3Tree_Node* value) {
   const auto duration = ConstFloatValue(value);
   if (!duration) return;

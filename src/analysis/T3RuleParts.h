@@ -6,6 +6,9 @@
 
 #include "frontend/T3Tree.h"
 
+/// A timer that runs longer, in seconds, is worth a warning.
+inline constexpr double kExcessiveDuration = 10000.0;
+
 /// True for an expression that is there.
 bool IsGiven(T3Tree_Node* expression);
 /// True for what is no expression, or has no type: its message has been given.

@@ -251,8 +251,6 @@ void CheckKilled(T3Tree_Node* node) {
   CheckFinished(node, node->as<T3KilledStmt>()->component);
 }
 
-constexpr double kExcessiveDuration = 10000.0;
-
 void CheckTimerStart(T3StartStmt* start) {
   const auto duration = IsGiven(start->argument) ? ConstFloatValue(start->argument) : std::nullopt;
   if (!duration) return;
