@@ -5,8 +5,8 @@
     run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
 
 For each action the lines per second of processor time, the system's share of that time, the memory per line, and the
-growth: time per line against that of the smallest size. `many` stands for modules of 1,000 lines that import each
-other, `one` for a single module. Exits with 1 when a run of the compiler fails; a missed budget is only marked.
+growth: time per line against that of the smallest size. Each row is the fastest of N runs, of more where they are
+short. `many` stands for modules of 1,000 lines that import each other, `one` for a single module. Exits with 1 when a run of the compiler fails; a missed budget is only marked.
 """
 
 import argparse
@@ -74,6 +74,11 @@ def run_best(command, folder, repeat):
     return best
 
 
+def runs_for(size):
+    """A short run is disturbed more easily than a long one, and costs less to repeat."""
+    return min(20, max(1, 100_000 // size))
+
+
 def mark(good):
     return "" if good else " (missed)"
 
@@ -122,7 +127,7 @@ def measure(arguments, folder):
                 output = folder / "generated"
                 output.mkdir()
                 command = [orvane, "-v", "1", "-" + action, "-d", str(output), "-F", *map(str, files)]
-                run = run_best(command, folder, arguments.repeat)
+                run = run_best(command, folder, arguments.repeat * runs_for(size))
                 print_row(action, layout, lines, run, smallest.get(action))
                 smallest.setdefault(action, run.seconds / lines)
                 shutil.rmtree(output)
