@@ -6,7 +6,8 @@
 
 For each action the lines per second of processor time, the system's share of that time, the memory per line, and the
 growth: time per line against that of the smallest size. Each row is the fastest of N runs, of more where they are
-short. `many` stands for modules of 1,000 lines that import each other, `one` for a single module. Exits with 1 when a run of the compiler fails; a missed budget is only marked.
+short. `many` stands for modules of 1,000 lines that import each other, `one` for a single module. Exits with 1 when a
+run of the compiler fails; a missed budget is only marked.
 """
 
 import argparse

@@ -24,6 +24,7 @@ std::span<const T3Rule> PortRules();
 std::span<const T3Rule> ValueRules();
 std::span<const T3Rule> TemplateRules();
 std::span<const T3Rule> InitializationRules();
+std::span<const T3Rule> SubtypeRules();
 
 /// Calls all rules of a node.
 void CheckNode(T3Tree_Node* node);
@@ -33,6 +34,10 @@ void CheckNode(T3Tree_Node* node);
 void EnterNode(T3Tree_Node* node, T3Tree_Node* parent);
 /// False for what the walk passes over: names that mean nothing in this language.
 bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
+
+/// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that type,
+/// no constant is noted for the check of subtypes.
+void EnterType();
 
 /// Walks a subtree; `parent` is the context of its root.
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent);

@@ -242,6 +242,9 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
       InferRedirectedParams(node, parent->as<T3PortRedirect>()->attr().params_types);
     return;
   }
-  if (!node->is<_T3Expression>() && !node->is<T3TemplateDef>()) return;
+  if (!node->is<_T3Expression>() && !node->is<T3TemplateDef>()) {
+    if (node->is<T3SubType>() || node->is<T3TypeReference>()) EnterType();
+    return;
+  }
   if (!IsPart(parent)) InferOutermost(node, parent);
 }

@@ -26,9 +26,9 @@ struct Table {
   // Calls `use` with each kind and each rule for it, the rules of one kind in their order.
   template <class Use>
   static void ForEach(Use use) {
-    for (const auto& rules :
-         {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), StatementRules(), PortRules(),
-          ValueRules(), TemplateRules(), InitializationRules(), BehaviourRules(), UsageRules()})
+    for (const auto& rules : {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(),
+                              StatementRules(), PortRules(), ValueRules(), TemplateRules(),
+                              InitializationRules(), SubtypeRules(), BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         for (auto kind = static_cast<size_t>(rule.kind);
              kind <= T3Tree_TypeRange[static_cast<size_t>(rule.kind)]; ++kind)

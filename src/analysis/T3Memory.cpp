@@ -60,6 +60,7 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ForgetAltStatus();
   ForgetTemplateStatus();
   ForgetSendingStatements();
+  ForgetSubtyped();
   ZeroIntermediateAttributes(module);
 }
 

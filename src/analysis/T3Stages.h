@@ -37,6 +37,8 @@ void OmitCheck(T3Tree_Node* root);
 void TemplateRestrictionsCheck(T3Tree_Node* root);
 /// Checks values against their subtypes (T3Subtypes).
 void CheckSubtypes(T3Tree_Node* root);
+/// Forgets the constants that the evaluation has noted for that check.
+void ForgetSubtyped();
 /// Lists the fields of `anytype` (T3Types).
 void SetAnyTypeInformation(T3Tree_Node* root);
 

@@ -9,10 +9,10 @@
 
 #include "analysis/T3ConstantValues.h"
 #include "analysis/T3Constants.h"
+#include "analysis/T3Eval.h"
 #include "analysis/T3Faults.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
-#include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
@@ -284,24 +284,68 @@ void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 
-void CheckSubtypes1(T3Tree_Node* node) {
+// ---- What is to be checked ----
+
+// An expression whose type is a subtype, noted by the evaluation. Walking the whole tree once more, where
+// most of it is nothing of the kind, would cost a tenth of the analysis.
+struct Subtyped {
+  tPosition position;
+  uint32_t order;
+  _T3Expression* expression;
+};
+std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
+// How many were noted when each of the types was entered that the walk is in.
+std::vector<size_t>& g_types_entered = *new std::vector<size_t>;
+
+void NoteSubtyped(T3Tree_Node* node) {
   auto* expression = node->as<_T3Expression>();
-  T3Tree_Node* type = expression->attributes == nullptr ? nullptr : expression->attr().expression_local_type;
+  if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
+  g_subtyped.push_back({expression->position, static_cast<uint32_t>(g_subtyped.size()), expression});
+}
+
+void LeaveType(T3Tree_Node*) {
+  g_subtyped.resize(g_types_entered.back());
+  g_types_entered.pop_back();
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3Expression, NoteSubtyped},
+    {T3Kind::T3SubType, LeaveType},
+    {T3Kind::T3TypeReference, LeaveType},
+};
+
+// In source order; a whole, which has been noted behind its parts, before them.
+bool StandsBefore(const Subtyped& a, const Subtyped& b) {
+  if (a.position.Line != b.position.Line) return a.position.Line < b.position.Line;
+  if (a.position.Column != b.position.Column) return a.position.Column < b.position.Column;
+  return a.order > b.order;
+}
+
+void CheckSubtypes1(_T3Expression* expression) {
+  T3Tree_Node* type = expression->attr().expression_local_type;
   if (T3Is<T3SubType>(type) && IsConstant(expression)) CheckAllSubtypes(type, expression);
 }
 }  // namespace
 
-void CheckSubtypes(T3Tree_Node* root) {
-  T3Tree_Node* module = root->as<T3Builtin>()->module->as<T3Module>()->definition_part;
-  for (; module->is<_T3Decl>(); module = module->as<_T3Decl>()->next)
-    ForEachInSubtree(module, [](T3Tree_Node* node) {
-      // The values of a constraint are no values of its type.
-      if (node->is<T3SubType>() || node->is<T3TypeReference>()) return false;
-      if (node->is<_T3Expression>()) CheckSubtypes1(node);
-      return true;
-    });
+std::span<const T3Rule> SubtypeRules() {
+  return kRules;
+}
+
+void EnterType() {
+  g_types_entered.push_back(g_subtyped.size());
+}
+
+void CheckSubtypes(T3Tree_Node*) {
+  std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
+  for (const Subtyped& noted : g_subtyped) CheckSubtypes1(noted.expression);
+  ForgetSubtyped();
   g_sets.clear();
   g_value_sets.clear();
   ForgetFaults();
   ForgetConstantValues();
+}
+
+void ForgetSubtyped() {
+  g_subtyped.clear();
+  g_types_entered.clear();
 }

@@ -987,21 +987,21 @@ disconnect_args:
       { $$.node = PortPair(@1, $2.node, AllPorts(@2)); }
   | LeftParen reference Colon kw_all kw_port RightParen
       {
-        $$.node = PortPair(@1, t.mT3ConnectStmt(@2, _sgT3NoStmt(), $2.node, t.mT3PortAll(@4), nullptr, nullptr), AllPorts(@4));
+        $$.node = PortPair(@1, PortEnd(@2, $2.node, t.mT3PortAll(@4)), AllPorts(@4));
       }
   | LeftParen kw_all kw_component Colon kw_all kw_port RightParen
       { $$.node = PortPair(@1, AllPorts(@2), AllPorts(@2)); }
   | %empty
       {
         const tPosition& keyword = state.last_token;
-        $$.node = PortPair(keyword, t.mT3ConnectStmt(keyword, _sgT3NoStmt(), t.mT3Self(keyword), t.mT3PortAll(keyword), nullptr, nullptr), AllPorts(keyword));
+        $$.node = PortPair(keyword, PortEnd(keyword, t.mT3Self(keyword), t.mT3PortAll(keyword)), AllPorts(keyword));
       }
   ;
 
 port_ref:
     reference Colon port_spec
       {
-        $$.node = t.mT3ConnectStmt(@1, _sgT3NoStmt(), $1.node, $3.node, nullptr, nullptr);
+        $$.node = PortEnd(@1, $1.node, $3.node);
       }
   ;
 

@@ -80,6 +80,8 @@ Node Block(const tPosition& position, Node items, const tPosition& end);
 Node PrependStatements(Node reversed, Node list);
 Node DeclStatements(Node declarations, const tPosition& position);
 Node ConfigStatement(T3Kind kind, const tPosition& position, Node pair);
+/// One end of a connection, as a connection with itself, which PortPair takes apart.
+Node PortEnd(const tPosition& position, Node component, Node port);
 Node PortPair(const tPosition& position, Node a, Node b);
 Node AllPorts(const tPosition& position);
 Node IfStatement(const tPosition& position, Node condition, Node block, Node elseifs, Node otherwise);

@@ -52,6 +52,10 @@ Node ConfigStatement(T3Kind kind, const tPosition& position, Node pair) {
   return statement;
 }
 
+Node PortEnd(const tPosition& position, Node component, Node port) {
+  return t.mT3ConnectStmt(position, _sgT3NoStmt(), component, port, component, port);
+}
+
 Node PortPair(const tPosition& position, Node a, Node b) {
   auto* first = a->as<T3ConnectStmt>();
   auto* second = b->as<T3ConnectStmt>();
@@ -60,8 +64,7 @@ Node PortPair(const tPosition& position, Node a, Node b) {
 }
 
 Node AllPorts(const tPosition& position) {
-  return t.mT3ConnectStmt(position, _sgT3NoStmt(), t.mT3AllComponent(position), t.mT3PortAll(position),
-                          nullptr, nullptr);
+  return PortEnd(position, t.mT3AllComponent(position), t.mT3PortAll(position));
 }
 
 Node IfStatement(const tPosition& position, Node condition, Node block, Node elseifs, Node otherwise) {

@@ -81,8 +81,10 @@ void* T3Tree::NewBlock(size_t size) {
 void* T3Tree::NodeFromNewBlock(size_t size, NodeBlock& block) {
   size = Round(size);
   const size_t room = size > kBlockSize ? size : kBlockSize;
+  if (block.top != nullptr) full_.push_back(block);
   block.low = static_cast<char*>(NewBlock(room));
-  block.free = block.low + room - size;
+  block.top = block.low + room;
+  block.free = block.top - size;
   return block.free;
 }
 
@@ -107,6 +109,7 @@ void T3Tree::ReleaseT3TreeModule() {
   blocks_.clear();
   slab_free_ = slab_end_ = nullptr;
   nodes_ = decls_ = {};
+  full_.clear();
   array_types_.clear();
   attribute_free_ = attribute_end_ = nullptr;
   memory_ = 0;

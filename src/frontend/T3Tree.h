@@ -317,12 +317,17 @@ class T3Tree {
   struct NodeBlock {
     char* free = nullptr;
     char* low = nullptr;
+    char* top = nullptr;
   };
   void* NodeFromNewBlock(size_t size, NodeBlock& block);
+  bool NodesOfBlockFit(const NodeBlock& block) const;
+  bool AllNodesFit() const;
 
   NodeBlock nodes_;
   // Many stages go along a module's declarations and look at little else of the tree, so these lie together.
   NodeBlock decls_;
+  // The blocks that were filled before these two.
+  std::vector<NodeBlock> full_;
   // The numbers of all array types, in their order.
   std::vector<uint32_t> array_types_;
   // Blocks that were asked for singly, and the slabs that common ones are cut from.

@@ -276,6 +276,10 @@ TEST(TreeCheck, WrongAndMissingChildrenAreReported) {
   EXPECT_EQ("", CheckReportOf(missing, &passed));
   EXPECT_FALSE(passed);
   gT3AST.ConfigureT3Tree("CheckReportNoTree", "T");
+
+  // What is wrong elsewhere is no fault of this tree.
+  EXPECT_EQ("", CheckReportOf(ListOf(3), &passed));
+  EXPECT_TRUE(passed);
 }
 
 TEST(TreeSettings, KnownNamesAreTakenAndOthersReported) {
