@@ -6,6 +6,7 @@
 #include "analysis/T3Behaviour.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
+#include "analysis/T3TemplateRestrictions.h"
 #include "analysis/T3Unused.h"
 
 namespace {
@@ -26,9 +27,10 @@ struct Table {
   // Calls `use` with each kind and each rule for it, the rules of one kind in their order.
   template <class Use>
   static void ForEach(Use use) {
-    for (const auto& rules : {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(),
-                              StatementRules(), PortRules(), ValueRules(), TemplateRules(),
-                              InitializationRules(), SubtypeRules(), BehaviourRules(), UsageRules()})
+    for (const auto& rules :
+         {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), StatementRules(), PortRules(),
+          ValueRules(), TemplateRules(), InitializationRules(), SubtypeRules(), RestrictionRules(),
+          BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         for (auto kind = static_cast<size_t>(rule.kind);
              kind <= T3Tree_TypeRange[static_cast<size_t>(rule.kind)]; ++kind)

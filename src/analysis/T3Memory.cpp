@@ -3,6 +3,7 @@
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3TemplateRestrictions.h"
 #include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
 
@@ -59,7 +60,8 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
   ClearSharedLiterals();
   ForgetAltStatus();
   ForgetTemplateStatus();
-  ForgetSendingStatements();
+  ForgetTemplateUses();
+  ForgetRestricted();
   ForgetSubtyped();
   ZeroIntermediateAttributes(module);
 }

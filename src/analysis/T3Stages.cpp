@@ -1,6 +1,4 @@
 // Stages whose rules are not written yet: they keep their place in the order and return at once.
 #include "analysis/T3Stages.h"
 
-void ExplicifyTemplateModifies(T3Tree_Node*) {}
 void OmitCheck(T3Tree_Node*) {}
-void TemplateRestrictionsCheck(T3Tree_Node*) {}

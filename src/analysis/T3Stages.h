@@ -27,16 +27,20 @@ extern T3Eval gT3Eval;
 
 /// True when the module has a cycle of template definitions or modifications (T3Templates).
 bool TemplateCyclesFound();
-/// Replaces template modifications by whole templates (T3Templates).
+/// Replaces template modifications by whole templates (T3TemplateMerge).
 void ExplicifyTemplateModifies(T3Tree_Node* root);
-/// Refuses what is sent and may match several values (T3TemplateRules).
+/// Refuses what is sent and may match several values, and what is used otherwise and was not known before the
+/// modifications were resolved (T3TemplateRules).
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node* root);
-/// Forgets the statements that the walk has noted for it.
-void ForgetSendingStatements();
+/// Forgets what the walk has noted for both.
+void ForgetTemplateUses();
 void OmitCheck(T3Tree_Node* root);
+/// Holds templates to their restrictions (T3TemplateRestrictions).
 void TemplateRestrictionsCheck(T3Tree_Node* root);
 /// Checks values against their subtypes (T3Subtypes).
 void CheckSubtypes(T3Tree_Node* root);
+/// Has that check look at `made` in the place of `written`.
+void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made);
 /// Forgets the constants that the evaluation has noted for that check.
 void ForgetSubtyped();
 /// Lists the fields of `anytype` (T3Types).

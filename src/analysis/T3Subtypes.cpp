@@ -297,6 +297,9 @@ std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
 // How many were noted when each of the types was entered that the walk is in.
 std::vector<size_t>& g_types_entered = *new std::vector<size_t>;
 
+// The numbers of those that something else has taken the place of.
+std::unordered_set<uint32_t>& g_replaced = *new std::unordered_set<uint32_t>;
+
 void NoteSubtyped(T3Tree_Node* node) {
   auto* expression = node->as<_T3Expression>();
   if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
@@ -337,7 +340,8 @@ void EnterType() {
 
 void CheckSubtypes(T3Tree_Node*) {
   std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
-  for (const Subtyped& noted : g_subtyped) CheckSubtypes1(noted.expression);
+  for (const Subtyped& noted : g_subtyped)
+    if (g_replaced.count(noted.expression->number) == 0) CheckSubtypes1(noted.expression);
   ForgetSubtyped();
   g_sets.clear();
   g_value_sets.clear();
@@ -345,7 +349,13 @@ void CheckSubtypes(T3Tree_Node*) {
   ForgetConstantValues();
 }
 
+void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
+  g_replaced.insert(written->number);
+  NoteSubtyped(made);
+}
+
 void ForgetSubtyped() {
+  g_replaced.clear();
   g_subtyped.clear();
   g_types_entered.clear();
 }

@@ -1,11 +1,14 @@
 // The rules of template definitions, and of what may be sent.
+#include <utility>
 #include <vector>
 
 #include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
+#include "analysis/T3ConstantValues.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3TemplateMerge.h"
 #include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
@@ -86,41 +89,61 @@ void WarnOfEffects(T3Tree_Node* node) {
   }
 }
 
-// ---- Uses ----
+// ---- Modifications ----
 
-// The statements whose templates are looked at when all of the module is known.
-std::vector<T3Tree_Node*>& g_sending = *new std::vector<T3Tree_Node*>;
+// The definitions that modify others, in source order.
+std::vector<T3Tree_Node*>& g_modifying = *new std::vector<T3Tree_Node*>;
 
-void NoteSending(T3Tree_Node* node) {
-  g_sending.push_back(node);
+void NoteModifying(T3Tree_Node* node) {
+  if (node->as<T3TemplateDef>()->modifies->is<T3TemplateReference>()) g_modifying.push_back(node);
 }
 
-bool HasTemplate(T3Tree_Node* statement) {
-  T3Tree_Node* value = statement->as<_T3TemplatePortStmt>()->template_value;
+// ---- Uses ----
+
+// A use of a template, and what it must not be.
+struct Use {
+  T3Tree_Node* node;
+  T3Tree_Node* value;
+  vexa_template_mode_t mode;
+  int refused;
+  const _vexa_error_message_t* message;
+};
+// The uses that are looked at when all of the module is known, and templates that modify others are merged.
+std::vector<Use>& g_uses = *new std::vector<Use>;
+
+T3Tree_Node* ValueOf(T3Tree_Node* statement) {
+  return statement->as<_T3TemplatePortStmt>()->template_value;
+}
+
+bool IsKnown(T3Tree_Node* value) {
   return value->is<T3TemplateDef>() && !ExpressionBaseType(value)->is<T3ErrorType>();
 }
 
-int StatusOf(T3Tree_Node* statement, bool deep, vexa_template_mode_t mode) {
-  return CollectTemplateStatus(statement->as<_T3TemplatePortStmt>()->template_value, deep, mode);
+void Check(const Use& use) {
+  if (!IsKnown(use.value)) return;
+  const T3TemplateStatus status = CollectTemplateStatus(use.value, false, use.mode);
+  if (status.awaits_merge && status.value < use.refused)
+    g_uses.push_back(use);
+  else if (status.value >= use.refused)
+    vexa_filtered_error(*use.message, PositionOf(use.node));
 }
 
-void RefuseMatching(T3Tree_Node* node, vexa_template_mode_t mode) {
-  if (HasTemplate(node) && StatusOf(node, false, mode) > kStatusReference)
-    vexa_filtered_error(ERR_template_ambiguous, PositionOf(node));
+void RefuseMatching(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t mode) {
+  Check({node, value, mode, kStatusMatching, &ERR_template_ambiguous});
+}
+void RefuseUndefined(T3Tree_Node* node, vexa_template_mode_t mode) {
+  Check({node, ValueOf(node), mode, kStatusUndefined, &ERR_template_underdefined});
 }
 
+void NoteSending(T3Tree_Node* node) {
+  g_uses.push_back({node, ValueOf(node), vexa_template_mode_t::Message, kStatusMatching, nullptr});
+}
 void CheckCall(T3Tree_Node* node) {
-  RefuseMatching(node, vexa_template_mode_t::Call);
+  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Call);
 }
 void CheckReply(T3Tree_Node* node) {
-  RefuseMatching(node, vexa_template_mode_t::Reply);
+  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
-
-void RefuseUndefined(T3Tree_Node* node, vexa_template_mode_t mode) {
-  if (HasTemplate(node) && StatusOf(node, false, mode) == kStatusUndefined)
-    vexa_filtered_error(ERR_template_underdefined, PositionOf(node));
-}
-
 void CheckReceive(T3Tree_Node* node) {
   RefuseUndefined(node, vexa_template_mode_t::Message);
 }
@@ -130,17 +153,22 @@ void CheckGetCall(T3Tree_Node* node) {
 void CheckGetReply(T3Tree_Node* node) {
   RefuseUndefined(node, vexa_template_mode_t::Reply);
 }
-
 void CheckValueOf(T3Tree_Node* node) {
-  T3Tree_Node* value = node->as<T3ValueOf>()->template_value;
-  if (value->is<T3TemplateDef>() && !ExpressionBaseType(value)->is<T3ErrorType>() &&
-      CollectTemplateStatus(value, false, vexa_template_mode_t::Message) > kStatusReference)
+  RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_mode_t::Message);
+}
+
+void CheckSending(T3Tree_Node* node, T3Tree_Node* value) {
+  if (!IsKnown(value)) return;
+  if (CollectTemplateStatus(value, false, vexa_template_mode_t::Message).value > kStatusReference)
     vexa_filtered_error(ERR_template_ambiguous, PositionOf(node));
+  else if (CollectTemplateStatus(value, true, vexa_template_mode_t::Message).value > kStatusReference)
+    WarnAt(node, "template may contain matching expressions (will be checked at run-time)");
 }
 
 constexpr T3Rule kRules[] = {
     {T3Kind::T3TemplateDef, CheckKindOfTemplate},
     {T3Kind::T3TemplateDef, CheckRestriction},
+    {T3Kind::T3TemplateDef, NoteModifying},
     {T3Kind::T3TemplateDecl, WarnOfEffects},
     {T3Kind::T3SendStmt, NoteSending},
     {T3Kind::T3RaiseStmt, NoteSending},
@@ -158,17 +186,24 @@ std::span<const T3Rule> TemplateRules() {
   return kRules;
 }
 
-void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
-  for (T3Tree_Node* statement : g_sending) {
-    if (!HasTemplate(statement)) continue;
-    if (StatusOf(statement, false, vexa_template_mode_t::Message) > kStatusReference)
-      vexa_filtered_error(ERR_template_ambiguous, PositionOf(statement));
-    else if (StatusOf(statement, true, vexa_template_mode_t::Message) > kStatusReference)
-      WarnAt(statement, "template may contain matching expressions (will be checked at run-time)");
-  }
-  ForgetSendingStatements();
+void ExplicifyTemplateModifies(T3Tree_Node*) {
+  for (T3Tree_Node* definition : g_modifying) MergedConstraint(definition);
+  ForgetConstantValues();
+  ForgetTemplateStatus();
 }
 
-void ForgetSendingStatements() {
-  g_sending.clear();
+void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
+  // A use that still waits, for a merge that an earlier fault has prevented, is left.
+  const std::vector<Use> uses = std::move(g_uses);
+  for (const Use& use : uses)
+    if (use.message == nullptr)
+      CheckSending(use.node, use.value);
+    else
+      Check(use);
+  ForgetTemplateUses();
+}
+
+void ForgetTemplateUses() {
+  g_uses.clear();
+  g_modifying.clear();
 }

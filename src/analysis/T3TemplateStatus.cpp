@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "analysis/T3References.h"
+#include "analysis/T3TemplateMerge.h"
 #include "analysis/T3Types.h"
 
 namespace {
@@ -12,7 +13,7 @@ namespace {
 constexpr int kMaxDepth = 200;
 
 // By the number of a declaration and the question; what is being looked through counts as a reference.
-std::unordered_map<uint64_t, int>& g_known = *new std::unordered_map<uint64_t, int>;
+std::unordered_map<uint64_t, T3TemplateStatus>& g_known = *new std::unordered_map<uint64_t, T3TemplateStatus>;
 
 struct Collection {
   bool deep;
@@ -20,9 +21,11 @@ struct Collection {
   /// The signature of the whole template, null inside of its fields.
   T3SignatureType* signature;
   int depth = 0;
+  bool awaits_merge = false;
 
   int Of(T3Tree_Node* node);
   int OfDecl(T3TemplateDecl* decl);
+  int OfDefinition(T3TemplateDef* definition);
   int OfReference(T3Tree_Node* reference);
   int OfCompound(T3CompoundValue* compound);
   int OfParameters(T3Parameterization* call);
@@ -78,10 +81,16 @@ int Collection::OfParameters(T3Parameterization* call) {
 int Collection::OfDecl(T3TemplateDecl* decl) {
   const uint64_t key = uint64_t{decl->number} << 4 | (signature != nullptr ? 8 : 0) |
                        static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
-  const auto [known, made] = g_known.try_emplace(key, kStatusReference);
-  if (!made) return known->second;
+  const auto [known, made] = g_known.try_emplace(key, T3TemplateStatus{kStatusReference});
+  if (!made) {
+    awaits_merge = awaits_merge || known->second.awaits_merge;
+    return known->second.value;
+  }
+  const bool outside = std::exchange(awaits_merge, false);
   const int status = std::max(Of(decl->definition), kStatusReference);
-  return g_known[key] = status;
+  g_known[key] = {status, awaits_merge};
+  awaits_merge = awaits_merge || outside;
+  return status;
 }
 
 // A name, a field of what it names, or a call.
@@ -99,6 +108,14 @@ int Collection::OfReference(T3Tree_Node* reference) {
   return OfDecl(def->as<T3TemplateDecl>());
 }
 
+int Collection::OfDefinition(T3TemplateDef* definition) {
+  if (AwaitsMerge(definition)) {
+    awaits_merge = true;
+    return kStatusReference;
+  }
+  return Of(definition->constraint);
+}
+
 int Collection::Of(T3Tree_Node* node) {
   if (depth >= kMaxDepth) return kStatusReference;
   ++depth;
@@ -106,7 +123,7 @@ int Collection::Of(T3Tree_Node* node) {
   if (node->is<T3NoTemplateDef>())
     status = kStatusReference;
   else if (auto* definition = node->try_as<T3TemplateDef>())
-    status = definition->modifies->is<T3TemplateReference>() ? kStatusReference : Of(definition->constraint);
+    status = OfDefinition(definition);
   else if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())
     status = kStatusMatching;
   else if (node->is<T3NotUsedSymbol>())
@@ -120,8 +137,10 @@ int Collection::Of(T3Tree_Node* node) {
 }
 }  // namespace
 
-int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
-  return Collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()}.Of(node);
+T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
+  Collection collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()};
+  const int value = collection.Of(node);
+  return {value, collection.awaits_merge};
 }
 
 void ForgetTemplateStatus() {

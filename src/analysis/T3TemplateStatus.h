@@ -12,9 +12,14 @@ inline constexpr int kStatusUndefined = 3;
 /// The parameters that an operation on a signature uses.
 enum class vexa_template_mode_t { Message, Call, Reply };
 
+struct T3TemplateStatus {
+  int value = kStatusPlain;
+  /// Something that modifies another template has not been merged yet, and counts as a reference: which fields
+  /// are left is not known before.
+  bool awaits_merge = false;
+};
+
 /// The status of a template definition or expression in an operation. `deep`: actual parameters count too.
-/// What is made by modifying another template counts as a reference: which fields are left is not known
-/// before the two are merged.
-int CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode);
+T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode);
 /// Forgets what is known of declarations.
 void ForgetTemplateStatus();
