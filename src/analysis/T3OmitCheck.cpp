@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "analysis/T3Names.h"
-#include "analysis/T3References.h"
+#include "analysis/T3RuleParts.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
@@ -13,16 +13,6 @@
 namespace {
 // References are followed no further than this.
 constexpr int kMaxDepth = 200;
-
-T3TemplateDecl* TemplateNamed(T3Tree_Node* reference) {
-  T3Tree_Node* def = DefQuietly(reference);
-  return T3Is<T3TemplateDecl>(def) ? def->as<T3TemplateDecl>() : nullptr;
-}
-
-T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
-  auto* def = definition->try_as<T3TemplateDef>();
-  return def == nullptr ? definition : def->constraint;
-}
 
 // The value of a field in the compound that an expression stands for; null where there is none.
 T3Tree_Node* DefineFieldValue(T3Tree_Node* expression, tIdent name) {

@@ -1,6 +1,7 @@
 #include "analysis/T3RuleParts.h"
 
 #include "analysis/T3Names.h"
+#include "analysis/T3References.h"
 #include "analysis/T3Types.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
@@ -23,4 +24,14 @@ void RefuseInControlPart(T3Tree_Node* node, const char* what) {
 
 void WarnAt(T3Tree_Node* node, const std::string& text) {
   if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
+}
+
+T3TemplateDecl* TemplateNamed(T3Tree_Node* reference) {
+  T3Tree_Node* def = DefQuietly(reference);
+  return T3Is<T3TemplateDecl>(def) ? def->as<T3TemplateDecl>() : nullptr;
+}
+
+T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
+  auto* def = definition->try_as<T3TemplateDef>();
+  return def == nullptr ? definition : def->constraint;
 }

@@ -1,5 +1,5 @@
 // What the units of rules share: whether an expression is there, whether it has failed, where a node stands,
-// and warnings.
+// what a name of a template means, and warnings.
 #pragma once
 
 #include <string>
@@ -19,3 +19,7 @@ bool IsInControlPart(T3Tree_Node* node);
 void RefuseInControlPart(T3Tree_Node* node, const char* what);
 /// Warns at a node, as loud as its module is.
 void WarnAt(T3Tree_Node* node, const std::string& text);
+/// The template that a name means, found without reports; null for anything else.
+T3TemplateDecl* TemplateNamed(T3Tree_Node* reference);
+/// The constraint of a template definition; any other node is its own.
+T3Tree_Node* ConstraintOf(T3Tree_Node* definition);

@@ -22,19 +22,9 @@ void Refuse(T3Tree_Node* node, const char* what, const char* where) {
   vexa_filtered_error(ERR_not_allowed_for, PositionOf(node), what, where);
 }
 
-T3TemplateDecl* TemplateNamed(T3Tree_Node* reference) {
-  T3Tree_Node* def = DefQuietly(reference);
-  return T3Is<T3TemplateDecl>(def) ? def->as<T3TemplateDecl>() : nullptr;
-}
-
 T3TemplateDecl* TemplateCalled(T3Tree_Node* node) {
   auto* call = node->try_as<T3Parameterization>();
   return call == nullptr ? nullptr : TemplateNamed(call->base);
-}
-
-T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
-  auto* def = definition->try_as<T3TemplateDef>();
-  return def == nullptr ? definition : def->constraint;
 }
 
 // ---- What an expression can produce ----

@@ -251,6 +251,16 @@ void CGSetSourceLine(CFunction& function, const tPosition& position) {
   function.call(LUMO_SOURCE_LOCATION_SET_LINE, {std::to_string(position.Line), VEXA_CONTEXT});
 }
 
+void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what) {
+  std::string text =
+      CGSourceFileName(CGCurrentModule()) + " - line " + std::to_string(position.Line) + " : " + what;
+  // the name of a file must not end the comment
+  for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
+    text.insert(at + 1, " ");
+  function.addText("\n");
+  function.addComment(text);
+}
+
 void CGLogInformation(CFunction& function, const std::string& text) {
   function.call(LUMO_LOG_STRING_TO_ALL, {LUMO_LOG_MSG_INFO_C, Quote(text), VEXA_CONTEXT});
 }

@@ -1,5 +1,136 @@
 #include "generator/CGValue.h"
 
-void CGValue(T3Tree_Node*) {}
+#include "driver/T3Error.h"
+#include "driver/T3Exception.h"
+#include "generator/CGExpression.h"
+#include "generator/CGModule.h"
+#include "generator/CGTypeAccess.h"
+#include "generator/CGTypeTables.h"
+#include "generator/CLocations.h"
+#include "generator/LUMOS.h"
+#include "generator/T3CodeDefs.h"
+#include "generator/T3Context.h"
 
-void CGModulePar(T3Tree_Node*) {}
+namespace {
+const tPosition& PositionOfDecl(T3Tree_Node* decl) {
+  return decl->as<_T3DeclList>()->position;
+}
+tIdent NameOfDecl(T3Tree_Node* decl) {
+  return decl->as<_T3Decl>()->name;
+}
+
+// A comment that tells the place in the source, and the call that tells it when the suite runs.
+void Mark(T3Tree_Node* decl, const std::string& what, CFunction& function) {
+  const tPosition& position = PositionOfDecl(decl);
+  CGCommentPlace(function, position, what);
+  CGSetSourceLine(function, position);
+}
+
+void AddRow(const std::string& name, const char* kind, T3Tree_Node* type) {
+  CGSymTabAddEntry({Quote(name), kind, VEXAStaticTypeRef(type)});
+}
+
+std::string RowOf(tIdent module, tIdent name) {
+  return getSignature("", LUMO_FIND_ELEMENT_WITH_CHECK, {Quote(module), Quote(name), VEXA_CONTEXT});
+}
+
+// Enters a value in its row, where other modules find it, and deletes it with the module.
+void Publish(T3Tree_Node* decl, const std::string& location, CFunction& function) {
+  function.assign(RowOf(CGCurrentModule()->name, NameOfDecl(decl)) + "->" + TypeOrValueDescriptor(decl),
+                  location);
+  CFunction& finalize = gT3Context.finalizeFunction();
+  finalize.call(LUMO_VALUE_DELETE, {"&(" + location + ")", VEXA_CONTEXT});
+  finalize.assign(location, C_NULL);
+}
+
+void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function) {
+  function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
+                         {VEXATypeRef(type), Quote(NameOfDecl(decl)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
+}
+
+void CGConstant(T3ConstDecl* decl) {
+  const std::string location = VEXAConstName(decl);
+  AddRow(gIdents.GetCStr(decl->name), LUMO_SYMTAB_KIND_CONSTANT, decl->type);
+  gT3Context.file().addVariable(LUMO_VALUE_T, location, true);
+  CFunction& function = gT3Context.initializeFunction();
+  Mark(decl, T3KindName(decl), function);
+  Instantiate(location, decl, decl->type, function);
+  {
+    const CGStatementScope scope(function);
+    CGAssign(location, decl->value, false, function);
+  }
+  Publish(decl, location, function);
+}
+
+// User code gives the value.
+void CGExternalConstant(T3ExtConstDecl* decl) {
+  const std::string location = VEXAExtConstName(decl);
+  AddRow(gIdents.GetCStr(decl->name), LUMO_SYMTAB_KIND_EXTERNAL_CONSTANT, decl->type);
+  CFile& file = gT3Context.file();
+  file.addVariable(LUMO_VALUE_T, location, true);
+  CFunction& function = gT3Context.initializeFunction();
+  Instantiate(location, decl, decl->type, function);
+  const std::string value = function.getTmpVariable(LUMO_VALUE_T);
+  function.assign(value, location);
+  file.addExternalFunctionDecl(C_VOID, VEXAExtObjectName(decl),
+                               {FormalPar(LUMO_VALUE_T, "value"), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)});
+  function.call(VEXAExtObjectName(decl), {value, VEXA_CONTEXT});
+  function.releaseTmpVariable(value);
+  Publish(decl, location, function);
+}
+
+const char* SymtabKind(T3Tree_Node* import) {
+  return import->is<T3ImportConstDecl>() ? LUMO_SYMTAB_KIND_CONSTANT : LUMO_SYMTAB_KIND_MODULE_PARAMETER;
+}
+
+// The function in which the origin of an import has its value by then.
+CFunction& TargetFunction(T3Tree_Node* import) {
+  return import->is<T3ImportConstDecl>() ? gT3Context.initializeFunction()
+                                         : gT3Context.moduleParamsInitializeFunction();
+}
+
+void CGImportedValue(T3Tree_Node* import) {
+  auto* decl = import->as<_T3ImportDecl>();
+  T3Tree_Node* origin = decl->attr().def_aux;
+  if (!T3Is<_T3InstanceDecl>(origin)) internal_error_ast("CGValue", __LINE__, "CGImportedValue", import);
+  const std::string location = VEXAConstName(import);
+  const tIdent module = origin->place->vexa_module_name;
+  AddRow(std::string(gIdents.GetString(module)) + '.' + gIdents.GetCStr(NameOfDecl(origin)),
+         SymtabKind(import), origin->as<_T3InstanceDecl>()->type);
+  gT3Context.file().addVariable(LUMO_VALUE_T, location, true);
+  TargetFunction(import).assign(location, "((" + std::string(LUMO_VALUE_T) + ") " + FindOriginCall(import) +
+                                              "->" + TypeOrValueDescriptor(import) + ")");
+}
+}  // namespace
+
+void CGValue(T3Tree_Node* decl) {
+  if (auto* constant = decl->try_as<T3ConstDecl>()) return CGConstant(constant);
+  if (auto* external = decl->try_as<T3ExtConstDecl>()) return CGExternalConstant(external);
+  if (decl->is<T3ImportConstDecl>() || decl->is<T3ImportModuleParDecl>()) return CGImportedValue(decl);
+  throw internal_exception("CGValue", __LINE__, "CGValue", "Unhandled node type");
+}
+
+void CGModulePar(T3Tree_Node* node) {
+  auto* decl = node->as<T3ModuleParDecl>();
+  const std::string location = VEXAModuleParName(decl);
+  const std::string name = gIdents.GetCStr(decl->name);
+  AddRow(name, LUMO_SYMTAB_KIND_MODULE_PARAMETER, decl->type);
+  gT3Context.file().addVariable(LUMO_VALUE_T, location, true);
+  CFunction& function = gT3Context.moduleParamsInitializeFunction();
+  Mark(decl, "module parameter " + name, function);
+  Instantiate(location, decl, decl->type, function);
+  const std::vector<std::string> arguments = {Quote(CGCurrentModule()->name), Quote(name), location,
+                                              VEXA_CONTEXT};
+  if (!T3Is<_T3Expression>(decl->value) || decl->value->is<T3NoExpression>()) {
+    function.call(LUMO_RETRIEVE_MODULE_PARAMETER, arguments);
+  } else {
+    // What the test system gives comes before the default of the source.
+    function.beginIf("!(" + getSignature("", LUMO_RETRIEVE_MODULE_PARAMETER, arguments) + ")");
+    {
+      const CGStatementScope scope(function);
+      CGAssign(location, decl->value, true, function);
+    }
+    function.endIf();
+  }
+  Publish(decl, location, function);
+}

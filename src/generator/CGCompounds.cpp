@@ -1,0 +1,95 @@
+// Compound values: the value of the whole is reserved, and its parts are assigned to it one by one.
+#include "analysis/T3Constants.h"
+#include "analysis/T3Types.h"
+#include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CLocations.h"
+#include "generator/T3CodeDefs.h"
+#include "generator/T3Context.h"
+
+namespace cg {
+namespace {
+std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
+  std::vector<T3FieldValue*> items;
+  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    items.push_back(at->as<T3FieldValue>());
+  return items;
+}
+
+// Assigns one part, and gives what it has taken back to the parts that follow.
+void AssignPart(const std::string& word, const std::string& target, const std::string& index,
+                T3Tree_Node* value, CFunction& function) {
+  function.call(word, {target, index, InRTS(value, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+// The text of an item's index in a list whose first index is `first`.
+std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunction& function) {
+  if (auto* place = item->field->try_as<T3FieldIndex>())
+    return CastToUnsignedLong(InC(place->index, function));
+  return std::to_string(first + static_cast<int64_t>(position));
+}
+
+void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  size_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) {
+    const size_t index = position++;
+    if (item->value->is<T3NotUsedSymbol>()) continue;
+    auto* name = item->field->try_as<T3FieldName>();
+    const int64_t place =
+        name != nullptr ? GetAlternativeIndex(type, name->name, true) : static_cast<int64_t>(index);
+    AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
+               std::to_string(place), item->value, function);
+  }
+}
+
+void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  const auto bounds = KnownBounds(type);
+  if (!bounds) NotSupported(node);
+  size_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) {
+    const size_t index = position++;
+    if (item->value->is<T3NotUsedSymbol>()) continue;
+    AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT_PARTIAL : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
+               target, IndexText(item, bounds->low, index, function), item->value, function);
+  }
+}
+
+void FillList(T3CompoundValue* node, const std::string& target, CFunction& function) {
+  const std::vector<T3FieldValue*> items = ItemsOf(node);
+  if (items.empty()) {
+    function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
+    return;
+  }
+  function.call(LUMO_VALUE_SET_VECTOR_SIZE, {target, std::to_string(items.size()), VEXA_CONTEXT});
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (items[i]->value->is<T3NotUsedSymbol>()) continue;
+    if (items[i]->permutation_kind != t3_permutation_kind_t::No) NotSupported(node);
+    AssignPart(i == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
+               IndexText(items[i], 0, i, function), items[i]->value, function);
+  }
+}
+
+void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  const std::vector<T3FieldValue*> items = ItemsOf(node);
+  auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
+  if (name == nullptr || type->is<T3AnyType>()) NotSupported(node);
+  const std::string alternative = Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,
+                         {target, std::to_string(GetAlternativeIndex(type, name->name, true)), VEXA_CONTEXT});
+  CGAssign(alternative, items.front()->value, false, function);
+}
+}  // namespace
+
+void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* type = TypeOf(node);
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  if (type->is<T3UnionType>() || type->is<T3AnyType>())
+    FillUnion(node, type, target, function);
+  else if (type->is<T3ArrayType>())
+    FillArray(node, type, target, function);
+  else if (type->is<_T3HomogeneousType>())
+    FillList(node, target, function);
+  else
+    FillMembers(node, type, target, function);
+}
+}  // namespace cg

@@ -1,0 +1,42 @@
+// Expressions: the C statements that evaluate a tree, and where its result is. A result has two forms, an
+// expression of C (numbers, truth values, texts) and a run-time value; each kind of node is natural in one,
+// and is converted where the other is wanted.
+#pragma once
+
+#include <string>
+
+#include "FileAPI/CFunction.h"
+#include "frontend/T3Tree.h"
+
+/// The form that is wanted of a result: `CLocation` or `RTSLocation` of the node.
+enum vexa_expression_mode_t { vexa_c_mode, vexa_rts_mode };
+
+/// How long a new run-time value lives.
+enum vexa_allocation_mode_t { vexa_temp_alloc, vexa_perm_alloc, vexa_strategy_alloc };
+
+/// The argument of the run-time system's calls for it.
+std::string AllocationMode(vexa_allocation_mode_t mode);
+
+/// Evaluates an expression; a node that already has the location that is wanted is not evaluated again.
+/// Throws internal_exception for what no value can be made of.
+void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocation_mode_t allocation,
+                  CFunction& function);
+
+/// Assigns an expression to the run-time value that `target` means. `log_modification`: the tools are told.
+void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function);
+
+/// The form in which the value of an expression is natural.
+vexa_expression_mode_t NaturalMode(T3Tree_Node* node);
+
+/// Frees the temporaries and locations that a statement's expression has taken, when nothing reads them any
+/// more. One lives at a time.
+class CGStatementScope {
+ public:
+  explicit CGStatementScope(CFunction& function);
+  CGStatementScope(const CGStatementScope&) = delete;
+  CGStatementScope& operator=(const CGStatementScope&) = delete;
+  ~CGStatementScope();
+
+ private:
+  CFunction& function_;
+};

@@ -1,0 +1,172 @@
+// Predefined functions: calls of the run-time system.
+#include "analysis/T3Types.h"
+#include "asn1/integration/T3Representation.h"
+#include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CLocations.h"
+#include "generator/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+// Whether the module's edition has the older meaning of some conversions.
+bool IsEarlyEdition() {
+  T3Tree_Node* edition = CGCurrentModule()->representation;
+  return T3Is<T3TTCN_3_Edition1>(edition) || T3Is<T3TTCN_3_Edition2>(edition);
+}
+
+// A function of one operand: its word, and the form that the operand is wanted in.
+struct Conversion {
+  T3Kind kind;
+  const char* word;
+  vexa_expression_mode_t operand;
+};
+const Conversion kConversions[] = {
+    {T3Kind::T3Oct2Char, LUMO_OCT2CHAR, vexa_rts_mode},
+    {T3Kind::T3Char2Oct, LUMO_CHAR2OCT, vexa_rts_mode},
+    {T3Kind::T3Int2Str, LUMO_INT2STR, vexa_c_mode},
+    {T3Kind::T3Int2Float, LUMO_INT2FLOAT, vexa_c_mode},
+    {T3Kind::T3Char2Int, LUMO_CHAR2INT, vexa_rts_mode},
+    {T3Kind::T3UniChar2Int, LUMO_UNICHAR2INT, vexa_rts_mode},
+    {T3Kind::T3Bit2Int, LUMO_BIT2INT, vexa_rts_mode},
+    {T3Kind::T3Hex2Int, LUMO_HEX2INT, vexa_rts_mode},
+    {T3Kind::T3Oct2Int, LUMO_OCT2INT, vexa_rts_mode},
+    {T3Kind::T3Float2Int, LUMO_FLOAT2INT, vexa_c_mode},
+    {T3Kind::T3Enum2Int, LUMO_ENUM2INT, vexa_rts_mode},
+    {T3Kind::T3Bit2Str, LUMO_BIT2STR, vexa_rts_mode},
+    {T3Kind::T3Hex2Str, LUMO_HEX2STR, vexa_rts_mode},
+    {T3Kind::T3Bit2Hex, LUMO_BIT2HEX, vexa_rts_mode},
+    {T3Kind::T3Hex2Oct, LUMO_HEX2OCT, vexa_rts_mode},
+    {T3Kind::T3Bit2Oct, LUMO_BIT2OCT, vexa_rts_mode},
+    {T3Kind::T3Hex2Bit, LUMO_HEX2BIT, vexa_rts_mode},
+    {T3Kind::T3Oct2Hex, LUMO_OCT2HEX, vexa_rts_mode},
+    {T3Kind::T3Oct2Bit, LUMO_OCT2BIT, vexa_rts_mode},
+    {T3Kind::T3Rnd, LUMO_RND, vexa_rts_mode},
+};
+
+// The words that depend on the edition or on the type of the result; empty for other kinds.
+std::string VaryingWord(T3Tree_Node* node) {
+  const bool early = IsEarlyEdition();
+  T3Tree_Node* type = TypeOf(node);
+  const bool is_string = type->is<T3CharStringType>() || type->is<T3UniversalCharStringType>();
+  switch (node->kind) {
+    case T3Kind::T3Oct2Str:
+      return early ? LUMO_OCT2CHAR : LUMO_OCT2STR;
+    case T3Kind::T3Str2Oct:
+      return early ? LUMO_CHAR2OCT : LUMO_STR2OCT;
+    case T3Kind::T3Str2Int:
+      return early ? LUMO_STR2INT_ZERO : LUMO_STR2INT;
+    case T3Kind::T3Str2Float:
+      return early ? LUMO_STR2FLOAT_ZERO : LUMO_STR2FLOAT;
+    case T3Kind::T3Int2Char:
+      return is_string ? LUMO_INT2CHARSTR : LUMO_INT2CHAR;
+    case T3Kind::T3Int2UniChar:
+      return is_string ? LUMO_INT2UNICHARSTR : LUMO_INT2UNICHAR;
+    default:
+      return "";
+  }
+}
+
+const Conversion* ConversionOf(T3Kind kind) {
+  for (const Conversion& conversion : kConversions)
+    if (conversion.kind == kind) return &conversion;
+  return nullptr;
+}
+
+// Stores the call of a function whose result is a run-time value.
+void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode allocation) {
+  arguments.push_back(AllocationMode(allocation));
+  arguments.emplace_back(VEXA_CONTEXT);
+  StoreRTSLocation(node, Call(word, arguments));
+}
+
+std::string Number(T3Tree_Node* node, CFunction& function) {
+  return CastToUnsignedLong(InC(node, function));
+}
+
+void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
+  if (auto* sized = node->try_as<_T3PreDefinedLengthFunction>()) {
+    const char* word = node->is<T3Int2Bit>()   ? LUMO_INT2BIT
+                       : node->is<T3Int2Hex>() ? LUMO_INT2HEX
+                                               : LUMO_INT2OCT;
+    const std::string value = InC(node->value, function);
+    return Store(node, word, {value, InC(sized->length, function)}, allocation);
+  }
+  if (auto* replace = node->try_as<T3Replace>()) {
+    const std::string value = InRTS(node->value, vexa_temp_alloc, function);
+    const std::string index = Number(replace->index, function);
+    const std::string count = Number(replace->count, function);
+    return Store(node, LUMO_REPLACE,
+                 {value, index, count, InRTS(replace->replace_with, vexa_temp_alloc, function)}, allocation);
+  }
+  const std::string varying = VaryingWord(node);
+  if (!varying.empty()) {
+    const bool from_number = node->is<T3Int2Char>() || node->is<T3Int2UniChar>();
+    return Store(node, varying,
+                 {from_number ? InC(node->value, function) : InRTS(node->value, vexa_temp_alloc, function)},
+                 allocation);
+  }
+  const Conversion* conversion = ConversionOf(node->kind);
+  if (conversion == nullptr) NotSupported(node);
+  Store(node, conversion->word,
+        {conversion->operand == vexa_c_mode ? InC(node->value, function)
+                                            : InRTS(node->value, vexa_temp_alloc, function)},
+        allocation);
+}
+
+// `ispresent` and `ischosen` ask the value around the field.
+void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
+  auto* field = operand->try_as<T3Qualifier>();
+  if (field == nullptr) NotSupported(node);
+  const std::string parent = InRTS(field->base, vexa_temp_alloc, function);
+  const long index = GetAlternativeIndex(TypeOf(field->base), field->id, true);
+  StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
+                            {parent, std::to_string(index), VEXA_CONTEXT}));
+}
+
+void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* operand = node->template_value;
+  if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
+  if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
+  const std::string value = InRTS(operand, vexa_temp_alloc, function);
+  switch (node->kind) {
+    case T3Kind::T3LengthOf:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
+    case T3Kind::T3SizeOf:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
+    case T3Kind::T3SizeOfType:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {value, VEXA_CONTEXT})));
+    case T3Kind::T3IsValue:
+      return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
+    case T3Kind::T3EncValue:
+      return Store(node, LUMO_ENCVALUE, {value}, allocation);
+    case T3Kind::T3Substring: {
+      const std::string index = Number(node->as<T3Substring>()->index, function);
+      return Store(node, LUMO_SUBSTRING, {value, index, Number(node->as<T3Substring>()->count, function)},
+                   allocation);
+    }
+    case T3Kind::T3Decompose: {
+      const std::string index = Number(node->as<T3Decompose>()->index, function);
+      return Store(node, LUMO_DECOMPOSE, {value, index, Number(node->as<T3Decompose>()->count, function)},
+                   allocation);
+    }
+    default:
+      NotSupported(node);
+  }
+}
+}  // namespace
+
+bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  if (auto* plain = node->try_as<_T3PreDefinedFunction>()) {
+    Plain(plain, allocation, function);
+  } else if (auto* of_template = node->try_as<_T3PreDefinedTemplateFunction>()) {
+    OfTemplate(of_template, allocation, function);
+  } else if (auto* regexp = node->try_as<T3Regexp>()) {
+    const std::string text = InRTS(regexp->argument, vexa_temp_alloc, function);
+    const std::string pattern = InRTS(regexp->pattern, vexa_temp_alloc, function);
+    Store(node, LUMO_REGEXP_REGEXP, {text, pattern, InC(regexp->number, function)}, allocation);
+  } else {
+    return false;
+  }
+  return true;
+}
+}  // namespace cg

@@ -1,0 +1,85 @@
+// References: constants and parameters of modules, enumeration values, fields and elements of values.
+#include "analysis/T3Types.h"
+#include "generator/CGExpressionParts.h"
+#include "generator/CLocations.h"
+#include "generator/LUMOS.h"
+#include "generator/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+// The C name of what a declaration at module level means.
+std::string AccessNamedEntity(T3Tree_Node* decl) {
+  switch (decl->kind) {
+    case T3Kind::T3ConstDecl:
+    case T3Kind::T3ImportConstDecl:
+    case T3Kind::T3ImportModuleParDecl:
+      return VEXAConstName(decl);
+    case T3Kind::T3ExtConstDecl:
+      return VEXAExtConstName(decl);
+    case T3Kind::T3ModuleParDecl:
+      return VEXAModuleParName(decl);
+    default:
+      NotSupported(decl);
+  }
+}
+
+bool IsAtModuleLevel(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == 1;
+}
+
+void Named(_T3Reference* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* def = Def(node);
+  if (T3Is<_T3Decl>(def)) {
+    if (!IsAtModuleLevel(def)) NotSupported(def);
+    StoreRTSLocation(node, AccessNamedEntity(def));
+    return;
+  }
+  T3Tree_Node* type = TypeOf(node);
+  if (!type->is<T3EnumType>()) NotSupported(node);
+  const tIdent name = node->is<T3Qualifier>() ? node->as<T3Qualifier>()->id : node->as<T3Identifier>()->id;
+  function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, allocation, function),
+                                      std::to_string(GetEnumValueNumber(type, name)), VEXA_CONTEXT});
+}
+
+void Field(T3Qualifier* node, CFunction& function) {
+  const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
+  T3Tree_Node* type = TypeOf(node->base);
+  if (IsRecordOrSetType(type))
+    StoreRTSLocation(node,
+                     Call(LUMO_VALUE_FIELD_BY_INDEX,
+                          {parent, std::to_string(GetAlternativeIndex(type, node->id, true)), VEXA_CONTEXT}));
+  else
+    StoreRTSLocation(node, Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(node->id), VEXA_CONTEXT}));
+}
+
+void Element(T3Subscription* node, Mode allocation, CFunction& function) {
+  const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
+  const std::string index = InC(node->index, function);
+  if (IsStringType(TypeOf(node->base)))
+    StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
+                                                            AllocationMode(allocation), VEXA_CONTEXT}));
+  else
+    StoreRTSLocation(node,
+                     Call(LUMO_VALUE_FIELD_BY_INDEX, {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
+}
+
+// A qualifier that names a declaration of another module, or an enumeration value, has no value before it.
+bool IsField(T3Qualifier* node) {
+  T3Tree_Node* def = Def(node);
+  return !T3Is<_T3Decl>(def) && !T3Is<T3EnumType>(def);
+}
+}  // namespace
+
+bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  auto* qualifier = node->try_as<T3Qualifier>();
+  if (qualifier != nullptr && IsField(qualifier))
+    Field(qualifier, function);
+  else if (qualifier != nullptr || node->is<T3Identifier>())
+    Named(node->as<_T3Reference>(), allocation, function);
+  else if (auto* element = node->try_as<T3Subscription>())
+    Element(element, allocation, function);
+  else
+    return false;
+  return true;
+}
+}  // namespace cg
