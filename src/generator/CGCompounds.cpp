@@ -69,13 +69,27 @@ void FillList(T3CompoundValue* node, const std::string& target, CFunction& funct
   }
 }
 
+// The alternative of `anytype` that stands for a type, by the order in which its description lists them.
+int64_t AlternativeOfAnyType(T3FieldValue* item) {
+  T3Tree_Node* type = BehindImport(item->attr().def);
+  int64_t index = 0;
+  T3Tree_Node* at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
+  for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
+    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
+    if (BehindImport(Def(reference)) == type) return index;
+  }
+  NotSupported(item);
+}
+
 void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
-  if (name == nullptr || type->is<T3AnyType>()) NotSupported(node);
+  if (name == nullptr) NotSupported(node);
+  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(items.front())
+                                              : GetAlternativeIndex(type, name->name, true);
   const std::string alternative = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,
-                         {target, std::to_string(GetAlternativeIndex(type, name->name, true)), VEXA_CONTEXT});
+                         {target, std::to_string(index), VEXA_CONTEXT});
   CGAssign(alternative, items.front()->value, false, function);
 }
 }  // namespace

@@ -1,5 +1,6 @@
 // Literals: numbers, truth values and texts are expressions of C; all others are run-time values that are
 // set.
+#include <limits>
 #include <vector>
 
 #include "analysis/T3Constants.h"
@@ -25,11 +26,15 @@ std::string TextOf(T3Tree_Node* literal) {
   return text;
 }
 
-// Leading zeros would make an octal number of it.
+// Leading zeros would make an octal number of it. A number of more than 64 bits, which was warned of, counts
+// as the greatest one, as for the analysis.
 std::string IntegerText(tStringRef value) {
+  static const std::string greatest = std::to_string(std::numeric_limits<int64_t>::max());
   std::string_view digits = StringM::StGetString(value);
   while (digits.size() > 1 && digits.front() == '0') digits.remove_prefix(1);
-  return Call(LUMO_LONG_INTEGER_LITERAL, {std::string(digits)});
+  const bool fits =
+      digits.size() < greatest.size() || (digits.size() == greatest.size() && digits <= greatest);
+  return Call(LUMO_LONG_INTEGER_LITERAL, {fits ? std::string(digits) : greatest});
 }
 
 std::string CharacterText(char c) {
