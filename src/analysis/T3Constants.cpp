@@ -352,14 +352,10 @@ T3Tree_Node* ConstCharLiteral(T3Tree_Node* node) {
 }
 
 namespace {
+// The scanner has made one of each doubled quote.
 std::string Unquoted(std::string_view text) {
   if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
-  std::string result;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '"' && i + 1 < text.size() && text[i + 1] == '"') ++i;
-    result += text[i];
-  }
-  return result;
+  return std::string(text);
 }
 
 std::string Utf8Of(uint64_t code) {

@@ -10,8 +10,8 @@
 // Accessors compute at the first read; empty where the expression has no such constant value.
 std::optional<int64_t> ConstIntValue(T3Tree_Node* expression_or_decl);
 std::optional<double> ConstFloatValue(T3Tree_Node* expression_or_decl);
-/// The text of a character literal without its quotes, each doubled quote as one; of a quadruple its UTF-8.
-/// Malformed text has none.
+/// The text of a character literal without the quotes around it; of a quadruple its UTF-8. Malformed text has
+/// none.
 std::optional<std::string> ConstCharValue(T3Tree_Node* expression_or_decl);
 /// The literal that an expression or declaration holds as its constant characters, or null.
 T3Tree_Node* ConstCharLiteral(T3Tree_Node* expression_or_decl);

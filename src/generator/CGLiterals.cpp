@@ -14,16 +14,10 @@
 
 namespace cg {
 namespace {
-// The characters of a literal without the quotes around it, each doubled quote as one.
+// The characters of a literal without the quotes around it.
 std::string TextOf(T3Tree_Node* literal) {
-  std::string_view written = StringM::StGetString(literal->as<T3CharStringLiteral>()->value);
-  if (written.size() >= 2) written = written.substr(1, written.size() - 2);
-  std::string text;
-  for (size_t i = 0; i < written.size(); ++i) {
-    text += written[i];
-    if (written[i] == '"' && i + 1 < written.size() && written[i + 1] == '"') ++i;
-  }
-  return text;
+  const std::string_view written = StringM::StGetString(literal->as<T3CharStringLiteral>()->value);
+  return std::string(written.size() < 2 ? written : written.substr(1, written.size() - 2));
 }
 
 // Leading zeros would make an octal number of it. A number of more than 64 bits, which was warned of, counts

@@ -518,10 +518,7 @@ std::string CStringOfLiteral(std::string_view literal) {
   if (literal.size() >= 2 && literal.front() == '"' && literal.back() == '"')
     literal = literal.substr(1, literal.size() - 2);
   std::string text;
-  for (size_t i = 0; i < literal.size(); ++i) {
-    const char c = literal[i];
-    // the source doubles a quote inside
-    if (c == '"' && i + 1 < literal.size() && literal[i + 1] == '"') ++i;
+  for (const char c : literal) {
     if (c == '"' || c == '\\')
       text.append(1, '\\').append(1, c);
     else if (static_cast<unsigned char>(c) < ' ')
