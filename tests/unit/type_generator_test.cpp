@@ -282,7 +282,7 @@ TEST_F(TypeGenerator, SubtypesResolveAtRegistrationInTheirOrder) {
 
 TEST_F(TypeGenerator, AttributesOfTypesAndFields) {
   using enum t3_with_attribute_t;
-  auto* list = With(Encode, "\"BER\\x \"\"q\"\"\"",
+  auto* list = With(Encode, "\"BER\\x \"q\"\"",
                     With(Variant, "\"v\"", With(Encode, "\"f\"", _sgT3NoWith(), "a", true)));
   Type("R", gT3AST.mT3RecordType(kPlace, Field("a", Builtin(T3Kind::T3Integer))), list);
   Generate();
