@@ -36,7 +36,7 @@ constexpr short kDefact[] = {]b4_defact[};
 constexpr short kPgoto[] = {]b4_pgoto[};
 constexpr short kDefgoto[] = {]b4_defgoto[};
 constexpr short kR1[] = {]b4_r1[};
-constexpr signed char kR2[] = {]b4_r2[};
+constexpr unsigned char kR2[] = {]b4_r2[};
 
 ]m4_pushdef([b4_case], [    case $1:
 ])[constexpr bool HasAction(int rule) {

@@ -35,8 +35,8 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent);
 /// False for what the walk passes over: names that mean nothing in this language.
 bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
 
-/// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that type,
-/// no constant is noted for the check of subtypes.
+/// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that
+/// type, no constant is noted for the check of subtypes.
 void EnterType();
 
 /// Walks a subtree; `parent` is the context of its root.

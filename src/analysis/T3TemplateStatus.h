@@ -14,8 +14,8 @@ enum class vexa_template_mode_t { Message, Call, Reply };
 
 struct T3TemplateStatus {
   int value = kStatusPlain;
-  /// Something that modifies another template has not been merged yet, and counts as a reference: which fields
-  /// are left is not known before.
+  /// Something that modifies another template has not been merged yet, and counts as a reference: which
+  /// fields are left is not known before.
   bool awaits_merge = false;
 };
 

@@ -30,7 +30,7 @@ struct T3RuleRow {
   short left;
   short gotos;
   short default_goto;
-  signed char length;
+  unsigned char length;
   /// The reduction exchanges one state for another and does nothing else.
   bool plain;
 };

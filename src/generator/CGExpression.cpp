@@ -164,14 +164,14 @@ std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function) {
 }
 
 std::string Temporary(const std::string& type, CFunction& function) {
-  const std::string name = function.getTmpVariable(type);
+  std::string name = function.getTmpVariable(type);
   g_taken.temporaries.push_back(name);
   return name;
 }
 
 std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
-  const std::string name = Temporary(LUMO_VALUE_T, function);
+  std::string name = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
                          {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(allocation), VEXA_CONTEXT});
   StoreRTS(node, name);

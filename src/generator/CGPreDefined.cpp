@@ -16,31 +16,31 @@ bool IsEarlyEdition() {
 
 // A function of one operand: its word, and the form that the operand is wanted in.
 struct Conversion {
-  T3Kind kind;
   const char* word;
+  T3Kind kind;
   vexa_expression_mode_t operand;
 };
 const Conversion kConversions[] = {
-    {T3Kind::T3Oct2Char, LUMO_OCT2CHAR, vexa_rts_mode},
-    {T3Kind::T3Char2Oct, LUMO_CHAR2OCT, vexa_rts_mode},
-    {T3Kind::T3Int2Str, LUMO_INT2STR, vexa_c_mode},
-    {T3Kind::T3Int2Float, LUMO_INT2FLOAT, vexa_c_mode},
-    {T3Kind::T3Char2Int, LUMO_CHAR2INT, vexa_rts_mode},
-    {T3Kind::T3UniChar2Int, LUMO_UNICHAR2INT, vexa_rts_mode},
-    {T3Kind::T3Bit2Int, LUMO_BIT2INT, vexa_rts_mode},
-    {T3Kind::T3Hex2Int, LUMO_HEX2INT, vexa_rts_mode},
-    {T3Kind::T3Oct2Int, LUMO_OCT2INT, vexa_rts_mode},
-    {T3Kind::T3Float2Int, LUMO_FLOAT2INT, vexa_c_mode},
-    {T3Kind::T3Enum2Int, LUMO_ENUM2INT, vexa_rts_mode},
-    {T3Kind::T3Bit2Str, LUMO_BIT2STR, vexa_rts_mode},
-    {T3Kind::T3Hex2Str, LUMO_HEX2STR, vexa_rts_mode},
-    {T3Kind::T3Bit2Hex, LUMO_BIT2HEX, vexa_rts_mode},
-    {T3Kind::T3Hex2Oct, LUMO_HEX2OCT, vexa_rts_mode},
-    {T3Kind::T3Bit2Oct, LUMO_BIT2OCT, vexa_rts_mode},
-    {T3Kind::T3Hex2Bit, LUMO_HEX2BIT, vexa_rts_mode},
-    {T3Kind::T3Oct2Hex, LUMO_OCT2HEX, vexa_rts_mode},
-    {T3Kind::T3Oct2Bit, LUMO_OCT2BIT, vexa_rts_mode},
-    {T3Kind::T3Rnd, LUMO_RND, vexa_rts_mode},
+    {LUMO_OCT2CHAR, T3Kind::T3Oct2Char, vexa_rts_mode},
+    {LUMO_CHAR2OCT, T3Kind::T3Char2Oct, vexa_rts_mode},
+    {LUMO_INT2STR, T3Kind::T3Int2Str, vexa_c_mode},
+    {LUMO_INT2FLOAT, T3Kind::T3Int2Float, vexa_c_mode},
+    {LUMO_CHAR2INT, T3Kind::T3Char2Int, vexa_rts_mode},
+    {LUMO_UNICHAR2INT, T3Kind::T3UniChar2Int, vexa_rts_mode},
+    {LUMO_BIT2INT, T3Kind::T3Bit2Int, vexa_rts_mode},
+    {LUMO_HEX2INT, T3Kind::T3Hex2Int, vexa_rts_mode},
+    {LUMO_OCT2INT, T3Kind::T3Oct2Int, vexa_rts_mode},
+    {LUMO_FLOAT2INT, T3Kind::T3Float2Int, vexa_c_mode},
+    {LUMO_ENUM2INT, T3Kind::T3Enum2Int, vexa_rts_mode},
+    {LUMO_BIT2STR, T3Kind::T3Bit2Str, vexa_rts_mode},
+    {LUMO_HEX2STR, T3Kind::T3Hex2Str, vexa_rts_mode},
+    {LUMO_BIT2HEX, T3Kind::T3Bit2Hex, vexa_rts_mode},
+    {LUMO_HEX2OCT, T3Kind::T3Hex2Oct, vexa_rts_mode},
+    {LUMO_BIT2OCT, T3Kind::T3Bit2Oct, vexa_rts_mode},
+    {LUMO_HEX2BIT, T3Kind::T3Hex2Bit, vexa_rts_mode},
+    {LUMO_OCT2HEX, T3Kind::T3Oct2Hex, vexa_rts_mode},
+    {LUMO_OCT2BIT, T3Kind::T3Oct2Bit, vexa_rts_mode},
+    {LUMO_RND, T3Kind::T3Rnd, vexa_rts_mode},
 };
 
 // The words that depend on the edition or on the type of the result; empty for other kinds.

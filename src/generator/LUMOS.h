@@ -103,7 +103,8 @@ std::string Quote(const std::string& text);
 std::string Quote(tIdent name);
 /// Each backslash twice.
 std::string EscapeEscape(const std::string& text);
-/// The value of a string literal of the source, with or without the double quotes around it, as a literal of C.
+/// The value of a string literal of the source, with or without the double quotes around it, as a literal of
+/// C.
 std::string CStringOfLiteral(std::string_view literal);
 /// Type blank name.
 std::string FormalPar(const std::string& type, const std::string& name);

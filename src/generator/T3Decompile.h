@@ -14,6 +14,6 @@ std::string DecompileExpression(T3Tree_Node* expression);
 /// How tightly an operator binds; a higher number binds tighter. 0 for what is no operator.
 int GetOperatorPrecendence(T3Tree_Node* expression);
 
-/// The text of a T3TemplateDecl's body, cut to about `limit` characters where it is longer, with each backslash
-/// twice; "<description is n/a>" where there is no body.
+/// The text of a T3TemplateDecl's body, cut to about `limit` characters where it is longer, with each
+/// backslash twice; "<description is n/a>" where there is no body.
 std::string GetTemplateDescription(T3Tree_Node* decl, long limit);
