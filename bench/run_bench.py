@@ -1,24 +1,32 @@
 #!/usr/bin/env python3
 """Measures the compiler on generated suites and prints the figures beside the budgets.
 
-    run_bench.py --orvane PROGRAM [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--repeat N]
+    run_bench.py --orvane PROGRAM [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N]
     run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
 
-For each action the lines per second of processor time, the system's share of that time, the memory per line, and the
-growth: time per line against that of the smallest size. Each row is the fastest of N runs, of more where they are
-short. `many` stands for modules of 1,000 lines that import each other, `one` for a single module. Exits with 1 when a
-run of the compiler fails; a missed budget is only marked.
+`many` stands for modules of 1,000 lines that import each other, `one` for a single module. In each round the sizes take
+turns, and each size gets as many runs as make up the lines of the largest one: a hundred runs of 10,000 lines stand
+against one of 1,000,000, so that no size is measured in better minutes than another, nor as the best of more tries.
+A row shows the median of the rounds: lines per second of processor time, the system's share of that time, the memory
+per line, and the growth, which is the time per line against that of the smallest size in the same round, with the
+lowest and the highest of it. Exits with 1 when a run of the compiler fails; a missed budget is only marked.
+
+Before each row's runs the memory that they will take is touched by another process (--cold leaves that out). A virtual
+machine may give freed memory back to its host after some seconds, and touching it again then costs as much as the
+compiler's whole work on it, for each run that comes after a pause, whatever the compiler does.
 """
 
 import argparse
 import os
 import shutil
+import subprocess
 import sys
 import tempfile
 from dataclasses import dataclass
 from pathlib import Path
+from statistics import median
 
-import gen_suite
+BENCH = Path(__file__).resolve().parent
 
 LINES_PER_MODULE = 1000
 
@@ -75,11 +83,6 @@ def run_best(command, folder, repeat):
     return best
 
 
-def runs_for(size):
-    """A short run is disturbed more easily than a long one, and costs less to repeat."""
-    return min(20, max(1, 100_000 // size))
-
-
 def mark(good):
     return "" if good else " (missed)"
 
@@ -94,52 +97,100 @@ def start_up(orvane, folder, repeat):
           f" (budget {BUDGET_START_UP * 1000:.0f} ms){mark(good)}")
 
 
+@dataclass
+class Case:
+    """One size of a suite under one action; what its rounds took."""
+    command: list[str]
+    output: Path
+    lines: int
+    runs: int  # in a round
+    seconds: list[float]  # a run, by rounds
+    kernel: list[float]
+    kilobytes: int
+
+
+def write_suite(folder, size, modules):
+    """Writes a suite in a process of its own: what this one takes is the least that a run's memory can show."""
+    command = [sys.executable, str(BENCH / "gen_suite.py"), "--lines", str(size), "--modules", str(modules), str(folder)]
+    names = subprocess.run(command, check=True, capture_output=True, text=True).stdout.split()
+    counted = subprocess.run(["awk", "END { print NR }", *names], check=True, capture_output=True, text=True)
+    return names, int(counted.stdout)
+
+
+def touch_memory(kilobytes):
+    """Another process takes memory, writes to it and gives it back."""
+    subprocess.run([sys.executable, "-c", f"b'x' * ({kilobytes} * 1024)"], check=True)
+
+
+def run_case(case, cold):
+    """One round of a case."""
+    if not cold:
+        touch_memory(case.kilobytes)
+    runs = []
+    for _ in range(case.runs):
+        shutil.rmtree(case.output, ignore_errors=True)
+        case.output.mkdir()
+        runs.append(run_best(case.command, case.output.parent, 1))
+    case.seconds.append(sum(run.seconds for run in runs) / len(runs))
+    case.kernel.append(sum(run.kernel for run in runs) / len(runs))
+    case.kilobytes = max(case.kilobytes, *(run.kilobytes for run in runs))
+
+
 def print_head():
     print(f"{'action':6} {'layout':6} {'lines':>9} {'seconds':>8} {'kernel':>7} {'lines/s':>10} {'budget':>10}"
-          f" {'kB/line':>8} {'growth':>7}")
+          f" {'kB/line':>8} {'growth':>7} {'lowest':>7} {'highest':>7}")
 
 
-def print_row(action, layout, lines, run, smallest):
+def print_row(action, layout, case, smallest):
     budget = BUDGETS[action]
-    rate = lines / max(run.seconds, 1e-6)
-    memory = run.kilobytes / lines
-    growth = run.seconds / lines / smallest if smallest else 1.0
+    seconds = median(case.seconds)
+    rate = case.lines / max(seconds, 1e-6)
+    memory = case.kilobytes / case.lines
+    growths = [own / case.lines / (least / smallest.lines) for own, least in zip(case.seconds, smallest.seconds)]
     notes = []
     if rate < budget.lines_per_second:
         notes.append("slow")
-    if budget.kilobytes_per_line and lines >= 100_000 and memory > budget.kilobytes_per_line:
+    if budget.kilobytes_per_line and case.lines >= 100_000 and memory > budget.kilobytes_per_line:
         notes.append(f"memory above {budget.kilobytes_per_line} kB")
-    if budget.growth and growth > budget.growth:
+    if budget.growth and median(growths) > budget.growth:
         notes.append(f"growth above {budget.growth}")
-    print(f"{'-' + action:6} {layout:6} {lines:9,} {run.seconds:8.2f} {run.kernel / run.seconds:7.0%} {rate:10,.0f}"
-          f" {budget.lines_per_second:10,} {memory:8.2f} {growth:7.2f} {', '.join(notes)}", flush=True)
+    kernel = median(case.kernel) / seconds
+    print(f"{'-' + action:6} {layout:6} {case.lines:9,} {seconds:8.3f} {kernel:7.0%} {rate:10,.0f}"
+          f" {budget.lines_per_second:10,} {memory:8.2f} {median(growths):7.2f} {min(growths):7.2f} {max(growths):7.2f}"
+          f" {', '.join(notes)}", flush=True)
 
 
 def measure(arguments, folder):
     orvane = os.path.abspath(arguments.orvane)
-    start_up(orvane, folder, arguments.repeat)
+    start_up(orvane, folder, arguments.rounds)
     print_head()
+    sizes = [int(size) for size in arguments.sizes.split(",")]
     for layout in arguments.layouts.split(","):
-        smallest = {}
-        for size in (int(size) for size in arguments.sizes.split(",")):
+        suites = []
+        for size in sizes:
             modules = max(1, size // LINES_PER_MODULE) if layout == "many" else 1
-            files, lines = gen_suite.write_suite(folder / "sources", size, modules)
-            for action in arguments.actions.split(","):
-                output = folder / "generated"
-                output.mkdir()
-                command = [orvane, "-v", "1", "-" + action, "-d", str(output), "-F", *map(str, files)]
-                run = run_best(command, folder, arguments.repeat * runs_for(size))
-                print_row(action, layout, lines, run, smallest.get(action))
-                smallest.setdefault(action, run.seconds / lines)
-                shutil.rmtree(output)
-            shutil.rmtree(folder / "sources")
+            suites.append(write_suite(folder / f"{layout}{size}", size, modules))
+        for action in arguments.actions.split(","):
+            output = folder / "generated"
+            cases = [Case([orvane, "-v", "1", "-" + action, "-d", str(output), "-F", *names], output, lines,
+                          max(1, round(max(sizes) / size)), [], [], 0) for size, (names, lines) in zip(sizes, suites)]
+            for round_ in range(-1, arguments.rounds):
+                for case in cases:
+                    if round_ >= 0:
+                        run_case(case, arguments.cold)
+                    else:  # how much memory it takes, with the files in the system's cache
+                        output.mkdir(exist_ok=True)
+                        case.kilobytes = run_best(case.command, folder, 1).kilobytes
+            for case in cases:
+                print_row(action, layout, case, cases[0])
+            shutil.rmtree(output)
 
 
 def build_exchange(orvane, folder, count):
     """The executable of a suite in which two components exchange `count` messages."""
     folder.mkdir()
     source = folder / "Exchange.ttcn"
-    text = (Path(__file__).resolve().parent / "exchange.ttcn").read_text()
+    text = (BENCH / "exchange.ttcn").read_text()
     source.write_text(text.replace("COUNT)", f"{count})"))
     mcfg = Path(orvane).parent.parent / "share" / "orvane" / "make_linux.mcfg"
     run_best([orvane, "-v", "1", "-K", "-f", str(mcfg), "-r", "Exchange", "-F", str(source)], folder, 1)
@@ -152,7 +203,7 @@ def measure_exchange(arguments, folder):
     orvane = os.path.abspath(arguments.orvane)
     counts = (arguments.exchange // 10, arguments.exchange)
     few, many = (run_best([build_exchange(orvane, folder / str(count), count)], folder / str(count),
-                          arguments.repeat) for count in counts)
+                          arguments.rounds) for count in counts)
     rate = (counts[1] - counts[0]) / max(many.seconds - few.seconds, 1e-6)
     print(f"exchange: {rate:,.0f} messages/s (budget {BUDGET_EXCHANGE:,}){mark(rate >= BUDGET_EXCHANGE)};"
           f" {few.kilobytes / 1024:.1f} MB after {counts[0]:,}, {many.kilobytes / 1024:.1f} MB after {counts[1]:,}")
@@ -164,7 +215,8 @@ def main():
     parser.add_argument("--sizes", default="10000,100000,1000000")
     parser.add_argument("--actions", default="s,a,c")
     parser.add_argument("--layouts", default="many,one")
-    parser.add_argument("--repeat", type=int, default=3)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--cold", action="store_true", help="do not touch memory before the runs")
     parser.add_argument("--exchange", type=int, default=0, help="messages to exchange at run time")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory(prefix="orvane-bench-") as folder:

@@ -1,12 +1,12 @@
 #include "analysis/T3AltStatus.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "analysis/T3References.h"
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
 #include "analysis/T3ValueClasses.h"
+#include "support/NumberMap.h"
 
 namespace {
 constexpr int kNone = 0;
@@ -17,7 +17,7 @@ constexpr int kMaxDepth = 500;
 int g_depth = 0;
 
 // By the numbers of declarations; one that is being looked through counts as a cycle.
-std::unordered_map<uint32_t, int>& g_known = *new std::unordered_map<uint32_t, int>;
+NumberMap<int>& g_known = *new NumberMap<int>;
 
 bool ChangesSnapshot(T3Tree_Node* node) {
   return node->is<T3DoneStmt>() || node->is<T3KilledStmt>() || node->is<T3TimeoutStmt>() ||
@@ -91,7 +91,7 @@ bool IsCleanOperation(T3Tree_Node* operation) {
 }
 
 // By the numbers of altsteps; one that is being looked through counts as clean.
-std::unordered_map<uint32_t, T3Cleanness>& g_altsteps = *new std::unordered_map<uint32_t, T3Cleanness>;
+NumberMap<T3Cleanness>& g_altsteps = *new NumberMap<T3Cleanness>;
 
 T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
   if (auto* call = reference->try_as<T3Parameterization>()) reference = call->base;
@@ -99,8 +99,8 @@ T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
   auto* altstep = T3Is<T3TestStep>(def) ? def->as<T3TestStep>() : nullptr;
   auto* body = altstep == nullptr ? nullptr : altstep->body->try_as<T3AltStmt>();
   if (body == nullptr || g_depth >= kMaxDepth) return {};
-  const auto [known, made] = g_altsteps.try_emplace(def->number);
-  if (!made) return known->second;
+  const auto [known, made] = g_altsteps.TryEmplace(def->number);
+  if (!made) return *known;
   ++g_depth;
   const T3Cleanness result = CleannessOf(body->alts);
   --g_depth;
@@ -121,8 +121,8 @@ int AltStatus(T3Tree_Node* root) {
 
 int AltStatusOfDecl(T3Tree_Node* decl) {
   if (g_depth >= kMaxDepth) return kCycle;
-  const auto [known, made] = g_known.try_emplace(decl->number, kCycle);
-  if (!made) return known->second;
+  const auto [known, made] = g_known.TryEmplace(decl->number, kCycle);
+  if (!made) return *known;
   ++g_depth;
   const int status = StatusOfBody(decl);
   --g_depth;

@@ -23,7 +23,9 @@ struct Graphs {
 Graphs& g_graphs = *new Graphs;
 
 /// The chains of template modifications, and whether one of them met itself.
-T3DependencyGraph& gTemplateDeps = *new T3DependencyGraph;
+T3DependencyGraph& gTemplateDeps = *new T3DependencyGraph([](T3Tree_Node* node) -> T3DependencyGraph::Index& {
+  return node->as<T3TemplateDecl>()->attr().modification_index;
+});
 bool g_template_cycles = false;
 
 bool IsOfModule(const T3Tree_Node* decl, const T3Tree_Node* user) {

@@ -19,7 +19,7 @@ const T3DeclMap::Entry* T3DeclMap::SlotOf(tIdent name) const {
     return nullptr;
   }
   const size_t mask = slots_.size() - 1;
-  for (size_t at = Hash(name) >> 32 & mask; slots_[at].name != 0; at = (at + 1) & mask)
+  for (size_t at = Place(name, mask); slots_[at].name != 0; at = (at + 1) & mask)
     if (slots_[at].name == wanted) return &slots_[at];
   return nullptr;
 }
@@ -27,7 +27,7 @@ const T3DeclMap::Entry* T3DeclMap::SlotOf(tIdent name) const {
 // Where a name that is not in the hash table goes.
 T3DeclMap::Entry* T3DeclMap::FreeSlot(tIdent name) {
   const size_t mask = slots_.size() - 1;
-  size_t at = Hash(name) >> 32 & mask;
+  size_t at = Place(name, mask);
   while (slots_[at].name != 0) at = (at + 1) & mask;
   return &slots_[at];
 }

@@ -13,13 +13,15 @@ constexpr int64_t kRoom = int64_t{1} << 36;
 }  // namespace
 
 T3DependencyGraph::Index T3DependencyGraph::IndexOf(T3Tree_Node* node, bool before) {
-  const auto [found, made] = index_.emplace(node->number, static_cast<Index>(nodes_.size()));
-  if (made) {
-    nodes_.emplace_back();
-    nodes_.back().tree = node;
-    Place({&found->second, 1}, before ? first_ : kNone);
-  }
-  return found->second;
+  // What stands there may be of a graph that was cleared.
+  Index& place = index_of_(node);
+  if (place < nodes_.size() && nodes_[place].tree == node) return place;
+  place = static_cast<Index>(nodes_.size());
+  nodes_.emplace_back();
+  nodes_.back().tree = node;
+  const Index added = place;
+  Place({&added, 1}, before ? first_ : kNone);
+  return added;
 }
 
 void T3DependencyGraph::addDependencyNode(T3Tree_Node* node) {
@@ -127,6 +129,5 @@ T3NodeList T3DependencyGraph::Ordered() const {
 
 void T3DependencyGraph::Clear() {
   nodes_.clear();
-  index_.clear();
   first_ = last_ = kNone;
 }

@@ -3,13 +3,18 @@
 #pragma once
 
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "frontend/T3Tree.h"
 
 class T3DependencyGraph {
  public:
+  using Index = uint32_t;
+  /// Where a node keeps its index in a graph: an attribute that no other graph with the same nodes uses.
+  using IndexPlace = Index& (*)(T3Tree_Node* node);
+  static Index& InDeclaration(T3Tree_Node* node) { return node->as<_T3DeclList>()->attr().dependency_index; }
+
+  explicit T3DependencyGraph(IndexPlace place = InDeclaration) : index_of_(place) {}
   /// Enters a node, behind all others.
   void addDependencyNode(T3Tree_Node* node);
   /// Enters the edge from a node to one that it needs, which the caller does once for each pair; true when
@@ -20,7 +25,6 @@ class T3DependencyGraph {
   void Clear();
 
  private:
-  using Index = uint32_t;
   static constexpr Index kNone = UINT32_MAX;
   enum class Side : uint8_t { None, Needed, Users };
   struct Node {
@@ -50,8 +54,8 @@ class T3DependencyGraph {
   void Unlink(Index at);
   void Renumber();
 
+  IndexPlace index_of_;
   std::vector<Node> nodes_;
-  std::unordered_map<uint32_t, Index> index_;
   Index first_ = kNone;
   Index last_ = kNone;
 };

@@ -85,6 +85,9 @@ struct Frame {
 };
 }  // namespace
 
+// In bytes.
+constexpr ptrdiff_t kAhead = 1536;
+
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
   static const ChildrenOfKinds& kinds = *new ChildrenOfKinds;
   const auto frame_of = [](T3Tree_Node* node) {
@@ -98,6 +101,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
     T3Tree_Node* node = top.node;
     if (top.child != top.end) {
       T3Tree_Node* child = FieldAt(node, *top.child++);
+      PrefetchNodesBehind(child, kAhead);
       if (child == nullptr || !IsWalked(child, node)) continue;
       EnterNode(child, node);
       if (kinds.begin(child->kind) == kinds.end(child->kind) && ChildFieldsOf(child).next.offset == 0)

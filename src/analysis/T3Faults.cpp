@@ -1,16 +1,16 @@
 // The search for faults inside constants, along the constants that they refer to.
 #include "analysis/T3Faults.h"
 
-#include <unordered_map>
 #include <vector>
 
 #include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
+#include "support/NumberMap.h"
 
 namespace {
 // What is known of expressions and constants, by their numbers; what is still being looked through counts as
 // without fault.
-std::unordered_map<uint32_t, bool>& g_known = *new std::unordered_map<uint32_t, bool>;
+NumberMap<uint8_t>& g_known = *new NumberMap<uint8_t>;
 
 // A node on the way from the expression that is asked for, and the constants that it still has to go to.
 struct Place {
@@ -42,14 +42,14 @@ bool HasFault(T3Tree_Node* expression) {
   std::vector<Place> way;
   T3Tree_Node* next = expression;
   for (;;) {
-    const auto [known, is_new] = g_known.try_emplace(next->number, false);
-    bool fault = known->second;
+    const auto [known, is_new] = g_known.TryEmplace(next->number);
+    bool fault = *known != 0;
     if (is_new) {
       way.push_back({next, {}});
       fault = FailsItself(way.back());
     }
     if (fault) {
-      for (const Place& place : way) g_known[place.node->number] = true;
+      for (const Place& place : way) g_known[place.node->number] = 1;
       return true;
     }
     while (!way.empty() && way.back().constants.empty()) way.pop_back();

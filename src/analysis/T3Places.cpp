@@ -11,6 +11,8 @@
 
 namespace {
 constexpr int kMaximumAliases = 1000;
+// In bytes.
+constexpr ptrdiff_t kAhead = 1024;
 
 // Values of vexa_place: where a list of declarations or parameters stands.
 enum ListPlace { kModuleLevel = 1, kComponent = 2, kBehaviour = 3, kParameters = 5, kTemplateParameters = 6 };
@@ -225,6 +227,7 @@ void PlaceWalk::Drain() {
   while (!stack_.empty()) {
     const Step step = stack_.back();
     stack_.pop_back();
+    PrefetchNodesBehind(step.node, -kAhead);
     step.node->place = step.place;
     Visit(step.node, step.place);
   }

@@ -1,19 +1,19 @@
 #include "analysis/T3TemplateStatus.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 #include "analysis/T3References.h"
 #include "analysis/T3TemplateMerge.h"
 #include "analysis/T3Types.h"
+#include "support/NumberMap.h"
 
 namespace {
 // Templates refer to each other; a chain of references that is longer counts as a reference.
 constexpr int kMaxDepth = 200;
 
 // By the number of a declaration and the question; what is being looked through counts as a reference.
-std::unordered_map<uint64_t, T3TemplateStatus>& g_known = *new std::unordered_map<uint64_t, T3TemplateStatus>;
+NumberMap<T3TemplateStatus>& g_known = *new NumberMap<T3TemplateStatus>;
 
 struct Collection {
   bool deep;
@@ -81,10 +81,10 @@ int Collection::OfParameters(T3Parameterization* call) {
 int Collection::OfDecl(T3TemplateDecl* decl) {
   const uint64_t key = uint64_t{decl->number} << 4 | (signature != nullptr ? 8 : 0) |
                        static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
-  const auto [known, made] = g_known.try_emplace(key, T3TemplateStatus{kStatusReference});
+  const auto [known, made] = g_known.TryEmplace(key, T3TemplateStatus{kStatusReference});
   if (!made) {
-    awaits_merge = awaits_merge || known->second.awaits_merge;
-    return known->second.value;
+    awaits_merge = awaits_merge || known->awaits_merge;
+    return known->value;
   }
   const bool outside = std::exchange(awaits_merge, false);
   const int status = std::max(Of(decl->definition), kStatusReference);

@@ -82,9 +82,12 @@ void FinishModule(const tPosition& position, tIdent name, Node objid, const T3Va
   module->filename = gCurrentFilename;
   module->representation = MakeTTCN3Representation(StringM::StGetString(text));
   module->end_position = end;
-  Node* link = &t.root;
+  // A list that begins anew does not hold the module that came last.
+  static T3Module* last = nullptr;
+  Node* link = T3Is<T3Module>(t.root) && last != nullptr ? &last->next : &t.root;
   while (auto* other = *link == nullptr ? nullptr : (*link)->try_as<T3Module>()) link = &other->next;
   *link = module;
+  last = module;
   state.macroScopeIdent = -1;
 }
 

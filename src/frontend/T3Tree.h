@@ -189,6 +189,12 @@ inline bool T3Tree_IsType(const T3Tree_Node* node, T3Kind kind) {
   return k <= n && n <= T3Tree_TypeRange[k];
 }
 
+/// Asks for the memory in which the nodes lie that a walk in the order of the source meets `bytes` later: a
+/// tree is laid from high to low addresses. Negative for a walk in the opposite order.
+inline void PrefetchNodesBehind(const T3Tree_Node* node, ptrdiff_t bytes) {
+  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(node) - static_cast<uintptr_t>(bytes)));
+}
+
 template <class T>
 bool T3Is(const T3Tree_Node* node) {
   return node != nullptr && node->is<T>();

@@ -300,10 +300,14 @@ void T3Tree::WriteT3TreeNode(FILE* stream, T3Tree_Node* node) {
   CheckStream(stream);
 }
 
+// In bytes.
+constexpr ptrdiff_t kAhead = 2048;
+
 // True when no node of a block has a child of a wrong class.
 bool T3Tree::NodesOfBlockFit(const NodeBlock& block) const {
   for (char* at = block.free; at != block.top;) {
     auto* node = reinterpret_cast<T3Tree_Node*>(at);
+    PrefetchNodesBehind(node, -kAhead);
     const T3ChildFields& fields = ChildFieldsOf(node);
     for (const T3ChildFields::Child& field : fields.children)
       if (!ChildFits(node, field)) return false;

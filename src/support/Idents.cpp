@@ -7,14 +7,8 @@
 #include "support/StringM.h"
 
 namespace {
-constexpr size_t kFirstTable = 1024;
-constexpr size_t kFirstBuckets = 256;
-constexpr int32_t kEnd = 0;
-
-// The place of a name; the number of buckets is a power of two.
-inline size_t Bucket(uint32_t hash, size_t buckets) {
-  return hash & (buckets - 1);
-}
+constexpr size_t kFirstEntries = 1024;
+constexpr int kFirstBits = 10;
 
 // One step of the hash: fold in a character, and keep 28 bits.
 inline uint32_t Mix(uint32_t h, uint32_t character) {
@@ -24,10 +18,31 @@ inline uint32_t Mix(uint32_t h, uint32_t character) {
 }
 }  // namespace
 
-Idents::Idents() : buckets_(kFirstBuckets, kEnd), wide_buckets_(kFirstBuckets, kEnd) {
-  entries_.reserve(kFirstTable);
-  entries_.push_back({nullptr, 0, 0, kEnd});
-  wide_.push_back(false);
+Idents::Table::Table() : slots(size_t{1} << kFirstBits), shift(32 - kFirstBits) {}
+
+// The slot of the name of this hash for which `same` holds, or the free one in which it belongs.
+template <class Same>
+inline Idents::Slot& Idents::Table::Find(uint32_t hash, const Same& same) {
+  const size_t mask = slots.size() - 1;
+  for (size_t at = Place(hash);; at = (at + 1) & mask) {
+    Slot& slot = slots[at];
+    if (slot.ident == kFree || (slot.hash == hash && same(slot.ident))) return slot;
+  }
+}
+
+// Half of the slots stay free. The hash is in the slots, so that growing reads no entry.
+void Idents::Table::Added() {
+  if (++used * 2 <= slots.size()) return;
+  const std::vector<Slot> old = std::move(slots);
+  slots = std::vector<Slot>(old.size() * 2);
+  --shift;
+  for (const Slot& slot : old)
+    if (slot.ident != kFree) Find(slot.hash, [](int32_t) { return false; }) = slot;
+}
+
+Idents::Idents() {
+  entries_.reserve(kFirstEntries);
+  entries_.push_back({nullptr, 0, false});
   MakeIdent("");
   MakeIdent(L"");
 }
@@ -42,23 +57,24 @@ uint32_t Idents::Hash(std::string_view text) {
   return last;
 }
 
+tIdent Idents::Enter(Table& table, Slot& slot, uint32_t hash, const Entry& entry) {
+  slot = {hash, static_cast<int32_t>(entries_.size())};
+  const tIdent ident = slot.ident;
+  entries_.push_back(entry);
+  table.Added();
+  return ident;
+}
+
 tIdent Idents::MakeIdent(std::string_view text) {
   const uint32_t hash = Hash(text);
-  const size_t bucket = Bucket(hash, buckets_.size());
-  for (int32_t i = buckets_[bucket]; i != kEnd; i = entries_[static_cast<size_t>(i)].next) {
-    const Entry& entry = entries_[static_cast<size_t>(i)];
-    if (entry.hash == hash && static_cast<size_t>(entry.length) == text.size() &&
-        std::memcmp(StringM::StGetCStr(entry.string), text.data(), text.size()) == 0)
-      return i;
-  }
-  if (entries_.size() == entries_.capacity()) Grow();
-  const auto ident = static_cast<int32_t>(entries_.size());
-  int32_t& head = buckets_[Bucket(hash, buckets_.size())];
+  Slot& slot = narrow_.Find(hash, [&](int32_t ident) {
+    const Entry& entry = entries_[static_cast<size_t>(ident)];
+    return static_cast<size_t>(entry.length) == text.size() &&
+           std::memcmp(StringM::StGetCStr(entry.string), text.data(), text.size()) == 0;
+  });
+  if (slot.ident != kFree) return slot.ident;
   const tStringRef string = gStringM.PutString(text);
-  entries_.push_back({string, hash, static_cast<int32_t>(*string), head});
-  wide_.push_back(false);
-  head = ident;
-  return ident;
+  return Enter(narrow_, slot, hash, {string, static_cast<int32_t>(*string), false});
 }
 
 tIdent Idents::MakeIdent(const wchar_t* text) {
@@ -72,38 +88,18 @@ tIdent Idents::MakeIdent(const wchar_t* text, int length) {
     hash = Mix(h, static_cast<uint32_t>(text[i]));
     h = hash << 4;
   }
-  for (int32_t i = wide_buckets_[Bucket(hash, wide_buckets_.size())]; i != kEnd;
-       i = entries_[static_cast<size_t>(i)].next) {
-    const Entry& entry = entries_[static_cast<size_t>(i)];
-    if (entry.hash == hash && entry.length == length &&
-        std::wmemcmp(StringM::StGetWCStr(entry.string), text, static_cast<size_t>(length)) == 0)
-      return i;
-  }
-  if (entries_.size() == entries_.capacity()) Grow();
-  const auto ident = static_cast<int32_t>(entries_.size());
-  int32_t& head = wide_buckets_[Bucket(hash, wide_buckets_.size())];
+  Slot& slot = wide_.Find(hash, [&](int32_t ident) {
+    const Entry& entry = entries_[static_cast<size_t>(ident)];
+    return entry.length == length &&
+           std::wmemcmp(StringM::StGetWCStr(entry.string), text, static_cast<size_t>(length)) == 0;
+  });
+  if (slot.ident != kFree) return slot.ident;
   const tStringRef string = gStringM.PutWString(text, static_cast<size_t>(length));
-  entries_.push_back({string, hash, static_cast<int32_t>(*string), head});
-  wide_.push_back(true);
-  head = ident;
-  return ident;
-}
-
-// Doubles the table and the buckets and enters every name again, the new one at the head of its chain.
-void Idents::Grow() {
-  entries_.reserve(entries_.capacity() * 2);
-  buckets_.assign(buckets_.size() * 2, kEnd);
-  wide_buckets_.assign(wide_buckets_.size() * 2, kEnd);
-  for (size_t i = 1; i < entries_.size(); ++i) {
-    auto& buckets = wide_[i] ? wide_buckets_ : buckets_;
-    int32_t& head = buckets[Bucket(entries_[i].hash, buckets.size())];
-    entries_[i].next = head;
-    head = static_cast<int32_t>(i);
-  }
+  return Enter(wide_, slot, hash, {string, static_cast<int32_t>(*string), true});
 }
 
 bool Idents::IsWide(tIdent ident) const {
-  return Valid(ident) && wide_[static_cast<size_t>(ident)];
+  return Valid(ident) && entries_[static_cast<size_t>(ident)].wide;
 }
 
 tStringRef Idents::GetStringRef(tIdent ident) const {

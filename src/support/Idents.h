@@ -46,17 +46,34 @@ class Idents {
  private:
   struct Entry {
     tStringRef string;
-    uint32_t hash;
     int32_t length;
-    int32_t next;
+    bool wide;
+  };
+  static constexpr int32_t kFree = 0;
+  struct Slot {
+    uint32_t hash = 0;
+    int32_t ident = kFree;
+  };
+  /// Names by their hash: a new name costs one look at memory that nobody has looked at lately.
+  struct Table {
+    Table();
+    template <class Same>
+    Slot& Find(uint32_t hash, const Same& same);
+    /// Tells that a free slot was filled.
+    void Added();
+    /// The last characters of a name decide most of its hash, and names that are numbered share those.
+    size_t Place(uint32_t hash) const { return hash * 0x9e3779b1u >> shift; }
+
+    std::vector<Slot> slots;
+    int shift;
+    size_t used = 0;
   };
   bool Valid(tIdent ident) const { return ident > 0 && ident < static_cast<tIdent>(entries_.size()); }
-  void Grow();
+  tIdent Enter(Table& table, Slot& slot, uint32_t hash, const Entry& entry);
 
   std::vector<Entry> entries_;
-  std::vector<int32_t> buckets_;
-  std::vector<int32_t> wide_buckets_;
-  std::vector<bool> wide_;
+  Table narrow_;
+  Table wide_;
 };
 
 inline Idents& gIdents = *new Idents;
