@@ -31,6 +31,7 @@ class PlaceWalk {
 
   static T3Place* Copy(const T3Place* place);
   static T3Place* WithScope(const T3Place* place, T3DeclMap* map);
+  static void AddScope(T3Place* place, T3DeclMap* map);
 
   // Pushing a node also sets its parent; a list is pushed as a whole.
   void Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place);
@@ -90,12 +91,6 @@ class PlaceWalk {
   std::unordered_map<T3Tree_Node*, T3Tree_Node*> component_scopes_;
 };
 
-// The end marker of an empty list may be shared by many, and holds no map.
-T3DeclMap* MapForEmptyList() {
-  static T3DeclMap& empty = *new T3DeclMap;
-  return &empty;
-}
-
 bool IsWrittenElsewhere(T3TypeDecl* decl) {
   auto* array = decl->type->try_as<T3ArrayType>();
   return array != nullptr && array->explicit_type == decl;
@@ -107,8 +102,13 @@ T3Place* PlaceWalk::Copy(const T3Place* place) {
 
 T3Place* PlaceWalk::WithScope(const T3Place* place, T3DeclMap* map) {
   T3Place* inner = Copy(place);
-  inner->env = MakeMapEnv(place->env, map);
+  AddScope(inner, map);
   return inner;
+}
+
+// A scope in which nothing is declared, and that has no map, still is one: what fails is told once in each.
+void PlaceWalk::AddScope(T3Place* place, T3DeclMap* map) {
+  place->env = MakeMapEnv(place->env, map);
 }
 
 // A node without children has its place at once.
@@ -140,6 +140,17 @@ void ForElements(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, const Ca
     slot = next.slot;
     node = T3ChildField(node, next);
   }
+}
+
+bool HasLabels(T3Tree_Node* list) {
+  for (; list->is<_T3Stmt>(); list = list->as<_T3Stmt>()->next)
+    if (list->is<T3LabelStmt>()) return true;
+  return false;
+}
+
+// The scope of labels of a list of statements: that around it where it has none.
+T3Tree_Node* LabelsOf(T3Tree_Node* outer, T3Tree_Node* list) {
+  return HasLabels(list) ? MakeEnv(outer, list) : outer;
 }
 
 void PlaceWalk::Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place) {
@@ -201,13 +212,13 @@ void PlaceWalk::PushStatements(T3Tree_Node* parent, T3Tree_Node*& list, T3Place*
   });
 }
 
-// The statements of a branch, loop or alternative. `place` is the branch's own. A branch that is a block,
-// or that goes on with the next condition, needs no scope.
+// The statements of a branch, loop or alternative. `place` may be shared with other branches of the same
+// construct. A branch that is a block, or that goes on with the next condition, needs no scope.
 void PlaceWalk::PushBranch(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place) {
   const bool single = list->is<_T3Stmt>() && !list->as<_T3Stmt>()->next->is<_T3Stmt>();
   if (!single || !(list->is<T3BlockStmt>() || list->is<T3IfStmt>())) {
-    place->env = MakeMapEnv(place->env, RegisterStatements(list));
-    place->labelEnv = MakeEnv(place->labelEnv, list);
+    place = WithScope(place, RegisterStatements(list));
+    place->labelEnv = LabelsOf(place->labelEnv, list);
   }
   PushStatements(parent, list, place);
 }
@@ -325,7 +336,7 @@ void PlaceWalk::VisitFunction(_T3FunctionDecl* decl, T3Place* place) {
   }
   T3Place* inner = Copy(outer);
   if (component->is<T3ComponentType>()) inner->env = ComponentScope(component);
-  inner->env = MakeMapEnv(inner->env, RegisterParameters(decl->fpl));
+  AddScope(inner, RegisterParameters(decl->fpl));
   PushParameters(decl, decl->fpl, inner, kParameters);
   if (decl->is<_T3FunctionBodyDecl>()) VisitBody(decl->as<_T3FunctionBodyDecl>(), inner);
 }
@@ -340,7 +351,7 @@ void PlaceWalk::VisitBody(_T3FunctionBodyDecl* decl, T3Place* place) {
       if (stmt->is<T3DeclStmt>()) RegisterDecl(stmt->as<T3DeclStmt>()->decl, module_name_, map);
   }
   T3Place* inner = WithScope(place, map);
-  inner->labelEnv = MakeEnv(_sgT3NoEnv(), decl->body);
+  inner->labelEnv = LabelsOf(_sgT3NoEnv(), decl->body);
   inner->vexa_enclosing_block = decl;
   if (altstep != nullptr) PushDecls(decl, altstep->decls, inner, kBehaviour);
   PushStatements(decl, decl->body, inner);
@@ -348,7 +359,7 @@ void PlaceWalk::VisitBody(_T3FunctionBodyDecl* decl, T3Place* place) {
 
 void PlaceWalk::VisitControlPart(T3ControlPart* decl, T3Place* place) {
   T3Place* inner = WithScope(place, RegisterStatements(decl->body));
-  inner->labelEnv = MakeEnv(_sgT3NoEnv(), decl->body);
+  inner->labelEnv = LabelsOf(_sgT3NoEnv(), decl->body);
   inner->vexa_owner = decl;
   inner->vexa_enclosing_block = decl;
   PushStatements(decl, decl->body, inner);
@@ -413,12 +424,12 @@ bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
   T3Place* inner = Copy(place);
   inner->vexa_enclosing_block = node;
   if (auto* block = node->try_as<T3BlockStmt>()) {
-    inner->env = MakeMapEnv(place->env, RegisterStatements(block->body));
-    inner->labelEnv = MakeEnv(place->labelEnv, block->body);
+    AddScope(inner, RegisterStatements(block->body));
+    inner->labelEnv = LabelsOf(place->labelEnv, block->body);
     PushStatements(node, block->body, inner);
   } else if (auto* branch = node->try_as<T3IfStmt>()) {
     Push(node, branch->condition, place);
-    PushBranch(node, branch->else_stmt, Copy(inner));
+    PushBranch(node, branch->else_stmt, inner);
     PushBranch(node, branch->then_stmt, inner);
   } else if (auto* loop = node->try_as<_T3LoopStmt>()) {
     inner->vexa_break_continue_owner = node;
@@ -428,7 +439,7 @@ bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
     inner->vexa_break_continue_owner = node;
     inner->enclosing_alt = node;
     Push(node, alt->alts, inner);
-    PushBranch(node, alt->else_branch, Copy(inner));
+    PushBranch(node, alt->else_branch, inner);
   } else {
     inner->vexa_break_continue_owner = node;
     inner->inside_interleave = true;
@@ -441,7 +452,7 @@ void PlaceWalk::VisitFor(T3ForStmt* stmt, T3Place* place) {
   T3Place* header = WithScope(place, RegisterStatements(stmt->init));
   header->vexa_enclosing_block = stmt;
   T3Place* init = Copy(header);
-  init->labelEnv = MakeEnv(place->labelEnv, stmt->init);
+  init->labelEnv = LabelsOf(place->labelEnv, stmt->init);
   T3Place* body = Copy(header);
   body->vexa_break_continue_owner = stmt;
   Push(stmt, stmt->condition, header);
@@ -471,12 +482,12 @@ void PlaceWalk::VisitAlt(_T3Alt* alt, T3Place* place) {
     Push(alt, guarded->operation, WithScope(place, RegisterStatements(guarded->operation)));
   else
     Push(alt, alt->as<T3TestStepRefAlt>()->test_step, place);
-  PushBranch(alt, alt->body, Copy(place));
+  PushBranch(alt, alt->body, place);
 }
 
 // Groups share the map of their module. A stack holds where the walk goes on behind them.
 T3DeclMap* PlaceWalk::RegisterModule(T3Module* module) {
-  if (!module->definition_part->is<_T3Decl>()) return MapForEmptyList();
+  if (!module->definition_part->is<_T3Decl>()) return nullptr;
   T3DeclMap* map = nullptr;
   RegisterDecl(module, module->name, map);
   std::vector<T3Tree_Node*> rest{module->definition_part};
@@ -494,7 +505,7 @@ T3DeclMap* PlaceWalk::RegisterModule(T3Module* module) {
 }
 
 T3DeclMap* PlaceWalk::RegisterList(T3Tree_Node* list) {
-  if (!list->is<_T3Decl>()) return MapForEmptyList();
+  if (!list->is<_T3Decl>()) return nullptr;
   T3DeclMap*& map = list->as<_T3Decl>()->cold().declsOut;
   if (map != nullptr) return map;
   for (T3Tree_Node* decl = list; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
@@ -509,12 +520,11 @@ T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
     T3Tree_Node* decl = stmt->as<T3DeclStmt>()->decl;
     for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) RegisterDecl(decl, module_name_, map);
   }
-  if (map == nullptr) return MapForEmptyList();
   return map;
 }
 
 T3DeclMap* PlaceWalk::RegisterParameters(T3Tree_Node* list) {
-  if (!list->is<_T3FormalPar>()) return MapForEmptyList();
+  if (!list->is<_T3FormalPar>()) return nullptr;
   T3DeclMap* map = nullptr;
   for (T3Tree_Node* par = list; par->is<_T3FormalPar>(); par = par->as<_T3FormalPar>()->next)
     RegisterDecl(par, module_name_, map);

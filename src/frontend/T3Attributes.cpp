@@ -106,7 +106,7 @@ T3Tree_Node* Distribution::PPTypeDeclAttr(T3TypeDecl* decl, size_t kind) const {
   const auto named = named_[kind].find(decl->name);
   const T3AttributeValue effective =
       named != named_[kind].end() ? named->second : JoinGlobalAttributes(levels_.back().global[kind], value);
-  if (!LocalAttributeMapOK(decl->type, own, decl->position)) return _sgT3NoWith(false);
+  if (!LocalAttributeMapOK(decl->type, own, decl->position)) return _sgT3NoWith();
   return CreateWithSpec(effective, kKinds[kind], own, decl->position);
 }
 
@@ -118,7 +118,7 @@ T3Tree_Node* Distribution::PPImportDeclAttr(_T3ImportDecl* decl, size_t kind) co
 }
 
 void Distribution::ReplaceWithSpec(_T3Decl* decl) const {
-  T3Tree_Node* list = _sgT3NoWith(false);
+  T3Tree_Node* list = _sgT3NoWith();
   for (size_t i = 0; i < kKindCount; ++i) {
     T3Tree_Node* part = decl->is<T3TypeDecl>() ? PPTypeDeclAttr(decl->as<T3TypeDecl>(), i)
                                                : PPImportDeclAttr(decl->as<_T3ImportDecl>(), i);
@@ -189,7 +189,7 @@ T3AttributeValue ExtractUnqualifiedAttribute(T3Tree_Node* with_list, t3_with_att
 
 T3Tree_Node* CreateWithSpec(const T3AttributeValue& value, t3_with_attribute_t kind,
                             const T3AttributeMap& map, const tPosition& position) {
-  T3Tree_Node* list = _sgT3NoWith(false);
+  T3Tree_Node* list = _sgT3NoWith();
   for (const auto& [name, entry] : map) {
     T3Tree_Node* reference = gT3AST.mT3AttrRefIdentifier(position, name);
     T3Tree_Node* item = gT3AST.mT3RefItem(position, _sgT3NoRefItem(), reference);
