@@ -12,7 +12,7 @@
 namespace {
 constexpr int kMaximumAliases = 1000;
 // In bytes.
-constexpr ptrdiff_t kAhead = 1024;
+constexpr ptrdiff_t kAhead = 3072;
 
 // Values of vexa_place: where a list of declarations or parameters stands.
 enum ListPlace { kModuleLevel = 1, kComponent = 2, kBehaviour = 3, kParameters = 5, kTemplateParameters = 6 };
@@ -40,6 +40,7 @@ class PlaceWalk {
   void PushChildren(T3Tree_Node* node, T3Place* place);
   void PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where);
   void PushModuleDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place);
+  void PushNextModuleDecl();
   void PushStatements(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place);
   void PushBranch(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place);
   void PushParameters(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where);
@@ -84,7 +85,16 @@ class PlaceWalk {
   T3Tree_Node* module_env_ = nullptr;
   tIdent module_name_ = NoIdent;
   T3Tree_Node* module_ = nullptr;
+  // The rest of a list of a module's or a group's declarations, and how it hangs in the tree.
+  struct RestOfDecls {
+    T3Tree_Node* decl;
+    T3Tree_Node* parent;
+    uint16_t slot;
+    T3Place* place;
+  };
+
   std::vector<Step> stack_;
+  std::vector<RestOfDecls> decls_;
   // Declarations of array types that are written elsewhere: walked last, as far as nobody came by.
   std::vector<Step> array_decls_;
   std::unordered_map<tIdent, T3TypeDecl*> array_names_;
@@ -94,6 +104,13 @@ class PlaceWalk {
 bool IsWrittenElsewhere(T3TypeDecl* decl) {
   auto* array = decl->type->try_as<T3ArrayType>();
   return array != nullptr && array->explicit_type == decl;
+}
+
+uint16_t SlotOf(T3Tree_Node* parent, T3Tree_Node*& child) {
+  const auto offset = reinterpret_cast<char*>(&child) - reinterpret_cast<char*>(parent);
+  for (const T3ChildFields::Child& field : ChildFieldsOf(parent).children)
+    if (field.offset == offset) return field.slot;
+  return 0;
 }
 
 T3Place* PlaceWalk::Copy(const T3Place* place) {
@@ -119,13 +136,6 @@ void PlaceWalk::PushElement(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* nod
     node->place = place;
   else
     stack_.push_back({node, place});
-}
-
-uint16_t SlotOf(T3Tree_Node* parent, T3Tree_Node*& child) {
-  const auto offset = reinterpret_cast<char*>(&child) - reinterpret_cast<char*>(parent);
-  for (const T3ChildFields::Child& field : ChildFieldsOf(parent).children)
-    if (field.offset == offset) return field.slot;
-  return 0;
 }
 
 // Calls for each element of a list that hangs in a field, with the parent and slot that it gets; the end
@@ -177,23 +187,35 @@ void PlaceWalk::PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* plac
   });
 }
 
-// Each declaration of a module is the owner of the scope of what lies below it.
+// One declaration of a module is walked through before the next is looked at, so that the memory in which a
+// large module lies is gone along once.
 void PlaceWalk::PushModuleDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place) {
-  ForElements(parent, SlotOf(parent, list), list, [&](T3Tree_Node* above, uint16_t slot, T3Tree_Node* node) {
-    T3Place* own = place;
-    if (node->is<_T3Decl>()) node->as<_T3Decl>()->attr().vexa_place = kModuleLevel;
-    // Nothing below an import statement asks for its owner.
-    if (node->is<_T3Decl>() && !node->is<_T3ImportDecl>()) {
-      own = Copy(place);
-      own->top_scope_owner = node;
-    }
-    auto* type_decl = node->try_as<T3TypeDecl>();
-    if (type_decl == nullptr || !IsWrittenElsewhere(type_decl)) return PushElement(above, slot, node, own);
-    node->parent = above;
-    node->child_slot = slot;
-    array_decls_.push_back({node, own});
-    array_names_[type_decl->name] = type_decl;
-  });
+  decls_.push_back({list, parent, SlotOf(parent, list), place});
+}
+
+// Each declaration of a module is the owner of the scope of what lies below it.
+void PlaceWalk::PushNextModuleDecl() {
+  RestOfDecls& rest = decls_.back();
+  T3Tree_Node* node = rest.decl;
+  const auto [parent, slot, place] = std::tuple(rest.parent, rest.slot, rest.place);
+  auto* decl = node->try_as<_T3Decl>();
+  if (decl == nullptr) {
+    decls_.pop_back();
+    return PushElement(parent, slot, node, place);
+  }
+  rest = {decl->next, decl, SlotOf(decl, decl->next), place};
+  decl->attr().vexa_place = kModuleLevel;
+  // Nothing below an import statement asks for its owner.
+  T3Place* own = place;
+  if (!decl->is<_T3ImportDecl>()) {
+    own = Copy(place);
+    own->top_scope_owner = decl;
+  }
+  auto* type_decl = decl->try_as<T3TypeDecl>();
+  if (type_decl == nullptr || !IsWrittenElsewhere(type_decl)) return PushElement(parent, slot, decl, own);
+  decl->parent = parent;
+  decl->child_slot = slot;
+  array_decls_.push_back({decl, own});
 }
 
 // A declaration behind the first behavioural statement has a place of its own.
@@ -235,12 +257,16 @@ void PlaceWalk::PushParameters(T3Tree_Node* parent, T3Tree_Node*& list, T3Place*
 }
 
 void PlaceWalk::Drain() {
-  while (!stack_.empty()) {
-    const Step step = stack_.back();
-    stack_.pop_back();
-    PrefetchNodesBehind(step.node, -kAhead);
-    step.node->place = step.place;
-    Visit(step.node, step.place);
+  for (;;) {
+    while (!stack_.empty()) {
+      const Step step = stack_.back();
+      stack_.pop_back();
+      PrefetchNodesBehind(step.node, kAhead);
+      step.node->place = step.place;
+      Visit(step.node, step.place);
+    }
+    if (decls_.empty()) return;
+    PushNextModuleDecl();
   }
 }
 
@@ -496,10 +522,13 @@ T3DeclMap* PlaceWalk::RegisterModule(T3Module* module) {
     rest.pop_back();
     if (decl == nullptr) continue;
     rest.push_back(decl->next);
-    if (auto* group = decl->try_as<T3GroupDecl>())
+    if (auto* group = decl->try_as<T3GroupDecl>()) {
       rest.push_back(group->body);
-    else
-      RegisterDecl(decl, module->name, map);
+      continue;
+    }
+    RegisterDecl(decl, module->name, map);
+    if (auto* type = decl->try_as<T3TypeDecl>(); type != nullptr && IsWrittenElsewhere(type))
+      array_names_[type->name] = type;
   }
   return module->definition_part->as<_T3Decl>()->cold().declsOut = map;
 }
