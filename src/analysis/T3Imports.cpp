@@ -92,6 +92,7 @@ class ImportStage {
   tIdent null_from_ = NoIdent;
   tIdent current_from_ = NoIdent;
   bool imports_asn1_ = false;
+  bool has_imports_ = false;
 };
 
 void Note(T3Tree_Node* decl, T3Tree_Node* with_spec) {
@@ -130,7 +131,10 @@ void ForDecls(T3Tree_Node* list, const Call& call) {
 
 void ImportStage::CollectImports() {
   ForDecls(module_->definition_part, [this](T3Tree_Node* decl) {
-    if (auto* statement = decl->try_as<_T3ImportDecl>()) AddImport(statement);
+    auto* statement = decl->try_as<_T3ImportDecl>();
+    if (statement == nullptr) return;
+    has_imports_ = true;
+    AddImport(statement);
   });
 }
 
@@ -149,6 +153,7 @@ void Unlink(T3Tree_Node*& head, std::vector<T3Tree_Node**>& chains) {
 }
 
 void ImportStage::RemoveImports() {
+  if (!has_imports_) return;
   std::vector<T3Tree_Node**> chains{&module_->definition_part};
   while (!chains.empty()) {
     T3Tree_Node** head = chains.back();

@@ -3,6 +3,7 @@
 #include <array>
 #include <unordered_set>
 
+#include "analysis/T3DeclMap.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Imports.h"
 #include "analysis/T3Names.h"
@@ -191,7 +192,9 @@ void CheckAddressConflicts(T3Tree_Node* root) {
 }
 
 T3NodeList AddressDefinitions(T3Tree_Node* module) {
+  static const tIdent address = gIdents.MakeIdent("address");
   T3NodeList definitions;
+  if (DeclsOut(module->as<T3Module>()->definition_part)->Find(address).empty()) return definitions;
   std::vector<T3Tree_Node*> rest{module->as<T3Module>()->definition_part};
   while (!rest.empty()) {
     auto* decl = rest.back()->try_as<_T3Decl>();
