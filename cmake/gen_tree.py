@@ -17,6 +17,7 @@ FIELD_TYPES = {
     "bool": ("bool", "false", "Bool"),
     "position": ("tPosition", "NoPosition", "Position"),
     "int": ("int", "0", "Bytes"),
+    "byte": ("uint8_t", "0", "Bytes"),
     "uint32": ("uint32_t", "0", "Bytes"),
     "long": ("long", "0", "Bytes"),
     "int64": ("int64_t", "0", "Bytes"),

@@ -16,9 +16,6 @@ constexpr int kCycle = 1;
 constexpr int kMaxDepth = 500;
 int g_depth = 0;
 
-// By the numbers of declarations; one that is being looked through counts as a cycle.
-NumberMap<int>& g_known = *new NumberMap<int>;
-
 bool ChangesSnapshot(T3Tree_Node* node) {
   return node->is<T3DoneStmt>() || node->is<T3KilledStmt>() || node->is<T3TimeoutStmt>() ||
          node->is<_T3PortStmt>() || node->is<T3StartStmt>() || node->is<T3StopStmt>() ||
@@ -119,18 +116,21 @@ int AltStatus(T3Tree_Node* root) {
   return status;
 }
 
+// The attribute holds the status and 1, so that 0 is not known; a declaration that is being looked through
+// counts as a cycle.
 int AltStatusOfDecl(T3Tree_Node* decl) {
   if (g_depth >= kMaxDepth) return kCycle;
-  const auto [known, made] = g_known.TryEmplace(decl->number, kCycle);
-  if (!made) return *known;
+  uint8_t& known = decl->as<_T3Decl>()->attr().alt_status;
+  if (known != 0) return known - 1;
+  known = kCycle + 1;
   ++g_depth;
   const int status = StatusOfBody(decl);
   --g_depth;
-  return g_known[decl->number] = status;
+  known = static_cast<uint8_t>(status + 1);
+  return status;
 }
 
 void ForgetAltStatus() {
-  g_known.clear();
   g_altsteps.clear();
 }
 

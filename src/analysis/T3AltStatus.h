@@ -13,7 +13,7 @@ inline constexpr int kChangesSnapshot = 3;
 int AltStatus(T3Tree_Node* root);
 /// The same of what a declaration means where it is named.
 int AltStatusOfDecl(T3Tree_Node* decl);
-/// Forgets what is known of declarations.
+/// Forgets what is known of altsteps.
 void ForgetAltStatus();
 
 /// Whether the guards of a list of alternatives have no effects at all, and whether their operations have

@@ -12,7 +12,7 @@
 namespace {
 constexpr int kMaximumAliases = 1000;
 // In bytes.
-constexpr ptrdiff_t kAhead = 3072;
+constexpr ptrdiff_t kAhead = 8192;
 
 // Values of vexa_place: where a list of declarations or parameters stands.
 enum ListPlace { kModuleLevel = 1, kComponent = 2, kBehaviour = 3, kParameters = 5, kTemplateParameters = 6 };

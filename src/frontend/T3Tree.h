@@ -190,9 +190,13 @@ inline bool T3Tree_IsType(const T3Tree_Node* node, T3Kind kind) {
 }
 
 /// Asks for the memory in which the nodes lie that a walk in the order of the source meets `bytes` later: a
-/// tree is laid from high to low addresses. Negative for a walk in the opposite order.
+/// tree is laid from high to low addresses. Negative for a walk in the opposite order. A node may be larger
+/// than a line of the cache, so that two are asked for.
 inline void PrefetchNodesBehind(const T3Tree_Node* node, ptrdiff_t bytes) {
-  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(node) - static_cast<uintptr_t>(bytes)));
+  constexpr uintptr_t kLine = 64;
+  const uintptr_t at = reinterpret_cast<uintptr_t>(node) - static_cast<uintptr_t>(bytes);
+  __builtin_prefetch(reinterpret_cast<const void*>(at));
+  __builtin_prefetch(reinterpret_cast<const void*>(at + kLine));
 }
 
 template <class T>

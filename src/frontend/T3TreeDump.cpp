@@ -303,16 +303,30 @@ void T3Tree::WriteT3TreeNode(FILE* stream, T3Tree_Node* node) {
 // In bytes.
 constexpr ptrdiff_t kAhead = 2048;
 
+T3Tree_Node* NodeBehind(T3Tree_Node* node) {
+  const size_t size = (T3Tree_NodeSize[static_cast<size_t>(node->kind)] + 7U) / 8 * 8;
+  return reinterpret_cast<T3Tree_Node*>(reinterpret_cast<char*>(node) + size);
+}
+
+// The children of declarations lie far from them, those of all other nodes beside them.
+void PrefetchChildrenOfDecls(char* begin, char* end) {
+  auto* node = reinterpret_cast<T3Tree_Node*>(begin);
+  if (begin == end || !node->is<_T3Decl>()) return;
+  for (; reinterpret_cast<char*>(node) != end; node = NodeBehind(node))
+    for (const T3ChildFields::Child& field : ChildFieldsOf(node).children)
+      __builtin_prefetch(T3ChildField(node, field));
+}
+
 // True when no node of a block has a child of a wrong class.
 bool T3Tree::NodesOfBlockFit(const NodeBlock& block) const {
-  for (char* at = block.free; at != block.top;) {
-    auto* node = reinterpret_cast<T3Tree_Node*>(at);
+  PrefetchChildrenOfDecls(block.free, block.top);
+  auto* end = reinterpret_cast<T3Tree_Node*>(block.top);
+  for (auto* node = reinterpret_cast<T3Tree_Node*>(block.free); node != end; node = NodeBehind(node)) {
     PrefetchNodesBehind(node, -kAhead);
     const T3ChildFields& fields = ChildFieldsOf(node);
     for (const T3ChildFields::Child& field : fields.children)
       if (!ChildFits(node, field)) return false;
     if (fields.next.info != nullptr && !ChildFits(node, fields.next)) return false;
-    at += (T3Tree_NodeSize[static_cast<size_t>(node->kind)] + 7U) / 8 * 8;
   }
   return true;
 }
