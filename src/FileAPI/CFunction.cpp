@@ -43,6 +43,12 @@ std::string CFunction::declare(const std::string& type, const std::string& name,
   return variable;
 }
 
+std::string CFunction::declareArray(const std::string& type, size_t size) {
+  std::string name = "v" + std::to_string(nextLocal_++);
+  declarations_.add("\n  " + type + " " + name + "[" + std::to_string(size) + "];");
+  return name;
+}
+
 void CFunction::assign(const std::string& lhs, const std::string& rhs) {
   addLine(lhs + " = " + rhs + ";");
 }

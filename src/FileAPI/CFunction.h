@@ -17,6 +17,8 @@ class CFunction : public CBase {
 
   /// Declares a local variable and returns its name; an empty name stands for a new one.
   std::string declare(const std::string& type, const std::string& name, const std::string& init = "");
+  /// Declares a local array under a new name, which is returned.
+  std::string declareArray(const std::string& type, size_t size);
   void assign(const std::string& lhs, const std::string& rhs);
   void call(const std::string& name, const std::vector<std::string>& arguments);
   void callAndAssign(const std::string& lhs, const std::string& name,

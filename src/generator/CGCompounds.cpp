@@ -54,6 +54,19 @@ void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
   }
 }
 
+// Tells which elements are a permutation.
+void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string& target, CFunction& function) {
+  const auto kind = [&](size_t i) { return items[i]->permutation_kind; };
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (kind(i) != t3_permutation_kind_t::Head && kind(i) != t3_permutation_kind_t::HeadTail) continue;
+    size_t tail = i;
+    while (kind(tail) != t3_permutation_kind_t::Tail && kind(tail) != t3_permutation_kind_t::HeadTail &&
+           tail + 1 < items.size())
+      ++tail;
+    function.call(LUMO_TEMPLATE_SET_PERMUTATION, {target, std::to_string(i), std::to_string(tail), VEXA_CONTEXT});
+  }
+}
+
 void FillList(T3CompoundValue* node, const std::string& target, CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   if (items.empty()) {
@@ -63,10 +76,10 @@ void FillList(T3CompoundValue* node, const std::string& target, CFunction& funct
   function.call(LUMO_VALUE_SET_VECTOR_SIZE, {target, std::to_string(items.size()), VEXA_CONTEXT});
   for (size_t i = 0; i < items.size(); ++i) {
     if (items[i]->value->is<T3NotUsedSymbol>()) continue;
-    if (items[i]->permutation_kind != t3_permutation_kind_t::No) NotSupported(node);
     AssignPart(i == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
                IndexText(items[i], 0, i, function), items[i]->value, function);
   }
+  SetPermutations(items, target, function);
 }
 
 // The alternative of `anytype` that stands for a type, by the order in which its description lists them.

@@ -16,10 +16,7 @@
 namespace {
 // ---- What a statement takes ----
 
-struct Taken {
-  std::vector<std::string> temporaries;
-  std::vector<T3Tree_Node*> located;
-};
+using Taken = CGTaken;
 Taken& g_taken = *new Taken;
 
 void StoreC(T3Tree_Node* node, const std::string& text) {
@@ -115,11 +112,12 @@ bool MayCache(CFunction& function) {
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
 void CacheLiteral(T3Tree_Node* node) {
   std::string name;
-  if (FindInLiteralTable(node, &name)) return StoreRTS(node, name);
+  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return StoreRTS(node, name);
   CFile& file = gT3Context.file();
   name = file.uniqueName("vexa_constant_expression");
   file.addVariable(LUMO_VALUE_T, name, true);
   AddToLiteralTable(node, name);
+  SetNameOfLiteral(node, name);
   CFunction& initialize = gT3Context.initializeFunction();
   const tPosition& position = node->as<_T3Expression>()->position;
   CGCommentPlace(initialize, position, "constant literal");
@@ -138,9 +136,25 @@ void CacheLiteral(T3Tree_Node* node) {
   gT3Context.finalizeFunction().call(LUMO_VALUE_DELETE, {"&(" + name + ")", VEXA_CONTEXT});
 }
 
+// A name or a call that the functions of a template in line get as an argument.
+const char* PassedToTemplate(T3Tree_Node* node) {
+  if (auto* name = node->try_as<T3Identifier>())
+    return name->cold().vexa_id_place == cg::kPassedToTemplate ? name->cold().template_special_rts_loc : nullptr;
+  auto* call = node->try_as<T3Parameterization>();
+  return call != nullptr && call->cold().vexa_id_place == cg::kPassedToTemplate ? call->cold().template_special_rts_loc
+                                                                                : nullptr;
+}
+
 void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
+  if (const char* argument = PassedToTemplate(node)) {
+    const bool is_value = !cg::IsTemplateMode() && cg::HoldsTemplate(node);
+    return StoreRTS(node, is_value ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
+                                   : std::string(argument));
+  }
   if (cg::Operator(node, allocation, function) || cg::Literal(node, allocation, function) ||
-      cg::PreDefinedFunction(node, allocation, function) || cg::Reference(node, allocation, function))
+      cg::PreDefinedFunction(node, allocation, function) || cg::Matching(node, allocation, function) ||
+      cg::Behaviour(node, allocation, function) ||
+      cg::Reference(node, allocation, function))
     return;
   if (auto* compound = node->try_as<T3CompoundValue>())
     return cg::CompoundValue(compound, allocation, function);
@@ -172,8 +186,11 @@ std::string Temporary(const std::string& type, CFunction& function) {
 std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
   std::string name = Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
-                         {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(allocation), VEXA_CONTEXT});
+  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(allocation)};
+  if (cg::IsTemplateMode()) arguments.emplace_back("0");
+  arguments.emplace_back(VEXA_CONTEXT);
+  function.callAndAssign(
+      name, cg::IsTemplateMode() ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE, arguments);
   StoreRTS(node, name);
   return name;
 }
@@ -191,12 +208,25 @@ std::string CastToLongLong(const std::string& text) {
 }
 
 void NotSupported(T3Tree_Node* node) {
-  throw internal_exception("CGExpression", __LINE__, "CGExpression",
-                           std::string("CGExpression currently does not support ") + T3KindName(node));
+  throw not_supported(__LINE__, std::string("CGExpression currently does not support ") + T3KindName(node));
 }
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
   function.call(C2RTSFunction(TypeOf(node)), {target, CLocation(node), VEXA_CONTEXT});
+}
+
+namespace {
+int g_left_sides = 0;
+}  // namespace
+
+LeftSide::LeftSide() {
+  ++g_left_sides;
+}
+LeftSide::~LeftSide() {
+  --g_left_sides;
+}
+bool IsLeftSide() {
+  return g_left_sides != 0;
 }
 
 Conditional::Conditional() {
@@ -227,6 +257,11 @@ std::string AllocationMode(vexa_allocation_mode_t mode) {
 
 void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocation_mode_t allocation,
                   CFunction& function) {
+  // A part without templates in it is a value also where a template is made.
+  if (cg::IsTemplateMode() && !cg::HoldsTemplate(node) && !node->is<T3TemplateDef>()) {
+    const cg::ValueMode value_mode;
+    return CGExpression(node, mode, allocation, function);
+  }
   const bool wants_c = mode == vexa_c_mode;
   if (wants_c ? HasCLocation(node) : HasRTSLocation(node)) return;
   if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
@@ -264,13 +299,17 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
   if (log_modification) function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
 
-CGStatementScope::CGStatementScope(CFunction& function) : function_(function) {
-  g_taken = {};
+CGStatementScope::CGStatementScope(CFunction& function) : function_(&function), outer_(new Taken) {
+  std::swap(g_taken, *outer_);
+}
+
+CGStatementScope::CGStatementScope() : outer_(new Taken) {
+  std::swap(g_taken, *outer_);
 }
 
 CGStatementScope::~CGStatementScope() {
   for (const std::string& name : g_taken.temporaries)
-    if (function_.isTmpVariable(name)) function_.releaseTmpVariable(name);
+    if (function_ != nullptr && function_->isTmpVariable(name)) function_->releaseTmpVariable(name);
   for (T3Tree_Node* node : g_taken.located) ResetLocation(node);
-  g_taken = {};
+  std::swap(g_taken, *outer_);
 }

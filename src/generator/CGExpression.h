@@ -3,7 +3,9 @@
 // and is converted where the other is wanted.
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "FileAPI/CFunction.h"
 #include "frontend/T3Tree.h"
@@ -28,15 +30,24 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
 /// The form in which the value of an expression is natural.
 vexa_expression_mode_t NaturalMode(T3Tree_Node* node);
 
+/// What a statement has taken.
+struct CGTaken {
+  std::vector<std::string> temporaries;
+  std::vector<T3Tree_Node*> located;
+};
+
 /// Frees the temporaries and locations that a statement's expression has taken, when nothing reads them any
-/// more. One lives at a time.
+/// more. Scopes nest.
 class CGStatementScope {
  public:
   explicit CGStatementScope(CFunction& function);
+  /// Around a whole behaviour, whose variables nobody needs back.
+  CGStatementScope();
   CGStatementScope(const CGStatementScope&) = delete;
   CGStatementScope& operator=(const CGStatementScope&) = delete;
   ~CGStatementScope();
 
  private:
-  CFunction& function_;
+  CFunction* function_ = nullptr;
+  std::unique_ptr<CGTaken> outer_;
 };

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "driver/T3Exception.h"
 #include "generator/CGExpression.h"
 
 namespace cg {
@@ -34,7 +35,59 @@ class Conditional {
   Conditional& operator=(const Conditional&) = delete;
   ~Conditional();
 };
+/// What is thrown for constructs that no code is generated for.
+class not_supported : public internal_exception {
+ public:
+  not_supported(int line, const std::string& reason)
+      : internal_exception("CGExpression", line, "CGExpression", reason), reason_(reason) {}
+  const std::string& reason() const { return reason_; }
+
+ private:
+  std::string reason_;
+};
 [[noreturn]] void NotSupported(T3Tree_Node* node);
+
+/// Stands while the left side of an assignment is evaluated: fields that are missing are made on the way.
+class LeftSide {
+ public:
+  LeftSide();
+  LeftSide(const LeftSide&) = delete;
+  LeftSide& operator=(const LeftSide&) = delete;
+  ~LeftSide();
+};
+bool IsLeftSide();
+
+/// Stand while references to templates mean the template, and while they mean its value, which is the rule.
+class TemplateMode {
+ public:
+  TemplateMode();
+  TemplateMode(const TemplateMode&) = delete;
+  TemplateMode& operator=(const TemplateMode&) = delete;
+  ~TemplateMode();
+
+ private:
+  bool before_;
+};
+class ValueMode {
+ public:
+  ValueMode();
+  ValueMode(const ValueMode&) = delete;
+  ValueMode& operator=(const ValueMode&) = delete;
+  ~ValueMode();
+
+ private:
+  bool before_;
+};
+bool IsTemplateMode();
+/// True for a matching mechanism, a reference to a template, and a compound value with one of them in it.
+bool HoldsTemplate(T3Tree_Node* node);
+/// `infinity`, also with a minus.
+bool IsInfinityExpression(T3Tree_Node* node);
+/// The place of a reference in a template in line that stands for one of the arguments of its functions.
+inline constexpr int kPassedToTemplate = 7;
+
+/// False for a qualifier that names a declaration of another module, or an enumeration value.
+bool IsField(T3Qualifier* node);
 
 /// True for a literal with characters beyond ASCII.
 bool IsWideLiteral(T3Tree_Node* node);
@@ -43,6 +96,8 @@ bool IsWideLiteral(T3Tree_Node* node);
 bool Operator(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function);
+bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function);
+bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
 
 void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);

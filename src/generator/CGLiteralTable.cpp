@@ -6,6 +6,8 @@
 #include <optional>
 #include <tuple>
 
+#include "support/NumberMap.h"
+
 namespace {
 struct KindValueType {
   t3_literal_kind_t kind;
@@ -21,6 +23,11 @@ struct KindValueType {
 std::map<KindValueType, std::string>& Table() {
   static auto& table = *new std::map<KindValueType, std::string>;
   return table;
+}
+
+NumberMap<std::string>& Names() {
+  static auto& names = *new NumberMap<std::string>;
+  return names;
 }
 
 // Empty for a number of more than 64 bits: it must not share the place of another.
@@ -57,6 +64,17 @@ t3_literal_kind_t LiteralKind(T3Tree_Node* literal) {
 
 void ResetLiteralTable() {
   Table().clear();
+  Names().clear();
+}
+
+bool FindNameOfLiteral(T3Tree_Node* literal, std::string* text) {
+  const std::string& name = Names()[literal->number];
+  if (!name.empty()) *text = name;
+  return !name.empty();
+}
+
+void SetNameOfLiteral(T3Tree_Node* literal, const std::string& text) {
+  Names()[literal->number] = text;
 }
 
 bool FindInLiteralTable(T3Tree_Node* literal, std::string* text) {

@@ -22,3 +22,7 @@ void ResetLiteralTable();
 bool FindInLiteralTable(T3Tree_Node* literal, std::string* text);
 /// Enters or overwrites; a literal that is not cachable is left out.
 void AddToLiteralTable(T3Tree_Node* literal, const std::string& text);
+
+/// The same for one literal of any kind: a statement that is generated twice means one value.
+bool FindNameOfLiteral(T3Tree_Node* literal, std::string* text);
+void SetNameOfLiteral(T3Tree_Node* literal, const std::string& text);

@@ -174,6 +174,10 @@ vexa_expression_mode_t NaturalMode(T3Tree_Node* node) {
     case T3Kind::T3IsPresent:
     case T3Kind::T3IsChosen:
     case T3Kind::T3IsValue:
+    case T3Kind::T3Match:
+    case T3Kind::T3Running:
+    case T3Kind::T3Alive:
+    case T3Kind::T3Read:
       return vexa_c_mode;
     case T3Kind::T3CharStringLiteral:
       return cg::IsWideLiteral(node) ? vexa_rts_mode : vexa_c_mode;

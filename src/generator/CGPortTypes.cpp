@@ -4,6 +4,8 @@
 #include "generator/CGModule.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
+#include "generator/CGValue.h"
+#include "generator/CLocations.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
 #include "generator/T3Context.h"
@@ -97,13 +99,23 @@ void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
 }
 
 // Runs at each creation of a component, on the value of its record type.
-void GenPostProcessFunction(T3TypeDecl* decl) {
+void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
   const std::string value = VEXA_COMPONENT_POSTPROCESS_ARG_NAME;
   auto function = gT3Context.file().beginFunction(
       LUMO_VALUE_T, VEXAComponentPostProcessFuncName(decl),
       {FormalPar(LUMO_VALUE_T, value), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)}, "", false);
   CGPushSourceLocation(*function, CGCurrentModule(), std::string(gIdents.GetCStr(decl->name)) + " def",
                        C_NULL, LUMO_SCOPE_UNDEFINED_C, decl->position);
+  std::vector<T3Tree_Node*> located;
+  int index = 0;
+  gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
+    const std::string place = getSignature("", LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index++), VEXA_CONTEXT});
+    if (!member->is<_T3InstanceValueDecl>()) return;
+    CGComponentValue(member, place, *function);
+    located.push_back(member);
+  });
+  // From anywhere else they are reached by name.
+  for (T3Tree_Node* member : located) ResetLocation(member);
   CGPopSourceLocation(*function);
   function->_return(value);
   function->end();
@@ -217,7 +229,7 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
     array->end();
   }
   WriteTypeInfoStruct(VEXAComponentRecordInfoStructName(decl), info);
-  GenPostProcessFunction(decl);
+  GenPostProcessFunction(decl, component);
 }
 
 void GenSignatureType(T3Tree_Node* node, T3Tree_Node* type) {

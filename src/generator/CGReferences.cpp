@@ -23,17 +23,32 @@ std::string AccessNamedEntity(T3Tree_Node* decl) {
   }
 }
 
-bool IsAtModuleLevel(T3Tree_Node* decl) {
-  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == 1;
+// Where a declaration stands, as the analysis numbers it.
+enum Place { kModuleLevel = 1, kComponent = 2 };
+
+int PlaceOf(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() ? kModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
+}
+
+// What a declaration means: an object of the module, the component's, or one of the behaviour.
+std::string LocationOf(T3Tree_Node* decl) {
+  const int place = PlaceOf(decl);
+  if (place == kModuleLevel) return AccessNamedEntity(decl);
+  // A local has its variable by the statement that declares it, and a component's while it is being made.
+  if (HasRTSLocation(decl)) return RTSLocation(decl);
+  if (place == kComponent) return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+  NotSupported(decl);
 }
 
 void Named(_T3Reference* node, Mode allocation, CFunction& function) {
   T3Tree_Node* def = Def(node);
-  if (T3Is<_T3Decl>(def)) {
-    if (!IsAtModuleLevel(def)) NotSupported(def);
-    StoreRTSLocation(node, AccessNamedEntity(def));
-    return;
+  if (T3Is<_T3FormalPar>(def)) {
+    const int index = def->as<_T3FormalPar>()->attr().vexa_index;
+    const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]";
+    const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();
+    return StoreRTSLocation(node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
   }
+  if (T3Is<_T3Decl>(def)) return StoreRTSLocation(node, LocationOf(def));
   T3Tree_Node* type = TypeOf(node);
   if (!type->is<T3EnumType>()) NotSupported(node);
   const tIdent name = node->is<T3Qualifier>() ? node->as<T3Qualifier>()->id : node->as<T3Identifier>()->id;
@@ -44,10 +59,12 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
 void Field(T3Qualifier* node, CFunction& function) {
   const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
   T3Tree_Node* type = TypeOf(node->base);
+  const auto index = [&] { return std::to_string(GetAlternativeIndex(type, node->id, true)); };
   if (IsRecordOrSetType(type))
-    StoreRTSLocation(node,
-                     Call(LUMO_VALUE_FIELD_BY_INDEX,
-                          {parent, std::to_string(GetAlternativeIndex(type, node->id, true)), VEXA_CONTEXT}));
+    StoreRTSLocation(node, Call(IsLeftSide() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
+                                {parent, index(), VEXA_CONTEXT}));
+  else if (IsLeftSide() && type->is<T3UnionType>())
+    StoreRTSLocation(node, Call(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
   else
     StoreRTSLocation(node, Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(node->id), VEXA_CONTEXT}));
 }
@@ -62,13 +79,13 @@ void Element(T3Subscription* node, Mode allocation, CFunction& function) {
     StoreRTSLocation(node,
                      Call(LUMO_VALUE_FIELD_BY_INDEX, {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
 }
+}  // namespace
 
-// A qualifier that names a declaration of another module, or an enumeration value, has no value before it.
+// Others have no value before the point.
 bool IsField(T3Qualifier* node) {
   T3Tree_Node* def = Def(node);
   return !T3Is<_T3Decl>(def) && !T3Is<T3EnumType>(def);
 }
-}  // namespace
 
 bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function) {
   auto* qualifier = node->try_as<T3Qualifier>();

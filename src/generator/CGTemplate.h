@@ -1,9 +1,20 @@
-// Templates: their descriptions and the functions that match and make values.
+// Templates: each declaration is described to the run-time system as a type of its own, with functions that match
+// a value, make one, count elements and give the most general value. What is written in line becomes such a
+// declaration without a name of its own.
 #pragma once
 
-#include "frontend/T3Tree.h"
+#include <string>
 
-/// A T3TemplateDecl.
+#include "FileAPI/CFunction.h"
+#include "frontend/T3Tree.h"
+#include "generator/LUMOS.h"
+
+/// A T3TemplateDecl of the module or of a block.
 void CGTemplate(T3Tree_Node* decl);
 /// A T3ImportTemplateDecl.
 void CGTemplateImport(T3Tree_Node* decl);
+
+/// The location of a template where one is wanted: a T3TemplateDef or an expression at its place of use.
+std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
+/// The same where a value will do.
+std::string CGTemplateExpression(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);

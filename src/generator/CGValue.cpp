@@ -2,7 +2,7 @@
 
 #include "driver/T3Error.h"
 #include "driver/T3Exception.h"
-#include "generator/CGExpression.h"
+#include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
@@ -43,9 +43,10 @@ void Publish(T3Tree_Node* decl, const std::string& location, CFunction& function
   finalize.assign(location, C_NULL);
 }
 
-void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function) {
+void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function,
+                 vexa_allocation_mode_t allocation = vexa_perm_alloc) {
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
-                         {VEXATypeRef(type), Quote(NameOfDecl(decl)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
+                         {VEXATypeRef(type), Quote(NameOfDecl(decl)), AllocationMode(allocation), VEXA_CONTEXT});
 }
 
 void CGConstant(T3ConstDecl* decl) {
@@ -108,6 +109,81 @@ void CGValue(T3Tree_Node* decl) {
   if (auto* external = decl->try_as<T3ExtConstDecl>()) return CGExternalConstant(external);
   if (decl->is<T3ImportConstDecl>() || decl->is<T3ImportModuleParDecl>()) return CGImportedValue(decl);
   throw internal_exception("CGValue", __LINE__, "CGValue", "Unhandled node type");
+}
+
+namespace {
+bool HasValue(const _T3InstanceValueDecl* decl) {
+  return T3Is<_T3Expression>(decl->value) ? !decl->value->is<T3NoExpression>() : T3Is<T3TemplateDef>(decl->value);
+}
+
+// The type of the elements of an array of any dimensions; a type that is no array is its own.
+T3Tree_Node* ElementOf(T3Tree_Node* type) {
+  for (type = RootType(type); type->is<T3ArrayType>(); type = RootType(type->as<T3ArrayType>()->type)) {}
+  return type;
+}
+
+void Register(const std::string& location, bool in_component, CFunction& function) {
+  function.call(LUMO_SOURCE_TRACKING_REGISTER_VALUE,
+                {location, in_component ? C_TRUE : C_FALSE, VEXA_CONTEXT});
+}
+
+// The durations of a list, for each timer of an array that has one.
+void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3Tree_Node* type, CFunction& function) {
+  auto* array = RootType(type)->try_as<T3ArrayType>();
+  auto* values = list->try_as<T3CompoundValue>();
+  if (array == nullptr || values == nullptr) cg::NotSupported(list);
+  if (RootType(array->type)->is<T3ArrayType>()) cg::NotSupported(list);
+  unsigned index = 0;
+  for (T3Tree_Node* at = values->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++index) {
+    T3Tree_Node* duration = at->as<T3FieldValue>()->value;
+    if (duration->is<T3NotUsedSymbol>()) continue;
+    function.call(LUMO_VALUE_SET_TIMER_IN_ARRAY_DEFAULT_DURATION,
+                  {location, std::to_string(index), cg::InC(duration, function), VEXA_CONTEXT});
+  }
+}
+
+void SetDurations(const std::string& location, T3VarDecl* decl, CFunction& function) {
+  if (!HasValue(decl)) return;
+  const CGStatementScope scope(function);
+  if (RootType(decl->type)->is<T3ArrayType>()) return GenerateTimerArrayDecl2(location, decl->value, decl->type, function);
+  function.call(LUMO_VALUE_SET_TIMER_DEFAULT_DURATION, {location, cg::InC(decl->value, function), VEXA_CONTEXT});
+}
+}  // namespace
+
+bool IsTimerDeclaration(T3Tree_Node* decl) {
+  return decl->is<T3VarDecl>() && ElementOf(decl->as<T3VarDecl>()->type)->is<T3TimerType>();
+}
+
+void CGLocalValue(T3Tree_Node* node, CFunction& function) {
+  if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
+  auto* decl = node->as<_T3InstanceValueDecl>();
+  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable) cg::NotSupported(node);
+  const std::string location = function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
+  SetRTSLocation(decl, location);
+  const bool is_timer = IsTimerDeclaration(decl);
+  if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  Instantiate(location, decl, decl->type, function, is_timer ? vexa_perm_alloc : vexa_temp_alloc);
+  if (is_timer) {
+    Register(location, false, function);
+    SetDurations(location, decl->as<T3VarDecl>(), function);
+  } else if (HasValue(decl)) {
+    const CGStatementScope scope(function);
+    CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
+  }
+}
+
+void CGComponentValue(T3Tree_Node* node, const std::string& location, CFunction& function) {
+  auto* decl = node->as<_T3InstanceValueDecl>();
+  const bool is_timer = IsTimerDeclaration(decl);
+  SetRTSLocation(decl, location);
+  if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  Register(location, true, function);
+  if (is_timer) {
+    SetDurations(location, decl->as<T3VarDecl>(), function);
+  } else if (HasValue(decl)) {
+    const CGStatementScope scope(function);
+    CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
+  }
 }
 
 void CGModulePar(T3Tree_Node* node) {

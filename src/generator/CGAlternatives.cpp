@@ -1,0 +1,449 @@
+#include "generator/CGAlternatives.h"
+
+#include <functional>
+
+#include "analysis/T3AltStatus.h"
+#include "analysis/T3Types.h"
+#include "driver/T3Error.h"
+#include "generator/CGCalls.h"
+#include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CGStatement.h"
+#include "generator/CGTemplate.h"
+#include "generator/CGTypeAccess.h"
+#include "generator/CLocations.h"
+#include "generator/LUMOS.h"
+#include "generator/T3CodeDefs.h"
+
+namespace {
+std::string AddressOf(const std::string& name) {
+  return "&(" + name + ")";
+}
+
+// ---- Operands ----
+
+bool IsPresent(T3Tree_Node* node) {
+  return T3Is<T3TemplateDef>(node) || (T3Is<_T3Expression>(node) && !node->is<T3NoExpression>());
+}
+
+// A template, or that there is none.
+std::string TemplateOr(T3Tree_Node* node, const char* none, vexa_template_mode_t mode, CFunction& function) {
+  return IsPresent(node) ? CGInlinedTemplate(node, mode, function) : std::string(none);
+}
+
+std::string Target(T3Tree_Node* target, CFunction& function) {
+  return IsPresent(target) && !target->is<T3NotUsedSymbol>() ? cg::InRTS(target, vexa_temp_alloc, function)
+                                                             : std::string(LUMO_VALUE_NO_RETURN_C);
+}
+
+std::string SenderTarget(T3Tree_Node* redirect, CFunction& function) {
+  auto* targets = redirect->try_as<T3PortRedirect>();
+  return targets == nullptr ? std::string(LUMO_VALUE_NO_RETURN_C) : Target(targets->redirect_sender, function);
+}
+
+std::string ValueTarget(T3Tree_Node* redirect, CFunction& function) {
+  auto* targets = redirect->try_as<T3PortRedirect>();
+  return targets == nullptr ? std::string(LUMO_VALUE_NO_RETURN_C) : Target(targets->redirect_value, function);
+}
+
+T3SignatureType* SignatureOf(T3Tree_Node* definition) {
+  if (!T3Is<T3TemplateDef>(definition)) return nullptr;
+  T3Tree_Node* type = cg::TypeOf(definition->as<T3TemplateDef>()->constraint);
+  if (!definition->as<T3TemplateDef>()->parent->is<T3NoType>()) type = RootType(definition->as<T3TemplateDef>()->parent);
+  return type->try_as<T3SignatureType>();
+}
+
+// The array of targets for the parameters of a call or reply, with their number before it.
+void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature, std::vector<std::string>& arguments,
+                            CFunction& function) {
+  auto* targets = redirect->try_as<T3PortRedirect>();
+  const bool none = targets == nullptr || !targets->redirect_params->is<T3FieldValue>();
+  if (none || signature == nullptr) {
+    arguments.insert(arguments.end(), {"0", C_NULL});
+    return;
+  }
+  const unsigned count = GetParNumber(signature->fpl);
+  std::vector<std::string> slots(count, LUMO_VALUE_NO_RETURN_C);
+  unsigned position = 0;
+  for (T3Tree_Node* at = targets->redirect_params; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++position) {
+    unsigned index = position;
+    if (auto* name = at->as<T3FieldValue>()->field->try_as<T3FieldName>()) {
+      index = 0;
+      for (T3Tree_Node* par = signature->fpl; par->is<_T3FormalPar>() && par->as<_T3FormalPar>()->name != name->name;
+           par = par->as<_T3FormalPar>()->next)
+        ++index;
+    }
+    if (index < count) slots[index] = Target(at->as<T3FieldValue>()->value, function);
+  }
+  const std::string array = function.declareArray(LUMO_VALUE_T, count);
+  for (unsigned i = 0; i < count; ++i) function.assign(array + "[" + std::to_string(i) + "]", slots[i]);
+  arguments.insert(arguments.end(), {std::to_string(count), array});
+}
+
+// ---- Operations that are tried ----
+
+struct Attempt {
+  std::string word;
+  std::vector<std::string> arguments;
+};
+
+Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& function) {
+  Attempt attempt;
+  const auto add = [&](const std::string& text) { attempt.arguments.push_back(text); };
+  const std::string check = is_check ? C_TRUE : C_FALSE;
+  add(cg::InRTS(statement->port, vexa_temp_alloc, function));
+  if (statement->is<T3CatchTimeoutStmt>()) {
+    attempt.word = LUMO_PORT_TRY_CATCH_TIMEOUT;
+    add(VEXA_CONTEXT);
+    return attempt;
+  }
+  const auto add_template = [&](vexa_template_mode_t mode) {
+    add(TemplateOr(statement->template_value, LUMO_NO_VALUE_C, mode, function));
+  };
+  const auto add_sender = [&] { add(TemplateOr(statement->sender, LUMO_NO_VALUE_C, vexa_template_plain, function)); };
+  if (statement->is<T3GetCallStmt>()) {
+    attempt.word = LUMO_PORT_TRY_GETCALL;
+    add_template(vexa_template_call);
+    add_sender();
+    add(check);
+    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments, function);
+  } else if (auto* reply = statement->try_as<T3GetReplyStmt>()) {
+    attempt.word = LUMO_PORT_TRY_GETREPLY;
+    add_template(vexa_template_reply);
+    add(TemplateOr(reply->return_template, LUMO_NO_VALUE_C, vexa_template_plain, function));
+    add_sender();
+    add(check);
+    add(ValueTarget(statement->redirect, function));
+    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments, function);
+  } else {
+    attempt.word = LUMO_PORT_TRY_RECEIVE;
+    if (auto* caught = statement->try_as<T3CatchStmt>()) {
+      attempt.word = LUMO_PORT_TRY_CATCH;
+      add(VEXATypeRef(caught->signature));
+    }
+    add_template(vexa_template_plain);
+    add_sender();
+    add(check);
+    add(ValueTarget(statement->redirect, function));
+  }
+  add(SenderTarget(statement->redirect, function));
+  add(VEXA_CONTEXT);
+  return attempt;
+}
+
+Attempt Try(T3Tree_Node* operation, CFunction& function) {
+  const auto with = [&](const char* word, T3Tree_Node* operand) {
+    return Attempt{word, {cg::InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}};
+  };
+  if (auto* done = operation->try_as<T3DoneStmt>()) return with(LUMO_COMPONENT_TRY_DONE, done->component);
+  if (auto* killed = operation->try_as<T3KilledStmt>()) return with(LUMO_COMPONENT_TRY_KILLED, killed->component);
+  if (auto* timeout = operation->try_as<T3TimeoutStmt>()) return with(LUMO_TIMER_TRY_TIMED_OUT, timeout->timer);
+  if (auto* receiving = operation->try_as<_T3ReceivingPortStmt>()) return TryReceiving(receiving, false, function);
+  if (auto* check = operation->try_as<T3CheckReceive>())
+    return TryReceiving(check->receive_statement->as<_T3ReceivingPortStmt>(), true, function);
+  if (auto* check = operation->try_as<T3CheckRedirect>())
+    return {LUMO_PORT_TRY_RECEIVE,
+            {cg::InRTS(check->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C,
+             TemplateOr(check->from, LUMO_NO_VALUE_C, vexa_template_plain, function), C_TRUE, LUMO_VALUE_NO_RETURN_C,
+             SenderTarget(check->redirect, function), VEXA_CONTEXT}};
+  internal_error_ast("CGStatement", __LINE__, "CGStatement::GenGuardOp", operation);
+}
+
+// "if (" attempt ")" with the scope open.
+void GenGuardOp(T3Tree_Node* operation, CFunction& function) {
+  const CGStatementScope scope(function);
+  const Attempt attempt = Try(operation, function);
+  function.beginIf(attempt.word, attempt.arguments);
+}
+
+// ---- The loop ----
+
+// What `repeat` and `break` in a construct refer to.
+struct AltNames {
+  std::string repeat_var;
+  std::string repeat_label;
+  std::string break_label;
+  std::string scope;
+};
+
+template <class Node>
+void StoreNames(Node* node, const AltNames& names) {
+  node->cold().repeat_var = gT3AST.KeepText(names.repeat_var);
+  node->cold().repeat_label = gT3AST.KeepText(names.repeat_label);
+  node->cold().vexa_break_label = gT3AST.KeepText(names.break_label);
+  node->cold().temp_memory_scope = gT3AST.KeepText(names.scope);
+}
+
+AltNames BeginAlt(CFunction& function) {
+  AltNames names;
+  names.repeat_var = function.getTmpVariable(C_BOOL);
+  names.repeat_label = function.getNewLabel();
+  names.scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(names.scope), VEXA_CONTEXT});
+  names.break_label = function.getNewLabel();
+  return names;
+}
+
+void BeginRounds(const AltNames& names, CFunction& function) {
+  function.call(LUMO_LOG_ALT_ENTERED_EVENT, {VEXA_CONTEXT});
+  function.beginDoWhile();
+  function.assign(names.repeat_var, C_FALSE);
+  function.beginWhile(C_TRUE);
+  function.call(LUMO_MEMORY_TEMP_CLEAR, {AddressOf(names.scope), VEXA_CONTEXT});
+  function.call(LUMO_COMPONENT_SNAPSHOT, {VEXA_CONTEXT});
+}
+
+void TryDefaults(const AltNames& names, CFunction& function) {
+  function.call(LUMO_LOG_ALT_DEFAULTS_EVENT, {VEXA_CONTEXT});
+  const std::string result = function.getTmpVariable(LUMO_ACTIVATION_LIST_RESULT_T);
+  function.callAndAssign(result, LUMO_ACTIVATION_LIST_INVOKE, {VEXA_CONTEXT});
+  function.beginIf(result + " == " + LUMO_ACTIVATION_LIST_SUCCESSFUL_PROCEED_C);
+  function.addBreak();
+  function.endIf();
+  function.beginElseIf(result + " == " + LUMO_ACTIVATION_LIST_SUCCESSFUL_REPEAT_C);
+  function.assign(names.repeat_var, C_TRUE);
+  function.addBreak();
+  function.endIf();
+  function.releaseTmpVariable(result);
+}
+
+// `alternatives` may have changing guards: what they come to can be another without an event.
+void Wait(T3Tree_Node* alternatives, CFunction& function) {
+  const T3Cleanness clean = CleannessOf(alternatives);
+  function.call(LUMO_LOG_ALT_WAIT_EVENT, {VEXA_CONTEXT});
+  function.call(LUMO_COMPONENT_WAIT, {clean.guards && clean.templates ? C_FALSE : C_TRUE, VEXA_CONTEXT});
+}
+
+void EndRounds(const AltNames& names, CFunction& function) {
+  function.endWhile();
+  function.addLabel(names.repeat_label);
+  function.addText(";");
+  function.endDoWhile(names.repeat_var);
+  function.addLabel(names.break_label);
+  function.addText(";");
+  function.call(LUMO_LOG_ALT_LEFT_EVENT, {VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(names.scope), VEXA_CONTEXT});
+  function.releaseTmpVariable(names.repeat_var);
+  function.releaseTmpVariable(names.scope);
+}
+
+// The loop around one attempt that stands alone; the defaults are asked as well.
+void LoneAttempt(bool is_clean, CFunction& function, const std::function<void(const AltNames&)>& branch) {
+  const AltNames names = BeginAlt(function);
+  BeginRounds(names, function);
+  branch(names);
+  TryDefaults(names, function);
+  function.call(LUMO_LOG_ALT_WAIT_EVENT, {VEXA_CONTEXT});
+  function.call(LUMO_COMPONENT_WAIT, {is_clean ? C_FALSE : C_TRUE, VEXA_CONTEXT});
+  EndRounds(names, function);
+}
+
+// ---- Branches ----
+
+const AltNames NamesOf(T3Tree_Node* statement) {
+  if (auto* alt = statement->try_as<T3AltStmt>()) {
+    const auto& kept = alt->cold();
+    return {kept.repeat_var, kept.repeat_label, kept.vexa_break_label, kept.temp_memory_scope};
+  }
+  const auto& kept = statement->as<T3CallStmt>()->cold();
+  return {kept.repeat_var, kept.repeat_label, kept.vexa_break_label, kept.temp_memory_scope};
+}
+
+T3Tree_Node* BehindImportOf(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
+}
+
+// The call of an altstep; returns the variable that has its result.
+std::string CallAltstep(T3Tree_Node* reference, CFunction& function) {
+  auto* call = reference->try_as<T3Parameterization>();
+  if (call == nullptr) cg::NotSupported(reference);
+  T3Tree_Node* decl = Def(call);
+  T3Tree_Node* origin = BehindImportOf(decl);
+  if (!T3Is<T3TestStep>(origin)) cg::NotSupported(reference);
+  const std::string result = function.getTmpVariable(LUMO_TEST_STEP_RESULT_T);
+  T3Tree_Node* formals = origin->as<T3TestStep>()->fpl;
+  const CGStatementScope scope(function);
+  const std::string array = CGActualParameterList(call->apl, formals, false, function);
+  function.callAndAssign(result, LUMO_CALL_ALTSTEP,
+                         {GetTeststepObject(decl), AddressOf(VEXAFuncTypeStructName(decl)),
+                          std::to_string(GetParNumber(formals)), array, VEXA_CONTEXT});
+  return result;
+}
+
+void AltstepBranch(T3Tree_Node* reference, T3Tree_Node* body, const AltNames& names, CFunction& function) {
+  const std::string result = CallAltstep(reference, function);
+  function.beginIf(result + " == " + LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C);
+  if (body != nullptr) CGStatement(body, function);
+  function.addBreak();
+  function.endIf();
+  function.beginElseIf(result + " == " + LUMO_TEST_STEP_SUCCESSFUL_REPEAT_C);
+  function.assign(names.repeat_var, C_TRUE);
+  function.addGoto(names.repeat_label);
+  function.endIf();
+  function.releaseTmpVariable(result);
+}
+
+// A trigger takes what it does not want from the queue, and waits on.
+void DiscardMessage(T3TriggerStmt* trigger, const AltNames& names, CFunction& function) {
+  const CGStatementScope scope(function);
+  function.beginIf(LUMO_PORT_TRY_RECEIVE,
+                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C, C_FALSE,
+                    LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
+  function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
+  function.assign(names.repeat_var, C_TRUE);
+  function.addGoto(names.repeat_label);
+  function.endIf();
+}
+
+void Branch(_T3Alt* alt, const AltNames& names, CFunction& function) {
+  if (auto* altstep = alt->try_as<T3TestStepRefAlt>())
+    return AltstepBranch(altstep->test_step, alt->body, names, function);
+  T3Tree_Node* operation = alt->as<T3GuardedAlt>()->operation;
+  GenGuardOp(operation, function);
+  CGStatement(alt->body, function);
+  function.addBreak();
+  function.endIf();
+  if (operation->is<T3TriggerStmt>()) DiscardMessage(operation->as<T3TriggerStmt>(), names, function);
+}
+
+void MarkBranch(_T3Alt* alt, CFunction& function) {
+  CGCommentPlace(function, alt->position, T3KindName(alt));
+  CGSetSourceLine(function, alt->position);
+}
+}  // namespace
+
+void CGAltList(T3Tree_Node* alternatives, T3Tree_Node* statement, CFunction& function) {
+  const AltNames names = NamesOf(statement);
+  for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
+    auto* alt = at->as<_T3Alt>();
+    MarkBranch(alt, function);
+    if (alt->guard->is<T3NoExpression>()) {
+      Branch(alt, names, function);
+      continue;
+    }
+    std::string guard;
+    {
+      const CGStatementScope scope(function);
+      guard = cg::InC(alt->guard, function);
+    }
+    function.beginIf(guard);
+    Branch(alt, names, function);
+    function.endIf();
+    function.beginElse();
+    function.call(LUMO_LOG_ALT_REJECTED_EVENT, {VEXA_CONTEXT});
+    function.endIf();
+  }
+}
+
+void CGAlt(T3AltStmt* statement, CFunction& function) {
+  const AltNames names = BeginAlt(function);
+  StoreNames(statement, names);
+  BeginRounds(names, function);
+  CGAltList(statement->alts, statement, function);
+  if (statement->else_branch->is<_T3Stmt>()) {
+    function.beginIf(LUMO_COMPONENT_TRY_ELSE, {VEXA_CONTEXT});
+    function.call(LUMO_LOG_ALT_ELSE_EVENT, {VEXA_CONTEXT});
+    CGStatement(statement->else_branch, function);
+    function.addBreak();
+    function.endIf();
+    GenSourceLocationEnd(statement, function);
+  } else {
+    TryDefaults(names, function);
+  }
+  GenSourceLocation(statement, function);
+  Wait(statement->alts, function);
+  EndRounds(names, function);
+}
+
+bool IsBlockingOperation(T3Tree_Node* statement) {
+  return statement->is<T3DoneStmt>() || statement->is<T3KilledStmt>() || statement->is<T3TimeoutStmt>() ||
+         statement->is<_T3ReceivingPortStmt>() || statement->is<_T3CheckStmt>();
+}
+
+void CGBlockingOperation(T3Tree_Node* statement, CFunction& function) {
+  LoneAttempt(true, function, [&](const AltNames& names) {
+    GenGuardOp(statement, function);
+    function.addBreak();
+    function.endIf();
+    if (statement->is<T3TriggerStmt>()) DiscardMessage(statement->as<T3TriggerStmt>(), names, function);
+  });
+}
+
+void CGAltstepCall(T3Tree_Node*, T3Parameterization* call, CFunction& function) {
+  LoneAttempt(false, function, [&](const AltNames& names) { AltstepBranch(call, nullptr, names, function); });
+}
+
+void CGRepeat(T3RepeatStmt* statement, CFunction& function) {
+  T3Tree_Node* owner = statement->place->enclosing_alt;
+  if (!owner->is<T3AltStmt>() && !owner->is<T3CallStmt>()) cg::NotSupported(statement);
+  const AltNames names = NamesOf(owner);
+  function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
+  TidyUp(statement, owner, function);
+  function.assign(names.repeat_var, C_TRUE);
+  function.addGoto(names.repeat_label);
+}
+
+std::string BreakLabelOfAlt(T3Tree_Node* owner) {
+  return owner->is<T3AltStmt>() || owner->is<T3CallStmt>() ? NamesOf(owner).break_label : std::string();
+}
+
+// ---- Sending ----
+
+namespace {
+std::string Recipient(T3Tree_Node* recipient, CFunction& function) {
+  if (recipient->is<T3RecipientAll>()) return LUMO_VALUE_ALL_C;
+  if (auto* single = recipient->try_as<T3RecipientSingle>())
+    return TemplateOr(single->recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+  if (recipient->is<T3RecipientMulti>()) cg::NotSupported(recipient);
+  return TemplateOr(recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+}
+}  // namespace
+
+void CGSend(T3SendStmt* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
+  function.call(LUMO_PORT_SEND, {port, value, Recipient(statement->recipient, function), VEXA_CONTEXT});
+}
+
+void CGCall(T3CallStmt* statement, CFunction& function) {
+  {
+    const CGStatementScope scope(function);
+    const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+    const std::string call = CGInlinedTemplate(statement->template_value, vexa_template_call, function);
+    std::string timeout = LUMO_DURATION_FOREVER_C;
+    if (statement->timeout->is<T3NoWait>())
+      timeout = LUMO_DURATION_NOWAIT_C;
+    else if (!statement->timeout->is<T3NoExpression>())
+      timeout = cg::InC(statement->timeout, function);
+    function.call(LUMO_PORT_CALL, {port, call, timeout, Recipient(statement->recipient, function), VEXA_CONTEXT});
+  }
+  if (!statement->body->is<_T3Alt>()) return;
+  const AltNames names = BeginAlt(function);
+  StoreNames(statement, names);
+  BeginRounds(names, function);
+  CGAltList(statement->body, statement, function);
+  GenSourceLocationEnd(statement, function);
+  GenSourceLocation(statement, function);
+  Wait(statement->body, function);
+  EndRounds(names, function);
+}
+
+void CGReply(T3ReplyStmt* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string reply = CGInlinedTemplate(statement->template_value, vexa_template_reply, function);
+  const std::string result = IsPresent(statement->return_expr)
+                                 ? cg::InRTS(statement->return_expr, vexa_temp_alloc, function)
+                                 : std::string(LUMO_NO_VALUE_C);
+  function.call(LUMO_PORT_REPLY, {port, reply, result, Recipient(statement->recipient, function), VEXA_CONTEXT});
+}
+
+void CGRaise(T3RaiseStmt* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
+  function.call(LUMO_PORT_RAISE, {port, VEXATypeRef(statement->signature), value,
+                                  Recipient(statement->recipient, function), VEXA_CONTEXT});
+}

@@ -1,0 +1,22 @@
+// Calls of behaviours: argument vectors, and the names by which the run-time system knows what is called.
+#pragma once
+
+#include <string>
+
+#include "FileAPI/CFunction.h"
+#include "frontend/T3Tree.h"
+
+/// The number of formal parameters.
+unsigned GetParNumber(T3Tree_Node* formals);
+/// Name and module of a behaviour behind imports.
+tIdent GetRealFunctionName(T3Tree_Node* decl);
+tIdent GetRealFunctionModule(T3Tree_Node* decl);
+
+/// Evaluates the arguments of a call, and returns the text of their array: "NULL" where there is nothing to
+/// pass. `has_result`: the vector has a slot for the result behind the formals.
+std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result, CFunction& function);
+/// The same with copies of the values, for a test case.
+std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function);
+
+/// The statements of a call of a function; its result is the location of the node.
+void CGFunctionCall(T3Parameterization* call, CFunction& function);

@@ -1,0 +1,572 @@
+#include "generator/CGStatement.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string_view>
+
+#include "analysis/T3Names.h"
+#include "analysis/T3Types.h"
+#include "driver/T3Error.h"
+#include "generator/CGAlternatives.h"
+#include "generator/CGCalls.h"
+#include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CGTemplate.h"
+#include "generator/CGTypeAccess.h"
+#include "generator/CGValue.h"
+#include "generator/CLocations.h"
+#include "generator/LUMOS.h"
+#include "generator/T3CodeDefs.h"
+
+namespace {
+// The labels of the behaviour that is being generated.
+auto& g_labels = *new std::map<T3Tree_Node*, std::string, T3NodeLess>;
+
+std::string AddressOf(const std::string& name) {
+  return "&(" + name + ")";
+}
+
+tPosition PositionOfStmt(T3Tree_Node* statement) {
+  return statement->as<_T3StmtList>()->position;
+}
+
+// A text that a construct keeps for what lies in it.
+const char* Keep(const std::string& text) {
+  return gT3AST.KeepText(text);
+}
+
+// A memory scope with its own blocks of source locations: what blocks and `for` share.
+template <class Node>
+void BeginMemoryScope(Node* node, CFunction& function) {
+  const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
+  node->cold().temp_memory_scope = Keep(scope);
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
+}
+
+// The calls that leave a scope; its variable stays taken.
+void LeaveMemoryScope(const char* scope, T3Tree_Node* statements, CFunction& function) {
+  function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
+  DeleteTimers(statements, function);
+  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+}
+
+bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
+  T3Tree_Node* owner = block->place->vexa_enclosing_block;
+  return owner->is<_T3FunctionBodyDecl>() || owner->is<T3ControlPart>();
+}
+
+void CGBlock(T3BlockStmt* block, CFunction& function) {
+  BeginMemoryScope(block, function);
+  CGStatement(block->body, function);
+  function.addText("\n");
+  if (!IsFunctionOrControlPartBody(block)) GenSourceLocationEnd(block, function);
+  const std::string scope = block->cold().temp_memory_scope;
+  LeaveMemoryScope(scope.c_str(), block->body, function);
+  function.releaseTmpVariable(scope);
+}
+
+// Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind the
+// statement that asks, which is the next one.
+std::string Condition(T3Tree_Node* condition, CFunction& function) {
+  const CGStatementScope scope(function);
+  return cg::InC(condition, function);
+}
+
+// C cannot hold the statements of a condition between `else` and `if`: a chain is made flat, each branch
+// leaving it by a jump.
+void CGIf(T3IfStmt* statement, CFunction& function) {
+  const bool has_else = statement->else_stmt->is<_T3Stmt>();
+  if (!statement->else_stmt->is<T3IfStmt>() || statement->else_stmt->as<_T3Stmt>()->next->is<_T3Stmt>()) {
+    function.beginIf(Condition(statement->condition, function));
+    CGStatement(statement->then_stmt, function);
+    function.endIf();
+    if (!has_else) return;
+    function.beginElse();
+    CGStatement(statement->else_stmt, function);
+    function.endIf();
+    return;
+  }
+  auto& inner = statement->else_stmt->as<T3IfStmt>()->cold();
+  std::string label = statement->cold().end_elseif_label;
+  const bool is_head = label.empty();
+  if (is_head) label = function.getNewLabel();
+  inner.end_elseif_label = Keep(label);
+  function.beginIf(Condition(statement->condition, function));
+  CGStatement(statement->then_stmt, function);
+  function.addGoto(label);
+  function.endIf();
+  CGStatement(statement->else_stmt, function);
+  inner.end_elseif_label = "";
+  if (is_head) {
+    function.addLabel(label);
+    function.addText(";");
+  }
+}
+
+struct LoopLabels {
+  std::string leave;
+  std::string again;
+};
+
+LoopLabels BeginLoopBody(_T3LoopStmt* loop, CFunction& function) {
+  CallComponentControl(function);
+  LoopLabels labels{function.getNewLabel(), function.getNewLabel()};
+  loop->cold().vexa_break_label = Keep(labels.leave);
+  loop->cold().vexa_continue_label = Keep(labels.again);
+  return labels;
+}
+
+void AddEmptyStatementLabel(const std::string& label, CFunction& function) {
+  function.addLabel(label);
+  function.addText(";");
+}
+
+// The condition is evaluated before the loop and again at the end of each round, into the same variables: the
+// same of them are free at both places.
+void EvaluateAgain(T3Tree_Node* condition, const std::string& first, CFunction& function) {
+  if (Condition(condition, function) != first)
+    internal_error_ast("CGStatement", __LINE__, "EvaluateAgain", condition);
+}
+
+void CGWhile(T3WhileStmt* loop, CFunction& function) {
+  const std::string condition = Condition(loop->condition, function);
+  function.beginWhile(condition);
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  AddEmptyStatementLabel(labels.again, function);
+  EvaluateAgain(loop->condition, condition, function);
+  function.endWhile();
+  AddEmptyStatementLabel(labels.leave, function);
+}
+
+void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
+  function.beginDoWhile();
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  AddEmptyStatementLabel(labels.again, function);
+  function.endDoWhile(Condition(loop->condition, function));
+  AddEmptyStatementLabel(labels.leave, function);
+}
+
+void CGFor(T3ForStmt* loop, CFunction& function) {
+  BeginMemoryScope(loop, function);
+  CGStatement(loop->init, function);
+  const std::string condition = Condition(loop->condition, function);
+  function.addText("\n");
+  function.beginWhile(condition);
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  AddEmptyStatementLabel(labels.again, function);
+  CGStatement(loop->step, function);
+  EvaluateAgain(loop->condition, condition, function);
+  function.endWhile();
+  AddEmptyStatementLabel(labels.leave, function);
+  const std::string scope = loop->cold().temp_memory_scope;
+  LeaveMemoryScope(scope.c_str(), loop->init, function);
+  function.releaseTmpVariable(scope);
+}
+
+// ---- Jumps ----
+
+void CGBreak(T3BreakStmt* statement, CFunction& function) {
+  T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  auto* loop = owner->try_as<_T3LoopStmt>();
+  const std::string label = loop != nullptr ? loop->cold().vexa_break_label : BreakLabelOfAlt(owner);
+  if (label.empty()) cg::NotSupported(owner);
+  TidyUp(statement, owner, function);
+  function.addGoto(label);
+}
+
+void CGContinue(T3ContinueStmt* statement, CFunction& function) {
+  T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  auto* loop = owner->try_as<_T3LoopStmt>();
+  if (loop == nullptr) cg::NotSupported(owner);
+  TidyUp(statement, loop, function);
+  function.addGoto(loop->cold().vexa_continue_label);
+}
+
+// A label has the name of the source, unless C has that word or another label of the behaviour has it.
+std::string LabelName(T3LabelStmt* statement) {
+  static const std::set<std::string_view> words = {
+      "auto",     "break",    "case",   "char",   "const",    "continue", "default",  "do",     "double", "else",
+      "enum",     "extern",   "float",  "for",    "goto",     "if",       "inline",   "int",    "long",   "register",
+      "restrict", "return",   "short",  "signed", "sizeof",   "static",   "struct",   "switch", "typedef", "union",
+      "unsigned", "void",     "volatile", "while", "bool",    "true",     "false"};
+  const auto known = g_labels.find(statement);
+  if (known != g_labels.end()) return known->second;
+  std::string name = gIdents.GetCStr(statement->label);
+  const bool taken = std::any_of(g_labels.begin(), g_labels.end(), [&](const auto& other) { return other.second == name; });
+  if (taken || words.count(name) != 0) name += PositionSuffix(statement->position);
+  return g_labels[statement] = name;
+}
+
+void CGGoto(T3GotoStmt* statement, CFunction& function) {
+  auto* target = T3Is<T3LabelStmt>(statement->attr().goto_target) ? statement->attr().goto_target->as<T3LabelStmt>()
+                                                                   : nullptr;
+  if (target == nullptr) internal_error_ast("CGStatement", __LINE__, "CGGoto", statement);
+  TidyUp(statement, target->place->vexa_enclosing_block, function);
+  function.addGoto(LabelName(target));
+}
+
+// ---- Return ----
+
+_T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
+  T3Tree_Node* at = statement;
+  while (at != nullptr && !at->is<_T3FunctionBodyDecl>() && !at->is<T3ControlPart>()) at = at->parent;
+  return T3Is<_T3FunctionBodyDecl>(at) ? at->as<_T3FunctionBodyDecl>() : nullptr;
+}
+
+void CGReturn(T3RetStmt* statement, CFunction& function) {
+  auto* behaviour = BehaviourAround(statement);
+  if (behaviour != nullptr && behaviour->is<T3TestStep>()) {
+    GenSourceLocationEnd(behaviour->body, function);
+    TidyUp(statement, nullptr, function);
+    function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
+    return GenReturn(LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C, function);
+  }
+  auto* target = behaviour == nullptr ? nullptr : behaviour->try_as<T3Function>();
+  if (target != nullptr && !statement->value->is<T3NoExpression>()) {
+    const CGStatementScope scope(function);
+    const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(GetParNumber(target->fpl)) + "]";
+    CGAssign(slot, statement->value, false, function);
+  }
+  if (behaviour != nullptr) GenSourceLocationEnd(behaviour->body, function);
+  TidyUp(statement, nullptr, function);
+  GenReturn("", function);
+}
+
+// ---- Assignments ----
+
+void ElementModified(const std::string& parent, const std::string& index, CFunction& function) {
+  function.call(LUMO_LOG_ELEMENT_MODIFIED_EVENT, {parent, cg::CastToUnsignedLong(index), VEXA_CONTEXT});
+}
+
+std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
+  const cg::LeftSide left_side;
+  return cg::InRTS(parent, vexa_temp_alloc, function);
+}
+
+void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
+  T3Tree_Node* type = cg::TypeOf(field->base);
+  const std::string index = std::to_string(GetAlternativeIndex(type, field->id, true));
+  if (IsRecordOrSetType(type)) {
+    const std::string value = cg::InRTS(rhs, vexa_temp_alloc, function);
+    const std::string parent = LeftSideParent(field->base, function);
+    function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
+    return ElementModified(parent, index, function);
+  }
+  // The alternative is chosen before it gets its value.
+  const std::string parent = LeftSideParent(field->base, function);
+  const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
+  CGAssign(chosen, rhs, true, function);
+  ElementModified(parent, index, function);
+}
+
+void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& function) {
+  T3Tree_Node* type = cg::TypeOf(element->base);
+  const char* word = type->is<T3ArrayType>()        ? LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL
+                     : IsStringType(type)           ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
+                                                    : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
+  const std::string index = cg::InC(element->index, function);
+  const std::string value = cg::InRTS(rhs, vexa_temp_alloc, function);
+  const std::string parent = LeftSideParent(element->base, function);
+  function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
+  ElementModified(parent, index, function);
+}
+
+void CGAssignment(T3AssignStmt* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  auto* qualifier = statement->lhs->try_as<T3Qualifier>();
+  if (qualifier != nullptr && cg::IsField(qualifier)) {
+    T3Tree_Node* type = cg::TypeOf(qualifier->base);
+    if (IsRecordOrSetType(type) || type->is<T3UnionType>()) return AssignField(qualifier, statement->rhs, function);
+  }
+  if (auto* element = statement->lhs->try_as<T3Subscription>()) return AssignElement(element, statement->rhs, function);
+  const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
+  CGAssign(target, statement->rhs, true, function);
+}
+
+// ---- Operations ----
+
+// The array of what is logged, or the reasons of a verdict, with an end mark.
+std::string TemplateList(T3Tree_Node* list, CFunction& function) {
+  std::vector<std::string> locations;
+  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next)
+    locations.push_back(cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
+  const std::string array = function.declareArray(LUMO_VALUE_T, locations.size() + 1);
+  for (size_t i = 0; i < locations.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", locations[i]);
+  function.assign(array + "[" + std::to_string(locations.size()) + "]", C_NULL);
+  return array;
+}
+
+void CGLog(T3LogStmt* statement, CFunction& function) {
+  if (!statement->values->is<T3TemplateListItem>()) {
+    function.call(LUMO_LOG_STRING_TO_ALL, {LUMO_LOG_MSG_TTCN3_C,
+                                           CStringOfLiteral(StringM::StGetString(statement->message)), VEXA_CONTEXT});
+    return;
+  }
+  CallComponentControl(function);
+  const std::string array = TemplateList(statement->values, function);
+  function.call(LUMO_LOG_LIST_TO_ALL, {LUMO_LOG_MSG_TTCN3_C, array, VEXA_CONTEXT});
+}
+
+void CGSetVerdict(T3SetVerdictStmt* statement, CFunction& function) {
+  const std::string verdict = cg::InRTS(statement->verdict, vexa_temp_alloc, function);
+  const std::string reasons =
+      statement->values->is<T3TemplateListItem>() ? TemplateList(statement->values, function) : C_NULL;
+  function.call(LUMO_COMPONENT_SET_LOCAL_VERDICT, {verdict, reasons, VEXA_CONTEXT});
+}
+
+void StartComponent(const std::string& component, T3Tree_Node* argument, CFunction& function) {
+  auto* call = argument->try_as<T3Parameterization>();
+  if (call == nullptr) internal_error_ast("CGStatement", __LINE__, "CGStatementWorker", argument);
+  T3Tree_Node* decl = Def(call);
+  T3Tree_Node* behaviour = decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
+  T3Tree_Node* formals = behaviour->as<_T3FunctionDecl>()->fpl;
+  const std::string array = CGActualParameterList(call->apl, formals, false, function);
+  function.call(LUMO_COMPONENT_START,
+                {component, Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
+                 std::to_string(GetParNumber(formals)), array, VEXA_CONTEXT});
+}
+
+void CGStart(T3StartStmt* statement, CFunction& function) {
+  T3Tree_Node* type = cg::TypeOf(statement->object);
+  const std::string object = cg::InRTS(statement->object, vexa_temp_alloc, function);
+  if (type->is<T3PortType>()) {
+    function.call(LUMO_PORT_START, {object, VEXA_CONTEXT});
+  } else if (type->is<T3TimerType>()) {
+    const std::string duration = statement->argument->is<T3NoExpression>() ? std::string(LUMO_DURATION_DEFAULT_C)
+                                                                           : cg::InC(statement->argument, function);
+    function.call(LUMO_TIMER_START, {object, duration, VEXA_CONTEXT});
+  } else {
+    StartComponent(object, statement->argument, function);
+  }
+}
+
+void StopOrKill(T3Tree_Node* object, const char* component_word, CFunction& function) {
+  if (object->is<T3NoExpression>()) {
+    CGPopSourceLocation(function);
+    function.call(component_word, {LUMO_NO_VALUE_C, VEXA_CONTEXT});
+    return;
+  }
+  T3Tree_Node* type = cg::TypeOf(object);
+  const char* word = type->is<T3TimerType>()  ? LUMO_TIMER_STOP
+                     : type->is<T3PortType>() ? LUMO_PORT_STOP
+                                              : component_word;
+  function.call(word, {cg::InRTS(object, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+void CallWith(const char* word, T3Tree_Node* operand, CFunction& function) {
+  function.call(word, {cg::InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+void CGDeactivate(T3DeactivateStmt* statement, CFunction& function) {
+  if (statement->teststep->is<T3NoExpression>())
+    function.call(LUMO_DEACTIVATE, {LUMO_VALUE_ALL_C, VEXA_CONTEXT});
+  else
+    CallWith(LUMO_DEACTIVATE, statement->teststep, function);
+}
+
+// ---- Connections ----
+
+// Name and index of a port; all of them where it says so.
+void AccessPortReference(T3Tree_Node* port, std::vector<std::string>& arguments, CFunction& function) {
+  if (auto* name = port->try_as<T3PortIdentifier>()) {
+    arguments.push_back(Quote(name->name));
+    arguments.emplace_back(LUMO_NO_VALUE_C);
+  } else if (auto* element = port->try_as<T3PortArrayElement>()) {
+    auto* base = element->base->try_as<T3PortIdentifier>();
+    if (base == nullptr) cg::NotSupported(port);
+    arguments.push_back(Quote(base->name));
+    arguments.push_back(cg::InRTS(element->index, vexa_temp_alloc, function));
+  } else {
+    arguments.emplace_back(C_NULL);
+    arguments.emplace_back(LUMO_NO_VALUE_C);
+  }
+}
+
+void CGConnection(const char* word, _T3ConfStmt* statement, CFunction& function) {
+  std::vector<std::string> arguments;
+  const auto add_end = [&](T3Tree_Node* component, T3Tree_Node* port) {
+    arguments.push_back(component->is<T3NoExpression>() ? std::string(LUMO_VALUE_ALL_C)
+                                                        : cg::InRTS(component, vexa_temp_alloc, function));
+    AccessPortReference(port, arguments, function);
+  };
+  add_end(statement->component_1, statement->port_1);
+  add_end(statement->component_2, statement->port_2);
+  arguments.emplace_back(VEXA_CONTEXT);
+  function.call(word, arguments);
+}
+
+void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
+  const CGStatementScope scope(function);
+  if (invocation->is<T3Execute>()) {
+    // Its generator forms the text of the call only.
+    function.addLine(cg::InRTS(invocation, vexa_temp_alloc, function) + ";");
+    return;
+  }
+  auto* call = invocation->try_as<T3Parameterization>();
+  if (call == nullptr) cg::NotSupported(invocation);
+  T3Tree_Node* decl = BehindImport(Def(call));
+  if (T3Is<T3TestStep>(decl)) return CGAltstepCall(invocation, call, function);
+  CGFunctionCall(call, function);
+}
+
+// Statements that are one operation.
+void CGOperation(T3Tree_Node* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  switch (statement->kind) {
+    case T3Kind::T3ConnectStmt:
+      return CGConnection(LUMO_COMPONENT_CONNECT_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3DisconnectStmt:
+      return CGConnection(LUMO_COMPONENT_DISCONNECT_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3MapStmt:
+      return CGConnection(LUMO_COMPONENT_MAP_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3UnmapStmt:
+      return CGConnection(LUMO_COMPONENT_UNMAP_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3ClearStmt:
+      return CallWith(LUMO_PORT_CLEAR, statement->as<_T3PortStmt>()->port, function);
+    case T3Kind::T3HaltStmt:
+      return CallWith(LUMO_PORT_HALT, statement->as<_T3PortStmt>()->port, function);
+    case T3Kind::T3StartStmt:
+      return CGStart(statement->as<T3StartStmt>(), function);
+    case T3Kind::T3StopStmt:
+      return StopOrKill(statement->as<T3StopStmt>()->object, LUMO_COMPONENT_STOP, function);
+    case T3Kind::T3KillStmt:
+      return StopOrKill(statement->as<T3KillStmt>()->object, LUMO_COMPONENT_KILL, function);
+    case T3Kind::T3SetVerdictStmt:
+      return CGSetVerdict(statement->as<T3SetVerdictStmt>(), function);
+    case T3Kind::T3DeactivateStmt:
+      return CGDeactivate(statement->as<T3DeactivateStmt>(), function);
+    case T3Kind::T3SUTStmt:
+      return CallWith(LUMO_PORT_SUT_ACTION, statement->as<T3SUTStmt>()->action, function);
+    case T3Kind::T3LogStmt:
+      return CGLog(statement->as<T3LogStmt>(), function);
+    default:
+      cg::NotSupported(statement);
+  }
+}
+
+void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
+  switch (statement->kind) {
+    case T3Kind::T3DeclStmt:
+      for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+        decl->is<T3TemplateDecl>() ? CGTemplate(decl) : CGLocalValue(decl, function);
+      break;
+    case T3Kind::T3InvocationStmt:
+      return CGInvocation(statement->as<T3InvocationStmt>()->invocation, function);
+    case T3Kind::T3BlockStmt:
+      return CGBlock(statement->as<T3BlockStmt>(), function);
+    case T3Kind::T3IfStmt:
+      return CGIf(statement->as<T3IfStmt>(), function);
+    case T3Kind::T3WhileStmt:
+      return CGWhile(statement->as<T3WhileStmt>(), function);
+    case T3Kind::T3DoWhileStmt:
+      return CGDoWhile(statement->as<T3DoWhileStmt>(), function);
+    case T3Kind::T3ForStmt:
+      return CGFor(statement->as<T3ForStmt>(), function);
+    case T3Kind::T3BreakStmt:
+      return CGBreak(statement->as<T3BreakStmt>(), function);
+    case T3Kind::T3ContinueStmt:
+      return CGContinue(statement->as<T3ContinueStmt>(), function);
+    case T3Kind::T3AssignStmt:
+      return CGAssignment(statement->as<T3AssignStmt>(), function);
+    case T3Kind::T3RetStmt:
+      return CGReturn(statement->as<T3RetStmt>(), function);
+    case T3Kind::T3LabelStmt:
+      function.addLabel(LabelName(statement->as<T3LabelStmt>()));
+      return CallComponentControl(function);
+    case T3Kind::T3GotoStmt:
+      return CGGoto(statement->as<T3GotoStmt>(), function);
+    case T3Kind::T3AltStmt:
+      return CGAlt(statement->as<T3AltStmt>(), function);
+    case T3Kind::T3RepeatStmt:
+      return CGRepeat(statement->as<T3RepeatStmt>(), function);
+    case T3Kind::T3SendStmt:
+      return CGSend(statement->as<T3SendStmt>(), function);
+    case T3Kind::T3CallStmt:
+      return CGCall(statement->as<T3CallStmt>(), function);
+    case T3Kind::T3ReplyStmt:
+      return CGReply(statement->as<T3ReplyStmt>(), function);
+    case T3Kind::T3RaiseStmt:
+      return CGRaise(statement->as<T3RaiseStmt>(), function);
+    default:
+      return IsBlockingOperation(statement) ? CGBlockingOperation(statement, function) : CGOperation(statement, function);
+  }
+}
+
+// The end of a construct that has one; null for any other.
+const tPosition* EndOf(T3Tree_Node* statement) {
+  if (auto* block = statement->try_as<T3BlockStmt>()) return &block->end_position;
+  if (auto* alt = statement->try_as<T3AltStmt>()) return &alt->end_position;
+  if (auto* call = statement->try_as<T3CallStmt>()) return &call->end_position;
+  return nullptr;
+}
+}  // namespace
+
+void CGStatement(T3Tree_Node* list, CFunction& function) {
+  for (T3Tree_Node* at = list; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
+    GenSourceLocation(at, function);
+    CGStatementWorker(at, function);
+  }
+}
+
+void GenSourceLocation(T3Tree_Node* statement, CFunction& function) {
+  if (statement->is<T3BlockStmt>() || statement->is<T3DeclStmt>()) return;
+  CGCommentPlace(function, PositionOfStmt(statement), T3KindName(statement));
+  if (!statement->is<T3ForStmt>()) CGSetSourceLine(function, PositionOfStmt(statement));
+}
+
+void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
+  const tPosition* end = EndOf(statement);
+  if (end == nullptr || *end == NoPosition) return;
+  CGCommentPlace(function, *end, T3KindName(statement) + std::string(" marks end of scope"));
+  CGSetSourceLine(function, *end);
+}
+
+void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
+  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
+    if (!at->is<T3DeclStmt>()) continue;
+    for (T3Tree_Node* decl = at->as<T3DeclStmt>()->decl; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+      if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
+        function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
+  }
+}
+
+namespace {
+// The alternatives of an altstep have no scope of memory of their own.
+void LeaveAlt(T3AltStmt* alt, CFunction& function) {
+  const std::string scope = alt->cold().temp_memory_scope;
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+}
+}  // namespace
+
+void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
+  for (T3Tree_Node* at = from->place->vexa_enclosing_block; at != to; at = at->place->vexa_enclosing_block) {
+    if (at->is<T3ControlPart>() || at->is<_T3FunctionBodyDecl>()) return;
+    if (auto* block = at->try_as<T3BlockStmt>())
+      LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+    else if (auto* loop = at->try_as<T3ForStmt>())
+      LeaveMemoryScope(loop->cold().temp_memory_scope, loop->init, function);
+    else if (auto* alt = at->try_as<T3AltStmt>())
+      LeaveAlt(alt, function);
+    else if (!at->is<_T3Stmt>())
+      internal_error_ast("CGStatement", __LINE__, "CGStatement::TidyUp", at);
+  }
+}
+
+void ForgetLabels() {
+  g_labels.clear();
+}
+
+void GenReturn(const std::string& value, CFunction& function) {
+  CGPopSourceLocation(function);
+  function.addLine(value.empty() ? "return;" : "return " + value + ";");
+}
+
+void CallComponentControl(CFunction& function) {
+  function.call(LUMO_COMPONENT_CONTROL, {VEXA_CONTEXT});
+}
