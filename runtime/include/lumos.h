@@ -585,6 +585,8 @@ lumo_wide_string_t lumo__value_label_or_name(lumo_value_t value, lumo_context_t 
 lumo_boolean_t lumo_is_equal(lumo_value_t a, lumo_value_t b, lumo_context_t context);
 lumo_boolean_t lumo_is_greater(lumo_value_t a, lumo_value_t b, lumo_context_t context);
 lumo_boolean_t lumo_is_lesser(lumo_value_t a, lumo_value_t b, lumo_context_t context);
+/* The number itself, which must not be 0: what an integer is divided by. */
+lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t context);
 lumo_long_integer_t lumo_mod(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t context);
 lumo_long_integer_t lumo_rem(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t context);
 

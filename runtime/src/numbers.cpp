@@ -171,6 +171,11 @@ lumo_long_integer_t lumo_value_get_objectid_element(lumo_value_t value, unsigned
   return v->ids.data[index];
 }
 
+lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t) {
+  if (number == 0) fault("division by zero");
+  return number;
+}
+
 lumo_long_integer_t lumo_mod(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t) {
   if (b == 0) fault("mod by zero");
   if (b < 0) fault("mod by a negative number");

@@ -11,9 +11,11 @@
 #include "generator/CGStatement.h"
 #include "generator/CGTemplate.h"
 #include "generator/CGTypeAccess.h"
+#include "generator/CGTypeTables.h"
 #include "generator/CLocations.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
+#include "generator/T3Context.h"
 
 namespace {
 std::string AddressOf(const std::string& name) {
@@ -391,11 +393,42 @@ std::string BreakLabelOfAlt(T3Tree_Node* owner) {
 // ---- Sending ----
 
 namespace {
+// A list of its own type, which is generated with it: one field for each recipient.
+std::string Recipients(T3RecipientMulti* several, CFunction& function) {
+  std::vector<T3Tree_Node*> ends;
+  for (T3Tree_Node* at = several->recipients; at->is<T3AddressListItem>(); at = at->as<T3AddressListItem>()->next)
+    ends.push_back(at->as<T3AddressListItem>()->recipient);
+  const std::string name = gT3Context.file().uniqueName("vexa_multicast_recipients");
+  const std::string info_struct = name + "_type_info";
+  GenPlainTypeStruct(name, info_struct, true);
+  CGTypeInfo info;
+  info.name = Quote(name);
+  info.module = Quote(CGCurrentModule()->name);
+  info.kind = LUMO_TYPE_KIND_RECORD;
+  info.number_of_fields = std::to_string(ends.size());
+  info.field_info = name + "_field_info";
+  auto array = gT3Context.file().beginArray(LUMO_FIELD_INFO_T, info.field_info, true);
+  const auto expression = [](T3Tree_Node* end) {
+    return end->is<T3TemplateDef>() ? end->as<T3TemplateDef>()->constraint : end;
+  };
+  for (size_t i = 0; i < ends.size(); ++i)
+    WriteFieldInfo(*array, Quote("_" + std::to_string(i)), LUMO_FIELD_NO_PROPERTY_C,
+                   VEXAStaticTypeRef(ExpressionLocalType(expression(ends[i]))));
+  array->end();
+  WriteTypeInfoStruct(info_struct, info);
+  const std::string list = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_VALUE, {"&(" + name + ")", LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  for (size_t i = 0; i < ends.size(); ++i)
+    function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT,
+                  {list, std::to_string(i), cg::InRTS(expression(ends[i]), vexa_temp_alloc, function), VEXA_CONTEXT});
+  return list;
+}
+
 std::string Recipient(T3Tree_Node* recipient, CFunction& function) {
   if (recipient->is<T3RecipientAll>()) return LUMO_VALUE_ALL_C;
   if (auto* single = recipient->try_as<T3RecipientSingle>())
     return TemplateOr(single->recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
-  if (recipient->is<T3RecipientMulti>()) cg::NotSupported(recipient);
+  if (auto* several = recipient->try_as<T3RecipientMulti>()) return Recipients(several, function);
   return TemplateOr(recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
 }
 }  // namespace

@@ -29,14 +29,24 @@ std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunct
   return std::to_string(first + static_cast<int64_t>(position));
 }
 
+// The place of a field, or of a parameter of a signature.
+int64_t MemberIndex(T3Tree_Node* type, tIdent name) {
+  auto* signature = type->try_as<T3SignatureType>();
+  if (signature == nullptr) return GetAlternativeIndex(type, name, true);
+  int64_t index = 0;
+  for (T3Tree_Node* at = signature->fpl; at->is<_T3FormalPar>() && at->as<_T3FormalPar>()->name != name;
+       at = at->as<_T3FormalPar>()->next)
+    ++index;
+  return index;
+}
+
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
   size_t position = 0;
   for (T3FieldValue* item : ItemsOf(node)) {
     const size_t index = position++;
     if (item->value->is<T3NotUsedSymbol>()) continue;
     auto* name = item->field->try_as<T3FieldName>();
-    const int64_t place =
-        name != nullptr ? GetAlternativeIndex(type, name->name, true) : static_cast<int64_t>(index);
+    const int64_t place = name != nullptr ? MemberIndex(type, name->name) : static_cast<int64_t>(index);
     AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
                std::to_string(place), item->value, function);
   }

@@ -191,7 +191,49 @@ void TestCompound(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, 
   });
 }
 
+// The bounds of ranges of characters, two for each, as the text of a literal of C; empty where an item is no
+// constant of one character of ASCII.
+std::string BoundsOf(const std::vector<T3Tree_Node*>& items) {
+  std::string bounds;
+  const auto add = [&bounds](T3Tree_Node* node) {
+    auto* literal = node->try_as<T3CharStringLiteral>();
+    if (literal == nullptr) return false;
+    const std::string text = CStringOfLiteral(StringM::StGetString(literal->value));
+    if (text.size() != 3 || text[1] == '\\' || text[1] == '?') return false;
+    bounds += text[1];
+    return true;
+  };
+  for (T3Tree_Node* item : items) {
+    auto* range = item->try_as<T3ValueRange>();
+    if (!add(range != nullptr ? range->lb : item) || !add(range != nullptr ? range->ub : item)) return "";
+  }
+  return bounds;
+}
+
+// Each character in one of the ranges; false where that cannot be told from a table.
+bool TestCharacters(const std::vector<T3Tree_Node*>& items, T3Tree_Node* type, const CGTest& test,
+                    CFunction& function) {
+  const std::string bounds = type->is<T3CharStringType>() ? BoundsOf(items) : std::string();
+  if (bounds.empty()) return false;
+  UnlessOmitted(test, function, [&] {
+    const std::string check = cg::Call(LUMO_TYPE_CHECK_CHAR_RANGE,
+                                       {test.value, Quote(bounds), std::to_string(bounds.size()), VEXA_CONTEXT});
+    TestForFailure("!(" + check + ")", test, "range check failed", LUMO_NO_VALUE_C, function);
+  });
+  return true;
+}
+
+// The items of a list that begins with a range of characters; empty for any other.
+std::vector<T3Tree_Node*> CharacterRanges(T3ValueList* list, T3Tree_Node* type) {
+  std::vector<T3Tree_Node*> items;
+  for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
+    items.push_back(at->as<T3ValueListItem>()->value);
+  if (!IsStringType(type) || items.empty() || !items.front()->is<T3ValueRange>()) items.clear();
+  return items;
+}
+
 void TestRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  if (IsStringType(type) && TestCharacters({range}, type, test, function)) return;
   if (IsStringType(type)) return MatchTemplate(range, test, "range check failed", function);
   UnlessOmitted(test, function, [&] {
     const char* word = type->is<T3Float>() ? LUMO_VALUE_GET_FLOAT : LUMO_VALUE_GET_INTEGER;
@@ -230,6 +272,8 @@ void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFu
     inner();
     function.endIf();
   } else if (auto* list = node->try_as<T3ValueList>()) {
+    const std::vector<T3Tree_Node*> ranges = CharacterRanges(list, type);
+    if (!ranges.empty() && TestCharacters(ranges, type, test, function)) return;
     TestForFailure(NoneMatches(list->values, type, test, function), test, "value list mismatch", LUMO_NO_VALUE_C, function);
   } else if (auto* complement = node->try_as<T3Complement>()) {
     UnlessOmitted(test, function, [&] {

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "analysis/T3Types.h"
 #include "driver/T3Error.h"
 #include "generator/CGAlternatives.h"
 #include "generator/CGCalls.h"
@@ -66,10 +67,56 @@ void GenDefaultFormalPar(T3Tree_Node* formal, CFunction& function) {
   function.endIf();
 }
 
+T3Tree_Node* RootOf(T3Tree_Node* expression) {
+  while (expression->is<_T3Qualification>()) expression = expression->as<_T3Qualification>()->base;
+  return expression;
+}
+
+// The formal parameters that a body may change: assigned, passed on to be changed, or the target of a redirect.
+T3NodeSet ChangedFormals(T3Tree_Node* body) {
+  T3NodeSet changed;
+  const auto note = [&changed](T3Tree_Node* target) {
+    if (target == nullptr || !target->is<_T3Expression>()) return;
+    T3Tree_Node* root = RootOf(target);
+    if (root->is<T3Identifier>() && T3Is<_T3FormalPar>(Def(root))) changed.insert(Def(root));
+  };
+  gT3AST.TraverseT3TreeTD(body, [&](T3Tree_Node* node) {
+    if (auto* assignment = node->try_as<T3AssignStmt>()) note(assignment->lhs);
+    if (auto* redirect = node->try_as<T3PortRedirect>()) {
+      note(redirect->redirect_value);
+      note(redirect->redirect_sender);
+      for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+        note(at->as<T3FieldValue>()->value);
+    }
+    if (auto* call = node->try_as<T3Parameterization>())
+      for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
+        T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+        note(actual->is<T3TemplateDef>() ? actual->as<T3TemplateDef>()->constraint : actual);
+      }
+  });
+  return changed;
+}
+
+// A parameter by value that the body changes becomes its own: the slot holds the caller's.
+void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
+  auto* body = decl->try_as<_T3FunctionBodyDecl>();
+  if (body == nullptr || !decl->fpl->is<_T3FormalPar>()) return;
+  const T3NodeSet changed = ChangedFormals(body->body);
+  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3TypedFormal>(); formal = formal->as<_T3FormalPar>()->next) {
+    auto* typed = formal->as<_T3TypedFormal>();
+    T3Tree_Node* type = RootType(typed->type);
+    if (typed->pass != t3_par_pass_t::In || type->is<T3TimerType>() || type->is<T3PortType>()) continue;
+    if (changed.count(formal) == 0) continue;
+    const std::string slot = Slot(typed->attr().vexa_index);
+    function.assign(slot, cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}));
+  }
+}
+
 // Defaults of the parameters, and where execution stands.
 void BeginBody(_T3FunctionDecl* decl, const BehaviourWords& words, CFunction& function) {
   for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next)
     GenDefaultFormalPar(formal, function);
+  CopyChangedParameters(decl, function);
   CGPushSourceLocation(function, CGCurrentModule(), gIdents.GetCStr(decl->name), VEXA_ARGV, words.scope,
                        decl->position);
 }

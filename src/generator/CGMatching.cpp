@@ -77,6 +77,7 @@ void ExtraMatch(ExtraMatchingExpressions* node, Mode allocation, CFunction& func
 }
 
 void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode allocation, CFunction& function) {
+  const TemplateMode mode;
   const std::string target = AllocateRTSValue(node, allocation, function);
   function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
 }
@@ -175,8 +176,11 @@ bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
   } else if (auto* extra = node->try_as<ExtraMatchingExpressions>()) {
     ExtraMatch(extra, allocation, function);
   } else if (auto* pattern = node->try_as<T3CharStringMatch>()) {
-    const ValueMode mode;
-    const std::string text = InRTS(pattern->pattern, vexa_temp_alloc, function);
+    std::string text;
+    {
+      const ValueMode mode;
+      text = InRTS(pattern->pattern, vexa_temp_alloc, function);
+    }
     SetPattern(node, text, allocation, function);
   } else if (auto* special = node->try_as<_T3SpecialStringMatch>()) {
     SetPattern(node, SpecialPattern(special, function), allocation, function);

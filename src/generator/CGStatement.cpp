@@ -277,6 +277,18 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
   ElementModified(parent, index, function);
 }
 
+// A variable or parameter that holds a template gets the right side as one.
+void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
+  std::string target;
+  {
+    const cg::TemplateMode mode;
+    target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
+  }
+  const std::string value = CGInlinedTemplate(statement->rhs, vexa_template_plain, function);
+  function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
+  function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
+}
+
 void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   auto* qualifier = statement->lhs->try_as<T3Qualifier>();
@@ -285,6 +297,7 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
     if (IsRecordOrSetType(type) || type->is<T3UnionType>()) return AssignField(qualifier, statement->rhs, function);
   }
   if (auto* element = statement->lhs->try_as<T3Subscription>()) return AssignElement(element, statement->rhs, function);
+  if (cg::HoldsTemplate(statement->lhs)) return AssignTemplate(statement, function);
   const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   CGAssign(target, statement->rhs, true, function);
 }

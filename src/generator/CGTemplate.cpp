@@ -60,6 +60,17 @@ std::string FieldProperty(T3Tree_Node* formal) {
   return property + " | " + TemplRestrModeConstant(restriction);
 }
 
+// The source of a template as a literal of C; its backslashes are doubled already.
+std::string Description(T3TemplateDecl* decl) {
+  std::string text;
+  for (const char c : GetTemplateDescription(decl, kLongestDescription)) {
+    if (c == '"') text += '\\';
+    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
+    text += c;
+  }
+  return SliceString(Quote(text), kDescriptionLine);
+}
+
 void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
   const std::string info_struct = VEXATemplateTypeInfoStructName(decl);
   GenPlainTypeStruct(VEXATemplateTypeStructName(decl), info_struct, true);
@@ -90,7 +101,7 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
   auto structure = gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
   structure->addMember(VEXAStaticTypeRef(TypeOfTemplate(definition)));
   structure->addMember(C_NULL);
-  structure->addMember(SliceString(Quote(GetTemplateDescription(decl, kLongestDescription)), kDescriptionLine));
+  structure->addMember(Description(decl));
   structure->addMember(pointer(VEXAValueOfName(decl, vexa_template_plain)));
   structure->addMember(of_mode(false, vexa_template_call));
   structure->addMember(of_mode(false, vexa_template_reply));

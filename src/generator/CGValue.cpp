@@ -4,6 +4,7 @@
 #include "driver/T3Exception.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
+#include "generator/CGTemplate.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
 #include "generator/CLocations.h"
@@ -157,11 +158,22 @@ bool IsTimerDeclaration(T3Tree_Node* decl) {
 void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
   auto* decl = node->as<_T3InstanceValueDecl>();
-  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable) cg::NotSupported(node);
+  auto* variable = node->try_as<T3VarDecl>();
+  const bool holds_template = variable != nullptr && variable->is_template_variable;
   const std::string location = function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
   SetRTSLocation(decl, location);
   const bool is_timer = IsTimerDeclaration(decl);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  if (holds_template) {
+    function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
+                           {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
+                            std::to_string(static_cast<int>(variable->templ_restriction)), VEXA_CONTEXT});
+    if (!HasValue(decl)) return;
+    const CGStatementScope scope(function);
+    const std::string value = CGInlinedTemplate(decl->value, vexa_template_plain, function);
+    function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
+    return;
+  }
   Instantiate(location, decl, decl->type, function, is_timer ? vexa_perm_alloc : vexa_temp_alloc);
   if (is_timer) {
     Register(location, false, function);
