@@ -4,6 +4,7 @@
 
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "generator/CGCalls.h"
 #include "generator/CGExpressionParts.h"
@@ -387,7 +388,122 @@ void CGRepeat(T3RepeatStmt* statement, CFunction& function) {
 }
 
 std::string BreakLabelOfAlt(T3Tree_Node* owner) {
+  if (auto* interleave = owner->try_as<T3InterleaveStmt>()) return interleave->cold().vexa_break_label;
   return owner->is<T3AltStmt>() || owner->is<T3CallStmt>() ? NamesOf(owner).break_label : std::string();
+}
+
+// ---- Interleave ----
+
+namespace {
+// An operation that is waited for, and the statements behind it: a branch's block, or the rest of one.
+struct Continuation {
+  T3Tree_Node* operation;
+  T3BlockStmt* block;
+  T3Tree_Node* rest;
+};
+using Agenda = std::vector<Continuation>;
+
+// From how many enabled alternatives on the user is told what they come to; the next time from more.
+constexpr size_t kInterleaveWarning = 5;
+// Every how many branches the user is told.
+constexpr int kInterleaveBranches = 1000;
+// What a C compiler can still be asked to translate.
+constexpr int kMostBranches = 20000;
+
+class Interleave {
+ public:
+  Interleave(T3InterleaveStmt* statement, CFunction& function) : statement_(statement), function_(function) {}
+  void Generate();
+
+ private:
+  void Expand(const Agenda& agenda, bool is_outermost);
+  void Go(const Continuation& taken, const Agenda& others);
+  void GoThrough(T3Tree_Node* statements, Agenda agenda);
+  void CheckStateExplosion(size_t enabled);
+  void CountExpansion();
+
+  T3InterleaveStmt* statement_;
+  CFunction& function_;
+  size_t warning_max_ = kInterleaveWarning;
+  int expansions_ = 0;
+};
+
+std::string Faculty(size_t n) {
+  double result = 1;
+  for (size_t i = 2; i <= n; ++i) result *= static_cast<double>(i);
+  std::string text = std::to_string(result);
+  return text.substr(0, text.find('.'));
+}
+
+void Interleave::CheckStateExplosion(size_t enabled) {
+  if (enabled <= warning_max_) return;
+  warning_max_ = enabled;
+  vexa_warning(GetVerbosity(CGCurrentModule()),
+               "State explosion! Interleave statement with " + std::to_string(enabled) +
+                   " enabled alternatives. This expands to " + Faculty(enabled) +
+                   " interleavings. Consider using parallel test components.",
+               statement_->position);
+}
+
+void Interleave::CountExpansion() {
+  if (expansions_ == kMostBranches) cg::NotSupported(statement_);
+  if (++expansions_ % kInterleaveBranches == 0)
+    vexa_warning(GetVerbosity(CGCurrentModule()),
+                 "Interleave statement so far has created " + std::to_string(expansions_) + " branches",
+                 statement_->position);
+}
+
+void Interleave::Generate() {
+  Agenda agenda;
+  for (T3Tree_Node* at = statement_->alts; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
+    auto* alt = at->try_as<T3GuardedAlt>();
+    if (alt == nullptr || !alt->guard->is<T3NoExpression>()) cg::NotSupported(at);
+    auto* block = alt->body->try_as<T3BlockStmt>();
+    agenda.push_back({alt->operation, block, block != nullptr ? nullptr : alt->body});
+  }
+  Expand(agenda, true);
+}
+
+// One loop tries all that is enabled; behind the operation that is taken stands the loop for what is left.
+void Interleave::Expand(const Agenda& agenda, bool is_outermost) {
+  if (agenda.empty()) return;
+  CheckStateExplosion(agenda.size());
+  LoneAttempt(true, function_, [&](const AltNames& names) {
+    if (is_outermost) statement_->cold().vexa_break_label = gT3AST.KeepText(names.break_label);
+    for (size_t i = 0; i < agenda.size(); ++i) {
+      CountExpansion();
+      Agenda others = agenda;
+      others.erase(others.begin() + static_cast<ptrdiff_t>(i));
+      GenSourceLocation(agenda[i].operation, function_);
+      GenGuardOp(agenda[i].operation, function_);
+      Go(agenda[i], others);
+      function_.addBreak();
+      function_.endIf();
+      if (auto* trigger = agenda[i].operation->try_as<T3TriggerStmt>()) DiscardMessage(trigger, names, function_);
+    }
+  });
+}
+
+void Interleave::Go(const Continuation& taken, const Agenda& others) {
+  if (taken.block == nullptr) return GoThrough(taken.rest, others);
+  CGBlockAround(taken.block, function_, [&] { GoThrough(taken.block->body, others); });
+}
+
+void Interleave::GoThrough(T3Tree_Node* statements, Agenda agenda) {
+  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
+    if (at->is<T3AltStmt>() || at->is<T3InterleaveStmt>() || at->is<T3LabelStmt>()) cg::NotSupported(at);
+    if (IsBlockingOperation(at)) {
+      agenda.push_back({at, nullptr, at->as<_T3Stmt>()->next});
+      break;
+    }
+    CGOneStatement(at, function_);
+  }
+  Expand(agenda, false);
+}
+}  // namespace
+
+void CGInterleave(T3InterleaveStmt* statement, CFunction& function) {
+  Interleave(statement, function).Generate();
 }
 
 // ---- Sending ----

@@ -6,6 +6,8 @@
 #include "frontend/T3Tree.h"
 
 void CGAlt(T3AltStmt* statement, CFunction& function);
+/// All orders in which the branches can be gone through, as loops in each other.
+void CGInterleave(T3InterleaveStmt* statement, CFunction& function);
 /// An operation that may block and stands alone as a statement.
 void CGBlockingOperation(T3Tree_Node* statement, CFunction& function);
 /// An altstep that is called as a statement.
@@ -22,5 +24,5 @@ void CGReply(T3ReplyStmt* statement, CFunction& function);
 void CGRaise(T3RaiseStmt* statement, CFunction& function);
 
 void CGRepeat(T3RepeatStmt* statement, CFunction& function);
-/// The label that `break` jumps to in a T3AltStmt or T3CallStmt; empty for any other construct.
+/// The label that `break` jumps to in a T3AltStmt, T3CallStmt or T3InterleaveStmt; empty for any other construct.
 std::string BreakLabelOfAlt(T3Tree_Node* owner);

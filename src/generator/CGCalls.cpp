@@ -112,7 +112,6 @@ void CGFunctionCall(T3Parameterization* call, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   auto* behaviour = Behind(decl)->as<_T3FunctionDecl>();
   if (!behaviour->is<T3Function>() && !behaviour->is<T3ExtFunction>()) cg::NotSupported(call);
-  if (behaviour->is<T3Function>() && behaviour->as<T3Function>()->returns_template) cg::NotSupported(behaviour);
   const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
   const unsigned count = GetParNumber(behaviour->fpl);
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);

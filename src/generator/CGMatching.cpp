@@ -149,7 +149,13 @@ bool HoldsTemplate(T3Tree_Node* node) {
   if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
   if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>()) return true;
   if (auto* compound = node->try_as<T3CompoundValue>()) return HoldsInList(compound->value);
-  if (auto* call = node->try_as<T3Parameterization>()) node = call->base;
+  if (auto* call = node->try_as<T3Parameterization>()) {
+    T3Tree_Node* callee = BehindImport(Def(call));
+    if (T3Is<T3Function>(callee)) return callee->as<T3Function>()->returns_template;
+    node = call->base;
+  }
+  if (auto* element = node->try_as<T3Subscription>()) return HoldsTemplate(element->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field)) return HoldsTemplate(field->base);
   if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return false;
   T3Tree_Node* def = Def(node);
   return IsTemplateDecl(def) || T3Is<T3FormalTemplatePar>(def) ||

@@ -57,16 +57,6 @@ bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
   return owner->is<_T3FunctionBodyDecl>() || owner->is<T3ControlPart>();
 }
 
-void CGBlock(T3BlockStmt* block, CFunction& function) {
-  BeginMemoryScope(block, function);
-  CGStatement(block->body, function);
-  function.addText("\n");
-  if (!IsFunctionOrControlPartBody(block)) GenSourceLocationEnd(block, function);
-  const std::string scope = block->cold().temp_memory_scope;
-  LeaveMemoryScope(scope.c_str(), block->body, function);
-  function.releaseTmpVariable(scope);
-}
-
 // Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind the
 // statement that asks, which is the next one.
 std::string Condition(T3Tree_Node* condition, CFunction& function) {
@@ -218,6 +208,18 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
   return T3Is<_T3FunctionBodyDecl>(at) ? at->as<_T3FunctionBodyDecl>() : nullptr;
 }
 
+// The caller decides by the slot that it gives whether it gets a template or a value.
+void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
+  const std::string location = CGInlinedTemplate(result, vexa_template_plain, function);
+  function.beginIf(LUMO_VALUE_IS_DYNAMIC_TEMPLATE, {slot, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
+  function.endIf();
+  function.beginElse();
+  function.call(LUMO_VALUE_ASSIGN,
+                {slot, cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}), VEXA_CONTEXT});
+  function.endIf();
+}
+
 void CGReturn(T3RetStmt* statement, CFunction& function) {
   auto* behaviour = BehaviourAround(statement);
   if (behaviour != nullptr && behaviour->is<T3TestStep>()) {
@@ -230,7 +232,10 @@ void CGReturn(T3RetStmt* statement, CFunction& function) {
   if (target != nullptr && !statement->value->is<T3NoExpression>()) {
     const CGStatementScope scope(function);
     const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(GetParNumber(target->fpl)) + "]";
-    CGAssign(slot, statement->value, false, function);
+    if (target->returns_template)
+      ReturnTemplate(slot, statement->value, function);
+    else
+      CGAssign(slot, statement->value, false, function);
   }
   if (behaviour != nullptr) GenSourceLocationEnd(behaviour->body, function);
   TidyUp(statement, nullptr, function);
@@ -245,14 +250,22 @@ void ElementModified(const std::string& parent, const std::string& index, CFunct
 
 std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
   const cg::LeftSide left_side;
+  if (!cg::HoldsTemplate(parent)) return cg::InRTS(parent, vexa_temp_alloc, function);
+  const cg::TemplateMode mode;
   return cg::InRTS(parent, vexa_temp_alloc, function);
+}
+
+// A part of what holds a template gets a template.
+std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function) {
+  return cg::HoldsTemplate(parent) ? CGInlinedTemplate(rhs, vexa_template_plain, function)
+                                   : cg::InRTS(rhs, vexa_temp_alloc, function);
 }
 
 void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
   T3Tree_Node* type = cg::TypeOf(field->base);
   const std::string index = std::to_string(GetAlternativeIndex(type, field->id, true));
   if (IsRecordOrSetType(type)) {
-    const std::string value = cg::InRTS(rhs, vexa_temp_alloc, function);
+    const std::string value = RightSide(field->base, rhs, function);
     const std::string parent = LeftSideParent(field->base, function);
     function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
     return ElementModified(parent, index, function);
@@ -261,7 +274,10 @@ void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
   const std::string parent = LeftSideParent(field->base, function);
   const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
-  CGAssign(chosen, rhs, true, function);
+  if (cg::HoldsTemplate(field->base))
+    function.call(LUMO_VALUE_ASSIGN, {chosen, RightSide(field->base, rhs, function), VEXA_CONTEXT});
+  else
+    CGAssign(chosen, rhs, true, function);
   ElementModified(parent, index, function);
 }
 
@@ -271,7 +287,7 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
                      : IsStringType(type)           ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
                                                     : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
   const std::string index = cg::InC(element->index, function);
-  const std::string value = cg::InRTS(rhs, vexa_temp_alloc, function);
+  const std::string value = RightSide(element->base, rhs, function);
   const std::string parent = LeftSideParent(element->base, function);
   function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
   ElementModified(parent, index, function);
@@ -297,7 +313,7 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
     if (IsRecordOrSetType(type) || type->is<T3UnionType>()) return AssignField(qualifier, statement->rhs, function);
   }
   if (auto* element = statement->lhs->try_as<T3Subscription>()) return AssignElement(element, statement->rhs, function);
-  if (cg::HoldsTemplate(statement->lhs)) return AssignTemplate(statement, function);
+  if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs)) return AssignTemplate(statement, function);
   const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   CGAssign(target, statement->rhs, true, function);
 }
@@ -422,7 +438,11 @@ void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
     return;
   }
   auto* call = invocation->try_as<T3Parameterization>();
-  if (call == nullptr) cg::NotSupported(invocation);
+  if (call == nullptr) {
+    const std::string location = cg::InRTS(invocation, vexa_temp_alloc, function);
+    if (invocation->is<T3Create>()) function.addLine(location + ";");
+    return;
+  }
   T3Tree_Node* decl = BehindImport(Def(call));
   if (T3Is<T3TestStep>(decl)) return CGAltstepCall(invocation, call, function);
   CGFunctionCall(call, function);
@@ -472,7 +492,8 @@ void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
     case T3Kind::T3InvocationStmt:
       return CGInvocation(statement->as<T3InvocationStmt>()->invocation, function);
     case T3Kind::T3BlockStmt:
-      return CGBlock(statement->as<T3BlockStmt>(), function);
+      return CGBlockAround(statement->as<T3BlockStmt>(), function,
+                           [&] { CGStatement(statement->as<T3BlockStmt>()->body, function); });
     case T3Kind::T3IfStmt:
       return CGIf(statement->as<T3IfStmt>(), function);
     case T3Kind::T3WhileStmt:
@@ -496,6 +517,8 @@ void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
       return CGGoto(statement->as<T3GotoStmt>(), function);
     case T3Kind::T3AltStmt:
       return CGAlt(statement->as<T3AltStmt>(), function);
+    case T3Kind::T3InterleaveStmt:
+      return CGInterleave(statement->as<T3InterleaveStmt>(), function);
     case T3Kind::T3RepeatStmt:
       return CGRepeat(statement->as<T3RepeatStmt>(), function);
     case T3Kind::T3SendStmt:
@@ -521,10 +544,22 @@ const tPosition* EndOf(T3Tree_Node* statement) {
 }  // namespace
 
 void CGStatement(T3Tree_Node* list, CFunction& function) {
-  for (T3Tree_Node* at = list; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
-    GenSourceLocation(at, function);
-    CGStatementWorker(at, function);
-  }
+  for (T3Tree_Node* at = list; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) CGOneStatement(at, function);
+}
+
+void CGOneStatement(T3Tree_Node* statement, CFunction& function) {
+  GenSourceLocation(statement, function);
+  CGStatementWorker(statement, function);
+}
+
+void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<void()>& statements) {
+  BeginMemoryScope(block, function);
+  const std::string scope = block->cold().temp_memory_scope;
+  statements();
+  function.addText("\n");
+  if (!IsFunctionOrControlPartBody(block)) GenSourceLocationEnd(block, function);
+  LeaveMemoryScope(scope.c_str(), block->body, function);
+  function.releaseTmpVariable(scope);
 }
 
 void GenSourceLocation(T3Tree_Node* statement, CFunction& function) {

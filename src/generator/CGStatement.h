@@ -2,6 +2,7 @@
 // of memory, and each way out of a block goes through the same clean-up.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "FileAPI/CFunction.h"
@@ -9,6 +10,11 @@
 
 /// Generates a list of statements up to its end marker.
 void CGStatement(T3Tree_Node* list, CFunction& function);
+
+/// One of them, whatever follows it.
+void CGOneStatement(T3Tree_Node* statement, CFunction& function);
+/// A block with other statements than its own in it.
+void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<void()>& statements);
 
 /// What the normal ends of the blocks around `from` would have run, up to the construct `to`, which is not
 /// left; all of the behaviour's for null.

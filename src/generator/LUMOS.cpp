@@ -108,7 +108,8 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
 
 std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (IsBehaviour(decl)) return "vexa_" + Qualified(decl) + "_local_" + behind;
-  if (IsImportedBehaviour(decl)) return "vexa_" + Qualified(decl) + "_imp_" + behind;
+  // by its origin: a module may import one name from several others
+  if (IsImportedBehaviour(decl)) return "vexa_" + Origin(decl) + "_imp_" + behind;
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
