@@ -341,7 +341,8 @@ void EnterType() {
 void CheckSubtypes(T3Tree_Node*) {
   std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
   for (const Subtyped& noted : g_subtyped)
-    if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0) CheckSubtypes1(noted.expression);
+    if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
+      CheckSubtypes1(noted.expression);
   ForgetSubtyped();
   g_sets.clear();
   g_value_sets.clear();

@@ -41,7 +41,8 @@ std::string Target(T3Tree_Node* target, CFunction& function) {
 
 std::string SenderTarget(T3Tree_Node* redirect, CFunction& function) {
   auto* targets = redirect->try_as<T3PortRedirect>();
-  return targets == nullptr ? std::string(LUMO_VALUE_NO_RETURN_C) : Target(targets->redirect_sender, function);
+  return targets == nullptr ? std::string(LUMO_VALUE_NO_RETURN_C)
+                            : Target(targets->redirect_sender, function);
 }
 
 std::string ValueTarget(T3Tree_Node* redirect, CFunction& function) {
@@ -52,13 +53,14 @@ std::string ValueTarget(T3Tree_Node* redirect, CFunction& function) {
 T3SignatureType* SignatureOf(T3Tree_Node* definition) {
   if (!T3Is<T3TemplateDef>(definition)) return nullptr;
   T3Tree_Node* type = cg::TypeOf(definition->as<T3TemplateDef>()->constraint);
-  if (!definition->as<T3TemplateDef>()->parent->is<T3NoType>()) type = RootType(definition->as<T3TemplateDef>()->parent);
+  if (!definition->as<T3TemplateDef>()->parent->is<T3NoType>())
+    type = RootType(definition->as<T3TemplateDef>()->parent);
   return type->try_as<T3SignatureType>();
 }
 
 // The array of targets for the parameters of a call or reply, with their number before it.
-void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature, std::vector<std::string>& arguments,
-                            CFunction& function) {
+void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
+                            std::vector<std::string>& arguments, CFunction& function) {
   auto* targets = redirect->try_as<T3PortRedirect>();
   const bool none = targets == nullptr || !targets->redirect_params->is<T3FieldValue>();
   if (none || signature == nullptr) {
@@ -73,7 +75,8 @@ void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature, s
     unsigned index = position;
     if (auto* name = at->as<T3FieldValue>()->field->try_as<T3FieldName>()) {
       index = 0;
-      for (T3Tree_Node* par = signature->fpl; par->is<_T3FormalPar>() && par->as<_T3FormalPar>()->name != name->name;
+      for (T3Tree_Node* par = signature->fpl;
+           par->is<_T3FormalPar>() && par->as<_T3FormalPar>()->name != name->name;
            par = par->as<_T3FormalPar>()->next)
         ++index;
     }
@@ -104,13 +107,16 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
   const auto add_template = [&](vexa_template_mode_t mode) {
     add(TemplateOr(statement->template_value, LUMO_NO_VALUE_C, mode, function));
   };
-  const auto add_sender = [&] { add(TemplateOr(statement->sender, LUMO_NO_VALUE_C, vexa_template_plain, function)); };
+  const auto add_sender = [&] {
+    add(TemplateOr(statement->sender, LUMO_NO_VALUE_C, vexa_template_plain, function));
+  };
   if (statement->is<T3GetCallStmt>()) {
     attempt.word = LUMO_PORT_TRY_GETCALL;
     add_template(vexa_template_call);
     add_sender();
     add(check);
-    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments, function);
+    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments,
+                           function);
   } else if (auto* reply = statement->try_as<T3GetReplyStmt>()) {
     attempt.word = LUMO_PORT_TRY_GETREPLY;
     add_template(vexa_template_reply);
@@ -118,7 +124,8 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
     add_sender();
     add(check);
     add(ValueTarget(statement->redirect, function));
-    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments, function);
+    GenerateRedirectParams(statement->redirect, SignatureOf(statement->template_value), attempt.arguments,
+                           function);
   } else {
     attempt.word = LUMO_PORT_TRY_RECEIVE;
     if (auto* caught = statement->try_as<T3CatchStmt>()) {
@@ -140,16 +147,19 @@ Attempt Try(T3Tree_Node* operation, CFunction& function) {
     return Attempt{word, {cg::InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}};
   };
   if (auto* done = operation->try_as<T3DoneStmt>()) return with(LUMO_COMPONENT_TRY_DONE, done->component);
-  if (auto* killed = operation->try_as<T3KilledStmt>()) return with(LUMO_COMPONENT_TRY_KILLED, killed->component);
-  if (auto* timeout = operation->try_as<T3TimeoutStmt>()) return with(LUMO_TIMER_TRY_TIMED_OUT, timeout->timer);
-  if (auto* receiving = operation->try_as<_T3ReceivingPortStmt>()) return TryReceiving(receiving, false, function);
+  if (auto* killed = operation->try_as<T3KilledStmt>())
+    return with(LUMO_COMPONENT_TRY_KILLED, killed->component);
+  if (auto* timeout = operation->try_as<T3TimeoutStmt>())
+    return with(LUMO_TIMER_TRY_TIMED_OUT, timeout->timer);
+  if (auto* receiving = operation->try_as<_T3ReceivingPortStmt>())
+    return TryReceiving(receiving, false, function);
   if (auto* check = operation->try_as<T3CheckReceive>())
     return TryReceiving(check->receive_statement->as<_T3ReceivingPortStmt>(), true, function);
   if (auto* check = operation->try_as<T3CheckRedirect>())
     return {LUMO_PORT_TRY_RECEIVE,
             {cg::InRTS(check->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C,
-             TemplateOr(check->from, LUMO_NO_VALUE_C, vexa_template_plain, function), C_TRUE, LUMO_VALUE_NO_RETURN_C,
-             SenderTarget(check->redirect, function), VEXA_CONTEXT}};
+             TemplateOr(check->from, LUMO_NO_VALUE_C, vexa_template_plain, function), C_TRUE,
+             LUMO_VALUE_NO_RETURN_C, SenderTarget(check->redirect, function), VEXA_CONTEXT}};
   internal_error_ast("CGStatement", __LINE__, "CGStatement::GenGuardOp", operation);
 }
 
@@ -291,8 +301,8 @@ void AltstepBranch(T3Tree_Node* reference, T3Tree_Node* body, const AltNames& na
 void DiscardMessage(T3TriggerStmt* trigger, const AltNames& names, CFunction& function) {
   const CGStatementScope scope(function);
   function.beginIf(LUMO_PORT_TRY_RECEIVE,
-                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C, C_FALSE,
-                    LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
+                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C,
+                    C_FALSE, LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
   function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
   function.assign(names.repeat_var, C_TRUE);
   function.addGoto(names.repeat_label);
@@ -479,7 +489,8 @@ void Interleave::Expand(const Agenda& agenda, bool is_outermost) {
       Go(agenda[i], others);
       function_.addBreak();
       function_.endIf();
-      if (auto* trigger = agenda[i].operation->try_as<T3TriggerStmt>()) DiscardMessage(trigger, names, function_);
+      if (auto* trigger = agenda[i].operation->try_as<T3TriggerStmt>())
+        DiscardMessage(trigger, names, function_);
     }
   });
 }
@@ -512,7 +523,8 @@ namespace {
 // A list of its own type, which is generated with it: one field for each recipient.
 std::string Recipients(T3RecipientMulti* several, CFunction& function) {
   std::vector<T3Tree_Node*> ends;
-  for (T3Tree_Node* at = several->recipients; at->is<T3AddressListItem>(); at = at->as<T3AddressListItem>()->next)
+  for (T3Tree_Node* at = several->recipients; at->is<T3AddressListItem>();
+       at = at->as<T3AddressListItem>()->next)
     ends.push_back(at->as<T3AddressListItem>()->recipient);
   const std::string name = gT3Context.file().uniqueName("vexa_multicast_recipients");
   const std::string info_struct = name + "_type_info";
@@ -533,10 +545,12 @@ std::string Recipients(T3RecipientMulti* several, CFunction& function) {
   array->end();
   WriteTypeInfoStruct(info_struct, info);
   const std::string list = cg::Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_VALUE, {"&(" + name + ")", LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_VALUE,
+                         {"&(" + name + ")", LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   for (size_t i = 0; i < ends.size(); ++i)
-    function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT,
-                  {list, std::to_string(i), cg::InRTS(expression(ends[i]), vexa_temp_alloc, function), VEXA_CONTEXT});
+    function.call(
+        LUMO_VALUE_ASSIGN_VECTOR_ELEMENT,
+        {list, std::to_string(i), cg::InRTS(expression(ends[i]), vexa_temp_alloc, function), VEXA_CONTEXT});
   return list;
 }
 
@@ -566,7 +580,8 @@ void CGCall(T3CallStmt* statement, CFunction& function) {
       timeout = LUMO_DURATION_NOWAIT_C;
     else if (!statement->timeout->is<T3NoExpression>())
       timeout = cg::InC(statement->timeout, function);
-    function.call(LUMO_PORT_CALL, {port, call, timeout, Recipient(statement->recipient, function), VEXA_CONTEXT});
+    function.call(LUMO_PORT_CALL,
+                  {port, call, timeout, Recipient(statement->recipient, function), VEXA_CONTEXT});
   }
   if (!statement->body->is<_T3Alt>()) return;
   const AltNames names = BeginAlt(function);
@@ -586,7 +601,8 @@ void CGReply(T3ReplyStmt* statement, CFunction& function) {
   const std::string result = IsPresent(statement->return_expr)
                                  ? cg::InRTS(statement->return_expr, vexa_temp_alloc, function)
                                  : std::string(LUMO_NO_VALUE_C);
-  function.call(LUMO_PORT_REPLY, {port, reply, result, Recipient(statement->recipient, function), VEXA_CONTEXT});
+  function.call(LUMO_PORT_REPLY,
+                {port, reply, result, Recipient(statement->recipient, function), VEXA_CONTEXT});
 }
 
 void CGRaise(T3RaiseStmt* statement, CFunction& function) {

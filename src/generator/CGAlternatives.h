@@ -1,5 +1,5 @@
-// Alternatives and communication: an `alt` is a loop that looks at a snapshot, tries its branches in their order
-// and then the defaults, and waits. What blocks alone is an `alt` with one branch.
+// Alternatives and communication: an `alt` is a loop that looks at a snapshot, tries its branches in their
+// order and then the defaults, and waits. What blocks alone is an `alt` with one branch.
 #pragma once
 
 #include "FileAPI/CFunction.h"
@@ -24,5 +24,6 @@ void CGReply(T3ReplyStmt* statement, CFunction& function);
 void CGRaise(T3RaiseStmt* statement, CFunction& function);
 
 void CGRepeat(T3RepeatStmt* statement, CFunction& function);
-/// The label that `break` jumps to in a T3AltStmt, T3CallStmt or T3InterleaveStmt; empty for any other construct.
+/// The label that `break` jumps to in a T3AltStmt, T3CallStmt or T3InterleaveStmt; empty for any other
+/// construct.
 std::string BreakLabelOfAlt(T3Tree_Node* owner);

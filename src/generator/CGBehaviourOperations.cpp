@@ -20,8 +20,8 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   T3Tree_Node* formals = FormalsOf(decl);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
-  const std::string timeout =
-      node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C) : InC(node->timeout, function);
+  const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
+                                                                  : InC(node->timeout, function);
   StoreRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
                               {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
                                std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
@@ -31,8 +31,8 @@ void GenerateCreate(T3Create* node, Mode allocation, CFunction& function) {
   const std::string name = InRTS(node->name, vexa_temp_alloc, function);
   const std::string instance = Call(LUMO_TYPE_INSTANTIATE_VALUE, {VEXATypeRef(ExpressionLocalType(node)),
                                                                   AllocationMode(allocation), VEXA_CONTEXT});
-  StoreRTSLocation(node,
-                   Call(LUMO_COMPONENT_CREATE, {instance, name, node->is_alive ? C_TRUE : C_FALSE, VEXA_CONTEXT}));
+  StoreRTSLocation(
+      node, Call(LUMO_COMPONENT_CREATE, {instance, name, node->is_alive ? C_TRUE : C_FALSE, VEXA_CONTEXT}));
 }
 
 void Ask(T3Tree_Node* node, const char* word, T3Tree_Node* operand, CFunction& function) {
@@ -47,9 +47,10 @@ void GenerateActivate(T3Activate* node, Mode allocation, CFunction& function) {
   T3Tree_Node* formals = FormalsOf(decl);
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
   const std::string reference = Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(reference, LUMO_ACTIVATE,
-                         {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
-                          std::to_string(GetParNumber(formals)), array, AllocationMode(allocation), VEXA_CONTEXT});
+  function.callAndAssign(
+      reference, LUMO_ACTIVATE,
+      {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
+       std::to_string(GetParNumber(formals)), array, AllocationMode(allocation), VEXA_CONTEXT});
   function.call(LUMO_VALUE_ASSIGN, {location, reference, VEXA_CONTEXT});
 }
 
@@ -87,9 +88,10 @@ bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function) {
   else if (auto* create = node->try_as<T3Create>())
     GenerateCreate(create, allocation, function);
   else if (auto* running = node->try_as<T3Running>())
-    Ask(node, TypeOf(running->object)->is<T3TimerType>() || running->object->is<T3AnyTimer>()
-                  ? LUMO_TIMER_IS_RUNNING
-                  : LUMO_COMPONENT_IS_RUNNING,
+    Ask(node,
+        TypeOf(running->object)->is<T3TimerType>() || running->object->is<T3AnyTimer>()
+            ? LUMO_TIMER_IS_RUNNING
+            : LUMO_COMPONENT_IS_RUNNING,
         running->object, function);
   else if (auto* alive = node->try_as<T3Alive>())
     Ask(node, LUMO_COMPONENT_IS_ALIVE, alive->object, function);

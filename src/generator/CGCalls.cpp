@@ -74,9 +74,9 @@ void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formal
     T3Tree_Node* type = cg::TypeOf(field->base);
     if (!IsRecordOrSetType(type)) continue;
     function.beginIf(Slot(array, index) + " == " + LUMO_OMIT_VALUE_C);
-    function.callAndAssign(Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
-                           {RTSLocation(field->base), std::to_string(GetAlternativeIndex(type, field->id, true)),
-                            VEXA_CONTEXT});
+    function.callAndAssign(
+        Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
+        {RTSLocation(field->base), std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
     function.endIf();
   }
 }
@@ -100,11 +100,13 @@ tIdent GetRealFunctionModule(T3Tree_Node* decl) {
   return Behind(decl)->place->vexa_module_name;
 }
 
-std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result, CFunction& function) {
+std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
+                                  CFunction& function) {
   return CGActualParameterList1(actuals, formals, has_result, true, function);
 }
 
-std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function) {
+std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals,
+                                             CFunction& function) {
   return CGActualParameterList1(actuals, formals, false, false, function);
 }
 
@@ -115,8 +117,7 @@ void CGFunctionCall(T3Parameterization* call, CFunction& function) {
   const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
   const unsigned count = GetParNumber(behaviour->fpl);
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);
-  if (has_result)
-    function.assign(Slot(array, count), cg::AllocateRTSValue(call, vexa_temp_alloc, function));
+  if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, vexa_temp_alloc, function));
   CGInstantiateOutOmittedParameters(call->apl, behaviour->fpl, array, function);
   function.call(LUMO_CALL_FUNCTION, {GetFunctionObject(decl), "&(" + VEXAFuncTypeStructName(decl) + ")",
                                      std::to_string(count), array, VEXA_CONTEXT});

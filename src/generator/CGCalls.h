@@ -14,7 +14,8 @@ tIdent GetRealFunctionModule(T3Tree_Node* decl);
 
 /// Evaluates the arguments of a call, and returns the text of their array: "NULL" where there is nothing to
 /// pass. `has_result`: the vector has a slot for the result behind the formals.
-std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result, CFunction& function);
+std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
+                                  CFunction& function);
 /// The same with copies of the values, for a test case.
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function);
 

@@ -65,7 +65,8 @@ void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
 }
 
 // Tells which elements are a permutation.
-void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string& target, CFunction& function) {
+void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string& target,
+                     CFunction& function) {
   const auto kind = [&](size_t i) { return items[i]->permutation_kind; };
   for (size_t i = 0; i < items.size(); ++i) {
     if (kind(i) != t3_permutation_kind_t::Head && kind(i) != t3_permutation_kind_t::HeadTail) continue;
@@ -73,7 +74,8 @@ void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string&
     while (kind(tail) != t3_permutation_kind_t::Tail && kind(tail) != t3_permutation_kind_t::HeadTail &&
            tail + 1 < items.size())
       ++tail;
-    function.call(LUMO_TEMPLATE_SET_PERMUTATION, {target, std::to_string(i), std::to_string(tail), VEXA_CONTEXT});
+    function.call(LUMO_TEMPLATE_SET_PERMUTATION,
+                  {target, std::to_string(i), std::to_string(tail), VEXA_CONTEXT});
   }
 }
 

@@ -57,7 +57,8 @@ void TestLength(T3Tree_Node* lower, T3Tree_Node* upper, T3Tree_Node* type, const
                 const std::string& reason, CFunction& function) {
   const char* word = IsList(type) ? LUMO_VALUE_VECTOR_SIZE : LUMO_VALUE_STRING_LENGTH;
   const std::string length = cg::CastToLongLong(cg::Call(word, {test.value, VEXA_CONTEXT}));
-  TestForFailure("!(" + Between(lower, length, upper, function) + ")", test, reason, LUMO_NO_VALUE_C, function);
+  TestForFailure("!(" + Between(lower, length, upper, function) + ")", test, reason, LUMO_NO_VALUE_C,
+                 function);
 }
 
 void TestBound(T3Tree_Node* bound, T3Tree_Node* type, const CGTest& test, CFunction& function) {
@@ -88,11 +89,11 @@ std::string NoneMatches(T3Tree_Node* list, T3Tree_Node* type, const CGTest& test
 void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& reason, CFunction& function) {
   const cg::TemplateMode mode;
   const std::string location = cg::InRTS(node, vexa_temp_alloc, function);
-  const std::string call =
-      test.mode == vexa_template_plain
-          ? cg::Call(LUMO_MATCH, {location, test.value, VEXA_CONTEXT})
-          : cg::Call(LUMO_MATCH_SIGNATURE,
-                     {location, test.value, test.mode == vexa_template_call ? C_TRUE : C_FALSE, VEXA_CONTEXT});
+  const std::string call = test.mode == vexa_template_plain
+                               ? cg::Call(LUMO_MATCH, {location, test.value, VEXA_CONTEXT})
+                               : cg::Call(LUMO_MATCH_SIGNATURE,
+                                          {location, test.value,
+                                           test.mode == vexa_template_call ? C_TRUE : C_FALSE, VEXA_CONTEXT});
   TestForFailure("!(" + call + ")", test, reason, location, function);
 }
 
@@ -149,7 +150,8 @@ void TestSignature(T3CompoundValue* node, T3SignatureType* type, const CGTest& t
     auto* name = item->field->try_as<T3FieldName>();
     int64_t index = 0;
     T3Tree_Node* formal = type->fpl;
-    while (formal->is<_T3FormalPar>() && (name != nullptr ? formal->as<_T3FormalPar>()->name != name->name : index != position)) {
+    while (formal->is<_T3FormalPar>() &&
+           (name != nullptr ? formal->as<_T3FormalPar>()->name != name->name : index != position)) {
       formal = formal->as<_T3FormalPar>()->next;
       ++index;
     }
@@ -168,8 +170,9 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
   if (name == nullptr) cg::NotSupported(node);
   const int64_t index = GetAlternativeIndex(type, name->name, true);
   const std::string chosen = gIdents.GetCStr(name->name);
-  TestForFailure(cg::Call(LUMO_VALUE_UNION_INDEX, {test.value, VEXA_CONTEXT}) + " != " + std::to_string(index), test,
-                 "union alternative '" + chosen + "' expected", LUMO_NO_VALUE_C, function);
+  TestForFailure(
+      cg::Call(LUMO_VALUE_UNION_INDEX, {test.value, VEXA_CONTEXT}) + " != " + std::to_string(index), test,
+      "union alternative '" + chosen + "' expected", LUMO_NO_VALUE_C, function);
   function.beginElse();
   TestPart(cg::Call(LUMO_VALUE_UNION_VALUE, {test.value, VEXA_CONTEXT}), "." + chosen, item->value,
            RootType(FieldAt(type, index)->as<T3FieldType>()->type), test, function);
@@ -177,11 +180,12 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
 }
 
 void TestCompound(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
-  if (auto* signature = type->try_as<T3SignatureType>()) return TestSignature(node, signature, test, function);
+  if (auto* signature = type->try_as<T3SignatureType>())
+    return TestSignature(node, signature, test, function);
   UnlessOmitted(test, function, [&] {
     if (IsList(type) && !node->value->is<T3FieldValue>())
-      TestForFailure(cg::Call(LUMO_VALUE_VECTOR_SIZE, {test.value, VEXA_CONTEXT}) + " != 0", test, "empty value list",
-                     LUMO_NO_VALUE_C, function);
+      TestForFailure(cg::Call(LUMO_VALUE_VECTOR_SIZE, {test.value, VEXA_CONTEXT}) + " != 0", test,
+                     "empty value list", LUMO_NO_VALUE_C, function);
     else if (IsRecordOrSetType(type))
       TestRecord(node, type, test, function);
     else if (type->is<T3UnionType>())
@@ -216,8 +220,8 @@ bool TestCharacters(const std::vector<T3Tree_Node*>& items, T3Tree_Node* type, c
   const std::string bounds = type->is<T3CharStringType>() ? BoundsOf(items) : std::string();
   if (bounds.empty()) return false;
   UnlessOmitted(test, function, [&] {
-    const std::string check = cg::Call(LUMO_TYPE_CHECK_CHAR_RANGE,
-                                       {test.value, Quote(bounds), std::to_string(bounds.size()), VEXA_CONTEXT});
+    const std::string check = cg::Call(
+        LUMO_TYPE_CHECK_CHAR_RANGE, {test.value, Quote(bounds), std::to_string(bounds.size()), VEXA_CONTEXT});
     TestForFailure("!(" + check + ")", test, "range check failed", LUMO_NO_VALUE_C, function);
   });
   return true;
@@ -258,13 +262,15 @@ void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFu
   if (IsOmit(node)) {
     TestForFailure(test.value + " != " + LUMO_OMIT_VALUE_C, test, "omit expected", LUMO_NO_VALUE_C, function);
   } else if (node->is<T3AnyValue>()) {
-    TestForFailure(test.value + " == " + LUMO_OMIT_VALUE_C, test, "omit unexpected", LUMO_NO_VALUE_C, function);
+    TestForFailure(test.value + " == " + LUMO_OMIT_VALUE_C, test, "omit unexpected", LUMO_NO_VALUE_C,
+                   function);
   } else if (auto* compound = node->try_as<T3CompoundValue>()) {
     TestCompound(compound, type, test, function);
   } else if (present_only || node->is<T3LengthMatch>()) {
     const auto inner = [&] {
       if (auto* length = node->try_as<T3LengthMatch>()) TestBound(length->size, type, test, function);
-      if (auto* length = node->try_as<T3IfPresentIfLengthMatch>()) TestBound(length->size, type, test, function);
+      if (auto* length = node->try_as<T3IfPresentIfLengthMatch>())
+        TestBound(length->size, type, test, function);
       GenConstraint(node->as<ExtraMatchingExpressions>()->object, type, test, function);
     };
     if (!present_only) return UnlessOmitted(test, function, inner);
@@ -274,7 +280,8 @@ void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFu
   } else if (auto* list = node->try_as<T3ValueList>()) {
     const std::vector<T3Tree_Node*> ranges = CharacterRanges(list, type);
     if (!ranges.empty() && TestCharacters(ranges, type, test, function)) return;
-    TestForFailure(NoneMatches(list->values, type, test, function), test, "value list mismatch", LUMO_NO_VALUE_C, function);
+    TestForFailure(NoneMatches(list->values, type, test, function), test, "value list mismatch",
+                   LUMO_NO_VALUE_C, function);
   } else if (auto* complement = node->try_as<T3Complement>()) {
     UnlessOmitted(test, function, [&] {
       TestForFailure("!(" + NoneMatches(complement->values, type, test, function) + ")", test,
@@ -288,9 +295,11 @@ void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFu
                  IsList(type) ? "vector length outside range" : "string length outside range", function);
     });
   } else if (node->is<T3CharStringMatch>() || node->is<_T3SpecialStringMatch>()) {
-    UnlessOmitted(test, function, [&] { MatchTemplate(node, test, "regular expression mismatch", function); });
+    UnlessOmitted(test, function,
+                  [&] { MatchTemplate(node, test, "regular expression mismatch", function); });
   } else if (node->is<_T3SuperOrSubSet>()) {
-    UnlessOmitted(test, function, [&] { MatchTemplate(node, test, "superset or subset mismatch", function); });
+    UnlessOmitted(test, function,
+                  [&] { MatchTemplate(node, test, "superset or subset mismatch", function); });
   } else if (cg::HoldsTemplate(node)) {
     MatchTemplate(node, test, "does not match sub-template", function);
   } else {

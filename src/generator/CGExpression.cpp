@@ -139,22 +139,24 @@ void CacheLiteral(T3Tree_Node* node) {
 // A name or a call that the functions of a template in line get as an argument.
 const char* PassedToTemplate(T3Tree_Node* node) {
   if (auto* name = node->try_as<T3Identifier>())
-    return name->cold().vexa_id_place == cg::kPassedToTemplate ? name->cold().template_special_rts_loc : nullptr;
+    return name->cold().vexa_id_place == cg::kPassedToTemplate ? name->cold().template_special_rts_loc
+                                                               : nullptr;
   auto* call = node->try_as<T3Parameterization>();
-  return call != nullptr && call->cold().vexa_id_place == cg::kPassedToTemplate ? call->cold().template_special_rts_loc
-                                                                                : nullptr;
+  return call != nullptr && call->cold().vexa_id_place == cg::kPassedToTemplate
+             ? call->cold().template_special_rts_loc
+             : nullptr;
 }
 
 void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
   if (const char* argument = PassedToTemplate(node)) {
     const bool is_value = !cg::IsTemplateMode() && cg::HoldsTemplate(node);
-    return StoreRTS(node, is_value ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
-                                   : std::string(argument));
+    return StoreRTS(node, is_value
+                              ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
+                              : std::string(argument));
   }
   if (cg::Operator(node, allocation, function) || cg::Literal(node, allocation, function) ||
       cg::PreDefinedFunction(node, allocation, function) || cg::Matching(node, allocation, function) ||
-      cg::Behaviour(node, allocation, function) ||
-      cg::Reference(node, allocation, function))
+      cg::Behaviour(node, allocation, function) || cg::Reference(node, allocation, function))
     return;
   if (auto* compound = node->try_as<T3CompoundValue>())
     return cg::CompoundValue(compound, allocation, function);
@@ -190,7 +192,8 @@ std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& func
   if (cg::IsTemplateMode()) arguments.emplace_back("0");
   arguments.emplace_back(VEXA_CONTEXT);
   function.callAndAssign(
-      name, cg::IsTemplateMode() ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE, arguments);
+      name, cg::IsTemplateMode() ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
+      arguments);
   StoreRTS(node, name);
   return name;
 }

@@ -34,17 +34,19 @@ BehaviourWords WordsOf(T3Tree_Node* decl) {
     case T3Kind::T3Testcase:
       return {VEXATestcaseName(decl), C_VOID, LUMO_SYMTAB_KIND_TESTCASE, LUMO_SCOPE_TESTCASE_C};
     case T3Kind::T3TestStep:
-      return {VEXATeststepName(decl), LUMO_TEST_STEP_RESULT_T, LUMO_SYMTAB_KIND_TEST_STEP, LUMO_SCOPE_TESTSTEP_C};
+      return {VEXATeststepName(decl), LUMO_TEST_STEP_RESULT_T, LUMO_SYMTAB_KIND_TEST_STEP,
+              LUMO_SCOPE_TESTSTEP_C};
     case T3Kind::T3ExtFunction:
-      return {VEXAExtObjectName(decl), C_VOID, LUMO_SYMTAB_KIND_EXTERNAL_FUNCTION, LUMO_SCOPE_EXTERNAL_FUNCTION_C};
+      return {VEXAExtObjectName(decl), C_VOID, LUMO_SYMTAB_KIND_EXTERNAL_FUNCTION,
+              LUMO_SCOPE_EXTERNAL_FUNCTION_C};
     default:
       internal_error_ast("CGFunction", __LINE__, "FunctionSymtabKind", decl);
   }
 }
 
 void AddBehaviourRow(T3Tree_Node* decl, const BehaviourWords& words) {
-  CGSymTabAddEntry({Quote(decl->as<_T3Decl>()->name), words.symbol_kind, "&(" + VEXAFuncTypeStructName(decl) + ")",
-                    C_NULL, CGFunctionPointer(words.name)});
+  CGSymTabAddEntry({Quote(decl->as<_T3Decl>()->name), words.symbol_kind,
+                    "&(" + VEXAFuncTypeStructName(decl) + ")", C_NULL, CGFunctionPointer(words.name)});
 }
 
 std::string Slot(int index) {
@@ -54,15 +56,17 @@ std::string Slot(int index) {
 // A parameter that the caller has left to its default.
 void GenDefaultFormalPar(T3Tree_Node* formal, CFunction& function) {
   auto* typed = formal->try_as<_T3TypedFormal>();
-  if (typed == nullptr || !T3Is<_T3Expression>(typed->default_value) || typed->default_value->is<T3NoExpression>())
+  if (typed == nullptr || !T3Is<_T3Expression>(typed->default_value) ||
+      typed->default_value->is<T3NoExpression>())
     return;
   if (formal->is<T3FormalTemplatePar>()) cg::NotSupported(formal);
   const std::string slot = Slot(typed->attr().vexa_index);
   function.beginIf(slot + " == " + LUMO_VALUE_DEFAULT_C);
   {
     const CGStatementScope scope(function);
-    function.assign(slot, cg::Call(LUMO_VALUE_COPY, {cg::InRTS(typed->default_value, vexa_temp_alloc, function),
-                                                     LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
+    function.assign(slot,
+                    cg::Call(LUMO_VALUE_COPY, {cg::InRTS(typed->default_value, vexa_temp_alloc, function),
+                                               LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
   }
   function.endIf();
 }
@@ -72,7 +76,8 @@ T3Tree_Node* RootOf(T3Tree_Node* expression) {
   return expression;
 }
 
-// The formal parameters that a body may change: assigned, passed on to be changed, or the target of a redirect.
+// The formal parameters that a body may change: assigned, passed on to be changed, or the target of a
+// redirect.
 T3NodeSet ChangedFormals(T3Tree_Node* body) {
   T3NodeSet changed;
   const auto note = [&changed](T3Tree_Node* target) {
@@ -85,7 +90,8 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
     if (auto* redirect = node->try_as<T3PortRedirect>()) {
       note(redirect->redirect_value);
       note(redirect->redirect_sender);
-      for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+      for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>();
+           at = at->as<T3FieldValue>()->next)
         note(at->as<T3FieldValue>()->value);
     }
     if (auto* call = node->try_as<T3Parameterization>())
@@ -102,7 +108,8 @@ void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
   auto* body = decl->try_as<_T3FunctionBodyDecl>();
   if (body == nullptr || !decl->fpl->is<_T3FormalPar>()) return;
   const T3NodeSet changed = ChangedFormals(body->body);
-  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3TypedFormal>(); formal = formal->as<_T3FormalPar>()->next) {
+  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3TypedFormal>();
+       formal = formal->as<_T3FormalPar>()->next) {
     auto* typed = formal->as<_T3TypedFormal>();
     T3Tree_Node* type = RootType(typed->type);
     if (typed->pass != t3_par_pass_t::In || type->is<T3TimerType>() || type->is<T3PortType>()) continue;
@@ -186,7 +193,8 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
   GenSourceLocationEnd(alt, function);
   for (T3Tree_Node* local = decl->decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next)
-    if (IsTimerDeclaration(local)) function.call(LUMO_VALUE_DELETE, {"&(" + RTSLocation(local) + ")", VEXA_CONTEXT});
+    if (IsTimerDeclaration(local))
+      function.call(LUMO_VALUE_DELETE, {"&(" + RTSLocation(local) + ")", VEXA_CONTEXT});
   function.beginIf(success);
   function.beginIf(repeat);
   GenReturn(LUMO_TEST_STEP_SUCCESSFUL_REPEAT_C, function);
@@ -207,8 +215,8 @@ void ResetLocations(T3Tree_Node* decl) {
 
 // A behaviour that uses what no code is generated for yet ends its test case with an error, and tells why.
 void ReportNotSupported(const std::string& reason, CFunction& function) {
-  const std::string text = cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
-                                    {Quote(reason), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  const std::string text =
+      cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(reason), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   function.call(LUMO_REPORT_ERROR, {C_NULL, text, VEXA_CONTEXT});
 }
 
@@ -251,7 +259,8 @@ void ExtFunctionBody(T3ExtFunction* decl, CFunction& function) {
   function.beginIfDef(compile_switch);
   function.call(VEXAExtFuncName(decl), arguments);
   function.beginElsePP();
-  const std::vector<std::string> outside = {"&(" + VEXASignatureStructName(decl) + ")", VEXA_ARGV, VEXA_CONTEXT};
+  const std::vector<std::string> outside = {"&(" + VEXASignatureStructName(decl) + ")", VEXA_ARGV,
+                                            VEXA_CONTEXT};
   if (decl->return_type->is<T3NoType>()) {
     function.call(LUMO_CALL_EXTERNAL_FUNCTION, outside);
   } else {
@@ -284,11 +293,12 @@ ImportWords WordsOfImport(T3Tree_Node* import) {
   return {VEXAFunctionName(import), LUMO_FUNCTION_T, LUMO_SYMTAB_KIND_FUNCTION};
 }
 
-// The address is known only when the suite runs: the register function fetches it, and the initialize function
-// completes the row.
+// The address is known only when the suite runs: the register function fetches it, and the initialize
+// function completes the row.
 void CGImportedBehaviour(T3Tree_Node* import) {
   T3Tree_Node* origin = import->as<_T3ImportDecl>()->attr().def_aux;
-  if (!T3Is<_T3FunctionDecl>(origin)) internal_error_ast("CGFunction", __LINE__, "BindImportedFunction", import);
+  if (!T3Is<_T3FunctionDecl>(origin))
+    internal_error_ast("CGFunction", __LINE__, "BindImportedFunction", import);
   const ImportWords words = WordsOfImport(import);
   GenFunctionType(import);
   const std::string qualified = std::string(gIdents.GetString(origin->place->vexa_module_name)) + '.' +
@@ -299,8 +309,8 @@ void CGImportedBehaviour(T3Tree_Node* import) {
   bind.addComment("binding imported function");
   bind.assign(words.name,
               "((" + std::string(words.pointer_type) + ") " + FindOriginCall(import) + "->function_ptr)");
-  const std::string row = cg::Call(
-      LUMO_FIND_ELEMENT_WITH_CHECK, {Quote(CGCurrentModule()->name), Quote(qualified), VEXA_CONTEXT});
+  const std::string row = cg::Call(LUMO_FIND_ELEMENT_WITH_CHECK,
+                                   {Quote(CGCurrentModule()->name), Quote(qualified), VEXA_CONTEXT});
   gT3Context.initializeFunction().assign(row + "->function_ptr", CGFunctionPointer(words.name));
 }
 
@@ -315,8 +325,8 @@ std::unique_ptr<CFunction> BeginControlPart(T3Tree_Node* module, const tPosition
 }
 
 void AddControlPartRow() {
-  CGSymTabAddEntry({Quote(std::string(VEXA_CONTROL_PART_NAME)), LUMO_SYMTAB_KIND_CONTROL_PART_FUNCTION, C_NULL,
-                    C_NULL, CGFunctionPointer(VEXAControlPartFunctionName())});
+  CGSymTabAddEntry({Quote(std::string(VEXA_CONTROL_PART_NAME)), LUMO_SYMTAB_KIND_CONTROL_PART_FUNCTION,
+                    C_NULL, C_NULL, CGFunctionPointer(VEXAControlPartFunctionName())});
 }
 
 void CGControlPart(T3ControlPart* decl) {

@@ -1,5 +1,5 @@
-// Matching mechanisms as run-time values, and the two ways in which a reference to a template is meant: as the
-// template, or as the value that it has.
+// Matching mechanisms as run-time values, and the two ways in which a reference to a template is meant: as
+// the template, or as the value that it has.
 #include "analysis/T3Types.h"
 #include "generator/CGCalls.h"
 #include "generator/CGExpressionParts.h"
@@ -19,7 +19,8 @@ bool IsTemplateDecl(T3Tree_Node* decl) {
 
 bool HoldsInList(T3Tree_Node* list) {
   for (T3Tree_Node* at = list; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No || HoldsTemplate(at->as<T3FieldValue>()->value))
+    if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No ||
+        HoldsTemplate(at->as<T3FieldValue>()->value))
       return true;
   return false;
 }
@@ -87,9 +88,11 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
   const std::string text(StringM::StGetString(node->value));
   const size_t begin = text.find('\'');
   const size_t end = text.rfind('\'');
-  const std::string digits = begin == std::string::npos || end <= begin ? text : text.substr(begin + 1, end - begin - 1);
+  const std::string digits =
+      begin == std::string::npos || end <= begin ? text : text.substr(begin + 1, end - begin - 1);
   const std::string pattern = Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(pattern, LUMO_TYPE_INSTANTIATE_VALUE, {LUMO_CHARSTRING_TYPE, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.callAndAssign(pattern, LUMO_TYPE_INSTANTIATE_VALUE,
+                         {LUMO_CHARSTRING_TYPE, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   function.call(LUMO_VALUE_SET_STRING, {pattern, Quote(digits), VEXA_CONTEXT});
   return pattern;
 }
@@ -104,10 +107,12 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
       actuals == nullptr ? std::string(C_NULL)
                          : CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
   const std::string instance =
-      Call(LUMO_TYPE_INSTANTIATE_TEMPLATE, {VEXATemplateRef(decl), AllocationMode(allocation), array,
-                                            std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
-  StoreRTSLocation(node, IsTemplateMode() ? instance
-                                          : Call(LUMO_VALUEOF, {instance, AllocationMode(allocation), VEXA_CONTEXT}));
+      Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
+           {VEXATemplateRef(decl), AllocationMode(allocation), array,
+            std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
+  StoreRTSLocation(node, IsTemplateMode()
+                             ? instance
+                             : Call(LUMO_VALUEOF, {instance, AllocationMode(allocation), VEXA_CONTEXT}));
 }
 
 void ValueOf(T3ValueOf* node, Mode allocation, CFunction& function) {
@@ -147,7 +152,8 @@ bool IsInfinityExpression(T3Tree_Node* node) {
 
 bool HoldsTemplate(T3Tree_Node* node) {
   if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
-  if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>()) return true;
+  if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>())
+    return true;
   if (auto* compound = node->try_as<T3CompoundValue>()) return HoldsInList(compound->value);
   if (auto* call = node->try_as<T3Parameterization>()) {
     T3Tree_Node* callee = BehindImport(Def(call));
@@ -155,7 +161,8 @@ bool HoldsTemplate(T3Tree_Node* node) {
     node = call->base;
   }
   if (auto* element = node->try_as<T3Subscription>()) return HoldsTemplate(element->base);
-  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field)) return HoldsTemplate(field->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field))
+    return HoldsTemplate(field->base);
   if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return false;
   T3Tree_Node* def = Def(node);
   return IsTemplateDecl(def) || T3Is<T3FormalTemplatePar>(def) ||

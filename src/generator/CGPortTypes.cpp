@@ -109,7 +109,8 @@ void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
   std::vector<T3Tree_Node*> located;
   int index = 0;
   gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
-    const std::string place = getSignature("", LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index++), VEXA_CONTEXT});
+    const std::string place =
+        getSignature("", LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index++), VEXA_CONTEXT});
     if (!member->is<_T3InstanceValueDecl>()) return;
     CGComponentValue(member, place, *function);
     located.push_back(member);

@@ -36,7 +36,8 @@ std::string LocationOf(T3Tree_Node* decl) {
   if (place == kModuleLevel) return AccessNamedEntity(decl);
   // A local has its variable by the statement that declares it, and a component's while it is being made.
   if (HasRTSLocation(decl)) return RTSLocation(decl);
-  if (place == kComponent) return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+  if (place == kComponent)
+    return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
   NotSupported(decl);
 }
 
@@ -46,7 +47,8 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
     const int index = def->as<_T3FormalPar>()->attr().vexa_index;
     const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]";
     const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();
-    return StoreRTSLocation(node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
+    return StoreRTSLocation(
+        node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
   }
   if (T3Is<_T3Decl>(def)) return StoreRTSLocation(node, LocationOf(def));
   T3Tree_Node* type = TypeOf(node);

@@ -57,8 +57,8 @@ bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
   return owner->is<_T3FunctionBodyDecl>() || owner->is<T3ControlPart>();
 }
 
-// Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind the
-// statement that asks, which is the next one.
+// Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind
+// the statement that asks, which is the next one.
 std::string Condition(T3Tree_Node* condition, CFunction& function) {
   const CGStatementScope scope(function);
   return cg::InC(condition, function);
@@ -180,21 +180,24 @@ void CGContinue(T3ContinueStmt* statement, CFunction& function) {
 // A label has the name of the source, unless C has that word or another label of the behaviour has it.
 std::string LabelName(T3LabelStmt* statement) {
   static const std::set<std::string_view> words = {
-      "auto",     "break",    "case",   "char",   "const",    "continue", "default",  "do",     "double", "else",
-      "enum",     "extern",   "float",  "for",    "goto",     "if",       "inline",   "int",    "long",   "register",
-      "restrict", "return",   "short",  "signed", "sizeof",   "static",   "struct",   "switch", "typedef", "union",
-      "unsigned", "void",     "volatile", "while", "bool",    "true",     "false"};
+      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
+      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
+      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
+      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
+      "volatile", "while",  "bool",   "true",     "false"};
   const auto known = g_labels.find(statement);
   if (known != g_labels.end()) return known->second;
   std::string name = gIdents.GetCStr(statement->label);
-  const bool taken = std::any_of(g_labels.begin(), g_labels.end(), [&](const auto& other) { return other.second == name; });
+  const bool taken =
+      std::any_of(g_labels.begin(), g_labels.end(), [&](const auto& other) { return other.second == name; });
   if (taken || words.count(name) != 0) name += PositionSuffix(statement->position);
   return g_labels[statement] = name;
 }
 
 void CGGoto(T3GotoStmt* statement, CFunction& function) {
-  auto* target = T3Is<T3LabelStmt>(statement->attr().goto_target) ? statement->attr().goto_target->as<T3LabelStmt>()
-                                                                   : nullptr;
+  auto* target = T3Is<T3LabelStmt>(statement->attr().goto_target)
+                     ? statement->attr().goto_target->as<T3LabelStmt>()
+                     : nullptr;
   if (target == nullptr) internal_error_ast("CGStatement", __LINE__, "CGGoto", statement);
   TidyUp(statement, target->place->vexa_enclosing_block, function);
   function.addGoto(LabelName(target));
@@ -283,9 +286,9 @@ void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
 
 void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& function) {
   T3Tree_Node* type = cg::TypeOf(element->base);
-  const char* word = type->is<T3ArrayType>()        ? LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL
-                     : IsStringType(type)           ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
-                                                    : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
+  const char* word = type->is<T3ArrayType>() ? LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL
+                     : IsStringType(type)    ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
+                                             : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
   const std::string index = cg::InC(element->index, function);
   const std::string value = RightSide(element->base, rhs, function);
   const std::string parent = LeftSideParent(element->base, function);
@@ -310,10 +313,13 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   auto* qualifier = statement->lhs->try_as<T3Qualifier>();
   if (qualifier != nullptr && cg::IsField(qualifier)) {
     T3Tree_Node* type = cg::TypeOf(qualifier->base);
-    if (IsRecordOrSetType(type) || type->is<T3UnionType>()) return AssignField(qualifier, statement->rhs, function);
+    if (IsRecordOrSetType(type) || type->is<T3UnionType>())
+      return AssignField(qualifier, statement->rhs, function);
   }
-  if (auto* element = statement->lhs->try_as<T3Subscription>()) return AssignElement(element, statement->rhs, function);
-  if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs)) return AssignTemplate(statement, function);
+  if (auto* element = statement->lhs->try_as<T3Subscription>())
+    return AssignElement(element, statement->rhs, function);
+  if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs))
+    return AssignTemplate(statement, function);
   const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   CGAssign(target, statement->rhs, true, function);
 }
@@ -326,15 +332,17 @@ std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next)
     locations.push_back(cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
   const std::string array = function.declareArray(LUMO_VALUE_T, locations.size() + 1);
-  for (size_t i = 0; i < locations.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", locations[i]);
+  for (size_t i = 0; i < locations.size(); ++i)
+    function.assign(array + "[" + std::to_string(i) + "]", locations[i]);
   function.assign(array + "[" + std::to_string(locations.size()) + "]", C_NULL);
   return array;
 }
 
 void CGLog(T3LogStmt* statement, CFunction& function) {
   if (!statement->values->is<T3TemplateListItem>()) {
-    function.call(LUMO_LOG_STRING_TO_ALL, {LUMO_LOG_MSG_TTCN3_C,
-                                           CStringOfLiteral(StringM::StGetString(statement->message)), VEXA_CONTEXT});
+    function.call(
+        LUMO_LOG_STRING_TO_ALL,
+        {LUMO_LOG_MSG_TTCN3_C, CStringOfLiteral(StringM::StGetString(statement->message)), VEXA_CONTEXT});
     return;
   }
   CallComponentControl(function);
@@ -367,8 +375,9 @@ void CGStart(T3StartStmt* statement, CFunction& function) {
   if (type->is<T3PortType>()) {
     function.call(LUMO_PORT_START, {object, VEXA_CONTEXT});
   } else if (type->is<T3TimerType>()) {
-    const std::string duration = statement->argument->is<T3NoExpression>() ? std::string(LUMO_DURATION_DEFAULT_C)
-                                                                           : cg::InC(statement->argument, function);
+    const std::string duration = statement->argument->is<T3NoExpression>()
+                                     ? std::string(LUMO_DURATION_DEFAULT_C)
+                                     : cg::InC(statement->argument, function);
     function.call(LUMO_TIMER_START, {object, duration, VEXA_CONTEXT});
   } else {
     StartComponent(object, statement->argument, function);
@@ -486,7 +495,8 @@ void CGOperation(T3Tree_Node* statement, CFunction& function) {
 void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
   switch (statement->kind) {
     case T3Kind::T3DeclStmt:
-      for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+      for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
+           decl = decl->as<_T3Decl>()->next)
         decl->is<T3TemplateDecl>() ? CGTemplate(decl) : CGLocalValue(decl, function);
       break;
     case T3Kind::T3InvocationStmt:
@@ -530,7 +540,8 @@ void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
     case T3Kind::T3RaiseStmt:
       return CGRaise(statement->as<T3RaiseStmt>(), function);
     default:
-      return IsBlockingOperation(statement) ? CGBlockingOperation(statement, function) : CGOperation(statement, function);
+      return IsBlockingOperation(statement) ? CGBlockingOperation(statement, function)
+                                            : CGOperation(statement, function);
   }
 }
 
@@ -578,7 +589,8 @@ void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
 void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
   for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
     if (!at->is<T3DeclStmt>()) continue;
-    for (T3Tree_Node* decl = at->as<T3DeclStmt>()->decl; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+    for (T3Tree_Node* decl = at->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
+         decl = decl->as<_T3Decl>()->next)
       if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
         function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
   }

@@ -1,5 +1,5 @@
-// Statements: the C text of a list of statements. Each has a comment with its place before it, each block a scope
-// of memory, and each way out of a block goes through the same clean-up.
+// Statements: the C text of a list of statements. Each has a comment with its place before it, each block a
+// scope of memory, and each way out of a block goes through the same clean-up.
 #pragma once
 
 #include <functional>

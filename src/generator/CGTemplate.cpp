@@ -31,7 +31,8 @@ T3TemplateDef* DefinitionOf(T3TemplateDecl* decl) {
 }
 
 T3Tree_Node* TypeOfTemplate(T3TemplateDef* definition) {
-  return definition->parent->is<T3NoType>() ? ExpressionLocalType(definition->constraint) : definition->parent;
+  return definition->parent->is<T3NoType>() ? ExpressionLocalType(definition->constraint)
+                                            : definition->parent;
 }
 
 bool IsSignatureTemplate(T3TemplateDef* definition) {
@@ -86,7 +87,8 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
   if (count > 0) {
     info.field_info = VEXATemplateFieldInfoName(decl);
     auto array = gT3Context.file().beginArray(LUMO_FIELD_INFO_T, info.field_info, true);
-    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next)
+    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
+         formal = formal->as<_T3FormalPar>()->next)
       WriteFieldInfo(*array, Quote(formal->as<_T3FormalPar>()->name), FieldProperty(formal),
                      VEXAStaticTypeRef(formal->as<_T3TypedFormal>()->type));
     array->end();
@@ -98,7 +100,8 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
     if (!is_signature) return std::string(C_NULL);
     return pointer(match ? VEXAMatchName(decl, mode) : VEXAValueOfName(decl, mode));
   };
-  auto structure = gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
+  auto structure =
+      gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
   structure->addMember(VEXAStaticTypeRef(TypeOfTemplate(definition)));
   structure->addMember(C_NULL);
   structure->addMember(Description(decl));
@@ -123,9 +126,10 @@ std::vector<std::string> Parameters(const std::vector<std::string>& behind) {
 }
 
 void ReportAtRunTime(const std::string& text, CFunction& function) {
-  function.call(LUMO_REPORT_ERROR,
-                {C_NULL, cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}),
-                 VEXA_CONTEXT});
+  function.call(LUMO_REPORT_ERROR, {C_NULL,
+                                    cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
+                                             {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}),
+                                    VEXA_CONTEXT});
 }
 
 // One function of a template. Where no code is generated for its body, it reports that when it is called, and
@@ -151,15 +155,16 @@ void TemplateFunction(T3TemplateDef* definition, const char* result, const std::
 }
 
 void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
-  TemplateFunction(definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)}, C_FALSE,
-                   [&](CFunction& function) {
-                     const cg::ValueMode value_mode;
-                     const std::string result = function.declare(C_BOOL, "", C_TRUE);
-                     const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false,
-                                       "<" + std::string(gIdents.GetString(decl->name)) + ">"};
-                     GenConstraint(definition->constraint, RootType(TypeOfTemplate(definition)), test, function);
-                     function._return(result);
-                   });
+  TemplateFunction(
+      definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)}, C_FALSE,
+      [&](CFunction& function) {
+        const cg::ValueMode value_mode;
+        const std::string result = function.declare(C_BOOL, "", C_TRUE);
+        const CGTest test{mode,          VEXA_VALUE, result,
+                          break_by_mode, false,      "<" + std::string(gIdents.GetString(decl->name)) + ">"};
+        GenConstraint(definition->constraint, RootType(TypeOfTemplate(definition)), test, function);
+        function._return(result);
+      });
 }
 
 // True for a matching mechanism anywhere in the body: there is no one value.
@@ -205,7 +210,8 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
     if (const int count = CountOf(constraint); count >= 0) {
       function._return(std::to_string(count));
     } else if (!IsAmbiguous(constraint)) {
-      function._return(cg::Call(LUMO_SIZE_OF, {cg::InRTS(constraint, vexa_temp_alloc, function), VEXA_CONTEXT}));
+      function._return(
+          cg::Call(LUMO_SIZE_OF, {cg::InRTS(constraint, vexa_temp_alloc, function), VEXA_CONTEXT}));
     } else {
       ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint), function);
       function._return("0");
@@ -306,8 +312,8 @@ std::string Explicified(T3TemplateDef* definition, CFunction& function) {
   for (size_t i = references.size(); i > 0; --i) formals = FormalFor(references[i - 1], i - 1, formals);
   const std::string name =
       gT3Context.file().uniqueName("vexa_" + CGModuleName(CGCurrentModule()) + "_EXPL_TEMPLATE");
-  auto* decl = gT3AST.mT3TemplateDecl(definition->position, _sgT3NoDecl(), gIdents.MakeIdent(name), _sgT3NoWith(),
-                                      formals, definition);
+  auto* decl = gT3AST.mT3TemplateDecl(definition->position, _sgT3NoDecl(), gIdents.MakeIdent(name),
+                                      _sgT3NoWith(), formals, definition);
   decl->place = definition->place;
   decl->attr().vexa_place = 3;
   std::vector<Passed> passed;
@@ -321,7 +327,8 @@ std::string Explicified(T3TemplateDef* definition, CFunction& function) {
   std::string array = C_NULL;
   if (!references.empty()) {
     array = function.declareArray(LUMO_VALUE_T, references.size() + 1);
-    for (size_t i = 0; i < arguments.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", arguments[i]);
+    for (size_t i = 0; i < arguments.size(); ++i)
+      function.assign(array + "[" + std::to_string(i) + "]", arguments[i]);
     function.assign(array + "[" + std::to_string(arguments.size()) + "]", C_NULL);
   }
   const std::string location = cg::Temporary(LUMO_VALUE_T, function);
@@ -343,7 +350,8 @@ void CGTemplate(T3Tree_Node* node) {
 void CGTemplateImport(T3Tree_Node* node) {
   auto* import = node->as<T3ImportTemplateDecl>();
   T3Tree_Node* origin = import->attr().def_aux;
-  if (!T3Is<T3TemplateDecl>(origin)) internal_error_ast("CGTemplate", __LINE__, "CGTemplateImportHelper", import);
+  if (!T3Is<T3TemplateDecl>(origin))
+    internal_error_ast("CGTemplate", __LINE__, "CGTemplateImportHelper", import);
   const std::string name = VEXATemplateTypeStructName(import);
   const std::string module = Quote(origin->place->vexa_module_name);
   auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, true);
@@ -368,7 +376,8 @@ std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t, CFunction
     return Explicified(definition, function);
   }
   const bool is_signature = cg::TypeOf(constraint)->is<T3SignatureType>();
-  const bool has_mechanism = constraint->is<_T3MatchingExpression>() || constraint->is<ExtraMatchingExpressions>() ||
+  const bool has_mechanism = constraint->is<_T3MatchingExpression>() ||
+                             constraint->is<ExtraMatchingExpressions>() ||
                              (constraint->is<T3CompoundValue>() && cg::HoldsTemplate(constraint)) ||
                              (constraint->is<T3CompoundValue>() && is_signature);
   if (definition != nullptr && has_mechanism) return Explicified(definition, function);

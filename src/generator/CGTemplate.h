@@ -1,6 +1,6 @@
-// Templates: each declaration is described to the run-time system as a type of its own, with functions that match
-// a value, make one, count elements and give the most general value. What is written in line becomes such a
-// declaration without a name of its own.
+// Templates: each declaration is described to the run-time system as a type of its own, with functions that
+// match a value, make one, count elements and give the most general value. What is written in line becomes
+// such a declaration without a name of its own.
 #pragma once
 
 #include <string>

@@ -46,8 +46,9 @@ void Publish(T3Tree_Node* decl, const std::string& location, CFunction& function
 
 void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function,
                  vexa_allocation_mode_t allocation = vexa_perm_alloc) {
-  function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
-                         {VEXATypeRef(type), Quote(NameOfDecl(decl)), AllocationMode(allocation), VEXA_CONTEXT});
+  function.callAndAssign(
+      location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
+      {VEXATypeRef(type), Quote(NameOfDecl(decl)), AllocationMode(allocation), VEXA_CONTEXT});
 }
 
 void CGConstant(T3ConstDecl* decl) {
@@ -114,12 +115,14 @@ void CGValue(T3Tree_Node* decl) {
 
 namespace {
 bool HasValue(const _T3InstanceValueDecl* decl) {
-  return T3Is<_T3Expression>(decl->value) ? !decl->value->is<T3NoExpression>() : T3Is<T3TemplateDef>(decl->value);
+  return T3Is<_T3Expression>(decl->value) ? !decl->value->is<T3NoExpression>()
+                                          : T3Is<T3TemplateDef>(decl->value);
 }
 
 // The type of the elements of an array of any dimensions; a type that is no array is its own.
 T3Tree_Node* ElementOf(T3Tree_Node* type) {
-  for (type = RootType(type); type->is<T3ArrayType>(); type = RootType(type->as<T3ArrayType>()->type)) {}
+  for (type = RootType(type); type->is<T3ArrayType>(); type = RootType(type->as<T3ArrayType>()->type)) {
+  }
   return type;
 }
 
@@ -129,7 +132,8 @@ void Register(const std::string& location, bool in_component, CFunction& functio
 }
 
 // The durations of a list, for each timer of an array that has one.
-void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3Tree_Node* type, CFunction& function) {
+void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3Tree_Node* type,
+                             CFunction& function) {
   auto* array = RootType(type)->try_as<T3ArrayType>();
   auto* values = list->try_as<T3CompoundValue>();
   if (array == nullptr || values == nullptr) cg::NotSupported(list);
@@ -146,8 +150,10 @@ void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3T
 void SetDurations(const std::string& location, T3VarDecl* decl, CFunction& function) {
   if (!HasValue(decl)) return;
   const CGStatementScope scope(function);
-  if (RootType(decl->type)->is<T3ArrayType>()) return GenerateTimerArrayDecl2(location, decl->value, decl->type, function);
-  function.call(LUMO_VALUE_SET_TIMER_DEFAULT_DURATION, {location, cg::InC(decl->value, function), VEXA_CONTEXT});
+  if (RootType(decl->type)->is<T3ArrayType>())
+    return GenerateTimerArrayDecl2(location, decl->value, decl->type, function);
+  function.call(LUMO_VALUE_SET_TIMER_DEFAULT_DURATION,
+                {location, cg::InC(decl->value, function), VEXA_CONTEXT});
 }
 }  // namespace
 
@@ -160,7 +166,8 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
   auto* variable = node->try_as<T3VarDecl>();
   const bool holds_template = variable != nullptr && variable->is_template_variable;
-  const std::string location = function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
+  const std::string location =
+      function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
   SetRTSLocation(decl, location);
   const bool is_timer = IsTimerDeclaration(decl);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);

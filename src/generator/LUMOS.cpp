@@ -1,6 +1,7 @@
 #include "generator/LUMOS.h"
 
 #include <algorithm>
+#include <map>
 
 #include "analysis/T3Names.h"
 #include "driver/T3Error.h"
@@ -45,6 +46,15 @@ std::string Origin(T3Tree_Node* decl) {
   T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
   if (!T3Is<_T3Decl>(origin)) internal_error_ast("LUMOS", __LINE__, "def_aux", decl);
   return Qualified(origin);
+}
+
+// The module's own name for an import, unless it imports the same name from another module as well: then it
+// is that of the declaration.
+std::string QualifiedImport(T3Tree_Node* decl) {
+  static auto& owners = *new std::map<std::string, T3Tree_Node*>;
+  const std::string name = Qualified(decl);
+  T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
+  return owners.try_emplace(name, origin).first->second == origin ? name : Origin(decl);
 }
 
 bool IsImportOf(T3Tree_Node* decl) {
@@ -108,15 +118,14 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
 
 std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (IsBehaviour(decl)) return "vexa_" + Qualified(decl) + "_local_" + behind;
-  // by its origin: a module may import one name from several others
-  if (IsImportedBehaviour(decl)) return "vexa_" + Origin(decl) + "_imp_" + behind;
+  if (IsImportedBehaviour(decl)) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
 
 std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_" + behind;
-  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + Qualified(decl) + "_imp_" + behind;
+  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
   return OfBehaviour(line, function, decl, behind);
 }
 #define OF_SIGNATURE(decl, behind) OfSignature(__LINE__, __func__, decl, behind)
@@ -178,8 +187,8 @@ std::string VEXALocalVarName(tIdent name) {
 
 std::string VEXATypeConstName(T3Tree_Node* decl) {
   if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_type";
-  if (decl->is<T3ImportTypeDecl>()) return "vexa_" + Qualified(decl) + "_imp_type";
-  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + Qualified(decl) + "_imp_sig";
+  if (decl->is<T3ImportTypeDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_type";
+  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_sig";
   return WRONG_NODE(decl);
 }
 
@@ -339,7 +348,7 @@ std::string VEXARTSTypeInfoStructName(T3Tree_Node* type) {
 }
 
 std::string VEXATemplateConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + Qualified(decl) + "_imp_template";
+  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_template";
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   auto* local = decl->as<T3TemplateDecl>();
   const std::string suffix = local->attr().vexa_place > 1 ? PositionSuffix(local->position) : std::string();

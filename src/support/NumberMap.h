@@ -1,5 +1,5 @@
-// A map by numbers, for what is known of many nodes for a while: one array, so that an entry costs one look at
-// memory, and emptying it nothing but the array.
+// A map by numbers, for what is known of many nodes for a while: one array, so that an entry costs one look
+// at memory, and emptying it nothing but the array.
 #pragma once
 
 #include <cstdint>
