@@ -274,7 +274,7 @@ std::string CallAltstep(T3Tree_Node* reference, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   T3Tree_Node* origin = BehindImportOf(decl);
   if (!T3Is<T3TestStep>(origin)) cg::NotSupported(reference);
-  const std::string result = function.getTmpVariable(LUMO_TEST_STEP_RESULT_T);
+  std::string result = function.getTmpVariable(LUMO_TEST_STEP_RESULT_T);
   T3Tree_Node* formals = origin->as<T3TestStep>()->fpl;
   const CGStatementScope scope(function);
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
@@ -544,7 +544,7 @@ std::string Recipients(T3RecipientMulti* several, CFunction& function) {
                    VEXAStaticTypeRef(ExpressionLocalType(expression(ends[i]))));
   array->end();
   WriteTypeInfoStruct(info_struct, info);
-  const std::string list = cg::Temporary(LUMO_VALUE_T, function);
+  std::string list = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_VALUE,
                          {"&(" + name + ")", LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   for (size_t i = 0; i < ends.size(); ++i)

@@ -44,7 +44,7 @@ std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, b
   const unsigned count = GetParNumber(formals);
   if (!T3Is<T3ActualPar>(actuals) && count == 0 && !has_result) return C_NULL;
   // An array is no variable that another statement could use: each call has its own.
-  const std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
+  std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
   unsigned index = 0;
   T3Tree_Node* actual = actuals;
   for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal);

@@ -70,7 +70,7 @@ void TestBound(T3Tree_Node* bound, T3Tree_Node* type, const CGTest& test, CFunct
 
 // The result is true when no alternative has matched.
 std::string NoneMatches(T3Tree_Node* list, T3Tree_Node* type, const CGTest& test, CFunction& function) {
-  const std::string none = cg::Temporary(C_BOOL, function);
+  std::string none = cg::Temporary(C_BOOL, function);
   function.assign(none, C_TRUE);
   for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     const std::string matches = cg::Temporary(C_BOOL, function);
@@ -80,7 +80,9 @@ std::string NoneMatches(T3Tree_Node* list, T3Tree_Node* type, const CGTest& test
     inner.on_fail = break_assign;
     inner.quiet = true;
     GenConstraint(at->as<T3ValueListItem>()->value, type, inner, function);
-    function.assign(none, "(" + none + " && !(" + matches + "))");
+    std::string both = "(";
+    both.append(none).append(" && !(").append(matches).append("))");
+    function.assign(none, both);
   }
   return none;
 }

@@ -90,7 +90,7 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
   const size_t end = text.rfind('\'');
   const std::string digits =
       begin == std::string::npos || end <= begin ? text : text.substr(begin + 1, end - begin - 1);
-  const std::string pattern = Temporary(LUMO_VALUE_T, function);
+  std::string pattern = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(pattern, LUMO_TYPE_INSTANTIATE_VALUE,
                          {LUMO_CHARSTRING_TYPE, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   function.call(LUMO_VALUE_SET_STRING, {pattern, Quote(digits), VEXA_CONTEXT});

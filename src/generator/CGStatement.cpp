@@ -331,7 +331,7 @@ std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   std::vector<std::string> locations;
   for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next)
     locations.push_back(cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
-  const std::string array = function.declareArray(LUMO_VALUE_T, locations.size() + 1);
+  std::string array = function.declareArray(LUMO_VALUE_T, locations.size() + 1);
   for (size_t i = 0; i < locations.size(); ++i)
     function.assign(array + "[" + std::to_string(i) + "]", locations[i]);
   function.assign(array + "[" + std::to_string(locations.size()) + "]", C_NULL);

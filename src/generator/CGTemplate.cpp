@@ -331,7 +331,7 @@ std::string Explicified(T3TemplateDef* definition, CFunction& function) {
       function.assign(array + "[" + std::to_string(i) + "]", arguments[i]);
     function.assign(array + "[" + std::to_string(arguments.size()) + "]", C_NULL);
   }
-  const std::string location = cg::Temporary(LUMO_VALUE_T, function);
+  std::string location = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_TEMPLATE,
                          {"&(" + VEXATemplateTypeStructName(decl) + ")", LUMO_TEMP_ALLOC_C, array,
                           std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
