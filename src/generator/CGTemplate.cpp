@@ -6,6 +6,7 @@
 #include "analysis/T3Subtree.h"
 #include "analysis/T3TemplateMerge.h"
 #include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "generator/CGCalls.h"
@@ -21,7 +22,6 @@
 #include "generator/T3Decompile.h"
 
 namespace {
-constexpr long kLongestDescription = 10000;
 constexpr size_t kDescriptionLine = 2000;
 
 T3TemplateDef* DefinitionOf(T3TemplateDecl* decl) {
@@ -61,15 +61,16 @@ std::string FieldProperty(T3Tree_Node* formal) {
   return property + " | " + TemplRestrModeConstant(restriction);
 }
 
-// The source of a template as a literal of C; its backslashes are doubled already.
+// The source of a template, as far as the user wants to see it, as the text of a literal of C; its
+// backslashes are doubled already.
 std::string Description(T3TemplateDecl* decl) {
   std::string text;
-  for (const char c : GetTemplateDescription(decl, kLongestDescription)) {
+  for (const char c : GetTemplateDescription(decl, gT3CommandLine.template_description_length)) {
     if (c == '"') text += '\\';
     if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
     text += c;
   }
-  return SliceString(Quote(text), kDescriptionLine);
+  return text;
 }
 
 void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
@@ -104,7 +105,7 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
       gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
   structure->addMember(VEXAStaticTypeRef(TypeOfTemplate(definition)));
   structure->addMember(C_NULL);
-  structure->addMember(Description(decl));
+  structure->addMember(SliceString(Quote(Description(decl)), kDescriptionLine));
   structure->addMember(pointer(VEXAValueOfName(decl, vexa_template_plain)));
   structure->addMember(of_mode(false, vexa_template_call));
   structure->addMember(of_mode(false, vexa_template_reply));
@@ -160,8 +161,7 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
       [&](CFunction& function) {
         const cg::ValueMode value_mode;
         const std::string result = function.declare(C_BOOL, "", C_TRUE);
-        const CGTest test{mode,          VEXA_VALUE, result,
-                          break_by_mode, false,      "<" + std::string(gIdents.GetString(decl->name)) + ">"};
+        const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, "<" + Description(decl) + ">"};
         GenConstraint(definition->constraint, RootType(TypeOfTemplate(definition)), test, function);
         function._return(result);
       });
