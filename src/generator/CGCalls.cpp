@@ -61,18 +61,29 @@ std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, b
   return array;
 }
 
+T3Tree_Node* ValueOfActual(T3Tree_Node* actual) {
+  T3Tree_Node* value = actual->as<T3ActualPar>()->expression;
+  return value->is<T3TemplateDef>() ? value->as<T3TemplateDef>()->constraint : value;
+}
+
+bool IsOptionalField(T3Tree_Node* type, tIdent name) {
+  if (!IsRecordOrSetType(type)) return false;
+  T3Tree_Node* at = type->as<_T3StructuredType>()->body;
+  while (at->is<T3FieldType>() && at->as<T3FieldType>()->name != name) at = at->as<T3FieldType>()->next;
+  return at->is<T3FieldType>() && at->as<T3FieldType>()->optional;
+}
+
 // A callee needs a value to write into where the field that is passed was omitted.
 void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
                                        CFunction& function) {
   unsigned index = 0;
   for (T3Tree_Node* formal = formals; T3Is<_T3TypedFormal>(formal) && T3Is<T3ActualPar>(actuals);
        formal = formal->as<_T3FormalPar>()->next, actuals = actuals->as<T3ActualPar>()->next, ++index) {
-    auto* field = actuals->as<T3ActualPar>()->expression->try_as<T3Qualifier>();
+    auto* field = ValueOfActual(actuals)->try_as<T3Qualifier>();
     if (field == nullptr || formal->as<_T3TypedFormal>()->pass != t3_par_pass_t::Out) continue;
-    auto* meaning = T3Is<T3FieldType>(Def(field)) ? Def(field)->as<T3FieldType>() : nullptr;
-    if (meaning == nullptr || !meaning->optional) continue;
+    if (!cg::IsField(field)) continue;
     T3Tree_Node* type = cg::TypeOf(field->base);
-    if (!IsRecordOrSetType(type)) continue;
+    if (!IsOptionalField(type, field->id)) continue;
     function.beginIf(Slot(array, index) + " == " + LUMO_OMIT_VALUE_C);
     function.callAndAssign(
         Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,

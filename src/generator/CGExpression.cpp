@@ -214,6 +214,12 @@ void NotSupported(T3Tree_Node* node) {
   throw not_supported(__LINE__, std::string("CGExpression currently does not support ") + T3KindName(node));
 }
 
+void ReportAtRunTime(const std::string& text, CFunction& function) {
+  const std::string wide =
+      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+}
+
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
   function.call(C2RTSFunction(TypeOf(node)), {target, CLocation(node), VEXA_CONTEXT});
 }

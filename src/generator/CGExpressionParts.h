@@ -46,6 +46,8 @@ class not_supported : public internal_exception {
   std::string reason_;
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
+/// The call that ends the test case with an error and this text.
+void ReportAtRunTime(const std::string& text, CFunction& function);
 
 /// Stands while the left side of an assignment is evaluated: fields that are missing are made on the way.
 class LeftSide {

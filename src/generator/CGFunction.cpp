@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "analysis/T3Constants.h"
+#include "analysis/T3Names.h"
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
 #include "generator/CGAlternatives.h"
@@ -103,20 +105,34 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
   return changed;
 }
 
-// A parameter by value that the body changes becomes its own: the slot holds the caller's.
+bool IsOwnValue(T3Tree_Node* formal, const T3NodeSet& changed) {
+  auto* typed = formal->try_as<_T3TypedFormal>();
+  if (typed == nullptr || typed->pass != t3_par_pass_t::In || changed.count(formal) == 0) return false;
+  T3Tree_Node* type = RootType(typed->type);
+  return !type->is<T3TimerType>() && !type->is<T3PortType>();
+}
+
+// A parameter by value that the body changes becomes the body's own, in a vector of its own: the caller's may
+// be used for another call.
 void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
   auto* body = decl->try_as<_T3FunctionBodyDecl>();
   if (body == nullptr || !decl->fpl->is<_T3FormalPar>()) return;
   const T3NodeSet changed = ChangedFormals(body->body);
-  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3TypedFormal>();
+  std::vector<std::string> slots;
+  bool any = false;
+  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
        formal = formal->as<_T3FormalPar>()->next) {
-    auto* typed = formal->as<_T3TypedFormal>();
-    T3Tree_Node* type = RootType(typed->type);
-    if (typed->pass != t3_par_pass_t::In || type->is<T3TimerType>() || type->is<T3PortType>()) continue;
-    if (changed.count(formal) == 0) continue;
-    const std::string slot = Slot(typed->attr().vexa_index);
-    function.assign(slot, cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}));
+    const bool own = IsOwnValue(formal, changed);
+    const std::string slot = Slot(static_cast<int>(slots.size()));
+    slots.push_back(own ? cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}) : slot);
+    any = any || own;
   }
+  if (!any) return;
+  // The result, or the end of the vector.
+  slots.push_back(Slot(static_cast<int>(slots.size())));
+  const std::string vector = function.declareArray(LUMO_VALUE_T, slots.size());
+  for (size_t i = 0; i < slots.size(); ++i) function.assign(vector + "[" + std::to_string(i) + "]", slots[i]);
+  function.assign(VEXA_ARGV, vector);
 }
 
 // Defaults of the parameters, and where execution stands.
@@ -134,6 +150,15 @@ void FunctionBody(T3Function* decl, CFunction& function) {
   GenReturn("", function);
 }
 
+// A mapping is a statement for each port of an array.
+constexpr uint64_t kMostMappedPorts = 10000;
+
+T3Tree_Node* IntLiteral(int64_t number, const tPosition& position) {
+  auto* literal = gT3AST.mT3IntLiteral(position, gStringM.PutString(std::to_string(number)));
+  literal->attr().expression_local_type = literal->attr().expression_base_type = gT3IntegerType;
+  return literal;
+}
+
 // Without a `system` clause the ports of the test case's own component are those of the system.
 void AddMapStatements(T3Tree_Node* component, CFunction& function) {
   auto* type = RootType(component)->try_as<T3ComponentType>();
@@ -145,8 +170,19 @@ void AddMapStatements(T3Tree_Node* component, CFunction& function) {
   };
   for (T3Tree_Node* decl = type->decls; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) {
     if (!decl->is<T3PortDecl>()) continue;
-    if (RootType(decl->as<T3PortDecl>()->type)->is<T3ArrayType>()) cg::NotSupported(decl);
-    map(Quote(decl->as<_T3Decl>()->name), LUMO_NO_VALUE_C);
+    const std::string name = Quote(decl->as<_T3Decl>()->name);
+    auto* array = RootType(decl->as<T3PortDecl>()->type)->try_as<T3ArrayType>();
+    if (array == nullptr) {
+      map(name, LUMO_NO_VALUE_C);
+      continue;
+    }
+    const auto bounds = KnownBounds(array);
+    if (!bounds || bounds->Size() > kMostMappedPorts || RootType(array->type)->is<T3ArrayType>())
+      cg::NotSupported(decl);
+    for (int64_t index = bounds->low; index <= bounds->high; ++index) {
+      const CGStatementScope scope(function);
+      map(name, cg::InRTS(IntLiteral(index, decl->as<_T3Decl>()->position), vexa_temp_alloc, function));
+    }
   }
 }
 
@@ -213,18 +249,12 @@ void ResetLocations(T3Tree_Node* decl) {
   });
 }
 
-// A behaviour that uses what no code is generated for yet ends its test case with an error, and tells why.
-void ReportNotSupported(const std::string& reason, CFunction& function) {
-  const std::string text =
-      cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(reason), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_REPORT_ERROR, {C_NULL, text, VEXA_CONTEXT});
-}
-
 std::unique_ptr<CFunction> BeginBehaviour(const BehaviourWords& words) {
   ForgetLabels();
   return gT3Context.file().beginFunction(words.result, words.name, CGBehaviourParameters(), "", false);
 }
 
+// A behaviour that uses what no code is generated for yet ends its test case with an error, and tells why.
 template <class Body>
 void Generate(_T3FunctionDecl* decl, const Body& body) {
   GenFunctionType(decl);
@@ -245,7 +275,7 @@ void Generate(_T3FunctionDecl* decl, const Body& body) {
   auto function = BeginBehaviour(words);
   CGPushSourceLocation(*function, CGCurrentModule(), gIdents.GetCStr(decl->name), VEXA_ARGV, words.scope,
                        decl->position);
-  ReportNotSupported(reason, *function);
+  cg::ReportAtRunTime(reason, *function);
   GenReturn(decl->is<T3TestStep>() ? LUMO_TEST_STEP_UNSUCCESSFUL_C : "", *function);
   function->end();
 }
@@ -344,7 +374,7 @@ void CGControlPart(T3ControlPart* decl) {
   }
   ResetLocations(decl);
   auto function = BeginControlPart(CGCurrentModule(), decl->position);
-  ReportNotSupported(reason, *function);
+  cg::ReportAtRunTime(reason, *function);
   CGPopSourceLocation(*function);
   function->end();
 }

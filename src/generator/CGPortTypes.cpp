@@ -1,6 +1,7 @@
 #include "generator/CGPortTypes.h"
 
 #include "driver/T3Error.h"
+#include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
@@ -98,28 +99,53 @@ void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
   });
 }
 
-// Runs at each creation of a component, on the value of its record type.
-void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
-  const std::string value = VEXA_COMPONENT_POSTPROCESS_ARG_NAME;
-  auto function = gT3Context.file().beginFunction(
-      LUMO_VALUE_T, VEXAComponentPostProcessFuncName(decl),
-      {FormalPar(LUMO_VALUE_T, value), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)}, "", false);
-  CGPushSourceLocation(*function, CGCurrentModule(), std::string(gIdents.GetCStr(decl->name)) + " def",
-                       C_NULL, LUMO_SCOPE_UNDEFINED_C, decl->position);
+// The values of a component's members, in the fields of its record. From anywhere else they are reached by
+// name.
+void GenMembers(T3ComponentType* component, CFunction& function) {
   std::vector<T3Tree_Node*> located;
   int index = 0;
   gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
     const std::string place =
-        getSignature("", LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index++), VEXA_CONTEXT});
+        getSignature("", LUMO_VALUE_FIELD_BY_INDEX,
+                     {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index++), VEXA_CONTEXT});
     if (!member->is<_T3InstanceValueDecl>()) return;
-    CGComponentValue(member, place, *function);
+    CGComponentValue(member, place, function);
     located.push_back(member);
   });
-  // From anywhere else they are reached by name.
   for (T3Tree_Node* member : located) ResetLocation(member);
-  CGPopSourceLocation(*function);
-  function->_return(value);
-  function->end();
+}
+
+std::unique_ptr<CFunction> BeginPostProcessFunction(T3TypeDecl* decl) {
+  auto function = gT3Context.file().beginFunction(
+      LUMO_VALUE_T, VEXAComponentPostProcessFuncName(decl),
+      {FormalPar(LUMO_VALUE_T, VEXA_COMPONENT_POSTPROCESS_ARG_NAME), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
+      "", false);
+  CGPushSourceLocation(*function, CGCurrentModule(), std::string(gIdents.GetCStr(decl->name)) + " def",
+                       C_NULL, LUMO_SCOPE_UNDEFINED_C, decl->position);
+  return function;
+}
+
+void EndPostProcessFunction(CFunction& function) {
+  CGPopSourceLocation(function);
+  function._return(VEXA_COMPONENT_POSTPROCESS_ARG_NAME);
+  function.end();
+}
+
+// Runs at each creation of a component, on the value of its record type.
+void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
+  std::string reason;
+  try {
+    const CGStatementScope scope;
+    auto function = BeginPostProcessFunction(decl);
+    GenMembers(component, *function);
+    return EndPostProcessFunction(*function);
+  } catch (const cg::not_supported& fault) {
+    reason = fault.reason();
+  }
+  gT3AST.ForallT3Tree(component->decls, [](T3Tree_Node* member) { ResetLocation(member); });
+  auto function = BeginPostProcessFunction(decl);
+  cg::ReportAtRunTime(reason, *function);
+  EndPostProcessFunction(*function);
 }
 
 void WriteSignatureRow(CArray& array, T3Tree_Node* node) {

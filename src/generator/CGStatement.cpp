@@ -113,21 +113,45 @@ void AddEmptyStatementLabel(const std::string& label, CFunction& function) {
   function.addText(";");
 }
 
-// The condition is evaluated before the loop and again at the end of each round, into the same variables: the
-// same of them are free at both places.
-void EvaluateAgain(T3Tree_Node* condition, const std::string& first, CFunction& function) {
-  if (Condition(condition, function) != first)
-    internal_error_ast("CGStatement", __LINE__, "EvaluateAgain", condition);
+// True for a condition that comes to the same text whenever it is generated: an array of arguments is another
+// one each time.
+bool HasOneText(T3Tree_Node* condition) {
+  bool has = true;
+  gT3AST.TraverseT3TreeTD(condition, [&has](T3Tree_Node* node) {
+    has = has && !node->is<T3Parameterization>() && !node->is<T3Match>() && !node->is<T3ValueOf>() &&
+          !node->is<T3TemplateDef>();
+  });
+  return has;
+}
+
+// The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
+// variables, since the same ones are free at both places; one that cannot is evaluated at the head of each
+// round.
+std::string BeginRounds(T3Tree_Node* condition, CFunction& function) {
+  if (HasOneText(condition)) {
+    std::string text = Condition(condition, function);
+    function.beginWhile(text);
+    return text;
+  }
+  function.beginWhile(C_TRUE);
+  function.beginIf(std::string(C_NOT) + "(" + Condition(condition, function) + ")");
+  function.addBreak();
+  function.endIf();
+  return "";
+}
+
+void EndRounds(T3Tree_Node* condition, const std::string& text, CFunction& function) {
+  if (!text.empty() && Condition(condition, function) != text)
+    internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
+  function.endWhile();
 }
 
 void CGWhile(T3WhileStmt* loop, CFunction& function) {
-  const std::string condition = Condition(loop->condition, function);
-  function.beginWhile(condition);
+  const std::string condition = BeginRounds(loop->condition, function);
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
-  EvaluateAgain(loop->condition, condition, function);
-  function.endWhile();
+  EndRounds(loop->condition, condition, function);
   AddEmptyStatementLabel(labels.leave, function);
 }
 
@@ -143,15 +167,13 @@ void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
 void CGFor(T3ForStmt* loop, CFunction& function) {
   BeginMemoryScope(loop, function);
   CGStatement(loop->init, function);
-  const std::string condition = Condition(loop->condition, function);
   function.addText("\n");
-  function.beginWhile(condition);
+  const std::string condition = BeginRounds(loop->condition, function);
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
   CGStatement(loop->step, function);
-  EvaluateAgain(loop->condition, condition, function);
-  function.endWhile();
+  EndRounds(loop->condition, condition, function);
   AddEmptyStatementLabel(labels.leave, function);
   const std::string scope = loop->cold().temp_memory_scope;
   LeaveMemoryScope(scope.c_str(), loop->init, function);

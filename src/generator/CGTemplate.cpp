@@ -126,13 +126,6 @@ std::vector<std::string> Parameters(const std::vector<std::string>& behind) {
   return parameters;
 }
 
-void ReportAtRunTime(const std::string& text, CFunction& function) {
-  function.call(LUMO_REPORT_ERROR, {C_NULL,
-                                    cg::Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
-                                             {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}),
-                                    VEXA_CONTEXT});
-}
-
 // One function of a template. Where no code is generated for its body, it reports that when it is called, and
 // returns `otherwise`.
 template <class Body>
@@ -150,7 +143,7 @@ void TemplateFunction(T3TemplateDef* definition, const char* result, const std::
     reason = fault.reason();
   }
   auto function = gT3Context.file().beginFunction(result, name, Parameters(parameters), "", false);
-  ReportAtRunTime(reason, *function);
+  cg::ReportAtRunTime(reason, *function);
   function->_return(otherwise);
   function->end();
 }
@@ -182,7 +175,7 @@ void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mo
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, LUMO_ILLEGAL_VALUE_C,
                    [&](CFunction& function) {
                      if (IsAmbiguous(definition->constraint)) {
-                       ReportAtRunTime("attempting to turn ambiguous template into value", function);
+                       cg::ReportAtRunTime("attempting to turn ambiguous template into value", function);
                        function._return(LUMO_ILLEGAL_VALUE_C);
                        return;
                      }
@@ -213,7 +206,8 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
       function._return(
           cg::Call(LUMO_SIZE_OF, {cg::InRTS(constraint, vexa_temp_alloc, function), VEXA_CONTEXT}));
     } else {
-      ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint), function);
+      cg::ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint),
+                          function);
       function._return("0");
     }
   });

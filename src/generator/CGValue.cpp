@@ -194,6 +194,8 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
 void CGComponentValue(T3Tree_Node* node, const std::string& location, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
   const bool is_timer = IsTimerDeclaration(decl);
+  // The record has values only.
+  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable) cg::NotSupported(node);
   SetRTSLocation(decl, location);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
   Register(location, true, function);
