@@ -12,6 +12,7 @@
 #include "generator/CGModule.h"
 #include "generator/CGPortTypes.h"
 #include "generator/CGStatement.h"
+#include "generator/CGTemplate.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
 #include "generator/CGValue.h"
@@ -201,7 +202,8 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   CallComponentControl(function);
   function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
   for (T3Tree_Node* local = decl->decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next)
-    CGLocalValue(local, function);
+    local->is<T3TemplateDecl>() ? CGLocalTemplate(local->as<T3TemplateDecl>(), function)
+                                : CGLocalValue(local, function);
   auto* alt = decl->body->try_as<T3AltStmt>();
   if (alt == nullptr) cg::NotSupported(decl->body);
   const std::string success = function.getTmpVariable(C_BOOL);

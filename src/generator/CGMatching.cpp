@@ -107,9 +107,11 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
       actuals == nullptr ? std::string(C_NULL)
                          : CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
   const std::string instance =
-      Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
-           {VEXATemplateRef(decl), AllocationMode(allocation), array,
-            std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
+      HasRTSLocation(origin)
+          ? RTSLocation(origin)
+          : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
+                 {VEXATemplateRef(decl), AllocationMode(allocation), array,
+                  std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
   StoreRTSLocation(node, IsTemplateMode()
                              ? instance
                              : Call(LUMO_VALUEOF, {instance, AllocationMode(allocation), VEXA_CONTEXT}));

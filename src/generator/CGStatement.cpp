@@ -519,7 +519,8 @@ void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
     case T3Kind::T3DeclStmt:
       for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
            decl = decl->as<_T3Decl>()->next)
-        decl->is<T3TemplateDecl>() ? CGTemplate(decl) : CGLocalValue(decl, function);
+        decl->is<T3TemplateDecl>() ? CGLocalTemplate(decl->as<T3TemplateDecl>(), function)
+                                   : CGLocalValue(decl, function);
       break;
     case T3Kind::T3InvocationStmt:
       return CGInvocation(statement->as<T3InvocationStmt>()->invocation, function);

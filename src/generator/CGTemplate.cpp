@@ -245,6 +245,8 @@ void CGTemplateWorker(T3TemplateDecl* decl) {
 
 bool IsLocal(T3Tree_Node* def) {
   if (T3Is<_T3FormalPar>(def)) return true;
+  // A template of a block that has its value where it is declared.
+  if (T3Is<T3TemplateDecl>(def)) return HasRTSLocation(def);
   return (T3Is<T3VarDecl>(def) || T3Is<T3ConstDecl>(def)) && def->as<_T3DeclList>()->attr().vexa_place > 2;
 }
 
@@ -295,12 +297,16 @@ T3Tree_Node* FormalFor(T3Tree_Node* reference, size_t index, T3Tree_Node* next) 
   return formal;
 }
 
-std::string Explicified(T3TemplateDef* definition, CFunction& function) {
+// `keeps`: the template outlives the statement, so that it needs values of its own.
+std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& function) {
   const std::vector<T3Tree_Node*> references = LocalReferences(definition->constraint);
   std::vector<std::string> arguments;
   for (T3Tree_Node* reference : references) {
     const cg::TemplateMode mode;
-    arguments.push_back(cg::InRTS(reference, vexa_temp_alloc, function));
+    std::string argument = cg::InRTS(reference, vexa_temp_alloc, function);
+    if (keeps && !cg::HoldsTemplate(reference))
+      argument = cg::Call(LUMO_VALUE_COPY, {argument, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+    arguments.push_back(argument);
   }
   T3Tree_Node* formals = _sgT3NoFormalPar();
   for (size_t i = references.size(); i > 0; --i) formals = FormalFor(references[i - 1], i - 1, formals);
@@ -341,6 +347,36 @@ void CGTemplate(T3Tree_Node* node) {
                       "&(" + VEXATemplateTypeStructName(decl) + ")"});
 }
 
+namespace {
+// True for a template with parameters that also needs what is local where it stands.
+bool NeedsMoreThanParameters(T3TemplateDecl* decl, T3TemplateDef* definition) {
+  for (T3Tree_Node* reference : LocalReferences(definition->constraint)) {
+    T3Tree_Node* def = reference->is<T3Identifier>() ? Def(reference) : nullptr;
+    bool own = false;
+    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
+         formal = formal->as<_T3FormalPar>()->next)
+      own = own || formal == def;
+    if (!own && !IsFunctionCall(reference)) return true;
+  }
+  return false;
+}
+}  // namespace
+
+void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
+  T3TemplateDef* definition = DefinitionOf(decl);
+  if (decl->fpl->is<_T3FormalPar>()) {
+    if (NeedsMoreThanParameters(decl, definition)) cg::NotSupported(decl);
+    return CGTemplate(decl);
+  }
+  const std::string location =
+      function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
+  {
+    const CGStatementScope scope(function);
+    function.assign(location, Explicified(definition, true, function));
+  }
+  SetRTSLocation(decl, location);
+}
+
 void CGTemplateImport(T3Tree_Node* node) {
   auto* import = node->as<T3ImportTemplateDecl>();
   T3Tree_Node* origin = import->attr().def_aux;
@@ -367,14 +403,14 @@ std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t, CFunction
   T3Tree_Node* constraint = definition != nullptr ? definition->constraint : node;
   if (definition != nullptr && !definition->modifies->is<T3NoTemplateReference>()) {
     if (AwaitsMerge(definition)) cg::NotSupported(definition);
-    return Explicified(definition, function);
+    return Explicified(definition, false, function);
   }
   const bool is_signature = cg::TypeOf(constraint)->is<T3SignatureType>();
   const bool has_mechanism = constraint->is<_T3MatchingExpression>() ||
                              constraint->is<ExtraMatchingExpressions>() ||
                              (constraint->is<T3CompoundValue>() && cg::HoldsTemplate(constraint)) ||
                              (constraint->is<T3CompoundValue>() && is_signature);
-  if (definition != nullptr && has_mechanism) return Explicified(definition, function);
+  if (definition != nullptr && has_mechanism) return Explicified(definition, false, function);
   if (cg::HoldsTemplate(constraint)) {
     const cg::TemplateMode mode;
     return cg::InRTS(constraint, vexa_temp_alloc, function);

@@ -9,8 +9,10 @@
 #include "frontend/T3Tree.h"
 #include "generator/LUMOS.h"
 
-/// A T3TemplateDecl of the module or of a block.
+/// A T3TemplateDecl of the module.
 void CGTemplate(T3Tree_Node* decl);
+/// One of a block, where its statement stands: without parameters it is made there, of what is local there.
+void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function);
 /// A T3ImportTemplateDecl.
 void CGTemplateImport(T3Tree_Node* decl);
 
