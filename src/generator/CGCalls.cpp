@@ -121,6 +121,24 @@ std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* 
   return CGActualParameterList1(actuals, formals, false, false, function);
 }
 
+void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
+  for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next) {
+    auto* typed = formal->try_as<_T3TypedFormal>();
+    T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
+    if (!T3Is<T3TemplateDef>(value) && (!T3Is<_T3Expression>(value) || value->is<T3NoExpression>())) continue;
+    const std::string slot = Slot(VEXA_ARGV, static_cast<unsigned>(typed->attr().vexa_index));
+    function.beginIf(slot + " == " + LUMO_VALUE_DEFAULT_C);
+    {
+      const CGStatementScope scope(function);
+      const std::string location = formal->is<T3FormalTemplatePar>()
+                                       ? CGInlinedTemplate(value, vexa_template_plain, function)
+                                       : cg::InRTS(value, vexa_temp_alloc, function);
+      function.assign(slot, cg::Call(LUMO_VALUE_COPY, {location, LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
+    }
+    function.endIf();
+  }
+}
+
 void CGFunctionCall(T3Parameterization* call, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   auto* behaviour = Behind(decl)->as<_T3FunctionDecl>();

@@ -19,5 +19,9 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
 /// The same with copies of the values, for a test case.
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function);
 
+/// The values of the parameters that a caller has left to their defaults, where there are any: at the head of
+/// what is called.
+void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function);
+
 /// The statements of a call of a function; its result is the location of the node.
 void CGFunctionCall(T3Parameterization* call, CFunction& function);

@@ -56,24 +56,6 @@ std::string Slot(int index) {
   return std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]";
 }
 
-// A parameter that the caller has left to its default.
-void GenDefaultFormalPar(T3Tree_Node* formal, CFunction& function) {
-  auto* typed = formal->try_as<_T3TypedFormal>();
-  if (typed == nullptr || !T3Is<_T3Expression>(typed->default_value) ||
-      typed->default_value->is<T3NoExpression>())
-    return;
-  if (formal->is<T3FormalTemplatePar>()) cg::NotSupported(formal);
-  const std::string slot = Slot(typed->attr().vexa_index);
-  function.beginIf(slot + " == " + LUMO_VALUE_DEFAULT_C);
-  {
-    const CGStatementScope scope(function);
-    function.assign(slot,
-                    cg::Call(LUMO_VALUE_COPY, {cg::InRTS(typed->default_value, vexa_temp_alloc, function),
-                                               LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
-  }
-  function.endIf();
-}
-
 T3Tree_Node* RootOf(T3Tree_Node* expression) {
   while (expression->is<_T3Qualification>()) expression = expression->as<_T3Qualification>()->base;
   return expression;
@@ -138,8 +120,7 @@ void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
 
 // Defaults of the parameters, and where execution stands.
 void BeginBody(_T3FunctionDecl* decl, const BehaviourWords& words, CFunction& function) {
-  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next)
-    GenDefaultFormalPar(formal, function);
+  GenDefaultFormalPars(decl->fpl, function);
   CopyChangedParameters(decl, function);
   CGPushSourceLocation(function, CGCurrentModule(), gIdents.GetCStr(decl->name), VEXA_ARGV, words.scope,
                        decl->position);

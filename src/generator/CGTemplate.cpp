@@ -129,13 +129,15 @@ std::vector<std::string> Parameters(const std::vector<std::string>& behind) {
 // One function of a template. Where no code is generated for its body, it reports that when it is called, and
 // returns `otherwise`.
 template <class Body>
-void TemplateFunction(T3TemplateDef* definition, const char* result, const std::string& name,
-                      const std::vector<std::string>& parameters, const char* otherwise, const Body& body) {
+void TemplateFunction(T3TemplateDecl* decl, T3TemplateDef* definition, const char* result,
+                      const std::string& name, const std::vector<std::string>& parameters,
+                      const char* otherwise, const Body& body) {
   std::string reason;
   try {
     const CGStatementScope scope;
     ResetLocations(definition);
     auto function = gT3Context.file().beginFunction(result, name, Parameters(parameters), "", false);
+    GenDefaultFormalPars(decl->fpl, *function);
     body(*function);
     function->end();
     return;
@@ -150,7 +152,7 @@ void TemplateFunction(T3TemplateDef* definition, const char* result, const std::
 
 void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
   TemplateFunction(
-      definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)}, C_FALSE,
+      decl, definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)}, C_FALSE,
       [&](CFunction& function) {
         const cg::ValueMode value_mode;
         const std::string result = function.declare(C_BOOL, "", C_TRUE);
@@ -171,7 +173,7 @@ bool IsAmbiguous(T3Tree_Node* node) {
 }
 
 void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
-  TemplateFunction(definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
+  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, LUMO_ILLEGAL_VALUE_C,
                    [&](CFunction& function) {
                      if (IsAmbiguous(definition->constraint)) {
@@ -197,24 +199,25 @@ int CountOf(T3Tree_Node* constraint) {
 }
 
 void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(definition, C_UNSIGNED_LONG, VEXASizeOfName(decl), {}, "0", [&](CFunction& function) {
-    const cg::ValueMode value_mode;
-    T3Tree_Node* constraint = definition->constraint;
-    if (const int count = CountOf(constraint); count >= 0) {
-      function._return(std::to_string(count));
-    } else if (!IsAmbiguous(constraint)) {
-      function._return(
-          cg::Call(LUMO_SIZE_OF, {cg::InRTS(constraint, vexa_temp_alloc, function), VEXA_CONTEXT}));
-    } else {
-      cg::ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint),
-                          function);
-      function._return("0");
-    }
-  });
+  TemplateFunction(
+      decl, definition, C_UNSIGNED_LONG, VEXASizeOfName(decl), {}, "0", [&](CFunction& function) {
+        const cg::ValueMode value_mode;
+        T3Tree_Node* constraint = definition->constraint;
+        if (const int count = CountOf(constraint); count >= 0) {
+          function._return(std::to_string(count));
+        } else if (!IsAmbiguous(constraint)) {
+          function._return(
+              cg::Call(LUMO_SIZE_OF, {cg::InRTS(constraint, vexa_temp_alloc, function), VEXA_CONTEXT}));
+        } else {
+          cg::ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint),
+                              function);
+          function._return("0");
+        }
+      });
 }
 
 void CGConstraintOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(definition, LUMO_VALUE_T, VEXAConstraintOfName(decl),
+  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAConstraintOfName(decl),
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, LUMO_ILLEGAL_VALUE_C,
                    [&](CFunction& function) {
                      const cg::TemplateMode mode;
