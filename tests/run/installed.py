@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """Installs a build into an empty prefix and builds and runs the examples from there.
 
-    installed.py --build FOLDER --examples FOLDER --out FOLDER [--sanitize LIST] [--cmake PROGRAM] [--no-verdicts]
+    installed.py --build FOLDER --examples FOLDER --out FOLDER [--sanitize LIST] [--cmake PROGRAM]
 
 Nothing else can be reached through PATH but the installed programs, make, a shell, rm and the C and C++
 compilers with the programs that they call themselves. The examples are run by the compiler's own name, found
-through PATH, and by a relative path to it. With --no-verdicts it is enough that all modules of an example run
-to their end.
+through PATH, and by a relative path to it.
 """
 
 import argparse
@@ -75,7 +74,7 @@ def build_and_run(suite, program, prefix, folder, environment, options):
             folder, environment)
         check_life_cycle(source.stem, output, folder)
     verdicts = FINISHED.findall(output)
-    if options.verdicts and verdicts != suite.verdicts:
+    if verdicts != suite.verdicts:
         sys.exit(f"{folder}: expected {suite.verdicts}\nfound {verdicts}\n{output[-4000:]}")
     return len(suite.sources)
 
@@ -87,7 +86,6 @@ def main():
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="")
     parser.add_argument("--cmake", default="cmake")
-    parser.add_argument("--no-verdicts", dest="verdicts", action="store_false")
     options = parser.parse_args()
     options.out = options.out.resolve()
     shutil.rmtree(options.out, ignore_errors=True)
