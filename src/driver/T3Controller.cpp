@@ -7,6 +7,7 @@
 #include <new>
 
 #include "analysis/T3Stages.h"
+#include "asn1/front/AsnFault.h"
 #include "asn1/integration/T3Representation.h"
 #include "build/T3GenMakefile.h"
 #include "driver/Errors.h"
@@ -87,6 +88,9 @@ struct Arguments {
 int StagesUnderHandlers(int argc, const char** argv) {
   try {
     return Stages(argc, argv);
+  } catch (const asn1::AsnExit& ends) {
+    CloseT3Representation();
+    return ends.status;
   } catch (const MaximumErrorsExceeded&) {
     gErrors.Message("Maximum number of errors reached, breaking", kError, NoPosition);
     return kExitErrorLimit;

@@ -4,10 +4,10 @@
 #include <iterator>
 #include <filesystem>
 
+#include "asn1/integration/T3Mesk.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "driver/T3CommandLine.h"
 #include "frontend/T3Tree.h"
-#include "support/rFsearch.h"
 
 namespace {
 struct Edition {
@@ -25,7 +25,6 @@ constexpr std::string_view kAsn1Editions[] = {"\"ASN.1:1988\"", "\"ASN.1:1994\""
                                               "\"ASN.1:2002\""};
 
 constexpr const char* kNotSupported = "External compilation is not supported";
-constexpr std::string_view kSourceEnding = ".asn";
 
 T3ModuleSteps module_steps{};
 
@@ -48,7 +47,9 @@ void BeginT3Representation(const T3ModuleSteps& steps) {
   gT3ASN2C = gT3AST.mT3ASN2C(NoPosition);
 }
 
-void CloseT3Representation() {}
+void CloseT3Representation() {
+  mesk_RemoveOptionFiles();
+}
 
 bool T3Module_analyze(T3Tree_Node* module) {
   if (T3Is<T3TTCN_3>(Representation(module)) || T3Is<T3ASN_1>(Representation(module)))
@@ -58,33 +59,24 @@ bool T3Module_analyze(T3Tree_Node* module) {
 }
 
 bool T3Module_generate(T3Tree_Node* module) {
+  if (T3Is<T3ASN_1>(Representation(module)))
+    return mesk_T3Module_generate(module) && module_steps.generate(module);
   if (T3Is<T3TTCN_3>(Representation(module))) return module_steps.generate(module);
   vexa_error(kNotSupported, NoPosition);
   return false;
 }
 
 bool ParseASN1(const char*, tIdent file) {
-  vexa_error(std::string(kNotSupported) + ": \"" + gIdents.GetCStr(file) + '"', NoPosition);
-  return false;
+  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Invoking external components");
+  // The tools read the file that was named: they know its encodings themselves.
+  T3Tree_Node* module = nullptr;
+  return mesk_T3Module_read(gIdents.GetCStr(file), module);
 }
-
-namespace {
-// The syntax file of an ASN.1 source in a directory.
-std::string stxFileName(const std::string& directory, tIdent source) {
-  std::string name = rBaseName(gIdents.GetString(source));
-  const size_t ending = name.rfind(kSourceEnding);
-  if (ending != std::string::npos)
-    name.replace(ending, kSourceEnding.size(), ".stx");
-  else
-    name += ".stx";
-  return directory + DirectorySeparator() + name;
-}
-}  // namespace
 
 void mesk_backupSTXFiles(const std::string& directory) {
   for (const file_argument_t& file : gT3CommandLine.files) {
     if (file.language != language_asn1) continue;
-    const std::string syntax_file = stxFileName(directory, file.name);
+    const std::string syntax_file = stxFileName(directory, gIdents.GetCStr(file.name));
     const std::string copy = syntax_file + ".t3a";
     std::error_code fault;
     std::filesystem::copy_file(syntax_file, copy, std::filesystem::copy_options::overwrite_existing, fault);

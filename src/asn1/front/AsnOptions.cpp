@@ -1,0 +1,262 @@
+#include "asn1/front/AsnOptions.h"
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+#include <sstream>
+#include <utility>
+
+namespace asn1 {
+namespace {
+constexpr long kMostInt32 = 0x7fffffff;
+constexpr size_t kLongestModuleName = 128;
+
+enum class Form { Number, Boolean, Text };
+struct OptionRow {
+  const char* name;
+  Form form;
+  long lowest, highest;
+  const char* words;
+};
+constexpr OptionRow kOptions[] = {
+#define OPTION_NUMBER(name, lowest, highest, words) {name, Form::Number, lowest, highest, words},
+#define OPTION_BOOLEAN(name) {name, Form::Boolean, 0, 1, ""},
+#define OPTION_TEXT(name) {name, Form::Text, 0, 0, ""},
+#include "asn1/front/OptionValues.def"
+#undef OPTION_NUMBER
+#undef OPTION_BOOLEAN
+#undef OPTION_TEXT
+};
+
+// The longer letters first: "CL" is no "C" for something that begins with "L".
+constexpr struct {
+  const char* letters;
+  NamingKind kind;
+} kKinds[] = {{"CL", kNamesClasses}, {"VS", kNamesValueSets}, {"OS", kNamesObjectSets}, {"T", kNamesTypes},
+              {"V", kNamesValues},   {"O", kNamesObjects},    {"C", kNamesComponents},  {"F", kNamesFunctions}};
+constexpr struct {
+  const char* word;
+  std::string FixRec::*field;
+} kNamings[] = {{"CONV", &FixRec::conversion},
+                {"PREF", &FixRec::prefix},
+                {"NAME", &FixRec::name},
+                {"SUFF", &FixRec::suffix}};
+
+constexpr struct {
+  const char* word;
+  int feature;
+} kFeatures[] = {{"OLD", 0},
+                 {"REAL", 1},
+                 {"REAL-N", -1},
+                 {"COMMONTIME", 2},
+                 {"DATETIMEZ", -2},
+                 {"EXTERNAL", 3},
+                 {"EXTERNAL-N", -3},
+                 {"SIGNED-CONTROL-MEMBER", 4},
+                 {"UNSIGNED-CONTROL-MEMBER", -4},
+                 {"ANY-FUNCTIONS", 5},
+                 {"NO-ANY-FUNCTIONS", -5}};
+
+std::string Upper(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return result;
+}
+
+std::vector<std::string> Split(std::string_view text, char separator) {
+  std::vector<std::string> parts(1);
+  for (const char c : text) {
+    if (c == separator)
+      parts.emplace_back();
+    else
+      parts.back() += c;
+  }
+  return parts;
+}
+
+// Digits only, without a zero in front of others.
+std::optional<long> NumberIn(std::string_view text, long lowest, long highest) {
+  if (text.empty() || text.size() > 10 || (text.size() > 1 && text[0] == '0')) return std::nullopt;
+  long number = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') return std::nullopt;
+    number = number * 10 + (c - '0');
+  }
+  if (number < lowest || number > highest || number > kMostInt32) return std::nullopt;
+  return number;
+}
+
+std::optional<long> WordIn(const std::string& value, const char* words) {
+  std::istringstream stream(words);
+  std::string word;
+  for (long position = 0; stream >> word; ++position) {
+    const size_t colon = word.find(':');
+    if (word.substr(0, colon) != value) continue;
+    return colon == std::string::npos ? position : std::stol(word.substr(colon + 1));
+  }
+  return std::nullopt;
+}
+
+std::optional<long> ValueOf(const OptionRow& row, const std::string& value) {
+  const std::string upper = Upper(value);
+  if (row.form == Form::Number) {
+    const auto number = NumberIn(upper, row.lowest, row.highest);
+    return number.has_value() ? number : WordIn(upper, row.words);
+  }
+  if (upper == "1" || upper == "YES" || upper == "TRUE") return 1;
+  if (upper == "0" || upper == "NO" || upper == "FALSE") return 0;
+  return std::nullopt;
+}
+
+bool IsNameCharacter(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+}
+
+// Lines that source control systems leave in option files.
+bool isRCSKeyWord(const std::string& text) {
+  return text.size() > 1 && text.front() == '$' && text.back() == '$';
+}
+}  // namespace
+
+std::string optionToUpper(std::string_view option) {
+  const size_t equals = std::min(option.find('='), option.size());
+  return Upper(option.substr(0, equals)) + std::string(option.substr(equals));
+}
+
+std::string convertHyphens(std::string text) {
+  std::replace(text.begin(), text.end(), '-', '_');
+  return text;
+}
+
+std::string convertUnderscores(std::string text) {
+  std::replace(text.begin(), text.end(), '_', '-');
+  return text;
+}
+
+bool validFilePrefix(std::string_view prefix) {
+  return !prefix.empty() && std::all_of(prefix.begin(), prefix.end(), IsNameCharacter);
+}
+
+int AsnOptions::Number(const std::string& name, int otherwise) const {
+  const auto found = numbers_.find(name);
+  return found == numbers_.end() ? otherwise : found->second;
+}
+
+std::string AsnOptions::Text(const std::string& name) const {
+  const auto found = values_.find(name);
+  return found == values_.end() ? std::string() : found->second;
+}
+
+FixRec AsnOptions::getFixRec(NamingKind kind, const std::string& name) const {
+  const auto own = fixes_.find({kind, name});
+  if (own != fixes_.end()) return own->second;
+  const auto global = fixes_.find({kind, std::string()});
+  return global == fixes_.end() ? FixRec{} : global->second;
+}
+
+bool AsnOptions::TakeNaming(const std::string& name, const std::string& value) {
+  for (const auto& kind : kKinds) {
+    const std::string letters = kind.letters;
+    if (name.compare(0, letters.size(), letters) != 0) continue;
+    for (const auto& naming : kNamings) {
+      if (name.substr(letters.size()) != naming.word) continue;
+      const size_t colon = value.find(':');
+      const std::string of = colon == std::string::npos ? std::string() : value.substr(0, colon);
+      const std::string text = colon == std::string::npos ? value : value.substr(colon + 1);
+      if (!std::all_of(text.begin(), text.end(), IsNameCharacter)) return false;
+      if (!std::all_of(of.begin(), of.end(), IsNameCharacter)) return false;
+      FixRec& fix = fixes_[{kind.kind, of}];
+      fix.*naming.field = text;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool AsnOptions::TakeEntry(const std::string& value) {
+  const std::string::size_type colon = value.rfind(':');
+  // The number, or the word for a unit of data, may stand before the name or behind it.
+  std::string name = value;
+  if (colon != std::string::npos) {
+    const std::string left = value.substr(0, colon), right = value.substr(colon + 1);
+    const std::string upper = Upper(right);
+    name = upper == "SDU" || upper == "PDU" ? left : right;
+  }
+  if (name.empty() || !std::isupper(static_cast<unsigned char>(name[0]))) return false;
+  entries_.insert(name);
+  return true;
+}
+
+bool AsnOptions::TakePrefix(const std::string& value) {
+  const std::vector<std::string> parts = Split(value, ':');
+  if (parts.empty() || parts.size() > 3 || parts[0].empty()) return false;
+  if (!std::isalpha(static_cast<unsigned char>(parts[0][0]))) return false;
+  for (const std::string& part : parts)
+    if (!std::all_of(part.begin(), part.end(), IsNameCharacter)) return false;
+  const std::string name = convertHyphens(parts[0].substr(0, kLongestModuleName));
+  const std::string file = parts.size() > 1 && !parts[1].empty() ? parts[1] : parts[0];
+  prefixes_[name] = {file, parts.size() > 2 && !parts[2].empty() ? parts[2] : file};
+  return true;
+}
+
+bool AsnOptions::TakeFeatures(const std::string& value) {
+  for (const std::string& word : Split(value, ',')) {
+    const auto* known = std::find_if(std::begin(kFeatures), std::end(kFeatures),
+                                     [&](const auto& row) { return Upper(word) == row.word; });
+    if (known == std::end(kFeatures)) return false;
+    if (known->feature >= 0)
+      c_generation_.insert(known->feature);
+    else
+      c_generation_.erase(-known->feature);
+  }
+  return true;
+}
+
+bool AsnOptions::TakeOption(const std::string& text) {
+  const std::string option = optionToUpper(text);
+  const size_t equals = option.find('=');
+  const std::string name = option.substr(0, equals);
+  if (equals == std::string::npos)
+    return name == "ALLOW" || name == "ANALYZE" || name == "STRICTSTANDARD" || isRCSKeyWord(text) ||
+           text.compare(0, 2, "//") == 0;
+  const std::string value = option.substr(equals + 1);
+  if (name == "PREFIX") return TakePrefix(value);
+  if (name == "ENTRY") return TakeEntry(value);
+  if (name == "C-GENERATION") return TakeFeatures(value);
+  if (name == "INFO") {
+    info_.push_back(value);
+    return true;
+  }
+  if (name == "BEO" && value.compare(0, 2, "//") == 0) return true;
+  for (const OptionRow& row : kOptions) {
+    if (name != row.name) continue;
+    if (row.form == Form::Text) {
+      values_[name] = value;
+      return true;
+    }
+    const auto number = ValueOf(row, value);
+    if (number.has_value()) numbers_[name] = static_cast<int>(*number);
+    return number.has_value();
+  }
+  return TakeNaming(name, value);
+}
+
+void AsnOptions::Apply(const std::vector<std::string>& names,
+                       const std::function<bool(const std::string&)>& unknown) {
+  bool in_scope = true;
+  for (const std::string& text : texts_) {
+    const std::string option = optionToUpper(text);
+    if (option.compare(0, 12, "BEGIN-SCOPE=") == 0) {
+      const std::vector<std::string> list = Split(option.substr(12), ':');
+      in_scope = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        return std::find(list.begin(), list.end(), name) != list.end();
+      });
+    } else if (option == "END-SCOPE") {
+      in_scope = true;
+    } else if (in_scope && !TakeOption(text)) {
+      unknown(text);
+    }
+  }
+}
+}  // namespace asn1

@@ -1,0 +1,76 @@
+#include "asn1/front/Backend.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "asn1/front/AsnFault.h"
+
+namespace asn1 {
+SyntaxTrees gSyntaxTrees;
+
+namespace {
+AsnCommandLine command_line;
+int verbosity = 0;
+
+[[noreturn]] void usage(const BackendName& name) {
+  for (const char* line : name.usage) std::printf("%s\n", line);
+  throw AsnExit{1};
+}
+
+int VerbosityOf(const AsnCommandLine& line) {
+  int result = 0;
+  for (const std::string& text : line.options) {
+    const std::string option = optionToUpper(text);
+    if (option.compare(0, 8, "VERBOSE=") != 0) continue;
+    const std::string value = option.substr(8);
+    result = value == "1" || value == "2" ? value[0] - '0' : value == "TERSE" ? 1 : value == "VERBOSE" ? 2 : 0;
+  }
+  return result;
+}
+
+void Tell(const char* text) {
+  if (verbosity > 0) std::printf("%s", text);
+}
+
+void Evaluate(ModRec& module, const BackendOption& take) {
+  for (const std::string& option : command_line.options) module.options.Record(option);
+  module.options.Apply({module.file_prefix, module.generation_prefix}, [&](const std::string& text) {
+    if (take(module, text)) return true;
+    std::printf("\nWARNING : Argument ignored: %s\n", text.c_str());
+    return false;
+  });
+}
+}  // namespace
+
+ModRec& firstModule() {
+  if (gSyntaxTrees.all().empty()) fatalError(kInternal, "No module record list.");
+  return *gSyntaxTrees.all().front();
+}
+
+void initBackend(const std::vector<std::string>& words, const BackendName& name, const BackendOption& take) {
+  gSyntaxTrees.clear();
+  command_line = parseCmdLineParams(words);
+  verbosity = VerbosityOf(command_line);
+  Tell("  Parsing command line parameters ...\n");
+  if (command_line.version) {
+    std::printf("%s\n", printVersionStri(std::string(name.name) + " version ", name.version, name.patch, "").c_str());
+    throw AsnExit{0};
+  }
+  if (command_line.file_prefixes.empty()) usage(name);
+  for (const std::string& prefix : command_line.file_prefixes)
+    gSyntaxTrees.findOrCreateModRec(prefix, "").named_by_user = true;
+  Tell("  Reading syntax trees ...\n");
+  gSyntaxTrees.readAllSyntaxTrees(command_line.syntax_directory);
+  Tell("  Parsing command line options ...\n");
+  for (const auto& module : gSyntaxTrees.all())
+    if (module->state == kRead) Evaluate(*module, take);
+}
+
+const AsnCommandLine& backendCommandLine() {
+  return command_line;
+}
+
+int backendVerbosity() {
+  return verbosity;
+}
+}  // namespace asn1

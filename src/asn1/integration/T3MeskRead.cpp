@@ -1,0 +1,166 @@
+// From the ASN.1 files of the command line to modules of the tree.
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/front/Backend.h"
+#include "asn1/integration/T3Mesk.h"
+#include "asn1/integration/T3MeskTranslate.h"
+#include "asn1/integration/T3Representation.h"
+#include "driver/T3CommandLine.h"
+#include "driver/T3Error.h"
+#include "driver/T3Global.h"
+#include "frontend/T3Tree.h"
+#include "support/rFsearch.h"
+#include "support/TemporaryFiles.h"
+#include "support/rSystem.h"
+
+namespace {
+constexpr std::string_view kSourceEnding = ".asn";
+constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-options.txt";
+
+// The option that names the file of prefixes; empty until the tools have run.
+std::string prefix_option_reference;
+std::string generation_option_reference;
+// What the tools exchange goes on every road out.
+std::vector<std::string>& option_files = *new std::vector<std::string>;
+
+std::string OptionFileName(const std::string& directory, const char* ending) {
+  return directory + DirectorySeparator() + "VEXA-ASN-1-" + std::to_string(std::time(nullptr)) + ending;
+}
+
+std::string AsnDirectory() {
+  std::string directory = gT3CommandLine.GetDirectory(language_asn1);
+  if (directory.empty() || directory[0] != DirectorySeparator())
+    directory = gT3CommandLine.project_directory + DirectorySeparator() + directory;
+  return directory;
+}
+
+bool IsOlder(const std::string& source, const std::string& copy) {
+  struct stat of_source {}, of_copy {};
+  if (stat(source.c_str(), &of_source) != 0 || stat(copy.c_str(), &of_copy) != 0) return false;
+  return of_source.st_mtime < of_copy.st_mtime;
+}
+
+bool mesk_skipMESKRun(const std::string& directory) {
+  if (!gT3CommandLine.build_avoidance) return false;
+  for (const std::string& source : mesk::AsnSources()) {
+    const std::string syntax_file = stxFileName(directory, source);
+    const std::string copy = syntax_file + ".t3a";
+    if (!IsOlder(source, copy) || std::rename(copy.c_str(), syntax_file.c_str()) != 0) return false;
+  }
+  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(),
+                       "All MESK syntax files are up-to-date - skipping MESK invocation.");
+  return true;
+}
+
+void RunMkprefil(const std::string& option_file) {
+  std::string command = "mkprefil -OPTION-FILE=\"" + option_file + '"';
+  for (const std::string& option : mesk::SourceDirectoryOptions()) command += ' ' + mesk::ShellQuoted(option);
+  for (const std::string& source : mesk::AsnSources()) command += ' ' + mesk::ShellQuoted(rBaseName(source));
+  command += " -ANALYZE";
+  std::fflush(stdout);
+  if (rSystem(command) == 0) return;
+  vexa_error("ASN.1 compilation failed", NoPosition);
+  mesk_RemoveOptionFiles();
+  rExit(1);
+}
+
+void WriteCompilationOptions() {
+  std::ofstream file(kCompilationOptions, std::ios::app);
+  for (const std::string& option : mesk::SourceDirectoryOptions()) file << option << '\n';
+}
+
+bool RunMesk(const std::string& directory, const std::string& source) {
+  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Invoking ASN.1 compiler");
+  std::vector<std::string> arguments{"mesk",
+                                     mesk::mesk_vexa_verbosity(),
+                                     "-DEFINITION-CATEGORY=STAND-ALONE",
+                                     "-TYP=1",
+                                     "-DEF=1",
+                                     "-TAB=1",
+                                     "-COD=1",
+                                     "-TST=1",
+                                     "-NAMELEN=128",
+                                     "-DEFINITELEN=1",
+                                     "-S=" + directory,
+                                     "-L=" + directory,
+                                     prefix_option_reference,
+                                     "+" + std::string(kCompilationOptions),
+                                     rBaseName(source),
+                                     "-C-GENERATION=REAL"};
+  if (gT3CommandLine.strict) arguments.emplace_back("-STRICTSTANDARD");
+  arguments.emplace_back("-ANALYZE");
+  if (mesk::Binary_invoke(arguments)) return true;
+  vexa_error("Errors found in ASN.1 compilation", NoPosition);
+  return false;
+}
+
+// Once in a run: the tools for all ASN.1 files.
+bool RunTools(const std::string& source) {
+  const std::string directory = AsnDirectory();
+  MakeDir(directory);
+  const std::string prefixes = OptionFileName(directory, "-MESK.txt");
+  mesk::RemoveAtEnd(prefixes);
+  mesk::RemoveAtEnd(kCompilationOptions);
+  RunMkprefil(prefixes);
+  WriteCompilationOptions();
+  prefix_option_reference = "+" + prefixes;
+  const std::string generation = OptionFileName(directory, "-ASN2C.txt");
+  mesk::RemoveAtEnd(generation);
+  generation_option_reference = "+" + generation;
+  return mesk_skipMESKRun(directory) || RunMesk(directory, source);
+}
+
+// The tools' result for all files: a fault told once is not told for each file.
+bool ToolsHaveRun(const std::string& source) {
+  static bool good = false;
+  if (prefix_option_reference.empty()) good = RunTools(source);
+  return good;
+}
+
+void mesk_T3Module_AsnModule_load_1(const std::string& source) {
+  static const asn1::BackendName name{"VEXA-ASN-1", 100, 0, {}};
+  asn1::initBackend(mesk::BackendWords(prefix_option_reference, AsnDirectory(), mesk::vexa_asn_1_filename_prefix(source)),
+                    name, [](asn1::ModRec&, const std::string&) { return true; });
+}
+}  // namespace
+
+std::string stxFileName(const std::string& directory, const std::string& source) {
+  std::string name = rBaseName(source);
+  const size_t ending = name.rfind(kSourceEnding);
+  if (ending != std::string::npos)
+    name.replace(ending, kSourceEnding.size(), ".stx");
+  else
+    name += ".stx";
+  return directory + DirectorySeparator() + name;
+}
+
+std::string& mesk::GenerationOptionReference() {
+  return generation_option_reference;
+}
+
+void mesk::RemoveAtEnd(const std::string& path) {
+  RememberTemporaryFile(path);
+  option_files.push_back(path);
+}
+
+void mesk_RemoveOptionFiles() {
+  for (const std::string& path : option_files) {
+    rDeleteFile(path);
+    ForgetTemporaryFile(path);
+  }
+  option_files.clear();
+}
+
+bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module) {
+  if (!ToolsHaveRun(source)) return false;
+  mesk_T3Module_AsnModule_load_1(source);
+  bool good = false;
+  module = translate_module(asn1::firstModule(), gIdents.MakeIdent(source), good);
+  return good;
+}

@@ -1,0 +1,171 @@
+#include "asn1/integration/T3MeskTranslate.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "asn1/integration/T3MeskNodes.h"
+#include "asn1/integration/T3Representation.h"
+#include "asn1/model/AsnModel.h"
+#include "asn1/model/AsnNames.h"
+#include "driver/T3Error.h"
+#include "driver/T3Global.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Tree.h"
+
+using namespace asn1;  // NOLINT(google-build-using-namespace): the unit speaks of nothing else
+
+namespace {
+constexpr const char* kLanguage = "\"ASN.1:1997\"";
+
+// Declarations in the order in which they are made.
+class DeclList {
+ public:
+  void Add(_T3Decl* decl) {
+    decls_.push_back(decl);
+  }
+  T3Tree_Node* Linked() const {
+    T3Tree_Node* list = _sgT3NoDecl(false);
+    for (auto decl = decls_.rbegin(); decl != decls_.rend(); ++decl) {
+      (*decl)->next = list;
+      list = *decl;
+    }
+    return list;
+  }
+
+ private:
+  std::vector<_T3Decl*> decls_;
+};
+
+T3TypeDecl* TypeDecl(const tPosition& position, const std::string& name, T3Tree_Node* type) {
+  return gT3AST.mT3TypeDecl(position, _sgT3NoDecl(), gIdents.MakeIdent(name), _sgT3NoWith(), type);
+}
+
+T3Tree_Node* Field(const std::string& name, T3Tree_Node* type, bool optional, T3Tree_Node* next) {
+  return gT3AST.mT3FieldType(NoPosition, next, gIdents.MakeIdent(name), type, optional, _sgT3NoExpression());
+}
+
+T3Tree_Node* NullType() {
+  return gT3AST.mT3EnumType(NoPosition,
+                            gT3AST.mT3EnumValue(NoPosition, _sgT3NoEnumValue(), gIdents.MakeIdent("NULL"),
+                                                gT3AST.mT3IntLiteral(NoPosition, gStringM.PutString("0"))));
+}
+
+T3Tree_Node* ExternalEncodingType() {
+  T3Tree_Node* fields = _sgT3NoFieldType();
+  fields = Field("single_ASN1_type", mesk::NamedType("ANY", NoPosition), false, fields);
+  fields = Field("octet_aligned", mesk::NamedType("OCTET_STRING", NoPosition), false, fields);
+  fields = Field("arbitrary", mesk::NamedType("BIT_STRING", NoPosition), false, fields);
+  return gT3AST.mT3UnionType(NoPosition, fields);
+}
+
+T3Tree_Node* ExternalType() {
+  T3Tree_Node* fields = _sgT3NoFieldType();
+  fields = Field("direct_reference", mesk::NamedType("OBJECT_IDENTIFIER", NoPosition), true, fields);
+  fields = Field("indirect_reference", mesk::NamedType("INTEGER", NoPosition), true, fields);
+  fields = Field("data_value_descriptor", mesk::NamedType("ObjectDescriptor", NoPosition), true, fields);
+  fields = Field("encoding", mesk::NamedType("EXTERNAL_expl_encoding", NoPosition), false, fields);
+  return gT3AST.mT3RecordType(NoPosition, fields);
+}
+
+void mesk_T3Module_add_T3Builtin(DeclList& decls) {
+  const auto add = [&](const char* name, T3Tree_Node* type) {
+    decls.Add(TypeDecl(NoPosition, name, mesk::Prepared(type, {})));
+  };
+  add("INTEGER", gT3AST.MakeT3Tree(T3Kind::T3Integer));
+  add("REAL", gT3AST.MakeT3Tree(T3Kind::T3Float));
+  add("BOOLEAN", gT3AST.MakeT3Tree(T3Kind::T3Boolean));
+  add("BIT_STRING", gT3AST.MakeT3Tree(T3Kind::T3BitStringType));
+  add("OCTET_STRING", gT3AST.MakeT3Tree(T3Kind::T3OctetStringType));
+  for (const char* name :
+       {"IA5String", "VisibleString", "PrintableString", "NumericString", "GeneralizedTime", "UTCTime"})
+    add(name, gT3AST.MakeT3Tree(T3Kind::T3CharStringType));
+  add("NULL", NullType());
+  add("ANY", gT3AST.MakeT3Tree(T3Kind::T3AnyType));
+  add("OBJECT_IDENTIFIER", gT3AST.MakeT3Tree(T3Kind::T3ObjectIdentifierType));
+  add("ObjectDescriptor", gT3AST.MakeT3Tree(T3Kind::T3UniversalCharStringType));
+  add("EXTERNAL_expl_encoding", ExternalEncodingType());
+  add("EXTERNAL", ExternalType());
+}
+
+T3Module* NewModule(tIdent name) {
+  auto* module = gT3AST.mT3Module(NoPosition, _sgT3NoModule(), name, gStringM.PutString(kLanguage),
+                                  static_cast<long>(gCurrentFileModificationTime), false, false, false,
+                                  _sgT3NoExpression(), _sgT3NoDecl(), _sgT3NoWith());
+  module->representation = gT3MESK;
+  module->filename = NoIdent;
+  module->cold().external = mesk::External(name, NoIdent);
+  T3Tree_Node** link = &gT3AST.root;
+  while (auto* other = *link == nullptr ? nullptr : (*link)->try_as<T3Module>()) link = &other->next;
+  *link = module;
+  return module;
+}
+
+T3Module* FindOrMakeModule(const ModRec& from) {
+  const tIdent name = gIdents.MakeIdent(getModuleRef(from));
+  T3Tree_Node* found = vexa_find_T3Module(name);
+  // A second file with a module of the name gets a module of its own, which the table of modules refuses.
+  if (found != nullptr && found->as<T3Module>()->filename == NoIdent) return found->as<T3Module>();
+  return NewModule(name);
+}
+
+// What one module imports directly, each once, in the order of the syntax file.
+void translate_import(const ModRec& from, T3Module* module, DeclList& decls) {
+  std::set<std::string> seen;
+  for (const ImportRec& import : from.imports) {
+    if (import.module == nullptr || import.module->state != kRead || !seen.insert(import.name).second) continue;
+    const tIdent name = gIdents.MakeIdent(convertHyphens(import.name));
+    T3Tree_Node* imported = vexa_find_T3Module(name);
+    if (imported == nullptr) imported = NewModule(name);
+    imported->as<T3Module>()->attr().root = module;
+    decls.Add(gT3AST.mT3ImportAllDecl(module->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(),
+                                      gT3AST.mT3ImportIdentifier(module->position, name),
+                                      gT3AST.mT3ImportTerminator(module->position), false, gStringM.PutString(""),
+                                      _sgT3NoImportException(), t3_import_restr_t::All));
+  }
+}
+}  // namespace
+
+T3Tree_Node* vexa_find_T3Module(tIdent name) {
+  for (T3Tree_Node* node = gT3AST.root; T3Is<T3Module>(node); node = node->as<T3Module>()->next) {
+    auto* module = node->as<T3Module>();
+    if (module->name == name && T3ReprToLanguage(module) == language_asn1) return module;
+  }
+  return nullptr;
+}
+
+T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
+  const long errors = mesk::Begin(file);
+  T3Module* module = FindOrMakeModule(from);
+  module->filename = file;
+  module->source_file_modification_time = static_cast<long>(gCurrentFileModificationTime);
+  module->position = tPosition{1, static_cast<uint32_t>(file), 1};
+  module->end_position = module->position;
+  module->attr().in_memory = true;
+  DeclList decls;
+  mesk_T3Module_add_T3Builtin(decls);
+  forEachType(from, [&](const AsnType& type, int) {
+    T3TypeDecl* decl = TypeDecl(mesk::PositionOf(type), MakeASNIdent(getTypeRef(type)), mesk::translate_type(type));
+    decl->cold().mesk_ref_name = gStringM.PutString(getTypeRef(type));
+    decl->cold().is_asn1_type = true;
+    decls.Add(decl);
+  });
+  forEachValue(from, [&](const AsnValue& value, int) {
+    if (T3Tree_Node* decl = mesk::translate_value_decl(value)) decls.Add(decl->as<_T3Decl>());
+  });
+  translate_import(from, module, decls);
+  module->definition_part = decls.Linked();
+  good = mesk::Errors() == errors;
+  return module;
+}
+
+void NameGeneratedTypes(T3Tree_Node* module, ModRec& from) {
+  for (T3Tree_Node* node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node);
+       node = node->as<_T3Decl>()->next) {
+    auto* decl = node->try_as<T3TypeDecl>();
+    if (decl == nullptr) continue;
+    const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));
+    const AsnType type = reference.empty() ? AsnType{} : findTypeById(from, reference);
+    if (type) decl->cold().mesk_ref_name = gStringM.PutString(cTypeId(type));
+  }
+}

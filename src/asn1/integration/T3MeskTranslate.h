@@ -1,0 +1,17 @@
+// ASN.1 modules as modules of the tree: declarations of types, constants and imports.
+#pragma once
+
+#include "asn1/front/SyntaxTree.h"
+#include "support/Idents.h"
+
+struct T3Tree_Node;
+
+/// The module of that name that came from ASN.1, or null.
+T3Tree_Node* vexa_find_T3Module(tIdent name);
+
+/// Fills the tree's module of an ASN.1 module, which is made if there is none, with its declarations. `file` is the
+/// name of the source for positions. Returns the module; false in `good` after a report.
+T3Tree_Node* translate_module(asn1::ModRec& module, tIdent file, bool& good);
+
+/// For each declaration of the module, the name that its ASN.1 type has in generated C, and its check functions.
+void NameGeneratedTypes(T3Tree_Node* module, asn1::ModRec& from);

@@ -1,0 +1,199 @@
+// ASN.1 types as types of TTCN-3.
+#include <vector>
+
+#include "asn1/integration/T3MeskNodes.h"
+#include "asn1/integration/T3Representation.h"
+#include "asn1/model/AsnNames.h"
+#include "analysis/T3Names.h"
+#include "driver/Errors.h"
+#include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Tree.h"
+
+using namespace asn1;  // NOLINT(google-build-using-namespace)
+
+namespace mesk {
+namespace {
+auto& t = gT3AST;
+tIdent source_file = NoIdent;
+
+tPosition At(int line, int column) {
+  tPosition position;
+  position.Line = static_cast<uint32_t>(line);
+  position.Column = static_cast<uint16_t>(column);
+  position.File = static_cast<uint32_t>(source_file);
+  return position;
+}
+
+const char* BuiltinName(MainType type) {
+  switch (type) {
+    case TYP_BOOLEAN:
+      return "BOOLEAN";
+    case TYP_INTEGER:
+      return "INTEGER";
+    case TYP_REAL:
+      return "REAL";
+    case TYP_BITSTR:
+      return "BIT_STRING";
+    case TYP_OCTSTR:
+      return "OCTET_STRING";
+    case TYP_NULL:
+      return "NULL";
+    case TYP_OBJID:
+      return "OBJECT_IDENTIFIER";
+    case TYP_ANY:
+    case TYP_OPEN:
+      return "ANY";
+    case TYP_EXTERNAL:
+      return "EXTERNAL";
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+    case TYP_GENTIME:
+    case TYP_UTCTIME:
+      return getTypeMainTypeStri(type);
+    default:
+      return nullptr;
+  }
+}
+
+Node Unsupported(const AsnType& type, MainType main_type) {
+  const std::string what = getTypeMainTypeStri(main_type);
+  if (isDefinedType(type))
+    vexa_error("ASN.1 translation: type \"" + getTypeRef(type) + "\" not supported " + what, PositionOf(type));
+  else
+    vexa_error("ASN.1 translation: type\"" + cTypeId(type) + "\" not supported " + what, PositionOf(type));
+  return gT3ErrorType;
+}
+
+Node EnumType(const AsnType& type) {
+  std::vector<AsnValue> items;
+  forEachNamedNumber(type, [&](const AsnValue& item, int) { items.push_back(item); });
+  Node list = _sgT3NoEnumValue();
+  for (auto item = items.rbegin(); item != items.rend(); ++item) {
+    const tPosition position = PositionOf(*item);
+    const int64_t number = int64Value(*item);
+    Node value = t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
+    if (number < 0) value = t.mT3UnaryMinus(position, value);
+    list = t.mT3EnumValue(position, list, gIdents.MakeIdent(MakeASNIdent(getValueRef(*item))), value);
+  }
+  return t.mT3EnumType(PositionOf(type), list);
+}
+
+Node translate_default_value(const AsnType& component) {
+  const AsnValue value = forDefaultValue(component);
+  const Node node = value ? translate_value(value) : nullptr;
+  return node != nullptr ? node : _sgT3NoExpression();
+}
+
+Node translate_type_component(const AsnType& component, Node next) {
+  return t.mT3FieldType(PositionOf(component), next, gIdents.MakeIdent(MakeASNIdent(getTypeCompId(component))),
+                        translate_type(component), isOptionalTypeComp(component), translate_default_value(component));
+}
+
+Node Fields(const AsnType& type) {
+  const std::vector<AsnType> components = TypeComps(type);
+  std::vector<Node> fields;
+  // Made in their order, so that messages come in it.
+  for (const AsnType& component : components) fields.push_back(translate_type_component(component, nullptr));
+  Node list = _sgT3NoFieldType();
+  for (auto field = fields.rbegin(); field != fields.rend(); ++field) {
+    (*field)->as<T3FieldType>()->next = list;
+    list = *field;
+  }
+  return list;
+}
+
+// The type of a definition that stands in this module or another one.
+Node DefinedType(const AsnType& from, const AsnType& definition) {
+  const tPosition position = PositionOf(from);
+  const tIdent name = gIdents.MakeIdent(MakeASNIdent(getTypeRef(definition)));
+  if (from.module == definition.module) return t.mT3TypeReference(position, t.mT3Identifier(position, name));
+  Node module = t.mT3Identifier(position, gIdents.MakeIdent(getModuleRef(*definition.module)));
+  return t.mT3TypeReference(position, t.mT3Qualifier(position, module, name));
+}
+
+Node Constructed(const AsnType& type, MainType main_type) {
+  const tPosition position = PositionOf(type);
+  switch (main_type) {
+    case TYP_ENUM:
+      return EnumType(type);
+    case TYP_SEQ:
+      return t.mT3RecordType(position, Fields(type));
+    case TYP_SET:
+      return t.mT3SetType(position, Fields(type));
+    case TYP_CHOICE:
+      return t.mT3UnionType(position, Fields(type));
+    case TYP_SEQOF:
+      return t.mT3RecordOfType(position, translate_type(forTypeElem(type)));
+    case TYP_SETOF:
+      return t.mT3SetOfType(position, translate_type(forTypeElem(type)));
+    default:
+      return nullptr;
+  }
+}
+}  // namespace
+
+long Begin(tIdent file) {
+  source_file = file;
+  return Errors();
+}
+
+long Errors() {
+  return gErrors.ErrorCount();
+}
+
+tPosition PositionOf(const AsnType& type) {
+  return At(type.node().line, type.node().column);
+}
+
+tPosition PositionOf(const AsnValue& value) {
+  return At(value.node().line, value.node().column);
+}
+
+Node External(tIdent module, tIdent type) {
+  auto* external = t.mMESK_External(NoPosition);
+  external->attr().module_identifier = module;
+  external->attr().type_identifier = type;
+  return external;
+}
+
+Node Prepared(Node node, const AsnType& type) {
+  auto* made = node->try_as<_T3Type>();
+  if (made == nullptr || node == gT3ErrorType) return node;
+  made->cold().representation = gT3MESK;
+  made->cold().inlined = true;
+  if (type)
+    made->cold().external = External(gIdents.MakeIdent(type.module->name),
+                                     gIdents.MakeIdent(std::to_string(getUniqueTypeNr(getDefinitionOf(type)))));
+  return node;
+}
+
+Node NamedType(const std::string& name, const tPosition& position) {
+  return t.mT3TypeReference(position, t.mT3Identifier(position, gIdents.MakeIdent(name)));
+}
+
+Node translate_type(const AsnType& type) {
+  const MainType main_type = getTypeMainType(type);
+  const tPosition position = PositionOf(type);
+  Node node = nullptr;
+  bool is_subtype = false;  // with or without a constraint
+  if (main_type == TYP_SYNONYM) {
+    node = DefinedType(type, forSynonymType(type));
+    is_subtype = isDefinedType(type);  // a component is just of the type
+  } else if (main_type == TYP_SELECTION) {
+    node = translate_type(forSelectionType(type));
+  } else if (const char* name = BuiltinName(main_type)) {
+    node = NamedType(name, position);
+    is_subtype = true;
+  } else {
+    node = Constructed(type, main_type);
+    if (node == nullptr) return Unsupported(type, main_type);
+  }
+  Prepared(node, type);
+  Node constrained = WithConstraints(type, node);
+  if (constrained == node && is_subtype) constrained = t.mT3SubType(position, node, _sgT3NoExpression());
+  return Prepared(constrained, type);
+}
+}  // namespace mesk

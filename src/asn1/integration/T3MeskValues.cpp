@@ -1,0 +1,216 @@
+// ASN.1 values as expressions of TTCN-3.
+#include <cstdio>
+#include <set>
+#include <vector>
+
+#include "asn1/integration/T3MeskNodes.h"
+#include "asn1/integration/T3MeskTranslate.h"
+#include "asn1/integration/T3Representation.h"
+#include "asn1/model/AsnNames.h"
+#include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Tree.h"
+
+using namespace asn1;  // NOLINT(google-build-using-namespace)
+
+namespace mesk {
+namespace {
+auto& t = gT3AST;
+
+Node IntegerLiteral(const std::string& number, const tPosition& position) {
+  const bool negative = !number.empty() && number[0] == '-';
+  Node literal = t.mT3IntLiteral(position, gStringM.PutString(negative ? number.substr(1) : number));
+  return negative ? t.mT3UnaryMinus(position, literal) : literal;
+}
+
+Node FloatLiteral(std::string number, const tPosition& position) {
+  const bool negative = number[0] == '-';
+  if (negative) number.erase(0, 1);
+  Node literal = t.mT3FloatLiteral(position, gStringM.PutString(number));
+  return negative ? t.mT3UnaryMinus(position, literal) : literal;
+}
+
+// A float literal of TTCN-3 has a point, and digits around it.
+std::string WithPoint(const RealValue& value) {
+  char text[64];
+  if (value.base == 2) {
+    std::snprintf(text, sizeof text, "%f", retRealVal(value));
+    return text;
+  }
+  std::snprintf(text, sizeof text, "%ldE%d", static_cast<long>(value.mantissa), value.exponent);
+  return text;
+}
+
+Node Real(const AsnValue& value, const tPosition& position) {
+  const RealValue real = realValue(value);
+  switch (real.special) {
+    case RealValue::Zero:
+      return FloatLiteral("0.0", position);
+    case RealValue::PlusInfinity:
+      return t.mT3Infinity(position);
+    case RealValue::MinusInfinity:
+      return t.mT3UnaryMinus(position, t.mT3Infinity(position));
+    case RealValue::None:
+      break;
+  }
+  return FloatLiteral(WithPoint(real), position);
+}
+
+tStringRef Quoted(const std::string& text, const char* quote, const char* behind) {
+  return gStringM.PutString(quote + text + quote + behind);
+}
+
+// The characters between double quotes, as the scanner leaves them: one quote for each.
+Node CharString(const AsnValue& value, const tPosition& position) {
+  return t.mT3CharStringLiteral(position, Quoted(ValueText(value), "\"", ""));
+}
+
+// The node of an enumeration's definition, which its items are declared by.
+Node EnumTypeNode(const AsnType& type) {
+  Node module = vexa_find_T3Module(gIdents.MakeIdent(getModuleRef(*type.module)));
+  if (module == nullptr) return nullptr;
+  const tIdent name = gIdents.MakeIdent(MakeASNIdent(getTypeRef(getDefinitionOf(type))));
+  for (Node node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node); node = node->as<_T3Decl>()->next) {
+    auto* decl = node->try_as<T3TypeDecl>();
+    if (decl != nullptr && decl->name == name) return T3Is<T3EnumType>(decl->type) ? decl->type : nullptr;
+  }
+  return nullptr;
+}
+
+Node mesk_T3Enumerated_instance_construct(const AsnType& type, const std::string& item, const tPosition& position) {
+  auto* literal = t.mT3Identifier(position, gIdents.MakeIdent(MakeASNIdent(item)));
+  Node declared = type && isDefinedType(type) ? EnumTypeNode(type) : nullptr;
+  if (declared != nullptr) {
+    literal->cold().representation = gT3MESK;
+    literal->cold().catr_target = declared;
+  }
+  return literal;
+}
+
+Node Compound(const std::vector<std::pair<Node, Node>>& fields, const tPosition& position) {
+  Node list = _sgT3NoFieldValue();
+  for (auto field = fields.rbegin(); field != fields.rend(); ++field)
+    list = t.mT3FieldValue(position, list, field->first, field->second, t3_permutation_kind_t::No);
+  return t.mT3CompoundValue(position, list);
+}
+
+Node FieldName(const std::string& name, const tPosition& position) {
+  return t.mT3FieldName(position, gIdents.MakeIdent(MakeASNIdent(name)), _sgT3NoExpression());
+}
+
+// The components that are written, and the defaults of those that are not.
+Node Structure(const AsnValue& value, const AsnType& type, const tPosition& position) {
+  std::vector<std::pair<Node, Node>> fields;
+  std::set<std::string> written;
+  bool good = true;
+  forEachValueComp(value, [&](const AsnValue& component, int) {
+    const std::string name = getValueRef(component);
+    written.insert(name);
+    Node node = translate_value(component);
+    good = good && node != nullptr;
+    fields.emplace_back(FieldName(name, position), node);
+  });
+  for (const AsnType& component : TypeComps(type)) {
+    const std::string name = getTypeCompId(component);
+    if (written.count(name) != 0) continue;
+    const AsnValue preset = forDefaultValue(component);
+    Node node = preset ? translate_value(preset) : isOptionalTypeComp(component) ? t.mT3Omit(position) : nullptr;
+    if (node != nullptr) fields.emplace_back(FieldName(name, position), node);
+  }
+  return good ? Compound(fields, position) : nullptr;
+}
+
+Node Elements(const AsnValue& value, const tPosition& position) {
+  std::vector<std::pair<Node, Node>> fields;
+  bool good = true;
+  forEachValueComp(value, [&](const AsnValue& element, int) {
+    Node node = translate_value(element);
+    good = good && node != nullptr;
+    fields.emplace_back(_sgT3NoFieldSpec(), node);
+  });
+  return good ? Compound(fields, position) : nullptr;
+}
+
+Node Alternative(const AsnValue& value, const tPosition& position) {
+  std::vector<std::pair<Node, Node>> fields;
+  forEachValueComp(value, [&](const AsnValue& component, int) {
+    if (Node node = translate_value(component))
+      fields.emplace_back(FieldName(getValueRef(component), position), node);
+  });
+  return fields.size() == 1 ? Compound(fields, position) : nullptr;
+}
+
+Node ObjectIdentifier(const AsnValue& value, const tPosition& position) {
+  std::vector<Node> numbers;
+  forEachValueComp(value, [&](const AsnValue& part, int) {
+    numbers.push_back(IntegerLiteral(integerValueStri(part), position));
+  });
+  Node list = _sgT3NoObjIdItem();
+  for (auto number = numbers.rbegin(); number != numbers.rend(); ++number)
+    list = t.mT3ObjIdItem(position, list, *number);
+  return t.mT3ObjectIdentifierLiteral(position, list);
+}
+
+Node Refused(const AsnValue& value, MainType type, const tPosition& position) {
+  vexa_error("ASN.1 translation:  \"" + getValueRef(value) + "\" value of " + getTypeMainTypeStri(type) +
+                 " not supported",
+             position);
+  return nullptr;
+}
+}  // namespace
+
+Node translate_value(const AsnValue& written) {
+  const tPosition position = PositionOf(written);
+  const AsnValue value = skipValues(written);
+  const AsnType governor = getTypeOfValue(value);
+  const AsnType type = governor ? forBaseType(governor) : AsnType{};
+  const MainType main_type = type ? getTypeMainType(type) : getValueMainType(value);
+  switch (main_type) {
+    case TYP_BOOLEAN:
+      return t.mT3BooleanLiteral(position, booleanValue(value));
+    case TYP_INTEGER:
+      return IntegerLiteral(integerValueStri(value), position);
+    case TYP_ENUM:
+      return mesk_T3Enumerated_instance_construct(type, ValueText(value), position);
+    case TYP_REAL:
+      return Real(value, position);
+    case TYP_BITSTR:
+      return t.mT3BitStringLiteral(position, Quoted(ValueText(value), "'", "B"));
+    case TYP_OCTSTR:
+      return t.mT3OctStringLiteral(position, Quoted(ValueText(value), "'", "O"));
+    case TYP_NULL:
+      return mesk_T3Enumerated_instance_construct({}, "NULL", position);
+    case TYP_SEQ:
+    case TYP_SET:
+      return Structure(value, type, position);
+    case TYP_SEQOF:
+    case TYP_SETOF:
+      return Elements(value, position);
+    case TYP_CHOICE:
+      return Alternative(value, position);
+    case TYP_OBJID:
+      return ObjectIdentifier(value, position);
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+    case TYP_GENTIME:
+    case TYP_UTCTIME:
+      return CharString(value, position);
+    case TYP_ANY:
+    case TYP_EXTERNAL:
+    case TYP_OPEN:
+      return Refused(written, main_type, position);
+    default:
+      return nullptr;
+  }
+}
+
+Node translate_value_decl(const AsnValue& value) {
+  const AsnType type = getTypeOfValue(value);
+  Node expression = type ? translate_value(value) : nullptr;
+  if (expression == nullptr) return nullptr;
+  return t.mT3ConstDecl(PositionOf(value), _sgT3NoDecl(), gIdents.MakeIdent(MakeASNIdent(getValueRef(value))),
+                        _sgT3NoWith(), translate_type(type), expression);
+}
+}  // namespace mesk

@@ -1,0 +1,70 @@
+#include "asn1/model/AsnNames.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <string_view>
+
+namespace asn1 {
+namespace {
+constexpr std::string_view kTtcnWords[] = {
+#define TTCN_WORD(word) word,
+#include "asn1/model/TtcnWords.def"
+#undef TTCN_WORD
+};
+
+// "H" keeps hyphens as "_H_" would be ambiguous: they become underscores in any case; "L" and "U" turn all letters.
+std::string Converted(std::string name, const std::string& conversion) {
+  const bool lower = conversion.find_first_of("Ll") != std::string::npos;
+  const bool upper = conversion.find_first_of("Uu") != std::string::npos;
+  if (lower || upper)
+    std::transform(name.begin(), name.end(), name.begin(), [lower](unsigned char c) {
+      return static_cast<char>(lower ? std::tolower(c) : std::toupper(c));
+    });
+  return name;
+}
+
+std::string WithNaming(const AsnType& type, NamingKind kind) {
+  const std::string name = getStri(*type.module, type.node().name);
+  const FixRec fix = type.module->options.getFixRec(kind, name);
+  return convertHyphens(fix.prefix + (fix.name.empty() ? Converted(name, fix.conversion) : fix.name) + fix.suffix);
+}
+}  // namespace
+
+bool ttcn_keyword_pred(const std::string& name) {
+  return std::binary_search(std::begin(kTtcnWords), std::end(kTtcnWords), name);
+}
+
+std::string MakeASNIdent(const std::string& name) {
+  std::string result = convertHyphens(name);
+  if (ttcn_keyword_pred(result)) result += '_';
+  return result;
+}
+
+std::string cTypeId(const AsnType& type) {
+  if (isDefinedType(type)) return WithNaming(type, kNamesTypes);
+  std::string names;
+  int level = 0;
+  bool named = false;
+  for (AsnType at = type; at; at = getFatherOfTypeComp(at)) {
+    const bool definition = isDefinedType(at);
+    std::string name = at.node().name == 0 ? "elem" : WithNaming(at, definition ? kNamesTypes : kNamesComponents);
+    named = named || at.node().name != 0;
+    names = names.empty() ? name : name + "_" + names;
+    if (!definition) ++level;
+  }
+  return named ? std::to_string(level) + "_" + names : "<UNKNOWN_NAMELESS_TYPE>";
+}
+
+std::string getDefTypeId(const AsnType& type) {
+  return cTypeId(isReference(type) && !isDefinedType(type) ? forSynonymType(type) : type);
+}
+
+std::string t3asn_inline_type_id(const AsnType& type) {
+  if (isDefinedType(type)) return getTypeRef(type);
+  const AsnType father = getFatherOfTypeComp(type);
+  if (!father) return "ERROR0_" + getTypeRef(type);
+  const std::string step = type.node().name == 0 ? "agg" : MakeASNIdent(getTypeRef(type));
+  return t3asn_inline_type_id(father) + "_expl_" + step;
+}
+}  // namespace asn1

@@ -1,0 +1,260 @@
+// Types, their components, references and tags.
+#include <algorithm>
+#include <set>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/model/AsnModel.h"
+
+namespace asn1 {
+namespace {
+struct MainTypeRow {
+  int tag;
+  bool constructed;
+  const char* asn1_name;
+};
+// By main type.
+constexpr MainTypeRow typeArr[] = {
+#define MAIN_TYPE(number, name, tag, constructed, asn1_name) {tag, constructed, asn1_name},
+#include "asn1/front/MainTypes.def"
+#undef MAIN_TYPE
+};
+// No chain of references in a sound syntax file is as long as this.
+constexpr int kLongestChain = 10000;
+
+void Visit(ModRec& module, std::set<ModRec*>& seen, const ModuleCall& call, bool is_first) {
+  if (!seen.insert(&module).second) return;
+  for (const ImportRec& import : module.imports)
+    if (import.module != nullptr && import.module->state == kRead) Visit(*import.module, seen, call, false);
+  if (!is_first) call(module);
+}
+
+AsnType TypeAt(ModRec* module, int number) {
+  return number == 0 ? AsnType{} : newAsnType(*module, number);
+}
+}  // namespace
+
+AsnType newAsnType(ModRec& module, int number) {
+  tNode(module, number);  // the number must be good
+  return AsnType{{&module, number}};
+}
+
+std::string getModuleRef(const ModRec& module) {
+  return convertHyphens(module.name);
+}
+
+std::string getModulePrefix(const ModRec& module) {
+  return module.generation_prefix;
+}
+
+void forEachExportingModule(ModRec& module, const ModuleCall& call) {
+  std::set<ModRec*> seen;
+  Visit(module, seen, call, true);
+}
+
+void forEachType(ModRec& module, const TypeCall& call) {
+  int index = 0;
+  for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
+    call(newAsnType(module, number), index++);
+}
+
+std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers) {
+  std::vector<AsnType> result;
+  if (!isStructuredType(type)) return result;
+  for (int number = type.node().first_component; number != 0; number = tNode(*type.module, number).next) {
+    const AsnType component = newAsnType(*type.module, number);
+    if (with_markers || !isTypeExtensionmarker(component)) result.push_back(component);
+  }
+  return result;
+}
+
+void forEachTypeComp(const AsnType& type, const TypeCall& call) {
+  int index = 0;
+  for (const AsnType& component : TypeComps(type, true)) {
+    call(component, index);
+    if (!isTypeExtensionmarker(component)) ++index;
+  }
+}
+
+AsnType forTypeElem(const AsnType& type) {
+  return isListType(type) ? TypeAt(type.module, type.node().first_component) : AsnType{};
+}
+
+MainType getTypeMainType(const AsnType& type) {
+  return static_cast<MainType>(type.node().main_type);
+}
+
+MainType getBaseTypeMainType(const AsnType& type) {
+  return getTypeMainType(forBaseType(type));
+}
+
+const char* getTypeMainTypeStri(MainType type) {
+  return type <= TYP_NONE ? typeArr[type].asn1_name : "?!?";
+}
+
+AsnType forSynonymType(const AsnType& type) {
+  if (getTypeMainType(type) != TYP_SYNONYM) return type;
+  if (type.node().ref_type == 0) fatalError(kInternal, "Unable to find synonym type.");
+  return newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type);
+}
+
+AsnType forBaseType(const AsnType& type) {
+  AsnType result = type;
+  for (int steps = 0; steps < kLongestChain; ++steps) {
+    const MainType main_type = getTypeMainType(result);
+    if (main_type == TYP_SYNONYM)
+      result = forSynonymType(result);
+    else if (main_type == TYP_SELECTION)
+      result = forSelectionType(result);
+    else
+      return result;
+  }
+  fatalError(kInternal, "Unable to find synonym type.");
+}
+
+AsnType forSelectionType(const AsnType& type) {
+  const AsnType choice = forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
+  const std::string& name = getStri(*type.module, type.node().ref_name);
+  for (const AsnType& alternative : TypeComps(choice))
+    if (getStri(*choice.module, alternative.node().name) == name) return alternative;
+  fatalError(kInternal, "Unable to find synonym type.");
+}
+
+std::string getTypeRef(const AsnType& type) {
+  return type.node().name == 0 ? "?!?" : convertHyphens(getStri(*type.module, type.node().name));
+}
+
+std::string getTypeCompId(const AsnType& type) {
+  if (isTypeExtensionmarker(type)) return "extensionmarker";
+  return getTypeRef(type);
+}
+
+int getTypeCompStatus(const AsnType& type) {
+  return type.node().status;
+}
+
+bool isDefinedType(const AsnType& type) {
+  return type.node().status == kDefinition;
+}
+
+bool isSynonymType(const AsnType& type) {
+  return isDefinedType(type) && isReference(type);
+}
+
+bool isReference(const AsnType& type) {
+  return getTypeMainType(type) == TYP_SYNONYM;
+}
+
+bool isStructuredType(const AsnType& type) {
+  const MainType main_type = getTypeMainType(type);
+  return main_type == TYP_SEQ || main_type == TYP_SET || main_type == TYP_CHOICE;
+}
+
+bool isListType(const AsnType& type) {
+  const MainType main_type = getTypeMainType(type);
+  return main_type == TYP_SEQOF || main_type == TYP_SETOF;
+}
+
+bool isLeafType(const AsnType& type) {
+  return !isListType(type) && (!isStructuredType(type) || getNrOfTypeComps(type) == 0) && !isReference(type);
+}
+
+bool isTypeExtensionmarker(const AsnType& type) {
+  return getTypeMainType(type) == TYP_EXTENSION_MARKER;
+}
+
+bool isOptionalTypeComp(const AsnType& type) {
+  return type.node().presence == kOptional;
+}
+
+bool isMandatoryTypeComp(const AsnType& type) {
+  return type.node().presence == kMandatory;
+}
+
+bool isExtensibleEnumeratedList(const AsnType& type) {
+  return getTypeMainType(type) == TYP_ENUM && (type.node().flags2 & kFlag2Extensible) != 0;
+}
+
+bool isExtensionAdditionComponent(const AsnType& type) {
+  return type.node().addition != 0;
+}
+
+int getNrOfTypeComps(const AsnType& type) {
+  return static_cast<int>(TypeComps(type).size());
+}
+
+int getNrOfOptionalTypeComps(const AsnType& type) {
+  const std::vector<AsnType> all = TypeComps(type);
+  return static_cast<int>(
+      std::count_if(all.begin(), all.end(), [](const AsnType& one) { return !isMandatoryTypeComp(one); }));
+}
+
+int getTypeCompNbr(const AsnType& type) {
+  return type.node().component_nbr;
+}
+
+int getUniqueTypeNr(const AsnType& type) {
+  return type.node().unique;
+}
+
+int getTypeDefinitionLine(const AsnType& type) {
+  return type.node().line;
+}
+
+AsnType getFatherOfTypeComp(const AsnType& type) {
+  return TypeAt(type.module, type.node().parent);
+}
+
+AsnType getDefinitionOf(const AsnType& type) {
+  return type.node().definition == 0 ? type : TypeAt(type.module, type.node().definition);
+}
+
+AsnValue forDefaultValue(const AsnType& type) {
+  if (type.node().presence != kDefault || type.node().default_value == 0) return {};
+  return newAsnValue(*type.module, type.node().default_value);
+}
+
+bool isEntryType(const AsnType& type) {
+  if (!isDefinedType(type)) return false;
+  return (type.node().flags & kFlagEntryType) != 0 ||
+         type.module->options.entries().count(getStri(*type.module, type.node().name)) != 0;
+}
+
+AsnType forTypeByUniqueNr(ModRec& module, int unique) {
+  for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
+    if (tNode(module, number).unique == unique) return newAsnType(module, number);
+  return {};
+}
+
+AsnType findTypeById(ModRec& module, const std::string& reference) {
+  for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
+    if (convertHyphens(getStri(module, tNode(module, number).name)) == reference) return newAsnType(module, number);
+  return {};
+}
+
+std::vector<AsnTag> TagsOf(const AsnType& type) {
+  std::vector<AsnTag> tags;
+  bool replaces = false;  // the tag before is implicit: it stands in place of the next one
+  const auto add = [&](TagClass tag_class, int number, bool constructed) {
+    if (replaces)
+      tags.back().constructed = constructed;
+    else
+      tags.push_back({tag_class, number, constructed});
+  };
+  AsnType at = type;
+  for (int steps = 0; steps < kLongestChain; ++steps) {
+    for (int number = at.node().first_tag; number != 0; number = tagRec(*at.module, number).next) {
+      const TagRec& tag = tagRec(*at.module, number);
+      add(static_cast<TagClass>(tag.tag_class), tag.number, true);
+      replaces = tag.is_explicit == 0;
+    }
+    const MainType main_type = getTypeMainType(at);
+    if (main_type == TYP_SYNONYM || main_type == TYP_SELECTION) {
+      at = main_type == TYP_SYNONYM ? forSynonymType(at) : forSelectionType(at);
+      continue;
+    }
+    if (typeArr[main_type].tag > 0) add(kTagUniversal, typeArr[main_type].tag, typeArr[main_type].constructed);
+    return tags;
+  }
+  fatalError(kInternal, "Unable to find synonym type.");
+}
+}  // namespace asn1
