@@ -1,0 +1,169 @@
+// Values and information object classes.
+#include "mesk/Parser.h"
+
+namespace mesk {
+
+using namespace asn1;
+
+ValueAst* Parser::parseValue() {
+  Depth depth(depth_);
+  if (!depth.ok()) fail("values are nested too deeply; expected an end");
+  ValueAst& value = arena_.values.emplace_back();
+  value.token = pos;
+  const Token& token = peek();
+  value.text = token.text;
+  switch (token.kind) {
+    case Tok::kSymbol:
+      if (token.text == "{") {
+        value.kind = ValueAst::kBraces;
+        value.range = skipBraces();
+        return &value;
+      }
+      if (token.text != "-" || (peek(1).kind != Tok::kNumber && peek(1).kind != Tok::kReal)) break;
+      value.negative = true;
+      value.kind = peek(1).kind == Tok::kNumber ? ValueAst::kInteger : ValueAst::kReal;
+      value.text = peek(1).text;
+      pos += 2;
+      return &value;
+    case Tok::kNumber: value.kind = ValueAst::kInteger, ++pos; return &value;
+    case Tok::kReal: value.kind = ValueAst::kReal, ++pos; return &value;
+    case Tok::kCString: value.kind = ValueAst::kCString, ++pos; return &value;
+    case Tok::kBString: value.kind = ValueAst::kBString, ++pos; return &value;
+    case Tok::kHString: value.kind = ValueAst::kHString, ++pos; return &value;
+    case Tok::kLower:
+      if (isSymbol(":", 1)) {
+        value.kind = ValueAst::kChoice;
+        pos += 2;
+        value.inner = parseValue();
+        return &value;
+      }
+      break;
+    case Tok::kUpper: {
+      static constexpr struct { const char* word; ValueAst::Kind kind; } kWords[] = {
+          {"TRUE", ValueAst::kTrue}, {"FALSE", ValueAst::kFalse},
+          {"PLUS-INFINITY", ValueAst::kPlusInfinity}, {"MINUS-INFINITY", ValueAst::kMinusInfinity}};
+      for (const auto& row : kWords) {
+        if (!acceptWord(row.word)) continue;
+        value.kind = row.kind;
+        return &value;
+      }
+      if (token.text == "NULL" && !isSymbol(":", 1)) {
+        value.kind = ValueAst::kNull;
+        ++pos;
+        return &value;
+      }
+      if (isSymbol(".", 1) && peek(2).kind == Tok::kLower) break;
+      value.kind = ValueAst::kTyped;
+      value.type = parseType();
+      expect(":");
+      value.inner = parseValue();
+      return &value;
+    }
+    default: fail("expected a value");
+  }
+  if (token.kind == Tok::kSymbol) fail("expected a value");
+  value.kind = ValueAst::kRef;
+  value.ref = parseReference();
+  if (isFieldAccess()) {
+    ++pos;
+    value.kind = ValueAst::kField;
+    value.fields = parseFieldPath();
+  }
+  return &value;
+}
+
+ClassAst* Parser::parseClass() {
+  ClassAst& cls = arena_.classes.emplace_back();
+  cls.token = pos;
+  expectWord("CLASS");
+  expect("{");
+  do {
+    parseField(cls);
+  } while (accept(","));
+  expect("}");
+  if (acceptWord("WITH")) {
+    expectWord("SYNTAX");
+    cls.has_syntax = true;
+    expect("{");
+    parseSyntax(cls.syntax, "}");
+  }
+  return &cls;
+}
+
+void Parser::parseField(ClassAst& cls) {
+  FieldAst field;
+  field.token = pos;
+  if (peek().kind != Tok::kField) fail("expected a field");
+  field.name = tokens_[pos++].text;
+  for (const FieldAst& other : cls.fields) {
+    if (other.name != field.name) continue;
+    --pos;
+    fail("expected another name for this field");
+  }
+  const bool set = field.name[1] <= 'Z';
+  const bool ends = isSymbol(",") || isSymbol("}") || isWord("OPTIONAL") || isWord("DEFAULT");
+  if (set && ends) {
+    field.kind = kTypeField;
+  } else if (peek().kind == Tok::kField) {
+    field.kind = set ? kVariableValueSetField : kVariableValueField;
+    field.fields = parseFieldPath();
+  } else {
+    field.kind = set ? kFixedValueSetField : kFixedValueField;
+    field.type = parseType();
+  }
+  if (acceptWord("UNIQUE")) field.unique = true;
+  if (acceptWord("OPTIONAL")) {
+    field.optional = true;
+  } else if (acceptWord("DEFAULT")) {
+    field.default_setting.begin = pos;
+    if (isSymbol("{")) {
+      skipBraces();
+    } else if (field.kind == kTypeField) {
+      parseType();
+    } else {
+      parseValue();
+    }
+    field.default_setting.end = pos;
+  }
+  cls.fields.push_back(std::move(field));
+}
+
+/// A closing bracket of a group. Two of them may have been read as one.
+bool Parser::acceptBracket() {
+  if (accept("]")) return true;
+  if (!isSymbol("]]")) return false;
+  if (half_bracket_) ++pos;
+  half_bracket_ = !half_bracket_;
+  return true;
+}
+
+void Parser::parseSyntax(std::vector<SyntaxAst>& syntax, std::string_view close) {
+  Depth depth(depth_);
+  if (!depth.ok()) fail("syntax groups are nested too deeply; expected an end");
+  while (close == "]" ? !acceptBracket() : !accept(close)) {
+    SyntaxAst part;
+    part.token = pos;
+    if (isSymbol("[") || isSymbol("[[")) {
+      // Two brackets may have been read as one.
+      if (accept("[[")) {
+        SyntaxAst inner;
+        inner.token = part.token;
+        parseSyntax(inner.group, "]");
+        part.group.push_back(std::move(inner));
+      } else {
+        ++pos;
+      }
+      parseSyntax(part.group, "]");
+      if (part.group.empty()) fail("expected a word or a field in the group");
+    } else if (peek().kind == Tok::kField) {
+      part.field = tokens_[pos++].text;
+    } else if (peek().kind == Tok::kUpper || isSymbol(",")) {
+      part.word = tokens_[pos++].text;
+    } else {
+      fail("expected a word, a field or a group");
+    }
+    syntax.push_back(std::move(part));
+  }
+}
+
+}  // namespace mesk

@@ -1,0 +1,163 @@
+// Resolves the names of all modules and makes the nodes that are to be written.
+//
+// First the types of all definitions are made, which only looks through references where it must. Whatever needs other
+// types to be there, constraints, defaults, numbers of tags and of named items, waits in a queue until all definitions
+// have been made. Values are made when somebody asks for them.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+
+#include "mesk/Model.h"
+#include "mesk/Parser.h"
+
+namespace mesk {
+
+class Resolver {
+ public:
+  Resolver(std::vector<std::unique_ptr<Module>>& modules, Arena& arena, Reporter& reporter);
+
+  /// Everything; `entries` are the names of entry types.
+  void run(const std::set<std::string>& entries);
+
+  /// The import record of a module in another one, added when it is missing: 1 is the module itself.
+  static int importRecord(Module& module, Module& other);
+
+ private:
+  // Names
+  void declareBuiltins();
+  void linkImports(Module& module);
+  void checkExports(const Module& module);
+  void numberDefinitions(Module& module);
+  Module* findModule(std::string_view name) const;
+  Definition* find(const RefAst& ref, const Context& context, bool report = true);
+  Definition* findIn(Module& module, std::string_view name);
+  DefKind kindOf(Definition& definition);
+  bool namesClass(const TypeAst& type, const Context& context);
+  const Argument* argument(const RefAst& ref, const Context& context) const;
+  const Env* bind(const Definition& definition, const RefAst& ref, const Context& context);
+  TypeAst* typeOfArgument(const Argument& arg);
+  ValueAst* valueOfArgument(const Argument& arg);
+  Parser parserAt(const Context& context, int token);
+
+  // Types
+  TypeNode* typeOf(Definition& definition);
+  TypeNode* newType(const Context& context, int token, TypeNode* parent);
+  TypeNode* makeType(const TypeAst& ast, const Context& context, TypeNode* parent, TypeNode* into = nullptr);
+  void makeReference(const TypeAst& ast, const Context& context, TypeNode& node);
+  void makeStruct(const TypeAst& ast, const Context& context, TypeNode& node);
+  void makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node);
+  void makeSelection(const TypeAst& ast, const Context& context, TypeNode& node);
+  void makeClass(Definition& definition, TypeNode& node);
+  void addTags(const TypeAst& ast, const Context& context, TypeNode& node, bool dummy);
+  void addConstraints(const TypeAst& ast, const Context& context, TypeNode& node);
+  struct Expanded {
+    const ComponentAst* ast;
+    Context context;
+    int addition;
+  };
+  void expand(const TypeAst& ast, const Context& context, std::vector<Expanded>& out, bool roots_only, bool main_list);
+  std::pair<const TypeAst*, Context> structOf(const TypeAst& ast, const Context& context, asn1::MainType main);
+  std::pair<const TypeAst*, Context> lookThrough(const TypeAst& ast, const Context& context);
+  void nameItems(TypeNode& node);
+  void numberEnumeration(TypeNode& node, std::vector<bool>& numbered);
+  /// The type behind references and selections; none where it can't be known.
+  TypeNode* base(TypeNode* type);
+  TypeNode* plainType(asn1::MainType main);
+  TypeNode* importedType(TypeNode* type, const Context& context, int token);
+
+  // Values
+  ValueNode* valueOf(Definition& definition);
+  ValueNode* newValue(const Context& context, int token, TypeNode* type);
+  ValueNode* makeValue(const ValueAst& ast, const Context& context, TypeNode* governor);
+  void fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  bool makeItem(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  ValueNode* makeReferenceValue(const ValueAst& ast, const Context& context, TypeNode* governor);
+  void fillBraces(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  void fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
+  void fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
+  void fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
+  void fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node);
+  void fillRealParts(Parser& parser, int end, const Context& context, ValueNode& node);
+  void fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
+  void fillReal(const ValueAst& ast, const Context& context, ValueNode& node);
+  void fillString(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  bool setCharacters(std::vector<uint32_t> characters, TypeNode& type, ValueNode& node, const Place& place);
+  void mismatch(const ValueAst& ast, const Context& context, const TypeNode& type);
+  std::optional<int64_t> integerOf(const ValueAst& ast, const Context& context, const char* what);
+  const ValueNode* behind(const ValueNode* value);
+  std::optional<int64_t> literal(const ValueAst& ast, const Context& context);
+
+  // Constraints
+  ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner, TypeNode* governor);
+  void fillWithComponents(const ConstraintAst& ast, const Context& context, TypeNode& owner, TypeNode* governor,
+                          ConstraintNode& node);
+  ConstraintNode* fillTable(const ConstraintAst& ast, const Context& context, TypeNode& owner);
+  bool fillPath(const AtPath& path, const Context& context, TypeNode& owner, ConstraintNode& node);
+  void checkRange(const ConstraintAst& ast, const Context& context, const ConstraintNode& node);
+
+  // Objects
+  ClassUse classOf(const TypeAst& type, const Context& context);
+  ClassUse classOf(const RefAst& ref, const Context& context);
+  ClassUse classOf(Definition& definition);
+  const FieldAst* findField(const ClassUse& cls, std::string_view name, const Place& place);
+  TypeNode* fieldNode(const ClassUse& cls, const FieldAst& field);
+  ValueNode* makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls, TypeNode* governor);
+  void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
+  bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
+                  const ClassUse& cls, ValueNode& node, bool optional);
+  void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls, ValueNode& node);
+  ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
+  void addObjectSetElements(Parser& parser, int end, const Context& context, const ClassUse& cls, ValueNode& node);
+  ValueNode* objectSetFor(const RefAst& ref, const Context& context);
+  const ValueNode* objectOf(const RefAst& ref, const Context& context, ClassUse& cls);
+  const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields, const Context& context);
+  TypeNode* classReference(const ClassUse& cls, const Context& context, int token);
+
+  // Checks
+  void settleTags(TypeNode& node);
+  bool needsExplicitTag(TypeNode* type);
+  void checkFinite();
+  bool isFinite(TypeNode& node);
+  void checkDistinctTags(TypeNode& node);
+  struct TagSet;
+  void outermostTags(TypeNode& node, TagSet& set, int depth);
+  void markRecursive();
+
+  Place placeOf(const Context& context, int token) const { return context.module->place(token); }
+  void error(const Context& context, int token, const std::string& text) {
+    reporter_.error(placeOf(context, token), text);
+  }
+
+  std::vector<std::unique_ptr<Module>>& modules_;
+  Arena& arena_;
+  Reporter& reporter_;
+  std::unordered_map<std::string_view, Module*> module_names_;
+  SourceFile builtin_file_;
+  std::vector<Token> builtin_tokens_;
+  std::vector<std::unique_ptr<Module>> builtin_modules_;
+
+  std::deque<Env> envs_;
+  std::deque<TypeNode> types_;
+  std::deque<ValueNode> values_;
+  std::deque<ConstraintNode> constraints_;
+  std::deque<std::function<void()>> later_;
+  std::vector<const TypeAst*> expansions_;  // of COMPONENTS OF
+  std::unordered_map<int, TypeNode*> plain_types_;
+  std::map<std::pair<Module*, TypeNode*>, TypeNode*> imported_types_;
+  std::unordered_map<const TypeNode*, bool> finite_;
+  // What object fields were set to, for those who use it elsewhere.
+  std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;
+  std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;
+  std::unordered_map<const FieldAst*, TypeNode*> field_nodes_;
+  Module* current_ = nullptr;     // whose definitions are being made
+  TypeNode* current_definition_ = nullptr;
+  int depth_ = 0, expansion_steps_ = 0;
+};
+
+/// Text for messages: the name of a main type in ASN.1.
+const char* asn1Name(asn1::MainType main);
+std::string quoted(std::string_view name);
+
+}  // namespace mesk

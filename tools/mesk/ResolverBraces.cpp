@@ -1,0 +1,249 @@
+// Values in braces, read by their type: structures, lists, bits, object identifiers, reals, characters.
+#include <algorithm>
+#include <unordered_map>
+
+#include "mesk/Resolver.h"
+
+namespace mesk {
+
+using namespace asn1;
+
+void Resolver::fillBraces(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
+  Parser parser = parserAt(context, ast.range.begin + 1);
+  const int end = ast.range.end - 1;
+  switch (type.main) {
+    case TYP_SEQ:
+    case TYP_SET: fillStruct(parser, end, context, type, node); break;
+    case TYP_SEQOF:
+    case TYP_SETOF: fillList(parser, end, context, type, node); break;
+    case TYP_BITSTR: fillBits(parser, end, context, type, node); break;
+    case TYP_OBJID: fillIdentifier(parser, end, context, node); break;
+    case TYP_REAL: fillRealParts(parser, end, context, node); break;
+    case TYP_EXTERNAL:
+    case TYP_EMB_PDV:
+    case TYP_CHASTR:
+    case TYP_INSTANCE_OF:
+      error(context, ast.token, std::string("values of ") + asn1Name(type.main) + " are not supported");
+      throw Abandoned();
+    default:
+      if (type.main >= TYP_NUMSTR && type.main <= TYP_UNISTR) {
+        fillCharacters(parser, end, context, type, node);
+        break;
+      }
+      mismatch(ast, context, type);
+  }
+  if (parser.pos != end) parser.fail("expected \",\" or \"}\"");
+}
+
+void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
+  std::unordered_map<std::string_view, size_t> places;
+  for (size_t i = 0; i < type.components.size(); ++i) {
+    if (!type.components[i]->name.empty()) places.emplace(type.components[i]->name, i);
+  }
+  std::vector<bool> given(type.components.size(), false);
+  size_t next = 0;
+  const int begin = parser.pos;
+  while (parser.pos < end) {
+    const int token = parser.pos;
+    size_t index = type.components.size();
+    const Token& word = parser.peek();
+    const bool named = word.kind == Tok::kLower && !parser.isSymbol(",", 1) && !parser.isSymbol("}", 1) &&
+                       !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1);
+    if (named) {
+      const auto found = places.find(word.text);
+      if (found == places.end()) {
+        error(context, token, std::string("the ") + asn1Name(type.main) + " has no component " + quoted(word.text));
+        throw Abandoned();
+      }
+      index = found->second;
+      ++parser.pos;
+    } else {
+      // Old sources have components without names, whose values stand by their order.
+      index = next;
+      while (index < type.components.size() && (type.components[index]->isMarker() || !type.components[index]->name.empty())) {
+        ++index;
+      }
+      if (index == type.components.size()) parser.fail("expected the name of a component");
+    }
+    if (given[index]) {
+      error(context, token, "the component " + quoted(type.components[index]->name) + " has a value already");
+      throw Abandoned();
+    }
+    if (index < next && type.main == TYP_SEQ) {
+      error(context, token, "the component " + quoted(type.components[index]->name) + " is out of order");
+    }
+    given[index] = true;
+    next = index + 1;
+    ValueNode* value = makeValue(*parser.parseValue(), context, type.components[index]);
+    value->name = type.components[index]->name;
+    node.components.push_back(value);
+    if (parser.pos >= end) break;
+    parser.expect(",");
+    if (parser.pos >= end) parser.fail("expected a value");
+  }
+  for (size_t i = 0; i < given.size(); ++i) {
+    const TypeNode& component = *type.components[i];
+    if (given[i] || component.isMarker() || component.presence != kMandatory || component.addition > 0) continue;
+    error(context, begin - 1, "the component " + quoted(component.name) + " has no value");
+  }
+}
+
+void Resolver::fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
+  while (parser.pos < end) {
+    // Elements may have a name in old sources.
+    const bool named = parser.peek().kind == Tok::kLower && parser.pos + 1 < end && !parser.isSymbol(",", 1) &&
+                       !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1) && !parser.isSymbol("{", 1);
+    if (named) ++parser.pos;
+    node.components.push_back(makeValue(*parser.parseValue(), context, type.components.front()));
+    if (parser.pos >= end) break;
+    parser.expect(",");
+    if (parser.pos >= end) parser.fail("expected a value");
+  }
+}
+
+void Resolver::fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
+  nameItems(type);
+  node.has_text = true;
+  while (parser.pos < end) {
+    const Token& word = parser.peek();
+    const auto found = std::find_if(type.named.begin(), type.named.end(),
+                                    [&](const NamedNode& named) { return named.name == word.text; });
+    if (word.kind != Tok::kLower || found == type.named.end()) parser.fail("expected the name of a bit");
+    if (found->number >= static_cast<int64_t>(kMaxStringUnits) - 1) {
+      error(context, parser.pos, "the number of the bit is too large");
+      throw Abandoned();
+    }
+    const auto bit = static_cast<size_t>(std::max<int64_t>(found->number, 0));
+    if (node.text.size() <= bit) node.text.resize(bit + 1, '0');
+    node.text[bit] = '1';
+    ++parser.pos;
+    if (parser.pos >= end) break;
+    parser.expect(",");
+    if (parser.pos >= end) parser.fail("expected the name of a bit");
+  }
+}
+
+void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node) {
+  static const std::unordered_map<std::string_view, int> kRoots = {
+      {"itu-t", 0}, {"ccitt", 0}, {"itu-r", 0}, {"iso", 1}, {"joint-iso-itu-t", 2}, {"joint-iso-ccitt", 2}};
+  static const std::unordered_map<std::string_view, int> kFirst[3] = {
+      {{"recommendation", 0}, {"question", 1}, {"administration", 2}, {"network-operator", 3},
+       {"identified-organization", 4}, {"r-recommendation", 5}},
+      {{"standard", 0}, {"registration-authority", 1}, {"member-body", 2}, {"identified-organization", 3}},
+      {}};
+  if (parser.pos >= end) parser.fail("expected a part of an object identifier");
+  while (parser.pos < end) {
+    const int token = parser.pos;
+    ValueNode* part = newValue(context, token, nullptr);
+    part->main = TYP_INTEGER;
+    const size_t index = node.components.size();
+    const Token& word = parser.peek();
+    if (word.kind == Tok::kNumber) {
+      part->integer = literal(*parser.parseValue(), context).value_or(0);
+    } else if (word.kind == Tok::kLower && parser.isSymbol("(", 1)) {
+      part->name = word.text;
+      parser.pos += 2;
+      part->integer = integerOf(*parser.parseValue(), context, "a part of an object identifier").value_or(0);
+      parser.expect(")");
+    } else if (word.kind == Tok::kLower && index == 0 && kRoots.count(word.text)) {
+      part->name = word.text;
+      part->integer = kRoots.at(word.text);
+      ++parser.pos;
+    } else if (word.kind == Tok::kLower && index == 1 && node.components[0]->main == TYP_INTEGER &&
+               node.components[0]->integer >= 0 && node.components[0]->integer <= 2 &&
+               kFirst[node.components[0]->integer].count(word.text)) {
+      part->name = word.text;
+      part->integer = kFirst[node.components[0]->integer].at(word.text);
+      ++parser.pos;
+    } else {
+      // A value: another object identifier in the first place, else a number.
+      const ValueAst* value = parser.parseValue();
+      if (value->kind != ValueAst::kRef && value->kind != ValueAst::kField) {
+        error(context, token, "this is not a part of an object identifier");
+        throw Abandoned();
+      }
+      part = makeReferenceValue(*value, context, nullptr);
+      const ValueNode* meant = behind(part);
+      if (meant && meant->main != TYP_INTEGER && !(meant->main == TYP_OBJID && index == 0)) {
+        error(context, token, "this is not a part of an object identifier");
+      }
+    }
+    if (part->main == TYP_INTEGER && part->integer < 0) {
+      error(context, token, "the parts of an object identifier must not be negative");
+    }
+    node.components.push_back(part);
+  }
+  const auto& parts = node.components;
+  if (parts[0]->main == TYP_INTEGER && parts[0]->integer > 2) {
+    error(context, parts[0]->token, "the first part of an object identifier must be 0, 1 or 2");
+  }
+}
+
+void Resolver::fillRealParts(Parser& parser, int end, const Context& context, ValueNode& node) {
+  static constexpr std::string_view kNames[] = {"mantissa", "base", "exponent"};
+  int64_t parts[3] = {0, 0, 0};
+  const int begin = parser.pos;
+  for (int i = 0; i < 3; ++i) {
+    if (parser.peek().kind == Tok::kLower && parser.peek().text == kNames[i]) ++parser.pos;
+    parts[i] = integerOf(*parser.parseValue(), context, "a part of a real number").value_or(0);
+    if (i < 2) parser.expect(",");
+  }
+  if (parser.pos > end) parser.fail("expected a real number");
+  node.base = -1;
+  node.mantissa = parts[0];
+  if (parts[0] == 0) return;
+  if (parts[1] != 2 && parts[1] != 10) return error(context, begin, "the base of a real number must be 2 or 10");
+  if (parts[2] > 32767 || parts[2] < -32767) return error(context, begin, "the exponent is too large");
+  node.base = static_cast<int>(parts[1]);
+  node.exponent = static_cast<int>(parts[2]);
+}
+
+/// {"text", reference, {0, 0, 0, 65}, {0, 10}}: the pieces of a string, and a single quadruple or tuple.
+void Resolver::fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
+  std::vector<uint32_t> characters;
+  const Place place = placeOf(context, parser.pos);
+  const auto numbers = [&](Parser& inner, int inner_end) {
+    std::vector<int64_t> parts;
+    while (inner.pos < inner_end) {
+      parts.push_back(integerOf(*inner.parseValue(), context, "a character").value_or(0));
+      if (inner.pos < inner_end) inner.expect(",");
+    }
+    uint64_t code = 0;
+    if (parts.size() == 2) {
+      code = static_cast<uint64_t>(parts[0]) * 16 + static_cast<uint64_t>(parts[1]);
+    } else if (parts.size() == 4) {
+      for (int64_t part : parts) code = (code << 8) | (static_cast<uint64_t>(part) & 255);
+    } else {
+      inner.fail("expected a character of two or four numbers");
+    }
+    characters.push_back(static_cast<uint32_t>(std::min<uint64_t>(code, UINT32_MAX)));
+  };
+  if (parser.peek().kind == Tok::kNumber) {
+    numbers(parser, end);
+  } else {
+    while (parser.pos < end) {
+      if (parser.isSymbol("{")) {
+        const Range range = parser.skipBraces();
+        Parser inner = parserAt(context, range.begin + 1);
+        numbers(inner, range.end - 1);
+      } else {
+        const ValueNode* piece = behind(makeValue(*parser.parseValue(), context, &type));
+        if (piece && !piece->wide.empty()) {
+          characters.insert(characters.end(), piece->wide.begin(), piece->wide.end());
+        } else if (piece) {
+          for (char c : piece->text) characters.push_back(static_cast<unsigned char>(c));
+        }
+      }
+      if (characters.size() > kMaxStringUnits) {
+        reporter_.error(place, "the string is too long");
+        throw Abandoned();
+      }
+      if (parser.pos >= end) break;
+      parser.expect(",");
+      if (parser.pos >= end) parser.fail("expected a string or a character");
+    }
+  }
+  setCharacters(std::move(characters), type, node, place);
+}
+
+}  // namespace mesk

@@ -1,0 +1,476 @@
+// Information object classes, objects and object sets.
+#include <algorithm>
+
+#include "mesk/Resolver.h"
+
+namespace mesk {
+
+using namespace asn1;
+
+ClassUse Resolver::classOf(const TypeAst& type, const Context& context) {
+  if (type.kind == TypeAst::kRef) return classOf(type.ref, context);
+  error(context, type.token, "a class is needed");
+  return ClassUse();
+}
+
+/// The class behind names; an error is reported.
+ClassUse Resolver::classOf(const RefAst& ref, const Context& context) {
+  RefAst current = ref;
+  Context where = context;
+  for (int steps = 0; steps < 200; ++steps) {
+    if (const Argument* arg = argument(current, where)) {
+      const TypeAst* type = typeOfArgument(*arg);
+      if (type->kind != TypeAst::kRef) break;
+      where = arg->context;
+      current = type->ref;
+      continue;
+    }
+    Definition* definition = find(current, where);
+    if (!definition) throw Abandoned();
+    if (kindOf(*definition) != DefKind::kClass) break;
+    const Env* env = nullptr;
+    if (definition->parameterized && !(env = bind(*definition, current, where))) throw Abandoned();
+    where = Context{definition->module, env};
+    if (definition->cls) return ClassUse{definition->cls, where, definition};
+    current = definition->type->ref;
+  }
+  error(context, ref.token, quoted(ref.name) + " is not a class");
+  throw Abandoned();
+}
+
+const FieldAst* Resolver::findField(const ClassUse& cls, std::string_view name, const Place& place) {
+  for (const FieldAst& field : cls.cls->fields) {
+    if (field.name == name) return &field;
+  }
+  reporter_.error(place, "the class " + quoted(cls.definition->name) + " has no field " + quoted(name));
+  throw Abandoned();
+}
+
+void Resolver::makeClass(Definition& definition, TypeNode& node) {
+  const Context context{definition.module, nullptr};
+  if (!definition.cls) {
+    const ClassUse cls = classOf(definition.type->ref, context);
+    node.main = cls.definition->module->builtin ? (cls.definition->name == "TYPE-IDENTIFIER" ? TYP_TYPE_ID : TYP_ABSTR_STX)
+                                                : TYP_SYNONYM;
+    if (node.main == TYP_SYNONYM) node.ref = find(definition.type->ref, context);
+    node.ref_name = definition.type->ref.name;
+    return;
+  }
+  node.main = TYP_CLASS;
+  for (const FieldAst& field : definition.cls->fields) {
+    TypeNode* made = newType(context, field.token, &node);
+    made->name = field.name;
+    made->component_nbr = static_cast<int>(node.components.size());
+    made->field_kind = field.kind;
+    made->field = &field;
+    made->presence = field.optional ? kOptional : field.default_setting.end > field.default_setting.begin ? asn1::kDefault : kMandatory;
+    node.components.push_back(made);
+    field_nodes_[&field] = made;
+    if (field.kind == kTypeField) {
+      made->main = TYP_OPEN;
+    } else if (field.type && namesClass(*field.type, context)) {
+      const bool set = field.kind == kFixedValueSetField;
+      made->field_kind = set ? kObjectSetField : kObjectField;
+      const ClassUse cls = classOf(*field.type, context);
+      TypeNode* reference = classReference(cls, context, field.type->token);
+      made->main = reference->main;
+      made->ref = reference->ref;
+      made->ref_name = reference->ref_name;
+    } else if (field.type) {
+      makeType(*field.type, context, &node, made);
+      if (field.kind == kFixedValueField && made->presence == asn1::kDefault) {
+        later_.push_back([this, made, &field, context] {
+          current_ = made->module;
+          current_definition_ = made->of_definition;
+          Parser parser = parserAt(context, field.default_setting.begin);
+          made->default_value = makeValue(*parser.parseValue(), context, made);
+        });
+      }
+    } else {
+      made->main = TYP_FIELDLIST;
+      made->ref_name = field.fields.front();
+    }
+  }
+}
+
+TypeNode* Resolver::fieldNode(const ClassUse& cls, const FieldAst& field) {
+  if (cls.definition->module->builtin || cls.definition->parameterized) return nullptr;
+  typeOf(*cls.definition);
+  const auto found = field_nodes_.find(&field);
+  return found == field_nodes_.end() ? nullptr : found->second;
+}
+
+/// A node that refers to a class.
+TypeNode* Resolver::classReference(const ClassUse& cls, const Context& context, int token) {
+  TypeNode* node = newType(context, token, nullptr);
+  if (cls.definition->module->builtin) {
+    node->main = cls.definition->name == "TYPE-IDENTIFIER" ? TYP_TYPE_ID : TYP_ABSTR_STX;
+  } else if (cls.definition->parameterized) {
+    node->main = TYP_CLASS;
+  } else {
+    node->main = TYP_SYNONYM;
+    node->ref = cls.definition;
+  }
+  node->ref_name = cls.definition->name;
+  return node;
+}
+
+/// CLASS.&field, Set.&field and object.&field as a type.
+void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node) {
+  const Place place = placeOf(context, ast.token);
+  if (ast.ref.name[0] >= 'a') {
+    const ValueNode* setting = settingOf(ast.ref, ast.fields, context);
+    const auto found = type_settings_.find(setting);
+    if (found == type_settings_.end()) {
+      error(context, ast.token, quoted(ast.fields.back()) + " is not a type");
+      throw Abandoned();
+    }
+    makeType(*found->second.first, found->second.second, node.parent, &node);
+    return;
+  }
+  // A set serves for its class.
+  ClassUse cls;
+  const Argument* arg = argument(ast.ref, context);
+  Definition* definition = arg ? nullptr : find(ast.ref, context);
+  if (!arg && !definition) throw Abandoned();
+  if (arg && arg->param->governor) {
+    cls = classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
+  } else if (definition && kindOf(*definition) == DefKind::kObjectSet) {
+    cls = classOf(*definition->type, Context{definition->module, nullptr});
+  } else {
+    cls = classOf(ast.ref, context);
+  }
+  for (size_t i = 0; i < ast.fields.size(); ++i) {
+    const FieldAst* field = findField(cls, ast.fields[i], place);
+    const bool last = i + 1 == ast.fields.size();
+    const bool object = field->type && namesClass(*field->type, cls.context);
+    if (!last) {
+      if (!object) {
+        error(context, ast.token, quoted(ast.fields[i]) + " is not an object");
+        throw Abandoned();
+      }
+      cls = classOf(*field->type, cls.context);
+      continue;
+    }
+    if (object) {
+      error(context, ast.token, quoted(ast.fields[i]) + " is an object, a type is needed");
+      throw Abandoned();
+    }
+    if (field->type) {
+      makeType(*field->type, cls.context, node.parent, &node);
+    } else {
+      node.main = TYP_OPEN;
+      if (!cls.definition->module->builtin && !cls.definition->parameterized) node.ref = cls.definition;
+    }
+    node.class_field = fieldNode(cls, *field);
+    if (node.ref_name.empty()) node.ref_name = field->name;
+  }
+}
+
+ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls, TypeNode* governor) {
+  Depth depth(depth_);
+  if (!depth.ok()) {
+    error(context, ast.token, "objects are nested too deeply");
+    throw Abandoned();
+  }
+  ValueNode* node = newValue(context, ast.token, governor);
+  if (ast.kind == ValueAst::kBraces) {
+    node->main = TYP_CLASS;
+    fillObject(ast.range, context, cls, *node);
+    return node;
+  }
+  if (ast.kind != ValueAst::kRef) {
+    error(context, ast.token, "an object is needed");
+    throw Abandoned();
+  }
+  if (const Argument* arg = argument(ast.ref, context)) {
+    return makeObject(*valueOfArgument(*arg), arg->context, cls, governor);
+  }
+  Definition* definition = find(ast.ref, context);
+  if (!definition) throw Abandoned();
+  if (kindOf(*definition) != DefKind::kObject) {
+    error(context, ast.token, quoted(ast.ref.name) + " is not an object");
+    throw Abandoned();
+  }
+  if (definition->parameterized) {
+    const Env* env = bind(*definition, ast.ref, context);
+    if (!env) throw Abandoned();
+    return makeObject(*definition->value, Context{definition->module, env}, cls, governor);
+  }
+  const ClassUse other = classOf(*definition->type, Context{definition->module, nullptr});
+  if (other.cls != cls.cls) {
+    error(context, ast.token, quoted(ast.ref.name) + " is an object of class " + quoted(other.definition->name) + ", " +
+                                  quoted(cls.definition->name) + " is needed");
+    throw Abandoned();
+  }
+  node->main = TYP_SYNONYM;
+  node->ref = definition;
+  return node;
+}
+
+void Resolver::fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node) {
+  Parser parser = parserAt(context, range.begin + 1);
+  const int end = range.end - 1;
+  if (parser.peek().kind == Tok::kField || (!cls.cls->has_syntax && parser.pos < end)) {
+    while (parser.pos < end) {
+      if (parser.peek().kind != Tok::kField) parser.fail("expected a field");
+      const FieldAst* field = findField(cls, parser.peek().text, placeOf(context, parser.pos));
+      ++parser.pos;
+      fillField(parser, *field, context, cls, node);
+      if (parser.pos < end) parser.expect(",");
+    }
+  } else if (cls.cls->has_syntax) {
+    fillSyntax(cls.cls->syntax, parser, end, context, cls, node, false);
+  }
+  if (parser.pos != end) parser.fail("expected another part of the object");
+  for (const FieldAst& field : cls.cls->fields) {
+    if (field.optional || field.default_setting.end > field.default_setting.begin) continue;
+    const bool given = std::any_of(node.components.begin(), node.components.end(),
+                                   [&](const ValueNode* setting) { return setting->name == field.name; });
+    if (!given) error(context, range.begin, "the field " + quoted(field.name) + " has no value");
+  }
+}
+
+/// Reads what a WITH SYNTAX describes; false if an optional group isn't there.
+bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
+                          const ClassUse& cls, ValueNode& node, bool optional) {
+  Depth depth(depth_);
+  if (!depth.ok()) parser.fail("syntax groups are nested too deeply; expected an end");
+  bool started = false;
+  for (size_t i = 0; i < syntax.size(); ++i) {
+    const SyntaxAst& part = syntax[i];
+    const bool at_end = parser.pos >= end;
+    if (!part.group.empty()) {
+      started |= fillSyntax(part.group, parser, end, context, cls, node, true);
+    } else if (!part.word.empty()) {
+      const bool here = !at_end && (parser.isWord(part.word) || parser.isSymbol(part.word));
+      if (!here && optional && !started) return false;
+      if (!here) parser.fail("expected " + std::string(part.word));
+      ++parser.pos;
+      started = true;
+    } else {
+      const FieldAst* field = findField(cls, part.field, placeOf(cls.context, part.token));
+      if (optional && !started) {
+        // A field at the head of a group is there unless something stands that can't begin it.
+        const Token& token = parser.peek();
+        const bool type = field->kind == kTypeField;
+        const bool set = field->kind == kFixedValueSetField || field->kind == kVariableValueSetField;
+        const bool begins = type ? token.kind == Tok::kUpper || parser.isSymbol("[")
+                            : set ? parser.isSymbol("{") || token.kind == Tok::kUpper
+                                  : token.kind != Tok::kUpper || isReservedWord(token.text);
+        if (at_end || !begins) return false;
+      }
+      if (at_end) parser.fail("expected " + std::string(part.field));
+      fillField(parser, *field, context, cls, node);
+      started = true;
+    }
+  }
+  return started;
+}
+
+void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
+                         ValueNode& node) {
+  const int token = parser.pos;
+  for (const ValueNode* other : node.components) {
+    if (other->name != field.name) continue;
+    error(context, token, "the field " + quoted(field.name) + " has a value already");
+    throw Abandoned();
+  }
+  ValueNode* setting = nullptr;
+  const bool object = field.type && namesClass(*field.type, cls.context);
+  const auto set_type = [&](TypeNode* type) {
+    setting = newValue(context, token, nullptr);
+    setting->main = type->main;
+    setting->field_type = type;
+  };
+  switch (field.kind) {
+    case kTypeField: {
+      const TypeAst* type = parser.parseType();
+      set_type(makeType(*type, context, nullptr));
+      type_settings_[setting] = {type, context};
+      break;
+    }
+    case kFixedValueField:
+    case kObjectField:
+      if (object) {
+        const ClassUse inner = classOf(*field.type, cls.context);
+        setting = makeObject(*parser.parseValue(), context, inner, nullptr);
+      } else {
+        const ValueAst* value = parser.parseValue();
+        TypeNode* type = fieldNode(cls, field);
+        if (!type) type = makeType(*field.type, cls.context, nullptr);
+        setting = makeValue(*value, context, type);
+        value_settings_[setting] = {value, context};
+      }
+      break;
+    case kFixedValueSetField:
+    case kObjectSetField: {
+      if (object && parser.isSymbol("{")) {
+        const ClassUse inner = classOf(*field.type, cls.context);
+        setting = makeObjectSet(parser.skipBraces(), context, inner, nullptr);
+      } else if (object) {
+        setting = objectSetFor(parser.parseReference(), context);
+      } else {
+        TypeNode* type = makeType(*field.type, cls.context, nullptr);
+        ConstraintAst* set = nullptr;
+        if (parser.isSymbol("{")) {
+          const Range range = parser.skipBraces();
+          Parser inner = parserAt(context, range.begin + 1);
+          set = inner.parseElementSets();
+          if (inner.pos != range.end - 1) inner.fail("expected the end of the set");
+        } else {
+          ConstraintAst& contained = arena_.constraints.emplace_back();
+          contained.kind = kContainedSubtype;
+          contained.token = parser.pos;
+          contained.type = parser.parseType();
+          set = &contained;
+        }
+        type->constraints.push_back(makeConstraint(*set, context, *type, type));
+        set_type(type);
+      }
+      break;
+    }
+    case kVariableValueField: {
+      // Its type is what another field of the object was set to.
+      const ValueAst* value = parser.parseValue();
+      const ValueNode* type = nullptr;
+      for (const ValueNode* other : node.components) {
+        if (other->name == field.fields.front()) type = other;
+      }
+      if (!type || !type->field_type || field.fields.size() > 1) {
+        error(context, token, "the type of the field " + quoted(field.name) + " is not known here");
+        throw Abandoned();
+      }
+      setting = makeValue(*value, context, type->field_type);
+      value_settings_[setting] = {value, context};
+      break;
+    }
+    case kVariableValueSetField:
+      error(context, token, "value sets of a variable type are not supported");
+      throw Abandoned();
+  }
+  setting->name = field.name;
+  node.components.push_back(setting);
+}
+
+ValueNode* Resolver::makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor) {
+  ValueNode* node = newValue(context, range.begin, governor);
+  node->main = TYP_CLASS;
+  Parser parser = parserAt(context, range.begin + 1);
+  addObjectSetElements(parser, range.end - 1, context, cls, *node);
+  return node;
+}
+
+void Resolver::addObjectSetElements(Parser& parser, int end, const Context& context, const ClassUse& cls,
+                                    ValueNode& node) {
+  Depth depth(depth_);
+  if (!depth.ok()) parser.fail("sets are nested too deeply; expected an end");
+  while (parser.pos < end) {
+    if (parser.isSymbol("...")) {
+      ValueNode* marker = newValue(context, parser.pos++, nullptr);
+      marker->main = TYP_EXTENSION_MARKER;
+      node.components.push_back(marker);
+    } else if (parser.accept("(")) {
+      addObjectSetElements(parser, end, context, cls, node);
+      parser.expect(")");
+    } else if (parser.peek().kind == Tok::kUpper) {
+      node.components.push_back(objectSetFor(parser.parseReference(), context));
+    } else {
+      node.components.push_back(makeObject(*parser.parseValue(), context, cls, nullptr));
+    }
+    if (parser.pos >= end || parser.isSymbol(")")) return;
+    if (parser.isWord("INTERSECTION") || parser.isSymbol("^") || parser.isWord("EXCEPT")) {
+      error(context, parser.pos, "object sets can only be joined");
+      throw Abandoned();
+    }
+    if (!parser.accept("|") && !parser.acceptWord("UNION")) parser.expect(",");
+    if (parser.pos >= end) parser.fail("expected an object or a set");
+  }
+}
+
+/// A value that is the set which is named.
+ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
+  Depth depth(depth_);
+  if (!depth.ok()) {
+    error(context, ref.token, "sets are nested too deeply");
+    throw Abandoned();
+  }
+  if (const Argument* arg = argument(ref, context)) {
+    if (!arg->param->governor) {
+      error(context, ref.token, quoted(ref.name) + " is not an object set");
+      throw Abandoned();
+    }
+    Parser parser = parserAt(arg->context, arg->range.begin);
+    if (!parser.isSymbol("{")) return objectSetFor(parser.parseReference(), arg->context);
+    const Range range = parser.skipBraces();
+    const Context governed{context.env->definition->module, context.env};
+    const ClassUse cls = classOf(*arg->param->governor, governed);
+    return makeObjectSet(range, arg->context, cls, classReference(cls, context, ref.token));
+  }
+  Definition* definition = find(ref, context);
+  if (!definition) throw Abandoned();
+  if (kindOf(*definition) != DefKind::kObjectSet) {
+    error(context, ref.token, quoted(ref.name) + " is not an object set");
+    throw Abandoned();
+  }
+  if (definition->parameterized) {
+    const Env* env = bind(*definition, ref, context);
+    if (!env) throw Abandoned();
+    const Context inside{definition->module, env};
+    const ClassUse cls = classOf(*definition->type, inside);
+    return makeObjectSet(definition->range, inside, cls, classReference(cls, inside, definition->type->token));
+  }
+  ValueNode* node = newValue(context, ref.token, nullptr);
+  node->main = TYP_SYNONYM;
+  node->ref = definition;
+  return node;
+}
+
+/// What a field of a named object is set to, along a path of fields.
+const ValueNode* Resolver::settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,
+                                     const Context& context) {
+  Depth depth(depth_);
+  if (!depth.ok()) {
+    error(context, ref.token, "objects are nested too deeply");
+    throw Abandoned();
+  }
+  const ValueNode* object = nullptr;
+  if (const Argument* arg = argument(ref, context)) {
+    if (!arg->param->governor) {
+      error(context, ref.token, quoted(ref.name) + " is not an object");
+      throw Abandoned();
+    }
+    const ClassUse cls = classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
+    object = behind(makeObject(*valueOfArgument(*arg), arg->context, cls, nullptr));
+  } else {
+    Definition* definition = find(ref, context);
+    if (!definition) throw Abandoned();
+    if (kindOf(*definition) != DefKind::kObject) {
+      error(context, ref.token, quoted(ref.name) + " is not an object");
+      throw Abandoned();
+    }
+    if (definition->parameterized) {
+      const Env* env = bind(*definition, ref, context);
+      if (!env) throw Abandoned();
+      const Context inside{definition->module, env};
+      object = behind(makeObject(*definition->value, inside, classOf(*definition->type, inside), nullptr));
+    } else {
+      object = behind(valueOf(*definition));
+    }
+  }
+  const ValueNode* setting = nullptr;
+  for (std::string_view field : fields) {
+    setting = nullptr;
+    for (const ValueNode* given : object ? object->components : std::vector<ValueNode*>()) {
+      if (given->name == field) setting = given;
+    }
+    if (!setting) {
+      error(context, ref.token, "the object " + quoted(ref.name) + " has no value of the field " + quoted(field));
+      throw Abandoned();
+    }
+    object = behind(setting);
+  }
+  return setting;
+}
+
+}  // namespace mesk
