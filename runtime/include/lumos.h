@@ -559,6 +559,16 @@ void* lumo_value_get_external_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_special_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_external_value(lumo_value_t value, lumo_context_t context);
 void t3asn_lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_context_t context);
+/* The first encode attribute that an import of the module's types carries, with its quotes as written; NULL where no
+   module of the suite has such an import. */
+const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t context);
+const char* t3asn_lumo_import_variant(const char* module, lumo_context_t context);
+/* The encoding of an open type's value, by the codecs of its chosen alternative. The octets are the caller's, who frees
+   them; NULL where the encoder fails. */
+lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
+                                        lumo_context_t context);
+unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t context);
+unsigned long t3asn_lumo_objectid_size(lumo_value_t value, lumo_context_t context);
 
 /* -------------------------------------------------------------------- wide strings */
 

@@ -1,5 +1,8 @@
 #include "codec.h"
 
+#include <cstdlib>
+#include <cstring>
+
 #include "reader.h"
 #include "task.h"
 #include "types.h"
@@ -145,6 +148,34 @@ Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken) {
 }
 
 }  // namespace lumos
+
+using namespace lumos;
+
+namespace {
+// The chosen alternative of an anytype or union; the value itself otherwise.
+Value inner_of(Value v) {
+  const bool has_alternative = v->kind == lumo_type_kind_union && v->index >= 0;
+  return has_alternative ? lumo_value_union_value(v, current_task) : v;
+}
+}  // namespace
+
+lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
+                                        lumo_context_t context) {
+  const std::string text(reinterpret_cast<const char*>(octets), count);
+  Value target = inner_of(value);
+  Value decoded = decode_value(target->type, text, nullptr);
+  if (decoded) lumo_value_assign(target, decoded, context);
+  return decoded != nullptr;
+}
+
+unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t) {
+  std::string text;
+  if (!encode_value(inner_of(value), text)) return nullptr;
+  auto* octets = static_cast<unsigned char*>(std::malloc(text.size() + 1));
+  if (octets) std::memcpy(octets, text.data(), text.size());
+  *count = text.size();
+  return octets;
+}
 
 void lumo_binary_string_append(lumo_binary_string_t data, const unsigned char* octets, unsigned long count,
                                lumo_context_t) {

@@ -171,6 +171,10 @@ lumo_long_integer_t lumo_value_get_objectid_element(lumo_value_t value, unsigned
   return v->ids.data[index];
 }
 
+unsigned long t3asn_lumo_objectid_size(lumo_value_t value, lumo_context_t) {
+  return get(value, Form::object_id)->ids.size;
+}
+
 lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t) {
   if (number == 0) fault("division by zero");
   return number;

@@ -169,6 +169,31 @@ void lumo_codecs_register(void (*init)(lumo_context_t), void (*setup)(lumo_type_
   codec_setups().push_back(setup);
 }
 
+namespace {
+// The first attribute of a kind that stands for a whole type, among the rows in which other modules name a module's
+// types.
+const char* import_attribute(const char* module, lumo_encoding_attr_struct_t* lumo_type_struct_t::*kind) {
+  for (auto& m : registered())
+    for (unsigned long i = 0; i < m->module.row_count; ++i) {
+      const lumo_symbol_entry_struct_t& row = m->module.rows[i];
+      if (row.kind != lumo_symbol_entry_kind_userdefined_type || !row.type_descriptor) continue;
+      lumo_type_t type = row.type_descriptor;
+      if (!type->module || std::strcmp(type->module, module) != 0) continue;
+      const lumo_encoding_attr_struct_t* attribute = type->*kind;
+      if (attribute && attribute->text && !attribute->field_name) return attribute->text;
+    }
+  return nullptr;
+}
+}  // namespace
+
+const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t) {
+  return import_attribute(module, &lumo_type_struct_t::encode_attributes);
+}
+
+const char* t3asn_lumo_import_variant(const char* module, lumo_context_t) {
+  return import_attribute(module, &lumo_type_struct_t::variant_attributes);
+}
+
 lumo_boolean_t lumo_pre_initialize(lumo_context_t) {
   results().clear();
   return true;

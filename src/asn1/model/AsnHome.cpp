@@ -1,0 +1,165 @@
+#include "asn1/model/AsnHome.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "asn1/model/AsnNames.h"
+#include "asn1/model/AsnRanges.h"
+
+namespace asn1 {
+namespace {
+constexpr int kWordBits = 32;
+
+ValueForm IntegerForm(const AsnType& type) {
+  const Segment ends = EndpointsOf(type);
+  if (ends.low >= INT32_MIN && ends.high <= INT32_MAX) return VF_I32;
+  return ends.low >= 0 && ends.high <= UINT32_MAX ? VF_UI32 : VF_I64;
+}
+
+const char* PredefinedType(const AsnType& type) {
+  const AsnType base = forBaseType(type);
+  switch (cGetVF(type)) {
+    case VF_BOOL:
+      return "BOOLE";
+    case VF_UI32:
+      return "uint32";
+    case VF_I32:
+      return isExtensibleEnumeratedList(base) ? "EXTENSIBLE_ENUMERATED" : "sint32";
+    case VF_I64:
+      return "sint64";
+    case VF_REAL64:
+      return "REAL";
+    case VF_DYNS:
+      return "DYNSTR";
+    case VF_FRM:
+      return "FRAME_PTR";
+    case VF_NULL:
+      return "NULLTYPE";
+    case VF_OBJI:
+      return "OBJID";
+    case VF_EXTERNAL_1990:
+      return "EXTERNAL";
+    default:
+      return "NOBODYUSESTHISTYPE";
+  }
+}
+
+AsnType DefinitionBehind(const AsnType& component) {
+  const AsnType base = forBaseType(component);
+  return getDefinitionOf(base);
+}
+
+// Whether `target` lies, by value, somewhere in the structure `from`; `seen` are the structures looked into.
+bool Holds(const AsnType& from, const AsnType& target, std::vector<AsnType>& seen) {
+  for (const AsnType& component : TypeComps(from)) {
+    const AsnType base = forBaseType(component);
+    if (!isStructuredType(base)) continue;
+    if (base == target) return true;
+    if (std::find(seen.begin(), seen.end(), base) != seen.end()) continue;
+    seen.push_back(base);
+    if (Holds(base, target, seen)) return true;
+  }
+  return false;
+}
+}  // namespace
+
+ValueForm cGetVF(const AsnType& type) {
+  const AsnType base = forBaseType(type);
+  switch (getTypeMainType(base)) {
+    case TYP_BOOLEAN:
+      return VF_BOOL;
+    case TYP_INTEGER:
+      return IntegerForm(type);
+    case TYP_ENUM:
+      return VF_I32;
+    case TYP_REAL:
+      return VF_REAL64;
+    case TYP_NULL:
+      return VF_NULL;
+    case TYP_SEQ:
+    case TYP_SET:
+    case TYP_CHOICE:
+      return VF_STRU;
+    case TYP_SEQOF:
+    case TYP_SETOF:
+      return VF_LIST;
+    case TYP_ANY:
+    case TYP_OPEN:
+      return VF_FRM;
+    case TYP_OBJID:
+      return VF_OBJI;
+    case TYP_EXTERNAL:
+      return VF_EXTERNAL_1990;
+    case TYP_BITSTR:
+    case TYP_OCTSTR:
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_TELSTR:
+    case TYP_VIDSTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+    case TYP_GRASTR:
+    case TYP_GENSTR:
+    case TYP_GENTIME:
+    case TYP_UTCTIME:
+    case TYP_OBJDESCR:
+      return VF_DYNS;
+    default:
+      return VF_NONE;
+  }
+}
+
+bool cIsFrameType(const AsnType& type) {
+  return cGetVF(type) == VF_FRM;
+}
+
+bool IsStructured(const AsnType& type) {
+  const ValueForm form = cGetVF(type);
+  return form == VF_STRU || form == VF_LIST;
+}
+
+std::string cBaseTypeId(const AsnType& type) {
+  if (isTypeExtensionmarker(type)) return "EXTENSIONMARKER";
+  if (isDefinedType(type)) return cTypeId(type);
+  if (isReference(type)) {
+    // A constraint of its own may make a component's numbers fit another form than its type's.
+    const AsnType definition = forSynonymType(type);
+    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cTypeId(definition) : PredefinedType(type);
+  }
+  if (getTypeMainType(type) == TYP_SELECTION) {
+    const AsnType alternative = forSelectionType(type);
+    return cBaseTypeId(alternative);
+  }
+  return IsStructured(type) ? "struct t_" + cTypeId(type) : PredefinedType(type);
+}
+
+std::string cComponentId(const AsnType& component) {
+  static const char* const words[] = {"auto",   "break",  "case",     "char",    "const",    "continue", "default",
+                                      "do",     "double", "else",     "enum",    "extern",   "float",    "for",
+                                      "goto",   "if",     "inline",   "int",     "long",     "register", "restrict",
+                                      "return", "short",  "signed",   "sizeof",  "static",   "struct",   "switch",
+                                      "typedef", "union", "unsigned", "void",    "volatile", "while",    "choice",
+                                      "compmask", "elem", "n"};
+  const std::string name = getTypeCompId(component);
+  return std::find(std::begin(words), std::end(words), name) == std::end(words) ? name : name + "_";
+}
+
+bool IsByPointer(const AsnType& component) {
+  if (getFatherOfTypeComp(component) && isListType(getFatherOfTypeComp(component))) return false;
+  const AsnType base = forBaseType(component);
+  if (!isStructuredType(base) || base == component) return false;
+  std::vector<AsnType> seen;
+  // The component's type must be complete where the component stands: it may hold neither itself nor what the
+  // component stands in.
+  return Holds(base, base, seen) || DefinitionBehind(component) == getDefinitionOf(component);
+}
+
+int ControlWords(const AsnType& type) {
+  const MainType main_type = getTypeMainType(type);
+  if (main_type != TYP_SEQ && main_type != TYP_SET) return 0;
+  const bool has = main_type == TYP_SET || getNrOfOptionalTypeComps(type) > 0;
+  const int components = getNrOfTypeComps(type);
+  return has && components > 0 ? (components + kWordBits - 1) / kWordBits : 0;
+}
+}  // namespace asn1

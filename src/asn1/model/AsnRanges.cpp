@@ -1,0 +1,281 @@
+#include "asn1/model/AsnRanges.h"
+
+#include <algorithm>
+#include <set>
+
+#include "asn1/front/AsnFault.h"
+
+namespace asn1 {
+namespace {
+constexpr int kDeepestConstraint = 2000;
+
+enum class Measure { Value, Size };
+
+struct Evaluated {
+  ValueSet set;
+  bool known = false;  // the constraint says something of this measure
+  bool extensible = false;
+};
+
+Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth);
+
+int64_t EndOf(const AsnValue& value, int64_t otherwise, int64_t step) {
+  return value ? int64Value(value) + step : otherwise;
+}
+
+Segment RangeOf(const AsnConstraint& constraint) {
+  const uint8_t open = constraint.node().open;
+  return {EndOf(LowValue(constraint), kMinimum, (open & kLowOpen) != 0 ? 1 : 0),
+          EndOf(HighValue(constraint), kMaximum, (open & kHighOpen) != 0 ? -1 : 0)};
+}
+
+// A constraint within SIZE( ): its values are sizes.
+Evaluated EvaluateSize(const AsnType& type, const AsnConstraint& constraint, int depth) {
+  Evaluated inner = Evaluate(type, constraint, Measure::Value, depth);
+  inner.set = inner.set.Intersect(ValueSet(0, kMaximum));
+  return inner;
+}
+
+Evaluated Combine(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth) {
+  const ConstraintKind kind = getConstraintKind(constraint);
+  const Evaluated first = Evaluate(type, FirstOperand(constraint), measure, depth);
+  const Evaluated second = Evaluate(type, SecondOperand(constraint), measure, depth);
+  Evaluated result;
+  result.extensible = first.extensible || second.extensible;
+  if (kind == kIntersection) {
+    result.known = first.known || second.known;
+    result.set = !second.known ? first.set : !first.known ? second.set : first.set.Intersect(second.set);
+    return result;
+  }
+  if (kind == kExcept) {
+    result.known = first.known;
+    result.set = second.known ? first.set.Exclude(second.set) : first.set;
+    return result;
+  }
+  // What stands behind an extension marker is no part of the root; one of two that says nothing allows all.
+  const bool behind_marker = first.extensible;
+  result.known = first.known && (behind_marker || second.known || second.extensible);
+  result.set = behind_marker || !second.known ? first.set : first.set.Merge(second.set);
+  return result;
+}
+
+ValueSet Everything(Measure measure) {
+  return ValueSet(measure == Measure::Size ? 0 : kMinimum, kMaximum);
+}
+
+Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth) {
+  if (!constraint) return {};
+  if (depth > kDeepestConstraint) fatalError(kInternal, "Unable to construct a flat integer value set");
+  switch (getConstraintKind(constraint)) {
+    case kUnion:
+    case kCatenation:
+    case kIntersection:
+    case kExcept:
+      return Combine(type, constraint, measure, depth + 1);
+    case kAllExcept: {
+      Evaluated result = Evaluate(type, FirstOperand(constraint), measure, depth + 1);
+      result.set = Everything(measure).Exclude(result.set);
+      return result;
+    }
+    case kValueRange: {
+      if (measure == Measure::Size) return {};
+      const Segment range = RangeOf(constraint);
+      return {ValueSet(range.low, range.high), true, false};
+    }
+    case kSingleValue:
+      if (measure == Measure::Size) return {};
+      return {ValueSet(int64Value(LowValue(constraint)), int64Value(LowValue(constraint))), true, false};
+    case kSize:
+      return measure == Measure::Size ? EvaluateSize(type, FirstOperand(constraint), depth + 1) : Evaluated{};
+    case kContainedSubtype: {
+      const AsnType contained = forContainedSubtypeConstraint(constraint);
+      if (!contained || contained == type) return {};
+      const ConstrainedSet of = measure == Measure::Size ? SizeSetOf(contained) : IntegerSetOf(contained);
+      return {of.set, of.constrained, of.extensible};
+    }
+    case kExtensionMarker:
+      return {ValueSet(), false, true};
+    default:
+      return {};
+  }
+}
+
+// The types of a chain of references, the innermost first.
+std::vector<AsnType> ChainOf(const AsnType& type) {
+  std::vector<AsnType> chain{type};
+  while (getTypeMainType(chain.back()) == TYP_SYNONYM || getTypeMainType(chain.back()) == TYP_SELECTION) {
+    const AsnType& last = chain.back();
+    chain.push_back(getTypeMainType(last) == TYP_SYNONYM ? forSynonymType(last) : forSelectionType(last));
+    if (chain.size() > static_cast<size_t>(kDeepestConstraint)) fatalError(kInternal, "Unable to find synonym type.");
+  }
+  std::reverse(chain.begin(), chain.end());
+  return chain;
+}
+
+ConstrainedSet SetOf(const AsnType& type, Measure measure) {
+  ConstrainedSet result;
+  result.set = Everything(measure);
+  for (const AsnType& step : ChainOf(type)) {
+    forEachLocalTypeConstraint(step, [&](const AsnConstraint& constraint, int) {
+      const Evaluated evaluated = Evaluate(step, constraint, measure, 0);
+      if (!evaluated.known) return;
+      result.set = result.set.Intersect(evaluated.set);
+      result.constrained = true;
+      // The outermost constraint alone says whether there are extensions.
+      result.extensible = evaluated.extensible;
+    });
+  }
+  return result;
+}
+
+void AddCharacters(const AsnConstraint& constraint, std::set<unsigned char>& characters, int depth) {
+  if (!constraint || depth > kDeepestConstraint) return;
+  switch (getConstraintKind(constraint)) {
+    case kUnion:
+    case kCatenation:
+      AddCharacters(FirstOperand(constraint), characters, depth + 1);
+      AddCharacters(SecondOperand(constraint), characters, depth + 1);
+      break;
+    case kSingleValue:
+      for (const char c : ValueText(LowValue(constraint))) characters.insert(static_cast<unsigned char>(c));
+      break;
+    case kValueRange: {
+      const std::string low = LowValue(constraint) ? ValueText(LowValue(constraint)) : std::string();
+      const std::string high = HighValue(constraint) ? ValueText(HighValue(constraint)) : std::string();
+      const int from = low.empty() ? 0 : static_cast<unsigned char>(low[0]);
+      const int to = high.empty() ? 127 : static_cast<unsigned char>(high[0]);
+      for (int c = from; c <= to; ++c) characters.insert(static_cast<unsigned char>(c));
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+// The alphabet that a constraint names, alone or within an intersection.
+AsnConstraint AlphabetIn(const AsnConstraint& constraint, int depth) {
+  if (!constraint || depth > kDeepestConstraint) return {};
+  if (getConstraintKind(constraint) == kPermittedAlphabet) return constraint;
+  if (getConstraintKind(constraint) != kIntersection) return {};
+  const AsnConstraint first = AlphabetIn(FirstOperand(constraint), depth + 1);
+  return first ? first : AlphabetIn(SecondOperand(constraint), depth + 1);
+}
+}  // namespace
+
+ValueSet::ValueSet(int64_t low, int64_t high) {
+  if (low <= high) segments_.push_back({low, high});
+}
+
+ValueSet ValueSet::Merge(const ValueSet& other) const {
+  std::vector<Segment> all = segments_;
+  all.insert(all.end(), other.segments_.begin(), other.segments_.end());
+  std::sort(all.begin(), all.end(), [](const Segment& a, const Segment& b) { return a.low < b.low; });
+  ValueSet result;
+  for (const Segment& segment : all) {
+    const bool touches = !result.segments_.empty() && (result.segments_.back().high == kMaximum ||
+                                                       segment.low <= result.segments_.back().high + 1);
+    if (touches)
+      result.segments_.back().high = std::max(result.segments_.back().high, segment.high);
+    else
+      result.segments_.push_back(segment);
+  }
+  return result;
+}
+
+ValueSet ValueSet::Intersect(const ValueSet& other) const {
+  ValueSet result;
+  for (size_t i = 0, j = 0; i < segments_.size() && j < other.segments_.size();) {
+    const Segment& a = segments_[i];
+    const Segment& b = other.segments_[j];
+    const Segment common{std::max(a.low, b.low), std::min(a.high, b.high)};
+    if (common.low <= common.high) result.segments_.push_back(common);
+    if (a.high < b.high)
+      ++i;
+    else
+      ++j;
+  }
+  return result;
+}
+
+ValueSet ValueSet::Exclude(const ValueSet& other) const {
+  ValueSet rest;
+  int64_t from = kMinimum;
+  bool open = true;
+  for (const Segment& segment : other.segments_) {
+    if (segment.low > from) rest.segments_.push_back({from, segment.low - 1});
+    open = segment.high != kMaximum;
+    if (open) from = segment.high + 1;
+  }
+  if (open) rest.segments_.push_back({from, kMaximum});
+  return Intersect(rest);
+}
+
+ConstrainedSet IntegerSetOf(const AsnType& type) {
+  return SetOf(type, Measure::Value);
+}
+
+ConstrainedSet SizeSetOf(const AsnType& type) {
+  return SetOf(type, Measure::Size);
+}
+
+std::string constructAllowedCharacters(const AsnConstraint& constraint) {
+  std::set<unsigned char> characters;
+  AddCharacters(FirstOperand(constraint), characters, 0);
+  return {characters.begin(), characters.end()};
+}
+
+std::string PermittedAlphabetOf(const AsnType& type) {
+  std::string result;
+  bool found = false;
+  for (const AsnType& step : ChainOf(type)) {
+    forEachLocalTypeConstraint(step, [&](const AsnConstraint& constraint, int) {
+      const AsnConstraint alphabet = AlphabetIn(constraint, 0);
+      if (!alphabet) return;
+      const std::string allowed = constructAllowedCharacters(alphabet);
+      std::string both;
+      for (const char c : allowed)
+        if (!found || result.find(c) != std::string::npos) both += c;
+      result = both;
+      found = true;
+    });
+  }
+  return result;
+}
+
+Segment EndpointsOf(const AsnType& type) {
+  const AsnType base = forBaseType(type);
+  switch (getTypeMainType(base)) {
+    case TYP_ENUM: {
+      ValueSet items;
+      forEachNamedNumber(base, [&](const AsnValue& item, int) {
+        items = items.Merge(ValueSet(int64Value(item), int64Value(item)));
+      });
+      return items.empty() ? Segment{kMinimum, kMaximum} : Segment{items.low(), items.high()};
+    }
+    case TYP_INTEGER: {
+      const ConstrainedSet set = IntegerSetOf(type);
+      return set.set.empty() ? Segment{kMinimum, kMaximum} : Segment{set.set.low(), set.set.high()};
+    }
+    case TYP_BITSTR:
+    case TYP_OCTSTR:
+    case TYP_SEQOF:
+    case TYP_SETOF:
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_TELSTR:
+    case TYP_VIDSTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+    case TYP_GRASTR:
+    case TYP_GENSTR:
+    case TYP_BMPSTR:
+    case TYP_UNISTR:
+    case TYP_OBJDESCR: {
+      const ConstrainedSet set = SizeSetOf(type);
+      return set.set.empty() ? Segment{0, kMaximum} : Segment{set.set.low(), set.set.high()};
+    }
+    default:
+      return {kMinimum, kMaximum};
+  }
+}
+}  // namespace asn1

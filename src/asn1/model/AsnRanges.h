@@ -1,0 +1,52 @@
+// Flat sets of whole numbers that constraints allow: the values of an INTEGER or ENUMERATED, the sizes of a string or
+// list. The least and the greatest 64-bit number stand for the infinities.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "asn1/model/AsnModel.h"
+
+namespace asn1 {
+inline constexpr int64_t kMinimum = INT64_MIN, kMaximum = INT64_MAX;
+
+struct Segment {
+  int64_t low, high;
+  bool operator==(const Segment&) const = default;
+};
+
+/// Sorted segments that do not touch each other.
+class ValueSet {
+ public:
+  ValueSet() = default;
+  ValueSet(int64_t low, int64_t high);
+  bool empty() const { return segments_.empty(); }
+  const std::vector<Segment>& segments() const { return segments_; }
+  int64_t low() const { return segments_.front().low; }
+  int64_t high() const { return segments_.back().high; }
+  ValueSet Merge(const ValueSet& other) const;
+  ValueSet Intersect(const ValueSet& other) const;
+  ValueSet Exclude(const ValueSet& other) const;
+
+ private:
+  std::vector<Segment> segments_;
+};
+
+/// What a type's constraints, those of the types that it refers to included, leave of its values or sizes.
+struct ConstrainedSet {
+  ValueSet set;
+  bool constrained = false;
+  bool extensible = false;  // values beyond the set may come from a later version
+};
+ConstrainedSet IntegerSetOf(const AsnType& type);
+ConstrainedSet SizeSetOf(const AsnType& type);
+/// The characters that a permitted alphabet leaves, in ascending order; none where there is no such constraint.
+std::string PermittedAlphabetOf(const AsnType& type);
+/// The characters that one FROM constraint names.
+std::string constructAllowedCharacters(const AsnConstraint& constraint);
+
+/// The endpoints of a type's values or sizes: an unbounded high one is the greatest number, an unbounded low one the
+/// least of an INTEGER or ENUMERATED and 0 of a size.
+Segment EndpointsOf(const AsnType& type);
+}  // namespace asn1
