@@ -156,7 +156,8 @@ int Compilation::run() {
     if (reporter_.errors() == 0 && modules_.empty()) reporter_.error("no source was given");
     // After a syntax error most names would be missing.
     if (reporter_.errors() > 0) return 1;
-    Resolver(modules_, arena_, reporter_).run(options_.entries);
+    Resolver resolver(modules_, arena_, reporter_);  // keeps the nodes that are written
+    resolver.run(options_.entries);
     if (reporter_.errors() > 0) return 1;
     return writeAll() ? 0 : 1;
   } catch (const TooManyErrors&) {

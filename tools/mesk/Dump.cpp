@@ -128,6 +128,8 @@ class Dump {
         "?", "?", "range", "from", "size", "single", "contained", "with-component", "with-components", "table",
         "component", "pattern", "contents", "user-defined", "...", "?", "?"};
     const SubRec& record = at(constraints_, number);
+    if (depth_ > 1000) throw Invalid{"the nesting"};
+    Depth depth(depth_);
     std::printf("%s", record.kind <= kEmptyException ? kKinds[record.kind] : "?");
     if (record.flags & kFlagException) std::printf("!");
     if (record.flags & kFlagPartial) std::printf("+");
@@ -163,6 +165,17 @@ class Dump {
 
   void printValue(int32_t number) {
     const VNode& value = at(values_, number);
+    if (depth_ > 1000) throw Invalid{"the nesting"};
+    Depth depth(depth_);
+    if (value.field_type) {
+      const TNode& type = at(types_, value.field_type);
+      std::printf("type");
+      printTags(type.first_tag);
+      std::printf(" %s", typeName(type.main_type));
+      printReference(type.ref_module, type.ref_type);
+      printConstraints(type);
+      return;
+    }
     switch (value.main_type) {
       case TYP_INTEGER:
       case TYP_ENUM:
@@ -179,13 +192,6 @@ class Dump {
         break;
       case TYP_EXTENSION_MARKER: std::printf("..."); break;
       default:
-        if (value.field_type) {
-          printTags(at(types_, value.field_type).first_tag);
-          std::printf("type %s", typeName(at(types_, value.field_type).main_type));
-          printReference(at(types_, value.field_type).ref_module, at(types_, value.field_type).ref_type);
-          printConstraints(at(types_, value.field_type));
-          return;
-        }
         std::printf("%s", typeName(value.main_type));
     }
     if (value.main_type != TYP_INTEGER && value.main_type != TYP_ENUM && value.text8) std::printf(" \"%s\"", text(value.text8));
@@ -265,6 +271,7 @@ class Dump {
 
   const std::string& bytes_;
   size_t pos_ = 0;
+  int depth_ = 0;
   std::vector<MNode> modules_;
   std::vector<TNode> types_;
   std::vector<VNode> values_;

@@ -403,6 +403,12 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
     Parser parser = parserAt(arg->context, arg->range.begin);
     if (!parser.isSymbol("{")) return objectSetFor(parser.parseReference(), arg->context);
     const Range range = parser.skipBraces();
+    Parser inner = parserAt(arg->context, range.begin + 1);
+    if (range.end - range.begin > 2 && inner.peek().kind == Tok::kUpper) {
+      // {Set} stands for the set itself.
+      const RefAst set = inner.parseReference();
+      if (inner.pos == range.end - 1) return objectSetFor(set, arg->context);
+    }
     const Context governed{context.env->definition->module, context.env};
     const ClassUse cls = classOf(*arg->param->governor, governed);
     return makeObjectSet(range, arg->context, cls, classReference(cls, context, ref.token));
