@@ -1,5 +1,6 @@
-// What the parser makes of a module: definitions as they are written, with names unresolved. Whatever needs to know
-// the kind of a name first (values in braces, objects, sets, actual parameters) stays a range of tokens.
+// What the parser makes of a module: definitions as they are written, with names unresolved. Whatever needs
+// to know the kind of a name first (values in braces, objects, sets, actual parameters) stays a range of
+// tokens.
 #pragma once
 
 #include <deque>
@@ -94,8 +95,21 @@ struct TypeAst {
 
 struct ValueAst {
   enum Kind : uint8_t {
-    kTrue, kFalse, kNull, kInteger, kReal, kCString, kBString, kHString, kPlusInfinity, kMinusInfinity,
-    kRef, kBraces, kChoice, kTyped, kField,
+    kTrue,
+    kFalse,
+    kNull,
+    kInteger,
+    kReal,
+    kCString,
+    kBString,
+    kHString,
+    kPlusInfinity,
+    kMinusInfinity,
+    kRef,
+    kBraces,
+    kChoice,
+    kTyped,
+    kField,
   };
   Kind kind = kNull;
   int token = 0;
@@ -112,8 +126,8 @@ struct FieldAst {
   asn1::FieldKind kind = asn1::kTypeField;  // object fields still count as value fields
   std::string_view name;
   int token = 0;
-  TypeAst* type = nullptr;                // of fixed fields; the class of object fields
-  std::vector<std::string_view> fields;   // of variable fields
+  TypeAst* type = nullptr;               // of fixed fields; the class of object fields
+  std::vector<std::string_view> fields;  // of variable fields
   bool unique = false, optional = false;
   Range default_setting;  // empty if there is none
 };
@@ -146,7 +160,8 @@ struct Definition {
   std::string_view name;
   int token = 0;
   DefKind kind = DefKind::kType;
-  State kind_state = State::kNew;  // kType, kValue and kValueSet may turn out to be kClass, kObject, kObjectSet
+  State kind_state =
+      State::kNew;  // kType, kValue and kValueSet may turn out to be kClass, kObject, kObjectSet
   bool parameterized = false;
   std::vector<ParamAst> params;
   TypeAst* type = nullptr;  // the type; the governor of the others
@@ -181,7 +196,7 @@ struct Module {
   std::deque<Definition> definitions;
   std::unordered_map<std::string_view, Definition*> by_name;
   std::unordered_map<std::string_view, std::string_view> imported;  // symbol to module
-  std::vector<Module*> import_records;  // record 2 and up
+  std::vector<Module*> import_records;                              // record 2 and up
 
   Place place(int index) const { return Place{file, (*tokens)[index].line, (*tokens)[index].column}; }
 };

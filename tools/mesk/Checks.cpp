@@ -16,7 +16,8 @@ bool Resolver::needsExplicitTag(TypeNode* type) {
     } else if (type->main == TYP_SELECTION) {
       type = base(type);
     } else {
-      return type->main == TYP_CHOICE || type->main == TYP_ANY || type->main == TYP_OPEN || type->main == TYP_FIELDLIST;
+      return type->main == TYP_CHOICE || type->main == TYP_ANY || type->main == TYP_OPEN ||
+             type->main == TYP_FIELDLIST;
     }
   }
   return false;
@@ -33,7 +34,8 @@ void Resolver::settleTags(TypeNode& node) {
     } catch (const Abandoned&) {
       continue;
     }
-    if (number && (*number < 0 || *number > INT32_MAX)) error(tag.context, tag.ast->token, "the tag's number is out of range");
+    if (number && (*number < 0 || *number > INT32_MAX))
+      error(tag.context, tag.ast->token, "the tag's number is out of range");
     tag.number = number.value_or(0);
   }
   if (node.tags.empty()) return;
@@ -51,14 +53,19 @@ void Resolver::checkFinite() {
   }
   for (bool changed = true; changed && !open.empty();) {
     const size_t before = open.size();
-    std::reverse(open.begin(), open.end());
-    open.erase(std::remove_if(open.begin(), open.end(), [&](Definition* definition) {
-                 const bool finite = isFinite(*definition->type_node);
-                 if (finite) finite_[definition->type_node] = true;
-                 return finite;
-               }), open.end());
+    std::reverse(open.begin(), open.end());  // chains of references may run either way
+    open.erase(std::remove_if(open.begin(), open.end(),
+                              [&](Definition* definition) {
+                                const bool finite = isFinite(*definition->type_node);
+                                if (finite) finite_[definition->type_node] = true;
+                                return finite;
+                              }),
+               open.end());
     changed = open.size() != before;
   }
+  std::sort(open.begin(), open.end(), [](const Definition* one, const Definition* other) {
+    return std::pair(one->module->name, one->token) < std::pair(other->module->name, other->token);
+  });
   for (Definition* definition : open) {
     reporter_.error(definition->module->place(definition->token),
                     quoted(definition->name) + " contains itself without an end");
@@ -68,7 +75,8 @@ void Resolver::checkFinite() {
 bool Resolver::isFinite(TypeNode& node) {
   switch (node.main) {
     case TYP_SYNONYM:
-    case TYP_SELECTION: return !node.ref || finite_.count(typeOf(*node.ref)) != 0;
+    case TYP_SELECTION:
+      return !node.ref || finite_.count(typeOf(*node.ref)) != 0;
     case TYP_SEQ:
     case TYP_SET:
       return std::all_of(node.components.begin(), node.components.end(), [&](TypeNode* part) {
@@ -77,7 +85,8 @@ bool Resolver::isFinite(TypeNode& node) {
     case TYP_CHOICE:
       return std::any_of(node.components.begin(), node.components.end(),
                          [&](TypeNode* part) { return !part->isMarker() && isFinite(*part); });
-    default: return true;
+    default:
+      return true;
   }
 }
 
@@ -109,7 +118,8 @@ void Resolver::outermostTags(TypeNode& node, TagSet& set, int depth) {
         if (!part->isMarker()) outermostTags(*part, set, depth + 1);
       }
       return;
-    default: break;
+    default:
+      break;
   }
   static constexpr int kTags[] = {
 #define MAIN_TYPE(number, name, tag, constructed, text) tag,
@@ -128,8 +138,8 @@ void Resolver::checkDistinctTags(TypeNode& node) {
   std::map<std::pair<int, int64_t>, TypeNode*> used;
   TypeNode* open = nullptr;  // a component that may have any tag
   const auto clash = [&](TypeNode* part, TypeNode* other) {
-    error(part->context, part->token,
-          "the tags of " + quoted(part->name) + " and " + quoted(other->name) + " are not distinct");
+    reporter_.error(part->source->place(part->token), "the tags of " + quoted(part->name) + " and " +
+                                                          quoted(other->name) + " are not distinct");
   };
   for (TypeNode* part : node.components) {
     if (part->isMarker()) continue;
@@ -160,11 +170,13 @@ void Resolver::checkDistinctTags(TypeNode& node) {
   }
 }
 
-/// Marks the definitions that lie on a cycle of references: those in a strongly connected component of their own.
+/// Marks the definitions that lie on a cycle of references: those in a strongly connected component of their
+/// own.
 void Resolver::markRecursive() {
   std::unordered_map<TypeNode*, std::vector<TypeNode*>> edges;
   for (TypeNode& node : types_) {
-    if (node.ref && node.of_definition && node.ref->type_node) edges[node.of_definition].push_back(node.ref->type_node);
+    if (node.ref && node.of_definition && node.ref->type_node)
+      edges[node.of_definition].push_back(node.ref->type_node);
   }
   struct Visit {
     int index = 0, low = 0;

@@ -19,7 +19,9 @@ bool exists(const std::string& path) {
   return true;
 }
 
-bool endsInAsn(const std::string& name) { return name.size() > 4 && name.compare(name.size() - 4, 4, ".asn") == 0; }
+bool endsInAsn(const std::string& name) {
+  return name.size() > 4 && name.compare(name.size() - 4, 4, ".asn") == 0;
+}
 
 }  // namespace
 
@@ -112,9 +114,9 @@ void Compilation::checkOutputs() {
   for (const auto& module : modules_) {
     const auto [place, fresh] = outputs.emplace(module->generation_prefix, module.get());
     if (!fresh && place->second->name != module->name) {
-      reporter_.error(module->place(module->token), "modules " + quoted(module->name) + " and " +
-                                                        quoted(place->second->name) + " have the same prefix " +
-                                                        quoted(module->generation_prefix));
+      reporter_.error(module->place(module->token),
+                      "modules " + quoted(module->name) + " and " + quoted(place->second->name) +
+                          " have the same prefix " + quoted(module->generation_prefix));
     }
   }
 }
@@ -137,7 +139,8 @@ bool Compilation::writeAll() {
   writer.number();
   std::vector<std::string> files;
   for (const auto& module : modules_) {
-    files.push_back(writer.contents(*module, options_.optionsFor({module->file_prefix, module->generation_prefix})));
+    files.push_back(
+        writer.contents(*module, options_.optionsFor({module->file_prefix, module->generation_prefix})));
   }
   if (reporter_.errors() > 0) return false;
   for (size_t i = 0; i < files.size(); ++i) {
@@ -156,7 +159,8 @@ int Compilation::run() {
     if (reporter_.errors() == 0 && modules_.empty()) reporter_.error("no source was given");
     // After a syntax error most names would be missing.
     if (reporter_.errors() > 0) return 1;
-    Resolver(modules_, arena_, reporter_).run(options_.entries);
+    Resolver resolver(modules_, arena_, reporter_);  // keeps the nodes that are written
+    resolver.run(options_.entries);
     if (reporter_.errors() > 0) return 1;
     return writeAll() ? 0 : 1;
   } catch (const TooManyErrors&) {

@@ -34,8 +34,8 @@ class Dump {
     if (head.generation_prefix) std::printf(" generation %s", text(head.generation_prefix));
     std::printf(" tags %s\n", head.code == 0 ? "explicit" : head.code == 1 ? "implicit" : "automatic");
     for (size_t i = 1; i < modules_.size(); ++i) {
-      std::printf("import %zu %s file %s entry %d\n", i + 1, text(modules_[i].name), text(modules_[i].file_prefix),
-                  modules_[i].first_object_set);
+      std::printf("import %zu %s file %s entry %d\n", i + 1, text(modules_[i].name),
+                  text(modules_[i].file_prefix), modules_[i].first_object_set);
     }
     for (int i = head.first_option; i && i <= head.last_option; ++i) {
       std::printf("option %d %s\n", at(options_, i).mask, text(at(options_, i).text));
@@ -50,7 +50,8 @@ class Dump {
  private:
   template <typename Record>
   void loadRecords(std::vector<Record>& records, int32_t count) {
-    if (count < 0 || static_cast<size_t>(count) > (bytes_.size() - pos_) / sizeof(Record)) throw Invalid{"a count of records"};
+    if (count < 0 || static_cast<size_t>(count) > (bytes_.size() - pos_) / sizeof(Record))
+      throw Invalid{"a count of records"};
     records.resize(static_cast<size_t>(count));
     if (count) std::memcpy(records.data(), bytes_.data() + pos_, records.size() * sizeof(Record));
     pos_ += records.size() * sizeof(Record);
@@ -62,7 +63,8 @@ class Dump {
       if (bytes_.size() - pos_ < sizeof units) throw Invalid{"a string"};
       std::memcpy(&units, bytes_.data() + pos_, sizeof units);
       pos_ += sizeof units;
-      if (units == 0 || units > kMaxStringUnits || bytes_.size() - pos_ < units * width) throw Invalid{"a string"};
+      if (units == 0 || units > kMaxStringUnits || bytes_.size() - pos_ < units * width)
+        throw Invalid{"a string"};
       std::string text;
       for (size_t k = 0; k + 1 < units; ++k) {
         uint32_t code = 0;
@@ -104,7 +106,8 @@ class Dump {
   const char* text(int32_t number) const { return at(texts_, number).c_str(); }
 
   static int64_t wide(const int32_t* words) {
-    return static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(words[1])) << 32) | static_cast<uint32_t>(words[0]));
+    return static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(words[1])) << 32) |
+                                static_cast<uint32_t>(words[0]));
   }
 
   static const char* typeName(uint8_t main) { return main <= kNoValue ? kTypeNames[main] : "?"; }
@@ -113,8 +116,8 @@ class Dump {
     static constexpr const char* kClasses[] = {"UNIVERSAL ", "APPLICATION ", "", "PRIVATE ", "?", "?"};
     for (int32_t i = first; i; i = at(tags_, i).next) {
       const TagRec& tag = at(tags_, i);
-      std::printf(" [%s%d]%s", tag.tag_class >= 0 && tag.tag_class <= 5 ? kClasses[tag.tag_class] : "?", tag.number,
-                  tag.is_explicit ? "e" : "i");
+      std::printf(" [%s%d]%s", tag.tag_class >= 0 && tag.tag_class <= 5 ? kClasses[tag.tag_class] : "?",
+                  tag.number, tag.is_explicit ? "e" : "i");
     }
   }
 
@@ -124,10 +127,34 @@ class Dump {
   }
 
   void printConstraint(int32_t number) {
-    static constexpr const char* kKinds[] = {"?", "union", "intersection", "catenation", "except", "all-except", "?", "?",
-        "?", "?", "range", "from", "size", "single", "contained", "with-component", "with-components", "table",
-        "component", "pattern", "contents", "user-defined", "...", "?", "?"};
+    static constexpr const char* kKinds[] = {"?",
+                                             "union",
+                                             "intersection",
+                                             "catenation",
+                                             "except",
+                                             "all-except",
+                                             "?",
+                                             "?",
+                                             "?",
+                                             "?",
+                                             "range",
+                                             "from",
+                                             "size",
+                                             "single",
+                                             "contained",
+                                             "with-component",
+                                             "with-components",
+                                             "table",
+                                             "component",
+                                             "pattern",
+                                             "contents",
+                                             "user-defined",
+                                             "...",
+                                             "?",
+                                             "?"};
     const SubRec& record = at(constraints_, number);
+    if (depth_ > 1000) throw Invalid{"the nesting"};
+    Depth depth(depth_);
     std::printf("%s", record.kind <= kEmptyException ? kKinds[record.kind] : "?");
     if (record.flags & kFlagException) std::printf("!");
     if (record.flags & kFlagPartial) std::printf("+");
@@ -136,7 +163,8 @@ class Dump {
     const char* comma = "";
     if (record.text) std::printf("%s", text(record.text)), comma = ", ";
     if (record.kind == kWithComponents) {
-      for (int32_t i = record.first; i; i = at(constraints_, i).next) std::printf("%s", comma), printConstraint(i), comma = ", ";
+      for (int32_t i = record.first; i; i = at(constraints_, i).next)
+        std::printf("%s", comma), printConstraint(i), comma = ", ";
     } else if (record.first) {
       std::printf("%s", comma), printConstraint(record.first), comma = ", ";
     }
@@ -150,7 +178,8 @@ class Dump {
     }
     for (int32_t i = record.path; i; i = at(steps_, i).next) {
       const SNode& step = at(steps_, i);
-      std::printf(i == record.path ? " @%.*s%s" : "%.*s.%s", i == record.path ? step.level : 0, "..........", text(step.text));
+      std::printf(i == record.path ? " @%.*s%s" : "%.*s.%s", i == record.path ? step.level : 0, "..........",
+                  text(step.text));
       std::printf("/%d:%d", step.module, step.record);
     }
     if (record.component_type) {
@@ -163,32 +192,43 @@ class Dump {
 
   void printValue(int32_t number) {
     const VNode& value = at(values_, number);
+    if (depth_ > 1000) throw Invalid{"the nesting"};
+    Depth depth(depth_);
+    if (value.field_type) {
+      const TNode& type = at(types_, value.field_type);
+      std::printf("type");
+      printTags(type.first_tag);
+      std::printf(" %s", typeName(type.main_type));
+      printReference(type.ref_module, type.ref_type);
+      printConstraints(type);
+      return;
+    }
     switch (value.main_type) {
       case TYP_INTEGER:
       case TYP_ENUM:
         if (value.text8) std::printf("%s=", text(value.text8));
         std::printf("%lld", static_cast<long long>(wide(value.v.i.integer)));
         break;
-      case TYP_BOOLEAN: std::printf(value.v.i.integer[0] ? "TRUE" : "FALSE"); break;
+      case TYP_BOOLEAN:
+        std::printf(value.v.i.integer[0] ? "TRUE" : "FALSE");
+        break;
       case TYP_REAL:
-        std::printf("{%lld, %d, %d}", static_cast<long long>(wide(value.v.r.mantissa)), value.v.r.base, value.v.r.exponent);
+        std::printf("{%lld, %d, %d}", static_cast<long long>(wide(value.v.r.mantissa)), value.v.r.base,
+                    value.v.r.exponent);
         break;
       case TYP_SYNONYM:
         std::printf("%s", value.ref_module == 1 ? text(at(values_, value.ref_value).name) : "");
-        if (value.ref_module > 1) std::printf("%s:%d", text(at(modules_, value.ref_module).name), value.ref_value);
+        if (value.ref_module > 1)
+          std::printf("%s:%d", text(at(modules_, value.ref_module).name), value.ref_value);
         break;
-      case TYP_EXTENSION_MARKER: std::printf("..."); break;
+      case TYP_EXTENSION_MARKER:
+        std::printf("...");
+        break;
       default:
-        if (value.field_type) {
-          printTags(at(types_, value.field_type).first_tag);
-          std::printf("type %s", typeName(at(types_, value.field_type).main_type));
-          printReference(at(types_, value.field_type).ref_module, at(types_, value.field_type).ref_type);
-          printConstraints(at(types_, value.field_type));
-          return;
-        }
         std::printf("%s", typeName(value.main_type));
     }
-    if (value.main_type != TYP_INTEGER && value.main_type != TYP_ENUM && value.text8) std::printf(" \"%s\"", text(value.text8));
+    if (value.main_type != TYP_INTEGER && value.main_type != TYP_ENUM && value.text8)
+      std::printf(" \"%s\"", text(value.text8));
     if (value.text16) std::printf(" 16\"%s\"", at(texts16_, value.text16).c_str());
     if (value.text32) std::printf(" 32\"%s\"", at(texts32_, value.text32).c_str());
     if (value.actual_type) std::printf(" of %s", typeName(at(types_, value.actual_type).main_type));
@@ -243,8 +283,10 @@ class Dump {
     int count = 0;
     for (int32_t i = type.first_component; i; i = at(types_, i).next) {
       const TNode& part = at(types_, i);
-      if (part.parent != number || part.element_level != type.element_level + 1) throw Invalid{"the parent of a component"};
-      if (part.main_type != TYP_EXTENSION_MARKER && part.component_nbr != count++) throw Invalid{"the number of a component"};
+      if (part.parent != number || part.element_level != type.element_level + 1)
+        throw Invalid{"the parent of a component"};
+      if (part.main_type != TYP_EXTENSION_MARKER && part.component_nbr != count++)
+        throw Invalid{"the number of a component"};
       printType(i, depth + 1);
     }
     if (count != type.components) throw Invalid{"a number of components"};
@@ -265,6 +307,7 @@ class Dump {
 
   const std::string& bytes_;
   size_t pos_ = 0;
+  int depth_ = 0;
   std::vector<MNode> modules_;
   std::vector<TNode> types_;
   std::vector<VNode> values_;

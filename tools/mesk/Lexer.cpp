@@ -4,27 +4,104 @@
 
 namespace mesk {
 
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isLetter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 bool isReservedWord(std::string_view word) {
-  static const std::unordered_set<std::string_view> kWords = {
-      "ABSENT", "ABSTRACT-SYNTAX", "ALL", "ANY", "APPLICATION", "AUTOMATIC", "BEGIN", "BIT", "BMPString", "BOOLEAN",
-      "BY", "CHARACTER", "CHOICE", "CLASS", "COMPONENT", "COMPONENTS", "CONSTRAINED", "CONTAINING", "DEFAULT",
-      "DEFINED", "DEFINITIONS", "EMBEDDED", "ENCODED", "END", "ENUMERATED", "EXCEPT", "EXPLICIT", "EXPORTS",
-      "EXTENSIBILITY", "EXTERNAL", "FALSE", "FROM", "GeneralString", "GeneralizedTime", "GraphicString", "IA5String",
-      "IDENTIFIER", "IMPLICIT", "IMPLIED", "IMPORTS", "INCLUDES", "INSTANCE", "INTEGER", "INTERSECTION",
-      "ISO646String", "MAX", "MIN", "MINUS-INFINITY", "NULL", "NumericString", "OBJECT", "OCTET", "OF", "OPTIONAL",
-      "ObjectDescriptor", "PATTERN", "PDV", "PLUS-INFINITY", "PRESENT", "PRIVATE", "PrintableString", "REAL",
-      "RELATIVE-OID", "SEQUENCE", "SET", "SIZE", "STRING", "SYNTAX", "T61String", "TAGS", "TRUE", "TYPE-IDENTIFIER",
-      "TeletexString", "UNION", "UNIQUE", "UNIVERSAL", "UTCTime", "UTF8String", "UniversalString", "VideotexString",
-      "VisibleString", "WITH"};
+  static const std::unordered_set<std::string_view> kWords = {"ABSENT",
+                                                              "ABSTRACT-SYNTAX",
+                                                              "ALL",
+                                                              "ANY",
+                                                              "APPLICATION",
+                                                              "AUTOMATIC",
+                                                              "BEGIN",
+                                                              "BIT",
+                                                              "BMPString",
+                                                              "BOOLEAN",
+                                                              "BY",
+                                                              "CHARACTER",
+                                                              "CHOICE",
+                                                              "CLASS",
+                                                              "COMPONENT",
+                                                              "COMPONENTS",
+                                                              "CONSTRAINED",
+                                                              "CONTAINING",
+                                                              "DEFAULT",
+                                                              "DEFINED",
+                                                              "DEFINITIONS",
+                                                              "EMBEDDED",
+                                                              "ENCODED",
+                                                              "END",
+                                                              "ENUMERATED",
+                                                              "EXCEPT",
+                                                              "EXPLICIT",
+                                                              "EXPORTS",
+                                                              "EXTENSIBILITY",
+                                                              "EXTERNAL",
+                                                              "FALSE",
+                                                              "FROM",
+                                                              "GeneralString",
+                                                              "GeneralizedTime",
+                                                              "GraphicString",
+                                                              "IA5String",
+                                                              "IDENTIFIER",
+                                                              "IMPLICIT",
+                                                              "IMPLIED",
+                                                              "IMPORTS",
+                                                              "INCLUDES",
+                                                              "INSTANCE",
+                                                              "INTEGER",
+                                                              "INTERSECTION",
+                                                              "ISO646String",
+                                                              "MAX",
+                                                              "MIN",
+                                                              "MINUS-INFINITY",
+                                                              "NULL",
+                                                              "NumericString",
+                                                              "OBJECT",
+                                                              "OCTET",
+                                                              "OF",
+                                                              "OPTIONAL",
+                                                              "ObjectDescriptor",
+                                                              "PATTERN",
+                                                              "PDV",
+                                                              "PLUS-INFINITY",
+                                                              "PRESENT",
+                                                              "PRIVATE",
+                                                              "PrintableString",
+                                                              "REAL",
+                                                              "RELATIVE-OID",
+                                                              "SEQUENCE",
+                                                              "SET",
+                                                              "SIZE",
+                                                              "STRING",
+                                                              "SYNTAX",
+                                                              "T61String",
+                                                              "TAGS",
+                                                              "TRUE",
+                                                              "TYPE-IDENTIFIER",
+                                                              "TeletexString",
+                                                              "UNION",
+                                                              "UNIQUE",
+                                                              "UNIVERSAL",
+                                                              "UTCTime",
+                                                              "UTF8String",
+                                                              "UniversalString",
+                                                              "VideotexString",
+                                                              "VisibleString",
+                                                              "WITH"};
   return kWords.count(word) != 0;
 }
 
 namespace {
 
-bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
+bool isSpace(char c) {
+  return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
 
 class Lexer {
  public:
@@ -54,7 +131,9 @@ class Lexer {
     start_column_ = static_cast<int>(pos_ - line_start_) + 1;
   }
 
-  void add(Tok kind, std::string_view text) { tokens_.push_back(Token{kind, text, start_line_, start_column_, -1}); }
+  void add(Tok kind, std::string_view text) {
+    tokens_.push_back(Token{kind, text, start_line_, start_column_, -1});
+  }
 
   void skipLineComment() {
     pos_ += 2;
@@ -168,6 +247,7 @@ class Lexer {
     const char* allowed = kind == 'B' ? "01" : "0123456789ABCDEF";
     if (kind != 'B' && kind != 'H') {
       error("a string of digits must be followed by B or H");
+      while (isLetter(at(0)) || isDigit(at(0))) ++pos_;
     } else {
       ++pos_;
       if (digits.find_first_not_of(allowed) != std::string::npos) {
@@ -242,6 +322,8 @@ class Lexer {
 
 }  // namespace
 
-std::vector<Token> tokenize(SourceFile& file, Reporter& reporter) { return Lexer(file, reporter).run(); }
+std::vector<Token> tokenize(SourceFile& file, Reporter& reporter) {
+  return Lexer(file, reporter).run();
+}
 
 }  // namespace mesk

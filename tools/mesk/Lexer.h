@@ -9,9 +9,9 @@ namespace mesk {
 
 enum class Tok : uint8_t {
   kEnd,
-  kUpper,    // a word that begins with a capital: a type, module or class reference, or a keyword
-  kLower,    // a word that begins with a small letter
-  kField,    // & and a word
+  kUpper,  // a word that begins with a capital: a type, module or class reference, or a keyword
+  kLower,  // a word that begins with a small letter
+  kField,  // & and a word
   kNumber,
   kReal,
   kCString,  // text is what stands between the quotes, with "" and line ends resolved

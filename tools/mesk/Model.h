@@ -1,5 +1,5 @@
-// What the resolver makes of the definitions: types, values and constraints with their references resolved, one node
-// for each record to come.
+// What the resolver makes of the definitions: types, values and constraints with their references resolved,
+// one node for each record to come.
 #pragma once
 
 #include "mesk/Ast.h"
@@ -18,7 +18,7 @@ struct Argument {
   Range range;
   Context context;  // where the range stands
   const ParamAst* param = nullptr;
-  TypeAst* type = nullptr;    // once it was parsed as such
+  TypeAst* type = nullptr;  // once it was parsed as such
   ValueAst* value = nullptr;
 };
 
@@ -81,7 +81,7 @@ struct TypeNode {
   Definition* ref = nullptr;
   std::string_view ref_name;
   TypeNode* class_field = nullptr;
-  Module* module = nullptr;  // that writes it
+  Module* module = nullptr;        // that writes it
   const Module* source = nullptr;  // where the text stands, with the token
   int token = 0, number = 0;
   const TypeAst* ast = nullptr;  // of INTEGER, BIT STRING and ENUMERATED until named_done

@@ -14,7 +14,8 @@ constexpr size_t kLongestOption = 512;
 std::string_view trimmed(std::string_view text) {
   const char* blanks = " \t\r\n\v\f";
   const size_t begin = text.find_first_not_of(blanks);
-  return begin == std::string_view::npos ? std::string_view() : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+  return begin == std::string_view::npos ? std::string_view()
+                                         : text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
 }
 
 std::vector<std::string> splitAtColons(std::string_view text) {
@@ -80,7 +81,8 @@ bool Options::readFile(const std::string& path) {
   std::string text;
   char buffer[4096];
   size_t read;
-  while ((read = std::fread(buffer, 1, sizeof buffer, file)) > 0 && text.size() < (16u << 20)) text.append(buffer, read);
+  while ((read = std::fread(buffer, 1, sizeof buffer, file)) > 0 && text.size() < (16u << 20))
+    text.append(buffer, read);
   std::fclose(file);
   bool good = true;
   size_t begin = 0;
@@ -91,7 +93,8 @@ bool Options::readFile(const std::string& path) {
     if (line.empty()) continue;
     if (line[0] == '-' && line.substr(0, 2) != "--") {
       std::string upper(line);
-      std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
+      std::transform(upper.begin(), upper.end(), upper.begin(),
+                     [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
       if (upper == "-END-OF-OPTIONS") break;
       good &= addOption(line.substr(1));
     } else if (isLetter(line[0]) || isDigit(line[0]) || line[0] == '_') {
@@ -105,15 +108,18 @@ bool Options::readFile(const std::string& path) {
 bool Options::addPrefix(std::string_view value) {
   std::vector<std::string> parts = splitAtColons(value);
   parts.resize(std::max<size_t>(parts.size(), 3));
-  const bool valid = parts.size() == 3 && !parts[0].empty() && isLetter(parts[0][0]) &&
-                     std::all_of(parts.begin(), parts.end(), [](const std::string& part) { return isPrefix(part); });
+  const bool valid =
+      parts.size() == 3 && !parts[0].empty() && isLetter(parts[0][0]) &&
+      std::all_of(parts.begin(), parts.end(), [](const std::string& part) { return isPrefix(part); });
   if (!valid) {
-    std::printf("Error: the option -PREFIX=%s is not of the form module:file:generation\n", std::string(value).c_str());
+    std::printf("Error: the option -PREFIX=%s is not of the form module:file:generation\n",
+                std::string(value).c_str());
     return false;
   }
   if (parts[1].empty()) parts[1] = parts[0];
   if (parts[2].empty()) parts[2] = parts[1];
-  prefixes[hyphenated(parts[0])] = Prefixes{parts[1].substr(0, kPrefixLength), parts[2].substr(0, kPrefixLength)};
+  prefixes[hyphenated(parts[0])] =
+      Prefixes{parts[1].substr(0, kPrefixLength), parts[2].substr(0, kPrefixLength)};
   return true;
 }
 
@@ -121,8 +127,10 @@ bool Options::addEntry(std::string_view value) {
   // The kind of the entry stands behind the name, or before it.
   const std::vector<std::string> parts = splitAtColons(value);
   const auto is_kind = [](std::string part) {
-    std::transform(part.begin(), part.end(), part.begin(), [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
-    return part.empty() || part == "SDU" || part == "PDU" || part.find_first_not_of("01234567") == std::string::npos;
+    std::transform(part.begin(), part.end(), part.begin(),
+                   [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
+    return part.empty() || part == "SDU" || part == "PDU" ||
+           part.find_first_not_of("01234567") == std::string::npos;
   };
   for (const std::string& part : parts) {
     if (!is_kind(part)) entries.insert(hyphenated(part));
@@ -133,9 +141,12 @@ bool Options::addEntry(std::string_view value) {
 bool Options::addOption(std::string_view text) {
   const size_t equals = text.find('=');
   std::string name(text.substr(0, equals));
-  std::transform(name.begin(), name.end(), name.begin(), [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
-  const std::string_view value = equals == std::string_view::npos ? std::string_view() : text.substr(equals + 1);
-  const bool printable = std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 32 && c != 127; });
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
+  const std::string_view value =
+      equals == std::string_view::npos ? std::string_view() : text.substr(equals + 1);
+  const bool printable = std::all_of(text.begin(), text.end(),
+                                     [](char c) { return static_cast<unsigned char>(c) >= 32 && c != 127; });
   if (name == "S") {
     syntax_directory = value.empty() ? "." : value;
   } else if (name == "A") {
@@ -166,9 +177,10 @@ bool Options::addOption(std::string_view text) {
 std::vector<std::string> Options::optionsFor(const Prefixes& prefixes) const {
   std::vector<std::string> texts;
   for (const ModuleOption& option : module_options) {
-    const bool holds = option.scope.empty() || std::any_of(option.scope.begin(), option.scope.end(), [&](const auto& prefix) {
-      return prefix == prefixes.file || prefix == prefixes.generation;
-    });
+    const bool holds = option.scope.empty() ||
+                       std::any_of(option.scope.begin(), option.scope.end(), [&](const auto& prefix) {
+                         return prefix == prefixes.file || prefix == prefixes.generation;
+                       });
     if (holds) texts.push_back(option.text);
   }
   return texts;

@@ -13,7 +13,8 @@ struct Prefixes {
   std::string file, generation;
 };
 
-/// An option that is kept for the generators, with the list of prefixes that it holds for; an empty list is all.
+/// An option that is kept for the generators, with the list of prefixes that it holds for; an empty list is
+/// all.
 struct ModuleOption {
   std::string text;
   std::vector<std::string> scope;

@@ -1,5 +1,5 @@
-// Parses the modules of one file. Also parses single types, values and constraints from ranges of tokens whose kind
-// becomes known only later.
+// Parses the modules of one file. Also parses single types, values and constraints from ranges of tokens
+// whose kind becomes known only later.
 #pragma once
 
 #include <memory>

@@ -145,10 +145,12 @@ ConstraintAst* Parser::parseElement() {
     constraint->value = parseValue();
     return constraint;
   }
-  if (isSymbol("{") && peek(1).kind == Tok::kUpper && !isReservedWord(peek(1).text)) return parseTableConstraint();
+  if (isSymbol("{") && peek(1).kind == Tok::kUpper && !isReservedWord(peek(1).text))
+    return parseTableConstraint();
   const bool includes = isWord("INCLUDES");
   const Token& token = peek();
-  static constexpr std::string_view kValueWords[] = {"TRUE", "FALSE", "NULL", "PLUS-INFINITY", "MINUS-INFINITY", "MIN"};
+  static constexpr std::string_view kValueWords[] = {"TRUE",          "FALSE",          "NULL",
+                                                     "PLUS-INFINITY", "MINUS-INFINITY", "MIN"};
   bool value_word = token.kind != Tok::kUpper;
   for (std::string_view word : kValueWords) value_word |= token.text == word;
   // Module.value begins with a capital, too.
@@ -220,7 +222,8 @@ ConstraintAst* Parser::parseTableConstraint() {
     AtPath path;
     path.token = pos;
     expect("@");
-    while (isSymbol(".") || isSymbol("..") || isSymbol("...")) path.level += static_cast<int>(peek().text.size()), ++pos;
+    while (isSymbol(".") || isSymbol("..") || isSymbol("..."))
+      path.level += static_cast<int>(peek().text.size()), ++pos;
     do {
       path.names.push_back(takeLower("the name of a component"));
     } while (accept("."));

@@ -30,11 +30,15 @@ bool Parser::acceptWord(std::string_view word) {
 
 std::string Parser::describe(const Token& token) {
   switch (token.kind) {
-    case Tok::kEnd: return "the end of the file";
-    case Tok::kCString: return "a string";
+    case Tok::kEnd:
+      return "the end of the file";
+    case Tok::kCString:
+      return "a string";
     case Tok::kBString:
-    case Tok::kHString: return "a string of digits";
-    default: return "\"" + std::string(token.text.substr(0, 60)) + "\"";
+    case Tok::kHString:
+      return "a string of digits";
+    default:
+      return "\"" + std::string(token.text.substr(0, 60)) + "\"";
   }
 }
 
@@ -159,8 +163,9 @@ void Parser::parseHeader(Module& module) {
 
 void Parser::parseSymbol(std::vector<std::pair<std::string_view, int>>& symbols) {
   const Token& token = peek();
-  if (token.kind != Tok::kLower && (token.kind != Tok::kUpper || (isReservedWord(token.text) &&
-      token.text != "TYPE-IDENTIFIER" && token.text != "ABSTRACT-SYNTAX"))) {
+  if (token.kind != Tok::kLower &&
+      (token.kind != Tok::kUpper ||
+       (isReservedWord(token.text) && token.text != "TYPE-IDENTIFIER" && token.text != "ABSTRACT-SYNTAX"))) {
     fail("expected a name");
   }
   symbols.emplace_back(token.text, pos++);
@@ -242,7 +247,8 @@ void Parser::parseParameters(Definition& definition) {
 bool Parser::parseAssignment(Module& module) {
   Definition definition;
   definition.token = pos;
-  if (peek().kind == Tok::kUpper && isWord("MACRO", 1)) fail("macros are not supported; expected a definition");
+  if (peek().kind == Tok::kUpper && isWord("MACRO", 1))
+    fail("macros are not supported; expected a definition");
   if (peek().kind == Tok::kLower) {
     definition.name = tokens_[pos++].text;
     if (isSymbol("{")) parseParameters(definition);

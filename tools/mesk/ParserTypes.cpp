@@ -42,13 +42,25 @@ void Parser::parseTags(TypeAst& type) {
 
 /// The types that are one word.
 bool Parser::parsePlainType(TypeAst& type) {
-  static const std::unordered_map<std::string_view, MainType> kTypes = {
-      {"BOOLEAN", TYP_BOOLEAN}, {"REAL", TYP_REAL}, {"NULL", TYP_NULL}, {"NumericString", TYP_NUMSTR},
-      {"PrintableString", TYP_PRISTR}, {"TeletexString", TYP_TELSTR}, {"T61String", TYP_TELSTR},
-      {"VideotexString", TYP_VIDSTR}, {"VisibleString", TYP_VISSTR}, {"ISO646String", TYP_VISSTR},
-      {"IA5String", TYP_IA5STR}, {"GraphicString", TYP_GRASTR}, {"GeneralString", TYP_GENSTR},
-      {"BMPString", TYP_BMPSTR}, {"UniversalString", TYP_UNISTR}, {"GeneralizedTime", TYP_GENTIME},
-      {"UTCTime", TYP_UTCTIME}, {"EXTERNAL", TYP_EXTERNAL}, {"ObjectDescriptor", TYP_OBJDESCR}};
+  static const std::unordered_map<std::string_view, MainType> kTypes = {{"BOOLEAN", TYP_BOOLEAN},
+                                                                        {"REAL", TYP_REAL},
+                                                                        {"NULL", TYP_NULL},
+                                                                        {"NumericString", TYP_NUMSTR},
+                                                                        {"PrintableString", TYP_PRISTR},
+                                                                        {"TeletexString", TYP_TELSTR},
+                                                                        {"T61String", TYP_TELSTR},
+                                                                        {"VideotexString", TYP_VIDSTR},
+                                                                        {"VisibleString", TYP_VISSTR},
+                                                                        {"ISO646String", TYP_VISSTR},
+                                                                        {"IA5String", TYP_IA5STR},
+                                                                        {"GraphicString", TYP_GRASTR},
+                                                                        {"GeneralString", TYP_GENSTR},
+                                                                        {"BMPString", TYP_BMPSTR},
+                                                                        {"UniversalString", TYP_UNISTR},
+                                                                        {"GeneralizedTime", TYP_GENTIME},
+                                                                        {"UTCTime", TYP_UTCTIME},
+                                                                        {"EXTERNAL", TYP_EXTERNAL},
+                                                                        {"ObjectDescriptor", TYP_OBJDESCR}};
   const auto found = kTypes.find(peek().text);
   if (found == kTypes.end()) return false;
   type.main = found->second;
@@ -118,7 +130,9 @@ void Parser::parseUntaggedType(TypeAst& type) {
   }
 }
 
-bool Parser::isFieldAccess() const { return isSymbol(".") && peek(1).kind == Tok::kField; }
+bool Parser::isFieldAccess() const {
+  return isSymbol(".") && peek(1).kind == Tok::kField;
+}
 
 std::vector<std::string_view> Parser::parseFieldPath() {
   std::vector<std::string_view> fields;
@@ -143,7 +157,8 @@ RefAst Parser::parseReference() {
   RefAst ref;
   ref.token = pos;
   const bool builtin = isWord("TYPE-IDENTIFIER") || isWord("ABSTRACT-SYNTAX");
-  if (peek().kind != Tok::kLower && (peek().kind != Tok::kUpper || (!builtin && isReservedWord(peek().text)))) {
+  if (peek().kind != Tok::kLower &&
+      (peek().kind != Tok::kUpper || (!builtin && isReservedWord(peek().text)))) {
     fail("expected a type, a value or a name");
   }
   ref.name = tokens_[pos++].text;
@@ -288,7 +303,8 @@ void Parser::parseComponent(TypeAst& type, int addition) {
     return;
   }
   // The name may be missing in old sources.
-  if (peek().kind == Tok::kLower && !isSymbol("<", 1) && !isSymbol(".", 1)) component.name = tokens_[pos++].text;
+  if (peek().kind == Tok::kLower && !isSymbol("<", 1) && !isSymbol(".", 1))
+    component.name = tokens_[pos++].text;
   component.type = parseType();
   if (type.main != TYP_CHOICE) {
     if (acceptWord("OPTIONAL")) {

@@ -25,11 +25,21 @@ ValueAst* Parser::parseValue() {
       value.text = peek(1).text;
       pos += 2;
       return &value;
-    case Tok::kNumber: value.kind = ValueAst::kInteger, ++pos; return &value;
-    case Tok::kReal: value.kind = ValueAst::kReal, ++pos; return &value;
-    case Tok::kCString: value.kind = ValueAst::kCString, ++pos; return &value;
-    case Tok::kBString: value.kind = ValueAst::kBString, ++pos; return &value;
-    case Tok::kHString: value.kind = ValueAst::kHString, ++pos; return &value;
+    case Tok::kNumber:
+      value.kind = ValueAst::kInteger, ++pos;
+      return &value;
+    case Tok::kReal:
+      value.kind = ValueAst::kReal, ++pos;
+      return &value;
+    case Tok::kCString:
+      value.kind = ValueAst::kCString, ++pos;
+      return &value;
+    case Tok::kBString:
+      value.kind = ValueAst::kBString, ++pos;
+      return &value;
+    case Tok::kHString:
+      value.kind = ValueAst::kHString, ++pos;
+      return &value;
     case Tok::kLower:
       if (isSymbol(":", 1)) {
         value.kind = ValueAst::kChoice;
@@ -39,9 +49,13 @@ ValueAst* Parser::parseValue() {
       }
       break;
     case Tok::kUpper: {
-      static constexpr struct { const char* word; ValueAst::Kind kind; } kWords[] = {
-          {"TRUE", ValueAst::kTrue}, {"FALSE", ValueAst::kFalse},
-          {"PLUS-INFINITY", ValueAst::kPlusInfinity}, {"MINUS-INFINITY", ValueAst::kMinusInfinity}};
+      static constexpr struct {
+        const char* word;
+        ValueAst::Kind kind;
+      } kWords[] = {{"TRUE", ValueAst::kTrue},
+                    {"FALSE", ValueAst::kFalse},
+                    {"PLUS-INFINITY", ValueAst::kPlusInfinity},
+                    {"MINUS-INFINITY", ValueAst::kMinusInfinity}};
       for (const auto& row : kWords) {
         if (!acceptWord(row.word)) continue;
         value.kind = row.kind;
@@ -55,11 +69,16 @@ ValueAst* Parser::parseValue() {
       if (isSymbol(".", 1) && peek(2).kind == Tok::kLower) break;
       value.kind = ValueAst::kTyped;
       value.type = parseType();
-      expect(":");
+      if (!isSymbol(":")) {
+        pos = value.token;
+        fail("expected a value");
+      }
+      ++pos;
       value.inner = parseValue();
       return &value;
     }
-    default: fail("expected a value");
+    default:
+      fail("expected a value");
   }
   if (token.kind == Tok::kSymbol) fail("expected a value");
   value.kind = ValueAst::kRef;

@@ -1,8 +1,8 @@
 // Resolves the names of all modules and makes the nodes that are to be written.
 //
-// First the types of all definitions are made, which only looks through references where it must. Whatever needs other
-// types to be there, constraints, defaults, numbers of tags and of named items, waits in a queue until all definitions
-// have been made. Values are made when somebody asks for them.
+// First the types of all definitions are made, which only looks through references where it must. Whatever
+// needs other types to be there, constraints, defaults, numbers of tags and of named items, waits in a queue
+// until all definitions have been made. Values are made when somebody asks for them.
 #pragma once
 
 #include <functional>
@@ -57,8 +57,10 @@ class Resolver {
     Context context;
     int addition;
   };
-  void expand(const TypeAst& ast, const Context& context, std::vector<Expanded>& out, bool roots_only, bool main_list);
-  std::pair<const TypeAst*, Context> structOf(const TypeAst& ast, const Context& context, asn1::MainType main);
+  void expand(const TypeAst& ast, const Context& context, std::vector<Expanded>& out, bool roots_only,
+              bool main_list);
+  std::pair<const TypeAst*, Context> structOf(const TypeAst& ast, const Context& context,
+                                              asn1::MainType main);
   std::pair<const TypeAst*, Context> lookThrough(const TypeAst& ast, const Context& context);
   void nameItems(TypeNode& node);
   void numberEnumeration(TypeNode& node, std::vector<bool>& numbered);
@@ -90,9 +92,10 @@ class Resolver {
   std::optional<int64_t> literal(const ValueAst& ast, const Context& context);
 
   // Constraints
-  ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner, TypeNode* governor);
-  void fillWithComponents(const ConstraintAst& ast, const Context& context, TypeNode& owner, TypeNode* governor,
-                          ConstraintNode& node);
+  ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,
+                                 TypeNode* governor);
+  void fillWithComponents(const ConstraintAst& ast, const Context& context, TypeNode& owner,
+                          TypeNode* governor, ConstraintNode& node);
   ConstraintNode* fillTable(const ConstraintAst& ast, const Context& context, TypeNode& owner);
   bool fillPath(const AtPath& path, const Context& context, TypeNode& owner, ConstraintNode& node);
   void checkRange(const ConstraintAst& ast, const Context& context, const ConstraintNode& node);
@@ -107,12 +110,15 @@ class Resolver {
   void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
   bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
                   const ClassUse& cls, ValueNode& node, bool optional);
-  void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls, ValueNode& node);
+  void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
+                 ValueNode& node);
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
-  void addObjectSetElements(Parser& parser, int end, const Context& context, const ClassUse& cls, ValueNode& node);
+  void addObjectSetElements(Parser& parser, int end, const Context& context, const ClassUse& cls,
+                            ValueNode& node);
   ValueNode* objectSetFor(const RefAst& ref, const Context& context);
   const ValueNode* objectOf(const RefAst& ref, const Context& context, ClassUse& cls);
-  const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields, const Context& context);
+  const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,
+                             const Context& context);
   TypeNode* classReference(const ClassUse& cls, const Context& context, int token);
 
   // Checks
@@ -151,7 +157,7 @@ class Resolver {
   std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;
   std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;
   std::unordered_map<const FieldAst*, TypeNode*> field_nodes_;
-  Module* current_ = nullptr;     // whose definitions are being made
+  Module* current_ = nullptr;  // whose definitions are being made
   TypeNode* current_definition_ = nullptr;
   int depth_ = 0, expansion_steps_ = 0;
 };

@@ -13,12 +13,22 @@ void Resolver::fillBraces(const ValueAst& ast, const Context& context, TypeNode&
   const int end = ast.range.end - 1;
   switch (type.main) {
     case TYP_SEQ:
-    case TYP_SET: fillStruct(parser, end, context, type, node); break;
+    case TYP_SET:
+      fillStruct(parser, end, context, type, node);
+      break;
     case TYP_SEQOF:
-    case TYP_SETOF: fillList(parser, end, context, type, node); break;
-    case TYP_BITSTR: fillBits(parser, end, context, type, node); break;
-    case TYP_OBJID: fillIdentifier(parser, end, context, node); break;
-    case TYP_REAL: fillRealParts(parser, end, context, node); break;
+    case TYP_SETOF:
+      fillList(parser, end, context, type, node);
+      break;
+    case TYP_BITSTR:
+      fillBits(parser, end, context, type, node);
+      break;
+    case TYP_OBJID:
+      fillIdentifier(parser, end, context, node);
+      break;
+    case TYP_REAL:
+      fillRealParts(parser, end, context, node);
+      break;
     case TYP_EXTERNAL:
     case TYP_EMB_PDV:
     case TYP_CHASTR:
@@ -52,7 +62,8 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
     if (named) {
       const auto found = places.find(word.text);
       if (found == places.end()) {
-        error(context, token, std::string("the ") + asn1Name(type.main) + " has no component " + quoted(word.text));
+        error(context, token,
+              std::string("the ") + asn1Name(type.main) + " has no component " + quoted(word.text));
         throw Abandoned();
       }
       index = found->second;
@@ -60,7 +71,8 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
     } else {
       // Old sources have components without names, whose values stand by their order.
       index = next;
-      while (index < type.components.size() && (type.components[index]->isMarker() || !type.components[index]->name.empty())) {
+      while (index < type.components.size() &&
+             (type.components[index]->isMarker() || !type.components[index]->name.empty())) {
         ++index;
       }
       if (index == type.components.size()) parser.fail("expected the name of a component");
@@ -83,7 +95,8 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
   }
   for (size_t i = 0; i < given.size(); ++i) {
     const TypeNode& component = *type.components[i];
-    if (given[i] || component.isMarker() || component.presence != kMandatory || component.addition > 0) continue;
+    if (given[i] || component.isMarker() || component.presence != kMandatory || component.addition > 0)
+      continue;
     error(context, begin - 1, "the component " + quoted(component.name) + " has no value");
   }
 }
@@ -91,8 +104,9 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
 void Resolver::fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
   while (parser.pos < end) {
     // Elements may have a name in old sources.
-    const bool named = parser.peek().kind == Tok::kLower && parser.pos + 1 < end && !parser.isSymbol(",", 1) &&
-                       !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1) && !parser.isSymbol("{", 1);
+    const bool named = parser.peek().kind == Tok::kLower && parser.pos + 1 < end &&
+                       !parser.isSymbol(",", 1) && !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1) &&
+                       !parser.isSymbol("{", 1);
     if (named) ++parser.pos;
     node.components.push_back(makeValue(*parser.parseValue(), context, type.components.front()));
     if (parser.pos >= end) break;
@@ -127,8 +141,12 @@ void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, V
   static const std::unordered_map<std::string_view, int> kRoots = {
       {"itu-t", 0}, {"ccitt", 0}, {"itu-r", 0}, {"iso", 1}, {"joint-iso-itu-t", 2}, {"joint-iso-ccitt", 2}};
   static const std::unordered_map<std::string_view, int> kFirst[3] = {
-      {{"recommendation", 0}, {"question", 1}, {"administration", 2}, {"network-operator", 3},
-       {"identified-organization", 4}, {"r-recommendation", 5}},
+      {{"recommendation", 0},
+       {"question", 1},
+       {"administration", 2},
+       {"network-operator", 3},
+       {"identified-organization", 4},
+       {"r-recommendation", 5}},
       {{"standard", 0}, {"registration-authority", 1}, {"member-body", 2}, {"identified-organization", 3}},
       {}};
   if (parser.pos >= end) parser.fail("expected a part of an object identifier");
@@ -192,14 +210,16 @@ void Resolver::fillRealParts(Parser& parser, int end, const Context& context, Va
   node.base = -1;
   node.mantissa = parts[0];
   if (parts[0] == 0) return;
-  if (parts[1] != 2 && parts[1] != 10) return error(context, begin, "the base of a real number must be 2 or 10");
+  if (parts[1] != 2 && parts[1] != 10)
+    return error(context, begin, "the base of a real number must be 2 or 10");
   if (parts[2] > 32767 || parts[2] < -32767) return error(context, begin, "the exponent is too large");
   node.base = static_cast<int>(parts[1]);
   node.exponent = static_cast<int>(parts[2]);
 }
 
 /// {"text", reference, {0, 0, 0, 65}, {0, 10}}: the pieces of a string, and a single quadruple or tuple.
-void Resolver::fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
+void Resolver::fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type,
+                              ValueNode& node) {
   std::vector<uint32_t> characters;
   const Place place = placeOf(context, parser.pos);
   const auto numbers = [&](Parser& inner, int inner_end) {

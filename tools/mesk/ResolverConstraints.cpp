@@ -10,11 +10,13 @@ using namespace asn1;
 namespace {
 
 bool hasSize(MainType main) {
-  return main == TYP_BITSTR || main == TYP_OCTSTR || main == TYP_SEQOF || main == TYP_SETOF || main == TYP_CHASTR ||
-         main == TYP_OBJDESCR || (main >= TYP_NUMSTR && main <= TYP_UNISTR);
+  return main == TYP_BITSTR || main == TYP_OCTSTR || main == TYP_SEQOF || main == TYP_SETOF ||
+         main == TYP_CHASTR || main == TYP_OBJDESCR || (main >= TYP_NUMSTR && main <= TYP_UNISTR);
 }
 
-bool hasAlphabet(MainType main) { return main == TYP_OBJDESCR || (main >= TYP_NUMSTR && main <= TYP_CHASTR); }
+bool hasAlphabet(MainType main) {
+  return main == TYP_OBJDESCR || (main >= TYP_NUMSTR && main <= TYP_CHASTR);
+}
 
 bool hasRange(MainType main) {
   return main == TYP_INTEGER || main == TYP_REAL || (main >= TYP_NUMSTR && main <= TYP_UNISTR);
@@ -22,7 +24,8 @@ bool hasRange(MainType main) {
 
 }  // namespace
 
-/// `owner` is the type that bears the constraint, `governor` what its values are of; none where that isn't known.
+/// `owner` is the type that bears the constraint, `governor` what its values are of; none where that isn't
+/// known.
 ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,
                                          TypeNode* governor) {
   Depth depth(depth_);
@@ -49,8 +52,12 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
       node.first = makeConstraint(*ast.first, context, owner, governor);
       node.second = makeConstraint(*ast.second, context, owner, governor);
       break;
-    case kAllExcept: node.first = makeConstraint(*ast.first, context, owner, governor); break;
-    case kSingleValue: node.value = makeValue(*ast.value, context, governor); break;
+    case kAllExcept:
+      node.first = makeConstraint(*ast.first, context, owner, governor);
+      break;
+    case kSingleValue:
+      node.value = makeValue(*ast.value, context, governor);
+      break;
     case kValueRange:
       refuse(type && hasRange(type->main), "a value range");
       if (ast.value) node.value = makeValue(*ast.value, context, governor);
@@ -91,9 +98,11 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
       }
       node.type = makeType(*ast.type, context, nullptr);
       if (TypeNode* contained = base(node.type); ast.kind == kContainedSubtype && contained && type &&
-          contained->main != type->main && !(hasAlphabet(contained->main) && hasAlphabet(type->main))) {
-        error(context, ast.token, std::string("the contained type is a ") + asn1Name(contained->main) + ", " +
-                                      asn1Name(type->main) + " is needed");
+                                                 contained->main != type->main &&
+                                                 !(hasAlphabet(contained->main) && hasAlphabet(type->main))) {
+        error(context, ast.token,
+              std::string("the contained type is a ") + asn1Name(contained->main) + ", " +
+                  asn1Name(type->main) + " is needed");
       }
       break;
     case kWithComponent:
@@ -101,7 +110,8 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
       node.first = makeConstraint(*ast.first, context, owner, type ? type->components.front() : nullptr);
       break;
     case kWithComponents:
-      refuse(type && (type->main == TYP_SEQ || type->main == TYP_SET || type->main == TYP_CHOICE || type->main == TYP_REAL),
+      refuse(type && (type->main == TYP_SEQ || type->main == TYP_SET || type->main == TYP_CHOICE ||
+                      type->main == TYP_REAL),
              "WITH COMPONENTS");
       fillWithComponents(ast, context, owner, governor, node);
       break;
@@ -110,7 +120,8 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
       table->flags = node.flags;
       return table;
     }
-    default: break;
+    default:
+      break;
   }
   return &node;
 }
@@ -131,10 +142,12 @@ void Resolver::fillWithComponents(const ConstraintAst& ast, const Context& conte
   for (const ConstraintAst* part : ast.components) {
     TypeNode* component = nullptr;
     if (type && type->main == TYP_REAL) {
-      if (part->name == "mantissa" || part->name == "base" || part->name == "exponent") component = plainType(TYP_INTEGER);
+      if (part->name == "mantissa" || part->name == "base" || part->name == "exponent")
+        component = plainType(TYP_INTEGER);
     } else if (type) {
-      const auto found = std::find_if(type->components.begin(), type->components.end(),
-                                      [&](const TypeNode* member) { return !member->isMarker() && member->name == part->name; });
+      const auto found = std::find_if(
+          type->components.begin(), type->components.end(),
+          [&](const TypeNode* member) { return !member->isMarker() && member->name == part->name; });
       if (found != type->components.end()) component = *found;
     }
     if (!component) {
@@ -185,9 +198,11 @@ bool Resolver::fillPath(const AtPath& path, const Context& context, TypeNode& ow
   for (size_t i = 0; i < path.names.size(); ++i) {
     TypeNode* type = i == 0 ? around : base(around);
     const auto end = type ? type->components.end() : std::vector<TypeNode*>::iterator();
-    const auto found = !type || !isStruct(type) ? end : std::find_if(type->components.begin(), end, [&](const TypeNode* member) {
-      return !member->isMarker() && member->name == path.names[i];
-    });
+    const auto found = !type || !isStruct(type)
+                           ? end
+                           : std::find_if(type->components.begin(), end, [&](const TypeNode* member) {
+                               return !member->isMarker() && member->name == path.names[i];
+                             });
     if (!type || found == end) {
       error(context, path.token, "the structure has no component " + quoted(path.names[i]));
       return false;

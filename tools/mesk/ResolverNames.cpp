@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char* kBuiltins =
     "BUILTIN-CLASSES DEFINITIONS ::= BEGIN\n"
-    "TYPE-IDENTIFIER ::= CLASS { &id OBJECT IDENTIFIER UNIQUE, &Type } WITH SYNTAX { &Type IDENTIFIED BY &id }\n"
+    "TYPE-IDENTIFIER ::= CLASS { &id OBJECT IDENTIFIER UNIQUE, &Type } WITH SYNTAX { &Type IDENTIFIED BY &id "
+    "}\n"
     "ABSTRACT-SYNTAX ::= CLASS { &id OBJECT IDENTIFIER, &Type,\n"
     "  &property BIT STRING { handles-invalid-encodings(0) } DEFAULT {} }\n"
     "  WITH SYNTAX { &Type IDENTIFIED BY &id [HAS PROPERTY &property] }\n"
@@ -21,15 +22,19 @@ constexpr size_t kMostNodes = 400000;
 
 }  // namespace
 
-std::string quoted(std::string_view name) { return "\"" + std::string(name.substr(0, 200)) + "\""; }
+std::string quoted(std::string_view name) {
+  return "\"" + std::string(name.substr(0, 200)) + "\"";
+}
 
 const char* asn1Name(MainType main) {
   switch (main) {
 #define MAIN_TYPE(number, name, tag, constructed, text) \
-  case name: return text;
+  case name:                                            \
+    return text;
 #include "asn1/front/MainTypes.def"
 #undef MAIN_TYPE
-    default: return "NONE";
+    default:
+      return "NONE";
   }
 }
 
@@ -59,7 +64,8 @@ void Resolver::linkImports(Module& module) {
   for (const ImportAst& import : module.imports) {
     Module* from = findModule(import.module);
     if (!from) {
-      reporter_.error(module.place(import.token), "the imported module " + quoted(import.module) + " was not found");
+      reporter_.error(module.place(import.token),
+                      "the imported module " + quoted(import.module) + " was not found");
     } else if (from != &module) {
       importRecord(module, *from);
     }
@@ -69,7 +75,8 @@ void Resolver::linkImports(Module& module) {
         continue;
       }
       const auto [place, fresh] = module.imported.emplace(symbol, import.module);
-      if (!fresh && place->second != import.module) place->second = std::string_view();  // only Module.name will do
+      if (!fresh && place->second != import.module)
+        place->second = std::string_view();  // only Module.name will do
     }
   }
   for (const ImportAst& import : module.imports) {
@@ -77,19 +84,21 @@ void Resolver::linkImports(Module& module) {
     if (!from) continue;
     for (const auto& [symbol, token] : import.symbols) {
       if (isReservedWord(symbol)) continue;
-      const bool defined = from->by_name.count(symbol) || std::any_of(
-          from->imports.begin(), from->imports.end(), [&, name = symbol](const ImportAst& other) {
+      const bool defined =
+          from->by_name.count(symbol) ||
+          std::any_of(from->imports.begin(), from->imports.end(), [&, name = symbol](const ImportAst& other) {
             return std::any_of(other.symbols.begin(), other.symbols.end(),
                                [&](const auto& pair) { return pair.first == name; });
           });
-      const bool exported = from->exports_all || std::any_of(from->exports.begin(), from->exports.end(),
-                                                             [&, name = symbol](const auto& pair) {
-                                                               return pair.first == name;
-                                                             });
+      const bool exported = from->exports_all ||
+                            std::any_of(from->exports.begin(), from->exports.end(),
+                                        [&, name = symbol](const auto& pair) { return pair.first == name; });
       if (!defined) {
-        reporter_.error(module.place(token), quoted(symbol) + " is not defined in module " + quoted(import.module));
+        reporter_.error(module.place(token),
+                        quoted(symbol) + " is not defined in module " + quoted(import.module));
       } else if (!exported) {
-        reporter_.error(module.place(token), "module " + quoted(import.module) + " does not export " + quoted(symbol));
+        reporter_.error(module.place(token),
+                        "module " + quoted(import.module) + " does not export " + quoted(symbol));
       }
     }
   }
@@ -133,7 +142,8 @@ Definition* Resolver::find(const RefAst& ref, const Context& context, bool repor
     }
     const auto found = named->by_name.find(ref.name);
     if (found != named->by_name.end()) return found->second;
-    if (report) error(context, ref.token, quoted(ref.name) + " is not defined in module " + quoted(ref.module));
+    if (report)
+      error(context, ref.token, quoted(ref.name) + " is not defined in module " + quoted(ref.module));
     return nullptr;
   }
   if (isReservedWord(ref.name)) {
@@ -217,8 +227,9 @@ const Env* Resolver::bind(const Definition& definition, const RefAst& ref, const
     throw TooManyErrors();
   }
   if (!ref.has_args || ref.args.size() != definition.params.size()) {
-    error(context, ref.token, quoted(ref.name) + " takes " + std::to_string(definition.params.size()) +
-                                  " parameters, not " + std::to_string(ref.args.size()));
+    error(context, ref.token,
+          quoted(ref.name) + " takes " + std::to_string(definition.params.size()) + " parameters, not " +
+              std::to_string(ref.args.size()));
     return nullptr;
   }
   Env& env = envs_.emplace_back();
@@ -279,7 +290,8 @@ void Resolver::run(const std::set<std::string>& entries) {
       if (definition.parameterized) continue;
       guarded([&] {
         const DefKind kind = definition.kind;
-        if (kind == DefKind::kType || kind == DefKind::kClass || kind == DefKind::kValueSet) typeOf(definition);
+        if (kind == DefKind::kType || kind == DefKind::kClass || kind == DefKind::kValueSet)
+          typeOf(definition);
       });
     }
   }
@@ -288,7 +300,8 @@ void Resolver::run(const std::set<std::string>& entries) {
       if (definition.parameterized) continue;
       guarded([&] {
         const DefKind kind = definition.kind;
-        if (kind == DefKind::kValue || kind == DefKind::kObject || kind == DefKind::kObjectSet) valueOf(definition);
+        if (kind == DefKind::kValue || kind == DefKind::kObject || kind == DefKind::kObjectSet)
+          valueOf(definition);
       });
       if (definition.type_node && definition.kind == DefKind::kType) {
         definition.type_node->entry = entries.count(std::string(definition.name)) != 0;

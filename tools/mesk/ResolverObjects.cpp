@@ -50,8 +50,9 @@ void Resolver::makeClass(Definition& definition, TypeNode& node) {
   const Context context{definition.module, nullptr};
   if (!definition.cls) {
     const ClassUse cls = classOf(definition.type->ref, context);
-    node.main = cls.definition->module->builtin ? (cls.definition->name == "TYPE-IDENTIFIER" ? TYP_TYPE_ID : TYP_ABSTR_STX)
-                                                : TYP_SYNONYM;
+    node.main = cls.definition->module->builtin
+                    ? (cls.definition->name == "TYPE-IDENTIFIER" ? TYP_TYPE_ID : TYP_ABSTR_STX)
+                    : TYP_SYNONYM;
     if (node.main == TYP_SYNONYM) node.ref = find(definition.type->ref, context);
     node.ref_name = definition.type->ref.name;
     return;
@@ -63,7 +64,9 @@ void Resolver::makeClass(Definition& definition, TypeNode& node) {
     made->component_nbr = static_cast<int>(node.components.size());
     made->field_kind = field.kind;
     made->field = &field;
-    made->presence = field.optional ? kOptional : field.default_setting.end > field.default_setting.begin ? asn1::kDefault : kMandatory;
+    made->presence = field.optional                                            ? kOptional
+                     : field.default_setting.end > field.default_setting.begin ? asn1::kDefault
+                                                                               : kMandatory;
     node.components.push_back(made);
     field_nodes_[&field] = made;
     if (field.kind == kTypeField) {
@@ -167,7 +170,8 @@ void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNod
   }
 }
 
-ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls, TypeNode* governor) {
+ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls,
+                                TypeNode* governor) {
   Depth depth(depth_);
   if (!depth.ok()) {
     error(context, ast.token, "objects are nested too deeply");
@@ -199,8 +203,9 @@ ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, con
   }
   const ClassUse other = classOf(*definition->type, Context{definition->module, nullptr});
   if (other.cls != cls.cls) {
-    error(context, ast.token, quoted(ast.ref.name) + " is an object of class " + quoted(other.definition->name) + ", " +
-                                  quoted(cls.definition->name) + " is needed");
+    error(context, ast.token,
+          quoted(ast.ref.name) + " is an object of class " + quoted(other.definition->name) + ", " +
+              quoted(cls.definition->name) + " is needed");
     throw Abandoned();
   }
   node->main = TYP_SYNONYM;
@@ -232,8 +237,8 @@ void Resolver::fillObject(Range range, const Context& context, const ClassUse& c
 }
 
 /// Reads what a WITH SYNTAX describes; false if an optional group isn't there.
-bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
-                          const ClassUse& cls, ValueNode& node, bool optional) {
+bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end,
+                          const Context& context, const ClassUse& cls, ValueNode& node, bool optional) {
   Depth depth(depth_);
   if (!depth.ok()) parser.fail("syntax groups are nested too deeply; expected an end");
   bool started = false;
@@ -255,7 +260,7 @@ bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, 
         const Token& token = parser.peek();
         const bool type = field->kind == kTypeField;
         const bool set = field->kind == kFixedValueSetField || field->kind == kVariableValueSetField;
-        const bool begins = type ? token.kind == Tok::kUpper || parser.isSymbol("[")
+        const bool begins = type  ? token.kind == Tok::kUpper || parser.isSymbol("[")
                             : set ? parser.isSymbol("{") || token.kind == Tok::kUpper
                                   : token.kind != Tok::kUpper || isReservedWord(token.text);
         if (at_end || !begins) return false;
@@ -353,7 +358,8 @@ void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& c
   node.components.push_back(setting);
 }
 
-ValueNode* Resolver::makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor) {
+ValueNode* Resolver::makeObjectSet(Range range, const Context& context, const ClassUse& cls,
+                                   TypeNode* governor) {
   ValueNode* node = newValue(context, range.begin, governor);
   node->main = TYP_CLASS;
   Parser parser = parserAt(context, range.begin + 1);
@@ -403,6 +409,12 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
     Parser parser = parserAt(arg->context, arg->range.begin);
     if (!parser.isSymbol("{")) return objectSetFor(parser.parseReference(), arg->context);
     const Range range = parser.skipBraces();
+    Parser inner = parserAt(arg->context, range.begin + 1);
+    if (range.end - range.begin > 2 && inner.peek().kind == Tok::kUpper) {
+      // {Set} stands for the set itself.
+      const RefAst set = inner.parseReference();
+      if (inner.pos == range.end - 1) return objectSetFor(set, arg->context);
+    }
     const Context governed{context.env->definition->module, context.env};
     const ClassUse cls = classOf(*arg->param->governor, governed);
     return makeObjectSet(range, arg->context, cls, classReference(cls, context, ref.token));
@@ -418,7 +430,8 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
     if (!env) throw Abandoned();
     const Context inside{definition->module, env};
     const ClassUse cls = classOf(*definition->type, inside);
-    return makeObjectSet(definition->range, inside, cls, classReference(cls, inside, definition->type->token));
+    return makeObjectSet(definition->range, inside, cls,
+                         classReference(cls, inside, definition->type->token));
   }
   ValueNode* node = newValue(context, ref.token, nullptr);
   node->main = TYP_SYNONYM;
@@ -440,7 +453,8 @@ const ValueNode* Resolver::settingOf(const RefAst& ref, const std::vector<std::s
       error(context, ref.token, quoted(ref.name) + " is not an object");
       throw Abandoned();
     }
-    const ClassUse cls = classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
+    const ClassUse cls =
+        classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
     object = behind(makeObject(*valueOfArgument(*arg), arg->context, cls, nullptr));
   } else {
     Definition* definition = find(ref, context);
@@ -465,7 +479,8 @@ const ValueNode* Resolver::settingOf(const RefAst& ref, const std::vector<std::s
       if (given->name == field) setting = given;
     }
     if (!setting) {
-      error(context, ref.token, "the object " + quoted(ref.name) + " has no value of the field " + quoted(field));
+      error(context, ref.token,
+            "the object " + quoted(ref.name) + " has no value of the field " + quoted(field));
       throw Abandoned();
     }
     object = behind(setting);

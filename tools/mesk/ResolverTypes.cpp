@@ -77,8 +77,9 @@ TypeNode* Resolver::base(TypeNode* type) {
     } else if (type->main == TYP_SELECTION) {
       TypeNode* choice = type->ref ? base(typeOf(*type->ref)) : nullptr;
       if (!choice || choice->main != TYP_CHOICE) return nullptr;
-      const auto found = std::find_if(choice->components.begin(), choice->components.end(),
-                                      [&](const TypeNode* alternative) { return alternative->name == type->ref_name; });
+      const auto found =
+          std::find_if(choice->components.begin(), choice->components.end(),
+                       [&](const TypeNode* alternative) { return alternative->name == type->ref_name; });
       type = found == choice->components.end() ? nullptr : *found;
     } else {
       return type->main == TYP_NONE ? nullptr : type;
@@ -93,8 +94,9 @@ void Resolver::addTags(const TypeAst& ast, const Context& context, TypeNode& nod
   for (const TagAst& tag : ast.tags) {
     TagNode made;
     made.tag_class = tag.tag_class;
-    made.is_explicit = tag.mode == TagMode::kExplicit || (tag.mode == TagMode::kModuleDefault &&
-                                                          context.module->tag_default == Module::kExplicitTags);
+    made.is_explicit =
+        tag.mode == TagMode::kExplicit ||
+        (tag.mode == TagMode::kModuleDefault && context.module->tag_default == Module::kExplicitTags);
     made.ast = &tag;
     made.context = context;
     tags.push_back(made);
@@ -132,7 +134,8 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
       node->ref_name = ast.word;
       if (ast.main == TYP_ENUM) {
         node->marker = ast.marker;
-        if (ast.marker < 0 && context.module->extensibility_implied) node->marker = static_cast<int>(ast.named.size());
+        if (ast.marker < 0 && context.module->extensibility_implied)
+          node->marker = static_cast<int>(ast.named.size());
       }
       if (!ast.named.empty()) {
         node->ast = &ast;
@@ -141,7 +144,9 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
         later_.push_back([this, node] { nameItems(*node); });
       }
       break;
-    case TypeAst::kStruct: makeStruct(ast, context, *node); break;
+    case TypeAst::kStruct:
+      makeStruct(ast, context, *node);
+      break;
     case TypeAst::kList:
       node->main = ast.main;
       node->components.push_back(makeType(*ast.element, context, node));
@@ -150,8 +155,12 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
       dummy = argument(ast.ref, context) != nullptr;
       makeReference(ast, context, *node);
       break;
-    case TypeAst::kField: makeFieldType(ast, context, *node); break;
-    case TypeAst::kSelection: makeSelection(ast, context, *node); break;
+    case TypeAst::kField:
+      makeFieldType(ast, context, *node);
+      break;
+    case TypeAst::kSelection:
+      makeSelection(ast, context, *node);
+      break;
     case TypeAst::kInstance: {
       node->main = TYP_INSTANCE_OF;
       const ClassUse cls = classOf(ast.ref, context);
@@ -185,8 +194,10 @@ void Resolver::makeReference(const TypeAst& ast, const Context& context, TypeNod
   const DefKind kind = kindOf(*definition);
   if (kind != DefKind::kType && kind != DefKind::kValueSet) {
     static constexpr const char* kNames[] = {"type", "class", "value", "value set", "object", "object set"};
-    error(context, ast.token, quoted(ast.ref.name) + " is a" + (kind == DefKind::kObject || kind == DefKind::kObjectSet ? "n " : " ") +
-                                  kNames[static_cast<int>(kind)] + ", a type is needed");
+    error(context, ast.token,
+          quoted(ast.ref.name) + " is a" +
+              (kind == DefKind::kObject || kind == DefKind::kObjectSet ? "n " : " ") +
+              kNames[static_cast<int>(kind)] + ", a type is needed");
     throw Abandoned();
   }
   if (!definition->parameterized) {
@@ -235,7 +246,8 @@ std::pair<const TypeAst*, Context> Resolver::lookThrough(const TypeAst& ast, con
   return {type, where};
 }
 
-std::pair<const TypeAst*, Context> Resolver::structOf(const TypeAst& ast, const Context& context, MainType main) {
+std::pair<const TypeAst*, Context> Resolver::structOf(const TypeAst& ast, const Context& context,
+                                                      MainType main) {
   const auto found = lookThrough(ast, context);
   if (found.first->kind != TypeAst::kStruct || found.first->main != main) {
     error(context, ast.token, std::string("this is not a ") + asn1Name(main));
@@ -315,6 +327,7 @@ void Resolver::makeStruct(const TypeAst& ast, const Context& context, TypeNode& 
     try {
       TypeNode* component = makeType(*part.ast->type, part.context, &node);
       component->name = part.ast->name;
+      component->token = part.ast->token;
       component->presence = part.ast->presence;
       component->addition = part.addition;
       component->component_nbr = count++;

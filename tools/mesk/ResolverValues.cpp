@@ -10,14 +10,18 @@ using namespace asn1;
 
 namespace {
 
-bool isCharacterString(MainType main) { return (main >= TYP_NUMSTR && main <= TYP_UNISTR) || main == TYP_OBJDESCR; }
-bool isTime(MainType main) { return main == TYP_GENTIME || main == TYP_UTCTIME; }
+bool isCharacterString(MainType main) {
+  return (main >= TYP_NUMSTR && main <= TYP_UNISTR) || main == TYP_OBJDESCR;
+}
+bool isTime(MainType main) {
+  return main == TYP_GENTIME || main == TYP_UTCTIME;
+}
 
 /// Whether a value of one type may stand, by its name, for a value of another.
 bool compatible(MainType one, MainType other) {
   const auto text = [](MainType main) { return isCharacterString(main) || isTime(main); };
-  return one == other || (text(one) && text(other)) || one == TYP_ANY || one == TYP_OPEN || other == TYP_OPEN ||
-         other == TYP_ANY;
+  return one == other || (text(one) && text(other)) || one == TYP_ANY || one == TYP_OPEN ||
+         other == TYP_OPEN || other == TYP_ANY;
 }
 
 bool parseInteger(std::string_view digits, bool negative, int64_t& result) {
@@ -47,7 +51,8 @@ ValueNode* Resolver::valueOf(Definition& definition) {
   if (definition.value_node) return definition.value_node;
   const Context context{definition.module, nullptr};
   if (definition.state != State::kNew) {
-    if (definition.state == State::kBusy) error(context, definition.token, quoted(definition.name) + " refers to itself");
+    if (definition.state == State::kBusy)
+      error(context, definition.token, quoted(definition.name) + " refers to itself");
     throw Abandoned();
   }
   Depth depth(depth_);
@@ -116,7 +121,7 @@ void Resolver::nameItems(TypeNode& node) {
   Depth depth(depth_);
   node.named_done = true;
   if (!depth.ok()) {
-    error(node.context, node.token, "references are nested too deeply");
+    reporter_.error(node.source->place(node.token), "references are nested too deeply");
     throw Abandoned();
   }
   Module* outer = current_;
@@ -157,11 +162,13 @@ void Resolver::nameItems(TypeNode& node) {
   std::unordered_set<int64_t> numbers;
   for (size_t i = 0; i < node.named.size(); ++i) {
     if (numbers.insert(node.named[i].number).second) continue;
-    error(node.context, ast.named[i].token, "the number " + std::to_string(node.named[i].number) + " appears twice");
+    error(node.context, ast.named[i].token,
+          "the number " + std::to_string(node.named[i].number) + " appears twice");
   }
 }
 
-/// Gives numbers to the items that have none: first to those of the root, then to the additions, which go upwards.
+/// Gives numbers to the items that have none: first to those of the root, then to the additions, which go
+/// upwards.
 void Resolver::numberEnumeration(TypeNode& node, std::vector<bool>& numbered) {
   const size_t roots = node.marker < 0 ? node.named.size() : static_cast<size_t>(node.marker);
   std::unordered_set<int64_t> used;
@@ -278,8 +285,9 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
     const bool plain = behind_type->kind == TypeAst::kPlain || behind_type->kind == TypeAst::kStruct ||
                        behind_type->kind == TypeAst::kList;
     if (plain && !compatible(type->main, behind_type->main)) {
-      error(context, ast.token, "the value " + quoted(ast.ref.name) + " is of type " + asn1Name(behind_type->main) +
-                                    ", " + asn1Name(type->main) + " is needed");
+      error(context, ast.token,
+            "the value " + quoted(ast.ref.name) + " is of type " + asn1Name(behind_type->main) + ", " +
+                asn1Name(type->main) + " is needed");
       throw Abandoned();
     }
   }
@@ -291,7 +299,8 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
 void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
   node.main = type.main;
   switch (ast.kind) {
-    case ValueAst::kBraces: return fillBraces(ast, context, type, node);
+    case ValueAst::kBraces:
+      return fillBraces(ast, context, type, node);
     case ValueAst::kTrue:
     case ValueAst::kFalse:
       if (type.main != TYP_BOOLEAN) mismatch(ast, context, type);
@@ -312,12 +321,14 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
       return fillReal(ast, context, node);
     case ValueAst::kCString:
     case ValueAst::kBString:
-    case ValueAst::kHString: return fillString(ast, context, type, node);
+    case ValueAst::kHString:
+      return fillString(ast, context, type, node);
     case ValueAst::kChoice: {
       if (type.main != TYP_CHOICE) mismatch(ast, context, type);
-      const auto found = std::find_if(type.components.begin(), type.components.end(), [&](const TypeNode* alternative) {
-        return !alternative->isMarker() && alternative->name == ast.text;
-      });
+      const auto found =
+          std::find_if(type.components.begin(), type.components.end(), [&](const TypeNode* alternative) {
+            return !alternative->isMarker() && alternative->name == ast.text;
+          });
       if (found == type.components.end()) {
         error(context, ast.token, "the CHOICE has no alternative " + quoted(ast.text));
         throw Abandoned();
@@ -332,12 +343,13 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
       node.actual_type = makeType(*ast.type, context, nullptr);
       node.components.push_back(makeValue(*ast.inner, context, node.actual_type));
       return;
-    default: mismatch(ast, context, type);
+    default:
+      mismatch(ast, context, type);
   }
 }
 
-/// The governor of a value as its own module can write it. For a type of another module a node like it is made, which
-/// refers to what the type refers to, or has its main type only.
+/// The governor of a value as its own module can write it. For a type of another module a node like it is
+/// made, which refers to what the type refers to, or has its main type only.
 TypeNode* Resolver::importedType(TypeNode* type, const Context& context, int token) {
   if (!type || !type->module) return nullptr;
   if (type->module == current_) return type;
@@ -380,7 +392,8 @@ void Resolver::fillReal(const ValueAst& ast, const Context& context, ValueNode& 
     }
   }
   while (digits.size() > 1 && digits.back() == '0') digits.pop_back(), ++exponent;
-  if (!parseInteger(digits, ast.negative, node.mantissa)) return error(context, ast.token, "the number has too many digits");
+  if (!parseInteger(digits, ast.negative, node.mantissa))
+    return error(context, ast.token, "the number has too many digits");
   if (node.mantissa == 0) return;
   if (exponent > 32767 || exponent < -32767) return error(context, ast.token, "the exponent is too large");
   node.base = 10;
@@ -427,7 +440,8 @@ void Resolver::fillString(const ValueAst& ast, const Context& context, TypeNode&
     while (text.size() % 8) text += '0';
     std::string digits;
     for (size_t i = 0; i < text.size(); i += 4) {
-      digits += kDigits[(text[i] - '0') * 8 + (text[i + 1] - '0') * 4 + (text[i + 2] - '0') * 2 + (text[i + 3] - '0')];
+      digits += kDigits[(text[i] - '0') * 8 + (text[i + 1] - '0') * 4 + (text[i + 2] - '0') * 2 +
+                        (text[i + 3] - '0')];
     }
     text = std::move(digits);
   } else if (type.main == TYP_OCTSTR && text.size() % 2) {
@@ -438,19 +452,26 @@ void Resolver::fillString(const ValueAst& ast, const Context& context, TypeNode&
 }
 
 /// Stores the characters of a string in the width of its type.
-bool Resolver::setCharacters(std::vector<uint32_t> characters, TypeNode& type, ValueNode& node, const Place& place) {
+bool Resolver::setCharacters(std::vector<uint32_t> characters, TypeNode& type, ValueNode& node,
+                             const Place& place) {
   const char* allowed = nullptr;
   if (type.main == TYP_NUMSTR) allowed = "0123456789 ";
   if (type.main == TYP_PRISTR) {
     allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789 '()+,-./:=?";
   }
-  const uint32_t most = type.main == TYP_UNISTR ? 0x7FFFFFFF : type.main == TYP_BMPSTR ? 0xFFFF :
-                        type.main == TYP_IA5STR || type.main == TYP_VISSTR ? 127 : 255;
+  const uint32_t most = type.main == TYP_UNISTR                              ? 0x7FFFFFFF
+                        : type.main == TYP_BMPSTR                            ? 0xFFFF
+                        : type.main == TYP_IA5STR || type.main == TYP_VISSTR ? 127
+                                                                             : 255;
   for (uint32_t c : characters) {
-    const bool in = c <= most && (!allowed || (c != 0 && c < 128 && std::string_view(allowed).find(static_cast<char>(c)) != std::string_view::npos)) &&
-                    (type.main != TYP_VISSTR || c >= 32);
+    const bool in =
+        c <= most &&
+        (!allowed || (c != 0 && c < 128 &&
+                      std::string_view(allowed).find(static_cast<char>(c)) != std::string_view::npos)) &&
+        (type.main != TYP_VISSTR || c >= 32);
     if (in && c != 0) continue;
-    reporter_.error(place, std::string("the string holds a character that ") + asn1Name(type.main) + " does not have");
+    reporter_.error(
+        place, std::string("the string holds a character that ") + asn1Name(type.main) + " does not have");
     return false;
   }
   node.has_text = true;

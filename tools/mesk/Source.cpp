@@ -42,6 +42,8 @@ void Reporter::error(const Place& place, const std::string& text) {
         "): Error: " + text);
 }
 
-void Reporter::error(const std::string& text) { write("Error: " + text); }
+void Reporter::error(const std::string& text) {
+  write("Error: " + text);
+}
 
 }  // namespace mesk

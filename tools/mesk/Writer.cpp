@@ -25,7 +25,8 @@ void setWords(int32_t* words, int64_t value) {
 
 template <typename Record>
 void append(std::string& out, const std::vector<Record>& records) {
-  if (!records.empty()) out.append(reinterpret_cast<const char*>(records.data()), records.size() * sizeof(Record));
+  if (!records.empty())
+    out.append(reinterpret_cast<const char*>(records.data()), records.size() * sizeof(Record));
 }
 
 }  // namespace
@@ -284,7 +285,8 @@ void Writer::linkDefinitions(File& file, Module& module) {
       if (list == 3) ++head.object_sets;
     }
     *link[list] = definition.number;
-    link[list] = list == 0 ? &file.types[definition.number - 1].next : &file.values[definition.number - 1].next;
+    link[list] =
+        list == 0 ? &file.types[definition.number - 1].next : &file.values[definition.number - 1].next;
   }
 }
 
@@ -295,7 +297,8 @@ void Writer::writeModules(File& file, Module& module) {
   head.time = time_;
   head.name = file.text8(module.name);
   head.file_prefix = file.text8(module.file_prefix);
-  if (module.generation_prefix != module.file_prefix) head.generation_prefix = file.text8(module.generation_prefix);
+  if (module.generation_prefix != module.file_prefix)
+    head.generation_prefix = file.text8(module.generation_prefix);
   head.source = file.text8(module.file->path);
   head.code = module.tag_default;
   if (!file.options.empty()) {
@@ -312,11 +315,18 @@ void Writer::writeModules(File& file, Module& module) {
     record.first_object_set = 1;
     file.modules.push_back(record);
   }
-  const size_t counts[kFileKinds] = {file.modules.size(), file.types.size(), file.values.size(), file.tags.size(),
-                                     file.constraints.size(), file.options.size(), file.steps.size(),
-                                     static_cast<size_t>(file.counts[0]), static_cast<size_t>(file.counts[1]),
+  const size_t counts[kFileKinds] = {file.modules.size(),
+                                     file.types.size(),
+                                     file.values.size(),
+                                     file.tags.size(),
+                                     file.constraints.size(),
+                                     file.options.size(),
+                                     file.steps.size(),
+                                     static_cast<size_t>(file.counts[0]),
+                                     static_cast<size_t>(file.counts[1]),
                                      static_cast<size_t>(file.counts[2])};
-  for (int kind = 0; kind < kFileKinds; ++kind) file.modules.front().counts[kind] = static_cast<int32_t>(counts[kind]);
+  for (int kind = 0; kind < kFileKinds; ++kind)
+    file.modules.front().counts[kind] = static_cast<int32_t>(counts[kind]);
 }
 
 std::string Writer::contents(Module& module, const std::vector<std::string>& options) {

@@ -12,7 +12,9 @@ int main(int argc, char** argv) {
   if (!options.parse(std::vector<std::string>(argv + 1, argv + argc))) return 1;
   if (!options.dump.empty()) return mesk::dumpFile(options.dump) ? 0 : 1;
   if (options.sources.empty() && options.prefixes.empty()) {
-    std::puts("Usage: mesk [-S=directory] [-A=directory...] [-PREFIX=module:file:generation...] [+option-file...] [source...]");
+    std::puts(
+        "Usage: mesk [-S=directory] [-A=directory...] [-PREFIX=module:file:generation...] [+option-file...] "
+        "[source...]");
     return 1;
   }
   return mesk::Compilation(options).run();

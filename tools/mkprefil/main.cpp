@@ -32,7 +32,8 @@ bool scan(const std::string& path, std::vector<Found>& found) {
     }
     if (tokens[next].kind != mesk::Tok::kUpper || tokens[next].text != "DEFINITIONS") continue;
     const std::string name(tokens[i].text);
-    found.push_back(Found{name, modules++ == 0 ? mesk::prefixOfFile(path) : name.substr(0, mesk::kPrefixLength)});
+    found.push_back(
+        Found{name, modules++ == 0 ? mesk::prefixOfFile(path) : name.substr(0, mesk::kPrefixLength)});
   }
   if (modules == 0) std::printf("%s(1): the file holds no ASN.1 module\n", path.c_str());
   return modules > 0;
@@ -89,7 +90,8 @@ int main(int argc, char** argv) {
   std::FILE* file = std::fopen(option_file.c_str(), "wb");
   if (file) {
     for (const Found& module : found) {
-      std::fprintf(file, "-PREFIX=%s:%s:%s\n", module.module.c_str(), module.prefix.c_str(), module.prefix.c_str());
+      std::fprintf(file, "-PREFIX=%s:%s:%s\n", module.module.c_str(), module.prefix.c_str(),
+                   module.prefix.c_str());
     }
   }
   if (!file || std::fclose(file) != 0) {

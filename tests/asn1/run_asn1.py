@@ -1,0 +1,261 @@
+#!/usr/bin/env python3
+"""Tests the ASN.1 tools.
+
+    run_asn1.py --bin FOLDER --out FOLDER [--update] golden|faults|options|limits
+
+golden compiles sources/ and compares the dumps with expected/; --update writes those anew. faults runs the table in
+faults.txt. options and limits test arguments, files and hostile input.
+"""
+
+import argparse
+import re
+import shutil
+import struct
+import subprocess
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+SANITIZER = re.compile(r"(Address|Leak|UndefinedBehavior)Sanitizer|runtime error: ")
+RECORD_SIZES = [112, 116, 76, 16, 36, 8, 20]
+
+
+class Tests:
+    def __init__(self, bin_folder, out):
+        self.bin, self.out, self.faults, self.checks = Path(bin_folder).resolve(), Path(out).resolve(), [], 0
+        shutil.rmtree(self.out, ignore_errors=True)
+        self.out.mkdir(parents=True)
+
+    def check(self, good, text):
+        self.checks += 1
+        if not good:
+            self.faults.append(text)
+
+    def equal(self, what, found, expected):
+        self.check(found == expected, f"{what}:\n    found    {found!r}\n    expected {expected!r}")
+
+    def run(self, *words, cwd=None, timeout=60):
+        """Status and output of a tool."""
+        done = subprocess.run([str(self.bin / words[0]), *map(str, words[1:])], cwd=cwd or self.out, text=True,
+                              errors="replace", stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=timeout)
+        self.check(done.returncode >= 0 and not SANITIZER.search(done.stderr),
+                   f"{' '.join(map(str, words))} died: status {done.returncode}\n{done.stderr[-3000:]}")
+        return done.returncode, done.stdout
+
+    def folder(self, name, files):
+        folder = self.out / name
+        folder.mkdir(parents=True, exist_ok=True)
+        for file, text in files.items():
+            (folder / file).write_text(text, encoding="utf-8")
+        return folder
+
+
+def module(name, body, imports=""):
+    return f"{name} DEFINITIONS ::= BEGIN {imports}\n{body}\nEND\n"
+
+
+def check_layout(tests, path):
+    """The frame of a syntax file, read without any help of the tool: sizes, counts, strings."""
+    data = path.read_bytes()
+    words = struct.unpack_from("=28i", data)
+    first, version = struct.unpack_from("=HH", data)
+    tests.equal(f"{path.name}: version", (first, version), (213, 213))
+    counts = words[9:19]
+    position = sum(size * count for size, count in zip(RECORD_SIZES, counts))
+    texts = []
+    for width, count in zip((1, 2, 4), counts[7:]):
+        for _ in range(count):
+            (units,) = struct.unpack_from("=H", data, position)
+            text = data[position + 2:position + 2 + units * width]
+            tests.check(units > 0 and text[-width:] == bytes(width), f"{path.name}: string without an end")
+            texts.append(text[:-width].decode("latin-1"))
+            position += 2 + units * width
+    tests.equal(f"{path.name}: size", position, len(data))
+    for word in words[5:6]:
+        tests.check(0 <= word <= counts[1], f"{path.name}: first type {word}")
+    for word in words[6:9]:
+        tests.check(0 <= word <= counts[2], f"{path.name}: first value {word}")
+    return texts[words[3] - 1], words
+
+
+def golden(tests, update):
+    sources = HERE / "sources"
+    names = sorted(path.name for path in sources.glob("*.asn"))
+    option_file = tests.out / "prefixes.txt"
+    status, text = tests.run("mkprefil", f"-OPTION-FILE={option_file}", f"-A={sources}", *names, "-ANALYZE")
+    tests.equal("mkprefil", (status, text), (0, ""))
+    status, text = tests.run("mesk", f"-S={tests.out}", f"-A={sources}", f"+{option_file}", names[0], "-ANALYZE")
+    tests.equal("mesk", (status, text), (0, ""))
+    prefixes = [line.split(":") for line in option_file.read_text().splitlines()]
+    files = sorted(tests.out.glob("*.stx"))
+    tests.equal("files", [path.stem for path in files], sorted(fields[1] for fields in prefixes))
+    for path in files:
+        name, _ = check_layout(tests, path)
+        tests.check(f"-PREFIX={name}" in [fields[0] for fields in prefixes], f"{path.name}: module {name}")
+        status, dump = tests.run("mesk", f"-DUMP={path}")
+        expected = HERE / "expected" / (path.stem + ".txt")
+        if update:
+            expected.parent.mkdir(exist_ok=True)
+            expected.write_text(dump)
+        lines = expected.read_text().splitlines() if expected.is_file() else []
+        found = dump.splitlines()
+        tests.equal(f"{path.name}: status and length", (status, len(found)), (0, len(lines)))
+        for number, (line, wanted) in enumerate(zip(found, lines), 1):
+            tests.equal(f"{expected.name}:{number}", line, wanted)
+
+
+def read_faults():
+    """Title, text and expected messages of each case."""
+    cases = []
+    for line in (HERE / "faults.txt").read_text(encoding="utf-8").split("\n"):
+        if line.startswith("=== "):
+            cases.append((line[4:], [], []))
+        elif cases and line.startswith(">>> "):
+            cases[-1][2].append(line[4:])
+        elif cases:
+            cases[-1][1].append(line)
+    return cases
+
+
+def faults(tests, _update):
+    for number, (title, lines, expected) in enumerate(read_faults()):
+        lines = lines[:-1] if lines and not lines[-1] else lines
+        whole = any(re.match(r"\w+ DEFINITIONS", line) for line in lines)
+        if title == "no module":
+            text = "-- nothing\n" + "\n".join(lines)
+        else:
+            text = "\n".join(lines) if whole else "M DEFINITIONS ::= BEGIN\n" + "\n".join(lines) + "\nEND"
+        folder = tests.folder(f"{number:03}", {"M.asn": text + "\n"})
+        status, output = tests.run("mesk", "M", cwd=folder)
+        found = [re.sub(r"^M\.asn\((\d+,\d+)\): Error: ", r"\1: ", line) for line in output.splitlines()]
+        tests.check(expected, f"{title}: nothing is expected")
+        tests.equal(title, found, expected)
+        tests.equal(f"{title}: status and files", (status, list(folder.glob("*.stx"))), (1, []))
+
+
+def options(tests, _update):
+    # mkprefil: names with and without ending, several directories, two modules in a file, faults.
+    one = tests.folder("one", {"a.b.asn": module("First", "A ::= NULL") + "-- x --" + module("Second-Mod", "B ::= NULL"),
+                               "none.asn": "-- Foo DEFINITIONS ::= BEGIN --\n"})
+    two = tests.folder("two", {"c.asn": "Third { iso 1 } DEFINITIONS AUTOMATIC TAGS ::= BEGIN C ::= NULL END\n",
+                               "x" * 40 + ".asn": module("Long", "L ::= NULL")})
+    status, text = tests.run("mkprefil", "-OPTION-FILE=p.txt", "-A=one", f"-A={two}", "a.b.asn", "c", "x" * 40, "-ANALYZE")
+    tests.equal("mkprefil", (status, text), (0, ""))
+    tests.equal("option file", (tests.out / "p.txt").read_text().splitlines(),
+                ["-PREFIX=First:a_b:a_b", "-PREFIX=Second-Mod:Second-Mod:Second-Mod", "-PREFIX=Third:c:c",
+                 "-PREFIX=Long:" + "x" * 32 + ":" + "x" * 32])
+    status, text = tests.run("mkprefil", "-OPTION-FILE=q.txt", "-A=one", "-A=two", "none.asn", "lost.asn")
+    tests.equal("mkprefil faults", (status, text, (tests.out / "q.txt").exists()),
+                (1, "one/none.asn(1): the file holds no ASN.1 module\nlost.asn(1): the file was not found\n", False))
+    tests.equal("mkprefil writes", tests.run("mkprefil", "-OPTION-FILE=no/q.txt", "-A=two", "c.asn"),
+                (1, "no/q.txt(1): the file can not be written\n"))
+
+    # Prefixes, scopes, entries, options; imports bring their modules.
+    types = module("Lib-Mod", "Thing ::= SEQUENCE { a INTEGER }\nOther ::= NULL", "IMPORTS Main FROM App-Mod;")
+    app = module("App-Mod", "Main ::= SEQUENCE { t Thing }\nLeaf ::= BOOLEAN", "IMPORTS Thing FROM Lib-Mod;")
+    work = tests.folder("work", {"lib.asn": types, "app.asn": app})
+    (work / "out").mkdir()
+    (work / "o.txt").write_text("# comment\n-PREFIX=Lib_Mod:wrong:wrong\n-prefix=Lib-Mod:lib:Lib_gen\n"
+                                "-BEGIN-SCOPE=other:Lib_gen\n-TPREF=XLib\n-C=there\n-END-SCOPE\n"
+                                "-BEGIN-SCOPE=app\n-TPREF=XApp\n-END-SCOPE\n-ENTRY=Thing:sdu\n-entry=Leaf:sdu\n"
+                                "-END-OF-OPTIONS\n-TPREF=never\nnever\n")
+    status, text = tests.run("mesk", "-VERBOSE=0", "-S=out", "-A=.", "-L=x", "+o.txt", "app.asn", "-C-GENERATION=REAL",
+                             "-STRICTSTANDARD", "-ANALYZE", cwd=work)
+    tests.equal("mesk", (status, text), (0, ""))
+    tests.equal("files", sorted(path.name for path in (work / "out").iterdir()), ["Lib_gen.stx", "app.stx"])
+    _, dump = tests.run("mesk", "-DUMP=out/Lib_gen.stx", cwd=work)
+    tests.equal("library", dump.splitlines(), [
+        "module Lib-Mod file lib generation Lib_gen tags explicit", "import 2 App-Mod file app entry 1",
+        "option 2 TPREF=XLib", "option 2 ENTRY=Thing:sdu", "option 2 entry=Leaf:sdu", "option 2 C-GENERATION=REAL",
+        "option 2 STRICTSTANDARD", "entry types 1", "type #1 unique 1 Thing TYP_SEQ entry line 2",
+        "  a TYP_INTEGER", "type #2 unique 2 Other TYP_NULL line 3"])
+    _, dump = tests.run("mesk", "-DUMP=out/app.stx", cwd=work)
+    tests.check("import 2 Lib-Mod file Lib_gen entry 1\noption 2 TPREF=XApp\n" in dump, f"application: {dump}")
+    name, words = check_layout(tests, work / "out" / "app.stx")
+    tests.equal("header of the application", (name, words[22], words[26], words[27]), ("App-Mod", 1, 1, 5))
+
+    # A second run in the manner of the generation: only -PREFIX, both modules under other names.
+    (work / "p.txt").write_text("-PREFIX=App-Mod:app:G-App\n-PREFIX=Lib-Mod:lib:G-Lib\n")
+    tests.equal("by prefixes", tests.run("mesk", "-S=out", "-A=.", "+p.txt", cwd=work), (0, ""))
+    tests.check((work / "out" / "G-App.stx").exists() and (work / "out" / "G-Lib.stx").exists(), "files by prefixes")
+    (work / "p.txt").write_text("-PREFIX=App-Mod:app:same\n-PREFIX=Lib-Mod:lib:same\n")
+    status, text = tests.run("mesk", "-S=out", "+p.txt", cwd=work)
+    tests.equal("one prefix for two", (status, "have the same prefix \"same\"" in text), (1, True))
+
+    # What can't be found, read or written.
+    for words, message in [
+            (["lost.asn"], "Error: the source lost.asn was not found\n"),
+            (["-PREFIX=Lost:lost:lost"], "Error: the source of module Lost was not found\n"),
+            (["+lost.txt"], "Error: the option file lost.txt can not be opened\n"),
+            (["-PREFIX=1:a:b"], "Error: the option -PREFIX=1:a:b is not of the form module:file:generation\n"),
+            (["-S=none", "-PREFIX=Lib-Mod:lib:lib", "app"], "Error: the file none/app.stx can not be written\n"),
+            (["-DUMP=o.txt"], "Error: o.txt is not a valid syntax file: the version is wrong\n")]:
+        tests.equal(" ".join(words), tests.run("mesk", *words, cwd=work), (1, message))
+    tests.equal("usage", tests.run("mesk", cwd=work)[0], 1)
+    # A failing run leaves the old file alone.
+    before = (work / "out" / "app.stx").read_bytes()
+    (work / "app.asn").write_text(app.replace("BOOLEAN", "Missing"))
+    tests.equal("failing run", tests.run("mesk", "-S=out", "-A=.", "+o.txt", "app.asn", cwd=work),
+                (1, "app.asn(3,10): Error: \"Missing\" is not defined\n"))
+    tests.check((work / "out" / "app.stx").read_bytes() == before, "a failing run changed a file")
+
+
+def limits(tests, _update):
+    deep = 100000
+    long_name = "a" * 40000
+    cases = {
+        "types": ("A ::= " + "SEQUENCE OF " * deep + "NULL", "types are nested too deeply"),
+        "structures": ("A ::= " + "SEQUENCE { a " * deep + "NULL" + "}" * deep, "types are nested too deeply"),
+        "values": ("A ::= SEQUENCE OF A\na A ::= " + "{" * deep + "}" * deep, "values are nested too deeply"),
+        "parentheses": ("A ::= INTEGER (" + "(" * deep + "1" + ")" * deep + ")", "constraints are nested too deeply"),
+        "exceptions": ("A ::= INTEGER (" + "ALL EXCEPT (" * deep, "constraints are nested too deeply"),
+        "choices": ("A ::= CHOICE { a A, b [1] NULL }\na A ::= " + "a : " * deep + "b : NULL", "values are nested too deeply"),
+        "syntax": ("C ::= CLASS { &a NULL } WITH SYNTAX { " + "[" * deep, "syntax groups are nested too deeply"),
+        "parameters": ("\n".join(f"A{i} {{T}} ::= SEQUENCE {{ a A{i + 1} {{T}}, b A{i + 1} {{T}} }}" for i in range(60)) +
+                       "\nA60 {T} ::= SEQUENCE { t T }\nB ::= A0 { NULL }", "grow too large"),
+        "components": ("\n".join(f"A{i} ::= SEQUENCE {{ COMPONENTS OF A{i + 1}, COMPONENTS OF A{i + 1} }}"
+                                 for i in range(60)) + "\nA60 ::= SEQUENCE { }", "too many components"),
+        "references": ("a0 INTEGER ::= 1\n" + "\n".join(f"a{i + 1} INTEGER ::= a{i}" for i in range(5000)), None),
+        "synonyms": ("A0 ::= NULL\n" + "\n".join(f"A{i + 1} ::= A{i}" for i in range(500)), None),
+        "named numbers": ("\n".join(f"A{i} ::= INTEGER {{ x{i}(v{i}) }}\nv{i} A{i + 1} ::= x{i + 1}" for i in range(3000)) +
+                          "\nA3000 ::= INTEGER { x3000(1) }", "references are nested too deeply"),
+        "union": ("A ::= INTEGER (" + "|".join(map(str, range(20000))) + ")", None),
+        "enumeration": ("A ::= ENUMERATED {" + ", ".join(f"x{i}" for i in range(20000)) + "}", None),
+        "name": (f"A ::= SEQUENCE {{ {long_name} NULL }}", "a name is too long"),
+        "string": ('a IA5String ::= "' + "x" * 32001 + '"', "the string is too long"),
+        "largest string": ('a IA5String ::= "' + "x" * 32000 + '"', None),
+        "bit": ("A ::= BIT STRING { a(2000000000) }\nb A ::= { a }", "the number of the bit is too large"),
+    }
+    for name, (body, message) in cases.items():
+        folder = tests.folder(name, {"M.asn": module("M", body)})
+        status, output = tests.run("mesk", "M", cwd=folder)
+        tests.equal(f"{name}: status", status, 1 if message else 0)
+        tests.check(message in output if message else output == "", f"{name}: {output[:500]}")
+        if not message:
+            tests.equal(f"{name}: dump", tests.run("mesk", "-DUMP=M.stx", cwd=folder)[0], 0)
+    # A hundred errors are enough.
+    folder = tests.folder("errors", {"M.asn": module("M", "\n".join(f"A{i} ::= B{i}" for i in range(500)))})
+    status, output = tests.run("mesk", "M", cwd=folder)
+    tests.equal("a hundred errors", (status, len(output.splitlines()), output.splitlines()[-1]),
+                (1, 101, "Error: more than 99 errors, giving up"))
+    # A file that isn't text at all.
+    (folder / "B.asn").write_bytes(bytes(range(256)) * 40)
+    status, output = tests.run("mesk", "B", cwd=folder)
+    tests.check(status == 1 and "B.asn(1,1): Error: illegal character\n" in output, output[:300])
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--bin", required=True)
+    parser.add_argument("--out", required=True)
+    parser.add_argument("--update", action="store_true")
+    parser.add_argument("part", choices=["golden", "faults", "options", "limits"])
+    arguments = parser.parse_args()
+    tests = Tests(arguments.bin, arguments.out)
+    {"golden": golden, "faults": faults, "options": options, "limits": limits}[arguments.part](tests, arguments.update)
+    print("\n".join(tests.faults) if tests.faults else f"{tests.checks} checks passed")
+    return 1 if tests.faults or tests.checks == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
