@@ -8,6 +8,8 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3ParameterKinds.h"
 #include "analysis/T3Types.h"
+#include "asn1/integration/T3Mesk.h"
+#include "asn1/integration/T3Representation.h"
 #include "driver/T3Error.h"
 
 ParameterKinds KindsOf(T3Tree_Node* fpl) {
@@ -195,6 +197,16 @@ void CheckSubType(T3Tree_Node* node) {
   if (ranges && values) vexa_filtered_error(ERR_mixed_subtypes, subtype->position);
 }
 
+// Codecs are made for the types of ASN.1 that go over ports.
+void NoteEntryType(T3Tree_Node* type) {
+  auto* reference = type->try_as<T3TypeReference>();
+  if (reference == nullptr) return;
+  T3Tree_Node* decl = BehindImport(Def(reference->reference));
+  if (!T3Is<T3TypeDecl>(decl) || decl->place == nullptr) return;
+  if (T3ReprToLanguage(decl->place->vexa_my_module) == language_asn1)
+    addMESKEntryType(gIdents.GetCStr(decl->as<T3TypeDecl>()->name));
+}
+
 void CheckPortLists(T3Tree_Node* node) {
   auto* port = node->as<T3PortType>();
   bool messages = false;
@@ -204,6 +216,7 @@ void CheckPortLists(T3Tree_Node* node) {
       T3Tree_Node* base = BaseTypeDef(at->as<T3TypeItem>()->type);
       if (base->is<T3ErrorType>() || base->is<T3NoType>() || at->as<T3TypeItem>()->type->is<T3AllTypes>())
         continue;
+      NoteEntryType(at->as<T3TypeItem>()->type);
       (base->is<T3SignatureType>() ? signatures : messages) = true;
     }
   if (port->port_kind == t3_port_kind_t::Procedure && messages)

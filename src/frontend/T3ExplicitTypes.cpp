@@ -133,8 +133,14 @@ bool IsConstructor(T3Tree_Node* type) {
   return type->is<_T3StructuredType>() || (type->is<_T3HomogeneousType>() && !type->is<T3ArrayType>());
 }
 
+// What ASN.1 has is known by one name to the C that is generated for it, whether it is constrained or not.
+bool ComesFromAsn1(T3Tree_Node* type) {
+  return type->as<_T3Type>()->attributes != nullptr && type->as<_T3Type>()->attributes->cold != nullptr &&
+         type->as<_T3Type>()->cold().inlined;
+}
+
 std::string ExplNameForElement(tIdent decl, T3Tree_Node* element) {
-  return element->is<T3SubType>() ? ExplNameForNestedSubType(decl) : ExplNameForAggType(decl);
+  return element->is<T3SubType>() && !ComesFromAsn1(element) ? ExplNameForNestedSubType(decl) : ExplNameForAggType(decl);
 }
 
 void InlinedTypes::ExplTypeParts(const Work& work) {

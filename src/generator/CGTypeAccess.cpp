@@ -195,6 +195,8 @@ T3Tree_Node* RootType(T3Tree_Node* type) {
 T3Tree_Node* BuiltinBehind(T3Tree_Node* decl) {
   while (T3Is<T3TypeDecl>(decl)) {
     T3Tree_Node* type = decl->as<T3TypeDecl>()->type;
+    // ANY of an ASN.1 module is a type of its own: the run-time system has none that it could stand for.
+    if (type->is<T3AnyType>() && IsT3ASN_1(decl)) return nullptr;
     if (type->is<_T3BuiltinType>()) return type;
     if (!type->is<T3TypeReference>()) return nullptr;
     decl = TypeDeclaration(type);
@@ -244,7 +246,8 @@ std::string VEXATypeRef(T3Tree_Node* type) {
 std::string VEXAStaticTypeRef(T3Tree_Node* type) {
   if (IsNoType(type)) return LUMO_STATIC_UNDEFINED_TYPE;
   // a built-in type has a declaration too, but not one of the module's own types
-  if (type->is<_T3BuiltinType>()) return StaticBuiltinRef(type);
+  const bool is_own = type->is<T3AnyType>() && IsT3ASN_1(type);
+  if (type->is<_T3BuiltinType>() && !is_own) return StaticBuiltinRef(type);
   if (T3Tree_Node* decl = TypeDeclaration(type)) return StaticDeclarationRef(decl);
   if (auto* subtype = type->try_as<T3SubType>()) return VEXAStaticTypeRef(subtype->parent);
   internal_error_ast("LUMOS", __LINE__, __func__, type);

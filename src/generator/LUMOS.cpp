@@ -54,7 +54,7 @@ std::string QualifiedImport(T3Tree_Node* decl) {
   static auto& owners = *new std::map<std::string, T3Tree_Node*>;
   const std::string name = Qualified(decl);
   T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-  return owners.try_emplace(name, origin).first->second == origin ? name : Origin(decl);
+  return owners.try_emplace(name, origin).first->second == origin ? name : ModuleOf(decl) + "_" + Origin(decl);
 }
 
 bool IsImportOf(T3Tree_Node* decl) {

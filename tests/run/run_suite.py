@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Compiles a test suite, builds it by the makefile that the compiler writes, runs it and compares the verdicts.
 
-    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] SUITE
+    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--expect NAME] SUITE
 
-SUITE is a .ttcn file, or a folder with the modules of a suite, C sources that are linked in, and a file VERDICTS.
-What is expected stands in VERDICTS, or in comments of the file after `//`:
+SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
+file VERDICTS, or another one of the NAME. What is expected stands there, or in comments of the file after `//`:
 
     VERDICT: TC_name pass     the test cases in the order of their execution; all must be named
     LOG: text                 lines of the suite's output that hold the texts, in this order
@@ -13,6 +13,7 @@ What is expected stands in VERDICTS, or in comments of the file after `//`:
     ROOT: Module              root module (default: the file's module; needed in VERDICTS)
     OPTIONS: -G -O            more options for the compiler
     ARGUMENTS: --log all      arguments of the suite's executable
+    ENVIRONMENT: NAME=value   a variable that the executable sees
 
 The generated C must compile without a warning.
 """
@@ -27,7 +28,7 @@ import sys
 from pathlib import Path
 
 TIMEOUT_SECONDS = 300
-DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS):\s*(.*?)\s*$")
+DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT):\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)")
 C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 
@@ -35,12 +36,13 @@ C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 class Suite:
     """What a suite consists of and what is expected of it."""
 
-    def __init__(self, place):
+    def __init__(self, place, expect):
         place = place.resolve()
         self.sources = sorted(place.glob("*.ttcn")) if place.is_dir() else [place]
+        self.asn1_sources = sorted(place.glob("*.asn")) if place.is_dir() else []
         self.c_sources = sorted(place.glob("*.c")) if place.is_dir() else []
         self.directives = {}
-        expectations = place / "VERDICTS" if place.is_dir() else place
+        expectations = place / expect if place.is_dir() else place
         text = expectations.read_text(encoding="utf-8")
         for line in text.split("\n"):
             match = DIRECTIVE.match(line)
@@ -60,9 +62,9 @@ class Suite:
         return int(self.first("STATUS", "0" if good else "1"))
 
 
-def run(command, folder, what, statuses=(0,)):
+def run(command, folder, what, statuses=(0,), variables=()):
     """Output of a command; ends the program when the status is another one."""
-    environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ}
+    environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ, **dict(line.split("=", 1) for line in variables)}
     try:
         process = subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                  stderr=subprocess.STDOUT, timeout=TIMEOUT_SECONDS, check=False, env=environment)
@@ -91,6 +93,8 @@ def build(suite, orvane, folder, sanitize):
     mcfg = write_mcfg(suite, installation / "share" / "orvane" / "make_linux.mcfg", folder)
     command = [str(orvane), "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root,
                *shlex.split(suite.first("OPTIONS")), "-F", *map(str, suite.sources)]
+    if suite.asn1_sources:
+        command += ["-A", *map(str, suite.asn1_sources)]
     run(command, folder, "compilation")
     make = ["make", "-s", f"CFLAGS={C_FLAGS}"]
     if sanitize:
@@ -122,15 +126,17 @@ def main():
     parser.add_argument("--orvane", required=True, type=Path)
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
+    parser.add_argument("--expect", default="VERDICTS", help="the file of a folder that says what is expected")
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
-    suite = Suite(arguments.suite)
+    suite = Suite(arguments.suite, arguments.expect)
     folder = arguments.out.resolve()
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     build(suite, arguments.orvane.resolve(), folder, arguments.sanitize)
     command = [f"./{suite.root}", *shlex.split(suite.first("ARGUMENTS"))]
-    output = run(command, folder, "execution", (suite.status(),))
+    output = run(command, folder, "execution", (suite.status(),),
+                 suite.directives.get("ENVIRONMENT", ()))
     faults = compare(suite, output)
     if faults:
         print(output[-8000:])

@@ -25,6 +25,8 @@ std::string stxFileName(const std::string& directory, const std::string& source)
 namespace mesk {
 /// Runs one of the tools along PATH; its output follows ours when it has ended. False for a status other than 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);
+/// Runs a command line by the shell with the tools in reach; its exit status.
+int ShellInvoke(const std::string& command);
 /// A word as the shell takes it for one.
 std::string ShellQuoted(const std::string& word);
 /// "-VERBOSE=" and the level for the tools.

@@ -63,8 +63,7 @@ void RunMkprefil(const std::string& option_file) {
   for (const std::string& option : mesk::SourceDirectoryOptions()) command += ' ' + mesk::ShellQuoted(option);
   for (const std::string& source : mesk::AsnSources()) command += ' ' + mesk::ShellQuoted(rBaseName(source));
   command += " -ANALYZE";
-  std::fflush(stdout);
-  if (rSystem(command) == 0) return;
+  if (mesk::ShellInvoke(command) == 0) return;
   vexa_error("ASN.1 compilation failed", NoPosition);
   mesk_RemoveOptionFiles();
   rExit(1);

@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "asn1/integration/T3Mesk.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
+#include "driver/T3Global.h"
 #include "support/rFsearch.h"
 #include "support/rSystem.h"
 
@@ -18,6 +20,16 @@ namespace mesk {
 namespace {
 constexpr const char* kChannels = "VEXA-ASN-1-std-channels.txt";
 constexpr size_t kBlock = 4095;
+
+// The tools are installed beside the compiler: they are found there where PATH does not lead to others.
+void ExtendPath() {
+  static const bool extended = [] {
+    const char* path = GetEnvVar("PATH");
+    const std::string all = (path == nullptr ? std::string() : std::string(path) + ':') + orv_dir + "/bin";
+    return setenv("PATH", all.c_str(), 1) == 0;
+  }();
+  static_cast<void>(extended);
+}
 
 // Our own standard channels, to which a child's are compared.
 struct Channels {
@@ -100,7 +112,14 @@ int vexa_binary_invoke(const std::vector<std::string>& arguments) {
 }
 }  // namespace
 
+int ShellInvoke(const std::string& command) {
+  ExtendPath();
+  std::fflush(stdout);
+  return rSystem(command);
+}
+
 bool Binary_invoke(const std::vector<std::string>& arguments) {
+  ExtendPath();
   const int status = vexa_binary_invoke(arguments);
   if (status < 0) vexa_error("Failed invoking external components", NoPosition);
   return status == 0;

@@ -131,7 +131,9 @@ T3Tree_Node* vexa_find_T3Module(tIdent name) {
     auto* module = node->as<T3Module>();
     if (module->name == name && T3ReprToLanguage(module) == language_asn1) return module;
   }
-  return nullptr;
+  // Once the modules are in order, each is a list of its own.
+  const auto known = gT3ModuleMap.find(name);
+  return known != gT3ModuleMap.end() && T3ReprToLanguage(known->second) == language_asn1 ? known->second : nullptr;
 }
 
 T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {

@@ -218,6 +218,11 @@ ConstrainedSet SizeSetOf(const AsnType& type) {
   return SetOf(type, Measure::Size);
 }
 
+ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint) {
+  const Evaluated evaluated = Evaluate(type, constraint, Measure::Size, 0);
+  return {evaluated.set, evaluated.known, evaluated.extensible};
+}
+
 std::string constructAllowedCharacters(const AsnConstraint& constraint) {
   std::set<unsigned char> characters;
   AddCharacters(FirstOperand(constraint), characters, 0);

@@ -41,6 +41,8 @@ struct ConstrainedSet {
 };
 ConstrainedSet IntegerSetOf(const AsnType& type);
 ConstrainedSet SizeSetOf(const AsnType& type);
+/// The sizes that one SIZE constraint of the type names.
+ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint);
 /// The characters that a permitted alphabet leaves, in ascending order; none where there is no such constraint.
 std::string PermittedAlphabetOf(const AsnType& type);
 /// The characters that one FROM constraint names.

@@ -1,0 +1,280 @@
+#include "asn1/generate/Asn2T3.h"
+
+#include <cctype>
+#include <cstdarg>
+#include <ctime>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/front/Backend.h"
+#include "asn1/model/AsnHome.h"
+#include "asn1/model/AsnNames.h"
+#include "support/TemporaryFiles.h"
+
+namespace asn1 {
+namespace {
+constexpr const char* kName = "ASN2T3";
+constexpr const char* kVersion = "1.00";
+constexpr const char* kMeskVersion = "2.13";
+
+std::string Upper(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return text;
+}
+
+void verbose_msg(ModRec& module, int level, const std::string& text) {
+  const int verbosity = OptionsOf(module).verbosity;
+  if (verbosity != 0 && verbosity >= level) std::printf("%s>>> %s\n", kName, text.c_str());
+}
+
+void print_prog_info(ModRec& module) {
+  if (backendVerbosity() > 0)
+    std::printf("\n%s Version %s for MESK Version %s\n", kName, kVersion, kMeskVersion);
+  if (backendVerbosity() > 0) verbose_msg(module, 1, "generating " + module.name);
+}
+
+std::string GuardOf(const std::string& name) {
+  std::string guard = Upper(name);
+  for (char& c : guard)
+    if (c == '-' || c == '.') c = '_';
+  return guard;
+}
+
+// The time at which files say they were made: that of the environment where the build is to be the same each time.
+std::tm Now() {
+  std::time_t now = std::time(nullptr);
+  if (const char* given = std::getenv("SOURCE_DATE_EPOCH")) now = static_cast<std::time_t>(std::atoll(given));
+  std::tm result{};
+  gmtime_r(&now, &result);
+  return result;
+}
+
+void printFileHeader(ModRec& module, const std::string& name, CText& text) {
+  char line[200];
+  const std::tm now = Now();
+  text.put("/****************************************************************\n");
+  text.put(std::string(" * Processed by ") + kName + " " + kVersion + " ");
+  std::snprintf(line, sizeof line, "on %02d.%02d.%d at %d:%02d.%02d\n", now.tm_mday, now.tm_mon + 1, now.tm_year + 1900,
+                now.tm_hour, now.tm_min, now.tm_sec);
+  text.put(line);
+  const MNode& node = module.header;
+  std::snprintf(line, sizeof line, " * Syntax file processed by MESK %s on %02d.%02d.%d at %d:%02d.%02d\n", kMeskVersion,
+                node.date % 100, node.date / 100 % 100, node.date / 10000, node.time / 10000, node.time / 100 % 100,
+                node.time % 100);
+  text.put(line);
+  text.put(" * ASN.1 module = " + module.name + "\n");
+  text.put(" * FILE = " + getModulePrefix(module) + name + "\n");
+  bool first = true;
+  for (const std::string& info : module.options.info()) {
+    text.put((first ? " * INFO = " : " *        ") + info + "\n");
+    first = false;
+  }
+  text.put(" ****************************************************************/\n");
+}
+
+void include(CText& text, const std::string& name) {
+  text.put("#include \"" + name + "\"\n");
+}
+
+void BeginHeader(T3AsnFiles& files) {
+  CText& text = files.header;
+  const std::string guard = GuardOf(getModulePrefix(files.module) + "t3asn.h");
+  text.put("#ifndef " + guard + "\n#define " + guard + "\n");
+  include(text, "asnmisc.typ");
+  include(text, getModulePrefix(files.module) + ".typ");
+  include(text, "lumos.h");
+  text.endl();
+  text.put("extern const lumo_type_t t3asn_asn_1_null_type;\n");
+  text.put("#define t3asn_STATIC_asn_1_null_type (lumo_type_t)&t3asn_asn_1_null_type_struct\n");
+  text.put("extern lumo_type_struct_t t3asn_asn_1_null_type_struct;\n");
+  text.endl();
+}
+
+void EndHeader(T3AsnFiles& files) {
+  files.header.put("#endif /*" + GuardOf(getModulePrefix(files.module) + "t3asn.h") + "*/\n");
+}
+
+// The types of the indefinite form are the same ones: their declarations are shut out.
+void ShutOutSecondTypes(T3AsnFiles& files) {
+  const auto shut_out = [&](const ModRec& module) {
+    files.source.put("#define " + GuardOf(getModulePrefix(module) + "bi.typ") + "\n");
+  };
+  shut_out(files.module);
+  forEachExportingModule(files.module, [&](ModRec& imported) { shut_out(imported); });
+}
+
+void IncludeCodecs(T3AsnFiles& files, int mask) {
+  CText& text = files.source;
+  const std::string prefix = getModulePrefix(files.module);
+  const T3AsnModuleOptions& options = OptionsOf(files.module);
+  if (options.ber_used) {
+    if ((mask & kMaskBer) != 0) {
+      include(text, prefix + "cod.ext");
+      ShutOutSecondTypes(files);
+    }
+    if ((mask & kMaskBerIndefinite) != 0) {
+      if ((mask & kMaskBer) == 0) ShutOutSecondTypes(files);
+      include(text, prefix + "bicod.ext");
+    }
+  }
+  if (!options.per_used) return;
+  if ((mask & (kMaskPerAligned | kMaskPerUnaligned)) == 0) return;
+  include(text, prefix + "per.ext");
+  include(text, prefix + "pec.ext");
+  include(text, prefix + "pdc.ext");
+}
+
+void BeginSource(T3AsnFiles& files, int mask) {
+  CText& text = files.source;
+  const std::string prefix = getModulePrefix(files.module);
+  const T3AsnModuleOptions& options = OptionsOf(files.module);
+  if (!options.no_headers) {
+    text.put("#include <limits.h>\n");
+    // What constraints, and comparisons of characters, are written with.
+    text.put("#include <float.h>\n#include <string.h>\n");
+    for (const char* name : {"asncnf.cnf", "asnutils.ext", "asncodec.ext", "memory.ext"}) include(text, name);
+    include(text, prefix + ".typ");
+    IncludeCodecs(files, mask);
+    include(text, "lumos.h");
+    include(text, files.t3_prefix(files.module) + ".h");
+    forEachExportingModule(files.module, [&](ModRec& module) { include(text, files.t3_prefix(module) + ".h"); });
+    for (const char* word : {"bool", "true", "false"})
+      text.put(std::string("#ifdef ") + word + "\n#undef " + word + "\n#endif\n");
+    include(text, "asn2lumos.h");
+    include(text, prefix + "t3asn.h");
+    forEachExportingModule(files.module,
+                           [&](ModRec& module) { include(text, getModulePrefix(module) + "t3asn.h"); });
+  }
+  for (const std::string& name : options.own_includes) include(text, name);
+}
+
+std::string DirectoryOf(const ModRec& module, const char* option) {
+  const std::string directory = module.options.Text(option);
+  return directory.empty() || directory.back() == '/' ? directory : directory + '/';
+}
+
+void WriteTo(const std::string& path, const std::string& text) {
+  const std::string beside = path + ".tmp";
+  TemporaryFile guard;
+  guard.Adopt(beside);
+  FILE* file = std::fopen(beside.c_str(), "w");
+  if (file == nullptr) fatalError(kCannotWrite, path);
+  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  if (std::fclose(file) != 0) fatalError(kCloseFault, path);
+  if (!written) fatalError(kWriteFault, path);
+  if (std::rename(beside.c_str(), path.c_str()) != 0) fatalError(kCannotWrite, path);
+}
+
+void generate_log_file(T3AsnFiles& files) {
+  const std::string& name = OptionsOf(files.module).logfile;
+  if (name.empty()) return;
+  const std::string prefix = getModulePrefix(files.module);
+  WriteTo(name, prefix + ".stx: " + prefix + "t3asn.c " + prefix + "t3asn.h\n");
+}
+
+void asn2t3_gen_module(T3AsnFiles& files, int mask) {
+  BeginHeader(files);
+  BeginSource(files, mask);
+  t3asn_gen_check(files);
+  t3asn_gen_consof(files);
+  if ((mask & kMaskNoTranslation) == 0) {
+    t3asn_gen_translate(files);
+    t3asn_gen_translate2(files);
+    t3asn_gen_destruct(files);
+  }
+  t3asn_gen_codec_functions(files, mask);
+  t3asn_gen_codecs_init_setup_register(files, mask);
+  EndHeader(files);
+}
+}  // namespace
+
+int asn2t3_main(int mask, std::string (*t3_prefix)(const ModRec& module)) {
+  ModRec& module = firstModule();
+  print_prog_info(module);
+  T3AsnFiles files{module, {}, {}, t3_prefix};
+  printFileHeader(module, "t3asn.c", files.source);
+  printFileHeader(module, "t3asn.h", files.header);
+  asn2t3_gen_module(files, mask);
+  WriteTo(DirectoryOf(module, "C") + getModulePrefix(module) + "t3asn.c", files.source.text());
+  WriteTo(DirectoryOf(module, "H") + getModulePrefix(module) + "t3asn.h", files.header.text());
+  generate_log_file(files);
+  return 1;
+}
+
+std::string FunctionPrefix(const AsnType& type, const char* family) {
+  return "t3asn_" + getModuleRef(*type.module) + family;
+}
+
+std::string getMetaTypeId(const AsnType& type) {
+  return cTypeId(type);
+}
+
+bool isOwnFunction(const AsnType& type) {
+  return OptionsOf(*type.module).own_functions.count(getMetaTypeId(type)) != 0;
+}
+
+void forEachHomeType(ModRec& module, const TypeCall& call) {
+  forEachType(module, [&](const AsnType& type, int index) {
+    if (cGetVF(type) != VF_NONE) call(type, index);
+  });
+}
+
+const char* cBuiltinStringTstCFunc(const AsnType& type) {
+  switch (getBaseTypeMainType(type)) {
+    case TYP_BITSTR:
+      return "BitString";
+    case TYP_OCTSTR:
+      return "OctetString";
+    case TYP_NUMSTR:
+      return "NumericString";
+    case TYP_PRISTR:
+      return "PrintableString";
+    case TYP_TELSTR:
+      return "T61String";
+    case TYP_VIDSTR:
+      return "VideotexString";
+    case TYP_VISSTR:
+      return "VisibleString";
+    case TYP_IA5STR:
+      return "IA5String";
+    case TYP_GENSTR:
+      return "GeneralString";
+    case TYP_BMPSTR:
+      return "BMPString";
+    case TYP_GENTIME:
+      return type.module->options.testCGenerationOption(2) ? "GeneralizedTimeCT" : "GeneralizedTimeDT";
+    case TYP_UTCTIME:
+      return type.module->options.testCGenerationOption(2) ? "UTCTimeCT" : "UTCTimeDT";
+    default:
+      return "GraphicString";
+  }
+}
+
+std::string RunTimeType(const AsnType& type) {
+  if (isDefinedType(type)) return "vexa_" + getModuleRef(*type.module) + "_" + getMetaTypeId(type) + "_type_struct";
+  if (isReference(type)) return RunTimeType(forSynonymType(type));
+  const MainType main_type = getTypeMainType(type);
+  if (main_type == TYP_NULL) return "t3asn_asn_1_null_type_struct";
+  const std::string module = "vexa_" + getModuleRef(*type.module) + "_";
+  if (main_type == TYP_ANY || main_type == TYP_OPEN) return module + "ANY_type_struct";
+  if (main_type == TYP_EXTERNAL) return module + "EXTERNAL_type_struct";
+  return module + t3asn_inline_type_id(type) + "_type_struct";
+}
+
+void t3asn_warn(const char* format, ...) {
+  std::printf("Warning     %s ", kName);
+  va_list arguments;
+  va_start(arguments, format);
+  std::vprintf(format, arguments);
+  va_end(arguments);
+  std::printf("\n");
+}
+
+void t3asn_warn_line_nr(const ModRec& module, int line, const char* format, ...) {
+  std::printf("%s(%d) : Warning     %s ", module.source.c_str(), line, kName);
+  va_list arguments;
+  va_start(arguments, format);
+  std::vprintf(format, arguments);
+  va_end(arguments);
+  std::printf("\n");
+}
+}  // namespace asn1

@@ -1,0 +1,89 @@
+// The generator of the files that join ASN.1 and the run-time system: for each ASN.1 module <prefix>t3asn.c and
+// <prefix>t3asn.h with checks of constraints, length templates, conversions between homes and run-time values, and
+// encoders and decoders around the routines of the ASN.1 tools.
+#pragma once
+
+#include <cstdio>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "asn1/front/SyntaxTree.h"
+#include "asn1/generate/CText.h"
+#include "asn1/model/AsnModel.h"
+
+namespace asn1 {
+
+/// A codec as options and tables name it.
+enum AsnCodec { kCodecNone, kCodecBerDefinite, kCodecBerIndefinite, kCodecPerUa, kCodecPerAl, kCodecOwnRoutines,
+                kCodecEach };
+
+/// The options of the generator for one module.
+struct T3AsnModuleOptions : BEModMetaRec {
+  std::string logfile;
+  std::vector<std::string> own_includes;
+  std::set<std::string> own_functions;
+  int verbosity = 1;
+  int entry_tag = 0;
+  bool fxe = false;
+  bool no_headers = false;
+  AsnCodec codec = kCodecEach;
+  bool ber_used = true;
+  bool per_used = true;
+};
+
+/// The bits of a module's codec mask.
+enum CodecMask { kMaskBer = 1, kMaskBerIndefinite = 2, kMaskPerUnaligned = 4, kMaskPerAligned = 8,
+                 kMaskNoTranslation = 16 };
+
+/// Takes an option of the generator; false for a text that is none. The meta record is made at the first one.
+bool globalBEOptionOK(ModRec& module, const std::string& text);
+T3AsnModuleOptions& OptionsOf(ModRec& module);
+/// Whether the module has routines of a codec by its options.
+bool AllowsCodec(ModRec& module, AsnCodec codec);
+
+/// What the generators of one module write to.
+struct T3AsnFiles {
+  ModRec& module;
+  CText source;
+  CText header;
+  /// The file prefix of the run-time system's part of a module's generated code: what its ".h" begins with.
+  std::string (*t3_prefix)(const ModRec& module) = nullptr;
+};
+
+/// Writes the two files of the first module that was loaded, with the codecs of the mask. `t3_prefix` gives the name
+/// of a module's TTCN-3 header without its ending. Returns 1, or 0 where that was not possible.
+int asn2t3_main(int mask, std::string (*t3_prefix)(const ModRec& module));
+
+// The parts, in the order of the file.
+void t3asn_gen_check(T3AsnFiles& files);
+void t3asn_gen_consof(T3AsnFiles& files);
+void t3asn_gen_translate(T3AsnFiles& files);
+void t3asn_gen_translate2(T3AsnFiles& files);
+void t3asn_gen_destruct(T3AsnFiles& files);
+void t3asn_gen_codec_functions(T3AsnFiles& files, int mask);
+void t3asn_gen_codecs_init_setup_register(T3AsnFiles& files, int mask);
+
+// What they share.
+
+/// Whether a type has a function that checks its constraints, and one that makes a template of its length.
+bool has_check_func(const AsnType& type);
+bool has_consof_func(const AsnType& type);
+/// "t3asn_", the module of a type, and the name of a family of functions: t3asn_<m><family>.
+std::string FunctionPrefix(const AsnType& type, const char* family);
+/// The identifier of a type in names of functions and of its run-time description.
+std::string getMetaTypeId(const AsnType& type);
+/// The run-time description of a type: "vexa_<m>_<t>_type_struct"; of a built-in type without a definition that of its
+/// place in TTCN-3.
+std::string RunTimeType(const AsnType& type);
+/// What a routine of the tools is called after for a type's kind: "BitString", "IA5String".
+const char* cBuiltinStringTstCFunc(const AsnType& type);
+/// Whether the user supplies a type's conversions.
+bool isOwnFunction(const AsnType& type);
+/// Calls for each definition that a home and conversions exist for.
+void forEachHomeType(ModRec& module, const TypeCall& call);
+
+/// Warnings, on standard output.
+void t3asn_warn(const char* format, ...) __attribute__((format(printf, 1, 2)));
+void t3asn_warn_line_nr(const ModRec& module, int line, const char* format, ...) __attribute__((format(printf, 3, 4)));
+}  // namespace asn1

@@ -1,0 +1,508 @@
+// Functions that tell whether a run-time value keeps the constraints of its ASN.1 type. A function looks at its own
+// level only: components have functions of their own.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <set>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/generate/Asn2T3.h"
+#include "asn1/model/AsnHome.h"
+#include "asn1/model/AsnNames.h"
+#include "asn1/model/AsnRanges.h"
+
+namespace asn1 {
+namespace {
+constexpr const char* kFamily = "_chck_";
+constexpr const char* kArguments = "lumo_type_t type, lumo_value_t v0, lumo_context_t context";
+
+// Warnings that are given once for a module, and the one that is given once for the process.
+struct Warned {
+  bool marker = false, unsupported = false;
+};
+Warned warned;
+bool table_warned = false;
+
+std::string CString(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    char octal[8];
+    std::snprintf(octal, sizeof octal, "\\%03o", code);
+    if (c == '"' || c == '\\')
+      quoted += std::string("\\") + c;
+    else
+      quoted += code < ' ' || code > '~' ? octal : std::string(1, c);
+  }
+  return quoted + "\"";
+}
+
+std::string IntegerLiteral(const AsnValue& value) {
+  return "lumo_long_integer_literal(" + integerValueStri(value) + ")";
+}
+
+std::string RealLiteral(const AsnValue& value) {
+  const double number = retRealVal(realValue(value));
+  if (std::isinf(number)) return number > 0 ? "DBL_MAX" : "-DBL_MAX";
+  char text[64];
+  std::snprintf(text, sizeof text, "%.17g", number);
+  const std::string plain = text;
+  return plain.find_first_of(".e") == std::string::npos ? plain + ".0" : plain;
+}
+
+// The test of a type's own constraints, in the function of that type.
+class Constraints {
+ public:
+  Constraints(const AsnType& type, CText& text) : type_(type), base_(getBaseTypeMainType(type)), text_(text) {}
+
+  void check_type_constraints() {
+    text_.w("if ( !(\n");
+    bool first = true;
+    forEachLocalTypeConstraint(type_, [&](const AsnConstraint& constraint, int) {
+      if (!first) text_.w(" &&\n");
+      first = false;
+      check_constraint(constraint, 0);
+    });
+    text_.w("\n     )\n");
+    text_.w("   )\n");
+    text_.w("  return FALSE;\n");
+  }
+
+ private:
+  static constexpr int kDeepest = 2000;
+
+  void Joined(const AsnConstraint& constraint, const char* between, int depth) {
+    text_.w(" (");
+    check_constraint(FirstOperand(constraint), depth + 1);
+    text_.w(between);
+    check_constraint(SecondOperand(constraint), depth + 1);
+    text_.w(" )\n");
+  }
+
+  void check_constraint(const AsnConstraint& constraint, int depth) {
+    if (!constraint || depth > kDeepest) return text_.w(" TRUE");
+    switch (getConstraintKind(constraint)) {
+      case kUnion:
+      case kCatenation:
+        return Joined(constraint, " ||", depth);
+      case kIntersection:
+        return Joined(constraint, " &&", depth);
+      case kExcept:
+        text_.w(" (");
+        check_constraint(FirstOperand(constraint), depth + 1);
+        text_.w(" && !(");
+        check_constraint(SecondOperand(constraint), depth + 1);
+        text_.w("    )\n");
+        return text_.w(" )\n");
+      case kAllExcept:
+        text_.w(" !");
+        return check_constraint(FirstOperand(constraint), depth + 1);
+      case kValueRange:
+        return ValueRange(constraint);
+      case kPermittedAlphabet:
+        return Alphabet(constraint);
+      case kSize:
+        return Size(constraint);
+      case kSingleValue:
+        return SingleValue(constraint);
+      case kTableConstraint:
+        if (!table_warned) t3asn_warn("Table Constraints are not supported in ASN.1 check functions.");
+        table_warned = true;
+        return text_.w("TRUE");
+      case kExtensionMarker:
+        if (!warned.marker) t3asn_warn("Extension marker constraint not supported in the ASN.1 codec generators.");
+        warned.marker = true;
+        return text_.w(" TRUE");
+      case kEmptyException:
+        return text_.w("TRUE");
+      default:
+        if (!warned.unsupported) t3asn_warn("Unsupported type constraints ignored.");
+        warned.unsupported = true;
+        return text_.w("TRUE");
+    }
+  }
+
+  void ValueRange(const AsnConstraint& constraint) {
+    if (base_ != TYP_INTEGER && base_ != TYP_REAL) {
+      t3asn_warn("Value range only supported for INTEGER and REAL constraints.");
+      return text_.w(" TRUE");
+    }
+    const auto literal = [&](const AsnValue& value) {
+      return base_ == TYP_INTEGER ? IntegerLiteral(value) : RealLiteral(value);
+    };
+    const AsnValue low = LowValue(constraint), high = HighValue(constraint);
+    const uint8_t open = constraint.node().open;
+    text_.w(" (");
+    if (low) {
+      text_.w(literal(low));
+      text_.w((open & kLowOpen) != 0 ? " < " : " <= ");
+      text_.w("home");
+    }
+    if (low && high) text_.w(" && ");
+    if (high) {
+      text_.w("home");
+      text_.w((open & kHighOpen) != 0 ? " < " : " <= ");
+      text_.w(literal(high));
+    }
+    if (!low && !high) text_.w("TRUE");
+    text_.w(" )\n");
+  }
+
+  void Alphabet(const AsnConstraint& constraint) {
+    if (cGetVF(type_) != VF_DYNS) return text_.w("TRUE");
+    text_.w("\nstrspn (");
+    text_.w("lumo_value_get_string(v0, context), ");
+    text_.w(CString(constructAllowedCharacters(constraint)) + ")");
+    text_.w(" == ");
+    text_.w("lumo_lengthof(v0, context)");
+  }
+
+  void OneSize(const Segment& segment) {
+    text_.w(" (");
+    if (segment.low == segment.high) {
+      text_.w("size");
+      text_.w(" ==");
+      text_.w(std::to_string(segment.low));
+    } else {
+      text_.w(std::to_string(segment.low));
+      text_.w(" <=");
+      text_.w("size");
+      if (segment.high != kMaximum) {
+        text_.w(" &&");
+        text_.w("size");
+        text_.w(" <=");
+        text_.w(std::to_string(segment.high));
+      }
+    }
+    text_.w(" )\n");
+  }
+
+  void Size(const AsnConstraint& constraint) {
+    const ConstrainedSet set = SizeSetOfConstraint(type_, constraint);
+    if (set.extensible || set.set.empty()) return text_.w(" TRUE");
+    if (set.set.segments().size() == 1) return OneSize(set.set.segments().front());
+    text_.w(" (");
+    bool first = true;
+    for (const Segment& segment : set.set.segments()) {
+      if (!first) text_.w(" || ");
+      first = false;
+      OneSize(segment);
+    }
+    text_.w(" )\n");
+  }
+
+  void SingleValue(const AsnConstraint& constraint) {
+    const AsnValue value = LowValue(constraint);
+    switch (base_) {
+      case TYP_BOOLEAN:
+        text_.w(" ( home ==");
+        text_.w(booleanValue(value) ? "TRUE" : "FALSE");
+        return text_.w(" )\n");
+      case TYP_INTEGER:
+        text_.w(" ( home ==");
+        text_.w(" " + IntegerLiteral(value));
+        return text_.w(" )\n");
+      case TYP_ENUM:
+        text_.w(" ( home ==");
+        text_.w(" lumo_long_integer_literal(" + std::to_string(EnumNumber(value)) + ")");
+        return text_.w(" )\n");
+      case TYP_NUMSTR:
+      case TYP_PRISTR:
+      case TYP_VISSTR:
+      case TYP_IA5STR:
+      case TYP_OBJDESCR:
+        text_.w(" (");
+        text_.w("(strcmp (home," + CString(ValueText(value)) + ")");
+        text_.w(" == 0)");
+        return text_.w(" )\n");
+      default:
+        text_.w(" TRUE");
+        return t3asn_warn("Single value constraint not supported for this type.");
+    }
+  }
+
+  int64_t EnumNumber(const AsnValue& value) {
+    const std::string& item = ValueText(value);
+    int64_t number = int64Value(value);
+    forEachNamedNumber(forBaseType(type_), [&](const AsnValue& one, int) {
+      if (getStri(*one.module, one.node().name) == item) number = int64Value(one);
+    });
+    return number;
+  }
+
+  const AsnType& type_;
+  MainType base_;
+  CText& text_;
+};
+
+// Whether a constraint asks for the text of a string, or only for its length.
+bool AsksForText(const AsnConstraint& constraint, int depth = 0) {
+  if (!constraint || depth > 1000) return false;
+  if (getConstraintKind(constraint) == kSingleValue) return true;
+  if (getConstraintKind(constraint) == kSize) return false;
+  return AsksForText(FirstOperand(constraint), depth + 1) || AsksForText(SecondOperand(constraint), depth + 1);
+}
+
+bool AsksForSize(const AsnConstraint& constraint, int depth = 0) {
+  if (!constraint || depth > 1000) return false;
+  if (getConstraintKind(constraint) == kSize) return true;
+  return AsksForSize(FirstOperand(constraint), depth + 1) || AsksForSize(SecondOperand(constraint), depth + 1);
+}
+
+bool AnyLocal(const AsnType& type, bool (*asks)(const AsnConstraint&, int)) {
+  bool result = false;
+  forEachLocalTypeConstraint(type,
+                             [&](const AsnConstraint& constraint, int) { result = result || asks(constraint, 0); });
+  return result;
+}
+
+class CheckFunctions {
+ public:
+  explicit CheckFunctions(T3AsnFiles& files) : files_(files), text_(files.source) {}
+
+  void Run() {
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (isReference(type)) return;
+      if (IsStructured(type))
+        OfStructure(type);
+      else if (has_check_func(type))
+        OfLeaf(type, getMetaTypeId(type));
+    });
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (isReference(type) && has_check_func(type)) OfSynonym(type);
+    });
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (!isReference(type)) OfInlineParts(type, 0);
+    });
+  }
+
+ private:
+  void Begin(const AsnType& type, const std::string& id) {
+    const std::string head = "int " + FunctionPrefix(type, kFamily) + id + " (" + kArguments + ")";
+    files_.header.endl();
+    files_.header.w("extern " + head + ";\n");
+    text_.endl();
+    text_.put(head + "\n");
+    text_.open();
+  }
+
+  void End() {
+    text_.w("\n  return TRUE;\n");
+    text_.close();
+  }
+
+  void SpecialValues() {
+    text_.w("if ( t3asn_lumo_value_is_special_value (v0, context) )\n");
+    text_.w("  return FALSE;\n");
+    text_.w("if ( t3asn_lumo_value_is_external_value (v0, context) )\n");
+    text_.w("  return TRUE;\n");
+  }
+
+  void Kind(const char* kind) {
+    text_.w(std::string("if ( lumo_type_kind ( lumo_value_type (v0, context),context) != ") + kind + " )\n");
+    text_.w("  return FALSE;\n");
+  }
+
+  void ControlMember(const AsnType& type) {
+    const int words = ControlWords(type);
+    std::string chain = "";
+    for (int word = 0; word < words; ++word)
+      chain += words == 1 ? "home->compmask = " : "home->compmask [" + std::to_string(word) + "] = ";
+    if (words > 0) text_.w(chain + "0;\n");
+  }
+
+  void OfStructure(const AsnType& type) {
+    Begin(type, getMetaTypeId(type));
+    const std::string home = getMetaTypeId(type);
+    switch (getTypeMainType(type)) {
+      case TYP_SEQ:
+      case TYP_SET:
+        if (ControlWords(type) > 0) {
+          text_.w(home + " homeval, *home = &homeval;\n\n");
+          ControlMember(type);
+        }
+        SpecialValues();
+        Kind(getTypeMainType(type) == TYP_SEQ ? "lumo_type_kind_record" : "lumo_type_kind_set");
+        text_.w("\nreturn TRUE;\n");
+        text_.close();
+        return;
+      case TYP_CHOICE:
+        text_.w(home + " home_val, *home = &home_val;\n\n");
+        text_.w("home->choice = -1;\n");
+        SpecialValues();
+        Kind("lumo_type_kind_union");
+        text_.w("home->choice = (sint32) lumo_value_union_index(v0, context);\n");
+        text_.w("switch (home->choice)\n");
+        text_.open();
+        text_.w("/* Following close braces intentionally commented out \n");
+        text_.close();
+        text_.w("*/\n");
+        text_.w("  }\n");
+        text_.w("\n  return TRUE;\n");
+        text_.close();
+        return;
+      default:
+        OfList(type);
+        text_.w("\nreturn TRUE;\n");
+        text_.close();
+    }
+  }
+
+  void OfList(const AsnType& type) {
+    text_.w("if ( !lumo_value_is_initialized (v0, context) )\n");
+    text_.w("  return TRUE;\n");
+    SpecialValues();
+    const bool is_sequence = getBaseTypeMainType(type) == TYP_SEQOF;
+    text_.w(std::string("if ( ( lumo_type_kind ( lumo_value_type (v0, context),context) != lumo_type_kind_") +
+            (is_sequence ? "recordof" : "setof") + ")");
+    text_.w(" )\n");
+    text_.w("  return FALSE;\n");
+    if (!isLocalTypeConstraints(type)) return;
+    text_.open();
+    text_.w("const long size = (long) lumo_value_vector_size (v0, context);\n\n");
+    Constraints(type, text_).check_type_constraints();
+    text_.close();
+  }
+
+  void LocalValue(const AsnType& type) {
+    switch (getBaseTypeMainType(type)) {
+      case TYP_BOOLEAN:
+        return text_.w("const int home = (int) lumo_value_get_boolean(v0, context);\n\n");
+      case TYP_INTEGER:
+        return text_.w("const lumo_long_integer_t home = lumo_value_get_integer(v0, context);\n\n");
+      case TYP_ENUM:
+        return text_.w("const long home = lumo_value_get_enum_number(v0, context);\n\n");
+      case TYP_REAL:
+        return text_.w("const double home = lumo_value_get_float(v0, context);\n\n");
+      default:
+        if (AnyLocal(type, AsksForSize))
+          text_.w("const long size = (long) lumo_value_string_length (v0, context);\n");
+        if (AnyLocal(type, AsksForText)) text_.w("const char *home = lumo_value_get_string (v0, context);\n");
+    }
+  }
+
+  void WithConstraints(const AsnType& type) {
+    if (!isLocalTypeConstraints(type)) return;
+    text_.open();
+    LocalValue(type);
+    Constraints(type, text_).check_type_constraints();
+    text_.close();
+  }
+
+  void KindOfLeaf(const AsnType& type) {
+    switch (getBaseTypeMainType(type)) {
+      case TYP_BOOLEAN:
+        return Kind("lumo_type_kind_boolean");
+      case TYP_INTEGER:
+        return Kind("lumo_type_kind_integer");
+      case TYP_ENUM:
+        return Kind("lumo_type_kind_enumerated");
+      case TYP_REAL:
+        if (!type.module->options.testCGenerationOption(1))
+          t3asn_warn("REAL<NN> not supported from MESK & ASN2C. Use MESK option C-GENERATION=REAL.");
+        return Kind("lumo_type_kind_float");
+      case TYP_BITSTR:
+        return Kind("lumo_type_kind_bitstring");
+      case TYP_OCTSTR:
+        return Kind("lumo_type_kind_octetstring");
+      case TYP_NUMSTR:
+      case TYP_PRISTR:
+      case TYP_VISSTR:
+      case TYP_IA5STR:
+        return Kind("lumo_type_kind_charstring");
+      default:
+        return t3asn_warn("Unrecognized leaf type.");
+    }
+  }
+
+  void OfLeaf(const AsnType& type, const std::string& id) {
+    Begin(type, id);
+    SpecialValues();
+    KindOfLeaf(type);
+    WithConstraints(type);
+    End();
+  }
+
+  // The check of the type that stands behind a name, where there is one, and then the name's own constraints.
+  void synonym_check_func(const AsnType& type, const std::string& id) {
+    const AsnType of = forSynonymType(type);
+    Begin(type, id);
+    if (has_check_func(of)) {
+      text_.w("if (!" + FunctionPrefix(of, kFamily) + getMetaTypeId(of) +
+              " ( lumo_value_type (v0,context), v0, context) )\n");
+      text_.w("  return FALSE;\n");
+    }
+    if (isLocalTypeConstraints(type)) {
+      SpecialValues();
+      if (cGetVF(type) == VF_LIST) {
+        text_.open();
+        text_.w("const long size = (long) lumo_value_vector_size (v0, context);\n\n");
+        Constraints(type, text_).check_type_constraints();
+        text_.close();
+      } else {
+        WithConstraints(type);
+      }
+    }
+    text_.w("\nreturn TRUE;\n");
+    text_.close();
+  }
+
+  void OfSynonym(const AsnType& type) {
+    text_.put("\n/* Synonym type check function */");
+    synonym_check_func(type, getMetaTypeId(type));
+  }
+
+  void OfInlineParts(const AsnType& type, int depth) {
+    if (depth > 1000) return;
+    std::vector<AsnType> parts = TypeComps(type);
+    if (isListType(type)) parts.push_back(forTypeElem(type));
+    for (const AsnType& part : parts) {
+      if (isLocalTypeConstraints(part) && has_check_func(part)) OfInline(part);
+      if (!isReference(part)) OfInlineParts(part, depth + 1);
+    }
+  }
+
+  void OfInline(const AsnType& part) {
+    const std::string id = t3asn_inline_type_id(part);
+    text_.put("\n/* inlined type check function */");
+    if (isReference(part)) return synonym_check_func(part, id);
+    if (isListType(part)) {
+      Begin(part, id);
+      OfList(part);
+      text_.w("\nreturn TRUE;\n");
+      text_.close();
+      return;
+    }
+    OfLeaf(part, id);
+  }
+
+  T3AsnFiles& files_;
+  CText& text_;
+};
+}  // namespace
+
+bool has_check_func(const AsnType& type) {
+  switch (getBaseTypeMainType(type)) {
+    case TYP_BOOLEAN:
+    case TYP_INTEGER:
+    case TYP_ENUM:
+    case TYP_REAL:
+    case TYP_BITSTR:
+    case TYP_OCTSTR:
+    case TYP_SEQOF:
+    case TYP_SETOF:
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+      return isConstraints(type);
+    default:
+      return false;
+  }
+}
+
+void t3asn_gen_check(T3AsnFiles& files) {
+  warned = {};
+  CheckFunctions(files).Run();
+}
+}  // namespace asn1

@@ -1,0 +1,260 @@
+// Encoders and decoders with the signatures of the run-time system, and their registration.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "asn1/generate/Asn2T3.h"
+#include "asn1/model/AsnHome.h"
+#include "asn1/model/AsnNames.h"
+
+namespace asn1 {
+namespace {
+struct CodecRow {
+  AsnCodec codec;
+  int mask;
+  const char* family;
+  bool per;
+  const char* encoder;  // the routines of the tools
+  const char* decoder;
+  const char* selector;
+};
+constexpr CodecRow kCodecs[] = {
+    {kCodecBerDefinite, kMaskBer, "_ber", false, "enc", "(asn2t3_ber_decoder)&dec",
+     "T3ASN_RTS_CODEC_BER_DEFINITE_LENGTH"},
+    {kCodecBerIndefinite, kMaskBerIndefinite, "_ber_bi", false, "bienc", "(asn2t3_ber_decoder)&bidec",
+     "T3ASN_RTS_CODEC_BER_INDEFINITE_LENGTH"},
+    {kCodecPerUa, kMaskPerUnaligned, "_per_ua", true, "pec_ua", "(asn2t3_per_decoder)&pdc_ua",
+     "T3ASN_RTS_CODEC_PER_BASIC_UNALIGNED"},
+    {kCodecPerAl, kMaskPerAligned, "_per_al", true, "pec_al", "(asn2t3_per_decoder)&pdc_al",
+     "T3ASN_RTS_CODEC_PER_BASIC_ALIGNED"},
+};
+// The order of the cases of the registration.
+constexpr int kCaseOrder[] = {0, 1, 3, 2};
+
+class CodecFunctions {
+ public:
+  CodecFunctions(T3AsnFiles& files, const CodecRow& row) : files_(files), text_(files.source), row_(row) {}
+
+  void generate_codec_func(const AsnType& type) {
+    id_ = getMetaTypeId(type);
+    name_ = FunctionPrefix(type, row_.family);
+    module_ = getModuleRef(*type.module);
+    Encoder();
+    Decoder();
+  }
+
+ private:
+  // The arguments are pieces that end in line ends; in the header the last one ends the declaration.
+  void Heads(const std::string& head, const std::vector<std::string>& arguments) {
+    files_.header.put("extern lumo_codecs_result_t " + head);
+    text_.put("\nlumo_codecs_result_t " + head);
+    for (size_t i = 0; i < arguments.size(); ++i) {
+      const bool last = i + 1 == arguments.size();
+      const std::string indent = i == 0 ? "" : "  ";
+      files_.header.put(indent + arguments[i] + (last ? ");\n\n" : ",\n"));
+      text_.put(indent + arguments[i] + (last ? ")\n" : ",\n"));
+    }
+    text_.open();
+  }
+
+  void CodecVariable() {
+    text_.w(row_.per ? "ASNPERG codg;\n" : "ASNCODG codg;\n");
+  }
+
+  void SetUp() {
+    text_.w("codg.asnuti = &utig;\n");
+    text_.w("initStack (&utig);\n");
+    text_.w("home = createHandle (NULL, &handle, sizeof (" + id_ + "));\n");
+    text_.w("pushHome(&utig, handle);\n");
+  }
+
+  void SetLine() {
+    text_.w("lumo_targetcode_location_set_line(__LINE__, ctx);\n");
+  }
+
+  void Release() {
+    text_.w("popHome (&utig);\n");
+    text_.w("freeAsn (&handle, FREE_STG);\n");
+    text_.w("lumo_targetcode_location_pop(ctx);\n");
+  }
+
+  void Encoder() {
+    Heads(name_ + "_encode_" + id_ + "(",
+          {"lumo_value_t value", "lumo_binary_string_t encoded_data", "lumo_context_t ctx"});
+    text_.w(id_ + " *home;\n");
+    text_.w("ASNHOME *handle = NULL;\n");
+    text_.w("FRAME_PTR encodingBuffer;\n");
+    CodecVariable();
+    text_.w("ASNUTIG utig;\n\n");
+    text_.w("lumo_codecs_result_t codec_result = lumo_codecs_result_succeeded_c;\n\n");
+    text_.w("lumo_targetcode_location_push(\"" + name_ + "_encode_" + id_ + "\",__FILE__, __LINE__, ctx);\n");
+    SetUp();
+    SetLine();
+    text_.w("t3asn_" + module_ + "_trans_t3_to_asn_" + id_ + "(&utig, value, home, ctx);\n");
+    text_.w(std::string("asn2t3_encode_set_frame") + (row_.per ? "_per" : "") + "(&codg, &encodingBuffer);\n");
+    SetLine();
+    text_.w(row_.encoder + id_ + "(&codg, (" + id_ + "*) home);\n");
+    text_.w("asn2t3_encode_put_bstring(&encodingBuffer, &codec_result, ");
+    text_.w("  encoded_data, ctx);\n");
+    Release();
+    text_.w("\nreturn codec_result;\n");
+    text_.close();
+  }
+
+  void Decoder() {
+    Heads(name_ + "_decode_" + id_ + "(",
+          {"lumo_binary_string_iter_t * encoded_data", "lumo_type_t type", "lumo_alloc_strategy_t strategy",
+           "lumo_value_t * decoded_value", "lumo_context_t ctx"});
+    text_.w(id_ + " *home;\n");
+    text_.w("ASNHOME *handle = NULL;\n");
+    text_.w("FRAME_PTR decodingBuffer;\n");
+    text_.w("ERR_RET errorHandlerBuf;\n");
+    CodecVariable();
+    text_.w("ASNUTIG utig;\n");
+    text_.w("lumo_codecs_result_t codec_result = lumo_codecs_result_succeeded_c;\n\n");
+    text_.w("lumo_targetcode_location_push(\"" + name_ + "_decode_" + id_ + "\",__FILE__, __LINE__, ctx);\n");
+    SetUp();
+    text_.w("*decoded_value = lumo_illegal_value_c;\n");
+    text_.w(std::string("if (asn2t3_decode_set_buf_and_decode") + (row_.per ? "_per" : "") +
+            "(&codg, &decodingBuffer, &errorHandlerBuf, &codec_result, encoded_data,");
+    text_.w(row_.decoder + id_ + ",");
+    text_.w("home");
+    text_.w(", ctx))\n");
+    text_.open();
+    SetLine();
+    text_.w("*decoded_value = t3asn_" + module_ + "_trans_asn_to_t3_" + id_ + " (home, strategy, ctx);\n");
+    SetLine();
+    text_.close();
+    Release();
+    text_.w("if (*decoded_value == lumo_illegal_value_c)\n  codec_result = lumo_codecs_result_failed_c;\n");
+    text_.w("\nreturn codec_result;\n");
+    text_.close();
+  }
+
+  T3AsnFiles& files_;
+  CText& text_;
+  const CodecRow& row_;
+  std::string id_, name_, module_;
+};
+
+bool Has(ModRec& module, const CodecRow& row, int mask) {
+  return (mask & row.mask) != 0 && AllowsCodec(module, row.codec);
+}
+
+// The names by which a value of the type may be known: its own, and for a synonym those behind it.
+std::vector<std::string> NamesOf(const AsnType& type) {
+  std::vector<std::string> names;
+  if (isReference(type) && IsStructured(type)) {
+    for (AsnType at = forSynonymType(type);; at = forSynonymType(at)) {
+      // Behind another definition's name there may be codecs of its own.
+      if (at.module == type.module && !isEntryType(at)) names.push_back(MakeASNIdent(getTypeRef(at)));
+      if (!isReference(at)) break;
+    }
+  }
+  names.push_back(MakeASNIdent(getTypeRef(type)));
+  return names;
+}
+
+class Registration {
+ public:
+  Registration(T3AsnFiles& files, int mask)
+      : files_(files), text_(files.source), mask_(mask), ref_(getModuleRef(files.module)) {}
+
+  void Write() {
+    files_.header.put("/* codecs registration */\n");
+    files_.header.put("void t3asn_" + ref_ + "_register_codecs (lumo_context_t ctx);\n\n");
+    text_.put("\n#ifndef T3ASN_" + ref_ + "_CODEC_REGISTER_BYPASS\n");
+    text_.put("void " + ref_ + "_codecs_init_function(lumo_context_t ctx)\n{\n  return;\n}\n\n");
+    SetupFunction();
+    text_.put("void t3asn_" + ref_ + "_register_codecs (lumo_context_t ctx)\n");
+    text_.put("{\n");
+    text_.put("  lumo_codecs_register(" + ref_ + "_codecs_init_function,\n");
+    text_.put("                       " + ref_ + "_codecs_setup_function,\n");
+    text_.put("                       ctx);\n");
+    text_.put("}\n");
+    text_.put("\n#endif /* ifndef T3ASN_" + ref_ + "_CODEC_REGISTER_BYPASS */\n");
+  }
+
+ private:
+  void Leave(const std::string& indent) {
+    text_.put(indent + "lumo_targetcode_location_pop(ctx);\n" + indent + "return;\n");
+  }
+
+  void SetupFunction() {
+    text_.put("void " + ref_ + "_codecs_setup_function(lumo_type_t type,\n");
+    text_.put("                                 lumo_context_t ctx)\n{\n");
+    text_.put("  T3asnRtsCodecSelector codec_selector;\n");
+    text_.put("  lumo_targetcode_location_push(\"" + ref_ + "_codecs_setup_function\",__FILE__, __LINE__, ctx);\n");
+    text_.put("  if ( !lumo_type_definition_module (type, ctx) ) {\n");
+    Leave("    ");
+    text_.put("  }\n");
+    text_.put("  if (!strcmp(lumo_type_definition_module (type, ctx), \"" + ref_ + "\")) {\n");
+    text_.put("    codec_selector = t3asn_get_module_encoding_directive (\"" + ref_ + "\", ctx);\n");
+    text_.put("    if (codec_selector == T3ASN_RTS_CODEC_NONE) {\n");
+    const std::string hyphenated = convertUnderscores(ref_);
+    if (hyphenated != ref_) {
+      text_.put("      codec_selector = t3asn_get_module_encoding_directive (\"" + hyphenated + "\", ctx);\n");
+      text_.put("      if (codec_selector == T3ASN_RTS_CODEC_NONE) {\n");
+      Leave("        ");
+      text_.put("      }\n");
+    } else {
+      Leave("      ");
+    }
+    text_.put("    }\n");
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (isEntryType(type)) t3asn_gen_codecs_setup_type(type);
+    });
+    text_.put("  }\n");
+    text_.put("  lumo_targetcode_location_pop(ctx);\n");
+    text_.put("}\n\n");
+  }
+
+  void t3asn_gen_codecs_setup_type(const AsnType& type) {
+    const std::vector<std::string> names = NamesOf(type);
+    text_.put("    if (");
+    for (size_t i = 0; i < names.size(); ++i) {
+      const bool last = i + 1 == names.size();
+      text_.put(" !strcmp(lumo_type_definition_name (type, ctx), \"" + names[i] + "\")" +
+                (last ? " ) { \n" : "\n          ||"));
+    }
+    text_.put("      switch (codec_selector)\n");
+    text_.put("        { \n");
+    for (const int i : kCaseOrder)
+      if (Has(files_.module, kCodecs[i], mask_)) Case(type, kCodecs[i].selector, kCodecs[i].family);
+    if (OptionsOf(files_.module).codec == kCodecOwnRoutines) Case(type, "T3ASN_RTS_CODEC_OWN", "_own");
+    text_.put("        default:\n");
+    text_.put("          break;\n");
+    text_.put("        }\n");
+    Leave("      ");
+    text_.put("    }\n");
+  }
+
+  void Case(const AsnType& type, const char* selector, const char* family) {
+    const std::string id = getMetaTypeId(type), name = FunctionPrefix(type, family);
+    text_.put(std::string("        case ") + selector + ":\n");
+    text_.put("          lumo_type_set_encoder (type, " + name + "_encode_" + id + ", ctx);\n");
+    text_.put("          lumo_type_set_decoder (type, " + name + "_decode_" + id + ", ctx);\n");
+    text_.put("          break;\n");
+  }
+
+  T3AsnFiles& files_;
+  CText& text_;
+  int mask_;
+  std::string ref_;
+};
+}  // namespace
+
+void t3asn_gen_codec_functions(T3AsnFiles& files, int mask) {
+  for (const CodecRow& row : kCodecs) {
+    if (!Has(files.module, row, mask)) continue;
+    forEachHomeType(files.module, [&](const AsnType& type, int) {
+      if (isEntryType(type)) CodecFunctions(files, row).generate_codec_func(type);
+    });
+  }
+}
+
+void t3asn_gen_codecs_init_setup_register(T3AsnFiles& files, int mask) {
+  if ((mask & (kMaskBer | kMaskBerIndefinite | kMaskPerUnaligned | kMaskPerAligned)) != 0)
+    Registration(files, mask).Write();
+}
+}  // namespace asn1

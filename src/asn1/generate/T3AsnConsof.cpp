@@ -1,0 +1,68 @@
+// Functions that make a template of the lengths that a list's constraints allow.
+#include <algorithm>
+#include <vector>
+
+#include "asn1/generate/Asn2T3.h"
+#include "asn1/model/AsnHome.h"
+#include "asn1/model/AsnNames.h"
+#include "asn1/model/AsnRanges.h"
+
+namespace asn1 {
+namespace {
+constexpr const char* kFamily = "_consof_";
+
+void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
+  const ConstrainedSet set = SizeSetOf(type);
+  if (set.set.empty()) return;
+  const std::string head = "lumo_value_t " + FunctionPrefix(type, kFamily) + id +
+                           " (lumo_type_t vexa_type, lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t "
+                           "vexa_context)";
+  files.header.endl();
+  files.header.w("extern " + head + ";\n");
+  CText& text = files.source;
+  text.endl();
+  text.put(head + "\n");
+  text.open();
+  text.w("lumo_value_t v0, vl, vh;\n");
+  text.w("v0 = lumo_type_instantiate_dynamic_template(&(vexa_" + getModuleRef(*type.module) + "_" + id +
+         "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
+  text.w("vl = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
+  text.w("vh = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
+  text.w("lumo_value_set_integer(vl, lumo_long_integer_literal(" + std::to_string(set.set.low()) +
+         "), vexa_context);\n");
+  text.w("lumo_value_set_integer(vh, lumo_long_integer_literal(" + std::to_string(set.set.high()) +
+         "), vexa_context);\n");
+  text.w("lumo_template_set_value(v0, lumo_anyornone_value_c, 0, vexa_context);\n");
+  text.w("lumo_template_set_length_constraint(v0, vl, vh, vexa_context);\n");
+  text.w("return v0;\n");
+  text.close();
+}
+
+void Parts(T3AsnFiles& files, const AsnType& type, int depth) {
+  if (depth > 1000) return;
+  std::vector<AsnType> parts = TypeComps(type);
+  if (isListType(type)) parts.push_back(forTypeElem(type));
+  for (const AsnType& part : parts) {
+    if (isReference(part)) continue;
+    if (has_consof_func(part)) Function(files, part, t3asn_inline_type_id(part));
+    Parts(files, part, depth + 1);
+  }
+}
+}  // namespace
+
+bool has_consof_func(const AsnType& type) {
+  const MainType base = getBaseTypeMainType(type);
+  if (base != TYP_SEQOF && base != TYP_SETOF) return false;
+  bool sized = false;
+  forEachLocalTypeConstraint(
+      type, [&](const AsnConstraint& constraint, int) { sized = sized || getConstraintKind(constraint) == kSize; });
+  return sized || (isReference(type) && has_consof_func(forSynonymType(type)));
+}
+
+void t3asn_gen_consof(T3AsnFiles& files) {
+  forEachHomeType(files.module, [&](const AsnType& type, int) {
+    if (has_consof_func(type)) Function(files, type, getMetaTypeId(type));
+    if (!isReference(type)) Parts(files, type, 0);
+  });
+}
+}  // namespace asn1

@@ -1,0 +1,132 @@
+// The options of the generator.
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/generate/Asn2T3.h"
+
+namespace asn1 {
+namespace {
+constexpr size_t kLongestLogName = 513;
+
+struct CodecRow {
+  const char* word;
+  AsnCodec codec;
+  bool sets_use, ber, per;
+};
+constexpr CodecRow kCodecs[] = {
+    {"NONE", kCodecNone, true, false, false},
+    {"BER_DEFINITE", kCodecBerDefinite, true, true, false},
+    {"BER", kCodecBerDefinite, true, true, false},
+    {"BER_INDEFINITE", kCodecBerIndefinite, true, true, false},
+    {"PER_ALIGNED", kCodecPerAl, true, false, true},
+    {"PER", kCodecPerAl, true, false, true},
+    {"PER_UNALIGNED", kCodecPerUa, true, false, true},
+    {"OWN", kCodecOwnRoutines, false, false, false},
+    {"ALL", kCodecEach, true, true, true},
+};
+
+bool TakeCodec(const std::string& word, T3AsnModuleOptions& options) {
+  for (const CodecRow& row : kCodecs) {
+    if (word != row.word) continue;
+    options.codec = row.codec;
+    if (row.sets_use) {
+      options.ber_used = row.ber;
+      options.per_used = row.per;
+    }
+    return true;
+  }
+  return false;
+}
+
+bool TakeWord(const std::string& value, std::initializer_list<const char*> words, int& number) {
+  int position = 0;
+  for (const char* word : words) {
+    if (value == word || value == std::to_string(position)) {
+      number = position;
+      return true;
+    }
+    ++position;
+  }
+  return false;
+}
+
+bool TakeLogName(const std::string& value, T3AsnModuleOptions& options) {
+  const bool good = !value.empty() && value.size() <= kLongestLogName &&
+                    std::all_of(value.begin(), value.end(), [](unsigned char c) {
+                      return std::isalnum(c) || std::string_view("./\\[]_-").find(static_cast<char>(c)) !=
+                                                    std::string_view::npos;
+                    });
+  if (good) options.logfile = value;
+  return good;
+}
+
+// The text behind "BEO=ASN2T3=", or the text itself.
+std::string Plain(const std::string& text) {
+  const std::string option = optionToUpper(text);
+  constexpr std::string_view mark = "BEO=";
+  if (option.compare(0, mark.size(), mark) != 0) return option;
+  const std::string inner = option.substr(mark.size());
+  constexpr std::string_view word = "ASN2T3=";
+  return inner.compare(0, word.size(), word) == 0 ? optionToUpper(inner.substr(word.size())) : inner;
+}
+
+bool Take(ModRec& module, const std::string& option, bool& known) {
+  T3AsnModuleOptions& options = OptionsOf(module);
+  const size_t equals = option.find('=');
+  const std::string name = option.substr(0, equals);
+  const std::string value = equals == std::string::npos ? std::string() : option.substr(equals + 1);
+  int number = 0;
+  known = true;
+  if (name == "ENTRYTAG") {
+    const bool good = TakeWord(value, {"IGNORE", "WARN"}, number);
+    if (good) options.entry_tag = number;
+    return good;
+  }
+  if (name == "LOGFILE") return TakeLogName(value, options);
+  if (name == "OWNI") {
+    options.own_includes.push_back(value);
+    return !value.empty();
+  }
+  if (name == "OWNF") {
+    options.own_functions.insert(convertHyphens(value));
+    return !value.empty();
+  }
+  if (option == "NOHEADERS") {
+    options.no_headers = true;
+    return true;
+  }
+  if (name == "FXE") {
+    const bool good = TakeWord(value, {"FALSE", "TRUE"}, number) || TakeWord(value, {"NO", "YES"}, number);
+    if (good) options.fxe = number != 0;
+    return good;
+  }
+  if (name == "ASN2C_CODEC") return TakeCodec(value, options);
+  known = false;
+  return false;
+}
+}  // namespace
+
+T3AsnModuleOptions& OptionsOf(ModRec& module) {
+  if (module.meta == nullptr) module.meta = std::make_unique<T3AsnModuleOptions>();
+  return static_cast<T3AsnModuleOptions&>(*module.meta);
+}
+
+bool globalBEOptionOK(ModRec& module, const std::string& text) {
+  const std::string option = Plain(text);
+  bool known = false;
+  if (Take(module, option, known)) return true;
+  if (!known) {
+    // Options of the tools that the generator has no use for.
+    return option.compare(0, 4, "BEO=") != 0 && text.compare(0, 4, "BEO=") != 0;
+  }
+  std::printf("\nWARNING : Option ignored: %.50s\n", text.c_str());
+  return true;
+}
+
+bool AllowsCodec(ModRec& module, AsnCodec codec) {
+  const AsnCodec chosen = OptionsOf(module).codec;
+  return chosen == codec || (chosen == kCodecEach && codec != kCodecOwnRoutines);
+}
+}  // namespace asn1

@@ -1,0 +1,291 @@
+// Conversions from run-time values to homes, and the functions that give homes back.
+#include <string>
+#include <vector>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/generate/T3AsnWalk.h"
+#include "asn1/model/AsnHome.h"
+#include "asn1/model/AsnNames.h"
+
+namespace asn1 {
+namespace {
+constexpr const char* kFamily = "_trans_t3_to_asn_";
+constexpr const char* kEntryFamily = "_translate_t3_to_asn_";
+constexpr const char* kBefore = "ASNG_F (ASNUTIG *asnutigPtr) lumo_value_t v0, ";
+
+class Translate2 {
+ public:
+  explicit Translate2(T3AsnFiles& files) : files_(files), text_(files.source) {}
+
+  void Run() {
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (!isOwnFunction(type)) NormalFunction(type);
+    });
+    forEachHomeType(files_.module, [&](const AsnType& type, int) {
+      if (isEntryType(type)) EntryFunction(type);
+    });
+  }
+
+ private:
+  void NormalFunction(const AsnType& type) {
+    if (isReference(type)) text_.put("\n/* synonym type */");
+    BeginFunction(files_, type, "void", kFamily, kBefore, ", lumo_context_t context");
+    const HomeRef home{"home", true};
+    const AsnType of = isReference(type) ? forSynonymType(type) : type;
+    if (isReference(type) && (cBaseTypeId(type) == cBaseTypeId(of) || IsStructured(type))) {
+      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, v0, (" + getMetaTypeId(of) +
+              " *) home, context);\n");
+    } else if (IsStructured(type)) {
+      text_.w("lumo_value_t v1;\n\n");
+      Structure(type, home, 0);
+    } else {
+      Leaf(type, home, 0);
+    }
+    text_.close();
+  }
+
+  void EntryFunction(const AsnType& type) {
+    const std::string id = getMetaTypeId(type), module = getModuleRef(*type.module);
+    const std::string head = "lumo_value_t " + FunctionPrefix(type, kEntryFamily) + id +
+                             " (lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context)";
+    files_.header.endl();
+    files_.header.w("extern " + head + ";\n");
+    text_.endl();
+    text_.put(head + "\n");
+    text_.open();
+    text_.w("ASNHOME *handle = NULL;\n");
+    text_.w("ASNUTIG utig;\n");
+    text_.w("ASNUTIG *asnutig;\n");
+    text_.w(id + " *home;\n");
+    text_.w("lumo_value_t translated_value = lumo_type_instantiate_external_value ( &(" + RunTimeType(type) +
+            "), strategy, context );\n\n");
+    text_.w("asnutig = &utig;\n");
+    text_.w("initStack (&utig);\n");
+    text_.w("home = createHandle (NULL, &handle, sizeof (" + id + "));\n");
+    text_.w("pushHome(&utig, handle);\n");
+    text_.w(FunctionPrefix(type, kFamily) + id + " (asnutig, v0, home, context);\n");
+    text_.w("lumo_value_set_external_value ( translated_value, (void *) home, ");
+    text_.w("(lumo_value_t (*)(void*,lumo_alloc_strategy_t,lumo_context_t)) t3asn_" + module + "_trans_asn_to_t3_" +
+            id + ", ");
+    text_.w("(void (*)(void*,lumo_context_t)) t3asn_" + module + "_dest_" + id + ", ");
+    text_.w("context );\n\n");
+    text_.w("return translated_value;\n");
+    text_.close();
+  }
+
+  void Structure(const AsnType& type, const HomeRef& home, int depth) {
+    if (depth > 200) fatalError(kInternal, "CBET variable index overflow.");
+    switch (getTypeMainType(type)) {
+      case TYP_CHOICE:
+        return Choice(type, home, depth);
+      case TYP_SEQOF:
+      case TYP_SETOF:
+        return List(type, home, depth);
+      default:
+        for (const AsnType& component : TypeComps(type)) Component(type, component, home, depth);
+    }
+  }
+
+  void Component(const AsnType& type, const AsnType& component, const HomeRef& home, int depth) {
+    const std::string v = Var(depth), inner = Var(depth + 1);
+    const std::string field = "lumo_value_field_by_name(" + v + ", \"" + MakeASNIdent(getTypeCompId(component)) +
+                              "\", context)";
+    const HomeRef place = ComponentRef(home, component);
+    if (isMandatoryTypeComp(component)) {
+      text_.w(inner + " = " + field + ";\n");
+      if (MayBeMissing(component)) text_.w(PresenceSet(home, type, component));
+      return Value(component, place, depth + 1);
+    }
+    std::string test = "if ((" + inner + " = " + field + ") != lumo_omit_value_c";
+    if (forDefaultValue(component))
+      test += " && !lumo_is_equal(" + inner + ", lumo_type_field_default_value(lumo_value_type(" + v +
+              ", context), " + std::to_string(getTypeCompNbr(component)) + ", context), context)";
+    text_.w(test + ")\n");
+    text_.open();
+    text_.w(PresenceSet(home, type, component));
+    Value(component, place, depth + 1);
+    text_.close();
+  }
+
+  void Choice(const AsnType& type, const HomeRef& home, int depth) {
+    text_.w("switch (lumo_value_union_index(" + Var(depth) + ", context))\n");
+    text_.open();
+    for (const AsnType& alternative : TypeComps(type)) {
+      const std::string number = std::to_string(getTypeCompNbr(alternative));
+      text_.w("case " + number + ":\n");
+      text_.open();
+      text_.w(home.Member("choice") + " = " + number + ";\n");
+      text_.w(Var(depth + 1) + " = lumo_value_union_value(" + Var(depth) + ", context);\n");
+      Value(alternative, ComponentRef(home, alternative), depth + 1);
+      text_.w("break;\n");
+      text_.close();
+    }
+    text_.close();
+  }
+
+  void List(const AsnType& type, const HomeRef& home, int depth) {
+    const std::string counter = "tn" + std::to_string(depth), v = Var(depth);
+    const AsnType element = forTypeElem(type);
+    const std::string element_type = cBaseTypeId(element);
+    text_.open();
+    text_.w("uint32 " + counter + " = 0;\n");
+    text_.w(home.Member("n") + " = (uint32) lumo_value_vector_size(" + v + ", context);\n");
+    text_.w(home.Member("elem = "));
+    text_.w("(" + element_type + " *) allocAsn (");
+    text_.w("NULL, ");
+    text_.w("MB_STG, ");
+    text_.w(home.Member("n") + " * ");
+    text_.w("sizeof(" + element_type + "));\n");
+    text_.w("for (; " + counter + " < lumo_value_vector_size(" + v + ", context); ++ " + counter + ") \n");
+    text_.open();
+    text_.w(Var(depth + 1) + " = lumo_value_vector_element(" + v + ", " + counter + ", context);\n");
+    Value(element, ElementRef(home, depth), depth + 1);
+    text_.close();
+    text_.close();
+  }
+
+  void Value(const AsnType& type, const HomeRef& home, int depth) {
+    if (home.is_pointer)
+      text_.w(home.text + " = (" + cBaseTypeId(type) + " *) allocAsn (NULL, MB_STG, sizeof(" + cBaseTypeId(type) +
+              "));\n");
+    if (IsCalled(type)) {
+      const AsnType of = forSynonymType(type);
+      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, " + Var(depth) + ", ");
+      text_.w(home.Address());
+      return text_.w(", context);\n");
+    }
+    if (!IsStructured(type)) return Leaf(type, home, depth);
+    text_.open();
+    text_.w("lumo_value_t " + Var(depth + 1) + ";\n\n");
+    Structure(forBaseType(type), home, depth);
+    text_.close();
+  }
+
+  void Number(const AsnType& type, const HomeRef& home, int depth, const char* getter) {
+    text_.w(home.Value());
+    text_.w(" = ");
+    text_.w("(" + cBaseTypeId(type) + ") " + getter + "(" + Var(depth) + ", context);\n");
+  }
+
+  void String(const std::string& function, const HomeRef& home, int depth, const char* behind) {
+    text_.w("t32asn_" + function + " (");
+    text_.w(home.Value());
+    text_.w(", ");
+    text_.w(Var(depth) + behind);
+  }
+
+  void Leaf(const AsnType& type, const HomeRef& home, int depth) {
+    const AsnType base = forBaseType(type);
+    switch (getTypeMainType(base)) {
+      case TYP_BOOLEAN:
+        return Number(type, home, depth, "lumo_value_get_boolean");
+      case TYP_INTEGER:
+        return Number(type, home, depth, "lumo_value_get_integer");
+      case TYP_ENUM:
+        if (!isExtensibleEnumeratedList(base)) return Number(type, home, depth, "lumo_value_get_enum_number");
+        text_.w("(" + home.Value());
+        text_.w(").value = ");
+        return text_.w("(sint32) lumo_value_get_enum_number(" + Var(depth) + ", context);\n");
+      case TYP_REAL:
+        return Number(type, home, depth, "lumo_value_get_float");
+      case TYP_NULL:
+        text_.w(home.Value());
+        return text_.w(" = 0;\n");
+      case TYP_OBJID:
+        return String("objidval", home, depth, ", context);\n");
+      case TYP_BITSTR:
+      case TYP_OCTSTR:
+      case TYP_NUMSTR:
+      case TYP_PRISTR:
+      case TYP_VISSTR:
+      case TYP_IA5STR:
+      case TYP_OBJDESCR:
+      case TYP_GENTIME:
+      case TYP_UTCTIME:
+        return String(cBuiltinStringTstCFunc(type), home, depth, ");\n");
+      case TYP_EXTERNAL:
+        return External(home, depth);
+      case TYP_ANY:
+        return Any(type, home, depth);
+      case TYP_OPEN:
+        return text_.w("t3asn_frame (asnutigPtr, " + home.Value() + ", " + Var(depth) + ", context);\n");
+      default:
+        t3asn_warn("Unrecognized leaf type.");
+    }
+  }
+
+  void Any(const AsnType& type, const HomeRef& home, int depth) {
+    text_.w("\n/* Needs a user defined encoding function for ANY/OPEN type */\n");
+    text_.w("if (lumo_type_get_encoder (&(" + RunTimeType(type) + "), context)) {\n");
+    text_.w("  t3asn_frame (asnutigPtr, ");
+    text_.w(home.Value());
+    text_.w(", ");
+    text_.w(Var(depth) + ", context);\n");
+    text_.w("} else {\n");
+    text_.w("  /* No user registered codec */\n");
+    text_.w("  lumo_log_string_to_all (lumo_log_msg_error_c, \"No user registered encoder for ASN.1 type " +
+            getTypeRef(type) + "\", context);\n");
+    text_.w("  " + home.Value() + " = createFrame(DB_SIZE);\n");
+    text_.w("  insertMemBlock (getHomeG (asnutigPtr), MB_FRM, (BYTE_TYPE *)" + home.Value() + ");\n");
+    text_.w("}\n");
+  }
+
+  void External(const HomeRef& home, int depth) {
+    const std::string r = home.Value(), v = Var(depth);
+    text_.open();
+    const auto reference = [&](const char* name, const char* field, const std::string& set) {
+      text_.w(std::string("lumo_value_t ") + name + " = lumo_value_field_by_name(" + v + ", \"" + field +
+              "\", context);\n");
+      return set;
+    };
+    const std::string direct = reference("direct_ref_value", "direct_reference",
+                                         "t32asn_objidval (" + r + ".direct, direct_ref_value, context);\n");
+    const std::string indirect =
+        reference("indirect_ref_value", "indirect_reference",
+                  r + ".indirect = (sint32) lumo_value_get_integer(indirect_ref_value, context);\n");
+    const std::string descr = reference("descr_value", "data_value_descriptor",
+                                        "t32asn_DynObjectDescriptor(&(" + r + ".descr), descr_value);\n");
+    reference("encoding_value", "encoding", "");
+    const auto optional = [&](const char* value, const char* word, const std::string& set) {
+      text_.w(std::string("rem_") + word + "_EXTERNAL(" + r + ");\n");
+      text_.w(std::string("if (") + value + " != lumo_omit_value_c)\n");
+      text_.open();
+      text_.w(std::string("set_") + word + "_EXTERNAL(" + r + ");\n");
+      text_.w(set);
+      text_.close();
+    };
+    optional("direct_ref_value", "direct", direct);
+    optional("indirect_ref_value", "indirect", indirect);
+    optional("descr_value", "descr", descr);
+    text_.w("if (lumo_value_union_index(encoding_value, context) == 1)\n");
+    text_.open();
+    text_.w(r + ".choice = 1;\n");
+    text_.w("t32asn_OctetString (" + r + ".data, lumo_value_union_value(encoding_value, context));\n");
+    text_.close();
+    text_.w("else if (lumo_value_union_index(encoding_value, context) == 0)\n");
+    text_.open();
+    text_.w(r + ".choice = 2;\n");
+    text_.w("t32asn_BitString (" + r + ".data, lumo_value_union_value(encoding_value, context));\n");
+    text_.close();
+    text_.close();
+  }
+
+  T3AsnFiles& files_;
+  CText& text_;
+};
+}  // namespace
+
+void t3asn_gen_translate2(T3AsnFiles& files) {
+  Translate2(files).Run();
+}
+
+// All memory of a home goes with its handle, so that only the home of a whole value has to be given back.
+void t3asn_gen_destruct(T3AsnFiles& files) {
+  forEachHomeType(files.module, [&](const AsnType& type, int) {
+    if (isReference(type)) files.source.put("\n/* synonym type */");
+    BeginFunction(files, type, "void", "_dest_", "", ", lumo_context_t context");
+    if (isEntryType(type)) files.source.w("asnwfree (home);\n");
+    files.source.close();
+  });
+}
+}  // namespace asn1
