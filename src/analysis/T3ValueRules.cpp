@@ -102,22 +102,6 @@ void CheckLoopCondition(T3Tree_Node* node) {
   CheckCondition(node, node->as<_T3LoopStmt>()->condition);
 }
 
-// ---- Operands ----
-
-void RequireOperand(T3Tree_Node* operand) {
-  if (IsGiven(operand) && !HasFailed(operand) && !IsRvalue(operand))
-    vexa_filtered_error(ERR_rvalue, PositionOf(operand));
-}
-
-void CheckBinary(T3Tree_Node* node) {
-  RequireOperand(node->as<_T3BinaryExpression>()->left);
-  RequireOperand(node->as<_T3BinaryExpression>()->right);
-}
-
-void CheckUnary(T3Tree_Node* node) {
-  RequireOperand(node->as<_T3UnaryExpression>()->arg);
-}
-
 // ---- Templates ----
 
 // A type or a function is no template that could be modified.
@@ -215,8 +199,6 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3RetStmt, CheckReturnValue},
     {T3Kind::T3IfStmt, CheckBranch},
     {T3Kind::_T3LoopStmt, CheckLoopCondition},
-    {T3Kind::_T3BinaryExpression, CheckBinary},
-    {T3Kind::_T3UnaryExpression, CheckUnary},
     {T3Kind::T3TemplateReference, CheckModified},
     {T3Kind::T3CompoundValue, CheckMandatoryFields},
     {T3Kind::T3Function, CheckFunctionReturns},
