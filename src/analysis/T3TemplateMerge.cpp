@@ -11,7 +11,9 @@
 #include "analysis/T3References.h"
 #include "analysis/T3RuleParts.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
+#include "analysis/T3ValueClasses.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -313,13 +315,64 @@ T3Tree_Node* FieldsWithActuals(T3CompoundValue* compound, const Actuals& actuals
   return changed ? MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items) : compound;
 }
 
-// A constraint with what was given for the parameters that stand in it as values. What is computed from
-// parameters keeps them.
+T3Tree_Node* ActualFor(T3Tree_Node* node, const Actuals& actuals) {
+  if (!node->is<T3Identifier>()) return nullptr;
+  const auto actual = actuals.find(DefQuietly(node));
+  return actual == actuals.end() ? nullptr : actual->second;
+}
+
+// What matches several values takes the place of a template, a field or a member of a list only, and what has
+// no name has neither fields nor elements.
+bool CanTakePlace(T3Tree_Node* actual, T3Tree_Node* parent) {
+  if (parent->is<_T3Qualification>() && parent->as<_T3Qualification>()->base->is<T3Identifier>())
+    return actual->is<_T3Reference>() || parent->is<T3Parameterization>();
+  return IsRvalue(actual) || parent->is<T3TemplateDef>() || parent->is<T3FieldValue>() ||
+         parent->is<T3ValueListItem>();
+}
+
+// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something in
+// it has to be merged by itself.
+std::vector<T3Tree_Node*> ReplaceableIn(T3Tree_Node* expression, const Actuals& actuals) {
+  std::vector<T3Tree_Node*> found;
+  bool passed = true;
+  ForEachInSubtree(expression, [&](T3Tree_Node* node) {
+    if (auto* definition = node->try_as<T3TemplateDef>())
+      passed = passed && !definition->modifies->is<T3TemplateReference>();
+    if (T3Tree_Node* actual = ActualFor(node, actuals)) {
+      passed = passed && node->parent != nullptr && CanTakePlace(actual, node->parent);
+      found.push_back(node);
+    }
+    return passed && !node->is<_T3Type>();
+  });
+  if (!passed) found.clear();
+  return found;
+}
+
+void ReplaceChild(T3Tree_Node* node, T3Tree_Node* by) {
+  T3Tree_Node* parent = node->parent;
+  for (const T3ChildFields::Child& child : ChildFieldsOf(parent).children)
+    if (T3ChildField(parent, child) == node) T3ChildField(parent, child) = by;
+}
+
+// What is computed from parameters: a copy of the expression, computed from what was given for them.
+T3Tree_Node* ComputedWithActuals(T3Tree_Node* expression, const Actuals& actuals) {
+  if (expression->place == nullptr || ReplaceableIn(expression, actuals).empty()) return expression;
+  T3Tree_Node* copy = gT3AST.CopyT3Tree(expression);
+  SetPlacesLike(copy, expression);
+  for (T3Tree_Node* parameter : ReplaceableIn(copy, actuals))
+    ReplaceChild(parameter, ActualFor(parameter, actuals));
+  InferExpression(copy, T3Candidates(ExpressionLocalType(expression), ExpressionBaseType(expression)), false);
+  return copy;
+}
+
+// A constraint with what was given for the parameters that stand in it.
 T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
+  if (actuals.empty()) return constraint;
   if (auto* compound = constraint->try_as<T3CompoundValue>()) return FieldsWithActuals(compound, actuals);
-  if (!constraint->is<T3Identifier>()) return constraint;
-  const auto actual = actuals.find(DefQuietly(constraint));
-  return actual == actuals.end() ? constraint : actual->second;
+  if (T3Tree_Node* actual = ActualFor(constraint, actuals)) return actual;
+  if (constraint->is<T3Identifier>() || constraint->is<_T3LiteralExpression>() || HasFailed(constraint))
+    return constraint;
+  return ComputedWithActuals(constraint, actuals);
 }
 
 Actuals ActualsOf(T3Parameterization* call, T3TemplateDecl* decl) {
