@@ -330,8 +330,8 @@ bool CanTakePlace(T3Tree_Node* actual, T3Tree_Node* parent) {
          parent->is<T3ValueListItem>();
 }
 
-// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something in
-// it has to be merged by itself.
+// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something
+// in it has to be merged by itself.
 std::vector<T3Tree_Node*> ReplaceableIn(T3Tree_Node* expression, const Actuals& actuals) {
   std::vector<T3Tree_Node*> found;
   bool passed = true;
