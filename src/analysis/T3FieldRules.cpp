@@ -5,6 +5,7 @@
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3RuleParts.h"
+#include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
 #include "analysis/T3ValueClasses.h"
 #include "driver/T3Error.h"
@@ -70,6 +71,11 @@ void CheckField(T3Tree_Node* node) {
                         "message template declaration without modifies clause");
 }
 
+bool IsUndefined(T3Tree_Node* value, vexa_template_mode_t mode) {
+  return CollectTemplateStatus(value, false, mode).value == kStatusUndefined;
+}
+
+// The parameters of a procedure have values, and those of a call or those of a reply are all there.
 void CheckSignatureFields(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
   if (!T3Is<T3SignatureType>(ExpressionBaseType(compound))) return;
@@ -77,6 +83,9 @@ void CheckSignatureFields(T3Tree_Node* node) {
     if (T3Tree_Node* value = at->as<T3FieldValue>()->value; value->is<T3Omit>())
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(value), "'omit'",
                           "parameters in signature templates");
+  if (!IsModifying(InnermostTemplate()) && IsUndefined(compound, vexa_template_mode_t::Call) &&
+      IsUndefined(compound, vexa_template_mode_t::Reply))
+    vexa_filtered_error(ERR_template_underdefined, compound->position);
 }
 
 // ---- What is missing ----
