@@ -268,6 +268,13 @@ void CheckValueRange(T3Tree_Node* node) {
     vexa_filtered_error(ERR_arr_bounds, range->position);
 }
 
+// The bounds of an array are told at the array.
+void CheckRangeBound(T3Tree_Node* node) {
+  auto* bound = node->as<T3RangeBound>();
+  if (!T3Is<T3ArrayType>(node->parent) && Reversed(ConstIntValue(bound->lb), ConstIntValue(bound->ub)))
+    vexa_filtered_error(ERR_arr_bounds, bound->position);
+}
+
 void CheckLengthRange(T3Tree_Node* node) {
   auto* range = node->as<T3LengthRange>();
   const auto low = ConstIntValue(range->lb);
@@ -294,6 +301,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3SubType, CheckRangesOfSubType},
     {T3Kind::T3PortType, CheckPortLists},
     {T3Kind::T3ValueRange, CheckValueRange},
+    {T3Kind::T3RangeBound, CheckRangeBound},
     {T3Kind::T3LengthRange, CheckLengthRange},
 };
 }  // namespace

@@ -30,7 +30,12 @@ void LeaveTemplate(T3Tree_Node*) {
 
 // The name of a type or of a behaviour stands for nothing that a template could match with.
 void RefuseReference(T3Tree_Node* value) {
-  if (!value->is<T3Identifier>() && !value->is<T3Qualifier>()) return;
+  if (value->is<T3Identifier>()) {
+    T3Tree_Node* def = BehindImport(Def(value));
+    if (!T3Is<T3TypeDecl>(def) && !T3Is<_T3FunctionDecl>(def)) return;
+  } else if (!value->is<T3Qualifier>()) {
+    return;
+  }
   if (HasFailed(value) || IsRvalue(value) || IsTemplateReference(value)) return;
   vexa_filtered_error(ERR_invalid_in_template, PositionOf(value));
 }
@@ -47,6 +52,36 @@ void CheckDefinition(T3Tree_Node* node) {
 
 void CheckListItem(T3Tree_Node* node) {
   if (!g_around.empty()) RefuseReference(node->as<T3ValueListItem>()->value);
+}
+
+bool IsCharacters(T3Tree_Node* type) {
+  return type->is<T3CharStringType>() || type->is<T3CharacterType>() ||
+         type->is<T3UniversalCharStringType>() || type->is<T3UniversalCharacterType>();
+}
+
+bool AreOfOneKind(T3Tree_Node* a, T3Tree_Node* b) {
+  const auto is_open = [](T3Tree_Node* type) {
+    return type->is<T3ErrorType>() || type->is<T3NoType>() || IsWildcardType(type);
+  };
+  return a == b || is_open(a) || is_open(b) || IsCompatible(a, b) || (IsCharacters(a) && IsCharacters(b));
+}
+
+// Where the context leaves the type open, each member could be of another.
+void CheckMembers(T3Tree_Node* list) {
+  if (!list->is<T3ValueListItem>()) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(list->as<T3ValueListItem>()->value));
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    T3Tree_Node* value = at->as<T3ValueListItem>()->value;
+    if (!AreOfOneKind(type, GetAddressBaseType(ExpressionBaseType(value))))
+      vexa_filtered_error(ERR_type_valuelist, PositionOf(at));
+  }
+}
+
+void CheckValueList(T3Tree_Node* node) {
+  CheckMembers(node->as<T3ValueList>()->values);
+}
+void CheckComplement(T3Tree_Node* node) {
+  CheckMembers(node->as<T3Complement>()->values);
 }
 
 void CheckRange(T3Tree_Node* node) {
@@ -154,6 +189,8 @@ void WarnOfMissingFields(T3Tree_Node* node) {
 constexpr T3Rule kRules[] = {
     {T3Kind::T3FieldValue, CheckField},
     {T3Kind::T3ValueListItem, CheckListItem},
+    {T3Kind::T3ValueList, CheckValueList},
+    {T3Kind::T3Complement, CheckComplement},
     {T3Kind::T3ValueRange, CheckRange},
     {T3Kind::T3CompoundValue, CheckSignatureFields},
     {T3Kind::T3CompoundValue, WarnOfMissingFields},

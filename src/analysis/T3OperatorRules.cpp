@@ -65,6 +65,7 @@ void CheckConcatenation(T3Tree_Node* node) {
 // ---- Operands ----
 
 void RequireOperand(T3Tree_Node* operand) {
+  if (operand->is<_T3LiteralExpression>()) return;
   if (IsGiven(operand) && !HasFailed(operand) && !IsRvalue(operand))
     vexa_filtered_error(ERR_rvalue, PositionOf(operand));
 }
