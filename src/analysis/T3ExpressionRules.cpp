@@ -133,7 +133,8 @@ void CheckReplace(T3Tree_Node* node) {
   auto* replace = node->as<T3Replace>();
   RefuseNegative(replace, {replace->index, replace->count});
   if (HasFailed(replace->value) || HasFailed(replace->replace_with)) return;
-  if (!IsSameBuiltinType(ExpressionBaseType(replace->value), ExpressionBaseType(replace->replace_with)))
+  if (!IsStringCompatible(GetAddressBaseType(ExpressionBaseType(replace->value)),
+                          GetAddressBaseType(ExpressionBaseType(replace->replace_with))))
     vexa_filtered_error(ERR_type_mismatch_replace, replace->position);
 }
 
