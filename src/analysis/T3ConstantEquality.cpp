@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -48,26 +49,85 @@ std::optional<StringValue> LiteralText(T3Tree_Node* value) {
   return StringValue{T3Kind::T3CharStringLiteral, *std::move(text)};
 }
 
-// The text of a string that consists of literals; empty where it does not, or is made of very many.
-std::optional<StringValue> StringValueOf(T3Tree_Node* expression) {
-  constexpr size_t kMostParts = 10000;
-  StringValue result;
-  std::vector<T3Tree_Node*> open{expression};
-  for (size_t parts = 0; !open.empty(); ++parts) {
-    T3Tree_Node* value = ConstantValueOf(open.back());
-    open.pop_back();
-    if (parts == kMostParts) return std::nullopt;
-    if (auto* both = value->try_as<T3Concatenate>()) {
-      open.push_back(both->right);
-      open.push_back(both->left);
+using Text = std::optional<StringValue>;
+
+// The longest text that is put together. Short ones are always kept, long ones as long as there is room.
+constexpr size_t kLongestText = 100000;
+constexpr size_t kShortText = 100;
+constexpr size_t kRoomForTexts = 64000000;
+
+// The texts of concatenations that constants stand for, by the number of the operator: nothing where one is
+// not known, or is being put together.
+struct KeptTexts {
+  std::unordered_map<uint32_t, Text> texts;
+  size_t size = 0;
+
+  void Keep(T3Tree_Node* value, const Text& text) {
+    const size_t length = text ? text->text.size() : 0;
+    if (length > kShortText && size + length > kRoomForTexts) {
+      texts.erase(value->number);
+      return;
+    }
+    texts[value->number] = text;
+    size += length;
+  }
+};
+KeptTexts& g_texts = *new KeptTexts;
+
+void Append(Text& text, const Text& part) {
+  if (!text || !part || text->text.size() + part->text.size() > kLongestText) {
+    text.reset();
+    return;
+  }
+  text->kind = part->kind;
+  text->text += part->text;
+}
+
+// A concatenation whose operands are being looked at.
+struct OpenText {
+  T3Tree_Node* value;
+  std::vector<T3Tree_Node*> operands{value};
+  Text text = StringValue();
+};
+
+// The text of a string that consists of literals; nothing where it does not, or is very long. A constant in
+// it is put together once, before what it stands in, so that chains of constants cost what is written.
+Text StringValueOf(T3Tree_Node* expression) {
+  T3Tree_Node* root = ConstantValueOf(expression);
+  if (!root->is<T3Concatenate>()) return LiteralText(root);
+  if (const auto kept = g_texts.texts.find(root->number); kept != g_texts.texts.end()) return kept->second;
+  std::vector<OpenText> open;
+  const auto begin = [&open](T3Tree_Node* value) {
+    g_texts.texts.emplace(value->number, std::nullopt);
+    open.push_back({value});
+  };
+  begin(root);
+  for (;;) {
+    OpenText& top = open.back();
+    if (top.operands.empty() || !top.text) {
+      const Text text = std::move(top.text);
+      g_texts.Keep(top.value, text);
+      open.pop_back();
+      if (open.empty()) return text;
+      Append(open.back().text, text);
       continue;
     }
-    const auto literal = LiteralText(value);
-    if (!literal) return std::nullopt;
-    result.kind = literal->kind;
-    result.text += literal->text;
+    T3Tree_Node* operand = top.operands.back();
+    top.operands.pop_back();
+    if (auto* both = operand->try_as<T3Concatenate>()) {
+      top.operands.push_back(both->right);
+      top.operands.push_back(both->left);
+      continue;
+    }
+    T3Tree_Node* value = ConstantValueOf(operand);
+    if (!value->is<T3Concatenate>()) {
+      Append(top.text, LiteralText(value));
+    } else if (const auto kept = g_texts.texts.find(value->number); kept != g_texts.texts.end()) {
+      Append(top.text, kept->second);
+    } else {
+      begin(value);
+    }
   }
-  return result;
 }
 
 // ---- Compound values ----
@@ -216,4 +276,9 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
     if (!equal) return false;
   }
   return true;
+}
+
+void ForgetConstantTexts() {
+  g_texts.texts.clear();
+  g_texts.size = 0;
 }

@@ -251,4 +251,5 @@ int64_t ExpressionLength(T3Tree_Node* expression, bool& known) {
 void ForgetConstantValues() {
   g_kept.values.clear();
   g_kept.lengths.clear();
+  ForgetConstantTexts();
 }

@@ -50,6 +50,34 @@ void CheckTemplateParameters(T3Tree_Node* node) {
   RefuseParameters(node, "template", kinds.out, "out");
 }
 
+// A parameter of a modified template, and the one that takes its place.
+bool ContinuesParameter(T3Tree_Node* par, T3Tree_Node* base) {
+  if (!T3Is<_T3TypedFormal>(par) || par->kind != base->kind || !base->is<_T3TypedFormal>()) return false;
+  auto* own = par->as<_T3TypedFormal>();
+  auto* old = base->as<_T3TypedFormal>();
+  if (own->name != old->name || own->pass != old->pass) return false;
+  T3Tree_Node* type = BaseTypeDef(own);
+  T3Tree_Node* old_type = BaseTypeDef(old);
+  return type->is<T3ErrorType>() || old_type->is<T3ErrorType>() ||
+         CheckStrictTypeCompatibility(type, old_type);
+}
+
+// A template has the parameters of the one that it modifies, unless they are given; it may have more behind
+// them.
+void CheckModifiedParameters(T3Tree_Node* node) {
+  auto* decl = node->as<T3TemplateDecl>();
+  auto* definition = decl->definition->try_as<T3TemplateDef>();
+  auto* modifies = definition == nullptr ? nullptr : definition->modifies->try_as<T3TemplateReference>();
+  T3TemplateDecl* modified = modifies == nullptr ? nullptr : TemplateNamed(modifies->reference);
+  if (modified == nullptr) return;
+  T3Tree_Node* par = decl->fpl;
+  for (T3Tree_Node* base = modified->fpl; T3Is<_T3FormalPar>(base); base = base->as<_T3FormalPar>()->next) {
+    if (!ContinuesParameter(par, base))
+      return vexa_filtered_error(ERR_template_modified_parlist, decl->position);
+    par = par->as<_T3FormalPar>()->next;
+  }
+}
+
 void CheckFormalParameter(T3Tree_Node* node) {
   auto* par = node->as<T3FormalPar>();
   if (IsSignatureType(par)) vexa_filtered_error(ERR_type_signature_not_allowed, PositionOf(par));
@@ -79,7 +107,10 @@ void CheckPortDecl(T3Tree_Node* node) {
 }
 
 void CheckRunsOn(T3Tree_Node* node) {
-  T3Tree_Node* type = BaseTypeDef(node->as<_T3FunctionDecl>()->runs_on);
+  T3Tree_Node* runs_on = node->as<_T3FunctionDecl>()->runs_on;
+  T3Tree_Node* type = BaseTypeDef(runs_on);
+  T3Tree_Node* named = runs_on->is<T3TypeReference>() ? runs_on->as<T3TypeReference>()->reference : runs_on;
+  if (named->is<T3MTC>() || named->is<T3System>()) vexa_filtered_error(ERR_illegal_runs_on, PositionOf(node));
   if (!T3Is<T3ErrorType>(type) && !T3Is<T3NoType>(type) && !T3Is<T3ComponentType>(type))
     vexa_filtered_error(ERR_illegal_runs_on, PositionOf(node));
 }
@@ -250,6 +281,13 @@ void CheckValueRange(T3Tree_Node* node) {
     vexa_filtered_error(ERR_arr_bounds, range->position);
 }
 
+// The bounds of an array are told at the array.
+void CheckRangeBound(T3Tree_Node* node) {
+  auto* bound = node->as<T3RangeBound>();
+  if (!T3Is<T3ArrayType>(node->parent) && Reversed(ConstIntValue(bound->lb), ConstIntValue(bound->ub)))
+    vexa_filtered_error(ERR_arr_bounds, bound->position);
+}
+
 void CheckLengthRange(T3Tree_Node* node) {
   auto* range = node->as<T3LengthRange>();
   const auto low = ConstIntValue(range->lb);
@@ -266,6 +304,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::_T3FunctionDecl, CheckRunsOn},
     {T3Kind::T3Testcase, CheckTestcaseParameters},
     {T3Kind::T3TemplateDecl, CheckTemplateParameters},
+    {T3Kind::T3TemplateDecl, CheckModifiedParameters},
     {T3Kind::T3FormalPar, CheckFormalParameter},
     {T3Kind::T3FormalPar, CheckTimerParameter},
     {T3Kind::T3TypeDecl, CheckPortsInType},
@@ -275,6 +314,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3SubType, CheckRangesOfSubType},
     {T3Kind::T3PortType, CheckPortLists},
     {T3Kind::T3ValueRange, CheckValueRange},
+    {T3Kind::T3RangeBound, CheckRangeBound},
     {T3Kind::T3LengthRange, CheckLengthRange},
 };
 }  // namespace

@@ -20,6 +20,9 @@ std::span<const T3Rule> TypeRules();
 std::span<const T3Rule> DeclarationRules();
 std::span<const T3Rule> ExpressionRules();
 std::span<const T3Rule> StatementRules();
+std::span<const T3Rule> CallRules();
+std::span<const T3Rule> OperatorRules();
+std::span<const T3Rule> FieldRules();
 std::span<const T3Rule> PortRules();
 std::span<const T3Rule> ValueRules();
 std::span<const T3Rule> TemplateRules();
@@ -38,6 +41,10 @@ bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
 /// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that
 /// type, no constant is noted for the check of subtypes.
 void EnterType();
+
+/// What stands in a template definition is looked at as a part of it, from here to the rules of the
+/// definition.
+void EnterTemplate(T3Tree_Node* definition);
 
 /// Walks a subtree; `parent` is the context of its root.
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent);

@@ -246,5 +246,6 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
     if (node->is<T3SubType>() || node->is<T3TypeReference>()) EnterType();
     return;
   }
+  if (node->is<T3TemplateDef>()) EnterTemplate(node);
   if (!IsPart(parent)) InferOutermost(node, parent);
 }

@@ -28,9 +28,9 @@ struct Table {
   template <class Use>
   static void ForEach(Use use) {
     for (const auto& rules :
-         {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), StatementRules(), PortRules(),
-          ValueRules(), TemplateRules(), InitializationRules(), SubtypeRules(), RestrictionRules(),
-          BehaviourRules(), UsageRules()})
+         {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), OperatorRules(), CallRules(),
+          StatementRules(), PortRules(), ValueRules(), TemplateRules(), FieldRules(), InitializationRules(),
+          SubtypeRules(), RestrictionRules(), BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         for (auto kind = static_cast<size_t>(rule.kind);
              kind <= T3Tree_TypeRange[static_cast<size_t>(rule.kind)]; ++kind)

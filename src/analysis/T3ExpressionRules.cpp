@@ -48,33 +48,6 @@ void CheckIndex(T3Tree_Node* node) {
     vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
 }
 
-bool HasDefault(T3Tree_Node* par) {
-  auto* typed = par->try_as<_T3TypedFormal>();
-  T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
-  return T3Is<T3TemplateDef>(value) || (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>());
-}
-
-bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {
-  for (; actual->is<T3ActualPar>(); actual = actual->as<T3ActualPar>()->next) {
-    if (!T3Is<_T3FormalPar>(formal)) return false;
-    formal = formal->as<_T3FormalPar>()->next;
-  }
-  for (; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next)
-    if (!HasDefault(formal)) return false;
-  return true;
-}
-
-bool HasParameters(T3Tree_Node* def) {
-  return T3Is<_T3FunctionDecl>(def) || T3Is<T3TemplateDecl>(def);
-}
-
-void CheckCall(T3Tree_Node* node) {
-  auto* call = node->as<T3Parameterization>();
-  T3Tree_Node* def = BehindImport(Def(call));
-  if (HasParameters(def) && !CheckActualParList(call->apl, FormalParametersOf(def)))
-    vexa_filtered_error(ERR_parlist_length, call->position);
-}
-
 // ---- Compound values ----
 
 void CheckPermutations(T3Tree_Node* node) {
@@ -160,7 +133,8 @@ void CheckReplace(T3Tree_Node* node) {
   auto* replace = node->as<T3Replace>();
   RefuseNegative(replace, {replace->index, replace->count});
   if (HasFailed(replace->value) || HasFailed(replace->replace_with)) return;
-  if (!IsSameBuiltinType(ExpressionBaseType(replace->value), ExpressionBaseType(replace->replace_with)))
+  if (!IsStringCompatible(GetAddressBaseType(ExpressionBaseType(replace->value)),
+                          GetAddressBaseType(ExpressionBaseType(replace->replace_with))))
     vexa_filtered_error(ERR_type_mismatch_replace, replace->position);
 }
 
@@ -277,7 +251,6 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3OctStringLiteral, CheckOctets},
     {T3Kind::T3UnivCharLiteral, CheckQuadruple},
     {T3Kind::T3Subscription, CheckIndex},
-    {T3Kind::T3Parameterization, CheckCall},
     {T3Kind::T3CompoundValue, CheckNotation},
     {T3Kind::T3CompoundValue, CheckPermutations},
     {T3Kind::T3CompoundValue, CheckArrayValue},

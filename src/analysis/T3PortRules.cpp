@@ -93,6 +93,11 @@ void CheckReceiving(T3Tree_Node* node) {
     RefuseInAlternative(node, reply->return_template, "return template");
 }
 
+void CheckChecking(T3Tree_Node* node) {
+  RefuseInAlternative(node, node->as<T3CheckRedirect>()->port, "port");
+  RefuseInAlternative(node, node->as<T3CheckRedirect>()->from, "sender");
+}
+
 // ---- Messages ----
 
 void CheckSend(T3Tree_Node* node) {
@@ -291,6 +296,8 @@ void ResolveSide(T3Tree_Node* node, Side& side) {
   if (!IsGiven(side.component) || HasFailed(side.component)) return;
   T3Tree_Node* component = ExpressionBaseType(side.component);
   if (component == gT3AnyComponentType) return;
+  if (node->is<T3ConnectStmt>() && component->is<T3ArrayType>())
+    return vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "connect");
   if (!component->is<T3ComponentType>()) return vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
   if (!IsGiven(side.port) || side.port->is<T3PortAll>()) return;
   const tIdent name = PortName(side.port);
@@ -338,13 +345,21 @@ void CheckConfiguration(T3Tree_Node* node) {
 }
 
 constexpr T3Rule kRules[] = {
-    {T3Kind::_T3PortStmt, CheckPort},        {T3Kind::_T3ReceivingPortStmt, CheckReceiving},
-    {T3Kind::T3SendStmt, CheckSend},         {T3Kind::T3ReceiveStmt, CheckReceive},
-    {T3Kind::T3TriggerStmt, CheckTrigger},   {T3Kind::T3CallStmt, CheckCall},
-    {T3Kind::T3ReplyStmt, CheckReply},       {T3Kind::T3RaiseStmt, CheckRaise},
-    {T3Kind::T3GetCallStmt, CheckGetCall},   {T3Kind::T3GetReplyStmt, CheckGetReply},
-    {T3Kind::T3CatchStmt, CheckCatch},       {T3Kind::T3CatchTimeoutStmt, CheckCatchTimeout},
-    {T3Kind::T3PortRedirect, CheckRedirect}, {T3Kind::_T3ConfStmt, CheckConfiguration},
+    {T3Kind::_T3PortStmt, CheckPort},
+    {T3Kind::_T3ReceivingPortStmt, CheckReceiving},
+    {T3Kind::T3CheckRedirect, CheckChecking},
+    {T3Kind::T3SendStmt, CheckSend},
+    {T3Kind::T3ReceiveStmt, CheckReceive},
+    {T3Kind::T3TriggerStmt, CheckTrigger},
+    {T3Kind::T3CallStmt, CheckCall},
+    {T3Kind::T3ReplyStmt, CheckReply},
+    {T3Kind::T3RaiseStmt, CheckRaise},
+    {T3Kind::T3GetCallStmt, CheckGetCall},
+    {T3Kind::T3GetReplyStmt, CheckGetReply},
+    {T3Kind::T3CatchStmt, CheckCatch},
+    {T3Kind::T3CatchTimeoutStmt, CheckCatchTimeout},
+    {T3Kind::T3PortRedirect, CheckRedirect},
+    {T3Kind::_T3ConfStmt, CheckConfiguration},
 };
 }  // namespace
 

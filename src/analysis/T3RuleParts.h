@@ -17,9 +17,15 @@ bool HasFailed(T3Tree_Node* expression);
 bool IsInControlPart(T3Tree_Node* node);
 /// Reports that something is not allowed in the control part, at a node that stands there.
 void RefuseInControlPart(T3Tree_Node* node, const char* what);
+/// Reports that something is not allowed in an interleave, at a node that stands in one.
+void RefuseInInterleave(T3Tree_Node* node, const char* what);
 /// Warns at a node, as loud as its module is.
 void WarnAt(T3Tree_Node* node, const std::string& text);
 /// The template that a name means, found without reports; null for anything else.
 T3TemplateDecl* TemplateNamed(T3Tree_Node* reference);
 /// The constraint of a template definition; any other node is its own.
 T3Tree_Node* ConstraintOf(T3Tree_Node* definition);
+/// What a call, or a name without parameters, calls, imports followed; null where that has failed.
+T3Tree_Node* CalleeOf(T3Tree_Node* call);
+/// The component that a declaration runs on: gT3NoType for none.
+T3Tree_Node* ComponentOf(T3Tree_Node* decl);

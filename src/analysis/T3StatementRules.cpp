@@ -19,11 +19,6 @@ void NotAllowedHere(T3Tree_Node* node, const char* what) {
 
 // ---- Surroundings that refuse some statements ----
 
-void RefuseInInterleave(T3Tree_Node* node, const char* what) {
-  if (node->place != nullptr && node->place->inside_interleave)
-    vexa_filtered_error(ERR_interleave_illegal_construct, PositionOf(node), what);
-}
-
 void CheckLoop(T3Tree_Node* node) {
   RefuseInInterleave(node, "loop statement");
 }
@@ -40,55 +35,6 @@ void CheckDeclaration(T3Tree_Node* node) {
   else
     WarnAt(node,
            "declaration mixed with behavioural statements, consider that it's a non-standard extension");
-}
-
-// ---- Calls of behaviour ----
-
-// What a call, or a name without parameters, calls; null where that failed.
-T3Tree_Node* CalleeOf(T3Tree_Node* call) {
-  auto* reference = call == nullptr ? nullptr : call->try_as<_T3Reference>();
-  T3Tree_Node* def = reference == nullptr ? nullptr : BehindImport(Def(reference));
-  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) ? nullptr : def;
-}
-
-// The component that a declaration runs on: gT3NoType for none.
-T3Tree_Node* ComponentOf(T3Tree_Node* decl) {
-  return T3Is<_T3FunctionDecl>(decl) ? BaseTypeDef(decl->as<_T3FunctionDecl>()->runs_on) : gT3NoType;
-}
-
-void CheckRunsOnOfCallee(T3Tree_Node* node, T3Tree_Node* callee) {
-  T3Tree_Node* needed = ComponentOf(callee);
-  if (node->place == nullptr || !needed->is<T3ComponentType>()) return;
-  T3Tree_Node* own = ComponentOf(node->place->vexa_owner);
-  if (own->is<T3NoType>()) vexa_filtered_error(ERR_runs_on, PositionOf(node));
-  if (own->is<T3ComponentType>() && !IsCompatible(needed, own))
-    vexa_filtered_error(ERR_incompatible_runs_on, PositionOf(node));
-}
-
-void CheckInvocation(T3Tree_Node* node) {
-  T3Tree_Node* callee = CalleeOf(node->as<T3InvocationStmt>()->invocation);
-  if (callee == nullptr) return;
-  if (callee->is<T3Testcase>()) return vexa_filtered_error(ERR_testcase_invocation, PositionOf(node));
-  if (callee->is<T3TestStep>()) RefuseInInterleave(node, "function invocation");
-  CheckRunsOnOfCallee(node, callee);
-}
-
-void CheckActivate(T3Tree_Node* node) {
-  RefuseInInterleave(node, "activate");
-  T3Tree_Node* altstep = node->as<T3Activate>()->teststep;
-  T3Tree_Node* callee = CalleeOf(altstep);
-  if (callee == nullptr) return;
-  if (auto* decl = callee->try_as<_T3FunctionDecl>())
-    RefuseParameters(node, "activated altstep", KindsOf(decl->fpl).out, "out");
-  CheckRunsOnOfCallee(node, callee);
-}
-
-void CheckAltstepAlternative(T3Tree_Node* node) {
-  T3Tree_Node* callee = CalleeOf(node->as<T3TestStepRefAlt>()->test_step);
-  RefuseInInterleave(node, "function invocation");
-  if (callee == nullptr) return;
-  if (!callee->is<T3TestStep>()) return NotAllowedHere(node, "function invocation");
-  CheckRunsOnOfCallee(node, callee);
 }
 
 // ---- Alternatives ----
@@ -124,14 +70,6 @@ void WarnOfEffectsInAltstep(T3Tree_Node* node) {
 
 void WarnOfEffectsInCall(T3Tree_Node* node) {
   WarnOfEffects(node, node->as<T3CallStmt>()->body);
-}
-
-// In an interleave nothing may wait by itself.
-void CheckCallInInterleave(T3Tree_Node* node) {
-  if (node->place == nullptr || !node->place->inside_interleave) return;
-  T3Tree_Node* callee = CalleeOf(node);
-  if (T3Is<T3Function>(callee) && AltStatusOfDecl(callee) == kChangesSnapshot)
-    RefuseInInterleave(node, "call to function with (indirect) usage of communication operation");
 }
 
 // ---- Plain statements ----
@@ -229,6 +167,7 @@ void CheckStop(T3Tree_Node* node) {
   if (IsPortObject(object)) return RefuseInControlPart(node, "port operation");
   RefuseInInterleave(node, "stop");
   RefuseInControlPart(node, "'<comp>.stop'");
+  if (!IsComponentObject(object) || !IsRvalue(object)) vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
 void CheckKill(T3Tree_Node* node) {
@@ -240,7 +179,7 @@ void CheckKill(T3Tree_Node* node) {
 
 void CheckFinished(T3Tree_Node* node, T3Tree_Node* component) {
   RefuseInControlPart(node, "'done'");
-  if (!HasFailed(component) && !IsComponentObject(component))
+  if (!HasFailed(component) && (!IsComponentObject(component) || !IsRvalue(component)))
     vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
 }
 
@@ -289,14 +228,10 @@ constexpr T3Rule kRules[] = {
     {T3Kind::_T3LoopStmt, CheckLoop},
     {T3Kind::T3GotoStmt, CheckGoto},
     {T3Kind::T3DeclStmt, CheckDeclaration},
-    {T3Kind::T3InvocationStmt, CheckInvocation},
-    {T3Kind::T3Activate, CheckActivate},
-    {T3Kind::T3TestStepRefAlt, CheckAltstepAlternative},
     {T3Kind::_T3Alt, CheckGuard},
     {T3Kind::T3AltStmt, WarnOfEffectsInAlt},
     {T3Kind::T3TestStep, WarnOfEffectsInAltstep},
     {T3Kind::T3CallStmt, WarnOfEffectsInCall},
-    {T3Kind::T3Parameterization, CheckCallInInterleave},
     {T3Kind::T3AssignStmt, CheckAssignment},
     {T3Kind::T3RetStmt, CheckReturn},
     {T3Kind::T3SetVerdictStmt, CheckSetVerdict},

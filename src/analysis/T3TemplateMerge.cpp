@@ -11,7 +11,9 @@
 #include "analysis/T3References.h"
 #include "analysis/T3RuleParts.h"
 #include "analysis/T3Stages.h"
+#include "analysis/T3Subtree.h"
 #include "analysis/T3Types.h"
+#include "analysis/T3ValueClasses.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -313,23 +315,111 @@ T3Tree_Node* FieldsWithActuals(T3CompoundValue* compound, const Actuals& actuals
   return changed ? MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items) : compound;
 }
 
-// A constraint with what was given for the parameters that stand in it as values. What is computed from
-// parameters keeps them.
-T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
-  if (auto* compound = constraint->try_as<T3CompoundValue>()) return FieldsWithActuals(compound, actuals);
-  if (!constraint->is<T3Identifier>()) return constraint;
-  const auto actual = actuals.find(DefQuietly(constraint));
-  return actual == actuals.end() ? constraint : actual->second;
+T3Tree_Node* ActualFor(T3Tree_Node* node, const Actuals& actuals) {
+  if (!node->is<T3Identifier>()) return nullptr;
+  const auto actual = actuals.find(DefQuietly(node));
+  return actual == actuals.end() ? nullptr : actual->second;
 }
 
+// The part of a compound value that a field of a parameter means; null where that is not written.
+T3Tree_Node* PartOf(T3Tree_Node* actual, T3Tree_Node* qualifier) {
+  auto* compound = actual->try_as<T3CompoundValue>();
+  auto* field = qualifier->try_as<T3Qualifier>();
+  if (compound == nullptr || field == nullptr) return nullptr;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    T3Tree_Node* member = at->as<T3FieldValue>()->attr().def;
+    if (T3Is<T3FieldType>(member) && member->as<T3FieldType>()->name == field->id)
+      return at->as<T3FieldValue>()->value;
+  }
+  return nullptr;
+}
+
+// What takes the place of a parameter in an expression, and the node in whose place it comes: the parameter,
+// or a field of it where a compound value has been given.
+struct Replacement {
+  T3Tree_Node* place;
+  T3Tree_Node* value;
+};
+
+Replacement ReplacementFor(T3Tree_Node* parameter, T3Tree_Node* actual) {
+  Replacement result{parameter, actual};
+  for (;;) {
+    T3Tree_Node* part =
+        result.place->parent == nullptr ? nullptr : PartOf(result.value, result.place->parent);
+    if (part == nullptr) return result;
+    result = {result.place->parent, part};
+  }
+}
+
+// What matches several values takes the place of a template, a field or a member of a list only, and what has
+// no name has neither fields nor elements.
+bool CanTakePlace(const Replacement& replacement) {
+  T3Tree_Node* parent = replacement.place->parent;
+  auto* whole = parent == nullptr ? nullptr : parent->try_as<_T3Qualification>();
+  if (whole != nullptr && whole->base == replacement.place) return replacement.value->is<_T3Reference>();
+  return IsRvalue(replacement.value) || parent == nullptr || parent->is<T3TemplateDef>() ||
+         parent->is<T3FieldValue>() || parent->is<T3ValueListItem>();
+}
+
+// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something
+// in it has to be merged by itself.
+std::vector<Replacement> ReplaceableIn(T3Tree_Node* expression, const Actuals& actuals) {
+  std::vector<Replacement> found;
+  bool passed = true;
+  ForEachInSubtree(expression, [&](T3Tree_Node* node) {
+    if (auto* definition = node->try_as<T3TemplateDef>())
+      passed = passed && !definition->modifies->is<T3TemplateReference>();
+    if (T3Tree_Node* actual = ActualFor(node, actuals)) {
+      found.push_back(ReplacementFor(node, actual));
+      passed = passed && CanTakePlace(found.back());
+    }
+    return passed && !node->is<_T3Type>();
+  });
+  if (!passed) found.clear();
+  return found;
+}
+
+void ReplaceChild(T3Tree_Node* node, T3Tree_Node* by) {
+  T3Tree_Node* parent = node->parent;
+  for (const T3ChildFields::Child& child : ChildFieldsOf(parent).children)
+    if (T3ChildField(parent, child) == node) T3ChildField(parent, child) = by;
+}
+
+// What is computed from parameters: a copy of the expression, computed from what was given for them.
+T3Tree_Node* ComputedWithActuals(T3Tree_Node* expression, const Actuals& actuals) {
+  if (expression->place == nullptr || ReplaceableIn(expression, actuals).empty()) return expression;
+  T3Tree_Node* copy = gT3AST.CopyT3Tree(expression);
+  SetPlacesLike(copy, expression);
+  InferExpression(copy, T3Candidates(ExpressionLocalType(expression), ExpressionBaseType(expression)), false);
+  for (const Replacement& replacement : ReplaceableIn(copy, actuals)) {
+    if (replacement.place == copy) return replacement.value;
+    ReplaceChild(replacement.place, replacement.value);
+  }
+  return copy;
+}
+
+// A constraint with what was given for the parameters that stand in it.
+T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
+  if (actuals.empty()) return constraint;
+  if (auto* compound = constraint->try_as<T3CompoundValue>()) return FieldsWithActuals(compound, actuals);
+  if (T3Tree_Node* actual = ActualFor(constraint, actuals)) return actual;
+  if (constraint->is<T3Identifier>() || constraint->is<_T3LiteralExpression>() || HasFailed(constraint))
+    return constraint;
+  return ComputedWithActuals(constraint, actuals);
+}
+
+// What is left out has the default that is written at the parameter.
 Actuals ActualsOf(T3Parameterization* call, T3TemplateDecl* decl) {
   Actuals actuals;
-  T3Tree_Node* par = decl->fpl;
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>() && T3Is<_T3FormalPar>(par);
-       at = at->as<T3ActualPar>()->next, par = par->as<_T3FormalPar>()->next) {
-    T3Tree_Node* value = at->as<T3ActualPar>()->expression;
-    if (auto* definition = value->try_as<T3TemplateDef>()) value = definition->constraint;
-    if (T3Is<_T3Expression>(value) && !value->is<T3NotUsedSymbol>()) actuals[par] = value;
+  T3Tree_Node* at = call->apl;
+  for (T3Tree_Node* par = decl->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) {
+    auto* actual = at->try_as<T3ActualPar>();
+    if (actual != nullptr) at = actual->next;
+    T3Tree_Node* value = actual != nullptr && !actual->expression->is<T3NotUsedSymbol>() ? actual->expression
+                         : par->is<_T3TypedFormal>() ? par->as<_T3TypedFormal>()->default_value
+                                                     : nullptr;
+    if (value != nullptr) value = ConstraintOf(value);
+    if (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>()) actuals[par] = value;
   }
   return actuals;
 }

@@ -5,12 +5,14 @@
 #include "analysis/T3RuleParts.h"
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3ConstantValues.h"
+#include "analysis/T3Constants.h"
 #include "analysis/T3Eval.h"
 #include "analysis/T3Names.h"
 #include "analysis/T3Stages.h"
 #include "analysis/T3TemplateMerge.h"
 #include "analysis/T3TemplateStatus.h"
 #include "analysis/T3Types.h"
+#include "analysis/T3ValueClasses.h"
 #include "driver/T3Error.h"
 
 namespace {
@@ -30,6 +32,12 @@ void CheckKindOfTemplate(T3Tree_Node* node) {
 
 bool IsIfPresent(T3Tree_Node* constraint) {
   return constraint->is<T3IfPresentMatch>() || constraint->is<T3IfPresentIfLengthMatch>();
+}
+
+// A field that may be left out, of something whose value is known only when the suite runs.
+bool CanBeOmitted(T3Tree_Node* constraint) {
+  return constraint->is<T3Qualifier>() && !HasFailed(constraint) && IsFieldOptional(Def(constraint)) &&
+         !IsConstant(constraint) && IsRvalue(constraint);
 }
 
 // A field of a template that stands for one value, or for one or none, may not match several.
@@ -58,7 +66,8 @@ void CheckRestriction(T3Tree_Node* node) {
   switch (definition->restriction) {
     case t3_template_restriction_t::Present:
       if (IsIfPresent(constraint)) refuse("'IfPresent' indicator", "(present)-restricted templates");
-      if (constraint->is<T3Omit>()) refuse("value", "(present)-restricted templates");
+      if (constraint->is<T3Omit>() || CanBeOmitted(constraint))
+        refuse("value", "(present)-restricted templates");
       return;
     case t3_template_restriction_t::Value:
       where = "(value)-restricted templates";
@@ -116,7 +125,7 @@ T3Tree_Node* ValueOf(T3Tree_Node* statement) {
 }
 
 bool IsKnown(T3Tree_Node* value) {
-  return value->is<T3TemplateDef>() && !ExpressionBaseType(value)->is<T3ErrorType>();
+  return (value->is<T3TemplateDef>() || IsGiven(value)) && !ExpressionBaseType(value)->is<T3ErrorType>();
 }
 
 void Check(const Use& use) {
@@ -131,8 +140,8 @@ void Check(const Use& use) {
 void RefuseMatching(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t mode) {
   Check({node, value, mode, kStatusMatching, &ERR_template_ambiguous});
 }
-void RefuseUndefined(T3Tree_Node* node, vexa_template_mode_t mode) {
-  Check({node, ValueOf(node), mode, kStatusUndefined, &ERR_template_underdefined});
+void RefuseUndefined(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t mode) {
+  Check({node, value, mode, kStatusUndefined, &ERR_template_underdefined});
 }
 
 void NoteSending(T3Tree_Node* node) {
@@ -145,16 +154,30 @@ void CheckReply(T3Tree_Node* node) {
   RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
 void CheckReceive(T3Tree_Node* node) {
-  RefuseUndefined(node, vexa_template_mode_t::Message);
+  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Message);
 }
 void CheckGetCall(T3Tree_Node* node) {
-  RefuseUndefined(node, vexa_template_mode_t::Call);
+  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Call);
 }
 void CheckGetReply(T3Tree_Node* node) {
-  RefuseUndefined(node, vexa_template_mode_t::Reply);
+  RefuseUndefined(node, node->as<T3GetReplyStmt>()->return_template, vexa_template_mode_t::Message);
+  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
 void CheckValueOf(T3Tree_Node* node) {
   RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_mode_t::Message);
+}
+void CheckEncValue(T3Tree_Node* node) {
+  RefuseMatching(node, node->as<T3EncValue>()->template_value, vexa_template_mode_t::Message);
+}
+void CheckAction(T3Tree_Node* node) {
+  RefuseMatching(node, node->as<T3SUTStmt>()->action, vexa_template_mode_t::Message);
+}
+// What is sent goes to addresses, not to what would match them.
+void CheckRecipient(T3Tree_Node* node) {
+  if (auto* single = node->try_as<T3RecipientSingle>())
+    RefuseMatching(node, single->recipient, vexa_template_mode_t::Message);
+  else
+    RefuseMatching(node, node->as<T3AddressListItem>()->recipient, vexa_template_mode_t::Message);
 }
 
 void CheckSending(T3Tree_Node* node, T3Tree_Node* value) {
@@ -178,7 +201,12 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3TriggerStmt, CheckReceive},
     {T3Kind::T3GetCallStmt, CheckGetCall},
     {T3Kind::T3GetReplyStmt, CheckGetReply},
+    {T3Kind::T3CatchStmt, CheckReceive},
     {T3Kind::T3ValueOf, CheckValueOf},
+    {T3Kind::T3EncValue, CheckEncValue},
+    {T3Kind::T3SUTStmt, CheckAction},
+    {T3Kind::T3RecipientSingle, CheckRecipient},
+    {T3Kind::T3AddressListItem, CheckRecipient},
 };
 }  // namespace
 

@@ -79,6 +79,29 @@ void CheckConstant(T3Tree_Node* node) {
     vexa_filtered_error(ERR_const, PositionOf(node));
 }
 
+// The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
+// of its own.
+bool VariesInType(T3Tree_Node* value) {
+  return IsGiven(value) && !HasFailed(value) && !IsConstant(value) && !IsQualifiedLiteral(value) &&
+         !HasFailedPart(value);
+}
+
+void CheckSubType(T3Tree_Node* node) {
+  auto* subtype = node->as<T3SubType>();
+  auto* list = subtype->constraint->try_as<T3ValueList>();
+  bool varies = list == nullptr && VariesInType(subtype->constraint);
+  T3Tree_Node* at = list == nullptr ? nullptr : list->values;
+  for (; T3Is<T3ValueListItem>(at); at = at->as<T3ValueListItem>()->next) {
+    T3Tree_Node* value = at->as<T3ValueListItem>()->value;
+    auto* range = value->try_as<T3ValueRange>();
+    if (range == nullptr)
+      varies = varies || VariesInType(value);
+    else if (VariesInType(range->lb) || VariesInType(range->ub))
+      vexa_filtered_error(ERR_const, range->position);
+  }
+  if (varies) vexa_filtered_error(ERR_const, subtype->position);
+}
+
 void CheckAssignment(T3Tree_Node* node) {
   auto* statement = node->as<T3AssignStmt>();
   if (!HasFailed(statement->lhs) && !IsTemplateReference(statement->lhs)) RequireValue(node, statement->rhs);
@@ -100,22 +123,6 @@ void CheckBranch(T3Tree_Node* node) {
 
 void CheckLoopCondition(T3Tree_Node* node) {
   CheckCondition(node, node->as<_T3LoopStmt>()->condition);
-}
-
-// ---- Operands ----
-
-void RequireOperand(T3Tree_Node* operand) {
-  if (IsGiven(operand) && !HasFailed(operand) && !IsRvalue(operand))
-    vexa_filtered_error(ERR_rvalue, PositionOf(operand));
-}
-
-void CheckBinary(T3Tree_Node* node) {
-  RequireOperand(node->as<_T3BinaryExpression>()->left);
-  RequireOperand(node->as<_T3BinaryExpression>()->right);
-}
-
-void CheckUnary(T3Tree_Node* node) {
-  RequireOperand(node->as<_T3UnaryExpression>()->arg);
 }
 
 // ---- Templates ----
@@ -211,12 +218,11 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3VarDecl, CheckVariable},
     {T3Kind::T3ConstDecl, CheckConstant},
     {T3Kind::T3ModuleParDecl, CheckConstant},
+    {T3Kind::T3SubType, CheckSubType},
     {T3Kind::T3AssignStmt, CheckAssignment},
     {T3Kind::T3RetStmt, CheckReturnValue},
     {T3Kind::T3IfStmt, CheckBranch},
     {T3Kind::_T3LoopStmt, CheckLoopCondition},
-    {T3Kind::_T3BinaryExpression, CheckBinary},
-    {T3Kind::_T3UnaryExpression, CheckUnary},
     {T3Kind::T3TemplateReference, CheckModified},
     {T3Kind::T3CompoundValue, CheckMandatoryFields},
     {T3Kind::T3Function, CheckFunctionReturns},
