@@ -225,7 +225,8 @@ unsigned long lumo_value_vector_size(lumo_value_t value, lumo_context_t) {
   Value v = readable(value);
   if (v->form == Form::special) fault("the size of a template is not known");
   if (v->form == Form::vector || v->form == Form::fields) return v->parts.size;
-  if (v->form == Form::unset) fault("use of a list that is not initialized");
+  const bool is_list = v->kind == lumo_type_kind_recordof || v->kind == lumo_type_kind_setof;
+  if (v->form == Form::unset && is_list) return 0;  // none yet
   fault("a value of type '%s' has no elements", type_name(v->type));
 }
 

@@ -4,10 +4,12 @@
 #include "analysis/T3Types.h"
 #include "driver/T3Error.h"
 #include "generator/CGCheck.h"
+#include "generator/CGExpression.h"
 #include "generator/CGModule.h"
 #include "generator/CGPortTypes.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CGTypeTables.h"
+#include "generator/CLocations.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
 #include "generator/T3Context.h"
@@ -21,6 +23,13 @@ void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
   if (CGConstraintOf(decl)) info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
 }
 
+// An ASN.1 type has its functions among those that stand beside the module.
+void TakeAsnFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
+  if (*decl->cold().check_func_name != '\0') info.check_function = CGFunctionPointer(VEXACheckName(decl));
+  if (*decl->cold().constraintof_func_name != '\0')
+    info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
+}
+
 // What all descriptions of a declared type have: its name, its module, its kind, and the functions of the
 // constraint that stands at the declaration.
 CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
@@ -29,7 +38,9 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
   info.module = Quote(gT3Context.currentModuleName());
   info.kind = kind;
   auto* subtype = decl->type->try_as<T3SubType>();
-  if (subtype != nullptr && !subtype->constraint->is<T3NoExpression>() && !IsT3ASN_1(decl))
+  if (IsT3ASN_1(decl))
+    TakeAsnFunctions(decl, info);
+  else if (subtype != nullptr && !subtype->constraint->is<T3NoExpression>())
     GenConstraintFunctions(decl, info);
   return info;
 }
@@ -56,6 +67,24 @@ const char* StructuredKind(T3Tree_Node* type) {
   }
 }
 
+// A default of a field is a value that lives as long as the module: the table gets it when the module is initialized.
+void GenFieldDefaults(const std::string& table, T3Tree_Node* fields) {
+  unsigned index = 0;
+  gT3AST.ForallT3Tree(fields, [&](T3Tree_Node* node) {
+    auto* field = node->as<T3FieldType>();
+    const std::string member = "(" + table + "[" + std::to_string(index++) + "].default_value)";
+    if (!T3Is<_T3Expression>(field->default_value) || field->default_value->is<T3NoExpression>()) return;
+    CFunction& function = gT3Context.initializeFunction();
+    const CGStatementScope scope(function);
+    function.callAndAssign(member, LUMO_TYPE_INSTANTIATE_VALUE,
+                           {VEXATypeRef(field->type), AllocationMode(vexa_perm_alloc), VEXA_CONTEXT});
+    CGAssign(member, field->default_value, false, function);
+    CFunction& finalize = gT3Context.finalizeFunction();
+    finalize.call(LUMO_VALUE_DELETE, {"&" + member, VEXA_CONTEXT});
+    finalize.assign(member, C_NULL);
+  });
+}
+
 void GenStructuredType(T3TypeDecl* decl, T3Tree_Node* fields, const char* kind) {
   GenStructAndRow(decl);
   CGTypeInfo info = InfoOf(decl, kind);
@@ -66,6 +95,7 @@ void GenStructuredType(T3TypeDecl* decl, T3Tree_Node* fields, const char* kind) 
     GenFieldTypeList(*array, fields);
     info.field_info = array->name();
     array->end();
+    GenFieldDefaults(array->name(), fields);
   }
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
@@ -220,6 +250,8 @@ void CGType(T3Tree_Node* decl) {
   if (auto* local = decl->try_as<T3TypeDecl>()) {
     if (!IsBuiltinDeclaration(local)) GenType(local, local->type);
   } else if (decl->is<T3ImportTypeDecl>()) {
+    // What an ASN.1 module calls its built-in types is those of the run-time system everywhere.
+    if (BuiltinBehind(decl) != nullptr) return;
     GenImportedType(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE);
   } else if (decl->is<T3ImportSignatureDecl>()) {
     GenImportedType(decl, LUMO_SYMTAB_KIND_SIGNATURE_TYPE);

@@ -193,6 +193,7 @@ T3Tree_Node* RootType(T3Tree_Node* type) {
 }
 
 T3Tree_Node* BuiltinBehind(T3Tree_Node* decl) {
+  if (T3Is<T3ImportTypeDecl>(decl)) decl = BehindImport(decl);
   while (T3Is<T3TypeDecl>(decl)) {
     T3Tree_Node* type = decl->as<T3TypeDecl>()->type;
     // ANY of an ASN.1 module is a type of its own: the run-time system has none that it could stand for.

@@ -218,6 +218,43 @@ void forEachHomeType(ModRec& module, const TypeCall& call) {
   });
 }
 
+namespace {
+void ForInline(const AsnType& type, int depth, const std::function<void(const AsnType&, const std::string&)>& call) {
+  if (depth > 1000) return;
+  std::vector<AsnType> parts = TypeComps(type);
+  if (isListType(type)) parts.push_back(forTypeElem(type));
+  for (const AsnType& part : parts) {
+    call(part, t3asn_inline_type_id(part));
+    if (!isReference(part)) ForInline(part, depth + 1, call);
+  }
+}
+
+std::map<std::string, std::string> NamesOf(ModRec& module, const char* family, bool (*has)(const AsnType&)) {
+  std::map<std::string, std::string> names;
+  forEachNamedOrInlineType(module, [&](const AsnType& type, const std::string& name) {
+    if (!has(type) || (!isDefinedType(type) && !isLocalTypeConstraints(type))) return;
+    names[name] = FunctionPrefix(type, family) + (isDefinedType(type) ? getMetaTypeId(type) : name);
+  });
+  return names;
+}
+}  // namespace
+
+void forEachNamedOrInlineType(ModRec& module, const std::function<void(const AsnType&, const std::string&)>& call) {
+  forEachHomeType(module, [&](const AsnType& type, int) {
+    call(type, MakeASNIdent(getTypeRef(type)));
+    if (!isReference(type)) ForInline(type, 0, call);
+  });
+}
+
+std::map<std::string, std::string> CheckFunctionNames(ModRec& module) {
+  return NamesOf(module, "_chck_", has_check_func);
+}
+
+std::map<std::string, std::string> ConsofFunctionNames(ModRec& module) {
+  return NamesOf(module, "_consof_",
+                 [](const AsnType& type) { return has_consof_func(type) && (isDefinedType(type) || !isReference(type)); });
+}
+
 const char* cBuiltinStringTstCFunc(const AsnType& type) {
   switch (getBaseTypeMainType(type)) {
     case TYP_BITSTR:

@@ -155,6 +155,23 @@ std::string T3HeaderOf(const asn1::ModRec& module) {
   return node == nullptr ? asn1::convertHyphens(module.name) : GetOutputFile(node);
 }
 
+// Tells the declarations which functions of the generator are theirs.
+void NameFunctions(T3Module* module) {
+  const auto checks = asn1::CheckFunctionNames(asn1::firstModule());
+  const auto lengths = asn1::ConsofFunctionNames(asn1::firstModule());
+  const auto text = [](const std::map<std::string, std::string>& names, const std::string& name) {
+    const auto found = names.find(name);
+    return found == names.end() ? "" : gIdents.GetCStr(gIdents.MakeIdent(found->second));
+  };
+  for (T3Tree_Node* at = module->definition_part; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+    auto* decl = at->try_as<T3TypeDecl>();
+    if (decl == nullptr) continue;
+    const std::string name = gIdents.GetCStr(decl->name);
+    decl->cold().check_func_name = text(checks, name);
+    decl->cold().constraintof_func_name = text(lengths, name);
+  }
+}
+
 bool asn2c_generator_T3Module_generate(T3Module* module, const Chain& chain) {
   static const asn1::BackendName name{
       "ASN2T3",
@@ -168,7 +185,7 @@ bool asn2c_generator_T3Module_generate(T3Module* module, const Chain& chain) {
        "Please refer to the asn2t3 documentation for more information."}};
   asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), GetOutputFile(module)), name,
                     asn1::globalBEOptionOK);
-  NameGeneratedTypes(module, asn1::firstModule());
+  NameFunctions(module);
   return asn1::asn2t3_main(GetCodecGeneration(module), T3HeaderOf) > 0;
 }
 

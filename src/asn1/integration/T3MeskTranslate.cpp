@@ -8,6 +8,7 @@
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnModel.h"
 #include "asn1/model/AsnNames.h"
+#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
 #include "driver/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -161,13 +162,15 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   return module;
 }
 
-void NameGeneratedTypes(T3Tree_Node* module, ModRec& from) {
-  for (T3Tree_Node* node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node);
-       node = node->as<_T3Decl>()->next) {
-    auto* decl = node->try_as<T3TypeDecl>();
-    if (decl == nullptr) continue;
-    const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));
-    const AsnType type = reference.empty() ? AsnType{} : findTypeById(from, reference);
-    if (type) decl->cold().mesk_ref_name = gStringM.PutString(cTypeId(type));
+void NameGeneratedTypes() {
+  for (const auto& [name, node] : gT3ModuleMap) {
+    if (T3ReprToLanguage(node) != language_asn1) continue;
+    const std::string before = convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name);
+    for (T3Tree_Node* at = node->as<T3Module>()->definition_part; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+      auto* decl = at->try_as<T3TypeDecl>();
+      if (decl == nullptr) continue;
+      const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));
+      if (!reference.empty()) decl->cold().mesk_ref_name = gStringM.PutString(before + reference);
+    }
   }
 }

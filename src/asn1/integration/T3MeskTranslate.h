@@ -13,5 +13,6 @@ T3Tree_Node* vexa_find_T3Module(tIdent name);
 /// name of the source for positions. Returns the module; false in `good` after a report.
 T3Tree_Node* translate_module(asn1::ModRec& module, tIdent file, bool& good);
 
-/// For each declaration of the module, the name that its ASN.1 type has in generated C, and its check functions.
-void NameGeneratedTypes(T3Tree_Node* module, asn1::ModRec& from);
+/// Gives the types of all ASN.1 modules the names that they have in generated C. Once, before the first module is
+/// generated: modules refer to each other's types.
+void NameGeneratedTypes();

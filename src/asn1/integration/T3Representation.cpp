@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "asn1/integration/T3Mesk.h"
+#include "asn1/integration/T3MeskTranslate.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "driver/T3CommandLine.h"
 #include "frontend/T3Tree.h"
@@ -59,6 +60,9 @@ bool T3Module_analyze(T3Tree_Node* module) {
 }
 
 bool T3Module_generate(T3Tree_Node* module) {
+  static bool named = false;
+  if (!named) NameGeneratedTypes();
+  named = true;
   if (T3Is<T3ASN_1>(Representation(module)))
     return mesk_T3Module_generate(module) && module_steps.generate(module);
   if (T3Is<T3TTCN_3>(Representation(module))) return module_steps.generate(module);
