@@ -267,6 +267,15 @@ def mutate(chance, text):
         return bytes(data)
     tokens = re.findall(r"--[^\n]*|\"[^\"]*\"|'[^']*'[BH]|[&\w][\w-]*|::=|\.\.\.|\.\.|\[\[|\]\]|\s+|.", text)
     solid = [i for i, token in enumerate(tokens) if not token.isspace()]
+    if chance.random() < 0.7:
+        # A word or number by another one of its kind: most of these parse, and go wrong later or not at all.
+        def kind(token):
+            return "A" if token[0].isupper() else "a" if token[0].islower() else "0" if token.isdigit() else token[0]
+        words = [i for i in solid if tokens[i][0].isalnum() or tokens[i][0] == "&"]
+        for _ in range(chance.randint(1, 3)):
+            one = chance.choice(words)
+            tokens[one] = tokens[chance.choice([i for i in words if kind(tokens[i]) == kind(tokens[one])])]
+        return "".join(tokens).encode("utf-8")
     for _ in range(chance.randint(1, 4)):
         one, other = chance.choice(solid), chance.choice(solid)
         action = chance.randrange(4)

@@ -152,8 +152,9 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
       makeStruct(ast, context, *node);
       break;
     case TypeAst::kList:
-      node->main = ast.main;
+      // A list whose element fails remains no type at all.
       node->components.push_back(makeType(*ast.element, context, node));
+      node->main = ast.main;
       break;
     case TypeAst::kRef:
       dummy = argument(ast.ref, context) != nullptr;
