@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Tests the ASN.1 tools.
 
-    run_asn1.py --bin FOLDER --out FOLDER [--update] golden|faults|options|limits
+    run_asn1.py --bin FOLDER --out FOLDER [--update] golden|faults|options|limits|mutations
 
 golden compiles sources/ and compares the dumps with expected/; --update writes those anew. faults runs the table in
-faults.txt. options and limits test arguments, files and hostile input.
+faults.txt. options and limits test arguments, files and hostile input, mutations sources with random faults.
 """
 
 import argparse
+import random
 import re
 import shutil
 import struct
@@ -174,6 +175,12 @@ def options(tests, _update):
     name, words = check_layout(tests, work / "out" / "app.stx")
     tests.equal("header of the application", (name, words[22], words[26], words[27]), ("App-Mod", 1, 1, 5))
 
+    # Prefixes that are not the files' names.
+    (tests.out / "more").mkdir()
+    tests.equal("cut prefixes", tests.run("mesk", "-S=more", "-A=one", "-A=two", "+p.txt"), (0, ""))
+    tests.equal("files of cut prefixes", sorted(path.name for path in (tests.out / "more").iterdir()),
+                ["Second-Mod.stx", "a_b.stx", "c.stx", "x" * 32 + ".stx"])
+
     # A second run in the manner of the generation: only -PREFIX, both modules under other names.
     (work / "p.txt").write_text("-PREFIX=App-Mod:app:G-App\n-PREFIX=Lib-Mod:lib:G-Lib\n")
     tests.equal("by prefixes", tests.run("mesk", "-S=out", "-A=.", "+p.txt", cwd=work), (0, ""))
@@ -244,15 +251,87 @@ def limits(tests, _update):
     tests.check(status == 1 and "B.asn(1,1): Error: illegal character\n" in output, output[:300])
 
 
+def mutate(chance, text):
+    """A source with a few faults: bytes or tokens removed, doubled, exchanged."""
+    if chance.random() < 0.3:
+        data = bytearray(text.encode("utf-8"))
+        for _ in range(chance.randint(1, 8)):
+            place = chance.randrange(len(data))
+            action = chance.randrange(3)
+            if action == 0:
+                data[place] = chance.randrange(256)
+            elif action == 1:
+                del data[place:place + chance.randint(1, 30)]
+            else:
+                data[place:place] = data[max(0, place - chance.randint(1, 60)):place]
+        return bytes(data)
+    tokens = re.findall(r"--[^\n]*|\"[^\"]*\"|'[^']*'[BH]|[&\w][\w-]*|::=|\.\.\.|\.\.|\[\[|\]\]|\s+|.", text)
+    solid = [i for i, token in enumerate(tokens) if not token.isspace()]
+    if chance.random() < 0.7:
+        # A word or number by another one of its kind: most of these parse, and go wrong later or not at all.
+        def kind(token):
+            return "A" if token[0].isupper() else "a" if token[0].islower() else "0" if token.isdigit() else token[0]
+        words = [i for i in solid if tokens[i][0].isalnum() or tokens[i][0] == "&"]
+        for _ in range(chance.randint(1, 3)):
+            one = chance.choice(words)
+            tokens[one] = tokens[chance.choice([i for i in words if kind(tokens[i]) == kind(tokens[one])])]
+        return "".join(tokens).encode("utf-8")
+    for _ in range(chance.randint(1, 4)):
+        one, other = chance.choice(solid), chance.choice(solid)
+        action = chance.randrange(4)
+        if action == 0:
+            tokens[one] = ""
+        elif action == 1:
+            tokens[one], tokens[other] = tokens[other], tokens[one]
+        elif action == 2:
+            tokens[one] = tokens[other]
+        else:
+            tokens[one] += " " + tokens[other] + " "
+    return "".join(tokens).encode("utf-8")
+
+
+def mutations(tests, _update):
+    """Mutated sources must be compiled or refused in order: with messages and status 1, or a file that can be read."""
+    sources = {path.name: path.read_text(encoding="utf-8") for path in sorted((HERE / "sources").glob("*.asn"))}
+    folder = tests.folder("mutated", sources)
+    accepted = 0
+    for seed in range(tests.first_seed, tests.first_seed + tests.rounds):
+        chance = random.Random(seed)
+        name = chance.choice(sorted(sources))
+        (folder / name).write_bytes(mutate(chance, sources[name]))
+        status, output = tests.run("mesk", *sorted(sources), cwd=folder, timeout=20)
+        messages = [line for line in output.splitlines() if "Error: " in line]
+        tests.check(status == (1 if messages else 0), f"seed {seed}: status {status}\n{output[:500]}")
+        if status == 0:
+            accepted += 1
+            for path in folder.glob("*.stx"):
+                tests.equal(f"seed {seed}: dump of {path.name}", tests.run("mesk", f"-DUMP={path}")[0], 0)
+        # A damaged syntax file is refused by the dump, or printed.
+        syntax_files = sorted(folder.glob("*.stx"))
+        if syntax_files:
+            data = bytearray(chance.choice(syntax_files).read_bytes())
+            for _ in range(3):
+                data[chance.randrange(len(data))] = chance.randrange(256)
+            (tests.out / "damaged.stx").write_bytes(data)
+            status, output = tests.run("mesk", "-DUMP=damaged.stx", timeout=20)
+            tests.check(status == (1 if "is not a valid syntax file" in output else 0), f"seed {seed}: damaged file")
+        (folder / name).write_text(sources[name], encoding="utf-8")
+    tests.check(0 < accepted < tests.rounds, f"{accepted} of {tests.rounds} mutations were accepted")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--bin", required=True)
     parser.add_argument("--out", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("part", choices=["golden", "faults", "options", "limits"])
+    parser.add_argument("part", choices=["golden", "faults", "options", "limits", "mutations"])
+    parser.add_argument("--rounds", type=int, default=120)
+    parser.add_argument("--seed", type=int, default=1)
     arguments = parser.parse_args()
     tests = Tests(arguments.bin, arguments.out)
-    {"golden": golden, "faults": faults, "options": options, "limits": limits}[arguments.part](tests, arguments.update)
+    tests.rounds, tests.first_seed = arguments.rounds, arguments.seed
+    parts = {"golden": golden, "faults": faults, "options": options, "limits": limits, "mutations": mutations}
+    parts[arguments.part](tests, arguments.update)
     print("\n".join(tests.faults) if tests.faults else f"{tests.checks} checks passed")
     return 1 if tests.faults or tests.checks == 0 else 0
 

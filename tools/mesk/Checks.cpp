@@ -68,7 +68,7 @@ void Resolver::checkFinite() {
   });
   for (Definition* definition : open) {
     reporter_.error(definition->module->place(definition->token),
-                    quoted(definition->name) + " contains itself without an end");
+                    inQuotes(definition->name) + " contains itself without an end");
   }
 }
 
@@ -94,11 +94,12 @@ struct Resolver::TagSet {
   std::vector<std::pair<int, int64_t>> tags;
   bool any = false;
   bool too_deep = false;
+  int steps = 0;
 };
 
 /// The tags that values of a type can begin with.
 void Resolver::outermostTags(TypeNode& node, TagSet& set, int depth) {
-  if (depth > 200 || set.tags.size() > 5000) {
+  if (depth > 200 || ++set.steps > 20000) {
     set.too_deep = true;
     return;
   }
@@ -138,8 +139,8 @@ void Resolver::checkDistinctTags(TypeNode& node) {
   std::map<std::pair<int, int64_t>, TypeNode*> used;
   TypeNode* open = nullptr;  // a component that may have any tag
   const auto clash = [&](TypeNode* part, TypeNode* other) {
-    reporter_.error(part->source->place(part->token), "the tags of " + quoted(part->name) + " and " +
-                                                          quoted(other->name) + " are not distinct");
+    reporter_.error(part->source->place(part->token), "the tags of " + inQuotes(part->name) + " and " +
+                                                          inQuotes(other->name) + " are not distinct");
   };
   for (TypeNode* part : node.components) {
     if (part->isMarker()) continue;

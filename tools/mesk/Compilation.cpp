@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "mesk/Parser.h"
 #include "mesk/Resolver.h"
@@ -35,7 +37,18 @@ std::string Compilation::locate(const std::string& name) const {
     if (exists(path + ".asn")) return path + ".asn";
   }
   if (name.find('/') != std::string::npos && exists(name)) return name;
-  return std::string();
+  // A prefix is not always the file's name: it may be cut, or lack some characters.
+  std::vector<std::string> found;
+  for (const std::string& directory : directories) {
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(directory, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+      const std::string file = entry->path().filename().string();
+      if (endsInAsn(file) && prefixOfFile(file) == name)
+        found.push_back(directory == "." ? file : joinPath(directory, file));
+    }
+  }
+  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
 }
 
 bool Compilation::parseFile(const std::string& path) {
@@ -115,8 +128,8 @@ void Compilation::checkOutputs() {
     const auto [place, fresh] = outputs.emplace(module->generation_prefix, module.get());
     if (!fresh && place->second->name != module->name) {
       reporter_.error(module->place(module->token),
-                      "modules " + quoted(module->name) + " and " + quoted(place->second->name) +
-                          " have the same prefix " + quoted(module->generation_prefix));
+                      "modules " + inQuotes(module->name) + " and " + inQuotes(place->second->name) +
+                          " have the same prefix " + inQuotes(module->generation_prefix));
     }
   }
 }

@@ -100,6 +100,10 @@ class Dump {
   template <typename Record>
   const Record& at(const std::vector<Record>& records, int32_t number) const {
     if (number < 1 || static_cast<size_t>(number) > records.size()) throw Invalid{"a record number"};
+    // Each record is looked at a few times only, unless a list runs in a circle.
+    if (++looks_ > 1000 + 64 * (types_.size() + values_.size() + constraints_.size() + tags_.size())) {
+      throw Invalid{"a list"};
+    }
     return records[static_cast<size_t>(number) - 1];
   }
 
@@ -186,6 +190,7 @@ class Dump {
       const TNode& type = at(types_, record.component_type);
       std::printf("%s%s", comma, typeName(type.main_type));
       printReference(type.ref_module, type.ref_type);
+      printConstraints(type);
     }
     std::printf(")");
   }
@@ -253,6 +258,7 @@ class Dump {
 
   void printType(int32_t number, int depth) {
     const TNode& type = at(types_, number);
+    if (depth > 1000) throw Invalid{"the nesting"};
     std::printf("%*s", depth * 2, "");
     if (type.status == kDefinition) std::printf("type #%d unique %d ", number, type.unique);
     std::printf("%s", type.name ? text(type.name) : type.main_type == TYP_EXTENSION_MARKER ? "..." : "-");
@@ -308,6 +314,7 @@ class Dump {
   const std::string& bytes_;
   size_t pos_ = 0;
   int depth_ = 0;
+  mutable size_t looks_ = 0;
   std::vector<MNode> modules_;
   std::vector<TNode> types_;
   std::vector<VNode> values_;

@@ -48,6 +48,7 @@ class Resolver {
   void makeReference(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeStruct(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node);
+  void checkClassifier(const TypeNode& any, const Context& context, int token);
   void makeSelection(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeClass(Definition& definition, TypeNode& node);
   void addTags(const TypeAst& ast, const Context& context, TypeNode& node, bool dummy);
@@ -119,6 +120,9 @@ class Resolver {
   const ValueNode* objectOf(const RefAst& ref, const Context& context, ClassUse& cls);
   const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,
                              const Context& context);
+  const ValueNode* defaultSetting(const ClassUse& cls, std::string_view name);
+  void collectObjects(const ValueNode* set, std::vector<const ValueNode*>& objects);
+  void addValuesOfSet(Definition& set, std::string_view field, TypeNode& type);
   TypeNode* classReference(const ClassUse& cls, const Context& context, int token);
 
   // Checks
@@ -164,6 +168,6 @@ class Resolver {
 
 /// Text for messages: the name of a main type in ASN.1.
 const char* asn1Name(asn1::MainType main);
-std::string quoted(std::string_view name);
+std::string inQuotes(std::string_view name);
 
 }  // namespace mesk

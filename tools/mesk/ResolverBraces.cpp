@@ -63,7 +63,7 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
       const auto found = places.find(word.text);
       if (found == places.end()) {
         error(context, token,
-              std::string("the ") + asn1Name(type.main) + " has no component " + quoted(word.text));
+              std::string("the ") + asn1Name(type.main) + " has no component " + inQuotes(word.text));
         throw Abandoned();
       }
       index = found->second;
@@ -78,11 +78,12 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
       if (index == type.components.size()) parser.fail("expected the name of a component");
     }
     if (given[index]) {
-      error(context, token, "the component " + quoted(type.components[index]->name) + " has a value already");
+      error(context, token,
+            "the component " + inQuotes(type.components[index]->name) + " has a value already");
       throw Abandoned();
     }
     if (index < next && type.main == TYP_SEQ) {
-      error(context, token, "the component " + quoted(type.components[index]->name) + " is out of order");
+      error(context, token, "the component " + inQuotes(type.components[index]->name) + " is out of order");
     }
     given[index] = true;
     next = index + 1;
@@ -97,7 +98,7 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
     const TypeNode& component = *type.components[i];
     if (given[i] || component.isMarker() || component.presence != kMandatory || component.addition > 0)
       continue;
-    error(context, begin - 1, "the component " + quoted(component.name) + " has no value");
+    error(context, begin - 1, "the component " + inQuotes(component.name) + " has no value");
   }
 }
 

@@ -151,7 +151,7 @@ void Resolver::fillWithComponents(const ConstraintAst& ast, const Context& conte
       if (found != type->components.end()) component = *found;
     }
     if (!component) {
-      error(context, part->token, "the type has no component " + quoted(part->name));
+      error(context, part->token, "the type has no component " + inQuotes(part->name));
       throw Abandoned();
     }
     ConstraintNode& made = constraints_.emplace_back();
@@ -204,7 +204,7 @@ bool Resolver::fillPath(const AtPath& path, const Context& context, TypeNode& ow
                                return !member->isMarker() && member->name == path.names[i];
                              });
     if (!type || found == end) {
-      error(context, path.token, "the structure has no component " + quoted(path.names[i]));
+      error(context, path.token, "the structure has no component " + inQuotes(path.names[i]));
       return false;
     }
     around = *found;

@@ -22,7 +22,7 @@ constexpr size_t kMostNodes = 400000;
 
 }  // namespace
 
-std::string quoted(std::string_view name) {
+std::string inQuotes(std::string_view name) {
   return "\"" + std::string(name.substr(0, 200)) + "\"";
 }
 
@@ -65,13 +65,13 @@ void Resolver::linkImports(Module& module) {
     Module* from = findModule(import.module);
     if (!from) {
       reporter_.error(module.place(import.token),
-                      "the imported module " + quoted(import.module) + " was not found");
+                      "the imported module " + inQuotes(import.module) + " was not found");
     } else if (from != &module) {
       importRecord(module, *from);
     }
     for (const auto& [symbol, token] : import.symbols) {
       if (module.by_name.count(symbol)) {
-        reporter_.error(module.place(token), quoted(symbol) + " is imported and defined");
+        reporter_.error(module.place(token), inQuotes(symbol) + " is imported and defined");
         continue;
       }
       const auto [place, fresh] = module.imported.emplace(symbol, import.module);
@@ -95,10 +95,10 @@ void Resolver::linkImports(Module& module) {
                                         [&, name = symbol](const auto& pair) { return pair.first == name; });
       if (!defined) {
         reporter_.error(module.place(token),
-                        quoted(symbol) + " is not defined in module " + quoted(import.module));
+                        inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));
       } else if (!exported) {
         reporter_.error(module.place(token),
-                        "module " + quoted(import.module) + " does not export " + quoted(symbol));
+                        "module " + inQuotes(import.module) + " does not export " + inQuotes(symbol));
       }
     }
   }
@@ -107,7 +107,7 @@ void Resolver::linkImports(Module& module) {
 void Resolver::checkExports(const Module& module) {
   for (const auto& [symbol, token] : module.exports) {
     if (module.by_name.count(symbol) || module.imported.count(symbol)) continue;
-    reporter_.error(module.place(token), quoted(symbol) + " is exported, but not defined");
+    reporter_.error(module.place(token), inQuotes(symbol) + " is exported, but not defined");
   }
 }
 
@@ -137,13 +137,13 @@ Definition* Resolver::find(const RefAst& ref, const Context& context, bool repor
   if (!ref.module.empty()) {
     Module* named = findModule(ref.module);
     if (!named) {
-      if (report) error(context, ref.token, "module " + quoted(ref.module) + " is not known");
+      if (report) error(context, ref.token, "module " + inQuotes(ref.module) + " is not known");
       return nullptr;
     }
     const auto found = named->by_name.find(ref.name);
     if (found != named->by_name.end()) return found->second;
     if (report)
-      error(context, ref.token, quoted(ref.name) + " is not defined in module " + quoted(ref.module));
+      error(context, ref.token, inQuotes(ref.name) + " is not defined in module " + inQuotes(ref.module));
     return nullptr;
   }
   if (isReservedWord(ref.name)) {
@@ -153,13 +153,13 @@ Definition* Resolver::find(const RefAst& ref, const Context& context, bool repor
   }
   const auto imported = module->imported.find(ref.name);
   if (imported != module->imported.end() && imported->second.empty()) {
-    if (report) error(context, ref.token, quoted(ref.name) + " is imported from several modules; name one");
+    if (report) error(context, ref.token, inQuotes(ref.name) + " is imported from several modules; name one");
     return nullptr;
   }
   Definition* definition = findIn(*module, ref.name);
   // A symbol that the imported module lacks has been reported where it is imported.
   if (!definition && report && imported == module->imported.end()) {
-    error(context, ref.token, quoted(ref.name) + " is not defined");
+    error(context, ref.token, inQuotes(ref.name) + " is not defined");
   }
   return definition;
 }
@@ -219,7 +219,7 @@ const Argument* Resolver::argument(const RefAst& ref, const Context& context) co
 const Env* Resolver::bind(const Definition& definition, const RefAst& ref, const Context& context) {
   for (const Env* env = context.env; env; env = env->caller) {
     if (env->definition != &definition) continue;
-    error(context, ref.token, "the parameterized definition " + quoted(definition.name) + " is recursive");
+    error(context, ref.token, "the parameterized definition " + inQuotes(definition.name) + " is recursive");
     return nullptr;
   }
   if (types_.size() + values_.size() + envs_.size() > kMostNodes) {
@@ -228,7 +228,7 @@ const Env* Resolver::bind(const Definition& definition, const RefAst& ref, const
   }
   if (!ref.has_args || ref.args.size() != definition.params.size()) {
     error(context, ref.token,
-          quoted(ref.name) + " takes " + std::to_string(definition.params.size()) + " parameters, not " +
+          inQuotes(ref.name) + " takes " + std::to_string(definition.params.size()) + " parameters, not " +
               std::to_string(ref.args.size()));
     return nullptr;
   }
@@ -270,7 +270,7 @@ void Resolver::run(const std::set<std::string>& entries) {
   declareBuiltins();
   for (auto& module : modules_) {
     if (!module_names_.emplace(module->name, module.get()).second) {
-      reporter_.error(module->place(module->token), "module " + quoted(module->name) + " is defined twice");
+      reporter_.error(module->place(module->token), "module " + inQuotes(module->name) + " is defined twice");
     }
   }
   for (auto& module : modules_) linkImports(*module);
@@ -303,7 +303,7 @@ void Resolver::run(const std::set<std::string>& entries) {
         if (kind == DefKind::kValue || kind == DefKind::kObject || kind == DefKind::kObjectSet)
           valueOf(definition);
       });
-      if (definition.type_node && definition.kind == DefKind::kType) {
+      if (definition.type_node && definition.kind != DefKind::kClass) {
         definition.type_node->entry = entries.count(std::string(definition.name)) != 0;
       }
     }

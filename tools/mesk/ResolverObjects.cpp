@@ -34,7 +34,7 @@ ClassUse Resolver::classOf(const RefAst& ref, const Context& context) {
     if (definition->cls) return ClassUse{definition->cls, where, definition};
     current = definition->type->ref;
   }
-  error(context, ref.token, quoted(ref.name) + " is not a class");
+  error(context, ref.token, inQuotes(ref.name) + " is not a class");
   throw Abandoned();
 }
 
@@ -42,7 +42,7 @@ const FieldAst* Resolver::findField(const ClassUse& cls, std::string_view name, 
   for (const FieldAst& field : cls.cls->fields) {
     if (field.name == name) return &field;
   }
-  reporter_.error(place, "the class " + quoted(cls.definition->name) + " has no field " + quoted(name));
+  reporter_.error(place, "the class " + inQuotes(cls.definition->name) + " has no field " + inQuotes(name));
   throw Abandoned();
 }
 
@@ -118,58 +118,6 @@ TypeNode* Resolver::classReference(const ClassUse& cls, const Context& context, 
   return node;
 }
 
-/// CLASS.&field, Set.&field and object.&field as a type.
-void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node) {
-  const Place place = placeOf(context, ast.token);
-  if (ast.ref.name[0] >= 'a') {
-    const ValueNode* setting = settingOf(ast.ref, ast.fields, context);
-    const auto found = type_settings_.find(setting);
-    if (found == type_settings_.end()) {
-      error(context, ast.token, quoted(ast.fields.back()) + " is not a type");
-      throw Abandoned();
-    }
-    makeType(*found->second.first, found->second.second, node.parent, &node);
-    return;
-  }
-  // A set serves for its class.
-  ClassUse cls;
-  const Argument* arg = argument(ast.ref, context);
-  Definition* definition = arg ? nullptr : find(ast.ref, context);
-  if (!arg && !definition) throw Abandoned();
-  if (arg && arg->param->governor) {
-    cls = classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
-  } else if (definition && kindOf(*definition) == DefKind::kObjectSet) {
-    cls = classOf(*definition->type, Context{definition->module, nullptr});
-  } else {
-    cls = classOf(ast.ref, context);
-  }
-  for (size_t i = 0; i < ast.fields.size(); ++i) {
-    const FieldAst* field = findField(cls, ast.fields[i], place);
-    const bool last = i + 1 == ast.fields.size();
-    const bool object = field->type && namesClass(*field->type, cls.context);
-    if (!last) {
-      if (!object) {
-        error(context, ast.token, quoted(ast.fields[i]) + " is not an object");
-        throw Abandoned();
-      }
-      cls = classOf(*field->type, cls.context);
-      continue;
-    }
-    if (object) {
-      error(context, ast.token, quoted(ast.fields[i]) + " is an object, a type is needed");
-      throw Abandoned();
-    }
-    if (field->type) {
-      makeType(*field->type, cls.context, node.parent, &node);
-    } else {
-      node.main = TYP_OPEN;
-      if (!cls.definition->module->builtin && !cls.definition->parameterized) node.ref = cls.definition;
-    }
-    node.class_field = fieldNode(cls, *field);
-    if (node.ref_name.empty()) node.ref_name = field->name;
-  }
-}
-
 ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls,
                                 TypeNode* governor) {
   Depth depth(depth_);
@@ -193,7 +141,7 @@ ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, con
   Definition* definition = find(ast.ref, context);
   if (!definition) throw Abandoned();
   if (kindOf(*definition) != DefKind::kObject) {
-    error(context, ast.token, quoted(ast.ref.name) + " is not an object");
+    error(context, ast.token, inQuotes(ast.ref.name) + " is not an object");
     throw Abandoned();
   }
   if (definition->parameterized) {
@@ -204,8 +152,8 @@ ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, con
   const ClassUse other = classOf(*definition->type, Context{definition->module, nullptr});
   if (other.cls != cls.cls) {
     error(context, ast.token,
-          quoted(ast.ref.name) + " is an object of class " + quoted(other.definition->name) + ", " +
-              quoted(cls.definition->name) + " is needed");
+          inQuotes(ast.ref.name) + " is an object of class " + inQuotes(other.definition->name) + ", " +
+              inQuotes(cls.definition->name) + " is needed");
     throw Abandoned();
   }
   node->main = TYP_SYNONYM;
@@ -232,7 +180,7 @@ void Resolver::fillObject(Range range, const Context& context, const ClassUse& c
     if (field.optional || field.default_setting.end > field.default_setting.begin) continue;
     const bool given = std::any_of(node.components.begin(), node.components.end(),
                                    [&](const ValueNode* setting) { return setting->name == field.name; });
-    if (!given) error(context, range.begin, "the field " + quoted(field.name) + " has no value");
+    if (!given) error(context, range.begin, "the field " + inQuotes(field.name) + " has no value");
   }
 }
 
@@ -278,7 +226,7 @@ void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& c
   const int token = parser.pos;
   for (const ValueNode* other : node.components) {
     if (other->name != field.name) continue;
-    error(context, token, "the field " + quoted(field.name) + " has a value already");
+    error(context, token, "the field " + inQuotes(field.name) + " has a value already");
     throw Abandoned();
   }
   ValueNode* setting = nullptr;
@@ -343,7 +291,7 @@ void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& c
         if (other->name == field.fields.front()) type = other;
       }
       if (!type || !type->field_type || field.fields.size() > 1) {
-        error(context, token, "the type of the field " + quoted(field.name) + " is not known here");
+        error(context, token, "the type of the field " + inQuotes(field.name) + " is not known here");
         throw Abandoned();
       }
       setting = makeValue(*value, context, type->field_type);
@@ -403,7 +351,7 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
   }
   if (const Argument* arg = argument(ref, context)) {
     if (!arg->param->governor) {
-      error(context, ref.token, quoted(ref.name) + " is not an object set");
+      error(context, ref.token, inQuotes(ref.name) + " is not an object set");
       throw Abandoned();
     }
     Parser parser = parserAt(arg->context, arg->range.begin);
@@ -422,7 +370,7 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
   Definition* definition = find(ref, context);
   if (!definition) throw Abandoned();
   if (kindOf(*definition) != DefKind::kObjectSet) {
-    error(context, ref.token, quoted(ref.name) + " is not an object set");
+    error(context, ref.token, inQuotes(ref.name) + " is not an object set");
     throw Abandoned();
   }
   if (definition->parameterized) {
@@ -437,55 +385,6 @@ ValueNode* Resolver::objectSetFor(const RefAst& ref, const Context& context) {
   node->main = TYP_SYNONYM;
   node->ref = definition;
   return node;
-}
-
-/// What a field of a named object is set to, along a path of fields.
-const ValueNode* Resolver::settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,
-                                     const Context& context) {
-  Depth depth(depth_);
-  if (!depth.ok()) {
-    error(context, ref.token, "objects are nested too deeply");
-    throw Abandoned();
-  }
-  const ValueNode* object = nullptr;
-  if (const Argument* arg = argument(ref, context)) {
-    if (!arg->param->governor) {
-      error(context, ref.token, quoted(ref.name) + " is not an object");
-      throw Abandoned();
-    }
-    const ClassUse cls =
-        classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
-    object = behind(makeObject(*valueOfArgument(*arg), arg->context, cls, nullptr));
-  } else {
-    Definition* definition = find(ref, context);
-    if (!definition) throw Abandoned();
-    if (kindOf(*definition) != DefKind::kObject) {
-      error(context, ref.token, quoted(ref.name) + " is not an object");
-      throw Abandoned();
-    }
-    if (definition->parameterized) {
-      const Env* env = bind(*definition, ref, context);
-      if (!env) throw Abandoned();
-      const Context inside{definition->module, env};
-      object = behind(makeObject(*definition->value, inside, classOf(*definition->type, inside), nullptr));
-    } else {
-      object = behind(valueOf(*definition));
-    }
-  }
-  const ValueNode* setting = nullptr;
-  for (std::string_view field : fields) {
-    setting = nullptr;
-    for (const ValueNode* given : object ? object->components : std::vector<ValueNode*>()) {
-      if (given->name == field) setting = given;
-    }
-    if (!setting) {
-      error(context, ref.token,
-            "the object " + quoted(ref.name) + " has no value of the field " + quoted(field));
-      throw Abandoned();
-    }
-    object = behind(setting);
-  }
-  return setting;
 }
 
 }  // namespace mesk

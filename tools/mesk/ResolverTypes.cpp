@@ -132,6 +132,10 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
     case TypeAst::kPlain:
       node->main = ast.main;
       node->ref_name = ast.word;
+      if (!ast.word.empty()) {
+        later_.push_back(
+            [this, node, context, token = ast.token] { checkClassifier(*node, context, token); });
+      }
       if (ast.main == TYP_ENUM) {
         node->marker = ast.marker;
         if (ast.marker < 0 && context.module->extensibility_implied)
@@ -148,8 +152,9 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
       makeStruct(ast, context, *node);
       break;
     case TypeAst::kList:
-      node->main = ast.main;
+      // A list whose element fails remains no type at all.
       node->components.push_back(makeType(*ast.element, context, node));
+      node->main = ast.main;
       break;
     case TypeAst::kRef:
       dummy = argument(ast.ref, context) != nullptr;
@@ -178,12 +183,12 @@ void Resolver::makeReference(const TypeAst& ast, const Context& context, TypeNod
   node.instance = true;
   if (const Argument* arg = argument(ast.ref, context)) {
     if (arg->param->governor && arg->param->name[0] >= 'a') {
-      error(context, ast.token, quoted(ast.ref.name) + " is a value, a type is needed");
+      error(context, ast.token, inQuotes(ast.ref.name) + " is a value, a type is needed");
       throw Abandoned();
     }
     if ((*arg->context.module->tokens)[arg->range.begin].text == "{" &&
         (*arg->context.module->tokens)[arg->range.begin].kind == Tok::kSymbol) {
-      error(context, ast.token, "the parameter " + quoted(ast.ref.name) + " is a set, a type is needed");
+      error(context, ast.token, "the parameter " + inQuotes(ast.ref.name) + " is a set, a type is needed");
       throw Abandoned();
     }
     makeType(*typeOfArgument(*arg), arg->context, node.parent, &node);
@@ -195,14 +200,14 @@ void Resolver::makeReference(const TypeAst& ast, const Context& context, TypeNod
   if (kind != DefKind::kType && kind != DefKind::kValueSet) {
     static constexpr const char* kNames[] = {"type", "class", "value", "value set", "object", "object set"};
     error(context, ast.token,
-          quoted(ast.ref.name) + " is a" +
+          inQuotes(ast.ref.name) + " is a" +
               (kind == DefKind::kObject || kind == DefKind::kObjectSet ? "n " : " ") +
               kNames[static_cast<int>(kind)] + ", a type is needed");
     throw Abandoned();
   }
   if (!definition->parameterized) {
     if (ast.ref.has_args) {
-      error(context, ast.ref.token, quoted(ast.ref.name) + " takes no parameters");
+      error(context, ast.ref.token, inQuotes(ast.ref.name) + " takes no parameters");
       throw Abandoned();
     }
     node.main = TYP_SYNONYM;
@@ -322,7 +327,7 @@ void Resolver::makeStruct(const TypeAst& ast, const Context& context, TypeNode& 
       continue;
     }
     if (!part.ast->name.empty() && !names.insert(part.ast->name).second) {
-      error(part.context, part.ast->token, "the component " + quoted(part.ast->name) + " appears twice");
+      error(part.context, part.ast->token, "the component " + inQuotes(part.ast->name) + " appears twice");
     }
     try {
       TypeNode* component = makeType(*part.ast->type, part.context, &node);
@@ -363,6 +368,16 @@ void Resolver::makeStruct(const TypeAst& ast, const Context& context, TypeNode& 
   for (size_t i = 0; i < order.size(); ++i) order[i]->tags.front().number = static_cast<int64_t>(i);
 }
 
+/// What an ANY is DEFINED BY must be a component of a structure around it.
+void Resolver::checkClassifier(const TypeNode& any, const Context& context, int token) {
+  for (const TypeNode* around = any.parent; around; around = around->parent) {
+    for (const TypeNode* part : around->components) {
+      if (!part->isMarker() && part->name == any.ref_name) return;
+    }
+  }
+  error(context, token, "there is no component " + inQuotes(any.ref_name));
+}
+
 void Resolver::makeSelection(const TypeAst& ast, const Context& context, TypeNode& node) {
   const auto [choice, where] = structOf(*ast.element, context, TYP_CHOICE);
   std::vector<Expanded> list;
@@ -371,7 +386,7 @@ void Resolver::makeSelection(const TypeAst& ast, const Context& context, TypeNod
     return part.ast->kind == ComponentAst::kNormal && part.ast->name == ast.word;
   });
   if (found == list.end()) {
-    error(context, ast.token, "the CHOICE has no alternative " + quoted(ast.word));
+    error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.word));
     throw Abandoned();
   }
   const TypeAst& named = *ast.element;

@@ -52,7 +52,7 @@ ValueNode* Resolver::valueOf(Definition& definition) {
   const Context context{definition.module, nullptr};
   if (definition.state != State::kNew) {
     if (definition.state == State::kBusy)
-      error(context, definition.token, quoted(definition.name) + " refers to itself");
+      error(context, definition.token, inQuotes(definition.name) + " refers to itself");
     throw Abandoned();
   }
   Depth depth(depth_);
@@ -152,7 +152,7 @@ void Resolver::nameItems(TypeNode& node) {
       }
     }
     if (!names.insert(named.name).second) {
-      error(node.context, named.token, "the name " + quoted(named.name) + " appears twice");
+      error(node.context, named.token, "the name " + inQuotes(named.name) + " appears twice");
     }
     numbered.push_back(known);
     node.named.push_back(item);
@@ -245,14 +245,14 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
     const ValueNode* setting = settingOf(ast.ref, ast.fields, context);
     const auto found = value_settings_.find(setting);
     if (found == value_settings_.end()) {
-      error(context, ast.token, quoted(ast.fields.back()) + " is not a value");
+      error(context, ast.token, inQuotes(ast.fields.back()) + " is not a value");
       throw Abandoned();
     }
     return makeValue(*found->second.first, found->second.second, governor);
   }
   if (const Argument* arg = argument(ast.ref, context)) {
     if (arg->param->name[0] < 'a') {
-      error(context, ast.token, quoted(ast.ref.name) + " is not a value");
+      error(context, ast.token, inQuotes(ast.ref.name) + " is not a value");
       throw Abandoned();
     }
     return makeValue(*valueOfArgument(*arg), arg->context, governor);
@@ -260,12 +260,12 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
   Definition* definition = find(ast.ref, context, !(type && type->main == TYP_ENUM));
   if (!definition) {
     if (type && type->main == TYP_ENUM) {
-      error(context, ast.token, quoted(ast.ref.name) + " is not an item of the enumeration");
+      error(context, ast.token, inQuotes(ast.ref.name) + " is not an item of the enumeration");
     }
     throw Abandoned();
   }
   if (kindOf(*definition) != DefKind::kValue) {
-    error(context, ast.token, quoted(ast.ref.name) + " is not a value");
+    error(context, ast.token, inQuotes(ast.ref.name) + " is not a value");
     throw Abandoned();
   }
   if (definition->parameterized) {
@@ -274,7 +274,7 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
     return makeValue(*definition->value, Context{definition->module, env}, governor);
   }
   if (ast.ref.has_args) {
-    error(context, ast.token, quoted(ast.ref.name) + " takes no parameters");
+    error(context, ast.token, inQuotes(ast.ref.name) + " takes no parameters");
     throw Abandoned();
   }
   ValueNode* node = newValue(context, ast.token, nullptr);
@@ -286,7 +286,7 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
                        behind_type->kind == TypeAst::kList;
     if (plain && !compatible(type->main, behind_type->main)) {
       error(context, ast.token,
-            "the value " + quoted(ast.ref.name) + " is of type " + asn1Name(behind_type->main) + ", " +
+            "the value " + inQuotes(ast.ref.name) + " is of type " + asn1Name(behind_type->main) + ", " +
                 asn1Name(type->main) + " is needed");
       throw Abandoned();
     }
@@ -330,7 +330,7 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
             return !alternative->isMarker() && alternative->name == ast.text;
           });
       if (found == type.components.end()) {
-        error(context, ast.token, "the CHOICE has no alternative " + quoted(ast.text));
+        error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.text));
         throw Abandoned();
       }
       ValueNode* chosen = makeValue(*ast.inner, context, *found);
