@@ -18,9 +18,13 @@
 namespace {
 constexpr size_t kColumns = 7;
 
-// Whether the codecs of an ASN.1 module are part of its generated code.
-bool HasExternalCodecs(T3Module* module) {
+// Whether what is generated beside an ASN.1 module is part of its generated code, and whether codecs are.
+bool HasExternalHeader(T3Module* module) {
   return T3ReprToLanguage(module) == language_asn1 && (GetCodecGeneration(module) & kCodecNoTranslation) == 0;
+}
+
+bool HasExternalCodecs(T3Module* module) {
+  return HasExternalHeader(module) && (GetCodecGeneration(module) & kCodecAll) != 0;
 }
 
 std::string MagicNumberName() {
@@ -93,7 +97,7 @@ void CreateRegisterFunction(T3Module* module) {
 }
 
 void T3Module_AddExternalInclude(T3Module* module) {
-  if (HasExternalCodecs(module))
+  if (HasExternalHeader(module))
     gT3Context.file().addInclude(GetOutputFile(module) + "t3asn.h", false, false);
 }
 

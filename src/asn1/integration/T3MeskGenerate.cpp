@@ -185,7 +185,7 @@ bool asn2c_generator_T3Module_generate(T3Module* module, const Chain& chain) {
        "Please refer to the asn2t3 documentation for more information."}};
   asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), GetOutputFile(module)), name,
                     asn1::globalBEOptionOK);
-  NameFunctions(module);
+  if ((GetCodecGeneration(module) & kCodecNoTranslation) == 0) NameFunctions(module);
   return asn1::asn2t3_main(GetCodecGeneration(module), T3HeaderOf) > 0;
 }
 
