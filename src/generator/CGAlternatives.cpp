@@ -34,6 +34,11 @@ std::string TemplateOr(T3Tree_Node* node, const char* none, vexa_template_mode_t
   return IsPresent(node) ? CGInlinedTemplate(node, mode, function) : std::string(none);
 }
 
+// A `from` or `to` clause.
+std::string AddressOr(T3Tree_Node* node, const char* none, CFunction& function) {
+  return IsPresent(node) ? CGTemplateExpression(node, vexa_template_plain, function) : std::string(none);
+}
+
 std::string Target(T3Tree_Node* target, CFunction& function) {
   return IsPresent(target) && !target->is<T3NotUsedSymbol>() ? cg::InRTS(target, vexa_temp_alloc, function)
                                                              : std::string(LUMO_VALUE_NO_RETURN_C);
@@ -107,9 +112,7 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
   const auto add_template = [&](vexa_template_mode_t mode) {
     add(TemplateOr(statement->template_value, LUMO_NO_VALUE_C, mode, function));
   };
-  const auto add_sender = [&] {
-    add(TemplateOr(statement->sender, LUMO_NO_VALUE_C, vexa_template_plain, function));
-  };
+  const auto add_sender = [&] { add(AddressOr(statement->sender, LUMO_NO_VALUE_C, function)); };
   if (statement->is<T3GetCallStmt>()) {
     attempt.word = LUMO_PORT_TRY_GETCALL;
     add_template(vexa_template_call);
@@ -158,8 +161,8 @@ Attempt Try(T3Tree_Node* operation, CFunction& function) {
   if (auto* check = operation->try_as<T3CheckRedirect>())
     return {LUMO_PORT_TRY_RECEIVE,
             {cg::InRTS(check->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C,
-             TemplateOr(check->from, LUMO_NO_VALUE_C, vexa_template_plain, function), C_TRUE,
-             LUMO_VALUE_NO_RETURN_C, SenderTarget(check->redirect, function), VEXA_CONTEXT}};
+             AddressOr(check->from, LUMO_NO_VALUE_C, function), C_TRUE, LUMO_VALUE_NO_RETURN_C,
+             SenderTarget(check->redirect, function), VEXA_CONTEXT}};
   internal_error_ast("CGStatement", __LINE__, "CGStatement::GenGuardOp", operation);
 }
 
@@ -557,9 +560,9 @@ std::string Recipients(T3RecipientMulti* several, CFunction& function) {
 std::string Recipient(T3Tree_Node* recipient, CFunction& function) {
   if (recipient->is<T3RecipientAll>()) return LUMO_VALUE_ALL_C;
   if (auto* single = recipient->try_as<T3RecipientSingle>())
-    return TemplateOr(single->recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+    return AddressOr(single->recipient, LUMO_NO_VALUE_C, function);
   if (auto* several = recipient->try_as<T3RecipientMulti>()) return Recipients(several, function);
-  return TemplateOr(recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+  return AddressOr(recipient, LUMO_NO_VALUE_C, function);
 }
 }  // namespace
 

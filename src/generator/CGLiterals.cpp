@@ -13,6 +13,21 @@
 #include "generator/T3Context.h"
 
 namespace cg {
+std::string CharacterText(char c) {
+  if (c == '\'' || c == '\\') return std::string("'\\") + c + "'";
+  if (static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < 127)
+    return std::string("'") + c + "'";
+  std::string octal = "000";
+  const auto code = static_cast<unsigned char>(c);
+  for (size_t i = 0; i < 3; ++i) octal[2 - i] = static_cast<char>('0' + (code >> (3 * i) & 7U));
+  return "'\\" + octal + "'";
+}
+
+std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsigned cell) {
+  return "{" + std::to_string(group) + ", " + std::to_string(plane) + ", " + std::to_string(row) + ", " +
+         std::to_string(cell) + "}";
+}
+
 namespace {
 // The characters of a literal without the quotes around it.
 std::string TextOf(T3Tree_Node* literal) {
@@ -29,16 +44,6 @@ std::string IntegerText(tStringRef value) {
   const bool fits =
       digits.size() < greatest.size() || (digits.size() == greatest.size() && digits <= greatest);
   return Call(LUMO_LONG_INTEGER_LITERAL, {fits ? std::string(digits) : greatest});
-}
-
-std::string CharacterText(char c) {
-  if (c == '\'' || c == '\\') return std::string("'\\") + c + "'";
-  if (static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < 127)
-    return std::string("'") + c + "'";
-  std::string octal = "000";
-  const auto code = static_cast<unsigned char>(c);
-  for (size_t i = 0; i < 3; ++i) octal[2 - i] = static_cast<char>('0' + (code >> (3 * i) & 7U));
-  return "'\\" + octal + "'";
 }
 
 std::string CValueString(T3Tree_Node* node) {
@@ -60,11 +65,6 @@ struct WideChar {
   unsigned char row = 0;
   unsigned char cell = 0;
 };
-
-std::string InitializerOf(const WideChar& c) {
-  return "{" + std::to_string(c.group) + ", " + std::to_string(c.plane) + ", " + std::to_string(c.row) +
-         ", " + std::to_string(c.cell) + "}";
-}
 
 std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
   std::vector<WideChar> characters;
@@ -89,7 +89,8 @@ std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
 void GenUniversalChar(T3Tree_Node* node, Mode allocation, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   std::string initializers;
-  for (const WideChar& c : characters) initializers += (initializers.empty() ? "" : ", ") + InitializerOf(c);
+  for (const WideChar& c : characters)
+    initializers += (initializers.empty() ? "" : ", ") + WideCharacterText(c.group, c.plane, c.row, c.cell);
   // An array is a variable whose brackets stand behind its name, which has to be known before.
   const std::string name = gT3Context.file().uniqueName("vexa_wide_string_literal");
   function.declare(LUMO_WIDE_CHAR_T, name + "[]", "{" + initializers + "}");

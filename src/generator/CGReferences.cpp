@@ -1,14 +1,43 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
 #include "analysis/T3Types.h"
 #include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CGTypeTables.h"
 #include "generator/CLocations.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
 
 namespace cg {
 namespace {
-// The C name of what a declaration at module level means.
+bool g_via_symbol_table = false;
+
+// Where a declaration stands, as the analysis numbers it.
+enum Place { kModuleLevel = 1, kComponent = 2 };
+
+// Templates of blocks have no row.
+bool HasRow(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kModuleLevel;
+}
+
+std::string EntryOf(T3Tree_Node* decl) {
+  const std::string row =
+      decl->is<_T3ImportDecl>()
+          ? FindOriginCall(decl)
+          : Call(LUMO_FIND_ELEMENT_WITH_CHECK,
+                 {Quote(CGCurrentModule()->name), Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+  return row + "->" + TypeOrValueDescriptor(decl);
+}
+}  // namespace
+
+ReferencesViaSymbolTable::ReferencesViaSymbolTable() : before_(g_via_symbol_table) {
+  g_via_symbol_table = true;
+}
+ReferencesViaSymbolTable::~ReferencesViaSymbolTable() {
+  g_via_symbol_table = before_;
+}
+
 std::string AccessNamedEntity(T3Tree_Node* decl) {
+  if (g_via_symbol_table && HasRow(decl)) return EntryOf(decl);
   switch (decl->kind) {
     case T3Kind::T3ConstDecl:
     case T3Kind::T3ImportConstDecl:
@@ -18,14 +47,15 @@ std::string AccessNamedEntity(T3Tree_Node* decl) {
       return VEXAExtConstName(decl);
     case T3Kind::T3ModuleParDecl:
       return VEXAModuleParName(decl);
+    case T3Kind::T3TemplateDecl:
+    case T3Kind::T3ImportTemplateDecl:
+      return VEXATemplateRef(decl);
     default:
       NotSupported(decl);
   }
 }
 
-// Where a declaration stands, as the analysis numbers it.
-enum Place { kModuleLevel = 1, kComponent = 2 };
-
+namespace {
 int PlaceOf(T3Tree_Node* decl) {
   return decl->is<_T3ImportDecl>() ? kModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
 }

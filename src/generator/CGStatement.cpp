@@ -235,7 +235,7 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 
 // The caller decides by the slot that it gives whether it gets a template or a value.
 void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
-  const std::string location = CGInlinedTemplate(result, vexa_template_plain, function);
+  const std::string location = CGTemplateExpression(result, vexa_template_plain, function);
   function.beginIf(LUMO_VALUE_IS_DYNAMIC_TEMPLATE, {slot, VEXA_CONTEXT});
   function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
   function.endIf();
@@ -282,7 +282,7 @@ std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
 
 // A part of what holds a template gets a template.
 std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function) {
-  return cg::HoldsTemplate(parent) ? CGInlinedTemplate(rhs, vexa_template_plain, function)
+  return cg::HoldsTemplate(parent) ? CGTemplateExpression(rhs, vexa_template_plain, function)
                                    : cg::InRTS(rhs, vexa_temp_alloc, function);
 }
 
@@ -325,7 +325,7 @@ void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
     const cg::TemplateMode mode;
     target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   }
-  const std::string value = CGInlinedTemplate(statement->rhs, vexa_template_plain, function);
+  const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }

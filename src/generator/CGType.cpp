@@ -16,9 +16,11 @@ namespace {
 // Both walk the constraint, and each must allocate its expressions afresh.
 void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
   ResetSubTypeConstraintLocations(decl);
-  if (CGCheck(decl)) info.check_function = CGFunctionPointer(VEXACheckName(decl));
+  CGCheck(decl);
+  info.check_function = CGFunctionPointer(VEXACheckName(decl));
   ResetSubTypeConstraintLocations(decl);
-  if (CGConstraintOf(decl)) info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
+  CGConstraintOf(decl);
+  info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
 }
 
 // What all descriptions of a declared type have: its name, its module, its kind, and the functions of the
