@@ -151,6 +151,20 @@ const char* NullWord(T3Tree_Node* type) {
   return type->is<T3ComponentType>() ? LUMO_VALUE_NULL_COMPONENT_REFERENCE_C : LUMO_VALUE_NULL_ADDRESS_C;
 }
 
+// The value of another object identifier, number by number.
+void AddObjectIdentifier(T3Tree_Node* item, const std::string& target, CFunction& function) {
+  const std::string source = InRTS(item, vexa_temp_alloc, function);
+  const std::string index = function.getTmpVariable(C_UNSIGNED_LONG);
+  const std::string count = function.getTmpVariable(C_UNSIGNED_LONG);
+  function.callAndAssign(count, LUMO_SIZE_OF, {source, VEXA_CONTEXT});
+  function.beginFor(index, "0", index + " " + C_LT + " " + count, index + "++");
+  const std::string number = Call(LUMO_VALUE_GET_OBJECTID_ELEMENT, {source, index, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT, {target, number, VEXA_CONTEXT});
+  function.endFor();
+  function.releaseTmpVariable(index);
+  function.releaseTmpVariable(count);
+}
+
 void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation, CFunction& function) {
   const std::string target = AllocateRTSValue(node, allocation, function);
   for (T3Tree_Node* at = node->value; at->is<T3ObjIdItem>(); at = at->as<T3ObjIdItem>()->next) {
@@ -159,9 +173,14 @@ void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation
       item = named->apl->is<T3ActualPar>() ? named->apl->as<T3ActualPar>()->expression : named->apl;
     if (auto* actual = item->try_as<T3TemplateDef>()) item = actual->constraint;
     const auto number = item->is<_T3Expression>() ? ConstIntValue(item) : std::nullopt;
-    if (!number) NotSupported(item);
-    function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT,
-                  {target, Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)}), VEXA_CONTEXT});
+    if (!number && item->is<_T3Reference>() && TypeOf(item)->is<T3ObjectIdentifierType>()) {
+      AddObjectIdentifier(item, target, function);
+      continue;
+    }
+    if (!number && (!item->is<_T3Reference>() || !TypeOf(item)->is<T3Integer>())) NotSupported(item);
+    const std::string text =
+        number ? Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)}) : InC(item, function);
+    function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT, {target, text, VEXA_CONTEXT});
   }
 }
 }  // namespace

@@ -187,7 +187,10 @@ void CGBreak(T3BreakStmt* statement, CFunction& function) {
   auto* loop = owner->try_as<_T3LoopStmt>();
   const std::string label = loop != nullptr ? loop->cold().vexa_break_label : BreakLabelOfAlt(owner);
   if (label.empty()) cg::NotSupported(owner);
-  TidyUp(statement, owner, function);
+  if (auto* interleave = owner->try_as<T3InterleaveStmt>())
+    CGLeaveInterleave(statement, interleave, function);
+  else
+    TidyUp(statement, owner, function);
   function.addGoto(label);
 }
 
@@ -627,11 +630,15 @@ void LeaveAlt(T3AltStmt* alt, CFunction& function) {
 }
 }  // namespace
 
+void LeaveBlock(T3BlockStmt* block, CFunction& function) {
+  LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+}
+
 void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
   for (T3Tree_Node* at = from->place->vexa_enclosing_block; at != to; at = at->place->vexa_enclosing_block) {
     if (at->is<T3ControlPart>() || at->is<_T3FunctionBodyDecl>()) return;
     if (auto* block = at->try_as<T3BlockStmt>())
-      LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+      LeaveBlock(block, function);
     else if (auto* loop = at->try_as<T3ForStmt>())
       LeaveMemoryScope(loop->cold().temp_memory_scope, loop->init, function);
     else if (auto* alt = at->try_as<T3AltStmt>())
