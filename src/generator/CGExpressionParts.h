@@ -93,9 +93,27 @@ class ReferencesViaSymbolTable {
  private:
   bool before_;
 };
+/// Stands while the functions of a template with parameters are written that is declared in a block: what
+/// else is local there is found by its name when they run.
+class TemplateOfBlock {
+ public:
+  explicit TemplateOfBlock(T3TemplateDecl* decl);
+  TemplateOfBlock(const TemplateOfBlock&) = delete;
+  TemplateOfBlock& operator=(const TemplateOfBlock&) = delete;
+  ~TemplateOfBlock();
+
+ private:
+  T3TemplateDecl* before_;
+};
 /// What a declaration at module level, or an import, is called here: its name in C, or its entry in the
 /// symbol table.
 std::string AccessNamedEntity(T3Tree_Node* decl);
+/// The C expressions of a function and of its type.
+struct Callee {
+  std::string function;
+  std::string type;
+};
+Callee CalleeOf(T3Tree_Node* decl);
 /// A declared template, or the import of one.
 bool IsTemplateDecl(T3Tree_Node* decl);
 /// True for a matching mechanism, a reference to a template, and a compound value with one of them in it.

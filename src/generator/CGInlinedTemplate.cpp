@@ -7,6 +7,7 @@
 #include "analysis/T3TemplateMerge.h"
 #include "analysis/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "generator/CGCalls.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
 #include "generator/CGStatement.h"
@@ -68,20 +69,6 @@ std::vector<T3Tree_Node*> Distinct(const std::vector<LocalReference>& references
   return distinct;
 }
 
-T3Tree_Node* FormalFor(T3Tree_Node* reference, size_t index, T3Tree_Node* next) {
-  const tIdent name = gIdents.MakeIdent("_" + std::to_string(index));
-  const tPosition position = reference->as<_T3Expression>()->position;
-  T3Tree_Node* type = ExpressionLocalType(reference);
-  T3Tree_Node* formal;
-  if (cg::HoldsTemplate(reference))
-    formal = gT3AST.mT3FormalTemplatePar(position, next, name, type, t3_par_pass_t::In, _sgT3NoExpression(),
-                                         t3_template_restriction_t::None);
-  else
-    formal = gT3AST.mT3FormalPar(position, next, name, type, t3_par_pass_t::In, _sgT3NoExpression());
-  formal->as<_T3FormalPar>()->attr().vexa_index = static_cast<int>(index);
-  return formal;
-}
-
 // How a node is read inside of the template's functions.
 struct Passed {
   int* place;
@@ -95,16 +82,20 @@ Passed PassedNode(T3Tree_Node* node) {
   return {&call.vexa_id_place, &call.template_special_rts_loc};
 }
 
-// Stands while the functions are written: references mean their arguments.
+// Stands while references mean arguments.
 class References {
  public:
+  References() = default;
+  // In the functions of a template.
   explicit References(const std::vector<LocalReference>& references) {
-    for (const LocalReference& reference : references) {
-      const Passed passed = PassedNode(reference.node);
-      before_.push_back({passed, *passed.place, *passed.text});
-      *passed.place = cg::kPassedToTemplate;
-      *passed.text = gT3AST.KeepText(std::string(VEXA_ARGV) + "[" + std::to_string(reference.index) + "]");
-    }
+    for (const LocalReference& reference : references)
+      Mean(reference.node, std::string(VEXA_ARGV) + "[" + std::to_string(reference.index) + "]");
+  }
+  void Mean(T3Tree_Node* reference, const std::string& text) {
+    const Passed passed = PassedNode(reference);
+    before_.push_back({passed, *passed.place, *passed.text});
+    *passed.place = cg::kPassedToTemplate;
+    *passed.text = gT3AST.KeepText(text);
   }
   References(const References&) = delete;
   References& operator=(const References&) = delete;
@@ -124,6 +115,72 @@ class References {
   std::vector<Before> before_;
 };
 
+// ---- What is modified ----
+
+// The constraint of a definition that modifies another one refers to the parameters of that, and of what that
+// modifies: they have the same places.
+bool IsParameterOf(T3Tree_Node* formal, T3TemplateDef* modifying) {
+  T3NodeSet seen;
+  while (modifying != nullptr && seen.insert(modifying).second) {
+    T3Tree_Node* decl = modifying->modifies->is<T3TemplateReference>()
+                            ? BehindImport(modifying->attr().modifies_decl)
+                            : nullptr;
+    if (!T3Is<T3TemplateDecl>(decl)) return false;
+    for (T3Tree_Node* at = decl->as<T3TemplateDecl>()->fpl; at->is<_T3FormalPar>();
+         at = at->as<_T3FormalPar>()->next)
+      if (at == formal) return true;
+    modifying = decl->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
+  }
+  return false;
+}
+
+// The place of a parameter of what is modified that a reference means; -1 for any other reference.
+int PlaceOfModified(T3Tree_Node* reference, T3TemplateDef* definition) {
+  if (!reference->is<T3Identifier>() || !T3Is<_T3FormalPar>(Def(reference))) return -1;
+  if (!IsParameterOf(Def(reference), definition)) return -1;
+  return Def(reference)->as<_T3FormalPar>()->attr().vexa_index;
+}
+
+// Evaluates what a definition in line gives to the template that it modifies, and lets the parameters mean
+// it.
+void UseArgumentsOfModified(T3TemplateDef* definition, References& parameters, CFunction& function) {
+  auto* modified = definition->modifies->try_as<T3TemplateReference>();
+  auto* call = modified == nullptr ? nullptr : modified->reference->try_as<T3Parameterization>();
+  T3Tree_Node* decl = call == nullptr ? nullptr : BehindImport(definition->attr().modifies_decl);
+  if (!T3Is<T3TemplateDecl>(decl)) return;
+  const std::string arguments =
+      CGActualParameterList(call->apl, decl->as<T3TemplateDecl>()->fpl, false, function);
+  ForEachInSubtree(definition->constraint, [&](T3Tree_Node* node) {
+    const int place = PlaceOfModified(node, definition);
+    if (place >= 0) parameters.Mean(node, arguments + "[" + std::to_string(place) + "]");
+    return true;
+  });
+}
+
+// ---- Formal parameters ----
+
+// The default of a parameter of what is modified counts here as well.
+T3Tree_Node* DefaultFor(T3Tree_Node* reference, T3TemplateDef* definition) {
+  if (PlaceOfModified(reference, definition) < 0) return _sgT3NoExpression();
+  auto* formal = Def(reference)->try_as<_T3TypedFormal>();
+  return formal == nullptr ? _sgT3NoExpression() : formal->default_value;
+}
+
+T3Tree_Node* FormalFor(T3Tree_Node* reference, size_t index, T3TemplateDef* definition, T3Tree_Node* next) {
+  const tIdent name = gIdents.MakeIdent("_" + std::to_string(index));
+  const tPosition position = reference->as<_T3Expression>()->position;
+  T3Tree_Node* type = ExpressionLocalType(reference);
+  T3Tree_Node* formal;
+  if (cg::HoldsTemplate(reference))
+    formal = gT3AST.mT3FormalTemplatePar(position, next, name, type, t3_par_pass_t::In,
+                                         DefaultFor(reference, definition), t3_template_restriction_t::None);
+  else
+    formal =
+        gT3AST.mT3FormalPar(position, next, name, type, t3_par_pass_t::In, DefaultFor(reference, definition));
+  formal->as<_T3FormalPar>()->attr().vexa_index = static_cast<int>(index);
+  return formal;
+}
+
 // ---- The declaration ----
 
 // The declarations that the module being generated has. A definition may be shared by modules, when a
@@ -142,7 +199,7 @@ T3TemplateDecl* Explicification(T3TemplateDef* definition, const std::vector<Loc
   if (T3Is<T3TemplateDecl>(known) && MadeInThisModule().count(known) != 0) return known->as<T3TemplateDecl>();
   const std::vector<T3Tree_Node*> passed = Distinct(references);
   T3Tree_Node* formals = _sgT3NoFormalPar();
-  for (size_t i = passed.size(); i > 0; --i) formals = FormalFor(passed[i - 1], i - 1, formals);
+  for (size_t i = passed.size(); i > 0; --i) formals = FormalFor(passed[i - 1], i - 1, definition, formals);
   const std::string name =
       gT3Context.file().uniqueName("vexa_" + CGModuleName(CGCurrentModule()) + "_EXPL_TEMPLATE");
   auto* decl = gT3AST.mT3TemplateDecl(definition->position, _sgT3NoDecl(), gIdents.MakeIdent(name),
@@ -169,9 +226,15 @@ std::string RHSHelper(T3Tree_Node* reference, bool keeps, CFunction& function) {
 
 std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& function) {
   const std::vector<LocalReference> references = GetLocalRefs(definition->constraint);
+  // What is modified is shared by all that modify it.
+  if (!definition->modifies->is<T3NoTemplateReference>()) ResetLocations(definition);
   std::vector<std::string> arguments;
-  for (T3Tree_Node* reference : Distinct(references))
-    arguments.push_back(RHSHelper(reference, keeps, function));
+  {
+    References parameters;
+    UseArgumentsOfModified(definition, parameters, function);
+    for (T3Tree_Node* reference : Distinct(references))
+      arguments.push_back(RHSHelper(reference, keeps, function));
+  }
   T3TemplateDecl* decl = Explicification(definition, references);
   std::string array = C_NULL;
   if (!arguments.empty()) {
@@ -185,19 +248,6 @@ std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& functi
                          {"&(" + VEXATemplateTypeStructName(decl) + ")", LUMO_TEMP_ALLOC_C, array,
                           std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
   return location;
-}
-
-// True for a template with parameters that also needs what is local where it stands.
-bool NeedsMoreThanParameters(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  for (const LocalReference& reference : GetLocalRefs(definition->constraint)) {
-    T3Tree_Node* def = reference.node->is<T3Identifier>() ? Def(reference.node) : nullptr;
-    bool own = false;
-    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
-         formal = formal->as<_T3FormalPar>()->next)
-      own = own || formal == def;
-    if (!own && !IsFunctionCall(reference.node)) return true;
-  }
-  return false;
 }
 
 // ---- Forms ----
@@ -233,8 +283,10 @@ std::string InstantiateTemplate(T3Tree_Node* reference, CFunction& function) {
 void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
   T3TemplateDef* definition = DefinitionOf(decl);
   if (decl->fpl->is<_T3FormalPar>()) {
-    if (NeedsMoreThanParameters(decl, definition)) cg::NotSupported(decl);
-    return CGTemplate(decl);
+    const cg::TemplateOfBlock surroundings(decl);
+    // A statement may be written more than once.
+    if (MadeInThisModule().insert(decl).second) CGTemplate(decl);
+    return;
   }
   const std::string location =
       function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
