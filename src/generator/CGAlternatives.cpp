@@ -461,10 +461,29 @@ std::string Recipient(T3Tree_Node* recipient, CFunction& function) {
 }
 }  // namespace
 
+namespace {
+// What is sent has the type that the statement gives it: a value is copied into one of that.
+std::string SentValue(T3Tree_Node* node, CFunction& function) {
+  const std::string location = CGTemplateExpression(node, vexa_template_plain, function);
+  auto* definition = node->try_as<T3TemplateDef>();
+  T3Tree_Node* value = definition != nullptr ? definition->constraint : node;
+  const bool is_modified = definition != nullptr && !definition->modifies->is<T3NoTemplateReference>();
+  if (is_modified || cg::HoldsTemplate(value)) return location;
+  T3Tree_Node* type = definition != nullptr && !definition->parent->is<T3NoType>()
+                          ? definition->parent
+                          : ExpressionLocalType(value);
+  std::string sent = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(sent, LUMO_TYPE_INSTANTIATE_VALUE,
+                         {VEXATypeRef(type), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_ASSIGN, {sent, location, VEXA_CONTEXT});
+  return sent;
+}
+}  // namespace
+
 void CGSend(T3SendStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
-  const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
+  const std::string value = SentValue(statement->template_value, function);
   function.call(LUMO_PORT_SEND, {port, value, Recipient(statement->recipient, function), VEXA_CONTEXT});
 }
 
