@@ -25,7 +25,8 @@ void CheckBody(T3Tree_Node* decl, T3SubType* subtype, CFunction& function) {
   const cg::ValueMode mode;
   CheckParentType(decl, subtype->parent, function);
   const std::string result = function.declare(C_BOOL, "", C_TRUE);
-  const CGTest test{vexa_template_plain, VEXA_VALUE, result, break_return, true, ""};
+  const std::string name = gIdents.GetCStr(decl->as<_T3Decl>()->name);
+  const CGTest test{vexa_template_plain, VEXA_VALUE, result, break_return, false, name};
   GenConstraint(subtype->constraint, RootType(subtype->parent), test, function);
   function._return(result);
 }
