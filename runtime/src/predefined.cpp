@@ -198,7 +198,11 @@ bool all_values(Value v) {
   switch (v->form) {
     case Form::special:
       return v->special == Special::omit;
-    case Form::instance:
+    case Form::instance: {
+      check_stack();
+      Value opened = lumo_templateof(v, lumo_temp_alloc_c, current_task);
+      return opened->form != Form::instance && all_values(opened);
+    }
     case Form::wrapped:
     case Form::range:
     case Form::value_list:

@@ -49,7 +49,8 @@ void TellOutputFiles(T3Tree_Node* module, const std::string& directory, const st
   vexa_progress(verbosity, FormatText("Output directory: \"%s\"", directory.c_str()));
 }
 
-void GenerationSteps(T3Tree_Node* module) {
+// False when something of the module cannot be generated, which has been told.
+bool GenerationSteps(T3Tree_Node* module) {
   const std::string directory = GetOutputDir(module);
   const std::string base = GetOutputFile(module);
   auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, CFile::kNoLineLimit);
@@ -59,13 +60,15 @@ void GenerationSteps(T3Tree_Node* module) {
   gT3Context.begin(std::move(file));
   RestoreModule_gT3IntegerType(module);
   CGModule(module);
+  const bool is_complete = gT3Context.file().valid();
   gT3Context.end();
+  return is_complete;
 }
 }  // namespace
 
 bool Generate(T3Tree_Node* module) {
   try {
-    GenerationSteps(module);
+    if (!GenerationSteps(module)) return false;
   } catch (const MaximumErrorsExceeded&) {
     gT3Context.invalidateFile();
     throw;

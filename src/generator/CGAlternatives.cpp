@@ -1,11 +1,10 @@
 #include "generator/CGAlternatives.h"
 
-#include <functional>
-
 #include "analysis/T3AltStatus.h"
 #include "analysis/T3Types.h"
-#include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "generator/CGAltParts.h"
 #include "generator/CGCalls.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
@@ -19,6 +18,8 @@
 #include "generator/T3Context.h"
 
 namespace {
+using namespace cgalt;
+
 std::string AddressOf(const std::string& name) {
   return "&(" + name + ")";
 }
@@ -32,6 +33,11 @@ bool IsPresent(T3Tree_Node* node) {
 // A template, or that there is none.
 std::string TemplateOr(T3Tree_Node* node, const char* none, vexa_template_mode_t mode, CFunction& function) {
   return IsPresent(node) ? CGInlinedTemplate(node, mode, function) : std::string(none);
+}
+
+// A `from` or `to` clause.
+std::string AddressOr(T3Tree_Node* node, const char* none, CFunction& function) {
+  return IsPresent(node) ? CGTemplateExpression(node, vexa_template_plain, function) : std::string(none);
 }
 
 std::string Target(T3Tree_Node* target, CFunction& function) {
@@ -107,9 +113,7 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
   const auto add_template = [&](vexa_template_mode_t mode) {
     add(TemplateOr(statement->template_value, LUMO_NO_VALUE_C, mode, function));
   };
-  const auto add_sender = [&] {
-    add(TemplateOr(statement->sender, LUMO_NO_VALUE_C, vexa_template_plain, function));
-  };
+  const auto add_sender = [&] { add(AddressOr(statement->sender, LUMO_NO_VALUE_C, function)); };
   if (statement->is<T3GetCallStmt>()) {
     attempt.word = LUMO_PORT_TRY_GETCALL;
     add_template(vexa_template_call);
@@ -158,27 +162,10 @@ Attempt Try(T3Tree_Node* operation, CFunction& function) {
   if (auto* check = operation->try_as<T3CheckRedirect>())
     return {LUMO_PORT_TRY_RECEIVE,
             {cg::InRTS(check->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C,
-             TemplateOr(check->from, LUMO_NO_VALUE_C, vexa_template_plain, function), C_TRUE,
-             LUMO_VALUE_NO_RETURN_C, SenderTarget(check->redirect, function), VEXA_CONTEXT}};
+             AddressOr(check->from, LUMO_NO_VALUE_C, function), C_TRUE, LUMO_VALUE_NO_RETURN_C,
+             SenderTarget(check->redirect, function), VEXA_CONTEXT}};
   internal_error_ast("CGStatement", __LINE__, "CGStatement::GenGuardOp", operation);
 }
-
-// "if (" attempt ")" with the scope open.
-void GenGuardOp(T3Tree_Node* operation, CFunction& function) {
-  const CGStatementScope scope(function);
-  const Attempt attempt = Try(operation, function);
-  function.beginIf(attempt.word, attempt.arguments);
-}
-
-// ---- The loop ----
-
-// What `repeat` and `break` in a construct refer to.
-struct AltNames {
-  std::string repeat_var;
-  std::string repeat_label;
-  std::string break_label;
-  std::string scope;
-};
 
 template <class Node>
 void StoreNames(Node* node, const AltNames& names) {
@@ -186,6 +173,23 @@ void StoreNames(Node* node, const AltNames& names) {
   node->cold().repeat_label = gT3AST.KeepText(names.repeat_label);
   node->cold().vexa_break_label = gT3AST.KeepText(names.break_label);
   node->cold().temp_memory_scope = gT3AST.KeepText(names.scope);
+}
+
+}  // namespace
+
+namespace cgalt {
+// "if (" attempt ")" with the scope open.
+void GenGuardOp(T3Tree_Node* operation, CFunction& function) {
+  const CGStatementScope scope(function);
+  const Attempt attempt = Try(operation, function);
+  function.beginIf(attempt.word, attempt.arguments);
+}
+
+T3GuardedAlt* GuardedAlt(T3Tree_Node* operation) {
+  auto* alt = gT3AST.mT3GuardedAlt(operation->as<_T3Stmt>()->position, _sgT3NoAlt(), _sgT3NoExpression(),
+                                   _sgT3NoStmt(), operation);
+  alt->place = operation->place;
+  return alt;
 }
 
 AltNames BeginAlt(CFunction& function) {
@@ -240,15 +244,32 @@ void EndRounds(const AltNames& names, CFunction& function) {
   function.releaseTmpVariable(names.repeat_var);
   function.releaseTmpVariable(names.scope);
 }
+}  // namespace cgalt
 
-// The loop around one attempt that stands alone; the defaults are asked as well.
-void LoneAttempt(bool is_clean, CFunction& function, const std::function<void(const AltNames&)>& branch) {
+namespace {
+using namespace cgalt;
+
+// A trigger takes what it does not want from the queue, and waits on.
+void DiscardMessage(T3TriggerStmt* trigger, const AltNames& names, CFunction& function) {
+  const CGStatementScope scope(function);
+  function.beginIf(LUMO_PORT_TRY_RECEIVE,
+                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C,
+                    C_FALSE, LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
+  function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
+  function.assign(names.repeat_var, C_TRUE);
+  function.addGoto(names.repeat_label);
+  function.endIf();
+}
+
+// ---- The loop ----
+
+// The loop around one branch that stands alone; the defaults are asked as well.
+void LoneAttempt(T3Tree_Node* alt, CFunction& function, const std::function<void(const AltNames&)>& branch) {
   const AltNames names = BeginAlt(function);
   BeginRounds(names, function);
   branch(names);
   TryDefaults(names, function);
-  function.call(LUMO_LOG_ALT_WAIT_EVENT, {VEXA_CONTEXT});
-  function.call(LUMO_COMPONENT_WAIT, {is_clean ? C_FALSE : C_TRUE, VEXA_CONTEXT});
+  Wait(alt, function);
   EndRounds(names, function);
 }
 
@@ -297,55 +318,45 @@ void AltstepBranch(T3Tree_Node* reference, T3Tree_Node* body, const AltNames& na
   function.releaseTmpVariable(result);
 }
 
-// A trigger takes what it does not want from the queue, and waits on.
-void DiscardMessage(T3TriggerStmt* trigger, const AltNames& names, CFunction& function) {
-  const CGStatementScope scope(function);
-  function.beginIf(LUMO_PORT_TRY_RECEIVE,
-                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C,
-                    C_FALSE, LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
-  function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
-  function.assign(names.repeat_var, C_TRUE);
-  function.addGoto(names.repeat_label);
-  function.endIf();
-}
+}  // namespace
 
-void Branch(_T3Alt* alt, const AltNames& names, CFunction& function) {
+namespace cgalt {
+namespace {
+void Branch(_T3Alt* alt, const AltNames& names, CFunction& function, const std::function<void()>& body) {
   if (auto* altstep = alt->try_as<T3TestStepRefAlt>())
     return AltstepBranch(altstep->test_step, alt->body, names, function);
   T3Tree_Node* operation = alt->as<T3GuardedAlt>()->operation;
   GenGuardOp(operation, function);
-  CGStatement(alt->body, function);
+  body();
   function.addBreak();
   function.endIf();
   if (operation->is<T3TriggerStmt>()) DiscardMessage(operation->as<T3TriggerStmt>(), names, function);
 }
+}  // namespace
 
-void MarkBranch(_T3Alt* alt, CFunction& function) {
+void GenBranch(_T3Alt* alt, const AltNames& names, CFunction& function, const std::function<void()>& body) {
   CGCommentPlace(function, alt->position, T3KindName(alt));
   CGSetSourceLine(function, alt->position);
+  if (alt->guard->is<T3NoExpression>()) return Branch(alt, names, function, body);
+  std::string guard;
+  {
+    const CGStatementScope scope(function);
+    guard = cg::InC(alt->guard, function);
+  }
+  function.beginIf(guard);
+  Branch(alt, names, function, body);
+  function.endIf();
+  function.beginElse();
+  function.call(LUMO_LOG_ALT_REJECTED_EVENT, {VEXA_CONTEXT});
+  function.endIf();
 }
-}  // namespace
+}  // namespace cgalt
 
 void CGAltList(T3Tree_Node* alternatives, T3Tree_Node* statement, CFunction& function) {
   const AltNames names = NamesOf(statement);
   for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
     auto* alt = at->as<_T3Alt>();
-    MarkBranch(alt, function);
-    if (alt->guard->is<T3NoExpression>()) {
-      Branch(alt, names, function);
-      continue;
-    }
-    std::string guard;
-    {
-      const CGStatementScope scope(function);
-      guard = cg::InC(alt->guard, function);
-    }
-    function.beginIf(guard);
-    Branch(alt, names, function);
-    function.endIf();
-    function.beginElse();
-    function.call(LUMO_LOG_ALT_REJECTED_EVENT, {VEXA_CONTEXT});
-    function.endIf();
+    GenBranch(alt, names, function, [&] { CGStatement(alt->body, function); });
   }
 }
 
@@ -375,7 +386,7 @@ bool IsBlockingOperation(T3Tree_Node* statement) {
 }
 
 void CGBlockingOperation(T3Tree_Node* statement, CFunction& function) {
-  LoneAttempt(true, function, [&](const AltNames& names) {
+  LoneAttempt(GuardedAlt(statement), function, [&](const AltNames& names) {
     GenGuardOp(statement, function);
     function.addBreak();
     function.endIf();
@@ -384,7 +395,9 @@ void CGBlockingOperation(T3Tree_Node* statement, CFunction& function) {
 }
 
 void CGAltstepCall(T3Tree_Node*, T3Parameterization* call, CFunction& function) {
-  LoneAttempt(false, function, [&](const AltNames& names) { AltstepBranch(call, nullptr, names, function); });
+  auto* alt =
+      gT3AST.mT3TestStepRefAlt(call->position, _sgT3NoAlt(), _sgT3NoExpression(), _sgT3NoStmt(), call);
+  LoneAttempt(alt, function, [&](const AltNames& names) { AltstepBranch(call, nullptr, names, function); });
 }
 
 void CGRepeat(T3RepeatStmt* statement, CFunction& function) {
@@ -400,121 +413,6 @@ void CGRepeat(T3RepeatStmt* statement, CFunction& function) {
 std::string BreakLabelOfAlt(T3Tree_Node* owner) {
   if (auto* interleave = owner->try_as<T3InterleaveStmt>()) return interleave->cold().vexa_break_label;
   return owner->is<T3AltStmt>() || owner->is<T3CallStmt>() ? NamesOf(owner).break_label : std::string();
-}
-
-// ---- Interleave ----
-
-namespace {
-// An operation that is waited for, and the statements behind it: a branch's block, or the rest of one.
-struct Continuation {
-  T3Tree_Node* operation;
-  T3BlockStmt* block;
-  T3Tree_Node* rest;
-};
-using Agenda = std::vector<Continuation>;
-
-// From how many enabled alternatives on the user is told what they come to; the next time from more.
-constexpr size_t kInterleaveWarning = 5;
-// Every how many branches the user is told.
-constexpr int kInterleaveBranches = 1000;
-// What a C compiler can still be asked to translate.
-constexpr int kMostBranches = 20000;
-
-class Interleave {
- public:
-  Interleave(T3InterleaveStmt* statement, CFunction& function) : statement_(statement), function_(function) {}
-  void Generate();
-
- private:
-  void Expand(const Agenda& agenda, bool is_outermost);
-  void Go(const Continuation& taken, const Agenda& others);
-  void GoThrough(T3Tree_Node* statements, Agenda agenda);
-  void CheckStateExplosion(size_t enabled);
-  void CountExpansion();
-
-  T3InterleaveStmt* statement_;
-  CFunction& function_;
-  size_t warning_max_ = kInterleaveWarning;
-  int expansions_ = 0;
-};
-
-std::string Faculty(size_t n) {
-  double result = 1;
-  for (size_t i = 2; i <= n; ++i) result *= static_cast<double>(i);
-  std::string text = std::to_string(result);
-  return text.substr(0, text.find('.'));
-}
-
-void Interleave::CheckStateExplosion(size_t enabled) {
-  if (enabled <= warning_max_) return;
-  warning_max_ = enabled;
-  vexa_warning(GetVerbosity(CGCurrentModule()),
-               "State explosion! Interleave statement with " + std::to_string(enabled) +
-                   " enabled alternatives. This expands to " + Faculty(enabled) +
-                   " interleavings. Consider using parallel test components.",
-               statement_->position);
-}
-
-void Interleave::CountExpansion() {
-  if (expansions_ == kMostBranches) cg::NotSupported(statement_);
-  if (++expansions_ % kInterleaveBranches == 0)
-    vexa_warning(GetVerbosity(CGCurrentModule()),
-                 "Interleave statement so far has created " + std::to_string(expansions_) + " branches",
-                 statement_->position);
-}
-
-void Interleave::Generate() {
-  Agenda agenda;
-  for (T3Tree_Node* at = statement_->alts; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
-    auto* alt = at->try_as<T3GuardedAlt>();
-    if (alt == nullptr || !alt->guard->is<T3NoExpression>()) cg::NotSupported(at);
-    auto* block = alt->body->try_as<T3BlockStmt>();
-    agenda.push_back({alt->operation, block, block != nullptr ? nullptr : alt->body});
-  }
-  Expand(agenda, true);
-}
-
-// One loop tries all that is enabled; behind the operation that is taken stands the loop for what is left.
-void Interleave::Expand(const Agenda& agenda, bool is_outermost) {
-  if (agenda.empty()) return;
-  CheckStateExplosion(agenda.size());
-  LoneAttempt(true, function_, [&](const AltNames& names) {
-    if (is_outermost) statement_->cold().vexa_break_label = gT3AST.KeepText(names.break_label);
-    for (size_t i = 0; i < agenda.size(); ++i) {
-      CountExpansion();
-      Agenda others = agenda;
-      others.erase(others.begin() + static_cast<ptrdiff_t>(i));
-      GenSourceLocation(agenda[i].operation, function_);
-      GenGuardOp(agenda[i].operation, function_);
-      Go(agenda[i], others);
-      function_.addBreak();
-      function_.endIf();
-      if (auto* trigger = agenda[i].operation->try_as<T3TriggerStmt>())
-        DiscardMessage(trigger, names, function_);
-    }
-  });
-}
-
-void Interleave::Go(const Continuation& taken, const Agenda& others) {
-  if (taken.block == nullptr) return GoThrough(taken.rest, others);
-  CGBlockAround(taken.block, function_, [&] { GoThrough(taken.block->body, others); });
-}
-
-void Interleave::GoThrough(T3Tree_Node* statements, Agenda agenda) {
-  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
-    if (at->is<T3AltStmt>() || at->is<T3InterleaveStmt>() || at->is<T3LabelStmt>()) cg::NotSupported(at);
-    if (IsBlockingOperation(at)) {
-      agenda.push_back({at, nullptr, at->as<_T3Stmt>()->next});
-      break;
-    }
-    CGOneStatement(at, function_);
-  }
-  Expand(agenda, false);
-}
-}  // namespace
-
-void CGInterleave(T3InterleaveStmt* statement, CFunction& function) {
-  Interleave(statement, function).Generate();
 }
 
 // ---- Sending ----
@@ -557,16 +455,35 @@ std::string Recipients(T3RecipientMulti* several, CFunction& function) {
 std::string Recipient(T3Tree_Node* recipient, CFunction& function) {
   if (recipient->is<T3RecipientAll>()) return LUMO_VALUE_ALL_C;
   if (auto* single = recipient->try_as<T3RecipientSingle>())
-    return TemplateOr(single->recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+    return AddressOr(single->recipient, LUMO_NO_VALUE_C, function);
   if (auto* several = recipient->try_as<T3RecipientMulti>()) return Recipients(several, function);
-  return TemplateOr(recipient, LUMO_NO_VALUE_C, vexa_template_plain, function);
+  return AddressOr(recipient, LUMO_NO_VALUE_C, function);
+}
+}  // namespace
+
+namespace {
+// What is sent has the type that the statement gives it: a value is copied into one of that.
+std::string SentValue(T3Tree_Node* node, CFunction& function) {
+  const std::string location = CGTemplateExpression(node, vexa_template_plain, function);
+  auto* definition = node->try_as<T3TemplateDef>();
+  T3Tree_Node* value = definition != nullptr ? definition->constraint : node;
+  const bool is_modified = definition != nullptr && !definition->modifies->is<T3NoTemplateReference>();
+  if (is_modified || cg::HoldsTemplate(value)) return location;
+  T3Tree_Node* type = definition != nullptr && !definition->parent->is<T3NoType>()
+                          ? definition->parent
+                          : ExpressionLocalType(value);
+  std::string sent = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(sent, LUMO_TYPE_INSTANTIATE_VALUE,
+                         {VEXATypeRef(type), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_ASSIGN, {sent, location, VEXA_CONTEXT});
+  return sent;
 }
 }  // namespace
 
 void CGSend(T3SendStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
-  const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
+  const std::string value = SentValue(statement->template_value, function);
   function.call(LUMO_PORT_SEND, {port, value, Recipient(statement->recipient, function), VEXA_CONTEXT});
 }
 

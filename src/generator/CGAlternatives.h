@@ -8,6 +8,8 @@
 void CGAlt(T3AltStmt* statement, CFunction& function);
 /// All orders in which the branches can be gone through, as loops in each other.
 void CGInterleave(T3InterleaveStmt* statement, CFunction& function);
+/// What the ends of the blocks and loops around `from` would have run, up to the end of the interleave.
+void CGLeaveInterleave(T3Tree_Node* from, T3InterleaveStmt* statement, CFunction& function);
 /// An operation that may block and stands alone as a statement.
 void CGBlockingOperation(T3Tree_Node* statement, CFunction& function);
 /// An altstep that is called as a statement.

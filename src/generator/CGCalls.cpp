@@ -148,6 +148,7 @@ void CGFunctionCall(T3Parameterization* call, CFunction& function) {
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);
   if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, vexa_temp_alloc, function));
   CGInstantiateOutOmittedParameters(call->apl, behaviour->fpl, array, function);
-  function.call(LUMO_CALL_FUNCTION, {GetFunctionObject(decl), "&(" + VEXAFuncTypeStructName(decl) + ")",
-                                     std::to_string(count), array, VEXA_CONTEXT});
+  const cg::Callee callee = cg::CalleeOf(decl);
+  function.call(LUMO_CALL_FUNCTION,
+                {callee.function, callee.type, std::to_string(count), array, VEXA_CONTEXT});
 }

@@ -2,6 +2,7 @@
 
 #include "generator/CGConstraint.h"
 #include "generator/CGExpressionParts.h"
+#include "generator/CGTemplate.h"
 #include "generator/CGTypeAccess.h"
 #include "generator/CLocations.h"
 #include "generator/T3CodeDefs.h"
@@ -24,31 +25,50 @@ void CheckBody(T3Tree_Node* decl, T3SubType* subtype, CFunction& function) {
   const cg::ValueMode mode;
   CheckParentType(decl, subtype->parent, function);
   const std::string result = function.declare(C_BOOL, "", C_TRUE);
-  const CGTest test{vexa_template_plain, VEXA_VALUE, result, break_return, true, ""};
+  const std::string name = gIdents.GetCStr(decl->as<_T3Decl>()->name);
+  const CGTest test{vexa_template_plain, VEXA_VALUE, result, break_return, false, name};
   GenConstraint(subtype->constraint, RootType(subtype->parent), test, function);
   function._return(result);
 }
-}  // namespace
 
-bool CGCheck(T3Tree_Node* decl) {
-  auto* subtype = decl->as<T3TypeDecl>()->type->as<T3SubType>();
+// Writes a function of a subtype. Where no code is generated for its constraint, it reports that when it is
+// called, and returns `otherwise`.
+template <class Body>
+void SubTypeFunction(const char* result, const std::string& name, const std::vector<std::string>& parameters,
+                     const char* otherwise, const Body& body) {
+  std::string reason;
   try {
     const CGStatementScope scope;
-    auto function = gT3Context.file().beginFunction(
-        C_BOOL, VEXACheckName(decl),
-        {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, VEXA_VALUE),
-         FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
-        "", false);
-    CheckBody(decl, subtype, *function);
+    auto function = gT3Context.file().beginFunction(result, name, parameters, "", false);
+    body(*function);
     function->end();
-    return true;
-  } catch (const cg::not_supported&) {
-    return false;
+    return;
+  } catch (const cg::not_supported& fault) {
+    reason = fault.reason();
   }
+  auto function = gT3Context.file().beginFunction(result, name, parameters, "", false);
+  cg::ReportAtRunTime(reason, *function);
+  function->_return(otherwise);
+  function->end();
+}
+}  // namespace
+
+void CGCheck(T3Tree_Node* decl) {
+  auto* subtype = decl->as<T3TypeDecl>()->type->as<T3SubType>();
+  SubTypeFunction(C_BOOL, VEXACheckName(decl),
+                  {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, VEXA_VALUE),
+                   FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
+                  C_FALSE, [&](CFunction& function) { CheckBody(decl, subtype, function); });
 }
 
-bool CGConstraintOf(T3Tree_Node*) {
-  return false;
+void CGConstraintOf(T3Tree_Node* decl) {
+  auto* subtype = decl->as<T3TypeDecl>()->type->as<T3SubType>();
+  SubTypeFunction(
+      LUMO_VALUE_T, VEXAConstraintOfName(decl),
+      {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
+       FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
+      LUMO_ILLEGAL_VALUE_C,
+      [&](CFunction& function) { GenConstraintOf(subtype->constraint, decl, function); });
 }
 
 void ResetSubTypeConstraintLocations(T3Tree_Node* decl) {

@@ -3,9 +3,9 @@
 
 #include "frontend/T3Tree.h"
 
-/// Writes the check function of a T3TypeDecl with a constrained T3SubType; false when it writes none.
-bool CGCheck(T3Tree_Node* decl);
+/// Writes the check function of a T3TypeDecl with a constrained T3SubType.
+void CGCheck(T3Tree_Node* decl);
 /// The same for the constraint-of function.
-bool CGConstraintOf(T3Tree_Node* decl);
+void CGConstraintOf(T3Tree_Node* decl);
 /// Forgets where the expressions of a subtype's constraint lie, so that another walk allocates them afresh.
 void ResetSubTypeConstraintLocations(T3Tree_Node* decl);

@@ -8,6 +8,36 @@
 #include "generator/T3Context.h"
 
 namespace cg {
+int64_t AlternativeOfAnyType(T3FieldValue* item) {
+  T3Tree_Node* type = BehindImport(item->attr().def);
+  int64_t index = 0;
+  T3Tree_Node* at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
+  for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
+    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
+    if (BehindImport(Def(reference)) == type) return index;
+  }
+  NotSupported(item);
+}
+
+T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position) {
+  auto* name = item->field->try_as<T3FieldName>();
+  T3Tree_Node* formal = signature->fpl;
+  for (; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next, --position)
+    if (name != nullptr ? formal->as<_T3FormalPar>()->name == name->name : position == 0) break;
+  return formal;
+}
+
+int64_t PlaceOfParameter(T3SignatureType* signature, T3Tree_Node* formal) {
+  int64_t place = 0;
+  for (T3Tree_Node* at = signature->fpl; at != formal; at = at->as<_T3FormalPar>()->next) ++place;
+  return place;
+}
+
+bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode) {
+  const t3_par_pass_t pass = formal->as<_T3TypedFormal>()->pass;
+  return pass == t3_par_pass_t::InOut || (pass == t3_par_pass_t::Out) == (mode == vexa_template_reply);
+}
+
 namespace {
 std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
   std::vector<T3FieldValue*> items;
@@ -30,14 +60,11 @@ std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunct
 }
 
 // The place of a field, or of a parameter of a signature.
-int64_t MemberIndex(T3Tree_Node* type, tIdent name) {
-  auto* signature = type->try_as<T3SignatureType>();
-  if (signature == nullptr) return GetAlternativeIndex(type, name, true);
-  int64_t index = 0;
-  for (T3Tree_Node* at = signature->fpl; at->is<_T3FormalPar>() && at->as<_T3FormalPar>()->name != name;
-       at = at->as<_T3FormalPar>()->next)
-    ++index;
-  return index;
+int64_t MemberIndex(T3FieldValue* item, T3Tree_Node* type, int64_t position) {
+  if (auto* signature = type->try_as<T3SignatureType>())
+    return PlaceOfParameter(signature, SignatureParameter(item, signature, position));
+  auto* name = item->field->try_as<T3FieldName>();
+  return name != nullptr ? GetAlternativeIndex(type, name->name, true) : position;
 }
 
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
@@ -45,8 +72,7 @@ void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& ta
   for (T3FieldValue* item : ItemsOf(node)) {
     const size_t index = position++;
     if (item->value->is<T3NotUsedSymbol>()) continue;
-    auto* name = item->field->try_as<T3FieldName>();
-    const int64_t place = name != nullptr ? MemberIndex(type, name->name) : static_cast<int64_t>(index);
+    const int64_t place = MemberIndex(item, type, static_cast<int64_t>(index));
     AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
                std::to_string(place), item->value, function);
   }
@@ -92,18 +118,6 @@ void FillList(T3CompoundValue* node, const std::string& target, CFunction& funct
                IndexText(items[i], 0, i, function), items[i]->value, function);
   }
   SetPermutations(items, target, function);
-}
-
-// The alternative of `anytype` that stands for a type, by the order in which its description lists them.
-int64_t AlternativeOfAnyType(T3FieldValue* item) {
-  T3Tree_Node* type = BehindImport(item->attr().def);
-  int64_t index = 0;
-  T3Tree_Node* at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
-  for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
-    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
-    if (BehindImport(Def(reference)) == type) return index;
-  }
-  NotSupported(item);
 }
 
 void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {

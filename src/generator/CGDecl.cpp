@@ -6,11 +6,13 @@
 #include "analysis/T3Names.h"
 #include "analysis/T3Unused.h"
 #include "driver/T3Error.h"
+#include "generator/CGExpressionParts.h"
 #include "generator/CGFunction.h"
 #include "generator/CGModule.h"
 #include "generator/CGTemplate.h"
 #include "generator/CGType.h"
 #include "generator/CGValue.h"
+#include "generator/T3Context.h"
 
 namespace {
 // A module that leaves declarations out must be generated anew when another one changes.
@@ -63,6 +65,18 @@ void NormalPass(T3Tree_Node* decl) {
   }
 }
 
+// A declaration that no code is generated for is told, and no file is written; the others are still looked
+// at.
+template <class Generation>
+void OrReport(T3Tree_Node* decl, const Generation& generation) {
+  try {
+    generation(decl);
+  } catch (const cg::not_supported& fault) {
+    gT3Context.invalidateFile();
+    vexa_error(fault.reason(), decl->as<_T3DeclList>()->position);
+  }
+}
+
 // The kinds that a module's declaration list may hold.
 bool IsModuleDeclaration(T3Tree_Node* decl) {
   return decl->is<_T3ImportDecl>() || decl->is<T3TypeDecl>() || decl->is<T3TemplateDecl>() ||
@@ -81,10 +95,7 @@ void CGDecl1(T3Tree_Node* list, bool isImportPass) {
       if (!isImportPass) SetDefinitionsRemoved(decl);
       continue;
     }
-    if (isImportPass)
-      ImportPass(decl);
-    else
-      NormalPass(decl);
+    OrReport(decl, isImportPass ? ImportPass : NormalPass);
   }
 }
 
@@ -115,9 +126,9 @@ void CGGlobalConstants1(T3Tree_Node* decl) {
   if (!RequiresGeneration(decl))
     SetDefinitionsRemoved(decl);
   else if (decl->is<T3TypeDecl>())
-    CGType(decl);
+    OrReport(decl, CGType);
   else if (decl->is<T3ConstDecl>())
-    CGValue(decl);
+    OrReport(decl, CGValue);
 }
 }  // namespace
 

@@ -30,34 +30,6 @@ void StoreRTS(T3Tree_Node* node, const std::string& text) {
 
 // ---- Conversions ----
 
-const char* RTS2CFunction(T3Tree_Node* type) {
-  switch (type->kind) {
-    case T3Kind::T3Integer:
-      return LUMO_VALUE_GET_INTEGER;
-    case T3Kind::T3Float:
-      return LUMO_VALUE_GET_FLOAT;
-    case T3Kind::T3Boolean:
-      return LUMO_VALUE_GET_BOOLEAN;
-    case T3Kind::T3BitStringType:
-      return LUMO_VALUE_GET_BITSTRING;
-    case T3Kind::T3OctetStringType:
-      return LUMO_VALUE_GET_OCTETSTRING;
-    case T3Kind::T3HexStringType:
-      return LUMO_VALUE_GET_HEXSTRING;
-    case T3Kind::T3CharacterType:
-      return LUMO_VALUE_GET_CHAR;
-    case T3Kind::T3CharStringType:
-      return LUMO_VALUE_GET_CHARSTRING;
-    case T3Kind::T3EnumType:
-      return LUMO_VALUE_GET_ENUM_NUMBER;
-    case T3Kind::T3UniversalCharacterType:
-      return LUMO_VALUE_GET_UNIVERSAL_CHAR;
-    default:
-      throw internal_exception("CGExpression", __LINE__, "RTS2CFunction",
-                               std::string("no C form of ") + T3KindName(type));
-  }
-}
-
 const char* C2RTSFunction(T3Tree_Node* type) {
   switch (type->kind) {
     case T3Kind::T3Integer:
@@ -165,6 +137,34 @@ void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& f
 }  // namespace
 
 namespace cg {
+const char* RTS2CFunction(T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      return LUMO_VALUE_GET_INTEGER;
+    case T3Kind::T3Float:
+      return LUMO_VALUE_GET_FLOAT;
+    case T3Kind::T3Boolean:
+      return LUMO_VALUE_GET_BOOLEAN;
+    case T3Kind::T3BitStringType:
+      return LUMO_VALUE_GET_BITSTRING;
+    case T3Kind::T3OctetStringType:
+      return LUMO_VALUE_GET_OCTETSTRING;
+    case T3Kind::T3HexStringType:
+      return LUMO_VALUE_GET_HEXSTRING;
+    case T3Kind::T3CharacterType:
+      return LUMO_VALUE_GET_CHAR;
+    case T3Kind::T3CharStringType:
+      return LUMO_VALUE_GET_CHARSTRING;
+    case T3Kind::T3EnumType:
+      return LUMO_VALUE_GET_ENUM_NUMBER;
+    case T3Kind::T3UniversalCharacterType:
+      return LUMO_VALUE_GET_UNIVERSAL_CHAR;
+    default:
+      throw internal_exception("CGExpression", __LINE__, "RTS2CFunction",
+                               std::string("no C form of ") + T3KindName(type));
+  }
+}
+
 std::string Call(const std::string& function, const std::vector<std::string>& arguments) {
   return getSignature("", function, arguments);
 }
@@ -285,7 +285,7 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocatio
   if (natural == mode) return Generate(node, allocation, function);
   CGExpression(node, natural, allocation, function);
   if (wants_c) {
-    StoreC(node, cg::Call(RTS2CFunction(cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+    StoreC(node, cg::Call(cg::RTS2CFunction(cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
     const std::string target = cg::AllocateRTSValue(node, allocation, function);
     cg::SetFromC(node, target, function);

@@ -6,6 +6,7 @@
 
 #include "driver/T3Exception.h"
 #include "generator/CGExpression.h"
+#include "generator/LUMOS.h"
 
 namespace cg {
 using Mode = vexa_allocation_mode_t;
@@ -81,6 +82,40 @@ class ValueMode {
   bool before_;
 };
 bool IsTemplateMode();
+/// Stands while the functions of a template are written, which find what a module declares by its name.
+class ReferencesViaSymbolTable {
+ public:
+  ReferencesViaSymbolTable();
+  ReferencesViaSymbolTable(const ReferencesViaSymbolTable&) = delete;
+  ReferencesViaSymbolTable& operator=(const ReferencesViaSymbolTable&) = delete;
+  ~ReferencesViaSymbolTable();
+
+ private:
+  bool before_;
+};
+/// Stands while the functions of a template with parameters are written that is declared in a block: what
+/// else is local there is found by its name when they run.
+class TemplateOfBlock {
+ public:
+  explicit TemplateOfBlock(T3TemplateDecl* decl);
+  TemplateOfBlock(const TemplateOfBlock&) = delete;
+  TemplateOfBlock& operator=(const TemplateOfBlock&) = delete;
+  ~TemplateOfBlock();
+
+ private:
+  T3TemplateDecl* before_;
+};
+/// What a declaration at module level, or an import, is called here: its name in C, or its entry in the
+/// symbol table.
+std::string AccessNamedEntity(T3Tree_Node* decl);
+/// The C expressions of a function and of its type.
+struct Callee {
+  std::string function;
+  std::string type;
+};
+Callee CalleeOf(T3Tree_Node* decl);
+/// A declared template, or the import of one.
+bool IsTemplateDecl(T3Tree_Node* decl);
 /// True for a matching mechanism, a reference to a template, and a compound value with one of them in it.
 bool HoldsTemplate(T3Tree_Node* node);
 /// `infinity`, also with a minus.
@@ -103,6 +138,22 @@ bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
 
 void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
+/// The alternative of `anytype` that stands for the type of an item, by the order in which it lists them.
+int64_t AlternativeOfAnyType(T3FieldValue* item);
+/// The parameter of a signature that an item at this position of a list means; the end of the parameters
+/// where there is none.
+T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position);
+int64_t PlaceOfParameter(T3SignatureType* signature, T3Tree_Node* formal);
+/// Whether an operation carries a parameter: `in` goes with calls, `out` with replies, `inout` with both.
+bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode);
+
+/// The location of the text of a pattern: a T3CharStringMatch or a _T3SpecialStringMatch.
+std::string PatternText(T3Tree_Node* node, CFunction& function);
+/// The words of C for a character.
+std::string CharacterText(char c);
+std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsigned cell);
+/// The call that gives the value of this type in C.
+const char* RTS2CFunction(T3Tree_Node* type);
 
 /// The call that sets a run-time value of the node's type to its C location.
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function);

@@ -13,6 +13,21 @@
 #include "generator/T3Context.h"
 
 namespace cg {
+std::string CharacterText(char c) {
+  if (c == '\'' || c == '\\') return std::string("'\\") + c + "'";
+  if (static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < 127)
+    return std::string("'") + c + "'";
+  std::string octal = "000";
+  const auto code = static_cast<unsigned char>(c);
+  for (size_t i = 0; i < 3; ++i) octal[2 - i] = static_cast<char>('0' + (code >> (3 * i) & 7U));
+  return "'\\" + octal + "'";
+}
+
+std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsigned cell) {
+  return "{" + std::to_string(group) + ", " + std::to_string(plane) + ", " + std::to_string(row) + ", " +
+         std::to_string(cell) + "}";
+}
+
 namespace {
 // The characters of a literal without the quotes around it.
 std::string TextOf(T3Tree_Node* literal) {
@@ -29,16 +44,6 @@ std::string IntegerText(tStringRef value) {
   const bool fits =
       digits.size() < greatest.size() || (digits.size() == greatest.size() && digits <= greatest);
   return Call(LUMO_LONG_INTEGER_LITERAL, {fits ? std::string(digits) : greatest});
-}
-
-std::string CharacterText(char c) {
-  if (c == '\'' || c == '\\') return std::string("'\\") + c + "'";
-  if (static_cast<unsigned char>(c) >= ' ' && static_cast<unsigned char>(c) < 127)
-    return std::string("'") + c + "'";
-  std::string octal = "000";
-  const auto code = static_cast<unsigned char>(c);
-  for (size_t i = 0; i < 3; ++i) octal[2 - i] = static_cast<char>('0' + (code >> (3 * i) & 7U));
-  return "'\\" + octal + "'";
 }
 
 std::string CValueString(T3Tree_Node* node) {
@@ -60,11 +65,6 @@ struct WideChar {
   unsigned char row = 0;
   unsigned char cell = 0;
 };
-
-std::string InitializerOf(const WideChar& c) {
-  return "{" + std::to_string(c.group) + ", " + std::to_string(c.plane) + ", " + std::to_string(c.row) +
-         ", " + std::to_string(c.cell) + "}";
-}
 
 std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
   std::vector<WideChar> characters;
@@ -89,7 +89,8 @@ std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
 void GenUniversalChar(T3Tree_Node* node, Mode allocation, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   std::string initializers;
-  for (const WideChar& c : characters) initializers += (initializers.empty() ? "" : ", ") + InitializerOf(c);
+  for (const WideChar& c : characters)
+    initializers += (initializers.empty() ? "" : ", ") + WideCharacterText(c.group, c.plane, c.row, c.cell);
   // An array is a variable whose brackets stand behind its name, which has to be known before.
   const std::string name = gT3Context.file().uniqueName("vexa_wide_string_literal");
   function.declare(LUMO_WIDE_CHAR_T, name + "[]", "{" + initializers + "}");
@@ -150,6 +151,20 @@ const char* NullWord(T3Tree_Node* type) {
   return type->is<T3ComponentType>() ? LUMO_VALUE_NULL_COMPONENT_REFERENCE_C : LUMO_VALUE_NULL_ADDRESS_C;
 }
 
+// The value of another object identifier, number by number.
+void AddObjectIdentifier(T3Tree_Node* item, const std::string& target, CFunction& function) {
+  const std::string source = InRTS(item, vexa_temp_alloc, function);
+  const std::string index = function.getTmpVariable(C_UNSIGNED_LONG);
+  const std::string count = function.getTmpVariable(C_UNSIGNED_LONG);
+  function.callAndAssign(count, LUMO_SIZE_OF, {source, VEXA_CONTEXT});
+  function.beginFor(index, "0", index + " " + C_LT + " " + count, index + "++");
+  const std::string number = Call(LUMO_VALUE_GET_OBJECTID_ELEMENT, {source, index, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT, {target, number, VEXA_CONTEXT});
+  function.endFor();
+  function.releaseTmpVariable(index);
+  function.releaseTmpVariable(count);
+}
+
 void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation, CFunction& function) {
   const std::string target = AllocateRTSValue(node, allocation, function);
   for (T3Tree_Node* at = node->value; at->is<T3ObjIdItem>(); at = at->as<T3ObjIdItem>()->next) {
@@ -158,9 +173,14 @@ void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation
       item = named->apl->is<T3ActualPar>() ? named->apl->as<T3ActualPar>()->expression : named->apl;
     if (auto* actual = item->try_as<T3TemplateDef>()) item = actual->constraint;
     const auto number = item->is<_T3Expression>() ? ConstIntValue(item) : std::nullopt;
-    if (!number) NotSupported(item);
-    function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT,
-                  {target, Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)}), VEXA_CONTEXT});
+    if (!number && item->is<_T3Reference>() && TypeOf(item)->is<T3ObjectIdentifierType>()) {
+      AddObjectIdentifier(item, target, function);
+      continue;
+    }
+    if (!number && (!item->is<_T3Reference>() || !TypeOf(item)->is<T3Integer>())) NotSupported(item);
+    const std::string text =
+        number ? Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)}) : InC(item, function);
+    function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT, {target, text, VEXA_CONTEXT});
   }
 }
 }  // namespace

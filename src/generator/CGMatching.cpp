@@ -13,10 +13,6 @@ namespace cg {
 namespace {
 bool g_template_mode = false;
 
-bool IsTemplateDecl(T3Tree_Node* decl) {
-  return T3Is<T3TemplateDecl>(decl) || T3Is<T3ImportTemplateDecl>(decl);
-}
-
 bool HoldsInList(T3Tree_Node* list) {
   for (T3Tree_Node* at = list; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
     if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No ||
@@ -77,6 +73,13 @@ void ExtraMatch(ExtraMatchingExpressions* node, Mode allocation, CFunction& func
     SetLength(target, range->lb, range->ub, function);
 }
 
+// A length that is a whole constraint.
+void LengthMatch(T3LengthRange* node, Mode allocation, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  function.call(LUMO_TEMPLATE_SET_VALUE, {target, LUMO_ANYORNONE_VALUE_C, C_FALSE, VEXA_CONTEXT});
+  SetLength(target, node->lb, node->ub, function);
+}
+
 void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode allocation, CFunction& function) {
   const TemplateMode mode;
   const std::string target = AllocateRTSValue(node, allocation, function);
@@ -110,7 +113,7 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
       HasRTSLocation(origin)
           ? RTSLocation(origin)
           : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
-                 {VEXATemplateRef(decl), AllocationMode(allocation), array,
+                 {AccessNamedEntity(decl), AllocationMode(allocation), array,
                   std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
   StoreRTSLocation(node, IsTemplateMode()
                              ? instance
@@ -145,6 +148,16 @@ ValueMode::~ValueMode() {
 }
 bool IsTemplateMode() {
   return g_template_mode;
+}
+
+bool IsTemplateDecl(T3Tree_Node* decl) {
+  return T3Is<T3TemplateDecl>(decl) || T3Is<T3ImportTemplateDecl>(decl);
+}
+
+std::string PatternText(T3Tree_Node* node, CFunction& function) {
+  const ValueMode mode;
+  if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
+  return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
 }
 
 bool IsInfinityExpression(T3Tree_Node* node) {
@@ -190,20 +203,17 @@ bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
     RangeMatch(range, allocation, function);
   } else if (auto* extra = node->try_as<ExtraMatchingExpressions>()) {
     ExtraMatch(extra, allocation, function);
-  } else if (auto* pattern = node->try_as<T3CharStringMatch>()) {
-    std::string text;
-    {
-      const ValueMode mode;
-      text = InRTS(pattern->pattern, vexa_temp_alloc, function);
-    }
-    SetPattern(node, text, allocation, function);
-  } else if (auto* special = node->try_as<_T3SpecialStringMatch>()) {
-    SetPattern(node, SpecialPattern(special, function), allocation, function);
+  } else if (auto* length = node->try_as<T3LengthRange>()) {
+    LengthMatch(length, allocation, function);
+  } else if (node->is<T3CharStringMatch>() || node->is<_T3SpecialStringMatch>()) {
+    SetPattern(node, PatternText(node, function), allocation, function);
   } else if (auto* call = node->try_as<T3Parameterization>()) {
     if (!IsTemplateDecl(Def(call))) return false;
     TemplateReference(node, Def(call), call->apl, allocation, function);
   } else if (node->is<T3Identifier>() || node->is<T3Qualifier>()) {
     T3Tree_Node* def = Def(node);
+    // A type in the list of a subtype: any of its values.
+    if (T3Is<T3TypeDecl>(BehindImport(def))) return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
     TemplateReference(node, def, nullptr, allocation, function);
   } else {

@@ -113,11 +113,17 @@ void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
         allocation);
 }
 
+// The functions are told what stands there, a template too.
+std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
+  const TemplateMode mode;
+  return InRTS(operand, vexa_temp_alloc, function);
+}
+
 // `ispresent` and `ischosen` ask the value around the field.
 void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
   auto* field = operand->try_as<T3Qualifier>();
   if (field == nullptr) NotSupported(node);
-  const std::string parent = InRTS(field->base, vexa_temp_alloc, function);
+  const std::string parent = AsTemplate(field->base, function);
   const long index = GetAlternativeIndex(TypeOf(field->base), field->id, true);
   StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
                             {parent, std::to_string(index), VEXA_CONTEXT}));
@@ -127,7 +133,7 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction&
   T3Tree_Node* operand = node->template_value;
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
-  const std::string value = InRTS(operand, vexa_temp_alloc, function);
+  const std::string value = AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
       return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));

@@ -1,14 +1,61 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
 #include "analysis/T3Types.h"
 #include "generator/CGExpressionParts.h"
+#include "generator/CGModule.h"
+#include "generator/CGTypeTables.h"
 #include "generator/CLocations.h"
 #include "generator/LUMOS.h"
 #include "generator/T3CodeDefs.h"
 
 namespace cg {
 namespace {
-// The C name of what a declaration at module level means.
+bool g_via_symbol_table = false;
+T3TemplateDecl* g_template_of_block = nullptr;
+
+// Where a declaration stands, as the analysis numbers it.
+enum Place { kModuleLevel = 1, kComponent = 2 };
+
+// Templates of blocks have no row.
+bool HasRow(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kModuleLevel;
+}
+
+std::string RowOf(T3Tree_Node* decl) {
+  if (decl->is<_T3ImportDecl>()) return FindOriginCall(decl);
+  return Call(LUMO_FIND_ELEMENT_WITH_CHECK,
+              {Quote(decl->place->vexa_module_name), Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+}
+}  // namespace
+
+TemplateOfBlock::TemplateOfBlock(T3TemplateDecl* decl) : before_(g_template_of_block) {
+  g_template_of_block = decl;
+}
+TemplateOfBlock::~TemplateOfBlock() {
+  g_template_of_block = before_;
+}
+
+ReferencesViaSymbolTable::ReferencesViaSymbolTable() : before_(g_via_symbol_table) {
+  g_via_symbol_table = true;
+}
+ReferencesViaSymbolTable::~ReferencesViaSymbolTable() {
+  g_via_symbol_table = before_;
+}
+
+// A template that modifies one of another module has parts in it that refer to what that module declares.
+bool IsOfAnotherModule(T3Tree_Node* decl) {
+  return !decl->is<_T3ImportDecl>() && decl->place != nullptr &&
+         decl->place->vexa_module_name != CGCurrentModule()->name && HasRow(decl);
+}
+
+Callee CalleeOf(T3Tree_Node* decl) {
+  if (!IsOfAnotherModule(decl)) return {GetFunctionObject(decl), "&(" + VEXAFuncTypeStructName(decl) + ")"};
+  return {"((" + std::string(LUMO_FUNCTION_T) + ") " + RowOf(decl) + "->function_ptr)",
+          RowOf(decl) + "->type_descriptor"};
+}
+
 std::string AccessNamedEntity(T3Tree_Node* decl) {
+  if (IsOfAnotherModule(decl) || (g_via_symbol_table && HasRow(decl)))
+    return RowOf(decl) + "->" + TypeOrValueDescriptor(decl);
   switch (decl->kind) {
     case T3Kind::T3ConstDecl:
     case T3Kind::T3ImportConstDecl:
@@ -18,14 +65,15 @@ std::string AccessNamedEntity(T3Tree_Node* decl) {
       return VEXAExtConstName(decl);
     case T3Kind::T3ModuleParDecl:
       return VEXAModuleParName(decl);
+    case T3Kind::T3TemplateDecl:
+    case T3Kind::T3ImportTemplateDecl:
+      return VEXATemplateRef(decl);
     default:
       NotSupported(decl);
   }
 }
 
-// Where a declaration stands, as the analysis numbers it.
-enum Place { kModuleLevel = 1, kComponent = 2 };
-
+namespace {
 int PlaceOf(T3Tree_Node* decl) {
   return decl->is<_T3ImportDecl>() ? kModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
 }
@@ -41,16 +89,37 @@ std::string LocationOf(T3Tree_Node* decl) {
   NotSupported(decl);
 }
 
+// What is local around the template of a block whose functions are being written; empty for anything else.
+std::string FoundByName(T3Tree_Node* def) {
+  if (g_template_of_block == nullptr || def->is<_T3ImportDecl>()) return "";
+  tIdent name = NoIdent;
+  if (auto* formal = def->try_as<_T3FormalPar>()) {
+    for (T3Tree_Node* own = g_template_of_block->fpl; own->is<_T3FormalPar>();
+         own = own->as<_T3FormalPar>()->next)
+      if (own == def) return "";
+    name = formal->name;
+  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kComponent) {
+    name = def->as<_T3Decl>()->name;
+  }
+  if (name == NoIdent) return "";
+  return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(name), VEXA_CONTEXT});
+}
+
 void Named(_T3Reference* node, Mode allocation, CFunction& function) {
   T3Tree_Node* def = Def(node);
   if (T3Is<_T3FormalPar>(def)) {
     const int index = def->as<_T3FormalPar>()->attr().vexa_index;
-    const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]";
+    const std::string found = FoundByName(def);
+    const std::string slot =
+        found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
     const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();
     return StoreRTSLocation(
         node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
   }
-  if (T3Is<_T3Decl>(def)) return StoreRTSLocation(node, LocationOf(def));
+  if (T3Is<_T3Decl>(def)) {
+    const std::string found = FoundByName(def);
+    return StoreRTSLocation(node, found.empty() ? LocationOf(def) : found);
+  }
   T3Tree_Node* type = TypeOf(node);
   if (!type->is<T3EnumType>()) NotSupported(node);
   const tIdent name = node->is<T3Qualifier>() ? node->as<T3Qualifier>()->id : node->as<T3Identifier>()->id;

@@ -187,7 +187,10 @@ void CGBreak(T3BreakStmt* statement, CFunction& function) {
   auto* loop = owner->try_as<_T3LoopStmt>();
   const std::string label = loop != nullptr ? loop->cold().vexa_break_label : BreakLabelOfAlt(owner);
   if (label.empty()) cg::NotSupported(owner);
-  TidyUp(statement, owner, function);
+  if (auto* interleave = owner->try_as<T3InterleaveStmt>())
+    CGLeaveInterleave(statement, interleave, function);
+  else
+    TidyUp(statement, owner, function);
   function.addGoto(label);
 }
 
@@ -235,7 +238,7 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 
 // The caller decides by the slot that it gives whether it gets a template or a value.
 void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
-  const std::string location = CGInlinedTemplate(result, vexa_template_plain, function);
+  const std::string location = CGTemplateExpression(result, vexa_template_plain, function);
   function.beginIf(LUMO_VALUE_IS_DYNAMIC_TEMPLATE, {slot, VEXA_CONTEXT});
   function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
   function.endIf();
@@ -282,7 +285,7 @@ std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
 
 // A part of what holds a template gets a template.
 std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function) {
-  return cg::HoldsTemplate(parent) ? CGInlinedTemplate(rhs, vexa_template_plain, function)
+  return cg::HoldsTemplate(parent) ? CGTemplateExpression(rhs, vexa_template_plain, function)
                                    : cg::InRTS(rhs, vexa_temp_alloc, function);
 }
 
@@ -325,7 +328,7 @@ void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
     const cg::TemplateMode mode;
     target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   }
-  const std::string value = CGInlinedTemplate(statement->rhs, vexa_template_plain, function);
+  const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
@@ -627,11 +630,15 @@ void LeaveAlt(T3AltStmt* alt, CFunction& function) {
 }
 }  // namespace
 
+void LeaveBlock(T3BlockStmt* block, CFunction& function) {
+  LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+}
+
 void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
   for (T3Tree_Node* at = from->place->vexa_enclosing_block; at != to; at = at->place->vexa_enclosing_block) {
     if (at->is<T3ControlPart>() || at->is<_T3FunctionBodyDecl>()) return;
     if (auto* block = at->try_as<T3BlockStmt>())
-      LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+      LeaveBlock(block, function);
     else if (auto* loop = at->try_as<T3ForStmt>())
       LeaveMemoryScope(loop->cold().temp_memory_scope, loop->init, function);
     else if (auto* alt = at->try_as<T3AltStmt>())

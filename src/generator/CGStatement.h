@@ -16,6 +16,8 @@ void CGOneStatement(T3Tree_Node* statement, CFunction& function);
 /// A block with other statements than its own in it.
 void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<void()>& statements);
 
+/// The calls that leave a block.
+void LeaveBlock(T3BlockStmt* block, CFunction& function);
 /// What the normal ends of the blocks around `from` would have run, up to the construct `to`, which is not
 /// left; all of the behaviour's for null.
 void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function);

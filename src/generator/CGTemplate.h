@@ -16,7 +16,10 @@ void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function);
 /// A T3ImportTemplateDecl.
 void CGTemplateImport(T3Tree_Node* decl);
 
+/// Ends a function that gives the most general value of a constraint: of a template, or of a subtype.
+void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& function);
+
 /// The location of a template where one is wanted: a T3TemplateDef or an expression at its place of use.
 std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
-/// The same where a value will do.
+/// The same where what has a value, or is a template already, is taken as it is.
 std::string CGTemplateExpression(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);

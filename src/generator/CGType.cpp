@@ -18,9 +18,11 @@ namespace {
 // Both walk the constraint, and each must allocate its expressions afresh.
 void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
   ResetSubTypeConstraintLocations(decl);
-  if (CGCheck(decl)) info.check_function = CGFunctionPointer(VEXACheckName(decl));
+  CGCheck(decl);
+  info.check_function = CGFunctionPointer(VEXACheckName(decl));
   ResetSubTypeConstraintLocations(decl);
-  if (CGConstraintOf(decl)) info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
+  CGConstraintOf(decl);
+  info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
 }
 
 // An ASN.1 type has its functions among those that stand beside the module.

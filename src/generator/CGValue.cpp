@@ -177,7 +177,7 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
                             std::to_string(static_cast<int>(variable->templ_restriction)), VEXA_CONTEXT});
     if (!HasValue(decl)) return;
     const CGStatementScope scope(function);
-    const std::string value = CGInlinedTemplate(decl->value, vexa_template_plain, function);
+    const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
     function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
     return;
   }
