@@ -1,5 +1,5 @@
-// Faults of syntax files, option files and text files, which end the work on ASN.1: each program that reads syntax
-// files stops with the status that the fault carries.
+// Faults of syntax files, option files and text files, which end the work on ASN.1: each program that reads
+// syntax files stops with the status that the fault carries.
 #pragma once
 
 #include <string>
