@@ -21,7 +21,8 @@ from run_suite import FINISHED, Suite  # noqa: E402
 
 TIMEOUT_SECONDS = 300
 TOOLS = ("make", "sh", "rm", "cc", "c++", "as", "ld")
-INSTALLED = ("bin/orvane", "include/lumos.h", "include/tci.h", "include/tri.h", "lib/liblumos.a",
+INSTALLED = ("bin/orvane", "bin/mesk", "bin/mkprefil", "bin/asn2c", "bin/asn2per", "include/asn2lumos.h",
+             "include/asnmisc.typ", "lib/libasn1home.a", "include/lumos.h", "include/tci.h", "include/tri.h", "lib/liblumos.a",
              "share/orvane/make_linux.mcfg", "share/orvane/rts.mk")
 
 
@@ -60,11 +61,17 @@ def check_life_cycle(module, output, folder):
 
 def build_and_run(suite, program, prefix, folder, environment, options):
     folder.mkdir(parents=True)
-    sources = []
-    for source in suite.sources:
+    for source in suite.sources + suite.asn1_sources + suite.c_sources:
         shutil.copy(source, folder)
-        sources.append(source.name)
+    sources = [source.name for source in suite.sources]
+    if suite.asn1_sources:
+        sources += ["-A", *(source.name for source in suite.asn1_sources)]
     mcfg = prefix / "share" / "orvane" / "make_linux.mcfg"
+    if suite.c_sources:
+        text = mcfg.read_text(encoding="utf-8")
+        mcfg = folder / "suite.mcfg"
+        names = " ".join(source.name for source in suite.c_sources)
+        mcfg.write_text(f"{text}USER_SRCS = {names}\n", encoding="utf-8")
     run([program, "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root, "-F", *sources], folder, environment)
     make = ["make", "-s", "-j2"] + ([f"LDFLAGS=-g -fsanitize={options.sanitize}"] if options.sanitize else [])
     run(make, folder, environment)

@@ -36,7 +36,7 @@ C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 class Suite:
     """What a suite consists of and what is expected of it."""
 
-    def __init__(self, place, expect):
+    def __init__(self, place, expect="VERDICTS"):
         place = place.resolve()
         self.sources = sorted(place.glob("*.ttcn")) if place.is_dir() else [place]
         self.asn1_sources = sorted(place.glob("*.asn")) if place.is_dir() else []
