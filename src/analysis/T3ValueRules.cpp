@@ -79,11 +79,17 @@ void CheckConstant(T3Tree_Node* node) {
     vexa_filtered_error(ERR_const, PositionOf(node));
 }
 
+// A type may stand for its values.
+bool NamesType(T3Tree_Node* value) {
+  return (value->is<T3Identifier>() || value->is<T3Qualifier>()) &&
+         T3Is<T3TypeDecl>(BehindImport(Def(value)));
+}
+
 // The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
 // of its own.
 bool VariesInType(T3Tree_Node* value) {
-  return IsGiven(value) && !HasFailed(value) && !IsConstant(value) && !IsQualifiedLiteral(value) &&
-         !HasFailedPart(value);
+  return IsGiven(value) && !NamesType(value) && !HasFailed(value) && !IsConstant(value) &&
+         !IsQualifiedLiteral(value) && !HasFailedPart(value);
 }
 
 void CheckSubType(T3Tree_Node* node) {

@@ -167,8 +167,8 @@ def options(tests, _update):
     _, dump = tests.run("mesk", "-DUMP=out/Lib_gen.stx", cwd=work)
     tests.equal("library", dump.splitlines(), [
         "module Lib-Mod file lib generation Lib_gen tags explicit", "import 2 App-Mod file app entry 1",
-        "option 2 TPREF=XLib", "option 2 ENTRY=Thing:sdu", "option 2 entry=Leaf:sdu", "option 2 C-GENERATION=REAL",
-        "option 2 STRICTSTANDARD", "entry types 1", "type #1 unique 1 Thing TYP_SEQ entry line 2",
+        "option 2 TPREF=XLib", "option 2 C=there", "option 2 ENTRY=Thing:sdu", "option 2 entry=Leaf:sdu",
+        "option 2 C-GENERATION=REAL", "option 2 STRICTSTANDARD", "entry types 1", "type #1 unique 1 Thing TYP_SEQ entry line 2",
         "  a TYP_INTEGER", "type #2 unique 2 Other TYP_NULL line 3"])
     _, dump = tests.run("mesk", "-DUMP=out/app.stx", cwd=work)
     tests.check("import 2 Lib-Mod file Lib_gen entry 1\noption 2 TPREF=XApp\n" in dump, f"application: {dump}")

@@ -31,6 +31,8 @@ bool endsInAsn(const std::string& name) {
 std::string Compilation::locate(const std::string& name) const {
   std::vector<std::string> directories = options_.source_directories;
   if (directories.empty()) directories.push_back(".");
+  // Copies that were made for another form of the codecs lie where the output goes.
+  directories.push_back(options_.syntax_directory);
   for (const std::string& directory : directories) {
     const std::string path = directory == "." ? name : joinPath(directory, name);
     if (endsInAsn(name) && exists(path)) return path;

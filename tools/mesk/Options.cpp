@@ -163,8 +163,8 @@ bool Options::addOption(std::string_view text) {
     scope_.clear();
   } else if (name == "DUMP") {
     dump = value;
-  } else if (name == "ANALYZE") {
-    // The rule here.
+  } else if (name == "L" || name == "ANALYZE") {
+    // Of other programs, or the rule here.
   } else if (text.size() > kLongestOption || !printable) {
     std::printf("Warning: an option is too long or holds an unprintable character, ignored\n");
   } else {

@@ -199,7 +199,7 @@ class SourceCopies {
     for (T3Module* part : HierarchyOf(module)) {
       const std::string source = GetSourceFile(part);
       const std::string copy =
-          rDirName(source) + DirectorySeparator() + SourcePrefix(part, kIndefinite) + ".asn";
+          GetOutputDir(module) + DirectorySeparator() + SourcePrefix(part, kIndefinite) + ".asn";
       std::error_code fault;
       std::filesystem::copy_file(source, copy, std::filesystem::copy_options::overwrite_existing, fault);
       if (!fault) copies_.push_back(copy);
