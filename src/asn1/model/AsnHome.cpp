@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <vector>
 
 #include "asn1/model/AsnNames.h"
@@ -136,14 +137,16 @@ std::string cBaseTypeId(const AsnType& type) {
 }
 
 std::string cComponentId(const AsnType& component) {
-  static const char* const words[] = {
-      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
-      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
-      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
-      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
-      "volatile", "while",  "choice", "compmask", "elem",     "n"};
+  // The words of C, the macros of its headers that look like names of components, and the members of homes.
+  static const std::set<std::string> words = {
+      "auto",     "break",  "case",     "char",     "const",    "continue", "default",  "do",
+      "double",   "else",   "enum",     "extern",   "float",    "for",      "goto",     "if",
+      "inline",   "int",    "long",     "register", "restrict", "return",   "short",    "signed",
+      "sizeof",   "static", "struct",   "switch",   "typedef",  "union",    "unsigned", "void",
+      "volatile", "while",  "bool",     "true",     "false",    "errno",    "stdin",    "stdout",
+      "stderr",   "assert", "offsetof", "choice",   "compmask", "elem",     "n"};
   const std::string name = getTypeCompId(component);
-  return std::find(std::begin(words), std::end(words), name) == std::end(words) ? name : name + "_";
+  return words.count(name) == 0 ? name : name + "_";
 }
 
 bool IsByPointer(const AsnType& component) {

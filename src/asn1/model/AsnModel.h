@@ -45,7 +45,7 @@ void forEachExportingModule(ModRec& module, const ModuleCall& call);
 // --- Types
 
 using TypeCall = std::function<void(const AsnType&, int index)>;
-/// The definitions of a module, in their order.
+/// The definitions of types in a module, in their order; classes are none.
 void forEachType(ModRec& module, const TypeCall& call);
 /// The components of a structured type in their order, extension markers included; the index counts without
 /// them.

@@ -54,7 +54,7 @@ void forEachExportingModule(ModRec& module, const ModuleCall& call) {
 void forEachType(ModRec& module, const TypeCall& call) {
   int index = 0;
   for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
-    call(newAsnType(module, number), index++);
+    if (tNode(module, number).main_type != TYP_CLASS) call(newAsnType(module, number), index++);
 }
 
 std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers) {
