@@ -1,5 +1,8 @@
 #include "generator/CGValue.h"
 
+#include <optional>
+
+#include "analysis/T3Constants.h"
 #include "driver/T3Error.h"
 #include "driver/T3Exception.h"
 #include "generator/CGExpressionParts.h"
@@ -136,14 +139,20 @@ void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3T
                              CFunction& function) {
   auto* array = RootType(type)->try_as<T3ArrayType>();
   auto* values = list->try_as<T3CompoundValue>();
-  if (array == nullptr || values == nullptr) cg::NotSupported(list);
-  if (RootType(array->type)->is<T3ArrayType>()) cg::NotSupported(list);
-  unsigned index = 0;
+  const auto bounds = array == nullptr ? std::nullopt : KnownBounds(array);
+  if (!bounds || values == nullptr) cg::NotSupported(list);
+  int64_t index = bounds->low;
   for (T3Tree_Node* at = values->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++index) {
     T3Tree_Node* duration = at->as<T3FieldValue>()->value;
     if (duration->is<T3NotUsedSymbol>()) continue;
+    const std::string number = std::to_string(index);
+    if (RootType(array->type)->is<T3ArrayType>()) {
+      GenerateTimerArrayDecl2(cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {location, number, VEXA_CONTEXT}), duration,
+                              array->type, function);
+      continue;
+    }
     function.call(LUMO_VALUE_SET_TIMER_IN_ARRAY_DEFAULT_DURATION,
-                  {location, std::to_string(index), cg::InC(duration, function), VEXA_CONTEXT});
+                  {location, number, cg::InC(duration, function), VEXA_CONTEXT});
   }
 }
 
