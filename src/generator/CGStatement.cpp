@@ -193,8 +193,10 @@ void CGBreak(T3BreakStmt* statement, CFunction& function) {
   function.addGoto(label);
 }
 
+// What stands in an alternative continues the loop around.
 void CGContinue(T3ContinueStmt* statement, CFunction& function) {
   T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  while (owner->is<_T3Stmt>() && !owner->is<_T3LoopStmt>()) owner = owner->place->vexa_break_continue_owner;
   auto* loop = owner->try_as<_T3LoopStmt>();
   if (loop == nullptr) cg::NotSupported(owner);
   TidyUp(statement, loop, function);
