@@ -228,8 +228,8 @@ T3GuardedAlt* ExpandTrigger(_T3Alt* alt, T3Tree_Node* owner) {
   auto* guarded = alt->try_as<T3GuardedAlt>();
   auto* trigger = guarded == nullptr ? nullptr : guarded->operation->try_as<T3TriggerStmt>();
   if (trigger == nullptr) return nullptr;
-  auto* receive = gT3AST.mT3ReceiveStmt(trigger->position, _sgT3NoStmt(), trigger->port,
-                                        _sgT3NoTemplateDef(), _sgT3NoExpression(), _sgT3NoPortRedirect());
+  auto* receive = gT3AST.mT3ReceiveStmt(trigger->position, _sgT3NoStmt(), trigger->port, _sgT3NoTemplateDef(),
+                                        _sgT3NoExpression(), _sgT3NoPortRedirect());
   auto* repeat = gT3AST.mT3RepeatStmt(alt->position, _sgT3NoStmt());
   auto* block = MadeBlock(alt->position, repeat);
   auto* branch = gT3AST.mT3GuardedAlt(alt->position, _sgT3NoAlt(), alt->guard, block, receive);

@@ -183,8 +183,7 @@ void Interleave::GenInterleave(const Agenda& agenda) {
       if (!alt->is<T3GuardedAlt>()) cg::NotSupported(alt);
       CountExpansion();
       T3Tree_Node* operation = alt->as<T3GuardedAlt>()->operation;
-      alternatives =
-          gT3AST.mT3GuardedAlt(alt->position, alternatives, alt->guard, alt->body, operation);
+      alternatives = gT3AST.mT3GuardedAlt(alt->position, alternatives, alt->guard, alt->body, operation);
       GenBranch(alt, names, function_, [&] { Take(alt, agenda[i].then, SelectFromAgenda(agenda, i)); });
       if (operation->is<T3TriggerStmt>()) Discard(alt, names);
     }

@@ -124,25 +124,26 @@ bool HasOneText(T3Tree_Node* condition) {
 }
 
 // The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
-// variables, since the same ones are free at both places; one that cannot is evaluated at the head of each
-// round.
+// variables, since the same ones are free at both places; one that cannot has a variable of its own.
 std::string BeginRounds(T3Tree_Node* condition, CFunction& function) {
-  if (HasOneText(condition)) {
-    std::string text = Condition(condition, function);
-    function.beginWhile(text);
-    return text;
+  std::string text = Condition(condition, function);
+  if (!HasOneText(condition)) {
+    const std::string holds = function.getTmpVariable(C_BOOL);
+    function.assign(holds, text);
+    text = holds;
   }
-  function.beginWhile(C_TRUE);
-  function.beginIf(std::string(C_NOT) + "(" + Condition(condition, function) + ")");
-  function.addBreak();
-  function.endIf();
-  return "";
+  function.beginWhile(text);
+  return text;
 }
 
 void EndRounds(T3Tree_Node* condition, const std::string& text, CFunction& function) {
-  if (!text.empty() && Condition(condition, function) != text)
+  const std::string again = Condition(condition, function);
+  if (!HasOneText(condition))
+    function.assign(text, again);
+  else if (again != text)
     internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
   function.endWhile();
+  if (!HasOneText(condition)) function.releaseTmpVariable(text);
 }
 
 void CGWhile(T3WhileStmt* loop, CFunction& function) {
@@ -366,8 +367,7 @@ std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
   for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
-    function.assign(slot(i),
-                    cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
+    function.assign(slot(i), cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
   function.assign(slot(count), C_NULL);
   return array;
 }

@@ -200,16 +200,36 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   }
 }
 
-void CGComponentValue(T3Tree_Node* node, const std::string& location, CFunction& function) {
+namespace {
+// A variable that holds templates: its field is made one that may, and gets its first template.
+void ComponentTemplate(T3VarDecl* decl, const std::string& location, int index, CFunction& function) {
+  const CGStatementScope scope(function);
+  const std::string made =
+      cg::Call(LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
+               {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
+                std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
+  function.call(LUMO_VALUE_INIT_VECTOR_ELEMENT,
+                {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), made, VEXA_CONTEXT});
+  if (HasValue(decl))
+    function.call(LUMO_VALUE_ASSIGN,
+                  {location, CGTemplateExpression(decl->value, vexa_template_plain, function), VEXA_CONTEXT});
+}
+}  // namespace
+
+void CGComponentValue(T3Tree_Node* node, int index, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
+  auto* variable = node->try_as<T3VarDecl>();
   const bool is_timer = IsTimerDeclaration(decl);
-  // The record has values only.
-  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable) cg::NotSupported(node);
+  const std::string location = cg::Call(
+      LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), VEXA_CONTEXT});
   SetRTSLocation(decl, location);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  const bool holds_template = variable != nullptr && variable->is_template_variable;
+  if (holds_template) ComponentTemplate(variable, location, index, function);
   Register(location, true, function);
+  if (holds_template) return;
   if (is_timer) {
-    SetDurations(location, decl->as<T3VarDecl>(), function);
+    SetDurations(location, variable, function);
   } else if (HasValue(decl)) {
     const CGStatementScope scope(function);
     CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
