@@ -285,14 +285,11 @@ Value copy_value(Value source, lumo_alloc_strategy_t strategy) {
 
 using namespace lumos;
 
-// A template variable of a component is known as one when it first gets a template.
 void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t) {
   if (target == source || target == lumo_value_no_return_c) return;
   prepare_write(target);
   if (!source || source->form == Form::unset) fault("use of a value that is not initialized");
   bool from_template = is_template(source) && source != lumo_omit_value_c;
-  if (!target->dynamic && from_template && target->parent && target->parent->kind == lumo_type_kind_component)
-    target->dynamic = true;
   if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
   if (target->restriction) source = restricted(source, target->restriction);
   if (target == source) return;

@@ -248,9 +248,16 @@ void lumo_value_assign_vector_element_partial(lumo_value_t value, unsigned long 
   assign_part(value, index, element);
 }
 
+// A template without contents tells that a field of a component may hold templates.
 void lumo_value_init_vector_element(lumo_value_t value, unsigned long index, lumo_value_t element,
-                                    lumo_context_t) {
-  assign_part(value, index, element);
+                                    lumo_context_t context) {
+  const bool declares =
+      value->kind == lumo_type_kind_component && element && element->dynamic && element->form == Form::unset;
+  if (!declares) return assign_part(value, index, element);
+  Value part = lumo_value_field_by_index(value, index, context);
+  clear_contents(part);
+  part->dynamic = true;
+  part->restriction = element->restriction;
 }
 
 void lumo_value_init_vector_element_partial(lumo_value_t value, unsigned long index, lumo_value_t element,

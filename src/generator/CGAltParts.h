@@ -17,9 +17,15 @@ struct AltNames {
 };
 
 AltNames BeginAlt(CFunction& function);
+/// Keeps the names where what lies in a T3AltStmt or T3CallStmt finds them.
+void StoreNames(T3Tree_Node* statement, const AltNames& names);
 void BeginRounds(const AltNames& names, CFunction& function);
 /// The branch for an operation that stands alone.
 T3GuardedAlt* GuardedAlt(T3Tree_Node* operation);
+/// An alternative for branches that stand where `like` does.
+T3AltStmt* AltAround(T3Tree_Node* branches, T3Tree_Node* like);
+/// The branch behind that of a trigger in `owner`; null behind any other.
+T3GuardedAlt* ExpandTrigger(_T3Alt* alt, T3Tree_Node* owner);
 /// A branch of the loop: its guard, its operation, and what follows when that has been successful.
 void GenBranch(_T3Alt* alt, const AltNames& names, CFunction& function, const std::function<void()>& body);
 void TryDefaults(const AltNames& names, CFunction& function);

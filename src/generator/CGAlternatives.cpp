@@ -74,7 +74,9 @@ void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
     return;
   }
   const unsigned count = GetParNumber(signature->fpl);
-  std::vector<std::string> slots(count, LUMO_VALUE_NO_RETURN_C);
+  const std::string array = function.declareArray(LUMO_VALUE_T, count);
+  const auto slot = [&array](unsigned i) { return array + "[" + std::to_string(i) + "]"; };
+  std::vector<bool> is_named(count);
   unsigned position = 0;
   for (T3Tree_Node* at = targets->redirect_params; at->is<T3FieldValue>();
        at = at->as<T3FieldValue>()->next, ++position) {
@@ -86,10 +88,12 @@ void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
            par = par->as<_T3FormalPar>()->next)
         ++index;
     }
-    if (index < count) slots[index] = Target(at->as<T3FieldValue>()->value, function);
+    if (index >= count) continue;
+    is_named[index] = true;
+    function.assign(slot(index), Target(at->as<T3FieldValue>()->value, function));
   }
-  const std::string array = function.declareArray(LUMO_VALUE_T, count);
-  for (unsigned i = 0; i < count; ++i) function.assign(array + "[" + std::to_string(i) + "]", slots[i]);
+  for (unsigned i = 0; i < count; ++i)
+    if (!is_named[i]) function.assign(slot(i), LUMO_VALUE_NO_RETURN_C);
   arguments.insert(arguments.end(), {std::to_string(count), array});
 }
 
@@ -168,13 +172,27 @@ Attempt Try(T3Tree_Node* operation, CFunction& function) {
 }
 
 template <class Node>
-void StoreNames(Node* node, const AltNames& names) {
+void StoreNamesAt(Node* node, const AltNames& names) {
   node->cold().repeat_var = gT3AST.KeepText(names.repeat_var);
   node->cold().repeat_label = gT3AST.KeepText(names.repeat_label);
   node->cold().vexa_break_label = gT3AST.KeepText(names.break_label);
   node->cold().temp_memory_scope = gT3AST.KeepText(names.scope);
 }
 
+T3Place* PlaceLike(T3Tree_Node* node) {
+  return new (gT3AST.AllocAttributes(sizeof(T3Place))) T3Place(*node->place);
+}
+
+// A block that is in no source, so that no line is told at its end.
+T3BlockStmt* MadeBlock(const tPosition& position, T3Tree_Node* body) {
+  return gT3AST.mT3BlockStmt(position, _sgT3NoStmt(), body);
+}
+
+// An altstep's branch without a block has an empty one.
+bool HasEmptyBody(T3Tree_Node* body) {
+  auto* block = body->try_as<T3BlockStmt>();
+  return block == nullptr ? !body->is<_T3Stmt>() : !block->body->is<_T3Stmt>();
+}
 }  // namespace
 
 namespace cgalt {
@@ -190,6 +208,39 @@ T3GuardedAlt* GuardedAlt(T3Tree_Node* operation) {
                                    _sgT3NoStmt(), operation);
   alt->place = operation->place;
   return alt;
+}
+
+void StoreNames(T3Tree_Node* statement, const AltNames& names) {
+  if (auto* alt = statement->try_as<T3AltStmt>())
+    StoreNamesAt(alt, names);
+  else
+    StoreNamesAt(statement->as<T3CallStmt>(), names);
+}
+
+T3AltStmt* AltAround(T3Tree_Node* branches, T3Tree_Node* like) {
+  auto* alt = gT3AST.mT3AltStmt(like->as<_T3Stmt>()->position, _sgT3NoStmt(), branches, _sgT3NoStmt());
+  alt->place = like->place;
+  return alt;
+}
+
+// A trigger takes what it does not want from the queue, and waits on.
+T3GuardedAlt* ExpandTrigger(_T3Alt* alt, T3Tree_Node* owner) {
+  auto* guarded = alt->try_as<T3GuardedAlt>();
+  auto* trigger = guarded == nullptr ? nullptr : guarded->operation->try_as<T3TriggerStmt>();
+  if (trigger == nullptr) return nullptr;
+  auto* receive = gT3AST.mT3ReceiveStmt(trigger->position, _sgT3NoStmt(), trigger->port, _sgT3NoTemplateDef(),
+                                        _sgT3NoExpression(), _sgT3NoPortRedirect());
+  auto* repeat = gT3AST.mT3RepeatStmt(alt->position, _sgT3NoStmt());
+  auto* block = MadeBlock(alt->position, repeat);
+  auto* branch = gT3AST.mT3GuardedAlt(alt->position, _sgT3NoAlt(), alt->guard, block, receive);
+  receive->place = trigger->place;
+  T3Place* place = PlaceLike(trigger);
+  place->vexa_enclosing_block = place->vexa_break_continue_owner = place->enclosing_alt = owner;
+  branch->place = block->place = place;
+  T3Place* inner = PlaceLike(block);
+  inner->vexa_enclosing_block = block;
+  repeat->place = inner;
+  return branch;
 }
 
 AltNames BeginAlt(CFunction& function) {
@@ -238,7 +289,6 @@ void EndRounds(const AltNames& names, CFunction& function) {
   function.addText(";");
   function.endDoWhile(names.repeat_var);
   function.addLabel(names.break_label);
-  function.addText(";");
   function.call(LUMO_LOG_ALT_LEFT_EVENT, {VEXA_CONTEXT});
   function.call(LUMO_MEMORY_TEMP_END, {AddressOf(names.scope), VEXA_CONTEXT});
   function.releaseTmpVariable(names.repeat_var);
@@ -248,30 +298,6 @@ void EndRounds(const AltNames& names, CFunction& function) {
 
 namespace {
 using namespace cgalt;
-
-// A trigger takes what it does not want from the queue, and waits on.
-void DiscardMessage(T3TriggerStmt* trigger, const AltNames& names, CFunction& function) {
-  const CGStatementScope scope(function);
-  function.beginIf(LUMO_PORT_TRY_RECEIVE,
-                   {cg::InRTS(trigger->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C, LUMO_NO_VALUE_C,
-                    C_FALSE, LUMO_VALUE_NO_RETURN_C, LUMO_VALUE_NO_RETURN_C, VEXA_CONTEXT});
-  function.call(LUMO_LOG_ALT_REPEAT_EVENT, {VEXA_CONTEXT});
-  function.assign(names.repeat_var, C_TRUE);
-  function.addGoto(names.repeat_label);
-  function.endIf();
-}
-
-// ---- The loop ----
-
-// The loop around one branch that stands alone; the defaults are asked as well.
-void LoneAttempt(T3Tree_Node* alt, CFunction& function, const std::function<void(const AltNames&)>& branch) {
-  const AltNames names = BeginAlt(function);
-  BeginRounds(names, function);
-  branch(names);
-  TryDefaults(names, function);
-  Wait(alt, function);
-  EndRounds(names, function);
-}
 
 // ---- Branches ----
 
@@ -299,6 +325,7 @@ std::string CallAltstep(T3Tree_Node* reference, CFunction& function) {
   T3Tree_Node* formals = origin->as<T3TestStep>()->fpl;
   const CGStatementScope scope(function);
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
+  CGInstantiateOutOmittedParameters(call->apl, formals, array, function);
   function.callAndAssign(result, LUMO_CALL_ALTSTEP,
                          {GetTeststepObject(decl), AddressOf(VEXAFuncTypeStructName(decl)),
                           std::to_string(GetParNumber(formals)), array, VEXA_CONTEXT});
@@ -308,7 +335,7 @@ std::string CallAltstep(T3Tree_Node* reference, CFunction& function) {
 void AltstepBranch(T3Tree_Node* reference, T3Tree_Node* body, const AltNames& names, CFunction& function) {
   const std::string result = CallAltstep(reference, function);
   function.beginIf(result + " == " + LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C);
-  if (body != nullptr) CGStatement(body, function);
+  if (!HasEmptyBody(body)) CGStatement(body, function);
   function.addBreak();
   function.endIf();
   function.beginElseIf(result + " == " + LUMO_TEST_STEP_SUCCESSFUL_REPEAT_C);
@@ -325,12 +352,10 @@ namespace {
 void Branch(_T3Alt* alt, const AltNames& names, CFunction& function, const std::function<void()>& body) {
   if (auto* altstep = alt->try_as<T3TestStepRefAlt>())
     return AltstepBranch(altstep->test_step, alt->body, names, function);
-  T3Tree_Node* operation = alt->as<T3GuardedAlt>()->operation;
-  GenGuardOp(operation, function);
+  GenGuardOp(alt->as<T3GuardedAlt>()->operation, function);
   body();
   function.addBreak();
   function.endIf();
-  if (operation->is<T3TriggerStmt>()) DiscardMessage(operation->as<T3TriggerStmt>(), names, function);
 }
 }  // namespace
 
@@ -357,6 +382,8 @@ void CGAltList(T3Tree_Node* alternatives, T3Tree_Node* statement, CFunction& fun
   for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
     auto* alt = at->as<_T3Alt>();
     GenBranch(alt, names, function, [&] { CGStatement(alt->body, function); });
+    if (T3GuardedAlt* others = ExpandTrigger(alt, statement))
+      GenBranch(others, names, function, [&] { CGStatement(others->body, function); });
   }
 }
 
@@ -385,19 +412,30 @@ bool IsBlockingOperation(T3Tree_Node* statement) {
          statement->is<_T3ReceivingPortStmt>() || statement->is<_T3CheckStmt>();
 }
 
+// An operation or an altstep that stands alone is an alternative with one branch, whose defaults are asked as
+// well.
+namespace {
+T3AltStmt* Wrap(_T3Alt* branch, T3Tree_Node* block, T3Tree_Node* like) {
+  auto* alt = gT3AST.mT3AltStmt(branch->position, _sgT3NoStmt(), branch, _sgT3NoStmt());
+  alt->place = like->place;
+  T3Place* place = PlaceLike(like);
+  place->vexa_enclosing_block = place->vexa_break_continue_owner = place->enclosing_alt = alt;
+  branch->place = block->place = place;
+  return alt;
+}
+}  // namespace
+
 void CGBlockingOperation(T3Tree_Node* statement, CFunction& function) {
-  LoneAttempt(GuardedAlt(statement), function, [&](const AltNames& names) {
-    GenGuardOp(statement, function);
-    function.addBreak();
-    function.endIf();
-    if (statement->is<T3TriggerStmt>()) DiscardMessage(statement->as<T3TriggerStmt>(), names, function);
-  });
+  const tPosition& position = statement->as<_T3Stmt>()->position;
+  auto* block = MadeBlock(position, _sgT3NoStmt());
+  auto* branch = gT3AST.mT3GuardedAlt(position, _sgT3NoAlt(), _sgT3NoExpression(), block, statement);
+  CGStatement(Wrap(branch, block, statement), function);
 }
 
-void CGAltstepCall(T3Tree_Node*, T3Parameterization* call, CFunction& function) {
-  auto* alt =
-      gT3AST.mT3TestStepRefAlt(call->position, _sgT3NoAlt(), _sgT3NoExpression(), _sgT3NoStmt(), call);
-  LoneAttempt(alt, function, [&](const AltNames& names) { AltstepBranch(call, nullptr, names, function); });
+void CGAltstepCall(T3Parameterization* call, CFunction& function) {
+  auto* block = MadeBlock(call->position, _sgT3NoStmt());
+  auto* branch = gT3AST.mT3TestStepRefAlt(call->position, _sgT3NoAlt(), _sgT3NoExpression(), block, call);
+  CGStatement(Wrap(branch, block, call), function);
 }
 
 void CGRepeat(T3RepeatStmt* statement, CFunction& function) {

@@ -10,10 +10,12 @@ void CGAlt(T3AltStmt* statement, CFunction& function);
 void CGInterleave(T3InterleaveStmt* statement, CFunction& function);
 /// What the ends of the blocks and loops around `from` would have run, up to the end of the interleave.
 void CGLeaveInterleave(T3Tree_Node* from, T3InterleaveStmt* statement, CFunction& function);
+/// The same for an alternative or interleave that stands in a branch of one.
+void CGLeaveNested(T3Tree_Node* from, T3Tree_Node* owner);
 /// An operation that may block and stands alone as a statement.
 void CGBlockingOperation(T3Tree_Node* statement, CFunction& function);
 /// An altstep that is called as a statement.
-void CGAltstepCall(T3Tree_Node* statement, T3Parameterization* call, CFunction& function);
+void CGAltstepCall(T3Parameterization* call, CFunction& function);
 /// The branches of a list, inside of the loop that they leave. `statement` is the T3AltStmt or T3CallStmt to
 /// which `repeat` and `break` belong.
 void CGAltList(T3Tree_Node* alternatives, T3Tree_Node* statement, CFunction& function);

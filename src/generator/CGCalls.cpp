@@ -73,7 +73,13 @@ bool IsOptionalField(T3Tree_Node* type, tIdent name) {
   return at->is<T3FieldType>() && at->as<T3FieldType>()->optional;
 }
 
-// A callee needs a value to write into where the field that is passed was omitted.
+T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
+  if (auto* function = behaviour->try_as<T3Function>()) return function->return_type;
+  if (auto* external = behaviour->try_as<T3ExtFunction>()) return external->return_type;
+  return gT3NoType;
+}
+}  // namespace
+
 void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
                                        CFunction& function) {
   unsigned index = 0;
@@ -91,13 +97,6 @@ void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formal
     function.endIf();
   }
 }
-
-T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
-  if (auto* function = behaviour->try_as<T3Function>()) return function->return_type;
-  if (auto* external = behaviour->try_as<T3ExtFunction>()) return external->return_type;
-  return gT3NoType;
-}
-}  // namespace
 
 unsigned GetParNumber(T3Tree_Node* formals) {
   return LengthOfFormalParList(formals);

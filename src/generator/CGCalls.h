@@ -19,6 +19,10 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
 /// The same with copies of the values, for a test case.
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function);
 
+/// A callee needs a value to write into where the field that is passed was omitted.
+void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
+                                       CFunction& function);
+
 /// The values of the parameters that a caller has left to their defaults, where there are any: at the head of
 /// what is called.
 void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function);

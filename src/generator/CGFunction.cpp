@@ -8,6 +8,7 @@
 #include "driver/T3Error.h"
 #include "generator/CGAlternatives.h"
 #include "generator/CGCalls.h"
+#include "generator/CGConfiguration.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
 #include "generator/CGPortTypes.h"
@@ -132,47 +133,11 @@ void FunctionBody(T3Function* decl, CFunction& function) {
   GenReturn("", function);
 }
 
-// A mapping is a statement for each port of an array.
-constexpr uint64_t kMostMappedPorts = 10000;
-
-T3Tree_Node* IntLiteral(int64_t number, const tPosition& position) {
-  auto* literal = gT3AST.mT3IntLiteral(position, gStringM.PutString(std::to_string(number)));
-  literal->attr().expression_local_type = literal->attr().expression_base_type = gT3IntegerType;
-  return literal;
-}
-
-// Without a `system` clause the ports of the test case's own component are those of the system.
-void AddMapStatements(T3Tree_Node* component, CFunction& function) {
-  auto* type = RootType(component)->try_as<T3ComponentType>();
-  if (type == nullptr) return;
-  const auto map = [&](const std::string& port, const std::string& index) {
-    const std::string mtc = cg::Call(LUMO_COMPONENT_MTC, {VEXA_CONTEXT});
-    const std::string system = cg::Call(LUMO_COMPONENT_SYSTEM, {VEXA_CONTEXT});
-    function.call(LUMO_COMPONENT_MAP_PORT, {mtc, port, index, system, port, index, VEXA_CONTEXT});
-  };
-  for (T3Tree_Node* decl = type->decls; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) {
-    if (!decl->is<T3PortDecl>()) continue;
-    const std::string name = Quote(decl->as<_T3Decl>()->name);
-    auto* array = RootType(decl->as<T3PortDecl>()->type)->try_as<T3ArrayType>();
-    if (array == nullptr) {
-      map(name, LUMO_NO_VALUE_C);
-      continue;
-    }
-    const auto bounds = KnownBounds(array);
-    if (!bounds || bounds->Size() > kMostMappedPorts || RootType(array->type)->is<T3ArrayType>())
-      cg::NotSupported(decl);
-    for (int64_t index = bounds->low; index <= bounds->high; ++index) {
-      const CGStatementScope scope(function);
-      map(name, cg::InRTS(IntLiteral(index, decl->as<_T3Decl>()->position), vexa_temp_alloc, function));
-    }
-  }
-}
-
 void TestcaseBody(T3Testcase* decl, CFunction& function) {
   const bool has_system = !decl->system->is<T3NoType>();
   T3Tree_Node* system = has_system ? decl->system : decl->runs_on;
   function.call(LUMO_COMPONENT_SET_SYSTEM_COMPONENT_TYPE, {VEXATypeRef(system), VEXA_CONTEXT});
-  if (!has_system) AddMapStatements(decl->runs_on, function);
+  if (!has_system) AddMapStatements(decl);
   CGStatement(decl->body, function);
   CGPopSourceLocation(function);
   function.call(LUMO_COMPONENT_STOP, {LUMO_NO_VALUE_C, VEXA_CONTEXT});
@@ -208,12 +173,9 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   function.addBreak();
   function.endWhile();
   function.addLabel(label);
-  function.addText(";");
   function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
   GenSourceLocationEnd(alt, function);
-  for (T3Tree_Node* local = decl->decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next)
-    if (IsTimerDeclaration(local))
-      function.call(LUMO_VALUE_DELETE, {"&(" + RTSLocation(local) + ")", VEXA_CONTEXT});
+  DeleteDeclaredTimers(decl->decls, function);
   function.beginIf(success);
   function.beginIf(repeat);
   GenReturn(LUMO_TEST_STEP_SUCCESSFUL_REPEAT_C, function);

@@ -1,6 +1,8 @@
 // Interleave: all orders in which its branches can be gone through, as alternatives in each other. What is
 // enabled stands in an agenda; behind each alternative that is taken stands the loop for what is left.
+#include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
@@ -24,16 +26,18 @@ constexpr int kInterleaveBranches = 1000;
 constexpr int kMostBranches = 200000;
 
 // Statements that follow, and what follows behind them. Behind the branches of an interleave in another one
-// nothing follows before all of them have come to their ends.
+// nothing follows before all of them have come to their ends. `left` is the alternative or interleave of a
+// branch that a `break` leaves to go on here.
 struct Continuation {
   T3Tree_Node* statements;
   bool joins_branches;
   std::shared_ptr<Continuation> next;
+  T3Tree_Node* left;
 };
 using ContinuationRef = std::shared_ptr<Continuation>;
 
-ContinuationRef Behind(T3Tree_Node* statements, ContinuationRef next) {
-  return std::make_shared<Continuation>(Continuation{statements, false, std::move(next)});
+ContinuationRef Behind(T3Tree_Node* statements, ContinuationRef next, T3Tree_Node* left = nullptr) {
+  return std::make_shared<Continuation>(Continuation{statements, false, std::move(next), left});
 }
 
 // Alternatives of which one is taken: a branch of the interleave, an operation in a branch, or an `alt`
@@ -62,11 +66,14 @@ Agenda SelectFromAgenda(const Agenda& agenda, size_t taken) {
   return others;
 }
 
-bool IsAwaited(const ContinuationRef& join, const Agenda& agenda) {
-  for (const Entry& entry : agenda)
-    for (const Continuation* at = entry.then.get(); at != nullptr; at = at->next.get())
-      if (at == join.get()) return true;
+bool Awaits(const Entry& entry, const ContinuationRef& join) {
+  for (const Continuation* at = entry.then.get(); at != nullptr; at = at->next.get())
+    if (at == join.get()) return true;
   return false;
+}
+
+bool IsAwaited(const ContinuationRef& join, const Agenda& agenda) {
+  return std::any_of(agenda.begin(), agenda.end(), [&](const Entry& entry) { return Awaits(entry, join); });
 }
 
 std::string Faculty(size_t n) {
@@ -83,6 +90,16 @@ struct Open {
   std::string scope;
 };
 
+// A statement that is being written, what follows it, what else is enabled, and the label of its scope's end.
+// Nothing follows a statement that has `left`.
+struct Here {
+  T3Tree_Node* statement = nullptr;
+  ContinuationRef at;
+  Agenda agenda;
+  std::string end_label;
+  bool left = false;
+};
+
 class Interleave {
  public:
   Interleave(T3InterleaveStmt* statement, CFunction& function)
@@ -94,14 +111,17 @@ class Interleave {
   ~Interleave() { g_current = outer_; }
 
   void Generate();
+  void LeaveNested(T3Tree_Node* from, T3Tree_Node* owner);
   T3InterleaveStmt* statement() const { return statement_; }
   const std::vector<Open>& open() const { return open_; }
   static Interleave* Current() { return g_current; }
 
  private:
   void GenInterleave(const Agenda& agenda);
+  void Discard(_T3Alt* alt, const AltNames& names);
   void Take(_T3Alt* alt, const ContinuationRef& then, const Agenda& others);
-  void Follow(ContinuationRef at, Agenda agenda);
+  void Follow(const ContinuationRef& at, const Agenda& agenda);
+  void FollowStatements(Here& here);
   bool Enable(T3Tree_Node* statement, const ContinuationRef& then, Agenda& agenda);
   void MarkAlt();
   void CheckStateExplosion(const Agenda& agenda);
@@ -112,6 +132,7 @@ class Interleave {
   CFunction& function_;
   Interleave* outer_;
   std::vector<Open> open_;
+  Here* here_ = nullptr;
   size_t warning_max_ = kInterleaveWarning;
   int expansions_ = 0;
 };
@@ -161,15 +182,24 @@ void Interleave::GenInterleave(const Agenda& agenda) {
     for (_T3Alt* alt : agenda[i].alternatives) {
       if (!alt->is<T3GuardedAlt>()) cg::NotSupported(alt);
       CountExpansion();
-      alternatives = gT3AST.mT3GuardedAlt(alt->position, alternatives, alt->guard, alt->body,
-                                          alt->as<T3GuardedAlt>()->operation);
+      T3Tree_Node* operation = alt->as<T3GuardedAlt>()->operation;
+      alternatives = gT3AST.mT3GuardedAlt(alt->position, alternatives, alt->guard, alt->body, operation);
       GenBranch(alt, names, function_, [&] { Take(alt, agenda[i].then, SelectFromAgenda(agenda, i)); });
+      if (operation->is<T3TriggerStmt>()) Discard(alt, names);
     }
   TryDefaults(names, function_);
   MarkAlt();
   Wait(alternatives, function_);
   EndRounds(names, function_);
   open_.pop_back();
+}
+
+// What a trigger does not want.
+void Interleave::Discard(_T3Alt* alt, const AltNames& names) {
+  T3AltStmt* owner = AltAround(_sgT3NoAlt(), statement_);
+  StoreNames(owner, names);
+  T3GuardedAlt* others = ExpandTrigger(alt, owner);
+  GenBranch(others, names, function_, [&] { CGStatement(others->body, function_); });
 }
 
 // The body of an alternative, and in it all that can follow.
@@ -183,7 +213,7 @@ void Interleave::Take(_T3Alt* alt, const ContinuationRef& then, const Agenda& ot
 
 // True for a statement that waits: it is one of the agenda from now on.
 bool Interleave::Enable(T3Tree_Node* statement, const ContinuationRef& then, Agenda& agenda) {
-  const ContinuationRef behind = Behind(statement->as<_T3Stmt>()->next, then);
+  const ContinuationRef behind = Behind(statement->as<_T3Stmt>()->next, then, statement);
   if (IsBlockingOperation(statement)) {
     agenda.push_back({{GuardedAlt(statement)}, behind});
     return true;
@@ -198,34 +228,70 @@ bool Interleave::Enable(T3Tree_Node* statement, const ContinuationRef& then, Age
   auto* interleave = statement->try_as<T3InterleaveStmt>();
   if (interleave == nullptr) return false;
   interleave->cold().vexa_break_label = "";
-  const auto join = std::make_shared<Continuation>(Continuation{nullptr, true, behind});
+  const auto join = std::make_shared<Continuation>(Continuation{nullptr, true, behind, statement});
   CollectAltsAsManySets(interleave->alts, join, agenda);
   return true;
 }
 
-// What follows, up to the next statement that waits.
-void Interleave::Follow(ContinuationRef at, Agenda agenda) {
-  for (; at != nullptr; at = at->next) {
-    if (at->joins_branches) {
-      if (IsAwaited(at, agenda)) break;
+// What follows, up to the next statement that waits, and in it all that can follow that.
+void Interleave::Follow(const ContinuationRef& at, const Agenda& agenda) {
+  Here here;
+  here.at = at;
+  here.agenda = agenda;
+  Here* outer = std::exchange(here_, &here);
+  FollowStatements(here);
+  here_ = outer;
+  if (!here.end_label.empty()) function_.addLabel(here.end_label);
+}
+
+void Interleave::FollowStatements(Here& here) {
+  for (; here.at != nullptr; here.at = here.at->next) {
+    if (here.at->joins_branches) {
+      if (IsAwaited(here.at, here.agenda)) break;
       continue;
     }
-    for (T3Tree_Node* statement = at->statements; statement->is<_T3Stmt>();
+    for (T3Tree_Node* statement = here.at->statements; statement->is<_T3Stmt>();
          statement = statement->as<_T3Stmt>()->next) {
-      if (Enable(statement, at->next, agenda)) return GenInterleave(agenda);
+      here.statement = statement;
+      if (Enable(statement, here.at->next, here.agenda)) return GenInterleave(here.agenda);
       // Nothing in an interleave jumps to a label, which would be written once for each order.
       if (statement->is<T3LabelStmt>())
         CallComponentControl(function_);
       else
         CGOneStatement(statement, function_);
+      if (here.left) return;
     }
   }
-  GenInterleave(agenda);
+  GenInterleave(here.agenda);
+}
+
+// A way out of an alternative or interleave that stands in a branch: what follows that is written here once
+// more, without the branches that are left with it, and goes on behind all that the current scope does.
+void Interleave::LeaveNested(T3Tree_Node* from, T3Tree_Node* owner) {
+  Here* here = here_;
+  ContinuationRef at = here == nullptr ? nullptr : here->at;
+  while (at != nullptr && at->left != owner) at = at->next;
+  if (at == nullptr) cg::NotSupported(owner);
+  Agenda others;
+  for (const Entry& entry : here->agenda)
+    if (!at->joins_branches || !Awaits(entry, at)) others.push_back(entry);
+  here->left = from == here->statement;
+  if (here->left) return Follow(at, others);
+  if (here->end_label.empty()) here->end_label = function_.getNewLabel();
+  TidyUp(from, here->statement->place->vexa_enclosing_block, function_);
+  Follow(at, others);
+  function_.addGoto(here->end_label);
 }
 }  // namespace
 
 void CGInterleave(T3InterleaveStmt* statement, CFunction& function) {
   Interleave(statement, function).Generate();
+}
+
+void CGLeaveNested(T3Tree_Node* from, T3Tree_Node* owner) {
+  Interleave* interleave = Interleave::Current();
+  if (interleave == nullptr) cg::NotSupported(owner);
+  interleave->LeaveNested(from, owner);
 }
 
 void CGLeaveInterleave(T3Tree_Node* from, T3InterleaveStmt* statement, CFunction& function) {

@@ -10,6 +10,7 @@
 #include "driver/T3Error.h"
 #include "generator/CGAlternatives.h"
 #include "generator/CGCalls.h"
+#include "generator/CGConfiguration.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
 #include "generator/CGTemplate.h"
@@ -89,10 +90,7 @@ void CGIf(T3IfStmt* statement, CFunction& function) {
   function.endIf();
   CGStatement(statement->else_stmt, function);
   inner.end_elseif_label = "";
-  if (is_head) {
-    function.addLabel(label);
-    function.addText(";");
-  }
+  if (is_head) function.addLabel(label);
 }
 
 struct LoopLabels {
@@ -108,6 +106,7 @@ LoopLabels BeginLoopBody(_T3LoopStmt* loop, CFunction& function) {
   return labels;
 }
 
+// A label at the end of a scope of C; behind any other one stands at least the end of the block.
 void AddEmptyStatementLabel(const std::string& label, CFunction& function) {
   function.addLabel(label);
   function.addText(";");
@@ -125,25 +124,26 @@ bool HasOneText(T3Tree_Node* condition) {
 }
 
 // The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
-// variables, since the same ones are free at both places; one that cannot is evaluated at the head of each
-// round.
+// variables, since the same ones are free at both places; one that cannot has a variable of its own.
 std::string BeginRounds(T3Tree_Node* condition, CFunction& function) {
-  if (HasOneText(condition)) {
-    std::string text = Condition(condition, function);
-    function.beginWhile(text);
-    return text;
+  std::string text = Condition(condition, function);
+  if (!HasOneText(condition)) {
+    const std::string holds = function.getTmpVariable(C_BOOL);
+    function.assign(holds, text);
+    text = holds;
   }
-  function.beginWhile(C_TRUE);
-  function.beginIf(std::string(C_NOT) + "(" + Condition(condition, function) + ")");
-  function.addBreak();
-  function.endIf();
-  return "";
+  function.beginWhile(text);
+  return text;
 }
 
 void EndRounds(T3Tree_Node* condition, const std::string& text, CFunction& function) {
-  if (!text.empty() && Condition(condition, function) != text)
+  const std::string again = Condition(condition, function);
+  if (!HasOneText(condition))
+    function.assign(text, again);
+  else if (again != text)
     internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
   function.endWhile();
+  if (!HasOneText(condition)) function.releaseTmpVariable(text);
 }
 
 void CGWhile(T3WhileStmt* loop, CFunction& function) {
@@ -152,7 +152,7 @@ void CGWhile(T3WhileStmt* loop, CFunction& function) {
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
   EndRounds(loop->condition, condition, function);
-  AddEmptyStatementLabel(labels.leave, function);
+  function.addLabel(labels.leave);
 }
 
 void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
@@ -161,7 +161,7 @@ void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
   function.endDoWhile(Condition(loop->condition, function));
-  AddEmptyStatementLabel(labels.leave, function);
+  function.addLabel(labels.leave);
 }
 
 void CGFor(T3ForStmt* loop, CFunction& function) {
@@ -171,10 +171,10 @@ void CGFor(T3ForStmt* loop, CFunction& function) {
   const std::string condition = BeginRounds(loop->condition, function);
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
-  AddEmptyStatementLabel(labels.again, function);
+  function.addLabel(labels.again);
   CGStatement(loop->step, function);
   EndRounds(loop->condition, condition, function);
-  AddEmptyStatementLabel(labels.leave, function);
+  function.addLabel(labels.leave);
   const std::string scope = loop->cold().temp_memory_scope;
   LeaveMemoryScope(scope.c_str(), loop->init, function);
   function.releaseTmpVariable(scope);
@@ -186,7 +186,7 @@ void CGBreak(T3BreakStmt* statement, CFunction& function) {
   T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
   auto* loop = owner->try_as<_T3LoopStmt>();
   const std::string label = loop != nullptr ? loop->cold().vexa_break_label : BreakLabelOfAlt(owner);
-  if (label.empty()) cg::NotSupported(owner);
+  if (label.empty()) return CGLeaveNested(statement, owner);
   if (auto* interleave = owner->try_as<T3InterleaveStmt>())
     CGLeaveInterleave(statement, interleave, function);
   else
@@ -194,8 +194,10 @@ void CGBreak(T3BreakStmt* statement, CFunction& function) {
   function.addGoto(label);
 }
 
+// What stands in an alternative continues the loop around.
 void CGContinue(T3ContinueStmt* statement, CFunction& function) {
   T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  while (owner->is<_T3Stmt>() && !owner->is<_T3LoopStmt>()) owner = owner->place->vexa_break_continue_owner;
   auto* loop = owner->try_as<_T3LoopStmt>();
   if (loop == nullptr) cg::NotSupported(owner);
   TidyUp(statement, loop, function);
@@ -238,13 +240,18 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 
 // The caller decides by the slot that it gives whether it gets a template or a value.
 void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
-  const std::string location = CGTemplateExpression(result, vexa_template_plain, function);
+  const auto assign = [&](bool value_of_first) {
+    const CGStatementScope scope(function);
+    const cg::Conditional conditional;
+    std::string location = CGTemplateExpression(result, vexa_template_plain, function);
+    if (value_of_first) location = cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+    function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
+  };
   function.beginIf(LUMO_VALUE_IS_DYNAMIC_TEMPLATE, {slot, VEXA_CONTEXT});
-  function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
+  assign(false);
   function.endIf();
   function.beginElse();
-  function.call(LUMO_VALUE_ASSIGN,
-                {slot, cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}), VEXA_CONTEXT});
+  assign(true);
   function.endIf();
 }
 
@@ -254,6 +261,7 @@ void CGReturn(T3RetStmt* statement, CFunction& function) {
     GenSourceLocationEnd(behaviour->body, function);
     TidyUp(statement, nullptr, function);
     function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
+    DeleteDeclaredTimers(behaviour->as<T3TestStep>()->decls, function);
     return GenReturn(LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C, function);
   }
   auto* target = behaviour == nullptr ? nullptr : behaviour->try_as<T3Function>();
@@ -353,13 +361,14 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
 
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
-  std::vector<std::string> locations;
-  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next)
-    locations.push_back(cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
-  std::string array = function.declareArray(LUMO_VALUE_T, locations.size() + 1);
-  for (size_t i = 0; i < locations.size(); ++i)
-    function.assign(array + "[" + std::to_string(i) + "]", locations[i]);
-  function.assign(array + "[" + std::to_string(locations.size()) + "]", C_NULL);
+  size_t count = 0;
+  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next) ++count;
+  std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
+  const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
+  size_t i = 0;
+  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
+    function.assign(slot(i), cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
+  function.assign(slot(count), C_NULL);
   return array;
 }
 
@@ -433,37 +442,6 @@ void CGDeactivate(T3DeactivateStmt* statement, CFunction& function) {
     CallWith(LUMO_DEACTIVATE, statement->teststep, function);
 }
 
-// ---- Connections ----
-
-// Name and index of a port; all of them where it says so.
-void AccessPortReference(T3Tree_Node* port, std::vector<std::string>& arguments, CFunction& function) {
-  if (auto* name = port->try_as<T3PortIdentifier>()) {
-    arguments.push_back(Quote(name->name));
-    arguments.emplace_back(LUMO_NO_VALUE_C);
-  } else if (auto* element = port->try_as<T3PortArrayElement>()) {
-    auto* base = element->base->try_as<T3PortIdentifier>();
-    if (base == nullptr) cg::NotSupported(port);
-    arguments.push_back(Quote(base->name));
-    arguments.push_back(cg::InRTS(element->index, vexa_temp_alloc, function));
-  } else {
-    arguments.emplace_back(C_NULL);
-    arguments.emplace_back(LUMO_NO_VALUE_C);
-  }
-}
-
-void CGConnection(const char* word, _T3ConfStmt* statement, CFunction& function) {
-  std::vector<std::string> arguments;
-  const auto add_end = [&](T3Tree_Node* component, T3Tree_Node* port) {
-    arguments.push_back(component->is<T3NoExpression>() ? std::string(LUMO_VALUE_ALL_C)
-                                                        : cg::InRTS(component, vexa_temp_alloc, function));
-    AccessPortReference(port, arguments, function);
-  };
-  add_end(statement->component_1, statement->port_1);
-  add_end(statement->component_2, statement->port_2);
-  arguments.emplace_back(VEXA_CONTEXT);
-  function.call(word, arguments);
-}
-
 void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
   const CGStatementScope scope(function);
   if (invocation->is<T3Execute>()) {
@@ -478,7 +456,7 @@ void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
     return;
   }
   T3Tree_Node* decl = BehindImport(Def(call));
-  if (T3Is<T3TestStep>(decl)) return CGAltstepCall(invocation, call, function);
+  if (T3Is<T3TestStep>(decl)) return CGAltstepCall(call, function);
   CGFunctionCall(call, function);
 }
 
@@ -613,13 +591,14 @@ void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
 }
 
 void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
-  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
-    if (!at->is<T3DeclStmt>()) continue;
-    for (T3Tree_Node* decl = at->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
-         decl = decl->as<_T3Decl>()->next)
-      if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
-        function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
-  }
+  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next)
+    if (at->is<T3DeclStmt>()) DeleteDeclaredTimers(at->as<T3DeclStmt>()->decl, function);
+}
+
+void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function) {
+  for (T3Tree_Node* decl = declarations; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+    if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
+      function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
 }
 
 namespace {

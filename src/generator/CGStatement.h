@@ -23,6 +23,7 @@ void LeaveBlock(T3BlockStmt* block, CFunction& function);
 void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function);
 /// Deletes the timers that a list of statements declares.
 void DeleteTimers(T3Tree_Node* statements, CFunction& function);
+void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function);
 
 /// A comment with the place of a statement, and the call that tells it.
 void GenSourceLocation(T3Tree_Node* statement, CFunction& function);

@@ -1,5 +1,8 @@
 #include "generator/CGValue.h"
 
+#include <optional>
+
+#include "analysis/T3Constants.h"
 #include "driver/T3Error.h"
 #include "driver/T3Exception.h"
 #include "generator/CGExpressionParts.h"
@@ -136,14 +139,20 @@ void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3T
                              CFunction& function) {
   auto* array = RootType(type)->try_as<T3ArrayType>();
   auto* values = list->try_as<T3CompoundValue>();
-  if (array == nullptr || values == nullptr) cg::NotSupported(list);
-  if (RootType(array->type)->is<T3ArrayType>()) cg::NotSupported(list);
-  unsigned index = 0;
+  const auto bounds = array == nullptr ? std::nullopt : KnownBounds(array);
+  if (!bounds || values == nullptr) cg::NotSupported(list);
+  int64_t index = bounds->low;
   for (T3Tree_Node* at = values->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++index) {
     T3Tree_Node* duration = at->as<T3FieldValue>()->value;
     if (duration->is<T3NotUsedSymbol>()) continue;
+    const std::string number = std::to_string(index);
+    if (RootType(array->type)->is<T3ArrayType>()) {
+      GenerateTimerArrayDecl2(cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {location, number, VEXA_CONTEXT}), duration,
+                              array->type, function);
+      continue;
+    }
     function.call(LUMO_VALUE_SET_TIMER_IN_ARRAY_DEFAULT_DURATION,
-                  {location, std::to_string(index), cg::InC(duration, function), VEXA_CONTEXT});
+                  {location, number, cg::InC(duration, function), VEXA_CONTEXT});
   }
 }
 
@@ -191,16 +200,36 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   }
 }
 
-void CGComponentValue(T3Tree_Node* node, const std::string& location, CFunction& function) {
+namespace {
+// A variable that holds templates: its field is made one that may, and gets its first template.
+void ComponentTemplate(T3VarDecl* decl, const std::string& location, int index, CFunction& function) {
+  const CGStatementScope scope(function);
+  const std::string made =
+      cg::Call(LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
+               {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
+                std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
+  function.call(LUMO_VALUE_INIT_VECTOR_ELEMENT,
+                {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), made, VEXA_CONTEXT});
+  if (HasValue(decl))
+    function.call(LUMO_VALUE_ASSIGN,
+                  {location, CGTemplateExpression(decl->value, vexa_template_plain, function), VEXA_CONTEXT});
+}
+}  // namespace
+
+void CGComponentValue(T3Tree_Node* node, int index, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
+  auto* variable = node->try_as<T3VarDecl>();
   const bool is_timer = IsTimerDeclaration(decl);
-  // The record has values only.
-  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable) cg::NotSupported(node);
+  const std::string location = cg::Call(
+      LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), VEXA_CONTEXT});
   SetRTSLocation(decl, location);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  const bool holds_template = variable != nullptr && variable->is_template_variable;
+  if (holds_template) ComponentTemplate(variable, location, index, function);
   Register(location, true, function);
+  if (holds_template) return;
   if (is_timer) {
-    SetDurations(location, decl->as<T3VarDecl>(), function);
+    SetDurations(location, variable, function);
   } else if (HasValue(decl)) {
     const CGStatementScope scope(function);
     CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
