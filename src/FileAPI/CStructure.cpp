@@ -12,7 +12,7 @@ CStructure::CStructure(CFile* file, const std::string& type, const std::string& 
   beginScope(section_);
 }
 
-void CStructure::addMember(const std::string& text) {
+void CStructure::addMember(std::string_view text) {
   if (members_++ > 0) section_.add(",");
   if (singleLine_)
     section_.add(" ");

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "FileAPI/CBase.h"
 #include "driver/T3Exception.h"
 #include "generator/CGExpression.h"
 #include "generator/LUMOS.h"
@@ -12,7 +13,8 @@ namespace cg {
 using Mode = vexa_allocation_mode_t;
 
 /// The text of a call.
-std::string Call(const std::string& function, const std::vector<std::string>& arguments);
+std::string Call(std::string_view function, const std::vector<std::string>& arguments);
+std::string Call(std::string_view function, CWords arguments);
 /// The locations of an operand, which is evaluated.
 std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function);
