@@ -44,6 +44,12 @@ std::string CFunction::declareArray(std::string_view type, size_t size) {
   return name;
 }
 
+std::string CFunction::declareArray(std::string_view type, std::string_view init) {
+  std::string name = "v" + std::to_string(nextLocal_++);
+  declarations_.add({"\n  ", type, " ", name, "[] = ", init, ";"});
+  return name;
+}
+
 template <class Words>
 void CFunction::addCall(CWords before, std::string_view name, const Words& arguments,
                         std::string_view behind) {

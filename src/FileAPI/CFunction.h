@@ -19,6 +19,8 @@ class CFunction : public CBase {
   std::string declare(std::string_view type, std::string_view name, std::string_view init = "");
   /// Declares a local array under a new name, which is returned.
   std::string declareArray(std::string_view type, size_t size);
+  /// The same with an initializer, which tells the size.
+  std::string declareArray(std::string_view type, std::string_view init);
   void assign(std::string_view lhs, std::string_view rhs) { addLine({lhs, " = ", rhs, ";"}); }
   void call(std::string_view name, const std::vector<std::string>& arguments);
   void call(std::string_view name, CWords arguments);

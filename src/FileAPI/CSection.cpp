@@ -30,7 +30,7 @@ unsigned CountLines(std::string_view text) {
 }
 
 void WriteText(FILE* stream, std::string_view text) {
-  if (std::fwrite(text.data(), 1, text.size(), stream) != text.size())
+  if (fwrite_unlocked(text.data(), 1, text.size(), stream) != text.size())
     throw internal_exception("CSection", __LINE__, "add", "error when writing file");
 }
 }  // namespace

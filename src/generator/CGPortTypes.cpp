@@ -103,11 +103,9 @@ void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
 // name.
 void GenMembers(T3ComponentType* component, CFunction& function) {
   std::vector<T3Tree_Node*> located;
-  int index = 0;
+  unsigned index = 0;
   gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
-    const std::string place =
-        getSignature("", LUMO_VALUE_FIELD_BY_INDEX,
-                     {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index++), VEXA_CONTEXT});
+    const unsigned place = index++;
     if (!member->is<_T3InstanceValueDecl>()) return;
     CGComponentValue(member, place, function);
     located.push_back(member);

@@ -14,7 +14,8 @@ void CGModulePar(T3Tree_Node* decl);
 /// A constant, variable or timer where its statement stands. Throws cg::not_supported for what no code is
 /// generated for.
 void CGLocalValue(T3Tree_Node* decl, CFunction& function);
-/// A constant, variable or timer of a component, whose place in the component's record is `location`.
-void CGComponentValue(T3Tree_Node* decl, const std::string& location, CFunction& function);
+/// A constant, variable or timer of a component, by its place in the record that the function being written
+/// gets.
+void CGComponentValue(T3Tree_Node* decl, unsigned place, CFunction& function);
 /// True for a timer or an array of timers.
 bool IsTimerDeclaration(T3Tree_Node* decl);
