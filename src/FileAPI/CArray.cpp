@@ -17,16 +17,29 @@ void CArray::beginElement() {
   ++counts_.back();
 }
 
-void CArray::addElement(const std::string& text) {
+void CArray::addElement(std::string_view text) {
   beginElement();
   newline(section_);
   section_.add(text);
 }
 
+template <class Words>
+void CArray::addColumns(const Words& columns) {
+  addElement("{ ");
+  std::string_view separator;
+  for (const auto& column : columns) {
+    section_.add({separator, column});
+    separator = ", ";
+  }
+  section_.add(" }");
+}
+
 void CArray::addRow(const std::vector<std::string>& columns) {
-  std::string row = "{ ";
-  for (size_t i = 0; i < columns.size(); ++i) row.append(i == 0 ? "" : ", ").append(columns[i]);
-  addElement(row + " }");
+  addColumns(columns);
+}
+
+void CArray::addRow(CWords columns) {
+  addColumns(columns);
 }
 
 void CArray::beginLevel() {

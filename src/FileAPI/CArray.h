@@ -13,9 +13,10 @@ class CArray : public CBase {
   void end() override;
 
   /// One element at the current level, on a line of its own.
-  void addElement(const std::string& text);
+  void addElement(std::string_view text);
   /// One element "{ a, b, ... }".
   void addRow(const std::vector<std::string>& columns);
+  void addRow(CWords columns);
   /// What is added up to the end of the level is one element of the level around it.
   void beginLevel();
   void endLevel() { endScope(section_); }
@@ -29,6 +30,8 @@ class CArray : public CBase {
 
  private:
   void beginElement();
+  template <class Words>
+  void addColumns(const Words& columns);
 
   std::string type_;
   std::string name_;

@@ -1,22 +1,39 @@
 #include "FileAPI/CBase.h"
 
 void indent(CSection& section, unsigned n) {
-  static const std::string blanks(64, ' ');
-  for (; n > blanks.size(); n -= static_cast<unsigned>(blanks.size())) section.add(blanks);
-  section.add(std::string_view(blanks).substr(0, n));
+  static constexpr std::string_view kBlanks =
+      "                                                                ";
+  for (; n > kBlanks.size(); n -= static_cast<unsigned>(kBlanks.size())) section.add(kBlanks);
+  section.add(kBlanks.substr(0, n));
 }
 
-std::string getSignature(std::string_view returnType, std::string_view name,
-                         const std::vector<std::string>& parameters) {
-  std::string text(returnType);
+namespace {
+template <class Words>
+std::string Signature(std::string_view returnType, std::string_view name, const Words& parameters) {
+  size_t size = returnType.size() + name.size() + sizeof " ()";
+  for (const auto& parameter : parameters) size += parameter.size() + 2;
+  std::string text;
+  text.reserve(size);
+  text.append(returnType);
   if (!text.empty()) text += ' ';
   text.append(name).append("(");
-  const char* separator = "";
-  for (const std::string& parameter : parameters) {
+  std::string_view separator;
+  for (const auto& parameter : parameters) {
     text.append(separator).append(parameter);
     separator = ", ";
   }
-  return text + ")";
+  text += ')';
+  return text;
+}
+}  // namespace
+
+std::string getSignature(std::string_view returnType, std::string_view name,
+                         const std::vector<std::string>& parameters) {
+  return Signature(returnType, name, parameters);
+}
+
+std::string getSignature(std::string_view returnType, std::string_view name, CWords parameters) {
+  return Signature(returnType, name, parameters);
 }
 
 void CBase::indent(CSection& section, int n) const {

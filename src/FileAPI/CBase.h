@@ -2,6 +2,7 @@
 // line being written, and scopes. A builder that is not ended contributes nothing.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,9 +14,13 @@ class CFile;
 /// Writes n blanks.
 void indent(CSection& section, unsigned n);
 
+/// Words of C that are only looked at: a list of texts of any kind.
+using CWords = std::initializer_list<std::string_view>;
+
 /// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
 std::string getSignature(std::string_view returnType, std::string_view name,
                          const std::vector<std::string>& parameters);
+std::string getSignature(std::string_view returnType, std::string_view name, CWords parameters);
 
 class CBase {
  public:

@@ -12,6 +12,8 @@
 
 namespace {
 constexpr mode_t kDirectoryMode = 0775;
+constexpr size_t kTextBlock = 0x10000;
+constexpr size_t kStreamBuffer = 0x10000;
 
 // Makes a directory with those above it.
 void MakeDirectory(const std::string& directory) {
@@ -33,19 +35,22 @@ std::string GuardStem(const std::string& headerName) {
 // The files being written; they take their places together at the end.
 class CFile::Output {
  public:
+  explicit Output(bool counts_lines) : counts_lines_(counts_lines) {}
   /// What follows goes to a new file.
   void open(const std::string& path) {
     files_.push_back(std::make_unique<OutputFile>());
     lines_ = 0;
     if (!files_.back()->Open(path))
       throw internal_exception("CFile", __LINE__, "end", "could not create " + path);
+    std::setvbuf(stream(), nullptr, _IOFBF, kStreamBuffer);
   }
   void write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stream()) != text.size()) failed(*files_.back());
+    if (!counts_lines_) return;
     for (const char c : text) lines_ += c == '\n';
   }
   void write(CSection& section) {
-    const unsigned lines = section.lineCount();
+    const unsigned lines = counts_lines_ ? section.lineCount() : 0;
     section.writeTo(stream());
     lines_ += lines;
   }
@@ -66,6 +71,7 @@ class CFile::Output {
   FILE* stream() const { return files_.back()->stream(); }
 
   std::vector<std::unique_ptr<OutputFile>> files_;
+  bool counts_lines_;
   unsigned lines_ = 0;
 };
 
@@ -83,10 +89,10 @@ CFile::CFile(const std::string& directory, const std::string& headerName, const 
 
 CFile::~CFile() = default;
 
-void CFile::add(Where where, std::string_view text) {
+void CFile::add(Where where, CWords parts) {
   auto& section = texts_[where];
   if (section == nullptr) section = std::make_unique<CSection>();
-  section->add(text);
+  section->add(parts);
 }
 
 void CFile::newline(Where where, unsigned count) {
@@ -94,13 +100,29 @@ void CFile::newline(Where where, unsigned count) {
 }
 
 void CFile::add(Where where, CSection&& section) {
-  bodies_[where].emplace_back();
-  bodies_[where].back().push_back(std::move(section));
+  addBody(where, std::move(section), false);
 }
 
 void CFile::add(Where where, CSection&& first, CSection&& second) {
-  add(where, std::move(first));
-  bodies_[where].back().push_back(std::move(second));
+  addBody(where, std::move(first), false);
+  addBody(where, std::move(second), true);
+}
+
+void CFile::addBody(Where where, CSection&& section, bool together) {
+  std::vector<Body>& bodies = bodies_[where];
+  if (lineLimit_ != kNoLineLimit || section.spilled()) {
+    if (!together || lineLimit_ == kNoLineLimit) bodies.emplace_back();
+    bodies.back().sections.push_back(std::move(section));
+    return;
+  }
+  if (bodies.empty() || bodies.back().text.empty() ||
+      bodies.back().text.size() + section.text().size() > kTextBlock) {
+    bodies.emplace_back();
+    bodies.back().text.reserve(kTextBlock);
+  }
+  bodies.back().text += section.text();
+  // its memory serves the next one
+  const CSection taken(std::move(section));
 }
 
 void CFile::addInclude(const std::string& name, bool inSource, bool isSystem) {
@@ -110,12 +132,12 @@ void CFile::addInclude(const std::string& name, bool inSource, bool isSystem) {
 }
 
 void CFile::addDefine(const std::string& name, const std::string& value) {
-  add(HeaderDefines, "#define " + name + " " + value + "\n");
+  add(HeaderDefines, {"#define ", name, " ", value, "\n"});
 }
 
 void CFile::addIfDefDefine(const std::string& condition, const std::string& name,
                            const std::string& valueIfDefined, const std::string& valueElse) {
-  add(HeaderDefines, "#ifdef " + condition + "\n");
+  add(HeaderDefines, {"#ifdef ", condition, "\n"});
   addDefine(name, valueIfDefined);
   add(HeaderDefines, "#else\n");
   addDefine(name, valueElse);
@@ -129,17 +151,17 @@ void CFile::addConstant(const std::string& type, const std::string& name, const 
 }
 
 void CFile::addExternalConstant(const std::string& type, const std::string& name) {
-  add(HeaderConstants, "extern const " + type + " " + name + ";\n");
+  add(HeaderConstants, {"extern const ", type, " ", name, ";\n"});
 }
 
 void CFile::addVariable(const std::string& type, const std::string& name, bool isStatic) {
-  if (!isStatic) add(HeaderVariables, "extern " + type + " " + name + ";\n");
+  if (!isStatic) add(HeaderVariables, {"extern ", type, " ", name, ";\n"});
   add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + ";\n");
 }
 
 void CFile::addVariableWithInit(const std::string& type, const std::string& name, const std::string& init,
                                 bool isStatic) {
-  if (!isStatic) add(HeaderVariables, "extern " + type + " " + name + ";\n");
+  if (!isStatic) add(HeaderVariables, {"extern ", type, " ", name, ";\n"});
   add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + " = " + init + ";\n");
 }
 
@@ -151,7 +173,7 @@ void CFile::addExternalFunctionDecl(const std::string& type, const std::string& 
 void CFile::addExternalFunctionDeclConditionally(const std::string& condition, const std::string& type,
                                                  const std::string& name,
                                                  const std::vector<std::string>& parameters) {
-  add(SourceFunctionDecls, "#ifdef " + condition + "\n");
+  add(SourceFunctionDecls, {"#ifdef ", condition, "\n"});
   addExternalFunctionDecl(type, name, parameters);
   add(SourceFunctionDecls, "#endif\n\n");
 }
@@ -190,8 +212,8 @@ std::string CFile::path(const std::string& name) const {
 
 void CFile::end() {
   if (!valid_) return;
-  Output header;
-  Output source;
+  Output header(lineLimit_ != kNoLineLimit);
+  Output source(lineLimit_ != kNoLineLimit);
   if (!headerName_.empty()) header.open(path(headerName_));
   source.open(path(sourceName_));
   if (!headerName_.empty()) writeHeader(header);
@@ -219,18 +241,25 @@ void CFile::writeSource(Output& output) {
 void CFile::flushSection(Output& output, size_t where, bool splitAllowed) {
   bool written = false;
   if (texts_[where] != nullptr) {
-    if (splitAllowed) splitIfFull(output, texts_[where]->lineCount());
+    if (splitAllowed && lineLimit_ != kNoLineLimit) splitIfFull(output, texts_[where]->lineCount());
     output.write(*texts_[where]);
     written = true;
   }
-  for (Sections& sections : bodies_[where]) {
-    unsigned pending = 0;
-    for (const CSection& section : sections) pending += section.lineCount();
-    if (splitAllowed) splitIfFull(output, pending);
-    for (CSection& section : sections) output.write(section);
+  for (Body& body : bodies_[where]) {
+    flushBody(output, body, splitAllowed);
     written = true;
   }
   if (written) output.write("\n");
+}
+
+void CFile::flushBody(Output& output, Body& body, bool splitAllowed) {
+  if (!body.text.empty()) output.write(body.text);
+  if (splitAllowed && lineLimit_ != kNoLineLimit) {
+    unsigned pending = 0;
+    for (const CSection& section : body.sections) pending += section.lineCount();
+    splitIfFull(output, pending);
+  }
+  for (CSection& section : body.sections) output.write(section);
 }
 
 void CFile::splitIfFull(Output& output, unsigned pending) {

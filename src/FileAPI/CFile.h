@@ -71,7 +71,8 @@ class CFile {
   std::string uniqueName(const std::string& prefix) { return prefix + std::to_string(nextUnique_++); }
   std::string uniqueLabel() { return uniqueName("_l"); }
 
-  void add(Where where, std::string_view text);
+  void add(Where where, std::string_view text) { add(where, {text}); }
+  void add(Where where, CWords parts);
   void newline(Where where, unsigned count = 1);
   /// Takes over what a builder has written; the sections of one call stay together in a split file.
   void add(Where where, CSection&& section);
@@ -98,11 +99,18 @@ class CFile {
  private:
   static constexpr size_t kPositions = 20;
   class Output;
-  using Sections = std::vector<CSection>;
+  // What stands under a position: sections that stay together in a file, or text, which is all that is kept
+  // of sections while no file is split.
+  struct Body {
+    std::string text;
+    std::vector<CSection> sections;
+  };
 
   void writeHeader(Output& output);
   void writeSource(Output& output);
+  void addBody(Where where, CSection&& section, bool together);
   void flushSection(Output& output, size_t where, bool splitAllowed);
+  void flushBody(Output& output, Body& body, bool splitAllowed);
   void splitIfFull(Output& output, unsigned pending);
   std::string splitName() const;
   std::string path(const std::string& name) const;
@@ -113,7 +121,7 @@ class CFile {
   std::string sourceName_;
   std::string directory_;
   std::array<std::unique_ptr<CSection>, kPositions> texts_;
-  std::array<std::vector<Sections>, kPositions> bodies_;
+  std::array<std::vector<Body>, kPositions> bodies_;
   bool usesOwnHeader_;
   std::vector<std::string> headerMessage_;
   std::vector<std::string> sourceFiles_;

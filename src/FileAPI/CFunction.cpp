@@ -32,51 +32,65 @@ void CFunction::beginScope(CSection& section) {
   indentation_ += 2;
 }
 
-void CFunction::addLine(const std::string& text) {
-  newline(body_);
-  body_.add(text);
-}
-
-std::string CFunction::declare(const std::string& type, const std::string& name, const std::string& init) {
-  const std::string variable = name.empty() ? "v" + std::to_string(nextLocal_++) : name;
-  declarations_.add("\n  " + type + " " + variable + (init.empty() ? "" : " = " + init) + ";");
+std::string CFunction::declare(std::string_view type, std::string_view name, std::string_view init) {
+  std::string variable = name.empty() ? "v" + std::to_string(nextLocal_++) : std::string(name);
+  declarations_.add({"\n  ", type, " ", variable, init.empty() ? "" : " = ", init, ";"});
   return variable;
 }
 
-std::string CFunction::declareArray(const std::string& type, size_t size) {
+std::string CFunction::declareArray(std::string_view type, size_t size) {
   std::string name = "v" + std::to_string(nextLocal_++);
-  declarations_.add("\n  " + type + " " + name + "[" + std::to_string(size) + "];");
+  declarations_.add({"\n  ", type, " ", name, "[", std::to_string(size), "];"});
   return name;
 }
 
-void CFunction::assign(const std::string& lhs, const std::string& rhs) {
-  addLine(lhs + " = " + rhs + ";");
+std::string CFunction::declareArray(std::string_view type, std::string_view init) {
+  std::string name = "v" + std::to_string(nextLocal_++);
+  declarations_.add({"\n  ", type, " ", name, "[] = ", init, ";"});
+  return name;
 }
 
-void CFunction::call(const std::string& name, const std::vector<std::string>& arguments) {
-  addLine(getSignature("", name, arguments) + ";");
+template <class Words>
+void CFunction::addCall(CWords before, std::string_view name, const Words& arguments,
+                        std::string_view behind) {
+  addLine(before);
+  body_.add({name, "("});
+  std::string_view separator;
+  for (const auto& argument : arguments) {
+    body_.add({separator, argument});
+    separator = ", ";
+  }
+  body_.add(behind);
 }
 
-void CFunction::callAndAssign(const std::string& lhs, const std::string& name,
+void CFunction::call(std::string_view name, const std::vector<std::string>& arguments) {
+  addCall({}, name, arguments, ");");
+}
+
+void CFunction::call(std::string_view name, CWords arguments) {
+  addCall({}, name, arguments, ");");
+}
+
+void CFunction::callAndAssign(std::string_view lhs, std::string_view name,
                               const std::vector<std::string>& arguments) {
-  assign(lhs, getSignature("", name, arguments));
+  addCall({lhs, " = "}, name, arguments, ");");
 }
 
-void CFunction::_return(const std::string& value) {
-  addLine("return " + value + ";");
+void CFunction::callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
+  addCall({lhs, " = "}, name, arguments, ");");
 }
 
 // Cases stand between the head and their statements.
-void CFunction::beginSwitch(const std::string& expr) {
-  addLine("switch (" + expr + ")");
+void CFunction::beginSwitch(std::string_view expr) {
+  addLine({"switch (", expr, ")"});
   beginScope(body_);
   indentation_ += 2;
 }
 
-void CFunction::addCase(const std::string& label) {
+void CFunction::addCase(std::string_view label) {
   body_.add("\n");
   indent(body_, static_cast<int>(indentation_) - 2);
-  body_.add("case " + label + ":");
+  body_.add({"case ", label, ":"});
 }
 
 void CFunction::addDefault() {
@@ -94,8 +108,8 @@ void CFunction::endSwitch() {
   endScope(body_);
 }
 
-void CFunction::beginWhile(const std::string& expr) {
-  addLine("while (" + expr + ")");
+void CFunction::beginWhile(std::string_view expr) {
+  addLine({"while (", expr, ")"});
   beginScope(body_);
 }
 
@@ -104,22 +118,28 @@ void CFunction::beginDoWhile() {
   beginScope(body_);
 }
 
-void CFunction::endDoWhile(const std::string& expr) {
+void CFunction::endDoWhile(std::string_view expr) {
   endScope(body_);
-  body_.add(" while (" + expr + ");");
+  body_.add({" while (", expr, ");"});
 }
 
-void CFunction::beginIf(const std::string& expr) {
-  addLine("if (" + expr + ")");
+void CFunction::beginIf(std::string_view expr) {
+  addLine({"if (", expr, ")"});
   beginScope(body_);
 }
 
-void CFunction::beginIf(const std::string& name, const std::vector<std::string>& arguments) {
-  beginIf(getSignature("", name, arguments));
+void CFunction::beginIf(std::string_view name, const std::vector<std::string>& arguments) {
+  addCall({"if ("}, name, arguments, "))");
+  beginScope(body_);
 }
 
-void CFunction::beginElseIf(const std::string& expr) {
-  addLine("else if (" + expr + ")");
+void CFunction::beginIf(std::string_view name, CWords arguments) {
+  addCall({"if ("}, name, arguments, "))");
+  beginScope(body_);
+}
+
+void CFunction::beginElseIf(std::string_view expr) {
+  addLine({"else if (", expr, ")"});
   beginScope(body_);
 }
 
@@ -128,9 +148,9 @@ void CFunction::beginElse() {
   beginScope(body_);
 }
 
-void CFunction::beginFor(const std::string& var, const std::string& from, const std::string& condition,
-                         const std::string& step) {
-  addLine("for (" + var + " = " + from + "; " + condition + "; " + step + ")");
+void CFunction::beginFor(std::string_view var, std::string_view from, std::string_view condition,
+                         std::string_view step) {
+  addLine({"for (", var, " = ", from, "; ", condition, "; ", step, ")"});
   beginScope(body_);
 }
 
@@ -138,40 +158,40 @@ void CFunction::beginBlock() {
   CBase::beginScope(body_);
 }
 
-void CFunction::preprocessor(const std::string& line) {
-  body_.add("\n" + line);
+void CFunction::preprocessor(std::string_view word, std::string_view name) {
+  body_.add({"\n", word, name});
 }
 
-void CFunction::beginIfDef(const std::string& name) {
-  preprocessor("#ifdef " + name);
+void CFunction::beginIfDef(std::string_view name) {
+  preprocessor("#ifdef ", name);
 }
 
-void CFunction::beginIfNDef(const std::string& name) {
-  preprocessor("#ifndef " + name);
+void CFunction::beginIfNDef(std::string_view name) {
+  preprocessor("#ifndef ", name);
 }
 
 void CFunction::beginElsePP() {
-  preprocessor("#else");
+  preprocessor("#else", "");
 }
 
 void CFunction::endIfPP() {
-  preprocessor("#endif");
+  preprocessor("#endif", "");
 }
 
-void CFunction::addComment(const std::string& text) {
-  addLine("/* " + text + " */");
+void CFunction::addComment(std::string_view text) {
+  addLine({"/* ", text, " */"});
 }
 
 std::string CFunction::getNewLabel() {
   return file_->uniqueLabel();
 }
 
-void CFunction::addGoto(const std::string& label) {
-  addLine("goto " + label + ";");
+void CFunction::addGoto(std::string_view label) {
+  addLine({"goto ", label, ";"});
 }
 
-void CFunction::addLabel(const std::string& label) {
-  body_.add("\n" + label + ":");
+void CFunction::addLabel(std::string_view label) {
+  body_.add({"\n", label, ":"});
 }
 
 void CFunction::dummyDecl() {

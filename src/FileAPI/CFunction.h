@@ -16,50 +16,54 @@ class CFunction : public CBase {
   const std::string& name() const { return name_; }
 
   /// Declares a local variable and returns its name; an empty name stands for a new one.
-  std::string declare(const std::string& type, const std::string& name, const std::string& init = "");
+  std::string declare(std::string_view type, std::string_view name, std::string_view init = "");
   /// Declares a local array under a new name, which is returned.
-  std::string declareArray(const std::string& type, size_t size);
-  void assign(const std::string& lhs, const std::string& rhs);
-  void call(const std::string& name, const std::vector<std::string>& arguments);
-  void callAndAssign(const std::string& lhs, const std::string& name,
-                     const std::vector<std::string>& arguments);
-  void _return(const std::string& value);
+  std::string declareArray(std::string_view type, size_t size);
+  /// The same with an initializer, which tells the size.
+  std::string declareArray(std::string_view type, std::string_view init);
+  void assign(std::string_view lhs, std::string_view rhs) { addLine({lhs, " = ", rhs, ";"}); }
+  void call(std::string_view name, const std::vector<std::string>& arguments);
+  void call(std::string_view name, CWords arguments);
+  void callAndAssign(std::string_view lhs, std::string_view name, const std::vector<std::string>& arguments);
+  void callAndAssign(std::string_view lhs, std::string_view name, CWords arguments);
+  void _return(std::string_view value) { addLine({"return ", value, ";"}); }
 
-  void beginSwitch(const std::string& expr);
-  void addCase(const std::string& label);
+  void beginSwitch(std::string_view expr);
+  void addCase(std::string_view label);
   void addDefault();
   void addBreak();
   void endSwitch();
-  void beginWhile(const std::string& expr);
+  void beginWhile(std::string_view expr);
   void endWhile() { endScope(body_); }
   void beginDoWhile();
-  void endDoWhile(const std::string& expr);
-  void beginIf(const std::string& expr);
-  void beginIf(const std::string& name, const std::vector<std::string>& arguments);
-  void beginElseIf(const std::string& expr);
+  void endDoWhile(std::string_view expr);
+  void beginIf(std::string_view expr);
+  void beginIf(std::string_view name, const std::vector<std::string>& arguments);
+  void beginIf(std::string_view name, CWords arguments);
+  void beginElseIf(std::string_view expr);
   void beginElse();
   void endIf() { endScope(body_); }
-  void beginFor(const std::string& var, const std::string& from, const std::string& condition,
-                const std::string& step);
+  void beginFor(std::string_view var, std::string_view from, std::string_view condition,
+                std::string_view step);
   void endFor() { endScope(body_); }
   /// A bare block.
   void beginBlock();
   void endBlock() { endScope(body_); }
 
   // Preprocessor lines stand at column 0.
-  void beginIfDef(const std::string& name);
-  void beginIfNDef(const std::string& name);
+  void beginIfDef(std::string_view name);
+  void beginIfNDef(std::string_view name);
   void beginElsePP();
   void endIfPP();
 
-  void addComment(const std::string& text);
+  void addComment(std::string_view text);
   /// The text as it is, without a new line before it.
-  void addText(const std::string& text) { body_.add(text); }
+  void addText(std::string_view text) { body_.add(text); }
   /// The text as a line of its own at the current indentation.
-  void addLine(const std::string& text);
+  void addLine(std::string_view text) { addLine({text}); }
   std::string getNewLabel();
-  void addGoto(const std::string& label);
-  void addLabel(const std::string& label);
+  void addGoto(std::string_view label);
+  void addLabel(std::string_view label);
   /// An empty entry of a table.
   void dummyDecl();
 
@@ -78,7 +82,13 @@ class CFunction : public CBase {
     std::string type;
     std::string name;
   };
-  void preprocessor(const std::string& line);
+  void addLine(CWords parts) {
+    newline(body_);
+    body_.add(parts);
+  }
+  template <class Words>
+  void addCall(CWords before, std::string_view name, const Words& arguments, std::string_view behind);
+  void preprocessor(std::string_view word, std::string_view name);
 
   bool exported_;
   std::string name_;

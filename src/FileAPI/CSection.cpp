@@ -1,19 +1,55 @@
 #include "FileAPI/CSection.h"
 
-#include <algorithm>
+#include <cstring>
 #include <utility>
+#include <vector>
 
 #include "FileAPI/CFile.h"
 #include "driver/T3Exception.h"
 
 namespace {
 constexpr size_t kCopyBuffer = 0x400;
+// Calls of the system cost more than this much copying.
+constexpr size_t kStreamBuffer = 0x8000;
+constexpr size_t kMostSpareTexts = 16;
+
+// Memory of sections that are no longer there, grown to the size of such texts already.
+std::vector<std::string>& SpareTexts() {
+  static auto& texts = *new std::vector<std::string>;
+  return texts;
+}
+
+unsigned CountLines(std::string_view text) {
+  unsigned lines = 0;
+  const char* end = text.data() + text.size();
+  for (const char* at = text.data(); at != end; ++at, ++lines) {
+    at = static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
+    if (at == nullptr) break;
+  }
+  return lines;
+}
 
 void WriteText(FILE* stream, std::string_view text) {
-  if (std::fwrite(text.data(), 1, text.size(), stream) != text.size())
+  if (fwrite_unlocked(text.data(), 1, text.size(), stream) != text.size())
     throw internal_exception("CSection", __LINE__, "add", "error when writing file");
 }
 }  // namespace
+
+CSection::CSection() {
+  if (SpareTexts().empty()) {
+    text_.reserve(_reserve_limit);
+  } else {
+    text_ = std::move(SpareTexts().back());
+    SpareTexts().pop_back();
+  }
+}
+
+CSection::~CSection() {
+  close();
+  if (text_.capacity() < _reserve_limit || SpareTexts().size() >= kMostSpareTexts) return;
+  text_.clear();
+  SpareTexts().push_back(std::move(text_));
+}
 
 CSection::CSection(CSection&& other) noexcept {
   *this = std::move(other);
@@ -32,15 +68,20 @@ CSection& CSection::operator=(CSection&& other) noexcept {
   return *this;
 }
 
-void CSection::add(std::string_view text) {
+void CSection::addAnyhow(std::string_view text) {
   if (ended_)
     throw internal_exception("CSection", __LINE__, "add", "Add on ended CSection: " + std::string(text));
   if (stream_ == nullptr && text_.size() + text.size() >= _limit) spill();
-  lines_ += static_cast<unsigned>(std::count(text.begin(), text.end(), '\n'));
-  if (stream_ != nullptr)
-    WriteText(stream_, text);
-  else
+  if (stream_ == nullptr) {
     text_ += text;
+    return;
+  }
+  WriteText(stream_, text);
+  lines_ += CountLines(text);
+}
+
+unsigned CSection::lineCount() const {
+  return lines_ + CountLines(text_);
 }
 
 void CSection::spill() {
@@ -51,7 +92,9 @@ void CSection::spill() {
   stream_ = std::fopen(name.c_str(), "w");
   if (stream_ == nullptr)
     throw internal_exception("CSection", __LINE__, "add", "Could not create/open array file");
+  std::setvbuf(stream_, nullptr, _IOFBF, kStreamBuffer);
   WriteText(stream_, text_);
+  lines_ = CountLines(text_);
   std::string().swap(text_);
 }
 
@@ -84,6 +127,7 @@ void CSection::copySpillFile(FILE* stream) const {
   FILE* source = std::fopen(file_.path().c_str(), "r");
   if (source == nullptr)
     throw internal_exception("CSection", __LINE__, "writeTo", "Unable to open source file");
+  std::setvbuf(source, nullptr, _IOFBF, kStreamBuffer);
   char buffer[kCopyBuffer];
   size_t read = 0;
   size_t written = 0;

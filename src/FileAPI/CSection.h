@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -11,15 +12,23 @@
 /// A section is handed over by moving; the one that it was taken from holds nothing any more.
 class CSection {
  public:
-  CSection() { text_.reserve(_reserve_limit); }
+  CSection();
   CSection(CSection&& other) noexcept;
   CSection& operator=(CSection&& other) noexcept;
   CSection(const CSection&) = delete;
   CSection& operator=(const CSection&) = delete;
-  ~CSection() { close(); }
+  ~CSection();
 
   /// Throws internal_exception when the section is ended, or its spill file cannot be written.
-  void add(std::string_view text);
+  void add(std::string_view text) {
+    if (!ended_ && stream_ == nullptr && text_.size() + text.size() < _limit)
+      text_.append(text);
+    else
+      addAnyhow(text);
+  }
+  void add(std::initializer_list<std::string_view> parts) {
+    for (const std::string_view part : parts) add(part);
+  }
   /// Closes the spill file; nothing can be added any more. Throws when not everything could be written.
   void end();
   /// Writes the whole text to `stream`. Throws when it cannot be read or written. Ends the section.
@@ -27,17 +36,21 @@ class CSection {
 
   bool ended() const { return ended_; }
   bool spilled() const { return stream_ != nullptr || !file_.path().empty(); }
-  unsigned lineCount() const { return lines_; }
+  unsigned lineCount() const;
+  /// The whole text, unless the section has spilled.
+  const std::string& text() const { return text_; }
 
  private:
   static constexpr size_t _limit = 10240;
   static constexpr size_t _reserve_limit = 256;
 
+  void addAnyhow(std::string_view text);
   void spill();
   void write(std::string_view text);
   void close();
   void copySpillFile(FILE* stream) const;
 
+  /// Of what has been spilled.
   unsigned lines_ = 0;
   bool ended_ = false;
   std::string text_;

@@ -8,11 +8,11 @@
 CStructure::CStructure(CFile* file, const std::string& type, const std::string& name, bool singleLine,
                        bool isStatic)
     : CBase(file), type_(type), name_(name), singleLine_(singleLine), isStatic_(isStatic) {
-  section_.add((isStatic ? "static " : "") + type + " " + name + " = ");
+  section_.add({isStatic ? "static " : "", type, " ", name, " = "});
   beginScope(section_);
 }
 
-void CStructure::addMember(const std::string& text) {
+void CStructure::addMember(std::string_view text) {
   if (members_++ > 0) section_.add(",");
   if (singleLine_)
     section_.add(" ");
@@ -24,7 +24,7 @@ void CStructure::addMember(const std::string& text) {
 void CStructure::end() {
   if (file_ == nullptr) throw internal_exception("CStructure", __LINE__, "end", "No file");
   file_->add(isStatic_ ? CFile::SourceStructureDecls : CFile::HeaderStructures,
-             (isStatic_ ? "static " : "extern ") + type_ + " " + name_ + ";\n");
+             {isStatic_ ? "static " : "extern ", type_, " ", name_, ";\n"});
   endScope(section_);
   section_.add(";\n\n");
   section_.end();

@@ -11,7 +11,7 @@ class CStructure : public CBase {
   CStructure(CFile* file, const std::string& type, const std::string& name, bool singleLine, bool isStatic);
   void end() override;
 
-  void addMember(const std::string& text);
+  void addMember(std::string_view text);
   const std::string& name() const { return name_; }
 
  private:

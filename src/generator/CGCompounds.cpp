@@ -1,22 +1,26 @@
 // Compound values: the value of the whole is reserved, and its parts are assigned to it one by one.
+#include <set>
+
 #include "analysis/T3Constants.h"
 #include "analysis/T3Types.h"
+#include "driver/T3CommandLine.h"
 #include "generator/CGExpressionParts.h"
 #include "generator/CGModule.h"
+#include "generator/CGTypeAccess.h"
 #include "generator/CLocations.h"
 #include "generator/T3CodeDefs.h"
 #include "generator/T3Context.h"
 
 namespace cg {
-int64_t AlternativeOfAnyType(T3FieldValue* item) {
-  T3Tree_Node* type = BehindImport(item->attr().def);
+int64_t AlternativeOfAnyType(T3Tree_Node* type_decl) {
+  T3Tree_Node* type = BehindImport(type_decl);
   int64_t index = 0;
   T3Tree_Node* at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
   for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
     T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
     if (BehindImport(Def(reference)) == type) return index;
   }
-  NotSupported(item);
+  NotSupported(type_decl);
 }
 
 T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position) {
@@ -67,7 +71,26 @@ int64_t MemberIndex(T3FieldValue* item, T3Tree_Node* type, int64_t position) {
   return name != nullptr ? GetAlternativeIndex(type, name->name, true) : position;
 }
 
+// A value of an ASN.1 module leaves out what it does not have.
+void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::string& target,
+                      CFunction& function) {
+  std::set<int64_t> named;
+  int64_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) named.insert(MemberIndex(item, type, position++));
+  function.addComment("explicitly omitting unmentioned fields for ASN.1 value");
+  int64_t index = 0;
+  gT3AST.ForallT3Tree(type->as<_T3StructuredType>()->body, [&](T3Tree_Node* field) {
+    const int64_t at = index++;
+    if (named.count(at) > 0) return;
+    const bool is_omitted = field->as<T3FieldType>()->optional && !gT3CommandLine.strict;
+    function.call(
+        LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
+        {target, std::to_string(at), is_omitted ? LUMO_OMIT_VALUE_C : LUMO_NOT_USED_VALUE_C, VEXA_CONTEXT});
+  });
+}
+
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
   size_t position = 0;
   for (T3FieldValue* item : ItemsOf(node)) {
     const size_t index = position++;
@@ -124,7 +147,7 @@ void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
   if (name == nullptr) NotSupported(node);
-  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(items.front())
+  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(items.front()->attr().def)
                                               : GetAlternativeIndex(type, name->name, true);
   const std::string alternative = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,

@@ -165,7 +165,11 @@ const char* RTS2CFunction(T3Tree_Node* type) {
   }
 }
 
-std::string Call(const std::string& function, const std::vector<std::string>& arguments) {
+std::string Call(std::string_view function, const std::vector<std::string>& arguments) {
+  return getSignature("", function, arguments);
+}
+
+std::string Call(std::string_view function, CWords arguments) {
   return getSignature("", function, arguments);
 }
 

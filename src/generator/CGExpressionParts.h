@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "FileAPI/CBase.h"
 #include "driver/T3Exception.h"
 #include "generator/CGExpression.h"
 #include "generator/LUMOS.h"
@@ -12,7 +13,8 @@ namespace cg {
 using Mode = vexa_allocation_mode_t;
 
 /// The text of a call.
-std::string Call(const std::string& function, const std::vector<std::string>& arguments);
+std::string Call(std::string_view function, const std::vector<std::string>& arguments);
+std::string Call(std::string_view function, CWords arguments);
 /// The locations of an operand, which is evaluated.
 std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function);
@@ -125,6 +127,10 @@ inline constexpr int kPassedToTemplate = 7;
 
 /// False for a qualifier that names a declaration of another module, or an enumeration value.
 bool IsField(T3Qualifier* node);
+/// What a field is a part of: a module before the name of a type in `anytype` is none.
+T3Tree_Node* WholeOf(T3Qualifier* field);
+/// The place of a field among the fields of the whole; in `anytype`, of the type that it names.
+int64_t PlaceOfField(T3Qualifier* field);
 
 /// True for a literal with characters beyond ASCII.
 bool IsWideLiteral(T3Tree_Node* node);
@@ -138,8 +144,8 @@ bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
 
 void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
-/// The alternative of `anytype` that stands for the type of an item, by the order in which it lists them.
-int64_t AlternativeOfAnyType(T3FieldValue* item);
+/// The alternative of `anytype` that stands for a declared type, by the order in which it lists them.
+int64_t AlternativeOfAnyType(T3Tree_Node* type_decl);
 /// The parameter of a signature that an item at this position of a list means; the end of the parameters
 /// where there is none.
 T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position);

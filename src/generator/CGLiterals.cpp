@@ -24,7 +24,7 @@ std::string CharacterText(char c) {
 }
 
 std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsigned cell) {
-  return "{" + std::to_string(group) + ", " + std::to_string(plane) + ", " + std::to_string(row) + ", " +
+  return "{" + std::to_string(group) + "," + std::to_string(plane) + "," + std::to_string(row) + "," +
          std::to_string(cell) + "}";
 }
 
@@ -86,20 +86,39 @@ std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
   return characters;
 }
 
+// Makes the value of an array of characters.
+void WideCharOrWideString(T3Tree_Node* node, const std::string& array, size_t count, Mode allocation,
+                          CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  if (TypeOf(node)->is<T3UniversalCharacterType>())
+    function.call(LUMO_VALUE_SET_UNIVERSAL_CHAR, {target, array + "[0]", VEXA_CONTEXT});
+  else
+    function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
+                  {target, array, std::to_string(count), VEXA_CONTEXT});
+}
+
+std::string TextOfWideChar(const WideChar& c) {
+  return WideCharacterText(c.group, c.plane, c.row, c.cell);
+}
+
+// One character stands where it is used.
 void GenUniversalChar(T3Tree_Node* node, Mode allocation, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   std::string initializers;
-  for (const WideChar& c : characters)
-    initializers += (initializers.empty() ? "" : ", ") + WideCharacterText(c.group, c.plane, c.row, c.cell);
-  // An array is a variable whose brackets stand behind its name, which has to be known before.
-  const std::string name = gT3Context.file().uniqueName("vexa_wide_string_literal");
-  function.declare(LUMO_WIDE_CHAR_T, name + "[]", "{" + initializers + "}");
-  const std::string target = AllocateRTSValue(node, allocation, function);
-  if (TypeOf(node)->is<T3UniversalCharacterType>())
-    function.call(LUMO_VALUE_SET_UNIVERSAL_CHAR, {target, name + "[0]", VEXA_CONTEXT});
-  else
-    function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
-                  {target, name, std::to_string(characters.size()), VEXA_CONTEXT});
+  for (const WideChar& c : characters) initializers += (initializers.empty() ? "" : ", ") + TextOfWideChar(c);
+  const std::string name = function.declareArray(LUMO_WIDE_CHAR_T, "{" + initializers + "}");
+  WideCharOrWideString(node, name, characters.size(), allocation, function);
+}
+
+// A text has a table of its own.
+void GenUTF8String(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  const std::vector<WideChar> characters = WideCharsOf(node);
+  CFile& file = gT3Context.file();
+  auto array = file.beginArray(LUMO_WIDE_CHAR_T, file.uniqueName("vexa_wide_string_literal"), true);
+  for (const WideChar& c : characters) array->addElement(TextOfWideChar(c));
+  array->end();
+  const std::string text = "((const " + std::string(LUMO_WIDE_CHAR_T) + " *) " + array->name() + ")";
+  WideCharOrWideString(node, text, characters.size(), allocation, function);
 }
 
 // ---- Others ----
@@ -201,7 +220,7 @@ bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function) {
       return true;
     case T3Kind::T3CharStringLiteral:
       if (IsWideLiteral(node)) {
-        GenUniversalChar(node, allocation, function);
+        GenUTF8String(node, allocation, function);
         return true;
       }
       [[fallthrough]];

@@ -177,7 +177,7 @@ bool HoldsTemplate(T3Tree_Node* node) {
   }
   if (auto* element = node->try_as<T3Subscription>()) return HoldsTemplate(element->base);
   if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field))
-    return HoldsTemplate(field->base);
+    return HoldsTemplate(WholeOf(field));
   if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return false;
   T3Tree_Node* def = Def(node);
   return IsTemplateDecl(def) || T3Is<T3FormalTemplatePar>(def) ||
@@ -210,7 +210,7 @@ bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
   } else if (auto* call = node->try_as<T3Parameterization>()) {
     if (!IsTemplateDecl(Def(call))) return false;
     TemplateReference(node, Def(call), call->apl, allocation, function);
-  } else if (node->is<T3Identifier>() || node->is<T3Qualifier>()) {
+  } else if (node->is<T3Identifier>() || (node->is<T3Qualifier>() && !IsField(node->as<T3Qualifier>()))) {
     T3Tree_Node* def = Def(node);
     // A type in the list of a subtype: any of its values.
     if (T3Is<T3TypeDecl>(BehindImport(def))) return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;

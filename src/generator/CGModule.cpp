@@ -1,6 +1,7 @@
 #include "generator/CGModule.h"
 
 #include <algorithm>
+#include <array>
 
 #include "asn1/integration/T3Representation.h"
 #include "driver/T3CommandLine.h"
@@ -222,17 +223,23 @@ void CGAddMagicNumber(CFile& file) {
   file.addConstant(type, "RTS_MAGIC_NUMBER_CHECK", "&(" + MagicNumberName() + ")", true);
 }
 
-void CGSymTabAddEntry(std::vector<std::string> columns) {
-  columns.resize(kColumns, C_NULL);
-  gT3Context.symbolTable().addRow(columns);
+void CGSymTabAddEntry(CWords columns) {
+  std::array<std::string_view, kColumns> row;
+  std::copy(columns.begin(), columns.end(), row.begin());
+  std::fill(row.begin() + columns.size(), row.end(), C_NULL);
+  gT3Context.symbolTable().addRow({row[0], row[1], row[2], row[3], row[4], row[5], row[6]});
 }
 
 std::string CGFunctionPointer(const std::string& name) {
   return "((" + std::string(C_VOID) + " *) " + name + ")";
 }
 
-std::string CGSourceFileName(T3Tree_Node* module) {
-  std::string name;
+const std::string& CGSourceFileName(T3Tree_Node* module) {
+  static T3Tree_Node* last = nullptr;
+  static auto& name = *new std::string;
+  if (module == last) return name;
+  last = module;
+  name.clear();
   for (const char c : EscapeEscape(GetSourceFile(module))) {
     if (c == '"') name += '\\';
     name += c;
@@ -256,8 +263,8 @@ void CGSetSourceLine(CFunction& function, const tPosition& position) {
 }
 
 void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what) {
-  std::string text =
-      CGSourceFileName(CGCurrentModule()) + " - line " + std::to_string(position.Line) + " : " + what;
+  std::string text = CGSourceFileName(CGCurrentModule());
+  text.append(" - line ").append(std::to_string(position.Line)).append(" : ").append(what);
   // the name of a file must not end the comment
   for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
     text.insert(at + 1, " ");

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "FileAPI/CBase.h"
 #include "frontend/T3Tree.h"
 
 class CFile;
@@ -22,12 +23,12 @@ void CGAddMagicNumber(CFile& file);
 T3Module* CGCurrentModule();
 
 /// Adds a row to the symbol table: quoted name, kind word, and up to five columns; the rest is "NULL".
-void CGSymTabAddEntry(std::vector<std::string> columns);
+void CGSymTabAddEntry(CWords columns);
 /// "((void *) name)".
 std::string CGFunctionPointer(const std::string& name);
 
 /// The name of the module's source file as the text of a C string literal.
-std::string CGSourceFileName(T3Tree_Node* module);
+const std::string& CGSourceFileName(T3Tree_Node* module);
 /// Calls that tell the run-time system where execution stands. `argv` is a word of C, `scope` the word of
 /// the kind of behaviour.
 void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,

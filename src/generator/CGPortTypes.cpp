@@ -103,11 +103,11 @@ void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
 // name.
 void GenMembers(T3ComponentType* component, CFunction& function) {
   std::vector<T3Tree_Node*> located;
-  int index = 0;
+  unsigned index = 0;
   gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
-    const int at = index++;
+    const unsigned place = index++;
     if (!member->is<_T3InstanceValueDecl>()) return;
-    CGComponentValue(member, at, function);
+    CGComponentValue(member, place, function);
     located.push_back(member);
   });
   for (T3Tree_Node* member : located) ResetLocation(member);

@@ -83,7 +83,21 @@ std::string Number(T3Tree_Node* node, CFunction& function) {
   return CastToUnsignedLong(InC(node, function));
 }
 
+// The functions are told what stands there, a template too.
+std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
+  const TemplateMode mode;
+  return InRTS(operand, vexa_temp_alloc, function);
+}
+
+// What has been decoded goes to the second operand, and what is left of the bits to the first one.
+void Decode(T3DecValue* node, Mode allocation, CFunction& function) {
+  const std::string bits = AsTemplate(node->value, function);
+  const LeftSide left_side;
+  Store(node, LUMO_DECVALUE, {bits, AsTemplate(node->decoded_value, function)}, allocation);
+}
+
 void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
+  if (auto* decoding = node->try_as<T3DecValue>()) return Decode(decoding, allocation, function);
   if (auto* sized = node->try_as<_T3PreDefinedLengthFunction>()) {
     const char* word = node->is<T3Int2Bit>()   ? LUMO_INT2BIT
                        : node->is<T3Int2Hex>() ? LUMO_INT2HEX
@@ -113,18 +127,12 @@ void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
         allocation);
 }
 
-// The functions are told what stands there, a template too.
-std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
-  const TemplateMode mode;
-  return InRTS(operand, vexa_temp_alloc, function);
-}
-
 // `ispresent` and `ischosen` ask the value around the field.
 void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
   auto* field = operand->try_as<T3Qualifier>();
   if (field == nullptr) NotSupported(node);
-  const std::string parent = AsTemplate(field->base, function);
-  const long index = GetAlternativeIndex(TypeOf(field->base), field->id, true);
+  const std::string parent = AsTemplate(WholeOf(field), function);
+  const int64_t index = PlaceOfField(field);
   StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
                             {parent, std::to_string(index), VEXA_CONTEXT}));
 }

@@ -127,17 +127,30 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
                                       std::to_string(GetEnumValueNumber(type, name)), VEXA_CONTEXT});
 }
 
+// Choosing an alternative on the way to a part of it keeps the other parts.
+const char* UnionAccessFunc(T3Qualifier* node) {
+  return T3Is<T3Qualifier>(node->parent) ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
+                                         : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
+}
+
+// The fields of `anytype` have the names of their modules too.
+tIdent NameOfField(T3Qualifier* node, T3Tree_Node* type) {
+  if (!type->is<T3AnyType>()) return node->id;
+  return FindIndex(AnyTypeFields(type), PlaceOfField(node))->as<T3FieldType>()->name;
+}
+
 void Field(T3Qualifier* node, CFunction& function) {
-  const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
-  T3Tree_Node* type = TypeOf(node->base);
-  const auto index = [&] { return std::to_string(GetAlternativeIndex(type, node->id, true)); };
+  const std::string parent = InRTS(WholeOf(node), vexa_temp_alloc, function);
+  T3Tree_Node* type = TypeOf(WholeOf(node));
+  const auto index = [&] { return std::to_string(PlaceOfField(node)); };
   if (IsRecordOrSetType(type))
     StoreRTSLocation(node, Call(IsLeftSide() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, index(), VEXA_CONTEXT}));
-  else if (IsLeftSide() && type->is<T3UnionType>())
-    StoreRTSLocation(node, Call(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
+  else if (IsLeftSide() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
+    StoreRTSLocation(node, Call(UnionAccessFunc(node), {parent, index(), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node, Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(node->id), VEXA_CONTEXT}));
+    StoreRTSLocation(node,
+                     Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
 }
 
 void Element(T3Subscription* node, Mode allocation, CFunction& function) {
@@ -152,10 +165,24 @@ void Element(T3Subscription* node, Mode allocation, CFunction& function) {
 }
 }  // namespace
 
-// Others have no value before the point.
+// Others have no value before the point. A type is a field of `anytype`, but not behind the name of a module.
 bool IsField(T3Qualifier* node) {
   T3Tree_Node* def = Def(node);
+  if (T3Is<T3TypeDecl>(BehindImport(def))) return !T3Is<T3Module>(Def(WholeOf(node)));
   return !T3Is<_T3Decl>(def) && !T3Is<T3EnumType>(def);
+}
+
+T3Tree_Node* WholeOf(T3Qualifier* field) {
+  auto* before = field->base->try_as<T3Qualifier>();
+  if (before == nullptr) return field->base;
+  Def(before);
+  return before->attr().module_name_in_anytype_qualification ? before->base : before;
+}
+
+int64_t PlaceOfField(T3Qualifier* field) {
+  T3Tree_Node* type = TypeOf(WholeOf(field));
+  return type->is<T3AnyType>() ? AlternativeOfAnyType(Def(field))
+                               : GetAlternativeIndex(type, field->id, true);
 }
 
 bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function) {

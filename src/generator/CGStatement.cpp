@@ -298,20 +298,20 @@ std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function
 }
 
 void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
-  T3Tree_Node* type = cg::TypeOf(field->base);
-  const std::string index = std::to_string(GetAlternativeIndex(type, field->id, true));
-  if (IsRecordOrSetType(type)) {
-    const std::string value = RightSide(field->base, rhs, function);
-    const std::string parent = LeftSideParent(field->base, function);
+  T3Tree_Node* whole = cg::WholeOf(field);
+  const std::string index = std::to_string(cg::PlaceOfField(field));
+  if (IsRecordOrSetType(cg::TypeOf(whole))) {
+    const std::string value = RightSide(whole, rhs, function);
+    const std::string parent = LeftSideParent(whole, function);
     function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
     return ElementModified(parent, index, function);
   }
   // The alternative is chosen before it gets its value.
-  const std::string parent = LeftSideParent(field->base, function);
+  const std::string parent = LeftSideParent(whole, function);
   const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
-  if (cg::HoldsTemplate(field->base))
-    function.call(LUMO_VALUE_ASSIGN, {chosen, RightSide(field->base, rhs, function), VEXA_CONTEXT});
+  if (cg::HoldsTemplate(whole))
+    function.call(LUMO_VALUE_ASSIGN, {chosen, RightSide(whole, rhs, function), VEXA_CONTEXT});
   else
     CGAssign(chosen, rhs, true, function);
   ElementModified(parent, index, function);
@@ -345,8 +345,8 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   auto* qualifier = statement->lhs->try_as<T3Qualifier>();
   if (qualifier != nullptr && cg::IsField(qualifier)) {
-    T3Tree_Node* type = cg::TypeOf(qualifier->base);
-    if (IsRecordOrSetType(type) || type->is<T3UnionType>())
+    T3Tree_Node* type = cg::TypeOf(cg::WholeOf(qualifier));
+    if (IsRecordOrSetType(type) || type->is<T3UnionType>() || type->is<T3AnyType>())
       return AssignField(qualifier, statement->rhs, function);
   }
   if (auto* element = statement->lhs->try_as<T3Subscription>())

@@ -69,7 +69,8 @@ const char* StructuredKind(T3Tree_Node* type) {
   }
 }
 
-// A default of a field is a value that lives as long as the module: the table gets it when the module is initialized.
+// A default of a field is a value that lives as long as the module: the table gets it when the module is
+// initialized.
 void GenFieldDefaults(const std::string& table, T3Tree_Node* fields) {
   unsigned index = 0;
   gT3AST.ForallT3Tree(fields, [&](T3Tree_Node* node) {
@@ -78,12 +79,9 @@ void GenFieldDefaults(const std::string& table, T3Tree_Node* fields) {
     if (!T3Is<_T3Expression>(field->default_value) || field->default_value->is<T3NoExpression>()) return;
     CFunction& function = gT3Context.initializeFunction();
     const CGStatementScope scope(function);
-    function.callAndAssign(member, LUMO_TYPE_INSTANTIATE_VALUE,
-                           {VEXATypeRef(field->type), AllocationMode(vexa_perm_alloc), VEXA_CONTEXT});
-    CGAssign(member, field->default_value, false, function);
-    CFunction& finalize = gT3Context.finalizeFunction();
-    finalize.call(LUMO_VALUE_DELETE, {"&" + member, VEXA_CONTEXT});
-    finalize.assign(member, C_NULL);
+    CGExpression(field->default_value, vexa_rts_mode, vexa_perm_alloc, function);
+    function.assign(member, RTSLocation(field->default_value));
+    gT3Context.finalizeFunction().assign(member, C_NULL);
   });
 }
 

@@ -36,10 +36,10 @@ std::string SymbolName(T3Tree_Node* decl) {
 
 void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info) {
   auto structure = gT3Context.file().beginStructure(LUMO_TYPE_INFO_STRUCT_T, struct_name, false, true);
-  for (const std::string& member :
-       {info.name, info.module, info.kind, info.parent_type, std::string(info.resolved ? C_TRUE : C_FALSE),
-        std::string(C_NULL), info.check_function, info.constraintof_function, info.template_info,
-        info.number_of_fields, info.field_info, info.enum_or_array_info, info.reserved_last})
+  for (const std::string_view member :
+       CWords{info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE, C_NULL,
+              info.check_function, info.constraintof_function, info.template_info, info.number_of_fields,
+              info.field_info, info.enum_or_array_info, info.reserved_last})
     structure->addMember(member);
   structure->end();
 }

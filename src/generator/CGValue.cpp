@@ -1,7 +1,5 @@
 #include "generator/CGValue.h"
 
-#include <optional>
-
 #include "analysis/T3Constants.h"
 #include "driver/T3Error.h"
 #include "driver/T3Exception.h"
@@ -139,26 +137,28 @@ void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3T
                              CFunction& function) {
   auto* array = RootType(type)->try_as<T3ArrayType>();
   auto* values = list->try_as<T3CompoundValue>();
-  const auto bounds = array == nullptr ? std::nullopt : KnownBounds(array);
-  if (!bounds || values == nullptr) cg::NotSupported(list);
-  int64_t index = bounds->low;
+  if (array == nullptr || values == nullptr) cg::NotSupported(list);
+  const bool nested = RootType(array->type)->is<T3ArrayType>();
+  int64_t index = LowerBoundValue(array->dimension);
   for (T3Tree_Node* at = values->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++index) {
     T3Tree_Node* duration = at->as<T3FieldValue>()->value;
     if (duration->is<T3NotUsedSymbol>()) continue;
-    const std::string number = std::to_string(index);
-    if (RootType(array->type)->is<T3ArrayType>()) {
-      GenerateTimerArrayDecl2(cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {location, number, VEXA_CONTEXT}), duration,
-                              array->type, function);
-      continue;
-    }
-    function.call(LUMO_VALUE_SET_TIMER_IN_ARRAY_DEFAULT_DURATION,
-                  {location, number, cg::InC(duration, function), VEXA_CONTEXT});
+    if (nested)
+      GenerateTimerArrayDecl2(
+          cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {location, std::to_string(index), VEXA_CONTEXT}), duration,
+          array->type, function);
+    else
+      function.call(LUMO_VALUE_SET_TIMER_IN_ARRAY_DEFAULT_DURATION,
+                    {location, std::to_string(index), cg::InC(duration, function), VEXA_CONTEXT});
   }
+}
+
+bool HasOneDuration(_T3InstanceValueDecl* decl) {
+  return HasValue(decl) && !RootType(decl->type)->is<T3ArrayType>();
 }
 
 void SetDurations(const std::string& location, T3VarDecl* decl, CFunction& function) {
   if (!HasValue(decl)) return;
-  const CGStatementScope scope(function);
   if (RootType(decl->type)->is<T3ArrayType>())
     return GenerateTimerArrayDecl2(location, decl->value, decl->type, function);
   function.call(LUMO_VALUE_SET_TIMER_DEFAULT_DURATION,
@@ -170,6 +170,24 @@ bool IsTimerDeclaration(T3Tree_Node* decl) {
   return decl->is<T3VarDecl>() && ElementOf(decl->as<T3VarDecl>()->type)->is<T3TimerType>();
 }
 
+namespace {
+void InstantiateTemplateVariable(const std::string& location, T3VarDecl* decl, CFunction& function) {
+  function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
+                         {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
+                          std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
+}
+
+// The duration is known before the timer is there.
+void CGLocalTimer(T3VarDecl* decl, const std::string& location, CFunction& function) {
+  const CGStatementScope scope(function);
+  if (HasOneDuration(decl)) cg::InC(decl->value, function);
+  Mark(decl, T3KindName(decl), function);
+  Instantiate(location, decl, decl->type, function, vexa_perm_alloc);
+  Register(location, false, function);
+  SetDurations(location, decl, function);
+}
+}  // namespace
+
 void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
   auto* decl = node->as<_T3InstanceValueDecl>();
@@ -179,61 +197,57 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
       function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
   SetRTSLocation(decl, location);
   const bool is_timer = IsTimerDeclaration(decl);
-  if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  if (is_timer) return CGLocalTimer(decl->as<T3VarDecl>(), location, function);
+  if (HasValue(decl)) Mark(decl, T3KindName(decl), function);
   if (holds_template) {
-    function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
-                           {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
-                            std::to_string(static_cast<int>(variable->templ_restriction)), VEXA_CONTEXT});
+    InstantiateTemplateVariable(location, variable, function);
     if (!HasValue(decl)) return;
     const CGStatementScope scope(function);
     const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
     function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
     return;
   }
-  Instantiate(location, decl, decl->type, function, is_timer ? vexa_perm_alloc : vexa_temp_alloc);
-  if (is_timer) {
-    Register(location, false, function);
-    SetDurations(location, decl->as<T3VarDecl>(), function);
-  } else if (HasValue(decl)) {
+  Instantiate(location, decl, decl->type, function, vexa_temp_alloc);
+  if (HasValue(decl)) {
     const CGStatementScope scope(function);
     CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
   }
 }
 
 namespace {
-// A variable that holds templates: its field is made one that may, and gets its first template.
-void ComponentTemplate(T3VarDecl* decl, const std::string& location, int index, CFunction& function) {
+// The record has values only: the element learns from what it gets first that it holds a template.
+void CGComponentTemplate(T3VarDecl* decl, const std::string& location, const std::string& index,
+                         CFunction& function) {
   const CGStatementScope scope(function);
-  const std::string made =
-      cg::Call(LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
-               {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
-                std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
-  function.call(LUMO_VALUE_INIT_VECTOR_ELEMENT,
-                {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), made, VEXA_CONTEXT});
-  if (HasValue(decl))
-    function.call(LUMO_VALUE_ASSIGN,
-                  {location, CGTemplateExpression(decl->value, vexa_template_plain, function), VEXA_CONTEXT});
+  if (HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  const std::string made = cg::Temporary(LUMO_VALUE_T, function);
+  InstantiateTemplateVariable(made, decl, function);
+  function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT,
+                {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, made, VEXA_CONTEXT});
+  Register(location, true, function);
+  if (!HasValue(decl)) return;
+  const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
+  function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
 }
 }  // namespace
 
-void CGComponentValue(T3Tree_Node* node, int index, CFunction& function) {
+void CGComponentValue(T3Tree_Node* node, unsigned place, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
-  auto* variable = node->try_as<T3VarDecl>();
-  const bool is_timer = IsTimerDeclaration(decl);
-  const std::string location = cg::Call(
-      LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, std::to_string(index), VEXA_CONTEXT});
+  const std::string index = std::to_string(place);
+  const std::string location =
+      cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, VEXA_CONTEXT});
   SetRTSLocation(decl, location);
+  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable)
+    return CGComponentTemplate(node->as<T3VarDecl>(), location, index, function);
+  const bool is_timer = IsTimerDeclaration(decl);
+  const CGStatementScope scope(function);
+  if (is_timer && HasOneDuration(decl)) cg::InC(decl->value, function);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
-  const bool holds_template = variable != nullptr && variable->is_template_variable;
-  if (holds_template) ComponentTemplate(variable, location, index, function);
   Register(location, true, function);
-  if (holds_template) return;
-  if (is_timer) {
-    SetDurations(location, variable, function);
-  } else if (HasValue(decl)) {
-    const CGStatementScope scope(function);
+  if (is_timer)
+    SetDurations(location, decl->as<T3VarDecl>(), function);
+  else if (HasValue(decl))
     CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
-  }
 }
 
 void CGModulePar(T3Tree_Node* node) {

@@ -14,7 +14,8 @@ void CGModulePar(T3Tree_Node* decl);
 /// A constant, variable or timer where its statement stands. Throws cg::not_supported for what no code is
 /// generated for.
 void CGLocalValue(T3Tree_Node* decl, CFunction& function);
-/// A constant, variable or timer of a component, which is that field of the component's record.
-void CGComponentValue(T3Tree_Node* decl, int index, CFunction& function);
+/// A constant, variable or timer of a component, by its place in the record that the function being written
+/// gets.
+void CGComponentValue(T3Tree_Node* decl, unsigned place, CFunction& function);
 /// True for a timer or an array of timers.
 bool IsTimerDeclaration(T3Tree_Node* decl);
