@@ -485,7 +485,8 @@ static BOOLE decode(ASNCODG *codg, const asn_type *type, void *home, input *in, 
 
 BOOLE asnDecodeBer(ASNCODG *codg, const asn_type *type, void *home) {
   codg->error = NULL;
-  input in = {codg->at, codg->at + codg->rest};
+  input in = {codg->at, codg->at};
+  if (codg->rest > 0) in.end += codg->rest; /* no octets may have no place */
   const BOOLE good = decode(codg, type, home, &in, 0);
   codg->rest -= (size_t)(in.at - codg->at);
   codg->at = in.at;
