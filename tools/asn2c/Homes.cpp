@@ -24,9 +24,7 @@ class Homes {
 
  private:
   // A class is no type of values.
-  static bool HasHome(const AsnType& type) {
-    return cGetVF(type) != VF_NONE;
-  }
+  static bool HasHome(const AsnType& type) { return cGetVF(type) != VF_NONE; }
 
   // Structures and lists may be named before they are defined.
   void Announce(const AsnType& type) {
@@ -53,7 +51,8 @@ class Homes {
   }
 
   static std::string AliasOf(const AsnType& type) {
-    const AsnType definition = getTypeMainType(type) == TYP_SELECTION ? forSelectionType(type) : forSynonymType(type);
+    const AsnType definition =
+        getTypeMainType(type) == TYP_SELECTION ? forSelectionType(type) : forSynonymType(type);
     // Numbers may have another form under the constraint of the new name.
     return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cBaseTypeId(definition) : LeafOf(type);
   }
@@ -123,14 +122,15 @@ class Homes {
     if (is_choice) file_ << indent << "sint32 choice;\n" << indent << "union {\n";
     if (components.empty()) file_ << indent << (is_choice ? "  " : "") << "NULLTYPE nothing;\n";
     for (const AsnType& component : components)
-      Member(component, (IsByPointer(component) ? "*" : "") + cComponentId(component), is_choice ? depth + 1 : depth);
+      Member(component, (IsByPointer(component) ? "*" : "") + cComponentId(component),
+             is_choice ? depth + 1 : depth);
     if (is_choice) file_ << indent << "};\n";
   }
 
   void Member(const AsnType& component, const std::string& name, int depth) {
     const std::string indent(static_cast<size_t>(depth) * 2, ' ');
-    const bool inside = IsStructured(component) && !isReference(component) &&
-                        getTypeMainType(component) != TYP_SELECTION;
+    const bool inside =
+        IsStructured(component) && !isReference(component) && getTypeMainType(component) != TYP_SELECTION;
     if (!inside) {
       file_ << indent << cBaseTypeId(component) << " " << name << ";\n";
       return;

@@ -70,8 +70,9 @@ class Tables {
  private:
   static constexpr int kDeepest = 1000;
 
-  // Components and elements are described one by one; what a reference leads to has a description elsewhere, of which
-  // the tags and constraints at hand may differ, so that the reference's own description shares its parts only.
+  // Components and elements are described one by one; what a reference leads to has a description elsewhere,
+  // of which the tags and constraints at hand may differ, so that the reference's own description shares its
+  // parts only.
   void ForInner(const AsnType& type, int depth, void (Tables::*call)(const AsnType&)) {
     if (depth > kDeepest) return;
     if (isListType(type)) ForInner(forTypeElem(type), depth + 1, call);
@@ -96,8 +97,8 @@ class Tables {
     const int items = WriteItems(base, id);
     const std::string alphabet = PermittedAlphabetOf(type);
     file_ << (isDefinedType(type) ? "" : "static ") << "const asn_type " << id << " = {\n";
-    file_ << "  .name = " << Quoted(getTypeRef(type)) << ", .kind = " << KindOf(base) << ", .form = " << FormOf(type)
-          << ", .size = sizeof(" << cBaseTypeId(type) << "),\n";
+    file_ << "  .name = " << Quoted(getTypeRef(type)) << ", .kind = " << KindOf(base)
+          << ", .form = " << FormOf(type) << ", .size = sizeof(" << cBaseTypeId(type) << "),\n";
     WriteBounds(type, base);
     if (tags > 0) file_ << "  .tags = " << id << "_tags, .tag_count = " << tags << ",\n";
     WriteReferences(base, id);
@@ -105,26 +106,22 @@ class Tables {
       file_ << "  .items = " << id << "_items, .item_count = " << items
             << ", .addition_items = " << CountItems(base) - items << ",\n";
     if (!alphabet.empty())
-      file_ << "  .alphabet = " << Quoted(alphabet) << ", .alphabet_size = " << static_cast<int>(alphabet.size())
-            << ",\n";
+      file_ << "  .alphabet = " << Quoted(alphabet)
+            << ", .alphabet_size = " << static_cast<int>(alphabet.size()) << ",\n";
     file_ << "};\n\n";
   }
 
-  static int KindOf(const AsnType& base) {
-    return getTypeMainType(base);
-  }
+  static int KindOf(const AsnType& base) { return getTypeMainType(base); }
 
-  static int FormOf(const AsnType& type) {
-    return cGetVF(type);
-  }
+  static int FormOf(const AsnType& type) { return cGetVF(type); }
 
   int WriteTags(const AsnType& type, const std::string& id) {
     const std::vector<AsnTag> tags = TagsOf(type);
     if (tags.empty()) return 0;
     file_ << "static const asn_tag " << id << "_tags[] = {";
     for (const AsnTag& tag : tags)
-      file_ << "{" << static_cast<int>(tag.tag_class) << ", " << (tag.constructed ? 1 : 0) << ", " << tag.number
-            << "}, ";
+      file_ << "{" << static_cast<int>(tag.tag_class) << ", " << (tag.constructed ? 1 : 0) << ", "
+            << tag.number << "}, ";
     file_ << "};\n";
     return static_cast<int>(tags.size());
   }
@@ -160,7 +157,8 @@ class Tables {
     std::vector<std::tuple<bool, std::pair<int, int>, int>> keys;
     for (size_t i = 0; i < components.size(); ++i) {
       const bool addition = isExtensionAdditionComponent(components[i]);
-      keys.emplace_back(addition, addition ? std::pair<int, int>{} : OrderingTag(components[i]), static_cast<int>(i));
+      keys.emplace_back(addition, addition ? std::pair<int, int>{} : OrderingTag(components[i]),
+                        static_cast<int>(i));
     }
     std::sort(keys.begin(), keys.end());
     file_ << "const int " << id << "_order[] = {";
@@ -180,8 +178,9 @@ class Tables {
     std::vector<int64_t> numbers;
     forEachNamedNumber(base, [&](const AsnValue& item, int) { numbers.push_back(int64Value(item)); });
     const bool extensible = isExtensibleEnumeratedList(base);
-    const auto root = extensible ? std::min<size_t>(static_cast<size_t>(base.node().extension_index), numbers.size())
-                                 : numbers.size();
+    const auto root = extensible
+                          ? std::min<size_t>(static_cast<size_t>(base.node().extension_index), numbers.size())
+                          : numbers.size();
     std::sort(numbers.begin(), numbers.begin() + static_cast<std::ptrdiff_t>(root));
     std::sort(numbers.begin() + static_cast<std::ptrdiff_t>(root), numbers.end());
     file_ << "static const sint32 " << id << "_items[] = {";
@@ -199,9 +198,9 @@ class Tables {
       extensible = set.extensible;
       if (set.constrained && !set.set.empty()) {
         const bool has_low = set.set.low() != kMinimum, has_high = set.set.high() != kMaximum;
-        file_ << "  .has_low = " << (has_low ? 1 : 0) << ", .has_high = " << (has_high ? 1 : 0) << ", .low = "
-              << (has_low ? Int64(set.set.low()) : "0") << ", .high = " << (has_high ? Int64(set.set.high()) : "0")
-              << ",\n";
+        file_ << "  .has_low = " << (has_low ? 1 : 0) << ", .has_high = " << (has_high ? 1 : 0)
+              << ", .low = " << (has_low ? Int64(set.set.low()) : "0")
+              << ", .high = " << (has_high ? Int64(set.set.high()) : "0") << ",\n";
       }
     } else if (form == VF_STRU) {
       const std::vector<AsnType> all = TypeComps(base, true);

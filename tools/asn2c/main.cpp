@@ -1,6 +1,6 @@
 // asn2c: the C of an ASN.1 module. From syntax files it writes, for the first module and all that it imports,
-// <prefix>.typ with the types that hold values, <prefix>.def and <prefix>.tab, and <prefix>cod.c and <prefix>cod.ext
-// with the descriptions of the types and the routines of the basic encoding rules.
+// <prefix>.typ with the types that hold values, <prefix>.def and <prefix>.tab, and <prefix>cod.c and
+// <prefix>cod.ext with the descriptions of the types and the routines of the basic encoding rules.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -32,8 +32,8 @@ std::string HeaderPath(const ModRec& module, const char* ending) {
 
 void WriteNamedNumbers(ModRec& module, CFile& file) {
   const std::string guard = asn2c::GuardOf(getModulePrefix(module) + ".def");
-  file << "/* Named numbers of the ASN.1 module " << module.name << ". */\n#ifndef " << guard << "\n#define " << guard
-       << "\n\n";
+  file << "/* Named numbers of the ASN.1 module " << module.name << ". */\n#ifndef " << guard << "\n#define "
+       << guard << "\n\n";
   forEachType(module, [&](const AsnType& type, int) {
     forEachNamedNumber(type, [&](const AsnValue& item, int) {
       file << "#define " << cTypeId(type) << "_" << getValueRef(item) << " " << int64Value(item) << "\n";
@@ -69,20 +69,21 @@ void WriteCodecHeader(ModRec& module, const std::string& functions, CFile& file)
 
 void WriteCodec(ModRec& module, const std::string& functions, CFile& file) {
   file << "/* Descriptions of the types of the ASN.1 module " << module.name
-       << ", and routines of the basic encoding rules. */\n#include \"" << getModulePrefix(module) << "cod.ext\"\n";
-  forEachExportingModule(module, [&](ModRec& imported) {
-    file << "#include \"" << getModulePrefix(imported) << "cod.ext\"\n";
-  });
+       << ", and routines of the basic encoding rules. */\n#include \"" << getModulePrefix(module)
+       << "cod.ext\"\n";
+  forEachExportingModule(
+      module, [&](ModRec& imported) { file << "#include \"" << getModulePrefix(imported) << "cod.ext\"\n"; });
   file << "\n";
   asn2c::WriteTables(module, file);
   const char* indefinite = functions.empty() ? "0" : "1";
   forEachType(module, [&](const AsnType& type, int) {
     if (!asn2c::HasCodec(type)) return;
     const std::string name = cTypeId(type);
-    file << "void " << functions << "enc" << name << "(ASNCODG *codg, " << name << " *home) {\n  codg->indefinite = "
-         << indefinite << ";\n  asnEncodeBer(codg, &" << asn2c::DescriptionOf(type) << ", home);\n}\n\n";
-    file << "BOOLE " << functions << "dec" << name << "(ASNCODG *codg, " << name << " *home) {\n  return asnDecodeBer(codg, &"
+    file << "void " << functions << "enc" << name << "(ASNCODG *codg, " << name
+         << " *home) {\n  codg->indefinite = " << indefinite << ";\n  asnEncodeBer(codg, &"
          << asn2c::DescriptionOf(type) << ", home);\n}\n\n";
+    file << "BOOLE " << functions << "dec" << name << "(ASNCODG *codg, " << name
+         << " *home) {\n  return asnDecodeBer(codg, &" << asn2c::DescriptionOf(type) << ", home);\n}\n\n";
   });
 }
 

@@ -1,7 +1,7 @@
-// asn2per: the routines of the packed encoding rules for an ASN.1 module. From its syntax file it writes <prefix>pec.c
-// and <prefix>pec.ext with encoders, <prefix>pdc.c and <prefix>pdc.ext with decoders of both variants,
-// and <prefix>per.c and <prefix>per.ext for what they share. A run for one variant writes the same as one for
-// the other.
+// asn2per: the routines of the packed encoding rules for an ASN.1 module. From its syntax file it writes
+// <prefix>pec.c and <prefix>pec.ext with encoders, <prefix>pdc.c and <prefix>pdc.ext with decoders of both
+// variants, and <prefix>per.c and <prefix>per.ext for what they share. A run for one variant writes the same
+// as one for the other.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -61,8 +61,9 @@ void WriteHeader(ModRec& module, const char* kind, bool encodes) {
 
 void WriteSource(ModRec& module, const char* kind, bool encodes) {
   CFile file(DirectoryOf(module, "C") + getModulePrefix(module) + kind + ".c");
-  file << "/* " << (encodes ? "Encoders" : "Decoders") << " of the packed encoding rules for the ASN.1 module "
-       << module.name << ". */\n#include \"" << getModulePrefix(module) << kind << ".ext\"\n\n";
+  file << "/* " << (encodes ? "Encoders" : "Decoders")
+       << " of the packed encoding rules for the ASN.1 module " << module.name << ". */\n#include \""
+       << getModulePrefix(module) << kind << ".ext\"\n\n";
   ForTypes(module, [&](const AsnType& type) { Define(type, kind, encodes, file); });
   file.Close();
 }
@@ -72,13 +73,15 @@ void WriteCommon(ModRec& module) {
   const std::string guard = asn2c::GuardOf(name);
   CFile header(DirectoryOf(module, "H") + name);
   header << "#ifndef " << guard << "\n#define " << guard << "\n\n#include \"asncodec.ext\"\n#include \""
-         << getModulePrefix(module) << "cod.ext\"\n\n/* How many types have encoders and decoders. */\nextern const int "
+         << getModulePrefix(module)
+         << "cod.ext\"\n\n/* How many types have encoders and decoders. */\nextern const int "
          << getModuleRef(module) << "_per_types;\n\n#endif\n";
   header.Close();
   int count = 0;
   ForTypes(module, [&](const AsnType&) { ++count; });
   CFile source(DirectoryOf(module, "C") + getModulePrefix(module) + "per.c");
-  source << "#include \"" << name << "\"\n\nconst int " << getModuleRef(module) << "_per_types = " << count << ";\n";
+  source << "#include \"" << name << "\"\n\nconst int " << getModuleRef(module) << "_per_types = " << count
+         << ";\n";
   source.Close();
 }
 

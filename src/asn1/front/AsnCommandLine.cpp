@@ -17,7 +17,8 @@ constexpr const char* kCommentMarks[] = {"/*", "*/", "//", "(*", "*)", "--", "#"
 std::string remSpaces(const std::string& line) {
   const char* blanks = " \t\r\n\f\v";
   const size_t first = line.find_first_not_of(blanks);
-  return first == std::string::npos ? std::string() : line.substr(first, line.find_last_not_of(blanks) + 1 - first);
+  return first == std::string::npos ? std::string()
+                                    : line.substr(first, line.find_last_not_of(blanks) + 1 - first);
 }
 
 bool IsComment(const std::string& line) {
@@ -56,7 +57,8 @@ class Reader {
   }
 
   void Option(const std::string& text, const std::string& file) {
-    const bool printable = std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= ' ' && c < 0x7f; });
+    const bool printable =
+        std::all_of(text.begin(), text.end(), [](unsigned char c) { return c >= ' ' && c < 0x7f; });
     if (text.size() > kLongestOption || !printable) return;
     const std::string option = optionToUpper(text);
     const size_t equals = option.find('=');
@@ -77,7 +79,8 @@ class Reader {
   // A scope must be open before it ends, and closed before the next one begins.
   void CheckScope(const std::string& option, const std::string& file) {
     const bool begins = option.compare(0, 11, "BEGIN-SCOPE") == 0, ends = option == "END-SCOPE";
-    if (begins && in_scope_) std::printf("\nWARNING : Unexpected -BEGIN-SCOPE: option file %s\n", file.c_str());
+    if (begins && in_scope_)
+      std::printf("\nWARNING : Unexpected -BEGIN-SCOPE: option file %s\n", file.c_str());
     if (ends && !in_scope_) std::printf("\nWARNING : Unexpected -END-SCOPE: option file %s\n", file.c_str());
     if (begins) in_scope_ = true;
     if (ends) in_scope_ = false;

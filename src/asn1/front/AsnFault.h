@@ -1,5 +1,5 @@
-// Faults of syntax files, option files and text files, which end the work on ASN.1: each program that reads syntax
-// files stops with the status that the fault carries.
+// Faults of syntax files, option files and text files, which end the work on ASN.1: each program that reads
+// syntax files stops with the status that the fault carries.
 #pragma once
 
 #include <string>
@@ -31,7 +31,8 @@ struct AsnExit {
 /// Prints the fault's text, and `text` below it where there is one, on standard error and throws AsnExit{2}.
 [[noreturn]] void fatalError(int code, const std::string& text = {});
 
-/// Counts the nesting of a recursion along references between records; one without an end is a fatal internal error.
+/// Counts the nesting of a recursion along references between records; one without an end is a fatal internal
+/// error.
 class NestingGuard {
  public:
   NestingGuard(int& nesting, const char* text) : nesting_(nesting) {

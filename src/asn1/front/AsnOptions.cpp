@@ -32,8 +32,9 @@ constexpr OptionRow kOptions[] = {
 constexpr struct {
   const char* letters;
   NamingKind kind;
-} kKinds[] = {{"CL", kNamesClasses}, {"VS", kNamesValueSets}, {"OS", kNamesObjectSets}, {"T", kNamesTypes},
-              {"V", kNamesValues},   {"O", kNamesObjects},    {"C", kNamesComponents},  {"F", kNamesFunctions}};
+} kKinds[] = {{"CL", kNamesClasses},   {"VS", kNamesValueSets}, {"OS", kNamesObjectSets},
+              {"T", kNamesTypes},      {"V", kNamesValues},     {"O", kNamesObjects},
+              {"C", kNamesComponents}, {"F", kNamesFunctions}};
 constexpr struct {
   const char* word;
   std::string FixRec::*field;

@@ -1,5 +1,5 @@
-// Options of the ASN.1 tools and generators. They stand on a command line, in option files and in syntax files, and
-// are all words of one form: a name, for many of them "=" and a value.
+// Options of the ASN.1 tools and generators. They stand on a command line, in option files and in syntax
+// files, and are all words of one form: a name, for many of them "=" and a value.
 #pragma once
 
 #include <functional>
@@ -12,8 +12,16 @@
 namespace asn1 {
 
 /// The things whose C names naming options change.
-enum NamingKind { kNamesTypes = 1, kNamesClasses, kNamesValues, kNamesObjects, kNamesValueSets, kNamesObjectSets,
-                  kNamesComponents, kNamesFunctions };
+enum NamingKind {
+  kNamesTypes = 1,
+  kNamesClasses,
+  kNamesValues,
+  kNamesObjects,
+  kNamesValueSets,
+  kNamesObjectSets,
+  kNamesComponents,
+  kNamesFunctions
+};
 
 /// What the naming options say of one kind, or of one thing of that kind.
 struct FixRec {
@@ -30,8 +38,8 @@ class AsnOptions {
  public:
   /// Keeps an option's text, without its "-", for Apply.
   void Record(std::string text) { texts_.push_back(std::move(text)); }
-  /// Evaluates the recorded options in their order. `names` are the file prefixes by which a scope can mean the
-  /// module. An option that is none, or whose value is faulty, goes to `unknown`.
+  /// Evaluates the recorded options in their order. `names` are the file prefixes by which a scope can mean
+  /// the module. An option that is none, or whose value is faulty, goes to `unknown`.
   void Apply(const std::vector<std::string>& names, const std::function<bool(const std::string&)>& unknown);
 
   /// The value of an option with a number; `otherwise` where it was not given.
@@ -64,16 +72,17 @@ class AsnOptions {
 
 /// The command line of a tool or generator, read as far as it must be known before syntax files are.
 struct AsnCommandLine {
-  std::string syntax_directory;              // with its separator; empty for the working directory
+  std::string syntax_directory;                 // with its separator; empty for the working directory
   std::vector<std::string> source_directories;  // "-A="
   std::vector<std::string> file_prefixes;
-  std::vector<std::string> options;          // all others in their order, without "-"
+  std::vector<std::string> options;  // all others in their order, without "-"
   int prefix_length = 5;
   bool version = false;
   int warnings = 0;
 };
 
-/// Reads the words behind the program's name. Warnings go to standard output; a missing option file is a fatal error.
+/// Reads the words behind the program's name. Warnings go to standard output; a missing option file is a
+/// fatal error.
 AsnCommandLine parseCmdLineParams(const std::vector<std::string>& words);
 
 /// The part before "=" in capitals, the rest as it stands.

@@ -23,7 +23,10 @@ int VerbosityOf(const AsnCommandLine& line) {
     const std::string option = optionToUpper(text);
     if (option.compare(0, 8, "VERBOSE=") != 0) continue;
     const std::string value = option.substr(8);
-    result = value == "1" || value == "2" ? value[0] - '0' : value == "TERSE" ? 1 : value == "VERBOSE" ? 2 : 0;
+    result = value == "1" || value == "2" ? value[0] - '0'
+             : value == "TERSE"           ? 1
+             : value == "VERBOSE"         ? 2
+                                          : 0;
   }
   return result;
 }
@@ -53,7 +56,8 @@ void initBackend(const std::vector<std::string>& words, const BackendName& name,
   verbosity = VerbosityOf(command_line);
   Tell("  Parsing command line parameters ...\n");
   if (command_line.version) {
-    std::printf("%s\n", printVersionStri(std::string(name.name) + " version ", name.version, name.patch, "").c_str());
+    std::printf("%s\n",
+                printVersionStri(std::string(name.name) + " version ", name.version, name.patch, "").c_str());
     throw AsnExit{0};
   }
   if (command_line.file_prefixes.empty()) usage(name);

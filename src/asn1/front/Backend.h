@@ -1,5 +1,5 @@
-// The start of everything that works on syntax files: it reads the command line, the syntax files that it names and
-// those that they import, and evaluates each module's options.
+// The start of everything that works on syntax files: it reads the command line, the syntax files that it
+// names and those that they import, and evaluates each module's options.
 #pragma once
 
 #include <functional>
@@ -24,8 +24,8 @@ ModRec& firstModule();
 /// Takes options that are not common to all back ends; false where the text is none.
 using BackendOption = std::function<bool(ModRec& module, const std::string& text)>;
 
-/// Starts over with the words behind the program's name. Faults are fatal; without a file prefix the usage is printed
-/// and AsnExit{1} thrown.
+/// Starts over with the words behind the program's name. Faults are fatal; without a file prefix the usage is
+/// printed and AsnExit{1} thrown.
 void initBackend(const std::vector<std::string>& words, const BackendName& name, const BackendOption& take);
 /// The options of the command line that was read last.
 const AsnCommandLine& backendCommandLine();

@@ -97,7 +97,8 @@ bool checkMNode(const MNode& node, std::string& message) {
 bool TakeAll(Bytes& bytes, ModRec& module, std::vector<MNode>& headers) {
   const int32_t* counts = module.header.counts;
   return TakeRecords(bytes, counts[kMNode], headers) && TakeRecords(bytes, counts[kTNode], module.types) &&
-         TakeRecords(bytes, counts[kVNode], module.values) && TakeRecords(bytes, counts[kTagRec], module.tags) &&
+         TakeRecords(bytes, counts[kVNode], module.values) &&
+         TakeRecords(bytes, counts[kTagRec], module.tags) &&
          TakeRecords(bytes, counts[kSubRec], module.constraints) &&
          TakeRecords(bytes, counts[kTedRec], module.options_read) &&
          TakeRecords(bytes, counts[kSNode], module.steps) &&
@@ -121,12 +122,14 @@ bool ArePrefixes(const ModRec& module, const std::vector<MNode>& headers) {
 }
 
 // Reads the file into the module and its import records; 0 or a result of reading.
-int readTree(ModRec& module, const std::string& directory, std::vector<MNode>& headers, std::string& message) {
+int readTree(ModRec& module, const std::string& directory, std::vector<MNode>& headers,
+             std::string& message) {
   std::ifstream file(directory + module.file_prefix + ".stx", std::ios::binary);
   if (!file) return kNotFound;
   Bytes first(std::string(std::istreambuf_iterator<char>(file), {}));
   Bytes bytes = first;
-  if (!first.Take(&module.header, sizeof module.header) || !checkMNode(module.header, message)) return kInvalid;
+  if (!first.Take(&module.header, sizeof module.header) || !checkMNode(module.header, message))
+    return kInvalid;
   if (!TakeAll(bytes, module, headers)) return kInvalid;
   const int modules = static_cast<int>(headers.size());
   const bool sound = IsSoundTree(module, modules) && ArePrefixes(module, headers);
@@ -236,7 +239,9 @@ void SyntaxTrees::readAllSyntaxTrees(const std::string& directory) {
     std::string message;
     const int result = readSyntaxTree(module, directory, message);
     if (result == 0) continue;
-    const int code = result == kInconsistent ? kTreeInconsistent : result == kNotFound ? kTreeNotFound : kNotATree;
+    const int code = result == kInconsistent ? kTreeInconsistent
+                     : result == kNotFound   ? kTreeNotFound
+                                             : kNotATree;
     fatalError(code, module.file_prefix + (message.empty() ? "" : ": " + message));
   }
 }

@@ -34,7 +34,7 @@ struct ModRec {
   ModuleState state = kNotRead;
   bool named_by_user = false;
   MNode header{};
-  std::vector<TNode> types;        // record 1 is element 0; so for the others
+  std::vector<TNode> types;  // record 1 is element 0; so for the others
   std::vector<VNode> values;
   std::vector<TagRec> tags;
   std::vector<SubRec> constraints;
@@ -45,11 +45,12 @@ struct ModRec {
   std::vector<std::u32string> strings32;
   std::vector<ImportRec> imports;  // import record k is element k - 2
   AsnOptions options;
-  std::map<int, int> stamps;       // by type number
+  std::map<int, int> stamps;  // by type number
   std::unique_ptr<BEModMetaRec> meta;
 };
 
-/// The records of a module by number, and texts; a number that no record has is a fatal error. Text 0 is empty.
+/// The records of a module by number, and texts; a number that no record has is a fatal error. Text 0 is
+/// empty.
 const TNode& tNode(const ModRec& module, int number);
 TNode& tNode(ModRec& module, int number);
 const VNode& vNode(const ModRec& module, int number);
@@ -73,9 +74,11 @@ class SyntaxTrees {
   /// The module of a file prefix or, where none is given, of a name; made if there is none.
   ModRec& findOrCreateModRec(const std::string& file_prefix, const std::string& name);
   ModRec* find(const std::string& name);
-  /// Reads the syntax file of each module that was not read, and of what those import; a failure is a fatal error.
+  /// Reads the syntax file of each module that was not read, and of what those import; a failure is a fatal
+  /// error.
   void readAllSyntaxTrees(const std::string& directory);
-  /// Reads one module and, imports first, what it imports. Returns 0, or 1001 to 1003 with a text in `message`.
+  /// Reads one module and, imports first, what it imports. Returns 0, or 1001 to 1003 with a text in
+  /// `message`.
   int readSyntaxTree(ModRec& module, const std::string& directory, std::string& message);
   const std::vector<std::unique_ptr<ModRec>>& all() const { return modules_; }
   void clear() { modules_.clear(); }

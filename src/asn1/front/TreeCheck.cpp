@@ -65,13 +65,16 @@ class Check {
   Check(const ModRec& module, int modules) : module_(module), modules_(modules) {}
 
   bool All() const {
-    return std::all_of(module_.types.begin(), module_.types.end(), [this](const TNode& node) { return Type(node); }) &&
+    return std::all_of(module_.types.begin(), module_.types.end(),
+                       [this](const TNode& node) { return Type(node); }) &&
            std::all_of(module_.values.begin(), module_.values.end(),
                        [this](const VNode& node) { return Value(node); }) &&
            std::all_of(module_.constraints.begin(), module_.constraints.end(),
                        [this](const SubRec& node) { return Constraint(node); }) &&
-           std::all_of(module_.tags.begin(), module_.tags.end(), [this](const TagRec& node) { return Tag(node); }) &&
-           std::all_of(module_.steps.begin(), module_.steps.end(), [this](const SNode& node) { return Step(node); }) &&
+           std::all_of(module_.tags.begin(), module_.tags.end(),
+                       [this](const TagRec& node) { return Tag(node); }) &&
+           std::all_of(module_.steps.begin(), module_.steps.end(),
+                       [this](const SNode& node) { return Step(node); }) &&
            std::all_of(module_.options_read.begin(), module_.options_read.end(),
                        [this](const TedRec& node) { return Text(node.text); }) &&
            Nesting() && Components();
@@ -86,24 +89,28 @@ class Check {
 
   bool Type(const TNode& node) const {
     const bool is_list = node.main_type == TYP_SEQOF || node.main_type == TYP_SETOF;
-    return node.main_type <= TYP_NONE && Text(node.name) && Text(node.ref_name) && IsType(node.first_component) &&
-           IsType(node.next) && IsType(node.parent) && IsType(node.definition) && IsType(node.class_chain) &&
-           Within(node.first_tag, module_.tags.size()) && IsConstraint(node.constraint) && IsValue(node.first_named) &&
-           IsValue(node.default_value) && IsModule(node.ref_module) && node.extension_index >= 0 &&
-           !(is_list && node.first_component == 0) && (node.ref_module > 1 || IsType(node.ref_type));
+    return node.main_type <= TYP_NONE && Text(node.name) && Text(node.ref_name) &&
+           IsType(node.first_component) && IsType(node.next) && IsType(node.parent) &&
+           IsType(node.definition) && IsType(node.class_chain) &&
+           Within(node.first_tag, module_.tags.size()) && IsConstraint(node.constraint) &&
+           IsValue(node.first_named) && IsValue(node.default_value) && IsModule(node.ref_module) &&
+           node.extension_index >= 0 && !(is_list && node.first_component == 0) &&
+           (node.ref_module > 1 || IsType(node.ref_type));
   }
 
   bool Value(const VNode& node) const {
     return node.main_type <= kNoValue && Text(node.name) && Text(node.text8) &&
            Within(node.text16, module_.strings16.size()) && Within(node.text32, module_.strings32.size()) &&
-           IsModule(node.ref_module) && (node.ref_module > 1 || IsValue(node.ref_value)) && IsValue(node.next) &&
-           IsValue(node.first_component) && IsType(node.type) && IsType(node.actual_type) && IsType(node.field_type);
+           IsModule(node.ref_module) && (node.ref_module > 1 || IsValue(node.ref_value)) &&
+           IsValue(node.next) && IsValue(node.first_component) && IsType(node.type) &&
+           IsType(node.actual_type) && IsType(node.field_type);
   }
 
   bool Constraint(const SubRec& node) const {
-    return Text(node.text) && IsConstraint(node.next) && IsConstraint(node.first) && IsConstraint(node.second) &&
-           IsType(node.component_type) && Within(node.path, module_.steps.size()) && IsValue(node.value) &&
-           IsValue(node.value2) && !(node.kind == kSingleValue && node.value == 0);
+    return Text(node.text) && IsConstraint(node.next) && IsConstraint(node.first) &&
+           IsConstraint(node.second) && IsType(node.component_type) &&
+           Within(node.path, module_.steps.size()) && IsValue(node.value) && IsValue(node.value2) &&
+           !(node.kind == kSingleValue && node.value == 0);
   }
 
   bool Tag(const TagRec& node) const {
@@ -111,9 +118,7 @@ class Check {
            Within(node.next, module_.tags.size());
   }
 
-  bool Step(const SNode& node) const {
-    return Text(node.text) && Within(node.next, module_.steps.size());
-  }
+  bool Step(const SNode& node) const { return Text(node.text) && Within(node.next, module_.steps.size()); }
 
   bool Nesting() const {
     Forest types(module_.types.size()), values(module_.values.size()),
@@ -142,7 +147,8 @@ class Check {
     std::vector<int32_t> around(module_.types.size() + 1);
     for (size_t i = 0; i < module_.types.size(); ++i) {
       int32_t place = 0;
-      for (int32_t at = module_.types[i].first_component; at != 0; at = module_.types[static_cast<size_t>(at) - 1].next) {
+      for (int32_t at = module_.types[i].first_component; at != 0;
+           at = module_.types[static_cast<size_t>(at) - 1].next) {
         const TNode& component = module_.types[static_cast<size_t>(at) - 1];
         around[static_cast<size_t>(at)] = static_cast<int32_t>(i) + 1;
         if (component.main_type == TYP_EXTENSION_MARKER) continue;

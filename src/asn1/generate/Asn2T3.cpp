@@ -39,7 +39,8 @@ std::string GuardOf(const std::string& name) {
   return guard;
 }
 
-// The time at which files say they were made: that of the environment where the build is to be the same each time.
+// The time at which files say they were made: that of the environment where the build is to be the same each
+// time.
 std::tm Now() {
   std::time_t now = std::time(nullptr);
   if (const char* given = std::getenv("SOURCE_DATE_EPOCH")) now = static_cast<std::time_t>(std::atoll(given));
@@ -53,13 +54,13 @@ void printFileHeader(ModRec& module, const std::string& name, CText& text) {
   const std::tm now = Now();
   text.put("/****************************************************************\n");
   text.put(std::string(" * Processed by ") + kName + " " + kVersion + " ");
-  std::snprintf(line, sizeof line, "on %02d.%02d.%d at %d:%02d.%02d\n", now.tm_mday, now.tm_mon + 1, now.tm_year + 1900,
-                now.tm_hour, now.tm_min, now.tm_sec);
+  std::snprintf(line, sizeof line, "on %02d.%02d.%d at %d:%02d.%02d\n", now.tm_mday, now.tm_mon + 1,
+                now.tm_year + 1900, now.tm_hour, now.tm_min, now.tm_sec);
   text.put(line);
   const MNode& node = module.header;
-  std::snprintf(line, sizeof line, " * Syntax file processed by MESK %s on %02d.%02d.%d at %d:%02d.%02d\n", kMeskVersion,
-                node.date % 100, node.date / 100 % 100, node.date / 10000, node.time / 10000, node.time / 100 % 100,
-                node.time % 100);
+  std::snprintf(line, sizeof line, " * Syntax file processed by MESK %s on %02d.%02d.%d at %d:%02d.%02d\n",
+                kMeskVersion, node.date % 100, node.date / 100 % 100, node.date / 10000, node.time / 10000,
+                node.time / 100 % 100, node.time % 100);
   text.put(line);
   text.put(" * ASN.1 module = " + module.name + "\n");
   text.put(" * FILE = " + getModulePrefix(module) + name + "\n");
@@ -136,7 +137,8 @@ void BeginSource(T3AsnFiles& files, int mask) {
     IncludeCodecs(files, mask);
     include(text, "lumos.h");
     include(text, files.t3_prefix(files.module) + ".h");
-    forEachExportingModule(files.module, [&](ModRec& module) { include(text, files.t3_prefix(module) + ".h"); });
+    forEachExportingModule(files.module,
+                           [&](ModRec& module) { include(text, files.t3_prefix(module) + ".h"); });
     for (const char* word : {"bool", "true", "false"})
       text.put(std::string("#ifdef ") + word + "\n#undef " + word + "\n#endif\n");
     include(text, "asn2lumos.h");
@@ -219,7 +221,8 @@ void forEachHomeType(ModRec& module, const TypeCall& call) {
 }
 
 namespace {
-void ForInline(const AsnType& type, int depth, const std::function<void(const AsnType&, const std::string&)>& call) {
+void ForInline(const AsnType& type, int depth,
+               const std::function<void(const AsnType&, const std::string&)>& call) {
   if (depth > 1000) return;
   std::vector<AsnType> parts = TypeComps(type);
   if (isListType(type)) parts.push_back(forTypeElem(type));
@@ -239,7 +242,8 @@ std::map<std::string, std::string> NamesOf(ModRec& module, const char* family, b
 }
 }  // namespace
 
-void forEachNamedOrInlineType(ModRec& module, const std::function<void(const AsnType&, const std::string&)>& call) {
+void forEachNamedOrInlineType(ModRec& module,
+                              const std::function<void(const AsnType&, const std::string&)>& call) {
   forEachHomeType(module, [&](const AsnType& type, int) {
     call(type, MakeASNIdent(getTypeRef(type)));
     if (!isReference(type)) ForInline(type, 0, call);
@@ -251,8 +255,9 @@ std::map<std::string, std::string> CheckFunctionNames(ModRec& module) {
 }
 
 std::map<std::string, std::string> ConsofFunctionNames(ModRec& module) {
-  return NamesOf(module, "_consof_",
-                 [](const AsnType& type) { return has_consof_func(type) && (isDefinedType(type) || !isReference(type)); });
+  return NamesOf(module, "_consof_", [](const AsnType& type) {
+    return has_consof_func(type) && (isDefinedType(type) || !isReference(type));
+  });
 }
 
 const char* cBuiltinStringTstCFunc(const AsnType& type) {
@@ -287,7 +292,8 @@ const char* cBuiltinStringTstCFunc(const AsnType& type) {
 }
 
 std::string RunTimeType(const AsnType& type) {
-  if (isDefinedType(type)) return "vexa_" + getModuleRef(*type.module) + "_" + getMetaTypeId(type) + "_type_struct";
+  if (isDefinedType(type))
+    return "vexa_" + getModuleRef(*type.module) + "_" + getMetaTypeId(type) + "_type_struct";
   if (isReference(type)) return RunTimeType(forSynonymType(type));
   const MainType main_type = getTypeMainType(type);
   if (main_type == TYP_NULL) return "t3asn_asn_1_null_type_struct";

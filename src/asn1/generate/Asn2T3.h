@@ -1,6 +1,6 @@
-// The generator of the files that join ASN.1 and the run-time system: for each ASN.1 module <prefix>t3asn.c and
-// <prefix>t3asn.h with checks of constraints, length templates, conversions between homes and run-time values, and
-// encoders and decoders around the routines of the ASN.1 tools.
+// The generator of the files that join ASN.1 and the run-time system: for each ASN.1 module <prefix>t3asn.c
+// and <prefix>t3asn.h with checks of constraints, length templates, conversions between homes and run-time
+// values, and encoders and decoders around the routines of the ASN.1 tools.
 #pragma once
 
 #include <cstdio>
@@ -17,8 +17,15 @@
 namespace asn1 {
 
 /// A codec as options and tables name it.
-enum AsnCodec { kCodecNone, kCodecBerDefinite, kCodecBerIndefinite, kCodecPerUa, kCodecPerAl, kCodecOwnRoutines,
-                kCodecEach };
+enum AsnCodec {
+  kCodecNone,
+  kCodecBerDefinite,
+  kCodecBerIndefinite,
+  kCodecPerUa,
+  kCodecPerAl,
+  kCodecOwnRoutines,
+  kCodecEach
+};
 
 /// The options of the generator for one module.
 struct T3AsnModuleOptions : BEModMetaRec {
@@ -35,8 +42,13 @@ struct T3AsnModuleOptions : BEModMetaRec {
 };
 
 /// The bits of a module's codec mask.
-enum CodecMask { kMaskBer = 1, kMaskBerIndefinite = 2, kMaskPerUnaligned = 4, kMaskPerAligned = 8,
-                 kMaskNoTranslation = 16 };
+enum CodecMask {
+  kMaskBer = 1,
+  kMaskBerIndefinite = 2,
+  kMaskPerUnaligned = 4,
+  kMaskPerAligned = 8,
+  kMaskNoTranslation = 16
+};
 
 /// Takes an option of the generator; false for a text that is none. The meta record is made at the first one.
 bool globalBEOptionOK(ModRec& module, const std::string& text);
@@ -53,8 +65,8 @@ struct T3AsnFiles {
   std::string (*t3_prefix)(const ModRec& module) = nullptr;
 };
 
-/// Writes the two files of the first module that was loaded, with the codecs of the mask. `t3_prefix` gives the name
-/// of a module's TTCN-3 header without its ending. Returns 1, or 0 where that was not possible.
+/// Writes the two files of the first module that was loaded, with the codecs of the mask. `t3_prefix` gives
+/// the name of a module's TTCN-3 header without its ending. Returns 1, or 0 where that was not possible.
 int asn2t3_main(int mask, std::string (*t3_prefix)(const ModRec& module));
 
 // The parts, in the order of the file.
@@ -78,19 +90,22 @@ std::map<std::string, std::string> ConsofFunctionNames(ModRec& module);
 std::string FunctionPrefix(const AsnType& type, const char* family);
 /// The identifier of a type in names of functions and of its run-time description.
 std::string getMetaTypeId(const AsnType& type);
-/// The run-time description of a type: "vexa_<m>_<t>_type_struct"; of a built-in type without a definition that of its
-/// place in TTCN-3.
+/// The run-time description of a type: "vexa_<m>_<t>_type_struct"; of a built-in type without a definition
+/// that of its place in TTCN-3.
 std::string RunTimeType(const AsnType& type);
 /// What a routine of the tools is called after for a type's kind: "BitString", "IA5String".
 const char* cBuiltinStringTstCFunc(const AsnType& type);
 /// Whether the user supplies a type's conversions.
 bool isOwnFunction(const AsnType& type);
-/// Calls for each definition, and for each component or element that is a type without a name, with its name in TTCN-3.
-void forEachNamedOrInlineType(ModRec& module, const std::function<void(const AsnType&, const std::string&)>& call);
+/// Calls for each definition, and for each component or element that is a type without a name, with its name
+/// in TTCN-3.
+void forEachNamedOrInlineType(ModRec& module,
+                              const std::function<void(const AsnType&, const std::string&)>& call);
 /// Calls for each definition that a home and conversions exist for.
 void forEachHomeType(ModRec& module, const TypeCall& call);
 
 /// Warnings, on standard output.
 void t3asn_warn(const char* format, ...) __attribute__((format(printf, 1, 2)));
-void t3asn_warn_line_nr(const ModRec& module, int line, const char* format, ...) __attribute__((format(printf, 3, 4)));
+void t3asn_warn_line_nr(const ModRec& module, int line, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
 }  // namespace asn1

@@ -7,8 +7,8 @@ namespace asn1 {
 
 class CText {
  public:
-  /// Pieces of text. A piece at the beginning of a line gets the indent; one that would reach beyond the last column
-  /// goes to a new line, two blanks deeper, without its leading blanks.
+  /// Pieces of text. A piece at the beginning of a line gets the indent; one that would reach beyond the last
+  /// column goes to a new line, two blanks deeper, without its leading blanks.
   void w(const std::string& text);
   /// Text as it stands, never broken.
   void put(const std::string& text);

@@ -1,5 +1,5 @@
-// Functions that tell whether a run-time value keeps the constraints of its ASN.1 type. A function looks at its own
-// level only: components have functions of their own.
+// Functions that tell whether a run-time value keeps the constraints of its ASN.1 type. A function looks at
+// its own level only: components have functions of their own.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -53,7 +53,8 @@ std::string RealLiteral(const AsnValue& value) {
 // The test of a type's own constraints, in the function of that type.
 class Constraints {
  public:
-  Constraints(const AsnType& type, CText& text) : type_(type), base_(getBaseTypeMainType(type)), text_(text) {}
+  Constraints(const AsnType& type, CText& text)
+      : type_(type), base_(getBaseTypeMainType(type)), text_(text) {}
 
   void check_type_constraints() {
     text_.w("if ( !(\n");
@@ -110,7 +111,8 @@ class Constraints {
         table_warned = true;
         return text_.w("TRUE");
       case kExtensionMarker:
-        if (!warned.marker) t3asn_warn("Extension marker constraint not supported in the ASN.1 codec generators.");
+        if (!warned.marker)
+          t3asn_warn("Extension marker constraint not supported in the ASN.1 codec generators.");
         warned.marker = true;
         return text_.w(" TRUE");
       case kEmptyException:
@@ -240,19 +242,21 @@ bool AsksForText(const AsnConstraint& constraint, int depth = 0) {
   if (!constraint || depth > 1000) return false;
   if (getConstraintKind(constraint) == kSingleValue) return true;
   if (getConstraintKind(constraint) == kSize) return false;
-  return AsksForText(FirstOperand(constraint), depth + 1) || AsksForText(SecondOperand(constraint), depth + 1);
+  return AsksForText(FirstOperand(constraint), depth + 1) ||
+         AsksForText(SecondOperand(constraint), depth + 1);
 }
 
 bool AsksForSize(const AsnConstraint& constraint, int depth = 0) {
   if (!constraint || depth > 1000) return false;
   if (getConstraintKind(constraint) == kSize) return true;
-  return AsksForSize(FirstOperand(constraint), depth + 1) || AsksForSize(SecondOperand(constraint), depth + 1);
+  return AsksForSize(FirstOperand(constraint), depth + 1) ||
+         AsksForSize(SecondOperand(constraint), depth + 1);
 }
 
 bool AnyLocal(const AsnType& type, bool (*asks)(const AsnConstraint&, int)) {
   bool result = false;
-  forEachLocalTypeConstraint(type,
-                             [&](const AsnConstraint& constraint, int) { result = result || asks(constraint, 0); });
+  forEachLocalTypeConstraint(
+      type, [&](const AsnConstraint& constraint, int) { result = result || asks(constraint, 0); });
   return result;
 }
 

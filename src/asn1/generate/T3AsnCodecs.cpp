@@ -57,9 +57,7 @@ class CodecFunctions {
     text_.open();
   }
 
-  void CodecVariable() {
-    text_.w(row_.per ? "ASNPERG codg;\n" : "ASNCODG codg;\n");
-  }
+  void CodecVariable() { text_.w(row_.per ? "ASNPERG codg;\n" : "ASNCODG codg;\n"); }
 
   void SetUp() {
     text_.w("codg.asnuti = &utig;\n");
@@ -68,9 +66,7 @@ class CodecFunctions {
     text_.w("pushHome(&utig, handle);\n");
   }
 
-  void SetLine() {
-    text_.w("lumo_targetcode_location_set_line(__LINE__, ctx);\n");
-  }
+  void SetLine() { text_.w("lumo_targetcode_location_set_line(__LINE__, ctx);\n"); }
 
   void Release() {
     text_.w("popHome (&utig);\n");
@@ -91,7 +87,8 @@ class CodecFunctions {
     SetUp();
     SetLine();
     text_.w("t3asn_" + module_ + "_trans_t3_to_asn_" + id_ + "(&utig, value, home, ctx);\n");
-    text_.w(std::string("asn2t3_encode_set_frame") + (row_.per ? "_per" : "") + "(&codg, &encodingBuffer);\n");
+    text_.w(std::string("asn2t3_encode_set_frame") + (row_.per ? "_per" : "") +
+            "(&codg, &encodingBuffer);\n");
     SetLine();
     text_.w(row_.encoder + id_ + "(&codg, (" + id_ + "*) home);\n");
     text_.w("asn2t3_encode_put_bstring(&encodingBuffer, &codec_result, ");
@@ -184,7 +181,8 @@ class Registration {
     text_.put("void " + ref_ + "_codecs_setup_function(lumo_type_t type,\n");
     text_.put("                                 lumo_context_t ctx)\n{\n");
     text_.put("  T3asnRtsCodecSelector codec_selector;\n");
-    text_.put("  lumo_targetcode_location_push(\"" + ref_ + "_codecs_setup_function\",__FILE__, __LINE__, ctx);\n");
+    text_.put("  lumo_targetcode_location_push(\"" + ref_ +
+              "_codecs_setup_function\",__FILE__, __LINE__, ctx);\n");
     text_.put("  if ( !lumo_type_definition_module (type, ctx) ) {\n");
     Leave("    ");
     text_.put("  }\n");
@@ -193,7 +191,8 @@ class Registration {
     text_.put("    if (codec_selector == T3ASN_RTS_CODEC_NONE) {\n");
     const std::string hyphenated = convertUnderscores(ref_);
     if (hyphenated != ref_) {
-      text_.put("      codec_selector = t3asn_get_module_encoding_directive (\"" + hyphenated + "\", ctx);\n");
+      text_.put("      codec_selector = t3asn_get_module_encoding_directive (\"" + hyphenated +
+                "\", ctx);\n");
       text_.put("      if (codec_selector == T3ASN_RTS_CODEC_NONE) {\n");
       Leave("        ");
       text_.put("      }\n");

@@ -14,9 +14,10 @@ constexpr const char* kFamily = "_consof_";
 void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
   const ConstrainedSet set = SizeSetOf(type);
   if (set.set.empty()) return;
-  const std::string head = "lumo_value_t " + FunctionPrefix(type, kFamily) + id +
-                           " (lumo_type_t vexa_type, lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t "
-                           "vexa_context)";
+  const std::string head =
+      "lumo_value_t " + FunctionPrefix(type, kFamily) + id +
+      " (lumo_type_t vexa_type, lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t "
+      "vexa_context)";
   files.header.endl();
   files.header.w("extern " + head + ";\n");
   CText& text = files.source;
@@ -54,8 +55,9 @@ bool has_consof_func(const AsnType& type) {
   const MainType base = getBaseTypeMainType(type);
   if (base != TYP_SEQOF && base != TYP_SETOF) return false;
   bool sized = false;
-  forEachLocalTypeConstraint(
-      type, [&](const AsnConstraint& constraint, int) { sized = sized || getConstraintKind(constraint) == kSize; });
+  forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
+    sized = sized || getConstraintKind(constraint) == kSize;
+  });
   return sized || (isReference(type) && has_consof_func(forSynonymType(type)));
 }
 

@@ -111,8 +111,8 @@ class Translate {
         text_.open();
       }
       Component(component, home, depth);
-      text_.w("lumo_value_assign_vector_element (" + Var(depth) + "," + std::to_string(getTypeCompNbr(component)) +
-              "," + Var(depth + 1) + ",context);\n");
+      text_.w("lumo_value_assign_vector_element (" + Var(depth) + "," +
+              std::to_string(getTypeCompNbr(component)) + "," + Var(depth + 1) + ",context);\n");
       if (may_be_missing) text_.close();
       if (forDefaultValue(component)) Default(component, depth);
     }
@@ -166,8 +166,8 @@ class Translate {
     text_.w("if (" + size + " == (" + so_far + " + 1))\n");
     text_.w("  lumo_value_add_vector_element (" + Var(depth) + ", " + Var(depth + 1) + ", context);\n");
     text_.w("else\n");
-    text_.w("  lumo_value_assign_vector_element_partial (" + Var(depth) + ", " + so_far + ", " + Var(depth + 1) +
-            ", context);\n");
+    text_.w("  lumo_value_assign_vector_element_partial (" + Var(depth) + ", " + so_far + ", " +
+            Var(depth + 1) + ", context);\n");
     text_.close();
     text_.close();
     text_.w("if (" + size + " == 0)\n");
@@ -179,8 +179,8 @@ class Translate {
   void Value(const AsnType& type, const HomeRef& home, int depth) {
     if (IsCalled(type)) {
       const AsnType of = forSynonymType(type);
-      text_.w(Var(depth) + " = " + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ((" + getMetaTypeId(of) +
-              " *) " + home.Address() + ", strategy, context);\n");
+      text_.w(Var(depth) + " = " + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ((" +
+              getMetaTypeId(of) + " *) " + home.Address() + ", strategy, context);\n");
     } else if (IsStructured(type)) {
       const AsnType base = forBaseType(type);
       text_.open();
@@ -297,7 +297,9 @@ class Translate {
 // The fields of EXTERNAL in TTCN-3: encoding, data_value_descriptor, indirect_reference, direct_reference.
 void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
   const std::string v = Var(depth), r = home.Value();
-  const auto field = [&](const char* name) { return "lumo_value_field_by_name(" + v + ", \"" + name + "\", context)"; };
+  const auto field = [&](const char* name) {
+    return "lumo_value_field_by_name(" + v + ", \"" + name + "\", context)";
+  };
   text_.w(v + " = lumo_type_instantiate_value (&(" + RunTimeType(type) + "), strategy, context);\n");
   const auto optional = [&](const char* test, const std::string& set, int number) {
     text_.w(std::string("if (") + test + r + "))\n");
@@ -307,8 +309,8 @@ void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
     text_.w("else\n");
     text_.w("  lumo_value_set_omit(" + v + ", " + std::to_string(number) + ", context);\n");
   };
-  optional("is_direct_EXTERNAL(", "asn2t3_objidval (" + r + ".direct, " + field("direct_reference") + ", context);\n",
-           3);
+  optional("is_direct_EXTERNAL(",
+           "asn2t3_objidval (" + r + ".direct, " + field("direct_reference") + ", context);\n", 3);
   optional("is_indirect_EXTERNAL(",
            "lumo_value_set_integer(" + field("indirect_reference") + ", " + r + ".indirect, context);\n", 2);
   optional("is_descr_EXTERNAL(",
@@ -330,7 +332,8 @@ void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
 void Translate::translate_constraint(const AsnType& type, int) {
   forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
     if (getConstraintKind(constraint) == kTableConstraint)
-      t3asn_warn_line_nr(*type.module, getTypeDefinitionLine(getDefinitionOf(type)), "Unsupported Table Constraint");
+      t3asn_warn_line_nr(*type.module, getTypeDefinitionLine(getDefinitionOf(type)),
+                         "Unsupported Table Constraint");
     else
       t3asn_warn_line_nr(*type.module, getTypeDefinitionLine(getDefinitionOf(type)),
                          "Unknown constraint for Frame type.\n");

@@ -65,8 +65,8 @@ class Translate2 {
     text_.w("pushHome(&utig, handle);\n");
     text_.w(FunctionPrefix(type, kFamily) + id + " (asnutig, v0, home, context);\n");
     text_.w("lumo_value_set_external_value ( translated_value, (void *) home, ");
-    text_.w("(lumo_value_t (*)(void*,lumo_alloc_strategy_t,lumo_context_t)) t3asn_" + module + "_trans_asn_to_t3_" +
-            id + ", ");
+    text_.w("(lumo_value_t (*)(void*,lumo_alloc_strategy_t,lumo_context_t)) t3asn_" + module +
+            "_trans_asn_to_t3_" + id + ", ");
     text_.w("(void (*)(void*,lumo_context_t)) t3asn_" + module + "_dest_" + id + ", ");
     text_.w("context );\n\n");
     text_.w("return translated_value;\n");
@@ -88,8 +88,8 @@ class Translate2 {
 
   void Component(const AsnType& type, const AsnType& component, const HomeRef& home, int depth) {
     const std::string v = Var(depth), inner = Var(depth + 1);
-    const std::string field = "lumo_value_field_by_name(" + v + ", \"" + MakeASNIdent(getTypeCompId(component)) +
-                              "\", context)";
+    const std::string field =
+        "lumo_value_field_by_name(" + v + ", \"" + MakeASNIdent(getTypeCompId(component)) + "\", context)";
     const HomeRef place = ComponentRef(home, component);
     if (isMandatoryTypeComp(component)) {
       text_.w(inner + " = " + field + ";\n");
@@ -146,8 +146,8 @@ class Translate2 {
 
   void Value(const AsnType& type, const HomeRef& home, int depth) {
     if (home.is_pointer)
-      text_.w(home.text + " = (" + cBaseTypeId(type) + " *) allocAsn (NULL, MB_STG, sizeof(" + cBaseTypeId(type) +
-              "));\n");
+      text_.w(home.text + " = (" + cBaseTypeId(type) + " *) allocAsn (NULL, MB_STG, sizeof(" +
+              cBaseTypeId(type) + "));\n");
     if (IsCalled(type)) {
       const AsnType of = forSynonymType(type);
       text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, " + Var(depth) + ", ");

@@ -32,8 +32,8 @@ bool IsCalled(const AsnType& type);
 /// "v" and a number.
 std::string Var(int depth);
 
-/// Begins a function: its prototype in the header, its head and brace in the source. The parts of the arguments stand
-/// before and behind the home.
+/// Begins a function: its prototype in the header, its head and brace in the source. The parts of the
+/// arguments stand before and behind the home.
 void BeginFunction(T3AsnFiles& files, const AsnType& type, const std::string& result, const char* family,
                    const std::string& before, const std::string& behind);
 }  // namespace asn1

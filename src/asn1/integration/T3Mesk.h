@@ -1,5 +1,5 @@
-// The ASN.1 path of the compiler: the external tools, their files, the reading of an ASN.1 module and what is generated
-// for it.
+// The ASN.1 path of the compiler: the external tools, their files, the reading of an ASN.1 module and what is
+// generated for it.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 struct T3Tree_Node;
 
-/// Runs the tools for all ASN.1 files at its first call, reads the module's syntax file, and fills the module of the
-/// tree. `module` is set to it. False after a report; a fault of a syntax file throws asn1::AsnExit.
+/// Runs the tools for all ASN.1 files at its first call, reads the module's syntax file, and fills the module
+/// of the tree. `module` is set to it. False after a report; a fault of a syntax file throws asn1::AsnExit.
 bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module);
 /// Writes what an ASN.1 module needs beside its declarations. False after a report.
 bool mesk_T3Module_generate(T3Tree_Node* module);
@@ -23,7 +23,8 @@ std::string stxFileName(const std::string& directory, const std::string& source)
 
 // What the units of the path share.
 namespace mesk {
-/// Runs one of the tools along PATH; its output follows ours when it has ended. False for a status other than 0.
+/// Runs one of the tools along PATH; its output follows ours when it has ended. False for a status other than
+/// 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);
 /// Runs a command line by the shell with the tools in reach; its exit status.
 int ShellInvoke(const std::string& command);

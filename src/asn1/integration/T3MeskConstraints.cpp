@@ -1,5 +1,5 @@
-// ASN.1 constraints as constraints of subtypes. What TTCN-3 cannot say, or what an extension may go beyond, is left out:
-// the type is then wider than in ASN.1.
+// ASN.1 constraints as constraints of subtypes. What TTCN-3 cannot say, or what an extension may go beyond,
+// is left out: the type is then wider than in ASN.1.
 #include <vector>
 
 #include "asn1/integration/T3MeskNodes.h"
@@ -49,7 +49,8 @@ Node Bound(const AsnValue& value, bool is_low, const tPosition& position) {
 Node IntegerBound(const AsnValue& value, bool is_low, bool open, const tPosition& position) {
   if (!value || !open) return Bound(value, is_low, position);
   const int64_t number = int64Value(value) + (is_low ? 1 : -1);
-  Node literal = t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
+  Node literal =
+      t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
   return number < 0 ? t.mT3UnaryMinus(position, literal) : literal;
 }
 
@@ -70,7 +71,8 @@ Node ValueListOf(const AsnType& type, const AsnConstraint& constraint) {
   Node list = _sgT3NoValueListItem();
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
     const bool is_range = getConstraintKind(*item) == kValueRange;
-    Node value = is_range ? Range(*item, getBaseTypeMainType(type), position) : translate_value(LowValue(*item));
+    Node value =
+        is_range ? Range(*item, getBaseTypeMainType(type), position) : translate_value(LowValue(*item));
     if (value == nullptr) return nullptr;
     list = t.mT3ValueListItem(position, list, value);
   }
@@ -112,7 +114,8 @@ Node ConstraintOf(const AsnType& type, const AsnConstraint& constraint) {
 
 Node WithConstraints(const AsnType& type, Node node) {
   forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
-    if (Node expression = ConstraintOf(type, constraint)) node = t.mT3SubType(PositionOf(type), node, expression);
+    if (Node expression = ConstraintOf(type, constraint))
+      node = t.mT3SubType(PositionOf(type), node, expression);
   });
   return node;
 }

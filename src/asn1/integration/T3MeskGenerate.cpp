@@ -1,5 +1,5 @@
-// What is written for an ASN.1 module beside its declarations: the syntax files for generation, the conversions and
-// checks, and the codecs of the tools.
+// What is written for an ASN.1 module beside its declarations: the syntax files for generation, the
+// conversions and checks, and the codecs of the tools.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -73,8 +73,8 @@ class Chain {
   void mesk_vexa_write_module_options() const {
     std::ofstream file(option_file_);
     for (T3Module* module : HierarchyOf(module_))
-      file << "-PREFIX=" << mesk::vexa_rehyphenize(NameOf(module)) << ':' << SourcePrefix(module, behind_) << ':'
-           << GetOutputFile(module) << behind_ << '\n';
+      file << "-PREFIX=" << mesk::vexa_rehyphenize(NameOf(module)) << ':' << SourcePrefix(module, behind_)
+           << ':' << GetOutputFile(module) << behind_ << '\n';
   }
 
   void mesk_vexa_write_module_generation_options() const {
@@ -83,19 +83,14 @@ class Chain {
   }
 
   bool RunMesk() const {
-    std::vector<std::string> arguments{"mesk",
-                                       "-VERBOSE=0",
-                                       "-DEFINITION-CATEGORY=STAND-ALONE",
-                                       "-TYP=1",
-                                       "-DEF=1",
-                                       "-TAB=1",
-                                       "-COD=1"};
+    std::vector<std::string> arguments{
+        "mesk", "-VERBOSE=0", "-DEFINITION-CATEGORY=STAND-ALONE", "-TYP=1", "-DEF=1", "-TAB=1", "-COD=1"};
     if (behind_.empty()) arguments.emplace_back("-TST=1");
     for (const std::string& argument :
          {std::string("-NAMELEN=128"), std::string(behind_.empty() ? "-DEFINITELEN=1" : "-DEFINITELEN=0"),
           "-S=" + directory_, "-L=" + directory_, "+" + std::string(kCompilationOptions), "+" + option_file_,
-          std::string("-PREFIXLEN=32"), mesk::GenerationOptionReference(), "+" + std::string(kGenerationOptions),
-          std::string("-C-GENERATION=REAL")})
+          std::string("-PREFIXLEN=32"), mesk::GenerationOptionReference(),
+          "+" + std::string(kGenerationOptions), std::string("-C-GENERATION=REAL")})
       arguments.push_back(argument);
     return mesk::Binary_invoke(arguments);
   }
@@ -111,7 +106,8 @@ class Chain {
  private:
   void WriteScopes(std::ostream& file) const {
     for (T3Module* module : HierarchyOf(module_)) {
-      const std::string names = mesk::vexa_rehyphenize(GetPrefix(module)) + mesk::vexa_rehyphenize(NameOf(module));
+      const std::string names =
+          mesk::vexa_rehyphenize(GetPrefix(module)) + mesk::vexa_rehyphenize(NameOf(module));
       for (const std::string& scope : {SourcePrefix(module, behind_), GetOutputFile(module) + behind_}) {
         file << "-BEGIN-SCOPE=" << scope << '\n';
         for (const char* option : {"TPREF", "VPREF", "CLPREF", "OPREF", "OSPREF"})
@@ -178,13 +174,13 @@ bool asn2c_generator_T3Module_generate(T3Module* module, const Chain& chain) {
       100,
       0,
       {"Usage:", "  asn2ttcn3 [options] [option-files] [syntax-file [syntax-file ...]]", "Options:",
-       "  General back-end options (e.g.):",
-       "    -S=syntax-file-directory                    Default: .", "  ASN2T3 specific options:",
-       "    -OWNI=header.h ...", "    -OWNF=TypeIdentifier ...", "    -NOHEADERS", "Option files:",
-       "  +filename    A text file with one global option or syntax file name", "               per line.",
-       "Please refer to the asn2t3 documentation for more information."}};
-  asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), GetOutputFile(module)), name,
-                    asn1::globalBEOptionOK);
+       "  General back-end options (e.g.):", "    -S=syntax-file-directory                    Default: .",
+       "  ASN2T3 specific options:", "    -OWNI=header.h ...", "    -OWNF=TypeIdentifier ...",
+       "    -NOHEADERS",
+       "Option files:", "  +filename    A text file with one global option or syntax file name",
+       "               per line.", "Please refer to the asn2t3 documentation for more information."}};
+  asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), GetOutputFile(module)),
+                    name, asn1::globalBEOptionOK);
   if ((GetCodecGeneration(module) & kCodecNoTranslation) == 0) NameFunctions(module);
   return asn1::asn2t3_main(GetCodecGeneration(module), T3HeaderOf) > 0;
 }
@@ -244,7 +240,8 @@ void addMESKEntryType(const std::string& name) {
 void writeMESKOptionFile(const std::string& path) {
   std::ofstream file(path);
   if (!file)
-    throw internal_exception("T3GenMESKOptions", __LINE__, "writeMeskOptionFile", "could not create '" + path + "'");
+    throw internal_exception("T3GenMESKOptions", __LINE__, "writeMeskOptionFile",
+                             "could not create '" + path + "'");
   file << "#\n# automatically created MESK option file\n#\n\n\n# generate codecs for the following types\n\n";
   for (const std::string& name : entry_types) file << "-ENTRY=" << mesk::vexa_rehyphenize(name) << ":sdu\n";
 }
@@ -256,7 +253,8 @@ bool mesk_T3Module_generate(T3Tree_Node* node) {
   const Chain chain(module, "");
   if (!mesk_T3Module_recompile(module, chain)) return Failed();
   if (!asn2c_generator_T3Module_generate(module, chain)) return Failed();
-  if ((mask & kCodecPerAligned) != 0 && !RunAsn2per(module, chain, "-PERCOD=1:1", "basic-aligned")) return Failed();
+  if ((mask & kCodecPerAligned) != 0 && !RunAsn2per(module, chain, "-PERCOD=1:1", "basic-aligned"))
+    return Failed();
   if ((mask & kCodecPerUnaligned) != 0 && !RunAsn2per(module, chain, "-PERCOD=2:2", "basic-unaligned"))
     return Failed();
   if (!chain.RunAsn2c()) return Failed();

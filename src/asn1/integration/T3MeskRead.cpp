@@ -41,7 +41,8 @@ std::string AsnDirectory() {
 }
 
 bool IsOlder(const std::string& source, const std::string& copy) {
-  struct stat of_source {}, of_copy {};
+  struct stat of_source {
+  }, of_copy{};
   if (stat(source.c_str(), &of_source) != 0 || stat(copy.c_str(), &of_copy) != 0) return false;
   return of_source.st_mtime < of_copy.st_mtime;
 }
@@ -124,8 +125,9 @@ bool ToolsHaveRun(const std::string& source) {
 
 void mesk_T3Module_AsnModule_load_1(const std::string& source) {
   static const asn1::BackendName name{"VEXA-ASN-1", 100, 0, {}};
-  asn1::initBackend(mesk::BackendWords(prefix_option_reference, AsnDirectory(), mesk::vexa_asn_1_filename_prefix(source)),
-                    name, [](asn1::ModRec&, const std::string&) { return true; });
+  asn1::initBackend(
+      mesk::BackendWords(prefix_option_reference, AsnDirectory(), mesk::vexa_asn_1_filename_prefix(source)),
+      name, [](asn1::ModRec&, const std::string&) { return true; });
 }
 }  // namespace
 

@@ -67,7 +67,8 @@ int Wait(pid_t child, const std::string& name) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-[[noreturn]] void RunChild(const std::string& program, const std::vector<std::string>& arguments, int channels) {
+[[noreturn]] void RunChild(const std::string& program, const std::vector<std::string>& arguments,
+                           int channels) {
   if (channels >= 0) {
     dup2(channels, STDOUT_FILENO);
     dup2(channels, STDERR_FILENO);

@@ -22,9 +22,7 @@ constexpr const char* kLanguage = "\"ASN.1:1997\"";
 // Declarations in the order in which they are made.
 class DeclList {
  public:
-  void Add(_T3Decl* decl) {
-    decls_.push_back(decl);
-  }
+  void Add(_T3Decl* decl) { decls_.push_back(decl); }
   T3Tree_Node* Linked() const {
     T3Tree_Node* list = _sgT3NoDecl(false);
     for (auto decl = decls_.rbegin(); decl != decls_.rend(); ++decl) {
@@ -114,15 +112,16 @@ T3Module* FindOrMakeModule(const ModRec& from) {
 void translate_import(const ModRec& from, T3Module* module, DeclList& decls) {
   std::set<std::string> seen;
   for (const ImportRec& import : from.imports) {
-    if (import.module == nullptr || import.module->state != kRead || !seen.insert(import.name).second) continue;
+    if (import.module == nullptr || import.module->state != kRead || !seen.insert(import.name).second)
+      continue;
     const tIdent name = gIdents.MakeIdent(convertHyphens(import.name));
     T3Tree_Node* imported = vexa_find_T3Module(name);
     if (imported == nullptr) imported = NewModule(name);
     imported->as<T3Module>()->attr().root = module;
-    decls.Add(gT3AST.mT3ImportAllDecl(module->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(),
-                                      gT3AST.mT3ImportIdentifier(module->position, name),
-                                      gT3AST.mT3ImportTerminator(module->position), false, gStringM.PutString(""),
-                                      _sgT3NoImportException(), t3_import_restr_t::All));
+    decls.Add(gT3AST.mT3ImportAllDecl(
+        module->position, _sgT3NoDecl(), NoIdent, _sgT3NoWith(),
+        gT3AST.mT3ImportIdentifier(module->position, name), gT3AST.mT3ImportTerminator(module->position),
+        false, gStringM.PutString(""), _sgT3NoImportException(), t3_import_restr_t::All));
   }
 }
 }  // namespace
@@ -134,7 +133,8 @@ T3Tree_Node* vexa_find_T3Module(tIdent name) {
   }
   // Once the modules are in order, each is a list of its own.
   const auto known = gT3ModuleMap.find(name);
-  return known != gT3ModuleMap.end() && T3ReprToLanguage(known->second) == language_asn1 ? known->second : nullptr;
+  return known != gT3ModuleMap.end() && T3ReprToLanguage(known->second) == language_asn1 ? known->second
+                                                                                         : nullptr;
 }
 
 T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
@@ -148,7 +148,8 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   DeclList decls;
   mesk_T3Module_add_T3Builtin(decls);
   forEachType(from, [&](const AsnType& type, int) {
-    T3TypeDecl* decl = TypeDecl(mesk::PositionOf(type), MakeASNIdent(getTypeRef(type)), mesk::translate_type(type));
+    T3TypeDecl* decl =
+        TypeDecl(mesk::PositionOf(type), MakeASNIdent(getTypeRef(type)), mesk::translate_type(type));
     decl->cold().mesk_ref_name = gStringM.PutString(getTypeRef(type));
     decl->cold().is_asn1_type = true;
     decls.Add(decl);
@@ -166,7 +167,8 @@ void NameGeneratedTypes() {
   for (const auto& [name, node] : gT3ModuleMap) {
     if (T3ReprToLanguage(node) != language_asn1) continue;
     const std::string before = convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name);
-    for (T3Tree_Node* at = node->as<T3Module>()->definition_part; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+    for (T3Tree_Node* at = node->as<T3Module>()->definition_part; T3Is<_T3Decl>(at);
+         at = at->as<_T3Decl>()->next) {
       auto* decl = at->try_as<T3TypeDecl>();
       if (decl == nullptr) continue;
       const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));

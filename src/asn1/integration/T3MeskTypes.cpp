@@ -61,7 +61,8 @@ const char* BuiltinName(MainType type) {
 Node Unsupported(const AsnType& type, MainType main_type) {
   const std::string what = getTypeMainTypeStri(main_type);
   if (isDefinedType(type))
-    vexa_error("ASN.1 translation: type \"" + getTypeRef(type) + "\" not supported " + what, PositionOf(type));
+    vexa_error("ASN.1 translation: type \"" + getTypeRef(type) + "\" not supported " + what,
+               PositionOf(type));
   else
     vexa_error("ASN.1 translation: type\"" + cTypeId(type) + "\" not supported " + what, PositionOf(type));
   return gT3ErrorType;
@@ -74,7 +75,8 @@ Node EnumType(const AsnType& type) {
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
     const tPosition position = PositionOf(*item);
     const int64_t number = int64Value(*item);
-    Node value = t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
+    Node value =
+        t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
     if (number < 0) value = t.mT3UnaryMinus(position, value);
     list = t.mT3EnumValue(position, list, gIdents.MakeIdent(MakeASNIdent(getValueRef(*item))), value);
   }
@@ -88,8 +90,9 @@ Node translate_default_value(const AsnType& component) {
 }
 
 Node translate_type_component(const AsnType& component, Node next) {
-  return t.mT3FieldType(PositionOf(component), next, gIdents.MakeIdent(MakeASNIdent(getTypeCompId(component))),
-                        translate_type(component), isOptionalTypeComp(component), translate_default_value(component));
+  return t.mT3FieldType(PositionOf(component), next,
+                        gIdents.MakeIdent(MakeASNIdent(getTypeCompId(component))), translate_type(component),
+                        isOptionalTypeComp(component), translate_default_value(component));
 }
 
 Node Fields(const AsnType& type) {
@@ -165,8 +168,9 @@ Node Prepared(Node node, const AsnType& type) {
   made->cold().representation = gT3MESK;
   made->cold().inlined = true;
   if (type)
-    made->cold().external = External(gIdents.MakeIdent(type.module->name),
-                                     gIdents.MakeIdent(std::to_string(getUniqueTypeNr(getDefinitionOf(type)))));
+    made->cold().external =
+        External(gIdents.MakeIdent(type.module->name),
+                 gIdents.MakeIdent(std::to_string(getUniqueTypeNr(getDefinitionOf(type)))));
   return node;
 }
 

@@ -71,14 +71,16 @@ Node EnumTypeNode(const AsnType& type) {
   Node module = vexa_find_T3Module(gIdents.MakeIdent(getModuleRef(*type.module)));
   if (module == nullptr) return nullptr;
   const tIdent name = gIdents.MakeIdent(MakeASNIdent(getTypeRef(getDefinitionOf(type))));
-  for (Node node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node); node = node->as<_T3Decl>()->next) {
+  for (Node node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node);
+       node = node->as<_T3Decl>()->next) {
     auto* decl = node->try_as<T3TypeDecl>();
     if (decl != nullptr && decl->name == name) return T3Is<T3EnumType>(decl->type) ? decl->type : nullptr;
   }
   return nullptr;
 }
 
-Node mesk_T3Enumerated_instance_construct(const AsnType& type, const std::string& item, const tPosition& position) {
+Node mesk_T3Enumerated_instance_construct(const AsnType& type, const std::string& item,
+                                          const tPosition& position) {
   auto* literal = t.mT3Identifier(position, gIdents.MakeIdent(MakeASNIdent(item)));
   Node declared = type && isDefinedType(type) ? EnumTypeNode(type) : nullptr;
   if (declared != nullptr) {
@@ -115,7 +117,9 @@ Node Structure(const AsnValue& value, const AsnType& type, const tPosition& posi
     const std::string name = getTypeCompId(component);
     if (written.count(name) != 0) continue;
     const AsnValue preset = forDefaultValue(component);
-    Node node = preset ? translate_value(preset) : isOptionalTypeComp(component) ? t.mT3Omit(position) : nullptr;
+    Node node = preset                          ? translate_value(preset)
+                : isOptionalTypeComp(component) ? t.mT3Omit(position)
+                                                : nullptr;
     if (node != nullptr) fields.emplace_back(FieldName(name, position), node);
   }
   return good ? Compound(fields, position) : nullptr;

@@ -125,7 +125,8 @@ std::string cBaseTypeId(const AsnType& type) {
   if (isReference(type)) {
     // A constraint of its own may make a component's numbers fit another form than its type's.
     const AsnType definition = forSynonymType(type);
-    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cTypeId(definition) : PredefinedType(type);
+    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cTypeId(definition)
+                                                                    : PredefinedType(type);
   }
   if (getTypeMainType(type) == TYP_SELECTION) {
     const AsnType alternative = forSelectionType(type);
@@ -135,12 +136,12 @@ std::string cBaseTypeId(const AsnType& type) {
 }
 
 std::string cComponentId(const AsnType& component) {
-  static const char* const words[] = {"auto",   "break",  "case",     "char",    "const",    "continue", "default",
-                                      "do",     "double", "else",     "enum",    "extern",   "float",    "for",
-                                      "goto",   "if",     "inline",   "int",     "long",     "register", "restrict",
-                                      "return", "short",  "signed",   "sizeof",  "static",   "struct",   "switch",
-                                      "typedef", "union", "unsigned", "void",    "volatile", "while",    "choice",
-                                      "compmask", "elem", "n"};
+  static const char* const words[] = {
+      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
+      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
+      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
+      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
+      "volatile", "while",  "choice", "compmask", "elem",     "n"};
   const std::string name = getTypeCompId(component);
   return std::find(std::begin(words), std::end(words), name) == std::end(words) ? name : name + "_";
 }

@@ -1,10 +1,10 @@
-// The C structures, called homes, that hold decoded ASN.1 values: what the tool that declares them, the tools that write
-// codecs and the compiler, which writes conversions, have to agree on.
+// The C structures, called homes, that hold decoded ASN.1 values: what the tool that declares them, the tools
+// that write codecs and the compiler, which writes conversions, have to agree on.
 //
-// A definition has a C type of its name. A SEQUENCE or SET is a structure with the control member `compmask` where
-// components may be missing, a bit for each component; a CHOICE one with `choice`, the index of the alternative, and an
-// anonymous union; a SEQUENCE OF or SET OF one with the count `n` and the array `elem`. A structure inside another one
-// lies in it, unless that would never end: then the component is a pointer.
+// A definition has a C type of its name. A SEQUENCE or SET is a structure with the control member `compmask`
+// where components may be missing, a bit for each component; a CHOICE one with `choice`, the index of the
+// alternative, and an anonymous union; a SEQUENCE OF or SET OF one with the count `n` and the array `elem`. A
+// structure inside another one lies in it, unless that would never end: then the component is a pointer.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
-// ASN.1 definitions as objects: types with their components and constraints, values, modules. A handle is a module and
-// the number of a record in it, is copied freely, and holds as long as the run's syntax files. One without a record
-// is false.
+// ASN.1 definitions as objects: types with their components and constraints, values, modules. A handle is a
+// module and the number of a record in it, is copied freely, and holds as long as the run's syntax files. One
+// without a record is false.
 #pragma once
 
 #include <functional>
@@ -47,7 +47,8 @@ void forEachExportingModule(ModRec& module, const ModuleCall& call);
 using TypeCall = std::function<void(const AsnType&, int index)>;
 /// The definitions of a module, in their order.
 void forEachType(ModRec& module, const TypeCall& call);
-/// The components of a structured type in their order, extension markers included; the index counts without them.
+/// The components of a structured type in their order, extension markers included; the index counts without
+/// them.
 void forEachTypeComp(const AsnType& type, const TypeCall& call);
 std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers = false);
 /// The element of a SEQUENCE OF or SET OF.
@@ -57,8 +58,8 @@ AsnType forTypeElem(const AsnType& type);
 MainType getTypeMainType(const AsnType& type);
 MainType getBaseTypeMainType(const AsnType& type);
 const char* getTypeMainTypeStri(MainType type);
-/// The type that this one refers to by name: the next one, and the one at the end of the chain of references; the type
-/// itself where it refers to none. A chain without an end is a fatal error.
+/// The type that this one refers to by name: the next one, and the one at the end of the chain of references;
+/// the type itself where it refers to none. A chain without an end is a fatal error.
 AsnType forSynonymType(const AsnType& type);
 AsnType forBaseType(const AsnType& type);
 /// The alternative that a selection type stands for.

@@ -13,7 +13,8 @@ constexpr std::string_view kTtcnWords[] = {
 #undef TTCN_WORD
 };
 
-// "H" keeps hyphens as "_H_" would be ambiguous: they become underscores in any case; "L" and "U" turn all letters.
+// "H" keeps hyphens as "_H_" would be ambiguous: they become underscores in any case; "L" and "U" turn all
+// letters.
 std::string Converted(std::string name, const std::string& conversion) {
   const bool lower = conversion.find_first_of("Ll") != std::string::npos;
   const bool upper = conversion.find_first_of("Uu") != std::string::npos;
@@ -27,7 +28,8 @@ std::string Converted(std::string name, const std::string& conversion) {
 std::string WithNaming(const AsnType& type, NamingKind kind) {
   const std::string name = getStri(*type.module, type.node().name);
   const FixRec fix = type.module->options.getFixRec(kind, name);
-  return convertHyphens(fix.prefix + (fix.name.empty() ? Converted(name, fix.conversion) : fix.name) + fix.suffix);
+  return convertHyphens(fix.prefix + (fix.name.empty() ? Converted(name, fix.conversion) : fix.name) +
+                        fix.suffix);
 }
 }  // namespace
 
@@ -48,7 +50,8 @@ std::string cTypeId(const AsnType& type) {
   bool named = false;
   for (AsnType at = type; at; at = getFatherOfTypeComp(at)) {
     const bool definition = isDefinedType(at);
-    std::string name = at.node().name == 0 ? "elem" : WithNaming(at, definition ? kNamesTypes : kNamesComponents);
+    std::string name =
+        at.node().name == 0 ? "elem" : WithNaming(at, definition ? kNamesTypes : kNamesComponents);
     named = named || at.node().name != 0;
     names = names.empty() ? name : name + "_" + names;
     if (!definition) ++level;

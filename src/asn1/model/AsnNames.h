@@ -11,13 +11,13 @@ bool ttcn_keyword_pred(const std::string& name);
 /// A name with underscores for hyphens, made different from the words of TTCN-3.
 std::string MakeASNIdent(const std::string& name);
 
-/// The C identifier of a type: of a definition its name in the form that the naming options give; of a component or
-/// element without a definition the level of nesting and the names around it; "<UNKNOWN_NAMELESS_TYPE>" for a type
-/// that has no name at all.
+/// The C identifier of a type: of a definition its name in the form that the naming options give; of a
+/// component or element without a definition the level of nesting and the names around it;
+/// "<UNKNOWN_NAMELESS_TYPE>" for a type that has no name at all.
 std::string cTypeId(const AsnType& type);
 /// The same of the definition that a reference leads to.
 std::string getDefTypeId(const AsnType& type);
-/// The name that a type without one of its own has in TTCN-3: that of the definition around it, "_expl_" and the
-/// component's name or "agg" for each step inward.
+/// The name that a type without one of its own has in TTCN-3: that of the definition around it, "_expl_" and
+/// the component's name or "agg" for each step inward.
 std::string t3asn_inline_type_id(const AsnType& type);
 }  // namespace asn1

@@ -106,7 +106,8 @@ std::vector<AsnType> ChainOf(const AsnType& type) {
   while (getTypeMainType(chain.back()) == TYP_SYNONYM || getTypeMainType(chain.back()) == TYP_SELECTION) {
     const AsnType& last = chain.back();
     chain.push_back(getTypeMainType(last) == TYP_SYNONYM ? forSynonymType(last) : forSelectionType(last));
-    if (chain.size() > static_cast<size_t>(kDeepestConstraint)) fatalError(kInternal, "Unable to find synonym type.");
+    if (chain.size() > static_cast<size_t>(kDeepestConstraint))
+      fatalError(kInternal, "Unable to find synonym type.");
   }
   std::reverse(chain.begin(), chain.end());
   return chain;

@@ -1,5 +1,5 @@
-// Flat sets of whole numbers that constraints allow: the values of an INTEGER or ENUMERATED, the sizes of a string or
-// list. The least and the greatest 64-bit number stand for the infinities.
+// Flat sets of whole numbers that constraints allow: the values of an INTEGER or ENUMERATED, the sizes of a
+// string or list. The least and the greatest 64-bit number stand for the infinities.
 #pragma once
 
 #include <cstdint>
@@ -43,12 +43,13 @@ ConstrainedSet IntegerSetOf(const AsnType& type);
 ConstrainedSet SizeSetOf(const AsnType& type);
 /// The sizes that one SIZE constraint of the type names.
 ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint);
-/// The characters that a permitted alphabet leaves, in ascending order; none where there is no such constraint.
+/// The characters that a permitted alphabet leaves, in ascending order; none where there is no such
+/// constraint.
 std::string PermittedAlphabetOf(const AsnType& type);
 /// The characters that one FROM constraint names.
 std::string constructAllowedCharacters(const AsnConstraint& constraint);
 
-/// The endpoints of a type's values or sizes: an unbounded high one is the greatest number, an unbounded low one the
-/// least of an INTEGER or ENUMERATED and 0 of a size.
+/// The endpoints of a type's values or sizes: an unbounded high one is the greatest number, an unbounded low
+/// one the least of an INTEGER or ENUMERATED and 0 of a size.
 Segment EndpointsOf(const AsnType& type);
 }  // namespace asn1

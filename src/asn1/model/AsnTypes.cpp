@@ -115,7 +115,8 @@ AsnType forSelectionType(const AsnType& type) {
   // A selection from what another selection stands for, and so on without an end.
   static int nesting = 0;
   const NestingGuard guard(nesting, "Unable to find synonym type.");
-  const AsnType choice = forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
+  const AsnType choice =
+      forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
   const std::string& name = getStri(*type.module, type.node().ref_name);
   for (const AsnType& alternative : TypeComps(choice))
     if (getStri(*choice.module, alternative.node().name) == name) return alternative;
@@ -230,7 +231,8 @@ AsnType forTypeByUniqueNr(ModRec& module, int unique) {
 
 AsnType findTypeById(ModRec& module, const std::string& reference) {
   for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
-    if (convertHyphens(getStri(module, tNode(module, number).name)) == reference) return newAsnType(module, number);
+    if (convertHyphens(getStri(module, tNode(module, number).name)) == reference)
+      return newAsnType(module, number);
   return {};
 }
 
@@ -255,7 +257,8 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
       at = main_type == TYP_SYNONYM ? forSynonymType(at) : forSelectionType(at);
       continue;
     }
-    if (typeArr[main_type].tag > 0) add(kTagUniversal, typeArr[main_type].tag, typeArr[main_type].constructed);
+    if (typeArr[main_type].tag > 0)
+      add(kTagUniversal, typeArr[main_type].tag, typeArr[main_type].constructed);
     return tags;
   }
   fatalError(kInternal, "Unable to find synonym type.");

@@ -14,35 +14,37 @@ typedef enum {
   T3ASN_RTS_CODEC_PER_BASIC_ALIGNED,
   T3ASN_RTS_CODEC_OWN
 } T3asnRtsCodecSelector;
-/* The environment variable ORVANE_ASN1_CODEC comes first, with the name of an encoding as in an encode attribute, or
- * "own"; then the encode attribute of an import of the module. */
-T3asnRtsCodecSelector t3asn_get_module_encoding_directive(const char *module, lumo_context_t ctx);
+/* The environment variable ORVANE_ASN1_CODEC comes first, with the name of an encoding as in an encode
+ * attribute, or "own"; then the encode attribute of an import of the module. */
+T3asnRtsCodecSelector t3asn_get_module_encoding_directive(const char* module, lumo_context_t ctx);
 
-/* Encoding: a frame for the output, and its octets to the run-time system, which also tells a fault of the codec. */
-void asn2t3_encode_set_frame(ASNCODG *codg, FRAME_PTR *buffer);
-void asn2t3_encode_set_frame_per(ASNPERG *codg, FRAME_PTR *buffer);
-void asn2t3_encode_put_bstring(FRAME_PTR *buffer, lumo_codecs_result_t *result, lumo_binary_string_t encoded_data,
-                               lumo_context_t ctx);
+/* Encoding: a frame for the output, and its octets to the run-time system, which also tells a fault of the
+ * codec. */
+void asn2t3_encode_set_frame(ASNCODG* codg, FRAME_PTR* buffer);
+void asn2t3_encode_set_frame_per(ASNPERG* codg, FRAME_PTR* buffer);
+void asn2t3_encode_put_bstring(FRAME_PTR* buffer, lumo_codecs_result_t* result,
+                               lumo_binary_string_t encoded_data, lumo_context_t ctx);
 
 /* Decoding: TRUE when the home holds a value and the iterator stands behind it. */
-typedef BOOLE (*asn2t3_ber_decoder)(ASNCODG *codg, void *home);
-typedef BOOLE (*asn2t3_per_decoder)(ASNPERG *codg, void *home);
-int asn2t3_decode_set_buf_and_decode(ASNCODG *codg, FRAME_PTR *buffer, ERR_RET *error, lumo_codecs_result_t *result,
-                                     lumo_binary_string_iter_t *encoded_data, asn2t3_ber_decoder decoder, void *home,
-                                     lumo_context_t ctx);
-int asn2t3_decode_set_buf_and_decode_per(ASNPERG *codg, FRAME_PTR *buffer, ERR_RET *error,
-                                         lumo_codecs_result_t *result, lumo_binary_string_iter_t *encoded_data,
-                                         asn2t3_per_decoder decoder, void *home, lumo_context_t ctx);
+typedef BOOLE (*asn2t3_ber_decoder)(ASNCODG* codg, void* home);
+typedef BOOLE (*asn2t3_per_decoder)(ASNPERG* codg, void* home);
+int asn2t3_decode_set_buf_and_decode(ASNCODG* codg, FRAME_PTR* buffer, ERR_RET* error,
+                                     lumo_codecs_result_t* result, lumo_binary_string_iter_t* encoded_data,
+                                     asn2t3_ber_decoder decoder, void* home, lumo_context_t ctx);
+int asn2t3_decode_set_buf_and_decode_per(ASNPERG* codg, FRAME_PTR* buffer, ERR_RET* error,
+                                         lumo_codecs_result_t* result,
+                                         lumo_binary_string_iter_t* encoded_data, asn2t3_per_decoder decoder,
+                                         void* home, lumo_context_t ctx);
 
 /* Strings. `context` is the caller's. */
-void asn2t3_bits(const DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void asn2t3_octets(const DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void asn2t3_characters(const DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void t32asn_bits(DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void t32asn_octets(DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void t32asn_characters(DYNSTR *string, lumo_value_t value, lumo_context_t context);
-void asn2t3_objid(const OBJID *id, lumo_value_t value, lumo_context_t context);
-void t32asn_objid(OBJID *id, lumo_value_t value, lumo_context_t context);
+void asn2t3_bits(const DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void asn2t3_octets(const DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void asn2t3_characters(const DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void t32asn_bits(DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void t32asn_octets(DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void t32asn_characters(DYNSTR* string, lumo_value_t value, lumo_context_t context);
+void asn2t3_objid(const OBJID* id, lumo_value_t value, lumo_context_t context);
+void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context);
 
 #define asn2t3_BitString(home, value) asn2t3_bits(&(home), value, context)
 #define asn2t3_OctetString(home, value) asn2t3_octets(&(home), value, context)
@@ -68,7 +70,7 @@ void t32asn_objid(OBJID *id, lumo_value_t value, lumo_context_t context);
 /* Open types: by the codec that is registered for the type. */
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context);
-void t3asn_frame_octets(ASNUTIG *asnutig, FRAME_PTR *frame, lumo_value_t value, lumo_context_t context);
+void t3asn_frame_octets(ASNUTIG* asnutig, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context);
 #define t3asn_frame(asnutig, home, value, context) t3asn_frame_octets(asnutig, &(home), value, context)
 
 #endif

@@ -6,18 +6,18 @@
 
 enum { CONSTRUCTED = 0x20, LONG_TAG = 0x1f, LONG_LENGTH = 0x80, CONTENTS_LIMIT = 0x7f };
 
-static BOOLE fail(ASNCODG *codg, const char *text) {
+static BOOLE fail(ASNCODG* codg, const char* text) {
   if (codg->error == NULL) codg->error = text;
   return FALSE;
 }
 
-static BOOLE put(FRAME_PTR frame, const void *octets, size_t n) {
+static BOOLE put(FRAME_PTR frame, const void* octets, size_t n) {
   return appendToFrame(frame, octets, n);
 }
 
 /* ---------------------------------------------------------------- encoding */
 
-static BOOLE put_tag(FRAME_PTR frame, const asn_tag *tag, int constructed) {
+static BOOLE put_tag(FRAME_PTR frame, const asn_tag* tag, int constructed) {
   BYTE_TYPE octets[8];
   int n = 0;
   const BYTE_TYPE head = (BYTE_TYPE)(tag->tag_class << 6 | (constructed ? CONSTRUCTED : 0));
@@ -47,64 +47,68 @@ static BOOLE put_length(FRAME_PTR frame, size_t length) {
   return put(frame, octets, (size_t)n);
 }
 
-static BOOLE encode(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth);
+static BOOLE encode(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int depth);
 
 static BOOLE put_integer(FRAME_PTR frame, sint64 number) {
   BYTE_TYPE octets[8];
   int n = 8;
   for (int i = 0; i < 8; ++i) octets[i] = (BYTE_TYPE)((uint64_t)number >> (8 * (7 - i)));
   int at = 0;
-  while (n > 1 && ((octets[at] == 0 && octets[at + 1] < 0x80) || (octets[at] == 0xff && octets[at + 1] >= 0x80))) {
+  while (n > 1 &&
+         ((octets[at] == 0 && octets[at + 1] < 0x80) || (octets[at] == 0xff && octets[at + 1] >= 0x80))) {
     ++at;
     --n;
   }
   return put(frame, octets + at, (size_t)n);
 }
 
-static BOOLE put_bits(FRAME_PTR frame, const DYNSTR *bits) {
+static BOOLE put_bits(FRAME_PTR frame, const DYNSTR* bits) {
   const size_t n = ((size_t)bits->n + 7) / 8;
   const BYTE_TYPE unused = (BYTE_TYPE)(n * 8 - bits->n);
   return put(frame, &unused, 1) && put(frame, bits->s, n);
 }
 
-static BOOLE put_structure(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth) {
+static BOOLE put_structure(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame,
+                           int depth) {
   for (int i = 0; i < type->comp_count; ++i) {
     if (!asnIsPresent(type, home, i)) continue;
-    const void *component = asnComponent(&type->comps[i], home);
+    const void* component = asnComponent(&type->comps[i], home);
     if (component == NULL) return fail(codg, "a component has no value");
     if (!encode(codg, type->comps[i].type, component, frame, depth + 1)) return FALSE;
   }
   return TRUE;
 }
 
-static BOOLE put_list(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth) {
-  const asn_list *list = home;
-  const asn_type *element = type->comps[0].type;
+static BOOLE put_list(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int depth) {
+  const asn_list* list = home;
+  const asn_type* element = type->comps[0].type;
   for (uint32 i = 0; i < list->n; ++i)
-    if (!encode(codg, element, (const BYTE_TYPE *)list->elem + i * element->size, frame, depth + 1)) return FALSE;
+    if (!encode(codg, element, (const BYTE_TYPE*)list->elem + i * element->size, frame, depth + 1))
+      return FALSE;
   return TRUE;
 }
 
-static BOOLE put_external(const EXTERNAL *external, FRAME_PTR frame) {
+static BOOLE put_external(const EXTERNAL* external, FRAME_PTR frame) {
   static const asn_tag objid = {0, 0, 6}, integer = {0, 0, 2}, descriptor = {0, 0, 7};
   static const asn_tag encodings[] = {{2, 1, 0}, {2, 0, 1}, {2, 0, 2}};
   FRAME_PTR part = createFrame(DB_SIZE);
   BOOLE good = TRUE;
   if (is_direct_EXTERNAL(*external))
-    good = asnObjidToOctets(&external->direct, part) && put_tag(frame, &objid, 0) && put_length(frame, part->n) &&
-           put(frame, part->octets, part->n);
+    good = asnObjidToOctets(&external->direct, part) && put_tag(frame, &objid, 0) &&
+           put_length(frame, part->n) && put(frame, part->octets, part->n);
   if (good && is_indirect_EXTERNAL(*external)) {
     part->n = 0;
-    good = put_integer(part, external->indirect) && put_tag(frame, &integer, 0) && put_length(frame, part->n) &&
-           put(frame, part->octets, part->n);
+    good = put_integer(part, external->indirect) && put_tag(frame, &integer, 0) &&
+           put_length(frame, part->n) && put(frame, part->octets, part->n);
   }
   if (good && is_descr_EXTERNAL(*external))
     good = put_tag(frame, &descriptor, 0) && put_length(frame, external->descr.n) &&
            put(frame, external->descr.s, external->descr.n);
   if (good) {
-    const asn_tag *tag = &encodings[external->choice >= 0 && external->choice < 3 ? external->choice : 1];
+    const asn_tag* tag = &encodings[external->choice >= 0 && external->choice < 3 ? external->choice : 1];
     part->n = 0;
-    good = external->choice == 2 ? put_bits(part, &external->data) : put(part, external->data.s, external->data.n);
+    good = external->choice == 2 ? put_bits(part, &external->data)
+                                 : put(part, external->data.s, external->data.n);
     good = good && put_tag(frame, tag, tag->constructed) && put_length(frame, part->n) &&
            put(frame, part->octets, part->n);
   }
@@ -113,10 +117,10 @@ static BOOLE put_external(const EXTERNAL *external, FRAME_PTR frame) {
 }
 
 /* What stands behind the innermost tag and length. */
-static BOOLE put_contents(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth) {
+static BOOLE put_contents(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int depth) {
   switch (type->form) {
     case ASN_BOOL: {
-      const BYTE_TYPE octet = *(const BYTE_TYPE *)home != 0 ? 0xff : 0;
+      const BYTE_TYPE octet = *(const BYTE_TYPE*)home != 0 ? 0xff : 0;
       return put(frame, &octet, 1);
     }
     case ASN_UI32:
@@ -125,10 +129,10 @@ static BOOLE put_contents(ASNCODG *codg, const asn_type *type, const void *home,
       return put_integer(frame, asnGetInteger(type, home));
     case ASN_REAL: {
       BYTE_TYPE octets[24];
-      return put(frame, octets, asnRealToOctets(*(const REAL *)home, octets));
+      return put(frame, octets, asnRealToOctets(*(const REAL*)home, octets));
     }
     case ASN_DYNS: {
-      const DYNSTR *string = home;
+      const DYNSTR* string = home;
       return type->kind == ASN_BIT_STRING ? put_bits(frame, string) : put(frame, string->s, string->n);
     }
     case ASN_OBJI:
@@ -146,23 +150,24 @@ static BOOLE put_contents(ASNCODG *codg, const asn_type *type, const void *home,
   }
 }
 
-static BOOLE put_frame(ASNCODG *codg, const void *home, FRAME_PTR frame) {
-  const FRAME_PTR inner = *(FRAME_PTR const *)home;
+static BOOLE put_frame(ASNCODG* codg, const void* home, FRAME_PTR frame) {
+  const FRAME_PTR inner = *(FRAME_PTR const*)home;
   if (inner == NULL) return fail(codg, "an open type has no value");
   return put(frame, inner->octets, inner->n);
 }
 
-static BOOLE put_untagged(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth) {
+static BOOLE put_untagged(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int depth) {
   if (type->form == ASN_FRM) return put_frame(codg, home, frame);
   if (type->kind != ASN_CHOICE) return put_contents(codg, type, home, frame, depth);
   const int alternative = asnAlternative(type, home);
   if (alternative < 0) return fail(codg, "a CHOICE has no alternative");
-  const void *component = asnComponent(&type->comps[alternative], home);
+  const void* component = asnComponent(&type->comps[alternative], home);
   if (component == NULL) return fail(codg, "a CHOICE has no alternative");
   return encode(codg, type->comps[alternative].type, component, frame, depth + 1);
 }
 
-static BOOLE put_tagged(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int tag, int depth) {
+static BOOLE put_tagged(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int tag,
+                        int depth) {
   if (tag == type->tag_count) return put_untagged(codg, type, home, frame, depth);
   FRAME_PTR inner = createFrame(DB_SIZE);
   BOOLE good = put_tagged(codg, type, home, inner, tag + 1, depth);
@@ -176,12 +181,12 @@ static BOOLE put_tagged(ASNCODG *codg, const asn_type *type, const void *home, F
   return good || fail(codg, "out of memory");
 }
 
-static BOOLE encode(ASNCODG *codg, const asn_type *type, const void *home, FRAME_PTR frame, int depth) {
+static BOOLE encode(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the value is nested too deeply");
   return put_tagged(codg, type, home, frame, 0, depth);
 }
 
-BOOLE asnEncodeBer(ASNCODG *codg, const asn_type *type, const void *home) {
+BOOLE asnEncodeBer(ASNCODG* codg, const asn_type* type, const void* home) {
   codg->error = NULL;
   return encode(codg, type, home, codg->frame, 0);
 }
@@ -195,13 +200,13 @@ typedef struct {
 typedef struct {
   BYTE_TYPE tag_class, constructed;
   uint32 number;
-  input contents;       /* up to the end of contents, which is left out */
-  const BYTE_TYPE *next;
+  input contents; /* up to the end of contents, which is left out */
+  const BYTE_TYPE* next;
 } element;
 
-static BOOLE take_element(ASNCODG *codg, input in, element *result, int depth);
+static BOOLE take_element(ASNCODG* codg, input in, element* result, int depth);
 
-static BOOLE take_tag(input *in, element *result) {
+static BOOLE take_tag(input* in, element* result) {
   if (in->at == in->end) return FALSE;
   const BYTE_TYPE head = *in->at++;
   result->tag_class = head >> 6;
@@ -219,7 +224,7 @@ static BOOLE take_tag(input *in, element *result) {
 }
 
 /* The end of an indefinite encoding: behind it there are two zeros. */
-static BOOLE find_end(ASNCODG *codg, input in, const BYTE_TYPE **end, int depth) {
+static BOOLE find_end(ASNCODG* codg, input in, const BYTE_TYPE** end, int depth) {
   for (;;) {
     if (in.end - in.at < 2) return fail(codg, "an encoding ends too early");
     if (in.at[0] == 0 && in.at[1] == 0) {
@@ -232,7 +237,7 @@ static BOOLE find_end(ASNCODG *codg, input in, const BYTE_TYPE **end, int depth)
   }
 }
 
-static BOOLE take_element(ASNCODG *codg, input in, element *result, int depth) {
+static BOOLE take_element(ASNCODG* codg, input in, element* result, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the encoding is nested too deeply");
   if (!take_tag(&in, result) || in.at == in.end) return fail(codg, "an encoding ends within a tag");
   if (result->tag_class == 0 && result->number == 0) return fail(codg, "an end stands where nothing began");
@@ -260,14 +265,14 @@ static BOOLE take_element(ASNCODG *codg, input in, element *result, int depth) {
   return TRUE;
 }
 
-static BOOLE decode(ASNCODG *codg, const asn_type *type, void *home, input *in, int depth);
+static BOOLE decode(ASNCODG* codg, const asn_type* type, void* home, input* in, int depth);
 
-static int has_tag(const element *element, const asn_tag *tag) {
+static int has_tag(const element* element, const asn_tag* tag) {
   return element->tag_class == tag->tag_class && element->number == tag->number;
 }
 
 /* Whether an element can be the beginning of a type's encoding. */
-static int begins(const asn_type *type, const element *first, int depth) {
+static int begins(const asn_type* type, const element* first, int depth) {
   if (type->tag_count > 0) return has_tag(first, &type->tags[0]);
   if (type->kind != ASN_CHOICE) return 1;
   for (int i = 0; i < type->comp_count && depth < ASN_DEEPEST; ++i)
@@ -275,7 +280,7 @@ static int begins(const asn_type *type, const element *first, int depth) {
   return 0;
 }
 
-static BOOLE take_integer(ASNCODG *codg, const asn_type *type, void *home, input in) {
+static BOOLE take_integer(ASNCODG* codg, const asn_type* type, void* home, input in) {
   const size_t n = (size_t)(in.end - in.at);
   if (n == 0 || n > 8) return fail(codg, "an integer has a length that is not supported");
   uint64_t number = (in.at[0] & 0x80) != 0 ? UINT64_MAX : 0;
@@ -284,8 +289,8 @@ static BOOLE take_integer(ASNCODG *codg, const asn_type *type, void *home, input
 }
 
 /* Strings may come in segments, which may come in segments. */
-static BOOLE take_segments(ASNCODG *codg, const asn_type *type, const element *part, DYNSTR *string, FRAME_PTR into,
-                           int depth) {
+static BOOLE take_segments(ASNCODG* codg, const asn_type* type, const element* part, DYNSTR* string,
+                           FRAME_PTR into, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the encoding is nested too deeply");
   if (!part->constructed) {
     input in = part->contents;
@@ -315,7 +320,8 @@ static BOOLE take_segments(ASNCODG *codg, const asn_type *type, const element *p
   return TRUE;
 }
 
-static BOOLE take_string(ASNCODG *codg, const asn_type *type, DYNSTR *string, const element *part, int depth) {
+static BOOLE take_string(ASNCODG* codg, const asn_type* type, DYNSTR* string, const element* part,
+                         int depth) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   string->n = 0;
   const BOOLE good = take_segments(codg, type, part, string, octets, depth);
@@ -327,8 +333,8 @@ static BOOLE take_string(ASNCODG *codg, const asn_type *type, DYNSTR *string, co
   return good;
 }
 
-static BOOLE take_list(ASNCODG *codg, const asn_type *type, void *home, input in, int depth) {
-  asn_list *list = home;
+static BOOLE take_list(ASNCODG* codg, const asn_type* type, void* home, input in, int depth) {
+  asn_list* list = home;
   uint32 room = 0;
   list->n = 0;
   list->elem = NULL;
@@ -338,17 +344,19 @@ static BOOLE take_list(ASNCODG *codg, const asn_type *type, void *home, input in
 }
 
 /* The component that an element belongs to, from `from` on; -1 for none. */
-static int component_of(const asn_type *type, const element *first, int from) {
+static int component_of(const asn_type* type, const element* first, int from) {
   for (int i = from; i < type->comp_count; ++i) {
     if (begins(type->comps[i].type, first, 0)) return i;
-    if (type->kind == ASN_SEQUENCE && type->comps[i].presence == ASN_MANDATORY && type->comps[i].addition == 0)
+    if (type->kind == ASN_SEQUENCE && type->comps[i].presence == ASN_MANDATORY &&
+        type->comps[i].addition == 0)
       return -1;
   }
   return -1;
 }
 
 /* The elements of a structure in their order; `seen` notes the components. */
-static BOOLE take_components(ASNCODG *codg, const asn_type *type, void *home, input in, asn_seen *seen, int depth) {
+static BOOLE take_components(ASNCODG* codg, const asn_type* type, void* home, input in, asn_seen* seen,
+                             int depth) {
   int next = 0;
   while (in.at != in.end) {
     element first;
@@ -360,7 +368,8 @@ static BOOLE take_components(ASNCODG *codg, const asn_type *type, void *home, in
       continue;
     }
     if (!asnNoteSeen(seen, i)) return fail(codg, "a component is there twice");
-    if (!decode(codg, type->comps[i].type, asnMakeComponent(&type->comps[i], home), &in, depth + 1)) return FALSE;
+    if (!decode(codg, type->comps[i].type, asnMakeComponent(&type->comps[i], home), &in, depth + 1))
+      return FALSE;
     asnSetPresent(type, home, i);
     next = i + 1;
   }
@@ -370,7 +379,7 @@ static BOOLE take_components(ASNCODG *codg, const asn_type *type, void *home, in
   return TRUE;
 }
 
-static BOOLE take_structure(ASNCODG *codg, const asn_type *type, void *home, input in, int depth) {
+static BOOLE take_structure(ASNCODG* codg, const asn_type* type, void* home, input in, int depth) {
   asn_seen seen;
   asnInitSeen(type, &seen);
   const BOOLE good = take_components(codg, type, home, in, &seen, depth);
@@ -378,7 +387,7 @@ static BOOLE take_structure(ASNCODG *codg, const asn_type *type, void *home, inp
   return good;
 }
 
-static BOOLE take_external(ASNCODG *codg, EXTERNAL *external, input in, int depth) {
+static BOOLE take_external(ASNCODG* codg, EXTERNAL* external, input in, int depth) {
   int has_data = 0;
   static const asn_type octets = {.kind = ASN_OCTET_STRING, .form = ASN_DYNS};
   static const asn_type bits = {.kind = ASN_BIT_STRING, .form = ASN_DYNS};
@@ -390,7 +399,8 @@ static BOOLE take_external(ASNCODG *codg, EXTERNAL *external, input in, int dept
     BOOLE good = TRUE;
     if (is_universal && part.number == 6) {
       set_direct_EXTERNAL(*external);
-      good = asnObjidFromOctets(part.contents.at, (size_t)(part.contents.end - part.contents.at), &external->direct);
+      good = asnObjidFromOctets(part.contents.at, (size_t)(part.contents.end - part.contents.at),
+                                &external->direct);
     } else if (is_universal && part.number == 2) {
       set_indirect_EXTERNAL(*external);
       good = take_integer(codg, &integer, &external->indirect, part.contents);
@@ -411,7 +421,7 @@ static BOOLE take_external(ASNCODG *codg, EXTERNAL *external, input in, int dept
   return has_data || fail(codg, "an EXTERNAL is faulty");
 }
 
-static BOOLE take_contents(ASNCODG *codg, const asn_type *type, void *home, const element *part, int depth) {
+static BOOLE take_contents(ASNCODG* codg, const asn_type* type, void* home, const element* part, int depth) {
   const input in = part->contents;
   const size_t n = (size_t)(in.end - in.at);
   switch (type->form) {
@@ -441,30 +451,30 @@ static BOOLE take_contents(ASNCODG *codg, const asn_type *type, void *home, cons
   }
 }
 
-static BOOLE take_choice(ASNCODG *codg, const asn_type *type, void *home, input *in, int depth) {
+static BOOLE take_choice(ASNCODG* codg, const asn_type* type, void* home, input* in, int depth) {
   element first;
   if (!take_element(codg, *in, &first, depth)) return FALSE;
   for (int i = 0; i < type->comp_count; ++i) {
     if (!begins(type->comps[i].type, &first, 0)) continue;
-    *(sint32 *)home = i;
+    *(sint32*)home = i;
     return decode(codg, type->comps[i].type, asnMakeComponent(&type->comps[i], home), in, depth + 1);
   }
   return fail(codg, "an element belongs to no alternative");
 }
 
-static BOOLE take_untagged(ASNCODG *codg, const asn_type *type, void *home, input *in, int depth) {
+static BOOLE take_untagged(ASNCODG* codg, const asn_type* type, void* home, input* in, int depth) {
   if (type->form != ASN_FRM) return take_choice(codg, type, home, in, depth);
   element whole;
   if (!take_element(codg, *in, &whole, depth)) return FALSE;
   FRAME_PTR frame = createFrame((size_t)(whole.next - in->at));
-  insertMemBlock(NULL, MB_FRM, (BYTE_TYPE *)frame);
+  insertMemBlock(NULL, MB_FRM, (BYTE_TYPE*)frame);
   put(frame, in->at, (size_t)(whole.next - in->at));
-  *(FRAME_PTR *)home = frame;
+  *(FRAME_PTR*)home = frame;
   in->at = whole.next;
   return TRUE;
 }
 
-static BOOLE decode(ASNCODG *codg, const asn_type *type, void *home, input *in, int depth) {
+static BOOLE decode(ASNCODG* codg, const asn_type* type, void* home, input* in, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the encoding is nested too deeply");
   if (type->tag_count == 0) return take_untagged(codg, type, home, in, depth);
   input at = *in;
@@ -483,7 +493,7 @@ static BOOLE decode(ASNCODG *codg, const asn_type *type, void *home, input *in, 
   return take_contents(codg, type, home, &part, depth);
 }
 
-BOOLE asnDecodeBer(ASNCODG *codg, const asn_type *type, void *home) {
+BOOLE asnDecodeBer(ASNCODG* codg, const asn_type* type, void* home) {
   codg->error = NULL;
   input in = {codg->at, codg->at};
   if (codg->rest > 0) in.end += codg->rest; /* no octets may have no place */

@@ -4,98 +4,98 @@
 #include <stdlib.h>
 #include <string.h>
 
-sint64 asnGetInteger(const asn_type *type, const void *home) {
+sint64 asnGetInteger(const asn_type* type, const void* home) {
   switch (type->form) {
     case ASN_BOOL:
     case ASN_NULL:
-      return *(const BYTE_TYPE *)home;
+      return *(const BYTE_TYPE*)home;
     case ASN_UI32:
-      return *(const uint32 *)home;
+      return *(const uint32*)home;
     case ASN_I64:
-      return *(const sint64 *)home;
+      return *(const sint64*)home;
     default:
-      return *(const sint32 *)home;
+      return *(const sint32*)home;
   }
 }
 
-BOOLE asnSetInteger(const asn_type *type, void *home, sint64 number) {
+BOOLE asnSetInteger(const asn_type* type, void* home, sint64 number) {
   switch (type->form) {
     case ASN_BOOL:
     case ASN_NULL:
-      *(BYTE_TYPE *)home = number != 0;
+      *(BYTE_TYPE*)home = number != 0;
       return TRUE;
     case ASN_UI32:
-      *(uint32 *)home = (uint32)number;
+      *(uint32*)home = (uint32)number;
       return number >= 0 && number <= UINT32_MAX;
     case ASN_I64:
-      *(sint64 *)home = number;
+      *(sint64*)home = number;
       return TRUE;
     default:
-      *(sint32 *)home = (sint32)number;
+      *(sint32*)home = (sint32)number;
       return number >= INT32_MIN && number <= INT32_MAX;
   }
 }
 
-BOOLE asnIsPresent(const asn_type *type, const void *home, int component) {
+BOOLE asnIsPresent(const asn_type* type, const void* home, int component) {
   if (type->comps[component].presence == ASN_MANDATORY && type->comps[component].addition == 0) return TRUE;
-  const uint32 *mask = home;
+  const uint32* mask = home;
   return (mask[component / 32] >> (component % 32) & 1u) != 0;
 }
 
-void asnSetPresent(const asn_type *type, void *home, int component) {
+void asnSetPresent(const asn_type* type, void* home, int component) {
   if (type->comps[component].presence == ASN_MANDATORY && type->comps[component].addition == 0) return;
-  uint32 *mask = home;
+  uint32* mask = home;
   mask[component / 32] |= 1u << (component % 32);
 }
 
-void asnInitSeen(const asn_type *type, asn_seen *seen) {
+void asnInitSeen(const asn_type* type, asn_seen* seen) {
   seen->few = 0;
   seen->words = &seen->few;
   if (type->comp_count <= 64) return;
   seen->words = asnZeroed(((size_t)type->comp_count + 63) / 64 * sizeof *seen->words);
 }
 
-void asnFreeSeen(asn_seen *seen) {
+void asnFreeSeen(asn_seen* seen) {
   if (seen->words != &seen->few) free(seen->words);
 }
 
-BOOLE asnWasSeen(const asn_seen *seen, int component) {
+BOOLE asnWasSeen(const asn_seen* seen, int component) {
   return (seen->words[component / 64] >> (component % 64) & 1u) != 0;
 }
 
-BOOLE asnNoteSeen(asn_seen *seen, int component) {
+BOOLE asnNoteSeen(asn_seen* seen, int component) {
   if (asnWasSeen(seen, component)) return FALSE;
   seen->words[component / 64] |= (uint64_t)1 << (component % 64);
   return TRUE;
 }
 
-const void *asnComponent(const asn_comp *component, const void *home) {
-  const void *at = (const BYTE_TYPE *)home + component->offset;
-  return component->pointer ? *(void *const *)at : at;
+const void* asnComponent(const asn_comp* component, const void* home) {
+  const void* at = (const BYTE_TYPE*)home + component->offset;
+  return component->pointer ? *(void* const*)at : at;
 }
 
-void *asnMakeComponent(const asn_comp *component, void *home) {
-  void *at = (BYTE_TYPE *)home + component->offset;
+void* asnMakeComponent(const asn_comp* component, void* home) {
+  void* at = (BYTE_TYPE*)home + component->offset;
   if (!component->pointer) return at;
-  void **pointer = at;
+  void** pointer = at;
   if (*pointer == NULL) *pointer = allocAsn(NULL, MB_STG, component->type->size);
   return *pointer;
 }
 
-int asnAlternative(const asn_type *type, const void *home) {
-  const sint32 choice = *(const sint32 *)home;
+int asnAlternative(const asn_type* type, const void* home) {
+  const sint32 choice = *(const sint32*)home;
   return choice >= 0 && choice < type->comp_count ? (int)choice : -1;
 }
 
-void *asnAddElement(const asn_type *type, void *home, uint32 *room) {
-  asn_list *list = home;
+void* asnAddElement(const asn_type* type, void* home, uint32* room) {
+  asn_list* list = home;
   const size_t size = type->comps[0].type->size;
   if (list->n == *room) {
     const uint32 larger = *room == 0 ? 4 : *room * 2;
-    void *elements = allocAsn(NULL, MB_STG, larger * size);
+    void* elements = allocAsn(NULL, MB_STG, larger * size);
     if (list->n > 0) memcpy(elements, list->elem, list->n * size);
     list->elem = elements;
     *room = larger;
   }
-  return (BYTE_TYPE *)list->elem + list->n++ * size;
+  return (BYTE_TYPE*)list->elem + list->n++ * size;
 }

@@ -8,23 +8,23 @@
 #include "asnutils.ext"
 
 typedef struct block {
-  struct block *next;
-  void *memory;
+  struct block* next;
+  void* memory;
   int kind; /* MB_FRM: a frame, which has octets of its own */
 } block;
 
 struct asn_home {
-  ASNHOME *next; /* all homes, for those that are asked for by their structure */
-  ASNHOME *below; /* what was on top before this one was pushed */
-  void *structure;
-  block *blocks;
+  ASNHOME* next;  /* all homes, for those that are asked for by their structure */
+  ASNHOME* below; /* what was on top before this one was pushed */
+  void* structure;
+  block* blocks;
 };
 
-static ASNHOME *all_homes;
-static ASNHOME *current;
+static ASNHOME* all_homes;
+static ASNHOME* current;
 
-void *asnZeroed(size_t size) {
-  void *memory = calloc(1, size > 0 ? size : 1);
+void* asnZeroed(size_t size) {
+  void* memory = calloc(1, size > 0 ? size : 1);
   if (memory == NULL) {
     fputs("ASN.1: out of memory\n", stderr);
     abort();
@@ -32,9 +32,9 @@ void *asnZeroed(size_t size) {
   return memory;
 }
 
-void *createHandle(void *unused, ASNHOME **handle, size_t size) {
+void* createHandle(void* unused, ASNHOME** handle, size_t size) {
   (void)unused;
-  ASNHOME *home = asnZeroed(sizeof *home);
+  ASNHOME* home = asnZeroed(sizeof *home);
   home->next = all_homes;
   all_homes = home;
   home->structure = allocAsn(home, MB_STG, size);
@@ -42,38 +42,38 @@ void *createHandle(void *unused, ASNHOME **handle, size_t size) {
   return home->structure;
 }
 
-void insertMemBlock(ASNHOME *home, int kind, BYTE_TYPE *memory) {
+void insertMemBlock(ASNHOME* home, int kind, BYTE_TYPE* memory) {
   if (home == NULL) home = current;
   if (home == NULL) return;
-  block *made = asnZeroed(sizeof *made);
+  block* made = asnZeroed(sizeof *made);
   made->memory = memory;
   made->kind = kind;
   made->next = home->blocks;
   home->blocks = made;
 }
 
-void *allocAsn(ASNHOME *home, int kind, size_t size) {
-  BYTE_TYPE *memory = asnZeroed(size);
+void* allocAsn(ASNHOME* home, int kind, size_t size) {
+  BYTE_TYPE* memory = asnZeroed(size);
   insertMemBlock(home, kind, memory);
   return memory;
 }
 
-void freeAsn(ASNHOME **handle, int what) {
+void freeAsn(ASNHOME** handle, int what) {
   (void)what;
-  ASNHOME *home = *handle;
+  ASNHOME* home = *handle;
   if (home == NULL) return;
   *handle = NULL;
-  ASNHOME **link = &all_homes;
+  ASNHOME** link = &all_homes;
   while (*link != NULL && *link != home) link = &(*link)->next;
   if (*link == home) *link = home->next;
-  for (ASNHOME **at = &current; *at != NULL;) {
+  for (ASNHOME** at = &current; *at != NULL;) {
     if (*at == home)
       *at = home->below;
     else
       at = &(*at)->below;
   }
-  for (block *at = home->blocks; at != NULL;) {
-    block *next = at->next;
+  for (block* at = home->blocks; at != NULL;) {
+    block* next = at->next;
     if (at->kind == MB_FRM)
       deleteFrame(at->memory);
     else
@@ -84,31 +84,31 @@ void freeAsn(ASNHOME **handle, int what) {
   free(home);
 }
 
-void asnwfree(void *structure) {
-  ASNHOME *home = all_homes;
+void asnwfree(void* structure) {
+  ASNHOME* home = all_homes;
   while (home != NULL && home->structure != structure) home = home->next;
   if (home != NULL) freeAsn(&home, FREE_STG);
 }
 
-void initStack(ASNUTIG *utig) {
+void initStack(ASNUTIG* utig) {
   memset(utig, 0, sizeof *utig);
 }
 
-/* Each pushed home knows the one below it, of whichever stack that is: a codec that runs within a conversion has a
- * stack of its own, and gives the conversion its home back. */
-void pushHome(ASNUTIG *utig, ASNHOME *home) {
+/* Each pushed home knows the one below it, of whichever stack that is: a codec that runs within a conversion
+ * has a stack of its own, and gives the conversion its home back. */
+void pushHome(ASNUTIG* utig, ASNHOME* home) {
   home->below = current;
   current = home;
   ++utig->depth;
 }
 
-void popHome(ASNUTIG *utig) {
+void popHome(ASNUTIG* utig) {
   if (utig->depth == 0) return;
   --utig->depth;
   if (current != NULL) current = current->below;
 }
 
-ASNHOME *getHomeG(ASNUTIG *utig) {
+ASNHOME* getHomeG(ASNUTIG* utig) {
   (void)utig;
   return current;
 }
@@ -127,12 +127,12 @@ void deleteFrame(FRAME_PTR frame) {
   free(frame);
 }
 
-BOOLE appendToFrame(FRAME_PTR frame, const BYTE_TYPE *octets, size_t n) {
+BOOLE appendToFrame(FRAME_PTR frame, const BYTE_TYPE* octets, size_t n) {
   if (n > UINT32_MAX - frame->n) return FALSE;
   if (frame->n + n > frame->size) {
     size_t size = frame->size < DB_SIZE ? DB_SIZE : frame->size;
     while (size < frame->n + n) size *= 2;
-    BYTE_TYPE *larger = realloc(frame->octets, size);
+    BYTE_TYPE* larger = realloc(frame->octets, size);
     if (larger == NULL) return FALSE;
     frame->octets = larger;
     frame->size = size > UINT32_MAX ? UINT32_MAX : (uint32)size;

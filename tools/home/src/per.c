@@ -8,7 +8,7 @@ enum { FRAGMENT = 16384, MOST_FRAGMENTS = 4, SMALL_LENGTH = 128, BOUNDED_LENGTH 
 enum { MOST_UNPAID = 1 << 21, UNPAID_ELEMENT = 16 };
 static const sint64 kNoBound = INT64_MAX;
 
-static BOOLE fail(ASNPERG *codg, const char *text) {
+static BOOLE fail(ASNPERG* codg, const char* text) {
   if (codg->error == NULL) codg->error = text;
   return FALSE;
 }
@@ -28,7 +28,7 @@ static int octets_for(uint64_t number) {
 
 /* ---------------------------------------------------------------- bits */
 
-static BOOLE put_bits(ASNPERG *codg, uint64_t number, int bits) {
+static BOOLE put_bits(ASNPERG* codg, uint64_t number, int bits) {
   while (bits > 0) {
     const int used = (int)(codg->at_bit % 8);
     if (used == 0) {
@@ -44,11 +44,11 @@ static BOOLE put_bits(ASNPERG *codg, uint64_t number, int bits) {
   return TRUE;
 }
 
-static BOOLE put_align(ASNPERG *codg) {
+static BOOLE put_align(ASNPERG* codg) {
   return codg->aligned ? put_bits(codg, 0, (int)((8 - codg->at_bit % 8) % 8)) : TRUE;
 }
 
-static BOOLE put_octets(ASNPERG *codg, const BYTE_TYPE *octets, size_t n) {
+static BOOLE put_octets(ASNPERG* codg, const BYTE_TYPE* octets, size_t n) {
   if (codg->at_bit % 8 == 0) {
     if (!appendToFrame(codg->frame, octets, n)) return fail(codg, "out of memory");
     codg->at_bit += n * 8;
@@ -59,7 +59,7 @@ static BOOLE put_octets(ASNPERG *codg, const BYTE_TYPE *octets, size_t n) {
   return TRUE;
 }
 
-static BOOLE take_bits(ASNPERG *codg, int bits, uint64_t *number) {
+static BOOLE take_bits(ASNPERG* codg, int bits, uint64_t* number) {
   if (codg->bits - codg->at_bit < (size_t)bits) return fail(codg, "an encoding ends too early");
   *number = 0;
   while (bits > 0) {
@@ -73,14 +73,14 @@ static BOOLE take_bits(ASNPERG *codg, int bits, uint64_t *number) {
   return TRUE;
 }
 
-static BOOLE take_align(ASNPERG *codg) {
+static BOOLE take_align(ASNPERG* codg) {
   uint64_t ignored;
   return codg->aligned ? take_bits(codg, (int)((8 - codg->at_bit % 8) % 8), &ignored) : TRUE;
 }
 
-/* Elements and characters may take no bit of the input: what they take of memory must not grow without end by a few
- * octets of lengths. */
-static BOOLE take_unpaid(ASNPERG *codg, size_t octets) {
+/* Elements and characters may take no bit of the input: what they take of memory must not grow without end by
+ * a few octets of lengths. */
+static BOOLE take_unpaid(ASNPERG* codg, size_t octets) {
   codg->unpaid += octets;
   return codg->unpaid <= MOST_UNPAID + codg->bits || fail(codg, "a length is faulty");
 }
@@ -88,9 +88,10 @@ static BOOLE take_unpaid(ASNPERG *codg, size_t octets) {
 /* ---------------------------------------------------------------- numbers */
 
 /* A number from 0 to count - 1. */
-static BOOLE put_constrained(ASNPERG *codg, uint64_t number, uint64_t count) {
+static BOOLE put_constrained(ASNPERG* codg, uint64_t number, uint64_t count) {
   if (count == 1) return TRUE;
-  if (!codg->aligned || (count != 0 && count <= 255)) return put_bits(codg, number, count == 0 ? 64 : bits_for(count));
+  if (!codg->aligned || (count != 0 && count <= 255))
+    return put_bits(codg, number, count == 0 ? 64 : bits_for(count));
   if (count == 256) return put_align(codg) && put_bits(codg, number, 8);
   if (count != 0 && count <= 65536) return put_align(codg) && put_bits(codg, number, 16);
   const int most = count == 0 ? 8 : octets_for(count - 1), octets = octets_for(number);
@@ -98,10 +99,11 @@ static BOOLE put_constrained(ASNPERG *codg, uint64_t number, uint64_t count) {
          put_bits(codg, number, octets * 8);
 }
 
-static BOOLE take_constrained(ASNPERG *codg, uint64_t count, uint64_t *number) {
+static BOOLE take_constrained(ASNPERG* codg, uint64_t count, uint64_t* number) {
   *number = 0;
   if (count == 1) return TRUE;
-  if (!codg->aligned || (count != 0 && count <= 255)) return take_bits(codg, count == 0 ? 64 : bits_for(count), number);
+  if (!codg->aligned || (count != 0 && count <= 255))
+    return take_bits(codg, count == 0 ? 64 : bits_for(count), number);
   if (count == 256) return take_align(codg) && take_bits(codg, 8, number);
   if (count != 0 && count <= 65536) return take_align(codg) && take_bits(codg, 16, number);
   uint64_t octets;
@@ -109,9 +111,9 @@ static BOOLE take_constrained(ASNPERG *codg, uint64_t count, uint64_t *number) {
   return take_align(codg) && take_bits(codg, (int)(octets + 1) * 8, number);
 }
 
-/* The length of a part: at most 64 K in a field of its bounds, else in the general form. `*more` says that another
- * part follows. Returns the length that was put. */
-static BOOLE put_general_length(ASNPERG *codg, size_t length, size_t *part, int *more) {
+/* The length of a part: at most 64 K in a field of its bounds, else in the general form. `*more` says that
+ * another part follows. Returns the length that was put. */
+static BOOLE put_general_length(ASNPERG* codg, size_t length, size_t* part, int* more) {
   *more = 0;
   *part = length;
   if (!put_align(codg)) return FALSE;
@@ -123,7 +125,7 @@ static BOOLE put_general_length(ASNPERG *codg, size_t length, size_t *part, int 
   return put_bits(codg, 0xc0 | fragments, 8);
 }
 
-static BOOLE take_general_length(ASNPERG *codg, size_t *part, int *more) {
+static BOOLE take_general_length(ASNPERG* codg, size_t* part, int* more) {
   uint64_t head, low;
   *more = 0;
   if (!take_align(codg) || !take_bits(codg, 8, &head)) return FALSE;
@@ -142,7 +144,7 @@ static BOOLE take_general_length(ASNPERG *codg, size_t *part, int *more) {
 }
 
 /* Octets behind their length in the general form. */
-static BOOLE put_counted(ASNPERG *codg, const BYTE_TYPE *octets, size_t n) {
+static BOOLE put_counted(ASNPERG* codg, const BYTE_TYPE* octets, size_t n) {
   for (int more = 1; more;) {
     size_t part;
     if (!put_general_length(codg, n, &part, &more) || !put_octets(codg, octets, part)) return FALSE;
@@ -152,7 +154,7 @@ static BOOLE put_counted(ASNPERG *codg, const BYTE_TYPE *octets, size_t n) {
   return TRUE;
 }
 
-static BOOLE take_octets(ASNPERG *codg, size_t n, FRAME_PTR into) {
+static BOOLE take_octets(ASNPERG* codg, size_t n, FRAME_PTR into) {
   if ((codg->bits - codg->at_bit) / 8 < n) return fail(codg, "an encoding ends too early");
   for (size_t i = 0; i < n; ++i) {
     uint64_t octet;
@@ -163,7 +165,7 @@ static BOOLE take_octets(ASNPERG *codg, size_t n, FRAME_PTR into) {
   return TRUE;
 }
 
-static BOOLE take_counted(ASNPERG *codg, FRAME_PTR into) {
+static BOOLE take_counted(ASNPERG* codg, FRAME_PTR into) {
   for (int more = 1; more;) {
     size_t part;
     if (!take_general_length(codg, &part, &more) || !take_octets(codg, part, into)) return FALSE;
@@ -171,7 +173,7 @@ static BOOLE take_counted(ASNPERG *codg, FRAME_PTR into) {
   return TRUE;
 }
 
-static BOOLE put_small(ASNPERG *codg, uint64_t number) {
+static BOOLE put_small(ASNPERG* codg, uint64_t number) {
   if (number < SMALL_NUMBER) return put_bits(codg, 0, 1) && put_bits(codg, number, 6);
   BYTE_TYPE octets[8];
   const int n = octets_for(number);
@@ -179,7 +181,7 @@ static BOOLE put_small(ASNPERG *codg, uint64_t number) {
   return put_bits(codg, 1, 1) && put_counted(codg, octets, (size_t)n);
 }
 
-static BOOLE number_from(ASNPERG *codg, int is_signed, sint64 *number) {
+static BOOLE number_from(ASNPERG* codg, int is_signed, sint64* number) {
   FRAME_PTR octets = createFrame(8);
   BOOLE good = take_counted(codg, octets);
   if (good && (octets->n == 0 || octets->n > 9 || (octets->n == 9 && (is_signed || octets->octets[0] != 0))))
@@ -193,7 +195,7 @@ static BOOLE number_from(ASNPERG *codg, int is_signed, sint64 *number) {
   return good;
 }
 
-static BOOLE take_small(ASNPERG *codg, uint64_t *number) {
+static BOOLE take_small(ASNPERG* codg, uint64_t* number) {
   uint64_t large;
   if (!take_bits(codg, 1, &large)) return FALSE;
   if (!large) return take_bits(codg, 6, number);
@@ -203,30 +205,32 @@ static BOOLE take_small(ASNPERG *codg, uint64_t *number) {
   return TRUE;
 }
 
-static BOOLE put_unconstrained(ASNPERG *codg, sint64 number) {
+static BOOLE put_unconstrained(ASNPERG* codg, sint64 number) {
   BYTE_TYPE octets[8];
   int at = 0;
   for (int i = 0; i < 8; ++i) octets[i] = (BYTE_TYPE)((uint64_t)number >> (8 * (7 - i)));
-  while (at < 7 && ((octets[at] == 0 && octets[at + 1] < 0x80) || (octets[at] == 0xff && octets[at + 1] >= 0x80))) ++at;
+  while (at < 7 &&
+         ((octets[at] == 0 && octets[at + 1] < 0x80) || (octets[at] == 0xff && octets[at + 1] >= 0x80)))
+    ++at;
   return put_counted(codg, octets + at, (size_t)(8 - at));
 }
 
-static BOOLE put_semi_constrained(ASNPERG *codg, uint64_t offset) {
+static BOOLE put_semi_constrained(ASNPERG* codg, uint64_t offset) {
   BYTE_TYPE octets[8];
   const int n = octets_for(offset);
   for (int i = 0; i < n; ++i) octets[i] = (BYTE_TYPE)(offset >> (8 * (n - 1 - i)));
   return put_counted(codg, octets, (size_t)n);
 }
 
-static uint64_t count_of(const asn_type *type) {
+static uint64_t count_of(const asn_type* type) {
   return (uint64_t)type->high - (uint64_t)type->low + 1;
 }
 
-static int in_bounds(const asn_type *type, sint64 number) {
+static int in_bounds(const asn_type* type, sint64 number) {
   return (!type->has_low || number >= type->low) && (!type->has_high || number <= type->high);
 }
 
-static BOOLE put_integer(ASNPERG *codg, const asn_type *type, sint64 number) {
+static BOOLE put_integer(ASNPERG* codg, const asn_type* type, sint64 number) {
   int bounded = in_bounds(type, number);
   if (type->extensible) {
     if (!put_bits(codg, !bounded, 1)) return FALSE;
@@ -240,7 +244,7 @@ static BOOLE put_integer(ASNPERG *codg, const asn_type *type, sint64 number) {
                        : put_unconstrained(codg, number);
 }
 
-static BOOLE take_integer(ASNPERG *codg, const asn_type *type, void *home) {
+static BOOLE take_integer(ASNPERG* codg, const asn_type* type, void* home) {
   uint64_t beyond = 0, offset = 0;
   sint64 number = 0;
   if (type->extensible && !take_bits(codg, 1, &beyond)) return FALSE;
@@ -248,11 +252,13 @@ static BOOLE take_integer(ASNPERG *codg, const asn_type *type, void *home) {
     if (!number_from(codg, 1, &number)) return FALSE;
   } else if (type->has_high) {
     if (!take_constrained(codg, count_of(type), &offset)) return FALSE;
-    if (offset > (uint64_t)type->high - (uint64_t)type->low) return fail(codg, "an integer is out of its bounds");
+    if (offset > (uint64_t)type->high - (uint64_t)type->low)
+      return fail(codg, "an integer is out of its bounds");
     number = (sint64)((uint64_t)type->low + offset);
   } else {
     if (!number_from(codg, 0, &number)) return FALSE;
-    if ((uint64_t)number > (uint64_t)INT64_MAX - (uint64_t)type->low) return fail(codg, "an integer does not fit");
+    if ((uint64_t)number > (uint64_t)INT64_MAX - (uint64_t)type->low)
+      return fail(codg, "an integer does not fit");
     number = (sint64)((uint64_t)type->low + (uint64_t)number);
   }
   if (!beyond && !in_bounds(type, number)) return fail(codg, "an integer is out of its bounds");
@@ -263,23 +269,23 @@ static BOOLE take_integer(ASNPERG *codg, const asn_type *type, void *home) {
 
 /* What the units of a string are: bits of a BIT STRING, octets, characters. */
 typedef struct {
-  int bits;              /* of a unit */
-  const char *alphabet;  /* by which characters are numbered, or NULL */
-  int known_multiplier;  /* a size constraint counts */
+  int bits;             /* of a unit */
+  const char* alphabet; /* by which characters are numbered, or NULL */
+  int known_multiplier; /* a size constraint counts */
 } units;
 
 /* The characters of a type that has an alphabet without a constraint. */
 static const char kNumeric[] = " 0123456789";
 static const char kPrintable[] = " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
-static int rounded_bits(const ASNPERG *codg, int bits) {
+static int rounded_bits(const ASNPERG* codg, int bits) {
   int rounded = 1;
   if (!codg->aligned) return bits;
   while (rounded < bits) rounded *= 2;
   return bits == 0 ? 0 : rounded;
 }
 
-static units units_of(const ASNPERG *codg, const asn_type *type) {
+static units units_of(const ASNPERG* codg, const asn_type* type) {
   units result = {8, NULL, 1};
   int characters = 0, highest = 0;
   switch (type->kind) {
@@ -321,12 +327,12 @@ static units units_of(const ASNPERG *codg, const asn_type *type) {
 }
 
 /* Whether a string of one size takes no alignment. */
-static int is_short(const asn_type *type, const units *unit) {
+static int is_short(const asn_type* type, const units* unit) {
   return type->has_high && (uint64_t)type->high * (uint64_t)unit->bits <= 16;
 }
 
-static BOOLE put_units(ASNPERG *codg, const asn_type *type, const units *unit, const DYNSTR *string, size_t from,
-                       size_t n) {
+static BOOLE put_units(ASNPERG* codg, const asn_type* type, const units* unit, const DYNSTR* string,
+                       size_t from, size_t n) {
   if (unit->bits == 8 && unit->alphabet == NULL) return put_octets(codg, string->s + from, n);
   for (size_t i = from; i < from + n; ++i) {
     uint64_t number;
@@ -334,7 +340,7 @@ static BOOLE put_units(ASNPERG *codg, const asn_type *type, const units *unit, c
       number = string->s[i / 8] >> (7 - i % 8) & 1u;
     } else if (unit->alphabet != NULL) {
       const int size = type->alphabet != NULL ? type->alphabet_size : (int)strlen(unit->alphabet);
-      const char *found = memchr(unit->alphabet, string->s[i], (size_t)size);
+      const char* found = memchr(unit->alphabet, string->s[i], (size_t)size);
       if (found == NULL) return fail(codg, "a character is not permitted");
       number = (uint64_t)(found - unit->alphabet);
     } else {
@@ -346,7 +352,7 @@ static BOOLE put_units(ASNPERG *codg, const asn_type *type, const units *unit, c
   return TRUE;
 }
 
-static BOOLE take_units(ASNPERG *codg, const asn_type *type, const units *unit, DYNSTR *string, size_t n,
+static BOOLE take_units(ASNPERG* codg, const asn_type* type, const units* unit, DYNSTR* string, size_t n,
                         FRAME_PTR into) {
   if (unit->bits > 0 && (codg->bits - codg->at_bit) / (size_t)unit->bits < n)
     return fail(codg, "an encoding ends too early");
@@ -379,7 +385,7 @@ typedef struct {
   sint64 low, high; /* high kNoBound without one */
 } bounds;
 
-static bounds size_bounds(const asn_type *type, int known, int beyond) {
+static bounds size_bounds(const asn_type* type, int known, int beyond) {
   bounds result = {0, kNoBound};
   if (beyond || !known) return result;
   if (type->has_low) result.low = type->low;
@@ -388,34 +394,37 @@ static bounds size_bounds(const asn_type *type, int known, int beyond) {
 }
 
 /* Puts the extension bit of a size; `*beyond` says that the bounds do not hold. */
-static BOOLE put_size_extension(ASNPERG *codg, const asn_type *type, int known, sint64 n, int *beyond) {
+static BOOLE put_size_extension(ASNPERG* codg, const asn_type* type, int known, sint64 n, int* beyond) {
   *beyond = known && !in_bounds(type, n);
   if (!known) return TRUE;
   if (type->extensible) return put_bits(codg, (uint64_t)*beyond, 1);
   return !*beyond || fail(codg, "a size is out of its bounds");
 }
 
-static BOOLE take_size_extension(ASNPERG *codg, const asn_type *type, int known, int *beyond) {
+static BOOLE take_size_extension(ASNPERG* codg, const asn_type* type, int known, int* beyond) {
   uint64_t bit = 0;
   if (known && type->extensible && !take_bits(codg, 1, &bit)) return FALSE;
   *beyond = bit != 0;
   return TRUE;
 }
 
-static BOOLE put_string(ASNPERG *codg, const asn_type *type, const DYNSTR *string) {
+static BOOLE put_string(ASNPERG* codg, const asn_type* type, const DYNSTR* string) {
   const units unit = units_of(codg, type);
   int beyond = 0, more = 0;
   if (!put_size_extension(codg, type, unit.known_multiplier, string->n, &beyond)) return FALSE;
   const bounds size = size_bounds(type, unit.known_multiplier, beyond);
   if (size.high < BOUNDED_LENGTH) {
     const int fixed = size.low == size.high;
-    if (!fixed && !put_constrained(codg, (uint64_t)(string->n - size.low), (uint64_t)(size.high - size.low + 1)))
+    if (!fixed &&
+        !put_constrained(codg, (uint64_t)(string->n - size.low), (uint64_t)(size.high - size.low + 1)))
       return FALSE;
     if (string->n == 0) return TRUE;
     const int characters = type->kind != ASN_BIT_STRING && type->kind != ASN_OCTET_STRING;
-    /* A varying size aligns bits and octets always, characters only where they may take more than two octets. */
-    const int unaligned = characters ? (fixed ? is_short(type, &unit) : (uint64_t)size.high * (uint64_t)unit.bits < 16)
-                                     : fixed && is_short(type, &unit);
+    /* A varying size aligns bits and octets always, characters only where they may take more than two octets.
+     */
+    const int unaligned =
+        characters ? (fixed ? is_short(type, &unit) : (uint64_t)size.high * (uint64_t)unit.bits < 16)
+                   : fixed && is_short(type, &unit);
     if (!unaligned && !put_align(codg)) return FALSE;
     return put_units(codg, type, &unit, string, 0, string->n);
   }
@@ -430,7 +439,7 @@ static BOOLE put_string(ASNPERG *codg, const asn_type *type, const DYNSTR *strin
   return TRUE;
 }
 
-static BOOLE take_string_units(ASNPERG *codg, const asn_type *type, DYNSTR *string, FRAME_PTR into) {
+static BOOLE take_string_units(ASNPERG* codg, const asn_type* type, DYNSTR* string, FRAME_PTR into) {
   const units unit = units_of(codg, type);
   int beyond = 0, more = 0;
   if (!take_size_extension(codg, type, unit.known_multiplier, &beyond)) return FALSE;
@@ -443,8 +452,9 @@ static BOOLE take_string_units(ASNPERG *codg, const asn_type *type, DYNSTR *stri
     if (n == 0) return TRUE;
     if (n > (uint64_t)size.high) return fail(codg, "a size is out of its bounds");
     const int characters = type->kind != ASN_BIT_STRING && type->kind != ASN_OCTET_STRING;
-    const int unaligned = characters ? (fixed ? is_short(type, &unit) : (uint64_t)size.high * (uint64_t)unit.bits < 16)
-                                     : fixed && is_short(type, &unit);
+    const int unaligned =
+        characters ? (fixed ? is_short(type, &unit) : (uint64_t)size.high * (uint64_t)unit.bits < 16)
+                   : fixed && is_short(type, &unit);
     if (!unaligned && !take_align(codg)) return FALSE;
     return take_units(codg, type, &unit, string, (size_t)n, into);
   }
@@ -457,7 +467,7 @@ static BOOLE take_string_units(ASNPERG *codg, const asn_type *type, DYNSTR *stri
   return TRUE;
 }
 
-static BOOLE take_string(ASNPERG *codg, const asn_type *type, DYNSTR *string) {
+static BOOLE take_string(ASNPERG* codg, const asn_type* type, DYNSTR* string) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   string->n = 0;
   const BOOLE good = take_string_units(codg, type, string, octets);
@@ -471,17 +481,17 @@ static BOOLE take_string(ASNPERG *codg, const asn_type *type, DYNSTR *string) {
 
 /* ---------------------------------------------------------------- structures */
 
-static BOOLE put_value(ASNPERG *codg, const asn_type *type, const void *home, int depth);
-static BOOLE take_value(ASNPERG *codg, const asn_type *type, void *home, int depth);
+static BOOLE put_value(ASNPERG* codg, const asn_type* type, const void* home, int depth);
+static BOOLE take_value(ASNPERG* codg, const asn_type* type, void* home, int depth);
 
 /* An encoding of its own within this one. */
-static ASNPERG inner_of(const ASNPERG *codg) {
+static ASNPERG inner_of(const ASNPERG* codg) {
   ASNPERG inner = *codg;
   inner.at_bit = 0;
   return inner;
 }
 
-static BOOLE put_open(ASNPERG *codg, const asn_type *type, const void *home, int depth) {
+static BOOLE put_open(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
   ASNPERG inner = inner_of(codg);
   inner.frame = createFrame(DB_SIZE);
   static const BYTE_TYPE nothing = 0;
@@ -493,7 +503,7 @@ static BOOLE put_open(ASNPERG *codg, const asn_type *type, const void *home, int
   return good;
 }
 
-static BOOLE take_open(ASNPERG *codg, const asn_type *type, void *home, int depth) {
+static BOOLE take_open(ASNPERG* codg, const asn_type* type, void* home, int depth) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   BOOLE good = take_counted(codg, octets);
   if (good) {
@@ -508,7 +518,7 @@ static BOOLE take_open(ASNPERG *codg, const asn_type *type, void *home, int dept
   return good;
 }
 
-static BOOLE skip_open(ASNPERG *codg) {
+static BOOLE skip_open(ASNPERG* codg) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   const BOOLE good = take_counted(codg, octets);
   deleteFrame(octets);
@@ -516,25 +526,25 @@ static BOOLE skip_open(ASNPERG *codg) {
 }
 
 /* The i-th component in the order of the encoding. */
-static int ordered(const asn_type *type, int i) {
+static int ordered(const asn_type* type, int i) {
   return type->order != NULL ? type->order[i] : i;
 }
 
-static int last_addition(const asn_type *type) {
+static int last_addition(const asn_type* type) {
   int last = 0;
   for (int i = 0; i < type->comp_count; ++i)
     if (type->comps[i].addition > last) last = type->comps[i].addition;
   return last;
 }
 
-static int addition_present(const asn_type *type, const void *home, int addition) {
+static int addition_present(const asn_type* type, const void* home, int addition) {
   for (int i = 0; i < type->comp_count; ++i)
     if (type->comps[i].addition == addition && asnIsPresent(type, home, i)) return 1;
   return 0;
 }
 
 /* The components of the root, or of one group of additions: the bits of the optional ones, then all. */
-static BOOLE put_components(ASNPERG *codg, const asn_type *type, const void *home, int addition, int depth) {
+static BOOLE put_components(ASNPERG* codg, const asn_type* type, const void* home, int addition, int depth) {
   for (int i = 0; i < type->comp_count; ++i) {
     const int c = ordered(type, i);
     if (type->comps[c].addition != addition || type->comps[c].presence == ASN_MANDATORY) continue;
@@ -544,14 +554,14 @@ static BOOLE put_components(ASNPERG *codg, const asn_type *type, const void *hom
     const int c = ordered(type, i);
     if (type->comps[c].addition != addition) continue;
     if (type->comps[c].presence != ASN_MANDATORY && !asnIsPresent(type, home, c)) continue;
-    const void *component = asnComponent(&type->comps[c], home);
+    const void* component = asnComponent(&type->comps[c], home);
     if (component == NULL) return fail(codg, "a component has no value");
     if (!put_value(codg, type->comps[c].type, component, depth + 1)) return FALSE;
   }
   return TRUE;
 }
 
-static BOOLE take_components(ASNPERG *codg, const asn_type *type, void *home, int addition, int depth) {
+static BOOLE take_components(ASNPERG* codg, const asn_type* type, void* home, int addition, int depth) {
   for (int i = 0; i < type->comp_count; ++i) {
     const int c = ordered(type, i);
     if (type->comps[c].addition != addition) continue;
@@ -566,17 +576,17 @@ static BOOLE take_components(ASNPERG *codg, const asn_type *type, void *home, in
     const int c = ordered(type, i);
     if (type->comps[c].addition != addition) continue;
     if (type->comps[c].presence != ASN_MANDATORY && !asnIsPresent(type, home, c)) continue;
-    if (!take_value(codg, type->comps[c].type, asnMakeComponent(&type->comps[c], home), depth + 1)) return FALSE;
+    if (!take_value(codg, type->comps[c].type, asnMakeComponent(&type->comps[c], home), depth + 1))
+      return FALSE;
   }
   return TRUE;
 }
 
-
-static BOOLE put_group(ASNPERG *codg, const asn_type *type, const void *home, int addition, int depth) {
+static BOOLE put_group(ASNPERG* codg, const asn_type* type, const void* home, int addition, int depth) {
   int first = 0;
   while (type->comps[first].addition != addition) ++first;
   if (!type->comps[first].grouped) {
-    const void *component = asnComponent(&type->comps[first], home);
+    const void* component = asnComponent(&type->comps[first], home);
     return component != NULL ? put_open(codg, type->comps[first].type, component, depth)
                              : fail(codg, "a component has no value");
   }
@@ -591,12 +601,12 @@ static BOOLE put_group(ASNPERG *codg, const asn_type *type, const void *home, in
   return good;
 }
 
-static BOOLE take_group(ASNPERG *codg, const asn_type *type, void *home, int addition, int depth) {
+static BOOLE take_group(ASNPERG* codg, const asn_type* type, void* home, int addition, int depth) {
   int first = 0;
   while (first < type->comp_count && type->comps[first].addition != addition) ++first;
   if (first == type->comp_count) return skip_open(codg); /* of a later version */
   if (!type->comps[first].grouped) {
-    void *component = asnMakeComponent(&type->comps[first], home);
+    void* component = asnMakeComponent(&type->comps[first], home);
     asnSetPresent(type, home, first);
     return take_open(codg, type->comps[first].type, component, depth);
   }
@@ -614,7 +624,7 @@ static BOOLE take_group(ASNPERG *codg, const asn_type *type, void *home, int add
   return good;
 }
 
-static BOOLE put_addition_bits(ASNPERG *codg, const asn_type *type, const void *home, int last) {
+static BOOLE put_addition_bits(ASNPERG* codg, const asn_type* type, const void* home, int last) {
   if (last <= SMALL_NUMBER) {
     if (!put_bits(codg, 0, 1) || !put_bits(codg, (uint64_t)last - 1, 6)) return FALSE;
   } else {
@@ -627,7 +637,7 @@ static BOOLE put_addition_bits(ASNPERG *codg, const asn_type *type, const void *
   return TRUE;
 }
 
-static BOOLE put_structure(ASNPERG *codg, const asn_type *type, const void *home, int depth) {
+static BOOLE put_structure(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
   const int last = last_addition(type);
   int any = 0;
   for (int addition = 1; addition <= last; ++addition) any = any || addition_present(type, home, addition);
@@ -640,7 +650,7 @@ static BOOLE put_structure(ASNPERG *codg, const asn_type *type, const void *home
   return TRUE;
 }
 
-static BOOLE take_structure(ASNPERG *codg, const asn_type *type, void *home, int depth) {
+static BOOLE take_structure(ASNPERG* codg, const asn_type* type, void* home, int depth) {
   uint64_t any = 0, large = 0, count = 0;
   if (type->extensible && !take_bits(codg, 1, &any)) return FALSE;
   if (!take_components(codg, type, home, 0, depth)) return FALSE;
@@ -668,17 +678,17 @@ static BOOLE take_structure(ASNPERG *codg, const asn_type *type, void *home, int
 }
 
 /* The alternatives of the root come first in the order. */
-static int root_alternatives(const asn_type *type) {
+static int root_alternatives(const asn_type* type) {
   int count = 0;
   for (int i = 0; i < type->comp_count; ++i) count += type->comps[i].addition == 0;
   return count;
 }
 
-static BOOLE put_choice(ASNPERG *codg, const asn_type *type, const void *home, int depth) {
+static BOOLE put_choice(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
   const int alternative = asnAlternative(type, home);
   if (alternative < 0) return fail(codg, "a CHOICE has no alternative");
-  const asn_comp *component = &type->comps[alternative];
-  const void *inner = asnComponent(component, home);
+  const asn_comp* component = &type->comps[alternative];
+  const void* inner = asnComponent(component, home);
   if (inner == NULL) return fail(codg, "a CHOICE has no alternative");
   int index = 0;
   while (ordered(type, index) != alternative) ++index;
@@ -686,25 +696,27 @@ static BOOLE put_choice(ASNPERG *codg, const asn_type *type, const void *home, i
   if (type->extensible && !put_bits(codg, component->addition != 0, 1)) return FALSE;
   if (component->addition != 0)
     return put_small(codg, (uint64_t)(index - root)) && put_open(codg, component->type, inner, depth);
-  return put_constrained(codg, (uint64_t)index, (uint64_t)root) && put_value(codg, component->type, inner, depth + 1);
+  return put_constrained(codg, (uint64_t)index, (uint64_t)root) &&
+         put_value(codg, component->type, inner, depth + 1);
 }
 
-static BOOLE take_choice(ASNPERG *codg, const asn_type *type, void *home, int depth) {
+static BOOLE take_choice(ASNPERG* codg, const asn_type* type, void* home, int depth) {
   uint64_t beyond = 0, index = 0;
   const int root = root_alternatives(type);
   if (type->extensible && !take_bits(codg, 1, &beyond)) return FALSE;
-  if (beyond ? !take_small(codg, &index) : root == 0 || !take_constrained(codg, (uint64_t)root, &index)) return FALSE;
+  if (beyond ? !take_small(codg, &index) : root == 0 || !take_constrained(codg, (uint64_t)root, &index))
+    return FALSE;
   if (beyond) index += (uint64_t)root;
   if (index >= (uint64_t)type->comp_count || (!beyond && index >= (uint64_t)root))
     return fail(codg, "an alternative is unknown");
   const int alternative = ordered(type, (int)index);
-  *(sint32 *)home = alternative;
-  void *inner = asnMakeComponent(&type->comps[alternative], home);
+  *(sint32*)home = alternative;
+  void* inner = asnMakeComponent(&type->comps[alternative], home);
   return beyond ? take_open(codg, type->comps[alternative].type, inner, depth)
                 : take_value(codg, type->comps[alternative].type, inner, depth + 1);
 }
 
-static BOOLE put_enumerated(ASNPERG *codg, const asn_type *type, sint32 number) {
+static BOOLE put_enumerated(ASNPERG* codg, const asn_type* type, sint32 number) {
   int index = 0;
   const int all = type->item_count + type->addition_items;
   while (index < all && type->items[index] != number) ++index;
@@ -715,19 +727,20 @@ static BOOLE put_enumerated(ASNPERG *codg, const asn_type *type, sint32 number) 
                   : put_constrained(codg, (uint64_t)index, (uint64_t)type->item_count);
 }
 
-static BOOLE take_enumerated(ASNPERG *codg, const asn_type *type, void *home) {
+static BOOLE take_enumerated(ASNPERG* codg, const asn_type* type, void* home) {
   uint64_t addition = 0, index = 0;
   if (type->extensible && !take_bits(codg, 1, &addition)) return FALSE;
-  if (addition ? !take_small(codg, &index) : !take_constrained(codg, (uint64_t)type->item_count, &index)) return FALSE;
+  if (addition ? !take_small(codg, &index) : !take_constrained(codg, (uint64_t)type->item_count, &index))
+    return FALSE;
   const uint64_t count = (uint64_t)(addition ? type->addition_items : type->item_count);
   if (index >= count) return fail(codg, "an enumerated value is unknown");
-  *(sint32 *)home = type->items[index + (addition ? (uint64_t)type->item_count : 0)];
+  *(sint32*)home = type->items[index + (addition ? (uint64_t)type->item_count : 0)];
   return TRUE;
 }
 
-static BOOLE put_list(ASNPERG *codg, const asn_type *type, const void *home, int depth) {
-  const asn_list *list = home;
-  const asn_type *element = type->comps[0].type;
+static BOOLE put_list(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
+  const asn_list* list = home;
+  const asn_type* element = type->comps[0].type;
   int beyond = 0, more = 0;
   if (!put_size_extension(codg, type, 1, list->n, &beyond)) return FALSE;
   const bounds size = size_bounds(type, 1, beyond);
@@ -735,20 +748,22 @@ static BOOLE put_list(ASNPERG *codg, const asn_type *type, const void *home, int
   do {
     size_t part = list->n - i;
     if (size.high < BOUNDED_LENGTH) {
-      if (!put_constrained(codg, (uint64_t)(list->n - size.low), (uint64_t)(size.high - size.low + 1))) return FALSE;
+      if (!put_constrained(codg, (uint64_t)(list->n - size.low), (uint64_t)(size.high - size.low + 1)))
+        return FALSE;
     } else if (!put_general_length(codg, list->n - i, &part, &more)) {
       return FALSE;
     }
     for (const uint32 end = i + (uint32)part; i < end; ++i)
-      if (!put_value(codg, element, (const BYTE_TYPE *)list->elem + i * element->size, depth + 1)) return FALSE;
+      if (!put_value(codg, element, (const BYTE_TYPE*)list->elem + i * element->size, depth + 1))
+        return FALSE;
   } while (more);
   return TRUE;
 }
 
-static BOOLE take_list(ASNPERG *codg, const asn_type *type, void *home, int depth) {
+static BOOLE take_list(ASNPERG* codg, const asn_type* type, void* home, int depth) {
   int beyond = 0, more = 0;
   uint32 room = 0;
-  ((asn_list *)home)->n = 0;
+  ((asn_list*)home)->n = 0;
   if (!take_size_extension(codg, type, 1, &beyond)) return FALSE;
   const bounds size = size_bounds(type, 1, beyond);
   do {
@@ -764,7 +779,8 @@ static BOOLE take_list(ASNPERG *codg, const asn_type *type, void *home, int dept
     for (size_t i = 0; i < part; ++i) {
       const size_t before = codg->at_bit;
       if (!take_value(codg, type->comps[0].type, asnAddElement(type, home, &room), depth + 1)) return FALSE;
-      if (codg->at_bit == before && !take_unpaid(codg, type->comps[0].type->size + UNPAID_ELEMENT)) return FALSE;
+      if (codg->at_bit == before && !take_unpaid(codg, type->comps[0].type->size + UNPAID_ELEMENT))
+        return FALSE;
     }
   } while (more);
   return TRUE;
@@ -772,7 +788,7 @@ static BOOLE take_list(ASNPERG *codg, const asn_type *type, void *home, int dept
 
 /* ---------------------------------------------------------------- values */
 
-static BOOLE put_objid(ASNPERG *codg, const OBJID *value) {
+static BOOLE put_objid(ASNPERG* codg, const OBJID* value) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   const BOOLE good = asnObjidToOctets(value, octets) ? put_counted(codg, octets->octets, octets->n)
                                                      : fail(codg, "an object identifier has no encoding");
@@ -780,24 +796,24 @@ static BOOLE put_objid(ASNPERG *codg, const OBJID *value) {
   return good;
 }
 
-static BOOLE put_frame(ASNPERG *codg, const void *home) {
-  const FRAME_PTR frame = *(FRAME_PTR const *)home;
+static BOOLE put_frame(ASNPERG* codg, const void* home) {
+  const FRAME_PTR frame = *(FRAME_PTR const*)home;
   return frame != NULL ? put_counted(codg, frame->octets, frame->n) : fail(codg, "an open type has no value");
 }
 
-static BOOLE put_value(ASNPERG *codg, const asn_type *type, const void *home, int depth) {
+static BOOLE put_value(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the value is nested too deeply");
   switch (type->form) {
     case ASN_BOOL:
-      return put_bits(codg, *(const BYTE_TYPE *)home != 0, 1);
+      return put_bits(codg, *(const BYTE_TYPE*)home != 0, 1);
     case ASN_UI32:
     case ASN_I32:
     case ASN_I64:
-      return type->kind == ASN_ENUMERATED ? put_enumerated(codg, type, *(const sint32 *)home)
+      return type->kind == ASN_ENUMERATED ? put_enumerated(codg, type, *(const sint32*)home)
                                           : put_integer(codg, type, asnGetInteger(type, home));
     case ASN_REAL: {
       BYTE_TYPE octets[24];
-      return put_counted(codg, octets, asnRealToOctets(*(const REAL *)home, octets));
+      return put_counted(codg, octets, asnRealToOctets(*(const REAL*)home, octets));
     }
     case ASN_DYNS:
       return put_string(codg, type, home);
@@ -810,29 +826,31 @@ static BOOLE put_value(ASNPERG *codg, const asn_type *type, const void *home, in
     case ASN_LIST:
       return put_list(codg, type, home, depth);
     case ASN_STRU:
-      return type->kind == ASN_CHOICE ? put_choice(codg, type, home, depth) : put_structure(codg, type, home, depth);
+      return type->kind == ASN_CHOICE ? put_choice(codg, type, home, depth)
+                                      : put_structure(codg, type, home, depth);
     default:
       return fail(codg, "a type has no encoding");
   }
 }
 
-static BOOLE take_counted_value(ASNPERG *codg, const asn_type *type, void *home) {
+static BOOLE take_counted_value(ASNPERG* codg, const asn_type* type, void* home) {
   FRAME_PTR octets = createFrame(DB_SIZE);
   BOOLE good = take_counted(codg, octets);
   if (good && type->form == ASN_FRM) {
-    insertMemBlock(NULL, MB_FRM, (BYTE_TYPE *)octets);
-    *(FRAME_PTR *)home = octets;
+    insertMemBlock(NULL, MB_FRM, (BYTE_TYPE*)octets);
+    *(FRAME_PTR*)home = octets;
     return TRUE;
   }
   if (good && type->form == ASN_REAL)
     good = asnRealFromOctets(octets->octets, octets->n, home) || fail(codg, "a real number is faulty");
   if (good && type->form == ASN_OBJI)
-    good = asnObjidFromOctets(octets->octets, octets->n, home) || fail(codg, "an object identifier is faulty");
+    good =
+        asnObjidFromOctets(octets->octets, octets->n, home) || fail(codg, "an object identifier is faulty");
   deleteFrame(octets);
   return good;
 }
 
-static BOOLE take_value(ASNPERG *codg, const asn_type *type, void *home, int depth) {
+static BOOLE take_value(ASNPERG* codg, const asn_type* type, void* home, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the encoding is nested too deeply");
   switch (type->form) {
     case ASN_BOOL: {
@@ -842,7 +860,8 @@ static BOOLE take_value(ASNPERG *codg, const asn_type *type, void *home, int dep
     case ASN_UI32:
     case ASN_I32:
     case ASN_I64:
-      return type->kind == ASN_ENUMERATED ? take_enumerated(codg, type, home) : take_integer(codg, type, home);
+      return type->kind == ASN_ENUMERATED ? take_enumerated(codg, type, home)
+                                          : take_integer(codg, type, home);
     case ASN_REAL:
     case ASN_OBJI:
     case ASN_FRM:
@@ -854,13 +873,14 @@ static BOOLE take_value(ASNPERG *codg, const asn_type *type, void *home, int dep
     case ASN_LIST:
       return take_list(codg, type, home, depth);
     case ASN_STRU:
-      return type->kind == ASN_CHOICE ? take_choice(codg, type, home, depth) : take_structure(codg, type, home, depth);
+      return type->kind == ASN_CHOICE ? take_choice(codg, type, home, depth)
+                                      : take_structure(codg, type, home, depth);
     default:
       return fail(codg, "a type has no encoding");
   }
 }
 
-BOOLE asnEncodePer(ASNPERG *codg, const asn_type *type, const void *home) {
+BOOLE asnEncodePer(ASNPERG* codg, const asn_type* type, const void* home) {
   static const BYTE_TYPE nothing = 0;
   codg->error = NULL;
   codg->at_bit = 0;
@@ -868,7 +888,7 @@ BOOLE asnEncodePer(ASNPERG *codg, const asn_type *type, const void *home) {
   return codg->frame->n > 0 || appendToFrame(codg->frame, &nothing, 1);
 }
 
-BOOLE asnDecodePer(ASNPERG *codg, const asn_type *type, void *home) {
+BOOLE asnDecodePer(ASNPERG* codg, const asn_type* type, void* home) {
   codg->error = NULL;
   codg->at_bit = codg->unpaid = 0;
   return take_value(codg, type, home, 0);

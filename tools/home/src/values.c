@@ -6,17 +6,23 @@
 
 #include "asncodec.ext"
 
-enum { REAL_BINARY = 0x80, REAL_NEGATIVE = 0x40, PLUS_INFINITY = 0x40, MINUS_INFINITY = 0x41, MINUS_ZERO = 0x43 };
+enum {
+  REAL_BINARY = 0x80,
+  REAL_NEGATIVE = 0x40,
+  PLUS_INFINITY = 0x40,
+  MINUS_INFINITY = 0x41,
+  MINUS_ZERO = 0x43
+};
 enum { MANTISSA_BITS = 53, LONGEST_DECIMAL = 64 };
 
-static size_t put_mantissa(uint64_t mantissa, BYTE_TYPE *octets) {
+static size_t put_mantissa(uint64_t mantissa, BYTE_TYPE* octets) {
   size_t n = 1;
   for (uint64_t rest = mantissa >> 8; rest != 0; rest >>= 8) ++n;
   for (size_t i = 0; i < n; ++i) octets[i] = (BYTE_TYPE)(mantissa >> (8 * (n - 1 - i)));
   return n;
 }
 
-size_t asnRealToOctets(REAL value, BYTE_TYPE *octets) {
+size_t asnRealToOctets(REAL value, BYTE_TYPE* octets) {
   if (value == 0) {
     if (!signbit(value)) return 0;
     octets[0] = MINUS_ZERO;
@@ -41,7 +47,7 @@ size_t asnRealToOctets(REAL value, BYTE_TYPE *octets) {
   return n + put_mantissa(mantissa, octets + n);
 }
 
-static BOOLE decimal(const BYTE_TYPE *octets, size_t n, REAL *value) {
+static BOOLE decimal(const BYTE_TYPE* octets, size_t n, REAL* value) {
   char text[LONGEST_DECIMAL];
   if (n == 0 || n >= sizeof text) return FALSE;
   for (size_t i = 0; i < n; ++i) {
@@ -50,12 +56,12 @@ static BOOLE decimal(const BYTE_TYPE *octets, size_t n, REAL *value) {
     text[i] = octets[i] == ',' ? '.' : (char)octets[i];
   }
   text[n] = '\0';
-  char *end = NULL;
+  char* end = NULL;
   *value = strtod(text, &end);
   return end == text + n;
 }
 
-BOOLE asnRealFromOctets(const BYTE_TYPE *octets, size_t n, REAL *value) {
+BOOLE asnRealFromOctets(const BYTE_TYPE* octets, size_t n, REAL* value) {
   *value = 0;
   if (n == 0) return TRUE;
   const BYTE_TYPE head = octets[0];
@@ -96,7 +102,7 @@ static BOOLE put_arc(uint64_t arc, FRAME_PTR octets) {
   return TRUE;
 }
 
-BOOLE asnObjidToOctets(const OBJID *value, FRAME_PTR octets) {
+BOOLE asnObjidToOctets(const OBJID* value, FRAME_PTR octets) {
   if (value->n < 2 || value->arc[0] > 2 || (value->arc[0] < 2 && value->arc[1] > 39)) return FALSE;
   if (!put_arc((uint64_t)value->arc[0] * 40 + value->arc[1], octets)) return FALSE;
   for (uint32 i = 2; i < value->n; ++i)
@@ -104,7 +110,7 @@ BOOLE asnObjidToOctets(const OBJID *value, FRAME_PTR octets) {
   return TRUE;
 }
 
-BOOLE asnObjidFromOctets(const BYTE_TYPE *octets, size_t n, OBJID *value) {
+BOOLE asnObjidFromOctets(const BYTE_TYPE* octets, size_t n, OBJID* value) {
   if (n == 0 || (octets[n - 1] & 0x80) != 0) return FALSE;
   uint32 arcs = 1;
   for (size_t i = 0; i < n; ++i) arcs += (octets[i] & 0x80) == 0;
