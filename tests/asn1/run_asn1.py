@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
 """Tests the ASN.1 tools.
 
-    run_asn1.py --bin FOLDER --out FOLDER [--update] golden|faults|options|limits|mutations
+    run_asn1.py --bin FOLDER --out FOLDER [--update] golden|faults|options|limits|mutations|damaged
 
 golden compiles sources/ and compares the dumps with expected/; --update writes those anew. faults runs the table in
-faults.txt. options and limits test arguments, files and hostile input, mutations sources with random faults.
+faults.txt. options and limits test arguments, files and hostile input, mutations sources with random faults, damaged
+syntax files with faults in them, given to those that read them.
 """
 
 import argparse
+import os
 import random
 import re
 import shutil
@@ -319,18 +321,128 @@ def mutations(tests, _update):
     tests.check(0 < accepted < tests.rounds, f"{accepted} of {tests.rounds} mutations were accepted")
 
 
+# The words of records that are numbers of records of the same kind, by the kind; and the bytes that hold a main type.
+LINKS = {1: (1, 5, 9, 18, 20, 24), 2: (6, 8, 12), 3: (3,), 4: (0, 2, 3), 6: (4,)}
+MAIN_TYPE_BYTES = {1: 50, 2: 38}
+
+
+def damage_syntax_file(chance, data):
+    """A syntax file with faults: records that lead elsewhere, to themselves or nowhere, wrong kinds, counts, ends."""
+    data = bytearray(data)
+    counts = struct.unpack_from("=10i", data, 36)
+    starts = [sum(size * count for size, count in zip(RECORD_SIZES[:kind], counts)) for kind in range(8)]
+    for _ in range(chance.randint(1, 3)):
+        action = chance.random()
+        kind = chance.choice([kind for kind in LINKS if counts[kind] > 0])
+        number = chance.randrange(counts[kind])
+        record = starts[kind] + number * RECORD_SIZES[kind]
+        if action < 0.5:
+            word = chance.choice(LINKS[kind])
+            target = chance.choice([number + 1, chance.randint(1, counts[kind]), chance.randint(1, counts[kind]), 0,
+                                    counts[kind] + 1, -1])
+            struct.pack_into("=i", data, record + 4 * word, target)
+        elif action < 0.65 and kind in MAIN_TYPE_BYTES:
+            data[record + MAIN_TYPE_BYTES[kind]] = chance.choice([32, 34, 7, 8, 9, 11, chance.randrange(256)])
+        elif action < 0.75:
+            struct.pack_into("=i", data, record + 4 * chance.randrange(RECORD_SIZES[kind] // 4),
+                             chance.choice([0, 1, 2, -1, 2**31 - 1, -2**31, chance.randrange(200)]))
+        elif action < 0.8:
+            word = chance.randrange(28)
+            struct.pack_into("=i", data, 4 * word, chance.choice([0, 1, 2, -1, 2**31 - 1, chance.randrange(5000)]))
+        elif action < 0.85:
+            del data[chance.randrange(len(data)):]
+            return bytes(data)
+        else:
+            data[chance.randrange(len(data))] = chance.randrange(256)
+    return bytes(data)
+
+
+# What damaged files brought readers to grief by: kind, record, word and value, and the error.
+DAMAGES = [
+    ("its own successor", 1, 1, 5, 1, "Syntax tree inconsistent"),
+    ("the successor is the one before", 1, 2, 5, 1, "Syntax tree inconsistent"),
+    ("a type within itself", 1, 1, 1, 1, "Syntax tree inconsistent"),
+    ("no such type", 1, 1, 5, 999, "Syntax tree inconsistent"),
+    ("a negative number", 1, 1, 6, -1, "Syntax tree inconsistent"),
+    ("a list without an element", 1, 4, 1, 0, "Syntax tree inconsistent"),
+    ("a reference to itself", 1, 3, 20, 3, "Internal error"),
+    ("a reference to nothing", 1, 3, 20, 0, "Internal error"),
+    ("an unknown module", 1, 3, 19, 7, "Syntax tree inconsistent"),
+    ("the place of a component", 1, 2, 11, 40, "Syntax tree inconsistent"),
+    ("a component around itself", 1, 2, 9, 2, "Syntax tree inconsistent"),
+    ("too many types", 0, 1, 10, 1000000, "Not a valid syntax tree"),
+    ("fewer than none", 0, 1, 11, -1, "Not a valid syntax tree"),
+    ("a version of both halves", 0, 1, 0, 212 << 16 | 212, "Not a valid syntax tree"),
+]
+
+
+def damaged(tests, _update):
+    """Readers of damaged syntax files end with status 0 or, after a message, 2."""
+    small = tests.folder("small", {"M.asn": module("M", "A ::= SEQUENCE { a INTEGER }\nB ::= A\nC ::= SEQUENCE OF B")})
+    tests.equal("small", tests.run("mesk", "M", cwd=small), (0, ""))
+    whole = (small / "M.stx").read_bytes()
+    counts = struct.unpack_from("=10i", whole, 36)
+    types = [struct.unpack_from("=29i", whole, 112 * counts[0] + 116 * i) for i in range(counts[1])]
+    main_types = [(whole[112 * counts[0] + 116 * i + 50], types[i][0] != 0) for i in range(counts[1])]
+    # The records by what they are: the table counts a definition, its component, a reference, a list.
+    places = {1: main_types.index((7, True)), 2: main_types.index((1, True)), 3: main_types.index((32, True)),
+              4: main_types.index((8, True))}
+    for title, kind, record, word, value, message in DAMAGES:
+        data = bytearray(whole)
+        number = places[record] if kind == 1 else 0
+        if kind == 1 and word in (5, 1, 9, 20) and 0 < value < 5:
+            value = places[value] + 1
+        struct.pack_into("=i", data, (112 * counts[0] + 116 * number if kind == 1 else 0) + 4 * word, value)
+        (small / "M.stx").write_bytes(data)
+        for tool in ("asn2c", "asn2per"):
+            done = subprocess.run([str(tests.bin / tool), "M"], cwd=small, text=True, stdout=subprocess.PIPE,
+                                  stderr=subprocess.PIPE, timeout=20)
+            tests.equal(f"{title}: {tool}", (done.returncode, f"\nFATAL ERROR : {message}\n" in done.stderr), (2, True))
+
+    # At random.
+    sources = sorted((HERE / "sources").glob("*.asn")) + sorted((HERE / "codecs").glob("*.asn"))
+    folder = tests.folder("trees", {source.name: source.read_text(encoding="utf-8") for source in sources})
+    names = [source.name for source in sources]
+    tests.equal("mkprefil", tests.run("mkprefil", "-OPTION-FILE=p.txt", "-A=.", *names, cwd=folder), (0, ""))
+    tests.equal("mesk", tests.run("mesk", "+p.txt", names[0], cwd=folder), (0, ""))
+    trees = {path: path.read_bytes() for path in sorted(folder.glob("*.stx"))}
+    has_compiler = (tests.bin / "orvane").exists()
+    fake = tests.folder("fake", {"mesk": f"#!/bin/sh\nexec cp {folder}/*.stx .\n"})
+    (fake / "mesk").chmod(0o755)
+    compiled = tests.folder("compiled", {})
+    refused = 0
+    for seed in range(tests.first_seed, tests.first_seed + tests.rounds):
+        chance = random.Random(seed)
+        path = chance.choice(sorted(trees))
+        path.write_bytes(damage_syntax_file(chance, trees[path]))
+        results = []
+        for tool in ("asn2c", "asn2per"):
+            results.append(tests.run(tool, "-PREFIXLEN=32", path.stem, cwd=folder, timeout=20)[0])
+            tests.check(results[-1] in (0, 2), f"seed {seed}: {tool} {path.stem}: status {results[-1]}")
+        refused += results[0] == 2
+        if has_compiler and seed % 4 == 0 and (folder / f"{path.stem}.asn").exists():
+            words = [str(tests.bin / "orvane"), "-c", "-F", "-A", *[str(folder / name) for name in names]]
+            done = subprocess.run(words, cwd=compiled, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60,
+                                  env={**os.environ, "PATH": f"{fake}:{os.environ['PATH']}"})
+            tests.check(0 <= done.returncode and done.returncode not in (252, 134, 139),
+                        f"seed {seed}: orvane: status {done.returncode}\n{done.stderr[-500:]}")
+        path.write_bytes(trees[path])
+    tests.check(0 < refused < tests.rounds, f"{refused} of {tests.rounds} damaged files were refused")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--bin", required=True)
     parser.add_argument("--out", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("part", choices=["golden", "faults", "options", "limits", "mutations"])
+    parser.add_argument("part", choices=["golden", "faults", "options", "limits", "mutations", "damaged"])
     parser.add_argument("--rounds", type=int, default=120)
     parser.add_argument("--seed", type=int, default=1)
     arguments = parser.parse_args()
     tests = Tests(arguments.bin, arguments.out)
     tests.rounds, tests.first_seed = arguments.rounds, arguments.seed
-    parts = {"golden": golden, "faults": faults, "options": options, "limits": limits, "mutations": mutations}
+    parts = {"golden": golden, "faults": faults, "options": options, "limits": limits, "mutations": mutations,
+             "damaged": damaged}
     parts[arguments.part](tests, arguments.update)
     print("\n".join(tests.faults) if tests.faults else f"{tests.checks} checks passed")
     return 1 if tests.faults or tests.checks == 0 else 0

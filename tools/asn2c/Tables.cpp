@@ -12,16 +12,22 @@ namespace asn2c {
 using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace {
-// The tag that orders an alternative or a component of a SET: of an untagged CHOICE the least of its
-// alternatives'.
-std::pair<int, int> OrderingTag(const AsnType& type, int depth = 0) {
+// The least tag of an untagged CHOICE's alternatives; `seen` are the types that were looked into.
+std::pair<int, int> LeastTag(const AsnType& type, std::vector<AsnType>& seen) {
   const std::vector<AsnTag> tags = TagsOf(type);
   if (!tags.empty()) return {tags.front().tag_class, tags.front().number};
   std::pair<int, int> least{4, 0};
-  if (depth < 100)
-    for (const AsnType& alternative : TypeComps(forBaseType(type)))
-      least = std::min(least, OrderingTag(alternative, depth + 1));
+  const AsnType base = forBaseType(type);
+  if (std::find(seen.begin(), seen.end(), base) != seen.end()) return least;
+  seen.push_back(base);
+  for (const AsnType& alternative : TypeComps(base)) least = std::min(least, LeastTag(alternative, seen));
   return least;
+}
+
+// The tag that orders an alternative or a component of a SET.
+std::pair<int, int> OrderingTag(const AsnType& type) {
+  std::vector<AsnType> seen;
+  return LeastTag(type, seen);
 }
 
 std::string Quoted(const std::string& text) {

@@ -30,4 +30,21 @@ struct AsnExit {
 
 /// Prints the fault's text, and `text` below it where there is one, on standard error and throws AsnExit{2}.
 [[noreturn]] void fatalError(int code, const std::string& text = {});
+
+/// Counts the nesting of a recursion along references between records; one without an end is a fatal internal
+/// error.
+class NestingGuard {
+ public:
+  NestingGuard(int& nesting, const char* text) : nesting_(nesting) {
+    if (nesting >= kDeepest) fatalError(kInternal, text);
+    ++nesting_;
+  }
+  NestingGuard(const NestingGuard&) = delete;
+  NestingGuard& operator=(const NestingGuard&) = delete;
+  ~NestingGuard() { --nesting_; }
+
+ private:
+  static constexpr int kDeepest = 1000;
+  int& nesting_;
+};
 }  // namespace asn1

@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "asn1/front/AsnFault.h"
+#include "asn1/front/TreeCheck.h"
 
 namespace asn1 {
 namespace {
@@ -59,6 +60,7 @@ bool TakeStrings(Bytes& bytes, int count, std::vector<Text>& texts) {
     if (!bytes.Take(&units, sizeof units) || units == 0 || units > kMaxStringUnits) return false;
     Text text(units, 0);
     if (!bytes.Take(text.data(), units * sizeof(typename Text::value_type))) return false;
+    if (text.back() != 0) return false;
     text.pop_back();  // the terminator
     texts.push_back(std::move(text));
   }
@@ -105,6 +107,20 @@ bool TakeAll(Bytes& bytes, ModRec& module, std::vector<MNode>& headers) {
          TakeStrings(bytes, counts[kString32], module.strings32);
 }
 
+bool IsPrefix(const ModRec& module, int32_t number) {
+  return number == 0 || (number > 0 && static_cast<size_t>(number) <= module.strings8.size() &&
+                         validFilePrefix(getStri(module, number)));
+}
+
+// The names of files that the module and its imports lead to stay within the folder.
+bool ArePrefixes(const ModRec& module, const std::vector<MNode>& headers) {
+  const auto texts = static_cast<int32_t>(module.strings8.size());
+  return Within(module.header.source, texts) && IsPrefix(module, module.header.generation_prefix) &&
+         std::all_of(headers.begin(), headers.end(), [&](const MNode& header) {
+           return header.name > 0 && header.name <= texts && IsPrefix(module, header.file_prefix);
+         });
+}
+
 // Reads the file into the module and its import records; 0 or a result of reading.
 int readTree(ModRec& module, const std::string& directory, std::vector<MNode>& headers,
              std::string& message) {
@@ -114,7 +130,10 @@ int readTree(ModRec& module, const std::string& directory, std::vector<MNode>& h
   Bytes bytes = first;
   if (!first.Take(&module.header, sizeof module.header) || !checkMNode(module.header, message))
     return kInvalid;
-  return TakeAll(bytes, module, headers) ? 0 : kInvalid;
+  if (!TakeAll(bytes, module, headers)) return kInvalid;
+  const int modules = static_cast<int>(headers.size());
+  const bool sound = IsSoundTree(module, modules) && ArePrefixes(module, headers);
+  return sound ? 0 : kInconsistent;
 }
 
 void stampNodes(ModRec& module) {

@@ -3,6 +3,7 @@
 #include <set>
 #include <vector>
 
+#include "asn1/front/AsnFault.h"
 #include "asn1/integration/T3MeskNodes.h"
 #include "asn1/integration/T3MeskTranslate.h"
 #include "asn1/integration/T3Representation.h"
@@ -164,6 +165,9 @@ Node Refused(const AsnValue& value, MainType type, const tPosition& position) {
 }  // namespace
 
 Node translate_value(const AsnValue& written) {
+  // A default may hold, by its own default, itself.
+  static int nesting = 0;
+  const NestingGuard guard(nesting, "Internal compiler error in DEFAULT translation");
   const tPosition position = PositionOf(written);
   const AsnValue value = skipValues(written);
   const AsnType governor = getTypeOfValue(value);

@@ -162,8 +162,12 @@ bool IsByPointer(const AsnType& component) {
 int ControlWords(const AsnType& type) {
   const MainType main_type = getTypeMainType(type);
   if (main_type != TYP_SEQ && main_type != TYP_SET) return 0;
-  const bool has = main_type == TYP_SET || getNrOfOptionalTypeComps(type) > 0;
-  const int components = getNrOfTypeComps(type);
+  const std::vector<AsnType> all = TypeComps(type);
+  // An addition is missing where an earlier version of the type was sent.
+  const bool has = main_type == TYP_SET || std::any_of(all.begin(), all.end(), [](const AsnType& component) {
+                     return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
+                   });
+  const int components = static_cast<int>(all.size());
   return has && components > 0 ? (components + kWordBits - 1) / kWordBits : 0;
 }
 }  // namespace asn1

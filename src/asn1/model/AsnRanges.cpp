@@ -113,7 +113,16 @@ std::vector<AsnType> ChainOf(const AsnType& type) {
   return chain;
 }
 
+// Contained subtypes lead from one type to the next.
+constexpr const char* kNotFlat = "Unable to construct a flat integer value set";
+constexpr int kMostContained = 100000;
+
 ConstrainedSet SetOf(const AsnType& type, Measure measure) {
+  static int nesting = 0, contained = 0;
+  const NestingGuard guard(nesting, kNotFlat);
+  // Each may lead to the next one twice.
+  contained = nesting == 1 ? 0 : contained + 1;
+  if (contained > kMostContained) fatalError(kInternal, kNotFlat);
   ConstrainedSet result;
   result.set = Everything(measure);
   for (const AsnType& step : ChainOf(type)) {

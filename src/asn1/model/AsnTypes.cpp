@@ -112,6 +112,9 @@ AsnType forBaseType(const AsnType& type) {
 }
 
 AsnType forSelectionType(const AsnType& type) {
+  // A selection from what another selection stands for, and so on without an end.
+  static int nesting = 0;
+  const NestingGuard guard(nesting, "Unable to find synonym type.");
   const AsnType choice =
       forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
   const std::string& name = getStri(*type.module, type.node().ref_name);

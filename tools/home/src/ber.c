@@ -216,6 +216,7 @@ static BOOLE take_tag(input* in, element* result) {
   result->number = 0;
   for (int n = 0; n < 5 && in->at != in->end; ++n) {
     const BYTE_TYPE octet = *in->at++;
+    if (result->number >> (32 - 7) != 0) return FALSE;
     result->number = result->number << 7 | (octet & 0x7f);
     if ((octet & 0x80) == 0) return TRUE;
   }
@@ -239,6 +240,7 @@ static BOOLE find_end(ASNCODG* codg, input in, const BYTE_TYPE** end, int depth)
 static BOOLE take_element(ASNCODG* codg, input in, element* result, int depth) {
   if (depth > ASN_DEEPEST) return fail(codg, "the encoding is nested too deeply");
   if (!take_tag(&in, result) || in.at == in.end) return fail(codg, "an encoding ends within a tag");
+  if (result->tag_class == 0 && result->number == 0) return fail(codg, "an end stands where nothing began");
   const BYTE_TYPE head = *in.at++;
   size_t length = head;
   if (head == LONG_LENGTH) {
@@ -297,11 +299,17 @@ static BOOLE take_segments(ASNCODG* codg, const asn_type* type, const element* p
       const BYTE_TYPE unused = *in.at++;
       const size_t octets = (size_t)(in.end - in.at);
       if (octets == 0 && unused != 0) return fail(codg, "a bit string is faulty");
+      if (octets > (UINT32_MAX - string->n) / 8) return fail(codg, "a string is too long");
       string->n += (uint32)(octets * 8 - unused);
-    } else {
-      string->n += (uint32)(in.end - in.at);
+      if (!put(into, in.at, octets)) return fail(codg, "out of memory");
+      /* What stands in the unused bits is no part of the value. */
+      if (octets > 0) into->octets[into->n - 1] &= (BYTE_TYPE)(0xff << unused);
+      return TRUE;
     }
-    return put(into, in.at, (size_t)(in.end - in.at)) || fail(codg, "out of memory");
+    const size_t octets = (size_t)(in.end - in.at);
+    if (octets > UINT32_MAX - string->n) return fail(codg, "a string is too long");
+    string->n += (uint32)octets;
+    return put(into, in.at, octets) || fail(codg, "out of memory");
   }
   for (input in = part->contents; in.at != in.end;) {
     element segment;
@@ -346,9 +354,10 @@ static int component_of(const asn_type* type, const element* first, int from) {
   return -1;
 }
 
-static BOOLE take_structure(ASNCODG* codg, const asn_type* type, void* home, input in, int depth) {
+/* The elements of a structure in their order; `seen` notes the components. */
+static BOOLE take_components(ASNCODG* codg, const asn_type* type, void* home, input in, asn_seen* seen,
+                             int depth) {
   int next = 0;
-  unsigned long long seen_low = 0; /* which mandatory components of a SET were there */
   while (in.at != in.end) {
     element first;
     if (!take_element(codg, in, &first, depth)) return FALSE;
@@ -358,21 +367,28 @@ static BOOLE take_structure(ASNCODG* codg, const asn_type* type, void* home, inp
       in.at = first.next; /* of a later version */
       continue;
     }
+    if (!asnNoteSeen(seen, i)) return fail(codg, "a component is there twice");
     if (!decode(codg, type->comps[i].type, asnMakeComponent(&type->comps[i], home), &in, depth + 1))
       return FALSE;
     asnSetPresent(type, home, i);
-    if (i < 64) seen_low |= 1ULL << i;
     next = i + 1;
   }
-  for (int i = 0; i < type->comp_count; ++i) {
-    if (type->comps[i].presence != ASN_MANDATORY || type->comps[i].addition != 0) continue;
-    const int there = type->kind == ASN_SET ? i >= 64 || (seen_low >> i & 1) != 0 : i < next;
-    if (!there) return fail(codg, "a component is missing");
-  }
+  for (int i = 0; i < type->comp_count; ++i)
+    if (type->comps[i].presence == ASN_MANDATORY && type->comps[i].addition == 0 && !asnWasSeen(seen, i))
+      return fail(codg, "a component is missing");
   return TRUE;
 }
 
+static BOOLE take_structure(ASNCODG* codg, const asn_type* type, void* home, input in, int depth) {
+  asn_seen seen;
+  asnInitSeen(type, &seen);
+  const BOOLE good = take_components(codg, type, home, in, &seen, depth);
+  asnFreeSeen(&seen);
+  return good;
+}
+
 static BOOLE take_external(ASNCODG* codg, EXTERNAL* external, input in, int depth) {
+  int has_data = 0;
   static const asn_type octets = {.kind = ASN_OCTET_STRING, .form = ASN_DYNS};
   static const asn_type bits = {.kind = ASN_BIT_STRING, .form = ASN_DYNS};
   static const asn_type integer = {.kind = ASN_INTEGER, .form = ASN_I32};
@@ -392,6 +408,7 @@ static BOOLE take_external(ASNCODG* codg, EXTERNAL* external, input in, int dept
       set_descr_EXTERNAL(*external);
       good = take_string(codg, &octets, &external->descr, &part, depth);
     } else if (part.tag_class == 2 && part.number <= 2) {
+      has_data = 1;
       external->choice = (sint32)part.number;
       if (part.number == 0) part.constructed = 0; /* as it stands, not as segments */
       good = take_string(codg, part.number == 2 ? &bits : &octets, &external->data, &part, depth);
@@ -401,7 +418,7 @@ static BOOLE take_external(ASNCODG* codg, EXTERNAL* external, input in, int dept
     if (!good) return fail(codg, "an EXTERNAL is faulty");
     in.at = part.next;
   }
-  return TRUE;
+  return has_data || fail(codg, "an EXTERNAL is faulty");
 }
 
 static BOOLE take_contents(ASNCODG* codg, const asn_type* type, void* home, const element* part, int depth) {
@@ -478,7 +495,8 @@ static BOOLE decode(ASNCODG* codg, const asn_type* type, void* home, input* in, 
 
 BOOLE asnDecodeBer(ASNCODG* codg, const asn_type* type, void* home) {
   codg->error = NULL;
-  input in = {codg->at, codg->at + codg->rest};
+  input in = {codg->at, codg->at};
+  if (codg->rest > 0) in.end += codg->rest; /* no octets may have no place */
   const BOOLE good = decode(codg, type, home, &in, 0);
   codg->rest -= (size_t)(in.at - codg->at);
   codg->at = in.at;

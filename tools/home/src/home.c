@@ -1,6 +1,7 @@
 /* Access to homes. */
 #include "home.h"
 
+#include <stdlib.h>
 #include <string.h>
 
 sint64 asnGetInteger(const asn_type* type, const void* home) {
@@ -45,6 +46,27 @@ void asnSetPresent(const asn_type* type, void* home, int component) {
   if (type->comps[component].presence == ASN_MANDATORY && type->comps[component].addition == 0) return;
   uint32* mask = home;
   mask[component / 32] |= 1u << (component % 32);
+}
+
+void asnInitSeen(const asn_type* type, asn_seen* seen) {
+  seen->few = 0;
+  seen->words = &seen->few;
+  if (type->comp_count <= 64) return;
+  seen->words = asnZeroed(((size_t)type->comp_count + 63) / 64 * sizeof *seen->words);
+}
+
+void asnFreeSeen(asn_seen* seen) {
+  if (seen->words != &seen->few) free(seen->words);
+}
+
+BOOLE asnWasSeen(const asn_seen* seen, int component) {
+  return (seen->words[component / 64] >> (component % 64) & 1u) != 0;
+}
+
+BOOLE asnNoteSeen(asn_seen* seen, int component) {
+  if (asnWasSeen(seen, component)) return FALSE;
+  seen->words[component / 64] |= (uint64_t)1 << (component % 64);
+  return TRUE;
 }
 
 const void* asnComponent(const asn_comp* component, const void* home) {

@@ -18,12 +18,23 @@ BOOLE asnSetInteger(const asn_type* type, void* home, sint64 number);
 /* Whether a component is there; a mandatory one always is. */
 BOOLE asnIsPresent(const asn_type* type, const void* home, int component);
 void asnSetPresent(const asn_type* type, void* home, int component);
+/* The components of a structure that were met, a bit for each. */
+typedef struct {
+  uint64_t few, *words;
+} asn_seen;
+void asnInitSeen(const asn_type* type, asn_seen* seen);
+void asnFreeSeen(asn_seen* seen);
+/* Notes a component; FALSE where it was met before. */
+BOOLE asnNoteSeen(asn_seen* seen, int component);
+BOOLE asnWasSeen(const asn_seen* seen, int component);
 /* The home of a component; NULL where a pointer to one was not set. */
 const void* asnComponent(const asn_comp* component, const void* home);
 /* The same to write to; allocates what a pointer needs. */
 void* asnMakeComponent(const asn_comp* component, void* home);
 /* The alternative of a CHOICE, or -1. */
 int asnAlternative(const asn_type* type, const void* home);
+/* Zeroed memory that belongs to no home. */
+void* asnZeroed(size_t size);
 /* Gives a list one more element, zeroed. */
 void* asnAddElement(const asn_type* type, void* home, uint32* room);
 

@@ -14,7 +14,8 @@ typedef struct block {
 } block;
 
 struct asn_home {
-  ASNHOME* next; /* all homes, for those that are asked for by their structure */
+  ASNHOME* next;  /* all homes, for those that are asked for by their structure */
+  ASNHOME* below; /* what was on top before this one was pushed */
   void* structure;
   block* blocks;
 };
@@ -22,7 +23,7 @@ struct asn_home {
 static ASNHOME* all_homes;
 static ASNHOME* current;
 
-static void* zeroed(size_t size) {
+void* asnZeroed(size_t size) {
   void* memory = calloc(1, size > 0 ? size : 1);
   if (memory == NULL) {
     fputs("ASN.1: out of memory\n", stderr);
@@ -33,7 +34,7 @@ static void* zeroed(size_t size) {
 
 void* createHandle(void* unused, ASNHOME** handle, size_t size) {
   (void)unused;
-  ASNHOME* home = zeroed(sizeof *home);
+  ASNHOME* home = asnZeroed(sizeof *home);
   home->next = all_homes;
   all_homes = home;
   home->structure = allocAsn(home, MB_STG, size);
@@ -44,7 +45,7 @@ void* createHandle(void* unused, ASNHOME** handle, size_t size) {
 void insertMemBlock(ASNHOME* home, int kind, BYTE_TYPE* memory) {
   if (home == NULL) home = current;
   if (home == NULL) return;
-  block* made = zeroed(sizeof *made);
+  block* made = asnZeroed(sizeof *made);
   made->memory = memory;
   made->kind = kind;
   made->next = home->blocks;
@@ -52,7 +53,7 @@ void insertMemBlock(ASNHOME* home, int kind, BYTE_TYPE* memory) {
 }
 
 void* allocAsn(ASNHOME* home, int kind, size_t size) {
-  BYTE_TYPE* memory = zeroed(size);
+  BYTE_TYPE* memory = asnZeroed(size);
   insertMemBlock(home, kind, memory);
   return memory;
 }
@@ -65,7 +66,12 @@ void freeAsn(ASNHOME** handle, int what) {
   ASNHOME** link = &all_homes;
   while (*link != NULL && *link != home) link = &(*link)->next;
   if (*link == home) *link = home->next;
-  if (current == home) current = NULL;
+  for (ASNHOME** at = &current; *at != NULL;) {
+    if (*at == home)
+      *at = home->below;
+    else
+      at = &(*at)->below;
+  }
   for (block* at = home->blocks; at != NULL;) {
     block* next = at->next;
     if (at->kind == MB_FRM)
@@ -88,25 +94,30 @@ void initStack(ASNUTIG* utig) {
   memset(utig, 0, sizeof *utig);
 }
 
+/* Each pushed home knows the one below it, of whichever stack that is: a codec that runs within a conversion
+ * has a stack of its own, and gives the conversion its home back. */
 void pushHome(ASNUTIG* utig, ASNHOME* home) {
-  if (utig->depth < ASN_HOME_DEPTH) utig->homes[utig->depth++] = home;
+  home->below = current;
   current = home;
+  ++utig->depth;
 }
 
 void popHome(ASNUTIG* utig) {
-  if (utig->depth > 0) --utig->depth;
-  current = utig->depth > 0 ? utig->homes[utig->depth - 1] : NULL;
+  if (utig->depth == 0) return;
+  --utig->depth;
+  if (current != NULL) current = current->below;
 }
 
 ASNHOME* getHomeG(ASNUTIG* utig) {
-  return utig->depth > 0 ? utig->homes[utig->depth - 1] : current;
+  (void)utig;
+  return current;
 }
 
 /* The octets of a frame are a block of their own, so that the frame itself can be given to a home. */
 FRAME_PTR createFrame(size_t size) {
-  FRAME_PTR frame = zeroed(sizeof *frame);
+  FRAME_PTR frame = asnZeroed(sizeof *frame);
   frame->size = (uint32)size;
-  frame->octets = zeroed(size);
+  frame->octets = asnZeroed(size);
   return frame;
 }
 

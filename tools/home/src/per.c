@@ -5,6 +5,7 @@
 #include "home.h"
 
 enum { FRAGMENT = 16384, MOST_FRAGMENTS = 4, SMALL_LENGTH = 128, BOUNDED_LENGTH = 65536, SMALL_NUMBER = 64 };
+enum { MOST_UNPAID = 1 << 21, UNPAID_ELEMENT = 16 };
 static const sint64 kNoBound = INT64_MAX;
 
 static BOOLE fail(ASNPERG* codg, const char* text) {
@@ -75,6 +76,13 @@ static BOOLE take_bits(ASNPERG* codg, int bits, uint64_t* number) {
 static BOOLE take_align(ASNPERG* codg) {
   uint64_t ignored;
   return codg->aligned ? take_bits(codg, (int)((8 - codg->at_bit % 8) % 8), &ignored) : TRUE;
+}
+
+/* Elements and characters may take no bit of the input: what they take of memory must not grow without end by
+ * a few octets of lengths. */
+static BOOLE take_unpaid(ASNPERG* codg, size_t octets) {
+  codg->unpaid += octets;
+  return codg->unpaid <= MOST_UNPAID + codg->bits || fail(codg, "a length is faulty");
 }
 
 /* ---------------------------------------------------------------- numbers */
@@ -244,12 +252,16 @@ static BOOLE take_integer(ASNPERG* codg, const asn_type* type, void* home) {
     if (!number_from(codg, 1, &number)) return FALSE;
   } else if (type->has_high) {
     if (!take_constrained(codg, count_of(type), &offset)) return FALSE;
+    if (offset > (uint64_t)type->high - (uint64_t)type->low)
+      return fail(codg, "an integer is out of its bounds");
     number = (sint64)((uint64_t)type->low + offset);
-    if (number > type->high) return fail(codg, "an integer is out of its bounds");
   } else {
     if (!number_from(codg, 0, &number)) return FALSE;
+    if ((uint64_t)number > (uint64_t)INT64_MAX - (uint64_t)type->low)
+      return fail(codg, "an integer does not fit");
     number = (sint64)((uint64_t)type->low + (uint64_t)number);
   }
+  if (!beyond && !in_bounds(type, number)) return fail(codg, "an integer is out of its bounds");
   return asnSetInteger(type, home, number) || fail(codg, "an integer does not fit");
 }
 
@@ -344,7 +356,7 @@ static BOOLE take_units(ASNPERG* codg, const asn_type* type, const units* unit, 
                         FRAME_PTR into) {
   if (unit->bits > 0 && (codg->bits - codg->at_bit) / (size_t)unit->bits < n)
     return fail(codg, "an encoding ends too early");
-  if (unit->bits == 0 && n > BOUNDED_LENGTH) return fail(codg, "a length is faulty");
+  if (unit->bits == 0 && !take_unpaid(codg, n)) return FALSE;
   for (size_t i = 0; i < n; ++i) {
     uint64_t number;
     if (!take_bits(codg, unit->bits, &number)) return FALSE;
@@ -500,6 +512,7 @@ static BOOLE take_open(ASNPERG* codg, const asn_type* type, void* home, int dept
     inner.bits = (size_t)octets->n * 8;
     good = take_value(&inner, type, home, depth + 1);
     if (inner.error != NULL) codg->error = inner.error;
+    codg->unpaid = inner.unpaid;
   }
   deleteFrame(octets);
   return good;
@@ -605,6 +618,7 @@ static BOOLE take_group(ASNPERG* codg, const asn_type* type, void* home, int add
     inner.bits = (size_t)octets->n * 8;
     good = take_components(&inner, type, home, addition, depth + 1);
     if (inner.error != NULL) codg->error = inner.error;
+    codg->unpaid = inner.unpaid;
   }
   deleteFrame(octets);
   return good;
@@ -752,7 +766,6 @@ static BOOLE take_list(ASNPERG* codg, const asn_type* type, void* home, int dept
   ((asn_list*)home)->n = 0;
   if (!take_size_extension(codg, type, 1, &beyond)) return FALSE;
   const bounds size = size_bounds(type, 1, beyond);
-  size_t all = 0;
   do {
     size_t part = 0;
     if (size.high < BOUNDED_LENGTH) {
@@ -763,11 +776,12 @@ static BOOLE take_list(ASNPERG* codg, const asn_type* type, void* home, int dept
     } else if (!take_general_length(codg, &part, &more)) {
       return FALSE;
     }
-    /* Elements without a bit are as many as the length says; a faulty length must not take all memory. */
-    all += part;
-    if (all > BOUNDED_LENGTH && all > codg->bits) return fail(codg, "a length is faulty");
-    for (size_t i = 0; i < part; ++i)
+    for (size_t i = 0; i < part; ++i) {
+      const size_t before = codg->at_bit;
       if (!take_value(codg, type->comps[0].type, asnAddElement(type, home, &room), depth + 1)) return FALSE;
+      if (codg->at_bit == before && !take_unpaid(codg, type->comps[0].type->size + UNPAID_ELEMENT))
+        return FALSE;
+    }
   } while (more);
   return TRUE;
 }
@@ -876,6 +890,6 @@ BOOLE asnEncodePer(ASNPERG* codg, const asn_type* type, const void* home) {
 
 BOOLE asnDecodePer(ASNPERG* codg, const asn_type* type, void* home) {
   codg->error = NULL;
-  codg->at_bit = 0;
+  codg->at_bit = codg->unpaid = 0;
   return take_value(codg, type, home, 0);
 }

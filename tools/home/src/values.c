@@ -50,7 +50,11 @@ size_t asnRealToOctets(REAL value, BYTE_TYPE* octets) {
 static BOOLE decimal(const BYTE_TYPE* octets, size_t n, REAL* value) {
   char text[LONGEST_DECIMAL];
   if (n == 0 || n >= sizeof text) return FALSE;
-  for (size_t i = 0; i < n; ++i) text[i] = octets[i] == ',' ? '.' : (char)octets[i];
+  for (size_t i = 0; i < n; ++i) {
+    /* Words for infinities and the like are none of ASN.1. */
+    if (octets[i] == 0 || strchr(" +-.,0123456789Ee", octets[i]) == NULL) return FALSE;
+    text[i] = octets[i] == ',' ? '.' : (char)octets[i];
+  }
   text[n] = '\0';
   char* end = NULL;
   *value = strtod(text, &end);
