@@ -89,13 +89,14 @@ void initStack(ASNUTIG* utig) {
 }
 
 void pushHome(ASNUTIG* utig, ASNHOME* home) {
+  if (utig->depth == 0) utig->around = current;
   if (utig->depth < ASN_HOME_DEPTH) utig->homes[utig->depth++] = home;
   current = home;
 }
 
 void popHome(ASNUTIG* utig) {
   if (utig->depth > 0) --utig->depth;
-  current = utig->depth > 0 ? utig->homes[utig->depth - 1] : NULL;
+  current = utig->depth > 0 ? utig->homes[utig->depth - 1] : utig->around;
 }
 
 ASNHOME* getHomeG(ASNUTIG* utig) {
