@@ -525,6 +525,8 @@ lumo_value_t lumo_value_set_union_alternative_by_index(lumo_value_t value, unsig
                                                        lumo_context_t context);
 lumo_value_t lumo_value_try_set_union_alternative_by_index(lumo_value_t value, unsigned long index,
                                                            lumo_context_t context);
+lumo_value_t lumo_value_set_union_alternative_by_name(lumo_value_t value, const char* name,
+                                                      lumo_context_t context);
 lumo_value_t lumo_value_union_value(lumo_value_t value, lumo_context_t context);
 /* The chosen alternative, -1 if none is chosen. */
 long lumo_value_union_index(lumo_value_t value, lumo_context_t context);
@@ -563,8 +565,8 @@ void t3asn_lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_contex
    module of the suite has such an import. */
 const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t context);
 const char* t3asn_lumo_import_variant(const char* module, lumo_context_t context);
-/* The encoding of an open type's value, by the codecs of its chosen alternative. The octets are the caller's, who frees
-   them; NULL where the encoder fails. */
+/* The encoding of an open type's value, by the codecs of its type or else of its chosen alternative. The octets are the
+   caller's, who frees them; NULL where there is no encoder or it fails. */
 lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
                                         lumo_context_t context);
 unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t context);
@@ -584,10 +586,10 @@ lumo_wide_string_t lumo_wide_string_construct_from_wchar(const lumo_wide_char_t*
                                                          lumo_context_t context);
 /* Below, equal to or above zero as a is before, equal to or behind b. */
 int lumo_wchar_cmp(lumo_wide_char_t a, lumo_wide_char_t b);
-/* The format's "%s" stands for the argument. */
-lumo_wide_string_t lumo_format_wide_string(const char* format, lumo_wide_string_t argument,
-                                           lumo_context_t context);
-#define LUMO__VAL_CHECK_VALUE_FAILURE_sname "length restriction of value '%s' is not met"
+/* The format's "%S" stands for a wide string, "%s" for characters, "%d" for an int. */
+lumo_wide_string_t lumo_format_wide_string(const char* format, lumo_context_t context, ...);
+#define LUMO__VAL_CHECK_VALUE_FAILURE_sname "length restriction of value '%S' is not met"
+#define LUMO__ILLEGAL_OBJSET_ID "no object with the identifier %d in the object set '%s' by its field '%s'"
 lumo_wide_string_t lumo__value_label_or_name(lumo_value_t value, lumo_context_t context);
 
 /* ---------------------------------------------------------------------- expressions */
@@ -780,6 +782,13 @@ lumo_test_step_result_t lumo_call_altstep(lumo_test_step_t altstep, lumo_type_t 
 void lumo_call_external_function(lumo_type_t signature, lumo_value_t argv[], lumo_context_t context);
 /* Ends the test case with verdict error and the text; position is "file:line" or NULL. */
 void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_context_t context);
+void lumo__report_error_at(int line, const char* file, lumo_wide_string_t text, lumo_context_t context);
+#ifndef __cplusplus
+/* In C the position may be a line and a file, in front of the other arguments. */
+#define lumo_report_error(...) \
+  LUMO__FIFTH(__VA_ARGS__, lumo__report_error_at, lumo_report_error, unused)(__VA_ARGS__)
+#define LUMO__FIFTH(a, b, c, d, e, ...) e
+#endif
 
 lumo_value_t lumo_activate(const char* module, const char* name, unsigned long argc, lumo_value_t argv[],
                            lumo_alloc_strategy_t strategy, lumo_context_t context);

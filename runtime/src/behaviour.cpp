@@ -1,4 +1,5 @@
 // Calls of behaviours, and faults that generated code reports.
+#include <cstdio>
 #include <cstring>
 
 #include "component.h"
@@ -70,4 +71,10 @@ void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_conte
   }
   if (position && *position) fault("%s: %s", position, message);
   fault("%s", message);
+}
+
+void lumo__report_error_at(int line, const char* file, lumo_wide_string_t text, lumo_context_t context) {
+  static char position[256];
+  std::snprintf(position, sizeof position, "%s:%d", file, line);
+  lumo_report_error(position, text, context);
 }

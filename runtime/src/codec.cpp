@@ -152,25 +152,30 @@ Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken) {
 using namespace lumos;
 
 namespace {
-// The chosen alternative of an anytype or union; the value itself otherwise.
-Value inner_of(Value v) {
+// What a codec is found for: the value of the open type where its type has one, else the chosen alternative; null
+// where that has none either.
+template <class Codec>
+Value with_codec(Value v, Codec lumo_type_struct_t::*member) {
+  if (find_codec(v->type, member)) return v;
   const bool has_alternative = v->kind == lumo_type_kind_union && v->index >= 0;
-  return has_alternative ? lumo_value_union_value(v, current_task) : v;
+  Value inner = has_alternative ? lumo_value_union_value(v, current_task) : nullptr;
+  return inner && find_codec(inner->type, member) ? inner : nullptr;
 }
 }  // namespace
 
 lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
                                         lumo_context_t context) {
   const std::string text(reinterpret_cast<const char*>(octets), count);
-  Value target = inner_of(value);
-  Value decoded = decode_value(target->type, text, nullptr);
+  Value target = with_codec(value, &lumo_type_struct_s::decoder);
+  Value decoded = target ? decode_value(target->type, text, nullptr) : nullptr;
   if (decoded) lumo_value_assign(target, decoded, context);
   return decoded != nullptr;
 }
 
 unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t) {
   std::string text;
-  if (!encode_value(inner_of(value), text)) return nullptr;
+  Value source = with_codec(value, &lumo_type_struct_s::encoder);
+  if (!source || !encode_value(source, text)) return nullptr;
   auto* octets = static_cast<unsigned char*>(std::malloc(text.size() + 1));
   if (octets) std::memcpy(octets, text.data(), text.size());
   *count = text.size();

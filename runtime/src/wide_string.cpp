@@ -1,6 +1,8 @@
 #include "wide_string.h"
 
+#include <cstdarg>
 #include <cstring>
+#include <string>
 
 #include "task.h"
 #include "types.h"
@@ -77,15 +79,30 @@ int lumo_wchar_cmp(lumo_wide_char_t a, lumo_wide_char_t b) {
   return x < y ? -1 : x > y;
 }
 
-lumo_wide_string_t lumo_format_wide_string(const char* format, lumo_wide_string_t argument, lumo_context_t) {
+lumo_wide_string_t lumo_format_wide_string(const char* format, lumo_context_t context, ...) {
   // The format may come as the name of its macro.
   if (!std::strcmp(format, "LUMO__VAL_CHECK_VALUE_FAILURE_sname"))
     format = LUMO__VAL_CHECK_VALUE_FAILURE_sname;
-  const char* place = std::strstr(format, "%s");
-  if (!place) return make(widened(format), lumo_temp_alloc_c);
-  std::u32string text = widened(std::string(format, place).c_str());
-  if (argument) text += argument->text;
-  return make(text + widened(place + 2), lumo_temp_alloc_c);
+  std::u32string text;
+  va_list arguments;
+  va_start(arguments, context);
+  for (const char* at = format; *at; ++at) {
+    const char kind = *at == '%' ? at[1] : '\0';
+    if (kind == 'S') {
+      lumo_wide_string_t wide = va_arg(arguments, lumo_wide_string_t);
+      if (wide) text += wide->text;
+    } else if (kind == 's') {
+      text += widened(va_arg(arguments, const char*));
+    } else if (kind == 'd') {
+      text += widened(std::to_string(va_arg(arguments, int)).c_str());
+    } else {
+      text += static_cast<unsigned char>(*at);
+      continue;
+    }
+    ++at;
+  }
+  va_end(arguments);
+  return make(text, lumo_temp_alloc_c);
 }
 
 lumo_wide_string_t lumo__value_label_or_name(lumo_value_t value, lumo_context_t) {

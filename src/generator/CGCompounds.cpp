@@ -12,10 +12,11 @@
 #include "generator/T3Context.h"
 
 namespace cg {
-int64_t AlternativeOfAnyType(T3Tree_Node* type_decl) {
+int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
   T3Tree_Node* type = BehindImport(type_decl);
   int64_t index = 0;
-  T3Tree_Node* at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
+  T3Tree_Node* at = AnyTypeFields(anytype);
+  if (at == nullptr) at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
   for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
     T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
     if (BehindImport(Def(reference)) == type) return index;
@@ -147,7 +148,7 @@ void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
   if (name == nullptr) NotSupported(node);
-  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(items.front()->attr().def)
+  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(type, items.front()->attr().def)
                                               : GetAlternativeIndex(type, name->name, true);
   const std::string alternative = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,

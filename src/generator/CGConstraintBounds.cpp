@@ -54,7 +54,7 @@ void WarnOfLength(const std::string& condition, const CGTest& test, CFunction& f
   function.beginIf(condition);
   const std::string name = cg::Call(LUMO__VALUE_LABEL_OR_NAME, {test.value, VEXA_CONTEXT});
   const std::string text =
-      cg::Call(LUMO_FORMAT_WIDE_STRING, {Quote("LUMO__VAL_CHECK_VALUE_FAILURE_sname"), name, VEXA_CONTEXT});
+      cg::Call(LUMO_FORMAT_WIDE_STRING, {Quote("LUMO__VAL_CHECK_VALUE_FAILURE_sname"), VEXA_CONTEXT, name});
   function.call(LUMO_LOG_WIDE_STRING_TO_ALL, {LUMO_LOG_KIND_MSG_WARNING_C, text, VEXA_CONTEXT});
   function.endIf();
 }

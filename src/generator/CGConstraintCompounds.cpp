@@ -86,7 +86,7 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
   if (name == nullptr) cg::NotSupported(node);
   if (type->is<T3AnyType>()) {
     T3Tree_Node* held = BehindImport(item->attr().def);
-    return TestAlternative("anytype", Name(name->name), cg::AlternativeOfAnyType(held), item->value,
+    return TestAlternative("anytype", Name(name->name), cg::AlternativeOfAnyType(type, held), item->value,
                            RootType(held), test, function);
   }
   const int64_t index = GetAlternativeIndex(type, name->name, true);

@@ -181,7 +181,7 @@ T3Tree_Node* WholeOf(T3Qualifier* field) {
 
 int64_t PlaceOfField(T3Qualifier* field) {
   T3Tree_Node* type = TypeOf(WholeOf(field));
-  return type->is<T3AnyType>() ? AlternativeOfAnyType(Def(field))
+  return type->is<T3AnyType>() ? AlternativeOfAnyType(type, Def(field))
                                : GetAlternativeIndex(type, field->id, true);
 }
 

@@ -146,10 +146,19 @@ class Homes {
 };
 }  // namespace
 
-void WriteHomes(ModRec& module, CFile& file) {
-  const std::string guard = GuardOf(getModulePrefix(module) + ".typ");
+void WriteHomes(ModRec& module, const std::string& second, CFile& file) {
+  const std::string prefix = getModulePrefix(module);
+  const std::string guard = GuardOf(prefix + ".typ");
+  const bool is_second = !second.empty() && prefix.size() > second.size() &&
+                         prefix.compare(prefix.size() - second.size(), second.size(), second) == 0;
+  const std::string first =
+      is_second ? GuardOf(prefix.substr(0, prefix.size() - second.size()) + ".typ") : std::string();
   file << "/* The C types that hold values of the ASN.1 module " << module.name << ". */\n";
-  file << "#ifndef " << guard << "\n#define " << guard << "\n\n#include \"asnmisc.typ\"\n";
+  if (is_second)
+    file << "#if !defined " << guard << " && !defined " << first << "\n";
+  else
+    file << "#ifndef " << guard << "\n";
+  file << "#define " << guard << "\n\n#include \"asnmisc.typ\"\n";
   std::set<std::string> included;
   for (const ImportRec& import : module.imports)
     if (import.module != nullptr && import.module->state == kRead && import.module != &module &&

@@ -96,7 +96,7 @@ void WriteFile(const std::string& path, const Write& write) {
 
 // The indefinite form comes from syntax files of its own, whose descriptions get names of their own.
 void WriteModule(ModRec& module, const std::string& functions) {
-  WriteFile(HeaderPath(module, ".typ"), [&](CFile& file) { asn2c::WriteHomes(module, file); });
+  WriteFile(HeaderPath(module, ".typ"), [&](CFile& file) { asn2c::WriteHomes(module, functions, file); });
   WriteFile(HeaderPath(module, ".def"), [&](CFile& file) { WriteNamedNumbers(module, file); });
   WriteFile(HeaderPath(module, ".tab"), [&](CFile& file) { WriteList(module, file); });
   WriteFile(HeaderPath(module, "cod.ext"), [&](CFile& file) { WriteCodecHeader(module, functions, file); });

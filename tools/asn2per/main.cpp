@@ -75,7 +75,11 @@ void WriteCommon(ModRec& module) {
   header << "#ifndef " << guard << "\n#define " << guard << "\n\n#include \"asncodec.ext\"\n#include \""
          << getModulePrefix(module)
          << "cod.ext\"\n\n/* How many types have encoders and decoders. */\nextern const int "
-         << getModuleRef(module) << "_per_types;\n\n#endif\n";
+         << getModuleRef(module)
+         << "_per_types;\n\n/* All routines are there wherever one of the files is. */\n";
+  for (const char* kind : {"pec", "pdc"})
+    header << "#include \"" << getModulePrefix(module) << kind << ".ext\"\n";
+  header << "\n#endif\n";
   header.Close();
   int count = 0;
   ForTypes(module, [&](const AsnType&) { ++count; });

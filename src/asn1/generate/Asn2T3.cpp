@@ -12,10 +12,6 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kName = "ASN2T3";
-constexpr const char* kVersion = "1.00";
-constexpr const char* kMeskVersion = "2.13";
-
 std::string Upper(std::string text) {
   for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return text;
@@ -27,9 +23,9 @@ void verbose_msg(ModRec& module, int level, const std::string& text) {
 }
 
 void print_prog_info(ModRec& module) {
-  if (backendVerbosity() > 0)
+  if (OptionsOf(module).verbosity > 0)
     std::printf("\n%s Version %s for MESK Version %s\n", kName, kVersion, kMeskVersion);
-  if (backendVerbosity() > 0) verbose_msg(module, 1, "generating " + module.name);
+  verbose_msg(module, 1, "generating " + module.name);
 }
 
 std::string GuardOf(const std::string& name) {
@@ -112,16 +108,21 @@ void IncludeCodecs(T3AsnFiles& files, int mask) {
       include(text, prefix + "cod.ext");
       ShutOutSecondTypes(files);
     }
-    if ((mask & kMaskBerIndefinite) != 0) {
-      if ((mask & kMaskBer) == 0) ShutOutSecondTypes(files);
-      include(text, prefix + "bicod.ext");
-    }
+    if ((mask & kMaskBerIndefinite) != 0) include(text, prefix + "bicod.ext");
   }
   if (!options.per_used) return;
-  if ((mask & (kMaskPerAligned | kMaskPerUnaligned)) == 0) return;
-  include(text, prefix + "per.ext");
-  include(text, prefix + "pec.ext");
-  include(text, prefix + "pdc.ext");
+  if ((mask & kMaskPerAligned) != 0) include(text, prefix + "per.ext");
+  if ((mask & kMaskPerUnaligned) != 0) {
+    include(text, prefix + "pec.ext");
+    include(text, prefix + "pdc.ext");
+  }
+}
+
+// Every definition is visible: a module has types for codecs where it has any.
+bool HasTypes(ModRec& module) {
+  bool has = false;
+  forEachHomeType(module, [&](const AsnType&, int) { has = true; });
+  return has;
 }
 
 void BeginSource(T3AsnFiles& files, int mask) {
@@ -130,11 +131,9 @@ void BeginSource(T3AsnFiles& files, int mask) {
   const T3AsnModuleOptions& options = OptionsOf(files.module);
   if (!options.no_headers) {
     text.put("#include <limits.h>\n");
-    // What constraints, and comparisons of characters, are written with.
-    text.put("#include <float.h>\n#include <string.h>\n");
     for (const char* name : {"asncnf.cnf", "asnutils.ext", "asncodec.ext", "memory.ext"}) include(text, name);
     include(text, prefix + ".typ");
-    IncludeCodecs(files, mask);
+    if (HasTypes(files.module)) IncludeCodecs(files, mask);
     include(text, "lumos.h");
     include(text, files.t3_prefix(files.module) + ".h");
     forEachExportingModule(files.module,
@@ -211,7 +210,10 @@ std::string getMetaTypeId(const AsnType& type) {
 }
 
 bool isOwnFunction(const AsnType& type) {
-  return OptionsOf(*type.module).own_functions.count(getMetaTypeId(type)) != 0;
+  const T3AsnModuleOptions& options = OptionsOf(*type.module);
+  const auto of_type = options.types.find(getTypeRef(type));
+  return options.own_functions.count(getMetaTypeId(type)) != 0 ||
+         (of_type != options.types.end() && of_type->second.own_function);
 }
 
 void forEachHomeType(ModRec& module, const TypeCall& call) {

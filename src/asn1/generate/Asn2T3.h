@@ -27,6 +27,14 @@ enum AsnCodec {
   kCodecEach
 };
 
+/// The options of the generator for one type.
+struct T3AsnTypeOptions {
+  bool own_function = false;
+  AsnCodec codec = kCodecNone;
+  std::string chosen;   // CONST-CHOSEN=
+  std::string omitted;  // CONST-OMIT=
+};
+
 /// The options of the generator for one module.
 struct T3AsnModuleOptions : BEModMetaRec {
   std::string logfile;
@@ -39,6 +47,7 @@ struct T3AsnModuleOptions : BEModMetaRec {
   AsnCodec codec = kCodecEach;
   bool ber_used = true;
   bool per_used = true;
+  std::map<std::string, T3AsnTypeOptions> types;  // by the types' names
 };
 
 /// The bits of a module's codec mask.
@@ -52,9 +61,17 @@ enum CodecMask {
 
 /// Takes an option of the generator; false for a text that is none. The meta record is made at the first one.
 bool globalBEOptionOK(ModRec& module, const std::string& text);
+/// The same for an option of one type, by the type's name.
+bool typeBEOptionOK(T3AsnModuleOptions& module, const std::string& type, const std::string& option);
+/// The generator's names for itself and for what makes syntax files.
+inline constexpr const char* kName = "ASN2T3";
+inline constexpr const char* kVersion = "1.00";
+inline constexpr const char* kMeskVersion = "2.13";
 T3AsnModuleOptions& OptionsOf(ModRec& module);
-/// Whether the module has routines of a codec by its options.
-bool AllowsCodec(ModRec& module, AsnCodec codec);
+/// Whether a type of the module has routines of a codec by the options.
+bool AllowsCodec(ModRec& module, const AsnType& type, AsnCodec codec);
+/// Whether functions have heads with the types of their arguments.
+bool HasAnsiC(const ModRec& module);
 
 /// What the generators of one module write to.
 struct T3AsnFiles {

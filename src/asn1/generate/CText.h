@@ -16,6 +16,9 @@ class CText {
   void open();
   void close();
   void endl() { put("\n"); }
+  /// One level more or less without a brace.
+  void indent() { ++level_; }
+  void outdent() { --level_; }
   const std::string& text() const { return text_; }
 
  private:

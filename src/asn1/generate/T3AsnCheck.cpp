@@ -6,7 +6,7 @@
 #include <set>
 
 #include "asn1/front/AsnFault.h"
-#include "asn1/generate/Asn2T3.h"
+#include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
@@ -14,7 +14,6 @@
 namespace asn1 {
 namespace {
 constexpr const char* kFamily = "_chck_";
-constexpr const char* kArguments = "lumo_type_t type, lumo_value_t v0, lumo_context_t context";
 
 // Warnings that are given once for a module, and the one that is given once for the process.
 struct Warned {
@@ -57,14 +56,16 @@ class Constraints {
       : type_(type), base_(getBaseTypeMainType(type)), text_(text) {}
 
   void check_type_constraints() {
-    text_.w("if ( !(\n");
+    text_.w("if ( !(");
+    text_.indent();
     bool first = true;
     forEachLocalTypeConstraint(type_, [&](const AsnConstraint& constraint, int) {
-      if (!first) text_.w(" &&\n");
+      if (!first) text_.w(" &&");
       first = false;
       check_constraint(constraint, 0);
     });
-    text_.w("\n     )\n");
+    text_.outdent();
+    text_.w("     )\n");
     text_.w("   )\n");
     text_.w("  return FALSE;\n");
   }
@@ -143,7 +144,7 @@ class Constraints {
     if (low && high) text_.w(" && ");
     if (high) {
       text_.w("home");
-      text_.w((open & kHighOpen) != 0 ? " < " : " <= ");
+      text_.w((open & kHighOpen) != 0 ? " <" : " <=");
       text_.w(literal(high));
     }
     if (!low && !high) text_.w("TRUE");
@@ -201,13 +202,11 @@ class Constraints {
         text_.w(booleanValue(value) ? "TRUE" : "FALSE");
         return text_.w(" )\n");
       case TYP_INTEGER:
-        text_.w(" ( home ==");
-        text_.w(" " + IntegerLiteral(value));
-        return text_.w(" )\n");
       case TYP_ENUM:
         text_.w(" ( home ==");
-        text_.w(" lumo_long_integer_literal(" + std::to_string(EnumNumber(value)) + ")");
-        return text_.w(" )\n");
+        text_.w(" lumo_long_integer_literal(");
+        text_.w(base_ == TYP_ENUM ? std::to_string(EnumNumber(value)) : integerValueStri(value));
+        return text_.w(") )\n");
       case TYP_NUMSTR:
       case TYP_PRISTR:
       case TYP_VISSTR:
@@ -240,10 +239,21 @@ class Constraints {
 // Whether a constraint asks for the text of a string, or only for its length.
 bool AsksForText(const AsnConstraint& constraint, int depth = 0) {
   if (!constraint || depth > 1000) return false;
-  if (getConstraintKind(constraint) == kSingleValue) return true;
-  if (getConstraintKind(constraint) == kSize) return false;
-  return AsksForText(FirstOperand(constraint), depth + 1) ||
-         AsksForText(SecondOperand(constraint), depth + 1);
+  switch (getConstraintKind(constraint)) {
+    case kUnion:
+    case kCatenation:
+    case kIntersection:
+    case kExcept:
+    case kAllExcept:
+      return AsksForText(FirstOperand(constraint), depth + 1) ||
+             AsksForText(SecondOperand(constraint), depth + 1);
+    case kSize:
+    case kExtensionMarker:
+    case kEmptyException:
+      return false;
+    default:
+      return true;
+  }
 }
 
 bool AsksForSize(const AsnConstraint& constraint, int depth = 0) {
@@ -265,13 +275,17 @@ class CheckFunctions {
   explicit CheckFunctions(T3AsnFiles& files) : files_(files), text_(files.source) {}
 
   void Run() {
-    forEachHomeType(files_.module, [&](const AsnType& type, int) {
-      if (isReference(type)) return;
-      if (IsStructured(type))
-        OfStructure(type);
-      else if (has_check_func(type))
-        OfLeaf(type, getMetaTypeId(type));
-    });
+    const auto entry = [](const AsnType&) {};
+    cGenerateTypeFunctions(
+        files_.module, kGenerateVisibles,
+        [&](const AsnType& type) {
+          if (isReference(type)) return;
+          if (IsStructured(type))
+            OfStructure(type);
+          else if (has_check_func(type))
+            OfLeaf(type, getMetaTypeId(type));
+        },
+        entry);
     forEachHomeType(files_.module, [&](const AsnType& type, int) {
       if (isReference(type) && has_check_func(type)) OfSynonym(type);
     });
@@ -282,17 +296,8 @@ class CheckFunctions {
 
  private:
   void Begin(const AsnType& type, const std::string& id) {
-    const std::string head = "int " + FunctionPrefix(type, kFamily) + id + " (" + kArguments + ")";
-    files_.header.endl();
-    files_.header.w("extern " + head + ";\n");
-    text_.endl();
-    text_.put(head + "\n");
-    text_.open();
-  }
-
-  void End() {
-    text_.w("\n  return TRUE;\n");
-    text_.close();
+    cBeginFunction(files_, {"int", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t type, ", "",
+                            "lumo_value_t v0, lumo_context_t context"});
   }
 
   void SpecialValues() {
@@ -317,39 +322,39 @@ class CheckFunctions {
 
   void OfStructure(const AsnType& type) {
     Begin(type, getMetaTypeId(type));
-    const std::string home = getMetaTypeId(type);
-    switch (getTypeMainType(type)) {
-      case TYP_SEQ:
-      case TYP_SET:
-        if (ControlWords(type) > 0) {
-          text_.w(home + " homeval, *home = &homeval;\n\n");
-          ControlMember(type);
-        }
-        SpecialValues();
-        Kind(getTypeMainType(type) == TYP_SEQ ? "lumo_type_kind_record" : "lumo_type_kind_set");
-        text_.w("\nreturn TRUE;\n");
-        text_.close();
-        return;
-      case TYP_CHOICE:
-        text_.w(home + " home_val, *home = &home_val;\n\n");
-        text_.w("home->choice = -1;\n");
-        SpecialValues();
-        Kind("lumo_type_kind_union");
-        text_.w("home->choice = (sint32) lumo_value_union_index(v0, context);\n");
-        text_.w("switch (home->choice)\n");
-        text_.open();
-        text_.w("/* Following close braces intentionally commented out \n");
-        text_.close();
-        text_.w("*/\n");
-        text_.w("  }\n");
-        text_.w("\n  return TRUE;\n");
-        text_.close();
-        return;
-      default:
-        OfList(type);
-        text_.w("\nreturn TRUE;\n");
-        text_.close();
+    const MainType main_type = getTypeMainType(type);
+    if (main_type == TYP_CHOICE) return OfChoice(type);
+    if (main_type == TYP_SEQ || main_type == TYP_SET) {
+      if (ControlWords(type) > 0 && getNrOfOptionalTypeComps(type) > 0) {
+        text_.w(getMetaTypeId(type) + " homeval, *home = &homeval;\n\n");
+        ControlMember(type);
+      }
+      SpecialValues();
+      Kind(main_type == TYP_SEQ ? "lumo_type_kind_record" : "lumo_type_kind_set");
+    } else {
+      OfList(type);
     }
+    text_.w("\nreturn TRUE;\n");
+    text_.close();
+  }
+
+  // The frame of a walk over alternatives, in which nothing is left to do.
+  void OfChoice(const AsnType& type) {
+    SpecialValues();
+    Kind("lumo_type_kind_union");
+    text_.w(getMetaTypeId(type) + " home_val, *home = &home_val;\n\n");
+    text_.w("home->choice = -1;\n");
+    text_.w("home->choice = (sint32) lumo_value_union_index(v0, context);\n");
+    text_.w("switch (");
+    text_.w("home->choice)");
+    text_.open();
+    text_.w("/* Following close braces intentionally commented out ");
+    text_.close();
+    text_.close();
+    text_.w("*/\n");
+    text_.w("  }\n");
+    text_.w("\n  return TRUE;\n");
+    text_.w("}\n");
   }
 
   void OfList(const AsnType& type) {
@@ -369,7 +374,8 @@ class CheckFunctions {
   }
 
   void LocalValue(const AsnType& type) {
-    switch (getBaseTypeMainType(type)) {
+    const MainType base = getBaseTypeMainType(type);
+    switch (base) {
       case TYP_BOOLEAN:
         return text_.w("const int home = (int) lumo_value_get_boolean(v0, context);\n\n");
       case TYP_INTEGER:
@@ -381,7 +387,9 @@ class CheckFunctions {
       default:
         if (AnyLocal(type, AsksForSize))
           text_.w("const long size = (long) lumo_value_string_length (v0, context);\n");
-        if (AnyLocal(type, AsksForText)) text_.w("const char *home = lumo_value_get_string (v0, context);\n");
+        // Strings of bits and octets have no text.
+        if (AnyLocal(type, AsksForText) && base != TYP_BITSTR && base != TYP_OCTSTR)
+          text_.w("const char *home = lumo_value_get_string (v0, context);\n");
     }
   }
 
@@ -424,7 +432,8 @@ class CheckFunctions {
     SpecialValues();
     KindOfLeaf(type);
     WithConstraints(type);
-    End();
+    text_.w("\n  return TRUE;\n");
+    text_.close();
   }
 
   // The check of the type that stands behind a name, where there is one, and then the name's own constraints.

@@ -44,17 +44,27 @@ class CodecFunctions {
   }
 
  private:
-  // The arguments are pieces that end in line ends; in the header the last one ends the declaration.
-  void Heads(const std::string& head, const std::vector<std::string>& arguments) {
-    files_.header.put("extern lumo_codecs_result_t " + head);
-    text_.put("\nlumo_codecs_result_t " + head);
+  // An argument is a line; in the header the last one ends the declaration.
+  void Heads(const std::string& name, const std::vector<std::string>& arguments) {
+    const bool ansi = HasAnsiC(files_.module);
+    files_.header.put("extern lumo_codecs_result_t " + name + (ansi ? "(" : "(/*"));
+    text_.put("\nlumo_codecs_result_t " + name + "(");
+    if (!ansi) OldStyleDefinition(arguments);
     for (size_t i = 0; i < arguments.size(); ++i) {
       const bool last = i + 1 == arguments.size();
-      const std::string indent = i == 0 ? "" : "  ";
-      files_.header.put(indent + arguments[i] + (last ? ");\n\n" : ",\n"));
-      text_.put(indent + arguments[i] + (last ? ")\n" : ",\n"));
+      const std::string line = (i == 0 ? "" : "  ") + arguments[i];
+      files_.header.put(line + (!last ? ",\n" : ansi ? ");\n\n" : "*/);\n\n"));
+      if (ansi) text_.put(line + (last ? ")\n" : ",\n"));
     }
     text_.open();
+  }
+
+  // Names in the parentheses, declarations behind them; these end in semicolons, since C takes no other.
+  void OldStyleDefinition(const std::vector<std::string>& arguments) {
+    for (size_t i = 0; i < arguments.size(); ++i)
+      text_.put((i == 0 ? "" : ", ") + arguments[i].substr(arguments[i].find_last_of(" *") + 1));
+    text_.put(")\n");
+    for (const std::string& argument : arguments) text_.put("  " + argument + ";\n");
   }
 
   void CodecVariable() { text_.w(row_.per ? "ASNPERG codg;\n" : "ASNCODG codg;\n"); }
@@ -75,7 +85,7 @@ class CodecFunctions {
   }
 
   void Encoder() {
-    Heads(name_ + "_encode_" + id_ + "(",
+    Heads(name_ + "_encode_" + id_,
           {"lumo_value_t value", "lumo_binary_string_t encoded_data", "lumo_context_t ctx"});
     text_.w(id_ + " *home;\n");
     text_.w("ASNHOME *handle = NULL;\n");
@@ -99,7 +109,7 @@ class CodecFunctions {
   }
 
   void Decoder() {
-    Heads(name_ + "_decode_" + id_ + "(",
+    Heads(name_ + "_decode_" + id_,
           {"lumo_binary_string_iter_t * encoded_data", "lumo_type_t type", "lumo_alloc_strategy_t strategy",
            "lumo_value_t * decoded_value", "lumo_context_t ctx"});
     text_.w(id_ + " *home;\n");
@@ -115,8 +125,7 @@ class CodecFunctions {
     text_.w(std::string("if (asn2t3_decode_set_buf_and_decode") + (row_.per ? "_per" : "") +
             "(&codg, &decodingBuffer, &errorHandlerBuf, &codec_result, encoded_data,");
     text_.w(row_.decoder + id_ + ",");
-    text_.w("home");
-    text_.w(", ctx))\n");
+    text_.w(" home, ctx))\n");
     text_.open();
     SetLine();
     text_.w("*decoded_value = t3asn_" + module_ + "_trans_asn_to_t3_" + id_ + " (home, strategy, ctx);\n");
@@ -134,8 +143,8 @@ class CodecFunctions {
   std::string id_, name_, module_;
 };
 
-bool Has(ModRec& module, const CodecRow& row, int mask) {
-  return (mask & row.mask) != 0 && AllowsCodec(module, row.codec);
+bool Has(const AsnType& type, const CodecRow& row, int mask) {
+  return (mask & row.mask) != 0 && AllowsCodec(*type.module, type, row.codec);
 }
 
 // The names by which a value of the type may be known: its own, and for a synonym those behind it.
@@ -219,8 +228,8 @@ class Registration {
     text_.put("      switch (codec_selector)\n");
     text_.put("        { \n");
     for (const int i : kCaseOrder)
-      if (Has(files_.module, kCodecs[i], mask_)) Case(type, kCodecs[i].selector, kCodecs[i].family);
-    if (OptionsOf(files_.module).codec == kCodecOwnRoutines) Case(type, "T3ASN_RTS_CODEC_OWN", "_own");
+      if (Has(type, kCodecs[i], mask_)) Case(type, kCodecs[i].selector, kCodecs[i].family);
+    if (AllowsCodec(files_.module, type, kCodecOwnRoutines)) Case(type, "T3ASN_RTS_CODEC_OWN", "_own");
     text_.put("        default:\n");
     text_.put("          break;\n");
     text_.put("        }\n");
@@ -245,9 +254,9 @@ class Registration {
 
 void t3asn_gen_codec_functions(T3AsnFiles& files, int mask) {
   for (const CodecRow& row : kCodecs) {
-    if (!Has(files.module, row, mask)) continue;
+    if ((mask & row.mask) == 0) continue;
     forEachHomeType(files.module, [&](const AsnType& type, int) {
-      if (isEntryType(type)) CodecFunctions(files, row).generate_codec_func(type);
+      if (isEntryType(type) && Has(type, row, mask)) CodecFunctions(files, row).generate_codec_func(type);
     });
   }
 }

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "asn1/generate/Asn2T3.h"
+#include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
@@ -14,25 +14,21 @@ constexpr const char* kFamily = "_consof_";
 void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
   const ConstrainedSet set = SizeSetOf(type);
   if (set.set.empty()) return;
-  const std::string head =
-      "lumo_value_t " + FunctionPrefix(type, kFamily) + id +
-      " (lumo_type_t vexa_type, lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t "
-      "vexa_context)";
-  files.header.endl();
-  files.header.w("extern " + head + ";\n");
+  cBeginFunction(files, {"lumo_value_t", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t vexa_type, ",
+                         "", "lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t vexa_context"});
   CText& text = files.source;
-  text.endl();
-  text.put(head + "\n");
-  text.open();
   text.w("lumo_value_t v0, vl, vh;\n");
   text.w("v0 = lumo_type_instantiate_dynamic_template(&(vexa_" + getModuleRef(*type.module) + "_" + id +
          "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
   text.w("vl = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
   text.w("vh = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
-  text.w("lumo_value_set_integer(vl, lumo_long_integer_literal(" + std::to_string(set.set.low()) +
-         "), vexa_context);\n");
-  text.w("lumo_value_set_integer(vh, lumo_long_integer_literal(" + std::to_string(set.set.high()) +
-         "), vexa_context);\n");
+  const auto bound = [&](const char* variable, int64_t number) {
+    text.w(std::string("lumo_value_set_integer(") + variable + ", lumo_long_integer_literal(");
+    text.w(std::to_string(number));
+    text.w("), vexa_context);\n");
+  };
+  bound("vl", set.set.low());
+  bound("vh", set.set.high());
   text.w("lumo_template_set_value(v0, lumo_anyornone_value_c, 0, vexa_context);\n");
   text.w("lumo_template_set_length_constraint(v0, vl, vh, vexa_context);\n");
   text.w("return v0;\n");

@@ -27,17 +27,21 @@ constexpr CodecRow kCodecs[] = {
     {"ALL", kCodecEach, true, true, true},
 };
 
+const CodecRow* CodecOf(const std::string& word) {
+  const auto* row = std::find_if(std::begin(kCodecs), std::end(kCodecs),
+                                 [&](const CodecRow& one) { return word == one.word; });
+  return row == std::end(kCodecs) ? nullptr : row;
+}
+
 bool TakeCodec(const std::string& word, T3AsnModuleOptions& options) {
-  for (const CodecRow& row : kCodecs) {
-    if (word != row.word) continue;
-    options.codec = row.codec;
-    if (row.sets_use) {
-      options.ber_used = row.ber;
-      options.per_used = row.per;
-    }
-    return true;
+  const CodecRow* row = CodecOf(word);
+  if (row == nullptr) return false;
+  options.codec = row->codec;
+  if (row->sets_use) {
+    options.ber_used = row->ber;
+    options.per_used = row->per;
   }
-  return false;
+  return true;
 }
 
 bool TakeWord(const std::string& value, std::initializer_list<const char*> words, int& number) {
@@ -72,13 +76,33 @@ std::string Plain(const std::string& text) {
   return inner.compare(0, word.size(), word) == 0 ? optionToUpper(inner.substr(word.size())) : inner;
 }
 
+// "Type:option" holds for one type.
+bool TakeTypeOption(T3AsnModuleOptions& options, const std::string& text, bool& known) {
+  const size_t colon = text.find(':');
+  known = colon != std::string::npos && colon > 0 && colon < text.find('=') &&
+          std::isupper(static_cast<unsigned char>(text[0])) != 0;
+  if (!known) return false;
+  if (!typeBEOptionOK(options, convertHyphens(text.substr(0, colon)), optionToUpper(text.substr(colon + 1))))
+    std::printf("Warning     Unrecognized back-end option: %s\n", text.c_str() + colon + 1);
+  return true;
+}
+
+[[noreturn]] void PrintVersion() {
+  std::printf("%s version %s for MESK version%s \n", kName, kVersion, kMeskVersion);
+  std::fflush(stdout);
+  throw AsnExit{0};
+}
+
 bool Take(ModRec& module, const std::string& option, bool& known) {
   T3AsnModuleOptions& options = OptionsOf(module);
+  if (TakeTypeOption(options, option, known)) return true;
   const size_t equals = option.find('=');
   const std::string name = option.substr(0, equals);
   const std::string value = equals == std::string::npos ? std::string() : option.substr(equals + 1);
   int number = 0;
   known = true;
+  if (option == "VERSION") PrintVersion();
+  if (name == "VERBOSE") return TakeWord(value, {"QUIET", "TERSE", "VERBOSE"}, options.verbosity);
   if (name == "ENTRYTAG") {
     const bool good = TakeWord(value, {"IGNORE", "WARN"}, number);
     if (good) options.entry_tag = number;
@@ -113,20 +137,49 @@ T3AsnModuleOptions& OptionsOf(ModRec& module) {
   return static_cast<T3AsnModuleOptions&>(*module.meta);
 }
 
-bool globalBEOptionOK(ModRec& module, const std::string& text) {
-  const std::string option = Plain(text);
-  bool known = false;
-  if (Take(module, option, known)) return true;
-  if (!known) {
-    // Options of the tools that the generator has no use for.
-    return option.compare(0, 4, "BEO=") != 0 && text.compare(0, 4, "BEO=") != 0;
+bool typeBEOptionOK(T3AsnModuleOptions& module, const std::string& type, const std::string& option) {
+  const size_t equals = option.find('=');
+  const std::string name = option.substr(0, equals);
+  const std::string value = equals == std::string::npos ? std::string() : option.substr(equals + 1);
+  if (name == "ASN1_TYPEDEF") return true;
+  T3AsnTypeOptions& options = module.types[type];
+  if (option == "OWNF") return options.own_function = true;
+  if (name == "CONST-CHOSEN") {
+    options.chosen = value;
+    return !value.empty() &&
+           std::all_of(value.begin(), value.end(), [](unsigned char c) { return std::isdigit(c); });
   }
-  std::printf("\nWARNING : Option ignored: %.50s\n", text.c_str());
+  if (name == "CONST-OMIT") {
+    options.omitted = value;
+    return !value.empty();
+  }
+  const CodecRow* row = name == "ASN2C_CODEC" ? CodecOf(value) : nullptr;
+  if (row == nullptr) return false;
+  options.codec = row->codec;
+  module.ber_used = module.ber_used || row->ber;
+  module.per_used = module.per_used || row->per;
   return true;
 }
 
-bool AllowsCodec(ModRec& module, AsnCodec codec) {
-  const AsnCodec chosen = OptionsOf(module).codec;
-  return chosen == codec || (chosen == kCodecEach && codec != kCodecOwnRoutines);
+bool globalBEOptionOK(ModRec& module, const std::string& text) {
+  bool known = false;
+  if (Take(module, Plain(text), known)) return true;
+  // What is no option of this generator may be one of the tools, which say so themselves.
+  const bool is_ours = known || optionToUpper(text).compare(0, 4, "BEO=") == 0;
+  if (is_ours) std::printf("\nWARNING : Option ignored: %.50s\n", text.c_str());
+  return true;
+}
+
+bool AllowsCodec(ModRec& module, const AsnType& type, AsnCodec codec) {
+  const T3AsnModuleOptions& options = OptionsOf(module);
+  const auto of_type = options.types.find(getTypeRef(type));
+  const auto allows = [codec](AsnCodec chosen) {
+    return chosen == codec || (chosen == kCodecEach && codec != kCodecOwnRoutines);
+  };
+  return allows(options.codec) || (of_type != options.types.end() && allows(of_type->second.codec));
+}
+
+bool HasAnsiC(const ModRec& module) {
+  return module.options.Number("ANSI-C", 1) != 0;
 }
 }  // namespace asn1

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "asn1/front/AsnFault.h"
+#include "asn1/generate/T3AsnObjectSets.h"
 #include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
@@ -15,61 +16,81 @@ constexpr const char* kEntryFamily = "_translate_asn_to_t3_";
 
 class Translate {
  public:
-  explicit Translate(T3AsnFiles& files) : files_(files), text_(files.source) {}
+  explicit Translate(T3AsnFiles& files) : files_(files), text_(files.source), sets_(files.module) {}
 
   void Run() {
-    forEachHomeType(files_.module, [&](const AsnType& type, int) {
-      if (!isOwnFunction(type)) NormalFunction(type);
-    });
-    forEachHomeType(files_.module, [&](const AsnType& type, int) {
-      if (isEntryType(type)) EntryFunction(type);
-    });
+    cGenerateTypeFunctions(
+        files_.module, GenerateLevelOf(files_.module),
+        [&](const AsnType& type) {
+          if (!isOwnFunction(type)) NormalFunction(type);
+        },
+        [&](const AsnType& type) { EntryFunction(type); });
+    sets_.Generate(files_);
   }
 
  private:
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
-    BeginFunction(files_, type, "lumo_value_t", kFamily, "",
-                  ", lumo_alloc_strategy_t strategy, lumo_context_t context");
+    FunctionHead head = HeadOf(type, kFamily);
+    head.result = "lumo_value_t";
+    head.behind = ", lumo_alloc_strategy_t strategy, lumo_context_t context";
+    cBeginFunction(files_, head);
     const HomeRef home{"home", true};
     if (isReference(type)) {
       Synonym(type);
+      text_.w("\nreturn v0;\n");
+      text_.close();
     } else if (IsStructured(type)) {
       text_.w("lumo_value_t v0,v1;\n\n");
       Structure(type, home, 0, "&(" + RunTimeType(type) + ")");
+      if (getTypeMainType(type) == TYP_CHOICE) return translate_AfterFunc();
+      text_.w("\nreturn v0;\n");
+      text_.close();
     } else {
       text_.w("lumo_value_t v0;\n\n");
       Leaf(type, home, 0);
       text_.w("\nreturn v0;\n");
+      text_.close();
     }
+  }
+
+  // The braces that end the walk stand in a comment, since each alternative has left the function.
+  void translate_AfterFunc() {
+    text_.w("/* Following close braces intentionally commented out ");
     text_.close();
+    text_.close();
+    text_.w("*/\n");
+    text_.w("  }\n  return v0;\n");
+    text_.w("}\n");
   }
 
   // The value of the type that stands behind the name, which gets the name's type.
   void Synonym(const AsnType& type) {
     const AsnType of = forSynonymType(type);
     text_.w("lumo_value_t v0;\n\n");
-    if (cBaseTypeId(type) == cBaseTypeId(of) || IsStructured(type)) {
-      text_.w("v0 = " + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ((" + getMetaTypeId(of) +
-              " *) home, strategy, context);\n");
-      text_.w("t3asn_lumo_value_set_type (v0, &(" + RunTimeType(type) + "), context);\n");
-    } else {
-      Leaf(type, {"home", true}, 0);
-    }
-    text_.w("\nreturn v0;\n");
+    if (cIsFrameType(type) || (cBaseTypeId(type) != cBaseTypeId(of) && !IsStructured(type)))
+      return Leaf(type, {"home", true}, 0);
+    text_.w("v0 = ");
+    Call(of, "home");
+    text_.w("t3asn_lumo_value_set_type (v0, &(" + RunTimeType(type) + "), context);\n");
+  }
+
+  void Call(const AsnType& of, const std::string& home) {
+    text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of));
+    text_.w(" ((");
+    text_.w(getMetaTypeId(of));
+    text_.w(" *) ");
+    text_.w(home);
+    text_.w(", strategy, context);\n");
   }
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type);
-    const std::string head = "lumo_value_t " + FunctionPrefix(type, kEntryFamily) + id +
-                             " (lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context)";
-    files_.header.endl();
-    files_.header.w("extern " + head + ";\n");
-    text_.endl();
-    text_.put(head + "\n");
-    text_.open();
+    cBeginFunction(files_, {"lumo_value_t", FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+                            "lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context"});
     text_.w(id + " *home = (" + id + " *) lumo_value_get_external_value ( v0, context );\n\n");
-    text_.w("return " + FunctionPrefix(type, kFamily) + id + " (home, strategy, context);\n");
+    text_.w("return ");
+    text_.w(FunctionPrefix(type, kFamily) + id + " (home, strategy, context);\n");
     text_.close();
   }
 
@@ -77,6 +98,7 @@ class Translate {
   void Structure(const AsnType& type, const HomeRef& home, int depth, const std::string& run_time_type) {
     if (depth > 200) fatalError(kInternal, "CBET variable index overflow.");
     text_.w(Var(depth) + " = lumo_type_instantiate_value (" + run_time_type + " , strategy, context);\n");
+    around_.push_back({type, home});
     switch (getTypeMainType(type)) {
       case TYP_CHOICE:
         Choice(type, home, depth);
@@ -88,6 +110,7 @@ class Translate {
       default:
         Components(type, home, depth);
     }
+    around_.pop_back();
   }
 
   void Failed(int depth) {
@@ -107,7 +130,8 @@ class Translate {
     for (const AsnType& component : components) {
       const bool may_be_missing = MayBeMissing(component);
       if (may_be_missing) {
-        text_.w("if (" + PresenceTest(home, type, component) + ")\n");
+        text_.w("if (");
+        text_.w(PresenceTest(home, type, component) + ")");
         text_.open();
       }
       Component(component, home, depth);
@@ -116,7 +140,6 @@ class Translate {
       if (may_be_missing) text_.close();
       if (forDefaultValue(component)) Default(component, depth);
     }
-    if (depth == 0) text_.w("\nreturn v0;\n");
   }
 
   // A component that the home does not hold has its default value.
@@ -134,7 +157,8 @@ class Translate {
   }
 
   void Choice(const AsnType& type, const HomeRef& home, int depth) {
-    text_.w("switch (" + home.Member("choice") + ")\n");
+    text_.w("switch (");
+    text_.w(home.Member("choice)"));
     text_.open();
     for (const AsnType& alternative : TypeComps(type)) {
       const std::string number = std::to_string(getTypeCompNbr(alternative));
@@ -147,18 +171,16 @@ class Translate {
       text_.w(depth == 0 ? "return v0;\n" : "break;\n");
       text_.close();
     }
-    if (depth > 0) return text_.close();
-    text_.w("/* Following close braces intentionally commented out \n");
-    text_.close();
-    text_.w("*/\n");
-    text_.w("  }\n  return v0;\n");
+    if (depth > 0) text_.close();
   }
 
   void List(const AsnType& type, const HomeRef& home, int depth) {
     const std::string size = home.Member("n"), counter = "tn" + std::to_string(depth);
     text_.open();
     text_.w("uint32 " + counter + " = 0;\n");
-    text_.w("for (; " + counter + " < " + size + "; ++ " + counter + ")\n");
+    text_.w("for (; " + counter + " < " + size + "; ");
+    text_.w("++ " + counter);
+    text_.w(") ");
     text_.open();
     Value(forTypeElem(type), ElementRef(home, depth), depth + 1);
     Failed(depth + 1);
@@ -172,15 +194,14 @@ class Translate {
     text_.close();
     text_.w("if (" + size + " == 0)\n");
     text_.w("  lumo_value_set_vector_empty (" + Var(depth) + ", context);\n");
-    if (depth == 0) text_.w("\nreturn v0;\n");
   }
 
   // The value of a component or element, in the variable of the depth.
   void Value(const AsnType& type, const HomeRef& home, int depth) {
     if (IsCalled(type)) {
       const AsnType of = forSynonymType(type);
-      text_.w(Var(depth) + " = " + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ((" +
-              getMetaTypeId(of) + " *) " + home.Address() + ", strategy, context);\n");
+      text_.w(Var(depth) + " = ");
+      Call(of, home.Address());
     } else if (IsStructured(type)) {
       const AsnType base = forBaseType(type);
       text_.open();
@@ -202,6 +223,20 @@ class Translate {
     return "lumo_type_instantiate_value (" + LeafType(type, builtin) + ", strategy, context)";
   }
 
+  // A setter with an instance of the type and the place in the home.
+  void Set(const std::string& setter, const std::string& instance, const std::string& place, int depth) {
+    text_.w(Var(depth) + " = " + setter + instance + ", ");
+    text_.w(place);
+    text_.w(", context);\n");
+  }
+
+  void Enumerated(const AsnType& type, const AsnType& base, const HomeRef& home, int depth) {
+    text_.w(Var(depth) + " = lumo_value_set_enum (" + Instance(type, nullptr) + ", ");
+    text_.w(home.Value());
+    if (isExtensibleEnumeratedList(base)) text_.w(".value");
+    text_.w(", context);\n");
+  }
+
   void String(const AsnType& type, const HomeRef& home, int depth, const char* builtin) {
     text_.w(Var(depth) + " = " + Instance(type, builtin) + ";\n");
     text_.w(std::string("asn2t3_") + cBuiltinStringTstCFunc(type) + " (");
@@ -215,17 +250,16 @@ class Translate {
     const AsnType base = forBaseType(type);
     switch (getTypeMainType(base)) {
       case TYP_BOOLEAN:
-        return text_.w(v + " = lumo_value_set_boolean(" + Instance(type, "lumo_boolean_type") + ", " + r +
-                       ", context);\n");
+        return Set("lumo_value_set_boolean(", Instance(type, "lumo_boolean_type"), r, depth);
       case TYP_INTEGER:
-        return text_.w(v + " = lumo_value_set_integer(lumo_type_instantiate_value(" +
-                       LeafType(type, "lumo_integer_type") + ",strategy, context), " + r + ", context);\n");
+        return Set(
+            "lumo_value_set_integer(",
+            "lumo_type_instantiate_value(" + LeafType(type, "lumo_integer_type") + ",strategy, context)", r,
+            depth);
       case TYP_ENUM:
-        return text_.w(v + " = lumo_value_set_enum (" + Instance(type, nullptr) + ", " + r +
-                       (isExtensibleEnumeratedList(base) ? ".value" : "") + ", context);\n");
+        return Enumerated(type, base, home, depth);
       case TYP_REAL:
-        return text_.w(v + " = lumo_value_set_float (" + Instance(type, "lumo_float_type") + ", " + r +
-                       ", context);\n");
+        return Set("lumo_value_set_float (", Instance(type, "lumo_float_type"), r, depth);
       case TYP_NULL:
         return text_.w(v + " = lumo_value_set_enum (lumo_type_instantiate_value (&(" + RunTimeType(base) +
                        "), strategy, context), 0, context);\n");
@@ -242,7 +276,8 @@ class Translate {
       case TYP_OBJDESCR:
         return String(type, home, depth, "lumo_charstring_type");
       case TYP_OBJID:
-        text_.w(v + " = " + Instance(type, "lumo_objectidentifier_type") + ";\n");
+        text_.w(v + " = lumo_type_instantiate_value (" + LeafType(type, "lumo_objectidentifier_type") +
+                " , strategy, context);\n");
         text_.w("asn2t3_objidval (");
         text_.w(r);
         text_.w(", ");
@@ -259,7 +294,10 @@ class Translate {
   }
 
   void Frame(const std::string& type, const HomeRef& home, int depth) {
-    text_.w("if (asnt3_frame (" + home.Value() + ", " + type + ", " + Var(depth) +
+    text_.w("if (asnt3_frame (");
+    text_.w(home.Value());
+    text_.w(", ");
+    text_.w(type + ", " + Var(depth) +
             ", strategy, context) != lumo_codecs_result_succeeded_c)\n  return lumo_illegal_value_c;\n");
   }
 
@@ -289,16 +327,25 @@ class Translate {
 
   void External(const AsnType& type, const HomeRef& home, int depth);
   void translate_constraint(const AsnType& type, int depth);
+  void TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth);
+  std::string find_ID(const AsnType& selector) const;
+
+  struct Around {
+    AsnType type;
+    HomeRef home;
+  };
 
   T3AsnFiles& files_;
   CText& text_;
+  ObjSetFieldMap sets_;
+  std::vector<Around> around_;  // the structures and lists that the walk is in
 };
 
 // The fields of EXTERNAL in TTCN-3: encoding, data_value_descriptor, indirect_reference, direct_reference.
 void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
   const std::string v = Var(depth), r = home.Value();
-  const auto field = [&](const char* name) {
-    return "lumo_value_field_by_name(" + v + ", \"" + name + "\", context)";
+  const auto field = [&](int number) {
+    return "lumo_value_field_by_index_lhs(" + v + ", " + std::to_string(number) + ", context)";
   };
   text_.w(v + " = lumo_type_instantiate_value (&(" + RunTimeType(type) + "), strategy, context);\n");
   const auto optional = [&](const char* test, const std::string& set, int number) {
@@ -309,15 +356,13 @@ void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
     text_.w("else\n");
     text_.w("  lumo_value_set_omit(" + v + ", " + std::to_string(number) + ", context);\n");
   };
-  optional("is_direct_EXTERNAL(",
-           "asn2t3_objidval (" + r + ".direct, " + field("direct_reference") + ", context);\n", 3);
+  optional("is_direct_EXTERNAL(", "asn2t3_objidval (" + r + ".direct, " + field(3) + ", context);\n", 3);
   optional("is_indirect_EXTERNAL(",
-           "lumo_value_set_integer(" + field("indirect_reference") + ", " + r + ".indirect, context);\n", 2);
-  optional("is_descr_EXTERNAL(",
-           "asn2t3_DynObjectDescriptor(&(" + r + ".descr), " + field("data_value_descriptor") + ");\n", 1);
+           "lumo_value_set_integer(" + field(2) + ", " + r + ".indirect, context);\n", 2);
+  optional("is_descr_EXTERNAL(", "asn2t3_DynObjectDescriptor(&(" + r + ".descr), " + field(1) + ");\n", 1);
   text_.w("/* Needs a user defined decoding function for 'encoding' field of EXTERNAL type */\n");
   text_.open();
-  text_.w("lumo_value_t encoding_value = " + field("encoding") + ";\n");
+  text_.w("lumo_value_t encoding_value = lumo_value_field_by_index_lhs(" + v + ", 0, context);\n");
   text_.w("if (is_single_EXTERNAL(" + r + "))\n");
   text_.w("  return lumo_illegal_value_c;\n");
   text_.w("if (is_octet_EXTERNAL(" + r + "))\n");
@@ -329,11 +374,45 @@ void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
   text_.close();
 }
 
-void Translate::translate_constraint(const AsnType& type, int) {
+// The selector's place in the home: among the structures around the open type, the innermost one first.
+std::string Translate::find_ID(const AsnType& selector) const {
+  const AsnType structure = getFatherOfTypeComp(selector);
+  for (auto one = around_.rbegin(); one != around_.rend(); ++one) {
+    if (!(one->type == structure)) continue;
+    const AsnType base = forBaseType(selector);
+    const std::string place = ComponentRef(one->home, selector).Value();
+    return isExtensibleEnumeratedList(base) ? place + ".value" : place;
+  }
+  return {};
+}
+
+// Chooses the alternative that the selector's value asks for.
+void Translate::TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth) {
+  const int line = getTypeDefinitionLine(getDefinitionOf(type));
+  const AsnObjectSet set = forObjectSet(constraint);
+  const AsnType selector = forAtNotation(constraint);
+  const std::string field = ClassFieldOf(type),
+                    identifier = selector ? ClassFieldOf(selector) : std::string();
+  const std::string found = selector ? find_ID(selector) : std::string();
+  if (!set || field.empty() || identifier.empty() || found.empty())
+    return t3asn_warn_line_nr(*type.module, line, "Unsupported Table Constraint");
+  std::string place = found;
+  const MainType main_type = getBaseTypeMainType(selector);
+  if (main_type != TYP_INTEGER && main_type != TYP_ENUM) {
+    t3asn_warn_line_nr(*type.module, line,
+                       "Only INTEGER and ENUMERATED types are supported in AtNotation. Field: '%s'\n",
+                       getTypeCompId(selector).c_str());
+    place = "0";
+  }
+  text_.w("lumo_value_set_union_alternative_by_name(" + Var(depth) + ", " +
+          sets_.AddObjSetFieldMap(set, identifier, type) + "(" + place + ", \"" + field +
+          "\", context), context);\n");
+}
+
+void Translate::translate_constraint(const AsnType& type, int depth) {
   forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
     if (getConstraintKind(constraint) == kTableConstraint)
-      t3asn_warn_line_nr(*type.module, getTypeDefinitionLine(getDefinitionOf(type)),
-                         "Unsupported Table Constraint");
+      TableConstraint(type, constraint, depth);
     else
       t3asn_warn_line_nr(*type.module, getTypeDefinitionLine(getDefinitionOf(type)),
                          "Unknown constraint for Frame type.\n");

@@ -11,30 +11,36 @@ namespace asn1 {
 namespace {
 constexpr const char* kFamily = "_trans_t3_to_asn_";
 constexpr const char* kEntryFamily = "_translate_t3_to_asn_";
-constexpr const char* kBefore = "ASNG_F (ASNUTIG *asnutigPtr) lumo_value_t v0, ";
 
 class Translate2 {
  public:
   explicit Translate2(T3AsnFiles& files) : files_(files), text_(files.source) {}
 
   void Run() {
-    forEachHomeType(files_.module, [&](const AsnType& type, int) {
-      if (!isOwnFunction(type)) NormalFunction(type);
-    });
-    forEachHomeType(files_.module, [&](const AsnType& type, int) {
-      if (isEntryType(type)) EntryFunction(type);
-    });
+    cGenerateTypeFunctions(
+        files_.module, GenerateLevelOf(files_.module),
+        [&](const AsnType& type) {
+          if (!isOwnFunction(type)) NormalFunction(type);
+        },
+        [&](const AsnType& type) { EntryFunction(type); });
   }
 
  private:
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
-    BeginFunction(files_, type, "void", kFamily, kBefore, ", lumo_context_t context");
+    FunctionHead head = HeadOf(type, kFamily);
+    head.result = "void";
+    head.has_utility = true;
+    head.before = "lumo_value_t v0, ";
+    head.behind = ", lumo_context_t context";
+    cBeginFunction(files_, head);
     const HomeRef home{"home", true};
     const AsnType of = isReference(type) ? forSynonymType(type) : type;
-    if (isReference(type) && (cBaseTypeId(type) == cBaseTypeId(of) || IsStructured(type))) {
-      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, v0, (" + getMetaTypeId(of) +
-              " *) home, context);\n");
+    if (isReference(type) && !cIsFrameType(type) &&
+        (cBaseTypeId(type) == cBaseTypeId(of) || IsStructured(type))) {
+      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, v0, ");
+      text_.w("(" + getMetaTypeId(of) + " *) home");
+      text_.w(", context);\n");
     } else if (IsStructured(type)) {
       text_.w("lumo_value_t v1;\n\n");
       Structure(type, home, 0);
@@ -46,17 +52,12 @@ class Translate2 {
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type), module = getModuleRef(*type.module);
-    const std::string head = "lumo_value_t " + FunctionPrefix(type, kEntryFamily) + id +
-                             " (lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context)";
-    files_.header.endl();
-    files_.header.w("extern " + head + ";\n");
-    text_.endl();
-    text_.put(head + "\n");
-    text_.open();
+    cBeginFunction(files_, {"lumo_value_t", FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+                            "lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context"});
     text_.w("ASNHOME *handle = NULL;\n");
     text_.w("ASNUTIG utig;\n");
     text_.w("ASNUTIG *asnutig;\n");
-    text_.w(id + " *home;\n");
+    text_.w(id + " *home;");
     text_.w("lumo_value_t translated_value = lumo_type_instantiate_external_value ( &(" + RunTimeType(type) +
             "), strategy, context );\n\n");
     text_.w("asnutig = &utig;\n");
@@ -100,7 +101,7 @@ class Translate2 {
     if (forDefaultValue(component))
       test += " && !lumo_is_equal(" + inner + ", lumo_type_field_default_value(lumo_value_type(" + v +
               ", context), " + std::to_string(getTypeCompNbr(component)) + ", context), context)";
-    text_.w(test + ")\n");
+    text_.w(test + ")");
     text_.open();
     text_.w(PresenceSet(home, type, component));
     Value(component, place, depth + 1);
@@ -108,7 +109,7 @@ class Translate2 {
   }
 
   void Choice(const AsnType& type, const HomeRef& home, int depth) {
-    text_.w("switch (lumo_value_union_index(" + Var(depth) + ", context))\n");
+    text_.w("switch (lumo_value_union_index(" + Var(depth) + ", context))");
     text_.open();
     for (const AsnType& alternative : TypeComps(type)) {
       const std::string number = std::to_string(getTypeCompNbr(alternative));
@@ -136,7 +137,10 @@ class Translate2 {
     text_.w("MB_STG, ");
     text_.w(home.Member("n") + " * ");
     text_.w("sizeof(" + element_type + "));\n");
-    text_.w("for (; " + counter + " < lumo_value_vector_size(" + v + ", context); ++ " + counter + ") \n");
+    text_.w("for (; " + counter + " < ");
+    text_.w("lumo_value_vector_size(" + v + ", context); ");
+    text_.w("++ " + counter);
+    text_.w(") ");
     text_.open();
     text_.w(Var(depth + 1) + " = lumo_value_vector_element(" + v + ", " + counter + ", context);\n");
     Value(element, ElementRef(home, depth), depth + 1);
@@ -208,7 +212,10 @@ class Translate2 {
       case TYP_ANY:
         return Any(type, home, depth);
       case TYP_OPEN:
-        return text_.w("t3asn_frame (asnutigPtr, " + home.Value() + ", " + Var(depth) + ", context);\n");
+        text_.w("t3asn_frame (asnutig, ");
+        text_.w(home.Value());
+        text_.w(", ");
+        return text_.w(Var(depth) + ", context);\n");
       default:
         t3asn_warn("Unrecognized leaf type.");
     }
@@ -217,7 +224,7 @@ class Translate2 {
   void Any(const AsnType& type, const HomeRef& home, int depth) {
     text_.w("\n/* Needs a user defined encoding function for ANY/OPEN type */\n");
     text_.w("if (lumo_type_get_encoder (&(" + RunTimeType(type) + "), context)) {\n");
-    text_.w("  t3asn_frame (asnutigPtr, ");
+    text_.w("  t3asn_frame (asnutig, ");
     text_.w(home.Value());
     text_.w(", ");
     text_.w(Var(depth) + ", context);\n");
@@ -225,8 +232,12 @@ class Translate2 {
     text_.w("  /* No user registered codec */\n");
     text_.w("  lumo_log_string_to_all (lumo_log_msg_error_c, \"No user registered encoder for ASN.1 type " +
             getTypeRef(type) + "\", context);\n");
-    text_.w("  " + home.Value() + " = createFrame(DB_SIZE);\n");
-    text_.w("  insertMemBlock (getHomeG (asnutigPtr), MB_FRM, (BYTE_TYPE *)" + home.Value() + ");\n");
+    text_.w("  ");
+    text_.w(home.Value());
+    text_.w(" = createFrame(DB_SIZE);\n");
+    text_.w("  insertMemBlock (getHomeG (asnutig), MB_FRM, (BYTE_TYPE *)");
+    text_.w(home.Value());
+    text_.w(");\n");
     text_.w("}\n");
   }
 
@@ -277,15 +288,5 @@ class Translate2 {
 
 void t3asn_gen_translate2(T3AsnFiles& files) {
   Translate2(files).Run();
-}
-
-// All memory of a home goes with its handle, so that only the home of a whole value has to be given back.
-void t3asn_gen_destruct(T3AsnFiles& files) {
-  forEachHomeType(files.module, [&](const AsnType& type, int) {
-    if (isReference(type)) files.source.put("\n/* synonym type */");
-    BeginFunction(files, type, "void", "_dest_", "", ", lumo_context_t context");
-    if (isEntryType(type)) files.source.w("asnwfree (home);\n");
-    files.source.close();
-  });
 }
 }  // namespace asn1

@@ -1,6 +1,8 @@
-// What the generators of conversions have in common: the references to places in a home, and function heads.
+// What the generators have in common: which functions a module gets and in which order, their heads, and the
+// references to places in a home.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "asn1/generate/Asn2T3.h"
@@ -32,8 +34,31 @@ bool IsCalled(const AsnType& type);
 /// "v" and a number.
 std::string Var(int depth);
 
-/// Begins a function: its prototype in the header, its head and brace in the source. The parts of the
-/// arguments stand before and behind the home.
-void BeginFunction(T3AsnFiles& files, const AsnType& type, const std::string& result, const char* family,
-                   const std::string& before, const std::string& behind);
+/// What the option GENERATE= asks functions for.
+enum GenerateLevel { kGenerateNone, kGenerateEntries, kGenerateVisibles, kGenerateEntriesAndVisibles };
+/// The level that a module's options give.
+int GenerateLevelOf(const ModRec& module);
+
+using FunctionCall = std::function<void(const AsnType&)>;
+/// Calls for each definition that gets a function by the level: `normal` once, when it has been called for
+/// the definitions of the module that this one refers to; and `entry` behind it where the type is an entry
+/// type.
+void cGenerateTypeFunctions(ModRec& module, int level, const FunctionCall& normal, const FunctionCall& entry);
+
+/// The head of a function. The arguments in front of the home and behind it are declarations with ", "
+/// between them; `before` ends with ", " where something follows. Without a type of the home there is no such
+/// argument.
+struct FunctionHead {
+  std::string result;
+  std::string name;
+  bool has_utility = false;  // the record that conversions work with is the first argument
+  std::string before;
+  std::string home;
+  std::string behind;
+};
+/// Writes the prototype to the header, and to the source the head and the brace.
+void cBeginFunction(T3AsnFiles& files, const FunctionHead& head);
+
+/// The head of a function of a type's family whose arguments stand before and behind the home.
+FunctionHead HeadOf(const AsnType& type, const char* family);
 }  // namespace asn1

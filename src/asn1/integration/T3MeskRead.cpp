@@ -10,6 +10,7 @@
 #include "asn1/front/Backend.h"
 #include "asn1/integration/T3Mesk.h"
 #include "asn1/integration/T3MeskTranslate.h"
+#include "asn1/model/AsnObjects.h"
 #include "asn1/integration/T3Representation.h"
 #include "driver/T3CommandLine.h"
 #include "driver/T3Error.h"
@@ -163,5 +164,8 @@ bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module) {
   mesk_T3Module_AsnModule_load_1(source);
   bool good = false;
   module = translate_module(asn1::firstModule(), gIdents.MakeIdent(source), good);
+  // Any of these may stand in an open type of some module.
+  for (const asn1::AsnType& type : asn1::TypesOfObjects(asn1::firstModule()))
+    addMESKEntryType(asn1::getTypeRef(type));
   return good;
 }

@@ -257,8 +257,9 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
       at = main_type == TYP_SYNONYM ? forSynonymType(at) : forSelectionType(at);
       continue;
     }
-    if (typeArr[main_type].tag > 0)
-      add(kTagUniversal, typeArr[main_type].tag, typeArr[main_type].constructed);
+    // EXTERNAL is encoded as the SEQUENCE that it stands for.
+    const bool constructed = typeArr[main_type].constructed || main_type == TYP_EXTERNAL;
+    if (typeArr[main_type].tag > 0) add(kTagUniversal, typeArr[main_type].tag, constructed);
     return tags;
   }
   fatalError(kInternal, "Unable to find synonym type.");

@@ -109,12 +109,12 @@ TEST_F(Log, WideStringsAreFormatted) {
   Value v = lumo_type_instantiate_named_value(list, "queue", lumo_temp_alloc_c, nullptr);
   lumo_wide_string_t name = lumo__value_label_or_name(v, nullptr);
   lumo_log_wide_string_to_all(lumo_log_kind_msg_warning_c,
-                              lumo_format_wide_string(LUMO__VAL_CHECK_VALUE_FAILURE_sname, name, nullptr),
+                              lumo_format_wide_string(LUMO__VAL_CHECK_VALUE_FAILURE_sname, nullptr, name),
                               nullptr);
   lumo_log_wide_string_to_all(
       lumo_log_kind_msg_warning_c,
-      lumo_format_wide_string("LUMO__VAL_CHECK_VALUE_FAILURE_sname",
-                              lumo__value_label_or_name(integer(1), nullptr), nullptr),
+      lumo_format_wide_string("LUMO__VAL_CHECK_VALUE_FAILURE_sname", nullptr,
+                              lumo__value_label_or_name(integer(1), nullptr)),
       nullptr);
   EXPECT_EQ(entries,
             "warning length restriction of value 'queue' is not met\n"
@@ -133,6 +133,9 @@ TEST_F(Log, ReportedErrorsTellTheirPlace) {
   lumo_wide_string_t what = lumo_wide_string_construct_from_ascii("no value", lumo_temp_alloc_c, nullptr);
   EXPECT_EQ(fault_of([&] { lumo_report_error("M.ttcn:3", what, nullptr); }), "M.ttcn:3: no value");
   EXPECT_EQ(fault_of([&] { lumo_report_error(nullptr, what, nullptr); }), "no value");
+  what = lumo_format_wide_string(LUMO__ILLEGAL_OBJSET_ID, nullptr, 7, "Set", "id");
+  EXPECT_EQ(fault_of([&] { lumo__report_error_at(5, "m.c", what, nullptr); }),
+            "m.c:5: no object with the identifier 7 in the object set 'Set' by its field 'id'");
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 #ifndef ASN2LUMOS_H
 #define ASN2LUMOS_H
 
+#include <float.h>
+#include <string.h>
+
 #include "asncodec.ext"
 #include "lumos.h"
 
@@ -67,10 +70,13 @@ void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context);
 #define asn2t3_objidval(home, value, context) asn2t3_objid(&(home), value, context)
 #define t32asn_objidval(home, value, context) t32asn_objid(&(home), value, context)
 
-/* Open types: by the codec that is registered for the type. */
+/* Open types: by the codec that is registered for the type that was chosen, or for ANY. */
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context);
-void t3asn_frame_octets(ASNUTIG* asnutig, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context);
-#define t3asn_frame(asnutig, home, value, context) t3asn_frame_octets(asnutig, &(home), value, context)
+void t3asn_frame_octets(ASNUTIG* asnutigPtr, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context);
+#define t3asn_frame(utig, home, value, context) t3asn_frame_octets(utig, &(home), value, context)
+
+/* Conversions have the argument asnutigPtr, and some of their text speaks of asnutig. */
+#define asnutig asnutigPtr
 
 #endif

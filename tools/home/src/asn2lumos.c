@@ -28,6 +28,8 @@ T3asnRtsCodecSelector t3asn_get_module_encoding_directive(const char* module, lu
 
 /* The fault of the codec that ran last. Encoders have no result of their own; they run one at a time. */
 static const char** last_error;
+/* Whether an open type of the value that is being converted could not be encoded. */
+static int open_type_failed;
 
 void asn2t3_encode_set_frame(ASNCODG* codg, FRAME_PTR* buffer) {
   *buffer = createFrame(DB_SIZE);
@@ -55,10 +57,14 @@ void asn2t3_encode_put_bstring(FRAME_PTR* buffer, lumo_codecs_result_t* result,
   if (last_error != NULL && *last_error != NULL) {
     tell("ASN.1 encoder", *last_error, ctx);
     *result = lumo_codecs_result_failed_c;
+  } else if (open_type_failed) {
+    tell("ASN.1 encoder", "an open type was not encoded", ctx);
+    *result = lumo_codecs_result_failed_c;
   } else {
     lumo_binary_string_append(encoded_data, (*buffer)->octets, (*buffer)->n, ctx);
   }
   last_error = NULL;
+  open_type_failed = 0;
   deleteFrame(*buffer);
   *buffer = NULL;
 }
@@ -182,17 +188,19 @@ void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context) {
 
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context) {
+  (void)type;
   (void)strategy;
-  if (frame == NULL || lumo_type_get_decoder(type, context) == NULL) return lumo_codecs_result_failed_c;
-  return t3asn_lumo_decode_octets(value, frame->octets, frame->n, context) ? lumo_codecs_result_succeeded_c
-                                                                           : lumo_codecs_result_failed_c;
+  if (frame != NULL && t3asn_lumo_decode_octets(value, frame->octets, frame->n, context))
+    return lumo_codecs_result_succeeded_c;
+  tell("ASN.1 decoder", "an open type was not decoded", context);
+  return lumo_codecs_result_failed_c;
 }
 
-void t3asn_frame_octets(ASNUTIG* asnutig, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context) {
+void t3asn_frame_octets(ASNUTIG* asnutigPtr, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context) {
   *frame = createFrame(DB_SIZE);
-  insertMemBlock(getHomeG(asnutig), MB_FRM, (BYTE_TYPE*)*frame);
+  insertMemBlock(getHomeG(asnutigPtr), MB_FRM, (BYTE_TYPE*)*frame);
   unsigned long n = 0;
   unsigned char* octets = t3asn_lumo_encode_octets(value, &n, context);
-  if (octets != NULL) appendToFrame(*frame, octets, n);
+  open_type_failed = octets == NULL || !appendToFrame(*frame, octets, n) || open_type_failed;
   free(octets);
 }
