@@ -20,8 +20,9 @@ using namespace cgalt;
 
 // From how many enabled alternatives on the user is told what they come to; the next time from more.
 constexpr size_t kInterleaveWarning = 5;
-// Every how many branches the user is told.
-constexpr int kInterleaveBranches = 1000;
+// Every how many branches of a run the user is told.
+constexpr uint64_t kInterleaveBranches = 1000;
+uint64_t g_expansions = 0;
 // What the memory of a machine holds of them.
 constexpr int kMostBranches = 200000;
 
@@ -157,9 +158,10 @@ void Interleave::CheckStateExplosion(const Agenda& agenda) {
 
 void Interleave::CountExpansion() {
   if (expansions_ == kMostBranches) cg::NotSupported(statement_);
-  if (++expansions_ % kInterleaveBranches == 0)
+  ++expansions_;
+  if (++g_expansions % kInterleaveBranches == 0)
     vexa_warning(GetVerbosity(CGCurrentModule()),
-                 "Interleave statement so far has created " + std::to_string(expansions_) + " branches",
+                 "Interleave statement so far has created " + std::to_string(g_expansions) + " branches",
                  statement_->position);
 }
 
