@@ -71,13 +71,8 @@ CSection& CSection::operator=(CSection&& other) noexcept {
 void CSection::addAnyhow(std::string_view text) {
   if (ended_)
     throw internal_exception("CSection", __LINE__, "add", "Add on ended CSection: " + std::string(text));
-  if (stream_ == nullptr && text_.size() + text.size() >= _limit) spill();
-  if (stream_ == nullptr) {
-    text_ += text;
-    return;
-  }
-  WriteText(stream_, text);
-  lines_ += CountLines(text);
+  spill();
+  text_ += text;
 }
 
 unsigned CSection::lineCount() const {
@@ -85,6 +80,13 @@ unsigned CSection::lineCount() const {
 }
 
 void CSection::spill() {
+  if (stream_ == nullptr) openSpillFile();
+  WriteText(stream_, text_);
+  lines_ += CountLines(text_);
+  text_.clear();
+}
+
+void CSection::openSpillFile() {
   const std::string name = MakeTemporaryFile(".", "ccg");
   if (name.empty())
     throw internal_exception("CSection", __LINE__, "add", "Could not create temporary file name");
@@ -92,10 +94,8 @@ void CSection::spill() {
   stream_ = std::fopen(name.c_str(), "w");
   if (stream_ == nullptr)
     throw internal_exception("CSection", __LINE__, "add", "Could not create/open array file");
-  std::setvbuf(stream_, nullptr, _IOFBF, kStreamBuffer);
-  WriteText(stream_, text_);
-  lines_ = CountLines(text_);
-  std::string().swap(text_);
+  // The section is the buffer.
+  std::setvbuf(stream_, nullptr, _IONBF, 0);
 }
 
 void CSection::close() {
@@ -106,6 +106,7 @@ void CSection::close() {
 void CSection::end() {
   ended_ = true;
   if (stream_ == nullptr) return;
+  spill();
   const bool written = std::ferror(stream_) == 0;
   const bool closed = std::fclose(stream_) == 0;
   stream_ = nullptr;

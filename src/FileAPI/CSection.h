@@ -21,7 +21,7 @@ class CSection {
 
   /// Throws internal_exception when the section is ended, or its spill file cannot be written.
   void add(std::string_view text) {
-    if (!ended_ && stream_ == nullptr && text_.size() + text.size() < _limit)
+    if (!ended_ && text_.size() + text.size() < _limit)
       text_.append(text);
     else
       addAnyhow(text);
@@ -46,13 +46,14 @@ class CSection {
 
   void addAnyhow(std::string_view text);
   void spill();
-  void write(std::string_view text);
+  void openSpillFile();
   void close();
   void copySpillFile(FILE* stream) const;
 
-  /// Of what has been spilled.
+  /// Of what is in the spill file.
   unsigned lines_ = 0;
   bool ended_ = false;
+  /// What is not in the spill file yet.
   std::string text_;
   FILE* stream_ = nullptr;
   TemporaryFile file_;

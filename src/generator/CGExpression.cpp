@@ -257,7 +257,7 @@ void StoreRTSLocation(T3Tree_Node* node, const std::string& text) {
 }
 }  // namespace cg
 
-std::string AllocationMode(vexa_allocation_mode_t mode) {
+const char* AllocationMode(vexa_allocation_mode_t mode) {
   switch (mode) {
     case vexa_temp_alloc:
       return LUMO_TEMP_ALLOC_C;

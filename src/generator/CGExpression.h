@@ -17,7 +17,7 @@ enum vexa_expression_mode_t { vexa_c_mode, vexa_rts_mode };
 enum vexa_allocation_mode_t { vexa_temp_alloc, vexa_perm_alloc, vexa_strategy_alloc };
 
 /// The argument of the run-time system's calls for it.
-std::string AllocationMode(vexa_allocation_mode_t mode);
+const char* AllocationMode(vexa_allocation_mode_t mode);
 
 /// Evaluates an expression; a node that already has the location that is wanted is not evaluated again.
 /// Throws internal_exception for what no value can be made of.

@@ -74,7 +74,7 @@ const Conversion* ConversionOf(T3Kind kind) {
 
 // Stores the call of a function whose result is a run-time value.
 void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode allocation) {
-  arguments.push_back(AllocationMode(allocation));
+  arguments.emplace_back(AllocationMode(allocation));
   arguments.emplace_back(VEXA_CONTEXT);
   StoreRTSLocation(node, Call(word, arguments));
 }

@@ -10,7 +10,7 @@ T3TemplateDef* DefinitionOf(T3TemplateDecl* decl);
 T3Tree_Node* TypeOfTemplate(T3TemplateDef* definition);
 bool IsSignatureTemplate(T3TemplateDef* definition);
 /// A text of the source, as far as the user wants to see it, as the text of a literal of C.
-std::string Description(T3TemplateDecl* decl);
+const std::string& Description(T3TemplateDecl* decl);
 /// Forgets where the expressions of a definition lie, so that another walk allocates them afresh.
 void ResetLocations(T3Tree_Node* definition);
 

@@ -52,9 +52,15 @@ std::string Origin(T3Tree_Node* decl) {
 // is that of the declaration.
 std::string QualifiedImport(T3Tree_Node* decl) {
   static auto& owners = *new std::map<std::string, T3Tree_Node*>;
-  const std::string name = Qualified(decl);
+  // an import has many names, which are asked for one after the other
+  static T3Tree_Node* last = nullptr;
+  static auto& name = *new std::string;
+  if (decl == last) return name;
+  last = decl;
+  name = Qualified(decl);
   T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-  return owners.try_emplace(name, origin).first->second == origin ? name : ModuleOf(decl) + "_" + Origin(decl);
+  if (owners.try_emplace(name, origin).first->second != origin) name = ModuleOf(decl) + "_" + Origin(decl);
+  return name;
 }
 
 bool IsImportOf(T3Tree_Node* decl) {
