@@ -68,12 +68,10 @@ bool TakeLogName(const std::string& value, T3AsnModuleOptions& options) {
 
 // The text behind "BEO=ASN2T3=", or the text itself.
 std::string Plain(const std::string& text) {
-  const std::string option = optionToUpper(text);
-  constexpr std::string_view mark = "BEO=";
-  if (option.compare(0, mark.size(), mark) != 0) return option;
-  const std::string inner = option.substr(mark.size());
-  constexpr std::string_view word = "ASN2T3=";
-  return inner.compare(0, word.size(), word) == 0 ? optionToUpper(inner.substr(word.size())) : inner;
+  constexpr std::string_view mark = "BEO=", word = "ASN2T3=";
+  if (optionToUpper(text).compare(0, mark.size(), mark) != 0) return text;
+  const std::string inner = text.substr(mark.size());
+  return inner.compare(0, word.size(), word) == 0 ? inner.substr(word.size()) : inner;
 }
 
 // "Type:option" holds for one type.
@@ -93,9 +91,10 @@ bool TakeTypeOption(T3AsnModuleOptions& options, const std::string& text, bool& 
   throw AsnExit{0};
 }
 
-bool Take(ModRec& module, const std::string& option, bool& known) {
+bool Take(ModRec& module, const std::string& text, bool& known) {
   T3AsnModuleOptions& options = OptionsOf(module);
-  if (TakeTypeOption(options, option, known)) return true;
+  if (TakeTypeOption(options, text, known)) return true;
+  const std::string option = optionToUpper(text);
   const size_t equals = option.find('=');
   const std::string name = option.substr(0, equals);
   const std::string value = equals == std::string::npos ? std::string() : option.substr(equals + 1);

@@ -6,6 +6,7 @@
 #include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
+#include "asn1/model/AsnRanges.h"
 
 namespace asn1 {
 namespace {
@@ -124,6 +125,11 @@ class Translate2 {
     text_.close();
   }
 
+  static bool IsOfFixedSize(const AsnType& type) {
+    const ConstrainedSet size = SizeSetOf(type);
+    return size.constrained && !size.extensible && !size.set.empty() && size.set.low() == size.set.high();
+  }
+
   void List(const AsnType& type, const HomeRef& home, int depth) {
     const std::string counter = "tn" + std::to_string(depth), v = Var(depth);
     const AsnType element = forTypeElem(type);
@@ -138,7 +144,8 @@ class Translate2 {
     text_.w(home.Member("n") + " * ");
     text_.w("sizeof(" + element_type + "));\n");
     text_.w("for (; " + counter + " < ");
-    text_.w("lumo_value_vector_size(" + v + ", context); ");
+    text_.w(IsOfFixedSize(type) ? std::to_string(SizeSetOf(type).set.low()) + "; "
+                                : "lumo_value_vector_size(" + v + ", context); ");
     text_.w("++ " + counter);
     text_.w(") ");
     text_.open();
