@@ -39,6 +39,10 @@ std::string Compilation::locate(const std::string& name) const {
     if (exists(path + ".asn")) return path + ".asn";
   }
   if (name.find('/') != std::string::npos && exists(name)) return name;
+  // A file without the usual ending.
+  for (const std::string& directory : directories)
+    if (exists(directory == "." ? name : joinPath(directory, name)))
+      return directory == "." ? name : joinPath(directory, name);
   // A prefix is not always the file's name: it may be cut, or lack some characters.
   std::vector<std::string> found;
   for (const std::string& directory : directories) {

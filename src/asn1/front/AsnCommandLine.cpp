@@ -122,11 +122,15 @@ class Reader {
 };
 }  // namespace
 
+void TellCutting(int length) {
+  std::printf("          Truncating it to %d characters.\n", length);
+  std::printf("          Check value of the PREFIXLEN option.\n");
+}
+
 std::string CutPrefix(const std::string& prefix, int length, const char* what) {
   if (prefix.size() <= static_cast<size_t>(length)) return prefix;
   std::printf("WARNING : %s '%s' longer than %d characters.\n", what, prefix.c_str(), length);
-  std::printf("          Truncating it to %d characters.\n", length);
-  std::printf("          Check value of the PREFIXLEN option.\n");
+  TellCutting(length);
   return prefix.substr(0, static_cast<size_t>(length));
 }
 

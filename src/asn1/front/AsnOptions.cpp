@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -10,23 +11,6 @@ namespace asn1 {
 namespace {
 constexpr long kMostInt32 = 0x7fffffff;
 constexpr size_t kLongestModuleName = 128;
-
-enum class Form { Number, Boolean, Text };
-struct OptionRow {
-  const char* name;
-  Form form;
-  long lowest, highest;
-  const char* words;
-};
-constexpr OptionRow kOptions[] = {
-#define OPTION_NUMBER(name, lowest, highest, words) {name, Form::Number, lowest, highest, words},
-#define OPTION_BOOLEAN(name) {name, Form::Boolean, 0, 1, ""},
-#define OPTION_TEXT(name) {name, Form::Text, 0, 0, ""},
-#include "asn1/front/OptionValues.def"
-#undef OPTION_NUMBER
-#undef OPTION_BOOLEAN
-#undef OPTION_TEXT
-};
 
 // The longer letters first: "CL" is no "C" for something that begins with "L".
 constexpr struct {
@@ -99,6 +83,84 @@ std::optional<long> WordIn(const std::string& value, const char* words) {
   return std::nullopt;
 }
 
+bool IsNameCharacter(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+}
+
+using Parts = std::vector<std::string>;
+
+bool IsBitVector(const std::string& value) {
+  return value.size() <= 8 && value.find_first_not_of("01") == std::string::npos;
+}
+
+// Up to three parts: nothing is made, all in one file, or a file for each.
+bool IsGeneration(const std::string& value) {
+  const Parts parts = Split(Upper(value), ':');
+  return parts.size() <= 3 && std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+           return part == "NONE" || part == "COMBINED" || part == "SEPARATE" ||
+                  NumberIn(part, 0, 2).has_value();
+         });
+}
+
+bool IsSize(const std::string& value) {
+  const std::string upper = Upper(value);
+  return upper == "0" || upper == "OPTIMIZE" || upper == "8" || upper == "16" || upper == "32" ||
+         upper == "64";
+}
+
+bool IsIntegerSize(const std::string& value) {
+  return IsSize(!value.empty() && (value[0] == 'U' || value[0] == 'u') ? value.substr(1) : value);
+}
+
+// "{mantissa,10,exponent}".
+bool IsRealLimit(const std::string& value) {
+  if (value.size() < 2 || value.front() != '{' || value.back() != '}') return false;
+  const Parts parts = Split(value.substr(1, value.size() - 2), ',');
+  return parts.size() == 3 && NumberIn(parts[0], 0, kMostInt32).has_value() && parts[1] == "10" &&
+         NumberIn(parts[2], 0, 32767).has_value();
+}
+
+bool IsBrowserPrefix(const std::string& value) {
+  return value.size() <= 32 && validFilePrefix(value);
+}
+
+// "H", "L" or "U", or the first with one of the others.
+bool IsConversion(const std::string& value) {
+  std::string_view rest = value;
+  if (!rest.empty() && (rest[0] == 'H' || rest[0] == 'h')) rest.remove_prefix(1);
+  return rest.empty() ||
+         (rest.size() == 1 && std::string_view("LlUu").find(rest[0]) != std::string_view::npos);
+}
+
+// Names of types, classes and sets of values or objects begin with a capital, all others do not.
+bool IsNameOf(NamingKind kind, const std::string& name) {
+  const auto first = static_cast<unsigned char>(name[0]);
+  const bool capital =
+      kind == kNamesTypes || kind == kNamesClasses || kind == kNamesValueSets || kind == kNamesObjectSets;
+  if (kind != kNamesFunctions && (capital ? !std::isupper(first) : !std::islower(first))) return false;
+  return std::all_of(name.begin(), name.end(), [](char c) { return c != '_' && IsNameCharacter(c); });
+}
+
+enum class Form { Number, Boolean, Text };
+struct OptionRow {
+  const char* name;
+  Form form;
+  long lowest, highest;
+  const char* words;
+  bool (*is_good)(const std::string& value) = nullptr;  // of a text
+};
+constexpr OptionRow kOptions[] = {
+#define OPTION_NUMBER(name, lowest, highest, words) {name, Form::Number, lowest, highest, words},
+#define OPTION_BOOLEAN(name) {name, Form::Boolean, 0, 1, ""},
+#define OPTION_TEXT(name) {name, Form::Text, 0, 0, ""},
+#define OPTION_FORM(name, form) {name, Form::Text, 0, 0, "", form},
+#include "asn1/front/OptionValues.def"
+#undef OPTION_NUMBER
+#undef OPTION_BOOLEAN
+#undef OPTION_TEXT
+#undef OPTION_FORM
+};
+
 std::optional<long> ValueOf(const OptionRow& row, const std::string& value) {
   const std::string upper = Upper(value);
   if (row.form == Form::Number) {
@@ -108,10 +170,6 @@ std::optional<long> ValueOf(const OptionRow& row, const std::string& value) {
   if (upper == "1" || upper == "YES" || upper == "TRUE") return 1;
   if (upper == "0" || upper == "NO" || upper == "FALSE") return 0;
   return std::nullopt;
-}
-
-bool IsNameCharacter(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
 }
 
 // Lines that source control systems leave in option files.
@@ -165,8 +223,10 @@ bool AsnOptions::TakeNaming(const std::string& name, const std::string& value) {
       const size_t colon = value.find(':');
       const std::string of = colon == std::string::npos ? std::string() : value.substr(0, colon);
       const std::string text = colon == std::string::npos ? value : value.substr(colon + 1);
-      if (!std::all_of(text.begin(), text.end(), IsNameCharacter)) return false;
-      if (!std::all_of(of.begin(), of.end(), IsNameCharacter)) return false;
+      const bool good = naming.field == &FixRec::conversion
+                            ? IsConversion(text)
+                            : std::all_of(text.begin(), text.end(), IsNameCharacter);
+      if (!good || (!of.empty() && !IsNameOf(kind.kind, of))) return false;
       FixRec& fix = fixes_[{kind.kind, of}];
       fix.*naming.field = text;
       return true;
@@ -176,28 +236,43 @@ bool AsnOptions::TakeNaming(const std::string& name, const std::string& value) {
 }
 
 bool AsnOptions::TakeEntry(const std::string& value) {
-  const std::string::size_type colon = value.rfind(':');
+  const auto is_number = [](const std::string& text) {
+    const std::string upper = Upper(text);
+    return upper == "SDU" || upper == "PDU" || text.find_first_not_of("01234567") == std::string::npos;
+  };
   // The number, or the word for a unit of data, may stand before the name or behind it.
+  const size_t colon = value.find(':');
   std::string name = value;
   if (colon != std::string::npos) {
     const std::string left = value.substr(0, colon), right = value.substr(colon + 1);
-    const std::string upper = Upper(right);
-    name = upper == "SDU" || upper == "PDU" ? left : right;
+    if (!is_number(left) && !is_number(right)) return false;
+    // A type may have such a word for its name.
+    name = is_number(right) ? left : right;
   }
-  if (name.empty() || !std::isupper(static_cast<unsigned char>(name[0]))) return false;
+  if (name.empty() || !IsNameOf(kNamesTypes, name)) return false;
   entries_.insert(name);
   return true;
 }
 
+std::string AsnOptions::Cut(const std::string& prefix, const char* what) const {
+  if (prefix.size() <= prefix_length_) return prefix;
+  std::printf("WARNING : A %s '%s' is longer than %d characters.\n", what, prefix.c_str(),
+              static_cast<int>(prefix_length_));
+  TellCutting(static_cast<int>(prefix_length_));
+  return prefix.substr(0, prefix_length_);
+}
+
 bool AsnOptions::TakePrefix(const std::string& value) {
-  const std::vector<std::string> parts = Split(value, ':');
-  if (parts.empty() || parts.size() > 3 || parts[0].empty()) return false;
-  if (!std::isalpha(static_cast<unsigned char>(parts[0][0]))) return false;
+  const Parts parts = Split(value, ':');
+  if (parts.size() > 3 || parts[0].empty() || !std::isalpha(static_cast<unsigned char>(parts[0][0])))
+    return false;
+  if (parts[0].find('_') != std::string::npos) return false;
   for (const std::string& part : parts)
     if (!std::all_of(part.begin(), part.end(), IsNameCharacter)) return false;
-  const std::string name = convertHyphens(parts[0].substr(0, kLongestModuleName));
-  const std::string file = parts.size() > 1 && !parts[1].empty() ? parts[1] : parts[0];
-  prefixes_[name] = {file, parts.size() > 2 && !parts[2].empty() ? parts[2] : file};
+  const std::string reference = parts[0].substr(0, kLongestModuleName);
+  const std::string file = Cut(parts.size() > 1 && !parts[1].empty() ? parts[1] : reference, "file prefix");
+  const bool own = parts.size() > 2 && !parts[2].empty();
+  prefixes_[convertHyphens(reference)] = {file, own ? Cut(parts[2], "generation prefix") : file};
   return true;
 }
 
@@ -222,7 +297,7 @@ bool AsnOptions::TakeOption(const std::string& text) {
     return name == "ALLOW" || name == "ANALYZE" || name == "STRICTSTANDARD" || isRCSKeyWord(text) ||
            text.compare(0, 2, "//") == 0;
   const std::string value = option.substr(equals + 1);
-  if (name == "PREFIX") return TakePrefix(value);
+  if (name == "PREFIX") return true;  // taken before all others
   if (name == "ENTRY") return TakeEntry(value);
   if (name == "C-GENERATION") return TakeFeatures(value);
   if (name == "INFO") {
@@ -233,10 +308,12 @@ bool AsnOptions::TakeOption(const std::string& text) {
   for (const OptionRow& row : kOptions) {
     if (name != row.name) continue;
     if (row.form == Form::Text) {
+      if (row.is_good != nullptr && !row.is_good(value)) return false;
       values_[name] = value;
       return true;
     }
     const auto number = ValueOf(row, value);
+    if (name == "TABF" && number.has_value() && *number > Number("TAB", 1)) return false;
     if (number.has_value()) numbers_[name] = static_cast<int>(*number);
     return number.has_value();
   }
@@ -245,6 +322,10 @@ bool AsnOptions::TakeOption(const std::string& text) {
 
 void AsnOptions::Apply(const std::vector<std::string>& names,
                        const std::function<bool(const std::string&)>& unknown) {
+  for (const std::string& text : texts_) {
+    const std::string option = optionToUpper(text);
+    if (option.compare(0, 7, "PREFIX=") == 0 && !TakePrefix(option.substr(7))) unknown(text);
+  }
   bool in_scope = true;
   for (const std::string& text : texts_) {
     const std::string option = optionToUpper(text);

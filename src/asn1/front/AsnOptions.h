@@ -38,6 +38,8 @@ class AsnOptions {
  public:
   /// Keeps an option's text, without its "-", for Apply.
   void Record(std::string text) { texts_.push_back(std::move(text)); }
+  /// The length to which the prefixes of "PREFIX=" are cut.
+  void set_prefix_length(int length) { prefix_length_ = static_cast<size_t>(length); }
   /// Evaluates the recorded options in their order. `names` are the file prefixes by which a scope can mean
   /// the module. An option that is none, or whose value is faulty, goes to `unknown`.
   void Apply(const std::vector<std::string>& names, const std::function<bool(const std::string&)>& unknown);
@@ -54,12 +56,14 @@ class AsnOptions {
   const std::map<std::string, PrefixRec>& prefixes() const { return prefixes_; }
 
  private:
+  std::string Cut(const std::string& prefix, const char* what) const;
   bool TakeOption(const std::string& text);
   bool TakeNaming(const std::string& name, const std::string& value);
   bool TakeEntry(const std::string& value);
   bool TakePrefix(const std::string& value);
   bool TakeFeatures(const std::string& value);
 
+  size_t prefix_length_ = 32;
   std::vector<std::string> texts_;
   std::map<std::string, int> numbers_;
   std::map<std::string, std::string> values_;
@@ -89,6 +93,8 @@ AsnCommandLine parseCmdLineParams(const std::vector<std::string>& words);
 std::string optionToUpper(std::string_view option);
 /// Cuts a file prefix to `length` characters, with a warning that calls it `what`.
 std::string CutPrefix(const std::string& prefix, int length, const char* what);
+/// The lines behind a warning that something is cut to `length` characters.
+void TellCutting(int length);
 /// Letters, digits, "-" and "_", at least one.
 bool validFilePrefix(std::string_view prefix);
 std::string convertHyphens(std::string text);

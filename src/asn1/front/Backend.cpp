@@ -36,6 +36,7 @@ void Tell(const char* text) {
 }
 
 void Evaluate(ModRec& module, const BackendOption& take) {
+  module.options.set_prefix_length(command_line.prefix_length);
   for (const std::string& option : command_line.options) module.options.Record(option);
   module.options.Apply({module.file_prefix, module.generation_prefix}, [&](const std::string& text) {
     if (take(module, text)) return true;

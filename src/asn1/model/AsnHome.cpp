@@ -163,11 +163,7 @@ int ControlWords(const AsnType& type) {
   const MainType main_type = getTypeMainType(type);
   if (main_type != TYP_SEQ && main_type != TYP_SET) return 0;
   const std::vector<AsnType> all = TypeComps(type);
-<<<<<<< ours
   // An addition is missing where an earlier version of the type was sent.
-=======
-  // An older sender leaves out any extension addition.
->>>>>>> theirs
   const bool has = main_type == TYP_SET || std::any_of(all.begin(), all.end(), [](const AsnType& component) {
                      return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
                    });

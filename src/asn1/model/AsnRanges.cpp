@@ -1,6 +1,7 @@
 #include "asn1/model/AsnRanges.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <set>
 
 #include "asn1/front/AsnFault.h"
@@ -36,6 +37,13 @@ Evaluated EvaluateSize(const AsnType& type, const AsnConstraint& constraint, int
   return inner;
 }
 
+// Once for each constraint, however often it is asked.
+void WarnOfEmptySet(const AsnConstraint& constraint) {
+  uint8_t& told = constraint.module->constraints[static_cast<size_t>(constraint.number) - 1].spare;
+  if (told == 0) std::printf("** BET Warning: An empty flat integer value set.\n");
+  told = 1;
+}
+
 Evaluated Combine(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth) {
   const ConstraintKind kind = getConstraintKind(constraint);
   const Evaluated first = Evaluate(type, FirstOperand(constraint), measure, depth);
@@ -45,6 +53,7 @@ Evaluated Combine(const AsnType& type, const AsnConstraint& constraint, Measure 
   if (kind == kIntersection) {
     result.known = first.known || second.known;
     result.set = !second.known ? first.set : !first.known ? second.set : first.set.Intersect(second.set);
+    if (result.known && result.set.empty()) WarnOfEmptySet(constraint);
     return result;
   }
   if (kind == kExcept) {

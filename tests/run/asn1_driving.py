@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""How the compiler drives the ASN.1 tools: build avoidance, several files, tools that fail or are missing, names of
+files, and the selection of codecs, of which each one's C must compile.
+
+    asn1_driving.py --orvane PROGRAM [TEST...]
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+ORVANE = Path()
+TIMEOUT_SECONDS = 120
+LIBRARY = "Lib-Mod DEFINITIONS AUTOMATIC TAGS ::= BEGIN Colour ::= ENUMERATED { red, green } END\n"
+MAIN = """Main-Mod DEFINITIONS AUTOMATIC TAGS ::= BEGIN IMPORTS Colour FROM Lib-Mod;
+Added ::= SEQUENCE { a INTEGER, ..., b BOOLEAN, [[ c IA5String, d Colour ]] }
+Node ::= SEQUENCE { value INTEGER (0..255), left Node OPTIONAL, list SEQUENCE OF Node }
+Pick ::= CHOICE { node Node, colour Colour, nothing NULL }
+END
+"""
+UP_TO_DATE = "All MESK syntax files are up-to-date - skipping MESK invocation."
+
+
+class DrivingTest(unittest.TestCase):
+    def setUp(self):
+        self.holder = tempfile.TemporaryDirectory()
+        self.folder = Path(self.holder.name)
+        self.path = os.environ["PATH"]
+        self.write("lib.asn", LIBRARY)
+        self.write("main.asn", MAIN)
+
+    def tearDown(self):
+        self.holder.cleanup()
+
+    def write(self, name, text, mode=0o644):
+        path = self.folder / name
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(text)
+        path.chmod(mode)
+        return path
+
+    def orvane(self, *arguments, program=None):
+        """Status and the text of both channels."""
+        done = subprocess.run([str(program or ORVANE), *map(str, arguments)], cwd=self.folder, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=TIMEOUT_SECONDS, env={**os.environ, "PATH": self.path})
+        self.assertGreaterEqual(done.returncode, 0, done.stderr)
+        return done.returncode, done.stdout, done.stderr
+
+    def compile_c(self):
+        sources = sorted(self.folder.rglob("*.c"))
+        self.assertTrue(sources)
+        for source in sources:
+            done = subprocess.run(["gcc", "-std=c11", "-Wall", "-Werror", "-Wno-unused", "-fsyntax-only",
+                                   f"-I{ORVANE.parent.parent / 'include'}", f"-I{source.parent}", str(source)],
+                                  cwd=self.folder, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+            self.assertEqual((done.returncode, done.stdout), (0, ""), source.name)
+
+    def no_option_files(self):
+        self.assertEqual([path.name for path in self.folder.rglob("VEXA-ASN-1*")], [])
+
+    def test_two_files(self):
+        status, out, err = self.orvane("-v", "3", "-F", "-A", "main.asn", "lib.asn")
+        self.assertEqual((status, err), (0, ""), out)
+        self.assertEqual(out.count("Invoking ASN.1 compiler"), 1)
+        self.compile_c()
+        self.no_option_files()
+
+    def test_build_avoidance(self):
+        arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")
+        old = time.time() - 10
+        for name in ("main.asn", "lib.asn"):
+            os.utime(self.folder / name, (old, old))
+        status, out, err = self.orvane(*arguments)
+        self.assertEqual((status, err), (0, ""), out)
+        self.assertNotIn(UP_TO_DATE, out)
+        for _ in range(2):
+            status, out, err = self.orvane(*arguments)
+            self.assertEqual((status, err), (0, ""), out)
+            self.assertEqual(out.count(UP_TO_DATE), 1, out)
+            self.assertNotIn("Invoking ASN.1 compiler", out)
+        self.compile_c()
+        # A source that was touched, and a run that does not avoid anything.
+        os.utime(self.folder / "lib.asn")
+        self.assertIn("Invoking ASN.1 compiler", self.orvane(*arguments)[1])
+        os.utime(self.folder / "lib.asn", (old, old))
+        self.assertIn("Invoking ASN.1 compiler", self.orvane(*[word for word in arguments if word != "-B"])[1])
+        self.no_option_files()
+
+    def test_name_without_its_ending(self):
+        # The syntax file of such a name is looked for under the name without its last four characters.
+        self.write("library1", LIBRARY)
+        status, out, err = self.orvane("-F", "-A", "library1")
+        self.assertEqual(status, 2, out)
+        self.assertIn("FATAL ERROR : Syntax tree not found\n              libr\n", err)
+        self.write("library1.txt", LIBRARY)
+        status, out, err = self.orvane("-F", "-A", "library1.asn")
+        self.assertNotEqual(status, 0, out)
+        self.no_option_files()
+
+    def installation_without(self, *missing):
+        """The compiler with the tools beside it, but for some."""
+        folder = self.folder / "other" / "bin"
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        for tool in ("orvane", "mkprefil", "mesk", "asn2c", "asn2per"):
+            if tool not in missing:
+                shutil.copy(ORVANE.parent / tool, folder / tool)
+        self.path = "/usr/bin:/bin"
+        return folder / "orvane"
+
+    def test_missing_tools(self):
+        program = self.installation_without("mesk")
+        status, out, err = self.orvane("-F", "-A", "lib.asn", program=program)
+        self.assertEqual(status, 250, out)
+        self.assertIn("VEXA-ASN-1: failed to find mesk in path\n", err)
+        self.assertIn("Failed invoking external components", err)
+        self.no_option_files()
+
+    def test_missing_mkprefil(self):
+        program = self.installation_without("mkprefil")
+        status, out, err = self.orvane("-F", "-A", "lib.asn", program=program)
+        self.assertEqual(status, 1, out)
+        self.assertIn("ASN.1 compilation failed", err)
+        self.no_option_files()
+
+    def failing(self, tool):
+        program = self.installation_without(tool)
+        self.write(f"other/bin/{tool}", "#!/bin/sh\necho told to out\necho told to error >&2\nexit 3\n", 0o755)
+        return self.orvane("-F", "-A", "lib.asn", program=program)
+
+    def test_failing_mesk(self):
+        status, out, err = self.failing("mesk")
+        self.assertEqual(status, 250)
+        self.assertIn("told to out\ntold to error\n", out)
+        self.assertIn("Errors found in ASN.1 compilation", err)
+        self.assertNotIn("told", err)
+        self.no_option_files()
+
+    def test_failing_generators(self):
+        for tool in ("asn2c", "asn2per"):
+            status, _, err = self.failing(tool)
+            self.assertEqual(status, 246, tool)
+            self.assertIn("ASN.1 compilation failed", err)
+        self.no_option_files()
+
+    def test_selection_of_codecs(self):
+        names = ["all", "none", "no-translation", "BER:1997", "BER:1997-length-form-3", "PER-BASIC-UNALIGNED:1997",
+                 "PER-BASIC-ALIGNED:1997"]
+        for selection in [[name] for name in names] + [["BER:1997", "PER-BASIC-ALIGNED:1997"]]:
+            with self.subTest(selection):
+                for path in [*self.folder.glob("*.c"), *self.folder.glob("*.h"), *self.folder.glob("*.ext")]:
+                    path.unlink()
+                words = [word for name in selection for word in ("-C", name)]
+                status, out, err = self.orvane(*words, "-F", "-A", "main.asn", "lib.asn")
+                self.assertEqual((status, err), (0, ""), out)
+                self.compile_c()
+                has_per = (self.folder / "mainpec.c").exists() or any(self.folder.glob("*pec.c"))
+                self.assertEqual(has_per, any(name == "all" or name.startswith("PER") for name in selection))
+                headers = "".join(path.read_text() for path in self.folder.glob("*.h") if "t3asn" not in path.name)
+                self.assertEqual("t3asn.h" in headers, selection != ["no-translation"])
+
+
+def main():
+    global ORVANE
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--orvane", type=Path, required=True)
+    parser.add_argument("tests", nargs="*")
+    arguments = parser.parse_args()
+    ORVANE = arguments.orvane.resolve()
+    unittest.main(argv=[sys.argv[0], *arguments.tests], verbosity=1)
+
+
+if __name__ == "__main__":
+    main()
