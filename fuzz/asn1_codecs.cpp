@@ -1,5 +1,5 @@
-// Any octets are an encoding of some type by some rule, or are refused. The first two octets choose the type and
-// the rule. What was decoded must have an encoding of the same value.
+// Any octets are an encoding of some type by some rule, or are refused. The first two octets choose the type
+// and the rule. What was decoded must have an encoding of the same value.
 #include <cstdio>
 #include <cstdlib>
 

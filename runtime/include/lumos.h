@@ -233,7 +233,7 @@ extern lumo_type_info_struct_t lumo_illegal_type_info_struct, lumo_undefined_typ
     lumo_default_type_info_struct, lumo_timer_type_info_struct, lumo_binary_string_type_info_struct,
     lumo_template_as_field_type_info_struct;
 extern const lumo_type_t t3asn_asn_1_null_type;
-#define t3asn_STATIC_asn_1_null_type (lumo_type_t)&t3asn_asn_1_null_type_struct
+#define t3asn_STATIC_asn_1_null_type (lumo_type_t) & t3asn_asn_1_null_type_struct
 
 #define lumo_STATIC_undefined_type (&lumo_undefined_type_struct)
 #define lumo_STATIC_integer_type (&lumo_integer_type_struct)
@@ -562,12 +562,12 @@ void* lumo_value_get_external_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_special_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_external_value(lumo_value_t value, lumo_context_t context);
 void t3asn_lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_context_t context);
-/* The first encode attribute that an import of the module's types carries, with its quotes as written; NULL where no
-   module of the suite has such an import. */
+/* The first encode attribute that an import of the module's types carries, with its quotes as written; NULL
+   where no module of the suite has such an import. */
 const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t context);
 const char* t3asn_lumo_import_variant(const char* module, lumo_context_t context);
-/* The encoding of an open type's value, by the codecs of its type or else of its chosen alternative. The octets are the
-   caller's, who frees them; NULL where there is no encoder or it fails. */
+/* The encoding of an open type's value, by the codecs of its type or else of its chosen alternative. The
+   octets are the caller's, who frees them; NULL where there is no encoder or it fails. */
 lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
                                         lumo_context_t context);
 unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t context);

@@ -152,8 +152,8 @@ Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken) {
 using namespace lumos;
 
 namespace {
-// What a codec is found for: the value of the open type where its type has one, else the chosen alternative; null
-// where that has none either.
+// What a codec is found for: the value of the open type where its type has one, else the chosen alternative;
+// null where that has none either.
 template <class Codec>
 Value with_codec(Value v, Codec lumo_type_struct_t::*member) {
   if (find_codec(v->type, member)) return v;

@@ -170,8 +170,8 @@ void lumo_codecs_register(void (*init)(lumo_context_t), void (*setup)(lumo_type_
 }
 
 namespace {
-// The first attribute of a kind that stands for a whole type, among the rows in which other modules name a module's
-// types.
+// The first attribute of a kind that stands for a whole type, among the rows in which other modules name a
+// module's types.
 const char* import_attribute(const char* module, lumo_encoding_attr_struct_t* lumo_type_struct_t::*kind) {
   for (auto& m : registered())
     for (unsigned long i = 0; i < m->module.row_count; ++i) {

@@ -140,7 +140,8 @@ bool ComesFromAsn1(T3Tree_Node* type) {
 }
 
 std::string ExplNameForElement(tIdent decl, T3Tree_Node* element) {
-  return element->is<T3SubType>() && !ComesFromAsn1(element) ? ExplNameForNestedSubType(decl) : ExplNameForAggType(decl);
+  return element->is<T3SubType>() && !ComesFromAsn1(element) ? ExplNameForNestedSubType(decl)
+                                                             : ExplNameForAggType(decl);
 }
 
 void InlinedTypes::ExplTypeParts(const Work& work) {

@@ -144,8 +144,8 @@ bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
 
 void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
-/// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each module has
-/// a list of its own.
+/// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each
+/// module has a list of its own.
 int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl);
 /// The parameter of a signature that an item at this position of a list means; the end of the parameters
 /// where there is none.

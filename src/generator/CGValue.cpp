@@ -215,37 +215,38 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
 }
 
 namespace {
-// The record has values only: the element learns from what it gets first that it holds a template.
-void CGComponentTemplate(T3VarDecl* decl, const std::string& location, const std::string& index,
-                         CFunction& function) {
-  const CGStatementScope scope(function);
-  if (HasValue(decl)) Mark(decl, T3KindName(decl), function);
-  const std::string made = cg::Temporary(LUMO_VALUE_T, function);
-  InstantiateTemplateVariable(made, decl, function);
-  function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT,
+// A variable that holds templates: its field is made one that may, and gets its first template.
+void ComponentTemplate(T3VarDecl* decl, const std::string& location, const std::string& index,
+                       CFunction& function) {
+  const std::string made =
+      cg::Call(LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
+               {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
+                std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
+  function.call(LUMO_VALUE_INIT_VECTOR_ELEMENT,
                 {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, made, VEXA_CONTEXT});
-  Register(location, true, function);
-  if (!HasValue(decl)) return;
-  const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
-  function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
+  if (HasValue(decl))
+    function.call(LUMO_VALUE_ASSIGN,
+                  {location, CGTemplateExpression(decl->value, vexa_template_plain, function), VEXA_CONTEXT});
 }
 }  // namespace
 
 void CGComponentValue(T3Tree_Node* node, unsigned place, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
+  auto* variable = node->try_as<T3VarDecl>();
   const std::string index = std::to_string(place);
   const std::string location =
       cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, VEXA_CONTEXT});
   SetRTSLocation(decl, location);
-  if (node->is<T3VarDecl>() && node->as<T3VarDecl>()->is_template_variable)
-    return CGComponentTemplate(node->as<T3VarDecl>(), location, index, function);
   const bool is_timer = IsTimerDeclaration(decl);
+  const bool holds_template = variable != nullptr && variable->is_template_variable;
   const CGStatementScope scope(function);
   if (is_timer && HasOneDuration(decl)) cg::InC(decl->value, function);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
+  if (holds_template) ComponentTemplate(variable, location, index, function);
   Register(location, true, function);
+  if (holds_template) return;
   if (is_timer)
-    SetDurations(location, decl->as<T3VarDecl>(), function);
+    SetDurations(location, variable, function);
   else if (HasValue(decl))
     CGAssign(location, decl->value, decl->is<T3VarDecl>(), function);
 }

@@ -30,33 +30,108 @@ std::string Refused(const std::string& text) {
 }
 
 TEST(AsnOptions, FormsThatAreTaken) {
-  for (const char* text :
-       {"verbose=2", "TYP=yes", "TYP=1", "REAL=0", "REAL=128", "STANDARD-VERSION=1990", "STANDARD-VERSION=1994",
-        "DEFINITION-CATEGORY=other", "DEFINITION-CATEGORY=255", "XREF=True", "XREF=0", "NAMELEN=8", "NAMELEN=128",
-        "DEFINITELEN=no", "DEFINITELEN=definite-definitecomps", "DEFINITELEN=3", "EXTENSIONS=save", "SPLIT=2147483647",
-        "COD=1", "COD=none:combined:2", "INT=U32", "INT=optimize", "N=16", "CHOICE=0", "REALLIM={1,10,32767}",
-        "ENCF=01010101", "ALTMAX=8", "C-GENERATION=REAL,EXTERNAL-N", "ALLOW", "// comment", "BEO=// 7", "INFO=any thing",
-        "ENTRY=Type", "ENTRY=17:Type", "ENTRY=sdu:Type", "ENTRY=Type:PDU", "TPREF=A-b_c", "CLCONV=Type:HL", "VNAME=v:x",
-        "FSUFF=_f", "PREFIX=Mod-1:a_b:c-d", "PREFIX=M", "$Id: x $", "ADE-PREFIX=browser", "DECIMALS=127"})
+  for (const char* text : {"verbose=2",
+                           "TYP=yes",
+                           "TYP=1",
+                           "REAL=0",
+                           "REAL=128",
+                           "STANDARD-VERSION=1990",
+                           "STANDARD-VERSION=1994",
+                           "DEFINITION-CATEGORY=other",
+                           "DEFINITION-CATEGORY=255",
+                           "XREF=True",
+                           "XREF=0",
+                           "NAMELEN=8",
+                           "NAMELEN=128",
+                           "DEFINITELEN=no",
+                           "DEFINITELEN=definite-definitecomps",
+                           "DEFINITELEN=3",
+                           "EXTENSIONS=save",
+                           "SPLIT=2147483647",
+                           "COD=1",
+                           "COD=none:combined:2",
+                           "INT=U32",
+                           "INT=optimize",
+                           "N=16",
+                           "CHOICE=0",
+                           "REALLIM={1,10,32767}",
+                           "ENCF=01010101",
+                           "ALTMAX=8",
+                           "C-GENERATION=REAL,EXTERNAL-N",
+                           "ALLOW",
+                           "// comment",
+                           "BEO=// 7",
+                           "INFO=any thing",
+                           "ENTRY=Type",
+                           "ENTRY=17:Type",
+                           "ENTRY=sdu:Type",
+                           "ENTRY=Type:PDU",
+                           "TPREF=A-b_c",
+                           "CLCONV=Type:HL",
+                           "VNAME=v:x",
+                           "FSUFF=_f",
+                           "PREFIX=Mod-1:a_b:c-d",
+                           "PREFIX=M",
+                           "$Id: x $",
+                           "ADE-PREFIX=browser",
+                           "DECIMALS=127"})
     EXPECT_EQ(Refused(text), "") << text;
 }
 
 TEST(AsnOptions, FormsThatAreRefused) {
-  for (const char* text :
-       {"TYP=2", "TYP=", "TYP", "TYP=01", "REAL=33", "STANDARD-VERSION=1992", "DEFINITION-CATEGORY=4",
-        "DEFINITION-CATEGORY=254", "XREF=2", "NAMELEN=7", "NAMELEN=129", "NAMELEN=x", "SPLIT=2147483648", "SPLIT=-1",
-        "COD=3", "COD=1:1:1:1", "INT=V32", "INT=33", "N=U16", "REALLIM={1,2,3}", "REALLIM={1,10,32768}", "REALLIM=1",
-        "ENCF=2", "ENCF=010101010", "ALTMAX=9", "C-GENERATION=REAL,NONE", "ENTRY=type", "ENTRY=18:Type", "ENTRY=A:B",
-        "ENTRY=", "TPREF=a b", "TPREF=type:x", "VNAME=V:x", "TCONV=LU", "TCONV=X", "TNAME=Ty_pe:x", "PREFIX=1:a:b",
-        "PREFIX=a:b:c:d", "PREFIX=:a", "PREFIX=a b", "UNKNOWN=1", "UNKNOWN", "DECIMALS=128", "XPREF=a"})
+  for (const char* text : {"TYP=2",
+                           "TYP=",
+                           "TYP",
+                           "TYP=01",
+                           "REAL=33",
+                           "STANDARD-VERSION=1992",
+                           "DEFINITION-CATEGORY=4",
+                           "DEFINITION-CATEGORY=254",
+                           "XREF=2",
+                           "NAMELEN=7",
+                           "NAMELEN=129",
+                           "NAMELEN=x",
+                           "SPLIT=2147483648",
+                           "SPLIT=-1",
+                           "COD=3",
+                           "COD=1:1:1:1",
+                           "INT=V32",
+                           "INT=33",
+                           "N=U16",
+                           "REALLIM={1,2,3}",
+                           "REALLIM={1,10,32768}",
+                           "REALLIM=1",
+                           "ENCF=2",
+                           "ENCF=010101010",
+                           "ALTMAX=9",
+                           "C-GENERATION=REAL,NONE",
+                           "ENTRY=type",
+                           "ENTRY=18:Type",
+                           "ENTRY=A:B",
+                           "ENTRY=",
+                           "TPREF=a b",
+                           "TPREF=type:x",
+                           "VNAME=V:x",
+                           "TCONV=LU",
+                           "TCONV=X",
+                           "TNAME=Ty_pe:x",
+                           "PREFIX=1:a:b",
+                           "PREFIX=a:b:c:d",
+                           "PREFIX=:a",
+                           "PREFIX=a b",
+                           "UNKNOWN=1",
+                           "UNKNOWN",
+                           "DECIMALS=128",
+                           "XPREF=a"})
     EXPECT_EQ(Refused(text), std::string(text) + ";") << text;
 }
 
 TEST(AsnOptions, Values) {
   AsnOptions options;
-  EXPECT_EQ(Refused(options, {"definitelen=indefinite", "real=64", "C=Out Dir", "c-generation=real,commontime",
-                              "C-GENERATION=DATETIMEZ", "entry=7:Some-Type", "ENTRY=Pdu:sdu"}),
-            "");
+  EXPECT_EQ(
+      Refused(options, {"definitelen=indefinite", "real=64", "C=Out Dir", "c-generation=real,commontime",
+                        "C-GENERATION=DATETIMEZ", "entry=7:Some-Type", "ENTRY=Pdu:sdu"}),
+      "");
   EXPECT_EQ(options.Number("DEFINITELEN", 9), 0);
   EXPECT_EQ(options.Number("REAL", 9), 64);
   EXPECT_EQ(options.Number("NAMELEN", 9), 9);
@@ -78,9 +153,10 @@ TEST(AsnOptions, NamesForOneThingAndForAll) {
 
 TEST(AsnOptions, Scopes) {
   AsnOptions options;
-  EXPECT_EQ(Refused(options, {"BEGIN-SCOPE=other", "TPREF=A", "PREFIX=M:f:g", "END-SCOPE", "begin-scope=x:file:y",
-                              "VPREF=B", "END-SCOPE", "OPREF=C", "BEGIN-SCOPE=other", "WRONG=1"}),
-            "");
+  EXPECT_EQ(
+      Refused(options, {"BEGIN-SCOPE=other", "TPREF=A", "PREFIX=M:f:g", "END-SCOPE", "begin-scope=x:file:y",
+                        "VPREF=B", "END-SCOPE", "OPREF=C", "BEGIN-SCOPE=other", "WRONG=1"}),
+      "");
   EXPECT_EQ(options.getFixRec(kNamesTypes, "T").prefix, "");
   EXPECT_EQ(options.getFixRec(kNamesValues, "v").prefix, "B");
   EXPECT_EQ(options.getFixRec(kNamesObjects, "o").prefix, "C");
@@ -145,7 +221,8 @@ using AsnCommandLines = Folder;
 
 TEST_F(AsnCommandLines, Words) {
   AsnCommandLine line;
-  EXPECT_EQ(Output({"-s=out", "-A=", "-PREFIXLEN=32", "Some-Prefix.stx", "-PREFIXLEN=3", "b_2", "-TYP=1", "-version"},
+  EXPECT_EQ(Output({"-s=out", "-A=", "-PREFIXLEN=32", "Some-Prefix.stx", "-PREFIXLEN=3", "b_2", "-TYP=1",
+                    "-version"},
                    line),
             "\nWARNING : Argument ignored: PREFIXLEN=3\n");
   EXPECT_EQ(line.syntax_directory, "out/");
@@ -167,13 +244,15 @@ TEST_F(AsnCommandLines, PrefixesAreCutAndChecked) {
 }
 
 TEST_F(AsnCommandLines, OptionFiles) {
-  const std::string file = Write("o.txt",
-                                 "# a\n// b\n(* c\n-- d\n$e$\n\n  -TYP=1  \nfixed\n-BEGIN-SCOPE=a\n-BEGIN-SCOPE=b\n"
-                                 "-END-SCOPE\n-END-SCOPE\n-PREFIXLEN=9\n-BEGIN-SCOPE=c\n-end-of-options\n-DEF=1\n");
+  const std::string file =
+      Write("o.txt",
+            "# a\n// b\n(* c\n-- d\n$e$\n\n  -TYP=1  \nfixed\n-BEGIN-SCOPE=a\n-BEGIN-SCOPE=b\n"
+            "-END-SCOPE\n-END-SCOPE\n-PREFIXLEN=9\n-BEGIN-SCOPE=c\n-end-of-options\n-DEF=1\n");
   AsnCommandLine line;
   EXPECT_EQ(Output({"+" + file}, line),
-            "\nWARNING : Unexpected -BEGIN-SCOPE: option file " + file + "\n\nWARNING : Unexpected -END-SCOPE: option file " +
-                file + "\n\nWARNING : Argument ignored: PREFIXLEN=9\n          In option file  : " + file +
+            "\nWARNING : Unexpected -BEGIN-SCOPE: option file " + file +
+                "\n\nWARNING : Unexpected -END-SCOPE: option file " + file +
+                "\n\nWARNING : Argument ignored: PREFIXLEN=9\n          In option file  : " + file +
                 "\n\nWARNING : -END-SCOPE expected: option file " + file + "\n");
   EXPECT_EQ(line.file_prefixes, std::vector<std::string>{"fixed"});
   EXPECT_EQ(line.options.front(), "TYP=1");
@@ -181,8 +260,9 @@ TEST_F(AsnCommandLines, OptionFiles) {
 }
 
 TEST_F(AsnCommandLines, OptionFilesThatAreMissing) {
-  EXPECT_EQ(Ending([] { parseCmdLineParams({"+"}); }),
-            "2\nFATAL ERROR : Can not open file for reading\n              (No option file name specified)\n\n");
+  EXPECT_EQ(
+      Ending([] { parseCmdLineParams({"+"}); }),
+      "2\nFATAL ERROR : Can not open file for reading\n              (No option file name specified)\n\n");
   EXPECT_EQ(Ending([] { parseCmdLineParams({"+/no/such"}); }),
             "2\nFATAL ERROR : Can not open file for reading\n              /no/such\n\n");
   EXPECT_EQ(Ending([] { fatalError(99); }), "2\nFATAL ERROR : Unexpected error code\n\n");
@@ -228,7 +308,8 @@ TEST_F(SyntaxFiles, Versions) {
   EXPECT_EQ(Read("m"), "0");
   Write("m.stx", TreeFile({"m"}, {}, 207, 207));
   EXPECT_EQ(Read("m"),
-            "2\nFATAL ERROR : Not a valid syntax tree\n              m: Syntax tree generated by MESK version 2.07, "
+            "2\nFATAL ERROR : Not a valid syntax tree\n              m: Syntax tree generated by MESK "
+            "version 2.07, "
             "expected 2.13\n\n");
   Write("m.stx", TreeFile({"m"}, {}, 207));
   EXPECT_EQ(Read("m"), "2\nFATAL ERROR : Not a valid syntax tree\n              m\n\n");
@@ -262,7 +343,8 @@ TEST_F(SyntaxFiles, Imports) {
   EXPECT_EQ(trees_.find("ISO8824")->state, kPredefined);
   EXPECT_EQ(Ending([&] { getModPtr(module, 3); }),
             "2\nFATAL ERROR : Syntax tree inconsistent\n              m\n\n");
-  EXPECT_EQ(Ending([&] { getModPtr(module, 9); }), "2\nFATAL ERROR : Can not read record from syntax tree\n\n");
+  EXPECT_EQ(Ending([&] { getModPtr(module, 9); }),
+            "2\nFATAL ERROR : Can not read record from syntax tree\n\n");
   Write("n.stx", "");
   EXPECT_EQ(Read("m"), "2\nFATAL ERROR : Not a valid syntax tree\n              m\n\n");
   Write("m.stx", TreeFile({"m", "../n"}, {2}));

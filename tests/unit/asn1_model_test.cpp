@@ -35,7 +35,8 @@ struct Made {
     return type;
   }
   // Adds a component, or without a name an element.
-  AsnType Inner(const AsnType& father, const std::string& name, MainType main_type, Presence presence = kMandatory) {
+  AsnType Inner(const AsnType& father, const std::string& name, MainType main_type,
+                Presence presence = kMandatory) {
     TNode node{};
     node.name = name.empty() ? 0 : Text(name);
     node.main_type = main_type;
@@ -111,10 +112,12 @@ TEST(AsnValueSets, Operations) {
   EXPECT_TRUE(low.Intersect(high).empty());
   EXPECT_EQ(low.Merge(far).Intersect(ValueSet(4, 13)).segments(), (std::vector<Segment>{{4, 5}, {12, 13}}));
   EXPECT_EQ(low.Exclude(ValueSet(2, 3)).segments(), (std::vector<Segment>{{1, 1}, {4, 5}}));
-  EXPECT_EQ(ValueSet(kMinimum, kMaximum).Exclude(low).segments(), (std::vector<Segment>{{kMinimum, 0}, {6, kMaximum}}));
+  EXPECT_EQ(ValueSet(kMinimum, kMaximum).Exclude(low).segments(),
+            (std::vector<Segment>{{kMinimum, 0}, {6, kMaximum}}));
   EXPECT_TRUE(low.Exclude(ValueSet(kMinimum, kMaximum)).empty());
   EXPECT_TRUE(ValueSet(5, 1).empty());
-  EXPECT_EQ(ValueSet(1, kMaximum).Merge(ValueSet(kMinimum, 0)).segments(), (std::vector<Segment>{{kMinimum, kMaximum}}));
+  EXPECT_EQ(ValueSet(1, kMaximum).Merge(ValueSet(kMinimum, 0)).segments(),
+            (std::vector<Segment>{{kMinimum, kMaximum}}));
 }
 
 TEST(AsnValueSets, Constraints) {
@@ -131,11 +134,13 @@ TEST(AsnValueSets, Constraints) {
   EXPECT_EQ(text(made.Constraint(kExcept, made.Range(1, 9), made.Constraint(kUserDefined))), "[1,9]");
   EXPECT_EQ(TextOf(IntegerSetOf(made.Integer(made.Constraint(kAllExcept, made.Range(kMinimum, -1))))),
             "[0," + std::to_string(kMaximum) + "]");
-  EXPECT_EQ(text(made.Constraint(kCatenation, made.Range(1, 8), made.Constraint(kExtensionMarker))), "[1,8]...");
-  EXPECT_EQ(text(made.Constraint(kCatenation,
-                                 made.Constraint(kCatenation, made.Range(1, 8), made.Constraint(kExtensionMarker)),
-                                 made.Range(20, 30))),
+  EXPECT_EQ(text(made.Constraint(kCatenation, made.Range(1, 8), made.Constraint(kExtensionMarker))),
             "[1,8]...");
+  EXPECT_EQ(
+      text(made.Constraint(kCatenation,
+                           made.Constraint(kCatenation, made.Range(1, 8), made.Constraint(kExtensionMarker)),
+                           made.Range(20, 30))),
+      "[1,8]...");
   EXPECT_EQ(TextOf(IntegerSetOf(made.Integer(0))).substr(0, 5), "free ");
   EXPECT_EQ(text(made.Constraint(kTableConstraint)).substr(0, 5), "free ");
 }
@@ -175,7 +180,8 @@ TEST(AsnReferences, ThroughTwoModules) {
   Made one("One"), two("Two-Mod");
   one.module.imports.push_back({"Two-Mod", &two.module});
   const AsnType base = two.Integer(two.Range(0, 9));
-  const AsnType middle = two.Definition("Middle", TYP_SYNONYM), first = one.Definition("First-Type", TYP_SYNONYM);
+  const AsnType middle = two.Definition("Middle", TYP_SYNONYM),
+                first = one.Definition("First-Type", TYP_SYNONYM);
   Made::Refer(middle, base);
   Made::Refer(first, middle, 2);
   EXPECT_EQ(forSynonymType(first), middle);
@@ -195,7 +201,8 @@ TEST(AsnReferences, ThroughTwoModules) {
 
 TEST(AsnReferences, WithoutAnEnd) {
   Made made("M");
-  const AsnType loop = made.Definition("Loop", TYP_SYNONYM), nowhere = made.Definition("Nowhere", TYP_SYNONYM);
+  const AsnType loop = made.Definition("Loop", TYP_SYNONYM),
+                nowhere = made.Definition("Nowhere", TYP_SYNONYM);
   const AsnType one = made.Definition("One", TYP_SELECTION), other = made.Definition("Other", TYP_SELECTION);
   Made::Refer(loop, loop);
   Made::Refer(one, other);
@@ -217,7 +224,8 @@ std::string TagText(const AsnType& type) {
 
 TEST(AsnTags, OutermostFirst) {
   Made made("M");
-  const AsnType number = made.Definition("Number", TYP_INTEGER), choice = made.Definition("Choice", TYP_CHOICE);
+  const AsnType number = made.Definition("Number", TYP_INTEGER),
+                choice = made.Definition("Choice", TYP_CHOICE);
   const AsnType open = made.Definition("Open", TYP_ANY);
   EXPECT_EQ(TagText(number), "0.2 ");
   EXPECT_EQ(TagText(choice), "");
@@ -281,7 +289,8 @@ TEST(AsnHomes, PointersWhereStructuresHoldThemselves) {
   const AsnType other = made.Definition("Other", TYP_CHOICE), plain = made.Definition("Plain", TYP_SEQ);
   const AsnType left = made.Inner(tree, "left", TYP_SYNONYM, kOptional);
   Made::Refer(left, tree);
-  const AsnType to_other = made.Inner(one, "other", TYP_SYNONYM), to_one = made.Inner(other, "one", TYP_SYNONYM);
+  const AsnType to_other = made.Inner(one, "other", TYP_SYNONYM),
+                to_one = made.Inner(other, "one", TYP_SYNONYM);
   Made::Refer(to_other, other);
   Made::Refer(to_one, one);
   const AsnType to_plain = made.Inner(one, "plain", TYP_SYNONYM);

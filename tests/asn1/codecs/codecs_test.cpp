@@ -1,5 +1,5 @@
-// The codecs on values made at random from the descriptions of types, on their encodings with random faults, and on
-// encodings that were found to be dangerous.
+// The codecs on values made at random from the descriptions of types, on their encodings with random faults,
+// and on encodings that were found to be dangerous.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -53,7 +53,8 @@ class Maker {
   sint64 Integer(const asn_type* type) {
     sint64 low = type->has_low ? type->low : std::numeric_limits<sint64>::min();
     sint64 high = type->has_high ? type->high : std::numeric_limits<sint64>::max();
-    if (type->form == ASN_I32) low = std::max<sint64>(low, INT32_MIN), high = std::min<sint64>(high, INT32_MAX);
+    if (type->form == ASN_I32)
+      low = std::max<sint64>(low, INT32_MIN), high = std::min<sint64>(high, INT32_MAX);
     if (type->form == ASN_UI32) low = std::max<sint64>(low, 0), high = std::min<sint64>(high, UINT32_MAX);
     const auto span = static_cast<uint64_t>(high) - static_cast<uint64_t>(low);
     const uint64_t offset = (static_cast<uint64_t>(random_()) << 32 | random_()) >> Below(64);
@@ -63,7 +64,8 @@ class Maker {
       case 1:
         return high;
       default:
-        return static_cast<sint64>(static_cast<uint64_t>(low) + (span == UINT64_MAX ? offset : offset % (span + 1)));
+        return static_cast<sint64>(static_cast<uint64_t>(low) +
+                                   (span == UINT64_MAX ? offset : offset % (span + 1)));
     }
   }
 
@@ -75,7 +77,8 @@ class Maker {
   uint32 Count(const asn_type* type, int depth) {
     const sint64 low = type->has_low ? type->low : 0;
     const sint64 high = type->has_high ? type->high : std::numeric_limits<sint64>::max();
-    const sint64 wanted = low + (depth < 2 && Below(200) == 0 ? Below(70000) : Below(depth < kDeepest ? 5 : 1));
+    const sint64 wanted =
+        low + (depth < 2 && Below(200) == 0 ? Below(70000) : Below(depth < kDeepest ? 5 : 1));
     return static_cast<uint32>(std::min(high, wanted));
   }
 
@@ -106,7 +109,8 @@ class Maker {
   }
 
   void Frame(FRAME_PTR* home) {
-    static const BYTE_TYPE some[][5] = {{0x05, 0x00}, {0x02, 0x01, 0x07}, {0x30, 0x03, 0x01, 0x01, 0xff}, {0x24, 0x80}};
+    static const BYTE_TYPE some[][5] = {
+        {0x05, 0x00}, {0x02, 0x01, 0x07}, {0x30, 0x03, 0x01, 0x01, 0xff}, {0x24, 0x80}};
     const int which = Below(4);
     *home = createFrame(DB_SIZE);
     insertMemBlock(nullptr, MB_FRM, reinterpret_cast<BYTE_TYPE*>(*home));
@@ -143,7 +147,8 @@ class Maker {
 
   void Choice(const asn_type* type, void* home, int depth) {
     int alternative = Below(type->comp_count);
-    for (int i = 0; depth >= kDeepest && i < type->comp_count && !IsSimple(type->comps[alternative].type); ++i)
+    for (int i = 0; depth >= kDeepest && i < type->comp_count && !IsSimple(type->comps[alternative].type);
+         ++i)
       alternative = (alternative + 1) % type->comp_count;
     *static_cast<sint32*>(home) = alternative;
     const asn_comp* component = &type->comps[alternative];
@@ -248,7 +253,8 @@ TEST(Codecs, AnyOctets) {
   for (int round = 0; round < 40; ++round) {
     for (const asn_type* const* type = asn_all_types; *type != nullptr; ++type) {
       Octets octets(static_cast<size_t>(maker.Below(40)));
-      for (unsigned char& octet : octets) octet = static_cast<unsigned char>(maker.Below(256) >> maker.Below(8));
+      for (unsigned char& octet : octets)
+        octet = static_cast<unsigned char>(maker.Below(256) >> maker.Below(8));
       for (int rule = kPerUnaligned; rule < kRules; ++rule) {
         const Trip trip = RoundTrip(*type, static_cast<Rule>(rule), octets);
         EXPECT_EQ(trip.fault, "") << "round " << round;
@@ -317,7 +323,8 @@ TEST(Codecs, EveryMandatoryComponentOfALargeSet) {
 
 TEST(Codecs, NumbersBeyondTheirBounds) {
   // Offsets that lead beyond the largest number, back to the smallest.
-  EXPECT_EQ(Refusal("Big", kPerAligned, {0xe0, 0x80, 0, 0, 0, 0, 0, 0, 0}), "an integer is out of its bounds");
+  EXPECT_EQ(Refusal("Big", kPerAligned, {0xe0, 0x80, 0, 0, 0, 0, 0, 0, 0}),
+            "an integer is out of its bounds");
   EXPECT_EQ(Refusal("FromFive", kPerAligned, {0x08, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff}),
             "an integer does not fit");
   EXPECT_EQ(Refusal("FromFive", kPerAligned, {0x08, 0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfa}), "");
@@ -340,14 +347,15 @@ TEST(Codecs, EndsAndTagsThatAreNone) {
   EXPECT_EQ(Refusal("Frames", kBer, {0x30, 0x08, 0xa0, 0x02, 0x05, 0x00, 0xa1, 0x02, 0x00, 0x00}),
             "an end stands where nothing began");
   // A number that is [1] once its highest bits are lost.
-  EXPECT_EQ(Refusal("Inner", kBer, {0xbf, 0x90, 0x80, 0x80, 0x80, 0x01, 0x00}), "an encoding ends within a tag");
+  EXPECT_EQ(Refusal("Inner", kBer, {0xbf, 0x90, 0x80, 0x80, 0x80, 0x01, 0x00}),
+            "an encoding ends within a tag");
 }
 
 TEST(Codecs, UnusedBitsAreNoPartOfTheValue) {
   const std::string name = "Strings";
   Octets octets{0x30, 0x00, 0x80, 0x02, 0x04, 0xaf};  // four bits, and ones behind them
-  const Octets rest{0x81, 0x01, 0x00, 0x82, 0x02, 1, 2, 0x83, 0x00, 0x84, 0x01, 'A', 0x85, 0x00,
-                    0x86, 0x03, 'a', 'b', 'c', 0x87, 0x00, 0x88, 0x00};
+  const Octets rest{0x81, 0x01, 0x00, 0x82, 0x02, 1,   2,   0x83, 0x00, 0x84, 0x01, 'A',
+                    0x85, 0x00, 0x86, 0x03, 'a',  'b', 'c', 0x87, 0x00, 0x88, 0x00};
   octets.insert(octets.end(), rest.begin(), rest.end());
   octets[1] = static_cast<unsigned char>(octets.size() - 2);
   Octets expected = octets;

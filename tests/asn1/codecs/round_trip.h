@@ -1,4 +1,5 @@
-// One trip of an encoding through the codecs: decoded, encoded, decoded again. Used by the test and by the fuzz target.
+// One trip of an encoding through the codecs: decoded, encoded, decoded again. Used by the test and by the
+// fuzz target.
 #pragma once
 
 #include <cstddef>
@@ -95,7 +96,8 @@ struct Trip {
   std::string fault;      // what must not be
 };
 
-/// Decodes the octets. When that goes well, the value must have an encoding, which must stand for the same value.
+/// Decodes the octets. When that goes well, the value must have an encoding, which must stand for the same
+/// value.
 inline Trip RoundTrip(const asn_type* type, Rule rule, const Octets& octets) {
   Trip trip;
   Home first(type);
@@ -109,7 +111,8 @@ inline Trip RoundTrip(const asn_type* type, Rule rule, const Octets& octets) {
   if (const char* error = first.Encode(rule, encoded)) return fault(std::string("no encoding: ") + error);
   Home second(type);
   if (const char* error = second.Decode(rule, encoded)) return fault(std::string("no decoding: ") + error);
-  if (const char* error = second.Encode(rule, again)) return fault(std::string("no second encoding: ") + error);
+  if (const char* error = second.Encode(rule, again))
+    return fault(std::string("no second encoding: ") + error);
   if (encoded != again) return fault("another encoding");
   // The two values must be the same to the other rules as well, with which the first may have no encoding.
   for (int other = 0; other < kRules && encoded.size() < kTooLarge; ++other) {

@@ -111,11 +111,10 @@ TEST_F(Log, WideStringsAreFormatted) {
   lumo_log_wide_string_to_all(lumo_log_kind_msg_warning_c,
                               lumo_format_wide_string(LUMO__VAL_CHECK_VALUE_FAILURE_sname, nullptr, name),
                               nullptr);
-  lumo_log_wide_string_to_all(
-      lumo_log_kind_msg_warning_c,
-      lumo_format_wide_string("LUMO__VAL_CHECK_VALUE_FAILURE_sname", nullptr,
-                              lumo__value_label_or_name(integer(1), nullptr)),
-      nullptr);
+  lumo_log_wide_string_to_all(lumo_log_kind_msg_warning_c,
+                              lumo_format_wide_string("LUMO__VAL_CHECK_VALUE_FAILURE_sname", nullptr,
+                                                      lumo__value_label_or_name(integer(1), nullptr)),
+                              nullptr);
   EXPECT_EQ(entries,
             "warning length restriction of value 'queue' is not met\n"
             "warning length restriction of value 'integer' is not met\n");

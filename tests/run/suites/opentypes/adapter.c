@@ -1,11 +1,12 @@
-/* Prints what is sent and sends it back; instead of a message with the octets DEADBEEF it sends these alone. */
+/* Prints what is sent and sends it back; instead of a message with the octets DEADBEEF it sends these alone.
+ */
 #include <stdio.h>
 #include <string.h>
 
 #include "tri.h"
 
-TriStatus triSend(const TriComponentId *component, const TriPortId *port, const TriAddress *address,
-                  const TriMessage *message) {
+TriStatus triSend(const TriComponentId* component, const TriPortId* port, const TriAddress* address,
+                  const TriMessage* message) {
   static unsigned char nothing[] = {0xDE, 0xAD, 0xBE, 0xEF};
   const size_t n = (size_t)message->bits / 8;
   printf("sent");
