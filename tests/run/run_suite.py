@@ -14,6 +14,7 @@ file VERDICTS, or another one of the NAME. What is expected stands there, or in 
     OPTIONS: -G -O            more options for the compiler
     ARGUMENTS: --log all      arguments of the suite's executable
     ENVIRONMENT: NAME=value   a variable that the executable sees
+    SOURCE: ../echo.c         a C source that is linked in too
 
 The generated C must compile without a warning.
 """
@@ -28,7 +29,7 @@ import sys
 from pathlib import Path
 
 TIMEOUT_SECONDS = 300
-DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT):\s*(.*?)\s*$")
+DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE):\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)")
 C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 
@@ -48,6 +49,7 @@ class Suite:
             match = DIRECTIVE.match(line)
             if match:
                 self.directives.setdefault(match.group(1), []).append(match.group(2))
+        self.c_sources += [(place / name).resolve() for name in self.directives.get("SOURCE", [])]
         module = re.search(r"^\s*module\s+(\w+)", text, re.MULTILINE)
         self.root = self.first("ROOT", module.group(1) if module else "")
         self.verdicts = [tuple(row.split()) for row in self.directives.get("VERDICT", [])]

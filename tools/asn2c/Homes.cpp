@@ -46,7 +46,7 @@ class Homes {
       Members(type, 1);
       file_ << "};\n";
     } else {
-      file_ << "typedef " << LeafOf(type) << " " << name << ";\n";
+      file_ << "typedef " << PredefinedType(type) << " " << name << ";\n";
     }
   }
 
@@ -54,33 +54,7 @@ class Homes {
     const AsnType definition =
         getTypeMainType(type) == TYP_SELECTION ? forSelectionType(type) : forSynonymType(type);
     // Numbers may have another form under the constraint of the new name.
-    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cBaseTypeId(definition) : LeafOf(type);
-  }
-
-  // The predefined C type of a leaf.
-  static std::string LeafOf(const AsnType& type) {
-    switch (cGetVF(type)) {
-      case VF_BOOL:
-        return "BOOLE";
-      case VF_UI32:
-        return "uint32";
-      case VF_I32:
-        return isExtensibleEnumeratedList(forBaseType(type)) ? "EXTENSIBLE_ENUMERATED" : "sint32";
-      case VF_I64:
-        return "sint64";
-      case VF_REAL64:
-        return "REAL";
-      case VF_DYNS:
-        return "DYNSTR";
-      case VF_FRM:
-        return "FRAME_PTR";
-      case VF_OBJI:
-        return "OBJID";
-      case VF_EXTERNAL_1990:
-        return "EXTERNAL";
-      default:
-        return "NULLTYPE";
-    }
+    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cBaseTypeId(definition) : PredefinedType(type);
   }
 
   void ForNeeded(const AsnType& type, const std::function<void(const AsnType&)>& call) {

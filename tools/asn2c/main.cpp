@@ -17,17 +17,12 @@ namespace {
 using namespace asn1;  // NOLINT(google-build-using-namespace)
 using asn2c::CFile;
 
-std::string DirectoryOf(const ModRec& module, const char* option) {
-  const std::string directory = module.options.Text(option);
-  return directory.empty() || directory.back() == '/' ? directory : directory + '/';
-}
-
 std::string SourcePath(const ModRec& module, const char* ending) {
-  return DirectoryOf(module, "C") + getModulePrefix(module) + ending;
+  return DirectoryOption(module, "C") + getModulePrefix(module) + ending;
 }
 
 std::string HeaderPath(const ModRec& module, const char* ending) {
-  return DirectoryOf(module, "H") + getModulePrefix(module) + ending;
+  return DirectoryOption(module, "H") + getModulePrefix(module) + ending;
 }
 
 void WriteNamedNumbers(ModRec& module, CFile& file) {

@@ -17,11 +17,6 @@ namespace {
 using namespace asn1;  // NOLINT(google-build-using-namespace)
 using asn2c::CFile;
 
-std::string DirectoryOf(const ModRec& module, const char* option) {
-  const std::string directory = module.options.Text(option);
-  return directory.empty() || directory.back() == '/' ? directory : directory + '/';
-}
-
 // The routines of both variants: each is small, and a caller takes the one that it needs.
 constexpr struct {
   const char* suffix;
@@ -50,7 +45,7 @@ void ForTypes(ModRec& module, const std::function<void(const AsnType&)>& call) {
 
 void WriteHeader(ModRec& module, const char* kind, bool encodes) {
   const std::string name = getModulePrefix(module) + kind + ".ext";
-  CFile file(DirectoryOf(module, "H") + name);
+  CFile file(DirectoryOption(module, "H") + name);
   const std::string guard = asn2c::GuardOf(name);
   file << "#ifndef " << guard << "\n#define " << guard << "\n\n#include \"" << getModulePrefix(module)
        << "per.ext\"\n\n";
@@ -60,7 +55,7 @@ void WriteHeader(ModRec& module, const char* kind, bool encodes) {
 }
 
 void WriteSource(ModRec& module, const char* kind, bool encodes) {
-  CFile file(DirectoryOf(module, "C") + getModulePrefix(module) + kind + ".c");
+  CFile file(DirectoryOption(module, "C") + getModulePrefix(module) + kind + ".c");
   file << "/* " << (encodes ? "Encoders" : "Decoders")
        << " of the packed encoding rules for the ASN.1 module " << module.name << ". */\n#include \""
        << getModulePrefix(module) << kind << ".ext\"\n\n";
@@ -71,7 +66,7 @@ void WriteSource(ModRec& module, const char* kind, bool encodes) {
 void WriteCommon(ModRec& module) {
   const std::string name = getModulePrefix(module) + "per.ext";
   const std::string guard = asn2c::GuardOf(name);
-  CFile header(DirectoryOf(module, "H") + name);
+  CFile header(DirectoryOption(module, "H") + name);
   header << "#ifndef " << guard << "\n#define " << guard << "\n\n#include \"asncodec.ext\"\n#include \""
          << getModulePrefix(module)
          << "cod.ext\"\n\n/* How many types have encoders and decoders. */\nextern const int "
@@ -83,7 +78,7 @@ void WriteCommon(ModRec& module) {
   header.Close();
   int count = 0;
   ForTypes(module, [&](const AsnType&) { ++count; });
-  CFile source(DirectoryOf(module, "C") + getModulePrefix(module) + "per.c");
+  CFile source(DirectoryOption(module, "C") + getModulePrefix(module) + "per.c");
   source << "#include \"" << name << "\"\n\nconst int " << getModuleRef(module) << "_per_types = " << count
          << ";\n";
   source.Close();

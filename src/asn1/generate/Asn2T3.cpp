@@ -148,11 +148,6 @@ void BeginSource(T3AsnFiles& files, int mask) {
   for (const std::string& name : options.own_includes) include(text, name);
 }
 
-std::string DirectoryOf(const ModRec& module, const char* option) {
-  const std::string directory = module.options.Text(option);
-  return directory.empty() || directory.back() == '/' ? directory : directory + '/';
-}
-
 void WriteTo(const std::string& path, const std::string& text) {
   const std::string beside = path + ".tmp";
   TemporaryFile guard;
@@ -195,8 +190,8 @@ int asn2t3_main(int mask, std::string (*t3_prefix)(const ModRec& module)) {
   printFileHeader(module, "t3asn.c", files.source);
   printFileHeader(module, "t3asn.h", files.header);
   asn2t3_gen_module(files, mask);
-  WriteTo(DirectoryOf(module, "C") + getModulePrefix(module) + "t3asn.c", files.source.text());
-  WriteTo(DirectoryOf(module, "H") + getModulePrefix(module) + "t3asn.h", files.header.text());
+  WriteTo(DirectoryOption(module, "C") + getModulePrefix(module) + "t3asn.c", files.source.text());
+  WriteTo(DirectoryOption(module, "H") + getModulePrefix(module) + "t3asn.h", files.header.text());
   generate_log_file(files);
   return 1;
 }

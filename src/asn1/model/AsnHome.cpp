@@ -18,6 +18,25 @@ ValueForm IntegerForm(const AsnType& type) {
   return ends.low >= 0 && ends.high <= UINT32_MAX ? VF_UI32 : VF_I64;
 }
 
+AsnType DefinitionBehind(const AsnType& component) {
+  const AsnType base = forBaseType(component);
+  return getDefinitionOf(base);
+}
+
+// Whether `target` lies, by value, somewhere in the structure `from`; `seen` are the structures looked into.
+bool Holds(const AsnType& from, const AsnType& target, std::vector<AsnType>& seen) {
+  for (const AsnType& component : TypeComps(from)) {
+    const AsnType base = forBaseType(component);
+    if (!isStructuredType(base)) continue;
+    if (base == target) return true;
+    if (std::find(seen.begin(), seen.end(), base) != seen.end()) continue;
+    seen.push_back(base);
+    if (Holds(base, target, seen)) return true;
+  }
+  return false;
+}
+}  // namespace
+
 const char* PredefinedType(const AsnType& type) {
   const AsnType base = forBaseType(type);
   switch (cGetVF(type)) {
@@ -45,25 +64,6 @@ const char* PredefinedType(const AsnType& type) {
       return "NOBODYUSESTHISTYPE";
   }
 }
-
-AsnType DefinitionBehind(const AsnType& component) {
-  const AsnType base = forBaseType(component);
-  return getDefinitionOf(base);
-}
-
-// Whether `target` lies, by value, somewhere in the structure `from`; `seen` are the structures looked into.
-bool Holds(const AsnType& from, const AsnType& target, std::vector<AsnType>& seen) {
-  for (const AsnType& component : TypeComps(from)) {
-    const AsnType base = forBaseType(component);
-    if (!isStructuredType(base)) continue;
-    if (base == target) return true;
-    if (std::find(seen.begin(), seen.end(), base) != seen.end()) continue;
-    seen.push_back(base);
-    if (Holds(base, target, seen)) return true;
-  }
-  return false;
-}
-}  // namespace
 
 ValueForm cGetVF(const AsnType& type) {
   const AsnType base = forBaseType(type);

@@ -38,6 +38,8 @@ ValueForm cGetVF(const AsnType& type);
 bool cIsFrameType(const AsnType& type);
 /// Whether the type, references followed, is a structure or a list; an empty SEQUENCE is one.
 bool IsStructured(const AsnType& type);
+/// The C type that holds values of a leaf, whatever it is called.
+const char* PredefinedType(const AsnType& type);
 /// The C type of a definition, component or element.
 std::string cBaseTypeId(const AsnType& type);
 /// The C name of a component.

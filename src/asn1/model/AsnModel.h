@@ -39,6 +39,8 @@ using ModuleCall = std::function<void(ModRec&)>;
 /// The module's name with underscores; its file prefix for generation.
 std::string getModuleRef(const ModRec& module);
 std::string getModulePrefix(const ModRec& module);
+/// The directory that one of the module's options names, with its separator; empty for the working directory.
+std::string DirectoryOption(const ModRec& module, const char* option);
 /// Each module that this one imports, directly or not, once, imports first; never the module itself.
 void forEachExportingModule(ModRec& module, const ModuleCall& call);
 

@@ -46,6 +46,11 @@ std::string getModulePrefix(const ModRec& module) {
   return module.generation_prefix;
 }
 
+std::string DirectoryOption(const ModRec& module, const char* option) {
+  const std::string directory = module.options.Text(option);
+  return directory.empty() || directory.back() == '/' ? directory : directory + '/';
+}
+
 void forEachExportingModule(ModRec& module, const ModuleCall& call) {
   std::set<ModRec*> seen;
   Visit(module, seen, call, true);
