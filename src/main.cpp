@@ -1,3 +1,5 @@
 #include "driver/T3Controller.h"
 
-int main(int argc, char** argv) { return RunCompiler(argc, const_cast<const char**>(argv)); }
+int main(int argc, char** argv) {
+  return RunCompiler(argc, const_cast<const char**>(argv));
+}

@@ -233,7 +233,10 @@ extern lumo_type_info_struct_t lumo_illegal_type_info_struct, lumo_undefined_typ
     lumo_default_type_info_struct, lumo_timer_type_info_struct, lumo_binary_string_type_info_struct,
     lumo_template_as_field_type_info_struct;
 extern const lumo_type_t t3asn_asn_1_null_type;
-#define t3asn_STATIC_asn_1_null_type (lumo_type_t) & t3asn_asn_1_null_type_struct
+/* To the letter as generated headers have it. */
+/* clang-format off */
+#define t3asn_STATIC_asn_1_null_type (lumo_type_t)&t3asn_asn_1_null_type_struct
+/* clang-format on */
 
 #define lumo_STATIC_undefined_type (&lumo_undefined_type_struct)
 #define lumo_STATIC_integer_type (&lumo_integer_type_struct)

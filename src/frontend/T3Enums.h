@@ -2,7 +2,18 @@
 #pragma once
 
 /// What an import statement or exception takes.
-enum class t3_import_restr_t { Group, Type, Template, Const, Testcase, Teststep, Function, Signature, ModulePar, All };
+enum class t3_import_restr_t {
+  Group,
+  Type,
+  Template,
+  Const,
+  Testcase,
+  Teststep,
+  Function,
+  Signature,
+  ModulePar,
+  All
+};
 
 /// The direction of a formal parameter.
 enum class t3_par_pass_t { In, Out, InOut };

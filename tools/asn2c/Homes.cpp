@@ -54,7 +54,8 @@ class Homes {
     const AsnType definition =
         getTypeMainType(type) == TYP_SELECTION ? forSelectionType(type) : forSynonymType(type);
     // Numbers may have another form under the constraint of the new name.
-    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cBaseTypeId(definition) : PredefinedType(type);
+    return IsStructured(type) || cGetVF(type) == cGetVF(definition) ? cBaseTypeId(definition)
+                                                                    : PredefinedType(type);
   }
 
   void ForNeeded(const AsnType& type, const std::function<void(const AsnType&)>& call) {
