@@ -7,13 +7,13 @@
 #include <cstdlib>
 #include <string>
 
-#include "analysis/T3Stages.h"
+#include "analysis/walk/T3Stages.h"
 #include "asn1/integration/T3Representation.h"
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Controller.h"
-#include "driver/T3Error.h"
-#include "driver/T3ModuleMap.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/controller/T3Controller.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3ModuleMap.h"
 #include "frontend/T3Tree.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "driver/Errors.h"
+#include "driver/diagnostics/Errors.h"
 #include "frontend/T3Scanner.h"
 #include "support/Position.h"
 

@@ -1,4 +1,4 @@
-#include "driver/T3Controller.h"
+#include "driver/controller/T3Controller.h"
 
 int main(int argc, char** argv) {
   return RunCompiler(argc, const_cast<const char**>(argv));

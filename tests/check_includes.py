@@ -14,9 +14,9 @@ RAW_STRING = re.compile(r'R"(\w*)\(.*?\)\1"', re.DOTALL)  # text for a generated
 # Room of a file: the first row whose pattern matches its path. The interface of the diagnostics is its headers;
 # their implementation also reads the error limit from the options and writes trees to report files.
 ROOMS = [
-    (r"src/driver/(T3Error\w*|T3Exception|Errors)\.h", "diagnostics"),
-    (r"src/driver/(T3Error\w*|T3Exception|T3ReportFile|Errors)\.cpp", "diagnostics sources"),
-    (r"src/driver/(T3Controller|T3Control)\w*\.(h|cpp)", "controller"),
+    (r"src/driver/diagnostics/\w+\.h", "diagnostics"),
+    (r"src/driver/diagnostics/", "diagnostics sources"),
+    (r"src/driver/controller/", "controller"),
     (r"src/driver/", "driver services"),
     (r"src/main\.cpp", "main"),
     (r"src/asn1/integration/", "asn1 integration"),

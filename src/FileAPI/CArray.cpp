@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "FileAPI/CFile.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 CArray::CArray(CFile* file, const std::string& type, const std::string& name, bool isStatic)
     : CBase(file), type_(type), name_(name), isStatic_(isStatic) {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "FileAPI/CFile.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 CEnumeration::CEnumeration(CFile* file, const std::string& name, bool exported, bool isTypedef)
     : CBase(file), name_(name), exported_(exported), isTypedef_(isTypedef) {

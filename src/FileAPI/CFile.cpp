@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 namespace {
 constexpr mode_t kDirectoryMode = 0775;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "FileAPI/CFile.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
                      const std::vector<std::string>& parameters, const std::string& comment, bool exported)

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "FileAPI/CFile.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 namespace {
 constexpr size_t kCopyBuffer = 0x400;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "FileAPI/CFile.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 CStructure::CStructure(CFile* file, const std::string& type, const std::string& name, bool singleLine,
                        bool isStatic)

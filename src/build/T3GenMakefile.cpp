@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "build/T3Makefile.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
-#include "driver/T3Global.h"
-#include "driver/T3Version.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
+#include "driver/options/T3Version.h"
 #include "frontend/T3Tree.h"
 
 namespace {

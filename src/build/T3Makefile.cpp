@@ -4,8 +4,8 @@
 #include <fstream>
 #include <set>
 
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "build/MGConfig.h"
 #include "build/MGHostType.h"
 #include "build/MGMakefile.h"
-#include "driver/T3Options.h"
+#include "driver/options/T3Options.h"
 
 class T3Makefile {
  public:

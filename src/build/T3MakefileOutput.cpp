@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "build/T3Makefile.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
 #include "support/TemporaryFiles.h"
 
 namespace {

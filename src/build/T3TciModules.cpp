@@ -1,12 +1,12 @@
 #include "build/T3TciModules.h"
 
 #include "FileAPI/CFile.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Global.h"
-#include "driver/T3Version.h"
-#include "generator/CGModule.h"
-#include "generator/LUMOS.h"
-#include "generator/T3CodeDefs.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/modules/T3Global.h"
+#include "driver/options/T3Version.h"
+#include "generator/module/CGModule.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace {
 constexpr const char* kFunction = "t3tci_get_modules_info";

@@ -1,6 +1,6 @@
 #include "frontend/T3AstManipulate.h"
 
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 
 T3Tree_Node* LinkIfStmt(T3Tree_Node* statement, T3Tree_Node* last) {

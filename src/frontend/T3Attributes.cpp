@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 
 tStringRef vexa_encoder_BER, vexa_encoder_BER_INDEFINITE_LENGTH_variation, vexa_encoder_PER_BASIC_ALIGNED,

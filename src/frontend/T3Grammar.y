@@ -7,7 +7,7 @@
 %define lr.default-reduction consistent
 %expect 29
 %code {
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3ParserActions.h"
 #include "frontend/T3ParserDefs.h"

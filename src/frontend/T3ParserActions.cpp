@@ -3,7 +3,7 @@
 #include <string>
 
 #include "asn1/integration/T3Representation.h"
-#include "driver/T3CommandLine.h"
+#include "driver/options/T3CommandLine.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3ParserDefs.h"
 

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3AstManipulate.h"
 #include "frontend/T3ParserTables.h"
 

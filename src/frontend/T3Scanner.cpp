@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
 #include "frontend/T3ParserDefs.h"
 #include "frontend/T3ScannerSource.h"
 #include "support/LargePages.h"

@@ -6,8 +6,8 @@
 #include <map>
 #include <new>
 
-#include "driver/Errors.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/diagnostics/T3Exception.h"
 #include "support/LargePages.h"
 
 const char* const vexa_location_not_allocated = "__NO_LOCATION_ALLOCATED__";

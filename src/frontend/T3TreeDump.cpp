@@ -4,7 +4,7 @@
 #include <memory>
 #include <unordered_map>
 
-#include "driver/Errors.h"
+#include "driver/diagnostics/Errors.h"
 #include "frontend/T3TreeFields.h"
 
 namespace {

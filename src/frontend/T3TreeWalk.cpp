@@ -2,7 +2,7 @@
 // any of the process's.
 #include <unordered_map>
 
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 #include "frontend/T3TreeFields.h"
 
 namespace {

@@ -8,8 +8,8 @@
 #include <sstream>
 
 #include "build/T3Makefile.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

@@ -1,14 +1,14 @@
 // The controller's own decisions: installation paths, selection and order of modules, flags across imports,
 // the head of generated files.
-#include "driver/T3Controller.h"
+#include "driver/controller/T3Controller.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <optional>
 
-#include "driver/Errors.h"
-#include "driver/T3Version.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3Version.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

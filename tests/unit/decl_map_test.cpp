@@ -1,4 +1,4 @@
-#include "analysis/T3DeclMap.h"
+#include "analysis/names/T3DeclMap.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "driver/Errors.h"
+#include "driver/diagnostics/Errors.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Parser.h"
 #include "frontend/T3ParserDefs.h"
-#include "generator/T3Decompile.h"
+#include "generator/text/T3Decompile.h"
 
 namespace {
 class Decompile : public testing::Test {

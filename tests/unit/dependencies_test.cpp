@@ -1,5 +1,5 @@
 // The graph of dependencies: its order, the edges that close cycles, and its cost on long chains.
-#include "analysis/T3Dependencies.h"
+#include "analysis/constants/T3Dependencies.h"
 
 #include <gtest/gtest.h>
 

@@ -5,10 +5,10 @@
 #include <fstream>
 #include <sstream>
 
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3FileFormat.h"
-#include "driver/T3UTF8String.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/modules/T3FileFormat.h"
+#include "driver/modules/T3UTF8String.h"
 
 using namespace std::string_literals;
 

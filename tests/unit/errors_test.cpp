@@ -1,12 +1,12 @@
 // Diagnostics: the form of a line, the counters, syntax errors, the filter, the limit, verbosity.
-#include "driver/Errors.h"
+#include "driver/diagnostics/Errors.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
 #include "support/Sets.h"
 
 namespace {
@@ -216,7 +216,7 @@ TEST_F(Diagnostics, WrongNumberOfArgumentsIsOurOwnFault) {
 
 // A row is one line of the catalogue: its text in quotes, its level, and the number of its arguments.
 TEST_F(Diagnostics, CatalogueCountsItsArguments) {
-  std::ifstream catalogue(ORVANE_SOURCE_DIR "/src/driver/T3ErrorMessages.h");
+  std::ifstream catalogue(ORVANE_SOURCE_DIR "/src/driver/diagnostics/T3ErrorMessages.h");
   int rows = 0;
   for (std::string line; std::getline(catalogue, line);) {
     if (line.rfind("inline constexpr _vexa_error_message_t ERR_", 0) != 0) continue;

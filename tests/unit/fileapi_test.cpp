@@ -13,7 +13,7 @@
 #include <functional>
 #include <sstream>
 
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 
 namespace {
 namespace fs = std::filesystem;

@@ -1,5 +1,5 @@
 // Names of generated objects, locations, the literal table, and the vocabulary.
-#include "generator/LUMOS.h"
+#include "generator/text/LUMOS.h"
 
 #include <gtest/gtest.h>
 
@@ -9,11 +9,11 @@
 #include <set>
 #include <sstream>
 
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/T3Exception.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "generator/CGLiteralTable.h"
-#include "generator/CLocations.h"
-#include "generator/T3CodeDefs.h"
+#include "generator/text/CGLiteralTable.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace {
 constexpr tPosition kPlace{12, 1, 3};
@@ -85,7 +85,7 @@ TEST(Vocabulary, EveryWordStandsInTheRunTimeHeader) {
   EXPECT_TRUE(words.count(text)) << text << " is not declared"; \
   ++count;
 #define T3_C_WORD(constant, text) ++count;
-#include "generator/T3CodeDefs.def"
+#include "generator/text/T3CodeDefs.def"
 #undef T3_WORD
 #undef T3_C_WORD
   EXPECT_EQ(487, count);

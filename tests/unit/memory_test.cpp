@@ -1,9 +1,9 @@
 // What is dropped of a module's derived data after its analysis and after its generation, and what stays.
 #include <gtest/gtest.h>
 
-#include "analysis/T3Stages.h"
+#include "analysis/walk/T3Stages.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "generator/CLocations.h"
+#include "generator/text/CLocations.h"
 
 namespace {
 constexpr tPosition kPlace{1, 1, 1};

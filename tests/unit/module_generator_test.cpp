@@ -1,5 +1,5 @@
 // The frame of generated modules, as text and as C that a compiler accepts, and the module registry.
-#include "generator/CGModule.h"
+#include "generator/module/CGModule.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +9,12 @@
 #include <sstream>
 
 #include "build/T3TciModules.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Controller.h"
-#include "driver/T3Exception.h"
-#include "driver/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/controller/T3Controller.h"
+#include "driver/diagnostics/T3Exception.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "generator/T3Context.h"
+#include "generator/text/T3Context.h"
 
 namespace {
 namespace fs = std::filesystem;

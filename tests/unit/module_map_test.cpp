@@ -1,5 +1,5 @@
 // The module table, imports, stamp files.
-#include "driver/T3ModuleMap.h"
+#include "driver/modules/T3ModuleMap.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -9,9 +9,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Exception.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Exception.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

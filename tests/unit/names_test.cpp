@@ -1,15 +1,15 @@
 // Names and scopes on trees built by hand: the classification of declarations, the places of nodes in long
 // lists, the order of local names, groups of a path, and the merging of component lists.
-#include "analysis/T3Names.h"
+#include "analysis/names/T3Names.h"
 
 #include <gtest/gtest.h>
 
-#include "analysis/T3Components.h"
-#include "analysis/T3Eval.h"
-#include "analysis/T3Imports.h"
-#include "analysis/T3Stages.h"
-#include "driver/Errors.h"
-#include "driver/T3Global.h"
+#include "analysis/names/T3Components.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Imports.h"
+#include "analysis/walk/T3Stages.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <vector>
 
-#include "driver/T3CommandLine.h"
+#include "driver/options/T3CommandLine.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 #include "support/rGetopt.h"
@@ -126,7 +126,7 @@ TEST(Options, VersionListsTheSourceUnits) {
         dup2(STDERR_FILENO, STDOUT_FILENO);
         Read("-V -q");
       },
-      testing::ExitedWithCode(0), "driver/T3CommandLine.cpp 3.3.0.2.17499\n");
+      testing::ExitedWithCode(0), "driver/options/T3CommandLine.cpp 3.3.0.2.17499\n");
 }
 
 TEST(Options, CodecNamesAddUp) {

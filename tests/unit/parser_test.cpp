@@ -5,9 +5,9 @@
 #include <cstring>
 #include <string>
 
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Parser.h"
 #include "frontend/T3ParserDefs.h"

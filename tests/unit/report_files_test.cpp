@@ -6,7 +6,7 @@
 #include <regex>
 #include <sstream>
 
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

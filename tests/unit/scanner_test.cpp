@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "driver/Errors.h"
-#include "driver/T3CommandLine.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/options/T3CommandLine.h"
 #include "frontend/T3ParserDefs.h"
 #include "frontend/T3Scanner.h"
 

@@ -1,5 +1,5 @@
 // Order by dependency, and shortest cycles.
-#include "driver/TopologicalSort.h"
+#include "support/TopologicalSort.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <regex>
 
-#include "driver/Errors.h"
+#include "driver/diagnostics/Errors.h"
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Tables of types: the exact text for each kind, imports, attributes, built-in copies; all of it as C that a
 // compiler accepts.
-#include "generator/CGType.h"
+#include "generator/types/CGType.h"
 
 #include <gtest/gtest.h>
 
@@ -10,15 +10,15 @@
 #include <functional>
 #include <sstream>
 
-#include "driver/T3CommandLine.h"
-#include "driver/T3Exception.h"
-#include "driver/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Exception.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "generator/CGModule.h"
-#include "generator/CGPortTypes.h"
-#include "generator/CGTypeAccess.h"
-#include "generator/LUMOS.h"
-#include "generator/T3Context.h"
+#include "generator/module/CGModule.h"
+#include "generator/types/CGPortTypes.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3Context.h"
 
 namespace {
 namespace fs = std::filesystem;

@@ -1,6 +1,6 @@
 // Services on types: candidates and what strikes them out, kinds of strings and built-in types, searches in
 // bodies, numbers of literals, fields of `anytype`, and the printed form of types.
-#include "analysis/T3Types.h"
+#include "analysis/types/T3Types.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "analysis/T3Names.h"
-#include "analysis/T3Stages.h"
-#include "driver/T3Error.h"
-#include "driver/T3Global.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/walk/T3Stages.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {

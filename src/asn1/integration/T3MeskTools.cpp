@@ -10,9 +10,9 @@
 #include <cstring>
 
 #include "asn1/integration/T3Mesk.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
-#include "driver/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
 #include "support/rFsearch.h"
 #include "support/rSystem.h"
 

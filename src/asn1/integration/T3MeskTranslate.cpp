@@ -8,9 +8,9 @@
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnModel.h"
 #include "asn1/model/AsnNames.h"
-#include "driver/T3CommandLine.h"
-#include "driver/T3Error.h"
-#include "driver/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

@@ -4,9 +4,9 @@
 #include "asn1/integration/T3MeskNodes.h"
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnNames.h"
-#include "analysis/T3Names.h"
-#include "driver/Errors.h"
-#include "driver/T3Error.h"
+#include "analysis/names/T3Names.h"
+#include "driver/diagnostics/Errors.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

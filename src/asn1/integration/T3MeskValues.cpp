@@ -8,7 +8,7 @@
 #include "asn1/integration/T3MeskTranslate.h"
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnNames.h"
-#include "driver/T3Error.h"
+#include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 

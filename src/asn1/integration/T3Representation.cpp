@@ -7,7 +7,7 @@
 #include "asn1/integration/T3Mesk.h"
 #include "asn1/integration/T3MeskTranslate.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "driver/T3CommandLine.h"
+#include "driver/options/T3CommandLine.h"
 #include "frontend/T3Tree.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "driver/T3Options.h"
+#include "driver/options/T3Options.h"
 
 struct T3Tree_Node;
 

@@ -5,8 +5,8 @@
 
 #include <cstring>
 
-#include "clock.h"
-#include "outside.h"
+#include "run/clock.h"
+#include "ports/outside.h"
 #include "support.h"
 
 namespace lumos::testing {

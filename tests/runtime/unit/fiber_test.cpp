@@ -1,4 +1,4 @@
-#include "fiber.h"
+#include "run/fiber.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "support.h"
-#include "wide_string.h"
+#include "value/wide_string.h"
 
 using namespace lumos;
 using namespace lumos::testing;

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "component.h"
-#include "log.h"
+#include "run/component.h"
+#include "text/log.h"
 #include "lumos.h"
-#include "types.h"
-#include "value.h"
+#include "value/types.h"
+#include "value/value.h"
 
 namespace lumos::testing {
 

@@ -1,4 +1,4 @@
-#include "symbols.h"
+#include "value/symbols.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "component_support.h"
-#include "params.h"
+#include "suite/params.h"
 
 using namespace lumos;
 using namespace lumos::testing;

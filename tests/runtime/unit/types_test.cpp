@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "codec.h"
+#include "ports/codec.h"
 #include "support.h"
 
 using namespace lumos;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support.h"
-#include "task.h"
+#include "run/task.h"
 
 using namespace lumos;
 using namespace lumos::testing;

@@ -1,0 +1,404 @@
+#include "ports/outside.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstring>
+#include <list>
+#include <memory>
+#include <mutex>
+
+#include "ports/codec.h"
+#include "value/error.h"
+#include "text/log.h"
+#include "ports/no_adapter.h"
+#include "value/symbols.h"
+#include "tri.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+bool loopback = false;
+size_t mapped_outside = 0;  // mappings that a linked adapter knows
+
+// --- what the adapter is told, in its own structures
+
+std::string octets_of(const BinaryString* data) {
+  if (!data || !data->data || data->bits <= 0) return {};
+  return {reinterpret_cast<const char*>(data->data), static_cast<size_t>(data->bits + 7) / 8};
+}
+
+BinaryString binary(const std::string& octets) {
+  return {reinterpret_cast<unsigned char*>(const_cast<char*>(octets.data())),
+          static_cast<long>(octets.size()) * 8, nullptr};
+}
+
+QualifiedName qualified(lumo_type_t type) {
+  auto text = [](const char* t) { return const_cast<char*>(t ? t : ""); };
+  return {text(lumo_type_definition_module(type, nullptr)), text(lumo_type_definition_name(type, nullptr)),
+          nullptr};
+}
+
+struct PortId {
+  std::string number;
+  TriPortId id;
+
+  explicit PortId(const Port& port) : number(std::to_string(port.owner->number)) {
+    id.compInst = {binary(number), const_cast<char*>(port.owner->name.c_str()), qualified(port.owner->type)};
+    id.portName = const_cast<char*>(port.name);
+    id.portIndex = port.index;
+    id.portType = qualified(port.type);
+    id.aux = nullptr;
+  }
+};
+
+// Parameters of a call or reply, encoded each for itself.
+struct Parameters {
+  std::list<std::string> octets;
+  std::list<TriParameter> parameters;
+  std::vector<TriParameter*> pointers;
+  TriParameterList list{nullptr, 0};
+
+  void add(Value v, TriParameterPassingMode mode) {
+    octets.emplace_back();
+    if (v && v->form != Form::special && v->form != Form::unset) encode_value(v, octets.back());
+    parameters.push_back({binary(octets.back()), mode});
+    pointers.push_back(&parameters.back());
+    list = {pointers.data(), static_cast<long>(pointers.size())};
+  }
+};
+
+TriParameterPassingMode mode_of(const lumo_field_info_t& formal) {
+  if (formal.property & lumo_field_property_inout_value_c) return TRI_INOUT;
+  return formal.property & lumo_field_property_out_value_c ? TRI_OUT : TRI_IN;
+}
+
+size_t formal_count(lumo_type_t signature) {
+  const lumo_field_info_t* formals = field_info(signature);
+  size_t count = formals ? field_count(signature) : 0;
+  if (count && formals[count - 1].property & lumo_field_property_return_value_c) --count;
+  return count;
+}
+
+bool travels(TriParameterPassingMode mode, bool is_call) {
+  return mode == TRI_INOUT || (mode == TRI_IN) == is_call;
+}
+
+void add_parameters(Parameters& parameters, const Message& m) {
+  const lumo_field_info_t* formals = field_info(m.signature);
+  bool is_call = m.kind == MessageKind::call;
+  for (size_t i = 0; i < formal_count(m.signature) && i < m.content->parts.size; ++i) {
+    TriParameterPassingMode mode = mode_of(formals[i]);
+    parameters.add(travels(mode, is_call) ? m.content->parts.data[i] : nullptr, mode);
+  }
+}
+
+TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* address, const Message& m) {
+  const TriComponentId* component = &from.id.compInst;
+  std::string octets;
+  TriSignatureId signature = qualified(m.signature);
+  switch (m.kind) {
+    case MessageKind::message: {
+      if (!encode_value(m.content, octets)) return TRI_ERROR;
+      TriMessage message = binary(octets);
+      return triSend(component, &to.id, address, &message);
+    }
+    case MessageKind::exception: {
+      if (!encode_value(m.content, octets)) return TRI_ERROR;
+      TriException exception = binary(octets);
+      return triRaise(component, &to.id, address, &signature, &exception);
+    }
+    case MessageKind::call: {
+      Parameters parameters;
+      add_parameters(parameters, m);
+      return triCall(component, &to.id, address, &signature, &parameters.list);
+    }
+    default: {
+      Parameters parameters;
+      add_parameters(parameters, m);
+      TriParameter result = {{nullptr, 0, nullptr}, TRI_OUT};
+      if (m.result && encode_value(m.result, octets)) result.par = binary(octets);
+      return triReply(component, &to.id, address, &signature, &parameters.list, &result);
+    }
+  }
+}
+
+// --- what the adapter sends, kept until the scheduler looks
+
+struct Arrival {
+  MessageKind kind;
+  std::string port;
+  long port_index;
+  long component;  // 0 for any
+  bool has_address;
+  std::string address;
+  std::string octets;
+  std::string module, signature;
+  std::vector<std::string> parameters;
+  std::string result;
+  bool has_result = false;
+};
+
+std::mutex arrivals_lock;
+std::condition_variable arrived;
+std::list<Arrival> arrivals;
+std::atomic<bool> something_arrived{false};
+
+Arrival new_arrival(MessageKind kind, const TriPortId* port, const TriAddress* address,
+                    const TriComponentId* component) {
+  Arrival a;
+  a.kind = kind;
+  a.port = port && port->portName ? port->portName : "";
+  a.port_index = port ? port->portIndex : -1;
+  a.component = component ? std::atol(octets_of(&component->compInst).c_str()) : 0;
+  a.has_address = address && address->data && address->bits > 0;
+  a.address = octets_of(address);
+  return a;
+}
+
+void set_signature(Arrival& a, const TriSignatureId* signature, const TriParameterList* parameters) {
+  a.module = signature && signature->moduleName ? signature->moduleName : "";
+  a.signature = signature && signature->objectName ? signature->objectName : "";
+  for (long i = 0; parameters && i < parameters->length; ++i)
+    a.parameters.push_back(octets_of(&parameters->parList[i]->par));
+}
+
+void arrive(Arrival a) {
+  std::lock_guard<std::mutex> hold(arrivals_lock);
+  arrivals.push_back(std::move(a));
+  something_arrived = true;
+  arrived.notify_one();
+}
+
+lumo_type_t address_type() {
+  for (const Module& m : registered_modules())
+    if (lumo_symbol_entry_t row = lumo_find_element(m.name, "address", nullptr))
+      if (row->type_descriptor) return plain_type(row->type_descriptor);
+  return lumo_octetstring_type;
+}
+
+// The parameters as a value of the signature; parts that did not travel stay empty.
+Value signature_content(const Arrival& a, lumo_type_t signature) {
+  Value content = make_root(plain_type(signature), lumo_perm_alloc_c);
+  const lumo_field_info_t* formals = field_info(signature);
+  for (size_t i = 0; i < formal_count(signature) && i < a.parameters.size() && i < content->parts.size; ++i) {
+    if (!travels(mode_of(formals[i]), a.kind == MessageKind::call)) continue;
+    if (Value v = decode_value(plain_type(formals[i].type), a.parameters[i], nullptr))
+      store_part(content, i, v);
+  }
+  return content;
+}
+
+lumo_type_t result_type(lumo_type_t signature) {
+  size_t count = formal_count(signature);
+  return field_count(signature) > count ? field_info(signature)[count].type : nullptr;
+}
+
+// False for a signature that no module has.
+bool fill(Message& m, const Arrival& a) {
+  if (a.kind == MessageKind::message || a.kind == MessageKind::exception) {
+    m.raw = a.octets;
+    m.encoded = true;
+  }
+  if (a.kind == MessageKind::message) return true;
+  lumo_symbol_entry_t row = lumo_find_element(a.module.c_str(), a.signature.c_str(), nullptr);
+  if (!row || !row->type_descriptor) return false;
+  m.signature = row->type_descriptor;
+  if (a.kind == MessageKind::exception) return true;
+  m.content = signature_content(a, m.signature);
+  lumo_type_t type = a.has_result ? result_type(m.signature) : nullptr;
+  Value result = type ? decode_value(plain_type(type), a.result, nullptr) : nullptr;
+  if (result) m.result = copy_value(result, lumo_perm_alloc_c);
+  return true;
+}
+
+void deliver_arrival(const Arrival& a) {
+  if (!test_case || !test_case->system || !test_case->system->record) return;
+  Port* system_port = find_port(*test_case->system, a.port.c_str(), a.port_index);
+  bool delivered = false;
+  for (size_t i = 0; system_port && i < system_port->mappings.size(); ++i) {
+    Port& port = *system_port->mappings[i];
+    if (a.component && a.component != port.owner->number) continue;
+    TempScope scope;
+    Message* m = new_message(a.kind);
+    m->sender = test_case->system->number;
+    if (!fill(*m, a)) {
+      delete_message(m);
+      break;
+    }
+    Value address = a.has_address ? decode_value(address_type(), a.address, nullptr) : nullptr;
+    if (address) m->address = copy_value(address, lumo_perm_alloc_c);
+    deliver(port, m);
+    delivered = true;
+  }
+  if (!delivered)
+    log_format(lumo_log_msg_warning_c, "what arrived at system port %s has no receiver", a.port.c_str());
+}
+
+}  // namespace
+
+void set_loopback(bool on) {
+  loopback = on;
+}
+
+void outside_test_case_begins(const char* module, const char* name) {
+  mapped_outside = 0;
+  adapter_is_missing = false;
+  triSAReset();
+  TriTestCaseId id = {const_cast<char*>(module), const_cast<char*>(name), nullptr};
+  TriPortIdList none = {nullptr, 0};
+  triExecuteTestcase(&id, &none);
+}
+
+void outside_test_case_ends() {
+  triEndTestCase();
+  std::lock_guard<std::mutex> hold(arrivals_lock);
+  arrivals.clear();
+  something_arrived = false;
+}
+
+void outside_map(Port& component_port, Port& system_port) {
+  bool refused;
+  {
+    PortId from(component_port), to(system_port);
+    adapter_is_missing = false;
+    refused = triMap(&from.id, &to.id) != TRI_OK;
+  }
+  if (refused) fault("the adapter refuses to map port %s to %s", component_port.name, system_port.name);
+  if (!adapter_is_missing) ++mapped_outside;
+}
+
+void outside_unmap(Port& component_port, Port& system_port) {
+  PortId from(component_port), to(system_port);
+  triUnmap(&from.id, &to.id);
+}
+
+void outside_send(Port& component_port, Port& system_port, Message& message) {
+  if (loopback) {
+    Message* back = new_message(message.kind);
+    back->content = copy_value(message.content, lumo_perm_alloc_c);
+    if (message.result) back->result = copy_value(message.result, lumo_perm_alloc_c);
+    if (message.address) back->address = copy_value(message.address, lumo_perm_alloc_c);
+    back->signature = message.signature;
+    back->sender = test_case->system->number;
+    deliver(component_port, back);
+    return;
+  }
+  bool refused;
+  {
+    PortId from(component_port), to(system_port);
+    std::string octets;
+    TriAddress address;
+    if (message.address) {
+      encode_value(message.address, octets);
+      address = binary(octets);
+    }
+    refused = hand_over(from, to, message.address ? &address : nullptr, message) != TRI_OK;
+  }
+  if (refused) fault("what port %s sends cannot be encoded, or the adapter refuses it", component_port.name);
+}
+
+void outside_action(const std::string& text) {
+  log_line(lumo_log_msg_info_c, "action: " + text);
+  triSUTactionInformal(text.c_str());
+}
+
+void outside_external_function(lumo_type_t signature, lumo_value_t argv[]) {
+  const lumo_field_info_t* formals = field_info(signature);
+  size_t count = formal_count(signature);
+  lumo_type_t type = result_type(signature);
+  bool refused;
+  Value* results = nullptr;
+  Value holder = make_root(lumo_undefined_type, lumo_temp_alloc_c);
+  reserve_text(holder, (count + 1) * sizeof(Value));
+  results = reinterpret_cast<Value*>(holder->text.data);
+  std::memset(static_cast<void*>(results), 0, (count + 1) * sizeof(Value));
+  {
+    Parameters parameters;
+    for (size_t i = 0; i < count; ++i) {
+      TriParameterPassingMode mode = mode_of(formals[i]);
+      parameters.add(mode == TRI_OUT ? nullptr : argv[i], mode);
+    }
+    TriParameter result = {{nullptr, 0, nullptr}, TRI_OUT};
+    TriFunctionId id = qualified(signature);
+    refused = triExternalFunction(&id, &parameters.list, &result) != TRI_OK;
+    for (size_t i = 0; i < count && !refused; ++i)
+      if (parameters.pointers[i]->mode != TRI_IN)
+        results[i] =
+            decode_value(plain_type(formals[i].type), octets_of(&parameters.pointers[i]->par), nullptr);
+    if (type && !refused) results[count] = decode_value(plain_type(type), octets_of(&result.par), nullptr);
+  }
+  if (refused)
+    fault("external function '%s' has no C function and the adapter does not know it", type_name(signature));
+  for (size_t i = 0; i < count; ++i)
+    if (results[i]) lumo_value_assign(argv[i], results[i], current_task);
+  // The caller takes a result out of the slot behind the arguments.
+  if (type && !results[count])
+    fault("external function '%s' returned nothing that can be decoded", type_name(signature));
+  if (type) argv[count] = results[count];
+}
+
+void take_messages_from_outside() {
+  if (!something_arrived) return;
+  std::list<Arrival> taken;
+  {
+    std::lock_guard<std::mutex> hold(arrivals_lock);
+    taken.swap(arrivals);
+    something_arrived = false;
+  }
+  for (const Arrival& a : taken) deliver_arrival(a);
+}
+
+void wait_outside(Time until) {
+  std::unique_lock<std::mutex> hold(arrivals_lock);
+  auto wake_up = [] { return something_arrived.load(); };
+  if (until == never) {
+    arrived.wait(hold, wake_up);
+    return;
+  }
+  Time left = until - now();
+  if (left > 0) arrived.wait_for(hold, std::chrono::nanoseconds(left), wake_up);
+}
+
+bool outside_may_send() {
+  return mapped_outside > 0 || something_arrived;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void triEnqueueMsg(const TriPortId* tsiPortId, const TriAddress* sutAddress,
+                   const TriComponentId* componentId, const TriMessage* receivedMessage) {
+  Arrival a = new_arrival(MessageKind::message, tsiPortId, sutAddress, componentId);
+  a.octets = octets_of(receivedMessage);
+  arrive(std::move(a));
+}
+
+void triEnqueueCall(const TriPortId* tsiPortId, const TriAddress* sutAddress,
+                    const TriComponentId* componentId, const TriSignatureId* signatureId,
+                    const TriParameterList* parameterList) {
+  Arrival a = new_arrival(MessageKind::call, tsiPortId, sutAddress, componentId);
+  set_signature(a, signatureId, parameterList);
+  arrive(std::move(a));
+}
+
+void triEnqueueReply(const TriPortId* tsiPortId, const TriAddress* sutAddress,
+                     const TriComponentId* componentId, const TriSignatureId* signatureId,
+                     const TriParameterList* parameterList, const TriParameter* returnValue) {
+  Arrival a = new_arrival(MessageKind::reply, tsiPortId, sutAddress, componentId);
+  set_signature(a, signatureId, parameterList);
+  a.has_result = returnValue != nullptr;
+  if (returnValue) a.result = octets_of(&returnValue->par);
+  arrive(std::move(a));
+}
+
+void triEnqueueException(const TriPortId* tsiPortId, const TriAddress* sutAddress,
+                         const TriComponentId* componentId, const TriSignatureId* signatureId,
+                         const TriException* exc) {
+  Arrival a = new_arrival(MessageKind::exception, tsiPortId, sutAddress, componentId);
+  set_signature(a, signatureId, nullptr);
+  a.octets = octets_of(exc);
+  arrive(std::move(a));
+}

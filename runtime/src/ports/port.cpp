@@ -1,0 +1,541 @@
+#include "ports/port.h"
+
+#include <cstring>
+
+#include "ports/codec.h"
+#include "value/error.h"
+#include "value/location.h"
+#include "text/log.h"
+#include "ports/outside.h"
+#include "template/templates.h"
+#include "run/timer.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+Message* free_messages = nullptr;
+
+// A sender yields when a receiver is so far behind.
+constexpr size_t long_queue = 1024;
+
+Port* port_of(Value v) {
+  if (!v || v->form != Form::port) fault("a port is needed");
+  return v->port;
+}
+
+std::string port_name(const Port& port) {
+  std::string name = port.owner->name + ":" + port.name;
+  if (port.index >= 0) name += "[" + std::to_string(port.index) + "]";
+  return name;
+}
+
+void log_port(const char* what, const Port& port, Value content) {
+  if (!log_enabled(lumo_log_msg_event_c)) return;
+  std::string text = std::string(what) + " " + port_name(port);
+  if (content) text += ": " + render(content);
+  log_line(lumo_log_msg_event_c, text);
+}
+
+void drop_queue(Port& port) {
+  while (Message* m = port.first) {
+    port.first = m->next;
+    delete_message(m);
+  }
+  port.last = nullptr;
+  port.length = 0;
+}
+
+void unlink(Port& port) {
+  for (Port* other : port.connections) remove_port(other->connections, &port);
+  for (Port* other : port.mappings) {
+    remove_port(other->mappings, &port);
+    if (other->owner == test_case->system) outside_unmap(port, *other);
+  }
+  port.connections.clear();
+  port.mappings.clear();
+}
+
+Port* make_port(Component& c, Value element, lumo_type_t type, const char* name, long index) {
+  auto* port = new Port;
+  port->owner = &c;
+  port->name = name;
+  port->index = index;
+  port->type = record_type(type);
+  c.ports.push_back(port);
+  clear_contents(element);
+  element->form = Form::port;
+  element->port = port;
+  return port;
+}
+
+void make_port_array(Component& c, Value element, lumo_type_t type, const char* name, long& index) {
+  shape(element);
+  for (size_t i = 0; i < element->parts.size; ++i) {
+    lumo_type_t inner = element_type(type);
+    Value part = force_part(element, i);
+    part->label = name;
+    if (base_kind(inner) == lumo_type_kind_array) {
+      make_port_array(c, part, inner, name, index);
+    } else {
+      make_port(c, part, inner, name, index++);
+    }
+  }
+}
+
+bool is_port_kind(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_port || kind == lumo_type_kind_port_ref;
+}
+
+bool holds_ports(lumo_type_t type) {
+  for (int i = 0; i < 100 && base_kind(type) == lumo_type_kind_array; ++i) type = element_type(type);
+  return is_port_kind(base_kind(type));
+}
+
+// --- sending
+
+void check_can_send(Port& port) {
+  if (port.state == PortState::stopped) fault("port %s is stopped", port.name);
+  if (port.connections.empty() && port.mappings.empty())
+    fault("port %s is neither connected nor mapped", port.name);
+}
+
+Message* copy_message(const Message& m) {
+  Message* copy = new_message(m.kind);
+  if (m.content) copy->content = copy_value(m.content, lumo_perm_alloc_c);
+  if (m.result) copy->result = copy_value(m.result, lumo_perm_alloc_c);
+  copy->signature = m.signature;
+  copy->sender = m.sender;
+  return copy;
+}
+
+void send_to_port(Port& from, Port& to, Message* message) {
+  if (to.owner == test_case->system) {
+    outside_send(from, to, *message);
+    delete_message(message);
+  } else {
+    deliver(to, message);
+  }
+}
+
+Port* connected_to(Port& port, Value recipient) {
+  Component* c = component_of(recipient);
+  for (Port* other : port.connections)
+    if (other->owner == c) return other;
+  for (Port* other : port.mappings)
+    if (other->owner == c) return other;
+  fault("port %s has no connection to %s", port.name, c ? c->name.c_str() : "null");
+}
+
+void send_to_all(Port& port, Message* message) {
+  self().unsent = nullptr;
+  for (size_t i = 0; i < port.connections.size(); ++i)
+    send_to_port(port, *port.connections[i], copy_message(*message));
+  for (size_t i = 0; i < port.mappings.size(); ++i)
+    send_to_port(port, *port.mappings[i], copy_message(*message));
+  delete_message(message);
+}
+
+void send_to_several(Port& port, Message* message, Value list) {
+  for (size_t i = 0; i < list->parts.size; ++i)
+    if (Value recipient = list->parts.data[i]) {
+      Port& to = *connected_to(port, recipient);
+      send_to_port(port, to, copy_message(*message));
+    }
+  self().unsent = nullptr;
+  delete_message(message);
+}
+
+void send_message(Port& port, Message* message, Value recipient) {
+  message->sender = port.owner->number;
+  // Freed with the component if it faults before the message is on its way.
+  Component& sender = self();
+  sender.unsent = message;
+  Port* to = nullptr;
+  if (!recipient || recipient == lumo_no_value_c) {
+    if (port.connections.size() + port.mappings.size() > 1)
+      fault("port %s has several connections, so a receiver has to be named", port.name);
+    to = port.connections.empty() ? port.mappings[0] : port.connections[0];
+  } else if (recipient == lumo_value_all_c) {
+    return send_to_all(port, message);
+  } else {
+    if (recipient->form != Form::special && is_template(recipient))
+      recipient = valueof_value(recipient, lumo_temp_alloc_c);
+    if (recipient->form == Form::fields || recipient->form == Form::vector)
+      return send_to_several(port, message, recipient);
+    if (recipient->form == Form::component) {
+      to = connected_to(port, recipient);
+    } else {
+      // An address of the system under test.
+      if (port.mappings.empty()) fault("port %s is not mapped, so there is no address to send to", port.name);
+      message->address = copy_value(recipient, lumo_perm_alloc_c);
+      to = port.mappings[0];
+    }
+  }
+  sender.unsent = nullptr;
+  bool behind = to->length >= long_queue && to->owner != port.owner;
+  send_to_port(port, *to, message);
+  if (behind) yield();
+}
+
+Value content_of(Value template_value) {
+  if (!template_value) fault("use of a value that is not initialized");
+  Value v = template_value->form != Form::special && is_template(template_value)
+                ? valueof_value(template_value, lumo_temp_alloc_c)
+                : settled(template_value);
+  if (v->form == Form::special || !is_complete(v))
+    fault("a value that is sent is not completely initialized");
+  return v;
+}
+
+// --- receiving
+
+Message* head_of(Port& port, MessageKind kind) {
+  if (port.state == PortState::stopped || !port.first) return nullptr;
+  if (port.state == PortState::halted && port.allowed == 0) return nullptr;
+  return port.first->kind == kind ? port.first : nullptr;
+}
+
+void remove_head(Port& port) {
+  Message* m = port.first;
+  port.first = m->next;
+  if (!port.first) port.last = nullptr;
+  --port.length;
+  if (port.state == PortState::halted && --port.allowed == 0) port.state = PortState::stopped;
+  delete_message(m);
+}
+
+Value sender_of(const Message& m) {
+  if (m.address) return m.address;
+  return reference_to(*test_case->components[static_cast<size_t>(m.sender) - 1]);
+}
+
+bool sender_fits(const Message& m, Value sender) {
+  if (!sender || sender == lumo_no_value_c) return true;
+  TempScope scope;
+  Value from = sender_of(m);
+  bool address = from->kind != lumo_type_kind_component_ref;
+  bool wants_component =
+      sender->kind == lumo_type_kind_component_ref || sender->kind == lumo_type_kind_component;
+  if (address == wants_component) return false;
+  ++current_task->quiet;
+  bool fits = match_value(sender, from);
+  --current_task->quiet;
+  return fits;
+}
+
+// Types are told apart by name, not by structure. A template without a type takes any.
+bool type_fits(Value pattern, Value content) {
+  if (!pattern->type || pattern->form == Form::special) return true;
+  const lumo_type_info_struct_t* wanted = root_of(pattern->type);
+  return !wanted || wanted->kind == lumo_type_kind_undefined || wanted == root_of(content->type);
+}
+
+// Turns encoded content into a value of the type that the template asks for.
+bool decode_for(Message& m, Value pattern) {
+  if (!m.encoded) return true;
+  lumo_type_t type = pattern ? plain_type(pattern->type) : nullptr;
+  if (!type) type = lumo_octetstring_type;
+  Value decoded = decode_value(type, m.raw, nullptr);
+  if (!decoded) return false;
+  if (m.content) destroy(m.content);
+  m.content = copy_value(decoded, lumo_perm_alloc_c);
+  return true;
+}
+
+bool content_fits(Message& m, Value pattern) {
+  TempScope scope;
+  bool any = !pattern || pattern == lumo_no_value_c;
+  if (!decode_for(m, any ? nullptr : pattern)) return false;
+  if (any) return true;
+  if (type_fits(pattern, m.content)) return match_value(pattern, m.content);
+  lumo_log_template_mismatch_event("type mismatch", m.content, pattern, current_task);
+  return false;
+}
+
+void redirect(Value target, Value source) {
+  if (target && target != lumo_value_no_return_c && source) lumo_value_assign(target, source, current_task);
+}
+
+void redirect_parameters(const Message& m, unsigned long count, lumo_value_t redirects[]) {
+  if (!redirects || m.content->form != Form::fields) return;
+  for (unsigned long i = 0; i < count && i < m.content->parts.size; ++i)
+    redirect(redirects[i], m.content->parts.data[i]);
+}
+
+// For each port that the statement names: calls the function with it until one takes.
+template <class Try>
+bool of_ports(Value port, Try try_port) {
+  if (port != lumo_value_any_c) return try_port(*port_of(port));
+  for (Port* p : self().ports)
+    if (try_port(*p)) return true;
+  return false;
+}
+
+template <class Do>
+void each_port(Value port, Do act) {
+  if (port != lumo_value_all_c && port != lumo_value_any_c) return act(*port_of(port));
+  for (Port* p : self().ports) act(*p);
+}
+
+Value signature_value(Value template_value, bool is_call) {
+  if (!template_value) fault("use of a value that is not initialized");
+  return lumo_valueof_signature(template_value, is_call, lumo_temp_alloc_c, current_task);
+}
+
+bool signature_fits(const Message& m, Value pattern, bool is_call) {
+  if (!pattern || pattern == lumo_no_value_c) return true;
+  TempScope scope;
+  if (pattern->type && pattern->form != Form::special && root_of(pattern->type) != root_of(m.signature))
+    return false;
+  return lumo_match_signature(pattern, m.content, is_call, current_task);
+}
+
+Message* procedure_message(MessageKind kind, Value content) {
+  Value copy = copy_value(content, lumo_perm_alloc_c);
+  Message* m = new_message(kind);
+  m->content = copy;
+  m->signature = content->type;
+  return m;
+}
+
+void start_call_timer(Port& port, double timeout) {
+  if (!port.call_timer) {
+    port.call_timer = make_root(lumo_timer_type, lumo_perm_alloc_c);
+    port.call_timer->label = "call";
+  }
+  lumo_timer_stop(port.call_timer, current_task);
+  if (timeout >= 0) lumo_timer_start(port.call_timer, timeout, current_task);
+}
+
+}  // namespace
+
+void remove_port(std::vector<Port*>& list, Port* port) {
+  for (size_t i = 0; i < list.size(); ++i)
+    if (list[i] == port) list.erase(list.begin() + static_cast<long>(i--));
+}
+
+Message* new_message(MessageKind kind) {
+  Message* m = free_messages;
+  if (m) {
+    free_messages = m->next;
+    m->next = nullptr;
+  } else {
+    m = new Message;
+  }
+  m->kind = kind;
+  return m;
+}
+
+void delete_message(Message* m) {
+  if (m->content) destroy(m->content);
+  if (m->result) destroy(m->result);
+  if (m->address) destroy(m->address);
+  m->content = m->result = m->address = nullptr;
+  m->signature = nullptr;
+  m->sender = 0;
+  m->encoded = false;
+  m->raw.clear();
+  m->next = free_messages;
+  free_messages = m;
+}
+
+void make_ports(Component& c, Value element, lumo_type_t type, const char* name) {
+  if (!holds_ports(type)) return;
+  if (base_kind(type) != lumo_type_kind_array) {
+    make_port(c, element, type, name, -1);
+    return;
+  }
+  long index = array_base(type);
+  make_port_array(c, element, type, name, index);
+}
+
+void disconnect_all(Component& c) {
+  for (Port* port : c.ports) unlink(*port);
+}
+
+void close_ports(Component& c) {
+  for (Port* port : c.ports) {
+    unlink(*port);
+    drop_queue(*port);
+    if (port->call_timer) destroy(port->call_timer);
+    delete port;
+  }
+  c.ports.clear();
+}
+
+Port* find_port(Component& c, const char* name, long index) {
+  for (Port* port : c.ports)
+    if (port->index == index && !std::strcmp(port->name, name)) return port;
+  return nullptr;
+}
+
+void deliver(Port& port, Message* m) {
+  bool gone = port.owner->state == State::ended || port.state == PortState::stopped;
+  if (gone) {
+    log_port("lost at stopped port", port, m->content);
+    delete_message(m);
+    return;
+  }
+  if (port.last) {
+    port.last->next = m;
+  } else {
+    port.first = m;
+  }
+  port.last = m;
+  ++port.length;
+  wake(*port.owner);
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipient, lumo_context_t) {
+  Port& p = *port_of(port);
+  check_can_send(p);
+  Value content = copy_value(content_of(value), lumo_perm_alloc_c);
+  Message* m = new_message(MessageKind::message);
+  m->content = content;
+  log_port("send on", p, content);
+  send_message(p, m, recipient);
+}
+
+void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeout, lumo_value_t recipient,
+                    lumo_context_t) {
+  Port& p = *port_of(port);
+  check_can_send(p);
+  Message* m = procedure_message(MessageKind::call, signature_value(template_value, true));
+  start_call_timer(p, timeout);
+  log_port("call on", p, m->content);
+  send_message(p, m, recipient);
+}
+
+void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_t result,
+                     lumo_value_t recipient, lumo_context_t) {
+  Port& p = *port_of(port);
+  check_can_send(p);
+  Value content = signature_value(template_value, false);
+  Value returned = result && result != lumo_no_value_c ? content_of(result) : nullptr;
+  Message* m = procedure_message(MessageKind::reply, content);
+  if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
+  log_port("reply on", p, m->content);
+  send_message(p, m, recipient);
+}
+
+void lumo_port_raise(lumo_value_t port, lumo_type_t signature, lumo_value_t exception, lumo_value_t recipient,
+                     lumo_context_t) {
+  Port& p = *port_of(port);
+  check_can_send(p);
+  Message* m = procedure_message(MessageKind::exception, content_of(exception));
+  m->signature = base_kind(signature) == lumo_type_kind_signature ? signature : nullptr;
+  log_port("raise on", p, m->content);
+  send_message(p, m, recipient);
+}
+
+lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
+                                     lumo_boolean_t check, lumo_value_t value_redirect,
+                                     lumo_value_t sender_redirect, lumo_context_t) {
+  return of_ports(port, [&](Port& p) {
+    Message* m = head_of(p, MessageKind::message);
+    // A check without a template looks at anything in the queue.
+    if (!m && check && (!template_value || template_value == lumo_no_value_c) && p.first)
+      m = head_of(p, p.first->kind);
+    if (!m || !sender_fits(*m, sender) || !content_fits(*m, template_value)) return false;
+    redirect(value_redirect, m->content);
+    redirect(sender_redirect, sender_of(*m));
+    log_port(check ? "check on" : "receive on", p, m->content);
+    if (!check) remove_head(p);
+    return true;
+  });
+}
+
+lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
+                                     lumo_boolean_t check, unsigned long redirect_count,
+                                     lumo_value_t redirects[], lumo_value_t sender_redirect, lumo_context_t) {
+  return of_ports(port, [&](Port& p) {
+    Message* m = head_of(p, MessageKind::call);
+    if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, true)) return false;
+    redirect_parameters(*m, redirect_count, redirects);
+    redirect(sender_redirect, sender_of(*m));
+    log_port("getcall on", p, m->content);
+    if (!check) remove_head(p);
+    return true;
+  });
+}
+
+lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_value,
+                                      lumo_value_t result_template, lumo_value_t sender, lumo_boolean_t check,
+                                      lumo_value_t value_redirect, unsigned long redirect_count,
+                                      lumo_value_t redirects[], lumo_value_t sender_redirect,
+                                      lumo_context_t) {
+  return of_ports(port, [&](Port& p) {
+    Message* m = head_of(p, MessageKind::reply);
+    if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, false)) return false;
+    bool any = !result_template || result_template == lumo_no_value_c;
+    if (!any && (!m->result || !match_value(result_template, m->result))) return false;
+    redirect(value_redirect, m->result);
+    redirect_parameters(*m, redirect_count, redirects);
+    redirect(sender_redirect, sender_of(*m));
+    log_port("getreply on", p, m->content);
+    if (!check) {
+      remove_head(p);
+      if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
+    }
+    return true;
+  });
+}
+
+lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lumo_value_t template_value,
+                                   lumo_value_t sender, lumo_boolean_t check, lumo_value_t value_redirect,
+                                   lumo_value_t sender_redirect, lumo_context_t) {
+  return of_ports(port, [&](Port& p) {
+    Message* m = head_of(p, MessageKind::exception);
+    if (!m || !sender_fits(*m, sender)) return false;
+    bool named = signature && base_kind(signature) == lumo_type_kind_signature && m->signature;
+    if (named && root_of(signature) != root_of(m->signature)) return false;
+    if (!content_fits(*m, template_value)) return false;
+    redirect(value_redirect, m->content);
+    redirect(sender_redirect, sender_of(*m));
+    log_port("catch on", p, m->content);
+    if (!check) {
+      remove_head(p);
+      if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
+    }
+    return true;
+  });
+}
+
+lumo_boolean_t lumo_port_try_catch_timeout(lumo_value_t port, lumo_context_t context) {
+  Port& p = *port_of(port);
+  return p.call_timer && lumo_timer_try_timed_out(p.call_timer, context);
+}
+
+void lumo_port_clear(lumo_value_t port, lumo_context_t) {
+  each_port(port, drop_queue);
+}
+
+void lumo_port_halt(lumo_value_t port, lumo_context_t) {
+  each_port(port, [](Port& p) {
+    p.allowed = p.length;
+    p.state = p.length ? PortState::halted : PortState::stopped;
+  });
+}
+
+void lumo_port_start(lumo_value_t port, lumo_context_t) {
+  each_port(port, [](Port& p) {
+    drop_queue(p);
+    p.state = PortState::started;
+    p.allowed = SIZE_MAX;
+  });
+}
+
+void lumo_port_stop(lumo_value_t port, lumo_context_t) {
+  each_port(port, [](Port& p) { p.state = PortState::stopped; });
+}
+
+void lumo_port_sut_action(lumo_value_t action, lumo_context_t) {
+  Value v = content_of(action);
+  outside_action(render_plain(v));
+}

@@ -1,0 +1,59 @@
+// Ports: a queue of what arrived, and the connections to other ports.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "run/component.h"
+
+namespace lumos {
+
+enum class MessageKind : uint8_t { message, call, reply, exception };
+
+struct Message {
+  MessageKind kind = MessageKind::message;
+  Value content = nullptr;  // owned; of a call or reply a value of the signature
+  Value result = nullptr;   // owned; of a reply
+  lumo_type_t signature = nullptr;
+  long sender = 0;          // number of a component
+  Value address = nullptr;  // owned; sender in the system under test
+  std::string raw;          // encoded content, not decoded yet
+  bool encoded = false;
+  Message* next = nullptr;
+};
+Message* new_message(MessageKind kind);
+void delete_message(Message* message);
+
+enum class PortState : uint8_t { started, stopped, halted };
+
+struct Port {
+  Component* owner = nullptr;
+  const char* name = "";
+  long index = -1;  // in an array of ports
+  lumo_type_t type = nullptr;
+  PortState state = PortState::started;
+  Message* first = nullptr;
+  Message* last = nullptr;
+  size_t length = 0;
+  size_t allowed = SIZE_MAX;  // of a halted port: how many it still delivers
+  std::vector<Port*> connections;
+  std::vector<Port*> mappings;  // on the other side
+  Time call_expiry = never;
+  Value call_timer = nullptr;  // wakes the component when a call is over
+};
+
+// Gives the element the ports that its type asks for; nothing for other types.
+void make_ports(Component& component, Value element, lumo_type_t type, const char* name);
+// Ends all ports of the component.
+void close_ports(Component& component);
+// Takes connections and mappings away.
+void disconnect_all(Component& component);
+// Takes the port out of a list of connections or mappings.
+void remove_port(std::vector<Port*>& list, Port* port);
+// Puts the message into the queue and wakes the owner; takes the message over.
+void deliver(Port& port, Message* message);
+// Null if there is none.
+Port* find_port(Component& component, const char* name, long index);
+
+}  // namespace lumos

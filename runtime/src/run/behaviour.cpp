@@ -1,0 +1,80 @@
+// Calls of behaviours, and faults that generated code reports.
+#include <cstdio>
+#include <cstring>
+
+#include "run/component.h"
+#include "value/error.h"
+#include "ports/outside.h"
+#include "value/types.h"
+#include "value/wide_string.h"
+
+namespace lumos {
+
+namespace {
+
+// A callee replaces a slot that was left to its default by a value of its own making; the
+// values are ended when it returns.
+class DefaultArguments {
+ public:
+  DefaultArguments(unsigned long argc, lumo_value_t* argv) : argv_(argv) {
+    unsigned long count = argv ? (argc < 64 ? argc : 64) : 0;
+    for (unsigned long i = 0; i < count; ++i)
+      if (argv[i] == lumo_value_default_c) left_ |= uint64_t(1) << i;
+  }
+  void end() {
+    for (unsigned i = 0; left_; ++i, left_ >>= 1) {
+      if (!(left_ & 1) || argv_[i] == lumo_value_default_c) continue;
+      if (argv_[i] && argv_[i]->life == Life::perm) destroy(argv_[i]);
+      argv_[i] = lumo_value_default_c;
+    }
+  }
+
+ private:
+  lumo_value_t* argv_;
+  uint64_t left_ = 0;
+};
+
+}  // namespace
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_call_function(lumo_function_t function, lumo_type_t type, unsigned long argc, lumo_value_t argv[],
+                        lumo_context_t) {
+  if (!function) fault("function '%s' has no behaviour", type_name(type));
+  check_stack();
+  DefaultArguments defaults(argc, argv);
+  function(argc, argv, current_task);
+  defaults.end();
+}
+
+lumo_test_step_result_t lumo_call_altstep(lumo_test_step_t altstep, lumo_type_t type, unsigned long argc,
+                                          lumo_value_t argv[], lumo_context_t) {
+  if (!altstep) fault("altstep '%s' has no behaviour", type_name(type));
+  check_stack();
+  DefaultArguments defaults(argc, argv);
+  lumo_test_step_result_t result = altstep(argc, argv, current_task);
+  defaults.end();
+  return result;
+}
+
+void lumo_call_external_function(lumo_type_t signature, lumo_value_t argv[], lumo_context_t) {
+  outside_external_function(signature, argv);
+}
+
+void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_context_t) {
+  static char message[1024];
+  {
+    std::string narrow = text ? narrow_text(text->text) : std::string("error");
+    std::strncpy(message, narrow.c_str(), sizeof message - 1);
+  }
+  if (position && *position) fault("%s: %s", position, message);
+  fault("%s", message);
+}
+
+void lumo__report_error_at(int line, const char* file, lumo_wide_string_t text, lumo_context_t context) {
+  static char position[256];
+  std::snprintf(position, sizeof position, "%s:%d", file, line);
+  lumo_report_error(position, text, context);
+}

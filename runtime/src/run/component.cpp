@@ -1,0 +1,355 @@
+#include "run/component.h"
+
+#include "run/defaults.h"
+#include "value/error.h"
+#include "text/log.h"
+#include "ports/port.h"
+#include "run/scheduler.h"
+#include "template/templates.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+void free_behaviour(Component& c) {
+  for (lumo_value_t v : c.behaviour.argv)
+    if (v) destroy(v);
+  c.behaviour = Behaviour();
+}
+
+// The behaviour is over; not called on the component's own stack.
+void release_behaviour(Component& c) {
+  if (c.task.fiber) delete_fiber(c.task.fiber);
+  c.task.fiber = nullptr;
+  deactivate_all(c);
+  reset_task(c.task);
+  free_behaviour(c);
+  drop_from_ready(c);
+  if (c.unsent) delete_message(c.unsent);
+  c.unsent = nullptr;
+}
+
+void make_element(Component& c, size_t slot) {
+  lumo_field_info_t* fields = field_info(c.record->type);
+  lumo_type_t type = fields[slot].type;
+  if (!type) return;
+  Value part = force_part(c.record, slot);
+  part->label = fields[slot].name;
+  make_ports(c, part, type, fields[slot].name);
+}
+
+// Ports and timers come from the table, variables from the post-process function.
+void furnish(Component& c) {
+  lumo_type_t record = record_type(c.type);
+  c.record = make_root(record, lumo_perm_alloc_c);
+  shape(c.record);
+  for (size_t i = 0; i < c.record->parts.size; ++i) make_element(c, i);
+  void* post_process = record && record->type_info ? record->type_info->check_function : nullptr;
+  if (!post_process || record->type_info->kind != lumo_type_kind_component) return;
+  Task* creator = current_task;
+  current_task = &c.task;
+  reinterpret_cast<lumo_postprocess_function_t>(post_process)(c.record, current_task);
+  end_roots(c.task, 0);
+  current_task = creator;
+}
+
+void component_entry(void* argument) {
+  auto* c = static_cast<Component*>(argument);
+  if (!c->record && c->type) furnish(*c);
+  Behaviour& b = c->behaviour;
+  lumo_call_function(b.function, b.type, b.argc, b.argv.data(), current_task);
+  leave_behaviour();
+}
+
+}  // namespace
+
+Component& add_component(lumo_type_t type, const std::string& name, bool alive) {
+  auto c = std::make_unique<Component>();
+  c->number = static_cast<long>(test_case->components.size()) + 1;
+  c->type = type;
+  c->name = name;
+  c->alive = alive;
+  c->task.component = c.get();
+  test_case->components.push_back(std::move(c));
+  Component& made = *test_case->components.back();
+  if (made.name.empty()) made.name = "ptc" + std::to_string(made.number);
+  made.task.name = made.name.c_str();
+  return made;
+}
+
+// The vector of a behaviour: copies of the arguments, a place for a result, NULL.
+void set_behaviour(Component& c, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]) {
+  Behaviour& b = c.behaviour;
+  b.function = reinterpret_cast<lumo_function_t>(row->function_ptr);
+  b.type = row->type_descriptor;
+  b.argc = argc;
+  for (unsigned long i = 0; i < argc; ++i)
+    b.argv.push_back(argv && argv[i] ? copy_value(argv[i], lumo_perm_alloc_c) : nullptr);
+  const lumo_field_info_t* fields = b.type ? field_info(b.type) : nullptr;
+  lumo_type_t signature = fields ? fields[0].type : nullptr;
+  const lumo_field_info_t* formals = signature ? field_info(signature) : nullptr;
+  size_t count = formals ? field_count(signature) : 0;
+  if (count > argc && formals[argc].property & lumo_field_property_return_value_c)
+    b.argv.push_back(make_root(formals[argc].type, lumo_perm_alloc_c));
+  b.argv.push_back(nullptr);
+}
+
+bool start_fiber(Component& c) {
+  c.task.fiber = new_fiber(component_entry, &c);
+  return c.task.fiber != nullptr;
+}
+
+void take_verdict(Component& c) {
+  if (c.verdict > test_case->verdict) test_case->verdict = c.verdict;
+}
+
+void release_component(Component& c) {
+  release_behaviour(c);
+  close_ports(c);
+  if (c.record) destroy(c.record);
+  c.record = nullptr;
+}
+
+// What is left to do for a component that switched away for the last time.
+void bury(Component& c) {
+  release_behaviour(c);
+  take_verdict(c);
+  c.done = true;
+  if (&c == test_case->mtc) {
+    c.state = State::ended;
+    test_case->ended = true;
+  } else if (c.alive) {
+    c.state = State::idle;
+  } else {
+    c.state = State::ended;
+    disconnect_all(c);
+  }
+  wake_all();
+}
+
+// --- references
+
+Component& self() {
+  if (!current_task->component) fault("this needs a component and cannot be done in a control part");
+  return *current_task->component;
+}
+
+Component* component_of(Value reference) {
+  if (!reference) fault("use of a component reference that is not initialized");
+  if (is_special(reference, Special::null_component)) return nullptr;
+  if (reference->form != Form::special && is_template(reference))
+    reference = valueof_value(reference, lumo_temp_alloc_c);
+  if (reference->form != Form::component) fault("use of a component reference that is not initialized");
+  size_t number = static_cast<size_t>(reference->integer);
+  if (!test_case || number == 0 || number > test_case->components.size()) return nullptr;
+  return test_case->components[number - 1].get();
+}
+
+Value reference_to(const Component& c) {
+  Value v = make_root(c.type ? c.type : lumo_undefined_type, lumo_temp_alloc_c);
+  clear_contents(v);
+  v->kind = lumo_type_kind_component_ref;
+  v->form = Form::component;
+  v->integer = c.number;
+  return v;
+}
+
+Value find_component_element(const char* name) {
+  Component* c = current_task->component;
+  if (!c || !c->record) return nullptr;
+  long index = field_index(c->record->type, name);
+  if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
+  return force_part(c->record, static_cast<size_t>(index));
+}
+
+Component& system_component() {
+  Component& system = *test_case->system;
+  if (!system.record) {
+    if (!system.type) fault("the test case has no system component");
+    furnish(system);
+  }
+  return system;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+namespace {
+
+Component& existing(lumo_value_t reference) {
+  Component* c = component_of(reference);
+  if (!c) fault("the component reference is null or of no component of this test case");
+  return *c;
+}
+
+bool is_parallel(const Component& c) {
+  return &c != test_case->mtc && &c != test_case->system;
+}
+
+bool is_running(const Component& c) {
+  return c.state == State::ready || c.state == State::running || c.state == State::waiting;
+}
+
+// Whether one, or all, of the parallel components have the property.
+template <class Property>
+bool of_components(lumo_value_t which, Property has) {
+  if (which != lumo_value_any_c && which != lumo_value_all_c) return has(existing(which));
+  bool all = which == lumo_value_all_c;
+  for (auto& c : test_case->components)
+    if (is_parallel(*c) && has(*c) != all) return !all;
+  return all;
+}
+
+void stop_behaviour(Component& c) {
+  if (!is_running(c)) return;
+  if (current_task->component == &c) leave_behaviour();
+  bury(c);
+}
+
+void stop(Component& c, bool kill) {
+  if (&c == test_case->system) fault("the system component cannot be stopped");
+  if (&c == test_case->mtc) {
+    if (current_task->component == &c) leave_behaviour();
+    test_case->ended = true;
+    to_scheduler();
+  }
+  if (kill) c.alive = false;
+  if (is_running(c)) return stop_behaviour(c);
+  if (c.state == State::ended || (c.alive && !kill)) return;
+  c.state = State::ended;
+  take_verdict(c);
+  disconnect_all(c);
+  wake_all();
+}
+
+void stop_or_kill(lumo_value_t component, bool kill) {
+  if (component == lumo_no_value_c || !component) {
+    if (current_task->component) stop(*current_task->component, kill);
+    leave_behaviour();
+  }
+  self();
+  if (component != lumo_value_all_c) return stop(existing(component), kill);
+  // The caller last, since it does not come back.
+  for (size_t i = 0; i < test_case->components.size(); ++i) {
+    Component& c = *test_case->components[i];
+    if (is_parallel(c) && &c != current_task->component) stop(c, kill);
+  }
+  if (is_parallel(self())) stop(self(), kill);
+}
+
+}  // namespace
+
+lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lumo_boolean_t alive,
+                                   lumo_context_t) {
+  self();
+  prepare_write(instance);
+  const char* text = name && name != lumo_no_value_c ? lumo_value_get_charstring(name, nullptr) : "";
+  Component& c = add_component(instance->type, text, alive);
+  furnish(c);
+  clear_contents(instance);
+  instance->form = Form::component;
+  instance->integer = c.number;
+  if (log_enabled(lumo_log_msg_event_c))
+    log_format(lumo_log_msg_event_c, "component %s created", c.name.c_str());
+  return instance;
+}
+
+void lumo_component_start(lumo_value_t component, const char* module, const char* function,
+                          unsigned long argc, lumo_value_t argv[], lumo_context_t context) {
+  self();
+  Component& c = existing(component);
+  if (!is_parallel(c)) fault("component %s cannot be started", c.name.c_str());
+  if (is_running(c)) fault("component %s is running already", c.name.c_str());
+  if (c.state == State::ended || (c.done && !c.alive)) fault("component %s has ended", c.name.c_str());
+  lumo_symbol_entry_t row = lumo_find_element_with_check(module, function, context);
+  if (!row->function_ptr) fault("function '%s.%s' has no behaviour", module, function);
+  set_behaviour(c, row, argc, argv);
+  c.done = false;
+  if (!start_fiber(c)) fault("there is no memory for the stack of component %s", c.name.c_str());
+  make_ready(c);
+  if (log_enabled(lumo_log_msg_event_c))
+    log_format(lumo_log_msg_event_c, "component %s started: %s.%s", c.name.c_str(), module, function);
+}
+
+void lumo_component_stop(lumo_value_t component, lumo_context_t) {
+  stop_or_kill(component, false);
+}
+void lumo_component_kill(lumo_value_t component, lumo_context_t) {
+  stop_or_kill(component, true);
+}
+
+lumo_boolean_t lumo_component_is_running(lumo_value_t component, lumo_context_t) {
+  self();
+  return of_components(component, is_running);
+}
+
+lumo_boolean_t lumo_component_is_alive(lumo_value_t component, lumo_context_t) {
+  self();
+  return of_components(component, [](const Component& c) { return c.state != State::ended; });
+}
+
+lumo_boolean_t lumo_component_try_done(lumo_value_t component, lumo_context_t) {
+  self();
+  return of_components(component, [](const Component& c) { return c.done || c.state == State::ended; });
+}
+
+lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t) {
+  self();
+  return of_components(component, [](const Component& c) { return c.state == State::ended; });
+}
+
+lumo_boolean_t lumo_component_try_else(lumo_context_t) {
+  return true;
+}
+lumo_boolean_t lumo_try_else(lumo_context_t) {
+  return true;
+}
+
+lumo_value_t lumo_component_self(lumo_context_t) {
+  return reference_to(self());
+}
+
+lumo_value_t lumo_component_mtc(lumo_context_t) {
+  self();
+  return reference_to(*test_case->mtc);
+}
+
+lumo_value_t lumo_component_system(lumo_context_t) {
+  self();
+  return reference_to(*test_case->system);
+}
+
+lumo_value_t lumo_component_element(const char* name, lumo_context_t) {
+  Component& c = self();
+  Value v = find_component_element(name);
+  if (!v) fault("component %s has no element '%s'", c.name.c_str(), name);
+  return v;
+}
+
+void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons[], lumo_context_t) {
+  Component& c = self();
+  lumo_verdict_t given = lumo_value_get_verdict(verdict, nullptr);
+  if (given == lumo_verdict_error_c) fault("verdict error cannot be set");
+  bool worse = given > c.verdict;
+  if (worse) c.verdict = given;
+  std::string text = std::string("verdict set to ") + verdict_name(given);
+  std::string reason;
+  for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
+  if (!reason.empty()) text += ": " + reason;
+  if (worse && given > test_case->verdict) test_case->reason = reason;
+  log_line(given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c, text);
+}
+
+lumo_value_t lumo_component_get_local_verdict(lumo_context_t context) {
+  lumo_verdict_t verdict = self().verdict;
+  return lumo_value_set_verdict(make_root(lumo_verdicttype_type, lumo_temp_alloc_c), verdict, context);
+}
+
+void lumo_component_set_system_component_type(lumo_type_t type, lumo_context_t) {
+  self();
+  if (!type || type == lumo_undefined_type || test_case->system->record) return;
+  test_case->system_type = type;
+  test_case->system->type = type;
+}

@@ -1,0 +1,117 @@
+// Components of a running test case. Each component is a fiber that the scheduler lets run
+// in turn.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "run/fiber.h"
+#include "run/task.h"
+
+namespace lumos {
+
+struct Message;
+struct Port;
+
+enum class State : uint8_t {
+  idle,     // created, or an alive component whose behaviour ended
+  ready,    // waits for its turn
+  running,  // has the processor
+  waiting,  // for an event
+  ended     // for good
+};
+
+struct Behaviour {
+  lumo_function_t function = nullptr;
+  lumo_type_t type = nullptr;
+  unsigned long argc = 0;
+  std::vector<lumo_value_t> argv;  // owned; ends with NULL
+};
+
+struct ActiveDefault {
+  long number;
+  lumo_test_step_t altstep;
+  lumo_type_t type;
+  unsigned long argc;
+  std::vector<lumo_value_t> argv;  // owned but for timers and ports
+};
+
+struct Component {
+  long number = 0;
+  std::string name;
+  lumo_type_t type = nullptr;  // reference type
+  Value record = nullptr;      // variables, timers and ports by field
+  Task task;
+  State state = State::idle;
+  bool alive = false;  // may be started again
+  bool done = false;   // a behaviour ended
+  bool polls = false;  // waits, but is to be woken after a while without an event
+  unsigned steps = 0;  // control points since the last yield
+  lumo_verdict_t verdict = lumo_verdict_none_c;
+  Behaviour behaviour;
+  std::vector<Port*> ports;             // owned
+  std::vector<ActiveDefault> defaults;  // oldest first
+  Message* unsent = nullptr;            // made, but not on its way yet
+};
+
+// The running test case; null between test cases.
+struct TestCase {
+  std::string module, name;
+  std::vector<std::unique_ptr<Component>> components;  // by number - 1; mtc, system, parallel ones
+  Component* mtc = nullptr;
+  Component* system = nullptr;
+  lumo_type_t system_type = nullptr;
+  lumo_verdict_t verdict = lumo_verdict_none_c;
+  std::string reason;
+  Time deadline = never;
+  bool ended = false;
+  Fiber* scheduler = nullptr;
+  Task* caller = nullptr;
+};
+extern TestCase* test_case;
+
+// What came out of a test case.
+struct Result {
+  std::string module, name;
+  lumo_verdict_t verdict;
+  std::string reason;
+};
+std::vector<Result>& results();
+const char* verdict_name(lumo_verdict_t verdict);
+
+// --- life of a component
+
+// A new component of the running test case; an empty name gives it one by its number.
+Component& add_component(lumo_type_t type, const std::string& name, bool alive);
+// Copies the arguments and makes a place for a result.
+void set_behaviour(Component& component, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]);
+// False if there is no memory for a stack.
+bool start_fiber(Component& component);
+void take_verdict(Component& component);
+// What is left to do when the behaviour of a component is over; not on the component's stack.
+void bury(Component& component);
+// Ends behaviour, ports and variables.
+void release_component(Component& component);
+
+// The component of the calling behaviour; a fault in a control part.
+Component& self();
+// Null for null, or a component that does not exist.
+Component* component_of(Value reference);
+Value reference_to(const Component& component);
+Value find_component_element(const char* name);  // null if there is none
+Component& system_component();
+
+// Something happened to the component: it tries its alternatives again.
+void wake(Component& component);
+// Gives up the processor; the caller stays ready.
+void yield();
+// Ends the test case with verdict error, from the scheduler's or any component's side.
+void end_test_case(lumo_verdict_t verdict, const char* reason);
+
+// Runs on a fiber of its own, so that a fault ends it alone; false after a fault.
+bool run_guarded(const char* task_name, void (*function)(void*), void* argument);
+// Ends the calling guarded run or component without a fault.
+[[noreturn]] void leave_behaviour();
+
+}  // namespace lumos

@@ -1,0 +1,121 @@
+// Connections and mappings of ports.
+#include "value/error.h"
+#include "ports/outside.h"
+#include "ports/port.h"
+
+using namespace lumos;
+
+namespace {
+
+// Array elements are numbered through the whole array.
+long port_index(lumo_value_t index) {
+  if (!index || index == lumo_no_value_c) return -1;
+  if (index->form == Form::integer) return static_cast<long>(index->integer);
+  return static_cast<long>(lumo_value_get_integer(index, nullptr));
+}
+
+Port& named_port(lumo_value_t component, const char* name, lumo_value_t index) {
+  Component* c = component_of(component);
+  if (!c) fault("a port of a component that is null or has ended");
+  if (c == test_case->system) system_component();
+  Port* port = find_port(*c, name ? name : "", port_index(index));
+  if (!port) fault("component %s has no port '%s'", c->name.c_str(), name ? name : "");
+  return *port;
+}
+
+bool has(const std::vector<Port*>& list, Port* port) {
+  for (Port* p : list)
+    if (p == port) return true;
+  return false;
+}
+
+// "all port" and "all component" are told by lumo_value_all_c or a missing name.
+bool is_all(lumo_value_t component, const char* port) {
+  return component == lumo_value_all_c || !port;
+}
+
+template <class Act>
+void each_owned_port(lumo_value_t component, Act act) {
+  if (component != lumo_value_all_c) {
+    Component* c = component_of(component);
+    if (c)
+      for (Port* p : c->ports) act(*p);
+    return;
+  }
+  for (auto& c : test_case->components)
+    for (Port* p : c->ports) act(*p);
+}
+
+void remove_mapping(Port& a, Port& b) {
+  if (!has(a.mappings, &b)) return;
+  remove_port(a.mappings, &b);
+  remove_port(b.mappings, &a);
+  bool first_is_system = a.owner == test_case->system;
+  outside_unmap(first_is_system ? b : a, first_is_system ? a : b);
+}
+
+void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index, bool mappings) {
+  auto remove = [&](Port& p) {
+    while (mappings && !p.mappings.empty()) remove_mapping(p, *p.mappings.back());
+    while (!mappings && !p.connections.empty()) {
+      remove_port(p.connections.back()->connections, &p);
+      p.connections.pop_back();
+    }
+  };
+  if (!is_all(component, name)) return remove(named_port(component, name, index));
+  each_owned_port(component, remove);
+}
+
+}  // namespace
+
+void lumo_component_connect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
+                                 lumo_value_t component2, const char* port2, lumo_value_t index2,
+                                 lumo_context_t) {
+  self();
+  Port& a = named_port(component1, port1, index1);
+  Port& b = named_port(component2, port2, index2);
+  if (a.owner == test_case->system || b.owner == test_case->system)
+    fault("a port of the system cannot be connected");
+  if (!a.mappings.empty() || !b.mappings.empty()) fault("a mapped port cannot be connected");
+  if (has(a.connections, &b)) return;
+  a.connections.push_back(&b);
+  if (&a != &b) b.connections.push_back(&a);
+}
+
+void lumo_component_disconnect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
+                                    lumo_value_t component2, const char* port2, lumo_value_t index2,
+                                    lumo_context_t) {
+  self();
+  if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
+    return remove_all_of(component1, port1, index1, false);
+  Port& a = named_port(component1, port1, index1);
+  Port& b = named_port(component2, port2, index2);
+  remove_port(a.connections, &b);
+  remove_port(b.connections, &a);
+}
+
+void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
+                             lumo_value_t component2, const char* port2, lumo_value_t index2,
+                             lumo_context_t) {
+  self();
+  Port& a = named_port(component1, port1, index1);
+  Port& b = named_port(component2, port2, index2);
+  bool first_is_system = a.owner == test_case->system;
+  if (first_is_system == (b.owner == test_case->system)) fault("a mapping needs one port of the system");
+  Port& component_port = first_is_system ? b : a;
+  Port& system_port = first_is_system ? a : b;
+  if (!component_port.connections.empty()) fault("a connected port cannot be mapped");
+  if (has(component_port.mappings, &system_port)) return;
+  outside_map(component_port, system_port);
+  component_port.mappings.push_back(&system_port);
+  system_port.mappings.push_back(&component_port);
+}
+
+void lumo_component_unmap_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
+                               lumo_value_t component2, const char* port2, lumo_value_t index2,
+                               lumo_context_t) {
+  self();
+  if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
+    return remove_all_of(component1, port1, index1, true);
+  remove_mapping(named_port(component1, port1, index1), named_port(component2, port2, index2));
+}

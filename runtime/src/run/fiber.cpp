@@ -1,0 +1,173 @@
+// The checked longjmp takes a jump to another stack for an error.
+#undef _FORTIFY_SOURCE
+#include "run/fiber.h"
+
+#include <setjmp.h>
+#include <sys/mman.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define LUMOS_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define LUMOS_ASAN 1
+#endif
+#endif
+#ifdef LUMOS_ASAN
+#include <sanitizer/asan_interface.h>
+#include <sanitizer/common_interface_defs.h>
+#endif
+
+namespace lumos {
+
+struct Fiber {
+  void (*entry)(void*) = nullptr;
+  void* argument = nullptr;
+  char* memory = nullptr;  // guard page first
+  size_t size = 0;
+  bool started = false;
+  ucontext_t start;
+  jmp_buf place;
+  void* fake_stack = nullptr;
+  const void* bottom = nullptr;
+  size_t bottom_size = 0;
+};
+
+namespace {
+
+size_t stack_size = 1024 * 1024;
+Fiber the_main;
+Fiber* running = &the_main;
+Fiber* previous = nullptr;
+
+// Stacks of ended fibers, to be used again.
+struct SpareStack {
+  char* memory;
+  size_t size;
+};
+std::vector<SpareStack> spare;
+constexpr size_t most_spare = 64;
+
+size_t page_size() {
+  static const size_t size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  return size;
+}
+
+bool take_stack(Fiber& fiber) {
+  if (!spare.empty() && spare.back().size == stack_size) {
+    fiber.memory = spare.back().memory;
+    fiber.size = spare.back().size;
+    spare.pop_back();
+    return true;
+  }
+  void* memory = mmap(nullptr, stack_size + page_size(), PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (memory == MAP_FAILED) return false;
+  mprotect(memory, page_size(), PROT_NONE);
+  fiber.memory = static_cast<char*>(memory);
+  fiber.size = stack_size;
+  return true;
+}
+
+void arrived() {
+#ifdef LUMOS_ASAN
+  const void* bottom = nullptr;
+  size_t size = 0;
+  __sanitizer_finish_switch_fiber(running->fake_stack, &bottom, &size);
+  if (previous == &the_main && !the_main.bottom) {
+    the_main.bottom = bottom;
+    the_main.bottom_size = size;
+  }
+#endif
+}
+
+void run_entry() {
+  arrived();
+  Fiber* self = running;
+  self->entry(self->argument);
+}
+
+void leave(Fiber* from, Fiber* to) {
+#ifdef LUMOS_ASAN
+  // The sanitizer must see switches of contexts, not jumps.
+  swapcontext(&from->start, &to->start);
+#else
+  if (_setjmp(from->place)) return;
+  if (to->started) _longjmp(to->place, 1);
+  to->started = true;
+  setcontext(&to->start);
+#endif
+}
+
+}  // namespace
+
+void set_fiber_stack_size(size_t bytes) {
+  size_t page = page_size();
+  stack_size = (bytes + page - 1) / page * page;
+}
+
+Fiber* main_fiber() {
+  the_main.started = true;
+  return &the_main;
+}
+
+Fiber* current_fiber() {
+  return running;
+}
+
+Fiber* new_fiber(void (*entry)(void*), void* argument) {
+  main_fiber();
+  auto* fiber = new Fiber;
+  fiber->entry = entry;
+  fiber->argument = argument;
+  if (!take_stack(*fiber)) {
+    delete fiber;
+    return nullptr;
+  }
+  getcontext(&fiber->start);
+  fiber->start.uc_stack.ss_sp = fiber->memory + page_size();
+  fiber->start.uc_stack.ss_size = fiber->size;
+  fiber->start.uc_link = nullptr;
+  fiber->bottom = fiber->memory + page_size();
+  fiber->bottom_size = fiber->size;
+  makecontext(&fiber->start, run_entry, 0);
+  return fiber;
+}
+
+void delete_fiber(Fiber* fiber) {
+  if (!fiber || fiber == &the_main) return;
+#ifdef LUMOS_ASAN
+  ASAN_UNPOISON_MEMORY_REGION(fiber->memory + page_size(), fiber->size);
+#endif
+  if (spare.size() < most_spare) {
+    spare.push_back({fiber->memory, fiber->size});
+  } else {
+    munmap(fiber->memory, fiber->size + page_size());
+  }
+  delete fiber;
+}
+
+void switch_fiber(Fiber* to) {
+  Fiber* from = running;
+  if (from == to) return;
+  previous = from;
+  running = to;
+#ifdef LUMOS_ASAN
+  __sanitizer_start_switch_fiber(&from->fake_stack, to->bottom, to->bottom_size);
+#endif
+  leave(from, to);
+  arrived();
+}
+
+size_t stack_left() {
+  if (running == &the_main) return SIZE_MAX;
+  auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+  auto low = reinterpret_cast<uintptr_t>(running->memory) + page_size();
+  return here > low ? here - low : 0;
+}
+
+}  // namespace lumos

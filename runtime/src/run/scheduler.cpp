@@ -1,0 +1,199 @@
+#include "run/scheduler.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <deque>
+
+#include "value/error.h"
+#include "ports/outside.h"
+#include "run/timer.h"
+
+namespace lumos {
+
+namespace {
+
+constexpr unsigned steps_of_a_turn = 100;
+constexpr Time poll_interval = 1000000;
+constexpr Time longest_poll_interval = 100 * poll_interval;
+// A simulated test case in which nothing but polling happens for so long is stuck.
+constexpr Time longest_polling = Time(3600) * 1000000000;
+
+std::deque<Component*> ready;
+Time next_poll = never;
+Time last_progress = 0;
+Time simulated_poll_interval = poll_interval;
+
+// Component that asked the scheduler to end it.
+Component* leaving = nullptr;
+
+// Polling a simulated clock in vain gets slower.
+Time next_poll_interval() {
+  if (!is_simulated()) return poll_interval;
+  Time interval = simulated_poll_interval;
+  simulated_poll_interval = std::min(2 * interval, longest_poll_interval);
+  return interval;
+}
+
+void resume(Component& c) {
+  c.state = State::running;
+  c.steps = 0;
+  Task* scheduler_task = current_task;
+  current_task = &c.task;
+  switch_fiber(c.task.fiber);
+  current_task = scheduler_task;
+  if (!leaving) return;
+  Component* gone = leaving;
+  leaving = nullptr;
+  bury(*gone);
+}
+
+void wake_polling() {
+  next_poll = never;
+  for (auto& c : test_case->components)
+    if (c && c->state == State::waiting && c->polls) make_ready(*c);
+}
+
+void check_time() {
+  Time time = now();
+  wake_expired(time);
+  if (time >= test_case->deadline) {
+    end_test_case(lumo_verdict_error_c, "the time given to the test case is over");
+    return;
+  }
+  if (time >= next_poll) wake_polling();
+}
+
+void idle() {
+  Time next = next_expiry();
+  if (test_case->deadline < next) next = test_case->deadline;
+  bool only_polling = next == never;
+  if (next_poll < next) next = next_poll;
+  if (is_simulated()) {
+    bool stuck = next == never || (only_polling && now() - last_progress > longest_polling);
+    if (stuck && !outside_may_send())
+      return end_test_case(lumo_verdict_error_c, "all components wait and nothing can happen any more");
+    if (next != never) return advance_to(next);
+    return wait_outside(never);
+  }
+  if (next == never && !outside_may_send())
+    return end_test_case(lumo_verdict_error_c, "all components wait and nothing can happen any more");
+  wait_outside(next);
+}
+
+}  // namespace
+
+void schedule() {
+  last_progress = now();
+  simulated_poll_interval = poll_interval;
+  while (!test_case->ended) {
+    take_messages_from_outside();
+    check_time();
+    if (test_case->ended) return;
+    if (ready.empty()) {
+      idle();
+      continue;
+    }
+    Component* c = ready.front();
+    ready.pop_front();
+    if (c->state == State::ready) resume(*c);
+  }
+}
+
+void make_ready(Component& c) {
+  c.state = State::ready;
+  c.polls = false;
+  ready.push_back(&c);
+}
+
+void clear_schedule() {
+  ready.clear();
+  next_poll = never;
+}
+
+void drop_from_ready(Component& c) {
+  for (size_t i = 0; i < ready.size(); ++i)
+    if (ready[i] == &c) ready.erase(ready.begin() + static_cast<long>(i--));
+}
+
+void to_scheduler() {
+  switch_fiber(test_case->scheduler);
+}
+
+void leave_component(Component& c) {
+  leaving = &c;
+  to_scheduler();
+  std::abort();  // nobody switches here again
+}
+
+void wake_all() {
+  for (auto& c : test_case->components)
+    if (c) wake(*c);
+}
+
+void wake(Component& c) {
+  c.task.event = true;
+  if (is_simulated()) {
+    last_progress = now();
+    simulated_poll_interval = poll_interval;
+  }
+  if (c.state == State::waiting) make_ready(c);
+}
+
+void wake_task(Task& task) {
+  task.event = true;
+  if (task.component) wake(*task.component);
+}
+
+void yield() {
+  Component* c = current_task->component;
+  if (!c) return;
+  make_ready(*c);
+  to_scheduler();
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_component_snapshot(lumo_context_t) {
+  current_task->snapshot_time = now();
+  current_task->event = false;
+}
+
+namespace {
+
+// A control part has nobody beside it: it sleeps until one of its timers expires.
+void wait_in_control_part() {
+  Time next = next_expiry();
+  if (next == never) fault("the control part waits and nothing can happen any more");
+  if (is_simulated()) {
+    advance_to(next);
+  } else {
+    wait_outside(next);
+  }
+  wake_expired(now());
+}
+
+}  // namespace
+
+void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
+  Component* c = current_task->component;
+  if (current_task->event) {
+    // Others have their turn even if this one never lacks events.
+    if (c && ++c->steps >= steps_of_a_turn) yield();
+    return;
+  }
+  if (!c) return wait_in_control_part();
+  c->state = State::waiting;
+  c->polls = volatile_guards;
+  if (volatile_guards && next_poll == never) next_poll = now() + next_poll_interval();
+  to_scheduler();
+}
+
+void lumo_component_control(lumo_context_t) {
+  Component* c = current_task->component;
+  if (!c || ++c->steps < steps_of_a_turn) return;
+  // A loop that waits for the simulated clock sees it move.
+  if (is_simulated()) advance_to(now() + 1000);
+  yield();
+}

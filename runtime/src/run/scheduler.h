@@ -1,0 +1,23 @@
+// The scheduler of a running test case. Ready components run in the order in which they
+// became ready, each until it waits, yields or ends; expired timers, polling components
+// and messages from outside are looked after between two turns.
+#pragma once
+
+#include "run/component.h"
+
+namespace lumos {
+
+// Runs components until the test case ends.
+void schedule();
+void make_ready(Component& component);
+// Forgets what is ready or polls.
+void clear_schedule();
+// Takes the component out of the ready ones.
+void drop_from_ready(Component& component);
+// Gives control to the scheduler; returns at the caller's next turn.
+void to_scheduler();
+// Leaves the component's stack for good; the scheduler does what is left to do.
+[[noreturn]] void leave_component(Component& component);
+void wake_all();
+
+}  // namespace lumos

@@ -1,0 +1,79 @@
+// A task is a thread of behaviour: the control part, an initialization, or a component. It
+// carries the roots of temporary values and the places in the source. The context that
+// generated code passes on is the current task.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "run/clock.h"
+#include "lumos.h"
+#include "value/value.h"
+
+namespace lumos {
+
+struct Component;
+struct Fiber;
+
+// A behaviour that runs, from location push to pop.
+struct Frame {
+  const char* module;
+  const char* name;
+  const char* file;
+  lumo_value_t* argv;
+  unsigned long line;
+  lumo_scope_t scope;
+  uint32_t first_named;  // named values of the frame start here
+  uint32_t first_block;
+};
+
+struct NamedValue {
+  const char* name;
+  lumo_value_t value;
+};
+
+}  // namespace lumos
+
+struct lumo_context_struct {
+  const char* name = "";  // in the log
+  lumos::Component* component = nullptr;
+  lumos::Fiber* fiber = nullptr;
+  std::vector<lumo_value_t> roots;
+  std::vector<lumos::Frame> frames;
+  std::vector<lumos::NamedValue> named;
+  std::vector<uint32_t> blocks;
+  // How many frames a search by name looks at, while a template of an outer frame runs.
+  size_t visible_frames = SIZE_MAX;
+  int quiet = 0;                         // above 0: mismatches are not logged
+  std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
+  lumos::Timer* timers = nullptr;        // that run
+  lumos::Time snapshot_time = 0;
+  bool event = false;  // something happened since the snapshot
+};
+
+namespace lumos {
+
+using Task = lumo_context_struct;
+
+// Never null: outside of any behaviour it is the task of the process itself.
+extern Task* current_task;
+
+// Ends all temporary values and places of the task.
+void reset_task(Task& task);
+void end_roots(Task& task, size_t mark);
+
+// Mismatches are not logged meanwhile, since they are no failure.
+struct Quiet {
+  Quiet() { ++current_task->quiet; }
+  ~Quiet() { --current_task->quiet; }
+};
+
+// Frees what was made meanwhile, at its end.
+struct TempScope {
+  Task* task = current_task;
+  size_t mark = task->roots.size();
+  ~TempScope() { end_roots(*task, mark); }
+};
+
+}  // namespace lumos

@@ -1,0 +1,100 @@
+// Test cases: from execute to the verdict.
+#include "run/component.h"
+#include "value/error.h"
+#include "text/log.h"
+#include "ports/outside.h"
+#include "run/scheduler.h"
+#include "suite/suite.h"
+#include "value/types.h"
+
+namespace lumos {
+
+TestCase* test_case = nullptr;
+
+namespace {
+
+void end_all_components() {
+  for (auto& c : test_case->components) {
+    if (!c) continue;
+    take_verdict(*c);
+    c->state = State::ended;
+  }
+  for (auto& c : test_case->components)
+    if (c) release_component(*c);
+  clear_schedule();
+}
+
+lumo_type_t testcase_clause(lumo_symbol_entry_t row, size_t which) {
+  if (!row->type_descriptor || field_count(row->type_descriptor) <= which) return nullptr;
+  return field_info(row->type_descriptor)[which].type;
+}
+
+void check_not_running(const char* what) {
+  if (test_case) fault("%s inside of a test case", what);
+}
+
+void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]) {
+  lumo_type_t runs_on = testcase_clause(row, 1);
+  tc.mtc = &add_component(runs_on, "mtc", false);
+  tc.system_type = testcase_clause(row, 2) ? testcase_clause(row, 2) : runs_on;
+  tc.system = &add_component(tc.system_type, "system", false);
+  set_behaviour(*tc.mtc, row, argc, argv);
+  outside_test_case_begins(tc.module.c_str(), tc.name.c_str());
+  if (!start_fiber(*tc.mtc)) {
+    end_test_case(lumo_verdict_error_c, "there is no memory for the stack of the test case");
+  } else {
+    make_ready(*tc.mtc);
+  }
+  schedule();
+  end_all_components();
+  outside_test_case_ends();
+}
+
+}  // namespace
+
+std::vector<Result>& results() {
+  static auto* all = new std::vector<Result>;
+  return *all;
+}
+
+const char* verdict_name(lumo_verdict_t verdict) {
+  static const char* const names[] = {"none", "pass", "inconc", "fail", "error"};
+  return names[verdict];
+}
+
+void end_test_case(lumo_verdict_t verdict, const char* reason) {
+  if (verdict > test_case->verdict) {
+    test_case->verdict = verdict;
+    test_case->reason = reason;
+  }
+  if (!test_case->ended && !current_task->component) log_line(lumo_log_msg_error_c, reason);
+  test_case->ended = true;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+lumo_value_t lumo_component_execute(const char* module, const char* testcase, unsigned long argc,
+                                    lumo_value_t argv[], double timeout, lumo_context_t context) {
+  check_not_running("execute");
+  lumo_symbol_entry_t row = lumo_find_element_with_check(module, testcase, context);
+  if (!row->function_ptr) fault("'%s.%s' is no test case", module, testcase);
+  TestCase tc;
+  tc.module = module;
+  tc.name = testcase;
+  tc.scheduler = current_fiber();
+  tc.caller = current_task;
+  Time begin = now();
+  if (timeout >= 0) tc.deadline = begin + duration_of(timeout);
+  log_format(lumo_log_msg_info_c, "test case %s.%s started", module, testcase);
+  test_case = &tc;
+  run_test_case(tc, row, argc, argv);
+  test_case = nullptr;
+  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", module, testcase,
+             verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
+  results().push_back({module, testcase, tc.verdict, tc.reason});
+  report_verdict(results().back());
+  lumo_verdict_t verdict = tc.verdict;
+  return lumo_value_set_verdict(make_root(lumo_verdicttype_type, lumo_temp_alloc_c), verdict, context);
+}

@@ -1,0 +1,258 @@
+#include "run/timer.h"
+
+#include <time.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include "value/error.h"
+#include "text/log.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+bool simulated = false;
+Time simulated_time = 0;
+
+// A binary heap; each timer knows its place.
+std::vector<Timer*>& queue() {
+  static auto* all = new std::vector<Timer*>;
+  return *all;
+}
+
+void put(size_t place, Timer* timer) {
+  queue()[place] = timer;
+  timer->place = place;
+}
+
+bool earlier(size_t a, size_t b) {
+  return queue()[a]->expiry < queue()[b]->expiry;
+}
+
+void swap_places(size_t a, size_t b) {
+  Timer* first = queue()[a];
+  put(a, queue()[b]);
+  put(b, first);
+}
+
+void rise(size_t place) {
+  while (place > 0 && earlier(place, (place - 1) / 2)) {
+    swap_places(place, (place - 1) / 2);
+    place = (place - 1) / 2;
+  }
+}
+
+void sink(size_t place) {
+  for (;;) {
+    size_t least = place;
+    for (size_t child = 2 * place + 1; child <= 2 * place + 2; ++child)
+      if (child < queue().size() && earlier(child, least)) least = child;
+    if (least == place) return;
+    swap_places(place, least);
+    place = least;
+  }
+}
+
+void enqueue(Timer* timer) {
+  queue().push_back(timer);
+  timer->place = queue().size() - 1;
+  rise(timer->place);
+}
+
+void dequeue(Timer* timer) {
+  size_t place = timer->place;
+  if (place == SIZE_MAX) return;
+  timer->place = SIZE_MAX;
+  Timer* last = queue().back();
+  queue().pop_back();
+  if (last == timer) return;
+  put(place, last);
+  rise(place);
+  sink(last->place);
+}
+
+void link(Timer* timer) {
+  timer->next = timer->owner->timers;
+  timer->previous = nullptr;
+  if (timer->next) timer->next->previous = timer;
+  timer->owner->timers = timer;
+}
+
+void unlink(Timer* timer) {
+  if (timer->previous) {
+    timer->previous->next = timer->next;
+  } else {
+    timer->owner->timers = timer->next;
+  }
+  if (timer->next) timer->next->previous = timer->previous;
+  timer->next = timer->previous = nullptr;
+}
+
+void halt(Timer* timer) {
+  if (!timer->running) return;
+  timer->running = false;
+  dequeue(timer);
+  unlink(timer);
+  timer->owner = nullptr;
+}
+
+bool expired(const Timer* timer, Time time) {
+  return timer->running && timer->expiry <= time;
+}
+
+Timer* timer_of(Value v) {
+  if (!v || v->form != Form::timer) fault("a timer is needed");
+  return v->timer;
+}
+
+const char* name_of(const Timer* timer) {
+  return timer->value && timer->value->label ? timer->value->label : "timer";
+}
+
+void take_timeout(Timer* timer) {
+  if (log_enabled(lumo_log_msg_event_c)) log_format(lumo_log_msg_event_c, "timeout of %s", name_of(timer));
+  halt(timer);
+}
+
+// The one of the task's timers that expired first.
+Timer* first_expired() {
+  Timer* first = nullptr;
+  for (Timer* t = current_task->timers; t; t = t->next)
+    if (expired(t, current_task->snapshot_time) && (!first || t->expiry < first->expiry)) first = t;
+  return first;
+}
+
+}  // namespace
+
+Time now() {
+  if (simulated) return simulated_time;
+  timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return Time(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+bool is_simulated() {
+  return simulated;
+}
+void set_simulated(bool on) {
+  simulated = on;
+}
+
+void advance_to(Time time) {
+  if (time > simulated_time) simulated_time = time;
+}
+
+Time duration_of(double seconds) {
+  double nanoseconds = seconds * 1e9;
+  return nanoseconds >= 9e18 ? Time(9000000000000000000) : static_cast<Time>(nanoseconds);
+}
+
+Timer* new_timer(Value value) {
+  auto* timer = new Timer;
+  timer->value = value;
+  return timer;
+}
+
+void delete_timer(Timer* timer) {
+  halt(timer);
+  delete timer;
+}
+
+void copy_timer_default(Timer* target, const Timer* source) {
+  target->default_duration = source->default_duration;
+}
+
+std::string timer_text(const Timer* timer) {
+  if (!timer->running) return "timer, not running";
+  char text[64];
+  std::snprintf(text, sizeof text, "timer, running for %g s",
+                static_cast<double>(timer->expiry - timer->started) / 1e9);
+  return text;
+}
+
+Time next_expiry() {
+  return queue().empty() ? never : queue()[0]->expiry;
+}
+
+void wake_expired(Time time) {
+  while (!queue().empty() && queue()[0]->expiry <= time) {
+    Timer* timer = queue()[0];
+    dequeue(timer);
+    wake_task(*timer->owner);
+  }
+}
+
+void stop_timers_of(Task& task) {
+  while (task.timers) halt(task.timers);
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
+  Timer* timer = timer_of(value);
+  if (duration == lumo_duration_default_c) {
+    if (timer->default_duration < 0) fault("timer '%s' is started without a duration", name_of(timer));
+    duration = timer->default_duration;
+  }
+  if (!(duration >= 0)) fault("timer '%s' is started with a negative duration", name_of(timer));
+  halt(timer);
+  timer->owner = current_task;
+  timer->started = now();
+  Time length = duration_of(duration);
+  timer->expiry = length > never - timer->started ? never - 1 : timer->started + length;
+  timer->running = true;
+  link(timer);
+  enqueue(timer);
+  if (log_enabled(lumo_log_msg_event_c))
+    log_format(lumo_log_msg_event_c, "start of %s for %g s", name_of(timer), duration);
+}
+
+void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
+  if (value == lumo_value_all_c) {
+    stop_timers_of(*current_task);
+    return;
+  }
+  Timer* timer = timer_of(value);
+  if (timer->running && log_enabled(lumo_log_msg_event_c))
+    log_format(lumo_log_msg_event_c, "stop of %s", name_of(timer));
+  halt(timer);
+}
+
+double lumo_timer_read(lumo_value_t value, lumo_context_t) {
+  Timer* timer = timer_of(value);
+  Time time = now();
+  if (!timer->running || timer->expiry <= time) return 0.0;
+  return static_cast<double>(time - timer->started) / 1e9;
+}
+
+lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
+  Time time = now();
+  if (value != lumo_value_any_c && value != lumo_value_all_c) {
+    Timer* timer = timer_of(value);
+    return timer->running && timer->expiry > time;
+  }
+  for (Timer* t = current_task->timers; t; t = t->next)
+    if (t->expiry > time) return true;
+  return false;
+}
+
+lumo_boolean_t lumo_timer_try_timed_out(lumo_value_t value, lumo_context_t) {
+  Timer* timer = value == lumo_value_any_c ? first_expired() : timer_of(value);
+  if (!timer || !expired(timer, current_task->snapshot_time)) return false;
+  take_timeout(timer);
+  return true;
+}
+
+void lumo_value_set_timer_default_duration(lumo_value_t value, double duration, lumo_context_t) {
+  if (!(duration >= 0)) fault("the default duration of a timer is negative");
+  timer_of(value)->default_duration = duration;
+}
+
+void lumo_value_set_timer_in_array_default_duration(lumo_value_t timers, unsigned long index, double duration,
+                                                    lumo_context_t context) {
+  lumo_value_set_timer_default_duration(lumo_value_field_by_index(timers, index, context), duration, context);
+}

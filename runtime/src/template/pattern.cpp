@@ -1,0 +1,556 @@
+#include "template/pattern.h"
+
+#include <strings.h>
+
+#include <map>
+#include <memory>
+
+#include "value/error.h"
+#include "value/location.h"
+#include "run/task.h"
+#include "template/templates.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+// --- the program of a pattern
+
+struct CharRange {
+  char32_t from, to;
+};
+
+struct Instruction {
+  enum Code { set, any, split, jump, save, accept } code;
+  size_t x = 0, y = 0;  // targets; number of a place to save
+  bool negated = false;
+  std::vector<CharRange> ranges = {};
+};
+
+struct Program {
+  std::vector<Instruction> code;
+  size_t groups = 0;
+  std::string error;
+};
+
+constexpr size_t most_instructions = 200000;
+constexpr int deepest_nesting = 500;
+
+// --- from notation to program
+
+class Compiler {
+ public:
+  explicit Compiler(const std::u32string& text) : text_(text) {}
+
+  Program run() {
+    alternatives();
+    if (error_.empty() && at_ < text_.size()) error_ = "unbalanced ')'";
+    emit({Instruction::accept});
+    program_.groups = groups_;
+    program_.error = error_;
+    return std::move(program_);
+  }
+
+ private:
+  bool ok() const { return error_.empty(); }
+  bool more() const { return at_ < text_.size(); }
+  char32_t peek() const { return more() ? text_[at_] : 0; }
+
+  void fail(const char* message) {
+    if (ok()) error_ = message;
+  }
+
+  size_t here() const { return program_.code.size(); }
+
+  size_t emit(Instruction instruction) {
+    if (here() >= most_instructions) fail("the pattern is too large");
+    if (ok() || instruction.code == Instruction::accept) program_.code.push_back(std::move(instruction));
+    return here() - 1;
+  }
+
+  void insert(size_t place, Instruction instruction) {
+    if (here() >= most_instructions) return fail("the pattern is too large");
+    for (size_t i = place; i < here(); ++i) shift(program_.code[i], place);
+    program_.code.insert(program_.code.begin() + static_cast<long>(place), std::move(instruction));
+  }
+
+  static void shift(Instruction& i, size_t place) {
+    if (i.code != Instruction::split && i.code != Instruction::jump) return;
+    if (i.x >= place) ++i.x;
+    if (i.y >= place) ++i.y;
+  }
+
+  void alternatives() {
+    if (++depth_ > deepest_nesting || stack_is_short()) fail("the pattern is nested too deeply");
+    size_t start = here();
+    sequence();
+    while (ok() && more() && peek() == '|') {
+      ++at_;
+      Instruction split{Instruction::split};
+      split.x = start + 1;
+      insert(start, split);
+      size_t leave = emit({Instruction::jump});
+      program_.code[start].y = here();
+      start = here();
+      pending_jumps_.push_back({leave, depth_});
+      sequence();
+    }
+    while (!pending_jumps_.empty() && pending_jumps_.back().second == depth_) {
+      if (ok()) program_.code[pending_jumps_.back().first].x = here();
+      pending_jumps_.pop_back();
+    }
+    --depth_;
+  }
+
+  void sequence() {
+    while (ok() && more() && peek() != '|' && peek() != ')') {
+      size_t start = here();
+      element();
+      repetitions(start);
+    }
+  }
+
+  void element() {
+    char32_t c = text_[at_++];
+    switch (c) {
+      case '?':
+        emit({Instruction::any});
+        return;
+      case '*': {
+        size_t split = emit({Instruction::split});
+        emit({Instruction::any});
+        size_t back = emit({Instruction::jump});
+        if (!ok()) return;
+        program_.code[split].x = split + 1;
+        program_.code[split].y = here();
+        program_.code[back].x = split;
+        return;
+      }
+      case '(':
+        group();
+        return;
+      case '[':
+        set();
+        return;
+      case '\\':
+        escape();
+        return;
+      default:
+        single(c);
+        return;
+    }
+  }
+
+  void single(char32_t c) { ranges({{c, c}}, false); }
+
+  void ranges(std::vector<CharRange> list, bool negated) {
+    Instruction instruction{Instruction::set};
+    instruction.ranges = std::move(list);
+    instruction.negated = negated;
+    emit(std::move(instruction));
+  }
+
+  void group() {
+    size_t number = groups_++;
+    Instruction open{Instruction::save};
+    open.x = 2 * number;
+    emit(open);
+    alternatives();
+    if (!more()) return fail("')' is missing");
+    ++at_;
+    Instruction close{Instruction::save};
+    close.x = 2 * number + 1;
+    emit(close);
+  }
+
+  // One escaped character, or false if the escape is a class, which is added to the list.
+  bool escaped(char32_t& c, std::vector<CharRange>& list) {
+    if (!more()) {
+      fail("the pattern ends with a backslash");
+      return false;
+    }
+    c = text_[at_++];
+    switch (c) {
+      case 'd':
+        list.push_back({'0', '9'});
+        return false;
+      case 'w':
+        list.insert(list.end(), {{'0', '9'}, {'A', 'Z'}, {'a', 'z'}});
+        return false;
+      case 's':
+        list.insert(list.end(), {{9, 13}, {28, 32}});
+        return false;
+      case 't':
+        c = 9;
+        return true;
+      case 'n':
+        list.push_back({10, 13});
+        return false;
+      case 'r':
+        c = 13;
+        return true;
+      case 'q':
+        c = quadruple();
+        return true;
+      default:
+        return true;
+    }
+  }
+
+  char32_t quadruple() {
+    char32_t code = 0;
+    if (peek() != '{') {
+      fail("'{' is missing behind \\q");
+      return 0;
+    }
+    ++at_;
+    for (int i = 0; i < 4; ++i) {
+      size_t number = decimal();
+      if (number > 255) fail("a number of \\q is above 255");
+      code = code << 8 | static_cast<char32_t>(number);
+      if (peek() != (i < 3 ? U',' : U'}')) {
+        fail("\\q needs four numbers in braces");
+        return 0;
+      }
+      ++at_;
+    }
+    return code;
+  }
+
+  size_t decimal() {
+    while (peek() == ' ') ++at_;
+    if (peek() < '0' || peek() > '9') {
+      fail("a number is missing");
+      return 0;
+    }
+    size_t number = 0;
+    while (peek() >= '0' && peek() <= '9') {
+      if (number < 1000000) number = number * 10 + (text_[at_] - '0');
+      ++at_;
+    }
+    while (peek() == ' ') ++at_;
+    return number;
+  }
+
+  void escape() {
+    std::vector<CharRange> list;
+    char32_t c = 0;
+    if (escaped(c, list)) {
+      single(c);
+    } else {
+      ranges(std::move(list), false);
+    }
+  }
+
+  void set() {
+    bool negated = peek() == '^';
+    if (negated) ++at_;
+    std::vector<CharRange> list;
+    while (ok() && more() && peek() != ']') {
+      char32_t from = text_[at_++];
+      if (from == '\\' && !escaped(from, list)) continue;
+      char32_t to = from;
+      if (peek() == '-' && at_ + 1 < text_.size() && text_[at_ + 1] != ']') {
+        ++at_;
+        to = text_[at_++];
+        std::vector<CharRange> ignored;
+        if (to == '\\' && !escaped(to, ignored)) fail("a class cannot bound a range");
+      }
+      if (to < from) fail("a range of characters is empty");
+      list.push_back({from, to});
+    }
+    if (!more()) return fail("']' is missing");
+    ++at_;
+    ranges(std::move(list), negated);
+  }
+
+  void repetitions(size_t start) {
+    while (ok() && more()) {
+      if (peek() == '+') {
+        ++at_;
+        repeat(start, 1, SIZE_MAX);
+      } else if (peek() == '#') {
+        ++at_;
+        counted(start);
+      } else {
+        return;
+      }
+    }
+  }
+
+  void counted(size_t start) {
+    if (peek() != '(') {
+      if (peek() < '0' || peek() > '9') return fail("a count is missing behind '#'");
+      size_t count = text_[at_++] - '0';
+      return repeat(start, count, count);
+    }
+    ++at_;
+    size_t least = 0, most = SIZE_MAX;
+    while (peek() == ' ') ++at_;
+    if (peek() != ',') least = decimal();
+    if (peek() == ',') {
+      ++at_;
+      while (peek() == ' ') ++at_;
+      if (peek() != ')') most = decimal();
+    } else {
+      most = least;
+    }
+    if (peek() != ')') return fail("')' is missing behind a count");
+    ++at_;
+    if (most < least) return fail("the counts of a repetition are in the wrong order");
+    repeat(start, least, most);
+  }
+
+  // Replaces what stands behind start by so many copies of it.
+  void repeat(size_t start, size_t least, size_t most) {
+    std::vector<Instruction> body(program_.code.begin() + static_cast<long>(start), program_.code.end());
+    program_.code.resize(start);
+    for (size_t i = 0; i < least && ok(); ++i) append(body, start);
+    if (most == SIZE_MAX) {
+      size_t split = emit({Instruction::split});
+      append(body, start);
+      size_t back = emit({Instruction::jump});
+      if (!ok()) return;
+      program_.code[split].x = split + 1;
+      program_.code[split].y = here();
+      program_.code[back].x = split;
+      return;
+    }
+    std::vector<size_t> splits;
+    for (size_t i = least; i < most && ok(); ++i) {
+      splits.push_back(emit({Instruction::split}));
+      append(body, start);
+    }
+    for (size_t split : splits) {
+      if (!ok()) return;
+      program_.code[split].x = split + 1;
+      program_.code[split].y = here();
+    }
+  }
+
+  void append(const std::vector<Instruction>& body, size_t origin) {
+    size_t moved = here() - origin;
+    if (here() + body.size() > most_instructions) return fail("the pattern is too large");
+    for (Instruction i : body) {
+      if (i.code == Instruction::split || i.code == Instruction::jump) {
+        i.x += moved;
+        i.y += moved;
+      }
+      program_.code.push_back(std::move(i));
+    }
+  }
+
+  const std::u32string& text_;
+  size_t at_ = 0;
+  size_t groups_ = 0;
+  int depth_ = 0;
+  std::vector<std::pair<size_t, int>> pending_jumps_;
+  Program program_;
+  std::string error_;
+};
+
+// --- running a program: all threads step through the text together
+
+class Machine {
+ public:
+  Machine(const Program& program, bool save) : program_(program), places_(save ? 2 * program.groups : 0) {
+    on_list_.resize(program.code.size(), 0);
+  }
+
+  bool run(const std::u32string& text, std::vector<size_t>* saved) {
+    std::vector<Thread> now, next;
+    add(now, {0, std::vector<size_t>(places_, SIZE_MAX)}, 0, 1);
+    for (size_t i = 0; i < text.size() && !now.empty(); ++i) {
+      next.clear();
+      for (Thread& thread : now) {
+        const Instruction& instruction = program_.code[thread.at];
+        if (takes(instruction, text[i])) add(next, {thread.at + 1, std::move(thread.places)}, i + 1, i + 2);
+      }
+      std::swap(now, next);
+    }
+    for (Thread& thread : now) {
+      if (program_.code[thread.at].code != Instruction::accept) continue;
+      if (saved) *saved = std::move(thread.places);
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  struct Thread {
+    size_t at;
+    std::vector<size_t> places;
+  };
+
+  static bool takes(const Instruction& i, char32_t c) {
+    if (i.code == Instruction::any) return true;
+    if (i.code != Instruction::set) return false;
+    bool inside = false;
+    for (const CharRange& range : i.ranges) inside = inside || (range.from <= c && c <= range.to);
+    return inside != i.negated;
+  }
+
+  // Follows jumps; earlier alternatives come first. round is another for each place.
+  void add(std::vector<Thread>& list, Thread first, size_t place, size_t round) {
+    std::vector<Thread> open;
+    open.push_back(std::move(first));
+    while (!open.empty()) {
+      Thread thread = std::move(open.back());
+      open.pop_back();
+      if (on_list_[thread.at] == round) continue;
+      on_list_[thread.at] = round;
+      const Instruction& i = program_.code[thread.at];
+      switch (i.code) {
+        case Instruction::jump:
+          open.push_back({i.x, std::move(thread.places)});
+          break;
+        case Instruction::split:
+          open.push_back({i.y, thread.places});
+          open.push_back({i.x, std::move(thread.places)});
+          break;
+        case Instruction::save:
+          if (i.x < places_) thread.places[i.x] = place;
+          open.push_back({thread.at + 1, std::move(thread.places)});
+          break;
+        default:
+          list.push_back(std::move(thread));
+          break;
+      }
+    }
+  }
+
+  const Program& program_;
+  size_t places_;
+  std::vector<size_t> on_list_;
+};
+
+// --- references and the cache
+
+std::u32string content_of(const char* name, bool& found) {
+  Value v = find_named_value(name);
+  if (v && v->form == Form::pattern) v = v->parts.data[0];
+  found = v && is_text_kind(v->kind) && (v->form == Form::string || v->form == Form::wide_string);
+  return found ? wide_text(v) : std::u32string();
+}
+
+// Puts the text of the values in for "{name}" and "\N{name}".
+std::u32string expanded(const std::u32string& text, int depth) {
+  std::u32string result;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] != 'N') {
+      bool quadruple = text[i + 1] == 'q';
+      result += text[i];
+      result += text[++i];
+      if (quadruple)
+        while (i + 1 < text.size() && text[i] != '}') result += text[++i];
+      continue;
+    }
+    size_t open = text[i] == '\\' && i + 2 < text.size() && text[i + 2] == '{' ? i + 2 : i;
+    size_t close = text[open] == '{' ? text.find(U'}', open) : std::u32string::npos;
+    bool found = false;
+    std::u32string content;
+    if (close != std::u32string::npos && depth < 20)
+      content = content_of(narrow_text(text.substr(open + 1, close - open - 1)).c_str(), found);
+    if (!found) {
+      result += text[i];
+      continue;
+    }
+    result += expanded(content, depth + 1);
+    i = close;
+  }
+  return result;
+}
+
+constexpr size_t most_cached = 256;
+
+const Program& program_of(const std::u32string& text) {
+  static auto* cache = new std::map<std::u32string, std::unique_ptr<Program>>;
+  auto found = cache->find(text);
+  if (found != cache->end()) return *found->second;
+  if (cache->size() >= most_cached) cache->clear();
+  auto program = std::make_unique<Program>(Compiler(text).run());
+  return *cache->emplace(text, std::move(program)).first->second;
+}
+
+Value pattern_text(Value pattern) {
+  if (!pattern) fault("use of a pattern that is not initialized");
+  if (pattern->form == Form::pattern) pattern = pattern->parts.data[0];
+  if (pattern->form != Form::special && is_template(pattern))
+    pattern = valueof_value(pattern, lumo_temp_alloc_c);
+  pattern = settled(pattern);
+  if (pattern->form == Form::unset || pattern->form == Form::special)
+    fault("use of a pattern that is not initialized");
+  return pattern;
+}
+
+bool run_pattern(Value pattern, Value v, std::vector<size_t>* places) {
+  const char* error = nullptr;
+  bool matched = false;
+  {
+    std::u32string text = wide_text(pattern);
+    if (text.find(U'{') != std::u32string::npos) text = expanded(text, 0);
+    const Program& program = program_of(text);
+    if (program.error.empty()) {
+      matched = Machine(program, places != nullptr).run(wide_text(v), places);
+    } else {
+      error = program.error.c_str();
+    }
+  }
+  if (error) fault("pattern is not readable: %s", error);
+  return matched;
+}
+
+// Wildcards in digits: "?" is one element, "*" any number of them.
+bool match_digits(Value pattern, Value v) {
+  size_t unit = v->kind == lumo_type_kind_octetstring ? 2 : 1;
+  const char* p = pattern->text.data;
+  const char* end = p + pattern->text.size;
+  const char* s = v->text.data;
+  const char* last = s + v->text.size;
+  const char *star = nullptr, *tried = nullptr;
+  while (s < last) {
+    if (p < end && *p == '*') {
+      star = ++p;
+      tried = s;
+    } else if (p < end && *p == '?') {
+      ++p;
+      s += unit;
+    } else if (p + unit <= end && !strncasecmp(p, s, unit)) {
+      p += unit;
+      s += unit;
+    } else if (star) {
+      p = star;
+      s = tried += unit;
+    } else {
+      return false;
+    }
+  }
+  while (p < end && *p == '*') ++p;
+  return p == end;
+}
+
+}  // namespace
+
+bool match_pattern(Value pattern, Value v) {
+  if (v && is_omit(v)) return false;
+  pattern = pattern_text(pattern);
+  if (!v) fault("use of a value that is not initialized");
+  if (v->form != Form::special && is_template(v)) v = valueof_value(v, lumo_temp_alloc_c);
+  v = settled(v);
+  if (v->form == Form::unset) fault("use of a string that is not initialized");
+  if (is_text_kind(v->kind)) return run_pattern(pattern, v, nullptr);
+  if (v->form != Form::string) fault("a pattern cannot match a value of type '%s'", type_name(v->type));
+  return pattern->form == Form::string && match_digits(pattern, v);
+}
+
+std::u32string pattern_group(Value pattern, Value v, size_t group) {
+  pattern = pattern_text(pattern);
+  std::vector<size_t> places;
+  if (!run_pattern(pattern, v, &places)) return {};
+  if (2 * group + 1 >= places.size() || places[2 * group] == SIZE_MAX || places[2 * group + 1] == SIZE_MAX)
+    return {};
+  return wide_text(v).substr(places[2 * group], places[2 * group + 1] - places[2 * group]);
+}
+
+}  // namespace lumos

@@ -1,0 +1,18 @@
+// Patterns of strings: the pattern notation of charstrings, compiled to a program that runs
+// in time linear in the text, and the wildcards of binary strings.
+#pragma once
+
+#include <string>
+
+#include "value/value.h"
+
+namespace lumos {
+
+// The pattern is a text; the kind of the value tells its notation. Not readable patterns
+// are a fault.
+bool match_pattern(Value pattern, Value v);
+// The part of the text that the numbered group of the pattern takes (from 0), empty if the
+// whole text does not match.
+std::u32string pattern_group(Value pattern, Value v, size_t group);
+
+}  // namespace lumos

@@ -1,0 +1,22 @@
+// Templates: instances of declared ones, dynamic ones, and their turning into values.
+#pragma once
+
+#include "value/value.h"
+
+namespace lumos {
+
+// The value that the template stands for; a fault where it stands for more than one.
+Value valueof_value(Value v, lumo_alloc_strategy_t strategy);
+// What a template variable with that restriction (1 omit, 2 value, 3 present) may hold of the
+// source: a value in place of a template; a fault where the restriction forbids it.
+Value restricted(Value source, unsigned restriction);
+// Gives the contents the form of fields, elements or alternative, so that one part can be
+// written: an instance becomes its contents, `?` becomes a list of `?`.
+void open_structure(Value v);
+// Shapes of template nodes (values.cpp).
+void open_instance(Value v, size_t count);
+void open_parts(Value v, Form form, size_t count);
+void append_object_id(Value v, lumo_long_integer_t number);
+bool match_value(Value pattern, Value v);
+
+}  // namespace lumos

@@ -1,0 +1,221 @@
+#include "text/log.h"
+
+#include <sys/time.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <vector>
+
+#include "run/task.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+constexpr int kind_count = 6;
+const char* const kind_names[kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
+
+bool enabled[kind_count] = {true, true, true, true, false, false};
+bool with_times = true;
+FILE* log_file = nullptr;
+std::string* captured = nullptr;
+
+std::string time_stamp() {
+  timeval now;
+  gettimeofday(&now, nullptr);
+  tm parts;
+  time_t seconds = now.tv_sec;
+  localtime_r(&seconds, &parts);
+  char text[48];
+  std::snprintf(text, sizeof text, "%02d:%02d:%02d.%06ld ", parts.tm_hour, parts.tm_min, parts.tm_sec,
+                static_cast<long>(now.tv_usec));
+  return text;
+}
+
+std::string place() {
+  std::string text;
+  if (*current_task->name) text = std::string(current_task->name) + " ";
+  if (current_task->frames.empty()) return text;
+  const Frame& frame = current_task->frames.back();
+  const char* slash = std::strrchr(frame.file, '/');
+  text += slash ? slash + 1 : frame.file;
+  text += ":" + std::to_string(frame.line) + " ";
+  return text;
+}
+
+// A line of the log stays one line.
+void append_escaped(std::string& line, std::string_view text) {
+  for (char c : text) {
+    if (c == '\n') {
+      line += "\\n";
+    } else if (c == '\r') {
+      line += "\\r";
+    } else {
+      line += c;
+    }
+  }
+}
+
+std::string list_text(lumo_value_t values[]) {
+  std::string text;
+  for (size_t i = 0; values && values[i]; ++i) text += render_plain(values[i]);
+  return text;
+}
+
+void alt_event(const char* text) {
+  if (log_enabled(lumo_log_msg_event_c)) log_line(lumo_log_msg_event_c, text);
+}
+
+void mismatch(const std::string& where, const char* reason, lumo_value_t actual, lumo_value_t expected) {
+  std::string text = "mismatch";
+  if (!where.empty()) text += " at " + where;
+  text += ": ";
+  text += reason;
+  if (actual && actual != lumo_no_value_c) text += ", actual " + render(actual);
+  if (expected && expected != lumo_no_value_c) text += ", expected " + render(expected);
+  log_line(lumo_log_msg_event_c, text);
+}
+
+bool mismatch_wanted() {
+  return !current_task->quiet && log_enabled(lumo_log_msg_event_c);
+}
+
+}  // namespace
+
+bool log_enabled(lumo_log_message_kind_t kind) {
+  return static_cast<unsigned>(kind) < kind_count && enabled[kind];
+}
+
+void log_line(lumo_log_message_kind_t kind, std::string_view text) {
+  if (!log_enabled(kind)) return;
+  std::string line = with_times ? time_stamp() : std::string();
+  line += kind_names[kind];
+  line += ' ';
+  line += place();
+  append_escaped(line, text);
+  line += '\n';
+  FILE* out = log_file ? log_file : stderr;
+  std::fwrite(line.data(), 1, line.size(), out);
+  if (log_file) std::fflush(log_file);
+  if (captured) *captured += line;
+}
+
+void log_format(lumo_log_message_kind_t kind, const char* format, ...) {
+  if (!log_enabled(kind)) return;
+  char text[2048];
+  va_list list;
+  va_start(list, format);
+  std::vsnprintf(text, sizeof text, format, list);
+  va_end(list);
+  log_line(kind, text);
+}
+
+bool set_log_kinds(std::string_view list) {
+  bool chosen[kind_count] = {};
+  while (!list.empty()) {
+    size_t comma = list.find(',');
+    std::string_view word = list.substr(0, comma);
+    bool known = word == "all" || word == "none" || word.empty();
+    for (int i = 0; i < kind_count; ++i) {
+      if (word != "all" && word != kind_names[i]) continue;
+      chosen[i] = true;
+      known = true;
+    }
+    if (!known) return false;
+    if (comma == std::string_view::npos) break;
+    list.remove_prefix(comma + 1);
+  }
+  std::memcpy(enabled, chosen, sizeof enabled);
+  return true;
+}
+
+bool open_log(const std::string& path) {
+  close_log();
+  log_file = std::fopen(path.c_str(), "w");
+  return log_file != nullptr;
+}
+
+void close_log() {
+  if (log_file) std::fclose(log_file);
+  log_file = nullptr;
+}
+
+void set_log_times(bool on) {
+  with_times = on;
+}
+
+void capture_log(std::string* into) {
+  captured = into;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_log_string(lumo_log_message_kind_t kind, const char* text, lumo_context_t) {
+  log_line(kind, text);
+}
+
+void lumo_log_string_to_all(lumo_log_message_kind_t kind, const char* text, lumo_context_t) {
+  log_line(kind, text);
+}
+
+void lumo_log_list_to_all(lumo_log_message_kind_t kind, lumo_value_t values[], lumo_context_t) {
+  if (log_enabled(kind)) log_line(kind, list_text(values));
+}
+
+void lumo_log(lumo_value_t values[], lumo_context_t context) {
+  lumo_log_list_to_all(lumo_log_msg_ttcn3_c, values, context);
+}
+
+void lumo_log_variable_modified_event(lumo_value_t value, lumo_context_t) {
+  if (!log_enabled(lumo_log_msg_debug_c)) return;
+  std::string text = value->label ? value->label : "value";
+  log_line(lumo_log_msg_debug_c, text + " := " + render(value));
+}
+
+void lumo_log_element_modified_event(lumo_value_t value, unsigned long index, lumo_context_t) {
+  if (!log_enabled(lumo_log_msg_debug_c)) return;
+  std::string text = value->label ? value->label : "value";
+  log_line(lumo_log_msg_debug_c, text + "[" + std::to_string(index) + "] changed: " + render(value));
+}
+
+void lumo_log_template_mismatch_by_name_event(const char* field, const char* reason, lumo_value_t actual,
+                                              lumo_value_t expected, lumo_context_t) {
+  if (mismatch_wanted()) mismatch(field ? field : "", reason, actual, expected);
+}
+
+void lumo_log_template_mismatch_by_index_event(unsigned long index, const char* reason, lumo_value_t actual,
+                                               lumo_value_t expected, lumo_context_t) {
+  if (mismatch_wanted()) mismatch("[" + std::to_string(index) + "]", reason, actual, expected);
+}
+
+void lumo_log_template_mismatch_event(const char* reason, lumo_value_t actual, lumo_value_t expected,
+                                      lumo_context_t) {
+  if (mismatch_wanted()) mismatch("", reason, actual, expected);
+}
+
+void lumo_log_alt_entered_event(lumo_context_t) {
+  alt_event("alt entered");
+}
+void lumo_log_alt_left_event(lumo_context_t) {
+  alt_event("alt left");
+}
+void lumo_log_alt_rejected_event(lumo_context_t) {
+  alt_event("alternative rejected by its guard");
+}
+void lumo_log_alt_else_event(lumo_context_t) {
+  alt_event("else branch taken");
+}
+void lumo_log_alt_defaults_event(lumo_context_t) {
+  alt_event("trying defaults");
+}
+void lumo_log_alt_repeat_event(lumo_context_t) {
+  alt_event("alt repeated");
+}
+void lumo_log_alt_wait_event(lumo_context_t) {
+  alt_event("alt waits");
+}

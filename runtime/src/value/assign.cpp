@@ -1,0 +1,304 @@
+// Assignment and copying: contents go from value to value, parts keep their identity.
+#include <cstring>
+
+#include "value/error.h"
+#include "value/memory.h"
+#include "run/task.h"
+#include "template/templates.h"
+#include "run/timer.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+bool is_related(Value a, Value b) {
+  for (Value v = a; v; v = v->parent)
+    if (v == b) return true;
+  for (Value v = b; v; v = v->parent)
+    if (v == a) return true;
+  return false;
+}
+
+[[noreturn]] void mismatch(Value target, Value source) {
+  fault("a value of type '%s' cannot be assigned to a value of type '%s'", type_name(source->type),
+        type_name(target->type));
+}
+
+void copy_restraint(Value target, Value source) {
+  target->if_present = source->if_present;
+  target->list_kind = source->list_kind;
+  if (!source->restraint) {
+    delete target->restraint;
+    target->restraint = nullptr;
+    return;
+  }
+  if (!target->restraint) target->restraint = new Restraint;
+  *target->restraint = *source->restraint;
+}
+
+// Compatible types have the same number of fields, and an array takes lists of its length.
+void check_shape(Value target, Value source) {
+  if (source->form == Form::fields && source->parts.size != field_count(target->type))
+    mismatch(target, source);
+  if (source->form == Form::vector && target->kind == lumo_type_kind_array && !target->dynamic &&
+      source->parts.size != array_length(target->type))
+    mismatch(target, source);
+}
+
+void copy_parts(Value target, Value source) {
+  check_stack();
+  check_shape(target, source);
+  if (target->form != source->form) change_form(target, source->form);
+  resize_parts(target, source->parts.size);
+  for (size_t i = 0; i < source->parts.size; ++i) {
+    Value from = source->parts.data[i];
+    Value& slot = target->parts.data[i];
+    if (!from || from->life == Life::fixed) {
+      if (slot && slot->life != Life::fixed) retire(slot);
+      slot = from;
+      continue;
+    }
+    if (!slot || slot->life == Life::fixed) {
+      bool own_type = from->dynamic || source->form >= Form::wrapped;
+      slot = make_part(own_type ? from->type : part_type(target, i), target);
+    }
+    slot->dynamic = target->dynamic || from->dynamic;
+    assign_contents(slot, from);
+  }
+}
+
+void copy_choice(Value target, Value source) {
+  check_stack();
+  if (target->form != Form::choice) {
+    change_form(target, Form::choice);
+    target->index = -1;
+  }
+  if (target->index != source->index) {
+    resize_parts(target, 0);
+    target->index = source->index;
+  }
+  copy_parts(target, source);
+}
+
+void copy_instance(Value target, Value source) {
+  change_form(target, Form::instance);
+  target->type = source->type;
+  target->index = source->index;
+  size_t count = source->parts.size;
+  reserve(target->parts, 2 * count + 1);
+  target->parts.size = count;
+  target->owns_arguments = true;
+  for (size_t i = 0; i < count; ++i) {
+    Value argument = source->parts.data[i];
+    target->parts.data[i] = argument ? copy_value(argument, lumo_perm_alloc_c) : nullptr;
+    target->parts.data[count + 1 + i] = nullptr;
+  }
+  target->parts.data[count] = nullptr;
+}
+
+void assign_text_kinds(Value target, Value source) {
+  std::u32string text = wide_text(source);
+  switch (target->kind) {
+    case lumo_type_kind_universal_charstring:
+      set_wide(target, text.data(), text.size());
+      return;
+    case lumo_type_kind_charstring: {
+      std::string narrow = narrow_text(text);
+      set_text(target, narrow);
+      return;
+    }
+    default:
+      break;
+  }
+  bool single = text.size() == 1;
+  char32_t c = single ? text[0] : 0;
+  text.clear();
+  text.shrink_to_fit();
+  if (!single) fault("a single character is needed for type '%s'", type_name(target->type));
+  if (target->kind == lumo_type_kind_universal_char) {
+    change_form(target, Form::wide_character);
+    target->wide_character = c;
+  } else {
+    change_form(target, Form::character);
+    target->character = static_cast<char>(c);
+  }
+}
+
+bool same_family(lumo_type_kind_t a, lumo_type_kind_t b) {
+  if (a == b) return true;
+  auto component = [](lumo_type_kind_t k) {
+    return k == lumo_type_kind_component_ref || k == lumo_type_kind_component;
+  };
+  if (component(a) && component(b)) return true;
+  auto list = [](lumo_type_kind_t k) { return is_list_kind(k); };
+  if (list(a) && list(b)) return true;
+  auto record = [](lumo_type_kind_t k) { return k == lumo_type_kind_record || k == lumo_type_kind_set; };
+  return record(a) && record(b);
+}
+
+void assign_timer(Value target, Value source) {
+  if (target->form != Form::timer) mismatch(target, source);
+  copy_timer_default(target->timer, source->timer);
+}
+
+void assign_scalar(Value target, Value source) {
+  if (target->form != source->form) change_form(target, source->form);
+  switch (source->form) {
+    case Form::real:
+      target->real = source->real;
+      break;
+    case Form::boolean:
+      target->boolean = source->boolean;
+      break;
+    case Form::character:
+      target->character = source->character;
+      break;
+    case Form::wide_character:
+      target->wide_character = source->wide_character;
+      break;
+    case Form::verdict:
+      target->verdict = source->verdict;
+      break;
+    case Form::port:
+      target->port = source->port;
+      break;
+    default:
+      target->integer = source->integer;
+      break;
+  }
+}
+
+void assign_object_id(Value target, Value source) {
+  if (target->form != Form::object_id) change_form(target, Form::object_id);
+  reserve(target->ids, source->ids.size);
+  if (source->ids.size)
+    std::memcpy(target->ids.data, source->ids.data, source->ids.size * sizeof *source->ids.data);
+  target->ids.size = source->ids.size;
+}
+
+// Special values as the right side of an assignment.
+void assign_special(Value target, Value source) {
+  switch (source->special) {
+    case Special::omit:
+    case Special::null_address:
+      set_special(target, source->special);
+      return;
+    case Special::null_component:
+    case Special::null_default:
+      change_form(target, source->special == Special::null_component ? Form::component : Form::default_ref);
+      target->integer = 0;
+      return;
+    case Special::anyone:
+    case Special::anyornone:
+    case Special::infinity:
+      if (!target->dynamic) fault("a matching mechanism cannot be assigned to a value");
+      set_special(target, source->special);
+      return;
+    case Special::not_used:
+    case Special::default_value:
+      return;
+    default:
+      fault("use of a value that is not initialized");
+  }
+}
+
+void assign_by_form(Value target, Value source) {
+  switch (source->form) {
+    case Form::unset:
+      clear_contents(target);
+      return;
+    case Form::special:
+      assign_special(target, source);
+      return;
+    case Form::string:
+      set_text(target, {source->text.data, source->text.size});
+      return;
+    case Form::wide_string:
+      set_wide(target, source->wide.data, source->wide.size);
+      return;
+    case Form::object_id:
+      assign_object_id(target, source);
+      return;
+    case Form::choice:
+      copy_choice(target, source);
+      return;
+    case Form::fields:
+    case Form::vector:
+    case Form::wrapped:
+    case Form::range:
+    case Form::value_list:
+    case Form::pattern:
+      copy_parts(target, source);
+      return;
+    case Form::instance:
+      copy_instance(target, source);
+      return;
+    case Form::timer:
+      assign_timer(target, source);
+      return;
+    default:
+      assign_scalar(target, source);
+      return;
+  }
+}
+
+bool is_text_form(Form f) {
+  return f == Form::string || f == Form::wide_string || f == Form::character || f == Form::wide_character;
+}
+
+}  // namespace
+
+void assign_contents(Value target, Value source) {
+  if (source->form == Form::external) source = settled(source);
+  if (target->kind == lumo_type_kind_undefined && source->kind != lumo_type_kind_undefined) {
+    target->type = source->type;
+    target->kind = source->kind;
+  }
+  if (source->form != Form::special && source->form != Form::unset) {
+    bool texts = is_text_kind(target->kind) && is_text_kind(source->kind);
+    if (texts && source->kind != target->kind && is_text_form(source->form)) {
+      assign_text_kinds(target, source);
+      return;
+    }
+    if (!texts && !same_family(target->kind, source->kind)) mismatch(target, source);
+  }
+  assign_by_form(target, source);
+  if (target->dynamic) copy_restraint(target, source);
+}
+
+Value copy_value(Value source, lumo_alloc_strategy_t strategy) {
+  if (source->life == Life::fixed && source->form == Form::special) return source;
+  if (source->form == Form::external) source = settled(source);
+  Value v = new_node(source->type);
+  set_strategy(v, strategy);
+  v->dynamic = source->dynamic;
+  v->label = source->label;
+  v->restriction = source->restriction;
+  if (!v->dynamic) shape_fresh(v);
+  if (source->form == Form::instance) v->dynamic = true;
+  assign_contents(v, source);
+  return v;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t) {
+  if (target == source || target == lumo_value_no_return_c) return;
+  prepare_write(target);
+  if (!source || source->form == Form::unset) fault("use of a value that is not initialized");
+  bool from_template = is_template(source) && source != lumo_omit_value_c;
+  if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
+  if (target->restriction) source = restricted(source, target->restriction);
+  if (target == source) return;
+  if (is_related(target, source)) source = copy_value(source, lumo_temp_alloc_c);
+  assign_contents(target, source);
+  check_written(target);
+}
+
+lumo_value_t lumo_value_copy(lumo_value_t source, lumo_alloc_strategy_t strategy, lumo_context_t) {
+  if (!source) fault("use of a value that is not initialized");
+  return copy_value(source, strategy);
+}

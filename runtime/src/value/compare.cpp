@@ -1,0 +1,228 @@
+// Equality and order of values, and whether a value belongs to a type.
+#include <cstring>
+
+#include "value/error.h"
+#include "value/scratch.h"
+#include "run/task.h"
+#include "template/templates.h"
+#include "value/types.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+Value comparable(Value v) {
+  if (!v) fault("use of a value that is not initialized");
+  if (v->form != Form::special && is_template(v)) v = valueof_value(v, lumo_temp_alloc_c);
+  v = settled(v);
+  if (v->form == Form::unset && !is_record_kind(v->kind))
+    fault("use of a value that is not initialized%s%s", v->label ? ": " : "", v->label ? v->label : "");
+  return v;
+}
+
+bool is_text(Value v) {
+  return is_text_kind(v->kind) && (v->form == Form::string || v->form == Form::wide_string ||
+                                   v->form == Form::character || v->form == Form::wide_character);
+}
+
+// Special values are equal to themselves; null is also the number 0 of its kind.
+bool equal_specials(Value a, Value b) {
+  if (a->form != Form::special) std::swap(a, b);
+  if (b->form == Form::special) return a->special == b->special;
+  if (a->special == Special::null_component) return b->form == Form::component && b->integer == 0;
+  if (a->special == Special::null_default) return b->form == Form::default_ref && b->integer == 0;
+  return false;
+}
+
+Value part_or_omit(Value v, size_t i) {
+  Value part = v->parts.data[i];
+  if (part && part->form != Form::unset) return part;
+  const lumo_field_info_t* fields = v->form == Form::fields ? field_info(v->type) : nullptr;
+  if (fields && fields[i].default_value) return fields[i].default_value;
+  if (fields && is_optional(fields[i])) return lumo_omit_value_c;
+  if (part && is_record_kind(part->kind)) return part;
+  fault("a part of a value is not initialized%s%s", fields && fields[i].name ? ": " : "",
+        fields && fields[i].name ? fields[i].name : "");
+}
+
+bool equal_in_order(Value a, Value b) {
+  if (a->parts.size != b->parts.size) return false;
+  check_stack();
+  for (size_t i = 0; i < a->parts.size; ++i)
+    if (!equal_values(part_or_omit(a, i), part_or_omit(b, i))) return false;
+  return true;
+}
+
+// Equality is an equivalence, so any free equal element will do.
+bool equal_in_any_order(Value a, Value b) {
+  if (a->parts.size != b->parts.size) return false;
+  TempScope scope;
+  Scratch<char> used(b->parts.size + 1);
+  for (size_t i = 0; i < a->parts.size; ++i) {
+    size_t n = 0;
+    for (; n < b->parts.size; ++n) {
+      size_t j = (i + n) % b->parts.size;
+      if (used[j] || !equal_values(part_or_omit(a, i), part_or_omit(b, j))) continue;
+      used[j] = 1;
+      break;
+    }
+    if (n == b->parts.size) return false;
+  }
+  return true;
+}
+
+bool equal_texts(Value a, Value b) {
+  if (a->form == Form::string && b->form == Form::string)
+    return a->text.size == b->text.size && !std::memcmp(a->text.data, b->text.data, a->text.size);
+  return wide_text(a) == wide_text(b);
+}
+
+int compare_object_ids(Value a, Value b) {
+  size_t common = a->ids.size < b->ids.size ? a->ids.size : b->ids.size;
+  for (size_t i = 0; i < common; ++i)
+    if (a->ids.data[i] != b->ids.data[i]) return a->ids.data[i] < b->ids.data[i] ? -1 : 1;
+  if (a->ids.size == b->ids.size) return 0;
+  return a->ids.size < b->ids.size ? -1 : 1;
+}
+
+bool equal_forms(Value a, Value b) {
+  switch (a->form) {
+    case Form::unset:
+      return true;
+    case Form::real:
+      return a->real == b->real;
+    case Form::boolean:
+      return a->boolean == b->boolean;
+    case Form::verdict:
+      return a->verdict == b->verdict;
+    case Form::integer:
+    case Form::enumerated:
+    case Form::component:
+    case Form::default_ref:
+      return a->integer == b->integer;
+    case Form::object_id:
+      return compare_object_ids(a, b) == 0;
+    case Form::string:
+      return a->kind == b->kind && equal_texts(a, b);
+    case Form::fields:
+      return equal_in_order(a, b);
+    case Form::vector:
+      return a->kind == lumo_type_kind_setof && b->kind == lumo_type_kind_setof ? equal_in_any_order(a, b)
+                                                                                : equal_in_order(a, b);
+    case Form::choice:
+      return a->index == b->index && equal_in_order(a, b);
+    case Form::port:
+      return a->port == b->port;
+    case Form::timer:
+      return a->timer == b->timer;
+    default:
+      return false;
+  }
+}
+
+int compare(Value a, Value b) {
+  a = comparable(a);
+  b = comparable(b);
+  if (a->form == Form::real && b->form == Form::real) return a->real < b->real ? -1 : a->real > b->real;
+  if (a->form == Form::object_id && b->form == Form::object_id) return compare_object_ids(a, b);
+  if (is_text(a) && is_text(b)) return wide_text(a).compare(wide_text(b));
+  if (a->form == b->form && (a->form == Form::integer || a->form == Form::enumerated))
+    return a->integer < b->integer ? -1 : a->integer > b->integer;
+  fault("values of the types '%s' and '%s' have no order", type_name(a->type), type_name(b->type));
+}
+
+// Types of the same structure: the same root, or fields of the same kinds.
+bool fits(lumo_type_t type, Value v) {
+  if (root_of(type) == root_of(v->type)) return true;
+  lumo_type_kind_t kind = base_kind(type);
+  if (kind == lumo_type_kind_undefined) return true;
+  if (is_text_kind(kind) && is_text_kind(v->kind)) {
+    if (kind == lumo_type_kind_universal_charstring || kind == v->kind) return true;
+    if (kind == lumo_type_kind_charstring) return v->kind == lumo_type_kind_char;
+    return kind == lumo_type_kind_universal_char && v->kind == lumo_type_kind_char;
+  }
+  if (is_record_kind(kind) && is_record_kind(v->kind)) return field_count(type) == field_count(v->type);
+  if (is_list_kind(kind) && is_list_kind(v->kind)) return true;
+  auto component = [](lumo_type_kind_t k) {
+    return k == lumo_type_kind_component || k == lumo_type_kind_component_ref;
+  };
+  if (component(kind) && component(v->kind)) return true;
+  if (kind == lumo_type_kind_enumerated && v->kind == kind) return false;
+  if (kind == lumo_type_kind_union && v->kind == kind) return field_count(type) == field_count(v->type);
+  return kind == v->kind;
+}
+
+bool is_specially_any_type(Value v) {
+  return v->form == Form::special;
+}
+
+}  // namespace
+
+bool equal_values(Value a, Value b) {
+  if (a == b) return true;
+  a = comparable(a);
+  b = comparable(b);
+  if (a->form == Form::special || b->form == Form::special) return equal_specials(a, b);
+  if (is_text(a) && is_text(b)) return equal_texts(a, b);
+  return a->form == b->form && equal_forms(a, b);
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+lumo_boolean_t lumo_is_equal(lumo_value_t a, lumo_value_t b, lumo_context_t) {
+  return equal_values(a, b);
+}
+lumo_boolean_t lumo_is_greater(lumo_value_t a, lumo_value_t b, lumo_context_t) {
+  return compare(a, b) > 0;
+}
+lumo_boolean_t lumo_is_lesser(lumo_value_t a, lumo_value_t b, lumo_context_t) {
+  return compare(a, b) < 0;
+}
+
+lumo_boolean_t lumo_type_check_builtin(lumo_type_t type, lumo_value_t value, lumo_context_t) {
+  if (!value) return false;
+  return is_specially_any_type(value) || fits(type, settled(value));
+}
+
+lumo_boolean_t lumo_type_check(lumo_type_t type, lumo_value_t value, lumo_context_t context) {
+  if (!value) return false;
+  if (is_specially_any_type(value)) return true;
+  // Who asks tells that the value is of another type; it may be one of several that are asked for.
+  Quiet quiet;
+  type = plain_type(type);
+  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
+    const lumo_type_info_struct_t* info = type->type_info;
+    if (info->check_function && info->kind != lumo_type_kind_component)
+      return reinterpret_cast<lumo_check_function_t>(info->check_function)(type, value, context);
+    if (!info->parent_type) break;
+    type = plain_type(info->parent_type);
+  }
+  return fits(type, settled(value));
+}
+
+lumo_boolean_t lumo_type_check_char_range(lumo_value_t value, const char* bounds,
+                                          unsigned long number_of_bounds, lumo_context_t) {
+  Value v = comparable(value);
+  for (char32_t c : wide_text(v)) {
+    bool inside = false;
+    for (unsigned long i = 0; i + 1 < number_of_bounds && !inside; i += 2)
+      inside = static_cast<unsigned char>(bounds[i]) <= c && c <= static_cast<unsigned char>(bounds[i + 1]);
+    if (!inside) return false;
+  }
+  return true;
+}
+
+lumo_boolean_t lumo_type_check_universal_char_range(lumo_value_t value, const lumo_wide_char_t* bounds,
+                                                    unsigned long number_of_bounds, lumo_context_t) {
+  Value v = comparable(value);
+  for (char32_t c : wide_text(v)) {
+    bool inside = false;
+    for (unsigned long i = 0; i + 1 < number_of_bounds && !inside; i += 2)
+      inside = code_of(bounds[i]) <= c && c <= code_of(bounds[i + 1]);
+    if (!inside) return false;
+  }
+  return true;
+}

@@ -1,0 +1,100 @@
+// Memory of values: a pool of nodes, the roots of temporary values, memory scopes.
+#include <cstdlib>
+#include <new>
+
+#include "value/memory.h"
+#include "run/task.h"
+#include "run/timer.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+// Nodes come in slabs; free nodes are chained through their parent pointers.
+constexpr size_t slab_nodes = 256;
+lumo_value_struct* free_nodes = nullptr;
+std::vector<lumo_value_struct*>& slabs() {
+  static auto* all = new std::vector<lumo_value_struct*>;
+  return *all;
+}
+
+void add_slab() {
+  void* memory = std::malloc(slab_nodes * sizeof(lumo_value_struct));
+  if (!memory) throw std::bad_alloc();
+  auto* nodes = static_cast<lumo_value_struct*>(memory);
+  slabs().push_back(nodes);
+  for (size_t i = slab_nodes; i-- > 0;) {
+    nodes[i].parent = free_nodes;
+    free_nodes = &nodes[i];
+  }
+}
+
+}  // namespace
+
+lumo_value_struct* take_node() {
+  if (!free_nodes) add_slab();
+  lumo_value_struct* node = free_nodes;
+  free_nodes = node->parent;
+  return new (node) lumo_value_struct;
+}
+
+void give_node(lumo_value_struct* node) {
+  node->form = Form::special;
+  node->special = Special::illegal;
+  node->life = Life::fixed;
+  node->parent = free_nodes;
+  free_nodes = node;
+}
+
+void set_strategy(Value v, lumo_alloc_strategy_t strategy) {
+  if (strategy != lumo_temp_alloc_c) {
+    v->life = Life::perm;
+    return;
+  }
+  v->life = Life::temp;
+  v->root = static_cast<uint32_t>(current_task->roots.size());
+  current_task->roots.push_back(v);
+}
+
+void retire(Value part) {
+  if (!part || part->life == Life::fixed) return;
+  part->parent = nullptr;
+  part->pending = false;
+  set_strategy(part, lumo_temp_alloc_c);
+}
+
+void end_roots(Task& task, size_t mark) {
+  while (task.roots.size() > mark) {
+    Value v = task.roots.back();
+    task.roots.pop_back();
+    if (v) destroy(v);
+  }
+}
+
+void reset_task(Task& task) {
+  stop_timers_of(task);
+  end_roots(task, 0);
+  task.frames.clear();
+  task.named.clear();
+  task.blocks.clear();
+  task.registered.clear();
+  task.visible_frames = SIZE_MAX;
+  task.quiet = 0;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_memory_temp_begin(lumo_memory_scope_t* scope, lumo_context_t) {
+  scope->mark = current_task->roots.size();
+}
+
+void lumo_memory_temp_clear(lumo_memory_scope_t* scope, lumo_context_t) {
+  end_roots(*current_task, scope->mark);
+}
+
+void lumo_memory_temp_end(lumo_memory_scope_t* scope, lumo_context_t) {
+  end_roots(*current_task, scope->mark);
+}

@@ -1,0 +1,272 @@
+// Values with parts: records, sets, signatures, unions, lists and arrays.
+#include "value/error.h"
+#include "run/task.h"
+#include "template/templates.h"
+#include "value/types.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+const size_t most_elements = size_t(1) << 31;
+
+// The slot behind an index as generated code counts, which for arrays has a base.
+size_t slot_of(Value v, unsigned long index) {
+  if (v->kind != lumo_type_kind_array) return index;
+  long base = array_base(v->type);
+  long slot = static_cast<long>(index) - base;
+  if (slot < 0 || static_cast<size_t>(slot) >= array_length(v->type))
+    fault("index %ld is outside of the array '%s'", static_cast<long>(index), type_name(v->type));
+  return static_cast<size_t>(slot);
+}
+
+// The contents to read parts from: a template that stands for other contents is opened.
+Value readable(Value v) {
+  if (!v || v->form == Form::special) {
+    if (v && (v->special == Special::anyone || v->special == Special::anyornone)) return v;
+    fault("a part of a value that is not there is used");
+  }
+  v = settled(v);
+  if (v->form == Form::instance || v->form == Form::wrapped)
+    return lumo_templateof(v, lumo_temp_alloc_c, current_task);
+  return v;
+}
+
+Value pending_element(Value list, size_t slot) {
+  Value part = new_node(element_type(list->type));
+  part->dynamic = list->dynamic;
+  set_strategy(part, lumo_temp_alloc_c);
+  part->parent = list;
+  part->pending = true;
+  part->index = static_cast<long>(slot);
+  return part;
+}
+
+Value read_field(Value v, size_t slot, bool create) {
+  const lumo_field_info_t* fields = field_info(v->type);
+  if (v->form != Form::fields) shape(v);
+  if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
+  Value part = v->parts.data[slot];
+  bool optional = fields && is_optional(fields[slot]);
+  if (create) return force_part(v, slot);
+  if (part && is_omit(part)) return lumo_omit_value_c;
+  if (part && part->form != Form::unset) return part;
+  if (fields && fields[slot].default_value && !v->dynamic) return fields[slot].default_value;
+  if (optional && !v->dynamic) return lumo_omit_value_c;
+  return force_part(v, slot);
+}
+
+Value read_element(Value v, size_t slot, bool is_try) {
+  if (v->form != Form::vector) {
+    if (is_try) return lumo_omit_value_c;
+    shape(v);
+  }
+  if (slot < v->parts.size) return force_part(v, slot);
+  if (is_try) return lumo_omit_value_c;
+  if (slot >= most_elements) fault("index %zu is too large", slot);
+  return pending_element(v, slot);
+}
+
+Value any_part(Value parent, size_t slot) {
+  const lumo_field_info_t* fields = is_record_kind(parent->kind) ? field_info(parent->type) : nullptr;
+  return fields && slot < field_count(parent->type) && is_optional(fields[slot]) ? lumo_anyornone_value_c
+                                                                                 : lumo_anyone_value_c;
+}
+
+Value read_alternative(Value v, long index, const char* name) {
+  if (v->form != Form::choice || v->index < 0)
+    fault("no alternative of the union '%s' is chosen", type_name(v->type));
+  if (v->index != index) {
+    const lumo_field_info_t* fields = field_info(v->type);
+    fault("alternative '%s' of union '%s' is not chosen, but '%s'", name, type_name(v->type),
+          fields[v->index].name);
+  }
+  return force_part(v, 0);
+}
+
+Value get_part(Value value, unsigned long index, bool is_try) {
+  Value v = readable(value);
+  if (v->form == Form::special) return any_part(v, index);
+  if (is_list_kind(v->kind)) return read_element(v, slot_of(v, index), is_try);
+  if (v->kind == lumo_type_kind_union) {
+    if (is_try && (v->form != Form::choice || v->index != static_cast<long>(index))) return lumo_omit_value_c;
+    return read_alternative(v, static_cast<long>(index), "");
+  }
+  if (!is_record_kind(v->kind)) fault("a value of type '%s' has no parts", type_name(v->type));
+  return read_field(v, index, false);
+}
+
+Value choose(Value v, unsigned long index) {
+  prepare_write(v);
+  open_structure(v);
+  if (v->kind != lumo_type_kind_union) fault("'%s' is no union type", type_name(v->type));
+  if (index >= field_count(v->type)) fault("union '%s' has no alternative %lu", type_name(v->type), index);
+  if (v->index != static_cast<long>(index) || v->parts.size != 1) {
+    resize_parts(v, 0);
+    v->index = static_cast<long>(index);
+    resize_parts(v, 1);
+  }
+  Value part = force_part(v, 0);
+  part->label = field_info(v->type)[index].name;
+  return part;
+}
+
+// Vectors grow to take the element.
+void assign_part(Value v, unsigned long index, Value element) {
+  prepare_write(v);
+  if (v->kind == lumo_type_kind_union) {
+    Value part = choose(v, index);
+    if (element != lumo_not_used_value_c) lumo_value_assign(part, element, current_task);
+    return;
+  }
+  open_structure(v);
+  size_t slot = slot_of(v, index);
+  if (v->form == Form::vector && slot >= v->parts.size) {
+    if (slot >= most_elements) fault("index %zu is too large", slot);
+    // Copied first, since the element may be a pending one of this list.
+    resize_parts(v, slot + 1);
+  }
+  if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
+  store_part(v, slot, element);
+}
+
+}  // namespace
+
+}  // namespace lumos
+
+using namespace lumos;
+
+lumo_value_t lumo_value_field_by_index(lumo_value_t value, unsigned long index, lumo_context_t) {
+  return get_part(value, index, false);
+}
+
+lumo_value_t lumo_value_try_field_by_index(lumo_value_t value, unsigned long index, lumo_context_t) {
+  if (!value || is_omit(value) || value->form == Form::unset) return lumo_omit_value_c;
+  return get_part(value, index, true);
+}
+
+lumo_value_t lumo_value_vector_element(lumo_value_t value, unsigned long index, lumo_context_t) {
+  return get_part(value, index, false);
+}
+
+lumo_value_t lumo_value_field_by_index_lhs(lumo_value_t value, unsigned long index, lumo_context_t) {
+  prepare_write(value);
+  if (value->kind == lumo_type_kind_union) return choose(value, index);
+  open_structure(value);
+  if (value->form == Form::vector) return read_element(value, slot_of(value, index), false);
+  return read_field(value, index, true);
+}
+
+lumo_value_t lumo_value_field_by_name(lumo_value_t value, const char* name, lumo_context_t) {
+  Value v = readable(value);
+  if (v->form == Form::special) return lumo_anyone_value_c;
+  long index = field_index(v->type, name);
+  if (index < 0) fault("type '%s' has no field '%s'", type_name(v->type), name);
+  if (v->kind == lumo_type_kind_union) return read_alternative(v, index, name);
+  return read_field(v, static_cast<size_t>(index), false);
+}
+
+lumo_value_t lumo_value_set_omit(lumo_value_t value, unsigned long index, lumo_context_t) {
+  assign_part(value, index, lumo_omit_value_c);
+  return value;
+}
+
+lumo_value_t lumo_value_instantiate_omitted_field_value(lumo_value_t value, unsigned long index,
+                                                        lumo_context_t context) {
+  return lumo_value_field_by_index_lhs(value, index, context);
+}
+
+lumo_value_t lumo_value_set_union_alternative_by_index(lumo_value_t value, unsigned long index,
+                                                       lumo_context_t) {
+  return choose(value, index);
+}
+
+lumo_value_t lumo_value_try_set_union_alternative_by_index(lumo_value_t value, unsigned long index,
+                                                           lumo_context_t) {
+  return choose(value, index);
+}
+
+lumo_value_t lumo_value_set_union_alternative_by_name(lumo_value_t value, const char* name, lumo_context_t) {
+  const long index = field_index(value->type, name);
+  if (index < 0) fault("type '%s' has no alternative '%s'", type_name(value->type), name);
+  return choose(value, static_cast<unsigned long>(index));
+}
+
+lumo_value_t lumo_value_union_value(lumo_value_t value, lumo_context_t) {
+  Value v = readable(value);
+  if (v->form == Form::special) return lumo_anyone_value_c;
+  if (v->form != Form::choice || v->index < 0)
+    fault("no alternative of the union '%s' is chosen", type_name(v->type));
+  return force_part(v, 0);
+}
+
+long lumo_value_union_index(lumo_value_t value, lumo_context_t) {
+  Value v = readable(value);
+  return v->form == Form::choice ? v->index : -1;
+}
+
+void lumo_value_set_vector_size(lumo_value_t value, unsigned long size, lumo_context_t) {
+  prepare_write(value);
+  if (size >= most_elements) fault("a list of %lu elements is too large", size);
+  if (value->dynamic && value->form != Form::vector) clear_contents(value);
+  open_structure(value);
+  if (value->form != Form::vector) fault("a value of type '%s' has no elements", type_name(value->type));
+  resize_parts(value, value->kind == lumo_type_kind_array ? array_length(value->type) : size);
+}
+
+void lumo_value_set_vector_empty(lumo_value_t value, lumo_context_t) {
+  prepare_write(value);
+  if (is_record_kind(value->kind)) {
+    open_structure(value);
+    return;
+  }
+  if (value->dynamic && value->form != Form::vector) clear_contents(value);
+  open_structure(value);
+  if (value->form == Form::vector && value->kind != lumo_type_kind_array) resize_parts(value, 0);
+  check_written(value);
+}
+
+unsigned long lumo_value_vector_size(lumo_value_t value, lumo_context_t) {
+  Value v = readable(value);
+  if (v->form == Form::special) fault("the size of a template is not known");
+  if (v->form == Form::vector || v->form == Form::fields) return v->parts.size;
+  const bool is_list = v->kind == lumo_type_kind_recordof || v->kind == lumo_type_kind_setof;
+  if (v->form == Form::unset && is_list) return 0;  // none yet
+  fault("a value of type '%s' has no elements", type_name(v->type));
+}
+
+void lumo_value_add_vector_element(lumo_value_t value, lumo_value_t element, lumo_context_t) {
+  prepare_write(value);
+  open_structure(value);
+  if (value->form != Form::vector) fault("a value of type '%s' has no elements", type_name(value->type));
+  resize_parts(value, value->parts.size + 1);
+  store_part(value, value->parts.size - 1, element);
+}
+
+void lumo_value_assign_vector_element(lumo_value_t value, unsigned long index, lumo_value_t element,
+                                      lumo_context_t) {
+  assign_part(value, index, element);
+}
+
+void lumo_value_assign_vector_element_partial(lumo_value_t value, unsigned long index, lumo_value_t element,
+                                              lumo_context_t) {
+  assign_part(value, index, element);
+}
+
+// A template without contents tells that a field of a component may hold templates.
+void lumo_value_init_vector_element(lumo_value_t value, unsigned long index, lumo_value_t element,
+                                    lumo_context_t context) {
+  const bool declares =
+      value->kind == lumo_type_kind_component && element && element->dynamic && element->form == Form::unset;
+  if (!declares) return assign_part(value, index, element);
+  Value part = lumo_value_field_by_index(value, index, context);
+  clear_contents(part);
+  part->dynamic = true;
+  part->restriction = element->restriction;
+}
+
+void lumo_value_init_vector_element_partial(lumo_value_t value, unsigned long index, lumo_value_t element,
+                                            lumo_context_t) {
+  assign_part(value, index, element);
+}

@@ -1,0 +1,223 @@
+#include "value/symbols.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "value/error.h"
+#include "suite/params.h"
+#include "suite/suite.h"
+
+namespace lumos {
+
+namespace {
+
+struct RegisteredModule {
+  Module module;
+  std::unordered_map<std::string_view, lumo_symbol_entry_t> by_name;
+};
+
+std::vector<std::unique_ptr<RegisteredModule>>& registered() {
+  static auto* all = new std::vector<std::unique_ptr<RegisteredModule>>;
+  return *all;
+}
+
+RegisteredModule* find(const char* name) {
+  for (auto& m : registered())
+    if (!std::strcmp(m->module.name, name)) return m.get();
+  return nullptr;
+}
+
+bool is_import_of_module(const lumo_symbol_entry_struct_t& row) {
+  return row.kind == lumo_symbol_entry_kind_module || row.kind == lumo_symbol_entry_kind_imported_module;
+}
+
+void index_rows(RegisteredModule& m) {
+  m.by_name.clear();
+  for (unsigned long i = 0; i < m.module.row_count; ++i) {
+    lumo_symbol_entry_t row = &m.module.rows[i];
+    if (row->name && !is_import_of_module(*row)) m.by_name.emplace(row->name, row);
+  }
+}
+
+lumo_symbol_entry_t find_row(const char* module, std::string_view name) {
+  RegisteredModule* m = find(module);
+  if (!m) return nullptr;
+  auto found = m->by_name.find(name);
+  return found == m->by_name.end() ? nullptr : found->second;
+}
+
+// Rows of imports get their value or behaviour late, or not at all.
+bool is_empty(const lumo_symbol_entry_struct_t& row) {
+  switch (row.kind) {
+    case lumo_symbol_entry_kind_constant:
+    case lumo_symbol_entry_kind_module_parameter:
+    case lumo_symbol_entry_kind_external_constant:
+      return !row.value_descriptor;
+    case lumo_symbol_entry_kind_function:
+    case lumo_symbol_entry_kind_external_function:
+    case lumo_symbol_entry_kind_test_step:
+    case lumo_symbol_entry_kind_testcase:
+      return !row.function_ptr;
+    default:
+      return false;
+  }
+}
+
+// "<module>.<name>" in its own module.
+lumo_symbol_entry_t find_origin(std::string_view qualified) {
+  size_t point = qualified.find('.');
+  if (point == std::string_view::npos) return nullptr;
+  return find_row(std::string(qualified.substr(0, point)).c_str(), qualified.substr(point + 1));
+}
+
+std::vector<void (*)(lumo_type_t, lumo_context_t)>& codec_setups() {
+  static auto* all = new std::vector<void (*)(lumo_type_t, lumo_context_t)>;
+  return *all;
+}
+
+using ModuleFunction = void (*)(lumo_context_t);
+
+struct Pass {
+  const char* row;
+};
+
+void call_in_all_modules(void* argument) {
+  const char* name = static_cast<Pass*>(argument)->row;
+  // The imports of a module stand before it, and guards keep a second call from doing anything.
+  for (size_t i = 0; i < registered().size(); ++i) {
+    lumo_symbol_entry_t row = find_row(registered()[i]->module.name, name);
+    if (row && row->function_ptr) reinterpret_cast<ModuleFunction>(row->function_ptr)(current_task);
+  }
+}
+
+bool run_pass(const char* task, const char* row) {
+  Pass pass{row};
+  return run_guarded(task, call_in_all_modules, &pass);
+}
+
+void set_codecs_up(void*) {
+  for (auto setup : codec_setups())
+    for (auto& m : registered())
+      for (unsigned long i = 0; i < m->module.row_count; ++i) {
+        const lumo_symbol_entry_struct_t& row = m->module.rows[i];
+        if (row.kind == lumo_symbol_entry_kind_userdefined_type && row.type_descriptor)
+          setup(row.type_descriptor, current_task);
+      }
+}
+
+struct ControlPart {
+  lumo_function_t function;
+};
+
+void call_control_part(void* argument) {
+  static_cast<ControlPart*>(argument)->function(0, nullptr, current_task);
+}
+
+}  // namespace
+
+std::vector<Module> registered_modules() {
+  std::vector<Module> list;
+  for (auto& m : registered()) list.push_back(m->module);
+  return list;
+}
+
+const Module* root_module() {
+  for (auto& m : registered())
+    if (m->module.is_root) return &m->module;
+  return nullptr;
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+void lumo_module_register(const char* name, lumo_boolean_t is_root, lumo_symbol_entry_t symbol_table,
+                          unsigned long number_of_rows, const char* language, lumo_context_t) {
+  RegisteredModule* m = find(name);
+  if (!m) {
+    registered().push_back(std::make_unique<RegisteredModule>());
+    m = registered().back().get();
+  }
+  m->module = {name, is_root, symbol_table, number_of_rows, language};
+  index_rows(*m);
+}
+
+lumo_symbol_entry_t lumo_find_element(const char* module, const char* name, lumo_context_t) {
+  if (!module || !name) return nullptr;
+  lumo_symbol_entry_t row = find_row(module, name);
+  if (row && !is_empty(*row)) return row;
+  if (lumo_symbol_entry_t origin = find_origin(name)) return origin;
+  return row;
+}
+
+lumo_symbol_entry_t lumo_find_element_with_check(const char* module, const char* name,
+                                                 lumo_context_t context) {
+  lumo_symbol_entry_t row = lumo_find_element(module, name, context);
+  if (!row) fault("module '%s' has no element '%s'", module ? module : "", name ? name : "");
+  return row;
+}
+
+void lumo_codecs_register(void (*init)(lumo_context_t), void (*setup)(lumo_type_t, lumo_context_t),
+                          lumo_context_t context) {
+  if (init) init(context);
+  if (!setup) return;
+  for (auto known : codec_setups())
+    if (known == setup) return;
+  codec_setups().push_back(setup);
+}
+
+namespace {
+// The first attribute of a kind that stands for a whole type, among the rows in which other modules name a
+// module's types.
+const char* import_attribute(const char* module, lumo_encoding_attr_struct_t* lumo_type_struct_t::*kind) {
+  for (auto& m : registered())
+    for (unsigned long i = 0; i < m->module.row_count; ++i) {
+      const lumo_symbol_entry_struct_t& row = m->module.rows[i];
+      if (row.kind != lumo_symbol_entry_kind_userdefined_type || !row.type_descriptor) continue;
+      lumo_type_t type = row.type_descriptor;
+      if (!type->module || std::strcmp(type->module, module) != 0) continue;
+      const lumo_encoding_attr_struct_t* attribute = type->*kind;
+      if (attribute && attribute->text && !attribute->field_name) return attribute->text;
+    }
+  return nullptr;
+}
+}  // namespace
+
+const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t) {
+  return import_attribute(module, &lumo_type_struct_t::encode_attributes);
+}
+
+const char* t3asn_lumo_import_variant(const char* module, lumo_context_t) {
+  return import_attribute(module, &lumo_type_struct_t::variant_attributes);
+}
+
+lumo_boolean_t lumo_pre_initialize(lumo_context_t) {
+  results().clear();
+  return true;
+}
+
+lumo_boolean_t lumo_initialize(lumo_context_t) {
+  return run_pass("", "module initialize") && run_guarded("", set_codecs_up, nullptr) &&
+         run_pass("", "module params initialize");
+}
+
+lumo_boolean_t lumo_execute_control_part(const char* module, lumo_context_t) {
+  const Module* root = root_module();
+  const char* name = module ? module : root ? root->name : nullptr;
+  lumo_symbol_entry_t row = name ? find_row(name, "control part function") : nullptr;
+  if (!row || !row->function_ptr) return false;
+  ControlPart part{reinterpret_cast<lumo_function_t>(row->function_ptr)};
+  return run_guarded("control", call_control_part, &part);
+}
+
+lumo_boolean_t lumo_finalize(lumo_context_t) {
+  return run_pass("", "module finalize");
+}
+
+lumo_boolean_t lumo_retrieve_module_parameter(const char* module, const char* name, lumo_value_t location,
+                                              lumo_context_t) {
+  return set_from_parameter(module, name, location);
+}

@@ -1,0 +1,222 @@
+#include "value/types.h"
+
+#include <cstring>
+
+#include "value/error.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+// Longer chains are taken for cyclic tables.
+constexpr int chain_limit = 1000;
+
+bool is_component_record(const lumo_type_info_struct_t* info) {
+  return info->kind == lumo_type_kind_component;
+}
+
+// Bounds of an array by the names of their rows.
+long bound(lumo_type_t type, const char* name, long otherwise) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info || info->kind != lumo_type_kind_array || !info->enum_or_array_info) return otherwise;
+  for (int i = 0; i < 2; ++i) {
+    const lumo_enum_or_array_info_t& row = info->enum_or_array_info[i];
+    if (row.name && !std::strcmp(row.name, name)) return row.number;
+  }
+  return otherwise;
+}
+
+}  // namespace
+
+const lumo_template_info_t* template_info(lumo_type_t type) {
+  if (!type || !type->type_info || type->type_info->kind != lumo_type_kind_template) return nullptr;
+  return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
+}
+
+lumo_type_t plain_type(lumo_type_t type) {
+  for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
+    const lumo_type_info_struct_t* info = type->type_info;
+    if (info->kind == lumo_type_kind_template && info->template_info) {
+      type = static_cast<const lumo_template_info_t*>(info->template_info)->base_type;
+    } else if (info->kind == lumo_type_kind_address && info->field_info) {
+      type = info->field_info[0].type;
+    } else {
+      break;
+    }
+  }
+  return type;
+}
+
+lumo_type_kind_t base_kind(lumo_type_t type) {
+  type = plain_type(type);
+  return type && type->type_info ? type->type_info->kind : lumo_type_kind_undefined;
+}
+
+const lumo_type_info_struct_t* root_of(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = nullptr;
+  for (int i = 0; i < chain_limit; ++i) {
+    type = plain_type(type);
+    if (!type || !type->type_info) break;
+    info = type->type_info;
+    if (!info->parent_type) break;
+    type = info->parent_type;
+  }
+  return info;
+}
+
+const lumo_type_info_struct_t* structure_of(lumo_type_t type) {
+  return root_of(type);
+}
+
+size_t field_count(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info) return 0;
+  if (is_component_record(info)) return reinterpret_cast<size_t>(info->enum_or_array_info);
+  return info->number_of_fields > 0 ? static_cast<size_t>(info->number_of_fields) : 0;
+}
+
+lumo_field_info_t* field_info(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info) return nullptr;
+  if (is_component_record(info)) return static_cast<lumo_field_info_t*>(info->reserved_last);
+  return info->field_info;
+}
+
+long field_index(lumo_type_t type, const char* name) {
+  const lumo_field_info_t* fields = field_info(type);
+  size_t count = fields ? field_count(type) : 0;
+  for (size_t i = 0; i < count; ++i)
+    if (fields[i].name && !std::strcmp(fields[i].name, name)) return static_cast<long>(i);
+  return -1;
+}
+
+long enum_number(lumo_type_t type, const char* name, size_t length) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info || info->kind != lumo_type_kind_enumerated || !info->enum_or_array_info) return -1;
+  for (long i = 0; i < info->number_of_fields; ++i) {
+    const lumo_enum_or_array_info_t& row = info->enum_or_array_info[i];
+    if (std::strlen(row.name) == length && !std::strncmp(row.name, name, length)) return row.number;
+  }
+  return -1;
+}
+
+const char* enum_name(lumo_type_t type, long number) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info || info->kind != lumo_type_kind_enumerated || !info->enum_or_array_info) return nullptr;
+  for (long i = 0; i < info->number_of_fields; ++i)
+    if (info->enum_or_array_info[i].number == number) return info->enum_or_array_info[i].name;
+  return nullptr;
+}
+
+lumo_type_t element_type(lumo_type_t type) {
+  const lumo_field_info_t* fields = field_info(type);
+  if (!fields) return lumo_undefined_type;
+  if (!fields[0].type && field_count(type) > 1) return fields[1].type;
+  return fields[0].type;
+}
+
+size_t array_length(lumo_type_t type) {
+  long length = bound(type, lumo_type_array_length_c, 0);
+  return length > 0 ? static_cast<size_t>(length) : 0;
+}
+
+long array_base(lumo_type_t type) {
+  return bound(type, lumo_type_array_base_index_c, 0);
+}
+
+bool has_check(lumo_type_t type) {
+  for (int i = 0; i < chain_limit; ++i) {
+    type = plain_type(type);
+    if (!type || !type->type_info) return false;
+    if (type->type_info->kind == lumo_type_kind_component) return false;
+    if (type->type_info->check_function) return true;
+    if (!type->type_info->parent_type) return false;
+    type = type->type_info->parent_type;
+  }
+  return false;
+}
+
+lumo_type_t record_type(lumo_type_t type) {
+  lumo_type_kind_t kind = base_kind(type);
+  if (kind != lumo_type_kind_port_ref && kind != lumo_type_kind_component_ref) return type;
+  const lumo_field_info_t* fields = field_info(type);
+  return fields ? fields[0].type : type;
+}
+
+const char* type_name(lumo_type_t type) {
+  if (!type) return "no type";
+  if (type->name) return type->name;
+  return type->type_info && type->type_info->name ? type->type_info->name : "unnamed type";
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+lumo_boolean_t lumo_type_is_equal(lumo_type_t a, lumo_type_t b, lumo_context_t) {
+  if (a == b) return true;
+  return a && b && a->type_info && a->type_info == b->type_info;
+}
+
+lumo_type_kind_t lumo_type_kind(lumo_type_t type, lumo_context_t) {
+  return base_kind(type);
+}
+
+const char* lumo_type_definition_module(lumo_type_t type, lumo_context_t) {
+  if (!type) return nullptr;
+  return type->module ? type->module : type->type_info ? type->type_info->module : nullptr;
+}
+
+const char* lumo_type_definition_name(lumo_type_t type, lumo_context_t) {
+  if (!type) return nullptr;
+  return type->name ? type->name : type->type_info ? type->type_info->name : nullptr;
+}
+
+lumo_type_t lumo_type_template_base_type(lumo_type_t type, lumo_context_t) {
+  const lumo_template_info_t* info = template_info(type);
+  return info ? info->base_type : type;
+}
+
+long lumo_type_enum_number_by_name(lumo_type_t type, const char* name, lumo_context_t) {
+  return enum_number(type, name, std::strlen(name));
+}
+
+long lumo_type_field_index(lumo_type_t type, const char* name, lumo_context_t) {
+  return field_index(type, name);
+}
+
+lumo_value_t lumo_type_field_default_value(lumo_type_t type, unsigned long index, lumo_context_t) {
+  const lumo_field_info_t* fields = field_info(type);
+  if (!fields || index >= field_count(type)) fault("type '%s' has no field %lu", type_name(type), index);
+  return fields[index].default_value ? fields[index].default_value : lumo_no_value_c;
+}
+
+void lumo__type_resolve_parent_info(lumo_type_t type, lumo_context_t) {
+  if (!type || !type->type_info || type->type_info->resolved) return;
+  lumo_type_info_struct_t* info = type->type_info;
+  lumo_type_t parent = plain_type(info->parent_type);
+  if (!parent || !parent->type_info) return;
+  if (!parent->type_info->resolved) lumo__type_resolve_parent_info(parent, nullptr);
+  info->kind = parent->type_info->kind;
+  info->number_of_fields = parent->type_info->number_of_fields;
+  info->field_info = parent->type_info->field_info;
+  info->enum_or_array_info = parent->type_info->enum_or_array_info;
+  info->resolved = true;
+}
+
+void lumo_type_set_encoder(lumo_type_t type, lumo_encoder_t encoder, lumo_context_t) {
+  if (type) type->encoder = encoder;
+}
+
+void lumo_type_set_decoder(lumo_type_t type, lumo_decoder_t decoder, lumo_context_t) {
+  if (type) type->decoder = decoder;
+}
+
+lumo_encoder_t lumo_type_get_encoder(lumo_type_t type, lumo_context_t) {
+  return type ? type->encoder : nullptr;
+}
+
+lumo_decoder_t lumo_type_get_decoder(lumo_type_t type, lumo_context_t) {
+  return type ? type->decoder : nullptr;
+}

@@ -1,0 +1,472 @@
+// Making, changing and ending values of any kind.
+#include <cstdlib>
+#include <cstring>
+
+#include "value/error.h"
+#include "value/memory.h"
+#include "run/task.h"
+#include "template/templates.h"
+#include "run/timer.h"
+#include "value/types.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+// Frees what is not parts; parts are with the caller.
+void free_buffers(Value v) {
+  switch (v->form) {
+    case Form::string:
+      std::free(v->text.data);
+      break;
+    case Form::wide_string:
+      std::free(v->wide.data);
+      break;
+    case Form::object_id:
+      std::free(v->ids.data);
+      break;
+    case Form::timer:
+      delete_timer(v->timer);
+      break;
+    case Form::external:
+      if (v->external->destroy && v->external->home) v->external->destroy(v->external->home, current_task);
+      delete v->external;
+      break;
+    default:
+      if (has_parts(v->form) || v->form == Form::instance) std::free(v->parts.data);
+      break;
+  }
+}
+
+// An instance owns all arguments, or those that stand for defaults since it was called.
+bool owns_argument(Value v, size_t i) {
+  Value argument = v->parts.data[i];
+  if (!argument || argument->life == Life::fixed) return false;
+  if (v->owns_arguments) return true;
+  return v->parts.data[v->parts.size + 1 + i] == lumo_value_default_c;
+}
+
+bool is_matching(Value v) {
+  switch (v->form) {
+    case Form::instance:
+    case Form::wrapped:
+    case Form::range:
+    case Form::value_list:
+    case Form::pattern:
+      return true;
+    case Form::special:
+      return v->special == Special::anyone || v->special == Special::anyornone;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+void change_form(Value v, Form form) {
+  clear_contents(v);
+  v->form = form;
+  v->parts = {nullptr, 0, 0};
+}
+
+Value new_node(lumo_type_t type) {
+  Value v = take_node();
+  v->type = type;
+  v->kind = base_kind(type);
+  return v;
+}
+
+void shape(Value v) {
+  switch (v->kind) {
+    case lumo_type_kind_record:
+    case lumo_type_kind_set:
+    case lumo_type_kind_signature:
+    case lumo_type_kind_component:
+      if (v->form != Form::fields) change_form(v, Form::fields);
+      resize_parts(v, field_count(v->type));
+      break;
+    case lumo_type_kind_array:
+      if (v->form != Form::vector) change_form(v, Form::vector);
+      resize_parts(v, array_length(v->type));
+      break;
+    case lumo_type_kind_recordof:
+    case lumo_type_kind_setof:
+      if (v->form != Form::vector) change_form(v, Form::vector);
+      break;
+    case lumo_type_kind_union:
+      if (v->form != Form::choice) {
+        change_form(v, Form::choice);
+        v->index = -1;
+      }
+      break;
+    case lumo_type_kind_timer:
+      if (v->form != Form::timer) {
+        clear_contents(v);
+        v->form = Form::timer;
+        v->timer = new_timer(v);
+      }
+      break;
+    default:
+      break;
+  }
+}
+
+// What a fresh value has from the beginning: slots that a record has anyway, and timers.
+void shape_fresh(Value v) {
+  if (v->dynamic) return;
+  if (v->kind == lumo_type_kind_timer || v->kind == lumo_type_kind_array || is_record_kind(v->kind)) shape(v);
+}
+
+Value make_root(lumo_type_t type, lumo_alloc_strategy_t strategy) {
+  Value v = new_node(type);
+  set_strategy(v, strategy);
+  shape_fresh(v);
+  return v;
+}
+
+Value make_part(lumo_type_t type, Value parent) {
+  Value v = new_node(type);
+  v->life = Life::part;
+  v->parent = parent;
+  v->dynamic = parent->dynamic;
+  shape_fresh(v);
+  return v;
+}
+
+void destroy(Value v) {
+  if (!v || v->life == Life::fixed) return;
+  Value list = v;
+  v->parent = nullptr;
+  auto push = [&list](Value part) {
+    part->parent = list;
+    list = part;
+  };
+  while (list) {
+    Value node = list;
+    list = node->parent;
+    if (has_parts(node->form)) {
+      for (size_t i = 0; i < node->parts.size; ++i) {
+        Value part = node->parts.data[i];
+        if (part && part->life != Life::fixed) push(part);
+      }
+    } else if (node->form == Form::instance) {
+      for (size_t i = 0; i < node->parts.size; ++i)
+        if (owns_argument(node, i)) push(node->parts.data[i]);
+    }
+    free_buffers(node);
+    delete node->restraint;
+    give_node(node);
+  }
+}
+
+void clear_contents(Value v) {
+  if (has_parts(v->form)) {
+    for (size_t i = 0; i < v->parts.size; ++i) retire(v->parts.data[i]);
+  } else if (v->form == Form::instance) {
+    for (size_t i = 0; i < v->parts.size; ++i)
+      if (owns_argument(v, i)) retire(v->parts.data[i]);
+  }
+  free_buffers(v);
+  v->form = Form::unset;
+  v->special = Special::none;
+  v->index = -1;
+  v->owns_arguments = false;
+}
+
+void set_special(Value v, Special s) {
+  clear_contents(v);
+  v->form = Form::special;
+  v->special = s;
+}
+
+void set_text(Value v, std::string_view text) {
+  if (v->form != Form::string) {
+    clear_contents(v);
+    v->form = Form::string;
+    v->text = {nullptr, 0, 0};
+  }
+  // The text may be this value's own.
+  bool own = v->text.data && text.data() >= v->text.data && text.data() <= v->text.data + v->text.size;
+  size_t offset = own ? static_cast<size_t>(text.data() - v->text.data) : 0;
+  reserve(v->text, text.size() + 1);
+  if (!text.empty()) std::memmove(v->text.data, own ? v->text.data + offset : text.data(), text.size());
+  v->text.data[text.size()] = 0;
+  v->text.size = text.size();
+}
+
+void reserve_text(Value v, size_t size) {
+  if (v->form != Form::string) {
+    clear_contents(v);
+    v->form = Form::string;
+    v->text = {nullptr, 0, 0};
+  }
+  reserve(v->text, size + 1);
+  v->text.data[size] = 0;
+  v->text.size = size;
+}
+
+void set_wide(Value v, const char32_t* text, size_t size) {
+  if (v->form != Form::wide_string) {
+    clear_contents(v);
+    v->form = Form::wide_string;
+    v->wide = {nullptr, 0, 0};
+  }
+  reserve(v->wide, size + 1);
+  if (size) std::memmove(v->wide.data, text, size * sizeof *text);
+  v->wide.data[size] = 0;
+  v->wide.size = size;
+}
+
+void resize_parts(Value v, size_t size) {
+  for (size_t i = size; i < v->parts.size; ++i) retire(v->parts.data[i]);
+  reserve(v->parts, size);
+  for (size_t i = v->parts.size; i < size; ++i) v->parts.data[i] = nullptr;
+  v->parts.size = size;
+}
+
+void append_object_id(Value v, lumo_long_integer_t number) {
+  prepare_write(v);
+  if (v->form != Form::object_id) {
+    clear_contents(v);
+    v->form = Form::object_id;
+    v->ids = {nullptr, 0, 0};
+  }
+  reserve(v->ids, v->ids.size + 1);
+  v->ids.data[v->ids.size++] = number;
+}
+
+// Room for the arguments of an instance: them, a terminator, and what stood there first.
+void open_instance(Value v, size_t count) {
+  change_form(v, Form::instance);
+  reserve(v->parts, 2 * count + 1);
+  v->parts.size = count;
+  for (size_t i = 0; i < 2 * count + 1; ++i) v->parts.data[i] = nullptr;
+}
+
+void open_parts(Value v, Form form, size_t count) {
+  change_form(v, form);
+  resize_parts(v, count);
+}
+
+lumo_type_t part_type(Value v, size_t slot) {
+  if (v->form == Form::vector) return element_type(v->type);
+  if (v->form == Form::choice || v->form == Form::fields) {
+    size_t field = v->form == Form::choice ? static_cast<size_t>(v->index) : slot;
+    const lumo_field_info_t* fields = field_info(v->type);
+    if (fields && field < field_count(v->type)) return fields[field].type;
+    return lumo_undefined_type;
+  }
+  return v->type;
+}
+
+// Lists of `?` stay `?` where one part is written.
+static void expand_any(Value part, Value special) {
+  if (!part->dynamic || !special || special->special == Special::omit) return;
+  if (!is_record_kind(part->kind)) return;
+  shape(part);
+  const lumo_field_info_t* fields = field_info(part->type);
+  for (size_t i = 0; i < part->parts.size; ++i)
+    part->parts.data[i] = is_optional(fields[i]) ? lumo_anyornone_value_c : lumo_anyone_value_c;
+}
+
+Value force_part(Value v, size_t slot) {
+  Value old = v->parts.data[slot];
+  if (old && old->life != Life::fixed) return old;
+  Value part = make_part(part_type(v, slot), v);
+  expand_any(part, old);
+  if (v->form == Form::fields) {
+    const lumo_field_info_t* fields = field_info(v->type);
+    if (fields && slot < field_count(v->type)) part->label = fields[slot].name;
+  }
+  v->parts.data[slot] = part;
+  return part;
+}
+
+static void put_special(Value v, size_t slot, Value special) {
+  retire(v->parts.data[slot]);
+  v->parts.data[slot] = special;
+}
+
+// Elements of components are declared by values that may still be unset, or templates.
+static bool store_element(Value v, size_t slot, Value source) {
+  if (v->kind != lumo_type_kind_component || !source || source->life == Life::fixed) return false;
+  Value part = force_part(v, slot);
+  if (source->dynamic) {
+    part->dynamic = true;
+    part->restriction = source->restriction;
+  }
+  return source->form == Form::unset;
+}
+
+void store_part(Value v, size_t slot, Value source) {
+  if (store_element(v, slot, source)) return;
+  if (source && source->form == Form::special) {
+    switch (source->special) {
+      case Special::not_used:
+        return;
+      case Special::omit: {
+        const lumo_field_info_t* fields = v->form == Form::fields ? field_info(v->type) : nullptr;
+        bool may = v->dynamic || v->kind == lumo_type_kind_signature ||
+                   (fields && slot < field_count(v->type) && is_optional(fields[slot]));
+        if (!may) fault("omit is assigned to a mandatory field or element of '%s'", type_name(v->type));
+        put_special(v, slot, lumo_omit_value_c);
+        return;
+      }
+      case Special::anyone:
+      case Special::anyornone:
+        if (!v->dynamic) fault("a matching mechanism cannot be part of a value");
+        put_special(v, slot,
+                    source->special == Special::anyone ? lumo_anyone_value_c : lumo_anyornone_value_c);
+        return;
+      default:
+        break;
+    }
+  }
+  lumo_value_assign(force_part(v, slot), source, current_task);
+}
+
+void prepare_write(Value v) {
+  if (!v || v->life == Life::fixed) fault("assignment to something that is no variable");
+  if (!v->pending) return;
+  v->pending = false;
+  Value list = v->parent;
+  size_t index = static_cast<size_t>(v->index);
+  v->index = -1;
+  prepare_write(list);
+  open_structure(list);
+  if (index >= list->parts.size) resize_parts(list, index + 1);
+  retire(list->parts.data[index]);
+  list->parts.data[index] = v;
+  current_task->roots[v->root] = nullptr;
+  v->life = Life::part;
+}
+
+void check_written(Value v) {
+  if (v->dynamic || !has_check(v->type) || v->form == Form::special) return;
+  if (has_parts(v->form) && !is_complete(v)) return;
+  ++current_task->quiet;
+  bool holds = lumo_type_check(v->type, v, current_task);
+  --current_task->quiet;
+  if (holds) return;
+  static char text[512];
+  std::string shown = render(v);
+  std::strncpy(text, shown.c_str(), sizeof text - 1);
+  shown.clear();
+  shown.shrink_to_fit();
+  fault("value %s does not belong to type '%s'", text, type_name(v->type));
+}
+
+bool is_complete(Value v) {
+  if (v->form == Form::external) v = settled(v);
+  switch (v->form) {
+    case Form::unset:
+      return is_record_kind(v->kind) && field_count(v->type) == 0;
+    case Form::special:
+      return v->special != Special::illegal && v->special != Special::no_value;
+    case Form::fields: {
+      check_stack();
+      const lumo_field_info_t* fields = field_info(v->type);
+      for (size_t i = 0; i < v->parts.size; ++i) {
+        Value part = v->parts.data[i];
+        bool optional = is_optional(fields[i]) || fields[i].default_value;
+        if (!part || (optional && part->form == Form::unset)) {
+          if (optional) continue;
+          return false;
+        }
+        if (!is_complete(part)) return false;
+      }
+      return true;
+    }
+    case Form::vector:
+      check_stack();
+      for (size_t i = 0; i < v->parts.size; ++i)
+        if (!v->parts.data[i] || !is_complete(v->parts.data[i])) return false;
+      return true;
+    case Form::choice:
+      return v->index >= 0 && v->parts.size == 1 && v->parts.data[0] && is_complete(v->parts.data[0]);
+    default:
+      return true;
+  }
+}
+
+bool is_template(Value v) {
+  return v->dynamic || is_matching(v);
+}
+
+}  // namespace lumos
+
+using namespace lumos;
+
+lumo_value_t lumo_type_instantiate_value(lumo_type_t type, lumo_alloc_strategy_t strategy, lumo_context_t) {
+  return make_root(plain_type(type), strategy);
+}
+
+lumo_value_t lumo_type_instantiate_named_value(lumo_type_t type, const char* name,
+                                               lumo_alloc_strategy_t strategy, lumo_context_t) {
+  lumo_value_t v = make_root(plain_type(type), strategy);
+  v->label = name;
+  if (!current_task->frames.empty()) current_task->named.push_back({name, v});
+  return v;
+}
+
+lumo_value_t lumo_type_instantiate_dynamic_template(lumo_type_t type, lumo_alloc_strategy_t strategy,
+                                                    unsigned long restriction, lumo_context_t) {
+  lumo_value_t v = new_node(plain_type(type));
+  set_strategy(v, strategy);
+  v->dynamic = true;
+  v->restriction = static_cast<uint8_t>(restriction);
+  return v;
+}
+
+lumo_value_t lumo_type_instantiate_named_dynamic_template(lumo_type_t type, const char* name,
+                                                          lumo_alloc_strategy_t strategy,
+                                                          unsigned long restriction, lumo_context_t context) {
+  lumo_value_t v = lumo_type_instantiate_dynamic_template(type, strategy, restriction, context);
+  v->label = name;
+  if (!current_task->frames.empty()) current_task->named.push_back({name, v});
+  return v;
+}
+
+lumo_value_t lumo_value_allocate_template(lumo_type_t type, lumo_alloc_strategy_t strategy,
+                                          lumo_context_t context) {
+  return lumo_type_instantiate_dynamic_template(type, strategy, 0, context);
+}
+
+lumo_type_t lumo_value_type(lumo_value_t value, lumo_context_t) {
+  return value && value->type ? value->type : lumo_undefined_type;
+}
+
+lumo_boolean_t lumo_value_is_initialized(lumo_value_t value, lumo_context_t) {
+  return value && is_complete(value);
+}
+
+lumo_boolean_t lumo_value_is_dynamic_template(lumo_value_t value, lumo_context_t) {
+  return value && is_template(value);
+}
+
+void lumo_value_delete(lumo_value_t* value, lumo_context_t) {
+  if (!value || !*value) return;
+  lumo_value_t v = *value;
+  *value = nullptr;
+  if (v->life == Life::perm) {
+    destroy(v);
+  } else if (v->life == Life::temp) {
+    if (v->root < current_task->roots.size() && current_task->roots[v->root] == v) {
+      current_task->roots[v->root] = nullptr;
+      destroy(v);
+    }
+  }
+}
+
+lumo_value_t lumo_value_set_label(lumo_value_t value, const char* label, lumo_context_t) {
+  if (value && value->life != Life::fixed) value->label = label;
+  return value;
+}
+
+lumo_value_t lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_context_t) {
+  prepare_write(value);
+  value->type = plain_type(type);
+  value->kind = base_kind(type);
+  return value;
+}

@@ -1,0 +1,284 @@
+// Equality of constant expressions. Two constants are compared part by part with a list of open pairs; a pair
+// that has been met is not compared again, so that values which share their parts cost what is written.
+#include <cctype>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3Constants.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "support/StringM.h"
+
+namespace {
+using Pairs = std::vector<std::pair<T3Tree_Node*, T3Tree_Node*>>;
+
+// ---- Strings ----
+
+struct StringValue {
+  T3Kind kind = T3Kind::T3NoExpression;
+  std::string text;
+};
+
+// The digits of 'digits'X, in capitals.
+std::string DigitsOf(tStringRef text) {
+  std::string digits;
+  for (const char c : StringM::StGetString(text))
+    if (std::isxdigit(static_cast<unsigned char>(c)) != 0)
+      digits += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    else if (c == '\'' && !digits.empty())
+      break;
+  return digits;
+}
+
+std::optional<StringValue> LiteralText(T3Tree_Node* value) {
+  if (auto* literal = value->try_as<T3BitStringLiteral>())
+    return StringValue{value->kind, DigitsOf(literal->value)};
+  if (auto* literal = value->try_as<T3HexStringLiteral>())
+    return StringValue{value->kind, DigitsOf(literal->value)};
+  if (auto* literal = value->try_as<T3OctStringLiteral>())
+    return StringValue{value->kind, DigitsOf(literal->value)};
+  if (!value->is<T3CharStringLiteral>() && !value->is<T3UnivCharLiteral>()) return std::nullopt;
+  auto text = ConstCharValue(value);
+  if (!text) return std::nullopt;
+  return StringValue{T3Kind::T3CharStringLiteral, *std::move(text)};
+}
+
+using Text = std::optional<StringValue>;
+
+// The longest text that is put together. Short ones are always kept, long ones as long as there is room.
+constexpr size_t kLongestText = 100000;
+constexpr size_t kShortText = 100;
+constexpr size_t kRoomForTexts = 64000000;
+
+// The texts of concatenations that constants stand for, by the number of the operator: nothing where one is
+// not known, or is being put together.
+struct KeptTexts {
+  std::unordered_map<uint32_t, Text> texts;
+  size_t size = 0;
+
+  void Keep(T3Tree_Node* value, const Text& text) {
+    const size_t length = text ? text->text.size() : 0;
+    if (length > kShortText && size + length > kRoomForTexts) {
+      texts.erase(value->number);
+      return;
+    }
+    texts[value->number] = text;
+    size += length;
+  }
+};
+KeptTexts& g_texts = *new KeptTexts;
+
+void Append(Text& text, const Text& part) {
+  if (!text || !part || text->text.size() + part->text.size() > kLongestText) {
+    text.reset();
+    return;
+  }
+  text->kind = part->kind;
+  text->text += part->text;
+}
+
+// A concatenation whose operands are being looked at.
+struct OpenText {
+  T3Tree_Node* value;
+  std::vector<T3Tree_Node*> operands{value};
+  Text text = StringValue();
+};
+
+// The text of a string that consists of literals; nothing where it does not, or is very long. A constant in
+// it is put together once, before what it stands in, so that chains of constants cost what is written.
+Text StringValueOf(T3Tree_Node* expression) {
+  T3Tree_Node* root = ConstantValueOf(expression);
+  if (!root->is<T3Concatenate>()) return LiteralText(root);
+  if (const auto kept = g_texts.texts.find(root->number); kept != g_texts.texts.end()) return kept->second;
+  std::vector<OpenText> open;
+  const auto begin = [&open](T3Tree_Node* value) {
+    g_texts.texts.emplace(value->number, std::nullopt);
+    open.push_back({value});
+  };
+  begin(root);
+  for (;;) {
+    OpenText& top = open.back();
+    if (top.operands.empty() || !top.text) {
+      const Text text = std::move(top.text);
+      g_texts.Keep(top.value, text);
+      open.pop_back();
+      if (open.empty()) return text;
+      Append(open.back().text, text);
+      continue;
+    }
+    T3Tree_Node* operand = top.operands.back();
+    top.operands.pop_back();
+    if (auto* both = operand->try_as<T3Concatenate>()) {
+      top.operands.push_back(both->right);
+      top.operands.push_back(both->left);
+      continue;
+    }
+    T3Tree_Node* value = ConstantValueOf(operand);
+    if (!value->is<T3Concatenate>()) {
+      Append(top.text, LiteralText(value));
+    } else if (const auto kept = g_texts.texts.find(value->number); kept != g_texts.texts.end()) {
+      Append(top.text, kept->second);
+    } else {
+      begin(value);
+    }
+  }
+}
+
+// ---- Compound values ----
+
+// The values of a compound by the number of field or element; a member of `anytype` by module and name.
+using ExpressionMap = std::map<std::pair<int64_t, int64_t>, T3Tree_Node*>;
+
+tIdent ModuleOf(T3FieldName* name) {
+  if (auto* module = name->module->try_as<T3Identifier>()) return module->id;
+  return name->place == nullptr ? NoIdent : name->place->vexa_module_name;
+}
+
+ExpressionMap ConstructExpressionMap(T3CompoundValue* compound) {
+  ExpressionMap result;
+  T3Tree_Node* type = ExpressionBaseType(compound);
+  int64_t position = 0;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++position) {
+    auto* element = at->as<T3FieldValue>();
+    std::pair<int64_t, int64_t> key{0, position};
+    if (auto* name = element->field->try_as<T3FieldName>())
+      key = T3Is<_T3StructuredType>(type)
+                ? std::pair<int64_t, int64_t>{0, GetAlternativeIndex(type, name->name, false)}
+                : std::pair<int64_t, int64_t>{ModuleOf(name), name->name};
+    if (auto* place = element->field->try_as<T3FieldIndex>())
+      key.second = ConstIntValue(place->index).value_or(-1);
+    if (!element->value->is<T3NotUsedSymbol>()) result[key] = element->value;
+  }
+  return result;
+}
+
+// Adds the values of two compounds in pairs; false when one has a value that the other has not.
+bool PairFields(T3CompoundValue* a, T3CompoundValue* b, Pairs& open) {
+  const ExpressionMap left = ConstructExpressionMap(a);
+  const ExpressionMap right = ConstructExpressionMap(b);
+  if (left.size() != right.size()) return false;
+  for (auto x = left.begin(), y = right.begin(); x != left.end(); ++x, ++y) {
+    if (x->first != y->first) return false;
+    open.emplace_back(x->second, y->second);
+  }
+  return true;
+}
+
+// ---- Object identifiers ----
+
+// The number of a component, where it has one.
+std::optional<int64_t> ComponentNumber(T3Tree_Node* component) {
+  if (auto* named = component->try_as<T3Parameterization>())
+    component = named->apl->is<T3ActualPar>() ? named->apl->as<T3ActualPar>()->expression : named->apl;
+  return T3Is<_T3Expression>(component) ? ConstIntValue(component) : std::nullopt;
+}
+
+// A component may stand for several, where it is the name of another object identifier.
+bool StandsForSeveral(T3Tree_Node* list) {
+  for (; list->is<T3ObjIdItem>(); list = list->as<T3ObjIdItem>()->next) {
+    T3Tree_Node* component = list->as<T3ObjIdItem>()->obj_id_item;
+    if (component->is<T3Identifier>() && T3Is<_T3Decl>(Def(component)) && !ComponentNumber(component))
+      return true;
+  }
+  return false;
+}
+
+bool ObjIdListsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
+  if (StandsForSeveral(a) || StandsForSeveral(b)) return true;
+  for (; a->is<T3ObjIdItem>() && b->is<T3ObjIdItem>();
+       a = a->as<T3ObjIdItem>()->next, b = b->as<T3ObjIdItem>()->next) {
+    const auto x = ComponentNumber(a->as<T3ObjIdItem>()->obj_id_item);
+    const auto y = ComponentNumber(b->as<T3ObjIdItem>()->obj_id_item);
+    if (x && y && *x != *y) return false;
+  }
+  return !a->is<T3ObjIdItem>() && !b->is<T3ObjIdItem>();
+}
+
+// ---- Values without parts ----
+
+// The literal of an enumeration that an expression is, or NoIdent.
+tIdent EnumLiteral(T3Tree_Node* expression) {
+  if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return NoIdent;
+  T3Tree_Node* def = Def(expression);
+  if (!T3Is<T3EnumType>(def) && !T3Is<T3AmbiguousType>(def)) return NoIdent;
+  if (auto* identifier = expression->try_as<T3Identifier>()) return identifier->id;
+  return expression->as<T3Qualifier>()->id;
+}
+
+// What is no literal and has not been folded has its value only when the suite runs.
+bool IsKnown(T3Tree_Node* value) {
+  if (value->is<T3CompoundValue>() || EnumLiteral(value) != NoIdent) return true;
+  if (value->is<_T3LiteralExpression>()) return !value->is<T3NotUsedSymbol>();
+  return ConstIntValue(value) || ConstFloatValue(value);
+}
+
+bool SameFormIsEqual(T3Tree_Node* a, T3Tree_Node* b) {
+  if (!IsKnown(a) || !IsKnown(b)) return true;
+  if (a->kind != b->kind) return false;
+  switch (a->kind) {
+    case T3Kind::T3BooleanLiteral:
+      return a->as<T3BooleanLiteral>()->value == b->as<T3BooleanLiteral>()->value;
+    case T3Kind::T3VerdictLiteral:
+      return a->as<T3VerdictLiteral>()->value == b->as<T3VerdictLiteral>()->value;
+    case T3Kind::T3ObjectIdentifierLiteral:
+      return ObjIdListsAreEqual(a->as<T3ObjectIdentifierLiteral>()->value,
+                                b->as<T3ObjectIdentifierLiteral>()->value);
+    default:
+      return true;
+  }
+}
+
+bool ValuesAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
+  const auto int_a = ConstIntValue(a), int_b = ConstIntValue(b);
+  if (int_a && int_b) return int_a == int_b;
+  const auto float_a = ConstFloatValue(a), float_b = ConstFloatValue(b);
+  if (float_a && float_b) return float_a == float_b;
+  const tIdent enum_a = EnumLiteral(a), enum_b = EnumLiteral(b);
+  if (enum_a != NoIdent && enum_b != NoIdent) return enum_a == enum_b;
+  const auto text_a = StringValueOf(a), text_b = StringValueOf(b);
+  if (text_a && text_b) return text_a->kind == text_b->kind && text_a->text == text_b->text;
+  return SameFormIsEqual(a, b);
+}
+}  // namespace
+
+std::optional<std::string> ConstantKey(T3Tree_Node* expression) {
+  T3Tree_Node* value = ConstantValueOf(expression);
+  if (value->is<T3CompoundValue>()) return std::nullopt;
+  if (const auto number = ConstIntValue(value)) return "i" + std::to_string(*number);
+  if (ConstFloatValue(value)) return std::nullopt;
+  if (const tIdent literal = EnumLiteral(value); literal != NoIdent) return "e" + std::to_string(literal);
+  const auto text = StringValueOf(value);
+  if (!text) return std::nullopt;
+  return "t" + std::to_string(static_cast<int>(text->kind)) + " " + text->text;
+}
+
+bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
+  a = ConstantValueOf(a);
+  b = ConstantValueOf(b);
+  if (!a->is<T3CompoundValue>() || !b->is<T3CompoundValue>()) return ValuesAreEqual(a, b);
+  std::set<std::pair<uint32_t, uint32_t>> met;
+  for (Pairs open{{a, b}}; !open.empty();) {
+    a = ConstantValueOf(open.back().first);
+    b = ConstantValueOf(open.back().second);
+    open.pop_back();
+    if (a == b || !met.emplace(a->number, b->number).second) continue;
+    auto* left = a->try_as<T3CompoundValue>();
+    auto* right = b->try_as<T3CompoundValue>();
+    const bool equal =
+        left != nullptr && right != nullptr ? PairFields(left, right, open) : ValuesAreEqual(a, b);
+    if (!equal) return false;
+  }
+  return true;
+}
+
+void ForgetConstantTexts() {
+  g_texts.texts.clear();
+  g_texts.size = 0;
+}

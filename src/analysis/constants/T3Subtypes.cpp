@@ -1,0 +1,362 @@
+// The check of constants against their subtypes: every constraint along the chain of parents applies to
+// every constant expression of the type.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/constants/T3Faults.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/walk/T3Stages.h"
+#include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3UTF8String.h"
+
+namespace {
+// ---- Constants that have been held to a constraint where they are declared ----
+
+// A value that breaks a constraint is reported there, and not again where the constant is used.
+std::unordered_set<T3Tree_Node*> ConstraintsOfDeclaration(T3Tree_Node* expression) {
+  std::unordered_set<T3Tree_Node*> checked;
+  if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return checked;
+  T3Tree_Node* decl = BehindImport(Def(expression));
+  if (!T3Is<T3ConstDecl>(decl) || BaseTypeDef(decl)->is<T3ErrorType>()) return checked;
+  if (decl->place == nullptr || GetWeakTyping(decl->place->vexa_my_module)) return checked;
+  for (T3Tree_Node* type = LocalTypeDef(decl); type->is<T3SubType>();
+       type = LocalTypeDef(type->as<T3SubType>()->parent))
+    checked.insert(type);
+  return checked;
+}
+
+bool KeptByDeclaration(T3Tree_Node* expression, T3Tree_Node* subtype) {
+  return ConstraintsOfDeclaration(expression).count(subtype) > 0;
+}
+
+// ---- Character sets ----
+
+struct CharacterRange {
+  uint64_t low;
+  uint64_t high;
+};
+using CharacterRanges = std::vector<CharacterRange>;
+
+// The characters of a checked UTF-8 text as numbers; group, plane, row and cell are compared in this order.
+std::vector<uint64_t> CodesOf(const std::string& text) {
+  std::vector<uint64_t> codes;
+  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+  for (int length = static_cast<int>(text.size()); length > 0;) {
+    unsigned char group = 0, plane = 0, row = 0, cell = 0;
+    at = UTF_8ToUCS_4(at, length, group, plane, row, cell);
+    codes.push_back(uint64_t{group} << 24 | uint64_t{plane} << 16 | uint64_t{row} << 8 | cell);
+  }
+  return codes;
+}
+
+std::optional<uint64_t> CodeOf(T3Tree_Node* expression) {
+  const auto text = ConstCharValue(ConstantValueOf(expression));
+  if (!text) return std::nullopt;
+  const auto codes = CodesOf(*text);
+  return codes.size() == 1 ? std::optional<uint64_t>(codes.front()) : std::nullopt;
+}
+
+bool IsCharacterRange(T3Tree_Node* item) {
+  if (!item->is<T3ValueRange>()) return false;
+  T3Tree_Node* type = ExpressionBaseType(item);
+  return type->is<T3CharacterType>() || type->is<T3UniversalCharacterType>();
+}
+
+size_t LengthOfValueListList(T3Tree_Node* list) {
+  size_t length = 0;
+  for (; list->is<T3ValueListItem>(); list = list->as<T3ValueListItem>()->next) ++length;
+  return length;
+}
+
+CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
+  CharacterRanges ranges;
+  ranges.reserve(LengthOfValueListList(list));
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>();
+    if (range == nullptr) continue;
+    const auto low = CodeOf(range->lb);
+    const auto high = CodeOf(range->ub);
+    if (low && high) ranges.push_back({*low, *high});
+  }
+  return ranges;
+}
+
+// The ranges of a subtype, and the numbers of the expressions that have been found to keep them.
+struct CharacterSet {
+  T3Tree_Node* subtype = nullptr;
+  CharacterRanges ranges;
+  std::unordered_set<uint32_t> kept_by;
+};
+
+// The sets of the module under analysis, by the numbers of their lists.
+using CharacterSets = std::unordered_map<uint32_t, CharacterSet>;
+CharacterSets& g_sets = *new CharacterSets;
+
+CharacterSet& CharacterSetOf(T3Tree_Node* list) {
+  const auto [set, made] = g_sets.emplace(list->number, CharacterSet());
+  if (made) {
+    set->second.ranges = CollectCharacterRanges(list);
+    set->second.subtype = list->parent;
+    while (set->second.subtype->is<T3ValueList>() || set->second.subtype->is<T3ValueListItem>())
+      set->second.subtype = set->second.subtype->parent;
+  }
+  return set->second;
+}
+
+bool InRanges(uint64_t code, const CharacterRanges& ranges) {
+  return std::any_of(ranges.begin(), ranges.end(),
+                     [&](const CharacterRange& range) { return range.low <= code && code <= range.high; });
+}
+
+bool AllInRanges(const std::string& text, const CharacterRanges& ranges) {
+  const auto codes = CodesOf(text);
+  return std::all_of(codes.begin(), codes.end(), [&](uint64_t code) { return InRanges(code, ranges); });
+}
+
+// Each character of a constant string must lie in a range; what is no literal passes.
+bool CheckStringCharacterRange(T3Tree_Node* expression, CharacterSet& set) {
+  std::unordered_set<uint32_t> met;
+  std::vector<T3Tree_Node*> open{expression};
+  while (!open.empty()) {
+    T3Tree_Node* operand = open.back();
+    open.pop_back();
+    if (operand != expression && KeptByDeclaration(operand, set.subtype)) continue;
+    T3Tree_Node* value = ConstantValueOf(operand);
+    if (set.kept_by.count(value->number) > 0 || !met.insert(value->number).second) continue;
+    if (auto* both = value->try_as<T3Concatenate>()) {
+      open.push_back(both->left);
+      open.push_back(both->right);
+      continue;
+    }
+    const auto text = ConstCharValue(value);
+    if (text && !AllInRanges(*text, set.ranges)) return false;
+  }
+  set.kept_by.merge(met);
+  return true;
+}
+
+// ---- Lists of values ----
+
+// The values of a long list by their keys of one form, and the items that must be compared one by one.
+struct ValueSet {
+  char form = 0;
+  std::unordered_set<std::string> keys;
+  std::vector<T3Tree_Node*> others;
+};
+std::unordered_map<uint32_t, ValueSet>& g_value_sets = *new std::unordered_map<uint32_t, ValueSet>;
+
+void AddValue(ValueSet& set, T3Tree_Node* item) {
+  auto key = item->is<T3ValueRange>() ? std::nullopt : ConstantKey(item);
+  if (key && set.form == 0) set.form = key->front();
+  if (key && key->front() == set.form)
+    set.keys.insert(*std::move(key));
+  else
+    set.others.push_back(item);
+}
+
+const ValueSet& ValueSetOf(T3Tree_Node* list) {
+  const auto [set, made] = g_value_sets.try_emplace(list->number);
+  if (made)
+    for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
+      AddValue(set->second, at->as<T3ValueListItem>()->value);
+  return set->second;
+}
+
+// ---- Constraints ----
+
+template <class Value>
+bool Within(const std::optional<Value>& low, const std::optional<Value>& value,
+            const std::optional<Value>& high) {
+  return !low || !value || !high || (*low <= *value && *value <= *high);
+}
+
+bool IsOpen(T3Tree_Node* bound) {
+  return bound->is<T3Infinity>() ||
+         (bound->is<T3UnaryMinus>() && bound->as<T3UnaryMinus>()->arg->is<T3Infinity>());
+}
+
+bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
+  T3Tree_Node* type = ExpressionBaseType(range);
+  if (type->is<T3Integer>())
+    return Within(ConstIntValue(range->lb), ConstIntValue(expression), ConstIntValue(range->ub));
+  if (type->is<T3Float>())
+    return Within(ConstFloatValue(range->lb), ConstFloatValue(expression), ConstFloatValue(range->ub));
+  if (!type->is<T3CharacterType>() && !type->is<T3UniversalCharacterType>()) return true;
+  if (IsOpen(range->lb) || IsOpen(range->ub)) return true;
+  return Within(CodeOf(range->lb), CodeOf(expression), CodeOf(range->ub));
+}
+
+bool ItemAccepts(T3Tree_Node* item, T3Tree_Node* expression) {
+  auto* range = item->try_as<T3ValueRange>();
+  return range != nullptr ? CheckValueRangeCondition(range, expression)
+                          : ExpressionsAreEqual(item, expression);
+}
+
+bool IsLong(T3Tree_Node* list) {
+  constexpr int kFew = 8;
+  for (int i = 0; i < kFew && list->is<T3ValueListItem>(); ++i) list = list->as<T3ValueListItem>()->next;
+  return list->is<T3ValueListItem>();
+}
+
+// Looks the expression up in a list of values without characters' ranges; nothing where that needs the walk
+// along the list.
+std::optional<bool> FoundInSet(T3Tree_Node* list, T3Tree_Node* expression) {
+  if (!IsLong(list) || IsCharacterRange(list->as<T3ValueListItem>()->value)) return std::nullopt;
+  const auto key = ConstantKey(expression);
+  if (!key) return std::nullopt;
+  const ValueSet& set = ValueSetOf(list);
+  if (key->front() != set.form || std::any_of(set.others.begin(), set.others.end(), IsCharacterRange))
+    return std::nullopt;
+  return set.keys.count(*key) > 0 ||
+         std::any_of(set.others.begin(), set.others.end(),
+                     [&](T3Tree_Node* item) { return ItemAccepts(item, expression); });
+}
+
+// The message of an expression that a list does not allow, or null.
+const _vexa_error_message_t* CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
+  if (const auto found = FoundInSet(list, expression)) return *found ? nullptr : &ERR_subtype;
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    T3Tree_Node* item = at->as<T3ValueListItem>()->value;
+    if (IsCharacterRange(item))
+      return CheckStringCharacterRange(expression, CharacterSetOf(list)) ? nullptr : &ERR_subtype_charset;
+    if (ItemAccepts(item, expression)) return nullptr;
+  }
+  return &ERR_subtype;
+}
+
+// Once for an expression, however many constraints it has and however many declarations share it.
+void WarnUnchecked(T3Tree_Node* expression) {
+  static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
+  if (expression->place == nullptr || HasFault(expression)) return;
+  if (!warned.insert(expression->number).second) return;
+  vexa_warning(GetVerbosity(expression->place->vexa_my_module),
+               "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
+}
+
+// A list of elements has its length whatever is wrong with them.
+bool HasSureLength(T3Tree_Node* expression) {
+  auto* compound = ConstantValueOf(expression)->try_as<T3CompoundValue>();
+  auto* first = compound == nullptr ? nullptr : compound->value->try_as<T3FieldValue>();
+  return first != nullptr && !first->field->is<T3FieldIndex>();
+}
+
+void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
+  const auto low = ConstIntValue(range->lb);
+  const auto high = range->ub->is<T3NoExpression>() ? low : ConstIntValue(range->ub);
+  if (!low || !high) return WarnUnchecked(expression);
+  bool known = true;
+  const int64_t length = ExpressionLength(expression, known);
+  if (!known) return WarnUnchecked(expression);
+  if (length < 0 || (*low <= length && length <= *high)) return;
+  if (!HasSureLength(expression) && HasFault(expression)) return;
+  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length),
+                      std::to_string(*low), std::to_string(*high));
+}
+
+void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
+  if (expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
+      expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>())
+    return;
+  // What a constraint with a fault allows is not known.
+  if (HasFault(constraint)) return;
+  if (auto* list = constraint->try_as<T3ValueList>()) {
+    const _vexa_error_message_t* message = CheckValueListConstraint(list->values, expression);
+    if (message != nullptr && !HasFault(expression)) vexa_filtered_error(*message, PositionOf(expression));
+  }
+  if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
+}
+
+// A cycle of parents has no base, and has had its message.
+void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
+  if (BaseTypeDef(type)->is<T3ErrorType>()) return;
+  const auto checked = ConstraintsOfDeclaration(expression);
+  for (type = LocalTypeDef(type); type->is<T3SubType>() && checked.count(type) == 0;
+       type = LocalTypeDef(type->as<T3SubType>()->parent))
+    CheckConstraint(type->as<T3SubType>()->constraint, expression);
+}
+
+// ---- What is to be checked ----
+
+// An expression whose type is a subtype, noted by the evaluation. Walking the whole tree once more, where
+// most of it is nothing of the kind, would cost a tenth of the analysis.
+struct Subtyped {
+  tPosition position;
+  uint32_t order;
+  _T3Expression* expression;
+};
+std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
+// How many were noted when each of the types was entered that the walk is in.
+std::vector<size_t>& g_types_entered = *new std::vector<size_t>;
+
+// The numbers of those that something else has taken the place of.
+std::unordered_set<uint32_t>& g_replaced = *new std::unordered_set<uint32_t>;
+
+void NoteSubtyped(T3Tree_Node* node) {
+  auto* expression = node->as<_T3Expression>();
+  if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
+  g_subtyped.push_back({expression->position, static_cast<uint32_t>(g_subtyped.size()), expression});
+}
+
+void LeaveType(T3Tree_Node*) {
+  g_subtyped.resize(g_types_entered.back());
+  g_types_entered.pop_back();
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3Expression, NoteSubtyped},
+    {T3Kind::T3SubType, LeaveType},
+    {T3Kind::T3TypeReference, LeaveType},
+};
+
+// In source order; a whole, which has been noted behind its parts, before them.
+bool StandsBefore(const Subtyped& a, const Subtyped& b) {
+  if (a.position.Line != b.position.Line) return a.position.Line < b.position.Line;
+  if (a.position.Column != b.position.Column) return a.position.Column < b.position.Column;
+  return a.order > b.order;
+}
+
+void CheckSubtypes1(_T3Expression* expression) {
+  T3Tree_Node* type = expression->attr().expression_local_type;
+  if (T3Is<T3SubType>(type) && IsConstant(expression)) CheckAllSubtypes(type, expression);
+}
+}  // namespace
+
+std::span<const T3Rule> SubtypeRules() {
+  return kRules;
+}
+
+void EnterType() {
+  g_types_entered.push_back(g_subtyped.size());
+}
+
+void CheckSubtypes(T3Tree_Node*) {
+  std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
+  for (const Subtyped& noted : g_subtyped)
+    if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
+      CheckSubtypes1(noted.expression);
+  ForgetSubtyped();
+  g_sets.clear();
+  g_value_sets.clear();
+  ForgetFaults();
+  ForgetConstantValues();
+}
+
+void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
+  g_replaced.insert(written->number);
+  NoteSubtyped(made);
+}
+
+void ForgetSubtyped() {
+  g_replaced.clear();
+  g_subtyped.clear();
+  g_types_entered.clear();
+}

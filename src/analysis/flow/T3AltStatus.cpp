@@ -1,0 +1,147 @@
+#include "analysis/flow/T3AltStatus.h"
+
+#include <algorithm>
+
+#include "analysis/names/T3References.h"
+#include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "support/NumberMap.h"
+
+namespace {
+constexpr int kNone = 0;
+constexpr int kCycle = 1;
+
+// A call of a call nests; what lies deeper than this counts as a cycle.
+constexpr int kMaxDepth = 500;
+int g_depth = 0;
+
+bool ChangesSnapshot(T3Tree_Node* node) {
+  return node->is<T3DoneStmt>() || node->is<T3KilledStmt>() || node->is<T3TimeoutStmt>() ||
+         node->is<_T3PortStmt>() || node->is<T3StartStmt>() || node->is<T3StopStmt>() ||
+         node->is<T3KillStmt>() || node->is<T3AltStmt>() || node->is<T3InterleaveStmt>() ||
+         node->is<T3Execute>();
+}
+
+bool HasSideEffects(T3Tree_Node* node) {
+  return node->is<T3Create>() || node->is<T3Running>() || node->is<T3Alive>() || node->is<T3Read>() ||
+         node->is<T3GetVerdict>() || node->is<T3Activate>() || node->is<T3Rnd>() ||
+         node->is<T3SetVerdictStmt>() || node->is<T3DeactivateStmt>();
+}
+
+int StatusOfName(T3Tree_Node* name) {
+  T3Tree_Node* def = DefQuietly(name);
+  if (def == nullptr || T3Is<T3NoDecl>(def) || T3Is<_T3Type>(def) || T3Is<T3FieldType>(def)) return kNone;
+  if (T3Is<_T3FormalPar>(def) || T3Is<T3Module>(def) || T3Is<_T3InstanceValueDecl>(def)) return kNone;
+  return T3Is<_T3Decl>(def) ? AltStatusOfDecl(def) : kChangesSnapshot;
+}
+
+// The name that an assignment writes to counts with its declaration.
+int StatusOfTarget(T3Tree_Node* target) {
+  while (target->is<T3Subscription>() || target->is<T3Qualifier>())
+    target = target->as<_T3Qualification>()->base;
+  T3Tree_Node* def = DefQuietly(target);
+  return T3Is<T3VarDecl>(def) ? AltStatusOfDecl(def) : kNone;
+}
+
+int StatusOfNode(T3Tree_Node* node) {
+  if (ChangesSnapshot(node)) return kChangesSnapshot;
+  if (HasSideEffects(node)) return kHasSideEffects;
+  if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
+  return node->is<T3Identifier>() || node->is<T3Qualifier>() ? StatusOfName(node) : kNone;
+}
+
+int StatusOfBody(T3Tree_Node* decl) {
+  if (auto* definition = decl->try_as<T3TemplateDecl>()) return AltStatus(definition->definition);
+  if (auto* function = decl->try_as<T3Function>()) {
+    int status = kNone;
+    for (T3Tree_Node* at = function->body; T3Is<_T3Stmt>(at) && status < kChangesSnapshot;
+         at = at->as<_T3Stmt>()->next)
+      status = std::max(status, AltStatus(at));
+    return status;
+  }
+  if (decl->is<T3TestStep>() || decl->is<T3Testcase>()) return kChangesSnapshot;
+  auto* variable = decl->try_as<T3VarDecl>();
+  if (variable == nullptr) return kNone;
+  const bool in_component = decl->place != nullptr && T3Is<T3ComponentType>(decl->place->vexa_owner);
+  return in_component ? kHasSideEffects : AltStatus(variable->value);
+}
+
+int StatusOfDefinition(T3Tree_Node* value) {
+  return T3Is<T3TemplateDef>(value) || T3Is<_T3Expression>(value) ? AltStatus(value) : kNone;
+}
+
+void Take(T3Cleanness& all, const T3Cleanness& one) {
+  all.guards = all.guards && one.guards;
+  all.templates = all.templates && one.templates;
+}
+
+bool IsCleanOperation(T3Tree_Node* operation) {
+  if (auto* check = operation->try_as<T3CheckRedirect>())
+    return AltStatus(check->port) == kNone && StatusOfDefinition(check->from) == kNone;
+  auto* receive = operation->try_as<_T3ReceivingPortStmt>();
+  if (receive == nullptr) return true;
+  auto* reply = operation->try_as<T3GetReplyStmt>();
+  return AltStatus(receive->port) == kNone && StatusOfDefinition(receive->template_value) == kNone &&
+         StatusOfDefinition(receive->sender) == kNone &&
+         (reply == nullptr || StatusOfDefinition(reply->return_template) == kNone);
+}
+
+// By the numbers of altsteps; one that is being looked through counts as clean.
+NumberMap<T3Cleanness>& g_altsteps = *new NumberMap<T3Cleanness>;
+
+T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
+  if (auto* call = reference->try_as<T3Parameterization>()) reference = call->base;
+  T3Tree_Node* def = DefQuietly(reference);
+  auto* altstep = T3Is<T3TestStep>(def) ? def->as<T3TestStep>() : nullptr;
+  auto* body = altstep == nullptr ? nullptr : altstep->body->try_as<T3AltStmt>();
+  if (body == nullptr || g_depth >= kMaxDepth) return {};
+  const auto [known, made] = g_altsteps.TryEmplace(def->number);
+  if (!made) return *known;
+  ++g_depth;
+  const T3Cleanness result = CleannessOf(body->alts);
+  --g_depth;
+  return g_altsteps[def->number] = result;
+}
+}  // namespace
+
+int AltStatus(T3Tree_Node* root) {
+  if (root == nullptr) return kNone;
+  int status = kNone;
+  ForEachInSubtree(root, [&status](T3Tree_Node* node) {
+    if (status == kChangesSnapshot || node->is<T3LogStmt>()) return false;
+    status = std::max(status, StatusOfNode(node));
+    return status < kChangesSnapshot;
+  });
+  return status;
+}
+
+// The attribute holds the status and 1, so that 0 is not known; a declaration that is being looked through
+// counts as a cycle.
+int AltStatusOfDecl(T3Tree_Node* decl) {
+  if (g_depth >= kMaxDepth) return kCycle;
+  uint8_t& known = decl->as<_T3Decl>()->attr().alt_status;
+  if (known != 0) return known - 1;
+  known = kCycle + 1;
+  ++g_depth;
+  const int status = StatusOfBody(decl);
+  --g_depth;
+  known = static_cast<uint8_t>(status + 1);
+  return status;
+}
+
+void ForgetAltStatus() {
+  g_altsteps.clear();
+}
+
+T3Cleanness CleannessOf(T3Tree_Node* alternatives) {
+  T3Cleanness all;
+  for (T3Tree_Node* at = alternatives; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next) {
+    all.guards = all.guards && AltStatus(at->as<_T3Alt>()->guard) == kNone;
+    if (auto* guarded = at->try_as<T3GuardedAlt>())
+      all.templates = all.templates && IsCleanOperation(guarded->operation);
+    else
+      Take(all, CleannessOfAltstep(at->as<T3TestStepRefAlt>()->test_step));
+  }
+  return all;
+}

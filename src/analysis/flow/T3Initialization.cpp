@@ -1,0 +1,282 @@
+// Variables that are read before anything has been assigned to them on any way that leads there. Each body is
+// walked in the order of its statements; what a branch assigns counts behind it, what a loop's body assigns
+// does not.
+#include <unordered_map>
+#include <vector>
+
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "support/Idents.h"
+
+namespace {
+class BodyWalk {
+ public:
+  explicit BodyWalk(int level) : level_(level) {}
+  void Enter(T3Tree_Node* decl);
+  void List(T3Tree_Node* list);
+  void Parameters(T3Tree_Node* fpl);
+  void Declarations(T3Tree_Node* decls);
+
+ private:
+  using Bits = std::vector<size_t>;
+
+  void Statement(T3Tree_Node* statement);
+  void Branches(T3IfStmt* statement);
+  void Loop(_T3LoopStmt* statement);
+  void Alternatives(T3Tree_Node* alts, T3Tree_Node* else_branch);
+  void Variable(T3VarDecl* decl);
+  void Reads(T3Tree_Node* root);
+  void Call(T3Parameterization* call);
+  void Redirect(T3PortRedirect* redirect);
+  void Read(T3Identifier* name);
+  void Write(T3Tree_Node* target);
+
+  void Set(size_t variable);
+  /// Walks what `walk` walks, and takes back what was assigned there; returns it.
+  template <class Walk>
+  Bits Apart(const Walk& walk);
+  void SetAll(const Bits& variables);
+
+  int level_;
+  // The variables that are looked after, by the numbers of their declarations.
+  std::unordered_map<uint32_t, size_t> variables_;
+  std::vector<bool> assigned_;
+  // What was assigned, in order.
+  Bits trail_;
+};
+
+void BodyWalk::Enter(T3Tree_Node* decl) {
+  if (variables_.try_emplace(decl->number, assigned_.size()).second) assigned_.push_back(false);
+}
+
+void BodyWalk::Set(size_t variable) {
+  if (assigned_[variable]) return;
+  assigned_[variable] = true;
+  trail_.push_back(variable);
+}
+
+void BodyWalk::SetAll(const Bits& variables) {
+  for (const size_t variable : variables) Set(variable);
+}
+
+template <class Walk>
+BodyWalk::Bits BodyWalk::Apart(const Walk& walk) {
+  const size_t mark = trail_.size();
+  walk();
+  Bits made(trail_.begin() + static_cast<Bits::difference_type>(mark), trail_.end());
+  for (const size_t variable : made) assigned_[variable] = false;
+  trail_.resize(mark);
+  return made;
+}
+
+// All parameters but those that only give back have a value.
+void BodyWalk::Parameters(T3Tree_Node* fpl) {
+  for (T3Tree_Node* at = fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next) {
+    auto* par = at->try_as<_T3TypedFormal>();
+    if (par != nullptr && par->pass == t3_par_pass_t::Out) Enter(par);
+  }
+}
+
+void BodyWalk::Declarations(T3Tree_Node* decls) {
+  for (T3Tree_Node* at = decls; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next)
+    if (auto* variable = at->try_as<T3VarDecl>()) Variable(variable);
+}
+
+// ---- Expressions ----
+
+// What the walk of the evaluation has found out; names that it passes over mean nothing.
+T3Tree_Node* KnownDef(_T3Reference* reference) {
+  return reference->attributes == nullptr ? nullptr : reference->attr().def;
+}
+
+void BodyWalk::Read(T3Identifier* name) {
+  T3Tree_Node* def = KnownDef(name);
+  const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
+  if (found == variables_.end() || assigned_[found->second]) return;
+  if (level_ == 2) return vexa_filtered_error(ERR_uninitialized, name->position, name->id);
+  WarnAt(name, "access to uninitialized value '" + std::string(gIdents.GetString(name->id)) + "'");
+}
+
+// The indices on the way to what is assigned are read.
+void BodyWalk::Write(T3Tree_Node* target) {
+  while (target->is<T3Subscription>() || target->is<T3Qualifier>()) {
+    if (auto* subscription = target->try_as<T3Subscription>()) Reads(subscription->index);
+    target = target->as<_T3Qualification>()->base;
+  }
+  auto* name = target->try_as<T3Identifier>();
+  if (name == nullptr) return Reads(target);
+  T3Tree_Node* def = KnownDef(name);
+  const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
+  if (found != variables_.end()) Set(found->second);
+}
+
+void BodyWalk::Call(T3Parameterization* call) {
+  Reads(call->base);
+  T3Tree_Node* def = KnownDef(call);
+  T3Tree_Node* formal = def == nullptr ? nullptr : FormalParametersOf(BehindImport(def));
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
+    auto* par = T3Is<_T3TypedFormal>(formal) ? formal->as<_T3TypedFormal>() : nullptr;
+    T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+    auto* definition = actual->try_as<T3TemplateDef>();
+    if (par != nullptr && par->pass == t3_par_pass_t::Out)
+      Write(definition != nullptr ? definition->constraint : actual);
+    else
+      Reads(actual);
+    if (T3Is<_T3FormalPar>(formal)) formal = formal->as<_T3FormalPar>()->next;
+  }
+}
+
+void BodyWalk::Redirect(T3PortRedirect* redirect) {
+  for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
+    if (IsGiven(target)) Write(target);
+  for (T3Tree_Node* at = redirect->redirect_params; T3Is<T3FieldValue>(at); at = at->as<T3FieldValue>()->next)
+    if (IsGiven(at->as<T3FieldValue>()->value)) Write(at->as<T3FieldValue>()->value);
+}
+
+// What asks whether there is a value does not need one.
+bool AsksForValue(T3Tree_Node* node) {
+  return node->is<T3IsPresent>() || node->is<T3IsChosen>() || node->is<T3IsValue>();
+}
+
+void BodyWalk::Reads(T3Tree_Node* root) {
+  if (root == nullptr) return;
+  ForEachInSubtree(root, [this](T3Tree_Node* node) {
+    if (auto* name = node->try_as<T3Identifier>()) Read(name);
+    if (auto* redirect = node->try_as<T3PortRedirect>()) Redirect(redirect);
+    if (auto* call = node->try_as<T3Parameterization>()) Call(call);
+    return !node->is<T3PortRedirect>() && !node->is<T3Parameterization>() && !AsksForValue(node) &&
+           !node->is<_T3Type>();
+  });
+}
+
+// ---- Statements ----
+
+void BodyWalk::Variable(T3VarDecl* decl) {
+  Enter(decl);
+  const bool has_value = IsGiven(decl->value) || T3Is<T3TemplateDef>(decl->value);
+  if (has_value) Reads(decl->value);
+  const size_t variable = variables_[decl->number];
+  // A loop that comes by again finds it as it was declared.
+  assigned_[variable] = false;
+  if (has_value || IsTimer(decl) || IsTimerArray(decl)) Set(variable);
+}
+
+// A chain of `else if` is followed in a loop.
+void BodyWalk::Branches(T3IfStmt* statement) {
+  Bits assigned;
+  const auto take = [&assigned](const Bits& made) {
+    assigned.insert(assigned.end(), made.begin(), made.end());
+  };
+  for (T3IfStmt* at = statement; at != nullptr;) {
+    Reads(at->condition);
+    take(Apart([&] { List(at->then_stmt); }));
+    T3Tree_Node* other = at->else_stmt;
+    const bool chain = T3Is<T3IfStmt>(other) && !T3Is<_T3Stmt>(other->as<T3IfStmt>()->next);
+    if (!chain) take(Apart([&] { List(other); }));
+    at = chain ? other->as<T3IfStmt>() : nullptr;
+  }
+  SetAll(assigned);
+}
+
+void BodyWalk::Loop(_T3LoopStmt* statement) {
+  if (statement->is<T3DoWhileStmt>()) {
+    List(statement->body);
+    return Reads(statement->condition);
+  }
+  auto* counted = statement->try_as<T3ForStmt>();
+  if (counted != nullptr) List(counted->init);
+  Reads(statement->condition);
+  Apart([&] {
+    List(statement->body);
+    if (counted != nullptr) List(counted->step);
+  });
+}
+
+void BodyWalk::Alternatives(T3Tree_Node* alts, T3Tree_Node* else_branch) {
+  Bits assigned;
+  const auto take = [&assigned](const Bits& made) {
+    assigned.insert(assigned.end(), made.begin(), made.end());
+  };
+  for (T3Tree_Node* at = alts; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next)
+    take(Apart([&] {
+      auto* alt = at->as<_T3Alt>();
+      Reads(alt->guard);
+      if (auto* guarded = alt->try_as<T3GuardedAlt>())
+        List(guarded->operation);
+      else
+        Reads(alt->as<T3TestStepRefAlt>()->test_step);
+      List(alt->body);
+    }));
+  take(Apart([&] { List(else_branch); }));
+  SetAll(assigned);
+}
+
+void BodyWalk::Statement(T3Tree_Node* statement) {
+  switch (statement->kind) {
+    case T3Kind::T3DeclStmt:
+      return Declarations(statement->as<T3DeclStmt>()->decl);
+    case T3Kind::T3BlockStmt:
+      return List(statement->as<T3BlockStmt>()->body);
+    case T3Kind::T3IfStmt:
+      return Branches(statement->as<T3IfStmt>());
+    case T3Kind::T3WhileStmt:
+    case T3Kind::T3DoWhileStmt:
+    case T3Kind::T3ForStmt:
+      return Loop(statement->as<_T3LoopStmt>());
+    case T3Kind::T3AltStmt:
+      return Alternatives(statement->as<T3AltStmt>()->alts, statement->as<T3AltStmt>()->else_branch);
+    case T3Kind::T3InterleaveStmt:
+      return Alternatives(statement->as<T3InterleaveStmt>()->alts, nullptr);
+    case T3Kind::T3CallStmt: {
+      auto* call = statement->as<T3CallStmt>();
+      for (T3Tree_Node* part : {call->port, call->template_value, call->recipient, call->timeout})
+        Reads(part);
+      return Alternatives(call->body, nullptr);
+    }
+    case T3Kind::T3AssignStmt:
+      Reads(statement->as<T3AssignStmt>()->rhs);
+      return Write(statement->as<T3AssignStmt>()->lhs);
+    default:
+      return Reads(statement);
+  }
+}
+
+void BodyWalk::List(T3Tree_Node* list) {
+  for (; T3Is<_T3Stmt>(list); list = list->as<_T3Stmt>()->next) Statement(list);
+}
+
+// ---- Bodies ----
+
+int LevelAt(T3Tree_Node* node) {
+  return node->place == nullptr ? 0 : GetInitializeCheck(node->place->vexa_my_module);
+}
+
+void CheckBody(T3Tree_Node* node) {
+  const int level = LevelAt(node);
+  if (level == 0) return;
+  BodyWalk walk(level);
+  auto* decl = node->as<_T3FunctionBodyDecl>();
+  walk.Parameters(decl->fpl);
+  if (auto* altstep = node->try_as<T3TestStep>()) walk.Declarations(altstep->decls);
+  walk.List(decl->body);
+}
+
+void CheckControl(T3Tree_Node* node) {
+  const int level = LevelAt(node);
+  if (level > 0) BodyWalk(level).List(node->as<T3ControlPart>()->body);
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3FunctionBodyDecl, CheckBody},
+    {T3Kind::T3ControlPart, CheckControl},
+};
+}  // namespace
+
+std::span<const T3Rule> InitializationRules() {
+  return kRules;
+}

@@ -1,0 +1,173 @@
+// The resolution of references.
+#include "analysis/names/T3References.h"
+
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "driver/diagnostics/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+
+namespace {
+void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
+  const T3TypeViews views = TypeViewsOf(entity);
+  auto& attributes = reference->attr();
+  attributes.local_type_def = views.local;
+  attributes.base_type_def = views.base;
+}
+
+void SetMeaning(_T3Reference* reference, T3Tree_Node* def, T3Tree_Node* typed) {
+  reference->attr().def = def;
+  SetOwnType(reference, typed);
+}
+
+void Fail(_T3Reference* reference) {
+  SetMeaning(reference, _sgT3NoDecl(true), gT3ErrorType);
+}
+
+// A local name is known only behind its declaration.
+T3Tree_Node* UsableHere(T3Tree_Node* def, T3Identifier* use) {
+  if (def == nullptr) return _sgT3NoDecl(true);
+  if (!def->is<_T3Decl>() || DefUsePositionsConsistent(def, use)) return def;
+  vexa_filtered_error(ERR_undefined, use->position, use->id);
+  return _sgT3NoDecl(true);
+}
+
+void ResolveIdentifier(T3Identifier* identifier) {
+  T3Tree_Node* env = identifier->place == nullptr ? nullptr : identifier->place->env;
+  if (!T3Is<T3MapEnv>(env)) return Fail(identifier);
+  T3Tree_Node* def = UsableHere(NewIdentifyId(env, identifier), identifier);
+  if (def->is<T3NoDecl>()) return Fail(identifier);
+  SetMeaning(identifier, def, def);
+}
+
+// True when the scopes know a qualified name: then the look-up has told what is wrong with it.
+bool IsKnownInModule(T3Tree_Node* env, T3Qualifier* qualifier, tIdent module) {
+  T3NodeSet found;
+  CollectDecls(env, qualifier->id, module == qualifier->place->vexa_module_name ? 0 : module, found);
+  return !found.empty();
+}
+
+// The member of a module that a qualifier names. The module is named by an identifier alone.
+void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
+  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
+  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
+  auto* base = qualifier->base->try_as<T3Identifier>();
+  const tIdent module = base != nullptr ? base->id : named->name;
+  T3Tree_Node* def = base != nullptr ? IdentifyQualified(env, qualifier) : nullptr;
+  if (def != nullptr && !def->is<T3NoDecl>()) return SetMeaning(qualifier, def, def);
+  if (base == nullptr || !IsKnownInModule(env, qualifier, module))
+    vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, module, qualifier->id);
+  Fail(qualifier);
+}
+
+bool IsTypeName(T3Tree_Node* def) {
+  return T3Is<T3TypeDecl>(BehindImport(def));
+}
+
+// A field of `anytype` is the name of a type, alone or qualified by its module.
+void ResolveInAnyType(T3Qualifier* qualifier, tIdent module) {
+  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
+  const tIdent own = qualifier->place == nullptr ? NoIdent : qualifier->place->vexa_module_name;
+  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
+  const tIdent key = module == own || module == NoIdent ? 0 : module;
+  T3Tree_Node* def = NewIdentify1(env, qualifier->id, key, qualifier->position, false);
+  if (module == NoIdent && T3Is<T3Module>(def)) {
+    qualifier->attr().module_name_in_anytype_qualification = true;
+    return SetMeaning(qualifier, def, gT3AnyModuleType);
+  }
+  if (IsTypeName(def) && PartOfAllTypes(BaseTypeDef(def))) return SetMeaning(qualifier, def, def);
+  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own, gIdents.MakeIdent("anytype"),
+                      module == NoIdent ? own : module, qualifier->id);
+  Fail(qualifier);
+}
+
+// The member of a value, template or signature that a qualifier names.
+void ResolveField(T3Qualifier* qualifier, T3Tree_Node* base) {
+  T3Tree_Node* field = gT3ErrorType;
+  if (base->is<_T3StructuredType>() || base->is<T3SignatureType>())
+    field = FindName(base, qualifier->id, nullptr);
+  if (field->is<T3ErrorType>()) {
+    vexa_filtered_error(ERR_type_unknown_field, qualifier->position, qualifier->id);
+    return SetMeaning(qualifier, gT3ErrorType, gT3ErrorType);
+  }
+  SetMeaning(qualifier, field, field);
+}
+
+void ResolveQualifier(T3Qualifier* qualifier) {
+  auto* outer = qualifier->base->is<_T3Reference>() ? qualifier->base->as<_T3Reference>() : nullptr;
+  if (outer == nullptr) return Fail(qualifier);
+  auto* nested = qualifier->base->try_as<T3Qualifier>();
+  if (nested != nullptr && nested->attr().module_name_in_anytype_qualification)
+    return ResolveInAnyType(qualifier, nested->id);
+  if (T3Is<T3Module>(outer->attr().def)) return ResolveInModule(qualifier, outer->attr().def->as<T3Module>());
+  T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  if (base->is<T3ErrorType>()) return SetMeaning(qualifier, gT3ErrorType, gT3ErrorType);
+  if (base->is<T3AnyType>()) return ResolveInAnyType(qualifier, NoIdent);
+  ResolveField(qualifier, base);
+}
+
+void ResolveSubscription(T3Subscription* subscription) {
+  auto* outer = subscription->base->is<_T3Reference>() ? subscription->base->as<_T3Reference>() : nullptr;
+  if (outer == nullptr) return Fail(subscription);
+  T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
+}
+
+void ResolveOne(_T3Reference* reference) {
+  if (auto* identifier = reference->try_as<T3Identifier>()) return ResolveIdentifier(identifier);
+  if (auto* qualifier = reference->try_as<T3Qualifier>()) return ResolveQualifier(qualifier);
+  if (auto* subscription = reference->try_as<T3Subscription>()) return ResolveSubscription(subscription);
+  auto* call = reference->try_as<T3Parameterization>();
+  if (call != nullptr && call->base->is<_T3Reference>()) {
+    auto& base = call->base->as<_T3Reference>()->attr();
+    call->attr().fpl = FormalParametersOf(base.def);
+    reference->attr().def = base.def;
+    reference->attr().local_type_def = base.local_type_def;
+    reference->attr().base_type_def = base.base_type_def;
+    return;
+  }
+  if (reference->is<T3ObjIdQualifier>())
+    return SetMeaning(reference, _sgT3NoDecl(true), gT3ObjectIdentifierType);
+  SetMeaning(reference, _sgT3NoDecl(true), gT3NoType);
+}
+}  // namespace
+
+T3ReferenceChain::T3ReferenceChain(T3Tree_Node* reference) {
+  const auto for_links = [reference](const auto& call) {
+    T3Tree_Node* at = reference;
+    for (call(at); at->is<_T3Qualification>(); call(at)) at = at->as<_T3Qualification>()->base;
+  };
+  for_links([this](T3Tree_Node*) { ++count_; });
+  if (!IsShort()) long_.resize(count_);
+  T3Tree_Node** link = (IsShort() ? short_.data() : long_.data()) + count_;
+  for_links([&link](T3Tree_Node* at) { *--link = at; });
+}
+
+void ResolveReference(T3Tree_Node* reference) {
+  auto* outermost = reference->as<_T3Reference>();
+  if (outermost->attr().def != nullptr) return;
+  if (!reference->is<_T3Qualification>()) return ResolveOne(outermost);
+  for (T3Tree_Node* at : T3ReferenceChain(reference)) {
+    if (!at->is<_T3Reference>() || at->as<_T3Reference>()->attr().def != nullptr) continue;
+    ResolveOne(at->as<_T3Reference>());
+  }
+}
+
+T3Tree_Node* Def(T3Tree_Node* reference) {
+  if (!T3Is<_T3Reference>(reference)) return _sgT3NoDecl(true);
+  ResolveReference(reference);
+  return reference->as<_T3Reference>()->attr().def;
+}
+
+T3Tree_Node* DefQuietly(T3Tree_Node* name) {
+  if (!name->is<T3Identifier>() && !name->is<T3Qualifier>()) return _sgT3NoDecl();
+  T3Tree_Node* def = name->attributes == nullptr ? nullptr : name->as<_T3Reference>()->attr().def;
+  if (def != nullptr) return BehindImport(def);
+  if (name->place == nullptr) return _sgT3NoDecl();
+  T3Tree_Node* env = name->place->env;
+  if (auto* id = name->try_as<T3Identifier>()) return BehindImport(IdentifyQuietly(env, id->id, 0));
+  auto* qualifier = name->as<T3Qualifier>();
+  if (!qualifier->base->is<T3Identifier>()) return _sgT3NoDecl();
+  const tIdent module = qualifier->base->as<T3Identifier>()->id;
+  const bool own = module == name->place->vexa_module_name;
+  return BehindImport(IdentifyQuietly(env, qualifier->id, own ? 0 : module));
+}

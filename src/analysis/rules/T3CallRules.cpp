@@ -1,0 +1,125 @@
+// The rules of calls: how many actual parameters there are and what may stand for one that gives something
+// back, and whether what is called runs on the component of the caller.
+#include "analysis/flow/T3AltStatus.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/rules/T3ParameterKinds.h"
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "driver/diagnostics/T3Error.h"
+
+namespace {
+// ---- Actual parameters ----
+
+bool HasDefault(T3Tree_Node* par) {
+  auto* typed = par->try_as<_T3TypedFormal>();
+  T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
+  return T3Is<T3TemplateDef>(value) || (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>());
+}
+
+// What gives a value back must be given something that takes it.
+void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
+  auto* par = formal->try_as<_T3TypedFormal>();
+  if (par == nullptr || par->pass == t3_par_pass_t::In || IsPortOrPortArray(par)) return;
+  T3Tree_Node* value = ConstraintOf(actual);
+  if (!T3Is<_T3Expression>(value) || value->is<T3NotUsedSymbol>() || HasFailed(value)) return;
+  if (!IsLvalue(value)) vexa_filtered_error(ERR_lvalue, PositionOf(actual));
+}
+
+bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {
+  for (; actual->is<T3ActualPar>(); actual = actual->as<T3ActualPar>()->next) {
+    if (!T3Is<_T3FormalPar>(formal)) return false;
+    CheckActual(actual->as<T3ActualPar>()->expression, formal);
+    formal = formal->as<_T3FormalPar>()->next;
+  }
+  for (; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next)
+    if (!HasDefault(formal)) return false;
+  return true;
+}
+
+bool HasParameters(T3Tree_Node* def) {
+  return T3Is<_T3FunctionDecl>(def) || T3Is<T3TemplateDecl>(def);
+}
+
+void CheckCall(T3Tree_Node* node) {
+  auto* call = node->as<T3Parameterization>();
+  T3Tree_Node* def = BehindImport(Def(call));
+  if (HasParameters(def) && !CheckActualParList(call->apl, FormalParametersOf(def)))
+    vexa_filtered_error(ERR_parlist_length, call->position);
+}
+
+// ---- Components ----
+
+void CheckRunsOnOfCallee(T3Tree_Node* node, T3Tree_Node* caller, T3Tree_Node* callee) {
+  T3Tree_Node* needed = ComponentOf(callee);
+  if (!needed->is<T3ComponentType>()) return;
+  T3Tree_Node* own = ComponentOf(caller);
+  if (own->is<T3NoType>()) vexa_filtered_error(ERR_runs_on, PositionOf(node));
+  if (own->is<T3ComponentType>() && !IsCompatible(needed, own))
+    vexa_filtered_error(ERR_incompatible_runs_on, PositionOf(node));
+}
+
+void CheckInvocation(T3Tree_Node* node) {
+  T3Tree_Node* callee = CalleeOf(node->as<T3InvocationStmt>()->invocation);
+  if (callee == nullptr) return;
+  if (callee->is<T3Testcase>()) return vexa_filtered_error(ERR_testcase_invocation, PositionOf(node));
+  if (callee->is<T3TestStep>()) RefuseInInterleave(node, "function invocation");
+  if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
+}
+
+void CheckActivate(T3Tree_Node* node) {
+  RefuseInInterleave(node, "activate");
+  T3Tree_Node* callee = CalleeOf(node->as<T3Activate>()->teststep);
+  if (callee == nullptr) return;
+  if (auto* decl = callee->try_as<_T3FunctionDecl>())
+    RefuseParameters(node, "activated altstep", KindsOf(decl->fpl).out, "out");
+  if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
+}
+
+void CheckAltstepAlternative(T3Tree_Node* node) {
+  T3Tree_Node* callee = CalleeOf(node->as<T3TestStepRefAlt>()->test_step);
+  RefuseInInterleave(node, "function invocation");
+  if (callee == nullptr) return;
+  if (!callee->is<T3TestStep>())
+    return vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "function invocation");
+  if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
+}
+
+// What is started runs on the started component; what stands in the place of an altstep or a test case is
+// refused.
+bool HasRuleOfItsOwn(T3Tree_Node* call) {
+  T3Tree_Node* parent = call->parent;
+  return T3Is<T3StartStmt>(parent) || T3Is<T3TestStepRefAlt>(parent) || T3Is<T3Execute>(parent);
+}
+
+// A function that is called for its value, by a behaviour: a declaration outside of one has no caller.
+void CheckRunsOnInExpression(T3Tree_Node* node) {
+  T3Tree_Node* caller = node->place == nullptr ? nullptr : node->place->top_scope_owner;
+  if (!T3Is<_T3FunctionBodyDecl>(caller) && !T3Is<T3ControlPart>(caller)) return;
+  T3Tree_Node* callee = CalleeOf(node);
+  const bool is_function = T3Is<T3Function>(callee) || T3Is<T3ExtFunction>(callee);
+  if (is_function && !HasRuleOfItsOwn(node)) CheckRunsOnOfCallee(node, caller, callee);
+}
+
+// In an interleave nothing may wait by itself.
+void CheckCallInInterleave(T3Tree_Node* node) {
+  if (node->place == nullptr || !node->place->inside_interleave) return;
+  T3Tree_Node* callee = CalleeOf(node);
+  if (T3Is<T3Function>(callee) && AltStatusOfDecl(callee) == kChangesSnapshot)
+    RefuseInInterleave(node, "call to function with (indirect) usage of communication operation");
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::T3Parameterization, CheckCall},
+    {T3Kind::T3Parameterization, CheckRunsOnInExpression},
+    {T3Kind::T3Parameterization, CheckCallInInterleave},
+    {T3Kind::T3InvocationStmt, CheckInvocation},
+    {T3Kind::T3Activate, CheckActivate},
+    {T3Kind::T3TestStepRefAlt, CheckAltstepAlternative},
+};
+}  // namespace
+
+std::span<const T3Rule> CallRules() {
+  return kRules;
+}

@@ -1,0 +1,289 @@
+// The rules of literals, references, compound values, predefined functions and operations that go beyond the
+// types by themselves.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "driver/diagnostics/T3Error.h"
+#include "support/StringM.h"
+
+namespace {
+// ---- Literals ----
+
+void CheckOctets(T3Tree_Node* node) {
+  auto* literal = node->as<T3OctStringLiteral>();
+  const std::string_view text = StringM::StGetString(literal->value);
+  const auto is_digit = [](char c) { return c != '\'' && c != ' '; };
+  const auto digits = std::count_if(text.begin(), text.end(), is_digit) - 1;  // the O counts too
+  if (digits % 2 != 0) vexa_filtered_error(ERR_odd_octetstring, literal->position);
+}
+
+void CheckQuadruple(T3Tree_Node* node) {
+  auto* literal = node->as<T3UnivCharLiteral>();
+  const auto check = [literal](T3Tree_Node* value, const char* part, int64_t most) {
+    const auto number = ConstIntValue(value);
+    if (number && (*number < 0 || *number > most))
+      vexa_filtered_error(ERR_quadruple_range, literal->position, part, std::to_string(most).c_str());
+  };
+  check(literal->group, "group", 127);
+  check(literal->plane, "plane", 255);
+  check(literal->row, "row", 255);
+  check(literal->cell, "cell", 255);
+}
+
+// ---- References ----
+
+void CheckIndex(T3Tree_Node* node) {
+  auto* subscription = node->as<T3Subscription>();
+  T3Tree_Node* type = HasFailed(subscription->base) ? nullptr : ExpressionBaseType(subscription->base);
+  const auto index = ConstIntValue(subscription->index);
+  const auto bounds = T3Is<T3ArrayType>(type) ? KnownBounds(type) : std::nullopt;
+  if (bounds && index && (*index < bounds->low || *index > bounds->high))
+    vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
+}
+
+// ---- Compound values ----
+
+void CheckPermutations(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  if (HasFailed(compound) || T3Is<T3RecordOfType>(GetAddressBaseType(ExpressionBaseType(compound)))) return;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    const auto kind = at->as<T3FieldValue>()->permutation_kind;
+    if (kind == t3_permutation_kind_t::Head || kind == t3_permutation_kind_t::HeadTail)
+      vexa_filtered_error(ERR_permutation_type, PositionOf(at));
+  }
+}
+
+bool IsOfUnknownLength(T3FieldValue* element) {
+  return element->permutation_kind != t3_permutation_kind_t::No || element->value->is<T3AnyOrOmit>();
+}
+
+void CheckArrayValue(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  T3Tree_Node* type = HasFailed(compound) ? nullptr : GetAddressBaseType(ExpressionBaseType(compound));
+  // Durations of timers have a message of their own.
+  if (!T3Is<T3ArrayType>(type) || IsTimerArray(type) || !compound->value->is<T3FieldValue>()) return;
+  uint64_t length = 0;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++length)
+    if (!at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at->as<T3FieldValue>()))
+      return;
+  const auto bounds = KnownBounds(type);
+  if (bounds && length != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
+}
+
+void CheckNotation(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  bool list = false;
+  bool assignment = false;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    (at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() ? list : assignment) = true;
+  if (list && assignment) vexa_filtered_error(ERR_mixed_notation, compound->position);
+}
+
+// ---- Predefined functions ----
+
+void CheckNumberOfDigits(T3Tree_Node* node, const char* name, int64_t base) {
+  auto* function = node->as<_T3PreDefinedLengthFunction>();
+  const auto value = ConstIntValue(function->value);
+  const auto length = ConstIntValue(function->length);
+  if ((value && *value < 0) || (length && *length < 0))
+    return vexa_filtered_error(ERR_illegal_argument, function->position, name, "positive");
+  if (!value || !length) return;
+  const int digits = RequiredDigits(*value, base);
+  if (digits > *length)
+    vexa_filtered_error(ERR_illegal_conversion_size, function->position, std::to_string(*value).c_str(),
+                        std::to_string(digits).c_str());
+}
+
+void CheckInt2Bit(T3Tree_Node* node) {
+  CheckNumberOfDigits(node, "int2bit", 2);
+}
+void CheckInt2Hex(T3Tree_Node* node) {
+  CheckNumberOfDigits(node, "int2hex", 16);
+}
+void CheckInt2Oct(T3Tree_Node* node) {
+  CheckNumberOfDigits(node, "int2oct", 256);
+}
+
+void CheckInt2Char(T3Tree_Node* node) {
+  const auto value = ConstIntValue(node->as<T3Int2Char>()->value);
+  if (value && (*value < 0 || *value > 127))
+    vexa_filtered_error(ERR_illegal_argument, PositionOf(node), "int2char", "between 0 and 127");
+}
+
+void CheckInt2UniChar(T3Tree_Node* node) {
+  const auto value = ConstIntValue(node->as<T3Int2UniChar>()->value);
+  if (value && *value < 0)
+    vexa_filtered_error(ERR_illegal_argument, PositionOf(node), "int2unichar", "positive");
+}
+
+void RefuseNegative(T3Tree_Node* function, std::initializer_list<T3Tree_Node*> numbers) {
+  for (T3Tree_Node* number : numbers)
+    if (const auto value = ConstIntValue(number); value && *value < 0)
+      return vexa_filtered_error(ERR_negative_value, PositionOf(function));
+}
+
+void CheckReplace(T3Tree_Node* node) {
+  auto* replace = node->as<T3Replace>();
+  RefuseNegative(replace, {replace->index, replace->count});
+  if (HasFailed(replace->value) || HasFailed(replace->replace_with)) return;
+  if (!IsStringCompatible(GetAddressBaseType(ExpressionBaseType(replace->value)),
+                          GetAddressBaseType(ExpressionBaseType(replace->replace_with))))
+    vexa_filtered_error(ERR_type_mismatch_replace, replace->position);
+}
+
+void CheckSubstring(T3Tree_Node* node) {
+  RefuseNegative(node, {node->as<T3Substring>()->index, node->as<T3Substring>()->count});
+}
+
+void CheckRegexp(T3Tree_Node* node) {
+  RefuseNegative(node, {node->as<T3Regexp>()->number});
+}
+
+void CheckDecompose(T3Tree_Node* node) {
+  const auto index = ConstIntValue(node->as<T3Decompose>()->index);
+  const auto count = ConstIntValue(node->as<T3Decompose>()->count);
+  if ((index && *index < 0) || (count && *count <= 0))
+    vexa_filtered_error(ERR_positive_value, PositionOf(node));
+}
+
+void CheckIsPresent(T3Tree_Node* node) {
+  T3Tree_Node* argument = node->as<T3IsPresent>()->template_value;
+  if (!argument->is<T3TemplateDef>() || HasFailed(argument->as<T3TemplateDef>()->constraint)) return;
+  argument = argument->as<T3TemplateDef>()->constraint;
+  if (!argument->is<T3Qualifier>() || !IsFieldOptional(Def(argument)))
+    vexa_filtered_error(ERR_illegal_ispresent, PositionOf(node));
+}
+
+void CheckValueOf(T3Tree_Node* node) {
+  T3Tree_Node* value = node->as<T3ValueOf>()->template_value;
+  if (value->is<T3TemplateDef>() && T3Is<T3SignatureType>(ExpressionBaseType(value)))
+    vexa_filtered_error(ERR_valueof_for_signature, PositionOf(node));
+}
+
+// ---- Operations that the control part refuses or is alone to have ----
+
+void CheckSelf(T3Tree_Node* node) {
+  RefuseInControlPart(node, "'self'");
+}
+void CheckMtc(T3Tree_Node* node) {
+  RefuseInControlPart(node, "'mtc'");
+}
+void CheckSystem(T3Tree_Node* node) {
+  RefuseInControlPart(node, "'system'");
+}
+void CheckAlive(T3Tree_Node* node) {
+  RefuseInControlPart(node, "'<comp>.alive'");
+}
+void CheckGetVerdict(T3Tree_Node* node) {
+  RefuseInControlPart(node, "verdict operation");
+}
+
+// A timer may run in the control part.
+void CheckRunning(T3Tree_Node* node) {
+  T3Tree_Node* object = node->as<T3Running>()->object;
+  const bool any = object->is<T3AnyComponent>() || object->is<T3AllComponent>();
+  if (any || (!HasFailed(object) && T3Is<T3ComponentType>(ExpressionBaseType(object))))
+    RefuseInControlPart(node, "'<comp>.running'");
+}
+
+void CheckCreate(T3Tree_Node* node) {
+  RefuseInControlPart(node, "'create'");
+  T3Tree_Node* component = node->as<T3Create>()->component;
+  if (HasFailed(component)) return;
+  T3Tree_Node* type = ExpressionBaseType(component);
+  if (type->is<T3ArrayType>())
+    vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "create");
+  else if (!type->is<T3ComponentType>())
+    vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
+}
+
+void CheckExecute(T3Tree_Node* node) {
+  if (!IsInControlPart(node)) vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "execute");
+  auto* call = node->as<T3Execute>()->testcase->try_as<_T3Reference>();
+  T3Tree_Node* def = call == nullptr ? nullptr : BehindImport(Def(call));
+  if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return;
+  if (!T3Is<T3Testcase>(def)) vexa_filtered_error(ERR_execute_wo_testcase, PositionOf(node));
+}
+
+// ---- What changed between editions, and what the run-time system has not ----
+
+struct ChangedFunction {
+  T3Kind kind;
+  const char* name;
+};
+constexpr ChangedFunction kChangedFunctions[] = {
+    {T3Kind::T3Int2Char, "int2char"},       {T3Kind::T3Char2Int, "char2int"},
+    {T3Kind::T3Int2UniChar, "int2unichar"}, {T3Kind::T3UniChar2Int, "unichar2int"},
+    {T3Kind::T3Str2Int, "str2int"},         {T3Kind::T3Oct2Str, "oct2str"},
+    {T3Kind::T3Str2Oct, "str2oct"}};
+
+std::string MakeBackwardCompatibilityWarning(const char* name, const char* version) {
+  return std::string("behavior of '") + name + "' changed since TTCN-3 " + version +
+         " (specify language edition to resolve ambiguity)";
+}
+
+bool IsTTCN3LanguageSpecified(T3Tree_Node* module) {
+  T3Tree_Node* edition = module->as<T3Module>()->representation;
+  return T3Is<T3TTCN_3_Edition1>(edition) || T3Is<T3TTCN_3_Edition2>(edition) ||
+         T3Is<T3TTCN_3_Edition3>(edition);
+}
+
+void WarnOfEdition(T3Tree_Node* node) {
+  if (node->place == nullptr || IsTTCN3LanguageSpecified(node->place->vexa_my_module)) return;
+  for (const ChangedFunction& changed : kChangedFunctions)
+    if (changed.kind == node->kind) WarnAt(node, MakeBackwardCompatibilityWarning(changed.name, "3.1.1"));
+}
+
+void WarnOfUniversalText(T3Tree_Node* node) {
+  if (node->place != nullptr && T3Is<T3UniversalCharStringType>(ExpressionBaseType(node)))
+    WarnAt(node,
+           "concatenation of universal characters currently not supported by the TTCN-3 run-time system");
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::T3OctStringLiteral, CheckOctets},
+    {T3Kind::T3UnivCharLiteral, CheckQuadruple},
+    {T3Kind::T3Subscription, CheckIndex},
+    {T3Kind::T3CompoundValue, CheckNotation},
+    {T3Kind::T3CompoundValue, CheckPermutations},
+    {T3Kind::T3CompoundValue, CheckArrayValue},
+    {T3Kind::T3Int2Bit, CheckInt2Bit},
+    {T3Kind::T3Int2Hex, CheckInt2Hex},
+    {T3Kind::T3Int2Oct, CheckInt2Oct},
+    {T3Kind::T3Int2Char, CheckInt2Char},
+    {T3Kind::T3Int2UniChar, CheckInt2UniChar},
+    {T3Kind::T3Replace, CheckReplace},
+    {T3Kind::T3Substring, CheckSubstring},
+    {T3Kind::T3Regexp, CheckRegexp},
+    {T3Kind::T3Decompose, CheckDecompose},
+    {T3Kind::T3IsPresent, CheckIsPresent},
+    {T3Kind::T3ValueOf, CheckValueOf},
+    {T3Kind::T3Self, CheckSelf},
+    {T3Kind::T3MTC, CheckMtc},
+    {T3Kind::T3System, CheckSystem},
+    {T3Kind::T3Running, CheckRunning},
+    {T3Kind::T3Alive, CheckAlive},
+    {T3Kind::T3GetVerdict, CheckGetVerdict},
+    {T3Kind::T3Create, CheckCreate},
+    {T3Kind::T3Execute, CheckExecute},
+    {T3Kind::T3Int2Char, WarnOfEdition},
+    {T3Kind::T3Char2Int, WarnOfEdition},
+    {T3Kind::T3Int2UniChar, WarnOfEdition},
+    {T3Kind::T3UniChar2Int, WarnOfEdition},
+    {T3Kind::T3Str2Int, WarnOfEdition},
+    {T3Kind::T3Oct2Str, WarnOfEdition},
+    {T3Kind::T3Str2Oct, WarnOfEdition},
+    {T3Kind::T3Concatenate, WarnOfUniversalText},
+};
+}  // namespace
+
+std::span<const T3Rule> ExpressionRules() {
+  return kRules;
+}

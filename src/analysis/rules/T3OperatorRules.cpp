@@ -1,0 +1,129 @@
+// The types that operators work on: operands may be of one type and still be of none that the operator is
+// for.
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "driver/diagnostics/T3Error.h"
+
+namespace {
+// The types of both operands; none where one of them, or the whole, has failed.
+struct Operands {
+  T3Tree_Node* left = nullptr;
+  T3Tree_Node* right = nullptr;
+
+  explicit Operands(_T3BinaryExpression* node) {
+    if (HasFailed(node) || HasFailed(node->left) || HasFailed(node->right)) return;
+    left = GetAddressBaseType(ExpressionBaseType(node->left));
+    right = GetAddressBaseType(ExpressionBaseType(node->right));
+  }
+  bool AreKnown() const {
+    return left != nullptr && right != nullptr && !IsWildcardType(left) && !IsWildcardType(right);
+  }
+  bool AreBoth(T3Tree_Node* type) const {
+    return IsSameBuiltinType(left, type) && IsSameBuiltinType(right, type);
+  }
+};
+
+void CheckArithmetic(T3Tree_Node* node) {
+  auto* operation = node->as<_T3BinaryExpression>();
+  const Operands operands(operation);
+  if (!operands.AreKnown() || operands.AreBoth(gT3IntegerType)) return;
+  if (!operands.AreBoth(gT3FloatType))
+    vexa_filtered_error(ERR_type_mismatch_arith, operation->position);
+  else if (node->is<T3Mod>())
+    vexa_filtered_error(ERR_type_integer_required, operation->position);
+}
+
+bool IsBinaryStringType(T3Tree_Node* type) {
+  return type->is<T3BitStringType>() || type->is<T3HexStringType>() || type->is<T3OctetStringType>();
+}
+
+void CheckStringLogic(T3Tree_Node* node) {
+  auto* operation = node->as<_T3BinaryExpression>();
+  const Operands operands(operation);
+  if (operands.AreKnown() && !(IsBinaryStringType(operands.left) && operands.AreBoth(operands.left)))
+    vexa_filtered_error(ERR_type_mismatch_bin_string, operation->position);
+}
+
+void CheckNot4b(T3Tree_Node* node) {
+  auto* operation = node->as<T3UnaryNot4b>();
+  if (HasFailed(operation) || HasFailed(operation->arg)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operation->arg));
+  if (!IsWildcardType(type) && !IsBinaryStringType(type))
+    vexa_filtered_error(ERR_type_mismatch_bin_string, operation->position);
+}
+
+void CheckConcatenation(T3Tree_Node* node) {
+  auto* operation = node->as<_T3BinaryExpression>();
+  const Operands operands(operation);
+  if (operands.AreKnown() && !IsStringCompatible(operands.left, operands.right))
+    vexa_filtered_error(ERR_type_mismatch_char_string, operation->position);
+}
+
+// ---- Operands ----
+
+void RequireOperand(T3Tree_Node* operand) {
+  if (operand->is<_T3LiteralExpression>()) return;
+  if (IsGiven(operand) && !HasFailed(operand) && !IsRvalue(operand))
+    vexa_filtered_error(ERR_rvalue, PositionOf(operand));
+}
+
+void CheckBinary(T3Tree_Node* node) {
+  RequireOperand(node->as<_T3BinaryExpression>()->left);
+  RequireOperand(node->as<_T3BinaryExpression>()->right);
+}
+
+void CheckUnary(T3Tree_Node* node) {
+  RequireOperand(node->as<_T3UnaryExpression>()->arg);
+}
+
+void CheckShift(T3Tree_Node* node) {
+  RequireOperand(node->as<_T3ShiftOrRotateExpression>()->value);
+  RequireOperand(node->as<_T3ShiftOrRotateExpression>()->shift);
+}
+
+void CheckArgument(T3Tree_Node* node) {
+  RequireOperand(node->as<_T3PreDefinedFunction>()->value);
+}
+
+void CheckLengthArgument(T3Tree_Node* node) {
+  RequireOperand(node->as<_T3PreDefinedLengthFunction>()->length);
+}
+
+void CheckReplaceArguments(T3Tree_Node* node) {
+  auto* replace = node->as<T3Replace>();
+  for (T3Tree_Node* argument : {replace->index, replace->count, replace->replace_with})
+    RequireOperand(argument);
+}
+
+void CheckSubstringArguments(T3Tree_Node* node) {
+  RequireOperand(node->as<T3Substring>()->index);
+  RequireOperand(node->as<T3Substring>()->count);
+}
+
+void CheckRegexpArguments(T3Tree_Node* node) {
+  RequireOperand(node->as<T3Regexp>()->argument);
+  RequireOperand(node->as<T3Regexp>()->number);
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3BinaryExpression, CheckBinary},
+    {T3Kind::_T3BinaryArithmeticExpression, CheckArithmetic},
+    {T3Kind::_T3BinaryStringLogic, CheckStringLogic},
+    {T3Kind::T3Concatenate, CheckConcatenation},
+    {T3Kind::_T3UnaryExpression, CheckUnary},
+    {T3Kind::T3UnaryNot4b, CheckNot4b},
+    {T3Kind::_T3ShiftOrRotateExpression, CheckShift},
+    {T3Kind::_T3PreDefinedFunction, CheckArgument},
+    {T3Kind::_T3PreDefinedLengthFunction, CheckLengthArgument},
+    {T3Kind::T3Replace, CheckReplaceArguments},
+    {T3Kind::T3Substring, CheckSubstringArguments},
+    {T3Kind::T3Regexp, CheckRegexpArguments},
+};
+}  // namespace
+
+std::span<const T3Rule> OperatorRules() {
+  return kRules;
+}

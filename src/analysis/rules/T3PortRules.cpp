@@ -1,0 +1,368 @@
+// The rules of port operations, their redirections, and the configuration of ports.
+#include <string>
+#include <unordered_set>
+
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/flow/T3AltStatus.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "driver/diagnostics/T3Error.h"
+
+namespace {
+bool IsAnyPort(T3Tree_Node* port) {
+  return port->is<T3AnyPort>() || port->is<T3AllPort>() || port->is<T3PortAll>();
+}
+
+// ---- All port operations ----
+
+// A reference whose name, or the type of what it means, has failed has had its message.
+bool HasMessage(T3Tree_Node* port) {
+  auto* reference = port->try_as<_T3Reference>();
+  if (reference == nullptr) return false;
+  T3Tree_Node* def = Def(reference);
+  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) || T3Is<T3ErrorType>(reference->attr().base_type_def);
+}
+
+void CheckPort(T3Tree_Node* node) {
+  RefuseInControlPart(node, "port operation");
+  T3Tree_Node* port = node->as<_T3PortStmt>()->port;
+  if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
+  T3Tree_Node* type = ExpressionBaseType(port);
+  if (type == gT3AnyPortType || type->is<T3PortType>()) return;
+  if (HasMessage(port)) return;
+  if (auto* identifier = port->try_as<T3Identifier>())
+    vexa_filtered_error(ERR_invalid_port_with_name, PositionOf(node), identifier->id);
+  else
+    vexa_filtered_error(ERR_invalid_port, PositionOf(node));
+}
+
+bool HasPortType(_T3PortStmt* statement) {
+  return IsAnyPort(statement->port) || ExpressionBaseType(statement->port) == gT3AnyPortType ||
+         ExpressionBaseType(statement->port)->is<T3PortType>();
+}
+
+void RequireMessages(T3Tree_Node* node, const char* operation) {
+  auto* statement = node->as<_T3PortStmt>();
+  if (HasPortType(statement) && !statement->attr().is_message_based)
+    vexa_filtered_error(ERR_port_kind, PositionOf(node), operation, "procedure");
+}
+
+void RequireProcedures(T3Tree_Node* node, const char* operation) {
+  auto* statement = node->as<_T3PortStmt>();
+  if (HasPortType(statement) && !statement->attr().is_procedure_based)
+    vexa_filtered_error(ERR_port_kind, PositionOf(node), operation, "message");
+}
+
+// The type of an operation's template, or gT3ErrorType where it has none or failed.
+T3Tree_Node* TemplateType(T3Tree_Node* node) {
+  T3Tree_Node* value = node->as<_T3TemplatePortStmt>()->template_value;
+  return value->is<T3TemplateDef>() ? ExpressionBaseType(value) : gT3ErrorType;
+}
+
+void RefuseSignature(T3Tree_Node* node) {
+  if (T3Is<T3SignatureType>(TemplateType(node)))
+    vexa_filtered_error(ERR_signature_on_msg_port, PositionOf(node));
+}
+
+void RequireSignature(T3Tree_Node* node) {
+  T3Tree_Node* type = TemplateType(node);
+  if (!type->is<T3ErrorType>() && !type->is<T3NoType>() && !IsWildcardType(type) &&
+      !type->is<T3SignatureType>())
+    vexa_filtered_error(ERR_message_on_proc_port, PositionOf(node));
+}
+
+T3SignatureType* SignatureOf(T3Tree_Node* node) {
+  return TemplateType(node)->try_as<T3SignatureType>();
+}
+
+// What a receiving operation evaluates must leave the snapshot as it is.
+void RefuseInAlternative(T3Tree_Node* node, T3Tree_Node* part, const char* what) {
+  const bool given = T3Is<T3TemplateDef>(part) || T3Is<_T3Expression>(part);
+  if (given && AltStatus(part) == kChangesSnapshot)
+    vexa_filtered_error(ERR_alt_illegal_something, PositionOf(node), what);
+}
+
+void CheckReceiving(T3Tree_Node* node) {
+  auto* statement = node->as<_T3ReceivingPortStmt>();
+  RefuseInAlternative(node, statement->template_value, "template");
+  RefuseInAlternative(node, statement->port, "port");
+  RefuseInAlternative(node, statement->sender, "sender");
+  if (auto* reply = node->try_as<T3GetReplyStmt>())
+    RefuseInAlternative(node, reply->return_template, "return template");
+}
+
+void CheckChecking(T3Tree_Node* node) {
+  RefuseInAlternative(node, node->as<T3CheckRedirect>()->port, "port");
+  RefuseInAlternative(node, node->as<T3CheckRedirect>()->from, "sender");
+}
+
+// ---- Messages ----
+
+void CheckSend(T3Tree_Node* node) {
+  RefuseSignature(node);
+  RequireMessages(node, "send");
+}
+
+void CheckReceive(T3Tree_Node* node) {
+  RefuseSignature(node);
+  RequireMessages(node, "receive");
+  auto* receive = node->as<T3ReceiveStmt>();
+  auto* value = receive->template_value->try_as<T3TemplateDef>();
+  const bool any = receive->port->is<T3AnyPort>() || ExpressionBaseType(receive->port) == gT3AnyPortType;
+  if (any && value != nullptr && T3Is<T3NoType>(value->parent) &&
+      (value->constraint->is<T3AnyValue>() || value->constraint->is<T3AnyOrOmit>()))
+    vexa_filtered_error(ERR_wildcard_in_anyport, PositionOf(node));
+}
+
+void CheckTrigger(T3Tree_Node* node) {
+  RefuseSignature(node);
+  RequireMessages(node, "trigger");
+}
+
+// ---- Procedures ----
+
+void CheckCall(T3Tree_Node* node) {
+  RequireProcedures(node, "call");
+  RequireSignature(node);
+  auto* call = node->as<T3CallStmt>();
+  T3SignatureType* signature = SignatureOf(node);
+  if (signature == nullptr) return;
+  const bool body = T3Is<_T3Alt>(call->body);
+  const bool nowait = T3Is<T3NoWait>(call->timeout);
+  const auto report = [node](const _vexa_error_message_t& row) {
+    vexa_filtered_error(row, PositionOf(node));
+  };
+  if (signature->not_blocking) {
+    if (body) report(ERR_call_noblock_with_body);
+    if (IsGiven(call->timeout)) report(ERR_call_noblock_with_timeout);
+    return;
+  }
+  if (nowait && body) report(ERR_call_nowait_with_body);
+  if (!nowait && !body) report(ERR_call_blocking_wo_body);
+}
+
+void RefuseReturnValue(T3Tree_Node* node, bool given) {
+  T3SignatureType* signature = SignatureOf(node);
+  if (given && signature != nullptr && T3Is<T3NoType>(signature->return_type))
+    vexa_filtered_error(ERR_no_return, PositionOf(node), "signature");
+}
+
+void CheckReply(T3Tree_Node* node) {
+  RequireProcedures(node, "reply");
+  RequireSignature(node);
+  const bool given = IsGiven(node->as<T3ReplyStmt>()->return_expr);
+  RefuseReturnValue(node, given);
+  T3SignatureType* signature = SignatureOf(node);
+  if (!given && signature != nullptr && !T3Is<T3NoType>(signature->return_type))
+    WarnAt(node, "missing return value in 'reply' operation for a procedure that has return type");
+}
+
+void CheckGetCall(T3Tree_Node* node) {
+  RequireProcedures(node, "getcall");
+  RequireSignature(node);
+}
+
+T3Tree_Node* PortDeclOf(T3Tree_Node* port) {
+  while (port->is<T3Subscription>()) port = port->as<T3Subscription>()->base;
+  return port->is<_T3Reference>() ? BehindImport(Def(port)) : nullptr;
+}
+
+// In the body of a call only what the call is about comes back.
+void CheckAgainstCall(T3Tree_Node* node, T3Tree_Node* signature) {
+  const T3Place* place = node->place;
+  if (place == nullptr || !place->in_call_stmt) return;
+  T3Tree_Node* port = PortDeclOf(node->as<_T3PortStmt>()->port);
+  const bool other_port = place->call_port_decl != nullptr && T3Is<T3PortDecl>(port) &&
+                          BehindImport(place->call_port_decl) != port;
+  const bool other_signature = place->call_signature_type != nullptr && T3Is<T3SignatureType>(signature) &&
+                               T3Is<T3SignatureType>(BaseTypeDef(place->call_signature_type)) &&
+                               BaseTypeDef(place->call_signature_type) != signature;
+  if (other_port || other_signature) vexa_filtered_error(ERR_call_mismatch, PositionOf(node));
+}
+
+void CheckGetReply(T3Tree_Node* node) {
+  RequireProcedures(node, "getreply");
+  RequireSignature(node);
+  RefuseReturnValue(node, node->as<T3GetReplyStmt>()->return_template->is<T3TemplateDef>());
+  CheckAgainstCall(node, TemplateType(node));
+}
+
+void CheckRaise(T3Tree_Node* node) {
+  RequireProcedures(node, "raise");
+}
+
+void CheckCatch(T3Tree_Node* node) {
+  RequireProcedures(node, "catch");
+  auto* caught = node->as<T3CatchStmt>();
+  if (T3Is<T3NoType>(caught->signature) && caught->template_value->is<T3TemplateDef>())
+    vexa_filtered_error(ERR_template_exception_wo_signature, PositionOf(node));
+  CheckAgainstCall(node, BaseTypeDef(caught->signature));
+}
+
+void CheckCatchTimeout(T3Tree_Node* node) {
+  RequireProcedures(node, "catch(timeout)");
+  const T3Place* place = node->place;
+  if (place == nullptr) return;
+  if (!place->in_call_stmt) return vexa_filtered_error(ERR_catch_timeout_wo_call, PositionOf(node));
+  CheckAgainstCall(node, nullptr);
+  auto* call = place->enclosing_alt->try_as<T3CallStmt>();
+  if (call != nullptr && (!IsGiven(call->timeout) || call->timeout->is<T3NoWait>()))
+    vexa_filtered_error(ERR_call_catch_wo_timeout, PositionOf(node));
+}
+
+// ---- Redirections ----
+
+const char* PassName(t3_par_pass_t pass) {
+  if (pass == t3_par_pass_t::In) return "in";
+  return pass == t3_par_pass_t::Out ? "out" : "inout";
+}
+
+bool CheckPassMode(t3_par_pass_t pass, bool getcall) {
+  return pass != (getcall ? t3_par_pass_t::Out : t3_par_pass_t::In);
+}
+
+void CheckParameterRedirection(T3Tree_Node* at, T3Tree_Node* par, bool getcall) {
+  auto* typed = T3Is<_T3TypedFormal>(par) ? par->as<_T3TypedFormal>() : nullptr;
+  if (typed != nullptr && !CheckPassMode(typed->pass, getcall))
+    vexa_filtered_error(ERR_param_redirect, PositionOf(at), PassName(typed->pass),
+                        getcall ? "getcall" : "getreply");
+}
+
+void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signature) {
+  const bool getcall = redirect->attr().is_in_getcall;
+  if (!getcall && !redirect->attr().is_in_getreply) return;
+  long given = 0;
+  bool list = true;
+  T3Tree_Node* par = signature->fpl;
+  for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++given) {
+    auto* element = at->as<T3FieldValue>();
+    if (auto* name = element->field->try_as<T3FieldName>()) {
+      list = false;
+      CheckParameterRedirection(at, FindName(signature, name->name, nullptr), getcall);
+      continue;
+    }
+    if (!element->value->is<T3NotUsedSymbol>()) CheckParameterRedirection(at, par, getcall);
+    if (T3Is<_T3FormalPar>(par)) par = par->as<_T3FormalPar>()->next;
+  }
+  long wanted = 0;
+  for (par = signature->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) ++wanted;
+  if (given > 0 && list && given != wanted)
+    vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
+}
+
+void CheckRedirect(T3Tree_Node* node) {
+  auto* redirect = node->as<T3PortRedirect>();
+  for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
+    if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
+      vexa_filtered_error(ERR_lvalue, PositionOf(target));
+  T3Tree_Node* signature = redirect->attr().params_types;
+  if (T3Is<T3SignatureType>(signature) && redirect->redirect_params != nullptr)
+    CheckParameterRedirections(redirect, signature->as<T3SignatureType>());
+}
+
+// ---- Configuration ----
+
+// One side of a configuration operation.
+struct Side {
+  T3Tree_Node* component;
+  T3Tree_Node* port;
+  T3PortType* type = nullptr;
+};
+
+tIdent PortName(T3Tree_Node* port) {
+  while (auto* element = port->try_as<T3PortArrayElement>()) port = element->base;
+  auto* identifier = port->try_as<T3PortIdentifier>();
+  return identifier == nullptr ? NoIdent : identifier->name;
+}
+
+int SubscriptionLevel(T3Tree_Node* port) {
+  int level = 0;
+  for (; port->is<T3PortArrayElement>(); port = port->as<T3PortArrayElement>()->base) ++level;
+  return level;
+}
+
+T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
+  for (T3Tree_Node* at = component->as<T3ComponentType>()->decls; at->is<_T3Decl>();
+       at = at->as<_T3Decl>()->next)
+    if (at->is<T3PortDecl>() && at->as<_T3Decl>()->name == name) return at;
+  return nullptr;
+}
+
+// Finds the port of a side; false where there is nothing to say about it or it has been refused.
+void ResolveSide(T3Tree_Node* node, Side& side) {
+  if (!IsGiven(side.component) || HasFailed(side.component)) return;
+  T3Tree_Node* component = ExpressionBaseType(side.component);
+  if (component == gT3AnyComponentType) return;
+  if (node->is<T3ConnectStmt>() && component->is<T3ArrayType>())
+    return vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "connect");
+  if (!component->is<T3ComponentType>()) return vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
+  if (!IsGiven(side.port) || side.port->is<T3PortAll>()) return;
+  const tIdent name = PortName(side.port);
+  T3Tree_Node* decl = name == NoIdent ? nullptr : FindPortInComponentDecl(component, name);
+  if (decl == nullptr) {
+    T3Tree_Node* owner = component->parent;
+    const tIdent shown = T3Is<T3TypeDecl>(owner) ? owner->as<T3TypeDecl>()->name : name;
+    return vexa_filtered_error(ERR_undefined_port, PositionOf(node), shown);
+  }
+  T3Tree_Node* type = BaseTypeDef(decl);
+  int dimension = 0;
+  for (; type->is<T3ArrayType>(); type = BaseTypeDef(ElementType(type))) ++dimension;
+  if (SubscriptionLevel(side.port) != dimension)
+    return vexa_filtered_error(ERR_wrong_portarr_subscription, PositionOf(node));
+  side.type = type->try_as<T3PortType>();
+}
+
+// Everything that one port sends must be taken by the other.
+void CheckPortCompatibility(T3Tree_Node* node, T3PortType* from, T3PortType* to, const char* receiver) {
+  const T3PortTypes out = PortTypesOut(from);
+  const T3PortTypes in = PortTypesIn(to);
+  std::unordered_set<const T3Tree_Node*> taken(in.base.begin(), in.base.end());
+  taken.insert(in.absolute.begin(), in.absolute.end());
+  for (size_t i = 0; i < out.base.size(); ++i)
+    if (!out.base[i]->is<T3ErrorType>() && taken.count(out.absolute[i]) == 0 && taken.count(out.base[i]) == 0)
+      vexa_filtered_error(ERR_type_ports_incompatible, PositionOf(node), receiver,
+                          Type2String(out.absolute[i]).c_str());
+}
+
+void CheckConfiguration(T3Tree_Node* node) {
+  RefuseInControlPart(node, "configuration operation");
+  auto* statement = node->as<_T3ConfStmt>();
+  Side first{statement->component_1, statement->port_1};
+  Side second{statement->component_2, statement->port_2};
+  const bool connects = node->is<T3ConnectStmt>() || node->is<T3DisconnectStmt>();
+  if (connects && (T3Is<T3System>(first.component) || T3Is<T3System>(second.component)))
+    vexa_filtered_error(ERR_connect_system_port, PositionOf(node));
+  ResolveSide(node, first);
+  ResolveSide(node, second);
+  if (first.type == nullptr || second.type == nullptr) return;
+  if (node->is<T3ConnectStmt>()) {
+    CheckPortCompatibility(node, first.type, second.type, "second port");
+    CheckPortCompatibility(node, second.type, first.type, "first port");
+  }
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::_T3PortStmt, CheckPort},
+    {T3Kind::_T3ReceivingPortStmt, CheckReceiving},
+    {T3Kind::T3CheckRedirect, CheckChecking},
+    {T3Kind::T3SendStmt, CheckSend},
+    {T3Kind::T3ReceiveStmt, CheckReceive},
+    {T3Kind::T3TriggerStmt, CheckTrigger},
+    {T3Kind::T3CallStmt, CheckCall},
+    {T3Kind::T3ReplyStmt, CheckReply},
+    {T3Kind::T3RaiseStmt, CheckRaise},
+    {T3Kind::T3GetCallStmt, CheckGetCall},
+    {T3Kind::T3GetReplyStmt, CheckGetReply},
+    {T3Kind::T3CatchStmt, CheckCatch},
+    {T3Kind::T3CatchTimeoutStmt, CheckCatchTimeout},
+    {T3Kind::T3PortRedirect, CheckRedirect},
+    {T3Kind::_T3ConfStmt, CheckConfiguration},
+};
+}  // namespace
+
+std::span<const T3Rule> PortRules() {
+  return kRules;
+}

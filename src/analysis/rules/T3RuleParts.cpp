@@ -1,0 +1,52 @@
+#include "analysis/rules/T3RuleParts.h"
+
+#include "analysis/names/T3Names.h"
+#include "analysis/names/T3References.h"
+#include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+
+bool IsGiven(T3Tree_Node* expression) {
+  return T3Is<_T3Expression>(expression) && !expression->is<T3NoExpression>();
+}
+
+bool HasFailed(T3Tree_Node* expression) {
+  return !T3Is<_T3Expression>(expression) || ExpressionBaseType(expression)->is<T3ErrorType>();
+}
+
+bool IsInControlPart(T3Tree_Node* node) {
+  return node->place != nullptr && T3Is<T3ControlPart>(node->place->vexa_owner);
+}
+
+void RefuseInControlPart(T3Tree_Node* node, const char* what) {
+  if (IsInControlPart(node)) vexa_filtered_error(ERR_control_illegal_construct, PositionOf(node), what);
+}
+
+void RefuseInInterleave(T3Tree_Node* node, const char* what) {
+  if (node->place != nullptr && node->place->inside_interleave)
+    vexa_filtered_error(ERR_interleave_illegal_construct, PositionOf(node), what);
+}
+
+void WarnAt(T3Tree_Node* node, const std::string& text) {
+  if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
+}
+
+T3TemplateDecl* TemplateNamed(T3Tree_Node* reference) {
+  T3Tree_Node* def = DefQuietly(reference);
+  return T3Is<T3TemplateDecl>(def) ? def->as<T3TemplateDecl>() : nullptr;
+}
+
+T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
+  auto* def = definition->try_as<T3TemplateDef>();
+  return def == nullptr ? definition : def->constraint;
+}
+
+T3Tree_Node* CalleeOf(T3Tree_Node* call) {
+  auto* reference = call == nullptr ? nullptr : call->try_as<_T3Reference>();
+  T3Tree_Node* def = reference == nullptr ? nullptr : BehindImport(Def(reference));
+  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) ? nullptr : def;
+}
+
+T3Tree_Node* ComponentOf(T3Tree_Node* decl) {
+  return T3Is<_T3FunctionDecl>(decl) ? BaseTypeDef(decl->as<_T3FunctionDecl>()->runs_on) : gT3NoType;
+}

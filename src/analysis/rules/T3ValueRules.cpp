@@ -1,0 +1,240 @@
+// Where a value is required and not a template, where a constant, and where a field must have a value.
+#include <vector>
+
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "driver/diagnostics/T3Error.h"
+
+namespace {
+// Reports each part of a compound value that is no value; false when there was one.
+bool CheckParts(T3CompoundValue* compound) {
+  bool passed = true;
+  std::vector<T3Tree_Node*> open{compound->value};
+  while (!open.empty()) {
+    auto* at = open.back()->try_as<T3FieldValue>();
+    open.pop_back();
+    if (at == nullptr) continue;
+    open.push_back(at->next);
+    if (auto* inner = at->value->try_as<T3CompoundValue>()) {
+      open.push_back(inner->value);
+    } else if (!HasFailed(at->value) && !IsRvalueRelaxed(at->value)) {
+      vexa_filtered_error(ERR_rvalue, PositionOf(at));
+      passed = false;
+    }
+  }
+  return passed;
+}
+
+// What stands behind := or `return` must be a value; the message is about `node`.
+void RequireValue(T3Tree_Node* node, T3Tree_Node* value) {
+  if (!IsGiven(value) || HasFailed(value)) return;
+  auto* compound = value->try_as<T3CompoundValue>();
+  if (compound != nullptr && !CheckParts(compound)) return;
+  if (!IsRvalue(value)) vexa_filtered_error(ERR_rvalue, PositionOf(node));
+}
+
+void CheckVariable(T3Tree_Node* node) {
+  auto* decl = node->as<T3VarDecl>();
+  if (!decl->is_template_variable) RequireValue(decl, decl->value);
+}
+
+// A literal behind the name of its module does not vary either.
+bool IsQualifiedLiteral(T3Tree_Node* value) {
+  if (!value->is<T3Qualifier>()) return false;
+  return T3Is<T3EnumType>(Def(value)) || T3Is<T3AmbiguousType>(Def(value));
+}
+
+// A part that has failed has had its message, and may be why the whole is no constant.
+bool HasFailedPart(T3Tree_Node* value) {
+  bool failed = false;
+  ForEachInSubtree(value, [&failed](T3Tree_Node* node) {
+    failed = failed || (node->is<_T3Expression>() && node->attributes != nullptr && HasFailed(node));
+    return !failed;
+  });
+  return failed;
+}
+
+bool Varies(T3Tree_Node* value) {
+  std::vector<T3Tree_Node*> open{value};
+  while (!open.empty()) {
+    T3Tree_Node* at = open.back();
+    open.pop_back();
+    auto* compound = at->try_as<T3CompoundValue>();
+    if (compound == nullptr && !HasFailed(at) && !IsConstant(at) && !IsQualifiedLiteral(at)) return true;
+    for (T3Tree_Node* part = compound == nullptr ? nullptr : compound->value; T3Is<T3FieldValue>(part);
+         part = part->as<T3FieldValue>()->next)
+      open.push_back(part->as<T3FieldValue>()->value);
+  }
+  return false;
+}
+
+void CheckConstant(T3Tree_Node* node) {
+  T3Tree_Node* value = node->as<_T3InstanceValueDecl>()->value;
+  if (IsGiven(value) && Varies(value) && !HasFailedPart(value))
+    vexa_filtered_error(ERR_const, PositionOf(node));
+}
+
+// A type may stand for its values.
+bool NamesType(T3Tree_Node* value) {
+  return (value->is<T3Identifier>() || value->is<T3Qualifier>()) &&
+         T3Is<T3TypeDecl>(BehindImport(Def(value)));
+}
+
+// The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
+// of its own.
+bool VariesInType(T3Tree_Node* value) {
+  return IsGiven(value) && !NamesType(value) && !HasFailed(value) && !IsConstant(value) &&
+         !IsQualifiedLiteral(value) && !HasFailedPart(value);
+}
+
+void CheckSubType(T3Tree_Node* node) {
+  auto* subtype = node->as<T3SubType>();
+  auto* list = subtype->constraint->try_as<T3ValueList>();
+  bool varies = list == nullptr && VariesInType(subtype->constraint);
+  T3Tree_Node* at = list == nullptr ? nullptr : list->values;
+  for (; T3Is<T3ValueListItem>(at); at = at->as<T3ValueListItem>()->next) {
+    T3Tree_Node* value = at->as<T3ValueListItem>()->value;
+    auto* range = value->try_as<T3ValueRange>();
+    if (range == nullptr)
+      varies = varies || VariesInType(value);
+    else if (VariesInType(range->lb) || VariesInType(range->ub))
+      vexa_filtered_error(ERR_const, range->position);
+  }
+  if (varies) vexa_filtered_error(ERR_const, subtype->position);
+}
+
+void CheckAssignment(T3Tree_Node* node) {
+  auto* statement = node->as<T3AssignStmt>();
+  if (!HasFailed(statement->lhs) && !IsTemplateReference(statement->lhs)) RequireValue(node, statement->rhs);
+}
+
+void CheckReturnValue(T3Tree_Node* node) {
+  T3Tree_Node* owner = node->place == nullptr ? nullptr : node->place->vexa_owner;
+  if (!IsFunctionReturningTemplate(owner)) RequireValue(node, node->as<T3RetStmt>()->value);
+}
+
+void CheckCondition(T3Tree_Node* statement, T3Tree_Node* condition) {
+  if (IsGiven(condition) && !HasFailed(condition) && !IsRvalue(condition))
+    vexa_filtered_error(ERR_rvalue_ext, PositionOf(statement));
+}
+
+void CheckBranch(T3Tree_Node* node) {
+  CheckCondition(node, node->as<T3IfStmt>()->condition);
+}
+
+void CheckLoopCondition(T3Tree_Node* node) {
+  CheckCondition(node, node->as<_T3LoopStmt>()->condition);
+}
+
+// ---- Templates ----
+
+// A type or a function is no template that could be modified.
+void CheckModified(T3Tree_Node* node) {
+  T3Tree_Node* reference = node->as<T3TemplateReference>()->reference;
+  if (HasFailed(reference) || IsRvalue(reference) || IsTemplateReference(reference)) return;
+  vexa_filtered_error(ERR_invalid_in_template, PositionOf(reference));
+}
+
+// ---- Fields that must have a value ----
+
+const char* AbsentValue(T3Tree_Node* value) {
+  if (value->is<T3Omit>()) return "omit";
+  if (value->is<T3AnyOrOmit>()) return "*";
+  return value->is<T3IfPresentMatch>() || value->is<T3IfPresentIfLengthMatch>() ? "ifpresent" : nullptr;
+}
+
+void CheckMandatoryFields(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  auto* type = ExpressionBaseType(compound)->try_as<_T3StructuredType>();
+  T3Tree_Node* member = type == nullptr ? nullptr : type->body;
+  if (type == nullptr) return;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    auto* element = at->as<T3FieldValue>();
+    T3Tree_Node* field = member;
+    if (auto* name = element->field->try_as<T3FieldName>())
+      field = FindName(type, name->name, nullptr);
+    else if (T3Is<T3FieldType>(member))
+      member = member->as<T3FieldType>()->next;
+    const char* absent = AbsentValue(element->value);
+    if (absent != nullptr && T3Is<T3FieldType>(field) && !IsFieldOptional(field))
+      vexa_filtered_error(ERR_illegal_mandatory, PositionOf(element), absent);
+  }
+}
+
+// ---- Functions that must return ----
+
+bool ReturnsAtEnd(T3Tree_Node* list);
+
+// Each alternative, and there must be an else branch.
+bool EachAlternativeReturns(T3AltStmt* alt) {
+  if (!T3Is<_T3Stmt>(alt->else_branch) || !ReturnsAtEnd(alt->else_branch)) return false;
+  for (T3Tree_Node* at = alt->alts; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next)
+    if (!ReturnsAtEnd(at->as<_T3Alt>()->body)) return false;
+  return true;
+}
+
+bool Returns(T3Tree_Node* statement) {
+  switch (statement->kind) {
+    case T3Kind::T3RetStmt:
+      return true;
+    case T3Kind::T3BlockStmt:
+      return ReturnsAtEnd(statement->as<T3BlockStmt>()->body);
+    case T3Kind::T3DoWhileStmt:
+      return ReturnsAtEnd(statement->as<T3DoWhileStmt>()->body);
+    case T3Kind::T3AltStmt:
+      return EachAlternativeReturns(statement->as<T3AltStmt>());
+    case T3Kind::T3StopStmt: {
+      T3Tree_Node* object = statement->as<T3StopStmt>()->object;
+      return !IsGiven(object) || object->is<T3Self>();
+    }
+    default:
+      return false;
+  }
+}
+
+// A chain of `else if` is followed in a loop.
+bool BranchesReturn(T3Tree_Node* statement) {
+  for (;;) {
+    auto* branch = statement->as<T3IfStmt>();
+    if (!ReturnsAtEnd(branch->then_stmt)) return false;
+    T3Tree_Node* other = branch->else_stmt;
+    if (!T3Is<T3IfStmt>(other) || T3Is<_T3Stmt>(other->as<T3IfStmt>()->next)) return ReturnsAtEnd(other);
+    statement = other;
+  }
+}
+
+bool ReturnsAtEnd(T3Tree_Node* list) {
+  for (; T3Is<_T3Stmt>(list); list = list->as<_T3Stmt>()->next)
+    if (list->is<T3IfStmt>() ? BranchesReturn(list) : Returns(list)) return true;
+  return false;
+}
+
+void CheckFunctionReturns(T3Tree_Node* node) {
+  auto* function = node->as<T3Function>();
+  if (!T3Is<T3NoType>(function->return_type) && !ReturnsAtEnd(function->body))
+    vexa_filtered_error(ERR_function_wo_return, PositionOf(function));
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::T3VarDecl, CheckVariable},
+    {T3Kind::T3ConstDecl, CheckConstant},
+    {T3Kind::T3ModuleParDecl, CheckConstant},
+    {T3Kind::T3SubType, CheckSubType},
+    {T3Kind::T3AssignStmt, CheckAssignment},
+    {T3Kind::T3RetStmt, CheckReturnValue},
+    {T3Kind::T3IfStmt, CheckBranch},
+    {T3Kind::_T3LoopStmt, CheckLoopCondition},
+    {T3Kind::T3TemplateReference, CheckModified},
+    {T3Kind::T3CompoundValue, CheckMandatoryFields},
+    {T3Kind::T3Function, CheckFunctionReturns},
+};
+}  // namespace
+
+std::span<const T3Rule> ValueRules() {
+  return kRules;
+}

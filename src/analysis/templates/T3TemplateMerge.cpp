@@ -1,0 +1,498 @@
+#include "analysis/templates/T3TemplateMerge.h"
+
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3Constants.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/names/T3References.h"
+#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3Stages.h"
+#include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/flow/T3ValueClasses.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+
+namespace {
+// Constraints refer to templates, whose constraints refer to others; what lies deeper is left as a reference.
+constexpr int kMaxDepth = 500;
+int g_depth = 0;
+
+// ---- New nodes ----
+// They are made behind inference, and get here what it would have given them.
+
+template <class Node>
+Node* Placed(Node* node, const T3Tree_Node* model) {
+  node->place = model->place;
+  return node;
+}
+
+template <class Expression>
+Expression* Typed(Expression* expression, const T3TypeViews& views, const T3Tree_Node* model) {
+  auto& attributes = expression->attr();
+  attributes.pass1 = true;
+  attributes.pass2 = true;
+  attributes.expression_local_type = views.local;
+  attributes.expression_base_type = views.base;
+  return Placed(expression, model);
+}
+
+// One value of a compound: how it is named, and what it is for.
+struct Item {
+  T3Tree_Node* spec;
+  T3Tree_Node* value;
+  T3Tree_Node* member;
+  t3_permutation_kind_t permutation = t3_permutation_kind_t::No;
+};
+
+// A compound in the place of `model`, of whose type it is.
+T3CompoundValue* MakeCompound(T3CompoundValue* model, T3Tree_Node* type, const std::vector<Item>& items) {
+  T3Tree_Node* list = _sgT3NoFieldValue();
+  for (size_t i = items.size(); i-- > 0;) {
+    const Item& item = items[i];
+    auto* value = gT3AST.mT3FieldValue(PositionOf(item.value), list, item.spec, item.value, item.permutation);
+    auto& attributes = Placed(value, model)->attr();
+    attributes.index = static_cast<int>(i);
+    attributes.def = item.member;
+    attributes.vexa_owner_type = type;
+    list = value;
+  }
+  const T3TypeViews views{ExpressionLocalType(model), ExpressionBaseType(model)};
+  auto* result = Typed(gT3AST.mT3CompoundValue(model->position, list), views, model);
+  auto& attributes = result->attr();
+  attributes.length = static_cast<int>(items.size());
+  attributes.vexa_list_notation = !items.empty() && items.front().spec->is<T3NoFieldSpec>();
+  attributes.vexa_assign_notation = !items.empty() && items.front().spec->is<T3FieldName>();
+  return result;
+}
+
+T3Tree_Node* NameOf(T3Tree_Node* member, T3CompoundValue* model) {
+  const tIdent name =
+      T3Is<T3FieldType>(member) ? member->as<T3FieldType>()->name : member->as<_T3FormalPar>()->name;
+  return Placed(gT3AST.mT3FieldName(model->position, name, _sgT3NoExpression()), model);
+}
+
+T3Tree_Node* IndexOf(int64_t index, T3CompoundValue* model) {
+  auto* number = gT3AST.mT3IntLiteral(model->position, gStringM.PutString(std::to_string(index)));
+  Typed(number, {gT3IntegerType, gT3IntegerType}, model);
+  return Placed(gT3AST.mT3FieldIndex(model->position, number), model);
+}
+
+T3Tree_Node* LeafFor(T3Kind kind, T3Tree_Node* member, T3CompoundValue* model) {
+  const T3TypeViews views = TypeViewsOf(member);
+  switch (kind) {
+    case T3Kind::T3AnyOrOmit:
+      return Typed(gT3AST.mT3AnyOrOmit(model->position), views, model);
+    case T3Kind::T3Omit:
+      return Typed(gT3AST.mT3Omit(model->position), views, model);
+    default:
+      return Typed(gT3AST.mT3AnyValue(model->position), views, model);
+  }
+}
+
+// ---- What a constraint stands for ----
+
+bool IsAny(T3Tree_Node* constraint) {
+  return constraint->is<T3AnyValue>() || constraint->is<T3AnyOrOmit>();
+}
+
+// A constant's value, and the constraint of a template without parameters, are looked into.
+T3Tree_Node* Behind(T3Tree_Node* constraint) {
+  for (int steps = 0; steps < kMaxDepth; ++steps) {
+    T3Tree_Node* def = constraint->is<T3Identifier>() || constraint->is<T3Qualifier>()
+                           ? DefQuietly(constraint)
+                           : _sgT3NoDecl();
+    auto* decl = def->try_as<T3TemplateDecl>();
+    if (decl == nullptr || T3Is<_T3FormalPar>(decl->fpl) || g_depth >= kMaxDepth) break;
+    T3Tree_Node* merged = MergedConstraint(decl->definition);
+    if (!T3Is<_T3Expression>(merged) || merged->is<T3NoExpression>()) break;
+    constraint = merged;
+  }
+  T3Tree_Node* value = constraint->is<_T3Reference>() ? ConstantValueOf(constraint) : constraint;
+  return value->is<T3NoExpression>() ? constraint : value;
+}
+
+std::vector<T3Tree_Node*> MembersOf(T3Tree_Node* type) {
+  std::vector<T3Tree_Node*> members;
+  if (auto* structured = type->try_as<_T3StructuredType>())
+    for (T3Tree_Node* at = structured->body; at->is<T3FieldType>(); at = at->as<T3FieldType>()->next)
+      members.push_back(at);
+  if (auto* signature = type->try_as<T3SignatureType>())
+    for (T3Tree_Node* at = signature->fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next)
+      members.push_back(at);
+  return members;
+}
+
+bool IsList(T3CompoundValue* compound) {
+  return compound->value->is<T3FieldValue>() &&
+         compound->value->as<T3FieldValue>()->field->is<T3NoFieldSpec>();
+}
+
+// The values of a compound by the place of their member; a list goes along the members.
+std::vector<T3FieldValue*> ValuesByMember(T3CompoundValue* compound,
+                                          const std::vector<T3Tree_Node*>& members) {
+  std::unordered_map<T3Tree_Node*, size_t> places;
+  for (size_t i = 0; i < members.size(); ++i) places[members[i]] = i;
+  std::vector<T3FieldValue*> values(members.size());
+  size_t next = 0;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++next) {
+    auto* value = at->as<T3FieldValue>();
+    if (value->field->is<T3NoFieldSpec>()) {
+      if (next < values.size()) values[next] = value;
+    } else if (const auto place = places.find(value->attr().def); place != places.end()) {
+      values[place->second] = value;
+    }
+  }
+  return values;
+}
+
+// ---- Compounds ----
+
+T3Tree_Node* MergeMembers(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  const std::vector<T3Tree_Node*> members = MembersOf(type);
+  const auto old_values = ValuesByMember(base, members);
+  const auto new_values = ValuesByMember(derived, members);
+  const bool chooses = type->is<T3UnionType>() && derived->value->is<T3FieldValue>();
+  std::vector<Item> items;
+  for (size_t i = 0; i < members.size(); ++i) {
+    T3FieldValue* kept = old_values[i];
+    T3FieldValue* changed = new_values[i];
+    if (changed == nullptr && (kept == nullptr || chooses)) continue;
+    T3FieldValue* from = changed != nullptr ? changed : kept;
+    T3Tree_Node* spec = from->field->is<T3FieldName>() ? from->field : NameOf(members[i], derived);
+    T3Tree_Node* value =
+        changed == nullptr || kept == nullptr ? from->value : MergeConstraints(kept->value, changed->value);
+    items.push_back({spec, value, members[i]});
+  }
+  return MakeCompound(derived, type, items);
+}
+
+bool IsPermuted(T3CompoundValue* compound) {
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    auto* element = at->as<T3FieldValue>();
+    if (element->permutation_kind != t3_permutation_kind_t::No) return true;
+  }
+  return false;
+}
+
+// The elements by their index; nothing where an index is no constant.
+std::optional<std::map<int64_t, T3FieldValue*>> ConstructMergeMap(T3CompoundValue* compound, int64_t first) {
+  std::map<int64_t, T3FieldValue*> elements;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    auto* element = at->as<T3FieldValue>();
+    std::optional<int64_t> index = first++;
+    if (auto* place = element->field->try_as<T3FieldIndex>()) index = ConstIntValue(place->index);
+    if (!index) return std::nullopt;
+    elements[*index] = element;
+  }
+  return elements;
+}
+
+// An element of the derived list takes the place of the base's, unless it is `-`. Indices are written out
+// where one of the two has them.
+T3Tree_Node* MergeElements(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  if (IsPermuted(base) || IsPermuted(derived)) {
+    vexa_filtered_error(ERR_type_template_modifies_permutated, PositionOf(derived));
+    return derived;
+  }
+  const auto bounds = type->is<T3ArrayType>() ? KnownBounds(type) : std::nullopt;
+  const int64_t first = bounds ? bounds->low : 0;
+  auto elements = ConstructMergeMap(base, first);
+  const auto changed = ConstructMergeMap(derived, first);
+  if (!elements || !changed) {
+    vexa_filtered_error(ERR_type_template_modifies_nonconst, PositionOf(derived));
+    return derived;
+  }
+  for (const auto& [index, element] : *changed)
+    if (!element->value->is<T3NotUsedSymbol>() || elements->count(index) == 0) (*elements)[index] = element;
+  const bool listed = (IsList(base) || !base->value->is<T3FieldValue>()) &&
+                      (IsList(derived) || !derived->value->is<T3FieldValue>());
+  std::vector<Item> items;
+  for (const auto& [index, element] : *elements) {
+    const bool has_index = element->field->is<T3FieldIndex>();
+    T3Tree_Node* spec = listed || has_index ? element->field : IndexOf(index, derived);
+    items.push_back({spec, element->value, ElementType(type)});
+  }
+  return MakeCompound(derived, type, items);
+}
+
+// A member of `anytype` is known by its name; another one takes its place.
+T3Tree_Node* MergeAnyType(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  auto* kept = base->value->try_as<T3FieldValue>();
+  auto* changed = derived->value->try_as<T3FieldValue>();
+  if (changed == nullptr) return base;
+  if (kept == nullptr || kept->attr().def != changed->attr().def) return derived;
+  return MakeCompound(derived, type,
+                      {{changed->field, MergeConstraints(kept->value, changed->value), changed->attr().def}});
+}
+
+T3Tree_Node* MergeCompoundValues(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  if (type->is<_T3StructuredType>() || type->is<T3SignatureType>()) return MergeMembers(base, derived, type);
+  if (type->is<_T3HomogeneousType>()) return MergeElements(base, derived, type);
+  return type->is<T3AnyType>() ? MergeAnyType(base, derived, type) : derived;
+}
+
+// ---- Wildcards ----
+
+// What stands for a field of a record whose base is a wildcard or absent.
+T3Kind FieldOf(T3Tree_Node* base, bool optional) {
+  if (base->is<T3AnyValue>() || !optional) return T3Kind::T3AnyValue;
+  return base->is<T3Omit>() && !gT3CommandLine.strict ? T3Kind::T3Omit : T3Kind::T3AnyOrOmit;
+}
+
+// The compound that a wildcard or `omit` is short for; null where it is none.
+T3CompoundValue* Expansion(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  std::vector<Item> items;
+  if (type->is<_T3HomogeneousType>() && IsAny(base)) {
+    T3Tree_Node* element = ElementType(type);
+    T3Tree_Node* spec = Placed(gT3AST.mT3NoFieldSpec(derived->position), derived);
+    items.push_back({spec, LeafFor(T3Kind::T3AnyValue, element, derived), element});
+  } else if ((type->is<T3RecordType>() || type->is<T3SetType>()) && (IsAny(base) || base->is<T3Omit>())) {
+    for (T3Tree_Node* member : MembersOf(type)) {
+      const T3Kind leaf = FieldOf(base, member->as<T3FieldType>()->optional);
+      items.push_back({NameOf(member, derived), LeafFor(leaf, member, derived), member});
+    }
+  } else {
+    return nullptr;
+  }
+  return MakeCompound(derived, type, items);
+}
+
+// Each `-` of a constraint becomes the wildcard.
+T3Tree_Node* SubstituteAllNotUsedNodes(T3Tree_Node* constraint, T3Kind wildcard) {
+  auto* compound = constraint->try_as<T3CompoundValue>();
+  if (compound == nullptr) return constraint;
+  std::vector<Item> items;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    auto* element = at->as<T3FieldValue>();
+    T3Tree_Node* member = element->attr().def;
+    if (member == nullptr || member->is<T3ErrorType>()) return constraint;
+    T3Tree_Node* value = element->value->is<T3NotUsedSymbol>()
+                             ? LeafFor(wildcard, member, compound)
+                             : SubstituteAllNotUsedNodes(element->value, wildcard);
+    items.push_back({element->field, value, member, element->permutation_kind});
+  }
+  return MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items);
+}
+
+// What is only known when the suite runs gives way as a whole.
+T3Tree_Node* ReplaceUnknown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  if (!base->is<_T3Reference>()) return derived;
+  if (type->is<T3UnionType>()) WarnAt(derived, ERR_type_template_modifies_nonconst_union.text);
+  if (type->is<_T3HomogeneousType>())
+    WarnAt(derived, ERR_type_template_modifies_nonconst_homogeneous_type.text);
+  return derived;
+}
+
+T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  if (T3CompoundValue* expanded = Expansion(base, derived, type))
+    return MergeCompoundValues(expanded, derived, type);
+  if (IsAny(base)) return SubstituteAllNotUsedNodes(derived, base->kind);
+  if (auto* kept = base->try_as<T3CompoundValue>()) return MergeCompoundValues(kept, derived, type);
+  return ReplaceUnknown(base, derived, type);
+}
+
+// ---- Parameters ----
+
+using Actuals = std::unordered_map<T3Tree_Node*, T3Tree_Node*>;
+
+T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals);
+
+T3Tree_Node* FieldsWithActuals(T3CompoundValue* compound, const Actuals& actuals) {
+  std::vector<Item> items;
+  bool changed = false;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    auto* element = at->as<T3FieldValue>();
+    T3Tree_Node* value = WithActuals(element->value, actuals);
+    changed = changed || value != element->value;
+    items.push_back({element->field, value, element->attr().def, element->permutation_kind});
+  }
+  return changed ? MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items) : compound;
+}
+
+T3Tree_Node* ActualFor(T3Tree_Node* node, const Actuals& actuals) {
+  if (!node->is<T3Identifier>()) return nullptr;
+  const auto actual = actuals.find(DefQuietly(node));
+  return actual == actuals.end() ? nullptr : actual->second;
+}
+
+// The part of a compound value that a field of a parameter means; null where that is not written.
+T3Tree_Node* PartOf(T3Tree_Node* actual, T3Tree_Node* qualifier) {
+  auto* compound = actual->try_as<T3CompoundValue>();
+  auto* field = qualifier->try_as<T3Qualifier>();
+  if (compound == nullptr || field == nullptr) return nullptr;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    T3Tree_Node* member = at->as<T3FieldValue>()->attr().def;
+    if (T3Is<T3FieldType>(member) && member->as<T3FieldType>()->name == field->id)
+      return at->as<T3FieldValue>()->value;
+  }
+  return nullptr;
+}
+
+// What takes the place of a parameter in an expression, and the node in whose place it comes: the parameter,
+// or a field of it where a compound value has been given.
+struct Replacement {
+  T3Tree_Node* place;
+  T3Tree_Node* value;
+};
+
+Replacement ReplacementFor(T3Tree_Node* parameter, T3Tree_Node* actual) {
+  Replacement result{parameter, actual};
+  for (;;) {
+    T3Tree_Node* part =
+        result.place->parent == nullptr ? nullptr : PartOf(result.value, result.place->parent);
+    if (part == nullptr) return result;
+    result = {result.place->parent, part};
+  }
+}
+
+// What matches several values takes the place of a template, a field or a member of a list only, and what has
+// no name has neither fields nor elements.
+bool CanTakePlace(const Replacement& replacement) {
+  T3Tree_Node* parent = replacement.place->parent;
+  auto* whole = parent == nullptr ? nullptr : parent->try_as<_T3Qualification>();
+  if (whole != nullptr && whole->base == replacement.place) return replacement.value->is<_T3Reference>();
+  return IsRvalue(replacement.value) || parent == nullptr || parent->is<T3TemplateDef>() ||
+         parent->is<T3FieldValue>() || parent->is<T3ValueListItem>();
+}
+
+// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something
+// in it has to be merged by itself.
+std::vector<Replacement> ReplaceableIn(T3Tree_Node* expression, const Actuals& actuals) {
+  std::vector<Replacement> found;
+  bool passed = true;
+  ForEachInSubtree(expression, [&](T3Tree_Node* node) {
+    if (auto* definition = node->try_as<T3TemplateDef>())
+      passed = passed && !definition->modifies->is<T3TemplateReference>();
+    if (T3Tree_Node* actual = ActualFor(node, actuals)) {
+      found.push_back(ReplacementFor(node, actual));
+      passed = passed && CanTakePlace(found.back());
+    }
+    return passed && !node->is<_T3Type>();
+  });
+  if (!passed) found.clear();
+  return found;
+}
+
+void ReplaceChild(T3Tree_Node* node, T3Tree_Node* by) {
+  T3Tree_Node* parent = node->parent;
+  for (const T3ChildFields::Child& child : ChildFieldsOf(parent).children)
+    if (T3ChildField(parent, child) == node) T3ChildField(parent, child) = by;
+}
+
+// What is computed from parameters: a copy of the expression, computed from what was given for them.
+T3Tree_Node* ComputedWithActuals(T3Tree_Node* expression, const Actuals& actuals) {
+  if (expression->place == nullptr || ReplaceableIn(expression, actuals).empty()) return expression;
+  T3Tree_Node* copy = gT3AST.CopyT3Tree(expression);
+  SetPlacesLike(copy, expression);
+  InferExpression(copy, T3Candidates(ExpressionLocalType(expression), ExpressionBaseType(expression)), false);
+  for (const Replacement& replacement : ReplaceableIn(copy, actuals)) {
+    if (replacement.place == copy) return replacement.value;
+    ReplaceChild(replacement.place, replacement.value);
+  }
+  return copy;
+}
+
+// A constraint with what was given for the parameters that stand in it.
+T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
+  if (actuals.empty()) return constraint;
+  if (auto* compound = constraint->try_as<T3CompoundValue>()) return FieldsWithActuals(compound, actuals);
+  if (T3Tree_Node* actual = ActualFor(constraint, actuals)) return actual;
+  if (constraint->is<T3Identifier>() || constraint->is<_T3LiteralExpression>() || HasFailed(constraint))
+    return constraint;
+  return ComputedWithActuals(constraint, actuals);
+}
+
+// What is left out has the default that is written at the parameter.
+Actuals ActualsOf(T3Parameterization* call, T3TemplateDecl* decl) {
+  Actuals actuals;
+  T3Tree_Node* at = call->apl;
+  for (T3Tree_Node* par = decl->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) {
+    auto* actual = at->try_as<T3ActualPar>();
+    if (actual != nullptr) at = actual->next;
+    T3Tree_Node* value = actual != nullptr && !actual->expression->is<T3NotUsedSymbol>() ? actual->expression
+                         : par->is<_T3TypedFormal>() ? par->as<_T3TypedFormal>()->default_value
+                                                     : nullptr;
+    if (value != nullptr) value = ConstraintOf(value);
+    if (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>()) actuals[par] = value;
+  }
+  return actuals;
+}
+
+// ---- Chains ----
+
+// What a definition modifies; null where that is none that is known.
+T3TemplateDecl* ModifiedBy(T3TemplateDef* definition) {
+  auto* modifies = definition->modifies->try_as<T3TemplateReference>();
+  if (modifies == nullptr || ExpressionBaseType(definition)->is<T3ErrorType>()) return nullptr;
+  T3Tree_Node* reference = modifies->reference;
+  if (auto* call = reference->try_as<T3Parameterization>()) reference = call->base;
+  T3Tree_Node* decl = DefQuietly(reference);
+  return T3Is<T3TemplateDecl>(decl) && decl->as<T3TemplateDecl>()->definition->is<T3TemplateDef>()
+             ? decl->as<T3TemplateDecl>()
+             : nullptr;
+}
+
+T3TemplateDef* DefinitionModifiedBy(T3TemplateDef* definition) {
+  T3TemplateDecl* decl = ModifiedBy(definition);
+  return decl == nullptr ? nullptr : decl->definition->as<T3TemplateDef>();
+}
+
+T3Tree_Node* KnownMerge(T3TemplateDef* definition) {
+  return definition->attributes == nullptr ? nullptr : definition->cold().merged_constraint;
+}
+
+// One link of a chain: the constraint that was written, over that of what it modifies.
+void MergeLink(T3TemplateDef* definition, T3Tree_Node* base) {
+  T3TemplateDecl* decl = ModifiedBy(definition);
+  if (decl != nullptr && base != nullptr) {
+    T3Tree_Node* reference = definition->modifies->as<T3TemplateReference>()->reference;
+    if (auto* call = reference->try_as<T3Parameterization>()) base = WithActuals(base, ActualsOf(call, decl));
+    definition->constraint = MergeConstraints(base, definition->constraint);
+  }
+  definition->cold().merged_constraint = definition->constraint;
+}
+}  // namespace
+
+T3Tree_Node* MergeConstraints(T3Tree_Node* base, T3Tree_Node* derived) {
+  if (derived->is<T3NotUsedSymbol>()) return base;
+  auto* changed = derived->try_as<T3CompoundValue>();
+  if (changed == nullptr) return derived;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(changed));
+  if (type->is<T3ErrorType>()) return derived;
+  T3Tree_Node* merged = MergeKnown(Behind(base), changed, type);
+  if (merged != derived) ReplaceSubtyped(derived, merged);
+  return merged;
+}
+
+bool AwaitsMerge(T3Tree_Node* node) {
+  auto* definition = node->try_as<T3TemplateDef>();
+  return definition != nullptr && definition->modifies->is<T3TemplateReference>() &&
+         KnownMerge(definition) == nullptr;
+}
+
+// A chain is followed to its end, or to what has been merged, and merged on the way back.
+T3Tree_Node* MergedConstraint(T3Tree_Node* node) {
+  auto* definition = node->try_as<T3TemplateDef>();
+  if (definition == nullptr) return _sgT3NoExpression();
+  std::vector<T3TemplateDef*> chain;
+  T3TemplateDef* end = definition;
+  for (; end != nullptr && KnownMerge(end) == nullptr; end = DefinitionModifiedBy(end)) {
+    // What is met while it is being merged refers to itself, which was reported.
+    end->cold().merged_constraint = end->constraint;
+    chain.push_back(end);
+  }
+  T3Tree_Node* base = end == nullptr ? nullptr : KnownMerge(end);
+  ++g_depth;
+  for (size_t i = chain.size(); i-- > 0;) {
+    MergeLink(chain[i], base);
+    base = KnownMerge(chain[i]);
+  }
+  --g_depth;
+  return KnownMerge(definition);
+}

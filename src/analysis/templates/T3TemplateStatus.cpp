@@ -1,0 +1,148 @@
+#include "analysis/templates/T3TemplateStatus.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "analysis/names/T3References.h"
+#include "analysis/templates/T3TemplateMerge.h"
+#include "analysis/types/T3Types.h"
+#include "support/NumberMap.h"
+
+namespace {
+// Templates refer to each other; a chain of references that is longer counts as a reference.
+constexpr int kMaxDepth = 200;
+
+// By the number of a declaration and the question; what is being looked through counts as a reference.
+NumberMap<T3TemplateStatus>& g_known = *new NumberMap<T3TemplateStatus>;
+
+struct Collection {
+  bool deep;
+  vexa_template_mode_t mode;
+  /// The signature of the whole template, null inside of its fields.
+  T3SignatureType* signature;
+  int depth = 0;
+  bool awaits_merge = false;
+
+  int Of(T3Tree_Node* node);
+  int OfDecl(T3TemplateDecl* decl);
+  int OfDefinition(T3TemplateDef* definition);
+  int OfReference(T3Tree_Node* reference);
+  int OfCompound(T3CompoundValue* compound);
+  int OfParameters(T3Parameterization* call);
+};
+
+// A signature without parameters of the operation's direction takes any value for the others.
+bool FieldValueIsRelevant(T3Tree_Node* par, vexa_template_mode_t mode) {
+  auto* typed = T3Is<_T3TypedFormal>(par) ? par->as<_T3TypedFormal>() : nullptr;
+  if (typed == nullptr) return false;
+  return typed->pass != (mode == vexa_template_mode_t::Call ? t3_par_pass_t::Out : t3_par_pass_t::In);
+}
+
+// The value for a parameter, by its name or by its place; null where there is none.
+T3Tree_Node* ValueFor(T3CompoundValue* compound, tIdent name, int index) {
+  int place = 0;
+  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
+       at = at->as<T3FieldValue>()->next, ++place) {
+    auto* field = at->as<T3FieldValue>()->field->try_as<T3FieldName>();
+    if (field != nullptr ? field->name == name : place == index) return at->as<T3FieldValue>()->value;
+  }
+  return nullptr;
+}
+
+int Collection::OfCompound(T3CompoundValue* compound) {
+  T3SignatureType* whole = std::exchange(signature, nullptr);
+  int status = kStatusPlain;
+  if (whole != nullptr && mode != vexa_template_mode_t::Message) {
+    int index = 0;
+    for (T3Tree_Node* par = whole->fpl; T3Is<_T3FormalPar>(par);
+         par = par->as<_T3FormalPar>()->next, ++index) {
+      if (!FieldValueIsRelevant(par, mode)) continue;
+      T3Tree_Node* value = ValueFor(compound, par->as<_T3FormalPar>()->name, index);
+      status = std::max(status, value == nullptr ? kStatusUndefined : Of(value));
+    }
+  } else {
+    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+      status = std::max(status, Of(at->as<T3FieldValue>()->value));
+  }
+  signature = whole;
+  return status;
+}
+
+int Collection::OfParameters(T3Parameterization* call) {
+  T3SignatureType* whole = std::exchange(signature, nullptr);
+  int status = kStatusPlain;
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
+    status = std::max(status, Of(at->as<T3ActualPar>()->expression));
+  signature = whole;
+  return status;
+}
+
+// Each declaration is looked through once, however many refer to it.
+int Collection::OfDecl(T3TemplateDecl* decl) {
+  const uint64_t key = uint64_t{decl->number} << 4 | (signature != nullptr ? 8 : 0) |
+                       static_cast<uint64_t>(mode) << 1 | (deep ? 1 : 0);
+  const auto [known, made] = g_known.TryEmplace(key, T3TemplateStatus{kStatusReference});
+  if (!made) {
+    awaits_merge = awaits_merge || known->awaits_merge;
+    return known->value;
+  }
+  const bool outside = std::exchange(awaits_merge, false);
+  const int status = std::max(Of(decl->definition), kStatusReference);
+  g_known[key] = {status, awaits_merge};
+  awaits_merge = awaits_merge || outside;
+  return status;
+}
+
+// A name, a field of what it names, or a call.
+int Collection::OfReference(T3Tree_Node* reference) {
+  if (auto* call = reference->try_as<T3Parameterization>()) {
+    T3Tree_Node* def = DefQuietly(call->base);
+    if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
+    const int status = OfDecl(def->as<T3TemplateDecl>());
+    return deep ? std::max(status, OfParameters(call)) : status;
+  }
+  if (!reference->is<T3Identifier>() && !reference->is<T3Qualifier>()) return kStatusPlain;
+  T3Tree_Node* def = DefQuietly(reference);
+  if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
+  if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
+  return OfDecl(def->as<T3TemplateDecl>());
+}
+
+int Collection::OfDefinition(T3TemplateDef* definition) {
+  if (AwaitsMerge(definition)) {
+    awaits_merge = true;
+    return kStatusReference;
+  }
+  return Of(definition->constraint);
+}
+
+int Collection::Of(T3Tree_Node* node) {
+  if (depth >= kMaxDepth) return kStatusReference;
+  ++depth;
+  int status = kStatusPlain;
+  if (node->is<T3NoTemplateDef>())
+    status = kStatusReference;
+  else if (auto* definition = node->try_as<T3TemplateDef>())
+    status = OfDefinition(definition);
+  else if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())
+    status = kStatusMatching;
+  else if (node->is<T3NotUsedSymbol>())
+    status = kStatusUndefined;
+  else if (auto* compound = node->try_as<T3CompoundValue>())
+    status = OfCompound(compound);
+  else if (node->is<_T3Reference>())
+    status = OfReference(node);
+  --depth;
+  return status;
+}
+}  // namespace
+
+T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
+  Collection collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()};
+  const int value = collection.Of(node);
+  return {value, collection.awaits_merge};
+}
+
+void ForgetTemplateStatus() {
+  g_known.clear();
+}

@@ -1,0 +1,208 @@
+// Searches in the bodies of types: fields and parameters by name or number, literals of enumerations, and
+// the types that ports and `all` stand for.
+#include <algorithm>
+#include <unordered_map>
+
+#include "analysis/constants/T3Constants.h"
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "driver/diagnostics/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+
+namespace {
+T3Tree_Node* NextOf(T3Tree_Node* element) {
+  if (auto* field = element->try_as<T3FieldType>()) return field->next;
+  if (auto* par = element->try_as<_T3FormalPar>()) return par->next;
+  if (auto* decl = element->try_as<_T3Decl>()) return decl->next;
+  return nullptr;
+}
+
+tIdent NameOf(T3Tree_Node* element) {
+  if (auto* field = element->try_as<T3FieldType>()) return field->name;
+  if (auto* par = element->try_as<_T3FormalPar>()) return par->name;
+  return element->as<_T3Decl>()->name;
+}
+
+// The list of what a type is made of; a list is its own.
+T3Tree_Node* Members(T3Tree_Node* scope) {
+  if (auto* type = scope->try_as<_T3StructuredType>()) return type->body;
+  if (auto* type = scope->try_as<T3SignatureType>()) return type->fpl;
+  if (auto* type = scope->try_as<T3ComponentType>()) return type->decls;
+  if (scope->is<T3AnyType>()) {
+    T3Tree_Node* fields = AnyTypeFields(scope);
+    return fields == nullptr ? _sgT3NoFieldType(true) : fields;
+  }
+  return scope;
+}
+
+// ---- The first member of a name ----
+
+struct FoundMember {
+  T3Tree_Node* member = nullptr;
+  long position = -1;
+};
+using MemberIndex = std::unordered_map<tIdent, FoundMember>;
+// The names of long lists, by the numbers of their heads.
+std::unordered_map<uint32_t, MemberIndex>& g_indices = *new std::unordered_map<uint32_t, MemberIndex>;
+
+const MemberIndex& IndexOf(T3Tree_Node* list) {
+  const auto [index, made] = g_indices.try_emplace(list->number);
+  long position = 0;
+  if (made)
+    for (T3Tree_Node* at = list; NextOf(at) != nullptr; at = NextOf(at))
+      index->second.try_emplace(NameOf(at), FoundMember{at, position++});
+  return index->second;
+}
+
+// A few members are looked through; an index pays for the names of a long list only.
+FoundMember FirstNamed(T3Tree_Node* list, tIdent name) {
+  constexpr long kFew = 16;
+  T3Tree_Node* at = list;
+  for (long position = 0; position < kFew; ++position, at = NextOf(at)) {
+    if (NextOf(at) == nullptr) return {};
+    if (NameOf(at) == name) return {at, position};
+  }
+  const MemberIndex& index = IndexOf(list);
+  const auto found = index.find(name);
+  return found == index.end() ? FoundMember() : found->second;
+}
+
+[[noreturn]] void AbsentMember(const char* function, T3Tree_Node* node) {
+  internal_error_ast("T3Types", 0, function, node);
+}
+}  // namespace
+
+void ClearMemberIndices() {
+  g_indices.clear();
+}
+
+T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId) {
+  if (scope == nullptr) return gT3ErrorType;
+  T3Tree_Node* first = FirstNamed(Members(scope), name).member;
+  if (first == nullptr) return gT3ErrorType;
+  for (T3Tree_Node* at = first; NextOf(at) != nullptr; at = NextOf(at)) {
+    if (NameOf(at) != name) continue;
+    if (moduleId == NoIdent || at->place == nullptr || at->place->vexa_module_name == moduleId) return at;
+  }
+  return gT3ErrorType;
+}
+
+T3Tree_Node* FindName(T3Tree_Node* scope, tIdent name, T3Tree_Node* moduleRef) {
+  tIdent module = NoIdent;
+  if (T3Is<T3Identifier>(moduleRef)) module = moduleRef->as<T3Identifier>()->id;
+  if (T3Is<T3Module>(moduleRef)) module = moduleRef->as<T3Module>()->name;
+  return FindName1(scope, name, module);
+}
+
+long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist) {
+  const FoundMember found = FirstNamed(Members(node), name);
+  if (found.member != nullptr) return found.member->is<_T3FormalPar>() ? found.position + 1 : found.position;
+  if (must_exist) AbsentMember("GetAlternativeIndex", node);
+  return -1;
+}
+
+T3Tree_Node* FindIndex(T3Tree_Node* list, long n) {
+  for (T3Tree_Node* at = Members(list); NextOf(at) != nullptr; at = NextOf(at))
+    if (n-- == 0) return at;
+  return gT3ErrorType;
+}
+
+int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name) {
+  T3Tree_Node* base = BaseTypeDef(type);
+  for (T3Tree_Node* at = base->as<T3EnumType>()->values; at->is<T3EnumValue>();
+       at = at->as<T3EnumValue>()->next) {
+    auto* value = at->as<T3EnumValue>();
+    if (value->name != name) continue;
+    if (!value->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) AssignEnumValues(base);
+    return value->attr().assigned_no;
+  }
+  AbsentMember("GetEnumValueNumber", type);
+}
+
+void AssignEnumValues(T3Tree_Node* type) {
+  auto* enumeration = type->as<T3EnumType>();
+  auto* first = enumeration->values->try_as<T3EnumValue>();
+  if (first == nullptr || first->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) return;
+  std::vector<int64_t> given;
+  for (T3Tree_Node* at = first; at->is<T3EnumValue>(); at = at->as<T3EnumValue>()->next)
+    if (const auto value = ConstIntValue(at->as<T3EnumValue>()->value)) given.push_back(*value);
+  std::sort(given.begin(), given.end());
+  if (std::adjacent_find(given.begin(), given.end()) != given.end())
+    vexa_filtered_error(ERR_enum_duplicate, enumeration->position);
+  int64_t counter = 0;
+  for (T3Tree_Node* at = first; at->is<T3EnumValue>(); at = at->as<T3EnumValue>()->next) {
+    auto& attributes = at->as<T3EnumValue>()->attr();
+    attributes.SetEvaluated(T3EnumValue_Attributes::assigned_no_bit);
+    if (const auto value = ConstIntValue(at->as<T3EnumValue>()->value)) {
+      attributes.assigned_no = *value;
+      continue;
+    }
+    while (std::binary_search(given.begin(), given.end(), counter)) ++counter;
+    attributes.assigned_no = counter++;
+  }
+}
+
+bool PartOfAllTypes(T3Tree_Node* base) {
+  return !base->is<T3PortType>() && !base->is<T3TimerType>() && !base->is<T3Default>() &&
+         !base->is<T3ErrorType>() && !base->is<T3NoType>();
+}
+
+namespace {
+// Appends the type declarations of a list, groups entered.
+void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
+  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) {
+    if (auto* group = decls->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
+    if (decls->is<T3TypeDecl>() || decls->is<T3ImportTypeDecl>() || decls->is<T3ImportSignatureDecl>())
+      types.push_back(decls);
+  }
+}
+
+void AppendViews(T3Tree_Node* entity, _T3TypeItemList_Attributes& sets) {
+  sets.absolute_types->push_back(AbsoluteTypeDef(entity));
+  sets.local_types->push_back(LocalTypeDef(entity));
+  sets.base_types->push_back(BaseTypeDef(entity));
+}
+
+// The sets of a port's type list lie on its head.
+T3PortTypes PortTypes(T3Tree_Node* list) {
+  auto& sets = list->as<_T3TypeItemList>()->attr();
+  if (sets.absolute_types == nullptr) {
+    sets.absolute_types = new T3TypeSet;
+    sets.local_types = new T3TypeSet;
+    sets.base_types = new T3TypeSet;
+    for (T3Tree_Node* at = list; at->is<T3TypeItem>(); at = at->as<T3TypeItem>()->next) {
+      T3Tree_Node* type = at->as<T3TypeItem>()->type;
+      if (!type->is<T3AllTypes>()) {
+        AppendViews(type, sets);
+        continue;
+      }
+      if (at->place == nullptr) continue;
+      for (T3Tree_Node* decl : AllTypesOf(at->place->vexa_my_module))
+        if (PartOfAllTypes(BaseTypeDef(decl))) AppendViews(decl, sets);
+    }
+  }
+  return {*sets.absolute_types, *sets.local_types, *sets.base_types};
+}
+}  // namespace
+
+const T3NodeList& AllTypesOf(T3Tree_Node* module) {
+  static const T3NodeList kNone;
+  auto* node = module == nullptr ? nullptr : module->try_as<T3Module>();
+  if (node == nullptr) return kNone;
+  if (node->attr().types == nullptr) {
+    auto* types = new T3NodeList;
+    T3Tree_Node* builtins = node->attr().vexa_builtins;
+    if (builtins != nullptr) CollectTypes(builtins, *types);
+    CollectTypes(node->definition_part, *types);
+    node->attr().types = types;
+  }
+  return *node->attr().types;
+}
+
+T3PortTypes PortTypesIn(T3Tree_Node* port_type) {
+  return PortTypes(port_type->as<T3PortType>()->in_list);
+}
+
+T3PortTypes PortTypesOut(T3Tree_Node* port_type) {
+  return PortTypes(port_type->as<T3PortType>()->out_list);
+}

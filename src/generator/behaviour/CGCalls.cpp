@@ -1,0 +1,153 @@
+#include "generator/behaviour/CGCalls.h"
+
+#include <vector>
+
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/templates/CGTemplate.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace {
+T3Tree_Node* Behind(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
+}
+
+std::string Slot(const std::string& array, unsigned index) {
+  return array + "[" + std::to_string(index) + "]";
+}
+
+// Whether the callee works on the caller's object.
+bool IsReferenceParameter(T3Tree_Node* formal) {
+  if (!formal->is<_T3TypedFormal>()) return true;
+  auto* typed = formal->as<_T3TypedFormal>();
+  T3Tree_Node* type = RootType(typed->type);
+  return typed->pass != t3_par_pass_t::In || type->is<T3TimerType>() || type->is<T3PortType>();
+}
+
+std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
+  if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
+  if (formal->is<T3FormalTemplatePar>()) return CGInlinedTemplate(actual, vexa_template_plain, function);
+  const cg::ValueMode mode;
+  if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
+  if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
+  std::string location = cg::InRTS(actual, vexa_temp_alloc, function);
+  if (is_behaviour_call || IsReferenceParameter(formal)) return location;
+  return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
+
+std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
+                                   bool is_behaviour_call, CFunction& function) {
+  const unsigned count = GetParNumber(formals);
+  if (!T3Is<T3ActualPar>(actuals) && count == 0 && !has_result) return C_NULL;
+  // An array is no variable that another statement could use: each call has its own.
+  std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
+  unsigned index = 0;
+  T3Tree_Node* actual = actuals;
+  for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal);
+       formal = formal->as<_T3FormalPar>()->next, ++index) {
+    if (!T3Is<T3ActualPar>(actual)) {
+      function.assign(Slot(array, index), LUMO_VALUE_DEFAULT_C);
+      continue;
+    }
+    function.assign(Slot(array, index),
+                    Argument(actual->as<T3ActualPar>()->expression, formal, is_behaviour_call, function));
+    actual = actual->as<T3ActualPar>()->next;
+  }
+  function.assign(Slot(array, index + (has_result ? 1 : 0)), C_NULL);
+  return array;
+}
+
+T3Tree_Node* ValueOfActual(T3Tree_Node* actual) {
+  T3Tree_Node* value = actual->as<T3ActualPar>()->expression;
+  return value->is<T3TemplateDef>() ? value->as<T3TemplateDef>()->constraint : value;
+}
+
+bool IsOptionalField(T3Tree_Node* type, tIdent name) {
+  if (!IsRecordOrSetType(type)) return false;
+  T3Tree_Node* at = type->as<_T3StructuredType>()->body;
+  while (at->is<T3FieldType>() && at->as<T3FieldType>()->name != name) at = at->as<T3FieldType>()->next;
+  return at->is<T3FieldType>() && at->as<T3FieldType>()->optional;
+}
+
+T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
+  if (auto* function = behaviour->try_as<T3Function>()) return function->return_type;
+  if (auto* external = behaviour->try_as<T3ExtFunction>()) return external->return_type;
+  return gT3NoType;
+}
+}  // namespace
+
+void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
+                                       CFunction& function) {
+  unsigned index = 0;
+  for (T3Tree_Node* formal = formals; T3Is<_T3TypedFormal>(formal) && T3Is<T3ActualPar>(actuals);
+       formal = formal->as<_T3FormalPar>()->next, actuals = actuals->as<T3ActualPar>()->next, ++index) {
+    auto* field = ValueOfActual(actuals)->try_as<T3Qualifier>();
+    if (field == nullptr || formal->as<_T3TypedFormal>()->pass != t3_par_pass_t::Out) continue;
+    if (!cg::IsField(field)) continue;
+    T3Tree_Node* type = cg::TypeOf(field->base);
+    if (!IsOptionalField(type, field->id)) continue;
+    function.beginIf(Slot(array, index) + " == " + LUMO_OMIT_VALUE_C);
+    function.callAndAssign(
+        Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
+        {RTSLocation(field->base), std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
+    function.endIf();
+  }
+}
+
+unsigned GetParNumber(T3Tree_Node* formals) {
+  return LengthOfFormalParList(formals);
+}
+
+tIdent GetRealFunctionName(T3Tree_Node* decl) {
+  return Behind(decl)->as<_T3Decl>()->name;
+}
+
+tIdent GetRealFunctionModule(T3Tree_Node* decl) {
+  return Behind(decl)->place->vexa_module_name;
+}
+
+std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
+                                  CFunction& function) {
+  return CGActualParameterList1(actuals, formals, has_result, true, function);
+}
+
+std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals,
+                                             CFunction& function) {
+  return CGActualParameterList1(actuals, formals, false, false, function);
+}
+
+void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
+  for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next) {
+    auto* typed = formal->try_as<_T3TypedFormal>();
+    T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
+    if (!T3Is<T3TemplateDef>(value) && (!T3Is<_T3Expression>(value) || value->is<T3NoExpression>())) continue;
+    const std::string slot = Slot(VEXA_ARGV, static_cast<unsigned>(typed->attr().vexa_index));
+    function.beginIf(slot + " == " + LUMO_VALUE_DEFAULT_C);
+    {
+      const CGStatementScope scope(function);
+      const std::string location = formal->is<T3FormalTemplatePar>()
+                                       ? CGInlinedTemplate(value, vexa_template_plain, function)
+                                       : cg::InRTS(value, vexa_temp_alloc, function);
+      function.assign(slot, cg::Call(LUMO_VALUE_COPY, {location, LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
+    }
+    function.endIf();
+  }
+}
+
+void CGFunctionCall(T3Parameterization* call, CFunction& function) {
+  T3Tree_Node* decl = Def(call);
+  auto* behaviour = Behind(decl)->as<_T3FunctionDecl>();
+  if (!behaviour->is<T3Function>() && !behaviour->is<T3ExtFunction>()) cg::NotSupported(call);
+  const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
+  const unsigned count = GetParNumber(behaviour->fpl);
+  const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);
+  if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, vexa_temp_alloc, function));
+  CGInstantiateOutOmittedParameters(call->apl, behaviour->fpl, array, function);
+  const cg::Callee callee = cg::CalleeOf(decl);
+  function.call(LUMO_CALL_FUNCTION,
+                {callee.function, callee.type, std::to_string(count), array, VEXA_CONTEXT});
+}

@@ -1,0 +1,641 @@
+#include "generator/behaviour/CGStatement.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string_view>
+
+#include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
+#include "driver/diagnostics/T3Error.h"
+#include "generator/behaviour/CGAlternatives.h"
+#include "generator/behaviour/CGCalls.h"
+#include "generator/behaviour/CGConfiguration.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/module/CGModule.h"
+#include "generator/templates/CGTemplate.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/module/CGValue.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace {
+// The labels of the behaviour that is being generated.
+auto& g_labels = *new std::map<T3Tree_Node*, std::string, T3NodeLess>;
+
+std::string AddressOf(const std::string& name) {
+  return "&(" + name + ")";
+}
+
+tPosition PositionOfStmt(T3Tree_Node* statement) {
+  return statement->as<_T3StmtList>()->position;
+}
+
+// A text that a construct keeps for what lies in it.
+const char* Keep(const std::string& text) {
+  return gT3AST.KeepText(text);
+}
+
+// A memory scope with its own blocks of source locations: what blocks and `for` share.
+template <class Node>
+void BeginMemoryScope(Node* node, CFunction& function) {
+  const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
+  node->cold().temp_memory_scope = Keep(scope);
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
+}
+
+// The calls that leave a scope; its variable stays taken.
+void LeaveMemoryScope(const char* scope, T3Tree_Node* statements, CFunction& function) {
+  function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
+  DeleteTimers(statements, function);
+  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+}
+
+bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
+  T3Tree_Node* owner = block->place->vexa_enclosing_block;
+  return owner->is<_T3FunctionBodyDecl>() || owner->is<T3ControlPart>();
+}
+
+// Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind
+// the statement that asks, which is the next one.
+std::string Condition(T3Tree_Node* condition, CFunction& function) {
+  const CGStatementScope scope(function);
+  return cg::InC(condition, function);
+}
+
+// C cannot hold the statements of a condition between `else` and `if`: a chain is made flat, each branch
+// leaving it by a jump.
+void CGIf(T3IfStmt* statement, CFunction& function) {
+  const bool has_else = statement->else_stmt->is<_T3Stmt>();
+  if (!statement->else_stmt->is<T3IfStmt>() || statement->else_stmt->as<_T3Stmt>()->next->is<_T3Stmt>()) {
+    function.beginIf(Condition(statement->condition, function));
+    CGStatement(statement->then_stmt, function);
+    function.endIf();
+    if (!has_else) return;
+    function.beginElse();
+    CGStatement(statement->else_stmt, function);
+    function.endIf();
+    return;
+  }
+  auto& inner = statement->else_stmt->as<T3IfStmt>()->cold();
+  std::string label = statement->cold().end_elseif_label;
+  const bool is_head = label.empty();
+  if (is_head) label = function.getNewLabel();
+  inner.end_elseif_label = Keep(label);
+  function.beginIf(Condition(statement->condition, function));
+  CGStatement(statement->then_stmt, function);
+  function.addGoto(label);
+  function.endIf();
+  CGStatement(statement->else_stmt, function);
+  inner.end_elseif_label = "";
+  if (is_head) function.addLabel(label);
+}
+
+struct LoopLabels {
+  std::string leave;
+  std::string again;
+};
+
+LoopLabels BeginLoopBody(_T3LoopStmt* loop, CFunction& function) {
+  CallComponentControl(function);
+  LoopLabels labels{function.getNewLabel(), function.getNewLabel()};
+  loop->cold().vexa_break_label = Keep(labels.leave);
+  loop->cold().vexa_continue_label = Keep(labels.again);
+  return labels;
+}
+
+// A label at the end of a scope of C; behind any other one stands at least the end of the block.
+void AddEmptyStatementLabel(const std::string& label, CFunction& function) {
+  function.addLabel(label);
+  function.addText(";");
+}
+
+// True for a condition that comes to the same text whenever it is generated: an array of arguments is another
+// one each time.
+bool HasOneText(T3Tree_Node* condition) {
+  bool has = true;
+  gT3AST.TraverseT3TreeTD(condition, [&has](T3Tree_Node* node) {
+    has = has && !node->is<T3Parameterization>() && !node->is<T3Match>() && !node->is<T3ValueOf>() &&
+          !node->is<T3TemplateDef>();
+  });
+  return has;
+}
+
+// The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
+// variables, since the same ones are free at both places; one that cannot has a variable of its own.
+std::string BeginRounds(T3Tree_Node* condition, CFunction& function) {
+  std::string text = Condition(condition, function);
+  if (!HasOneText(condition)) {
+    const std::string holds = function.getTmpVariable(C_BOOL);
+    function.assign(holds, text);
+    text = holds;
+  }
+  function.beginWhile(text);
+  return text;
+}
+
+void EndRounds(T3Tree_Node* condition, const std::string& text, CFunction& function) {
+  const std::string again = Condition(condition, function);
+  if (!HasOneText(condition))
+    function.assign(text, again);
+  else if (again != text)
+    internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
+  function.endWhile();
+  if (!HasOneText(condition)) function.releaseTmpVariable(text);
+}
+
+void CGWhile(T3WhileStmt* loop, CFunction& function) {
+  const std::string condition = BeginRounds(loop->condition, function);
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  AddEmptyStatementLabel(labels.again, function);
+  EndRounds(loop->condition, condition, function);
+  function.addLabel(labels.leave);
+}
+
+void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
+  function.beginDoWhile();
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  AddEmptyStatementLabel(labels.again, function);
+  function.endDoWhile(Condition(loop->condition, function));
+  function.addLabel(labels.leave);
+}
+
+void CGFor(T3ForStmt* loop, CFunction& function) {
+  BeginMemoryScope(loop, function);
+  CGStatement(loop->init, function);
+  function.addText("\n");
+  const std::string condition = BeginRounds(loop->condition, function);
+  const LoopLabels labels = BeginLoopBody(loop, function);
+  CGStatement(loop->body, function);
+  function.addLabel(labels.again);
+  CGStatement(loop->step, function);
+  EndRounds(loop->condition, condition, function);
+  function.addLabel(labels.leave);
+  const std::string scope = loop->cold().temp_memory_scope;
+  LeaveMemoryScope(scope.c_str(), loop->init, function);
+  function.releaseTmpVariable(scope);
+}
+
+// ---- Jumps ----
+
+void CGBreak(T3BreakStmt* statement, CFunction& function) {
+  T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  auto* loop = owner->try_as<_T3LoopStmt>();
+  const std::string label = loop != nullptr ? loop->cold().vexa_break_label : BreakLabelOfAlt(owner);
+  if (label.empty()) return CGLeaveNested(statement, owner);
+  if (auto* interleave = owner->try_as<T3InterleaveStmt>())
+    CGLeaveInterleave(statement, interleave, function);
+  else
+    TidyUp(statement, owner, function);
+  function.addGoto(label);
+}
+
+// What stands in an alternative continues the loop around.
+void CGContinue(T3ContinueStmt* statement, CFunction& function) {
+  T3Tree_Node* owner = statement->place->vexa_break_continue_owner;
+  while (owner->is<_T3Stmt>() && !owner->is<_T3LoopStmt>()) owner = owner->place->vexa_break_continue_owner;
+  auto* loop = owner->try_as<_T3LoopStmt>();
+  if (loop == nullptr) cg::NotSupported(owner);
+  TidyUp(statement, loop, function);
+  function.addGoto(loop->cold().vexa_continue_label);
+}
+
+// A label has the name of the source, unless C has that word or another label of the behaviour has it.
+std::string LabelName(T3LabelStmt* statement) {
+  static const std::set<std::string_view> words = {
+      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
+      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
+      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
+      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
+      "volatile", "while",  "bool",   "true",     "false"};
+  const auto known = g_labels.find(statement);
+  if (known != g_labels.end()) return known->second;
+  std::string name = gIdents.GetCStr(statement->label);
+  const bool taken =
+      std::any_of(g_labels.begin(), g_labels.end(), [&](const auto& other) { return other.second == name; });
+  if (taken || words.count(name) != 0) name += PositionSuffix(statement->position);
+  return g_labels[statement] = name;
+}
+
+void CGGoto(T3GotoStmt* statement, CFunction& function) {
+  auto* target = T3Is<T3LabelStmt>(statement->attr().goto_target)
+                     ? statement->attr().goto_target->as<T3LabelStmt>()
+                     : nullptr;
+  if (target == nullptr) internal_error_ast("CGStatement", __LINE__, "CGGoto", statement);
+  TidyUp(statement, target->place->vexa_enclosing_block, function);
+  function.addGoto(LabelName(target));
+}
+
+// ---- Return ----
+
+_T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
+  T3Tree_Node* at = statement;
+  while (at != nullptr && !at->is<_T3FunctionBodyDecl>() && !at->is<T3ControlPart>()) at = at->parent;
+  return T3Is<_T3FunctionBodyDecl>(at) ? at->as<_T3FunctionBodyDecl>() : nullptr;
+}
+
+// The caller decides by the slot that it gives whether it gets a template or a value.
+void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
+  const auto assign = [&](bool value_of_first) {
+    const CGStatementScope scope(function);
+    const cg::Conditional conditional;
+    std::string location = CGTemplateExpression(result, vexa_template_plain, function);
+    if (value_of_first) location = cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+    function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
+  };
+  function.beginIf(LUMO_VALUE_IS_DYNAMIC_TEMPLATE, {slot, VEXA_CONTEXT});
+  assign(false);
+  function.endIf();
+  function.beginElse();
+  assign(true);
+  function.endIf();
+}
+
+void CGReturn(T3RetStmt* statement, CFunction& function) {
+  auto* behaviour = BehaviourAround(statement);
+  if (behaviour != nullptr && behaviour->is<T3TestStep>()) {
+    GenSourceLocationEnd(behaviour->body, function);
+    TidyUp(statement, nullptr, function);
+    function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
+    DeleteDeclaredTimers(behaviour->as<T3TestStep>()->decls, function);
+    return GenReturn(LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C, function);
+  }
+  auto* target = behaviour == nullptr ? nullptr : behaviour->try_as<T3Function>();
+  if (target != nullptr && !statement->value->is<T3NoExpression>()) {
+    const CGStatementScope scope(function);
+    const std::string slot = std::string(VEXA_ARGV) + "[" + std::to_string(GetParNumber(target->fpl)) + "]";
+    if (target->returns_template)
+      ReturnTemplate(slot, statement->value, function);
+    else
+      CGAssign(slot, statement->value, false, function);
+  }
+  if (behaviour != nullptr) GenSourceLocationEnd(behaviour->body, function);
+  TidyUp(statement, nullptr, function);
+  GenReturn("", function);
+}
+
+// ---- Assignments ----
+
+void ElementModified(const std::string& parent, const std::string& index, CFunction& function) {
+  function.call(LUMO_LOG_ELEMENT_MODIFIED_EVENT, {parent, cg::CastToUnsignedLong(index), VEXA_CONTEXT});
+}
+
+std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
+  const cg::LeftSide left_side;
+  if (!cg::HoldsTemplate(parent)) return cg::InRTS(parent, vexa_temp_alloc, function);
+  const cg::TemplateMode mode;
+  return cg::InRTS(parent, vexa_temp_alloc, function);
+}
+
+// A part of what holds a template gets a template.
+std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function) {
+  return cg::HoldsTemplate(parent) ? CGTemplateExpression(rhs, vexa_template_plain, function)
+                                   : cg::InRTS(rhs, vexa_temp_alloc, function);
+}
+
+void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
+  T3Tree_Node* whole = cg::WholeOf(field);
+  const std::string index = std::to_string(cg::PlaceOfField(field));
+  if (IsRecordOrSetType(cg::TypeOf(whole))) {
+    const std::string value = RightSide(whole, rhs, function);
+    const std::string parent = LeftSideParent(whole, function);
+    function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
+    return ElementModified(parent, index, function);
+  }
+  // The alternative is chosen before it gets its value.
+  const std::string parent = LeftSideParent(whole, function);
+  const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
+  if (cg::HoldsTemplate(whole))
+    function.call(LUMO_VALUE_ASSIGN, {chosen, RightSide(whole, rhs, function), VEXA_CONTEXT});
+  else
+    CGAssign(chosen, rhs, true, function);
+  ElementModified(parent, index, function);
+}
+
+void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& function) {
+  T3Tree_Node* type = cg::TypeOf(element->base);
+  const char* word = type->is<T3ArrayType>() ? LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL
+                     : IsStringType(type)    ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
+                                             : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
+  const std::string index = cg::InC(element->index, function);
+  const std::string value = RightSide(element->base, rhs, function);
+  const std::string parent = LeftSideParent(element->base, function);
+  function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
+  ElementModified(parent, index, function);
+}
+
+// A variable or parameter that holds a template gets the right side as one.
+void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
+  std::string target;
+  {
+    const cg::TemplateMode mode;
+    target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
+  }
+  const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
+  function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
+  function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
+}
+
+void CGAssignment(T3AssignStmt* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  auto* qualifier = statement->lhs->try_as<T3Qualifier>();
+  if (qualifier != nullptr && cg::IsField(qualifier)) {
+    T3Tree_Node* type = cg::TypeOf(cg::WholeOf(qualifier));
+    if (IsRecordOrSetType(type) || type->is<T3UnionType>() || type->is<T3AnyType>())
+      return AssignField(qualifier, statement->rhs, function);
+  }
+  if (auto* element = statement->lhs->try_as<T3Subscription>())
+    return AssignElement(element, statement->rhs, function);
+  if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs))
+    return AssignTemplate(statement, function);
+  const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
+  CGAssign(target, statement->rhs, true, function);
+}
+
+// ---- Operations ----
+
+// The array of what is logged, or the reasons of a verdict, with an end mark.
+std::string TemplateList(T3Tree_Node* list, CFunction& function) {
+  size_t count = 0;
+  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next) ++count;
+  std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
+  const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
+  size_t i = 0;
+  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
+    function.assign(slot(i), cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
+  function.assign(slot(count), C_NULL);
+  return array;
+}
+
+void CGLog(T3LogStmt* statement, CFunction& function) {
+  if (!statement->values->is<T3TemplateListItem>()) {
+    function.call(
+        LUMO_LOG_STRING_TO_ALL,
+        {LUMO_LOG_MSG_TTCN3_C, CStringOfLiteral(StringM::StGetString(statement->message)), VEXA_CONTEXT});
+    return;
+  }
+  CallComponentControl(function);
+  const std::string array = TemplateList(statement->values, function);
+  function.call(LUMO_LOG_LIST_TO_ALL, {LUMO_LOG_MSG_TTCN3_C, array, VEXA_CONTEXT});
+}
+
+void CGSetVerdict(T3SetVerdictStmt* statement, CFunction& function) {
+  const std::string verdict = cg::InRTS(statement->verdict, vexa_temp_alloc, function);
+  const std::string reasons =
+      statement->values->is<T3TemplateListItem>() ? TemplateList(statement->values, function) : C_NULL;
+  function.call(LUMO_COMPONENT_SET_LOCAL_VERDICT, {verdict, reasons, VEXA_CONTEXT});
+}
+
+void StartComponent(const std::string& component, T3Tree_Node* argument, CFunction& function) {
+  auto* call = argument->try_as<T3Parameterization>();
+  if (call == nullptr) internal_error_ast("CGStatement", __LINE__, "CGStatementWorker", argument);
+  T3Tree_Node* decl = Def(call);
+  T3Tree_Node* behaviour = decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
+  T3Tree_Node* formals = behaviour->as<_T3FunctionDecl>()->fpl;
+  const std::string array = CGActualParameterList(call->apl, formals, false, function);
+  function.call(LUMO_COMPONENT_START,
+                {component, Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
+                 std::to_string(GetParNumber(formals)), array, VEXA_CONTEXT});
+}
+
+void CGStart(T3StartStmt* statement, CFunction& function) {
+  T3Tree_Node* type = cg::TypeOf(statement->object);
+  const std::string object = cg::InRTS(statement->object, vexa_temp_alloc, function);
+  if (type->is<T3PortType>()) {
+    function.call(LUMO_PORT_START, {object, VEXA_CONTEXT});
+  } else if (type->is<T3TimerType>()) {
+    const std::string duration = statement->argument->is<T3NoExpression>()
+                                     ? std::string(LUMO_DURATION_DEFAULT_C)
+                                     : cg::InC(statement->argument, function);
+    function.call(LUMO_TIMER_START, {object, duration, VEXA_CONTEXT});
+  } else {
+    StartComponent(object, statement->argument, function);
+  }
+}
+
+void StopOrKill(T3Tree_Node* object, const char* component_word, CFunction& function) {
+  if (object->is<T3NoExpression>()) {
+    CGPopSourceLocation(function);
+    function.call(component_word, {LUMO_NO_VALUE_C, VEXA_CONTEXT});
+    return;
+  }
+  T3Tree_Node* type = cg::TypeOf(object);
+  const char* word = type->is<T3TimerType>()  ? LUMO_TIMER_STOP
+                     : type->is<T3PortType>() ? LUMO_PORT_STOP
+                                              : component_word;
+  function.call(word, {cg::InRTS(object, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+void CallWith(const char* word, T3Tree_Node* operand, CFunction& function) {
+  function.call(word, {cg::InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+void CGDeactivate(T3DeactivateStmt* statement, CFunction& function) {
+  if (statement->teststep->is<T3NoExpression>())
+    function.call(LUMO_DEACTIVATE, {LUMO_VALUE_ALL_C, VEXA_CONTEXT});
+  else
+    CallWith(LUMO_DEACTIVATE, statement->teststep, function);
+}
+
+void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
+  const CGStatementScope scope(function);
+  if (invocation->is<T3Execute>()) {
+    // Its generator forms the text of the call only.
+    function.addLine(cg::InRTS(invocation, vexa_temp_alloc, function) + ";");
+    return;
+  }
+  auto* call = invocation->try_as<T3Parameterization>();
+  if (call == nullptr) {
+    const std::string location = cg::InRTS(invocation, vexa_temp_alloc, function);
+    if (invocation->is<T3Create>()) function.addLine(location + ";");
+    return;
+  }
+  T3Tree_Node* decl = BehindImport(Def(call));
+  if (T3Is<T3TestStep>(decl)) return CGAltstepCall(call, function);
+  CGFunctionCall(call, function);
+}
+
+// Statements that are one operation.
+void CGOperation(T3Tree_Node* statement, CFunction& function) {
+  const CGStatementScope scope(function);
+  switch (statement->kind) {
+    case T3Kind::T3ConnectStmt:
+      return CGConnection(LUMO_COMPONENT_CONNECT_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3DisconnectStmt:
+      return CGConnection(LUMO_COMPONENT_DISCONNECT_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3MapStmt:
+      return CGConnection(LUMO_COMPONENT_MAP_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3UnmapStmt:
+      return CGConnection(LUMO_COMPONENT_UNMAP_PORT, statement->as<_T3ConfStmt>(), function);
+    case T3Kind::T3ClearStmt:
+      return CallWith(LUMO_PORT_CLEAR, statement->as<_T3PortStmt>()->port, function);
+    case T3Kind::T3HaltStmt:
+      return CallWith(LUMO_PORT_HALT, statement->as<_T3PortStmt>()->port, function);
+    case T3Kind::T3StartStmt:
+      return CGStart(statement->as<T3StartStmt>(), function);
+    case T3Kind::T3StopStmt:
+      return StopOrKill(statement->as<T3StopStmt>()->object, LUMO_COMPONENT_STOP, function);
+    case T3Kind::T3KillStmt:
+      return StopOrKill(statement->as<T3KillStmt>()->object, LUMO_COMPONENT_KILL, function);
+    case T3Kind::T3SetVerdictStmt:
+      return CGSetVerdict(statement->as<T3SetVerdictStmt>(), function);
+    case T3Kind::T3DeactivateStmt:
+      return CGDeactivate(statement->as<T3DeactivateStmt>(), function);
+    case T3Kind::T3SUTStmt:
+      return CallWith(LUMO_PORT_SUT_ACTION, statement->as<T3SUTStmt>()->action, function);
+    case T3Kind::T3LogStmt:
+      return CGLog(statement->as<T3LogStmt>(), function);
+    default:
+      cg::NotSupported(statement);
+  }
+}
+
+void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
+  switch (statement->kind) {
+    case T3Kind::T3DeclStmt:
+      for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
+           decl = decl->as<_T3Decl>()->next)
+        decl->is<T3TemplateDecl>() ? CGLocalTemplate(decl->as<T3TemplateDecl>(), function)
+                                   : CGLocalValue(decl, function);
+      break;
+    case T3Kind::T3InvocationStmt:
+      return CGInvocation(statement->as<T3InvocationStmt>()->invocation, function);
+    case T3Kind::T3BlockStmt:
+      return CGBlockAround(statement->as<T3BlockStmt>(), function,
+                           [&] { CGStatement(statement->as<T3BlockStmt>()->body, function); });
+    case T3Kind::T3IfStmt:
+      return CGIf(statement->as<T3IfStmt>(), function);
+    case T3Kind::T3WhileStmt:
+      return CGWhile(statement->as<T3WhileStmt>(), function);
+    case T3Kind::T3DoWhileStmt:
+      return CGDoWhile(statement->as<T3DoWhileStmt>(), function);
+    case T3Kind::T3ForStmt:
+      return CGFor(statement->as<T3ForStmt>(), function);
+    case T3Kind::T3BreakStmt:
+      return CGBreak(statement->as<T3BreakStmt>(), function);
+    case T3Kind::T3ContinueStmt:
+      return CGContinue(statement->as<T3ContinueStmt>(), function);
+    case T3Kind::T3AssignStmt:
+      return CGAssignment(statement->as<T3AssignStmt>(), function);
+    case T3Kind::T3RetStmt:
+      return CGReturn(statement->as<T3RetStmt>(), function);
+    case T3Kind::T3LabelStmt:
+      function.addLabel(LabelName(statement->as<T3LabelStmt>()));
+      return CallComponentControl(function);
+    case T3Kind::T3GotoStmt:
+      return CGGoto(statement->as<T3GotoStmt>(), function);
+    case T3Kind::T3AltStmt:
+      return CGAlt(statement->as<T3AltStmt>(), function);
+    case T3Kind::T3InterleaveStmt:
+      return CGInterleave(statement->as<T3InterleaveStmt>(), function);
+    case T3Kind::T3RepeatStmt:
+      return CGRepeat(statement->as<T3RepeatStmt>(), function);
+    case T3Kind::T3SendStmt:
+      return CGSend(statement->as<T3SendStmt>(), function);
+    case T3Kind::T3CallStmt:
+      return CGCall(statement->as<T3CallStmt>(), function);
+    case T3Kind::T3ReplyStmt:
+      return CGReply(statement->as<T3ReplyStmt>(), function);
+    case T3Kind::T3RaiseStmt:
+      return CGRaise(statement->as<T3RaiseStmt>(), function);
+    default:
+      return IsBlockingOperation(statement) ? CGBlockingOperation(statement, function)
+                                            : CGOperation(statement, function);
+  }
+}
+
+// The end of a construct that has one; null for any other.
+const tPosition* EndOf(T3Tree_Node* statement) {
+  if (auto* block = statement->try_as<T3BlockStmt>()) return &block->end_position;
+  if (auto* alt = statement->try_as<T3AltStmt>()) return &alt->end_position;
+  if (auto* call = statement->try_as<T3CallStmt>()) return &call->end_position;
+  return nullptr;
+}
+}  // namespace
+
+void CGStatement(T3Tree_Node* list, CFunction& function) {
+  for (T3Tree_Node* at = list; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) CGOneStatement(at, function);
+}
+
+void CGOneStatement(T3Tree_Node* statement, CFunction& function) {
+  GenSourceLocation(statement, function);
+  CGStatementWorker(statement, function);
+}
+
+void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<void()>& statements) {
+  BeginMemoryScope(block, function);
+  const std::string scope = block->cold().temp_memory_scope;
+  statements();
+  function.addText("\n");
+  if (!IsFunctionOrControlPartBody(block)) GenSourceLocationEnd(block, function);
+  LeaveMemoryScope(scope.c_str(), block->body, function);
+  function.releaseTmpVariable(scope);
+}
+
+void GenSourceLocation(T3Tree_Node* statement, CFunction& function) {
+  if (statement->is<T3BlockStmt>() || statement->is<T3DeclStmt>()) return;
+  CGCommentPlace(function, PositionOfStmt(statement), T3KindName(statement));
+  if (!statement->is<T3ForStmt>()) CGSetSourceLine(function, PositionOfStmt(statement));
+}
+
+void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
+  const tPosition* end = EndOf(statement);
+  if (end == nullptr || *end == NoPosition) return;
+  CGCommentPlace(function, *end, T3KindName(statement) + std::string(" marks end of scope"));
+  CGSetSourceLine(function, *end);
+}
+
+void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
+  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next)
+    if (at->is<T3DeclStmt>()) DeleteDeclaredTimers(at->as<T3DeclStmt>()->decl, function);
+}
+
+void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function) {
+  for (T3Tree_Node* decl = declarations; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+    if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
+      function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
+}
+
+namespace {
+// The alternatives of an altstep have no scope of memory of their own.
+void LeaveAlt(T3AltStmt* alt, CFunction& function) {
+  const std::string scope = alt->cold().temp_memory_scope;
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+}
+}  // namespace
+
+void LeaveBlock(T3BlockStmt* block, CFunction& function) {
+  LeaveMemoryScope(block->cold().temp_memory_scope, block->body, function);
+}
+
+void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
+  for (T3Tree_Node* at = from->place->vexa_enclosing_block; at != to; at = at->place->vexa_enclosing_block) {
+    if (at->is<T3ControlPart>() || at->is<_T3FunctionBodyDecl>()) return;
+    if (auto* block = at->try_as<T3BlockStmt>())
+      LeaveBlock(block, function);
+    else if (auto* loop = at->try_as<T3ForStmt>())
+      LeaveMemoryScope(loop->cold().temp_memory_scope, loop->init, function);
+    else if (auto* alt = at->try_as<T3AltStmt>())
+      LeaveAlt(alt, function);
+    else if (!at->is<_T3Stmt>())
+      internal_error_ast("CGStatement", __LINE__, "CGStatement::TidyUp", at);
+  }
+}
+
+void ForgetLabels() {
+  g_labels.clear();
+}
+
+void GenReturn(const std::string& value, CFunction& function) {
+  CGPopSourceLocation(function);
+  function.addLine(value.empty() ? "return;" : "return " + value + ";");
+}
+
+void CallComponentControl(CFunction& function) {
+  function.call(LUMO_COMPONENT_CONTROL, {VEXA_CONTEXT});
+}

@@ -1,0 +1,172 @@
+// Compound values: the value of the whole is reserved, and its parts are assigned to it one by one.
+#include <set>
+
+#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/module/CGModule.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
+#include "generator/text/T3Context.h"
+
+namespace cg {
+int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
+  T3Tree_Node* type = BehindImport(type_decl);
+  int64_t index = 0;
+  T3Tree_Node* at = AnyTypeFields(anytype);
+  if (at == nullptr) at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
+  for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
+    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
+    if (BehindImport(Def(reference)) == type) return index;
+  }
+  NotSupported(type_decl);
+}
+
+T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position) {
+  auto* name = item->field->try_as<T3FieldName>();
+  T3Tree_Node* formal = signature->fpl;
+  for (; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next, --position)
+    if (name != nullptr ? formal->as<_T3FormalPar>()->name == name->name : position == 0) break;
+  return formal;
+}
+
+int64_t PlaceOfParameter(T3SignatureType* signature, T3Tree_Node* formal) {
+  int64_t place = 0;
+  for (T3Tree_Node* at = signature->fpl; at != formal; at = at->as<_T3FormalPar>()->next) ++place;
+  return place;
+}
+
+bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode) {
+  const t3_par_pass_t pass = formal->as<_T3TypedFormal>()->pass;
+  return pass == t3_par_pass_t::InOut || (pass == t3_par_pass_t::Out) == (mode == vexa_template_reply);
+}
+
+namespace {
+std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
+  std::vector<T3FieldValue*> items;
+  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    items.push_back(at->as<T3FieldValue>());
+  return items;
+}
+
+// Assigns one part, and gives what it has taken back to the parts that follow.
+void AssignPart(const std::string& word, const std::string& target, const std::string& index,
+                T3Tree_Node* value, CFunction& function) {
+  function.call(word, {target, index, InRTS(value, vexa_temp_alloc, function), VEXA_CONTEXT});
+}
+
+// The text of an item's index in a list whose first index is `first`.
+std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunction& function) {
+  if (auto* place = item->field->try_as<T3FieldIndex>())
+    return CastToUnsignedLong(InC(place->index, function));
+  return std::to_string(first + static_cast<int64_t>(position));
+}
+
+// The place of a field, or of a parameter of a signature.
+int64_t MemberIndex(T3FieldValue* item, T3Tree_Node* type, int64_t position) {
+  if (auto* signature = type->try_as<T3SignatureType>())
+    return PlaceOfParameter(signature, SignatureParameter(item, signature, position));
+  auto* name = item->field->try_as<T3FieldName>();
+  return name != nullptr ? GetAlternativeIndex(type, name->name, true) : position;
+}
+
+// A value of an ASN.1 module leaves out what it does not have.
+void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::string& target,
+                      CFunction& function) {
+  std::set<int64_t> named;
+  int64_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) named.insert(MemberIndex(item, type, position++));
+  function.addComment("explicitly omitting unmentioned fields for ASN.1 value");
+  int64_t index = 0;
+  gT3AST.ForallT3Tree(type->as<_T3StructuredType>()->body, [&](T3Tree_Node* field) {
+    const int64_t at = index++;
+    if (named.count(at) > 0) return;
+    const bool is_omitted = field->as<T3FieldType>()->optional && !gT3CommandLine.strict;
+    function.call(
+        LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
+        {target, std::to_string(at), is_omitted ? LUMO_OMIT_VALUE_C : LUMO_NOT_USED_VALUE_C, VEXA_CONTEXT});
+  });
+}
+
+void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
+  size_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) {
+    const size_t index = position++;
+    if (item->value->is<T3NotUsedSymbol>()) continue;
+    const int64_t place = MemberIndex(item, type, static_cast<int64_t>(index));
+    AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
+               std::to_string(place), item->value, function);
+  }
+}
+
+void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  const auto bounds = KnownBounds(type);
+  if (!bounds) NotSupported(node);
+  size_t position = 0;
+  for (T3FieldValue* item : ItemsOf(node)) {
+    const size_t index = position++;
+    if (item->value->is<T3NotUsedSymbol>()) continue;
+    AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT_PARTIAL : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
+               target, IndexText(item, bounds->low, index, function), item->value, function);
+  }
+}
+
+// Tells which elements are a permutation.
+void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string& target,
+                     CFunction& function) {
+  const auto kind = [&](size_t i) { return items[i]->permutation_kind; };
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (kind(i) != t3_permutation_kind_t::Head && kind(i) != t3_permutation_kind_t::HeadTail) continue;
+    size_t tail = i;
+    while (kind(tail) != t3_permutation_kind_t::Tail && kind(tail) != t3_permutation_kind_t::HeadTail &&
+           tail + 1 < items.size())
+      ++tail;
+    function.call(LUMO_TEMPLATE_SET_PERMUTATION,
+                  {target, std::to_string(i), std::to_string(tail), VEXA_CONTEXT});
+  }
+}
+
+void FillList(T3CompoundValue* node, const std::string& target, CFunction& function) {
+  const std::vector<T3FieldValue*> items = ItemsOf(node);
+  if (items.empty()) {
+    function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
+    return;
+  }
+  function.call(LUMO_VALUE_SET_VECTOR_SIZE, {target, std::to_string(items.size()), VEXA_CONTEXT});
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (items[i]->value->is<T3NotUsedSymbol>()) continue;
+    AssignPart(i == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
+               IndexText(items[i], 0, i, function), items[i]->value, function);
+  }
+  SetPermutations(items, target, function);
+}
+
+void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+  const std::vector<T3FieldValue*> items = ItemsOf(node);
+  auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
+  if (name == nullptr) NotSupported(node);
+  const int64_t index = type->is<T3AnyType>() ? AlternativeOfAnyType(type, items.front()->attr().def)
+                                              : GetAlternativeIndex(type, name->name, true);
+  const std::string alternative = Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,
+                         {target, std::to_string(index), VEXA_CONTEXT});
+  CGAssign(alternative, items.front()->value, false, function);
+}
+}  // namespace
+
+void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* type = TypeOf(node);
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  if (type->is<T3UnionType>() || type->is<T3AnyType>())
+    FillUnion(node, type, target, function);
+  else if (type->is<T3ArrayType>())
+    FillArray(node, type, target, function);
+  else if (type->is<_T3HomogeneousType>())
+    FillList(node, target, function);
+  else
+    FillMembers(node, type, target, function);
+}
+}  // namespace cg

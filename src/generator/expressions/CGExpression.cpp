@@ -1,0 +1,328 @@
+#include "generator/expressions/CGExpression.h"
+
+#include <utility>
+
+#include "analysis/types/T3Types.h"
+#include "driver/diagnostics/T3Exception.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/text/CGLiteralTable.h"
+#include "generator/module/CGModule.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+#include "generator/text/T3Context.h"
+
+namespace {
+// ---- What a statement takes ----
+
+using Taken = CGTaken;
+Taken& g_taken = *new Taken;
+
+void StoreC(T3Tree_Node* node, const std::string& text) {
+  SetCLocation(node, text);
+  g_taken.located.push_back(node);
+}
+void StoreRTS(T3Tree_Node* node, const std::string& text) {
+  SetRTSLocation(node, text);
+  g_taken.located.push_back(node);
+}
+
+// ---- Conversions ----
+
+const char* C2RTSFunction(T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      return LUMO_VALUE_SET_INTEGER;
+    case T3Kind::T3Float:
+      return LUMO_VALUE_SET_FLOAT;
+    case T3Kind::T3Boolean:
+      return LUMO_VALUE_SET_BOOLEAN;
+    case T3Kind::T3BitStringType:
+    case T3Kind::T3OctetStringType:
+    case T3Kind::T3HexStringType:
+    case T3Kind::T3CharStringType:
+      return LUMO_VALUE_SET_STRING;
+    case T3Kind::T3CharacterType:
+      return LUMO_VALUE_SET_CHAR;
+    case T3Kind::T3UniversalCharacterType:
+      return LUMO_VALUE_SET_UNIVERSAL_CHAR_TO_ASCII;
+    case T3Kind::T3UniversalCharStringType:
+      return LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_TO_ASCII;
+    default:
+      throw internal_exception("CGExpression", __LINE__, "C2RTSFunction",
+                               std::string("no C form of ") + T3KindName(type));
+  }
+}
+
+// ---- Cached literals ----
+
+bool IsCachableConstantExpression(T3Tree_Node* node) {
+  switch (node->kind) {
+    case T3Kind::T3IntLiteral:
+    case T3Kind::T3FloatLiteral:
+    case T3Kind::T3BooleanLiteral:
+    case T3Kind::T3VerdictLiteral:
+    case T3Kind::T3CharStringLiteral:
+    case T3Kind::T3BitStringLiteral:
+    case T3Kind::T3OctStringLiteral:
+    case T3Kind::T3HexStringLiteral:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Off while a cached literal is being made.
+bool g_caching = true;
+int g_conditional = 0;
+
+bool MayCache(CFunction& function) {
+  return g_caching && (g_conditional == 0 || &function != &gT3Context.initializeFunction());
+}
+
+// A literal is made once, when the module is initialized, and deleted when it is finalized.
+void CacheLiteral(T3Tree_Node* node) {
+  std::string name;
+  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return StoreRTS(node, name);
+  CFile& file = gT3Context.file();
+  name = file.uniqueName("vexa_constant_expression");
+  file.addVariable(LUMO_VALUE_T, name, true);
+  AddToLiteralTable(node, name);
+  SetNameOfLiteral(node, name);
+  CFunction& initialize = gT3Context.initializeFunction();
+  const tPosition& position = node->as<_T3Expression>()->position;
+  CGCommentPlace(initialize, position, "constant literal");
+  CGSetSourceLine(initialize, position);
+  initialize.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
+                           {VEXATypeRef(ExpressionLocalType(node)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
+  StoreRTS(node, name);
+  const bool caching = std::exchange(g_caching, false);
+  if (NaturalMode(node) == vexa_c_mode) {
+    CGExpression(node, vexa_c_mode, vexa_perm_alloc, initialize);
+    cg::SetFromC(node, name, initialize);
+  } else {
+    cg::Literal(node, vexa_perm_alloc, initialize);
+  }
+  g_caching = caching;
+  gT3Context.finalizeFunction().call(LUMO_VALUE_DELETE, {"&(" + name + ")", VEXA_CONTEXT});
+}
+
+// A name or a call that the functions of a template in line get as an argument.
+const char* PassedToTemplate(T3Tree_Node* node) {
+  if (auto* name = node->try_as<T3Identifier>())
+    return name->cold().vexa_id_place == cg::kPassedToTemplate ? name->cold().template_special_rts_loc
+                                                               : nullptr;
+  auto* call = node->try_as<T3Parameterization>();
+  return call != nullptr && call->cold().vexa_id_place == cg::kPassedToTemplate
+             ? call->cold().template_special_rts_loc
+             : nullptr;
+}
+
+void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
+  if (const char* argument = PassedToTemplate(node)) {
+    const bool is_value = !cg::IsTemplateMode() && cg::HoldsTemplate(node);
+    return StoreRTS(node, is_value
+                              ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
+                              : std::string(argument));
+  }
+  if (cg::Operator(node, allocation, function) || cg::Literal(node, allocation, function) ||
+      cg::PreDefinedFunction(node, allocation, function) || cg::Matching(node, allocation, function) ||
+      cg::Behaviour(node, allocation, function) || cg::Reference(node, allocation, function))
+    return;
+  if (auto* compound = node->try_as<T3CompoundValue>())
+    return cg::CompoundValue(compound, allocation, function);
+  cg::NotSupported(node);
+}
+}  // namespace
+
+namespace cg {
+const char* RTS2CFunction(T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      return LUMO_VALUE_GET_INTEGER;
+    case T3Kind::T3Float:
+      return LUMO_VALUE_GET_FLOAT;
+    case T3Kind::T3Boolean:
+      return LUMO_VALUE_GET_BOOLEAN;
+    case T3Kind::T3BitStringType:
+      return LUMO_VALUE_GET_BITSTRING;
+    case T3Kind::T3OctetStringType:
+      return LUMO_VALUE_GET_OCTETSTRING;
+    case T3Kind::T3HexStringType:
+      return LUMO_VALUE_GET_HEXSTRING;
+    case T3Kind::T3CharacterType:
+      return LUMO_VALUE_GET_CHAR;
+    case T3Kind::T3CharStringType:
+      return LUMO_VALUE_GET_CHARSTRING;
+    case T3Kind::T3EnumType:
+      return LUMO_VALUE_GET_ENUM_NUMBER;
+    case T3Kind::T3UniversalCharacterType:
+      return LUMO_VALUE_GET_UNIVERSAL_CHAR;
+    default:
+      throw internal_exception("CGExpression", __LINE__, "RTS2CFunction",
+                               std::string("no C form of ") + T3KindName(type));
+  }
+}
+
+std::string Call(std::string_view function, const std::vector<std::string>& arguments) {
+  return getSignature("", function, arguments);
+}
+
+std::string Call(std::string_view function, CWords arguments) {
+  return getSignature("", function, arguments);
+}
+
+std::string InC(T3Tree_Node* node, CFunction& function) {
+  CGExpression(node, vexa_c_mode, vexa_temp_alloc, function);
+  return CLocation(node);
+}
+
+std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  CGExpression(node, vexa_rts_mode, allocation, function);
+  return RTSLocation(node);
+}
+
+std::string Temporary(const std::string& type, CFunction& function) {
+  std::string name = function.getTmpVariable(type);
+  g_taken.temporaries.push_back(name);
+  return name;
+}
+
+std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  if (HasRTSLocation(node)) return RTSLocation(node);
+  std::string name = Temporary(LUMO_VALUE_T, function);
+  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(allocation)};
+  if (cg::IsTemplateMode()) arguments.emplace_back("0");
+  arguments.emplace_back(VEXA_CONTEXT);
+  function.callAndAssign(
+      name, cg::IsTemplateMode() ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
+      arguments);
+  StoreRTS(node, name);
+  return name;
+}
+
+T3Tree_Node* TypeOf(T3Tree_Node* expression) {
+  return GetAddressBaseType(ExpressionBaseType(expression));
+}
+
+std::string CastToUnsignedLong(const std::string& text) {
+  return "((" + std::string(C_UNSIGNED_LONG) + ") " + text + ")";
+}
+
+std::string CastToLongLong(const std::string& text) {
+  return "((" + std::string(LUMO_LONG_INTEGER_T) + ") " + text + ")";
+}
+
+void NotSupported(T3Tree_Node* node) {
+  throw not_supported(__LINE__, std::string("CGExpression currently does not support ") + T3KindName(node));
+}
+
+void ReportAtRunTime(const std::string& text, CFunction& function) {
+  const std::string wide =
+      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+}
+
+void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
+  function.call(C2RTSFunction(TypeOf(node)), {target, CLocation(node), VEXA_CONTEXT});
+}
+
+namespace {
+int g_left_sides = 0;
+}  // namespace
+
+LeftSide::LeftSide() {
+  ++g_left_sides;
+}
+LeftSide::~LeftSide() {
+  --g_left_sides;
+}
+bool IsLeftSide() {
+  return g_left_sides != 0;
+}
+
+Conditional::Conditional() {
+  ++g_conditional;
+}
+Conditional::~Conditional() {
+  --g_conditional;
+}
+
+void StoreCLocation(T3Tree_Node* node, const std::string& text) {
+  StoreC(node, text);
+}
+void StoreRTSLocation(T3Tree_Node* node, const std::string& text) {
+  StoreRTS(node, text);
+}
+}  // namespace cg
+
+const char* AllocationMode(vexa_allocation_mode_t mode) {
+  switch (mode) {
+    case vexa_temp_alloc:
+      return LUMO_TEMP_ALLOC_C;
+    case vexa_perm_alloc:
+      return LUMO_PERM_ALLOC_C;
+    default:
+      return VEXA_ALLOC_STRATEGY;
+  }
+}
+
+void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocation_mode_t allocation,
+                  CFunction& function) {
+  // A part without templates in it is a value also where a template is made.
+  if (cg::IsTemplateMode() && !cg::HoldsTemplate(node) && !node->is<T3TemplateDef>()) {
+    const cg::ValueMode value_mode;
+    return CGExpression(node, mode, allocation, function);
+  }
+  const bool wants_c = mode == vexa_c_mode;
+  if (wants_c ? HasCLocation(node) : HasRTSLocation(node)) return;
+  if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
+  if (node->is<T3NotUsedSymbol>()) return StoreRTS(node, LUMO_NOT_USED_VALUE_C);
+  if (auto* definition = node->try_as<T3TemplateDef>()) {
+    CGExpression(definition->constraint, mode, allocation, function);
+    return wants_c ? StoreC(node, CLocation(definition->constraint))
+                   : StoreRTS(node, RTSLocation(definition->constraint));
+  }
+  if (!wants_c && MayCache(function) && IsCachableConstantExpression(node)) return CacheLiteral(node);
+  const vexa_expression_mode_t natural = NaturalMode(node);
+  if (natural == mode) return Generate(node, allocation, function);
+  CGExpression(node, natural, allocation, function);
+  if (wants_c) {
+    StoreC(node, cg::Call(cg::RTS2CFunction(cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+  } else {
+    const std::string target = cg::AllocateRTSValue(node, allocation, function);
+    cg::SetFromC(node, target, function);
+  }
+}
+
+void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function) {
+  if (rhs == nullptr || rhs->is<T3NotUsedSymbol>()) return;
+  if (auto* definition = rhs->try_as<T3TemplateDef>()) rhs = definition->constraint;
+  if (rhs->is<T3CompoundValue>() && !HasRTSLocation(rhs)) {
+    // The target is filled in place.
+    StoreRTS(rhs, target);
+    cg::CompoundValue(rhs->as<T3CompoundValue>(), vexa_temp_alloc, function);
+  } else if (NaturalMode(rhs) == vexa_rts_mode) {
+    function.call(LUMO_VALUE_ASSIGN, {target, cg::InRTS(rhs, vexa_temp_alloc, function), VEXA_CONTEXT});
+  } else {
+    cg::InC(rhs, function);
+    cg::SetFromC(rhs, target, function);
+  }
+  if (log_modification) function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
+}
+
+CGStatementScope::CGStatementScope(CFunction& function) : function_(&function), outer_(new Taken) {
+  std::swap(g_taken, *outer_);
+}
+
+CGStatementScope::CGStatementScope() : outer_(new Taken) {
+  std::swap(g_taken, *outer_);
+}
+
+CGStatementScope::~CGStatementScope() {
+  for (const std::string& name : g_taken.temporaries)
+    if (function_ != nullptr && function_->isTmpVariable(name)) function_->releaseTmpVariable(name);
+  for (T3Tree_Node* node : g_taken.located) ResetLocation(node);
+  std::swap(g_taken, *outer_);
+}

@@ -1,0 +1,190 @@
+// Operators. Arithmetic of C nests without statements; what makes a run-time value is a call, which nests as
+// well. Only the second operand of `and` and `or`, which may not be evaluated, takes statements.
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+// The operator of C for a kind; null where it has none.
+const char* OperatorOf(T3Tree_Node* node) {
+  switch (node->kind) {
+    case T3Kind::T3Plus:
+      return C_PLUS;
+    case T3Kind::T3Minus:
+      return C_MINUS;
+    case T3Kind::T3Multiply:
+      return C_MULTIPLY;
+    case T3Kind::T3Divide:
+      return C_DIVIDE;
+    case T3Kind::T3Xor:
+      return C_BITWISE_XOR;
+    case T3Kind::T3Less:
+      return C_LT;
+    case T3Kind::T3Greater:
+      return C_GT;
+    case T3Kind::T3LessOrEqual:
+      return C_LEQ;
+    case T3Kind::T3GreaterOrEqual:
+      return C_GEQ;
+    default:
+      return nullptr;
+  }
+}
+
+// The word that makes a run-time value of two; null where there is none.
+const char* RTValueWord(T3Tree_Node* node) {
+  switch (node->kind) {
+    case T3Kind::T3And4b:
+      return LUMO_AND4B;
+    case T3Kind::T3Or4b:
+      return LUMO_OR4B;
+    case T3Kind::T3Xor4b:
+      return LUMO_XOR4B;
+    case T3Kind::T3Concatenate:
+      return LUMO_CONCATENATE;
+    default:
+      return nullptr;
+  }
+}
+
+const char* ShiftWord(T3Tree_Node* node) {
+  switch (node->kind) {
+    case T3Kind::T3ShiftLeft:
+      return LUMO_SHIFT_LEFT;
+    case T3Kind::T3ShiftRight:
+      return LUMO_SHIFT_RIGHT;
+    case T3Kind::T3RotateLeft:
+      return LUMO_ROTATE_LEFT;
+    default:
+      return LUMO_ROTATE_RIGHT;
+  }
+}
+
+std::string Negated(const std::string& text) {
+  return C_NOT + text;
+}
+
+void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& function) {
+  const std::string left = InC(node->left, function);
+  std::string right = InC(node->right, function);
+  // C knows no fault that could end a test case alone.
+  if (node->is<T3Divide>() && TypeOf(node)->is<T3Integer>() && !node->right->is<T3IntLiteral>())
+    right = Call(LUMO_DIVISOR, {right, VEXA_CONTEXT});
+  StoreCLocation(node, "(" + left + " " + op + " " + right + ")");
+}
+
+// Comparisons of run-time values.
+void GenerateRelational(_T3BinaryExpression* node, const char* word, bool negated, CFunction& function) {
+  const std::string left = InRTS(node->left, vexa_temp_alloc, function);
+  const std::string right = InRTS(node->right, vexa_temp_alloc, function);
+  const std::string call = Call(word, {left, right, VEXA_CONTEXT});
+  StoreCLocation(node, negated ? Negated(call) : call);
+}
+
+// Orders of enumerations go by their numbers, which the C form is.
+void GenerateOrder(_T3BinaryExpression* node, CFunction& function) {
+  if (!TypeOf(node->left)->is<T3ObjectIdentifierType>())
+    return GenerateBinary(node, OperatorOf(node), function);
+  const bool less = node->is<T3Less>() || node->is<T3GreaterOrEqual>();
+  const bool negated = node->is<T3LessOrEqual>() || node->is<T3GreaterOrEqual>();
+  GenerateRelational(node, less ? LUMO_LESS : LUMO_GREATER, negated, function);
+}
+
+void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
+  const std::string left = InC(node->left, function);
+  const std::string right = InC(node->right, function);
+  StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
+}
+
+// The right operand is evaluated only where the left one does not decide.
+void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
+  const std::string left = InC(node->left, function);
+  const std::string result = Temporary(C_BOOL, function);
+  const bool is_or = node->is<T3Or>();
+  function.beginIf(is_or ? left : Negated("(" + left + ")"));
+  function.assign(result, is_or ? C_TRUE : C_FALSE);
+  function.endIf();
+  function.beginElse();
+  {
+    const Conditional conditional;
+    function.assign(result, InC(node->right, function));
+  }
+  function.endIf();
+  StoreCLocation(node, result);
+}
+
+void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode allocation, CFunction& function) {
+  const std::string left = InRTS(node->left, vexa_temp_alloc, function);
+  const std::string right = InRTS(node->right, vexa_temp_alloc, function);
+  StoreRTSLocation(node, Call(RTValueWord(node), {left, right, AllocationMode(allocation), VEXA_CONTEXT}));
+}
+
+void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode allocation, CFunction& function) {
+  const std::string value = InRTS(node->value, vexa_temp_alloc, function);
+  const std::string count = InC(node->shift, function);
+  StoreRTSLocation(node, Call(ShiftWord(node), {value, count, AllocationMode(allocation), VEXA_CONTEXT}));
+}
+
+void GenerateUnary(_T3UnaryExpression* node, Mode allocation, CFunction& function) {
+  if (node->is<T3UnaryNot4b>()) {
+    const std::string value = InRTS(node->arg, vexa_temp_alloc, function);
+    StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(allocation), VEXA_CONTEXT}));
+  } else {
+    const char* op = node->is<T3UnaryMinus>() ? C_MINUS : C_NOT;
+    StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + ")");
+  }
+}
+
+void Binary(_T3BinaryExpression* node, Mode allocation, CFunction& function) {
+  if (node->is<T3And>() || node->is<T3Or>()) return GenerateBooleanOperation(node, function);
+  if (node->is<T3Mod>() || node->is<T3Rem>()) return GenerateModOrRem(node, function);
+  if (node->is<T3Equal>()) return GenerateRelational(node, LUMO_IS_EQUAL, false, function);
+  if (node->is<T3NotEqual>()) return GenerateRelational(node, LUMO_IS_EQUAL, true, function);
+  if (node->is<_T3Relational>()) return GenerateOrder(node, function);
+  if (RTValueWord(node) != nullptr) return GenerateBinaryRTValue(node, allocation, function);
+  GenerateBinary(node, OperatorOf(node), function);
+}
+}  // namespace
+
+bool Operator(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  if (auto* binary = node->try_as<_T3BinaryExpression>())
+    Binary(binary, allocation, function);
+  else if (auto* unary = node->try_as<_T3UnaryExpression>())
+    GenerateUnary(unary, allocation, function);
+  else if (auto* shift = node->try_as<_T3ShiftOrRotateExpression>())
+    GenerateShiftOrRotate(shift, allocation, function);
+  else
+    return false;
+  return true;
+}
+}  // namespace cg
+
+vexa_expression_mode_t NaturalMode(T3Tree_Node* node) {
+  switch (node->kind) {
+    case T3Kind::T3And4b:
+    case T3Kind::T3Or4b:
+    case T3Kind::T3Xor4b:
+    case T3Kind::T3Concatenate:
+    case T3Kind::T3UnaryNot4b:
+      return vexa_rts_mode;
+    case T3Kind::T3IntLiteral:
+    case T3Kind::T3FloatLiteral:
+    case T3Kind::T3BooleanLiteral:
+    case T3Kind::T3LengthOf:
+    case T3Kind::T3SizeOf:
+    case T3Kind::T3SizeOfType:
+    case T3Kind::T3IsPresent:
+    case T3Kind::T3IsChosen:
+    case T3Kind::T3IsValue:
+    case T3Kind::T3Match:
+    case T3Kind::T3Running:
+    case T3Kind::T3Alive:
+    case T3Kind::T3Read:
+      return vexa_c_mode;
+    case T3Kind::T3CharStringLiteral:
+      return cg::IsWideLiteral(node) ? vexa_rts_mode : vexa_c_mode;
+    default:
+      return node->is<_T3BinaryExpression>() || node->is<_T3UnaryExpression>() ? vexa_c_mode : vexa_rts_mode;
+  }
+}

@@ -1,0 +1,186 @@
+// Predefined functions: calls of the run-time system.
+#include "analysis/types/T3Types.h"
+#include "asn1/integration/T3Representation.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/module/CGModule.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+// Whether the module's edition has the older meaning of some conversions.
+bool IsEarlyEdition() {
+  T3Tree_Node* edition = CGCurrentModule()->representation;
+  return T3Is<T3TTCN_3_Edition1>(edition) || T3Is<T3TTCN_3_Edition2>(edition);
+}
+
+// A function of one operand: its word, and the form that the operand is wanted in.
+struct Conversion {
+  const char* word;
+  T3Kind kind;
+  vexa_expression_mode_t operand;
+};
+const Conversion kConversions[] = {
+    {LUMO_OCT2CHAR, T3Kind::T3Oct2Char, vexa_rts_mode},
+    {LUMO_CHAR2OCT, T3Kind::T3Char2Oct, vexa_rts_mode},
+    {LUMO_INT2STR, T3Kind::T3Int2Str, vexa_c_mode},
+    {LUMO_INT2FLOAT, T3Kind::T3Int2Float, vexa_c_mode},
+    {LUMO_CHAR2INT, T3Kind::T3Char2Int, vexa_rts_mode},
+    {LUMO_UNICHAR2INT, T3Kind::T3UniChar2Int, vexa_rts_mode},
+    {LUMO_BIT2INT, T3Kind::T3Bit2Int, vexa_rts_mode},
+    {LUMO_HEX2INT, T3Kind::T3Hex2Int, vexa_rts_mode},
+    {LUMO_OCT2INT, T3Kind::T3Oct2Int, vexa_rts_mode},
+    {LUMO_FLOAT2INT, T3Kind::T3Float2Int, vexa_c_mode},
+    {LUMO_ENUM2INT, T3Kind::T3Enum2Int, vexa_rts_mode},
+    {LUMO_BIT2STR, T3Kind::T3Bit2Str, vexa_rts_mode},
+    {LUMO_HEX2STR, T3Kind::T3Hex2Str, vexa_rts_mode},
+    {LUMO_BIT2HEX, T3Kind::T3Bit2Hex, vexa_rts_mode},
+    {LUMO_HEX2OCT, T3Kind::T3Hex2Oct, vexa_rts_mode},
+    {LUMO_BIT2OCT, T3Kind::T3Bit2Oct, vexa_rts_mode},
+    {LUMO_HEX2BIT, T3Kind::T3Hex2Bit, vexa_rts_mode},
+    {LUMO_OCT2HEX, T3Kind::T3Oct2Hex, vexa_rts_mode},
+    {LUMO_OCT2BIT, T3Kind::T3Oct2Bit, vexa_rts_mode},
+    {LUMO_RND, T3Kind::T3Rnd, vexa_rts_mode},
+};
+
+// The words that depend on the edition or on the type of the result; empty for other kinds.
+std::string VaryingWord(T3Tree_Node* node) {
+  const bool early = IsEarlyEdition();
+  T3Tree_Node* type = TypeOf(node);
+  const bool is_string = type->is<T3CharStringType>() || type->is<T3UniversalCharStringType>();
+  switch (node->kind) {
+    case T3Kind::T3Oct2Str:
+      return early ? LUMO_OCT2CHAR : LUMO_OCT2STR;
+    case T3Kind::T3Str2Oct:
+      return early ? LUMO_CHAR2OCT : LUMO_STR2OCT;
+    case T3Kind::T3Str2Int:
+      return early ? LUMO_STR2INT_ZERO : LUMO_STR2INT;
+    case T3Kind::T3Str2Float:
+      return early ? LUMO_STR2FLOAT_ZERO : LUMO_STR2FLOAT;
+    case T3Kind::T3Int2Char:
+      return is_string ? LUMO_INT2CHARSTR : LUMO_INT2CHAR;
+    case T3Kind::T3Int2UniChar:
+      return is_string ? LUMO_INT2UNICHARSTR : LUMO_INT2UNICHAR;
+    default:
+      return "";
+  }
+}
+
+const Conversion* ConversionOf(T3Kind kind) {
+  for (const Conversion& conversion : kConversions)
+    if (conversion.kind == kind) return &conversion;
+  return nullptr;
+}
+
+// Stores the call of a function whose result is a run-time value.
+void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode allocation) {
+  arguments.emplace_back(AllocationMode(allocation));
+  arguments.emplace_back(VEXA_CONTEXT);
+  StoreRTSLocation(node, Call(word, arguments));
+}
+
+std::string Number(T3Tree_Node* node, CFunction& function) {
+  return CastToUnsignedLong(InC(node, function));
+}
+
+// The functions are told what stands there, a template too.
+std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
+  const TemplateMode mode;
+  return InRTS(operand, vexa_temp_alloc, function);
+}
+
+// What has been decoded goes to the second operand, and what is left of the bits to the first one.
+void Decode(T3DecValue* node, Mode allocation, CFunction& function) {
+  const std::string bits = AsTemplate(node->value, function);
+  const LeftSide left_side;
+  Store(node, LUMO_DECVALUE, {bits, AsTemplate(node->decoded_value, function)}, allocation);
+}
+
+void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
+  if (auto* decoding = node->try_as<T3DecValue>()) return Decode(decoding, allocation, function);
+  if (auto* sized = node->try_as<_T3PreDefinedLengthFunction>()) {
+    const char* word = node->is<T3Int2Bit>()   ? LUMO_INT2BIT
+                       : node->is<T3Int2Hex>() ? LUMO_INT2HEX
+                                               : LUMO_INT2OCT;
+    const std::string value = InC(node->value, function);
+    return Store(node, word, {value, InC(sized->length, function)}, allocation);
+  }
+  if (auto* replace = node->try_as<T3Replace>()) {
+    const std::string value = InRTS(node->value, vexa_temp_alloc, function);
+    const std::string index = Number(replace->index, function);
+    const std::string count = Number(replace->count, function);
+    return Store(node, LUMO_REPLACE,
+                 {value, index, count, InRTS(replace->replace_with, vexa_temp_alloc, function)}, allocation);
+  }
+  const std::string varying = VaryingWord(node);
+  if (!varying.empty()) {
+    const bool from_number = node->is<T3Int2Char>() || node->is<T3Int2UniChar>();
+    return Store(node, varying,
+                 {from_number ? InC(node->value, function) : InRTS(node->value, vexa_temp_alloc, function)},
+                 allocation);
+  }
+  const Conversion* conversion = ConversionOf(node->kind);
+  if (conversion == nullptr) NotSupported(node);
+  Store(node, conversion->word,
+        {conversion->operand == vexa_c_mode ? InC(node->value, function)
+                                            : InRTS(node->value, vexa_temp_alloc, function)},
+        allocation);
+}
+
+// `ispresent` and `ischosen` ask the value around the field.
+void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
+  auto* field = operand->try_as<T3Qualifier>();
+  if (field == nullptr) NotSupported(node);
+  const std::string parent = AsTemplate(WholeOf(field), function);
+  const int64_t index = PlaceOfField(field);
+  StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
+                            {parent, std::to_string(index), VEXA_CONTEXT}));
+}
+
+void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* operand = node->template_value;
+  if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
+  if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
+  const std::string value = AsTemplate(operand, function);
+  switch (node->kind) {
+    case T3Kind::T3LengthOf:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
+    case T3Kind::T3SizeOf:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
+    case T3Kind::T3SizeOfType:
+      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {value, VEXA_CONTEXT})));
+    case T3Kind::T3IsValue:
+      return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
+    case T3Kind::T3EncValue:
+      return Store(node, LUMO_ENCVALUE, {value}, allocation);
+    case T3Kind::T3Substring: {
+      const std::string index = Number(node->as<T3Substring>()->index, function);
+      return Store(node, LUMO_SUBSTRING, {value, index, Number(node->as<T3Substring>()->count, function)},
+                   allocation);
+    }
+    case T3Kind::T3Decompose: {
+      const std::string index = Number(node->as<T3Decompose>()->index, function);
+      return Store(node, LUMO_DECOMPOSE, {value, index, Number(node->as<T3Decompose>()->count, function)},
+                   allocation);
+    }
+    default:
+      NotSupported(node);
+  }
+}
+}  // namespace
+
+bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  if (auto* plain = node->try_as<_T3PreDefinedFunction>()) {
+    Plain(plain, allocation, function);
+  } else if (auto* of_template = node->try_as<_T3PreDefinedTemplateFunction>()) {
+    OfTemplate(of_template, allocation, function);
+  } else if (auto* regexp = node->try_as<T3Regexp>()) {
+    const std::string text = InRTS(regexp->argument, vexa_temp_alloc, function);
+    const std::string pattern = InRTS(regexp->pattern, vexa_temp_alloc, function);
+    Store(node, LUMO_REGEXP_REGEXP, {text, pattern, InC(regexp->number, function)}, allocation);
+  } else {
+    return false;
+  }
+  return true;
+}
+}  // namespace cg

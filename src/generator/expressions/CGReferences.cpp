@@ -1,0 +1,200 @@
+// References: constants and parameters of modules, enumeration values, fields and elements of values.
+#include "analysis/types/T3Types.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/module/CGModule.h"
+#include "generator/types/CGTypeTables.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+bool g_via_symbol_table = false;
+T3TemplateDecl* g_template_of_block = nullptr;
+
+// Where a declaration stands, as the analysis numbers it.
+enum Place { kModuleLevel = 1, kComponent = 2 };
+
+// Templates of blocks have no row.
+bool HasRow(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kModuleLevel;
+}
+
+std::string RowOf(T3Tree_Node* decl) {
+  if (decl->is<_T3ImportDecl>()) return FindOriginCall(decl);
+  return Call(LUMO_FIND_ELEMENT_WITH_CHECK,
+              {Quote(decl->place->vexa_module_name), Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+}
+}  // namespace
+
+TemplateOfBlock::TemplateOfBlock(T3TemplateDecl* decl) : before_(g_template_of_block) {
+  g_template_of_block = decl;
+}
+TemplateOfBlock::~TemplateOfBlock() {
+  g_template_of_block = before_;
+}
+
+ReferencesViaSymbolTable::ReferencesViaSymbolTable() : before_(g_via_symbol_table) {
+  g_via_symbol_table = true;
+}
+ReferencesViaSymbolTable::~ReferencesViaSymbolTable() {
+  g_via_symbol_table = before_;
+}
+
+// A template that modifies one of another module has parts in it that refer to what that module declares.
+bool IsOfAnotherModule(T3Tree_Node* decl) {
+  return !decl->is<_T3ImportDecl>() && decl->place != nullptr &&
+         decl->place->vexa_module_name != CGCurrentModule()->name && HasRow(decl);
+}
+
+Callee CalleeOf(T3Tree_Node* decl) {
+  if (!IsOfAnotherModule(decl)) return {GetFunctionObject(decl), "&(" + VEXAFuncTypeStructName(decl) + ")"};
+  return {"((" + std::string(LUMO_FUNCTION_T) + ") " + RowOf(decl) + "->function_ptr)",
+          RowOf(decl) + "->type_descriptor"};
+}
+
+std::string AccessNamedEntity(T3Tree_Node* decl) {
+  if (IsOfAnotherModule(decl) || (g_via_symbol_table && HasRow(decl)))
+    return RowOf(decl) + "->" + TypeOrValueDescriptor(decl);
+  switch (decl->kind) {
+    case T3Kind::T3ConstDecl:
+    case T3Kind::T3ImportConstDecl:
+    case T3Kind::T3ImportModuleParDecl:
+      return VEXAConstName(decl);
+    case T3Kind::T3ExtConstDecl:
+      return VEXAExtConstName(decl);
+    case T3Kind::T3ModuleParDecl:
+      return VEXAModuleParName(decl);
+    case T3Kind::T3TemplateDecl:
+    case T3Kind::T3ImportTemplateDecl:
+      return VEXATemplateRef(decl);
+    default:
+      NotSupported(decl);
+  }
+}
+
+namespace {
+int PlaceOf(T3Tree_Node* decl) {
+  return decl->is<_T3ImportDecl>() ? kModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
+}
+
+// What a declaration means: an object of the module, the component's, or one of the behaviour.
+std::string LocationOf(T3Tree_Node* decl) {
+  const int place = PlaceOf(decl);
+  if (place == kModuleLevel) return AccessNamedEntity(decl);
+  // A local has its variable by the statement that declares it, and a component's while it is being made.
+  if (HasRTSLocation(decl)) return RTSLocation(decl);
+  if (place == kComponent)
+    return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
+  NotSupported(decl);
+}
+
+// What is local around the template of a block whose functions are being written; empty for anything else.
+std::string FoundByName(T3Tree_Node* def) {
+  if (g_template_of_block == nullptr || def->is<_T3ImportDecl>()) return "";
+  tIdent name = NoIdent;
+  if (auto* formal = def->try_as<_T3FormalPar>()) {
+    for (T3Tree_Node* own = g_template_of_block->fpl; own->is<_T3FormalPar>();
+         own = own->as<_T3FormalPar>()->next)
+      if (own == def) return "";
+    name = formal->name;
+  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kComponent) {
+    name = def->as<_T3Decl>()->name;
+  }
+  if (name == NoIdent) return "";
+  return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(name), VEXA_CONTEXT});
+}
+
+void Named(_T3Reference* node, Mode allocation, CFunction& function) {
+  T3Tree_Node* def = Def(node);
+  if (T3Is<_T3FormalPar>(def)) {
+    const int index = def->as<_T3FormalPar>()->attr().vexa_index;
+    const std::string found = FoundByName(def);
+    const std::string slot =
+        found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
+    const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();
+    return StoreRTSLocation(
+        node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
+  }
+  if (T3Is<_T3Decl>(def)) {
+    const std::string found = FoundByName(def);
+    return StoreRTSLocation(node, found.empty() ? LocationOf(def) : found);
+  }
+  T3Tree_Node* type = TypeOf(node);
+  if (!type->is<T3EnumType>()) NotSupported(node);
+  const tIdent name = node->is<T3Qualifier>() ? node->as<T3Qualifier>()->id : node->as<T3Identifier>()->id;
+  function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, allocation, function),
+                                      std::to_string(GetEnumValueNumber(type, name)), VEXA_CONTEXT});
+}
+
+// Choosing an alternative on the way to a part of it keeps the other parts.
+const char* UnionAccessFunc(T3Qualifier* node) {
+  return T3Is<T3Qualifier>(node->parent) ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
+                                         : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
+}
+
+// The fields of `anytype` have the names of their modules too.
+tIdent NameOfField(T3Qualifier* node, T3Tree_Node* type) {
+  if (!type->is<T3AnyType>()) return node->id;
+  return FindIndex(AnyTypeFields(type), PlaceOfField(node))->as<T3FieldType>()->name;
+}
+
+void Field(T3Qualifier* node, CFunction& function) {
+  const std::string parent = InRTS(WholeOf(node), vexa_temp_alloc, function);
+  T3Tree_Node* type = TypeOf(WholeOf(node));
+  const auto index = [&] { return std::to_string(PlaceOfField(node)); };
+  if (IsRecordOrSetType(type))
+    StoreRTSLocation(node, Call(IsLeftSide() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
+                                {parent, index(), VEXA_CONTEXT}));
+  else if (IsLeftSide() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
+    StoreRTSLocation(node, Call(UnionAccessFunc(node), {parent, index(), VEXA_CONTEXT}));
+  else
+    StoreRTSLocation(node,
+                     Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
+}
+
+void Element(T3Subscription* node, Mode allocation, CFunction& function) {
+  const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
+  const std::string index = InC(node->index, function);
+  if (IsStringType(TypeOf(node->base)))
+    StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
+                                                            AllocationMode(allocation), VEXA_CONTEXT}));
+  else
+    StoreRTSLocation(node,
+                     Call(LUMO_VALUE_FIELD_BY_INDEX, {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
+}
+}  // namespace
+
+// Others have no value before the point. A type is a field of `anytype`, but not behind the name of a module.
+bool IsField(T3Qualifier* node) {
+  T3Tree_Node* def = Def(node);
+  if (T3Is<T3TypeDecl>(BehindImport(def))) return !T3Is<T3Module>(Def(WholeOf(node)));
+  return !T3Is<_T3Decl>(def) && !T3Is<T3EnumType>(def);
+}
+
+T3Tree_Node* WholeOf(T3Qualifier* field) {
+  auto* before = field->base->try_as<T3Qualifier>();
+  if (before == nullptr) return field->base;
+  Def(before);
+  return before->attr().module_name_in_anytype_qualification ? before->base : before;
+}
+
+int64_t PlaceOfField(T3Qualifier* field) {
+  T3Tree_Node* type = TypeOf(WholeOf(field));
+  return type->is<T3AnyType>() ? AlternativeOfAnyType(type, Def(field))
+                               : GetAlternativeIndex(type, field->id, true);
+}
+
+bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  auto* qualifier = node->try_as<T3Qualifier>();
+  if (qualifier != nullptr && IsField(qualifier))
+    Field(qualifier, function);
+  else if (qualifier != nullptr || node->is<T3Identifier>())
+    Named(node->as<_T3Reference>(), allocation, function);
+  else if (auto* element = node->try_as<T3Subscription>())
+    Element(element, allocation, function);
+  else
+    return false;
+  return true;
+}
+}  // namespace cg

@@ -1,0 +1,184 @@
+#include "generator/templates/CGConstraint.h"
+
+#include "analysis/types/T3Types.h"
+#include "generator/templates/CGConstraintParts.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CLocations.h"
+
+namespace {
+using namespace cgtest;
+
+// Tells a mismatch, unless within a list of alternatives, where it is none.
+void ReportResult(const CGTest& test, const std::string& reason, const std::string& expected,
+                  CFunction& function) {
+  if (test.quiet) return;
+  function.call(LUMO_LOG_TEMPLATE_MISMATCH_BY_NAME_EVENT,
+                {Quote(test.field), Quote(reason), test.value, expected, VEXA_CONTEXT});
+}
+
+// The actions of a failing test.
+void Fail(const CGTest& test, const std::string& reason, const std::string& expected, CFunction& function) {
+  ReportResult(test, reason, expected, function);
+  if (test.on_fail == break_return) return function.addLine("return false;");
+  if (test.on_fail == break_assign) return function.assign(test.result, C_FALSE);
+  function.beginIf(VEXA_TEMPLATE_CONTINUE_MATCH);
+  function.assign(test.result, C_FALSE);
+  function.endIf();
+  function.beginElse();
+  function.addLine("return false;");
+  function.endIf();
+}
+
+// Tries all alternatives of a list, each without a word; the result, which is released by the caller, is true
+// when none has matched.
+std::string GenValueListConstraint(T3Tree_Node* list, T3Tree_Node* type, const CGTest& test,
+                                   CFunction& function) {
+  std::string none = function.getTmpVariable(C_BOOL);
+  function.assign(none, C_TRUE);
+  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+    const std::string matches = function.getTmpVariable(C_BOOL);
+    function.assign(matches, C_TRUE);
+    CGTest inner = test;
+    inner.result = matches;
+    inner.on_fail = break_assign;
+    inner.quiet = true;
+    GenConstraint(at->as<T3ValueListItem>()->value, type, inner, function);
+    std::string both = "(";
+    both.append(none).append(" ").append(C_AND).append(" ").append(Negated(matches)).append(")");
+    function.assign(none, both);
+    function.releaseTmpVariable(matches);
+  }
+  return none;
+}
+
+void TestValueList(T3ValueList* list, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  const std::vector<T3Tree_Node*> ranges = CharacterRanges(list, type);
+  if (!ranges.empty() && TestCharacters(ranges, type, test, function)) return;
+  const std::string none = GenValueListConstraint(list->values, type, test, function);
+  TestForFailure(none, test, "value list mismatch", LUMO_NO_VALUE_C, function);
+  function.releaseTmpVariable(none);
+}
+
+// What is omitted is no other value than those of the list.
+void TestComplement(T3Complement* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  UnlessOmitted(test, function, [&] {
+    const std::string none = GenValueListConstraint(node->values, type, test, function);
+    TestForFailure(Negated(none), test, "complement list mismatch", LUMO_NO_VALUE_C, function);
+    function.releaseTmpVariable(none);
+  });
+}
+
+void TestEqual(T3Tree_Node* node, const CGTest& test, CFunction& function) {
+  const cg::ValueMode mode;
+  const std::string expected = cg::InRTS(node, vexa_temp_alloc, function);
+  TestForFailure(Negated(cg::Call(LUMO_IS_EQUAL, {expected, test.value, VEXA_CONTEXT})), test,
+                 "value mismatch", expected, function);
+}
+
+// Why a value does not match what a reference to a template means.
+std::string ReasonOf(T3Tree_Node* node) {
+  auto* name = node->try_as<T3Identifier>();
+  if (name != nullptr && T3Is<T3FormalTemplatePar>(Def(name)))
+    return std::string("does not match template parameter '") + gIdents.GetCStr(name->id) + "'";
+  if (name != nullptr && T3Is<T3VarDecl>(Def(name)))
+    return std::string("does not match dynamic template '") + gIdents.GetCStr(name->id) + "'";
+  return "does not match sub-template";
+}
+
+void TestExtra(ExtraMatchingExpressions* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  const auto inner = [&] {
+    if (auto* length = node->try_as<T3LengthMatch>()) TestBound(length->size, type, test, function);
+    if (auto* length = node->try_as<T3IfPresentIfLengthMatch>())
+      TestBound(length->size, type, test, function);
+    GenConstraint(node->object, type, test, function);
+  };
+  if (node->is<T3LengthMatch>()) return UnlessOmitted(test, function, inner);
+  function.beginIf(test.value + " != " + LUMO_OMIT_VALUE_C);
+  inner();
+  function.endIf();
+}
+
+void TestRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  if (!IsOfCharacters(type)) return TestNumberRange(range, type, test, function);
+  if (!TestCharacters({range}, type, test, function))
+    MatchTemplate(range, test, "range check failed", function);
+}
+
+// The list of a subtype may name types, each of which stands for its values.
+T3Tree_Node* NamedType(T3Tree_Node* node) {
+  if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return nullptr;
+  T3Tree_Node* def = Def(node);
+  return T3Is<T3TypeDecl>(BehindImport(def)) ? def : nullptr;
+}
+
+void TestType(T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  TestForFailure(Negated(cg::Call(LUMO_TYPE_CHECK, {VEXATypeRef(type), test.value, VEXA_CONTEXT})), test,
+                 "type mismatch", LUMO_NO_VALUE_C, function);
+}
+
+// Matching mechanisms; false for any other expression.
+bool TestMechanism(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  if (node->is<T3AnyValue>())
+    FailIfOmitted(test, function);
+  else if (auto* extra = node->try_as<ExtraMatchingExpressions>())
+    TestExtra(extra, type, test, function);
+  else if (auto* list = node->try_as<T3ValueList>())
+    TestValueList(list, type, test, function);
+  else if (auto* complement = node->try_as<T3Complement>())
+    TestComplement(complement, type, test, function);
+  else if (auto* range = node->try_as<T3ValueRange>())
+    TestRange(range, type, test, function);
+  else if (auto* length = node->try_as<T3LengthRange>())
+    TestLengthRange(length, type, test, function);
+  else if (node->is<T3CharStringMatch>() || node->is<_T3SpecialStringMatch>())
+    TestPattern(node, test, function);
+  else if (auto* set = node->try_as<_T3SuperOrSubSet>())
+    TestSuperOrSubSet(set, test, function);
+  else
+    return false;
+  return true;
+}
+}  // namespace
+
+void TestForFailure(const std::string& condition, const CGTest& test, const std::string& reason,
+                    const std::string& expected, CFunction& function) {
+  function.beginIf(condition);
+  Fail(test, reason, expected, function);
+  function.endIf();
+}
+
+namespace cgtest {
+void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& reason, CFunction& function) {
+  const cg::TemplateMode mode;
+  std::string location = cg::InRTS(node, vexa_temp_alloc, function);
+  // A call is made once, although its result is also told.
+  if (location.find('(') != std::string::npos) {
+    const std::string made = cg::Temporary(LUMO_VALUE_T, function);
+    function.assign(made, location);
+    location = made;
+  }
+  std::vector<std::string> arguments = {location, test.value};
+  const bool is_plain = test.mode == vexa_template_plain;
+  if (!is_plain) arguments.emplace_back(test.mode == vexa_template_call ? C_TRUE : C_FALSE);
+  arguments.emplace_back(VEXA_CONTEXT);
+  TestForFailure(Negated(cg::Call(is_plain ? LUMO_MATCH : LUMO_MATCH_SIGNATURE, arguments)), test, reason,
+                 location, function);
+}
+}  // namespace cgtest
+
+void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+  if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
+  if (node->is<T3AnyOrOmit>() || node->is<T3NotUsedSymbol>()) return;
+  if (auto* compound = node->try_as<T3CompoundValue>())
+    TestCompound(compound, type, test, function);
+  else if (node->is<T3Omit>())
+    TestForFailure(test.value + " != " + LUMO_OMIT_VALUE_C, test, "omit expected", LUMO_NO_VALUE_C, function);
+  else if (TestMechanism(node, type, test, function))
+    return;
+  else if (T3Tree_Node* named = NamedType(node))
+    TestType(named, test, function);
+  else if (cg::HoldsTemplate(node))
+    MatchTemplate(node, test, ReasonOf(node), function);
+  else
+    TestEqual(node, test, function);
+}

@@ -1,0 +1,29 @@
+// The tests of a value against a constraint, as straight-line code.
+#pragma once
+
+#include <string>
+
+#include "FileAPI/CFunction.h"
+#include "frontend/T3Tree.h"
+#include "generator/text/LUMOS.h"
+
+/// What a test that fails does.
+enum break_on_fail_t { break_return, break_assign, break_by_mode };
+
+struct CGTest {
+  vexa_template_mode_t mode;
+  /// The value under test, and the variable that a failure sets to false.
+  std::string value;
+  std::string result;
+  break_on_fail_t on_fail;
+  /// A mismatch is not told: within a list of alternatives it is none.
+  bool quiet;
+  /// Where in the whole the value stands, for the log.
+  std::string field;
+};
+
+/// Tests a value of the type.
+void GenConstraint(T3Tree_Node* constraint, T3Tree_Node* type, const CGTest& test, CFunction& function);
+/// The failure of a test by a condition; `expected` is a run-time value.
+void TestForFailure(const std::string& condition, const CGTest& test, const std::string& reason,
+                    const std::string& expected, CFunction& function);

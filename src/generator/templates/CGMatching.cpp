@@ -1,0 +1,224 @@
+// Matching mechanisms as run-time values, and the two ways in which a reference to a template is meant: as
+// the template, or as the value that it has.
+#include "analysis/types/T3Types.h"
+#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/templates/CGTemplate.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace cg {
+namespace {
+bool g_template_mode = false;
+
+bool HoldsInList(T3Tree_Node* list) {
+  for (T3Tree_Node* at = list; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No ||
+        HoldsTemplate(at->as<T3FieldValue>()->value))
+      return true;
+  return false;
+}
+
+const char* ListKind(T3Tree_Node* node) {
+  if (node->is<T3Complement>()) return LUMO_VALUE_LIST_COMPLEMENT;
+  if (node->is<T3SubSet>()) return LUMO_VALUE_LIST_SUBSET;
+  if (node->is<_T3SuperOrSubSet>()) return LUMO_VALUE_LIST_SUPERSET;
+  return LUMO_VALUE_LIST_NORMAL;
+}
+
+void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode allocation, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  std::vector<std::string> items;
+  for (T3Tree_Node* at = values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
+    items.push_back(InRTS(at->as<T3ValueListItem>()->value, vexa_temp_alloc, function));
+  const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
+  for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
+  function.assign(array + "[" + std::to_string(items.size()) + "]", C_NULL);
+  function.call(LUMO_TEMPLATE_SET_VALUE_LIST, {target, ListKind(node), array, C_FALSE, VEXA_CONTEXT});
+}
+
+std::string Bound(T3Tree_Node* node, CFunction& function) {
+  if (IsInfinityExpression(node)) return LUMO_VALUE_INFINITY_C;
+  const ValueMode mode;
+  return InRTS(node, vexa_temp_alloc, function);
+}
+
+void RangeMatch(T3ValueRange* node, Mode allocation, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  const std::string lower = Bound(node->lb, function);
+  const std::string upper = Bound(node->ub, function);
+  function.call(LUMO_TEMPLATE_SET_VALUE_RANGE, {target, lower, upper, C_FALSE, VEXA_CONTEXT});
+}
+
+void SetLength(const std::string& target, T3Tree_Node* lower, T3Tree_Node* upper, CFunction& function) {
+  const std::string from = Bound(lower, function);
+  const std::string to = lower == upper ? from : Bound(upper, function);
+  function.call(LUMO_TEMPLATE_SET_LENGTH_CONSTRAINT, {target, from, to, VEXA_CONTEXT});
+}
+
+void ExtraMatch(ExtraMatchingExpressions* node, Mode allocation, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  const std::string inner = InRTS(node->object, vexa_temp_alloc, function);
+  const bool if_present = node->is<T3IfPresentMatch>() || node->is<T3IfPresentIfLengthMatch>();
+  function.call(LUMO_TEMPLATE_SET_VALUE, {target, inner, if_present ? C_TRUE : C_FALSE, VEXA_CONTEXT});
+  T3Tree_Node* bound = node->is<T3LengthMatch>()              ? node->as<T3LengthMatch>()->size
+                       : node->is<T3IfPresentIfLengthMatch>() ? node->as<T3IfPresentIfLengthMatch>()->size
+                                                              : nullptr;
+  if (bound == nullptr) return;
+  if (auto* single = bound->try_as<T3SingleBound>())
+    SetLength(target, single->ub, single->ub, function);
+  else if (auto* range = bound->try_as<T3RangeBound>())
+    SetLength(target, range->lb, range->ub, function);
+}
+
+// A length that is a whole constraint.
+void LengthMatch(T3LengthRange* node, Mode allocation, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  function.call(LUMO_TEMPLATE_SET_VALUE, {target, LUMO_ANYORNONE_VALUE_C, C_FALSE, VEXA_CONTEXT});
+  SetLength(target, node->lb, node->ub, function);
+}
+
+void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode allocation, CFunction& function) {
+  const TemplateMode mode;
+  const std::string target = AllocateRTSValue(node, allocation, function);
+  function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
+}
+
+// The pattern of a binary string as a text without its quotes and its letter.
+std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
+  const std::string text(StringM::StGetString(node->value));
+  const size_t begin = text.find('\'');
+  const size_t end = text.rfind('\'');
+  const std::string digits =
+      begin == std::string::npos || end <= begin ? text : text.substr(begin + 1, end - begin - 1);
+  std::string pattern = Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(pattern, LUMO_TYPE_INSTANTIATE_VALUE,
+                         {LUMO_CHARSTRING_TYPE, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_VALUE_SET_STRING, {pattern, Quote(digits), VEXA_CONTEXT});
+  return pattern;
+}
+
+// A reference to a declared template with its arguments.
+void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actuals, Mode allocation,
+                       CFunction& function) {
+  T3Tree_Node* origin = BehindImport(decl);
+  auto* definition = origin->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
+  if (definition == nullptr) NotSupported(node);
+  const std::string array =
+      actuals == nullptr ? std::string(C_NULL)
+                         : CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
+  const std::string instance =
+      HasRTSLocation(origin)
+          ? RTSLocation(origin)
+          : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
+                 {AccessNamedEntity(decl), AllocationMode(allocation), array,
+                  std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
+  StoreRTSLocation(node, IsTemplateMode()
+                             ? instance
+                             : Call(LUMO_VALUEOF, {instance, AllocationMode(allocation), VEXA_CONTEXT}));
+}
+
+void ValueOf(T3ValueOf* node, Mode allocation, CFunction& function) {
+  const TemplateMode mode;
+  const std::string location = InRTS(node->template_value, vexa_temp_alloc, function);
+  StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(allocation), VEXA_CONTEXT}));
+}
+
+void MatchOperation(T3Match* node, CFunction& function) {
+  const ValueMode mode;
+  const std::string value = InRTS(node->expression, vexa_temp_alloc, function);
+  const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
+  StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
+}
+}  // namespace
+
+TemplateMode::TemplateMode() : before_(g_template_mode) {
+  g_template_mode = true;
+}
+TemplateMode::~TemplateMode() {
+  g_template_mode = before_;
+}
+ValueMode::ValueMode() : before_(g_template_mode) {
+  g_template_mode = false;
+}
+ValueMode::~ValueMode() {
+  g_template_mode = before_;
+}
+bool IsTemplateMode() {
+  return g_template_mode;
+}
+
+bool IsTemplateDecl(T3Tree_Node* decl) {
+  return T3Is<T3TemplateDecl>(decl) || T3Is<T3ImportTemplateDecl>(decl);
+}
+
+std::string PatternText(T3Tree_Node* node, CFunction& function) {
+  const ValueMode mode;
+  if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
+  return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
+}
+
+bool IsInfinityExpression(T3Tree_Node* node) {
+  if (auto* negative = node->try_as<T3UnaryMinus>()) node = negative->arg;
+  return node->is<T3Infinity>();
+}
+
+bool HoldsTemplate(T3Tree_Node* node) {
+  if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
+  if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>())
+    return true;
+  if (auto* compound = node->try_as<T3CompoundValue>()) return HoldsInList(compound->value);
+  if (auto* call = node->try_as<T3Parameterization>()) {
+    T3Tree_Node* callee = BehindImport(Def(call));
+    if (T3Is<T3Function>(callee)) return callee->as<T3Function>()->returns_template;
+    node = call->base;
+  }
+  if (auto* element = node->try_as<T3Subscription>()) return HoldsTemplate(element->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field))
+    return HoldsTemplate(WholeOf(field));
+  if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return false;
+  T3Tree_Node* def = Def(node);
+  return IsTemplateDecl(def) || T3Is<T3FormalTemplatePar>(def) ||
+         (T3Is<T3VarDecl>(def) && def->as<T3VarDecl>()->is_template_variable);
+}
+
+bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  if (auto* match = node->try_as<T3Match>()) {
+    MatchOperation(match, function);
+  } else if (auto* value = node->try_as<T3ValueOf>()) {
+    ValueOf(value, allocation, function);
+  } else if (node->is<T3AnyValue>()) {
+    StoreRTSLocation(node, LUMO_ANYONE_VALUE_C);
+  } else if (node->is<T3AnyOrOmit>()) {
+    StoreRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
+  } else if (auto* list = node->try_as<T3ValueList>()) {
+    ListMatch(node, list->values, allocation, function);
+  } else if (auto* complement = node->try_as<T3Complement>()) {
+    ListMatch(node, complement->values, allocation, function);
+  } else if (auto* set = node->try_as<_T3SuperOrSubSet>()) {
+    ListMatch(node, set->values, allocation, function);
+  } else if (auto* range = node->try_as<T3ValueRange>()) {
+    RangeMatch(range, allocation, function);
+  } else if (auto* extra = node->try_as<ExtraMatchingExpressions>()) {
+    ExtraMatch(extra, allocation, function);
+  } else if (auto* length = node->try_as<T3LengthRange>()) {
+    LengthMatch(length, allocation, function);
+  } else if (node->is<T3CharStringMatch>() || node->is<_T3SpecialStringMatch>()) {
+    SetPattern(node, PatternText(node, function), allocation, function);
+  } else if (auto* call = node->try_as<T3Parameterization>()) {
+    if (!IsTemplateDecl(Def(call))) return false;
+    TemplateReference(node, Def(call), call->apl, allocation, function);
+  } else if (node->is<T3Identifier>() || (node->is<T3Qualifier>() && !IsField(node->as<T3Qualifier>()))) {
+    T3Tree_Node* def = Def(node);
+    // A type in the list of a subtype: any of its values.
+    if (T3Is<T3TypeDecl>(BehindImport(def))) return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
+    if (!IsTemplateDecl(def)) return false;
+    TemplateReference(node, def, nullptr, allocation, function);
+  } else {
+    return false;
+  }
+  return true;
+}
+}  // namespace cg

@@ -1,0 +1,160 @@
+#include "generator/templates/CGTemplate.h"
+
+#include "analysis/templates/T3TemplateMerge.h"
+#include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/diagnostics/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
+#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/module/CGModule.h"
+#include "generator/templates/CGTemplateParts.h"
+#include "generator/types/CGTypeAccess.h"
+#include "generator/types/CGTypeTables.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
+#include "generator/text/T3Context.h"
+#include "generator/text/T3Decompile.h"
+
+namespace cgtemplate {
+T3TemplateDef* DefinitionOf(T3TemplateDecl* decl) {
+  auto* definition = decl->definition->try_as<T3TemplateDef>();
+  if (definition == nullptr) cg::NotSupported(decl);
+  return definition;
+}
+
+T3Tree_Node* TypeOfTemplate(T3TemplateDef* definition) {
+  return definition->parent->is<T3NoType>() ? ExpressionLocalType(definition->constraint)
+                                            : definition->parent;
+}
+
+bool IsSignatureTemplate(T3TemplateDef* definition) {
+  return RootType(TypeOfTemplate(definition))->is<T3SignatureType>();
+}
+
+void ResetLocations(T3Tree_Node* definition) {
+  gT3AST.TraverseT3TreeTD(definition, [](T3Tree_Node* node) {
+    if ((node->is<_T3Expression>() || node->is<T3TemplateDef>()) && node->attributes != nullptr &&
+        node->attributes->cold != nullptr)
+      ResetLocation(node);
+  });
+}
+
+// All functions of a template ask for it one after the other.
+const std::string& Description(T3TemplateDecl* decl) {
+  static T3TemplateDecl* last = nullptr;
+  static auto& text = *new std::string;
+  if (decl == last) return text;
+  last = decl;
+  text.clear();
+  // Its backslashes are doubled already.
+  for (const char c : GetTemplateDescription(decl, gT3CommandLine.template_description_length)) {
+    if (c == '"') text += '\\';
+    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
+    text += c;
+  }
+  return text;
+}
+
+}  // namespace cgtemplate
+
+namespace {
+using namespace cgtemplate;
+
+constexpr size_t kDescriptionLine = 2000;
+
+// ---- Descriptions ----
+
+std::string FieldProperty(T3Tree_Node* formal) {
+  auto* typed = formal->as<_T3TypedFormal>();
+  std::string property = PassModeConstant(typed->pass);
+  t3_template_restriction_t restriction = t3_template_restriction_t::None;
+  if (auto* template_par = formal->try_as<T3FormalTemplatePar>()) {
+    property += std::string(" | ") + LUMO_FIELD_PROPERTY_TEMPLATE_C;
+    restriction = template_par->restriction;
+  }
+  return property + " | " + TemplRestrModeConstant(restriction);
+}
+
+void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
+  const std::string info_struct = VEXATemplateTypeInfoStructName(decl);
+  GenPlainTypeStruct(VEXATemplateTypeStructName(decl), info_struct, true);
+  CGTypeInfo info;
+  info.name = Quote(decl->name);
+  info.module = Quote(CGCurrentModule()->name);
+  info.kind = LUMO_TYPE_KIND_TEMPLATE;
+  info.resolved = false;
+  info.constraintof_function = "&(" + VEXAConstraintOfName(decl) + ")";
+  info.template_info = "&(" + VEXATemplateInfoName(decl) + ")";
+  const unsigned count = GetParNumber(decl->fpl);
+  info.number_of_fields = std::to_string(count);
+  if (count > 0) {
+    info.field_info = VEXATemplateFieldInfoName(decl);
+    auto array = gT3Context.file().beginArray(LUMO_FIELD_INFO_T, info.field_info, true);
+    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
+         formal = formal->as<_T3FormalPar>()->next)
+      WriteFieldInfo(*array, Quote(formal->as<_T3FormalPar>()->name), FieldProperty(formal),
+                     VEXAStaticTypeRef(formal->as<_T3TypedFormal>()->type));
+    array->end();
+  }
+  WriteTypeInfoStruct(info_struct, info);
+  const bool is_signature = IsSignatureTemplate(definition);
+  const auto pointer = [](const std::string& name) { return "&(" + name + ")"; };
+  const auto of_mode = [&](bool match, vexa_template_mode_t mode) {
+    if (!is_signature) return std::string(C_NULL);
+    return pointer(match ? VEXAMatchName(decl, mode) : VEXAValueOfName(decl, mode));
+  };
+  auto structure =
+      gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
+  structure->addMember(VEXAStaticTypeRef(TypeOfTemplate(definition)));
+  structure->addMember(C_NULL);
+  structure->addMember(SliceString(Quote(Description(decl)), kDescriptionLine));
+  structure->addMember(pointer(VEXAValueOfName(decl, vexa_template_plain)));
+  structure->addMember(of_mode(false, vexa_template_call));
+  structure->addMember(of_mode(false, vexa_template_reply));
+  structure->addMember(pointer(VEXASizeOfName(decl)));
+  structure->addMember(pointer(VEXAMatchName(decl, vexa_template_plain)));
+  structure->addMember(of_mode(true, vexa_template_call));
+  structure->addMember(of_mode(true, vexa_template_reply));
+  structure->end();
+}
+}  // namespace
+
+namespace cgtemplate {
+void CGTemplateWorker(T3TemplateDecl* decl) {
+  T3TemplateDef* definition = DefinitionOf(decl);
+  if (AwaitsMerge(definition)) cg::NotSupported(definition);
+  WriteDescriptions(decl, definition);
+  CGTemplateFunctions(decl, definition);
+  gT3Context.file().addDefine(VEXATemplateConstName(decl), "&(" + VEXATemplateTypeStructName(decl) + ")");
+}
+}  // namespace cgtemplate
+
+void CGTemplate(T3Tree_Node* node) {
+  auto* decl = node->as<T3TemplateDecl>();
+  CGTemplateWorker(decl);
+  if (decl->attr().vexa_place == 1)
+    CGSymTabAddEntry({Quote(decl->name), LUMO_SYMTAB_KIND_USERDEFINED_TYPE,
+                      "&(" + VEXATemplateTypeStructName(decl) + ")"});
+}
+
+void CGTemplateImport(T3Tree_Node* node) {
+  auto* import = node->as<T3ImportTemplateDecl>();
+  T3Tree_Node* origin = import->attr().def_aux;
+  if (!T3Is<T3TemplateDecl>(origin))
+    internal_error_ast("CGTemplate", __LINE__, "CGTemplateImportHelper", import);
+  const std::string name = VEXATemplateTypeStructName(import);
+  const std::string module = Quote(origin->place->vexa_module_name);
+  auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, true);
+  structure->addMember(module);
+  structure->addMember(Quote(origin->as<_T3Decl>()->name));
+  for (int i = 0; i < 7; ++i) structure->addMember(C_NULL);
+  structure->end();
+  gT3Context.file().addDefine(VEXATemplateConstName(import), "&(" + name + ")");
+  CFunction& bind = gT3Context.registerFunction();
+  bind.addComment("setting type info struct for imported template");
+  bind.assign("(" + name + ".type_info)", FindOriginCall(import) + "->type_descriptor->type_info");
+  CGSymTabAddEntry({Quote(std::string(gIdents.GetString(origin->place->vexa_module_name)) + '.' +
+                          gIdents.GetCStr(origin->as<_T3Decl>()->name)),
+                    LUMO_SYMTAB_KIND_USERDEFINED_TYPE, "&(" + name + ")"});
+}

@@ -1,0 +1,58 @@
+#include "generator/text/CLocations.h"
+
+#include "driver/diagnostics/T3Error.h"
+
+namespace {
+struct Places {
+  const char*& c_loc;
+  const char*& rts_loc;
+};
+
+template <class T>
+Places PlacesIn(T3Tree_Node* node) {
+  auto& cold = node->as<T>()->cold();
+  return {cold.c_loc, cold.rts_loc};
+}
+
+Places PlacesOf(T3Tree_Node* node, const char* function) {
+  if (T3Is<_T3Decl>(node)) return PlacesIn<_T3Decl>(node);
+  if (T3Is<_T3FormalPar>(node)) return PlacesIn<_T3FormalPar>(node);
+  if (T3Is<_T3Expression>(node)) return PlacesIn<_T3Expression>(node);
+  if (T3Is<T3TemplateDef>(node)) return PlacesIn<T3TemplateDef>(node);
+  internal_error_ast("LUMOS", __LINE__, function, node);
+}
+
+bool IsAllocated(const char* location) {
+  return location != vexa_location_not_allocated;
+}
+}  // namespace
+
+std::string CLocation(T3Tree_Node* node) {
+  return PlacesOf(node, __func__).c_loc;
+}
+
+std::string RTSLocation(T3Tree_Node* node) {
+  return PlacesOf(node, __func__).rts_loc;
+}
+
+void SetCLocation(T3Tree_Node* node, const std::string& location) {
+  PlacesOf(node, __func__).c_loc = gT3AST.KeepText(location);
+}
+
+void SetRTSLocation(T3Tree_Node* node, const std::string& location) {
+  PlacesOf(node, __func__).rts_loc = gT3AST.KeepText(location);
+}
+
+bool HasCLocation(T3Tree_Node* node) {
+  return IsAllocated(PlacesOf(node, __func__).c_loc);
+}
+
+bool HasRTSLocation(T3Tree_Node* node) {
+  return IsAllocated(PlacesOf(node, __func__).rts_loc);
+}
+
+void ResetLocation(T3Tree_Node* node) {
+  const Places places = PlacesOf(node, __func__);
+  places.c_loc = vexa_location_not_allocated;
+  places.rts_loc = vexa_location_not_allocated;
+}

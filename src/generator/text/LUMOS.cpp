@@ -1,0 +1,552 @@
+#include "generator/text/LUMOS.h"
+
+#include <algorithm>
+#include <map>
+
+#include "analysis/names/T3Names.h"
+#include "driver/diagnostics/T3Error.h"
+#include "generator/text/T3CodeDefs.h"
+#include "generator/text/T3Context.h"
+
+namespace {
+// The report of a name that is asked for on a node of another kind; it does not return, whatever the type
+// of the name.
+[[noreturn]] std::string WrongNode(int line, const char* function, T3Tree_Node* node) {
+  internal_error_ast("LUMOS", line, function, node);
+}
+#define WRONG_NODE(node) WrongNode(__LINE__, __func__, node)
+
+std::string Text(tIdent ident) {
+  return std::string(gIdents.GetString(ident));
+}
+
+// An import has the name of its object.
+std::string NameOf(T3Tree_Node* decl) {
+  auto* import = decl->try_as<_T3ImportDecl>();
+  if (import != nullptr && T3Is<T3ImportIdentifier>(import->object))
+    return Text(import->object->as<T3ImportIdentifier>()->id);
+  return Text(decl->as<_T3Decl>()->name);
+}
+
+// A built-in declaration belongs to the module being generated.
+std::string ModuleOf(T3Tree_Node* decl) {
+  if (decl->place == nullptr && gT3Context.currentModuleName() != NoIdent)
+    return Text(gT3Context.currentModuleName());
+  if (decl->place == nullptr) internal_error_ast("LUMOS", __LINE__, "vexa_module_name", decl);
+  return Text(decl->place->vexa_module_name);
+}
+
+// module "_" name
+std::string Qualified(T3Tree_Node* decl) {
+  return ModuleOf(decl) + "_" + NameOf(decl);
+}
+
+// The same of the declaration behind an import.
+std::string Origin(T3Tree_Node* decl) {
+  T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
+  if (!T3Is<_T3Decl>(origin)) internal_error_ast("LUMOS", __LINE__, "def_aux", decl);
+  return Qualified(origin);
+}
+
+// The module's own name for an import, unless it imports the same name from another module as well: then it
+// is that of the declaration.
+std::string QualifiedImport(T3Tree_Node* decl) {
+  static auto& owners = *new std::map<std::string, T3Tree_Node*>;
+  // an import has many names, which are asked for one after the other
+  static T3Tree_Node* last = nullptr;
+  static auto& name = *new std::string;
+  if (decl == last) return name;
+  last = decl;
+  name = Qualified(decl);
+  T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
+  if (owners.try_emplace(name, origin).first->second != origin) name = ModuleOf(decl) + "_" + Origin(decl);
+  return name;
+}
+
+bool IsImportOf(T3Tree_Node* decl) {
+  return decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>();
+}
+
+bool IsAssigned(const char* location) {
+  return location != nullptr && *location != '\0' && std::string(location) != vexa_location_not_allocated;
+}
+
+std::string OfModule(const char* before, tIdent module, const char* behind) {
+  return std::string(before) + Text(module) + behind;
+}
+
+std::string OfType(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+  if (!decl->is<T3TypeDecl>()) WrongNode(line, function, decl);
+  return "vexa_" + NameOf(decl) + behind;
+}
+#define OF_TYPE(decl, behind) OfType(__LINE__, __func__, decl, behind)
+
+std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+  if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
+  return "vexa_" + NameOf(decl) + PositionSuffix(decl->as<T3TemplateDecl>()->position) + behind;
+}
+#define OF_TEMPLATE(decl, behind) OfTemplate(__LINE__, __func__, decl, behind)
+
+const char* ModeWord(vexa_template_mode_t mode) {
+  switch (mode) {
+    case vexa_template_call:
+      return "_call";
+    case vexa_template_reply:
+      return "_reply";
+    case vexa_template_plain:
+      break;
+  }
+  return "";
+}
+
+const char* AttributeWord(t3_with_attribute_t kind) {
+  switch (kind) {
+    case t3_with_attribute_t::Display:
+      return "display";
+    case t3_with_attribute_t::Encode:
+      return "encode";
+    case t3_with_attribute_t::Variant:
+      return "variant";
+    case t3_with_attribute_t::Extension:
+      return "extension";
+  }
+  return "UNKNOWN";
+}
+
+bool IsBehaviour(T3Tree_Node* decl) {
+  return decl->is<_T3FunctionDecl>();
+}
+
+bool IsImportedBehaviour(T3Tree_Node* decl) {
+  return decl->is<T3ImportFunctionDecl>() || decl->is<T3ImportTestcaseDecl>() ||
+         decl->is<T3ImportTeststepDecl>();
+}
+
+std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+  if (IsBehaviour(decl)) return "vexa_" + Qualified(decl) + "_local_" + behind;
+  if (IsImportedBehaviour(decl)) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
+  WrongNode(line, function, decl);
+}
+#define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
+
+std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+  if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_" + behind;
+  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
+  return OfBehaviour(line, function, decl, behind);
+}
+#define OF_SIGNATURE(decl, behind) OfSignature(__LINE__, __func__, decl, behind)
+}  // namespace
+
+std::string PositionSuffix(const tPosition& position) {
+  return "_" + std::to_string(position.Line) + "_" + std::to_string(position.Column);
+}
+
+std::string ModuleInitializeName(tIdent module) {
+  return OfModule("vexa_", module, "_initialize");
+}
+
+std::string ModuleParamsInitializeName(tIdent module) {
+  return OfModule("vexa_", module, "_params_initialize");
+}
+
+std::string ModuleFinalizeName(tIdent module) {
+  return OfModule("vexa_", module, "_finalize");
+}
+
+std::string ModuleRegisterName(tIdent module) {
+  return OfModule("vexa_", module, "_register");
+}
+
+std::string ModuleRegisterCodecsName(tIdent module) {
+  return OfModule("t3asn_", module, "_register_codecs");
+}
+
+std::string VEXAInitFunctionGuard(tIdent module) {
+  return OfModule("vexa_", module, "_is_initialized");
+}
+
+std::string VEXAFinalizeFunctionGuard(tIdent module) {
+  return OfModule("vexa_", module, "_is_finalized");
+}
+
+std::string VEXARegisterFunctionGuard(tIdent module) {
+  return OfModule("vexa_", module, "_is_registered");
+}
+
+std::string VEXAModuleParamsInitializeFunctionGuard(tIdent module) {
+  return OfModule("vexa_", module, "_mod_params_initialized");
+}
+
+std::string VEXAModuleParamsInfoName(T3Tree_Node* module) {
+  if (!module->is<T3Module>()) return WRONG_NODE(module);
+  return OfModule("vexa_", module->as<T3Module>()->name, "_module_params_info");
+}
+
+std::string VEXAModuleParameterName(tIdent a, tIdent b) {
+  return "vexa_" + Text(a) + "_" + Text(b) + "_module_params_storage";
+}
+
+std::string VEXALocalVarName(tIdent name) {
+  static unsigned long counter = 0;
+  return "vexa_" + Text(name) + "_loc_" + std::to_string(counter++);
+}
+
+std::string VEXATypeConstName(T3Tree_Node* decl) {
+  if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_type";
+  if (decl->is<T3ImportTypeDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_type";
+  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_sig";
+  return WRONG_NODE(decl);
+}
+
+std::string VEXATypeName(T3Tree_Node* decl) {
+  if (decl->is<T3PortDecl>()) return "vexa_" + NameOf(decl) + "_port";
+  return VEXATypeStructName(decl);
+}
+
+std::string VEXATypeStructName(T3Tree_Node* decl) {
+  if (!decl->is<T3TypeDecl>() && !IsImportOf(decl)) return WRONG_NODE(decl);
+  if (const char* stored = decl->as<_T3Decl>()->cold().type_struct_name; IsAssigned(stored)) return stored;
+  if (IsImportOf(decl)) {
+    if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
+    return "vexa_imp_type_" + ModuleOf(decl) + "_" + Origin(decl);
+  }
+  const auto asn1 = StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name);
+  return "vexa_" + ModuleOf(decl) + "_" + (asn1.empty() ? NameOf(decl) : std::string(asn1)) + "_type_struct";
+}
+
+std::string VEXAFieldInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_field_info");
+}
+
+std::string VEXAEnumInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_enum_info");
+}
+
+std::string VEXAArrayInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_array_info");
+}
+
+std::string VEXATypeInfoStructName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_type_info_struct");
+}
+
+std::string VEXACheckName(T3Tree_Node* decl) {
+  if (decl->is<T3TypeDecl>() && IsAssigned(decl->as<T3TypeDecl>()->cold().check_func_name))
+    return decl->as<T3TypeDecl>()->cold().check_func_name;
+  return OF_TYPE(decl, "_check");
+}
+
+std::string VEXAConstraintOfName(T3Tree_Node* decl) {
+  if (decl->is<T3TemplateDecl>()) return OF_TEMPLATE(decl, "_constraintof");
+  if (decl->is<T3TypeDecl>() && IsAssigned(decl->as<T3TypeDecl>()->cold().constraintof_func_name))
+    return decl->as<T3TypeDecl>()->cold().constraintof_func_name;
+  return OF_TYPE(decl, "_constraintof");
+}
+
+std::string VEXAPortRecordName(T3Tree_Node* decl) {
+  if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
+  return "vexa_" + Qualified(decl) + "_port_record_type";
+}
+
+std::string VEXAPortRecordInfoStructName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_port_record_info_struct");
+}
+
+std::string VEXAPortRecordFieldInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_port_record_field_info");
+}
+
+std::string VEXAComponentRecordName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_component_record_type");
+}
+
+std::string VEXAComponentRecordInfoStructName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_component_record_info_struct");
+}
+
+std::string VEXAComponentRecordFieldInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_component_field_info");
+}
+
+std::string VEXAComponentPostProcessFuncName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_postprocess_func");
+}
+
+std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
+  if (decl->is<T3TypeDecl>())
+    return "vexa_" + Qualified(decl) + "_local_" + AttributeWord(kind) + "_attributes";
+  if (decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
+    return "vexa_" + ModuleOf(decl) + "_" + Origin(decl) + AttributeWord(kind) + "_attributes";
+  return WRONG_NODE(decl);
+}
+
+std::string VEXABuiltinTypeName(T3Tree_Node* decl) {
+  if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
+  return "vexa_" + Qualified(decl) + "_builtin_type";
+}
+
+std::string VEXABuiltinTypeStructName(T3Tree_Node* decl) {
+  if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
+  return "vexa_" + Qualified(decl) + "_builtin_type_struct";
+}
+
+std::string VEXABuiltinTypeInfoStructName(T3Tree_Node* decl) {
+  if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
+  return "vexa_" + Qualified(decl) + "_builtin_type_info_struct";
+}
+
+std::string VEXABuiltinFieldInfoName(T3Tree_Node* decl) {
+  return OF_TYPE(decl, "_builtin_field_info");
+}
+
+std::string VEXARTSTypeInfoStructName(T3Tree_Node* type) {
+  const char* word = nullptr;
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      word = "integer";
+      break;
+    case T3Kind::T3Float:
+      word = "float";
+      break;
+    case T3Kind::T3Boolean:
+      word = "boolean";
+      break;
+    case T3Kind::T3ObjectIdentifierType:
+      word = "objectidentifier";
+      break;
+    case T3Kind::T3VerdictType:
+      word = "verdicttype";
+      break;
+    case T3Kind::T3BitStringType:
+      word = "bitstring";
+      break;
+    case T3Kind::T3OctetStringType:
+      word = "octetstring";
+      break;
+    case T3Kind::T3HexStringType:
+      word = "hexstring";
+      break;
+    case T3Kind::T3CharStringType:
+      word = "charstring";
+      break;
+    case T3Kind::T3UniversalCharStringType:
+      word = "universal_charstring";
+      break;
+    case T3Kind::T3TimerType:
+      word = "timer";
+      break;
+    case T3Kind::T3CharacterType:
+      word = "char";
+      break;
+    case T3Kind::T3UniversalCharacterType:
+      word = "universal_char";
+      break;
+    case T3Kind::T3Address:
+      word = "address";
+      break;
+    case T3Kind::T3Default:
+      word = "default";
+      break;
+    default:
+      return WRONG_NODE(type);
+  }
+  return std::string("lumo_") + word + "_type_info_struct";
+}
+
+std::string VEXATemplateConstName(T3Tree_Node* decl) {
+  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_template";
+  if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
+  auto* local = decl->as<T3TemplateDecl>();
+  const std::string suffix = local->attr().vexa_place > 1 ? PositionSuffix(local->position) : std::string();
+  return "vexa_" + Qualified(decl) + suffix + "_local_template";
+}
+
+std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
+  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + ModuleOf(decl) + "_imp_template_" + Origin(decl);
+  if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
+  return "vexa_" + Qualified(decl) + PositionSuffix(decl->as<T3TemplateDecl>()->position) + "_type_struct";
+}
+
+std::string VEXATemplateRef(T3Tree_Node* decl) {
+  return VEXATemplateConstName(decl);
+}
+
+std::string VEXASizeOfName(T3Tree_Node* decl) {
+  return OF_TEMPLATE(decl, "_sizeof");
+}
+
+std::string VEXAMatchName(T3Tree_Node* decl, vexa_template_mode_t mode) {
+  return OF_TEMPLATE(decl, ModeWord(mode)) + "_match";
+}
+
+std::string VEXAValueOfName(T3Tree_Node* decl, vexa_template_mode_t mode) {
+  return OF_TEMPLATE(decl, ModeWord(mode)) + "_valueof";
+}
+
+std::string VEXATemplateFieldInfoName(T3Tree_Node* decl) {
+  return OF_TEMPLATE(decl, "_field_info");
+}
+
+std::string VEXATemplateTypeInfoStructName(T3Tree_Node* decl) {
+  return OF_TEMPLATE(decl, "_type_info_struct");
+}
+
+std::string VEXATemplateInfoName(T3Tree_Node* decl) {
+  return OF_TEMPLATE(decl, "_template_info");
+}
+
+std::string VEXAFunctionName(T3Tree_Node* decl) {
+  if (decl->is<T3Function>()) return "vexa_" + NameOf(decl) + "_func";
+  if (decl->is<T3ImportFunctionDecl>()) return "vexa_imp_func_" + Origin(decl);
+  return WRONG_NODE(decl);
+}
+
+std::string VEXATestcaseName(T3Tree_Node* decl) {
+  if (decl->is<T3Testcase>()) return "vexa_" + NameOf(decl) + "_testcase";
+  if (decl->is<T3ImportTestcaseDecl>()) return "vexa_imp_tc_" + Origin(decl);
+  return WRONG_NODE(decl);
+}
+
+std::string VEXATeststepName(T3Tree_Node* decl) {
+  if (decl->is<T3TestStep>()) return "vexa_" + NameOf(decl) + "_teststep";
+  if (decl->is<T3ImportTeststepDecl>()) return "vexa_imp_ts_" + Origin(decl);
+  return WRONG_NODE(decl);
+}
+
+std::string VEXAExtObjectName(T3Tree_Node* decl) {
+  if (decl->is<T3ExtFunction>()) return Qualified(decl) + "_stub";
+  if (decl->is<T3ExtConstDecl>()) return Qualified(decl);
+  return WRONG_NODE(decl);
+}
+
+std::string VEXAExtFuncName(T3Tree_Node* decl) {
+  return decl->is<T3ExtFunction>() ? Qualified(decl) : WRONG_NODE(decl);
+}
+
+std::string VEXAExtFuncCompileSwitchName(T3Tree_Node* decl) {
+  if (!decl->is<T3ExtFunction>()) return WRONG_NODE(decl);
+  return "EXT_FUNC_BYPASS_TRI_" + Qualified(decl) + "_func";
+}
+
+std::string VEXAConstName(T3Tree_Node* decl) {
+  if (decl->is<T3ConstDecl>()) return "vexa_loc_const_" + Qualified(decl);
+  if (decl->is<T3ImportConstDecl>()) return "vexa_imp_const_" + Origin(decl);
+  if (decl->is<T3ImportModuleParDecl>()) return "vexa_imp_modulepar_" + Origin(decl);
+  return WRONG_NODE(decl);
+}
+
+std::string VEXAModuleParName(T3Tree_Node* decl) {
+  return decl->is<T3ModuleParDecl>() ? "vexa_loc_mod_par_" + Qualified(decl) : WRONG_NODE(decl);
+}
+
+std::string VEXAExtConstName(T3Tree_Node* decl) {
+  return decl->is<T3ExtConstDecl>() ? "vexa_ext_const_" + Qualified(decl) : WRONG_NODE(decl);
+}
+
+std::string VEXAControlPartFunctionName() {
+  return "control_part_func";
+}
+
+std::string VEXAFuncTypeStructName(T3Tree_Node* decl) {
+  return OF_BEHAVIOUR(decl, "type_struct");
+}
+
+std::string VEXAFuncTypeInfoName(T3Tree_Node* decl) {
+  return OF_BEHAVIOUR(decl, "type_info_struct");
+}
+
+std::string VEXAFuncTypeFieldInfoName(T3Tree_Node* decl) {
+  return OF_BEHAVIOUR(decl, "type_field_info");
+}
+
+std::string VEXASignatureStructName(T3Tree_Node* decl) {
+  return OF_SIGNATURE(decl, "signature_struct");
+}
+
+std::string VEXASignatureInfoName(T3Tree_Node* decl) {
+  return OF_SIGNATURE(decl, "signature_info_struct");
+}
+
+std::string VEXASignatureFieldInfoName(T3Tree_Node* decl) {
+  return OF_SIGNATURE(decl, "signature_field_info");
+}
+
+std::string GetFunctionObject(T3Tree_Node* decl) {
+  if (decl->is<T3Function>()) return VEXAFunctionName(decl);
+  if (decl->is<T3ExtFunction>()) return VEXAExtObjectName(decl);
+  // an import is held through a pointer
+  if (decl->is<T3ImportFunctionDecl>()) return "(*" + VEXAFunctionName(decl) + ")";
+  return WRONG_NODE(decl);
+}
+
+std::string GetTeststepObject(T3Tree_Node* decl) {
+  if (decl->is<T3TestStep>()) return VEXATeststepName(decl);
+  if (decl->is<T3ImportTeststepDecl>()) return "(*" + VEXATeststepName(decl) + ")";
+  return WRONG_NODE(decl);
+}
+
+namespace {
+// The place behind a piece of a C string that must not be cut: an escape sequence, or the break that keeps a
+// trigraph apart.
+size_t BehindPiece(const std::string& text, size_t at) {
+  const auto is_octal = [&](size_t i) { return i < text.size() && text[i] >= '0' && text[i] <= '7'; };
+  if (text.compare(at, 3, "\" \"") == 0) return at + 3;
+  if (text[at] != '\\') return at + 1;
+  size_t end = at + 1;
+  while (end < at + 4 && is_octal(end)) ++end;
+  return std::max(end, at + 2);
+}
+}  // namespace
+
+// A cut never falls behind a backslash, and moves on where it would take a piece apart.
+std::string SliceString(const std::string& text, size_t n) {
+  std::string sliced;
+  size_t begin = 0;
+  size_t piece = 0;
+  while (n > 0 && text.size() - begin > n) {
+    const size_t cut = begin + n + (text[begin + n - 1] == '\\' ? 1 : 0);
+    while (piece < cut) piece = BehindPiece(text, piece);
+    if (piece >= text.size()) break;
+    sliced.append(text, begin, piece - begin).append("\"\n\"");
+    begin = piece;
+  }
+  return sliced.append(text, begin);
+}
+
+std::string Quote(const std::string& text) {
+  return "\"" + text + "\"";
+}
+
+std::string Quote(tIdent name) {
+  return Quote(Text(name));
+}
+
+std::string EscapeEscape(const std::string& text) {
+  std::string result;
+  for (const char c : text) {
+    if (c == '\\') result += c;
+    result += c;
+  }
+  return result;
+}
+
+std::string CStringOfLiteral(std::string_view literal) {
+  if (literal.size() >= 2 && literal.front() == '"' && literal.back() == '"')
+    literal = literal.substr(1, literal.size() - 2);
+  std::string text;
+  for (const char c : literal) {
+    if (c == '"' || c == '\\')
+      text.append(1, '\\').append(1, c);
+    else if (static_cast<unsigned char>(c) < ' ')
+      text += FormatText("\\%03o", static_cast<unsigned>(c));
+    else if (c == '?' && !text.empty() && text.back() == '?')
+      text += "\" \"?";  // no trigraph
+    else
+      text += c;
+  }
+  return Quote(text);
+}
+
+std::string FormalPar(const std::string& type, const std::string& name) {
+  return type + " " + name;
+}
