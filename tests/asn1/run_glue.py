@@ -3,8 +3,9 @@
 
     run_glue.py --orvane PROGRAM --out FOLDER [--update]
 
-The files for glue/Glue-Forms.asn are compared as a whole with glue/expected/, times left out; --update writes those anew.
-With other codecs and options the files are compiled, and pieces of them are looked for. CC names the C compiler.
+What is written for glue/Glue-Forms.asn is compared, one function of each kind, with glue/functions.txt, where line breaks
+don't count and `@` stands for the prefix of a type, `~` for that of a function; --update writes the functions that are there
+anew. With other codecs and options the files are compiled, and pieces of them are looked for. CC names the C compiler.
 """
 
 import argparse
@@ -14,10 +15,10 @@ import re
 import shutil
 import subprocess
 import sys
+import textwrap
 from pathlib import Path
 
 GLUE = Path(__file__).resolve().parent / "glue"
-TIMES = re.compile(r" on \d\d\.\d\d\.\d+ at \d+:\d\d\.\d\d$", re.MULTILINE)
 C_FLAGS = ["-std=c11", "-Wall", "-Werror", "-Wno-unused", "-fsyntax-only"]
 OPTIONS = "VEXA-ASN-1-compilation-options.txt"
 
@@ -96,13 +97,26 @@ class Tests:
                     self.faults.append(f"{name}: {'' if not unwanted else 'no '}{piece.lstrip('!')!r} expected in {kind}")
 
     def compare(self, texts, update):
-        for kind in ("c", "h"):
-            found = TIMES.sub("", texts[kind])
-            path = GLUE / "expected" / f"Glue_Formst3asn.{kind}"
-            if update:
-                path.write_text(found)
-            expected = path.read_text() if path.exists() else ""
-            self.faults += list(difflib.unified_diff(expected.split("\n"), found.split("\n"), str(path), "found", lineterm=""))
+        path = GLUE / "functions.txt"
+        found = functions_of(texts["c"])
+        expected = path.read_text().split("\n\n")
+        names = [re.search(r"(\S+) ?\(", function).group(1) for function in expected]
+        if update:
+            path.write_text("\n\n".join(found.get(name, function) for name, function in zip(names, expected)) + "\n")
+        for name, function in zip(names, expected):
+            self.faults += difflib.unified_diff(function.strip().split("\n"), found.get(name, "").split("\n"),
+                                                f"{path}: {name}", "found", lineterm="")
+
+
+def functions_of(text):
+    """The functions of a source by their names, without its line breaks, filled to lines of an even length."""
+    functions = {}
+    for item in re.split(r"\n\n(?=\S)", text):
+        item = " ".join(item.split()).replace("t3asn_Glue_Forms_", "~").replace("t3_Glue_Forms", "@")
+        name = re.search(r"(\S+) ?\(", re.sub(r"/\*.*?\*/|#\w+ \w+", "", item))
+        if name:
+            functions[name.group(1)] = textwrap.fill(item, 118, break_long_words=False, break_on_hyphens=False)
+    return functions
 
 
 def main():
