@@ -82,6 +82,9 @@ class Resolver {
   void fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node);
+  bool standardArc(const Token& word, ValueNode& part, const std::vector<ValueNode*>& before) const;
+  void addNamedArcs(const ValueAst& ast, const Context& context, ValueNode& node);
+  void checkArcs(const ValueNode& node, const Context& context);
   void fillRealParts(Parser& parser, int end, const Context& context, ValueNode& node);
   void fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillReal(const ValueAst& ast, const Context& context, ValueNode& node);
@@ -107,6 +110,7 @@ class Resolver {
   ClassUse classOf(Definition& definition);
   const FieldAst* findField(const ClassUse& cls, std::string_view name, const Place& place);
   TypeNode* fieldNode(const ClassUse& cls, const FieldAst& field);
+  TypeNode* classFieldHere(const ClassUse& cls, const FieldAst& field, const Context& context, int token);
   ValueNode* makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls, TypeNode* governor);
   void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
   bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
@@ -156,6 +160,7 @@ class Resolver {
   std::vector<const TypeAst*> expansions_;  // of COMPONENTS OF
   std::unordered_map<int, TypeNode*> plain_types_;
   std::map<std::pair<Module*, TypeNode*>, TypeNode*> imported_types_;
+  std::map<std::pair<Module*, const FieldAst*>, TypeNode*> foreign_fields_;
   std::unordered_map<const TypeNode*, bool> finite_;
   // What object fields were set to, for those who use it elsewhere.
   std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;

@@ -138,7 +138,8 @@ void Resolver::fillBits(Parser& parser, int end, const Context& context, TypeNod
   }
 }
 
-void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node) {
+/// An arc that the standard names, by its name alone: behind those that lead to it.
+bool Resolver::standardArc(const Token& word, ValueNode& part, const std::vector<ValueNode*>& before) const {
   static const std::unordered_map<std::string_view, int> kRoots = {
       {"itu-t", 0}, {"ccitt", 0}, {"itu-r", 0}, {"iso", 1}, {"joint-iso-itu-t", 2}, {"joint-iso-ccitt", 2}};
   static const std::unordered_map<std::string_view, int> kFirst[3] = {
@@ -150,12 +151,61 @@ void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, V
        {"r-recommendation", 5}},
       {{"standard", 0}, {"registration-authority", 1}, {"member-body", 2}, {"identified-organization", 3}},
       {}};
+  const auto number = [&](size_t i) { return before[i]->integer; };
+  int arc = -1;
+  if (before.empty()) {
+    const auto found = kRoots.find(word.text);
+    if (found != kRoots.end()) arc = found->second;
+  } else if (before.size() == 1 && number(0) <= 2) {
+    const auto found = kFirst[number(0)].find(word.text);
+    if (found != kFirst[number(0)].end()) arc = found->second;
+  } else if (before.size() == 2 && number(0) == 0 && number(1) == 0 && word.text.size() == 1) {
+    arc = word.text[0] - 'a' + 1;  // the series of the recommendations
+  }
+  part.name = word.text;
+  part.integer = arc;
+  return arc >= 0;
+}
+
+/// A value by its name: another object identifier in the first place, else a number.
+void Resolver::addNamedArcs(const ValueAst& ast, const Context& context, ValueNode& node) {
+  const bool named = ast.kind == ValueAst::kRef || ast.kind == ValueAst::kField;
+  const ValueNode* meant = named ? behind(makeReferenceValue(ast, context, nullptr)) : nullptr;
+  if (named && !meant) throw Abandoned();
+  const bool prefix = meant && meant->main == TYP_OBJID && node.components.empty();
+  if (!prefix && (!meant || meant->main != TYP_INTEGER)) {
+    error(context, ast.token, "this is not a part of an object identifier");
+    throw Abandoned();
+  }
+  const std::vector<ValueNode*> single{const_cast<ValueNode*>(meant)};
+  for (const ValueNode* arc : prefix ? meant->components : single) {
+    ValueNode* part = newValue(context, ast.token, nullptr);
+    part->main = TYP_INTEGER;
+    part->name = prefix ? arc->name : ast.ref.name;
+    part->integer = arc->integer;
+    node.components.push_back(part);
+  }
+}
+
+void Resolver::checkArcs(const ValueNode& node, const Context& context) {
+  const auto& arcs = node.components;
+  for (const ValueNode* arc : arcs) {
+    if (arc->integer < 0) {
+      error(context, arc->token, "the parts of an object identifier must not be negative");
+      return;
+    }
+  }
+  if (arcs[0]->integer > 2)
+    error(context, arcs[0]->token, "the first part of an object identifier must be 0, 1 or 2");
+  else if (arcs.size() > 1 && arcs[0]->integer < 2 && arcs[1]->integer > 39)
+    error(context, arcs[1]->token, "the second part of an object identifier must be at most 39 here");
+}
+
+void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node) {
   if (parser.pos >= end) parser.fail("expected a part of an object identifier");
   while (parser.pos < end) {
-    const int token = parser.pos;
-    ValueNode* part = newValue(context, token, nullptr);
+    ValueNode* part = newValue(context, parser.pos, nullptr);
     part->main = TYP_INTEGER;
-    const size_t index = node.components.size();
     const Token& word = parser.peek();
     if (word.kind == Tok::kNumber) {
       part->integer = literal(*parser.parseValue(), context).value_or(0);
@@ -164,38 +214,15 @@ void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, V
       parser.pos += 2;
       part->integer = integerOf(*parser.parseValue(), context, "a part of an object identifier").value_or(0);
       parser.expect(")");
-    } else if (word.kind == Tok::kLower && index == 0 && kRoots.count(word.text)) {
-      part->name = word.text;
-      part->integer = kRoots.at(word.text);
-      ++parser.pos;
-    } else if (word.kind == Tok::kLower && index == 1 && node.components[0]->main == TYP_INTEGER &&
-               node.components[0]->integer >= 0 && node.components[0]->integer <= 2 &&
-               kFirst[node.components[0]->integer].count(word.text)) {
-      part->name = word.text;
-      part->integer = kFirst[node.components[0]->integer].at(word.text);
+    } else if (word.kind == Tok::kLower && standardArc(word, *part, node.components)) {
       ++parser.pos;
     } else {
-      // A value: another object identifier in the first place, else a number.
-      const ValueAst* value = parser.parseValue();
-      if (value->kind != ValueAst::kRef && value->kind != ValueAst::kField) {
-        error(context, token, "this is not a part of an object identifier");
-        throw Abandoned();
-      }
-      part = makeReferenceValue(*value, context, nullptr);
-      const ValueNode* meant = behind(part);
-      if (meant && meant->main != TYP_INTEGER && !(meant->main == TYP_OBJID && index == 0)) {
-        error(context, token, "this is not a part of an object identifier");
-      }
-    }
-    if (part->main == TYP_INTEGER && part->integer < 0) {
-      error(context, token, "the parts of an object identifier must not be negative");
+      addNamedArcs(*parser.parseValue(), context, node);
+      continue;
     }
     node.components.push_back(part);
   }
-  const auto& parts = node.components;
-  if (parts[0]->main == TYP_INTEGER && parts[0]->integer > 2) {
-    error(context, parts[0]->token, "the first part of an object identifier must be 0, 1 or 2");
-  }
+  checkArcs(node, context);
 }
 
 void Resolver::fillRealParts(Parser& parser, int end, const Context& context, ValueNode& node) {

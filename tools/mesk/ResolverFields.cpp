@@ -63,7 +63,7 @@ void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNod
       node.main = TYP_OPEN;
       if (!cls.definition->module->builtin && !cls.definition->parameterized) node.ref = cls.definition;
     }
-    node.class_field = fieldNode(cls, *field);
+    node.class_field = classFieldHere(cls, *field, context, ast.token);
     if (node.ref_name.empty()) node.ref_name = field->name;
   }
 }

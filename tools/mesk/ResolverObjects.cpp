@@ -103,6 +103,20 @@ TypeNode* Resolver::fieldNode(const ClassUse& cls, const FieldAst& field) {
   return found == field_nodes_.end() ? nullptr : found->second;
 }
 
+/// The field's node as the present module can name it: the class may stand elsewhere, or be built in.
+TypeNode* Resolver::classFieldHere(const ClassUse& cls, const FieldAst& field, const Context& context,
+                                   int token) {
+  TypeNode* own = fieldNode(cls, field);
+  if (own && own->module == current_) return own;
+  TypeNode*& made = foreign_fields_[{current_, &field}];
+  if (made) return made;
+  made = newType(context, token, nullptr);
+  made->main = TYP_FIELDLIST;
+  made->name = field.name;
+  made->ref_name = cls.definition->name;
+  return made;
+}
+
 /// A node that refers to a class.
 TypeNode* Resolver::classReference(const ClassUse& cls, const Context& context, int token) {
   TypeNode* node = newType(context, token, nullptr);

@@ -93,6 +93,7 @@ void Writer::addType(Nodes& nodes, Module& module, TypeNode* node) {
 void Writer::addTypeParts(Nodes& nodes, Module& module, TypeNode& node) {
   for (ConstraintNode* constraint : node.constraints) addConstraint(nodes, module, constraint);
   for (TypeNode* part : node.components) addType(nodes, module, part);
+  addType(nodes, module, node.class_field);
   addValue(nodes, module, node.default_value);
 }
 
@@ -171,9 +172,7 @@ void Writer::writeType(File& file, Module& module, const TypeNode& node) {
     record.ref_type = node.ref->number;
   }
   record.ref_name = file.nameText(node.ref_name);
-  if (node.class_field && (node.class_field->module == &module || node.main == TYP_OPEN)) {
-    record.class_chain = node.class_field->number;
-  }
+  if (node.class_field) record.class_chain = node.class_field->number;
   for (const TypeNode* part : node.components) record.components += part->isMarker() ? 0 : 1;
   if (!node.components.empty()) record.first_component = node.components.front()->number;
   if (!node.tags.empty()) record.first_tag = static_cast<int32_t>(file.tags.size()) + 1;

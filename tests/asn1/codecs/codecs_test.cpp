@@ -102,8 +102,8 @@ class Maker {
 
   void Identifier(OBJID* id) {
     id->n = static_cast<uint32>(2 + Below(5));
-    id->arc = static_cast<uint32*>(allocAsn(nullptr, MB_STG, id->n * sizeof *id->arc));
-    for (uint32 i = 0; i < id->n; ++i) id->arc[i] = random_() >> Below(32);
+    id->arc = static_cast<sint64*>(allocAsn(nullptr, MB_STG, id->n * sizeof *id->arc));
+    for (uint32 i = 0; i < id->n; ++i) id->arc[i] = static_cast<sint64>(random_() >> 1) << Below(32);
     id->arc[0] %= 3;
     if (id->arc[0] < 2) id->arc[1] %= 40;
   }

@@ -181,7 +181,7 @@ void asn2t3_objid(const OBJID* id, lumo_value_t value, lumo_context_t context) {
 void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context) {
   id->n = (uint32)t3asn_lumo_objectid_size(value, context);
   id->arc = allocAsn(NULL, MB_STG, (id->n + 1) * sizeof *id->arc);
-  for (uint32 i = 0; i < id->n; ++i) id->arc[i] = (uint32)lumo_value_get_objectid_element(value, i, context);
+  for (uint32 i = 0; i < id->n; ++i) id->arc[i] = lumo_value_get_objectid_element(value, i, context);
 }
 
 /* ---------------------------------------------------------------- open types */

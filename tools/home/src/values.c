@@ -104,9 +104,11 @@ static BOOLE put_arc(uint64_t arc, FRAME_PTR octets) {
 
 BOOLE asnObjidToOctets(const OBJID* value, FRAME_PTR octets) {
   if (value->n < 2 || value->arc[0] > 2 || (value->arc[0] < 2 && value->arc[1] > 39)) return FALSE;
-  if (!put_arc((uint64_t)value->arc[0] * 40 + value->arc[1], octets)) return FALSE;
+  for (uint32 i = 0; i < value->n; ++i)
+    if (value->arc[i] < 0) return FALSE;
+  if (!put_arc((uint64_t)value->arc[0] * 40 + (uint64_t)value->arc[1], octets)) return FALSE;
   for (uint32 i = 2; i < value->n; ++i)
-    if (!put_arc(value->arc[i], octets)) return FALSE;
+    if (!put_arc((uint64_t)value->arc[i], octets)) return FALSE;
   return TRUE;
 }
 
@@ -118,16 +120,16 @@ BOOLE asnObjidFromOctets(const BYTE_TYPE* octets, size_t n, OBJID* value) {
   value->n = 0;
   uint64_t arc = 0;
   for (size_t i = 0; i < n; ++i) {
+    if (arc >> (64 - 7) != 0) return FALSE;
     arc = arc << 7 | (octets[i] & 0x7f);
-    if (arc > (uint64_t)UINT32_MAX + 80) return FALSE;
     if ((octets[i] & 0x80) != 0) continue;
     if (value->n == 0) {
       const uint64_t first = arc < 80 ? arc / 40 : 2;
-      value->arc[value->n++] = (uint32)first;
+      value->arc[value->n++] = (sint64)first;
       arc -= first * 40;
     }
-    if (arc > UINT32_MAX) return FALSE;
-    value->arc[value->n++] = (uint32)arc;
+    if (arc > INT64_MAX) return FALSE;
+    value->arc[value->n++] = (sint64)arc;
     arc = 0;
   }
   return TRUE;
