@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compiles a test suite, builds it by the makefile that the compiler writes, runs it and compares the verdicts.
 
-    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--expect NAME] SUITE
+    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--expect NAME] [--encoding NAME] SUITE
 
 SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
 file VERDICTS, or another one of the NAME. What is expected stands there, or in comments of the file after `//`:
@@ -31,6 +31,8 @@ from pathlib import Path
 TIMEOUT_SECONDS = 300
 DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE):\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)")
+ENCODINGS = {"ber": "BER:1997", "ber-indefinite": "BER:1997-length-form-3",
+             "per-unaligned": "PER-BASIC-UNALIGNED:1997", "per-aligned": "PER-BASIC-ALIGNED:1997"}
 C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 
 
@@ -129,6 +131,7 @@ def main():
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
     parser.add_argument("--expect", default="VERDICTS", help="the file of a folder that says what is expected")
+    parser.add_argument("--encoding", choices=ENCODINGS, help="of ASN.1 types, where the expectations name none")
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
     suite = Suite(arguments.suite, arguments.expect)
@@ -137,8 +140,10 @@ def main():
     folder.mkdir(parents=True)
     build(suite, arguments.orvane.resolve(), folder, arguments.sanitize)
     command = [f"./{suite.root}", *shlex.split(suite.first("ARGUMENTS"))]
-    output = run(command, folder, "execution", (suite.status(),),
-                 suite.directives.get("ENVIRONMENT", ()))
+    variables = suite.directives.get("ENVIRONMENT", [])
+    if arguments.encoding:
+        variables = [*variables, f"ORVANE_ASN1_CODEC={ENCODINGS[arguments.encoding]}"]
+    output = run(command, folder, "execution", (suite.status(),), variables)
     faults = compare(suite, output)
     if faults:
         print(output[-8000:])

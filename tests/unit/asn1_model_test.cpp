@@ -72,10 +72,10 @@ struct Made {
     module.constraints.push_back(node);
     return static_cast<int>(module.constraints.size());
   }
-  int Range(int64_t low, int64_t high) {
+  int Range(Wide low, Wide high) {
     const int number = Constraint(kValueRange);
-    module.constraints.back().value = low == kMinimum ? 0 : Value(low);
-    module.constraints.back().value2 = high == kMaximum ? 0 : Value(high);
+    module.constraints.back().value = low == kMinimum ? 0 : Value(Clamped(low));
+    module.constraints.back().value2 = high == kMaximum ? 0 : Value(Clamped(high));
     return number;
   }
   int Single(int64_t value) {
@@ -101,7 +101,7 @@ struct Made {
 std::string TextOf(const ConstrainedSet& set) {
   std::string text = set.constrained ? "" : "free ";
   for (const Segment& segment : set.set.segments())
-    text += "[" + std::to_string(segment.low) + "," + std::to_string(segment.high) + "]";
+    text += "[" + ToString(segment.low) + "," + ToString(segment.high) + "]";
   return text + (set.extensible ? "..." : "");
 }
 
@@ -133,7 +133,7 @@ TEST(AsnValueSets, Constraints) {
   EXPECT_EQ(text(made.Constraint(kExcept, made.Range(1, 9), made.Single(5))), "[1,4][6,9]");
   EXPECT_EQ(text(made.Constraint(kExcept, made.Range(1, 9), made.Constraint(kUserDefined))), "[1,9]");
   EXPECT_EQ(TextOf(IntegerSetOf(made.Integer(made.Constraint(kAllExcept, made.Range(kMinimum, -1))))),
-            "[0," + std::to_string(kMaximum) + "]");
+            "[0," + ToString(kMaximum) + "]");
   EXPECT_EQ(text(made.Constraint(kCatenation, made.Range(1, 8), made.Constraint(kExtensionMarker))),
             "[1,8]...");
   EXPECT_EQ(
@@ -258,9 +258,9 @@ TEST(AsnNames, Identifiers) {
 
 TEST(AsnHomes, Forms) {
   Made made("M");
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, 7))), VF_I32);
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(INT32_MIN, INT32_MAX))), VF_I32);
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, UINT32_MAX))), VF_UI32);
+  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, 7))), VF_I64);
+  EXPECT_EQ(cGetVF(made.Integer(made.Range(INT32_MIN, INT32_MAX))), VF_I64);
+  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, UINT32_MAX))), VF_I64);
   EXPECT_EQ(cGetVF(made.Integer(made.Range(-1, UINT32_MAX))), VF_I64);
   EXPECT_EQ(cGetVF(made.Integer(0)), VF_I64);
   EXPECT_EQ(cGetVF(made.Definition("Any", TYP_ANY)), VF_FRM);

@@ -196,19 +196,45 @@ class Tables {
     if (is_integer || form == VF_DYNS || form == VF_LIST) {
       const ConstrainedSet set = is_integer ? IntegerSetOf(type) : SizeSetOf(type);
       extensible = set.extensible;
-      if (set.constrained && !set.set.empty()) {
-        const bool has_low = set.set.low() != kMinimum, has_high = set.set.high() != kMaximum;
-        file_ << "  .has_low = " << (has_low ? 1 : 0) << ", .has_high = " << (has_high ? 1 : 0)
-              << ", .low = " << (has_low ? Int64(set.set.low()) : "0")
-              << ", .high = " << (has_high ? Int64(set.set.high()) : "0") << ",\n";
-      }
+      if (set.constrained && !set.set.empty()) WriteBounds(set.set.low(), set.set.high(), is_integer);
     } else if (form == VF_STRU) {
       const std::vector<AsnType> all = TypeComps(base, true);
       extensible = std::any_of(all.begin(), all.end(), isTypeExtensionmarker);
+      if (extensible) file_ << "  .marker = " << MarkerOf(base) << ",\n";
     } else {
       extensible = isExtensibleEnumeratedList(base);
     }
     if (extensible) file_ << "  .extensible = 1,\n";
+  }
+
+  // A bound beyond 64 bits has no number in `low` and `high`; the packed rules find it in `wide`.
+  void WriteBounds(Wide low, Wide high, bool is_integer) {
+    const bool has_low = low != kMinimum, has_high = high != kMaximum;
+    const bool wide =
+        is_integer && ((has_low && !FitsInt64(low)) || (has_low && has_high && !FitsInt64(high)));
+    const bool low_fits = has_low && FitsInt64(low), high_fits = has_high && FitsInt64(high);
+    file_ << "  .has_low = " << (low_fits ? 1 : 0) << ", .has_high = " << (high_fits ? 1 : 0)
+          << ", .low = " << (low_fits ? Int64(Clamped(low)) : "0")
+          << ", .high = " << (high_fits ? Int64(Clamped(high)) : "0") << ",\n";
+    if (!wide) return;
+    const auto words = [](unsigned __int128 number) {
+      return "UINT64_C(" + std::to_string(static_cast<uint64_t>(number >> 64)) + "), UINT64_C(" +
+             std::to_string(static_cast<uint64_t>(number)) + ")";
+    };
+    file_ << "  .wide = &(const asn_wide){" << (has_high ? 1 : 0) << ", {"
+          << words(static_cast<unsigned __int128>(low)) << "}, {"
+          << words(has_high ? static_cast<unsigned __int128>(high) - static_cast<unsigned __int128>(low) : 0)
+          << "}},\n";
+  }
+
+  // The number of components in front of the extension marker.
+  static int MarkerOf(const AsnType& type) {
+    int before = 0;
+    for (const AsnType& component : TypeComps(type, true)) {
+      if (isTypeExtensionmarker(component)) break;
+      ++before;
+    }
+    return before;
   }
 
   void WriteReferences(const AsnType& base, const std::string&) {

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "asn1/front/Records.h"
+#include "asn1/front/WideInteger.h"
 #include "mesk/Lexer.h"
 
 namespace mesk {

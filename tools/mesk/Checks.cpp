@@ -40,7 +40,10 @@ void Resolver::settleTags(TypeNode& node) {
   }
   if (node.tags.empty()) return;
   TagNode& last = node.tags.back();
-  if (last.dummy || needsExplicitTag(&node)) last.is_explicit = true;
+  if (!last.dummy && !needsExplicitTag(&node)) return;
+  last.is_explicit = true;
+  if (last.ast && last.ast->mode == TagMode::kImplicit)
+    error(last.context, last.ast->token, "what has no tag of its own can not have an implicit one");
 }
 
 /// Least fixed point of: this type has a value that ends.

@@ -96,7 +96,7 @@ struct ValueNode {
   std::string text;  // of 8 bits
   bool has_text = false, named_item = false;
   std::vector<uint32_t> wide;  // BMPString and UniversalString
-  int64_t integer = 0;
+  asn1::Wide integer = 0;
   int64_t mantissa = 0;
   int base = 0, exponent = 0;
   Definition* ref = nullptr;

@@ -93,7 +93,7 @@ class Resolver {
   void mismatch(const ValueAst& ast, const Context& context, const TypeNode& type);
   std::optional<int64_t> integerOf(const ValueAst& ast, const Context& context, const char* what);
   const ValueNode* behind(const ValueNode* value);
-  std::optional<int64_t> literal(const ValueAst& ast, const Context& context);
+  std::optional<asn1::Wide> literal(const ValueAst& ast, const Context& context);
 
   // Constraints
   ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,

@@ -151,7 +151,7 @@ bool Resolver::standardArc(const Token& word, ValueNode& part, const std::vector
        {"r-recommendation", 5}},
       {{"standard", 0}, {"registration-authority", 1}, {"member-body", 2}, {"identified-organization", 3}},
       {}};
-  const auto number = [&](size_t i) { return before[i]->integer; };
+  const auto number = [&](size_t i) { return static_cast<int64_t>(before[i]->integer); };
   int arc = -1;
   if (before.empty()) {
     const auto found = kRoots.find(word.text);
@@ -190,10 +190,10 @@ void Resolver::addNamedArcs(const ValueAst& ast, const Context& context, ValueNo
 void Resolver::checkArcs(const ValueNode& node, const Context& context) {
   const auto& arcs = node.components;
   for (const ValueNode* arc : arcs) {
-    if (arc->integer < 0) {
-      error(context, arc->token, "the parts of an object identifier must not be negative");
-      return;
-    }
+    if (arc->integer >= 0 && FitsInt64(arc->integer)) continue;
+    return error(context, arc->token,
+                 arc->integer < 0 ? "the parts of an object identifier must not be negative"
+                                  : "the number is too large for a part of an object identifier");
   }
   if (arcs[0]->integer > 2)
     error(context, arcs[0]->token, "the first part of an object identifier must be 0, 1 or 2");
@@ -208,7 +208,7 @@ void Resolver::fillIdentifier(Parser& parser, int end, const Context& context, V
     part->main = TYP_INTEGER;
     const Token& word = parser.peek();
     if (word.kind == Tok::kNumber) {
-      part->integer = literal(*parser.parseValue(), context).value_or(0);
+      part->integer = integerOf(*parser.parseValue(), context, "a part of an object identifier").value_or(0);
     } else if (word.kind == Tok::kLower && parser.isSymbol("(", 1)) {
       part->name = word.text;
       parser.pos += 2;

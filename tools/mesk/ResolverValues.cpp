@@ -24,15 +24,11 @@ bool compatible(MainType one, MainType other) {
          other == TYP_OPEN || other == TYP_ANY;
 }
 
+/// A number of 64 bits.
 bool parseInteger(std::string_view digits, bool negative, int64_t& result) {
-  uint64_t value = 0;
-  const uint64_t limit = negative ? uint64_t{1} << 63 : (uint64_t{1} << 63) - 1;
-  for (char c : digits) {
-    const uint64_t digit = static_cast<uint64_t>(c - '0');
-    if (value > (limit - digit) / 10) return false;
-    value = value * 10 + digit;
-  }
-  result = negative ? static_cast<int64_t>(0 - value) : static_cast<int64_t>(value);
+  Wide value = 0;
+  if (!ParseWide(digits, negative, value) || !FitsInt64(value)) return false;
+  result = static_cast<int64_t>(value);
   return true;
 }
 
@@ -100,19 +96,27 @@ const ValueNode* Resolver::behind(const ValueNode* value) {
   return value && value->main == TYP_SYNONYM ? nullptr : value;
 }
 
-std::optional<int64_t> Resolver::literal(const ValueAst& ast, const Context& context) {
-  int64_t value = 0;
-  if (parseInteger(ast.text, ast.negative, value)) return value;
+std::optional<Wide> Resolver::literal(const ValueAst& ast, const Context& context) {
+  Wide value = 0;
+  if (ParseWide(ast.text, ast.negative, value)) return value;
   error(context, ast.token, "the number is too large");
   return std::nullopt;
 }
 
-/// The number that a value stands for; an error says what it was wanted for.
+/// The number, of at most 64 bits, that a value stands for; an error says what it was wanted for.
 std::optional<int64_t> Resolver::integerOf(const ValueAst& ast, const Context& context, const char* what) {
-  if (ast.kind == ValueAst::kInteger) return literal(ast, context);
-  const ValueNode* value = behind(makeValue(ast, context, plainType(TYP_INTEGER)));
-  if (value && value->main == TYP_INTEGER) return value->integer;
-  error(context, ast.token, std::string("a number is needed for ") + what);
+  std::optional<Wide> number;
+  if (ast.kind == ValueAst::kInteger) {
+    number = literal(ast, context);
+    if (!number) return std::nullopt;
+  } else if (const ValueNode* value = behind(makeValue(ast, context, plainType(TYP_INTEGER)));
+             value && value->main == TYP_INTEGER) {
+    number = value->integer;
+  }
+  if (number && FitsInt64(*number)) return static_cast<int64_t>(*number);
+  error(context, ast.token,
+        number ? std::string("the number is too large for ") + what
+               : std::string("a number is needed for ") + what);
   return std::nullopt;
 }
 

@@ -192,7 +192,7 @@ void Writer::writeType(File& file, Module& module, const TypeNode& node) {
     made.line = named.line;
     made.column = named.column;
     made.main_type = TYP_INTEGER;
-    made.flags = named.after_marker ? 1 : 0;
+    made.flags = named.after_marker ? kFlagAfterMarker : 0;
     made.type = node.number;
     setWords(made.v.i.integer, named.number);
     if (i + 1 < node.named.size()) made.next = static_cast<int32_t>(file.values.size()) + 2;
@@ -230,7 +230,11 @@ void Writer::writeValue(File& file, Module& module, const ValueNode& node) {
     record.v.r.base = static_cast<int16_t>(node.base);
     record.v.r.exponent = static_cast<int16_t>(node.exponent);
   } else {
-    setWords(record.v.i.integer, node.integer);
+    setWords(record.v.i.integer, Clamped(node.integer));
+    if (!FitsInt64(node.integer)) {
+      record.flags |= kFlagWide;
+      record.text8 = file.text8(ToString(node.integer));
+    }
   }
   record.components = static_cast<int32_t>(node.components.size());
   for (size_t i = 0; i < node.components.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "text/reader.h"
 #include "run/task.h"
@@ -117,7 +118,11 @@ Value decode_plainly(lumo_type_t type, const std::string& octets, size_t& taken)
 Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& octets, size_t& taken) {
   lumo_binary_string_iter_t iter{&octets, 0};
   Value v = nullptr;
-  if (decoder(&iter, type, lumo_temp_alloc_c, &v, current_task) != lumo_codecs_result_succeeded_c)
+  const bool refused_before = std::exchange(current_task->refused, false);
+  ++current_task->decoding;
+  const auto result = decoder(&iter, type, lumo_temp_alloc_c, &v, current_task);
+  --current_task->decoding;
+  if (std::exchange(current_task->refused, refused_before) || result != lumo_codecs_result_succeeded_c)
     return nullptr;
   taken = iter.place;
   return v == lumo_illegal_value_c ? nullptr : v;

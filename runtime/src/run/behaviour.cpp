@@ -69,8 +69,8 @@ void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_conte
     std::string narrow = text ? narrow_text(text->text) : std::string("error");
     std::strncpy(message, narrow.c_str(), sizeof message - 1);
   }
-  if (position && *position) fault("%s: %s", position, message);
-  fault("%s", message);
+  if (position && *position) return refuse("%s: %s", position, message);
+  refuse("%s", message);
 }
 
 void lumo__report_error_at(int line, const char* file, lumo_wide_string_t text, lumo_context_t context) {

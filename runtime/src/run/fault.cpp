@@ -75,6 +75,17 @@ void fault(const char* format, ...) {
   std::exit(2);
 }
 
+void refuse(const char* format, ...) {
+  static char text[1024];
+  va_list list;
+  va_start(list, format);
+  std::vsnprintf(text, sizeof text, format, list);
+  va_end(list);
+  if (current_task->decoding == 0) fault("%s", text);
+  current_task->refused = true;
+  log_line(lumo_log_msg_error_c, text);
+}
+
 bool stack_is_short() {
   constexpr size_t reserve = 48 * 1024;
   return stack_left() < reserve;

@@ -46,6 +46,8 @@ struct lumo_context_struct {
   // How many frames a search by name looks at, while a template of an outer frame runs.
   size_t visible_frames = SIZE_MAX;
   int quiet = 0;                         // above 0: mismatches are not logged
+  int decoding = 0;                      // above 0: a decoder runs; a value that it may not write is no fault
+  bool refused = false;                  // the decoder that runs wrote such a value
   std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
   lumos::Timer* timers = nullptr;        // that run
   lumos::Time snapshot_time = 0;

@@ -8,6 +8,10 @@ namespace lumos {
 // frames that it leaves, so callers hold no resources of their own at the call.
 [[noreturn]] void fault(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// The same for what a value refuses. Where a decoder writes it the text is logged, the octets are none of the
+// type and the function returns.
+void refuse(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
 // As fault, where the task has little stack left. Called where nesting is unlimited.
 void check_stack();
 // The same question without a fault.

@@ -189,7 +189,10 @@ lumo_value_t lumo_value_try_set_union_alternative_by_index(lumo_value_t value, u
 
 lumo_value_t lumo_value_set_union_alternative_by_name(lumo_value_t value, const char* name, lumo_context_t) {
   const long index = field_index(value->type, name);
-  if (index < 0) fault("type '%s' has no alternative '%s'", type_name(value->type), name);
+  if (index < 0) {
+    refuse("type '%s' has no alternative '%s'", type_name(value->type), name);
+    return value;
+  }
   return choose(value, static_cast<unsigned long>(index));
 }
 

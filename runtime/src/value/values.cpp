@@ -354,7 +354,7 @@ void check_written(Value v) {
   std::strncpy(text, shown.c_str(), sizeof text - 1);
   shown.clear();
   shown.shrink_to_fit();
-  fault("value %s does not belong to type '%s'", text, type_name(v->type));
+  refuse("value %s does not belong to type '%s'", text, type_name(v->type));
 }
 
 bool is_complete(Value v) {

@@ -197,7 +197,7 @@ bool IsConstantIdentifier(T3Tree_Node* reference) {
   T3Tree_Node* def = Def(reference);
   if (T3Is<T3EnumType>(def) || T3Is<T3AmbiguousType>(def)) return true;
   def = BehindImport(def);
-  return T3Is<T3ConstDecl>(def) || T3Is<T3ExtConstDecl>(def);
+  return T3Is<T3ConstDecl>(def) || T3Is<T3ExtConstDecl>(def) || IsAsnNullType(def);
 }
 
 bool IsConstantQualifier(T3Qualifier* qualifier) {

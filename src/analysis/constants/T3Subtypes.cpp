@@ -2,6 +2,7 @@
 // every constant expression of the type.
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -184,10 +185,15 @@ bool IsOpen(T3Tree_Node* bound) {
          (bound->is<T3UnaryMinus>() && bound->as<T3UnaryMinus>()->arg->is<T3Infinity>());
 }
 
+// The least number of all lies above minus infinity, though the negation of the greatest does not.
+std::optional<int64_t> LowestOf(T3ValueRange* range) {
+  return IsOpen(range->lb) ? std::numeric_limits<int64_t>::min() : ConstIntValue(range->lb);
+}
+
 bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
   T3Tree_Node* type = ExpressionBaseType(range);
   if (type->is<T3Integer>())
-    return Within(ConstIntValue(range->lb), ConstIntValue(expression), ConstIntValue(range->ub));
+    return Within(LowestOf(range), ConstIntValue(expression), ConstIntValue(range->ub));
   if (type->is<T3Float>())
     return Within(ConstFloatValue(range->lb), ConstFloatValue(expression), ConstFloatValue(range->ub));
   if (!type->is<T3CharacterType>() && !type->is<T3UniversalCharacterType>()) return true;

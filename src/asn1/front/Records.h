@@ -115,6 +115,11 @@ enum FieldKind : uint16_t {
   kObjectSetField = 7,  // &Objects CLASS
 };
 
+enum ValueFlags : uint8_t {
+  kFlagAfterMarker = 1,  // the extension marker stands before this named number
+  kFlagWide = 2,         // an integer beyond 64 bits: `text8` has its digits, `integer` the nearest number
+};
+
 struct VNode {
   int32_t name;    // of a definition, component, named number or part of an object identifier
   int32_t line;    // 1
@@ -129,7 +134,7 @@ struct VNode {
   int32_t next;             // 8: next definition, component, element, named number
   uint16_t owner;           // bytes 36, 37
   uint8_t main_type;        // byte 38: MainType; TYP_SYNONYM a reference, kNoValue none
-  uint8_t flags;            // byte 39: 1 the extension marker stands before this named number
+  uint8_t flags;            // byte 39: ValueFlags
   int32_t actual_type;      // 10: of an open type's value, the TNode of its type
   int32_t type;             // 11: the governing TNode in this module
   int32_t first_component;  // 12: components (named), elements, the alternative, object identifier parts; the

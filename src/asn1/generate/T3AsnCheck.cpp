@@ -36,8 +36,12 @@ std::string CString(const std::string& text) {
   return quoted + "\"";
 }
 
-std::string IntegerLiteral(const AsnValue& value) {
-  return "lumo_long_integer_literal(" + integerValueStri(value) + ")";
+// The least number has no literal of its own in C.
+std::string IntegerLiteral(int64_t number) {
+  const auto literal = [](int64_t digits) {
+    return "lumo_long_integer_literal(" + std::to_string(digits) + ")";
+  };
+  return number == INT64_MIN ? "(" + literal(INT64_MIN + 1) + " - 1)" : literal(number);
 }
 
 std::string RealLiteral(const AsnValue& value) {
@@ -125,37 +129,50 @@ class Constraints {
     }
   }
 
+  // The bound as it is written in C; a number beyond what values hold bounds nothing on its own side.
+  std::string Bound(const AsnValue& value) {
+    if (!value) return {};
+    if (base_ == TYP_REAL) return RealLiteral(value);
+    const Wide number = WideValue(value);
+    return FitsInt64(number) ? IntegerLiteral(static_cast<int64_t>(number)) : std::string();
+  }
+
+  static bool LeavesNothing(const AsnConstraint& constraint) {
+    const AsnValue low = LowValue(constraint), high = HighValue(constraint);
+    return (low && WideValue(low) > INT64_MAX) || (high && WideValue(high) < INT64_MIN);
+  }
+
   void ValueRange(const AsnConstraint& constraint) {
     if (base_ != TYP_INTEGER && base_ != TYP_REAL) {
       t3asn_warn("Value range only supported for INTEGER and REAL constraints.");
       return text_.w(" TRUE");
     }
-    const auto literal = [&](const AsnValue& value) {
-      return base_ == TYP_INTEGER ? IntegerLiteral(value) : RealLiteral(value);
-    };
-    const AsnValue low = LowValue(constraint), high = HighValue(constraint);
+    if (base_ == TYP_INTEGER && LeavesNothing(constraint)) return text_.w(" FALSE");
+    const std::string low = Bound(LowValue(constraint)), high = Bound(HighValue(constraint));
     const uint8_t open = constraint.node().open;
     text_.w(" (");
-    if (low) {
-      text_.w(literal(low));
+    if (!low.empty()) {
+      text_.w(low);
       text_.w((open & kLowOpen) != 0 ? " < " : " <= ");
       text_.w("home");
     }
-    if (low && high) text_.w(" && ");
-    if (high) {
+    if (!low.empty() && !high.empty()) text_.w(" && ");
+    if (!high.empty()) {
       text_.w("home");
       text_.w((open & kHighOpen) != 0 ? " <" : " <=");
-      text_.w(literal(high));
+      text_.w(high);
     }
-    if (!low && !high) text_.w("TRUE");
+    if (low.empty() && high.empty()) text_.w("TRUE");
     text_.w(" )\n");
   }
 
   void Alphabet(const AsnConstraint& constraint) {
-    if (cGetVF(type_) != VF_DYNS) return text_.w("TRUE");
+    std::optional<std::string> allowed = constructAllowedCharacters(type_, constraint);
+    if (cGetVF(type_) != VF_DYNS || !allowed) return text_.w("TRUE");
+    std::erase(*allowed, '\0');  // it ends a text of C
     text_.w("\nstrspn (");
     text_.w("lumo_value_get_string(v0, context), ");
-    text_.w(CString(constructAllowedCharacters(constraint)) + ")");
+    text_.w(CString(*allowed) + ")");
     text_.w(" == ");
     text_.w("lumo_lengthof(v0, context)");
   }
@@ -165,16 +182,16 @@ class Constraints {
     if (segment.low == segment.high) {
       text_.w("size");
       text_.w(" ==");
-      text_.w(std::to_string(segment.low));
+      text_.w(ToString(segment.low));
     } else {
-      text_.w(std::to_string(segment.low));
+      text_.w(ToString(segment.low));
       text_.w(" <=");
       text_.w("size");
       if (segment.high != kMaximum) {
         text_.w(" &&");
         text_.w("size");
         text_.w(" <=");
-        text_.w(std::to_string(segment.high));
+        text_.w(ToString(segment.high));
       }
     }
     text_.w(" )\n");
@@ -202,11 +219,13 @@ class Constraints {
         text_.w(booleanValue(value) ? "TRUE" : "FALSE");
         return text_.w(" )\n");
       case TYP_INTEGER:
-      case TYP_ENUM:
+      case TYP_ENUM: {
+        const Wide number = base_ == TYP_ENUM ? EnumNumber(value) : WideValue(value);
+        if (!FitsInt64(number)) return text_.w(" FALSE");
         text_.w(" ( home ==");
-        text_.w(" lumo_long_integer_literal(");
-        text_.w(base_ == TYP_ENUM ? std::to_string(EnumNumber(value)) : integerValueStri(value));
-        return text_.w(") )\n");
+        text_.w(" " + IntegerLiteral(static_cast<int64_t>(number)));
+        return text_.w(" )\n");
+      }
       case TYP_NUMSTR:
       case TYP_PRISTR:
       case TYP_VISSTR:

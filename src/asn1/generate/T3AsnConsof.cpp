@@ -22,9 +22,9 @@ void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
          "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
   text.w("vl = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
   text.w("vh = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
-  const auto bound = [&](const char* variable, int64_t number) {
+  const auto bound = [&](const char* variable, Wide number) {
     text.w(std::string("lumo_value_set_integer(") + variable + ", lumo_long_integer_literal(");
-    text.w(std::to_string(number));
+    text.w(ToString(Clamped(number)));
     text.w("), vexa_context);\n");
   };
   bound("vl", set.set.low());

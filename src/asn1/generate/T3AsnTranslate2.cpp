@@ -143,8 +143,11 @@ class Translate2 {
     text_.w("MB_STG, ");
     text_.w(home.Member("n") + " * ");
     text_.w("sizeof(" + element_type + "));\n");
+    if (IsOfFixedSize(type))
+      text_.w("if (t3asn_has_size (" + home.Member("n") + ", " + ToString(SizeSetOf(type).set.low()) +
+              ", context))\n");
     text_.w("for (; " + counter + " < ");
-    text_.w(IsOfFixedSize(type) ? std::to_string(SizeSetOf(type).set.low()) + "; "
+    text_.w(IsOfFixedSize(type) ? ToString(SizeSetOf(type).set.low()) + "; "
                                 : "lumo_value_vector_size(" + v + ", context); ");
     text_.w("++ " + counter);
     text_.w(") ");

@@ -41,17 +41,23 @@ Node Infinity(const tPosition& position, bool negative) {
   return negative ? t.mT3UnaryMinus(position, infinity) : infinity;
 }
 
-Node Bound(const AsnValue& value, bool is_low, const tPosition& position) {
-  return value ? translate_value(value) : Infinity(position, is_low);
+Node Literal(int64_t number, const tPosition& position) {
+  const std::string digits = std::to_string(number);
+  Node literal = t.mT3IntLiteral(position, gStringM.PutString(digits.substr(number < 0 ? 1 : 0)));
+  return number < 0 ? t.mT3UnaryMinus(position, literal) : literal;
 }
 
-// TTCN-3 has no bound that does not belong to its range; for whole numbers the next one does.
+// TTCN-3 has no bound that does not belong to its range; for whole numbers the next one does. One beyond what
+// values hold is none.
 Node IntegerBound(const AsnValue& value, bool is_low, bool open, const tPosition& position) {
-  if (!value || !open) return Bound(value, is_low, position);
-  const int64_t number = int64Value(value) + (is_low ? 1 : -1);
-  Node literal =
-      t.mT3IntLiteral(position, gStringM.PutString(std::to_string(number).substr(number < 0 ? 1 : 0)));
-  return number < 0 ? t.mT3UnaryMinus(position, literal) : literal;
+  if (!value) return Infinity(position, is_low);
+  const Wide number = WideValue(value) + (!open ? 0 : is_low ? 1 : -1);
+  if (number <= INT64_MIN || number > INT64_MAX) return Infinity(position, number < 0);
+  return Literal(static_cast<int64_t>(number), position);
+}
+
+Node RealBound(const AsnValue& value, bool is_low, const tPosition& position) {
+  return value ? translate_value(value) : Infinity(position, is_low);
 }
 
 Node Range(const AsnConstraint& range, MainType of, const tPosition& position) {
@@ -59,8 +65,9 @@ Node Range(const AsnConstraint& range, MainType of, const tPosition& position) {
   const AsnValue low = LowValue(range), high = HighValue(range);
   if (of != TYP_INTEGER && (low_open || high_open)) return nullptr;
   if (of != TYP_INTEGER && of != TYP_REAL) return nullptr;
-  Node from = IntegerBound(low, true, low_open, position);
-  Node to = IntegerBound(high, false, high_open, position);
+  const bool whole = of == TYP_INTEGER;
+  Node from = whole ? IntegerBound(low, true, low_open, position) : RealBound(low, true, position);
+  Node to = whole ? IntegerBound(high, false, high_open, position) : RealBound(high, false, position);
   return from == nullptr || to == nullptr ? nullptr : t.mT3ValueRange(position, from, to);
 }
 
@@ -71,12 +78,13 @@ Node ValueListOf(const AsnType& type, const AsnConstraint& constraint) {
   Node list = _sgT3NoValueListItem();
   for (auto item = items.rbegin(); item != items.rend(); ++item) {
     const bool is_range = getConstraintKind(*item) == kValueRange;
-    Node value =
-        is_range ? Range(*item, getBaseTypeMainType(type), position) : translate_value(LowValue(*item));
+    const MainType of = getBaseTypeMainType(type);
+    if (!is_range && of == TYP_INTEGER && !FitsInt64(WideValue(LowValue(*item)))) continue;
+    Node value = is_range ? Range(*item, of, position) : translate_value(LowValue(*item));
     if (value == nullptr) return nullptr;
     list = t.mT3ValueListItem(position, list, value);
   }
-  return t.mT3ValueList(position, list);
+  return T3Is<T3ValueListItem>(list) ? t.mT3ValueList(position, list) : nullptr;
 }
 
 // One length or one range of lengths.

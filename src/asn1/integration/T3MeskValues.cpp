@@ -1,5 +1,7 @@
 // ASN.1 values as expressions of TTCN-3.
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <set>
 #include <vector>
 
@@ -18,10 +20,13 @@ namespace mesk {
 namespace {
 auto& t = gT3AST;
 
-Node IntegerLiteral(const std::string& number, const tPosition& position) {
-  const bool negative = !number.empty() && number[0] == '-';
-  Node literal = t.mT3IntLiteral(position, gStringM.PutString(negative ? number.substr(1) : number));
-  return negative ? t.mT3UnaryMinus(position, literal) : literal;
+// The least number has no literal of its own.
+Node IntegerLiteral(int64_t number, const tPosition& position) {
+  if (number == INT64_MIN)
+    return t.mT3Minus(position, IntegerLiteral(INT64_MIN + 1, position), IntegerLiteral(1, position));
+  const std::string digits = std::to_string(number);
+  Node literal = t.mT3IntLiteral(position, gStringM.PutString(digits.substr(number < 0 ? 1 : 0)));
+  return number < 0 ? t.mT3UnaryMinus(position, literal) : literal;
 }
 
 Node FloatLiteral(std::string number, const tPosition& position) {
@@ -31,30 +36,31 @@ Node FloatLiteral(std::string number, const tPosition& position) {
   return negative ? t.mT3UnaryMinus(position, literal) : literal;
 }
 
-// A float literal of TTCN-3 has a point, and digits around it.
-std::string WithPoint(const RealValue& value) {
+// A number of base 2 in digits with a point where these are all of it, else with an exponent, which has no
+// plus in TTCN-3.
+std::string WithPoint(const RealValue& value, double number) {
   char text[64];
-  if (value.base == 2) {
-    std::snprintf(text, sizeof text, "%f", retRealVal(value));
+  if (value.base == 10) {
+    std::snprintf(text, sizeof text, "%ldE%d", static_cast<long>(value.mantissa), value.exponent);
     return text;
   }
-  std::snprintf(text, sizeof text, "%ldE%d", static_cast<long>(value.mantissa), value.exponent);
-  return text;
+  const int length = std::snprintf(text, sizeof text, "%f", number);
+  if (length < static_cast<int>(sizeof text) && std::strtod(text, nullptr) == number) return text;
+  std::snprintf(text, sizeof text, "%.16E", number);
+  std::string result = text;
+  const size_t plus = result.find('+');
+  return plus == std::string::npos ? result : result.erase(plus, 1);
 }
 
 Node Real(const AsnValue& value, const tPosition& position) {
   const RealValue real = realValue(value);
-  switch (real.special) {
-    case RealValue::Zero:
-      return FloatLiteral("0.0", position);
-    case RealValue::PlusInfinity:
-      return t.mT3Infinity(position);
-    case RealValue::MinusInfinity:
-      return t.mT3UnaryMinus(position, t.mT3Infinity(position));
-    case RealValue::None:
-      break;
+  const double number = retRealVal(real);
+  // What no float holds is the nearest one that does.
+  if (std::isinf(number)) {
+    Node infinity = t.mT3Infinity(position);
+    return number > 0 ? infinity : t.mT3UnaryMinus(position, infinity);
   }
-  return FloatLiteral(WithPoint(real), position);
+  return FloatLiteral(number == 0 ? "0.0" : WithPoint(real, number), position);
 }
 
 tStringRef Quoted(const std::string& text, const char* quote, const char* behind) {
@@ -66,11 +72,11 @@ Node CharString(const AsnValue& value, const tPosition& position) {
   return t.mT3CharStringLiteral(position, Quoted(ValueText(value), "\"", ""));
 }
 
-// The node of an enumeration's definition, which its items are declared by.
-Node EnumTypeNode(const AsnType& type) {
-  Node module = vexa_find_T3Module(gIdents.MakeIdent(getModuleRef(*type.module)));
+// The enumeration that a declaration of a module is, by which its items are known; null for another one.
+Node DeclaredEnum(const ModRec& of, const std::string& type_name) {
+  Node module = vexa_find_T3Module(gIdents.MakeIdent(getModuleRef(of)));
   if (module == nullptr) return nullptr;
-  const tIdent name = gIdents.MakeIdent(MakeASNIdent(getTypeRef(getDefinitionOf(type))));
+  const tIdent name = gIdents.MakeIdent(type_name);
   for (Node node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node);
        node = node->as<_T3Decl>()->next) {
     auto* decl = node->try_as<T3TypeDecl>();
@@ -79,15 +85,18 @@ Node EnumTypeNode(const AsnType& type) {
   return nullptr;
 }
 
-Node mesk_T3Enumerated_instance_construct(const AsnType& type, const std::string& item,
-                                          const tPosition& position) {
+Node mesk_T3Enumerated_instance_construct(Node declared, const std::string& item, const tPosition& position) {
   auto* literal = t.mT3Identifier(position, gIdents.MakeIdent(MakeASNIdent(item)));
-  Node declared = type && isDefinedType(type) ? EnumTypeNode(type) : nullptr;
   if (declared != nullptr) {
     literal->cold().representation = gT3MESK;
     literal->cold().catr_target = declared;
   }
   return literal;
+}
+
+Node Enumerated(const AsnValue& value, const AsnType& type, const tPosition& position) {
+  Node declared = isDefinedType(type) ? DeclaredEnum(*type.module, MakeASNIdent(getTypeRef(type))) : nullptr;
+  return mesk_T3Enumerated_instance_construct(declared, ValueText(value), position);
 }
 
 Node Compound(const std::vector<std::pair<Node, Node>>& fields, const tPosition& position) {
@@ -148,7 +157,7 @@ Node Alternative(const AsnValue& value, const tPosition& position) {
 Node ObjectIdentifier(const AsnValue& value, const tPosition& position) {
   std::vector<Node> numbers;
   forEachValueComp(value, [&](const AsnValue& part, int) {
-    numbers.push_back(IntegerLiteral(integerValueStri(part), position));
+    numbers.push_back(IntegerLiteral(int64Value(part), position));
   });
   Node list = _sgT3NoObjIdItem();
   for (auto number = numbers.rbegin(); number != numbers.rend(); ++number)
@@ -177,9 +186,10 @@ Node translate_value(const AsnValue& written) {
     case TYP_BOOLEAN:
       return t.mT3BooleanLiteral(position, booleanValue(value));
     case TYP_INTEGER:
-      return IntegerLiteral(integerValueStri(value), position);
+      return FitsInt64(WideValue(value)) ? IntegerLiteral(int64Value(value), position)
+                                         : Refused(written, main_type, position);
     case TYP_ENUM:
-      return mesk_T3Enumerated_instance_construct(type, ValueText(value), position);
+      return Enumerated(value, type, position);
     case TYP_REAL:
       return Real(value, position);
     case TYP_BITSTR:
@@ -187,7 +197,7 @@ Node translate_value(const AsnValue& written) {
     case TYP_OCTSTR:
       return t.mT3OctStringLiteral(position, Quoted(ValueText(value), "'", "O"));
     case TYP_NULL:
-      return mesk_T3Enumerated_instance_construct({}, "NULL", position);
+      return mesk_T3Enumerated_instance_construct(DeclaredEnum(*value.module, "NULL"), "NULL", position);
     case TYP_SEQ:
     case TYP_SET:
       return Structure(value, type, position);
@@ -216,6 +226,8 @@ Node translate_value(const AsnValue& written) {
 
 Node translate_value_decl(const AsnValue& value) {
   const AsnType type = getTypeOfValue(value);
+  // Numbers that no value of TTCN-3 holds serve as bounds only.
+  if (getValueMainType(skipValues(value)) == TYP_INTEGER && !FitsInt64(WideValue(value))) return nullptr;
   Node expression = type ? translate_value(value) : nullptr;
   if (expression == nullptr) return nullptr;
   return t.mT3ConstDecl(PositionOf(value), _sgT3NoDecl(), gIdents.MakeIdent(MakeASNIdent(getValueRef(value))),

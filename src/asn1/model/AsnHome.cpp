@@ -12,12 +12,6 @@ namespace asn1 {
 namespace {
 constexpr int kWordBits = 32;
 
-ValueForm IntegerForm(const AsnType& type) {
-  const Segment ends = EndpointsOf(type);
-  if (ends.low >= INT32_MIN && ends.high <= INT32_MAX) return VF_I32;
-  return ends.low >= 0 && ends.high <= UINT32_MAX ? VF_UI32 : VF_I64;
-}
-
 AsnType DefinitionBehind(const AsnType& component) {
   const AsnType base = forBaseType(component);
   return getDefinitionOf(base);
@@ -71,7 +65,7 @@ ValueForm cGetVF(const AsnType& type) {
     case TYP_BOOLEAN:
       return VF_BOOL;
     case TYP_INTEGER:
-      return IntegerForm(type);
+      return VF_I64;  // what values of the run-time system hold, whatever constraints leave
     case TYP_ENUM:
       return VF_I32;
     case TYP_REAL:

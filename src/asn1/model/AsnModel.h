@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "asn1/front/SyntaxTree.h"
+#include "asn1/front/WideInteger.h"
 
 namespace asn1 {
 
@@ -124,6 +125,8 @@ std::string getValueRef(const AsnValue& value);
 AsnType getTypeOfValue(const AsnValue& value);
 void forEachValueComp(const AsnValue& value, const ValueCall& call);
 bool booleanValue(const AsnValue& value);
+/// A number; the nearest one of 64 bits where it lies beyond.
+Wide WideValue(const AsnValue& value);
 int64_t int64Value(const AsnValue& value);
 std::string integerValueStri(const AsnValue& value);
 const std::string& ValueText(const AsnValue& value);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <set>
 
 #include "asn1/front/AsnFault.h"
@@ -20,8 +21,8 @@ struct Evaluated {
 
 Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth);
 
-int64_t EndOf(const AsnValue& value, int64_t otherwise, int64_t step) {
-  return value ? int64Value(value) + step : otherwise;
+Wide EndOf(const AsnValue& value, Wide otherwise, int step) {
+  return value ? WideValue(value) + step : otherwise;
 }
 
 Segment RangeOf(const AsnConstraint& constraint) {
@@ -93,7 +94,7 @@ Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure
     }
     case kSingleValue:
       if (measure == Measure::Size) return {};
-      return {ValueSet(int64Value(LowValue(constraint)), int64Value(LowValue(constraint))), true, false};
+      return {ValueSet(WideValue(LowValue(constraint)), WideValue(LowValue(constraint))), true, false};
     case kSize:
       return measure == Measure::Size ? EvaluateSize(type, FirstOperand(constraint), depth + 1) : Evaluated{};
     case kContainedSubtype: {
@@ -147,41 +148,129 @@ ConstrainedSet SetOf(const AsnType& type, Measure measure) {
   return result;
 }
 
-void AddCharacters(const AsnConstraint& constraint, std::set<unsigned char>& characters, int depth) {
-  if (!constraint || depth > kDeepestConstraint) return;
-  switch (getConstraintKind(constraint)) {
-    case kUnion:
-    case kCatenation:
-      AddCharacters(FirstOperand(constraint), characters, depth + 1);
-      AddCharacters(SecondOperand(constraint), characters, depth + 1);
-      break;
-    case kSingleValue:
-      for (const char c : ValueText(LowValue(constraint))) characters.insert(static_cast<unsigned char>(c));
-      break;
-    case kValueRange: {
-      const std::string low = LowValue(constraint) ? ValueText(LowValue(constraint)) : std::string();
-      const std::string high = HighValue(constraint) ? ValueText(HighValue(constraint)) : std::string();
-      const int from = low.empty() ? 0 : static_cast<unsigned char>(low[0]);
-      const int to = high.empty() ? 127 : static_cast<unsigned char>(high[0]);
-      for (int c = from; c <= to; ++c) characters.insert(static_cast<unsigned char>(c));
-      break;
-    }
-    default:
-      break;
-  }
+// The characters that a type has without constraints.
+std::string CharactersOf(MainType type) {
+  if (type == TYP_NUMSTR) return " 0123456789";
+  if (type == TYP_PRISTR) return " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  std::string all;
+  const int first = type == TYP_VISSTR ? 32 : 0, last = type == TYP_VISSTR   ? 126
+                                                        : type == TYP_IA5STR ? 127
+                                                                             : 255;
+  for (int c = first; c <= last; ++c) all += static_cast<char>(c);
+  return all;
 }
 
-// The alphabet that a constraint names, alone or within an intersection.
-AsnConstraint AlphabetIn(const AsnConstraint& constraint, int depth) {
-  if (!constraint || depth > kDeepestConstraint) return {};
-  if (getConstraintKind(constraint) == kPermittedAlphabet) return constraint;
-  if (getConstraintKind(constraint) != kIntersection) return {};
-  const AsnConstraint first = AlphabetIn(FirstOperand(constraint), depth + 1);
-  return first ? first : AlphabetIn(SecondOperand(constraint), depth + 1);
-}
+// What a constraint leaves of the characters of a type.
+struct Alphabet {
+  std::set<unsigned char> characters;
+  bool known = false;  // the constraint says something of characters
+  bool extensible = false;
+};
+
+class Alphabets {
+ public:
+  explicit Alphabets(const AsnType& type) : main_type_(getBaseTypeMainType(type)) {
+    for (const char c : CharactersOf(main_type_)) all_.insert(static_cast<unsigned char>(c));
+  }
+
+  // A constraint of the type; `within` FROM, whose values are characters.
+  Alphabet Of(const AsnConstraint& constraint, bool within, int depth = 0) const {
+    if (!constraint || depth > kDeepestConstraint) return {};
+    switch (getConstraintKind(constraint)) {
+      case kUnion:
+      case kCatenation:
+      case kIntersection:
+      case kExcept:
+        return Combined(constraint, within, depth);
+      case kAllExcept: {
+        Alphabet result = Of(FirstOperand(constraint), within, depth + 1);
+        result.characters = Without(all_, result.characters);
+        return result;
+      }
+      case kPermittedAlphabet:
+        return Of(FirstOperand(constraint), true, depth + 1);
+      case kSingleValue:
+        return within ? Listed(ValueText(LowValue(constraint))) : Alphabet{};
+      case kValueRange:
+        return within ? Range(constraint) : Alphabet{};
+      case kContainedSubtype:
+        return Contained(forContainedSubtypeConstraint(constraint));
+      case kExtensionMarker:
+        return {{}, false, true};
+      default:
+        return {};
+    }
+  }
+
+  const std::set<unsigned char>& all() const { return all_; }
+
+ private:
+  using Set = std::set<unsigned char>;
+
+  static Set Without(const Set& set, const Set& removed) {
+    Set result;
+    std::set_difference(set.begin(), set.end(), removed.begin(), removed.end(),
+                        std::inserter(result, result.end()));
+    return result;
+  }
+
+  static Alphabet Listed(const std::string& text) {
+    Alphabet result;
+    result.known = true;
+    for (const char c : text) result.characters.insert(static_cast<unsigned char>(c));
+    return result;
+  }
+
+  Alphabet Range(const AsnConstraint& constraint) const {
+    const std::string low = LowValue(constraint) ? ValueText(LowValue(constraint)) : std::string();
+    const std::string high = HighValue(constraint) ? ValueText(HighValue(constraint)) : std::string();
+    const uint8_t open = constraint.node().open;
+    const int from = low.empty() ? 0 : static_cast<unsigned char>(low[0]) + ((open & kLowOpen) != 0 ? 1 : 0);
+    const int to =
+        high.empty() ? 255 : static_cast<unsigned char>(high[0]) - ((open & kHighOpen) != 0 ? 1 : 0);
+    Alphabet result;
+    result.known = true;
+    for (const unsigned char c : all_)
+      if (c >= from && c <= to) result.characters.insert(c);
+    return result;
+  }
+
+  static Alphabet Contained(const AsnType& type) {
+    static int nesting = 0;
+    const NestingGuard guard(nesting, "Unable to construct a flat integer value set");
+    return type ? Listed(PermittedAlphabetOf(type).empty() ? CharactersOf(getBaseTypeMainType(type))
+                                                           : PermittedAlphabetOf(type))
+                : Alphabet{};
+  }
+
+  Alphabet Combined(const AsnConstraint& constraint, bool within, int depth) const {
+    const Alphabet first = Of(FirstOperand(constraint), within, depth + 1);
+    const Alphabet second = Of(SecondOperand(constraint), within, depth + 1);
+    Alphabet result;
+    result.extensible = first.extensible || second.extensible;
+    const ConstraintKind kind = getConstraintKind(constraint);
+    if (kind == kIntersection) {
+      result.known = first.known || second.known;
+      const Set& other = second.known ? second.characters : all_;
+      for (const unsigned char c : first.known ? first.characters : all_)
+        if (other.count(c) != 0) result.characters.insert(c);
+    } else if (kind == kExcept) {
+      result.known = first.known;
+      result.characters = second.known ? Without(first.characters, second.characters) : first.characters;
+    } else {
+      result.known = first.known && (second.known || second.extensible || first.extensible);
+      result.characters = first.characters;
+      if (!first.extensible) result.characters.insert(second.characters.begin(), second.characters.end());
+    }
+    return result;
+  }
+
+  MainType main_type_;
+  Set all_;
+};
 }  // namespace
 
-ValueSet::ValueSet(int64_t low, int64_t high) {
+ValueSet::ValueSet(Wide low, Wide high) {
   if (low <= high) segments_.push_back({low, high});
 }
 
@@ -218,7 +307,7 @@ ValueSet ValueSet::Intersect(const ValueSet& other) const {
 
 ValueSet ValueSet::Exclude(const ValueSet& other) const {
   ValueSet rest;
-  int64_t from = kMinimum;
+  Wide from = kMinimum;
   bool open = true;
   for (const Segment& segment : other.segments_) {
     if (segment.low > from) rest.segments_.push_back({from, segment.low - 1});
@@ -242,28 +331,30 @@ ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& con
   return {evaluated.set, evaluated.known, evaluated.extensible};
 }
 
-std::string constructAllowedCharacters(const AsnConstraint& constraint) {
-  std::set<unsigned char> characters;
-  AddCharacters(FirstOperand(constraint), characters, 0);
-  return {characters.begin(), characters.end()};
+std::optional<std::string> constructAllowedCharacters(const AsnType& type, const AsnConstraint& constraint) {
+  const Alphabet alphabet = Alphabets(type).Of(constraint, false);
+  if (!alphabet.known || alphabet.extensible) return std::nullopt;
+  return std::string(alphabet.characters.begin(), alphabet.characters.end());
 }
 
 std::string PermittedAlphabetOf(const AsnType& type) {
-  std::string result;
-  bool found = false;
+  const Alphabets alphabets(type);
+  std::set<unsigned char> left = alphabets.all();
+  bool constrained = false, extensible = false;
   for (const AsnType& step : ChainOf(type)) {
     forEachLocalTypeConstraint(step, [&](const AsnConstraint& constraint, int) {
-      const AsnConstraint alphabet = AlphabetIn(constraint, 0);
-      if (!alphabet) return;
-      const std::string allowed = constructAllowedCharacters(alphabet);
-      std::string both;
-      for (const char c : allowed)
-        if (!found || result.find(c) != std::string::npos) both += c;
-      result = both;
-      found = true;
+      const Alphabet alphabet = alphabets.Of(constraint, false);
+      if (!alphabet.known) return;
+      std::set<unsigned char> both;
+      for (const unsigned char c : left)
+        if (alphabet.characters.count(c) != 0) both.insert(c);
+      left = std::move(both);
+      constrained = true;
+      // As with sizes, the outermost constraint alone says whether there are extensions.
+      extensible = alphabet.extensible;
     });
   }
-  return result;
+  return constrained && !extensible ? std::string(left.begin(), left.end()) : std::string();
 }
 
 Segment EndpointsOf(const AsnType& type) {

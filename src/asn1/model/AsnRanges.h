@@ -1,18 +1,16 @@
 // Flat sets of whole numbers that constraints allow: the values of an INTEGER or ENUMERATED, the sizes of a
-// string or list. The least and the greatest 64-bit number stand for the infinities.
+// string or list.
 #pragma once
 
-#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "asn1/model/AsnModel.h"
 
 namespace asn1 {
-inline constexpr int64_t kMinimum = INT64_MIN, kMaximum = INT64_MAX;
-
 struct Segment {
-  int64_t low, high;
+  Wide low, high;
   bool operator==(const Segment&) const = default;
 };
 
@@ -20,11 +18,11 @@ struct Segment {
 class ValueSet {
  public:
   ValueSet() = default;
-  ValueSet(int64_t low, int64_t high);
+  ValueSet(Wide low, Wide high);
   bool empty() const { return segments_.empty(); }
   const std::vector<Segment>& segments() const { return segments_; }
-  int64_t low() const { return segments_.front().low; }
-  int64_t high() const { return segments_.back().high; }
+  Wide low() const { return segments_.front().low; }
+  Wide high() const { return segments_.back().high; }
   ValueSet Merge(const ValueSet& other) const;
   ValueSet Intersect(const ValueSet& other) const;
   ValueSet Exclude(const ValueSet& other) const;
@@ -43,11 +41,12 @@ ConstrainedSet IntegerSetOf(const AsnType& type);
 ConstrainedSet SizeSetOf(const AsnType& type);
 /// The sizes that one SIZE constraint of the type names.
 ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint);
-/// The characters that a permitted alphabet leaves, in ascending order; none where there is no such
-/// constraint.
+/// The characters that permitted alphabets leave, in ascending order; none where there is no such
+/// constraint, or one that is extensible.
 std::string PermittedAlphabetOf(const AsnType& type);
-/// The characters that one FROM constraint names.
-std::string constructAllowedCharacters(const AsnConstraint& constraint);
+/// The characters that one constraint of the type leaves; none where it says nothing of them, or is
+/// extensible.
+std::optional<std::string> constructAllowedCharacters(const AsnType& type, const AsnConstraint& constraint);
 
 /// The endpoints of a type's values or sizes: an unbounded high one is the greatest number, an unbounded low
 /// one the least of an INTEGER or ENUMERATED and 0 of a size.

@@ -113,8 +113,20 @@ int64_t int64Value(const AsnValue& value) {
   return Int64Of(skipValues(value).node().v.i.integer);
 }
 
+Wide WideValue(const AsnValue& value) {
+  const AsnValue base = skipValues(value);
+  const VNode& node = base.node();
+  if ((node.flags & kFlagWide) == 0 || node.text8 == 0) return Int64Of(node.v.i.integer);
+  const std::string& text = getStri(*base.module, node.text8);
+  const bool negative = !text.empty() && text[0] == '-';
+  Wide number = 0;
+  return ParseWide(std::string_view(text).substr(negative ? 1 : 0), negative, number)
+             ? number
+             : Int64Of(node.v.i.integer);
+}
+
 std::string integerValueStri(const AsnValue& value) {
-  return std::to_string(int64Value(value));
+  return ToString(WideValue(value));
 }
 
 const std::string& ValueText(const AsnValue& value) {

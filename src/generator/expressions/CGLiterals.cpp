@@ -49,6 +49,7 @@ std::string IntegerText(tStringRef value) {
 std::string CValueString(T3Tree_Node* node) {
   if (auto* integer = node->try_as<T3IntLiteral>()) return IntegerText(integer->value);
   if (auto* number = node->try_as<T3FloatLiteral>()) return StringM::StGetCStr(number->value);
+  if (node->is<T3Infinity>()) return "(1.0 / 0.0)";  // ASN.1 has it as a value
   if (auto* truth = node->try_as<T3BooleanLiteral>()) return truth->value ? C_TRUE : C_FALSE;
   T3Tree_Node* type = TypeOf(node);
   const std::string text = TextOf(node);
@@ -226,6 +227,7 @@ bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function) {
       [[fallthrough]];
     case T3Kind::T3IntLiteral:
     case T3Kind::T3FloatLiteral:
+    case T3Kind::T3Infinity:
     case T3Kind::T3BooleanLiteral:
       StoreCLocation(node, CValueString(node));
       return true;

@@ -170,6 +170,7 @@ vexa_expression_mode_t NaturalMode(T3Tree_Node* node) {
       return vexa_rts_mode;
     case T3Kind::T3IntLiteral:
     case T3Kind::T3FloatLiteral:
+    case T3Kind::T3Infinity:
     case T3Kind::T3BooleanLiteral:
     case T3Kind::T3LengthOf:
     case T3Kind::T3SizeOf:

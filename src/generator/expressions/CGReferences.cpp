@@ -1,4 +1,5 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
+#include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/module/CGModule.h"
@@ -116,6 +117,10 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
     return StoreRTSLocation(
         node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
   }
+  // The one value of the type NULL has the type's name.
+  if (T3Is<_T3Decl>(def) && IsAsnNullType(BehindImport(def)))
+    return function.call(LUMO_VALUE_SET_ENUM,
+                         {AllocateRTSValue(node, allocation, function), "0", VEXA_CONTEXT});
   if (T3Is<_T3Decl>(def)) {
     const std::string found = FoundByName(def);
     return StoreRTSLocation(node, found.empty() ? LocationOf(def) : found);

@@ -1,5 +1,6 @@
 // Matching mechanisms as run-time values, and the two ways in which a reference to a template is meant: as
 // the template, or as the value that it has.
+#include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "generator/behaviour/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -213,7 +214,8 @@ bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
   } else if (node->is<T3Identifier>() || (node->is<T3Qualifier>() && !IsField(node->as<T3Qualifier>()))) {
     T3Tree_Node* def = Def(node);
     // A type in the list of a subtype: any of its values.
-    if (T3Is<T3TypeDecl>(BehindImport(def))) return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
+    if (T3Is<T3TypeDecl>(BehindImport(def)) && !IsAsnNullType(BehindImport(def)))
+      return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
     TemplateReference(node, def, nullptr, allocation, function);
   } else {

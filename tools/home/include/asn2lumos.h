@@ -70,6 +70,9 @@ void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context);
 #define asn2t3_objidval(home, value, context) asn2t3_objid(&(home), value, context)
 #define t32asn_objidval(home, value, context) t32asn_objid(&(home), value, context)
 
+/* Whether a list has its one size; if not, the value is not encoded. */
+BOOLE t3asn_has_size(uint32 n, sint64 size, lumo_context_t context);
+
 /* Open types: by the codec that is registered for the type that was chosen, or for ANY. */
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context);

@@ -28,8 +28,8 @@ T3asnRtsCodecSelector t3asn_get_module_encoding_directive(const char* module, lu
 
 /* The fault of the codec that ran last. Encoders have no result of their own; they run one at a time. */
 static const char** last_error;
-/* Whether an open type of the value that is being converted could not be encoded. */
-static int open_type_failed;
+/* What of the value that is being converted could not be encoded; NULL while all is well. */
+static const char* not_converted;
 
 void asn2t3_encode_set_frame(ASNCODG* codg, FRAME_PTR* buffer) {
   *buffer = createFrame(DB_SIZE);
@@ -57,14 +57,14 @@ void asn2t3_encode_put_bstring(FRAME_PTR* buffer, lumo_codecs_result_t* result,
   if (last_error != NULL && *last_error != NULL) {
     tell("ASN.1 encoder", *last_error, ctx);
     *result = lumo_codecs_result_failed_c;
-  } else if (open_type_failed) {
-    tell("ASN.1 encoder", "an open type was not encoded", ctx);
+  } else if (not_converted != NULL) {
+    tell("ASN.1 encoder", not_converted, ctx);
     *result = lumo_codecs_result_failed_c;
   } else {
     lumo_binary_string_append(encoded_data, (*buffer)->octets, (*buffer)->n, ctx);
   }
   last_error = NULL;
-  open_type_failed = 0;
+  not_converted = NULL;
   deleteFrame(*buffer);
   *buffer = NULL;
 }
@@ -184,6 +184,13 @@ void t32asn_objid(OBJID* id, lumo_value_t value, lumo_context_t context) {
   for (uint32 i = 0; i < id->n; ++i) id->arc[i] = lumo_value_get_objectid_element(value, i, context);
 }
 
+BOOLE t3asn_has_size(uint32 n, sint64 size, lumo_context_t context) {
+  (void)context;
+  if (n == size) return TRUE;
+  not_converted = "a list of one size has another one";
+  return FALSE;
+}
+
 /* ---------------------------------------------------------------- open types */
 
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
@@ -201,6 +208,6 @@ void t3asn_frame_octets(ASNUTIG* asnutigPtr, FRAME_PTR* frame, lumo_value_t valu
   insertMemBlock(getHomeG(asnutigPtr), MB_FRM, (BYTE_TYPE*)*frame);
   unsigned long n = 0;
   unsigned char* octets = t3asn_lumo_encode_octets(value, &n, context);
-  open_type_failed = octets == NULL || !appendToFrame(*frame, octets, n) || open_type_failed;
+  if (octets == NULL || !appendToFrame(*frame, octets, n)) not_converted = "an open type was not encoded";
   free(octets);
 }

@@ -288,6 +288,14 @@ static BOOLE take_integer(ASNCODG* codg, const asn_type* type, void* home, input
   return asnSetInteger(type, home, (sint64)number) || fail(codg, "an integer does not fit");
 }
 
+static BOOLE take_enumerated(ASNCODG* codg, const asn_type* type, void* home, input in) {
+  if (!take_integer(codg, type, home, in)) return FALSE;
+  const sint64 number = asnGetInteger(type, home);
+  for (int i = 0; i < type->item_count + type->addition_items; ++i)
+    if (type->items[i] == number) return TRUE;
+  return type->extensible || fail(codg, "an enumerated value is unknown");
+}
+
 /* Strings may come in segments, which may come in segments. */
 static BOOLE take_segments(ASNCODG* codg, const asn_type* type, const element* part, DYNSTR* string,
                            FRAME_PTR into, int depth) {
@@ -343,6 +351,26 @@ static BOOLE take_list(ASNCODG* codg, const asn_type* type, void* home, input in
   return TRUE;
 }
 
+/* Where components of the root follow the extensions; `comp_count` without any. */
+static int second_root(const asn_type* type) {
+  int i = type->marker;
+  while (i < type->comp_count && type->comps[i].addition != 0) ++i;
+  return i;
+}
+
+/* Whether an element that is none of the components from `next` on may be an extension of a later version. These
+ * stand behind the components of the root in front of the marker, from whose last optional ones they differ, and
+ * before those behind it. */
+static int may_be_extension(const asn_type* type, const element* unknown, int next) {
+  if (!type->extensible || type->kind == ASN_SET) return type->extensible;
+  for (int i = type->marker - 1; i >= 0; --i) {
+    if (i >= next && type->comps[i].presence == ASN_MANDATORY) return 0;
+    if (type->comps[i].presence == ASN_MANDATORY) break;
+    if (begins(type->comps[i].type, unknown, 0)) return 0;
+  }
+  return next <= second_root(type);
+}
+
 /* The component that an element belongs to, from `from` on; -1 for none. */
 static int component_of(const asn_type* type, const element* first, int from) {
   for (int i = from; i < type->comp_count; ++i) {
@@ -363,8 +391,9 @@ static BOOLE take_components(ASNCODG* codg, const asn_type* type, void* home, in
     if (!take_element(codg, in, &first, depth)) return FALSE;
     const int i = component_of(type, &first, type->kind == ASN_SET ? 0 : next);
     if (i < 0) {
-      if (!type->extensible) return fail(codg, "an element belongs to no component");
-      in.at = first.next; /* of a later version */
+      if (!may_be_extension(type, &first, next)) return fail(codg, "an element belongs to no component");
+      in.at = first.next;
+      if (next < type->marker && type->kind != ASN_SET) next = type->marker;
       continue;
     }
     if (!asnNoteSeen(seen, i)) return fail(codg, "a component is there twice");
@@ -431,7 +460,8 @@ static BOOLE take_contents(ASNCODG* codg, const asn_type* type, void* home, cons
     case ASN_UI32:
     case ASN_I32:
     case ASN_I64:
-      return take_integer(codg, type, home, in);
+      return type->kind == ASN_ENUMERATED ? take_enumerated(codg, type, home, in)
+                                          : take_integer(codg, type, home, in);
     case ASN_REAL:
       return asnRealFromOctets(in.at, n, home) || fail(codg, "a real number is faulty");
     case ASN_DYNS:

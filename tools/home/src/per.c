@@ -222,6 +222,68 @@ static BOOLE put_semi_constrained(ASNPERG* codg, uint64_t offset) {
   return put_counted(codg, octets, (size_t)n);
 }
 
+/* Numbers whose bounds go beyond 64 bits. The number itself fits them. */
+typedef unsigned __int128 wide;
+
+static wide wide_of(const uint64_t halves[2]) {
+  return (wide)halves[0] << 64 | halves[1];
+}
+
+static int wide_bits(wide number) {
+  return number >> 64 != 0 ? 64 + bits_for((uint64_t)(number >> 64) + 1)
+                           : number == UINT64_MAX ? 64 : bits_for((uint64_t)number + 1);
+}
+
+static int wide_octets(wide number) {
+  const int bits = wide_bits(number);
+  return bits == 0 ? 1 : (bits + 7) / 8;
+}
+
+static BOOLE put_wide_bits(ASNPERG* codg, wide number, int bits) {
+  if (bits > 64 && !put_bits(codg, (uint64_t)(number >> 64), bits - 64)) return FALSE;
+  return put_bits(codg, (uint64_t)number, bits > 64 ? 64 : bits);
+}
+
+static BOOLE take_wide_bits(ASNPERG* codg, int bits, wide* number) {
+  uint64_t high = 0, low;
+  if (bits > 64 && !take_bits(codg, bits - 64, &high)) return FALSE;
+  if (!take_bits(codg, bits > 64 ? 64 : bits, &low)) return FALSE;
+  *number = (wide)high << 64 | low;
+  return TRUE;
+}
+
+static BOOLE put_wide(ASNPERG* codg, const asn_wide* bounds, sint64 value) {
+  const wide offset = (wide)(__int128)value - wide_of(bounds->low), range = wide_of(bounds->range);
+  if ((__int128)value < (__int128)wide_of(bounds->low) || (bounds->has_high && offset > range))
+    return fail(codg, "an integer is out of its bounds");
+  const int octets = wide_octets(offset);
+  if (bounds->has_high && !codg->aligned) return put_wide_bits(codg, offset, wide_bits(range));
+  if (bounds->has_high && !put_constrained(codg, (uint64_t)octets - 1, (uint64_t)wide_octets(range))) return FALSE;
+  if (!put_align(codg)) return FALSE;
+  if (!bounds->has_high && !put_bits(codg, (uint64_t)octets, 8)) return FALSE;
+  return put_wide_bits(codg, offset, octets * 8);
+}
+
+static BOOLE take_wide(ASNPERG* codg, const asn_wide* bounds, sint64* value) {
+  const wide range = wide_of(bounds->range);
+  wide offset;
+  int bits = wide_bits(range);
+  if (!bounds->has_high || codg->aligned) {
+    uint64_t octets;
+    if (bounds->has_high ? !take_constrained(codg, (uint64_t)wide_octets(range), &octets) || !take_align(codg)
+                         : !take_align(codg) || !take_bits(codg, 8, &octets))
+      return FALSE;
+    octets += bounds->has_high;
+    if (octets == 0 || octets > sizeof offset) return fail(codg, "an integer has a length that is not supported");
+    bits = (int)octets * 8;
+  }
+  if (!take_wide_bits(codg, bits, &offset)) return FALSE;
+  if (bounds->has_high && offset > range) return fail(codg, "an integer is out of its bounds");
+  const wide number = wide_of(bounds->low) + offset;
+  *value = (sint64)(uint64_t)number;
+  return (wide)(__int128)*value == number || fail(codg, "an integer does not fit");
+}
+
 static uint64_t count_of(const asn_type* type) {
   return (uint64_t)type->high - (uint64_t)type->low + 1;
 }
@@ -238,6 +300,7 @@ static BOOLE put_integer(ASNPERG* codg, const asn_type* type, sint64 number) {
   } else if (!bounded) {
     return fail(codg, "an integer is out of its bounds");
   }
+  if (type->wide != NULL) return put_wide(codg, type->wide, number);
   if (type->has_low && type->has_high)
     return put_constrained(codg, (uint64_t)number - (uint64_t)type->low, count_of(type));
   return type->has_low ? put_semi_constrained(codg, (uint64_t)number - (uint64_t)type->low)
@@ -248,7 +311,9 @@ static BOOLE take_integer(ASNPERG* codg, const asn_type* type, void* home) {
   uint64_t beyond = 0, offset = 0;
   sint64 number = 0;
   if (type->extensible && !take_bits(codg, 1, &beyond)) return FALSE;
-  if (beyond || !type->has_low) {
+  if (!beyond && type->wide != NULL) {
+    if (!take_wide(codg, type->wide, &number)) return FALSE;
+  } else if (beyond || !type->has_low) {
     if (!number_from(codg, 1, &number)) return FALSE;
   } else if (type->has_high) {
     if (!take_constrained(codg, count_of(type), &offset)) return FALSE;
