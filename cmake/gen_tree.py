@@ -69,8 +69,8 @@ class Field:
 
 
 class Kind:
-    def __init__(self, name, first, last, base):
-        self.name, self.first, self.last, self.base = name, first, last, base
+    def __init__(self, name, number, base):
+        self.name, self.first, self.last, self.base = name, number, number, base
         # kinds whose names are plain words would hide fields of that name
         self.cname = RENAMED.get(name, name if name[0].isupper() or name[0] == "_" else "T3_" + name)
         self.fields = []
@@ -97,9 +97,9 @@ def read(path):
             where = f"{path}:{number}: "
             if line.startswith("kind "):
                 base = None
-                if len(words) == 6:
-                    base = by_name.get(words[5]) or fail(where + "unknown base " + words[5])
-                kind = Kind(words[1], int(words[2]), int(words[3]), base)
+                if len(words) == 4:
+                    base = by_name.get(words[3]) or fail(where + "unknown base " + words[3])
+                kind = Kind(words[1], len(kinds), base)
                 kinds.append(kind)
                 by_name[kind.name] = kind
                 continue
@@ -113,11 +113,11 @@ def read(path):
             if len(words) != (3 if child_class else 2):
                 fail(where + "malformed field")
             kinds[-1].fields.append(Field(words[0], words[1], child_class, role))
-    for number, kind in enumerate(kinds):
-        if kind.first != number:
-            fail(f"{kind.name} has number {kind.first}, its place is {number}")
-        if kind.base and not kind.base.first < kind.first <= kind.last <= kind.base.last:
-            fail(f"{kind.name} lies outside the range of {kind.base.name}")
+    for kind in kinds:
+        for outer in chain(kind)[:-1]:
+            if outer.last != kind.first - 1:
+                fail(f"{kind.name} does not stand among the kinds of {outer.name}")
+            outer.last = kind.first
         for field in kind.fields:
             if field.child_class not in (None, "any") and field.child_class not in by_name:
                 fail(f"{kind.name}.{field.name}: no kind {field.child_class}")
@@ -138,6 +138,10 @@ def constructor_fields(kind):
 
 def concrete(kind):
     return not kind.name.startswith("_")
+
+
+def is_class(kind):
+    return not concrete(kind) or kind.last != kind.first
 
 
 def write_bits(kind, w):
@@ -169,6 +173,9 @@ def write_header(kinds, out):
     for kind in kinds:
         w(f"  {kind.cname} = {kind.first},\n")
     w("};\n\ninline constexpr int kT3KindCount = %d;\n\n" % len(kinds))
+    w("/// Whether a kind is a class only: no node is of it.\n")
+    w("inline constexpr bool kT3IsClass[kT3KindCount] = {%s};\n\n" %
+      ", ".join("true" if is_class(kind) else "false" for kind in kinds))
     for kind in kinds:
         base = kind.base.cname if kind.base else "T3Tree_Node"
         for role, record in (("attr", "Attributes"), ("cold", "Cold")):

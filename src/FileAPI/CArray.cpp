@@ -68,3 +68,7 @@ void CArray::end() {
   file_->add(CFile::SourceArrays, std::move(section_));
   section_.end();
 }
+
+std::unique_ptr<CArray> CFile::beginArray(const std::string& type, const std::string& name, bool isStatic) {
+  return std::make_unique<CArray>(this, type, name.empty() ? uniqueName() : name, isStatic);
+}

@@ -30,3 +30,8 @@ void CEnumeration::end() {
     file_->add(exported_ ? CFile::HeaderEnumerations : CFile::SourceEnumerations, std::move(section_));
   section_.end();
 }
+
+std::unique_ptr<CEnumeration> CFile::beginEnumeration(const std::string& name, bool exported,
+                                                      bool isTypedef) {
+  return std::make_unique<CEnumeration>(this, name, exported, isTypedef);
+}

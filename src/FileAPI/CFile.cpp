@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -176,34 +175,6 @@ void CFile::addExternalFunctionDeclConditionally(const std::string& condition, c
   add(SourceFunctionDecls, {"#ifdef ", condition, "\n"});
   addExternalFunctionDecl(type, name, parameters);
   add(SourceFunctionDecls, "#endif\n\n");
-}
-
-std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,
-                                                const std::vector<std::string>& parameters,
-                                                const std::string& comment, bool exported) {
-  return std::make_unique<CFunction>(this, returnType, name, parameters, comment, exported);
-}
-
-std::unique_ptr<CStructure> CFile::beginStructure(const std::string& type, const std::string& name,
-                                                  bool singleLine, bool isStatic) {
-  return std::make_unique<CStructure>(this, type, name, singleLine, isStatic);
-}
-
-std::unique_ptr<CEnumeration> CFile::beginEnumeration(const std::string& name, bool exported,
-                                                      bool isTypedef) {
-  return std::make_unique<CEnumeration>(this, name, exported, isTypedef);
-}
-
-std::unique_ptr<CArray> CFile::beginArray(const std::string& type, const std::string& name, bool isStatic) {
-  return std::make_unique<CArray>(this, type, name.empty() ? uniqueName() : name, isStatic);
-}
-
-void CFile::remove(const std::string& path) {
-  if (std::remove(path.c_str()) == 0) return;
-  const char* reason = errno == EACCES || errno == EPERM ? "Permission denied"
-                       : errno == ENOENT                 ? "No such file or directory"
-                                                         : "error when removing file";
-  std::fprintf(stderr, "CFile::remove - %s\n", reason);
 }
 
 std::string CFile::path(const std::string& name) const {

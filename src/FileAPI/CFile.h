@@ -78,7 +78,7 @@ class CFile {
   void add(Where where, CSection&& section);
   void add(Where where, CSection&& first, CSection&& second);
 
-  // Builders belong to the caller.
+  // Builders belong to the caller; each is defined beside its class.
   std::unique_ptr<CFunction> beginFunction(const std::string& returnType, const std::string& name,
                                            const std::vector<std::string>& parameters,
                                            const std::string& comment, bool exported);
@@ -89,7 +89,7 @@ class CFile {
   std::unique_ptr<CArray> beginArray(const std::string& type, const std::string& name, bool isStatic);
 
   /// Removes a file; a failure is told on standard error and otherwise passed over.
-  static void remove(const std::string& path);
+  static void remove(const std::string& path) { RemoveGeneratedFile(path); }
 
   const std::string& directory() const { return directory_; }
   /// The source name, then the header name, then each split file.

@@ -229,3 +229,9 @@ bool CFunction::isTmpVariable(const std::string& name) const {
     if (tmp.name == name) return true;
   return false;
 }
+
+std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,
+                                                const std::vector<std::string>& parameters,
+                                                const std::string& comment, bool exported) {
+  return std::make_unique<CFunction>(this, returnType, name, parameters, comment, exported);
+}

@@ -1,10 +1,10 @@
 #include "FileAPI/CSection.h"
 
+#include <cerrno>
 #include <cstring>
 #include <utility>
 #include <vector>
 
-#include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
 namespace {
@@ -34,6 +34,14 @@ void WriteText(FILE* stream, std::string_view text) {
     throw internal_exception("CSection", __LINE__, "add", "error when writing file");
 }
 }  // namespace
+
+void RemoveGeneratedFile(const std::string& path) {
+  if (std::remove(path.c_str()) == 0) return;
+  const char* reason = errno == EACCES || errno == EPERM ? "Permission denied"
+                       : errno == ENOENT                 ? "No such file or directory"
+                                                         : "error when removing file";
+  std::fprintf(stderr, "CFile::remove - %s\n", reason);
+}
 
 CSection::CSection() {
   if (SpareTexts().empty()) {
@@ -120,7 +128,7 @@ void CSection::writeTo(FILE* stream) {
     return;
   }
   copySpillFile(stream);
-  CFile::remove(file_.path());
+  RemoveGeneratedFile(file_.path());
   file_.Remove();
 }
 

@@ -9,6 +9,9 @@
 
 #include "support/TemporaryFiles.h"
 
+/// Removes a file; a failure is told on standard error and otherwise passed over.
+void RemoveGeneratedFile(const std::string& path);
+
 /// A section is handed over by moving; the one that it was taken from holds nothing any more.
 class CSection {
  public:

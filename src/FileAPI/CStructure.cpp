@@ -31,3 +31,8 @@ void CStructure::end() {
   file_->add(CFile::SourceStructures, std::move(section_));
   section_.end();
 }
+
+std::unique_ptr<CStructure> CFile::beginStructure(const std::string& type, const std::string& name,
+                                                  bool singleLine, bool isStatic) {
+  return std::make_unique<CStructure>(this, type, name, singleLine, isStatic);
+}

@@ -4,7 +4,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/modules/T3Global.h"
 #include "driver/options/T3Version.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 

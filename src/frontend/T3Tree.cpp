@@ -30,26 +30,6 @@ size_t Round(size_t size) {
 }
 }  // namespace
 
-void T3Tree_Node::MakeAttributes() {
-  const T3KindInfo& info = T3Tree_KindInfo[static_cast<int>(kind)];
-  void* memory = gT3AST.AllocAttributes(info.attribute_size);
-  info.build_attributes(memory);
-  attributes = static_cast<T3Attributes*>(memory);
-}
-
-void T3Tree_Node::MakeCold() {
-  const T3KindInfo& info = T3Tree_KindInfo[static_cast<int>(kind)];
-  void* memory = gT3AST.AllocAttributes(info.cold_size);
-  info.build_cold(memory);
-  AttributeRecord().cold = static_cast<T3Cold*>(memory);
-}
-
-void T3Tree_Node::BadCast(unsigned short wanted) const {
-  throw internal_exception("T3Tree", 0, "as",
-                           std::string("node of kind ") + T3Tree_NodeName[static_cast<int>(kind)] +
-                               " used as " + T3Tree_NodeName[wanted]);
-}
-
 /// Memory for a common block, or null where there is none left.
 void* T3Tree::CutFromSlab(size_t size) {
   if (static_cast<size_t>(slab_end_ - slab_free_) < size) {

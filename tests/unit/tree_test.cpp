@@ -156,7 +156,7 @@ TEST(Tree, ReverseKeepsTheEndMarkerAndEmptyLists) {
 TEST(Tree, InitSetsParentAndSlotAndForgetsAttributes) {
   T3Tree_Node* list = ListOf(2);
   auto* first = list->as<T3FieldValue>();
-  first->value->as<T3IntLiteral>()->attr().SetEvaluated(T3IntLiteral_Attributes::is_lvalue_bit);
+  first->value->as<T3IntLiteral>()->attr().SetEvaluated(T3IntLiteral_Attributes::const_int_value_calculated_bit);
   gT3AST.InitT3Tree(list);
   EXPECT_EQ(nullptr, list->parent);
   EXPECT_EQ(list, first->value->parent);
@@ -164,14 +164,14 @@ TEST(Tree, InitSetsParentAndSlotAndForgetsAttributes) {
   EXPECT_NE(first->value->child_slot, first->next->child_slot);
   const auto& info = T3Tree_KindInfo[static_cast<int>(list->kind)].fields[first->value->child_slot];
   EXPECT_STREQ("value", info.name);
-  EXPECT_FALSE(first->value->as<T3IntLiteral>()->attr().IsEvaluated(T3IntLiteral_Attributes::is_lvalue_bit));
+  EXPECT_FALSE(first->value->as<T3IntLiteral>()->attr().IsEvaluated(T3IntLiteral_Attributes::const_int_value_calculated_bit));
 }
 
 TEST(Tree, CopyKeepsSharingAndStartsAnew) {
   T3Tree_Node* shared = Literal("5");
   auto* sum = gT3AST.mT3Plus(kPlace, shared, shared);
   gT3AST.InitT3Tree(sum);
-  sum->attr().SetEvaluated(T3Plus_Attributes::is_lvalue_bit);
+  sum->attr().SetEvaluated(T3Plus_Attributes::const_int_value_calculated_bit);
   auto* copy = gT3AST.CopyT3Tree(sum)->as<T3Plus>();
   EXPECT_NE(sum, copy);
   EXPECT_EQ(copy->left, copy->right);

@@ -16,7 +16,7 @@
 #include "frontend/T3GlobalASTNodes.h"
 #include "generator/module/CGModule.h"
 #include "generator/types/CGPortTypes.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3Context.h"
 

@@ -1,5 +1,6 @@
 // Services on types: candidates and what strikes them out, kinds of strings and built-in types, searches in
 // bodies, numbers of literals, fields of `anytype`, and the printed form of types.
+#include "analysis/inference/T3InferenceForms.h"
 #include "analysis/types/T3Types.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {
+const bool kInferenceIsInstalled = (InstallInferenceForms(), true);
 tIdent Id(const std::string& name) {
   return gIdents.MakeIdent(name);
 }

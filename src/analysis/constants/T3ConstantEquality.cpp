@@ -14,6 +14,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "support/StringM.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 using Pairs = std::vector<std::pair<T3Tree_Node*, T3Tree_Node*>>;
@@ -278,7 +279,8 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
   return true;
 }
 
-void ForgetConstantTexts() {
-  g_texts.texts.clear();
+namespace {
+const ModuleCache kCache{[] { g_texts.texts.clear();
   g_texts.size = 0;
-}
+  }, ModuleCache::Holds::ForTree};
+}  // namespace

@@ -13,6 +13,7 @@
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/StringM.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 using Length = std::optional<int64_t>;
@@ -248,8 +249,8 @@ int64_t ExpressionLength(T3Tree_Node* expression, bool& known) {
   return length.value_or(0);
 }
 
-void ForgetConstantValues() {
-  g_kept.values.clear();
+namespace {
+const ModuleCache kCache{[] { g_kept.values.clear();
   g_kept.lengths.clear();
-  ForgetConstantTexts();
-}
+  }, ModuleCache::Holds::ForTree};
+}  // namespace

@@ -20,6 +20,3 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b);
 /// A text of an integer, a string or an enumeration literal: two constants whose texts begin with the same
 /// letter are equal exactly when the texts are. Nothing where a constant is none of these.
 std::optional<std::string> ConstantKey(T3Tree_Node* expression);
-/// Drops what is kept of values, lengths and texts.
-void ForgetConstantValues();
-void ForgetConstantTexts();

@@ -6,6 +6,7 @@
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "support/NumberMap.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // What is known of expressions and constants, by their numbers; what is still being looked through counts as
@@ -59,6 +60,6 @@ bool HasFault(T3Tree_Node* expression) {
   }
 }
 
-void ForgetFaults() {
-  g_known.clear();
-}
+namespace {
+const ModuleCache kCache{[] { g_known.clear(); }};
+}  // namespace

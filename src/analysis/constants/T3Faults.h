@@ -7,4 +7,3 @@
 /// True when a part of a constant expression has no type, or when it refers to a constant of which that
 /// holds. Each constant is looked through once, up to ForgetFaults.
 bool HasFault(T3Tree_Node* expression);
-void ForgetFaults();

@@ -18,6 +18,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3UTF8String.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // ---- Constants that have been held to a constraint where they are declared ----
@@ -349,11 +350,6 @@ void CheckSubtypes(T3Tree_Node*) {
   for (const Subtyped& noted : g_subtyped)
     if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
       CheckSubtypes1(noted.expression);
-  ForgetSubtyped();
-  g_sets.clear();
-  g_value_sets.clear();
-  ForgetFaults();
-  ForgetConstantValues();
 }
 
 void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
@@ -361,8 +357,11 @@ void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
   NoteSubtyped(made);
 }
 
-void ForgetSubtyped() {
-  g_replaced.clear();
+namespace {
+const ModuleCache kCache{[] { g_replaced.clear();
   g_subtyped.clear();
   g_types_entered.clear();
-}
+  g_sets.clear();
+  g_value_sets.clear();
+  }};
+}  // namespace

@@ -7,6 +7,7 @@
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "support/NumberMap.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 constexpr int kNone = 0;
@@ -130,9 +131,9 @@ int AltStatusOfDecl(T3Tree_Node* decl) {
   return status;
 }
 
-void ForgetAltStatus() {
-  g_altsteps.clear();
-}
+namespace {
+const ModuleCache kCache{[] { g_altsteps.clear(); }};
+}  // namespace
 
 T3Cleanness CleannessOf(T3Tree_Node* alternatives) {
   T3Cleanness all;

@@ -13,8 +13,6 @@ inline constexpr int kChangesSnapshot = 3;
 int AltStatus(T3Tree_Node* root);
 /// The same of what a declaration means where it is named.
 int AltStatusOfDecl(T3Tree_Node* decl);
-/// Forgets what is known of altsteps.
-void ForgetAltStatus();
 
 /// Whether the guards of a list of alternatives have no effects at all, and whether their operations have
 /// none; altsteps that stand there count with their own alternatives.

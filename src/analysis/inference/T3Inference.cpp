@@ -2,6 +2,7 @@
 // excludes, infers its children, and takes what is left. Recursion follows nesting only. The inference of an
 // expression may run again: a compound value tries each of several candidates without reporting before it
 // settles on one.
+#include <span>
 #include <unordered_set>
 
 #include "analysis/inference/T3InferenceParts.h"
@@ -12,34 +13,10 @@ namespace {
 int g_quiet = 0;
 long g_failures = 0;
 
-T3Inference InferReferenceKind(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report) {
-  if (node->is<T3Identifier>() || node->is<_T3Qualification>())
-    return InferReference(node->as<_T3Reference>(), candidates, strict, report);
-  if (node->is<_T3PreDefinedFunction>())
-    return InferPredefined(node->as<_T3PreDefinedFunction>(), candidates, strict, report);
-  if (node->is<_T3PreDefinedTemplateFunction>())
-    return InferTemplateFunction(node->as<_T3PreDefinedTemplateFunction>(), candidates, strict, report);
-  if (node->is<_T3AddressReference>() || node->is<_T3PortReference>()) InferRecipients(node);
-  return InferOperation(node, candidates, strict, report);
-}
-
-T3Inference InferPlain(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report) {
-  switch (node->kind) {
-    case T3Kind::T3NoExpression:
-      SetResult(node, gT3NoType);
-      return T3Inference::Good;
-    case T3Kind::T3CompoundValue:
-      return InferCompound(node->as<T3CompoundValue>(), candidates, report);
-    case T3Kind::T3Match:
-      return InferMatch(node->as<T3Match>(), candidates, strict, report);
-    case T3Kind::T3ValueOf:
-      return InferValueOf(node->as<T3ValueOf>(), candidates);
-    case T3Kind::T3LengthRange:
-      return InferLengthRange(node->as<T3LengthRange>(), candidates, report);
-    default:
-      internal_error_ast("T3Inference", __LINE__, "should not happen", node);
-  }
-}
+// How the forms are inferred, by kind, and the two that stand beside expressions.
+std::span<const InferForm> g_forms;
+InferTemplateForm g_definition = nullptr;
+void (*g_field_values)(T3Tree_Node* values, T3Tree_Node* base) = nullptr;
 }  // namespace
 
 Silence::Silence() : failures_before_(g_failures) {
@@ -147,25 +124,21 @@ T3Candidates OperandCandidates(const T3Candidates& candidates) {
   return result;
 }
 
+void SetForms(std::span<const InferForm> forms, InferTemplateForm definition,
+              void (*field_values)(T3Tree_Node* values, T3Tree_Node* base)) {
+  g_forms = forms;
+  g_definition = definition;
+  g_field_values = field_values;
+}
+
 T3Inference Infer(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report) {
   node->as<_T3Expression>()->attr().is_strict = strict;
-  if (node->is<_T3Reference>()) return InferReferenceKind(node, candidates, strict, report);
-  if (node->is<_T3LiteralExpression>()) return InferLiteral(node, candidates, strict, report);
-  if (node->is<_T3BinaryExpression>())
-    return InferBinary(node->as<_T3BinaryExpression>(), candidates, strict, report);
-  if (node->is<_T3UnaryExpression>())
-    return InferUnary(node->as<_T3UnaryExpression>(), candidates, strict, report);
-  if (node->is<_T3ShiftOrRotateExpression>())
-    return InferShift(node->as<_T3ShiftOrRotateExpression>(), candidates, strict, report);
-  if (node->is<_T3MatchingExpression>()) return InferMatching(node, candidates, strict, report);
-  if (node->is<ExtraMatchingExpressions>())
-    return InferExtra(node->as<ExtraMatchingExpressions>(), candidates, strict, report);
-  return InferPlain(node, candidates, strict, report);
+  return g_forms[static_cast<size_t>(node->kind)](node, candidates, strict, report);
 }
 
 T3Inference InferAny(T3Tree_Node* node, T3Candidates& candidates, T3TemplateUse use) {
   if (auto* definition = node->try_as<T3TemplateDef>())
-    return InferDefinition(definition, candidates, false, use);
+    return g_definition(definition, candidates, false, use);
   if (auto* statement = node->try_as<T3InvocationStmt>())
     return InferAny(statement->invocation, candidates, use);
   if (node->is<_T3Expression>()) return Infer(node, candidates, false, true);
@@ -223,12 +196,12 @@ T3Inference InferExpression(T3Tree_Node* expression, T3Candidates candidates, bo
 }
 
 void InferRedirectedParams(T3Tree_Node* values, T3Tree_Node* signature) {
-  if (T3Is<T3SignatureType>(signature)) return InferFieldValues(values, signature);
+  if (T3Is<T3SignatureType>(signature)) return g_field_values(values, signature);
   for (; values->is<T3FieldValue>(); values = values->as<T3FieldValue>()->next)
     Fails(values->as<T3FieldValue>()->value, Anything());
 }
 
 T3Inference InferTemplate(T3Tree_Node* definition, T3Candidates candidates, bool strict, T3TemplateUse use) {
-  if (auto* node = definition->try_as<T3TemplateDef>()) return InferDefinition(node, candidates, strict, use);
+  if (auto* node = definition->try_as<T3TemplateDef>()) return g_definition(node, candidates, strict, use);
   return InferExpression(definition, candidates, strict);
 }

@@ -3,6 +3,8 @@
 // left. No unit keeps state; the count of failures and the silence of trials belong to T3Inference.cpp.
 #pragma once
 
+#include <span>
+
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 
@@ -33,6 +35,14 @@ T3Inference Infer(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool
 T3Inference InferAny(T3Tree_Node* node, T3Candidates& candidates, T3TemplateUse use = T3TemplateUse::Other);
 /// Infers a part; true when it has no type.
 bool Fails(T3Tree_Node* node, T3Candidates candidates);
+
+using InferForm = T3Inference (*)(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report);
+using InferTemplateForm = T3Inference (*)(T3TemplateDef* definition, T3Candidates& candidates, bool strict,
+                                          T3TemplateUse use);
+/// What Infer calls, by kind of the node, and what it calls for template definitions and for the values of a
+/// compound. The table is the caller's, and stays.
+void SetForms(std::span<const InferForm> forms, InferTemplateForm definition,
+              void (*field_values)(T3Tree_Node* values, T3Tree_Node* base));
 
 // ---- Results ----
 

@@ -4,6 +4,7 @@
 
 #include "analysis/inference/T3InferenceParts.h"
 #include "analysis/names/T3References.h"
+#include "support/ModuleCaches.h"
 
 namespace t3infer {
 namespace {
@@ -145,6 +146,6 @@ T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bo
 }
 }  // namespace t3infer
 
-void ClearSharedLiterals() {
-  t3infer::g_literals.clear();
-}
+namespace {
+const ModuleCache kCache{[] { t3infer::g_literals.clear(); }};
+}  // namespace

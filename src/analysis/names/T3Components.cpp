@@ -12,6 +12,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "support/FormatText.h"
 
 namespace {
 constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\"",

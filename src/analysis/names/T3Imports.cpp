@@ -424,12 +424,6 @@ T3Tree_Node* FirstOwnDecl(T3Module* module, tIdent id) {
 }
 }  // namespace
 
-tIdent Ref2Id(T3Tree_Node* reference) {
-  if (reference->is<T3ImportIdentifier>()) return reference->as<T3ImportIdentifier>()->id;
-  auto* qualified = reference->try_as<T3ImportQualified>();
-  return qualified != nullptr && qualified->base->is<T3ImportTerminator>() ? qualified->id : NoIdent;
-}
-
 std::string ImportRef2String(T3Tree_Node* reference) {
   std::string text;
   for (const tIdent name : PathOf(reference)) {

@@ -9,8 +9,6 @@
 /// The ASN.1 declaration of NULL of the last imported ASN.1 module; T3NoDecl or null where there is none.
 extern T3Tree_Node* ASN_1_NULL_DECLARATION;
 
-/// The identifier of a T3ImportIdentifier, or of a group reference without a path; NoIdent for others.
-tIdent Ref2Id(T3Tree_Node* reference);
 /// The path of a reference, with "." between the names.
 std::string ImportRef2String(T3Tree_Node* reference);
 /// A module's own declaration of a name, or T3NoDecl. What the module imports is never found.

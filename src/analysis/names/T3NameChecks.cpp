@@ -9,6 +9,7 @@
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // The first element of each name in a list.
@@ -160,9 +161,9 @@ bool NewGroupUnique(T3Tree_Node* list, tIdent name) {
   return true;
 }
 
-void ClearListNames() {
-  KnownLists().clear();
-}
+namespace {
+const ModuleCache kCache{[] { KnownLists().clear(); }};
+}  // namespace
 
 namespace {
 // What is due at a node, after its children: duplicate declarations, fields and literals, labels and jumps,

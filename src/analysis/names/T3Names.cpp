@@ -9,6 +9,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // The scopes that have a cache.
@@ -310,6 +311,12 @@ bool DefUsePositionsConsistent(T3Tree_Node* def, T3Tree_Node* use) {
   return Compare(declared, used) <= 0;
 }
 
+tIdent Ref2Id(T3Tree_Node* reference) {
+  if (reference->is<T3ImportIdentifier>()) return reference->as<T3ImportIdentifier>()->id;
+  auto* qualified = reference->try_as<T3ImportQualified>();
+  return qualified != nullptr && qualified->base->is<T3ImportTerminator>() ? qualified->id : NoIdent;
+}
+
 bool VisibleUnqualified(T3Tree_Node* module, T3Tree_Node* import_decl) {
   const T3DeclMap& map = *DeclsOut(module->as<T3Module>()->definition_part);
   const auto found = map.Find(Ref2Id(import_decl->as<_T3ImportDecl>()->object));
@@ -322,5 +329,8 @@ void ClearNameCache() {
     scope->attr().name_cache = nullptr;
   }
   CachingScopes().clear();
-  ClearListNames();
 }
+
+namespace {
+const ModuleCache kCache{ClearNameCache};
+}  // namespace

@@ -64,10 +64,10 @@ tIdent DuplicatesInStructuredTypeBody(T3Tree_Node* type);
 tIdent DuplicatesInEnumType(T3Tree_Node* type);
 tIdent FindDuplicateParameterName(T3Tree_Node* fpl);
 bool IsAsnNullType(const T3Tree_Node* decl);
+/// The identifier of a T3ImportIdentifier, or of a group reference without a path; NoIdent for others.
+tIdent Ref2Id(T3Tree_Node* reference);
 /// Empties the name caches of all scopes.
 void ClearNameCache();
-/// Forgets the labels and groups that were gathered from lists; ClearNameCache does so too.
-void ClearListNames();
 
 /// The definitions of `address` that reach a module, imported ones included, in the order of the list.
 T3NodeList AddressDefinitions(T3Tree_Node* module);

@@ -14,6 +14,7 @@
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // ---- Definitions ----
@@ -216,8 +217,7 @@ std::span<const T3Rule> TemplateRules() {
 
 void ExplicifyTemplateModifies(T3Tree_Node*) {
   for (T3Tree_Node* definition : g_modifying) MergedConstraint(definition);
-  ForgetConstantValues();
-  ForgetTemplateStatus();
+  ClearTreeCaches();
 }
 
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
@@ -228,10 +228,10 @@ void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
       CheckSending(use.node, use.value);
     else
       Check(use);
-  ForgetTemplateUses();
 }
 
-void ForgetTemplateUses() {
-  g_uses.clear();
+namespace {
+const ModuleCache kCache{[] { g_uses.clear();
   g_modifying.clear();
-}
+  }};
+}  // namespace

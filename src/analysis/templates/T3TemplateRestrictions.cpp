@@ -11,6 +11,7 @@
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 using Restriction = t3_template_restriction_t;
@@ -303,9 +304,8 @@ std::span<const T3Rule> RestrictionRules() {
 
 void TemplateRestrictionsCheck(T3Tree_Node*) {
   for (T3Tree_Node* node : g_restricted) TemplateRestrictionsAnalyze(node);
-  ForgetRestricted();
 }
 
-void ForgetRestricted() {
-  g_restricted.clear();
-}
+namespace {
+const ModuleCache kCache{[] { g_restricted.clear(); }};
+}  // namespace

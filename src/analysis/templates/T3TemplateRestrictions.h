@@ -8,5 +8,3 @@
 
 /// Rules that note what TemplateRestrictionsCheck has to look at.
 std::span<const T3Rule> RestrictionRules();
-/// Forgets what was noted; a module whose analysis has ended early leaves it.
-void ForgetRestricted();

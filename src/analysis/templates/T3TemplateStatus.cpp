@@ -7,6 +7,7 @@
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "support/NumberMap.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // Templates refer to each other; a chain of references that is longer counts as a reference.
@@ -143,6 +144,6 @@ T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_templa
   return {value, collection.awaits_merge};
 }
 
-void ForgetTemplateStatus() {
-  g_known.clear();
-}
+namespace {
+const ModuleCache kCache{[] { g_known.clear(); }, ModuleCache::Holds::ForTree};
+}  // namespace

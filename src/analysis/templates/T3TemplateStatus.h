@@ -21,5 +21,3 @@ struct T3TemplateStatus {
 
 /// The status of a template definition or expression in an operation. `deep`: actual parameters count too.
 T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode);
-/// Forgets what is known of declarations.
-void ForgetTemplateStatus();

@@ -172,7 +172,3 @@ T3Tree_Node* CheckTypeSet(const T3Candidates& candidates, const T3TypeSet& allow
   }
   return gT3ErrorType;
 }
-
-// Candidate sets live on the stack of the inference and the sets of port types stay with their types, so
-// that the end of a module leaves nothing to free.
-void ClearTypeValidSets() {}

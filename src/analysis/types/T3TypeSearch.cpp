@@ -8,6 +8,7 @@
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 T3Tree_Node* NextOf(T3Tree_Node* element) {
@@ -72,9 +73,9 @@ FoundMember FirstNamed(T3Tree_Node* list, tIdent name) {
 }
 }  // namespace
 
-void ClearMemberIndices() {
-  g_indices.clear();
-}
+namespace {
+const ModuleCache kCache{[] { g_indices.clear(); }};
+}  // namespace
 
 T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId) {
   if (scope == nullptr) return gT3ErrorType;

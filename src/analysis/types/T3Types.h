@@ -72,9 +72,6 @@ bool IsRedefinedAddress(T3Tree_Node* type);
 
 T3Tree_Node* FindName(T3Tree_Node* scope, tIdent name, T3Tree_Node* moduleRef);
 T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId);
-/// Forgets the names that were gathered from long lists of members, and the enumerations of shared literals.
-void ClearMemberIndices();
-void ClearSharedLiterals();
 /// The position of a field from 0, `vexa_index` + 1 of a parameter; -1 where absent.
 long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist);
 T3Tree_Node* FindIndex(T3Tree_Node* list, long n);
@@ -123,7 +120,6 @@ const T3NodeList& AllTypesOf(T3Tree_Node* module);
 T3Tree_Node* AnyTypeFields(T3Tree_Node* anytype);
 /// True for what `all` stands for in a port's type list.
 bool PartOfAllTypes(T3Tree_Node* base);
-void ClearTypeValidSets();
 
 /// Infers the variables of a parameter redirection from the signature, or by themselves where it is unknown.
 void InferRedirectedParams(T3Tree_Node* values, T3Tree_Node* signature);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "analysis/constants/T3Constants.h"
+#include "analysis/inference/T3InferenceForms.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/types/T3Types.h"
@@ -133,6 +134,7 @@ void EvaluateDecls(T3Tree_Node* decls, T3Tree_Node* root) {
 T3Eval gT3Eval;
 
 void T3Eval::BeginT3Eval() {
+  InstallInferenceForms();
   ResetDependencies();
   resetTemplateDependencies();
 }

@@ -1,11 +1,7 @@
 // Drops derived data: what analysis needs only while it works on a module, and what generation hangs on the
 // nodes.
-#include "analysis/flow/T3AltStatus.h"
-#include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
-#include "analysis/templates/T3TemplateRestrictions.h"
-#include "analysis/templates/T3TemplateStatus.h"
-#include "analysis/types/T3Types.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 bool HasCold(const T3Tree_Node* node) {
@@ -54,19 +50,11 @@ void ZeroIntermediateAttributes(T3Tree_Node* module) {
 }  // namespace
 
 void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
-  ClearTypeValidSets();
-  ClearNameCache();
-  ClearMemberIndices();
-  ClearSharedLiterals();
-  ForgetAltStatus();
-  ForgetTemplateStatus();
-  ForgetTemplateUses();
-  ForgetRestricted();
-  ForgetSubtyped();
+  ClearModuleCaches();
   ZeroIntermediateAttributes(module);
 }
 
 void CleanupCompilationIntermediateData(T3Tree_Node* module) {
-  ClearMemberIndices();
+  ClearModuleCaches();
   gT3AST.TraverseT3TreeTD(module, EmptyLocations);
 }

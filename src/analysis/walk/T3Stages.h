@@ -32,8 +32,6 @@ void ExplicifyTemplateModifies(T3Tree_Node* root);
 /// Refuses what is sent and may match several values, and what is used otherwise and was not known before the
 /// modifications were resolved (T3TemplateRules).
 void CheckMatchingExpressionsInSendTemplates(T3Tree_Node* root);
-/// Forgets what the walk has noted for both.
-void ForgetTemplateUses();
 void OmitCheck(T3Tree_Node* root);
 /// Holds templates to their restrictions (T3TemplateRestrictions).
 void TemplateRestrictionsCheck(T3Tree_Node* root);
@@ -41,8 +39,6 @@ void TemplateRestrictionsCheck(T3Tree_Node* root);
 void CheckSubtypes(T3Tree_Node* root);
 /// Has that check look at `made` in the place of `written`.
 void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made);
-/// Forgets the constants that the evaluation has noted for that check.
-void ForgetSubtyped();
 /// Lists the fields of `anytype` (T3Types).
 void SetAnyTypeInformation(T3Tree_Node* root);
 

@@ -8,6 +8,7 @@
 #include "driver/diagnostics/Errors.h"
 #include "driver/controller/T3Controller.h"
 #include "frontend/T3Tree.h"
+#include "support/FormatText.h"
 
 namespace {
 const char* NameOf(T3Tree_Node* module) {

@@ -11,6 +11,7 @@
 #include "frontend/T3Scanner.h"
 #include "frontend/T3Tree.h"
 #include "support/rFsearch.h"
+#include "support/FormatText.h"
 
 namespace {
 // A source is read more than once: a directory, pipe or device is none.

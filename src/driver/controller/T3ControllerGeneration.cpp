@@ -12,6 +12,7 @@
 #include "frontend/T3Tree.h"
 #include "generator/module/CGModule.h"
 #include "generator/text/T3Context.h"
+#include "support/FormatText.h"
 
 namespace {
 [[noreturn]] void FetchPrecomppiledAST() {

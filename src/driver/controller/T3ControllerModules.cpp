@@ -6,6 +6,7 @@
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
+#include "support/FormatText.h"
 
 namespace {
 std::string Quoted(tIdent name) {

@@ -8,6 +8,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "support/Global.h"
 #include "support/Sets.h"
+#include "support/FormatText.h"
 
 namespace {
 constexpr size_t kPlainTextLength = 26;

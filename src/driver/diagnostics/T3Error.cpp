@@ -1,6 +1,5 @@
 #include "driver/diagnostics/T3Error.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -116,17 +115,4 @@ void yyAbort(const char* routine) {
   if (text.find('.') == std::string::npos) text = "T3Control." + text;
   gErrors.ErrorMessageI(kCodeRoutineFailed, kFatal, NoPosition, kInfoText, text.c_str());
   std::exit(1);
-}
-
-std::string FormatText(const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, arguments);
-  va_end(arguments);
-  std::string text(length < 0 ? 0 : static_cast<size_t>(length), '\0');
-  if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
-  va_end(again);
-  return text;
 }

@@ -85,5 +85,3 @@ void vexa_checktree(T3Tree_Node* node);
 /// A walk met an impossible kind: reports "routine failed" with `routine` as class 1 and ends the process.
 [[noreturn]] void yyAbort(const char* routine);
 
-/// printf into a std::string.
-std::string FormatText(const char* format, ...) __attribute__((format(printf, 1, 2)));

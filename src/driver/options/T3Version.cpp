@@ -7,6 +7,7 @@
 #include "T3VersionUnits.inc"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3Global.h"
+#include "support/FormatText.h"
 
 namespace {
 // One line; the banner breaks it behind each full stop.

@@ -8,8 +8,8 @@
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGModuleText.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 

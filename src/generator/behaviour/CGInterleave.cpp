@@ -10,7 +10,7 @@
 #include "generator/behaviour/CGAlternatives.h"
 #include "generator/behaviour/CGAltParts.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/behaviour/CGStatement.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"

@@ -1,4 +1,5 @@
 #include "generator/behaviour/CGStatement.h"
+#include "generator/expressions/CGModes.h"
 
 #include <algorithm>
 #include <map>
@@ -9,13 +10,13 @@
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/behaviour/CGAlternatives.h"
-#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGCalls.h"
 #include "generator/behaviour/CGConfiguration.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/templates/CGTemplate.h"
-#include "generator/types/CGTypeAccess.h"
-#include "generator/module/CGValue.h"
+#include "generator/text/CGTypeAccess.h"
+#include "generator/types/CGValue.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"

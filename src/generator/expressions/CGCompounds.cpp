@@ -5,8 +5,8 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGModuleText.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
@@ -168,5 +168,11 @@ void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function) 
     FillList(node, target, function);
   else
     FillMembers(node, type, target, function);
+}
+
+bool Compound(T3Tree_Node* node, Mode allocation, CFunction& function) {
+  auto* compound = node->try_as<T3CompoundValue>();
+  if (compound != nullptr) CompoundValue(compound, allocation, function);
+  return compound != nullptr;
 }
 }  // namespace cg

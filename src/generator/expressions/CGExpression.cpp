@@ -5,9 +5,10 @@
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Exception.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGModes.h"
 #include "generator/text/CGLiteralTable.h"
-#include "generator/module/CGModule.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGModuleText.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
@@ -55,6 +56,17 @@ const char* C2RTSFunction(T3Tree_Node* type) {
   }
 }
 
+// ---- Forms ----
+
+std::span<const cg::Form> g_forms;
+cg::InPlaceForm g_in_place = nullptr;
+
+void GenerateForm(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
+  for (const cg::Form form : g_forms)
+    if (form(node, allocation, function)) return;
+  cg::NotSupported(node);
+}
+
 // ---- Cached literals ----
 
 bool IsCachableConstantExpression(T3Tree_Node* node) {
@@ -75,10 +87,9 @@ bool IsCachableConstantExpression(T3Tree_Node* node) {
 
 // Off while a cached literal is being made.
 bool g_caching = true;
-int g_conditional = 0;
 
 bool MayCache(CFunction& function) {
-  return g_caching && (g_conditional == 0 || &function != &gT3Context.initializeFunction());
+  return g_caching && (!cg::IsConditional() || &function != &gT3Context.initializeFunction());
 }
 
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
@@ -102,7 +113,7 @@ void CacheLiteral(T3Tree_Node* node) {
     CGExpression(node, vexa_c_mode, vexa_perm_alloc, initialize);
     cg::SetFromC(node, name, initialize);
   } else {
-    cg::Literal(node, vexa_perm_alloc, initialize);
+    GenerateForm(node, vexa_perm_alloc, initialize);
   }
   g_caching = caching;
   gT3Context.finalizeFunction().call(LUMO_VALUE_DELETE, {"&(" + name + ")", VEXA_CONTEXT});
@@ -126,17 +137,20 @@ void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& f
                               ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
                               : std::string(argument));
   }
-  if (cg::Operator(node, allocation, function) || cg::Literal(node, allocation, function) ||
-      cg::PreDefinedFunction(node, allocation, function) || cg::Matching(node, allocation, function) ||
-      cg::Behaviour(node, allocation, function) || cg::Reference(node, allocation, function))
-    return;
-  if (auto* compound = node->try_as<T3CompoundValue>())
-    return cg::CompoundValue(compound, allocation, function);
-  cg::NotSupported(node);
+  GenerateForm(node, allocation, function);
 }
 }  // namespace
 
 namespace cg {
+void SetForms(std::span<const Form> forms, InPlaceForm in_place) {
+  g_forms = forms;
+  g_in_place = in_place;
+}
+
+std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function) {
+  return g_in_place(node, mode, function);
+}
+
 const char* RTS2CFunction(T3Tree_Node* type) {
   switch (type->kind) {
     case T3Kind::T3Integer:
@@ -226,27 +240,6 @@ void ReportAtRunTime(const std::string& text, CFunction& function) {
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
   function.call(C2RTSFunction(TypeOf(node)), {target, CLocation(node), VEXA_CONTEXT});
-}
-
-namespace {
-int g_left_sides = 0;
-}  // namespace
-
-LeftSide::LeftSide() {
-  ++g_left_sides;
-}
-LeftSide::~LeftSide() {
-  --g_left_sides;
-}
-bool IsLeftSide() {
-  return g_left_sides != 0;
-}
-
-Conditional::Conditional() {
-  ++g_conditional;
-}
-Conditional::~Conditional() {
-  --g_conditional;
 }
 
 void StoreCLocation(T3Tree_Node* node, const std::string& text) {

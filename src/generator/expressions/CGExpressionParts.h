@@ -1,6 +1,7 @@
 // What the units of the expression generator share.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,15 +30,6 @@ std::string Temporary(const std::string& type, CFunction& function);
 T3Tree_Node* TypeOf(T3Tree_Node* expression);
 std::string CastToUnsignedLong(const std::string& text);
 std::string CastToLongLong(const std::string& text);
-/// Stands while statements are written that run only on a condition: what the module is initialized with must
-/// not be made there.
-class Conditional {
- public:
-  Conditional();
-  Conditional(const Conditional&) = delete;
-  Conditional& operator=(const Conditional&) = delete;
-  ~Conditional();
-};
 /// What is thrown for constructs that no code is generated for.
 class not_supported : public internal_exception {
  public:
@@ -52,38 +44,6 @@ class not_supported : public internal_exception {
 /// The call that ends the test case with an error and this text.
 void ReportAtRunTime(const std::string& text, CFunction& function);
 
-/// Stands while the left side of an assignment is evaluated: fields that are missing are made on the way.
-class LeftSide {
- public:
-  LeftSide();
-  LeftSide(const LeftSide&) = delete;
-  LeftSide& operator=(const LeftSide&) = delete;
-  ~LeftSide();
-};
-bool IsLeftSide();
-
-/// Stand while references to templates mean the template, and while they mean its value, which is the rule.
-class TemplateMode {
- public:
-  TemplateMode();
-  TemplateMode(const TemplateMode&) = delete;
-  TemplateMode& operator=(const TemplateMode&) = delete;
-  ~TemplateMode();
-
- private:
-  bool before_;
-};
-class ValueMode {
- public:
-  ValueMode();
-  ValueMode(const ValueMode&) = delete;
-  ValueMode& operator=(const ValueMode&) = delete;
-  ~ValueMode();
-
- private:
-  bool before_;
-};
-bool IsTemplateMode();
 /// Stands while the functions of a template are written, which find what a module declares by its name.
 class ReferencesViaSymbolTable {
  public:
@@ -116,12 +76,6 @@ struct Callee {
   std::string type;
 };
 Callee CalleeOf(T3Tree_Node* decl);
-/// A declared template, or the import of one.
-bool IsTemplateDecl(T3Tree_Node* decl);
-/// True for a matching mechanism, a reference to a template, and a compound value with one of them in it.
-bool HoldsTemplate(T3Tree_Node* node);
-/// `infinity`, also with a minus.
-bool IsInfinityExpression(T3Tree_Node* node);
 /// The place of a reference in a template in line that stands for one of the arguments of its functions.
 inline constexpr int kPassedToTemplate = 7;
 
@@ -135,13 +89,23 @@ int64_t PlaceOfField(T3Qualifier* field);
 /// True for a literal with characters beyond ASCII.
 bool IsWideLiteral(T3Tree_Node* node);
 
-// Each returns false for a node of another group.
+/// A group of forms of expressions: generates a node of the group and returns true, or returns false.
+using Form = bool (*)(T3Tree_Node* node, Mode allocation, CFunction& function);
+/// Makes a template of what stands where one is wanted, and returns its location.
+using InPlaceForm = std::string (*)(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
+/// What CGExpression asks, one after another; the list is the caller's, and stays. A node for which all return
+/// false is not supported. `in_place` is what TemplateInPlace calls.
+void SetForms(std::span<const Form> forms, InPlaceForm in_place);
+/// The location of a template: a T3TemplateDef or an expression at its place of use.
+std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
+
 bool Operator(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
 bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
+bool Compound(T3Tree_Node* node, Mode allocation, CFunction& function);
 
 void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
 /// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each

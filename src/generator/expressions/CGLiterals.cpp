@@ -6,7 +6,7 @@
 #include "analysis/constants/T3Constants.h"
 #include "driver/modules/T3UTF8String.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"

@@ -1,6 +1,7 @@
 // Operators. Arithmetic of C nests without statements; what makes a run-time value is a call, which nests as
 // well. Only the second operand of `and` and `or`, which may not be evaluated, takes statements.
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGModes.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 

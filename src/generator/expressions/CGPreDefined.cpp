@@ -2,7 +2,8 @@
 #include "analysis/types/T3Types.h"
 #include "asn1/integration/T3Representation.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/module/CGModule.h"
+#include "generator/expressions/CGModes.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 

@@ -8,10 +8,10 @@
 #include "driver/diagnostics/T3Error.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/behaviour/CGFunction.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/types/CGType.h"
-#include "generator/module/CGValue.h"
+#include "generator/types/CGValue.h"
 #include "generator/text/T3Context.h"
 
 namespace {

@@ -2,40 +2,7 @@
 // and the walk over the declarations, which fill the frame.
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "FileAPI/CBase.h"
 #include "frontend/T3Tree.h"
-
-class CFile;
-class CFunction;
 
 /// Generates an analysed module into gT3Context, between its begin and end.
 void CGModule(T3Tree_Node* module);
-/// The module's name; any other node throws internal_exception.
-std::string CGModuleName(T3Tree_Node* module);
-
-/// A reference by which the file links only with the run-time library of the compiler's version.
-void CGAddMagicNumber(CFile& file);
-
-/// The module being generated.
-T3Module* CGCurrentModule();
-
-/// Adds a row to the symbol table: quoted name, kind word, and up to five columns; the rest is "NULL".
-void CGSymTabAddEntry(CWords columns);
-/// "((void *) name)".
-std::string CGFunctionPointer(const std::string& name);
-
-/// The name of the module's source file as the text of a C string literal.
-const std::string& CGSourceFileName(T3Tree_Node* module);
-/// Calls that tell the run-time system where execution stands. `argv` is a word of C, `scope` the word of
-/// the kind of behaviour.
-void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,
-                          const std::string& argv, const std::string& scope, const tPosition& position);
-void CGPopSourceLocation(CFunction& function);
-void CGSetSourceLine(CFunction& function, const tPosition& position);
-/// A comment behind an empty line: a place in the source of the module, and what stands there.
-void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what);
-/// Logs an information to all.
-void CGLogInformation(CFunction& function, const std::string& text);

@@ -1,8 +1,9 @@
 #include "generator/templates/CGConstraint.h"
+#include "generator/expressions/CGModes.h"
 
 #include "analysis/types/T3Types.h"
 #include "generator/templates/CGConstraintParts.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 
 namespace {

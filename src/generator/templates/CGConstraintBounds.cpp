@@ -6,7 +6,8 @@
 #include "analysis/types/T3Types.h"
 #include "driver/modules/T3UTF8String.h"
 #include "generator/templates/CGConstraintParts.h"
-#include "generator/module/CGModule.h"
+#include "generator/expressions/CGModes.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3Context.h"
 

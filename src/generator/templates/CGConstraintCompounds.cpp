@@ -5,7 +5,8 @@
 #include "analysis/constants/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "generator/templates/CGConstraintParts.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/expressions/CGModes.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 
 namespace cgtest {

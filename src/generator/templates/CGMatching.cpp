@@ -1,27 +1,17 @@
-// Matching mechanisms as run-time values, and the two ways in which a reference to a template is meant: as
-// the template, or as the value that it has.
+// Matching mechanisms as run-time values.
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
-#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGModes.h"
 #include "generator/templates/CGTemplate.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 
 namespace cg {
 namespace {
-bool g_template_mode = false;
-
-bool HoldsInList(T3Tree_Node* list) {
-  for (T3Tree_Node* at = list; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No ||
-        HoldsTemplate(at->as<T3FieldValue>()->value))
-      return true;
-  return false;
-}
-
 const char* ListKind(T3Tree_Node* node) {
   if (node->is<T3Complement>()) return LUMO_VALUE_LIST_COMPLEMENT;
   if (node->is<T3SubSet>()) return LUMO_VALUE_LIST_SUBSET;
@@ -135,54 +125,10 @@ void MatchOperation(T3Match* node, CFunction& function) {
 }
 }  // namespace
 
-TemplateMode::TemplateMode() : before_(g_template_mode) {
-  g_template_mode = true;
-}
-TemplateMode::~TemplateMode() {
-  g_template_mode = before_;
-}
-ValueMode::ValueMode() : before_(g_template_mode) {
-  g_template_mode = false;
-}
-ValueMode::~ValueMode() {
-  g_template_mode = before_;
-}
-bool IsTemplateMode() {
-  return g_template_mode;
-}
-
-bool IsTemplateDecl(T3Tree_Node* decl) {
-  return T3Is<T3TemplateDecl>(decl) || T3Is<T3ImportTemplateDecl>(decl);
-}
-
 std::string PatternText(T3Tree_Node* node, CFunction& function) {
   const ValueMode mode;
   if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
   return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
-}
-
-bool IsInfinityExpression(T3Tree_Node* node) {
-  if (auto* negative = node->try_as<T3UnaryMinus>()) node = negative->arg;
-  return node->is<T3Infinity>();
-}
-
-bool HoldsTemplate(T3Tree_Node* node) {
-  if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
-  if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>())
-    return true;
-  if (auto* compound = node->try_as<T3CompoundValue>()) return HoldsInList(compound->value);
-  if (auto* call = node->try_as<T3Parameterization>()) {
-    T3Tree_Node* callee = BehindImport(Def(call));
-    if (T3Is<T3Function>(callee)) return callee->as<T3Function>()->returns_template;
-    node = call->base;
-  }
-  if (auto* element = node->try_as<T3Subscription>()) return HoldsTemplate(element->base);
-  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && IsField(field))
-    return HoldsTemplate(WholeOf(field));
-  if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return false;
-  T3Tree_Node* def = Def(node);
-  return IsTemplateDecl(def) || T3Is<T3FormalTemplatePar>(def) ||
-         (T3Is<T3VarDecl>(def) && def->as<T3VarDecl>()->is_template_variable);
 }
 
 bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {

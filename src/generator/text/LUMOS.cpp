@@ -7,6 +7,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/FormatText.h"
 
 namespace {
 // The report of a name that is asked for on a node of another kind; it does not return, whatever the type

@@ -1,9 +1,10 @@
 #include "generator/types/CGCheck.h"
+#include "generator/expressions/CGModes.h"
 
 #include "generator/templates/CGConstraint.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/templates/CGTemplate.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"

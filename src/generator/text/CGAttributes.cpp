@@ -1,4 +1,4 @@
-#include "generator/module/CGAttributes.h"
+#include "generator/text/CGAttributes.h"
 
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"

@@ -1,4 +1,4 @@
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"

@@ -1,8 +1,8 @@
 // Expressions that call behaviours, and operations on components and timers.
 #include "analysis/types/T3Types.h"
-#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"

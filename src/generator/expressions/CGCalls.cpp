@@ -1,12 +1,12 @@
-#include "generator/behaviour/CGCalls.h"
+#include "generator/expressions/CGCalls.h"
+#include "generator/expressions/CGModes.h"
 
 #include <vector>
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
-#include "generator/templates/CGTemplate.h"
-#include "generator/types/CGTypeAccess.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
@@ -30,7 +30,7 @@ bool IsReferenceParameter(T3Tree_Node* formal) {
 
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
-  if (formal->is<T3FormalTemplatePar>()) return CGInlinedTemplate(actual, vexa_template_plain, function);
+  if (formal->is<T3FormalTemplatePar>()) return cg::TemplateInPlace(actual, vexa_template_plain, function);
   const cg::ValueMode mode;
   if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
@@ -130,7 +130,7 @@ void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
     {
       const CGStatementScope scope(function);
       const std::string location = formal->is<T3FormalTemplatePar>()
-                                       ? CGInlinedTemplate(value, vexa_template_plain, function)
+                                       ? cg::TemplateInPlace(value, vexa_template_plain, function)
                                        : cg::InRTS(value, vexa_temp_alloc, function);
       function.assign(slot, cg::Call(LUMO_VALUE_COPY, {location, LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
     }

@@ -1,10 +1,10 @@
-#include "generator/types/CGTypeTables.h"
+#include "generator/text/CGTypeTables.h"
 
 #include "analysis/names/T3Names.h"
 #include "asn1/integration/T3CodecReference.h"
 #include "driver/diagnostics/T3Error.h"
-#include "generator/module/CGAttributes.h"
-#include "generator/module/CGModule.h"
+#include "generator/text/CGAttributes.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"

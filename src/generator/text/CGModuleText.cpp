@@ -1,0 +1,92 @@
+#include "generator/text/CGModuleText.h"
+
+#include <algorithm>
+#include <array>
+
+#include "FileAPI/CFile.h"
+#include "FileAPI/CFunction.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
+#include "driver/options/T3CommandLine.h"
+#include "driver/options/T3Version.h"
+#include "generator/text/LUMOS.h"
+#include "generator/text/T3CodeDefs.h"
+#include "generator/text/T3Context.h"
+
+namespace {
+constexpr size_t kColumns = 7;
+
+std::string MagicNumberName() {
+  std::string name = std::string("RTS_MAGIC_NUMBER_") + kVersion;
+  std::replace(name.begin(), name.end(), '.', '_');
+  return name;
+}
+}  // namespace
+
+std::string CGModuleName(T3Tree_Node* module) {
+  if (!T3Is<T3Module>(module)) internal_error_ast("CGModule", __LINE__, "CGModuleName", module);
+  return gIdents.GetCStr(module->as<T3Module>()->name);
+}
+
+T3Module* CGCurrentModule() {
+  return gT3ModuleMap.at(gT3Context.currentModuleName())->as<T3Module>();
+}
+
+void CGAddMagicNumber(CFile& file) {
+  const std::string type = std::string(C_VOID) + " *";
+  file.addExternalConstant(type, MagicNumberName());
+  file.addConstant(type, "RTS_MAGIC_NUMBER_CHECK", "&(" + MagicNumberName() + ")", true);
+}
+
+void CGSymTabAddEntry(CWords columns) {
+  std::array<std::string_view, kColumns> row;
+  std::copy(columns.begin(), columns.end(), row.begin());
+  std::fill(row.begin() + columns.size(), row.end(), C_NULL);
+  gT3Context.symbolTable().addRow({row[0], row[1], row[2], row[3], row[4], row[5], row[6]});
+}
+
+std::string CGFunctionPointer(const std::string& name) {
+  return "((" + std::string(C_VOID) + " *) " + name + ")";
+}
+
+const std::string& CGSourceFileName(T3Tree_Node* module) {
+  static T3Tree_Node* last = nullptr;
+  static auto& name = *new std::string;
+  if (module == last) return name;
+  last = module;
+  name.clear();
+  for (const char c : EscapeEscape(GetSourceFile(module))) {
+    if (c == '"') name += '\\';
+    name += c;
+  }
+  return name;
+}
+
+void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,
+                          const std::string& argv, const std::string& scope, const tPosition& position) {
+  function.call(LUMO_SOURCE_LOCATION_PUSH,
+                {Quote(CGModuleName(module)), Quote(name), argv, scope, Quote(CGSourceFileName(module)),
+                 std::to_string(position.Line), VEXA_CONTEXT});
+}
+
+void CGPopSourceLocation(CFunction& function) {
+  function.call(LUMO_SOURCE_LOCATION_POP, {VEXA_CONTEXT});
+}
+
+void CGSetSourceLine(CFunction& function, const tPosition& position) {
+  function.call(LUMO_SOURCE_LOCATION_SET_LINE, {std::to_string(position.Line), VEXA_CONTEXT});
+}
+
+void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what) {
+  std::string text = CGSourceFileName(CGCurrentModule());
+  text.append(" - line ").append(std::to_string(position.Line)).append(" : ").append(what);
+  // the name of a file must not end the comment
+  for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
+    text.insert(at + 1, " ");
+  function.addText("\n");
+  function.addComment(text);
+}
+
+void CGLogInformation(CFunction& function, const std::string& text) {
+  function.call(LUMO_LOG_STRING_TO_ALL, {LUMO_LOG_MSG_INFO_C, Quote(text), VEXA_CONTEXT});
+}
