@@ -76,3 +76,34 @@ def circles_of(names, edges):
                     if len(circle) > 1:
                         found.append(sorted(circle))
     return sorted(found, key=lambda circle: (-len(circle), circle))
+
+
+def room_of(circle, root):
+    """The folders that the sources of a circle lie in."""
+    folders = {path.parent.relative_to(root).as_posix() for path in root.rglob("*.cpp")
+               if path.name + "" in circle and "out" not in path.relative_to(root).parts}
+    return ", ".join(sorted(folders))
+
+
+def main():
+    root = Path(__file__).resolve().parent.parent
+    failed = False
+    for library in sys.argv[1:]:
+        name = Path(library).name
+        members = symbols_of(library)
+        if not members:
+            sys.exit(f"check_circles.py: {library} has no members")
+        circles = circles_of(sorted(members), edges_of(members))
+        for circle in circles:
+            print(f"{name}: {len(circle)} sources ({room_of(set(circle), root)}): {' '.join(circle)}")
+        sizes = [len(circle) for circle in circles]
+        allowed = ALLOWED.get(name, [])
+        if sizes != allowed:
+            better = len(sizes) <= len(allowed) and all(a <= b for a, b in zip(sizes, allowed))
+            print(f"{name}: circles of {sizes}, the table says {allowed}" + ("; let it follow" if better else ""))
+            failed = failed or not better
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -12,17 +12,23 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"')
 RAW_STRING = re.compile(r'R"(\w*)\(.*?\)\1"', re.DOTALL)  # text for a generated file
 
 # Room of a file: the first row whose pattern matches its path. The interface of the diagnostics is its headers;
-# their implementation also reads the error limit from the options and writes trees to report files.
+# their implementation also reads the error limit from the options and writes trees to report files. So it is with the
+# evaluation of a module: its headers say what a rule and a stage are, its sources know all of them.
 ROOMS = [
     (r"src/driver/diagnostics/\w+\.h", "diagnostics"),
     (r"src/driver/diagnostics/", "diagnostics sources"),
     (r"src/driver/controller/", "controller"),
     (r"src/driver/", "driver services"),
     (r"src/main\.cpp", "main"),
+    (r"src/analysis/walk/\w+\.h", "analysis interface"),
+    (r"src/(analysis|generator)/(\w+)/", r"\1 \2"),
     (r"src/asn1/integration/", "asn1 integration"),
     (r"src/asn1/front/(Records\.h|MainTypes\.def)", "asn1 records"),
     (r"src/asn1/(front|model)/", "asn1 model"),
-    (r"src/(support|frontend|analysis|FileAPI|generator|asn1|build)/", r"\1"),
+    (r"src/(support|frontend|FileAPI|asn1|build)/", r"\1"),
+    (r"runtime/src/(value|template|text)/", "runtime values"),
+    (r"runtime/src/(run|ports)/", "runtime run"),
+    (r"runtime/src/suite/", "runtime suite"),
     (r"(runtime|tools)/", r"\1"),
     (r"tests/unit/", "unit tests"),
     (r"(bench|fuzz)/", r"\1"),
@@ -30,17 +36,32 @@ ROOMS = [
 
 BASE = {"support", "diagnostics"}
 SERVICES = BASE | {"driver services", "frontend", "asn1 integration"}
-ANALYSIS = SERVICES | {"analysis"}
-GENERATOR = ANALYSIS | {"FileAPI", "generator"}
+
+
+def layers(below, names):
+    """Rooms that lie one above the other, the lowest first: each knows itself and what is below it."""
+    allowed, known = {}, set(below)
+    for name in names:
+        known = known | {name}
+        allowed[name] = known
+    return allowed
+
+
+ANALYSIS_LAYERS = layers(SERVICES, ["analysis interface"] + ["analysis " + room for room in (
+    "names", "types", "inference", "constants", "flow", "templates", "rules", "walk")])
+ANALYSIS = ANALYSIS_LAYERS["analysis walk"]
+GENERATOR_LAYERS = layers(ANALYSIS | {"FileAPI"}, ["generator " + room for room in (
+    "text", "expressions", "templates", "types", "behaviour", "module")])
+GENERATOR = GENERATOR_LAYERS["generator module"]
 ALLOWED = {
     "support": {"support"},
     "diagnostics": BASE,
     "diagnostics sources": SERVICES,
     "driver services": SERVICES,
     "frontend": SERVICES,
-    "analysis": ANALYSIS,
+    **ANALYSIS_LAYERS,
     "FileAPI": BASE | {"FileAPI"},
-    "generator": GENERATOR,
+    **GENERATOR_LAYERS,
     "asn1 records": {"asn1 records"},
     "asn1 model": {"asn1 records", "asn1 model"},  # the tools link it, without the compiler
     "asn1": GENERATOR | {"asn1 records", "asn1 model", "asn1"},
@@ -49,6 +70,7 @@ ALLOWED = {
     "controller": GENERATOR | {"asn1", "asn1 model", "build", "controller"},
     "main": {"controller"},
     "runtime": {"runtime"},
+    **layers({"runtime"}, ["runtime values", "runtime run", "runtime suite"]),
     "tools": {"support", "asn1 records", "asn1 model", "tools", "runtime"},
 }
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <mutex>
 
-#include "ports/codec.h"
+#include "text/codec.h"
 #include "value/error.h"
 #include "text/log.h"
 #include "ports/no_adapter.h"

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "run/clock.h"
+#include "value/clock.h"
 #include "ports/port.h"
 
 namespace lumos {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "ports/codec.h"
+#include "text/codec.h"
 #include "value/error.h"
 #include "value/location.h"
 #include "text/log.h"

@@ -6,6 +6,7 @@
 #include "ports/port.h"
 #include "run/scheduler.h"
 #include "template/templates.h"
+#include "value/hooks.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -162,6 +163,10 @@ Value find_component_element(const char* name) {
   if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
   return force_part(c->record, static_cast<size_t>(index));
 }
+
+namespace {
+const bool hook_is_set = (hooks.component_element = find_component_element, true);
+}  // namespace
 
 Component& system_component() {
   Component& system = *test_case->system;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "run/fiber.h"
-#include "run/task.h"
+#include "value/task.h"
 
 namespace lumos {
 
@@ -78,6 +78,8 @@ struct Result {
   std::string reason;
 };
 std::vector<Result>& results();
+// Told of each result as it comes; null tells nobody.
+extern void (*result_listener)(const Result& result);
 const char* verdict_name(lumo_verdict_t verdict);
 
 // --- life of a component

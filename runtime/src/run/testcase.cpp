@@ -4,7 +4,6 @@
 #include "text/log.h"
 #include "ports/outside.h"
 #include "run/scheduler.h"
-#include "suite/suite.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -52,6 +51,8 @@ void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lu
 
 }  // namespace
 
+void (*result_listener)(const Result& result) = nullptr;
+
 std::vector<Result>& results() {
   static auto* all = new std::vector<Result>;
   return *all;
@@ -94,7 +95,7 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
   log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", module, testcase,
              verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
   results().push_back({module, testcase, tc.verdict, tc.reason});
-  report_verdict(results().back());
+  if (result_listener) result_listener(results().back());
   lumo_verdict_t verdict = tc.verdict;
   return lumo_value_set_verdict(make_root(lumo_verdicttype_type, lumo_temp_alloc_c), verdict, context);
 }

@@ -7,6 +7,7 @@
 
 #include "value/error.h"
 #include "text/log.h"
+#include "value/hooks.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -187,6 +188,12 @@ void wake_expired(Time time) {
 void stop_timers_of(Task& task) {
   while (task.timers) halt(task.timers);
 }
+
+namespace {
+const bool hooks_are_set =
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
+     hooks.timer_text = timer_text, hooks.stop_timers_of = stop_timers_of, true);
+}  // namespace
 
 }  // namespace lumos
 

@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string>
 
-#include "run/clock.h"
-#include "run/task.h"
+#include "value/clock.h"
+#include "value/task.h"
 #include "value/value.h"
 
 namespace lumos {

@@ -95,6 +95,10 @@ void report_verdict(const Result& result) {
   std::fflush(stdout);
 }
 
+namespace {
+const bool listens = (result_listener = report_verdict, true);
+}  // namespace
+
 void print_summary() {
   if (results().empty()) return;
   size_t counts[5] = {};

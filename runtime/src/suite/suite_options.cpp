@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "run/clock.h"
+#include "value/clock.h"
 #include "run/fiber.h"
 #include "text/log.h"
 #include "template/match.h"

@@ -4,7 +4,7 @@
 #include "value/location.h"
 #include "template/pattern.h"
 #include "value/scratch.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 

@@ -3,7 +3,7 @@
 #include "value/error.h"
 #include "template/match.h"
 #include "value/scratch.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 
 namespace lumos {

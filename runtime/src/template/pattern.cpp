@@ -7,7 +7,7 @@
 
 #include "value/error.h"
 #include "value/location.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 

@@ -4,7 +4,7 @@
 
 #include "value/error.h"
 #include "value/location.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "value/types.h"
 
 namespace lumos {

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <vector>
 
-#include "run/task.h"
+#include "value/task.h"
 #include "value/value.h"
 
 namespace lumos {

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "value/error.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 

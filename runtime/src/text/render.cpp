@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "value/error.h"
-#include "run/task.h"
-#include "run/timer.h"
+#include "value/task.h"
+#include "value/hooks.h"
 #include "value/types.h"
 #include "value/value.h"
 
@@ -269,7 +269,7 @@ void put_contents(std::string& out, Value v, int depth) {
       out += "port";
       return;
     case Form::timer:
-      out += timer_text(v->timer);
+      out += hooks.timer_text(v->timer);
       return;
     case Form::instance:
       return put_instance(out, v, depth + 1);

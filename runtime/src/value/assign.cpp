@@ -3,9 +3,9 @@
 
 #include "value/error.h"
 #include "value/memory.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
-#include "run/timer.h"
+#include "value/hooks.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -139,7 +139,7 @@ bool same_family(lumo_type_kind_t a, lumo_type_kind_t b) {
 
 void assign_timer(Value target, Value source) {
   if (target->form != Form::timer) mismatch(target, source);
-  copy_timer_default(target->timer, source->timer);
+  hooks.copy_timer_default(target->timer, source->timer);
 }
 
 void assign_scalar(Value target, Value source) {

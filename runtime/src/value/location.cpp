@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "run/component.h"
+#include "value/hooks.h"
 #include "value/error.h"
 #include "value/types.h"
 
@@ -53,7 +53,7 @@ Value find_named_value(const char* name) {
   size_t visible = std::min(task.visible_frames, task.frames.size());
   for (size_t i = visible; i-- > 0;)
     if (Value v = find_in_frame(task, i, name)) return v;
-  if (Value v = find_component_element(name)) return v;
+  if (Value v = hooks.component_element ? hooks.component_element(name) : nullptr) return v;
   if (Value v = find_registered(task, name)) return v;
   if (visible == 0) return nullptr;
   lumo_symbol_entry_t row = lumo_find_element(task.frames[visible - 1].module, name, current_task);

@@ -1,7 +1,7 @@
 // Where behaviours stand in the source, and which named values they see.
 #pragma once
 
-#include "run/task.h"
+#include "value/task.h"
 
 namespace lumos {
 

@@ -3,8 +3,8 @@
 #include <new>
 
 #include "value/memory.h"
-#include "run/task.h"
-#include "run/timer.h"
+#include "value/task.h"
+#include "value/hooks.h"
 #include "value/value.h"
 
 namespace lumos {
@@ -73,7 +73,7 @@ void end_roots(Task& task, size_t mark) {
 }
 
 void reset_task(Task& task) {
-  stop_timers_of(task);
+  if (hooks.stop_timers_of) hooks.stop_timers_of(task);
   end_roots(task, 0);
   task.frames.clear();
   task.named.clear();

@@ -4,7 +4,7 @@
 
 #include "value/error.h"
 #include "template/templates.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "value/types.h"
 #include "value/value.h"
 

@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ports/codec.h"
+#include "text/codec.h"
 #include "value/error.h"
 #include "value/operand.h"
 #include "template/pattern.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 #include "value/value.h"

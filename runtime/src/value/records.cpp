@@ -1,6 +1,6 @@
 // Values with parts: records, sets, signatures, unions, lists and arrays.
 #include "value/error.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 #include "value/value.h"

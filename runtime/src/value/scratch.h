@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "run/task.h"
+#include "value/task.h"
 #include "value/value.h"
 
 namespace lumos {

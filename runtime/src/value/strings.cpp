@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "value/error.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
 #include "value/value.h"

@@ -7,8 +7,6 @@
 #include <unordered_map>
 
 #include "value/error.h"
-#include "suite/params.h"
-#include "suite/suite.h"
 
 namespace lumos {
 
@@ -42,12 +40,21 @@ void index_rows(RegisteredModule& m) {
   }
 }
 
-lumo_symbol_entry_t find_row(const char* module, std::string_view name) {
+}  // namespace
+
+lumo_symbol_entry_t own_row(const char* module, std::string_view name) {
   RegisteredModule* m = find(module);
   if (!m) return nullptr;
   auto found = m->by_name.find(name);
   return found == m->by_name.end() ? nullptr : found->second;
 }
+
+std::vector<CodecSetup>& codec_setups() {
+  static auto* all = new std::vector<CodecSetup>;
+  return *all;
+}
+
+namespace {
 
 // Rows of imports get their value or behaviour late, or not at all.
 bool is_empty(const lumo_symbol_entry_struct_t& row) {
@@ -70,50 +77,7 @@ bool is_empty(const lumo_symbol_entry_struct_t& row) {
 lumo_symbol_entry_t find_origin(std::string_view qualified) {
   size_t point = qualified.find('.');
   if (point == std::string_view::npos) return nullptr;
-  return find_row(std::string(qualified.substr(0, point)).c_str(), qualified.substr(point + 1));
-}
-
-std::vector<void (*)(lumo_type_t, lumo_context_t)>& codec_setups() {
-  static auto* all = new std::vector<void (*)(lumo_type_t, lumo_context_t)>;
-  return *all;
-}
-
-using ModuleFunction = void (*)(lumo_context_t);
-
-struct Pass {
-  const char* row;
-};
-
-void call_in_all_modules(void* argument) {
-  const char* name = static_cast<Pass*>(argument)->row;
-  // The imports of a module stand before it, and guards keep a second call from doing anything.
-  for (size_t i = 0; i < registered().size(); ++i) {
-    lumo_symbol_entry_t row = find_row(registered()[i]->module.name, name);
-    if (row && row->function_ptr) reinterpret_cast<ModuleFunction>(row->function_ptr)(current_task);
-  }
-}
-
-bool run_pass(const char* task, const char* row) {
-  Pass pass{row};
-  return run_guarded(task, call_in_all_modules, &pass);
-}
-
-void set_codecs_up(void*) {
-  for (auto setup : codec_setups())
-    for (auto& m : registered())
-      for (unsigned long i = 0; i < m->module.row_count; ++i) {
-        const lumo_symbol_entry_struct_t& row = m->module.rows[i];
-        if (row.kind == lumo_symbol_entry_kind_userdefined_type && row.type_descriptor)
-          setup(row.type_descriptor, current_task);
-      }
-}
-
-struct ControlPart {
-  lumo_function_t function;
-};
-
-void call_control_part(void* argument) {
-  static_cast<ControlPart*>(argument)->function(0, nullptr, current_task);
+  return own_row(std::string(qualified.substr(0, point)).c_str(), qualified.substr(point + 1));
 }
 
 }  // namespace
@@ -147,7 +111,7 @@ void lumo_module_register(const char* name, lumo_boolean_t is_root, lumo_symbol_
 
 lumo_symbol_entry_t lumo_find_element(const char* module, const char* name, lumo_context_t) {
   if (!module || !name) return nullptr;
-  lumo_symbol_entry_t row = find_row(module, name);
+  lumo_symbol_entry_t row = own_row(module, name);
   if (row && !is_empty(*row)) return row;
   if (lumo_symbol_entry_t origin = find_origin(name)) return origin;
   return row;
@@ -192,32 +156,4 @@ const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t) {
 
 const char* t3asn_lumo_import_variant(const char* module, lumo_context_t) {
   return import_attribute(module, &lumo_type_struct_t::variant_attributes);
-}
-
-lumo_boolean_t lumo_pre_initialize(lumo_context_t) {
-  results().clear();
-  return true;
-}
-
-lumo_boolean_t lumo_initialize(lumo_context_t) {
-  return run_pass("", "module initialize") && run_guarded("", set_codecs_up, nullptr) &&
-         run_pass("", "module params initialize");
-}
-
-lumo_boolean_t lumo_execute_control_part(const char* module, lumo_context_t) {
-  const Module* root = root_module();
-  const char* name = module ? module : root ? root->name : nullptr;
-  lumo_symbol_entry_t row = name ? find_row(name, "control part function") : nullptr;
-  if (!row || !row->function_ptr) return false;
-  ControlPart part{reinterpret_cast<lumo_function_t>(row->function_ptr)};
-  return run_guarded("control", call_control_part, &part);
-}
-
-lumo_boolean_t lumo_finalize(lumo_context_t) {
-  return run_pass("", "module finalize");
-}
-
-lumo_boolean_t lumo_retrieve_module_parameter(const char* module, const char* name, lumo_value_t location,
-                                              lumo_context_t) {
-  return set_from_parameter(module, name, location);
 }

@@ -1,6 +1,7 @@
 // The registered modules and their symbol tables.
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "lumos.h"
@@ -17,5 +18,11 @@ struct Module {
 
 std::vector<Module> registered_modules();
 const Module* root_module();  // null before registration
+// The row of that name in a module's own table, whatever it holds; null if there is none.
+lumo_symbol_entry_t own_row(const char* module, std::string_view name);
+
+using CodecSetup = void (*)(lumo_type_t, lumo_context_t);
+// What is called with every type when the suite starts.
+std::vector<CodecSetup>& codec_setups();
 
 }  // namespace lumos

@@ -4,9 +4,9 @@
 
 #include "value/error.h"
 #include "value/memory.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "template/templates.h"
-#include "run/timer.h"
+#include "value/hooks.h"
 #include "value/types.h"
 #include "value/value.h"
 
@@ -27,7 +27,7 @@ void free_buffers(Value v) {
       std::free(v->ids.data);
       break;
     case Form::timer:
-      delete_timer(v->timer);
+      hooks.delete_timer(v->timer);
       break;
     case Form::external:
       if (v->external->destroy && v->external->home) v->external->destroy(v->external->home, current_task);
@@ -104,7 +104,7 @@ void shape(Value v) {
       if (v->form != Form::timer) {
         clear_contents(v);
         v->form = Form::timer;
-        v->timer = new_timer(v);
+        v->timer = hooks.new_timer(v);
       }
       break;
     default:

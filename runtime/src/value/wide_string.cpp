@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "run/task.h"
+#include "value/task.h"
 #include "value/types.h"
 #include "value/value.h"
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "support/StringM.h"

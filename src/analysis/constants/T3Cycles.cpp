@@ -4,9 +4,11 @@
 #include <map>
 #include <set>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/constants/T3Dependencies.h"
+#include "analysis/constants/T3Cycles.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"

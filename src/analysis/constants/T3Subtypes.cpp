@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/constants/T3Faults.h"
 #include "analysis/names/T3Names.h"

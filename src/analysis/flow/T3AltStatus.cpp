@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"

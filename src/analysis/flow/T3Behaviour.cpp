@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "analysis/names/T3Names.h"
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"

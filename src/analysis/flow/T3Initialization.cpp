@@ -6,7 +6,7 @@
 
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"

@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "analysis/inference/T3InferenceParts.h"
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "support/ModuleCaches.h"
 
 namespace t3infer {

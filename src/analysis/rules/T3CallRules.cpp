@@ -4,7 +4,7 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3ParameterKinds.h"
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "analysis/rules/T3RuleParts.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3ParameterKinds.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "analysis/rules/T3RuleParts.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"

@@ -2,7 +2,7 @@
 #include <string>
 #include <unordered_set>
 
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/flow/T3AltStatus.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"

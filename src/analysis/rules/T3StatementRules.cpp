@@ -1,9 +1,9 @@
 // The rules of statements, alternatives, and operations on components, timers, defaults and verdicts.
 #include <string>
 
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/flow/T3AltStatus.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3ParameterKinds.h"

@@ -2,10 +2,10 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/flow/T3AltStatus.h"
 #include "analysis/constants/T3ConstantValues.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"

@@ -1,8 +1,8 @@
 // Where a value is required and not a template, where a constant, and where a field must have a value.
 #include <vector>
 
-#include "analysis/rules/T3RuleParts.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Subtree.h"

@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "analysis/names/T3Names.h"
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
-#include "analysis/names/T3References.h"
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/types/T3References.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"

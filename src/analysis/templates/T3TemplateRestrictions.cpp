@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "analysis/names/T3Names.h"
-#include "analysis/names/T3References.h"
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/types/T3References.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"

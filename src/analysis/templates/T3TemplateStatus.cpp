@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "support/NumberMap.h"

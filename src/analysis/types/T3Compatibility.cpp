@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 

@@ -1,4 +1,5 @@
 // The walk of the evaluation: children first, in the order of the source, with a stack of its own.
+#include "analysis/constants/T3Cycles.h"
 #include "analysis/walk/T3Eval.h"
 
 #include <algorithm>
@@ -6,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/inference/T3InferenceForms.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"

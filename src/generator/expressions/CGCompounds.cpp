@@ -1,7 +1,7 @@
 // Compound values: the value of the whole is reserved, and its parts are assigned to it one by one.
 #include <set>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/expressions/CGExpressionParts.h"

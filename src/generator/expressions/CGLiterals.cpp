@@ -3,7 +3,7 @@
 #include <limits>
 #include <vector>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "driver/modules/T3UTF8String.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"

@@ -2,7 +2,8 @@
 
 #include <vector>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/constants/T3Cycles.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/flow/T3Unused.h"
 #include "driver/diagnostics/T3Error.h"

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "driver/modules/T3UTF8String.h"
 #include "generator/templates/CGConstraintParts.h"

@@ -2,7 +2,7 @@
 // what stands for what.
 #include <optional>
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "generator/templates/CGConstraintParts.h"
 #include "generator/expressions/CGModes.h"

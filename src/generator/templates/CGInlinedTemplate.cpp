@@ -2,7 +2,7 @@
 // what is local where it stands is passed to it as arguments.
 #include <map>
 
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"

@@ -1,6 +1,6 @@
 #include "generator/types/CGValue.h"
 
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3Exception.h"
 #include "generator/expressions/CGExpressionParts.h"

@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "run/clock.h"
+#include "value/clock.h"
 #include "ports/outside.h"
 #include "support.h"
 

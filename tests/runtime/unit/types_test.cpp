@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "ports/codec.h"
+#include "text/codec.h"
 #include "support.h"
 
 using namespace lumos;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support.h"
-#include "run/task.h"
+#include "value/task.h"
 
 using namespace lumos;
 using namespace lumos::testing;

@@ -1,10 +1,9 @@
-// Constant values, constness, and the graphs of dependencies between declarations.
+// Constant values and constness.
 #pragma once
 
 #include <optional>
 #include <string>
 
-#include "analysis/constants/T3Dependencies.h"
 #include "frontend/T3Tree.h"
 
 // Accessors compute at the first read; empty where the expression has no such constant value.
@@ -29,12 +28,3 @@ struct T3KnownBounds {
 };
 std::optional<T3KnownBounds> KnownBounds(T3Tree_Node* array);
 bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b);
-
-/// Empties the dependencies of the module under analysis: those of constants and types, and of templates.
-void ResetDependencies();
-/// Empties the chains of template modifications.
-void resetTemplateDependencies();
-/// Enters a declaration in its graphs, and reports each cycle at the declaration that closes it.
-void EnterDependencies(T3Tree_Node* decl);
-/// The declarations of the module in an order in which each stands behind what its value or type needs.
-T3NodeList orderDependencies(T3Tree_Node* module);

@@ -1,18 +1,14 @@
-// Faults, and the runs that a fault ends.
-#include <cstdarg>
+// The runs that a fault ends.
 #include <cstdio>
 #include <cstdlib>
 
 #include "run/component.h"
-#include "value/error.h"
-#include "text/log.h"
 #include "run/scheduler.h"
+#include "value/hooks.h"
 
 namespace lumos {
 
 namespace {
-
-Task process_task;
 
 struct Guard {
   Task task;
@@ -41,8 +37,6 @@ void guarded_entry(void* argument) {
 
 }  // namespace
 
-Task* current_task = &process_task;
-
 void leave_behaviour() {
   if (Component* c = current_task->component) {
     leave_component(*c);
@@ -52,18 +46,10 @@ void leave_behaviour() {
   std::exit(2);
 }
 
-void fault(const char* format, ...) {
-  static char text[2048];
-  static bool reporting = false;
-  if (!reporting) {
-    reporting = true;
-    va_list list;
-    va_start(list, format);
-    std::vsnprintf(text, sizeof text, format, list);
-    va_end(list);
-    log_line(lumo_log_msg_error_c, text);
-    reporting = false;
-  }
+namespace {
+
+// Gives what runs its verdict, and leaves it.
+[[noreturn]] void end_faulty(const char* text) {
   if (Component* c = current_task->component) {
     c->verdict = lumo_verdict_error_c;
     end_test_case(lumo_verdict_error_c, text);
@@ -75,25 +61,9 @@ void fault(const char* format, ...) {
   std::exit(2);
 }
 
-void refuse(const char* format, ...) {
-  static char text[1024];
-  va_list list;
-  va_start(list, format);
-  std::vsnprintf(text, sizeof text, format, list);
-  va_end(list);
-  if (current_task->decoding == 0) fault("%s", text);
-  current_task->refused = true;
-  log_line(lumo_log_msg_error_c, text);
-}
+const bool hooks_are_set = (hooks.end_faulty = end_faulty, hooks.stack_left = stack_left, true);
 
-bool stack_is_short() {
-  constexpr size_t reserve = 48 * 1024;
-  return stack_left() < reserve;
-}
-
-void check_stack() {
-  if (stack_is_short()) fault("the calls or the value are nested too deeply");
-}
+}  // namespace
 
 bool run_guarded(const char* task_name, void (*function)(void*), void* argument) {
   Guard here;

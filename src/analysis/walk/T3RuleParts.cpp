@@ -1,7 +1,7 @@
-#include "analysis/rules/T3RuleParts.h"
+#include "analysis/walk/T3RuleParts.h"
 
 #include "analysis/names/T3Names.h"
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"

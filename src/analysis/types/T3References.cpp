@@ -1,5 +1,5 @@
 // The resolution of references.
-#include "analysis/names/T3References.h"
+#include "analysis/types/T3References.h"
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"

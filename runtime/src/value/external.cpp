@@ -1,6 +1,6 @@
 // Values in the form of a codec, which are translated when they are first looked at.
 #include "value/error.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "value/types.h"
 #include "value/value.h"
 

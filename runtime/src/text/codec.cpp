@@ -1,11 +1,11 @@
-#include "ports/codec.h"
+#include "text/codec.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include "text/reader.h"
-#include "run/task.h"
+#include "value/task.h"
 #include "value/types.h"
 
 struct lumo_binary_string_struct {

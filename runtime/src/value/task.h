@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "run/clock.h"
+#include "value/clock.h"
 #include "lumos.h"
 #include "value/value.h"
 

@@ -1,6 +1,6 @@
 // Folding of integers, floats and characters, and constness. Chains of operators are folded in loops; a long
 // chain of constants that stand for each other is worked off by a list of its own instead of by recursion.
-#include "analysis/constants/T3Constants.h"
+#include "analysis/types/T3Constants.h"
 
 #include <cstdlib>
 #include <cstring>

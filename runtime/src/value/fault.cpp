@@ -1,0 +1,56 @@
+// Faults, as far as values know of them: a text, and nothing behind it.
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+#include "text/log.h"
+#include "value/error.h"
+#include "value/hooks.h"
+
+namespace lumos {
+
+namespace {
+Task process_task;
+}  // namespace
+
+Task* current_task = &process_task;
+constinit Hooks hooks;
+
+void fault(const char* format, ...) {
+  static char text[2048];
+  static bool reporting = false;
+  if (!reporting) {
+    reporting = true;
+    va_list list;
+    va_start(list, format);
+    std::vsnprintf(text, sizeof text, format, list);
+    va_end(list);
+    log_line(lumo_log_msg_error_c, text);
+    reporting = false;
+  }
+  if (hooks.end_faulty) hooks.end_faulty(text);
+  std::fprintf(stderr, "%s\n", text);
+  std::exit(2);
+}
+
+void refuse(const char* format, ...) {
+  static char text[1024];
+  va_list list;
+  va_start(list, format);
+  std::vsnprintf(text, sizeof text, format, list);
+  va_end(list);
+  if (current_task->decoding == 0) fault("%s", text);
+  current_task->refused = true;
+  log_line(lumo_log_msg_error_c, text);
+}
+
+bool stack_is_short() {
+  constexpr size_t reserve = 48 * 1024;
+  return hooks.stack_left && hooks.stack_left() < reserve;
+}
+
+void check_stack() {
+  if (stack_is_short()) fault("the calls or the value are nested too deeply");
+}
+
+}  // namespace lumos
