@@ -1,6 +1,7 @@
 // The rules of types and constants that every node of their kinds obeys.
 #include <unordered_set>
 
+#include "analysis/constants/T3Cycles.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
