@@ -1,5 +1,6 @@
 // Services on types: candidates and what strikes them out, kinds of strings and built-in types, searches in
 // bodies, numbers of literals, fields of `anytype`, and the printed form of types.
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 #include "analysis/names/T3References.h"
 
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -59,24 +60,18 @@ void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
   Fail(qualifier);
 }
 
-bool IsTypeName(T3Tree_Node* def) {
-  return T3Is<T3TypeDecl>(BehindImport(def));
-}
-
 // A field of `anytype` is the name of a type, alone or qualified by its module.
 void ResolveInAnyType(T3Qualifier* qualifier, tIdent module) {
-  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
-  const tIdent own = qualifier->place == nullptr ? NoIdent : qualifier->place->vexa_module_name;
-  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
-  const tIdent key = module == own || module == NoIdent ? 0 : module;
-  T3Tree_Node* def = NewIdentify1(env, qualifier->id, key, qualifier->position, false);
-  if (module == NoIdent && T3Is<T3Module>(def)) {
+  if (qualifier->place == nullptr || !T3Is<T3MapEnv>(qualifier->place->env)) return Fail(qualifier);
+  T3Tree_Node* named =
+      module == NoIdent ? ModuleInAnyType(qualifier, qualifier->id, qualifier->position) : nullptr;
+  if (named != nullptr) {
     qualifier->attr().module_name_in_anytype_qualification = true;
-    return SetMeaning(qualifier, def, gT3AnyModuleType);
+    return SetMeaning(qualifier, named, gT3AnyModuleType);
   }
-  if (IsTypeName(def) && PartOfAllTypes(BaseTypeDef(def))) return SetMeaning(qualifier, def, def);
-  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own, gIdents.MakeIdent("anytype"),
-                      module == NoIdent ? own : module, qualifier->id);
+  T3Tree_Node* member = AnyTypeMember(qualifier, qualifier->id, module, qualifier->position);
+  if (!member->is<T3ErrorType>()) return SetMeaning(qualifier, member, member);
+  ReportNoAnyTypeMember(qualifier, qualifier->id, module, qualifier->position);
   Fail(qualifier);
 }
 

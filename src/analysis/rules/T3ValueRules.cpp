@@ -67,8 +67,10 @@ bool Varies(T3Tree_Node* value) {
     auto* compound = at->try_as<T3CompoundValue>();
     if (compound == nullptr && !HasFailed(at) && !IsConstant(at) && !IsQualifiedLiteral(at)) return true;
     for (T3Tree_Node* part = compound == nullptr ? nullptr : compound->value; T3Is<T3FieldValue>(part);
-         part = part->as<T3FieldValue>()->next)
+         part = part->as<T3FieldValue>()->next) {
+      if (part->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No) return true;
       open.push_back(part->as<T3FieldValue>()->value);
+    }
   }
   return false;
 }
