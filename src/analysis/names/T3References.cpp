@@ -24,10 +24,11 @@ void Fail(_T3Reference* reference) {
   SetMeaning(reference, _sgT3NoDecl(true), gT3ErrorType);
 }
 
-// A local name is known only behind its declaration.
+// A local name is known only behind its declaration; that of a group means nothing by itself.
 T3Tree_Node* UsableHere(T3Tree_Node* def, T3Identifier* use) {
   if (def == nullptr) return _sgT3NoDecl(true);
-  if (!def->is<_T3Decl>() || DefUsePositionsConsistent(def, use)) return def;
+  const bool is_usable = !def->is<T3GroupDecl>() && DefUsePositionsConsistent(def, use);
+  if (!def->is<_T3Decl>() || is_usable) return def;
   vexa_filtered_error(ERR_undefined, use->position, use->id);
   return _sgT3NoDecl(true);
 }
@@ -54,8 +55,9 @@ void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
   auto* base = qualifier->base->try_as<T3Identifier>();
   const tIdent module = base != nullptr ? base->id : named->name;
   T3Tree_Node* def = base != nullptr ? IdentifyQualified(env, qualifier) : nullptr;
-  if (def != nullptr && !def->is<T3NoDecl>()) return SetMeaning(qualifier, def, def);
-  if (base == nullptr || !IsKnownInModule(env, qualifier, module))
+  const bool is_group = T3Is<T3GroupDecl>(def);
+  if (def != nullptr && !def->is<T3NoDecl>() && !is_group) return SetMeaning(qualifier, def, def);
+  if (base == nullptr || is_group || !IsKnownInModule(env, qualifier, module))
     vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, module, qualifier->id);
   Fail(qualifier);
 }

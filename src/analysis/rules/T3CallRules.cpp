@@ -31,7 +31,8 @@ void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
     return;
   }
   if (!T3Is<_T3Expression>(value) || value->is<T3NotUsedSymbol>() || HasFailed(value)) return;
-  if (!IsLvalue(value)) vexa_filtered_error(ERR_lvalue, PositionOf(actual));
+  const bool holds_template = !par->is<T3FormalTemplatePar>() || IsTemplateReference(value);
+  if (!IsLvalue(value) || !holds_template) vexa_filtered_error(ERR_lvalue, PositionOf(actual));
 }
 
 bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {

@@ -171,15 +171,8 @@ void CheckCall(T3Tree_Node* node) {
 void CheckReply(T3Tree_Node* node) {
   RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
-void CheckReceive(T3Tree_Node* node) {
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Message);
-}
-void CheckGetCall(T3Tree_Node* node) {
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Call);
-}
-void CheckGetReply(T3Tree_Node* node) {
+void CheckReturnTemplate(T3Tree_Node* node) {
   RefuseUndefined(node, node->as<T3GetReplyStmt>()->return_template, vexa_template_mode_t::Message);
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
 void CheckValueOf(T3Tree_Node* node) {
   RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_mode_t::Message);
@@ -216,11 +209,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3RaiseStmt, CheckSending},
     {T3Kind::T3CallStmt, CheckCall},
     {T3Kind::T3ReplyStmt, CheckReply},
-    {T3Kind::T3ReceiveStmt, CheckReceive},
-    {T3Kind::T3TriggerStmt, CheckReceive},
-    {T3Kind::T3GetCallStmt, CheckGetCall},
-    {T3Kind::T3GetReplyStmt, CheckGetReply},
-    {T3Kind::T3CatchStmt, CheckReceive},
+    {T3Kind::T3GetReplyStmt, CheckReturnTemplate},
     {T3Kind::T3ValueOf, CheckValueOf},
     {T3Kind::T3EncValue, CheckEncValue},
     {T3Kind::T3SUTStmt, CheckAction},
@@ -228,6 +217,13 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3AddressListItem, CheckRecipient},
 };
 }  // namespace
+
+void CheckReceivedTemplate(T3Tree_Node* statement) {
+  const auto mode = statement->is<T3GetCallStmt>()    ? vexa_template_mode_t::Call
+                    : statement->is<T3GetReplyStmt>() ? vexa_template_mode_t::Reply
+                                                      : vexa_template_mode_t::Message;
+  if (statement->is<_T3TemplatePortStmt>()) RefuseUndefined(statement, ValueOf(statement), mode);
+}
 
 std::span<const T3Rule> TemplateRules() {
   return kRules;

@@ -81,12 +81,6 @@ void CheckConstant(T3Tree_Node* node) {
     vexa_filtered_error(ERR_const, PositionOf(node));
 }
 
-// A type may stand for its values.
-bool NamesType(T3Tree_Node* value) {
-  return (value->is<T3Identifier>() || value->is<T3Qualifier>()) &&
-         T3Is<T3TypeDecl>(BehindImport(Def(value)));
-}
-
 // The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
 // of its own.
 bool VariesInType(T3Tree_Node* value) {
@@ -108,6 +102,20 @@ void CheckSubType(T3Tree_Node* node) {
       vexa_filtered_error(ERR_const, range->position);
   }
   if (varies) vexa_filtered_error(ERR_const, subtype->position);
+}
+
+// Lengths are known before the suite runs, in templates too. The bounds of an array are told at the array.
+void CheckLengthBound(T3Tree_Node* node, T3Tree_Node* bound) {
+  if (!T3Is<T3ArrayType>(node->parent) && VariesInType(bound))
+    vexa_filtered_error(ERR_const, PositionOf(bound));
+}
+
+void CheckSingleBound(T3Tree_Node* node) {
+  CheckLengthBound(node, node->as<T3SingleBound>()->ub);
+}
+void CheckRangeBound(T3Tree_Node* node) {
+  CheckLengthBound(node, node->as<T3RangeBound>()->lb);
+  CheckLengthBound(node, node->as<T3RangeBound>()->ub);
 }
 
 void CheckAssignment(T3Tree_Node* node) {
@@ -227,6 +235,8 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3ConstDecl, CheckConstant},
     {T3Kind::T3ModuleParDecl, CheckConstant},
     {T3Kind::T3SubType, CheckSubType},
+    {T3Kind::T3SingleBound, CheckSingleBound},
+    {T3Kind::T3RangeBound, CheckRangeBound},
     {T3Kind::T3AssignStmt, CheckAssignment},
     {T3Kind::T3RetStmt, CheckReturnValue},
     {T3Kind::T3IfStmt, CheckBranch},

@@ -244,6 +244,8 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
   }
   if (!node->is<_T3Expression>() && !node->is<T3TemplateDef>()) {
     if (node->is<T3SubType>() || node->is<T3TypeReference>()) EnterType();
+    if (node->is<_T3FunctionBodyDecl>() || node->is<T3ControlPart>() || node->is<T3ComponentType>())
+      EnterBody(node);
     return;
   }
   if (node->is<T3TemplateDef>()) EnterTemplate(node);
