@@ -18,4 +18,7 @@ struct Module {
 std::vector<Module> registered_modules();
 const Module* root_module();  // null before registration
 
+// Whether a type was declared by a module of ASN.1.
+bool is_asn1_type(lumo_type_t type);
+
 }  // namespace lumos
