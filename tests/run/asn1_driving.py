@@ -113,9 +113,9 @@ class DrivingTest(unittest.TestCase):
         for sources, text in ((("A.asn", "Abi.asn"), "would take the names of those of ASN.1 module \"A\""),
                               (("A.asn", "sub/A.asn"), "have the same name"),
                               (("two.asn",), "module \"Second\" stands behind another one")):
-            status, out, _ = self.orvane("-F", "-A", *sources)
+            status, out, err = self.orvane("-F", "-A", *sources)
             self.assertNotEqual(status, 0, out)
-            self.assertIn(text, out)
+            self.assertIn(text, err)
 
     def test_other_encodings(self):
         (self.folder / "ucs.asn").write_bytes(LIBRARY.encode("utf-16"))

@@ -71,7 +71,7 @@ bool Compilation::parseFile(const std::string& path) {
   if (!parsed_.insert(path).second) return true;
   SourceFile& file = files_.emplace_back();
   file.path = path;
-  if (!readFile(path, file.text)) {
+  if (!readSource(path, file.text)) {
     reporter_.error("the file " + path + " can not be read");
     return false;
   }

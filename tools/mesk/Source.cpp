@@ -49,8 +49,13 @@ bool readFile(const std::string& path, std::string& text) {
   }
   const bool good = !std::ferror(file) && text.size() <= kLargestFile;
   std::fclose(file);
-  settleEncoding(text);
   return good;
+}
+
+bool readSource(const std::string& path, std::string& text) {
+  if (!readFile(path, text)) return false;
+  settleEncoding(text);
+  return true;
 }
 
 void Reporter::write(const std::string& line) {

@@ -15,8 +15,10 @@ struct SourceFile {
   std::deque<std::string> strings;  // texts that don't stand in the source as they are meant
 };
 
-/// Reads a file whole, in UTF-8 or in two octets for each character; false where it can't be read.
+/// Reads a file whole; false where it can't be read.
 bool readFile(const std::string& path, std::string& text);
+/// The same for a text, in UTF-8 or in two octets for each character; it becomes UTF-8.
+bool readSource(const std::string& path, std::string& text);
 
 struct Place {
   const SourceFile* file = nullptr;

@@ -17,7 +17,7 @@ struct Found {
 bool scan(const std::string& path, std::vector<Found>& found) {
   mesk::SourceFile file;
   file.path = path;
-  if (!mesk::readFile(path, file.text)) {
+  if (!mesk::readSource(path, file.text)) {
     std::printf("%s(1): the file can not be read\n", path.c_str());
     return false;
   }
