@@ -1,17 +1,25 @@
 #!/usr/bin/env python3
-"""Runs the suites that are written in the shape of generated code and compares what they print.
+"""Builds a suite of two modules with each kind of main file, runs it with all options and compares what it prints.
 
-Usage: check_suites.py FOLDER-OF-PROGRAMS
+    suite_options.py --orvane PROGRAM --out FOLDER [--sanitize LIST]
 """
+
+import argparse
+import shutil
 import subprocess
 import sys
+from pathlib import Path
+
+from makefiles import Place
+
+SOURCES = Path(__file__).resolve().parent / "options"
+PROGRAMS = {"plain": (), "registry": ("-i",), "server": ("-i", "-R")}
 
 TWO_MODULES_LOG = """\
 info Module Base registered
 info Module Main registered
 info Base.ttcn:6 Module Base initialized
 info Main.ttcn:9 Module Main initialized
-ttcn3 Base.ttcn:1 2
 info Base.ttcn:6 Module Base - module parameters initialized
 info Main.ttcn:9 Module Main - module parameters initialized
 info control Main.ttcn:8 test case Main.tc_good started
@@ -36,20 +44,20 @@ Main.tc_error: error
 
 # program, arguments, status, output, log, perhaps input; None is not compared, a list holds what must occur.
 CASES = [
-    ("two_modules", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
-    ("two_modules", ["-n", "-v", "ttcn3", "-t", "tc_good", "--param", "Base.step=11"], 0,
+    ("plain", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
+    ("plain", ["-n", "-v", "ttcn3", "-t", "tc_good", "--param", "Base.step=11"], 0,
      "Main.tc_good: pass\n1 test case: 1 pass, 0 none, 0 inconc, 0 fail, 0 error\n",
-     "ttcn3 Base.ttcn:1 11\nttcn3 mtc Main.ttcn:4 twice 21 is 42 limit 7\n"),
-    ("two_modules", ["-n", "--testcase=Main.tc_good,tc_wrong", "-vnone"], 1,
+     "ttcn3 mtc Main.ttcn:4 twice 21 is 231 limit 7\n"),
+    ("plain", ["-n", "--testcase=Main.tc_good,tc_wrong", "-vnone"], 1,
      ["Main.tc_good: pass\n", "Main.tc_wrong: fail\n"], ""),
-    ("two_modules", ["--list", "-vnone"], 0,
+    ("plain", ["--list", "-vnone"], 0,
      "module Base\nmodule Main (root)\n  testcase Main.tc_good\n  testcase Main.tc_wrong\n"
      "  testcase Main.tc_error\n  testcase Main.tc_param\n", ""),
-    ("two_modules", ["--help"], 0, ["--simulated-time", "Exit status"], ""),
-    ("two_modules", ["--unknown"], 2, "", ["unknown option '--unknown'"]),
-    ("two_modules", ["-t", "nothing"], 2, "", ["there is no test case 'nothing'"]),
-    ("two_modules", ["-t", "tc_param"], 2, "", ["test case 'tc_param' has parameters"]),
-    ("two_modules", ["-n", "-p", "step=abc"], 2, "",
+    ("plain", ["--help"], 0, ["--simulated-time", "Exit status"], ""),
+    ("plain", ["--unknown"], 2, "", ["unknown option '--unknown'"]),
+    ("plain", ["-t", "nothing"], 2, "", ["there is no test case 'nothing'"]),
+    ("plain", ["-t", "tc_param"], 2, "", ["test case 'tc_param' has parameters"]),
+    ("plain", ["-n", "-p", "step=abc"], 2, "",
      ["module parameter Base.step cannot be set to abc: an integer is missing at character 1"]),
     ("registry", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
     ("registry", ["-vnone", "-t", "tc_good"], 0, ["Main.tc_good: pass\n"], ""),
@@ -82,7 +90,7 @@ ok
 error: unknown command 'frobnicate'
 """, None, "modules\nrun tc_good\nroot Nowhere\nroot Main\ntestcases\nrun tc_good\nrun nothing\n\n"
             "control\nparam step=3\nfrobnicate\nquit\nmodules\n"),
-    ("two_modules", ["-n", "-L", "/nonexistent/log"], 2, "", ["no value for option"]),
+    ("plain", ["-n", "-L", "/nonexistent/log"], 2, "", ["no value for option"]),
 ]
 
 
@@ -94,10 +102,29 @@ def agrees(expected, actual):
     return expected == actual
 
 
+def build(options):
+    """The executables by their names."""
+    made = {}
+    for name, more in PROGRAMS.items():
+        folder = options.out.resolve() / name
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        place = Place(folder, options.orvane.resolve(), options.sanitize)
+        place.compile(*more, files=[str(SOURCES / "Base.ttcn"), str(SOURCES / "Main.ttcn")], root="Main")
+        place.make("-s")
+        made[name] = str(folder / "Main")
+    return made
+
+
 def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--orvane", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
+    programs = build(parser.parse_args())
     failures = 0
     for program, arguments, status, out, log, *given in CASES:
-        command = [f"{sys.argv[1]}/lumos_suite_{program}"] + arguments
+        command = [programs[program]] + arguments
         try:
             run = subprocess.run(command, input="".join(given), capture_output=True, text=True, timeout=60)
         except subprocess.TimeoutExpired:
