@@ -45,7 +45,7 @@ C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
 # Runs a command and tells the most memory that it took.
 MEASURED = """import resource, subprocess, sys
 status = subprocess.call(sys.argv[1:])
-print("megabytes taken:", resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024)
+print("resident megabytes", resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024)
 sys.exit(status)"""
 
 
@@ -168,10 +168,10 @@ def main():
     command = [sys.executable, "-c", MEASURED, f"./{suite.root}", *suite.arguments]
     output = run(command, folder, "execution", (suite.status(),),
                  suite.directives.get("ENVIRONMENT", ()))
+    output, _, megabytes = output.rpartition("resident megabytes ")
     faults = compare(suite, output)
-    megabytes = int(re.findall(r"megabytes taken: (\d+)", output)[-1])
-    if not arguments.sanitize and megabytes > int(suite.first("MEMORY", "1000")):
-        faults.append(f"the suite took {megabytes} megabytes")
+    if not arguments.sanitize and int(megabytes) > int(suite.first("MEMORY", "1000")):
+        faults.append(f"the suite took {megabytes.strip()} megabytes")
     if faults:
         print(output[-8000:])
         print("\n".join(faults))
