@@ -39,6 +39,7 @@ void CheckPort(T3Tree_Node* node) {
 }
 
 bool HasPortType(_T3PortStmt* statement) {
+  if (NamesType(statement->port)) return false;
   return IsAnyPort(statement->port) || ExpressionBaseType(statement->port) == gT3AnyPortType ||
          ExpressionBaseType(statement->port)->is<T3PortType>();
 }
@@ -305,16 +306,16 @@ T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
   return nullptr;
 }
 
-// The component that `self`, `mtc` and `system` stand for, as far as the behaviour tells it.
+// The component that `self`, `mtc` and `system` stand for in a test case; null elsewhere, where a function
+// may run on a component that has more than it knows.
 T3Tree_Node* GenericComponent(T3Tree_Node* component) {
   T3Tree_Node* behaviour = component->place == nullptr ? nullptr : component->place->vexa_owner;
   auto* testcase = T3Is<T3Testcase>(behaviour) ? behaviour->as<T3Testcase>() : nullptr;
-  T3Tree_Node* type = gT3NoType;
-  if (component->is<T3System>() && testcase != nullptr && !T3Is<T3NoType>(testcase->system))
-    type = BaseTypeDef(testcase->system);
-  else if (component->is<T3Self>() || testcase != nullptr)
-    type = ComponentOf(behaviour);
-  return T3Is<T3ComponentType>(type) ? type : nullptr;
+  if (testcase == nullptr) return nullptr;
+  const bool has_system = component->is<T3System>() && !T3Is<T3NoType>(testcase->system);
+  T3Tree_Node* type = has_system ? BaseTypeDef(testcase->system) : ComponentOf(testcase);
+  const bool is_generic = component->is<T3Self>() || component->is<T3MTC>() || component->is<T3System>();
+  return is_generic && T3Is<T3ComponentType>(type) ? type : nullptr;
 }
 
 bool NamesPort(const Side& side) {
@@ -324,9 +325,10 @@ bool NamesPort(const Side& side) {
 void FindPort(Side& side) {
   if (!IsGiven(side.component) || HasFailed(side.component)) return;
   side.owner = ExpressionBaseType(side.component);
-  T3Tree_Node* component = side.owner == gT3AnyComponentType ? GenericComponent(side.component) : side.owner;
-  if (!T3Is<T3ComponentType>(component) || !NamesPort(side)) return;
-  T3Tree_Node* decl = FindPortInComponentDecl(component, PortName(side.port));
+  T3Tree_Node* known = side.owner == gT3AnyComponentType ? GenericComponent(side.component) : nullptr;
+  if (known != nullptr) side.owner = known;
+  if (!T3Is<T3ComponentType>(side.owner) || side.owner == gT3AnyComponentType || !NamesPort(side)) return;
+  T3Tree_Node* decl = FindPortInComponentDecl(side.owner, PortName(side.port));
   if (decl == nullptr) return;
   side.decl = decl->as<T3PortDecl>();
   T3Tree_Node* type = BaseTypeDef(decl);
@@ -341,7 +343,6 @@ bool CheckSubscription(T3Tree_Node* node, const Side& side) {
   return true;
 }
 
-// What `self` and its like stand for may have more ports than is known here.
 bool CheckComponent(T3Tree_Node* node, const Side& side) {
   if (side.owner == nullptr || side.owner == gT3AnyComponentType) return false;
   if (NamesType(side.component) ||

@@ -88,32 +88,41 @@ int Collection::OfDecl(T3TemplateDecl* decl) {
   return status;
 }
 
+// A field or an element; a name behind that of its module is none.
+bool IsPart(T3Tree_Node* reference) {
+  return reference->is<T3Subscription>() ||
+         (reference->is<T3Qualifier>() && !T3Is<T3TemplateDecl>(DefQuietly(reference)));
+}
+
 // A name, a call, or a part of what they stand for.
 int Collection::OfReference(T3Tree_Node* reference) {
   T3Tree_Node* def = DefQuietly(reference);
   if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
   if (T3Is<T3TemplateDecl>(def)) return OfDecl(def->as<T3TemplateDecl>());
   if (auto* call = reference->try_as<T3Parameterization>()) return OfCall(call);
-  if (!reference->is<T3Qualifier>() && !reference->is<T3Subscription>()) return kStatusPlain;
-  return OfPart(reference->as<_T3Qualification>());
+  return IsPart(reference) ? OfPart(reference->as<_T3Qualification>()) : kStatusPlain;
 }
 
 T3Tree_Node* MergedOnly(T3TemplateDecl* decl, T3Parameterization* call) {
   return AwaitsMerge(decl->definition) ? nullptr : WrittenConstraint(decl, call);
 }
 
-// A part may be used for what the whole may be used for, unless it is known to be better.
+// A part may be used for what the whole may be used for, unless it is known to be better. What is given for
+// the parameters of a call may stand in any part.
 int Collection::OfPart(_T3Qualification* part) {
-  T3SignatureType* whole = std::exchange(signature, nullptr);
-  int status = part->base->is<_T3Reference>() ? Of(part->base) : kStatusPlain;
+  T3SignatureType* outer = std::exchange(signature, nullptr);
+  T3Tree_Node* whole = part->base;
+  while (IsPart(whole)) whole = whole->as<_T3Qualification>()->base;
+  int status = whole->is<_T3Reference>() ? Of(whole) : kStatusPlain;
   if (status > kStatusReference) {
     T3Tree_Node* value = PartBehind(part, MergedOnly);
-    if (!value->is<_T3Reference>())
-      status = Of(value);
-    else if (awaits_merge)
+    const int own = value->is<_T3Reference>() ? status : Of(value);
+    if (awaits_merge && value->is<_T3Reference>())
       status = kStatusReference;
+    else if (!deep || own != kStatusReference)
+      status = own;
   }
-  signature = whole;
+  signature = outer;
   return status;
 }
 
