@@ -145,7 +145,7 @@ def options(tests, _update):
     tests.equal("mkprefil", (status, text), (0, ""))
     tests.equal("option file", (tests.out / "p.txt").read_text().splitlines(),
                 ["-PREFIX=First:a_b:a_b", "-PREFIX=Second-Mod:Second-Mod:Second-Mod", "-PREFIX=Third:c:c",
-                 "-PREFIX=Long:" + "x" * 32 + ":" + "x" * 32])
+                 "-PREFIX=Long:" + "x" * 30 + ":" + "x" * 30])
     status, text = tests.run("mkprefil", "-OPTION-FILE=q.txt", "-A=one", "-A=two", "none.asn", "lost.asn")
     tests.equal("mkprefil faults", (status, text, (tests.out / "q.txt").exists()),
                 (1, "one/none.asn(1): the file holds no ASN.1 module\nlost.asn(1): the file was not found\n", False))
@@ -180,7 +180,7 @@ def options(tests, _update):
     (tests.out / "more").mkdir()
     tests.equal("cut prefixes", tests.run("mesk", "-S=more", "-A=one", "-A=two", "+p.txt"), (0, ""))
     tests.equal("files of cut prefixes", sorted(path.name for path in (tests.out / "more").iterdir()),
-                ["Second-Mod.stx", "a_b.stx", "c.stx", "x" * 32 + ".stx"])
+                ["Second-Mod.stx", "a_b.stx", "c.stx", "x" * 30 + ".stx"])
 
     # A second run in the manner of the generation: only -PREFIX, both modules under other names.
     (work / "p.txt").write_text("-PREFIX=App-Mod:app:G-App\n-PREFIX=Lib-Mod:lib:G-Lib\n")

@@ -37,6 +37,7 @@ CASES = [
       "c": ["t3asn_Glue_Forms_ber_encode_t3_Glue_FormsSelf(value, encoded_data, ctx)\n  lumo_value_t value;\n",
             "ASNG_DEF(ASNUTIG *asnutigPtr)\n"]}),
     ("module-codec", [], ["-ASN2C_CODEC=PER"], {"c": ["!cod.ext\"", "per_al_encode", "!_ber_encode_", "!per_ua_encode"]}),
+    ("indefinite", [], ["-ASN2C_CODEC=BER_INDEFINITE"], {"c": ["_ber_bi_encode_", "!_ber_encode_", "!per_al_encode"]}),
     ("type-codec", [], ["-ASN2C_CODEC=PER", "-BEO=ASN2T3=Number:ASN2C_CODEC=BER"],
      {"c": ["_ber_encode_t3_Glue_FormsNumber", "!_ber_encode_t3_Glue_FormsSelf", "_per_al_encode_t3_Glue_FormsNumber"]}),
     ("own-function", [], ["-OWNI=own.h", "-BEO=ASN2T3=OWNF=t3-Glue-FormsList"],

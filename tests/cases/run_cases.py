@@ -13,6 +13,8 @@ A case is a .ttcn file with at least one RUN line. Its directives, each at the e
     expect-error@+1:12 {{text}}   a diagnostic one line below, column 12; `@:5` this line, `@12!:5` line 12,
                              `@*:0` a diagnostic without a position; a column of 0 is one without a column.
                              Kinds: expect-error, expect-warning, expect-found (text after "found/expected : ")
+    each-error regex {{text}}     an error with this text, in which `*` is what the pattern found, wherever it finds something
+                             in the source beside comments
     STDOUT: text, STDERR: text    lines that hold the text, in this order
     C: text, H: text         the same in the generated C and header file of this module
     FILE(name): text         the same in another file of %t; an empty text asks only for the file
@@ -39,6 +41,7 @@ DIRECTIVE = re.compile(
     r"(?://|--)\s*(RUN|SH|CWD|ENV|STATUS|STDOUT|STDERR|C|H|STDOUT-NOT|STDERR-NOT|C-NOT|H-NOT"
     r"|(?:FILE|FILE-NOT|NO-FILE)\([^)]*\)):(.*)$")
 EXPECTATION = re.compile(r"^expect-(error|warning|found)@(\*|[+-]\d+|\d+!|):(\d+) \{\{(.*)\}\}\s*$")
+EACH = re.compile(r"^\s*// each-(error|warning) (\S+) \{\{(.*)\}\}\s*$", re.MULTILINE)
 DIAGNOSTIC = re.compile(
     r"^(?:(?P<file>.*?)\((?P<line>\d+)\) (?:: column (?P<column>\d+) )?: )?"
     r"(?P<kind>Fatal|Restriction|Error|Warning|Repair|Note|Information) +(?P<text>.*)$")
@@ -128,8 +131,14 @@ def expectation_line(place, number):
 
 def read_expectations(path, substitute):
     """The diagnostics that a source expects, as (file, line, column, kind, text)."""
+    text = read_text(path)
+    patterns = EACH.findall(text)
     expected = []
-    for number, line in enumerate(read_text(path).split("\n"), 1):
+    for number, line in enumerate(text.split("\n"), 1):
+        code = re.split(r"//|--", line)[0] if patterns else ""
+        for kind, pattern, message in patterns:
+            expected += [(os.path.realpath(path), number, found.start() + 1, kind.capitalize(),
+                          message.replace("*", found.group())) for found in re.finditer(pattern, code)]
         parts = re.split(r"(?://|--)\s*(?=expect-)", line.rstrip("\r"))
         for part in parts[1:]:
             match = EXPECTATION.match(part)

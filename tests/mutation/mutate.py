@@ -9,8 +9,8 @@ Which places are changed follows from the seed and the text of the lines, not fr
 the same places again after the sources or the tests have been changed elsewhere.
 
   mutate.py --list                       the mutants of a seed
-  mutate.py --tree COPY                  copies HEAD into COPY, builds it there and runs the tests
-  mutate.py --tree COPY --tests OTHER    the same with tests/ as it stands in commit OTHER, and the sources of HEAD
+  mutate.py --tree COPY                  copies HEAD into COPY, if that is not there, builds it and runs the tests
+  mutate.py --tree COPY --tests OTHER    the same with tests/ as it stands in commit OTHER: what a change of them costs
 """
 
 import argparse
@@ -141,18 +141,18 @@ def plant(tree, chosen):
         path = tree / mutant.file
         text = path.read_text()
         text = text[:mutant.start] + mutant.text.replace("@", f"mutant({number})") + text[mutant.end:]
-        text = f'#include "{tree}/mutant.h"\n#line 1\n' + re.sub(r"(?m)^((?:static |inline )*)constexpr (?=.*\[\] *=|"
-                                                                r"std::array)", r"\1const ", text)
-        path.write_text(text)
+        if mutant.form == "row":
+            text = re.sub(r"(?m)^((?:static |inline )*)constexpr (?=.*\[\] *=|std::array)", r"\1const ", text)
+        path.write_text(f'#include "{tree}/mutant.h"\n#line 1\n' + text)
 
 
-def build(tree, top, options):
+def build(tree, options):
     """Plants and builds; what does not compile is left out and replaced, its keys are kept beside the tree."""
     record = Path(f"{tree}.unsuitable")
     unsuitable = set(record.read_text().split()) if record.exists() else set()
     while True:
-        chosen = choose(top, options.seed, options.count, unsuitable)
         subprocess.run(["git", "checkout", "-q", "."], cwd=tree, check=True)
+        chosen = choose(tree, options.seed, options.count, unsuitable)
         if options.tests:
             subprocess.run(f"git rm -rq tests && git checkout -q {options.tests} -- tests && git reset -q",
                            cwd=tree, shell=True, check=True)
@@ -182,7 +182,7 @@ def run_test(tree, options, name, environment, limit):
 
 def reach(tree, options):
     """For each test that passes without a mutant: its time and the mutants that it reaches."""
-    record = Path(f"{tree}.reached.json")
+    record = Path(f"{tree}.reached.{(options.tests or 'HEAD').replace('/', '_')}.json")
     if record.exists():
         return json.loads(record.read_text())
     listed = subprocess.run(["ctest", "--test-dir", tree / options.binaries, "-N", "--show-only=json-v1"],
@@ -221,7 +221,7 @@ def main():
     tree = options.tree.resolve()
     if not tree.exists():
         subprocess.run(["git", "clone", "-q", "--shared", top, tree], check=True)
-    chosen = build(tree, top, options)
+    chosen = build(tree, options)
     tests = reach(tree, options)
     caught = 0
     for number, mutant in enumerate(chosen, 1):

@@ -136,7 +136,7 @@ class BadInputTest(unittest.TestCase):
 
     def test_cut_and_holed_files(self):
         source = Path(__file__).resolve().parent / "suites" / "procedures.ttcn"
-        text = source.read_text()
+        text = source.read_text().replace("  import from Harness all;\n", "")
         end = text.rindex("}")
         for at in range(1, end, end // 120):
             begin = text.index("module")
@@ -201,6 +201,9 @@ class BadInputTest(unittest.TestCase):
                          "type port P message { inout N } type component C { port P p } "
                          + " ".join(f"template N t{i} := {{ t{i + 1}, t{i + 1}, t{i + 1} }};" for i in links)
                          + " template N t40 := { omit, omit, omit }; function f() runs on C { p.send(t0); p.receive(t0); }",
+            "types": " ".join(f"type record {n}{i} {{ {n}{i + 1} a, {n}{i + 1} b }}" for n in "XY" for i in links)
+                     + " type record X40 { integer a } type record Y40 { integer a } "
+                       "function f(X0 x, inout Y0 y) { y := x; if (y == x) { } }",
             "functions": " ".join(f"function g{i}() return integer {{ return g{i + 1}() + g{i + 1}() + g{i + 1}(); }}"
                                   for i in links)
                          + " function g40() return integer { return g0(); } type component C { timer t }"
@@ -218,11 +221,16 @@ class BadInputTest(unittest.TestCase):
 
     def test_long_lists(self):
         count = 100_000
+        names = [f"n{i}" for i in range(20_000)]
         for body in ["function f() { var integer v := 0; " + "v := v + 1;\n" * count + "}",
                      "const integer c := 1" + " + 1\n" * 5_000 + ";",
                      "type record of integer L; const L c := { " + "1,\n" * count + "1 };",
                      "".join(f"const integer c{i} := {i};\n" for i in range(count)),
-                     "type enumerated E { " + ",\n".join(f"e{i}" for i in range(20_000)) + " }"]:
+                     "type enumerated E { " + ",\n".join(f"e{i}" for i in range(20_000)) + " }",
+                     "import from N { " + ";".join(f"type T{i}" for i in range(20_000)) + " } type port P message { "
+                     + ";".join(f"in T{i}" for i in range(20_000)) + " } modulepar integer " + ", ".join(names)
+                     + "; type component C { timer t" + ", t".join(names) + " } } module N { "
+                     + "".join(f"type integer T{i}; " for i in range(20_000))]:
             with self.subTest(body[:40]):
                 self.write(module(body))
                 self.assertEqual(0, self.orvane("-v", "1", "-a", "-F", "M.ttcn").status)

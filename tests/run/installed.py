@@ -17,7 +17,7 @@ import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
-from run_suite import FINISHED, Suite  # noqa: E402
+from run_suite import Suite, compare  # noqa: E402
 
 TIMEOUT_SECONDS = 300
 TOOLS = ("make", "sh", "rm", "cc", "c++", "as", "ld")
@@ -80,9 +80,9 @@ def build_and_run(suite, program, prefix, folder, environment, options):
         run(["cc", "-std=c11", "-Wall", "-Werror=implicit", f"-I{prefix / 'include'}", "-fsyntax-only", source.stem + ".c"],
             folder, environment)
         check_life_cycle(source.stem, output, folder)
-    verdicts = FINISHED.findall(output)
-    if verdicts != suite.verdicts:
-        sys.exit(f"{folder}: expected {suite.verdicts}\nfound {verdicts}\n{output[-4000:]}")
+    faults = compare(suite, output)
+    if faults:
+        sys.exit("\n".join([f"{folder}:", *faults, output[-4000:]]))
     return len(suite.sources)
 
 

@@ -212,4 +212,5 @@ def main():
     sys.exit(1 if failed or not checks else 0)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Compiles a test suite, builds it by the makefile that the compiler writes, runs it and compares the verdicts.
 
-    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--expect NAME] [--encoding NAME] SUITE
+    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--encoding NAME] SUITE
+
+A file without a control part has all its test cases run in their order; those without a VERDICT line must pass.
 
 SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
-file VERDICTS, or another one of the NAME. What is expected stands there, or in comments of the file after `//`:
+file VERDICTS. What is expected stands there, or in comments of the file after `//`:
 
-    VERDICT: TC_name pass     the test cases in the order of their execution; all must be named
+    VERDICT: TC_name pass     the test cases in the order of their execution; all must be named, with the reason of
+                              their verdict behind it or without
     LOG: text                 lines of the suite's output that hold the texts, in this order
     LOG-NOT: text             no line of the output holds the text
     STATUS: 1                 exit status of the suite (default: 0 when all verdicts are pass or none, else 1)
@@ -15,8 +18,10 @@ file VERDICTS, or another one of the NAME. What is expected stands there, or in 
     ARGUMENTS: --log all      arguments of the suite's executable
     ENVIRONMENT: NAME=value   a variable that the executable sees
     SOURCE: ../echo.c         a C source that is linked in too
+    MEMORY: 60                megabytes that the executable may take (not counted with sanitizers)
 
-The generated C must compile without a warning.
+A name in brackets, `LOG(ber): text`, makes a line count with that --encoding of the suite's ASN.1 types only.
+A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a warning.
 """
 
 import argparse
@@ -29,40 +34,61 @@ import sys
 from pathlib import Path
 
 TIMEOUT_SECONDS = 300
-DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE):\s*(.*?)\s*$")
-FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)")
+DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE|MEMORY)"
+                       r"(?:\(([\w-]+)\))?:\s*(.*?)\s*$")
+FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)(?:: (.*?))?\r?$", re.MULTILINE)
+HARNESS = Path(__file__).resolve().parent / "suites" / "harness" / "Harness.ttcn"
 ENCODINGS = {"ber": "BER:1997", "ber-indefinite": "BER:1997-length-form-3",
-             "per-unaligned": "PER-BASIC-UNALIGNED:1997", "per-aligned": "PER-BASIC-ALIGNED:1997"}
+             "per-aligned": "PER-BASIC-ALIGNED:1997", "per-unaligned": "PER-BASIC-UNALIGNED:1997"}
 C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
+
+# Runs a command and tells the most memory that it took.
+MEASURED = """import resource, subprocess, sys
+status = subprocess.call(sys.argv[1:])
+print("resident megabytes", resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024)
+sys.exit(status)"""
 
 
 class Suite:
     """What a suite consists of and what is expected of it."""
 
-    def __init__(self, place, expect="VERDICTS"):
+    def __init__(self, place, encoding=None):
         place = place.resolve()
         self.sources = sorted(place.glob("*.ttcn")) if place.is_dir() else [place]
+        if any("import from Harness" in source.read_text(encoding="utf-8") for source in self.sources):
+            self.sources.append(HARNESS)
         self.asn1_sources = sorted(place.glob("*.asn")) if place.is_dir() else []
         self.c_sources = sorted(place.glob("*.c")) if place.is_dir() else []
         self.directives = {}
-        expectations = place / expect if place.is_dir() else place
+        expectations = place / "VERDICTS" if place.is_dir() else place
         text = expectations.read_text(encoding="utf-8")
         for line in text.split("\n"):
             match = DIRECTIVE.match(line)
-            if match:
-                self.directives.setdefault(match.group(1), []).append(match.group(2))
+            if match and match.group(2) in (None, encoding):
+                self.directives.setdefault(match.group(1), []).append(match.group(3))
+        if encoding:
+            self.directives.setdefault("ENVIRONMENT", []).append(f"ORVANE_ASN1_CODEC={ENCODINGS[encoding]}")
         self.c_sources += [(place / name).resolve() for name in self.directives.get("SOURCE", [])]
         module = re.search(r"^\s*module\s+(\w+)", text, re.MULTILINE)
         self.root = self.first("ROOT", module.group(1) if module else "")
-        self.verdicts = [tuple(row.split()) for row in self.directives.get("VERDICT", [])]
+        self.verdicts = [tuple(row.split(None, 2)) for row in self.directives.get("VERDICT", [])]
+        self.arguments = shlex.split(self.first("ARGUMENTS"))
+        if not place.is_dir() and not re.search(r"(?m)^\s*control\b", text):
+            self.run_all(re.findall(r"(?m)^\s*testcase\s+(\w+)", text))
         if not self.root or not self.verdicts:
             raise ValueError(f"{expectations}: no root or no verdicts")
+
+    def run_all(self, names):
+        """Makes the suite run the test cases of these names."""
+        told = {row[0]: row for row in self.verdicts}
+        self.verdicts = [told.get(name, (name, "pass")) for name in names]
+        self.arguments += ["--testcase", ",".join(names)]
 
     def first(self, name, default=""):
         return self.directives.get(name, [default])[0]
 
     def status(self):
-        good = all(verdict in ("pass", "none") for _, verdict in self.verdicts)
+        good = all(verdict in ("pass", "none") for _, verdict, *_ in self.verdicts)
         return int(self.first("STATUS", "0" if good else "1"))
 
 
@@ -110,7 +136,8 @@ def compare(suite, output):
     """What differs from the expectations, as lines."""
     faults = []
     verdicts = FINISHED.findall(output)
-    if verdicts != suite.verdicts:
+    if len(verdicts) != len(suite.verdicts) or any(
+            found[:len(expected)] != expected for expected, found in zip(suite.verdicts, verdicts)):
         faults += ["verdicts differ", f"  expected: {suite.verdicts}", f"  found:    {verdicts}"]
     lines = output.split("\n")
     position = 0
@@ -130,21 +157,21 @@ def main():
     parser.add_argument("--orvane", required=True, type=Path)
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
-    parser.add_argument("--expect", default="VERDICTS", help="the file of a folder that says what is expected")
-    parser.add_argument("--encoding", choices=ENCODINGS, help="of ASN.1 types, where the expectations name none")
+    parser.add_argument("--encoding", choices=ENCODINGS, help="how values of ASN.1 types are encoded")
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
-    suite = Suite(arguments.suite, arguments.expect)
+    suite = Suite(arguments.suite, arguments.encoding)
     folder = arguments.out.resolve()
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     build(suite, arguments.orvane.resolve(), folder, arguments.sanitize)
-    command = [f"./{suite.root}", *shlex.split(suite.first("ARGUMENTS"))]
-    variables = suite.directives.get("ENVIRONMENT", [])
-    if arguments.encoding:
-        variables = [*variables, f"ORVANE_ASN1_CODEC={ENCODINGS[arguments.encoding]}"]
-    output = run(command, folder, "execution", (suite.status(),), variables)
+    command = [sys.executable, "-c", MEASURED, f"./{suite.root}", *suite.arguments]
+    output = run(command, folder, "execution", (suite.status(),),
+                 suite.directives.get("ENVIRONMENT", ()))
+    output, _, megabytes = output.rpartition("resident megabytes ")
     faults = compare(suite, output)
+    if not arguments.sanitize and int(megabytes) > int(suite.first("MEMORY", "1000")):
+        faults.append(f"the suite took {megabytes.strip()} megabytes")
     if faults:
         print(output[-8000:])
         print("\n".join(faults))

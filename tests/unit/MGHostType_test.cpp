@@ -77,31 +77,6 @@ TEST(HostType, EnvironmentNamesTheHost) {
   EXPECT_EQ("HPUX", ChosenHost("hpux")) << "a name given goes before the environment";
 }
 
-TEST(HostType, EnvelopeWithoutLetterSaysSo) {
-  HostType host;
-  try {
-    (void)host.name();
-    FAIL() << "no exception";
-  } catch (const std::string& text) {
-    EXPECT_EQ("no letter in the envelope", text);
-  }
-}
-
-// Each letter takes part in the trial for as long as it lives; a name that nobody knows asks them all.
-TEST(HostType, LettersLeaveTheTrialWhenTheyEnd) {
-  const size_t before = HostType::const_registered_items().size();
-  {
-    HostType host;
-    host.init("cygwin");
-    host.init("Windows_NT");
-    EXPECT_EQ("Windows", host.name());
-    EXPECT_EQ(before + 1, HostType::const_registered_items().size());
-    EXPECT_EQ(UnknownHost("vax"), ChosenHost("vax"));
-  }
-  EXPECT_EQ(before, HostType::const_registered_items().size());
-  EXPECT_EQ(UnknownHost("vax"), ChosenHost("vax"));
-}
-
 TEST(HostType, WhatEachHostProvides) {
   struct {
     const char* accepted;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "asn1/front/AsnFault.h"
 #include "asn1/front/AsnOptions.h"
@@ -29,101 +30,36 @@ std::string Refused(const std::string& text) {
   return Refused(options, {text});
 }
 
+// The pieces between bars.
+std::vector<std::string> Split(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> pieces;
+  for (std::string piece; std::getline(stream, piece, '|');) pieces.push_back(piece);
+  return pieces;
+}
+
 TEST(AsnOptions, FormsThatAreTaken) {
-  for (const char* text : {"verbose=2",
-                           "TYP=yes",
-                           "TYP=1",
-                           "REAL=0",
-                           "REAL=128",
-                           "STANDARD-VERSION=1990",
-                           "STANDARD-VERSION=1994",
-                           "DEFINITION-CATEGORY=other",
-                           "DEFINITION-CATEGORY=255",
-                           "XREF=True",
-                           "XREF=0",
-                           "NAMELEN=8",
-                           "NAMELEN=128",
-                           "DEFINITELEN=no",
-                           "DEFINITELEN=definite-definitecomps",
-                           "DEFINITELEN=3",
-                           "EXTENSIONS=save",
-                           "SPLIT=2147483647",
-                           "COD=1",
-                           "COD=none:combined:2",
-                           "INT=U32",
-                           "INT=optimize",
-                           "N=16",
-                           "CHOICE=0",
-                           "REALLIM={1,10,32767}",
-                           "ENCF=01010101",
-                           "ALTMAX=8",
-                           "C-GENERATION=REAL,EXTERNAL-N",
-                           "ALLOW",
-                           "// comment",
-                           "BEO=// 7",
-                           "INFO=any thing",
-                           "ENTRY=Type",
-                           "ENTRY=17:Type",
-                           "ENTRY=sdu:Type",
-                           "ENTRY=Type:PDU",
-                           "TPREF=A-b_c",
-                           "CLCONV=Type:HL",
-                           "VNAME=v:x",
-                           "FSUFF=_f",
-                           "PREFIX=Mod-1:a_b:c-d",
-                           "PREFIX=M",
-                           "$Id: x $",
-                           "ADE-PREFIX=browser",
-                           "DECIMALS=127"})
+  for (const std::string& text : Split(
+             "verbose=2|TYP=yes|TYP=1|REAL=0|REAL=128|STANDARD-VERSION=1990|STANDARD-VERSION=1994|"
+             "DEFINITION-CATEGORY=other|DEFINITION-CATEGORY=255|XREF=True|XREF=0|NAMELEN=8|NAMELEN=128|"
+             "DEFINITELEN=no|DEFINITELEN=definite-definitecomps|DEFINITELEN=3|EXTENSIONS=save|"
+             "SPLIT=2147483647|COD=1|COD=none:combined:2|INT=U32|INT=optimize|N=16|CHOICE=0|"
+             "REALLIM={1,10,32767}|ENCF=01010101|ALTMAX=8|C-GENERATION=REAL,EXTERNAL-N|ALLOW|// comment|"
+             "BEO=// 7|INFO=any thing|ENTRY=Type|ENTRY=17:Type|ENTRY=sdu:Type|ENTRY=Type:PDU|TPREF=A-b_c|"
+             "CLCONV=Type:HL|VNAME=v:x|FSUFF=_f|PREFIX=Mod-1:a_b:c-d|PREFIX=M|$Id: x $|ADE-PREFIX=browser|"
+             "DECIMALS=127"))
     EXPECT_EQ(Refused(text), "") << text;
 }
 
 TEST(AsnOptions, FormsThatAreRefused) {
-  for (const char* text : {"TYP=2",
-                           "TYP=",
-                           "TYP",
-                           "TYP=01",
-                           "REAL=33",
-                           "STANDARD-VERSION=1992",
-                           "DEFINITION-CATEGORY=4",
-                           "DEFINITION-CATEGORY=254",
-                           "XREF=2",
-                           "NAMELEN=7",
-                           "NAMELEN=129",
-                           "NAMELEN=x",
-                           "SPLIT=2147483648",
-                           "SPLIT=-1",
-                           "COD=3",
-                           "COD=1:1:1:1",
-                           "INT=V32",
-                           "INT=33",
-                           "N=U16",
-                           "REALLIM={1,2,3}",
-                           "REALLIM={1,10,32768}",
-                           "REALLIM=1",
-                           "ENCF=2",
-                           "ENCF=010101010",
-                           "ALTMAX=9",
-                           "C-GENERATION=REAL,NONE",
-                           "ENTRY=type",
-                           "ENTRY=18:Type",
-                           "ENTRY=A:B",
-                           "ENTRY=",
-                           "TPREF=a b",
-                           "TPREF=type:x",
-                           "VNAME=V:x",
-                           "TCONV=LU",
-                           "TCONV=X",
-                           "TNAME=Ty_pe:x",
-                           "PREFIX=1:a:b",
-                           "PREFIX=a:b:c:d",
-                           "PREFIX=:a",
-                           "PREFIX=a b",
-                           "UNKNOWN=1",
-                           "UNKNOWN",
-                           "DECIMALS=128",
-                           "XPREF=a"})
-    EXPECT_EQ(Refused(text), std::string(text) + ";") << text;
+  for (const std::string& text : Split(
+             "TYP=2|TYP=|TYP|TYP=01|REAL=33|STANDARD-VERSION=1992|DEFINITION-CATEGORY=4|"
+             "DEFINITION-CATEGORY=254|XREF=2|NAMELEN=7|NAMELEN=129|NAMELEN=x|SPLIT=2147483648|SPLIT=-1|COD=3|"
+             "COD=1:1:1:1|INT=V32|INT=33|N=U16|REALLIM={1,2,3}|REALLIM={1,10,32768}|REALLIM=1|ENCF=2|"
+             "ENCF=010101010|ALTMAX=9|C-GENERATION=REAL,NONE|ENTRY=type|ENTRY=18:Type|ENTRY=A:B|ENTRY=|"
+             "TPREF=a b|TPREF=type:x|VNAME=V:x|TCONV=LU|TCONV=X|TNAME=Ty_pe:x|PREFIX=1:a:b|PREFIX=a:b:c:d|"
+             "PREFIX=:a|PREFIX=a b|UNKNOWN=1|UNKNOWN|DECIMALS=128|XPREF=a"))
+    EXPECT_EQ(Refused(text), text + ";") << text;
 }
 
 TEST(AsnOptions, Values) {
@@ -139,16 +75,6 @@ TEST(AsnOptions, Values) {
   EXPECT_TRUE(options.testCGenerationOption(1));
   EXPECT_FALSE(options.testCGenerationOption(2));
   EXPECT_EQ(options.entries(), (std::set<std::string>{"Pdu", "Some-Type"}));
-}
-
-TEST(AsnOptions, NamesForOneThingAndForAll) {
-  AsnOptions options;
-  EXPECT_EQ(Refused(options, {"TPREF=All", "TNAME=One:Other", "VPREF=v", "CLPREF=cl", "CPREF=c"}), "");
-  EXPECT_EQ(options.getFixRec(kNamesTypes, "Any").prefix, "All");
-  EXPECT_EQ(options.getFixRec(kNamesTypes, "One").name, "Other");
-  EXPECT_EQ(options.getFixRec(kNamesValues, "x").prefix, "v");
-  EXPECT_EQ(options.getFixRec(kNamesClasses, "x").prefix, "cl");
-  EXPECT_EQ(options.getFixRec(kNamesComponents, "x").prefix, "c");
 }
 
 TEST(AsnOptions, Scopes) {
@@ -218,19 +144,6 @@ std::string Ending(const Call& call) {
 }
 
 using AsnCommandLines = Folder;
-
-TEST_F(AsnCommandLines, Words) {
-  AsnCommandLine line;
-  EXPECT_EQ(Output({"-s=out", "-A=", "-PREFIXLEN=32", "Some-Prefix.stx", "-PREFIXLEN=3", "b_2", "-TYP=1",
-                    "-version"},
-                   line),
-            "\nWARNING : Argument ignored: PREFIXLEN=3\n");
-  EXPECT_EQ(line.syntax_directory, "out/");
-  EXPECT_EQ(line.source_directories, std::vector<std::string>{"."});
-  EXPECT_EQ(line.file_prefixes, (std::vector<std::string>{"Some-Prefix", "b_2"}));
-  EXPECT_TRUE(line.version);
-  EXPECT_EQ(line.warnings, 1);
-}
 
 TEST_F(AsnCommandLines, PrefixesAreCutAndChecked) {
   AsnCommandLine line;

@@ -3,8 +3,6 @@
 #include <utility>
 
 #include "asn1/front/AsnFault.h"
-#include "asn1/front/TreeCheck.h"
-#include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
 
@@ -33,24 +31,6 @@ struct Made {
     if (module.header.first_type == 0) module.header.first_type = type.number;
     last_definition = type.number;
     return type;
-  }
-  // Adds a component, or without a name an element.
-  AsnType Inner(const AsnType& father, const std::string& name, MainType main_type,
-                Presence presence = kMandatory) {
-    TNode node{};
-    node.name = name.empty() ? 0 : Text(name);
-    node.main_type = main_type;
-    node.status = kComponent;
-    node.presence = presence;
-    node.parent = father.number;
-    node.definition = getDefinitionOf(father).number;
-    for (const AsnType& other : TypeComps(father)) node.component_nbr = other.node().component_nbr + 1;
-    module.types.push_back(node);
-    const AsnType made = Last();
-    int* link = &tNode(module, father.number).first_component;
-    while (*link != 0) link = &tNode(module, *link).next;
-    *link = made.number;
-    return made;
   }
   static void Refer(const AsnType& from, const AsnType& to, int entry = 1) {
     tNode(*from.module, from.number).ref_module = entry;
@@ -87,10 +67,6 @@ struct Made {
     const AsnType type = Definition("Number" + std::to_string(module.types.size()), TYP_INTEGER);
     tNode(module, type.number).constraint = constraint;
     return type;
-  }
-  void Tag(const AsnType& type, TagClass tag_class, int number, bool is_explicit) {
-    module.tags.push_back({tag_class, number, is_explicit ? 1 : 0, tNode(module, type.number).first_tag});
-    tNode(module, type.number).first_tag = static_cast<int>(module.tags.size());
   }
   AsnType Last() { return newAsnType(module, static_cast<int>(module.types.size())); }
 
@@ -143,23 +119,6 @@ TEST(AsnValueSets, Constraints) {
       "[1,8]...");
   EXPECT_EQ(TextOf(IntegerSetOf(made.Integer(0))).substr(0, 5), "free ");
   EXPECT_EQ(text(made.Constraint(kTableConstraint)).substr(0, 5), "free ");
-}
-
-TEST(AsnValueSets, Endpoints) {
-  Made made("M");
-  const AsnType number = made.Integer(made.Range(-3, kMaximum));
-  EXPECT_EQ(EndpointsOf(number), (Segment{-3, kMaximum}));
-  EXPECT_EQ(EndpointsOf(made.Integer(0)), (Segment{kMinimum, kMaximum}));
-  const AsnType string = made.Definition("String", TYP_OCTSTR);
-  EXPECT_EQ(EndpointsOf(string), (Segment{0, kMaximum}));
-  tNode(made.module, string.number).constraint = made.Constraint(kSize, made.Range(kMinimum, 9));
-  EXPECT_EQ(EndpointsOf(string), (Segment{0, 9}));
-  EXPECT_EQ(EndpointsOf(made.Definition("Flag", TYP_BOOLEAN)), (Segment{kMinimum, kMaximum}));
-  const AsnType items = made.Definition("Items", TYP_ENUM);
-  const int first = made.Value(9), second = made.Value(-2);
-  made.module.values[static_cast<size_t>(first) - 1].next = second;
-  tNode(made.module, items.number).first_named = first;
-  EXPECT_EQ(EndpointsOf(items), (Segment{-2, 9}));
 }
 
 TEST(AsnValueSets, ContainedSubtypesWithoutAnEnd) {
@@ -215,123 +174,5 @@ TEST(AsnReferences, WithoutAnEnd) {
   }
 }
 
-std::string TagText(const AsnType& type) {
-  std::string text;
-  for (const AsnTag& tag : TagsOf(type))
-    text += std::to_string(tag.tag_class) + "." + std::to_string(tag.number) + (tag.constructed ? "c " : " ");
-  return text;
-}
-
-TEST(AsnTags, OutermostFirst) {
-  Made made("M");
-  const AsnType number = made.Definition("Number", TYP_INTEGER),
-                choice = made.Definition("Choice", TYP_CHOICE);
-  const AsnType open = made.Definition("Open", TYP_ANY);
-  EXPECT_EQ(TagText(number), "0.2 ");
-  EXPECT_EQ(TagText(choice), "");
-  EXPECT_EQ(TagText(open), "");
-  made.Tag(number, kTagContext, 5, false);
-  EXPECT_EQ(TagText(number), "2.5 ");
-  const AsnType outer = made.Definition("Outer", TYP_SYNONYM);
-  Made::Refer(outer, number);
-  made.Tag(outer, kTagApplication, 1, true);
-  EXPECT_EQ(TagText(outer), "1.1c 2.5 ");
-  made.Tag(choice, kTagPrivate, 3, true);
-  EXPECT_EQ(TagText(choice), "3.3c ");
-}
-
-TEST(AsnNames, Identifiers) {
-  Made made("M");
-  const AsnType outer = made.Definition("Outer-Type", TYP_SEQ);
-  const AsnType list = made.Inner(outer, "a-list", TYP_SEQOF), element = made.Inner(list, "", TYP_INTEGER);
-  EXPECT_EQ(cTypeId(outer), "Outer_Type");
-  EXPECT_EQ(cTypeId(list), "1_Outer_Type_a_list");
-  EXPECT_EQ(getTypeRef(element), "?!?");
-  EXPECT_EQ(t3asn_inline_type_id(element), "Outer_Type_expl_a_list_expl_agg");
-  EXPECT_EQ(MakeASNIdent("a-b"), "a_b");
-  EXPECT_EQ(MakeASNIdent("type"), "type_");
-  made.module.options.Record("TPREF=P-");
-  made.module.options.Record("TNAME=Outer-Type:Other");
-  made.module.options.Apply({"M"}, [](const std::string&) { return false; });
-  EXPECT_EQ(cTypeId(outer), "Other");
-}
-
-TEST(AsnHomes, Forms) {
-  Made made("M");
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, 7))), VF_I64);
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(INT32_MIN, INT32_MAX))), VF_I64);
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(0, UINT32_MAX))), VF_I64);
-  EXPECT_EQ(cGetVF(made.Integer(made.Range(-1, UINT32_MAX))), VF_I64);
-  EXPECT_EQ(cGetVF(made.Integer(0)), VF_I64);
-  EXPECT_EQ(cGetVF(made.Definition("Any", TYP_ANY)), VF_FRM);
-  EXPECT_EQ(cGetVF(made.Definition("Class", TYP_CLASS)), VF_NONE);
-}
-
-TEST(AsnHomes, ControlMembers) {
-  Made made("M");
-  const AsnType plain = made.Definition("Plain", TYP_SEQ), added = made.Definition("Added", TYP_SEQ);
-  made.Inner(plain, "a", TYP_NULL);
-  EXPECT_EQ(ControlWords(plain), 0);
-  made.Inner(added, "a", TYP_NULL);
-  const AsnType addition = made.Inner(added, "b", TYP_NULL);
-  tNode(made.module, addition.number).addition = 1;
-  EXPECT_EQ(ControlWords(added), 1);
-  const AsnType large = made.Definition("Large", TYP_SEQ);
-  for (int i = 0; i < 32; ++i) made.Inner(large, "c" + std::to_string(i), TYP_NULL, kOptional);
-  EXPECT_EQ(ControlWords(large), 1);
-  EXPECT_EQ(ControlWord(getTypeCompNbr(made.Inner(large, "last", TYP_NULL))), 1);
-  EXPECT_EQ(ControlWords(large), 2);
-}
-
-TEST(AsnHomes, PointersWhereStructuresHoldThemselves) {
-  Made made("M");
-  const AsnType tree = made.Definition("Tree", TYP_SEQ), one = made.Definition("One", TYP_SEQ);
-  const AsnType other = made.Definition("Other", TYP_CHOICE), plain = made.Definition("Plain", TYP_SEQ);
-  const AsnType left = made.Inner(tree, "left", TYP_SYNONYM, kOptional);
-  Made::Refer(left, tree);
-  const AsnType to_other = made.Inner(one, "other", TYP_SYNONYM),
-                to_one = made.Inner(other, "one", TYP_SYNONYM);
-  Made::Refer(to_other, other);
-  Made::Refer(to_one, one);
-  const AsnType to_plain = made.Inner(one, "plain", TYP_SYNONYM);
-  Made::Refer(to_plain, plain);
-  made.Inner(plain, "number", TYP_INTEGER);
-  const AsnType list = made.Inner(plain, "list", TYP_SEQOF), element = made.Inner(list, "", TYP_SYNONYM);
-  Made::Refer(element, plain);
-  EXPECT_TRUE(IsByPointer(left));
-  EXPECT_TRUE(IsByPointer(to_other));
-  EXPECT_TRUE(IsByPointer(to_one));
-  EXPECT_FALSE(IsByPointer(to_plain));
-  EXPECT_FALSE(IsByPointer(list));
-  EXPECT_FALSE(IsByPointer(element));
-}
-
-TEST(AsnTrees, SoundOnes) {
-  Made made("M");
-  const AsnType outer = made.Definition("Outer", TYP_SEQ);
-  const AsnType a = made.Inner(outer, "a", TYP_NULL), b = made.Inner(outer, "b", TYP_SEQOF);
-  made.Inner(b, "", TYP_NULL);
-  made.Integer(made.Constraint(kUnion, made.Range(1, 5), made.Single(6)));
-  ModRec& module = made.module;
-  EXPECT_TRUE(IsSoundTree(module, 1));
-  const auto with = [&](int number, int32_t TNode::*field, int32_t value) {
-    const int32_t before = std::exchange(tNode(module, number).*field, value);
-    const bool sound = IsSoundTree(module, 1);
-    tNode(module, number).*field = before;
-    return sound;
-  };
-  EXPECT_FALSE(with(b.number, &TNode::next, a.number));
-  EXPECT_FALSE(with(b.number, &TNode::next, b.number));
-  EXPECT_FALSE(with(b.number, &TNode::first_component, outer.number));
-  EXPECT_FALSE(with(b.number, &TNode::first_component, 0));
-  EXPECT_FALSE(with(b.number, &TNode::parent, a.number));
-  EXPECT_FALSE(with(b.number, &TNode::component_nbr, 40));
-  EXPECT_FALSE(with(a.number, &TNode::ref_module, 2));
-  EXPECT_FALSE(with(a.number, &TNode::constraint, -1));
-  EXPECT_FALSE(with(a.number, &TNode::first_named, 99));
-  EXPECT_TRUE(with(a.number, &TNode::ref_type, outer.number));
-  module.constraints[0].first = 1;
-  EXPECT_FALSE(IsSoundTree(module, 1));
-}
 }  // namespace
 }  // namespace asn1

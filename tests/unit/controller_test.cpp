@@ -1,5 +1,4 @@
-// The controller's own decisions: installation paths, selection and order of modules, flags across imports,
-// the head of generated files.
+// The controller's own decisions: installation paths, the head of generated files.
 #include "driver/controller/T3Controller.h"
 
 #include <gtest/gtest.h>
@@ -7,9 +6,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "driver/diagnostics/Errors.h"
 #include "driver/options/T3Version.h"
-#include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 
 namespace {
@@ -64,18 +61,21 @@ TEST(SetupPaths, TheProgramsDirectoryGoesToTheHeadOfThePath) {
   for (const auto& c : cases) EXPECT_EQ(Paths(c.os, c.program), c.result) << c.program;
 }
 
+TEST(Modules, OfAFile) {
+  T3ModuleMap modules;
+  for (const auto& [name, file] : {std::pair("cm_a", "cm1"), std::pair("cm_b", "cm2"), std::pair("cm_c", "cm1")}) {
+    auto* module = gT3AST.MakeT3Tree(T3Kind::T3Module)->as<T3Module>();
+    module->filename = gIdents.MakeIdent(file);
+    modules[gIdents.MakeIdent(name)] = module;
+  }
+  EXPECT_EQ(GetFileModules(gIdents.MakeIdent("cm1"), modules).size(), 2u);
+  EXPECT_EQ(GetFileModules(gIdents.MakeIdent("cm2"), modules).size(), 1u);
+}
+
 TEST(SetupPaths, UnknownHostIsTold) {
   const Variable type("OSTYPE", "Linux");
   const char* argv[] = {"orvane"};
   EXPECT_THROW(setup_paths(1, argv), std::string);
-}
-
-TEST(Banner, NoticeIsBrokenBehindFullStops) {
-  const std::string banner = Banner();
-  EXPECT_EQ(banner.rfind("Orvane, TTCN-3 to C Compiler, 3.3.0.2.17499\n", 0), 0u);
-  EXPECT_EQ(banner.find(". "), std::string::npos);
-  EXPECT_NE(banner.find("(c)"), std::string::npos);
-  EXPECT_EQ(banner.substr(banner.size() - 3), ".\n\n");
 }
 
 TEST(Banner, HeadOfGeneratedFiles) {
@@ -92,182 +92,4 @@ TEST(Banner, HeadOfGeneratedFiles) {
   g_argc = 0;
 }
 
-class Modules : public testing::Test {
- protected:
-  void SetUp() override {
-    gT3CommandLine = T3CommandLine();
-    gT3ModuleMap.clear();
-    gT3ModuleDeps.clear();
-    gErrors.BeginErrors();
-  }
-  void TearDown() override { SetUp(); }
-
-  // A module whose imports are given by name; the import of number n stands in line n + 1.
-  static T3Module* Add(const char* name, const char* file, std::initializer_list<const char*> imports = {}) {
-    T3Tree_Node* decls = _sgT3NoDecl();
-    uint32_t line = static_cast<uint32_t>(imports.size());
-    for (auto import = std::rbegin(imports); import != std::rend(imports); ++import) {
-      tPosition position;
-      position.Line = line--;
-      position.Column = 2;
-      position.File = static_cast<uint32_t>(Ident(file));
-      decls = gT3AST.mT3ImportTypeDecl(position, decls, NoIdent, _sgT3NoWith(),
-                                       gT3AST.mT3ImportIdentifier(position, Ident(*import)),
-                                       gT3AST.mT3ImportTerminator(position), false, gStringM.EmptyString());
-    }
-    T3Module* module =
-        gT3AST.mT3Module(NoPosition, _sgT3NoModule(), Ident(name), gStringM.PutString("\"TTCN-3\""), 0, false,
-                         false, false, _sgT3NoExpression(), decls, _sgT3NoWith());
-    module->filename = Ident(file);
-    gT3ModuleMap[module->name] = module;
-    return module;
-  }
-  static tIdent Ident(const char* name) { return gIdents.MakeIdent(name); }
-  static void AddFile(const char* name) {
-    file_argument_t file;
-    file.name = Ident(name);
-    gT3CommandLine.files.push_back(file);
-  }
-  static std::string Names(const std::vector<tIdent>& names) {
-    std::string text;
-    for (const tIdent name : names) text += std::string(gIdents.GetCStr(name)) + ' ';
-    return text;
-  }
-  static std::string Requested() {
-    std::vector<tIdent> names;
-    for (const module_argument_t& argument : gT3CommandLine.modules) names.push_back(argument.name);
-    return Names(names);
-  }
-  // Order or messages of resolving what is requested.
-  static std::string Resolved(std::initializer_list<const char*> requested) {
-    std::set<tIdent> names;
-    for (const char* name : requested) names.insert(Ident(name));
-    T3ImportPositions positions;
-    for (const auto& [name, module] : gT3ModuleMap)
-      BuildImportTable(module->as<T3Module>()->definition_part, &positions);
-    std::vector<tIdent> order;
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const bool done = ResolveImports(names, gT3ModuleMap, order, gT3ModuleDeps, positions);
-    const std::string told = testing::internal::GetCapturedStderr() + testing::internal::GetCapturedStdout();
-    return done ? Names(order) : told;
-  }
-};
-
-TEST_F(Modules, OneRequestedModuleKeepsTheOthersOfItsFileOut) {
-  AddFile("cm1");
-  AddFile("cm2");
-  AddFile("cm1");
-  Add("cm_a", "cm1");
-  Add("cm_b", "cm1");
-  Add("cm_c", "cm2");
-  std::set<tIdent> requested;
-  DefaultModules(requested, gT3CommandLine.modules, gT3ModuleMap);
-  EXPECT_EQ(Requested(), "cm_a cm_b cm_c ");
-  gT3CommandLine.modules.clear();
-  requested = {Ident("cm_b")};
-  DefaultModules(requested, gT3CommandLine.modules, gT3ModuleMap);
-  EXPECT_EQ(Requested(), "cm_c ");
-  EXPECT_EQ(GetFileModules(Ident("cm1"), gT3ModuleMap).size(), 2u);
-  EXPECT_EQ(gErrors.ErrorCount(), 0);
-}
-
-TEST_F(Modules, AddedModulesAreToldAsProgress) {
-  gT3CommandLine.common.verbosity.Set(verbosity_level_t::Progress);
-  AddFile("cm1");
-  Add("cm_a", "cm1");
-  std::set<tIdent> requested;
-  testing::internal::CaptureStdout();
-  DefaultModules(requested, gT3CommandLine.modules, gT3ModuleMap);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Adding module \"cm_a\" from TTCN-3 file \"cm1\"\n");
-}
-
-TEST_F(Modules, ImportedModulesComeFirst) {
-  Add("cm_a", "cm1", {"cm_b", "cm_c"});
-  Add("cm_b", "cm1", {"cm_c"});
-  Add("cm_c", "cm1");
-  Add("cm_d", "cm1", {"cm_d"});
-  EXPECT_EQ(Resolved({"cm_a"}), "cm_c cm_b cm_a ");
-  EXPECT_EQ(gT3ModuleDeps[Ident("cm_a")], (std::set<tIdent>{Ident("cm_b"), Ident("cm_c")}));
-}
-
-TEST_F(Modules, CyclesAndMissingModulesAreTold) {
-  Add("cm_a", "cm1", {"cm_b"});
-  Add("cm_b", "cm1", {"cm_a", "cm_lost"});
-  EXPECT_EQ(Resolved({"cm_a"}), "Error       cyclic import structure\n\"cm_a\" <- \"cm_b\" <- \"cm_a\"\n");
-  EXPECT_TRUE(gT3ModuleDeps.empty());
-  Add("cm_a", "cm1", {"cm_lost", "cm_gone"});
-  EXPECT_EQ(Resolved({"cm_a", "cm_never"}),
-            "cm1(2) : column 2 : Error       cannot find source for module \"cm_gone\"\n"
-            "cm1(1) : column 2 : Error       cannot find source for module \"cm_lost\"\n"
-            "Error       cannot find source for module \"cm_never\"\n");
-}
-
-TEST_F(Modules, ModulesToBeGeneratedOnlyNeedNoSource) {
-  module_argument_t argument;
-  argument.name = Ident("cm_only");
-  argument.options.action.Set(action_generate_only);
-  ExtendModuleTable({argument}, gT3ModuleMap);
-  ASSERT_EQ(gT3ModuleMap.size(), 1u);
-  T3Tree_Node* made = gT3ModuleMap.begin()->second;
-  testing::internal::CaptureStderr();
-  ExtendModuleTable({argument}, gT3ModuleMap);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Warning     Module to be generated only was already parsed: \"cm_only\"\n");
-  EXPECT_EQ(gT3ModuleMap.begin()->second, made);
-  gT3CommandLine.modules = {argument};
-  PropagateModuleOptions(gT3ModuleMap);
-  EXPECT_EQ(GetAction(made), action_generate_only);
-}
-
-TEST_F(Modules, ImportsMustBeAnalysed) {
-  T3Module* user = Add("cm_a", "cm1", {"cm_b"});
-  Add("cm_b", "cm2");
-  AddFile("cm2");
-  Resolved({"cm_a"});
-  EXPECT_TRUE(CheckDependencies(user));
-  gT3CommandLine.files[0].options.action.Set(action_parse);
-  try {
-    CheckDependencies(user);
-    FAIL() << "nothing thrown";
-  } catch (const std::string& text) {
-    EXPECT_EQ(
-        text,
-        "Analysis of \"cm_a\" requires analysis of \"cm_b\", which has been explicitly turned off. Exiting");
-  }
-}
-
-TEST_F(Modules, ChangesReachImportersAndOptimizedImports) {
-  T3Module* user = Add("cm_a", "cm1", {"cm_b"});
-  T3Module* used = Add("cm_b", "cm2");
-  Resolved({"cm_a"});
-  PropagateBuildAvoidanceInfo(user);
-  EXPECT_FALSE(user->code_generation_necessary);
-  used->file_changed = true;
-  PropagateBuildAvoidanceInfo(user);
-  EXPECT_TRUE(user->code_generation_necessary);
-  PropagateOptimizationInfo(user);
-  user->file_changed = true;
-  PropagateOptimizationInfo(user);
-  EXPECT_FALSE(used->code_generation_necessary);
-  used->unused_definitions_removed = true;
-  PropagateOptimizationInfo(user);
-  EXPECT_TRUE(used->code_generation_necessary);
-}
-
-TEST_F(Modules, ActionsThatGenerate) {
-  for (const auto action : {action_parse, action_analyse, action_list})
-    EXPECT_FALSE(WillGenerateCode(action));
-  for (const auto action : {action_precompile, action_generate_only, action_compile})
-    EXPECT_TRUE(WillGenerateCode(action));
-  Add("cm_a", "cm1");
-  gT3CommandLine.modules.push_back({Ident("cm_a"), language_ttcn3, {}});
-  EXPECT_TRUE(WillAnythingGenerateCode(language_ttcn3));
-  EXPECT_FALSE(WillAnythingGenerateCode(language_asn1));
-  gT3CommandLine.common.action.Set(action_analyse);
-  EXPECT_FALSE(WillAnythingGenerateCode(language_ttcn3));
-  EXPECT_FALSE(HasFilesOfLanguage(language_ttcn3));
-  AddFile("cm1");
-  EXPECT_TRUE(HasFilesOfLanguage(language_ttcn3));
-}
 }  // namespace

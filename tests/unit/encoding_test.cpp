@@ -83,25 +83,6 @@ TEST_F(Encodings, FormatIsGuessedByTheFirstBytes) {
   }
 }
 
-TEST_F(Encodings, UnreadableFileIsReported) {
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(GuessFileFormat("no/such/file"), format_unknown);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error       Could not open file no/such/file\n");
-  EXPECT_FALSE(HasBOM("no/such/file"));
-}
-
-TEST_F(Encodings, ProgressTellsFormatAndConversion) {
-  gT3CommandLine.common.verbosity.Set(verbosity_level_t::Progress);
-  Put("\xFF\xFEm\0"s);
-  testing::internal::CaptureStdout();
-  TemporaryFile converted;
-  EXPECT_EQ(ConvertToUTF_8(path_.c_str(), format_ucs2, converted), 0);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "File format of \"" + path_ +
-                                                        "\" has been determined as UCS-2LE\n"
-                                                        "Converting file \"" +
-                                                        path_ + "\" from UCS-2LE to UTF-8\n");
-}
-
 TEST_F(Encodings, MarkIsFoundAndDropped) {
   Put("\xEF\xBB\xBFx");
   EXPECT_TRUE(HasBOM(path_.c_str()));
@@ -134,17 +115,6 @@ TEST_F(Encodings, ByteOrderMustBeKnown) {
                                                 path_ + "\n");
   TemporaryFile none;
   EXPECT_THROW(ConvertToUTF_8(path_.c_str(), format_unknown, none), internal_exception);
-}
-
-TEST_F(Encodings, NothingIsLeftBehind) {
-  Converted("m\0"s, format_ucs2le);
-  Converted("m\0"s, format_ucs2);
-  TemporaryFile converted;
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(ConvertToUTF_8("missing", format_utf8, converted), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error       Could not open file missing\n");
-  converted.Remove();
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 1);
 }
 
 TEST(Utf8, UnitsOfTwoBytes) {
@@ -207,23 +177,4 @@ TEST(Utf8, Decoding) {
   EXPECT_EQ(length, 0);
 }
 
-TEST(Utf8, DecodingRefusesWhatItsCallerMustNotGive) {
-  const auto fault = [](const char* text, int length) -> std::string {
-    unsigned char group, plane, row, cell;
-    try {
-      UTF_8ToUCS_4(reinterpret_cast<const unsigned char*>(text), length, group, plane, row, cell);
-    } catch (const internal_exception& exception) {
-      const std::string what = exception.what();
-      return what.substr(what.find(" - ") + 3);
-    }
-    return "none";
-  };
-  EXPECT_EQ(fault(nullptr, 1), "s == NULL");
-  EXPECT_EQ(fault("a", 0), "length <= 0");
-  EXPECT_EQ(fault("\xC3\xA4", 1), "length < 2");
-  EXPECT_EQ(fault("\xE2\x82\xAC", 2), "length < 3");
-  EXPECT_EQ(fault("\xF0\x9F\x98\x80", 3), "length < 4");
-  EXPECT_EQ(fault("\xFB\xBF\xBF\xBF\xBF", 4), "length < 5");
-  EXPECT_EQ(fault("\xFD\xBF\xBF\xBF\xBF\xBF", 1), "length < 6");
-}
 }  // namespace

@@ -52,58 +52,6 @@ std::string Files(const T3CommandLine& line) {
   return text;
 }
 
-TEST(Options, DefaultsHoldWithoutReading) {
-  const T3CommandLine line;
-  EXPECT_EQ(line.maximum_errors, 100);
-  EXPECT_EQ(line.template_description_length, 100);
-  EXPECT_EQ(line.project_directory, ".");
-  EXPECT_FALSE(line.optimize || line.generate_makefile || line.build_avoidance || line.strict);
-  EXPECT_EQ(line.CommonVerbosity(), verbosity_level_t::Stages);
-  EXPECT_EQ(line.GetCompilerAction(language_ttcn3), action_compile);
-  EXPECT_EQ(line.GetPrefix(language_asn1), "t3_");
-  EXPECT_EQ(line.GetDirectory(language_ttcn3), ".");
-  EXPECT_EQ(line.GetOutput(language_ttcn3), "");
-  EXPECT_EQ(line.GetCodecGeneration(language_asn1), 15);
-  EXPECT_FALSE(line.common.codec_generation.given || line.common.output.given ||
-               line.common.split_file.given);
-}
-
-TEST(Options, UnknownLanguageGetsFixedAnswers) {
-  const T3CommandLine line = Read("-v 4 -a -P p -d d -o o -I 2");
-  EXPECT_EQ(line.GetVerbosity(language_ttcn2), verbosity_level_t::Errors);
-  EXPECT_TRUE(line.GetWeakTyping(language_ttcn2));
-  EXPECT_FALSE(line.GetNameEquivalence(language_ttcn2));
-  EXPECT_EQ(line.GetCompilerAction(language_ttcn2), action_compile);
-  EXPECT_EQ(line.GetSplitFile(language_ttcn2), -1);
-  EXPECT_EQ(line.GetPrefix(language_ttcn2), "vexa_");
-  EXPECT_EQ(line.GetDirectory(language_ttcn2), ".");
-  EXPECT_EQ(line.GetOutput(language_ttcn2), "default");
-  EXPECT_EQ(line.GetInitializeCheck(language_ttcn2), 1);
-  EXPECT_EQ(line.GetCodecGeneration(language_ttcn2), 15);
-  EXPECT_STREQ(KindToStr(static_cast<::language>(7)), "ERROR");
-}
-
-TEST(Options, GlobalOptionsSetTheirFields) {
-  const T3CommandLine line = Read("-t 2 -m -5 -r root -K -B -G -O -l 7 -i -R -p proj -f my.mcfg -E -D");
-  EXPECT_EQ(line.tri_mode, 2u);
-  EXPECT_EQ(line.maximum_errors, -5);
-  EXPECT_TRUE(line.root_module_given);
-  EXPECT_EQ(line.root_module, "root");
-  EXPECT_TRUE(line.generate_makefile && line.overwrite_makefile);
-  EXPECT_TRUE(line.build_avoidance && line.debug && line.optimize == 1);
-  EXPECT_EQ(line.template_description_length, 7);
-  EXPECT_TRUE(line.tci && line.test_management && line.force_main && line.strict);
-  EXPECT_EQ(line.project_directory, "proj");
-  EXPECT_EQ(line.mcfg_file, "my.mcfg");
-  EXPECT_TRUE(line.files.empty() && line.modules.empty());
-}
-
-TEST(Options, TheLaterMakefileOptionWins) {
-  EXPECT_TRUE(Read("-K -k").generate_makefile);
-  EXPECT_FALSE(Read("-K -k").overwrite_makefile);
-  EXPECT_TRUE(Read("-k -K").overwrite_makefile);
-}
-
 TEST(Options, NumbersOutsideTheirRangeEndInTheHelpText) {
   for (const char* words : {"-v 0", "-v 5", "-v x", "-I 3", "-I -1", "-t 3", "-t -1", "-l -1", "-C BER",
                             "-M -T -v 9 a -F x", "-A -C all,none -F x"})
@@ -118,15 +66,6 @@ TEST(Options, FaultyLinesEndInTheHelpText) {
   EXPECT_EXIT(Read("-q"), testing::ExitedWithCode(255), "Error: illegal option character q\nusage:");
   EXPECT_EXIT(Read("-v"), testing::ExitedWithCode(255), "Error: required argument missing for option v\n");
   EXPECT_EXIT(Read("-T -C all -F x"), testing::ExitedWithCode(255), "Error: illegal option character C\n");
-}
-
-TEST(Options, VersionListsTheSourceUnits) {
-  EXPECT_EXIT(
-      {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        Read("-V -q");
-      },
-      testing::ExitedWithCode(0), "driver/options/T3CommandLine.cpp 3.3.0.2.17499\n");
 }
 
 TEST(Options, CodecNamesAddUp) {
@@ -145,18 +84,6 @@ TEST(Options, CodecNamesAddUp) {
   const T3CommandLine line = Read("-C BER:1997 -A -C PER-BASIC-ALIGNED:1997 -F x");
   EXPECT_EQ(line.GetCodecGeneration(language_asn1), 8);
   EXPECT_EQ(line.GetCodecGeneration(language_ttcn3), 1);
-}
-
-TEST(Options, GroupsOfALanguageMayAlternate) {
-  const T3CommandLine line = Read("-v 1 -T -v 2 -A -v 4 -w -T -a -d out -F x");
-  EXPECT_EQ(line.CommonVerbosity(), verbosity_level_t::Errors);
-  EXPECT_EQ(line.GetVerbosity(language_ttcn3), verbosity_level_t::Warnings);
-  EXPECT_EQ(line.GetVerbosity(language_asn1), verbosity_level_t::Progress);
-  EXPECT_TRUE(line.GetWeakTyping(language_asn1));
-  EXPECT_FALSE(line.GetWeakTyping(language_ttcn3));
-  EXPECT_EQ(line.GetCompilerAction(language_ttcn3), action_analyse);
-  EXPECT_EQ(line.GetDirectory(language_asn1), ".");
-  EXPECT_EQ(line.GetDirectory(language_ttcn3), "out");
 }
 
 TEST(Options, ModulesTakeTheOptionsGivenBeforeThem) {
@@ -184,47 +111,6 @@ TEST(Options, FormatAndActionHoldUpToTheNextLanguage) {
             "TTCN-3:a:UCS-2LE:- TTCN-3:b:UCS-2BE:- TTCN-3:c:ASCII:- TTCN-3:d:UCS-2:- ");
 }
 
-TEST(Options, UnknownFormatIsRefused) {
-  T3CommandLine line;
-  for (const char* word : {"UNKNOWN FORMAT", "utf-8", ""})
-    EXPECT_EXIT(ReadWords({"-F", "-e", word, "x"}, line), testing::ExitedWithCode(255),
-                std::string("^Error: unknown file format selector \"") + word +
-                    "\"; must be ASCII UTF-8 UCS-2 UCS-2BE UCS-2LE\n$");
-}
-
-TEST(Options, ReadersKnowTheirLettersOnly) {
-  const auto sorted = [](std::string text) {
-    std::sort(text.begin(), text.end());
-    return text;
-  };
-  EXPECT_EQ(sorted(OptionString(kReadGlobal)), sorted("Vh?t:m:r:kKv:I:wsacS:P:d:p:o:BiRTAMFC:OGl:f:ED"));
-  EXPECT_EQ(sorted(OptionString(kReadT3Group)), sorted("v:I:wsacS:P:d:o:TAMF"));
-  EXPECT_EQ(sorted(OptionString(kReadAsn1Group)), sorted("v:I:wsacS:P:d:o:TAMFC:"));
-  EXPECT_EQ(sorted(OptionString(kReadModules)), sorted("TAF"));
-  EXPECT_EQ(sorted(OptionString(kReadT3Modules)), sorted("-v:I:wsacS:P:d:o:TAF"));
-  EXPECT_EQ(sorted(OptionString(kReadFiles)), sorted("-TAe:sacl"));
-  EXPECT_EQ(OptionString(kReadFiles)[0], '-');
-}
-
-TEST(Options, HelpTextHasItsForm) {
-  const std::string text = UsageText("orvane");
-  EXPECT_EQ(text.find("usage: orvane (global_option)* [-M ((-T|-A) (module_option)* <module_name>)+]"
-                      " -F ((-T|-A) <file_name>+)+]\n\n where global_option is any of module_option except "
-                      "'-o' and/or any of the following:\n\t -h                this message\n"),
-            0u);
-  for (const char* part :
-       {"\t -t                TRI based integration\n\t                   valid values are\n",
-        "\n\n modules section\n\t -k                generate makefile (keep orig. makefile) (-r required) \n",
-        "\n\nmodule_option is any of the following:\n\t -v <number>       verbosity level",
-        "\t -d <directory>    output directory (default: \".\")\n",
-        "\t                   (none | all | no-translation |\n\t                    BER:1997 | ",
-        "\n\n files section\n\t -e <file_format>  the input file uses",
-        "\t                   (ASCII | UTF-8 | UCS-2 | UCS-2LE | UCS-2BE | UNKNOWN FORMAT)\n",
-        "\t -c                compile for all modules in file\n\n"})
-    EXPECT_NE(text.find(part), std::string::npos) << part;
-  EXPECT_EQ(text.find("-S"), std::string::npos);
-}
-
 // The accessors look at the one command line of the process.
 class ModuleOption : public testing::Test {
  protected:
@@ -240,23 +126,6 @@ class ModuleOption : public testing::Test {
   }
   static void Take(const std::string& words) { gT3CommandLine = Read(words); }
 };
-
-TEST_F(ModuleOption, ActionIsAskedOfModuleThenFileThenLanguage) {
-  Take("-c -T -a -F -s x.ttcn -T y.ttcn -c x.ttcn");
-  EXPECT_EQ(GetAction(MakeModule("m", "x.ttcn")), action_parse);
-  EXPECT_EQ(GetAction(MakeModule("m", "y.ttcn")), action_analyse);
-  EXPECT_EQ(GetAction(MakeModule("m", "z.ttcn")), action_analyse);
-  T3Module* own = MakeModule("m", "x.ttcn");
-  ModuleOptions block;
-  block.action.Set(action_compile);
-  own->options = &block;
-  EXPECT_EQ(GetAction(own), action_compile);
-}
-
-TEST_F(ModuleOption, TheFirstEntryOfAFileDecides) {
-  Take("-F x.ttcn -s x.ttcn");
-  EXPECT_EQ(GetAction(MakeModule("m", "x.ttcn")), action_compile);
-}
 
 TEST_F(ModuleOption, OutputDirectoryLiesBelowTheProject) {
   const std::pair<const char*, const char*> cases[] = {
@@ -286,54 +155,4 @@ TEST_F(ModuleOption, OutputIsAPrefixExceptForAModuleOfItsOwn) {
   EXPECT_EQ(GetSourceFile(module), "x");
 }
 
-TEST_F(ModuleOption, LanguageOfTheModuleChoosesTheGroup) {
-  Take("-A -w -P asn_ -C none -v 1 -T -v 4 -F x");
-  T3Module* asn1 = MakeModule("a", "a.asn", "\"ASN.1:1997\"");
-  asn1->representation = gT3AST.mT3MESK(NoPosition);
-  T3Module* ttcn3 = MakeModule("t", "t.ttcn", "\"TTCN-3:2003\"");
-  EXPECT_TRUE(GetWeakTyping(asn1));
-  EXPECT_FALSE(GetWeakTyping(ttcn3));
-  EXPECT_EQ(GetPrefix(asn1), "asn_");
-  EXPECT_EQ(GetPrefix(ttcn3), "t3_");
-  EXPECT_EQ(GetCodecGeneration(asn1), 0);
-  EXPECT_EQ(GetVerbosity(asn1), verbosity_level_t::Errors);
-  EXPECT_EQ(GetVerbosity(ttcn3), verbosity_level_t::Progress);
-  EXPECT_FALSE(GetNameEquivalence(ttcn3));
-}
-
-TEST(Options, OmitCheckFollowsTheEnvironmentWhateverTheValue) {
-  unsetenv("TLOG_37767");
-  EXPECT_FALSE(GetOmitCheckOpt());
-  setenv("TLOG_37767", "", 1);
-  EXPECT_TRUE(GetOmitCheckOpt());
-  unsetenv("TLOG_37767");
-}
-
-TEST(Options, EnclosingQuotes) {
-  EXPECT_EQ(RemoveEnclosingQuotes("\"a b\""), "a b");
-  EXPECT_EQ(RemoveEnclosingQuotes("\"\""), "");
-  EXPECT_EQ(RemoveEnclosingQuotes("\""), "\"");
-  EXPECT_EQ(RemoveEnclosingQuotes("\"a"), "\"a");
-  EXPECT_EQ(RemoveEnclosingQuotes("a\""), "a\"");
-  EXPECT_EQ(RemoveEnclosingQuotes(""), "");
-}
-
-TEST(Options, MakeDirWarnsExceptForAnExistingDirectory) {
-  char folder[] = "/tmp/orvane-dir-XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  const std::string made = std::string(folder) + "/new";
-  const mode_t mask = umask(0);
-  testing::internal::CaptureStdout();
-  MakeDir(made);
-  MakeDir(made);
-  MakeDir(made + "/a/b");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "WARNING: Could not create directory \"" + made + "/a/b\"\n");
-  umask(mask);
-  struct stat status {};
-  ASSERT_EQ(stat(made.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0775u);
-  rmdir(made.c_str());
-  rmdir(folder);
-}
 }  // namespace

@@ -87,30 +87,6 @@ TEST_F(ScannerTest, NamesThatResembleKeywords) {
   EXPECT_EQ("__MODULE__ identifier=x", Scan("__MODULE__x"));
 }
 
-TEST_F(ScannerTest, Numbers) {
-  EXPECT_EQ("integer_value=1 .. integer_value=5", Scan("1..5"));
-  EXPECT_EQ("float_value=1.5 .. integer_value=2", Scan("1.5..2"));
-  EXPECT_EQ("float_value=1. . integer_value=5", Scan("1. .5"));
-  EXPECT_EQ("integer_value=1 identifier=e5", Scan("1e5"));
-  EXPECT_EQ("integer_value=1 identifier=E + integer_value=5", Scan("1E+5"));
-  EXPECT_EQ("float_value=1E-5 float_value=2.E3 float_value=2.5 identifier=E", Scan("1E-5 2.E3 2.5E"));
-  EXPECT_EQ("integer_value=0 integer_value=0 integer_value=7", Scan("007"));
-  EXPECT_EQ("float_value=0.5 integer_value=0 .. integer_value=1", Scan("0.5 0..1"));
-}
-
-TEST_F(ScannerTest, DigitStrings) {
-  EXPECT_EQ("bit_string_val='1010'B bit_string_match_val='01*'B bit_string_val=''B",
-            Scan("'1010'B '01*'B ''B"));
-  EXPECT_EQ("hex_string_val='aF'H hex_string_match_val='?'H hex_string_val=''H", Scan("'aF'H '?'H ''H"));
-  EXPECT_EQ("oct_string_val='abc'O oct_string_match_val='a?'O oct_string_val=''O", Scan("'abc'O 'a?'O ''O"));
-  EXPECT_EQ("", Messages());
-  EXPECT_EQ("integer_value=12 identifier=B", Scan("'12'B"));
-  EXPECT_EQ(
-      "m.ttcn(1) : column 1 : Error       illegal character: '\n"
-      "m.ttcn(1) : column 4 : Error       illegal character: '\n",
-      Messages());
-}
-
 TEST_F(ScannerTest, Strings) {
   EXPECT_EQ("cstring_freetext=\"a\"b\" cstring_freetext=\"\" cstring_freetext=\"\"\"",
             Scan("\"a\"\"b\" \"\" \"\"\"\""));
@@ -144,33 +120,4 @@ TEST_F(ScannerTest, CommentsNestUnlessStrict) {
   EXPECT_EQ("", Messages());
 }
 
-TEST_F(ScannerTest, WhatDoesNotEndIsReportedAtItsBeginning) {
-  EXPECT_EQ("identifier=a", Scan("a\n /* b"));
-  EXPECT_EQ("m.ttcn(2) : column 2 : Error       unterminated comment\n", Messages());
-  EXPECT_EQ("identifier=a", Scan("a \"b\n\"\""));
-  EXPECT_EQ("m.ttcn(1) : column 3 : Error       unterminated string constant\n", Messages());
-  EXPECT_EQ("pattern", Scan("pattern \"b\\"));
-  EXPECT_EQ("m.ttcn(1) : column 9 : Error       unterminated string constant\n", Messages());
-}
-
-TEST_F(ScannerTest, IllegalBytes) {
-  EXPECT_EQ("identifier=a identifier=b", Scan(std::string("a#\0_=b", 6)));
-  EXPECT_EQ("m.ttcn(1) : column 2 : Error       illegal character: #\n" +
-                std::string("m.ttcn(1) : column 3 : Error       illegal character: \0\n", 56) +
-                "m.ttcn(1) : column 4 : Error       illegal character: _\n"
-                "m.ttcn(1) : column 5 : Error       illegal character: =\n",
-            Messages());
-}
-
-TEST_F(ScannerTest, TooLongTokensAreReported) {
-  const std::string longest(65535, 'a');
-  EXPECT_EQ("identifier=" + longest, Scan(longest));
-  EXPECT_EQ("", Messages());
-  EXPECT_EQ("identifier=" + longest + " ;", Scan(longest + "a;"));
-  EXPECT_EQ("m.ttcn(1) : column 1 : Error       identifier is longer than 65535 characters\n", Messages());
-  Scan("\"" + longest + "\"");
-  EXPECT_EQ("m.ttcn(1) : column 1 : Error       string constant is longer than 65535 characters\n",
-            Messages());
-  EXPECT_EQ("identifier=b@2:1", Scan("/*" + std::string(100000, ' ') + "*/\nb", true));
-}
 }  // namespace

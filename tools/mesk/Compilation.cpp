@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "asn1/front/FilePrefix.h"
 #include "mesk/Parser.h"
 #include "mesk/Resolver.h"
 #include "mesk/Writer.h"
@@ -21,6 +22,13 @@ bool exists(const std::string& path) {
   return true;
 }
 
+/// Whether a file may be a source: none of those that are written beside sources is.
+bool maySource(const std::string& name) {
+  static const std::set<std::string> written = {"stx", "typ", "def", "tab", "ext", "c",
+                                                "h",   "o",   "t3a", "acs", "mak"};
+  return written.count(name.substr(name.rfind('.') + 1)) == 0;
+}
+
 bool endsInAsn(const std::string& name) {
   return name.size() > 4 && name.compare(name.size() - 4, 4, ".asn") == 0;
 }
@@ -29,10 +37,11 @@ bool endsInAsn(const std::string& name) {
 
 /// The path of a source that is given by its base name or prefix; empty if there is none.
 std::string Compilation::locate(const std::string& name) const {
-  std::vector<std::string> directories = options_.source_directories;
-  if (directories.empty()) directories.push_back(".");
-  // Copies that were made for another form of the codecs lie where the output goes.
-  directories.push_back(options_.syntax_directory);
+  // Copies that were made for another form of the codecs come before all that may have their names.
+  std::vector<std::string> directories{joinPath(options_.syntax_directory, asn1::kCopiesFolder)};
+  directories.insert(directories.end(), options_.source_directories.begin(),
+                     options_.source_directories.end());
+  if (directories.size() == 1) directories.push_back(".");
   for (const std::string& directory : directories) {
     const std::string path = directory == "." ? name : joinPath(directory, name);
     if (endsInAsn(name) && exists(path)) return path;
@@ -44,16 +53,17 @@ std::string Compilation::locate(const std::string& name) const {
     if (exists(directory == "." ? name : joinPath(directory, name)))
       return directory == "." ? name : joinPath(directory, name);
   // A prefix is not always the file's name: it may be cut, or lack some characters.
-  std::vector<std::string> found;
+  std::vector<std::string> found, others;
   for (const std::string& directory : directories) {
     std::error_code failed;
     for (std::filesystem::directory_iterator entry(directory, failed), end; !failed && entry != end;
          entry.increment(failed)) {
       const std::string file = entry->path().filename().string();
-      if (endsInAsn(file) && prefixOfFile(file) == name)
-        found.push_back(directory == "." ? file : joinPath(directory, file));
+      if (maySource(file) && asn1::FilePrefixOf(file) == name)
+        (endsInAsn(file) ? found : others).push_back(directory == "." ? file : joinPath(directory, file));
     }
   }
+  if (found.empty()) found = std::move(others);
   return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
 }
 
@@ -61,7 +71,7 @@ bool Compilation::parseFile(const std::string& path) {
   if (!parsed_.insert(path).second) return true;
   SourceFile& file = files_.emplace_back();
   file.path = path;
-  if (!readFile(path, file.text)) {
+  if (!readSource(path, file.text)) {
     reporter_.error("the file " + path + " can not be read");
     return false;
   }
@@ -75,7 +85,7 @@ bool Compilation::parseFile(const std::string& path) {
       module.file_prefix = given->second.file;
       module.generation_prefix = given->second.generation;
     } else {
-      module.file_prefix = i == first ? prefixOfFile(path) : module.name.substr(0, kPrefixLength);
+      module.file_prefix = i == first ? asn1::FilePrefixOf(path) : module.name.substr(0, asn1::kPrefixLength);
       module.generation_prefix = module.file_prefix;
     }
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "asn1/front/FilePrefix.h"
 #include "mesk/Lexer.h"
 
 namespace mesk {
@@ -46,15 +47,6 @@ std::string hyphenated(std::string_view name) {
   std::string result(name);
   std::replace(result.begin(), result.end(), '_', '-');
   return result;
-}
-
-std::string prefixOfFile(const std::string& path) {
-  std::string name = path.substr(path.rfind('/') + 1);
-  if (name.size() > 4 && name.compare(name.size() - 4, 4, ".asn") == 0) name.resize(name.size() - 4);
-  for (char& c : name) {
-    if (!isLetter(c) && !isDigit(c) && c != '-') c = '_';
-  }
-  return name.substr(0, kPrefixLength);
 }
 
 bool Options::parse(const std::vector<std::string>& words) {
@@ -119,7 +111,7 @@ bool Options::addPrefix(std::string_view value) {
   if (parts[1].empty()) parts[1] = parts[0];
   if (parts[2].empty()) parts[2] = parts[1];
   prefixes[hyphenated(parts[0])] =
-      Prefixes{parts[1].substr(0, kPrefixLength), parts[2].substr(0, kPrefixLength)};
+      Prefixes{parts[1].substr(0, asn1::kPrefixLength), parts[2].substr(0, asn1::kPrefixLength)};
   return true;
 }
 

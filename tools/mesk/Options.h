@@ -43,13 +43,8 @@ struct Options {
   std::vector<std::string> scope_;
 };
 
-/// The longest prefix of a file name.
-inline constexpr size_t kPrefixLength = 32;
 /// `directory` and `name` as one path.
 std::string joinPath(const std::string& directory, const std::string& name);
 /// A name as ASN.1 has it: with hyphens.
 std::string hyphenated(std::string_view name);
-/// A file's prefix from its path: its base name without ".asn", cut, with "_" for what a prefix can't have.
-std::string prefixOfFile(const std::string& path);
-
 }  // namespace mesk

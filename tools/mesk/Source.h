@@ -17,6 +17,8 @@ struct SourceFile {
 
 /// Reads a file whole; false where it can't be read.
 bool readFile(const std::string& path, std::string& text);
+/// The same for a text, in UTF-8 or in two octets for each character; it becomes UTF-8.
+bool readSource(const std::string& path, std::string& text);
 
 struct Place {
   const SourceFile* file = nullptr;

@@ -3,6 +3,7 @@
 //   mkprefil -OPTION-FILE=path [-A=directory...] file...
 #include <cstdio>
 
+#include "asn1/front/FilePrefix.h"
 #include "mesk/Lexer.h"
 #include "mesk/Options.h"
 
@@ -16,7 +17,7 @@ struct Found {
 bool scan(const std::string& path, std::vector<Found>& found) {
   mesk::SourceFile file;
   file.path = path;
-  if (!mesk::readFile(path, file.text)) {
+  if (!mesk::readSource(path, file.text)) {
     std::printf("%s(1): the file can not be read\n", path.c_str());
     return false;
   }
@@ -33,7 +34,7 @@ bool scan(const std::string& path, std::vector<Found>& found) {
     if (tokens[next].kind != mesk::Tok::kUpper || tokens[next].text != "DEFINITIONS") continue;
     const std::string name(tokens[i].text);
     found.push_back(
-        Found{name, modules++ == 0 ? mesk::prefixOfFile(path) : name.substr(0, mesk::kPrefixLength)});
+        Found{name, modules++ == 0 ? asn1::FilePrefixOf(path) : name.substr(0, asn1::kPrefixLength)});
   }
   if (modules == 0) std::printf("%s(1): the file holds no ASN.1 module\n", path.c_str());
   return modules > 0;

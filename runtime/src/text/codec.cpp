@@ -6,6 +6,7 @@
 
 #include "text/reader.h"
 #include "value/task.h"
+#include "value/symbols.h"
 #include "value/types.h"
 
 struct lumo_binary_string_struct {
@@ -129,6 +130,10 @@ Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& oct
 }
 
 }  // namespace
+
+bool lacks_asn1_codec(Value v) {
+  return !find_codec(v->type, &lumo_type_struct_s::encoder) && is_asn1_type(plain_type(v->type));
+}
 
 bool encode_value(Value v, std::string& octets) {
   lumo_encoder_t encoder = find_codec(v->type, &lumo_type_struct_s::encoder);

@@ -8,6 +8,8 @@
 
 namespace lumos {
 
+// Whether a value is of an ASN.1 type that no codec stands at: it has no plain form.
+bool lacks_asn1_codec(Value v);
 // False if the encoder fails.
 bool encode_value(Value v, std::string& octets);
 // A value with temporary life, or null if the octets are none of the type. taken tells how

@@ -88,6 +88,11 @@ std::vector<Module> registered_modules() {
   return list;
 }
 
+bool is_asn1_type(lumo_type_t type) {
+  const RegisteredModule* of = type && type->module ? find(type->module) : nullptr;
+  return of && of->module.language && std::strstr(of->module.language, "ASN.1");
+}
+
 const Module* root_module() {
   for (auto& m : registered())
     if (m->module.is_root) return &m->module;

@@ -25,4 +25,7 @@ using CodecSetup = void (*)(lumo_type_t, lumo_context_t);
 // What is called with every type when the suite starts.
 std::vector<CodecSetup>& codec_setups();
 
+// Whether a type was declared by a module of ASN.1.
+bool is_asn1_type(lumo_type_t type);
+
 }  // namespace lumos

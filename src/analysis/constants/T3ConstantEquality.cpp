@@ -12,6 +12,7 @@
 #include "analysis/constants/T3ConstantValues.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "support/StringM.h"
 #include "support/ModuleCaches.h"
@@ -133,39 +134,30 @@ Text StringValueOf(T3Tree_Node* expression) {
 
 // ---- Compound values ----
 
-// The values of a compound by the number of field or element; a member of `anytype` by module and name.
-using ExpressionMap = std::map<std::pair<int64_t, int64_t>, T3Tree_Node*>;
+// The values of a compound by the number of field or element; that of `anytype` by its member.
+using ExpressionMap = std::map<int64_t, T3Tree_Node*>;
 
-tIdent ModuleOf(T3FieldName* name) {
-  if (auto* module = name->module->try_as<T3Identifier>()) return module->id;
-  return name->place == nullptr ? NoIdent : name->place->vexa_module_name;
-}
-
-ExpressionMap ConstructExpressionMap(T3CompoundValue* compound) {
+// Nothing where it is not known which parts have a value.
+std::optional<ExpressionMap> ConstructExpressionMap(T3CompoundValue* compound, T3Tree_Node* type) {
   ExpressionMap result;
-  T3Tree_Node* type = ExpressionBaseType(compound);
-  int64_t position = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++position) {
-    auto* element = at->as<T3FieldValue>();
-    std::pair<int64_t, int64_t> key{0, position};
-    if (auto* name = element->field->try_as<T3FieldName>())
-      key = T3Is<_T3StructuredType>(type)
-                ? std::pair<int64_t, int64_t>{0, GetAlternativeIndex(type, name->name, false)}
-                : std::pair<int64_t, int64_t>{ModuleOf(name), name->name};
-    if (auto* place = element->field->try_as<T3FieldIndex>())
-      key.second = ConstIntValue(place->index).value_or(-1);
-    if (!element->value->is<T3NotUsedSymbol>()) result[key] = element->value;
+  for (const T3Part& part : PartsOf(compound, type)) {
+    T3Tree_Node* member = part.item->attr().def;
+    std::optional<int64_t> key = part.place;
+    if (type->is<T3AnyType>() && member != nullptr) key = BehindImport(member)->number;
+    if (!key) return std::nullopt;
+    if (!part.item->value->is<T3NotUsedSymbol>()) result[*key] = part.item->value;
   }
   return result;
 }
 
 // Adds the values of two compounds in pairs; false when one has a value that the other has not.
 bool PairFields(T3CompoundValue* a, T3CompoundValue* b, Pairs& open) {
-  const ExpressionMap left = ConstructExpressionMap(a);
-  const ExpressionMap right = ConstructExpressionMap(b);
-  if (left.size() != right.size()) return false;
-  for (auto x = left.begin(), y = right.begin(); x != left.end(); ++x, ++y) {
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(a));
+  const auto left = ConstructExpressionMap(a, type);
+  const auto right = ConstructExpressionMap(b, type);
+  if (!left || !right) return true;
+  if (left->size() != right->size()) return false;
+  for (auto x = left->begin(), y = right->begin(); x != left->end(); ++x, ++y) {
     if (x->first != y->first) return false;
     open.emplace_back(x->second, y->second);
   }

@@ -10,6 +10,7 @@
 
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/StringM.h"
@@ -32,23 +33,6 @@ T3Tree_Node* Absent() {
 
 // ---- Values ----
 
-// A value in a compound value: by the name of its field, or where that is NoIdent by its index.
-T3Tree_Node* LocateInFieldValueList(T3Tree_Node* compound, T3Tree_Node* type, tIdent field, int64_t index) {
-  auto* value = compound->try_as<T3CompoundValue>();
-  if (value == nullptr) return Absent();
-  if (field != NoIdent) index = T3Is<_T3StructuredType>(type) ? GetAlternativeIndex(type, field, false) : -1;
-  int64_t position = 0;
-  for (T3Tree_Node* at = value->value; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++position) {
-    auto* element = at->as<T3FieldValue>();
-    bool found = position == index;
-    if (auto* name = element->field->try_as<T3FieldName>()) found = name->name == field;
-    if (auto* place = element->field->try_as<T3FieldIndex>()) found = ConstIntValue(place->index) == index;
-    if (found) return element->value;
-  }
-  return Absent();
-}
-
 // Forward references through fields nest; a chain of them that is longer than this is left alone.
 constexpr int kMaxDepth = 500;
 int g_depth = 0;
@@ -57,21 +41,11 @@ int g_depth = 0;
 T3Tree_Node* GetQualifiedValue(T3Tree_Node* reference) {
   if (g_depth >= kMaxDepth) return Absent();
   ++g_depth;
-  T3Tree_Node* result = Absent();
-  if (auto* qualifier = reference->try_as<T3Qualifier>()) {
-    T3Tree_Node* base = ConstantValueOf(qualifier->base);
-    result = LocateInFieldValueList(base, ExpressionBaseType(qualifier->base), qualifier->id, -1);
-  } else if (auto* subscription = reference->try_as<T3Subscription>()) {
-    const auto index = ConstIntValue(subscription->index);
-    T3Tree_Node* type = ExpressionBaseType(subscription->base);
-    if (index && type->is<_T3HomogeneousType>()) {
-      const uint64_t first = type->is<T3ArrayType>() ? static_cast<uint64_t>(LowerBoundValue(type)) : 0;
-      result = LocateInFieldValueList(ConstantValueOf(subscription->base), type, NoIdent,
-                                      static_cast<int64_t>(static_cast<uint64_t>(*index) - first));
-    }
-  }
+  T3Tree_Node* result = nullptr;
+  if (auto* compound = ConstantValueOf(reference->as<_T3Qualification>()->base)->try_as<T3CompoundValue>())
+    result = SelectedPart(compound, reference);
   --g_depth;
-  return result;
+  return result == nullptr ? Absent() : result;
 }
 
 bool IsFieldOrElement(T3Tree_Node* reference) {

@@ -13,8 +13,8 @@ namespace {
 constexpr int kNone = 0;
 constexpr int kCycle = 1;
 
-// A call of a call nests; what lies deeper than this counts as a cycle.
-constexpr int kMaxDepth = 500;
+// A call of a call nests; what lies deeper than this is not known, and counts as having effects.
+constexpr int kMaxDepth = 3000;
 int g_depth = 0;
 
 bool ChangesSnapshot(T3Tree_Node* node) {
@@ -26,8 +26,8 @@ bool ChangesSnapshot(T3Tree_Node* node) {
 
 bool HasSideEffects(T3Tree_Node* node) {
   return node->is<T3Create>() || node->is<T3Running>() || node->is<T3Alive>() || node->is<T3Read>() ||
-         node->is<T3GetVerdict>() || node->is<T3Activate>() || node->is<T3Rnd>() ||
-         node->is<T3SetVerdictStmt>() || node->is<T3DeactivateStmt>();
+         node->is<T3GetVerdict>() || node->is<T3Rnd>() || node->is<T3SetVerdictStmt>() ||
+         node->is<T3DeactivateStmt>();
 }
 
 int StatusOfName(T3Tree_Node* name) {
@@ -45,8 +45,34 @@ int StatusOfTarget(T3Tree_Node* target) {
   return T3Is<T3VarDecl>(def) ? AltStatusOfDecl(def) : kNone;
 }
 
+// What a call gives back is written as by an assignment.
+int StatusOfOutParameters(T3Parameterization* call) {
+  int status = kNone;
+  T3Tree_Node* formal = FormalParametersOf(DefQuietly(call->base));
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>() && T3Is<_T3FormalPar>(formal);
+       at = at->as<T3ActualPar>()->next, formal = formal->as<_T3FormalPar>()->next) {
+    auto* par = formal->try_as<_T3TypedFormal>();
+    T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+    if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
+    if (par != nullptr && par->pass == t3_par_pass_t::Out) status = std::max(status, StatusOfTarget(actual));
+  }
+  return status;
+}
+
+// A default is not executed where it is activated; what is given to it is evaluated there.
+int StatusOfActivation(T3Activate* activation) {
+  int status = kHasSideEffects;
+  auto* call = activation->teststep->try_as<T3Parameterization>();
+  T3Tree_Node* at = call == nullptr ? activation->teststep : call->apl;
+  for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
+    status = std::max(status, AltStatus(at->as<T3ActualPar>()->expression));
+  return status;
+}
+
 int StatusOfNode(T3Tree_Node* node) {
   if (ChangesSnapshot(node)) return kChangesSnapshot;
+  if (auto* activation = node->try_as<T3Activate>()) return StatusOfActivation(activation);
+  if (auto* call = node->try_as<T3Parameterization>()) return StatusOfOutParameters(call);
   if (HasSideEffects(node)) return kHasSideEffects;
   if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
   return node->is<T3Identifier>() || node->is<T3Qualifier>() ? StatusOfName(node) : kNone;
@@ -96,7 +122,8 @@ T3Cleanness CleannessOfAltstep(T3Tree_Node* reference) {
   T3Tree_Node* def = DefQuietly(reference);
   auto* altstep = T3Is<T3TestStep>(def) ? def->as<T3TestStep>() : nullptr;
   auto* body = altstep == nullptr ? nullptr : altstep->body->try_as<T3AltStmt>();
-  if (body == nullptr || g_depth >= kMaxDepth) return {};
+  if (body == nullptr) return {};
+  if (g_depth >= kMaxDepth) return {false, false};
   const auto [known, made] = g_altsteps.TryEmplace(def->number);
   if (!made) return *known;
   ++g_depth;
@@ -112,7 +139,7 @@ int AltStatus(T3Tree_Node* root) {
   ForEachInSubtree(root, [&status](T3Tree_Node* node) {
     if (status == kChangesSnapshot || node->is<T3LogStmt>()) return false;
     status = std::max(status, StatusOfNode(node));
-    return status < kChangesSnapshot;
+    return status < kChangesSnapshot && !node->is<T3Activate>();
   });
   return status;
 }
@@ -120,9 +147,9 @@ int AltStatus(T3Tree_Node* root) {
 // The attribute holds the status and 1, so that 0 is not known; a declaration that is being looked through
 // counts as a cycle.
 int AltStatusOfDecl(T3Tree_Node* decl) {
-  if (g_depth >= kMaxDepth) return kCycle;
   uint8_t& known = decl->as<_T3Decl>()->attr().alt_status;
   if (known != 0) return known - 1;
+  if (g_depth >= kMaxDepth) return kHasSideEffects;
   known = kCycle + 1;
   ++g_depth;
   const int status = StatusOfBody(decl);

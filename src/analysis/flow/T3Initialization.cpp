@@ -1,12 +1,14 @@
 // Variables that are read before anything has been assigned to them on any way that leads there. Each body is
-// walked in the order of its statements; what a branch assigns counts behind it, what a loop's body assigns
-// does not.
+// walked in the order of its statements when the evaluation enters it; what a branch assigns counts behind
+// it, what a loop's body assigns does not. What is read too early is told when the evaluation comes by.
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
@@ -14,9 +16,11 @@
 #include "support/Idents.h"
 
 namespace {
+// The names that are read too early, by their numbers.
+std::unordered_set<uint32_t>& g_early = *new std::unordered_set<uint32_t>;
+
 class BodyWalk {
  public:
-  explicit BodyWalk(int level) : level_(level) {}
   void Enter(T3Tree_Node* decl);
   void List(T3Tree_Node* list);
   void Parameters(T3Tree_Node* fpl);
@@ -42,15 +46,20 @@ class BodyWalk {
   Bits Apart(const Walk& walk);
   void SetAll(const Bits& variables);
 
-  int level_;
-  // The variables that are looked after, by the numbers of their declarations.
+  /// The variable that a name stands for, if it is one that is looked after.
+  const size_t* VariableOf(T3Tree_Node* name) const;
+
+  // The variables that are looked after, by the numbers of their declarations; and their names. Those that
+  // have a value from the start are not among them.
   std::unordered_map<uint32_t, size_t> variables_;
+  std::unordered_set<tIdent> names_;
   std::vector<bool> assigned_;
   // What was assigned, in order.
   Bits trail_;
 };
 
 void BodyWalk::Enter(T3Tree_Node* decl) {
+  names_.insert(T3Is<_T3Decl>(decl) ? decl->as<_T3Decl>()->name : decl->as<_T3FormalPar>()->name);
   if (variables_.try_emplace(decl->number, assigned_.size()).second) assigned_.push_back(false);
 }
 
@@ -83,23 +92,42 @@ void BodyWalk::Parameters(T3Tree_Node* fpl) {
 }
 
 void BodyWalk::Declarations(T3Tree_Node* decls) {
-  for (T3Tree_Node* at = decls; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next)
-    if (auto* variable = at->try_as<T3VarDecl>()) Variable(variable);
+  for (T3Tree_Node* at = decls; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+    if (auto* variable = at->try_as<T3VarDecl>())
+      Variable(variable);
+    else if (auto* decl = at->try_as<T3TemplateDecl>())
+      Reads(decl->definition);
+    else if (auto* value = at->try_as<T3ConstDecl>())
+      Reads(value->value);
+  }
 }
 
 // ---- Expressions ----
 
-// What the walk of the evaluation has found out; names that it passes over mean nothing.
-T3Tree_Node* KnownDef(_T3Reference* reference) {
-  return reference->attributes == nullptr ? nullptr : reference->attr().def;
+// Few names have to be looked up: those that a variable without a value has.
+const size_t* BodyWalk::VariableOf(T3Tree_Node* name) const {
+  auto* identifier = name->try_as<T3Identifier>();
+  if (identifier == nullptr || names_.count(identifier->id) == 0) return nullptr;
+  T3Tree_Node* def = DefQuietly(identifier);
+  const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
+  return found == variables_.end() ? nullptr : &found->second;
 }
 
 void BodyWalk::Read(T3Identifier* name) {
-  T3Tree_Node* def = KnownDef(name);
-  const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
-  if (found == variables_.end() || assigned_[found->second]) return;
-  if (level_ == 2) return vexa_filtered_error(ERR_uninitialized, name->position, name->id);
-  WarnAt(name, "access to uninitialized value '" + std::string(gIdents.GetString(name->id)) + "'");
+  const size_t* variable = VariableOf(name);
+  if (variable != nullptr && !assigned_[*variable]) g_early.insert(name->number);
+}
+
+bool IsOutParameter(T3Parameterization* call, int index) {
+  T3Tree_Node* formal = FormalParametersOf(DefQuietly(call->base));
+  for (; index > 0 && T3Is<_T3FormalPar>(formal); --index) formal = formal->as<_T3FormalPar>()->next;
+  return T3Is<_T3TypedFormal>(formal) && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
+}
+
+T3Tree_Node* RootOf(T3Tree_Node* target) {
+  while (target->is<T3Subscription>() || target->is<T3Qualifier>())
+    target = target->as<_T3Qualification>()->base;
+  return target;
 }
 
 // The indices on the way to what is assigned are read.
@@ -108,26 +136,21 @@ void BodyWalk::Write(T3Tree_Node* target) {
     if (auto* subscription = target->try_as<T3Subscription>()) Reads(subscription->index);
     target = target->as<_T3Qualification>()->base;
   }
-  auto* name = target->try_as<T3Identifier>();
-  if (name == nullptr) return Reads(target);
-  T3Tree_Node* def = KnownDef(name);
-  const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
-  if (found != variables_.end()) Set(found->second);
+  if (!target->is<T3Identifier>()) return Reads(target);
+  if (const size_t* variable = VariableOf(target)) Set(*variable);
 }
 
+// The kind of a parameter matters for variables that have no value yet.
 void BodyWalk::Call(T3Parameterization* call) {
   Reads(call->base);
-  T3Tree_Node* def = KnownDef(call);
-  T3Tree_Node* formal = def == nullptr ? nullptr : FormalParametersOf(BehindImport(def));
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
-    auto* par = T3Is<_T3TypedFormal>(formal) ? formal->as<_T3TypedFormal>() : nullptr;
+  int index = 0;
+  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next, ++index) {
     T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
-    auto* definition = actual->try_as<T3TemplateDef>();
-    if (par != nullptr && par->pass == t3_par_pass_t::Out)
-      Write(definition != nullptr ? definition->constraint : actual);
+    if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
+    if (VariableOf(RootOf(actual)) != nullptr && IsOutParameter(call, index))
+      Write(actual);
     else
-      Reads(actual);
-    if (T3Is<_T3FormalPar>(formal)) formal = formal->as<_T3FormalPar>()->next;
+      Reads(at->as<T3ActualPar>()->expression);
   }
 }
 
@@ -157,13 +180,15 @@ void BodyWalk::Reads(T3Tree_Node* root) {
 // ---- Statements ----
 
 void BodyWalk::Variable(T3VarDecl* decl) {
-  Enter(decl);
   const bool has_value = IsGiven(decl->value) || T3Is<T3TemplateDef>(decl->value);
-  if (has_value) Reads(decl->value);
-  const size_t variable = variables_[decl->number];
+  const bool is_known = names_.count(decl->name) > 0;
+  Enter(decl);
   // A loop that comes by again finds it as it was declared.
-  assigned_[variable] = false;
-  if (has_value || IsTimer(decl) || IsTimerArray(decl)) Set(variable);
+  assigned_[variables_[decl->number]] = false;
+  if (!has_value) return;
+  Reads(decl->value);
+  variables_.erase(decl->number);
+  if (!is_known) names_.erase(decl->name);
 }
 
 // A chain of `else if` is followed in a loop.
@@ -256,26 +281,33 @@ int LevelAt(T3Tree_Node* node) {
   return node->place == nullptr ? 0 : GetInitializeCheck(node->place->vexa_my_module);
 }
 
-void CheckBody(T3Tree_Node* node) {
-  const int level = LevelAt(node);
-  if (level == 0) return;
-  BodyWalk walk(level);
+// Timers need no value.
+void TellEarlyRead(T3Tree_Node* node) {
+  if (g_early.empty() || g_early.erase(node->number) == 0) return;
+  auto* name = node->as<T3Identifier>();
+  T3Tree_Node* def = Def(name);
+  if (!T3Is<T3VarDecl>(def) && !T3Is<_T3FormalPar>(def)) return;
+  if (IsTimer(def) || IsTimerArray(def)) return;
+  if (LevelAt(node) == 2) return vexa_filtered_error(ERR_uninitialized, name->position, name->id);
+  WarnAt(name, "access to uninitialized value '" + std::string(gIdents.GetString(name->id)) + "'");
+}
+
+constexpr T3Rule kRules[] = {
+    {T3Kind::T3Identifier, TellEarlyRead},
+};
+}  // namespace
+
+void EnterBody(T3Tree_Node* node) {
+  g_early.clear();
+  if (LevelAt(node) == 0) return;
+  BodyWalk walk;
+  if (auto* component = node->try_as<T3ComponentType>()) return walk.Declarations(component->decls);
+  if (auto* control = node->try_as<T3ControlPart>()) return walk.List(control->body);
   auto* decl = node->as<_T3FunctionBodyDecl>();
   walk.Parameters(decl->fpl);
   if (auto* altstep = node->try_as<T3TestStep>()) walk.Declarations(altstep->decls);
   walk.List(decl->body);
 }
-
-void CheckControl(T3Tree_Node* node) {
-  const int level = LevelAt(node);
-  if (level > 0) BodyWalk(level).List(node->as<T3ControlPart>()->body);
-}
-
-constexpr T3Rule kRules[] = {
-    {T3Kind::_T3FunctionBodyDecl, CheckBody},
-    {T3Kind::T3ControlPart, CheckControl},
-};
-}  // namespace
 
 std::span<const T3Rule> InitializationRules() {
   return kRules;

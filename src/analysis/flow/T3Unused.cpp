@@ -93,8 +93,15 @@ void RecordAnytype(T3Tree_Node* reference, T3Tree_Node* owner) {
     InsertAnyTypeMembersInDependentDecls(AllTypesOf(reference->place->vexa_my_module), DepDecls(owner));
 }
 
+// Who names the built-in `address` uses what it stands for in the module.
+T3Tree_Node* DefinitionOfAddress(T3Tree_Node* def) {
+  auto* decl = T3Is<T3TypeDecl>(def) ? def->as<T3TypeDecl>() : nullptr;
+  if (decl == nullptr || !IsRedefinedAddress(decl->type)) return def;
+  return decl->type->as<T3Address>()->attr().address_type_definition_inh;
+}
+
 void RecordUse(T3Tree_Node* reference) {
-  T3Tree_Node* def = reference->as<_T3Reference>()->attr().def;
+  T3Tree_Node* def = DefinitionOfAddress(reference->as<_T3Reference>()->attr().def);
   T3Tree_Node* owner = reference->place != nullptr ? reference->place->top_scope_owner : nullptr;
   if (!T3Is<_T3Decl>(def) || owner == nullptr || def == owner) return;
   if (IsAnytype(def)) RecordAnytype(reference, owner);

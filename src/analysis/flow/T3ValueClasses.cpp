@@ -51,8 +51,11 @@ bool EachPart(T3Tree_Node* expression, Test passes) {
     open.pop_back();
     if (auto* compound = at->try_as<T3CompoundValue>()) {
       for (T3Tree_Node* value = compound->value; value->is<T3FieldValue>();
-           value = value->as<T3FieldValue>()->next)
+           value = value->as<T3FieldValue>()->next) {
+        const bool permuted = value->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No;
+        if (permuted && !passes(Class::Template)) return false;
         open.push_back(value->as<T3FieldValue>()->value);
+      }
     } else if (!passes(ClassOf(at))) {
       return false;
     }

@@ -1,6 +1,7 @@
 // Compound values: by list, by field name, by index, and empty. One that several candidates may have is
 // tried with each in silence before it settles.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "driver/diagnostics/T3Error.h"
 
 namespace t3infer {
@@ -77,19 +78,14 @@ class MemberCursor {
 };
 
 // The member of `anytype` that a field name stands for.
-T3Tree_Node* AnyTypeMember(T3FieldValue* value) {
+T3Tree_Node* MemberOfAnyType(T3FieldValue* value) {
   auto* name = value->field->as<T3FieldName>();
   if (value->place == nullptr || !T3Is<T3MapEnv>(value->place->env)) return gT3ErrorType;
-  tIdent module = 0;
-  if (T3Is<T3Identifier>(name->module)) module = name->module->as<T3Identifier>()->id;
-  if (module == value->place->vexa_module_name) module = 0;
-  T3Tree_Node* def = NewIdentify1(value->place->env, name->name, module, name->position, false);
-  if (T3Is<T3TypeDecl>(BehindImport(def))) return def;
-  if (CountFailure())
-    vexa_filtered_error(ERR_anytype_unknown_field, name->position, value->place->vexa_module_name,
-                        gIdents.MakeIdent("anytype"), module == 0 ? value->place->vexa_module_name : module,
-                        name->name);
-  return gT3ErrorType;
+  const tIdent module = T3Is<T3Identifier>(name->module) ? name->module->as<T3Identifier>()->id : NoIdent;
+  T3Tree_Node* member = AnyTypeMember(value, name->name, module, name->position);
+  if (member->is<T3ErrorType>() && CountFailure())
+    ReportNoAnyTypeMember(value, name->name, module, name->position);
+  return member;
 }
 
 // True when a member is declared in the module that its name is qualified by, if it is.
@@ -102,7 +98,7 @@ bool IsFromModule(const T3Tree_Node* member, T3Tree_Node* module) {
 T3Tree_Node* MemberOf(T3FieldValue* value, T3Tree_Node* base, MemberCursor& cursor) {
   if (base->is<_T3HomogeneousType>()) return ElementType(base);
   auto* name = value->field->try_as<T3FieldName>();
-  if (base->is<T3AnyType>()) return name == nullptr ? gT3ErrorType : AnyTypeMember(value);
+  if (base->is<T3AnyType>()) return name == nullptr ? gT3ErrorType : MemberOfAnyType(value);
   if (name == nullptr) {
     T3Tree_Node* member = cursor.Next();
     if (member->is<T3ErrorType>()) Report(value->value, 0);

@@ -4,15 +4,12 @@
 namespace t3infer {
 namespace {
 // Each member has the candidates of the list; what the first leaves is the list's.
-T3Inference InferValueList(T3Tree_Node* node, T3Tree_Node* values, T3Candidates& candidates, bool strict,
-                           bool report) {
+T3Inference InferValueList(T3Tree_Node* node, T3Tree_Node* values, T3Candidates& candidates, bool report) {
   bool failed = false;
   const T3Candidates all = candidates;
   for (T3Tree_Node* at = values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
     T3Candidates own = all;
-    failed =
-        Infer(at->as<T3ValueListItem>()->value, own, strict && at == values, true) != T3Inference::Good ||
-        failed;
+    failed = Infer(at->as<T3ValueListItem>()->value, own, false, true) != T3Inference::Good || failed;
     if (at == values) candidates = own;
   }
   return Finish(node, candidates, failed, report);
@@ -33,7 +30,7 @@ T3Candidates BoundCandidates(const T3Candidates& candidates) {
   T3Candidates result;
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
-    T3Tree_Node* type = BoundType(candidates.base(i));
+    T3Tree_Node* type = BoundType(GetAddressBaseType(candidates.base(i)));
     result.Add(type, type);
   }
   return result;
@@ -49,7 +46,7 @@ bool FailsAsBound(T3Tree_Node* bound, T3Candidates characters, T3Candidates stri
 void StrikeWhatBoundIsNot(T3Candidates& candidates, T3Tree_Node* bound) {
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
-    T3Tree_Node* base = candidates.base(i);
+    T3Tree_Node* base = GetAddressBaseType(candidates.base(i));
     const bool fits = base->kind == bound->kind || base == gT3WildcardType ||
                       (base->is<T3CharStringType>() && bound->is<T3CharacterType>()) ||
                       (base->is<T3UniversalCharStringType>() && bound->is<T3UniversalCharacterType>());
@@ -112,9 +109,9 @@ T3Inference InferExtra(ExtraMatchingExpressions* node, T3Candidates& candidates,
 T3Inference InferMatching(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report) {
   switch (node->kind) {
     case T3Kind::T3Complement:
-      return InferValueList(node, node->as<T3Complement>()->values, candidates, strict, report);
+      return InferValueList(node, node->as<T3Complement>()->values, candidates, report);
     case T3Kind::T3ValueList:
-      return InferValueList(node, node->as<T3ValueList>()->values, candidates, strict, report);
+      return InferValueList(node, node->as<T3ValueList>()->values, candidates, report);
     case T3Kind::T3ValueRange:
       return InferRange(node->as<T3ValueRange>(), candidates, report);
     case T3Kind::T3BitStringMatch:

@@ -78,11 +78,12 @@ bool HasSingleCharacters(T3Tree_Node* node) {
   return T3Is<T3TTCN_3_Edition1>(edition) || T3Is<T3TTCN_3_Edition2>(edition);
 }
 
+T3Tree_Node* SingleCharacter(T3Tree_Node* node) {
+  return node->is<T3Int2UniChar>() ? gT3UniversalCharacterType : gT3CharacterType;
+}
+
 T3OwnTypes CharacterResult(T3Tree_Node* node) {
-  const bool universal = node->is<T3Int2UniChar>();
-  T3Tree_Node* single = universal ? gT3UniversalCharacterType : gT3CharacterType;
-  T3Tree_Node* string = universal ? gT3UniversalCharStringType : gT3CharStringType;
-  return HasSingleCharacters(node) ? T3OwnTypes{single} : T3OwnTypes{single, string};
+  return {SingleCharacter(node), node->is<T3Int2UniChar>() ? gT3UniversalCharStringType : gT3CharStringType};
 }
 
 T3Inference InferReplace(T3Replace* node, T3Candidates& candidates, bool strict, bool report) {
@@ -117,6 +118,8 @@ T3Inference InferPredefined(_T3PreDefinedFunction* node, T3Candidates& candidate
           node->is<_T3PreDefinedLengthFunction>() ? node->as<_T3PreDefinedLengthFunction>() : nullptr)
     Fails(sized->length, {gT3IntegerType});
   if (auto* decoding = node->try_as<T3DecValue>()) Fails(decoding->decoded_value, Anything());
+  if (conversion.result == nullptr && HasSingleCharacters(node))
+    return FinishOne(node, candidates, SingleCharacter(node), failed, strict, report);
   if (conversion.result == nullptr) return FinishSet(node, candidates, CharacterResult(node), failed, report);
   return FinishOne(node, candidates, conversion.result, failed, strict, report);
 }
@@ -152,9 +155,31 @@ T3Inference InferTemplateFunction(_T3PreDefinedTemplateFunction* node, T3Candida
   }
 }
 
+namespace {
+bool HasOwnType(T3Tree_Node* pattern) {
+  auto* definition = pattern->try_as<T3TemplateDef>();
+  return definition != nullptr &&
+         (!T3Is<T3NoType>(definition->parent) || definition->modifies->is<T3TemplateReference>());
+}
+
+// What has no type by itself has that of the pattern, without its constraints. A pattern with a type of its
+// own may be of another one than the value: then it does not match.
+void InferValueForPattern(T3Tree_Node* value, T3Tree_Node* pattern) {
+  Fails(pattern, Anything());
+  const T3Candidates own(ExpressionBaseType(pattern));
+  T3Candidates candidates = own;
+  if (Infer(value, candidates, false, false) != T3Inference::Unreported) return;
+  Fails(value, HasOwnType(pattern) && !value->is<T3CompoundValue>() ? Anything() : own);
+}
+}  // namespace
+
 T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, bool report) {
-  Fails(node->expression, Anything());
-  Fails(node->template_value, T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
+  if (HasOwnType(node->template_value) || node->expression->is<T3CompoundValue>()) {
+    InferValueForPattern(node->expression, node->template_value);
+  } else {
+    Fails(node->expression, Anything());
+    Fails(node->template_value, T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
+  }
   if (node->template_value->is<T3TemplateDef>()) DecideLeft(node->expression, node->template_value);
   node->attr().last_pass = true;
   return FinishOne(node, candidates, gT3BooleanType, false, strict, report);

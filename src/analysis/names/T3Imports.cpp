@@ -414,7 +414,9 @@ T3Tree_Node* FirstOwnDecl(T3Module* module, tIdent id) {
   T3Tree_Node* result = nullptr;
   if (!map.empty()) {
     for (const T3DeclMap::Entry& entry : map.Find(id))
-      if (result == nullptr && IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>()) result = entry.decl;
+      if (result == nullptr && IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>() &&
+          !entry.decl->is<T3GroupDecl>())
+        result = entry.decl;
     return result;
   }
   ForDecls(module->definition_part, [&](T3Tree_Node* decl) {

@@ -524,7 +524,6 @@ T3DeclMap* PlaceWalk::RegisterModule(T3Module* module) {
     rest.push_back(decl->next);
     if (auto* group = decl->try_as<T3GroupDecl>()) {
       rest.push_back(group->body);
-      continue;
     }
     RegisterDecl(decl, module->name, map);
     if (auto* type = decl->try_as<T3TypeDecl>(); type != nullptr && IsWrittenElsewhere(type))

@@ -3,11 +3,13 @@
 #include "analysis/flow/T3AltStatus.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/walk/T3Subtree.h"
 #include "analysis/rules/T3ParameterKinds.h"
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
+#include "frontend/T3GlobalASTNodes.h"
 
 namespace {
 // ---- Actual parameters ----
@@ -18,13 +20,19 @@ bool HasDefault(T3Tree_Node* par) {
   return T3Is<T3TemplateDef>(value) || (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>());
 }
 
-// What gives a value back must be given something that takes it.
+// What takes a value must be given one, and what gives a value back something that takes it.
 void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
   auto* par = formal->try_as<_T3TypedFormal>();
-  if (par == nullptr || par->pass == t3_par_pass_t::In || IsPortOrPortArray(par)) return;
+  if (par == nullptr || IsPortOrPortArray(par)) return;
   T3Tree_Node* value = ConstraintOf(actual);
+  if (par->pass == t3_par_pass_t::In) {
+    if (par->is<T3FormalPar>() && value->is<T3Omit>())
+      vexa_filtered_error(ERR_not_allowed_for, PositionOf(actual), "'omit'", "template value");
+    return;
+  }
   if (!T3Is<_T3Expression>(value) || value->is<T3NotUsedSymbol>() || HasFailed(value)) return;
-  if (!IsLvalue(value)) vexa_filtered_error(ERR_lvalue, PositionOf(actual));
+  const bool holds_template = !par->is<T3FormalTemplatePar>() || IsTemplateReference(value);
+  if (!IsLvalue(value) || !holds_template) vexa_filtered_error(ERR_lvalue, PositionOf(actual));
 }
 
 bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {
@@ -47,6 +55,46 @@ void CheckCall(T3Tree_Node* node) {
   T3Tree_Node* def = BehindImport(Def(call));
   if (HasParameters(def) && !CheckActualParList(call->apl, FormalParametersOf(def)))
     vexa_filtered_error(ERR_parlist_length, call->position);
+}
+
+// What calls a template, and a template that modifies one, has parameters of its own.
+bool TakesParameters(T3Tree_Node* name) {
+  T3Tree_Node* parent = name->parent;
+  if (auto* call = T3Is<T3Parameterization>(parent) ? parent->as<T3Parameterization>() : nullptr)
+    return call->base == name;
+  return T3Is<T3TemplateReference>(parent) && T3Is<T3TemplateDef>(parent->parent) &&
+         T3Is<T3TemplateDecl>(parent->parent->parent);
+}
+
+// Makes a call of a name, with the default of each parameter.
+void CallWithDefaults(_T3Reference* name, T3Tree_Node* fpl) {
+  auto* call = gT3AST.mT3Parameterization(name->position, name, _sgT3NoActualPar());
+  call->place = call->apl->place = name->place;
+  auto& attributes = call->attr();
+  const auto& own = name->attr();
+  attributes.fpl = fpl;
+  attributes.def = own.def;
+  attributes.local_type_def = own.local_type_def;
+  attributes.base_type_def = own.base_type_def;
+  attributes.expression_local_type = own.expression_local_type;
+  attributes.expression_base_type = own.expression_base_type;
+  attributes.pass1 = own.pass1;
+  attributes.pass2 = own.pass2;
+  attributes.is_strict = own.is_strict;
+  ReplaceChild(name, call);
+  AdoptChildren(call);
+}
+
+// The name of a template with parameters stands for it if each has a default.
+void CheckBareTemplate(T3Tree_Node* node) {
+  auto* name = node->as<_T3Reference>();
+  T3Tree_Node* def = name->attributes == nullptr ? nullptr : name->attr().def;
+  if (!T3Is<T3TemplateDecl>(def) && !T3Is<T3ImportTemplateDecl>(def)) return;
+  T3Tree_Node* fpl = FormalParametersOf(def);
+  if (!T3Is<_T3FormalPar>(fpl) || TakesParameters(name)) return;
+  for (T3Tree_Node* par = fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next)
+    if (!HasDefault(par)) return vexa_filtered_error(ERR_parlist_length, name->position);
+  CallWithDefaults(name, fpl);
 }
 
 // ---- Components ----
@@ -112,6 +160,8 @@ void CheckCallInInterleave(T3Tree_Node* node) {
 
 constexpr T3Rule kRules[] = {
     {T3Kind::T3Parameterization, CheckCall},
+    {T3Kind::T3Identifier, CheckBareTemplate},
+    {T3Kind::T3Qualifier, CheckBareTemplate},
     {T3Kind::T3Parameterization, CheckRunsOnInExpression},
     {T3Kind::T3Parameterization, CheckCallInInterleave},
     {T3Kind::T3InvocationStmt, CheckInvocation},

@@ -268,7 +268,7 @@ void CheckRangesOfSubType(T3Tree_Node* node) {
   auto* subtype = node->as<T3SubType>();
   auto* list = subtype->constraint->try_as<T3ValueList>();
   T3Tree_Node* base = BaseTypeDef(subtype);
-  if (list == nullptr || base->is<T3ErrorType>() || HasRanges(base)) return;
+  if (list == nullptr || base->is<T3ErrorType>() || HasRanges(GetAddressBaseType(base))) return;
   for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
     if (auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>())
       vexa_filtered_error(ERR_type_range_subtype, range->position);
@@ -276,8 +276,10 @@ void CheckRangesOfSubType(T3Tree_Node* node) {
 
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
+  if (HasFailed(range->lb) || HasFailed(range->ub)) return;
   if (Reversed(ConstIntValue(range->lb), ConstIntValue(range->ub)) ||
-      Reversed(ConstFloatValue(range->lb), ConstFloatValue(range->ub)))
+      Reversed(ConstFloatValue(range->lb), ConstFloatValue(range->ub)) ||
+      Reversed(ConstCharValue(range->lb), ConstCharValue(range->ub)))
     vexa_filtered_error(ERR_arr_bounds, range->position);
 }
 

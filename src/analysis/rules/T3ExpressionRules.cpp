@@ -68,7 +68,7 @@ void CheckArrayValue(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
   T3Tree_Node* type = HasFailed(compound) ? nullptr : GetAddressBaseType(ExpressionBaseType(compound));
   // Durations of timers have a message of their own.
-  if (!T3Is<T3ArrayType>(type) || IsTimerArray(type) || !compound->value->is<T3FieldValue>()) return;
+  if (!T3Is<T3ArrayType>(type) || IsTimerArray(type)) return;
   uint64_t length = 0;
   for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++length)
     if (!at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at->as<T3FieldValue>()))

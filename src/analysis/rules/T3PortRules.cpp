@@ -30,7 +30,7 @@ void CheckPort(T3Tree_Node* node) {
   T3Tree_Node* port = node->as<_T3PortStmt>()->port;
   if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
   T3Tree_Node* type = ExpressionBaseType(port);
-  if (type == gT3AnyPortType || type->is<T3PortType>()) return;
+  if ((type == gT3AnyPortType || type->is<T3PortType>()) && !NamesType(port)) return;
   if (HasMessage(port)) return;
   if (auto* identifier = port->try_as<T3Identifier>())
     vexa_filtered_error(ERR_invalid_port_with_name, PositionOf(node), identifier->id);
@@ -39,6 +39,7 @@ void CheckPort(T3Tree_Node* node) {
 }
 
 bool HasPortType(_T3PortStmt* statement) {
+  if (NamesType(statement->port)) return false;
   return IsAnyPort(statement->port) || ExpressionBaseType(statement->port) == gT3AnyPortType ||
          ExpressionBaseType(statement->port)->is<T3PortType>();
 }
@@ -86,6 +87,7 @@ void RefuseInAlternative(T3Tree_Node* node, T3Tree_Node* part, const char* what)
 
 void CheckReceiving(T3Tree_Node* node) {
   auto* statement = node->as<_T3ReceivingPortStmt>();
+  CheckReceivedTemplate(node);
   RefuseInAlternative(node, statement->template_value, "template");
   RefuseInAlternative(node, statement->port, "port");
   RefuseInAlternative(node, statement->sender, "sender");
@@ -137,10 +139,10 @@ void CheckCall(T3Tree_Node* node) {
   if (signature->not_blocking) {
     if (body) report(ERR_call_noblock_with_body);
     if (IsGiven(call->timeout)) report(ERR_call_noblock_with_timeout);
-    return;
+  } else if (!nowait && !body) {
+    report(ERR_call_blocking_wo_body);
   }
   if (nowait && body) report(ERR_call_nowait_with_body);
-  if (!nowait && !body) report(ERR_call_blocking_wo_body);
 }
 
 void RefuseReturnValue(T3Tree_Node* node, bool given) {
@@ -253,14 +255,23 @@ void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signa
     vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }
 
+// An operation without a template takes what comes, whatever its parameters are.
+bool IsWithoutSignature(T3Tree_Node* statement) {
+  auto* operation = T3Is<_T3TemplatePortStmt>(statement) ? statement->as<_T3TemplatePortStmt>() : nullptr;
+  return operation == nullptr || !operation->template_value->is<T3TemplateDef>();
+}
+
 void CheckRedirect(T3Tree_Node* node) {
   auto* redirect = node->as<T3PortRedirect>();
   for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
     if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
       vexa_filtered_error(ERR_lvalue, PositionOf(target));
   T3Tree_Node* signature = redirect->attr().params_types;
-  if (T3Is<T3SignatureType>(signature) && redirect->redirect_params != nullptr)
+  if (!T3Is<T3FieldValue>(redirect->redirect_params)) return;
+  if (T3Is<T3SignatureType>(signature))
     CheckParameterRedirections(redirect, signature->as<T3SignatureType>());
+  else if (IsWithoutSignature(redirect->parent))
+    vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }
 
 // ---- Configuration ----
@@ -269,7 +280,11 @@ void CheckRedirect(T3Tree_Node* node) {
 struct Side {
   T3Tree_Node* component;
   T3Tree_Node* port;
+  /// The type of the component, null where that is not known or has failed.
+  T3Tree_Node* owner = nullptr;
+  T3PortDecl* decl = nullptr;
   T3PortType* type = nullptr;
+  int dimension = 0;
 };
 
 tIdent PortName(T3Tree_Node* port) {
@@ -291,40 +306,96 @@ T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
   return nullptr;
 }
 
-// Finds the port of a side; false where there is nothing to say about it or it has been refused.
-void ResolveSide(T3Tree_Node* node, Side& side) {
+// The component that `self`, `mtc` and `system` stand for in a test case; null elsewhere, where a function
+// may run on a component that has more than it knows.
+T3Tree_Node* GenericComponent(T3Tree_Node* component) {
+  T3Tree_Node* behaviour = component->place == nullptr ? nullptr : component->place->vexa_owner;
+  auto* testcase = T3Is<T3Testcase>(behaviour) ? behaviour->as<T3Testcase>() : nullptr;
+  if (testcase == nullptr) return nullptr;
+  const bool has_system = component->is<T3System>() && !T3Is<T3NoType>(testcase->system);
+  T3Tree_Node* type = has_system ? BaseTypeDef(testcase->system) : ComponentOf(testcase);
+  const bool is_generic = component->is<T3Self>() || component->is<T3MTC>() || component->is<T3System>();
+  return is_generic && T3Is<T3ComponentType>(type) ? type : nullptr;
+}
+
+bool NamesPort(const Side& side) {
+  return IsGiven(side.port) && !side.port->is<T3PortAll>();
+}
+
+void FindPort(Side& side) {
   if (!IsGiven(side.component) || HasFailed(side.component)) return;
-  T3Tree_Node* component = ExpressionBaseType(side.component);
-  if (component == gT3AnyComponentType) return;
-  if (node->is<T3ConnectStmt>() && component->is<T3ArrayType>())
-    return vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "connect");
-  if (!component->is<T3ComponentType>()) return vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
-  if (!IsGiven(side.port) || side.port->is<T3PortAll>()) return;
-  const tIdent name = PortName(side.port);
-  T3Tree_Node* decl = name == NoIdent ? nullptr : FindPortInComponentDecl(component, name);
-  if (decl == nullptr) {
-    T3Tree_Node* owner = component->parent;
-    const tIdent shown = T3Is<T3TypeDecl>(owner) ? owner->as<T3TypeDecl>()->name : name;
-    return vexa_filtered_error(ERR_undefined_port, PositionOf(node), shown);
-  }
+  side.owner = ExpressionBaseType(side.component);
+  T3Tree_Node* known = side.owner == gT3AnyComponentType ? GenericComponent(side.component) : nullptr;
+  if (known != nullptr) side.owner = known;
+  if (!T3Is<T3ComponentType>(side.owner) || side.owner == gT3AnyComponentType || !NamesPort(side)) return;
+  T3Tree_Node* decl = FindPortInComponentDecl(side.owner, PortName(side.port));
+  if (decl == nullptr) return;
+  side.decl = decl->as<T3PortDecl>();
   T3Tree_Node* type = BaseTypeDef(decl);
-  int dimension = 0;
-  for (; type->is<T3ArrayType>(); type = BaseTypeDef(ElementType(type))) ++dimension;
-  if (SubscriptionLevel(side.port) != dimension)
-    return vexa_filtered_error(ERR_wrong_portarr_subscription, PositionOf(node));
+  for (; type->is<T3ArrayType>(); type = BaseTypeDef(ElementType(type))) ++side.dimension;
   side.type = type->try_as<T3PortType>();
 }
 
-// Everything that one port sends must be taken by the other.
-void CheckPortCompatibility(T3Tree_Node* node, T3PortType* from, T3PortType* to, const char* receiver) {
-  const T3PortTypes out = PortTypesOut(from);
-  const T3PortTypes in = PortTypesIn(to);
-  std::unordered_set<const T3Tree_Node*> taken(in.base.begin(), in.base.end());
-  taken.insert(in.absolute.begin(), in.absolute.end());
-  for (size_t i = 0; i < out.base.size(); ++i)
-    if (!out.base[i]->is<T3ErrorType>() && taken.count(out.absolute[i]) == 0 && taken.count(out.base[i]) == 0)
-      vexa_filtered_error(ERR_type_ports_incompatible, PositionOf(node), receiver,
-                          Type2String(out.absolute[i]).c_str());
+// The checks of configurations, in their order. Each returns true when it has told a fault.
+bool CheckSubscription(T3Tree_Node* node, const Side& side) {
+  if (side.decl == nullptr || SubscriptionLevel(side.port) == side.dimension) return false;
+  vexa_filtered_error(ERR_wrong_portarr_subscription, PositionOf(node));
+  return true;
+}
+
+bool CheckComponent(T3Tree_Node* node, const Side& side) {
+  if (side.owner == nullptr || side.owner == gT3AnyComponentType) return false;
+  if (NamesType(side.component) ||
+      (!side.owner->is<T3ComponentType>() && !(node->is<T3ConnectStmt>() && side.owner->is<T3ArrayType>()))) {
+    vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
+    return true;
+  }
+  if (!side.owner->is<T3ComponentType>() || !NamesPort(side) || side.decl != nullptr) return false;
+  T3Tree_Node* owner = side.owner->parent;
+  const tIdent shown = T3Is<T3TypeDecl>(owner) ? owner->as<T3TypeDecl>()->name : PortName(side.port);
+  vexa_filtered_error(ERR_undefined_port, PositionOf(node), shown);
+  return true;
+}
+
+bool CheckSystemPort(T3Tree_Node* node, const Side& side) {
+  if (!node->is<T3ConnectStmt>() && !node->is<T3DisconnectStmt>()) return false;
+  if (!T3Is<T3System>(side.component)) return false;
+  vexa_filtered_error(ERR_connect_system_port, PositionOf(node));
+  return true;
+}
+
+bool CheckArray(T3Tree_Node* node, const Side& side) {
+  if (!node->is<T3ConnectStmt>() || !T3Is<T3ArrayType>(side.owner)) return false;
+  vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "connect");
+  return true;
+}
+
+// Each type of `needed` must be among those that a port offers.
+void CheckPortCompatibility(T3Tree_Node* node, const T3PortTypes& needed, const T3PortTypes& offered,
+                            const char* name) {
+  std::unordered_set<const T3Tree_Node*> taken(offered.base.begin(), offered.base.end());
+  taken.insert(offered.absolute.begin(), offered.absolute.end());
+  for (size_t i = 0; i < needed.base.size(); ++i)
+    if (!needed.base[i]->is<T3ErrorType>() && taken.count(needed.absolute[i]) == 0 &&
+        taken.count(needed.base[i]) == 0)
+      vexa_filtered_error(ERR_type_ports_incompatible, PositionOf(node), name,
+                          Type2String(needed.absolute[i]).c_str());
+}
+
+// What one side sends the other takes; a port of the system passes on what its port sends, and what it gets.
+void CheckPorts(T3Tree_Node* node, const Side& first, const Side& second) {
+  if (first.type == nullptr || second.type == nullptr) return;
+  const auto check = CheckPortCompatibility;
+  if (node->is<T3ConnectStmt>()) {
+    check(node, PortTypesOut(first.type), PortTypesIn(second.type), "second port");
+    check(node, PortTypesOut(second.type), PortTypesIn(first.type), "first port");
+  } else if (node->is<T3MapStmt>() && T3Is<T3System>(second.component)) {
+    check(node, PortTypesOut(first.type), PortTypesOut(second.type), "second port");
+    check(node, PortTypesIn(second.type), PortTypesIn(first.type), "first port");
+  } else if (node->is<T3MapStmt>() && T3Is<T3System>(first.component)) {
+    check(node, PortTypesIn(first.type), PortTypesIn(second.type), "second port");
+    check(node, PortTypesOut(second.type), PortTypesOut(first.type), "first port");
+  }
 }
 
 void CheckConfiguration(T3Tree_Node* node) {
@@ -332,16 +403,11 @@ void CheckConfiguration(T3Tree_Node* node) {
   auto* statement = node->as<_T3ConfStmt>();
   Side first{statement->component_1, statement->port_1};
   Side second{statement->component_2, statement->port_2};
-  const bool connects = node->is<T3ConnectStmt>() || node->is<T3DisconnectStmt>();
-  if (connects && (T3Is<T3System>(first.component) || T3Is<T3System>(second.component)))
-    vexa_filtered_error(ERR_connect_system_port, PositionOf(node));
-  ResolveSide(node, first);
-  ResolveSide(node, second);
-  if (first.type == nullptr || second.type == nullptr) return;
-  if (node->is<T3ConnectStmt>()) {
-    CheckPortCompatibility(node, first.type, second.type, "second port");
-    CheckPortCompatibility(node, second.type, first.type, "first port");
-  }
+  FindPort(first);
+  FindPort(second);
+  for (const auto check : {CheckSubscription, CheckComponent, CheckSystemPort, CheckArray})
+    if (check(node, first) || check(node, second)) return;
+  CheckPorts(node, first, second);
 }
 
 constexpr T3Rule kRules[] = {

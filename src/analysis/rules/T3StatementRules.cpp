@@ -164,7 +164,7 @@ void CheckStop(T3Tree_Node* node) {
   T3Tree_Node* object = node->as<T3StopStmt>()->object;
   if (!IsGiven(object)) return RefuseInInterleave(node, "stop");
   if (HasFailed(object) || RefuseArray(node, object, "stop") || IsTimerObject(object)) return;
-  if (IsPortObject(object)) return RefuseInControlPart(node, "port operation");
+  if (IsPortObject(object) && !NamesType(object)) return RefuseInControlPart(node, "port operation");
   RefuseInInterleave(node, "stop");
   RefuseInControlPart(node, "'<comp>.stop'");
   if (!IsComponentObject(object) || !IsRvalue(object)) vexa_filtered_error(ERR_rvalue, PositionOf(node));

@@ -41,16 +41,27 @@ bool CanBeOmitted(T3Tree_Node* constraint) {
          !IsConstant(constraint) && IsRvalue(constraint);
 }
 
-// A field of a template that stands for one value, or for one or none, may not match several.
-void RefuseFields(T3CompoundValue* compound, const char* where) {
+bool IsMatching(T3Tree_Node* value) {
+  return value->is<_T3MatchingExpression>() || value->is<ExtraMatchingExpressions>();
+}
+
+// What a field of a template that stands for one value, or for one or none, may not be; null for others.
+const char* RefusedField(T3Tree_Node* value, bool may_be_omitted) {
+  if (value->is<T3Omit>()) return may_be_omitted ? nullptr : "'omit'";
+  if (value->is<T3AnyValue>()) return "'?'";
+  if (value->is<T3AnyOrOmit>()) return "'*'";
+  return IsMatching(value) ? "value" : nullptr;
+}
+
+void RefuseFields(T3CompoundValue* compound, bool may_be_omitted, const char* where) {
   std::vector<T3Tree_Node*> open{compound->value};
   while (!open.empty()) {
     auto* at = open.back()->try_as<T3FieldValue>();
     open.pop_back();
     if (at == nullptr) continue;
     open.push_back(at->next);
-    if (at->value->is<T3AnyValue>())
-      vexa_filtered_error(ERR_not_allowed_for, PositionOf(at), "'?'", where);
+    if (const char* what = RefusedField(at->value, may_be_omitted))
+      vexa_filtered_error(ERR_not_allowed_for, PositionOf(at), what, where);
     else if (auto* inner = at->value->try_as<T3CompoundValue>())
       open.push_back(inner->value);
   }
@@ -59,7 +70,7 @@ void RefuseFields(T3CompoundValue* compound, const char* where) {
 void CheckRestriction(T3Tree_Node* node) {
   auto* definition = node->as<T3TemplateDef>();
   T3Tree_Node* constraint = definition->constraint;
-  const bool matching = constraint->is<_T3MatchingExpression>() || constraint->is<ExtraMatchingExpressions>();
+  const bool matching = IsMatching(constraint);
   const auto refuse = [node](const char* what, const char* where) {
     vexa_filtered_error(ERR_not_allowed_for, PositionOf(node), what, where);
   };
@@ -81,7 +92,8 @@ void CheckRestriction(T3Tree_Node* node) {
     default:
       return;
   }
-  if (auto* compound = constraint->try_as<T3CompoundValue>()) RefuseFields(compound, where);
+  const bool may_be_omitted = definition->restriction == t3_template_restriction_t::Omit;
+  if (auto* compound = constraint->try_as<T3CompoundValue>()) RefuseFields(compound, may_be_omitted, where);
 }
 
 void WarnOfEffects(T3Tree_Node* node) {
@@ -118,7 +130,8 @@ struct Use {
   int refused;
   const _vexa_error_message_t* message;
 };
-// The uses that are looked at when all of the module is known, and templates that modify others are merged.
+// The uses that are looked at when templates that modify others are merged, and all that is sent, with no
+// message: what is given for parameters is known only then.
 std::vector<Use>& g_uses = *new std::vector<Use>;
 
 T3Tree_Node* ValueOf(T3Tree_Node* statement) {
@@ -129,13 +142,17 @@ bool IsKnown(T3Tree_Node* value) {
   return (value->is<T3TemplateDef>() || IsGiven(value)) && !ExpressionBaseType(value)->is<T3ErrorType>();
 }
 
+constexpr const char* kMayMatch = "template may contain matching expressions (will be checked at run-time)";
+
 void Check(const Use& use) {
   if (!IsKnown(use.value)) return;
   const T3TemplateStatus status = CollectTemplateStatus(use.value, false, use.mode);
-  if (status.awaits_merge && status.value < use.refused)
-    g_uses.push_back(use);
-  else if (status.value >= use.refused)
+  if (status.value >= use.refused)
     vexa_filtered_error(*use.message, PositionOf(use.node));
+  else if (status.awaits_merge)
+    g_uses.push_back(use);
+  else if (status.is_cut_off)
+    WarnAt(use.node, kMayMatch);
 }
 
 void RefuseMatching(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t mode) {
@@ -145,7 +162,8 @@ void RefuseUndefined(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t
   Check({node, value, mode, kStatusUndefined, &ERR_template_underdefined});
 }
 
-void NoteSending(T3Tree_Node* node) {
+void CheckSending(T3Tree_Node* node) {
+  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Message);
   g_uses.push_back({node, ValueOf(node), vexa_template_mode_t::Message, kStatusMatching, nullptr});
 }
 void CheckCall(T3Tree_Node* node) {
@@ -154,15 +172,8 @@ void CheckCall(T3Tree_Node* node) {
 void CheckReply(T3Tree_Node* node) {
   RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
-void CheckReceive(T3Tree_Node* node) {
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Message);
-}
-void CheckGetCall(T3Tree_Node* node) {
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Call);
-}
-void CheckGetReply(T3Tree_Node* node) {
+void CheckReturnTemplate(T3Tree_Node* node) {
   RefuseUndefined(node, node->as<T3GetReplyStmt>()->return_template, vexa_template_mode_t::Message);
-  RefuseUndefined(node, ValueOf(node), vexa_template_mode_t::Reply);
 }
 void CheckValueOf(T3Tree_Node* node) {
   RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_mode_t::Message);
@@ -181,12 +192,13 @@ void CheckRecipient(T3Tree_Node* node) {
     RefuseMatching(node, node->as<T3AddressListItem>()->recipient, vexa_template_mode_t::Message);
 }
 
-void CheckSending(T3Tree_Node* node, T3Tree_Node* value) {
+// What cannot be sent has had its message.
+void WarnOfActuals(T3Tree_Node* node, T3Tree_Node* value) {
   if (!IsKnown(value)) return;
-  if (CollectTemplateStatus(value, false, vexa_template_mode_t::Message).value > kStatusReference)
-    vexa_filtered_error(ERR_template_ambiguous, PositionOf(node));
-  else if (CollectTemplateStatus(value, true, vexa_template_mode_t::Message).value > kStatusReference)
-    WarnAt(node, "template may contain matching expressions (will be checked at run-time)");
+  const T3TemplateStatus status = CollectTemplateStatus(value, false, vexa_template_mode_t::Message);
+  if (status.value < kStatusMatching && !status.awaits_merge &&
+      CollectTemplateStatus(value, true, vexa_template_mode_t::Message).value >= kStatusMatching)
+    WarnAt(node, kMayMatch);
 }
 
 constexpr T3Rule kRules[] = {
@@ -194,15 +206,11 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3TemplateDef, CheckRestriction},
     {T3Kind::T3TemplateDef, NoteModifying},
     {T3Kind::T3TemplateDecl, WarnOfEffects},
-    {T3Kind::T3SendStmt, NoteSending},
-    {T3Kind::T3RaiseStmt, NoteSending},
+    {T3Kind::T3SendStmt, CheckSending},
+    {T3Kind::T3RaiseStmt, CheckSending},
     {T3Kind::T3CallStmt, CheckCall},
     {T3Kind::T3ReplyStmt, CheckReply},
-    {T3Kind::T3ReceiveStmt, CheckReceive},
-    {T3Kind::T3TriggerStmt, CheckReceive},
-    {T3Kind::T3GetCallStmt, CheckGetCall},
-    {T3Kind::T3GetReplyStmt, CheckGetReply},
-    {T3Kind::T3CatchStmt, CheckReceive},
+    {T3Kind::T3GetReplyStmt, CheckReturnTemplate},
     {T3Kind::T3ValueOf, CheckValueOf},
     {T3Kind::T3EncValue, CheckEncValue},
     {T3Kind::T3SUTStmt, CheckAction},
@@ -210,6 +218,13 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3AddressListItem, CheckRecipient},
 };
 }  // namespace
+
+void CheckReceivedTemplate(T3Tree_Node* statement) {
+  const auto mode = statement->is<T3GetCallStmt>()    ? vexa_template_mode_t::Call
+                    : statement->is<T3GetReplyStmt>() ? vexa_template_mode_t::Reply
+                                                      : vexa_template_mode_t::Message;
+  if (statement->is<_T3TemplatePortStmt>()) RefuseUndefined(statement, ValueOf(statement), mode);
+}
 
 std::span<const T3Rule> TemplateRules() {
   return kRules;
@@ -225,7 +240,7 @@ void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
   const std::vector<Use> uses = std::move(g_uses);
   for (const Use& use : uses)
     if (use.message == nullptr)
-      CheckSending(use.node, use.value);
+      WarnOfActuals(use.node, use.value);
     else
       Check(use);
 }

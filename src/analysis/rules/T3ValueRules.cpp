@@ -67,8 +67,10 @@ bool Varies(T3Tree_Node* value) {
     auto* compound = at->try_as<T3CompoundValue>();
     if (compound == nullptr && !HasFailed(at) && !IsConstant(at) && !IsQualifiedLiteral(at)) return true;
     for (T3Tree_Node* part = compound == nullptr ? nullptr : compound->value; T3Is<T3FieldValue>(part);
-         part = part->as<T3FieldValue>()->next)
+         part = part->as<T3FieldValue>()->next) {
+      if (part->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No) return true;
       open.push_back(part->as<T3FieldValue>()->value);
+    }
   }
   return false;
 }
@@ -77,12 +79,6 @@ void CheckConstant(T3Tree_Node* node) {
   T3Tree_Node* value = node->as<_T3InstanceValueDecl>()->value;
   if (IsGiven(value) && Varies(value) && !HasFailedPart(value))
     vexa_filtered_error(ERR_const, PositionOf(node));
-}
-
-// A type may stand for its values.
-bool NamesType(T3Tree_Node* value) {
-  return (value->is<T3Identifier>() || value->is<T3Qualifier>()) &&
-         T3Is<T3TypeDecl>(BehindImport(Def(value)));
 }
 
 // The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
@@ -106,6 +102,20 @@ void CheckSubType(T3Tree_Node* node) {
       vexa_filtered_error(ERR_const, range->position);
   }
   if (varies) vexa_filtered_error(ERR_const, subtype->position);
+}
+
+// Lengths are known before the suite runs, in templates too. The bounds of an array are told at the array.
+void CheckLengthBound(T3Tree_Node* node, T3Tree_Node* bound) {
+  if (!T3Is<T3ArrayType>(node->parent) && VariesInType(bound))
+    vexa_filtered_error(ERR_const, PositionOf(bound));
+}
+
+void CheckSingleBound(T3Tree_Node* node) {
+  CheckLengthBound(node, node->as<T3SingleBound>()->ub);
+}
+void CheckRangeBound(T3Tree_Node* node) {
+  CheckLengthBound(node, node->as<T3RangeBound>()->lb);
+  CheckLengthBound(node, node->as<T3RangeBound>()->ub);
 }
 
 void CheckAssignment(T3Tree_Node* node) {
@@ -225,6 +235,8 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3ConstDecl, CheckConstant},
     {T3Kind::T3ModuleParDecl, CheckConstant},
     {T3Kind::T3SubType, CheckSubType},
+    {T3Kind::T3SingleBound, CheckSingleBound},
+    {T3Kind::T3RangeBound, CheckRangeBound},
     {T3Kind::T3AssignStmt, CheckAssignment},
     {T3Kind::T3RetStmt, CheckReturnValue},
     {T3Kind::T3IfStmt, CheckBranch},

@@ -3,46 +3,27 @@
 // case, where its type is found; this check, which has to be asked for, follows references.
 #include <unordered_set>
 
+#include "analysis/constants/T3ConstantValues.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/templates/T3PartBehind.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
+#include "support/ModuleCaches.h"
 #include "driver/diagnostics/T3Error.h"
 
 namespace {
-// References are followed no further than this.
-constexpr int kMaxDepth = 200;
-
-// The value of a field in the compound that an expression stands for; null where there is none.
-T3Tree_Node* DefineFieldValue(T3Tree_Node* expression, tIdent name) {
-  auto* compound = expression->try_as<T3CompoundValue>();
-  if (compound == nullptr) return nullptr;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    T3Tree_Node* member = at->as<T3FieldValue>()->attr().def;
-    if (T3Is<T3FieldType>(member) && member->as<T3FieldType>()->name == name)
-      return at->as<T3FieldValue>()->value;
-  }
-  return nullptr;
-}
-
-// What an expression stands for: the constraint of a template without parameters, or a field of one.
-T3Tree_Node* Behind(T3Tree_Node* expression, int depth = 0) {
-  for (; depth < kMaxDepth; ++depth) {
-    T3Tree_Node* next = nullptr;
-    if (T3TemplateDecl* decl = TemplateNamed(expression)) {
-      next = ConstraintOf(decl->definition);
-    } else if (auto* qualifier = expression->try_as<T3Qualifier>()) {
-      next = DefineFieldValue(Behind(qualifier->base, depth + 1), qualifier->id);
-    }
-    if (next == nullptr || !T3Is<_T3Expression>(next)) break;
-    expression = next;
-  }
-  return expression;
-}
-
 bool OmitExpression(T3Tree_Node* expression) {
-  return Behind(expression)->is<T3Omit>();
+  return PartBehind(expression)->is<T3Omit>();
+}
+
+T3Tree_Node* TypeOf(T3Tree_Node* expression) {
+  return GetAddressBaseType(ExpressionBaseType(expression));
+}
+
+bool IsRecordOrUnion(T3Tree_Node* type) {
+  return T3Is<T3RecordType>(type) || T3Is<T3UnionType>(type);
 }
 
 // ---- Parameters ----
@@ -51,16 +32,19 @@ bool MustHaveValue(T3Tree_Node* member) {
   return T3Is<T3FieldType>(member) && !member->as<T3FieldType>()->optional;
 }
 
+void MarkParameter(T3Tree_Node* par, tIdent name) {
+  for (; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next)
+    if (par->as<_T3FormalPar>()->name == name) par->as<_T3FormalPar>()->attr().omit_not_allow_par = true;
+}
+
 // Marks the parameters that feed a field which cannot be left out.
 void OmitTemplCheckPars(T3TemplateDecl* decl) {
   auto* compound = ConstraintOf(decl->definition)->try_as<T3CompoundValue>();
-  if (compound == nullptr) return;
+  if (compound == nullptr || !IsRecordOrUnion(TypeOf(compound))) return;
   for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
     auto* value = at->as<T3FieldValue>();
-    if (!MustHaveValue(value->attr().def) || !value->value->is<T3Identifier>()) continue;
-    const tIdent name = value->value->as<T3Identifier>()->id;
-    for (T3Tree_Node* par = decl->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next)
-      if (par->as<_T3FormalPar>()->name == name) par->as<_T3FormalPar>()->attr().omit_not_allow_par = true;
+    if (MustHaveValue(value->attr().def) && value->value->is<T3Identifier>())
+      MarkParameter(decl->fpl, value->value->as<T3Identifier>()->id);
   }
 }
 
@@ -90,15 +74,36 @@ void CheckParametrTemplate(T3Tree_Node* node) {
 
 // ---- Fields ----
 
+void CheckUnderlayingExpr(T3Tree_Node* expression);
+
 void CheckFieldValue(T3CompoundValue* compound) {
-  T3Tree_Node* type = ExpressionBaseType(compound);
+  const auto& message =
+      T3Is<T3UnionType>(TypeOf(compound)) ? ERR_omit_to_union_field : ERR_omit_to_mandatory_field;
+  const bool counts = IsRecordOrUnion(TypeOf(compound));
   for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
     auto* value = at->as<T3FieldValue>();
+    CheckUnderlayingExpr(value->value);
     const bool is_reference = value->value->is<_T3Reference>() && !value->value->is<T3Parameterization>();
-    if (!is_reference || !MustHaveValue(value->attr().def) || !OmitExpression(value->value)) continue;
-    if (T3Is<T3UnionType>(type)) vexa_filtered_error(ERR_omit_to_union_field, PositionOf(value->value));
-    if (T3Is<T3RecordType>(type)) vexa_filtered_error(ERR_omit_to_mandatory_field, PositionOf(value->value));
+    if (counts && is_reference && MustHaveValue(value->attr().def) && OmitExpression(value->value))
+      vexa_filtered_error(message, PositionOf(value->value));
   }
+}
+
+// Values in values, members of lists, and what is given for parameters.
+void CheckUnderlayingExpr(T3Tree_Node* expression) {
+  if (auto* compound = expression->try_as<T3CompoundValue>()) return CheckFieldValue(compound);
+  if (auto* list = expression->try_as<T3ValueList>()) {
+    for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
+      CheckUnderlayingExpr(at->as<T3ValueListItem>()->value);
+    return;
+  }
+  CheckParametrTemplate(expression);
+}
+
+void CheckVariable(T3VarDecl* variable) {
+  T3Tree_Node* value = variable->value == nullptr ? nullptr : ConstraintOf(variable->value);
+  auto* compound = T3Is<_T3Expression>(value) ? value->try_as<T3CompoundValue>() : nullptr;
+  if (compound != nullptr && T3Is<T3RecordType>(TypeOf(compound))) CheckFieldValue(compound);
 }
 
 // False for a field that must have a value.
@@ -114,9 +119,14 @@ void OmitAssignCheck(T3AssignStmt* statement) {
 }
 
 void OmitCheck1(T3Tree_Node* node) {
-  if (auto* compound = node->try_as<T3CompoundValue>()) return CheckFieldValue(compound);
-  if (auto* assignment = node->try_as<T3AssignStmt>()) return OmitAssignCheck(assignment);
-  CheckParametrTemplate(node);
+  if (auto* decl = node->try_as<T3TemplateDecl>()) {
+    T3Tree_Node* constraint = ConstraintOf(decl->definition);
+    if (T3Is<_T3Expression>(constraint)) CheckUnderlayingExpr(constraint);
+  } else if (auto* variable = node->try_as<T3VarDecl>()) {
+    CheckVariable(variable);
+  } else if (auto* assignment = node->try_as<T3AssignStmt>()) {
+    OmitAssignCheck(assignment);
+  }
 }
 }  // namespace
 
@@ -127,4 +137,5 @@ void OmitCheck(T3Tree_Node* root) {
       OmitCheck1(node);
       return !T3Is<_T3Type>(node);
     });
+  ClearTreeCaches();
 }

@@ -10,8 +10,10 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/templates/T3PartBehind.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/options/T3CommandLine.h"
@@ -83,15 +85,15 @@ T3Tree_Node* IndexOf(int64_t index, T3CompoundValue* model) {
   return Placed(gT3AST.mT3FieldIndex(model->position, number), model);
 }
 
-T3Tree_Node* LeafFor(T3Kind kind, T3Tree_Node* member, T3CompoundValue* model) {
+T3Tree_Node* LeafFor(T3Kind kind, T3Tree_Node* member, T3Tree_Node* model) {
   const T3TypeViews views = TypeViewsOf(member);
   switch (kind) {
     case T3Kind::T3AnyOrOmit:
-      return Typed(gT3AST.mT3AnyOrOmit(model->position), views, model);
+      return Typed(gT3AST.mT3AnyOrOmit(PositionOf(model)), views, model);
     case T3Kind::T3Omit:
-      return Typed(gT3AST.mT3Omit(model->position), views, model);
+      return Typed(gT3AST.mT3Omit(PositionOf(model)), views, model);
     default:
-      return Typed(gT3AST.mT3AnyValue(model->position), views, model);
+      return Typed(gT3AST.mT3AnyValue(PositionOf(model)), views, model);
   }
 }
 
@@ -101,31 +103,14 @@ bool IsAny(T3Tree_Node* constraint) {
   return constraint->is<T3AnyValue>() || constraint->is<T3AnyOrOmit>();
 }
 
-// A constant's value, and the constraint of a template without parameters, are looked into.
-T3Tree_Node* Behind(T3Tree_Node* constraint) {
-  for (int steps = 0; steps < kMaxDepth; ++steps) {
-    T3Tree_Node* def = constraint->is<T3Identifier>() || constraint->is<T3Qualifier>()
-                           ? DefQuietly(constraint)
-                           : _sgT3NoDecl();
-    auto* decl = def->try_as<T3TemplateDecl>();
-    if (decl == nullptr || T3Is<_T3FormalPar>(decl->fpl) || g_depth >= kMaxDepth) break;
-    T3Tree_Node* merged = MergedConstraint(decl->definition);
-    if (!T3Is<_T3Expression>(merged) || merged->is<T3NoExpression>()) break;
-    constraint = merged;
-  }
-  T3Tree_Node* value = constraint->is<_T3Reference>() ? ConstantValueOf(constraint) : constraint;
-  return value->is<T3NoExpression>() ? constraint : value;
-}
+using Actuals = std::unordered_map<T3Tree_Node*, T3Tree_Node*>;
 
-std::vector<T3Tree_Node*> MembersOf(T3Tree_Node* type) {
-  std::vector<T3Tree_Node*> members;
-  if (auto* structured = type->try_as<_T3StructuredType>())
-    for (T3Tree_Node* at = structured->body; at->is<T3FieldType>(); at = at->as<T3FieldType>()->next)
-      members.push_back(at);
-  if (auto* signature = type->try_as<T3SignatureType>())
-    for (T3Tree_Node* at = signature->fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next)
-      members.push_back(at);
-  return members;
+T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals);
+
+// The constraint of another template, with what is given for its parameters.
+T3Tree_Node* ConstraintToMerge(T3TemplateDecl* decl, T3Parameterization* call) {
+  if (g_depth >= kMaxDepth || !decl->definition->is<T3TemplateDef>()) return nullptr;
+  return WithActuals(MergedConstraint(decl->definition), ActualsOf(decl, call));
 }
 
 bool IsList(T3CompoundValue* compound) {
@@ -133,30 +118,14 @@ bool IsList(T3CompoundValue* compound) {
          compound->value->as<T3FieldValue>()->field->is<T3NoFieldSpec>();
 }
 
-// The values of a compound by the place of their member; a list goes along the members.
-std::vector<T3FieldValue*> ValuesByMember(T3CompoundValue* compound,
-                                          const std::vector<T3Tree_Node*>& members) {
-  std::unordered_map<T3Tree_Node*, size_t> places;
-  for (size_t i = 0; i < members.size(); ++i) places[members[i]] = i;
-  std::vector<T3FieldValue*> values(members.size());
-  size_t next = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++next) {
-    auto* value = at->as<T3FieldValue>();
-    if (value->field->is<T3NoFieldSpec>()) {
-      if (next < values.size()) values[next] = value;
-    } else if (const auto place = places.find(value->attr().def); place != places.end()) {
-      values[place->second] = value;
-    }
-  }
-  return values;
-}
-
 // ---- Compounds ----
 
 T3Tree_Node* MergeMembers(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
   const std::vector<T3Tree_Node*> members = MembersOf(type);
-  const auto old_values = ValuesByMember(base, members);
-  const auto new_values = ValuesByMember(derived, members);
+  auto old_values = ValuesByPlace(PartsOf(base, type), members.size());
+  auto new_values = ValuesByPlace(PartsOf(derived, type), members.size());
+  old_values.resize(members.size());
+  new_values.resize(members.size());
   const bool chooses = type->is<T3UnionType>() && derived->value->is<T3FieldValue>();
   std::vector<Item> items;
   for (size_t i = 0; i < members.size(); ++i) {
@@ -164,10 +133,10 @@ T3Tree_Node* MergeMembers(T3CompoundValue* base, T3CompoundValue* derived, T3Tre
     T3FieldValue* changed = new_values[i];
     if (changed == nullptr && (kept == nullptr || chooses)) continue;
     T3FieldValue* from = changed != nullptr ? changed : kept;
-    T3Tree_Node* spec = from->field->is<T3FieldName>() ? from->field : NameOf(members[i], derived);
+    const bool is_named = from->field->is<T3FieldName>() && from->attr().def == members[i];
     T3Tree_Node* value =
         changed == nullptr || kept == nullptr ? from->value : MergeConstraints(kept->value, changed->value);
-    items.push_back({spec, value, members[i]});
+    items.push_back({is_named ? from->field : NameOf(members[i], derived), value, members[i]});
   }
   return MakeCompound(derived, type, items);
 }
@@ -181,15 +150,12 @@ bool IsPermuted(T3CompoundValue* compound) {
 }
 
 // The elements by their index; nothing where an index is no constant.
-std::optional<std::map<int64_t, T3FieldValue*>> ConstructMergeMap(T3CompoundValue* compound, int64_t first) {
+std::optional<std::map<int64_t, T3FieldValue*>> ConstructMergeMap(T3CompoundValue* compound,
+                                                                  T3Tree_Node* type) {
+  const std::vector<T3Part> parts = PartsOf(compound, type);
+  if (!AllPlacesAreKnown(parts)) return std::nullopt;
   std::map<int64_t, T3FieldValue*> elements;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* element = at->as<T3FieldValue>();
-    std::optional<int64_t> index = first++;
-    if (auto* place = element->field->try_as<T3FieldIndex>()) index = ConstIntValue(place->index);
-    if (!index) return std::nullopt;
-    elements[*index] = element;
-  }
+  for (const T3Part& part : parts) elements[*part.place] = part.item;
   return elements;
 }
 
@@ -202,8 +168,8 @@ T3Tree_Node* MergeElements(T3CompoundValue* base, T3CompoundValue* derived, T3Tr
   }
   const auto bounds = type->is<T3ArrayType>() ? KnownBounds(type) : std::nullopt;
   const int64_t first = bounds ? bounds->low : 0;
-  auto elements = ConstructMergeMap(base, first);
-  const auto changed = ConstructMergeMap(derived, first);
+  auto elements = ConstructMergeMap(base, type);
+  const auto changed = ConstructMergeMap(derived, type);
   if (!elements || !changed) {
     vexa_filtered_error(ERR_type_template_modifies_nonconst, PositionOf(derived));
     return derived;
@@ -214,8 +180,7 @@ T3Tree_Node* MergeElements(T3CompoundValue* base, T3CompoundValue* derived, T3Tr
                       (IsList(derived) || !derived->value->is<T3FieldValue>());
   std::vector<Item> items;
   for (const auto& [index, element] : *elements) {
-    const bool has_index = element->field->is<T3FieldIndex>();
-    T3Tree_Node* spec = listed || has_index ? element->field : IndexOf(index, derived);
+    T3Tree_Node* spec = listed ? element->field : IndexOf(first + index, derived);
     items.push_back({spec, element->value, ElementType(type)});
   }
   return MakeCompound(derived, type, items);
@@ -263,21 +228,19 @@ T3CompoundValue* Expansion(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_N
   return MakeCompound(derived, type, items);
 }
 
-// Each `-` of a constraint becomes the wildcard.
+// Each `-` of what has just been written becomes the wildcard; those that stand for a default stay.
 T3Tree_Node* SubstituteAllNotUsedNodes(T3Tree_Node* constraint, T3Kind wildcard) {
-  auto* compound = constraint->try_as<T3CompoundValue>();
-  if (compound == nullptr) return constraint;
-  std::vector<Item> items;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* element = at->as<T3FieldValue>();
-    T3Tree_Node* member = element->attr().def;
-    if (member == nullptr || member->is<T3ErrorType>()) return constraint;
-    T3Tree_Node* value = element->value->is<T3NotUsedSymbol>()
-                             ? LeafFor(wildcard, member, compound)
-                             : SubstituteAllNotUsedNodes(element->value, wildcard);
-    items.push_back({element->field, value, member, element->permutation_kind});
+  std::vector<T3Tree_Node*> unused;
+  ForEachInSubtree(constraint, [&unused](T3Tree_Node* node) {
+    if (node->is<T3NotUsedSymbol>() && T3Is<T3FieldValue>(node->parent)) unused.push_back(node);
+    return !node->is<T3Parameterization>() && !node->is<_T3Type>();
+  });
+  for (T3Tree_Node* node : unused) {
+    T3Tree_Node* member = node->parent->as<T3FieldValue>()->attr().def;
+    if (T3Is<T3ErrorType>(member) || member == nullptr) continue;
+    ReplaceChild(node, LeafFor(wildcard, member, node));
   }
-  return MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items);
+  return constraint;
 }
 
 // What is only known when the suite runs gives way as a whole.
@@ -290,6 +253,7 @@ T3Tree_Node* ReplaceUnknown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_
 }
 
 T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
+  if (IsAny(base) && type->is<_T3HomogeneousType>()) SubstituteAllNotUsedNodes(derived, T3Kind::T3AnyValue);
   if (T3CompoundValue* expanded = Expansion(base, derived, type))
     return MergeCompoundValues(expanded, derived, type);
   if (IsAny(base)) return SubstituteAllNotUsedNodes(derived, base->kind);
@@ -297,11 +261,14 @@ T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node
   return ReplaceUnknown(base, derived, type);
 }
 
+// What matches several values takes the place of a wildcard as a whole.
+T3Tree_Node* MergeMatching(T3Tree_Node* base, T3Tree_Node* derived) {
+  if (!derived->is<_T3MatchingExpression>() && !derived->is<ExtraMatchingExpressions>()) return derived;
+  base = PartBehind(base, ConstraintToMerge);
+  return IsAny(base) ? SubstituteAllNotUsedNodes(derived, base->kind) : derived;
+}
+
 // ---- Parameters ----
-
-using Actuals = std::unordered_map<T3Tree_Node*, T3Tree_Node*>;
-
-T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals);
 
 T3Tree_Node* FieldsWithActuals(T3CompoundValue* compound, const Actuals& actuals) {
   std::vector<Item> items;
@@ -321,17 +288,12 @@ T3Tree_Node* ActualFor(T3Tree_Node* node, const Actuals& actuals) {
   return actual == actuals.end() ? nullptr : actual->second;
 }
 
-// The part of a compound value that a field of a parameter means; null where that is not written.
-T3Tree_Node* PartOf(T3Tree_Node* actual, T3Tree_Node* qualifier) {
+// The part of a compound value that a field or an element of a parameter means; null where that is not
+// written.
+T3Tree_Node* PartOf(T3Tree_Node* actual, T3Tree_Node* reference) {
   auto* compound = actual->try_as<T3CompoundValue>();
-  auto* field = qualifier->try_as<T3Qualifier>();
-  if (compound == nullptr || field == nullptr) return nullptr;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    T3Tree_Node* member = at->as<T3FieldValue>()->attr().def;
-    if (T3Is<T3FieldType>(member) && member->as<T3FieldType>()->name == field->id)
-      return at->as<T3FieldValue>()->value;
-  }
-  return nullptr;
+  const bool selects = reference->is<T3Qualifier>() || reference->is<T3Subscription>();
+  return compound == nullptr || !selects ? nullptr : SelectedPart(compound, reference);
 }
 
 // What takes the place of a parameter in an expression, and the node in whose place it comes: the parameter,
@@ -379,12 +341,6 @@ std::vector<Replacement> ReplaceableIn(T3Tree_Node* expression, const Actuals& a
   return found;
 }
 
-void ReplaceChild(T3Tree_Node* node, T3Tree_Node* by) {
-  T3Tree_Node* parent = node->parent;
-  for (const T3ChildFields::Child& child : ChildFieldsOf(parent).children)
-    if (T3ChildField(parent, child) == node) T3ChildField(parent, child) = by;
-}
-
 // What is computed from parameters: a copy of the expression, computed from what was given for them.
 T3Tree_Node* ComputedWithActuals(T3Tree_Node* expression, const Actuals& actuals) {
   if (expression->place == nullptr || ReplaceableIn(expression, actuals).empty()) return expression;
@@ -406,22 +362,6 @@ T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
   if (constraint->is<T3Identifier>() || constraint->is<_T3LiteralExpression>() || HasFailed(constraint))
     return constraint;
   return ComputedWithActuals(constraint, actuals);
-}
-
-// What is left out has the default that is written at the parameter.
-Actuals ActualsOf(T3Parameterization* call, T3TemplateDecl* decl) {
-  Actuals actuals;
-  T3Tree_Node* at = call->apl;
-  for (T3Tree_Node* par = decl->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) {
-    auto* actual = at->try_as<T3ActualPar>();
-    if (actual != nullptr) at = actual->next;
-    T3Tree_Node* value = actual != nullptr && !actual->expression->is<T3NotUsedSymbol>() ? actual->expression
-                         : par->is<_T3TypedFormal>() ? par->as<_T3TypedFormal>()->default_value
-                                                     : nullptr;
-    if (value != nullptr) value = ConstraintOf(value);
-    if (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>()) actuals[par] = value;
-  }
-  return actuals;
 }
 
 // ---- Chains ----
@@ -447,12 +387,27 @@ T3Tree_Node* KnownMerge(T3TemplateDef* definition) {
   return definition->attributes == nullptr ? nullptr : definition->cold().merged_constraint;
 }
 
+// What a definition modifies that is no template, such as a constant or a part of one of them. What is known
+// only when the suite runs cannot be merged.
+T3Tree_Node* OtherBaseOf(T3TemplateDef* definition) {
+  auto* modifies = definition->modifies->try_as<T3TemplateReference>();
+  if (modifies == nullptr || HasFailed(modifies->reference) ||
+      ExpressionBaseType(definition)->is<T3ErrorType>())
+    return nullptr;
+  T3Tree_Node* base = PartBehind(modifies->reference, ConstraintToMerge);
+  if (!base->is<_T3Reference>()) return base;
+  if (definition->constraint->is<T3CompoundValue>())
+    vexa_filtered_error(ERR_invalid_in_template, PositionOf(modifies->reference));
+  return nullptr;
+}
+
 // One link of a chain: the constraint that was written, over that of what it modifies.
 void MergeLink(T3TemplateDef* definition, T3Tree_Node* base) {
-  T3TemplateDecl* decl = ModifiedBy(definition);
-  if (decl != nullptr && base != nullptr) {
+  if (base != nullptr) {
+    T3TemplateDecl* decl = ModifiedBy(definition);
     T3Tree_Node* reference = definition->modifies->as<T3TemplateReference>()->reference;
-    if (auto* call = reference->try_as<T3Parameterization>()) base = WithActuals(base, ActualsOf(call, decl));
+    auto* call = reference->try_as<T3Parameterization>();
+    if (decl != nullptr && call != nullptr) base = WithActuals(base, ActualsOf(decl, call));
     definition->constraint = MergeConstraints(base, definition->constraint);
   }
   definition->cold().merged_constraint = definition->constraint;
@@ -462,10 +417,10 @@ void MergeLink(T3TemplateDef* definition, T3Tree_Node* base) {
 T3Tree_Node* MergeConstraints(T3Tree_Node* base, T3Tree_Node* derived) {
   if (derived->is<T3NotUsedSymbol>()) return base;
   auto* changed = derived->try_as<T3CompoundValue>();
-  if (changed == nullptr) return derived;
+  if (changed == nullptr) return MergeMatching(base, derived);
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(changed));
   if (type->is<T3ErrorType>()) return derived;
-  T3Tree_Node* merged = MergeKnown(Behind(base), changed, type);
+  T3Tree_Node* merged = MergeKnown(PartBehind(base, ConstraintToMerge), changed, type);
   if (merged != derived) ReplaceSubtyped(derived, merged);
   return merged;
 }
@@ -487,8 +442,8 @@ T3Tree_Node* MergedConstraint(T3Tree_Node* node) {
     end->cold().merged_constraint = end->constraint;
     chain.push_back(end);
   }
-  T3Tree_Node* base = end == nullptr ? nullptr : KnownMerge(end);
   ++g_depth;
+  T3Tree_Node* base = end != nullptr ? KnownMerge(end) : OtherBaseOf(chain.back());
   for (size_t i = chain.size(); i-- > 0;) {
     MergeLink(chain[i], base);
     base = KnownMerge(chain[i]);

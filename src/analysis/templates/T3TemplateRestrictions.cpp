@@ -4,10 +4,12 @@
 #include <unordered_map>
 #include <vector>
 
+#include "analysis/constants/T3ConstantValues.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/walk/T3Stages.h"
+#include "analysis/templates/T3PartBehind.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
@@ -17,7 +19,7 @@ namespace {
 using Restriction = t3_template_restriction_t;
 
 // Templates refer to each other; what lies deeper is taken for a value, and checked when the suite runs.
-constexpr int kMaxDepth = 200;
+constexpr int kMaxDepth = 3000;
 
 void Refuse(T3Tree_Node* node, const char* what, const char* where) {
   vexa_filtered_error(ERR_not_allowed_for, PositionOf(node), what, where);
@@ -37,10 +39,19 @@ class Search {
   explicit Search(Leaf leaf) : leaf_(leaf) {}
 
   bool In(T3Tree_Node* expression) {
+    too_deep_ = too_deep_ || depth_ >= kMaxDepth;
     if (depth_ >= kMaxDepth) return false;
     ++depth_;
     const bool found = leaf_(expression) || InParts(expression);
     --depth_;
+    return found;
+  }
+
+  /// What was asked for, or a warning that it is not known.
+  bool InAllOf(T3Tree_Node* expression) {
+    const bool found = In(expression);
+    if (!found && too_deep_)
+      WarnAt(expression, "Cannot check template restrictions, check will be enforced at runtime");
     return found;
   }
 
@@ -49,11 +60,9 @@ class Search {
     if (auto* definition = expression->try_as<T3TemplateDef>()) return In(definition->constraint);
     if (auto* compound = expression->try_as<T3CompoundValue>()) return InFields(compound);
     if (auto* decl = TemplateCalled(expression)) return InDecl(decl) || InActuals(expression);
-    if (expression->is<T3Qualifier>() && !T3Is<T3Module>(DefQuietly(expression->as<T3Qualifier>()->base)))
-      return InSelected(expression->as<T3Qualifier>());
-    if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return false;
-    T3TemplateDecl* decl = TemplateNamed(expression);
-    return decl != nullptr && InDecl(decl);
+    if (auto* decl = TemplateNamed(expression)) return InDecl(decl);
+    T3Tree_Node* part = PartBehind(expression);
+    return part != expression && In(part);
   }
 
   bool InDecl(T3TemplateDecl* decl) {
@@ -76,20 +85,9 @@ class Search {
     return false;
   }
 
-  // A field of a template: only that field counts.
-  bool InSelected(T3Qualifier* qualifier) {
-    T3TemplateDecl* decl = TemplateNamed(qualifier->base);
-    auto* compound = decl == nullptr ? nullptr : ConstraintOf(decl->definition)->try_as<T3CompoundValue>();
-    if (compound == nullptr) return decl != nullptr && In(decl->definition);
-    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-      auto* name = at->as<T3FieldValue>()->field->try_as<T3FieldName>();
-      if (name != nullptr && name->name == qualifier->id) return In(at->as<T3FieldValue>()->value);
-    }
-    return false;
-  }
-
   Leaf leaf_;
   int depth_ = 0;
+  bool too_deep_ = false;
   std::unordered_map<uint32_t, bool> known_;
 };
 
@@ -97,12 +95,12 @@ bool AnyExpression(T3Tree_Node* expression) {
   return Search([](T3Tree_Node* node) {
            return node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>();
          })
-      .In(expression);
+      .InAllOf(expression);
 }
 
 bool OmitValue(T3Tree_Node* expression) {
   return Search([](T3Tree_Node* node) { return node->is<T3Omit>() || node->is<T3AnyOrOmit>(); })
-      .In(expression);
+      .InAllOf(expression);
 }
 
 // ---- Where a parameter stands ----
@@ -304,6 +302,7 @@ std::span<const T3Rule> RestrictionRules() {
 
 void TemplateRestrictionsCheck(T3Tree_Node*) {
   for (T3Tree_Node* node : g_restricted) TemplateRestrictionsAnalyze(node);
+  ClearTreeCaches();
 }
 
 namespace {

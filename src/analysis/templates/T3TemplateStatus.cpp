@@ -4,14 +4,16 @@
 #include <utility>
 
 #include "analysis/types/T3References.h"
+#include "analysis/templates/T3PartBehind.h"
 #include "analysis/templates/T3TemplateMerge.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "support/NumberMap.h"
 #include "support/ModuleCaches.h"
 
 namespace {
-// Templates refer to each other; a chain of references that is longer counts as a reference.
-constexpr int kMaxDepth = 200;
+// Templates refer to each other; a chain of references that is longer counts as a reference, and is told.
+constexpr int kMaxDepth = 3000;
 
 // By the number of a declaration and the question; what is being looked through counts as a reference.
 NumberMap<T3TemplateStatus>& g_known = *new NumberMap<T3TemplateStatus>;
@@ -23,11 +25,14 @@ struct Collection {
   T3SignatureType* signature;
   int depth = 0;
   bool awaits_merge = false;
+  bool is_cut_off = false;
 
   int Of(T3Tree_Node* node);
   int OfDecl(T3TemplateDecl* decl);
   int OfDefinition(T3TemplateDef* definition);
   int OfReference(T3Tree_Node* reference);
+  int OfPart(_T3Qualification* part);
+  int OfCall(T3Parameterization* call);
   int OfCompound(T3CompoundValue* compound);
   int OfParameters(T3Parameterization* call);
 };
@@ -39,27 +44,16 @@ bool FieldValueIsRelevant(T3Tree_Node* par, vexa_template_mode_t mode) {
   return typed->pass != (mode == vexa_template_mode_t::Call ? t3_par_pass_t::Out : t3_par_pass_t::In);
 }
 
-// The value for a parameter, by its name or by its place; null where there is none.
-T3Tree_Node* ValueFor(T3CompoundValue* compound, tIdent name, int index) {
-  int place = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++place) {
-    auto* field = at->as<T3FieldValue>()->field->try_as<T3FieldName>();
-    if (field != nullptr ? field->name == name : place == index) return at->as<T3FieldValue>()->value;
-  }
-  return nullptr;
-}
-
 int Collection::OfCompound(T3CompoundValue* compound) {
   T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
   if (whole != nullptr && mode != vexa_template_mode_t::Message) {
-    int index = 0;
-    for (T3Tree_Node* par = whole->fpl; T3Is<_T3FormalPar>(par);
-         par = par->as<_T3FormalPar>()->next, ++index) {
-      if (!FieldValueIsRelevant(par, mode)) continue;
-      T3Tree_Node* value = ValueFor(compound, par->as<_T3FormalPar>()->name, index);
-      status = std::max(status, value == nullptr ? kStatusUndefined : Of(value));
+    const std::vector<T3Tree_Node*> parameters = MembersOf(whole);
+    const auto values = ValuesByPlace(PartsOf(compound, whole), parameters.size());
+    for (size_t i = 0; i < parameters.size(); ++i) {
+      if (!FieldValueIsRelevant(parameters[i], mode)) continue;
+      const bool given = i < values.size() && values[i] != nullptr;
+      status = std::max(status, given ? Of(values[i]->value) : kStatusUndefined);
     }
   } else {
     for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
@@ -85,28 +79,59 @@ int Collection::OfDecl(T3TemplateDecl* decl) {
   const auto [known, made] = g_known.TryEmplace(key, T3TemplateStatus{kStatusReference});
   if (!made) {
     awaits_merge = awaits_merge || known->awaits_merge;
+    is_cut_off = is_cut_off || known->is_cut_off;
     return known->value;
   }
   const bool outside = std::exchange(awaits_merge, false);
   const int status = std::max(Of(decl->definition), kStatusReference);
-  g_known[key] = {status, awaits_merge};
+  g_known[key] = {status, awaits_merge, is_cut_off};
   awaits_merge = awaits_merge || outside;
   return status;
 }
 
-// A name, a field of what it names, or a call.
+// A field or an element; a name behind that of its module is none.
+bool IsPart(T3Tree_Node* reference) {
+  return reference->is<T3Subscription>() ||
+         (reference->is<T3Qualifier>() && !T3Is<T3TemplateDecl>(DefQuietly(reference)));
+}
+
+// A name, a call, or a part of what they stand for.
 int Collection::OfReference(T3Tree_Node* reference) {
-  if (auto* call = reference->try_as<T3Parameterization>()) {
-    T3Tree_Node* def = DefQuietly(call->base);
-    if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
-    const int status = OfDecl(def->as<T3TemplateDecl>());
-    return deep ? std::max(status, OfParameters(call)) : status;
-  }
-  if (!reference->is<T3Identifier>() && !reference->is<T3Qualifier>()) return kStatusPlain;
   T3Tree_Node* def = DefQuietly(reference);
   if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
+  if (T3Is<T3TemplateDecl>(def)) return OfDecl(def->as<T3TemplateDecl>());
+  if (auto* call = reference->try_as<T3Parameterization>()) return OfCall(call);
+  return IsPart(reference) ? OfPart(reference->as<_T3Qualification>()) : kStatusPlain;
+}
+
+T3Tree_Node* MergedOnly(T3TemplateDecl* decl, T3Parameterization* call) {
+  return AwaitsMerge(decl->definition) ? nullptr : WrittenConstraint(decl, call);
+}
+
+// A part may be used for what the whole may be used for, unless it is known to be better. What is given for
+// the parameters of a call may stand in any part.
+int Collection::OfPart(_T3Qualification* part) {
+  T3SignatureType* outer = std::exchange(signature, nullptr);
+  T3Tree_Node* whole = part->base;
+  while (IsPart(whole)) whole = whole->as<_T3Qualification>()->base;
+  int status = whole->is<_T3Reference>() ? Of(whole) : kStatusPlain;
+  if (status > kStatusReference) {
+    T3Tree_Node* value = PartBehind(part, MergedOnly);
+    const int own = value->is<_T3Reference>() ? status : Of(value);
+    if (awaits_merge && value->is<_T3Reference>())
+      status = kStatusReference;
+    else if (!deep || own != kStatusReference)
+      status = own;
+  }
+  signature = outer;
+  return status;
+}
+
+int Collection::OfCall(T3Parameterization* call) {
+  T3Tree_Node* def = DefQuietly(call->base);
   if (!T3Is<T3TemplateDecl>(def)) return kStatusPlain;
-  return OfDecl(def->as<T3TemplateDecl>());
+  const int status = OfDecl(def->as<T3TemplateDecl>());
+  return deep ? std::max(status, OfParameters(call)) : status;
 }
 
 int Collection::OfDefinition(T3TemplateDef* definition) {
@@ -118,6 +143,7 @@ int Collection::OfDefinition(T3TemplateDef* definition) {
 }
 
 int Collection::Of(T3Tree_Node* node) {
+  is_cut_off = is_cut_off || depth >= kMaxDepth;
   if (depth >= kMaxDepth) return kStatusReference;
   ++depth;
   int status = kStatusPlain;
@@ -141,7 +167,7 @@ int Collection::Of(T3Tree_Node* node) {
 T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
   Collection collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()};
   const int value = collection.Of(node);
-  return {value, collection.awaits_merge};
+  return {value, collection.awaits_merge, collection.is_cut_off};
 }
 
 namespace {

@@ -17,6 +17,8 @@ struct T3TemplateStatus {
   /// Something that modifies another template has not been merged yet, and counts as a reference: which
   /// fields are left is not known before.
   bool awaits_merge = false;
+  /// A chain of references was too long to be followed, and counts as one.
+  bool is_cut_off = false;
 };
 
 /// The status of a template definition or expression in an operation. `deep`: actual parameters count too.

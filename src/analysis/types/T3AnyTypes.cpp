@@ -1,4 +1,5 @@
-// The fields of `anytype`: one for each type that is visible in a module, named by module and type.
+#include "analysis/types/T3AnyTypes.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -10,13 +11,21 @@
 
 namespace {
 bool IsMember(T3Tree_Node* decl) {
-  if (decl->is<T3ImportSignatureDecl>()) return false;
-  if (decl->is<T3ImportTypeDecl>()) {
-    T3Tree_Node* imported = BehindImport(decl);
-    return T3Is<T3TypeDecl>(imported) && !IsAsnNullType(imported) && PartOfAllTypes(BaseTypeDef(imported));
-  }
-  T3Tree_Node* type = decl->as<T3TypeDecl>()->type;
-  return !IsAddressRedefinition(decl) && !type->is<T3SignatureType>() && PartOfAllTypes(type);
+  T3Tree_Node* declared = BehindImport(decl);
+  if (!T3Is<T3TypeDecl>(declared)) return false;
+  T3Tree_Node* type = BaseTypeDef(declared);
+  if (type->is<T3SignatureType>() || !PartOfAllTypes(type)) return false;
+  return declared == decl ? !IsAddressRedefinition(decl) : !IsAsnNullType(declared);
+}
+
+// Types of a module itself are known by the name alone.
+tIdent KeyOf(T3Tree_Node* at, tIdent module) {
+  return module == NoIdent || module == at->place->vexa_module_name ? 0 : module;
+}
+
+T3Tree_Node* Meaning(T3Tree_Node* at, tIdent name, tIdent module, const tPosition& position) {
+  if (at->place == nullptr || !T3Is<T3MapEnv>(at->place->env)) return gT3ErrorType;
+  return NewIdentify1(at->place->env, name, KeyOf(at, module), position, false);
 }
 
 // The identifier of "module.type"; a built-in type belongs to the module that uses it.
@@ -73,4 +82,31 @@ T3Tree_Node* AnyTypeFields(T3Tree_Node* anytype) {
     attributes.union_representation =
         CreateAnyTypeUnionRepresentation(*attributes.type_members, anytype->place);
   return attributes.union_representation;
+}
+
+T3Tree_Node* AnyTypeMember(T3Tree_Node* at, tIdent name, tIdent module, const tPosition& position) {
+  T3Tree_Node* def = Meaning(at, name, module, position);
+  return IsMember(def) ? def : gT3ErrorType;
+}
+
+T3Tree_Node* ModuleInAnyType(T3Tree_Node* at, tIdent name, const tPosition& position) {
+  T3Tree_Node* def = Meaning(at, name, NoIdent, position);
+  return T3Is<T3Module>(def) ? def : nullptr;
+}
+
+void ReportNoAnyTypeMember(T3Tree_Node* at, tIdent name, tIdent module, const tPosition& position) {
+  const tIdent own = at->place == nullptr ? NoIdent : at->place->vexa_module_name;
+  vexa_filtered_error(ERR_anytype_unknown_field, position, own, gIdents.MakeIdent("anytype"),
+                      module == NoIdent ? own : module, name);
+}
+
+int64_t AnyTypeAlternative(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
+  T3Tree_Node* type = BehindImport(type_decl);
+  int64_t number = 0;
+  for (T3Tree_Node* at = AnyTypeFields(anytype); T3Is<T3FieldType>(at);
+       at = at->as<T3FieldType>()->next, ++number) {
+    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
+    if (BehindImport(Def(reference)) == type) return number;
+  }
+  return -1;
 }

@@ -124,8 +124,10 @@ bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
   return result;
 }
 
-bool SameBuiltinAddress(T3Tree_Node* a, T3Tree_Node* b) {
-  return IsSameBuiltinType(GetAddressBaseType(a), GetAddressBaseType(b));
+// Each module has an `address` of its own; what it stands for may be the same.
+bool IsSameAddress(T3Tree_Node* a, T3Tree_Node* b) {
+  T3Tree_Node* base = GetAddressBaseType(a);
+  return base == GetAddressBaseType(b) || IsSameBuiltinType(base, GetAddressBaseType(b));
 }
 
 // The declarations of a component by name.
@@ -169,7 +171,7 @@ bool CheckStrictTypeCompatibility(T3Tree_Node* a, T3Tree_Node* b) {
     if (a == b || IsSameBuiltinType(a, b)) return true;
     if (a == nullptr || b == nullptr || a->kind != b->kind) return false;
     if (a->is<T3Default>() || a->is<T3TimerType>()) return true;
-    if (a->is<T3Address>()) return SameBuiltinAddress(a, b);
+    if (a->is<T3Address>()) return IsSameAddress(a, b);
     if (!a->is<T3ArrayType>()) return false;
     if (!BoundsAreIdentical(a->as<T3ArrayType>()->dimension, b->as<T3ArrayType>()->dimension)) return false;
     a = AbsoluteTypeDef(a->as<T3ArrayType>()->type);

@@ -39,6 +39,7 @@ bool StrictlyEqual(T3Tree_Node* c1, T3Tree_Node* t1) {
   if (c1 == t1) return true;
   T3Tree_Node* a = AbsoluteTypeDef(c1);
   T3Tree_Node* b = AbsoluteTypeDef(t1);
+  if (a->is<T3Address>() && b->is<T3Address>()) return CheckStrictTypeCompatibility(a, b);
   return a == b || IsSameBuiltinType(a, b);
 }
 

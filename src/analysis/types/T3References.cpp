@@ -2,6 +2,7 @@
 #include "analysis/types/T3References.h"
 
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -23,10 +24,11 @@ void Fail(_T3Reference* reference) {
   SetMeaning(reference, _sgT3NoDecl(true), gT3ErrorType);
 }
 
-// A local name is known only behind its declaration.
+// A local name is known only behind its declaration; that of a group means nothing by itself.
 T3Tree_Node* UsableHere(T3Tree_Node* def, T3Identifier* use) {
   if (def == nullptr) return _sgT3NoDecl(true);
-  if (!def->is<_T3Decl>() || DefUsePositionsConsistent(def, use)) return def;
+  const bool is_usable = !def->is<T3GroupDecl>() && DefUsePositionsConsistent(def, use);
+  if (!def->is<_T3Decl>() || is_usable) return def;
   vexa_filtered_error(ERR_undefined, use->position, use->id);
   return _sgT3NoDecl(true);
 }
@@ -53,30 +55,25 @@ void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
   auto* base = qualifier->base->try_as<T3Identifier>();
   const tIdent module = base != nullptr ? base->id : named->name;
   T3Tree_Node* def = base != nullptr ? IdentifyQualified(env, qualifier) : nullptr;
-  if (def != nullptr && !def->is<T3NoDecl>()) return SetMeaning(qualifier, def, def);
-  if (base == nullptr || !IsKnownInModule(env, qualifier, module))
+  const bool is_group = T3Is<T3GroupDecl>(def);
+  if (def != nullptr && !def->is<T3NoDecl>() && !is_group) return SetMeaning(qualifier, def, def);
+  if (base == nullptr || is_group || !IsKnownInModule(env, qualifier, module))
     vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, module, qualifier->id);
   Fail(qualifier);
 }
 
-bool IsTypeName(T3Tree_Node* def) {
-  return T3Is<T3TypeDecl>(BehindImport(def));
-}
-
 // A field of `anytype` is the name of a type, alone or qualified by its module.
 void ResolveInAnyType(T3Qualifier* qualifier, tIdent module) {
-  T3Tree_Node* env = qualifier->place == nullptr ? nullptr : qualifier->place->env;
-  const tIdent own = qualifier->place == nullptr ? NoIdent : qualifier->place->vexa_module_name;
-  if (!T3Is<T3MapEnv>(env)) return Fail(qualifier);
-  const tIdent key = module == own || module == NoIdent ? 0 : module;
-  T3Tree_Node* def = NewIdentify1(env, qualifier->id, key, qualifier->position, false);
-  if (module == NoIdent && T3Is<T3Module>(def)) {
+  if (qualifier->place == nullptr || !T3Is<T3MapEnv>(qualifier->place->env)) return Fail(qualifier);
+  T3Tree_Node* named =
+      module == NoIdent ? ModuleInAnyType(qualifier, qualifier->id, qualifier->position) : nullptr;
+  if (named != nullptr) {
     qualifier->attr().module_name_in_anytype_qualification = true;
-    return SetMeaning(qualifier, def, gT3AnyModuleType);
+    return SetMeaning(qualifier, named, gT3AnyModuleType);
   }
-  if (IsTypeName(def) && PartOfAllTypes(BaseTypeDef(def))) return SetMeaning(qualifier, def, def);
-  vexa_filtered_error(ERR_anytype_unknown_field, qualifier->position, own, gIdents.MakeIdent("anytype"),
-                      module == NoIdent ? own : module, qualifier->id);
+  T3Tree_Node* member = AnyTypeMember(qualifier, qualifier->id, module, qualifier->position);
+  if (!member->is<T3ErrorType>()) return SetMeaning(qualifier, member, member);
+  ReportNoAnyTypeMember(qualifier, qualifier->id, module, qualifier->position);
   Fail(qualifier);
 }
 

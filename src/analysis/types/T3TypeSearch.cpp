@@ -5,6 +5,7 @@
 
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"

@@ -116,8 +116,6 @@ T3PortTypes PortTypesIn(T3Tree_Node* port_type);
 T3PortTypes PortTypesOut(T3Tree_Node* port_type);
 /// All type declarations that reach a module, imports and built-in types included, in order.
 const T3NodeList& AllTypesOf(T3Tree_Node* module);
-/// The fields of an `anytype` whose module has been analysed, made at the first question; null before.
-T3Tree_Node* AnyTypeFields(T3Tree_Node* anytype);
 /// True for what `all` stands for in a port's type list.
 bool PartOfAllTypes(T3Tree_Node* base);
 

@@ -46,5 +46,9 @@ void EnterType();
 /// definition.
 void EnterTemplate(T3Tree_Node* definition);
 
+/// Finds the variables of a behaviour, control part or component that are read before they have a value; this
+/// is told where they stand.
+void EnterBody(T3Tree_Node* node);
+
 /// Walks a subtree; `parent` is the context of its root.
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent);

@@ -1,6 +1,7 @@
 // The candidates that each place of a statement, declaration or type gives to the expression in it.
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3Types.h"
 
 namespace {
@@ -38,8 +39,9 @@ T3Candidates InDeclaration(T3Tree_Node* parent) {
 
 // ---- Statements ----
 
+// A type of ports is no port.
 T3Tree_Node* PortTypeOf(_T3PortStmt* statement) {
-  return ExpressionBaseType(statement->port);
+  return NamesType(statement->port) ? gT3ErrorType : ExpressionBaseType(statement->port);
 }
 
 // The types that a port statement moves: a client sends what the port's other side takes in, and gets
@@ -244,6 +246,8 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
   }
   if (!node->is<_T3Expression>() && !node->is<T3TemplateDef>()) {
     if (node->is<T3SubType>() || node->is<T3TypeReference>()) EnterType();
+    if (node->is<_T3FunctionBodyDecl>() || node->is<T3ControlPart>() || node->is<T3ComponentType>())
+      EnterBody(node);
     return;
   }
   if (node->is<T3TemplateDef>()) EnterTemplate(node);

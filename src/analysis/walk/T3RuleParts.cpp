@@ -1,5 +1,8 @@
 #include "analysis/walk/T3RuleParts.h"
 
+#include <map>
+#include <set>
+
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
@@ -27,8 +30,13 @@ void RefuseInInterleave(T3Tree_Node* node, const char* what) {
     vexa_filtered_error(ERR_interleave_illegal_construct, PositionOf(node), what);
 }
 
+// What stands in several places of the tree is told once.
 void WarnAt(T3Tree_Node* node, const std::string& text) {
-  if (node->place != nullptr) vexa_warning(GetVerbosity(node->place->vexa_my_module), text, PositionOf(node));
+  static auto& told = *new std::map<tPosition, std::set<std::string>, lt_Position>;
+  if (node->place == nullptr) return;
+  const verbosity_level_t verbosity = GetVerbosity(node->place->vexa_my_module);
+  if (verbosity < verbosity_level_t::Warnings || !told[PositionOf(node)].insert(text).second) return;
+  vexa_warning(verbosity, text, PositionOf(node));
 }
 
 T3TemplateDecl* TemplateNamed(T3Tree_Node* reference) {
@@ -49,4 +57,12 @@ T3Tree_Node* CalleeOf(T3Tree_Node* call) {
 
 T3Tree_Node* ComponentOf(T3Tree_Node* decl) {
   return T3Is<_T3FunctionDecl>(decl) ? BaseTypeDef(decl->as<_T3FunctionDecl>()->runs_on) : gT3NoType;
+}
+
+bool NamesType(T3Tree_Node* expression) {
+  auto* qualifier = expression->try_as<T3Qualifier>();
+  if (qualifier == nullptr && !expression->is<T3Identifier>()) return false;
+  if (!T3Is<T3TypeDecl>(BehindImport(Def(expression)))) return false;
+  return qualifier == nullptr ||
+         (qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base)));
 }

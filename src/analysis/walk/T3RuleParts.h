@@ -29,3 +29,7 @@ T3Tree_Node* ConstraintOf(T3Tree_Node* definition);
 T3Tree_Node* CalleeOf(T3Tree_Node* call);
 /// The component that a declaration runs on: gT3NoType for none.
 T3Tree_Node* ComponentOf(T3Tree_Node* decl);
+/// True for the name of a type, which stands where a value of it should: no field of `anytype` is one.
+bool NamesType(T3Tree_Node* expression);
+/// Reports what an operation that receives cannot compare with: a template that is not sufficiently defined.
+void CheckReceivedTemplate(T3Tree_Node* statement);

@@ -24,3 +24,20 @@ void ForEachInSubtree(T3Tree_Node* root, Visit visit) {
       if (T3Tree_Node* below = T3ChildField(node, *child)) open.push_back(below);
   }
 }
+
+/// Puts a node, which becomes its child, in the place of another one below the other's parent.
+inline void ReplaceChild(T3Tree_Node* node, T3Tree_Node* by) {
+  T3Tree_Node* parent = node->parent;
+  for (const T3ChildFields::Child& child : ChildFieldsOf(parent).children)
+    if (T3ChildField(parent, child) == node) T3ChildField(parent, child) = by;
+  by->parent = parent;
+  by->child_slot = node->child_slot;
+}
+
+/// Makes a node the parent of its children.
+inline void AdoptChildren(T3Tree_Node* node) {
+  for (const T3ChildFields::Child& child : ChildFieldsOf(node).children) {
+    T3ChildField(node, child)->parent = node;
+    T3ChildField(node, child)->child_slot = child.slot;
+  }
+}

@@ -32,7 +32,7 @@ int ShellInvoke(const std::string& command);
 std::string ShellQuoted(const std::string& word);
 /// "-VERBOSE=" and the level for the tools.
 std::string mesk_vexa_verbosity();
-/// The base name of a source without its last four characters, which are its ending.
+/// The base name of a source without its last four characters, which are its ending, as the tools cut it.
 std::string vexa_asn_1_filename_prefix(const std::string& source);
 std::string vexa_rehyphenize(std::string name);
 /// The option that names the file of the generation's options: "+" and a path.

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "asn1/front/Backend.h"
+#include "asn1/front/FilePrefix.h"
 #include "asn1/generate/Asn2T3.h"
 #include "asn1/integration/T3CodecReference.h"
 #include "asn1/integration/T3Mesk.h"
@@ -14,6 +15,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3Exception.h"
+#include "driver/modules/T3Global.h"
 #include "frontend/T3Tree.h"
 #include "support/rFsearch.h"
 #include "support/rSystem.h"
@@ -132,7 +134,8 @@ bool T3Declaration_has_encoder(T3Tree_Node* decl) {
 
 void AddEntryTypes(T3Module* module) {
   for (T3Tree_Node* decl = module->definition_part; T3Is<_T3Decl>(decl); decl = decl->as<_T3Decl>()->next)
-    if (T3Declaration_has_encoder(decl)) addMESKEntryType(gIdents.GetCStr(decl->as<T3TypeDecl>()->name));
+    if (T3Declaration_has_encoder(decl) || (gT3IsPortAllTypes && T3Is<T3TypeDecl>(decl)))
+      addMESKEntryType(gIdents.GetCStr(decl->as<T3TypeDecl>()->name));
 }
 
 bool mesk_T3Module_recompile(T3Module* module, const Chain& chain) {
@@ -198,9 +201,11 @@ class SourceCopies {
   explicit SourceCopies(T3Module* module) {
     for (T3Module* part : HierarchyOf(module)) {
       const std::string source = GetSourceFile(part);
-      const std::string copy =
-          GetOutputDir(module) + DirectorySeparator() + SourcePrefix(part, kIndefinite) + ".asn";
+      const std::string folder = GetOutputDir(module) + DirectorySeparator() + asn1::kCopiesFolder;
+      const std::string copy = folder + DirectorySeparator() + SourcePrefix(part, kIndefinite) + ".asn";
       std::error_code fault;
+      std::filesystem::create_directory(folder, fault);
+      folder_ = folder;
       std::filesystem::copy_file(source, copy, std::filesystem::copy_options::overwrite_existing, fault);
       if (!fault) copies_.push_back(copy);
       good_ = good_ && !fault;
@@ -210,11 +215,14 @@ class SourceCopies {
   SourceCopies& operator=(const SourceCopies&) = delete;
   ~SourceCopies() {
     for (const std::string& copy : copies_) rDeleteFile(copy);
+    std::error_code fault;
+    std::filesystem::remove(folder_, fault);
   }
   bool good() const { return good_; }
 
  private:
   std::vector<std::string> copies_;
+  std::string folder_;
   bool good_ = true;
 };
 
@@ -225,6 +233,24 @@ bool IndefiniteChain(T3Module* module) {
   writeMESKOptionFile(kGenerationOptions);
   const SourceCopies copies(module);
   return copies.good() && chain.RunMesk() && chain.RunAsn2c();
+}
+
+// Whether another module's files would have the names of some of this module's.
+bool FilesCollide(T3Module* module) {
+  const std::string own = GetOutputFile(module);
+  bool collide = false;
+  for (const auto& [name, other] : gT3ModuleMap) {
+    if (other == module || GetOutputDir(other) != GetOutputDir(module)) continue;
+    const std::string output = GetOutputFile(other);
+    bool same = output == own;
+    for (const char* suffix : asn1::kFileSuffixes) same = same || output == own + suffix;
+    if (!same) continue;
+    vexa_error("files of module \"" + std::string(gIdents.GetCStr(name)) +
+                   "\" would take the names of those of ASN.1 module \"" + NameOf(module) + "\"",
+               NoPosition);
+    collide = true;
+  }
+  return collide;
 }
 
 bool Failed() {
@@ -250,14 +276,16 @@ bool mesk_T3Module_generate(T3Tree_Node* node) {
   auto* module = node->as<T3Module>();
   const int mask = GetCodecGeneration(module);
   vexa_compiler_phases(GetVerbosity(module), "Invoking external components");
+  if (FilesCollide(module)) return false;
   const Chain chain(module, "");
   if (!mesk_T3Module_recompile(module, chain)) return Failed();
   if (!asn2c_generator_T3Module_generate(module, chain)) return Failed();
-  if ((mask & kCodecPerAligned) != 0 && !RunAsn2per(module, chain, "-PERCOD=1:1", "basic-aligned"))
-    return Failed();
-  if ((mask & kCodecPerUnaligned) != 0 && !RunAsn2per(module, chain, "-PERCOD=2:2", "basic-unaligned"))
-    return Failed();
-  if (!chain.RunAsn2c()) return Failed();
-  if ((mask & kCodecBerLengthForm3) != 0 && !IndefiniteChain(module)) return Failed();
-  return true;
+  // A step that fails does not keep the others from their files.
+  bool good = true;
+  const auto step = [&](bool done) { good = (done || Failed()) && good; };
+  if ((mask & kCodecPerAligned) != 0) step(RunAsn2per(module, chain, "-PERCOD=1:1", "basic-aligned"));
+  if ((mask & kCodecPerUnaligned) != 0) step(RunAsn2per(module, chain, "-PERCOD=2:2", "basic-unaligned"));
+  step(chain.RunAsn2c());
+  if ((mask & kCodecBerLengthForm3) != 0) step(IndefiniteChain(module));
+  return good;
 }

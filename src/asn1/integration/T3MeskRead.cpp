@@ -5,6 +5,8 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <set>
 
 #include "asn1/front/AsnFault.h"
 #include "asn1/front/Backend.h"
@@ -101,9 +103,53 @@ bool RunMesk(const std::string& directory, const std::string& source) {
   return false;
 }
 
+// Sources are known to the tools by their names without directories, and to their files by prefixes.
+bool NamesDiffer() {
+  std::map<std::string, std::string> names, prefixes;
+  bool good = true;
+  for (const std::string& source : mesk::AsnSources()) {
+    const auto [name, fresh] = names.emplace(rBaseName(source), source);
+    if (!fresh && name->second != source) {
+      vexa_error("ASN.1 files \"" + name->second + "\" and \"" + source + "\" have the same name",
+                 NoPosition);
+      good = false;
+    }
+    const auto [prefix, fresh_prefix] = prefixes.emplace(mesk::vexa_asn_1_filename_prefix(source), source);
+    if (fresh && !fresh_prefix) {
+      vexa_error("ASN.1 files \"" + prefix->second + "\" and \"" + source + "\" have the same prefix \"" +
+                     prefix->first + "\" for what is written for them",
+                 NoPosition);
+      good = false;
+    }
+  }
+  return good;
+}
+
+// mkprefil writes a line for each module, with the source's prefix for the first one of a source.
+bool OneModuleEach(const std::string& option_file) {
+  std::set<std::string> prefixes;
+  for (const std::string& source : mesk::AsnSources())
+    prefixes.insert(mesk::vexa_asn_1_filename_prefix(source));
+  std::ifstream file(option_file);
+  bool good = true;
+  for (std::string line; std::getline(file, line);) {
+    const size_t name = line.find('=') + 1, prefix = line.find(':', name) + 1;
+    if (prefix == 0 || prefixes.count(line.substr(prefix, line.find(':', prefix) - prefix)) != 0) continue;
+    vexa_error("ASN.1 module \"" + line.substr(name, prefix - name - 1) +
+                   "\" stands behind another one; it needs a file of its own",
+               NoPosition);
+    good = false;
+  }
+  return good;
+}
+
 // Once in a run: the tools for all ASN.1 files.
 bool RunTools(const std::string& source) {
   const std::string directory = AsnDirectory();
+  if (!NamesDiffer()) {
+    prefix_option_reference = "+";
+    return false;
+  }
   MakeDir(directory);
   const std::string prefixes = OptionFileName(directory, "-MESK.txt");
   mesk::RemoveAtEnd(prefixes);
@@ -114,6 +160,7 @@ bool RunTools(const std::string& source) {
   const std::string generation = OptionFileName(directory, "-ASN2C.txt");
   mesk::RemoveAtEnd(generation);
   generation_option_reference = "+" + generation;
+  if (!OneModuleEach(prefixes)) return false;
   return mesk_skipMESKRun(directory) || RunMesk(directory, source);
 }
 

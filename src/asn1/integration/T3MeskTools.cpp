@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "asn1/front/FilePrefix.h"
 #include "asn1/integration/T3Mesk.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
@@ -48,7 +49,6 @@ void CopyChannels() {
   for (size_t n; (n = std::fread(block, 1, sizeof block, file)) > 0;) std::fwrite(block, 1, n, stdout);
   std::fclose(file);
   std::fflush(stdout);
-  std::remove(kChannels);
 }
 
 std::string Joined(const std::vector<std::string>& words) {
@@ -94,7 +94,6 @@ int vexa_binary_invoke(const std::vector<std::string>& arguments) {
   if (program.empty()) {
     std::fprintf(stderr, "VEXA-ASN-1: failed to find %s in path\n", arguments[0].c_str());
     if (channels >= 0) close(channels);
-    std::remove(kChannels);
     return -1;
   }
   std::fflush(stdout);
@@ -138,15 +137,13 @@ std::string ShellQuoted(const std::string& word) {
 }
 
 std::string mesk_vexa_verbosity() {
-  constexpr int kQuiet = 0, kMost = 2;
+  constexpr int kLeast = 1, kMost = 3;
   const int level = static_cast<int>(gT3CommandLine.CommonVerbosity());
-  return "-VERBOSE=" + std::to_string(std::clamp(level - 1, kQuiet, kMost));
+  return "-VERBOSE=" + std::to_string(std::clamp(level, kLeast, kMost) - 1);
 }
 
 std::string vexa_asn_1_filename_prefix(const std::string& source) {
-  constexpr size_t kEnding = 4;
-  const std::string name = rBaseName(source);
-  return name.substr(0, name.size() > kEnding ? name.size() - kEnding : 0);
+  return asn1::FilePrefixOf(source);
 }
 
 std::string vexa_rehyphenize(std::string name) {

@@ -60,8 +60,8 @@ void AnalyzeTemplates(T3Tree_Node* root, verbosity_level_t verbosity) {
   if (!TemplateCyclesFound()) {
     vexa_progress(verbosity, "Resolving template modifications");
     ExplicifyTemplateModifies(root);
-    CheckMatchingExpressionsInSendTemplates(root);
   }
+  CheckMatchingExpressionsInSendTemplates(root);
   if (GetOmitCheckOpt()) OmitCheck(root);
   TemplateRestrictionsCheck(root);
 }

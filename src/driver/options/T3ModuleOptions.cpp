@@ -73,7 +73,11 @@ std::string GetOutputDir(T3Tree_Node* module) {
 
 std::string GetOutputFile(T3Tree_Node* module) {
   if (const auto* own = Own(module, &ModuleOptions::output)) return *own;
-  return gT3CommandLine.GetOutput(T3ReprToLanguage(module)) + gIdents.GetCStr(module->as<T3Module>()->name);
+  const auto language = T3ReprToLanguage(module);
+  const std::string name = gT3CommandLine.GetOutput(language) + gIdents.GetCStr(module->as<T3Module>()->name);
+  // What the ASN.1 tools write has names of this length at most, and the rest goes with it.
+  constexpr size_t kLongestPrefix = 30;
+  return language == language_asn1 ? name.substr(0, kLongestPrefix) : name;
 }
 
 int GetCodecGeneration(T3Tree_Node* module) {

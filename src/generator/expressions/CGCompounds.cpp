@@ -2,6 +2,8 @@
 #include <set>
 
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3AnyTypes.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -13,29 +15,10 @@
 
 namespace cg {
 int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
-  T3Tree_Node* type = BehindImport(type_decl);
-  int64_t index = 0;
-  T3Tree_Node* at = AnyTypeFields(anytype);
-  if (at == nullptr) at = AnyTypeFields(CGCurrentModule()->attr().my_anytype);
-  for (; T3Is<T3FieldType>(at); at = at->as<T3FieldType>()->next, ++index) {
-    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
-    if (BehindImport(Def(reference)) == type) return index;
-  }
-  NotSupported(type_decl);
-}
-
-T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position) {
-  auto* name = item->field->try_as<T3FieldName>();
-  T3Tree_Node* formal = signature->fpl;
-  for (; formal->is<_T3FormalPar>(); formal = formal->as<_T3FormalPar>()->next, --position)
-    if (name != nullptr ? formal->as<_T3FormalPar>()->name == name->name : position == 0) break;
-  return formal;
-}
-
-int64_t PlaceOfParameter(T3SignatureType* signature, T3Tree_Node* formal) {
-  int64_t place = 0;
-  for (T3Tree_Node* at = signature->fpl; at != formal; at = at->as<_T3FormalPar>()->next) ++place;
-  return place;
+  if (AnyTypeFields(anytype) == nullptr) anytype = CGCurrentModule()->attr().my_anytype;
+  const int64_t number = AnyTypeAlternative(anytype, type_decl);
+  if (number < 0) NotSupported(type_decl);
+  return number;
 }
 
 bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode) {
@@ -64,20 +47,11 @@ std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunct
   return std::to_string(first + static_cast<int64_t>(position));
 }
 
-// The place of a field, or of a parameter of a signature.
-int64_t MemberIndex(T3FieldValue* item, T3Tree_Node* type, int64_t position) {
-  if (auto* signature = type->try_as<T3SignatureType>())
-    return PlaceOfParameter(signature, SignatureParameter(item, signature, position));
-  auto* name = item->field->try_as<T3FieldName>();
-  return name != nullptr ? GetAlternativeIndex(type, name->name, true) : position;
-}
-
 // A value of an ASN.1 module leaves out what it does not have.
 void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::string& target,
                       CFunction& function) {
   std::set<int64_t> named;
-  int64_t position = 0;
-  for (T3FieldValue* item : ItemsOf(node)) named.insert(MemberIndex(item, type, position++));
+  for (const T3Part& part : PartsOf(node, type)) named.insert(part.place.value_or(-1));
   function.addComment("explicitly omitting unmentioned fields for ASN.1 value");
   int64_t index = 0;
   gT3AST.ForallT3Tree(type->as<_T3StructuredType>()->body, [&](T3Tree_Node* field) {
@@ -92,13 +66,13 @@ void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::strin
 
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
   if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
-  size_t position = 0;
-  for (T3FieldValue* item : ItemsOf(node)) {
-    const size_t index = position++;
-    if (item->value->is<T3NotUsedSymbol>()) continue;
-    const int64_t place = MemberIndex(item, type, static_cast<int64_t>(index));
-    AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
-               std::to_string(place), item->value, function);
+  bool first = true;
+  for (const T3Part& part : PartsOf(node, type)) {
+    const char* word = first ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
+    first = false;
+    if (part.item->value->is<T3NotUsedSymbol>()) continue;
+    if (!part.place) NotSupported(node);
+    AssignPart(word, target, std::to_string(*part.place), part.item->value, function);
   }
 }
 

@@ -111,10 +111,6 @@ void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
 /// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each
 /// module has a list of its own.
 int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl);
-/// The parameter of a signature that an item at this position of a list means; the end of the parameters
-/// where there is none.
-T3Tree_Node* SignatureParameter(T3FieldValue* item, T3SignatureType* signature, int64_t position);
-int64_t PlaceOfParameter(T3SignatureType* signature, T3Tree_Node* formal);
 /// Whether an operation carries a parameter: `in` goes with calls, `out` with replies, `inout` with both.
 bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode);
 

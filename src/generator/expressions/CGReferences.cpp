@@ -1,5 +1,6 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"

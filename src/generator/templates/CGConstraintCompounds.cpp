@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "generator/templates/CGConstraintParts.h"
 #include "generator/expressions/CGModes.h"
@@ -26,31 +27,21 @@ void TestPart(const std::string& access, const std::string& name, T3Tree_Node* c
   function.releaseTmpVariable(inner.value);
 }
 
-T3Tree_Node* FieldAt(T3Tree_Node* type, int64_t index) {
-  T3Tree_Node* at = type->as<_T3StructuredType>()->body;
-  for (; index > 0 && at->is<T3FieldType>(); --index) at = at->as<T3FieldType>()->next;
-  return at->is<T3FieldType>() ? at : nullptr;
-}
-
 std::string ByIndex(const std::string& value, int64_t index) {
   return cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index), VEXA_CONTEXT});
 }
 
 // The fields of a record by their places; those of a set, when they are named, by their names.
 void TestRecord(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
-  int64_t position = 0;
-  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++position) {
-    auto* item = at->as<T3FieldValue>();
-    auto* named = item->field->try_as<T3FieldName>();
-    const int64_t index = named != nullptr ? GetAlternativeIndex(type, named->name, true) : position;
-    T3Tree_Node* field = FieldAt(type, index);
-    if (field == nullptr) cg::NotSupported(node);
-    const tIdent name = field->as<T3FieldType>()->name;
+  const std::vector<T3Tree_Node*> fields = MembersOf(type);
+  for (const T3Part& part : PartsOf(node, type)) {
+    if (!part.place || static_cast<size_t>(*part.place) >= fields.size()) cg::NotSupported(node);
+    auto* field = fields[static_cast<size_t>(*part.place)]->as<T3FieldType>();
     const std::string access =
-        named != nullptr && type->is<T3SetType>()
-            ? cg::Call(LUMO_VALUE_FIELD_BY_NAME, {test.value, Quote(name), VEXA_CONTEXT})
-            : ByIndex(test.value, index);
-    TestPart(access, "." + Name(name), item->value, RootType(field->as<T3FieldType>()->type), test, function);
+        part.item->field->is<T3FieldName>() && type->is<T3SetType>()
+            ? cg::Call(LUMO_VALUE_FIELD_BY_NAME, {test.value, Quote(field->name), VEXA_CONTEXT})
+            : ByIndex(test.value, *part.place);
+    TestPart(access, "." + Name(field->name), part.item->value, RootType(field->type), test, function);
   }
 }
 
@@ -58,14 +49,13 @@ void TestRecord(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CF
 void TestSignature(T3CompoundValue* node, T3SignatureType* type, const CGTest& test, CFunction& function) {
   CGTest inner = test;
   inner.mode = vexa_template_plain;
-  int64_t position = 0;
-  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++position) {
-    auto* item = at->as<T3FieldValue>();
-    T3Tree_Node* formal = cg::SignatureParameter(item, type, position);
-    if (!T3Is<_T3TypedFormal>(formal) || !cg::FieldValueIsRelevant(formal, test.mode)) continue;
-    const auto* typed = formal->as<_T3TypedFormal>();
-    TestPart(ByIndex(test.value, cg::PlaceOfParameter(type, formal)), "." + Name(typed->name), item->value,
-             RootType(typed->type), inner, function);
+  const std::vector<T3Tree_Node*> formals = MembersOf(type);
+  for (const T3Part& part : PartsOf(node, type)) {
+    if (!part.place || static_cast<size_t>(*part.place) >= formals.size()) continue;
+    auto* formal = formals[static_cast<size_t>(*part.place)]->try_as<_T3TypedFormal>();
+    if (formal == nullptr || !cg::FieldValueIsRelevant(formal, test.mode)) continue;
+    TestPart(ByIndex(test.value, *part.place), "." + Name(formal->name), part.item->value,
+             RootType(formal->type), inner, function);
   }
 }
 
@@ -92,7 +82,7 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
   }
   const int64_t index = GetAlternativeIndex(type, name->name, true);
   TestAlternative("union", Name(name->name), index, item->value,
-                  RootType(FieldAt(type, index)->as<T3FieldType>()->type), test, function);
+                  RootType(FindIndex(type, index)->as<T3FieldType>()->type), test, function);
 }
 
 // ---- Lists ----
@@ -103,28 +93,11 @@ constexpr int64_t kMostPlaces = 4096;
 // The items of a list by their places, null where none is given; nothing where a place is known at run time
 // only.
 std::optional<std::vector<T3FieldValue*>> ItemsByPlace(T3CompoundValue* node, T3Tree_Node* type) {
-  int64_t first = 0;
-  if (type->is<T3ArrayType>()) {
-    const auto bounds = KnownBounds(type);
-    if (!bounds) return std::nullopt;
-    first = bounds->low;
-  }
-  std::vector<T3FieldValue*> items;
-  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* item = at->as<T3FieldValue>();
-    auto* field = item->field->try_as<T3FieldIndex>();
-    if (field == nullptr) {
-      items.push_back(item);
-      continue;
-    }
-    const auto index = ConstIntValue(field->index);
-    if (!index || *index < first || *index - first >= kMostPlaces) return std::nullopt;
-    const auto place = static_cast<size_t>(*index - first);
-    if (place >= items.size()) items.resize(place + 1, nullptr);
-    items[place] = item;
-  }
-  if (items.size() > static_cast<size_t>(kMostPlaces)) return std::nullopt;
-  return items;
+  if (type->is<T3ArrayType>() && !KnownBounds(type)) return std::nullopt;
+  const std::vector<T3Part> parts = PartsOf(node, type);
+  for (const T3Part& part : parts)
+    if (!part.place || *part.place >= kMostPlaces) return std::nullopt;
+  return ValuesByPlace(parts, kMostPlaces);
 }
 
 const char* PermutationKindToString(t3_permutation_kind_t kind) {

@@ -4,7 +4,10 @@
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
+#include "driver/diagnostics/T3Error.h"
+#include "driver/options/T3CommandLine.h"
 #include "generator/templates/CGTemplate.h"
+#include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
@@ -117,8 +120,20 @@ void ValueOf(T3ValueOf* node, Mode allocation, CFunction& function) {
   StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(allocation), VEXA_CONTEXT}));
 }
 
+// A value of one type is never matched by a pattern of another one.
+bool FitsPattern(T3Tree_Node* value, T3Tree_Node* pattern) {
+  T3Candidates candidates(ExpressionLocalType(value), ExpressionBaseType(value));
+  Exclude(candidates, ExpressionLocalType(pattern), ExpressionBaseType(pattern), false, false);
+  return candidates.CountValid() > 0;
+}
+
 void MatchOperation(T3Match* node, CFunction& function) {
   const ValueMode mode;
+  if (!FitsPattern(node->expression, node->template_value)) {
+    vexa_warning(GetVerbosity(CGCurrentModule()),
+                 "Type mismatch in match statement: will always evaluate to false", node->position);
+    return StoreCLocation(node, "false");
+  }
   const std::string value = InRTS(node->expression, vexa_temp_alloc, function);
   const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
   StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));

@@ -1,6 +1,7 @@
 // The functions of a template. Each walks the same tree, with locations of its own, and reaches what the
 // module declares through the symbol table.
 #include "analysis/walk/T3Subtree.h"
+#include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "generator/expressions/CGCalls.h"
@@ -216,13 +217,13 @@ T3TemplateDef* CleanSignatureDecl(T3TemplateDef* definition, vexa_template_mode_
   auto* compound = definition->constraint->try_as<T3CompoundValue>();
   if (compound == nullptr) return definition;
   auto* signature = RootType(TypeOfTemplate(definition))->as<T3SignatureType>();
-  std::vector<T3FieldValue*> items;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    items.push_back(at->as<T3FieldValue>());
+  const std::vector<T3Tree_Node*> formals = MembersOf(signature);
+  const std::vector<T3Part> parts = PartsOf(compound, signature);
   T3Tree_Node* list = _sgT3NoFieldValue();
-  for (size_t i = items.size(); i > 0; --i) {
-    T3FieldValue* item = items[i - 1];
-    T3Tree_Node* formal = cg::SignatureParameter(item, signature, static_cast<int64_t>(i - 1));
+  for (size_t i = parts.size(); i > 0; --i) {
+    T3FieldValue* item = parts[i - 1].item;
+    const auto place = static_cast<size_t>(parts[i - 1].place.value_or(-1));
+    T3Tree_Node* formal = place < formals.size() ? formals[place] : nullptr;
     if (T3Is<_T3TypedFormal>(formal) && !cg::FieldValueIsRelevant(formal, mode))
       list = IgnoreThisParameter(item, list);
     else

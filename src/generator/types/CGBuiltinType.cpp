@@ -1,4 +1,5 @@
 // The module's own copies of built-in types.
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/types/CGType.h"

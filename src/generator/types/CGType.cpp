@@ -1,6 +1,7 @@
 #include "generator/types/CGType.h"
 
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/types/CGCheck.h"

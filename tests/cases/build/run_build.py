@@ -12,15 +12,22 @@ A case is a `.case` file of lines `DIRECTIVE: text`; `#` begins a comment line.
     SH: touch %t/x           a shell command, which must succeed
     FILE: makefile name      a written file, compared with expect/NAME where `name` is given, else with
                              expect/CASE.makefile
+    WORDS: lines => NAME = words   the value that the makefile has for NAME when %I/tools.mcfg ends in these lines of
+                             the MCFG file, which `;` separates
     ABSENT: name             a file that must not be there at the end
     ENV: NAME=value          sets a variable; `ENV: NAME` alone removes it
+
+An expected file whose first line is `@@ OTHER` holds changes of expect/OTHER: `@ 14 15` stands before the lines that
+take the place of lines 14 and 15, `@ 14 13` before those that stand in front of line 14.
 
 %t is a fresh output folder and the working directory, %I the folder `input`, %O the installation. In
 expected files these names stand for the folders, and $DAY for the day on which banners are dated.
 """
 
 import argparse
+import difflib
 import os
+import re
 import shlex
 import shutil
 import subprocess
@@ -113,6 +120,17 @@ class Case:
     def do_stderr(self, text):
         self.line_of("stderr", text)
 
+    def do_words(self, text):
+        lines, _, expected = text.partition(" => ")
+        mcfg = self.folder / "words.mcfg"
+        mcfg.write_text((self.input / "words.mcfg").read_text() + lines.replace(" ; ", "\n") + "\n")
+        self.do_run("-K -r Root -f %t/words.mcfg -F %I/root.ttcn %I/other.ttcn")
+        makefile = self.shorten((self.folder / "makefile").read_text()) if self.result.returncode == 0 else ""
+        name, _, words = expected.partition(" =")
+        found = re.findall(rf"(?m)^{re.escape(name)} *[=:](.*)$", makefile)
+        if [words.strip()] != [value.strip() for value in found] and (found or words != " undefined"):
+            self.faults.append(f"{text}: found {found}")
+
     def do_absent(self, text):
         if (self.folder / text).exists():
             self.faults.append(f"{text} was written")
@@ -126,16 +144,48 @@ class Case:
             return
         text = self.shorten(written.read_text(errors="replace"))
         if self.update:
-            expected.write_text(text)
+            expected.write_text(changes(expected, text))
         elif not expected.exists():
             self.faults.append(f"{expected} is missing")
-        elif text != expected.read_text():
-            self.faults.append(f"{name} differs:\n" + self.difference(expected, text))
+        elif text != whole(expected):
+            self.faults.append(f"{name} differs:\n" + "\n".join(difflib.unified_diff(
+                whole(expected).split("\n"), text.split("\n"), str(expected), "written", lineterm="")))
 
-    @staticmethod
-    def difference(expected, text):
-        return subprocess.run(["diff", "-u", str(expected), "-"], input=text, text=True,
-                              stdout=subprocess.PIPE, check=False).stdout
+
+def base_of(path):
+    """The expected file whose changes another one holds, or None."""
+    first = path.read_text().split("\n")[0] if path.exists() else ""
+    return path.with_name(first[3:]) if first.startswith("@@ ") else None
+
+
+def whole(path):
+    """The text of an expected file, with its changes made."""
+    base = base_of(path)
+    if base is None:
+        return path.read_text()
+    lines, done = base.read_text().splitlines(), 0
+    result = []
+    for line in path.read_text().splitlines()[1:]:
+        if line.startswith("@ "):
+            first, last = map(int, line[2:].split())
+            result += lines[done:first - 1]
+            done = last
+        else:
+            result.append(line)
+    return "\n".join(result + lines[done:]) + "\n"
+
+
+def changes(path, text):
+    """What is kept for a text: itself, or its changes where the file held changes before."""
+    base = base_of(path)
+    if base is None:
+        return text
+    before, after = base.read_text().splitlines(), text.splitlines()
+    kept = [f"@@ {base.name}"]
+    for kind, i, j, k, m in difflib.SequenceMatcher(None, before, after, autojunk=False).get_opcodes():
+        if kind != "equal":
+            kept += [f"@ {i + 1} {j}", *after[k:m]]
+    return "\n".join(kept) + "\n"
 
 
 def main():

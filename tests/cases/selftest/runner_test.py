@@ -103,6 +103,13 @@ class RunnerTest(unittest.TestCase):
                            r"// ENV: ERRORS=@(3) : column 1 : Error       a\n@(3) : column 2 : Warning     b\n",
                            "// expect-error@:1 {{a}} // expect-warning@:2 {{b}}")
 
+    def test_expectation_by_a_pattern(self):
+        pattern = r'// each-error \bno\w+ {{no declaration for "*"}}'
+        self.assert_passes("// RUN: -F %s", pattern, "", "a none; // nowhere",
+                           r'// ENV: ERRORS=@(4) : column 3 : Error       no declaration for "none"\n')
+        self.assert_fails('missing diagnostic: case.ttcn(3) : column 1 : Error {{no declaration for "none"}}',
+                          "// RUN: -F %s", pattern, "none;")
+
     def test_malformed_expectation(self):
         self.assert_fails("expectation not understood", "// RUN: -F %s", "// expect-error@:x {{a}}")
         self.assert_fails("expectation not understood", "// RUN: -F %s", "// expect-eror@:1 {{a}}")

@@ -54,44 +54,6 @@ TEST_F(Log, EntryIsOneLineWithItsPlace) {
   EXPECT_EQ(entries, "ttcn3 M.ttcn:17 two\\nlines\\r\nttcn3 outside\n");
 }
 
-TEST_F(Log, ListsShowTextsPlainAndOthersInNotation) {
-  Value t = dynamic(inner);
-  lumo_value_assign_vector_element(t, 0, lumo_anyone_value_c, nullptr);
-  Value values[] = {text("n = "), integer(5), text(", "), value(inner, "{ 1, \"x\" }"),
-                    text(", "),   t,          nullptr};
-  lumo_log_list_to_all(lumo_log_msg_ttcn3_c, values, nullptr);
-  EXPECT_EQ(entries, "ttcn3 n = 5, { n := 1, s := \"x\" }, { n := ?, s := - }\n");
-  entries.clear();
-  Value greek = value(lumo_universal_charstring_type, "char(0, 0, 3, 177) & \"b\"");
-  Value one[] = {greek, nullptr};
-  lumo_log(one, nullptr);
-  EXPECT_EQ(entries, "ttcn3 \u03b1b\n");
-}
-
-TEST_F(Log, ChangesAndMismatches) {
-  Value v = lumo_type_instantiate_named_value(lumo_integer_type, "counter", lumo_temp_alloc_c, nullptr);
-  lumo_value_set_integer(v, 3, nullptr);
-  lumo_log_variable_modified_event(v, nullptr);
-  lumo_log_template_mismatch_by_name_event("<t>.n", "value outside range", v, lumo_no_value_c, nullptr);
-  lumo_log_template_mismatch_by_index_event(2, "value mismatch", v, integer(4), nullptr);
-  EXPECT_EQ(entries,
-            "debug counter := 3\n"
-            "event mismatch at <t>.n: value outside range, actual 3\n"
-            "event mismatch at [2]: value mismatch, actual 3, expected 4\n");
-}
-
-TEST_F(Log, AlternativesOfAListAreTriedQuietly) {
-  Value fields = dynamic(inner);
-  lumo_value_assign_vector_element(fields, 0, integer(1), nullptr);
-  Value list_template = dynamic(inner);
-  Value items[] = {fields, nullptr};
-  lumo_template_set_value_list(list_template, lumo_value_list_normal_c, items, false, nullptr);
-  EXPECT_FALSE(lumo_match(list_template, value(inner, "{ 2, omit }"), nullptr));
-  EXPECT_EQ(entries, "");
-  EXPECT_FALSE(lumo_match(fields, value(inner, "{ 2, omit }"), nullptr));
-  EXPECT_EQ(entries, "event mismatch at n: value mismatch, actual 2, expected 1\n");
-}
-
 TEST_F(Log, GoesToAFile) {
   std::string path = ::testing::TempDir() + "lumos_log_test";
   ASSERT_TRUE(open_log(path));

@@ -12,22 +12,6 @@ struct TypeTables : ::testing::Test, Types {
   TempScope scope;
 };
 
-TEST_F(TypeTables, SubtypesLookLikeTheirParents) {
-  TypeTable sub{"Sub", lumo_type_kind_record}, subsub{"SubSub", lumo_type_kind_record};
-  sub.make_subtype_of(inner, nullptr);
-  subsub.make_subtype_of(sub, nullptr);
-  EXPECT_EQ(field_count(subsub), 2u) << "before the tables are resolved";
-  lumo__type_resolve_parent_info(subsub, nullptr);
-  EXPECT_TRUE(subsub.info().resolved);
-  EXPECT_EQ(subsub.info().number_of_fields, 2);
-  EXPECT_EQ(lumo_type_field_index(subsub, "s", nullptr), 1);
-  EXPECT_EQ(lumo_type_field_index(subsub, "x", nullptr), -1);
-  Value v = value(subsub, "{ 1, omit }");
-  EXPECT_TRUE(lumo_is_equal(v, value(inner, "{ 1 }"), nullptr));
-  EXPECT_TRUE(lumo_type_check(inner, v, nullptr));
-  EXPECT_FALSE(lumo_type_check(choice, v, nullptr));
-}
-
 TEST_F(TypeTables, CyclicTablesEnd) {
   TypeTable a{"A", lumo_type_kind_integer}, b{"B", lumo_type_kind_integer};
   a.make_subtype_of(b, nullptr);
@@ -35,49 +19,6 @@ TEST_F(TypeTables, CyclicTablesEnd) {
   EXPECT_EQ(base_kind(a), lumo_type_kind_integer);
   EXPECT_FALSE(has_check(a));
   EXPECT_NE(root_of(a), nullptr);
-}
-
-TEST_F(TypeTables, ImportedTypesShareTheirDescription) {
-  lumo_type_struct_t import = {"Test",  "Inner", nullptr, nullptr,      nullptr,
-                               nullptr, nullptr, nullptr, &inner.info()};
-  EXPECT_TRUE(lumo_type_is_equal(&import, inner, nullptr));
-  EXPECT_FALSE(lumo_type_is_equal(&import, outer, nullptr));
-  EXPECT_STREQ(lumo_type_definition_module(&import, nullptr), "Test");
-  EXPECT_STREQ(lumo_type_definition_name(inner, nullptr), "Inner");
-}
-
-TEST_F(TypeTables, AddressIsWhatTheModuleMakesIt) {
-  TypeTable address{"address", lumo_type_kind_address, {mandatory("", inner)}};
-  Value v = lumo_type_instantiate_value(address, lumo_temp_alloc_c, nullptr);
-  lumo_value_assign(v, value(inner, "{ 1, \"x\" }"), nullptr);
-  EXPECT_EQ(render(v), "{ n := 1, s := \"x\" }");
-  lumo_value_assign(v, lumo_value_null_address_c, nullptr);
-  EXPECT_EQ(render(v), "null");
-  EXPECT_TRUE(lumo_is_equal(v, lumo_value_null_address_c, nullptr));
-}
-
-TEST_F(TypeTables, EnumeratedNames) {
-  EXPECT_EQ(lumo_type_enum_number_by_name(color, "green", nullptr), 5);
-  EXPECT_EQ(lumo_type_enum_number_by_name(color, "gre", nullptr), -1);
-  Value v = make_root(color, lumo_temp_alloc_c);
-  lumo_value_set_enum(v, 9, nullptr);
-  EXPECT_EQ(render(v), "<9>");
-}
-
-TEST_F(TypeTables, FieldsWithDefaults) {
-  Value standard = copy_value(integer(80), lumo_perm_alloc_c);
-  TypeTable defaulted{"D",
-                      lumo_type_kind_record,
-                      {{"port", lumo_field_property_mandatory_c, lumo_integer_type, standard},
-                       mandatory("n", lumo_integer_type)}};
-  Value v = value(defaulted, "{ n := 1 }");
-  EXPECT_TRUE(lumo_value_is_initialized(v, nullptr));
-  EXPECT_EQ(lumo_value_get_integer(lumo_value_field_by_index(v, 0, nullptr), nullptr), 80);
-  EXPECT_TRUE(lumo_is_equal(v, value(defaulted, "{ 80, 1 }"), nullptr));
-  EXPECT_FALSE(lumo_is_equal(v, value(defaulted, "{ 81, 1 }"), nullptr));
-  EXPECT_EQ(lumo_type_field_default_value(defaulted, 0, nullptr), standard);
-  EXPECT_EQ(lumo_type_field_default_value(defaulted, 1, nullptr), lumo_no_value_c);
-  lumo_value_delete(&standard, nullptr);
 }
 
 TEST_F(TypeTables, RangesOfCharacters) {
@@ -156,42 +97,6 @@ TEST_F(TypeTables, PlainCodecs) {
   for (const char* broken : {"\x80", "\xC3", "\xE2\x82", "\xC3\x28"})
     EXPECT_EQ(decode_value(lumo_universal_charstring_type, broken, nullptr), nullptr);
   EXPECT_EQ(decode_value(inner, "{ n := x }", nullptr), nullptr);
-}
-
-int translated, destroyed;
-
-TEST_F(TypeTables, ValuesOfCodecsAreTranslatedWhenLookedAt) {
-  translated = destroyed = 0;
-  static int home = 42;
-  auto external = [this](lumo_value_t (*translate)(void*, lumo_alloc_strategy_t, lumo_context_t)) {
-    Value v = lumo_type_instantiate_external_value(inner, lumo_perm_alloc_c, nullptr);
-    lumo_value_set_external_value(
-        v, &home, translate, [](void*, lumo_context_t) { ++destroyed; }, nullptr);
-    return v;
-  };
-  static lumo_type_t type = inner;
-  Value v = external([](void* from, lumo_alloc_strategy_t s, lumo_context_t c) -> lumo_value_t {
-    ++translated;
-    Value made = lumo_type_instantiate_value(type, s, c);
-    Value number = lumo_type_instantiate_value(lumo_integer_type, s, c);
-    lumo_value_set_integer(number, *static_cast<int*>(from), c);
-    lumo_value_assign_vector_element(made, 0, number, c);
-    return made;
-  });
-  EXPECT_TRUE(t3asn_lumo_value_is_external_value(v, nullptr));
-  EXPECT_EQ(lumo_value_get_external_value(v, nullptr), &home);
-  EXPECT_EQ(lumo_value_get_integer(lumo_value_field_by_index(v, 0, nullptr), nullptr), 42);
-  EXPECT_EQ(translated, 1);
-  EXPECT_EQ(destroyed, 1);
-  EXPECT_FALSE(t3asn_lumo_value_is_external_value(v, nullptr));
-  lumo_value_delete(&v, nullptr);
-  Value unused = external(nullptr);
-  lumo_value_delete(&unused, nullptr);
-  EXPECT_EQ(destroyed, 2);
-  Value broken = external([](void*, lumo_alloc_strategy_t, lumo_context_t) { return lumo_illegal_value_c; });
-  EXPECT_EQ(fault_of([&] { lumo_value_get_integer(broken, nullptr); }),
-            "a value of a codec cannot be translated");
-  lumo_value_delete(&broken, nullptr);
 }
 
 }  // namespace

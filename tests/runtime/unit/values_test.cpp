@@ -87,29 +87,6 @@ TEST_F(Values, NestedNotationEndsOrderly) {
   EXPECT_EQ(error.substr(0, 33), "the value is nested too deeply at");
 }
 
-TEST_F(Values, AssignmentCopiesAndKeepsParts) {
-  Value a = value(outer, "{ { n := 1 }, { 7, 8 }, { i := 2 } }");
-  Value b = value(outer, "{ { n := 5, s := \"x\" }, { 9 }, omit }");
-  Value field = lumo_value_field_by_index(lumo_value_field_by_index(a, 0, nullptr), 0, nullptr);
-  lumo_value_assign(a, b, nullptr);
-  EXPECT_TRUE(lumo_is_equal(a, b, nullptr));
-  EXPECT_EQ(lumo_value_get_integer(field, nullptr), 5) << "a handle to a field follows the field";
-  lumo_value_set_integer(field, 6, nullptr);
-  EXPECT_FALSE(lumo_is_equal(a, b, nullptr));
-  EXPECT_EQ(render(b), "{ in := { n := 5, s := \"x\" }, l := { 9 }, c := omit }");
-}
-
-TEST_F(Values, ValueCanBeAssignedFromItsOwnPart) {
-  TypeTable node{
-      "Node", lumo_type_kind_record, {mandatory("n", lumo_integer_type), optional("next", nullptr)}};
-  node.info().field_info[1].type = node;
-  Value v = value(node, "{ 1, { 2, { 3, omit } } }");
-  lumo_value_assign(v, lumo_value_field_by_name(v, "next", nullptr), nullptr);
-  EXPECT_EQ(render(v), "{ n := 2, next := { n := 3, next := omit } }");
-  lumo_value_assign_vector_element(v, 1, v, nullptr);
-  EXPECT_EQ(render(v), "{ n := 2, next := { n := 2, next := { n := 3, next := omit } } }");
-}
-
 TEST_F(Values, DeepValuesAreEndedAndFaultWhereTheyCannotBeCopied) {
   TypeTable node{"Node", lumo_type_kind_record, {optional("next", nullptr)}};
   node.info().field_info[0].type = node;
@@ -120,81 +97,6 @@ TEST_F(Values, DeepValuesAreEndedAndFaultWhereTheyCannotBeCopied) {
             "the calls or the value are nested too deeply");
   lumo_value_delete(&v, nullptr);
   EXPECT_EQ(v, nullptr);
-}
-
-TEST_F(Values, OptionalFields) {
-  Value v = make_root(inner, lumo_temp_alloc_c);
-  EXPECT_EQ(lumo_value_field_by_index(v, 1, nullptr), lumo_omit_value_c);
-  EXPECT_FALSE(lumo_ispresent(v, 1, nullptr));
-  EXPECT_FALSE(lumo_value_is_initialized(v, nullptr));
-  lumo_value_assign_vector_element(v, 0, integer(1), nullptr);
-  EXPECT_TRUE(lumo_value_is_initialized(v, nullptr));
-  lumo_value_assign_vector_element(v, 1, text("x"), nullptr);
-  EXPECT_TRUE(lumo_ispresent(v, 1, nullptr));
-  lumo_value_assign_vector_element(v, 1, lumo_not_used_value_c, nullptr);
-  EXPECT_EQ(render(v), "{ n := 1, s := \"x\" }");
-  lumo_value_assign_vector_element(v, 1, lumo_omit_value_c, nullptr);
-  EXPECT_EQ(render(v), "{ n := 1, s := omit }");
-  Value slot = lumo_value_instantiate_omitted_field_value(v, 1, nullptr);
-  lumo_value_set_string(slot, "new", nullptr);
-  EXPECT_EQ(render(v), "{ n := 1, s := \"new\" }");
-  EXPECT_NE(fault_of([&] { lumo_value_assign_vector_element(v, 0, lumo_omit_value_c, nullptr); }), "");
-}
-
-TEST_F(Values, ListsGrowWhereAnElementIsWritten) {
-  TypeTable rows{"Rows", lumo_type_kind_recordof, {mandatory(lumo_type_array_contained_type_c, inner)}};
-  Value v = make_root(rows, lumo_temp_alloc_c);
-  lumo_value_set_vector_empty(v, nullptr);
-  EXPECT_NE(fault_of([&] { lumo_value_get_integer(lumo_value_field_by_index(v, 3, nullptr), nullptr); }), "");
-  EXPECT_EQ(lumo_value_vector_size(v, nullptr), 0u) << "reading behind the end leaves the list";
-  Value element = lumo_value_field_by_index(v, 1, nullptr);
-  lumo_value_assign_vector_element(element, 0, integer(5), nullptr);
-  EXPECT_EQ(render(v), "{ -, { n := 5, s := omit } }");
-  lumo_value_set_integer(lumo_value_field_by_index_lhs(lumo_value_field_by_index(v, 0, nullptr), 0, nullptr),
-                         4, nullptr);
-  EXPECT_EQ(render(v), "{ { n := 4, s := omit }, { n := 5, s := omit } }");
-  EXPECT_EQ(lumo_value_try_field_by_index(v, 7, nullptr), lumo_omit_value_c);
-}
-
-TEST_F(Values, ArraysCountFromTheirBase) {
-  Value v = make_root(array, lumo_temp_alloc_c);
-  lumo_value_assign_vector_element_partial(v, 5, integer(1), nullptr);
-  lumo_value_assign_vector_element_partial(v, 7, integer(3), nullptr);
-  EXPECT_EQ(render(v), "{ 1, -, 3 }");
-  EXPECT_EQ(lumo_value_get_integer(lumo_value_field_by_index(v, 7, nullptr), nullptr), 3);
-  EXPECT_EQ(fault_of([&] { lumo_value_field_by_index(v, 8, nullptr); }),
-            "index 8 is outside of the array 'Array'");
-  EXPECT_EQ(fault_of([&] { lumo_value_field_by_index(v, 0, nullptr); }),
-            "index 0 is outside of the array 'Array'");
-  EXPECT_EQ(lumo_sizeoftype(v, nullptr), 3u);
-}
-
-TEST_F(Values, UnionsHoldOneAlternative) {
-  Value v = make_root(choice, lumo_temp_alloc_c);
-  EXPECT_EQ(lumo_value_union_index(v, nullptr), -1);
-  lumo_value_set_integer(lumo_value_set_union_alternative_by_index(v, 0, nullptr), 5, nullptr);
-  Value kept = lumo_value_set_union_alternative_by_index(v, 0, nullptr);
-  EXPECT_EQ(lumo_value_get_integer(kept, nullptr), 5) << "choosing again keeps the contents";
-  EXPECT_TRUE(lumo_ischosen(v, 0, nullptr));
-  lumo_value_set_integer(
-      lumo_value_field_by_index_lhs(lumo_value_set_union_alternative_by_index(v, 1, nullptr), 0, nullptr), 7,
-      nullptr);
-  EXPECT_EQ(render(v), "{ r := { n := 7, s := omit } }");
-  EXPECT_EQ(fault_of([&] { lumo_value_field_by_name(v, "i", nullptr); }),
-            "alternative 'i' of union 'Choice' is not chosen, but 'r'");
-}
-
-TEST_F(Values, SubtypesAreCheckedWhereTheyAreWritten) {
-  Value v = make_root(small, lumo_temp_alloc_c);
-  lumo_value_set_integer(v, 9, nullptr);
-  EXPECT_EQ(fault_of([&] { lumo_value_set_integer(v, 10, nullptr); }),
-            "value 10 does not belong to type 'Small'");
-  EXPECT_EQ(fault_of([&] { lumo_value_assign(v, integer(11), nullptr); }),
-            "value 11 does not belong to type 'Small'");
-  EXPECT_TRUE(lumo_type_check(small, integer(3), nullptr));
-  EXPECT_FALSE(lumo_type_check(small, integer(30), nullptr));
-  EXPECT_FALSE(lumo_type_check(small, text("x"), nullptr));
-  EXPECT_TRUE(lumo_type_check(small, lumo_omit_value_c, nullptr));
 }
 
 TEST_F(Values, UseBeforeInitializationIsAFault) {
@@ -213,47 +115,6 @@ TEST_F(Values, UseBeforeInitializationIsAFault) {
             "an integer is needed, not a value of type 'charstring'");
   EXPECT_EQ(fault_of([&] { lumo_value_assign(integer(1), text("x"), nullptr); }),
             "a value of type 'charstring' cannot be assigned to a value of type 'integer'");
-}
-
-TEST_F(Values, TextKindsAreConverted) {
-  Value wide = make_root(lumo_universal_charstring_type, lumo_temp_alloc_c);
-  lumo_value_assign(wide, text("abc"), nullptr);
-  EXPECT_TRUE(lumo_is_equal(wide, text("abc"), nullptr));
-  Value narrow = make_root(lumo_charstring_type, lumo_temp_alloc_c);
-  lumo_value_assign(narrow, wide, nullptr);
-  EXPECT_STREQ(lumo_value_get_charstring(narrow, nullptr), "abc");
-  Value c = make_root(lumo_char_type, lumo_temp_alloc_c);
-  lumo_value_assign(c, text("z"), nullptr);
-  EXPECT_EQ(lumo_value_get_char(c, nullptr), 'z');
-  EXPECT_NE(fault_of([&] { lumo_value_assign(c, text("zz"), nullptr); }), "");
-}
-
-TEST_F(Values, StringElements) {
-  Value v = text("abc");
-  EXPECT_EQ(render(lumo_value_string_element(v, 1, lumo_temp_alloc_c, nullptr)), "\"b\"");
-  lumo_value_assign_string_element(v, 1, text("X"), nullptr);
-  lumo_value_assign_string_element(v, 3, text("d"), nullptr);
-  EXPECT_EQ(render(v), "\"aXcd\"");
-  EXPECT_NE(fault_of([&] { lumo_value_assign_string_element(v, 9, text("d"), nullptr); }), "");
-  Value octets = value(lumo_octetstring_type, "'0102FF'O");
-  EXPECT_EQ(lumo_lengthof(octets, nullptr), 3u);
-  EXPECT_EQ(render(lumo_value_string_element(octets, 2, lumo_temp_alloc_c, nullptr)), "'FF'O");
-  lumo_value_assign_string_element(octets, 0, value(lumo_octetstring_type, "'AA'O"), nullptr);
-  EXPECT_EQ(render(octets), "'AA02FF'O");
-}
-
-TEST_F(Values, EqualityAndOrder) {
-  EXPECT_TRUE(lumo_is_equal(value(bag, "{ 1, 2, 2, 3 }"), value(bag, "{ 2, 3, 1, 2 }"), nullptr));
-  EXPECT_FALSE(lumo_is_equal(value(bag, "{ 1, 1, 2 }"), value(bag, "{ 1, 2, 2 }"), nullptr));
-  EXPECT_FALSE(lumo_is_equal(value(list, "{ 1, 2 }"), value(list, "{ 2, 1 }"), nullptr));
-  EXPECT_FALSE(lumo_is_equal(value(inner, "{ 1, omit }"), value(inner, "{ 1, \"\" }"), nullptr));
-  EXPECT_TRUE(lumo_is_equal(lumo_omit_value_c, lumo_omit_value_c, nullptr));
-  EXPECT_FALSE(lumo_is_equal(lumo_omit_value_c, integer(1), nullptr));
-  Value a = value(lumo_objectidentifier_type, "objid { 1 3 }"),
-        b = value(lumo_objectidentifier_type, "objid { 1 3 6 }");
-  EXPECT_TRUE(lumo_is_lesser(a, b, nullptr));
-  EXPECT_TRUE(lumo_is_greater(b, a, nullptr));
-  EXPECT_FALSE(lumo_is_greater(a, a, nullptr));
 }
 
 TEST_F(Values, ScopesEndTheirValues) {

@@ -1,9 +1,0 @@
-#include <stdio.h>
-#include "lumos.h"
-#include "Main.h"
-
-int main(int argc, char *argv[])
-{
-  lumo_run_test_suite(argc, argv, vexa_Main_register, lumo_root_control_part_c);
-  return true;
-}
