@@ -23,6 +23,9 @@ enum class t3_permutation_kind_t { No, HeadTail, Head, Body, Tail };
 
 enum class t3_port_kind_t { Message, Procedure, Mixed };
 
+/// What a template is taken for: a message, or a signature with the parameters of a call or of a reply.
+enum vexa_template_mode_t { vexa_template_plain, vexa_template_call, vexa_template_reply };
+
 enum class t3_template_restriction_t { None, Omit, Value, Present };
 
 enum class t3_verdict_t { Pass, Fail, Inconc, None, Error };

@@ -118,8 +118,8 @@ void CheckSignatureFields(T3Tree_Node* node) {
     if (T3Tree_Node* value = at->as<T3FieldValue>()->value; value->is<T3Omit>())
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(value), "'omit'",
                           "parameters in signature templates");
-  if (!IsModifying(InnermostTemplate()) && IsUndefined(compound, vexa_template_mode_t::Call) &&
-      IsUndefined(compound, vexa_template_mode_t::Reply))
+  if (!IsModifying(InnermostTemplate()) && IsUndefined(compound, vexa_template_call) &&
+      IsUndefined(compound, vexa_template_reply))
     vexa_filtered_error(ERR_template_underdefined, compound->position);
 }
 

@@ -163,41 +163,41 @@ void RefuseUndefined(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t
 }
 
 void CheckSending(T3Tree_Node* node) {
-  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Message);
-  g_uses.push_back({node, ValueOf(node), vexa_template_mode_t::Message, kStatusMatching, nullptr});
+  RefuseMatching(node, ValueOf(node), vexa_template_plain);
+  g_uses.push_back({node, ValueOf(node), vexa_template_plain, kStatusMatching, nullptr});
 }
 void CheckCall(T3Tree_Node* node) {
-  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Call);
+  RefuseMatching(node, ValueOf(node), vexa_template_call);
 }
 void CheckReply(T3Tree_Node* node) {
-  RefuseMatching(node, ValueOf(node), vexa_template_mode_t::Reply);
+  RefuseMatching(node, ValueOf(node), vexa_template_reply);
 }
 void CheckReturnTemplate(T3Tree_Node* node) {
-  RefuseUndefined(node, node->as<T3GetReplyStmt>()->return_template, vexa_template_mode_t::Message);
+  RefuseUndefined(node, node->as<T3GetReplyStmt>()->return_template, vexa_template_plain);
 }
 void CheckValueOf(T3Tree_Node* node) {
-  RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_mode_t::Message);
+  RefuseMatching(node, node->as<T3ValueOf>()->template_value, vexa_template_plain);
 }
 void CheckEncValue(T3Tree_Node* node) {
-  RefuseMatching(node, node->as<T3EncValue>()->template_value, vexa_template_mode_t::Message);
+  RefuseMatching(node, node->as<T3EncValue>()->template_value, vexa_template_plain);
 }
 void CheckAction(T3Tree_Node* node) {
-  RefuseMatching(node, node->as<T3SUTStmt>()->action, vexa_template_mode_t::Message);
+  RefuseMatching(node, node->as<T3SUTStmt>()->action, vexa_template_plain);
 }
 // What is sent goes to addresses, not to what would match them.
 void CheckRecipient(T3Tree_Node* node) {
   if (auto* single = node->try_as<T3RecipientSingle>())
-    RefuseMatching(node, single->recipient, vexa_template_mode_t::Message);
+    RefuseMatching(node, single->recipient, vexa_template_plain);
   else
-    RefuseMatching(node, node->as<T3AddressListItem>()->recipient, vexa_template_mode_t::Message);
+    RefuseMatching(node, node->as<T3AddressListItem>()->recipient, vexa_template_plain);
 }
 
 // What cannot be sent has had its message.
 void WarnOfActuals(T3Tree_Node* node, T3Tree_Node* value) {
   if (!IsKnown(value)) return;
-  const T3TemplateStatus status = CollectTemplateStatus(value, false, vexa_template_mode_t::Message);
+  const T3TemplateStatus status = CollectTemplateStatus(value, false, vexa_template_plain);
   if (status.value < kStatusMatching && !status.awaits_merge &&
-      CollectTemplateStatus(value, true, vexa_template_mode_t::Message).value >= kStatusMatching)
+      CollectTemplateStatus(value, true, vexa_template_plain).value >= kStatusMatching)
     WarnAt(node, kMayMatch);
 }
 
@@ -220,9 +220,9 @@ constexpr T3Rule kRules[] = {
 }  // namespace
 
 void CheckReceivedTemplate(T3Tree_Node* statement) {
-  const auto mode = statement->is<T3GetCallStmt>()    ? vexa_template_mode_t::Call
-                    : statement->is<T3GetReplyStmt>() ? vexa_template_mode_t::Reply
-                                                      : vexa_template_mode_t::Message;
+  const auto mode = statement->is<T3GetCallStmt>()    ? vexa_template_call
+                    : statement->is<T3GetReplyStmt>() ? vexa_template_reply
+                                                      : vexa_template_plain;
   if (statement->is<_T3TemplatePortStmt>()) RefuseUndefined(statement, ValueOf(statement), mode);
 }
 

@@ -41,13 +41,13 @@ struct Collection {
 bool FieldValueIsRelevant(T3Tree_Node* par, vexa_template_mode_t mode) {
   auto* typed = T3Is<_T3TypedFormal>(par) ? par->as<_T3TypedFormal>() : nullptr;
   if (typed == nullptr) return false;
-  return typed->pass != (mode == vexa_template_mode_t::Call ? t3_par_pass_t::Out : t3_par_pass_t::In);
+  return typed->pass != (mode == vexa_template_call ? t3_par_pass_t::Out : t3_par_pass_t::In);
 }
 
 int Collection::OfCompound(T3CompoundValue* compound) {
   T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
-  if (whole != nullptr && mode != vexa_template_mode_t::Message) {
+  if (whole != nullptr && mode != vexa_template_plain) {
     const std::vector<T3Tree_Node*> parameters = MembersOf(whole);
     const auto values = ValuesByPlace(PartsOf(compound, whole), parameters.size());
     for (size_t i = 0; i < parameters.size(); ++i) {

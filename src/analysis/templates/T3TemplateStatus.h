@@ -9,9 +9,6 @@ inline constexpr int kStatusReference = 1;
 inline constexpr int kStatusMatching = 2;
 inline constexpr int kStatusUndefined = 3;
 
-/// The parameters that an operation on a signature uses.
-enum class vexa_template_mode_t { Message, Call, Reply };
-
 struct T3TemplateStatus {
   int value = kStatusPlain;
   /// Something that modifies another template has not been merged yet, and counts as a reference: which

@@ -2,6 +2,7 @@
 // these; other rooms read them, and set what is said to be theirs.
 #pragma once
 
+#include <ctime>
 #include <map>
 #include <set>
 #include <string>
@@ -20,7 +21,7 @@ inline T3ModuleDeps& gT3ModuleDeps = *new T3ModuleDeps;
 
 /// The source file being parsed, by the name of the command line, and when it was last changed.
 inline tIdent gCurrentFilename = NoIdent;
-inline long gCurrentFileModificationTime = 0;
+inline time_t gCurrentFileModificationTime = 0;
 
 /// True once any port's type list is `all`; set by the parser, holds for the whole run.
 inline bool gT3IsPortAllTypes = false;

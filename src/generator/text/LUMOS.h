@@ -8,9 +8,6 @@
 
 #include "frontend/T3Tree.h"
 
-/// How a template stands in a communication operation.
-enum vexa_template_mode_t { vexa_template_plain, vexa_template_call, vexa_template_reply };
-
 /// "_line_column".
 std::string PositionSuffix(const tPosition& position);
 
