@@ -212,7 +212,7 @@ void resetTemplateDependencies() {
 
 void EnterDependencies(T3Tree_Node* decl) {
   g_graphs.orders_kept = false;
-  const bool at_module_level = decl->as<_T3DeclList>()->attr().vexa_place == 1;
+  const bool at_module_level = decl->as<_T3DeclList>()->attr().vexa_place == kAtModuleLevel;
   if (decl->is<T3TypeDecl>() || (decl->is<_T3InstanceValueDecl>() && at_module_level))
     EnterConstant(decl);
   else if (decl->is<_T3InstanceValueDecl>())

@@ -105,7 +105,7 @@ void RecordUse(T3Tree_Node* reference) {
   T3Tree_Node* owner = reference->place != nullptr ? reference->place->top_scope_owner : nullptr;
   if (!T3Is<_T3Decl>(def) || owner == nullptr || def == owner) return;
   if (IsAnytype(def)) RecordAnytype(reference, owner);
-  if (def->as<_T3Decl>()->attr().vexa_place != 1) return;
+  if (def->as<_T3Decl>()->attr().vexa_place != kAtModuleLevel) return;
   AddAntiDependency(def, owner);
   T3Tree_Node* declared = IsImportDecl(def) ? def->as<_T3ImportDecl>()->attr().def_aux : def;
   if (declared != nullptr) Append(DepDecls(owner), declared);

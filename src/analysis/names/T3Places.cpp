@@ -14,8 +14,6 @@ constexpr int kMaximumAliases = 1000;
 // In bytes.
 constexpr ptrdiff_t kAhead = 8192;
 
-// Values of vexa_place: where a list of declarations or parameters stands.
-enum ListPlace { kModuleLevel = 1, kComponent = 2, kBehaviour = 3, kParameters = 5, kTemplateParameters = 6 };
 
 class PlaceWalk {
  public:
@@ -204,7 +202,7 @@ void PlaceWalk::PushNextModuleDecl() {
     return PushElement(parent, slot, node, place);
   }
   rest = {decl->next, decl, SlotOf(decl, decl->next), place};
-  decl->attr().vexa_place = kModuleLevel;
+  decl->attr().vexa_place = kAtModuleLevel;
   // Nothing below an import statement asks for its owner.
   T3Place* own = place;
   if (!decl->is<_T3ImportDecl>()) {
@@ -338,7 +336,7 @@ void PlaceWalk::VisitTypeDecl(T3TypeDecl* decl, T3Place* place) {
 void PlaceWalk::VisitTemplate(T3TemplateDecl* decl, T3Place* place) {
   T3Place* inner = WithScope(place, RegisterParameters(decl->fpl));
   if (T3Is<T3Module>(place->vexa_owner)) inner->vexa_owner = decl;
-  PushParameters(decl, decl->fpl, inner, kTemplateParameters);
+  PushParameters(decl, decl->fpl, inner, kAsTemplateParameters);
   Push(decl, decl->definition, inner);
   Push(decl, decl->with_spec, place);
 }
@@ -363,7 +361,7 @@ void PlaceWalk::VisitFunction(_T3FunctionDecl* decl, T3Place* place) {
   T3Place* inner = Copy(outer);
   if (component->is<T3ComponentType>()) inner->env = ComponentScope(component);
   AddScope(inner, RegisterParameters(decl->fpl));
-  PushParameters(decl, decl->fpl, inner, kParameters);
+  PushParameters(decl, decl->fpl, inner, kAsParameters);
   if (decl->is<_T3FunctionBodyDecl>()) VisitBody(decl->as<_T3FunctionBodyDecl>(), inner);
 }
 
@@ -379,7 +377,7 @@ void PlaceWalk::VisitBody(_T3FunctionBodyDecl* decl, T3Place* place) {
   T3Place* inner = WithScope(place, map);
   inner->labelEnv = LabelsOf(_sgT3NoEnv(), decl->body);
   inner->vexa_enclosing_block = decl;
-  if (altstep != nullptr) PushDecls(decl, altstep->decls, inner, kBehaviour);
+  if (altstep != nullptr) PushDecls(decl, altstep->decls, inner, kInBehaviour);
   PushStatements(decl, decl->body, inner);
 }
 
@@ -414,7 +412,7 @@ bool PlaceWalk::VisitType(T3Tree_Node* node, T3Place* place) {
   T3Place* inner = Copy(place);
   inner->vexa_owner = node;
   if (auto* signature = node->try_as<T3SignatureType>()) {
-    PushParameters(signature, signature->fpl, inner, kParameters);
+    PushParameters(signature, signature->fpl, inner, kAsParameters);
     Push(signature, signature->exceptions, inner);
     Push(signature, signature->return_type, inner);
   } else {
@@ -427,13 +425,13 @@ void PlaceWalk::VisitComponent(T3ComponentType* type, T3Place* place) {
   Push(type, type->extends, place);
   T3Place* inner = WithScope(place, RegisterList(type->decls));
   inner->vexa_owner = type;
-  PushDecls(type, type->decls, inner, kComponent);
+  PushDecls(type, type->decls, inner, kInComponent);
 }
 
 // The kinds of statements that change places below them; false for the others.
 bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
   if (auto* decl = node->try_as<T3DeclStmt>()) {
-    PushDecls(decl, decl->decl, place, kBehaviour);
+    PushDecls(decl, decl->decl, place, kInBehaviour);
     return true;
   }
   if (node->is<T3ForStmt>()) {

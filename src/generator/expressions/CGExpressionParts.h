@@ -76,9 +76,6 @@ struct Callee {
   std::string type;
 };
 Callee CalleeOf(T3Tree_Node* decl);
-/// The place of a reference in a template in line that stands for one of the arguments of its functions.
-inline constexpr int kPassedToTemplate = 7;
-
 /// False for a qualifier that names a declaration of another module, or an enumeration value.
 bool IsField(T3Qualifier* node);
 /// What a field is a part of: a module before the name of a type in `anytype` is none.

@@ -15,12 +15,9 @@ namespace {
 bool g_via_symbol_table = false;
 T3TemplateDecl* g_template_of_block = nullptr;
 
-// Where a declaration stands, as the analysis numbers it.
-enum Place { kModuleLevel = 1, kComponent = 2 };
-
 // Templates of blocks have no row.
 bool HasRow(T3Tree_Node* decl) {
-  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kModuleLevel;
+  return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kAtModuleLevel;
 }
 
 std::string RowOf(T3Tree_Node* decl) {
@@ -78,16 +75,16 @@ std::string AccessNamedEntity(T3Tree_Node* decl) {
 
 namespace {
 int PlaceOf(T3Tree_Node* decl) {
-  return decl->is<_T3ImportDecl>() ? kModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
+  return decl->is<_T3ImportDecl>() ? kAtModuleLevel : decl->as<_T3DeclList>()->attr().vexa_place;
 }
 
 // What a declaration means: an object of the module, the component's, or one of the behaviour.
 std::string LocationOf(T3Tree_Node* decl) {
   const int place = PlaceOf(decl);
-  if (place == kModuleLevel) return AccessNamedEntity(decl);
+  if (place == kAtModuleLevel) return AccessNamedEntity(decl);
   // A local has its variable by the statement that declares it, and a component's while it is being made.
   if (HasRTSLocation(decl)) return RTSLocation(decl);
-  if (place == kComponent)
+  if (place == kInComponent)
     return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
   NotSupported(decl);
 }
@@ -101,7 +98,7 @@ std::string FoundByName(T3Tree_Node* def) {
          own = own->as<_T3FormalPar>()->next)
       if (own == def) return "";
     name = formal->name;
-  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kComponent) {
+  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent) {
     name = def->as<_T3Decl>()->name;
   }
   if (name == NoIdent) return "";

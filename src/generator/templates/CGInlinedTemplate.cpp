@@ -27,7 +27,7 @@ bool IsLocal(T3Tree_Node* def) {
   if (T3Is<_T3FormalPar>(def)) return true;
   // A template of a block that has its value where it is declared.
   if (T3Is<T3TemplateDecl>(def)) return HasRTSLocation(def);
-  return (T3Is<T3VarDecl>(def) || T3Is<T3ConstDecl>(def)) && def->as<_T3DeclList>()->attr().vexa_place > 1;
+  return (T3Is<T3VarDecl>(def) || T3Is<T3ConstDecl>(def)) && def->as<_T3DeclList>()->attr().vexa_place > kAtModuleLevel;
 }
 
 bool IsFunctionCall(T3Tree_Node* node) {
@@ -94,7 +94,7 @@ class References {
   void Mean(T3Tree_Node* reference, const std::string& text) {
     const Passed passed = PassedNode(reference);
     before_.push_back({passed, *passed.place, *passed.text});
-    *passed.place = cg::kPassedToTemplate;
+    *passed.place = kPassedToTemplate;
     *passed.text = gT3AST.KeepText(text);
   }
   References(const References&) = delete;
@@ -205,7 +205,7 @@ T3TemplateDecl* Explicification(T3TemplateDef* definition, const std::vector<Loc
   auto* decl = gT3AST.mT3TemplateDecl(definition->position, _sgT3NoDecl(), gIdents.MakeIdent(name),
                                       _sgT3NoWith(), formals, definition);
   decl->place = definition->place;
-  decl->attr().vexa_place = 3;
+  decl->attr().vexa_place = kInBehaviour;
   {
     const References arguments(references);
     CGTemplateWorker(decl);

@@ -133,7 +133,7 @@ void CGTemplateWorker(T3TemplateDecl* decl) {
 void CGTemplate(T3Tree_Node* node) {
   auto* decl = node->as<T3TemplateDecl>();
   CGTemplateWorker(decl);
-  if (decl->attr().vexa_place == 1)
+  if (decl->attr().vexa_place == kAtModuleLevel)
     CGSymTabAddEntry({Quote(decl->name), LUMO_SYMTAB_KIND_USERDEFINED_TYPE,
                       "&(" + VEXATemplateTypeStructName(decl) + ")"});
 }

@@ -358,7 +358,7 @@ std::string VEXATemplateConstName(T3Tree_Node* decl) {
   if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_template";
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   auto* local = decl->as<T3TemplateDecl>();
-  const std::string suffix = local->attr().vexa_place > 1 ? PositionSuffix(local->position) : std::string();
+  const std::string suffix = local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
   return "vexa_" + Qualified(decl) + suffix + "_local_template";
 }
 
