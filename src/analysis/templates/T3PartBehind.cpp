@@ -94,9 +94,9 @@ std::unordered_map<T3Tree_Node*, T3Tree_Node*> ActualsOf(T3TemplateDecl* decl, T
     auto* given = T3Is<T3ActualPar>(at) ? at->as<T3ActualPar>() : nullptr;
     if (given != nullptr) at = given->next;
     const bool has_value = given != nullptr && !given->expression->is<T3NotUsedSymbol>();
-    T3Tree_Node* value = has_value                    ? given->expression
+    T3Tree_Node* value = has_value                   ? given->expression
                          : par->is<_T3TypedFormal>() ? par->as<_T3TypedFormal>()->default_value
-                                                      : nullptr;
+                                                     : nullptr;
     if (value != nullptr) value = ConstraintOf(value);
     if (IsExpression(value)) actuals[par] = value;
   }

@@ -73,6 +73,25 @@ T3CompoundValue* MakeCompound(T3CompoundValue* model, T3Tree_Node* type, const s
   return result;
 }
 
+// What is written in the place of a part, over a template that is called or is known at run time only: a
+// definition that modifies it.
+T3TemplateDef* MakeModification(T3Tree_Node* reference, T3Tree_Node* constraint, T3Tree_Node* written) {
+  const T3TypeViews views{ExpressionLocalType(written), ExpressionBaseType(written)};
+  const tPosition position = PositionOf(written);
+  auto* modified = Typed(gT3AST.mT3TemplateReference(position, reference), views, written);
+  auto* definition =
+      Typed(gT3AST.mT3TemplateDef(position, gT3NoType, constraint, modified, t3_template_restriction_t::None),
+            views, written);
+  definition->cold().merged_constraint = constraint;
+  return definition;
+}
+
+T3TemplateDef* MakeModificationAtRunTime(T3Tree_Node* reference, T3Tree_Node* changes) {
+  T3TemplateDef* definition = MakeModification(reference, changes, changes);
+  definition->cold().requires_explicification = true;
+  return definition;
+}
+
 T3Tree_Node* NameOf(T3Tree_Node* member, T3CompoundValue* model) {
   const tIdent name =
       T3Is<T3FieldType>(member) ? member->as<T3FieldType>()->name : member->as<_T3FormalPar>()->name;
@@ -103,14 +122,23 @@ bool IsAny(T3Tree_Node* constraint) {
   return constraint->is<T3AnyValue>() || constraint->is<T3AnyOrOmit>();
 }
 
-using Actuals = std::unordered_map<T3Tree_Node*, T3Tree_Node*>;
+// The constraint of another template, unless it depends on what is given for its parameters.
+T3Tree_Node* ConstraintToMerge(T3TemplateDecl* decl, T3Parameterization*) {
+  const bool is_known = !T3Is<_T3FormalPar>(decl->fpl) && decl->definition->is<T3TemplateDef>();
+  return is_known && g_depth < kMaxDepth ? MergedConstraint(decl->definition) : nullptr;
+}
 
-T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals);
+// The same with parameters, which may stand for anything.
+T3Tree_Node* ConstraintOfAny(T3TemplateDecl* decl, T3Parameterization*) {
+  const bool is_known = decl->definition->is<T3TemplateDef>() && g_depth < kMaxDepth;
+  return is_known ? MergedConstraint(decl->definition) : nullptr;
+}
 
-// The constraint of another template, with what is given for its parameters.
-T3Tree_Node* ConstraintToMerge(T3TemplateDecl* decl, T3Parameterization* call) {
-  if (g_depth >= kMaxDepth || !decl->definition->is<T3TemplateDef>()) return nullptr;
-  return WithActuals(MergedConstraint(decl->definition), ActualsOf(decl, call));
+// The template that is named or called; null for anything else.
+T3TemplateDecl* TemplateOf(T3Tree_Node* reference) {
+  auto* call = reference->try_as<T3Parameterization>();
+  T3TemplateDecl* decl = TemplateNamed(call == nullptr ? reference : call->base);
+  return decl != nullptr && decl->definition->is<T3TemplateDef>() ? decl : nullptr;
 }
 
 bool IsList(T3CompoundValue* compound) {
@@ -243,13 +271,27 @@ T3Tree_Node* SubstituteAllNotUsedNodes(T3Tree_Node* constraint, T3Kind wildcard)
   return constraint;
 }
 
-// What is only known when the suite runs gives way as a whole.
-T3Tree_Node* ReplaceUnknown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
+// What is only known when the suite runs is modified there.
+T3Tree_Node* MergeUnknown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
   if (!base->is<_T3Reference>()) return derived;
   if (type->is<T3UnionType>()) WarnAt(derived, ERR_type_template_modifies_nonconst_union.text);
   if (type->is<_T3HomogeneousType>())
     WarnAt(derived, ERR_type_template_modifies_nonconst_homogeneous_type.text);
-  return derived;
+  return MakeModificationAtRunTime(base, derived);
+}
+
+// A part that is a template with arguments: its constraint is merged apart, since its parameters mean these
+// arguments.
+T3Tree_Node* MergeCall(T3Tree_Node* reference, T3TemplateDecl* decl, T3CompoundValue* derived) {
+  return MakeModification(reference, MergeConstraints(MergedConstraint(decl->definition), derived), derived);
+}
+
+// What has been modified already is modified once more.
+T3Tree_Node* MergeModified(T3TemplateDef* modified, T3CompoundValue* derived) {
+  T3Tree_Node* reference = modified->modifies->as<T3TemplateReference>()->reference;
+  T3Tree_Node* merged = MergeConstraints(modified->constraint, derived);
+  if (IsModifiedAtRunTime(modified)) return MakeModificationAtRunTime(reference, merged);
+  return MakeModification(reference, merged, derived);
 }
 
 T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node* type) {
@@ -258,7 +300,9 @@ T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node
     return MergeCompoundValues(expanded, derived, type);
   if (IsAny(base)) return SubstituteAllNotUsedNodes(derived, base->kind);
   if (auto* kept = base->try_as<T3CompoundValue>()) return MergeCompoundValues(kept, derived, type);
-  return ReplaceUnknown(base, derived, type);
+  if (auto* modified = base->try_as<T3TemplateDef>()) return MergeModified(modified, derived);
+  T3TemplateDecl* called = base->is<_T3Reference>() && g_depth < kMaxDepth ? TemplateOf(base) : nullptr;
+  return called != nullptr ? MergeCall(base, called, derived) : MergeUnknown(base, derived, type);
 }
 
 // What matches several values takes the place of a wildcard as a whole.
@@ -268,118 +312,10 @@ T3Tree_Node* MergeMatching(T3Tree_Node* base, T3Tree_Node* derived) {
   return IsAny(base) ? SubstituteAllNotUsedNodes(derived, base->kind) : derived;
 }
 
-// ---- Parameters ----
-
-T3Tree_Node* FieldsWithActuals(T3CompoundValue* compound, const Actuals& actuals) {
-  std::vector<Item> items;
-  bool changed = false;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* element = at->as<T3FieldValue>();
-    T3Tree_Node* value = WithActuals(element->value, actuals);
-    changed = changed || value != element->value;
-    items.push_back({element->field, value, element->attr().def, element->permutation_kind});
-  }
-  return changed ? MakeCompound(compound, GetAddressBaseType(ExpressionBaseType(compound)), items) : compound;
-}
-
-T3Tree_Node* ActualFor(T3Tree_Node* node, const Actuals& actuals) {
-  if (!node->is<T3Identifier>()) return nullptr;
-  const auto actual = actuals.find(DefQuietly(node));
-  return actual == actuals.end() ? nullptr : actual->second;
-}
-
-// The part of a compound value that a field or an element of a parameter means; null where that is not
-// written.
-T3Tree_Node* PartOf(T3Tree_Node* actual, T3Tree_Node* reference) {
-  auto* compound = actual->try_as<T3CompoundValue>();
-  const bool selects = reference->is<T3Qualifier>() || reference->is<T3Subscription>();
-  return compound == nullptr || !selects ? nullptr : SelectedPart(compound, reference);
-}
-
-// What takes the place of a parameter in an expression, and the node in whose place it comes: the parameter,
-// or a field of it where a compound value has been given.
-struct Replacement {
-  T3Tree_Node* place;
-  T3Tree_Node* value;
-};
-
-Replacement ReplacementFor(T3Tree_Node* parameter, T3Tree_Node* actual) {
-  Replacement result{parameter, actual};
-  for (;;) {
-    T3Tree_Node* part =
-        result.place->parent == nullptr ? nullptr : PartOf(result.value, result.place->parent);
-    if (part == nullptr) return result;
-    result = {result.place->parent, part};
-  }
-}
-
-// What matches several values takes the place of a template, a field or a member of a list only, and what has
-// no name has neither fields nor elements.
-bool CanTakePlace(const Replacement& replacement) {
-  T3Tree_Node* parent = replacement.place->parent;
-  auto* whole = parent == nullptr ? nullptr : parent->try_as<_T3Qualification>();
-  if (whole != nullptr && whole->base == replacement.place) return replacement.value->is<_T3Reference>();
-  return IsRvalue(replacement.value) || parent == nullptr || parent->is<T3TemplateDef>() ||
-         parent->is<T3FieldValue>() || parent->is<T3ValueListItem>();
-}
-
-// The parameters in an expression, as far as they can be replaced; none where one cannot, or where something
-// in it has to be merged by itself.
-std::vector<Replacement> ReplaceableIn(T3Tree_Node* expression, const Actuals& actuals) {
-  std::vector<Replacement> found;
-  bool passed = true;
-  ForEachInSubtree(expression, [&](T3Tree_Node* node) {
-    if (auto* definition = node->try_as<T3TemplateDef>())
-      passed = passed && !definition->modifies->is<T3TemplateReference>();
-    if (T3Tree_Node* actual = ActualFor(node, actuals)) {
-      found.push_back(ReplacementFor(node, actual));
-      passed = passed && CanTakePlace(found.back());
-    }
-    return passed && !node->is<_T3Type>();
-  });
-  if (!passed) found.clear();
-  return found;
-}
-
-// What is computed from parameters: a copy of the expression, computed from what was given for them.
-T3Tree_Node* ComputedWithActuals(T3Tree_Node* expression, const Actuals& actuals) {
-  if (expression->place == nullptr || ReplaceableIn(expression, actuals).empty()) return expression;
-  T3Tree_Node* copy = gT3AST.CopyT3Tree(expression);
-  SetPlacesLike(copy, expression);
-  InferExpression(copy, T3Candidates(ExpressionLocalType(expression), ExpressionBaseType(expression)), false);
-  for (const Replacement& replacement : ReplaceableIn(copy, actuals)) {
-    if (replacement.place == copy) return replacement.value;
-    ReplaceChild(replacement.place, replacement.value);
-  }
-  return copy;
-}
-
-// A constraint with what was given for the parameters that stand in it.
-T3Tree_Node* WithActuals(T3Tree_Node* constraint, const Actuals& actuals) {
-  if (actuals.empty()) return constraint;
-  if (auto* compound = constraint->try_as<T3CompoundValue>()) return FieldsWithActuals(compound, actuals);
-  if (T3Tree_Node* actual = ActualFor(constraint, actuals)) return actual;
-  if (constraint->is<T3Identifier>() || constraint->is<_T3LiteralExpression>() || HasFailed(constraint))
-    return constraint;
-  return ComputedWithActuals(constraint, actuals);
-}
-
 // ---- Chains ----
 
-// What a definition modifies; null where that is none that is known.
-T3TemplateDecl* ModifiedBy(T3TemplateDef* definition) {
-  auto* modifies = definition->modifies->try_as<T3TemplateReference>();
-  if (modifies == nullptr || ExpressionBaseType(definition)->is<T3ErrorType>()) return nullptr;
-  T3Tree_Node* reference = modifies->reference;
-  if (auto* call = reference->try_as<T3Parameterization>()) reference = call->base;
-  T3Tree_Node* decl = DefQuietly(reference);
-  return T3Is<T3TemplateDecl>(decl) && decl->as<T3TemplateDecl>()->definition->is<T3TemplateDef>()
-             ? decl->as<T3TemplateDecl>()
-             : nullptr;
-}
-
 T3TemplateDef* DefinitionModifiedBy(T3TemplateDef* definition) {
-  T3TemplateDecl* decl = ModifiedBy(definition);
+  T3TemplateDecl* decl = ModifiedTemplate(definition);
   return decl == nullptr ? nullptr : decl->definition->as<T3TemplateDef>();
 }
 
@@ -387,15 +323,15 @@ T3Tree_Node* KnownMerge(T3TemplateDef* definition) {
   return definition->attributes == nullptr ? nullptr : definition->cold().merged_constraint;
 }
 
-// What a definition modifies that is no template, such as a constant or a part of one of them. What is known
-// only when the suite runs cannot be merged.
+// What a definition modifies that is no template, such as a constant or a part of one of them; null where it
+// is not known. A variable cannot be modified.
 T3Tree_Node* OtherBaseOf(T3TemplateDef* definition) {
   auto* modifies = definition->modifies->try_as<T3TemplateReference>();
   if (modifies == nullptr || HasFailed(modifies->reference) ||
       ExpressionBaseType(definition)->is<T3ErrorType>())
     return nullptr;
   T3Tree_Node* base = PartBehind(modifies->reference, ConstraintToMerge);
-  if (!base->is<_T3Reference>()) return base;
+  if (!base->is<_T3Reference>() || PartBehind(base, ConstraintOfAny) != base) return base;
   if (definition->constraint->is<T3CompoundValue>())
     vexa_filtered_error(ERR_invalid_in_template, PositionOf(modifies->reference));
   return nullptr;
@@ -403,16 +339,26 @@ T3Tree_Node* OtherBaseOf(T3TemplateDef* definition) {
 
 // One link of a chain: the constraint that was written, over that of what it modifies.
 void MergeLink(T3TemplateDef* definition, T3Tree_Node* base) {
-  if (base != nullptr) {
-    T3TemplateDecl* decl = ModifiedBy(definition);
-    T3Tree_Node* reference = definition->modifies->as<T3TemplateReference>()->reference;
-    auto* call = reference->try_as<T3Parameterization>();
-    if (decl != nullptr && call != nullptr) base = WithActuals(base, ActualsOf(decl, call));
-    definition->constraint = MergeConstraints(base, definition->constraint);
-  }
+  if (base != nullptr) definition->constraint = MergeConstraints(base, definition->constraint);
   definition->cold().merged_constraint = definition->constraint;
 }
 }  // namespace
+
+T3TemplateDecl* ModifiedTemplate(T3TemplateDef* definition) {
+  auto* modifies = definition->modifies->try_as<T3TemplateReference>();
+  if (modifies == nullptr || ExpressionBaseType(definition)->is<T3ErrorType>()) return nullptr;
+  return TemplateOf(modifies->reference);
+}
+
+T3Tree_Node* ActualsForModified(T3TemplateDef* definition) {
+  auto* modifies = definition->modifies->try_as<T3TemplateReference>();
+  auto* call = modifies == nullptr ? nullptr : modifies->reference->try_as<T3Parameterization>();
+  return call == nullptr ? nullptr : call->apl;
+}
+
+bool IsModifiedAtRunTime(T3TemplateDef* definition) {
+  return definition->attributes != nullptr && definition->cold().requires_explicification;
+}
 
 T3Tree_Node* MergeConstraints(T3Tree_Node* base, T3Tree_Node* derived) {
   if (derived->is<T3NotUsedSymbol>()) return base;
@@ -421,7 +367,7 @@ T3Tree_Node* MergeConstraints(T3Tree_Node* base, T3Tree_Node* derived) {
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(changed));
   if (type->is<T3ErrorType>()) return derived;
   T3Tree_Node* merged = MergeKnown(PartBehind(base, ConstraintToMerge), changed, type);
-  if (merged != derived) ReplaceSubtyped(derived, merged);
+  if (merged != derived && merged->is<T3CompoundValue>()) ReplaceSubtyped(derived, merged);
   return merged;
 }
 

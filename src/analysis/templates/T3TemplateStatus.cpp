@@ -1,6 +1,7 @@
 #include "analysis/templates/T3TemplateStatus.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "analysis/types/T3References.h"
@@ -26,10 +27,14 @@ struct Collection {
   int depth = 0;
   bool awaits_merge = false;
   bool is_cut_off = false;
+  /// What was given for the template parameters of templates that are modified.
+  std::unordered_map<T3Tree_Node*, T3Tree_Node*> given = {};
 
   int Of(T3Tree_Node* node);
   int OfDecl(T3TemplateDecl* decl);
   int OfDefinition(T3TemplateDef* definition);
+  int OfParameter(T3Tree_Node* formal);
+  void NoteGiven(T3TemplateDef* definition);
   int OfReference(T3Tree_Node* reference);
   int OfPart(_T3Qualification* part);
   int OfCall(T3Parameterization* call);
@@ -98,7 +103,7 @@ bool IsPart(T3Tree_Node* reference) {
 // A name, a call, or a part of what they stand for.
 int Collection::OfReference(T3Tree_Node* reference) {
   T3Tree_Node* def = DefQuietly(reference);
-  if (T3Is<T3FormalTemplatePar>(def)) return kStatusReference;
+  if (T3Is<T3FormalTemplatePar>(def)) return OfParameter(def);
   if (T3Is<T3TemplateDecl>(def)) return OfDecl(def->as<T3TemplateDecl>());
   if (auto* call = reference->try_as<T3Parameterization>()) return OfCall(call);
   return IsPart(reference) ? OfPart(reference->as<_T3Qualification>()) : kStatusPlain;
@@ -139,7 +144,33 @@ int Collection::OfDefinition(T3TemplateDef* definition) {
     awaits_merge = true;
     return kStatusReference;
   }
-  return Of(definition->constraint);
+  if (!definition->modifies->is<T3TemplateReference>()) return Of(definition->constraint);
+  const auto outside = given;
+  NoteGiven(definition);
+  const int status = std::max(Of(definition->constraint), kStatusReference);
+  given = outside;
+  return status;
+}
+
+// The parameter of a template that is modified is what was given for it there.
+int Collection::OfParameter(T3Tree_Node* formal) {
+  const auto actual = given.find(formal);
+  return actual == given.end() ? kStatusReference : std::max(Of(actual->second), kStatusReference);
+}
+
+// Along the chain, whose arguments may be parameters of one that is nearer.
+void Collection::NoteGiven(T3TemplateDef* definition) {
+  T3NodeSet seen;
+  while (seen.insert(definition).second) {
+    T3TemplateDecl* decl = ModifiedTemplate(definition);
+    if (decl == nullptr) return;
+    T3Tree_Node* actual = ActualsForModified(definition);
+    T3Tree_Node* formal = decl->fpl;
+    for (; T3Is<T3ActualPar>(actual) && T3Is<_T3FormalPar>(formal);
+         formal = formal->as<_T3FormalPar>()->next, actual = actual->as<T3ActualPar>()->next)
+      given[formal] = actual->as<T3ActualPar>()->expression;
+    definition = decl->definition->as<T3TemplateDef>();
+  }
 }
 
 int Collection::Of(T3Tree_Node* node) {

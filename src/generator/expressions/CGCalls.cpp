@@ -115,6 +115,10 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
   return CGActualParameterList1(actuals, formals, has_result, true, function);
 }
 
+std::string CGArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
+  return Argument(actual, formal, true, function);
+}
+
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals,
                                              CFunction& function) {
   return CGActualParameterList1(actuals, formals, false, false, function);

@@ -9,6 +9,7 @@
 #include "generator/text/CGLiteralTable.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
+#include "generator/templates/CGTemplate.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
@@ -128,6 +129,14 @@ const char* PassedToTemplate(T3Tree_Node* node) {
   return call != nullptr && call->cold().vexa_id_place == kPassedToTemplate
              ? call->cold().template_special_rts_loc
              : nullptr;
+}
+
+// What stands in the place of a part of a template that is modified.
+void Modification(T3TemplateDef* definition, vexa_allocation_mode_t allocation, CFunction& function) {
+  const std::string made = CGInlinedTemplate(definition, vexa_template_plain, function);
+  StoreRTS(definition, cg::IsTemplateMode()
+                           ? made
+                           : cg::Call(LUMO_VALUEOF, {made, AllocationMode(allocation), VEXA_CONTEXT}));
 }
 
 void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
@@ -273,6 +282,8 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocatio
   if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
   if (node->is<T3NotUsedSymbol>()) return StoreRTS(node, LUMO_NOT_USED_VALUE_C);
   if (auto* definition = node->try_as<T3TemplateDef>()) {
+    if (definition->modifies->is<T3TemplateReference>())
+      return Modification(definition, allocation, function);
     CGExpression(definition->constraint, mode, allocation, function);
     return wants_c ? StoreC(node, CLocation(definition->constraint))
                    : StoreRTS(node, RTSLocation(definition->constraint));
@@ -291,7 +302,8 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocatio
 
 void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function) {
   if (rhs == nullptr || rhs->is<T3NotUsedSymbol>()) return;
-  if (auto* definition = rhs->try_as<T3TemplateDef>()) rhs = definition->constraint;
+  auto* definition = rhs->try_as<T3TemplateDef>();
+  if (definition != nullptr && !definition->modifies->is<T3TemplateReference>()) rhs = definition->constraint;
   if (rhs->is<T3CompoundValue>() && !HasRTSLocation(rhs)) {
     // The target is filled in place.
     StoreRTS(rhs, target);

@@ -64,7 +64,10 @@ bool IsInfinityExpression(T3Tree_Node* node) {
 }
 
 bool HoldsTemplate(T3Tree_Node* node) {
-  if (auto* definition = node->try_as<T3TemplateDef>()) node = definition->constraint;
+  if (auto* definition = node->try_as<T3TemplateDef>()) {
+    if (definition->modifies->is<T3TemplateReference>()) return true;
+    node = definition->constraint;
+  }
   if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>() || node->is<T3LengthRange>())
     return true;
   if (auto* compound = node->try_as<T3CompoundValue>()) return HoldsInList(compound->value);

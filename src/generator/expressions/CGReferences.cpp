@@ -109,7 +109,8 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
   T3Tree_Node* def = Def(node);
   if (T3Is<_T3FormalPar>(def)) {
     const int index = def->as<_T3FormalPar>()->attr().vexa_index;
-    const std::string found = FoundByName(def);
+    // The parameter of a template that is modified has a place of its own.
+    const std::string found = HasRTSLocation(def) ? RTSLocation(def) : FoundByName(def);
     const std::string slot =
         found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
     const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();

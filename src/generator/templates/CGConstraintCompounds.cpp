@@ -19,6 +19,8 @@ std::string Name(tIdent name) {
 void TestPart(const std::string& access, const std::string& name, T3Tree_Node* constraint, T3Tree_Node* type,
               const CGTest& test, CFunction& function) {
   if (constraint->is<T3NotUsedSymbol>() || constraint->is<T3AnyOrOmit>()) return;
+  // Parts of one template may be taken over for several parts of another.
+  const CGStatementScope scope(function);
   CGTest inner = test;
   inner.value = function.getTmpVariable(LUMO_VALUE_T);
   inner.field += name;

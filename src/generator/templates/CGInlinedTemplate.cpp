@@ -11,6 +11,8 @@
 #include "generator/expressions/CGModes.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"
+#include "generator/behaviour/CGStatement.h"
+#include "generator/templates/CGInheritedArguments.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/templates/CGTemplateParts.h"
 #include "generator/text/CGTypeAccess.h"
@@ -47,7 +49,7 @@ std::vector<LocalReference> GetLocalRefs(T3Tree_Node* constraint) {
   std::vector<LocalReference> references;
   std::map<T3Tree_Node*, size_t, T3NodeLess> known;
   size_t count = 0;
-  ForEachInSubtree(constraint, [&](T3Tree_Node* node) {
+  ForEachFreeNode(constraint, [&](T3Tree_Node* node) {
     if (IsFunctionCall(node)) {
       references.push_back({node, count++});
       return false;
@@ -82,20 +84,12 @@ Passed PassedNode(T3Tree_Node* node) {
   return {&call.vexa_id_place, &call.template_special_rts_loc};
 }
 
-// Stands while references mean arguments.
+// Stands while references mean the arguments of a template's functions.
 class References {
  public:
-  References() = default;
-  // In the functions of a template.
   explicit References(const std::vector<LocalReference>& references) {
     for (const LocalReference& reference : references)
       Mean(reference.node, std::string(VEXA_ARGV) + "[" + std::to_string(reference.index) + "]");
-  }
-  void Mean(T3Tree_Node* reference, const std::string& text) {
-    const Passed passed = PassedNode(reference);
-    before_.push_back({passed, *passed.place, *passed.text});
-    *passed.place = kPassedToTemplate;
-    *passed.text = gT3AST.KeepText(text);
   }
   References(const References&) = delete;
   References& operator=(const References&) = delete;
@@ -107,6 +101,13 @@ class References {
   }
 
  private:
+  void Mean(T3Tree_Node* reference, const std::string& text) {
+    const Passed passed = PassedNode(reference);
+    before_.push_back({passed, *passed.place, *passed.text});
+    *passed.place = kPassedToTemplate;
+    *passed.text = gT3AST.KeepText(text);
+  }
+
   struct Before {
     Passed passed;
     int place;
@@ -115,68 +116,18 @@ class References {
   std::vector<Before> before_;
 };
 
-// ---- What is modified ----
-
-// The constraint of a definition that modifies another one refers to the parameters of that, and of what that
-// modifies: they have the same places.
-bool IsParameterOf(T3Tree_Node* formal, T3TemplateDef* modifying) {
-  T3NodeSet seen;
-  while (modifying != nullptr && seen.insert(modifying).second) {
-    T3Tree_Node* decl = modifying->modifies->is<T3TemplateReference>()
-                            ? BehindImport(modifying->attr().modifies_decl)
-                            : nullptr;
-    if (!T3Is<T3TemplateDecl>(decl)) return false;
-    for (T3Tree_Node* at = decl->as<T3TemplateDecl>()->fpl; at->is<_T3FormalPar>();
-         at = at->as<_T3FormalPar>()->next)
-      if (at == formal) return true;
-    modifying = decl->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
-  }
-  return false;
-}
-
-// The place of a parameter of what is modified that a reference means; -1 for any other reference.
-int PlaceOfModified(T3Tree_Node* reference, T3TemplateDef* definition) {
-  if (!reference->is<T3Identifier>() || !T3Is<_T3FormalPar>(Def(reference))) return -1;
-  if (!IsParameterOf(Def(reference), definition)) return -1;
-  return Def(reference)->as<_T3FormalPar>()->attr().vexa_index;
-}
-
-// Evaluates what a definition in line gives to the template that it modifies, and lets the parameters mean
-// it.
-void UseArgumentsOfModified(T3TemplateDef* definition, References& parameters, CFunction& function) {
-  auto* modified = definition->modifies->try_as<T3TemplateReference>();
-  auto* call = modified == nullptr ? nullptr : modified->reference->try_as<T3Parameterization>();
-  T3Tree_Node* decl = call == nullptr ? nullptr : BehindImport(definition->attr().modifies_decl);
-  if (!T3Is<T3TemplateDecl>(decl)) return;
-  const std::string arguments =
-      CGActualParameterList(call->apl, decl->as<T3TemplateDecl>()->fpl, false, function);
-  ForEachInSubtree(definition->constraint, [&](T3Tree_Node* node) {
-    const int place = PlaceOfModified(node, definition);
-    if (place >= 0) parameters.Mean(node, arguments + "[" + std::to_string(place) + "]");
-    return true;
-  });
-}
-
 // ---- Formal parameters ----
 
-// The default of a parameter of what is modified counts here as well.
-T3Tree_Node* DefaultFor(T3Tree_Node* reference, T3TemplateDef* definition) {
-  if (PlaceOfModified(reference, definition) < 0) return _sgT3NoExpression();
-  auto* formal = Def(reference)->try_as<_T3TypedFormal>();
-  return formal == nullptr ? _sgT3NoExpression() : formal->default_value;
-}
-
-T3Tree_Node* FormalFor(T3Tree_Node* reference, size_t index, T3TemplateDef* definition, T3Tree_Node* next) {
+T3Tree_Node* FormalFor(T3Tree_Node* reference, size_t index, T3Tree_Node* next) {
   const tIdent name = gIdents.MakeIdent("_" + std::to_string(index));
   const tPosition position = reference->as<_T3Expression>()->position;
   T3Tree_Node* type = ExpressionLocalType(reference);
   T3Tree_Node* formal;
   if (cg::HoldsTemplate(reference))
-    formal = gT3AST.mT3FormalTemplatePar(position, next, name, type, t3_par_pass_t::In,
-                                         DefaultFor(reference, definition), t3_template_restriction_t::None);
+    formal = gT3AST.mT3FormalTemplatePar(position, next, name, type, t3_par_pass_t::In, _sgT3NoExpression(),
+                                         t3_template_restriction_t::None);
   else
-    formal =
-        gT3AST.mT3FormalPar(position, next, name, type, t3_par_pass_t::In, DefaultFor(reference, definition));
+    formal = gT3AST.mT3FormalPar(position, next, name, type, t3_par_pass_t::In, _sgT3NoExpression());
   formal->as<_T3FormalPar>()->attr().vexa_index = static_cast<int>(index);
   return formal;
 }
@@ -199,7 +150,7 @@ T3TemplateDecl* Explicification(T3TemplateDef* definition, const std::vector<Loc
   if (T3Is<T3TemplateDecl>(known) && MadeInThisModule().count(known) != 0) return known->as<T3TemplateDecl>();
   const std::vector<T3Tree_Node*> passed = Distinct(references);
   T3Tree_Node* formals = _sgT3NoFormalPar();
-  for (size_t i = passed.size(); i > 0; --i) formals = FormalFor(passed[i - 1], i - 1, definition, formals);
+  for (size_t i = passed.size(); i > 0; --i) formals = FormalFor(passed[i - 1], i - 1, formals);
   const std::string name =
       gT3Context.file().uniqueName("vexa_" + CGModuleName(CGCurrentModule()) + "_EXPL_TEMPLATE");
   auto* decl = gT3AST.mT3TemplateDecl(definition->position, _sgT3NoDecl(), gIdents.MakeIdent(name),
@@ -230,8 +181,7 @@ std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& functi
   if (!definition->modifies->is<T3NoTemplateReference>()) ResetLocations(definition);
   std::vector<std::string> arguments;
   {
-    References parameters;
-    UseArgumentsOfModified(definition, parameters, function);
+    const InheritedArguments inherited(definition, "", function);
     for (T3Tree_Node* reference : Distinct(references))
       arguments.push_back(RHSHelper(reference, keeps, function));
   }
@@ -302,7 +252,8 @@ std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t, CFunction
   T3Tree_Node* constraint = definition != nullptr ? definition->constraint : node;
   if (definition != nullptr && !definition->modifies->is<T3NoTemplateReference>()) {
     if (AwaitsMerge(definition)) cg::NotSupported(definition);
-    return Explicified(definition, false, function);
+    return IsModifiedAtRunTime(definition) ? ModifiedAtRunTime(definition, function)
+                                           : Explicified(definition, false, function);
   }
   if (RefersToTemplate(constraint)) return InstantiateTemplate(constraint, function);
   if (definition == nullptr || RefersToFormalTemplatePar(constraint))

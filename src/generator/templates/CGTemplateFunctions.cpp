@@ -7,6 +7,7 @@
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/templates/CGConstraint.h"
+#include "generator/templates/CGInheritedArguments.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/templates/CGTemplateParts.h"
@@ -84,6 +85,7 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
           function.endIf();
         }
         const cg::ReferencesViaSymbolTable references;
+        const InheritedArguments inherited(definition, VEXA_ARGV, function);
         GenConstraint(definition->constraint, RootType(type), test, function);
         function._return(result);
       });
@@ -137,6 +139,7 @@ void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mo
                      const cg::ValueMode value_mode;
                      const cg::ReferencesViaSymbolTable references;
                      GenDefaultFormalPars(decl->fpl, function);
+                     const InheritedArguments inherited(definition, VEXA_ARGV, function);
                      ReturnAs(TypeOfTemplate(definition),
                               cg::InRTS(definition->constraint, vexa_strategy_alloc, function), function);
                    });
@@ -172,6 +175,7 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
     const cg::ValueMode value_mode;
     const cg::ReferencesViaSymbolTable references;
     GenDefaultFormalPars(decl->fpl, function);
+    const InheritedArguments inherited(definition, VEXA_ARGV, function);
     T3Tree_Node* constraint = definition->constraint;
     const std::string sum = function.getTmpVariable(C_UNSIGNED_LONG);
     function.assign(sum, "0");
@@ -190,6 +194,7 @@ void CGConstraintOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, LUMO_ILLEGAL_VALUE_C,
                    [&](CFunction& function) {
                      GenDefaultFormalPars(decl->fpl, function);
+                     const InheritedArguments inherited(definition, VEXA_ARGV, function);
                      GenConstraintOf(definition->constraint, TypeOfTemplate(definition), function);
                    });
 }

@@ -14,6 +14,10 @@ const std::string& Description(T3TemplateDecl* decl);
 /// Forgets where the expressions of a definition lie, so that another walk allocates them afresh.
 void ResetLocations(T3Tree_Node* definition);
 
+/// A dynamic template: a copy of what a definition modifies that is known at run time only, with the changes
+/// written over it. Returns its location.
+std::string ModifiedAtRunTime(T3TemplateDef* definition, CFunction& function);
+
 /// Everything that is generated for a declaration but its row in the symbol table.
 void CGTemplateWorker(T3TemplateDecl* decl);
 /// The functions that match, make a value, count elements and give the most general value.

@@ -1,0 +1,162 @@
+#include "generator/templates/CGInheritedArguments.h"
+
+#include "analysis/templates/T3TemplateMerge.h"
+#include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Subtree.h"
+#include "generator/expressions/CGCalls.h"
+#include "generator/expressions/CGExpressionParts.h"
+#include "generator/templates/CGTemplate.h"
+#include "generator/templates/CGTemplateParts.h"
+#include "generator/text/CLocations.h"
+#include "generator/text/T3CodeDefs.h"
+
+namespace cgtemplate {
+namespace {
+using Visit = std::function<bool(T3Tree_Node*)>;
+
+std::vector<_T3FormalPar*> FormalsOf(T3TemplateDecl* decl) {
+  std::vector<_T3FormalPar*> formals;
+  for (T3Tree_Node* at = decl->fpl; at->is<_T3FormalPar>(); at = at->as<_T3FormalPar>()->next)
+    formals.push_back(at->as<_T3FormalPar>());
+  return formals;
+}
+
+// A template of a chain, and the definition that modifies it.
+struct Link {
+  T3TemplateDef* modifying;
+  T3TemplateDecl* modified;
+};
+
+std::vector<Link> ChainOf(T3TemplateDef* definition) {
+  std::vector<Link> chain;
+  T3NodeSet seen;
+  while (seen.insert(definition).second) {
+    T3TemplateDecl* decl = ModifiedTemplate(definition);
+    if (decl == nullptr) break;
+    chain.push_back({definition, decl});
+    definition = decl->definition->as<T3TemplateDef>();
+  }
+  return chain;
+}
+
+void VisitFree(T3Tree_Node* root, const T3NodeSet& bound, const Visit& visit);
+
+void VisitArguments(T3Tree_Node* actuals, const T3NodeSet& bound, const Visit& visit) {
+  for (T3Tree_Node* at = actuals; T3Is<T3ActualPar>(at); at = at->as<T3ActualPar>()->next)
+    VisitFree(at->as<T3ActualPar>()->expression, bound, visit);
+}
+
+void VisitModification(T3TemplateDef* definition, T3NodeSet bound, const Visit& visit) {
+  VisitFree(definition->modifies->as<T3TemplateReference>()->reference, bound, visit);
+  for (const Link& link : ChainOf(definition)) {
+    if (link.modifying != definition) VisitArguments(ActualsForModified(link.modifying), bound, visit);
+    for (_T3FormalPar* formal : FormalsOf(link.modified)) bound.insert(formal);
+  }
+  VisitFree(definition->constraint, bound, visit);
+}
+
+void VisitFree(T3Tree_Node* root, const T3NodeSet& bound, const Visit& visit) {
+  ForEachInSubtree(root, [&](T3Tree_Node* node) {
+    auto* definition = node->try_as<T3TemplateDef>();
+    if (definition != nullptr && definition->modifies->is<T3TemplateReference>()) {
+      VisitModification(definition, bound, visit);
+      return false;
+    }
+    if (node->is<T3Identifier>() && T3Is<_T3FormalPar>(Def(node)) && bound.count(Def(node)) != 0)
+      return false;
+    return visit(node);
+  });
+}
+
+// Whether a name or a call is an argument of the functions that are being written already.
+bool IsPassed(T3Tree_Node* node) {
+  if (auto* name = node->try_as<T3Identifier>()) return name->cold().vexa_id_place == cg::kPassedToTemplate;
+  auto* call = node->try_as<T3Parameterization>();
+  return call != nullptr && call->cold().vexa_id_place == cg::kPassedToTemplate;
+}
+
+Visit AddParameters(T3NodeSet& used) {
+  return [&used](T3Tree_Node* node) {
+    if (IsPassed(node)) return false;
+    if (node->is<T3Identifier>() && T3Is<_T3FormalPar>(Def(node))) used.insert(Def(node));
+    return true;
+  };
+}
+
+bool UsesAny(const T3NodeSet& used, T3TemplateDecl* decl) {
+  for (_T3FormalPar* formal : FormalsOf(decl))
+    if (used.count(formal) != 0) return true;
+  return false;
+}
+
+// The parameters along the chain that the constraint reads, and those that are read to fill their vectors.
+T3NodeSet ParametersRead(T3TemplateDef* definition, const std::vector<Link>& chain) {
+  T3NodeSet used;
+  VisitFree(definition->constraint, {}, AddParameters(used));
+  for (size_t i = chain.size(); i > 0; --i) {
+    const Link& link = chain[i - 1];
+    if (!UsesAny(used, link.modified)) continue;
+    T3Tree_Node* actuals = ActualsForModified(link.modifying);
+    VisitArguments(actuals, {}, AddParameters(used));
+    // It shares the vector of what modifies it.
+    if (actuals == nullptr && i > 1)
+      for (_T3FormalPar* formal : FormalsOf(chain[i - 2].modified)) used.insert(formal);
+  }
+  return used;
+}
+
+// What a parameter means for which nothing is given.
+std::string DefaultArgument(_T3FormalPar* formal, CFunction& function) {
+  auto* typed = formal->try_as<_T3TypedFormal>();
+  T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
+  if (!T3Is<T3TemplateDef>(value) && (!T3Is<_T3Expression>(value) || value->is<T3NoExpression>()))
+    return LUMO_VALUE_DEFAULT_C;
+  return CGArgument(value, formal, function);
+}
+
+std::string Vector(T3TemplateDecl* decl, T3Tree_Node* actuals, CFunction& function) {
+  std::vector<std::string> arguments;
+  for (_T3FormalPar* formal : FormalsOf(decl)) {
+    auto* actual = T3Is<T3ActualPar>(actuals) ? actuals->as<T3ActualPar>() : nullptr;
+    // They stand outside of the definition, and may be evaluated for one around it as well.
+    if (actual != nullptr) ResetLocations(actual->expression);
+    const std::string given =
+        actual == nullptr ? LUMO_VALUE_DEFAULT_C : CGArgument(actual->expression, formal, function);
+    arguments.push_back(given == LUMO_VALUE_DEFAULT_C ? DefaultArgument(formal, function) : given);
+    if (actual != nullptr) actuals = actual->next;
+  }
+  std::string array = function.declareArray(LUMO_VALUE_T, arguments.size() + 1);
+  arguments.emplace_back(C_NULL);
+  for (size_t i = 0; i < arguments.size(); ++i)
+    function.assign(array + "[" + std::to_string(i) + "]", arguments[i]);
+  return array;
+}
+}  // namespace
+
+void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_Node*)>& visit) {
+  VisitFree(constraint, {}, visit);
+}
+
+InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::string& own,
+                                       CFunction& function) {
+  const std::vector<Link> chain = ChainOf(definition);
+  const T3NodeSet used = chain.empty() ? T3NodeSet() : ParametersRead(definition, chain);
+  std::string vector = own;
+  for (const Link& link : chain) {
+    if (!UsesAny(used, link.modified)) continue;
+    T3Tree_Node* actuals = ActualsForModified(link.modifying);
+    if (actuals != nullptr || vector.empty()) vector = Vector(link.modified, actuals, function);
+    for (_T3FormalPar* formal : FormalsOf(link.modified)) {
+      before_.emplace_back(formal, HasRTSLocation(formal) ? RTSLocation(formal) : "");
+      SetRTSLocation(formal, vector + "[" + std::to_string(formal->attr().vexa_index) + "]");
+    }
+  }
+}
+
+InheritedArguments::~InheritedArguments() {
+  for (auto at = before_.rbegin(); at != before_.rend(); ++at) {
+    ResetLocation(at->first);
+    if (!at->second.empty()) SetRTSLocation(at->first, at->second);
+  }
+}
+}  // namespace cgtemplate
