@@ -200,6 +200,19 @@ def options(tests, _update):
             (["-DUMP=o.txt"], "Error: o.txt is not a valid syntax file: the version is wrong\n")]:
         tests.equal(" ".join(words), tests.run("mesk", *words, cwd=work), (1, message))
     tests.equal("usage", tests.run("mesk", cwd=work)[0], 1)
+
+    # The words of the tools that read syntax files.
+    (work / "w.txt").write_text("# a\n(* c\n-TYP=1  \nfixed\n-BEGIN-SCOPE=a\n-BEGIN-SCOPE=b\n-END-SCOPE\n-END-SCOPE\n"
+                                "-PREFIXLEN=9\n-BEGIN-SCOPE=c\n-end-of-options\n-DEF=1\n")
+    for words, message in [
+            (["+w.txt"], "WARNING : Unexpected -BEGIN-SCOPE: option file w.txt\n\nWARNING : Unexpected -END-SCOPE: option "
+             "file w.txt\n\nWARNING : Argument ignored: PREFIXLEN=9\n          In option file  : w.txt\n\n"
+             "WARNING : -END-SCOPE expected: option file w.txt\n"),
+            (["abcdefg", "a.b"], "WARNING : File prefix 'abcdefg' longer than 5 characters.\n          Truncating it to 5 "
+             "characters.\n          Check value of the PREFIXLEN option.\n\nERROR : Invalid file prefix: a.b\n"),
+            (["-PREFIXLEN=07", "x"], "WARNING : Argument ignored: PREFIXLEN=07\n"), (["+"], "")]:
+        status, text = tests.run("asn2c", *words, cwd=work)
+        tests.equal("asn2c " + " ".join(words), (status, text.lstrip("\n")), (2, message))
     # A failing run leaves the old file alone.
     before = (work / "out" / "app.stx").read_bytes()
     (work / "app.asn").write_text(app.replace("BOOLEAN", "Missing"))

@@ -3,13 +3,12 @@
 
     run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--encoding NAME] SUITE
 
-A file without a control part has all its test cases run in their order; those without a VERDICT line must pass.
-
 SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
 file VERDICTS. What is expected stands there, or in comments of the file after `//`:
 
     VERDICT: TC_name pass     the test cases in the order of their execution; all must be named, with the reason of
-                              their verdict behind it or without
+                              their verdict behind it or without. When the root module has no control part, all its
+                              test cases are run, and those that are not named must pass
     LOG: text                 lines of the suite's output that hold the texts, in this order
     LOG-NOT: text             no line of the output holds the text
     STATUS: 1                 exit status of the suite (default: 0 when all verdicts are pass or none, else 1)
@@ -73,8 +72,10 @@ class Suite:
         self.root = self.first("ROOT", module.group(1) if module else "")
         self.verdicts = [tuple(row.split(None, 2)) for row in self.directives.get("VERDICT", [])]
         self.arguments = shlex.split(self.first("ARGUMENTS"))
-        if not place.is_dir() and not re.search(r"(?m)^\s*control\b", text):
-            self.run_all(re.findall(r"(?m)^\s*testcase\s+(\w+)", text))
+        root = next((text for text in (source.read_text(encoding="utf-8") for source in self.sources)
+                     if re.search(rf"(?m)^\s*module\s+{self.root}\b", text)), "")
+        if not re.search(r"(?m)^\s*control\b", root):
+            self.run_all(re.findall(r"(?m)^\s*testcase\s+(\w+)", root))
         if not self.root or not self.verdicts:
             raise ValueError(f"{expectations}: no root or no verdicts")
 

@@ -117,19 +117,6 @@ TEST_F(Encodings, ByteOrderMustBeKnown) {
   EXPECT_THROW(ConvertToUTF_8(path_.c_str(), format_unknown, none), internal_exception);
 }
 
-TEST(Utf8, UnitsOfTwoBytes) {
-  char buffer[4];
-  const std::pair<unsigned long, std::string> cases[] = {
-      {0, "\0"s},          {0x7F, "\x7F"},          {0x80, "\xC2\x80"},
-      {0x7FF, "\xDF\xBF"}, {0x800, "\xE0\xA0\x80"}, {0xFFFF, "\xEF\xBF\xBF"},
-      {0x10000, ""},
-  };
-  for (const auto& [code, text] : cases) {
-    const int length = ucs2_2_utf8(code, buffer);
-    EXPECT_EQ(std::string(buffer, static_cast<size_t>(length)), text) << code;
-  }
-}
-
 TEST(Utf8, KindOfALiteral) {
   const std::pair<std::string, char_string_kind_t> cases[] = {
       {"a", kind_ascii_character},
@@ -159,22 +146,6 @@ TEST(Utf8, KindOfALiteral) {
     EXPECT_EQ(UTF8StringLength(literal) == 0, kind == kind_malformed) << testing::PrintToString(text);
   }
   EXPECT_EQ(UTF8StringLength(gStringM.PutString("a\xE2\x82\xAC z")), 4);
-}
-
-TEST(Utf8, Decoding) {
-  const std::string text =
-      "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\xFB\xBF\xBF\xBF\xBF\xFD\xBF\xBF\xBF\xBF\xBF";
-  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-  int length = static_cast<int>(text.size());
-  for (const unsigned long expected : {0x61UL, 0xE4UL, 0x20ACUL, 0x1F600UL, 0x3FFFFFFUL, 0x7FFFFFFFUL}) {
-    unsigned char group = 0;
-    unsigned char plane = 0;
-    unsigned char row = 0;
-    unsigned char cell = 0;
-    s = UTF_8ToUCS_4(s, length, group, plane, row, cell);
-    EXPECT_EQ(static_cast<unsigned long>(group) << 24 | plane << 16 | row << 8 | cell, expected);
-  }
-  EXPECT_EQ(length, 0);
 }
 
 }  // namespace

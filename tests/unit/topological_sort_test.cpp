@@ -42,14 +42,6 @@ TEST(TopologicalSort, TheShortestCycleIsTold) {
   EXPECT_TRUE(Resolve({3}, {{1, {1}}, {3, {}}}).done);
 }
 
-TEST(TopologicalSort, CycleLengthIsTheDistanceToTheNearestOccurrence) {
-  EXPECT_EQ(Sort::GetCycleLength({}), 0u);
-  EXPECT_EQ(Sort::GetCycleLength({1}), 0u);
-  EXPECT_EQ(Sort::GetCycleLength({1, 1}), 1u);
-  EXPECT_EQ(Sort::GetCycleLength({1, 2, 3, 1}), 3u);
-  EXPECT_EQ(Sort::GetCycleLength({1, 2, 1, 3, 1}), 2u);
-}
-
 TEST(TopologicalSort, ManyCyclesDoNotExplode) {
   // Layers of full connection, closed to a ring: 8 to the power of 30 cycles, all of one length.
   const long layers = 30;

@@ -65,24 +65,6 @@ TEST(Tree, WalksVisitEachNodeOnceInOrder) {
   EXPECT_EQ("T3NoFieldSpec T3IntLiteral T3IntLiteral T3Plus T3NoFieldValue T3FieldValue T3FieldValue ", up);
 }
 
-TEST(Tree, MarksAreClearAfterAWalkEvenIfItIsLeftByAnException) {
-  T3Tree_Node* list = ListOf(3);
-  EXPECT_THROW(gT3AST.TraverseT3TreeTD(list,
-                                       [](T3Tree_Node* node) {
-                                         if (node->is<T3IntLiteral>()) throw 1;
-                                       }),
-               int);
-  int met = 0, inner = 0;
-  gT3AST.TraverseT3TreeTD(list, [&](T3Tree_Node* node) {
-    ++met;
-    if (node == list) gT3AST.TraverseT3TreeBU(node, [&](T3Tree_Node*) { ++inner; });
-  });
-  EXPECT_EQ(8, met);
-  EXPECT_EQ(8, inner);
-  EXPECT_EQ(0, list->mark);
-  EXPECT_EQ(0, _sgT3NoFieldSpec()->mark);
-}
-
 TEST(Tree, ListsAndNestingsOfAnySizeAreWalked) {
   constexpr int kLength = 1000000;
   constexpr int kDepth = 100000;
