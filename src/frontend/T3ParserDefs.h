@@ -3,6 +3,7 @@
 #pragma once
 
 #include <ctime>
+#include <unordered_set>
 
 #include "support/Idents.h"
 #include "support/Position.h"
@@ -15,6 +16,6 @@ inline tIdent gCurrentFilename = NoIdent;
 inline time_t gCurrentFileModificationTime = 0;
 /// Some port of the run has a type list `all`. Set by the parser, never cleared.
 inline bool gT3IsPortAllTypes = false;
-/// Where the last repair of the file let the parse go on; line 0 before the first. What began before it was
-/// read in pieces, so that faults of its meaning are not told.
-inline tPosition gRepairedTo;
+/// The nodes of the file that hold a token which a repair inserted, or behind which it left some out: faults
+/// of their meaning are not told.
+inline std::unordered_set<const T3Tree_Node*> gRepairedNodes;
