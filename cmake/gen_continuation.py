@@ -2,13 +2,12 @@
 """Makes what the parser's driver needs beside the LALR tables, from Bison's XML report.
 
 usage: gen_continuation.py REPORT OUTPUT HEADER
-OUTPUT gets four tables. The continuation table names for each state the token that a repair inserts there,
+OUTPUT gets the tables that T3ParserTables.h declares. The continuation table names for each state the token that a repair inserts there,
 so that inserting again and again leads by a short way to the end of the input; where the state's best rule
 is complete it holds minus the rule's number, and the driver reduces. The second table lists the reductions
-that lost against a shift, where the driver's conditions decide. The third tells where those of
-a state begin, the fourth in which states a list of recipients may begin. HEADER gets the numbers of rules and symbols by name.
+that lost against a shift, where the driver's conditions decide. The third tells where those of a state
+begin, the others what the conditions ask of a state. HEADER gets the numbers of rules and symbols by name.
 """
-import heapq
 import sys
 import xml.etree.ElementTree as ET
 
@@ -66,6 +65,50 @@ def prove(root, rules, terminals, steps):
             sys.exit(f"gen_continuation.py: no way to the end from state {start}")
 
 
+def places_of_return(root, rules, goto):
+    """For each state and item in it the states to which the item's reduction goes back."""
+    returns = {}
+    for state in root.iter("state"):
+        start = int(state.get("number"))
+        for item in state.find("itemset").findall("item"):
+            if int(item.get("dot")) != 0:
+                continue
+            number, place = int(item.get("rule-number")) + 1, start
+            for point, symbol in enumerate(rules[number][1] + [None]):
+                returns.setdefault((place, number, point), set()).add(start)
+                if symbol not in goto[place]:
+                    break  # the end, or where precedence has the rule before it reduced
+                place = goto[place][symbol]
+    return returns
+
+
+def behind(lhs, goto, places, far):
+    """The least number of tokens that lead to the end when a symbol has been reduced in one of some states."""
+    if lhs in ("goal", "$accept"):
+        return 0
+    return min(far[goto[place][lhs]] for place in places)
+
+
+def distances(rules, cost, goto, returns):
+    """For each state the least number of tokens that lead from it to the end."""
+    kernels = {}
+    for (place, number, point), places in returns.items():
+        lhs, rhs = rules[number]
+        if lhs == "goal" and rhs != ["source_file"]:
+            continue  # the other goals are those of trials
+        if (point > 0 or lhs == "$accept") and all(s in cost for s in rhs[point:]):
+            kernels.setdefault(place, []).append((lhs, sum(cost[s] for s in rhs[point:]), places))
+    far = {place: 10**9 for place in goto}
+    changed = True
+    while changed:
+        changed = False
+        for place, items in kernels.items():
+            best = min(rest + behind(lhs, goto, places, far) for lhs, rest, places in items)
+            if best < far[place]:
+                far[place], changed = best, True
+    return far
+
+
 def main():
     root = ET.parse(sys.argv[1]).getroot()
     rules = {}
@@ -92,21 +135,13 @@ def main():
                     cost[lhs], best[lhs] = total, number
                     changed = True
 
-    # for each non-terminal the least number of tokens that complete what surrounds it
-    around = {"goal": 0, "$accept": 0}
-    work = [(0, "goal")]
-    while work:
-        outer, name = heapq.heappop(work)
-        if outer > around[name]:
-            continue
-        for lhs, rhs in rules.values():
-            if lhs != name or (lhs == "goal" and rhs != ["source_file"]):
-                continue
-            for place, symbol in enumerate(rhs):
-                through = outer + sum(cost[s] for s in rhs[place + 1:])
-                if symbol not in terminals and through < around.get(symbol, 10**9):
-                    around[symbol] = through
-                    heapq.heappush(work, (through, symbol))
+    # for each state the least number of tokens that lead from it to the end
+    goto = {}
+    for state in root.iter("state"):
+        steps = state.iter("transition")
+        goto[int(state.get("number"))] = {step.get("symbol"): int(step.get("state")) for step in steps}
+    returns = places_of_return(root, rules, goto)
+    far = distances(rules, cost, goto, returns)
 
     def first_token(symbols):
         """The first token of the shortest text of a row of symbols, or None where it is empty."""
@@ -123,9 +158,10 @@ def main():
         rule = best[symbols[0]]
         return empty_rule(rules[rule][1]) if rules[rule][1] else rule
 
-    out, lost, recipients = [], [], set()
+    out, lost = [], []
+    recipients, alternatives, behind_dot = set(), set(), set()
     for state in root.iter("state"):
-        choice = None
+        choice, here = None, int(state.get("number"))
         for item in state.find("itemset").findall("item"):
             number, point = int(item.get("rule-number")) + 1, int(item.get("dot"))
             lhs, rhs = rules[number]
@@ -134,7 +170,7 @@ def main():
             rest = rhs[point:]
             # growing a list leads nowhere: its own symbol in front is the last thing to choose
             grows = point == 1 and rhs[0] == lhs
-            key = (grows, sum(cost[s] for s in rest) + around.get(lhs, 0), number)
+            key = (grows, sum(cost[s] for s in rest) + behind(lhs, goto, returns[here, number, point], far), number)
             if choice is None or key < choice[0]:
                 choice = (key, rest, number)
         _, rest, number = choice
@@ -150,6 +186,10 @@ def main():
         for step in state.iter("transition"):
             if step.get("symbol") == "address_list":
                 recipients.add(int(state.get("number")))
+            if step.get("symbol") == "any_guard_op":
+                alternatives.add(int(state.get("number")))
+            if step.get("symbol") == "Dot":
+                behind_dot.add(int(step.get("state")))
     out.sort()
     prove(root, rules, terminals, [step for _, step in out])
     with open(sys.argv[2], "w", encoding="ascii") as target:
@@ -165,7 +205,9 @@ def main():
         for place, (state, _, _) in enumerate(lost):
             first_lost.setdefault(state, place)
         write_by_state(target, "short gParserFirstLost", [first_lost.get(state, -1) for state, _ in out])
-        write_by_state(target, "bool gParserRecipient", [("true" if state in recipients else "false") for state, _ in out])
+        for name, chosen in (("Recipient", recipients), ("Alternative", alternatives), ("BehindDot", behind_dot)):
+            values = ["true" if state in chosen else "false" for state, _ in out]
+            write_by_state(target, f"bool gParser{name}", values)
     with open(sys.argv[3], "w", encoding="ascii") as target:
         target.write("// Made by gen_continuation.py; do not edit.\n#pragma once\n\n")
         seen = {}

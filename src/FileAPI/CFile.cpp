@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -53,10 +54,18 @@ class CFile::Output {
     section.writeTo(stream());
     lines_ += lines;
   }
-  void commit() {
+  void flush() {
     for (const auto& file : files_) {
       if (std::fflush(file->stream()) != 0 || std::ferror(file->stream()) != 0) failed(*file);
     }
+  }
+  void removeOld() {
+    for (const auto& file : files_) file->RemoveOld();
+  }
+  bool isLikeOld() {
+    return std::all_of(files_.begin(), files_.end(), [](const auto& file) { return file->IsLikeOld(); });
+  }
+  void commit() {
     for (const auto& file : files_) {
       if (!file->Commit()) failed(*file);
     }
@@ -181,16 +190,22 @@ std::string CFile::path(const std::string& name) const {
   return directory_.empty() ? name : directory_ + "/" + name;
 }
 
-void CFile::end() {
-  if (!valid_) return;
+bool CFile::end() {
+  if (!valid_) return true;
   Output header(lineLimit_ != kNoLineLimit);
   Output source(lineLimit_ != kNoLineLimit);
   if (!headerName_.empty()) header.open(path(headerName_));
   source.open(path(sourceName_));
   if (!headerName_.empty()) writeHeader(header);
   writeSource(source);
-  source.commit();
+  header.flush();
+  source.flush();
+  if (keepsLike_ && header.isLikeOld() && source.isLikeOld()) return false;
+  // A run that is ended here leaves no source, which make misses, and never one with another's header.
+  source.removeOld();
   header.commit();
+  source.commit();
+  return true;
 }
 
 void CFile::writeHeader(Output& output) {

@@ -46,8 +46,11 @@ class CFile {
   CFile& operator=(const CFile&) = delete;
   ~CFile();
 
-  /// Writes the files, unless they are invalid. Throws internal_exception; nothing is written then.
-  void end();
+  /// Old files that differ in their first comment alone are kept.
+  void keepLike() { keepsLike_ = true; }
+  /// Writes the files, unless they are invalid. Throws internal_exception; nothing is written then. False
+  /// when the old ones were kept.
+  bool end();
   void invalidate() { valid_ = false; }
   bool valid() const { return valid_; }
 
@@ -128,4 +131,5 @@ class CFile {
   std::vector<std::string> generatedFiles_;
   std::vector<std::string> localHeaders_;
   bool valid_ = true;
+  bool keepsLike_ = false;
 };

@@ -22,6 +22,16 @@ std::string LibraryStem(const std::string& library) {
   return stem.substr(0, stem.rfind('.'));
 }
 
+/// A path as make reads it: each blank behind a backslash. One that has it already is left alone.
+std::string EscapeBlanks(const std::string& path) {
+  std::string fixed;
+  for (const char c : path) {
+    if (c == ' ' && !fixed.ends_with('\\')) fixed += '\\';
+    fixed += c;
+  }
+  return fixed;
+}
+
 }  // namespace
 
 HostType::HostType(bool) {
@@ -156,12 +166,10 @@ std::string CygWin::rm_cmd(const std::string& files) const {
   return "rm -f " + files + " 2>nul";
 }
 std::string CygWin::fix_path(const std::string& path) const {
-  std::string fixed;
-  for (char c : fix_head(path)) {
-    if (c == ' ') fixed += '\\';
-    fixed += c == '\\' ? '/' : c;
-  }
-  return fixed;
+  std::string fixed = fix_head(path);
+  for (size_t i = 0; i < fixed.size(); ++i)
+    if (fixed[i] == '\\' && fixed.compare(i + 1, 1, " ") != 0) fixed[i] = '/';
+  return EscapeBlanks(fixed);
 }
 std::string CygWin::fix_head(const std::string& path) const {
   if (path.size() > 1 && path[1] == ':') {
@@ -196,12 +204,7 @@ std::string Unix::rm_cmd(const std::string& files) const {
   return "rm -f " + files;
 }
 std::string Unix::fix_path(const std::string& path) const {
-  std::string fixed;
-  for (char c : path) {
-    if (c == ' ') fixed += '\\';
-    fixed += c;
-  }
-  return fixed;
+  return EscapeBlanks(path);
 }
 std::string Unix::fix_head(const std::string& path) const {
   return path;

@@ -1,5 +1,6 @@
 #include "build/T3GenMakefile.h"
 
+#include <memory>
 #include <vector>
 
 #include "build/T3Makefile.h"
@@ -34,7 +35,7 @@ T3Tree_Node* ModuleOf(const module_argument_t& argument) {
 Root FindRoot() {
   if (!gT3CommandLine.root_module_given) {
     T3Tree_Node* first = ModuleOf(gT3CommandLine.modules.front());
-    return {first, GetOutputFile(first)};
+    return {first, gIdents.GetCStr(first->as<T3Module>()->name)};
   }
   T3Tree_Node* node = FindModule(gIdents.MakeIdent(gT3CommandLine.root_module));
   if (node == nullptr) throw std::string("non-existent root module");
@@ -51,30 +52,39 @@ std::vector<T3Makefile::Module> CollectModules() {
   return modules;
 }
 
-void Generate(const std::string& orv_dir) {
+std::unique_ptr<T3Makefile> MakeMakefile(const std::string& orv_dir) {
   if (gT3CommandLine.modules.empty()) throw std::string("no modules to generate for");
   const Root root = FindRoot();
-  T3Makefile makefile(GetOutputDir(root.node), gT3CommandLine.project_directory, root.name, CollectModules(),
-                      gT3CommandLine.asn1_files);
-  makefile.set_root_file(GetOutputFile(root.node));
+  auto makefile = std::make_unique<T3Makefile>(GetOutputDir(root.node), gT3CommandLine.project_directory,
+                                               root.name, CollectModules(), gT3CommandLine.asn1_files);
+  makefile->set_root_file(GetOutputFile(root.node));
   if (gT3CommandLine.tri_mode >= std::size(kTriModes)) {
     throw std::string("MakeFile/MainFile generation - Illegal TRI code");
   }
-  makefile.set_tri(kTriModes[gT3CommandLine.tri_mode]);
-  makefile.set_version(kVersion, kToolName);
-  makefile.set_overwrite(gT3CommandLine.overwrite_makefile);
-  makefile.init(orv_dir, "GnuMake", "");
+  makefile->set_tri(kTriModes[gT3CommandLine.tri_mode]);
+  makefile->set_version(kVersion, kToolName);
+  makefile->set_overwrite(gT3CommandLine.overwrite_makefile);
+  makefile->init(orv_dir, "GnuMake", "");
+  return makefile;
+}
+
+bool IsAskedFor() {
+  return gT3CommandLine.generate_makefile || gT3CommandLine.force_main;
+}
+
+void Generate(const std::string& orv_dir) {
+  const auto makefile = MakeMakefile(orv_dir);
   if (gT3CommandLine.generate_makefile) {
-    makefile.generate();
+    makefile->generate();
   } else {
-    makefile.generate_main_function_file();
+    makefile->generate_main_function_file();
   }
 }
 
 }  // namespace
 
 bool GenerateMakefile(const std::string& orv_dir) {
-  if (!gT3CommandLine.generate_makefile && !gT3CommandLine.force_main) return true;
+  if (!IsAskedFor()) return true;
   const verbosity_level_t verbosity = gT3CommandLine.CommonVerbosity();
   vexa_compiler_phases(verbosity, "Generating MakeFile/MainFile");
   try {
@@ -84,4 +94,15 @@ bool GenerateMakefile(const std::string& orv_dir) {
     return false;
   }
   return true;
+}
+
+MakefileOutputs GetMakefileOutputs(const std::string& orv_dir) {
+  if (!IsAskedFor()) return {};
+  try {
+    const auto makefile = MakeMakefile(orv_dir);
+    return {makefile->output_dir(), makefile->outputs(gT3CommandLine.generate_makefile)};
+  } catch (const std::string&) {
+    // GenerateMakefile will report it.
+    return {};
+  }
 }

@@ -1,5 +1,7 @@
 #include "build/T3Makefile.h"
 
+#include "build/T3GenMakefile.h"
+
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -26,6 +28,12 @@ std::string Joined(const std::vector<std::string>& items) {
 
 }  // namespace
 
+std::vector<std::string> Asn1OutputSuffixes() {
+  std::vector<std::string> suffixes(std::begin(kAsn1Sources), std::end(kAsn1Sources));
+  suffixes.insert(suffixes.end(), std::begin(kAsn1Headers), std::end(kAsn1Headers));
+  return suffixes;
+}
+
 T3Makefile::T3Makefile(const std::string& output_dir, const std::string& project_dir,
                        const std::string& root_module, const std::vector<Module>& modules, bool has_asn1)
     : _has_asn1(has_asn1),
@@ -51,7 +59,8 @@ void T3Makefile::generate() {
   load_tools();
   add_values();
   add_defines();
-  for (const std::string& file : _config.items("INCLUDE")) _makefile.add_include(file);
+  for (const std::string& file : _config.items("INCLUDE"))
+    _makefile.add_include(file.find(' ') == std::string::npos ? file : _host.fix_path(file));
   const std::string target = settle_target_name();
   _all_target = _makefile.add_target("all");
   _clean_rts_target = _makefile.add_target("clean_rts");

@@ -43,6 +43,10 @@ class T3Makefile {
   void generate();
   /// Writes the main file into the output directory. Returns its name, without the directory.
   std::string generate_main_function_file();
+  /// Reads the MCFG file and tells which files generate() will write, or which the main file alone is. This
+  /// object is not good for generate() then.
+  std::vector<std::string> outputs(bool with_makefile);
+  const std::string& output_dir() const { return _output_dir; }
 
  private:
   enum class TargetKind { Executable = 0, Library = 1 };
@@ -104,6 +108,7 @@ class T3Makefile {
   std::string reference(unsigned int value) const { return _makefile.value_reference(value); }
 
   // The files that are written
+  std::string makefile_name() const;
   void write_makefile();
   std::string backup_name(const std::string& path) const;
   void create_makefile(const std::string& path) const;

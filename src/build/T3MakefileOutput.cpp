@@ -75,8 +75,20 @@ void Progress(const std::string& text) {
 
 }  // namespace
 
+std::vector<std::string> T3Makefile::outputs(bool with_makefile) {
+  if (!with_makefile) return {kMainFile};
+  read_config();
+  std::vector<std::string> names = {makefile_name()};
+  if (main_function_file_generation_enabled()) names.emplace_back(kMainFile);
+  return names;
+}
+
+std::string T3Makefile::makefile_name() const {
+  return _config.item("MAKEFILE_NAME", "makefile");
+}
+
 void T3Makefile::write_makefile() {
-  const std::string name = _config.item("MAKEFILE_NAME", "makefile");
+  const std::string name = makefile_name();
   create_makefile(_output_dir + _host.slash() + name);
   Progress("Creating \"" + name + "\"");
 }

@@ -45,6 +45,16 @@ bool LocalAttributeMapOK(T3Tree_Node* type, const T3AttributeMap& map, const tPo
   return true;
 }
 
+// What the first statement of a kind says of the whole.
+T3AttributeValue FirstUnqualified(T3Tree_Node* with_list, t3_with_attribute_t kind) {
+  for (; with_list->is<T3With>(); with_list = with_list->as<T3With>()->next) {
+    auto* with = with_list->as<T3With>();
+    if (with->attribute == kind && with->attrib_qualifier->is<T3NoRefItem>())
+      return {{{with->attrib_spec, with->override}}};
+  }
+  return {};
+}
+
 // Walks the declarations of a module. What groups hold is entered in front of their bodies and taken back
 // behind them, so that a group costs what stands in it.
 class Distribution {
@@ -60,6 +70,7 @@ class Distribution {
     T3Tree_Node* behind = nullptr;
   };
 
+  bool Gathers(size_t kind, T3Tree_Node* with_list, tIdent name) const;
   void PPGroupDeclAttr(Level& level, size_t kind, T3GroupDecl* group);
   T3Tree_Node* EnterGroup(T3GroupDecl* group);
   T3Tree_Node* LeaveGroup();
@@ -74,13 +85,27 @@ class Distribution {
 
 Distribution::Distribution(T3Module* module) {
   levels_.emplace_back();
-  for (size_t i = 0; i < kKindCount; ++i)
-    levels_.back().global[i] = CollectAttributes(module->with_spec, kKinds[i], &named_[i]);
+  for (size_t i = 0; i < kKindCount; ++i) {
+    const bool gather = Gathers(i, module->with_spec, NoIdent);
+    levels_.back().global[i] = CollectAttributes(module->with_spec, kKinds[i], &named_[i], gather);
+  }
+}
+
+/// Whether the attributes of a kind that a declaration gives are gathered.
+bool Distribution::Gathers(size_t kind, T3Tree_Node* with_list, tIdent name) const {
+  if (kKinds[kind] != t3_with_attribute_t::Variant || !with_list->is<T3With>()) return false;
+  constexpr size_t encode = 0;
+  static_assert(kKinds[encode] == t3_with_attribute_t::Encode);
+  const auto named = named_[encode].find(name);
+  if (named != named_[encode].end()) return GathersVariants(named->second);
+  return GathersVariants(
+      JoinGlobalAttributes(levels_.back().global[encode], FirstUnqualified(with_list, kKinds[encode])));
 }
 
 void Distribution::PPGroupDeclAttr(Level& level, size_t kind, T3GroupDecl* group) {
   T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(group->with_spec, kKinds[kind], &own);
+  const bool gather = Gathers(kind, group->with_spec, NoIdent);
+  const T3AttributeValue value = CollectAttributes(group->with_spec, kKinds[kind], &own, gather);
   level.global[kind] = JoinGlobalAttributes(levels_.back().global[kind], value);
   level.hidden[kind] = JoinAttributeMaps(&named_[kind], own);
 }
@@ -102,7 +127,8 @@ T3Tree_Node* Distribution::LeaveGroup() {
 
 T3Tree_Node* Distribution::PPTypeDeclAttr(T3TypeDecl* decl, size_t kind) const {
   T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own);
+  const bool gather = Gathers(kind, decl->with_spec, decl->name);
+  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own, gather);
   const auto named = named_[kind].find(decl->name);
   const T3AttributeValue effective =
       named != named_[kind].end() ? named->second : JoinGlobalAttributes(levels_.back().global[kind], value);
@@ -112,7 +138,8 @@ T3Tree_Node* Distribution::PPTypeDeclAttr(T3TypeDecl* decl, size_t kind) const {
 
 T3Tree_Node* Distribution::PPImportDeclAttr(_T3ImportDecl* decl, size_t kind) const {
   T3AttributeMap own;
-  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own);
+  const bool gather = Gathers(kind, decl->with_spec, NoIdent);
+  const T3AttributeValue value = CollectAttributes(decl->with_spec, kKinds[kind], &own, gather);
   return CreateWithSpec(JoinGlobalAttributes(levels_.back().global[kind], value), kKinds[kind], own,
                         decl->position);
 }
@@ -142,12 +169,15 @@ void Distribution::PPAttr1(T3Tree_Node* decls) {
   }
 }
 
-void CollectQualified(T3With* with, T3AttributeMap* map) {
+void CollectQualified(T3With* with, T3AttributeMap* map, bool gather) {
   T3Tree_Node* item = with->attrib_qualifier;
   for (; item->is<T3RefItem>(); item = item->as<T3RefItem>()->next) {
     auto* name = item->as<T3RefItem>()->reference->try_as<T3AttrRefIdentifier>();
     if (name == nullptr) continue;
-    if (!map->try_emplace(name->id, T3AttributeValue{with->attrib_spec, with->override}).second)
+    T3AttributeValue& value = (*map)[name->id];
+    if (value.IsEmpty() || gather)
+      value.texts.push_back({with->attrib_spec, with->override});
+    else
       vexa_filtered_error(ERR_conflicting_attr, name->position, name->id);
   }
 }
@@ -160,43 +190,44 @@ void BeginT3Attributes() {
   vexa_encoder_PER_BASIC_UNALIGNED = gStringM.PutString("\"PER-BASIC-UNALIGNED:1997\"");
 }
 
-T3AttributeValue CollectAttributes(T3Tree_Node* with_list, t3_with_attribute_t kind, T3AttributeMap* map) {
+bool GathersVariants(const T3AttributeValue& encode) {
+  if (encode.IsEmpty()) return false;
+  const std::string_view text = StringM::StGetString(encode.texts.front().text);
+  return text == "\"RAW\"" || text == "\"TEXT\"" || text == "\"JSON\"";
+}
+
+T3AttributeValue CollectAttributes(T3Tree_Node* with_list, t3_with_attribute_t kind, T3AttributeMap* map,
+                                   bool gather) {
   T3AttributeValue value;
-  bool found = false;
   for (; with_list->is<T3With>(); with_list = with_list->as<T3With>()->next) {
     auto* with = with_list->as<T3With>();
     if (with->attribute != kind) continue;
     if (!with->attrib_qualifier->is<T3NoRefItem>()) {
-      CollectQualified(with, map);
-    } else if (found) {
-      vexa_filtered_error(ERR_conflicting_unqual_attr, with->position);
+      CollectQualified(with, map, gather);
+    } else if (value.IsEmpty() || gather) {
+      value.texts.push_back({with->attrib_spec, with->override});
     } else {
-      value = {with->attrib_spec, with->override};
-      found = true;
+      vexa_filtered_error(ERR_conflicting_unqual_attr, with->position);
     }
   }
   return value;
 }
 
-T3AttributeValue ExtractUnqualifiedAttribute(T3Tree_Node* with_list, t3_with_attribute_t kind) {
-  for (; with_list->is<T3With>(); with_list = with_list->as<T3With>()->next) {
-    auto* with = with_list->as<T3With>();
-    if (with->attribute == kind && with->attrib_qualifier->is<T3NoRefItem>())
-      return {with->attrib_spec, with->override};
-  }
-  return {};
-}
-
 T3Tree_Node* CreateWithSpec(const T3AttributeValue& value, t3_with_attribute_t kind,
                             const T3AttributeMap& map, const tPosition& position) {
   T3Tree_Node* list = _sgT3NoWith();
+  const auto put_in_front = [&](const T3AttributeValue& said, const auto& qualifier) {
+    for (auto text = said.texts.rbegin(); text != said.texts.rend(); ++text)
+      list = gT3AST.mT3With(position, list, kind, text->override, qualifier(), text->text);
+  };
   for (const auto& [name, entry] : map) {
-    T3Tree_Node* reference = gT3AST.mT3AttrRefIdentifier(position, name);
-    T3Tree_Node* item = gT3AST.mT3RefItem(position, _sgT3NoRefItem(), reference);
-    list = gT3AST.mT3With(position, list, kind, entry.override, item, entry.text);
+    put_in_front(entry, [&, field = name] {
+      T3Tree_Node* reference = gT3AST.mT3AttrRefIdentifier(position, field);
+      return gT3AST.mT3RefItem(position, _sgT3NoRefItem(), reference);
+    });
   }
-  if (value.IsEmpty()) return list;
-  return gT3AST.mT3With(position, list, kind, value.override, _sgT3NoRefItem(), value.text);
+  put_in_front(value, [] { return _sgT3NoRefItem(); });
+  return list;
 }
 
 T3Tree_Node* AppendWithSpec(T3Tree_Node* a, T3Tree_Node* b) {
@@ -209,14 +240,14 @@ T3Tree_Node* AppendWithSpec(T3Tree_Node* a, T3Tree_Node* b) {
 }
 
 T3AttributeValue JoinGlobalAttributes(const T3AttributeValue& outer, const T3AttributeValue& inner) {
-  return !inner.IsEmpty() && !outer.override ? inner : outer;
+  return !inner.IsEmpty() && !outer.Overrides() ? inner : outer;
 }
 
 T3HiddenAttributes JoinAttributeMaps(T3AttributeMap* map, const T3AttributeMap& inner) {
   T3HiddenAttributes hidden;
   for (const auto& [name, value] : inner) {
     const auto [entry, added] = map->try_emplace(name, value);
-    if (!added && entry->second.override) continue;
+    if (!added && entry->second.Overrides()) continue;
     hidden.emplace_back(name, added ? T3AttributeValue() : entry->second);
     entry->second = value;
   }

@@ -2,6 +2,7 @@
 // hold for it, array types and types written inside others get declarations of their own.
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
@@ -9,12 +10,19 @@
 #include "frontend/T3Tree.h"
 
 /// The text of a `with` attribute with its double quotes, and whether it overrides those further inside.
-/// The empty text means no attribute.
-struct T3AttributeValue {
+struct T3AttributeText {
   tStringRef text = gStringM.EmptyString();
   bool override = false;
+};
+/// What the statements of one kind say of one thing. Several say something only where variants are gathered;
+/// none means no attribute.
+struct T3AttributeValue {
+  std::vector<T3AttributeText> texts;
 
-  bool IsEmpty() const { return StringM::StLength(text) == 0; }
+  bool IsEmpty() const { return texts.empty(); }
+  bool Overrides() const {
+    return std::any_of(texts.begin(), texts.end(), [](const T3AttributeText& text) { return text.override; });
+  }
 };
 using T3AttributeMap = std::map<tIdent, T3AttributeValue>;
 /// What the entries of a map were before an inner level came; the empty attribute for none.
@@ -27,10 +35,12 @@ extern tStringRef vexa_encoder_BER, vexa_encoder_BER_INDEFINITE_LENGTH_variation
 void BeginT3Attributes();
 
 /// The unqualified attribute of a kind, or an empty one; the qualified ones go to `map` by their names.
-/// Reports what is given twice.
-T3AttributeValue CollectAttributes(T3Tree_Node* with_list, t3_with_attribute_t kind, T3AttributeMap* map);
-/// The first unqualified attribute of a kind, without reports.
-T3AttributeValue ExtractUnqualifiedAttribute(T3Tree_Node* with_list, t3_with_attribute_t kind);
+/// Reports what is given twice, unless all is to be gathered.
+T3AttributeValue CollectAttributes(T3Tree_Node* with_list, t3_with_attribute_t kind, T3AttributeMap* map,
+                                   bool gather = false);
+/// Whether the variants where an encoding is in force are gathered: those that describe messages bit by bit
+/// or word by word do so in many statements.
+bool GathersVariants(const T3AttributeValue& encode);
 /// A new `with` list of one kind: the attribute of the whole, then the qualified ones by descending name.
 T3Tree_Node* CreateWithSpec(const T3AttributeValue& value, t3_with_attribute_t kind,
                             const T3AttributeMap& map, const tPosition& position);

@@ -1,5 +1,6 @@
 // Declarations for types that have none: array types, and types written inside other types.
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "frontend/T3Attributes.h"
@@ -72,9 +73,59 @@ T3Tree_Node** InsertAll(T3Tree_Node** link, const std::vector<T3TypeDecl*>& decl
   return link;
 }
 
+// The names of a module's declarations, so that none is given twice.
+class NamesOfModule {
+ public:
+  explicit NamesOfModule(T3Module* module) : module_(module) {}
+  /// The name, or where it is taken the first free one of those with a number behind it.
+  tIdent Free(const std::string& name);
+
+ private:
+  bool IsTaken(tIdent name);
+  void AddDeclared();
+
+  T3Module* module_;
+  std::vector<tIdent> given_;
+  // Gathered when a name comes up that was seen before: most are new to the whole run.
+  std::unordered_set<tIdent> taken_;
+};
+
+void NamesOfModule::AddDeclared() {
+  std::vector<T3Tree_Node*> rest{module_->definition_part};
+  while (!rest.empty()) {
+    T3Tree_Node* decl = rest.back();
+    rest.pop_back();
+    for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) {
+      taken_.insert(decl->as<_T3Decl>()->name);
+      if (auto* group = decl->try_as<T3GroupDecl>()) rest.push_back(group->body);
+    }
+  }
+}
+
+bool NamesOfModule::IsTaken(tIdent name) {
+  if (taken_.empty()) AddDeclared();
+  taken_.insert(given_.begin(), given_.end());
+  given_.clear();
+  return taken_.contains(name);
+}
+
+tIdent NamesOfModule::Free(const std::string& name) {
+  std::string candidate = name;
+  for (long number = 1;; ++number) {
+    const tIdent last = gIdents.MaxIdent();
+    const tIdent id = gIdents.MakeIdent(candidate);
+    if (id > last || !IsTaken(id)) {
+      given_.push_back(id);
+      return id;
+    }
+    candidate = name + '_' + std::to_string(number);
+  }
+}
+
 // The declarations that nested types of one declaration of the module get.
 class InlinedTypes {
  public:
+  explicit InlinedTypes(NamesOfModule& names) : names_(names) {}
   /// Works through a declaration, and a group through all that stand in it.
   void Explicify(T3Tree_Node* decl);
   const std::vector<T3TypeDecl*>& Decls() const { return explicit_inlined_types_; }
@@ -88,6 +139,7 @@ class InlinedTypes {
   void ExplTypeParts(const Work& work);
   T3Tree_Node* ExplType(T3Tree_Node* type, const std::string& name);
 
+  NamesOfModule& names_;
   std::vector<T3TypeDecl*> explicit_inlined_types_;
   std::vector<Work> work_;
 };
@@ -117,7 +169,7 @@ T3Tree_Node* InlinedTypes::ExplType(T3Tree_Node* type, const std::string& name) 
   const tPosition position = type->as<_T3Type>()->position;
   if (auto* array = type->try_as<T3ArrayType>(); array != nullptr && array->explicit_type != nullptr)
     return TypeReferenceTo(array->explicit_type->as<T3TypeDecl>()->name, position);
-  const tIdent id = gIdents.MakeIdent(name);
+  const tIdent id = names_.Free(name);
   explicit_inlined_types_.push_back(ImplicitDecl(position, id, type));
   work_.push_back({type, id});
   return TypeReferenceTo(id, position);
@@ -204,8 +256,9 @@ void ExplicifyInlinedTypes(T3Tree_Node* root) {
   T3Tree_Node* module = root->is<T3Builtin>() ? root->as<T3Builtin>()->module : root;
   for (; module->is<T3Module>(); module = module->as<T3Module>()->next) {
     T3Tree_Node** link = &module->as<T3Module>()->definition_part;
+    NamesOfModule names(module->as<T3Module>());
     while ((*link)->is<_T3Decl>()) {
-      InlinedTypes types;
+      InlinedTypes types(names);
       types.Explicify(*link);
       link = InsertAll(link, types.Decls());
       link = &(*link)->as<_T3Decl>()->next;

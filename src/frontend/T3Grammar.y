@@ -174,7 +174,6 @@ struct_body:
 struct_name:
     type_name
   | identifier formal_pars
-      { WarnOfTypeParameters(@2, $2.node); }
   ;
 
 field_list:
@@ -2481,7 +2480,7 @@ module_objid:
     kw_objid LeftBrace module_objid_items module_objid_item RightBrace
       {
         $$.node = t.mT3ObjectIdentifierLiteral(@1, Reverse(t.mT3ObjIdItem(@4, $3.node, $4.node)));
-        if (!Repaired(@1)) vexa_error("'objid' is currently not supported", @1);
+        if (!state.repaired) vexa_error("'objid' is currently not supported", @1);
       }
   ;
 
@@ -2629,6 +2628,11 @@ permutation_item:
     template_body
       {
         $$.node = t.mT3FieldValue(@1, _sgT3NoFieldValue(), _sgT3NoFieldSpec(), $1.node, t3_permutation_kind_t::No);
+      }
+  | permutation_value
+      {
+        Report(ERR_permutation_illegal, $1.node, @1);
+        $$.node = t.mT3FieldValue(@1, _sgT3NoFieldValue(), _sgT3NoFieldSpec(), t.mT3CompoundValue(@1, $1.node), t3_permutation_kind_t::No);
       }
   ;
 

@@ -62,62 +62,74 @@ bool IsGuardOperation(int symbol) {
                                             kSym_kw_trigger, kSym_kw_done,     kSym_kw_killed};
   return std::find(operations.begin(), operations.end(), symbol) != operations.end();
 }
+}  // namespace
+
+/// What settles a conflict; the shift stands where it does not hold.
+enum class T3Parser::Test {
+  /// The name before the dot is no field's: no assignment to it follows.
+  NoQualifiedField,
+  /// An operation that an alternative waits for stands behind the dot.
+  GuardOperation,
+  /// A list of recipients is being read.
+  AddressList,
+  /// The head of an alternative is being read: the bracket begins the next one.
+  AlternativeHead,
+  /// No object identifier stands behind the dot.
+  NoObjIdValue,
+  /// More than a number stands in the parentheses.
+  NoNumberForm
+};
+
+/// Where a test is asked: the rule that is reduced, instead of shifting `symbol`, where it holds.
+struct T3Parser::Condition {
+  int rule;
+  int symbol;
+  Test test;
+
+  /// The condition for a rule that lost against a symbol, or null.
+  static const Condition* For(int rule, int symbol);
+};
+
+const T3Parser::Condition* T3Parser::Condition::For(int rule, int symbol) {
+  static constexpr Condition conditions[] = {
+      {kRule_plain_id_1, kSym_Dot, Test::NoQualifiedField},
+      {kRule_variable_ref_1, kSym_Dot, Test::GuardOperation},
+      {kRule_variable_ref_2, kSym_Dot, Test::GuardOperation},
+      {kRule_template_instance_1, kSym_Comma, Test::AddressList},
+      {kRule_simple_template_2, kSym_RightParen, Test::AddressList},
+      {kRule_parameterized_id_3, kSym_LeftBracket, Test::AlternativeHead},
+      {kRule_ref_tail_3, kSym_LeftBracket, Test::AlternativeHead},
+      {kRule_builtin_type_9, kSym_LeftBrace, Test::NoObjIdValue},
+      {kRule_actual_par_prefix_1, kSym_integer_value, Test::NoNumberForm},
+  };
+  for (const Condition& condition : conditions)
+    if (condition.rule == rule && condition.symbol == symbol) return &condition;
+  return nullptr;
+}
 
 /// A stack of states that looks at another one without copying it: reductions take from below as needed.
-class Overlay {
+class T3Parser::Overlay {
  public:
-  explicit Overlay(std::span<const int> states) : states_(states), kept_(states.size()) {}
+  explicit Overlay(const Stack& stack) : stack_(stack), kept_(stack.size()) {}
 
-  int Top() const { return top_.empty() ? states_[kept_ - 1] : top_.back(); }
+  size_t size() const { return kept_ + top_.size(); }
+  int back() const { return at(size() - 1); }
+  int at(size_t depth) const { return depth < kept_ ? stack_.at(depth) : top_[depth - kept_]; }
+  bool InAddressList() const { return stack_.IsAddressList(size() - 1) && size() - 1 <= kept_; }
   void Push(int state) { top_.push_back(state); }
   void Reduce(int rule) {
     const T3RuleRow& row = At(gParserRules, rule);
     int length = row.length;
     for (; length > 0 && !top_.empty(); --length) top_.pop_back();
     kept_ -= static_cast<size_t>(length);
-    Push(Goto(Top(), row));
+    Push(Goto(back(), row));
   }
-  /// Reduces until `symbol` can be shifted, and shifts it; false when that never comes.
-  bool Take(int symbol) {
-    for (;;) {
-      const int action = TableAction(Top(), symbol);
-      if (action == 0) return false;
-      if (action > 0) {
-        Push(action);
-        return true;
-      }
-      Reduce(-action);
-    }
-  }
-  bool AtEnd() const { return Top() == kFinalState; }
 
  private:
-  std::span<const int> states_;
+  const Stack& stack_;
   size_t kept_;
   std::vector<int> top_;
 };
-
-bool Accepts(std::span<const int> states, int symbol) {
-  return Overlay(states).Take(symbol);
-}
-
-/// Whether `symbol` could come next on the stack that `overlay` shows.
-bool CouldContinue(const Overlay& overlay, int symbol) {
-  const int action = TableAction(overlay.Top(), symbol);
-  if (action >= 0) return action > 0;
-  return Overlay(overlay).Take(symbol);
-}
-
-/// The tokens that could continue from a stack.
-std::vector<bool> Expected(std::span<const int> states) {
-  std::vector<bool> set(static_cast<size_t>(kSymbolCount));
-  const Overlay overlay(states);
-  for (int symbol = 0; symbol < kSymbolCount; ++symbol)
-    set[static_cast<size_t>(symbol)] = symbol != 1 && symbol != 2 && CouldContinue(overlay, symbol);
-  return set;
-}
-
-}  // namespace
 
 T3Parser::T3Parser(T3Scanner* scanner, Errors* errors)
     : scanner_(scanner), errors_(errors), stack_(kStart), buffer_(kFirstTokens) {
@@ -130,7 +142,8 @@ void T3Parser::Reset() {
   first_ = end_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
-  gRepairedTo = NoPosition;
+  inserted_.clear();
+  gRepairedNodes.clear();
   errors_found_ = 0;
   given_up_ = false;
 }
@@ -149,22 +162,60 @@ const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
   return buffer_[first_ + ahead];
 }
 
+/// Whether the test of a condition holds for a stack. What lies `ahead` may be unread (kUnread): a test that
+/// depends on it does not hold then.
+template <class States>
+bool T3Parser::Holds(const Condition& condition, const States& states, size_t ahead) {
+  const bool read = ahead != kUnread;
+  switch (condition.test) {
+    case Test::NoQualifiedField:
+      return read && (Peek(ahead + 1).symbol != kSym_identifier || Peek(ahead + 2).symbol != kSym_Assign);
+    case Test::GuardOperation:
+      return read && IsGuardOperation(Peek(ahead + 1).symbol);
+    case Test::AddressList:
+      return states.InAddressList();
+    case Test::AlternativeHead: {
+      // Below a tail lies the name that it goes on from.
+      const size_t root = condition.rule == kRule_ref_tail_3 ? 1 : 0;
+      return gParserAlternative[states.at(states.size() - 1 - At(gParserRules, condition.rule).length -
+                                          root)];
+    }
+    case Test::NoObjIdValue:
+      return read && gParserBehindDot[states.at(states.size() - 2)] &&
+             !Trial(kRule_goal_4, ahead, kSym_kw_objid);
+    case Test::NoNumberForm:
+      return read && Peek(ahead + 1).symbol != kSym_RightParen;
+  }
+  return false;
+}
+
 /// Settles a state in which both a shift and a reduction are possible.
-int T3Parser::Decide(const Stack& stack, int symbol, size_t ahead, int shift) {
-  const int rule = LostRule(stack.back(), symbol);
-  if (rule == 0) return shift;
-  bool reduce = false;
-  if (rule == kRule_plain_id_1 && symbol == kSym_Dot)
-    reduce = Peek(ahead + 1).symbol != kSym_identifier || Peek(ahead + 2).symbol != kSym_Assign;
-  else if (rule == kRule_variable_ref_1 || rule == kRule_variable_ref_2)
-    reduce = IsGuardOperation(Peek(ahead + 1).symbol);
-  else if (rule == kRule_template_instance_1 ||
-           (rule == kRule_simple_template_2 && symbol == kSym_RightParen))
-    reduce = stack.InAddressList();
-  else if (TokenOf(symbol) == T3Token::LeftBrace &&
-           At(gParserRules, rule).left == At(gParserRules, kRule_builtin_type_1).left)
-    reduce = !Trial(kRule_goal_4, ahead, kSym_kw_objid);
-  return reduce ? -rule : shift;
+template <class States>
+int T3Parser::Decide(const States& states, int symbol, size_t ahead, int shift) {
+  const int rule = LostRule(states.back(), symbol);
+  const Condition* condition = rule == 0 ? nullptr : Condition::For(rule, symbol);
+  return condition != nullptr && Holds(*condition, states, ahead) ? -rule : shift;
+}
+
+/// Reduces until `symbol`, which lies `ahead`, can be shifted, and shifts it; false when that never comes.
+bool T3Parser::Take(Overlay& states, int symbol, size_t ahead) {
+  for (;;) {
+    int action = TableAction(states.back(), symbol);
+    if (action > 0 && gParserFirstLost[states.back()] >= 0) action = Decide(states, symbol, ahead, action);
+    if (action == 0) return false;
+    if (action > 0) {
+      states.Push(action);
+      return true;
+    }
+    states.Reduce(-action);
+  }
+}
+
+/// Whether `symbol` could come next on the stack that `states` shows.
+bool T3Parser::CouldContinue(const Overlay& states, int symbol, size_t ahead) {
+  if (TableAction(states.back(), symbol) == 0) return false;
+  Overlay changed(states);
+  return Take(changed, symbol, ahead);
 }
 
 inline int T3Parser::Action(const Stack& stack, size_t ahead) {
@@ -270,6 +321,12 @@ inline void T3Parser::Shift(int state, const Token& token) {
   PushState(stack_, state, token.symbol, 0);
 }
 
+/// What lies from `depth` of the stack on, an inserted token with it, becomes one value there.
+void T3Parser::JoinInserted(size_t depth) {
+  while (!inserted_.empty() && inserted_.back() >= depth) inserted_.pop_back();
+  inserted_.push_back(depth);
+}
+
 [[gnu::always_inline]] inline void T3Parser::Reduce(int rule) {
   const T3RuleRow& row = At(gParserRules, rule);
   if (row.plain) return stack_.Replace(Goto(stack_.BelowTop(), row));
@@ -277,7 +334,13 @@ inline void T3Parser::Shift(int state, const Token& token) {
   const size_t depth = stack_.size();
   T3Value& place = ValueAt(depth - length);
   T3Value result = length > 0 ? place : T3Value{{}, Peek(0).attribute.Position};
+  const bool repaired = !inserted_.empty() && inserted_.back() >= depth - length;
+  if (repaired) [[unlikely]]
+    JoinInserted(depth - length);
+  state_.repaired = repaired;
   T3Actions(rule, result, &place + length - 1, state_);
+  if (repaired) [[unlikely]]
+    gRepairedNodes.insert(result.node);
   place = result;
   stack_.Pop(length);
   stack_.Push(Goto(stack_.back(), row));
@@ -321,11 +384,12 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessage(kCodeSyntaxError, kError, position);
   errors_->ErrorMessageI(kCodeTokenFound, kError, position, kInfoText,
                          yyGetTokenName(static_cast<unsigned short>(token.token)));
-  const std::vector<bool> set = Expected(stack_.states());
+  const Overlay states(stack_);
   std::string text;
-  for (size_t symbol = 0; symbol < set.size(); ++symbol) {
-    if (!set[symbol]) continue;
-    const std::string name = yyGetTokenName(static_cast<unsigned short>(TokenOf(static_cast<int>(symbol))));
+  for (int symbol = 0; symbol < kSymbolCount; ++symbol) {
+    // 1 and 2 are no tokens.
+    if (symbol == 1 || symbol == 2 || !CouldContinue(states, symbol, kUnread)) continue;
+    const std::string name = yyGetTokenName(static_cast<unsigned short>(TokenOf(symbol)));
     if (text.size() + 1 + name.size() > kExpectedTextLimit) break;
     if (!text.empty()) text += ' ';
     text += name;
@@ -333,23 +397,24 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessageI(kCodeExpectedTokens, kError, position, kInfoText, text.c_str());
 }
 
-/// Whether a token could continue at some state of the way that continuation tokens lead to the end.
-bool T3Parser::CouldRestart(int symbol) const {
+/// Whether the next token could continue at some state of the way that continuation tokens lead to the end.
+bool T3Parser::CouldRestart() {
+  const int symbol = Peek(0).symbol;
   if (symbol == 0) return true;
-  Overlay path(stack_.states());
+  Overlay path(stack_);
   for (long step = 0; step < kMaxInsertions; ++step) {
-    if (CouldContinue(path, symbol)) return true;
-    const int next = gParserContinuation[path.Top()];
+    if (CouldContinue(path, symbol, 0)) return true;
+    const int next = gParserContinuation[path.back()];
     if (next < 0)
       path.Reduce(-next);
-    else if (next == 0 || !path.Take(next))
+    else if (next == 0 || !Take(path, next, kUnread))
       break;
   }
   return false;
 }
 
 void T3Parser::InsertUntilAccepted() {
-  for (long inserted = 0; !Accepts(stack_.states(), Peek(0).symbol); ++inserted) {
+  for (long inserted = 0; !CouldContinue(Overlay(stack_), Peek(0).symbol, 0); ++inserted) {
     if (inserted == kMaxInsertions) {
       given_up_ = true;
       return;
@@ -374,6 +439,7 @@ void T3Parser::InsertUntilAccepted() {
                            yyGetTokenName(static_cast<unsigned short>(token.token)));
     // What begins with it was not written.
     token.attribute.Position = NoPosition;
+    inserted_.push_back(stack_.size());
     Shift(action, token);
   }
 }
@@ -389,12 +455,15 @@ void T3Parser::Recover() {
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
   std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
   bool skipped = false;
-  while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart(Peek(0).symbol)) {
+  while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart()) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
     DropToken();
     skipped = true;
   }
-  if (skipped) errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);
-  gRepairedTo = Peek(0).attribute.Position;
+  if (skipped) {
+    errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);
+    // What was being read is not what was written.
+    JoinInserted(stack_.size() - 1);
+  }
   InsertUntilAccepted();
 }

@@ -3,7 +3,8 @@
 // the parse always reaches the end of the file.
 #pragma once
 
-#include <span>
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,7 @@ class T3Parser {
     explicit Stack(int start) : states_(kFirstRoom), depth_(1) { states_[0] = start; }
     size_t size() const { return depth_; }
     int back() const { return states_[depth_ - 1]; }
-    std::span<const int> states() const { return {states_.data(), depth_}; }
+    int at(size_t depth) const { return states_[depth]; }
     void Push(int state) {
       if (depth_ == states_.size()) [[unlikely]]
         states_.resize(2 * depth_);
@@ -58,6 +59,11 @@ class T3Parser {
     bool InAddressList() const {
       // On top lies the first element, below it the parenthesis.
       return innermost_list_ != 0 && innermost_list_ == depth_ - 1;
+    }
+    /// Whether a list of recipients was opened at a depth.
+    bool IsAddressList(size_t depth) const {
+      return depth != 0 &&
+             (depth == innermost_list_ || std::ranges::find(outer_lists_, depth) != outer_lists_.end());
     }
 
    private:
@@ -84,18 +90,29 @@ class T3Parser {
   void DropToken() {
     if (++first_ == end_) first_ = end_ = 0;
   }
-  int Decide(const Stack& stack, int symbol, size_t ahead, int shift);
+  class Overlay;
+  /// In place of a number of tokens ahead: what stands there is not known.
+  static constexpr size_t kUnread = SIZE_MAX;
+  enum class Test;
+  struct Condition;
+  template <class States>
+  bool Holds(const Condition& condition, const States& states, size_t ahead);
+  template <class States>
+  int Decide(const States& states, int symbol, size_t ahead, int shift);
+  bool Take(Overlay& states, int symbol, size_t ahead);
+  bool CouldContinue(const Overlay& states, int symbol, size_t ahead);
   int Action(const Stack& stack, size_t ahead);
   void PushState(Stack& stack, int state, int symbol, size_t ahead);
   bool Trial(int goal_rule, size_t ahead, int first_symbol);
   void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
+  void JoinInserted(size_t depth);
   T3Value& ValueAt(size_t at);
   void RefuseDepth();
   void Recover();
   void ReportFault(const Token& token);
-  bool CouldRestart(int symbol) const;
+  bool CouldRestart();
   void InsertUntilAccepted();
 
   T3Scanner* scanner_;
@@ -108,6 +125,9 @@ class T3Parser {
   std::vector<Token> buffer_;
   size_t first_ = 0;
   size_t end_ = 0;
+  // The depths of the values that a repair touched, lowest first: they hold a token that it inserted, or
+  // others were left out behind them.
+  std::vector<size_t> inserted_;
   T3ParserState state_;
   T3Token last_shifted_ = T3Token::EndOfFile;
   long errors_found_ = 0;

@@ -16,13 +16,8 @@ Node NoType() {
   return node;
 }
 
-bool Repaired(const tPosition& position) {
-  return position.Line < gRepairedTo.Line ||
-         (position.Line == gRepairedTo.Line && position.Column < gRepairedTo.Column);
-}
-
-void Report(const _vexa_error_message_t& row, const tPosition& position, const char* argument) {
-  if (Repaired(position)) return;
+void Report(const _vexa_error_message_t& row, Node node, const tPosition& position, const char* argument) {
+  if (gRepairedNodes.contains(node)) return;
   if (argument == nullptr)
     vexa_filtered_error(row, position);
   else
@@ -126,11 +121,6 @@ Node VarDecl(const tPosition& position, tIdent name, Node dimensions, Node value
 
 Node TypeDecl(const tPosition& position, tIdent name, Node type) {
   return t.mT3TypeDecl(position, _sgT3NoDecl(), name, _sgT3NoWith(), type);
-}
-
-void WarnOfTypeParameters(const tPosition& position, Node parameters) {
-  if (T3Is<_T3FormalPar>(parameters))
-    vexa_warning(gT3CommandLine.CommonVerbosity(), "formal parameters of a type are ignored", position);
 }
 
 Node TemplateDecl(const tPosition& position, long restriction, Node header, Node modifies, Node body) {
@@ -327,7 +317,7 @@ Node Exceptions(Node imports) {
   for (auto* decl = imports->try_as<_T3ImportDecl>(); decl != nullptr;
        decl = decl->next->try_as<_T3ImportDecl>()) {
     if (auto* all = decl->try_as<T3ImportAllDecl>()) {
-      if (T3Is<_T3ImportException>(all->exceptions)) Report(ERR_nested_except, all->position);
+      if (T3Is<_T3ImportException>(all->exceptions)) Report(ERR_nested_except, all, all->position);
       list = t.mT3ImportAllException(list, all->import_restr);
     } else {
       list = t.mT3ImportException(list, KindOfImport(decl), decl->object);
@@ -369,14 +359,6 @@ Node PrependFieldValue(Node first, Node list) {
   return first;
 }
 
-static bool HoldsPermutation(T3FieldValue* element) {
-  auto* compound = element->value->try_as<T3CompoundValue>();
-  if (compound == nullptr) return false;
-  for (Node node = compound->value; auto* field = node->try_as<T3FieldValue>(); node = field->next)
-    if (field->permutation_kind != t3_permutation_kind_t::No) return true;
-  return false;
-}
-
 /// A bound for the elements that are not listed: the given one less the number of those that are.
 static Node BoundOfRest(Node bound, size_t listed) {
   const auto reduce = [listed](Node limit) -> Node {
@@ -409,7 +391,6 @@ Node FixPermutation(Node elements, Node length) {
   size_t listed = 0;
   for (auto* element = elements->try_as<T3FieldValue>(); element != nullptr;) {
     auto* next = element->next->try_as<T3FieldValue>();
-    if (HoldsPermutation(element)) Report(ERR_permutation_illegal, element->position);
     if (element->value->is<T3AnyOrOmit>()) {
       any = element;
     } else {
@@ -507,7 +488,7 @@ Node ApplyOperation(Node reference, Node operation) {
 
 Node InvocationArgument(Node node) {
   if (T3Is<_T3Expression>(node)) return node;
-  Report(ERR_expected, PositionOf(node), "Invocation");
+  Report(ERR_expected, node, PositionOf(node), "Invocation");
   return _sgT3NoExpression();
 }
 

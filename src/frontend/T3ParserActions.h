@@ -14,10 +14,9 @@ using Node = T3Tree_Node*;
 inline Node Reverse(Node list) {
   return gT3AST.ReverseT3Tree(list);
 }
-/// Whether what begins at `position` was inserted, or was not yet complete at the last repair.
-bool Repaired(const tPosition& position);
-/// Reports a fault of meaning, unless what begins at `position` was repaired.
-void Report(const _vexa_error_message_t& row, const tPosition& position, const char* argument = nullptr);
+/// Reports a fault of what a node means at its position, unless a repair touched the node.
+void Report(const _vexa_error_message_t& row, Node node, const tPosition& position,
+            const char* argument = nullptr);
 /// The node that stands where no type is given.
 Node NoType();
 /// A reference to a type; keeps the position of the name.
@@ -45,8 +44,6 @@ Node TypeItems(Node declarations, Node type);
 Node VarItems(Node declarations, Node type, long restriction);
 Node VarDecl(const tPosition& position, tIdent name, Node dimensions, Node value);
 Node TypeDecl(const tPosition& position, tIdent name, Node type);
-/// The tree has no place for the parameters of a type.
-void WarnOfTypeParameters(const tPosition& position, Node parameters);
 Node TemplateDecl(const tPosition& position, long restriction, Node header, Node modifies, Node body);
 Node InlineTemplate(const tPosition& position, Node type, Node body, Node modifies);
 Node SignatureDecl(const tPosition& position, tIdent name, Node parameters, const T3Value& result,

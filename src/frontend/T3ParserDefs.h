@@ -2,12 +2,14 @@
 // state that one action leaves for another. All of it is reset when a module begins or ends.
 #pragma once
 
+#include <unordered_set>
+
 #include "driver/modules/T3Global.h"
 #include "support/Idents.h"
 #include "support/Position.h"
 
 struct T3Tree_Node;
 
-/// Where the last repair of the file let the parse go on; line 0 before the first. What began before it was
-/// read in pieces, so that faults of its meaning are not told.
-inline tPosition gRepairedTo;
+/// The nodes of the file that hold a token which a repair inserted, or behind which it left some out: faults
+/// of their meaning are not told.
+inline std::unordered_set<const T3Tree_Node*> gRepairedNodes;

@@ -115,10 +115,10 @@ Node InvocationStatement(const tPosition& position, Node node) {
       break;
   }
   if (operation != nullptr) {
-    Report(ERR_not_allowed_as_call, position, operation);
+    Report(ERR_not_allowed_as_call, node, position, operation);
   } else if (!T3Is<T3Parameterization>(node) && !T3Is<T3Execute>(node) && !T3Is<T3Activate>(node) &&
              !T3Is<T3Match>(node) && !T3Is<T3ValueOf>(node)) {
-    Report(ERR_expected, position, "Invocation");
+    Report(ERR_expected, node, position, "Invocation");
   }
   return t.mT3InvocationStmt(position, _sgT3NoStmt(), node);
 }
@@ -134,19 +134,19 @@ static bool IsElse(Node alternative) {
   return guarded != nullptr && T3Is<T3NoStmt>(guarded->operation);
 }
 
+// Of several [else] branches the blocks are kept as a list, for the analysis to refuse.
 Node AltStatement(const tPosition& position, Node alternatives, const tPosition& end) {
   Node otherwise = _sgT3NoStmt();
   Node kept = _sgT3NoAlt();
   while (auto* alternative = alternatives->try_as<_T3Alt>()) {
     alternatives = alternative->next;
     if (IsElse(alternative)) {
-      if (alternatives->is<_T3Alt>()) Report(ERR_alt_else, alternative->position);
-      otherwise = alternative->body;
+      otherwise = PrependStatements(otherwise, alternative->body);
     } else {
       kept = PrependAlt(kept, alternative);
     }
   }
-  auto* statement = t.mT3AltStmt(position, _sgT3NoStmt(), Reverse(kept), otherwise);
+  auto* statement = t.mT3AltStmt(position, _sgT3NoStmt(), Reverse(kept), Reverse(otherwise));
   statement->end_position = end;
   return statement;
 }
@@ -159,7 +159,7 @@ Node InterleaveStatement(const tPosition& position, Node first, Node tail, const
 
 Node AltstepBranch(const tPosition& position, Node guard, Node reference, Node block) {
   if (!T3Is<T3Parameterization>(reference))
-    Report(ERR_expected, reference->as<_T3Expression>()->position, "altstep invocation");
+    Report(ERR_expected, reference, reference->as<_T3Expression>()->position, "altstep invocation");
   return t.mT3TestStepRefAlt(position, _sgT3NoAlt(), guard, block, reference);
 }
 

@@ -57,6 +57,10 @@ extern const T3LostReduction gParserLostReductions[];
 extern const short gParserFirstLost[];
 /// Whether a list of recipients may begin in a state. One entry for each state.
 extern const bool gParserRecipient[];
+/// Whether an alternative's head begins in a state. One entry for each state.
+extern const bool gParserAlternative[];
+/// Whether the symbol that led to a state is a dot. One entry for each state.
+extern const bool gParserBehindDot[];
 
 /// What actions leave for later actions of the same file.
 struct T3ParserState {
@@ -68,6 +72,8 @@ struct T3ParserState {
   tPosition module_position;
   tStringRef gLangSpec = nullptr;
   bool gRecursiveSa = false;
+  /// A repair touched what is being reduced.
+  bool repaired = false;
   /// The position of the last token shifted.
   tPosition last_token;
 };

@@ -83,6 +83,15 @@ LargeBlock ReadAll(int handle, size_t& size) {
   }
   return text;
 }
+
+// The number of bytes of a character: more than one where the first begins a sequence that is there.
+size_t LengthOfCharacter(const char* at) {
+  const auto lead = static_cast<unsigned char>(*at);
+  const size_t length = lead >= 0xf0 && lead < 0xf5 ? 4 : lead >= 0xe0 ? 3 : lead >= 0xc2 ? 2 : 1;
+  for (size_t i = 1; i < length; ++i)
+    if ((static_cast<unsigned char>(at[i]) & 0xc0) != 0x80) return 1;
+  return length;
+}
 }  // namespace
 
 const char* yyGetTokenName(unsigned short token) {
@@ -244,6 +253,7 @@ bool T3Scanner::SkipComment() {
     }
   }
   gErrors.Message("unterminated comment", kError, comment_position);
+  gErrors.ExcuseSyntaxError(Here(end_));
   return false;
 }
 
@@ -317,9 +327,15 @@ T3Token T3Scanner::ScanToken() {
   return IllegalByte();
 }
 
+// Behind a syntax error of its line a byte says nothing new, and one in its line follows from it.
 T3Token T3Scanner::IllegalByte() {
-  const char byte = *next_++;
-  gErrors.MessageI("illegal character", kError, attribute_.Position, kInfoCharacter, &byte);
+  const std::string text(next_, LengthOfCharacter(next_));
+  next_ += text.size();
+  if (gErrors.HasSyntaxError(attribute_.Position)) return T3Token::EndOfFile;
+  const bool one = text.size() == 1;
+  gErrors.MessageI("illegal character", kError, attribute_.Position, one ? kInfoCharacter : kInfoText,
+                   text.c_str());
+  gErrors.ExcuseSyntaxError(attribute_.Position);
   // A file that is no text at all ends here, and not after a message for each of its bytes.
   vexa_check_limit();
   return T3Token::EndOfFile;
@@ -349,7 +365,7 @@ T3Token T3Scanner::NameOrKeyword() {
 // A text behind the keyword has its own rules; any other token behind it, or a comment, takes them away.
 T3Token T3Scanner::PatternKeyword() {
   const char* at = next_;
-  while (*at == ' ' || *at == '\t' || *at == '\n') ++at;
+  while (*at == ' ' || *at == '\t' || *at == '\r' || *at == '\n') ++at;
   at_pattern_ = *at == '"';
   return T3Token::kw_pattern;
 }
@@ -417,6 +433,7 @@ T3Token T3Scanner::Macro() {
 T3Token T3Scanner::Unterminated(const char* what) {
   next_ = end_;
   gErrors.Message(what, kError, attribute_.Position);
+  gErrors.ExcuseSyntaxError(Here(end_));
   return T3Token::EndOfFile;
 }
 

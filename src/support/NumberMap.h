@@ -15,7 +15,7 @@ class NumberMap {
   /// up to the next entry.
   std::pair<Value*, bool> TryEmplace(uint64_t number, const Value& first = {}) {
     if ((used_ + 1) * 2 > slots_.size()) Grow();
-    Slot& slot = Find(number + 1);
+    Slot& slot = slots_[PlaceOf(number + 1)];
     const bool made = slot.key == 0;
     if (made) {
       slot = {number + 1, first};
@@ -24,6 +24,11 @@ class NumberMap {
     return {&slot.value, made};
   }
   Value& operator[](uint64_t number) { return *TryEmplace(number).first; }
+  /// The value of a number, or null where it has none.
+  const Value* Find(uint64_t number) const {
+    const Slot& slot = slots_[PlaceOf(number + 1)];
+    return slot.key == 0 ? nullptr : &slot.value;
+  }
 
   void clear() {
     if (used_ == 0) return;
@@ -40,17 +45,17 @@ class NumberMap {
     Value value{};
   };
 
-  Slot& Find(uint64_t key) {
+  size_t PlaceOf(uint64_t key) const {
     const size_t mask = slots_.size() - 1;
     size_t at = (key * 0x9e3779b97f4a7c15u) >> 32 & mask;
     while (slots_[at].key != 0 && slots_[at].key != key) at = (at + 1) & mask;
-    return slots_[at];
+    return at;
   }
   void Grow() {
     const std::vector<Slot> old = std::move(slots_);
     slots_ = std::vector<Slot>(old.size() * 4);
     for (const Slot& slot : old)
-      if (slot.key != 0) Find(slot.key) = slot;
+      if (slot.key != 0) slots_[PlaceOf(slot.key)] = slot;
   }
 
   std::vector<Slot> slots_;

@@ -10,6 +10,9 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+#include <optional>
 
 namespace {
 // The remembered names, in a list that a signal handler can walk at any moment: entries are never taken
@@ -166,4 +169,25 @@ void OutputFile::Discard() {
   if (stream_ != nullptr) std::fclose(stream_);
   stream_ = nullptr;
   beside_.Remove();
+}
+
+void OutputFile::RemoveOld() {
+  if (!beside_.path().empty()) unlink(place_.c_str());
+}
+
+namespace {
+/// The text of a file behind its first comment; nothing for a file that cannot be read.
+std::optional<std::string> TextBehindComment(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return std::nullopt;
+  std::string text{std::istreambuf_iterator<char>(in), {}};
+  const size_t end = text.starts_with("/*") ? text.find("*/") : std::string::npos;
+  return end == std::string::npos ? text : text.substr(end);
+}
+}  // namespace
+
+bool OutputFile::IsLikeOld() {
+  if (beside_.path().empty() || std::fflush(stream_) != 0) return false;
+  const auto old = TextBehindComment(place_);
+  return old.has_value() && old == TextBehindComment(beside_.path());
 }

@@ -55,6 +55,10 @@ class OutputFile {
   const std::string& path() const { return path_; }
   /// True when everything could be written and the file has taken its place. Ends the writing.
   bool Commit();
+  /// Removes the old file; none stands there until Commit. Not for a path that is written in place.
+  void RemoveOld();
+  /// Whether what has been written is what the old file holds, each behind its first comment.
+  bool IsLikeOld();
   /// Drops what has been written. Ends the writing.
   void Discard();
 

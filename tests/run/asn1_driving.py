@@ -110,7 +110,7 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual((self.folder / "Abi.asn").read_text(), beside)
         self.write("sub/A.asn", LIBRARY)
         self.write("two.asn", LIBRARY + LIBRARY.replace("Lib-Mod", "Second"))
-        for sources, text in ((("A.asn", "Abi.asn"), "would take the names of those of ASN.1 module \"A\""),
+        for sources, text in ((("A.asn", "Abi.asn"), "would be written for module \"Abi\" and for module \"A\""),
                               (("A.asn", "sub/A.asn"), "have the same name"),
                               (("two.asn",), "module \"Second\" stands behind another one")):
             status, out, err = self.orvane("-F", "-A", *sources)

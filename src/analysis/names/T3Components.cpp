@@ -10,6 +10,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
 #include "driver/diagnostics/T3Error.h"
+#include "support/NumberMap.h"
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/FormatText.h"
@@ -18,10 +19,8 @@ namespace {
 constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\"",
                                               vexa_error_severity_t::sev_duplicate, 1};
 
-std::unordered_map<const T3Tree_Node*, T3Tree_Node*>& BaseDecls() {
-  static std::unordered_map<const T3Tree_Node*, T3Tree_Node*> table;
-  return table;
-}
+/// The declarations from which others were copied, by the numbers of the copies.
+NumberMap<T3Tree_Node*>& base_decls = *new NumberMap<T3Tree_Node*>;
 
 // Component types whose lists are merged.
 std::unordered_set<T3Tree_Node*>& ExtendedTypes() {
@@ -339,17 +338,16 @@ class ListBuilder {
 }  // namespace
 
 T3Tree_Node* GetBaseDecl(T3Tree_Node* decl) {
-  for (auto found = BaseDecls().find(decl); found != BaseDecls().end(); found = BaseDecls().find(decl))
-    decl = found->second;
+  while (T3Tree_Node* const* base = base_decls.Find(decl->number)) decl = *base;
   return decl;
 }
 
 void StoreBaseDecl(T3Tree_Node* copy, T3Tree_Node* source) {
-  BaseDecls()[copy] = GetBaseDecl(source);
+  base_decls[copy->number] = GetBaseDecl(source);
 }
 
 bool IsCopiedDecl(const T3Tree_Node* decl) {
-  return !BaseDecls().empty() && BaseDecls().count(decl) != 0;
+  return base_decls.Find(decl->number) != nullptr;
 }
 
 T3Tree_Node* CopyDeclsList(T3Tree_Node* list) {

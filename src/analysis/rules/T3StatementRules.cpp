@@ -39,6 +39,17 @@ void CheckDeclaration(T3Tree_Node* node) {
 
 // ---- Alternatives ----
 
+void CheckElse(T3Tree_Node* node) {
+  auto* alt = node->as<T3AltStmt>();
+  auto* otherwise = alt->else_branch->try_as<_T3Stmt>();
+  if (otherwise == nullptr) return;
+  tPosition last = otherwise->position;
+  for (auto* next = alt->alts->try_as<_T3Alt>(); next != nullptr; next = next->next->try_as<_T3Alt>())
+    last = next->position;
+  if (otherwise->next->is<_T3Stmt>() || Compare(otherwise->position, last) < 0)
+    vexa_filtered_error(ERR_alt_else, alt->position);
+}
+
 void CheckGuard(T3Tree_Node* node) {
   if (AltStatus(node->as<_T3Alt>()->guard) == kChangesSnapshot)
     vexa_filtered_error(ERR_alt_illegal_guard, PositionOf(node));
@@ -229,6 +240,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3GotoStmt, CheckGoto},
     {T3Kind::T3DeclStmt, CheckDeclaration},
     {T3Kind::_T3Alt, CheckGuard},
+    {T3Kind::T3AltStmt, CheckElse},
     {T3Kind::T3AltStmt, WarnOfEffectsInAlt},
     {T3Kind::T3TestStep, WarnOfEffectsInAltstep},
     {T3Kind::T3CallStmt, WarnOfEffectsInCall},

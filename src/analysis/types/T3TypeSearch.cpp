@@ -2,6 +2,7 @@
 // the types that ports and `all` stand for.
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
@@ -159,11 +160,22 @@ void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
   }
 }
 
-void AppendViews(T3Tree_Node* entity, _T3TypeItemList_Attributes& sets) {
-  sets.absolute_types->push_back(AbsoluteTypeDef(entity));
-  sets.local_types->push_back(LocalTypeDef(entity));
-  sets.base_types->push_back(BaseTypeDef(entity));
-}
+// Gathers the views of types; one that is listed again counts once.
+class ListedTypes {
+ public:
+  explicit ListedTypes(_T3TypeItemList_Attributes& sets) : sets_(sets) {}
+  void Append(T3Tree_Node* entity) {
+    T3Tree_Node* absolute = AbsoluteTypeDef(entity);
+    if (!listed_.insert(absolute).second) return;
+    sets_.absolute_types->push_back(absolute);
+    sets_.local_types->push_back(LocalTypeDef(entity));
+    sets_.base_types->push_back(BaseTypeDef(entity));
+  }
+
+ private:
+  _T3TypeItemList_Attributes& sets_;
+  std::unordered_set<const T3Tree_Node*> listed_;
+};
 
 // The sets of a port's type list lie on its head.
 T3PortTypes PortTypes(T3Tree_Node* list) {
@@ -172,15 +184,16 @@ T3PortTypes PortTypes(T3Tree_Node* list) {
     sets.absolute_types = new T3TypeSet;
     sets.local_types = new T3TypeSet;
     sets.base_types = new T3TypeSet;
+    ListedTypes views(sets);
     for (T3Tree_Node* at = list; at->is<T3TypeItem>(); at = at->as<T3TypeItem>()->next) {
       T3Tree_Node* type = at->as<T3TypeItem>()->type;
       if (!type->is<T3AllTypes>()) {
-        AppendViews(type, sets);
+        views.Append(type);
         continue;
       }
       if (at->place == nullptr) continue;
       for (T3Tree_Node* decl : AllTypesOf(at->place->vexa_my_module))
-        if (PartOfAllTypes(BaseTypeDef(decl))) AppendViews(decl, sets);
+        if (PartOfAllTypes(BaseTypeDef(decl))) views.Append(decl);
     }
   }
   return {*sets.absolute_types, *sets.local_types, *sets.base_types};

@@ -1,4 +1,6 @@
 // The candidates that each place of a statement, declaration or type gives to the expression in it.
+#include <unordered_set>
+
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
@@ -60,9 +62,11 @@ T3Candidates OfExceptions(T3Tree_Node* signature) {
   if (type->is<T3ErrorType>()) return {gT3ErrorType};
   if (!type->is<T3SignatureType>()) return Anything();
   T3Candidates result;
+  // One that is listed again counts once.
+  std::unordered_set<const T3Tree_Node*> listed;
   for (T3Tree_Node* at = type->as<T3SignatureType>()->exceptions; at->is<T3TypeItem>();
        at = at->as<T3TypeItem>()->next)
-    result.Add(AbsoluteTypeDef(at), BaseTypeDef(at));
+    if (listed.insert(AbsoluteTypeDef(at)).second) result.Add(AbsoluteTypeDef(at), BaseTypeDef(at));
   return result;
 }
 

@@ -14,6 +14,8 @@ bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module);
 bool mesk_T3Module_generate(T3Tree_Node* module);
 /// A type for which codecs are generated, by its name with underscores.
 void addMESKEntryType(const std::string& name);
+/// A number that tells the entry types noted so far; 0 for none.
+unsigned long EntryTypesDigest();
 /// Writes the entry types; throws internal_exception where the file cannot be made.
 void writeMESKOptionFile(const std::string& path);
 /// Removes the option files of the run.

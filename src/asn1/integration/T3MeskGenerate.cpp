@@ -263,6 +263,13 @@ void addMESKEntryType(const std::string& name) {
   entry_types.insert(name);
 }
 
+unsigned long EntryTypesDigest() {
+  uint64_t digest = 0;
+  for (const std::string& name : entry_types)
+    for (const char c : name + '\n') digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001b3u + 1;
+  return digest;
+}
+
 void writeMESKOptionFile(const std::string& path) {
   std::ofstream file(path);
   if (!file)

@@ -44,6 +44,7 @@ int ParseStage() {
 int OrderStage(std::vector<tIdent>& order) {
   T3ImportPositions positions;
   BuildModuleTable(gT3AST.root, &gT3ModuleMap, &positions);
+  JoinRepeatedModules(gT3CommandLine.modules);
   ExtendModuleTable(gT3CommandLine.modules, gT3ModuleMap);
   std::set<tIdent> requested;
   for (const module_argument_t& argument : gT3CommandLine.modules) requested.insert(argument.name);
@@ -66,6 +67,7 @@ int Stages(int argc, const char** argv) {
   if (const int status = ParseStage(); status != kExitNormal) return status;
   std::vector<tIdent> order;
   if (const int status = OrderStage(order); status != kExitNormal) return status;
+  if (!OutputsAreDistinct(order)) return kExitGeneration;
   if (!AnalyzeSystem(order.begin(), order.end())) return kExitAnalysis;
   if (!GenerateCode()) return kExitGeneration;
   if (!GenerateMakefile(orv_dir)) return kExitMakefile;

@@ -56,6 +56,14 @@ bool ResolveImports(const std::set<tIdent>& requested, const T3ModuleMap& module
 /// Gives each module that is named on the command line its own options.
 void PropagateModuleOptions(const T3ModuleMap& modules);
 
+/// Leaves one of the arguments that name the same module: the first, with the options of the last.
+void JoinRepeatedModules(std::vector<module_argument_t>& arguments);
+
+// What is written (T3ControllerOutputs).
+
+/// Whether no two outputs of the run are one file; reports those that are. `order` are the modules of the run.
+bool OutputsAreDistinct(const std::vector<tIdent>& order);
+
 // Analysis (T3ControllerAnalysis).
 
 /// Analyses the modules in order; false when one has errors.
@@ -68,6 +76,9 @@ bool CheckDependencies(T3Tree_Node* module);
 void PropagateOptimizationInfo(T3Tree_Node* module);
 /// A module must be generated when a module that it imports has changed.
 void PropagateBuildAvoidanceInfo(T3Tree_Node* module);
+/// Whether a changed module shows, perhaps, in the code of one that has been analysed: it imports that
+/// module, be it through others.
+bool ImportsChanged(T3Tree_Node* module);
 
 // Generation (T3ControllerGeneration).
 

@@ -27,6 +27,9 @@ std::vector<T3Module*> ImportedModules(T3Tree_Node* module) {
   return imported;
 }
 
+// The modules that a changed one reaches through imports, over however many steps.
+std::set<const T3Tree_Node*>& with_changed_imports = *new std::set<const T3Tree_Node*>;
+
 bool IsAnalysed(compiler_action_t action) {
   return action != action_parse && action != action_generate_only;
 }
@@ -124,15 +127,20 @@ bool CheckDependencies(T3Tree_Node* module) {
 void PropagateOptimizationInfo(T3Tree_Node* module) {
   if (!module->as<T3Module>()->file_changed) return;
   for (T3Module* imported : ImportedModules(module))
-    if (imported->unused_definitions_removed) imported->code_generation_necessary = true;
+    if (imported->unused_definitions_removed) RequireGeneration(imported);
 }
 
 void PropagateBuildAvoidanceInfo(T3Tree_Node* module) {
-  for (const T3Module* imported : ImportedModules(module)) {
+  for (T3Module* imported : ImportedModules(module)) {
+    if (imported->file_changed || ImportsChanged(imported)) with_changed_imports.insert(module);
     if (!imported->file_changed) continue;
-    module->as<T3Module>()->code_generation_necessary = true;
+    RequireGeneration(module);
     return;
   }
+}
+
+bool ImportsChanged(T3Tree_Node* module) {
+  return with_changed_imports.contains(module);
 }
 
 bool AnalyzeSystem(std::vector<tIdent>::const_iterator begin, std::vector<tIdent>::const_iterator end) {

@@ -5,6 +5,7 @@
 
 #include "FileAPI/CFile.h"
 #include "analysis/walk/T3Stages.h"
+#include "asn1/integration/T3Mesk.h"
 #include "asn1/integration/T3Representation.h"
 #include "build/T3TciModules.h"
 #include "driver/controller/T3Controller.h"
@@ -20,8 +21,26 @@ namespace {
   std::exit(kExitUsage);
 }
 
-bool IsUnchanged(const T3Module* module) {
-  return gT3CommandLine.build_avoidance && !module->file_changed && !module->code_generation_necessary;
+// The entry types that the analysis noted; generation adds some of its own.
+unsigned long entry_types = 0;
+
+// Options that change a module's code, and the types of ASN.1 for which codecs are asked.
+std::string CodeSettings(T3Tree_Node* module) {
+  std::string settings;
+  if (gT3CommandLine.debug) settings += "G";
+  if (gT3CommandLine.template_description_length != 100)
+    settings += FormatText("l%ld", gT3CommandLine.template_description_length);
+  if (GetCodecGeneration(module) != kCodecAll) settings += FormatText("C%d", GetCodecGeneration(module));
+  if (std::getenv("TTCN3_DISABLE_LENGTH_RESTRICTION") != nullptr) settings += "L";
+  const bool asn1 = T3ReprToLanguage(module) == language_asn1;
+  if (asn1 && GetPrefix(module) != "t3_") settings += "P" + GetPrefix(module);
+  if (asn1 && entry_types != 0) settings += FormatText("E%lx", entry_types);
+  return settings;
+}
+
+bool IsUnchanged(T3Module* module) {
+  return gT3CommandLine.build_avoidance && !module->file_changed && !module->code_generation_necessary &&
+         !CodeSettingsChanged(module);
 }
 
 bool CompileModule(T3Tree_Node* module, const char* name) {
@@ -31,13 +50,41 @@ bool CompileModule(T3Tree_Node* module, const char* name) {
   return generated;
 }
 
+// Whether the files of a module are kept where the new ones say the same, and whether they were.
+struct {
+  bool asked = false;
+  bool kept = false;
+} keeping;
+
+void SaySkipped(T3Module* module, const char* name) {
+  vexa_compiler_phases(GetVerbosity(module),
+                       FormatText("Skipping code generation for unchanged module \"%s\"", name));
+}
+
+// What changed may show in the code through several imports, or not: the code tells.
+bool CompileWhereDifferent(T3Module* module, const char* name) {
+  keeping = {true, false};
+  // Code that holds all declarations is compared with such.
+  const int optimize = gT3CommandLine.optimize;
+  if (!module->unused_definitions_removed) gT3CommandLine.optimize = 0;
+  const bool generated = T3Module_generate(module);
+  gT3CommandLine.optimize = optimize;
+  if (keeping.kept)
+    SaySkipped(module, name);
+  else
+    vexa_compiler_phases(GetVerbosity(module), FormatText("Generating code for module \"%s\"", name));
+  keeping = {};
+  CleanupCompilationIntermediateData(module);
+  return generated;
+}
+
 bool GenerateModule(T3Module* module) {
   const compiler_action_t action = GetAction(module);
   const char* name = gIdents.GetCStr(module->name);
+  SetCodeSettings(module, CodeSettings(module));
   if (IsUnchanged(module)) {
-    if (WillGenerateCode(action))
-      vexa_compiler_phases(GetVerbosity(module),
-                           FormatText("Skipping code generation for unchanged module \"%s\"", name));
+    if (action == action_compile && ImportsChanged(module)) return CompileWhereDifferent(module, name);
+    if (WillGenerateCode(action)) SaySkipped(module, name);
     return true;
   }
   if (action == action_generate_only) FetchPrecomppiledAST();
@@ -56,13 +103,14 @@ bool GenerationSteps(T3Tree_Node* module) {
   const std::string base = GetOutputFile(module);
   auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, CFile::kNoLineLimit);
   file->setHeaderMessage(GenerateModuleHeader());
+  if (keeping.asked) file->keepLike();
   TellOutputFiles(module, directory, base);
   ClearOptimizationInfo(module);
   gT3Context.begin(std::move(file));
   RestoreModule_gT3IntegerType(module);
   CGModule(module);
   const bool is_complete = gT3Context.file().valid();
-  gT3Context.end();
+  keeping.kept = !gT3Context.end() && keeping.asked;
   return is_complete;
 }
 }  // namespace
@@ -84,6 +132,7 @@ bool Generate(T3Tree_Node* module) {
 
 bool GenerateCode() {
   bool all = true;
+  entry_types = EntryTypesDigest();
   for (const module_argument_t& argument : gT3CommandLine.modules) {
     const auto found = gT3ModuleMap.find(argument.name);
     if (found != gT3ModuleMap.end()) all = GenerateModule(found->second->as<T3Module>()) && all;

@@ -67,6 +67,17 @@ void ExtendModuleTable(const std::vector<module_argument_t>& arguments, T3Module
   }
 }
 
+void JoinRepeatedModules(std::vector<module_argument_t>& arguments) {
+  std::map<tIdent, size_t> places;
+  size_t kept = 0;
+  for (const module_argument_t& argument : std::vector(arguments)) {
+    const auto [place, is_new] = places.try_emplace(argument.name, kept);
+    arguments[place->second] = argument;
+    if (is_new) ++kept;
+  }
+  arguments.resize(kept);
+}
+
 std::vector<T3Tree_Node*> GetFileModules(tIdent file, const T3ModuleMap& modules) {
   std::vector<T3Tree_Node*> found;
   for (const auto& [name, module] : modules)

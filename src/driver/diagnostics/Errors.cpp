@@ -247,8 +247,9 @@ void Errors::Write(const std::string& text, int message_class, const tPosition& 
 void Errors::WriteCoded(int code, int message_class, const tPosition& position,
                         const std::string* information) {
   if (position.Line != 0) {
-    if (position.Line == last_line_) return;
-    last_line_ = position.Line;
+    const bool told = HasSyntaxError(position) || excused_line_ == LineOf(position);
+    last_line_ = LineOf(position);
+    if (told) return;
   }
   Write(CodeToText(code), message_class, position, information);
 }

@@ -70,6 +70,11 @@ class Errors {
   void MessageI(const std::string& text, int message_class, const tPosition& position, int info_class,
                 const void* information);
 
+  /// Whether the line of a position has had a syntax error.
+  bool HasSyntaxError(const tPosition& position) const { return last_line_ == LineOf(position); }
+  /// A syntax error in the line of a position follows from what was told already, and is left out.
+  void ExcuseSyntaxError(const tPosition& position) { excused_line_ = LineOf(position); }
+
   /// The number of messages of a class since BeginErrors. The parts of a syntax error are counted by
   /// gParseErrors, and not here.
   long Count(int message_class) const;
@@ -97,8 +102,16 @@ class Errors {
 
   ExitRoutine exit_;
   FILE* stream_;
+  // A line of a file; 0 for none.
+  struct Line {
+    uint32_t line = 0;
+    uint32_t file = 0;
+    bool operator==(const Line&) const = default;
+  };
+  static Line LineOf(const tPosition& position) { return {position.Line, position.File}; }
   // The line of the last coded message: one source line gets at most one of them.
-  uint32_t last_line_ = 0;
+  Line last_line_;
+  Line excused_line_;
   // The found token of a syntax error, with the '/' that separates it from the expected ones.
   std::string found_;
   std::array<long, 8> counters_{};

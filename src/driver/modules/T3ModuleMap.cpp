@@ -28,6 +28,27 @@ T3ImportIdentifier* ImportedModule(_T3Decl* decl) {
   return import->from_module->try_as<T3ImportIdentifier>();
 }
 
+// Calls for each module that a list of declarations imports from, those in groups too, in their order.
+template <class Call>
+void ForImportedModules(T3Tree_Node* list, const char* walk, const Call& call) {
+  std::vector<T3Tree_Node*> behind;
+  for (;;) {
+    _T3Decl* decl = DeclOrEnd(list, __LINE__, walk);
+    if (decl == nullptr) {
+      if (behind.empty()) return;
+      list = behind.back();
+      behind.pop_back();
+      continue;
+    }
+    if (const auto* from = ImportedModule(decl)) call(from);
+    list = decl->next;
+    if (const auto* group = decl->try_as<T3GroupDecl>()) {
+      behind.push_back(list);
+      list = group->body;
+    }
+  }
+}
+
 // A module that ASN.1 translation made on behalf of an import, without a source of its own.
 bool HasNoSource(const T3Module* module) {
   return T3Is<T3ASN_1>(module->representation) && module->filename == NoIdent;
@@ -45,25 +66,16 @@ void BuildModuleTable(T3Tree_Node* list, T3ModuleMap* modules, T3ImportPositions
 }
 
 void BuildImportTable(T3Tree_Node* decls, T3ImportPositions* positions) {
-  while (_T3Decl* decl = DeclOrEnd(decls, __LINE__, "T3Control::BuildImportTable")) {
-    if (const auto* from = ImportedModule(decl)) positions->emplace(from->id, from->position);
-    decls = decl->next;
-  }
+  ForImportedModules(decls, "T3Control::BuildImportTable", [positions](const T3ImportIdentifier* from) {
+    positions->emplace(from->id, from->position);
+  });
 }
 
 void GetModuleDeps(T3Tree_Node* node, std::set<tIdent>* deps) {
   T3Module* module = ModuleOrEnd(node, __LINE__, "T3Control::GetModuleDeps");
   if (module == nullptr) return;
-  std::vector<T3Tree_Node*> lists{module->definition_part};
-  while (!lists.empty()) {
-    T3Tree_Node* list = lists.back();
-    lists.pop_back();
-    while (_T3Decl* decl = DeclOrEnd(list, __LINE__, "T3Control::GetModuleDeps")) {
-      if (const auto* from = ImportedModule(decl)) deps->insert(from->id);
-      if (const auto* group = decl->try_as<T3GroupDecl>()) lists.push_back(group->body);
-      list = decl->next;
-    }
-  }
+  ForImportedModules(module->definition_part, "T3Control::GetModuleDeps",
+                     [deps](const T3ImportIdentifier* from) { deps->insert(from->id); });
 }
 
 void SeparateModules(T3Tree_Node* list) {

@@ -32,5 +32,11 @@ void UpdateBuildAvoidanceInfo(T3Tree_Node* root);
 /// Writes the stamp file, or removes it without `success`. A stamp that cannot be written is left out
 /// silently: the next run does the work again.
 void UpdateBuildAvoidanceFile(T3Tree_Node* root, bool success, compiler_stage_t stage);
+/// What a module's code depends on beside sources, as a word; empty for the usual. The stamp keeps it.
+void SetCodeSettings(T3Tree_Node* module, const std::string& settings);
+/// Whether the module's code was generated with other settings than those that were set.
+bool CodeSettingsChanged(T3Tree_Node* module);
+/// Notes that the module is to be generated again, in its stamp too, should one be there.
+void RequireGeneration(T3Tree_Node* module);
 /// Forgets that unused declarations were left out.
 void ClearOptimizationInfo(T3Tree_Node* module);

@@ -305,6 +305,20 @@ long NumberBetween(long low, long high, const char* text, const char** argv) {
 }
 }  // namespace
 
+const file_argument_t* T3CommandLine::FindFile(tIdent name) const {
+  if (name == NoIdent) return nullptr;
+  const auto at = [&]() -> const file_argument_t* {
+    const auto place = places_.find(name);
+    const bool stands =
+        place != places_.end() && place->second < files.size() && files[place->second].name == name;
+    return stands ? &files[place->second] : nullptr;
+  };
+  if (const file_argument_t* file = at()) return file;
+  places_.clear();
+  for (size_t i = 0; i < files.size(); ++i) places_.try_emplace(files[i].name, i);
+  return at();
+}
+
 bool SetModuleOptions(char option, const char* arg, const char** argv, ModuleOptions& options) {
   switch (option) {
     case 'v':

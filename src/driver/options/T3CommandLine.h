@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "driver/options/T3Options.h"
@@ -19,6 +20,12 @@ struct T3CommandLine : GlobalOptions {
 
   /// The verbosity of messages that belong to no module.
   verbosity_level_t CommonVerbosity() const { return common.verbosity.value; }
+  /// The first file argument of a name, or null.
+  const file_argument_t* FindFile(tIdent name) const;
+
+ private:
+  /// Where the names of `files` stand first, as far as they have been asked for.
+  mutable std::unordered_map<tIdent, size_t> places_;
 };
 
 inline T3CommandLine& gT3CommandLine = *new T3CommandLine;

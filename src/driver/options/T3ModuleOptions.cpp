@@ -20,12 +20,10 @@ bool IsAbsolute(const std::string& path) {
   return path[0] == '/' || path[0] == '\\' || (path.size() > 1 && path[1] == ':');
 }
 
-// The action that was given with the module's file.
+// The action that was given with the module's file, where it stands first.
 const compiler_action_t* ActionOfFile(T3Tree_Node* module) {
-  const tIdent filename = module->as<T3Module>()->filename;
-  for (const file_argument_t& file : gT3CommandLine.files)
-    if (file.name == filename) return file.options.action.given ? &file.options.action.value : nullptr;
-  return nullptr;
+  const file_argument_t* file = gT3CommandLine.FindFile(module->as<T3Module>()->filename);
+  return file != nullptr && file->options.action.given ? &file->options.action.value : nullptr;
 }
 }  // namespace
 
@@ -39,9 +37,9 @@ bool GetWeakTyping(T3Tree_Node* module) {
   return own != nullptr ? *own : gT3CommandLine.GetWeakTyping(T3ReprToLanguage(module));
 }
 
+// One level holds for all modules of a language: what a module's own argument says is not asked for.
 int GetInitializeCheck(T3Tree_Node* module) {
-  const auto* own = Own(module, &ModuleOptions::initialize_check);
-  return own != nullptr ? *own : gT3CommandLine.GetInitializeCheck(T3ReprToLanguage(module));
+  return gT3CommandLine.GetInitializeCheck(T3ReprToLanguage(module));
 }
 
 bool GetNameEquivalence(T3Tree_Node* module) {

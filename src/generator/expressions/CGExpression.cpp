@@ -9,7 +9,6 @@
 #include "generator/text/CGLiteralTable.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
-#include "generator/templates/CGTemplate.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
@@ -133,7 +132,7 @@ const char* PassedToTemplate(T3Tree_Node* node) {
 
 // What stands in the place of a part of a template that is modified.
 void Modification(T3TemplateDef* definition, vexa_allocation_mode_t allocation, CFunction& function) {
-  const std::string made = CGInlinedTemplate(definition, vexa_template_plain, function);
+  const std::string made = cg::TemplateInPlace(definition, vexa_template_plain, function);
   StoreRTS(definition, cg::IsTemplateMode()
                            ? made
                            : cg::Call(LUMO_VALUEOF, {made, AllocationMode(allocation), VEXA_CONTEXT}));

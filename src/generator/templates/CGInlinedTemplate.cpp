@@ -11,7 +11,6 @@
 #include "generator/expressions/CGModes.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"
-#include "generator/behaviour/CGStatement.h"
 #include "generator/templates/CGInheritedArguments.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/templates/CGTemplateParts.h"

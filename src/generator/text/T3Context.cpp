@@ -28,16 +28,17 @@ void T3Context::begin(std::unique_ptr<CFile> file) {
   symbolTable_ = file_->beginArray(LUMO_SYMBOL_ENTRY_STRUCT_T, VEXA_SYMBOL_TABLE, true);
 }
 
-void T3Context::end() {
-  if (ended_) return;
+bool T3Context::end() {
+  if (ended_) return true;
   ended_ = true;
   EndAndDestroy(initialize_);
   EndAndDestroy(register_);
   EndAndDestroy(finalize_);
   EndAndDestroy(moduleParamsInitialize_);
   EndAndDestroy(symbolTable_);
-  if (file_ != nullptr) file_->end();
+  const bool written = file_ == nullptr || file_->end();
   file_.reset();
+  return written;
 }
 
 void T3Context::invalidateFile() {

@@ -11,8 +11,9 @@ class T3Context {
  public:
   /// Starts a module; the context owns the file from now on.
   void begin(std::unique_ptr<CFile> file);
-  /// Ends functions and symbol table and writes the files; a second call does nothing.
-  void end();
+  /// Ends functions and symbol table and writes the files; a second call does nothing. False when the old
+  /// files were kept.
+  bool end();
   /// The files will not be written.
   void invalidateFile();
 

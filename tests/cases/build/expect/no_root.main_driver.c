@@ -4,6 +4,6 @@
 
 int main(int argc, char *argv[])
 {
-  lumo_run_test_suite(argc, argv, vexa_base_register, lumo_root_control_part_c);
+  lumo_run_test_suite(argc, argv, vexa_Alone_register, lumo_root_control_part_c);
   return true;
 }
