@@ -6,7 +6,9 @@
 #include "run/component.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "run/defaults.h"
 #include "run/scheduler.h"
+#include "run/timer.h"
 
 namespace lumos {
 
@@ -86,6 +88,10 @@ void refuse(const char* format, ...) {
   log_line(lumo_log_msg_error_c, text);
 }
 
+void refuse_effect(const char* operation) {
+  fault("'%s' is not allowed in the local definitions of an altstep", operation);
+}
+
 bool stack_is_short() {
   constexpr size_t reserve = 48 * 1024;
   return stack_left() < reserve;
@@ -113,6 +119,8 @@ bool run_guarded(const char* task_name, void (*function)(void*), void* argument)
   delete_fiber(fiber);
   Task* task = current_task;
   current_task = &here.task;
+  stop_timers_of(here.task);
+  deactivate_all(here.task);
   reset_task(here.task);
   current_task = task;
   return !here.failed;
