@@ -514,7 +514,9 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
                                       lumo_context_t) {
   return of_ports(port, [&](Port& p) {
     Message* m = head_of(p, MessageKind::reply);
-    if (!m || !answers_call(*m, is_given(template_value)) || !sender_fits(*m, sender) || !signature_fits(*m, template_value, false)) return false;
+    if (!m || !answers_call(*m, is_given(template_value)) || !sender_fits(*m, sender) ||
+        !signature_fits(*m, template_value, false))
+      return false;
     bool any = !result_template || result_template == lumo_no_value_c;
     if (!any && (!m->result || !match_value(result_template, m->result))) return false;
     redirect(value_redirect, m->result);

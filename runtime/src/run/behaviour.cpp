@@ -98,6 +98,13 @@ void lumo_call_external_function(lumo_type_t signature, lumo_value_t argv[], lum
   outside_external_function(signature, argv);
 }
 
+void lumo_external_function_result(lumo_value_t slot, lumo_value_t returned, lumo_context_t context) {
+  const bool is_value = returned && returned != lumo_no_value_c && returned != lumo_illegal_value_c &&
+                        returned != lumo_value_no_return_c;
+  if (is_value && returned != slot) lumo_value_assign(slot, returned, context);
+  if (!is_complete(slot)) fault("the external function returned no value");
+}
+
 void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_context_t) {
   static char message[1024];
   {

@@ -43,8 +43,8 @@ struct Component {
   bool stopped_by_other = false;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
-  std::vector<Port*> ports;             // owned
-  Message* unsent = nullptr;            // made, but not on its way yet
+  std::vector<Port*> ports;   // owned
+  Message* unsent = nullptr;  // made, but not on its way yet
 };
 
 // The running test case; null between test cases.

@@ -65,8 +65,9 @@ constexpr unsigned out = lumo_field_property_out_value_c;
 void check_no_other(const std::vector<Port*>& list, const Port& port, const Port& other) {
   for (const Port* p : list)
     if (p->owner == other.owner)
-      fault("port %s has a connection or mapping to port %s already, and gets none to %s of the same component",
-            port.name, p->name, other.name);
+      fault(
+          "port %s has a connection or mapping to port %s already, and gets none to %s of the same component",
+          port.name, p->name, other.name);
 }
 
 template <class Act>

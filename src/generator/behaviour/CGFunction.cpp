@@ -270,24 +270,30 @@ void ExtFunctionBody(T3ExtFunction* decl, CFunction& function) {
   const std::string compile_switch = VEXAExtFuncCompileSwitchName(decl);
   gT3Context.file().addExternalFunctionDeclConditionally(compile_switch, LUMO_VALUE_T, VEXAExtFuncName(decl),
                                                          CGBehaviourParameters());
+  const bool has_result = !decl->return_type->is<T3NoType>();
+  const std::string slot = Slot(static_cast<int>(GetParNumber(decl->fpl)));
+  const std::string result = has_result ? function.getTmpVariable(LUMO_VALUE_T) : std::string();
   function.beginIfDef(compile_switch);
-  function.call(VEXAExtFuncName(decl), arguments);
+  if (has_result) {
+    function.callAndAssign(result, VEXAExtFuncName(decl), arguments);
+    function.call(LUMO_EXTERNAL_FUNCTION_RESULT, {slot, result, VEXA_CONTEXT});
+  } else {
+    function.call(VEXAExtFuncName(decl), arguments);
+  }
   function.beginElsePP();
   const std::vector<std::string> outside = {"&(" + VEXASignatureStructName(decl) + ")", VEXA_ARGV,
                                             VEXA_CONTEXT};
-  if (decl->return_type->is<T3NoType>()) {
+  if (!has_result) {
     function.call(LUMO_CALL_EXTERNAL_FUNCTION, outside);
   } else {
-    const std::string slot = Slot(static_cast<int>(GetParNumber(decl->fpl)));
-    const std::string result = function.getTmpVariable(LUMO_VALUE_T);
     function.assign(result, slot);
     function.assign(slot, C_NULL);
     function.call(LUMO_CALL_EXTERNAL_FUNCTION, outside);
     function.call(LUMO_VALUE_ASSIGN, {result, slot, VEXA_CONTEXT});
     function.assign(slot, result);
-    function.releaseTmpVariable(result);
   }
   function.endIfPP();
+  if (has_result) function.releaseTmpVariable(result);
   GenReturn("", function);
 }
 
