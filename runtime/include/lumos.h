@@ -19,6 +19,11 @@
 #pragma GCC diagnostic ignored "-Wint-conversion"
 #endif
 
+#ifdef __TINYC__
+/* It has no other way to be told the same. */
+#pragma comment(option, "-w")
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif

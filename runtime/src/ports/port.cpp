@@ -239,7 +239,8 @@ bool sender_fits(const Message& m, Value sender) {
   bool address = from->kind != lumo_type_kind_component_ref;
   bool wants_component =
       sender->kind == lumo_type_kind_component_ref || sender->kind == lumo_type_kind_component;
-  if (address == wants_component) return false;
+  // A template of no type, such as a list that holds `mtc`, asks for no kind of sender.
+  if (sender->kind != lumo_type_kind_undefined && address == wants_component) return false;
   ++current_task->quiet;
   bool fits = match_value(sender, from);
   --current_task->quiet;
