@@ -132,7 +132,7 @@ Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& oct
 }  // namespace
 
 bool lacks_asn1_codec(Value v) {
-  return !find_codec(v->type, &lumo_type_struct_s::encoder) && is_asn1_type(plain_type(v->type));
+  return !find_codec(v->type, lumo_type_get_encoder) && is_asn1_type(plain_type(v->type));
 }
 
 bool encode_value(Value v, std::string& octets) {
