@@ -19,6 +19,11 @@
 #pragma GCC diagnostic ignored "-Wint-conversion"
 #endif
 
+#ifdef __TINYC__
+/* It has no other way to be told the same. */
+#pragma comment(option, "-w")
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -816,6 +821,12 @@ lumo_boolean_t lumo_component_try_done(lumo_value_t component, lumo_context_t co
 lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t context);
 lumo_boolean_t lumo_component_try_else(lumo_context_t context);
 lumo_boolean_t lumo_try_else(lumo_context_t context);
+/* What an external function of the user returned becomes the result, unless the function has written that
+ * into its slot; a fault where there is neither. */
+void lumo_external_function_result(lumo_value_t slot, lumo_value_t returned, lumo_context_t context);
+/* Stands before and behind local definitions of an altstep that call what may have an effect: a fault then.
+ */
+void lumo_altstep_definitions(lumo_boolean_t begin, lumo_context_t context);
 lumo_value_t lumo_component_self(lumo_context_t context);
 lumo_value_t lumo_component_mtc(lumo_context_t context);
 lumo_value_t lumo_component_system(lumo_context_t context);

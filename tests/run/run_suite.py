@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Compiles a test suite, builds it by the makefile that the compiler writes, runs it and compares the verdicts.
 
-    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--encoding NAME] SUITE
+    run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--encoding NAME] [--cc COMPILER] [--c-flags FLAGS]
+                 [--options OPTIONS] SUITE
 
 SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
 file VERDICTS. What is expected stands there, or in comments of the file after `//`:
@@ -17,10 +18,12 @@ file VERDICTS. What is expected stands there, or in comments of the file after `
     ARGUMENTS: --log all      arguments of the suite's executable
     ENVIRONMENT: NAME=value   a variable that the executable sees
     SOURCE: ../echo.c         a C source that is linked in too
+    DEFINE: NAME              a macro for all C sources
     MEMORY: 60                megabytes that the executable may take (not counted with sanitizers)
 
 A name in brackets, `LOG(ber): text`, makes a line count with that --encoding of the suite's ASN.1 types only.
-A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a warning.
+A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a warning;
+the C compiler, its flags and more OPTIONS for all suites may be given, so that they can be run through a matrix.
 """
 
 import argparse
@@ -33,13 +36,13 @@ import sys
 from pathlib import Path
 
 TIMEOUT_SECONDS = 300
-DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE|MEMORY)"
+DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE|DEFINE|MEMORY)"
                        r"(?:\(([\w-]+)\))?:\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)(?:: (.*?))?\r?$", re.MULTILINE)
 HARNESS = Path(__file__).resolve().parent / "suites" / "harness" / "Harness.ttcn"
 ENCODINGS = {"ber": "BER:1997", "ber-indefinite": "BER:1997-length-form-3",
              "per-aligned": "PER-BASIC-ALIGNED:1997", "per-unaligned": "PER-BASIC-UNALIGNED:1997"}
-C_FLAGS = "-std=c11 -O0 -g -Wall -Werror -Wno-unused"
+C_FLAGS = "-std=c11 -g -Wall -Werror -Wno-unused"
 
 # Runs a command and tells the most memory that it took.
 MEASURED = """import resource, subprocess, sys
@@ -119,17 +122,20 @@ def write_mcfg(suite, base, folder):
     return path
 
 
-def build(suite, orvane, folder, sanitize):
+def build(suite, orvane, folder, arguments):
     installation = orvane.parent.parent
     mcfg = write_mcfg(suite, installation / "share" / "orvane" / "make_linux.mcfg", folder)
     command = [str(orvane), "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root,
-               *shlex.split(suite.first("OPTIONS")), "-F", *map(str, suite.sources)]
+               *shlex.split(suite.first("OPTIONS")), *shlex.split(arguments.options), "-F", *map(str, suite.sources)]
     if suite.asn1_sources:
         command += ["-A", *map(str, suite.asn1_sources)]
     run(command, folder, "compilation")
-    make = ["make", "-s", f"CFLAGS={C_FLAGS}"]
-    if sanitize:
-        make.append(f"LDFLAGS=-g -fsanitize={sanitize}")
+    defines = " ".join(f"-D{name}" for name in suite.directives.get("DEFINE", []))
+    make = ["make", "-s", f"CFLAGS={C_FLAGS} {arguments.c_flags} {defines}"]
+    if arguments.cc:
+        make.append(f"CC={arguments.cc}")
+    if arguments.sanitize:
+        make.append(f"LDFLAGS=-g -fsanitize={arguments.sanitize}")
     run(make, folder, "make")
 
 
@@ -159,13 +165,16 @@ def main():
     parser.add_argument("--out", required=True, type=Path)
     parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
     parser.add_argument("--encoding", choices=ENCODINGS, help="how values of ASN.1 types are encoded")
+    parser.add_argument("--cc", default="", help="the C compiler")
+    parser.add_argument("--c-flags", default="-O0", help="more flags for it")
+    parser.add_argument("--options", default="", help="more options for the compiler of all suites, such as =-G")
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
     suite = Suite(arguments.suite, arguments.encoding)
     folder = arguments.out.resolve()
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
-    build(suite, arguments.orvane.resolve(), folder, arguments.sanitize)
+    build(suite, arguments.orvane.resolve(), folder, arguments)
     command = [sys.executable, "-c", MEASURED, f"./{suite.root}", *suite.arguments]
     output = run(command, folder, "execution", (suite.status(),),
                  suite.directives.get("ENVIRONMENT", ()))

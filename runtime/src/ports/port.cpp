@@ -38,13 +38,20 @@ void log_port(const char* what, const Port& port, Value content) {
   log_line(lumo_log_msg_event_c, text);
 }
 
-void drop_queue(Port& port) {
-  while (Message* m = port.first) {
-    port.first = m->next;
+Queue& queue_for(Port& port, MessageKind kind) {
+  return port.queues[kind != MessageKind::message];
+}
+
+void drop_queue(Queue& queue) {
+  while (Message* m = queue.first) {
+    queue.first = m->next;
     delete_message(m);
   }
-  port.last = nullptr;
-  port.length = 0;
+  queue = Queue();
+}
+
+void drop_queues(Port& port) {
+  for (Queue& queue : port.queues) drop_queue(queue);
 }
 
 void unlink(Port& port) {
@@ -96,6 +103,7 @@ bool holds_ports(lumo_type_t type) {
 // --- sending
 
 void check_can_send(Port& port) {
+  check_effect("send");
   if (port.state == PortState::stopped) fault("port %s is stopped", port.name);
   if (port.connections.empty() && port.mappings.empty())
     fault("port %s is neither connected nor mapped", port.name);
@@ -174,9 +182,13 @@ void send_message(Port& port, Message* message, Value recipient) {
     }
   }
   sender.unsent = nullptr;
-  bool behind = to->length >= long_queue && to->owner != port.owner;
+  bool behind = queue_for(*to, message->kind).length >= long_queue && to->owner != port.owner;
   send_to_port(port, *to, message);
   if (behind) yield();
+}
+
+bool is_given(Value template_value) {
+  return template_value && template_value != lumo_no_value_c;
 }
 
 Value content_of(Value template_value) {
@@ -191,18 +203,27 @@ Value content_of(Value template_value) {
 
 // --- receiving
 
-Message* head_of(Port& port, MessageKind kind) {
-  if (port.state == PortState::stopped || !port.first) return nullptr;
-  if (port.state == PortState::halted && port.allowed == 0) return nullptr;
-  return port.first->kind == kind ? port.first : nullptr;
+// What a queue delivers next.
+Message* head_of(const Port& port, const Queue& queue) {
+  if (port.state == PortState::stopped || queue.allowed == 0) return nullptr;
+  return queue.first;
 }
 
-void remove_head(Port& port) {
-  Message* m = port.first;
-  port.first = m->next;
-  if (!port.first) port.last = nullptr;
-  --port.length;
-  if (port.state == PortState::halted && --port.allowed == 0) port.state = PortState::stopped;
+Message* head_of(Port& port, MessageKind kind) {
+  Message* m = head_of(port, queue_for(port, kind));
+  return m && m->kind == kind ? m : nullptr;
+}
+
+void remove_head(Port& port, MessageKind kind) {
+  Queue& queue = queue_for(port, kind);
+  Message* m = queue.first;
+  queue.first = m->next;
+  if (!queue.first) queue.last = nullptr;
+  --queue.length;
+  if (port.state == PortState::halted) {
+    --queue.allowed;
+    if (port.queues[0].allowed + port.queues[1].allowed == 0) port.state = PortState::stopped;
+  }
   delete_message(m);
 }
 
@@ -218,7 +239,8 @@ bool sender_fits(const Message& m, Value sender) {
   bool address = from->kind != lumo_type_kind_component_ref;
   bool wants_component =
       sender->kind == lumo_type_kind_component_ref || sender->kind == lumo_type_kind_component;
-  if (address == wants_component) return false;
+  // A template of no type, such as a list that holds `mtc`, asks for no kind of sender.
+  if (sender->kind != lumo_type_kind_undefined && address == wants_component) return false;
   ++current_task->quiet;
   bool fits = match_value(sender, from);
   --current_task->quiet;
@@ -267,6 +289,7 @@ void redirect_parameters(const Message& m, unsigned long count, lumo_value_t red
 // For each port that the statement names: calls the function with it until one takes.
 template <class Try>
 bool of_ports(Value port, Try try_port) {
+  check_effect("receive");
   if (port != lumo_value_any_c) return try_port(*port_of(port));
   for (Port* p : self().ports)
     if (try_port(*p)) return true;
@@ -274,9 +297,28 @@ bool of_ports(Value port, Try try_port) {
 }
 
 template <class Do>
-void each_port(Value port, Do act) {
+void each_port(const char* operation, Value port, Do act) {
+  check_effect(operation);
   if (port != lumo_value_all_c && port != lumo_value_any_c) return act(*port_of(port));
   for (Port* p : self().ports) act(*p);
+}
+
+// In the body of a call, what names no signature takes answers to that call.
+bool answers_call(const Message& m, bool is_named) {
+  lumo_type_t called = is_named ? nullptr : called_signature(*current_task);
+  return !called || !m.signature || root_of(called) == root_of(m.signature);
+}
+
+// A check that names nothing takes whatever is next in one of the queues.
+bool try_check(Port& p, Value sender, Value sender_redirect) {
+  for (const Queue& queue : p.queues) {
+    Message* m = head_of(p, queue);
+    if (!m || !sender_fits(*m, sender)) continue;
+    redirect(sender_redirect, sender_of(*m));
+    log_port("check on", p, m->content);
+    return true;
+  }
+  return false;
 }
 
 Value signature_value(Value template_value, bool is_call) {
@@ -358,7 +400,7 @@ void disconnect_all(Component& c) {
 void close_ports(Component& c) {
   for (Port* port : c.ports) {
     unlink(*port);
-    drop_queue(*port);
+    drop_queues(*port);
     if (port->call_timer) destroy(port->call_timer);
     delete port;
   }
@@ -378,13 +420,14 @@ void deliver(Port& port, Message* m) {
     delete_message(m);
     return;
   }
-  if (port.last) {
-    port.last->next = m;
+  Queue& queue = queue_for(port, m->kind);
+  if (queue.last) {
+    queue.last->next = m;
   } else {
-    port.first = m;
+    queue.first = m;
   }
-  port.last = m;
-  ++port.length;
+  queue.last = m;
+  ++queue.length;
   wake(*port.owner);
 }
 
@@ -408,6 +451,7 @@ void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeo
   check_can_send(p);
   Message* m = procedure_message(MessageKind::call, signature_value(template_value, true));
   start_call_timer(p, timeout);
+  current_task->called = timeout == lumo_duration_nowait_c ? nullptr : m->signature;
   log_port("call on", p, m->content);
   send_message(p, m, recipient);
 }
@@ -437,16 +481,15 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t signature, lumo_value_t exce
 lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
                                      lumo_boolean_t check, lumo_value_t value_redirect,
                                      lumo_value_t sender_redirect, lumo_context_t) {
+  const bool any = check && !is_given(template_value) && value_redirect == lumo_value_no_return_c;
   return of_ports(port, [&](Port& p) {
+    if (any) return try_check(p, sender, sender_redirect);
     Message* m = head_of(p, MessageKind::message);
-    // A check without a template looks at anything in the queue.
-    if (!m && check && (!template_value || template_value == lumo_no_value_c) && p.first)
-      m = head_of(p, p.first->kind);
     if (!m || !sender_fits(*m, sender) || !content_fits(*m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
     log_port(check ? "check on" : "receive on", p, m->content);
-    if (!check) remove_head(p);
+    if (!check) remove_head(p, MessageKind::message);
     return true;
   });
 }
@@ -460,7 +503,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     redirect_parameters(*m, redirect_count, redirects);
     redirect(sender_redirect, sender_of(*m));
     log_port("getcall on", p, m->content);
-    if (!check) remove_head(p);
+    if (!check) remove_head(p, MessageKind::call);
     return true;
   });
 }
@@ -472,7 +515,9 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
                                       lumo_context_t) {
   return of_ports(port, [&](Port& p) {
     Message* m = head_of(p, MessageKind::reply);
-    if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, false)) return false;
+    if (!m || !answers_call(*m, is_given(template_value)) || !sender_fits(*m, sender) ||
+        !signature_fits(*m, template_value, false))
+      return false;
     bool any = !result_template || result_template == lumo_no_value_c;
     if (!any && (!m->result || !match_value(result_template, m->result))) return false;
     redirect(value_redirect, m->result);
@@ -480,7 +525,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect(sender_redirect, sender_of(*m));
     log_port("getreply on", p, m->content);
     if (!check) {
-      remove_head(p);
+      remove_head(p, MessageKind::reply);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
     }
     return true;
@@ -492,15 +537,15 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
                                    lumo_value_t sender_redirect, lumo_context_t) {
   return of_ports(port, [&](Port& p) {
     Message* m = head_of(p, MessageKind::exception);
-    if (!m || !sender_fits(*m, sender)) return false;
-    bool named = signature && base_kind(signature) == lumo_type_kind_signature && m->signature;
-    if (named && root_of(signature) != root_of(m->signature)) return false;
+    bool named = signature && base_kind(signature) == lumo_type_kind_signature;
+    if (!m || !answers_call(*m, named) || !sender_fits(*m, sender)) return false;
+    if (named && m->signature && root_of(signature) != root_of(m->signature)) return false;
     if (!content_fits(*m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
     log_port("catch on", p, m->content);
     if (!check) {
-      remove_head(p);
+      remove_head(p, MessageKind::exception);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
     }
     return true;
@@ -513,29 +558,29 @@ lumo_boolean_t lumo_port_try_catch_timeout(lumo_value_t port, lumo_context_t con
 }
 
 void lumo_port_clear(lumo_value_t port, lumo_context_t) {
-  each_port(port, drop_queue);
+  each_port("clear", port, drop_queues);
 }
 
 void lumo_port_halt(lumo_value_t port, lumo_context_t) {
-  each_port(port, [](Port& p) {
-    p.allowed = p.length;
-    p.state = p.length ? PortState::halted : PortState::stopped;
+  each_port("halt", port, [](Port& p) {
+    for (Queue& queue : p.queues) queue.allowed = queue.length;
+    p.state = p.queues[0].length + p.queues[1].length ? PortState::halted : PortState::stopped;
   });
 }
 
 void lumo_port_start(lumo_value_t port, lumo_context_t) {
-  each_port(port, [](Port& p) {
-    drop_queue(p);
+  each_port("start", port, [](Port& p) {
+    drop_queues(p);
     p.state = PortState::started;
-    p.allowed = SIZE_MAX;
   });
 }
 
 void lumo_port_stop(lumo_value_t port, lumo_context_t) {
-  each_port(port, [](Port& p) { p.state = PortState::stopped; });
+  each_port("stop", port, [](Port& p) { p.state = PortState::stopped; });
 }
 
 void lumo_port_sut_action(lumo_value_t action, lumo_context_t) {
+  check_effect("action");
   Value v = content_of(action);
   outside_action(render_plain(v));
 }

@@ -1,4 +1,4 @@
-// Ports: a queue of what arrived, and the connections to other ports.
+// Ports: the queues of what arrived, and the connections to other ports.
 #pragma once
 
 #include <deque>
@@ -25,6 +25,13 @@ struct Message {
 Message* new_message(MessageKind kind);
 void delete_message(Message* message);
 
+struct Queue {
+  Message* first = nullptr;
+  Message* last = nullptr;
+  size_t length = 0;
+  size_t allowed = SIZE_MAX;  // of a halted port: how many it still delivers
+};
+
 enum class PortState : uint8_t { started, stopped, halted };
 
 struct Port {
@@ -33,10 +40,7 @@ struct Port {
   long index = -1;  // in an array of ports
   lumo_type_t type = nullptr;
   PortState state = PortState::started;
-  Message* first = nullptr;
-  Message* last = nullptr;
-  size_t length = 0;
-  size_t allowed = SIZE_MAX;  // of a halted port: how many it still delivers
+  Queue queues[2];  // for messages; for calls and their answers
   std::vector<Port*> connections;
   std::vector<Port*> mappings;  // on the other side
   Time call_expiry = never;

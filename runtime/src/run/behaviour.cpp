@@ -34,7 +34,41 @@ class DefaultArguments {
   uint64_t left_ = 0;
 };
 
+bool is_part_of_component(Value v) {
+  while (v && v->parent) v = v->parent;
+  return v && current_task->component && v == current_task->component->record;
+}
+
+// A function in the local definitions of an altstep hands nothing back but its result, and none that it
+// calls writes to the component.
+void check_directions(lumo_type_t type, lumo_value_t argv[]) {
+  const bool called_there = current_task->frames.size() == current_task->defining_frames;
+  lumo_type_t signature = type && field_info(type) ? field_info(type)[0].type : nullptr;
+  const lumo_field_info_t* formals = signature ? field_info(signature) : nullptr;
+  constexpr unsigned back = lumo_field_property_out_value_c | lumo_field_property_inout_value_c;
+  for (size_t i = 0; formals && i < field_count(signature); ++i)
+    if (formals[i].property & back && (called_there || is_part_of_component(argv[i])))
+      refuse_effect(type_name(type));
+}
+
 }  // namespace
+
+void enter_alternatives(Task& task) {
+  const OpenCall here{task.called, task.frames.size(), task.blocks.size()};
+  auto is_over = [&](const OpenCall& call) {
+    return call.frames > here.frames || (call.frames == here.frames && call.blocks >= here.blocks);
+  };
+  while (!task.calls.empty() && is_over(task.calls.back())) task.calls.pop_back();
+  if (task.called) task.calls.push_back(here);
+  task.called = nullptr;
+}
+
+lumo_type_t called_signature(const Task& task) {
+  for (size_t i = task.calls.size(); i-- > 0;)
+    if (task.calls[i].frames == task.frames.size() && task.calls[i].blocks == task.blocks.size())
+      return task.calls[i].signature;
+  return nullptr;
+}
 
 }  // namespace lumos
 
@@ -44,6 +78,7 @@ void lumo_call_function(lumo_function_t function, lumo_type_t type, unsigned lon
                         lumo_context_t) {
   if (!function) fault("function '%s' has no behaviour", type_name(type));
   check_stack();
+  if (current_task->defining) check_directions(type, argv);
   DefaultArguments defaults(argc, argv);
   function(argc, argv, current_task);
   defaults.end();
@@ -61,6 +96,13 @@ lumo_test_step_result_t lumo_call_altstep(lumo_test_step_t altstep, lumo_type_t 
 
 void lumo_call_external_function(lumo_type_t signature, lumo_value_t argv[], lumo_context_t) {
   outside_external_function(signature, argv);
+}
+
+void lumo_external_function_result(lumo_value_t slot, lumo_value_t returned, lumo_context_t context) {
+  const bool is_value = returned && returned != lumo_no_value_c && returned != lumo_illegal_value_c &&
+                        returned != lumo_value_no_return_c;
+  if (is_value && returned != slot) lumo_value_assign(slot, returned, context);
+  if (!is_complete(slot)) fault("the external function returned no value");
 }
 
 void lumo_report_error(const char* position, lumo_wide_string_t text, lumo_context_t) {

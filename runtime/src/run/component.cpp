@@ -5,6 +5,7 @@
 #include "text/log.h"
 #include "ports/port.h"
 #include "run/scheduler.h"
+#include "run/timer.h"
 #include "template/templates.h"
 #include "value/hooks.h"
 #include "value/types.h"
@@ -23,7 +24,8 @@ void free_behaviour(Component& c) {
 void release_behaviour(Component& c) {
   if (c.task.fiber) delete_fiber(c.task.fiber);
   c.task.fiber = nullptr;
-  deactivate_all(c);
+  deactivate_all(c.task);
+  stop_timers_outside(c.task, c.record);
   reset_task(c.task);
   free_behaviour(c);
   drop_from_ready(c);
@@ -50,7 +52,9 @@ void furnish(Component& c) {
   if (!post_process || record->type_info->kind != lumo_type_kind_component) return;
   Task* creator = current_task;
   current_task = &c.task;
+  c.task.furnishing = true;
   reinterpret_cast<lumo_postprocess_function_t>(post_process)(c.record, current_task);
+  c.task.furnishing = false;
   end_roots(c.task, 0);
   current_task = creator;
 }
@@ -107,6 +111,7 @@ void take_verdict(Component& c) {
 
 void release_component(Component& c) {
   release_behaviour(c);
+  stop_timers_of(c.task);
   close_ports(c);
   if (c.record) destroy(c.record);
   c.record = nullptr;
@@ -124,6 +129,7 @@ void bury(Component& c) {
     c.state = State::idle;
   } else {
     c.state = State::ended;
+    stop_timers_of(c.task);
     disconnect_all(c);
   }
   wake_all();
@@ -168,6 +174,11 @@ namespace {
 const bool hook_is_set = (hooks.component_element = find_component_element, true);
 }  // namespace
 
+void check_is_mtc(const char* operation) {
+  if (&self() != test_case->mtc)
+    fault("'%s' for all components is a matter of the main test component", operation);
+}
+
 Component& system_component() {
   Component& system = *test_case->system;
   if (!system.record) {
@@ -197,19 +208,49 @@ bool is_running(const Component& c) {
   return c.state == State::ready || c.state == State::running || c.state == State::waiting;
 }
 
-// Whether one, or all, of the parallel components have the property.
+bool is_alive(const Component& c) {
+  return c.state != State::ended;
+}
+
+bool is_killed(const Component& c) {
+  return c.state == State::ended;
+}
+
+// Completed a behaviour. One that was never started has not.
+bool is_done(const Component& c) {
+  return c.done || c.state == State::ended;
+}
+
+// What "all component.running" does not ask for: never started, or stopped by another component.
+bool need_not_run(const Component& c) {
+  return c.stopped_by_other || (!c.done && !is_running(c));
+}
+
 template <class Property>
-bool of_components(lumo_value_t which, Property has) {
-  if (which != lumo_value_any_c && which != lumo_value_all_c) return has(existing(which));
-  bool all = which == lumo_value_all_c;
+bool any_component(Property has) {
   for (auto& c : test_case->components)
-    if (is_parallel(*c) && has(*c) != all) return !all;
-  return all;
+    if (is_parallel(*c) && has(*c)) return true;
+  return false;
+}
+
+template <class Property>
+bool all_components(Property has) {
+  return !any_component([&](const Component& c) { return !has(c); });
+}
+
+// Asks one component, any, or all of the parallel ones.
+template <class One, class All>
+bool ask(const char* operation, lumo_value_t which, One one, All all) {
+  check_effect(operation);
+  self();
+  if (which == lumo_value_any_c) return any_component(one);
+  if (which == lumo_value_all_c) return all_components(all);
+  return one(existing(which));
 }
 
 void stop_behaviour(Component& c) {
-  if (!is_running(c)) return;
   if (current_task->component == &c) leave_behaviour();
+  c.stopped_by_other = true;
   bury(c);
 }
 
@@ -225,29 +266,31 @@ void stop(Component& c, bool kill) {
   if (c.state == State::ended || (c.alive && !kill)) return;
   c.state = State::ended;
   take_verdict(c);
+  stop_timers_of(c.task);
   disconnect_all(c);
   wake_all();
 }
 
 void stop_or_kill(lumo_value_t component, bool kill) {
+  check_effect(kill ? "kill" : "stop");
   if (component == lumo_no_value_c || !component) {
     if (current_task->component) stop(*current_task->component, kill);
     leave_behaviour();
   }
   self();
   if (component != lumo_value_all_c) return stop(existing(component), kill);
-  // The caller last, since it does not come back.
+  check_is_mtc(kill ? "kill" : "stop");
   for (size_t i = 0; i < test_case->components.size(); ++i) {
     Component& c = *test_case->components[i];
-    if (is_parallel(c) && &c != current_task->component) stop(c, kill);
+    if (is_parallel(c)) stop(c, kill);
   }
-  if (is_parallel(self())) stop(self(), kill);
 }
 
 }  // namespace
 
 lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lumo_boolean_t alive,
                                    lumo_context_t) {
+  check_effect("create");
   self();
   prepare_write(instance);
   const char* text = name && name != lumo_no_value_c ? lumo_value_get_charstring(name, nullptr) : "";
@@ -263,6 +306,7 @@ lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lum
 
 void lumo_component_start(lumo_value_t component, const char* module, const char* function,
                           unsigned long argc, lumo_value_t argv[], lumo_context_t context) {
+  check_effect("start");
   self();
   Component& c = existing(component);
   if (!is_parallel(c)) fault("component %s cannot be started", c.name.c_str());
@@ -271,7 +315,7 @@ void lumo_component_start(lumo_value_t component, const char* module, const char
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, function, context);
   if (!row->function_ptr) fault("function '%s.%s' has no behaviour", module, function);
   set_behaviour(c, row, argc, argv);
-  c.done = false;
+  c.done = c.stopped_by_other = false;
   if (!start_fiber(c)) fault("there is no memory for the stack of component %s", c.name.c_str());
   make_ready(c);
   if (log_enabled(lumo_log_msg_event_c))
@@ -286,30 +330,33 @@ void lumo_component_kill(lumo_value_t component, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_component_is_running(lumo_value_t component, lumo_context_t) {
-  self();
-  return of_components(component, is_running);
+  return ask("running", component, is_running,
+             [](const Component& c) { return is_running(c) || need_not_run(c); });
 }
 
 lumo_boolean_t lumo_component_is_alive(lumo_value_t component, lumo_context_t) {
-  self();
-  return of_components(component, [](const Component& c) { return c.state != State::ended; });
+  return ask("alive", component, is_alive, is_alive);
 }
 
 lumo_boolean_t lumo_component_try_done(lumo_value_t component, lumo_context_t) {
-  self();
-  return of_components(component, [](const Component& c) { return c.done || c.state == State::ended; });
+  return ask("done", component, is_done, [](const Component& c) { return !is_running(c); });
 }
 
 lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t) {
-  self();
-  return of_components(component, [](const Component& c) { return c.state == State::ended; });
+  return ask("killed", component, is_killed, is_killed);
 }
 
 lumo_boolean_t lumo_component_try_else(lumo_context_t) {
+  current_task->polls_by_else = true;
   return true;
 }
-lumo_boolean_t lumo_try_else(lumo_context_t) {
-  return true;
+lumo_boolean_t lumo_try_else(lumo_context_t context) {
+  return lumo_component_try_else(context);
+}
+
+void lumo_altstep_definitions(lumo_boolean_t begin, lumo_context_t) {
+  current_task->defining = begin;
+  current_task->defining_frames = current_task->frames.size();
 }
 
 lumo_value_t lumo_component_self(lumo_context_t) {
@@ -334,6 +381,7 @@ lumo_value_t lumo_component_element(const char* name, lumo_context_t) {
 }
 
 void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons[], lumo_context_t) {
+  check_effect("setverdict");
   Component& c = self();
   lumo_verdict_t given = lumo_value_get_verdict(verdict, nullptr);
   if (given == lumo_verdict_error_c) fault("verdict error cannot be set");

@@ -29,14 +29,6 @@ struct Behaviour {
   std::vector<lumo_value_t> argv;  // owned; ends with NULL
 };
 
-struct ActiveDefault {
-  long number;
-  lumo_test_step_t altstep;
-  lumo_type_t type;
-  unsigned long argc;
-  std::vector<lumo_value_t> argv;  // owned but for timers and ports
-};
-
 struct Component {
   long number = 0;
   std::string name;
@@ -47,12 +39,12 @@ struct Component {
   bool alive = false;  // may be started again
   bool done = false;   // a behaviour ended
   bool polls = false;  // waits, but is to be woken after a while without an event
-  unsigned steps = 0;  // control points since the last yield
+  bool busy = false;   // ready since its turn was over, not for an event
+  bool stopped_by_other = false;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
-  std::vector<Port*> ports;             // owned
-  std::vector<ActiveDefault> defaults;  // oldest first
-  Message* unsent = nullptr;            // made, but not on its way yet
+  std::vector<Port*> ports;   // owned
+  Message* unsent = nullptr;  // made, but not on its way yet
 };
 
 // The running test case; null between test cases.
@@ -64,6 +56,7 @@ struct TestCase {
   lumo_type_t system_type = nullptr;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   std::string reason;
+  bool maps_by_itself = false;  // has no system clause: its ports are mapped at the start
   Time deadline = never;
   bool ended = false;
   Fiber* scheduler = nullptr;
@@ -103,6 +96,8 @@ Component* component_of(Value reference);
 Value reference_to(const Component& component);
 Value find_component_element(const char* name);  // null if there is none
 Component& system_component();
+// What concerns all components is for the main test component.
+void check_is_mtc(const char* operation);
 
 // Something happened to the component: it tries its alternatives again.
 void wake(Component& component);

@@ -2,6 +2,7 @@
 #include "value/error.h"
 #include "ports/outside.h"
 #include "ports/port.h"
+#include "value/types.h"
 
 using namespace lumos;
 
@@ -34,14 +35,50 @@ bool is_all(lumo_value_t component, const char* port) {
   return component == lumo_value_all_c || !port;
 }
 
+// ---- What may be connected or mapped
+
+bool same_type(lumo_type_t a, lumo_type_t b) {
+  return !a || !b || root_of(a) == root_of(b) || root_of(a)->kind == lumo_type_kind_undefined ||
+         root_of(b)->kind == lumo_type_kind_undefined;
+}
+
+bool has_row(const Port& port, unsigned property, lumo_type_t type) {
+  const lumo_field_info_t* rows = field_info(port.type);
+  for (size_t i = 0; i < field_count(port.type); ++i)
+    if (rows[i].property & property && same_type(rows[i].type, type)) return true;
+  return false;
+}
+
+// Each type that one port has in one direction has to be one of the other port's in another.
+void check_directions(const Port& from, unsigned property, const Port& to, unsigned wanted) {
+  const lumo_field_info_t* rows = field_info(from.type);
+  for (size_t i = 0; rows && i < field_count(from.type); ++i)
+    if (rows[i].property & property && !has_row(to, wanted, rows[i].type))
+      fault("port %s does not fit to port %s, which has no type '%s' in that direction", from.name, to.name,
+            type_name(rows[i].type));
+}
+
+constexpr unsigned in = lumo_field_property_in_value_c;
+constexpr unsigned out = lumo_field_property_out_value_c;
+
+// A port has at most one connection or mapping to a component.
+void check_no_other(const std::vector<Port*>& list, const Port& port, const Port& other) {
+  for (const Port* p : list)
+    if (p->owner == other.owner)
+      fault(
+          "port %s has a connection or mapping to port %s already, and gets none to %s of the same component",
+          port.name, p->name, other.name);
+}
+
 template <class Act>
-void each_owned_port(lumo_value_t component, Act act) {
+void each_owned_port(const char* operation, lumo_value_t component, Act act) {
   if (component != lumo_value_all_c) {
     Component* c = component_of(component);
     if (c)
       for (Port* p : c->ports) act(*p);
     return;
   }
+  check_is_mtc(operation);
   for (auto& c : test_case->components)
     for (Port* p : c->ports) act(*p);
 }
@@ -63,7 +100,7 @@ void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index,
     }
   };
   if (!is_all(component, name)) return remove(named_port(component, name, index));
-  each_owned_port(component, remove);
+  each_owned_port(mappings ? "unmap" : "disconnect", component, remove);
 }
 
 }  // namespace
@@ -71,6 +108,7 @@ void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index,
 void lumo_component_connect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                  lumo_value_t component2, const char* port2, lumo_value_t index2,
                                  lumo_context_t) {
+  check_effect("connect");
   self();
   Port& a = named_port(component1, port1, index1);
   Port& b = named_port(component2, port2, index2);
@@ -78,6 +116,10 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
     fault("a port of the system cannot be connected");
   if (!a.mappings.empty() || !b.mappings.empty()) fault("a mapped port cannot be connected");
   if (has(a.connections, &b)) return;
+  check_no_other(a.connections, a, b);
+  check_no_other(b.connections, b, a);
+  check_directions(a, out, b, in);
+  check_directions(b, out, a, in);
   a.connections.push_back(&b);
   if (&a != &b) b.connections.push_back(&a);
 }
@@ -85,6 +127,7 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
 void lumo_component_disconnect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                     lumo_value_t component2, const char* port2, lumo_value_t index2,
                                     lumo_context_t) {
+  check_effect("disconnect");
   self();
   if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
     return remove_all_of(component1, port1, index1, false);
@@ -97,6 +140,7 @@ void lumo_component_disconnect_port(lumo_value_t component1, const char* port1, 
 void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                              lumo_value_t component2, const char* port2, lumo_value_t index2,
                              lumo_context_t) {
+  check_effect("map");
   self();
   Port& a = named_port(component1, port1, index1);
   Port& b = named_port(component2, port2, index2);
@@ -105,7 +149,11 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
   Port& component_port = first_is_system ? b : a;
   Port& system_port = first_is_system ? a : b;
   if (!component_port.connections.empty()) fault("a connected port cannot be mapped");
-  if (has(component_port.mappings, &system_port)) return;
+  if (test_case->maps_by_itself && has(component_port.mappings, &system_port)) return;
+  check_no_other(component_port.mappings, component_port, system_port);
+  check_no_other(system_port.mappings, system_port, component_port);
+  check_directions(component_port, out, system_port, out);
+  check_directions(system_port, in, component_port, in);
   outside_map(component_port, system_port);
   component_port.mappings.push_back(&system_port);
   system_port.mappings.push_back(&component_port);
@@ -114,6 +162,7 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
 void lumo_component_unmap_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                lumo_value_t component2, const char* port2, lumo_value_t index2,
                                lumo_context_t) {
+  check_effect("unmap");
   self();
   if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
     return remove_all_of(component1, port1, index1, true);

@@ -1,10 +1,13 @@
-// The altsteps that a component activated as defaults.
+// The altsteps that a task activated as defaults.
 #pragma once
 
-#include "run/component.h"
+#include "value/task.h"
 
 namespace lumos {
 
-void deactivate_all(Component& component);
+void deactivate_all(Task& task);
+// Whether a timer, or one of an array, is an argument of an active default of the current task. If so it is
+// kept until that default is deactivated.
+bool keep_for_defaults(Value timers);
 
 }  // namespace lumos

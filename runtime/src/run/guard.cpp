@@ -5,6 +5,10 @@
 #include "run/component.h"
 #include "run/scheduler.h"
 #include "value/hooks.h"
+#include "value/error.h"
+#include "text/log.h"
+#include "run/defaults.h"
+#include "run/timer.h"
 
 namespace lumos {
 
@@ -83,6 +87,8 @@ bool run_guarded(const char* task_name, void (*function)(void*), void* argument)
   delete_fiber(fiber);
   Task* task = current_task;
   current_task = &here.task;
+  stop_timers_of(here.task);
+  deactivate_all(here.task);
   reset_task(here.task);
   current_task = task;
   return !here.failed;

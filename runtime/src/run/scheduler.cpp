@@ -13,6 +13,8 @@ namespace lumos {
 namespace {
 
 constexpr unsigned steps_of_a_turn = 100;
+// What a turn of a busy component takes on a simulated clock.
+constexpr Time time_of_a_turn = 10000;
 constexpr Time poll_interval = 1000000;
 constexpr Time longest_poll_interval = 100 * poll_interval;
 // A simulated test case in which nothing but polling happens for so long is stuck.
@@ -26,6 +28,34 @@ Time simulated_poll_interval = poll_interval;
 // Component that asked the scheduler to end it.
 Component* leaving = nullptr;
 
+// A loop that waits for the simulated clock sees it move, but not past a timer, and not before all
+// others have done what they can.
+void pass_time(const Task& task) {
+  if (!is_simulated()) return;
+  for (const Component* c : ready)
+    if (!c->busy) return;
+  advance_to(std::min(next_expiry(), now() + (task.polls_by_else ? poll_interval : time_of_a_turn)));
+}
+
+// A task that does not wait for anything gives the others their turn after a while.
+void end_turn() {
+  Task& task = *current_task;
+  pass_time(task);
+  task.steps = 0;
+  if (Component* c = task.component) {
+    c->busy = true;
+    make_ready(*c);
+    to_scheduler();
+  } else {
+    task.polls_by_else = false;
+    wake_expired(now());
+  }
+}
+
+inline void take_step() {
+  if (++current_task->steps >= steps_of_a_turn) end_turn();
+}
+
 // Polling a simulated clock in vain gets slower.
 Time next_poll_interval() {
   if (!is_simulated()) return poll_interval;
@@ -36,7 +66,9 @@ Time next_poll_interval() {
 
 void resume(Component& c) {
   c.state = State::running;
-  c.steps = 0;
+  c.busy = false;
+  c.task.steps = 0;
+  c.task.polls_by_else = false;
   Task* scheduler_task = current_task;
   current_task = &c.task;
   switch_fiber(c.task.fiber);
@@ -156,6 +188,7 @@ void yield() {
 using namespace lumos;
 
 void lumo_component_snapshot(lumo_context_t) {
+  take_step();
   current_task->snapshot_time = now();
   current_task->event = false;
 }
@@ -178,11 +211,7 @@ void wait_in_control_part() {
 
 void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   Component* c = current_task->component;
-  if (current_task->event) {
-    // Others have their turn even if this one never lacks events.
-    if (c && ++c->steps >= steps_of_a_turn) yield();
-    return;
-  }
+  if (current_task->event) return;
   if (!c) return wait_in_control_part();
   c->state = State::waiting;
   c->polls = volatile_guards;
@@ -191,9 +220,5 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
 }
 
 void lumo_component_control(lumo_context_t) {
-  Component* c = current_task->component;
-  if (!c || ++c->steps < steps_of_a_turn) return;
-  // A loop that waits for the simulated clock sees it move.
-  if (is_simulated()) advance_to(now() + 1000);
-  yield();
+  take_step();
 }

@@ -35,6 +35,7 @@ void check_not_running(const char* what) {
 void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]) {
   lumo_type_t runs_on = testcase_clause(row, 1);
   tc.mtc = &add_component(runs_on, "mtc", false);
+  tc.maps_by_itself = !testcase_clause(row, 2);
   tc.system_type = testcase_clause(row, 2) ? testcase_clause(row, 2) : runs_on;
   tc.system = &add_component(tc.system_type, "system", false);
   set_behaviour(*tc.mtc, row, argc, argv);

@@ -189,17 +189,37 @@ void stop_timers_of(Task& task) {
   while (task.timers) halt(task.timers);
 }
 
+void stop_timers_outside(Task& task, Value record) {
+  for (Timer *t = task.timers, *next; t; t = next) {
+    next = t->next;
+    Value root = t->value;
+    while (root && root->parent) root = root->parent;
+    if (root != record) halt(t);
+  }
+}
+
 namespace {
 const bool hooks_are_set =
     (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
-     hooks.timer_text = timer_text, hooks.stop_timers_of = stop_timers_of, true);
+     hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos
 
 using namespace lumos;
 
+namespace {
+
+// Neither the local definitions of an altstep nor the declarations of a component use timers.
+void check_use(const char* operation) {
+  check_effect(operation);
+  if (current_task->furnishing) fault("timer operation '%s' in the declarations of a component", operation);
+}
+
+}  // namespace
+
 void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
+  check_use("start");
   Timer* timer = timer_of(value);
   if (duration == lumo_duration_default_c) {
     if (timer->default_duration < 0) fault("timer '%s' is started without a duration", name_of(timer));
@@ -219,6 +239,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
 }
 
 void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
+  check_use("stop");
   if (value == lumo_value_all_c) {
     stop_timers_of(*current_task);
     return;
@@ -230,6 +251,7 @@ void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
 }
 
 double lumo_timer_read(lumo_value_t value, lumo_context_t) {
+  check_use("read");
   Timer* timer = timer_of(value);
   Time time = now();
   if (!timer->running || timer->expiry <= time) return 0.0;
@@ -237,6 +259,7 @@ double lumo_timer_read(lumo_value_t value, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
+  check_use("running");
   Time time = now();
   if (value != lumo_value_any_c && value != lumo_value_all_c) {
     Timer* timer = timer_of(value);
@@ -248,6 +271,7 @@ lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_timer_try_timed_out(lumo_value_t value, lumo_context_t) {
+  check_use("timeout");
   Timer* timer = value == lumo_value_any_c ? first_expired() : timer_of(value);
   if (!timer || !expired(timer, current_task->snapshot_time)) return false;
   take_timeout(timer);

@@ -32,6 +32,8 @@ Time next_expiry();
 // Takes expired timers out of the queue and tells their owners through wake_task.
 void wake_expired(Time time);
 void stop_timers_of(Task& task);
+// Those that are no part of the component's record: an alive component keeps its own.
+void stop_timers_outside(Task& task, Value record);
 void wake_task(Task& task);  // component.cpp
 
 }  // namespace lumos

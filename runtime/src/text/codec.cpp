@@ -24,9 +24,9 @@ namespace {
 
 // Codecs stand at a type or at one that it is a subtype of.
 template <class Codec>
-Codec find_codec(lumo_type_t type, Codec lumo_type_struct_t::*member) {
+Codec find_codec(lumo_type_t type, Codec (*codec_of)(lumo_type_t, lumo_context_t)) {
   for (int i = 0; i < 1000 && type; ++i) {
-    if (type->*member) return type->*member;
+    if (Codec codec = codec_of(type, current_task)) return codec;
     type = type->type_info ? type->type_info->parent_type : nullptr;
   }
   return nullptr;
@@ -132,11 +132,11 @@ Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& oct
 }  // namespace
 
 bool lacks_asn1_codec(Value v) {
-  return !find_codec(v->type, &lumo_type_struct_s::encoder) && is_asn1_type(plain_type(v->type));
+  return !find_codec(v->type, lumo_type_get_encoder) && is_asn1_type(plain_type(v->type));
 }
 
 bool encode_value(Value v, std::string& octets) {
-  lumo_encoder_t encoder = find_codec(v->type, &lumo_type_struct_s::encoder);
+  lumo_encoder_t encoder = find_codec(v->type, lumo_type_get_encoder);
   if (!encoder) return encode_plainly(v, octets);
   lumo_binary_string_struct data;
   if (encoder(v, &data, current_task) != lumo_codecs_result_succeeded_c) return false;
@@ -146,7 +146,7 @@ bool encode_value(Value v, std::string& octets) {
 
 Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken) {
   size_t used = 0;
-  lumo_decoder_t decoder = find_codec(type, &lumo_type_struct_s::decoder);
+  lumo_decoder_t decoder = find_codec(type, lumo_type_get_decoder);
   Value v = decoder ? decode_by(decoder, type, octets, used) : decode_plainly(type, octets, used);
   if (!v) return nullptr;
   if (taken) {
@@ -165,18 +165,18 @@ namespace {
 // What a codec is found for: the value of the open type where its type has one, else the chosen alternative;
 // null where that has none either.
 template <class Codec>
-Value with_codec(Value v, Codec lumo_type_struct_t::*member) {
-  if (find_codec(v->type, member)) return v;
+Value with_codec(Value v, Codec (*codec_of)(lumo_type_t, lumo_context_t)) {
+  if (find_codec(v->type, codec_of)) return v;
   const bool has_alternative = v->kind == lumo_type_kind_union && v->index >= 0;
   Value inner = has_alternative ? lumo_value_union_value(v, current_task) : nullptr;
-  return inner && find_codec(inner->type, member) ? inner : nullptr;
+  return inner && find_codec(inner->type, codec_of) ? inner : nullptr;
 }
 }  // namespace
 
 lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char* octets, unsigned long count,
                                         lumo_context_t context) {
   const std::string text(reinterpret_cast<const char*>(octets), count);
-  Value target = with_codec(value, &lumo_type_struct_s::decoder);
+  Value target = with_codec(value, lumo_type_get_decoder);
   Value decoded = target ? decode_value(target->type, text, nullptr) : nullptr;
   if (decoded) lumo_value_assign(target, decoded, context);
   return decoded != nullptr;
@@ -184,7 +184,7 @@ lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char*
 
 unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t) {
   std::string text;
-  Value source = with_codec(value, &lumo_type_struct_s::encoder);
+  Value source = with_codec(value, lumo_type_get_encoder);
   if (!source || !encode_value(source, text)) return nullptr;
   auto* octets = static_cast<unsigned char*>(std::malloc(text.size() + 1));
   if (octets) std::memcpy(octets, text.data(), text.size());

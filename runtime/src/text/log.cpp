@@ -199,6 +199,7 @@ void lumo_log_template_mismatch_event(const char* reason, lumo_value_t actual, l
 }
 
 void lumo_log_alt_entered_event(lumo_context_t) {
+  if (current_task->called || !current_task->calls.empty()) enter_alternatives(*current_task);
   alt_event("alt entered");
 }
 void lumo_log_alt_left_event(lumo_context_t) {

@@ -44,6 +44,10 @@ void refuse(const char* format, ...) {
   log_line(lumo_log_msg_error_c, text);
 }
 
+void refuse_effect(const char* operation) {
+  fault("'%s' is not allowed in the local definitions of an altstep", operation);
+}
+
 bool stack_is_short() {
   constexpr size_t reserve = 48 * 1024;
   return hooks.stack_left && hooks.stack_left() < reserve;

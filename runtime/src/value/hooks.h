@@ -22,7 +22,6 @@ struct Hooks {
   void (*delete_timer)(Timer* timer) = nullptr;
   void (*copy_timer_default)(Timer* target, const Timer* source) = nullptr;
   std::string (*timer_text)(const Timer* timer) = nullptr;
-  void (*stop_timers_of)(Task& task) = nullptr;
 };
 extern Hooks hooks;
 

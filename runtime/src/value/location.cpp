@@ -89,6 +89,7 @@ void lumo_source_location_pop_block(lumo_context_t) {
 }
 
 void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
+  current_task->called = nullptr;
   if (!current_task->frames.empty()) current_task->frames.back().line = line;
 }
 

@@ -4,7 +4,6 @@
 
 #include "value/memory.h"
 #include "value/task.h"
-#include "value/hooks.h"
 #include "value/value.h"
 
 namespace lumos {
@@ -73,7 +72,6 @@ void end_roots(Task& task, size_t mark) {
 }
 
 void reset_task(Task& task) {
-  if (hooks.stop_timers_of) hooks.stop_timers_of(task);
   end_roots(task, 0);
   task.frames.clear();
   task.named.clear();
@@ -81,6 +79,8 @@ void reset_task(Task& task) {
   task.registered.clear();
   task.visible_frames = SIZE_MAX;
   task.quiet = 0;
+  task.calls.clear();
+  task.defining = false;
 }
 
 }  // namespace lumos

@@ -28,6 +28,21 @@ struct Frame {
   uint32_t first_block;
 };
 
+struct ActiveDefault {
+  long number;
+  lumo_test_step_t altstep;
+  lumo_type_t type;
+  unsigned long argc;
+  std::vector<lumo_value_t> argv;  // owned but for timers and ports
+};
+
+// A call whose answers are waited for. Its body is known by the depth at which its alternatives
+// are tried.
+struct OpenCall {
+  lumo_type_t signature;
+  size_t frames, blocks;
+};
+
 struct NamedValue {
   const char* name;
   lumo_value_t value;
@@ -51,6 +66,16 @@ struct lumo_context_struct {
   std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
   lumos::Timer* timers = nullptr;        // that run
   lumos::Time snapshot_time = 0;
+  std::vector<lumos::ActiveDefault> defaults;  // oldest first
+  std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
+  std::vector<lumos::OpenCall> calls;          // innermost last
+  lumo_type_t called = nullptr;                // just now; its body, if any, comes next
+  unsigned steps = 0;                          // control points since the last yield
+  bool polls_by_else = false;                  // took an else branch since then
+  bool furnishing = false;                     // makes what a new component has
+  // Evaluates the local definitions of an altstep, which is at that depth.
+  bool defining = false;
+  size_t defining_frames = 0;
   bool event = false;  // something happened since the snapshot
 };
 
@@ -64,6 +89,16 @@ extern Task* current_task;
 // Ends all temporary values and places of the task.
 void reset_task(Task& task);
 void end_roots(Task& task, size_t mark);
+// Alternatives are entered: those of a call's body, or others, so that calls at this depth are over.
+void enter_alternatives(Task& task);
+// The signature of the call in whose body the alternatives are tried; null elsewhere.
+lumo_type_t called_signature(const Task& task);
+// An operation that changes or asks for what is around: a fault while local definitions of an
+// altstep are evaluated, which has to have no effect if no alternative is chosen.
+void refuse_effect(const char* operation);
+inline void check_effect(const char* operation) {
+  if (current_task->defining) refuse_effect(operation);
+}
 
 // Mismatches are not logged meanwhile, since they are no failure.
 struct Quiet {

@@ -1,6 +1,7 @@
 #include "value/types.h"
 
 #include <cstring>
+#include <unordered_map>
 
 #include "value/error.h"
 #include "value/value.h"
@@ -205,18 +206,39 @@ void lumo__type_resolve_parent_info(lumo_type_t type, lumo_context_t) {
   info->resolved = true;
 }
 
+namespace {
+
+// Each module that uses a type has a description of its own, and all of them share the information.
+struct Codecs {
+  lumo_encoder_t encoder = nullptr;
+  lumo_decoder_t decoder = nullptr;
+};
+
+Codecs& codecs_of(const lumo_type_info_struct_t* info) {
+  static auto* all = new std::unordered_map<const lumo_type_info_struct_t*, Codecs>;
+  return (*all)[info];
+}
+
+}  // namespace
+
 void lumo_type_set_encoder(lumo_type_t type, lumo_encoder_t encoder, lumo_context_t) {
-  if (type) type->encoder = encoder;
+  if (!type) return;
+  type->encoder = encoder;
+  if (type->type_info) codecs_of(type->type_info).encoder = encoder;
 }
 
 void lumo_type_set_decoder(lumo_type_t type, lumo_decoder_t decoder, lumo_context_t) {
-  if (type) type->decoder = decoder;
+  if (!type) return;
+  type->decoder = decoder;
+  if (type->type_info) codecs_of(type->type_info).decoder = decoder;
 }
 
 lumo_encoder_t lumo_type_get_encoder(lumo_type_t type, lumo_context_t) {
-  return type ? type->encoder : nullptr;
+  if (!type || type->encoder || !type->type_info) return type ? type->encoder : nullptr;
+  return codecs_of(type->type_info).encoder;
 }
 
 lumo_decoder_t lumo_type_get_decoder(lumo_type_t type, lumo_context_t) {
-  return type ? type->decoder : nullptr;
+  if (!type || type->decoder || !type->type_info) return type ? type->decoder : nullptr;
+  return codecs_of(type->type_info).decoder;
 }

@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-#include "analysis/constants/T3KnownIntegers.h"
+#include "analysis/types/T3KnownIntegers.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"

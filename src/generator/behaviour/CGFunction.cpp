@@ -3,8 +3,10 @@
 #include <memory>
 
 #include "analysis/types/T3Constants.h"
+#include "analysis/flow/T3AltStatus.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Subtree.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/behaviour/CGAlternatives.h"
 #include "generator/expressions/CGCalls.h"
@@ -143,13 +145,50 @@ void TestcaseBody(T3Testcase* decl, CFunction& function) {
   function.call(LUMO_COMPONENT_STOP, {LUMO_NO_VALUE_C, VEXA_CONTEXT});
 }
 
+// How far calls in the definitions of an altstep are followed.
+constexpr int kMaxCallDepth = 3;
+bool MayHaveEffect(T3Tree_Node* part, int depth);
+
+bool HasReferenceParameter(T3Tree_Node* formals) {
+  for (T3Tree_Node* par = formals; par->is<_T3TypedFormal>(); par = par->as<_T3FormalPar>()->next)
+    if (par->as<_T3TypedFormal>()->pass != t3_par_pass_t::In) return true;
+  return false;
+}
+
+// Whether the called function may change what is around, as far as that can be seen at the call.
+bool CallMayHaveEffect(T3Tree_Node* call, int depth) {
+  T3Tree_Node* callee = BehindImport(Def(call));
+  if (!T3Is<T3Function>(callee) || depth > kMaxCallDepth) return false;
+  return HasReferenceParameter(callee->as<T3Function>()->fpl) ||
+         MayHaveEffect(callee->as<T3Function>()->body, depth + 1);
+}
+
+bool MayHaveEffect(T3Tree_Node* part, int depth) {
+  bool found = AltStatus(part) >= kHasSideEffects;
+  ForEachInSubtree(part, [&found, depth](T3Tree_Node* node) {
+    found = found || node->is<_T3ConfStmt>() || node->is<T3SUTStmt>() ||
+            (node->is<T3Parameterization>() && CallMayHaveEffect(node, depth));
+    return !found;
+  });
+  return found;
+}
+
+// An altstep's definitions are evaluated whether one of its alternatives is chosen or not.
+void CGLocalDecls(T3Tree_Node* decls, CFunction& function) {
+  for (T3Tree_Node* local = decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next) {
+    const bool watched = local->is<T3VarDecl>() && MayHaveEffect(local->as<T3VarDecl>()->value, 0);
+    if (watched) function.call(LUMO_ALTSTEP_DEFINITIONS, {C_TRUE, VEXA_CONTEXT});
+    local->is<T3TemplateDecl>() ? CGLocalTemplate(local->as<T3TemplateDecl>(), function)
+                                : CGLocalValue(local, function);
+    if (watched) function.call(LUMO_ALTSTEP_DEFINITIONS, {C_FALSE, VEXA_CONTEXT});
+  }
+}
+
 // One round over the alternatives; the caller, whose alternatives these are as well, waits.
 void AltstepBody(T3TestStep* decl, CFunction& function) {
   CallComponentControl(function);
   function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
-  for (T3Tree_Node* local = decl->decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next)
-    local->is<T3TemplateDecl>() ? CGLocalTemplate(local->as<T3TemplateDecl>(), function)
-                                : CGLocalValue(local, function);
+  CGLocalDecls(decl->decls, function);
   auto* alt = decl->body->try_as<T3AltStmt>();
   if (alt == nullptr) cg::NotSupported(decl->body);
   const std::string success = function.getTmpVariable(C_BOOL);
@@ -208,24 +247,30 @@ void ExtFunctionBody(T3ExtFunction* decl, CFunction& function) {
   const std::string compile_switch = VEXAExtFuncCompileSwitchName(decl);
   gT3Context.file().addExternalFunctionDeclConditionally(compile_switch, LUMO_VALUE_T, VEXAExtFuncName(decl),
                                                          CGBehaviourParameters());
+  const bool has_result = !decl->return_type->is<T3NoType>();
+  const std::string slot = Slot(static_cast<int>(GetParNumber(decl->fpl)));
+  const std::string result = has_result ? function.getTmpVariable(LUMO_VALUE_T) : std::string();
   function.beginIfDef(compile_switch);
-  function.call(VEXAExtFuncName(decl), arguments);
+  if (has_result) {
+    function.callAndAssign(result, VEXAExtFuncName(decl), arguments);
+    function.call(LUMO_EXTERNAL_FUNCTION_RESULT, {slot, result, VEXA_CONTEXT});
+  } else {
+    function.call(VEXAExtFuncName(decl), arguments);
+  }
   function.beginElsePP();
   const std::vector<std::string> outside = {"&(" + VEXASignatureStructName(decl) + ")", VEXA_ARGV,
                                             VEXA_CONTEXT};
-  if (decl->return_type->is<T3NoType>()) {
+  if (!has_result) {
     function.call(LUMO_CALL_EXTERNAL_FUNCTION, outside);
   } else {
-    const std::string slot = Slot(static_cast<int>(GetParNumber(decl->fpl)));
-    const std::string result = function.getTmpVariable(LUMO_VALUE_T);
     function.assign(result, slot);
     function.assign(slot, C_NULL);
     function.call(LUMO_CALL_EXTERNAL_FUNCTION, outside);
     function.call(LUMO_VALUE_ASSIGN, {result, slot, VEXA_CONTEXT});
     function.assign(slot, result);
-    function.releaseTmpVariable(result);
   }
   function.endIfPP();
+  if (has_result) function.releaseTmpVariable(result);
   GenReturn("", function);
 }
 

@@ -234,8 +234,15 @@ bool IsT3ASN_1(T3Tree_Node* node) {
   return T3Is<T3Module>(module) && T3ReprToLanguage(module) == language_asn1;
 }
 
+namespace {
+// What is known of `mtc`, `self` or `null` is the kind, such as any component, but no type that is declared.
+bool HasNoDescription(T3Tree_Node* type) {
+  return IsNoType(type) || type == gT3AnyComponentType || type == gT3AnyAddressType || type == gT3AnyPortType;
+}
+}  // namespace
+
 std::string VEXATypeRef(T3Tree_Node* type) {
-  if (IsNoType(type)) return LUMO_UNDEFINED_TYPE;
+  if (HasNoDescription(type)) return LUMO_UNDEFINED_TYPE;
   T3Tree_Node* decl = TypeDeclaration(type);
   if (decl == nullptr) {
     auto* subtype = type->try_as<T3SubType>();
@@ -247,7 +254,7 @@ std::string VEXATypeRef(T3Tree_Node* type) {
 }
 
 std::string VEXAStaticTypeRef(T3Tree_Node* type) {
-  if (IsNoType(type)) return LUMO_STATIC_UNDEFINED_TYPE;
+  if (HasNoDescription(type)) return LUMO_STATIC_UNDEFINED_TYPE;
   // a built-in type has a declaration too, but not one of the module's own types
   const bool is_own = type->is<T3AnyType>() && IsT3ASN_1(type);
   if (type->is<_T3BuiltinType>() && !is_own) return StaticBuiltinRef(type);

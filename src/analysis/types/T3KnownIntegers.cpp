@@ -1,4 +1,4 @@
-#include "analysis/constants/T3KnownIntegers.h"
+#include "analysis/types/T3KnownIntegers.h"
 
 #include <charconv>
 #include <cmath>
