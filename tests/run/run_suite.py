@@ -22,8 +22,9 @@ file VERDICTS. What is expected stands there, or in comments of the file after `
     MEMORY: 60                megabytes that the executable may take (not counted with sanitizers)
 
 A name in brackets, `LOG(ber): text`, makes a line count with that --encoding of the suite's ASN.1 types only.
-A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a warning;
-the C compiler, its flags and more OPTIONS for all suites may be given, so that they can be run through a matrix.
+A folder's program `peer` runs the suite beside what it speaks to, on free ports; the test is skipped where that is not
+installed. A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a
+warning; the C compiler, its flags and more OPTIONS for all suites may be given, so that they can be run through a matrix.
 """
 
 import argparse
@@ -31,11 +32,14 @@ import os
 import re
 import shlex
 import shutil
+import socket
 import subprocess
 import sys
 from pathlib import Path
 
 TIMEOUT_SECONDS = 300
+SKIPPED = 77
+PEER_PORTS = {"SNMP_PORT": socket.SOCK_DGRAM, "LDAP_PORT": socket.SOCK_STREAM}
 DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE|DEFINE|MEMORY)"
                        r"(?:\(([\w-]+)\))?:\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)(?:: (.*?))?\r?$", re.MULTILINE)
@@ -139,6 +143,12 @@ def build(suite, orvane, folder, arguments):
     run(make, folder, "make")
 
 
+def free_port(kind):
+    with socket.socket(socket.AF_INET, kind) as one:
+        one.bind(("127.0.0.1", 0))
+        return one.getsockname()[1]
+
+
 def compare(suite, output):
     """What differs from the expectations, as lines."""
     faults = []
@@ -171,13 +181,20 @@ def main():
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
     suite = Suite(arguments.suite, arguments.encoding)
+    peer = arguments.suite.resolve() / "peer"
+    if peer.exists() and subprocess.run([str(peer), "--installed"], check=False).returncode != 0:
+        print(f"skipped: the peer of {arguments.suite.name} is not installed")
+        return SKIPPED
     folder = arguments.out.resolve()
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     build(suite, arguments.orvane.resolve(), folder, arguments)
     command = [sys.executable, "-c", MEASURED, f"./{suite.root}", *suite.arguments]
-    output = run(command, folder, "execution", (suite.status(),),
-                 suite.directives.get("ENVIRONMENT", ()))
+    variables = list(suite.directives.get("ENVIRONMENT", ()))
+    if peer.exists():
+        command = [str(peer), str(folder / "peer"), *command]
+        variables += [f"{name}={free_port(kind)}" for name, kind in PEER_PORTS.items()]
+    output = run(command, folder, "execution", (suite.status(),), variables)
     output, _, megabytes = output.rpartition("resident megabytes ")
     faults = compare(suite, output)
     if not arguments.sanitize and int(megabytes) > int(suite.first("MEMORY", "1000")):
