@@ -70,6 +70,7 @@ const bool hooks_are_set = (hooks.end_faulty = end_faulty, hooks.stack_left = st
 }  // namespace
 
 bool run_guarded(const char* task_name, void (*function)(void*), void* argument) {
+  catch_faults();
   Guard here;
   here.task.name = task_name;
   here.caller = current_fiber();

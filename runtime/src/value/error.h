@@ -1,6 +1,8 @@
 // Faults of a test case at run time.
 #pragma once
 
+#include <cstddef>
+
 namespace lumos {
 
 // Logs the text at the current place and ends what runs: a test case gets verdict error, a
@@ -12,9 +14,16 @@ namespace lumos {
 // type and the function returns.
 void refuse(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// As realloc, with a fault where there is no memory.
+void* allocate(void* memory, size_t size);
+
 // As fault, where the task has little stack left. Called where nesting is unlimited.
 void check_stack();
 // The same question without a fault.
 bool stack_is_short();
+
+// From here on, faults that are not found by asking are those of the behaviour that runs: memory that ends, and
+// quotients beyond 64 bits.
+void catch_faults();
 
 }  // namespace lumos

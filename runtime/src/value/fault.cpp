@@ -2,6 +2,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
+
+#include <signal.h>
 
 #include "text/log.h"
 #include "value/error.h"
@@ -26,8 +29,8 @@ void fault(const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, list);
     va_end(list);
     log_line(lumo_log_msg_error_c, text);
-    reporting = false;
   }
+  reporting = false;
   if (hooks.end_faulty) hooks.end_faulty(text);
   std::fprintf(stderr, "%s\n", text);
   std::exit(2);
@@ -55,6 +58,45 @@ bool stack_is_short() {
 
 void check_stack() {
   if (stack_is_short()) fault("the calls or the value are nested too deeply");
+}
+
+namespace {
+
+// Given back when memory ends, so that this can be told.
+void* memory_reserve = nullptr;
+
+// A quotient of integers that no integer is: C leaves it to the machine.
+void quotient_fault(int) {
+  fault("the quotient of two integers is beyond 64 bits");
+}
+
+void memory_fault() {
+  static bool is_first = true;
+  if (is_first) {
+    is_first = false;
+    std::free(memory_reserve);
+  }
+  fault("the memory is used up");
+}
+
+}  // namespace
+
+void catch_faults() {
+  static bool is_done = false;
+  if (is_done) return;
+  is_done = true;
+  memory_reserve = std::malloc(256 * 1024);
+  std::set_new_handler(memory_fault);
+  struct sigaction action = {};
+  action.sa_handler = quotient_fault;
+  action.sa_flags = SA_NODEFER;
+  sigaction(SIGFPE, &action, nullptr);
+}
+
+void* allocate(void* memory, size_t size) {
+  void* data = std::realloc(memory, size);
+  if (!data) memory_fault();
+  return data;
 }
 
 }  // namespace lumos

@@ -37,6 +37,11 @@ struct not_supported {
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
 
+/// The location of a place that may be written later, or not at all: what is missing above it, and an
+/// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted
+/// field; otherwise its location is that of `omit`.
+std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function);
+
 /// Stands while the functions of a template are written, which find what a module declares by its name.
 class ReferencesViaSymbolTable {
  public:

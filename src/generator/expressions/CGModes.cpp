@@ -1,5 +1,7 @@
 #include "generator/expressions/CGModes.h"
 
+#include <utility>
+
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
 
@@ -7,6 +9,7 @@ namespace cg {
 namespace {
 bool g_template_mode = false;
 int g_left_sides = 0;
+int g_probes = 0;
 int g_conditional = 0;
 
 bool HoldsInList(T3Tree_Node* list) {
@@ -26,6 +29,20 @@ LeftSide::~LeftSide() {
 }
 bool IsLeftSide() {
   return g_left_sides != 0;
+}
+Probe::Probe() {
+  ++g_probes;
+}
+Probe::~Probe() {
+  --g_probes;
+}
+bool IsProbe() {
+  return g_probes != 0;
+}
+ReadSide::ReadSide() : left_sides_(std::exchange(g_left_sides, 0)), probes_(std::exchange(g_probes, 0)) {}
+ReadSide::~ReadSide() {
+  g_left_sides = left_sides_;
+  g_probes = probes_;
 }
 
 Conditional::Conditional() {
