@@ -142,6 +142,8 @@ bool IsKnown(T3Tree_Node* value) {
 }
 
 constexpr const char* kMayMatch = "template may contain matching expressions (will be checked at run-time)";
+constexpr const char* kMayBeUndefined =
+    "template may not be sufficiently defined (will be checked at run-time)";
 
 void Check(const Use& use) {
   if (!IsKnown(use.value)) return;
@@ -151,7 +153,7 @@ void Check(const Use& use) {
   else if (status.awaits_merge)
     g_uses.push_back(use);
   else if (status.is_cut_off)
-    WarnAt(use.node, kMayMatch);
+    WarnAt(use.node, use.refused == kStatusMatching ? kMayMatch : kMayBeUndefined);
 }
 
 void RefuseMatching(T3Tree_Node* node, T3Tree_Node* value, vexa_template_mode_t mode) {

@@ -18,7 +18,7 @@ namespace {
 using Restriction = t3_template_restriction_t;
 
 // Templates refer to each other; what lies deeper is taken for a value, and checked when the suite runs.
-constexpr int kMaxDepth = 3000;
+constexpr int kMaxDepth = 6000;
 
 void Refuse(T3Tree_Node* node, const char* what, const char* where) {
   vexa_filtered_error(ERR_not_allowed_for, PositionOf(node), what, where);

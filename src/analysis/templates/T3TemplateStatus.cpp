@@ -13,7 +13,7 @@
 
 namespace {
 // Templates refer to each other; a chain of references that is longer counts as a reference, and is told.
-constexpr int kMaxDepth = 3000;
+constexpr int kMaxDepth = 6000;
 
 // By the number of a declaration and the question; what is being looked through counts as a reference.
 NumberMap<T3TemplateStatus>& g_known = *new NumberMap<T3TemplateStatus>;

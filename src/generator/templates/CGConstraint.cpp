@@ -169,6 +169,7 @@ void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& rea
 void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
   if (node->is<T3TemplateDef>()) return MatchTemplate(node, test, ReasonOf(node), function);
   if (node->is<T3AnyOrOmit>() || node->is<T3NotUsedSymbol>()) return;
+  type = GetAddressBaseType(type);
   if (auto* compound = node->try_as<T3CompoundValue>())
     TestCompound(compound, type, test, function);
   else if (node->is<T3Omit>())
