@@ -159,20 +159,12 @@ const char* AbsentValue(T3Tree_Node* value) {
 }
 
 void CheckMandatoryFields(T3Tree_Node* node) {
-  auto* compound = node->as<T3CompoundValue>();
-  auto* type = ExpressionBaseType(compound)->try_as<_T3StructuredType>();
-  T3Tree_Node* member = type == nullptr ? nullptr : type->body;
-  if (type == nullptr) return;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* element = at->as<T3FieldValue>();
-    T3Tree_Node* field = member;
-    if (auto* name = element->field->try_as<T3FieldName>())
-      field = FindName(type, name->name, nullptr);
-    else if (T3Is<T3FieldType>(member))
-      member = member->as<T3FieldType>()->next;
-    const char* absent = AbsentValue(element->value);
-    if (absent != nullptr && T3Is<T3FieldType>(field) && !IsFieldOptional(field))
-      vexa_filtered_error(ERR_illegal_mandatory, PositionOf(element), absent);
+  T3Tree_Node* at = node->as<T3CompoundValue>()->value;
+  for (; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
+    const char* absent = AbsentValue(at->as<T3FieldValue>()->value);
+    T3Tree_Node* member = absent == nullptr ? nullptr : at->as<T3FieldValue>()->attr().def;
+    if (T3Is<T3FieldType>(member) && !IsFieldOptional(member))
+      vexa_filtered_error(ERR_illegal_mandatory, PositionOf(at), absent);
   }
 }
 
