@@ -11,6 +11,7 @@
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3ParserActions.h"
 #include "frontend/T3ParserDefs.h"
+#include "frontend/T3SignedOperands.h"
 
 using namespace t3_actions;
 
@@ -2411,7 +2412,10 @@ signed_operand:
     Minus operand
       { $$.node = t.mT3UnaryMinus(@1, $2.node); }
   | Plus operand
-      { $$.node = $2.node; }
+      {
+        $$.node = $2.node;
+        NoteSignedOperand($2.node);
+      }
   | operand
   ;
 

@@ -13,6 +13,7 @@
 #include "analysis/constants/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Parts.h"
+#include "analysis/names/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "support/StringM.h"
 
@@ -167,8 +168,7 @@ bool PairFields(T3CompoundValue* a, T3CompoundValue* b, Pairs& open) {
 
 // The number of a component, where it has one.
 std::optional<int64_t> ComponentNumber(T3Tree_Node* component) {
-  if (auto* named = component->try_as<T3Parameterization>())
-    component = named->apl->is<T3ActualPar>() ? named->apl->as<T3ActualPar>()->expression : named->apl;
+  if (T3Tree_Node* number = NumberInComponent(component)) component = number;
   return T3Is<_T3Expression>(component) ? ConstIntValue(component) : std::nullopt;
 }
 
@@ -176,7 +176,7 @@ std::optional<int64_t> ComponentNumber(T3Tree_Node* component) {
 bool StandsForSeveral(T3Tree_Node* list) {
   for (; list->is<T3ObjIdItem>(); list = list->as<T3ObjIdItem>()->next) {
     T3Tree_Node* component = list->as<T3ObjIdItem>()->obj_id_item;
-    if (component->is<T3Identifier>() && T3Is<_T3Decl>(Def(component)) && !ComponentNumber(component))
+    if (component->is<_T3Reference>() && T3Is<_T3Decl>(Def(component)) && !ComponentNumber(component))
       return true;
   }
   return false;

@@ -11,6 +11,7 @@
 #include "analysis/constants/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Parts.h"
+#include "analysis/names/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/StringM.h"
@@ -48,8 +49,7 @@ T3Tree_Node* GetQualifiedValue(T3Tree_Node* reference) {
 }
 
 bool IsFieldOrElement(T3Tree_Node* reference) {
-  if (auto* qualifier = reference->try_as<T3Qualifier>()) return !T3Is<T3Module>(Def(qualifier->base));
-  return reference->is<T3Subscription>();
+  return reference->is<T3Subscription>() || (reference->is<T3Qualifier>() && !IsName(reference));
 }
 
 // The constant or the reference under which a value is kept; null for what stands for itself.

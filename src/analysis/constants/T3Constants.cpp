@@ -7,7 +7,9 @@
 #include <limits>
 #include <vector>
 
+#include "analysis/constants/T3KnownIntegers.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/names/T3References.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
@@ -193,18 +195,11 @@ class Folder {
 
 bool AllConstant(T3Tree_Node* list);
 
-bool IsConstantIdentifier(T3Tree_Node* reference) {
+bool IsConstantName(T3Tree_Node* reference) {
   T3Tree_Node* def = Def(reference);
   if (T3Is<T3EnumType>(def) || T3Is<T3AmbiguousType>(def)) return true;
   def = BehindImport(def);
   return T3Is<T3ConstDecl>(def) || T3Is<T3ExtConstDecl>(def) || IsAsnNullType(def);
-}
-
-bool IsConstantQualifier(T3Qualifier* qualifier) {
-  // Behind a module's name only constants and imported ones count, no external ones and no literals.
-  if (T3Is<T3Module>(Def(qualifier->base)))
-    return T3Is<T3ConstDecl>(Def(qualifier)) || T3Is<T3ImportConstDecl>(Def(qualifier));
-  return IsConstant(qualifier->base);
 }
 
 bool IsConstantDefinition(T3Tree_Node* node) {
@@ -233,9 +228,8 @@ bool IsConstantForm(T3Tree_Node* node) {
     case T3Kind::T3CharStringMatch:
       return IsConstant(node->as<T3CharStringMatch>()->pattern);
     case T3Kind::T3Identifier:
-      return IsConstantIdentifier(node);
     case T3Kind::T3Qualifier:
-      return IsConstantQualifier(node->as<T3Qualifier>());
+      return IsName(node) ? IsConstantName(node) : IsConstant(node->as<T3Qualifier>()->base);
     case T3Kind::T3Subscription:
       return IsConstant(node->as<T3Subscription>()->base) && IsConstant(node->as<T3Subscription>()->index);
     case T3Kind::T3CompoundValue:
@@ -273,8 +267,8 @@ bool AllConstant(T3Tree_Node* list) {
       list = item->next;
     } else if (auto* part = list->try_as<T3ObjIdItem>()) {
       T3Tree_Node* value = part->obj_id_item;
-      const bool numbered = T3Is<T3Parameterization>(value);
-      if (!numbered && T3Is<_T3Expression>(value) && !IsConstant(value)) return false;
+      if (T3Tree_Node* number = NumberInComponent(value)) value = number;
+      if (T3Is<_T3Expression>(value) && !IsConstant(value)) return false;
       list = part->next;
     } else {
       return true;
@@ -317,7 +311,7 @@ bool OfBothOperands(T3Tree_Node* node, int bit, Form form, Slot slot) {
 }
 
 int64_t Folded(T3Tree_Node* expression) {
-  return ConstIntValue(expression).value_or(1);
+  return KnownInteger(expression).value_or(1);
 }
 }  // namespace
 
@@ -426,11 +420,11 @@ bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b) {
 std::optional<T3KnownBounds> KnownBounds(T3Tree_Node* array) {
   T3Tree_Node* bound = array->as<T3ArrayType>()->dimension;
   if (auto* range = bound->try_as<T3RangeBound>()) {
-    const auto low = ConstIntValue(range->lb);
-    const auto high = ConstIntValue(range->ub);
+    const auto low = KnownInteger(range->lb);
+    const auto high = KnownInteger(range->ub);
     return low && high ? std::optional(T3KnownBounds{*low, *high}) : std::nullopt;
   }
-  const auto size = ConstIntValue(bound->as<T3SingleBound>()->ub);
+  const auto size = KnownInteger(bound->as<T3SingleBound>()->ub);
   if (!size || *size == std::numeric_limits<int64_t>::min()) return std::nullopt;
   return T3KnownBounds{0, *size - 1};
 }

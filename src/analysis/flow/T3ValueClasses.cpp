@@ -3,21 +3,15 @@
 #include <vector>
 
 #include "analysis/names/T3Names.h"
+#include "analysis/names/T3References.h"
 #include "analysis/types/T3Types.h"
 
 namespace {
-// The name at the root of fields and elements. A module behind an `anytype` is no name by itself.
+// The name at the root of fields and elements.
 T3Tree_Node* RootOf(T3Tree_Node* expression) {
-  while (expression->is<T3Subscription>() || expression->is<T3Qualifier>()) {
-    T3Tree_Node* base = expression->as<_T3Qualification>()->base;
-    if (expression->is<T3Qualifier>() && base->is<T3Identifier>() && T3Is<T3Module>(Def(base))) break;
-    expression = base;
-  }
+  while (!IsName(expression) && (expression->is<T3Subscription>() || expression->is<T3Qualifier>()))
+    expression = expression->as<_T3Qualification>()->base;
   return expression;
-}
-
-bool IsName(T3Tree_Node* expression) {
-  return expression->is<T3Identifier>() || expression->is<T3Qualifier>();
 }
 
 enum class Class { Value, Template, HoldsTemplate, Other };
@@ -27,17 +21,23 @@ Class ClassOfDecl(T3Tree_Node* def) {
   if (T3Is<T3FormalTemplatePar>(def)) return Class::HoldsTemplate;
   if (T3Is<T3VarDecl>(def))
     return def->as<T3VarDecl>()->is_template_variable ? Class::HoldsTemplate : Class::Value;
-  return T3Is<_T3FunctionDecl>(def) || T3Is<T3TypeDecl>(def) ? Class::Other : Class::Value;
+  // The type NULL of ASN.1 is known by its only value.
+  if (T3Is<T3TypeDecl>(def)) return IsAsnNullType(def) ? Class::Value : Class::Other;
+  return T3Is<_T3FunctionDecl>(def) ? Class::Other : Class::Value;
 }
 
+// A call is a value where something is called that has a result.
 Class ClassOfCall(T3Tree_Node* def) {
+  if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return Class::Value;
   if (T3Is<T3TemplateDecl>(def)) return Class::Template;
-  return IsFunctionReturningTemplate(def) ? Class::HoldsTemplate : Class::Value;
+  if (IsFunctionReturningTemplate(def)) return Class::HoldsTemplate;
+  return HasResult(def) ? Class::Value : Class::Other;
 }
 
 // The class of one expression; compound values are looked through by the caller.
 Class ClassOf(T3Tree_Node* expression) {
-  if (expression->is<_T3MatchingExpression>()) return Class::Template;
+  if (expression->is<_T3MatchingExpression>() || expression->is<ExtraMatchingExpressions>())
+    return Class::Template;
   expression = RootOf(expression);
   if (auto* call = expression->try_as<T3Parameterization>()) return ClassOfCall(BehindImport(Def(call)));
   return IsName(expression) ? ClassOfDecl(BehindImport(Def(expression))) : Class::Value;
@@ -45,6 +45,7 @@ Class ClassOf(T3Tree_Node* expression) {
 
 template <class Test>
 bool EachPart(T3Tree_Node* expression, Test passes) {
+  if (!expression->is<T3CompoundValue>()) return passes(ClassOf(expression));
   std::vector<T3Tree_Node*> open{expression};
   while (!open.empty()) {
     T3Tree_Node* at = open.back();
@@ -84,6 +85,12 @@ bool IsTemplateReference(T3Tree_Node* expression) {
   if (!expression->is<_T3Reference>()) return false;
   const Class found = ClassOf(expression);
   return found == Class::Template || found == Class::HoldsTemplate;
+}
+
+bool HasResult(T3Tree_Node* decl) {
+  if (auto* function = T3Is<T3Function>(decl) ? decl->as<T3Function>() : nullptr)
+    return !T3Is<T3NoType>(function->return_type);
+  return T3Is<T3ExtFunction>(decl) && !T3Is<T3NoType>(decl->as<T3ExtFunction>()->return_type);
 }
 
 bool IsFunctionReturningTemplate(T3Tree_Node* decl) {

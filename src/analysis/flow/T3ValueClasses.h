@@ -12,4 +12,6 @@ bool IsRvalue(T3Tree_Node* expression);
 bool IsRvalueRelaxed(T3Tree_Node* expression);
 /// True for a reference to a template, to what holds one, or to a function that returns one.
 bool IsTemplateReference(T3Tree_Node* expression);
+/// True for a function, an external one too, whose call is a value.
+bool HasResult(T3Tree_Node* decl);
 bool IsFunctionReturningTemplate(T3Tree_Node* decl);

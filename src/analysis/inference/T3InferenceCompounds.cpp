@@ -99,6 +99,8 @@ T3Tree_Node* MemberOf(T3FieldValue* value, T3Tree_Node* base, MemberCursor& curs
   if (base->is<_T3HomogeneousType>()) return ElementType(base);
   auto* name = value->field->try_as<T3FieldName>();
   if (base->is<T3AnyType>()) return name == nullptr ? gT3ErrorType : MemberOfAnyType(value);
+  // An index beside names is told as a mixture of notations.
+  if (value->field->is<T3FieldIndex>()) return gT3ErrorType;
   if (name == nullptr) {
     T3Tree_Node* member = cursor.Next();
     if (member->is<T3ErrorType>()) Report(value->value, 0);

@@ -1,5 +1,6 @@
 // Literals and the special values.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/names/T3References.h"
 #include "driver/modules/T3UTF8String.h"
 
 namespace t3infer {
@@ -28,9 +29,12 @@ T3OwnTypes CharStringTypes(T3CharStringLiteral* literal) {
 void InferObjIdItems(T3Tree_Node* items) {
   for (; items->is<T3ObjIdItem>(); items = items->as<T3ObjIdItem>()->next) {
     T3Tree_Node* item = items->as<T3ObjIdItem>()->obj_id_item;
-    if (item->is<T3Parameterization>()) continue;
-    if (item->is<_T3Expression>())
+    if (T3Tree_Node* number = NumberInComponent(item)) {
+      LetMeanNothing(item);
+      Fails(number, {gT3IntegerType});
+    } else if (item->is<_T3Expression>()) {
       Fails(item, T3Candidates::Types({gT3IntegerType, gT3ObjectIdentifierType}));
+    }
   }
 }
 

@@ -36,15 +36,6 @@ T3Candidates LeftCandidates(T3Tree_Node* node, const T3Candidates& candidates) {
   return node->is<T3Concatenate>() ? WithCharacterCounterparts(result) : result;
 }
 
-bool FindInSavedTypes(T3Tree_Node* left, T3Tree_Node* type) {
-  auto* identifier = left->try_as<T3Identifier>();
-  if (identifier == nullptr || identifier->cold().saved_types == nullptr) return false;
-  T3Tree_Node* absolute = AbsoluteTypeDef(type);
-  for (T3Tree_Node* saved : *identifier->cold().saved_types)
-    if (saved == absolute || saved == BaseTypeDef(type)) return true;
-  return false;
-}
-
 bool IsOpen(const T3Candidates& candidates) {
   return candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
 }
@@ -78,7 +69,8 @@ void InferRight(_T3BinaryExpression* node) {
 // An undecided left operand takes the type of the right one, where that is one of its own.
 void DecideLeft(T3Tree_Node* left, T3Tree_Node* right) {
   if (BaseOf(left) != gT3WildcardType || BaseOf(right)->is<T3ErrorType>()) return;
-  if (FindInSavedTypes(left, LocalOf(right))) return SetResult(left, LocalOf(right));
+  if (SharesLiteral(left, AbsoluteTypeDef(LocalOf(right))) || SharesLiteral(left, BaseOf(right)))
+    return SetResult(left, LocalOf(right));
   SetResult(left, gT3ErrorType);
   Report(left, 2);
 }

@@ -69,6 +69,8 @@ T3Inference InferUnary(_T3UnaryExpression* node, T3Candidates& candidates, bool 
 T3Inference InferShift(_T3ShiftOrRotateExpression* node, T3Candidates& candidates, bool strict, bool report);
 /// An undecided left operand takes the type of the right one, where that is one of its own.
 void DecideLeft(T3Tree_Node* left, T3Tree_Node* right);
+/// True for a literal that several enumerations share, `type` among them.
+bool SharesLiteral(T3Tree_Node* expression, T3Tree_Node* type);
 T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bool strict, bool report);
 T3Inference InferCompound(T3CompoundValue* compound, T3Candidates& candidates, bool report);
 void InferFieldValues(T3Tree_Node* values, T3Tree_Node* base);

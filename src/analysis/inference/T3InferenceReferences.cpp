@@ -80,16 +80,22 @@ T3Inference InferAmbiguous(_T3Reference* reference, T3Tree_Node* ambiguous, T3Ca
                            bool report) {
   const SharedLiteral& literal = SharedLiteralOf(ambiguous);
   const bool open = candidates.size() == 1 && candidates.base(0) == gT3WildcardType;
-  if (!open || !reference->is<T3Identifier>())
+  if (!open || !IsName(reference))
     return StrikeOtherEnumerations(literal, candidates)
                ? Finish(reference, candidates, false, report)
                : FinishTypes(reference, candidates, *literal.types, false, report);
-  auto& saved = reference->as<T3Identifier>()->cold().saved_types;
-  if (saved == nullptr) saved = literal.types;
   SetResult(reference, gT3WildcardType);
   return T3Inference::Good;
 }
 
+}  // namespace
+
+bool SharesLiteral(T3Tree_Node* expression, T3Tree_Node* type) {
+  T3Tree_Node* def = IsName(expression) ? expression->as<_T3Reference>()->attr().def : nullptr;
+  return T3Is<T3AmbiguousType>(def) && SharedLiteralOf(def).members.count(type) != 0;
+}
+
+namespace {
 // A literal of an enumeration that may be of one type or of any is of any.
 void PreferWildcard(T3Tree_Node* own, T3Candidates& candidates) {
   if (own->is<T3EnumType>() && candidates.size() == 2 && candidates.base(1) == gT3WildcardType)
@@ -112,9 +118,12 @@ T3OwnTypes CharacterTypesOf(T3Tree_Node* string) {
 
 // An index into what has no elements is a fault of its own. Where the list or the type of its elements has
 // failed already, it is none.
-bool IndexIntoNoList(_T3Reference* reference) {
-  auto* subscription = reference->try_as<T3Subscription>();
-  if (subscription == nullptr || T3Is<T3NoDecl>(reference->attr().def)) return false;
+bool IndexIntoNoList(T3Tree_Node* node) {
+  auto* subscription = node->try_as<T3Subscription>();
+  if (subscription == nullptr || !subscription->base->is<_T3Reference>()) return false;
+  _T3Reference* reference = subscription;
+  if (!T3Is<T3ErrorType>(reference->attr().base_type_def) || T3Is<T3NoDecl>(reference->attr().def))
+    return false;
   T3Tree_Node* list = GetAddressBaseType(subscription->base->as<_T3Reference>()->attr().base_type_def);
   return !T3Is<T3ErrorType>(reference->attr().def) && !T3Is<T3ErrorType>(list) &&
          !T3Is<_T3HomogeneousType>(list);
@@ -123,17 +132,19 @@ bool IndexIntoNoList(_T3Reference* reference) {
 
 T3Inference InferReference(_T3Reference* reference, T3Candidates& candidates, bool strict, bool report) {
   ResolveReference(reference);
+  T3Tree_Node* at_fault = nullptr;
   if (reference->is<_T3Qualification>())
     for (T3Tree_Node* at : T3ReferenceChain(reference)) {
       InferParts(at);
+      if (IndexIntoNoList(at)) at_fault = at;
       if (at != reference && at->is<_T3Reference>())
         SetResult(at, at->as<_T3Reference>()->attr().local_type_def);
     }
   const auto& own = reference->attr();
   if (T3Is<T3ErrorType>(own.base_type_def)) {
     SetResult(reference, gT3ErrorType);
-    if (!IndexIntoNoList(reference)) return T3Inference::Reported;
-    return report ? Report(reference, 0) : T3Inference::Unreported;
+    if (at_fault == nullptr) return T3Inference::Reported;
+    return report || at_fault != reference ? Report(at_fault, 0) : T3Inference::Unreported;
   }
   if (T3Is<T3AmbiguousType>(own.local_type_def))
     return InferAmbiguous(reference, own.local_type_def, candidates, report);

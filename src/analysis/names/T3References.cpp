@@ -56,8 +56,11 @@ void ResolveInModule(T3Qualifier* qualifier, T3Module* named) {
   const tIdent module = base != nullptr ? base->id : named->name;
   T3Tree_Node* def = base != nullptr ? IdentifyQualified(env, qualifier) : nullptr;
   const bool is_group = T3Is<T3GroupDecl>(def);
-  if (def != nullptr && !def->is<T3NoDecl>() && !is_group) return SetMeaning(qualifier, def, def);
-  if (base == nullptr || is_group || !IsKnownInModule(env, qualifier, module))
+  const bool found = def != nullptr && !def->is<T3NoDecl>();
+  const bool usable =
+      found && !is_group && (!def->is<_T3Decl>() || DefUsePositionsConsistent(def, qualifier));
+  if (usable) return SetMeaning(qualifier, def, def);
+  if (base == nullptr || found || !IsKnownInModule(env, qualifier, module))
     vexa_filtered_error(ERR_undefined_with_mod, qualifier->position, module, qualifier->id);
   Fail(qualifier);
 }
@@ -153,6 +156,52 @@ T3Tree_Node* Def(T3Tree_Node* reference) {
   if (!T3Is<_T3Reference>(reference)) return _sgT3NoDecl(true);
   ResolveReference(reference);
   return reference->as<_T3Reference>()->attr().def;
+}
+
+// A module in the midst of a field of `anytype` is no name by itself, and so no module that names stand
+// behind.
+bool IsName(T3Tree_Node* expression) {
+  if (expression->is<T3Identifier>()) return true;
+  auto* qualifier = expression->try_as<T3Qualifier>();
+  return qualifier != nullptr && qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base));
+}
+
+T3Tree_Node* BareLocalName(T3Tree_Node* expression) {
+  constexpr int kModuleLevel = 1;
+  auto* qualifier = expression->try_as<T3Qualifier>();
+  if (qualifier == nullptr || !IsName(qualifier)) return nullptr;
+  T3Tree_Node* def = Def(qualifier);
+  const bool local = T3Is<_T3FormalPar>(def) || (T3Is<_T3DeclList>(def) && !def->is<_T3ImportDecl>() &&
+                                                 def->as<_T3DeclList>()->attr().vexa_place > kModuleLevel);
+  if (!local) return nullptr;
+  T3Tree_Node* name = gT3AST.mT3Identifier(qualifier->position, qualifier->id);
+  name->place = qualifier->place;
+  name->parent = qualifier->parent;
+  auto& own = qualifier->attr();
+  auto& attributes = name->as<T3Identifier>()->attr();
+  attributes.def = def;
+  attributes.local_type_def = own.local_type_def;
+  attributes.base_type_def = own.base_type_def;
+  attributes.expression_local_type = own.expression_local_type;
+  attributes.expression_base_type = own.expression_base_type;
+  attributes.pass1 = own.pass1;
+  attributes.pass2 = own.pass2;
+  return name;
+}
+
+T3Tree_Node* NumberInComponent(T3Tree_Node* component) {
+  auto* form = component->try_as<T3Parameterization>();
+  auto* actual = form == nullptr ? nullptr : form->apl->try_as<T3ActualPar>();
+  if (actual == nullptr || !form->base->is<T3Identifier>() || actual->next->is<T3ActualPar>()) return nullptr;
+  T3Tree_Node* def = DefQuietly(form->base);
+  if (T3Is<_T3FunctionDecl>(def) || T3Is<T3TemplateDecl>(def)) return nullptr;
+  auto* definition = actual->expression->try_as<T3TemplateDef>();
+  return definition == nullptr ? actual->expression : definition->constraint;
+}
+
+void LetMeanNothing(T3Tree_Node* reference) {
+  for (T3Tree_Node* at : T3ReferenceChain(reference))
+    if (at->is<_T3Reference>()) SetMeaning(at->as<_T3Reference>(), _sgT3NoDecl(true), gT3NoType);
 }
 
 T3Tree_Node* DefQuietly(T3Tree_Node* name) {

@@ -12,6 +12,16 @@ void ResolveReference(T3Tree_Node* reference);
 /// The declaration that an identifier or a qualified name means, imports followed, found without reports and
 /// without trace: the walk may not have come by, and reports are due there. T3NoDecl where there is none.
 T3Tree_Node* DefQuietly(T3Tree_Node* name);
+/// True for a name: an identifier, or one behind the name of a module, which means the same.
+bool IsName(T3Tree_Node* expression);
+/// The bare name of something local that a qualifier names behind the name of its own module, with all that
+/// is known of the qualifier; null for any other expression.
+T3Tree_Node* BareLocalName(T3Tree_Node* expression);
+/// The number in `name(number)`, a component of an object identifier; null for any other component. The name
+/// means nothing, unless it is that of something that is called with a list of parameters.
+T3Tree_Node* NumberInComponent(T3Tree_Node* component);
+/// Lets a reference and its bases mean nothing, without a word.
+void LetMeanNothing(T3Tree_Node* reference);
 /// The bases of a reference, the innermost first, and the reference itself as the last.
 class T3ReferenceChain {
  public:

@@ -108,20 +108,30 @@ void CheckRunsOnOfCallee(T3Tree_Node* node, T3Tree_Node* caller, T3Tree_Node* ca
     vexa_filtered_error(ERR_incompatible_runs_on, PositionOf(node));
 }
 
+// What has no behaviour, or another one than is wanted, is not invoked.
+void RefuseInvocation(T3Tree_Node* node) {
+  vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "function invocation");
+}
+
 void CheckInvocation(T3Tree_Node* node) {
   T3Tree_Node* callee = CalleeOf(node->as<T3InvocationStmt>()->invocation);
   if (callee == nullptr) return;
   if (callee->is<T3Testcase>()) return vexa_filtered_error(ERR_testcase_invocation, PositionOf(node));
-  if (callee->is<T3TestStep>()) RefuseInInterleave(node, "function invocation");
+  if (callee->is<T3TestStep>())
+    RefuseInInterleave(node, "function invocation");
+  else if (!callee->is<T3Function>() && !callee->is<T3ExtFunction>())
+    return RefuseInvocation(node);
   if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
 }
 
 void CheckActivate(T3Tree_Node* node) {
   RefuseInInterleave(node, "activate");
-  T3Tree_Node* callee = CalleeOf(node->as<T3Activate>()->teststep);
-  if (callee == nullptr) return;
-  if (auto* decl = callee->try_as<_T3FunctionDecl>())
-    RefuseParameters(node, "activated altstep", KindsOf(decl->fpl).out, "out");
+  T3Tree_Node* call = node->as<T3Activate>()->teststep;
+  T3Tree_Node* callee = CalleeOf(call);
+  const bool named = call->is<T3Identifier>() || call->is<_T3Qualification>();
+  if (named && callee == nullptr) return;
+  if (!named || !call->is<T3Parameterization>() || !callee->is<T3TestStep>()) return RefuseInvocation(node);
+  RefuseParameters(node, "activated altstep", KindsOf(callee->as<T3TestStep>()->fpl).out, "out");
   if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
 }
 
@@ -129,8 +139,7 @@ void CheckAltstepAlternative(T3Tree_Node* node) {
   T3Tree_Node* callee = CalleeOf(node->as<T3TestStepRefAlt>()->test_step);
   RefuseInInterleave(node, "function invocation");
   if (callee == nullptr) return;
-  if (!callee->is<T3TestStep>())
-    return vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "function invocation");
+  if (!callee->is<T3TestStep>()) return RefuseInvocation(node);
   if (node->place != nullptr) CheckRunsOnOfCallee(node, node->place->vexa_owner, callee);
 }
 

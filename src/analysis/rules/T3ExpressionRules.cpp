@@ -8,7 +8,10 @@
 #include "analysis/rules/T3RuleParts.h"
 #include "analysis/constants/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
+#include "analysis/walk/T3Surroundings.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/names/T3References.h"
+#include "analysis/flow/T3ValueClasses.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "support/StringM.h"
@@ -79,11 +82,19 @@ void CheckArrayValue(T3Tree_Node* node) {
 
 void CheckNotation(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
-  bool list = false;
-  bool assignment = false;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    (at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() ? list : assignment) = true;
-  if (list && assignment) vexa_filtered_error(ERR_mixed_notation, compound->position);
+  if (MixesNotations(compound->value)) vexa_filtered_error(ERR_mixed_notation, compound->position);
+}
+
+// A union has one of its alternatives; one that modifies another may leave it as it is.
+void CheckAlternatives(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  if (HasFailed(compound)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(compound));
+  if (!type->is<T3UnionType>() && !type->is<T3AnyType>()) return;
+  auto* first = compound->value->try_as<T3FieldValue>();
+  const bool modifies =
+      InnermostTemplate() != nullptr && InnermostTemplate()->modifies->is<T3TemplateReference>();
+  if (first == nullptr ? !modifies : first->next->is<T3FieldValue>()) ReportTypeError(compound, true);
 }
 
 // ---- Predefined functions ----
@@ -153,6 +164,47 @@ void CheckDecompose(T3Tree_Node* node) {
     vexa_filtered_error(ERR_positive_value, PositionOf(node));
 }
 
+// What has been decoded goes to the operand.
+void CheckDecValue(T3Tree_Node* node) {
+  T3Tree_Node* target = node->as<T3DecValue>()->decoded_value;
+  if (!HasFailed(target) && !IsLvalue(target)) vexa_filtered_error(ERR_lvalue, PositionOf(target));
+}
+
+T3Tree_Node* OperandOf(T3Tree_Node* node) {
+  return ConstraintOf(node->as<_T3PreDefinedTemplateFunction>()->template_value);
+}
+
+// What has no type, or is no value, has had its message.
+bool IsJudged(T3Tree_Node* operand) {
+  return HasFailed(operand) ||
+         (operand->is<_T3Reference>() && !IsRvalue(operand) && !IsTemplateReference(operand));
+}
+
+// Only a union has something chosen.
+void CheckIsChosen(T3Tree_Node* node) {
+  T3Tree_Node* operand = OperandOf(node);
+  if (IsJudged(operand)) return;
+  auto* field = IsName(operand) ? nullptr : operand->try_as<T3Qualifier>();
+  T3Tree_Node* whole = field == nullptr ? gT3NoType : GetAddressBaseType(ExpressionBaseType(field->base));
+  const bool of_any =
+      field != nullptr && (whole->is<T3AnyType>() || T3Is<T3TypeDecl>(BehindImport(Def(field))));
+  if (!whole->is<T3UnionType>() && !of_any) ReportTypeError(operand, true);
+}
+
+// Only what has parts, characters or digits has a length.
+bool HasLength(T3Tree_Node* type) {
+  return IsStringType(type) || type->is<_T3HomogeneousType>() || IsRecordOrSetType(type) ||
+         type->is<T3CharacterType>() || type->is<T3UniversalCharacterType>() ||
+         type->is<T3ObjectIdentifierType>();
+}
+
+void CheckLengthOf(T3Tree_Node* node) {
+  T3Tree_Node* operand = OperandOf(node);
+  if (IsJudged(operand)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operand));
+  if (type != gT3WildcardType && !HasLength(type)) ReportTypeError(operand, true);
+}
+
 void CheckIsPresent(T3Tree_Node* node) {
   T3Tree_Node* argument = node->as<T3IsPresent>()->template_value;
   if (!argument->is<T3TemplateDef>() || HasFailed(argument->as<T3TemplateDef>()->constraint)) return;
@@ -178,8 +230,19 @@ void CheckMtc(T3Tree_Node* node) {
 void CheckSystem(T3Tree_Node* node) {
   RefuseInControlPart(node, "'system'");
 }
+// What an operation asks is one component, or one timer.
+void CheckObject(T3Tree_Node* node, T3Tree_Node* object, bool timer, const char* operation) {
+  if (HasFailed(object)) return;
+  T3Tree_Node* type = ExpressionBaseType(object);
+  if (type->is<T3ArrayType>())
+    return vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), operation);
+  const bool fits = type->is<T3ComponentType>() || (timer && type->is<T3TimerType>());
+  if (!fits || !IsRvalue(object)) vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
+}
+
 void CheckAlive(T3Tree_Node* node) {
   RefuseInControlPart(node, "'<comp>.alive'");
+  CheckObject(node, node->as<T3Alive>()->object, false, "alive");
 }
 void CheckGetVerdict(T3Tree_Node* node) {
   RefuseInControlPart(node, "verdict operation");
@@ -191,6 +254,7 @@ void CheckRunning(T3Tree_Node* node) {
   const bool any = object->is<T3AnyComponent>() || object->is<T3AllComponent>();
   if (any || (!HasFailed(object) && T3Is<T3ComponentType>(ExpressionBaseType(object))))
     RefuseInControlPart(node, "'<comp>.running'");
+  CheckObject(node, object, true, "running");
 }
 
 void CheckCreate(T3Tree_Node* node) {
@@ -208,8 +272,10 @@ void CheckExecute(T3Tree_Node* node) {
   if (!IsInControlPart(node)) vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "execute");
   auto* call = node->as<T3Execute>()->testcase->try_as<_T3Reference>();
   T3Tree_Node* def = call == nullptr ? nullptr : BehindImport(Def(call));
-  if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return;
-  if (!T3Is<T3Testcase>(def)) vexa_filtered_error(ERR_execute_wo_testcase, PositionOf(node));
+  const bool named = call != nullptr && (call->is<T3Identifier>() || call->is<_T3Qualification>());
+  if (named && (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def))) return;
+  if (!named || !call->is<T3Parameterization>() || !T3Is<T3Testcase>(def))
+    vexa_filtered_error(ERR_execute_wo_testcase, PositionOf(node));
 }
 
 // ---- What changed between editions, and what the run-time system has not ----
@@ -252,6 +318,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3UnivCharLiteral, CheckQuadruple},
     {T3Kind::T3Subscription, CheckIndex},
     {T3Kind::T3CompoundValue, CheckNotation},
+    {T3Kind::T3CompoundValue, CheckAlternatives},
     {T3Kind::T3CompoundValue, CheckPermutations},
     {T3Kind::T3CompoundValue, CheckArrayValue},
     {T3Kind::T3Int2Bit, CheckInt2Bit},
@@ -263,7 +330,10 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3Substring, CheckSubstring},
     {T3Kind::T3Regexp, CheckRegexp},
     {T3Kind::T3Decompose, CheckDecompose},
+    {T3Kind::T3DecValue, CheckDecValue},
     {T3Kind::T3IsPresent, CheckIsPresent},
+    {T3Kind::T3IsChosen, CheckIsChosen},
+    {T3Kind::T3LengthOf, CheckLengthOf},
     {T3Kind::T3ValueOf, CheckValueOf},
     {T3Kind::T3Self, CheckSelf},
     {T3Kind::T3MTC, CheckMtc},

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "analysis/walk/T3Eval.h"
+#include "analysis/walk/T3Surroundings.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3RuleParts.h"
 #include "analysis/templates/T3TemplateStatus.h"
@@ -13,45 +14,8 @@
 namespace {
 // ---- Inside of templates ----
 
-// The template definitions around the node that the walk is at, the innermost last.
-std::vector<T3Tree_Node*>& g_around = *new std::vector<T3Tree_Node*>;
-
-T3TemplateDef* InnermostTemplate() {
-  return g_around.empty() ? nullptr : g_around.back()->as<T3TemplateDef>();
-}
-
 bool IsModifying(T3TemplateDef* definition) {
   return definition != nullptr && definition->modifies->is<T3TemplateReference>();
-}
-
-void LeaveTemplate(T3Tree_Node*) {
-  g_around.pop_back();
-}
-
-// The name of a type or of a behaviour stands for nothing that a template could match with.
-void RefuseReference(T3Tree_Node* value) {
-  if (value->is<T3Identifier>()) {
-    T3Tree_Node* def = BehindImport(Def(value));
-    if (!T3Is<T3TypeDecl>(def) && !T3Is<_T3FunctionDecl>(def)) return;
-  } else if (!value->is<T3Qualifier>()) {
-    return;
-  }
-  if (HasFailed(value) || IsRvalue(value) || IsTemplateReference(value)) return;
-  vexa_filtered_error(ERR_invalid_in_template, PositionOf(value));
-}
-
-// Sizes are asked of types.
-bool TakesType(T3Tree_Node* parent) {
-  return T3Is<T3SizeOf>(parent) || T3Is<T3SizeOfType>(parent);
-}
-
-void CheckDefinition(T3Tree_Node* node) {
-  T3Tree_Node* constraint = node->as<T3TemplateDef>()->constraint;
-  if (T3Is<_T3Expression>(constraint) && !TakesType(node->parent)) RefuseReference(constraint);
-}
-
-void CheckListItem(T3Tree_Node* node) {
-  if (!g_around.empty()) RefuseReference(node->as<T3ValueListItem>()->value);
 }
 
 bool IsCharacters(T3Tree_Node* type) {
@@ -84,12 +48,6 @@ void CheckComplement(T3Tree_Node* node) {
   CheckMembers(node->as<T3Complement>()->values);
 }
 
-void CheckRange(T3Tree_Node* node) {
-  if (g_around.empty()) return;
-  RefuseReference(node->as<T3ValueRange>()->lb);
-  RefuseReference(node->as<T3ValueRange>()->ub);
-}
-
 // A field that is left open awaits one that modifies the template, and has no place in the first of a chain.
 bool IsUnmodifiedMessage(T3Tree_Node* definition) {
   return T3Is<T3TemplateDecl>(definition->parent) && !IsModifying(definition->as<T3TemplateDef>()) &&
@@ -98,10 +56,9 @@ bool IsUnmodifiedMessage(T3Tree_Node* definition) {
 }
 
 void CheckField(T3Tree_Node* node) {
-  if (g_around.empty()) return;
   T3Tree_Node* value = node->as<T3FieldValue>()->value;
-  RefuseReference(value);
-  if (value->is<T3NotUsedSymbol>() && IsUnmodifiedMessage(g_around.back()))
+  if (value->is<T3NotUsedSymbol>() && InnermostTemplate() != nullptr &&
+      IsUnmodifiedMessage(InnermostTemplate()))
     vexa_filtered_error(ERR_not_allowed_for, PositionOf(value), "'-'",
                         "message template declaration without modifies clause");
 }
@@ -188,20 +145,13 @@ void WarnOfMissingFields(T3Tree_Node* node) {
 
 constexpr T3Rule kRules[] = {
     {T3Kind::T3FieldValue, CheckField},
-    {T3Kind::T3ValueListItem, CheckListItem},
     {T3Kind::T3ValueList, CheckValueList},
     {T3Kind::T3Complement, CheckComplement},
-    {T3Kind::T3ValueRange, CheckRange},
     {T3Kind::T3CompoundValue, CheckSignatureFields},
     {T3Kind::T3CompoundValue, WarnOfMissingFields},
-    {T3Kind::T3TemplateDef, CheckDefinition},
     {T3Kind::T3TemplateDef, LeaveTemplate},
 };
 }  // namespace
-
-void EnterTemplate(T3Tree_Node* definition) {
-  g_around.push_back(definition);
-}
 
 std::span<const T3Rule> FieldRules() {
   return kRules;

@@ -6,6 +6,7 @@
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
+#include "frontend/T3SignedOperands.h"
 
 namespace {
 // The types of both operands; none where one of them, or the whole, has failed.
@@ -19,7 +20,7 @@ struct Operands {
     right = GetAddressBaseType(ExpressionBaseType(node->right));
   }
   bool AreKnown() const {
-    return left != nullptr && right != nullptr && !IsWildcardType(left) && !IsWildcardType(right);
+    return left != nullptr && right != nullptr && left != gT3WildcardType && right != gT3WildcardType;
   }
   bool AreBoth(T3Tree_Node* type) const {
     return IsSameBuiltinType(left, type) && IsSameBuiltinType(right, type);
@@ -34,6 +35,37 @@ void CheckArithmetic(T3Tree_Node* node) {
     vexa_filtered_error(ERR_type_mismatch_arith, operation->position);
   else if (node->is<T3Mod>())
     vexa_filtered_error(ERR_type_integer_required, operation->position);
+}
+
+// Numbers have an order, and the literals of one enumeration.
+bool IsOrdered(T3Tree_Node* type) {
+  return type->is<T3Integer>() || type->is<T3Float>() || type->is<T3EnumType>();
+}
+
+void CheckOrder(T3Tree_Node* node) {
+  auto* operation = node->as<_T3BinaryExpression>();
+  const Operands operands(operation);
+  if (!operands.AreKnown()) return;
+  if (!IsOrdered(operands.left))
+    ReportTypeError(operation->left, true);
+  else if (!IsOrdered(operands.right))
+    ReportTypeError(operation->right, true);
+}
+
+// A sign stands before numbers.
+void RequireNumber(T3Tree_Node* operand) {
+  if (HasFailed(operand) || operand->is<T3Infinity>()) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operand));
+  if (type != gT3WildcardType && !type->is<T3Integer>() && !type->is<T3Float>())
+    ReportTypeError(operand, true);
+}
+
+void CheckMinus(T3Tree_Node* node) {
+  if (!HasFailed(node)) RequireNumber(node->as<T3UnaryMinus>()->arg);
+}
+
+void CheckPlus(T3Tree_Node* node) {
+  if (IsSignedOperand(node)) RequireNumber(node);
 }
 
 bool IsBinaryStringType(T3Tree_Node* type) {
@@ -51,7 +83,7 @@ void CheckNot4b(T3Tree_Node* node) {
   auto* operation = node->as<T3UnaryNot4b>();
   if (HasFailed(operation) || HasFailed(operation->arg)) return;
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operation->arg));
-  if (!IsWildcardType(type) && !IsBinaryStringType(type))
+  if (type != gT3WildcardType && !IsBinaryStringType(type))
     vexa_filtered_error(ERR_type_mismatch_bin_string, operation->position);
 }
 
@@ -113,7 +145,13 @@ constexpr T3Rule kRules[] = {
     {T3Kind::_T3BinaryArithmeticExpression, CheckArithmetic},
     {T3Kind::_T3BinaryStringLogic, CheckStringLogic},
     {T3Kind::T3Concatenate, CheckConcatenation},
+    {T3Kind::T3Less, CheckOrder},
+    {T3Kind::T3Greater, CheckOrder},
+    {T3Kind::T3LessOrEqual, CheckOrder},
+    {T3Kind::T3GreaterOrEqual, CheckOrder},
     {T3Kind::_T3UnaryExpression, CheckUnary},
+    {T3Kind::T3UnaryMinus, CheckMinus},
+    {T3Kind::_T3Expression, CheckPlus},
     {T3Kind::T3UnaryNot4b, CheckNot4b},
     {T3Kind::_T3ShiftOrRotateExpression, CheckShift},
     {T3Kind::_T3PreDefinedFunction, CheckArgument},

@@ -22,7 +22,10 @@ bool HasMessage(T3Tree_Node* port) {
   auto* reference = port->try_as<_T3Reference>();
   if (reference == nullptr) return false;
   T3Tree_Node* def = Def(reference);
-  return T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def) || T3Is<T3ErrorType>(reference->attr().base_type_def);
+  if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return true;
+  // An index into what has no elements is left to the rule of the statement.
+  if (auto* element = port->try_as<T3Subscription>()) reference = element->base->try_as<_T3Reference>();
+  return reference != nullptr && T3Is<T3ErrorType>(reference->attr().base_type_def);
 }
 
 void CheckPort(T3Tree_Node* node) {
@@ -30,7 +33,7 @@ void CheckPort(T3Tree_Node* node) {
   T3Tree_Node* port = node->as<_T3PortStmt>()->port;
   if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
   T3Tree_Node* type = ExpressionBaseType(port);
-  if ((type == gT3AnyPortType || type->is<T3PortType>()) && !NamesType(port)) return;
+  if ((type == gT3AnyPortType || type->is<T3PortType>()) && IsRvalue(port)) return;
   if (HasMessage(port)) return;
   if (auto* identifier = port->try_as<T3Identifier>())
     vexa_filtered_error(ERR_invalid_port_with_name, PositionOf(node), identifier->id);
@@ -266,6 +269,8 @@ void CheckRedirect(T3Tree_Node* node) {
   for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
     if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
       vexa_filtered_error(ERR_lvalue, PositionOf(target));
+  if (redirect->redirect_params != nullptr && MixesNotations(redirect->redirect_params))
+    return vexa_filtered_error(ERR_mixed_notation, redirect->position);
   T3Tree_Node* signature = redirect->attr().params_types;
   if (!T3Is<T3FieldValue>(redirect->redirect_params)) return;
   if (T3Is<T3SignatureType>(signature))

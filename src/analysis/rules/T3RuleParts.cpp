@@ -49,6 +49,13 @@ T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
   return def == nullptr ? definition : def->constraint;
 }
 
+bool MixesNotations(T3Tree_Node* values) {
+  auto* first = values->try_as<T3FieldValue>();
+  for (T3Tree_Node* at = values; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
+    if (at->as<T3FieldValue>()->field->kind != first->field->kind) return true;
+  return false;
+}
+
 T3Tree_Node* CalleeOf(T3Tree_Node* call) {
   auto* reference = call == nullptr ? nullptr : call->try_as<_T3Reference>();
   T3Tree_Node* def = reference == nullptr ? nullptr : BehindImport(Def(reference));
@@ -60,9 +67,5 @@ T3Tree_Node* ComponentOf(T3Tree_Node* decl) {
 }
 
 bool NamesType(T3Tree_Node* expression) {
-  auto* qualifier = expression->try_as<T3Qualifier>();
-  if (qualifier == nullptr && !expression->is<T3Identifier>()) return false;
-  if (!T3Is<T3TypeDecl>(BehindImport(Def(expression)))) return false;
-  return qualifier == nullptr ||
-         (qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base)));
+  return IsName(expression) && T3Is<T3TypeDecl>(BehindImport(Def(expression)));
 }

@@ -25,6 +25,9 @@ void WarnAt(T3Tree_Node* node, const std::string& text);
 T3TemplateDecl* TemplateNamed(T3Tree_Node* reference);
 /// The constraint of a template definition; any other node is its own.
 T3Tree_Node* ConstraintOf(T3Tree_Node* definition);
+/// True for a list of values in which some stand by position, some by name and some by index, or two of
+/// these.
+bool MixesNotations(T3Tree_Node* values);
 /// What a call, or a name without parameters, calls, imports followed; null where that has failed.
 T3Tree_Node* CalleeOf(T3Tree_Node* call);
 /// The component that a declaration runs on: gT3NoType for none.

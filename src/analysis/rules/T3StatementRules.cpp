@@ -150,7 +150,8 @@ bool IsComponentObject(T3Tree_Node* object) {
 
 void CheckTimeout(T3Tree_Node* node) {
   T3Tree_Node* timer = node->as<T3TimeoutStmt>()->timer;
-  if (!HasFailed(timer) && !IsTimerObject(timer)) vexa_filtered_error(ERR_invalid_timer, PositionOf(node));
+  if (!HasFailed(timer) && (!IsTimerObject(timer) || !IsRvalue(timer)))
+    vexa_filtered_error(ERR_invalid_timer, PositionOf(node));
 }
 
 // True when the statement has been refused because its object is an array.
@@ -163,18 +164,22 @@ bool RefuseArray(T3Tree_Node* node, T3Tree_Node* object, const char* operation) 
 void CheckStop(T3Tree_Node* node) {
   T3Tree_Node* object = node->as<T3StopStmt>()->object;
   if (!IsGiven(object)) return RefuseInInterleave(node, "stop");
-  if (HasFailed(object) || RefuseArray(node, object, "stop") || IsTimerObject(object)) return;
-  if (IsPortObject(object) && !NamesType(object)) return RefuseInControlPart(node, "port operation");
-  RefuseInInterleave(node, "stop");
-  RefuseInControlPart(node, "'<comp>.stop'");
-  if (!IsComponentObject(object) || !IsRvalue(object)) vexa_filtered_error(ERR_rvalue, PositionOf(node));
+  if (HasFailed(object) || RefuseArray(node, object, "stop")) return;
+  if (IsTimerObject(object) && IsRvalue(object)) return;
+  const bool port = IsPortObject(object);
+  if (!port) RefuseInInterleave(node, "stop");
+  RefuseInControlPart(node, port ? "port operation" : "'<comp>.stop'");
+  if ((!port && !IsComponentObject(object)) || !IsRvalue(object))
+    vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
 void CheckKill(T3Tree_Node* node) {
   RefuseInInterleave(node, "kill");
   RefuseInControlPart(node, "'<comp>.kill'");
   T3Tree_Node* object = node->as<T3KillStmt>()->object;
-  if (IsGiven(object) && !HasFailed(object)) RefuseArray(node, object, "kill");
+  if (!IsGiven(object) || HasFailed(object) || RefuseArray(node, object, "kill")) return;
+  if (!IsComponentObject(object) || !IsRvalue(object))
+    vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
 }
 
 void CheckFinished(T3Tree_Node* node, T3Tree_Node* component) {
@@ -216,12 +221,27 @@ void CheckComponentStart(T3StartStmt* start) {
     vexa_filtered_error(ERR_incompatible_start, PositionOf(start));
 }
 
+// What is no port, timer or component; a type of ports or components is none, nor is a call of a timer.
+void RefuseObject(T3Tree_Node* node, T3Tree_Node* object) {
+  auto* identifier = object->try_as<T3Identifier>();
+  if (IsTimerObject(object))
+    vexa_filtered_error(ERR_invalid_timer, PositionOf(node));
+  else if (!IsPortObject(object))
+    vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
+  else if (identifier != nullptr)
+    vexa_filtered_error(ERR_invalid_port_with_name, PositionOf(node), identifier->id);
+  else
+    vexa_filtered_error(ERR_invalid_port, PositionOf(node));
+}
+
 void CheckStart(T3Tree_Node* node) {
   auto* start = node->as<T3StartStmt>();
   if (HasFailed(start->object) || RefuseArray(start, start->object, "start")) return;
+  if (IsPortObject(start->object)) RefuseInControlPart(start, "port operation");
+  if (!IsRvalue(start->object)) return RefuseObject(start, start->object);
   if (IsTimerObject(start->object)) return CheckTimerStart(start);
-  if (IsPortObject(start->object)) return RefuseInControlPart(start, "port operation");
-  if (IsComponentObject(start->object)) CheckComponentStart(start);
+  if (IsComponentObject(start->object)) return CheckComponentStart(start);
+  if (!IsPortObject(start->object)) RefuseObject(start, start->object);
 }
 
 constexpr T3Rule kRules[] = {

@@ -2,8 +2,11 @@
 #include <unordered_set>
 
 #include "analysis/constants/T3Constants.h"
+#include "analysis/constants/T3Faults.h"
+#include "analysis/constants/T3KnownIntegers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/rules/T3RuleParts.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
@@ -71,11 +74,12 @@ void CheckDivision(T3Tree_Node* node) {
     vexa_filtered_error(ERR_div_by_zero, division->position);
 }
 
-// The size of an array is known before the suite runs. An expression without a type has had its message.
+// The size of an array is known before the suite is compiled. An expression that has failed, or stands on a
+// constant that has, has had its message.
 void CheckArrayBounds(T3Tree_Node* node) {
   T3Tree_Node* bound = node->as<T3ArrayType>()->dimension;
   const auto varies = [](T3Tree_Node* expression) {
-    return !ExpressionBaseType(expression)->is<T3ErrorType>() && !IsConstant(expression);
+    return IsGiven(expression) && !KnownInteger(expression) && !HasFault(expression);
   };
   auto* single = bound->try_as<T3SingleBound>();
   auto* range = bound->try_as<T3RangeBound>();

@@ -11,42 +11,24 @@
 #include "driver/diagnostics/T3Error.h"
 
 namespace {
-// Reports each part of a compound value that is no value; false when there was one.
-bool CheckParts(T3CompoundValue* compound) {
-  bool passed = true;
-  std::vector<T3Tree_Node*> open{compound->value};
-  while (!open.empty()) {
-    auto* at = open.back()->try_as<T3FieldValue>();
-    open.pop_back();
-    if (at == nullptr) continue;
-    open.push_back(at->next);
-    if (auto* inner = at->value->try_as<T3CompoundValue>()) {
-      open.push_back(inner->value);
-    } else if (!HasFailed(at->value) && !IsRvalueRelaxed(at->value)) {
-      vexa_filtered_error(ERR_rvalue, PositionOf(at));
-      passed = false;
-    }
-  }
-  return passed;
+// What stands behind := or `return` must be a value; the message is about `node`. A part of a compound value
+// that is none has had its message.
+void RequireValue(T3Tree_Node* node, T3Tree_Node* value) {
+  if (!IsGiven(value) || HasFailed(value) || IsRvalue(value)) return;
+  if (value->is<T3CompoundValue>() && !IsRvalueRelaxed(value)) return;
+  vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
-// What stands behind := or `return` must be a value; the message is about `node`.
-void RequireValue(T3Tree_Node* node, T3Tree_Node* value) {
-  if (!IsGiven(value) || HasFailed(value)) return;
-  auto* compound = value->try_as<T3CompoundValue>();
-  if (compound != nullptr && !CheckParts(compound)) return;
-  if (!IsRvalue(value)) vexa_filtered_error(ERR_rvalue, PositionOf(node));
+// A variable that holds a template takes templates as well.
+void RequireTemplate(T3Tree_Node* node, T3Tree_Node* value) {
+  T3Tree_Node* constraint = ConstraintOf(value);
+  if (!T3Is<_T3Reference>(constraint) || HasFailed(constraint) || IsTemplateReference(constraint)) return;
+  RequireValue(node, constraint);
 }
 
 void CheckVariable(T3Tree_Node* node) {
   auto* decl = node->as<T3VarDecl>();
-  if (!decl->is_template_variable) RequireValue(decl, decl->value);
-}
-
-// A literal behind the name of its module does not vary either.
-bool IsQualifiedLiteral(T3Tree_Node* value) {
-  if (!value->is<T3Qualifier>()) return false;
-  return T3Is<T3EnumType>(Def(value)) || T3Is<T3AmbiguousType>(Def(value));
+  decl->is_template_variable ? RequireTemplate(decl, decl->value) : RequireValue(decl, decl->value);
 }
 
 // A part that has failed has had its message, and may be why the whole is no constant.
@@ -65,7 +47,7 @@ bool Varies(T3Tree_Node* value) {
     T3Tree_Node* at = open.back();
     open.pop_back();
     auto* compound = at->try_as<T3CompoundValue>();
-    if (compound == nullptr && !HasFailed(at) && !IsConstant(at) && !IsQualifiedLiteral(at)) return true;
+    if (compound == nullptr && !HasFailed(at) && !IsConstant(at)) return true;
     for (T3Tree_Node* part = compound == nullptr ? nullptr : compound->value; T3Is<T3FieldValue>(part);
          part = part->as<T3FieldValue>()->next) {
       if (part->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No) return true;
@@ -77,15 +59,18 @@ bool Varies(T3Tree_Node* value) {
 
 void CheckConstant(T3Tree_Node* node) {
   T3Tree_Node* value = node->as<_T3InstanceValueDecl>()->value;
-  if (IsGiven(value) && Varies(value) && !HasFailedPart(value))
+  if (!IsGiven(value) || HasFailedPart(value)) return;
+  if (Varies(value))
     vexa_filtered_error(ERR_const, PositionOf(node));
+  else
+    RequireValue(node, value);
 }
 
 // The values of a subtype, and the bounds of its lengths, are known before the suite runs. A range is a fault
 // of its own.
 bool VariesInType(T3Tree_Node* value) {
   return IsGiven(value) && !NamesType(value) && !HasFailed(value) && !IsConstant(value) &&
-         !IsQualifiedLiteral(value) && !HasFailedPart(value);
+         !HasFailedPart(value);
 }
 
 void CheckSubType(T3Tree_Node* node) {
@@ -98,7 +83,8 @@ void CheckSubType(T3Tree_Node* node) {
     auto* range = value->try_as<T3ValueRange>();
     if (range == nullptr)
       varies = varies || VariesInType(value);
-    else if (VariesInType(range->lb) || VariesInType(range->ub))
+    else if (NamesType(range->lb) || NamesType(range->ub) || VariesInType(range->lb) ||
+             VariesInType(range->ub))
       vexa_filtered_error(ERR_const, range->position);
   }
   if (varies) vexa_filtered_error(ERR_const, subtype->position);
@@ -120,12 +106,15 @@ void CheckRangeBound(T3Tree_Node* node) {
 
 void CheckAssignment(T3Tree_Node* node) {
   auto* statement = node->as<T3AssignStmt>();
-  if (!HasFailed(statement->lhs) && !IsTemplateReference(statement->lhs)) RequireValue(node, statement->rhs);
+  if (HasFailed(statement->lhs)) return;
+  IsTemplateReference(statement->lhs) ? RequireTemplate(node, statement->rhs)
+                                      : RequireValue(node, statement->rhs);
 }
 
 void CheckReturnValue(T3Tree_Node* node) {
   T3Tree_Node* owner = node->place == nullptr ? nullptr : node->place->vexa_owner;
-  if (!IsFunctionReturningTemplate(owner)) RequireValue(node, node->as<T3RetStmt>()->value);
+  T3Tree_Node* value = node->as<T3RetStmt>()->value;
+  IsFunctionReturningTemplate(owner) ? RequireTemplate(node, value) : RequireValue(node, value);
 }
 
 void CheckCondition(T3Tree_Node* statement, T3Tree_Node* condition) {

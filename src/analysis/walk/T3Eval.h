@@ -25,6 +25,7 @@ std::span<const T3Rule> OperatorRules();
 std::span<const T3Rule> FieldRules();
 std::span<const T3Rule> PortRules();
 std::span<const T3Rule> ValueRules();
+std::span<const T3Rule> PlaceRules();
 std::span<const T3Rule> TemplateRules();
 std::span<const T3Rule> InitializationRules();
 std::span<const T3Rule> SubtypeRules();
@@ -41,10 +42,6 @@ bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
 /// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that
 /// type, no constant is noted for the check of subtypes.
 void EnterType();
-
-/// What stands in a template definition is looked at as a part of it, from here to the rules of the
-/// definition.
-void EnterTemplate(T3Tree_Node* definition);
 
 /// Finds the variables of a behaviour, control part or component that are read before they have a value; this
 /// is told where they stand.

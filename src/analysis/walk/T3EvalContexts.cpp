@@ -2,7 +2,9 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3RuleParts.h"
+#include "analysis/names/T3References.h"
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Surroundings.h"
 
 namespace {
 T3Candidates OfType(T3Tree_Node* entity) {
@@ -232,7 +234,8 @@ void EnterRedirect(T3PortRedirect* redirect, T3Tree_Node* statement) {
 
 bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent) {
   if (auto* module = parent->try_as<T3Module>()) return node == module->definition_part;
-  if (parent->is<T3ObjIdItem>()) return !node->is<T3Parameterization>();
+  // The number of a component is walked by itself.
+  if (parent->is<T3ObjIdItem>()) return NumberInComponent(node) == nullptr;
   return !node->is<_T3WithList>();
 }
 
@@ -251,5 +254,7 @@ void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
     return;
   }
   if (node->is<T3TemplateDef>()) EnterTemplate(node);
-  if (!IsPart(parent)) InferOutermost(node, parent);
+  if (IsPart(parent)) return;
+  EnterOutermostExpression(node, parent);
+  InferOutermost(node, parent);
 }

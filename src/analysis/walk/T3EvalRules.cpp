@@ -29,8 +29,8 @@ struct Table {
   static void ForEach(Use use) {
     for (const auto& rules :
          {NameRules(), TypeRules(), DeclarationRules(), ExpressionRules(), OperatorRules(), CallRules(),
-          StatementRules(), PortRules(), ValueRules(), TemplateRules(), FieldRules(), InitializationRules(),
-          SubtypeRules(), RestrictionRules(), BehaviourRules(), UsageRules()})
+          StatementRules(), PortRules(), PlaceRules(), ValueRules(), TemplateRules(), FieldRules(),
+          InitializationRules(), SubtypeRules(), RestrictionRules(), BehaviourRules(), UsageRules()})
       for (const T3Rule& rule : rules)
         for (auto kind = static_cast<size_t>(rule.kind);
              kind <= T3Tree_TypeRange[static_cast<size_t>(rule.kind)]; ++kind)

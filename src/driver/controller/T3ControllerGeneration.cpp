@@ -8,6 +8,7 @@
 #include "asn1/integration/T3Representation.h"
 #include "build/T3TciModules.h"
 #include "driver/controller/T3Controller.h"
+#include "driver/diagnostics/Errors.h"
 #include "driver/options/T3Version.h"
 #include "frontend/T3Tree.h"
 #include "generator/module/CGModule.h"
@@ -59,7 +60,10 @@ bool GenerationSteps(T3Tree_Node* module) {
   ClearOptimizationInfo(module);
   gT3Context.begin(std::move(file));
   RestoreModule_gT3IntegerType(module);
+  const long errors_before = gErrors.ErrorCount();
   CGModule(module);
+  // What is told only now has no form in C either.
+  if (gErrors.ErrorCount() != errors_before) gT3Context.invalidateFile();
   const bool is_complete = gT3Context.file().valid();
   gT3Context.end();
   return is_complete;

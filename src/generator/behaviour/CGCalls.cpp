@@ -144,8 +144,8 @@ void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
 
 void CGFunctionCall(T3Parameterization* call, CFunction& function) {
   T3Tree_Node* decl = Def(call);
-  auto* behaviour = Behind(decl)->as<_T3FunctionDecl>();
-  if (!behaviour->is<T3Function>() && !behaviour->is<T3ExtFunction>()) cg::NotSupported(call);
+  auto* behaviour = Behind(decl)->try_as<_T3FunctionDecl>();
+  if (!T3Is<T3Function>(behaviour) && !T3Is<T3ExtFunction>(behaviour)) cg::NotSupported(call);
   const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
   const unsigned count = GetParNumber(behaviour->fpl);
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);

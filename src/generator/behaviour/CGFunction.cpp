@@ -185,43 +185,20 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   GenReturn(LUMO_TEST_STEP_UNSUCCESSFUL_C, function);
 }
 
-// The locations of a behaviour that was generated in part.
-void ResetLocations(T3Tree_Node* decl) {
-  gT3AST.TraverseT3TreeTD(decl, [](T3Tree_Node* node) {
-    const bool located = node->is<_T3Decl>() || node->is<_T3FormalPar>() || node->is<_T3Expression>() ||
-                         node->is<T3TemplateDef>();
-    if (located && node->attributes != nullptr && node->attributes->cold != nullptr) ResetLocation(node);
-  });
-}
-
 std::unique_ptr<CFunction> BeginBehaviour(const BehaviourWords& words) {
   ForgetLabels();
   return gT3Context.file().beginFunction(words.result, words.name, CGBehaviourParameters(), "", false);
 }
 
-// A behaviour that uses what no code is generated for yet ends its test case with an error, and tells why.
 template <class Body>
 void Generate(_T3FunctionDecl* decl, const Body& body) {
   GenFunctionType(decl);
   const BehaviourWords words = WordsOf(decl);
   AddBehaviourRow(decl, words);
-  std::string reason;
-  try {
-    const CGStatementScope scope;
-    auto function = BeginBehaviour(words);
-    BeginBody(decl, words, *function);
-    body(*function);
-    function->end();
-    return;
-  } catch (const cg::not_supported& fault) {
-    reason = fault.reason();
-  }
-  ResetLocations(decl);
+  const CGStatementScope scope;
   auto function = BeginBehaviour(words);
-  CGPushSourceLocation(*function, CGCurrentModule(), gIdents.GetCStr(decl->name), VEXA_ARGV, words.scope,
-                       decl->position);
-  cg::ReportAtRunTime(reason, *function);
-  GenReturn(decl->is<T3TestStep>() ? LUMO_TEST_STEP_UNSUCCESSFUL_C : "", *function);
+  BeginBody(decl, words, *function);
+  body(*function);
   function->end();
 }
 
@@ -306,20 +283,9 @@ void AddControlPartRow() {
 
 void CGControlPart(T3ControlPart* decl) {
   AddControlPartRow();
-  std::string reason;
-  try {
-    const CGStatementScope scope;
-    auto function = BeginControlPart(CGCurrentModule(), decl->position);
-    CGStatement(decl->body, *function);
-    CGPopSourceLocation(*function);
-    function->end();
-    return;
-  } catch (const cg::not_supported& fault) {
-    reason = fault.reason();
-  }
-  ResetLocations(decl);
+  const CGStatementScope scope;
   auto function = BeginControlPart(CGCurrentModule(), decl->position);
-  cg::ReportAtRunTime(reason, *function);
+  CGStatement(decl->body, *function);
   CGPopSourceLocation(*function);
   function->end();
 }

@@ -393,9 +393,9 @@ void CGSetVerdict(T3SetVerdictStmt* statement, CFunction& function) {
 
 void StartComponent(const std::string& component, T3Tree_Node* argument, CFunction& function) {
   auto* call = argument->try_as<T3Parameterization>();
-  if (call == nullptr) internal_error_ast("CGStatement", __LINE__, "CGStatementWorker", argument);
+  T3Tree_Node* behaviour = call == nullptr ? nullptr : BehindImport(Def(call));
+  if (!T3Is<_T3FunctionDecl>(behaviour)) cg::NotSupported(argument);
   T3Tree_Node* decl = Def(call);
-  T3Tree_Node* behaviour = decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
   T3Tree_Node* formals = behaviour->as<_T3FunctionDecl>()->fpl;
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
   function.call(LUMO_COMPONENT_START,

@@ -9,16 +9,18 @@
 
 namespace cg {
 namespace {
-T3Tree_Node* FormalsOf(T3Tree_Node* decl) {
-  if (decl->is<_T3ImportDecl>()) decl = decl->as<_T3ImportDecl>()->attr().def_aux;
+T3Tree_Node* FormalsOf(T3Tree_Node* call) {
+  T3Tree_Node* decl = BehindImport(Def(call));
+  if (!T3Is<_T3FunctionDecl>(decl)) NotSupported(call);
   return decl->as<_T3FunctionDecl>()->fpl;
 }
 
 // The text of the call only: where it stands alone it is a statement.
 void GenerateExecute(T3Execute* node, CFunction& function) {
-  auto* call = node->testcase->as<T3Parameterization>();
+  auto* call = node->testcase->try_as<T3Parameterization>();
+  if (call == nullptr) NotSupported(node->testcase);
   T3Tree_Node* decl = Def(call);
-  T3Tree_Node* formals = FormalsOf(decl);
+  T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
   const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
                                                                   : InC(node->timeout, function);
@@ -44,7 +46,7 @@ void GenerateActivate(T3Activate* node, Mode allocation, CFunction& function) {
   if (call == nullptr) NotSupported(node->teststep);
   const std::string location = AllocateRTSValue(node, allocation, function);
   T3Tree_Node* decl = Def(call);
-  T3Tree_Node* formals = FormalsOf(decl);
+  T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
   const std::string reference = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(

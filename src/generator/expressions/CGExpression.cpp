@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Exception.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -31,7 +32,8 @@ void StoreRTS(T3Tree_Node* node, const std::string& text) {
 
 // ---- Conversions ----
 
-const char* C2RTSFunction(T3Tree_Node* type) {
+// Null for what has no form in C.
+const char* C2RTSFunction(const T3Tree_Node* type) {
   switch (type->kind) {
     case T3Kind::T3Integer:
       return LUMO_VALUE_SET_INTEGER;
@@ -51,8 +53,7 @@ const char* C2RTSFunction(T3Tree_Node* type) {
     case T3Kind::T3UniversalCharStringType:
       return LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_TO_ASCII;
     default:
-      throw internal_exception("CGExpression", __LINE__, "C2RTSFunction",
-                               std::string("no C form of ") + T3KindName(type));
+      return nullptr;
   }
 }
 
@@ -146,7 +147,7 @@ void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& f
 }  // namespace
 
 namespace cg {
-const char* RTS2CFunction(T3Tree_Node* type) {
+const char* RTS2CFunction(T3Tree_Node* node, const T3Tree_Node* type) {
   switch (type->kind) {
     case T3Kind::T3Integer:
       return LUMO_VALUE_GET_INTEGER;
@@ -169,8 +170,7 @@ const char* RTS2CFunction(T3Tree_Node* type) {
     case T3Kind::T3UniversalCharacterType:
       return LUMO_VALUE_GET_UNIVERSAL_CHAR;
     default:
-      throw internal_exception("CGExpression", __LINE__, "RTS2CFunction",
-                               std::string("no C form of ") + T3KindName(type));
+      NotSupported(node);
   }
 }
 
@@ -224,17 +224,14 @@ std::string CastToLongLong(const std::string& text) {
 }
 
 void NotSupported(T3Tree_Node* node) {
-  throw not_supported(__LINE__, std::string("CGExpression currently does not support ") + T3KindName(node));
-}
-
-void ReportAtRunTime(const std::string& text, CFunction& function) {
-  const std::string wide =
-      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+  throw not_supported(PositionOf(node),
+                      std::string("CGExpression currently does not support ") + T3KindName(node));
 }
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
-  function.call(C2RTSFunction(TypeOf(node)), {target, CLocation(node), VEXA_CONTEXT});
+  const char* word = C2RTSFunction(TypeOf(node));
+  if (word == nullptr) NotSupported(node);
+  function.call(word, {target, CLocation(node), VEXA_CONTEXT});
 }
 
 namespace {
@@ -300,7 +297,7 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocatio
   if (natural == mode) return Generate(node, allocation, function);
   CGExpression(node, natural, allocation, function);
   if (wants_c) {
-    StoreC(node, cg::Call(cg::RTS2CFunction(cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+    StoreC(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
     const std::string target = cg::AllocateRTSValue(node, allocation, function);
     cg::SetFromC(node, target, function);

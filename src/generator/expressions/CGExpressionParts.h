@@ -38,19 +38,12 @@ class Conditional {
   Conditional& operator=(const Conditional&) = delete;
   ~Conditional();
 };
-/// What is thrown for constructs that no code is generated for.
-class not_supported : public internal_exception {
- public:
-  not_supported(int line, const std::string& reason)
-      : internal_exception("CGExpression", line, "CGExpression", reason), reason_(reason) {}
-  const std::string& reason() const { return reason_; }
-
- private:
-  std::string reason_;
+/// What is thrown for constructs that no code is generated for, with the place of one.
+struct not_supported {
+  tPosition position;
+  std::string reason;
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
-/// The call that ends the test case with an error and this text.
-void ReportAtRunTime(const std::string& text, CFunction& function);
 
 /// Stands while the left side of an assignment is evaluated: fields that are missing are made on the way.
 class LeftSide {
@@ -125,7 +118,7 @@ bool IsInfinityExpression(T3Tree_Node* node);
 /// The place of a reference in a template in line that stands for one of the arguments of its functions.
 inline constexpr int kPassedToTemplate = 7;
 
-/// False for a qualifier that names a declaration of another module, or an enumeration value.
+/// False for a qualifier behind the name of a module.
 bool IsField(T3Qualifier* node);
 /// What a field is a part of: a module before the name of a type in `anytype` is none.
 T3Tree_Node* WholeOf(T3Qualifier* field);
@@ -155,8 +148,8 @@ std::string PatternText(T3Tree_Node* node, CFunction& function);
 /// The words of C for a character.
 std::string CharacterText(char c);
 std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsigned cell);
-/// The call that gives the value of this type in C.
-const char* RTS2CFunction(T3Tree_Node* type);
+/// The call that gives the value of a node, which is of this type, in C.
+const char* RTS2CFunction(T3Tree_Node* node, const T3Tree_Node* type);
 
 /// The call that sets a run-time value of the node's type to its C location.
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function);

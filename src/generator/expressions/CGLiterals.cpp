@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "analysis/constants/T3Constants.h"
+#include "analysis/names/T3References.h"
 #include "driver/modules/T3UTF8String.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/module/CGModule.h"
@@ -189,9 +190,7 @@ void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation
   const std::string target = AllocateRTSValue(node, allocation, function);
   for (T3Tree_Node* at = node->value; at->is<T3ObjIdItem>(); at = at->as<T3ObjIdItem>()->next) {
     T3Tree_Node* item = at->as<T3ObjIdItem>()->obj_id_item;
-    if (auto* named = item->try_as<T3Parameterization>())
-      item = named->apl->is<T3ActualPar>() ? named->apl->as<T3ActualPar>()->expression : named->apl;
-    if (auto* actual = item->try_as<T3TemplateDef>()) item = actual->constraint;
+    if (T3Tree_Node* number = NumberInComponent(item)) item = number;
     const auto number = item->is<_T3Expression>() ? ConstIntValue(item) : std::nullopt;
     if (!number && item->is<_T3Reference>() && TypeOf(item)->is<T3ObjectIdentifierType>()) {
       AddObjectIdentifier(item, target, function);

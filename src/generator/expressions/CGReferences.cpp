@@ -1,6 +1,7 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3AnyTypes.h"
+#include "analysis/names/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/module/CGModule.h"
@@ -146,8 +147,18 @@ tIdent NameOfField(T3Qualifier* node, T3Tree_Node* type) {
   return FindIndex(AnyTypeFields(type), PlaceOfField(node))->as<T3FieldType>()->name;
 }
 
+// A long way to a field or an element goes over temporaries, so that the text grows with the way.
+std::string Whole(T3Tree_Node* node, CFunction& function) {
+  constexpr size_t kLongest = 2000;
+  const std::string text = InRTS(node, vexa_temp_alloc, function);
+  if (text.size() <= kLongest) return text;
+  std::string name = Temporary(LUMO_VALUE_T, function);
+  function.assign(name, text);
+  return name;
+}
+
 void Field(T3Qualifier* node, CFunction& function) {
-  const std::string parent = InRTS(WholeOf(node), vexa_temp_alloc, function);
+  const std::string parent = Whole(WholeOf(node), function);
   T3Tree_Node* type = TypeOf(WholeOf(node));
   const auto index = [&] { return std::to_string(PlaceOfField(node)); };
   if (IsRecordOrSetType(type))
@@ -161,7 +172,7 @@ void Field(T3Qualifier* node, CFunction& function) {
 }
 
 void Element(T3Subscription* node, Mode allocation, CFunction& function) {
-  const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
+  const std::string parent = Whole(node->base, function);
   const std::string index = InC(node->index, function);
   if (IsStringType(TypeOf(node->base)))
     StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
@@ -172,11 +183,9 @@ void Element(T3Subscription* node, Mode allocation, CFunction& function) {
 }
 }  // namespace
 
-// Others have no value before the point. A type is a field of `anytype`, but not behind the name of a module.
+// Others have no value before the point.
 bool IsField(T3Qualifier* node) {
-  T3Tree_Node* def = Def(node);
-  if (T3Is<T3TypeDecl>(BehindImport(def))) return !T3Is<T3Module>(Def(WholeOf(node)));
-  return !T3Is<_T3Decl>(def) && !T3Is<T3EnumType>(def);
+  return !IsName(node);
 }
 
 T3Tree_Node* WholeOf(T3Qualifier* field) {

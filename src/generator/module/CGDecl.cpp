@@ -65,15 +65,15 @@ void NormalPass(T3Tree_Node* decl) {
   }
 }
 
-// A declaration that no code is generated for is told, and no file is written; the others are still looked
-// at.
+// What no code is generated for is told at its place, and no file is written; the other declarations are
+// still looked at.
 template <class Generation>
 void OrReport(T3Tree_Node* decl, const Generation& generation) {
   try {
     generation(decl);
   } catch (const cg::not_supported& fault) {
     gT3Context.invalidateFile();
-    vexa_error(fault.reason(), decl->as<_T3DeclList>()->position);
+    vexa_error(fault.reason, fault.position == NoPosition ? PositionOf(decl) : fault.position);
   }
 }
 

@@ -132,7 +132,7 @@ std::string GenCharacterRanges(const std::vector<Quadruple>& bounds, bool is_uni
 void TestNumberRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test, CFunction& function) {
   UnlessOmitted(test, function, [&] {
     const std::string number = function.getTmpVariable(CType(type));
-    function.callAndAssign(number, cg::RTS2CFunction(type), {test.value, VEXA_CONTEXT});
+    function.callAndAssign(number, cg::RTS2CFunction(range, type), {test.value, VEXA_CONTEXT});
     const std::string lower = BoundInC(range->lb, function);
     const std::string condition = Between(lower, number, BoundInC(range->ub, function));
     if (!condition.empty())

@@ -31,24 +31,13 @@ void CheckBody(T3Tree_Node* decl, T3SubType* subtype, CFunction& function) {
   function._return(result);
 }
 
-// Writes a function of a subtype. Where no code is generated for its constraint, it reports that when it is
-// called, and returns `otherwise`.
+// Writes a function of a subtype.
 template <class Body>
 void SubTypeFunction(const char* result, const std::string& name, const std::vector<std::string>& parameters,
-                     const char* otherwise, const Body& body) {
-  std::string reason;
-  try {
-    const CGStatementScope scope;
-    auto function = gT3Context.file().beginFunction(result, name, parameters, "", false);
-    body(*function);
-    function->end();
-    return;
-  } catch (const cg::not_supported& fault) {
-    reason = fault.reason();
-  }
+                     const Body& body) {
+  const CGStatementScope scope;
   auto function = gT3Context.file().beginFunction(result, name, parameters, "", false);
-  cg::ReportAtRunTime(reason, *function);
-  function->_return(otherwise);
+  body(*function);
   function->end();
 }
 }  // namespace
@@ -58,7 +47,7 @@ void CGCheck(T3Tree_Node* decl) {
   SubTypeFunction(C_BOOL, VEXACheckName(decl),
                   {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, VEXA_VALUE),
                    FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
-                  C_FALSE, [&](CFunction& function) { CheckBody(decl, subtype, function); });
+                  [&](CFunction& function) { CheckBody(decl, subtype, function); });
 }
 
 void CGConstraintOf(T3Tree_Node* decl) {
@@ -67,7 +56,6 @@ void CGConstraintOf(T3Tree_Node* decl) {
       LUMO_VALUE_T, VEXAConstraintOfName(decl),
       {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
        FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
-      LUMO_ILLEGAL_VALUE_C,
       [&](CFunction& function) { GenConstraintOf(subtype->constraint, decl, function); });
 }
 

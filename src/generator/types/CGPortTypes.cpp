@@ -131,18 +131,9 @@ void EndPostProcessFunction(CFunction& function) {
 
 // Runs at each creation of a component, on the value of its record type.
 void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
-  std::string reason;
-  try {
-    const CGStatementScope scope;
-    auto function = BeginPostProcessFunction(decl);
-    GenMembers(component, *function);
-    return EndPostProcessFunction(*function);
-  } catch (const cg::not_supported& fault) {
-    reason = fault.reason();
-  }
-  gT3AST.ForallT3Tree(component->decls, [](T3Tree_Node* member) { ResetLocation(member); });
+  const CGStatementScope scope;
   auto function = BeginPostProcessFunction(decl);
-  cg::ReportAtRunTime(reason, *function);
+  GenMembers(component, *function);
   EndPostProcessFunction(*function);
 }
 

@@ -38,7 +38,9 @@ bool IsAsnNull(T3Tree_Node* decl) {
 }
 
 bool IsNoType(T3Tree_Node* type) {
-  return type == nullptr || type->is<T3NoType>() || type->is<T3ErrorType>() || type->is<T3WildcardType>();
+  // What may be any component has no type either.
+  return type == nullptr || type->is<T3NoType>() || type->is<T3ErrorType>() || type->is<T3WildcardType>() ||
+         type == gT3AnyComponentType;
 }
 
 const char* StaticWord(T3Tree_Node* type) {

@@ -1,5 +1,5 @@
-// Any bytes as a source file, analysed as a whole run does it: the run must end without a fault of the
-// compiler itself, whatever it reports.
+// Any bytes as a source file, analysed and generated as a whole run does it: the run must end without a fault of
+// the compiler itself, whatever it reports.
 #include <unistd.h>
 
 #include <cstdint>
@@ -20,7 +20,7 @@ namespace {
 
 std::string folder;
 
-void RunAnalysis() {
+void RunCompiler() {
   T3ImportPositions positions;
   std::vector<tIdent> order;
   std::set<tIdent> requested;
@@ -30,7 +30,7 @@ void RunAnalysis() {
   if (!ResolveImports(requested, gT3ModuleMap, order, gT3ModuleDeps, positions)) return;
   PropagateModuleOptions(gT3ModuleMap);
   SeparateModules(gT3AST.root);
-  AnalyzeSystem(order.begin(), order.end());
+  if (AnalyzeSystem(order.begin(), order.end())) GenerateCode();
 }
 
 }  // namespace
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   gErrors.SetStream(std::fopen("/dev/null", "w"));
   BeginT3Representation({[](T3Tree_Node* module) { return Analyze(module, gT3ModuleMap); }, Generate});
   gT3CommandLine.common.verbosity.value = verbosity_level_t::Errors;
-  gT3CommandLine.common.action.value = action_analyse;
+  gT3CommandLine.common.action.value = action_compile;
   gT3CommandLine.maximum_errors = 1000;
   return 0;
 }
@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   gParseErrors = 0;
   InitBuiltinTypes();
   try {
-    RunAnalysis();
+    RunCompiler();
   } catch (const MaximumErrorsExceeded&) {
   } catch (const std::string&) {
     // an orderly end with its own text
