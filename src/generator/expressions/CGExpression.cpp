@@ -241,6 +241,12 @@ void NotSupported(T3Tree_Node* node) {
                       std::string("CGExpression currently does not support ") + T3KindName(node));
 }
 
+void ReportAtRunTime(const std::string& text, CFunction& function) {
+  const std::string wide =
+      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+}
+
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
   const char* word = C2RTSFunction(TypeOf(node));
   if (word == nullptr) NotSupported(node);

@@ -36,6 +36,8 @@ struct not_supported {
   std::string reason;
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
+/// The call that ends the test case with an error and this text.
+void ReportAtRunTime(const std::string& text, CFunction& function);
 
 /// The location of a place that may be written later, or not at all: what is missing above it, and an
 /// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted

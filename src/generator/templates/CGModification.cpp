@@ -4,6 +4,7 @@
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGModes.h"
 #include "generator/templates/CGTemplateParts.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
