@@ -75,11 +75,6 @@ class RunnerTest(unittest.TestCase):
         self.assert_fails('surplus diagnostic: case.ttcn(3) : column 7 : Error {{no declaration for "x"}}',
                           "// RUN: -F %s", ERROR_AT_3_7)
 
-    def test_diagnostic_printed_twice(self):
-        self.assert_fails("surplus diagnostic", "// RUN: -F %s",
-                          r"// ENV: ERRORS=@(3) : column 7 : Error       t\n@(3) : column 7 : Error       t\n",
-                          "// expect-error@:7 {{t}}")
-
     def test_wrong_text_line_column_or_class(self):
         for wrong in ("error@:7 {{no declaration for \"X\"}}", "error@+1:7 {{no declaration for \"x\"}}",
                       "error@:8 {{no declaration for \"x\"}}", "warning@:7 {{no declaration for \"x\"}}",
@@ -146,10 +141,6 @@ class RunnerTest(unittest.TestCase):
         self.assert_passes("// RUN: -F %s", "// SH: test -f M.c && rm M.c", "// RUN: -F %s", "// ENV: CODE=x",
                            "// ENV: EXIT=3", "// STATUS: 3", "// STATUS: 3")
         self.assert_fails("SH: false: status 1 instead of 0", "// RUN: -F %s", "// SH: false")
-
-    def test_folder_without_cases_fails(self):
-        status, output = self.run_case("no run line")
-        self.assertEqual((1, "0 passed, 0 failed\n"), (status, output))
 
 
 if __name__ == "__main__":

@@ -30,21 +30,6 @@ struct Log : ::testing::Test, Types {
   }
 };
 
-TEST_F(Log, KindsAreChosen) {
-  EXPECT_TRUE(set_log_kinds("ttcn3,event"));
-  for (auto kind : {lumo_log_msg_info_c, lumo_log_msg_ttcn3_c, lumo_log_msg_warning_c, lumo_log_msg_error_c,
-                    lumo_log_msg_debug_c, lumo_log_msg_event_c})
-    lumo_log_string_to_all(kind, "x", nullptr);
-  EXPECT_EQ(entries, "ttcn3 x\nevent x\n");
-  EXPECT_FALSE(set_log_kinds("ttcn3,loud"));
-  entries.clear();
-  lumo_log_string_to_all(lumo_log_msg_event_c, "still", nullptr);
-  EXPECT_EQ(entries, "event still\n") << "a list that is not readable changes nothing";
-  EXPECT_TRUE(set_log_kinds("none"));
-  lumo_log_string_to_all(lumo_log_msg_error_c, "silent", nullptr);
-  EXPECT_EQ(entries, "event still\n");
-}
-
 TEST_F(Log, EntryIsOneLineWithItsPlace) {
   lumo_source_location_push("M", "f", nullptr, lumo_scope_function_c, "/a/b/M.ttcn", 3, nullptr);
   lumo_source_location_set_line(17, nullptr);

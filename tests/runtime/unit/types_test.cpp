@@ -21,17 +21,6 @@ TEST_F(TypeTables, CyclicTablesEnd) {
   EXPECT_NE(root_of(a), nullptr);
 }
 
-TEST_F(TypeTables, RangesOfCharacters) {
-  const char bounds[] = {'a', 'f', 'x', 'x'};
-  EXPECT_TRUE(lumo_type_check_char_range(text("faxe"), bounds, 4, nullptr));
-  EXPECT_FALSE(lumo_type_check_char_range(text("fay"), bounds, 4, nullptr));
-  EXPECT_TRUE(lumo_type_check_char_range(text(""), bounds, 4, nullptr));
-  const lumo_wide_char_t wide[] = {{0, 0, 3, 0}, {0, 0, 3, 255}};
-  EXPECT_TRUE(lumo_type_check_universal_char_range(
-      value(lumo_universal_charstring_type, "char(0, 0, 3, 177)"), wide, 2, nullptr));
-  EXPECT_FALSE(lumo_type_check_universal_char_range(text("a"), wide, 2, nullptr));
-}
-
 // --- values and codecs of the user
 
 lumo_codecs_result_t encode_one_octet(lumo_value_t v, lumo_binary_string_t data, lumo_context_t c) {
