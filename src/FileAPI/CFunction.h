@@ -21,7 +21,10 @@ class CFunction : public CBase {
   std::string declareArray(std::string_view type, size_t size);
   /// The same with an initializer, which tells the size.
   std::string declareArray(std::string_view type, std::string_view init);
-  void assign(std::string_view lhs, std::string_view rhs) { addLine({lhs, " = ", rhs, ";"}); }
+  /// Nothing where both are the same variable.
+  void assign(std::string_view lhs, std::string_view rhs) {
+    if (lhs != rhs) addLine({lhs, " = ", rhs, ";"});
+  }
   void call(std::string_view name, const std::vector<std::string>& arguments);
   void call(std::string_view name, CWords arguments);
   void callAndAssign(std::string_view lhs, std::string_view name, const std::vector<std::string>& arguments);
