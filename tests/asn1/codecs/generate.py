@@ -37,13 +37,18 @@ def main():
         f"-BEGIN-SCOPE={prefix}\n-TPREF={re.sub('-', '_', prefix)}_\n-C={out}\n-H={out}\n-END-SCOPE\n"
         for prefix in prefixes))
     run(tools, "asn2c", f"-S={out}", "-PREFIXLEN=32", f"+{out / 'names.txt'}", *prefixes)
-    types = []
+    types, type_names = [], []
     for prefix in prefixes:
-        types += re.findall(r"^extern const asn_type (\w+);", (out / f"{prefix}cod.ext").read_text(), re.M)
+        for symbol, name in re.findall(r"^extern const asn_type (\w+); /\* (\w+) ",
+                                       (out / f"{prefix}cod.ext").read_text(), re.M):
+            types.append(symbol)
+            type_names.append(f"{prefix}.{name.replace('_', '-')}")
     (out / "types.c").write_text(
         '#include "asncodec.ext"\n\n' + "".join(f"extern const asn_type {name};\n" for name in types) +
         "\nextern const asn_type *const asn_all_types[];\nconst asn_type *const asn_all_types[] = {\n" +
-        "".join(f"  &{name},\n" for name in types) + "  NULL,\n};\n")
+        "".join(f"  &{name},\n" for name in types) + "  NULL,\n};\n"
+        "\nextern const char *const asn_all_names[];\nconst char *const asn_all_names[] = {\n" +
+        "".join(f'  "{name}",\n' for name in type_names) + "};\n")
 
 
 main()

@@ -529,7 +529,7 @@ static BOOLE take_string_units(ASNPERG* codg, const asn_type* type, DYNSTR* stri
     if (part > 0 && !take_align(codg)) return FALSE;
     if (!take_units(codg, type, &unit, string, part, into)) return FALSE;
   } while (more);
-  return TRUE;
+  return string->n >= size.low || fail(codg, "a size is out of its bounds");
 }
 
 static BOOLE take_string(ASNPERG* codg, const asn_type* type, DYNSTR* string) {
@@ -848,7 +848,7 @@ static BOOLE take_list(ASNPERG* codg, const asn_type* type, void* home, int dept
         return FALSE;
     }
   } while (more);
-  return TRUE;
+  return ((asn_list*)home)->n >= size.low || fail(codg, "a size is out of its bounds");
 }
 
 /* ---------------------------------------------------------------- values */

@@ -13,9 +13,9 @@ namespace {
 constexpr const char* kFamily = "_trans_t3_to_asn_";
 constexpr const char* kEntryFamily = "_translate_t3_to_asn_";
 
-class Translate2 {
+class ToHome {
  public:
-  explicit Translate2(T3AsnFiles& files) : files_(files), text_(files.source) {}
+  explicit ToHome(T3AsnFiles& files) : files_(files), text_(files.source) {}
 
   void Run() {
     cGenerateTypeFunctions(
@@ -297,6 +297,6 @@ class Translate2 {
 }  // namespace
 
 void t3asn_gen_translate2(T3AsnFiles& files) {
-  Translate2(files).Run();
+  ToHome(files).Run();
 }
 }  // namespace asn1

@@ -14,9 +14,9 @@ namespace {
 constexpr const char* kFamily = "_trans_asn_to_t3_";
 constexpr const char* kEntryFamily = "_translate_asn_to_t3_";
 
-class Translate {
+class FromHome {
  public:
-  explicit Translate(T3AsnFiles& files) : files_(files), text_(files.source), sets_(files.module) {}
+  explicit FromHome(T3AsnFiles& files) : files_(files), text_(files.source), sets_(files.module) {}
 
   void Run() {
     cGenerateTypeFunctions(
@@ -342,7 +342,7 @@ class Translate {
 };
 
 // The fields of EXTERNAL in TTCN-3: encoding, data_value_descriptor, indirect_reference, direct_reference.
-void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
+void FromHome::External(const AsnType& type, const HomeRef& home, int depth) {
   const std::string v = Var(depth), r = home.Value();
   const auto field = [&](int number) {
     return "lumo_value_field_by_index_lhs(" + v + ", " + std::to_string(number) + ", context)";
@@ -375,7 +375,7 @@ void Translate::External(const AsnType& type, const HomeRef& home, int depth) {
 }
 
 // The selector's place in the home: among the structures around the open type, the innermost one first.
-std::string Translate::find_ID(const AsnType& selector) const {
+std::string FromHome::find_ID(const AsnType& selector) const {
   const AsnType structure = getFatherOfTypeComp(selector);
   for (auto one = around_.rbegin(); one != around_.rend(); ++one) {
     if (!(one->type == structure)) continue;
@@ -387,7 +387,7 @@ std::string Translate::find_ID(const AsnType& selector) const {
 }
 
 // Chooses the alternative that the selector's value asks for.
-void Translate::TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth) {
+void FromHome::TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth) {
   const int line = getTypeDefinitionLine(getDefinitionOf(type));
   const AsnObjectSet set = forObjectSet(constraint);
   const AsnType selector = forAtNotation(constraint);
@@ -409,7 +409,7 @@ void Translate::TableConstraint(const AsnType& type, const AsnConstraint& constr
           "\", context), context);\n");
 }
 
-void Translate::translate_constraint(const AsnType& type, int depth) {
+void FromHome::translate_constraint(const AsnType& type, int depth) {
   forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
     if (getConstraintKind(constraint) == kTableConstraint)
       TableConstraint(type, constraint, depth);
@@ -421,6 +421,6 @@ void Translate::translate_constraint(const AsnType& type, int depth) {
 }  // namespace
 
 void t3asn_gen_translate(T3AsnFiles& files) {
-  Translate(files).Run();
+  FromHome(files).Run();
 }
 }  // namespace asn1
