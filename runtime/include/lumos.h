@@ -429,6 +429,7 @@ extern struct lumo_value_struct lumo_STATIC_no_value, lumo_STATIC_illegal_value,
 /* Temporary values die at the clear or end of the scope in which they were made. */
 typedef struct {
   unsigned long mark;
+  unsigned long named; /* values with names, which are known until the scope is cleared */
 } lumo_memory_scope_t;
 
 void lumo_memory_temp_begin(lumo_memory_scope_t* scope, lumo_context_t context);
@@ -601,10 +602,15 @@ lumo_wide_string_t lumo__value_label_or_name(lumo_value_t value, lumo_context_t 
 lumo_boolean_t lumo_is_equal(lumo_value_t a, lumo_value_t b, lumo_context_t context);
 lumo_boolean_t lumo_is_greater(lumo_value_t a, lumo_value_t b, lumo_context_t context);
 lumo_boolean_t lumo_is_lesser(lumo_value_t a, lumo_value_t b, lumo_context_t context);
-/* The number itself, which must not be 0: what an integer is divided by. */
+/* The number itself, which must not be 0: what an integer, or a float, is divided by. */
 lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t context);
+double lumo_float_divisor(double number, lumo_context_t context);
 lumo_long_integer_t lumo_mod(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t context);
 lumo_long_integer_t lumo_rem(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t context);
+double lumo_float_rem(double a, double b, lumo_context_t context);
+#ifndef __cplusplus
+#define lumo_rem(a, b, context) _Generic((a), double : lumo_float_rem, default : lumo_rem)(a, b, context)
+#endif
 
 lumo_value_t lumo_not4b(lumo_value_t a, lumo_alloc_strategy_t strategy, lumo_context_t context);
 lumo_value_t lumo_and4b(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t strategy,

@@ -10,6 +10,7 @@ file VERDICTS. What is expected stands there, or in comments of the file after `
 
     VERDICT: TC_name pass     the test cases in the order of their execution; all must be named, with the reason of
                               their verdict behind it or without
+    VERDICT: TC_name pass * 3 three times in a row
     LOG: text                 lines of the suite's output that hold the texts, in this order
     LOG-NOT: text             no line of the output holds the text
     STATUS: 1                 exit status of the suite (default: 0 when all verdicts are pass or none, else 1)
@@ -49,6 +50,11 @@ print("resident megabytes", resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxr
 sys.exit(status)"""
 
 
+def verdicts_of(text):
+    many = re.fullmatch(r"(\w+) (\w+) \* (\d+)", text)
+    return [many.groups()[:2]] * int(many[3]) if many else [tuple(text.split(None, 2))]
+
+
 class Suite:
     """What a suite consists of and what is expected of it."""
 
@@ -71,7 +77,7 @@ class Suite:
         self.c_sources += [(place / name).resolve() for name in self.directives.get("SOURCE", [])]
         module = re.search(r"^\s*module\s+(\w+)", text, re.MULTILINE)
         self.root = self.first("ROOT", module.group(1) if module else "")
-        self.verdicts = [tuple(row.split(None, 2)) for row in self.directives.get("VERDICT", [])]
+        self.verdicts = [row for text in self.directives.get("VERDICT", []) for row in verdicts_of(text)]
         self.arguments = shlex.split(self.first("ARGUMENTS"))
         if not place.is_dir() and not re.search(r"(?m)^\s*control\b", text):
             self.run_all(re.findall(r"(?m)^\s*testcase\s+(\w+)", text))

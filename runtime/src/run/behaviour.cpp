@@ -2,41 +2,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "run/arguments.h"
 #include "run/component.h"
 #include "value/error.h"
 #include "ports/outside.h"
 #include "value/types.h"
 #include "value/wide_string.h"
-
-namespace lumos {
-
-namespace {
-
-// A callee replaces a slot that was left to its default by a value of its own making; the
-// values are ended when it returns.
-class DefaultArguments {
- public:
-  DefaultArguments(unsigned long argc, lumo_value_t* argv) : argv_(argv) {
-    unsigned long count = argv ? (argc < 64 ? argc : 64) : 0;
-    for (unsigned long i = 0; i < count; ++i)
-      if (argv[i] == lumo_value_default_c) left_ |= uint64_t(1) << i;
-  }
-  void end() {
-    for (unsigned i = 0; left_; ++i, left_ >>= 1) {
-      if (!(left_ & 1) || argv_[i] == lumo_value_default_c) continue;
-      if (argv_[i] && argv_[i]->life == Life::perm) destroy(argv_[i]);
-      argv_[i] = lumo_value_default_c;
-    }
-  }
-
- private:
-  lumo_value_t* argv_;
-  uint64_t left_ = 0;
-};
-
-}  // namespace
-
-}  // namespace lumos
 
 using namespace lumos;
 
@@ -44,18 +15,19 @@ void lumo_call_function(lumo_function_t function, lumo_type_t type, unsigned lon
                         lumo_context_t) {
   if (!function) fault("function '%s' has no behaviour", type_name(type));
   check_stack();
-  DefaultArguments defaults(argc, argv);
+  Arguments arguments(type, argc, argv);
   function(argc, argv, current_task);
-  defaults.end();
+  check_results(type, argv);
+  arguments.end();
 }
 
 lumo_test_step_result_t lumo_call_altstep(lumo_test_step_t altstep, lumo_type_t type, unsigned long argc,
                                           lumo_value_t argv[], lumo_context_t) {
   if (!altstep) fault("altstep '%s' has no behaviour", type_name(type));
   check_stack();
-  DefaultArguments defaults(argc, argv);
+  Arguments arguments(type, argc, argv);
   lumo_test_step_result_t result = altstep(argc, argv, current_task);
-  defaults.end();
+  arguments.end();
   return result;
 }
 

@@ -2,6 +2,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
+
+#include <signal.h>
 
 #include "run/component.h"
 #include "value/error.h"
@@ -13,6 +16,8 @@ namespace lumos {
 namespace {
 
 Task process_task;
+// Given back when memory ends, so that this can be told.
+void* memory_reserve = nullptr;
 
 struct Guard {
   Task task;
@@ -62,8 +67,8 @@ void fault(const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, list);
     va_end(list);
     log_line(lumo_log_msg_error_c, text);
-    reporting = false;
   }
+  reporting = false;
   if (Component* c = current_task->component) {
     c->verdict = lumo_verdict_error_c;
     end_test_case(lumo_verdict_error_c, text);
@@ -95,7 +100,45 @@ void check_stack() {
   if (stack_is_short()) fault("the calls or the value are nested too deeply");
 }
 
+namespace {
+
+// A quotient of integers that no integer is: C leaves it to the machine.
+void quotient_fault(int) {
+  fault("the quotient of two integers is beyond 64 bits");
+}
+
+void memory_fault() {
+  static bool is_first = true;
+  if (is_first) {
+    is_first = false;
+    std::free(memory_reserve);
+  }
+  fault("the memory is used up");
+}
+
+// Faults that are not found by asking; they are those of the behaviour that runs.
+void catch_faults() {
+  static bool is_done = false;
+  if (is_done) return;
+  is_done = true;
+  memory_reserve = std::malloc(256 * 1024);
+  std::set_new_handler(memory_fault);
+  struct sigaction action = {};
+  action.sa_handler = quotient_fault;
+  action.sa_flags = SA_NODEFER;
+  sigaction(SIGFPE, &action, nullptr);
+}
+
+}  // namespace
+
+void* allocate(void* memory, size_t size) {
+  void* data = std::realloc(memory, size);
+  if (!data) memory_fault();
+  return data;
+}
+
 bool run_guarded(const char* task_name, void (*function)(void*), void* argument) {
+  catch_faults();
   Guard here;
   here.task.name = task_name;
   here.caller = current_fiber();

@@ -43,6 +43,9 @@ struct lumo_context_struct {
   std::vector<lumos::Frame> frames;
   std::vector<lumos::NamedValue> named;
   std::vector<uint32_t> blocks;
+  // Of the calls that run: arguments by reference, and slots with the arguments that they get back.
+  std::vector<lumo_value_t> pinned;
+  std::vector<std::pair<lumo_value_t*, lumo_value_t>> arguments;
   // How many frames a search by name looks at, while a template of an outer frame runs.
   size_t visible_frames = SIZE_MAX;
   int quiet = 0;                         // above 0: mismatches are not logged

@@ -145,7 +145,11 @@ class Reader {
       number = std::strtod(digits.c_str(), &end);
       if (digits.empty() || *end) return fail("a float is missing");
     }
-    lumo_value_set_float(v, negative ? -number : number, nullptr);
+    prepare_write(v);
+    clear_contents(v);
+    v->form = Form::real;
+    v->real = negative ? -number : number;
+    check_written(v);
     return true;
   }
 

@@ -3,6 +3,7 @@
 
 #include "value/error.h"
 #include "value/memory.h"
+#include "value/subtypes.h"
 #include "run/task.h"
 #include "template/templates.h"
 #include "run/timer.h"
@@ -10,15 +11,12 @@
 
 namespace lumos {
 
-namespace {
-
-bool is_related(Value a, Value b) {
-  for (Value v = a; v; v = v->parent)
-    if (v == b) return true;
-  for (Value v = b; v; v = v->parent)
-    if (v == a) return true;
-  return false;
+bool is_within(Value part, Value whole) {
+  while (part && part != whole) part = part->parent;
+  return part != nullptr;
 }
+
+namespace {
 
 [[noreturn]] void mismatch(Value target, Value source) {
   fault("a value of type '%s' cannot be assigned to a value of type '%s'", type_name(source->type),
@@ -247,6 +245,19 @@ bool is_text_form(Form f) {
   return f == Form::string || f == Form::wide_string || f == Form::character || f == Form::wide_character;
 }
 
+// Omit is a value of optional fields, and of templates.
+void check_takes_omit(Value target) {
+  if (target->dynamic) return;
+  Value whole = target->parent;
+  if (whole && whole->form == Form::fields && field_info(whole->type)) {
+    size_t slot = target->pending && target->life == Life::temp ? target->place : 0;
+    while (slot < whole->parts.size && !target->pending && whole->parts.data[slot] != target) ++slot;
+    if (slot < whole->parts.size && is_optional(field_info(whole->type)[slot])) return;
+  }
+  fault("omit is assigned to %s%s of type '%s', which is no optional field", target->label ? "" : "a value",
+        target->label ? target->label : "", type_name(target->type));
+}
+
 }  // namespace
 
 void assign_contents(Value target, Value source) {
@@ -286,15 +297,19 @@ Value copy_value(Value source, lumo_alloc_strategy_t strategy) {
 using namespace lumos;
 
 void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t) {
-  if (target == source || target == lumo_value_no_return_c) return;
+  if (target == lumo_value_no_return_c) return;
+  if (!source || is_blank(source)) fault("use of a value that is not initialized");
+  if (target == source) return;
   prepare_write(target);
-  if (!source || source->form == Form::unset) fault("use of a value that is not initialized");
   bool from_template = is_template(source) && source != lumo_omit_value_c;
   if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
   if (target->restriction) source = restricted(source, target->restriction);
   if (target == source) return;
-  if (is_related(target, source)) source = copy_value(source, lumo_temp_alloc_c);
+  if (is_omit(source)) check_takes_omit(target);
+  if (is_within(target, source) || is_within(source, target)) source = copy_value(source, lumo_temp_alloc_c);
+  const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type);
   assign_contents(target, source);
+  if (!is_checked && !target->dynamic) check_parts(target);
   check_written(target);
 }
 

@@ -16,7 +16,7 @@ Value comparable(Value v) {
   if (!v) fault("use of a value that is not initialized");
   if (v->form != Form::special && is_template(v)) v = valueof_value(v, lumo_temp_alloc_c);
   v = settled(v);
-  if (v->form == Form::unset && !is_record_kind(v->kind))
+  if (is_blank(v))
     fault("use of a value that is not initialized%s%s", v->label ? ": " : "", v->label ? v->label : "");
   return v;
 }
@@ -160,7 +160,7 @@ bool is_specially_any_type(Value v) {
 }  // namespace
 
 bool equal_values(Value a, Value b) {
-  if (a == b) return true;
+  if (a == b && a && is_complete(a)) return true;
   a = comparable(a);
   b = comparable(b);
   if (a->form == Form::special || b->form == Form::special) return equal_specials(a, b);

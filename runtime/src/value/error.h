@@ -1,6 +1,8 @@
 // Faults of a test case at run time.
 #pragma once
 
+#include <cstddef>
+
 namespace lumos {
 
 // Logs the text at the current place and ends what runs: a test case gets verdict error, a
@@ -11,6 +13,9 @@ namespace lumos {
 // The same for what a value refuses. Where a decoder writes it the text is logged, the octets are none of the
 // type and the function returns.
 void refuse(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// As realloc, with a fault where there is no memory.
+void* allocate(void* memory, size_t size);
 
 // As fault, where the task has little stack left. Called where nesting is unlimited.
 void check_stack();

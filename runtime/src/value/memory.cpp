@@ -20,8 +20,7 @@ std::vector<lumo_value_struct*>& slabs() {
 }
 
 void add_slab() {
-  void* memory = std::malloc(slab_nodes * sizeof(lumo_value_struct));
-  if (!memory) throw std::bad_alloc();
+  void* memory = allocate(nullptr, slab_nodes * sizeof(lumo_value_struct));
   auto* nodes = static_cast<lumo_value_struct*>(memory);
   slabs().push_back(nodes);
   for (size_t i = slab_nodes; i-- > 0;) {
@@ -64,6 +63,11 @@ void retire(Value part) {
   set_strategy(part, lumo_temp_alloc_c);
 }
 
+void unpin(Value v) {
+  v->pinned = false;
+  if (v->life == Life::orphan) destroy(v);
+}
+
 void end_roots(Task& task, size_t mark) {
   while (task.roots.size() > mark) {
     Value v = task.roots.back();
@@ -74,6 +78,9 @@ void end_roots(Task& task, size_t mark) {
 
 void reset_task(Task& task) {
   stop_timers_of(task);
+  for (Value v : task.pinned) unpin(v);
+  task.pinned.clear();
+  task.arguments.clear();
   end_roots(task, 0);
   task.frames.clear();
   task.named.clear();
@@ -89,9 +96,11 @@ using namespace lumos;
 
 void lumo_memory_temp_begin(lumo_memory_scope_t* scope, lumo_context_t) {
   scope->mark = current_task->roots.size();
+  scope->named = current_task->named.size();
 }
 
 void lumo_memory_temp_clear(lumo_memory_scope_t* scope, lumo_context_t) {
+  if (current_task->named.size() > scope->named) current_task->named.resize(scope->named);
   end_roots(*current_task, scope->mark);
 }
 

@@ -1,9 +1,7 @@
 // Nodes and buffers; for the units that make, assign and end values.
 #pragma once
 
-#include <cstdlib>
-#include <new>
-
+#include "value/error.h"
 #include "value/value.h"
 
 namespace lumos {
@@ -17,11 +15,13 @@ void reserve(Buffer& buffer, size_t capacity) {
   if (buffer.capacity >= capacity) return;
   size_t grown = buffer.capacity + buffer.capacity / 2;
   if (grown < capacity) grown = capacity;
-  void* data = std::realloc(static_cast<void*>(buffer.data), grown * sizeof *buffer.data);
-  if (!data) throw std::bad_alloc();
-  buffer.data = static_cast<decltype(buffer.data)>(data);
+  buffer.data = static_cast<decltype(buffer.data)>(
+      allocate(static_cast<void*>(buffer.data), grown * sizeof *buffer.data));
   buffer.capacity = grown;
 }
+
+// A call that had the value as an argument by reference is over.
+void unpin(Value v);
 
 // Ends the contents and makes the node ready for parts.
 void change_form(Value v, Form form);

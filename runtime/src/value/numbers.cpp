@@ -66,6 +66,7 @@ lumo_value_t lumo_value_set_integer(lumo_value_t value, lumo_long_integer_t numb
 }
 
 lumo_value_t lumo_value_set_float(lumo_value_t value, double number, lumo_context_t) {
+  if (!std::isfinite(number)) fault("the result of an operation on floats is no number");
   set_form(value, Form::real)->real = number;
   check_written(value);
   return value;
@@ -180,14 +181,26 @@ lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t) {
   return number;
 }
 
-lumo_long_integer_t lumo_mod(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t) {
+double lumo_float_divisor(double number, lumo_context_t) {
+  if (number == 0) fault("division by zero");
+  return number;
+}
+
+// The sign of the second operand does not matter; its magnitude may be one more than the largest number.
+lumo_long_integer_t lumo_mod(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t context) {
   if (b == 0) fault("mod by zero");
-  if (b < 0) fault("mod by a negative number");
-  lumo_long_integer_t rest = a % b;
-  return rest < 0 ? rest + b : rest;
+  const lumo_long_integer_t rest = lumo_rem(a, b, context);
+  if (rest >= 0) return rest;
+  return static_cast<lumo_long_integer_t>(b < 0 ? static_cast<uint64_t>(rest) - static_cast<uint64_t>(b)
+                                                : static_cast<uint64_t>(rest) + static_cast<uint64_t>(b));
 }
 
 lumo_long_integer_t lumo_rem(lumo_long_integer_t a, lumo_long_integer_t b, lumo_context_t) {
   if (b == 0) fault("rem by zero");
   return b == -1 ? 0 : a % b;
+}
+
+double lumo_float_rem(double a, double b, lumo_context_t) {
+  if (b == 0) fault("rem by zero");
+  return std::fmod(a, b);
 }

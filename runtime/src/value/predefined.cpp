@@ -8,6 +8,7 @@
 #include "ports/codec.h"
 #include "value/error.h"
 #include "value/operand.h"
+#include "template/lengths.h"
 #include "template/pattern.h"
 #include "run/task.h"
 #include "template/templates.h"
@@ -197,7 +198,8 @@ double next_random() {
 bool all_values(Value v) {
   switch (v->form) {
     case Form::special:
-      return v->special == Special::omit;
+      return v->special == Special::omit || v->special == Special::null_component ||
+             v->special == Special::null_address || v->special == Special::null_default;
     case Form::instance: {
       check_stack();
       Value opened = lumo_templateof(v, lumo_temp_alloc_c, current_task);
@@ -233,6 +235,16 @@ unsigned long size_of_parts(Value v) {
   if (v->form == Form::object_id) return v->ids.size;
   if (v->form == Form::choice) return 1;
   fault("a value of type '%s' has no size", type_name(v->type));
+}
+
+// The fields of a template that are there in any value that it matches.
+unsigned long size_of_fields(Value v) {
+  for (size_t i = 0; i < v->parts.size; ++i) {
+    Value part = v->parts.data[i];
+    if (part && (is_special(part, Special::anyornone) || part->if_present))
+      fault("sizeof: a field of the template may be omitted");
+  }
+  return size_of_parts(v);
 }
 
 }  // namespace
@@ -285,7 +297,8 @@ lumo_value_t lumo_enum2int(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_
 }
 
 lumo_value_t lumo_float2int(double number, lumo_alloc_strategy_t strategy, lumo_context_t) {
-  if (!(std::fabs(number) < 9.2e18)) fault("float2int: the number is too large");
+  constexpr double beyond = 9223372036854775808.0;
+  if (!(-beyond <= number && number < beyond)) fault("float2int: the number is too large");
   return new_integer(static_cast<lumo_long_integer_t>(number), strategy);
 }
 
@@ -497,6 +510,7 @@ lumo_value_t lumo_decvalue(lumo_value_t encoded, lumo_value_t decoded, lumo_allo
 }
 
 unsigned long lumo_lengthof(lumo_value_t v, lumo_context_t) {
+  if (v && is_template(v)) return template_length(v, "lengthof");
   v = operand(v);
   if (v->form == Form::fields) return size_of_parts(v);
   return length_of(v);
@@ -510,7 +524,8 @@ unsigned long lumo_sizeof(lumo_value_t v, lumo_context_t context) {
       return info->sizeof_function(info->base_type, v->parts.data, context);
     }
   }
-  if (v && v->dynamic && (v->form == Form::vector || v->form == Form::fields)) return size_of_parts(v);
+  if (v && v->dynamic && v->form == Form::fields) return size_of_fields(v);
+  if (v && is_template(v)) return template_length(v, "sizeof");
   return size_of_parts(operand(v));
 }
 
@@ -525,16 +540,18 @@ unsigned long lumo_sizeoftype(lumo_value_t v, lumo_context_t) {
 lumo_boolean_t lumo_ispresent(lumo_value_t parent, unsigned long index, lumo_context_t context) {
   if (!parent || is_omit(parent)) return false;
   Value part = lumo_value_try_field_by_index(parent, index, context);
+  if (part && (is_special(part, Special::anyornone) || part->if_present))
+    fault("ispresent: the field of the template may be omitted");
   return part && !is_omit(part) && part->form != Form::unset;
 }
 
 lumo_boolean_t lumo_ischosen(lumo_value_t parent, unsigned long index, lumo_context_t context) {
-  if (!parent || parent->form == Form::special) return false;
+  if (!parent || is_omit(parent)) return false;
+  if (parent->form == Form::special) fault("ischosen: the alternative of the template is not known");
   if (parent->form == Form::unset) fault("use of a union that is not initialized");
   return lumo_value_union_index(parent, context) == static_cast<long>(index);
 }
 
 lumo_boolean_t lumo_isvalue(lumo_value_t v, lumo_context_t) {
-  if (!v || v->form == Form::unset || is_omit(v)) return false;
-  return all_values(v);
+  return v && !is_blank(v) && !is_omit(v) && all_values(v);
 }

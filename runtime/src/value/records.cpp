@@ -2,6 +2,7 @@
 #include "value/error.h"
 #include "run/task.h"
 #include "template/templates.h"
+#include "value/subtypes.h"
 #include "value/types.h"
 #include "value/value.h"
 
@@ -33,23 +34,46 @@ Value readable(Value v) {
   return v;
 }
 
-Value pending_element(Value list, size_t slot) {
-  Value part = new_node(element_type(list->type));
-  part->dynamic = list->dynamic;
+// A part that its whole does not have yet: an element behind the end, an omitted field, an alternative that
+// is not chosen.
+Value pending_part(Value whole, size_t place, lumo_type_t type) {
+  if (place >= most_elements) fault("index %zu is too large", place);
+  Value part = make_part(type, whole);
   set_strategy(part, lumo_temp_alloc_c);
-  part->parent = list;
   part->pending = true;
-  part->index = static_cast<long>(slot);
+  part->place = static_cast<uint32_t>(place);
   return part;
 }
 
-Value read_field(Value v, size_t slot, bool create) {
+Value pending_element(Value list, size_t slot) {
+  return pending_part(list, slot, element_type(list->type));
+}
+
+Value pending_field(Value v, size_t slot) {
+  const lumo_field_info_t& field = field_info(v->type)[slot];
+  Value part = pending_part(v, slot, field.type);
+  part->label = field.name;
+  return part;
+}
+
+// The field to be written: one that is omitted is not there before that.
+Value written_field(Value v, size_t slot) {
+  if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
+  Value part = v->parts.data[slot];
   const lumo_field_info_t* fields = field_info(v->type);
-  if (v->form != Form::fields) shape(v);
+  const bool is_there = part && part->life != Life::fixed;
+  if (is_there || v->dynamic || !fields || !is_optional(fields[slot])) return force_part(v, slot);
+  return pending_field(v, slot);
+}
+
+Value read_field(Value v, size_t slot) {
+  const lumo_field_info_t* fields = field_info(v->type);
+  if (v->form == Form::unset) shape(v);
+  if (v->form != Form::fields)
+    fault("the fields of a template of type '%s' are not known", type_name(v->type));
   if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
   Value part = v->parts.data[slot];
   bool optional = fields && is_optional(fields[slot]);
-  if (create) return force_part(v, slot);
   if (part && is_omit(part)) return lumo_omit_value_c;
   if (part && part->form != Form::unset) return part;
   if (fields && fields[slot].default_value && !v->dynamic) return fields[slot].default_value;
@@ -57,14 +81,14 @@ Value read_field(Value v, size_t slot, bool create) {
   return force_part(v, slot);
 }
 
+// Reading leaves a template as it is, also one in the place of a part.
+Value part_at(Value v, size_t slot) {
+  return v->parts.data[slot] ? v->parts.data[slot] : force_part(v, slot);
+}
+
 Value read_element(Value v, size_t slot, bool is_try) {
-  if (v->form != Form::vector) {
-    if (is_try) return lumo_omit_value_c;
-    shape(v);
-  }
-  if (slot < v->parts.size) return force_part(v, slot);
+  if (v->form == Form::vector && slot < v->parts.size) return part_at(v, slot);
   if (is_try) return lumo_omit_value_c;
-  if (slot >= most_elements) fault("index %zu is too large", slot);
   return pending_element(v, slot);
 }
 
@@ -82,7 +106,7 @@ Value read_alternative(Value v, long index, const char* name) {
     fault("alternative '%s' of union '%s' is not chosen, but '%s'", name, type_name(v->type),
           fields[v->index].name);
   }
-  return force_part(v, 0);
+  return part_at(v, 0);
 }
 
 Value get_part(Value value, unsigned long index, bool is_try) {
@@ -94,14 +118,18 @@ Value get_part(Value value, unsigned long index, bool is_try) {
     return read_alternative(v, static_cast<long>(index), "");
   }
   if (!is_record_kind(v->kind)) fault("a value of type '%s' has no parts", type_name(v->type));
-  return read_field(v, index, false);
+  return read_field(v, index);
+}
+
+void check_alternative(Value v, unsigned long index) {
+  open_structure(v);
+  if (v->kind != lumo_type_kind_union) fault("'%s' is no union type", type_name(v->type));
+  if (index >= field_count(v->type)) fault("union '%s' has no alternative %lu", type_name(v->type), index);
 }
 
 Value choose(Value v, unsigned long index) {
   prepare_write(v);
-  open_structure(v);
-  if (v->kind != lumo_type_kind_union) fault("'%s' is no union type", type_name(v->type));
-  if (index >= field_count(v->type)) fault("union '%s' has no alternative %lu", type_name(v->type), index);
+  check_alternative(v, index);
   if (v->index != static_cast<long>(index) || v->parts.size != 1) {
     resize_parts(v, 0);
     v->index = static_cast<long>(index);
@@ -112,9 +140,10 @@ Value choose(Value v, unsigned long index) {
   return part;
 }
 
-// Vectors grow to take the element.
+// Vectors grow to take the element. A whole that becomes its own part is copied before it has the part.
 void assign_part(Value v, unsigned long index, Value element) {
   prepare_write(v);
+  if (is_within(v, element)) element = copy_value(element, lumo_temp_alloc_c);
   if (v->kind == lumo_type_kind_union) {
     Value part = choose(v, index);
     if (element != lumo_not_used_value_c) lumo_value_assign(part, element, current_task);
@@ -124,7 +153,6 @@ void assign_part(Value v, unsigned long index, Value element) {
   size_t slot = slot_of(v, index);
   if (v->form == Form::vector && slot >= v->parts.size) {
     if (slot >= most_elements) fault("index %zu is too large", slot);
-    // Copied first, since the element may be a pending one of this list.
     resize_parts(v, slot + 1);
   }
   if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
@@ -151,11 +179,14 @@ lumo_value_t lumo_value_vector_element(lumo_value_t value, unsigned long index, 
 }
 
 lumo_value_t lumo_value_field_by_index_lhs(lumo_value_t value, unsigned long index, lumo_context_t) {
-  prepare_write(value);
+  check_writable(value);
   if (value->kind == lumo_type_kind_union) return choose(value, index);
   open_structure(value);
-  if (value->form == Form::vector) return read_element(value, slot_of(value, index), false);
-  return read_field(value, index, true);
+  if (value->form == Form::vector) {
+    const size_t slot = slot_of(value, index);
+    return slot < value->parts.size ? force_part(value, slot) : pending_element(value, slot);
+  }
+  return written_field(value, index);
 }
 
 lumo_value_t lumo_value_field_by_name(lumo_value_t value, const char* name, lumo_context_t) {
@@ -164,7 +195,7 @@ lumo_value_t lumo_value_field_by_name(lumo_value_t value, const char* name, lumo
   long index = field_index(v->type, name);
   if (index < 0) fault("type '%s' has no field '%s'", type_name(v->type), name);
   if (v->kind == lumo_type_kind_union) return read_alternative(v, index, name);
-  return read_field(v, static_cast<size_t>(index), false);
+  return read_field(v, static_cast<size_t>(index));
 }
 
 lumo_value_t lumo_value_set_omit(lumo_value_t value, unsigned long index, lumo_context_t) {
@@ -184,7 +215,10 @@ lumo_value_t lumo_value_set_union_alternative_by_index(lumo_value_t value, unsig
 
 lumo_value_t lumo_value_try_set_union_alternative_by_index(lumo_value_t value, unsigned long index,
                                                            lumo_context_t) {
-  return choose(value, index);
+  check_writable(value);
+  check_alternative(value, index);
+  if (value->dynamic || value->index == static_cast<long>(index)) return choose(value, index);
+  return pending_field(value, index);
 }
 
 lumo_value_t lumo_value_set_union_alternative_by_name(lumo_value_t value, const char* name, lumo_context_t) {
@@ -215,7 +249,9 @@ void lumo_value_set_vector_size(lumo_value_t value, unsigned long size, lumo_con
   if (value->dynamic && value->form != Form::vector) clear_contents(value);
   open_structure(value);
   if (value->form != Form::vector) fault("a value of type '%s' has no elements", type_name(value->type));
+  begin_value(value);
   resize_parts(value, value->kind == lumo_type_kind_array ? array_length(value->type) : size);
+  check_length(value);
 }
 
 void lumo_value_set_vector_empty(lumo_value_t value, lumo_context_t) {
@@ -262,6 +298,7 @@ void lumo_value_init_vector_element(lumo_value_t value, unsigned long index, lum
                                     lumo_context_t context) {
   const bool declares =
       value->kind == lumo_type_kind_component && element && element->dynamic && element->form == Form::unset;
+  if (value->kind == lumo_type_kind_record || value->kind == lumo_type_kind_set) begin_value(value);
   if (!declares) return assign_part(value, index, element);
   Value part = lumo_value_field_by_index(value, index, context);
   clear_contents(part);

@@ -64,7 +64,8 @@ enum class Special : uint8_t {
   infinity
 };
 
-enum class Life : uint8_t { fixed, temp, perm, part };
+// An orphan is owned by the call that has it as an argument, and ends with it.
+enum class Life : uint8_t { fixed, temp, perm, part, orphan };
 
 struct TextBuffer {
   char* data;  // ends with NUL
@@ -111,11 +112,13 @@ struct lumo_value_struct {
   lumos::Life life = lumos::Life::fixed;
   bool dynamic = false;     // may hold matching mechanisms
   bool if_present = false;  // template: omit matches too
-  bool pending = false;     // element behind the end of a list, joins it when first written
+  bool pending = false;     // not yet a part of its parent, or below such a one: joins when first written
+  bool pinned = false;      // a call has it as an argument
   bool owns_arguments = false;
   uint8_t list_kind = 0;
   uint8_t restriction = 0;
-  long index = -1;  // chosen alternative, or index of a pending element
+  uint32_t place = 0;  // of a pending part
+  long index = -1;     // chosen alternative
   union {
     lumo_long_integer_t integer = 0;
     double real;
@@ -168,10 +171,12 @@ void shape(Value v);
 
 // --- writing
 
-// Called before any change of contents: checks that the target can be written and joins a
-// pending element to its list.
+void check_writable(Value v);
+// Called before any change of contents: checks that the target can be written, and joins pending
+// parts to what they are parts of.
 void prepare_write(Value v);
-// After a change of a plain value: a subtype that does not hold is a fault.
+// After a change of a plain value: a subtype that does not hold, its own or that of what it is a
+// part of, is a fault.
 void check_written(Value v);
 // Copies contents without checks of the subtype.
 void assign_contents(Value target, Value source);
@@ -193,6 +198,10 @@ lumo_type_t part_type(Value v, size_t slot);
 // Follows values of codecs; faults on a handle that is no value.
 Value settled(Value v);
 bool is_complete(Value v);
+// Whether nothing was assigned to it yet, nor to any part of it.
+bool is_blank(Value v);
+// Whether the part is the whole itself, or lies below it.
+bool is_within(Value part, Value whole);
 bool equal_values(Value a, Value b);
 std::string render(Value v);
 // As render, but the text of a charstring stands for itself.

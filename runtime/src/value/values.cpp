@@ -130,6 +130,7 @@ Value make_part(lumo_type_t type, Value parent) {
   v->life = Life::part;
   v->parent = parent;
   v->dynamic = parent->dynamic;
+  v->pending = parent->pending;
   shape_fresh(v);
   return v;
 }
@@ -145,6 +146,11 @@ void destroy(Value v) {
   while (list) {
     Value node = list;
     list = node->parent;
+    if (node->pinned) {
+      node->parent = nullptr;
+      node->life = Life::orphan;
+      continue;
+    }
     if (has_parts(node->form)) {
       for (size_t i = 0; i < node->parts.size; ++i) {
         Value part = node->parts.data[i];
@@ -311,6 +317,7 @@ void store_part(Value v, size_t slot, Value source) {
                    (fields && slot < field_count(v->type) && is_optional(fields[slot]));
         if (!may) fault("omit is assigned to a mandatory field or element of '%s'", type_name(v->type));
         put_special(v, slot, lumo_omit_value_c);
+        check_written(v);
         return;
       }
       case Special::anyone:
@@ -326,35 +333,78 @@ void store_part(Value v, size_t slot, Value source) {
   lumo_value_assign(force_part(v, slot), source, current_task);
 }
 
-void prepare_write(Value v) {
-  if (!v || v->life == Life::fixed) fault("assignment to something that is no variable");
-  if (!v->pending) return;
-  v->pending = false;
-  Value list = v->parent;
-  size_t index = static_cast<size_t>(v->index);
-  v->index = -1;
-  prepare_write(list);
-  open_structure(list);
-  if (index >= list->parts.size) resize_parts(list, index + 1);
-  retire(list->parts.data[index]);
-  list->parts.data[index] = v;
-  current_task->roots[v->root] = nullptr;
-  v->life = Life::part;
+static bool is_real(Value part) {
+  return part && part->life != Life::fixed;
 }
 
-void check_written(Value v) {
-  if (v->dynamic || !has_check(v->type) || v->form == Form::special) return;
-  if (has_parts(v->form) && !is_complete(v)) return;
-  ++current_task->quiet;
-  bool holds = lumo_type_check(v->type, v, current_task);
-  --current_task->quiet;
-  if (holds) return;
-  static char text[512];
-  std::string shown = render(v);
-  std::strncpy(text, shown.c_str(), sizeof text - 1);
-  shown.clear();
-  shown.shrink_to_fit();
-  refuse("value %s does not belong to type '%s'", text, type_name(v->type));
+// The slot that a part goes to: of a list that grows for it, of a union that chooses it.
+static Value& open_place(Value whole, size_t place) {
+  open_structure(whole);
+  if (whole->form == Form::choice) {
+    if (whole->index != static_cast<long>(place)) resize_parts(whole, 0);
+    whole->index = static_cast<long>(place);
+    place = 0;
+  }
+  if (place >= whole->parts.size) resize_parts(whole, place + 1);
+  return whole->parts.data[place];
+}
+
+static size_t place_in(Value whole, Value part) {
+  if (whole->form == Form::choice) return static_cast<size_t>(whole->index);
+  size_t i = 0;
+  while (whole->parts.data[i] != part) ++i;
+  return i;
+}
+
+// The place was filled since `from` was made for it: only what is written goes over to what is there now.
+static void graft(Value into, Value from, Value written) {
+  for (;;) {
+    Value part = written;
+    while (part->parent != from) part = part->parent;
+    Value& slot = open_place(into, place_in(from, part));
+    if (part == written || !is_real(slot)) {
+      from->parts.data[from->form == Form::choice ? 0 : place_in(from, part)] = nullptr;
+      retire(slot);
+      slot = part;
+      part->parent = into;
+      return;
+    }
+    into = slot;
+    from = part;
+  }
+}
+
+// Gives a pending part its place.
+static void join(Value pending, Value written) {
+  Value& slot = open_place(pending->parent, pending->place);
+  if (pending != written && is_real(slot)) return graft(slot, pending, written);
+  retire(slot);
+  slot = pending;
+  current_task->roots[pending->root] = nullptr;
+  pending->life = Life::part;
+}
+
+void check_writable(Value v) {
+  if (!v || v->life == Life::fixed) fault("assignment to something that is no variable");
+}
+
+void prepare_write(Value v) {
+  check_writable(v);
+  for (Value p = v; p && p->pending; p = p->parent) {
+    p->pending = false;
+    if (p->life == Life::temp) join(p, v);
+  }
+}
+
+bool is_blank(Value v) {
+  if (v->form == Form::unset) return !is_record_kind(v->kind) || field_count(v->type) > 0;
+  const bool is_shaped =
+      v->form == Form::fields || (v->form == Form::vector && v->kind == lumo_type_kind_array);
+  if (!is_shaped || !v->parts.size) return false;
+  check_stack();
+  for (size_t i = 0; i < v->parts.size; ++i)
+    if (v->parts.data[i] && !is_blank(v->parts.data[i])) return false;
+  return true;
 }
 
 bool is_complete(Value v) {

@@ -41,7 +41,7 @@ std::string AddressOr(T3Tree_Node* node, const char* none, CFunction& function) 
 }
 
 std::string Target(T3Tree_Node* target, CFunction& function) {
-  return IsPresent(target) && !target->is<T3NotUsedSymbol>() ? cg::InRTS(target, vexa_temp_alloc, function)
+  return IsPresent(target) && !target->is<T3NotUsedSymbol>() ? cg::PlaceToWrite(target, true, function)
                                                              : std::string(LUMO_VALUE_NO_RETURN_C);
 }
 

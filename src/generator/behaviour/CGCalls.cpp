@@ -34,7 +34,10 @@ std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour
   const cg::ValueMode mode;
   if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
-  std::string location = cg::InRTS(actual, vexa_temp_alloc, function);
+  const bool is_out =
+      formal->is<_T3TypedFormal>() && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
+  std::string location =
+      is_out ? cg::PlaceToWrite(actual, false, function) : cg::InRTS(actual, vexa_temp_alloc, function);
   if (is_behaviour_call || IsReferenceParameter(formal)) return location;
   return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
@@ -86,14 +89,17 @@ void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formal
   for (T3Tree_Node* formal = formals; T3Is<_T3TypedFormal>(formal) && T3Is<T3ActualPar>(actuals);
        formal = formal->as<_T3FormalPar>()->next, actuals = actuals->as<T3ActualPar>()->next, ++index) {
     auto* field = ValueOfActual(actuals)->try_as<T3Qualifier>();
-    if (field == nullptr || formal->as<_T3TypedFormal>()->pass != t3_par_pass_t::Out) continue;
-    if (!cg::IsField(field)) continue;
+    if (field == nullptr || formal->is<T3FormalTemplatePar>() || !cg::IsField(field)) continue;
     T3Tree_Node* type = cg::TypeOf(field->base);
     if (!IsOptionalField(type, field->id)) continue;
     function.beginIf(Slot(array, index) + " == " + LUMO_OMIT_VALUE_C);
-    function.callAndAssign(
-        Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
-        {RTSLocation(field->base), std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
+    if (formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out)
+      function.callAndAssign(Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
+                             {RTSLocation(field->base),
+                              std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
+    else
+      cg::ReportAtRunTime(
+          "omitted field '" + std::string(gIdents.GetCStr(field->id)) + "' is passed as a value", function);
     function.endIf();
   }
 }

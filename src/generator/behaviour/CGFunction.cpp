@@ -9,7 +9,9 @@
 #include "generator/behaviour/CGAlternatives.h"
 #include "generator/behaviour/CGCalls.h"
 #include "generator/behaviour/CGConfiguration.h"
+#include "generator/behaviour/CGJumps.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/module/CGModule.h"
 #include "generator/types/CGPortTypes.h"
 #include "generator/behaviour/CGStatement.h"
@@ -57,18 +59,13 @@ std::string Slot(int index) {
   return std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]";
 }
 
-T3Tree_Node* RootOf(T3Tree_Node* expression) {
-  while (expression->is<_T3Qualification>()) expression = expression->as<_T3Qualification>()->base;
-  return expression;
-}
-
 // The formal parameters that a body may change: assigned, passed on to be changed, or the target of a
 // redirect.
 T3NodeSet ChangedFormals(T3Tree_Node* body) {
   T3NodeSet changed;
   const auto note = [&changed](T3Tree_Node* target) {
     if (target == nullptr || !target->is<_T3Expression>()) return;
-    T3Tree_Node* root = RootOf(target);
+    T3Tree_Node* root = cg::RootOfReference(target);
     if (root->is<T3Identifier>() && T3Is<_T3FormalPar>(Def(root))) changed.insert(Def(root));
   };
   gT3AST.TraverseT3TreeTD(body, [&](T3Tree_Node* node) {

@@ -11,7 +11,9 @@
 #include "generator/behaviour/CGAlternatives.h"
 #include "generator/behaviour/CGCalls.h"
 #include "generator/behaviour/CGConfiguration.h"
+#include "generator/behaviour/CGJumps.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/module/CGModule.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/types/CGTypeAccess.h"
@@ -21,9 +23,6 @@
 #include "generator/text/T3CodeDefs.h"
 
 namespace {
-// The labels of the behaviour that is being generated.
-auto& g_labels = *new std::map<T3Tree_Node*, std::string, T3NodeLess>;
-
 std::string AddressOf(const std::string& name) {
   return "&(" + name + ")";
 }
@@ -123,59 +122,111 @@ bool HasOneText(T3Tree_Node* condition) {
   return has;
 }
 
-// The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
-// variables, since the same ones are free at both places; one that cannot has a variable of its own.
-std::string BeginRounds(T3Tree_Node* condition, CFunction& function) {
-  std::string text = Condition(condition, function);
-  if (!HasOneText(condition)) {
-    const std::string holds = function.getTmpVariable(C_BOOL);
-    function.assign(holds, text);
-    text = holds;
-  }
-  function.beginWhile(text);
-  return text;
+// True for what makes values when it is evaluated, which then live as long as the memory scope around.
+bool MakesValues(T3Tree_Node* root) {
+  bool makes = false;
+  gT3AST.TraverseT3TreeTD(root, [&makes](T3Tree_Node* node) {
+    if (!node->is<_T3Expression>() || node->is<T3Identifier>() || node->is<T3Qualifier>()) return;
+    const bool compares = node->is<T3Equal>() || node->is<T3NotEqual>();
+    const bool is_literal =
+        node->is<T3IntLiteral>() || node->is<T3FloatLiteral>() || node->is<T3BooleanLiteral>();
+    const bool is_arithmetic = node->is<_T3BinaryExpression>() || node->is<_T3UnaryExpression>();
+    makes = makes || !(is_literal || (is_arithmetic && !compares && NaturalMode(node) == vexa_c_mode));
+  });
+  return makes;
 }
 
-void EndRounds(T3Tree_Node* condition, const std::string& text, CFunction& function) {
+// The head of a loop. The condition is evaluated before it and again at the end of each round, into the same
+// variables, since the same ones are free at both places; one that cannot has a variable of its own. What
+// the evaluations make, and the step of `for`, is given back each time.
+struct Rounds {
+  std::string condition;
+  std::string scope;
+};
+
+std::string BeginRoundScope(bool makes_values, CFunction& function) {
+  if (!makes_values) return "";
+  const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  return scope;
+}
+
+void ClearRoundScope(const std::string& scope, CFunction& function) {
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {AddressOf(scope), VEXA_CONTEXT});
+}
+
+void EndRoundScope(const std::string& scope, CFunction& function) {
+  if (scope.empty()) return;
+  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  function.releaseTmpVariable(scope);
+}
+
+Rounds BeginRounds(T3Tree_Node* condition, bool makes_values, CFunction& function) {
+  Rounds rounds;
+  rounds.scope = BeginRoundScope(makes_values, function);
+  rounds.condition = Condition(condition, function);
+  if (!HasOneText(condition)) {
+    const std::string holds = function.getTmpVariable(C_BOOL);
+    function.assign(holds, rounds.condition);
+    rounds.condition = holds;
+  }
+  function.beginWhile(rounds.condition);
+  return rounds;
+}
+
+void EndRounds(T3Tree_Node* condition, const Rounds& rounds, CFunction& function) {
+  ClearRoundScope(rounds.scope, function);
   const std::string again = Condition(condition, function);
   if (!HasOneText(condition))
-    function.assign(text, again);
-  else if (again != text)
+    function.assign(rounds.condition, again);
+  else if (again != rounds.condition)
     internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
   function.endWhile();
-  if (!HasOneText(condition)) function.releaseTmpVariable(text);
+  if (!HasOneText(condition)) function.releaseTmpVariable(rounds.condition);
 }
 
 void CGWhile(T3WhileStmt* loop, CFunction& function) {
-  const std::string condition = BeginRounds(loop->condition, function);
+  const Rounds rounds = BeginRounds(loop->condition, MakesValues(loop->condition), function);
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
-  EndRounds(loop->condition, condition, function);
+  EndRounds(loop->condition, rounds, function);
   function.addLabel(labels.leave);
+  EndRoundScope(rounds.scope, function);
 }
 
 void CGDoWhile(T3DoWhileStmt* loop, CFunction& function) {
+  const std::string scope = BeginRoundScope(MakesValues(loop->condition), function);
   function.beginDoWhile();
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
   AddEmptyStatementLabel(labels.again, function);
+  ClearRoundScope(scope, function);
   function.endDoWhile(Condition(loop->condition, function));
   function.addLabel(labels.leave);
+  EndRoundScope(scope, function);
+}
+
+bool IsPlainStep(T3Tree_Node* step) {
+  auto* assignment = step->try_as<T3AssignStmt>();
+  return assignment != nullptr && assignment->lhs->is<T3Identifier>() && !MakesValues(assignment->rhs) &&
+         NaturalMode(assignment->rhs) == vexa_c_mode;
 }
 
 void CGFor(T3ForStmt* loop, CFunction& function) {
   BeginMemoryScope(loop, function);
   CGStatement(loop->init, function);
   function.addText("\n");
-  const std::string condition = BeginRounds(loop->condition, function);
+  const bool makes_values = MakesValues(loop->condition) || !IsPlainStep(loop->step);
+  const Rounds rounds = BeginRounds(loop->condition, makes_values, function);
   const LoopLabels labels = BeginLoopBody(loop, function);
   CGStatement(loop->body, function);
   function.addLabel(labels.again);
   CGStatement(loop->step, function);
-  EndRounds(loop->condition, condition, function);
+  EndRounds(loop->condition, rounds, function);
   function.addLabel(labels.leave);
   const std::string scope = loop->cold().temp_memory_scope;
+  if (!rounds.scope.empty()) function.releaseTmpVariable(rounds.scope);
   LeaveMemoryScope(scope.c_str(), loop->init, function);
   function.releaseTmpVariable(scope);
 }
@@ -202,32 +253,6 @@ void CGContinue(T3ContinueStmt* statement, CFunction& function) {
   if (loop == nullptr) cg::NotSupported(owner);
   TidyUp(statement, loop, function);
   function.addGoto(loop->cold().vexa_continue_label);
-}
-
-// A label has the name of the source, unless C has that word or another label of the behaviour has it.
-std::string LabelName(T3LabelStmt* statement) {
-  static const std::set<std::string_view> words = {
-      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
-      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
-      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
-      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
-      "volatile", "while",  "bool",   "true",     "false"};
-  const auto known = g_labels.find(statement);
-  if (known != g_labels.end()) return known->second;
-  std::string name = gIdents.GetCStr(statement->label);
-  const bool taken =
-      std::any_of(g_labels.begin(), g_labels.end(), [&](const auto& other) { return other.second == name; });
-  if (taken || words.count(name) != 0) name += PositionSuffix(statement->position);
-  return g_labels[statement] = name;
-}
-
-void CGGoto(T3GotoStmt* statement, CFunction& function) {
-  auto* target = T3Is<T3LabelStmt>(statement->attr().goto_target)
-                     ? statement->attr().goto_target->as<T3LabelStmt>()
-                     : nullptr;
-  if (target == nullptr) internal_error_ast("CGStatement", __LINE__, "CGGoto", statement);
-  TidyUp(statement, target->place->vexa_enclosing_block, function);
-  function.addGoto(LabelName(target));
 }
 
 // ---- Return ----
@@ -297,20 +322,32 @@ std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function
                                    : cg::InRTS(rhs, vexa_temp_alloc, function);
 }
 
+// A value as it is now, whatever the left side does on its way to the target.
+std::string Kept(const std::string& value, CFunction& function) {
+  const std::string kept = cg::Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(kept, LUMO_VALUE_COPY, {value, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  return kept;
+}
+
 void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
   T3Tree_Node* whole = cg::WholeOf(field);
   const std::string index = std::to_string(cg::PlaceOfField(field));
+  const bool reads = cg::Reads(rhs, field);
   if (IsRecordOrSetType(cg::TypeOf(whole))) {
-    const std::string value = RightSide(whole, rhs, function);
+    std::string value = RightSide(whole, rhs, function);
+    if (reads && !whole->is<T3Identifier>()) value = Kept(value, function);
     const std::string parent = LeftSideParent(whole, function);
     function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
     return ElementModified(parent, index, function);
   }
-  // The alternative is chosen before it gets its value.
+  // The alternative is chosen before it gets its value, unless that comes from the alternative before.
+  const std::string value = reads ? Kept(RightSide(whole, rhs, function), function) : "";
   const std::string parent = LeftSideParent(whole, function);
   const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
-  if (cg::HoldsTemplate(whole))
+  if (reads)
+    function.call(LUMO_VALUE_ASSIGN, {chosen, value, VEXA_CONTEXT});
+  else if (cg::HoldsTemplate(whole))
     function.call(LUMO_VALUE_ASSIGN, {chosen, RightSide(whole, rhs, function), VEXA_CONTEXT});
   else
     CGAssign(chosen, rhs, true, function);
@@ -323,7 +360,8 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
                      : IsStringType(type)    ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
                                              : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
   const std::string index = cg::InC(element->index, function);
-  const std::string value = RightSide(element->base, rhs, function);
+  std::string value = RightSide(element->base, rhs, function);
+  if (!element->base->is<T3Identifier>() && cg::Reads(rhs, element)) value = Kept(value, function);
   const std::string parent = LeftSideParent(element->base, function);
   function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
   ElementModified(parent, index, function);
@@ -354,7 +392,13 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs))
     return AssignTemplate(statement, function);
   const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
-  CGAssign(target, statement->rhs, true, function);
+  if (!statement->rhs->is<T3CompoundValue>() || !cg::Reads(statement->rhs, statement->lhs))
+    return CGAssign(target, statement->rhs, true, function);
+  // What is filled in place is a copy, since the parts are made of the old value.
+  const std::string filled = Kept(target, function);
+  CGAssign(filled, statement->rhs, false, function);
+  function.call(LUMO_VALUE_ASSIGN, {target, filled, VEXA_CONTEXT});
+  function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
 
 // ---- Operations ----
@@ -525,8 +569,7 @@ void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
     case T3Kind::T3RetStmt:
       return CGReturn(statement->as<T3RetStmt>(), function);
     case T3Kind::T3LabelStmt:
-      function.addLabel(LabelName(statement->as<T3LabelStmt>()));
-      return CallComponentControl(function);
+      return CGLabel(statement->as<T3LabelStmt>(), function);
     case T3Kind::T3GotoStmt:
       return CGGoto(statement->as<T3GotoStmt>(), function);
     case T3Kind::T3AltStmt:
@@ -625,10 +668,6 @@ void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
     else if (!at->is<_T3Stmt>())
       internal_error_ast("CGStatement", __LINE__, "CGStatement::TidyUp", at);
   }
-}
-
-void ForgetLabels() {
-  g_labels.clear();
 }
 
 void GenReturn(const std::string& value, CFunction& function) {

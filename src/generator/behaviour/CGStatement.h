@@ -29,8 +29,6 @@ void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function);
 void GenSourceLocation(T3Tree_Node* statement, CFunction& function);
 /// The same for the end of a construct that has one.
 void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function);
-/// To be called at the start of each behaviour.
-void ForgetLabels();
 /// Leaves the behaviour; `value` is empty for a C function without result.
 void GenReturn(const std::string& value, CFunction& function);
 /// A point at which the run-time system may stop the component.

@@ -230,6 +230,7 @@ void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function)
 
 namespace {
 int g_left_sides = 0;
+int g_probes = 0;
 }  // namespace
 
 LeftSide::LeftSide() {
@@ -240,6 +241,20 @@ LeftSide::~LeftSide() {
 }
 bool IsLeftSide() {
   return g_left_sides != 0;
+}
+Probe::Probe() {
+  ++g_probes;
+}
+Probe::~Probe() {
+  --g_probes;
+}
+bool IsProbe() {
+  return g_probes != 0;
+}
+ReadSide::ReadSide() : left_sides_(std::exchange(g_left_sides, 0)), probes_(std::exchange(g_probes, 0)) {}
+ReadSide::~ReadSide() {
+  g_left_sides = left_sides_;
+  g_probes = probes_;
 }
 
 Conditional::Conditional() {

@@ -61,6 +61,31 @@ class LeftSide {
   ~LeftSide();
 };
 bool IsLeftSide();
+/// Stands while an index on the left side is evaluated, which is read only.
+class ReadSide {
+ public:
+  ReadSide();
+  ReadSide(const ReadSide&) = delete;
+  ReadSide& operator=(const ReadSide&) = delete;
+  ~ReadSide();
+
+ private:
+  int left_sides_;
+  int probes_;
+};
+/// Stands while it is asked whether something is there: what is missing on the way is no fault.
+class Probe {
+ public:
+  Probe();
+  Probe(const Probe&) = delete;
+  Probe& operator=(const Probe&) = delete;
+  ~Probe();
+};
+bool IsProbe();
+/// The location of a place that may be written later, or not at all: what is missing above it, and an
+/// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted
+/// field; otherwise its location is that of `omit`.
+std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function);
 
 /// Stand while references to templates mean the template, and while they mean its value, which is the rule.
 class TemplateMode {

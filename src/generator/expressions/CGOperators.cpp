@@ -69,8 +69,8 @@ void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& functi
   const std::string left = InC(node->left, function);
   std::string right = InC(node->right, function);
   // C knows no fault that could end a test case alone.
-  if (node->is<T3Divide>() && TypeOf(node)->is<T3Integer>() && !node->right->is<T3IntLiteral>())
-    right = Call(LUMO_DIVISOR, {right, VEXA_CONTEXT});
+  if (node->is<T3Divide>() && !node->right->is<T3IntLiteral>() && !node->right->is<T3FloatLiteral>())
+    right = Call(TypeOf(node)->is<T3Integer>() ? LUMO_DIVISOR : LUMO_FLOAT_DIVISOR, {right, VEXA_CONTEXT});
   StoreCLocation(node, "(" + left + " " + op + " " + right + ")");
 }
 

@@ -89,6 +89,13 @@ std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
   return InRTS(operand, vexa_temp_alloc, function);
 }
 
+// A reference may lead to nothing; what stands in calls and operators on the way is read as anywhere else.
+std::string Probed(T3Tree_Node* operand, CFunction& function) {
+  if (!operand->is<T3Qualifier>() && !operand->is<T3Subscription>()) return AsTemplate(operand, function);
+  const Probe probe;
+  return AsTemplate(operand, function);
+}
+
 // What has been decoded goes to the second operand, and what is left of the bits to the first one.
 void Decode(T3DecValue* node, Mode allocation, CFunction& function) {
   const std::string bits = AsTemplate(node->value, function);
@@ -131,7 +138,8 @@ void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
 void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
   auto* field = operand->try_as<T3Qualifier>();
   if (field == nullptr) NotSupported(node);
-  const std::string parent = AsTemplate(WholeOf(field), function);
+  const std::string parent =
+      node->is<T3IsPresent>() ? Probed(WholeOf(field), function) : AsTemplate(WholeOf(field), function);
   const int64_t index = PlaceOfField(field);
   StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
                             {parent, std::to_string(index), VEXA_CONTEXT}));
@@ -141,7 +149,7 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction&
   T3Tree_Node* operand = node->template_value;
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
-  const std::string value = AsTemplate(operand, function);
+  const std::string value = node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
       return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));

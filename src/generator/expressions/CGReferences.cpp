@@ -1,4 +1,6 @@
 // References: constants and parameters of modules, enumeration values, fields and elements of values.
+#include <utility>
+
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
@@ -133,10 +135,13 @@ void Named(_T3Reference* node, Mode allocation, CFunction& function) {
                                       std::to_string(GetEnumValueNumber(type, name)), VEXA_CONTEXT});
 }
 
-// Choosing an alternative on the way to a part of it keeps the other parts.
+// The place that is being evaluated as one that may be written later.
+T3Tree_Node* g_place = nullptr;
+
+// An alternative on the way to a part of it, or one that may not be written at all, is chosen by the write.
 const char* UnionAccessFunc(T3Qualifier* node) {
-  return T3Is<T3Qualifier>(node->parent) ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
-                                         : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
+  return T3Is<T3Qualifier>(node->parent) || g_place != nullptr ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
+                                                               : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
 }
 
 // The fields of `anytype` have the names of their modules too.
@@ -149,7 +154,9 @@ void Field(T3Qualifier* node, CFunction& function) {
   const std::string parent = InRTS(WholeOf(node), vexa_temp_alloc, function);
   T3Tree_Node* type = TypeOf(WholeOf(node));
   const auto index = [&] { return std::to_string(PlaceOfField(node)); };
-  if (IsRecordOrSetType(type))
+  if (IsProbe())
+    StoreRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
+  else if (IsRecordOrSetType(type))
     StoreRTSLocation(node, Call(IsLeftSide() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, index(), VEXA_CONTEXT}));
   else if (IsLeftSide() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
@@ -161,15 +168,39 @@ void Field(T3Qualifier* node, CFunction& function) {
 
 void Element(T3Subscription* node, Mode allocation, CFunction& function) {
   const std::string parent = InRTS(node->base, vexa_temp_alloc, function);
-  const std::string index = InC(node->index, function);
+  std::string index;
+  {
+    const ReadSide read_side;
+    index = InC(node->index, function);
+  }
+  // A template in a list that is changed gives way to one with parts.
+  const bool makes_parts = IsLeftSide() && IsTemplateMode();
   if (IsStringType(TypeOf(node->base)))
     StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
                                                             AllocationMode(allocation), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node,
-                     Call(LUMO_VALUE_FIELD_BY_INDEX, {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
+    StoreRTSLocation(node, Call(IsProbe()     ? LUMO_VALUE_TRY_FIELD_BY_INDEX
+                                : makes_parts ? LUMO_VALUE_FIELD_BY_INDEX_LHS
+                                              : LUMO_VALUE_FIELD_BY_INDEX,
+                                {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
 }
 }  // namespace
+
+std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function) {
+  auto* field = reference->try_as<T3Qualifier>();
+  const bool is_field = field != nullptr && IsField(field);
+  if (!is_field && !reference->is<T3Subscription>()) return InRTS(reference, vexa_temp_alloc, function);
+  T3Tree_Node* whole = is_field ? WholeOf(field) : reference->as<T3Subscription>()->base;
+  T3Tree_Node* before = std::exchange(g_place, reference);
+  {
+    const LeftSide left_side;
+    InRTS(whole, vexa_temp_alloc, function);
+    if (is_field && (makes_field || !IsRecordOrSetType(TypeOf(whole))))
+      InRTS(reference, vexa_temp_alloc, function);
+  }
+  g_place = before;
+  return InRTS(reference, vexa_temp_alloc, function);
+}
 
 // Others have no value before the point. A type is a field of `anytype`, but not behind the name of a module.
 bool IsField(T3Qualifier* node) {

@@ -188,14 +188,39 @@ void CGLocalTimer(T3VarDecl* decl, const std::string& location, CFunction& funct
 }
 }  // namespace
 
+namespace {
+// The variable in C of a local object.
+std::string DeclareLocal(_T3InstanceValueDecl* decl, CFunction& function) {
+  if (!HasRTSLocation(decl))
+    SetRTSLocation(decl, function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C));
+  return RTSLocation(decl);
+}
+
+bool HoldsTemplates(T3Tree_Node* decl) {
+  return decl->is<T3VarDecl>() && decl->as<T3VarDecl>()->is_template_variable;
+}
+}  // namespace
+
+void CGUnsetLocalValue(T3Tree_Node* node, CFunction& function) {
+  if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
+  auto* decl = node->as<_T3InstanceValueDecl>();
+  const std::string location = DeclareLocal(decl, function);
+  if (IsTimerDeclaration(decl)) {
+    Instantiate(location, decl, decl->type, function, vexa_perm_alloc);
+    Register(location, false, function);
+  } else if (HoldsTemplates(decl)) {
+    InstantiateTemplateVariable(location, decl->as<T3VarDecl>(), function);
+  } else {
+    Instantiate(location, decl, decl->type, function, vexa_temp_alloc);
+  }
+}
+
 void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
   auto* decl = node->as<_T3InstanceValueDecl>();
   auto* variable = node->try_as<T3VarDecl>();
-  const bool holds_template = variable != nullptr && variable->is_template_variable;
-  const std::string location =
-      function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C);
-  SetRTSLocation(decl, location);
+  const bool holds_template = HoldsTemplates(decl);
+  const std::string location = DeclareLocal(decl, function);
   const bool is_timer = IsTimerDeclaration(decl);
   if (is_timer) return CGLocalTimer(decl->as<T3VarDecl>(), location, function);
   if (HasValue(decl)) Mark(decl, T3KindName(decl), function);

@@ -1,0 +1,12 @@
+// How long the values are that a template matches.
+#pragma once
+
+#include "value/value.h"
+
+namespace lumos {
+
+// The length that all values have which a template of a list or string matches; a fault that names the
+// function where it is not fixed.
+unsigned long template_length(Value v, const char* function);
+
+}  // namespace lumos

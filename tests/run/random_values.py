@@ -1,0 +1,705 @@
+#!/usr/bin/env python3
+"""Random well-typed programs, whose results are compared with those of an evaluator of its own.
+
+    random_values.py --orvane PROGRAM --out FOLDER [--cc tcc] [--seed N] [--programs N] [--modules N]
+
+A program is a test case with functions of its own: it works on integers, floats, strings, records, lists, arrays and
+unions, passes them in all modes, and logs them. What it does is generated and evaluated as a tree of closures; the lines
+that it has to log, and whether it ends with a dynamic error, are known before it runs. Each module holds many programs.
+The seed of a module is printed when something differs: --seed with it and --modules 1 makes it again.
+"""
+
+import argparse
+import random
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+OMIT = object()
+LIMIT = 10 ** 15
+
+
+class DynamicError(Exception):
+    pass
+
+
+class Discard(Exception):
+    """The program does something that the language leaves open."""
+
+
+class Return(Exception):
+    pass
+
+
+class Loop(Exception):
+    pass
+
+
+# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...)); ("list", name, element, bounds);
+# ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
+INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
+SUB = ("sub", "Small", -20, 20)
+
+
+def make_types(rng):
+    types = [INT, FLOAT, BOOL, TEXT, SUB]
+    lines = ["type integer Small (-20 .. 20);"]
+    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT)]
+    for i in range(12):
+        kind = ("list", "record", "union", "array", "record", "list")[i % 6]
+        name = f"{kind.capitalize()}{i}"
+        pick = lambda: rng.choice(types if rng.random() < 0.6 else [INT, TEXT, SUB])
+        if kind == "list":
+            bounds = rng.choice((None, None, (0, 4)))
+            element = pick()
+            types.append((kind, name, element, bounds))
+            lines.append(f"type record {f'length({bounds[0]} .. {bounds[1]}) ' if bounds else ''}of {element[1]} {name};")
+        elif kind == "array":
+            element, length = pick(), rng.randint(1, 3)
+            types.append((kind, name, element, length))
+            lines.append(f"type {element[1]} {name}[{length}];")
+        elif kind == "record":
+            fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
+            types.append((kind, name, fields))
+            body = ", ".join(f"{t[1]} {f}{' optional' if o else ''}" for f, t, o in fields)
+            lines.append(f"type record {name} {{ {body} }}")
+        else:
+            alternatives = tuple((f"a{k}", pick()) for k in range(rng.randint(2, 4)))
+            types.append((kind, name, alternatives))
+            lines.append(f"type union {name} {{ {', '.join(f'{t[1]} {a}' for a, t in alternatives)} }}")
+    return types, lines
+
+
+# ---- Values: None is unset; a record is a dict, a union (alternative, value), lists and arrays are tuples.
+
+def part_type(t, key):
+    if t[0] == "record":
+        return next((ft, o) for f, ft, o in t[2] if f == key)
+    return (dict(t[2])[key] if t[0] == "union" else t[2]), False
+
+
+def complete(t, v):
+    if v is None:
+        return False
+    if t[0] == "record":
+        return all(v[f] == OMIT or (o and v[f] is None) or complete(ft, v[f]) for f, ft, o in t[2])
+    if t[0] in ("list", "array"):
+        return all(complete(t[2], x) for x in v)
+    return complete(part_type(t, v[0])[0], v[1]) if t[0] == "union" else True
+
+
+def checked(t, v):
+    """The value, if it belongs to its type."""
+    if v is OMIT or v is None:
+        raise DynamicError
+    if t[0] == "sub" and not t[2] <= v <= t[3]:
+        raise DynamicError
+    if t[0] == "list" and t[3] and not t[3][0] <= len(v) <= t[3][1]:
+        raise DynamicError
+    if t[0] in ("integer", "float") and abs(v) > LIMIT:
+        raise Discard
+    return v
+
+
+def read(t, v, path):
+    """The part at the path and its type; omit where it is an omitted field."""
+    for key in path:
+        # Of what has no value yet, the fields and elements have none either; optional fields are omitted.
+        if t[0] == "record" and v is None:
+            v = dict.fromkeys(f for f, _, _ in t[2])
+        if t[0] in ("list", "array") and v is None:
+            v = ()
+        if v is None or v is OMIT:
+            raise DynamicError
+        if t[0] == "union":
+            if v[0] != key:
+                raise DynamicError
+            v = v[1]
+        elif t[0] == "record":
+            ft, optional = part_type(t, key)
+            v = OMIT if optional and v[key] is None else v[key]
+        else:
+            if key < 0 or t[0] == "array" and key >= t[3]:
+                raise DynamicError
+            v = v[key] if key < len(v) else None
+        t = part_type(t, key)[0]
+    return v
+
+
+def write(t, v, path, new):
+    """The value with another part at the path: what is missing on the way comes into being."""
+    if not path:
+        return checked(t, new)
+    key, rest = path[0], path[1:]
+    if t[0] == "union":
+        return key, write(part_type(t, key)[0], v[1] if v and v[0] == key else None, rest, new)
+    if t[0] == "record":
+        whole = dict(v) if v else {f: None for f, _, _ in t[2]}
+        ft, optional = part_type(t, key)
+        if not rest and new is OMIT:
+            if not optional:
+                raise DynamicError
+            whole[key] = OMIT
+        else:
+            whole[key] = write(ft, None if whole[key] is OMIT else whole[key], rest, new)
+        return whole
+    size = t[3] if t[0] == "array" else LIMIT
+    if not 0 <= key < size:
+        raise DynamicError
+    parts = list(v or ())
+    parts += [None] * (max(key + 1, size if t[0] == "array" else 0) - len(parts))
+    parts[key] = write(t[2], parts[key], rest, new)
+    if t[0] == "list" and t[3] and len(parts) > t[3][1]:
+        raise DynamicError
+    return tuple(parts)
+
+
+def same(t, a, b):
+    if a is None or b is None:
+        raise DynamicError
+    if a is OMIT or b is OMIT:
+        return a is b
+    if t[0] == "record":
+        norm = lambda v, f, o: OMIT if o and v[f] is None else v[f]
+        return all(same(ft, norm(a, f, o), norm(b, f, o)) for f, ft, o in t[2])
+    if t[0] == "union":
+        return a[0] == b[0] and same(part_type(t, a[0])[0], a[1], b[1])
+    if t[0] in ("list", "array"):
+        return len(a) == len(b) and all(same(t[2], x, y) for x, y in zip(a, b))
+    return a == b
+
+
+def shown(t, v, top=False):
+    if v is OMIT:
+        return "omit"
+    if t[0] == "record":
+        return "{ " + ", ".join(f"{f} := {shown(ft, OMIT if v[f] is None else v[f])}" for f, ft, _ in t[2]) + " }"
+    if t[0] == "union":
+        return f"{{ {v[0]} := {shown(part_type(t, v[0])[0], v[1])} }}"
+    if t[0] in ("list", "array"):
+        return "{ " + ", ".join(shown(t[2], x) for x in v) + " }" if v else "{}"
+    if t[0] == "charstring":
+        return v if top else f'"{v}"'
+    if t[0] == "float" and v and abs(v) < 1e-4:
+        raise Discard
+    return str(v).lower() if t[0] == "boolean" else str(v)
+
+
+class Place:
+    """A variable, or what a parameter by reference stands for: a part of the caller's variable."""
+
+    def __init__(self, t, value=None, whole=None, path=()):
+        self.t, self.value, self.whole, self.path = t, value, whole, path
+
+    def get(self):
+        return read(self.whole.t, self.whole.get(), self.path) if self.whole else self.value
+
+    def set(self, path, new):
+        if self.whole:
+            self.whole.set(self.path + path, new)
+            if self.t[0] == "sub":
+                checked(self.t, self.get())
+        else:
+            self.value = write(self.t, self.value, path, new)
+
+
+# ---- Programs: each piece is (text, closure of a frame)
+
+class Generator:
+    def __init__(self, rng, types):
+        self.rng, self.types = rng, types
+        self.names = 0
+
+    def name(self, prefix):
+        self.names += 1
+        return f"{prefix}{self.names}"
+
+    def type(self):
+        return self.rng.choice(self.types)
+
+    # -- references: text, type, optional, closure that gives (place, path)
+
+    def reference(self, scope, wanted=None, roots=None):
+        for _ in range(12):
+            name, t = self.rng.choice(roots or scope)
+            text, keys, optional = name, [], False
+            while t[0] in ("record", "list", "array", "union") and (t != wanted or self.rng.random() < 0.3):
+                if not wanted and self.rng.random() < 0.25:
+                    break
+                if t[0] in ("record", "union"):
+                    key = self.rng.choice(t[2])[0]
+                    text, keys = f"{text}.{key}", keys + [lambda _, key=key: key]
+                else:
+                    index, value = self.index(scope, t)
+                    text, keys = f"{text}[{index}]", keys + [value]
+                    key = None
+                t, optional = part_type(t, key)
+            if wanted in (None, t) or {wanted, t} == {INT, SUB}:
+                return text, t, optional, lambda frame: (frame[name], tuple(key(frame) for key in keys))
+        return None
+
+    def index(self, scope, t):
+        top = t[3] if t[0] == "array" else 4
+        if self.rng.random() < 0.85:
+            i = self.rng.randrange(top)
+            return str(i), lambda _: i
+        text, value = self.plain(INT, scope, 1)
+        return f"same_integer({text})", value
+
+    # -- expressions
+
+    def expression(self, t, scope, depth=2):
+        rng = self.rng
+        if t[0] in ("record", "list", "array", "union") and (depth <= 0 or rng.random() < 0.5):
+            found = scope and rng.random() < 0.7 and self.reference(scope, t)
+            return self.reading(found) if found else self.compound(t, scope, depth)
+        if t[0] in ("record", "list", "array", "union"):
+            return self.compound(t, scope, depth)
+        if scope and rng.random() < 0.45:
+            found = self.reference(scope, t)
+            if found:
+                return self.reading(found)
+        if depth <= 0 or rng.random() < 0.3:
+            return self.literal(t)
+        return self.operation(t, scope, depth)
+
+    def reading(self, found):
+        text, t, _, place = found
+
+        def value(frame):
+            root, path = place(frame)
+            return read(root.t, root.get(), path)
+        return text, value
+
+    def plain(self, t, scope, depth):
+        """An operand, which has a value."""
+        text, value = self.expression(t, scope, depth)
+
+        def evaluate(frame):
+            v = value(frame)
+            if v is None or v is OMIT:
+                raise DynamicError
+            return v
+        return text, evaluate
+
+    def literal(self, t):
+        rng = self.rng
+        if t[0] == "charstring":
+            v = "".join(rng.choice("abcxyz ") for _ in range(rng.randrange(4)))
+            return f'"{v}"', lambda _: v
+        v = {"integer": rng.randint(0, 9), "sub": rng.randint(0, 9), "boolean": rng.random() < 0.5,
+             "float": rng.randrange(64) / 8}[t[0]]
+        return (str(v).lower() if t[0] == "boolean" else str(v)), lambda _: v
+
+    def operation(self, t, scope, depth):
+        rng = self.rng
+        if t[0] == "boolean":
+            return self.condition(scope, depth)
+        if t[0] == "charstring":
+            return self.text(scope, depth)
+        if t[0] == "float":
+            op = rng.choice("+-*/")
+        else:
+            op = rng.choice(("+", "-", "*", "/", "mod", "rem", "size", "size"))
+            if op == "size":
+                return self.size(scope, depth)
+            t = INT
+        (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
+        # Faults of constants are found by the compiler.
+        if b[0].isdigit():
+            b = f"same_{t[1]}({b})"
+        return f"({a} {op} {b})", lambda frame: arithmetic(op, x(frame), y(frame))
+
+    def size(self, scope, depth):
+        lists = [t for t in self.types if t[0] == "list"]
+        found = self.reference(scope, self.rng.choice(lists)) if scope else None
+        if not found:
+            a, x = self.plain(TEXT, scope, depth - 1)
+            return f"lengthof({a})", lambda frame: len(x(frame))
+        text, value = self.reading(found)
+
+        def evaluate(frame):
+            v = value(frame)
+            if v is None or v is OMIT:
+                raise DynamicError
+            return len(v)
+        return f"{self.rng.choice(('lengthof', 'sizeof'))}({text})", evaluate
+
+    def text(self, scope, depth):
+        rng = self.rng
+        if rng.random() < 0.3:
+            a, x = self.plain(INT, scope, depth - 1)
+            return f"int2str({a})", lambda frame: str(x(frame))
+        (a, x), (b, y) = self.plain(TEXT, scope, depth - 1), self.plain(TEXT, scope, depth - 1)
+        return f"({a} & {b})", lambda frame: (lambda v: v if len(v) < 200 else discard())(x(frame) + y(frame))
+
+    def condition(self, scope, depth):
+        rng = self.rng
+        kind = rng.randrange(6)
+        if kind < 2:
+            t = rng.choice((INT, FLOAT))
+            op = rng.choice(("<", ">", "<=", ">="))
+            (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
+            compare = {"<": lambda p, q: p < q, ">": lambda p, q: p > q, "<=": lambda p, q: p <= q,
+                       ">=": lambda p, q: p >= q}[op]
+            return f"({a} {op} {b})", lambda frame: compare(x(frame), y(frame))
+        if kind == 2 and scope:
+            found = self.reference(scope)
+            other = self.reference(scope, found[1])
+            if other and other[1] == found[1]:
+                (a, x), (b, y) = self.reading(found), self.reading(other)
+                return f"({a} == {b})", lambda frame: same(found[1], x(frame), y(frame))
+        if kind == 3 and scope:
+            optional = self.reference(scope)
+            if optional[2]:
+                text, value = self.reading(optional)
+                return f"ispresent({text})", lambda frame: value(frame) not in (None, OMIT)
+        if kind == 4:
+            op = rng.choice(("and", "or"))
+            (a, x), (b, y) = self.plain(BOOL, scope, depth - 1), self.plain(BOOL, scope, depth - 1)
+            return f"({a} {op} {b})", lambda frame: (x(frame) and y(frame)) if op == "and" else (x(frame) or y(frame))
+        a, x = self.plain(BOOL, scope, depth - 1)
+        return f"(not {a})", lambda frame: not x(frame)
+
+    def compound(self, t, scope, depth):
+        rng = self.rng
+        if t[0] == "union":
+            name, at = rng.choice(t[2])
+            a, x = self.expression(at, scope, depth - 1)
+            return f"{{ {name} := {a} }}", lambda frame: (name, checked(at, x(frame)))
+        if t[0] == "record":
+            parts = [(f, ft, o, ("omit", lambda _: OMIT) if o and rng.random() < 0.4 or depth < -3 and o
+                      else self.expression(ft, scope, depth - 1)) for f, ft, o in t[2]]
+            named = rng.random() < 0.5
+            if named:
+                rng.shuffle(parts)
+
+            def record(frame):
+                value = {}
+                for f, ft, o, (_, x) in parts:
+                    v = x(frame)
+                    value[f] = v if o and v is OMIT else checked(ft, v)
+                return value
+            return "{ " + ", ".join(f"{f} := {x[0]}" if named else x[0] for f, _, _, x in parts) + " }", record
+        count = t[3] if t[0] == "array" else rng.randrange(5) if depth >= 0 else 0
+        items = [self.expression(t[2], scope, depth - 1) for _ in range(count)]
+
+        def row(frame):
+            return checked(t, tuple(checked(t[2], x(frame)) for _, x in items))
+        return ("{ " + ", ".join(a for a, _ in items) + " }") if items else "{}", row
+
+    # -- statements: lines, closure
+
+    def block(self, scope, functions, depth, count, loop=False):
+        scope, pieces = list(scope), []
+        for _ in range(count):
+            pieces.append(self.statement(scope, functions, depth, loop))
+        lines = [line for piece in pieces for line in piece[0]]
+
+        def run(frame):
+            for _, step in pieces:
+                step(frame)
+        return lines, run
+
+    def statement(self, scope, functions, depth, loop):
+        rng = self.rng
+        kind = rng.randrange(20)
+        if not scope or kind < 3:
+            return self.declaration(scope)
+        if kind < 9:
+            return self.assignment(scope)
+        if kind < 12 and functions:
+            return self.call(scope, functions)
+        if kind < 14 and depth:
+            return self.branch(scope, functions, depth, loop)
+        if kind < 16 and depth:
+            return self.loop(scope, functions, depth)
+        if kind == 16 and loop:
+            word = rng.choice(("break", "continue"))
+            a, x = self.plain(BOOL, scope, 1)
+
+            def leave(frame):
+                if x(frame):
+                    raise Loop(word)
+            return [f"if ({a}) {{ {word}; }}"], leave
+        return self.log(scope)
+
+    def declaration(self, scope):
+        name, t = self.name("v"), self.type()
+        if self.rng.random() < 0.2:
+            scope.append((name, t))
+            return [f"var {t[1]} {name};"], lambda frame: frame.__setitem__(name, Place(t))
+        a, x = self.expression(t, scope)
+
+        def declare(frame):
+            frame[name] = Place(t)
+            frame[name].set((), x(frame))
+        scope.append((name, t))
+        return [f"var {t[1]} {name} := {a};"], declare
+
+    def assignment(self, scope):
+        text, t, optional, place = self.reference(scope)
+        if optional and self.rng.random() < 0.3:
+            a, x = "omit", lambda _: OMIT
+        else:
+            a, x = self.expression(t, scope)
+
+        def assign(frame):
+            root, path = place(frame)
+            root.set(path, x(frame))
+        return [f"{text} := {a};"], assign
+
+    def branch(self, scope, functions, depth, loop):
+        a, x = self.plain(BOOL, scope, 2)
+        yes, run_yes = self.block(scope, functions, depth - 1, self.rng.randint(1, 3), loop)
+        no, run_no = self.block(scope, functions, depth - 1, self.rng.randint(1, 2), loop)
+        return [f"if ({a}) {{", *yes, "} else {", *no, "}"], lambda frame: (run_yes if x(frame) else run_no)(frame)
+
+    def loop(self, scope, functions, depth):
+        name, count = self.name("i"), self.rng.randint(1, 4)
+        a, x = self.plain(BOOL, scope, 2) if self.rng.random() < 0.4 else ("true", lambda _: True)
+        body, run = self.block(scope + [(name, INT)], functions, depth - 1, self.rng.randint(1, 4), True)
+        kind = self.rng.choice(("for", "while", "do"))
+        guard = f"{name} < {count} and {a}" if a != "true" else f"{name} < {count}"
+
+        def rounds(frame):
+            frame[name] = Place(INT, 0)
+            fuel = 50
+            while kind == "do" or (frame[name].get() < count and x(frame)):
+                fuel = fuel - 1 or discard()
+                try:
+                    if kind != "for":
+                        frame[name].set((), frame[name].get() + 1)
+                    run(frame)
+                except Loop as leave:
+                    if leave.args[0] == "break":
+                        break
+                if kind == "for":
+                    frame[name].set((), frame[name].get() + 1)
+                if kind == "do" and not (frame[name].get() < count and x(frame)):
+                    break
+        if kind == "for":
+            return [f"for (var integer {name} := 0; {guard}; {name} := {name} + 1) {{", *body, "}"], rounds
+        step = f"{name} := {name} + 1;"
+        if kind == "while":
+            return [f"var integer {name} := 0;", f"while ({guard}) {{", step, *body, "}"], rounds
+        return [f"var integer {name} := 0;", "do {", step, *body, f"}} while ({guard});"], rounds
+
+    def log(self, scope):
+        name, t = self.rng.choice(scope)
+
+        def log(frame):
+            v = frame[name].get()
+            frame["log"].append("#" + shown(t, v, True) if complete(t, v) and v is not OMIT else "#-")
+        # Whether a value is complete is asked first: what is unset has no one text.
+        return [f'if (isvalue({name})) {{ log("#", {name}); }} else {{ log("#-"); }}'], log
+
+    # -- functions
+
+    def function(self, functions):
+        rng, name = self.rng, self.name("f")
+        formals = [(rng.choice(("in", "in", "inout", "out")), self.type(), self.name("p"))
+                   for _ in range(rng.randint(1, 4))]
+        result = self.type() if rng.random() < 0.6 else None
+        scope = [(p, t) for mode, t, p in formals if mode != "out"]
+        starts = []
+        for mode, t, p in formals:
+            if mode == "out":
+                starts.append((p, t, self.expression(t, scope)))
+                scope.append((p, t))
+        body, run = self.block(scope, functions, 1, rng.randint(1, 5))
+        back = self.expression(result, scope) if result else None
+        head = ", ".join(f"{mode} {t[1]} {p}" for mode, t, p in formals)
+        lines = [f"function {name}({head}){f' return {result[1]}' if result else ''} {{",
+                 *(f"{p} := {x[0]};" for p, _, x in starts), *body, *([f"return {back[0]};"] if back else []), "}"]
+
+        def call(frame):
+            for p, _, (_, x) in starts:
+                frame[p].set((), x(frame))
+            run(frame)
+            return checked(result, back[1](frame)) if back else None
+        return lines, (name, formals, result, call)
+
+    def call(self, scope, functions):
+        name, formals, result, run = self.rng.choice(functions)
+        actuals, used = [], set()
+        for mode, t, _ in formals:
+            if mode == "in":
+                actuals.append(self.expression(t, scope))
+                continue
+            # No two parameters by reference share a variable: what one changes would be open.
+            free = [row for row in scope if row[0] not in used]
+            found = self.reference(scope, t, free) if free else None
+            if not found or found[1] != t:
+                return self.assignment(scope)
+            used.add(re.match(r"\w+", found[0]).group())
+            actuals.append((found[0], found[3]))
+        target = None
+        if result:
+            target = self.reference(scope, result)
+            if not target or target[1] != result:
+                return self.assignment(scope)
+
+        def call(frame):
+            inner = {"log": frame["log"]}
+            for (mode, t, p), (_, x) in zip(formals, actuals):
+                if mode == "in":
+                    v = x(frame)
+                    inner[p] = Place(t, None if v is None else checked(t, v))
+                    continue
+                root, path = x(frame)
+                inner[p] = Place(t, None, root, path)
+                if mode == "inout":
+                    v = inner[p].get()
+                    if v is None or v is OMIT:
+                        raise Discard
+            v = run(inner)
+            if target:
+                root, path = target[3](frame)
+                root.set(path, v)
+        invocation = f"{name}({', '.join(a for a, _ in actuals)})"
+        return [f"{target[0]} := {invocation};" if target else f"{invocation};"], call
+
+    def program(self, number):
+        lines, functions = [], []
+        for _ in range(self.rng.randint(0, 3)):
+            more, function = self.function(functions)
+            lines += more
+            functions.append(function)
+        lines.append(f"testcase TC_{number}() runs on C {{")
+        frame, scope, verdict = {"log": []}, [], "pass"
+        for _ in range(self.rng.randint(8, 24)):
+            piece, verdict = self.step(frame, scope, functions)
+            lines += piece
+            if verdict == "error":
+                break
+        return [*lines, "setverdict(pass);", "}"], frame["log"], verdict
+
+    def step(self, frame, scope, functions):
+        """A statement, which is executed; few of those that end with an error are taken."""
+        while True:
+            inner = list(scope)
+            piece, run = self.statement(inner, functions, 2, False)
+            saved = {name: place.value for name, place in frame.items() if name != "log"}, len(frame["log"])
+            try:
+                run(frame)
+                scope[:] = inner
+                return piece, "pass"
+            except DynamicError:
+                if self.rng.random() < 0.06:
+                    return piece, "error"
+            del frame["log"][saved[1]:]
+            for name in [name for name in frame if name != "log"]:
+                if name in saved[0]:
+                    frame[name].value = saved[0][name]
+                else:
+                    del frame[name]
+
+
+def discard():
+    raise Discard
+
+
+def arithmetic(op, a, b):
+    if op in ("/", "mod", "rem") and b == 0:
+        raise DynamicError
+    if isinstance(a, float):
+        v = {"+": a + b, "-": a - b, "*": a * b, "/": a / b if b else 0}[op]
+    else:
+        quotient = abs(a) // abs(b) * (1 if (a < 0) == (b < 0) else -1) if b else 0
+        v = {"+": a + b, "-": a - b, "*": a * b, "/": quotient, "mod": a % abs(b) if b else 0,
+             "rem": a - b * quotient}[op]
+    if abs(v) > LIMIT:
+        raise Discard
+    return v
+
+
+# ---- Running
+
+def module(seed, programs):
+    rng = random.Random(seed)
+    types, lines = make_types(rng)
+    expected = []
+    while len(expected) < programs:
+        try:
+            text, log, verdict = Generator(rng, types).program(len(expected))
+        except (Discard, RecursionError):
+            continue
+        # Functions are of the module: each program has its own names.
+        lines += [re.sub(r"\bf(\d+)\(", rf"f{len(expected)}_\1(", line) for line in text]
+        expected.append((log, verdict))
+    control = [f"execute(TC_{i}());" for i in range(programs)]
+    return ["module Random language \"TTCN-3:2005\" {", "type component C { }", *lines, "control {", *control, "}", "}"], expected
+
+
+def run(command, folder, seed, statuses=(0,), seconds=120):
+    try:
+        process = subprocess.run(command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                 stderr=subprocess.STDOUT, timeout=seconds, check=False)
+    except subprocess.TimeoutExpired:
+        sys.exit(f"seed {seed}: {command[0]}: no end within {seconds} seconds")
+    output = process.stdout.decode("utf-8", errors="replace")
+    if process.returncode not in statuses:
+        sys.exit(f"seed {seed}: {' '.join(map(str, command))}: status {process.returncode}\n{what_is_wrong(output)}")
+    return output
+
+
+def what_is_wrong(output):
+    return "\n".join(line for line in output.split("\n") if "Warning" not in line)[-3000:]
+
+
+def found_results(output):
+    results, log = [], []
+    for line in output.split("\n"):
+        logged = re.match(r"ttcn3 \S+ \S+ (#.*)$", line)
+        finished = re.match(r"info .*test case \S+ finished with verdict (\w+)", line)
+        if logged:
+            log.append(logged.group(1))
+        if finished:
+            results.append((log, finished.group(1)))
+            log = []
+    return results
+
+
+def check_module(arguments, seed):
+    folder = arguments.out.resolve()
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    lines, expected = module(seed, arguments.programs)
+    (folder / "Random.ttcn").write_text("\n".join(lines) + "\n", encoding="utf-8")
+    home = arguments.orvane.resolve().parent.parent
+    run([arguments.orvane.resolve(), "-v", "2", "-K", "-r", "Random", "-f", home / "share/orvane/make_linux.mcfg", "-F",
+         "Random.ttcn"], folder, seed)
+    for source in ("Random.c", "main_driver.c"):
+        run([*arguments.cc.split(), "-c", "-I", home / "include", source, "-o", source[:-2] + ".o"], folder, seed)
+    sanitize = [f"-fsanitize={arguments.sanitize}"] if arguments.sanitize else []
+    run(["c++", *sanitize, "-o", "Random", "Random.o", "main_driver.o", home / "lib/liblumos.a", "-lm", "-lpthread"],
+        folder, seed)
+    found = found_results(run(["./Random", "-n", "-v", "info,ttcn3"], folder, seed, (0, 1)))
+    for i, (want, have) in enumerate(zip(expected, found)):
+        if want != have:
+            sys.exit(f"seed {seed}: TC_{i} differs\n expected {want}\n found    {have}")
+    if len(found) != len(expected):
+        sys.exit(f"seed {seed}: {len(found)} of {len(expected)} programs ended")
+    return sum(verdict == "error" for _, verdict in expected)
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Compares random programs with an evaluator.")
+    parser.add_argument("--orvane", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--cc", default="tcc" if shutil.which("tcc") else "cc -O0 -w")
+    parser.add_argument("--sanitize", default="")
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--programs", type=int, default=100, help="programs in a module")
+    parser.add_argument("--modules", type=int, default=2)
+    arguments = parser.parse_args()
+    errors = sum(check_module(arguments, arguments.seed + i) for i in range(arguments.modules))
+    print(f"seeds {arguments.seed} to {arguments.seed + arguments.modules - 1}: "
+          f"{arguments.programs * arguments.modules} programs as expected, {errors} with dynamic errors")
+
+
+if __name__ == "__main__":
+    main()
