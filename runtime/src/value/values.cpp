@@ -335,7 +335,7 @@ void prepare_write(Value v) {
   v->index = -1;
   prepare_write(list);
   open_structure(list);
-  if (index >= list->parts.size) resize_parts(list, index + 1);
+  make_room(list, index);
   retire(list->parts.data[index]);
   list->parts.data[index] = v;
   current_task->roots[v->root] = nullptr;
