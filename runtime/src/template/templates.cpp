@@ -30,11 +30,15 @@ Value open_template(Value v) {
   auto constraintof =
       reinterpret_cast<lumo_constraintof_function_t>(v->type->type_info->constraintof_function);
   if (!info || !constraintof) fault("the parts of template '%s' are not known", type_name(v->type));
+  VisibleFrames visible(v->index);
   Value opened = constraintof(info->base_type, v->parts.data, lumo_temp_alloc_c, current_task);
   if (!opened || is_special(opened, Special::illegal))
     fault("the parts of template '%s' are not known", type_name(v->type));
   return opened;
 }
+
+// The index of a list that was `?`: its last element goes on to stand for any number of them.
+constexpr long open_end = -2;
 
 void expand_any_structure(Value v, Special special) {
   if (special != Special::anyone && special != Special::anyornone) {
@@ -44,10 +48,15 @@ void expand_any_structure(Value v, Special special) {
   }
   clear_contents(v);
   shape(v);
-  if (v->form != Form::fields) return;
-  const lumo_field_info_t* fields = field_info(v->type);
-  for (size_t i = 0; i < v->parts.size; ++i)
-    v->parts.data[i] = is_optional(fields[i]) ? lumo_anyornone_value_c : lumo_anyone_value_c;
+  if (v->form == Form::vector && v->kind != lumo_type_kind_array) {
+    resize_parts(v, 1);
+    v->index = open_end;
+  }
+  const lumo_field_info_t* fields = v->form == Form::fields ? field_info(v->type) : nullptr;
+  for (size_t i = 0; i < v->parts.size; ++i) {
+    const bool may_be_none = fields ? is_optional(fields[i]) : v->kind != lumo_type_kind_array;
+    v->parts.data[i] = may_be_none ? lumo_anyornone_value_c : lumo_anyone_value_c;
+  }
 }
 
 // A fault names the template where it has a name.
@@ -195,6 +204,18 @@ Value restricted(Value source, unsigned restriction) {
   if (is_omit(v) && restriction == value)
     fault("omit is assigned to a template variable restricted to a value");
   return v;
+}
+
+void make_room(Value v, size_t slot) {
+  const size_t size = v->parts.size;
+  const bool is_open =
+      v->index == open_end && size && is_special(v->parts.data[size - 1], Special::anyornone);
+  const size_t written = is_open ? size - 1 : size;
+  if (slot < written) return;
+  resize_parts(v, is_open ? slot + 2 : slot + 1);
+  if (!is_open) return;
+  for (size_t i = written; i <= slot; ++i) v->parts.data[i] = lumo_anyone_value_c;
+  v->parts.data[slot + 1] = lumo_anyornone_value_c;
 }
 
 void open_structure(Value v) {

@@ -11,8 +11,10 @@ Value valueof_value(Value v, lumo_alloc_strategy_t strategy);
 // source: a value in place of a template; a fault where the restriction forbids it.
 Value restricted(Value source, unsigned restriction);
 // Gives the contents the form of fields, elements or alternative, so that one part can be
-// written: an instance becomes its contents, `?` becomes a list of `?`.
+// written: an instance becomes its contents, `?` becomes a list of `?`, or one of any length.
 void open_structure(Value v);
+// Makes room for an element of a list; a template that was `?` goes on to match any elements behind it.
+void make_room(Value v, size_t slot);
 // Shapes of template nodes (values.cpp).
 void open_instance(Value v, size_t count);
 void open_parts(Value v, Form form, size_t count);

@@ -151,9 +151,9 @@ void assign_part(Value v, unsigned long index, Value element) {
   }
   open_structure(v);
   size_t slot = slot_of(v, index);
-  if (v->form == Form::vector && slot >= v->parts.size) {
+  if (v->form == Form::vector) {
     if (slot >= most_elements) fault("index %zu is too large", slot);
-    resize_parts(v, slot + 1);
+    make_room(v, slot);
   }
   if (slot >= v->parts.size) fault("type '%s' has no field %zu", type_name(v->type), slot);
   store_part(v, slot, element);

@@ -346,7 +346,7 @@ static Value& open_place(Value whole, size_t place) {
     whole->index = static_cast<long>(place);
     place = 0;
   }
-  if (place >= whole->parts.size) resize_parts(whole, place + 1);
+  make_room(whole, place);
   return whole->parts.data[place];
 }
 

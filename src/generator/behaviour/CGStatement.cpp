@@ -404,6 +404,14 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
 
 // ---- Operations ----
 
+// What is logged of an expression; a template's matching mechanisms with the values of its parameters.
+std::string Logged(T3Tree_Node* expression, CFunction& function) {
+  if (!cg::HoldsTemplate(expression)) return cg::InRTS(expression, vexa_temp_alloc, function);
+  const cg::TemplateMode mode;
+  return cg::Call(LUMO_TEMPLATEOF,
+                  {cg::InRTS(expression, vexa_temp_alloc, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
+
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   size_t count = 0;
@@ -412,7 +420,7 @@ std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
   for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
-    function.assign(slot(i), cg::InRTS(at->as<T3TemplateListItem>()->expression, vexa_temp_alloc, function));
+    function.assign(slot(i), Logged(at->as<T3TemplateListItem>()->expression, function));
   function.assign(slot(count), C_NULL);
   return array;
 }

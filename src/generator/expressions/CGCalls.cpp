@@ -28,9 +28,30 @@ bool IsReferenceParameter(T3Tree_Node* formal) {
   return typed->pass != t3_par_pass_t::In || type->is<T3TimerType>() || type->is<T3PortType>();
 }
 
+// A variable, a parameter, or a part of one, that a callee may change.
+bool IsTemplateObject(T3Tree_Node* node) {
+  if (auto* element = node->try_as<T3Subscription>()) return IsTemplateObject(element->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && cg::IsField(field))
+    return IsTemplateObject(cg::WholeOf(field));
+  return T3Is<T3VarDecl>(Def(node)) || T3Is<_T3TypedFormal>(Def(node));
+}
+
+// The object itself where the parameter comes back.
+std::string TemplateArgument(T3Tree_Node* actual, T3FormalTemplatePar* formal, CFunction& function) {
+  auto* definition = actual->try_as<T3TemplateDef>();
+  T3Tree_Node* object = definition == nullptr ? actual : definition->constraint;
+  const bool is_modified = definition != nullptr && definition->modifies->is<T3TemplateReference>();
+  if (formal->pass == t3_par_pass_t::In || is_modified || !IsTemplateObject(object))
+    return cg::TemplateInPlace(actual, vexa_template_plain, function);
+  const cg::TemplateMode mode;
+  const cg::LeftSide left_side;
+  return cg::InRTS(object, vexa_temp_alloc, function);
+}
+
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
-  if (formal->is<T3FormalTemplatePar>()) return cg::TemplateInPlace(actual, vexa_template_plain, function);
+  if (auto* template_par = formal->try_as<T3FormalTemplatePar>())
+    return TemplateArgument(actual, template_par, function);
   const cg::ValueMode mode;
   if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;

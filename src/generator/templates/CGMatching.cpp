@@ -6,6 +6,7 @@
 #include "generator/expressions/CGModes.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/options/T3CommandLine.h"
+#include "frontend/T3GlobalASTNodes.h"
 #include "generator/templates/CGTemplate.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
@@ -100,9 +101,9 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
   T3Tree_Node* origin = BehindImport(decl);
   auto* definition = origin->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
   if (definition == nullptr) NotSupported(node);
+  // Without a list all parameters have their defaults.
   const std::string array =
-      actuals == nullptr ? std::string(C_NULL)
-                         : CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
+      CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
   const std::string instance =
       HasRTSLocation(origin)
           ? RTSLocation(origin)
@@ -178,7 +179,7 @@ bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
     if (T3Is<T3TypeDecl>(BehindImport(def)) && !IsAsnNullType(BehindImport(def)))
       return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
-    TemplateReference(node, def, nullptr, allocation, function);
+    TemplateReference(node, def, _sgT3NoActualPar(), allocation, function);
   } else {
     return false;
   }

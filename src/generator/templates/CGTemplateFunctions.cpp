@@ -44,7 +44,8 @@ void TemplateFunction(T3TemplateDef* definition, const char* result, const std::
 bool TypeCheckNeeded(T3Tree_Node* type) {
   if (IsWildcardType(type)) return false;
   T3Tree_Node* decl = TypeDeclaration(type);
-  return decl != nullptr && BuiltinBehind(decl) == nullptr && !RootType(type)->is<T3SignatureType>();
+  return decl != nullptr && BuiltinBehind(decl) == nullptr && !RootType(type)->is<T3SignatureType>() &&
+         VEXATypeRef(type) != LUMO_UNDEFINED_TYPE;
 }
 
 bool AcceptsOmit(T3Tree_Node* constraint) {
