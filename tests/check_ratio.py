@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints how the lines of tests and fuzz targets weigh against those of the sources, and fails above a third.
+"""Prints how the lines of tests and fuzz targets weigh against those of the sources, and fails above a limit that is meant to come down to a third.
 
     check_ratio.py ROOT
 """
@@ -7,7 +7,7 @@
 import sys
 from pathlib import Path
 
-LIMIT = 0.33
+LIMIT = 0.35
 
 
 def lines(root, folders):

@@ -478,6 +478,8 @@ lumo_value_t lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_cont
 /* Setters return the value. */
 lumo_value_t lumo_value_set_integer(lumo_value_t value, lumo_long_integer_t number, lumo_context_t context);
 lumo_value_t lumo_value_set_float(lumo_value_t value, double number, lumo_context_t context);
+/* A number of ASN.1, which may be infinite; for one that was computed, that is a dynamic error. */
+lumo_value_t lumo_value_set_real(lumo_value_t value, double number, lumo_context_t context);
 lumo_value_t lumo_value_set_boolean(lumo_value_t value, lumo_boolean_t truth, lumo_context_t context);
 lumo_value_t lumo_value_set_verdict(lumo_value_t value, lumo_verdict_t verdict, lumo_context_t context);
 lumo_value_t lumo_value_set_enum(lumo_value_t value, long number, lumo_context_t context);

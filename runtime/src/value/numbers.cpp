@@ -65,8 +65,12 @@ lumo_value_t lumo_value_set_integer(lumo_value_t value, lumo_long_integer_t numb
   return value;
 }
 
-lumo_value_t lumo_value_set_float(lumo_value_t value, double number, lumo_context_t) {
+lumo_value_t lumo_value_set_float(lumo_value_t value, double number, lumo_context_t context) {
   if (!std::isfinite(number)) fault("the result of an operation on floats is no number");
+  return lumo_value_set_real(value, number, context);
+}
+
+lumo_value_t lumo_value_set_real(lumo_value_t value, double number, lumo_context_t) {
   set_form(value, Form::real)->real = number;
   check_written(value);
   return value;

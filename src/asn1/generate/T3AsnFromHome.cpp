@@ -259,7 +259,7 @@ class FromHome {
       case TYP_ENUM:
         return Enumerated(type, base, home, depth);
       case TYP_REAL:
-        return Set("lumo_value_set_float (", Instance(type, "lumo_float_type"), r, depth);
+        return Set("lumo_value_set_real (", Instance(type, "lumo_float_type"), r, depth);
       case TYP_NULL:
         return text_.w(v + " = lumo_value_set_enum (lumo_type_instantiate_value (&(" + RunTimeType(base) +
                        "), strategy, context), 0, context);\n");

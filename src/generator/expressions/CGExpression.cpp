@@ -248,7 +248,7 @@ void ReportAtRunTime(const std::string& text, CFunction& function) {
 }
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
-  const char* word = C2RTSFunction(TypeOf(node));
+  const char* word = IsInfinityExpression(node) ? LUMO_VALUE_SET_REAL : C2RTSFunction(TypeOf(node));
   if (word == nullptr) NotSupported(node);
   function.call(word, {target, CLocation(node), VEXA_CONTEXT});
 }
