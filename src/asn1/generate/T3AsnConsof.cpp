@@ -11,15 +11,7 @@ namespace asn1 {
 namespace {
 constexpr const char* kFamily = "_consof_";
 
-void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
-  const ConstrainedSet set = SizeSetOf(type);
-  if (set.set.empty()) return;
-  cBeginFunction(files, {"lumo_value_t", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t vexa_type, ",
-                         "", "lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t vexa_context"});
-  CText& text = files.source;
-  text.w("lumo_value_t v0, vl, vh;\n");
-  text.w("v0 = lumo_type_instantiate_dynamic_template(&(vexa_" + getModuleRef(*type.module) + "_" + id +
-         "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
+void Bounds(CText& text, Wide low, Wide high) {
   text.w("vl = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
   text.w("vh = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
   const auto bound = [&](const char* variable, Wide number) {
@@ -27,10 +19,23 @@ void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
     text.w(ToString(Clamped(number)));
     text.w("), vexa_context);\n");
   };
-  bound("vl", set.set.low());
-  bound("vh", set.set.high());
+  bound("vl", low);
+  bound("vh", high);
+}
+
+void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
+  const ConstrainedSet set = SizeSetOf(type);
+  if (set.set.empty()) return;
+  cBeginFunction(files, {"lumo_value_t", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t vexa_type, ",
+                         "", "lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t vexa_context"});
+  CText& text = files.source;
+  // Beyond an extensible size there are other lengths as well.
+  text.w(set.extensible ? "lumo_value_t v0;\n" : "lumo_value_t v0, vl, vh;\n");
+  text.w("v0 = lumo_type_instantiate_dynamic_template(&(vexa_" + getModuleRef(*type.module) + "_" + id +
+         "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
+  if (!set.extensible) Bounds(text, set.set.low(), set.set.high());
   text.w("lumo_template_set_value(v0, lumo_anyornone_value_c, 0, vexa_context);\n");
-  text.w("lumo_template_set_length_constraint(v0, vl, vh, vexa_context);\n");
+  if (!set.extensible) text.w("lumo_template_set_length_constraint(v0, vl, vh, vexa_context);\n");
   text.w("return v0;\n");
   text.close();
 }
