@@ -237,8 +237,8 @@ std::string CastToLongLong(const std::string& text) {
 }
 
 void NotSupported(T3Tree_Node* node) {
-  throw not_supported(PositionOf(node),
-                      std::string("CGExpression currently does not support ") + T3KindName(node));
+  throw not_supported{PositionOf(node),
+                      std::string("CGExpression currently does not support ") + T3KindName(node)};
 }
 
 void ReportAtRunTime(const std::string& text, CFunction& function) {
