@@ -42,12 +42,21 @@ Root FindRoot() {
   return {node, gT3CommandLine.root_module};
 }
 
+void RefuseLineBreaks(const std::string& path) {
+  if (path.find_first_of("\r\n") != std::string::npos)
+    throw "a line break in a path cannot stand in a makefile: \"" + path + "\"";
+}
+
 std::vector<T3Makefile::Module> CollectModules() {
   std::vector<T3Makefile::Module> modules;
   for (const module_argument_t& argument : gT3CommandLine.modules) {
     T3Tree_Node* node = ModuleOf(argument);
     modules.push_back({GetOutputDir(node), GetOutputFile(node), GetSourceFile(node), GetAction(node),
                        T3Is<T3ASN_1>(node->as<T3Module>()->representation)});
+  }
+  for (const T3Makefile::Module& module : modules) {
+    RefuseLineBreaks(module._output_dir);
+    RefuseLineBreaks(module._output_file);
   }
   return modules;
 }

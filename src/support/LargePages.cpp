@@ -16,6 +16,7 @@
 #if defined(__GLIBC__) && !defined(ORVANE_WATCHED_HEAP)
 #include <malloc.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -26,7 +27,18 @@ constexpr int kKeptWhenFree = 1 << 30;
 uintptr_t g_covered = 0;
 }  // namespace
 
+namespace {
+// Below this the heap must take what it needs, and not more.
+constexpr rlim_t kRoomForSteps = 1 << 30;
+
+bool IsLimited(int resource) {
+  rlimit limit{};
+  return getrlimit(static_cast<__rlimit_resource_t>(resource), &limit) == 0 && limit.rlim_cur < kRoomForSteps;
+}
+}  // namespace
+
 void PrepareLargePages() {
+  if (IsLimited(RLIMIT_AS) || IsLimited(RLIMIT_DATA)) return;
   mallopt(M_TOP_PAD, kHeapStep);
   mallopt(M_TRIM_THRESHOLD, kKeptWhenFree);
   mallopt(M_MMAP_MAX, 0);  // a mapping of its own would lie in small pages

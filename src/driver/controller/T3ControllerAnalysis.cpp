@@ -132,7 +132,9 @@ void PropagateOptimizationInfo(T3Tree_Node* module) {
 
 void PropagateBuildAvoidanceInfo(T3Tree_Node* module) {
   for (T3Module* imported : ImportedModules(module)) {
-    if (imported->file_changed || ImportsChanged(imported)) with_changed_imports.insert(module);
+    // One that waits for its generation changed in an earlier run.
+    if (imported->file_changed || imported->code_generation_necessary || ImportsChanged(imported))
+      with_changed_imports.insert(module);
     if (!imported->file_changed) continue;
     RequireGeneration(module);
     return;

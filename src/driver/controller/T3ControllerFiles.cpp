@@ -1,7 +1,11 @@
 // The stage of files: checking, finding their encoding, parsing.
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <map>
 
 #include "asn1/integration/T3Representation.h"
 #include "driver/diagnostics/Errors.h"
@@ -14,10 +18,53 @@
 #include "support/FormatText.h"
 
 namespace {
-// A source is read more than once: a directory, pipe or device is none.
-bool CanBeRead(const char* path) {
+constexpr int kWaitForWriter = 1000;
+
+// What came through pipes, by their names: a source is read more than once.
+std::map<tIdent, TemporaryFile>& pipe_copies = *new std::map<tIdent, TemporaryFile>;
+
+// Copies what comes through an open pipe; false when nothing does, since nobody writes, or on a fault.
+bool CopyPipe(int pipe, FILE* to) {
+  pollfd ready{pipe, POLLIN, 0};
+  poll(&ready, 1, kWaitForWriter);
+  char buffer[1 << 16];
+  ssize_t length = read(pipe, buffer, sizeof buffer);
+  bool good = length > 0 && fcntl(pipe, F_SETFL, 0) == 0;
+  while (good && length > 0) {
+    good = std::fwrite(buffer, 1, static_cast<size_t>(length), to) == static_cast<size_t>(length);
+    length = read(pipe, buffer, sizeof buffer);
+  }
+  return good && length == 0;
+}
+
+bool TakePipe(tIdent name) {
+  const auto [place, is_new] = pipe_copies.try_emplace(name);
+  if (!is_new) return !place->second.path().empty();
+  const int pipe = open(gIdents.GetCStr(name), O_RDONLY | O_NONBLOCK);
+  if (pipe < 0) return false;
+  place->second.Adopt(MakeTemporaryFile(".", "vexa"));
+  FILE* copy = place->second.path().empty() ? nullptr : std::fopen(place->second.path().c_str(), "wb");
+  const bool copied = copy != nullptr && CopyPipe(pipe, copy);
+  const bool closed = copy != nullptr && std::fclose(copy) == 0;
+  close(pipe);
+  if (!copied || !closed) place->second.Remove();
+  return copied && closed;
+}
+
+// Where the text of a source lies.
+const char* PathOf(tIdent name) {
+  const auto copy = pipe_copies.find(name);
+  return copy == pipe_copies.end() ? gIdents.GetCStr(name) : copy->second.path().c_str();
+}
+
+// A directory or device is no source; a pipe is one for TTCN-3, since the tools for ASN.1 read files
+// themselves.
+bool CanBeRead(const file_argument_t& file) {
+  const char* path = gIdents.GetCStr(file.name);
   struct stat status {};
-  if (stat(path, &status) == 0 && !S_ISREG(status.st_mode)) return false;
+  const bool exists = stat(path, &status) == 0;
+  if (exists && S_ISFIFO(status.st_mode) && file.language == language_ttcn3) return TakePipe(file.name);
+  if (exists && !S_ISREG(status.st_mode)) return false;
   FILE* stream = std::fopen(path, "rb");
   if (stream == nullptr) return false;
   std::fclose(stream);
@@ -44,7 +91,7 @@ bool ParseAs(::language of, const char* path, tIdent file) {
 }
 
 bool ParseFile(const file_argument_t& argument) {
-  const char* path = gIdents.GetCStr(argument.name);
+  const char* path = PathOf(argument.name);
   gCurrentFileModificationTime = ModificationTime(path);
   file_format_t format = argument.options.format;
   if (format == format_unknown) format = GuessFileFormat(path);
@@ -67,9 +114,8 @@ bool CheckFiles(std::vector<file_argument_t>::const_iterator begin,
                 std::vector<file_argument_t>::const_iterator end) {
   bool all = true;
   for (auto file = begin; file != end; ++file) {
-    const char* path = gIdents.GetCStr(file->name);
-    if (CanBeRead(path)) continue;
-    vexa_error(std::string("Cannot open file: ") + path, NoPosition);
+    if (CanBeRead(*file)) continue;
+    vexa_error(std::string("Cannot open file: ") + gIdents.GetCStr(file->name), NoPosition);
     all = false;
   }
   return all;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "driver/diagnostics/T3Error.h"
 #include "driver/options/T3Version.h"
 #include "support/rGetopt.h"
 
@@ -114,12 +115,24 @@ bool SetGlobalValue(int option, const Arguments& arguments) {
   }
 }
 
+// A word that is no option ends the reading; whoever wrote it will wonder why nothing comes of it.
+void WarnOfWordsLeft(const Arguments& arguments) {
+  if (rOptind >= arguments.argc) return;
+  vexa_warning(
+      arguments.line.CommonVerbosity(),
+      std::string("nothing is compiled: no -F stands in front of \"") + arguments.argv[rOptind] + '"',
+      NoPosition);
+}
+
 Section ReadGlobalSection(const Arguments& arguments) {
   const std::string options = OptionString(kReadGlobal);
   rOptreset();
   for (;;) {
     const int option = rGetopt(arguments.argc, arguments.argv, options.c_str());
-    if (option == -1) return Section::End;
+    if (option == -1) {
+      WarnOfWordsLeft(arguments);
+      return Section::End;
+    }
     if (IsSwitch(option)) return SwitchTo(option);
     if (option == 'V') {
       VersionInfo::Print(stdout);

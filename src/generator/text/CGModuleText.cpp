@@ -12,6 +12,7 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/FormatText.h"
 
 namespace {
 constexpr size_t kColumns = 7;
@@ -57,7 +58,8 @@ const std::string& CGSourceFileName(T3Tree_Node* module) {
   name.clear();
   for (const char c : EscapeEscape(GetSourceFile(module))) {
     if (c == '"') name += '\\';
-    name += c;
+    const auto code = static_cast<unsigned char>(c);
+    name += code >= ' ' ? std::string(1, c) : FormatText("\\%03o", code);
   }
   return name;
 }
