@@ -36,11 +36,18 @@ T3Inference InferValueOfForm(T3Tree_Node* node, T3Candidates& candidates, bool, 
   return InferValueOf(node->as<T3ValueOf>(), candidates);
 }
 
-using Forms = std::array<InferForm, kT3KindCount>;
+// Which kinds have a form stands beside them: with sanitizers, no pointer is compared before the program runs.
+struct Forms {
+  std::array<InferForm, kT3KindCount> infer{};
+  std::array<bool, kT3KindCount> known{};
+};
 
 template <class Node>
 constexpr void Set(Forms& forms, InferForm form) {
-  for (size_t kind = Node::kFirst; kind <= Node::kLast; ++kind) forms[kind] = form;
+  for (size_t kind = Node::kFirst; kind <= Node::kLast; ++kind) {
+    forms.infer[kind] = form;
+    forms.known[kind] = true;
+  }
 }
 
 // A class before the classes and kinds in it.
@@ -72,12 +79,12 @@ constexpr Forms kForms = MakeForms();
 // Classes that no node is of are numbers too: only a form for each kind of node is asked for.
 constexpr size_t MissingForm() {
   for (size_t kind = _T3Expression::kFirst; kind <= _T3Expression::kLast; ++kind)
-    if (kForms[kind] == nullptr && !kT3IsClass[kind]) return kind;
+    if (!kForms.known[kind] && !kT3IsClass[kind]) return kind;
   return 0;
 }
 static_assert(MissingForm() == 0, "a kind of expression that no unit infers");
 }  // namespace
 
 void InstallInferenceForms() {
-  SetForms(kForms, InferDefinition, InferFieldValues);
+  SetForms(kForms.infer, InferDefinition, InferFieldValues);
 }
