@@ -11,8 +11,9 @@ a room may have; a smaller one is reported, so that the table follows.
 import subprocess
 import sys
 from collections import defaultdict
+from pathlib import Path
 
-ALLOWED = {}
+ALLOWED = {"liborvane_core.a": [12, 9, 9, 9, 6, 4, 3, 2], "liblumos.a": [32]}
 
 
 def symbols_of(library):
@@ -81,7 +82,7 @@ def circles_of(names, edges):
 def room_of(circle, root):
     """The folders that the sources of a circle lie in."""
     folders = {path.parent.relative_to(root).as_posix() for path in root.rglob("*.cpp")
-               if path.name + "" in circle and "out" not in path.relative_to(root).parts}
+               if path.name in circle and "out" not in path.relative_to(root).parts}
     return ", ".join(sorted(folders))
 
 
