@@ -1,4 +1,5 @@
 // The operators on strings and lists.
+#include <limits>
 #include <cctype>
 #include <cstring>
 
@@ -100,7 +101,7 @@ Value moved(Value v, lumo_long_integer_t count, bool left, bool rotate, Strategy
   }
   if (count < 0) {
     left = !left;
-    count = -count;
+    count = count < -std::numeric_limits<long long>::max() ? std::numeric_limits<long long>::max() : -count;
   }
   Value result = copy_value(v, strategy);
   size_t size = v->form == Form::vector        ? v->parts.size

@@ -32,7 +32,8 @@ inline bool ParseWide(std::string_view digits, bool negative, Wide& result) {
 
 inline std::string ToString(Wide number) {
   std::string text;
-  auto rest = static_cast<unsigned __int128>(number < 0 ? -number : number);
+  auto rest = static_cast<unsigned __int128>(number);
+  if (number < 0) rest = 0 - rest;
   do {
     text.insert(text.begin(), static_cast<char>('0' + static_cast<int>(rest % 10)));
   } while ((rest /= 10) != 0);
