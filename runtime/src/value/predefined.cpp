@@ -56,8 +56,8 @@ Value digits_to_integer(Value v, int bits, Strategy strategy, const char* functi
 Value integer_to_digits(lumo_long_integer_t number, lumo_long_integer_t length, int bits, lumo_type_t type,
                         Strategy strategy, const char* function) {
   if (number < 0) fault("%s: the number is negative", function);
+  if (length < 0 || length > (1 << 29)) fault("%s: the length is negative or too large", function);
   size_t count = static_cast<size_t>(type == lumo_octetstring_type ? 2 * length : length);
-  if (length < 0 || count > (size_t(1) << 30)) fault("%s: the length is negative or too large", function);
   Value v = make_root(type, strategy);
   reserve_text(v, count);
   auto rest = static_cast<unsigned long long>(number);
