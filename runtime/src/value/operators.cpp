@@ -1,5 +1,4 @@
 // The operators on strings and lists.
-#include <limits>
 #include <cctype>
 #include <cstring>
 
@@ -99,16 +98,17 @@ Value moved(Value v, lumo_long_integer_t count, bool left, bool rotate, Strategy
   } else if (v->form != Form::string) {
     fault("a value of type '%s' cannot be shifted or rotated", type_name(v->type));
   }
+  // The magnitude of the least number is no number of that kind.
+  auto shift = static_cast<unsigned long long>(count);
   if (count < 0) {
     left = !left;
-    count = count < -std::numeric_limits<long long>::max() ? std::numeric_limits<long long>::max() : -count;
+    shift = 0 - shift;
   }
   Value result = copy_value(v, strategy);
   size_t size = v->form == Form::vector        ? v->parts.size
                 : v->form == Form::wide_string ? v->wide.size
                                                : v->text.size / unit;
   if (size == 0) return result;
-  auto shift = static_cast<unsigned long long>(count);
   if (!rotate && shift > size) shift = size;
   size_t by = static_cast<size_t>(shift % size);
   bool all = !rotate && shift == size;
