@@ -90,6 +90,7 @@ def room_of(path):
 def included_path(root, source, name):
     """The file of the project that an include line names, or None for a generated or a foreign one."""
     candidates = [root / "src" / name, source.parent / name, root / "runtime" / "include" / name,
+                  root / "runtime" / "src" / name,
                   root / "tools" / name]
     return next((path.resolve().relative_to(root).as_posix() for path in candidates if path.is_file()), None)
 

@@ -6,6 +6,7 @@
 #include "run/component.h"
 #include "value/error.h"
 #include "ports/outside.h"
+#include "value/hooks.h"
 #include "value/types.h"
 #include "value/wide_string.h"
 
@@ -41,6 +42,10 @@ void enter_alternatives(Task& task) {
   if (task.called) task.calls.push_back(here);
   task.called = nullptr;
 }
+
+namespace {
+const bool hook_is_set = (hooks.enter_alternatives = enter_alternatives, true);
+}  // namespace
 
 lumo_type_t called_signature(const Task& task) {
   for (size_t i = task.calls.size(); i-- > 0;)

@@ -1,5 +1,6 @@
 #include "run/defaults.h"
 
+#include "value/hooks.h"
 #include "value/error.h"
 #include "text/log.h"
 #include "value/types.h"
@@ -64,6 +65,10 @@ bool keep_for_defaults(Value timers) {
   current_task->kept_timers.push_back(timers);
   return true;
 }
+
+namespace {
+const bool hook_is_set = (hooks.keep_for_defaults = keep_for_defaults, true);
+}  // namespace
 
 }  // namespace lumos
 

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <vector>
 
+#include "value/hooks.h"
 #include "value/task.h"
 #include "value/value.h"
 
@@ -199,7 +200,7 @@ void lumo_log_template_mismatch_event(const char* reason, lumo_value_t actual, l
 }
 
 void lumo_log_alt_entered_event(lumo_context_t) {
-  if (current_task->called || !current_task->calls.empty()) enter_alternatives(*current_task);
+  if (current_task->called || !current_task->calls.empty()) hooks.enter_alternatives(*current_task);
   alt_event("alt entered");
 }
 void lumo_log_alt_left_event(lumo_context_t) {

@@ -17,6 +17,11 @@ struct Hooks {
   // An element of the current component, or null.
   Value (*component_element)(const char* name) = nullptr;
 
+  // Whether a value that generated code has done with goes on as an argument of a default, which ends it then.
+  bool (*keep_for_defaults)(Value value) = nullptr;
+  // The task enters an `alt`: behind a call, the one in which its answers are taken.
+  void (*enter_alternatives)(Task& task) = nullptr;
+
   // Timers, each the content of a value, which owns it.
   Timer* (*new_timer)(Value value) = nullptr;
   void (*delete_timer)(Timer* timer) = nullptr;

@@ -2,7 +2,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "run/defaults.h"
 #include "value/error.h"
 #include "value/memory.h"
 #include "value/task.h"
@@ -501,7 +500,7 @@ void lumo_value_delete(lumo_value_t* value, lumo_context_t) {
   lumo_value_t v = *value;
   *value = nullptr;
   if (v->life == Life::perm) {
-    if (!keep_for_defaults(v)) destroy(v);
+    if (!hooks.keep_for_defaults || !hooks.keep_for_defaults(v)) destroy(v);
   } else if (v->life == Life::temp) {
     if (v->root < current_task->roots.size() && current_task->roots[v->root] == v) {
       current_task->roots[v->root] = nullptr;
