@@ -81,20 +81,6 @@ void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode allocation, 
   function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
 }
 
-// The pattern of a binary string as a text without its quotes and its letter.
-std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
-  const std::string text(StringM::StGetString(node->value));
-  const size_t begin = text.find('\'');
-  const size_t end = text.rfind('\'');
-  const std::string digits =
-      begin == std::string::npos || end <= begin ? text : text.substr(begin + 1, end - begin - 1);
-  std::string pattern = Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(pattern, LUMO_TYPE_INSTANTIATE_VALUE,
-                         {LUMO_CHARSTRING_TYPE, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_VALUE_SET_STRING, {pattern, Quote(digits), VEXA_CONTEXT});
-  return pattern;
-}
-
 // A reference to a declared template with its arguments.
 void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actuals, Mode allocation,
                        CFunction& function) {
@@ -140,12 +126,6 @@ void MatchOperation(T3Match* node, CFunction& function) {
   StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
 }
 }  // namespace
-
-std::string PatternText(T3Tree_Node* node, CFunction& function) {
-  const ValueMode mode;
-  if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
-  return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
-}
 
 bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
   if (auto* match = node->try_as<T3Match>()) {
