@@ -6,6 +6,7 @@
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/rules/T3ParameterKinds.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
@@ -70,17 +71,9 @@ bool TakesParameters(T3Tree_Node* name) {
 void CallWithDefaults(_T3Reference* name, T3Tree_Node* fpl) {
   auto* call = gT3AST.mT3Parameterization(name->position, name, _sgT3NoActualPar());
   call->place = call->apl->place = name->place;
-  auto& attributes = call->attr();
-  const auto& own = name->attr();
-  attributes.fpl = fpl;
-  attributes.def = own.def;
-  attributes.local_type_def = own.local_type_def;
-  attributes.base_type_def = own.base_type_def;
-  attributes.expression_local_type = own.expression_local_type;
-  attributes.expression_base_type = own.expression_base_type;
-  attributes.pass1 = own.pass1;
-  attributes.pass2 = own.pass2;
-  attributes.is_strict = own.is_strict;
+  TakeMeaning(call, name);
+  call->attr().fpl = fpl;
+  call->attr().is_strict = name->attr().is_strict;
   ReplaceChild(name, call);
   AdoptChildren(call);
 }

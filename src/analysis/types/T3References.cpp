@@ -166,26 +166,29 @@ bool IsName(T3Tree_Node* expression) {
   return qualifier != nullptr && qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base));
 }
 
-T3Tree_Node* BareLocalName(T3Tree_Node* expression) {
-  constexpr int kModuleLevel = 1;
-  auto* qualifier = expression->try_as<T3Qualifier>();
-  if (qualifier == nullptr || !IsName(qualifier)) return nullptr;
-  T3Tree_Node* def = Def(qualifier);
-  const bool local = T3Is<_T3FormalPar>(def) || (T3Is<_T3DeclList>(def) && !def->is<_T3ImportDecl>() &&
-                                                 def->as<_T3DeclList>()->attr().vexa_place > kModuleLevel);
-  if (!local) return nullptr;
-  T3Tree_Node* name = gT3AST.mT3Identifier(qualifier->position, qualifier->id);
-  name->place = qualifier->place;
-  name->parent = qualifier->parent;
-  auto& own = qualifier->attr();
-  auto& attributes = name->as<T3Identifier>()->attr();
-  attributes.def = def;
+void TakeMeaning(_T3Reference* made, _T3Reference* written) {
+  auto& attributes = made->attr();
+  const auto& own = written->attr();
+  attributes.def = own.def;
   attributes.local_type_def = own.local_type_def;
   attributes.base_type_def = own.base_type_def;
   attributes.expression_local_type = own.expression_local_type;
   attributes.expression_base_type = own.expression_base_type;
   attributes.pass1 = own.pass1;
   attributes.pass2 = own.pass2;
+}
+
+T3Tree_Node* BareLocalName(T3Tree_Node* expression) {
+  auto* qualifier = expression->try_as<T3Qualifier>();
+  if (qualifier == nullptr || !IsName(qualifier)) return nullptr;
+  T3Tree_Node* def = Def(qualifier);
+  const bool local = T3Is<_T3FormalPar>(def) || (T3Is<_T3DeclList>(def) && !def->is<_T3ImportDecl>() &&
+                                                 def->as<_T3DeclList>()->attr().vexa_place > kAtModuleLevel);
+  if (!local) return nullptr;
+  T3Tree_Node* name = gT3AST.mT3Identifier(qualifier->position, qualifier->id);
+  name->place = qualifier->place;
+  name->parent = qualifier->parent;
+  TakeMeaning(name->as<T3Identifier>(), qualifier);
   return name;
 }
 
