@@ -43,6 +43,8 @@ struct Port {
   Queue queues[2];  // for messages; for calls and their answers
   std::vector<Port*> connections;
   std::vector<Port*> mappings;  // on the other side
+  bool was_mapped = false;
+  bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
   Value call_timer = nullptr;  // wakes the component when a call is over
 };

@@ -87,8 +87,15 @@ void remove_mapping(Port& a, Port& b) {
   if (!has(a.mappings, &b)) return;
   remove_port(a.mappings, &b);
   remove_port(b.mappings, &a);
+  a.is_mapped_itself = b.is_mapped_itself = false;
   bool first_is_system = a.owner == test_case->system;
   outside_unmap(first_is_system ? b : a, first_is_system ? a : b);
+}
+
+// A test case without a system clause maps its ports at its start, for whoever wants to use them so; connecting
+// one says that it is meant otherwise.
+void give_up_own_mapping(Port& port) {
+  if (port.is_mapped_itself) remove_mapping(port, *port.mappings.back());
 }
 
 void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index, bool mappings) {
@@ -114,6 +121,8 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
   Port& b = named_port(component2, port2, index2);
   if (a.owner == test_case->system || b.owner == test_case->system)
     fault("a port of the system cannot be connected");
+  give_up_own_mapping(a);
+  give_up_own_mapping(b);
   if (!a.mappings.empty() || !b.mappings.empty()) fault("a mapped port cannot be connected");
   if (has(a.connections, &b)) return;
   check_no_other(a.connections, a, b);
@@ -149,7 +158,10 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
   Port& component_port = first_is_system ? b : a;
   Port& system_port = first_is_system ? a : b;
   if (!component_port.connections.empty()) fault("a connected port cannot be mapped");
-  if (test_case->maps_by_itself && has(component_port.mappings, &system_port)) return;
+  if (test_case->maps_by_itself && has(component_port.mappings, &system_port)) {
+    component_port.is_mapped_itself = false;
+    return;
+  }
   check_no_other(component_port.mappings, component_port, system_port);
   check_no_other(system_port.mappings, system_port, component_port);
   check_directions(component_port, out, system_port, out);
@@ -157,6 +169,9 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
   outside_map(component_port, system_port);
   component_port.mappings.push_back(&system_port);
   system_port.mappings.push_back(&component_port);
+  component_port.is_mapped_itself =
+      test_case->maps_by_itself && component_port.owner == test_case->mtc && !component_port.was_mapped;
+  component_port.was_mapped = true;
 }
 
 void lumo_component_unmap_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
