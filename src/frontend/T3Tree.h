@@ -189,6 +189,33 @@ inline bool T3Tree_IsType(const T3Tree_Node* node, T3Kind kind) {
   return k <= n && n <= T3Tree_TypeRange[k];
 }
 
+/// The items of a list, as far as they are of a class: `for (auto* item : Items<T3FieldValue>(list))`. A null
+/// list has none. The next item is asked for when the body is through with one.
+template <class Item>
+class Items {
+ public:
+  class Iterator {
+   public:
+    explicit Iterator(T3Tree_Node* node) : item_(T3Is<Item>(node) ? node->as<Item>() : nullptr) {}
+    Item* operator*() const { return item_; }
+    Iterator& operator++() {
+      *this = Iterator(item_->next);
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return item_ != other.item_; }
+
+   private:
+    Item* item_;
+  };
+
+  explicit Items(T3Tree_Node* list) : list_(list) {}
+  Iterator begin() const { return Iterator(list_); }
+  Iterator end() const { return Iterator(nullptr); }
+
+ private:
+  T3Tree_Node* list_;
+};
+
 /// Asks for the memory in which the nodes lie that a walk in the order of the source meets `bytes` later: a
 /// tree is laid from high to low addresses. Negative for a walk in the opposite order. A node may be larger
 /// than a line of the cache, so that two are asked for.

@@ -89,8 +89,8 @@ Length CharacterCount(T3Tree_Node* literal) {
 // The largest constant index of a value in index notation, or -1.
 int64_t MaxFieldIndex(T3CompoundValue* compound) {
   int64_t largest = -1;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (auto* place = at->as<T3FieldValue>()->field->try_as<T3FieldIndex>())
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (auto* place = at->field->try_as<T3FieldIndex>())
       largest = std::max(largest, ConstIntValue(place->index).value_or(-1));
   return largest;
 }
@@ -99,7 +99,7 @@ int64_t CompoundValueLength(T3CompoundValue* compound) {
   const int64_t largest = MaxFieldIndex(compound);
   if (largest >= 0) return Sum(largest, 1);
   int64_t length = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) ++length;
+  for ([[maybe_unused]] auto* at : Items<T3FieldValue>(compound->value)) ++length;
   return length;
 }
 

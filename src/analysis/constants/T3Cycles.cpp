@@ -102,9 +102,8 @@ void CollectFieldBounds(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found)
 // What the values of a record, a set or a union need are the bounds of their fields.
 void CollectFields(T3Tree_Node* type, T3Tree_Node* user, T3NodeList& found) {
   if (!type->is<T3RecordType>() && !type->is<T3SetType>() && !type->is<T3UnionType>()) return;
-  for (T3Tree_Node* at = type->as<_T3StructuredType>()->body; at->is<T3FieldType>();
-       at = at->as<T3FieldType>()->next)
-    CollectFieldBounds(at->as<T3FieldType>()->type, user, found);
+  for (auto* at : Items<T3FieldType>(type->as<_T3StructuredType>()->body))
+    CollectFieldBounds(at->type, user, found);
 }
 
 // What a type needs: along its parents with their constraints, and its bounds.

@@ -76,8 +76,8 @@ Integer NumberOfLiteral(T3Tree_Node* operand) {
   if (auto* identifier = literal->try_as<T3Identifier>()) name = identifier->id;
   if (auto* qualifier = literal->try_as<T3Qualifier>()) name = qualifier->id;
   if (type == nullptr) return std::nullopt;
-  for (T3Tree_Node* at = type->values; at->is<T3EnumValue>(); at = at->as<T3EnumValue>()->next)
-    if (at->as<T3EnumValue>()->name == name) return GetEnumValueNumber(type, name);
+  for (auto* at : Items<T3EnumValue>(type->values))
+    if (at->name == name) return GetEnumValueNumber(type, name);
   return std::nullopt;
 }
 

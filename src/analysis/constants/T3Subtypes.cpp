@@ -82,8 +82,8 @@ size_t LengthOfValueListList(T3Tree_Node* list) {
 CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
   CharacterRanges ranges;
   ranges.reserve(LengthOfValueListList(list));
-  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
-    auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>();
+  for (auto* at : Items<T3ValueListItem>(list)) {
+    auto* range = at->value->try_as<T3ValueRange>();
     if (range == nullptr) continue;
     const auto low = CodeOf(range->lb);
     const auto high = CodeOf(range->ub);
@@ -168,8 +168,7 @@ void AddValue(ValueSet& set, T3Tree_Node* item) {
 const ValueSet& ValueSetOf(T3Tree_Node* list) {
   const auto [set, made] = g_value_sets.try_emplace(list->number);
   if (made)
-    for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-      AddValue(set->second, at->as<T3ValueListItem>()->value);
+    for (auto* at : Items<T3ValueListItem>(list)) AddValue(set->second, at->value);
   return set->second;
 }
 
@@ -231,8 +230,8 @@ std::optional<bool> FoundInSet(T3Tree_Node* list, T3Tree_Node* expression) {
 // The message of an expression that a list does not allow, or null.
 const _vexa_error_message_t* CheckValueListConstraint(T3Tree_Node* list, T3Tree_Node* expression) {
   if (const auto found = FoundInSet(list, expression)) return *found ? nullptr : &ERR_subtype;
-  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
-    T3Tree_Node* item = at->as<T3ValueListItem>()->value;
+  for (auto* at : Items<T3ValueListItem>(list)) {
+    T3Tree_Node* item = at->value;
     if (IsCharacterRange(item))
       return CheckStringCharacterRange(expression, CharacterSetOf(list)) ? nullptr : &ERR_subtype_charset;
     if (ItemAccepts(item, expression)) return nullptr;

@@ -164,8 +164,8 @@ const ModuleCache kCache{[] { g_altsteps.clear(); }};
 
 T3Cleanness CleannessOf(T3Tree_Node* alternatives) {
   T3Cleanness all;
-  for (T3Tree_Node* at = alternatives; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next) {
-    all.guards = all.guards && AltStatus(at->as<_T3Alt>()->guard) == kNone;
+  for (auto* at : Items<_T3Alt>(alternatives)) {
+    all.guards = all.guards && AltStatus(at->guard) == kNone;
     if (auto* guarded = at->try_as<T3GuardedAlt>())
       all.templates = all.templates && IsCleanOperation(guarded->operation);
     else

@@ -85,14 +85,14 @@ BodyWalk::Bits BodyWalk::Apart(const Walk& walk) {
 
 // All parameters but those that only give back have a value.
 void BodyWalk::Parameters(T3Tree_Node* fpl) {
-  for (T3Tree_Node* at = fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next) {
+  for (auto* at : Items<_T3FormalPar>(fpl)) {
     auto* par = at->try_as<_T3TypedFormal>();
     if (par != nullptr && par->pass == t3_par_pass_t::Out) Enter(par);
   }
 }
 
 void BodyWalk::Declarations(T3Tree_Node* decls) {
-  for (T3Tree_Node* at = decls; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+  for (auto* at : Items<_T3Decl>(decls)) {
     if (auto* variable = at->try_as<T3VarDecl>())
       Variable(variable);
     else if (auto* decl = at->try_as<T3TemplateDecl>())
@@ -157,8 +157,8 @@ void BodyWalk::Call(T3Parameterization* call) {
 void BodyWalk::Redirect(T3PortRedirect* redirect) {
   for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
     if (IsGiven(target)) Write(target);
-  for (T3Tree_Node* at = redirect->redirect_params; T3Is<T3FieldValue>(at); at = at->as<T3FieldValue>()->next)
-    if (IsGiven(at->as<T3FieldValue>()->value)) Write(at->as<T3FieldValue>()->value);
+  for (auto* at : Items<T3FieldValue>(redirect->redirect_params))
+    if (IsGiven(at->value)) Write(at->value);
 }
 
 // What asks whether there is a value does not need one.
@@ -227,9 +227,9 @@ void BodyWalk::Alternatives(T3Tree_Node* alts, T3Tree_Node* else_branch) {
   const auto take = [&assigned](const Bits& made) {
     assigned.insert(assigned.end(), made.begin(), made.end());
   };
-  for (T3Tree_Node* at = alts; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next)
+  for (auto* at : Items<_T3Alt>(alts))
     take(Apart([&] {
-      auto* alt = at->as<_T3Alt>();
+      auto* alt = at;
       Reads(alt->guard);
       if (auto* guarded = alt->try_as<T3GuardedAlt>())
         List(guarded->operation);

@@ -51,11 +51,10 @@ bool EachPart(T3Tree_Node* expression, Test passes) {
     T3Tree_Node* at = open.back();
     open.pop_back();
     if (auto* compound = at->try_as<T3CompoundValue>()) {
-      for (T3Tree_Node* value = compound->value; value->is<T3FieldValue>();
-           value = value->as<T3FieldValue>()->next) {
-        const bool permuted = value->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No;
+      for (auto* value : Items<T3FieldValue>(compound->value)) {
+        const bool permuted = value->permutation_kind != t3_permutation_kind_t::No;
         if (permuted && !passes(Class::Template)) return false;
-        open.push_back(value->as<T3FieldValue>()->value);
+        open.push_back(value->value);
       }
     } else if (!passes(ClassOf(at))) {
       return false;

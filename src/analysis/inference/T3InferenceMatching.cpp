@@ -7,9 +7,9 @@ namespace {
 T3Inference InferValueList(T3Tree_Node* node, T3Tree_Node* values, T3Candidates& candidates, bool report) {
   bool failed = false;
   const T3Candidates all = candidates;
-  for (T3Tree_Node* at = values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+  for (auto* at : Items<T3ValueListItem>(values)) {
     T3Candidates own = all;
-    failed = Infer(at->as<T3ValueListItem>()->value, own, false, true) != T3Inference::Good || failed;
+    failed = Infer(at->value, own, false, true) != T3Inference::Good || failed;
     if (at == values) candidates = own;
   }
   return Finish(node, candidates, failed, report);
@@ -72,9 +72,8 @@ T3Inference InferSubOrSuperSet(_T3SuperOrSubSet* node, T3Candidates& candidates,
   Invalidate(candidates, gT3NoType);
   T3Tree_Node* local = CheckTypeSet(candidates, {gT3AnySetOfType});
   T3Tree_Node* element = ElementType(BaseTypeDef(local));
-  for (T3Tree_Node* at = node->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-    Fails(at->as<T3ValueListItem>()->value,
-          element->is<T3ErrorType>() ? T3Candidates{gT3ErrorType} : ElementCandidates(element));
+  for (auto* at : Items<T3ValueListItem>(node->values))
+    Fails(at->value, element->is<T3ErrorType>() ? T3Candidates{gT3ErrorType} : ElementCandidates(element));
   SetResult(node, local);
   if (!local->is<T3ErrorType>()) return T3Inference::Good;
   if (IsSilent(candidates)) return T3Inference::Reported;

@@ -63,9 +63,7 @@ void InferRecipients(T3Tree_Node* node) {
   const T3Candidates address = T3Candidates::Types({gT3AddressType, gT3AnyComponentType});
   if (auto* single = node->try_as<T3RecipientSingle>()) Fails(single->recipient, address);
   if (auto* multi = node->try_as<T3RecipientMulti>())
-    for (T3Tree_Node* at = multi->recipients; at->is<T3AddressListItem>();
-         at = at->as<T3AddressListItem>()->next)
-      Fails(at->as<T3AddressListItem>()->recipient, address);
+    for (auto* at : Items<T3AddressListItem>(multi->recipients)) Fails(at->recipient, address);
   if (auto* element = node->try_as<T3PortArrayElement>())
     for (T3PortArrayElement* at = element; at != nullptr; at = at->base->try_as<T3PortArrayElement>())
       Fails(at->index, {gT3IntegerType});

@@ -15,8 +15,8 @@ void InferActualPars(T3Parameterization* call) {
   T3Tree_Node* def = call->attr().def;
   const bool known = !T3Is<T3NoDecl>(def) && !T3Is<T3ErrorType>(def);
   int index = 0;
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
-    auto* actual = at->as<T3ActualPar>();
+  for (auto* at : Items<T3ActualPar>(call->apl)) {
+    auto* actual = at;
     auto& attributes = actual->attr();
     attributes.index = index++;
     attributes.fpl = formal;
@@ -55,10 +55,9 @@ std::unordered_map<uint32_t, SharedLiteral>& g_literals = *new std::unordered_ma
 SharedLiteral& SharedLiteralOf(T3Tree_Node* ambiguous) {
   const auto [literal, made] = g_literals.try_emplace(ambiguous->number);
   if (made)
-    for (T3Tree_Node* at = ambiguous->as<T3AmbiguousType>()->list; at->is<T3TypeItem>();
-         at = at->as<T3TypeItem>()->next) {
-      literal->second.types->push_back(at->as<T3TypeItem>()->type);
-      literal->second.members.insert(at->as<T3TypeItem>()->type);
+    for (auto* at : Items<T3TypeItem>(ambiguous->as<T3AmbiguousType>()->list)) {
+      literal->second.types->push_back(at->type);
+      literal->second.members.insert(at->type);
     }
   return literal->second;
 }

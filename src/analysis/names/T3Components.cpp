@@ -381,8 +381,8 @@ bool AppendDeclList(T3Tree_Node* target, T3Tree_Node* source, bool own, T3Tree_N
   }
   std::unordered_map<tIdent, T3Tree_Node*> known;
   ListBuilder builder;
-  for (T3Tree_Node* decl = target; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) {
-    known.emplace(decl->as<_T3Decl>()->name, decl);
+  for (auto* decl : Items<_T3Decl>(target)) {
+    known.emplace(decl->name, decl);
     builder.Append(decl);
   }
   bool passed = true;

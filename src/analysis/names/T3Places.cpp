@@ -371,7 +371,7 @@ void PlaceWalk::VisitBody(_T3FunctionBodyDecl* decl, T3Place* place) {
   auto* altstep = decl->try_as<T3TestStep>();
   if (altstep != nullptr && altstep->decls->is<_T3Decl>()) {
     map = RegisterList(altstep->decls);
-    for (T3Tree_Node* stmt = decl->body; stmt->is<_T3Stmt>(); stmt = stmt->as<_T3Stmt>()->next)
+    for (auto* stmt : Items<_T3Stmt>(decl->body))
       if (stmt->is<T3DeclStmt>()) RegisterDecl(stmt->as<T3DeclStmt>()->decl, module_name_, map);
   }
   T3Place* inner = WithScope(place, map);
@@ -534,14 +534,13 @@ T3DeclMap* PlaceWalk::RegisterList(T3Tree_Node* list) {
   if (!list->is<_T3Decl>()) return nullptr;
   T3DeclMap*& map = list->as<_T3Decl>()->cold().declsOut;
   if (map != nullptr) return map;
-  for (T3Tree_Node* decl = list; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
-    RegisterDecl(decl, module_name_, map);
+  for (auto* decl : Items<_T3Decl>(list)) RegisterDecl(decl, module_name_, map);
   return map;
 }
 
 T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
   T3DeclMap* map = nullptr;
-  for (T3Tree_Node* stmt = list; stmt->is<_T3Stmt>(); stmt = stmt->as<_T3Stmt>()->next) {
+  for (auto* stmt : Items<_T3Stmt>(list)) {
     if (!stmt->is<T3DeclStmt>()) continue;
     T3Tree_Node* decl = stmt->as<T3DeclStmt>()->decl;
     for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) RegisterDecl(decl, module_name_, map);
@@ -552,8 +551,7 @@ T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
 T3DeclMap* PlaceWalk::RegisterParameters(T3Tree_Node* list) {
   if (!list->is<_T3FormalPar>()) return nullptr;
   T3DeclMap* map = nullptr;
-  for (T3Tree_Node* par = list; par->is<_T3FormalPar>(); par = par->as<_T3FormalPar>()->next)
-    RegisterDecl(par, module_name_, map);
+  for (auto* par : Items<_T3FormalPar>(list)) RegisterDecl(par, module_name_, map);
   return map;
 }
 

@@ -85,7 +85,7 @@ void CheckBareTemplate(T3Tree_Node* node) {
   if (!T3Is<T3TemplateDecl>(def) && !T3Is<T3ImportTemplateDecl>(def)) return;
   T3Tree_Node* fpl = FormalParametersOf(def);
   if (!T3Is<_T3FormalPar>(fpl) || TakesParameters(name)) return;
-  for (T3Tree_Node* par = fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next)
+  for (auto* par : Items<_T3FormalPar>(fpl))
     if (!HasDefault(par)) return vexa_filtered_error(ERR_parlist_length, name->position);
   CallWithDefaults(name, fpl);
 }

@@ -14,7 +14,7 @@
 
 ParameterKinds KindsOf(T3Tree_Node* fpl) {
   ParameterKinds kinds;
-  for (T3Tree_Node* at = fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next) {
+  for (auto* at : Items<_T3FormalPar>(fpl)) {
     auto* par = at->try_as<_T3TypedFormal>();
     if (par == nullptr) continue;
     const bool port = IsPortOrPortArray(par);
@@ -71,7 +71,7 @@ void CheckModifiedParameters(T3Tree_Node* node) {
   T3TemplateDecl* modified = modifies == nullptr ? nullptr : TemplateNamed(modifies->reference);
   if (modified == nullptr) return;
   T3Tree_Node* par = decl->fpl;
-  for (T3Tree_Node* base = modified->fpl; T3Is<_T3FormalPar>(base); base = base->as<_T3FormalPar>()->next) {
+  for (auto* base : Items<_T3FormalPar>(modified->fpl)) {
     if (!ContinuesParameter(par, base))
       return vexa_filtered_error(ERR_template_modified_parlist, decl->position);
     par = par->as<_T3FormalPar>()->next;
@@ -188,8 +188,7 @@ void CheckPortsInType(T3Tree_Node* node) {
   if (type->is<T3RecordOfType>() || type->is<T3SetOfType>()) RefusePort(type->as<_T3HomogeneousType>()->type);
   if (auto* subtype = type->try_as<T3SubType>()) RefusePort(subtype->parent);
   if (auto* structured = type->try_as<_T3StructuredType>())
-    for (T3Tree_Node* at = structured->body; at->is<T3FieldType>(); at = at->as<T3FieldType>()->next)
-      RefusePort(at->as<T3FieldType>()->type);
+    for (auto* at : Items<T3FieldType>(structured->body)) RefusePort(at->type);
 }
 
 template <class Value>
@@ -206,9 +205,8 @@ void CheckArraySize(T3Tree_Node* node) {
 
 void CheckSignature(T3Tree_Node* node) {
   auto* signature = node->as<T3SignatureType>();
-  for (T3Tree_Node* at = signature->exceptions; at->is<T3TypeItem>(); at = at->as<T3TypeItem>()->next)
-    if (IsSignatureType(at->as<T3TypeItem>()->type))
-      vexa_filtered_error(ERR_exception_type, PositionOf(at->as<T3TypeItem>()->type));
+  for (auto* at : Items<T3TypeItem>(signature->exceptions))
+    if (IsSignatureType(at->type)) vexa_filtered_error(ERR_exception_type, PositionOf(at->type));
   const ParameterKinds kinds = KindsOf(signature->fpl);
   if (signature->not_blocking && (kinds.out || kinds.timer || kinds.port))
     vexa_filtered_error(ERR_noblock_param, signature->position);
@@ -223,8 +221,8 @@ void CheckSubType(T3Tree_Node* node) {
   if (list == nullptr || (!base->is<T3CharStringType>() && !base->is<T3UniversalCharStringType>())) return;
   bool ranges = false;
   bool values = false;
-  for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-    (at->as<T3ValueListItem>()->value->is<T3ValueRange>() ? ranges : values) = true;
+  for (auto* at : Items<T3ValueListItem>(list->values))
+    (at->value->is<T3ValueRange>() ? ranges : values) = true;
   if (ranges && values) vexa_filtered_error(ERR_mixed_subtypes, subtype->position);
 }
 
@@ -243,11 +241,10 @@ void CheckPortLists(T3Tree_Node* node) {
   bool messages = false;
   bool signatures = false;
   for (T3Tree_Node* list : {port->in_list, port->out_list})
-    for (T3Tree_Node* at = list; T3Is<T3TypeItem>(at); at = at->as<T3TypeItem>()->next) {
-      T3Tree_Node* base = BaseTypeDef(at->as<T3TypeItem>()->type);
-      if (base->is<T3ErrorType>() || base->is<T3NoType>() || at->as<T3TypeItem>()->type->is<T3AllTypes>())
-        continue;
-      NoteEntryType(at->as<T3TypeItem>()->type);
+    for (auto* at : Items<T3TypeItem>(list)) {
+      T3Tree_Node* base = BaseTypeDef(at->type);
+      if (base->is<T3ErrorType>() || base->is<T3NoType>() || at->type->is<T3AllTypes>()) continue;
+      NoteEntryType(at->type);
       (base->is<T3SignatureType>() ? signatures : messages) = true;
     }
   if (port->port_kind == t3_port_kind_t::Procedure && messages)
@@ -269,8 +266,8 @@ void CheckRangesOfSubType(T3Tree_Node* node) {
   auto* list = subtype->constraint->try_as<T3ValueList>();
   T3Tree_Node* base = BaseTypeDef(subtype);
   if (list == nullptr || base->is<T3ErrorType>() || HasRanges(GetAddressBaseType(base))) return;
-  for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-    if (auto* range = at->as<T3ValueListItem>()->value->try_as<T3ValueRange>())
+  for (auto* at : Items<T3ValueListItem>(list->values))
+    if (auto* range = at->value->try_as<T3ValueRange>())
       vexa_filtered_error(ERR_type_range_subtype, range->position);
 }
 

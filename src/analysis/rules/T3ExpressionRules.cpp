@@ -56,8 +56,8 @@ void CheckIndex(T3Tree_Node* node) {
 void CheckPermutations(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
   if (HasFailed(compound) || T3Is<T3RecordOfType>(GetAddressBaseType(ExpressionBaseType(compound)))) return;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    const auto kind = at->as<T3FieldValue>()->permutation_kind;
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    const auto kind = at->permutation_kind;
     if (kind == t3_permutation_kind_t::Head || kind == t3_permutation_kind_t::HeadTail)
       vexa_filtered_error(ERR_permutation_type, PositionOf(at));
   }

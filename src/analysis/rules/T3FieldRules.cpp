@@ -34,8 +34,8 @@ bool AreOfOneKind(T3Tree_Node* a, T3Tree_Node* b) {
 void CheckMembers(T3Tree_Node* list) {
   if (!list->is<T3ValueListItem>()) return;
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(list->as<T3ValueListItem>()->value));
-  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
-    T3Tree_Node* value = at->as<T3ValueListItem>()->value;
+  for (auto* at : Items<T3ValueListItem>(list)) {
+    T3Tree_Node* value = at->value;
     if (!AreOfOneKind(type, GetAddressBaseType(ExpressionBaseType(value))))
       vexa_filtered_error(ERR_type_valuelist, PositionOf(at));
   }
@@ -71,8 +71,8 @@ bool IsUndefined(T3Tree_Node* value, vexa_template_mode_t mode) {
 void CheckSignatureFields(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
   if (!T3Is<T3SignatureType>(ExpressionBaseType(compound))) return;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (T3Tree_Node* value = at->as<T3FieldValue>()->value; value->is<T3Omit>())
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (T3Tree_Node* value = at->value; value->is<T3Omit>())
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(value), "'omit'",
                           "parameters in signature templates");
   if (!IsModifying(InnermostTemplate()) && IsUndefined(compound, vexa_template_call) &&

@@ -305,9 +305,8 @@ int SubscriptionLevel(T3Tree_Node* port) {
 }
 
 T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
-  for (T3Tree_Node* at = component->as<T3ComponentType>()->decls; at->is<_T3Decl>();
-       at = at->as<_T3Decl>()->next)
-    if (at->is<T3PortDecl>() && at->as<_T3Decl>()->name == name) return at;
+  for (auto* at : Items<_T3Decl>(component->as<T3ComponentType>()->decls))
+    if (at->is<T3PortDecl>() && at->name == name) return at;
   return nullptr;
 }
 

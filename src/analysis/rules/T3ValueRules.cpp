@@ -48,10 +48,9 @@ bool Varies(T3Tree_Node* value) {
     open.pop_back();
     auto* compound = at->try_as<T3CompoundValue>();
     if (compound == nullptr && !HasFailed(at) && !IsConstant(at)) return true;
-    for (T3Tree_Node* part = compound == nullptr ? nullptr : compound->value; T3Is<T3FieldValue>(part);
-         part = part->as<T3FieldValue>()->next) {
-      if (part->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No) return true;
-      open.push_back(part->as<T3FieldValue>()->value);
+    for (auto* part : Items<T3FieldValue>(compound == nullptr ? nullptr : compound->value)) {
+      if (part->permutation_kind != t3_permutation_kind_t::No) return true;
+      open.push_back(part->value);
     }
   }
   return false;
@@ -164,8 +163,8 @@ bool ReturnsAtEnd(T3Tree_Node* list);
 // Each alternative, and there must be an else branch.
 bool EachAlternativeReturns(T3AltStmt* alt) {
   if (!T3Is<_T3Stmt>(alt->else_branch) || !ReturnsAtEnd(alt->else_branch)) return false;
-  for (T3Tree_Node* at = alt->alts; T3Is<_T3Alt>(at); at = at->as<_T3Alt>()->next)
-    if (!ReturnsAtEnd(at->as<_T3Alt>()->body)) return false;
+  for (auto* at : Items<_T3Alt>(alt->alts))
+    if (!ReturnsAtEnd(at->body)) return false;
   return true;
 }
 

@@ -41,8 +41,8 @@ void MarkParameter(T3Tree_Node* par, tIdent name) {
 void OmitTemplCheckPars(T3TemplateDecl* decl) {
   auto* compound = ConstraintOf(decl->definition)->try_as<T3CompoundValue>();
   if (compound == nullptr || !IsRecordOrUnion(TypeOf(compound))) return;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* value = at->as<T3FieldValue>();
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    auto* value = at;
     if (MustHaveValue(value->attr().def) && value->value->is<T3Identifier>())
       MarkParameter(decl->fpl, value->value->as<T3Identifier>()->id);
   }
@@ -80,8 +80,8 @@ void CheckFieldValue(T3CompoundValue* compound) {
   const auto& message =
       T3Is<T3UnionType>(TypeOf(compound)) ? ERR_omit_to_union_field : ERR_omit_to_mandatory_field;
   const bool counts = IsRecordOrUnion(TypeOf(compound));
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* value = at->as<T3FieldValue>();
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    auto* value = at;
     CheckUnderlayingExpr(value->value);
     const bool is_reference = value->value->is<_T3Reference>() && !value->value->is<T3Parameterization>();
     if (counts && is_reference && MustHaveValue(value->attr().def) && OmitExpression(value->value))
@@ -93,8 +93,7 @@ void CheckFieldValue(T3CompoundValue* compound) {
 void CheckUnderlayingExpr(T3Tree_Node* expression) {
   if (auto* compound = expression->try_as<T3CompoundValue>()) return CheckFieldValue(compound);
   if (auto* list = expression->try_as<T3ValueList>()) {
-    for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-      CheckUnderlayingExpr(at->as<T3ValueListItem>()->value);
+    for (auto* at : Items<T3ValueListItem>(list->values)) CheckUnderlayingExpr(at->value);
     return;
   }
   CheckParametrTemplate(expression);

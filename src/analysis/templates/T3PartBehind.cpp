@@ -90,7 +90,7 @@ T3Tree_Node* WrittenConstraint(T3TemplateDecl* decl, T3Parameterization*) {
 std::unordered_map<T3Tree_Node*, T3Tree_Node*> ActualsOf(T3TemplateDecl* decl, T3Parameterization* call) {
   std::unordered_map<T3Tree_Node*, T3Tree_Node*> actuals;
   T3Tree_Node* at = call == nullptr ? nullptr : call->apl;
-  for (T3Tree_Node* par = decl->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) {
+  for (auto* par : Items<_T3FormalPar>(decl->fpl)) {
     auto* given = T3Is<T3ActualPar>(at) ? at->as<T3ActualPar>() : nullptr;
     if (given != nullptr) at = given->next;
     const bool has_value = given != nullptr && !given->expression->is<T3NotUsedSymbol>();

@@ -170,8 +170,8 @@ T3Tree_Node* MergeMembers(T3CompoundValue* base, T3CompoundValue* derived, T3Tre
 }
 
 bool IsPermuted(T3CompoundValue* compound) {
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* element = at->as<T3FieldValue>();
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    auto* element = at;
     if (element->permutation_kind != t3_permutation_kind_t::No) return true;
   }
   return false;

@@ -73,8 +73,8 @@ class Search {
   }
 
   bool InFields(T3CompoundValue* compound) {
-    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-      if (In(at->as<T3FieldValue>()->value)) return true;
+    for (auto* at : Items<T3FieldValue>(compound->value))
+      if (In(at->value)) return true;
     return false;
   }
 
@@ -135,8 +135,8 @@ bool CheckFieldEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
   if (IsNamed(expression, name)) return true;
   if (depth >= kMaxDepth) return false;
   if (auto* compound = expression->try_as<T3CompoundValue>()) {
-    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-      if (CheckFieldEqParam(at->as<T3FieldValue>()->value, name, depth + 1)) return true;
+    for (auto* at : Items<T3FieldValue>(compound->value))
+      if (CheckFieldEqParam(at->value, name, depth + 1)) return true;
   } else if (TemplateCalled(expression) != nullptr) {
     T3Tree_Node* at = expression->as<T3Parameterization>()->apl;
     for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)

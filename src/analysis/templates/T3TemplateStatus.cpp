@@ -61,8 +61,7 @@ int Collection::OfCompound(T3CompoundValue* compound) {
       status = std::max(status, given ? Of(values[i]->value) : kStatusUndefined);
     }
   } else {
-    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-      status = std::max(status, Of(at->as<T3FieldValue>()->value));
+    for (auto* at : Items<T3FieldValue>(compound->value)) status = std::max(status, Of(at->value));
   }
   signature = whole;
   return status;
@@ -71,8 +70,7 @@ int Collection::OfCompound(T3CompoundValue* compound) {
 int Collection::OfParameters(T3Parameterization* call) {
   T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-    status = std::max(status, Of(at->as<T3ActualPar>()->expression));
+  for (auto* at : Items<T3ActualPar>(call->apl)) status = std::max(status, Of(at->expression));
   signature = whole;
   return status;
 }

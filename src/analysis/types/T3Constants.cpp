@@ -280,8 +280,8 @@ bool IsLiteralForm(T3Tree_Node* node) {
   if (node->is<_T3LiteralExpression>()) return true;
   if (node->is<_T3UnaryExpression>()) return IsLiteral(node->as<_T3UnaryExpression>()->arg);
   if (auto* compound = node->try_as<T3CompoundValue>()) {
-    for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-      if (!IsLiteral(at->as<T3FieldValue>()->value)) return false;
+    for (auto* at : Items<T3FieldValue>(compound->value))
+      if (!IsLiteral(at->value)) return false;
     return true;
   }
   return false;

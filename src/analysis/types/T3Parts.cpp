@@ -72,11 +72,9 @@ std::optional<int64_t> SelectedPlace(T3Tree_Node* reference, T3Tree_Node* type) 
 std::vector<T3Tree_Node*> MembersOf(T3Tree_Node* type) {
   std::vector<T3Tree_Node*> members;
   if (auto* structured = type->try_as<_T3StructuredType>())
-    for (T3Tree_Node* at = structured->body; at->is<T3FieldType>(); at = at->as<T3FieldType>()->next)
-      members.push_back(at);
+    for (auto* at : Items<T3FieldType>(structured->body)) members.push_back(at);
   if (auto* signature = type->try_as<T3SignatureType>())
-    for (T3Tree_Node* at = signature->fpl; T3Is<_T3FormalPar>(at); at = at->as<_T3FormalPar>()->next)
-      members.push_back(at);
+    for (auto* at : Items<_T3FormalPar>(signature->fpl)) members.push_back(at);
   return members;
 }
 
@@ -91,8 +89,8 @@ std::vector<T3Part> PartsOf(T3CompoundValue* compound, T3Tree_Node* type) {
   own = GetAddressBaseType(own);
   const Places places(own, type == nullptr ? own : type);
   std::vector<T3Part> parts;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    auto* item = at->as<T3FieldValue>();
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    auto* item = at;
     parts.push_back({item, places.Of(item, static_cast<int64_t>(parts.size()))});
   }
   return parts;

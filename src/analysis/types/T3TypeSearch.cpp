@@ -112,9 +112,8 @@ T3Tree_Node* FindIndex(T3Tree_Node* list, long n) {
 
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name) {
   T3Tree_Node* base = BaseTypeDef(type);
-  for (T3Tree_Node* at = base->as<T3EnumType>()->values; at->is<T3EnumValue>();
-       at = at->as<T3EnumValue>()->next) {
-    auto* value = at->as<T3EnumValue>();
+  for (auto* at : Items<T3EnumValue>(base->as<T3EnumType>()->values)) {
+    auto* value = at;
     if (value->name != name) continue;
     if (!value->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) AssignEnumValues(base);
     return value->attr().assigned_no;
@@ -127,16 +126,16 @@ void AssignEnumValues(T3Tree_Node* type) {
   auto* first = enumeration->values->try_as<T3EnumValue>();
   if (first == nullptr || first->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) return;
   std::vector<int64_t> given;
-  for (T3Tree_Node* at = first; at->is<T3EnumValue>(); at = at->as<T3EnumValue>()->next)
-    if (const auto value = ConstIntValue(at->as<T3EnumValue>()->value)) given.push_back(*value);
+  for (auto* at : Items<T3EnumValue>(first))
+    if (const auto value = ConstIntValue(at->value)) given.push_back(*value);
   std::sort(given.begin(), given.end());
   if (std::adjacent_find(given.begin(), given.end()) != given.end())
     vexa_filtered_error(ERR_enum_duplicate, enumeration->position);
   int64_t counter = 0;
-  for (T3Tree_Node* at = first; at->is<T3EnumValue>(); at = at->as<T3EnumValue>()->next) {
-    auto& attributes = at->as<T3EnumValue>()->attr();
+  for (auto* at : Items<T3EnumValue>(first)) {
+    auto& attributes = at->attr();
     attributes.SetEvaluated(T3EnumValue_Attributes::assigned_no_bit);
-    if (const auto value = ConstIntValue(at->as<T3EnumValue>()->value)) {
+    if (const auto value = ConstIntValue(at->value)) {
       attributes.assigned_no = *value;
       continue;
     }
@@ -185,8 +184,8 @@ T3PortTypes PortTypes(T3Tree_Node* list) {
     sets.local_types = new T3TypeSet;
     sets.base_types = new T3TypeSet;
     ListedTypes views(sets);
-    for (T3Tree_Node* at = list; at->is<T3TypeItem>(); at = at->as<T3TypeItem>()->next) {
-      T3Tree_Node* type = at->as<T3TypeItem>()->type;
+    for (auto* at : Items<T3TypeItem>(list)) {
+      T3Tree_Node* type = at->type;
       if (!type->is<T3AllTypes>()) {
         views.Append(type);
         continue;

@@ -66,8 +66,7 @@ T3Candidates OfExceptions(T3Tree_Node* signature) {
   T3Candidates result;
   // One that is listed again counts once.
   std::unordered_set<const T3Tree_Node*> listed;
-  for (T3Tree_Node* at = type->as<T3SignatureType>()->exceptions; at->is<T3TypeItem>();
-       at = at->as<T3TypeItem>()->next)
+  for (auto* at : Items<T3TypeItem>(type->as<T3SignatureType>()->exceptions))
     if (listed.insert(AbsoluteTypeDef(at)).second) result.Add(AbsoluteTypeDef(at), BaseTypeDef(at));
   return result;
 }

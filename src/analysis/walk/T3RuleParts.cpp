@@ -51,8 +51,8 @@ T3Tree_Node* ConstraintOf(T3Tree_Node* definition) {
 
 bool MixesNotations(T3Tree_Node* values) {
   auto* first = values->try_as<T3FieldValue>();
-  for (T3Tree_Node* at = values; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (at->as<T3FieldValue>()->field->kind != first->field->kind) return true;
+  for (auto* at : Items<T3FieldValue>(values))
+    if (at->field->kind != first->field->kind) return true;
   return false;
 }
 

@@ -19,9 +19,9 @@ T3Module* Asn1Module(T3Tree_Node* decl) {
 }
 
 std::string FirstAttribute(T3Tree_Node* list, t3_with_attribute_t kind) {
-  for (T3Tree_Node* with = list; T3Is<T3With>(with); with = with->as<T3With>()->next) {
-    if (with->as<T3With>()->attribute != kind) continue;
-    std::string text(StringM::StGetString(with->as<T3With>()->attrib_spec));
+  for (auto* with : Items<T3With>(list)) {
+    if (with->attribute != kind) continue;
+    std::string text(StringM::StGetString(with->attrib_spec));
     if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
     return text;
   }

@@ -34,7 +34,7 @@ std::string NameOf(T3Module* module) {
 // The module and those that it imports, imports first, each once.
 void Hierarchy(T3Module* module, std::set<T3Module*>& seen, std::vector<T3Module*>& list) {
   if (!seen.insert(module).second) return;
-  for (T3Tree_Node* decl = module->definition_part; T3Is<_T3Decl>(decl); decl = decl->as<_T3Decl>()->next) {
+  for (auto* decl : Items<_T3Decl>(module->definition_part)) {
     auto* import = decl->try_as<_T3ImportDecl>();
     if (import == nullptr || !T3Is<T3ImportIdentifier>(import->from_module)) continue;
     T3Tree_Node* imported = vexa_find_T3Module(import->from_module->as<T3ImportIdentifier>()->id);
@@ -133,7 +133,7 @@ bool T3Declaration_has_encoder(T3Tree_Node* decl) {
 }
 
 void AddEntryTypes(T3Module* module) {
-  for (T3Tree_Node* decl = module->definition_part; T3Is<_T3Decl>(decl); decl = decl->as<_T3Decl>()->next)
+  for (auto* decl : Items<_T3Decl>(module->definition_part))
     if (T3Declaration_has_encoder(decl) || (gT3IsPortAllTypes && T3Is<T3TypeDecl>(decl)))
       addMESKEntryType(gIdents.GetCStr(decl->as<T3TypeDecl>()->name));
 }
@@ -162,7 +162,7 @@ void NameFunctions(T3Module* module) {
     const auto found = names.find(name);
     return found == names.end() ? "" : gIdents.GetCStr(gIdents.MakeIdent(found->second));
   };
-  for (T3Tree_Node* at = module->definition_part; T3Is<_T3Decl>(at); at = at->as<_T3Decl>()->next) {
+  for (auto* at : Items<_T3Decl>(module->definition_part)) {
     auto* decl = at->try_as<T3TypeDecl>();
     if (decl == nullptr) continue;
     const std::string name = gIdents.GetCStr(decl->name);

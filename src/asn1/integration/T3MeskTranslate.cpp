@@ -127,8 +127,8 @@ void translate_import(const ModRec& from, T3Module* module, DeclList& decls) {
 }  // namespace
 
 T3Tree_Node* vexa_find_T3Module(tIdent name) {
-  for (T3Tree_Node* node = gT3AST.root; T3Is<T3Module>(node); node = node->as<T3Module>()->next) {
-    auto* module = node->as<T3Module>();
+  for (auto* node : Items<T3Module>(gT3AST.root)) {
+    auto* module = node;
     if (module->name == name && T3ReprToLanguage(module) == language_asn1) return module;
   }
   // Once the modules are in order, each is a list of its own.
@@ -168,8 +168,7 @@ void NameGeneratedTypes() {
   for (const auto& [name, node] : gT3ModuleMap) {
     if (T3ReprToLanguage(node) != language_asn1) continue;
     const std::string before = convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name);
-    for (T3Tree_Node* at = node->as<T3Module>()->definition_part; T3Is<_T3Decl>(at);
-         at = at->as<_T3Decl>()->next) {
+    for (auto* at : Items<_T3Decl>(node->as<T3Module>()->definition_part)) {
       auto* decl = at->try_as<T3TypeDecl>();
       if (decl == nullptr) continue;
       const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));

@@ -380,8 +380,8 @@ void GenBranch(_T3Alt* alt, const AltNames& names, CFunction& function, const st
 
 void CGAltList(T3Tree_Node* alternatives, T3Tree_Node* statement, CFunction& function) {
   const AltNames names = NamesOf(statement);
-  for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next) {
-    auto* alt = at->as<_T3Alt>();
+  for (auto* at : Items<_T3Alt>(alternatives)) {
+    auto* alt = at;
     GenBranch(alt, names, function, [&] { CGStatement(alt->body, function); });
     if (T3GuardedAlt* others = ExpandTrigger(alt, statement))
       GenBranch(others, names, function, [&] { CGStatement(others->body, function); });
@@ -460,9 +460,7 @@ namespace {
 // A list of its own type, which is generated with it: one field for each recipient.
 std::string Recipients(T3RecipientMulti* several, CFunction& function) {
   std::vector<T3Tree_Node*> ends;
-  for (T3Tree_Node* at = several->recipients; at->is<T3AddressListItem>();
-       at = at->as<T3AddressListItem>()->next)
-    ends.push_back(at->as<T3AddressListItem>()->recipient);
+  for (auto* at : Items<T3AddressListItem>(several->recipients)) ends.push_back(at->recipient);
   const std::string name = gT3Context.file().uniqueName("vexa_multicast_recipients");
   const std::string info_struct = name + "_type_info";
   GenPlainTypeStruct(name, info_struct, true);

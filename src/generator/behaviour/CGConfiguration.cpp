@@ -87,7 +87,7 @@ void AddMapStatements(T3Testcase* testcase) {
   auto* body = testcase->body->try_as<T3BlockStmt>();
   if (type == nullptr || body == nullptr) return;
   std::vector<T3Tree_Node*> statements;
-  for (T3Tree_Node* decl = type->decls; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+  for (auto* decl : Items<_T3Decl>(type->decls))
     if (decl->is<T3PortDecl>())
       BuildMapStatementList(decl->as<T3PortDecl>(), body, testcase->position, statements);
   for (auto at = statements.rbegin(); at != statements.rend(); ++at) {

@@ -75,13 +75,11 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
     if (auto* redirect = node->try_as<T3PortRedirect>()) {
       note(redirect->redirect_value);
       note(redirect->redirect_sender);
-      for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>();
-           at = at->as<T3FieldValue>()->next)
-        note(at->as<T3FieldValue>()->value);
+      for (auto* at : Items<T3FieldValue>(redirect->redirect_params)) note(at->value);
     }
     if (auto* call = node->try_as<T3Parameterization>())
-      for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next) {
-        T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+      for (auto* at : Items<T3ActualPar>(call->apl)) {
+        T3Tree_Node* actual = at->expression;
         note(actual->is<T3TemplateDef>() ? actual->as<T3TemplateDef>()->constraint : actual);
       }
   });
@@ -103,8 +101,7 @@ void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
   const T3NodeSet changed = ChangedFormals(body->body);
   std::vector<std::string> slots;
   bool any = false;
-  for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
-       formal = formal->as<_T3FormalPar>()->next) {
+  for (auto* formal : Items<_T3FormalPar>(decl->fpl)) {
     const bool own = IsOwnValue(formal, changed);
     const std::string slot = Slot(static_cast<int>(slots.size()));
     slots.push_back(own ? cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}) : slot);
@@ -147,8 +144,8 @@ constexpr int kMaxCallDepth = 3;
 bool MayHaveEffect(T3Tree_Node* part, int depth);
 
 bool HasReferenceParameter(T3Tree_Node* formals) {
-  for (T3Tree_Node* par = formals; par->is<_T3TypedFormal>(); par = par->as<_T3FormalPar>()->next)
-    if (par->as<_T3TypedFormal>()->pass != t3_par_pass_t::In) return true;
+  for (auto* par : Items<_T3TypedFormal>(formals))
+    if (par->pass != t3_par_pass_t::In) return true;
   return false;
 }
 
@@ -172,7 +169,7 @@ bool MayHaveEffect(T3Tree_Node* part, int depth) {
 
 // An altstep's definitions are evaluated whether one of its alternatives is chosen or not.
 void CGLocalDecls(T3Tree_Node* decls, CFunction& function) {
-  for (T3Tree_Node* local = decls; local->is<_T3Decl>(); local = local->as<_T3Decl>()->next) {
+  for (auto* local : Items<_T3Decl>(decls)) {
     const bool watched = local->is<T3VarDecl>() && MayHaveEffect(local->as<T3VarDecl>()->value, 0);
     if (watched) function.call(LUMO_ALTSTEP_DEFINITIONS, {C_TRUE, VEXA_CONTEXT});
     local->is<T3TemplateDecl>() ? CGLocalTemplate(local->as<T3TemplateDecl>(), function)

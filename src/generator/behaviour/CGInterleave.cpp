@@ -50,14 +50,12 @@ struct Entry {
 using Agenda = std::vector<Entry>;
 
 void CollectAltsAsManySets(T3Tree_Node* alternatives, const ContinuationRef& then, Agenda& agenda) {
-  for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next)
-    agenda.push_back({{at->as<_T3Alt>()}, then});
+  for (auto* at : Items<_T3Alt>(alternatives)) agenda.push_back({{at}, then});
 }
 
 void CollectAltsAsSingleSet(T3Tree_Node* alternatives, const ContinuationRef& then, Agenda& agenda) {
   Entry entry{{}, then};
-  for (T3Tree_Node* at = alternatives; at->is<_T3Alt>(); at = at->as<_T3Alt>()->next)
-    entry.alternatives.push_back(at->as<_T3Alt>());
+  for (auto* at : Items<_T3Alt>(alternatives)) entry.alternatives.push_back(at);
   agenda.push_back(entry);
 }
 

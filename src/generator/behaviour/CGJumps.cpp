@@ -81,7 +81,7 @@ void SkipDeclarations(T3GotoStmt* jump, T3LabelStmt* label, CFunction& function)
   while (at->place->vexa_enclosing_block != block) at = at->place->vexa_enclosing_block;
   for (; at->is<_T3Stmt>() && at != label; at = at->as<_T3Stmt>()->next)
     if (auto* declarations = at->try_as<T3DeclStmt>())
-      for (T3Tree_Node* decl = declarations->decl; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+      for (auto* decl : Items<_T3Decl>(declarations->decl))
         if (!decl->is<T3TemplateDecl>()) CGUnsetLocalValue(decl, function);
 }
 }  // namespace

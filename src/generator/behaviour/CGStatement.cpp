@@ -415,7 +415,7 @@ std::string Logged(T3Tree_Node* expression, CFunction& function) {
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   size_t count = 0;
-  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next) ++count;
+  for ([[maybe_unused]] auto* at : Items<T3TemplateListItem>(list)) ++count;
   std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
@@ -551,8 +551,7 @@ void CGOperation(T3Tree_Node* statement, CFunction& function) {
 void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
   switch (statement->kind) {
     case T3Kind::T3DeclStmt:
-      for (T3Tree_Node* decl = statement->as<T3DeclStmt>()->decl; decl->is<_T3Decl>();
-           decl = decl->as<_T3Decl>()->next)
+      for (auto* decl : Items<_T3Decl>(statement->as<T3DeclStmt>()->decl))
         decl->is<T3TemplateDecl>() ? CGLocalTemplate(decl->as<T3TemplateDecl>(), function)
                                    : CGLocalValue(decl, function);
       break;
@@ -611,7 +610,7 @@ const tPosition* EndOf(T3Tree_Node* statement) {
 }  // namespace
 
 void CGStatement(T3Tree_Node* list, CFunction& function) {
-  for (T3Tree_Node* at = list; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) CGOneStatement(at, function);
+  for (auto* at : Items<_T3Stmt>(list)) CGOneStatement(at, function);
 }
 
 void CGOneStatement(T3Tree_Node* statement, CFunction& function) {
@@ -643,12 +642,12 @@ void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
 }
 
 void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
-  for (T3Tree_Node* at = statements; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next)
+  for (auto* at : Items<_T3Stmt>(statements))
     if (at->is<T3DeclStmt>()) DeleteDeclaredTimers(at->as<T3DeclStmt>()->decl, function);
 }
 
 void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function) {
-  for (T3Tree_Node* decl = declarations; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
+  for (auto* decl : Items<_T3Decl>(declarations))
     if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
       function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
 }

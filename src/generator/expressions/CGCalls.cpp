@@ -152,7 +152,7 @@ std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* 
 }
 
 void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
-  for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next) {
+  for (auto* formal : Items<_T3FormalPar>(formals)) {
     auto* typed = formal->try_as<_T3TypedFormal>();
     T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
     if (!T3Is<T3TemplateDef>(value) && (!T3Is<_T3Expression>(value) || value->is<T3NoExpression>())) continue;

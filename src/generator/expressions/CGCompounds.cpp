@@ -29,8 +29,7 @@ bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode) {
 namespace {
 std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
   std::vector<T3FieldValue*> items;
-  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    items.push_back(at->as<T3FieldValue>());
+  for (auto* at : Items<T3FieldValue>(node->value)) items.push_back(at);
   return items;
 }
 

@@ -188,8 +188,8 @@ void AddObjectIdentifier(T3Tree_Node* item, const std::string& target, CFunction
 
 void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation, CFunction& function) {
   const std::string target = AllocateRTSValue(node, allocation, function);
-  for (T3Tree_Node* at = node->value; at->is<T3ObjIdItem>(); at = at->as<T3ObjIdItem>()->next) {
-    T3Tree_Node* item = at->as<T3ObjIdItem>()->obj_id_item;
+  for (auto* at : Items<T3ObjIdItem>(node->value)) {
+    T3Tree_Node* item = at->obj_id_item;
     if (T3Tree_Node* number = NumberInComponent(item)) item = number;
     const auto number = item->is<_T3Expression>() ? ConstIntValue(item) : std::nullopt;
     if (!number && item->is<_T3Reference>() && TypeOf(item)->is<T3ObjectIdentifierType>()) {

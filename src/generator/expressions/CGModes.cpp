@@ -13,10 +13,8 @@ int g_probes = 0;
 int g_conditional = 0;
 
 bool HoldsInList(T3Tree_Node* list) {
-  for (T3Tree_Node* at = list; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (at->as<T3FieldValue>()->permutation_kind != t3_permutation_kind_t::No ||
-        HoldsTemplate(at->as<T3FieldValue>()->value))
-      return true;
+  for (auto* at : Items<T3FieldValue>(list))
+    if (at->permutation_kind != t3_permutation_kind_t::No || HoldsTemplate(at->value)) return true;
   return false;
 }
 }  // namespace

@@ -97,8 +97,7 @@ std::string FoundByName(T3Tree_Node* def) {
   if (g_template_of_block == nullptr || def->is<_T3ImportDecl>()) return "";
   tIdent name = NoIdent;
   if (auto* formal = def->try_as<_T3FormalPar>()) {
-    for (T3Tree_Node* own = g_template_of_block->fpl; own->is<_T3FormalPar>();
-         own = own->as<_T3FormalPar>()->next)
+    for (auto* own : Items<_T3FormalPar>(g_template_of_block->fpl))
       if (own == def) return "";
     name = formal->name;
   } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent) {

@@ -36,14 +36,14 @@ std::string GenValueListConstraint(T3Tree_Node* list, T3Tree_Node* type, const C
                                    CFunction& function) {
   std::string none = function.getTmpVariable(C_BOOL);
   function.assign(none, C_TRUE);
-  for (T3Tree_Node* at = list; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next) {
+  for (auto* at : Items<T3ValueListItem>(list)) {
     const std::string matches = function.getTmpVariable(C_BOOL);
     function.assign(matches, C_TRUE);
     CGTest inner = test;
     inner.result = matches;
     inner.on_fail = break_assign;
     inner.quiet = true;
-    GenConstraint(at->as<T3ValueListItem>()->value, type, inner, function);
+    GenConstraint(at->value, type, inner, function);
     std::string both = "(";
     both.append(none).append(" ").append(C_AND).append(" ").append(Negated(matches)).append(")");
     function.assign(none, both);

@@ -181,8 +181,7 @@ bool TestCharacters(const std::vector<T3Tree_Node*>& ranges, T3Tree_Node* type, 
 
 std::vector<T3Tree_Node*> CharacterRanges(T3ValueList* list, T3Tree_Node* type) {
   std::vector<T3Tree_Node*> items;
-  for (T3Tree_Node* at = list->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-    items.push_back(at->as<T3ValueListItem>()->value);
+  for (auto* at : Items<T3ValueListItem>(list->values)) items.push_back(at->value);
   if (!IsOfCharacters(type) || items.empty() || !items.front()->is<T3ValueRange>()) items.clear();
   return items;
 }

@@ -195,8 +195,8 @@ void TestList(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFun
 void TestSuperOrSubSet(_T3SuperOrSubSet* node, const CGTest& test, CFunction& function) {
   UnlessOmitted(test, function, [&] {
     std::vector<std::string> items;
-    for (T3Tree_Node* at = node->values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-      items.push_back(ExplicifyCompoundValueWorker(at->as<T3ValueListItem>()->value, function));
+    for (auto* at : Items<T3ValueListItem>(node->values))
+      items.push_back(ExplicifyCompoundValueWorker(at->value, function));
     const std::string array = function.declareArray(LUMO_VALUE_T, items.size());
     for (size_t i = 0; i < items.size(); ++i)
       function.assign(array + "[" + std::to_string(i) + "]", items[i]);

@@ -16,8 +16,7 @@ using Visit = std::function<bool(T3Tree_Node*)>;
 
 std::vector<_T3FormalPar*> FormalsOf(T3TemplateDecl* decl) {
   std::vector<_T3FormalPar*> formals;
-  for (T3Tree_Node* at = decl->fpl; at->is<_T3FormalPar>(); at = at->as<_T3FormalPar>()->next)
-    formals.push_back(at->as<_T3FormalPar>());
+  for (auto* at : Items<_T3FormalPar>(decl->fpl)) formals.push_back(at);
   return formals;
 }
 
@@ -42,8 +41,7 @@ std::vector<Link> ChainOf(T3TemplateDef* definition) {
 void VisitFree(T3Tree_Node* root, const T3NodeSet& bound, const Visit& visit);
 
 void VisitArguments(T3Tree_Node* actuals, const T3NodeSet& bound, const Visit& visit) {
-  for (T3Tree_Node* at = actuals; T3Is<T3ActualPar>(at); at = at->as<T3ActualPar>()->next)
-    VisitFree(at->as<T3ActualPar>()->expression, bound, visit);
+  for (auto* at : Items<T3ActualPar>(actuals)) VisitFree(at->expression, bound, visit);
 }
 
 void VisitModification(T3TemplateDef* definition, T3NodeSet bound, const Visit& visit) {

@@ -26,8 +26,8 @@ const char* ListKind(T3Tree_Node* node) {
 void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode allocation, CFunction& function) {
   const std::string target = AllocateRTSValue(node, allocation, function);
   std::vector<std::string> items;
-  for (T3Tree_Node* at = values; at->is<T3ValueListItem>(); at = at->as<T3ValueListItem>()->next)
-    items.push_back(InRTS(at->as<T3ValueListItem>()->value, vexa_temp_alloc, function));
+  for (auto* at : Items<T3ValueListItem>(values))
+    items.push_back(InRTS(at->value, vexa_temp_alloc, function));
   const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
   for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
   function.assign(array + "[" + std::to_string(items.size()) + "]", C_NULL);

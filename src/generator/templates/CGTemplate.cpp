@@ -91,9 +91,8 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
   if (count > 0) {
     info.field_info = VEXATemplateFieldInfoName(decl);
     auto array = gT3Context.file().beginArray(LUMO_FIELD_INFO_T, info.field_info, true);
-    for (T3Tree_Node* formal = decl->fpl; formal->is<_T3FormalPar>();
-         formal = formal->as<_T3FormalPar>()->next)
-      WriteFieldInfo(*array, Quote(formal->as<_T3FormalPar>()->name), FieldProperty(formal),
+    for (auto* formal : Items<_T3FormalPar>(decl->fpl))
+      WriteFieldInfo(*array, Quote(formal->name), FieldProperty(formal),
                      VEXAStaticTypeRef(formal->as<_T3TypedFormal>()->type));
     array->end();
   }

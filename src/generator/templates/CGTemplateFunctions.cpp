@@ -144,10 +144,10 @@ void AddTo(const std::string& sum, const std::string& what, CFunction& function)
 // Counts what a list has in it; an omitted field is nothing. False for an item that may be any number of
 // elements.
 bool CountItems(T3CompoundValue* compound, const std::string& sum, CFunction& function) {
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (at->as<T3FieldValue>()->value->is<T3AnyOrOmit>()) return false;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    if (!at->as<T3FieldValue>()->value->is<T3Omit>()) AddTo(sum, "1", function);
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (at->value->is<T3AnyOrOmit>()) return false;
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (!at->value->is<T3Omit>()) AddTo(sum, "1", function);
   return true;
 }
 

@@ -285,8 +285,7 @@ std::string DecompileFieldValue(T3FieldValue* value) {
 
 std::string DecompileCompoundValue(T3CompoundValue* node) {
   std::string list;
-  for (T3Tree_Node* at = node->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next)
-    Append(list, DecompileFieldValue(at->as<T3FieldValue>()));
+  for (auto* at : Items<T3FieldValue>(node->value)) Append(list, DecompileFieldValue(at));
   return list.empty() ? "{}" : "{ " + list + " }";
 }
 
