@@ -194,15 +194,16 @@ inline bool T3Tree_IsType(const T3Tree_Node* node, T3Kind kind) {
 template <class Item>
 class Items {
  public:
+  struct End {};
   class Iterator {
    public:
-    explicit Iterator(T3Tree_Node* node) : item_(T3Is<Item>(node) ? node->as<Item>() : nullptr) {}
+    explicit Iterator(T3Tree_Node* node) : item_(T3Is<Item>(node) ? static_cast<Item*>(node) : nullptr) {}
     Item* operator*() const { return item_; }
     Iterator& operator++() {
       *this = Iterator(item_->next);
       return *this;
     }
-    bool operator!=(const Iterator& other) const { return item_ != other.item_; }
+    bool operator!=(End) const { return item_ != nullptr; }
 
    private:
     Item* item_;
@@ -210,7 +211,7 @@ class Items {
 
   explicit Items(T3Tree_Node* list) : list_(list) {}
   Iterator begin() const { return Iterator(list_); }
-  Iterator end() const { return Iterator(nullptr); }
+  End end() const { return {}; }
 
  private:
   T3Tree_Node* list_;
