@@ -127,10 +127,10 @@ void DeclarationsTable::Add(tIdent id, T3Tree_Node* type, bool imported) {
 void DeclarationsTable::AddImport(T3ImportTypeDecl* import) {
   T3Tree_Node* def = import->attr().def_aux;
   if (!T3Is<T3TypeDecl>(def)) return;
-  const tIdent name = Ref2Id(import->object);
+  const tIdent name = DeclaredName(import);
   Add(name, def->as<T3TypeDecl>()->type, true);
   if (qualified_.count(name) != 0)
-    Add(MakeQualifiedId(Ref2Id(import->from_module), name), def->as<T3TypeDecl>()->type, true);
+    Add(MakeQualifiedId(ImportedModule(import), name), def->as<T3TypeDecl>()->type, true);
 }
 
 DeclarationsTable::DeclarationsTable(T3Module* module) {

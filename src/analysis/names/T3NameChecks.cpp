@@ -125,7 +125,7 @@ void CheckSignatureType(T3Tree_Node* type) {
 bool IsImportedAddress(T3Tree_Node* decl) {
   static const tIdent address = gIdents.MakeIdent("address");
   auto* import = decl->try_as<T3ImportTypeDecl>();
-  return import != nullptr && Ref2Id(import->object) == address &&
+  return import != nullptr && DeclaredName(import) == address &&
          IsAddressRedefinition(import->attr().def_aux);
 }
 }  // namespace
