@@ -272,7 +272,7 @@ void BodyWalk::Statement(T3Tree_Node* statement) {
 }
 
 void BodyWalk::List(T3Tree_Node* list) {
-  for (; T3Is<_T3Stmt>(list); list = list->as<_T3Stmt>()->next) Statement(list);
+  for (auto* statement : Items<_T3Stmt>(list)) Statement(statement);
 }
 
 // ---- Bodies ----

@@ -109,8 +109,8 @@ void ReportFailure(const Candidates& candidates, tIdent name, const tPosition& p
 void AddEnumLiterals(T3Tree_Node* type, tIdent moduleId, bool local, T3DeclMap& map) {
   type->as<T3EnumType>()->attr().local_type = local;
   T3Tree_Node* value = type->as<T3EnumType>()->values;
-  for (; value->is<T3EnumValue>(); value = value->as<T3EnumValue>()->next) {
-    map.Insert(value->as<T3EnumValue>()->name, moduleId, type);
+  for (auto* at : Items<T3EnumValue>(value)) {
+    map.Insert(at->name, moduleId, type);
   }
 }
 

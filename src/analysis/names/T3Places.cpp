@@ -14,7 +14,6 @@ constexpr int kMaximumAliases = 1000;
 // In bytes.
 constexpr ptrdiff_t kAhead = 8192;
 
-
 class PlaceWalk {
  public:
   explicit PlaceWalk(T3Tree_Node* root) : root_(root->as<T3Builtin>()) {}
@@ -151,8 +150,8 @@ void ForElements(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, const Ca
 }
 
 bool HasLabels(T3Tree_Node* list) {
-  for (; list->is<_T3Stmt>(); list = list->as<_T3Stmt>()->next)
-    if (list->is<T3LabelStmt>()) return true;
+  for (auto* statement : Items<_T3Stmt>(list))
+    if (statement->is<T3LabelStmt>()) return true;
   return false;
 }
 
@@ -543,7 +542,7 @@ T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
   for (auto* stmt : Items<_T3Stmt>(list)) {
     if (!stmt->is<T3DeclStmt>()) continue;
     T3Tree_Node* decl = stmt->as<T3DeclStmt>()->decl;
-    for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) RegisterDecl(decl, module_name_, map);
+    for (auto* at : Items<_T3Decl>(decl)) RegisterDecl(at, module_name_, map);
   }
   return map;
 }

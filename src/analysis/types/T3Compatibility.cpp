@@ -56,15 +56,15 @@ bool Comparison::Bodies(T3Tree_Node* a, T3Tree_Node* b) {
 
 bool Comparison::BodyAgainstElement(T3Tree_Node* body, T3Tree_Node* element) {
   T3Tree_Node* base = BaseTypeDef(element);
-  for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
-    if (!Compatible(BaseTypeDef(body->as<T3FieldType>()->type), base)) return false;
+  for (auto* at : Items<T3FieldType>(body))
+    if (!Compatible(BaseTypeDef(at->type), base)) return false;
   return true;
 }
 
 bool Comparison::ElementAgainstBody(T3Tree_Node* element, T3Tree_Node* body) {
   T3Tree_Node* base = BaseTypeDef(element);
-  for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
-    if (!Compatible(base, BaseTypeDef(body->as<T3FieldType>()->type))) return false;
+  for (auto* at : Items<T3FieldType>(body))
+    if (!Compatible(base, BaseTypeDef(at->type))) return false;
   return true;
 }
 
@@ -133,8 +133,7 @@ bool IsSameAddress(T3Tree_Node* a, T3Tree_Node* b) {
 // The declarations of a component by name.
 std::unordered_multimap<tIdent, T3Tree_Node*> DeclsByName(T3Tree_Node* decls) {
   std::unordered_multimap<tIdent, T3Tree_Node*> result;
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next)
-    result.emplace(decls->as<_T3Decl>()->name, decls);
+  for (auto* decl : Items<_T3Decl>(decls)) result.emplace(decl->name, decl);
   return result;
 }
 
@@ -185,8 +184,8 @@ bool AreComponentsAssignCompatible(T3Tree_Node* a, T3Tree_Node* b) {
   T3Tree_Node* needed = a->as<T3ComponentType>()->decls;
   if (!T3Is<_T3Decl>(needed)) return true;
   const auto offered = DeclsByName(b->as<T3ComponentType>()->decls);
-  for (; needed->is<_T3Decl>(); needed = needed->as<_T3Decl>()->next)
-    if (!MatchTypeAgainstComponentDecls(needed, offered)) return false;
+  for (auto* decl : Items<_T3Decl>(needed))
+    if (!MatchTypeAgainstComponentDecls(decl, offered)) return false;
   return true;
 }
 

@@ -1,5 +1,5 @@
-// Searches in the bodies of types: fields and parameters by name or number, and the types that ports and `all`
-// stand for.
+// Searches in the bodies of types: fields and parameters by name or number, and the types that ports and
+// `all` stand for.
 #include <unordered_map>
 #include <unordered_set>
 
@@ -116,10 +116,10 @@ bool PartOfAllTypes(T3Tree_Node* base) {
 namespace {
 // Appends the type declarations of a list, groups entered.
 void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) {
-    if (auto* group = decls->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
-    if (decls->is<T3TypeDecl>() || decls->is<T3ImportTypeDecl>() || decls->is<T3ImportSignatureDecl>())
-      types.push_back(decls);
+  for (auto* decl : Items<_T3Decl>(decls)) {
+    if (auto* group = decl->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
+    if (decl->is<T3TypeDecl>() || decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
+      types.push_back(decl);
   }
 }
 

@@ -405,13 +405,12 @@ std::string Logged(T3Tree_Node* expression, CFunction& function) {
 
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
-  size_t count = 0;
-  for ([[maybe_unused]] auto* at : Items<T3TemplateListItem>(list)) ++count;
+  const size_t count = Items<T3TemplateListItem>(list).size();
   std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
-  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
-    function.assign(slot(i), Logged(at->as<T3TemplateListItem>()->expression, function));
+  for (auto* item : Items<T3TemplateListItem>(list))
+    function.assign(slot(i++), Logged(item->expression, function));
   function.assign(slot(count), C_NULL);
   return array;
 }
