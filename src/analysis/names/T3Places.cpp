@@ -8,6 +8,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3TreeFields.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 constexpr int kMaximumAliases = 1000;
@@ -426,6 +427,16 @@ void PlaceWalk::VisitComponent(T3ComponentType* type, T3Place* place) {
   inner->vexa_owner = type;
   PushDecls(type, type->decls, inner, kInComponent);
 }
+
+using ChangingPlaces = T3Kinds<T3DeclStmt, T3ForStmt, T3CallStmt, T3BlockStmt, T3IfStmt, T3WhileStmt,
+                               T3DoWhileStmt, T3AltStmt, T3InterleaveStmt>;
+// What stands in them has their place.
+using KeepingPlaces =
+    T3Kinds<T3InvocationStmt, _T3ConfStmt, T3DoneStmt, T3KilledStmt, T3TimeoutStmt, T3SendStmt,
+            _T3SendingPortClientStmt, _T3ReceivingPortStmt, _T3CheckStmt, T3ClearStmt, T3HaltStmt,
+            T3StartStmt, T3StopStmt, T3KillStmt, T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3AssignStmt,
+            T3LogStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt>;
+static_assert(T3Covers<_T3Stmt, ChangingPlaces, KeepingPlaces>());
 
 // The kinds of statements that change places below them; false for the others.
 bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {

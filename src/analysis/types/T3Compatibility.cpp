@@ -7,6 +7,7 @@
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 // A comparison of deeper nesting than this ends with "compatible": only types that contain themselves
@@ -90,6 +91,14 @@ bool Comparison::Structures(T3Tree_Node* a, T3Tree_Node* b) {
       return false;
   }
 }
+
+using ComparedByStructure = T3Kinds<_T3StructuredType, _T3HomogeneousType>;
+using ComparedByIdentity =
+    T3Kinds<T3NoType, _T3BuiltinType, T3ModuleType, T3PortType, T3EnumType, T3ComponentType>;
+// The first two stand for a type, which is asked for before; the others are no types of values.
+using NeverCompared = T3Kinds<T3TypeReference, T3SubType, T3ErrorType, T3WildcardType, T3AllTypes,
+                              T3SignatureType, T3AmbiguousType>;
+static_assert(T3Covers<_T3Type, ComparedByStructure, ComparedByIdentity, NeverCompared>());
 
 bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
   if (a == nullptr || b == nullptr) return false;

@@ -22,6 +22,7 @@
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 std::string AddressOf(const std::string& name) {
@@ -537,6 +538,14 @@ void CGOperation(T3Tree_Node* statement, CFunction& function) {
       cg::NotSupported(statement);
   }
 }
+
+using Structured = T3Kinds<T3DeclStmt, T3InvocationStmt, T3BlockStmt, T3IfStmt, _T3LoopStmt, T3BreakStmt,
+                           T3ContinueStmt, T3AssignStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3AltStmt,
+                           T3InterleaveStmt, T3RepeatStmt, T3SendStmt, T3CallStmt, T3ReplyStmt, T3RaiseStmt>;
+using Blocking = T3Kinds<T3DoneStmt, T3KilledStmt, T3TimeoutStmt, _T3ReceivingPortStmt, _T3CheckStmt>;
+using Operation = T3Kinds<_T3ConfStmt, T3ClearStmt, T3HaltStmt, T3StartStmt, T3StopStmt, T3KillStmt,
+                          T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3LogStmt>;
+static_assert(T3Covers<_T3Stmt, Structured, Blocking, Operation>());
 
 void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
   switch (statement->kind) {
