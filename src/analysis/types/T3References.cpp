@@ -166,6 +166,14 @@ bool IsName(T3Tree_Node* expression) {
   return qualifier != nullptr && qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base));
 }
 
+bool NamesTemplate(T3Tree_Node* expression) {
+  if (auto* call = expression->try_as<T3Parameterization>()) expression = call->base;
+  T3Tree_Node* def = DefQuietly(expression);
+  if (auto* variable = def == nullptr ? nullptr : def->try_as<T3VarDecl>())
+    return variable->is_template_variable;
+  return T3Is<T3TemplateDecl>(def) || T3Is<T3FormalTemplatePar>(def);
+}
+
 void TakeMeaning(_T3Reference* made, _T3Reference* written) {
   auto& attributes = made->attr();
   const auto& own = written->attr();
