@@ -160,6 +160,7 @@ T3Candidates OfStartArgument(T3StartStmt* statement) {
 
 // What may be assigned: an element of a character string is a string as well as a single character.
 T3Candidates OfTarget(T3Tree_Node* target) {
+  if (NamesNoValue(target)) return {gT3ErrorType};
   T3Candidates result(ExpressionLocalType(target), ExpressionBaseType(target));
   auto* element = target->try_as<T3Subscription>();
   T3Tree_Node* list = element == nullptr ? gT3NoType : ExpressionBaseType(element->base);
