@@ -86,7 +86,8 @@ bool Compilation::parseFile(const std::string& path) {
       module.file_prefix = i == first ? given->second.file : given->second.generation;
       module.generation_prefix = given->second.generation;
     } else {
-      module.file_prefix = i == first ? asn1::FilePrefixOf(path) : module.name.substr(0, asn1::kLongestPrefix);
+      module.file_prefix =
+          i == first ? asn1::FilePrefixOf(path) : module.name.substr(0, asn1::kLongestPrefix);
       module.generation_prefix = module.file_prefix;
     }
   }

@@ -354,8 +354,8 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
 }
 
 /// The governor of a value as its own module can write it. For a type of another module a node like it is
-/// made, which refers to what the type refers to, or has its main type only; for one that has parts, which would
-/// be missing, none: whoever reads the value knows them by its place.
+/// made, which refers to what the type refers to, or has its main type only; for one that has parts, which
+/// would be missing, none: whoever reads the value knows them by its place.
 TypeNode* Resolver::importedType(TypeNode* type, const Context& context, int token) {
   if (!type || !type->module) return nullptr;
   if (type->module == current_) return type;

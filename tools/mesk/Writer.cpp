@@ -346,7 +346,8 @@ std::string Writer::contents(Module& module, const std::vector<std::string>& opt
   file.modules.resize(1);
   file.values.resize(nodes.values.size());
   file.constraints.resize(nodes.constraints.size());
-  for (const std::string& option : options) file.options.push_back(TedRec{kPassOfOptions, file.text8(option)});
+  for (const std::string& option : options)
+    file.options.push_back(TedRec{kPassOfOptions, file.text8(option)});
   for (const TypeNode* node : nodes.types) {
     file.too_long = false;
     writeType(file, module, *node);

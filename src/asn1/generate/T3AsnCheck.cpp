@@ -132,8 +132,8 @@ class Constraints {
     }
   }
 
-  // Whether the text for a constraint tests all of it; where a part is always true, what excludes it would never
-  // be.
+  // Whether the text for a constraint tests all of it; where a part is always true, what excludes it would
+  // never be.
   bool IsTested(const AsnConstraint& constraint, int depth) const {
     if (!constraint || depth > kDeepest) return false;
     switch (getConstraintKind(constraint)) {
@@ -141,7 +141,8 @@ class Constraints {
       case kCatenation:
       case kIntersection:
       case kExcept:
-        return IsTested(FirstOperand(constraint), depth + 1) && IsTested(SecondOperand(constraint), depth + 1);
+        return IsTested(FirstOperand(constraint), depth + 1) &&
+               IsTested(SecondOperand(constraint), depth + 1);
       case kAllExcept:
         return IsTested(FirstOperand(constraint), depth + 1);
       case kValueRange:
@@ -388,7 +389,7 @@ class CheckFunctions {
 
   void OfStructure(const AsnType& type) {
     Begin(type, getMetaTypeId(type));
-    const MainType main_type = getTypeMainType(type);
+    const MainType main_type = getBaseTypeMainType(type);
     if (main_type == TYP_CHOICE) return OfChoice(type);
     if (main_type == TYP_SEQ || main_type == TYP_SET) {
       if (ControlWords(type) > 0 && getNrOfOptionalTypeComps(type) > 0) {

@@ -42,8 +42,10 @@ class FromHome {
       text_.close();
     } else if (IsStructured(type)) {
       text_.w("lumo_value_t v0,v1;\n\n");
-      Structure(type, home, 0, "&(" + RunTimeType(type) + ")");
-      if (getTypeMainType(type) == TYP_CHOICE) return translate_AfterFunc();
+      // A selection is the alternative that it stands for.
+      const AsnType base = forBaseType(type);
+      Structure(base, home, 0, "&(" + RunTimeType(type) + ")");
+      if (getTypeMainType(base) == TYP_CHOICE) return translate_AfterFunc();
       text_.w("\nreturn v0;\n");
       text_.close();
     } else {

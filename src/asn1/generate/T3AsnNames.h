@@ -1,5 +1,5 @@
-// What all parts of the generator ask of a type: its names in generated C and in TTCN-3, where it is described at
-// run time, which definitions there are. And the generator's warnings.
+// What all parts of the generator ask of a type: its names in generated C and in TTCN-3, where it is
+// described at run time, which definitions there are. And the generator's warnings.
 #pragma once
 
 #include <functional>

@@ -72,8 +72,8 @@ Node CharString(const AsnValue& value, const tPosition& position) {
   return t.mT3CharStringLiteral(position, Quoted(ValueText(value), "\"", ""));
 }
 
-// Where an enumeration stands in the tree: the module, the declaration, and from there the names of components,
-// empty for the element of a list.
+// Where an enumeration stands in the tree: the module, the declaration, and from there the names of
+// components, empty for the element of a list.
 struct EnumPlace {
   tIdent module;
   std::vector<tIdent> steps;
@@ -137,7 +137,8 @@ Node mesk_T3Enumerated_instance_construct(const EnumPlace& place, const std::str
   return literal;
 }
 
-// The type behind all references. The alternative that a selection stands for is written anew where that stands.
+// The type behind all references. The alternative that a selection stands for is written anew where that
+// stands.
 Governor Base(Governor governor) {
   while (governor.type && isReference(governor.type)) governor = Governor(forSynonymType(governor.type));
   if (!governor.type || getTypeMainType(governor.type) != TYP_SELECTION) return governor;
@@ -232,8 +233,7 @@ Node ObjectIdentifier(const AsnValue& value, const tPosition& position) {
 // A default has the name of its component.
 Node Refused(const AsnValue& value, const AsnType& of, MainType type, const tPosition& position) {
   const std::string name = value.node().name == 0 && of ? getTypeCompId(of) : getValueRef(value);
-  vexa_error("ASN.1 translation:  \"" + name + "\" value of " + getTypeMainTypeStri(type) +
-                 " not supported",
+  vexa_error("ASN.1 translation:  \"" + name + "\" value of " + getTypeMainTypeStri(type) + " not supported",
              position);
   return nullptr;
 }

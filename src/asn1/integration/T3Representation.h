@@ -16,7 +16,8 @@ const char* T3ReprToString(T3Tree_Node* node);
 /// The node of the edition that a language clause names, in double quotes; T3TTCN_3 for any other text.
 T3Tree_Node* MakeTTCN3Representation(std::string_view text);
 
-/// The representation that a module has, by its language clause where none was set; any other node is its own.
+/// The representation that a module has, by its language clause where none was set; any other node is its
+/// own.
 T3Tree_Node* RepresentationOf(T3Tree_Node* node);
 
 /// The shared representations of ASN.1 modules, once they were made.
