@@ -49,6 +49,7 @@ void copy_parts(Value target, Value source) {
   check_shape(target, source);
   if (target->form != source->form) change_form(target, source->form);
   resize_parts(target, source->parts.size);
+  if (source->form == Form::vector) target->index = source->index;  // whether its end is open
   for (size_t i = 0; i < source->parts.size; ++i) {
     Value from = source->parts.data[i];
     Value& slot = target->parts.data[i];
