@@ -207,8 +207,8 @@ Value restricted(Value source, unsigned restriction) {
 }
 
 static bool has_open_end(Value v) {
-  return v->form == Form::vector && v->index == open_end && v->parts.size && v->parts.data[v->parts.size - 1] &&
-         is_special(v->parts.data[v->parts.size - 1], Special::anyornone);
+  return v->form == Form::vector && v->index == open_end && v->parts.size &&
+         v->parts.data[v->parts.size - 1] && is_special(v->parts.data[v->parts.size - 1], Special::anyornone);
 }
 
 bool is_behind_open_end(Value v, size_t slot) {

@@ -308,7 +308,8 @@ void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t)
   if (target == source) return;
   if (is_omit(source)) check_takes_omit(target);
   if (is_within(target, source) || is_within(source, target)) source = copy_value(source, lumo_temp_alloc_c);
-  const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type);
+  const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type) &&
+                          !(has_parts(source->form) && may_be_short(target->type));
   assign_contents(target, source);
   if (!is_checked && !target->dynamic) check_parts(target);
   check_written(target);

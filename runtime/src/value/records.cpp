@@ -68,7 +68,8 @@ Value written_field(Value v, size_t slot) {
   return pending_field(v, slot);
 }
 
-// A matching mechanism that stands for a whole, with the type of the whole, so that its parts can be asked for.
+// A matching mechanism that stands for a whole, with the type of the whole, so that its parts can be asked
+// for.
 Value typed_any(Value part, lumo_type_t type) {
   const lumo_type_kind_t kind = base_kind(type);
   const bool has_parts = is_record_kind(kind) || is_list_kind(kind) || kind == lumo_type_kind_union;
