@@ -293,10 +293,9 @@ void Planner::resolve_place(RawPlan& plan, size_t i, const RawWords& place) {
   RawField& field = plan.fields[i];
   // In a union these words speak of the alternative's own parts.
   if (!has_fields(plan.kind)) return;
-  field.has_presence = !place.presence.empty();
+  // Others are there in any case.
+  field.has_presence = field.optional && !place.presence.empty();
   field.presence = conditions(plan, place.presence, "PRESENCE");
-  if (field.has_presence && !field.optional)
-    error(plan.type, field.name, "the word PRESENCE is for optional fields");
   for (const RawCondition& c : field.presence) check_before(plan, i, c, "PRESENCE");
   if (!place.length_to.empty()) resolve_length(plan, i, place);
   if (place.length_to.empty() && (place.length_index || place.length_added))

@@ -95,7 +95,33 @@ std::string_view trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-bool read_words(std::string_view text, std::vector<Word>& words) {
+namespace {
+// The text with blanks for its comments.
+std::string without_comments(std::string_view text) {
+  std::string plain(text);
+  for (size_t at = 0; at + 1 < plain.size();) {
+    if (plain[at] == '\'' || plain[at] == '"') {
+      const size_t end = end_of(plain, at);
+      at = end == std::string::npos ? plain.size() : end;
+      continue;
+    }
+    const bool is_line = plain.compare(at, 2, "//") == 0;
+    if (!is_line && plain.compare(at, 2, "/*") != 0) {
+      ++at;
+      continue;
+    }
+    size_t end = is_line ? plain.find('\n', at) : plain.find("*/", at + 2);
+    end = end == std::string::npos ? plain.size() : is_line ? end : end + 2;
+    std::fill(plain.begin() + static_cast<long>(at), plain.begin() + static_cast<long>(end), ' ');
+    at = end;
+  }
+  return plain;
+}
+}  // namespace
+
+bool read_words(std::string_view commented, std::vector<Word>& words) {
+  const std::string plain = without_comments(commented);
+  const std::string_view text = plain;
   for (size_t at = 0; at < text.size();) {
     if (is_separator(text[at])) {
       ++at;
