@@ -50,7 +50,11 @@ struct SpareStack {
   size_t size;
 };
 std::vector<SpareStack> spare;
-constexpr size_t most_spare = 64;
+constexpr size_t most_spare = 1024;
+
+// A guard page costs two of the mappings that a process may have, 65,530 by default. Beyond so many stacks the checks
+// of the library itself, at each call of a behaviour, have to do.
+size_t guards_left = 20000;
 
 size_t page_size() {
   static const size_t size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
@@ -67,7 +71,7 @@ bool take_stack(Fiber& fiber) {
   void* memory = mmap(nullptr, stack_size + page_size(), PROT_READ | PROT_WRITE,
                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (memory == MAP_FAILED) return false;
-  mprotect(memory, page_size(), PROT_NONE);
+  if (guards_left > 0 && mprotect(memory, page_size(), PROT_NONE) == 0) --guards_left;
   fiber.memory = static_cast<char*>(memory);
   fiber.size = stack_size;
   return true;

@@ -18,13 +18,13 @@ namespace {
 void free_buffers(Value v) {
   switch (v->form) {
     case Form::string:
-      std::free(v->text.data);
+      release(v->text);
       break;
     case Form::wide_string:
-      std::free(v->wide.data);
+      release(v->wide);
       break;
     case Form::object_id:
-      std::free(v->ids.data);
+      release(v->ids);
       break;
     case Form::timer:
       hooks.delete_timer(v->timer);
@@ -34,7 +34,7 @@ void free_buffers(Value v) {
       delete v->external;
       break;
     default:
-      if (has_parts(v->form) || v->form == Form::instance) std::free(v->parts.data);
+      if (has_parts(v->form) || v->form == Form::instance) release(v->parts);
       break;
   }
 }
