@@ -194,7 +194,7 @@ Value find_component_element(const char* name) {
 }
 
 namespace {
-const bool hook_is_set = (hooks.component_element = find_component_element, true);
+const bool component_hook_is_set = (hooks.component_element = find_component_element, true);
 }  // namespace
 
 void check_is_mtc(const char* operation) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "text/reader.h"
+#include "value/operand.h"
 #include "value/task.h"
 #include "value/symbols.h"
 #include "value/types.h"
@@ -30,10 +31,6 @@ Codec find_codec(lumo_type_t type, Codec (*codec_of)(lumo_type_t, lumo_context_t
     type = type->type_info ? type->type_info->parent_type : nullptr;
   }
   return nullptr;
-}
-
-int digit_value(char c) {
-  return c <= '9' ? c - '0' : c - 'A' + 10;
 }
 
 void append_utf8(std::string& out, char32_t c) {
