@@ -45,8 +45,9 @@ void CBase::indent(CSection& section, int n) const {
 }
 
 void CBase::newline(CSection& section) const {
-  section.add("\n");
-  indent(section);
+  static constexpr std::string_view kLine =
+      "\n                                                                ";
+  section.add(kLine.substr(0, 1 + indentation_));
 }
 
 void CBase::beginScope(CSection& section) {
