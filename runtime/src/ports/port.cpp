@@ -131,10 +131,8 @@ void send_to_port(Port& from, Port& to, Message* message) {
 
 Port* connected_to(Port& port, Value recipient) {
   Component* c = component_of(recipient);
-  for (Port* other : port.connections)
-    if (other->owner == c) return other;
-  for (Port* other : port.mappings)
-    if (other->owner == c) return other;
+  for (const auto list : {&Port::connections, &Port::mappings})
+    if (Port* other = c ? linked_port(port, list, *c) : nullptr) return other;
   fault("port %s has no connection to %s", port.name, c ? c->name.c_str() : "null");
 }
 
@@ -201,6 +199,17 @@ Value content_of(Value template_value) {
   if (v->form == Form::special || !is_complete(v))
     fault("a value that is sent is not completely initialized");
   check_belongs(v, v->type);
+  return v;
+}
+
+// What is sent, for the message to own: a value that was made just now from a template is taken as it is.
+Value owned_content_of(Value template_value) {
+  const size_t mark = current_task->roots.size();
+  Value v = content_of(template_value);
+  const bool is_new = v->life == Life::temp && v->root >= mark && !v->pinned && !v->pending;
+  if (!is_new || v->form == Form::external) return copy_value(v, lumo_perm_alloc_c);
+  current_task->roots[v->root] = nullptr;
+  v->life = Life::perm;
   return v;
 }
 
@@ -365,6 +374,19 @@ void start_call_timer(Port& port, double timeout) {
 
 }  // namespace
 
+Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& c) {
+  constexpr size_t few = 8;
+  if ((port.*list).size() <= few) {
+    for (Port* other : port.*list)
+      if (other->owner == &c) return other;
+    return nullptr;
+  }
+  for (Port* other : c.ports)
+    for (const Port* back : other->*list)
+      if (back == &port) return other;
+  return nullptr;
+}
+
 void remove_port(std::vector<Port*>& list, Port* port) {
   for (size_t i = 0; i < list.size(); ++i)
     if (list[i] == port) list.erase(list.begin() + static_cast<long>(i--));
@@ -452,7 +474,7 @@ using namespace lumos;
 void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipient, lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
-  Value content = copy_value(content_of(value), lumo_perm_alloc_c);
+  Value content = owned_content_of(value);
   Message* m = new_message(MessageKind::message);
   m->content = content;
   log_port("send on", p, content);

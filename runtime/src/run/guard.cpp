@@ -65,7 +65,7 @@ namespace {
   std::exit(2);
 }
 
-const bool hooks_are_set = (hooks.end_faulty = end_faulty, hooks.stack_left = stack_left, true);
+const bool guard_hook_is_set = (hooks.end_faulty = end_faulty, true);
 
 }  // namespace
 

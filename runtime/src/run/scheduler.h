@@ -18,6 +18,9 @@ void drop_from_ready(Component& component);
 void to_scheduler();
 // Leaves the component's stack for good; the scheduler does what is left to do.
 [[noreturn]] void leave_component(Component& component);
-void wake_all();
+// The component is woken at the next change of a component's state.
+void watch_components(Component& component);
+// The state of a component changed.
+void wake_watchers();
 
 }  // namespace lumos

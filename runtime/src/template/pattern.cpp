@@ -35,7 +35,7 @@ struct Program {
 };
 
 constexpr size_t most_instructions = 200000;
-constexpr int deepest_nesting = 500;
+constexpr int deepest_pattern = 500;
 
 // --- from notation to program
 
@@ -82,7 +82,7 @@ class Compiler {
   }
 
   void alternatives() {
-    if (++depth_ > deepest_nesting || stack_is_short()) fail("the pattern is nested too deeply");
+    if (++depth_ > deepest_pattern || stack_is_short()) fail("the pattern is nested too deeply");
     size_t start = here();
     sequence();
     while (ok() && more() && peek() == '|') {
