@@ -121,6 +121,7 @@ void release_component(Component& c) {
 void bury(Component& c) {
   release_behaviour(c);
   take_verdict(c);
+  if (events_wanted) tell(EventKind::end, c.name);
   c.done = true;
   if (&c == test_case->mtc) {
     c.state = State::ended;
@@ -301,6 +302,7 @@ lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lum
   instance->integer = c.number;
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s created", c.name.c_str());
+  if (events_wanted) tell(EventKind::create, c.name);
   return instance;
 }
 
@@ -320,6 +322,8 @@ void lumo_component_start(lumo_value_t component, const char* module, const char
   make_ready(c);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s started: %s.%s", c.name.c_str(), module, function);
+  if (events_wanted) tell(EventKind::start, c.name, {}, std::string(module) + "." + function);
+  maybe_yield();
 }
 
 void lumo_component_stop(lumo_value_t component, lumo_context_t) {
@@ -391,7 +395,11 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
   if (!reason.empty()) text += ": " + reason;
-  if (worse && given > test_case->verdict) test_case->reason = reason;
+  if (worse && given > test_case->verdict) {
+    test_case->reason = reason;
+    test_case->place = current_place();
+  }
+  if (events_wanted) tell(EventKind::verdict, verdict_name(given), {}, reason);
   log_line(given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c, text);
 }
 

@@ -6,6 +6,7 @@
 
 #include "value/error.h"
 #include "ports/outside.h"
+#include "run/ending.h"
 #include "run/timer.h"
 
 namespace lumos {
@@ -21,6 +22,12 @@ constexpr Time longest_poll_interval = 100 * poll_interval;
 constexpr Time longest_polling = Time(3600) * 1000000000;
 
 std::deque<Component*> ready;
+uint64_t schedule_state = 0;  // 0: the usual order
+
+size_t any_below(size_t n) {
+  schedule_state = schedule_state * 6364136223846793005u + 1442695040888963407u;
+  return (schedule_state >> 33) % n;
+}
 Time next_poll = never;
 Time last_progress = 0;
 Time simulated_poll_interval = poll_interval;
@@ -49,6 +56,7 @@ void end_turn() {
   } else {
     task.polls_by_else = false;
     wake_expired(now());
+    check_run_goes_on();
   }
 }
 
@@ -88,6 +96,7 @@ void wake_polling() {
 void check_time() {
   Time time = now();
   wake_expired(time);
+  if (const char* reason = ending_reason()) return end_test_case(lumo_verdict_error_c, reason);
   if (time >= test_case->deadline) {
     end_test_case(lumo_verdict_error_c, "the time given to the test case is over");
     return;
@@ -125,6 +134,7 @@ void schedule() {
       idle();
       continue;
     }
+    if (schedule_state) std::swap(ready.front(), ready[any_below(ready.size())]);
     Component* c = ready.front();
     ready.pop_front();
     if (c->state == State::ready) resume(*c);
@@ -176,6 +186,14 @@ void wake_task(Task& task) {
   if (task.component) wake(*task.component);
 }
 
+void set_schedule_seed(uint64_t seed) {
+  schedule_state = seed ? seed * 2 + 1 : 0;
+}
+
+void maybe_yield() {
+  if (schedule_state && test_case && current_task->component && any_below(2)) yield();
+}
+
 void yield() {
   Component* c = current_task->component;
   if (!c) return;
@@ -189,6 +207,7 @@ using namespace lumos;
 
 void lumo_component_snapshot(lumo_context_t) {
   take_step();
+  maybe_yield();
   current_task->snapshot_time = now();
   current_task->event = false;
 }
@@ -197,8 +216,10 @@ namespace {
 
 // A control part has nobody beside it: it sleeps until one of its timers expires.
 void wait_in_control_part() {
+  check_run_goes_on();
   Time next = next_expiry();
   if (next == never) fault("the control part waits and nothing can happen any more");
+  next = std::min(next, control_deadline());
   if (is_simulated()) {
     advance_to(next);
   } else {

@@ -19,5 +19,10 @@ void to_scheduler();
 // Leaves the component's stack for good; the scheduler does what is left to do.
 [[noreturn]] void leave_component(Component& component);
 void wake_all();
+// Another schedule for each seed above 0: the next component is any that is ready, and one that tells another
+// something, or looks for events, may have to wait for its next turn first. 0 for the usual order.
+void set_schedule_seed(uint64_t seed);
+// Behind what others can notice.
+void maybe_yield();
 
 }  // namespace lumos

@@ -2,6 +2,7 @@
 
 #include <sys/time.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -19,10 +20,15 @@ namespace {
 constexpr int kind_count = 6;
 const char* const kind_names[kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
 
+const char erase_line[] = "\r\033[K";
+
 bool enabled[kind_count] = {true, true, true, true, false, false};
 bool with_times = true;
 FILE* log_file = nullptr;
 std::string* captured = nullptr;
+std::string footer;
+std::string* muted = nullptr;
+int write_error = 0;
 
 std::string time_stamp() {
   timeval now;
@@ -66,6 +72,16 @@ std::string list_text(lumo_value_t values[]) {
   return text;
 }
 
+void write_entries(const std::string& lines) {
+  FILE* out = log_file ? log_file : stderr;
+  std::string shown;
+  if (!log_file && !footer.empty()) shown = erase_line + lines + footer;
+  const std::string& text = shown.empty() ? lines : shown;
+  const bool is_written = std::fwrite(text.data(), 1, text.size(), out) == text.size();
+  if ((!is_written || (log_file && std::fflush(log_file) != 0)) && !write_error)
+    write_error = errno ? errno : EIO;
+}
+
 void alt_event(const char* text) {
   if (log_enabled(lumo_log_msg_event_c)) log_line(lumo_log_msg_event_c, text);
 }
@@ -90,7 +106,28 @@ bool log_enabled(lumo_log_message_kind_t kind) {
   return static_cast<unsigned>(kind) < kind_count && enabled[kind];
 }
 
+bool log_shows(lumo_log_message_kind_t kind) {
+  return muted || (log_enabled(kind) && !log_file);
+}
+
+const char* log_failure() {
+  return write_error ? std::strerror(write_error) : nullptr;
+}
+
+void set_log_footer(const std::string& line) {
+  if (line == footer) return;
+  footer = line;
+  const std::string shown = erase_line + footer;
+  std::fwrite(shown.data(), 1, shown.size(), stderr);
+}
+
+void (*events_of_log)(const char* kind, std::string_view text) = nullptr;
+
 void log_line(lumo_log_message_kind_t kind, std::string_view text) {
+  if (muted) {
+    if (kind == lumo_log_msg_error_c && muted->empty()) *muted = text;
+    return;
+  }
   if (!log_enabled(kind)) return;
   std::string line = with_times ? time_stamp() : std::string();
   line += kind_names[kind];
@@ -98,9 +135,8 @@ void log_line(lumo_log_message_kind_t kind, std::string_view text) {
   line += place();
   append_escaped(line, text);
   line += '\n';
-  FILE* out = log_file ? log_file : stderr;
-  std::fwrite(line.data(), 1, line.size(), out);
-  if (log_file) std::fflush(log_file);
+  write_entries(line);
+  if (events_of_log) events_of_log(kind_names[kind], text);
   if (captured) *captured += line;
 }
 
@@ -133,14 +169,26 @@ bool set_log_kinds(std::string_view list) {
   return true;
 }
 
+void mute_log(std::string* first_error) {
+  muted = first_error;
+}
+
+void redirect_log(int descriptor) {
+  if (log_file) log_file = fdopen(descriptor, "w");
+}
+
+void append_to_log(const std::string& entries) {
+  if (log_file) write_entries(entries);
+}
+
 bool open_log(const std::string& path) {
   close_log();
-  log_file = std::fopen(path.c_str(), "w");
+  log_file = std::fopen(path.c_str(), "we");
   return log_file != nullptr;
 }
 
 void close_log() {
-  if (log_file) std::fclose(log_file);
+  if (log_file && std::fclose(log_file) != 0 && !write_error) write_error = errno;
   log_file = nullptr;
 }
 
