@@ -6,6 +6,7 @@
 #include "value/error.h"
 #include "value/location.h"
 #include "text/log.h"
+#include "ports/attempts.h"
 #include "ports/outside.h"
 #include "report/events.h"
 #include "template/templates.h"
@@ -274,7 +275,7 @@ bool decode_for(Message& m, Value pattern) {
   if (!type) type = lumo_octetstring_type;
   Value decoded = decode_value(type, m.raw, nullptr);
   if (!decoded) return false;
-  if (m.content) destroy(m.content);
+  if (m.content) release_content(m.content);
   m.content = copy_value(decoded, lumo_perm_alloc_c);
   return true;
 }
@@ -284,7 +285,9 @@ bool content_fits(Message& m, Value pattern) {
   bool any = !pattern || pattern == lumo_no_value_c;
   if (!decode_for(m, any ? nullptr : pattern)) return false;
   if (any) return true;
-  if (type_fits(pattern, m.content)) return match_value(pattern, m.content);
+  if (type_fits(pattern, m.content) && match_value(pattern, m.content)) return true;
+  note_attempt(pattern, m.content);
+  if (type_fits(pattern, m.content)) return false;
   lumo_log_template_mismatch_event("type mismatch", m.content, pattern, current_task);
   return false;
 }
@@ -384,7 +387,7 @@ Message* new_message(MessageKind kind) {
 }
 
 void delete_message(Message* m) {
-  if (m->content) destroy(m->content);
+  if (m->content) release_content(m->content);
   if (m->result) destroy(m->result);
   if (m->address) destroy(m->address);
   m->content = m->result = m->address = nullptr;

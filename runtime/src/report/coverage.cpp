@@ -54,6 +54,16 @@ std::map<std::string, Lines> all_counts() {
   return all;
 }
 
+// Paths are those of the compilation, which is mostly done where the executable lies.
+std::string found(const std::string& path) {
+  if (std::ifstream(path) || path[0] == '/') return path;
+  char* program = realpath("/proc/self/exe", nullptr);
+  std::string beside = program ? program : "";
+  std::free(program);
+  beside = beside.substr(0, beside.rfind('/') + 1) + path;
+  return std::ifstream(beside) ? beside : path;
+}
+
 std::string absolute(const std::string& path) {
   char* full = realpath(path.c_str(), nullptr);
   std::string text = full ? full : path;
@@ -64,7 +74,8 @@ std::string absolute(const std::string& path) {
 // One file of the source.
 class FileCoverage {
  public:
-  FileCoverage(const std::string& path, const Lines& lines, ReportFile& out) : lines_(lines), out_(out) {
+  FileCoverage(const std::string& given, const Lines& lines, ReportFile& out) : lines_(lines), out_(out) {
+    const std::string path = found(given);
     std::ifstream in(path);
     const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     scan_ = scan_source(text);

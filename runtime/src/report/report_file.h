@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "text/text_forms.h"
+
 namespace lumos {
 
 class ReportFile {
@@ -30,11 +32,5 @@ class ReportFile {
 
 // Whether a report could not be written.
 bool reports_failed();
-
-// Text as content or attribute of XML and HTML; characters that XML does not have become "?".
-std::string xml_text(std::string_view text);
-// A string of JSON with its quotes, in ASCII; octets that are no UTF-8 become U+FFFD.
-std::string json_text(std::string_view text);
-std::string hex_text(std::string_view octets);
 
 }  // namespace lumos

@@ -3,6 +3,7 @@
 #include "run/defaults.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "ports/attempts.h"
 #include "ports/port.h"
 #include "run/scheduler.h"
 #include "run/timer.h"
@@ -249,6 +250,13 @@ bool ask(const char* operation, lumo_value_t which, One one, All all) {
   return one(existing(which));
 }
 
+// What was received and not taken says why a verdict is set.
+void tell_mismatches(std::string& reason) {
+  const std::vector<std::string> mismatches = explain_attempts();
+  for (const std::string& text : mismatches) log_line(lumo_log_msg_info_c, "mismatch: " + text);
+  if (!mismatches.empty()) reason += (reason.empty() ? "" : ": ") + mismatches[0];
+}
+
 void stop_behaviour(Component& c) {
   if (current_task->component == &c) leave_behaviour();
   c.stopped_by_other = true;
@@ -394,6 +402,7 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   std::string text = std::string("verdict set to ") + verdict_name(given);
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
+  if (given > lumo_verdict_pass_c && !c.task.attempts.empty()) tell_mismatches(reason);
   if (!reason.empty()) text += ": " + reason;
   if (worse && given > test_case->verdict) {
     test_case->reason = reason;

@@ -17,6 +17,7 @@
 #include "suite/results.h"
 #include "suite/suite.h"
 #include "text/log.h"
+#include "text/log_file.h"
 
 namespace lumos {
 
@@ -61,7 +62,7 @@ struct Job {
   const bool with_events = events_wanted;
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
-  redirect_log(job.log.descriptor());
+  redirect_log_file(job.log.descriptor());
   drop_reporters();
   tell_results(false);
   add_reporter(make_wire(job.wire.descriptor(), with_events));

@@ -113,7 +113,6 @@ void set_planned(size_t count) {
 void print_summary() {
   if (!prints) return;
   if (ending_reason()) print(std::string("the run ended early: ") + ending_reason() + "\n");
-  if (results().empty()) return;
   size_t counts[5] = {};
   for (const Result& r : results()) ++counts[r.verdict];
   std::string text;

@@ -15,6 +15,7 @@
 #include "suite/selection.h"
 #include "ports/outside.h"
 #include "text/log.h"
+#include "text/log_file.h"
 #include "value/error.h"
 #include "value/symbols.h"
 #include "value/types.h"
@@ -56,7 +57,7 @@ void conclude_in_error(const char* reason) {
 void abandon(const char* reason) {
   static void (*const steps[])(const char*) = {
       conclude_in_error, [](const char*) { tell_run_ends(results()); }, [](const char*) { print_summary(); },
-      [](const char*) { status_of_results(); }, [](const char*) { close_log(); }};
+      [](const char*) { status_of_results(); }, [](const char*) { close_log_files(); }};
   static size_t next = 0;
   while (next < std::size(steps)) steps[next++](reason);
 }
@@ -225,7 +226,7 @@ int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t 
     return 0;
   }
   int status = run_registered(options, control_part);
-  close_log();
+  close_log_files();
   if (status == 0 && log_failure()) status = status_of_results();
   return status;
 }

@@ -10,6 +10,7 @@
 #include "value/clock.h"
 #include "run/fiber.h"
 #include "text/log.h"
+#include "text/log_file.h"
 #include "template/match.h"
 #include "ports/outside.h"
 #include "suite/nearest.h"
@@ -39,6 +40,13 @@ bool set_count(long& count, const std::string& text, long most = 1000000) {
   char* end;
   count = std::strtol(text.c_str(), &end, 10);
   return !text.empty() && !*end && count >= 1 && count <= most;
+}
+
+bool set_log_limit(const std::string& text) {
+  long kilobytes;
+  const bool is_good = set_count(kilobytes, text);
+  if (is_good) set_log_size(static_cast<size_t>(kilobytes) * 1024);
+  return is_good;
 }
 
 bool set_seed(SuiteOptions& options, const std::string& text) {
@@ -133,7 +141,13 @@ const Option table[] = {
     {0, "html", "FILE", report_forms[3].help, set_report<3>},
     {0, "pcap", "FILE", report_forms[4].help, set_report<4>},
     {0, "coverage", "FILE", report_forms[5].help, set_report<5>},
-    {'L', "log", "FILE", "log to a file instead of standard error", SET(open_log(text))},
+    {'L', "log", "FILE", "log to a file instead of standard error", SET(open_log_file(text))},
+    {0, "log-dir", "FOLDER", "log to a file for each component in the folder", SET(open_log_folder(text))},
+    {0, "log-size", "KILOBYTES", "begin a log file anew at this size; the old ones get numbers",
+     SET(set_log_limit(text))},
+    {0, "log-format", "FORMAT",
+     "text; columns: with dates, and always the same columns; json: a line of JSON each",
+     SET(set_log_form(text))},
     {'v', "verbose", "KINDS", "log these: info, ttcn3, warning, error, debug, event; all; none",
      SET(set_log_kinds(text))},
     {'n', "no-times", nullptr, "log without time stamps", SET(set_log_times(false), true)},
