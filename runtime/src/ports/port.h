@@ -64,6 +64,8 @@ Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Compon
 void remove_port(std::vector<Port*>& list, Port* port);
 // Puts the message into the queue and wakes the owner; takes the message over.
 void deliver(Port& port, Message* message);
+// "component:port", with the index in an array.
+std::string port_name(const Port& port);
 // Null if there is none.
 Port* find_port(Component& component, const char* name, long index);
 
