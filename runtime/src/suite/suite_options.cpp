@@ -10,6 +10,7 @@
 #include "template/match.h"
 #include "ports/outside.h"
 #include "suite/params.h"
+#include "transport/link_spec.h"
 
 namespace lumos {
 
@@ -83,6 +84,8 @@ const Option table[] = {
        set_loopback(true);
        return true;
      }},
+    {'o', "port", "NAME=ADDRESS", "link a port of the system: udp:HOST:PORT, tcp:HOST:PORT and others",
+     [](SuiteOptions&, const std::string& text) { return add_link(text); }},
     {'m', "all-mismatches", nullptr, "matching goes on behind the first mismatch, to log all",
      [](SuiteOptions&, const std::string&) { return match_continues_on_fail = true; }},
     {'S', "stack", "KILOBYTES", "stack of each component, 128 to 1048576 (default 1024)", set_stack},

@@ -1,5 +1,6 @@
 #include "value/subtypes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 
@@ -120,6 +121,22 @@ void begin_value(Value v) {
 void check_length(Value v) {
   if (v->dynamic || !is_list(v) || !has_check(v->type) || list_rule(v->type).of_elements) return;
   if (!holds(v->type, v)) does_not_belong(v, v->type);
+}
+
+LengthBounds length_bounds(lumo_type_t type) {
+  LengthBounds bounds;
+  type = plain_type(type);
+  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
+    const TempScope scope;
+    Value constraint = type->type_info->check_function ? constraint_of(type) : nullptr;
+    const Restraint* restraint = constraint ? constraint->restraint : nullptr;
+    if (restraint && restraint->has_length) {
+      bounds.lower = std::max(bounds.lower, restraint->lower);
+      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper)) bounds.upper = restraint->upper;
+    }
+    type = plain_type(type->type_info->parent_type);
+  }
+  return bounds;
 }
 
 bool belongs(Value v, lumo_type_t type) {
