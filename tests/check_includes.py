@@ -29,6 +29,7 @@ ROOMS = [
     (r"runtime/src/(value|template|text|codec)/", "runtime values"),
     (r"runtime/src/(run|ports|transport)/", "runtime run"),
     (r"runtime/src/suite/", "runtime suite"),
+    (r"runtime/json/", "runtime json"),
     (r"(runtime|tools)/", r"\1"),
     (r"tests/unit/", "unit tests"),
     (r"(bench|fuzz)/", r"\1"),
@@ -71,6 +72,7 @@ ALLOWED = {
     "main": {"controller"},
     "runtime": {"runtime"},
     **layers({"runtime"}, ["runtime values", "runtime run", "runtime suite"]),
+    "runtime json": {"runtime", "runtime values", "runtime json"},
     "tools": {"support", "asn1 records", "asn1 model", "tools", "runtime"},
 }
 
