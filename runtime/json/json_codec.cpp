@@ -207,7 +207,10 @@ bool Reader::read_alternative(const JsonPlan& plan, size_t i, const Json& json, 
 bool Reader::read_choice(const JsonPlan& plan, const Json& json, Value v) {
   if (plan.as_value) {
     for (size_t i = 0; i < plan.fields.size(); ++i) {
-      if (read_alternative(plan, i, json, v)) return fault.clear(), true;
+      const size_t depth = path_.depth();
+      fault.clear();
+      if (read_alternative(plan, i, json, v)) return true;
+      path_.leave_to(depth);
       clear_contents(v);
     }
     return fail("no alternative fits");

@@ -21,6 +21,8 @@ class FieldPath {
  public:
   void enter(const char* name) { names_.push_back(name); }
   void leave() { names_.pop_back(); }
+  size_t depth() const { return names_.size(); }
+  void leave_to(size_t depth) { names_.resize(depth); }
   std::string text() const;
 
  private:
