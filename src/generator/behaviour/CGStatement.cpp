@@ -268,7 +268,6 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
   const auto assign = [&](bool value_of_first) {
     const CGStatementScope scope(function);
-    const cg::Conditional conditional;
     std::string location = CGTemplateExpression(result, vexa_template_plain, function);
     if (value_of_first) location = cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
     function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
@@ -311,10 +310,7 @@ void ElementModified(const std::string& parent, const std::string& index, CFunct
 }
 
 std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
-  const cg::LeftSide left_side;
-  if (!cg::HoldsTemplate(parent)) return cg::InRTS(parent, vexa_temp_alloc, function);
-  const cg::TemplateMode mode;
-  return cg::InRTS(parent, vexa_temp_alloc, function);
+  return cg::InRTS(parent, CGTemplateMode().with(CGAccess::Write), function);
 }
 
 // A part of what holds a template gets a template.
@@ -370,11 +366,7 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
 
 // A variable or parameter that holds a template gets the right side as one.
 void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
-  std::string target;
-  {
-    const cg::TemplateMode mode;
-    target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
-  }
+  const std::string target = cg::InRTS(statement->lhs, CGTemplateMode(), function);
   const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
@@ -407,9 +399,8 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
 // What is logged of an expression; a template's matching mechanisms with the values of its parameters.
 std::string Logged(T3Tree_Node* expression, CFunction& function) {
   if (!cg::HoldsTemplate(expression)) return cg::InRTS(expression, vexa_temp_alloc, function);
-  const cg::TemplateMode mode;
   return cg::Call(LUMO_TEMPLATEOF,
-                  {cg::InRTS(expression, vexa_temp_alloc, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+                  {cg::InRTS(expression, CGTemplateMode(), function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
 
 // The array of what is logged, or the reasons of a verdict, with an end mark.
@@ -510,7 +501,7 @@ void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
   }
   T3Tree_Node* decl = BehindImport(Def(call));
   if (T3Is<T3TestStep>(decl)) return CGAltstepCall(call, function);
-  CGFunctionCall(call, function);
+  CGFunctionCall(call, vexa_temp_alloc, function);
 }
 
 // Statements that are one operation.
