@@ -156,8 +156,7 @@ lumo_value_t lumo_xor4b(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t st
 
 // The texts of patterns are put together too.
 static Value concatenated(Value v) {
-  if (v && v->form == Form::instance)
-    v = lumo_templateof(v, lumo_temp_alloc_c, current_task);
+  if (v && v->form == Form::instance) v = lumo_templateof(v, lumo_temp_alloc_c, current_task);
   return operand(v && v->form == Form::pattern ? v->parts.data[0] : v);
 }
 

@@ -67,7 +67,7 @@ bool IsObject(T3Tree_Node* decl) {
 T3Tree_Node* Meaning(const PatternReference& reference, T3Tree_Node* at) {
   const tIdent first = reference.names.front();
   T3Tree_Node* decl = BehindImport(IdentifyQuietly(at->place->env, first, 0));
-  if (IsDeclared(decl) || reference.names.size() == 1) return decl;
+  if (IsObject(decl) || reference.names.size() == 1) return decl;
   const bool own = first == at->place->vexa_module_name;
   return BehindImport(IdentifyQuietly(at->place->env, reference.names[1], own ? 0 : first));
 }

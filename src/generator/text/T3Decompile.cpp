@@ -238,13 +238,23 @@ std::string DecompileBound(T3Tree_Node* bound) {
   return kNotAvailable;
 }
 
+// The text as it was written, with the names in braces where they stood.
+std::string DecompilePattern(T3Tree_Node* node) {
+  if (auto* join = node->try_as<T3Concatenate>())
+    return DecompilePattern(join->left) + DecompilePattern(join->right);
+  if (!node->is<T3CharStringLiteral>()) return "{" + Decompile(node) + "}";
+  const std::string text = Decompile(node);
+  return text.substr(1, text.size() - 2);
+}
+
 std::string DecompileMatchingExpression(T3Tree_Node* node) {
   if (auto* list = node->try_as<T3ValueList>()) return DecompileValueList(list->values);
   if (auto* others = node->try_as<T3Complement>()) return "complement" + DecompileValueList(others->values);
   if (auto* range = node->try_as<T3ValueRange>())
     return "(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
   if (auto* pattern = node->try_as<_T3SpecialStringMatch>()) return Text(pattern->value);
-  if (auto* pattern = node->try_as<T3CharStringMatch>()) return "pattern " + Decompile(pattern->pattern);
+  if (auto* pattern = node->try_as<T3CharStringMatch>())
+    return "pattern \"" + DecompilePattern(pattern->pattern) + "\"";
   if (auto* set = node->try_as<_T3SuperOrSubSet>())
     return (node->is<T3SubSet>() ? "subset" : "superset") + DecompileValueList(set->values);
   return kNotAvailable;
