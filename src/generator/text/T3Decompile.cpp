@@ -234,7 +234,7 @@ std::string DecompileValueList(T3Tree_Node* list) {
 std::string DecompileBound(T3Tree_Node* bound) {
   if (auto* single = bound->try_as<T3SingleBound>()) return "(" + Decompile(single->ub) + ")";
   if (auto* range = bound->try_as<T3RangeBound>())
-    return "(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
+    return "(" + Decompile(range->lb) + ".." + Decompile(range->ub) + ")";
   return kNotAvailable;
 }
 
@@ -252,7 +252,7 @@ std::string DecompileMatchingExpression(T3Tree_Node* node) {
   if (auto* others = node->try_as<T3Complement>()) return "complement" + DecompileValueList(others->values);
   if (auto* range = node->try_as<T3ValueRange>())
     return "(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
-  if (auto* pattern = node->try_as<_T3SpecialStringMatch>()) return Text(pattern->value);
+  if (auto* pattern = node->try_as<_T3SpecialStringMatch>()) return "pattern " + Text(pattern->value);
   if (auto* pattern = node->try_as<T3CharStringMatch>())
     return "pattern \"" + DecompilePattern(pattern->pattern) + "\"";
   if (auto* set = node->try_as<_T3SuperOrSubSet>())
@@ -296,7 +296,7 @@ std::string DecompileFieldValue(T3FieldValue* value) {
 std::string DecompileCompoundValue(T3CompoundValue* node) {
   std::string list;
   for (auto* at : Items<T3FieldValue>(node->value)) Append(list, DecompileFieldValue(at));
-  return list.empty() ? "{}" : "{ " + list + " }";
+  return "{" + list + "}";
 }
 
 // ---- References and calls ----
@@ -402,7 +402,7 @@ std::string DecompileNode(T3Tree_Node* node) {
   if (auto* range = node->try_as<T3LengthRange>())
     return "length(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
   if (auto* match = node->try_as<T3Match>())
-    return "match(" + Decompile(match->expression) + ", " + Decompile(match->template_value) + ")";
+    return "match(" + Decompile(match->expression) + "," + Decompile(match->template_value) + ")";
   if (auto* value = node->try_as<T3ValueOf>()) return "valueof(" + Decompile(value->template_value) + ")";
   return node->is<_T3Reference>() ? DecompileReference(node) : kNotAvailable;
 }
