@@ -346,6 +346,28 @@ bool answers_call(const Message& m, bool is_named) {
   return !called || !m.signature || root_of(called) == root_of(m.signature);
 }
 
+constexpr size_t most_taken = 1000;
+
+void take_call(Port& p, const Message& m) {
+  p.taken.push_back({m.signature, m.sender});
+  if (p.taken.size() > most_taken) p.taken.pop_front();
+  remove_head(p, MessageKind::call);
+}
+
+// The signature of the call that is answered, the first one of the recipient's; of a given signature where
+// the answer tells it. Null where no such call was taken.
+lumo_type_t answer_call(Port& p, lumo_type_t signature, Value recipient) {
+  const bool is_named = recipient && recipient->form == Form::component;
+  for (auto call = p.taken.begin(); call != p.taken.end(); ++call) {
+    if (is_named && call->caller != recipient->integer) continue;
+    if (signature && (!call->signature || root_of(signature) != root_of(call->signature))) continue;
+    signature = call->signature;
+    p.taken.erase(call);
+    return signature;
+  }
+  return nullptr;
+}
+
 // A check that names nothing takes whatever is next in one of the queues.
 bool try_check(Port& p, Value sender, Value sender_redirect) {
   for (const Queue& queue : p.queues) {
@@ -517,16 +539,17 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Value returned = result && result != lumo_no_value_c ? content_of(result) : nullptr;
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
+  answer_call(p, m->signature, recipient);
   log_port("reply on", p, m->content);
   send_message(p, m, recipient);
 }
 
-void lumo_port_raise(lumo_value_t port, lumo_type_t signature, lumo_value_t exception, lumo_value_t recipient,
+void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lumo_value_t recipient,
                      lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
   Message* m = procedure_message(MessageKind::exception, content_of(exception));
-  m->signature = base_kind(signature) == lumo_type_kind_signature ? signature : nullptr;
+  m->signature = answer_call(p, nullptr, recipient);
   log_port("raise on", p, m->content);
   send_message(p, m, recipient);
 }
@@ -556,7 +579,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     redirect_parameters(*m, redirect_count, redirects);
     redirect(sender_redirect, sender_of(*m));
     log_received("getcall on", p, m->content);
-    if (!check) remove_head(p, MessageKind::call);
+    if (!check) take_call(p, *m);
     return true;
   });
 }

@@ -36,6 +36,12 @@ struct Queue {
 
 enum class PortState : uint8_t { started, stopped, halted };
 
+// A call that was taken and not answered yet.
+struct TakenCall {
+  lumo_type_t signature;
+  long caller;
+};
+
 struct Port {
   Component* owner = nullptr;
   const char* name = "";
@@ -48,6 +54,7 @@ struct Port {
   bool was_mapped = false;
   bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
+  std::deque<TakenCall> taken;  // the latest of them
   Value call_timer = nullptr;  // wakes the component when a call is over
 };
 
