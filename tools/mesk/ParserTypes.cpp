@@ -114,6 +114,7 @@ void Parser::parseUntaggedType(TypeAst& type) {
     type.main = TYP_CHASTR;
   } else if (acceptWord("ANY")) {
     type.main = TYP_ANY;
+    reporter_.notStandard(Place{&file_, peek(-1).line, peek(-1).column}, "ANY is no type of the standard");
     if (acceptWord("DEFINED")) {
       expectWord("BY");
       type.word = takeLower("the name of a component");
@@ -305,6 +306,8 @@ void Parser::parseComponent(TypeAst& type, int addition) {
   // The name may be missing in old sources.
   if (peek().kind == Tok::kLower && !isSymbol("<", 1) && !isSymbol(".", 1))
     component.name = tokens_[pos++].text;
+  else
+    reporter_.notStandard(Place{&file_, peek().line, peek().column}, "a component needs a name");
   component.type = parseType();
   if (type.main != TYP_CHOICE) {
     if (acceptWord("OPTIONAL")) {

@@ -75,6 +75,7 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
         ++index;
       }
       if (index == type.components.size()) parser.fail("expected the name of a component");
+      reporter_.notStandard(placeOf(context, token), "a component needs a name");
     }
     if (given[index]) {
       error(context, token,
@@ -107,7 +108,7 @@ void Resolver::fillList(Parser& parser, int end, const Context& context, TypeNod
     const bool named = parser.peek().kind == Tok::kLower && parser.pos + 1 < end &&
                        !parser.isSymbol(",", 1) && !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1) &&
                        !parser.isSymbol("{", 1);
-    if (named) ++parser.pos;
+    if (named) reporter_.notStandard(placeOf(context, parser.pos++), "an element has no name");
     node.components.push_back(makeValue(*parser.parseValue(), context, type.components.front()));
     if (parser.pos >= end) break;
     parser.expect(",");

@@ -182,10 +182,19 @@ void WarnOfLargeItems(ModRec& module) {
   });
 }
 
+void WarnOfForeignSelections(ModRec& module) {
+  forEachNamedOrInlineType(module, [&](const AsnType& type, const std::string&) {
+    if (getTypeMainType(type) == TYP_SELECTION && forSelectionType(type).module != &module)
+      std::printf("%s:%d:%s\n", module.source.c_str(), type.node().line,
+                  "warning: multi-module selection types not supported completely.");
+  });
+}
+
 void asn2t3_gen_module(T3AsnFiles& files, int mask) {
   BeginHeader(files);
   BeginSource(files, mask);
   WarnOfLargeItems(files.module);
+  WarnOfForeignSelections(files.module);
   t3asn_gen_check(files);
   t3asn_gen_consof(files);
   if ((mask & kMaskNoTranslation) == 0) {
