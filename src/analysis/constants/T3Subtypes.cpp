@@ -74,9 +74,7 @@ bool IsCharacterRange(T3Tree_Node* item) {
 }
 
 size_t LengthOfValueListList(T3Tree_Node* list) {
-  size_t length = 0;
-  for (; list->is<T3ValueListItem>(); list = list->as<T3ValueListItem>()->next) ++length;
-  return length;
+  return Items<T3ValueListItem>(list).size();
 }
 
 CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
@@ -401,10 +399,11 @@ void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_replaced.clear();
+const ModuleCache kCache{[] {
+  g_replaced.clear();
   g_subtyped.clear();
   g_types_entered.clear();
   g_sets.clear();
   g_value_sets.clear();
-  }};
+}};
 }  // namespace

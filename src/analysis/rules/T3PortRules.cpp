@@ -256,8 +256,7 @@ void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signa
     if (!element->value->is<T3NotUsedSymbol>()) CheckParameterRedirection(at, par, getcall);
     if (T3Is<_T3FormalPar>(par)) par = par->as<_T3FormalPar>()->next;
   }
-  long wanted = 0;
-  for (par = signature->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) ++wanted;
+  const auto wanted = static_cast<long>(Items<_T3FormalPar>(signature->fpl).size());
   if (given > 0 && list && given != wanted)
     vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }

@@ -80,8 +80,8 @@ class Search {
 
   bool InActuals(T3Tree_Node* call) {
     T3Tree_Node* at = call->as<T3Parameterization>()->apl;
-    for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-      if (In(at->as<T3ActualPar>()->expression)) return true;
+    for (auto* actual : Items<T3ActualPar>(at))
+      if (In(actual->expression)) return true;
     return false;
   }
 
@@ -139,8 +139,8 @@ bool CheckFieldEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
       if (CheckFieldEqParam(at->value, name, depth + 1)) return true;
   } else if (TemplateCalled(expression) != nullptr) {
     T3Tree_Node* at = expression->as<T3Parameterization>()->apl;
-    for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-      if (CheckFieldEqParam(ConstraintOf(at->as<T3ActualPar>()->expression), name, depth + 1)) return true;
+    for (auto* actual : Items<T3ActualPar>(at))
+      if (CheckFieldEqParam(ConstraintOf(actual->expression), name, depth + 1)) return true;
   }
   return false;
 }
