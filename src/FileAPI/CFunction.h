@@ -10,13 +10,29 @@
 
 #include "FileAPI/CBase.h"
 
+/// How what is declared outside of a function is reached in it: by its name in C, or by looking it up by its
+/// own name when the function runs.
+struct CReach {
+  /// What modules declare is looked up in the symbol table.
+  bool rows = false;
+  /// What is local where the function's template is declared is looked up among the variables that are there
+  /// then.
+  bool locals = false;
+};
+
 class CFunction : public CBase {
  public:
+  CReach reach;
+
   CFunction(CFile* file, const std::string& returnType, const std::string& name,
             const std::vector<std::string>& parameters, const std::string& comment, bool exported);
   void end() override;
 
   const std::string& name() const { return name_; }
+  /// What follows at this level runs once for certain, such as the statements behind a guard.
+  void runsHere() { certain_ = indentation_; }
+  /// True while statements are added that stand in an inner block, and may not run.
+  bool isConditional() const { return indentation_ > certain_; }
 
   /// Declares a local variable and returns its name; an empty name stands for a new one.
   std::string declare(std::string_view type, std::string_view name, std::string_view init = "");
@@ -97,6 +113,7 @@ class CFunction : public CBase {
   void preprocessor(std::string_view word, std::string_view name);
 
   bool exported_;
+  unsigned certain_ = indentation_;
   std::string name_;
   std::string signature_;
   CSection declarations_;

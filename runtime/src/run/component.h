@@ -64,6 +64,7 @@ struct TestCase {
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
   size_t found_last = 0;  // by a search through the components, the next one's beginning
+  std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
 };
 extern TestCase* test_case;
 

@@ -13,6 +13,8 @@ void check_parts(Value v);
 void begin_value(Value v);
 // The length that a list was given has to be one that its type allows.
 void check_length(Value v);
+// Whether a value of the type may have lists in it that are still too short for their own types.
+bool may_be_short(lumo_type_t type);
 // Whether what belongs to the value's own type belongs to this one as well.
 bool belongs(Value v, lumo_type_t type);
 // A fault for a complete value that is not of the type.

@@ -22,6 +22,7 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
+  CGInstantiateOutOmittedParameters(call->apl, formals, array, function);
   const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
                                                                   : InC(node->timeout, function);
   StoreRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
@@ -29,10 +30,11 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
                                std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
 }
 
-void GenerateCreate(T3Create* node, Mode allocation, CFunction& function) {
+void GenerateCreate(T3Create* node, Mode mode, CFunction& function) {
   const std::string name = InRTS(node->name, vexa_temp_alloc, function);
-  const std::string instance = Call(LUMO_TYPE_INSTANTIATE_VALUE, {VEXATypeRef(ExpressionLocalType(node)),
-                                                                  AllocationMode(allocation), VEXA_CONTEXT});
+  const std::string instance =
+      Call(LUMO_TYPE_INSTANTIATE_VALUE,
+           {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(mode.allocation), VEXA_CONTEXT});
   StoreRTSLocation(
       node, Call(LUMO_COMPONENT_CREATE, {instance, name, node->is_alive ? C_TRUE : C_FALSE, VEXA_CONTEXT}));
 }
@@ -41,10 +43,10 @@ void Ask(T3Tree_Node* node, const char* word, T3Tree_Node* operand, CFunction& f
   StoreCLocation(node, Call(word, {InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}));
 }
 
-void GenerateActivate(T3Activate* node, Mode allocation, CFunction& function) {
+void GenerateActivate(T3Activate* node, Mode mode, CFunction& function) {
   auto* call = node->teststep->try_as<T3Parameterization>();
   if (call == nullptr) NotSupported(node->teststep);
-  const std::string location = AllocateRTSValue(node, allocation, function);
+  const std::string location = AllocateRTSValue(node, mode, function);
   T3Tree_Node* decl = Def(call);
   T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterList(call->apl, formals, false, function);
@@ -52,7 +54,7 @@ void GenerateActivate(T3Activate* node, Mode allocation, CFunction& function) {
   function.callAndAssign(
       reference, LUMO_ACTIVATE,
       {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
-       std::to_string(GetParNumber(formals)), array, AllocationMode(allocation), VEXA_CONTEXT});
+       std::to_string(GetParNumber(formals)), array, AllocationMode(mode.allocation), VEXA_CONTEXT});
   function.call(LUMO_VALUE_ASSIGN, {location, reference, VEXA_CONTEXT});
 }
 
@@ -78,17 +80,17 @@ const char* AnyOrAll(T3Tree_Node* node) {
 }
 }  // namespace
 
-bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Behaviour(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (const char* word = ComponentAccess(node))
     StoreRTSLocation(node, Call(word, {VEXA_CONTEXT}));
   else if (const char* value = AnyOrAll(node))
     StoreRTSLocation(node, value);
   else if (auto* call = node->try_as<T3Parameterization>())
-    CGFunctionCall(call, function);
+    CGFunctionCall(call, mode, function);
   else if (auto* execute = node->try_as<T3Execute>())
     GenerateExecute(execute, function);
   else if (auto* create = node->try_as<T3Create>())
-    GenerateCreate(create, allocation, function);
+    GenerateCreate(create, mode, function);
   else if (auto* running = node->try_as<T3Running>())
     Ask(node,
         TypeOf(running->object)->is<T3TimerType>() || running->object->is<T3AnyTimer>()
@@ -100,7 +102,7 @@ bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function) {
   else if (auto* read = node->try_as<T3Read>())
     Ask(node, LUMO_TIMER_READ, read->timer, function);
   else if (auto* activate = node->try_as<T3Activate>())
-    GenerateActivate(activate, allocation, function);
+    GenerateActivate(activate, mode, function);
   else
     return false;
   return true;

@@ -22,6 +22,7 @@
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 std::string AddressOf(const std::string& name) {
@@ -268,7 +269,6 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
   const auto assign = [&](bool value_of_first) {
     const CGStatementScope scope(function);
-    const cg::Conditional conditional;
     std::string location = CGTemplateExpression(result, vexa_template_plain, function);
     if (value_of_first) location = cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
     function.call(LUMO_VALUE_ASSIGN, {slot, location, VEXA_CONTEXT});
@@ -311,10 +311,7 @@ void ElementModified(const std::string& parent, const std::string& index, CFunct
 }
 
 std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
-  const cg::LeftSide left_side;
-  if (!cg::HoldsTemplate(parent)) return cg::InRTS(parent, vexa_temp_alloc, function);
-  const cg::TemplateMode mode;
-  return cg::InRTS(parent, vexa_temp_alloc, function);
+  return cg::InRTS(parent, CGTemplateMode().with(CGAccess::Write), function);
 }
 
 // A part of what holds a template gets a template.
@@ -370,11 +367,7 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
 
 // A variable or parameter that holds a template gets the right side as one.
 void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
-  std::string target;
-  {
-    const cg::TemplateMode mode;
-    target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
-  }
+  const std::string target = cg::InRTS(statement->lhs, CGTemplateMode(), function);
   const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
@@ -407,20 +400,18 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
 // What is logged of an expression; a template's matching mechanisms with the values of its parameters.
 std::string Logged(T3Tree_Node* expression, CFunction& function) {
   if (!cg::HoldsTemplate(expression)) return cg::InRTS(expression, vexa_temp_alloc, function);
-  const cg::TemplateMode mode;
   return cg::Call(LUMO_TEMPLATEOF,
-                  {cg::InRTS(expression, vexa_temp_alloc, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+                  {cg::InRTS(expression, CGTemplateMode(), function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
 
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
-  size_t count = 0;
-  for ([[maybe_unused]] auto* at : Items<T3TemplateListItem>(list)) ++count;
+  const size_t count = Items<T3TemplateListItem>(list).size();
   std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
-  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
-    function.assign(slot(i), Logged(at->as<T3TemplateListItem>()->expression, function));
+  for (auto* item : Items<T3TemplateListItem>(list))
+    function.assign(slot(i++), Logged(item->expression, function));
   function.assign(slot(count), C_NULL);
   return array;
 }
@@ -510,7 +501,7 @@ void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
   }
   T3Tree_Node* decl = BehindImport(Def(call));
   if (T3Is<T3TestStep>(decl)) return CGAltstepCall(call, function);
-  CGFunctionCall(call, function);
+  CGFunctionCall(call, vexa_temp_alloc, function);
 }
 
 // Statements that are one operation.
@@ -547,6 +538,14 @@ void CGOperation(T3Tree_Node* statement, CFunction& function) {
       cg::NotSupported(statement);
   }
 }
+
+using Structured = T3Kinds<T3DeclStmt, T3InvocationStmt, T3BlockStmt, T3IfStmt, _T3LoopStmt, T3BreakStmt,
+                           T3ContinueStmt, T3AssignStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3AltStmt,
+                           T3InterleaveStmt, T3RepeatStmt, T3SendStmt, T3CallStmt, T3ReplyStmt, T3RaiseStmt>;
+using Blocking = T3Kinds<T3DoneStmt, T3KilledStmt, T3TimeoutStmt, _T3ReceivingPortStmt, _T3CheckStmt>;
+using Operation = T3Kinds<_T3ConfStmt, T3ClearStmt, T3HaltStmt, T3StartStmt, T3StopStmt, T3KillStmt,
+                          T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3LogStmt>;
+static_assert(T3Covers<_T3Stmt, Structured, Blocking, Operation>());
 
 void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
   switch (statement->kind) {

@@ -43,16 +43,13 @@ std::string TemplateArgument(T3Tree_Node* actual, T3FormalTemplatePar* formal, C
   const bool is_modified = definition != nullptr && definition->modifies->is<T3TemplateReference>();
   if (formal->pass == t3_par_pass_t::In || is_modified || !IsTemplateObject(object))
     return cg::TemplateInPlace(actual, vexa_template_plain, function);
-  const cg::TemplateMode mode;
-  const cg::LeftSide left_side;
-  return cg::InRTS(object, vexa_temp_alloc, function);
+  return cg::InRTS(object, CGTemplateMode().with(CGAccess::Write), function);
 }
 
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   if (auto* template_par = formal->try_as<T3FormalTemplatePar>())
     return TemplateArgument(actual, template_par, function);
-  const cg::ValueMode mode;
   if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   const bool is_out =
@@ -169,14 +166,14 @@ void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
   }
 }
 
-void CGFunctionCall(T3Parameterization* call, CFunction& function) {
+void CGFunctionCall(T3Parameterization* call, CGMode mode, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   auto* behaviour = Behind(decl)->try_as<_T3FunctionDecl>();
   if (!T3Is<T3Function>(behaviour) && !T3Is<T3ExtFunction>(behaviour)) cg::NotSupported(call);
   const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
   const unsigned count = GetParNumber(behaviour->fpl);
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);
-  if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, vexa_temp_alloc, function));
+  if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, mode.temporary(), function));
   CGInstantiateOutOmittedParameters(call->apl, behaviour->fpl, array, function);
   const cg::Callee callee = cg::CalleeOf(decl);
   function.call(LUMO_CALL_FUNCTION,

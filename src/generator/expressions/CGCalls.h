@@ -4,6 +4,7 @@
 #include <string>
 
 #include "FileAPI/CFunction.h"
+#include "generator/expressions/CGModes.h"
 #include "frontend/T3Tree.h"
 
 /// The number of formal parameters.
@@ -30,4 +31,4 @@ void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formal
 void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function);
 
 /// The statements of a call of a function; its result is the location of the node.
-void CGFunctionCall(T3Parameterization* call, CFunction& function);
+void CGFunctionCall(T3Parameterization* call, CGMode mode, CFunction& function);

@@ -35,8 +35,8 @@ std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
 
 // Assigns one part, and gives what it has taken back to the parts that follow.
 void AssignPart(const std::string& word, const std::string& target, const std::string& index,
-                T3Tree_Node* value, CFunction& function) {
-  function.call(word, {target, index, InRTS(value, vexa_temp_alloc, function), VEXA_CONTEXT});
+                T3Tree_Node* value, Mode mode, CFunction& function) {
+  function.call(word, {target, index, InRTS(value, mode, function), VEXA_CONTEXT});
 }
 
 // The text of an item's index in a list whose first index is `first`.
@@ -63,7 +63,8 @@ void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::strin
   });
 }
 
-void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+                 CFunction& function) {
   if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
   bool first = true;
   for (const T3Part& part : PartsOf(node, type)) {
@@ -71,11 +72,12 @@ void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& ta
     first = false;
     if (part.item->value->is<T3NotUsedSymbol>()) continue;
     if (!part.place) NotSupported(node);
-    AssignPart(word, target, std::to_string(*part.place), part.item->value, function);
+    AssignPart(word, target, std::to_string(*part.place), part.item->value, mode, function);
   }
 }
 
-void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+               CFunction& function) {
   const auto bounds = KnownBounds(type);
   if (!bounds) NotSupported(node);
   size_t position = 0;
@@ -83,7 +85,7 @@ void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
     const size_t index = position++;
     if (item->value->is<T3NotUsedSymbol>()) continue;
     AssignPart(index == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT_PARTIAL : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
-               target, IndexText(item, bounds->low, index, function), item->value, function);
+               target, IndexText(item, bounds->low, index, function), item->value, mode, function);
   }
 }
 
@@ -102,7 +104,7 @@ void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string&
   }
 }
 
-void FillList(T3CompoundValue* node, const std::string& target, CFunction& function) {
+void FillList(T3CompoundValue* node, const std::string& target, Mode mode, CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   if (items.empty()) {
     function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
@@ -112,12 +114,13 @@ void FillList(T3CompoundValue* node, const std::string& target, CFunction& funct
   for (size_t i = 0; i < items.size(); ++i) {
     if (items[i]->value->is<T3NotUsedSymbol>()) continue;
     AssignPart(i == 0 ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, target,
-               IndexText(items[i], 0, i, function), items[i]->value, function);
+               IndexText(items[i], 0, i, function), items[i]->value, mode, function);
   }
   SetPermutations(items, target, function);
 }
 
-void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, CFunction& function) {
+void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+               CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;
   if (name == nullptr) NotSupported(node);
@@ -126,26 +129,26 @@ void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
   const std::string alternative = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(alternative, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX,
                          {target, std::to_string(index), VEXA_CONTEXT});
-  CGAssign(alternative, items.front()->value, false, function);
+  CGAssign(alternative, items.front()->value, false, function, mode);
 }
 }  // namespace
 
-void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function) {
+void CompoundValue(T3CompoundValue* node, Mode mode, CFunction& function) {
   T3Tree_Node* type = TypeOf(node);
-  const std::string target = AllocateRTSValue(node, allocation, function);
+  const std::string target = AllocateRTSValue(node, mode, function);
   if (type->is<T3UnionType>() || type->is<T3AnyType>())
-    FillUnion(node, type, target, function);
+    FillUnion(node, type, target, mode.temporary(), function);
   else if (type->is<T3ArrayType>())
-    FillArray(node, type, target, function);
+    FillArray(node, type, target, mode.temporary(), function);
   else if (type->is<_T3HomogeneousType>())
-    FillList(node, target, function);
+    FillList(node, target, mode.temporary(), function);
   else
-    FillMembers(node, type, target, function);
+    FillMembers(node, type, target, mode.temporary(), function);
 }
 
-bool Compound(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Compound(T3Tree_Node* node, Mode mode, CFunction& function) {
   auto* compound = node->try_as<T3CompoundValue>();
-  if (compound != nullptr) CompoundValue(compound, allocation, function);
+  if (compound != nullptr) CompoundValue(compound, mode, function);
   return compound != nullptr;
 }
 }  // namespace cg

@@ -76,9 +76,9 @@ const char* VariableType(const T3Tree_Node* type) {
 std::span<const cg::Form> g_forms;
 cg::InPlaceForm g_in_place = nullptr;
 
-void GenerateForm(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
+void GenerateForm(T3Tree_Node* node, CGMode mode, CFunction& function) {
   for (const cg::Form form : g_forms)
-    if (form(node, allocation, function)) return;
+    if (form(node, mode, function)) return;
   cg::NotSupported(node);
 }
 
@@ -100,11 +100,9 @@ bool IsCachableConstantExpression(T3Tree_Node* node) {
   }
 }
 
-// Off while a cached literal is being made.
-bool g_caching = true;
-
+// What the module is initialized with must not be made where statements run only on a condition.
 bool MayCache(CFunction& function) {
-  return g_caching && (!cg::IsConditional() || &function != &gT3Context.initializeFunction());
+  return !function.isConditional() || &function != &gT3Context.initializeFunction();
 }
 
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
@@ -123,22 +121,19 @@ void CacheLiteral(T3Tree_Node* node) {
   initialize.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
                            {VEXATypeRef(ExpressionLocalType(node)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
   StoreRTS(node, name);
-  const bool caching = std::exchange(g_caching, false);
   if (NaturalMode(node) == vexa_c_mode) {
-    CGExpression(node, vexa_c_mode, vexa_perm_alloc, initialize);
+    GenerateForm(node, vexa_perm_alloc, initialize);
     cg::SetFromC(node, name, initialize);
   } else {
     GenerateForm(node, vexa_perm_alloc, initialize);
   }
-  g_caching = caching;
   gT3Context.finalizeFunction().call(LUMO_VALUE_DELETE, {"&(" + name + ")", VEXA_CONTEXT});
 }
 
 // A name or a call that the functions of a template in line get as an argument.
 const char* PassedToTemplate(T3Tree_Node* node) {
   if (auto* name = node->try_as<T3Identifier>())
-    return name->cold().vexa_id_place == kPassedToTemplate ? name->cold().template_special_rts_loc
-                                                               : nullptr;
+    return name->cold().vexa_id_place == kPassedToTemplate ? name->cold().template_special_rts_loc : nullptr;
   auto* call = node->try_as<T3Parameterization>();
   return call != nullptr && call->cold().vexa_id_place == kPassedToTemplate
              ? call->cold().template_special_rts_loc
@@ -146,21 +141,21 @@ const char* PassedToTemplate(T3Tree_Node* node) {
 }
 
 // What stands in the place of a part of a template that is modified.
-void Modification(T3TemplateDef* definition, vexa_allocation_mode_t allocation, CFunction& function) {
+void Modification(T3TemplateDef* definition, CGMode mode, CFunction& function) {
   const std::string made = cg::TemplateInPlace(definition, vexa_template_plain, function);
-  StoreRTS(definition, cg::IsTemplateMode()
+  StoreRTS(definition, mode.is_template
                            ? made
-                           : cg::Call(LUMO_VALUEOF, {made, AllocationMode(allocation), VEXA_CONTEXT}));
+                           : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
-void Generate(T3Tree_Node* node, vexa_allocation_mode_t allocation, CFunction& function) {
+void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
   if (const char* argument = PassedToTemplate(node)) {
-    const bool is_value = !cg::IsTemplateMode() && cg::HoldsTemplate(node);
-    return StoreRTS(node, is_value
-                              ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(allocation), VEXA_CONTEXT})
-                              : std::string(argument));
+    const bool is_value = !mode.is_template && cg::HoldsTemplate(node);
+    return StoreRTS(
+        node, is_value ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(mode.allocation), VEXA_CONTEXT})
+                       : std::string(argument));
   }
-  GenerateForm(node, allocation, function);
+  GenerateForm(node, mode, function);
 }
 }  // namespace
 
@@ -214,15 +209,15 @@ std::string InC(T3Tree_Node* node, CFunction& function) {
   return ShortLocation(node, vexa_c_mode, function);
 }
 
-std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function) {
-  CGExpression(node, vexa_rts_mode, allocation, function);
+std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
+  CGExpression(node, vexa_rts_mode, mode, function);
   return ShortLocation(node, vexa_rts_mode, function);
 }
 
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t mode, CFunction& function,
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
                           Variables* variables) {
   constexpr size_t kLong = 500;
-  const bool is_c = mode == vexa_c_mode;
+  const bool is_c = form == vexa_c_mode;
   std::string text = is_c ? CLocation(node) : RTSLocation(node);
   const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;
@@ -240,14 +235,15 @@ std::string Temporary(const std::string& type, CFunction& function) {
   return name;
 }
 
-std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& function) {
+std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
   std::string name = Temporary(LUMO_VALUE_T, function);
-  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(allocation)};
-  if (cg::IsTemplateMode()) arguments.emplace_back("0");
+  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)),
+                                        AllocationMode(mode.allocation)};
+  if (mode.is_template) arguments.emplace_back("0");
   arguments.emplace_back(VEXA_CONTEXT);
   function.callAndAssign(
-      name, cg::IsTemplateMode() ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
+      name, mode.is_template ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
       arguments);
   StoreRTS(node, name);
   return name;
@@ -301,46 +297,42 @@ const char* AllocationMode(vexa_allocation_mode_t mode) {
   }
 }
 
-void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocation_mode_t allocation,
-                  CFunction& function) {
+void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, CFunction& function) {
   // A part without templates in it is a value also where a template is made.
-  if (cg::IsTemplateMode() && !cg::HoldsTemplate(node) && !node->is<T3TemplateDef>()) {
-    const cg::ValueMode value_mode;
-    return CGExpression(node, mode, allocation, function);
-  }
-  const bool wants_c = mode == vexa_c_mode;
+  mode.is_template = mode.is_template && (cg::HoldsTemplate(node) || node->is<T3TemplateDef>());
+  const bool wants_c = form == vexa_c_mode;
   if (wants_c ? HasCLocation(node) : HasRTSLocation(node)) return;
   if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
   if (node->is<T3NotUsedSymbol>()) return StoreRTS(node, LUMO_NOT_USED_VALUE_C);
   if (auto* definition = node->try_as<T3TemplateDef>()) {
-    if (definition->modifies->is<T3TemplateReference>())
-      return Modification(definition, allocation, function);
-    CGExpression(definition->constraint, mode, allocation, function);
+    if (definition->modifies->is<T3TemplateReference>()) return Modification(definition, mode, function);
+    CGExpression(definition->constraint, form, mode, function);
     return wants_c ? StoreC(node, CLocation(definition->constraint))
                    : StoreRTS(node, RTSLocation(definition->constraint));
   }
   if (!wants_c && MayCache(function) && IsCachableConstantExpression(node)) return CacheLiteral(node);
   const vexa_expression_mode_t natural = NaturalMode(node);
-  if (natural == mode) return Generate(node, allocation, function);
-  CGExpression(node, natural, allocation, function);
+  if (natural == form) return Generate(node, mode, function);
+  CGExpression(node, natural, mode, function);
   if (wants_c) {
     StoreC(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
-    const std::string target = cg::AllocateRTSValue(node, allocation, function);
+    const std::string target = cg::AllocateRTSValue(node, mode, function);
     cg::SetFromC(node, target, function);
   }
 }
 
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function) {
+void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+              CGMode mode) {
   if (rhs == nullptr || rhs->is<T3NotUsedSymbol>()) return;
   auto* definition = rhs->try_as<T3TemplateDef>();
   if (definition != nullptr && !definition->modifies->is<T3TemplateReference>()) rhs = definition->constraint;
   if (rhs->is<T3CompoundValue>() && !HasRTSLocation(rhs)) {
     // The target is filled in place.
     StoreRTS(rhs, target);
-    cg::CompoundValue(rhs->as<T3CompoundValue>(), vexa_temp_alloc, function);
+    cg::CompoundValue(rhs->as<T3CompoundValue>(), mode, function);
   } else if (NaturalMode(rhs) == vexa_rts_mode) {
-    function.call(LUMO_VALUE_ASSIGN, {target, cg::InRTS(rhs, vexa_temp_alloc, function), VEXA_CONTEXT});
+    function.call(LUMO_VALUE_ASSIGN, {target, cg::InRTS(rhs, mode, function), VEXA_CONTEXT});
   } else {
     cg::InC(rhs, function);
     cg::SetFromC(rhs, target, function);

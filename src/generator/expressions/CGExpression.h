@@ -9,23 +9,19 @@
 
 #include "FileAPI/CFunction.h"
 #include "frontend/T3Tree.h"
+#include "generator/expressions/CGModes.h"
 
 /// The form that is wanted of a result: `CLocation` or `RTSLocation` of the node.
 enum vexa_expression_mode_t { vexa_c_mode, vexa_rts_mode };
 
-/// How long a new run-time value lives.
-enum vexa_allocation_mode_t { vexa_temp_alloc, vexa_perm_alloc, vexa_strategy_alloc };
-
-/// The argument of the run-time system's calls for it.
-const char* AllocationMode(vexa_allocation_mode_t mode);
-
 /// Evaluates an expression; a node that already has the location that is wanted is not evaluated again.
 /// Throws internal_exception for what no value can be made of.
-void CGExpression(T3Tree_Node* node, vexa_expression_mode_t mode, vexa_allocation_mode_t allocation,
-                  CFunction& function);
+void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, CFunction& function);
 
 /// Assigns an expression to the run-time value that `target` means. `log_modification`: the tools are told.
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function);
+/// `mode`: that of a template where the target is one.
+void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+              CGMode mode = vexa_temp_alloc);
 
 /// The form in which the value of an expression is natural.
 vexa_expression_mode_t NaturalMode(T3Tree_Node* node);

@@ -12,22 +12,22 @@
 #include "generator/text/LUMOS.h"
 
 namespace cg {
-using Mode = vexa_allocation_mode_t;
+using Mode = CGMode;
 
 /// The text of a call.
 std::string Call(std::string_view function, const std::vector<std::string>& arguments);
 std::string Call(std::string_view function, CWords arguments);
-/// The locations of an operand, which is evaluated.
+/// The locations of an operand, which is evaluated; in C it is a value.
 std::string InC(T3Tree_Node* node, CFunction& function);
-std::string InRTS(T3Tree_Node* node, Mode allocation, CFunction& function);
+std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Variables by their types.
 using Variables = std::map<std::string, std::string>;
-/// The location of a node that has one in this mode. A long text is first put into a variable, one of `variables` where
+/// The location of a node that has one in this form. A long text is first put into a variable, one of `variables` where
 /// that is given: what is nested deeply would otherwise be written once more at each level.
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t mode, CFunction& function,
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
                           Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.
-std::string AllocateRTSValue(T3Tree_Node* node, Mode allocation, CFunction& function);
+std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Sets where the result of a node is, to the end of the statement.
 void StoreCLocation(T3Tree_Node* node, const std::string& text);
 void StoreRTSLocation(T3Tree_Node* node, const std::string& text);
@@ -51,32 +51,9 @@ void ReportAtRunTime(const std::string& text, CFunction& function);
 /// field; otherwise its location is that of `omit`.
 std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function);
 
-/// Stands while the functions of a template are written, which find what a module declares by its name.
-class ReferencesViaSymbolTable {
- public:
-  ReferencesViaSymbolTable();
-  ReferencesViaSymbolTable(const ReferencesViaSymbolTable&) = delete;
-  ReferencesViaSymbolTable& operator=(const ReferencesViaSymbolTable&) = delete;
-  ~ReferencesViaSymbolTable();
-
- private:
-  bool before_;
-};
-/// Stands while the functions of a template with parameters are written that is declared in a block: what
-/// else is local there is found by its name when they run.
-class TemplateOfBlock {
- public:
-  explicit TemplateOfBlock(T3TemplateDecl* decl);
-  TemplateOfBlock(const TemplateOfBlock&) = delete;
-  TemplateOfBlock& operator=(const TemplateOfBlock&) = delete;
-  ~TemplateOfBlock();
-
- private:
-  T3TemplateDecl* before_;
-};
-/// What a declaration at module level, or an import, is called here: its name in C, or its entry in the
-/// symbol table.
-std::string AccessNamedEntity(T3Tree_Node* decl);
+/// What a declaration at module level, or an import, is called in the function: its name in C, or its entry
+/// in the symbol table.
+std::string AccessNamedEntity(T3Tree_Node* decl, const CFunction& function);
 /// The C expressions of a function and of its type.
 struct Callee {
   std::string function;
@@ -94,24 +71,24 @@ int64_t PlaceOfField(T3Qualifier* field);
 bool IsWideLiteral(T3Tree_Node* node);
 
 /// A group of forms of expressions: generates a node of the group and returns true, or returns false.
-using Form = bool (*)(T3Tree_Node* node, Mode allocation, CFunction& function);
+using Form = bool (*)(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Makes a template of what stands where one is wanted, and returns its location.
 using InPlaceForm = std::string (*)(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
-/// What CGExpression asks, one after another; the list is the caller's, and stays. A node for which all return
-/// false is not supported. `in_place` is what TemplateInPlace calls.
+/// What CGExpression asks, one after another; the list is the caller's, and stays. A node for which all
+/// return false is not supported. `in_place` is what TemplateInPlace calls.
 void SetForms(std::span<const Form> forms, InPlaceForm in_place);
 /// The location of a template: a T3TemplateDef or an expression at its place of use.
 std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
 
-bool Operator(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool Behaviour(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function);
-bool Compound(T3Tree_Node* node, Mode allocation, CFunction& function);
+bool Operator(T3Tree_Node* node, Mode mode, CFunction& function);
+bool Literal(T3Tree_Node* node, Mode mode, CFunction& function);
+bool Reference(T3Tree_Node* node, Mode mode, CFunction& function);
+bool Matching(T3Tree_Node* node, Mode mode, CFunction& function);
+bool Behaviour(T3Tree_Node* node, Mode mode, CFunction& function);
+bool PreDefinedFunction(T3Tree_Node* node, Mode mode, CFunction& function);
+bool Compound(T3Tree_Node* node, Mode mode, CFunction& function);
 
-void CompoundValue(T3CompoundValue* node, Mode allocation, CFunction& function);
+void CompoundValue(T3CompoundValue* node, Mode mode, CFunction& function);
 /// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each
 /// module has a list of its own.
 int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl);

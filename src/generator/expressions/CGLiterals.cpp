@@ -89,9 +89,9 @@ std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
 }
 
 // Makes the value of an array of characters.
-void WideCharOrWideString(T3Tree_Node* node, const std::string& array, size_t count, Mode allocation,
+void WideCharOrWideString(T3Tree_Node* node, const std::string& array, size_t count, Mode mode,
                           CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+  const std::string target = AllocateRTSValue(node, mode, function);
   if (TypeOf(node)->is<T3UniversalCharacterType>())
     function.call(LUMO_VALUE_SET_UNIVERSAL_CHAR, {target, array + "[0]", VEXA_CONTEXT});
   else
@@ -104,23 +104,23 @@ std::string TextOfWideChar(const WideChar& c) {
 }
 
 // One character stands where it is used.
-void GenUniversalChar(T3Tree_Node* node, Mode allocation, CFunction& function) {
+void GenUniversalChar(T3Tree_Node* node, Mode mode, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   std::string initializers;
   for (const WideChar& c : characters) initializers += (initializers.empty() ? "" : ", ") + TextOfWideChar(c);
   const std::string name = function.declareArray(LUMO_WIDE_CHAR_T, "{" + initializers + "}");
-  WideCharOrWideString(node, name, characters.size(), allocation, function);
+  WideCharOrWideString(node, name, characters.size(), mode, function);
 }
 
 // A text has a table of its own.
-void GenUTF8String(T3Tree_Node* node, Mode allocation, CFunction& function) {
+void GenUTF8String(T3Tree_Node* node, Mode mode, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   CFile& file = gT3Context.file();
   auto array = file.beginArray(LUMO_WIDE_CHAR_T, file.uniqueName("vexa_wide_string_literal"), true);
   for (const WideChar& c : characters) array->addElement(TextOfWideChar(c));
   array->end();
   const std::string text = "((const " + std::string(LUMO_WIDE_CHAR_T) + " *) " + array->name() + ")";
-  WideCharOrWideString(node, text, characters.size(), allocation, function);
+  WideCharOrWideString(node, text, characters.size(), mode, function);
 }
 
 // ---- Others ----
@@ -151,8 +151,8 @@ std::string Digits(tStringRef literal) {
   return digits;
 }
 
-void GenSpecialString(T3Tree_Node* node, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void GenSpecialString(T3Tree_Node* node, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
   const char* setter = LUMO_VALUE_SET_BITSTRING;
   tStringRef value = nullptr;
   if (auto* hex = node->try_as<T3HexStringLiteral>()) {
@@ -186,8 +186,8 @@ void AddObjectIdentifier(T3Tree_Node* item, const std::string& target, CFunction
   function.releaseTmpVariable(count);
 }
 
-void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
   for (auto* at : Items<T3ObjIdItem>(node->value)) {
     T3Tree_Node* item = at->obj_id_item;
     if (T3Tree_Node* number = NumberInComponent(item)) item = number;
@@ -213,14 +213,14 @@ bool IsWideLiteral(T3Tree_Node* node) {
   return false;
 }
 
-bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {
   switch (node->kind) {
     case T3Kind::T3UnivCharLiteral:
-      GenUniversalChar(node, allocation, function);
+      GenUniversalChar(node, mode, function);
       return true;
     case T3Kind::T3CharStringLiteral:
       if (IsWideLiteral(node)) {
-        GenUTF8String(node, allocation, function);
+        GenUTF8String(node, mode, function);
         return true;
       }
       [[fallthrough]];
@@ -233,11 +233,11 @@ bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function) {
     case T3Kind::T3BitStringLiteral:
     case T3Kind::T3OctStringLiteral:
     case T3Kind::T3HexStringLiteral:
-      GenSpecialString(node, allocation, function);
+      GenSpecialString(node, mode, function);
       return true;
     case T3Kind::T3VerdictLiteral:
       function.call(LUMO_VALUE_SET_VERDICT,
-                    {AllocateRTSValue(node, allocation, function),
+                    {AllocateRTSValue(node, mode, function),
                      VerdictValue(node->as<T3VerdictLiteral>()->value), VEXA_CONTEXT});
       return true;
     case T3Kind::T3Omit:
@@ -247,7 +247,7 @@ bool Literal(T3Tree_Node* node, Mode allocation, CFunction& function) {
       StoreRTSLocation(node, NullWord(TypeOf(node)));
       return true;
     case T3Kind::T3ObjectIdentifierLiteral:
-      GenObjectIdentifierLiteral(node->as<T3ObjectIdentifierLiteral>(), allocation, function);
+      GenObjectIdentifierLiteral(node->as<T3ObjectIdentifierLiteral>(), mode, function);
       return true;
     default:
       return false;

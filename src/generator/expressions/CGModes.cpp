@@ -1,73 +1,34 @@
 #include "generator/expressions/CGModes.h"
 
-#include <utility>
-
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGExpressionParts.h"
 
+CGMode CGMode::temporary() const {
+  CGMode mode = *this;
+  mode.allocation = vexa_temp_alloc;
+  return mode;
+}
+
+CGMode CGMode::with(CGAccess wanted) const {
+  CGMode mode = *this;
+  mode.access = wanted;
+  return mode;
+}
+
+CGMode CGTemplateMode() {
+  CGMode mode = vexa_temp_alloc;
+  mode.is_template = true;
+  return mode;
+}
+
 namespace cg {
 namespace {
-bool g_template_mode = false;
-int g_left_sides = 0;
-int g_probes = 0;
-int g_conditional = 0;
-
 bool HoldsInList(T3Tree_Node* list) {
   for (auto* at : Items<T3FieldValue>(list))
     if (at->permutation_kind != t3_permutation_kind_t::No || HoldsTemplate(at->value)) return true;
   return false;
 }
 }  // namespace
-
-LeftSide::LeftSide() {
-  ++g_left_sides;
-}
-LeftSide::~LeftSide() {
-  --g_left_sides;
-}
-bool IsLeftSide() {
-  return g_left_sides != 0;
-}
-Probe::Probe() {
-  ++g_probes;
-}
-Probe::~Probe() {
-  --g_probes;
-}
-bool IsProbe() {
-  return g_probes != 0;
-}
-ReadSide::ReadSide() : left_sides_(std::exchange(g_left_sides, 0)), probes_(std::exchange(g_probes, 0)) {}
-ReadSide::~ReadSide() {
-  g_left_sides = left_sides_;
-  g_probes = probes_;
-}
-
-Conditional::Conditional() {
-  ++g_conditional;
-}
-Conditional::~Conditional() {
-  --g_conditional;
-}
-bool IsConditional() {
-  return g_conditional != 0;
-}
-
-TemplateMode::TemplateMode() : before_(g_template_mode) {
-  g_template_mode = true;
-}
-TemplateMode::~TemplateMode() {
-  g_template_mode = before_;
-}
-ValueMode::ValueMode() : before_(g_template_mode) {
-  g_template_mode = false;
-}
-ValueMode::~ValueMode() {
-  g_template_mode = before_;
-}
-bool IsTemplateMode() {
-  return g_template_mode;
-}
 
 bool IsTemplateDecl(T3Tree_Node* decl) {
   return T3Is<T3TemplateDecl>(decl) || T3Is<T3ImportTemplateDecl>(decl);

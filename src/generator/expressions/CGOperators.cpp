@@ -110,30 +110,29 @@ void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
   function.assign(result, is_or ? C_TRUE : C_FALSE);
   function.endIf();
   function.beginElse();
-  {
-    const Conditional conditional;
-    function.assign(result, InC(node->right, function));
-  }
+  function.assign(result, InC(node->right, function));
   function.endIf();
   StoreCLocation(node, result);
 }
 
-void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode allocation, CFunction& function) {
+void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode mode, CFunction& function) {
   const std::string left = InRTS(node->left, vexa_temp_alloc, function);
   const std::string right = InRTS(node->right, vexa_temp_alloc, function);
-  StoreRTSLocation(node, Call(RTValueWord(node), {left, right, AllocationMode(allocation), VEXA_CONTEXT}));
+  StoreRTSLocation(node,
+                   Call(RTValueWord(node), {left, right, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
-void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode allocation, CFunction& function) {
+void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode mode, CFunction& function) {
   const std::string value = InRTS(node->value, vexa_temp_alloc, function);
   const std::string count = InC(node->shift, function);
-  StoreRTSLocation(node, Call(ShiftWord(node), {value, count, AllocationMode(allocation), VEXA_CONTEXT}));
+  StoreRTSLocation(node,
+                   Call(ShiftWord(node), {value, count, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
-void GenerateUnary(_T3UnaryExpression* node, Mode allocation, CFunction& function) {
+void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
   if (node->is<T3UnaryNot4b>()) {
     const std::string value = InRTS(node->arg, vexa_temp_alloc, function);
-    StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(allocation), VEXA_CONTEXT}));
+    StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
   } else {
     const char* op = node->is<T3UnaryMinus>() ? C_MINUS : C_NOT;
     StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + ")");
@@ -141,14 +140,14 @@ void GenerateUnary(_T3UnaryExpression* node, Mode allocation, CFunction& functio
 }
 
 // How an operator takes its operands.
-vexa_expression_mode_t OperandMode(_T3BinaryExpression* node) {
+vexa_expression_mode_t OperandForm(_T3BinaryExpression* node) {
   const bool is_rts = node->is<T3Equal>() || node->is<T3NotEqual>() || RTValueWord(node) != nullptr ||
                       (node->is<_T3Relational>() && TypeOf(node->left)->is<T3ObjectIdentifierType>());
   return is_rts ? vexa_rts_mode : vexa_c_mode;
 }
 
-bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t mode) {
-  return mode == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
+bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t form) {
+  return form == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
 }
 
 // Left operands nest as deeply as a chain of operators is long: they are evaluated from the first one on, the result of
@@ -156,41 +155,41 @@ bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t mode) {
 void GenerateLeftOperands(_T3BinaryExpression* node, CFunction& function) {
   struct Operand {
     T3Tree_Node* node;
-    vexa_expression_mode_t mode;
+    vexa_expression_mode_t form;
   };
   std::vector<Operand> chain;
   for (auto* whole = node; whole != nullptr; whole = whole->left->try_as<_T3BinaryExpression>()) {
-    const vexa_expression_mode_t mode = OperandMode(whole);
-    if (!whole->left->is<_T3BinaryExpression>() || HasLocation(whole->left, mode)) break;
-    chain.push_back({whole->left, mode});
+    const vexa_expression_mode_t form = OperandForm(whole);
+    if (!whole->left->is<_T3BinaryExpression>() || HasLocation(whole->left, form)) break;
+    chain.push_back({whole->left, form});
   }
   Variables variables;
   for (size_t i = chain.size(); i-- > 0;) {
     const Operand& operand = chain[i];
-    CGExpression(operand.node, operand.mode, vexa_temp_alloc, function);
-    ShortLocation(operand.node, operand.mode, function, &variables);
+    CGExpression(operand.node, operand.form, vexa_temp_alloc, function);
+    ShortLocation(operand.node, operand.form, function, &variables);
   }
 }
 
-void Binary(_T3BinaryExpression* node, Mode allocation, CFunction& function) {
+void Binary(_T3BinaryExpression* node, Mode mode, CFunction& function) {
   GenerateLeftOperands(node, function);
   if (node->is<T3And>() || node->is<T3Or>()) return GenerateBooleanOperation(node, function);
   if (node->is<T3Mod>() || node->is<T3Rem>()) return GenerateModOrRem(node, function);
   if (node->is<T3Equal>()) return GenerateRelational(node, LUMO_IS_EQUAL, false, function);
   if (node->is<T3NotEqual>()) return GenerateRelational(node, LUMO_IS_EQUAL, true, function);
   if (node->is<_T3Relational>()) return GenerateOrder(node, function);
-  if (RTValueWord(node) != nullptr) return GenerateBinaryRTValue(node, allocation, function);
+  if (RTValueWord(node) != nullptr) return GenerateBinaryRTValue(node, mode, function);
   GenerateBinary(node, OperatorOf(node), function);
 }
 }  // namespace
 
-bool Operator(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Operator(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (auto* binary = node->try_as<_T3BinaryExpression>())
-    Binary(binary, allocation, function);
+    Binary(binary, mode, function);
   else if (auto* unary = node->try_as<_T3UnaryExpression>())
-    GenerateUnary(unary, allocation, function);
+    GenerateUnary(unary, mode, function);
   else if (auto* shift = node->try_as<_T3ShiftOrRotateExpression>())
-    GenerateShiftOrRotate(shift, allocation, function);
+    GenerateShiftOrRotate(shift, mode, function);
   else
     return false;
   return true;

@@ -74,8 +74,8 @@ const Conversion* ConversionOf(T3Kind kind) {
 }
 
 // Stores the call of a function whose result is a run-time value.
-void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode allocation) {
-  arguments.emplace_back(AllocationMode(allocation));
+void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode mode) {
+  arguments.emplace_back(AllocationMode(mode.allocation));
   arguments.emplace_back(VEXA_CONTEXT);
   StoreRTSLocation(node, Call(word, arguments));
 }
@@ -86,53 +86,51 @@ std::string Number(T3Tree_Node* node, CFunction& function) {
 
 // The functions are told what stands there, a template too.
 std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
-  const TemplateMode mode;
-  return InRTS(operand, vexa_temp_alloc, function);
+  return InRTS(operand, CGTemplateMode(), function);
 }
 
 // A reference may lead to nothing; what stands in calls and operators on the way is read as anywhere else.
 std::string Probed(T3Tree_Node* operand, CFunction& function) {
   if (!operand->is<T3Qualifier>() && !operand->is<T3Subscription>()) return AsTemplate(operand, function);
-  const Probe probe;
-  return AsTemplate(operand, function);
+  return InRTS(operand, CGTemplateMode().with(CGAccess::Probe), function);
 }
 
 // What has been decoded goes to the second operand, and what is left of the bits to the first one.
-void Decode(T3DecValue* node, Mode allocation, CFunction& function) {
+void Decode(T3DecValue* node, Mode mode, CFunction& function) {
   const std::string bits = AsTemplate(node->value, function);
-  const LeftSide left_side;
-  Store(node, LUMO_DECVALUE, {bits, AsTemplate(node->decoded_value, function)}, allocation);
+  const std::string decoded = InRTS(node->decoded_value, CGTemplateMode().with(CGAccess::Write), function);
+  Store(node, LUMO_DECVALUE, {bits, decoded}, mode);
 }
 
-void Plain(_T3PreDefinedFunction* node, Mode allocation, CFunction& function) {
-  if (auto* decoding = node->try_as<T3DecValue>()) return Decode(decoding, allocation, function);
+void Plain(_T3PreDefinedFunction* node, Mode mode, CFunction& function) {
+  if (auto* decoding = node->try_as<T3DecValue>()) return Decode(decoding, mode, function);
   if (auto* sized = node->try_as<_T3PreDefinedLengthFunction>()) {
     const char* word = node->is<T3Int2Bit>()   ? LUMO_INT2BIT
                        : node->is<T3Int2Hex>() ? LUMO_INT2HEX
                                                : LUMO_INT2OCT;
     const std::string value = InC(node->value, function);
-    return Store(node, word, {value, InC(sized->length, function)}, allocation);
+    return Store(node, word, {value, InC(sized->length, function)}, mode);
   }
   if (auto* replace = node->try_as<T3Replace>()) {
     const std::string value = InRTS(node->value, vexa_temp_alloc, function);
     const std::string index = Number(replace->index, function);
     const std::string count = Number(replace->count, function);
     return Store(node, LUMO_REPLACE,
-                 {value, index, count, InRTS(replace->replace_with, vexa_temp_alloc, function)}, allocation);
+                 {value, index, count, InRTS(replace->replace_with, vexa_temp_alloc, function)}, mode);
   }
   const std::string varying = VaryingWord(node);
   if (!varying.empty()) {
     const bool from_number = node->is<T3Int2Char>() || node->is<T3Int2UniChar>();
     return Store(node, varying,
                  {from_number ? InC(node->value, function) : InRTS(node->value, vexa_temp_alloc, function)},
-                 allocation);
+                 mode);
   }
   const Conversion* conversion = ConversionOf(node->kind);
   if (conversion == nullptr) NotSupported(node);
   Store(node, conversion->word,
         {conversion->operand == vexa_c_mode ? InC(node->value, function)
                                             : InRTS(node->value, vexa_temp_alloc, function)},
-        allocation);
+        mode);
 }
 
 // `ispresent` and `ischosen` ask the value around the field.
@@ -146,7 +144,7 @@ void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
                             {parent, std::to_string(index), VEXA_CONTEXT}));
 }
 
-void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction& function) {
+void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& function) {
   T3Tree_Node* operand = node->template_value;
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
@@ -161,16 +159,16 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction&
     case T3Kind::T3IsValue:
       return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
     case T3Kind::T3EncValue:
-      return Store(node, LUMO_ENCVALUE, {value}, allocation);
+      return Store(node, LUMO_ENCVALUE, {value}, mode);
     case T3Kind::T3Substring: {
       const std::string index = Number(node->as<T3Substring>()->index, function);
       return Store(node, LUMO_SUBSTRING, {value, index, Number(node->as<T3Substring>()->count, function)},
-                   allocation);
+                   mode);
     }
     case T3Kind::T3Decompose: {
       const std::string index = Number(node->as<T3Decompose>()->index, function);
       return Store(node, LUMO_DECOMPOSE, {value, index, Number(node->as<T3Decompose>()->count, function)},
-                   allocation);
+                   mode);
     }
     default:
       NotSupported(node);
@@ -178,15 +176,15 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode allocation, CFunction&
 }
 }  // namespace
 
-bool PreDefinedFunction(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool PreDefinedFunction(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (auto* plain = node->try_as<_T3PreDefinedFunction>()) {
-    Plain(plain, allocation, function);
+    Plain(plain, mode, function);
   } else if (auto* of_template = node->try_as<_T3PreDefinedTemplateFunction>()) {
-    OfTemplate(of_template, allocation, function);
+    OfTemplate(of_template, mode, function);
   } else if (auto* regexp = node->try_as<T3Regexp>()) {
     const std::string text = InRTS(regexp->argument, vexa_temp_alloc, function);
     const std::string pattern = InRTS(regexp->pattern, vexa_temp_alloc, function);
-    Store(node, LUMO_REGEXP_REGEXP, {text, pattern, InC(regexp->number, function)}, allocation);
+    Store(node, LUMO_REGEXP_REGEXP, {text, pattern, InC(regexp->number, function)}, mode);
   } else {
     return false;
   }

@@ -15,9 +15,6 @@
 
 namespace cg {
 namespace {
-bool g_via_symbol_table = false;
-T3TemplateDecl* g_template_of_block = nullptr;
-
 // Templates of blocks have no row.
 bool HasRow(T3Tree_Node* decl) {
   return decl->is<_T3ImportDecl>() || decl->as<_T3DeclList>()->attr().vexa_place == kAtModuleLevel;
@@ -29,20 +26,6 @@ std::string RowOf(T3Tree_Node* decl) {
               {Quote(decl->place->vexa_module_name), Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
 }
 }  // namespace
-
-TemplateOfBlock::TemplateOfBlock(T3TemplateDecl* decl) : before_(g_template_of_block) {
-  g_template_of_block = decl;
-}
-TemplateOfBlock::~TemplateOfBlock() {
-  g_template_of_block = before_;
-}
-
-ReferencesViaSymbolTable::ReferencesViaSymbolTable() : before_(g_via_symbol_table) {
-  g_via_symbol_table = true;
-}
-ReferencesViaSymbolTable::~ReferencesViaSymbolTable() {
-  g_via_symbol_table = before_;
-}
 
 // A template that modifies one of another module has parts in it that refer to what that module declares.
 bool IsOfAnotherModule(T3Tree_Node* decl) {
@@ -56,8 +39,8 @@ Callee CalleeOf(T3Tree_Node* decl) {
           RowOf(decl) + "->type_descriptor"};
 }
 
-std::string AccessNamedEntity(T3Tree_Node* decl) {
-  if (IsOfAnotherModule(decl) || (g_via_symbol_table && HasRow(decl)))
+std::string AccessNamedEntity(T3Tree_Node* decl, const CFunction& function) {
+  if (IsOfAnotherModule(decl) || (function.reach.rows && HasRow(decl)))
     return RowOf(decl) + "->" + TypeOrValueDescriptor(decl);
   switch (decl->kind) {
     case T3Kind::T3ConstDecl:
@@ -82,9 +65,9 @@ int PlaceOf(T3Tree_Node* decl) {
 }
 
 // What a declaration means: an object of the module, the component's, or one of the behaviour.
-std::string LocationOf(T3Tree_Node* decl) {
+std::string LocationOf(T3Tree_Node* decl, const CFunction& function) {
   const int place = PlaceOf(decl);
-  if (place == kAtModuleLevel) return AccessNamedEntity(decl);
+  if (place == kAtModuleLevel) return AccessNamedEntity(decl, function);
   // A local has its variable by the statement that declares it, and a component's while it is being made.
   if (HasRTSLocation(decl)) return RTSLocation(decl);
   if (place == kInComponent)
@@ -92,55 +75,53 @@ std::string LocationOf(T3Tree_Node* decl) {
   NotSupported(decl);
 }
 
-// What is local around the template of a block whose functions are being written; empty for anything else.
-std::string FoundByName(T3Tree_Node* def) {
-  if (g_template_of_block == nullptr || def->is<_T3ImportDecl>()) return "";
-  tIdent name = NoIdent;
-  if (auto* formal = def->try_as<_T3FormalPar>()) {
-    for (auto* own : Items<_T3FormalPar>(g_template_of_block->fpl))
-      if (own == def) return "";
-    name = formal->name;
-  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent) {
-    name = def->as<_T3Decl>()->name;
-  }
-  if (name == NoIdent) return "";
-  return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(name), VEXA_CONTEXT});
+bool IsOfTemplate(const _T3FormalPar* formal) {
+  T3Tree_Node* owner = formal->parent;
+  while (T3Is<_T3FormalPar>(owner)) owner = owner->parent;
+  return T3Is<T3TemplateDecl>(owner);
 }
 
-void Named(_T3Reference* node, Mode allocation, CFunction& function) {
+// What is local around the template of a block; empty for anything else.
+std::string FoundByName(T3Tree_Node* def, const CFunction& function) {
+  if (!function.reach.locals || def->is<_T3ImportDecl>()) return "";
+  auto* formal = def->try_as<_T3FormalPar>();
+  const bool is_local = formal != nullptr
+                            ? !IsOfTemplate(formal)
+                            : (def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent;
+  return is_local ? Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(DeclaredName(def)), VEXA_CONTEXT}) : "";
+}
+
+void Named(_T3Reference* node, Mode mode, CFunction& function) {
   T3Tree_Node* def = Def(node);
   if (T3Is<_T3FormalPar>(def)) {
     const int index = def->as<_T3FormalPar>()->attr().vexa_index;
     // The parameter of a template that is modified has a place of its own.
-    const std::string found = HasRTSLocation(def) ? RTSLocation(def) : FoundByName(def);
+    const std::string found = HasRTSLocation(def) ? RTSLocation(def) : FoundByName(def, function);
     const std::string slot =
         found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
-    const bool is_value = T3Is<T3FormalTemplatePar>(def) && !IsTemplateMode();
+    const bool is_value = T3Is<T3FormalTemplatePar>(def) && !mode.is_template;
     return StoreRTSLocation(
-        node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(allocation), VEXA_CONTEXT}) : slot);
+        node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(mode.allocation), VEXA_CONTEXT}) : slot);
   }
   // The one value of the type NULL has the type's name.
   if (T3Is<_T3Decl>(def) && IsAsnNullType(BehindImport(def)))
-    return function.call(LUMO_VALUE_SET_ENUM,
-                         {AllocateRTSValue(node, allocation, function), "0", VEXA_CONTEXT});
+    return function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, mode, function), "0", VEXA_CONTEXT});
   if (T3Is<_T3Decl>(def)) {
-    const std::string found = FoundByName(def);
-    return StoreRTSLocation(node, found.empty() ? LocationOf(def) : found);
+    const std::string found = FoundByName(def, function);
+    return StoreRTSLocation(node, found.empty() ? LocationOf(def, function) : found);
   }
   T3Tree_Node* type = TypeOf(node);
   if (!type->is<T3EnumType>()) NotSupported(node);
   const tIdent name = node->is<T3Qualifier>() ? node->as<T3Qualifier>()->id : node->as<T3Identifier>()->id;
-  function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, allocation, function),
+  function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, mode, function),
                                       std::to_string(GetEnumValueNumber(type, name)), VEXA_CONTEXT});
 }
 
-// The place that is being evaluated as one that may be written later.
-T3Tree_Node* g_place = nullptr;
-
 // An alternative on the way to a part of it, or one that may not be written at all, is chosen by the write.
-const char* UnionAccessFunc(T3Qualifier* node) {
-  return T3Is<T3Qualifier>(node->parent) || g_place != nullptr ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
-                                                               : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
+const char* UnionAccessFunc(T3Qualifier* node, CGAccess access) {
+  return T3Is<T3Qualifier>(node->parent) || access == CGAccess::WriteLater
+             ? LUMO_VALUE_TRY_SET_UNION_ALTERNATIVE_BY_INDEX
+             : LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX;
 }
 
 // The fields of `anytype` have the names of their modules too.
@@ -150,47 +131,43 @@ tIdent NameOfField(T3Qualifier* node, T3Tree_Node* type) {
 }
 
 // A long way to a field or an element goes over temporaries, so that the text grows with the way.
-std::string Whole(T3Tree_Node* node, CFunction& function) {
+std::string Whole(T3Tree_Node* node, Mode mode, CFunction& function) {
   constexpr size_t kLongest = 2000;
-  const std::string text = InRTS(node, vexa_temp_alloc, function);
+  const std::string text = InRTS(node, mode.temporary(), function);
   if (text.size() <= kLongest) return text;
   std::string name = Temporary(LUMO_VALUE_T, function);
   function.assign(name, text);
   return name;
 }
 
-void Field(T3Qualifier* node, CFunction& function) {
-  const std::string parent = Whole(WholeOf(node), function);
+void Field(T3Qualifier* node, Mode mode, CFunction& function) {
+  const std::string parent = Whole(WholeOf(node), mode, function);
   T3Tree_Node* type = TypeOf(WholeOf(node));
   const auto index = [&] { return std::to_string(PlaceOfField(node)); };
-  if (IsProbe())
+  if (mode.access == CGAccess::Probe)
     StoreRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
   else if (IsRecordOrSetType(type))
-    StoreRTSLocation(node, Call(IsLeftSide() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
+    StoreRTSLocation(node, Call(mode.writes() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, index(), VEXA_CONTEXT}));
-  else if (IsLeftSide() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
-    StoreRTSLocation(node, Call(UnionAccessFunc(node), {parent, index(), VEXA_CONTEXT}));
+  else if (mode.writes() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
+    StoreRTSLocation(node, Call(UnionAccessFunc(node, mode.access), {parent, index(), VEXA_CONTEXT}));
   else
     StoreRTSLocation(node,
                      Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
 }
 
-void Element(T3Subscription* node, Mode allocation, CFunction& function) {
-  const std::string parent = Whole(node->base, function);
-  std::string index;
-  {
-    const ReadSide read_side;
-    index = InC(node->index, function);
-  }
+void Element(T3Subscription* node, Mode mode, CFunction& function) {
+  const std::string parent = Whole(node->base, mode, function);
+  const std::string index = InC(node->index, function);
   // A template in a list that is changed gives way to one with parts.
-  const bool makes_parts = IsLeftSide() && IsTemplateMode();
+  const bool makes_parts = mode.writes() && mode.is_template;
   if (IsStringType(TypeOf(node->base)))
     StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
-                                                            AllocationMode(allocation), VEXA_CONTEXT}));
+                                                            AllocationMode(mode.allocation), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node, Call(IsProbe()     ? LUMO_VALUE_TRY_FIELD_BY_INDEX
-                                : makes_parts ? LUMO_VALUE_FIELD_BY_INDEX_LHS
-                                              : LUMO_VALUE_FIELD_BY_INDEX,
+    StoreRTSLocation(node, Call(mode.access == CGAccess::Probe ? LUMO_VALUE_TRY_FIELD_BY_INDEX
+                                : makes_parts                  ? LUMO_VALUE_FIELD_BY_INDEX_LHS
+                                                               : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
 }
 }  // namespace
@@ -200,14 +177,9 @@ std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& fu
   const bool is_field = field != nullptr && IsField(field);
   if (!is_field && !reference->is<T3Subscription>()) return InRTS(reference, vexa_temp_alloc, function);
   T3Tree_Node* whole = is_field ? WholeOf(field) : reference->as<T3Subscription>()->base;
-  T3Tree_Node* before = std::exchange(g_place, reference);
-  {
-    const LeftSide left_side;
-    InRTS(whole, vexa_temp_alloc, function);
-    if (is_field && (makes_field || !IsRecordOrSetType(TypeOf(whole))))
-      InRTS(reference, vexa_temp_alloc, function);
-  }
-  g_place = before;
+  const Mode later = Mode(vexa_temp_alloc).with(CGAccess::WriteLater);
+  InRTS(whole, later, function);
+  if (is_field && (makes_field || !IsRecordOrSetType(TypeOf(whole)))) InRTS(reference, later, function);
   return InRTS(reference, vexa_temp_alloc, function);
 }
 
@@ -229,14 +201,14 @@ int64_t PlaceOfField(T3Qualifier* field) {
                                : GetAlternativeIndex(type, field->id, true);
 }
 
-bool Reference(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Reference(T3Tree_Node* node, Mode mode, CFunction& function) {
   auto* qualifier = node->try_as<T3Qualifier>();
   if (qualifier != nullptr && IsField(qualifier))
-    Field(qualifier, function);
+    Field(qualifier, mode, function);
   else if (qualifier != nullptr || node->is<T3Identifier>())
-    Named(node->as<_T3Reference>(), allocation, function);
+    Named(node->as<_T3Reference>(), mode, function);
   else if (auto* element = node->try_as<T3Subscription>())
-    Element(element, allocation, function);
+    Element(element, mode, function);
   else
     return false;
   return true;

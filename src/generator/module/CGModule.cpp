@@ -15,8 +15,9 @@
 #include "generator/text/T3Context.h"
 
 namespace {
-constexpr cg::Form kForms[] = {cg::Operator,  cg::Literal,   cg::PreDefinedFunction, cg::Matching,
-                               cg::Behaviour, cg::Reference, cg::Compound};
+constexpr cg::Form kForms[] = {cg::Operator, cg::Literal,   cg::PreDefinedFunction,
+                               cg::Matching, cg::Behaviour, cg::Reference,
+                               cg::Compound};
 
 // Whether what is generated beside an ASN.1 module is part of its generated code, and whether codecs are.
 bool HasExternalHeader(T3Module* module) {
@@ -51,6 +52,7 @@ std::unique_ptr<CFunction> BeginGuarded(const std::string& name, std::vector<std
   parameters.push_back(FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT));
   auto function = file.beginFunction(C_VOID, name, parameters, "", true);
   function->beginIf("!(" + guard + ")");
+  function->runsHere();
   function->assign(guard, C_TRUE);
   return function;
 }

@@ -70,7 +70,6 @@ void TestComplement(T3Complement* node, T3Tree_Node* type, const CGTest& test, C
 }
 
 void TestEqual(T3Tree_Node* node, const CGTest& test, CFunction& function) {
-  const cg::ValueMode mode;
   const std::string expected = cg::InRTS(node, vexa_temp_alloc, function);
   TestForFailure(Negated(cg::Call(LUMO_IS_EQUAL, {expected, test.value, VEXA_CONTEXT})), test,
                  "value mismatch", expected, function);
@@ -164,8 +163,7 @@ std::string Silenced(T3Tree_Node* node, const std::string& location, CFunction& 
 }  // namespace
 
 void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& reason, CFunction& function) {
-  const cg::TemplateMode mode;
-  std::string location = cg::InRTS(node, vexa_temp_alloc, function);
+  std::string location = cg::InRTS(node, CGTemplateMode(), function);
   // A call is made once, although its result is also told.
   if (location.find('(') != std::string::npos) {
     const std::string made = cg::Temporary(LUMO_VALUE_T, function);

@@ -13,10 +13,7 @@
 
 namespace cgtest {
 namespace {
-std::string InC(T3Tree_Node* node, CFunction& function) {
-  const cg::ValueMode mode;
-  return cg::InC(node, function);
-}
+using cg::InC;
 
 // lower <= value && value <= upper, of which an infinite side is left out; empty where both are.
 std::string Between(const std::string& lower, const std::string& value, const std::string& upper) {

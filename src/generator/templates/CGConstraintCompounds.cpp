@@ -125,7 +125,6 @@ struct ElementLength {
 
 std::string ElementLengthHelper(T3Tree_Node* bound, CFunction& function) {
   if (cg::IsInfinityExpression(bound)) return "-1";
-  const cg::ValueMode mode;
   return cg::InC(bound, function);
 }
 
@@ -151,8 +150,7 @@ ElementLength LengthOfElement(T3Tree_Node* value, CFunction& function) {
 std::string ExplicifyCompoundValueWorker(T3Tree_Node* value, CFunction& function) {
   if (value->is<T3NotUsedSymbol>()) return LUMO_ANYONE_VALUE_C;
   if (LengthOfAny(value) != nullptr) return LUMO_ANYORNONE_VALUE_C;
-  const cg::TemplateMode mode;
-  return cg::InRTS(value, vexa_temp_alloc, function);
+  return cg::InRTS(value, CGTemplateMode(), function);
 }
 
 // The three arrays of a list: templates of the elements, permutations, lengths.

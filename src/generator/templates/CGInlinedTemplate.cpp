@@ -28,7 +28,8 @@ bool IsLocal(T3Tree_Node* def) {
   if (T3Is<_T3FormalPar>(def)) return true;
   // A template of a block that has its value where it is declared.
   if (T3Is<T3TemplateDecl>(def)) return HasRTSLocation(def);
-  return (T3Is<T3VarDecl>(def) || T3Is<T3ConstDecl>(def)) && def->as<_T3DeclList>()->attr().vexa_place > kAtModuleLevel;
+  return (T3Is<T3VarDecl>(def) || T3Is<T3ConstDecl>(def)) &&
+         def->as<_T3DeclList>()->attr().vexa_place > kAtModuleLevel;
 }
 
 bool IsFunctionCall(T3Tree_Node* node) {
@@ -168,8 +169,7 @@ T3TemplateDecl* Explicification(T3TemplateDef* definition, const std::vector<Loc
 // The argument for a reference, evaluated where the template is used. `keeps`: the template outlives the
 // statement, so that it needs values of its own.
 std::string RHSHelper(T3Tree_Node* reference, bool keeps, CFunction& function) {
-  const cg::TemplateMode mode;
-  std::string argument = cg::InRTS(reference, vexa_temp_alloc, function);
+  std::string argument = cg::InRTS(reference, CGTemplateMode(), function);
   if (!keeps || cg::HoldsTemplate(reference)) return argument;
   return cg::Call(LUMO_VALUE_COPY, {argument, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
@@ -211,12 +211,10 @@ bool RefersToFormalTemplatePar(T3Tree_Node* node) {
 }
 
 std::string AsTemplate(T3Tree_Node* node, CFunction& function) {
-  const cg::TemplateMode mode;
-  return cg::InRTS(node, vexa_temp_alloc, function);
+  return cg::InRTS(node, CGTemplateMode(), function);
 }
 
 std::string AsValue(T3Tree_Node* node, CFunction& function) {
-  const cg::ValueMode mode;
   return cg::InRTS(node, vexa_temp_alloc, function);
 }
 
@@ -232,7 +230,6 @@ std::string InstantiateTemplate(T3Tree_Node* reference, CFunction& function) {
 void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
   T3TemplateDef* definition = DefinitionOf(decl);
   if (decl->fpl->is<_T3FormalPar>()) {
-    const cg::TemplateOfBlock surroundings(decl);
     // A statement may be written more than once.
     if (MadeInThisModule().insert(decl).second) CGTemplate(decl);
     return;

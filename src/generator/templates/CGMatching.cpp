@@ -23,11 +23,11 @@ const char* ListKind(T3Tree_Node* node) {
   return LUMO_VALUE_LIST_NORMAL;
 }
 
-void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
   std::vector<std::string> items;
   for (auto* at : Items<T3ValueListItem>(values))
-    items.push_back(InRTS(at->value, vexa_temp_alloc, function));
+    items.push_back(InRTS(at->value, mode.temporary(), function));
   const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
   for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
   function.assign(array + "[" + std::to_string(items.size()) + "]", C_NULL);
@@ -36,12 +36,11 @@ void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode allocation, CFunctio
 
 std::string Bound(T3Tree_Node* node, CFunction& function) {
   if (IsInfinityExpression(node)) return LUMO_VALUE_INFINITY_C;
-  const ValueMode mode;
   return InRTS(node, vexa_temp_alloc, function);
 }
 
-void RangeMatch(T3ValueRange* node, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void RangeMatch(T3ValueRange* node, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
   const std::string lower = Bound(node->lb, function);
   const std::string upper = Bound(node->ub, function);
   function.call(LUMO_TEMPLATE_SET_VALUE_RANGE, {target, lower, upper, C_FALSE, VEXA_CONTEXT});
@@ -53,9 +52,9 @@ void SetLength(const std::string& target, T3Tree_Node* lower, T3Tree_Node* upper
   function.call(LUMO_TEMPLATE_SET_LENGTH_CONSTRAINT, {target, from, to, VEXA_CONTEXT});
 }
 
-void ExtraMatch(ExtraMatchingExpressions* node, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
-  const std::string inner = InRTS(node->object, vexa_temp_alloc, function);
+void ExtraMatch(ExtraMatchingExpressions* node, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
+  const std::string inner = InRTS(node->object, mode.temporary(), function);
   const bool if_present = node->is<T3IfPresentMatch>() || node->is<T3IfPresentIfLengthMatch>();
   function.call(LUMO_TEMPLATE_SET_VALUE, {target, inner, if_present ? C_TRUE : C_FALSE, VEXA_CONTEXT});
   T3Tree_Node* bound = node->is<T3LengthMatch>()              ? node->as<T3LengthMatch>()->size
@@ -69,20 +68,20 @@ void ExtraMatch(ExtraMatchingExpressions* node, Mode allocation, CFunction& func
 }
 
 // A length that is a whole constraint.
-void LengthMatch(T3LengthRange* node, Mode allocation, CFunction& function) {
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void LengthMatch(T3LengthRange* node, Mode mode, CFunction& function) {
+  const std::string target = AllocateRTSValue(node, mode, function);
   function.call(LUMO_TEMPLATE_SET_VALUE, {target, LUMO_ANYORNONE_VALUE_C, C_FALSE, VEXA_CONTEXT});
   SetLength(target, node->lb, node->ub, function);
 }
 
-void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode allocation, CFunction& function) {
-  const TemplateMode mode;
-  const std::string target = AllocateRTSValue(node, allocation, function);
+void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode mode, CFunction& function) {
+  mode.is_template = true;
+  const std::string target = AllocateRTSValue(node, mode, function);
   function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
 }
 
 // A reference to a declared template with its arguments.
-void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actuals, Mode allocation,
+void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actuals, Mode mode,
                        CFunction& function) {
   T3Tree_Node* origin = BehindImport(decl);
   auto* definition = origin->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
@@ -94,17 +93,16 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
       HasRTSLocation(origin)
           ? RTSLocation(origin)
           : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
-                 {AccessNamedEntity(decl), AllocationMode(allocation), array,
+                 {AccessNamedEntity(decl, function), AllocationMode(mode.allocation), array,
                   std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
-  StoreRTSLocation(node, IsTemplateMode()
+  StoreRTSLocation(node, mode.is_template
                              ? instance
-                             : Call(LUMO_VALUEOF, {instance, AllocationMode(allocation), VEXA_CONTEXT}));
+                             : Call(LUMO_VALUEOF, {instance, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
-void ValueOf(T3ValueOf* node, Mode allocation, CFunction& function) {
-  const TemplateMode mode;
-  const std::string location = InRTS(node->template_value, vexa_temp_alloc, function);
-  StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(allocation), VEXA_CONTEXT}));
+void ValueOf(T3ValueOf* node, Mode mode, CFunction& function) {
+  const std::string location = InRTS(node->template_value, CGTemplateMode(), function);
+  StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 // A value of one type is never matched by a pattern of another one.
@@ -115,7 +113,6 @@ bool FitsPattern(T3Tree_Node* value, T3Tree_Node* pattern) {
 }
 
 void MatchOperation(T3Match* node, CFunction& function) {
-  const ValueMode mode;
   if (!FitsPattern(node->expression, node->template_value)) {
     vexa_warning(GetVerbosity(CGCurrentModule()),
                  "Type mismatch in match statement: will always evaluate to false", node->position);
@@ -127,39 +124,39 @@ void MatchOperation(T3Match* node, CFunction& function) {
 }
 }  // namespace
 
-bool Matching(T3Tree_Node* node, Mode allocation, CFunction& function) {
+bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (auto* match = node->try_as<T3Match>()) {
     MatchOperation(match, function);
   } else if (auto* value = node->try_as<T3ValueOf>()) {
-    ValueOf(value, allocation, function);
+    ValueOf(value, mode, function);
   } else if (node->is<T3AnyValue>()) {
     StoreRTSLocation(node, LUMO_ANYONE_VALUE_C);
   } else if (node->is<T3AnyOrOmit>()) {
     StoreRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
   } else if (auto* list = node->try_as<T3ValueList>()) {
-    ListMatch(node, list->values, allocation, function);
+    ListMatch(node, list->values, mode, function);
   } else if (auto* complement = node->try_as<T3Complement>()) {
-    ListMatch(node, complement->values, allocation, function);
+    ListMatch(node, complement->values, mode, function);
   } else if (auto* set = node->try_as<_T3SuperOrSubSet>()) {
-    ListMatch(node, set->values, allocation, function);
+    ListMatch(node, set->values, mode, function);
   } else if (auto* range = node->try_as<T3ValueRange>()) {
-    RangeMatch(range, allocation, function);
+    RangeMatch(range, mode, function);
   } else if (auto* extra = node->try_as<ExtraMatchingExpressions>()) {
-    ExtraMatch(extra, allocation, function);
+    ExtraMatch(extra, mode, function);
   } else if (auto* length = node->try_as<T3LengthRange>()) {
-    LengthMatch(length, allocation, function);
+    LengthMatch(length, mode, function);
   } else if (node->is<T3CharStringMatch>() || node->is<_T3SpecialStringMatch>()) {
-    SetPattern(node, PatternText(node, function), allocation, function);
+    SetPattern(node, PatternText(node, function), mode, function);
   } else if (auto* call = node->try_as<T3Parameterization>()) {
     if (!IsTemplateDecl(Def(call))) return false;
-    TemplateReference(node, Def(call), call->apl, allocation, function);
+    TemplateReference(node, Def(call), call->apl, mode, function);
   } else if (node->is<T3Identifier>() || (node->is<T3Qualifier>() && !IsField(node->as<T3Qualifier>()))) {
     T3Tree_Node* def = Def(node);
     // A type in the list of a subtype: any of its values.
     if (T3Is<T3TypeDecl>(BehindImport(def)) && !IsAsnNullType(BehindImport(def)))
       return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
-    TemplateReference(node, def, _sgT3NoActualPar(), allocation, function);
+    TemplateReference(node, def, _sgT3NoActualPar(), mode, function);
   } else {
     return false;
   }

@@ -24,13 +24,12 @@ void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& f
 void WritePart(const std::string& target, T3Tree_Node* value, CFunction& function) {
   if (IsWrittenOver(value, cg::TypeOf(value)))
     return WriteOver(target, value->as<T3CompoundValue>(), function);
-  CGAssign(target, value, false, function);
+  CGAssign(target, value, false, function, CGTemplateMode());
 }
 
 // The place of a part, which is made where it is missing.
 std::string PartToWrite(const std::string& target, T3FieldValue* item, T3Tree_Node* type, size_t position,
                         CFunction& function) {
-  const cg::ValueMode mode;
   auto* name = item->field->try_as<T3FieldName>();
   auto* index = item->field->try_as<T3FieldIndex>();
   const auto bounds = type->is<T3ArrayType>() ? KnownBounds(type) : std::nullopt;
@@ -59,9 +58,8 @@ void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& f
 
 // A copy of what is modified, with the changes written over it.
 std::string ModifiedAtRunTime(T3TemplateDef* definition, CFunction& function) {
-  const cg::TemplateMode mode;
   const std::string base =
-      cg::InRTS(definition->modifies->as<T3TemplateReference>()->reference, vexa_temp_alloc, function);
+      cg::InRTS(definition->modifies->as<T3TemplateReference>()->reference, CGTemplateMode(), function);
   std::string location = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,
                          {VEXATypeRef(TypeOfTemplate(definition)), LUMO_TEMP_ALLOC_C, "0", VEXA_CONTEXT});

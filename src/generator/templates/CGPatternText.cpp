@@ -22,7 +22,6 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
 }  // namespace
 
 std::string PatternText(T3Tree_Node* node, CFunction& function) {
-  const ValueMode mode;
   if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
   return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
 }

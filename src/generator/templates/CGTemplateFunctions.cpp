@@ -29,11 +29,12 @@ std::vector<std::string> Parameters(const std::vector<std::string>& behind) {
 
 // One function of a template.
 template <class Body>
-void TemplateFunction(T3TemplateDef* definition, const char* result, const std::string& name,
-                      const std::vector<std::string>& parameters, const Body& body) {
+void TemplateFunction(T3TemplateDecl* decl, T3TemplateDef* definition, const char* result,
+                      const std::string& name, const std::vector<std::string>& parameters, const Body& body) {
   const CGStatementScope scope;
   ResetLocations(definition);
   auto function = gT3Context.file().beginFunction(result, name, Parameters(parameters), "", false);
+  function->reach.locals = decl->attr().vexa_place != kAtModuleLevel;
   body(*function);
   function->end();
 }
@@ -55,9 +56,8 @@ bool AcceptsOmit(T3Tree_Node* constraint) {
 
 void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
   TemplateFunction(
-      definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)},
+      decl, definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)},
       [&](CFunction& function) {
-        const cg::ValueMode value_mode;
         T3Tree_Node* type = TypeOfTemplate(definition);
         const std::string result = function.declare(C_BOOL, "", C_TRUE);
         GenDefaultFormalPars(decl->fpl, function);
@@ -75,7 +75,7 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
           function._return(C_TRUE);
           function.endIf();
         }
-        const cg::ReferencesViaSymbolTable references;
+        function.reach.rows = true;
         const InheritedArguments inherited(definition, VEXA_ARGV, function);
         GenConstraint(definition->constraint, RootType(type), test, function);
         function._return(result);
@@ -119,15 +119,14 @@ void ReturnAs(T3Tree_Node* type, const std::string& location, CFunction& functio
 }
 
 void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
-  TemplateFunction(definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
+  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, [&](CFunction& function) {
                      if (IsAmbiguous(definition->constraint)) {
                        ReportAmbiguous("attempting to turn ambiguous template into value", function);
                        function._return(LUMO_ILLEGAL_VALUE_C);
                        return;
                      }
-                     const cg::ValueMode value_mode;
-                     const cg::ReferencesViaSymbolTable references;
+                     function.reach.rows = true;
                      GenDefaultFormalPars(decl->fpl, function);
                      const InheritedArguments inherited(definition, VEXA_ARGV, function);
                      ReturnAs(TypeOfTemplate(definition),
@@ -153,17 +152,15 @@ bool CountItems(T3CompoundValue* compound, const std::string& sum, CFunction& fu
 
 // The size of what a reference means is asked for.
 void GenReferenceConstraint(T3Tree_Node* node, const std::string& sum, CFunction& function) {
-  const cg::TemplateMode mode;
   const std::string size = function.getTmpVariable(C_LONG);
-  function.callAndAssign(size, LUMO_SIZE_OF, {cg::InRTS(node, vexa_temp_alloc, function), VEXA_CONTEXT});
+  function.callAndAssign(size, LUMO_SIZE_OF, {cg::InRTS(node, CGTemplateMode(), function), VEXA_CONTEXT});
   AddTo(sum, size, function);
   function.releaseTmpVariable(size);
 }
 
 void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(definition, C_UNSIGNED_LONG, VEXASizeOfName(decl), {}, [&](CFunction& function) {
-    const cg::ValueMode value_mode;
-    const cg::ReferencesViaSymbolTable references;
+  TemplateFunction(decl, definition, C_UNSIGNED_LONG, VEXASizeOfName(decl), {}, [&](CFunction& function) {
+    function.reach.rows = true;
     GenDefaultFormalPars(decl->fpl, function);
     const InheritedArguments inherited(definition, VEXA_ARGV, function);
     T3Tree_Node* constraint = definition->constraint;
@@ -180,7 +177,7 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
 }
 
 void CGConstraintOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(definition, LUMO_VALUE_T, VEXAConstraintOfName(decl),
+  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAConstraintOfName(decl),
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, [&](CFunction& function) {
                      GenDefaultFormalPars(decl->fpl, function);
                      const InheritedArguments inherited(definition, VEXA_ARGV, function);
@@ -240,9 +237,10 @@ void CGSignatureTemplate(T3TemplateDecl* decl, T3TemplateDef* definition) {
 }  // namespace
 
 void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& function) {
-  const cg::TemplateMode mode;
-  const cg::ReferencesViaSymbolTable references;
-  const std::string location = cg::InRTS(constraint, vexa_strategy_alloc, function);
+  function.reach.rows = true;
+  CGMode mode = vexa_strategy_alloc;
+  mode.is_template = true;
+  const std::string location = cg::InRTS(constraint, mode, function);
   if (constraint->is<T3Omit>() || (!IsAmbiguous(constraint) && !cg::HoldsTemplate(constraint)))
     return function._return(location);
   const std::string general = function.getTmpVariable(LUMO_VALUE_T);

@@ -1,5 +1,4 @@
 #include "generator/types/CGCheck.h"
-#include "generator/expressions/CGModes.h"
 
 #include "generator/templates/CGConstraint.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -23,7 +22,6 @@ void CheckParentType(T3Tree_Node* decl, T3Tree_Node* parent, CFunction& function
 }
 
 void CheckBody(T3Tree_Node* decl, T3SubType* subtype, CFunction& function) {
-  const cg::ValueMode mode;
   CheckParentType(decl, subtype->parent, function);
   const std::string result = function.declare(C_BOOL, "", C_TRUE);
   const std::string name = gIdents.GetCStr(decl->as<_T3Decl>()->name);
