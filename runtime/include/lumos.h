@@ -13,15 +13,9 @@
 #include <stdbool.h>
 #include <stddef.h>
 
-#if defined(__GNUC__) && !defined(__cplusplus)
-/* The table of a component type counts its declarations in a slot that is a pointer
-   for every other kind of type. */
-#pragma GCC diagnostic ignored "-Wint-conversion"
-#endif
-
 #ifdef __TINYC__
-/* It has no other way to be told the same. */
-#pragma comment(option, "-w")
+/* This compiler does not say of itself that its objects need no executable stack. */
+__asm__(".pushsection .note.GNU-stack,\"\",@progbits\n\t.popsection");
 #endif
 
 #ifdef __cplusplus

@@ -10,6 +10,7 @@
 #include "ports/outside.h"
 #include "template/templates.h"
 #include "run/timer.h"
+#include "value/subtypes.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -199,6 +200,7 @@ Value content_of(Value template_value) {
                 : settled(template_value);
   if (v->form == Form::special || !is_complete(v))
     fault("a value that is sent is not completely initialized");
+  check_belongs(v, v->type);
   return v;
 }
 

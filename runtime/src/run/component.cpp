@@ -27,6 +27,8 @@ void release_behaviour(Component& c) {
   deactivate_all(c.task);
   stop_timers_outside(c.task, c.record);
   reset_task(c.task);
+  if (test_case && &c == test_case->mtc && test_case->arguments.empty())
+    test_case->arguments.swap(c.behaviour.argv);
   free_behaviour(c);
   drop_from_ready(c);
   if (c.unsent) delete_message(c.unsent);

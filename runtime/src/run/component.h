@@ -61,6 +61,7 @@ struct TestCase {
   bool ended = false;
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
+  std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
 };
 extern TestCase* test_case;
 

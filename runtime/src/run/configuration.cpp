@@ -92,8 +92,8 @@ void remove_mapping(Port& a, Port& b) {
   outside_unmap(first_is_system ? b : a, first_is_system ? a : b);
 }
 
-// A test case without a system clause maps its ports at its start, for whoever wants to use them so; connecting
-// one says that it is meant otherwise.
+// A test case without a system clause maps its ports at its start, for whoever wants to use them so;
+// connecting one says that it is meant otherwise.
 void give_up_own_mapping(Port& port) {
   if (port.is_mapped_itself) remove_mapping(port, *port.mappings.back());
 }

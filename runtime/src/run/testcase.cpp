@@ -4,6 +4,9 @@
 #include "text/log.h"
 #include "ports/outside.h"
 #include "run/scheduler.h"
+#include "value/memory.h"
+#include "template/templates.h"
+#include "value/scratch.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -50,6 +53,48 @@ void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lu
   outside_test_case_ends();
 }
 
+// The arguments of a test case for whom it hands values back; the others end.
+void keep_results(TestCase& tc, const lumo_field_info_t* formals, unsigned long argc, Value* kept) {
+  constexpr unsigned back = lumo_type_parameter_out_c | lumo_type_parameter_inout_c;
+  for (unsigned long i = 0; i < tc.arguments.size(); ++i) {
+    Value argument = tc.arguments[i];
+    if (!argument) continue;
+    const bool comes_back = formals && i < argc && formals[i].property & back;
+    if (comes_back) kept[i] = copy_value(argument, lumo_temp_alloc_c);
+    destroy(argument);
+  }
+  tc.arguments.clear();
+}
+
+void hand_back(unsigned long argc, lumo_value_t argv[], Value* kept) {
+  for (unsigned long i = 0; i < argc; ++i) {
+    if (!kept[i] || !argv[i] || argv[i]->life == Life::fixed) continue;
+    if (!is_blank(kept[i])) {
+      // The test case has ended with an error for what does not belong to the variable's type.
+      if (argv[i]->dynamic || lumo_type_check(argv[i]->type, kept[i], current_task))
+        lumo_value_assign(argv[i], kept[i], current_task);
+    } else if (!argv[i]->pending) {
+      clear_contents(argv[i]);
+      shape_fresh(argv[i]);
+    }
+  }
+}
+
+lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long argc, lumo_value_t argv[],
+                          Value* kept) {
+  log_format(lumo_log_msg_info_c, "test case %s.%s started", tc.module.c_str(), tc.name.c_str());
+  test_case = &tc;
+  run_test_case(tc, row, argc, argv);
+  test_case = nullptr;
+  lumo_type_t signature = testcase_clause(row, 0);
+  keep_results(tc, signature ? field_info(signature) : nullptr, argc, kept);
+  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", tc.module.c_str(),
+             tc.name.c_str(), verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
+  results().push_back({tc.module, tc.name, tc.verdict, tc.reason});
+  if (result_listener) result_listener(results().back());
+  return tc.verdict;
+}
+
 }  // namespace
 
 void (*result_listener)(const Result& result) = nullptr;
@@ -82,21 +127,17 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
   check_not_running("execute");
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, testcase, context);
   if (!row->function_ptr) fault("'%s.%s' is no test case", module, testcase);
-  TestCase tc;
-  tc.module = module;
-  tc.name = testcase;
-  tc.scheduler = current_fiber();
-  tc.caller = current_task;
-  Time begin = now();
-  if (timeout >= 0) tc.deadline = begin + duration_of(timeout);
-  log_format(lumo_log_msg_info_c, "test case %s.%s started", module, testcase);
-  test_case = &tc;
-  run_test_case(tc, row, argc, argv);
-  test_case = nullptr;
-  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", module, testcase,
-             verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
-  results().push_back({module, testcase, tc.verdict, tc.reason});
-  if (result_listener) result_listener(results().back());
-  lumo_verdict_t verdict = tc.verdict;
+  Scratch<Value> kept(argc);
+  lumo_verdict_t verdict;
+  {
+    TestCase tc;
+    tc.module = module;
+    tc.name = testcase;
+    tc.scheduler = current_fiber();
+    tc.caller = current_task;
+    if (timeout >= 0) tc.deadline = now() + duration_of(timeout);
+    verdict = verdict_of(row, tc, argc, argv, kept.data());
+  }
+  hand_back(argc, argv, kept.data());
   return lumo_value_set_verdict(make_root(lumo_verdicttype_type, lumo_temp_alloc_c), verdict, context);
 }

@@ -200,8 +200,8 @@ void stop_timers_outside(Task& task, Value record) {
 
 namespace {
 const bool hooks_are_set =
-    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
-     hooks.timer_text = timer_text, true);
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer,
+     hooks.copy_timer_default = copy_timer_default, hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos

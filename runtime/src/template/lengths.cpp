@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "value/task.h"
+#include "template/pattern.h"
 #include "template/templates.h"
 #include "value/error.h"
 #include "value/types.h"
@@ -51,7 +52,10 @@ Lengths of_list(Value v) {
 
 // A pattern of digits, in which `?` is one element.
 Lengths of_pattern(Value v) {
-  if (is_text_kind(v->kind)) return {0, unlimited};
+  if (is_text_kind(v->kind)) {
+    const long length = pattern_length(v);
+    return length < 0 ? Lengths{0, unlimited} : Lengths{length, length};
+  }
   const char* text = lumo_value_get_charstring(v->parts.data[0], current_task);
   const bool is_octets = v->kind == lumo_type_kind_octetstring;
   Lengths lengths = {0, 0};

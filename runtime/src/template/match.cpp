@@ -106,6 +106,7 @@ bool match_dynamic_list(Value p, Value v) {
 bool match_special(Value p, Value v) {
   switch (p->special) {
     case Special::anyone:
+      if (!v->dynamic && !is_complete(v)) fault("a value that is not completely initialized is matched");
       return !is_omit(v);
     case Special::anyornone:
     case Special::no_value:
@@ -193,6 +194,10 @@ bool match_value(Value p, Value v) {
 using namespace lumos;
 
 lumo_boolean_t lumo_match(lumo_value_t template_value, lumo_value_t value, lumo_context_t) {
+  // Asked once, for a whole: its parts have parents.
+  const bool is_whole =
+      value && !value->parent && !value->dynamic && (has_parts(value->form) || value->form == Form::unset);
+  if (is_whole && !is_complete(value)) fault("a value that is not completely initialized is matched");
   return match_value(template_value, value);
 }
 

@@ -398,11 +398,32 @@ class Machine {
     }
   }
 
+  // Steps on as long as any characters would be taken.
+  long length() {
+    std::vector<Thread> now, next;
+    add(now, {0, {}}, 0, 1);
+    for (size_t taken = 0; !now.empty() && taken < program_.code.size(); ++taken) {
+      next.clear();
+      bool accepts = false;
+      for (const Thread& thread : now) {
+        accepts = accepts || program_.code[thread.at].code == Instruction::accept;
+        if (takes_any(program_.code[thread.at])) add(next, {thread.at + 1, {}}, 0, taken + 2);
+      }
+      if (accepts) return next.empty() ? static_cast<long>(taken) : -1;
+      std::swap(now, next);
+    }
+    return -1;
+  }
+
  private:
   struct Thread {
     size_t at;
     std::vector<size_t> places;
   };
+
+  static bool takes_any(const Instruction& i) {
+    return i.code == Instruction::any || i.code == Instruction::set;
+  }
 
   static bool takes(const Instruction& i, char32_t c) {
     if (i.code == Instruction::any) return true;
@@ -505,21 +526,21 @@ Value pattern_text(Value pattern) {
   return pattern;
 }
 
-bool run_pattern(Value pattern, Value v, std::vector<size_t>* places) {
-  const char* error = nullptr;
-  bool matched = false;
+// Its texts end before a fault does not return.
+const Program& readable_program(Value pattern) {
+  const Program* program = nullptr;
   {
     std::u32string text = wide_text(pattern);
     if (text.find(U'{') != std::u32string::npos) text = expanded(text, 0);
-    const Program& program = program_of(text);
-    if (program.error.empty()) {
-      matched = Machine(program, places != nullptr).run(wide_text(v), places);
-    } else {
-      error = program.error.c_str();
-    }
+    program = &program_of(text);
   }
-  if (error) fault("pattern is not readable: %s", error);
-  return matched;
+  if (!program->error.empty()) fault("pattern is not readable: %s", program->error.c_str());
+  return *program;
+}
+
+bool run_pattern(Value pattern, Value v, std::vector<size_t>* places) {
+  const Program& program = readable_program(pattern);
+  return Machine(program, places != nullptr).run(wide_text(v), places);
 }
 
 // Wildcards in digits: "?" is one element, "*" any number of them.
@@ -563,6 +584,10 @@ bool match_pattern(Value pattern, Value v) {
   if (is_text_kind(v->kind)) return run_pattern(pattern, v, nullptr);
   if (v->form != Form::string) fault("a pattern cannot match a value of type '%s'", type_name(v->type));
   return pattern->form == Form::string && match_digits(pattern, v);
+}
+
+long pattern_length(Value pattern) {
+  return Machine(readable_program(pattern_text(pattern)), false).length();
 }
 
 std::u32string pattern_group(Value pattern, Value v, size_t group) {

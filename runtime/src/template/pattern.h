@@ -12,6 +12,8 @@ namespace lumos {
 // The pattern is a text; the kind of the value tells its notation. Not readable patterns
 // are a fault.
 bool match_pattern(Value pattern, Value v);
+// The number of characters that all texts which match have; -1 where they differ in length.
+long pattern_length(Value pattern);
 // The part of the text that the numbered group of the pattern takes (from 0), empty if the
 // whole text does not match.
 std::u32string pattern_group(Value pattern, Value v, size_t group);

@@ -206,10 +206,18 @@ Value restricted(Value source, unsigned restriction) {
   return v;
 }
 
+static bool has_open_end(Value v) {
+  return v->form == Form::vector && v->index == open_end && v->parts.size &&
+         v->parts.data[v->parts.size - 1] && is_special(v->parts.data[v->parts.size - 1], Special::anyornone);
+}
+
+bool is_behind_open_end(Value v, size_t slot) {
+  return has_open_end(v) && slot + 1 >= v->parts.size;
+}
+
 void make_room(Value v, size_t slot) {
   const size_t size = v->parts.size;
-  const bool is_open =
-      v->index == open_end && size && is_special(v->parts.data[size - 1], Special::anyornone);
+  const bool is_open = has_open_end(v);
   const size_t written = is_open ? size - 1 : size;
   if (slot < written) return;
   resize_parts(v, is_open ? slot + 2 : slot + 1);

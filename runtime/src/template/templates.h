@@ -15,6 +15,8 @@ Value restricted(Value source, unsigned restriction);
 void open_structure(Value v);
 // Makes room for an element of a list; a template that was `?` goes on to match any elements behind it.
 void make_room(Value v, size_t slot);
+// Whether the element is one of any number that such a template goes on to match.
+bool is_behind_open_end(Value v, size_t slot);
 // Shapes of template nodes (values.cpp).
 void open_instance(Value v, size_t count);
 void open_parts(Value v, Form form, size_t count);

@@ -49,6 +49,7 @@ void copy_parts(Value target, Value source) {
   check_shape(target, source);
   if (target->form != source->form) change_form(target, source->form);
   resize_parts(target, source->parts.size);
+  if (source->form == Form::vector) target->index = source->index;  // whether its end is open
   for (size_t i = 0; i < source->parts.size; ++i) {
     Value from = source->parts.data[i];
     Value& slot = target->parts.data[i];
@@ -307,7 +308,8 @@ void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t)
   if (target == source) return;
   if (is_omit(source)) check_takes_omit(target);
   if (is_within(target, source) || is_within(source, target)) source = copy_value(source, lumo_temp_alloc_c);
-  const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type);
+  const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type) &&
+                          !(has_parts(source->form) && may_be_short(target->type));
   assign_contents(target, source);
   if (!is_checked && !target->dynamic) check_parts(target);
   check_written(target);

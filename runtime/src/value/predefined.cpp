@@ -546,9 +546,8 @@ unsigned long lumo_sizeoftype(lumo_value_t v, lumo_context_t) {
 lumo_boolean_t lumo_ispresent(lumo_value_t parent, unsigned long index, lumo_context_t context) {
   if (!parent || is_omit(parent)) return false;
   Value part = lumo_value_try_field_by_index(parent, index, context);
-  if (part && (is_special(part, Special::anyornone) || part->if_present))
-    fault("ispresent: the field of the template may be omitted");
-  return part && !is_omit(part) && part->form != Form::unset;
+  const bool may_be_omitted = part && (is_special(part, Special::anyornone) || part->if_present);
+  return part && !may_be_omitted && !is_omit(part) && part->form != Form::unset;
 }
 
 lumo_boolean_t lumo_ischosen(lumo_value_t parent, unsigned long index, lumo_context_t context) {

@@ -46,7 +46,9 @@ Value pending_part(Value whole, size_t place, lumo_type_t type) {
 }
 
 Value pending_element(Value list, size_t slot) {
-  return pending_part(list, slot, element_type(list->type));
+  Value part = pending_part(list, slot, element_type(list->type));
+  if (is_behind_open_end(list, slot)) set_special(part, Special::anyone);
+  return part;
 }
 
 Value pending_field(Value v, size_t slot) {
@@ -66,6 +68,18 @@ Value written_field(Value v, size_t slot) {
   return pending_field(v, slot);
 }
 
+// A matching mechanism that stands for a whole, with the type of the whole, so that its parts can be asked
+// for.
+Value typed_any(Value part, lumo_type_t type) {
+  const lumo_type_kind_t kind = base_kind(type);
+  const bool has_parts = is_record_kind(kind) || is_list_kind(kind) || kind == lumo_type_kind_union;
+  const bool is_any = is_special(part, Special::anyone) || is_special(part, Special::anyornone);
+  if (!has_parts || !is_any || part->life != Life::fixed) return part;
+  Value typed = lumo_type_instantiate_dynamic_template(type, lumo_temp_alloc_c, 0, current_task);
+  set_special(typed, part->special);
+  return typed;
+}
+
 Value read_field(Value v, size_t slot) {
   const lumo_field_info_t* fields = field_info(v->type);
   if (v->form == Form::unset) shape(v);
@@ -75,7 +89,7 @@ Value read_field(Value v, size_t slot) {
   Value part = v->parts.data[slot];
   bool optional = fields && is_optional(fields[slot]);
   if (part && is_omit(part)) return lumo_omit_value_c;
-  if (part && part->form != Form::unset) return part;
+  if (part && part->form != Form::unset) return v->dynamic ? typed_any(part, fields[slot].type) : part;
   if (fields && fields[slot].default_value && !v->dynamic) return fields[slot].default_value;
   if (optional && !v->dynamic) return lumo_omit_value_c;
   return force_part(v, slot);
@@ -83,19 +97,23 @@ Value read_field(Value v, size_t slot) {
 
 // Reading leaves a template as it is, also one in the place of a part.
 Value part_at(Value v, size_t slot) {
-  return v->parts.data[slot] ? v->parts.data[slot] : force_part(v, slot);
+  Value part = v->parts.data[slot];
+  return part ? typed_any(part, part_type(v, slot)) : force_part(v, slot);
 }
 
 Value read_element(Value v, size_t slot, bool is_try) {
+  if (is_behind_open_end(v, slot)) return typed_any(lumo_anyone_value_c, element_type(v->type));
   if (v->form == Form::vector && slot < v->parts.size) return part_at(v, slot);
   if (is_try) return lumo_omit_value_c;
   return pending_element(v, slot);
 }
 
 Value any_part(Value parent, size_t slot) {
-  const lumo_field_info_t* fields = is_record_kind(parent->kind) ? field_info(parent->type) : nullptr;
-  return fields && slot < field_count(parent->type) && is_optional(fields[slot]) ? lumo_anyornone_value_c
-                                                                                 : lumo_anyone_value_c;
+  if (is_list_kind(parent->kind)) return typed_any(lumo_anyone_value_c, element_type(parent->type));
+  const bool has_fields = is_record_kind(parent->kind) || parent->kind == lumo_type_kind_union;
+  if (!has_fields || slot >= field_count(parent->type)) return lumo_anyone_value_c;
+  const lumo_field_info_t& field = field_info(parent->type)[slot];
+  return typed_any(is_optional(field) ? lumo_anyornone_value_c : lumo_anyone_value_c, field.type);
 }
 
 Value read_alternative(Value v, long index, const char* name) {
@@ -111,6 +129,10 @@ Value read_alternative(Value v, long index, const char* name) {
 
 Value get_part(Value value, unsigned long index, bool is_try) {
   Value v = readable(value);
+  if (is_special(v, Special::anyornone)) {
+    if (is_try) return lumo_omit_value_c;
+    fault("a part of a template that may be omitted is used");
+  }
   if (v->form == Form::special) return any_part(v, index);
   if (is_list_kind(v->kind)) return read_element(v, slot_of(v, index), is_try);
   if (v->kind == lumo_type_kind_union) {
@@ -184,16 +206,18 @@ lumo_value_t lumo_value_field_by_index_lhs(lumo_value_t value, unsigned long ind
   open_structure(value);
   if (value->form == Form::vector) {
     const size_t slot = slot_of(value, index);
-    return slot < value->parts.size ? force_part(value, slot) : pending_element(value, slot);
+    const bool is_there = slot < value->parts.size && !is_behind_open_end(value, slot);
+    return is_there ? force_part(value, slot) : pending_element(value, slot);
   }
   return written_field(value, index);
 }
 
 lumo_value_t lumo_value_field_by_name(lumo_value_t value, const char* name, lumo_context_t) {
   Value v = readable(value);
-  if (v->form == Form::special) return lumo_anyone_value_c;
+  if (v->form == Form::special && v->life == Life::fixed) return get_part(v, 0, false);
   long index = field_index(v->type, name);
   if (index < 0) fault("type '%s' has no field '%s'", type_name(v->type), name);
+  if (v->form == Form::special) return any_part(v, static_cast<size_t>(index));
   if (v->kind == lumo_type_kind_union) return read_alternative(v, index, name);
   return read_field(v, static_cast<size_t>(index));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <set>
 
 #include "value/task.h"
 #include "value/error.h"
@@ -15,7 +16,7 @@ namespace {
 // What the subtypes of a list ask for.
 struct ListRule {
   bool of_elements = false;  // more than lengths
-  lumo_long_integer_t upper = -1;
+  lumo_long_integer_t lower = 0, upper = -1;
 };
 
 Value constraint_of(lumo_type_t type) {
@@ -33,6 +34,7 @@ void add_rule(ListRule& rule, lumo_type_t type) {
     rule.of_elements = true;
     return;
   }
+  rule.lower = std::max(rule.lower, constraint->restraint->lower);
   const lumo_long_integer_t upper = constraint->restraint->upper;
   if (upper >= 0 && (rule.upper < 0 || upper < rule.upper)) rule.upper = upper;
 }
@@ -66,6 +68,16 @@ void does_not_belong(Value v, lumo_type_t type) {
   refuse("value %s does not belong to type '%s'", text, type_name(type));
 }
 
+// A literal is made when its module starts, and checked by those who use it.
+bool is_literal(Value v) {
+  return v->life == Life::perm && !v->parent && !v->label;
+}
+
+bool is_starting() {
+  const auto& frames = current_task->frames;
+  return !current_task->component && !frames.empty() && frames.front().scope == lumo_scope_undefined_c;
+}
+
 bool is_list(Value v) {
   return v->form == Form::vector && v->kind != lumo_type_kind_array;
 }
@@ -96,6 +108,7 @@ void check_around(Value v) {
 }  // namespace
 
 void check_written(Value v) {
+  if (is_starting() && is_literal(v)) return;
   check_own(v);
   for (Value whole = v->parent; whole; whole = whole->parent) check_around(whole);
 }
@@ -139,8 +152,34 @@ LengthBounds length_bounds(lumo_type_t type) {
   return bounds;
 }
 
+// A type that has itself among its parts is not asked again.
+static bool has_short(lumo_type_t type, std::set<const void*>& asked) {
+  type = plain_type(type);
+  if (!type || !type->type_info || !asked.insert(type->type_info).second) return false;
+  const lumo_type_kind_t kind = base_kind(type);
+  if (is_list_kind(kind)) {
+    const bool is_bounded = kind != lumo_type_kind_array && has_check(type) && list_rule(type).lower > 0;
+    return is_bounded || has_short(element_type(type), asked);
+  }
+  const bool has_fields = is_record_kind(kind) || kind == lumo_type_kind_union;
+  const size_t count = has_fields ? field_count(type) : 0;
+  for (size_t i = 0; i < count; ++i)
+    if (has_short(field_info(type)[i].type, asked)) return true;
+  return false;
+}
+
+bool may_be_short(lumo_type_t type) {
+  static auto* known = new std::map<const void*, bool>;
+  auto [found, is_new] = known->try_emplace(type ? type->type_info : nullptr, false);
+  std::set<const void*> asked;
+  if (is_new) found->second = has_short(type, asked);
+  return found->second;
+}
+
 bool belongs(Value v, lumo_type_t type) {
-  if (v->dynamic || v->form == Form::instance || lumo_type_is_equal(v->type, type, nullptr)) return true;
+  if (v->dynamic || v->form == Form::instance) return true;
+  if (lumo_type_is_equal(v->type, type, nullptr))
+    return !(is_literal(v) && has_check(type)) && !(has_parts(v->form) && may_be_short(type));
   const lumo_type_kind_t kind = base_kind(type);
   const bool has_fields = kind == lumo_type_kind_record || kind == lumo_type_kind_set;
   if ((has_fields || is_list_kind(kind)) && structure_of(v->type) != structure_of(type)) return false;
@@ -148,7 +187,9 @@ bool belongs(Value v, lumo_type_t type) {
 }
 
 void check_belongs(Value v, lumo_type_t type) {
-  if (v->form == Form::unset || belongs(v, type) || !has_check(type)) return;
+  if (v->form == Form::unset || belongs(v, type)) return;
+  if (may_be_short(type)) check_parts(v);
+  if (!has_check(type)) return;
   if (has_parts(v->form) && !is_complete(v)) return;
   if (!holds(type, v)) does_not_belong(v, type);
 }

@@ -266,21 +266,15 @@ lumo_type_t part_type(Value v, size_t slot) {
   return v->type;
 }
 
-// Lists of `?` stay `?` where one part is written.
-static void expand_any(Value part, Value special) {
-  if (!part->dynamic || !special || special->special == Special::omit) return;
-  if (!is_record_kind(part->kind)) return;
-  shape(part);
-  const lumo_field_info_t* fields = field_info(part->type);
-  for (size_t i = 0; i < part->parts.size; ++i)
-    part->parts.data[i] = is_optional(fields[i]) ? lumo_anyornone_value_c : lumo_anyone_value_c;
+static bool is_any(Value part) {
+  return part && (is_special(part, Special::anyone) || is_special(part, Special::anyornone));
 }
 
 Value force_part(Value v, size_t slot) {
   Value old = v->parts.data[slot];
   if (old && old->life != Life::fixed) return old;
   Value part = make_part(part_type(v, slot), v);
-  expand_any(part, old);
+  if (part->dynamic && is_any(old)) set_special(part, old->special);  // what it stood for until it is written
   if (v->form == Form::fields) {
     const lumo_field_info_t* fields = field_info(v->type);
     if (fields && slot < field_count(v->type)) part->label = fields[slot].name;

@@ -22,6 +22,7 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
+  CGInstantiateOutOmittedParameters(call->apl, formals, array, function);
   const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
                                                                   : InC(node->timeout, function);
   StoreRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
