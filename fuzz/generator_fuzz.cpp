@@ -8,7 +8,7 @@
 #include <string>
 
 #include "analysis/walk/T3Stages.h"
-#include "asn1/integration/T3Representation.h"
+#include "asn1/integration/T3ModuleSteps.h"
 #include "driver/diagnostics/Errors.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/controller/T3Controller.h"

@@ -13,15 +13,9 @@
 #include <stdbool.h>
 #include <stddef.h>
 
-#if defined(__GNUC__) && !defined(__cplusplus)
-/* The table of a component type counts its declarations in a slot that is a pointer
-   for every other kind of type. */
-#pragma GCC diagnostic ignored "-Wint-conversion"
-#endif
-
 #ifdef __TINYC__
-/* It has no other way to be told the same. */
-#pragma comment(option, "-w")
+/* This compiler does not say of itself that its objects need no executable stack. */
+__asm__(".pushsection .note.GNU-stack,\"\",@progbits\n\t.popsection");
 #endif
 
 #ifdef __cplusplus
@@ -292,6 +286,9 @@ long lumo_type_field_index(lumo_type_t type, const char* name, lumo_context_t co
 lumo_value_t lumo_type_field_default_value(lumo_type_t type, unsigned long index, lumo_context_t context);
 /* Takes number and tables of fields over from the parent of a subtype. */
 void lumo__type_resolve_parent_info(lumo_type_t type, lumo_context_t context);
+/* Tells how many attributes stand in a table of a type's description. */
+void lumo_attributes_register(const lumo_encoding_attr_struct_t* attributes, unsigned long count,
+                              lumo_context_t context);
 void lumo_type_set_encoder(lumo_type_t type, lumo_encoder_t encoder, lumo_context_t context);
 void lumo_type_set_decoder(lumo_type_t type, lumo_decoder_t decoder, lumo_context_t context);
 lumo_encoder_t lumo_type_get_encoder(lumo_type_t type, lumo_context_t context);
@@ -962,6 +959,11 @@ const unsigned char* lumo_binary_string_octets(lumo_binary_string_t data, lumo_c
 unsigned long lumo_binary_string_iter_remaining(const lumo_binary_string_iter_t* iter);
 const unsigned char* lumo_binary_string_iter_octets(const lumo_binary_string_iter_t* iter);
 void lumo_binary_string_iter_advance(lumo_binary_string_iter_t* iter, unsigned long count);
+/* Sets the codec of a type for all modules that use it, also when it has an encode attribute. A type that no module
+   declares is a fault of the suite. A function may be NULL: the type then has the codec of that direction that its
+   attributes ask for. Where the user defines the function `triInit`, it is called when the modules are initialized
+   and before codecs are looked for: the place for these calls. */
+void lumo_codec_for(const char* module, const char* type, lumo_encoder_t encoder, lumo_decoder_t decoder);
 /* init runs once at registration, setup once for each type of the registered modules. */
 void lumo_codecs_register(void (*init)(lumo_context_t context),
                           void (*setup)(lumo_type_t type, lumo_context_t context), lumo_context_t context);

@@ -135,8 +135,9 @@ std::string T3Makefile::generate_main_function_file() {
   if (!server) check_root_module();
   const std::string text = server ? kServerMain : gT3CommandLine.tci ? tci_main() : plain_main();
   OutputFile file;
+  // make need not compile again what is the same
   if (!file.Open(_output_dir + _host.slash() + kMainFile) || std::fputs(text.c_str(), file.stream()) < 0 ||
-      !file.Commit()) {
+      (!file.IsLikeOld() && !file.Commit())) {
     throw std::string("could not create \"") + kMainFile + "\"";
   }
   Progress(std::string("The file \"") + kMainFile + "\", with \"main\" function, has been generated.");

@@ -17,7 +17,7 @@ constexpr size_t kKindCount = std::size(kKinds);
 
 template <class Item>
 void AddNames(T3Tree_Node* list, std::unordered_set<tIdent>& names) {
-  for (; list->is<Item>(); list = list->as<Item>()->next) names.insert(list->as<Item>()->name);
+  for (auto* at : Items<Item>(list)) names.insert(at->name);
 }
 
 // What an attribute may name in a type: fields, literals, parameters. They are known by the type as written:
@@ -47,8 +47,7 @@ bool LocalAttributeMapOK(T3Tree_Node* type, const T3AttributeMap& map, const tPo
 
 // What the first statement of a kind says of the whole.
 T3AttributeValue FirstUnqualified(T3Tree_Node* with_list, t3_with_attribute_t kind) {
-  for (; with_list->is<T3With>(); with_list = with_list->as<T3With>()->next) {
-    auto* with = with_list->as<T3With>();
+  for (auto* with : Items<T3With>(with_list)) {
     if (with->attribute == kind && with->attrib_qualifier->is<T3NoRefItem>())
       return {{{with->attrib_spec, with->override}}};
   }
@@ -171,8 +170,8 @@ void Distribution::PPAttr1(T3Tree_Node* decls) {
 
 void CollectQualified(T3With* with, T3AttributeMap* map, bool gather) {
   T3Tree_Node* item = with->attrib_qualifier;
-  for (; item->is<T3RefItem>(); item = item->as<T3RefItem>()->next) {
-    auto* name = item->as<T3RefItem>()->reference->try_as<T3AttrRefIdentifier>();
+  for (auto* at : Items<T3RefItem>(item)) {
+    auto* name = at->reference->try_as<T3AttrRefIdentifier>();
     if (name == nullptr) continue;
     T3AttributeValue& value = (*map)[name->id];
     if (value.IsEmpty() || gather)
@@ -199,8 +198,7 @@ bool GathersVariants(const T3AttributeValue& encode) {
 T3AttributeValue CollectAttributes(T3Tree_Node* with_list, t3_with_attribute_t kind, T3AttributeMap* map,
                                    bool gather) {
   T3AttributeValue value;
-  for (; with_list->is<T3With>(); with_list = with_list->as<T3With>()->next) {
-    auto* with = with_list->as<T3With>();
+  for (auto* with : Items<T3With>(with_list)) {
     if (with->attribute != kind) continue;
     if (!with->attrib_qualifier->is<T3NoRefItem>()) {
       CollectQualified(with, map, gather);

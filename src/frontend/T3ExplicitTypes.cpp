@@ -95,9 +95,9 @@ void NamesOfModule::AddDeclared() {
   while (!rest.empty()) {
     T3Tree_Node* decl = rest.back();
     rest.pop_back();
-    for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) {
-      taken_.insert(decl->as<_T3Decl>()->name);
-      if (auto* group = decl->try_as<T3GroupDecl>()) rest.push_back(group->body);
+    for (auto* at : Items<_T3Decl>(decl)) {
+      taken_.insert(at->name);
+      if (auto* group = at->try_as<T3GroupDecl>()) rest.push_back(group->body);
     }
   }
 }
@@ -207,9 +207,7 @@ void InlinedTypes::ExplTypeParts(const Work& work) {
     if (IsNested(aggregate->type))
       aggregate->type = ExplType(aggregate->type, ExplNameForElement(work.name, aggregate->type));
   } else if (auto* structured = type->try_as<_T3StructuredType>()) {
-    T3Tree_Node* field = structured->body;
-    for (; field->is<T3FieldType>(); field = field->as<T3FieldType>()->next) {
-      auto* node = field->as<T3FieldType>();
+    for (auto* node : Items<T3FieldType>(structured->body)) {
       if (IsNested(node->type))
         node->type = ExplType(node->type, ExplNameForFieldType(work.name, node->name));
     }

@@ -212,6 +212,11 @@ class Items {
   explicit Items(T3Tree_Node* list) : list_(list) {}
   Iterator begin() const { return Iterator(list_); }
   End end() const { return {}; }
+  size_t size() const {
+    size_t count = 0;
+    for (auto at = begin(); at != end(); ++at) ++count;
+    return count;
+  }
 
  private:
   T3Tree_Node* list_;

@@ -102,6 +102,21 @@ class DrivingTest(unittest.TestCase):
             (self.folder / name).unlink()
         self.compile_c()
 
+    def test_two_modules_in_a_file(self):
+        # The second one imports nothing of the first, which needs another file; both have names of their own.
+        self.write("two.asn", MAIN + LIBRARY.replace("Lib-Mod", "Second-" + "n" * 40).replace("red", "blue"))
+        self.write("user.ttcn", f"module User {{ import from Main_Mod all; import from Lib_Mod all; import from Second_{'n' * 40} all; "
+                                "const Pick c := { colour := red }; const Second_NN.Colour d := blue }".replace("NN", "n" * 40))
+        old = time.time() - 10
+        for name in ("two.asn", "lib.asn"):
+            os.utime(self.folder / name, (old, old))
+        for words in ((), ("-B", "-v", "3"), ("-B", "-v", "3")):
+            status, out, err = self.orvane(*words, "-F", "user.ttcn", "-A", "two.asn", "lib.asn")
+            self.assertEqual((status, err), (0, ""), out)
+        self.assertIn(UP_TO_DATE, out)
+        self.compile_c()
+        self.no_option_files()
+
     def test_names_that_collide(self):
         # A source beside, called like a copy that is made of another one, is left alone.
         self.write("A.asn", LIBRARY.replace("Lib-Mod", "A"))
@@ -109,13 +124,38 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual(self.orvane("-F", "-A", "A.asn")[0], 0)
         self.assertEqual((self.folder / "Abi.asn").read_text(), beside)
         self.write("sub/A.asn", LIBRARY)
-        self.write("two.asn", LIBRARY + LIBRARY.replace("Lib-Mod", "Second"))
         for sources, text in ((("A.asn", "Abi.asn"), "would be written for module \"Abi\" and for module \"A\""),
-                              (("A.asn", "sub/A.asn"), "have the same name"),
-                              (("two.asn",), "module \"Second\" stands behind another one")):
+                              (("A.asn", "sub/A.asn"), "have the same name")):
             status, out, err = self.orvane("-F", "-A", *sources)
             self.assertNotEqual(status, 0, out)
             self.assertIn(text, err)
+
+    def test_refused_types_and_values(self):
+        # All are told in one run, with the place where they stand; what names them is told no more.
+        self.write("one.asn", """One DEFINITIONS AUTOMATIC TAGS ::= BEGIN IMPORTS T, v FROM Two;
+S ::= SEQUENCE { a UTF8String (SIZE (1..4)) DEFAULT "ab", b CHOICE { x TeletexString, y SEQUENCE OF RELATIVE-OID } }
+U ::= SEQUENCE { s S, t T DEFAULT v }
+e EXTERNAL ::= { direct-reference { 1 2 3 }, encoding octet-aligned : '00'H }
+END
+""")
+        self.write("two.asn", """Two DEFINITIONS ::= BEGIN
+T ::= SEQUENCE { d ANY DEFAULT INTEGER : 5, o ObjectDescriptor }
+B ::= BMPString
+v T ::= { d BOOLEAN : TRUE, o "x" }
+END
+""")
+        status, _, err = self.orvane("-F", "-A", "one.asn", "two.asn")
+        found = {" ".join(line.split()) for line in err.splitlines()}
+        self.assertEqual(status, 250, err)
+        self.assertEqual(found, {
+            "one.asn(2) : column 18 : Error ASN.1 translation: type\"1_S_a\" not supported UTF8String",
+            "one.asn(2) : column 70 : Error ASN.1 translation: type\"2_S_b_x\" not supported TeletexString",
+            "one.asn(2) : column 101 : Error ASN.1 translation: type\"3_S_b_y_elem\" not supported RELATIVE-OID",
+            "one.asn(4) : column 1 : Error ASN.1 translation: \"e\" value of EXTERNAL not supported",
+            "two.asn(2) : column 32 : Error ASN.1 translation: \"d\" value of ANY not supported",
+            "two.asn(2) : column 45 : Error ASN.1 translation: type\"1_T_o\" not supported ObjectDescriptor",
+            "two.asn(3) : column 1 : Error ASN.1 translation: type \"B\" not supported BMPString",
+            "two.asn(4) : column 13 : Error ASN.1 translation: \"d\" value of ANY not supported"}, err)
 
     def test_other_encodings(self):
         (self.folder / "ucs.asn").write_bytes(LIBRARY.encode("utf-16"))

@@ -21,9 +21,9 @@ from run_suite import Suite, compare  # noqa: E402
 
 TIMEOUT_SECONDS = 300
 TOOLS = ("make", "sh", "rm", "cc", "c++", "as", "ld")
-INSTALLED = ("bin/orvane", "bin/mesk", "bin/mkprefil", "bin/asn2c", "bin/asn2per", "include/asn2lumos.h",
+INSTALLED = ("bin/orvane", "bin/orvane-run", "bin/mesk", "bin/mkprefil", "bin/asn2c", "bin/asn2per", "include/asn2lumos.h",
              "include/asnmisc.typ", "lib/libasn1home.a", "include/lumos.h", "include/tci.h", "include/tri.h", "lib/liblumos.a",
-             "share/orvane/make_linux.mcfg", "share/orvane/rts.mk")
+             "share/orvane/make_linux.mcfg", "share/orvane/make_linux_tcc.mcfg", "share/orvane/rts.mk")
 
 
 def run(command, folder, environment):

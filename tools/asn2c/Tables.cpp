@@ -183,8 +183,8 @@ class Tables {
                           : numbers.size();
     std::sort(numbers.begin(), numbers.begin() + static_cast<std::ptrdiff_t>(root));
     std::sort(numbers.begin() + static_cast<std::ptrdiff_t>(root), numbers.end());
-    file_ << "static const sint32 " << id << "_items[] = {";
-    for (const int64_t number : numbers) file_ << number << ", ";
+    file_ << "static const sint64 " << id << "_items[] = {";
+    for (const int64_t number : numbers) file_ << Int64(number) << ", ";
     file_ << "};\n";
     return static_cast<int>(root);
   }

@@ -91,7 +91,7 @@ struct TypeAst {
   TypeAst* element = nullptr;  // of a list; the CHOICE of a selection
   RefAst ref;                  // kRef; the class, object or set of kField and kInstance
   std::vector<std::string_view> fields;
-  std::string_view word;  // the alternative of a selection; the classifier of an ANY
+  std::string_view word;  // the alternative of a selection; the classifier of an ANY; a type without a kind
 };
 
 struct ValueAst {

@@ -82,10 +82,12 @@ bool Compilation::parseFile(const std::string& path) {
     Module& module = *modules_[i];
     const auto given = options_.prefixes.find(module.name);
     if (given != options_.prefixes.end()) {
-      module.file_prefix = given->second.file;
+      // The file's prefix is that of its first module.
+      module.file_prefix = i == first ? given->second.file : given->second.generation;
       module.generation_prefix = given->second.generation;
     } else {
-      module.file_prefix = i == first ? asn1::FilePrefixOf(path) : module.name.substr(0, asn1::kPrefixLength);
+      module.file_prefix =
+          i == first ? asn1::FilePrefixOf(path) : module.name.substr(0, asn1::kLongestPrefix);
       module.generation_prefix = module.file_prefix;
     }
   }

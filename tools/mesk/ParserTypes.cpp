@@ -124,7 +124,7 @@ void Parser::parseUntaggedType(TypeAst& type) {
     type.main = TYP_INSTANCE_OF;
     type.ref = parseReference();
   } else if (isWord("UTF8String") || isWord("RELATIVE-OID")) {
-    fail("this type is not supported; expected another type");
+    type.word = tokens_[pos++].text;  // refused where the types are translated, with all others
   } else {
     parseNamedReference(type);
   }

@@ -33,8 +33,7 @@ void Resolver::fillBraces(const ValueAst& ast, const Context& context, TypeNode&
     case TYP_EMB_PDV:
     case TYP_CHASTR:
     case TYP_INSTANCE_OF:
-      error(context, ast.token, std::string("values of ") + asn1Name(type.main) + " are not supported");
-      throw Abandoned();
+      return;  // refused where values are translated
     default:
       if (type.main >= TYP_NUMSTR && type.main <= TYP_UNISTR) {
         fillCharacters(parser, end, context, type, node);

@@ -40,7 +40,7 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
   TypeNode* type = base(governor);
   if (governor && !type) throw Abandoned();
   const auto refuse = [&](bool fits, const char* what) {
-    if (!type || fits) return;
+    if (!type || fits || type->main == TYP_NONE) return;
     error(context, ast.token, std::string(what) + " does not fit the type " + asn1Name(type->main));
     throw Abandoned();
   };

@@ -82,7 +82,7 @@ TypeNode* Resolver::base(TypeNode* type) {
                        [&](const TypeNode* alternative) { return alternative->name == type->ref_name; });
       type = found == choice->components.end() ? nullptr : *found;
     } else {
-      return type->main == TYP_NONE ? nullptr : type;
+      return type->main == TYP_NONE && type->ref_name.empty() ? nullptr : type;
     }
   }
   return nullptr;
@@ -132,7 +132,7 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
     case TypeAst::kPlain:
       node->main = ast.main;
       node->ref_name = ast.word;
-      if (!ast.word.empty()) {
+      if (ast.main == TYP_ANY && !ast.word.empty()) {
         later_.push_back(
             [this, node, context, token = ast.token] { checkClassifier(*node, context, token); });
       }

@@ -302,6 +302,7 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
 
 void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
   node.main = type.main;
+  if (type.main == TYP_NONE) return;  // its type is refused later
   switch (ast.kind) {
     case ValueAst::kBraces:
       return fillBraces(ast, context, type, node);
@@ -353,10 +354,12 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
 }
 
 /// The governor of a value as its own module can write it. For a type of another module a node like it is
-/// made, which refers to what the type refers to, or has its main type only.
+/// made, which refers to what the type refers to, or has its main type only; for one that has parts, which
+/// would be missing, none: whoever reads the value knows them by its place.
 TypeNode* Resolver::importedType(TypeNode* type, const Context& context, int token) {
   if (!type || !type->module) return nullptr;
   if (type->module == current_) return type;
+  if (!type->ref && !type->components.empty()) return nullptr;
   TypeNode*& made = imported_types_[{current_, type}];
   if (made) return made;
   made = newType(context, token, nullptr);

@@ -145,6 +145,12 @@ void Writer::number() {
   }
 }
 
+namespace {
+bool fitsInt32(const NamedNode& item) {
+  return item.number >= INT32_MIN && item.number <= INT32_MAX;
+}
+}  // namespace
+
 void Writer::writeType(File& file, Module& module, const TypeNode& node) {
   TNode record{};
   record.name = file.nameText(node.name);
@@ -163,6 +169,8 @@ void Writer::writeType(File& file, Module& module, const TypeNode& node) {
   }
   if (node.recursive) record.flags2 |= kFlag2Recursive;
   if (node.automatic_tags) record.flags2 |= kFlag2AutomaticTags;
+  if (node.main == TYP_ENUM && !std::all_of(node.named.begin(), node.named.end(), fitsInt32))
+    record.flags2 |= kFlag2Wide;
   record.parent = node.parent ? node.parent->number : 0;
   record.component_nbr = node.component_nbr;
   record.element_level = node.level;
@@ -338,7 +346,8 @@ std::string Writer::contents(Module& module, const std::vector<std::string>& opt
   file.modules.resize(1);
   file.values.resize(nodes.values.size());
   file.constraints.resize(nodes.constraints.size());
-  for (const std::string& option : options) file.options.push_back(TedRec{2, file.text8(option)});
+  for (const std::string& option : options)
+    file.options.push_back(TedRec{kPassOfOptions, file.text8(option)});
   for (const TypeNode* node : nodes.types) {
     file.too_long = false;
     writeType(file, module, *node);

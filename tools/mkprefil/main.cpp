@@ -34,7 +34,7 @@ bool scan(const std::string& path, std::vector<Found>& found) {
     if (tokens[next].kind != mesk::Tok::kUpper || tokens[next].text != "DEFINITIONS") continue;
     const std::string name(tokens[i].text);
     found.push_back(
-        Found{name, modules++ == 0 ? asn1::FilePrefixOf(path) : name.substr(0, asn1::kPrefixLength)});
+        Found{name, modules++ == 0 ? asn1::FilePrefixOf(path) : name.substr(0, asn1::kLongestPrefix)});
   }
   if (modules == 0) std::printf("%s(1): the file holds no ASN.1 module\n", path.c_str());
   return modules > 0;

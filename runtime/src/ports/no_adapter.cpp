@@ -27,10 +27,18 @@ SUBSTITUTE triUnmap(const TriPortId*, const TriPortId*) {
   return TRI_OK;
 }
 
-SUBSTITUTE triSend(const TriComponentId*, const TriPortId* port, const TriAddress*, const TriMessage*) {
+extern "C" TriStatus lumo_no_send(const TriComponentId*, const TriPortId* port, const TriAddress*,
+                                  const TriMessage*) {
   lumos::log_format(lumo_log_msg_warning_c, "nothing is linked to take the message to system port %s",
                     port->portName);
   return TRI_OK;
+}
+
+extern "C" __attribute__((weak, alias("lumo_no_send"))) TriStatus triSend(const TriComponentId*, const TriPortId*,
+                                                                          const TriAddress*, const TriMessage*);
+
+bool lumos::has_adapter() {
+  return &triSend != &lumo_no_send;
 }
 
 SUBSTITUTE triCall(const TriComponentId*, const TriPortId* port, const TriAddress*, const TriSignatureId*,

@@ -6,4 +6,7 @@ namespace lumos {
 // Set by a substitute when it is called: nothing is linked that could answer.
 extern bool adapter_is_missing;
 
+// True when an adapter is linked that takes messages.
+bool has_adapter();
+
 }  // namespace lumos

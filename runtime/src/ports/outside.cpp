@@ -53,6 +53,23 @@ struct PortId {
   }
 };
 
+// Octets of a value; false leaves a line in the log.
+bool encode_for(const char* port, Value v, std::string& octets) {
+  std::string fault;
+  if (encode_value(v, octets, fault)) return true;
+  log_line(lumo_log_msg_error_c, std::string("port '") + port + "': a value of type '" + type_name(v->type) +
+                                     "' cannot be encoded: " + fault);
+  return false;
+}
+
+// A value of octets; null leaves a line in the log.
+Value decode_part(lumo_type_t type, const std::string& octets) {
+  std::string fault;
+  Value v = decode_value(plain_type(type), octets, nullptr, fault);
+  if (!v) log_line(lumo_log_msg_warning_c, undecodable("", type, octets, fault));
+  return v;
+}
+
 // Parameters of a call or reply, encoded each for itself.
 struct Parameters {
   std::list<std::string> octets;
@@ -62,7 +79,7 @@ struct Parameters {
 
   void add(Value v, TriParameterPassingMode mode) {
     octets.emplace_back();
-    if (v && v->form != Form::special && v->form != Form::unset) encode_value(v, octets.back());
+    if (v && v->form != Form::special && v->form != Form::unset) encode_for("", v, octets.back());
     parameters.push_back({binary(octets.back()), mode});
     pointers.push_back(&parameters.back());
     list = {pointers.data(), static_cast<long>(pointers.size())};
@@ -108,12 +125,12 @@ TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* addr
   }
   switch (m.kind) {
     case MessageKind::message: {
-      if (!encode_value(m.content, octets)) return TRI_ERROR;
+      if (!encode_for(to.id.portName, m.content, octets)) return TRI_ERROR;
       TriMessage message = binary(octets);
       return triSend(component, &to.id, address, &message);
     }
     case MessageKind::exception: {
-      if (!encode_value(m.content, octets)) return TRI_ERROR;
+      if (!encode_for(to.id.portName, m.content, octets)) return TRI_ERROR;
       TriException exception = binary(octets);
       return triRaise(component, &to.id, address, &signature, &exception);
     }
@@ -126,7 +143,7 @@ TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* addr
       Parameters parameters;
       add_parameters(parameters, m);
       TriParameter result = {{nullptr, 0, nullptr}, TRI_OUT};
-      if (m.result && encode_value(m.result, octets)) result.par = binary(octets);
+      if (m.result && encode_for(to.id.portName, m.result, octets)) result.par = binary(octets);
       return triReply(component, &to.id, address, &signature, &parameters.list, &result);
     }
   }
@@ -192,7 +209,7 @@ Value signature_content(const Arrival& a, lumo_type_t signature) {
   const lumo_field_info_t* formals = field_info(signature);
   for (size_t i = 0; i < formal_count(signature) && i < a.parameters.size() && i < content->parts.size; ++i) {
     if (!travels(mode_of(formals[i]), a.kind == MessageKind::call)) continue;
-    if (Value v = decode_value(plain_type(formals[i].type), a.parameters[i], nullptr))
+    if (Value v = decode_part(formals[i].type, a.parameters[i]))
       store_part(content, i, v);
   }
   return content;
@@ -216,7 +233,7 @@ bool fill(Message& m, const Arrival& a) {
   if (a.kind == MessageKind::exception) return true;
   m.content = signature_content(a, m.signature);
   lumo_type_t type = a.has_result ? result_type(m.signature) : nullptr;
-  Value result = type ? decode_value(plain_type(type), a.result, nullptr) : nullptr;
+  Value result = type ? decode_part(type, a.result) : nullptr;
   if (result) m.result = copy_value(result, lumo_perm_alloc_c);
   return true;
 }
@@ -235,7 +252,7 @@ void deliver_arrival(const Arrival& a) {
       delete_message(m);
       break;
     }
-    Value address = a.has_address ? decode_value(address_type(), a.address, nullptr) : nullptr;
+    Value address = a.has_address ? decode_part(address_type(), a.address) : nullptr;
     if (address) m->address = copy_value(address, lumo_perm_alloc_c);
     deliver(port, m);
     delivered = true;
@@ -299,7 +316,7 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
     std::string octets;
     TriAddress address;
     if (message.address) {
-      encode_value(message.address, octets);
+      encode_for(system_port.name, message.address, octets);
       address = binary(octets);
     }
     refused = hand_over(from, to, message.address ? &address : nullptr, message) != TRI_OK;
@@ -333,9 +350,8 @@ void outside_external_function(lumo_type_t signature, lumo_value_t argv[]) {
     refused = triExternalFunction(&id, &parameters.list, &result) != TRI_OK;
     for (size_t i = 0; i < count && !refused; ++i)
       if (parameters.pointers[i]->mode != TRI_IN)
-        results[i] =
-            decode_value(plain_type(formals[i].type), octets_of(&parameters.pointers[i]->par), nullptr);
-    if (type && !refused) results[count] = decode_value(plain_type(type), octets_of(&result.par), nullptr);
+        results[i] = decode_part(formals[i].type, octets_of(&parameters.pointers[i]->par));
+    if (type && !refused) results[count] = decode_part(type, octets_of(&result.par));
   }
   if (refused)
     fault("external function '%s' has no C function and the adapter does not know it", type_name(signature));

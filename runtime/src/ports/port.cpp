@@ -1,5 +1,6 @@
 #include "ports/port.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "text/codec.h"
@@ -256,22 +257,31 @@ bool type_fits(Value pattern, Value content) {
   return !wanted || wanted->kind == lumo_type_kind_undefined || wanted == root_of(content->type);
 }
 
-// Turns encoded content into a value of the type that the template asks for.
-bool decode_for(Message& m, Value pattern) {
+// Turns encoded content into a value of the type that the template asks for. What was found out about the octets once
+// is kept.
+bool decode_for(const Port& port, Message& m, Value pattern) {
   if (!m.encoded) return true;
   lumo_type_t type = pattern ? plain_type(pattern->type) : nullptr;
   if (!type) type = lumo_octetstring_type;
-  Value decoded = decode_value(type, m.raw, nullptr);
-  if (!decoded) return false;
+  if (m.decoded_as == type) return true;
+  if (std::find(m.refused.begin(), m.refused.end(), type) != m.refused.end()) return false;
+  std::string fault;
+  Value decoded = decode_value(type, m.raw, nullptr, fault);
+  if (!decoded) {
+    m.refused.push_back(type);
+    if (has_codec(type)) log_line(lumo_log_msg_warning_c, undecodable(port_name(port), type, m.raw, fault));
+    return false;
+  }
+  m.decoded_as = type;
   if (m.content) destroy(m.content);
   m.content = copy_value(decoded, lumo_perm_alloc_c);
   return true;
 }
 
-bool content_fits(Message& m, Value pattern) {
+bool content_fits(const Port& port, Message& m, Value pattern) {
   TempScope scope;
   bool any = !pattern || pattern == lumo_no_value_c;
-  if (!decode_for(m, any ? nullptr : pattern)) return false;
+  if (!decode_for(port, m, any ? nullptr : pattern)) return false;
   if (any) return true;
   if (type_fits(pattern, m.content)) return match_value(pattern, m.content);
   lumo_log_template_mismatch_event("type mismatch", m.content, pattern, current_task);
@@ -402,6 +412,8 @@ void delete_message(Message* m) {
   m->signature = nullptr;
   m->sender = 0;
   m->encoded = false;
+  m->decoded_as = nullptr;
+  m->refused.clear();
   m->raw.clear();
   m->next = free_messages;
   free_messages = m;
@@ -510,7 +522,7 @@ lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_va
   return of_ports(port, [&](Port& p) {
     if (any) return try_check(p, sender, sender_redirect);
     Message* m = head_of(p, MessageKind::message);
-    if (!m || !sender_fits(*m, sender) || !content_fits(*m, template_value)) return false;
+    if (!m || !sender_fits(*m, sender) || !content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
     log_port(check ? "check on" : "receive on", p, m->content);
@@ -565,7 +577,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     bool named = signature && base_kind(signature) == lumo_type_kind_signature;
     if (!m || !answers_call(*m, named) || !sender_fits(*m, sender)) return false;
     if (named && m->signature && root_of(signature) != root_of(m->signature)) return false;
-    if (!content_fits(*m, template_value)) return false;
+    if (!content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
     log_port("catch on", p, m->content);

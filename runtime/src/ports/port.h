@@ -20,6 +20,8 @@ struct Message {
   Value address = nullptr;  // owned; sender in the system under test
   std::string raw;          // encoded content, not decoded yet
   bool encoded = false;
+  lumo_type_t decoded_as = nullptr;  // what the content is a value of, of an encoded message
+  std::vector<lumo_type_t> refused;  // types that the octets are none of
   Message* next = nullptr;
 };
 Message* new_message(MessageKind kind);

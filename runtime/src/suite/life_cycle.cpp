@@ -1,7 +1,14 @@
 // The life of the modules: each phase is a function of every module, and the control part one of the root.
+#include "codec/families.h"
+#include "ports/no_adapter.h"
 #include "run/component.h"
 #include "suite/params.h"
+#include "value/error.h"
 #include "value/symbols.h"
+
+// Defined by the user, or not.
+#pragma weak triInit
+extern "C" void triInit();
 
 namespace lumos {
 
@@ -37,6 +44,14 @@ void set_codecs_up(void*) {
       }
 }
 
+void call_user_init(void*) {
+  if (triInit) triInit();
+}
+
+void look_at_codecs(void*) {
+  if (!check_codecs(has_adapter())) fault("types cannot be encoded as their attributes say");
+}
+
 struct ControlPart {
   lumo_function_t function;
 };
@@ -58,6 +73,7 @@ lumo_boolean_t lumo_pre_initialize(lumo_context_t) {
 
 lumo_boolean_t lumo_initialize(lumo_context_t) {
   return run_pass("", "module initialize") && run_guarded("", set_codecs_up, nullptr) &&
+         run_guarded("", call_user_init, nullptr) && run_guarded("", look_at_codecs, nullptr) &&
          run_pass("", "module params initialize");
 }
 

@@ -4,7 +4,9 @@
 #include <cstring>
 #include <utility>
 
-#include "text/reader.h"
+#include "codec/families.h"
+#include "codec/plain.h"
+#include "value/error.h"
 #include "value/task.h"
 #include "value/symbols.h"
 #include "value/types.h"
@@ -32,90 +34,6 @@ Codec find_codec(lumo_type_t type, Codec (*codec_of)(lumo_type_t, lumo_context_t
   return nullptr;
 }
 
-int digit_value(char c) {
-  return c <= '9' ? c - '0' : c - 'A' + 10;
-}
-
-void append_utf8(std::string& out, char32_t c) {
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-    return;
-  }
-  // Codes above 10FFFF take the longer forms that the first definition of UTF-8 had.
-  int more = c < 0x800 ? 1 : c < 0x10000 ? 2 : c < 0x200000 ? 3 : c < 0x4000000 ? 4 : 5;
-  out += static_cast<char>((0xFF00u >> (more + 1) & 0xFF) | c >> 6 * more);
-  while (more-- > 0) out += static_cast<char>(0x80 | (c >> 6 * more & 0x3F));
-}
-
-bool read_utf8(const std::string& octets, std::u32string& text) {
-  for (size_t i = 0; i < octets.size();) {
-    auto first = static_cast<unsigned char>(octets[i++]);
-    int more = first < 0x80   ? 0
-               : first < 0xC0 ? -1
-               : first < 0xE0 ? 1
-               : first < 0xF0 ? 2
-               : first < 0xF8 ? 3
-               : first < 0xFC ? 4
-                              : 5;
-    if (more < 0 || i + static_cast<size_t>(more) > octets.size()) return false;
-    char32_t c = more ? first & (0x3F >> more) : first;
-    for (; more > 0; --more) {
-      auto next = static_cast<unsigned char>(octets[i++]);
-      if ((next & 0xC0) != 0x80) return false;
-      c = c << 6 | (next & 0x3F);
-    }
-    text += c;
-  }
-  return true;
-}
-
-bool encode_plainly(Value v, std::string& octets) {
-  switch (v->kind) {
-    case lumo_type_kind_charstring:
-      octets.append(v->text.data, v->text.size);
-      return true;
-    case lumo_type_kind_universal_charstring:
-      for (char32_t c : wide_text(v)) append_utf8(octets, c);
-      return true;
-    case lumo_type_kind_octetstring:
-      for (size_t i = 0; i + 1 < v->text.size; i += 2)
-        octets += static_cast<char>(digit_value(v->text.data[i]) << 4 | digit_value(v->text.data[i + 1]));
-      return true;
-    default:
-      octets += render(v);
-      return true;
-  }
-}
-
-Value decode_plainly(lumo_type_t type, const std::string& octets, size_t& taken) {
-  Value v = make_root(type, lumo_temp_alloc_c);
-  taken = octets.size();
-  switch (v->kind) {
-    case lumo_type_kind_charstring:
-      set_text(v, octets);
-      break;
-    case lumo_type_kind_universal_charstring: {
-      std::u32string text;
-      if (!read_utf8(octets, text)) return nullptr;
-      set_wide(v, text.data(), text.size());
-      break;
-    }
-    case lumo_type_kind_octetstring:
-      reserve_text(v, 2 * octets.size());
-      for (size_t i = 0; i < octets.size(); ++i) {
-        v->text.data[2 * i] = "0123456789ABCDEF"[octets[i] >> 4 & 15];
-        v->text.data[2 * i + 1] = "0123456789ABCDEF"[octets[i] & 15];
-      }
-      break;
-    default: {
-      std::string error;
-      if (!read_value_prefix(v, octets, taken, error)) return nullptr;
-      break;
-    }
-  }
-  return v;
-}
-
 Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& octets, size_t& taken) {
   lumo_binary_string_iter_t iter{&octets, 0};
   Value v = nullptr;
@@ -135,26 +53,77 @@ bool lacks_asn1_codec(Value v) {
   return !find_codec(v->type, lumo_type_get_encoder) && is_asn1_type(plain_type(v->type));
 }
 
-bool encode_value(Value v, std::string& octets) {
-  lumo_encoder_t encoder = find_codec(v->type, lumo_type_get_encoder);
-  if (!encoder) return encode_plainly(v, octets);
-  lumo_binary_string_struct data;
-  if (encoder(v, &data, current_task) != lumo_codecs_result_succeeded_c) return false;
-  octets += data.octets;
-  return true;
+bool has_own_codec(lumo_type_t type) {
+  return find_codec(type, lumo_type_get_encoder) && find_codec(type, lumo_type_get_decoder);
 }
 
-Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken) {
-  size_t used = 0;
-  lumo_decoder_t decoder = find_codec(type, lumo_type_get_decoder);
-  Value v = decoder ? decode_by(decoder, type, octets, used) : decode_plainly(type, octets, used);
+bool has_codec(lumo_type_t type) {
+  return find_codec(type, lumo_type_get_decoder) || encoding_of(type);
+}
+
+namespace {
+
+std::string no_codec(lumo_type_t type) {
+  return std::string("there is no codec for encode \"") + encoding_of(type) + "\"";
+}
+
+// The value, or null where it does not take all octets.
+Value whole(Value v, size_t used, size_t* taken, const std::string& octets, std::string& fault) {
   if (!v) return nullptr;
   if (taken) {
     *taken = used;
   } else if (used != octets.size()) {
+    const std::string left = std::to_string(octets.size() - used) + " octets are left";
+    fault = fault.empty() ? "octet " + std::to_string(used + 1) + ": " + left : fault + "; " + left;
     return nullptr;
   }
   return v;
+}
+
+}  // namespace
+
+bool encode_value(Value v, std::string& octets, std::string& fault) {
+  lumo_encoder_t encoder = find_codec(v->type, lumo_type_get_encoder);
+  if (!encoder) {
+    if (const CodecFamily* family = codec_family_of(v->type)) return family->encode(v, octets, fault);
+    if (encoding_of(v->type)) return fault = no_codec(v->type), false;
+    octets += plain_octets(v);
+    return true;
+  }
+  lumo_binary_string_struct data;
+  if (encoder(v, &data, current_task) != lumo_codecs_result_succeeded_c) return fault = "its encoder refuses it", false;
+  octets += data.octets;
+  return true;
+}
+
+std::string undecodable(const std::string& port, lumo_type_t type, const std::string& octets, const std::string& fault) {
+  constexpr size_t most = 256;
+  std::string line = port.empty() ? "" : "port " + port + ": ";
+  line += std::string("what arrived is no value of type '") + type_name(type) + "': " + fault + ": '";
+  for (const char c : octets.substr(0, most)) {
+    line += "0123456789ABCDEF"[c >> 4 & 15];
+    line += "0123456789ABCDEF"[c & 15];
+  }
+  line += "'O";
+  if (octets.size() > most) line += " and " + std::to_string(octets.size() - most) + " octets more";
+  return line;
+}
+
+Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken, std::string& fault) {
+  size_t used = 0;
+  Value v = nullptr;
+  if (lumo_decoder_t decoder = find_codec(type, lumo_type_get_decoder)) {
+    v = decode_by(decoder, type, octets, used);
+    if (!v) fault = "its decoder refuses the octets";
+  } else if (const CodecFamily* family = codec_family_of(type)) {
+    v = family->decode(type, octets, used, fault);
+  } else if (encoding_of(type)) {
+    fault = no_codec(type);
+  } else {
+    v = value_of_plain(type, octets, used);
+    if (!v) fault = "the octets are no value";
+  }
+  return whole(v, used, taken, octets, fault);
 }
 
 }  // namespace lumos
@@ -177,15 +146,16 @@ lumo_boolean_t t3asn_lumo_decode_octets(lumo_value_t value, const unsigned char*
                                         lumo_context_t context) {
   const std::string text(reinterpret_cast<const char*>(octets), count);
   Value target = with_codec(value, lumo_type_get_decoder);
-  Value decoded = target ? decode_value(target->type, text, nullptr) : nullptr;
+  std::string fault;
+  Value decoded = target ? decode_value(target->type, text, nullptr, fault) : nullptr;
   if (decoded) lumo_value_assign(target, decoded, context);
   return decoded != nullptr;
 }
 
 unsigned char* t3asn_lumo_encode_octets(lumo_value_t value, unsigned long* count, lumo_context_t) {
-  std::string text;
+  std::string text, fault;
   Value source = with_codec(value, lumo_type_get_encoder);
-  if (!source || !encode_value(source, text)) return nullptr;
+  if (!source || !encode_value(source, text, fault)) return nullptr;
   auto* octets = static_cast<unsigned char*>(std::malloc(text.size() + 1));
   if (octets) std::memcpy(octets, text.data(), text.size());
   *count = text.size();
@@ -203,6 +173,13 @@ unsigned long lumo_binary_string_length(lumo_binary_string_t data, lumo_context_
 
 const unsigned char* lumo_binary_string_octets(lumo_binary_string_t data, lumo_context_t) {
   return reinterpret_cast<const unsigned char*>(data->octets.data());
+}
+
+void lumo_codec_for(const char* module, const char* type, lumo_encoder_t encoder, lumo_decoder_t decoder) {
+  const lumo_type_t descriptor = lumo_find_element_with_check(module, type, current_task)->type_descriptor;
+  if (!descriptor) fault("lumo_codec_for: '%s' of module '%s' is no type", type, module);
+  if (encoder) lumo_type_set_encoder(descriptor, encoder, current_task);
+  if (decoder) lumo_type_set_decoder(descriptor, decoder, current_task);
 }
 
 unsigned long lumo_binary_string_iter_remaining(const lumo_binary_string_iter_t* iter) {

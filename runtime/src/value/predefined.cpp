@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "text/codec.h"
+#include "text/log.h"
 #include "value/error.h"
 #include "value/operand.h"
 #include "template/lengths.h"
@@ -477,16 +478,18 @@ lumo_value_t lumo_regexp_regexp(lumo_value_t text, lumo_value_t pattern, lumo_lo
 
 lumo_value_t lumo_encvalue(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
   v = operand(v);
+  static char reason[512];
   bool encoded;
   Value result = make_root(lumo_bitstring_type, strategy);
   {
-    std::string octets, bits;
-    encoded = encode_value(v, octets);
+    std::string octets, bits, fault;
+    encoded = encode_value(v, octets, fault);
+    std::strncpy(reason, fault.c_str(), sizeof reason - 1);
     for (unsigned char c : octets)
       for (int i = 7; i >= 0; --i) bits += (c >> i & 1) ? '1' : '0';
     set_text(result, bits);
   }
-  if (!encoded) fault("encvalue: a value of type '%s' cannot be encoded", type_name(v->type));
+  if (!encoded) fault("encvalue: a value of type '%s' cannot be encoded: %s", type_name(v->type), reason);
   return result;
 }
 
@@ -500,7 +503,10 @@ lumo_value_t lumo_decvalue(lumo_value_t encoded, lumo_value_t decoded, lumo_allo
     std::string octets(bits->text.size / 8, 0);
     for (size_t i = 0; i < octets.size() * 8; ++i)
       if (bits->text.data[i] == '1') octets[i / 8] = static_cast<char>(octets[i / 8] | 0x80 >> i % 8);
-    value = decode_value(plain_type(decoded->type), octets, &taken);
+    std::string fault;
+    value = decode_value(plain_type(decoded->type), octets, &taken, fault);
+    if (!value && has_codec(decoded->type))
+      log_line(lumo_log_msg_warning_c, std::string("decvalue: no value of type '") + type_name(decoded->type) + "': " + fault);
   }
   if (!value) return new_integer(empty ? 2 : 1, strategy);
   lumo_value_assign(decoded, value, context);

@@ -117,6 +117,17 @@ lumo_type_t element_type(lumo_type_t type) {
   return fields[0].type;
 }
 
+// How many attributes stand in each table.
+static std::unordered_map<const lumo_encoding_attr_struct_t*, unsigned long>& attribute_counts() {
+  static auto* all = new std::unordered_map<const lumo_encoding_attr_struct_t*, unsigned long>;
+  return *all;
+}
+
+std::span<const lumo_encoding_attr_struct_t> attributes(const lumo_encoding_attr_struct_t* table) {
+  const auto found = attribute_counts().find(table);
+  return {table, found == attribute_counts().end() ? 0 : found->second};
+}
+
 size_t array_length(lumo_type_t type) {
   long length = bound(type, lumo_type_array_length_c, 0);
   return length > 0 ? static_cast<size_t>(length) : 0;
@@ -204,6 +215,10 @@ void lumo__type_resolve_parent_info(lumo_type_t type, lumo_context_t) {
   info->field_info = parent->type_info->field_info;
   info->enum_or_array_info = parent->type_info->enum_or_array_info;
   info->resolved = true;
+}
+
+void lumo_attributes_register(const lumo_encoding_attr_struct_t* attributes, unsigned long count, lumo_context_t) {
+  attribute_counts()[attributes] = count;
 }
 
 namespace {

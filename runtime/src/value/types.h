@@ -2,6 +2,8 @@
 // subtypes, where its fields stand, and when two types are the same.
 #pragma once
 
+#include <span>
+
 #include "lumos.h"
 
 namespace lumos {
@@ -20,6 +22,8 @@ long field_index(lumo_type_t type, const char* name);
 long enum_number(lumo_type_t type, const char* name, size_t length);
 const char* enum_name(lumo_type_t type, long number);  // nullptr if there is none
 lumo_type_t element_type(lumo_type_t type);
+// The rows of a table of attributes.
+std::span<const lumo_encoding_attr_struct_t> attributes(const lumo_encoding_attr_struct_t* table);
 size_t array_length(lumo_type_t type);
 long array_base(lumo_type_t type);
 // Whether the type or a parent has a check function.

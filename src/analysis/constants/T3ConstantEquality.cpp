@@ -175,8 +175,8 @@ std::optional<int64_t> ComponentNumber(T3Tree_Node* component) {
 
 // A component may stand for several, where it is the name of another object identifier.
 bool StandsForSeveral(T3Tree_Node* list) {
-  for (; list->is<T3ObjIdItem>(); list = list->as<T3ObjIdItem>()->next) {
-    T3Tree_Node* component = list->as<T3ObjIdItem>()->obj_id_item;
+  for (auto* item : Items<T3ObjIdItem>(list)) {
+    T3Tree_Node* component = item->obj_id_item;
     if (component->is<_T3Reference>() && T3Is<_T3Decl>(Def(component)) && !ComponentNumber(component))
       return true;
   }
@@ -272,7 +272,9 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_texts.texts.clear();
-  g_texts.size = 0;
-  }, ModuleCache::Holds::ForTree};
+const ModuleCache kCache{[] {
+                           g_texts.texts.clear();
+                           g_texts.size = 0;
+                         },
+                         ModuleCache::Holds::ForTree};
 }  // namespace

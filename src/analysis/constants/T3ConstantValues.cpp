@@ -98,9 +98,7 @@ int64_t MaxFieldIndex(T3CompoundValue* compound) {
 int64_t CompoundValueLength(T3CompoundValue* compound) {
   const int64_t largest = MaxFieldIndex(compound);
   if (largest >= 0) return Sum(largest, 1);
-  int64_t length = 0;
-  for ([[maybe_unused]] auto* at : Items<T3FieldValue>(compound->value)) ++length;
-  return length;
+  return static_cast<int64_t>(Items<T3FieldValue>(compound->value).size());
 }
 
 // The digits of an integer in decimal notation, with its sign.
@@ -224,7 +222,9 @@ int64_t ExpressionLength(T3Tree_Node* expression, bool& known) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_kept.values.clear();
-  g_kept.lengths.clear();
-  }, ModuleCache::Holds::ForTree};
+const ModuleCache kCache{[] {
+                           g_kept.values.clear();
+                           g_kept.lengths.clear();
+                         },
+                         ModuleCache::Holds::ForTree};
 }  // namespace

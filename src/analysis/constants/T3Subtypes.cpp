@@ -74,9 +74,7 @@ bool IsCharacterRange(T3Tree_Node* item) {
 }
 
 size_t LengthOfValueListList(T3Tree_Node* list) {
-  size_t length = 0;
-  for (; list->is<T3ValueListItem>(); list = list->as<T3ValueListItem>()->next) ++length;
-  return length;
+  return Items<T3ValueListItem>(list).size();
 }
 
 CharacterRanges CollectCharacterRanges(T3Tree_Node* list) {
@@ -201,7 +199,17 @@ bool CheckValueRangeCondition(T3ValueRange* range, T3Tree_Node* expression) {
   return Within(CodeOf(range->lb), CodeOf(expression), CodeOf(range->ub));
 }
 
+bool TypeAccepts(T3Tree_Node* type, T3Tree_Node* expression);
+
+// The type that an item of a list names instead of its values, or null.
+T3Tree_Node* TypeNamed(T3Tree_Node* item) {
+  if (!item->is<T3Identifier>() && !item->is<T3Qualifier>()) return nullptr;
+  T3Tree_Node* decl = BehindImport(Def(item));
+  return T3Is<T3TypeDecl>(decl) ? decl : nullptr;
+}
+
 bool ItemAccepts(T3Tree_Node* item, T3Tree_Node* expression) {
+  if (T3Tree_Node* type = TypeNamed(item)) return TypeAccepts(type, expression);
   auto* range = item->try_as<T3ValueRange>();
   return range != nullptr ? CheckValueRangeCondition(range, expression)
                           : ExpressionsAreEqual(item, expression);
@@ -255,17 +263,51 @@ bool HasSureLength(T3Tree_Node* expression) {
   return first != nullptr && !first->field->is<T3FieldIndex>();
 }
 
-void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
+// A length and what a constraint allows.
+struct LengthCheck {
+  int64_t low, high, length;
+  bool Holds() const { return length < 0 || (low <= length && length <= high); }
+};
+
+// Nothing where that is known only when the suite runs.
+std::optional<LengthCheck> CheckLength(T3LengthRange* range, T3Tree_Node* expression) {
   const auto low = ConstIntValue(range->lb);
   const auto high = range->ub->is<T3NoExpression>() ? low : ConstIntValue(range->ub);
-  if (!low || !high) return WarnUnchecked(expression);
   bool known = true;
-  const int64_t length = ExpressionLength(expression, known);
-  if (!known) return WarnUnchecked(expression);
-  if (length < 0 || (*low <= length && length <= *high)) return;
-  if (!HasSureLength(expression) && HasFault(expression)) return;
-  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(length),
-                      std::to_string(*low), std::to_string(*high));
+  const int64_t length = low && high ? ExpressionLength(expression, known) : 0;
+  if (!low || !high || !known) return std::nullopt;
+  return LengthCheck{*low, *high, length};
+}
+
+void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
+  const auto check = CheckLength(range, expression);
+  if (!check) return WarnUnchecked(expression);
+  if (check->Holds() || (!HasSureLength(expression) && HasFault(expression))) return;
+  vexa_filtered_error(ERR_subtype_length, PositionOf(expression), std::to_string(check->length),
+                      std::to_string(check->low), std::to_string(check->high));
+}
+
+// Whether an expression would pass without a message, or its check is left to the run-time system.
+bool ConstraintAccepts(T3Tree_Node* constraint, T3Tree_Node* expression) {
+  if (auto* list = constraint->try_as<T3ValueList>())
+    return CheckValueListConstraint(list->values, expression) == nullptr;
+  auto* range = constraint->try_as<T3LengthRange>();
+  const auto check = range != nullptr ? CheckLength(range, expression) : std::nullopt;
+  return !check || check->Holds();
+}
+
+// Types that name each other in their lists further than this are left to the run-time system.
+bool TypeAccepts(T3Tree_Node* type, T3Tree_Node* expression) {
+  constexpr int kDeepest = 100;
+  static int depth = 0;
+  if (depth == kDeepest || BaseTypeDef(type)->is<T3ErrorType>()) return true;
+  ++depth;
+  bool accepts = true;
+  for (type = LocalTypeDef(type); accepts && type->is<T3SubType>();
+       type = LocalTypeDef(type->as<T3SubType>()->parent))
+    accepts = ConstraintAccepts(type->as<T3SubType>()->constraint, expression);
+  --depth;
+  return accepts;
 }
 
 void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
@@ -357,10 +399,11 @@ void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_replaced.clear();
+const ModuleCache kCache{[] {
+  g_replaced.clear();
   g_subtyped.clear();
   g_types_entered.clear();
   g_sets.clear();
   g_value_sets.clear();
-  }};
+}};
 }  // namespace

@@ -64,8 +64,7 @@ int StatusOfActivation(T3Activate* activation) {
   int status = kHasSideEffects;
   auto* call = activation->teststep->try_as<T3Parameterization>();
   T3Tree_Node* at = call == nullptr ? activation->teststep : call->apl;
-  for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-    status = std::max(status, AltStatus(at->as<T3ActualPar>()->expression));
+  for (auto* actual : Items<T3ActualPar>(at)) status = std::max(status, AltStatus(actual->expression));
   return status;
 }
 

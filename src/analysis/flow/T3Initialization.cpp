@@ -14,6 +14,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "support/Idents.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 // The names that are read too early, by their numbers.
@@ -241,6 +242,16 @@ void BodyWalk::Alternatives(T3Tree_Node* alts, T3Tree_Node* else_branch) {
   SetAll(assigned);
 }
 
+using InOrder = T3Kinds<T3DeclStmt, T3BlockStmt, T3IfStmt, _T3LoopStmt, T3AltStmt, T3InterleaveStmt,
+                        T3CallStmt, T3AssignStmt>;
+// They read what stands in them, and write nothing that is followed here.
+using Reading =
+    T3Kinds<T3InvocationStmt, _T3ConfStmt, T3DoneStmt, T3KilledStmt, T3TimeoutStmt, T3SendStmt,
+            _T3SendingPortClientStmt, _T3ReceivingPortStmt, _T3CheckStmt, T3ClearStmt, T3HaltStmt,
+            T3StartStmt, T3StopStmt, T3KillStmt, T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3LogStmt,
+            T3RetStmt, T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt>;
+static_assert(T3Covers<_T3Stmt, InOrder, Reading>());
+
 void BodyWalk::Statement(T3Tree_Node* statement) {
   switch (statement->kind) {
     case T3Kind::T3DeclStmt:
@@ -272,7 +283,7 @@ void BodyWalk::Statement(T3Tree_Node* statement) {
 }
 
 void BodyWalk::List(T3Tree_Node* list) {
-  for (; T3Is<_T3Stmt>(list); list = list->as<_T3Stmt>()->next) Statement(list);
+  for (auto* statement : Items<_T3Stmt>(list)) Statement(statement);
 }
 
 // ---- Bodies ----

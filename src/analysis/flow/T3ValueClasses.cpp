@@ -86,6 +86,11 @@ bool IsTemplateReference(T3Tree_Node* expression) {
   return found == Class::Template || found == Class::HoldsTemplate;
 }
 
+bool HasBeenRefused(T3Tree_Node* operand) {
+  if (!T3Is<_T3Expression>(operand) || ExpressionBaseType(operand)->is<T3ErrorType>()) return true;
+  return operand->is<_T3Reference>() && !IsRvalue(operand) && !IsTemplateReference(operand);
+}
+
 bool HasResult(T3Tree_Node* decl) {
   if (auto* function = T3Is<T3Function>(decl) ? decl->as<T3Function>() : nullptr)
     return !T3Is<T3NoType>(function->return_type);

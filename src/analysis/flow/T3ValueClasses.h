@@ -12,6 +12,8 @@ bool IsRvalue(T3Tree_Node* expression);
 bool IsRvalueRelaxed(T3Tree_Node* expression);
 /// True for a reference to a template, to what holds one, or to a function that returns one.
 bool IsTemplateReference(T3Tree_Node* expression);
+/// True for what has no type or is no value, and has had its message.
+bool HasBeenRefused(T3Tree_Node* operand);
 /// True for a function, an external one too, whose call is a value.
 bool HasResult(T3Tree_Node* decl);
 bool IsFunctionReturningTemplate(T3Tree_Node* decl);

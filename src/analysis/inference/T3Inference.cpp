@@ -197,8 +197,7 @@ T3Inference InferExpression(T3Tree_Node* expression, T3Candidates candidates, bo
 
 void InferRedirectedParams(T3Tree_Node* values, T3Tree_Node* signature) {
   if (T3Is<T3SignatureType>(signature)) return g_field_values(values, signature);
-  for (; values->is<T3FieldValue>(); values = values->as<T3FieldValue>()->next)
-    Fails(values->as<T3FieldValue>()->value, Anything());
+  for (auto* item : Items<T3FieldValue>(values)) Fails(item->value, Anything());
 }
 
 T3Inference InferTemplate(T3Tree_Node* definition, T3Candidates candidates, bool strict, T3TemplateUse use) {

@@ -114,8 +114,7 @@ T3Tree_Node* MemberOf(T3FieldValue* value, T3Tree_Node* base, MemberCursor& curs
 
 // Without a type for the whole, the values are inferred for the names in them only.
 void InferFieldValuesBlindly(T3Tree_Node* values) {
-  for (; values->is<T3FieldValue>(); values = values->as<T3FieldValue>()->next)
-    Fails(values->as<T3FieldValue>()->value, {gT3ErrorType});
+  for (auto* item : Items<T3FieldValue>(values)) Fails(item->value, {gT3ErrorType});
 }
 
 bool ValuesFit(T3Tree_Node* values, T3Tree_Node* base) {
@@ -138,9 +137,7 @@ void TryCandidates(T3CompoundValue* compound, T3Candidates& candidates) {
 }
 
 int LengthOf(T3Tree_Node* values) {
-  int length = 0;
-  for (; values->is<T3FieldValue>(); values = values->as<T3FieldValue>()->next) ++length;
-  return length;
+  return static_cast<int>(Items<T3FieldValue>(values).size());
 }
 }  // namespace
 
@@ -154,8 +151,7 @@ T3Candidates ElementCandidates(T3Tree_Node* type) {
 void InferFieldValues(T3Tree_Node* values, T3Tree_Node* base) {
   MemberCursor cursor(base);
   int index = 0;
-  for (; values->is<T3FieldValue>(); values = values->as<T3FieldValue>()->next) {
-    auto* value = values->as<T3FieldValue>();
+  for (auto* value : Items<T3FieldValue>(values)) {
     if (auto* place = value->field->try_as<T3FieldIndex>()) Fails(place->index, {gT3IntegerType});
     T3Tree_Node* member = MemberOf(value, base, cursor);
     auto& attributes = value->attr();

@@ -27,8 +27,8 @@ T3OwnTypes CharStringTypes(T3CharStringLiteral* literal) {
 
 // Items of an object identifier: numbers, named numbers, and references to values.
 void InferObjIdItems(T3Tree_Node* items) {
-  for (; items->is<T3ObjIdItem>(); items = items->as<T3ObjIdItem>()->next) {
-    T3Tree_Node* item = items->as<T3ObjIdItem>()->obj_id_item;
+  for (auto* at : Items<T3ObjIdItem>(items)) {
+    T3Tree_Node* item = at->obj_id_item;
     if (T3Tree_Node* number = NumberInComponent(item)) {
       LetMeanNothing(item);
       Fails(number, {gT3IntegerType});

@@ -1,6 +1,7 @@
 // Operators: arithmetic, strings, comparison, logic, shift and rotation. Chains of binary operators are
 // walked in loops.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/types/T3References.h"
 
 namespace t3infer {
 namespace {
@@ -60,6 +61,7 @@ void InferRight(_T3BinaryExpression* node) {
   T3Candidates right{BaseOf(node->left)};
   if (node->is<_T3BinaryLogicExpression>()) right = {gT3BooleanType};
   if (node->is<T3Concatenate>()) right = WithCharacterCounterparts(right);
+  if (NamesNoValue(node->left)) right = {gT3ErrorType};
   Fails(node->right, right);
   DecideLeft(node->left, node->right);
   node->attr().last_pass = true;

@@ -1,5 +1,6 @@
 // Predefined functions: what each takes and gives.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/types/T3References.h"
 
 namespace t3infer {
 namespace {
@@ -159,7 +160,8 @@ namespace {
 bool HasOwnType(T3Tree_Node* pattern) {
   auto* definition = pattern->try_as<T3TemplateDef>();
   return definition != nullptr &&
-         (!T3Is<T3NoType>(definition->parent) || definition->modifies->is<T3TemplateReference>());
+         (!T3Is<T3NoType>(definition->parent) || definition->modifies->is<T3TemplateReference>() ||
+          NamesTemplate(definition->constraint));
 }
 
 // What has no type by itself has that of the pattern, without its constraints. A pattern with a type of its
@@ -178,7 +180,9 @@ T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, boo
     InferValueForPattern(node->expression, node->template_value);
   } else {
     Fails(node->expression, Anything());
-    Fails(node->template_value, T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
+    Fails(node->template_value, NamesNoValue(node->expression)
+                                    ? T3Candidates(gT3ErrorType)
+                                    : T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
   }
   if (node->template_value->is<T3TemplateDef>()) DecideLeft(node->expression, node->template_value);
   node->attr().last_pass = true;

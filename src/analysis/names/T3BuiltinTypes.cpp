@@ -124,8 +124,8 @@ void MakeSharedTypes() {
 }
 
 void TakeAsnTypes(T3Tree_Node* decls) {
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) {
-    auto* decl = decls->try_as<T3TypeDecl>();
+  for (auto* at : Items<_T3Decl>(decls)) {
+    auto* decl = at->try_as<T3TypeDecl>();
     if (decl == nullptr) continue;
     for (const auto& row : kAsnTypes)
       if (gIdents.GetString(decl->name) == row.name) *row.type = decl->type;

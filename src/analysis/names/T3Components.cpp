@@ -75,7 +75,7 @@ ExtendsElement ReadElement(T3Tree_Node* item, tIdent module) {
 template <class Call>
 void ForElements(T3Tree_Node* component, tIdent module, const Call& call) {
   T3Tree_Node* item = component->as<T3ComponentType>()->extends;
-  for (; item->is<T3TypeItem>(); item = item->as<T3TypeItem>()->next) call(ReadElement(item, module));
+  for (auto* at : Items<T3TypeItem>(item)) call(ReadElement(at, module));
 }
 
 // The types that a module's `extends` clauses can name.
@@ -110,9 +110,8 @@ class DeclarationsTable {
 void DeclarationsTable::CollectNames(T3Module* module) {
   for (const auto& [name, type] : locals_) {
     ForElements(type, module->name, [this](const ExtendsElement& element) { entries_[element.filtered]; });
-    T3Tree_Node* item = type->as<T3ComponentType>()->extends;
-    for (; item->is<T3TypeItem>(); item = item->as<T3TypeItem>()->next) {
-      auto* reference = item->as<T3TypeItem>()->type->try_as<T3TypeReference>();
+    for (auto* item : Items<T3TypeItem>(type->as<T3ComponentType>()->extends)) {
+      auto* reference = item->type->try_as<T3TypeReference>();
       if (reference == nullptr || !reference->reference->is<T3Qualifier>()) continue;
       qualified_.insert(reference->reference->as<T3Qualifier>()->id);
     }
@@ -127,10 +126,10 @@ void DeclarationsTable::Add(tIdent id, T3Tree_Node* type, bool imported) {
 void DeclarationsTable::AddImport(T3ImportTypeDecl* import) {
   T3Tree_Node* def = import->attr().def_aux;
   if (!T3Is<T3TypeDecl>(def)) return;
-  const tIdent name = Ref2Id(import->object);
+  const tIdent name = DeclaredName(import);
   Add(name, def->as<T3TypeDecl>()->type, true);
   if (qualified_.count(name) != 0)
-    Add(MakeQualifiedId(Ref2Id(import->from_module), name), def->as<T3TypeDecl>()->type, true);
+    Add(MakeQualifiedId(ImportedModule(import), name), def->as<T3TypeDecl>()->type, true);
 }
 
 DeclarationsTable::DeclarationsTable(T3Module* module) {
@@ -352,7 +351,7 @@ bool IsCopiedDecl(const T3Tree_Node* decl) {
 
 T3Tree_Node* CopyDeclsList(T3Tree_Node* list) {
   ListBuilder builder;
-  for (; list->is<_T3Decl>(); list = list->as<_T3Decl>()->next) builder.Append(CopyDecl(list));
+  for (auto* decl : Items<_T3Decl>(list)) builder.Append(CopyDecl(decl));
   return builder.Close(_sgT3NoDecl(false));
 }
 

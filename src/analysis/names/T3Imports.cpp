@@ -292,7 +292,7 @@ bool KindMatches(_T3ImportDecl* statement, T3Tree_Node* found) {
 // True when the statement may bring what was found.
 bool FailIfError(_T3ImportDecl* statement, T3Tree_Node* found) {
   const std::string object = ImportRef2String(statement->object);
-  const tIdent module = Ref2Id(statement->from_module);
+  const tIdent module = ImportedModule(statement);
   if (found->is<T3NoDecl>()) {
     vexa_filtered_error(ERR_import_not_found, statement->position, object, module);
     return false;
@@ -307,7 +307,7 @@ bool FailIfError(_T3ImportDecl* statement, T3Tree_Node* found) {
 }
 
 void ImportStage::AddImport(_T3ImportDecl* statement) {
-  const auto module = gT3ModuleMap.find(Ref2Id(statement->from_module));
+  const auto module = gT3ModuleMap.find(ImportedModule(statement));
   if (module == gT3ModuleMap.end()) return;
   auto* from = module->second->as<T3Module>();
   current_from_ = from->name;
@@ -319,7 +319,7 @@ void ImportStage::AddImport(_T3ImportDecl* statement) {
   CheckLanguage(from, statement);
   if (statement->is<T3ImportAllDecl>()) return AddImportAll(from, statement->as<T3ImportAllDecl>());
   if (statement->is<T3ImportGroupDecl>()) return AddGroup(from, statement);
-  T3Tree_Node* found = FindDeclInModule(from, Ref2Id(statement->object));
+  T3Tree_Node* found = FindDeclInModule(from, DeclaredName(statement));
   if (FailIfError(statement, found)) Take(found, statement->with_spec, statement->recursive);
 }
 

@@ -17,15 +17,15 @@ using FirstOfName = std::unordered_map<tIdent, T3Tree_Node*>;
 
 FirstOfName LabelsOf(T3Tree_Node* stmt) {
   FirstOfName labels;
-  for (; T3Is<_T3Stmt>(stmt); stmt = stmt->as<_T3Stmt>()->next)
-    if (stmt->is<T3LabelStmt>()) labels.emplace(stmt->as<T3LabelStmt>()->label, stmt);
+  for (auto* statement : Items<_T3Stmt>(stmt))
+    if (statement->is<T3LabelStmt>()) labels.emplace(statement->as<T3LabelStmt>()->label, statement);
   return labels;
 }
 
 FirstOfName GroupsOf(T3Tree_Node* decl) {
   FirstOfName groups;
-  for (; T3Is<_T3Decl>(decl); decl = decl->as<_T3Decl>()->next)
-    if (decl->is<T3GroupDecl>()) groups.emplace(decl->as<T3GroupDecl>()->name, decl);
+  for (auto* at : Items<_T3Decl>(decl))
+    if (at->is<T3GroupDecl>()) groups.emplace(at->as<T3GroupDecl>()->name, at);
   return groups;
 }
 
@@ -61,8 +61,8 @@ tIdent FirstDuplicate(T3Tree_Node* list) {
   }
   if (!T3Is<Element>(at)) return NoIdent;
   std::unordered_set<tIdent> seen;
-  for (; T3Is<Element>(list); list = list->as<Element>()->next)
-    if (!seen.insert(list->as<Element>()->name).second) return list->as<Element>()->name;
+  for (auto* item : Items<Element>(list))
+    if (!seen.insert(item->name).second) return item->name;
   return NoIdent;
 }
 
@@ -125,7 +125,7 @@ void CheckSignatureType(T3Tree_Node* type) {
 bool IsImportedAddress(T3Tree_Node* decl) {
   static const tIdent address = gIdents.MakeIdent("address");
   auto* import = decl->try_as<T3ImportTypeDecl>();
-  return import != nullptr && Ref2Id(import->object) == address &&
+  return import != nullptr && DeclaredName(import) == address &&
          IsAddressRedefinition(import->attr().def_aux);
 }
 }  // namespace
@@ -143,8 +143,8 @@ tIdent FindDuplicateParameterName(T3Tree_Node* fpl) {
 }
 
 T3Tree_Node* FindLabelFromHere(T3Tree_Node* env, T3Tree_Node* stmt, tIdent label) {
-  for (; T3Is<_T3Stmt>(stmt); stmt = stmt->as<_T3Stmt>()->next)
-    if (stmt->is<T3LabelStmt>() && stmt->as<T3LabelStmt>()->label == label) return stmt;
+  for (auto* statement : Items<_T3Stmt>(stmt))
+    if (statement->is<T3LabelStmt>() && statement->as<T3LabelStmt>()->label == label) return statement;
   return T3Is<T3Env>(env) ? FindLabel(env->as<T3Env>()->outer, label) : _sgT3NoStmt();
 }
 

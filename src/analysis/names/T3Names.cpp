@@ -109,16 +109,16 @@ void ReportFailure(const Candidates& candidates, tIdent name, const tPosition& p
 void AddEnumLiterals(T3Tree_Node* type, tIdent moduleId, bool local, T3DeclMap& map) {
   type->as<T3EnumType>()->attr().local_type = local;
   T3Tree_Node* value = type->as<T3EnumType>()->values;
-  for (; value->is<T3EnumValue>(); value = value->as<T3EnumValue>()->next) {
-    map.Insert(value->as<T3EnumValue>()->name, moduleId, type);
+  for (auto* at : Items<T3EnumValue>(value)) {
+    map.Insert(at->name, moduleId, type);
   }
 }
 
 void RegisterImport(_T3ImportDecl* import, T3DeclMap& map) {
-  const tIdent from = Ref2Id(import->from_module);
+  const tIdent from = ImportedModule(import);
   const auto module = gT3ModuleMap.find(from);
   if (module != gT3ModuleMap.end()) map.Insert(from, 0, module->second);
-  const tIdent object = Ref2Id(import->object);
+  const tIdent object = DeclaredName(import);
   if (object == NoIdent || import->is<T3ImportAllDecl>()) return;
   T3Tree_Node* def = import->attr().def_aux;
   const bool is_enum = import->is<T3ImportTypeDecl>() && T3Is<T3TypeDecl>(def) &&
@@ -165,8 +165,7 @@ void RegisterDecl(T3Tree_Node* decl, tIdent moduleId, T3DeclMap*& map) {
   if (IsAsnNullType(decl)) return RegisterNull(decl->as<T3TypeDecl>(), moduleId, *map);
   if (auto* type = decl->try_as<T3TypeDecl>(); type != nullptr && T3Is<T3EnumType>(type->type))
     AddEnumLiterals(type->type, moduleId, true, *map);
-  const tIdent name = decl->is<_T3FormalPar>() ? decl->as<_T3FormalPar>()->name : decl->as<_T3Decl>()->name;
-  map->Insert(name, moduleId, decl);
+  map->Insert(DeclaredName(decl), moduleId, decl);
 }
 
 T3DeclMap* DeclsOut(T3Tree_Node* decls) {
@@ -317,9 +316,19 @@ tIdent Ref2Id(T3Tree_Node* reference) {
   return qualified != nullptr && qualified->base->is<T3ImportTerminator>() ? qualified->id : NoIdent;
 }
 
+tIdent DeclaredName(T3Tree_Node* decl) {
+  if (auto* import = decl->try_as<_T3ImportDecl>()) return Ref2Id(import->object);
+  if (auto* formal = decl->try_as<_T3FormalPar>()) return formal->name;
+  return decl->as<_T3Decl>()->name;
+}
+
+tIdent ImportedModule(const _T3ImportDecl* import) {
+  return Ref2Id(import->from_module);
+}
+
 bool VisibleUnqualified(T3Tree_Node* module, T3Tree_Node* import_decl) {
   const T3DeclMap& map = *DeclsOut(module->as<T3Module>()->definition_part);
-  const auto found = map.Find(Ref2Id(import_decl->as<_T3ImportDecl>()->object));
+  const auto found = map.Find(DeclaredName(import_decl));
   return !found.empty() && found.front().decl == import_decl && found.back().decl == import_decl;
 }
 

@@ -66,6 +66,11 @@ tIdent FindDuplicateParameterName(T3Tree_Node* fpl);
 bool IsAsnNullType(const T3Tree_Node* decl);
 /// The identifier of a T3ImportIdentifier, or of a group reference without a path; NoIdent for others.
 tIdent Ref2Id(T3Tree_Node* reference);
+/// The name by which a declaration is known in its module. An import, whose own `name` says nothing, has the
+/// name of what it imports; NoIdent where that is no single declaration.
+tIdent DeclaredName(T3Tree_Node* decl);
+/// The module that an import statement or declaration names.
+tIdent ImportedModule(const _T3ImportDecl* import);
 /// Empties the name caches of all scopes.
 void ClearNameCache();
 

@@ -8,12 +8,12 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3TreeFields.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 constexpr int kMaximumAliases = 1000;
 // In bytes.
 constexpr ptrdiff_t kAhead = 8192;
-
 
 class PlaceWalk {
  public:
@@ -151,8 +151,8 @@ void ForElements(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, const Ca
 }
 
 bool HasLabels(T3Tree_Node* list) {
-  for (; list->is<_T3Stmt>(); list = list->as<_T3Stmt>()->next)
-    if (list->is<T3LabelStmt>()) return true;
+  for (auto* statement : Items<_T3Stmt>(list))
+    if (statement->is<T3LabelStmt>()) return true;
   return false;
 }
 
@@ -428,6 +428,16 @@ void PlaceWalk::VisitComponent(T3ComponentType* type, T3Place* place) {
   PushDecls(type, type->decls, inner, kInComponent);
 }
 
+using ChangingPlaces = T3Kinds<T3DeclStmt, T3ForStmt, T3CallStmt, T3BlockStmt, T3IfStmt, T3WhileStmt,
+                               T3DoWhileStmt, T3AltStmt, T3InterleaveStmt>;
+// What stands in them has their place.
+using KeepingPlaces =
+    T3Kinds<T3InvocationStmt, _T3ConfStmt, T3DoneStmt, T3KilledStmt, T3TimeoutStmt, T3SendStmt,
+            _T3SendingPortClientStmt, _T3ReceivingPortStmt, _T3CheckStmt, T3ClearStmt, T3HaltStmt,
+            T3StartStmt, T3StopStmt, T3KillStmt, T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3AssignStmt,
+            T3LogStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt>;
+static_assert(T3Covers<_T3Stmt, ChangingPlaces, KeepingPlaces>());
+
 // The kinds of statements that change places below them; false for the others.
 bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
   if (auto* decl = node->try_as<T3DeclStmt>()) {
@@ -543,7 +553,7 @@ T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
   for (auto* stmt : Items<_T3Stmt>(list)) {
     if (!stmt->is<T3DeclStmt>()) continue;
     T3Tree_Node* decl = stmt->as<T3DeclStmt>()->decl;
-    for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next) RegisterDecl(decl, module_name_, map);
+    for (auto* at : Items<_T3Decl>(decl)) RegisterDecl(at, module_name_, map);
   }
   return map;
 }

@@ -37,13 +37,13 @@ void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
 }
 
 bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {
-  for (; actual->is<T3ActualPar>(); actual = actual->as<T3ActualPar>()->next) {
+  for (auto* at : Items<T3ActualPar>(actual)) {
     if (!T3Is<_T3FormalPar>(formal)) return false;
-    CheckActual(actual->as<T3ActualPar>()->expression, formal);
+    CheckActual(at->expression, formal);
     formal = formal->as<_T3FormalPar>()->next;
   }
-  for (; T3Is<_T3FormalPar>(formal); formal = formal->as<_T3FormalPar>()->next)
-    if (!HasDefault(formal)) return false;
+  for (auto* item : Items<_T3FormalPar>(formal))
+    if (!HasDefault(item)) return false;
   return true;
 }
 

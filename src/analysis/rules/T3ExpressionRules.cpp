@@ -174,16 +174,10 @@ T3Tree_Node* OperandOf(T3Tree_Node* node) {
   return ConstraintOf(node->as<_T3PreDefinedTemplateFunction>()->template_value);
 }
 
-// What has no type, or is no value, has had its message.
-bool IsJudged(T3Tree_Node* operand) {
-  return HasFailed(operand) ||
-         (operand->is<_T3Reference>() && !IsRvalue(operand) && !IsTemplateReference(operand));
-}
-
 // Only a union has something chosen.
 void CheckIsChosen(T3Tree_Node* node) {
   T3Tree_Node* operand = OperandOf(node);
-  if (IsJudged(operand)) return;
+  if (HasBeenRefused(operand)) return;
   auto* field = IsName(operand) ? nullptr : operand->try_as<T3Qualifier>();
   T3Tree_Node* whole = field == nullptr ? gT3NoType : GetAddressBaseType(ExpressionBaseType(field->base));
   const bool of_any =
@@ -200,15 +194,14 @@ bool HasLength(T3Tree_Node* type) {
 
 void CheckLengthOf(T3Tree_Node* node) {
   T3Tree_Node* operand = OperandOf(node);
-  if (IsJudged(operand)) return;
+  if (HasBeenRefused(operand)) return;
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operand));
   if (type != gT3WildcardType && !HasLength(type)) ReportTypeError(operand, true);
 }
 
 void CheckIsPresent(T3Tree_Node* node) {
-  T3Tree_Node* argument = node->as<T3IsPresent>()->template_value;
-  if (!argument->is<T3TemplateDef>() || HasFailed(argument->as<T3TemplateDef>()->constraint)) return;
-  argument = argument->as<T3TemplateDef>()->constraint;
+  T3Tree_Node* argument = OperandOf(node);
+  if (HasBeenRefused(argument)) return;
   if (!argument->is<T3Qualifier>() || !IsFieldOptional(Def(argument)))
     vexa_filtered_error(ERR_illegal_ispresent, PositionOf(node));
 }

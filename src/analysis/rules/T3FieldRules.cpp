@@ -96,8 +96,8 @@ enum class Presence { All, SomeMissing, OutOfOrder, Failed };
 
 // Goes along fields and values in step, which is enough for values in the order of the fields.
 Presence FollowFields(T3Tree_Node* field, T3Tree_Node* at) {
-  for (; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    T3Tree_Node* member = at->as<T3FieldValue>()->attr().def;
+  for (auto* item : Items<T3FieldValue>(at)) {
+    T3Tree_Node* member = item->attr().def;
     if (!T3Is<T3FieldType>(member)) return Presence::Failed;
     if (field != member) field = NextMandatory(field);
     if (field != member && member->as<T3FieldType>()->optional) continue;
@@ -109,9 +109,9 @@ Presence FollowFields(T3Tree_Node* field, T3Tree_Node* at) {
 
 bool AllNamesPresent(T3Tree_Node* field, T3Tree_Node* at) {
   std::unordered_set<T3Tree_Node*> present;
-  for (; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    if (!T3Is<T3FieldType>(at->as<T3FieldValue>()->attr().def)) return true;
-    present.insert(at->as<T3FieldValue>()->attr().def);
+  for (auto* item : Items<T3FieldValue>(at)) {
+    if (!T3Is<T3FieldType>(item->attr().def)) return true;
+    present.insert(item->attr().def);
   }
   for (; T3Is<T3FieldType>(field); field = NextField(field))
     if (!field->as<T3FieldType>()->optional && present.count(field) == 0) return false;

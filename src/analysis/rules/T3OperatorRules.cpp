@@ -3,6 +3,7 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
@@ -142,6 +143,23 @@ void CheckSubstringArguments(T3Tree_Node* node) {
   RequireOperand(node->as<T3Substring>()->count);
 }
 
+void CheckMatched(T3Tree_Node* node) {
+  RequireOperand(node->as<T3Match>()->expression);
+}
+
+void CheckFieldIndex(T3Tree_Node* node) {
+  RequireOperand(node->as<T3FieldIndex>()->index);
+}
+
+void CheckSubscript(T3Tree_Node* node) {
+  RequireOperand(node->as<T3Subscription>()->index);
+}
+
+void CheckComponent(T3Tree_Node* node) {
+  T3Tree_Node* component = node->as<T3ObjIdItem>()->obj_id_item;
+  if (NumberInComponent(component) == nullptr && IsTemplateReference(component)) RequireOperand(component);
+}
+
 void CheckRegexpArguments(T3Tree_Node* node) {
   RequireOperand(node->as<T3Regexp>()->argument);
   RequireOperand(node->as<T3Regexp>()->number);
@@ -166,6 +184,10 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3Replace, CheckReplaceArguments},
     {T3Kind::T3Substring, CheckSubstringArguments},
     {T3Kind::T3Regexp, CheckRegexpArguments},
+    {T3Kind::T3Match, CheckMatched},
+    {T3Kind::T3ObjIdItem, CheckComponent},
+    {T3Kind::T3FieldIndex, CheckFieldIndex},
+    {T3Kind::T3Subscription, CheckSubscript},
 };
 }  // namespace
 

@@ -19,8 +19,8 @@ bool IsAnyPort(T3Tree_Node* port) {
 
 // A reference whose name, or the type of what it means, has failed has had its message.
 bool HasMessage(T3Tree_Node* port) {
-  auto* reference = port->try_as<_T3Reference>();
-  if (reference == nullptr) return false;
+  if (!port->is<T3Identifier>() && !port->is<_T3Qualification>()) return false;
+  auto* reference = port->as<_T3Reference>();
   T3Tree_Node* def = Def(reference);
   if (T3Is<T3NoDecl>(def) || T3Is<T3ErrorType>(def)) return true;
   // An index into what has no elements is left to the rule of the statement.
@@ -31,7 +31,8 @@ bool HasMessage(T3Tree_Node* port) {
 void CheckPort(T3Tree_Node* node) {
   RefuseInControlPart(node, "port operation");
   T3Tree_Node* port = node->as<_T3PortStmt>()->port;
-  if (!T3Is<_T3Expression>(port) || IsAnyPort(port)) return;
+  // The port of what is checked is that of the check.
+  if (!T3Is<_T3Expression>(port) || IsAnyPort(port) || T3Is<T3CheckReceive>(node->parent)) return;
   T3Tree_Node* type = ExpressionBaseType(port);
   if ((type == gT3AnyPortType || type->is<T3PortType>()) && IsRvalue(port)) return;
   if (HasMessage(port)) return;
@@ -84,7 +85,7 @@ T3SignatureType* SignatureOf(T3Tree_Node* node) {
 // What a receiving operation evaluates must leave the snapshot as it is.
 void RefuseInAlternative(T3Tree_Node* node, T3Tree_Node* part, const char* what) {
   const bool given = T3Is<T3TemplateDef>(part) || T3Is<_T3Expression>(part);
-  if (given && AltStatus(part) == kChangesSnapshot)
+  if (given && !HasBeenRefused(ConstraintOf(part)) && AltStatus(part) == kChangesSnapshot)
     vexa_filtered_error(ERR_alt_illegal_something, PositionOf(node), what);
 }
 
@@ -157,7 +158,10 @@ void RefuseReturnValue(T3Tree_Node* node, bool given) {
 void CheckReply(T3Tree_Node* node) {
   RequireProcedures(node, "reply");
   RequireSignature(node);
-  const bool given = IsGiven(node->as<T3ReplyStmt>()->return_expr);
+  T3Tree_Node* value = ConstraintOf(node->as<T3ReplyStmt>()->return_expr);
+  const bool given = IsGiven(value);
+  if (given && !HasBeenRefused(value) && !IsRvalue(value))
+    vexa_filtered_error(ERR_template_ambiguous, PositionOf(node));
   RefuseReturnValue(node, given);
   T3SignatureType* signature = SignatureOf(node);
   if (!given && signature != nullptr && !T3Is<T3NoType>(signature->return_type))
@@ -252,8 +256,7 @@ void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signa
     if (!element->value->is<T3NotUsedSymbol>()) CheckParameterRedirection(at, par, getcall);
     if (T3Is<_T3FormalPar>(par)) par = par->as<_T3FormalPar>()->next;
   }
-  long wanted = 0;
-  for (par = signature->fpl; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next) ++wanted;
+  const auto wanted = static_cast<long>(Items<_T3FormalPar>(signature->fpl).size());
   if (given > 0 && list && given != wanted)
     vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }
@@ -349,7 +352,7 @@ bool CheckSubscription(T3Tree_Node* node, const Side& side) {
 
 bool CheckComponent(T3Tree_Node* node, const Side& side) {
   if (side.owner == nullptr || side.owner == gT3AnyComponentType) return false;
-  if (NamesType(side.component) ||
+  if (!IsRvalue(side.component) ||
       (!side.owner->is<T3ComponentType>() && !(node->is<T3ConnectStmt>() && side.owner->is<T3ArrayType>()))) {
     vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
     return true;

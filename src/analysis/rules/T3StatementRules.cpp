@@ -51,7 +51,8 @@ void CheckElse(T3Tree_Node* node) {
 }
 
 void CheckGuard(T3Tree_Node* node) {
-  if (AltStatus(node->as<_T3Alt>()->guard) == kChangesSnapshot)
+  T3Tree_Node* guard = node->as<_T3Alt>()->guard;
+  if (!HasBeenRefused(guard) && AltStatus(guard) == kChangesSnapshot)
     vexa_filtered_error(ERR_alt_illegal_guard, PositionOf(node));
 }
 
@@ -137,7 +138,7 @@ void CheckContinue(T3Tree_Node* node) {
 void CheckDeactivate(T3Tree_Node* node) {
   RefuseInInterleave(node, "deactivate");
   T3Tree_Node* operand = node->as<T3DeactivateStmt>()->teststep;
-  if (IsGiven(operand) && !HasFailed(operand) && !ExpressionBaseType(operand)->is<T3Default>())
+  if (IsGiven(operand) && !HasBeenRefused(operand) && !ExpressionBaseType(operand)->is<T3Default>())
     vexa_filtered_error(ERR_deactivate_wo_def_ref, PositionOf(node));
 }
 
@@ -252,7 +253,11 @@ void CheckStart(T3Tree_Node* node) {
   if (!IsRvalue(start->object)) return RefuseObject(start, start->object);
   if (IsTimerObject(start->object)) return CheckTimerStart(start);
   if (IsComponentObject(start->object)) return CheckComponentStart(start);
-  if (!IsPortObject(start->object)) RefuseObject(start, start->object);
+  if (!IsPortObject(start->object)) return RefuseObject(start, start->object);
+  // A port takes nothing to start with: a timer is meant, or a component.
+  if (IsGiven(start->argument) && !HasFailed(start->argument))
+    vexa_filtered_error(start->argument->is<T3Parameterization>() ? ERR_invalid_comp_ref : ERR_invalid_timer,
+                        PositionOf(start));
 }
 
 constexpr T3Rule kRules[] = {

@@ -45,9 +45,11 @@ bool IsMatching(T3Tree_Node* value) {
   return value->is<_T3MatchingExpression>() || value->is<ExtraMatchingExpressions>();
 }
 
-// What a field of a template that stands for one value, or for one or none, may not be; null for others.
-const char* RefusedField(T3Tree_Node* value, bool may_be_omitted) {
-  if (value->is<T3Omit>()) return may_be_omitted ? nullptr : "'omit'";
+// What a field of a template that stands for one value, or for one or none, may not be; null for others. A
+// list has no other way to leave a field out than to say so in its place.
+const char* RefusedField(T3FieldValue* field, bool may_be_omitted) {
+  T3Tree_Node* value = field->value;
+  if (value->is<T3Omit>()) return may_be_omitted || field->field->is<T3NoFieldSpec>() ? nullptr : "'omit'";
   if (value->is<T3AnyValue>()) return "'?'";
   if (value->is<T3AnyOrOmit>()) return "'*'";
   return IsMatching(value) ? "value" : nullptr;
@@ -60,7 +62,7 @@ void RefuseFields(T3CompoundValue* compound, bool may_be_omitted, const char* wh
     open.pop_back();
     if (at == nullptr) continue;
     open.push_back(at->next);
-    if (const char* what = RefusedField(at->value, may_be_omitted))
+    if (const char* what = RefusedField(at, may_be_omitted))
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(at), what, where);
     else if (auto* inner = at->value->try_as<T3CompoundValue>())
       open.push_back(inner->value);

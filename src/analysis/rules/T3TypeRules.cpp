@@ -8,6 +8,7 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
@@ -89,22 +90,12 @@ void CheckArrayBounds(T3Tree_Node* node) {
     vexa_filtered_error(ERR_const, PositionOf(bound));
 }
 
-// A template by its name: one of the module or an import, a variable or a parameter that holds templates.
-bool RefersToTemplate(T3Tree_Node* expression) {
-  if (auto* call = expression->try_as<T3Parameterization>()) expression = call->base;
-  if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return false;
-  T3Tree_Node* def = BehindImport(Def(expression));
-  if (auto* variable = def == nullptr ? nullptr : def->try_as<T3VarDecl>())
-    return variable->is_template_variable;
-  return T3Is<T3TemplateDecl>(def) || T3Is<T3FormalTemplatePar>(def);
-}
-
 // A template that is named keeps the type that it has, even where values of the two types fit each other. One
 // whose type does not fit at all has had its message.
 void CheckExplicitTemplateType(T3Tree_Node* node) {
   auto* definition = node->as<T3TemplateDef>();
   if (T3Is<T3NoType>(definition->parent) || definition->modifies->is<T3TemplateReference>()) return;
-  if (!T3Is<_T3Expression>(definition->constraint) || !RefersToTemplate(definition->constraint)) return;
+  if (!T3Is<_T3Expression>(definition->constraint) || !NamesTemplate(definition->constraint)) return;
   T3Tree_Node* own = BaseTypeDef(definition->parent);
   T3Tree_Node* named = BaseTypeDef(BehindImport(Def(definition->constraint)));
   if (own->is<T3ErrorType>() || named->is<T3ErrorType>()) return;

@@ -77,8 +77,8 @@ void CheckSubType(T3Tree_Node* node) {
   auto* list = subtype->constraint->try_as<T3ValueList>();
   bool varies = list == nullptr && VariesInType(subtype->constraint);
   T3Tree_Node* at = list == nullptr ? nullptr : list->values;
-  for (; T3Is<T3ValueListItem>(at); at = at->as<T3ValueListItem>()->next) {
-    T3Tree_Node* value = at->as<T3ValueListItem>()->value;
+  for (auto* item : Items<T3ValueListItem>(at)) {
+    T3Tree_Node* value = item->value;
     auto* range = value->try_as<T3ValueRange>();
     if (range == nullptr)
       varies = varies || VariesInType(value);
@@ -148,11 +148,11 @@ const char* AbsentValue(T3Tree_Node* value) {
 
 void CheckMandatoryFields(T3Tree_Node* node) {
   T3Tree_Node* at = node->as<T3CompoundValue>()->value;
-  for (; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next) {
-    const char* absent = AbsentValue(at->as<T3FieldValue>()->value);
-    T3Tree_Node* member = absent == nullptr ? nullptr : at->as<T3FieldValue>()->attr().def;
+  for (auto* item : Items<T3FieldValue>(at)) {
+    const char* absent = AbsentValue(item->value);
+    T3Tree_Node* member = absent == nullptr ? nullptr : item->attr().def;
     if (T3Is<T3FieldType>(member) && !IsFieldOptional(member))
-      vexa_filtered_error(ERR_illegal_mandatory, PositionOf(at), absent);
+      vexa_filtered_error(ERR_illegal_mandatory, PositionOf(item), absent);
   }
 }
 
@@ -199,8 +199,8 @@ bool BranchesReturn(T3Tree_Node* statement) {
 }
 
 bool ReturnsAtEnd(T3Tree_Node* list) {
-  for (; T3Is<_T3Stmt>(list); list = list->as<_T3Stmt>()->next)
-    if (list->is<T3IfStmt>() ? BranchesReturn(list) : Returns(list)) return true;
+  for (auto* statement : Items<_T3Stmt>(list))
+    if (statement->is<T3IfStmt>() ? BranchesReturn(statement) : Returns(statement)) return true;
   return false;
 }
 

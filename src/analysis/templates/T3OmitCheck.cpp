@@ -33,8 +33,8 @@ bool MustHaveValue(T3Tree_Node* member) {
 }
 
 void MarkParameter(T3Tree_Node* par, tIdent name) {
-  for (; T3Is<_T3FormalPar>(par); par = par->as<_T3FormalPar>()->next)
-    if (par->as<_T3FormalPar>()->name == name) par->as<_T3FormalPar>()->attr().omit_not_allow_par = true;
+  for (auto* formal : Items<_T3FormalPar>(par))
+    if (formal->name == name) formal->attr().omit_not_allow_par = true;
 }
 
 // Marks the parameters that feed a field which cannot be left out.
@@ -131,8 +131,8 @@ void OmitCheck1(T3Tree_Node* node) {
 
 void OmitCheck(T3Tree_Node* root) {
   T3Tree_Node* decl = root->as<T3Builtin>()->module->as<T3Module>()->definition_part;
-  for (; decl->is<_T3Decl>(); decl = decl->as<_T3Decl>()->next)
-    ForEachInSubtree(decl, [](T3Tree_Node* node) {
+  for (auto* at : Items<_T3Decl>(decl))
+    ForEachInSubtree(at, [](T3Tree_Node* node) {
       OmitCheck1(node);
       return !T3Is<_T3Type>(node);
     });

@@ -80,8 +80,8 @@ class Search {
 
   bool InActuals(T3Tree_Node* call) {
     T3Tree_Node* at = call->as<T3Parameterization>()->apl;
-    for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-      if (In(at->as<T3ActualPar>()->expression)) return true;
+    for (auto* actual : Items<T3ActualPar>(at))
+      if (In(actual->expression)) return true;
     return false;
   }
 
@@ -139,8 +139,8 @@ bool CheckFieldEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
       if (CheckFieldEqParam(at->value, name, depth + 1)) return true;
   } else if (TemplateCalled(expression) != nullptr) {
     T3Tree_Node* at = expression->as<T3Parameterization>()->apl;
-    for (; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next)
-      if (CheckFieldEqParam(ConstraintOf(at->as<T3ActualPar>()->expression), name, depth + 1)) return true;
+    for (auto* actual : Items<T3ActualPar>(at))
+      if (CheckFieldEqParam(ConstraintOf(actual->expression), name, depth + 1)) return true;
   }
   return false;
 }
@@ -206,6 +206,22 @@ void CheckUnrestricted(T3TemplateDef* definition, tIdent name, T3Tree_Node* actu
   }
 }
 
+void CheckActual(T3FormalTemplatePar* formal, T3Tree_Node* actual, T3Tree_Node* value,
+                 T3TemplateDef* definition) {
+  if (!T3Is<_T3Expression>(value) || HasFailed(value)) return;
+  if (formal->restriction != Restriction::None)
+    CheckRestricted(formal->restriction, actual, value);
+  else if (definition != nullptr)
+    CheckUnrestricted(definition, formal->name, actual, value);
+}
+
+// What a parameter is where nothing is given for it.
+void CheckDefault(T3FormalTemplatePar* formal) {
+  T3Tree_Node* value = ConstraintOf(formal->default_value);
+  auto* decl = formal->place->vexa_owner->try_as<T3TemplateDecl>();
+  CheckActual(formal, value, value, decl == nullptr ? nullptr : decl->definition->try_as<T3TemplateDef>());
+}
+
 void CheckTemplateParameterization(T3Tree_Node* par, T3Tree_Node* at, T3TemplateDef* definition) {
   for (; T3Is<_T3FormalPar>(par) && at->is<T3ActualPar>();
        par = par->as<_T3FormalPar>()->next, at = at->as<T3ActualPar>()->next) {
@@ -213,12 +229,7 @@ void CheckTemplateParameterization(T3Tree_Node* par, T3Tree_Node* at, T3Template
     auto* formal = par->try_as<T3FormalTemplatePar>();
     if (formal == nullptr) return;
     auto* actual = at->as<T3ActualPar>();
-    T3Tree_Node* value = ConstraintOf(actual->expression);
-    if (!T3Is<_T3Expression>(value) || HasFailed(value)) continue;
-    if (formal->restriction != Restriction::None)
-      CheckRestricted(formal->restriction, actual, value);
-    else
-      CheckUnrestricted(definition, formal->name, actual, value);
+    CheckActual(formal, actual, ConstraintOf(actual->expression), definition);
   }
 }
 
@@ -264,6 +275,8 @@ void TemplateRestrictionsAnalyze(T3Tree_Node* node) {
   } else if (auto* assignment = node->try_as<T3AssignStmt>()) {
     if (T3VarDecl* target = VariableOf(assignment->lhs))
       TemplVarAssignCheck(target->templ_restriction, ConstraintOf(assignment->rhs));
+  } else if (auto* formal = node->try_as<T3FormalTemplatePar>()) {
+    CheckDefault(formal);
   } else if (T3TemplateDecl* called = TemplateCalled(node)) {
     if (auto* definition = called->definition->try_as<T3TemplateDef>())
       CheckTemplateParameterization(called->fpl, node->as<T3Parameterization>()->apl, definition);
@@ -284,6 +297,10 @@ void NoteAssignment(T3Tree_Node* node) {
   T3VarDecl* target = VariableOf(node->as<T3AssignStmt>()->lhs);
   if (target != nullptr && target->templ_restriction != Restriction::None) g_restricted.push_back(node);
 }
+void NoteDefault(T3Tree_Node* node) {
+  if (T3Is<_T3Expression>(ConstraintOf(node->as<T3FormalTemplatePar>()->default_value)))
+    g_restricted.push_back(node);
+}
 void NoteCall(T3Tree_Node* node) {
   if (TemplateCalled(node) != nullptr) g_restricted.push_back(node);
 }
@@ -291,6 +308,7 @@ void NoteCall(T3Tree_Node* node) {
 constexpr T3Rule kRules[] = {
     {T3Kind::T3TemplateDecl, NoteModification},
     {T3Kind::T3VarDecl, NoteVariable},
+    {T3Kind::T3FormalTemplatePar, NoteDefault},
     {T3Kind::T3AssignStmt, NoteAssignment},
     {T3Kind::T3Parameterization, NoteCall},
 };

@@ -7,6 +7,7 @@
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 // A comparison of deeper nesting than this ends with "compatible": only types that contain themselves
@@ -56,15 +57,15 @@ bool Comparison::Bodies(T3Tree_Node* a, T3Tree_Node* b) {
 
 bool Comparison::BodyAgainstElement(T3Tree_Node* body, T3Tree_Node* element) {
   T3Tree_Node* base = BaseTypeDef(element);
-  for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
-    if (!Compatible(BaseTypeDef(body->as<T3FieldType>()->type), base)) return false;
+  for (auto* at : Items<T3FieldType>(body))
+    if (!Compatible(BaseTypeDef(at->type), base)) return false;
   return true;
 }
 
 bool Comparison::ElementAgainstBody(T3Tree_Node* element, T3Tree_Node* body) {
   T3Tree_Node* base = BaseTypeDef(element);
-  for (; body->is<T3FieldType>(); body = body->as<T3FieldType>()->next)
-    if (!Compatible(base, BaseTypeDef(body->as<T3FieldType>()->type))) return false;
+  for (auto* at : Items<T3FieldType>(body))
+    if (!Compatible(base, BaseTypeDef(at->type))) return false;
   return true;
 }
 
@@ -90,6 +91,14 @@ bool Comparison::Structures(T3Tree_Node* a, T3Tree_Node* b) {
       return false;
   }
 }
+
+using ComparedByStructure = T3Kinds<_T3StructuredType, _T3HomogeneousType>;
+using ComparedByIdentity =
+    T3Kinds<T3NoType, _T3BuiltinType, T3ModuleType, T3PortType, T3EnumType, T3ComponentType>;
+// The first two stand for a type, which is asked for before; the others are no types of values.
+using NeverCompared = T3Kinds<T3TypeReference, T3SubType, T3ErrorType, T3WildcardType, T3AllTypes,
+                              T3SignatureType, T3AmbiguousType>;
+static_assert(T3Covers<_T3Type, ComparedByStructure, ComparedByIdentity, NeverCompared>());
 
 bool Comparison::Compatible(T3Tree_Node* a, T3Tree_Node* b) {
   if (a == nullptr || b == nullptr) return false;
@@ -133,8 +142,7 @@ bool IsSameAddress(T3Tree_Node* a, T3Tree_Node* b) {
 // The declarations of a component by name.
 std::unordered_multimap<tIdent, T3Tree_Node*> DeclsByName(T3Tree_Node* decls) {
   std::unordered_multimap<tIdent, T3Tree_Node*> result;
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next)
-    result.emplace(decls->as<_T3Decl>()->name, decls);
+  for (auto* decl : Items<_T3Decl>(decls)) result.emplace(decl->name, decl);
   return result;
 }
 
@@ -185,8 +193,8 @@ bool AreComponentsAssignCompatible(T3Tree_Node* a, T3Tree_Node* b) {
   T3Tree_Node* needed = a->as<T3ComponentType>()->decls;
   if (!T3Is<_T3Decl>(needed)) return true;
   const auto offered = DeclsByName(b->as<T3ComponentType>()->decls);
-  for (; needed->is<_T3Decl>(); needed = needed->as<_T3Decl>()->next)
-    if (!MatchTypeAgainstComponentDecls(needed, offered)) return false;
+  for (auto* decl : Items<_T3Decl>(needed))
+    if (!MatchTypeAgainstComponentDecls(decl, offered)) return false;
   return true;
 }
 

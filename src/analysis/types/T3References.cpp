@@ -166,6 +166,22 @@ bool IsName(T3Tree_Node* expression) {
   return qualifier != nullptr && qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base));
 }
 
+bool NamesNoValue(T3Tree_Node* expression) {
+  while (!IsName(expression) && (expression->is<T3Subscription>() || expression->is<T3Qualifier>()))
+    expression = expression->as<_T3Qualification>()->base;
+  if (!IsName(expression)) return false;
+  T3Tree_Node* def = BehindImport(Def(expression));
+  return (T3Is<T3TypeDecl>(def) && !IsAsnNullType(def)) || T3Is<T3Module>(def) || T3Is<_T3FunctionDecl>(def);
+}
+
+bool NamesTemplate(T3Tree_Node* expression) {
+  if (auto* call = expression->try_as<T3Parameterization>()) expression = call->base;
+  T3Tree_Node* def = DefQuietly(expression);
+  if (auto* variable = def == nullptr ? nullptr : def->try_as<T3VarDecl>())
+    return variable->is_template_variable;
+  return T3Is<T3TemplateDecl>(def) || T3Is<T3FormalTemplatePar>(def);
+}
+
 void TakeMeaning(_T3Reference* made, _T3Reference* written) {
   auto& attributes = made->attr();
   const auto& own = written->attr();

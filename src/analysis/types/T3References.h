@@ -14,6 +14,11 @@ void ResolveReference(T3Tree_Node* reference);
 T3Tree_Node* DefQuietly(T3Tree_Node* name);
 /// True for a name: an identifier, or one behind the name of a module, which means the same.
 bool IsName(T3Tree_Node* expression);
+/// True for a type, module or behaviour by its name, and for what is meant to be a part of one: no value.
+bool NamesNoValue(T3Tree_Node* expression);
+/// True for a template by its name, with parameters or without: one of the module or an import, a variable or
+/// a parameter that holds templates.
+bool NamesTemplate(T3Tree_Node* expression);
 /// Gives a reference that was made all that is known of the one that was written: what it means and its types.
 void TakeMeaning(_T3Reference* made, _T3Reference* written);
 /// The bare name of something local that a qualifier names behind the name of its own module, with all that

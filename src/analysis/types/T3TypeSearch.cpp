@@ -1,10 +1,8 @@
-// Searches in the bodies of types: fields and parameters by name or number, literals of enumerations, and
-// the types that ports and `all` stand for.
-#include <algorithm>
+// Searches in the bodies of types: fields and parameters by name or number, and the types that ports and
+// `all` stand for.
 #include <unordered_map>
 #include <unordered_set>
 
-#include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Types.h"
@@ -110,40 +108,6 @@ T3Tree_Node* FindIndex(T3Tree_Node* list, long n) {
   return gT3ErrorType;
 }
 
-int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name) {
-  T3Tree_Node* base = BaseTypeDef(type);
-  for (auto* at : Items<T3EnumValue>(base->as<T3EnumType>()->values)) {
-    auto* value = at;
-    if (value->name != name) continue;
-    if (!value->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) AssignEnumValues(base);
-    return value->attr().assigned_no;
-  }
-  AbsentMember("GetEnumValueNumber", type);
-}
-
-void AssignEnumValues(T3Tree_Node* type) {
-  auto* enumeration = type->as<T3EnumType>();
-  auto* first = enumeration->values->try_as<T3EnumValue>();
-  if (first == nullptr || first->attr().IsEvaluated(T3EnumValue_Attributes::assigned_no_bit)) return;
-  std::vector<int64_t> given;
-  for (auto* at : Items<T3EnumValue>(first))
-    if (const auto value = ConstIntValue(at->value)) given.push_back(*value);
-  std::sort(given.begin(), given.end());
-  if (std::adjacent_find(given.begin(), given.end()) != given.end())
-    vexa_filtered_error(ERR_enum_duplicate, enumeration->position);
-  int64_t counter = 0;
-  for (auto* at : Items<T3EnumValue>(first)) {
-    auto& attributes = at->attr();
-    attributes.SetEvaluated(T3EnumValue_Attributes::assigned_no_bit);
-    if (const auto value = ConstIntValue(at->value)) {
-      attributes.assigned_no = *value;
-      continue;
-    }
-    while (std::binary_search(given.begin(), given.end(), counter)) ++counter;
-    attributes.assigned_no = counter++;
-  }
-}
-
 bool PartOfAllTypes(T3Tree_Node* base) {
   return !base->is<T3PortType>() && !base->is<T3TimerType>() && !base->is<T3Default>() &&
          !base->is<T3ErrorType>() && !base->is<T3NoType>();
@@ -152,10 +116,10 @@ bool PartOfAllTypes(T3Tree_Node* base) {
 namespace {
 // Appends the type declarations of a list, groups entered.
 void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) {
-    if (auto* group = decls->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
-    if (decls->is<T3TypeDecl>() || decls->is<T3ImportTypeDecl>() || decls->is<T3ImportSignatureDecl>())
-      types.push_back(decls);
+  for (auto* decl : Items<_T3Decl>(decls)) {
+    if (auto* group = decl->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
+    if (decl->is<T3TypeDecl>() || decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
+      types.push_back(decl);
   }
 }
 

@@ -65,15 +65,15 @@ T3Tree_Node* DeclarationOf(T3Tree_Node* type) {
 }
 
 void ReportImport(_T3ImportDecl* import) {
-  auto* object = import->object->try_as<T3ImportIdentifier>();
-  auto* module = import->from_module->try_as<T3ImportIdentifier>();
+  const tIdent object = DeclaredName(import);
+  const tIdent module = ImportedModule(import);
+  const bool is_named = object != NoIdent && module != NoIdent;
   if (!import->is<T3ImportTypeDecl>()) {
-    if (object != nullptr && module != nullptr)
-      vexa_filtered_error(ERR_type_decl_with_mod, import->position, module->id, object->id);
+    if (is_named) vexa_filtered_error(ERR_type_decl_with_mod, import->position, module, object);
     return;
   }
-  if (object != nullptr && module != nullptr)
-    vexa_filtered_error(ERR_type_import, import->position, object->id, module->id);
+  if (is_named)
+    vexa_filtered_error(ERR_type_import, import->position, object, module);
   else
     vexa_filtered_error(ERR_type_import_na, import->position);
 }

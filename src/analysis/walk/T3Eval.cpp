@@ -136,7 +136,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
 
 namespace {
 void EvaluateDecls(T3Tree_Node* decls, T3Tree_Node* root) {
-  for (; decls->is<_T3Decl>(); decls = decls->as<_T3Decl>()->next) EvaluateSubtree(decls, root);
+  for (auto* decl : Items<_T3Decl>(decls)) EvaluateSubtree(decl, root);
 }
 }  // namespace
 

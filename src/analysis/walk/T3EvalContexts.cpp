@@ -7,6 +7,7 @@
 #include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/walk/T3Surroundings.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 T3Candidates OfType(T3Tree_Node* entity) {
@@ -159,6 +160,7 @@ T3Candidates OfStartArgument(T3StartStmt* statement) {
 
 // What may be assigned: an element of a character string is a string as well as a single character.
 T3Candidates OfTarget(T3Tree_Node* target) {
+  if (NamesNoValue(target)) return {gT3ErrorType};
   T3Candidates result(ExpressionLocalType(target), ExpressionBaseType(target));
   auto* element = target->try_as<T3Subscription>();
   T3Tree_Node* list = element == nullptr ? gT3NoType : ExpressionBaseType(element->base);
@@ -166,6 +168,15 @@ T3Candidates OfTarget(T3Tree_Node* target) {
   if (list->is<T3UniversalCharStringType>()) result.Add(gT3UniversalCharacterType, gT3UniversalCharacterType);
   return result;
 }
+
+using WantingAType =
+    T3Kinds<T3AssignStmt, T3IfStmt, _T3LoopStmt, T3RetStmt, T3SetVerdictStmt, T3StartStmt, _T3PortStmt>;
+// They take operands of several types, which their rules check, or none.
+using WantingNone =
+    T3Kinds<T3DeclStmt, T3InvocationStmt, T3BlockStmt, _T3ConfStmt, T3DoneStmt, T3KilledStmt, T3TimeoutStmt,
+            T3StopStmt, T3KillStmt, T3DeactivateStmt, T3SUTStmt, T3AltStmt, T3InterleaveStmt, T3LogStmt,
+            T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt>;
+static_assert(T3Covers<_T3Stmt, WantingAType, WantingNone>());
 
 T3Candidates InStatement(T3Tree_Node* node, T3Tree_Node* parent) {
   switch (parent->kind) {

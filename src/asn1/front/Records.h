@@ -63,6 +63,7 @@ enum TypeFlags2 : uint8_t {
   kFlag2Extensible = 1,     // an ENUMERATED with a marker, behind `extension_index` items
   kFlag2Recursive = 2,      // refers to itself, directly or through others
   kFlag2AutomaticTags = 4,  // a SEQUENCE, SET or CHOICE whose components got automatic tags
+  kFlag2Wide = 8,           // an ENUMERATED with numbers beyond 32 bits
 };
 
 struct TNode {
@@ -217,6 +218,7 @@ struct SubRec {
 };
 static_assert(sizeof(SubRec) == 36 && offsetof(SubRec, kind) == 4 && offsetof(SubRec, value) == 28);
 
+inline constexpr int32_t kPassOfOptions = 2;  // the mask of an option that holds
 struct TedRec {
   int32_t mask;
   int32_t text;

@@ -148,8 +148,10 @@ void initModRec(ModRec& module) {
   module.generation_prefix = getStri(module, module.header.generation_prefix);
   if (module.generation_prefix.empty()) module.generation_prefix = module.file_prefix;
   module.state = kRead;
-  for (int i = module.header.first_option; i > 0 && i <= module.header.last_option; ++i)
-    module.options.Record(getStri(module, RecordAt(module.options_read, i).text));
+  for (int i = module.header.first_option; i > 0 && i <= module.header.last_option; ++i) {
+    const TedRec& option = RecordAt(module.options_read, i);
+    if (option.mask == kPassOfOptions) module.options.Record(getStri(module, option.text));
+  }
 }
 }  // namespace
 

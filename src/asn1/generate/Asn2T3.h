@@ -3,8 +3,6 @@
 // values, and encoders and decoders around the routines of the ASN.1 tools.
 #pragma once
 
-#include <cstdio>
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -95,34 +93,10 @@ void t3asn_gen_destruct(T3AsnFiles& files);
 void t3asn_gen_codec_functions(T3AsnFiles& files, int mask);
 void t3asn_gen_codecs_init_setup_register(T3AsnFiles& files, int mask);
 
-// What they share.
-
 /// Whether a type has a function that checks its constraints, and one that makes a template of its length.
 bool has_check_func(const AsnType& type);
 bool has_consof_func(const AsnType& type);
 /// The functions of a module's types, those written within others included, by the types' names in TTCN-3.
 std::map<std::string, std::string> CheckFunctionNames(ModRec& module);
 std::map<std::string, std::string> ConsofFunctionNames(ModRec& module);
-/// "t3asn_", the module of a type, and the name of a family of functions: t3asn_<m><family>.
-std::string FunctionPrefix(const AsnType& type, const char* family);
-/// The identifier of a type in names of functions and of its run-time description.
-std::string getMetaTypeId(const AsnType& type);
-/// The run-time description of a type: "vexa_<m>_<t>_type_struct"; of a built-in type without a definition
-/// that of its place in TTCN-3.
-std::string RunTimeType(const AsnType& type);
-/// What a routine of the tools is called after for a type's kind: "BitString", "IA5String".
-const char* cBuiltinStringTstCFunc(const AsnType& type);
-/// Whether the user supplies a type's conversions.
-bool isOwnFunction(const AsnType& type);
-/// Calls for each definition, and for each component or element that is a type without a name, with its name
-/// in TTCN-3.
-void forEachNamedOrInlineType(ModRec& module,
-                              const std::function<void(const AsnType&, const std::string&)>& call);
-/// Calls for each definition that a home and conversions exist for.
-void forEachHomeType(ModRec& module, const TypeCall& call);
-
-/// Warnings, on standard output.
-void t3asn_warn(const char* format, ...) __attribute__((format(printf, 1, 2)));
-void t3asn_warn_line_nr(const ModRec& module, int line, const char* format, ...)
-    __attribute__((format(printf, 3, 4)));
 }  // namespace asn1

@@ -94,6 +94,9 @@ class Constraints {
       case kIntersection:
         return Joined(constraint, " &&", depth);
       case kExcept:
+        // What has no test takes nothing away.
+        if (!IsTested(SecondOperand(constraint), depth + 1))
+          return check_constraint(FirstOperand(constraint), depth + 1);
         text_.w(" (");
         check_constraint(FirstOperand(constraint), depth + 1);
         text_.w(" && !(");
@@ -101,7 +104,7 @@ class Constraints {
         text_.w("    )\n");
         return text_.w(" )\n");
       case kAllExcept:
-        text_.w(" !");
+        if (IsTested(FirstOperand(constraint), depth + 1)) text_.w(" !");
         return check_constraint(FirstOperand(constraint), depth + 1);
       case kValueRange:
         return ValueRange(constraint);
@@ -126,6 +129,51 @@ class Constraints {
         if (!warned.unsupported) t3asn_warn("Unsupported type constraints ignored.");
         warned.unsupported = true;
         return text_.w("TRUE");
+    }
+  }
+
+  // Whether the text for a constraint tests all of it; where a part is always true, what excludes it would
+  // never be.
+  bool IsTested(const AsnConstraint& constraint, int depth) const {
+    if (!constraint || depth > kDeepest) return false;
+    switch (getConstraintKind(constraint)) {
+      case kUnion:
+      case kCatenation:
+      case kIntersection:
+      case kExcept:
+        return IsTested(FirstOperand(constraint), depth + 1) &&
+               IsTested(SecondOperand(constraint), depth + 1);
+      case kAllExcept:
+        return IsTested(FirstOperand(constraint), depth + 1);
+      case kValueRange:
+        return base_ == TYP_INTEGER || base_ == TYP_REAL;
+      case kPermittedAlphabet:
+        return cGetVF(type_) == VF_DYNS && constructAllowedCharacters(type_, constraint).has_value();
+      case kSize: {
+        const ConstrainedSet set = SizeSetOfConstraint(type_, constraint);
+        return !set.extensible && !set.set.empty();
+      }
+      case kSingleValue:
+        return HasComparison();
+      default:
+        return false;
+    }
+  }
+
+  // Whether single values of the type are compared.
+  bool HasComparison() const {
+    switch (base_) {
+      case TYP_BOOLEAN:
+      case TYP_INTEGER:
+      case TYP_ENUM:
+      case TYP_NUMSTR:
+      case TYP_PRISTR:
+      case TYP_VISSTR:
+      case TYP_IA5STR:
+      case TYP_OBJDESCR:
+        return true;
+      default:
+        return false;
     }
   }
 
@@ -341,7 +389,7 @@ class CheckFunctions {
 
   void OfStructure(const AsnType& type) {
     Begin(type, getMetaTypeId(type));
-    const MainType main_type = getTypeMainType(type);
+    const MainType main_type = getBaseTypeMainType(type);
     if (main_type == TYP_CHOICE) return OfChoice(type);
     if (main_type == TYP_SEQ || main_type == TYP_SET) {
       if (ControlWords(type) > 0 && getNrOfOptionalTypeComps(type) > 0) {

@@ -5,6 +5,7 @@
 
 #include "asn1/generate/Asn2T3.h"
 #include "asn1/model/AsnHome.h"
+#include "asn1/generate/T3AsnNames.h"
 #include "asn1/model/AsnNames.h"
 
 namespace asn1 {

@@ -33,7 +33,7 @@ class Destruct {
     if (isReference(type) && IsStructured(type))
       Call(forSynonymType(type), "(" + getMetaTypeId(forSynonymType(type)) + " *) home");
     else if (IsStructured(type))
-      Structure(type, {"home", true}, 0);
+      Structure(forBaseType(type), {"home", true}, 0);
     else
       Leaf(type, true);
     if (isEntryType(type)) text_.w("asnwfree (home);\n");

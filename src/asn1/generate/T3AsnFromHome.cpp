@@ -42,8 +42,10 @@ class FromHome {
       text_.close();
     } else if (IsStructured(type)) {
       text_.w("lumo_value_t v0,v1;\n\n");
-      Structure(type, home, 0, "&(" + RunTimeType(type) + ")");
-      if (getTypeMainType(type) == TYP_CHOICE) return translate_AfterFunc();
+      // A selection is the alternative that it stands for.
+      const AsnType base = forBaseType(type);
+      Structure(base, home, 0, "&(" + RunTimeType(type) + ")");
+      if (getTypeMainType(base) == TYP_CHOICE) return translate_AfterFunc();
       text_.w("\nreturn v0;\n");
       text_.close();
     } else {
@@ -327,6 +329,7 @@ class FromHome {
 
   void External(const AsnType& type, const HomeRef& home, int depth);
   void translate_constraint(const AsnType& type, int depth);
+  void SelectorOf32Bits(const std::string& place, const std::string& name);
   void TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth);
   std::string find_ID(const AsnType& selector) const;
 
@@ -386,6 +389,16 @@ std::string FromHome::find_ID(const AsnType& selector) const {
   return {};
 }
 
+// The functions of object sets take no larger number; one that was cut would find another object.
+void FromHome::SelectorOf32Bits(const std::string& place, const std::string& name) {
+  text_.w("if (" + place + " != (sint32) " + place + ")\n");
+  text_.open();
+  text_.w("lumo_log_string_to_all (lumo_log_msg_error_c, \"No object has the number of " + name +
+          "\", context);\n");
+  text_.w("return lumo_illegal_value_c;\n");
+  text_.close();
+}
+
 // Chooses the alternative that the selector's value asks for.
 void FromHome::TableConstraint(const AsnType& type, const AsnConstraint& constraint, int depth) {
   const int line = getTypeDefinitionLine(getDefinitionOf(type));
@@ -404,6 +417,7 @@ void FromHome::TableConstraint(const AsnType& type, const AsnConstraint& constra
                        getTypeCompId(selector).c_str());
     place = "0";
   }
+  if (place != "0" && cGetVF(selector) == VF_I64) SelectorOf32Bits(place, getTypeCompId(selector));
   text_.w("lumo_value_set_union_alternative_by_name(" + Var(depth) + ", " +
           sets_.AddObjSetFieldMap(set, identifier, type) + "(" + place + ", \"" + field +
           "\", context), context);\n");

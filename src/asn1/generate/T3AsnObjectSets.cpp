@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 
+#include "asn1/generate/T3AsnNames.h"
 #include "asn1/model/AsnNames.h"
 
 namespace asn1 {
@@ -70,7 +71,9 @@ class Function {
   // An object that another one of the set stands before, with the same identifier, is never found.
   void Case(const AsnObject& object) {
     const std::optional<int64_t> id = IdentifierOf(object, field_);
-    if (!id || *id < INT_MIN || *id > INT_MAX || !taken_.insert(*id).second) return;
+    if (!id || !taken_.insert(*id).second) return;
+    if (*id < INT_MIN || *id > INT_MAX)
+      return int64Warning(files_.module, object.node().line, "Integer value");
     text_.w("case ");
     text_.w(*id == INT_MIN ? "INT_MIN" : std::to_string(*id));
     text_.w(":\n");

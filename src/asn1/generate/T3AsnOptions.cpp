@@ -44,7 +44,10 @@ bool TakeCodec(const std::string& word, T3AsnModuleOptions& options) {
   return true;
 }
 
-bool TakeWord(const std::string& value, std::initializer_list<const char*> words, int& number) {
+// A word in letters of any case, or its number.
+bool TakeWord(const std::string& text, std::initializer_list<const char*> words, int& number) {
+  std::string value = text;
+  for (char& c : value) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   int position = 0;
   for (const char* word : words) {
     if (value == word || value == std::to_string(position)) {

@@ -44,7 +44,7 @@ class ToHome {
       text_.w(", context);\n");
     } else if (IsStructured(type)) {
       text_.w("lumo_value_t v1;\n\n");
-      Structure(type, home, 0);
+      Structure(forBaseType(type), home, 0);
     } else {
       Leaf(type, home, 0);
     }
@@ -199,7 +199,8 @@ class ToHome {
         if (!isExtensibleEnumeratedList(base)) return Number(type, home, depth, "lumo_value_get_enum_number");
         text_.w("(" + home.Value());
         text_.w(").value = ");
-        return text_.w("(sint32) lumo_value_get_enum_number(" + Var(depth) + ", context);\n");
+        return text_.w(std::string(cGetVF(base) == VF_I64 ? "(sint64" : "(sint32") +
+                       ") lumo_value_get_enum_number(" + Var(depth) + ", context);\n");
       case TYP_REAL:
         return Number(type, home, depth, "lumo_value_get_float");
       case TYP_NULL:

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "asn1/generate/Asn2T3.h"
+#include "asn1/generate/T3AsnNames.h"
 
 namespace asn1 {
 

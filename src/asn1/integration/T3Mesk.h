@@ -7,9 +7,9 @@
 
 struct T3Tree_Node;
 
-/// Runs the tools for all ASN.1 files at its first call, reads the module's syntax file, and fills the module
-/// of the tree. `module` is set to it. False after a report; a fault of a syntax file throws asn1::AsnExit.
-bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module);
+/// Runs the tools for all ASN.1 files at its first call, reads the syntax files of the source's modules, and
+/// fills the modules of the tree. False after a report; a fault of a syntax file throws asn1::AsnExit.
+bool mesk_T3Module_read(const std::string& source);
 /// Writes what an ASN.1 module needs beside its declarations. False after a report.
 bool mesk_T3Module_generate(T3Tree_Node* module);
 /// A type for which codecs are generated, by its name with underscores.
@@ -22,6 +22,8 @@ void writeMESKOptionFile(const std::string& path);
 void mesk_RemoveOptionFiles();
 /// The syntax file of an ASN.1 source in a directory.
 std::string stxFileName(const std::string& directory, const std::string& source);
+/// The same and those of the modules behind the source's first one, once the tools have run.
+std::vector<std::string> SyntaxFilesOf(const std::string& directory, const std::string& source);
 
 // What the units of the path share.
 namespace mesk {

@@ -1,5 +1,6 @@
 // What is written for an ASN.1 module beside its declarations: the syntax files for generation, the
 // conversions and checks, and the codecs of the tools.
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -54,6 +55,28 @@ std::vector<T3Module*> HierarchyOf(T3Module* module) {
   return list;
 }
 
+// The other ASN.1 modules of a module's source.
+std::vector<T3Module*> BesideInSource(T3Module* module) {
+  std::vector<T3Module*> list;
+  for (const auto& [name, node] : gT3ModuleMap) {
+    auto* other = node->as<T3Module>();
+    if (other != module && other->filename == module->filename) list.push_back(other);
+  }
+  return list;
+}
+
+// All modules of the sources that mesk has to read for a module, the module in front.
+std::vector<T3Module*> ReadWith(T3Module* module) {
+  std::set<T3Module*> seen;
+  std::vector<T3Module*> list;
+  Hierarchy(module, seen, list);
+  for (size_t i = 0; i < list.size(); ++i)
+    for (T3Module* other : BesideInSource(list[i])) Hierarchy(other, seen, list);
+  list.erase(std::find(list.begin(), list.end(), module));
+  list.insert(list.begin(), module);
+  return list;
+}
+
 std::string SourcePrefix(T3Module* module, const std::string& behind) {
   return mesk::vexa_asn_1_filename_prefix(GetSourceFile(module)) + behind;
 }
@@ -74,7 +97,7 @@ class Chain {
 
   void mesk_vexa_write_module_options() const {
     std::ofstream file(option_file_);
-    for (T3Module* module : HierarchyOf(module_))
+    for (T3Module* module : ReadWith(module_))
       file << "-PREFIX=" << mesk::vexa_rehyphenize(NameOf(module)) << ':' << SourcePrefix(module, behind_)
            << ':' << GetOutputFile(module) << behind_ << '\n';
   }
@@ -107,10 +130,13 @@ class Chain {
 
  private:
   void WriteScopes(std::ostream& file) const {
-    for (T3Module* module : HierarchyOf(module_)) {
+    for (T3Module* module : ReadWith(module_)) {
       const std::string names =
           mesk::vexa_rehyphenize(GetPrefix(module)) + mesk::vexa_rehyphenize(NameOf(module));
-      for (const std::string& scope : {SourcePrefix(module, behind_), GetOutputFile(module) + behind_}) {
+      // The prefix of a source tells its modules not apart.
+      std::vector<std::string> scopes{SourcePrefix(module, behind_), GetOutputFile(module) + behind_};
+      if (!BesideInSource(module).empty()) scopes.erase(scopes.begin());
+      for (const std::string& scope : scopes) {
         file << "-BEGIN-SCOPE=" << scope << '\n';
         for (const char* option : {"TPREF", "VPREF", "CLPREF", "OPREF", "OSPREF"})
           file << '-' << option << '=' << names << '\n';
@@ -199,7 +225,7 @@ bool RunAsn2per(T3Module* module, const Chain& chain, const char* option, const 
 class SourceCopies {
  public:
   explicit SourceCopies(T3Module* module) {
-    for (T3Module* part : HierarchyOf(module)) {
+    for (T3Module* part : ReadWith(module)) {
       const std::string source = GetSourceFile(part);
       const std::string folder = GetOutputDir(module) + DirectorySeparator() + asn1::kCopiesFolder;
       const std::string copy = folder + DirectorySeparator() + SourcePrefix(part, kIndefinite) + ".asn";

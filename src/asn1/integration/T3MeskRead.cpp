@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <set>
 
 #include "asn1/front/AsnFault.h"
 #include "asn1/front/Backend.h"
 #include "asn1/integration/T3Mesk.h"
+#include "asn1/integration/T3MeskNodes.h"
 #include "asn1/integration/T3MeskTranslate.h"
 #include "asn1/model/AsnObjects.h"
 #include "asn1/integration/T3Representation.h"
@@ -29,6 +29,9 @@ constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-options.txt"
 // The option that names the file of prefixes; empty until the tools have run.
 std::string prefix_option_reference;
 std::string generation_option_reference;
+// For a source the prefixes of the modules that stand in it behind the first one.
+std::map<std::string, std::vector<std::string>>& further_modules =
+    *new std::map<std::string, std::vector<std::string>>;
 // What the tools exchange goes on every road out.
 std::vector<std::string>& option_files = *new std::vector<std::string>;
 
@@ -53,9 +56,10 @@ bool IsOlder(const std::string& source, const std::string& copy) {
 bool mesk_skipMESKRun(const std::string& directory) {
   if (!gT3CommandLine.build_avoidance) return false;
   for (const std::string& source : mesk::AsnSources()) {
-    const std::string syntax_file = stxFileName(directory, source);
-    const std::string copy = syntax_file + ".t3a";
-    if (!IsOlder(source, copy) || std::rename(copy.c_str(), syntax_file.c_str()) != 0) return false;
+    for (const std::string& syntax_file : SyntaxFilesOf(directory, source)) {
+      const std::string copy = syntax_file + ".t3a";
+      if (!IsOlder(source, copy) || std::rename(copy.c_str(), syntax_file.c_str()) != 0) return false;
+    }
   }
   vexa_compiler_phases(gT3CommandLine.CommonVerbosity(),
                        "All MESK syntax files are up-to-date - skipping MESK invocation.");
@@ -126,21 +130,21 @@ bool NamesDiffer() {
 }
 
 // mkprefil writes a line for each module, with the source's prefix for the first one of a source.
-bool OneModuleEach(const std::string& option_file) {
-  std::set<std::string> prefixes;
+void NoteFurtherModules(const std::string& option_file) {
+  std::map<std::string, std::string> sources;
   for (const std::string& source : mesk::AsnSources())
-    prefixes.insert(mesk::vexa_asn_1_filename_prefix(source));
+    sources[mesk::vexa_asn_1_filename_prefix(source)] = source;
   std::ifstream file(option_file);
-  bool good = true;
+  std::vector<std::string>* of_source = nullptr;
   for (std::string line; std::getline(file, line);) {
-    const size_t name = line.find('=') + 1, prefix = line.find(':', name) + 1;
-    if (prefix == 0 || prefixes.count(line.substr(prefix, line.find(':', prefix) - prefix)) != 0) continue;
-    vexa_error("ASN.1 module \"" + line.substr(name, prefix - name - 1) +
-                   "\" stands behind another one; it needs a file of its own",
-               NoPosition);
-    good = false;
+    const size_t prefix = line.find(':') + 1;
+    const std::string name = line.substr(prefix, line.find(':', prefix) - prefix);
+    const auto first = sources.find(name);
+    if (first != sources.end())
+      of_source = &further_modules[first->second];
+    else if (of_source != nullptr)
+      of_source->push_back(name);
   }
-  return good;
 }
 
 // Once in a run: the tools for all ASN.1 files.
@@ -160,7 +164,7 @@ bool RunTools(const std::string& source) {
   const std::string generation = OptionFileName(directory, "-ASN2C.txt");
   mesk::RemoveAtEnd(generation);
   generation_option_reference = "+" + generation;
-  if (!OneModuleEach(prefixes)) return false;
+  NoteFurtherModules(prefixes);
   return mesk_skipMESKRun(directory) || RunMesk(directory, source);
 }
 
@@ -171,11 +175,20 @@ bool ToolsHaveRun(const std::string& source) {
   return good;
 }
 
-void mesk_T3Module_AsnModule_load_1(const std::string& source) {
+void mesk_T3Module_AsnModule_load_1(const std::string& prefix) {
   static const asn1::BackendName name{"VEXA-ASN-1", 100, 0, {}};
-  asn1::initBackend(
-      mesk::BackendWords(prefix_option_reference, AsnDirectory(), mesk::vexa_asn_1_filename_prefix(source)),
-      name, [](asn1::ModRec&, const std::string&) { return true; });
+  asn1::initBackend(mesk::BackendWords(prefix_option_reference, AsnDirectory(), prefix), name,
+                    [](asn1::ModRec&, const std::string&) { return true; });
+}
+
+bool ReadModule(const std::string& source, const std::string& prefix) {
+  mesk_T3Module_AsnModule_load_1(prefix);
+  bool good = false;
+  translate_module(asn1::firstModule(), gIdents.MakeIdent(source), good);
+  // Any of these may stand in an open type of some module.
+  for (const asn1::AsnType& type : asn1::TypesOfObjects(asn1::firstModule()))
+    addMESKEntryType(asn1::getTypeRef(type));
+  return good;
 }
 }  // namespace
 
@@ -206,13 +219,17 @@ void mesk_RemoveOptionFiles() {
   option_files.clear();
 }
 
-bool mesk_T3Module_read(const std::string& source, T3Tree_Node*& module) {
+std::vector<std::string> SyntaxFilesOf(const std::string& directory, const std::string& source) {
+  std::vector<std::string> files{stxFileName(directory, source)};
+  for (const std::string& prefix : further_modules[source])
+    files.push_back(directory + DirectorySeparator() + prefix + ".stx");
+  return files;
+}
+
+bool mesk_T3Module_read(const std::string& source) {
   if (!ToolsHaveRun(source)) return false;
-  mesk_T3Module_AsnModule_load_1(source);
-  bool good = false;
-  module = translate_module(asn1::firstModule(), gIdents.MakeIdent(source), good);
-  // Any of these may stand in an open type of some module.
-  for (const asn1::AsnType& type : asn1::TypesOfObjects(asn1::firstModule()))
-    addMESKEntryType(asn1::getTypeRef(type));
+  bool good = ReadModule(source, mesk::vexa_asn_1_filename_prefix(source));
+  for (const std::string& prefix : further_modules[source]) good = ReadModule(source, prefix) && good;
+  mesk::ResolveWaitingItems();
   return good;
 }

@@ -138,7 +138,7 @@ T3Tree_Node* vexa_find_T3Module(tIdent name) {
 }
 
 T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
-  const long errors = mesk::Begin(file);
+  const long errors = mesk::Begin(from, file);
   T3Module* module = FindOrMakeModule(from);
   module->filename = file;
   module->source_file_modification_time = static_cast<long>(gCurrentFileModificationTime);

@@ -1,6 +1,7 @@
 // ASN.1 types as types of TTCN-3.
 #include <vector>
 
+#include "asn1/integration/T3Mesk.h"
 #include "asn1/integration/T3MeskNodes.h"
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnNames.h"
@@ -9,19 +10,30 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
+#include "support/rFsearch.h"
 
 using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
 auto& t = gT3AST;
+// The module that is translated, and its source.
+const ModRec* translated = nullptr;
 tIdent source_file = NoIdent;
 
-tPosition At(int line, int column) {
+// What another module wrote stands in its source, which goes by its name on the command line.
+tIdent SourceOf(const ModRec& module) {
+  if (&module == translated) return source_file;
+  for (const std::string& source : AsnSources())
+    if (rBaseName(source) == rBaseName(module.source)) return gIdents.MakeIdent(source);
+  return gIdents.MakeIdent(module.source);
+}
+
+tPosition At(const ModRec& module, int line, int column) {
   tPosition position;
   position.Line = static_cast<uint32_t>(line);
   position.Column = static_cast<uint16_t>(column);
-  position.File = static_cast<uint32_t>(source_file);
+  position.File = static_cast<uint32_t>(SourceOf(module));
   return position;
 }
 
@@ -59,7 +71,10 @@ const char* BuiltinName(MainType type) {
 }
 
 Node Unsupported(const AsnType& type, MainType main_type) {
-  const std::string what = getTypeMainTypeStri(main_type);
+  // A type without a number among the main types has its word only.
+  const std::string what = main_type == TYP_NONE && type.node().ref_name != 0
+                               ? getStri(*type.module, type.node().ref_name)
+                               : getTypeMainTypeStri(main_type);
   if (isDefinedType(type))
     vexa_error("ASN.1 translation: type \"" + getTypeRef(type) + "\" not supported " + what,
                PositionOf(type));
@@ -85,7 +100,7 @@ Node EnumType(const AsnType& type) {
 
 Node translate_default_value(const AsnType& component) {
   const AsnValue value = forDefaultValue(component);
-  const Node node = value ? translate_value(value) : nullptr;
+  const Node node = value ? translate_value(value, {component, true}) : nullptr;
   return node != nullptr ? node : _sgT3NoExpression();
 }
 
@@ -112,7 +127,7 @@ Node Fields(const AsnType& type) {
 Node DefinedType(const AsnType& from, const AsnType& definition) {
   const tPosition position = PositionOf(from);
   const tIdent name = gIdents.MakeIdent(MakeASNIdent(getTypeRef(definition)));
-  if (from.module == definition.module) return t.mT3TypeReference(position, t.mT3Identifier(position, name));
+  if (definition.module == translated) return t.mT3TypeReference(position, t.mT3Identifier(position, name));
   Node module = t.mT3Identifier(position, gIdents.MakeIdent(getModuleRef(*definition.module)));
   return t.mT3TypeReference(position, t.mT3Qualifier(position, module, name));
 }
@@ -138,9 +153,14 @@ Node Constructed(const AsnType& type, MainType main_type) {
 }
 }  // namespace
 
-long Begin(tIdent file) {
+long Begin(const ModRec& module, tIdent file) {
+  translated = &module;
   source_file = file;
   return Errors();
+}
+
+bool IsTranslated(const ModRec& module) {
+  return &module == translated;
 }
 
 long Errors() {
@@ -148,11 +168,11 @@ long Errors() {
 }
 
 tPosition PositionOf(const AsnType& type) {
-  return At(type.node().line, type.node().column);
+  return At(*type.module, type.node().line, type.node().column);
 }
 
 tPosition PositionOf(const AsnValue& value) {
-  return At(value.node().line, value.node().column);
+  return At(*value.module, value.node().line, value.node().column);
 }
 
 Node External(tIdent module, tIdent type) {
@@ -188,6 +208,7 @@ Node translate_type(const AsnType& type) {
     is_subtype = isDefinedType(type);  // a component is just of the type
   } else if (main_type == TYP_SELECTION) {
     node = translate_type(forSelectionType(type));
+    is_subtype = isDefinedType(type) && T3Is<T3TypeReference>(node);
   } else if (const char* name = BuiltinName(main_type)) {
     node = NamedType(name, position);
     is_subtype = true;

@@ -72,31 +72,88 @@ Node CharString(const AsnValue& value, const tPosition& position) {
   return t.mT3CharStringLiteral(position, Quoted(ValueText(value), "\"", ""));
 }
 
-// The enumeration that a declaration of a module is, by which its items are known; null for another one.
-Node DeclaredEnum(const ModRec& of, const std::string& type_name) {
-  Node module = vexa_find_T3Module(gIdents.MakeIdent(getModuleRef(of)));
-  if (module == nullptr) return nullptr;
-  const tIdent name = gIdents.MakeIdent(type_name);
-  for (Node node = module->as<T3Module>()->definition_part; T3Is<_T3Decl>(node);
-       node = node->as<_T3Decl>()->next) {
-    auto* decl = node->try_as<T3TypeDecl>();
-    if (decl != nullptr && decl->name == name) return T3Is<T3EnumType>(decl->type) ? decl->type : nullptr;
-  }
+// Where an enumeration stands in the tree: the module, the declaration, and from there the names of
+// components, empty for the element of a list.
+struct EnumPlace {
+  tIdent module;
+  std::vector<tIdent> steps;
+};
+
+EnumPlace PlaceOf(const AsnType& type) {
+  EnumPlace place{gIdents.MakeIdent(getModuleRef(*type.module)), {}};
+  for (AsnType at = type; at; at = getFatherOfTypeComp(at))
+    place.steps.insert(place.steps.begin(),
+                       at.node().name == 0 ? NoIdent : gIdents.MakeIdent(MakeASNIdent(getTypeRef(at))));
+  return place;
+}
+
+Node ComponentType(Node type, tIdent name) {
+  while (T3Is<T3SubType>(type)) type = type->as<T3SubType>()->parent;
+  if (auto* list = type->try_as<_T3HomogeneousType>()) return list->type;
+  if (auto* structure = type->try_as<_T3StructuredType>())
+    for (auto* field : Items<T3FieldType>(structure->body))
+      if (field->name == name) return field->type;
   return nullptr;
 }
 
-Node mesk_T3Enumerated_instance_construct(Node declared, const std::string& item, const tPosition& position) {
-  auto* literal = t.mT3Identifier(position, gIdents.MakeIdent(MakeASNIdent(item)));
-  if (declared != nullptr) {
-    literal->cold().representation = gT3MESK;
-    literal->cold().catr_target = declared;
+// The enumeration at a place, by which its items are known; null where it was not read or is another type.
+Node EnumAt(const EnumPlace& place) {
+  Node module = vexa_find_T3Module(place.module);
+  if (module == nullptr) return nullptr;
+  Node type = nullptr;
+  for (auto* at : Items<_T3Decl>(module->as<T3Module>()->definition_part)) {
+    auto* decl = at->try_as<T3TypeDecl>();
+    if (decl != nullptr && decl->name == place.steps[0]) type = decl->type;
   }
+  for (size_t i = 1; i < place.steps.size() && type != nullptr; ++i)
+    type = ComponentType(type, place.steps[i]);
+  while (T3Is<T3SubType>(type)) type = type->as<T3SubType>()->parent;
+  return T3Is<T3EnumType>(type) ? type : nullptr;
+}
+
+void SetEnum(T3Identifier* literal, Node declared) {
+  literal->cold().representation = gT3MESK;
+  literal->cold().catr_target = declared;
+}
+
+// Items of enumerations of modules that were not read yet.
+struct Waiting {
+  T3Identifier* literal;
+  EnumPlace place;
+};
+std::vector<Waiting>& waiting = *new std::vector<Waiting>;
+
+T3Identifier* EnumLiteral(const std::string& item, const tPosition& position) {
+  return t.mT3Identifier(position, gIdents.MakeIdent(MakeASNIdent(item)));
+}
+
+Node mesk_T3Enumerated_instance_construct(const EnumPlace& place, const std::string& item,
+                                          const tPosition& position) {
+  auto* literal = EnumLiteral(item, position);
+  if (Node declared = EnumAt(place))
+    SetEnum(literal, declared);
+  else
+    waiting.push_back({literal, place});
   return literal;
 }
 
-Node Enumerated(const AsnValue& value, const AsnType& type, const tPosition& position) {
-  Node declared = isDefinedType(type) ? DeclaredEnum(*type.module, MakeASNIdent(getTypeRef(type))) : nullptr;
-  return mesk_T3Enumerated_instance_construct(declared, ValueText(value), position);
+// The type behind all references. The alternative that a selection stands for is written anew where that
+// stands.
+Governor Base(Governor governor) {
+  while (governor.type && isReference(governor.type)) governor = Governor(forSynonymType(governor.type));
+  if (!governor.type || getTypeMainType(governor.type) != TYP_SELECTION) return governor;
+  return Base({forSelectionType(governor.type), governor.is_here});
+}
+
+Node Enumerated(const AsnValue& value, const Governor& type, const tPosition& position) {
+  // An item of a type that is written within another one is known in its own module by its name.
+  if (!isDefinedType(type.type) && type.is_here) return EnumLiteral(ValueText(value), position);
+  return mesk_T3Enumerated_instance_construct(PlaceOf(type.type), ValueText(value), position);
+}
+
+Node Null(const AsnValue& value, const tPosition& position) {
+  const EnumPlace place{gIdents.MakeIdent(getModuleRef(*value.module)), {gIdents.MakeIdent("NULL")}};
+  return mesk_T3Enumerated_instance_construct(place, "NULL", position);
 }
 
 Node Compound(const std::vector<std::pair<Node, Node>>& fields, const tPosition& position) {
@@ -110,23 +167,30 @@ Node FieldName(const std::string& name, const tPosition& position) {
   return t.mT3FieldName(position, gIdents.MakeIdent(MakeASNIdent(name)), _sgT3NoExpression());
 }
 
+AsnType ComponentOf(const std::vector<AsnType>& components, const std::string& name) {
+  for (const AsnType& component : components)
+    if (getTypeCompId(component) == name) return component;
+  return {};
+}
+
 // The components that are written, and the defaults of those that are not.
-Node Structure(const AsnValue& value, const AsnType& type, const tPosition& position) {
+Node Structure(const AsnValue& value, const Governor& type, const tPosition& position) {
   std::vector<std::pair<Node, Node>> fields;
   std::set<std::string> written;
   bool good = true;
-  forEachValueComp(value, [&](const AsnValue& component, int) {
-    const std::string name = getValueRef(component);
+  const std::vector<AsnType> components = TypeComps(type.type);
+  forEachValueComp(value, [&](const AsnValue& part, int) {
+    const std::string name = getValueRef(part);
     written.insert(name);
-    Node node = translate_value(component);
+    Node node = translate_value(part, {ComponentOf(components, name), type.is_here});
     good = good && node != nullptr;
     fields.emplace_back(FieldName(name, position), node);
   });
-  for (const AsnType& component : TypeComps(type)) {
+  for (const AsnType& component : components) {
     const std::string name = getTypeCompId(component);
     if (written.count(name) != 0) continue;
     const AsnValue preset = forDefaultValue(component);
-    Node node = preset                          ? translate_value(preset)
+    Node node = preset                          ? translate_value(preset, {component, type.is_here})
                 : isOptionalTypeComp(component) ? t.mT3Omit(position)
                                                 : nullptr;
     if (node != nullptr) fields.emplace_back(FieldName(name, position), node);
@@ -134,22 +198,23 @@ Node Structure(const AsnValue& value, const AsnType& type, const tPosition& posi
   return good ? Compound(fields, position) : nullptr;
 }
 
-Node Elements(const AsnValue& value, const tPosition& position) {
+Node Elements(const AsnValue& value, const Governor& type, const tPosition& position) {
   std::vector<std::pair<Node, Node>> fields;
   bool good = true;
   forEachValueComp(value, [&](const AsnValue& element, int) {
-    Node node = translate_value(element);
+    Node node = translate_value(element, {forTypeElem(type.type), type.is_here});
     good = good && node != nullptr;
     fields.emplace_back(_sgT3NoFieldSpec(), node);
   });
   return good ? Compound(fields, position) : nullptr;
 }
 
-Node Alternative(const AsnValue& value, const tPosition& position) {
+Node Alternative(const AsnValue& value, const Governor& type, const tPosition& position) {
   std::vector<std::pair<Node, Node>> fields;
   forEachValueComp(value, [&](const AsnValue& component, int) {
-    if (Node node = translate_value(component))
-      fields.emplace_back(FieldName(getValueRef(component), position), node);
+    const std::string name = getValueRef(component);
+    if (Node node = translate_value(component, {ComponentOf(TypeComps(type.type), name), type.is_here}))
+      fields.emplace_back(FieldName(name, position), node);
   });
   return fields.size() == 1 ? Compound(fields, position) : nullptr;
 }
@@ -165,31 +230,34 @@ Node ObjectIdentifier(const AsnValue& value, const tPosition& position) {
   return t.mT3ObjectIdentifierLiteral(position, list);
 }
 
-Node Refused(const AsnValue& value, MainType type, const tPosition& position) {
-  vexa_error("ASN.1 translation:  \"" + getValueRef(value) + "\" value of " + getTypeMainTypeStri(type) +
-                 " not supported",
+// A default has the name of its component.
+Node Refused(const AsnValue& value, const AsnType& of, MainType type, const tPosition& position) {
+  const std::string name = value.node().name == 0 && of ? getTypeCompId(of) : getValueRef(value);
+  vexa_error("ASN.1 translation:  \"" + name + "\" value of " + getTypeMainTypeStri(type) + " not supported",
              position);
   return nullptr;
 }
 }  // namespace
 
-Node translate_value(const AsnValue& written) {
+Governor::Governor(const AsnType& type) : type(type), is_here(type && IsTranslated(*type.module)) {}
+
+Node translate_value(const AsnValue& written, const Governor& of) {
   // A default may hold, by its own default, itself.
   static int nesting = 0;
   const NestingGuard guard(nesting, "Internal compiler error in DEFAULT translation");
   const tPosition position = PositionOf(written);
   const AsnValue value = skipValues(written);
-  const AsnType governor = getTypeOfValue(value);
-  const AsnType type = governor ? forBaseType(governor) : AsnType{};
+  const Governor governor = Base(of.type ? of : Governor(getTypeOfValue(value)));
+  const AsnType& type = governor.type;
   const MainType main_type = type ? getTypeMainType(type) : getValueMainType(value);
   switch (main_type) {
     case TYP_BOOLEAN:
       return t.mT3BooleanLiteral(position, booleanValue(value));
     case TYP_INTEGER:
       return FitsInt64(WideValue(value)) ? IntegerLiteral(int64Value(value), position)
-                                         : Refused(written, main_type, position);
+                                         : Refused(written, of.type, main_type, position);
     case TYP_ENUM:
-      return Enumerated(value, type, position);
+      return Enumerated(value, governor, position);
     case TYP_REAL:
       return Real(value, position);
     case TYP_BITSTR:
@@ -197,15 +265,15 @@ Node translate_value(const AsnValue& written) {
     case TYP_OCTSTR:
       return t.mT3OctStringLiteral(position, Quoted(ValueText(value), "'", "O"));
     case TYP_NULL:
-      return mesk_T3Enumerated_instance_construct(DeclaredEnum(*value.module, "NULL"), "NULL", position);
+      return Null(value, position);
     case TYP_SEQ:
     case TYP_SET:
-      return Structure(value, type, position);
+      return Structure(value, governor, position);
     case TYP_SEQOF:
     case TYP_SETOF:
-      return Elements(value, position);
+      return Elements(value, governor, position);
     case TYP_CHOICE:
-      return Alternative(value, position);
+      return Alternative(value, governor, position);
     case TYP_OBJID:
       return ObjectIdentifier(value, position);
     case TYP_NUMSTR:
@@ -218,10 +286,18 @@ Node translate_value(const AsnValue& written) {
     case TYP_ANY:
     case TYP_EXTERNAL:
     case TYP_OPEN:
-      return Refused(written, main_type, position);
+      return Refused(written, of.type, main_type, position);
     default:
       return nullptr;
   }
+}
+
+void ResolveWaitingItems() {
+  std::erase_if(waiting, [](const Waiting& one) {
+    Node declared = EnumAt(one.place);
+    if (declared != nullptr) SetEnum(one.literal, declared);
+    return declared != nullptr;
+  });
 }
 
 Node translate_value_decl(const AsnValue& value) {

@@ -2,12 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
-#include <filesystem>
 
-#include "asn1/integration/T3Mesk.h"
-#include "asn1/integration/T3MeskTranslate.h"
 #include "frontend/T3GlobalASTNodes.h"
-#include "driver/options/T3CommandLine.h"
 #include "frontend/T3Tree.h"
 
 namespace {
@@ -24,76 +20,27 @@ constexpr const char* kTtcn3 = "\"TTCN-3\"";
 constexpr const char* kAsn1 = "\"ASN.1\"";
 constexpr std::string_view kAsn1Editions[] = {"\"ASN.1:1988\"", "\"ASN.1:1994\"", "\"ASN.1:1997\"",
                                               "\"ASN.1:2002\""};
-
-constexpr const char* kNotSupported = "External compilation is not supported";
-
-T3ModuleSteps module_steps{};
-
-T3Tree_Node* Representation(T3Tree_Node* node) {
-  auto* module = node == nullptr ? nullptr : node->try_as<T3Module>();
-  if (module == nullptr) return node;
-  if (module->representation != nullptr) return module->representation;
-  return MakeTTCN3Representation(StringM::StGetString(module->language));
-}
 }  // namespace
 
 T3Tree_Node* gT3ASN_1 = nullptr;
 T3Tree_Node* gT3MESK = nullptr;
 T3Tree_Node* gT3ASN2C = nullptr;
 
-void BeginT3Representation(const T3ModuleSteps& steps) {
-  module_steps = steps;
+void MakeSharedRepresentations() {
   gT3ASN_1 = gT3AST.mT3ASN_1(NoPosition);
   gT3MESK = gT3AST.mT3MESK(NoPosition);
   gT3ASN2C = gT3AST.mT3ASN2C(NoPosition);
 }
 
-void CloseT3Representation() {
-  mesk_RemoveOptionFiles();
-}
-
-bool T3Module_analyze(T3Tree_Node* module) {
-  if (T3Is<T3TTCN_3>(Representation(module)) || T3Is<T3ASN_1>(Representation(module)))
-    return module_steps.analyze(module);
-  vexa_error(kNotSupported, NoPosition);
-  return false;
-}
-
-bool T3Module_generate(T3Tree_Node* module) {
-  static bool named = false;
-  if (!named) NameGeneratedTypes();
-  named = true;
-  if (T3Is<T3ASN_1>(Representation(module)))
-    return mesk_T3Module_generate(module) && module_steps.generate(module);
-  if (T3Is<T3TTCN_3>(Representation(module))) return module_steps.generate(module);
-  vexa_error(kNotSupported, NoPosition);
-  return false;
-}
-
-bool ParseASN1(const char*, tIdent file) {
-  vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Invoking external components");
-  // The tools read the file that was named: they know its encodings themselves.
-  T3Tree_Node* module = nullptr;
-  return mesk_T3Module_read(gIdents.GetCStr(file), module);
-}
-
-void mesk_backupSTXFiles(const std::string& directory) {
-  for (const file_argument_t& file : gT3CommandLine.files) {
-    if (file.language != language_asn1) continue;
-    const std::string syntax_file = stxFileName(directory, gIdents.GetCStr(file.name));
-    const std::string copy = syntax_file + ".t3a";
-    std::error_code fault;
-    std::filesystem::copy_file(syntax_file, copy, std::filesystem::copy_options::overwrite_existing, fault);
-    if (fault)
-      vexa_warning(gT3CommandLine.CommonVerbosity(),
-                   "Could not rename \"" + syntax_file + "\" into \"" + copy +
-                       "\" - build avoidance for ASN.1 parser will not work.",
-                   NoPosition);
-  }
+T3Tree_Node* RepresentationOf(T3Tree_Node* node) {
+  auto* module = node == nullptr ? nullptr : node->try_as<T3Module>();
+  if (module == nullptr) return node;
+  if (module->representation != nullptr) return module->representation;
+  return MakeTTCN3Representation(StringM::StGetString(module->language));
 }
 
 const char* T3ReprToString(T3Tree_Node* node) {
-  node = Representation(node);
+  node = RepresentationOf(node);
   if (T3Is<T3ASN_1>(node)) return kAsn1;
   for (const Edition& edition : kEditions)
     if (node != nullptr && node->kind == edition.kind) return edition.text;
@@ -101,7 +48,7 @@ const char* T3ReprToString(T3Tree_Node* node) {
 }
 
 ::language T3ReprToLanguage(T3Tree_Node* node) {
-  return T3Is<T3ASN_1>(Representation(node)) ? language_asn1 : language_ttcn3;
+  return T3Is<T3ASN_1>(RepresentationOf(node)) ? language_asn1 : language_ttcn3;
 }
 
 T3Tree_Node* MakeTTCN3Representation(std::string_view text) {

@@ -41,7 +41,7 @@ const char* PredefinedType(const AsnType& type) {
     case VF_I32:
       return isExtensibleEnumeratedList(base) ? "EXTENSIBLE_ENUMERATED" : "sint32";
     case VF_I64:
-      return "sint64";
+      return isExtensibleEnumeratedList(base) ? "EXTENSIBLE_ENUMERATED_64" : "sint64";
     case VF_REAL64:
       return "REAL";
     case VF_DYNS:
@@ -67,7 +67,7 @@ ValueForm cGetVF(const AsnType& type) {
     case TYP_INTEGER:
       return VF_I64;  // what values of the run-time system hold, whatever constraints leave
     case TYP_ENUM:
-      return VF_I32;
+      return (base.node().flags2 & kFlag2Wide) != 0 ? VF_I64 : VF_I32;
     case TYP_REAL:
       return VF_REAL64;
     case TYP_NULL:

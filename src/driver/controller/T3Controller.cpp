@@ -8,7 +8,7 @@
 
 #include "analysis/walk/T3Stages.h"
 #include "asn1/front/AsnFault.h"
-#include "asn1/integration/T3Representation.h"
+#include "asn1/integration/T3ModuleSteps.h"
 #include "build/T3GenMakefile.h"
 #include "driver/diagnostics/Errors.h"
 #include "driver/options/T3Version.h"

@@ -4,6 +4,7 @@
 
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
+#include "asn1/integration/T3ModuleSteps.h"
 #include "asn1/integration/T3Representation.h"
 #include "driver/diagnostics/Errors.h"
 #include "driver/controller/T3Controller.h"

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <map>
 
-#include "asn1/integration/T3Representation.h"
+#include "asn1/integration/T3ModuleSteps.h"
 #include "driver/diagnostics/Errors.h"
 #include "driver/controller/T3Controller.h"
 #include "driver/modules/T3FileFormat.h"

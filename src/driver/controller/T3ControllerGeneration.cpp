@@ -6,6 +6,7 @@
 #include "FileAPI/CFile.h"
 #include "analysis/walk/T3Stages.h"
 #include "asn1/integration/T3Mesk.h"
+#include "asn1/integration/T3ModuleSteps.h"
 #include "asn1/integration/T3Representation.h"
 #include "build/T3TciModules.h"
 #include "driver/controller/T3Controller.h"

@@ -22,6 +22,7 @@
 #include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 std::string AddressOf(const std::string& name) {
@@ -405,13 +406,12 @@ std::string Logged(T3Tree_Node* expression, CFunction& function) {
 
 // The array of what is logged, or the reasons of a verdict, with an end mark.
 std::string TemplateList(T3Tree_Node* list, CFunction& function) {
-  size_t count = 0;
-  for ([[maybe_unused]] auto* at : Items<T3TemplateListItem>(list)) ++count;
+  const size_t count = Items<T3TemplateListItem>(list).size();
   std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   size_t i = 0;
-  for (T3Tree_Node* at = list; at->is<T3TemplateListItem>(); at = at->as<T3TemplateListItem>()->next, ++i)
-    function.assign(slot(i), Logged(at->as<T3TemplateListItem>()->expression, function));
+  for (auto* item : Items<T3TemplateListItem>(list))
+    function.assign(slot(i++), Logged(item->expression, function));
   function.assign(slot(count), C_NULL);
   return array;
 }
@@ -538,6 +538,14 @@ void CGOperation(T3Tree_Node* statement, CFunction& function) {
       cg::NotSupported(statement);
   }
 }
+
+using Structured = T3Kinds<T3DeclStmt, T3InvocationStmt, T3BlockStmt, T3IfStmt, _T3LoopStmt, T3BreakStmt,
+                           T3ContinueStmt, T3AssignStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3AltStmt,
+                           T3InterleaveStmt, T3RepeatStmt, T3SendStmt, T3CallStmt, T3ReplyStmt, T3RaiseStmt>;
+using Blocking = T3Kinds<T3DoneStmt, T3KilledStmt, T3TimeoutStmt, _T3ReceivingPortStmt, _T3CheckStmt>;
+using Operation = T3Kinds<_T3ConfStmt, T3ClearStmt, T3HaltStmt, T3StartStmt, T3StopStmt, T3KillStmt,
+                          T3SetVerdictStmt, T3DeactivateStmt, T3SUTStmt, T3LogStmt>;
+static_assert(T3Covers<_T3Stmt, Structured, Blocking, Operation>());
 
 void CGStatementWorker(T3Tree_Node* statement, CFunction& function) {
   switch (statement->kind) {

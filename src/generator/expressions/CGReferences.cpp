@@ -84,14 +84,11 @@ bool IsOfTemplate(const _T3FormalPar* formal) {
 // What is local around the template of a block; empty for anything else.
 std::string FoundByName(T3Tree_Node* def, const CFunction& function) {
   if (!function.reach.locals || def->is<_T3ImportDecl>()) return "";
-  tIdent name = NoIdent;
-  if (auto* formal = def->try_as<_T3FormalPar>()) {
-    if (!IsOfTemplate(formal)) name = formal->name;
-  } else if ((def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent) {
-    name = def->as<_T3Decl>()->name;
-  }
-  if (name == NoIdent) return "";
-  return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(name), VEXA_CONTEXT});
+  auto* formal = def->try_as<_T3FormalPar>();
+  const bool is_local = formal != nullptr
+                            ? !IsOfTemplate(formal)
+                            : (def->is<T3VarDecl>() || def->is<T3ConstDecl>()) && PlaceOf(def) > kInComponent;
+  return is_local ? Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(DeclaredName(def)), VEXA_CONTEXT}) : "";
 }
 
 void Named(_T3Reference* node, Mode mode, CFunction& function) {

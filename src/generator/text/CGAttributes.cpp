@@ -74,7 +74,10 @@ std::string GenAttributes(T3Tree_Node* decl, t3_with_attribute_t kind) {
   auto array = gT3Context.file().beginArray(LUMO_ENCODE_ATTRIBUTE_STRUCT_T, name, true);
   GenEntries(*array, own, kind, own_holds);
   GenEntries(*array, origin, kind, !own_holds);
-  if (array->count() == 0) return C_NULL;
+  const auto count = array->count();
+  if (count == 0) return C_NULL;
   array->end();
+  if (kind == t3_with_attribute_t::Encode || kind == t3_with_attribute_t::Variant)
+    gT3Context.registerFunction().call(LUMO_ATTRIBUTES_REGISTER, {name, std::to_string(count), VEXA_CONTEXT});
   return name;
 }

@@ -21,12 +21,8 @@ std::string Text(tIdent ident) {
   return std::string(gIdents.GetString(ident));
 }
 
-// An import has the name of its object.
 std::string NameOf(T3Tree_Node* decl) {
-  auto* import = decl->try_as<_T3ImportDecl>();
-  if (import != nullptr && T3Is<T3ImportIdentifier>(import->object))
-    return Text(import->object->as<T3ImportIdentifier>()->id);
-  return Text(decl->as<_T3Decl>()->name);
+  return Text(DeclaredName(decl));
 }
 
 // A built-in declaration belongs to the module being generated.
@@ -358,7 +354,8 @@ std::string VEXATemplateConstName(T3Tree_Node* decl) {
   if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_template";
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   auto* local = decl->as<T3TemplateDecl>();
-  const std::string suffix = local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
+  const std::string suffix =
+      local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
   return "vexa_" + Qualified(decl) + suffix + "_local_template";
 }
 

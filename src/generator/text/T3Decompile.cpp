@@ -178,8 +178,7 @@ std::string DecompileUCharLiteral(T3UnivCharLiteral* node) {
 
 std::string DecompileObjIdList(T3Tree_Node* list) {
   std::string text = "objid {";
-  for (; list->is<T3ObjIdItem>(); list = list->as<T3ObjIdItem>()->next)
-    text += " " + Decompile(list->as<T3ObjIdItem>()->obj_id_item);
+  for (auto* item : Items<T3ObjIdItem>(list)) text += " " + Decompile(item->obj_id_item);
   return text + " }";
 }
 
@@ -226,8 +225,7 @@ std::string DecompileLiteralExpression(T3Tree_Node* node) {
 
 std::string DecompileValueList(T3Tree_Node* list) {
   std::string text;
-  for (; list->is<T3ValueListItem>(); list = list->as<T3ValueListItem>()->next)
-    Append(text, Decompile(list->as<T3ValueListItem>()->value));
+  for (auto* item : Items<T3ValueListItem>(list)) Append(text, Decompile(item->value));
   return "(" + text + ")";
 }
 
@@ -318,8 +316,7 @@ std::string DecompileInlineTemplate(T3TemplateDef* definition) {
 
 std::string DecompileActualParList(T3Tree_Node* list) {
   std::string text;
-  for (; list->is<T3ActualPar>(); list = list->as<T3ActualPar>()->next)
-    Append(text, Decompile(list->as<T3ActualPar>()->expression));
+  for (auto* actual : Items<T3ActualPar>(list)) Append(text, Decompile(actual->expression));
   return "(" + text + ")";
 }
 

@@ -14,6 +14,7 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 // Both walk the constraint, and each must allocate its expressions afresh.
@@ -191,6 +192,17 @@ bool IsBuiltinDeclaration(T3TypeDecl* decl) {
 bool IsConstructor(T3Tree_Node* type) {
   return type->is<_T3StructuredType>() || type->is<_T3HomogeneousType>();
 }
+
+using Described = T3Kinds<T3AnyType, T3SignatureType, _T3StructuredType, _T3HomogeneousType, T3SubType,
+                          T3PortType, T3ComponentType, T3EnumType>;
+using DescribedElsewhere =
+    T3Kinds<T3Integer, T3Float, T3Boolean, T3ObjectIdentifierType, T3VerdictType, T3BitStringType,
+            T3OctetStringType, T3HexStringType, T3CharStringType, T3UniversalCharStringType, T3TimerType,
+            T3CharacterType, T3UniversalCharacterType, T3Address, T3Default>;
+// No declaration has them as its type once the analysis is through.
+using NeverDeclared = T3Kinds<T3NoType, T3ErrorType, T3WildcardType, T3AllTypes, T3TypeReference,
+                              T3ModuleType, T3AmbiguousType>;
+static_assert(T3Covers<_T3Type, Described, DescribedElsewhere, NeverDeclared>());
 
 void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
   switch (type->kind) {

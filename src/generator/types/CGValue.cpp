@@ -1,5 +1,6 @@
 #include "generator/types/CGValue.h"
 
+#include "analysis/names/T3Names.h"
 #include "analysis/types/T3Constants.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3Exception.h"
@@ -16,9 +17,6 @@
 namespace {
 const tPosition& PositionOfDecl(T3Tree_Node* decl) {
   return decl->as<_T3DeclList>()->position;
-}
-tIdent NameOfDecl(T3Tree_Node* decl) {
-  return decl->as<_T3Decl>()->name;
 }
 
 // A comment that tells the place in the source, and the call that tells it when the suite runs.
@@ -38,7 +36,7 @@ std::string RowOf(tIdent module, tIdent name) {
 
 // Enters a value in its row, where other modules find it, and deletes it with the module.
 void Publish(T3Tree_Node* decl, const std::string& location, CFunction& function) {
-  function.assign(RowOf(CGCurrentModule()->name, NameOfDecl(decl)) + "->" + TypeOrValueDescriptor(decl),
+  function.assign(RowOf(CGCurrentModule()->name, DeclaredName(decl)) + "->" + TypeOrValueDescriptor(decl),
                   location);
   CFunction& finalize = gT3Context.finalizeFunction();
   finalize.call(LUMO_VALUE_DELETE, {"&(" + location + ")", VEXA_CONTEXT});
@@ -49,7 +47,7 @@ void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* ty
                  vexa_allocation_mode_t allocation = vexa_perm_alloc) {
   function.callAndAssign(
       location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
-      {VEXATypeRef(type), Quote(NameOfDecl(decl)), AllocationMode(allocation), VEXA_CONTEXT});
+      {VEXATypeRef(type), Quote(DeclaredName(decl)), AllocationMode(allocation), VEXA_CONTEXT});
 }
 
 void CGConstant(T3ConstDecl* decl) {
@@ -99,7 +97,7 @@ void CGImportedValue(T3Tree_Node* import) {
   if (!T3Is<_T3InstanceDecl>(origin)) internal_error_ast("CGValue", __LINE__, "CGImportedValue", import);
   const std::string location = VEXAConstName(import);
   const tIdent module = origin->place->vexa_module_name;
-  AddRow(std::string(gIdents.GetString(module)) + '.' + gIdents.GetCStr(NameOfDecl(origin)),
+  AddRow(std::string(gIdents.GetString(module)) + '.' + gIdents.GetCStr(DeclaredName(origin)),
          SymtabKind(import), origin->as<_T3InstanceDecl>()->type);
   gT3Context.file().addVariable(LUMO_VALUE_T, location, true);
   TargetFunction(import).assign(location, "((" + std::string(LUMO_VALUE_T) + ") " + FindOriginCall(import) +

@@ -48,17 +48,17 @@ TEST_F(TypeTables, CodecsOfATypeServeItsSubtypes) {
   lumo_type_set_decoder(byte, decode_one_octet, nullptr);
   EXPECT_EQ(lumo_type_get_encoder(byte, nullptr), encode_one_octet);
   Value v = lumo_value_set_integer(make_root(sub, lumo_temp_alloc_c), 65, nullptr);
-  std::string octets;
-  EXPECT_TRUE(encode_value(v, octets));
+  std::string octets, fault;
+  EXPECT_TRUE(encode_value(v, octets, fault));
   EXPECT_EQ(octets, "A");
   lumo_value_set_integer(v, 300, nullptr);
-  EXPECT_FALSE(encode_value(v, octets));
+  EXPECT_FALSE(encode_value(v, octets, fault));
   EXPECT_EQ(octets, "A") << "a codec that fails leaves nothing behind";
-  EXPECT_EQ(decode_value(sub, "AB", nullptr), nullptr) << "octets are left";
+  EXPECT_EQ(decode_value(sub, "AB", nullptr, fault), nullptr) << "octets are left";
   size_t taken = 0;
-  EXPECT_EQ(render(decode_value(sub, "AB", &taken)), "65");
+  EXPECT_EQ(render(decode_value(sub, "AB", &taken, fault)), "65");
   EXPECT_EQ(taken, 1u);
-  EXPECT_EQ(decode_value(sub, "", &taken), nullptr);
+  EXPECT_EQ(decode_value(sub, "", &taken, fault), nullptr);
 }
 
 TEST_F(TypeTables, PlainCodecs) {
@@ -76,16 +76,17 @@ TEST_F(TypeTables, PlainCodecs) {
       {inner, "{ n := 1, s := omit }", "{ n := 1, s := omit }"},
   };
   for (const Case& c : cases) {
-    std::string octets;
-    EXPECT_TRUE(encode_value(value(c.type, c.notation), octets));
+    std::string octets, fault;
+    EXPECT_TRUE(encode_value(value(c.type, c.notation), octets, fault));
     EXPECT_EQ(octets, c.octets) << c.notation;
-    Value back = decode_value(c.type, c.octets, nullptr);
+    Value back = decode_value(c.type, c.octets, nullptr, fault);
     ASSERT_TRUE(back) << c.notation;
     EXPECT_EQ(render(back), c.notation);
   }
+  std::string fault;
   for (const char* broken : {"\x80", "\xC3", "\xE2\x82", "\xC3\x28"})
-    EXPECT_EQ(decode_value(lumo_universal_charstring_type, broken, nullptr), nullptr);
-  EXPECT_EQ(decode_value(inner, "{ n := x }", nullptr), nullptr);
+    EXPECT_EQ(decode_value(lumo_universal_charstring_type, broken, nullptr, fault), nullptr);
+  EXPECT_EQ(decode_value(inner, "{ n := x }", nullptr, fault), nullptr);
 }
 
 }  // namespace

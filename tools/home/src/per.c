@@ -781,7 +781,7 @@ static BOOLE take_choice(ASNPERG* codg, const asn_type* type, void* home, int de
                 : take_value(codg, type->comps[alternative].type, inner, depth + 1);
 }
 
-static BOOLE put_enumerated(ASNPERG* codg, const asn_type* type, sint32 number) {
+static BOOLE put_enumerated(ASNPERG* codg, const asn_type* type, sint64 number) {
   int index = 0;
   const int all = type->item_count + type->addition_items;
   while (index < all && type->items[index] != number) ++index;
@@ -799,8 +799,7 @@ static BOOLE take_enumerated(ASNPERG* codg, const asn_type* type, void* home) {
     return FALSE;
   const uint64_t count = (uint64_t)(addition ? type->addition_items : type->item_count);
   if (index >= count) return fail(codg, "an enumerated value is unknown");
-  *(sint32*)home = type->items[index + (addition ? (uint64_t)type->item_count : 0)];
-  return TRUE;
+  return asnSetInteger(type, home, type->items[index + (addition ? (uint64_t)type->item_count : 0)]);
 }
 
 static BOOLE put_list(ASNPERG* codg, const asn_type* type, const void* home, int depth) {
@@ -874,7 +873,7 @@ static BOOLE put_value(ASNPERG* codg, const asn_type* type, const void* home, in
     case ASN_UI32:
     case ASN_I32:
     case ASN_I64:
-      return type->kind == ASN_ENUMERATED ? put_enumerated(codg, type, *(const sint32*)home)
+      return type->kind == ASN_ENUMERATED ? put_enumerated(codg, type, asnGetInteger(type, home))
                                           : put_integer(codg, type, asnGetInteger(type, home));
     case ASN_REAL: {
       BYTE_TYPE octets[24];

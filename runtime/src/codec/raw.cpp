@@ -1,0 +1,50 @@
+#include "codec/raw.h"
+
+#include "value/types.h"
+
+namespace lumos {
+
+std::string FieldPath::text() const {
+  std::string text;
+  for (const char* name : names_) text += (text.empty() ? "" : ".") + std::string(name);
+  return text;
+}
+
+Value part_at(Value v, const std::vector<size_t>& path) {
+  for (const size_t step : path) {
+    if (!v || v->form == Form::special) return nullptr;
+    v = settled(v);
+    const bool is_there = v->form == Form::fields ? step < v->parts.size : v->form == Form::choice && v->index == static_cast<long>(step);
+    if (!is_there) return nullptr;
+    v = v->parts.data[v->form == Form::fields ? step : 0];
+  }
+  return v && !is_omit(v) && v->form != Form::unset ? v : nullptr;
+}
+
+Value length_leaf(Value field, const std::string& index) {
+  for (int depth = 0; field && depth < 10; ++depth) {
+    field = settled(field);
+    if (field->kind == lumo_type_kind_integer) return field;
+    if (field->form == Form::choice) {
+      field = field->parts.data[0];
+    } else if (field->form == Form::fields) {
+      const long i = field_index(field->type, index.c_str());
+      field = i < 0 ? nullptr : field->parts.data[i];
+    } else {
+      return nullptr;
+    }
+  }
+  return nullptr;
+}
+
+bool holds_for(const RawCondition& condition, Value part) {
+  if (!condition.constant || !part) return !condition.constant && !part;
+  const Value constant = condition.constant;
+  if (part->form != constant->form) return false;
+  if (part->form == Form::string)
+    return std::string_view(part->text.data, part->text.size) == std::string_view(constant->text.data, constant->text.size);
+  return part->form == Form::integer || part->form == Form::enumerated ? part->integer == constant->integer
+                                                                       : equal_values(part, constant);
+}
+
+}  // namespace lumos

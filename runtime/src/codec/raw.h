@@ -1,0 +1,36 @@
+// Encoding and decoding of values as bit fields, by plans.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "codec/raw_plan.h"
+
+namespace lumos {
+
+// Appends the octets; false leaves in fault what cannot be encoded, with the path of the field.
+bool raw_encode(const RawPlan& plan, Value v, std::string& octets, std::string& fault);
+// A value with temporary life that lies at the beginning of the octets; null leaves in fault the field and the octet
+// that are wrong. taken tells how many octets the value took.
+Value raw_decode(const RawPlan& plan, std::string_view octets, size_t& taken, std::string& fault);
+
+// --- shared by both
+
+// Where a coder is within a value, for messages.
+class FieldPath {
+ public:
+  void enter(const char* name) { names_.push_back(name); }
+  void leave() { names_.pop_back(); }
+  std::string text() const;
+
+ private:
+  std::vector<const char*> names_;
+};
+
+// The part at the end of a path; null where something on the way is omitted or another alternative is chosen.
+Value part_at(Value v, const std::vector<size_t>& path);
+// The number that a length field holds: itself, the part of that name, or such a one in the chosen alternative.
+Value length_leaf(Value field, const std::string& index);
+bool holds_for(const RawCondition& condition, Value part);
+
+}  // namespace lumos

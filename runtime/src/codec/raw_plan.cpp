@@ -1,0 +1,392 @@
+#include "codec/raw_plan.h"
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <map>
+
+#include "codec/constants.h"
+#include "value/types.h"
+
+namespace lumos {
+
+namespace {
+
+RawOrder order_of(const std::optional<bool>& msb) {
+  return !msb ? RawOrder::inherited : *msb ? RawOrder::msb : RawOrder::lsb;
+}
+
+bool has_fields(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_record || kind == lumo_type_kind_set;
+}
+
+bool is_constructed(lumo_type_kind_t kind) {
+  return has_fields(kind) || kind == lumo_type_kind_union || is_list_kind(kind);
+}
+
+// Bits that the greatest number of an enumeration needs.
+size_t enumerated_bits(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  unsigned long greatest = 1;
+  for (long i = 0; i < info->number_of_fields; ++i)
+    greatest = std::max(greatest, static_cast<unsigned long>(std::max(0L, info->enum_or_array_info[i].number)));
+  size_t bits = 0;
+  for (; greatest; greatest >>= 1) ++bits;
+  return bits;
+}
+
+// What a field's words say of its place among the other fields, as opposed to what they say of its encoding.
+RawWords take_place_words(RawWords& words) {
+  RawWords place;
+  std::swap(place.length_to, words.length_to);
+  std::swap(place.length_added, words.length_added);
+  std::swap(place.unit, words.unit);
+  std::swap(place.length_index, words.length_index);
+  std::swap(place.pointer_to, words.pointer_to);
+  std::swap(place.pointer_base, words.pointer_base);
+  std::swap(place.pointer_unit, words.pointer_unit);
+  std::swap(place.presence, words.presence);
+  std::swap(place.cross_tags, words.cross_tags);
+  return place;
+}
+
+class Planner {
+ public:
+  const RawPlan& plan(lumo_type_t type, std::vector<std::string>& errors);
+
+ private:
+  // A type has one plan for each set of words that fields add to its own.
+  using Key = std::pair<lumo_type_t, std::string>;
+
+  RawPlan* plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added);
+  void fill(RawPlan& plan, const RawWords& words);
+  void fill_leaf(RawPlan& plan, const RawWords& words);
+  void fill_fields(RawPlan& plan, const RawWords& words);
+  void fill_field(RawPlan& plan, size_t i, const RawWords& words);
+  RawWords words_of(lumo_type_t type, std::string_view field);
+
+  // Behind the making of all plans, which may be recursive.
+  void resolve(RawPlan& plan, const RawWords& words, const std::vector<RawWords>& places);
+  void resolve_place(RawPlan& plan, size_t i, const RawWords& place);
+  void resolve_length(RawPlan& plan, size_t i, const RawWords& place);
+  void resolve_pointer(RawPlan& plan, size_t i, const RawWords& place);
+  void resolve_tags(RawPlan& plan, const std::vector<RawChoice>& tags);
+  void resolve_cross_tags(RawPlan& plan, size_t i, const std::vector<RawChoice>& tags);
+  RawConditions conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word);
+  bool resolve_path(const RawPlan& from, std::string_view path, RawCondition& condition);
+  size_t field_of(const RawPlan& plan, std::string_view name, const char* word);
+  void force_omit(RawPlan& plan, const std::string& path);
+  void check_before(const RawPlan& plan, size_t i, const RawCondition& c, const char* word);
+
+  void error(lumo_type_t type, std::string_view field, const std::string& text);
+
+  std::map<Key, std::unique_ptr<RawPlan>> plans_;
+  std::vector<std::unique_ptr<RawPlan>> copies_;
+  std::deque<std::function<void()>> unresolved_;
+  std::vector<std::string>* errors_ = nullptr;
+};
+
+void Planner::error(lumo_type_t type, std::string_view field, const std::string& text) {
+  const char* module = lumo_type_definition_module(type, nullptr);
+  std::string line = std::string("type ") + (module ? module : "") + "." + type_name(type);
+  if (!field.empty()) line += ", field " + std::string(field);
+  line += ": " + text;
+  if (std::find(errors_->begin(), errors_->end(), line) == errors_->end()) errors_->push_back(line);
+}
+
+RawWords Planner::words_of(lumo_type_t type, std::string_view field) {
+  RawWords all;
+  for (const std::vector<const char*>& level : variants_of(type, field)) {
+    RawWords words;
+    std::string text;
+    for (const char* variant : level)
+      if (!read_raw_words(variant, words, text)) error(type, field, text);
+    all.add(words);
+  }
+  return all;
+}
+
+const RawPlan& Planner::plan(lumo_type_t type, std::vector<std::string>& errors) {
+  errors_ = &errors;
+  RawPlan* made = plan_with(plain_type(type), "", {});
+  while (!unresolved_.empty()) {
+    const std::function<void()> next = std::move(unresolved_.front());
+    unresolved_.pop_front();
+    next();
+  }
+  errors_ = nullptr;
+  return *made;
+}
+
+RawPlan* Planner::plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added) {
+  std::unique_ptr<RawPlan>& known = plans_[{type, added_text}];
+  if (known) return known.get();
+  known = std::make_unique<RawPlan>();
+  RawPlan* plan = known.get();
+  plan->type = type;
+  plan->kind = base_kind(type);
+  RawWords words = words_of(type, "");
+  words.add(added);
+  if (const char* word = unfit_raw_word(words, plan->kind))
+    error(type, "", std::string("the word ") + word + " does not fit the type");
+  fill(*plan, words);
+  return plan;
+}
+
+void Planner::fill(RawPlan& plan, const RawWords& words) {
+  plan.order = order_of(words.fields_msb);
+  if (has_fields(plan.kind) && plan.order == RawOrder::inherited) plan.order = RawOrder::lsb;
+  plan.bits.octets_last = words.octets_last.value_or(false);
+  plan.bits.bits_msb = words.bits_msb.value_or(false);
+  plan.bits.mirrored = words.mirrored.value_or(false);
+  plan.padding = static_cast<unsigned>(words.padding.value_or(0));
+  plan.prepadding = static_cast<unsigned>(words.prepadding.value_or(0));
+  plan.pattern = words.pattern.value_or("0");
+  plan.extension = words.extension.value_or(RawExtension::none);
+  plan.repeatable = words.repeatable.value_or(false);
+  plan.top_msb = words.top_msb.value_or(false);
+  plan.has_check = has_check(plan.type);
+  plan.form = words.length_form.value_or(RawLength::variable);
+  plan.length = static_cast<size_t>(words.length);
+  is_constructed(plan.kind) ? fill_fields(plan, words) : fill_leaf(plan, words);
+}
+
+void Planner::fill_leaf(RawPlan& plan, const RawWords& words) {
+  plan.sign = words.sign.value_or(RawSign::none);
+  plan.hex_high = words.hex_high.value_or(false);
+  plan.align_left = words.align_left.value_or(is_string_kind(plan.kind));
+  // The first bit of a bitstring is the leftmost: from the most significant end on, that is how it reads.
+  if (plan.kind == lumo_type_kind_bitstring && plan.bits.bits_msb) {
+    plan.bits.bits_msb = false;
+    plan.bits.octets_last = true;
+  }
+  if (words.length_form || is_string_kind(plan.kind)) return;
+  plan.form = RawLength::given;
+  plan.length = plan.kind == lumo_type_kind_boolean      ? 1
+                : plan.kind == lumo_type_kind_enumerated ? enumerated_bits(plan.type)
+                : plan.kind == lumo_type_kind_float      ? 64
+                                                         : 8;
+  if (plan.kind == lumo_type_kind_integer && plan.extension != RawExtension::none) plan.form = RawLength::variable;
+}
+
+void Planner::fill_fields(RawPlan& plan, const RawWords& words) {
+  const bool is_list = is_list_kind(plan.kind);
+  const size_t count = is_list ? 1 : field_count(plan.type);
+  plan.fields.resize(count);
+  std::vector<RawWords> places(count);
+  for (size_t i = 0; i < count; ++i) {
+    if (is_list) {
+      plan.fields[i].name = "element";
+      plan.fields[i].plan = plan_with(plain_type(element_type(plan.type)), "", {});
+      continue;
+    }
+    RawWords own = words_of(plan.type, field_info(plan.type)[i].name);
+    places[i] = take_place_words(own);
+    if (words.pad_all.value_or(false)) {
+      own.padding = own.padding ? own.padding : words.padding.value_or(8);
+      own.pattern = own.pattern ? own.pattern : words.pattern;
+    }
+    fill_field(plan, i, own);
+  }
+  if (plan.kind == lumo_type_kind_array && plan.form == RawLength::variable) {
+    plan.form = RawLength::given;
+    plan.length = array_length(plan.type);
+  }
+  unresolved_.push_back([this, &plan, words, places] { resolve(plan, words, places); });
+}
+
+// Words of a field's encoding make a plan of its own, known by the texts and where they stand.
+void Planner::fill_field(RawPlan& plan, size_t i, const RawWords& words) {
+  const lumo_field_info_t& info = field_info(plan.type)[i];
+  RawField& field = plan.fields[i];
+  field.name = info.name;
+  field.optional = plan.kind != lumo_type_kind_union && is_optional(info);
+  std::string key;
+  for (const auto& level : variants_of(plan.type, info.name))
+    for (const char* text : level) key += std::string(text) + ";";
+  if (words.padding) key += "+" + std::to_string(*words.padding);
+  field.plan = plan_with(plain_type(info.type), key, words);
+}
+
+// --- names
+
+size_t Planner::field_of(const RawPlan& plan, std::string_view name, const char* word) {
+  for (size_t i = 0; i < plan.fields.size(); ++i)
+    if (name == plan.fields[i].name) return i;
+  error(plan.type, "", std::string("the word ") + word + " names " + std::string(name) + ", which is no field");
+  return no_place;
+}
+
+// How many bits a value takes, whatever it is; false where that depends on it.
+bool add_steps(const RawPlan& plan, RawOrder around, std::vector<RawStep>& steps, int depth = 0) {
+  const RawOrder order = plan.order == RawOrder::inherited ? around : plan.order;
+  if (plan.padding || plan.prepadding || depth > 20) return false;
+  if (has_fields(plan.kind))
+    return std::all_of(plan.fields.begin(), plan.fields.end(), [&](const RawField& f) {
+      return !f.optional && !f.omitted && add_steps(*f.plan, order, steps, depth + 1);
+    });
+  if (is_constructed(plan.kind) || plan.form != RawLength::given) return false;
+  const size_t unit = plan.kind == lumo_type_kind_hexstring ? 4 : is_text_kind(plan.kind) || plan.kind == lumo_type_kind_octetstring ? 8 : 1;
+  steps.push_back({plan.length * unit, order});
+  return true;
+}
+
+bool Planner::resolve_path(const RawPlan& from, std::string_view path, RawCondition& c) {
+  c.part = &from;
+  c.is_fixed = true;
+  for (const std::string_view name : split_list(path, '.')) {
+    const auto& fields = c.part->fields;
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const RawField& f) { return name == f.name; });
+    if (found == fields.end() || is_list_kind(c.part->kind)) return false;
+    if (c.part->order != RawOrder::inherited) c.part_order = c.part->order;
+    if (has_fields(c.part->kind))
+      for (auto before = fields.begin(); before != found && c.is_fixed; ++before)
+        c.is_fixed = !before->optional && add_steps(*before->plan, c.part_order, c.steps);
+    c.is_fixed = c.is_fixed && !found->plan->prepadding;
+    c.path.push_back(static_cast<size_t>(found - fields.begin()));
+    c.part = found->plan;
+  }
+  return true;
+}
+
+RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word) {
+  RawConditions list;
+  for (const RawKey& key : keys) {
+    RawCondition c;
+    if (!resolve_path(of, key.path, c)) {
+      error(of.type, "", std::string("the word ") + word + " names " + key.path + ", which is no field");
+      continue;
+    }
+    if (key.value != "omit") {
+      c.constant = read_constant(c.part->type, key.value, lumo_type_definition_module(of.type, nullptr));
+      if (!c.constant) {
+        error(of.type, "", std::string("the word ") + word + " compares " + key.path + " with " + key.value +
+                               ", which is no value of its type");
+        continue;
+      }
+    }
+    list.push_back(std::move(c));
+  }
+  return list;
+}
+
+void Planner::resolve(RawPlan& plan, const RawWords& words, const std::vector<RawWords>& places) {
+  plan.presence = conditions(plan, words.presence, "PRESENCE");
+  if (!is_list_kind(plan.kind)) resolve_tags(plan, words.tags);
+  for (const RawExtensionGroup& group : words.extension_groups) {
+    const RawGroup g = {group.kind, field_of(plan, group.first, "EXTENSION_BIT_GROUP"),
+                        field_of(plan, group.last, "EXTENSION_BIT_GROUP")};
+    if (g.first <= g.last && g.last < plan.fields.size()) plan.groups.push_back(g);
+  }
+  for (size_t i = 0; i < places.size(); ++i) resolve_place(plan, i, places[i]);
+  // What is below is complete when all else is resolved.
+  for (const std::string& path : words.force_omit)
+    unresolved_.push_back([this, &plan, path] { force_omit(plan, path); });
+}
+
+void Planner::check_before(const RawPlan& plan, size_t i, const RawCondition& c, const char* word) {
+  if (c.path[0] >= i)
+    error(plan.type, plan.fields[i].name, std::string("the word ") + word + " names a field that does not come before");
+}
+
+void Planner::resolve_place(RawPlan& plan, size_t i, const RawWords& place) {
+  RawField& field = plan.fields[i];
+  // In a union these words speak of the alternative's own parts.
+  if (!has_fields(plan.kind)) return;
+  // Others are there in any case.
+  field.has_presence = field.optional && !place.presence.empty();
+  field.presence = conditions(plan, place.presence, "PRESENCE");
+  for (const RawCondition& c : field.presence) check_before(plan, i, c, "PRESENCE");
+  if (!place.length_to.empty()) resolve_length(plan, i, place);
+  if (place.length_to.empty() && (place.length_index || place.length_added))
+    error(plan.type, field.name, "the word LENGTHINDEX is nothing without LENGTHTO");
+  if (place.pointer_to) resolve_pointer(plan, i, place);
+  if (!place.cross_tags.empty()) resolve_cross_tags(plan, i, place.cross_tags);
+}
+
+void Planner::resolve_length(RawPlan& plan, size_t i, const RawWords& place) {
+  RawField& field = plan.fields[i];
+  RawLengthField length{i, place.length_index.value_or(""), {}, place.unit.value_or(8), place.length_added.value_or(0)};
+  const lumo_type_kind_t kind = field.plan->kind;
+  if (kind != lumo_type_kind_integer && !is_constructed(kind))
+    error(plan.type, field.name, "the word LENGTHTO does not fit the type");
+  if (has_fields(kind) && length.index.empty()) error(plan.type, field.name, "the word LENGTHTO needs LENGTHINDEX");
+  if (has_fields(kind) && !length.index.empty() && field_index(field.plan->type, length.index.c_str()) < 0)
+    error(plan.type, field.name, "the word LENGTHINDEX names " + length.index + ", which is no field");
+  field.length = plan.lengths.size();
+  for (const std::string& name : place.length_to) {
+    const size_t counted = field_of(plan, name, "LENGTHTO");
+    if (counted == no_place) continue;
+    length.counted.push_back(counted);
+    plan.fields[counted].counted_by.push_back(field.length);
+    if (length.unit == unit_elements && !is_list_kind(plan.fields[counted].plan->kind))
+      error(plan.type, field.name, "the word UNIT(elements) counts " + name + ", which is no list");
+  }
+  plan.lengths.push_back(std::move(length));
+}
+
+void Planner::resolve_pointer(RawPlan& plan, size_t i, const RawWords& place) {
+  RawPointerField pointer{i, field_of(plan, *place.pointer_to, "POINTERTO"), i, place.pointer_unit.value_or(8)};
+  if (place.pointer_base) pointer.base = field_of(plan, *place.pointer_base, "PTROFFSET");
+  if (pointer.target == no_place || pointer.base == no_place) return;
+  if (pointer.target <= i || pointer.base > pointer.target) {
+    error(plan.type, plan.fields[i].name, "the word POINTERTO leads to a field that comes before");
+    return;
+  }
+  plan.fields[i].pointer = plan.pointers.size();
+  plan.fields[pointer.target].pointed_by = plan.pointers.size();
+  plan.pointers.push_back(pointer);
+}
+
+void Planner::resolve_tags(RawPlan& plan, const std::vector<RawChoice>& tags) {
+  plan.has_tags = !tags.empty();
+  for (const RawChoice& choice : tags) {
+    const size_t i = field_of(plan, choice.field, "TAG");
+    if (i == no_place) continue;
+    RawField& field = plan.fields[i];
+    field.is_otherwise = choice.keys.empty();
+    field.has_tag = true;
+    for (RawCondition& c : conditions(*field.plan, choice.keys, "TAG")) field.tag.push_back(std::move(c));
+  }
+}
+
+void Planner::resolve_cross_tags(RawPlan& plan, size_t i, const std::vector<RawChoice>& tags) {
+  RawField& field = plan.fields[i];
+  if (field.plan->kind != lumo_type_kind_union) {
+    error(plan.type, field.name, "the word CROSSTAG does not fit the type");
+    return;
+  }
+  for (const RawChoice& choice : tags) {
+    const size_t alternative = field_of(*field.plan, choice.field, "CROSSTAG");
+    if (alternative == no_place) continue;
+    field.cross.push_back({alternative, conditions(plan, choice.keys, "CROSSTAG")});
+    for (const RawCondition& c : field.cross.back().conditions) check_before(plan, i, c, "CROSSTAG");
+  }
+}
+
+void Planner::force_omit(RawPlan& plan, const std::string& path) {
+  RawPlan* at = &plan;
+  for (const std::string_view name : split_list(path, '.')) {
+    const size_t i = field_of(*at, name, "FORCEOMIT");
+    if (i == no_place) return;
+    RawField& field = at->fields[i];
+    if (&path.back() != &name.back()) {
+      // Elsewhere the type has all its parts.
+      copies_.push_back(std::make_unique<RawPlan>(*field.plan));
+      field.plan = at = copies_.back().get();
+    } else if (field.optional) {
+      field.omitted = true;
+    } else {
+      error(plan.type, "", "the word FORCEOMIT names " + path + ", which is not optional");
+    }
+  }
+}
+
+}  // namespace
+
+const RawPlan& raw_plan(lumo_type_t type, std::vector<std::string>& errors) {
+  static auto* planner = new Planner;
+  return planner->plan(type, errors);
+}
+
+}  // namespace lumos

@@ -1,0 +1,108 @@
+#!/usr/bin/env python3
+"""Runs suites from their sources by orvane-run: what is built anew, what a suite is told, and that nothing old runs.
+
+    one_command.py --program PROGRAM --example FOLDER --out FOLDER [--sanitize LIST]
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+SUITE = """module %s { %s
+  type component C {} testcase TC() runs on C { setverdict(%s) } control { execute(TC()) } }
+"""
+ADAPTER = """#include "value.h"
+#include "tri.h"
+#include <stdlib.h>
+#include <string.h>
+TriStatus triSAReset(void) { free(strdup("gnu11")); exit(VALUE); }
+"""
+
+
+class Place:
+    def __init__(self, options):
+        self.program, self.folder = options.program.resolve(), options.out.resolve()
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(parents=True)
+        flags = f"LDFLAGS=-fsanitize={options.sanitize}" if options.sanitize else ""
+        self.environment = {**os.environ, "MAKEFLAGS": flags, "ASAN_OPTIONS": "detect_leaks=0"}
+
+    def write(self, name, text):
+        (self.folder / name).write_text(text, encoding="utf-8")
+
+    def run(self, *arguments, status=0, out="", err=""):
+        """Both texts must occur; with none, standard output must be empty."""
+        done = subprocess.run([self.program, *arguments], cwd=self.folder, capture_output=True, text=True,
+                              errors="replace", timeout=300, check=False, env=self.environment)
+        good = done.returncode == status and out in done.stdout and err in done.stderr and (out or not done.stdout)
+        if not good:
+            sys.exit(f"orvane-run {arguments}: status {done.returncode}\n{done.stdout}{done.stderr}")
+
+    def times(self):
+        return {path.name: path.stat().st_mtime_ns for path in (self.folder / ".orvane-run").glob("*.[or]*")
+                if path.suffix in (".o", ".run")}
+
+
+def check_changes(place):
+    """A change counts at once, also within a second; without one nothing is built; what is wrong does not run."""
+    for verdict, status in (("pass", 0), ("fail", 1), ("pass", 0)):
+        place.write("Root.ttcn", SUITE % ("Root", "", verdict))
+        place.run("Root.ttcn", status=status, out=f"Root.TC: {verdict}\n")
+    times = place.times()
+    place.run("Root.ttcn", out="Root.TC: pass\n")
+    if not times or times != place.times():
+        sys.exit(f"built again without need: {times} {place.times()}")
+    place.write("Root.ttcn", SUITE % ("Root", "const integer c := x;", "pass"))
+    place.run("Root.ttcn", status=247, err='no declaration for "x"')
+    place.write("Root.ttcn", "module Root {")
+    place.run("Root.ttcn", status=250, err="found/expected")
+    place.run("Missing.ttcn", status=251, err="Missing.ttcn")
+
+
+def check_arguments(place):
+    """The suite's options may stand anywhere; the root is the module with a control part that no other imports."""
+    place.write("Wide.ttcn", SUITE % ("Wide", "import from Root all;", "pass"))
+    place.write("Root.ttcn", SUITE % ("Root", "// module Other { import from Wide all\n", "pass"))
+    both = ("Root.ttcn", "Wide.ttcn")
+    place.run(*both, out="Wide.TC: pass\n1 test case")
+    place.run("--testcase", "Root.TC", *both, out="Root.TC: pass\n1 test case")
+    place.run(*both, "-r", "Root", "--", "-n", out="Root.TC: pass\n1 test case")
+    place.run(*both, "--list", "-vnone", out="module Root\n")
+    place.run("Root.ttcn", "--no-such-option", status=2, err="unknown option '--no-such-option'")
+    place.write("Other.ttcn", SUITE % ("Other", "", "pass"))
+    place.run("Root.ttcn", "Other.ttcn", status=2, err="several modules could be the root, name one with -r: Root Other")
+    place.run("-d", ".", "Root.ttcn", status=2, err="holds something else")
+    place.run("--list", status=2, err="no TTCN-3 file")
+
+
+def check_sources(place, example):
+    """Sources of the user's own, which are built anew with their headers, and ASN.1 modules."""
+    place.write("adapter.c", ADAPTER)
+    for value in (3, 4):
+        place.write("value.h", f"#define VALUE {value}\n")
+        place.run("Root.ttcn", "adapter.c", status=value)
+    place.write("Root.c", "")
+    place.run("Root.ttcn", "Root.c", status=2, err="Root.c would have the object of module Root")
+    place.write("adapter.c", "no C\n")
+    place.run("Root.ttcn", "adapter.c", status=2, err="adapter.c")
+    files = [str(path) for kind in ("ttcn", "asn", "c") for path in sorted(example.resolve().glob("*." + kind))]
+    place.run(*files, out="Call_Suite.TC_two_calls: pass\n")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--program", required=True, type=Path)
+    parser.add_argument("--example", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--sanitize", default="")
+    options = parser.parse_args()
+    place = Place(options)
+    check_changes(place)
+    check_arguments(place)
+    check_sources(place, options.example)
+
+
+main()

@@ -1,0 +1,72 @@
+#include "run/BuildFolder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace run {
+
+namespace {
+
+constexpr const char* kLock = "orvane-run.lock";
+constexpr const char* kRecord = "orvane-run.record";
+/// Stands between the setup and the times of a record.
+constexpr const char* kTimes = "times\n";
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// True when a file changed within the second of its last change: stamps of the compiler do not tell that.
+bool ChangedWithinSecond(const std::string& old_times, const std::string& new_times) {
+  std::istringstream old_lines(old_times), new_lines(new_times);
+  for (std::string before, now; std::getline(old_lines, before) && std::getline(new_lines, now);)
+    if (before != now && before.substr(0, before.find(' ')) == now.substr(0, now.find(' '))) return true;
+  return false;
+}
+
+}  // namespace
+
+BuildFolder::BuildFolder(const std::filesystem::path& path) : path_(path), lock_(-1) {
+  std::error_code error;
+  std::filesystem::create_directories(path_, error);
+  const std::filesystem::path lock = path_ / kLock;
+  if (!std::filesystem::exists(lock, error) && !std::filesystem::is_empty(path_, error) && !error)
+    throw path_.string() + " holds something else; name an empty folder with -d";
+  lock_ = open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+  if (lock_ < 0 || flock(lock_, LOCK_EX) != 0)
+    throw "cannot build in " + path_.string() + ": " + std::strerror(errno);
+}
+
+BuildFolder::~BuildFolder() {
+  close(lock_);
+}
+
+void BuildFolder::Prepare(const std::string& setup, const std::string& times) {
+  const std::string old = ReadFile(path_ / kRecord);
+  record_ = setup + kTimes + times;
+  std::filesystem::remove(path_ / kRecord);
+  if (!old.starts_with(setup + kTimes)) return Clear("");
+  if (ChangedWithinSecond(old.substr(setup.size() + std::strlen(kTimes)), times)) Clear(".t3a");
+}
+
+void BuildFolder::Clear(const std::string& extension) const {
+  for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+    const std::filesystem::path& file = entry.path();
+    if (file.filename() != kLock && (extension.empty() || file.extension() == extension))
+      std::filesystem::remove_all(file);
+  }
+}
+
+void BuildFolder::Settle() const {
+  std::ofstream(path_ / kRecord, std::ios::binary) << record_;
+}
+
+}  // namespace run

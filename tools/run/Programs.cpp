@@ -1,0 +1,91 @@
+#include "run/Programs.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace run {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& what, int error) {
+  throw what + ": " + std::strerror(error);
+}
+
+/// The words of a command as the system takes them.
+std::vector<char*> Vector(const std::vector<std::string>& words) {
+  std::vector<char*> vector;
+  for (const std::string& word : words) vector.push_back(const_cast<char*>(word.c_str()));
+  vector.push_back(nullptr);
+  return vector;
+}
+
+pid_t Start(const std::vector<std::string>& command, const std::filesystem::path& output) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0666);
+  pid_t child = -1;
+  const int error =
+      posix_spawnp(&child, command.front().c_str(), &actions, nullptr, Vector(command).data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) Fail("could not start " + command.front(), error);
+  return child;
+}
+
+}  // namespace
+
+std::filesystem::path Installation() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+}
+
+bool IsInstalled(const std::string& program) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path == nullptr ? "" : path);
+  for (std::string folder; std::getline(folders, folder, ':');)
+    if (access((folder + "/" + program).c_str(), X_OK) == 0) return true;
+  return false;
+}
+
+unsigned Processors() {
+  cpu_set_t usable;
+  if (sched_getaffinity(0, sizeof usable, &usable) != 0) return 1;
+  return static_cast<unsigned>(std::max(CPU_COUNT(&usable), 1));
+}
+
+int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output) {
+  const pid_t child = Start(command, output);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) Fail("no end of " + command.front(), errno);
+  if (status != 0) std::cerr << std::ifstream(output).rdbuf() << std::flush;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+OpenProgram::OpenProgram(const std::filesystem::path& path)
+    : name_(path.string()), file_(open(name_.c_str(), O_RDONLY | O_CLOEXEC)) {
+  if (file_ < 0) Fail(name_, errno);
+}
+
+OpenProgram::~OpenProgram() {
+  close(file_);
+}
+
+void OpenProgram::Become(const std::vector<std::string>& arguments) const {
+  std::vector<std::string> command = {name_};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  fexecve(file_, Vector(command).data(), environ);
+  Fail("could not run " + name_, errno);
+}
+
+}  // namespace run
