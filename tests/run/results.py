@@ -159,7 +159,7 @@ def check_choice(suite, steered):
     parts = [suite.run(f"-vnone -p times=2 --shard {k}/3", status=int(k != 2))[0] for k in (1, 2, 3)]
     lines = sorted(line for part in parts for line in part.splitlines() if line.startswith("Outcome"))
     check(lines == sorted(ALL_OUT.splitlines()[:7]), "the parts of a run", parts)
-    for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!TC_[,!*fail,!TC_wait", 0, "pass race"),
+    for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!*fail,!TC_wait,!TC_*t?h,!TC_la*", 0, "pass race"),
                                      ("-t TC_pass,TC_fail --repeat 2", 1, "pass fail pass fail"),
                                      ("-t TC_pass,TC_fail,TC_none --until-fail", 1, "pass fail"),
                                      ("-t TC_pass,TC_fail,TC_none -j 2 --until-fail", 1, "pass fail"),
@@ -172,8 +172,8 @@ def check_choice(suite, steered):
     check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
     out, err = steered.run("-vnone -j 2")
     check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
-    out, _ = suite.run("-vnone -t TC_race,TC_default --explore 60")
-    check_has(out, ["TC_race: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
+    out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late --explore 60")
+    check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
     for verdict, seed in re.findall(r"\d+ (\w+) Outcome.ttcn:8\d .*--seed (\d+) -t Outcome.TC_race", out):
         out, _ = suite.run(f"-vnone -t TC_race --explore 1 --seed {seed}", int(verdict == "error"))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")
@@ -191,6 +191,7 @@ PATH = 'answers[0].rdata.a: expected "192.0.2.11", actual "192.0.2.10"'
 def check_logs(suite):
     out, err = suite.run("-b -t TC_mismatch")
     check_has(out + err, ["info mtc Outcome.ttcn:65 mismatch: " + PATH, "Outcome.ttcn:65 unexpected message: " + PATH], "mismatch")
+    check_has(suite.run("-vnone -t TC_match")[0], [f"TC_match: fail Outcome.ttcn:95 {PATH}\n"], "match")
     check("vexa" not in (out + err).lower(), "names of generated code", err)
     suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
     check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")

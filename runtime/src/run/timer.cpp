@@ -1,3 +1,4 @@
+#include "run/scheduler.h"
 #include "run/timer.h"
 
 #include <time.h>
@@ -223,6 +224,7 @@ void check_use(const char* operation) {
 }  // namespace
 
 void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
+  maybe_yield();
   check_use("start");
   Timer* timer = timer_of(value);
   if (duration == lumo_duration_default_c) {

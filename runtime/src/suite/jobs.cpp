@@ -148,9 +148,9 @@ class Jobs {
     }
     if (!is_new && running()) usleep(pause_between_looks);
     while (!jobs_.empty() && jobs_.front()->is_over) {
-      collect(*jobs_.front());
+      if (!failed_) collect(*jobs_.front());
       jobs_.erase(jobs_.begin());
-      if (until_fail_ && !is_good(results().back().verdict)) failed_ = true;
+      if (!failed_ && until_fail_ && !is_good(results().back().verdict)) failed_ = true;
     }
   }
   void stop_all() {
