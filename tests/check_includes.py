@@ -30,6 +30,7 @@ ROOMS = [
     (r"runtime/src/report/", "runtime report"),
     (r"runtime/src/(run|ports|transport)/", "runtime run"),
     (r"runtime/src/suite/", "runtime suite"),
+    (r"runtime/json/", "runtime json"),
     (r"(runtime|tools)/", r"\1"),
     (r"tests/unit/", "unit tests"),
     (r"(bench|fuzz)/", r"\1"),
@@ -72,6 +73,7 @@ ALLOWED = {
     "main": {"controller"},
     "runtime": {"runtime"},
     **layers({"runtime"}, ["runtime values", "runtime report", "runtime run", "runtime suite"]),
+    "runtime json": {"runtime", "runtime values", "runtime json"},
     "tools": {"support", "asn1 records", "asn1 model", "tools", "runtime"},
 }
 

@@ -144,10 +144,8 @@ void send_to_port(Port& from, Port& to, Message* message) {
 
 Port* connected_to(Port& port, Value recipient) {
   Component* c = component_of(recipient);
-  for (Port* other : port.connections)
-    if (other->owner == c) return other;
-  for (Port* other : port.mappings)
-    if (other->owner == c) return other;
+  for (const auto list : {&Port::connections, &Port::mappings})
+    if (Port* other = c ? linked_port(port, list, *c) : nullptr) return other;
   fault("port %s has no connection to %s", port.name, c ? c->name.c_str() : "null");
 }
 
@@ -215,6 +213,17 @@ Value content_of(Value template_value) {
   if (v->form == Form::special || !is_complete(v))
     fault("a value that is sent is not completely initialized");
   check_belongs(v, v->type);
+  return v;
+}
+
+// What is sent, for the message to own: a value that was made just now from a template is taken as it is.
+Value owned_content_of(Value template_value) {
+  const size_t mark = current_task->roots.size();
+  Value v = content_of(template_value);
+  const bool is_new = v->life == Life::temp && v->root >= mark && !v->pinned && !v->pending;
+  if (!is_new || v->form == Form::external) return copy_value(v, lumo_perm_alloc_c);
+  current_task->roots[v->root] = nullptr;
+  v->life = Life::perm;
   return v;
 }
 
@@ -337,6 +346,28 @@ bool answers_call(const Message& m, bool is_named) {
   return !called || !m.signature || root_of(called) == root_of(m.signature);
 }
 
+constexpr size_t most_taken = 1000;
+
+void take_call(Port& p, const Message& m) {
+  p.taken.push_back({m.signature, m.sender});
+  if (p.taken.size() > most_taken) p.taken.pop_front();
+  remove_head(p, MessageKind::call);
+}
+
+// The signature of the call that is answered, the first one of the recipient's; of a given signature where
+// the answer tells it. Null where no such call was taken.
+lumo_type_t answer_call(Port& p, lumo_type_t signature, Value recipient) {
+  const bool is_named = recipient && recipient->form == Form::component;
+  for (auto call = p.taken.begin(); call != p.taken.end(); ++call) {
+    if (is_named && call->caller != recipient->integer) continue;
+    if (signature && (!call->signature || root_of(signature) != root_of(call->signature))) continue;
+    signature = call->signature;
+    p.taken.erase(call);
+    return signature;
+  }
+  return nullptr;
+}
+
 // A check that names nothing takes whatever is next in one of the queues.
 bool try_check(Port& p, Value sender, Value sender_redirect) {
   for (const Queue& queue : p.queues) {
@@ -380,6 +411,19 @@ void start_call_timer(Port& port, double timeout) {
 }
 
 }  // namespace
+
+Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& c) {
+  constexpr size_t few = 8;
+  if ((port.*list).size() <= few) {
+    for (Port* other : port.*list)
+      if (other->owner == &c) return other;
+    return nullptr;
+  }
+  for (Port* other : c.ports)
+    for (const Port* back : other->*list)
+      if (back == &port) return other;
+  return nullptr;
+}
 
 void remove_port(std::vector<Port*>& list, Port* port) {
   for (size_t i = 0; i < list.size(); ++i)
@@ -469,7 +513,7 @@ using namespace lumos;
 void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipient, lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
-  Value content = copy_value(content_of(value), lumo_perm_alloc_c);
+  Value content = owned_content_of(value);
   Message* m = new_message(MessageKind::message);
   m->content = content;
   log_port("send on", p, content);
@@ -495,16 +539,17 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Value returned = result && result != lumo_no_value_c ? content_of(result) : nullptr;
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
+  answer_call(p, m->signature, recipient);
   log_port("reply on", p, m->content);
   send_message(p, m, recipient);
 }
 
-void lumo_port_raise(lumo_value_t port, lumo_type_t signature, lumo_value_t exception, lumo_value_t recipient,
+void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lumo_value_t recipient,
                      lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
   Message* m = procedure_message(MessageKind::exception, content_of(exception));
-  m->signature = base_kind(signature) == lumo_type_kind_signature ? signature : nullptr;
+  m->signature = answer_call(p, nullptr, recipient);
   log_port("raise on", p, m->content);
   send_message(p, m, recipient);
 }
@@ -534,7 +579,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     redirect_parameters(*m, redirect_count, redirects);
     redirect(sender_redirect, sender_of(*m));
     log_received("getcall on", p, m->content);
-    if (!check) remove_head(p, MessageKind::call);
+    if (!check) take_call(p, *m);
     return true;
   });
 }

@@ -1,5 +1,8 @@
 #include "run/component.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include "run/defaults.h"
 #include "value/error.h"
 #include "text/log.h"
@@ -136,7 +139,7 @@ void bury(Component& c) {
     stop_timers_of(c.task);
     disconnect_all(c);
   }
-  wake_all();
+  wake_watchers();
 }
 
 // --- references
@@ -166,16 +169,36 @@ Value reference_to(const Component& c) {
   return v;
 }
 
+namespace {
+
+// Generated code asks with the same few names, by the same few addresses: where one was found last is tried
+// first.
+long element_index(lumo_type_t type, const char* name) {
+  struct Found {
+    const char* name;
+    lumo_type_t type;
+    long index;
+  };
+  static Found places[256];
+  Found& found = places[(reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5) % 256];
+  const bool hit = found.name == name && found.type == type && found.index >= 0;
+  if (!hit || std::strcmp(field_info(type)[found.index].name, name) != 0)
+    found = {name, type, field_index(type, name)};
+  return found.index;
+}
+
+}  // namespace
+
 Value find_component_element(const char* name) {
   Component* c = current_task->component;
   if (!c || !c->record) return nullptr;
-  long index = field_index(c->record->type, name);
+  long index = element_index(c->record->type, name);
   if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
   return force_part(c->record, static_cast<size_t>(index));
 }
 
 namespace {
-const bool hook_is_set = (hooks.component_element = find_component_element, true);
+const bool component_hook_is_set = (hooks.component_element = find_component_element, true);
 }  // namespace
 
 void check_is_mtc(const char* operation) {
@@ -230,10 +253,17 @@ bool need_not_run(const Component& c) {
   return c.stopped_by_other || (!c.done && !is_running(c));
 }
 
+// What was found once is mostly what is found again, or is followed by it: so many questions cost one walk.
 template <class Property>
 bool any_component(Property has) {
-  for (auto& c : test_case->components)
-    if (is_parallel(*c) && has(*c)) return true;
+  const size_t count = test_case->components.size();
+  for (size_t i = 0; i < count; ++i) {
+    const size_t place = (test_case->found_last + i) % count;
+    const Component& c = *test_case->components[place];
+    if (!is_parallel(c) || !has(c)) continue;
+    test_case->found_last = place;
+    return true;
+  }
   return false;
 }
 
@@ -246,7 +276,7 @@ bool all_components(Property has) {
 template <class One, class All>
 bool ask(const char* operation, lumo_value_t which, One one, All all) {
   check_effect(operation);
-  self();
+  watch_components(self());
   if (which == lumo_value_any_c) return any_component(one);
   if (which == lumo_value_all_c) return all_components(all);
   return one(existing(which));
@@ -279,7 +309,7 @@ void stop(Component& c, bool kill) {
   take_verdict(c);
   stop_timers_of(c.task);
   disconnect_all(c);
-  wake_all();
+  wake_watchers();
 }
 
 void stop_or_kill(lumo_value_t component, bool kill) {

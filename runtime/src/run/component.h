@@ -37,10 +37,12 @@ struct Component {
   Value record = nullptr;      // variables, timers and ports by field
   Task task;
   State state = State::idle;
-  bool alive = false;  // may be started again
-  bool done = false;   // a behaviour ended
-  bool polls = false;  // waits, but is to be woken after a while without an event
-  bool busy = false;   // ready since its turn was over, not for an event
+  bool alive = false;        // may be started again
+  bool done = false;         // a behaviour ended
+  bool polls = false;        // waits, but is to be woken after a while without an event
+  bool busy = false;         // ready since its turn was over, not for an event
+  bool is_watching = false;  // asked for the state of components, and none has changed since
+  unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
@@ -65,6 +67,7 @@ struct TestCase {
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
   std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
+  size_t found_last = 0;  // by a search through the components, the next one's beginning
 };
 extern TestCase* test_case;
 

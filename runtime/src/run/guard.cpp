@@ -73,7 +73,7 @@ void end_around_test_case(const char* text) {
   std::exit(2);
 }
 
-const bool hooks_are_set = (hooks.end_faulty = end_faulty, hooks.stack_left = stack_left, true);
+const bool guard_hook_is_set = (hooks.end_faulty = end_faulty, true);
 
 }  // namespace
 

@@ -121,11 +121,18 @@ void take_timeout(Timer* timer) {
   halt(timer);
 }
 
+// The time of the snapshot is that of the first question for it, since most alternatives ask for none.
+Time snapshot_time() {
+  if (current_task->snapshot_time == never) current_task->snapshot_time = now();
+  return current_task->snapshot_time;
+}
+
 // The one of the task's timers that expired first.
 Timer* first_expired() {
   Timer* first = nullptr;
+  const Time time = snapshot_time();
   for (Timer* t = current_task->timers; t; t = t->next)
-    if (expired(t, current_task->snapshot_time) && (!first || t->expiry < first->expiry)) first = t;
+    if (expired(t, time) && (!first || t->expiry < first->expiry)) first = t;
   return first;
 }
 
@@ -203,9 +210,9 @@ void stop_timers_outside(Task& task, Value record) {
 }
 
 namespace {
-const bool hooks_are_set =
-    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer,
-     hooks.copy_timer_default = copy_timer_default, hooks.timer_text = timer_text, true);
+const bool timer_hooks_are_set =
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
+     hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos
@@ -281,7 +288,7 @@ lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
 lumo_boolean_t lumo_timer_try_timed_out(lumo_value_t value, lumo_context_t) {
   check_use("timeout");
   Timer* timer = value == lumo_value_any_c ? first_expired() : timer_of(value);
-  if (!timer || !expired(timer, current_task->snapshot_time)) return false;
+  if (!timer || !timer->running || !expired(timer, snapshot_time())) return false;
   take_timeout(timer);
   return true;
 }

@@ -15,6 +15,7 @@
 #include "ports/outside.h"
 #include "suite/nearest.h"
 #include "suite/params.h"
+#include "transport/link_spec.h"
 
 namespace lumos {
 
@@ -156,6 +157,8 @@ const Option table[] = {
      SET(set_simulated(true), true)},
     {'b', "loopback", nullptr, "what is sent to the system comes back to the sender",
      SET(set_loopback(true), true)},
+    {'o', "port", "NAME=ADDRESS", "link a port of the system: udp:HOST:PORT, tcp:HOST:PORT and others",
+     SET(add_link(text))},
     {'m', "all-mismatches", nullptr, "matching goes on behind the first mismatch, to log all",
      SET(match_continues_on_fail = true)},
     {'S', "stack", "KILOBYTES", "stack of each component, 128 to 1048576 (default 1024)", set_stack},

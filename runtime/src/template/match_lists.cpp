@@ -53,7 +53,8 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
 // Pairs of an item and an element that were tried already.
 class Matches {
  public:
-  Matches(Value list, size_t items) : list_(list), width_(list->parts.size), known_(items * width_) {}
+  Matches(Value list, size_t items)
+      : list_(list), width_(list->parts.size), known_(affordable(items, width_)) {}
 
   bool operator()(size_t row, Value pattern, size_t element) {
     char& known = known_[row * width_ + element];
@@ -68,6 +69,14 @@ class Matches {
   }
 
  private:
+  // More pairs than memory and patience hold are not begun with.
+  static size_t affordable(size_t items, size_t elements) {
+    constexpr size_t most_pairs = 200000000;
+    if (elements && items > most_pairs / elements)
+      fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
+    return items * elements;
+  }
+
   Value list_;
   size_t width_;
   Scratch<char> known_;
@@ -180,17 +189,11 @@ class Prefixes {
 
   void permutation(Group& group) {
     clear_next();
-    for (size_t p = 0; p <= size_; ++p) {
+    for (size_t p = 0; p + group.count <= size_; ++p) {
       if (!now_[p]) continue;
-      for (size_t length = group.count; p + length <= size_; ++length) {
-        if (!group.takes(length)) {
-          if (!group.star) break;
-          continue;
-        }
-        if (next_[p + length]) continue;
-        Assignment assignment(matches_, group.items.data(), group.rows.data(), group.count, p, length);
-        if (assignment.complete()) next_[p + length] = 1;
-      }
+      const size_t most = group.star ? size_ - p : group.count;
+      for (size_t length = shortest(group, p, most); length <= most; ++length)
+        if (group.takes(length)) next_[p + length] = 1;
     }
     step();
   }
@@ -198,6 +201,24 @@ class Prefixes {
   bool whole() { return now_[size_]; }
 
  private:
+  // How many elements from the place on hold partners for all items; more than most when none do. What more elements
+  // there are is left to "*".
+  size_t shortest(Group& group, size_t place, size_t most) {
+    auto suffices = [&](size_t length) {
+      TempScope scope;
+      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length).complete();
+    };
+    if (!suffices(most)) return most + 1;
+    size_t low = group.count, high = most;
+    while (low < high) {
+      const size_t middle = low + (high - low) / 2;
+      if (suffices(middle))
+        high = middle;
+      else
+        low = middle + 1;
+    }
+    return high;
+  }
   void clear_next() { std::memset(next_.data(), 0, size_ + 1); }
   void step() { std::memcpy(now_.data(), next_.data(), size_ + 1); }
 

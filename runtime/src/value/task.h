@@ -76,7 +76,7 @@ struct lumo_context_struct {
   bool refused = false;                  // the decoder that runs wrote such a value
   std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
   lumos::Timer* timers = nullptr;        // that run
-  lumos::Time snapshot_time = 0;
+  lumos::Time snapshot_time = lumos::never;    // not asked for yet
   std::vector<lumos::ActiveDefault> defaults;  // oldest first
   std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
   std::vector<lumos::OpenCall> calls;          // innermost last

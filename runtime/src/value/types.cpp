@@ -13,10 +13,6 @@ namespace {
 // Longer chains are taken for cyclic tables.
 constexpr int chain_limit = 1000;
 
-bool is_component_record(const lumo_type_info_struct_t* info) {
-  return info->kind == lumo_type_kind_component;
-}
-
 // Bounds of an array by the names of their rows.
 long bound(lumo_type_t type, const char* name, long otherwise) {
   const lumo_type_info_struct_t* info = structure_of(type);
@@ -35,7 +31,7 @@ const lumo_template_info_t* template_info(lumo_type_t type) {
   return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
 }
 
-lumo_type_t plain_type(lumo_type_t type) {
+lumo_type_t type_behind(lumo_type_t type) {
   for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
     const lumo_type_info_struct_t* info = type->type_info;
     if (info->kind == lumo_type_kind_template && info->template_info) {
@@ -49,12 +45,7 @@ lumo_type_t plain_type(lumo_type_t type) {
   return type;
 }
 
-lumo_type_kind_t base_kind(lumo_type_t type) {
-  type = plain_type(type);
-  return type && type->type_info ? type->type_info->kind : lumo_type_kind_undefined;
-}
-
-const lumo_type_info_struct_t* root_of(lumo_type_t type) {
+const lumo_type_info_struct_t* root_behind(lumo_type_t type) {
   const lumo_type_info_struct_t* info = nullptr;
   for (int i = 0; i < chain_limit; ++i) {
     type = plain_type(type);
@@ -64,24 +55,6 @@ const lumo_type_info_struct_t* root_of(lumo_type_t type) {
     type = info->parent_type;
   }
   return info;
-}
-
-const lumo_type_info_struct_t* structure_of(lumo_type_t type) {
-  return root_of(type);
-}
-
-size_t field_count(lumo_type_t type) {
-  const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info) return 0;
-  if (is_component_record(info)) return reinterpret_cast<size_t>(info->enum_or_array_info);
-  return info->number_of_fields > 0 ? static_cast<size_t>(info->number_of_fields) : 0;
-}
-
-lumo_field_info_t* field_info(lumo_type_t type) {
-  const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info) return nullptr;
-  if (is_component_record(info)) return static_cast<lumo_field_info_t*>(info->reserved_last);
-  return info->field_info;
 }
 
 long field_index(lumo_type_t type, const char* name) {
