@@ -59,7 +59,8 @@ def follow(guide, folder, environment):
     commands = re.search(r"`(parallel [^`]*)`", guide)[1]
     if shutil.which("parallel"):
         run(commands, folder, environment)
-        expect((folder / "4.xml").exists(), "shards")
+        merge = re.search(r"`(orvane-merge [^`]*)`", guide)[1]
+        expect("1 tests, 0 failures" in run(merge, folder, environment), "merged report of the shards")
     sarif = re.search(r"`orvane \.\.\. (2>&1 [^`]*)`", guide)[1]
     (folder / "Bad.ttcn").write_text("module Bad {\n  type integer }\n")
     run(f"orvane -v 2 -a -F Bad.ttcn {sarif}", folder, environment)

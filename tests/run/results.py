@@ -18,6 +18,7 @@ from pathlib import Path
 from makefiles import Place
 
 SOURCES = Path(__file__).resolve().parent / "results"
+SHARE = Path(__file__).resolve().parents[2] / "share" / "bin"
 failures = []
 
 
@@ -118,6 +119,7 @@ def check_names(suite):
     for arguments, text in (("-t TC_psas", "there is no test case 'TC_psas', did you mean 'Outcome.TC_pass'?"),
                             ("-p tmies=3", "there is no module parameter 'tmies', did you mean 'Outcome.times'?"),
                             ("-p times=x -vnone", "module parameter Outcome.times cannot be set to x"),
+                            ("--port q=udp:127.0.0.1:9", "there is no port 'q'"), ("--port P[0]=udp:127.0.0.1:9", "did you mean 'p'?"),
                             ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
                             ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
                             ("--shard 3/2", "'3/2' is no value"), ("-j 0", "'0' is no value")):
@@ -156,7 +158,10 @@ failed:
 def check_choice(suite, steered):
     check(suite.run("-vnone -p times=2")[0] == ALL_OUT, "output of all")
     check(suite.run("-vnone -p times=2 -j 3")[0] == ALL_OUT, "output of several processes")
-    parts = [suite.run(f"-vnone -p times=2 --shard {k}/3", status=int(k != 2))[0] for k in (1, 2, 3)]
+    parts = [suite.run(f"-vnone -p times=2 --shard {k}/3 --junit {k}.xml", status=int(k != 2))[0] for k in (1, 2, 3)]
+    merged = subprocess.run([sys.executable, str(SHARE / "orvane-merge"), "merged.xml", "1.xml", "2.xml", "3.xml"], cwd=suite.folder)
+    check(merged.returncode == 1, "status of a merge")
+    check_junit(suite, "merged.xml", tests=7, failures=2, errors=1)
     lines = sorted(line for part in parts for line in part.splitlines() if line.startswith("Outcome"))
     check(lines == sorted(ALL_OUT.splitlines()[:7]), "the parts of a run", parts)
     for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!*fail,!TC_wait,!TC_*t?h,!TC_la*", 0, "pass race"),

@@ -20,7 +20,9 @@ bool same_root_type(Value pattern, Value content) {
 
 // Whether the block that runs is one of those that the result of `match` chose.
 bool decides_here(const Attempt& match) {
-  return match.pattern && match.frames == current_task->frames.size() &&
+  // What was complete when it was matched need not be so any more.
+  const bool is_whole = match.content && (match.content->form == Form::special || is_complete(match.content));
+  return match.pattern && is_whole && match.frames == current_task->frames.size() &&
          match.blocks < current_task->blocks.size();
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -71,7 +72,14 @@ void leave(const char* why) {
   fault("%s", why);
 }
 
+// Between runs a signal means what it does elsewhere.
+void act_as_usual(int signal) {
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
 void on_stop(int signal) {
+  if (!is_watched) return act_as_usual(signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, signal);
     return;
@@ -85,6 +93,7 @@ void on_stop(int signal) {
 }
 
 void on_crash(int signal) {
+  if (!is_watched) return act_as_usual(signal);
   set_reason("user code ended with signal '%s'", signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, SIGALRM);
@@ -103,6 +112,7 @@ void on_alarm(int signal) {
     pthread_kill(main_thread, signal);
     return;
   }
+  if (!is_watched) return;
   const char* why = reason;
   if (!why && now() >= deadline) why = time_is_over();
   if (!why) return;
