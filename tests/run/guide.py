@@ -98,7 +98,12 @@ def main():
         run(["cpack", "-G", "DEB", "--config", str(build / "CPackConfig.cmake"), "-B", str(out / "package")], out, shell=False)
         run(f"dpkg-deb -x {next((out / 'package').glob('*.deb'))} root", out)
         mcfg = (out / "root/usr/share/orvane/make_linux.mcfg").read_text()
-        expect('<ORV_DIR> = "/usr"' in mcfg and (out / "root/usr/bin/orvane").exists(), "package")
+        expect('<ORV_DIR> = "/usr"' in mcfg, "the package's place")
+        packaged = out / "packaged"
+        packaged.mkdir()
+        shutil.copy(folder / "Hello.ttcn", packaged)
+        (packaged / "usr.mcfg").write_text(mcfg.replace('"/usr"', f'"{out}/root/usr"'))
+        run(f"{out}/root/usr/bin/orvane -K -f usr.mcfg -r Hello -F Hello.ttcn && make && ./Hello -b", packaged)
     print("all as the guide says")
 
 

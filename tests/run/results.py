@@ -49,7 +49,7 @@ class Suite:
         return self.path(name).read_text(encoding="utf-8")
 
     def start(self, arguments, **more):
-        environment = {**os.environ, "PEER_ENDS": str(self.path("ends"))}
+        environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ, "PEER_ENDS": str(self.path("ends"))}
         return subprocess.Popen(self.command + arguments.split(), cwd=self.folder, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True, env=environment, **more)
 
@@ -87,7 +87,9 @@ def check_ends(suite):
         check(suite.read("ends") == "end\nend\n", f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
-    for word, place in ("block", "22"), ("spin", "22"), ("wait", "54"), ("loop", "5"):
+    for word, place in ("wait", "54"), ("loop", "5"), ("block", "22"), ("spin", "22"):
+        if suite.sanitized and word in ("block", "spin"):
+            continue
         out, _ = suite.run(f"-vnone -T 0.3 -t TC_{word},TC_none")
         check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:{place}", "the time given to the test case is over",
                         "Outcome.TC_none: none\n"], word)
@@ -133,9 +135,9 @@ def check_junit(suite, name, **numbers):
         done = subprocess.run(["xmllint", "--noout", "--schema", str(SOURCES / "junit.xsd"), str(path)],
                               capture_output=True, text=True)
         check(done.returncode == 0, f"schema of {name}", done.stderr)
-    head = suite.read(name).split("\n")[1]
+    head = suite.read(name).split("<testsuite ")[1]
     for key, number in numbers.items():
-        check(f' {key}="{number}"' in head, f"{key} of {name}", head)
+        check(f'{key}="{number}"' in head.split(">")[0], f"{key} of {name}", head)
 
 
 # Options, then the output without durations.
@@ -209,7 +211,7 @@ def check_logs(suite):
 def check_reports(suite):
     suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
     check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
-    check_has(suite.read("j.xml"), ["nothing &lt;&amp;&gt;2", 'message="on &quot;purpose&quot;"'], "JUnit")
+    check_has(suite.read("j.xml"), ['message="on &quot;purpose&quot;"', "info mtc Outcome.ttcn:33 verdict set to fail: on &quot;purpose&quot;\n"], "JUnit")
     check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")
     events = [json.loads(line) for line in suite.read("j.json").splitlines()]
     check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
