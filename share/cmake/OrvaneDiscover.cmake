@@ -1,5 +1,5 @@
 # Asks the executable SUITE for its test cases, and writes them to OUT as tests of CTest, with ARGUMENTS.
-execute_process(COMMAND "${SUITE}" --list -t "*" OUTPUT_VARIABLE names RESULT_VARIABLE status)
+execute_process(COMMAND "${SUITE}" --verbose none --list -t "*" OUTPUT_VARIABLE names RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   set(names "")
 endif()

@@ -12,18 +12,18 @@ namespace {
 
 constexpr size_t most_attempts = 16;
 
-// The place of a temporary value among those of its task: it ends when that place does.
-size_t root_place(const Task& task, Value v) {
-  while (v->parent) v = v->parent;
-  for (size_t i = task.roots.size(); i-- > 0;)
-    if (task.roots[i] == v) return i;
-  return SIZE_MAX;
-}
-
 bool same_root_type(Value pattern, Value content) {
   if (!pattern->type || !content->type || pattern->form == Form::special) return true;
   const lumo_type_info_struct_t* wanted = root_of(pattern->type);
   return !wanted || wanted->kind == lumo_type_kind_undefined || wanted == root_of(content->type);
+}
+
+// Whether the block that runs is one of those that the result of `match` chose.
+bool decides_here(const Attempt& match) {
+  // What was complete when it was matched need not be so any more.
+  const bool is_whole = match.content && (match.content->form == Form::special || is_complete(match.content));
+  return match.pattern && is_whole && match.frames == current_task->frames.size() &&
+         match.blocks < current_task->blocks.size();
 }
 
 struct Explanation {
@@ -47,7 +47,8 @@ Explanation explain(Value pattern, Value content) {
 void note_attempt(Value pattern, Value content) {
   Task& task = *current_task;
   if (!pattern || !content || task.attempts.size() >= most_attempts) return;
-  task.attempts.push_back({pattern, content, root_place(task, pattern)});
+  task.attempts.push_back(
+      {pattern, content, root_place(task, pattern), task.frames.size(), task.blocks.size()});
 }
 
 void release_content(Value content) {
@@ -62,6 +63,7 @@ std::vector<std::string> explain_attempts() {
   // Matching may end in a fault, and what is matched may look at the attempts.
   std::vector<Attempt> attempts;
   attempts.swap(current_task->attempts);
+  if (decides_here(current_task->last_match)) attempts.push_back(current_task->last_match);
   std::vector<Explanation> all;
   for (const Attempt& a : attempts) {
     Explanation e = explain(a.pattern, a.content);

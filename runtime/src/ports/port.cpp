@@ -280,8 +280,8 @@ bool type_fits(Value pattern, Value content) {
   return !wanted || wanted->kind == lumo_type_kind_undefined || wanted == root_of(content->type);
 }
 
-// Turns encoded content into a value of the type that the template asks for. What was found out about the octets once
-// is kept.
+// Turns encoded content into a value of the type that the template asks for. What was found out about the
+// octets once is kept.
 bool decode_for(const Port& port, Message& m, Value pattern) {
   if (!m.encoded) return true;
   lumo_type_t type = pattern ? plain_type(pattern->type) : nullptr;
@@ -634,10 +634,12 @@ lumo_boolean_t lumo_port_try_catch_timeout(lumo_value_t port, lumo_context_t con
 }
 
 void lumo_port_clear(lumo_value_t port, lumo_context_t) {
+  maybe_yield();
   each_port("clear", port, drop_queues);
 }
 
 void lumo_port_halt(lumo_value_t port, lumo_context_t) {
+  maybe_yield();
   each_port("halt", port, [](Port& p) {
     for (Queue& queue : p.queues) queue.allowed = queue.length;
     p.state = p.queues[0].length + p.queues[1].length ? PortState::halted : PortState::stopped;
@@ -645,6 +647,7 @@ void lumo_port_halt(lumo_value_t port, lumo_context_t) {
 }
 
 void lumo_port_start(lumo_value_t port, lumo_context_t) {
+  maybe_yield();
   each_port("start", port, [](Port& p) {
     drop_queues(p);
     p.state = PortState::started;
@@ -652,6 +655,7 @@ void lumo_port_start(lumo_value_t port, lumo_context_t) {
 }
 
 void lumo_port_stop(lumo_value_t port, lumo_context_t) {
+  maybe_yield();
   each_port("stop", port, [](Port& p) { p.state = PortState::stopped; });
 }
 

@@ -28,11 +28,14 @@ class Html : public Reporter {
   }
   void event(const Event& e) override {
     if (!is_inside_) return;
-    events_ += std::string(events_.empty() ? "" : ",\n") + "[\"" + event_name(e.kind) + "\"," +
-               time_text(e.time - begin_);
-    for (const std::string& text :
-         {e.component, e.name, e.peer, e.text, hex_text(e.octets), short_text(e.place)})
-      events_ += "," + json_text(text);
+    if (!events_.empty()) events_ += ",\n";
+    events_ += "[\"";
+    events_ += event_name(e.kind);
+    events_ += "\",";
+    events_ += time_text(e.time - begin_);
+    for (const std::string* text : {&e.component, &e.name, &e.peer, &e.text}) add(*text);
+    add(e.octets.empty() ? e.octets : hex_text(e.octets));
+    add(short_text(e.place));
     events_ += "]";
   }
   void test_case_ends(const Result& r) override {
@@ -47,6 +50,10 @@ class Html : public Reporter {
   }
 
  private:
+  void add(const std::string& text) {
+    events_ += ',';
+    append_json(events_, text);
+  }
   ReportFile file_;
   std::string events_;  // of the test case that runs
   Time begin_ = 0;

@@ -19,22 +19,25 @@ class Json : public Reporter {
 
   bool wants_events() const override { return true; }
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
-    line("begin", begin - run_start().clock, {}, {{"testcase", module + "." + name}});
+    const std::string full_name = module + "." + name;
+    line("begin", begin - run_start().clock, {}, {{"testcase", full_name}});
   }
   void event(const Event& e) override {
     const char* name = e.kind == EventKind::log ? "kind" : e.kind == EventKind::verdict ? "verdict" : "name";
+    const std::string octets = hex_text(e.octets);
     line(event_name(e.kind), e.time, e.place,
          {{"component", e.component},
           {name, e.name},
           {"peer", e.peer},
           {"text", e.text},
-          {"octets", hex_text(e.octets)}});
+          {"octets", octets}});
   }
   void test_case_ends(const Result& r) override {
     char duration[32];
     std::snprintf(duration, sizeof duration, "%.9f", seconds_of(r.duration));
+    const std::string full_name = r.full_name();
     line("end_testcase", r.begin + r.duration - run_start().clock, r.place,
-         {{"testcase", r.full_name()}, {"verdict", verdict_name(r.verdict)}, {"text", r.reason}},
+         {{"testcase", full_name}, {"verdict", verdict_name(r.verdict)}, {"text", r.reason}},
          std::string(",\"duration\":") + duration);
   }
   void run_ends(const std::vector<Result>& results) override {
@@ -47,19 +50,27 @@ class Json : public Reporter {
  private:
   struct Member {
     const char* name;
-    std::string text;
+    std::string_view text;
   };
   // What is empty is left out.
   void line(const char* event, Time time, const Place& place, std::initializer_list<Member> members,
             const std::string& more = {}) {
-    file_.format("{\"event\":\"%s\",\"time\":%.9f", event, seconds_of(time));
+    char head[80];
+    std::snprintf(head, sizeof head, "{\"event\":\"%s\",\"time\":%.9f", event, seconds_of(time));
+    std::string line = head;
     if (!place.file.empty()) {
-      file_.write(",\"file\":" + json_text(place.file));
-      file_.format(",\"line\":%lu", place.line);
+      line += ",\"file\":";
+      append_json(line, place.file);
+      line += ",\"line\":" + std::to_string(place.line);
     }
-    for (const Member& m : members)
-      if (!m.text.empty()) file_.write(std::string(",\"") + m.name + "\":" + json_text(m.text));
-    file_.write(more + "}\n");
+    for (const Member& m : members) {
+      if (m.text.empty()) continue;
+      line += ",\"";
+      line += m.name;
+      line += "\":";
+      append_json(line, m.text);
+    }
+    file_.write(line + more + "}\n");
   }
   ReportFile file_;
 };

@@ -45,32 +45,34 @@ class Junit : public Reporter {
   bool wants_events() const override { return true; }
   void test_case_begins(const std::string&, const std::string&, Time) override { log_.clear(); }
   void event(const Event& event) override {
-    if (event.kind != EventKind::log || log_.size() > most_log) return;
-    log_ += event.name + " " + (event.component.empty() ? "" : event.component + " ") +
-            short_text(event.place) + " " + event.text + "\n";
+    if (event.kind != EventKind::log || log_.size() >= most_entries) return;
+    std::string entry = event.name;
+    for (const std::string& part : {event.component, short_text(event.place), event.text})
+      if (!part.empty()) entry += " " + part;
+    log_.push_back(std::move(entry));
   }
   void test_case_ends(const Result& result) override {
     Suite& suite = suite_of(result);
     suite.totals.add(result);
     suite.text += case_text(result);
   }
-  void run_ends(const std::vector<Result>& results) override {
-    Totals all;
-    for (const Result& result : results) all.add(result);
-    file_.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\"" +
-                xml_text(order_.empty() ? "" : order_[0]) + "\" " + all.attributes() + ">\n");
+  void run_ends(const std::vector<Result>&) override {
+    file_.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n");
+    size_t number = 0;
     for (const std::string& module : order_) {
       const Suite& suite = suites_[module];
-      file_.write("  <testsuite name=\"" + xml_text(module) + "\" " + suite.totals.attributes() +
-                  " timestamp=\"" + suite.begin + "\" hostname=\"localhost\">\n" + suite.text +
-                  "  </testsuite>\n");
+      const std::string name = xml_text(module);
+      file_.write("  <testsuite id=\"" + std::to_string(number++) + "\" name=\"" + name + "\" package=\"" +
+                  name + "\" " + suite.totals.attributes() + " timestamp=\"" + suite.begin +
+                  "\" hostname=\"localhost\">\n    <properties/>\n" + suite.text +
+                  "    <system-out/>\n    <system-err/>\n  </testsuite>\n");
     }
     file_.write("</testsuites>\n");
     file_.complete();
   }
 
  private:
-  static constexpr size_t most_log = 100000;
+  static constexpr size_t most_entries = 1000;
   struct Suite {
     Totals totals;
     std::string text, begin;
@@ -89,23 +91,20 @@ class Junit : public Reporter {
     std::snprintf(time, sizeof time, "%.6f", seconds_of(result.duration));
     std::string text = "    <testcase name=\"" + xml_text(result.name) + "\" classname=\"" +
                        xml_text(result.module) + "\" time=\"" + time + "\"";
-    if (is_good(result.verdict) && log_.empty()) return text + "/>\n";
-    text += ">\n";
-    if (!is_good(result.verdict)) {
-      const std::string element = result.verdict == lumo_verdict_error_c ? "error" : "failure";
-      const std::string place = short_text(result.place);
-      text += "      <" + element + " message=\"" + xml_text(result.reason) + "\" type=\"" +
-              verdict_name(result.verdict) + "\">" +
-              xml_text(place + (place.empty() ? "" : ": ") + result.reason) + "</" + element + ">\n";
-    }
-    if (!log_.empty()) text += "      <system-out>" + xml_text(log_) + "</system-out>\n";
-    return text + "    </testcase>\n";
+    if (is_good(result.verdict)) return text + "/>\n";
+    const std::string element = result.verdict == lumo_verdict_error_c ? "error" : "failure";
+    const std::string place = short_text(result.place);
+    text += ">\n      <" + element + " message=\"" + xml_text(result.reason) + "\" type=\"" +
+            verdict_name(result.verdict) + "\">" +
+            xml_text(place + (place.empty() ? "" : ": ") + result.reason) + "\n";
+    for (const std::string& entry : log_) text += xml_text(entry) + "\n";
+    return text + "</" + element + ">\n    </testcase>\n";
   }
 
   ReportFile file_;
   std::map<std::string, Suite> suites_;
   std::vector<std::string> order_;
-  std::string log_;
+  std::vector<std::string> log_;  // of the test case that runs
 };
 
 }  // namespace

@@ -434,7 +434,7 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   std::string text = std::string("verdict set to ") + verdict_name(given);
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
-  if (given > lumo_verdict_pass_c && !c.task.attempts.empty()) tell_mismatches(reason);
+  if (given > lumo_verdict_pass_c && has_attempts(c.task)) tell_mismatches(reason);
   if (!reason.empty()) text += ": " + reason;
   if (worse && given > test_case->verdict) {
     test_case->reason = reason;

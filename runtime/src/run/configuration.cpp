@@ -1,4 +1,5 @@
 // Connections and mappings of ports.
+#include "run/scheduler.h"
 #include "value/error.h"
 #include "ports/outside.h"
 #include "ports/port.h"
@@ -113,6 +114,7 @@ void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index,
 void lumo_component_connect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                  lumo_value_t component2, const char* port2, lumo_value_t index2,
                                  lumo_context_t) {
+  maybe_yield();
   check_effect("connect");
   self();
   Port& a = named_port(component1, port1, index1);
@@ -147,6 +149,7 @@ void lumo_component_disconnect_port(lumo_value_t component1, const char* port1, 
 void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                              lumo_value_t component2, const char* port2, lumo_value_t index2,
                              lumo_context_t) {
+  maybe_yield();
   check_effect("map");
   self();
   Port& a = named_port(component1, port1, index1);

@@ -1,3 +1,4 @@
+#include "run/scheduler.h"
 #include "run/defaults.h"
 
 #include "value/hooks.h"
@@ -76,6 +77,7 @@ using namespace lumos;
 
 lumo_value_t lumo_activate(const char* module, const char* name, unsigned long argc, lumo_value_t argv[],
                            lumo_alloc_strategy_t strategy, lumo_context_t context) {
+  maybe_yield();
   check_effect("activate");
   Task& task = *current_task;
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, name, context);

@@ -6,11 +6,12 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "run/component.h"
+#include "value/task.h"
 #include "value/error.h"
 
 namespace lumos {
@@ -30,6 +31,7 @@ pthread_t main_thread;
 char reason_text[128];
 std::atomic<const char*> reason{nullptr};
 volatile sig_atomic_t undisturbed = 0;
+volatile sig_atomic_t has_test_case = 0;
 volatile sig_atomic_t left = 0;     // user code was left once
 volatile sig_atomic_t retries = 0;  // since a moment was asked for
 volatile sig_atomic_t stops = 0;    // signals that asked for the end
@@ -60,7 +62,7 @@ void set_reason(const char* format, int signal) {
 
 // A component or a control part runs, and not the scheduler or what is around a test case.
 bool is_in_behaviour() {
-  return !undisturbed && (current_task->component || (!test_case && current_task->fiber));
+  return !undisturbed && (current_task->component || (!has_test_case && current_task->fiber));
 }
 
 // Leaves what runs; returns where that is not possible.
@@ -71,7 +73,14 @@ void leave(const char* why) {
   fault("%s", why);
 }
 
+// Between runs a signal means what it does elsewhere.
+void act_as_usual(int signal) {
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
 void on_stop(int signal) {
+  if (!is_watched) return act_as_usual(signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, signal);
     return;
@@ -85,6 +94,7 @@ void on_stop(int signal) {
 }
 
 void on_crash(int signal) {
+  if (!is_watched) return act_as_usual(signal);
   set_reason("user code ended with signal '%s'", signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, SIGALRM);
@@ -95,7 +105,7 @@ void on_crash(int signal) {
 }
 
 const char* time_is_over() {
-  return test_case ? "the time given to the test case is over" : "the time given to the control part is over";
+  return has_test_case ? "the time given to the test case is over" : "the time given to the control part is over";
 }
 
 void on_alarm(int signal) {
@@ -103,6 +113,7 @@ void on_alarm(int signal) {
     pthread_kill(main_thread, signal);
     return;
   }
+  if (!is_watched) return;
   const char* why = reason;
   if (!why && now() >= deadline) why = time_is_over();
   if (!why) return;
@@ -182,6 +193,10 @@ void check_run_goes_on() {
   if (const char* why = reason) fault("%s", why);
   if (deadline_of_control != never && now() >= deadline_of_control)
     fault("the time given to the control part is over");
+}
+
+void watch_test_case(bool is_there) {
+  has_test_case = is_there;
 }
 
 void set_control_deadline(Time time) {

@@ -23,6 +23,8 @@ void check_run_goes_on();
 // What runs in the control part has to be over by then; never for no limit.
 void set_control_deadline(Time time);
 Time control_deadline();
+// A test case is there from its beginning until it has been told.
+void watch_test_case(bool is_there);
 // A test case has to be over by then. Should user code not come back, it is ended a little later.
 void watch_deadline(Time time);
 

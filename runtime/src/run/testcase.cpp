@@ -89,6 +89,7 @@ lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long a
   if (has_testcase_seed) set_random_seed(testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
   tell_begin(tc.module, tc.name, tc.begin);
   test_case = &tc;
+  watch_test_case(true);
   watch_deadline(tc.deadline);
   run_test_case(tc, row, argc, argv);
   watch_deadline(control_deadline());
@@ -134,6 +135,7 @@ void conclude_test_case() {
              tc.name.c_str(), verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
   results().push_back({tc.module, tc.name, tc.verdict, tc.reason, tc.place, tc.begin, duration});
   test_case = nullptr;
+  watch_test_case(false);
   if (result_listener) result_listener(results().back());
   tell_end(results().back());
 }

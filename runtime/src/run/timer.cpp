@@ -1,3 +1,4 @@
+#include "run/scheduler.h"
 #include "run/timer.h"
 
 #include <time.h>
@@ -16,8 +17,6 @@ namespace lumos {
 
 namespace {
 
-bool simulated = false;
-Time simulated_time = 0;
 
 // A binary heap; each timer knows its place.
 std::vector<Timer*>& queue() {
@@ -137,29 +136,6 @@ Timer* first_expired() {
 
 }  // namespace
 
-Time now() {
-  if (simulated) return simulated_time;
-  timespec time;
-  clock_gettime(CLOCK_MONOTONIC, &time);
-  return Time(time.tv_sec) * 1000000000 + time.tv_nsec;
-}
-
-bool is_simulated() {
-  return simulated;
-}
-void set_simulated(bool on) {
-  simulated = on;
-}
-
-void advance_to(Time time) {
-  if (time > simulated_time) simulated_time = time;
-}
-
-Time duration_of(double seconds) {
-  double nanoseconds = seconds * 1e9;
-  return nanoseconds >= 9e18 ? Time(9000000000000000000) : static_cast<Time>(nanoseconds);
-}
-
 Timer* new_timer(Value value) {
   auto* timer = new Timer;
   timer->value = value;
@@ -230,6 +206,7 @@ void check_use(const char* operation) {
 }  // namespace
 
 void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
+  maybe_yield();
   check_use("start");
   Timer* timer = timer_of(value);
   if (duration == lumo_duration_default_c) {

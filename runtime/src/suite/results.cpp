@@ -103,7 +103,7 @@ void print_result(Result& result) {
 void tell_results(bool to_standard_output) {
   prints = to_standard_output;
   result_listener = print_result;
-  if (with_progress()) add_reporter(std::make_unique<Progress>());
+  if (prints && with_progress()) add_reporter(std::make_unique<Progress>());
 }
 
 void set_planned(size_t count) {

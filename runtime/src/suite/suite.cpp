@@ -11,6 +11,7 @@
 #include "suite/explore.h"
 #include "suite/jobs.h"
 #include "suite/params.h"
+#include "suite/port_names.h"
 #include "suite/plan.h"
 #include "suite/selection.h"
 #include "ports/outside.h"
@@ -154,7 +155,8 @@ bool run_program(const SuiteOptions& options, const Program& program, const char
 }
 
 int run_initialized(const SuiteOptions& options, Program& program, const char* control_part) {
-  if (!all_parameters_known() || !make_program(options, control_part, program)) return start_fault;
+  if (!all_parameters_known() || !all_links_known() || !make_program(options, control_part, program))
+    return start_fault;
   arrange(options, program);
   if (!open_reports(options)) return start_fault;
   bool good = run_program(options, program, control_part);

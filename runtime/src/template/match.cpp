@@ -1,5 +1,7 @@
 #include "template/match.h"
 
+#include <algorithm>
+
 #include "value/error.h"
 #include "value/location.h"
 #include "template/pattern.h"
@@ -166,7 +168,10 @@ bool match_instance(Value p, Value v, lumo_match_function_t function) {
   check_stack();
   TempScope scope;
   VisibleFrames visible(p->index);
-  return function(template_info(p->type)->base_type, p->parts.data, v, current_task);
+  ++current_task->matching;
+  const bool fits = function(template_info(p->type)->base_type, p->parts.data, v, current_task);
+  --current_task->matching;
+  return fits;
 }
 
 }  // namespace
@@ -193,12 +198,27 @@ bool match_value(Value p, Value v) {
 
 using namespace lumos;
 
+namespace {
+
+// A verdict that is set because of it may tell why.
+void note_match(bool fits, Value pattern, Value value) {
+  Task& task = *current_task;
+  task.last_match = {};
+  if (fits) return;
+  const size_t root = std::min(root_place(task, pattern), root_place(task, value));
+  task.last_match = {pattern, value, root, task.frames.size(), task.blocks.size()};
+}
+
+}  // namespace
+
 lumo_boolean_t lumo_match(lumo_value_t template_value, lumo_value_t value, lumo_context_t) {
   // Asked once, for a whole: its parts have parents.
   const bool is_whole =
       value && !value->parent && !value->dynamic && (has_parts(value->form) || value->form == Form::unset);
   if (is_whole && !is_complete(value)) fault("a value that is not completely initialized is matched");
-  return match_value(template_value, value);
+  const bool fits = match_value(template_value, value);
+  if (current_task->matching == 0) note_match(fits, template_value, value);
+  return fits;
 }
 
 lumo_boolean_t lumo_match_signature(lumo_value_t template_value, lumo_value_t value, lumo_boolean_t is_call,

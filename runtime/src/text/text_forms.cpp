@@ -63,22 +63,35 @@ std::string xml_text(std::string_view text) {
   return out;
 }
 
-std::string json_text(std::string_view text) {
-  std::string out = "\"";
+void append_json(std::string& out, std::string_view text) {
+  out += '"';
+  size_t written = 0;  // what is plain goes in one piece
   for (size_t i = 0; i < text.size();) {
+    const unsigned char octet = static_cast<unsigned char>(text[i]);
+    if (octet >= 32 && octet < 127 && octet != '"' && octet != '\\' && octet != '<') {
+      ++i;
+      continue;
+    }
+    out.append(text, written, i - written);
     const char32_t c = next_character(text, i);
+    written = i;
     if (c == '"' || c == '\\') {
       out += '\\';
       out += static_cast<char>(c);
     } else if (c == '\n') {
       out += "\\n";
-    } else if (c < 32 || c >= 127 || c == '<') {  // in a page "</script>" would end a script
-      put_escape(out, c);
     } else {
-      out += static_cast<char>(c);
+      put_escape(out, c);  // "<" too: in a page "</script>" would end a script
     }
   }
-  return out + '"';
+  out.append(text, written);
+  out += '"';
+}
+
+std::string json_text(std::string_view text) {
+  std::string out;
+  append_json(out, text);
+  return out;
 }
 
 std::string hex_text(std::string_view octets) {

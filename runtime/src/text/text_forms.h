@@ -10,6 +10,7 @@ namespace lumos {
 std::string xml_text(std::string_view text);
 // A string of JSON with its quotes, in ASCII; octets that are no UTF-8 become U+FFFD.
 std::string json_text(std::string_view text);
+void append_json(std::string& out, std::string_view text);
 std::string hex_text(std::string_view octets);
 
 }  // namespace lumos

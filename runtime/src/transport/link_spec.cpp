@@ -98,6 +98,12 @@ bool has_links() {
   return !links().empty();
 }
 
+std::vector<std::string> linked_ports() {
+  std::vector<std::string> names;
+  for (const LinkSpec& spec : links()) names.push_back(spec.name);
+  return names;
+}
+
 const LinkSpec* link_for(std::string_view port, long index) {
   const std::string element = std::string(port) + "[" + std::to_string(index) + "]";
   for (const LinkSpec& spec : links())

@@ -19,6 +19,7 @@ void pop_frame(Task& task) {
   if (task.named.size() > frame.first_named) task.named.resize(frame.first_named);
   if (task.blocks.size() > frame.first_block) task.blocks.resize(frame.first_block);
   task.frames.pop_back();
+  if (has_attempts(task)) end_attempts_of_ended_blocks(task);
 }
 
 // Parameters are known by the signature of the behaviour's type.
@@ -91,6 +92,7 @@ void lumo_source_location_pop_block(lumo_context_t) {
   if (task.blocks.empty()) return;
   if (task.named.size() > task.blocks.back()) task.named.resize(task.blocks.back());
   task.blocks.pop_back();
+  if (has_attempts(task)) end_attempts_of_ended_blocks(task);
 }
 
 void lumo_source_location_set_line(unsigned long line, lumo_context_t) {

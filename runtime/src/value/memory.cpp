@@ -120,10 +120,27 @@ void end_attempts(Task& task) {
 void end_attempts(Task& task, size_t mark) {
   auto ends = [&](const Attempt& a) { return a.root != SIZE_MAX && a.root >= mark; };
   std::erase_if(task.attempts, ends);
+  if (ends(task.last_match)) task.last_match = {};
+}
+
+void end_attempts_of_ended_blocks(Task& task) {
+  auto ends = [&](const Attempt& a) {
+    return a.frames > task.frames.size() || a.blocks > task.blocks.size();
+  };
+  std::erase_if(task.attempts, ends);
+  if (ends(task.last_match)) task.last_match = {};
+}
+
+size_t root_place(const Task& task, Value v) {
+  while (v->parent) v = v->parent;
+  if (v->life != Life::temp) return SIZE_MAX;
+  for (size_t i = task.roots.size(); i-- > 0;)
+    if (task.roots[i] == v) return i;
+  return SIZE_MAX;
 }
 
 void end_roots(Task& task, size_t mark) {
-  if (!task.attempts.empty()) end_attempts(task, mark);
+  if (has_attempts(task)) end_attempts(task, mark);
   while (task.roots.size() > mark) {
     Value v = task.roots.back();
     task.roots.pop_back();
@@ -144,6 +161,8 @@ void reset_task(Task& task) {
   task.visible_frames = SIZE_MAX;
   task.quiet = 0;
   task.calls.clear();
+  task.last_match = {};
+  task.matching = 0;
   task.defining = false;
 }
 

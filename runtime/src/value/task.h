@@ -43,10 +43,12 @@ struct OpenCall {
   size_t frames, blocks;
 };
 
-// A pattern that did not take a message in the alternatives that are tried, as long as both exist.
+// A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
+// both exist.
 struct Attempt {
-  lumo_value_t pattern, content;
-  size_t root;  // place of the pattern's whole among the roots, or SIZE_MAX
+  lumo_value_t pattern = nullptr, content = nullptr;
+  size_t root = SIZE_MAX;         // place among the roots from which on one of them lies, or SIZE_MAX
+  size_t frames = 0, blocks = 0;  // around it: what is declared in them ends with them
 };
 
 struct NamedValue {
@@ -81,6 +83,8 @@ struct lumo_context_struct {
   lumo_type_t called = nullptr;                // just now; its body, if any, comes next
   std::vector<lumos::Attempt> attempts;        // since the snapshot
   std::vector<lumo_value_t> kept_contents;     // owned: of messages that are gone, for the attempts
+  lumos::Attempt last_match;                   // the last `match`, if it did not fit
+  unsigned matching = 0;                       // functions of templates that run
   unsigned steps = 0;                          // control points since the last yield
   bool polls_by_else = false;                  // took an else branch since then
   bool furnishing = false;                     // makes what a new component has
@@ -103,6 +107,12 @@ void end_roots(Task& task, size_t mark);
 // Forgets the attempts, or those whose patterns are among the roots from the mark on.
 void end_attempts(Task& task);
 void end_attempts(Task& task, size_t mark);
+// The place of a temporary value among those of its task: it ends when that place does. SIZE_MAX for others.
+size_t root_place(const Task& task, lumo_value_t value);
+void end_attempts_of_ended_blocks(Task& task);
+inline bool has_attempts(const Task& task) {
+  return !task.attempts.empty() || task.last_match.pattern;
+}
 // Alternatives are entered: those of a call's body, or others, so that calls at this depth are over.
 void enter_alternatives(Task& task);
 // The signature of the call in whose body the alternatives are tried; null elsewhere.

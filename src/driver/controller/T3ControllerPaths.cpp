@@ -1,5 +1,9 @@
 // Where the program is installed.
+#include <unistd.h>
+
 #include <cstdlib>
+#include <sstream>
+#include <string>
 
 #include "build/MGHostType.h"
 #include "driver/controller/T3Controller.h"
@@ -27,6 +31,18 @@ bool DropComponent(std::string& path, const std::string& slash) {
   return true;
 }
 
+// The place of a program that was called by its name alone, on the way that its caller found it; the name
+// where that is not known.
+std::string FoundThroughPath(const std::string& name) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path == nullptr || name.empty() ? "" : path);
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    const std::string place = folder + '/' + name;
+    if (!folder.empty() && access(place.c_str(), X_OK) == 0) return place;
+  }
+  return name;
+}
+
 // The directory as the system knows it: without the marks that a makefile needs.
 std::string PlainDirectory(const std::string& directory, bool windows) {
   std::string plain = RemoveEnclosingQuotes(directory);
@@ -41,7 +57,9 @@ void setup_paths(int argc, const char** argv) {
   host.init("");
   if (host.name() == "CygWin") host.init("Windows_NT");
   const bool windows = host.name() == "Windows";
-  std::string directory = host.fix_path(argc > 0 ? argv[0] : "");
+  std::string program = argc > 0 ? argv[0] : "";
+  if (!windows && program.find('/') == std::string::npos) program = FoundThroughPath(program);
+  std::string directory = host.fix_path(program);
   if (windows) directory = ToDrivePath(directory);
   if (!DropComponent(directory, host.slash())) directory = ".";
   orv_dir = directory;

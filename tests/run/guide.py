@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Installs a build, and does with it what the guide says, word for word, in a clean folder; and what the files beside
+the programs are for: CMake and pkg-config, manual pages, the package for Debian, SARIF.
+
+    guide.py --build FOLDER --source FOLDER --out FOLDER [--cmake PROGRAM]
+"""
+
+import argparse
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+
+def run(command, folder, environment=None, shell=True):
+    done = subprocess.run(command, shell=shell, cwd=folder, env=environment, text=True, errors="replace", check=False,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)
+    if done.returncode != 0:
+        sys.exit(f"{command}: status {done.returncode}\n{done.stdout[-5000:]}")
+    return done.stdout
+
+
+def expect(holds, what):
+    if not holds:
+        sys.exit(f"FAILED: {what}")
+
+
+def examples_of(guide):
+    """What is indented, as it is to be typed."""
+    blocks = re.findall(r"(?:^    .*\n|^\n(?=    ))+", guide, re.MULTILINE)
+    return [re.sub(r"(?m)^    ", "", block).strip("\n") + "\n" for block in blocks if block.strip()]
+
+
+def follow(guide, folder, environment):
+    examples = examples_of(guide)
+
+    def example(start):
+        return next(text for text in examples if text.startswith(start))
+
+    run(example("mkdir"), folder, environment)
+    folder = folder / "hello"
+    for name, start in ("Hello.ttcn", "module"), ("udp.c", "#include"), ("CMakeLists.txt", "cmake_minimum"):
+        (folder / name).write_text(example(start), encoding="utf-8")
+    shown = re.sub(r"\d\.\d{3}", "N", example("Hello.TC_echo"))
+    output = re.sub(r"\d\.\d{3}", "N", run(example("orvane-run"), folder, environment))
+    expect(all(line in output for line in shown.splitlines()), f"verdicts\n{output}")
+    run(example("orvane -K"), folder, environment)
+    peer = subprocess.Popen(["sh", "-c", "exec " + example("python3")], cwd=folder, stderr=subprocess.DEVNULL)
+    time.sleep(0.5)
+    run(example("cp "), folder, environment)
+    peer.terminate()
+    expect((folder / "report.html").exists() and (folder / "run.pcap").stat().st_size > 24, "reports")
+    commands = re.search(r"`(cmake -B build[^`]*)`", guide)[1]
+    expect("hello.Hello.TC_echo" in run(commands + " -V", folder, environment), "tests of CTest")
+    commands = re.search(r"`(parallel [^`]*)`", guide)[1]
+    if shutil.which("parallel"):
+        run(commands, folder, environment)
+        merge = re.search(r"`(orvane-merge [^`]*)`", guide)[1]
+        expect("1 tests, 0 failures" in run(merge, folder, environment), "merged report of the shards")
+    sarif = re.search(r"`orvane \.\.\. (2>&1 [^`]*)`", guide)[1]
+    (folder / "Bad.ttcn").write_text("module Bad {\n  type integer }\n")
+    run(f"orvane -v 2 -a -F Bad.ttcn {sarif}", folder, environment)
+    result = json.loads((folder / "messages.sarif").read_text())["runs"][0]["results"][0]
+    expect(result["locations"][0]["physicalLocation"]["region"]["startLine"] == 2, "SARIF")
+    return folder
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("--build", "--source", "--out"):
+        parser.add_argument(name, required=True, type=Path)
+    parser.add_argument("--cmake", default="cmake")
+    options = parser.parse_args()
+    out, build = options.out.resolve(), options.build.resolve()
+    shutil.rmtree(out, ignore_errors=True)
+    out.mkdir(parents=True)
+    prefix = out / "prefix"
+    run([options.cmake, "--install", str(build), "--prefix", str(prefix)], out, shell=False)
+    environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
+                   "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
+    folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)
+    if shutil.which("pkg-config"):
+        run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
+    pages = [page.name for page in prefix.glob("share/man/man*/*")]
+    expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
+    suite_page = (prefix / "share/man/man1/orvane-suite.1").read_text()
+    expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
+    grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())
+    expect(any("altstep" in rule.get("match", "") for rule in grammar["patterns"]), "grammar")
+    words = run("bash -c '. share/bash-completion/completions/orvane; COMP_WORDS=(orvane-run --jun); COMP_CWORD=1; "
+                f"_orvane_suite {folder}/Hello; echo ${{COMPREPLY[@]}}'", prefix, environment)
+    expect(words == "--junit\n", f"completion: {words}")
+    if shutil.which("dpkg-deb") and shutil.which("cpack"):
+        run(["cpack", "-G", "DEB", "--config", str(build / "CPackConfig.cmake"), "-B", str(out / "package")], out, shell=False)
+        run(f"dpkg-deb -x {next((out / 'package').glob('*.deb'))} root", out)
+        mcfg = (out / "root/usr/share/orvane/make_linux.mcfg").read_text()
+        expect('<ORV_DIR> = "/usr"' in mcfg, "the package's place")
+        packaged = out / "packaged"
+        packaged.mkdir()
+        shutil.copy(folder / "Hello.ttcn", packaged)
+        (packaged / "usr.mcfg").write_text(mcfg.replace('"/usr"', f'"{out}/root/usr"'))
+        run(f"{out}/root/usr/bin/orvane -K -f usr.mcfg -r Hello -F Hello.ttcn && make && ./Hello -b", packaged)
+    print("all as the guide says")
+
+
+if __name__ == "__main__":
+    main()
