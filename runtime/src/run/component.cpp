@@ -6,6 +6,7 @@
 #include "run/defaults.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "ports/attempts.h"
 #include "ports/port.h"
 #include "run/scheduler.h"
 #include "run/timer.h"
@@ -126,6 +127,7 @@ void release_component(Component& c) {
 void bury(Component& c) {
   release_behaviour(c);
   take_verdict(c);
+  if (events_wanted) tell(EventKind::end, c.name);
   c.done = true;
   if (&c == test_case->mtc) {
     c.state = State::ended;
@@ -280,6 +282,13 @@ bool ask(const char* operation, lumo_value_t which, One one, All all) {
   return one(existing(which));
 }
 
+// What was received and not taken says why a verdict is set.
+void tell_mismatches(std::string& reason) {
+  const std::vector<std::string> mismatches = explain_attempts();
+  for (const std::string& text : mismatches) log_line(lumo_log_msg_info_c, "mismatch: " + text);
+  if (!mismatches.empty()) reason += (reason.empty() ? "" : ": ") + mismatches[0];
+}
+
 void stop_behaviour(Component& c) {
   if (current_task->component == &c) leave_behaviour();
   c.stopped_by_other = true;
@@ -333,6 +342,7 @@ lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lum
   instance->integer = c.number;
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s created", c.name.c_str());
+  if (events_wanted) tell(EventKind::create, c.name);
   return instance;
 }
 
@@ -352,6 +362,8 @@ void lumo_component_start(lumo_value_t component, const char* module, const char
   make_ready(c);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s started: %s.%s", c.name.c_str(), module, function);
+  if (events_wanted) tell(EventKind::start, c.name, {}, std::string(module) + "." + function);
+  maybe_yield();
 }
 
 void lumo_component_stop(lumo_value_t component, lumo_context_t) {
@@ -422,8 +434,13 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   std::string text = std::string("verdict set to ") + verdict_name(given);
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
+  if (given > lumo_verdict_pass_c && !c.task.attempts.empty()) tell_mismatches(reason);
   if (!reason.empty()) text += ": " + reason;
-  if (worse && given > test_case->verdict) test_case->reason = reason;
+  if (worse && given > test_case->verdict) {
+    test_case->reason = reason;
+    test_case->place = current_place();
+  }
+  if (events_wanted) tell(EventKind::verdict, verdict_name(given), {}, reason);
   log_line(given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c, text);
 }
 

@@ -22,5 +22,10 @@ void to_scheduler();
 void watch_components(Component& component);
 // The state of a component changed.
 void wake_watchers();
+// Another schedule for each seed above 0: the next component is any that is ready, and one that tells another
+// something, or looks for events, may have to wait for its next turn first. 0 for the usual order.
+void set_schedule_seed(uint64_t seed);
+// Behind what others can notice.
+void maybe_yield();
 
 }  // namespace lumos

@@ -6,6 +6,8 @@
 #include <cstdio>
 
 #include "value/error.h"
+#include "report/events.h"
+#include "run/component.h"
 #include "text/log.h"
 #include "value/hooks.h"
 #include "value/types.h"
@@ -114,6 +116,7 @@ const char* name_of(const Timer* timer) {
 
 void take_timeout(Timer* timer) {
   if (log_enabled(lumo_log_msg_event_c)) log_format(lumo_log_msg_event_c, "timeout of %s", name_of(timer));
+  if (events_wanted) tell(EventKind::timeout, name_of(timer));
   halt(timer);
 }
 
@@ -207,8 +210,8 @@ void stop_timers_outside(Task& task, Value record) {
 
 namespace {
 const bool timer_hooks_are_set =
-    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer,
-     hooks.copy_timer_default = copy_timer_default, hooks.timer_text = timer_text, true);
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
+     hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos
@@ -220,6 +223,7 @@ namespace {
 // Neither the local definitions of an altstep nor the declarations of a component use timers.
 void check_use(const char* operation) {
   check_effect(operation);
+  if (execute_instead && !current_task->component) fault("it uses timers");
   if (current_task->furnishing) fault("timer operation '%s' in the declarations of a component", operation);
 }
 
@@ -243,6 +247,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
   enqueue(timer);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "start of %s for %g s", name_of(timer), duration);
+  if (events_wanted) tell(EventKind::timer_start, name_of(timer), {}, std::to_string(duration) + " s");
 }
 
 void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
@@ -254,6 +259,7 @@ void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
   Timer* timer = timer_of(value);
   if (timer->running && log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "stop of %s", name_of(timer));
+  if (timer->running && events_wanted) tell(EventKind::timer_stop, name_of(timer));
   halt(timer);
 }
 

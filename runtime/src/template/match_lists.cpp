@@ -5,6 +5,7 @@
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
+#include "text/mismatch.h"
 
 namespace lumos {
 
@@ -246,7 +247,9 @@ Value list_of(Value v) {
 
 }  // namespace
 
-bool match_record_of(Value list, const ListPattern& pattern) {
+namespace {
+
+bool fits_record_of(Value list, const ListPattern& pattern) {
   Value v = list_of(list);
   if (!v) return false;
   Quiet quiet;
@@ -277,7 +280,62 @@ bool match_record_of(Value list, const ListPattern& pattern) {
   return prefixes.whole();
 }
 
-bool match_set_of(Value list, const ListPattern& pattern) {
+// The first element that the items before the first "*" or permutation do not take.
+void explain_record_of(Value list, const ListPattern& pattern) {
+  Value v = list_of(list);
+  if (!v) return;
+  Scratch<Item> items(pattern.count + 1);
+  read_items(pattern, items);
+  for (size_t i = 0; i < pattern.count; ++i) {
+    if (items[i].star || items[i].in_group) return;
+    if (i >= v->parts.size) return trace_list("element missing", list, items[i].pattern);
+    Value element = force_part(v, i);
+    if (!match_value(items[i].pattern, element))
+      return trace_element(i, "value mismatch", element, items[i].pattern);
+  }
+  if (v->parts.size > pattern.count)
+    trace_element(pattern.count, "element unexpected", force_part(v, pattern.count), nullptr);
+}
+
+bool some_fits(Value v, Value pattern) {
+  Quiet quiet;
+  for (size_t i = 0; i < v->parts.size; ++i)
+    if (match_value(pattern, force_part(v, i))) return true;
+  return false;
+}
+
+// An element that no item takes, or an item that takes no element.
+void explain_set_of(Value list, const ListPattern& pattern) {
+  Value v = list_of(list);
+  if (!v) return;
+  Scratch<Item> items(pattern.count + 1);
+  read_items(pattern, items);
+  bool has_star = false;
+  for (size_t i = 0; i < pattern.count; ++i) {
+    has_star = has_star || items[i].star;
+    if (!items[i].star && !some_fits(v, items[i].pattern))
+      return trace_list("element missing", list, items[i].pattern);
+  }
+  for (size_t k = 0; !has_star && k < v->parts.size; ++k) {
+    Value element = force_part(v, k);
+    Quiet quiet;
+    bool fits = false;
+    for (size_t i = 0; i < pattern.count; ++i) fits = fits || match_value(items[i].pattern, element);
+    if (!fits) return trace_element(k, "element unexpected", element, nullptr);
+  }
+}
+
+}  // namespace
+
+bool match_record_of(Value list, const ListPattern& pattern) {
+  const bool fits = fits_record_of(list, pattern);
+  if (!fits && traces_mismatches()) explain_record_of(list, pattern);
+  return fits;
+}
+
+namespace {
+
+bool fits_set_of(Value list, const ListPattern& pattern) {
   Value v = list_of(list);
   if (!v) return false;
   Quiet quiet;
@@ -289,6 +347,14 @@ bool match_set_of(Value list, const ListPattern& pattern) {
   if (!group.takes(v->parts.size)) return false;
   Matches matches(v, pattern.count);
   return Assignment(matches, group.items.data(), group.rows.data(), group.count, 0, v->parts.size).complete();
+}
+
+}  // namespace
+
+bool match_set_of(Value list, const ListPattern& pattern) {
+  const bool fits = fits_set_of(list, pattern);
+  if (!fits && traces_mismatches()) explain_set_of(list, pattern);
+  return fits;
 }
 
 bool match_superset(Value list, Value* items, size_t count) {

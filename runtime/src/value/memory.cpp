@@ -111,7 +111,19 @@ void unpin(Value v) {
   if (v->life == Life::orphan) destroy(v);
 }
 
+void end_attempts(Task& task) {
+  task.attempts.clear();
+  for (Value v : task.kept_contents) destroy(v);
+  task.kept_contents.clear();
+}
+
+void end_attempts(Task& task, size_t mark) {
+  auto ends = [&](const Attempt& a) { return a.root != SIZE_MAX && a.root >= mark; };
+  std::erase_if(task.attempts, ends);
+}
+
 void end_roots(Task& task, size_t mark) {
+  if (!task.attempts.empty()) end_attempts(task, mark);
   while (task.roots.size() > mark) {
     Value v = task.roots.back();
     task.roots.pop_back();
@@ -123,6 +135,7 @@ void reset_task(Task& task) {
   for (Value v : task.pinned) unpin(v);
   task.pinned.clear();
   task.arguments.clear();
+  end_attempts(task);
   end_roots(task, 0);
   task.frames.clear();
   task.named.clear();

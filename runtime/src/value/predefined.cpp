@@ -196,6 +196,14 @@ double next_random() {
   return static_cast<double>(z >> 11) / 9007199254740992.0;
 }
 
+}  // namespace
+
+void set_random_seed(uint64_t seed) {
+  random_state = (seed + 1) * 0x9E3779B97F4A7C15u;
+}
+
+namespace {
+
 bool all_values(Value v) {
   switch (v->form) {
     case Form::special:

@@ -129,10 +129,62 @@ lumo_type_t record_type(lumo_type_t type) {
   return fields ? fields[0].type : type;
 }
 
+namespace {
+
+// What a type without a name of its own is.
+const char* kind_words(lumo_type_kind_t kind) {
+  static const char* const words[] = {"type",
+                                      "integer",
+                                      "float",
+                                      "boolean",
+                                      "objid",
+                                      "verdicttype",
+                                      "bitstring",
+                                      "hexstring",
+                                      "octetstring",
+                                      "charstring",
+                                      "universal charstring",
+                                      "record",
+                                      "record of",
+                                      "set",
+                                      "set of",
+                                      "enumerated",
+                                      "union",
+                                      "address",
+                                      "port",
+                                      "component",
+                                      "array",
+                                      "template",
+                                      "timer",
+                                      "signature",
+                                      "char",
+                                      "universal char",
+                                      "default",
+                                      "component",
+                                      "port",
+                                      "function",
+                                      "testcase",
+                                      "altstep"};
+  const size_t number = static_cast<size_t>(kind);
+  return words[number < std::size(words) ? number : 0];
+}
+
+// Generated code gives names that users do not know to what stands in line.
+bool is_internal(const char* name) {
+  return !std::strncmp(name, "vexa_", 5);
+}
+
+}  // namespace
+
 const char* type_name(lumo_type_t type) {
   if (!type) return "no type";
-  if (type->name) return type->name;
-  return type->type_info && type->type_info->name ? type->type_info->name : "unnamed type";
+  const lumo_type_info_struct_t* info = type->type_info;
+  const char* name = type->name ? type->name : info && info->name ? info->name : "unnamed type";
+  if (!is_internal(name)) return name;
+  lumo_type_t plain = plain_type(type);
+  if (plain && plain != type) return type_name(plain);
+  const char* root = root_of(type) ? root_of(type)->name : nullptr;
+  return root && !is_internal(root) ? root : kind_words(base_kind(type));
 }
 
 }  // namespace lumos

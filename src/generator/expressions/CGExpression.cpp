@@ -266,10 +266,13 @@ void NotSupported(T3Tree_Node* node) {
                       std::string("CGExpression currently does not support ") + T3KindName(node)};
 }
 
-void ReportAtRunTime(const std::string& text, CFunction& function) {
-  const std::string wide =
-      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function) {
+  const std::string wide = function.getTmpVariable(LUMO_WIDE_STRING_T);
+  function.callAndAssign(wide, LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
+                         {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  const std::string place = CGSourceFileName(position) + ":" + std::to_string(position.Line);
+  function.call(LUMO_REPORT_ERROR, {Quote(place), wide, VEXA_CONTEXT});
+  function.releaseTmpVariable(wide);
 }
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
@@ -331,6 +334,8 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
     // The target is filled in place.
     StoreRTS(rhs, target);
     cg::CompoundValue(rhs->as<T3CompoundValue>(), mode, function);
+  } else if (cg::IsWideText(rhs)) {
+    cg::SetWideText(rhs, target, function);
   } else if (NaturalMode(rhs) == vexa_rts_mode) {
     function.call(LUMO_VALUE_ASSIGN, {target, cg::InRTS(rhs, mode, function), VEXA_CONTEXT});
   } else {

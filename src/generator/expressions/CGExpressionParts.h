@@ -43,8 +43,12 @@ struct not_supported {
   std::string reason;
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
-/// The call that ends the test case with an error and this text.
-void ReportAtRunTime(const std::string& text, CFunction& function);
+/// The call that ends the test case with an error, this text and a place in the source.
+void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function);
+
+/// Whether a literal is a text that needs wide characters; sets a value to such a text.
+bool IsWideText(T3Tree_Node* node);
+void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& function);
 
 /// The location of a place that may be written later, or not at all: what is missing above it, and an
 /// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted
