@@ -200,10 +200,12 @@ bool CFile::end() {
   writeSource(source);
   header.flush();
   source.flush();
-  if (keepsLike_ && header.isLikeOld() && source.isLikeOld()) return false;
+  // A header that stays is no reason to compile again what includes it.
+  const bool keepsHeader = keepsLike_ && header.isLikeOld();
+  if (keepsHeader && source.isLikeOld()) return false;
   // A run that is ended here leaves no source, which make misses, and never one with another's header.
   source.removeOld();
-  header.commit();
+  if (!keepsHeader) header.commit();
   source.commit();
   return true;
 }

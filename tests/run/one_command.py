@@ -58,6 +58,10 @@ def check_changes(place):
     place.run("Root.ttcn", out="Root.TC: pass ")
     if not times or times != place.times():
         sys.exit(f"built again without need: {times} {place.times()}")
+    place.write("Root.ttcn", SUITE % ("Root", "", "pass") + "// a comment\n")
+    place.run("Root.ttcn", out="Root.TC: pass ")
+    if times != place.times():
+        sys.exit("built again for a comment")
     place.write("Root.ttcn", SUITE % ("Root", "const integer c := x;", "pass"))
     place.run("Root.ttcn", status=247, err='no declaration for "x"')
     place.write("Root.ttcn", "module Root {")

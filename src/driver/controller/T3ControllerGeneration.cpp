@@ -105,7 +105,7 @@ bool GenerationSteps(T3Tree_Node* module) {
   const std::string base = GetOutputFile(module);
   auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, CFile::kNoLineLimit);
   file->setHeaderMessage(GenerateModuleHeader());
-  if (keeping.asked) file->keepLike();
+  if (gT3CommandLine.build_avoidance) file->keepLike();
   TellOutputFiles(module, directory, base);
   ClearOptimizationInfo(module);
   gT3Context.begin(std::move(file));
