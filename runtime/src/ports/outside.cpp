@@ -14,6 +14,8 @@
 #include "text/log.h"
 #include "ports/addresses.h"
 #include "ports/no_adapter.h"
+#include "report/events.h"
+#include "report/report_file.h"
 #include "value/symbols.h"
 #include "transport/channel.h"
 #include "tri.h"
@@ -115,9 +117,9 @@ void add_parameters(Parameters& parameters, const Message& m) {
   }
 }
 
-TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* address, const Message& m) {
+TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* address, const Message& m,
+                    std::string& octets) {
   const TriComponentId* component = &from.id.compInst;
-  std::string octets;
   TriSignatureId signature = qualified(m.signature);
   const bool has_content = m.kind == MessageKind::message || m.kind == MessageKind::exception;
   if (has_content && lacks_asn1_codec(m.content)) {
@@ -253,6 +255,24 @@ bool fill(Message& m, const Arrival& a) {
   return true;
 }
 
+void tell_arrival(const Port& port, const Port& system_port, const Message& m) {
+  if (!m.raw.empty() && log_enabled(lumo_log_msg_event_c))
+    log_line(lumo_log_msg_event_c,
+             port_name(system_port) + " got '" + hex_text(m.raw) + "'O for " + port_name(port));
+  if (!events_wanted) return;
+  Task* outer = current_task;
+  current_task = &port.owner->task;
+  tell(EventKind::arrive, port_name(port), port_name(system_port), m.content ? render(m.content) : "", m.raw);
+  current_task = outer;
+}
+
+void tell_departure(const Port& port, const Port& system_port, const Message& m, const std::string& octets) {
+  if (!octets.empty() && log_enabled(lumo_log_msg_event_c))
+    log_line(lumo_log_msg_event_c, port_name(system_port) + " sends '" + hex_text(octets) + "'O");
+  if (events_wanted)
+    tell(EventKind::send, port_name(port), port_name(system_port), render(m.content), octets);
+}
+
 // --- channels of the library
 
 struct OpenChannel {
@@ -362,6 +382,7 @@ void deliver_arrival(const Arrival& a) {
     }
     Value address = sender_address(a);
     if (address) m->address = copy_value(address, lumo_perm_alloc_c);
+    tell_arrival(port, *system_port, *m);
     deliver(port, m);
     delivered = true;
   }
@@ -422,6 +443,7 @@ void outside_unmap(Port& component_port, Port& system_port) {
 
 void outside_send(Port& component_port, Port& system_port, Message& message) {
   if (loopback) {
+    tell_departure(component_port, system_port, message, {});
     Message* back = new_message(message.kind);
     back->content = copy_value(message.content, lumo_perm_alloc_c);
     if (message.result) back->result = copy_value(message.result, lumo_perm_alloc_c);
@@ -436,23 +458,26 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
     refused = !send_by(*channel, system_port, message);
   } else {
     PortId from(component_port), to(system_port);
-    std::string octets;
+    std::string octets, sent;
     TriAddress address;
     if (message.address) {
       encode_for(system_port.name, message.address, octets);
       address = binary(octets);
     }
-    refused = hand_over(from, to, message.address ? &address : nullptr, message) != TRI_OK;
+    refused = hand_over(from, to, message.address ? &address : nullptr, message, sent) != TRI_OK;
+    if (!refused) tell_departure(component_port, system_port, message, sent);
   }
   if (refused) fault("what port %s sends cannot be encoded, or the adapter refuses it", component_port.name);
 }
 
 void outside_action(const std::string& text) {
+  if (execute_instead) fault("it asks for an action");
   log_line(lumo_log_msg_info_c, "action: " + text);
   triSUTactionInformal(text.c_str());
 }
 
 void outside_external_function(lumo_type_t signature, lumo_value_t argv[]) {
+  if (execute_instead) fault("it calls external function '%s'", type_name(signature));
   const lumo_field_info_t* formals = field_info(signature);
   size_t count = formal_count(signature);
   lumo_type_t type = result_type(signature);
@@ -503,11 +528,9 @@ void take_messages_from_outside() {
 void wait_outside(Time until) {
   std::unique_lock<std::mutex> hold(arrivals_lock);
   auto wake_up = [] { return something_arrived.load(); };
-  if (until == never) {
-    arrived.wait(hold, wake_up);
-    return;
-  }
-  Time left = until - now();
+  // The end of the run may be asked for meanwhile, and signals wake nobody here.
+  constexpr Time longest = 100000000;
+  Time left = until == never ? longest : std::min(until - now(), longest);
   if (left > 0) arrived.wait_for(hold, std::chrono::nanoseconds(left), wake_up);
 }
 

@@ -35,7 +35,7 @@ struct Program {
 };
 
 constexpr size_t most_instructions = 200000;
-constexpr int deepest_nesting = 500;
+constexpr int deepest_pattern = 500;
 
 // --- from notation to program
 
@@ -82,7 +82,7 @@ class Compiler {
   }
 
   void alternatives() {
-    if (++depth_ > deepest_nesting || stack_is_short()) fail("the pattern is nested too deeply");
+    if (++depth_ > deepest_pattern || stack_is_short()) fail("the pattern is nested too deeply");
     size_t start = here();
     sequence();
     while (ok() && more() && peek() == '|') {
@@ -377,6 +377,23 @@ class Machine {
     return false;
   }
 
+  // Steps on as long as any characters would be taken.
+  long length() {
+    std::vector<Thread> now, next;
+    add(now, {0, {}}, 0, 1);
+    for (size_t taken = 0; !now.empty() && taken < program_.code.size(); ++taken) {
+      next.clear();
+      bool accepts = false;
+      for (const Thread& thread : now) {
+        accepts = accepts || program_.code[thread.at].code == Instruction::accept;
+        if (takes_any(program_.code[thread.at])) add(next, {thread.at + 1, {}}, 0, taken + 2);
+      }
+      if (accepts) return next.empty() ? static_cast<long>(taken) : -1;
+      std::swap(now, next);
+    }
+    return -1;
+  }
+
   // The longest beginning that is accepted. A character is also tried in the other case.
   size_t longest(std::string_view text, bool any_case) {
     std::vector<Thread> now, next;
@@ -396,23 +413,6 @@ class Machine {
       }
       std::swap(now, next);
     }
-  }
-
-  // Steps on as long as any characters would be taken.
-  long length() {
-    std::vector<Thread> now, next;
-    add(now, {0, {}}, 0, 1);
-    for (size_t taken = 0; !now.empty() && taken < program_.code.size(); ++taken) {
-      next.clear();
-      bool accepts = false;
-      for (const Thread& thread : now) {
-        accepts = accepts || program_.code[thread.at].code == Instruction::accept;
-        if (takes_any(program_.code[thread.at])) add(next, {thread.at + 1, {}}, 0, taken + 2);
-      }
-      if (accepts) return next.empty() ? static_cast<long>(taken) : -1;
-      std::swap(now, next);
-    }
-    return -1;
   }
 
  private:

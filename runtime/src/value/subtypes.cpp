@@ -136,22 +136,6 @@ void check_length(Value v) {
   if (!holds(v->type, v)) does_not_belong(v, v->type);
 }
 
-LengthBounds length_bounds(lumo_type_t type) {
-  LengthBounds bounds;
-  type = plain_type(type);
-  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
-    const TempScope scope;
-    Value constraint = type->type_info->check_function ? constraint_of(type) : nullptr;
-    const Restraint* restraint = constraint ? constraint->restraint : nullptr;
-    if (restraint && restraint->has_length) {
-      bounds.lower = std::max(bounds.lower, restraint->lower);
-      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper)) bounds.upper = restraint->upper;
-    }
-    type = plain_type(type->type_info->parent_type);
-  }
-  return bounds;
-}
-
 // A type that has itself among its parts is not asked again.
 static bool has_short(lumo_type_t type, std::set<const void*>& asked) {
   type = plain_type(type);
@@ -174,6 +158,22 @@ bool may_be_short(lumo_type_t type) {
   std::set<const void*> asked;
   if (is_new) found->second = has_short(type, asked);
   return found->second;
+}
+
+LengthBounds length_bounds(lumo_type_t type) {
+  LengthBounds bounds;
+  type = plain_type(type);
+  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
+    const TempScope scope;
+    Value constraint = type->type_info->check_function ? constraint_of(type) : nullptr;
+    const Restraint* restraint = constraint ? constraint->restraint : nullptr;
+    if (restraint && restraint->has_length) {
+      bounds.lower = std::max(bounds.lower, restraint->lower);
+      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper)) bounds.upper = restraint->upper;
+    }
+    type = plain_type(type->type_info->parent_type);
+  }
+  return bounds;
 }
 
 bool belongs(Value v, lumo_type_t type) {
