@@ -241,6 +241,7 @@ bool fill(Message& m, const Arrival& a) {
   if (a.kind == MessageKind::message || a.kind == MessageKind::exception) {
     m.raw = a.octets;
     m.encoded = true;
+    encoded_octets += m.raw.size();
   }
   if (a.kind == MessageKind::message) return true;
   lumo_symbol_entry_t row = lumo_find_element(a.module.c_str(), a.signature.c_str(), nullptr);
@@ -279,6 +280,7 @@ struct OpenChannel {
   size_t mappings = 0;
 };
 std::map<const Port*, OpenChannel> channels;  // by ports of the system
+bool fullness_is_told = false;                // in this test case
 
 bool has_full_queue(const Port& system_port) {
   return std::any_of(system_port.mappings.begin(), system_port.mappings.end(),
@@ -286,11 +288,12 @@ bool has_full_queue(const Port& system_port) {
 }
 
 void look_at_queues() {
-  const bool was_full = queues_are_full;
-  queues_are_full = std::any_of(channels.begin(), channels.end(), [](const auto& c) { return has_full_queue(*c.first); });
-  if (queues_are_full && !was_full)
-    log_format(lumo_log_msg_warning_c, "more than %zu messages wait at a port: nothing more is read until they are taken",
-               most_queued);
+  queues_are_full = encoded_octets > most_octets ||
+                    std::any_of(channels.begin(), channels.end(), [](const auto& c) { return has_full_queue(*c.first); });
+  if (!queues_are_full || fullness_is_told) return;
+  fullness_is_told = true;
+  log_format(lumo_log_msg_warning_c, "more than %zu messages or %zu octets wait at ports: nothing more is read until "
+             "they are taken", most_queued, most_octets);
 }
 
 ChannelEvents events_for(const Port& system_port) {
@@ -395,6 +398,7 @@ void set_loopback(bool on) {
 
 void outside_test_case_begins(const char* module, const char* name) {
   mapped_outside = 0;
+  fullness_is_told = false;
   adapter_is_missing = false;
   triSAReset();
   TriTestCaseId id = {const_cast<char*>(module), const_cast<char*>(name), nullptr};

@@ -430,6 +430,8 @@ void remove_port(std::vector<Port*>& list, Port* port) {
     if (list[i] == port) list.erase(list.begin() + static_cast<long>(i--));
 }
 
+size_t encoded_octets = 0;
+
 Message* new_message(MessageKind kind) {
   Message* m = free_messages;
   if (m) {
@@ -449,6 +451,7 @@ void delete_message(Message* m) {
   m->content = m->result = m->address = nullptr;
   m->signature = nullptr;
   m->sender = 0;
+  if (m->encoded) encoded_octets -= m->raw.size();
   m->encoded = false;
   m->decoded_as = nullptr;
   m->refused.clear();

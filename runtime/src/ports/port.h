@@ -24,6 +24,8 @@ struct Message {
   std::vector<lumo_type_t> refused;  // types that the octets are none of
   Message* next = nullptr;
 };
+// The octets of all messages that wait encoded.
+extern size_t encoded_octets;
 Message* new_message(MessageKind kind);
 void delete_message(Message* message);
 

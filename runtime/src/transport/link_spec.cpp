@@ -67,6 +67,7 @@ bool read_endpoint(std::string_view text, Endpoint& endpoint) {
 bool read_link_spec(std::string_view text, LinkSpec& spec) {
   const size_t equals = text.find('='), colon = text.find(':', equals);
   if (equals == std::string_view::npos || equals == 0 || colon == std::string_view::npos) return false;
+  spec = {};
   spec.name = text.substr(0, equals);
   const std::string_view word = text.substr(equals + 1, colon - equals - 1);
   const auto kind = std::find_if(std::begin(kinds), std::end(kinds), [&](const KindName& k) { return k.name == word; });

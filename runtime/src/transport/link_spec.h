@@ -17,7 +17,7 @@ struct Endpoint {
 
 struct LinkSpec {
   std::string name;   // of the system port, "name" or "name[index]"
-  LinkKind kind;
+  LinkKind kind = LinkKind::udp;
   Endpoint peer;      // or where to listen; both empty for udp without a peer
   Endpoint local;     // empty: any
   std::string path;   // of a file
