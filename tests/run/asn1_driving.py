@@ -157,6 +157,46 @@ END
             "two.asn(3) : column 1 : Error ASN.1 translation: type \"B\" not supported BMPString",
             "two.asn(4) : column 13 : Error ASN.1 translation: \"d\" value of ANY not supported"}, err)
 
+    def with_options(self, options, *words):
+        """A run with options of the user for all tools."""
+        self.write("VEXA-ASN-1-compilation-options.txt", options)
+        return self.orvane(*words, "-F", "-A", "main.asn", "lib.asn")
+
+    def test_options_of_the_user(self):
+        for options, told in (("-TSUFF=_s\n-TNAME=Pick:Chosen\n", ""), ("-TCONV=U\n", ""), ("-C-GENERATION=COMMONTIME\n", ""),
+                              ("-UNKNOWN=1\n-fxe=No\n", "UNKNOWN=1"), ("-ALTMAX=9\n", "ALTMAX=9"),
+                              ("-ALTMAX=1\n-ALTENCF=a:b\n-FXE=maybe\n", "FXE=maybe")):
+            status, out, err = self.with_options(options)
+            self.assertEqual((status, err), (0, ""), out)
+            ignored = f"\nWARNING : Argument ignored: {told}\n          In option file  : VEXA-ASN-1-compilation-options.txt\n"
+            if "maybe" in told:
+                ignored = f"\nWARNING : Option ignored: {told}\n"
+            self.assertEqual(ignored in out, bool(told), out)
+            self.compile_c()
+
+    def test_browser(self):
+        status, out, err = self.with_options("-ADE-PREFIX=browse\n")
+        self.assertEqual((status, err), (0, ""), out)
+        tree, summary, make = ((self.folder / f"browseMain_Mod.{end}").read_text() for end in ("tre", "acs", "mak"))
+        self.assertIn("[Main-Mod]\nmain.asn:2: Added : SEQUENCE\n  main.asn:2: a : INTEGER\n", tree)
+        self.assertEqual(summary.splitlines()[:2],
+                         ["[Main-Mod]", "1:type:'Main_Mod.Added':2:SEQUENCE:main.asn:Main_Mod"])
+        self.assertEqual(make, "browseMain_Mod.acs : lib.asn main.asn\n")
+        status, _, err = self.with_options("-ADE-DIRECTORY=.\n")
+        self.assertNotEqual(status, 0)
+        self.assertIn("FATAL ERROR : Can not open file for writing\n              No ADE-PREFIX\n", err)
+
+    def test_strict_standard(self):
+        for text, told in (("A ::= SEQUENCE { INTEGER, b ANY }", ("(1,44): Error: a component needs a name",
+                                                                  "(1,55): Error: ANY is no type of the standard")),
+                           ("B ::= SEQUENCE OF NULL b B ::= { n NULL }", ("(1,60): Error: an element has no name",))):
+            self.write("old.asn", f"Old DEFINITIONS ::= BEGIN {text} END\n")
+            self.assertEqual(self.orvane("-F", "-A", "old.asn")[0], 0)
+            status, out, _ = self.orvane("-D", "-F", "-A", "old.asn")
+            self.assertEqual(status, 250)
+            for line in told:
+                self.assertIn(line, out)
+
     def test_other_encodings(self):
         (self.folder / "ucs.asn").write_bytes(LIBRARY.encode("utf-16"))
         (self.folder / "mark.asn").write_bytes(b"\xef\xbb\xbf" + LIBRARY.encode())

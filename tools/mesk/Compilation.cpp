@@ -183,6 +183,7 @@ bool Compilation::writeAll() {
 }
 
 int Compilation::run() {
+  if (options_.strict) reporter_.beStrict();
   try {
     parseSources();
     parseImports();

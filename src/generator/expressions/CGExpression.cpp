@@ -57,6 +57,20 @@ const char* C2RTSFunction(const T3Tree_Node* type) {
   }
 }
 
+// The type of a variable of C that can hold a value of a type; null for what is not held in one.
+const char* VariableType(const T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      return LUMO_LONG_INTEGER_T;
+    case T3Kind::T3Float:
+      return C_DOUBLE;
+    case T3Kind::T3Boolean:
+      return C_BOOL;
+    default:
+      return nullptr;
+  }
+}
+
 // ---- Forms ----
 
 std::span<const cg::Form> g_forms;
@@ -192,12 +206,27 @@ std::string Call(std::string_view function, CWords arguments) {
 
 std::string InC(T3Tree_Node* node, CFunction& function) {
   CGExpression(node, vexa_c_mode, vexa_temp_alloc, function);
-  return CLocation(node);
+  return ShortLocation(node, vexa_c_mode, function);
 }
 
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
   CGExpression(node, vexa_rts_mode, mode, function);
-  return RTSLocation(node);
+  return ShortLocation(node, vexa_rts_mode, function);
+}
+
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t mode, CFunction& function,
+                          Variables* variables) {
+  constexpr size_t kLong = 500;
+  const bool is_c = mode == vexa_c_mode;
+  std::string text = is_c ? CLocation(node) : RTSLocation(node);
+  const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
+  if (type == nullptr) return text;
+  Variables own;
+  std::string& name = (variables != nullptr ? *variables : own)[type];
+  if (name.empty()) name = Temporary(type, function);
+  function.assign(name, text);
+  is_c ? StoreC(node, name) : StoreRTS(node, name);
+  return name;
 }
 
 std::string Temporary(const std::string& type, CFunction& function) {

@@ -1,6 +1,7 @@
 // What the units of the expression generator share.
 #pragma once
 
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,6 +20,12 @@ std::string Call(std::string_view function, CWords arguments);
 /// The locations of an operand, which is evaluated; in C it is a value.
 std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
+/// Variables by their types.
+using Variables = std::map<std::string, std::string>;
+/// The location of a node that has one in this mode. A long text is first put into a variable, one of `variables` where
+/// that is given: what is nested deeply would otherwise be written once more at each level.
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t mode, CFunction& function,
+                          Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Sets where the result of a node is, to the end of the statement.
