@@ -29,10 +29,6 @@ class Discard(Exception):
     """The program does something that the language leaves open."""
 
 
-class Return(Exception):
-    pass
-
-
 class Loop(Exception):
     pass
 
@@ -274,8 +270,11 @@ class Generator:
         return text, value
 
     def plain(self, t, scope, depth):
+        return self.given(self.expression(t, scope, depth))
+
+    def given(self, operand):
         """An operand, which has a value."""
-        text, value = self.expression(t, scope, depth)
+        text, value = operand
 
         def evaluate(frame):
             v = value(frame)
@@ -318,14 +317,8 @@ class Generator:
         if not found:
             a, x = self.plain(TEXT, scope, depth - 1)
             return f"lengthof({a})", lambda frame: len(x(frame))
-        text, value = self.reading(found)
-
-        def evaluate(frame):
-            v = value(frame)
-            if v is None or v is OMIT:
-                raise DynamicError
-            return len(v)
-        return f"{self.rng.choice(('lengthof', 'sizeof'))}({text})", evaluate
+        text, value = self.given(self.reading(found))
+        return f"{self.rng.choice(('lengthof', 'sizeof'))}({text})", lambda frame: len(value(frame))
 
     def text(self, scope, depth):
         rng = self.rng
@@ -355,7 +348,7 @@ class Generator:
             optional = self.reference(scope)
             if optional[2]:
                 text, value = self.reading(optional)
-                return f"ispresent({text})", lambda frame: value(frame) not in (None, OMIT)
+                return f"ispresent({text})", lambda frame: asked(value, frame) not in (None, OMIT)
         if kind == 4:
             op = rng.choice(("and", "or"))
             (a, x), (b, y) = self.plain(BOOL, scope, depth - 1), self.plain(BOOL, scope, depth - 1)
@@ -600,6 +593,14 @@ class Generator:
 
 def discard():
     raise Discard
+
+
+def asked(value, frame):
+    """What stands below something that is not there need not be there, nor be a fault."""
+    try:
+        return value(frame)
+    except DynamicError:
+        return discard()
 
 
 def arithmetic(op, a, b):

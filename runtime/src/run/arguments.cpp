@@ -67,7 +67,8 @@ struct Call {
     save(argv[i]);
     Value copy =
         fits ? copy_value(argv[i], lumo_temp_alloc_c) : make_root(formals[i].type, lumo_temp_alloc_c);
-    if (!fits) lumo_value_assign(copy, argv[i], current_task);
+    // What has no value yet is for the callee to leave alone.
+    if (!fits && !is_blank(argv[i])) lumo_value_assign(copy, argv[i], current_task);
     argv[i] = copy;
   }
   void take_reference(unsigned long i) {

@@ -160,7 +160,7 @@ bool is_specially_any_type(Value v) {
 }  // namespace
 
 bool equal_values(Value a, Value b) {
-  if (a == b && a && is_complete(a)) return true;
+  if (a == b && a && is_complete(a) && !is_blank(a)) return true;
   a = comparable(a);
   b = comparable(b);
   if (a->form == Form::special || b->form == Form::special) return equal_specials(a, b);

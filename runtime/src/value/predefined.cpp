@@ -514,7 +514,8 @@ lumo_value_t lumo_decvalue(lumo_value_t encoded, lumo_value_t decoded, lumo_allo
     std::string fault;
     value = decode_value(plain_type(decoded->type), octets, &taken, fault);
     if (!value && has_codec(decoded->type))
-      log_line(lumo_log_msg_warning_c, std::string("decvalue: no value of type '") + type_name(decoded->type) + "': " + fault);
+      log_line(lumo_log_msg_warning_c,
+               std::string("decvalue: no value of type '") + type_name(decoded->type) + "': " + fault);
   }
   if (!value) return new_integer(empty ? 2 : 1, strategy);
   lumo_value_assign(decoded, value, context);

@@ -143,6 +143,14 @@ Value get_part(Value value, unsigned long index, bool is_try) {
   return read_field(v, index);
 }
 
+// What is made without naming a field has none of those that it need not have.
+void omit_all(Value record) {
+  const lumo_field_info_t* fields = field_info(record->type);
+  if (record->dynamic || !is_blank(record) || !fields) return;
+  for (size_t i = 0; i < record->parts.size; ++i)
+    if (is_optional(fields[i])) store_part(record, i, lumo_omit_value_c);
+}
+
 void check_alternative(Value v, unsigned long index) {
   open_structure(v);
   if (v->kind != lumo_type_kind_union) fault("'%s' is no union type", type_name(v->type));
@@ -282,7 +290,7 @@ void lumo_value_set_vector_empty(lumo_value_t value, lumo_context_t) {
   prepare_write(value);
   if (is_record_kind(value->kind)) {
     open_structure(value);
-    return;
+    return omit_all(value);
   }
   if (value->dynamic && value->form != Form::vector) clear_contents(value);
   open_structure(value);

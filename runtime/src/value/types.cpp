@@ -242,7 +242,8 @@ void lumo__type_resolve_parent_info(lumo_type_t type, lumo_context_t) {
   info->resolved = true;
 }
 
-void lumo_attributes_register(const lumo_encoding_attr_struct_t* attributes, unsigned long count, lumo_context_t) {
+void lumo_attributes_register(const lumo_encoding_attr_struct_t* attributes, unsigned long count,
+                              lumo_context_t) {
   attribute_counts()[attributes] = count;
 }
 

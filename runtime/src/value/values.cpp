@@ -428,7 +428,7 @@ bool is_complete(Value v) {
       for (size_t i = 0; i < v->parts.size; ++i) {
         Value part = v->parts.data[i];
         bool optional = is_optional(fields[i]) || fields[i].default_value;
-        if (!part || (optional && part->form == Form::unset)) {
+        if (!part || is_blank(part)) {
           if (optional) continue;
           return false;
         }
@@ -439,7 +439,7 @@ bool is_complete(Value v) {
     case Form::vector:
       check_stack();
       for (size_t i = 0; i < v->parts.size; ++i)
-        if (!v->parts.data[i] || !is_complete(v->parts.data[i])) return false;
+        if (!v->parts.data[i] || is_blank(v->parts.data[i]) || !is_complete(v->parts.data[i])) return false;
       return true;
     case Form::choice:
       return v->index >= 0 && v->parts.size == 1 && v->parts.data[0] && is_complete(v->parts.data[0]);

@@ -66,6 +66,10 @@ void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::strin
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
                  CFunction& function) {
   if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
+  // Without a call nothing would tell that the value was given at all.
+  if (node->value->is<T3NoFieldValue>() && IsRecordOrSetType(type) &&
+      type->as<_T3StructuredType>()->body->is<T3FieldType>())
+    function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
   bool first = true;
   for (const T3Part& part : PartsOf(node, type)) {
     const char* word = first ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
