@@ -397,7 +397,13 @@ void T3Parser::ReportFault(const Token& token) {
   errors_->ErrorMessageI(kCodeExpectedTokens, kError, position, kInfoText, text.c_str());
 }
 
-/// Whether the next token could continue at some state of the way that continuation tokens lead to the end.
+/// Whether a statement or a declaration could come next, which a semicolon ends.
+bool T3Parser::InBlock(const Overlay& states) {
+  return CouldContinue(states, kSym_kw_const, kUnread);
+}
+
+/// Whether the next token could continue at some state of the way that continuation tokens lead to the end. A
+/// semicolon ends what was skipped before it, and not the block of statements or declarations around.
 bool T3Parser::CouldRestart() {
   const int symbol = Peek(0).symbol;
   if (symbol == 0) return true;
@@ -405,6 +411,7 @@ bool T3Parser::CouldRestart() {
   for (long step = 0; step < kMaxInsertions; ++step) {
     if (CouldContinue(path, symbol, 0)) return true;
     const int next = gParserContinuation[path.back()];
+    if (symbol == kSym_Semicolon && next == kSym_RightBrace && InBlock(path)) return false;
     if (next < 0)
       path.Reduce(-next);
     else if (next == 0 || !Take(path, next, kUnread))
@@ -454,9 +461,10 @@ void T3Parser::Recover() {
   ReportFault(Peek(0));
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
   std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
-  bool skipped = false;
-  while (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart()) {
+  bool skipped = false, ended = false;
+  while (!ended && (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart())) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
+    ended = Peek(0).symbol == kSym_Semicolon && InBlock(Overlay(stack_));
     DropToken();
     skipped = true;
   }
@@ -465,5 +473,5 @@ void T3Parser::Recover() {
     // What was being read is not what was written.
     JoinInserted(stack_.size() - 1);
   }
-  InsertUntilAccepted();
+  if (!ended) InsertUntilAccepted();
 }

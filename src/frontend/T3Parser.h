@@ -112,6 +112,7 @@ class T3Parser {
   void RefuseDepth();
   void Recover();
   void ReportFault(const Token& token);
+  bool InBlock(const Overlay& states);
   bool CouldRestart();
   void InsertUntilAccepted();
 

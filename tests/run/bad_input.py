@@ -193,6 +193,15 @@ class BadInputTest(unittest.TestCase):
                     resource.RLIMIT_STACK, (little, little)))
                 self.assertEqual((0, []), (result.status, result.messages()))
 
+    def test_little_memory(self):
+        """A small suite is an ordinary input under a limit on address space."""
+        if b"__asan_init" in Path(ORVANE).read_bytes():
+            self.skipTest("a sanitizer reserves address space for itself")
+        self.write(module("type component C { timer t } testcase tc() runs on C { t.start(1.0); t.timeout; setverdict(pass) }"))
+        little = 64 << 20
+        result = self.orvane("-c", "-F", "M.ttcn", preexec=lambda: resource.setrlimit(resource.RLIMIT_AS, (little, little)))
+        self.assertEqual((0, []), (result.status, result.messages()))
+
     def test_tangled_references(self):
         """Each of many declarations refers to the next one three times: looked through once each, not 3^40 times."""
         links = range(40)

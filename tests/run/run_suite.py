@@ -41,7 +41,7 @@ from pathlib import Path
 
 TIMEOUT_SECONDS = 300
 SKIPPED = 77
-PEER_PORTS = {"SNMP_PORT": socket.SOCK_DGRAM, "LDAP_PORT": socket.SOCK_STREAM}
+PEER_PORTS = {"SNMP_PORT": socket.SOCK_DGRAM, "DNS_PORT": socket.SOCK_DGRAM, "HTTP_PORT": socket.SOCK_STREAM, "LDAP_PORT": socket.SOCK_STREAM}
 DIRECTIVE = re.compile(r"^(?:.*//)?\s*(VERDICT|LOG|LOG-NOT|STATUS|ROOT|OPTIONS|ARGUMENTS|ENVIRONMENT|SOURCE|DEFINE|MEMORY)"
                        r"(?:\(([\w-]+)\))?:\s*(.*?)\s*$")
 FINISHED = re.compile(r"test case (?:\w+\.)?(\w+) finished with verdict (\w+)(?:: (.*?))?\r?$", re.MULTILINE)

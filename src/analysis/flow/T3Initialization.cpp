@@ -38,7 +38,7 @@ class BodyWalk {
   void Reads(T3Tree_Node* root);
   void Call(T3Parameterization* call);
   void Redirect(T3PortRedirect* redirect);
-  void Read(T3Identifier* name);
+  void Read(T3Tree_Node* name);
   void Write(T3Tree_Node* target);
 
   void Set(size_t variable);
@@ -47,6 +47,10 @@ class BodyWalk {
   Bits Apart(const Walk& walk);
   void SetAll(const Bits& variables);
 
+  /// True for a field or an element, which is behind a reference to the whole.
+  bool IsPart(T3Tree_Node* target) const {
+    return target->is<T3Subscription>() || (target->is<T3Qualifier>() && VariableOf(target) == nullptr);
+  }
   /// The variable that a name stands for, if it is one that is looked after.
   const size_t* VariableOf(T3Tree_Node* name) const;
 
@@ -105,16 +109,22 @@ void BodyWalk::Declarations(T3Tree_Node* decls) {
 
 // ---- Expressions ----
 
+// The last part of a name, alone or behind that of its module.
+tIdent NameOf(T3Tree_Node* name) {
+  if (auto* identifier = name->try_as<T3Identifier>()) return identifier->id;
+  auto* qualifier = name->try_as<T3Qualifier>();
+  return qualifier != nullptr && qualifier->base->is<T3Identifier>() ? qualifier->id : NoIdent;
+}
+
 // Few names have to be looked up: those that a variable without a value has.
 const size_t* BodyWalk::VariableOf(T3Tree_Node* name) const {
-  auto* identifier = name->try_as<T3Identifier>();
-  if (identifier == nullptr || names_.count(identifier->id) == 0) return nullptr;
-  T3Tree_Node* def = DefQuietly(identifier);
+  if (names_.count(NameOf(name)) == 0) return nullptr;
+  T3Tree_Node* def = DefQuietly(name);
   const auto found = def == nullptr ? variables_.end() : variables_.find(def->number);
   return found == variables_.end() ? nullptr : &found->second;
 }
 
-void BodyWalk::Read(T3Identifier* name) {
+void BodyWalk::Read(T3Tree_Node* name) {
   const size_t* variable = VariableOf(name);
   if (variable != nullptr && !assigned_[*variable]) g_early.insert(name->number);
 }
@@ -125,19 +135,13 @@ bool IsOutParameter(T3Parameterization* call, int index) {
   return T3Is<_T3TypedFormal>(formal) && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
 }
 
-T3Tree_Node* RootOf(T3Tree_Node* target) {
-  while (target->is<T3Subscription>() || target->is<T3Qualifier>())
-    target = target->as<_T3Qualification>()->base;
-  return target;
-}
-
 // The indices on the way to what is assigned are read.
 void BodyWalk::Write(T3Tree_Node* target) {
-  while (target->is<T3Subscription>() || target->is<T3Qualifier>()) {
+  while (IsPart(target)) {
     if (auto* subscription = target->try_as<T3Subscription>()) Reads(subscription->index);
     target = target->as<_T3Qualification>()->base;
   }
-  if (!target->is<T3Identifier>()) return Reads(target);
+  if (NameOf(target) == NoIdent) return Reads(target);
   if (const size_t* variable = VariableOf(target)) Set(*variable);
 }
 
@@ -148,7 +152,9 @@ void BodyWalk::Call(T3Parameterization* call) {
   for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next, ++index) {
     T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
     if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
-    if (VariableOf(RootOf(actual)) != nullptr && IsOutParameter(call, index))
+    T3Tree_Node* root = actual;
+    while (IsPart(root)) root = root->as<_T3Qualification>()->base;
+    if (VariableOf(root) != nullptr && IsOutParameter(call, index))
       Write(actual);
     else
       Reads(at->as<T3ActualPar>()->expression);
@@ -170,7 +176,7 @@ bool AsksForValue(T3Tree_Node* node) {
 void BodyWalk::Reads(T3Tree_Node* root) {
   if (root == nullptr) return;
   ForEachInSubtree(root, [this](T3Tree_Node* node) {
-    if (auto* name = node->try_as<T3Identifier>()) Read(name);
+    Read(node);
     if (auto* redirect = node->try_as<T3PortRedirect>()) Redirect(redirect);
     if (auto* call = node->try_as<T3Parameterization>()) Call(call);
     return !node->is<T3PortRedirect>() && !node->is<T3Parameterization>() && !AsksForValue(node) &&
@@ -295,16 +301,17 @@ int LevelAt(T3Tree_Node* node) {
 // Timers need no value.
 void TellEarlyRead(T3Tree_Node* node) {
   if (g_early.empty() || g_early.erase(node->number) == 0) return;
-  auto* name = node->as<T3Identifier>();
-  T3Tree_Node* def = Def(name);
+  T3Tree_Node* def = Def(node);
   if (!T3Is<T3VarDecl>(def) && !T3Is<_T3FormalPar>(def)) return;
   if (IsTimer(def) || IsTimerArray(def)) return;
-  if (LevelAt(node) == 2) return vexa_filtered_error(ERR_uninitialized, name->position, name->id);
-  WarnAt(name, "access to uninitialized value '" + std::string(gIdents.GetString(name->id)) + "'");
+  const tIdent name = NameOf(node);
+  if (LevelAt(node) == 2) return vexa_filtered_error(ERR_uninitialized, PositionOf(node), name);
+  WarnAt(node, "access to uninitialized value '" + std::string(gIdents.GetString(name)) + "'");
 }
 
 constexpr T3Rule kRules[] = {
     {T3Kind::T3Identifier, TellEarlyRead},
+    {T3Kind::T3Qualifier, TellEarlyRead},
 };
 }  // namespace
 

@@ -473,17 +473,8 @@ static BOOLE take_size_extension(ASNPERG* codg, const asn_type* type, int known,
   return TRUE;
 }
 
-/* Named bits are sent as far as the last one that is set, or as the size asks. */
-static DYNSTR without_zeros(const asn_type* type, const DYNSTR* string) {
-  DYNSTR result = *string;
-  if (!type->named_bits) return result;
-  const uint32 least = type->has_low ? (uint32)type->low : 0;
-  while (result.n > least && (string->s[(result.n - 1) / 8] >> (7 - (result.n - 1) % 8) & 1) == 0) --result.n;
-  return result;
-}
-
 static BOOLE put_string(ASNPERG* codg, const asn_type* type, const DYNSTR* given) {
-  const DYNSTR sent = without_zeros(type, given), *string = &sent;
+  const DYNSTR sent = asnSignificant(type, given), *string = &sent;
   const units unit = units_of(codg, type);
   int beyond = 0, more = 0;
   if (!put_size_extension(codg, type, unit.known_multiplier, string->n, &beyond)) return FALSE;
