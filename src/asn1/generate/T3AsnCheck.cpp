@@ -226,21 +226,22 @@ class Constraints {
     text_.w(std::string(LUMO_LENGTH_OF) + "(v0, context)");
   }
 
+  // Sizes are numbers of 64 bits.
   void OneSize(const Segment& segment) {
     text_.w(" (");
     if (segment.low == segment.high) {
       text_.w("size");
       text_.w(" ==");
-      text_.w(ToString(segment.low));
+      text_.w(ToString(Clamped(segment.low)));
     } else {
-      text_.w(ToString(segment.low));
+      text_.w(ToString(Clamped(segment.low)));
       text_.w(" <=");
       text_.w("size");
       if (segment.high != kMaximum) {
         text_.w(" &&");
         text_.w("size");
         text_.w(" <=");
-        text_.w(ToString(segment.high));
+        text_.w(ToString(Clamped(segment.high)));
       }
     }
     text_.w(" )\n");

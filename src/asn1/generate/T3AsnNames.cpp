@@ -86,6 +86,12 @@ std::string RunTimeType(const AsnType& type) {
     return "vexa_" + getModuleRef(*type.module) + "_" + getMetaTypeId(type) + "_type_struct";
   if (isReference(type)) return RunTimeType(forSynonymType(type));
   const MainType main_type = getTypeMainType(type);
+  if (main_type == TYP_SELECTION) {
+    // An alternative without a name of its own is written anew where it is selected.
+    const AsnType alternative = forSelectionType(type);
+    if (isReference(alternative) || getTypeMainType(alternative) == TYP_SELECTION)
+      return RunTimeType(alternative);
+  }
   if (main_type == TYP_NULL) return "t3asn_asn_1_null_type_struct";
   const std::string module = "vexa_" + getModuleRef(*type.module) + "_";
   if (main_type == TYP_ANY || main_type == TYP_OPEN) return module + "ANY_type_struct";

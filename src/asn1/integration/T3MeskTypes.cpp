@@ -104,7 +104,16 @@ Node translate_default_value(const AsnType& component) {
   return node != nullptr ? node : _sgT3NoExpression();
 }
 
+// Old sources may leave names out, which fields need.
+void RequireName(const AsnType& component) {
+  if (component.node().name == 0)
+    vexa_error(
+        "ASN.1 translation: a component of \"" + getTypeRef(getDefinitionOf(component)) + "\" has no name",
+        PositionOf(component));
+}
+
 Node translate_type_component(const AsnType& component, Node next) {
+  RequireName(component);
   return t.mT3FieldType(PositionOf(component), next,
                         gIdents.MakeIdent(MakeASNIdent(getTypeCompId(component))), translate_type(component),
                         isOptionalTypeComp(component), translate_default_value(component));
