@@ -146,7 +146,7 @@ void T3Parser::Reset() {
   gRepairedNodes.clear();
   errors_found_ = 0;
   given_up_ = false;
-  skipped_braces_ = 0;
+  surplus_braces_ = inserted_braces_ = 0;
 }
 
 inline void T3Parser::Read(Token& token) {
@@ -445,6 +445,11 @@ void T3Parser::InsertUntilAccepted() {
     scanner_->ErrorAttribute(token.token, &token.attribute);
     errors_->ErrorMessageI(kCodeTokenInserted, kRepair, Peek(0).attribute.Position, kInfoText,
                            yyGetTokenName(static_cast<unsigned short>(token.token)));
+    if (next == kSym_LeftBrace) ++inserted_braces_;
+    if (next == kSym_RightBrace && inserted_braces_ > 0)
+      --inserted_braces_;
+    else if (next == kSym_RightBrace)
+      ++surplus_braces_;
     // What begins with it was not written.
     token.attribute.Position = NoPosition;
     inserted_.push_back(stack_.size());
@@ -453,9 +458,9 @@ void T3Parser::InsertUntilAccepted() {
 }
 
 void T3Parser::Recover() {
-  // The brace that closes what begins with a skipped one goes with it.
-  if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) {
-    --skipped_braces_;
+  // Behind a module, a brace that closes what was skipped, or has been closed, goes with what was told there.
+  if (Peek(0).symbol == kSym_RightBrace && surplus_braces_ > 0 && CouldContinue(Overlay(stack_), 0, kUnread)) {
+    --surplus_braces_;
     return DropToken();
   }
   ++gParseErrors;
@@ -464,15 +469,16 @@ void T3Parser::Recover() {
     given_up_ = true;
     return;
   }
-  ReportFault(Peek(0));
+  // A brace that was written has closed what an inserted one opened, and is missing at the end.
+  if (Peek(0).symbol != 0 || inserted_braces_ == 0) ReportFault(Peek(0));
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
   std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
   bool skipped = false, ended = false;
   while (!ended && (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart())) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
     ended = Peek(0).symbol == kSym_Semicolon && InBlock(Overlay(stack_));
-    if (Peek(0).symbol == kSym_LeftBrace) ++skipped_braces_;
-    if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) --skipped_braces_;
+    if (Peek(0).symbol == kSym_LeftBrace) ++surplus_braces_;
+    if (Peek(0).symbol == kSym_RightBrace && surplus_braces_ > 0) --surplus_braces_;
     DropToken();
     skipped = true;
   }
