@@ -146,7 +146,7 @@ void T3Parser::Reset() {
   gRepairedNodes.clear();
   errors_found_ = 0;
   given_up_ = false;
-  surplus_braces_ = inserted_braces_ = 0;
+  skipped_braces_ = closed_braces_ = inserted_braces_ = 0;
 }
 
 inline void T3Parser::Read(Token& token) {
@@ -294,6 +294,7 @@ void T3Parser::NoteScope(const Token& token) {
   if (token.token == T3Token::identifier) {
     switch (last_shifted_) {
       case T3Token::kw_module:
+        skipped_braces_ = closed_braces_ = inserted_braces_ = 0;
         state_.macroModuleIdent = token.attribute.ident;
         state_.macroScopeIdent = -1;
         break;
@@ -449,7 +450,7 @@ void T3Parser::InsertUntilAccepted() {
     if (next == kSym_RightBrace && inserted_braces_ > 0)
       --inserted_braces_;
     else if (next == kSym_RightBrace)
-      ++surplus_braces_;
+      ++closed_braces_;
     // What begins with it was not written.
     token.attribute.Position = NoPosition;
     inserted_.push_back(stack_.size());
@@ -457,12 +458,18 @@ void T3Parser::InsertUntilAccepted() {
   }
 }
 
+/// Whether a closing brace without its counterpart goes with a fault that was told: it closes what was
+/// skipped, or, behind a module, what an inserted one has closed before.
+bool T3Parser::IsSurplusBrace() {
+  const bool behind_module = CouldContinue(Overlay(stack_), 0, kUnread);
+  int& count = skipped_braces_ > 0 ? skipped_braces_ : closed_braces_;
+  if (count == 0 || (skipped_braces_ == 0 && !behind_module)) return false;
+  --count;
+  return true;
+}
+
 void T3Parser::Recover() {
-  // Behind a module, a brace that closes what was skipped, or has been closed, goes with what was told there.
-  if (Peek(0).symbol == kSym_RightBrace && surplus_braces_ > 0 && CouldContinue(Overlay(stack_), 0, kUnread)) {
-    --surplus_braces_;
-    return DropToken();
-  }
+  if (Peek(0).symbol == kSym_RightBrace && IsSurplusBrace()) return DropToken();
   ++gParseErrors;
   ++errors_found_;
   if (gParseErrors > gT3CommandLine.maximum_errors) {
@@ -477,8 +484,8 @@ void T3Parser::Recover() {
   while (!ended && (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart())) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
     ended = Peek(0).symbol == kSym_Semicolon && InBlock(Overlay(stack_));
-    if (Peek(0).symbol == kSym_LeftBrace) ++surplus_braces_;
-    if (Peek(0).symbol == kSym_RightBrace && surplus_braces_ > 0) --surplus_braces_;
+    if (Peek(0).symbol == kSym_LeftBrace) ++skipped_braces_;
+    if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) --skipped_braces_;
     DropToken();
     skipped = true;
   }
