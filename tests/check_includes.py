@@ -27,8 +27,10 @@ ROOMS = [
     (r"src/asn1/(front|model)/", "asn1 model"),
     (r"src/(support|frontend|FileAPI|asn1|build)/", r"\1"),
     (r"runtime/src/(value|template|text|codec)/", "runtime values"),
+    (r"runtime/src/report/", "runtime report"),
     (r"runtime/src/(run|ports|transport)/", "runtime run"),
     (r"runtime/src/suite/", "runtime suite"),
+    (r"runtime/json/", "runtime json"),
     (r"(runtime|tools)/", r"\1"),
     (r"tests/unit/", "unit tests"),
     (r"(bench|fuzz)/", r"\1"),
@@ -70,7 +72,8 @@ ALLOWED = {
     "controller": GENERATOR | {"asn1", "asn1 model", "build", "controller"},
     "main": {"controller"},
     "runtime": {"runtime"},
-    **layers({"runtime"}, ["runtime values", "runtime run", "runtime suite"]),
+    **layers({"runtime"}, ["runtime values", "runtime report", "runtime run", "runtime suite"]),
+    "runtime json": {"runtime", "runtime values", "runtime json"},
     "tools": {"support", "asn1 records", "asn1 model", "tools", "runtime"},
 }
 

@@ -7,7 +7,7 @@
 import sys
 from pathlib import Path
 
-LIMIT = 0.35
+LIMIT = 0.33
 
 
 def lines(root, folders):

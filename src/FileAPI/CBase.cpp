@@ -1,5 +1,7 @@
 #include "FileAPI/CBase.h"
 
+#include <algorithm>
+
 void indent(CSection& section, unsigned n) {
   static constexpr std::string_view kBlanks =
       "                                                                ";
@@ -36,13 +38,16 @@ std::string getSignature(std::string_view returnType, std::string_view name, CWo
   return Signature(returnType, name, parameters);
 }
 
+// Nobody counts columns beyond some thirty scopes, and blanks for each of them would be most of what is written.
 void CBase::indent(CSection& section, int n) const {
-  ::indent(section, n < 0 ? indentation_ : static_cast<unsigned>(n));
+  constexpr unsigned kMost = 64;
+  ::indent(section, std::min(n < 0 ? indentation_ : static_cast<unsigned>(n), kMost));
 }
 
 void CBase::newline(CSection& section) const {
-  section.add("\n");
-  indent(section);
+  static constexpr std::string_view kLine =
+      "\n                                                                ";
+  section.add(kLine.substr(0, 1 + indentation_));
 }
 
 void CBase::beginScope(CSection& section) {

@@ -202,32 +202,32 @@ void CFunction::dummyDecl() {
 
 std::string CFunction::getTmpVariable(const std::string& type) {
   if (type.empty()) throw internal_exception("CFunction", __LINE__, "getTmpVariable", "type missing");
-  for (Tmp& tmp : tmps_) {
-    if (tmp.in_use || tmp.type != type) continue;
-    tmp.in_use = true;
-    return tmp.name;
+  std::set<size_t>& free = freeTmps_[type];
+  if (free.empty()) {
+    tmps_.push_back({true, type, declare(type, "")});
+    tmpPlaces_.emplace(tmps_.back().name, tmps_.size() - 1);
+    return tmps_.back().name;
   }
-  tmps_.push_back({true, type, declare(type, "")});
-  return tmps_.back().name;
+  Tmp& first = tmps_[*free.begin()];
+  free.erase(free.begin());
+  first.in_use = true;
+  return first.name;
 }
 
 void CFunction::releaseTmpVariable(const std::string& name) {
-  for (Tmp& tmp : tmps_) {
-    if (tmp.name != name) continue;
-    if (!tmp.in_use)
-      throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
-                               "Can not release an unused variable");
-    tmp.in_use = false;
-    return;
-  }
-  throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
-                           "Variable to release could not be found");
+  if (!isTmpVariable(name))
+    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
+                             "Variable to release could not be found");
+  const size_t place = tmpPlaces_.at(name);
+  Tmp& tmp = tmps_[place];
+  if (!tmp.in_use)
+    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable", "Can not release an unused variable");
+  tmp.in_use = false;
+  freeTmps_[tmp.type].insert(place);
 }
 
 bool CFunction::isTmpVariable(const std::string& name) const {
-  for (const Tmp& tmp : tmps_)
-    if (tmp.name == name) return true;
-  return false;
+  return tmpPlaces_.contains(name);
 }
 
 std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,

@@ -1,8 +1,11 @@
 // A generated C function. Statements go to its body, declarations to its head, in whatever order they come.
 #pragma once
 
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "FileAPI/CBase.h"
@@ -116,4 +119,7 @@ class CFunction : public CBase {
   CSection declarations_;
   CSection body_;
   std::vector<Tmp> tmps_;
+  std::unordered_map<std::string, size_t> tmpPlaces_;
+  /// By type, the places of those that are not in use.
+  std::map<std::string, std::set<size_t>> freeTmps_;
 };

@@ -103,15 +103,17 @@ class DrivingTest(unittest.TestCase):
         self.compile_c()
 
     def test_two_modules_in_a_file(self):
-        # The second one imports nothing of the first, which needs another file; both have names of their own.
-        self.write("two.asn", MAIN + LIBRARY.replace("Lib-Mod", "Second-" + "n" * 40).replace("red", "blue"))
+        # The second one imports nothing of the first, which needs another file; both have names of their own. A third
+        # one is called like the source, beside which a file has the second one's name.
+        self.write("Second-" + "n" * 40 + ".asn", "no module at all")
+        self.write("Two.asn", MAIN + "Two DEFINITIONS ::= BEGIN N ::= NULL END\n" + LIBRARY.replace("Lib-Mod", "Second-" + "n" * 40).replace("red", "blue"))
         self.write("user.ttcn", f"module User {{ import from Main_Mod all; import from Lib_Mod all; import from Second_{'n' * 40} all; "
                                 "const Pick c := { colour := red }; const Second_NN.Colour d := blue }".replace("NN", "n" * 40))
         old = time.time() - 10
-        for name in ("two.asn", "lib.asn"):
+        for name in ("Two.asn", "lib.asn"):
             os.utime(self.folder / name, (old, old))
         for words in ((), ("-B", "-v", "3"), ("-B", "-v", "3")):
-            status, out, err = self.orvane(*words, "-F", "user.ttcn", "-A", "two.asn", "lib.asn")
+            status, out, err = self.orvane(*words, "-F", "user.ttcn", "-A", "Two.asn", "lib.asn")
             self.assertEqual((status, err), (0, ""), out)
         self.assertIn(UP_TO_DATE, out)
         self.compile_c()
@@ -156,6 +158,53 @@ END
             "two.asn(2) : column 45 : Error ASN.1 translation: type\"1_T_o\" not supported ObjectDescriptor",
             "two.asn(3) : column 1 : Error ASN.1 translation: type \"B\" not supported BMPString",
             "two.asn(4) : column 13 : Error ASN.1 translation: \"d\" value of ANY not supported"}, err)
+
+    def with_options(self, options, *words):
+        """A run with options of the user for all tools."""
+        self.write("VEXA-ASN-1-compilation-options.txt", options)
+        return self.orvane(*words, "-F", "-A", "main.asn", "lib.asn")
+
+    def test_options_of_the_user(self):
+        for options, told in (("-TSUFF=_s\n-TNAME=Pick:Chosen\n", ""), ("-TCONV=U\n", ""), ("-C-GENERATION=COMMONTIME\n", ""),
+                              ("-UNKNOWN=1\n-fxe=No\n", "UNKNOWN=1"), ("-ALTMAX=9\n", "ALTMAX=9"),
+                              ("-ALTMAX=1\n-ALTENCF=a:b\n-FXE=maybe\n", "FXE=maybe")):
+            status, out, err = self.with_options(options)
+            self.assertEqual((status, err), (0, ""), out)
+            ignored = f"\nWARNING : Argument ignored: {told}\n          In option file  : VEXA-ASN-1-compilation-options.txt\n"
+            if "maybe" in told:
+                ignored = f"\nWARNING : Option ignored: {told}\n"
+            self.assertEqual(ignored in out, bool(told), out)
+            self.compile_c()
+
+    def test_browser(self):
+        status, out, err = self.with_options("-ADE-PREFIX=browse\n")
+        self.assertEqual((status, err), (0, ""), out)
+        tree, summary, make = ((self.folder / f"browseMain_Mod.{end}").read_text() for end in ("tre", "acs", "mak"))
+        self.assertIn("[Main-Mod]\nmain.asn:2: Added : SEQUENCE\n  main.asn:2: a : INTEGER\n", tree)
+        self.assertEqual(summary.splitlines()[:2],
+                         ["[Main-Mod]", "1:type:'Main_Mod.Added':2:SEQUENCE:main.asn:Main_Mod"])
+        self.assertEqual(make, "browseMain_Mod.acs : lib.asn main.asn\n")
+        status, _, err = self.with_options("-ADE-DIRECTORY=.\n")
+        self.assertNotEqual(status, 0)
+        self.assertIn("FATAL ERROR : Can not open file for writing\n              No ADE-PREFIX\n", err)
+
+    def test_length_functions(self):
+        self.write("main.asn", "Main-Mod DEFINITIONS ::= BEGIN L ::= SEQUENCE OF NULL S ::= SEQUENCE { d L (SIZE (2)), e L } END\n")
+        self.assertEqual(self.orvane("-F", "-A", "main.asn")[0], 0)
+        text = (self.folder / "Main_Mod.c").read_text()
+        self.assertEqual(["consof_S_expl_d" in text, "consof_S_expl_e" in text], [True, False])
+        self.compile_c()
+
+    def test_strict_standard(self):
+        for text, told in (("A ::= SEQUENCE { INTEGER, b ANY }", ("(1,44): Error: a component needs a name",
+                                                                  "(1,55): Error: ANY is no type of the standard")),
+                           ("B ::= SEQUENCE OF NULL b B ::= { n NULL }", ("(1,60): Error: an element has no name",))):
+            self.write("old.asn", f"Old DEFINITIONS ::= BEGIN {text} END\n")
+            self.assertEqual(self.orvane("-F", "-A", "old.asn")[0], 0)
+            status, out, _ = self.orvane("-D", "-F", "-A", "old.asn")
+            self.assertEqual(status, 250)
+            for line in told:
+                self.assertIn(line, out)
 
     def test_other_encodings(self):
         (self.folder / "ucs.asn").write_bytes(LIBRARY.encode("utf-16"))

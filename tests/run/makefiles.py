@@ -77,6 +77,7 @@ def check_build_and_clean(place):
     (place.folder / "mine.txt").write_text("stays")
     output = place.make("-j2")
     expect(place.compiled(output) == ["Other.c", "Root.c", "main_driver.c"], output)
+    expect("-O0" in output and " -g" not in output, output)
     place.runs()
     output = place.make("-j2")
     expect(not place.compiled(output) and " -o Root" not in output, "the second run built something: " + output)
@@ -90,9 +91,10 @@ def check_build_and_clean(place):
 
 
 def check_compile_again(place):
-    """A second compilation replaces what the first wrote, and make goes on from there."""
+    """A second compilation by other tools replaces what the first wrote, and make goes on from there."""
     place.compile()
     place.make()
+    place.mcfg = place.mcfg.parent / "make_linux_tcc.mcfg"
     place.compile()
     expect((place.folder / "makefile.bak").exists(), "no backup")
     place.make("-j2")
@@ -166,7 +168,8 @@ def check_run_time_sources(place):
         "#error wrong defines\n#endif\nint boot(void) { return 1; }\n")
     place.add_to_mcfg("RTS_SRCS = boot.c\nXML_LOGGING = yes\nINCLUDE = <ORV_DIR>/share/orvane/rts.mk\n")
     place.compile("-G")
-    expect(len(place.compiled(place.make("-j4"))) == 4, "not all was compiled")
+    output = place.make("-j4")
+    expect(len(place.compiled(output)) == 4 and output.count(" -g ") == 4, output)
     for _ in range(10):
         output = place.make("-j4")
         expect(place.compiled(output) == ["boot.c"], output)

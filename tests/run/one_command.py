@@ -6,6 +6,7 @@
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -16,9 +17,10 @@ SUITE = """module %s { %s
 """
 ADAPTER = """#include "value.h"
 #include "tri.h"
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-TriStatus triSAReset(void) { free(strdup("gnu11")); exit(VALUE); }
+TriStatus triSAReset(void) { free(strdup("gnu11")); printf("value %d\\n", VALUE); return TRI_OK; }
 """
 
 
@@ -37,7 +39,8 @@ class Place:
         """Both texts must occur; with none, standard output must be empty."""
         done = subprocess.run([self.program, *arguments], cwd=self.folder, capture_output=True, text=True,
                               errors="replace", timeout=300, check=False, env=self.environment)
-        good = done.returncode == status and out in done.stdout and err in done.stderr and (out or not done.stdout)
+        good = done.returncode == status and re.search(out, done.stdout) and err in done.stderr
+        good = good and (out or not done.stdout)
         if not good:
             sys.exit(f"orvane-run {arguments}: status {done.returncode}\n{done.stdout}{done.stderr}")
 
@@ -50,9 +53,9 @@ def check_changes(place):
     """A change counts at once, also within a second; without one nothing is built; what is wrong does not run."""
     for verdict, status in (("pass", 0), ("fail", 1), ("pass", 0)):
         place.write("Root.ttcn", SUITE % ("Root", "", verdict))
-        place.run("Root.ttcn", status=status, out=f"Root.TC: {verdict}\n")
+        place.run("Root.ttcn", status=status, out=f"Root.TC: {verdict} ")
     times = place.times()
-    place.run("Root.ttcn", out="Root.TC: pass\n")
+    place.run("Root.ttcn", out="Root.TC: pass ")
     if not times or times != place.times():
         sys.exit(f"built again without need: {times} {place.times()}")
     place.write("Root.ttcn", SUITE % ("Root", "const integer c := x;", "pass"))
@@ -67,9 +70,9 @@ def check_arguments(place):
     place.write("Wide.ttcn", SUITE % ("Wide", "import from Root all;", "pass"))
     place.write("Root.ttcn", SUITE % ("Root", "// module Other { import from Wide all\n", "pass"))
     both = ("Root.ttcn", "Wide.ttcn")
-    place.run(*both, out="Wide.TC: pass\n1 test case")
-    place.run("--testcase", "Root.TC", *both, out="Root.TC: pass\n1 test case")
-    place.run(*both, "-r", "Root", "--", "-n", out="Root.TC: pass\n1 test case")
+    place.run(*both, out="Wide.TC: pass .*\n1 test case")
+    place.run("--testcase", "Root.TC", *both, out="Root.TC: pass .*\n1 test case")
+    place.run(*both, "-r", "Root", "--", "-n", out="Root.TC: pass .*\n1 test case")
     place.run(*both, "--list", "-vnone", out="module Root\n")
     place.run("Root.ttcn", "--no-such-option", status=2, err="unknown option '--no-such-option'")
     place.write("Other.ttcn", SUITE % ("Other", "", "pass"))
@@ -83,13 +86,13 @@ def check_sources(place, example):
     place.write("adapter.c", ADAPTER)
     for value in (3, 4):
         place.write("value.h", f"#define VALUE {value}\n")
-        place.run("Root.ttcn", "adapter.c", status=value)
+        place.run("Root.ttcn", "adapter.c", out=f"value {value}")
     place.write("Root.c", "")
     place.run("Root.ttcn", "Root.c", status=2, err="Root.c would have the object of module Root")
     place.write("adapter.c", "no C\n")
     place.run("Root.ttcn", "adapter.c", status=2, err="adapter.c")
     files = [str(path) for kind in ("ttcn", "asn", "c") for path in sorted(example.resolve().glob("*." + kind))]
-    place.run(*files, out="Call_Suite.TC_two_calls: pass\n")
+    place.run(*files, out="Call_Suite.TC_two_calls: pass ")
 
 
 def main():

@@ -5,6 +5,7 @@
 """
 
 import argparse
+import re
 import shutil
 import subprocess
 import sys
@@ -37,19 +38,23 @@ info Module Main finalized
 
 TWO_MODULES_OUT = """\
 Main.tc_good: pass
-Main.tc_wrong: fail
-Main.tc_error: error
+Main.tc_wrong: fail Main.ttcn:5 on purpose 5
+Main.tc_error: error Main.ttcn:6 value 15 does not belong to type 'Small'
+failed:
+  Main.tc_wrong: fail Main.ttcn:5 on purpose 5
+  Main.tc_error: error Main.ttcn:6 value 15 does not belong to type 'Small'
 3 test cases: 1 pass, 0 none, 0 inconc, 1 fail, 1 error
 """
 
-# program, arguments, status, output, log, perhaps input; None is not compared, a list holds what must occur.
+# program, arguments, status, output, log, perhaps input; None is not compared, a list holds what must occur. Durations
+# are taken out.
 CASES = [
     ("plain", ["--no-times"], 1, TWO_MODULES_OUT, TWO_MODULES_LOG),
     ("plain", ["-n", "-v", "ttcn3", "-t", "tc_good", "--param", "Base.step=11"], 0,
      "Main.tc_good: pass\n1 test case: 1 pass, 0 none, 0 inconc, 0 fail, 0 error\n",
      "ttcn3 mtc Main.ttcn:4 twice 21 is 231 limit 7\n"),
     ("plain", ["-n", "--testcase=Main.tc_good,tc_wrong", "-vnone"], 1,
-     ["Main.tc_good: pass\n", "Main.tc_wrong: fail\n"], ""),
+     ["Main.tc_good: pass\n", "Main.tc_wrong: fail Main.ttcn:5 on purpose 5\n"], ""),
     ("plain", ["--list", "-vnone"], 0,
      "module Base\nmodule Main (root)\n  testcase Main.tc_good\n  testcase Main.tc_wrong\n"
      "  testcase Main.tc_error\n  testcase Main.tc_param\n", ""),
@@ -86,8 +91,11 @@ Main.tc_good: pass
 done 0
 done 2
 Main.tc_good: pass
-Main.tc_wrong: fail
-Main.tc_error: error
+Main.tc_wrong: fail Main.ttcn:5 on purpose 5
+Main.tc_error: error Main.ttcn:6 value 15 does not belong to type 'Small'
+failed:
+  Main.tc_wrong: fail Main.ttcn:5 on purpose 5
+  Main.tc_error: error Main.ttcn:6 value 15 does not belong to type 'Small'
 3 test cases: 1 pass, 0 none, 0 inconc, 1 fail, 1 error
 done 1
 ok
@@ -137,6 +145,7 @@ def main():
             continue
         log_lines = [line for line in run.stderr.splitlines(True) if "ASan doesn't fully support" not in line]
         run.stderr = "".join(log_lines)
+        run.stdout = re.sub(r" \d+\.\d{3} s", "", run.stdout)
         if run.returncode == status and agrees(out, run.stdout) and agrees(log, run.stderr):
             continue
         failures += 1

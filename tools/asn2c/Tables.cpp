@@ -105,6 +105,7 @@ class Tables {
     if (items >= 0)
       file_ << "  .items = " << id << "_items, .item_count = " << items
             << ", .addition_items = " << CountItems(base) - items << ",\n";
+    if (getTypeMainType(base) == TYP_BITSTR && base.node().first_named != 0) file_ << "  .named_bits = 1,\n";
     if (!alphabet.empty())
       file_ << "  .alphabet = " << Quoted(alphabet)
             << ", .alphabet_size = " << static_cast<int>(alphabet.size()) << ",\n";

@@ -9,6 +9,7 @@
 #include "asn1/front/Backend.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
+#include "asn2c/Browser.h"
 #include "asn2c/CFile.h"
 #include "asn2c/Homes.h"
 #include "asn2c/Tables.h"
@@ -105,8 +106,9 @@ int Run(const std::vector<std::string>& words) {
   initBackend(words, name, [&](ModRec&, const std::string& text) {
     const std::string option = optionToUpper(text);
     if (option.compare(0, 14, "COD-FUNC-PREF=") == 0) functions = option.substr(14);
-    return true;
+    return AsnOptions::IsKnown(text);
   });
+  if (functions.empty()) asn2c::WriteBrowserFiles(firstModule());
   for (const auto& module : gSyntaxTrees.all())
     if (module->state == kRead) WriteModule(*module, functions);
   return 0;

@@ -87,7 +87,7 @@ void WriteCommon(ModRec& module) {
 int Run(const std::vector<std::string>& words) {
   static const BackendName name{
       "asn2per", 100, 0, {"Usage:", "  asn2per [options] [+option-file ...] syntax-file [syntax-file ...]"}};
-  initBackend(words, name, [](ModRec&, const std::string&) { return true; });
+  initBackend(words, name, [](ModRec&, const std::string& text) { return AsnOptions::IsKnown(text); });
   ModRec& module = firstModule();
   WriteCommon(module);
   WriteHeader(module, "pec", true);

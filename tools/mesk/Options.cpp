@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "asn1/front/AsnOptions.h"
 #include "asn1/front/FilePrefix.h"
 #include "mesk/Lexer.h"
 
@@ -88,7 +89,7 @@ bool Options::readFile(const std::string& path) {
       std::transform(upper.begin(), upper.end(), upper.begin(),
                      [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
       if (upper == "-END-OF-OPTIONS") break;
-      good &= addOption(line.substr(1));
+      good &= addOption(line.substr(1), path);
     } else if (isLetter(line[0]) || isDigit(line[0]) || line[0] == '_') {
       sources.emplace_back(line);
     }
@@ -130,7 +131,12 @@ bool Options::addEntry(std::string_view value) {
   return true;
 }
 
-bool Options::addOption(std::string_view text) {
+void Options::keepOption(const std::string& text, const std::string& file) {
+  if (!quiet && !asn1::AsnOptions::IsKnown(text)) asn1::argumentIgnored(text, file);
+  module_options.push_back(ModuleOption{text, scope_});
+}
+
+bool Options::addOption(std::string_view text, const std::string& file) {
   const size_t equals = text.find('=');
   std::string name(text.substr(0, equals));
   std::transform(name.begin(), name.end(), name.begin(),
@@ -147,6 +153,7 @@ bool Options::addOption(std::string_view text) {
     if (std::find(all.begin(), all.end(), directory) == all.end()) all.push_back(directory);
   } else if (name == "VERBOSE") {
     verbose = value == "2" || value == "3" || value == "4";
+    quiet = value == "0";
   } else if (name == "PREFIX") {
     return addPrefix(value);
   } else if (name == "BEGIN-SCOPE") {
@@ -160,7 +167,8 @@ bool Options::addOption(std::string_view text) {
   } else if (text.size() > kLongestOption || !printable) {
     std::printf("Warning: an option is too long or holds an unprintable character, ignored\n");
   } else {
-    module_options.push_back(ModuleOption{std::string(text), scope_});
+    strict |= name == "STRICTSTANDARD";
+    keepOption(std::string(text), file);
     if (name == "ENTRY") return addEntry(value);
   }
   return true;

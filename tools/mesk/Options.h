@@ -29,6 +29,8 @@ struct Options {
   std::vector<ModuleOption> module_options;
   std::string dump;
   bool verbose = false;
+  bool quiet = false;   // unknown options are not told
+  bool strict = false;  // what the standard does not have is an error
 
   /// Reads the arguments; false after a message on the standard output.
   bool parse(const std::vector<std::string>& words);
@@ -36,10 +38,11 @@ struct Options {
   std::vector<std::string> optionsFor(const Prefixes& prefixes) const;
 
  private:
-  bool addOption(std::string_view text);
+  bool addOption(std::string_view text, const std::string& file = {});
   bool addPrefix(std::string_view value);
   bool addEntry(std::string_view value);
   bool readFile(const std::string& path);
+  void keepOption(const std::string& text, const std::string& file);
   std::vector<std::string> scope_;
 };
 

@@ -62,6 +62,12 @@ class Parser {
   void parseComponent(TypeAst& type, int addition);
   void parseNamedReference(TypeAst& type);
   void splitArguments(Range braces, std::vector<Range>& args);
+  bool parseSelection(TypeAst& type);
+  bool parseTypeOfWords(TypeAst& type);
+  void parseAny(TypeAst& type);
+  // Values
+  bool parseLiteral(ValueAst& value);
+  bool parseWordValue(ValueAst& value);
   // Constraints
   ConstraintAst* parseConstraint();
   ConstraintAst* parseElementSet();

@@ -68,21 +68,18 @@ bool Parser::parsePlainType(TypeAst& type) {
   return true;
 }
 
-void Parser::parseUntaggedType(TypeAst& type) {
-  if (peek().kind == Tok::kLower) {
-    if (isSymbol("<", 1)) {
-      type.kind = TypeAst::kSelection;
-      type.main = TYP_SELECTION;
-      type.word = tokens_[pos].text;
-      pos += 2;
-      type.element = parseType();
-      return;
-    }
-    if (isSymbol(".", 1)) return parseNamedReference(type);
-    fail("expected a type");
-  }
-  if (peek().kind != Tok::kUpper) fail("expected a type");
-  if (parsePlainType(type)) return;
+bool Parser::parseSelection(TypeAst& type) {
+  if (peek().kind != Tok::kLower || !isSymbol("<", 1)) return false;
+  type.kind = TypeAst::kSelection;
+  type.main = TYP_SELECTION;
+  type.word = tokens_[pos].text;
+  pos += 2;
+  type.element = parseType();
+  return true;
+}
+
+/// The types without parts that are more than one word, or have something behind their word.
+bool Parser::parseTypeOfWords(TypeAst& type) {
   if (acceptWord("INTEGER")) {
     type.main = TYP_INTEGER;
     if (isSymbol("{")) parseNamed(type, true);
@@ -93,16 +90,6 @@ void Parser::parseUntaggedType(TypeAst& type) {
   } else if (acceptWord("OCTET")) {
     expectWord("STRING");
     type.main = TYP_OCTSTR;
-  } else if (acceptWord("ENUMERATED")) {
-    parseEnumeration(type);
-  } else if (acceptWord("SEQUENCE")) {
-    parseStructOrList(type, TYP_SEQ, TYP_SEQOF);
-  } else if (acceptWord("SET")) {
-    parseStructOrList(type, TYP_SET, TYP_SETOF);
-  } else if (acceptWord("CHOICE")) {
-    type.kind = TypeAst::kStruct;
-    type.main = TYP_CHOICE;
-    parseComponents(type);
   } else if (acceptWord("OBJECT")) {
     expectWord("IDENTIFIER");
     type.main = TYP_OBJID;
@@ -113,18 +100,43 @@ void Parser::parseUntaggedType(TypeAst& type) {
     expectWord("STRING");
     type.main = TYP_CHASTR;
   } else if (acceptWord("ANY")) {
-    type.main = TYP_ANY;
-    if (acceptWord("DEFINED")) {
-      expectWord("BY");
-      type.word = takeLower("the name of a component");
-    }
+    parseAny(type);
+  } else if (isWord("UTF8String") || isWord("RELATIVE-OID")) {
+    type.word = tokens_[pos++].text;  // refused where the types are translated, with all others
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void Parser::parseAny(TypeAst& type) {
+  type.main = TYP_ANY;
+  reporter_.notStandard(Place{&file_, peek(-1).line, peek(-1).column}, "ANY is no type of the standard");
+  if (!acceptWord("DEFINED")) return;
+  expectWord("BY");
+  type.word = takeLower("the name of a component");
+}
+
+void Parser::parseUntaggedType(TypeAst& type) {
+  if (parseSelection(type)) return;
+  if (peek().kind == Tok::kLower && isSymbol(".", 1)) return parseNamedReference(type);
+  if (peek().kind != Tok::kUpper) fail("expected a type");
+  if (parsePlainType(type) || parseTypeOfWords(type)) return;
+  if (acceptWord("ENUMERATED")) {
+    parseEnumeration(type);
+  } else if (acceptWord("SEQUENCE")) {
+    parseStructOrList(type, TYP_SEQ, TYP_SEQOF);
+  } else if (acceptWord("SET")) {
+    parseStructOrList(type, TYP_SET, TYP_SETOF);
+  } else if (acceptWord("CHOICE")) {
+    type.kind = TypeAst::kStruct;
+    type.main = TYP_CHOICE;
+    parseComponents(type);
   } else if (acceptWord("INSTANCE")) {
     expectWord("OF");
     type.kind = TypeAst::kInstance;
     type.main = TYP_INSTANCE_OF;
     type.ref = parseReference();
-  } else if (isWord("UTF8String") || isWord("RELATIVE-OID")) {
-    type.word = tokens_[pos++].text;  // refused where the types are translated, with all others
   } else {
     parseNamedReference(type);
   }
@@ -305,6 +317,8 @@ void Parser::parseComponent(TypeAst& type, int addition) {
   // The name may be missing in old sources.
   if (peek().kind == Tok::kLower && !isSymbol("<", 1) && !isSymbol(".", 1))
     component.name = tokens_[pos++].text;
+  else
+    reporter_.notStandard(Place{&file_, peek().line, peek().column}, "a component needs a name");
   component.type = parseType();
   if (type.main != TYP_CHOICE) {
     if (acceptWord("OPTIONAL")) {

@@ -5,82 +5,85 @@ namespace mesk {
 
 using namespace asn1;
 
+/// Numbers, strings, and what stands in braces; false for a value that begins with another token.
+bool Parser::parseLiteral(ValueAst& value) {
+  if (isSymbol("{")) {
+    value.kind = ValueAst::kBraces;
+    value.range = skipBraces();
+    return true;
+  }
+  value.negative = isSymbol("-") && (peek(1).kind == Tok::kNumber || peek(1).kind == Tok::kReal);
+  const Token& token = peek(value.negative ? 1 : 0);
+  switch (token.kind) {
+    case Tok::kNumber:
+      value.kind = ValueAst::kInteger;
+      break;
+    case Tok::kReal:
+      value.kind = ValueAst::kReal;
+      break;
+    case Tok::kCString:
+      value.kind = ValueAst::kCString;
+      break;
+    case Tok::kBString:
+      value.kind = ValueAst::kBString;
+      break;
+    case Tok::kHString:
+      value.kind = ValueAst::kHString;
+      break;
+    default:
+      return false;
+  }
+  value.text = token.text;
+  pos += value.negative ? 2 : 1;
+  return true;
+}
+
+/// The words that are values, and a type with its value; false for a reference.
+bool Parser::parseWordValue(ValueAst& value) {
+  static constexpr struct {
+    const char* word;
+    ValueAst::Kind kind;
+  } kWords[] = {{"TRUE", ValueAst::kTrue},
+                {"FALSE", ValueAst::kFalse},
+                {"PLUS-INFINITY", ValueAst::kPlusInfinity},
+                {"MINUS-INFINITY", ValueAst::kMinusInfinity}};
+  for (const auto& row : kWords) {
+    if (!acceptWord(row.word)) continue;
+    value.kind = row.kind;
+    return true;
+  }
+  if (isWord("NULL") && !isSymbol(":", 1)) {
+    value.kind = ValueAst::kNull;
+    ++pos;
+    return true;
+  }
+  if (isSymbol(".", 1) && peek(2).kind == Tok::kLower) return false;
+  value.kind = ValueAst::kTyped;
+  value.type = parseType();
+  if (!isSymbol(":")) {
+    pos = value.token;
+    fail("expected a value");
+  }
+  ++pos;
+  value.inner = parseValue();
+  return true;
+}
+
 ValueAst* Parser::parseValue() {
   Depth depth(depth_);
   if (!depth.ok()) fail("values are nested too deeply; expected an end");
   ValueAst& value = arena_.values.emplace_back();
   value.token = pos;
-  const Token& token = peek();
-  value.text = token.text;
-  switch (token.kind) {
-    case Tok::kSymbol:
-      if (token.text == "{") {
-        value.kind = ValueAst::kBraces;
-        value.range = skipBraces();
-        return &value;
-      }
-      if (token.text != "-" || (peek(1).kind != Tok::kNumber && peek(1).kind != Tok::kReal)) break;
-      value.negative = true;
-      value.kind = peek(1).kind == Tok::kNumber ? ValueAst::kInteger : ValueAst::kReal;
-      value.text = peek(1).text;
-      pos += 2;
-      return &value;
-    case Tok::kNumber:
-      value.kind = ValueAst::kInteger, ++pos;
-      return &value;
-    case Tok::kReal:
-      value.kind = ValueAst::kReal, ++pos;
-      return &value;
-    case Tok::kCString:
-      value.kind = ValueAst::kCString, ++pos;
-      return &value;
-    case Tok::kBString:
-      value.kind = ValueAst::kBString, ++pos;
-      return &value;
-    case Tok::kHString:
-      value.kind = ValueAst::kHString, ++pos;
-      return &value;
-    case Tok::kLower:
-      if (isSymbol(":", 1)) {
-        value.kind = ValueAst::kChoice;
-        pos += 2;
-        value.inner = parseValue();
-        return &value;
-      }
-      break;
-    case Tok::kUpper: {
-      static constexpr struct {
-        const char* word;
-        ValueAst::Kind kind;
-      } kWords[] = {{"TRUE", ValueAst::kTrue},
-                    {"FALSE", ValueAst::kFalse},
-                    {"PLUS-INFINITY", ValueAst::kPlusInfinity},
-                    {"MINUS-INFINITY", ValueAst::kMinusInfinity}};
-      for (const auto& row : kWords) {
-        if (!acceptWord(row.word)) continue;
-        value.kind = row.kind;
-        return &value;
-      }
-      if (token.text == "NULL" && !isSymbol(":", 1)) {
-        value.kind = ValueAst::kNull;
-        ++pos;
-        return &value;
-      }
-      if (isSymbol(".", 1) && peek(2).kind == Tok::kLower) break;
-      value.kind = ValueAst::kTyped;
-      value.type = parseType();
-      if (!isSymbol(":")) {
-        pos = value.token;
-        fail("expected a value");
-      }
-      ++pos;
-      value.inner = parseValue();
-      return &value;
-    }
-    default:
-      fail("expected a value");
+  value.text = peek().text;
+  if (parseLiteral(value)) return &value;
+  if (peek().kind == Tok::kLower && isSymbol(":", 1)) {
+    value.kind = ValueAst::kChoice;
+    pos += 2;
+    value.inner = parseValue();
+    return &value;
   }
-  if (token.kind == Tok::kSymbol) fail("expected a value");
+  if (peek().kind == Tok::kUpper && parseWordValue(value)) return &value;
+  if (peek().kind != Tok::kUpper && peek().kind != Tok::kLower) fail("expected a value");
   value.kind = ValueAst::kRef;
   value.ref = parseReference();
   if (isFieldAccess()) {

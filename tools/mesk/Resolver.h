@@ -27,7 +27,13 @@ class Resolver {
  private:
   // Names
   void declareBuiltins();
+  void guarded(const std::function<void()>& action);
+  void finishLater();
+  void declareModules();
+  void makeDefinitions(const std::set<std::string>& entries);
   void linkImports(Module& module);
+  void checkImported(const Module& module, const ImportAst& import, const Module& from,
+                     std::string_view symbol, int token);
   void checkExports(const Module& module);
   void numberDefinitions(Module& module);
   Module* findModule(std::string_view name) const;
@@ -48,6 +54,10 @@ class Resolver {
   void makeReference(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeStruct(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node);
+  void makeSettingType(const TypeAst& ast, const Context& context, TypeNode& node);
+  ClassUse classBeforeFields(const TypeAst& ast, const Context& context, Definition*& set);
+  void addValuesLater(Definition& set, std::string_view field, TypeNode& owner);
+  void makePlain(const TypeAst& ast, const Context& context, TypeNode& node);
   void checkClassifier(const TypeNode& any, const Context& context, int token);
   void makeSelection(const TypeAst& ast, const Context& context, TypeNode& node);
   void makeClass(Definition& definition, TypeNode& node);
@@ -58,12 +68,16 @@ class Resolver {
     Context context;
     int addition;
   };
+  void makeMarker(const Context& context, int token, int before, TypeNode& node);
+  TypeNode* makeComponent(const Expanded& part, int number, TypeNode& node);
   void expand(const TypeAst& ast, const Context& context, std::vector<Expanded>& out, bool roots_only,
               bool main_list);
   std::pair<const TypeAst*, Context> structOf(const TypeAst& ast, const Context& context,
                                               asn1::MainType main);
   std::pair<const TypeAst*, Context> lookThrough(const TypeAst& ast, const Context& context);
   void nameItems(TypeNode& node);
+  NamedNode makeNamed(const TypeNode& node, size_t index);
+  void checkDistinctItems(const TypeNode& node);
   void numberEnumeration(TypeNode& node, std::vector<bool>& numbered);
   /// The type behind references and selections; none where it can't be known.
   TypeNode* base(TypeNode* type);
@@ -76,9 +90,17 @@ class Resolver {
   ValueNode* makeValue(const ValueAst& ast, const Context& context, TypeNode* governor);
   void fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
   bool makeItem(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  ValueNode* makeFieldValue(const ValueAst& ast, const Context& context, TypeNode* governor);
+  ValueNode* makeArgumentValue(const ValueAst& ast, const Argument& arg, const Context& context,
+                               TypeNode* governor);
+  void checkCompatible(const ValueAst& ast, const Context& context, const TypeNode& type,
+                       const Definition& definition);
   ValueNode* makeReferenceValue(const ValueAst& ast, const Context& context, TypeNode* governor);
   void fillBraces(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
   void fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
+  size_t nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next,
+                       const std::unordered_map<std::string_view, size_t>& places);
+  void checkAllGiven(const std::vector<bool>& given, const Context& context, int token, const TypeNode& type);
   void fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillIdentifier(Parser& parser, int end, const Context& context, ValueNode& node);
@@ -89,6 +111,8 @@ class Resolver {
   void fillCharacters(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillReal(const ValueAst& ast, const Context& context, ValueNode& node);
   void fillString(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
+  void fillTime(const ValueAst& ast, const Context& context, const TypeNode& type, ValueNode& node);
+  void fillAlternative(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
   bool setCharacters(std::vector<uint32_t> characters, TypeNode& type, ValueNode& node, const Place& place);
   void mismatch(const ValueAst& ast, const Context& context, const TypeNode& type);
   std::optional<int64_t> integerOf(const ValueAst& ast, const Context& context, const char* what);
@@ -98,6 +122,11 @@ class Resolver {
   // Constraints
   ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,
                                  TypeNode* governor);
+  void refuseUnless(bool fits, const char* what, const ConstraintAst& ast, const Context& context,
+                    const TypeNode* type);
+  ConstraintNode* makeContained(const ConstraintAst& ast, const Context& context, TypeNode& owner,
+                                TypeNode* governor, ConstraintNode& node);
+  void makePattern(const ConstraintAst& ast, const Context& context, ConstraintNode& node);
   void fillWithComponents(const ConstraintAst& ast, const Context& context, TypeNode& owner,
                           TypeNode* governor, ConstraintNode& node);
   ConstraintNode* fillTable(const ConstraintAst& ast, const Context& context, TypeNode& owner);
@@ -115,6 +144,14 @@ class Resolver {
   void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
   bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
                   const ClassUse& cls, ValueNode& node, bool optional);
+  ValueNode* typeSetting(const Context& context, int token, TypeNode* type);
+  ValueNode* valueSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls);
+  ConstraintAst* parseValueSet(Parser& parser, const Context& context);
+  ValueNode* setSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls);
+  ValueNode* variableSetting(Parser& parser, const FieldAst& field, const Context& context,
+                             const ValueNode& object);
+  ValueNode* makeSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
+                         const ValueNode& object);
   void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                  ValueNode& node);
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
@@ -169,6 +206,7 @@ class Resolver {
   Module* current_ = nullptr;  // whose definitions are being made
   TypeNode* current_definition_ = nullptr;
   int depth_ = 0, expansion_steps_ = 0;
+  bool abandoned_ = false;  // some definition was left after an error
 };
 
 /// Text for messages: the name of a main type in ASN.1.

@@ -44,6 +44,33 @@ void Resolver::fillBraces(const ValueAst& ast, const Context& context, TypeNode&
   if (parser.pos != end) parser.fail("expected \",\" or \"}\"");
 }
 
+/// The place of the component that a value in braces goes to: by its name, or in old sources, where
+/// components and their values have none, by the order. The name is stepped over.
+size_t Resolver::nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next,
+                               const std::unordered_map<std::string_view, size_t>& places) {
+  const int token = parser.pos;
+  const Token& word = parser.peek();
+  const bool named = word.kind == Tok::kLower && !parser.isSymbol(",", 1) && !parser.isSymbol("}", 1) &&
+                     !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1);
+  if (!named) {
+    while (next < type.components.size() &&
+           (type.components[next]->isMarker() || !type.components[next]->name.empty())) {
+      ++next;
+    }
+    if (next == type.components.size()) parser.fail("expected the name of a component");
+    reporter_.notStandard(placeOf(context, token), "a component needs a name");
+    return next;
+  }
+  const auto found = places.find(word.text);
+  if (found == places.end()) {
+    error(context, token,
+          std::string("the ") + asn1Name(type.main) + " has no component " + inQuotes(word.text));
+    throw Abandoned();
+  }
+  ++parser.pos;
+  return found->second;
+}
+
 void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
   std::unordered_map<std::string_view, size_t> places;
   for (size_t i = 0; i < type.components.size(); ++i) {
@@ -54,50 +81,33 @@ void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeN
   const int begin = parser.pos;
   while (parser.pos < end) {
     const int token = parser.pos;
-    size_t index = type.components.size();
-    const Token& word = parser.peek();
-    const bool named = word.kind == Tok::kLower && !parser.isSymbol(",", 1) && !parser.isSymbol("}", 1) &&
-                       !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1);
-    if (named) {
-      const auto found = places.find(word.text);
-      if (found == places.end()) {
-        error(context, token,
-              std::string("the ") + asn1Name(type.main) + " has no component " + inQuotes(word.text));
-        throw Abandoned();
-      }
-      index = found->second;
-      ++parser.pos;
-    } else {
-      // Old sources have components without names, whose values stand by their order.
-      index = next;
-      while (index < type.components.size() &&
-             (type.components[index]->isMarker() || !type.components[index]->name.empty())) {
-        ++index;
-      }
-      if (index == type.components.size()) parser.fail("expected the name of a component");
-    }
+    const size_t index = nextComponent(parser, context, type, next, places);
+    TypeNode* component = type.components[index];
     if (given[index]) {
-      error(context, token,
-            "the component " + inQuotes(type.components[index]->name) + " has a value already");
+      error(context, token, "the component " + inQuotes(component->name) + " has a value already");
       throw Abandoned();
     }
-    if (index < next && type.main == TYP_SEQ) {
-      error(context, token, "the component " + inQuotes(type.components[index]->name) + " is out of order");
-    }
+    if (index < next && type.main == TYP_SEQ)
+      error(context, token, "the component " + inQuotes(component->name) + " is out of order");
     given[index] = true;
     next = index + 1;
-    ValueNode* value = makeValue(*parser.parseValue(), context, type.components[index]);
-    value->name = type.components[index]->name;
+    ValueNode* value = makeValue(*parser.parseValue(), context, component);
+    value->name = component->name;
     node.components.push_back(value);
     if (parser.pos >= end) break;
     parser.expect(",");
     if (parser.pos >= end) parser.fail("expected a value");
   }
+  checkAllGiven(given, context, begin - 1, type);
+}
+
+void Resolver::checkAllGiven(const std::vector<bool>& given, const Context& context, int token,
+                             const TypeNode& type) {
   for (size_t i = 0; i < given.size(); ++i) {
     const TypeNode& component = *type.components[i];
     if (given[i] || component.isMarker() || component.presence != kMandatory || component.addition > 0)
       continue;
-    error(context, begin - 1, "the component " + inQuotes(component.name) + " has no value");
+    error(context, token, "the component " + inQuotes(component.name) + " has no value");
   }
 }
 
@@ -107,7 +117,7 @@ void Resolver::fillList(Parser& parser, int end, const Context& context, TypeNod
     const bool named = parser.peek().kind == Tok::kLower && parser.pos + 1 < end &&
                        !parser.isSymbol(",", 1) && !parser.isSymbol(":", 1) && !parser.isSymbol(".", 1) &&
                        !parser.isSymbol("{", 1);
-    if (named) ++parser.pos;
+    if (named) reporter_.notStandard(placeOf(context, parser.pos++), "an element has no name");
     node.components.push_back(makeValue(*parser.parseValue(), context, type.components.front()));
     if (parser.pos >= end) break;
     parser.expect(",");

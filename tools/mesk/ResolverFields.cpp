@@ -7,65 +7,65 @@ namespace mesk {
 
 using namespace asn1;
 
-/// CLASS.&field, Set.&field and object.&field as a type.
-void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node) {
-  const Place place = placeOf(context, ast.token);
-  if (ast.ref.name[0] >= 'a') {
-    const ValueNode* setting = settingOf(ast.ref, ast.fields, context);
-    const auto found = type_settings_.find(setting);
-    if (found == type_settings_.end()) {
-      error(context, ast.token, inQuotes(ast.fields.back()) + " is not a type");
-      throw Abandoned();
-    }
-    makeType(*found->second.first, found->second.second, node.parent, &node);
-    return;
+/// object.&field as a type.
+void Resolver::makeSettingType(const TypeAst& ast, const Context& context, TypeNode& node) {
+  const auto found = type_settings_.find(settingOf(ast.ref, ast.fields, context));
+  if (found == type_settings_.end()) {
+    error(context, ast.token, inQuotes(ast.fields.back()) + " is not a type");
+    throw Abandoned();
   }
-  // A set serves for its class.
-  ClassUse cls;
-  Definition* set = nullptr;
+  makeType(*found->second.first, found->second.second, node.parent, &node);
+}
+
+/// The class in front of the first field; a set serves for its class, and is given in `set` where the field's
+/// values are those of its objects.
+ClassUse Resolver::classBeforeFields(const TypeAst& ast, const Context& context, Definition*& set) {
   const Argument* arg = argument(ast.ref, context);
   Definition* definition = arg ? nullptr : find(ast.ref, context);
   if (!arg && !definition) throw Abandoned();
-  if (arg && arg->param->governor) {
-    cls = classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
-  } else if (definition && kindOf(*definition) == DefKind::kObjectSet) {
-    cls = classOf(*definition->type, Context{definition->module, nullptr});
-    if (!definition->parameterized && ast.fields.size() == 1) set = definition;
-  } else {
-    cls = classOf(ast.ref, context);
-  }
-  for (size_t i = 0; i < ast.fields.size(); ++i) {
+  if (arg && arg->param->governor)
+    return classOf(*arg->param->governor, Context{context.env->definition->module, context.env});
+  if (!definition || kindOf(*definition) != DefKind::kObjectSet) return classOf(ast.ref, context);
+  if (!definition->parameterized && ast.fields.size() == 1) set = definition;
+  return classOf(*definition->type, Context{definition->module, nullptr});
+}
+
+/// CLASS.&field, Set.&field and object.&field as a type.
+void Resolver::makeFieldType(const TypeAst& ast, const Context& context, TypeNode& node) {
+  if (ast.ref.name[0] >= 'a') return makeSettingType(ast, context, node);
+  const Place place = placeOf(context, ast.token);
+  Definition* set = nullptr;
+  ClassUse cls = classBeforeFields(ast, context, set);
+  for (size_t i = 0; i + 1 < ast.fields.size(); ++i) {
     const FieldAst* field = findField(cls, ast.fields[i], place);
-    const bool last = i + 1 == ast.fields.size();
-    const bool object = field->type && namesClass(*field->type, cls.context);
-    if (!last) {
-      if (!object) {
-        error(context, ast.token, inQuotes(ast.fields[i]) + " is not an object");
-        throw Abandoned();
-      }
-      cls = classOf(*field->type, cls.context);
-      continue;
-    }
-    if (object) {
-      error(context, ast.token, inQuotes(ast.fields[i]) + " is an object, a type is needed");
+    if (!field->type || !namesClass(*field->type, cls.context)) {
+      error(context, ast.token, inQuotes(ast.fields[i]) + " is not an object");
       throw Abandoned();
     }
-    if (field->type) {
-      if (set) {
-        later_.push_back([this, owner = &node, set, name = ast.fields[i]] {
-          current_ = owner->module;
-          current_definition_ = owner->of_definition;
-          addValuesOfSet(*set, name, *owner);
-        });
-      }
-      makeType(*field->type, cls.context, node.parent, &node);
-    } else {
-      node.main = TYP_OPEN;
-      if (!cls.definition->module->builtin && !cls.definition->parameterized) node.ref = cls.definition;
-    }
-    node.class_field = classFieldHere(cls, *field, context, ast.token);
-    if (node.ref_name.empty()) node.ref_name = field->name;
+    cls = classOf(*field->type, cls.context);
   }
+  const FieldAst* field = findField(cls, ast.fields.back(), place);
+  if (field->type && namesClass(*field->type, cls.context)) {
+    error(context, ast.token, inQuotes(ast.fields.back()) + " is an object, a type is needed");
+    throw Abandoned();
+  }
+  if (field->type) {
+    if (set) addValuesLater(*set, ast.fields.back(), node);
+    makeType(*field->type, cls.context, node.parent, &node);
+  } else {
+    node.main = TYP_OPEN;
+    if (!cls.definition->module->builtin && !cls.definition->parameterized) node.ref = cls.definition;
+  }
+  node.class_field = classFieldHere(cls, *field, context, ast.token);
+  if (node.ref_name.empty()) node.ref_name = field->name;
+}
+
+void Resolver::addValuesLater(Definition& set, std::string_view field, TypeNode& owner) {
+  later_.push_back([this, &owner, &set, field] {
+    current_ = owner.module;
+    current_definition_ = owner.of_definition;
+    addValuesOfSet(set, field, owner);
+  });
 }
 
 /// The objects of a set and of the sets in it.

@@ -80,27 +80,27 @@ void Resolver::linkImports(Module& module) {
     }
   }
   for (const ImportAst& import : module.imports) {
-    Module* from = findModule(import.module);
+    const Module* from = findModule(import.module);
     if (!from) continue;
-    for (const auto& [symbol, token] : import.symbols) {
-      if (isReservedWord(symbol)) continue;
-      const bool defined =
-          from->by_name.count(symbol) ||
-          std::any_of(from->imports.begin(), from->imports.end(), [&, name = symbol](const ImportAst& other) {
-            return std::any_of(other.symbols.begin(), other.symbols.end(),
-                               [&](const auto& pair) { return pair.first == name; });
-          });
-      const bool exported = from->exports_all ||
-                            std::any_of(from->exports.begin(), from->exports.end(),
-                                        [&, name = symbol](const auto& pair) { return pair.first == name; });
-      if (!defined) {
-        reporter_.error(module.place(token),
-                        inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));
-      } else if (!exported) {
-        reporter_.error(module.place(token),
-                        "module " + inQuotes(import.module) + " does not export " + inQuotes(symbol));
-      }
-    }
+    for (const auto& [symbol, token] : import.symbols)
+      if (!isReservedWord(symbol)) checkImported(module, import, *from, symbol, token);
+  }
+}
+
+void Resolver::checkImported(const Module& module, const ImportAst& import, const Module& from,
+                             std::string_view symbol, int token) {
+  const auto names = [symbol](const auto& pair) { return pair.first == symbol; };
+  const bool defined = from.by_name.count(symbol) ||
+                       std::any_of(from.imports.begin(), from.imports.end(), [&](const ImportAst& other) {
+                         return std::any_of(other.symbols.begin(), other.symbols.end(), names);
+                       });
+  const bool exported = from.exports_all || std::any_of(from.exports.begin(), from.exports.end(), names);
+  if (!defined) {
+    reporter_.error(module.place(token),
+                    inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));
+  } else if (!exported) {
+    reporter_.error(module.place(token),
+                    "module " + inQuotes(import.module) + " does not export " + inQuotes(symbol));
   }
 }
 
@@ -266,7 +266,19 @@ ValueAst* Resolver::valueOfArgument(const Argument& arg) {
   return value;
 }
 
-void Resolver::run(const std::set<std::string>& entries) {
+void Resolver::guarded(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const Abandoned&) {
+    abandoned_ = true;
+  }
+}
+
+void Resolver::finishLater() {
+  for (; !later_.empty(); later_.pop_front()) guarded(later_.front());
+}
+
+void Resolver::declareModules() {
   declareBuiltins();
   for (auto& module : modules_) {
     if (!module_names_.emplace(module->name, module.get()).second) {
@@ -277,47 +289,39 @@ void Resolver::run(const std::set<std::string>& entries) {
   for (auto& module : modules_) checkExports(*module);
   for (auto& module : builtin_modules_) numberDefinitions(*module);
   for (auto& module : modules_) numberDefinitions(*module);
-  bool abandoned = false;
-  const auto guarded = [&](auto&& action) {
-    try {
-      action();
-    } catch (const Abandoned&) {
-      abandoned = true;
-    }
+}
+
+/// The nodes of all definitions: first all types, then what is written by their forms.
+void Resolver::makeDefinitions(const std::set<std::string>& entries) {
+  const auto for_each = [this](const auto& call) {
+    for (auto& module : modules_)
+      for (Definition& definition : module->definitions)
+        if (!definition.parameterized) call(definition);
   };
-  for (auto& module : modules_) {
-    for (Definition& definition : module->definitions) {
-      if (definition.parameterized) continue;
-      guarded([&] {
-        const DefKind kind = definition.kind;
-        if (kind == DefKind::kType || kind == DefKind::kClass || kind == DefKind::kValueSet)
-          typeOf(definition);
-      });
-    }
-  }
-  for (auto& module : modules_) {
-    for (Definition& definition : module->definitions) {
-      if (definition.parameterized) continue;
-      guarded([&] {
-        const DefKind kind = definition.kind;
-        if (kind == DefKind::kValue || kind == DefKind::kObject || kind == DefKind::kObjectSet)
-          valueOf(definition);
-      });
-      if (definition.type_node && definition.kind != DefKind::kClass) {
-        definition.type_node->entry = entries.count(std::string(definition.name)) != 0;
-      }
-    }
-  }
-  const auto finish = [&] {
-    for (; !later_.empty(); later_.pop_front()) guarded(later_.front());
+  const auto is_type = [](const Definition& definition) {
+    return definition.kind == DefKind::kType || definition.kind == DefKind::kClass ||
+           definition.kind == DefKind::kValueSet;
   };
-  finish();
+  for_each([&](Definition& definition) {
+    if (is_type(definition)) guarded([&] { typeOf(definition); });
+  });
+  for_each([&](Definition& definition) {
+    if (!is_type(definition)) guarded([&] { valueOf(definition); });
+    if (definition.type_node && definition.kind != DefKind::kClass)
+      definition.type_node->entry = entries.count(std::string(definition.name)) != 0;
+  });
+}
+
+void Resolver::run(const std::set<std::string>& entries) {
+  declareModules();
+  makeDefinitions(entries);
+  finishLater();
   if (reporter_.errors() > 0) return;
   // New types may still arise: a tag's number is a value, too.
   for (size_t i = 0; i < types_.size(); ++i) settleTags(types_[i]);
-  finish();
+  finishLater();
   checkFinite();
-  if (abandoned && reporter_.errors() == 0) reporter_.error("references are nested too deeply");
+  if (abandoned_ && reporter_.errors() == 0) reporter_.error("references are nested too deeply");
   if (reporter_.errors() > 0) return;
   for (size_t i = 0; i < types_.size(); ++i) checkDistinctTags(types_[i]);
   markRecursive();

@@ -119,6 +119,24 @@ void Resolver::addConstraints(const TypeAst& ast, const Context& context, TypeNo
   });
 }
 
+void Resolver::makePlain(const TypeAst& ast, const Context& context, TypeNode& node) {
+  node.main = ast.main;
+  node.ref_name = ast.word;
+  if (ast.main == TYP_ANY && !ast.word.empty()) {
+    later_.push_back([this, &node, context, token = ast.token] { checkClassifier(node, context, token); });
+  }
+  if (ast.main == TYP_ENUM) {
+    node.marker = ast.marker;
+    if (ast.marker < 0 && context.module->extensibility_implied)
+      node.marker = static_cast<int>(ast.named.size());
+  }
+  if (ast.named.empty()) return;
+  node.ast = &ast;
+  node.context = context;
+  node.named_done = false;
+  later_.push_back([this, &node] { nameItems(node); });
+}
+
 /// Makes the node of a type; with `into`, that node becomes the type.
 TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNode* parent, TypeNode* into) {
   Depth depth(depth_);
@@ -130,23 +148,7 @@ TypeNode* Resolver::makeType(const TypeAst& ast, const Context& context, TypeNod
   bool dummy = false;
   switch (ast.kind) {
     case TypeAst::kPlain:
-      node->main = ast.main;
-      node->ref_name = ast.word;
-      if (ast.main == TYP_ANY && !ast.word.empty()) {
-        later_.push_back(
-            [this, node, context, token = ast.token] { checkClassifier(*node, context, token); });
-      }
-      if (ast.main == TYP_ENUM) {
-        node->marker = ast.marker;
-        if (ast.marker < 0 && context.module->extensibility_implied)
-          node->marker = static_cast<int>(ast.named.size());
-      }
-      if (!ast.named.empty()) {
-        node->ast = &ast;
-        node->context = context;
-        node->named_done = false;
-        later_.push_back([this, node] { nameItems(*node); });
-      }
+      makePlain(ast, context, *node);
       break;
     case TypeAst::kStruct:
       makeStruct(ast, context, *node);
@@ -300,70 +302,77 @@ void Resolver::expand(const TypeAst& ast, const Context& context, std::vector<Ex
   expansions_.pop_back();
 }
 
+namespace {
+/// Whether the components of a structure get tags by their places: none of the root has one in the source.
+bool hasAutomaticTags(const TypeAst& ast, const Module& module) {
+  return module.tag_default == Module::kAutomaticTags &&
+         std::all_of(ast.components.begin(), ast.components.end(), [](const ComponentAst& component) {
+           return component.kind != ComponentAst::kNormal || component.addition != 0 ||
+                  component.type->tags.empty();
+         });
+}
+}  // namespace
+
+void Resolver::makeMarker(const Context& context, int token, int before, TypeNode& node) {
+  TypeNode* marker = newType(context, token, &node);
+  marker->main = TYP_EXTENSION_MARKER;
+  marker->component_nbr = before;
+  node.components.push_back(marker);
+}
+
+TypeNode* Resolver::makeComponent(const Expanded& part, int number, TypeNode& node) {
+  TypeNode* component = makeType(*part.ast->type, part.context, &node);
+  component->name = part.ast->name;
+  component->token = part.ast->token;
+  component->presence = part.ast->presence;
+  component->addition = part.addition;
+  component->component_nbr = number;
+  node.components.push_back(component);
+  if (node.automatic_tags) {
+    TagNode tag;
+    tag.automatic = true;
+    const TypeAst& type = *part.ast->type;
+    tag.dummy = type.tags.empty() && type.kind == TypeAst::kRef && argument(type.ref, part.context);
+    component->tags.insert(component->tags.begin(), tag);
+  }
+  if (part.ast->default_value) {
+    later_.push_back([this, component, value = part.ast->default_value, where = part.context] {
+      current_ = component->module;
+      current_definition_ = component->of_definition;
+      component->default_value = makeValue(*value, where, component);
+    });
+  }
+  return component;
+}
+
 void Resolver::makeStruct(const TypeAst& ast, const Context& context, TypeNode& node) {
   node.main = ast.main;
   std::vector<Expanded> list;
   if (expansions_.empty()) expansion_steps_ = 0;
   expand(ast, context, list, false, true);
-  bool automatic = context.module->tag_default == Module::kAutomaticTags;
-  bool extensible = false;
-  for (const ComponentAst& component : ast.components) {
-    extensible |= component.kind == ComponentAst::kMarker;
-    if (component.kind == ComponentAst::kNormal && component.addition == 0 && !component.type->tags.empty()) {
-      automatic = false;
-    }
-  }
-  node.automatic_tags = automatic;
+  node.automatic_tags = hasAutomaticTags(ast, *context.module);
   std::unordered_set<std::string_view> names;
   std::vector<TypeNode*> order;  // roots, then additions, as automatic tags count them
-  int count = 0;
-  bool abandoned = false;
+  bool abandoned = false, extensible = false;
   for (const Expanded& part : list) {
     if (part.ast->kind == ComponentAst::kMarker) {
-      TypeNode* marker = newType(part.context, part.ast->token, &node);
-      marker->main = TYP_EXTENSION_MARKER;
-      marker->component_nbr = count;
-      node.components.push_back(marker);
+      makeMarker(part.context, part.ast->token, static_cast<int>(order.size()), node);
+      extensible = true;
       continue;
     }
     if (!part.ast->name.empty() && !names.insert(part.ast->name).second) {
       error(part.context, part.ast->token, "the component " + inQuotes(part.ast->name) + " appears twice");
     }
     try {
-      TypeNode* component = makeType(*part.ast->type, part.context, &node);
-      component->name = part.ast->name;
-      component->token = part.ast->token;
-      component->presence = part.ast->presence;
-      component->addition = part.addition;
-      component->component_nbr = count++;
-      node.components.push_back(component);
-      order.push_back(component);
-      if (automatic) {
-        TagNode tag;
-        tag.automatic = true;
-        const TypeAst& type = *part.ast->type;
-        tag.dummy = type.tags.empty() && type.kind == TypeAst::kRef && argument(type.ref, part.context);
-        component->tags.insert(component->tags.begin(), tag);
-      }
-      if (part.ast->default_value) {
-        later_.push_back([this, component, value = part.ast->default_value, where = part.context] {
-          current_ = component->module;
-          current_definition_ = component->of_definition;
-          component->default_value = makeValue(*value, where, component);
-        });
-      }
+      order.push_back(makeComponent(part, static_cast<int>(order.size()), node));
     } catch (const Abandoned&) {
       abandoned = true;
     }
   }
-  if (!extensible && context.module->extensibility_implied) {
-    TypeNode* marker = newType(context, ast.token, &node);
-    marker->main = TYP_EXTENSION_MARKER;
-    marker->component_nbr = count;
-    node.components.push_back(marker);
-  }
+  if (!extensible && context.module->extensibility_implied)
+    makeMarker(context, ast.token, static_cast<int>(order.size()), node);
   if (abandoned) throw Abandoned();
-  if (!automatic) return;
+  if (!node.automatic_tags) return;
   std::stable_partition(order.begin(), order.end(), [](const TypeNode* part) { return part->addition == 0; });
   for (size_t i = 0; i < order.size(); ++i) order[i]->tags.front().number = static_cast<int64_t>(i);
 }

@@ -120,6 +120,28 @@ std::optional<int64_t> Resolver::integerOf(const ValueAst& ast, const Context& c
   return std::nullopt;
 }
 
+/// A named item; its number stays 0 where it has none, or a faulty one.
+NamedNode Resolver::makeNamed(const TypeNode& node, size_t index) {
+  const NamedAst& named = node.ast->named[index];
+  NamedNode item;
+  item.name = named.name;
+  const Place place = placeOf(node.context, named.token);
+  item.line = place.line;
+  item.column = place.column;
+  item.after_marker = node.marker >= 0 && static_cast<size_t>(node.marker) == index;
+  if (!named.number) return item;
+  std::optional<int64_t> number;
+  try {
+    number = integerOf(*named.number, node.context, "a named item");
+  } catch (const Abandoned&) {
+    // It has been reported; the items behind it still want their names.
+  }
+  item.number = number.value_or(0);
+  if (number && *number < 0 && node.main == TYP_BITSTR)
+    error(node.context, named.token, "the number of a bit must not be negative");
+  return item;
+}
+
 void Resolver::nameItems(TypeNode& node) {
   if (node.named_done) return;
   Depth depth(depth_);
@@ -131,42 +153,25 @@ void Resolver::nameItems(TypeNode& node) {
   Module* outer = current_;
   current_ = node.module;
   std::vector<bool> numbered;
-  const TypeAst& ast = *node.ast;
   std::unordered_set<std::string_view> names;
-  for (size_t i = 0; i < ast.named.size(); ++i) {
-    const NamedAst& named = ast.named[i];
-    NamedNode item;
-    item.name = named.name;
-    const Place place = placeOf(node.context, named.token);
-    item.line = place.line;
-    item.column = place.column;
-    item.after_marker = node.marker >= 0 && static_cast<size_t>(node.marker) == i;
-    bool known = false;
-    if (named.number) {
-      std::optional<int64_t> number;
-      try {
-        number = integerOf(*named.number, node.context, "a named item");
-      } catch (const Abandoned&) {
-        // It has been reported; the items behind it still want their names.
-      }
-      known = true;
-      item.number = number.value_or(0);
-      if (number && *number < 0 && node.main == TYP_BITSTR) {
-        error(node.context, named.token, "the number of a bit must not be negative");
-      }
-    }
-    if (!names.insert(named.name).second) {
+  for (size_t i = 0; i < node.ast->named.size(); ++i) {
+    const NamedAst& named = node.ast->named[i];
+    const NamedNode item = makeNamed(node, i);
+    if (!names.insert(named.name).second)
       error(node.context, named.token, "the name " + inQuotes(named.name) + " appears twice");
-    }
-    numbered.push_back(known);
+    numbered.push_back(named.number != nullptr);
     node.named.push_back(item);
   }
   current_ = outer;
   if (node.main == TYP_ENUM) numberEnumeration(node, numbered);
+  checkDistinctItems(node);
+}
+
+void Resolver::checkDistinctItems(const TypeNode& node) {
   std::unordered_set<int64_t> numbers;
   for (size_t i = 0; i < node.named.size(); ++i) {
     if (numbers.insert(node.named[i].number).second) continue;
-    error(node.context, ast.named[i].token,
+    error(node.context, node.ast->named[i].token,
           "the number " + std::to_string(node.named[i].number) + " appears twice");
   }
 }
@@ -243,29 +248,46 @@ bool Resolver::makeItem(const ValueAst& ast, const Context& context, TypeNode& t
   return true;
 }
 
+ValueNode* Resolver::makeFieldValue(const ValueAst& ast, const Context& context, TypeNode* governor) {
+  const auto found = value_settings_.find(settingOf(ast.ref, ast.fields, context));
+  if (found == value_settings_.end()) {
+    error(context, ast.token, inQuotes(ast.fields.back()) + " is not a value");
+    throw Abandoned();
+  }
+  return makeValue(*found->second.first, found->second.second, governor);
+}
+
+ValueNode* Resolver::makeArgumentValue(const ValueAst& ast, const Argument& arg, const Context& context,
+                                       TypeNode* governor) {
+  if (arg.param->name[0] < 'a') {
+    error(context, ast.token, inQuotes(ast.ref.name) + " is not a value");
+    throw Abandoned();
+  }
+  return makeValue(*valueOfArgument(arg), arg.context, governor);
+}
+
+/// Whether a value that is named can be one of the type, as far as its own type can be seen.
+void Resolver::checkCompatible(const ValueAst& ast, const Context& context, const TypeNode& type,
+                               const Definition& definition) {
+  const auto [behind_type, where] = lookThrough(*definition.type, Context{definition.module, nullptr});
+  const bool plain = behind_type->kind == TypeAst::kPlain || behind_type->kind == TypeAst::kStruct ||
+                     behind_type->kind == TypeAst::kList;
+  if (!plain || compatible(type.main, behind_type->main)) return;
+  error(context, ast.token,
+        "the value " + inQuotes(ast.ref.name) + " is of type " + asn1Name(behind_type->main) + ", " +
+            asn1Name(type.main) + " is needed");
+  throw Abandoned();
+}
+
 ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& context, TypeNode* governor) {
+  if (ast.kind == ValueAst::kField) return makeFieldValue(ast, context, governor);
+  if (const Argument* arg = argument(ast.ref, context))
+    return makeArgumentValue(ast, *arg, context, governor);
   TypeNode* type = base(governor);
-  if (ast.kind == ValueAst::kField) {
-    const ValueNode* setting = settingOf(ast.ref, ast.fields, context);
-    const auto found = value_settings_.find(setting);
-    if (found == value_settings_.end()) {
-      error(context, ast.token, inQuotes(ast.fields.back()) + " is not a value");
-      throw Abandoned();
-    }
-    return makeValue(*found->second.first, found->second.second, governor);
-  }
-  if (const Argument* arg = argument(ast.ref, context)) {
-    if (arg->param->name[0] < 'a') {
-      error(context, ast.token, inQuotes(ast.ref.name) + " is not a value");
-      throw Abandoned();
-    }
-    return makeValue(*valueOfArgument(*arg), arg->context, governor);
-  }
-  Definition* definition = find(ast.ref, context, !(type && type->main == TYP_ENUM));
+  const bool is_item = type && type->main == TYP_ENUM;
+  Definition* definition = find(ast.ref, context, !is_item);
   if (!definition) {
-    if (type && type->main == TYP_ENUM) {
-      error(context, ast.token, inQuotes(ast.ref.name) + " is not an item of the enumeration");
-    }
+    if (is_item) error(context, ast.token, inQuotes(ast.ref.name) + " is not an item of the enumeration");
     throw Abandoned();
   }
   if (kindOf(*definition) != DefKind::kValue) {
@@ -284,20 +306,25 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
   ValueNode* node = newValue(context, ast.token, nullptr);
   node->main = TYP_SYNONYM;
   node->ref = definition;
-  if (type) {
-    const auto [behind_type, where] = lookThrough(*definition->type, Context{definition->module, nullptr});
-    const bool plain = behind_type->kind == TypeAst::kPlain || behind_type->kind == TypeAst::kStruct ||
-                       behind_type->kind == TypeAst::kList;
-    if (plain && !compatible(type->main, behind_type->main)) {
-      error(context, ast.token,
-            "the value " + inQuotes(ast.ref.name) + " is of type " + asn1Name(behind_type->main) + ", " +
-                asn1Name(type->main) + " is needed");
-      throw Abandoned();
-    }
-  }
+  if (type) checkCompatible(ast, context, *type, *definition);
   // Values that only refer to each other are found here.
   behind(node);
   return node;
+}
+
+/// "name : value" of a CHOICE.
+void Resolver::fillAlternative(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
+  if (type.main != TYP_CHOICE) mismatch(ast, context, type);
+  const auto found = std::find_if(
+      type.components.begin(), type.components.end(),
+      [&](const TypeNode* alternative) { return !alternative->isMarker() && alternative->name == ast.text; });
+  if (found == type.components.end()) {
+    error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.text));
+    throw Abandoned();
+  }
+  ValueNode* chosen = makeValue(*ast.inner, context, *found);
+  chosen->name = ast.text;
+  node.components.push_back(chosen);
 }
 
 void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
@@ -328,21 +355,8 @@ void Resolver::fillValue(const ValueAst& ast, const Context& context, TypeNode& 
     case ValueAst::kBString:
     case ValueAst::kHString:
       return fillString(ast, context, type, node);
-    case ValueAst::kChoice: {
-      if (type.main != TYP_CHOICE) mismatch(ast, context, type);
-      const auto found =
-          std::find_if(type.components.begin(), type.components.end(), [&](const TypeNode* alternative) {
-            return !alternative->isMarker() && alternative->name == ast.text;
-          });
-      if (found == type.components.end()) {
-        error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.text));
-        throw Abandoned();
-      }
-      ValueNode* chosen = makeValue(*ast.inner, context, *found);
-      chosen->name = ast.text;
-      node.components.push_back(chosen);
-      return;
-    }
+    case ValueAst::kChoice:
+      return fillAlternative(ast, context, type, node);
     case ValueAst::kTyped:
       if (type.main != TYP_ANY && type.main != TYP_OPEN) mismatch(ast, context, type);
       node.actual_type = makeType(*ast.type, context, nullptr);
@@ -407,54 +421,67 @@ void Resolver::fillReal(const ValueAst& ast, const Context& context, ValueNode& 
   node.exponent = static_cast<int>(exponent);
 }
 
+void Resolver::fillTime(const ValueAst& ast, const Context& context, const TypeNode& type, ValueNode& node) {
+  node.text = ast.text;
+  node.has_text = true;
+  const size_t least = type.main == TYP_UTCTIME ? 11 : 10;
+  const size_t digits = std::min(ast.text.find_first_not_of("0123456789"), ast.text.size());
+  if (digits < least - 1 || ast.text.find_first_not_of("0123456789.,Z+-") != std::string_view::npos)
+    error(context, ast.token, std::string("this is not a time of type ") + asn1Name(type.main));
+}
+
+namespace {
+std::vector<uint32_t> charactersOf(std::string_view text) {
+  std::vector<uint32_t> characters;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
+    uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
+    for (int k = 0; k < more && i + 1 < text.size(); ++k)
+      code = (code << 6) | (static_cast<unsigned char>(text[++i]) & 0x3Fu);
+    characters.push_back(code);
+  }
+  return characters;
+}
+
+constexpr const char* kDigits = "0123456789ABCDEF";
+
+std::string bitsOf(std::string_view hex) {
+  std::string bits;
+  for (char c : hex) {
+    const int value = isDigit(c) ? c - '0' : c - 'A' + 10;
+    for (int bit = 3; bit >= 0; --bit) bits += static_cast<char>('0' + ((value >> bit) & 1));
+  }
+  return bits;
+}
+
+/// Hexadecimal digits of whole octets; what is missing is zero.
+std::string octetsOf(std::string bits) {
+  while (bits.size() % 8) bits += '0';
+  std::string digits;
+  for (size_t i = 0; i < bits.size(); i += 4)
+    digits += kDigits[(bits[i] - '0') * 8 + (bits[i + 1] - '0') * 4 + (bits[i + 2] - '0') * 2 +
+                      (bits[i + 3] - '0')];
+  return digits;
+}
+}  // namespace
+
 void Resolver::fillString(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
   if (ast.kind == ValueAst::kCString) {
-    if (isTime(type.main)) {
-      node.text = ast.text;
-      node.has_text = true;
-      const size_t least = type.main == TYP_UTCTIME ? 11 : 10;
-      const size_t digits = std::min(ast.text.find_first_not_of("0123456789"), ast.text.size());
-      if (digits < least - 1 || ast.text.find_first_not_of("0123456789.,Z+-") != std::string_view::npos) {
-        error(context, ast.token, std::string("this is not a time of type ") + asn1Name(type.main));
-      }
-      return;
-    }
+    if (isTime(type.main)) return fillTime(ast, context, type, node);
     if (!isCharacterString(type.main)) mismatch(ast, context, type);
-    std::vector<uint32_t> characters;
-    for (size_t i = 0; i < ast.text.size(); ++i) {
-      const auto lead = static_cast<unsigned char>(ast.text[i]);
-      const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-      uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
-      for (int k = 0; k < more && i + 1 < ast.text.size(); ++k) {
-        code = (code << 6) | (static_cast<unsigned char>(ast.text[++i]) & 0x3Fu);
-      }
-      characters.push_back(code);
-    }
-    setCharacters(std::move(characters), type, node, placeOf(context, ast.token));
+    setCharacters(charactersOf(ast.text), type, node, placeOf(context, ast.token));
     return;
   }
   if (type.main != TYP_BITSTR && type.main != TYP_OCTSTR) mismatch(ast, context, type);
-  static constexpr const char* kDigits = "0123456789ABCDEF";
   const bool hex = ast.kind == ValueAst::kHString;
-  std::string text(ast.text);
-  if (type.main == TYP_BITSTR && hex) {
-    text.clear();
-    for (char c : ast.text) {
-      const int value = isDigit(c) ? c - '0' : c - 'A' + 10;
-      for (int bit = 3; bit >= 0; --bit) text += static_cast<char>('0' + ((value >> bit) & 1));
-    }
-  } else if (type.main == TYP_OCTSTR && !hex) {
-    while (text.size() % 8) text += '0';
-    std::string digits;
-    for (size_t i = 0; i < text.size(); i += 4) {
-      digits += kDigits[(text[i] - '0') * 8 + (text[i + 1] - '0') * 4 + (text[i + 2] - '0') * 2 +
-                        (text[i + 3] - '0')];
-    }
-    text = std::move(digits);
-  } else if (type.main == TYP_OCTSTR && text.size() % 2) {
-    text += '0';
-  }
-  node.text = std::move(text);
+  node.text = ast.text;
+  if (type.main == TYP_BITSTR && hex)
+    node.text = bitsOf(ast.text);
+  else if (type.main == TYP_OCTSTR && !hex)
+    node.text = octetsOf(std::string(ast.text));
+  else if (type.main == TYP_OCTSTR && ast.text.size() % 2)
+    node.text += '0';
   node.has_text = true;
 }
 

@@ -39,12 +39,19 @@ class Reporter {
   /// An error that has no place in a source.
   void error(const std::string& text);
   int errors() const { return errors_; }
+  /// From now on what only old sources have is an error.
+  void beStrict() { strict_ = true; }
+  /// Such a thing, which is no error otherwise.
+  void notStandard(const Place& place, const std::string& text) {
+    if (strict_) error(place, text);
+  }
 
  private:
   void write(const std::string& line);
   std::set<std::string> written_;
   int errors_ = 0;
   bool prints_;
+  bool strict_ = false;
 };
 
 /// Counts the depth of a recursion; beyond the limit ok() is false.

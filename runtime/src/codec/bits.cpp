@@ -31,6 +31,23 @@ unsigned BitPlace::take(unsigned count, bool from_top) {
   return at;
 }
 
+std::pair<size_t, unsigned> BitPlace::last(bool from_top) const {
+  if (is_aligned()) return {octet ? octet - 1 : 0, from_top ? 0 : 7};
+  return {octet, from_top ? high : low - 1};
+}
+
+void BitSink::set_last_bit(bool one, bool fields_msb) {
+  const auto [octet, bit] = place.last(fields_msb);
+  if (octet >= octets_.size()) return;
+  auto& at = reinterpret_cast<unsigned char&>(octets_[octet]);
+  at = static_cast<unsigned char>((at & ~(1u << bit)) | unsigned(one) << bit);
+}
+
+bool BitSource::last_bit(bool fields_msb) const {
+  const auto [octet, bit] = place.last(fields_msb);
+  return octet < octets_.size() && (static_cast<unsigned char>(octets_[octet]) >> bit & 1);
+}
+
 void BitSink::put_chunk(BitPlace& at, unsigned chunk, unsigned count, BitOrder order) {
   if (order.bits_msb) chunk = static_cast<unsigned>(mirror(chunk, count));
   if (at.octet == octets_.size()) octets_ += '\0';

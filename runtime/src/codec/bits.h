@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace lumos {
 
@@ -29,6 +30,8 @@ struct BitPlace {
 
   size_t bits() const { return octet * 8 + (8 - (high - low)); }
   bool is_aligned() const { return high - low == 8; }
+  // Where the bit stands that was taken last.
+  std::pair<size_t, unsigned> last(bool from_top) const;
   // Takes up to so many bits of the octet; returns where the lowest of them stands.
   unsigned take(unsigned count, bool from_top);
 };
@@ -43,6 +46,8 @@ class BitSink {
   // As put, but over what stands at that place.
   void overwrite(BitPlace at, uint64_t number, unsigned count, BitOrder order);
   void put_octet(unsigned char octet, BitOrder order);
+  // The bit that was put last.
+  void set_last_bit(bool one, bool fields_msb);
   std::string& octets() { return octets_; }
   void clear();
 
@@ -63,6 +68,7 @@ class BitSource {
   // Appends the digits.
   bool get_digits(std::string& digits, size_t count, BitOrder order, size_t limit);
   bool get_octet(unsigned char& octet, BitOrder order, size_t limit);
+  bool last_bit(bool fields_msb) const;
   bool skip(size_t count, BitOrder order, size_t limit);
   size_t size() const { return octets_.size() * 8; }
   std::string_view octets() const { return octets_; }

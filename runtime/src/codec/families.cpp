@@ -4,6 +4,7 @@
 #include <set>
 
 #include "codec/raw.h"
+#include "codec/text.h"
 #include "text/codec.h"
 #include "text/log.h"
 #include "value/symbols.h"
@@ -32,8 +33,22 @@ constexpr CodecFamily raw = {
       return raw_decode(plan_of(type), octets, taken, fault);
     }};
 
+// --- TEXT
+
+const TextPlan& text_plan_of(lumo_type_t type) {
+  std::vector<std::string> errors;
+  return text_plan(type, errors);
+}
+
+constexpr CodecFamily text = {
+    "TEXT", [](lumo_type_t type, std::vector<std::string>& errors) { text_plan(type, errors); },
+    [](Value v, std::string& octets, std::string& fault) { return text_encode(text_plan_of(v->type), v, octets, fault); },
+    [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
+      return text_decode(text_plan_of(type), octets, taken, fault);
+    }};
+
 std::vector<const CodecFamily*>& families() {
-  static auto* all = new std::vector<const CodecFamily*>{&raw};
+  static auto* all = new std::vector<const CodecFamily*>{&raw, &text};
   static const bool has_json = lumo_json_codec && (all->push_back(lumo_json_codec()), true);
   (void)has_json;
   return *all;

@@ -21,6 +21,8 @@ class FieldPath {
  public:
   void enter(const char* name) { names_.push_back(name); }
   void leave() { names_.pop_back(); }
+  size_t depth() const { return names_.size(); }
+  void leave_to(size_t depth) { names_.resize(depth); }
   std::string text() const;
 
  private:
@@ -29,6 +31,14 @@ class FieldPath {
 
 // The part at the end of a path; null where something on the way is omitted or another alternative is chosen.
 Value part_at(Value v, const std::vector<size_t>& path);
+// Whether the extension bits of a value are those of its octets: not those of a list, which are the last bits of its
+// elements, nor of a string that has one octet in any case.
+inline bool has_octet_marks(const RawPlan& plan) {
+  const bool is_groups = plan.kind == lumo_type_kind_integer && plan.form != RawLength::given;
+  const bool is_one = plan.kind == lumo_type_kind_octetstring && plan.form == RawLength::given && plan.length == 1;
+  const bool is_list = plan.kind == lumo_type_kind_recordof || plan.kind == lumo_type_kind_setof || plan.kind == lumo_type_kind_array;
+  return !is_groups && !is_one && !is_list;
+}
 // The number that a length field holds: itself, the part of that name, or such a one in the chosen alternative.
 Value length_leaf(Value field, const std::string& index);
 bool holds_for(const RawCondition& condition, Value part);

@@ -36,12 +36,14 @@ constexpr size_t any_count = SIZE_MAX;
 class Decoder {
  public:
   explicit Decoder(std::string_view octets) : source(octets) {}
-  bool decode(const RawPlan& plan, Value v, RawOrder around, size_t limit);
+  bool decode_all(const RawPlan& plan, Value v);
   std::string fault() const;
+  bool has_fault() const { return has_fault_; }
   void skip_padding(unsigned multiple, size_t limit);
   BitSource source;
 
  private:
+  bool decode(const RawPlan& plan, Value v, RawOrder around, size_t limit);
   bool fail(const char* what);
   bool fail_at(size_t bits, const char* what);
   BitOrder order_of(const RawPlan& plan, RawOrder around) const;
@@ -57,6 +59,7 @@ class Decoder {
   bool decode_list(const RawPlan& plan, Value v, RawOrder around, size_t limit, size_t count);
   bool decode_element(const RawPlan& plan, Value v, RawOrder around, size_t limit);
   bool decode_choice(const RawPlan& plan, Value v, RawOrder around, size_t limit);
+  bool try_alternatives(const RawPlan& plan, Value v, RawOrder around, size_t limit, bool fills);
   bool decode_alternative(const RawPlan& plan, Value v, size_t i, RawOrder around, size_t limit);
   bool decode_record(const RawPlan& plan, Value v, size_t limit);
   bool decode_set(const RawPlan& plan, Value v, size_t limit);
@@ -68,6 +71,8 @@ class Decoder {
   bool go_to_target(const Record& r, size_t i, bool& is_omitted);
   size_t limit_of(const Record& r, size_t i) const;
   size_t count_of(const Record& r, size_t i) const;
+  bool has_own_length(const Record& r, size_t i) const;
+  size_t needed_behind(const Record& r, size_t i, size_t counter) const;
   bool start_counter(const Record& r, size_t i);
   void count_down(const Record& r, size_t i);
   bool check_counters(const Record& r);
@@ -82,6 +87,8 @@ class Decoder {
   int quiet_ = 0;
   size_t forced_ = no_place;    // the alternative of the next union
   size_t count_ = any_count;    // the elements of the next list
+  bool chosen_ = false;         // a tag around was found for the next value
+  bool fills_ = false;          // the next union has all octets to its limit
   bool has_fault_ = false;
   size_t fault_bits_ = 0;
   std::string fault_path_;
@@ -177,9 +184,15 @@ bool Decoder::any_seen(const RawConditions& conditions, const RawPlan& plan, Raw
                      [&](const RawCondition& c) { return seen(c, plan, around, limit); });
 }
 
+bool Decoder::decode_all(const RawPlan& plan, Value v) {
+  fills_ = true;
+  return decode(plan, v, RawOrder::lsb, SIZE_MAX);
+}
+
 bool Decoder::decode(const RawPlan& plan, Value v, RawOrder around, size_t limit) {
   if (stack_is_short()) return fail("the value is nested too deeply");
-  if (!plan.presence.empty() && !any_seen(plan.presence, plan, around, limit))
+  const bool is_chosen = std::exchange(chosen_, false);
+  if (!is_chosen && !plan.presence.empty() && !any_seen(plan.presence, plan, around, limit))
     return fail("the octets are not those that the type begins with");
   return decode_content(plan, v, around, limit);
 }
@@ -188,8 +201,9 @@ bool Decoder::decode_content(const RawPlan& plan, Value v, RawOrder around, size
   const RawOrder order_around = plan.order == RawOrder::inherited ? around : plan.order;
   const BitOrder order = order_of(plan, around);
   const bool is_number = plan.kind == lumo_type_kind_integer;
-  if (plan.extension != RawExtension::none && !is_number && !narrow(plan, limit)) return false;
+  if (plan.extension != RawExtension::none && !is_number && has_octet_marks(plan) && !narrow(plan, limit)) return false;
   const size_t count = std::exchange(count_, any_count);
+  if (plan.kind != lumo_type_kind_union) fills_ = false;
   switch (plan.kind) {
     case lumo_type_kind_integer:
     case lumo_type_kind_enumerated:
@@ -288,7 +302,7 @@ size_t left_until(const BitSource& source, size_t limit) {
 }
 
 bool Decoder::decode_bits(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  const size_t length = plan.form == RawLength::given ? plan.length : left_until(source, limit);
+  const size_t length = plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit));
   std::string digits;
   if (!source.get_digits(digits, length, order, limit)) return fail("the octets end");
   set_text(v, digits);
@@ -296,7 +310,7 @@ bool Decoder::decode_bits(const RawPlan& plan, Value v, BitOrder order, size_t l
 }
 
 bool Decoder::decode_digits(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  const size_t length = plan.form == RawLength::given ? plan.length : left_until(source, limit) / 4;
+  const size_t length = plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit) / 4);
   if (length > left_until(source, limit) / 4) return fail("the octets end");
   reserve_text(v, length);
   constexpr char digit[] = "0123456789ABCDEF";
@@ -317,7 +331,7 @@ bool Decoder::decode_digits(const RawPlan& plan, Value v, BitOrder order, size_t
 
 bool Decoder::decode_octets(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
   const size_t left = left_until(source, limit) / 8;
-  const size_t length = plan.form == RawLength::given ? plan.length : left;
+  const size_t length = plan.form == RawLength::given ? plan.length : std::min(plan.most, left);
   if (length > left) return fail("the octets end");
   std::string_view octets;
   std::string text;
@@ -362,16 +376,28 @@ bool Decoder::decode_list(const RawPlan& plan, Value v, RawOrder around, size_t 
   if (plan.form == RawLength::given) count = plan.length;
   // The slots of an array are there from the beginning.
   v->parts.size = 0;
-  while (v->parts.size < count && (count != any_count || left_until(source, limit) > 0)) {
+  const size_t most = std::min(count, plan.most);
+  while (v->parts.size < most && (count != any_count || left_until(source, limit) > 0)) {
     const size_t before = source.place.bits();
     if (!decode_element(plan, v, around, limit)) {
       if (count != any_count) return false;
       break;
     }
+    const bool is_last = plan.extension != RawExtension::none &&
+                         source.last_bit((plan.order == RawOrder::inherited ? around : plan.order) == RawOrder::msb) ==
+                             (plan.extension == RawExtension::last_is_one);
+    if (is_last) break;
     const bool took_nothing = source.place.bits() == before;
     if (took_nothing && (count == any_count || v->parts.size > source.size())) break;
   }
   return count == any_count || v->parts.size == count || fail("elements are missing");
+}
+
+void drop_alternative(Value v) {
+  destroy(v->parts.data[0]);
+  v->parts.data[0] = nullptr;
+  v->parts.size = 0;
+  v->index = -1;
 }
 
 bool Decoder::decode_alternative(const RawPlan& plan, Value v, size_t i, RawOrder around, size_t limit) {
@@ -388,44 +414,86 @@ bool Decoder::decode_alternative(const RawPlan& plan, Value v, size_t i, RawOrde
     skip_padding(field.plan->padding, limit);
     return true;
   }
-  destroy(part);
-  v->parts.data[0] = nullptr;
-  v->parts.size = 0;
-  v->index = -1;
+  drop_alternative(v);
   return false;
 }
 
 bool Decoder::decode_choice(const RawPlan& plan, Value v, RawOrder around, size_t limit) {
   shape(v);
   const size_t forced = std::exchange(forced_, no_place);
+  const bool fills = std::exchange(fills_, false);
   if (forced != no_place) return decode_alternative(plan, v, forced, around, limit);
   size_t otherwise = no_place;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     const RawField& field = plan.fields[i];
     if (field.is_otherwise) otherwise = i;
-    if (field.has_tag && any_seen(field.tag, *field.plan, around, limit))
-      return decode_alternative(plan, v, i, around, limit);
+    if (!field.has_tag || !any_seen(field.tag, *field.plan, around, limit)) continue;
+    chosen_ = true;
+    return decode_alternative(plan, v, i, around, limit);
   }
   if (otherwise != no_place) return decode_alternative(plan, v, otherwise, around, limit);
+  return try_alternatives(plan, v, around, limit, fills);
+}
+
+// The first alternative that fits; where the union is all that stands there, rather one that leaves no octets.
+bool Decoder::try_alternatives(const RawPlan& plan, Value v, RawOrder around, size_t limit, bool fills) {
   const BitPlace start = source.place;
+  size_t first = no_place;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
-    if (plan.fields[i].has_tag) continue;
-    if (decode_alternative(plan, v, i, around, limit)) return true;
+    if (plan.fields[i].has_tag || !decode_alternative(plan, v, i, around, limit)) {
+      source.place = start;
+      continue;
+    }
+    if (!fills || left_until(source, limit) < 8) return true;
+    if (first == no_place) first = i;
     source.place = start;
+    drop_alternative(v);
   }
+  if (first != no_place) return decode_alternative(plan, v, first, around, limit);
   return fail("no alternative fits");
 }
 
 // --- records
 
+// Bits that fields behind one need, those that are certain to come; of one counter or of the record.
+size_t Decoder::needed_behind(const Record& r, size_t i, size_t counter) const {
+  size_t bits = 0;
+  for (size_t k = i + 1; k < r.plan.fields.size(); ++k) {
+    const RawField& f = r.plan.fields[k];
+    if (counter != no_place && std::find(f.counted_by.begin(), f.counted_by.end(), counter) == f.counted_by.end()) continue;
+    const bool is_due = f.optional && f.has_presence &&
+                        std::any_of(f.presence.begin(), f.presence.end(), [&](const RawCondition& c) {
+                          return c.path[0] < i && holds_for(c, part_at(r.v, c.path));
+                        });
+    if (!f.optional || is_due) bits += f.plan->least_bits;
+  }
+  return bits;
+}
+
+// How far a field may reach. What has no length of its own leaves what the fields behind it need.
 size_t Decoder::limit_of(const Record& r, size_t i) const {
-  size_t limit = r.limit;
-  for (const size_t k : r.plan.fields[i].counted_by) {
+  const RawField& field = r.plan.fields[i];
+  const size_t at = source.place.bits();
+  size_t limit = std::min(r.limit, source.size());
+  const bool is_open = field.plan->form != RawLength::given && field.pointed_by == no_place && r.plan.pointers.empty();
+  auto leave = [&](size_t end, size_t counter) {
+    const size_t needed = is_open ? needed_behind(r, i, counter) : 0;
+    return end >= at + needed ? end - needed : end;
+  };
+  limit = leave(limit, no_place);
+  for (const size_t k : field.counted_by) {
     const Counter& counter = counters_[r.counters + k];
     if (!counter.known || r.plan.lengths[k].unit == unit_elements) continue;
-    limit = std::min(limit, source.place.bits() + static_cast<size_t>(std::max(0L, counter.left)));
+    limit = std::min(limit, leave(at + static_cast<size_t>(std::max(0L, counter.left)), k));
   }
   return limit;
+}
+
+bool Decoder::has_own_length(const Record& r, size_t i) const {
+  const auto& counted_by = r.plan.fields[i].counted_by;
+  return std::any_of(counted_by.begin(), counted_by.end(), [&](size_t k) {
+    return counters_[r.counters + k].known && r.plan.lengths[k].unit != unit_elements && r.plan.lengths[k].counted.size() == 1;
+  });
 }
 
 size_t Decoder::count_of(const Record& r, size_t i) const {
@@ -522,9 +590,11 @@ bool Decoder::decode_present(const Record& r, size_t i, size_t limit) {
   Span& span = spans_[r.spans + i];
   span.start = source.place;
   count_ = count_of(r, i);
+  fills_ = has_own_length(r, i);
   bool good = (field.cross.empty() || choose_alternative(r, i)) && decode(*field.plan, part, r.plan.order, limit);
   forced_ = no_place;
   count_ = any_count;
+  chosen_ = fills_ = false;
   if (!good) {
     source.place = before;
     destroy(part);
@@ -555,7 +625,7 @@ bool Decoder::decode_field(const Record& r, size_t i) {
   if (!is_certain && left_until(source, limit) == 0) return omit(r, i);
   if (field.has_tag && !field.is_otherwise) {
     if (!any_seen(field.tag, *field.plan, r.plan.order, limit)) return omit(r, i);
-    is_certain = true;
+    is_certain = chosen_ = true;
   }
   return decode_present(r, i, limit) || (!is_certain && omit(r, i));
 }
@@ -590,6 +660,7 @@ bool Decoder::decode_set_field(const Record& r, size_t i, bool& found) {
   const Value before = r.v->parts.data[i];
   r.v->parts.data[i] = nullptr;
   const size_t at = source.place.bits();
+  chosen_ = is_certain;
   found = decode_present(r, i, limit) && source.place.bits() > at;
   if (!before) return found || !is_certain;
   Value more = r.v->parts.data[i];
@@ -641,11 +712,11 @@ Value raw_decode(const RawPlan& plan, std::string_view octets, size_t& taken, st
   Decoder decoder(octets);
   Value v = make_root(plan.type, lumo_temp_alloc_c);
   decoder.skip_padding(plan.prepadding, SIZE_MAX);
-  const bool good = decoder.decode(plan, v, RawOrder::lsb, SIZE_MAX);
+  const bool good = decoder.decode_all(plan, v);
   if (good) decoder.skip_padding(plan.padding, SIZE_MAX);
   taken = decoder.source.place.octet + !decoder.source.place.is_aligned();
   // What was tried last tells why octets are left.
-  if (!good || taken < octets.size()) fault = decoder.fault();
+  if (!good || (taken < octets.size() && decoder.has_fault())) fault = decoder.fault();
   return good ? v : nullptr;
 }
 

@@ -80,7 +80,12 @@ void Encoder::ask_for(Value whole, const RawConditions& conditions) {
   for (const RawCondition& c : conditions) {
     Value part = part_at(whole, c.path);
     const Replaced* replaced = part && !replaced_.empty() ? replacement(part) : nullptr;
-    if (holds_for(c, replaced && replaced->by ? replaced->by : part)) return;
+    // What is around has said what the part is to be.
+    if (replaced) return;
+    if (holds_for(c, part)) {
+      if (part) replaced_.push_back({part, c.constant, 0});
+      return;
+    }
     if (settable || !part || !c.constant) continue;
     settable = &c;
     target = part;
@@ -97,9 +102,11 @@ bool Encoder::encode(const RawPlan& plan, Value v, RawOrder around) {
   if (stack_is_short()) return fail("the value is nested too deeply");
   const size_t replaced = replaced_.size();
   if (!plan.presence.empty()) ask_for(v, plan.presence);
+  const BitPlace start = sink.place;
   const bool good = encode_content(plan, v, around);
   replaced_.resize(replaced);
-  return good;
+  const bool has_marks = plan.extension != RawExtension::none && has_octet_marks(plan);
+  return good && (!has_marks || mark_last(plan.extension, start, sink.place));
 }
 
 bool Encoder::encode_content(const RawPlan& plan, Value v, RawOrder around) {
@@ -188,9 +195,8 @@ bool Encoder::encode_number(const RawPlan& plan, lumo_long_integer_t number, Bit
   uint64_t bits;
   if (!number_bits(plan, number, bits))
     return fail("the number " + std::to_string(number) + " does not fit into " + std::to_string(plan.length) + " bits");
-  const BitPlace start = sink.place;
   sink.put(bits, static_cast<unsigned>(plan.length), order);
-  return plan.extension == RawExtension::none || mark_last(plan.extension, start, sink.place);
+  return true;
 }
 
 bool Encoder::encode_float(const RawPlan& plan, double number, BitOrder order) {
@@ -270,14 +276,16 @@ bool Encoder::encode_list(const RawPlan& plan, Value v, RawOrder around) {
   if (plan.form == RawLength::given && v->parts.size != plan.length)
     return fail(std::to_string(v->parts.size) + " elements instead of " + std::to_string(plan.length));
   const RawPlan& element = *plan.fields[0].plan;
-  const BitPlace start = sink.place;
   for (size_t i = 0; i < v->parts.size; ++i) {
     if (!is_there(v->parts.data[i])) return fail("an element is not initialized");
     pad(element.prepadding, element.pattern, {});
     if (!encode(element, v->parts.data[i], around)) return false;
+    if (plan.extension != RawExtension::none)
+      sink.set_last_bit((i + 1 == v->parts.size) == (plan.extension == RawExtension::last_is_one),
+                        (plan.order == RawOrder::inherited ? around : plan.order) == RawOrder::msb);
     pad(element.padding, element.pattern, {});
   }
-  return mark_last(plan.extension, start, sink.place);
+  return true;
 }
 
 bool Encoder::encode_choice(const RawPlan& plan, Value v, RawOrder around) {
@@ -285,13 +293,12 @@ bool Encoder::encode_choice(const RawPlan& plan, Value v, RawOrder around) {
   if (!is_there(v->parts.data[0])) return fail("the value is not completely initialized");
   const size_t replaced = replaced_.size();
   if (!field.tag.empty()) ask_for(v->parts.data[0], field.tag);
-  const BitPlace start = sink.place;
   path_.enter(field.name);
   bool good = encode(*field.plan, v->parts.data[0], around);
   if (good) path_.leave();
   if (good) pad(field.plan->padding, field.plan->pattern, {});
   replaced_.resize(replaced);
-  return good && mark_last(plan.extension, start, sink.place);
+  return good;
 }
 
 // The most significant bit of each octet tells whether it is the last one.
@@ -320,10 +327,8 @@ bool Encoder::encode_record(const RawPlan& plan, Value v) {
     for (const RawAlternative& a : field.cross)
       if (chosen->form == Form::choice && static_cast<long>(a.index) == chosen->index) ask_for(v, a.conditions);
   }
-  const BitPlace start = sink.place;
   spans_.resize(spans + plan.fields.size());
-  bool good = encode_fields(plan, v, spans) && set_lengths(plan, v, spans) && set_pointers(plan, v, spans) &&
-              mark_last(plan.extension, start, sink.place);
+  bool good = encode_fields(plan, v, spans) && set_lengths(plan, v, spans) && set_pointers(plan, v, spans);
   for (const RawGroup& g : plan.groups)
     good = good && mark_last(g.kind, spans_[spans + g.first].start, spans_[spans + g.last].end);
   replaced_.resize(replaced);

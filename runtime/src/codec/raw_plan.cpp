@@ -6,6 +6,7 @@
 #include <map>
 
 #include "codec/constants.h"
+#include "value/subtypes.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -48,6 +49,38 @@ RawWords take_place_words(RawWords& words) {
   std::swap(place.presence, words.presence);
   std::swap(place.cross_tags, words.cross_tags);
   return place;
+}
+
+// A length that the type itself fixes.
+void take_bounds(RawPlan& plan) {
+  if (!plan.has_check || (!is_string_kind(plan.kind) && !is_list_kind(plan.kind))) return;
+  const LengthBounds bounds = length_bounds(plan.type);
+  if (bounds.upper < 0) return;
+  plan.most = static_cast<size_t>(bounds.upper);
+  if (bounds.lower != bounds.upper) return;
+  plan.form = RawLength::given;
+  plan.length = plan.most;
+}
+
+size_t bits_of_unit(lumo_type_kind_t kind) {
+  if (kind == lumo_type_kind_hexstring) return 4;
+  return is_text_kind(kind) || kind == lumo_type_kind_octetstring ? 8 : 1;
+}
+
+// Called in any order: what is below is looked at once more, to a certain depth.
+size_t least_bits(const RawPlan& plan, int depth = 0) {
+  if (depth > 6) return 0;
+  if (has_fields(plan.kind)) {
+    size_t bits = 0;
+    for (const RawField& f : plan.fields) bits += f.optional ? 0 : least_bits(*f.plan, depth + 1);
+    return bits;
+  }
+  if (is_list_kind(plan.kind))
+    return plan.form == RawLength::given ? plan.length * least_bits(*plan.fields[0].plan, depth + 1) : 0;
+  if (plan.kind != lumo_type_kind_union) return plan.form == RawLength::given ? plan.length * bits_of_unit(plan.kind) : 0;
+  size_t bits = SIZE_MAX;
+  for (const RawField& f : plan.fields) bits = std::min(bits, least_bits(*f.plan, depth + 1));
+  return bits;
 }
 
 class Planner {
@@ -148,7 +181,10 @@ void Planner::fill(RawPlan& plan, const RawWords& words) {
   plan.has_check = has_check(plan.type);
   plan.form = words.length_form.value_or(RawLength::variable);
   plan.length = static_cast<size_t>(words.length);
-  is_constructed(plan.kind) ? fill_fields(plan, words) : fill_leaf(plan, words);
+  if (!words.length_form) take_bounds(plan);
+  if (is_constructed(plan.kind)) return fill_fields(plan, words);
+  fill_leaf(plan, words);
+  plan.least_bits = least_bits(plan);
 }
 
 void Planner::fill_leaf(RawPlan& plan, const RawWords& words) {
@@ -226,8 +262,7 @@ bool add_steps(const RawPlan& plan, RawOrder around, std::vector<RawStep>& steps
       return !f.optional && !f.omitted && add_steps(*f.plan, order, steps, depth + 1);
     });
   if (is_constructed(plan.kind) || plan.form != RawLength::given) return false;
-  const size_t unit = plan.kind == lumo_type_kind_hexstring ? 4 : is_text_kind(plan.kind) || plan.kind == lumo_type_kind_octetstring ? 8 : 1;
-  steps.push_back({plan.length * unit, order});
+  steps.push_back({plan.length * bits_of_unit(plan.kind), order});
   return true;
 }
 
@@ -271,6 +306,7 @@ RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& 
 }
 
 void Planner::resolve(RawPlan& plan, const RawWords& words, const std::vector<RawWords>& places) {
+  plan.least_bits = least_bits(plan);
   plan.presence = conditions(plan, words.presence, "PRESENCE");
   if (!is_list_kind(plan.kind)) resolve_tags(plan, words.tags);
   for (const RawExtensionGroup& group : words.extension_groups) {

@@ -83,6 +83,8 @@ struct RawPlan {
   BitOrder bits;  // without the order of fields
   RawLength form = RawLength::variable;
   size_t length = 0;  // with the form `given`: bits, digits, octets, characters or elements
+  size_t most = SIZE_MAX;   // with another form: no more than that
+  size_t least_bits = 0;    // that any value takes
   RawSign sign = RawSign::none;
   bool hex_high = false;
   bool align_left = false;

@@ -175,8 +175,6 @@ constexpr RawWord table[] = {
     {"FORCEOMIT", [](RawWords& w, const Arguments& a) { return add_paths(w.force_omit, a); }},
 };
 
-constexpr std::string_view other_words[] = {"BEGIN", "END", "SEPARATOR", "TEXT_CODING"};
-
 // Words whose arguments are no list of names and values.
 bool read_special(const Word& word, RawWords& w, bool& good) {
   if (word.name == "TAG") {
@@ -195,12 +193,12 @@ bool read_special(const Word& word, RawWords& w, bool& good) {
 }
 
 bool read_word(const Word& word, RawWords& w, std::string& error) {
-  if (std::count(std::begin(other_words), std::end(other_words), word.name)) return true;
   bool good = word.name.empty() && is_json_phrase(word.arguments);
   if (good) return true;
   if (!read_special(word, w, good)) {
     const auto* row = std::find_if(std::begin(table), std::end(table), [&](const RawWord& r) { return word.name == r.name; });
     if (row == std::end(table)) {
+      if (is_known_word(word.name)) return true;
       error = "the word '" + (word.name.empty() ? word.arguments : word.name) + "' is not known";
       return false;
     }

@@ -155,6 +155,16 @@ bool is_path(std::string_view text) {
          text.front() != '.' && text.back() != '.';
 }
 
+bool is_known_word(std::string_view name) {
+  constexpr std::string_view known[] = {
+      "FIELDLENGTH", "COMP",       "BYTEORDER",       "BITORDER", "BITORDERINFIELD", "BITORDERINOCTET", "FIELDORDER",
+      "HEXORDER",    "ALIGN",      "PADDING",         "PREPADDING", "PADDING_PATTERN", "PADDALL",       "EXTENSION_BIT",
+      "EXTENSION_BIT_GROUP",       "LENGTHTO",        "UNIT",     "LENGTHINDEX",     "POINTERTO",       "PTRUNIT",
+      "PTROFFSET",   "PRESENCE",   "TAG",             "CROSSTAG", "REPEATABLE",      "TOPLEVEL",        "FORCEOMIT",
+      "BEGIN",       "END",        "SEPARATOR",       "TEXT_CODING"};
+  return std::find(std::begin(known), std::end(known), name) != std::end(known);
+}
+
 bool is_json_phrase(std::string_view phrase) {
   constexpr std::string_view beginnings[] = {"JSON", "name as ", "omit as ", "default", "as value", "escape as ", "as number",
                                              "as map", "metainfo"};

@@ -27,6 +27,8 @@ bool read_number(std::string_view text, long& number);
 // "name" or "name.of.part".
 bool is_path(std::string_view text);
 
+// Whether a word in capitals is one that some encoding knows.
+bool is_known_word(std::string_view name);
 // Whether a phrase is one of those that the encoding of JSON knows.
 bool is_json_phrase(std::string_view phrase);
 

@@ -1,17 +1,23 @@
 #include "ports/outside.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 
 #include "text/codec.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "ports/addresses.h"
 #include "ports/no_adapter.h"
+#include "report/events.h"
+#include "report/report_file.h"
 #include "value/symbols.h"
+#include "transport/channel.h"
 #include "tri.h"
 #include "value/types.h"
 
@@ -111,9 +117,9 @@ void add_parameters(Parameters& parameters, const Message& m) {
   }
 }
 
-TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* address, const Message& m) {
+TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* address, const Message& m,
+                    std::string& octets) {
   const TriComponentId* component = &from.id.compInst;
-  std::string octets;
   TriSignatureId signature = qualified(m.signature);
   const bool has_content = m.kind == MessageKind::message || m.kind == MessageKind::exception;
   if (has_content && lacks_asn1_codec(m.content)) {
@@ -149,7 +155,7 @@ TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* addr
   }
 }
 
-// --- what the adapter sends, kept until the scheduler looks
+// --- what the adapter or a channel sends, kept until the scheduler looks
 
 struct Arrival {
   MessageKind kind;
@@ -163,6 +169,9 @@ struct Arrival {
   std::vector<std::string> parameters;
   std::string result;
   bool has_result = false;
+  bool from_channel = false;  // the address is "host:port"
+  bool is_fault = false;      // of a channel: the octets are the text of it
+  bool lost = false;          // and what was sent does not arrive
 };
 
 std::mutex arrivals_lock;
@@ -189,8 +198,15 @@ void set_signature(Arrival& a, const TriSignatureId* signature, const TriParamet
     a.parameters.push_back(octets_of(&parameters->parList[i]->par));
 }
 
+// Channels are not read while so much waits to be taken.
+constexpr size_t most_arrivals = 10000, most_queued = 10000, most_octets = size_t(1) << 26;
+std::atomic<size_t> waiting_octets{0}, waiting_arrivals{0};
+std::atomic<bool> queues_are_full{false};
+
 void arrive(Arrival a) {
   std::lock_guard<std::mutex> hold(arrivals_lock);
+  waiting_octets += a.octets.size();
+  ++waiting_arrivals;
   arrivals.push_back(std::move(a));
   something_arrived = true;
   arrived.notify_one();
@@ -238,7 +254,116 @@ bool fill(Message& m, const Arrival& a) {
   return true;
 }
 
+void tell_arrival(const Port& port, const Port& system_port, const Message& m) {
+  if (!m.raw.empty() && log_enabled(lumo_log_msg_event_c))
+    log_line(lumo_log_msg_event_c,
+             port_name(system_port) + " got '" + hex_text(m.raw) + "'O for " + port_name(port));
+  if (!events_wanted) return;
+  Task* outer = current_task;
+  current_task = &port.owner->task;
+  tell(EventKind::arrive, port_name(port), port_name(system_port), m.content ? render(m.content) : "", m.raw);
+  current_task = outer;
+}
+
+void tell_departure(const Port& port, const Port& system_port, const Message& m, const std::string& octets) {
+  if (!octets.empty() && log_enabled(lumo_log_msg_event_c))
+    log_line(lumo_log_msg_event_c, port_name(system_port) + " sends '" + hex_text(octets) + "'O");
+  if (events_wanted)
+    tell(EventKind::send, port_name(port), port_name(system_port), render(m.content), octets);
+}
+
+// --- channels of the library
+
+struct OpenChannel {
+  std::unique_ptr<Channel> channel;
+  size_t mappings = 0;
+};
+std::map<const Port*, OpenChannel> channels;  // by ports of the system
+
+bool has_full_queue(const Port& system_port) {
+  return std::any_of(system_port.mappings.begin(), system_port.mappings.end(),
+                     [](const Port* port) { return port->queues[0].length > most_queued; });
+}
+
+void look_at_queues() {
+  const bool was_full = queues_are_full;
+  queues_are_full = std::any_of(channels.begin(), channels.end(), [](const auto& c) { return has_full_queue(*c.first); });
+  if (queues_are_full && !was_full)
+    log_format(lumo_log_msg_warning_c, "more than %zu messages wait at a port: nothing more is read until they are taken",
+               most_queued);
+}
+
+ChannelEvents events_for(const Port& system_port) {
+  Arrival pattern;
+  pattern.kind = MessageKind::message;
+  pattern.port = system_port.name;
+  pattern.port_index = system_port.index;
+  pattern.component = 0;
+  pattern.from_channel = true;
+  ChannelEvents events;
+  events.message = [pattern](std::string message, std::string peer) {
+    Arrival a = pattern;
+    a.octets = std::move(message);
+    a.has_address = !peer.empty();
+    a.address = std::move(peer);
+    arrive(std::move(a));
+  };
+  events.fault = [pattern](std::string text, bool lost) {
+    Arrival a = pattern;
+    a.octets = std::move(text);
+    a.is_fault = true;
+    a.lost = lost;
+    arrive(std::move(a));
+  };
+  events.pause = [] { return queues_are_full || waiting_arrivals > most_arrivals || waiting_octets > most_octets; };
+  return events;
+}
+
+// False leaves a line in the log.
+bool map_channel(const LinkSpec& spec, const Port& system_port) {
+  OpenChannel& open = channels[&system_port];
+  std::string error;
+  if (!open.channel) open.channel = open_channel(spec, events_for(system_port), error);
+  ++open.mappings;
+  if (open.channel) return true;
+  channels.erase(&system_port);
+  log_line(lumo_log_msg_error_c, std::string("port ") + system_port.name + ": " + error);
+  return false;
+}
+
+Channel* channel_of(const Port& system_port) {
+  const auto found = channels.find(&system_port);
+  return found == channels.end() ? nullptr : found->second.channel.get();
+}
+
+bool send_by(Channel& channel, const Port& system_port, const Message& message) {
+  std::string octets, peer, error;
+  if (message.kind != MessageKind::message) {
+    error = "only messages go through the links of the library";
+  } else if (!encode_for(system_port.name, message.content, octets)) {
+    return false;
+  } else if (message.address && !address_text(message.address, peer)) {
+    error = "the address is neither \"host:port\" nor a record of host and port";
+  } else if (channel.send(octets, peer, error)) {
+    return true;
+  }
+  log_line(lumo_log_msg_error_c, std::string("port ") + system_port.name + ": " + error);
+  return false;
+}
+
+void deliver_fault(const Arrival& a) {
+  const std::string text = "port " + a.port + ": " + a.octets;
+  log_line(a.lost ? lumo_log_msg_error_c : lumo_log_msg_warning_c, text);
+  if (a.lost) end_test_case(lumo_verdict_error_c, text.c_str());
+}
+
+Value sender_address(const Arrival& a) {
+  if (!a.has_address) return nullptr;
+  return a.from_channel ? address_value(address_type(), a.address) : decode_part(address_type(), a.address);
+}
+
 void deliver_arrival(const Arrival& a) {
+  if (a.is_fault) return deliver_fault(a);
   if (!test_case || !test_case->system || !test_case->system->record) return;
   Port* system_port = find_port(*test_case->system, a.port.c_str(), a.port_index);
   bool delivered = false;
@@ -252,8 +377,9 @@ void deliver_arrival(const Arrival& a) {
       delete_message(m);
       break;
     }
-    Value address = a.has_address ? decode_part(address_type(), a.address) : nullptr;
+    Value address = sender_address(a);
     if (address) m->address = copy_value(address, lumo_perm_alloc_c);
+    tell_arrival(port, *system_port, *m);
     deliver(port, m);
     delivered = true;
   }
@@ -278,12 +404,20 @@ void outside_test_case_begins(const char* module, const char* name) {
 
 void outside_test_case_ends() {
   triEndTestCase();
+  channels.clear();
+  queues_are_full = false;
   std::lock_guard<std::mutex> hold(arrivals_lock);
   arrivals.clear();
+  waiting_octets = waiting_arrivals = 0;
   something_arrived = false;
 }
 
 void outside_map(Port& component_port, Port& system_port) {
+  if (const LinkSpec* spec = link_for(system_port.name, system_port.index)) {
+    if (!map_channel(*spec, system_port)) fault("port %s cannot be linked", system_port.name);
+    ++mapped_outside;
+    return;
+  }
   bool refused;
   {
     PortId from(component_port), to(system_port);
@@ -295,12 +429,17 @@ void outside_map(Port& component_port, Port& system_port) {
 }
 
 void outside_unmap(Port& component_port, Port& system_port) {
+  if (const auto open = channels.find(&system_port); open != channels.end()) {
+    if (--open->second.mappings == 0) channels.erase(open);
+    return;
+  }
   PortId from(component_port), to(system_port);
   triUnmap(&from.id, &to.id);
 }
 
 void outside_send(Port& component_port, Port& system_port, Message& message) {
   if (loopback) {
+    tell_departure(component_port, system_port, message, {});
     Message* back = new_message(message.kind);
     back->content = copy_value(message.content, lumo_perm_alloc_c);
     if (message.result) back->result = copy_value(message.result, lumo_perm_alloc_c);
@@ -311,25 +450,30 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
     return;
   }
   bool refused;
-  {
+  if (Channel* channel = channel_of(system_port)) {
+    refused = !send_by(*channel, system_port, message);
+  } else {
     PortId from(component_port), to(system_port);
-    std::string octets;
+    std::string octets, sent;
     TriAddress address;
     if (message.address) {
       encode_for(system_port.name, message.address, octets);
       address = binary(octets);
     }
-    refused = hand_over(from, to, message.address ? &address : nullptr, message) != TRI_OK;
+    refused = hand_over(from, to, message.address ? &address : nullptr, message, sent) != TRI_OK;
+    if (!refused) tell_departure(component_port, system_port, message, sent);
   }
   if (refused) fault("what port %s sends cannot be encoded, or the adapter refuses it", component_port.name);
 }
 
 void outside_action(const std::string& text) {
+  if (execute_instead) fault("it asks for an action");
   log_line(lumo_log_msg_info_c, "action: " + text);
   triSUTactionInformal(text.c_str());
 }
 
 void outside_external_function(lumo_type_t signature, lumo_value_t argv[]) {
+  if (execute_instead) fault("it calls external function '%s'", type_name(signature));
   const lumo_field_info_t* formals = field_info(signature);
   size_t count = formal_count(signature);
   lumo_type_t type = result_type(signature);
@@ -364,24 +508,25 @@ void outside_external_function(lumo_type_t signature, lumo_value_t argv[]) {
 }
 
 void take_messages_from_outside() {
+  if (queues_are_full) look_at_queues();
   if (!something_arrived) return;
   std::list<Arrival> taken;
   {
     std::lock_guard<std::mutex> hold(arrivals_lock);
     taken.swap(arrivals);
+    waiting_octets = waiting_arrivals = 0;
     something_arrived = false;
   }
   for (const Arrival& a : taken) deliver_arrival(a);
+  if (!channels.empty()) look_at_queues();
 }
 
 void wait_outside(Time until) {
   std::unique_lock<std::mutex> hold(arrivals_lock);
   auto wake_up = [] { return something_arrived.load(); };
-  if (until == never) {
-    arrived.wait(hold, wake_up);
-    return;
-  }
-  Time left = until - now();
+  // The end of the run may be asked for meanwhile, and signals wake nobody here.
+  constexpr Time longest = 100000000;
+  Time left = until == never ? longest : std::min(until - now(), longest);
   if (left > 0) arrived.wait_for(hold, std::chrono::nanoseconds(left), wake_up);
 }
 

@@ -7,8 +7,11 @@
 #include "value/error.h"
 #include "value/location.h"
 #include "text/log.h"
+#include "ports/attempts.h"
 #include "ports/outside.h"
+#include "report/events.h"
 #include "template/templates.h"
+#include "run/scheduler.h"
 #include "run/timer.h"
 #include "value/subtypes.h"
 #include "value/types.h"
@@ -27,17 +30,26 @@ Port* port_of(Value v) {
   return v->port;
 }
 
+}  // namespace
+
 std::string port_name(const Port& port) {
   std::string name = port.owner->name + ":" + port.name;
   if (port.index >= 0) name += "[" + std::to_string(port.index) + "]";
   return name;
 }
 
+namespace {
+
 void log_port(const char* what, const Port& port, Value content) {
   if (!log_enabled(lumo_log_msg_event_c)) return;
   std::string text = std::string(what) + " " + port_name(port);
   if (content) text += ": " + render(content);
   log_line(lumo_log_msg_event_c, text);
+}
+
+void log_received(const char* what, const Port& port, Value content) {
+  log_port(what, port, content);
+  if (events_wanted) tell(EventKind::receive, port_name(port), {}, content ? render(content) : "");
 }
 
 Queue& queue_for(Port& port, MessageKind kind) {
@@ -125,16 +137,15 @@ void send_to_port(Port& from, Port& to, Message* message) {
     outside_send(from, to, *message);
     delete_message(message);
   } else {
+    if (events_wanted) tell(EventKind::send, port_name(from), port_name(to), render(message->content));
     deliver(to, message);
   }
 }
 
 Port* connected_to(Port& port, Value recipient) {
   Component* c = component_of(recipient);
-  for (Port* other : port.connections)
-    if (other->owner == c) return other;
-  for (Port* other : port.mappings)
-    if (other->owner == c) return other;
+  for (const auto list : {&Port::connections, &Port::mappings})
+    if (Port* other = c ? linked_port(port, list, *c) : nullptr) return other;
   fault("port %s has no connection to %s", port.name, c ? c->name.c_str() : "null");
 }
 
@@ -187,6 +198,7 @@ void send_message(Port& port, Message* message, Value recipient) {
   bool behind = queue_for(*to, message->kind).length >= long_queue && to->owner != port.owner;
   send_to_port(port, *to, message);
   if (behind) yield();
+  maybe_yield();
 }
 
 bool is_given(Value template_value) {
@@ -201,6 +213,17 @@ Value content_of(Value template_value) {
   if (v->form == Form::special || !is_complete(v))
     fault("a value that is sent is not completely initialized");
   check_belongs(v, v->type);
+  return v;
+}
+
+// What is sent, for the message to own: a value that was made just now from a template is taken as it is.
+Value owned_content_of(Value template_value) {
+  const size_t mark = current_task->roots.size();
+  Value v = content_of(template_value);
+  const bool is_new = v->life == Life::temp && v->root >= mark && !v->pinned && !v->pending;
+  if (!is_new || v->form == Form::external) return copy_value(v, lumo_perm_alloc_c);
+  current_task->roots[v->root] = nullptr;
+  v->life = Life::perm;
   return v;
 }
 
@@ -273,7 +296,7 @@ bool decode_for(const Port& port, Message& m, Value pattern) {
     return false;
   }
   m.decoded_as = type;
-  if (m.content) destroy(m.content);
+  if (m.content) release_content(m.content);
   m.content = copy_value(decoded, lumo_perm_alloc_c);
   return true;
 }
@@ -283,7 +306,9 @@ bool content_fits(const Port& port, Message& m, Value pattern) {
   bool any = !pattern || pattern == lumo_no_value_c;
   if (!decode_for(port, m, any ? nullptr : pattern)) return false;
   if (any) return true;
-  if (type_fits(pattern, m.content)) return match_value(pattern, m.content);
+  if (type_fits(pattern, m.content) && match_value(pattern, m.content)) return true;
+  note_attempt(pattern, m.content);
+  if (type_fits(pattern, m.content)) return false;
   lumo_log_template_mismatch_event("type mismatch", m.content, pattern, current_task);
   return false;
 }
@@ -321,13 +346,35 @@ bool answers_call(const Message& m, bool is_named) {
   return !called || !m.signature || root_of(called) == root_of(m.signature);
 }
 
+constexpr size_t most_taken = 1000;
+
+void take_call(Port& p, const Message& m) {
+  p.taken.push_back({m.signature, m.sender});
+  if (p.taken.size() > most_taken) p.taken.pop_front();
+  remove_head(p, MessageKind::call);
+}
+
+// The signature of the call that is answered, the first one of the recipient's; of a given signature where
+// the answer tells it. Null where no such call was taken.
+lumo_type_t answer_call(Port& p, lumo_type_t signature, Value recipient) {
+  const bool is_named = recipient && recipient->form == Form::component;
+  for (auto call = p.taken.begin(); call != p.taken.end(); ++call) {
+    if (is_named && call->caller != recipient->integer) continue;
+    if (signature && (!call->signature || root_of(signature) != root_of(call->signature))) continue;
+    signature = call->signature;
+    p.taken.erase(call);
+    return signature;
+  }
+  return nullptr;
+}
+
 // A check that names nothing takes whatever is next in one of the queues.
 bool try_check(Port& p, Value sender, Value sender_redirect) {
   for (const Queue& queue : p.queues) {
     Message* m = head_of(p, queue);
     if (!m || !sender_fits(*m, sender)) continue;
     redirect(sender_redirect, sender_of(*m));
-    log_port("check on", p, m->content);
+    log_received("check on", p, m->content);
     return true;
   }
   return false;
@@ -365,6 +412,19 @@ void start_call_timer(Port& port, double timeout) {
 
 }  // namespace
 
+Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& c) {
+  constexpr size_t few = 8;
+  if ((port.*list).size() <= few) {
+    for (Port* other : port.*list)
+      if (other->owner == &c) return other;
+    return nullptr;
+  }
+  for (Port* other : c.ports)
+    for (const Port* back : other->*list)
+      if (back == &port) return other;
+  return nullptr;
+}
+
 void remove_port(std::vector<Port*>& list, Port* port) {
   for (size_t i = 0; i < list.size(); ++i)
     if (list[i] == port) list.erase(list.begin() + static_cast<long>(i--));
@@ -383,7 +443,7 @@ Message* new_message(MessageKind kind) {
 }
 
 void delete_message(Message* m) {
-  if (m->content) destroy(m->content);
+  if (m->content) release_content(m->content);
   if (m->result) destroy(m->result);
   if (m->address) destroy(m->address);
   m->content = m->result = m->address = nullptr;
@@ -431,6 +491,7 @@ void deliver(Port& port, Message* m) {
   bool gone = port.owner->state == State::ended || port.state == PortState::stopped;
   if (gone) {
     log_port("lost at stopped port", port, m->content);
+    if (events_wanted) tell(EventKind::lost, port_name(port), {}, m->content ? render(m->content) : "");
     delete_message(m);
     return;
   }
@@ -452,7 +513,7 @@ using namespace lumos;
 void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipient, lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
-  Value content = copy_value(content_of(value), lumo_perm_alloc_c);
+  Value content = owned_content_of(value);
   Message* m = new_message(MessageKind::message);
   m->content = content;
   log_port("send on", p, content);
@@ -478,16 +539,17 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Value returned = result && result != lumo_no_value_c ? content_of(result) : nullptr;
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
+  answer_call(p, m->signature, recipient);
   log_port("reply on", p, m->content);
   send_message(p, m, recipient);
 }
 
-void lumo_port_raise(lumo_value_t port, lumo_type_t signature, lumo_value_t exception, lumo_value_t recipient,
+void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lumo_value_t recipient,
                      lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
   Message* m = procedure_message(MessageKind::exception, content_of(exception));
-  m->signature = base_kind(signature) == lumo_type_kind_signature ? signature : nullptr;
+  m->signature = answer_call(p, nullptr, recipient);
   log_port("raise on", p, m->content);
   send_message(p, m, recipient);
 }
@@ -502,7 +564,7 @@ lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_va
     if (!m || !sender_fits(*m, sender) || !content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
-    log_port(check ? "check on" : "receive on", p, m->content);
+    log_received(check ? "check on" : "receive on", p, m->content);
     if (!check) remove_head(p, MessageKind::message);
     return true;
   });
@@ -516,8 +578,8 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, true)) return false;
     redirect_parameters(*m, redirect_count, redirects);
     redirect(sender_redirect, sender_of(*m));
-    log_port("getcall on", p, m->content);
-    if (!check) remove_head(p, MessageKind::call);
+    log_received("getcall on", p, m->content);
+    if (!check) take_call(p, *m);
     return true;
   });
 }
@@ -537,7 +599,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect(value_redirect, m->result);
     redirect_parameters(*m, redirect_count, redirects);
     redirect(sender_redirect, sender_of(*m));
-    log_port("getreply on", p, m->content);
+    log_received("getreply on", p, m->content);
     if (!check) {
       remove_head(p, MessageKind::reply);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
@@ -557,7 +619,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     if (!content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect(sender_redirect, sender_of(*m));
-    log_port("catch on", p, m->content);
+    log_received("catch on", p, m->content);
     if (!check) {
       remove_head(p, MessageKind::exception);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);

@@ -36,6 +36,12 @@ struct Queue {
 
 enum class PortState : uint8_t { started, stopped, halted };
 
+// A call that was taken and not answered yet.
+struct TakenCall {
+  lumo_type_t signature;
+  long caller;
+};
+
 struct Port {
   Component* owner = nullptr;
   const char* name = "";
@@ -48,6 +54,7 @@ struct Port {
   bool was_mapped = false;
   bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
+  std::deque<TakenCall> taken;  // the latest of them
   Value call_timer = nullptr;  // wakes the component when a call is over
 };
 
@@ -57,10 +64,15 @@ void make_ports(Component& component, Value element, lumo_type_t type, const cha
 void close_ports(Component& component);
 // Takes connections and mappings away.
 void disconnect_all(Component& component);
+// The port of the component among the connections or mappings of a port; null without one. Ports with many of them ask
+// the other side, since both have each other in their lists.
+Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& component);
 // Takes the port out of a list of connections or mappings.
 void remove_port(std::vector<Port*>& list, Port* port);
 // Puts the message into the queue and wakes the owner; takes the message over.
 void deliver(Port& port, Message* message);
+// "component:port", with the index in an array.
+std::string port_name(const Port& port);
 // Null if there is none.
 Port* find_port(Component& component, const char* name, long index);
 

@@ -44,7 +44,7 @@ void enter_alternatives(Task& task) {
 }
 
 namespace {
-const bool hook_is_set = (hooks.enter_alternatives = enter_alternatives, true);
+const bool behaviour_hook_is_set = (hooks.enter_alternatives = enter_alternatives, true);
 }  // namespace
 
 lumo_type_t called_signature(const Task& task) {

@@ -1,8 +1,12 @@
 #include "run/component.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include "run/defaults.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "ports/attempts.h"
 #include "ports/port.h"
 #include "run/scheduler.h"
 #include "run/timer.h"
@@ -123,6 +127,7 @@ void release_component(Component& c) {
 void bury(Component& c) {
   release_behaviour(c);
   take_verdict(c);
+  if (events_wanted) tell(EventKind::end, c.name);
   c.done = true;
   if (&c == test_case->mtc) {
     c.state = State::ended;
@@ -134,7 +139,7 @@ void bury(Component& c) {
     stop_timers_of(c.task);
     disconnect_all(c);
   }
-  wake_all();
+  wake_watchers();
 }
 
 // --- references
@@ -164,16 +169,36 @@ Value reference_to(const Component& c) {
   return v;
 }
 
+namespace {
+
+// Generated code asks with the same few names, by the same few addresses: where one was found last is tried
+// first.
+long element_index(lumo_type_t type, const char* name) {
+  struct Found {
+    const char* name;
+    lumo_type_t type;
+    long index;
+  };
+  static Found places[256];
+  Found& found = places[(reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5) % 256];
+  const bool hit = found.name == name && found.type == type && found.index >= 0;
+  if (!hit || std::strcmp(field_info(type)[found.index].name, name) != 0)
+    found = {name, type, field_index(type, name)};
+  return found.index;
+}
+
+}  // namespace
+
 Value find_component_element(const char* name) {
   Component* c = current_task->component;
   if (!c || !c->record) return nullptr;
-  long index = field_index(c->record->type, name);
+  long index = element_index(c->record->type, name);
   if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
   return force_part(c->record, static_cast<size_t>(index));
 }
 
 namespace {
-const bool hook_is_set = (hooks.component_element = find_component_element, true);
+const bool component_hook_is_set = (hooks.component_element = find_component_element, true);
 }  // namespace
 
 void check_is_mtc(const char* operation) {
@@ -228,10 +253,17 @@ bool need_not_run(const Component& c) {
   return c.stopped_by_other || (!c.done && !is_running(c));
 }
 
+// What was found once is mostly what is found again, or is followed by it: so many questions cost one walk.
 template <class Property>
 bool any_component(Property has) {
-  for (auto& c : test_case->components)
-    if (is_parallel(*c) && has(*c)) return true;
+  const size_t count = test_case->components.size();
+  for (size_t i = 0; i < count; ++i) {
+    const size_t place = (test_case->found_last + i) % count;
+    const Component& c = *test_case->components[place];
+    if (!is_parallel(c) || !has(c)) continue;
+    test_case->found_last = place;
+    return true;
+  }
   return false;
 }
 
@@ -244,10 +276,17 @@ bool all_components(Property has) {
 template <class One, class All>
 bool ask(const char* operation, lumo_value_t which, One one, All all) {
   check_effect(operation);
-  self();
+  watch_components(self());
   if (which == lumo_value_any_c) return any_component(one);
   if (which == lumo_value_all_c) return all_components(all);
   return one(existing(which));
+}
+
+// What was received and not taken says why a verdict is set.
+void tell_mismatches(std::string& reason) {
+  const std::vector<std::string> mismatches = explain_attempts();
+  for (const std::string& text : mismatches) log_line(lumo_log_msg_info_c, "mismatch: " + text);
+  if (!mismatches.empty()) reason += (reason.empty() ? "" : ": ") + mismatches[0];
 }
 
 void stop_behaviour(Component& c) {
@@ -270,7 +309,7 @@ void stop(Component& c, bool kill) {
   take_verdict(c);
   stop_timers_of(c.task);
   disconnect_all(c);
-  wake_all();
+  wake_watchers();
 }
 
 void stop_or_kill(lumo_value_t component, bool kill) {
@@ -303,6 +342,7 @@ lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lum
   instance->integer = c.number;
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s created", c.name.c_str());
+  if (events_wanted) tell(EventKind::create, c.name);
   return instance;
 }
 
@@ -322,6 +362,8 @@ void lumo_component_start(lumo_value_t component, const char* module, const char
   make_ready(c);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s started: %s.%s", c.name.c_str(), module, function);
+  if (events_wanted) tell(EventKind::start, c.name, {}, std::string(module) + "." + function);
+  maybe_yield();
 }
 
 void lumo_component_stop(lumo_value_t component, lumo_context_t) {
@@ -392,8 +434,13 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   std::string text = std::string("verdict set to ") + verdict_name(given);
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
+  if (given > lumo_verdict_pass_c && !c.task.attempts.empty()) tell_mismatches(reason);
   if (!reason.empty()) text += ": " + reason;
-  if (worse && given > test_case->verdict) test_case->reason = reason;
+  if (worse && given > test_case->verdict) {
+    test_case->reason = reason;
+    test_case->place = current_place();
+  }
+  if (events_wanted) tell(EventKind::verdict, verdict_name(given), {}, reason);
   log_line(given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c, text);
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "report/events.h"
 #include "run/fiber.h"
 #include "value/task.h"
 
@@ -36,10 +37,12 @@ struct Component {
   Value record = nullptr;      // variables, timers and ports by field
   Task task;
   State state = State::idle;
-  bool alive = false;  // may be started again
-  bool done = false;   // a behaviour ended
-  bool polls = false;  // waits, but is to be woken after a while without an event
-  bool busy = false;   // ready since its turn was over, not for an event
+  bool alive = false;        // may be started again
+  bool done = false;         // a behaviour ended
+  bool polls = false;        // waits, but is to be woken after a while without an event
+  bool busy = false;         // ready since its turn was over, not for an event
+  bool is_watching = false;  // asked for the state of components, and none has changed since
+  unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
@@ -56,25 +59,31 @@ struct TestCase {
   lumo_type_t system_type = nullptr;
   lumo_verdict_t verdict = lumo_verdict_none_c;
   std::string reason;
+  Place place;  // where the verdict was decided
+  Time begin = 0;
   bool maps_by_itself = false;  // has no system clause: its ports are mapped at the start
   Time deadline = never;
   bool ended = false;
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
   std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
+  size_t found_last = 0;  // by a search through the components, the next one's beginning
 };
 extern TestCase* test_case;
 
-// What came out of a test case.
-struct Result {
-  std::string module, name;
-  lumo_verdict_t verdict;
-  std::string reason;
-};
+// Told of a test case that is to be executed, and gives the value of the operation in its place; null
+// executes it.
+extern lumo_value_t (*execute_instead)(lumo_symbol_entry_t row, const char* module, const char* testcase,
+                                       unsigned long argc, lumo_value_t argv[], double timeout);
+// With it, the random numbers of a test case depend on its name and the seed only.
+extern bool has_testcase_seed;
+extern uint64_t testcase_seed;
+
 std::vector<Result>& results();
 // Told of each result as it comes; null tells nobody.
-extern void (*result_listener)(const Result& result);
-const char* verdict_name(lumo_verdict_t verdict);
+extern void (*result_listener)(Result& result);
+// Ends the running test case and notes its result; a faulty one may be left in the middle.
+void conclude_test_case();
 
 // --- life of a component
 

@@ -62,11 +62,9 @@ constexpr unsigned in = lumo_field_property_in_value_c;
 constexpr unsigned out = lumo_field_property_out_value_c;
 
 // A port has at most one connection or mapping to a component.
-void check_no_other(const std::vector<Port*>& list, const Port& port, const Port& other) {
-  for (const Port* p : list)
-    if (p->owner == other.owner)
-      fault(
-          "port %s has a connection or mapping to port %s already, and gets none to %s of the same component",
+void check_no_other(std::vector<Port*> Port::*list, const Port& port, const Port& other) {
+  if (const Port* p = linked_port(port, list, *other.owner))
+    fault("port %s has a connection or mapping to port %s already, and gets none to %s of the same component",
           port.name, p->name, other.name);
 }
 
@@ -124,9 +122,9 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
   give_up_own_mapping(a);
   give_up_own_mapping(b);
   if (!a.mappings.empty() || !b.mappings.empty()) fault("a mapped port cannot be connected");
-  if (has(a.connections, &b)) return;
-  check_no_other(a.connections, a, b);
-  check_no_other(b.connections, b, a);
+  if (linked_port(a, &Port::connections, *b.owner) == &b) return;
+  check_no_other(&Port::connections, a, b);
+  check_no_other(&Port::connections, b, a);
   check_directions(a, out, b, in);
   check_directions(b, out, a, in);
   a.connections.push_back(&b);
@@ -162,8 +160,8 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
     component_port.is_mapped_itself = false;
     return;
   }
-  check_no_other(component_port.mappings, component_port, system_port);
-  check_no_other(system_port.mappings, system_port, component_port);
+  check_no_other(&Port::mappings, component_port, system_port);
+  check_no_other(&Port::mappings, system_port, component_port);
   check_directions(component_port, out, system_port, out);
   check_directions(system_port, in, component_port, in);
   outside_map(component_port, system_port);

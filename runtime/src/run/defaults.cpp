@@ -67,7 +67,7 @@ bool keep_for_defaults(Value timers) {
 }
 
 namespace {
-const bool hook_is_set = (hooks.keep_for_defaults = keep_for_defaults, true);
+const bool defaults_hook_is_set = (hooks.keep_for_defaults = keep_for_defaults, true);
 }  // namespace
 
 }  // namespace lumos

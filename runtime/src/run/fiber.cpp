@@ -2,6 +2,8 @@
 #undef _FORTIFY_SOURCE
 #include "run/fiber.h"
 
+#include "value/error.h"
+
 #include <setjmp.h>
 #include <sys/mman.h>
 #include <ucontext.h>
@@ -50,7 +52,11 @@ struct SpareStack {
   size_t size;
 };
 std::vector<SpareStack> spare;
-constexpr size_t most_spare = 64;
+constexpr size_t most_spare = 1024;
+
+// A guard page costs two of the mappings that a process may have, 65,530 by default. Beyond so many stacks
+// the checks of the library itself, at each call of a behaviour, have to do.
+size_t guards_left = 20000;
 
 size_t page_size() {
   static const size_t size = static_cast<size_t>(sysconf(_SC_PAGESIZE));
@@ -67,13 +73,13 @@ bool take_stack(Fiber& fiber) {
   void* memory = mmap(nullptr, stack_size + page_size(), PROT_READ | PROT_WRITE,
                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (memory == MAP_FAILED) return false;
-  mprotect(memory, page_size(), PROT_NONE);
+  if (guards_left > 0 && mprotect(memory, page_size(), PROT_NONE) == 0) --guards_left;
   fiber.memory = static_cast<char*>(memory);
   fiber.size = stack_size;
   return true;
 }
 
-void arrived() {
+void on_arrival() {
 #ifdef LUMOS_ASAN
   const void* bottom = nullptr;
   size_t size = 0;
@@ -86,7 +92,7 @@ void arrived() {
 }
 
 void run_entry() {
-  arrived();
+  on_arrival();
   Fiber* self = running;
   self->entry(self->argument);
 }
@@ -109,6 +115,16 @@ void set_fiber_stack_size(size_t bytes) {
   size_t page = page_size();
   stack_size = (bytes + page - 1) / page * page;
 }
+
+namespace {
+
+// Faults, their text and the adapter's code need some room.
+const char* limit_of(const Fiber& fiber) {
+  constexpr size_t reserve = 48 * 1024;
+  return fiber.memory ? fiber.memory + page_size() + reserve : nullptr;
+}
+
+}  // namespace
 
 Fiber* main_fiber() {
   the_main.started = true;
@@ -156,18 +172,12 @@ void switch_fiber(Fiber* to) {
   if (from == to) return;
   previous = from;
   running = to;
+  stack_limit = limit_of(*to);
 #ifdef LUMOS_ASAN
   __sanitizer_start_switch_fiber(&from->fake_stack, to->bottom, to->bottom_size);
 #endif
   leave(from, to);
-  arrived();
-}
-
-size_t stack_left() {
-  if (running == &the_main) return SIZE_MAX;
-  auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
-  auto low = reinterpret_cast<uintptr_t>(running->memory) + page_size();
-  return here > low ? here - low : 0;
+  on_arrival();
 }
 
 }  // namespace lumos

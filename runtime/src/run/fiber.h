@@ -19,7 +19,5 @@ Fiber* new_fiber(void (*entry)(void*), void* argument);
 void delete_fiber(Fiber* fiber);
 void switch_fiber(Fiber* to);
 Fiber* current_fiber();
-// Bytes of stack that the current fiber has left; very many for the main fiber.
-size_t stack_left();
 
 }  // namespace lumos

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "run/component.h"
+#include "run/ending.h"
 #include "run/scheduler.h"
 #include "value/hooks.h"
 #include "value/error.h"
@@ -28,7 +29,6 @@ Guard* guard = nullptr;
 void leave_guard(bool failed) {
   Guard* left = guard;
   left->failed = failed;
-  if (failed) test_case = nullptr;
   current_task = left->caller_task;
   switch_fiber(left->caller);
 }
@@ -52,6 +52,12 @@ void leave_behaviour() {
 
 namespace {
 
+// A fault of what is around the components of a test case, such as the adapter at its beginning.
+void end_around_test_case(const char* text) {
+  end_test_case(lumo_verdict_error_c, text);
+  conclude_test_case();
+}
+
 // Gives what runs its verdict, and leaves it.
 [[noreturn]] void end_faulty(const char* text) {
   if (Component* c = current_task->component) {
@@ -59,13 +65,15 @@ namespace {
     end_test_case(lumo_verdict_error_c, text);
     leave_component(*c);
   } else if (guard) {
+    if (test_case) end_around_test_case(text);
+    if (!ending_reason() && !log_shows(lumo_log_msg_error_c)) std::fprintf(stderr, "%s\n", text);
     leave_guard(true);
   }
   std::fprintf(stderr, "%s\n", text);
   std::exit(2);
 }
 
-const bool hooks_are_set = (hooks.end_faulty = end_faulty, hooks.stack_left = stack_left, true);
+const bool guard_hook_is_set = (hooks.end_faulty = end_faulty, true);
 
 }  // namespace
 

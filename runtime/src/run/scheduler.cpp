@@ -6,6 +6,7 @@
 
 #include "value/error.h"
 #include "ports/outside.h"
+#include "run/ending.h"
 #include "run/timer.h"
 
 namespace lumos {
@@ -20,7 +21,22 @@ constexpr Time longest_poll_interval = 100 * poll_interval;
 // A simulated test case in which nothing but polling happens for so long is stuck.
 constexpr Time longest_polling = Time(3600) * 1000000000;
 
-std::deque<Component*> ready;
+// An entry for another turn of its component than the next counts no more.
+struct Entry {
+  Component* component;
+  unsigned turn;
+};
+std::deque<Entry> ready;
+std::vector<Component*> watchers;
+uint64_t schedule_state = 0;  // 0: the usual order
+// Of a run with another schedule, which something outside might go on with: how often it waited for that.
+unsigned idle_rounds = 0;
+constexpr unsigned most_idle_rounds = 10;
+
+size_t any_below(size_t n) {
+  schedule_state = schedule_state * 6364136223846793005u + 1442695040888963407u;
+  return (schedule_state >> 33) % n;
+}
 Time next_poll = never;
 Time last_progress = 0;
 Time simulated_poll_interval = poll_interval;
@@ -32,8 +48,8 @@ Component* leaving = nullptr;
 // others have done what they can.
 void pass_time(const Task& task) {
   if (!is_simulated()) return;
-  for (const Component* c : ready)
-    if (!c->busy) return;
+  for (const Entry& entry : ready)
+    if (entry.turn == entry.component->turn && !entry.component->busy) return;
   advance_to(std::min(next_expiry(), now() + (task.polls_by_else ? poll_interval : time_of_a_turn)));
 }
 
@@ -49,6 +65,7 @@ void end_turn() {
   } else {
     task.polls_by_else = false;
     wake_expired(now());
+    check_run_goes_on();
   }
 }
 
@@ -85,7 +102,13 @@ void wake_polling() {
     if (c && c->state == State::waiting && c->polls) make_ready(*c);
 }
 
+// Asking a real clock costs as much as a short turn: while others are ready, only some turns do.
 void check_time() {
+  if (const char* reason = ending_reason()) return end_test_case(lumo_verdict_error_c, reason);
+  constexpr unsigned turns_between = 8;
+  static unsigned turns = 0;
+  if (!is_simulated() && !ready.empty() && ++turns % turns_between != 0) return;
+  if (next_expiry() == never && test_case->deadline == never && next_poll == never) return;
   Time time = now();
   wake_expired(time);
   if (time >= test_case->deadline) {
@@ -102,7 +125,7 @@ void idle() {
   if (next_poll < next) next = next_poll;
   if (is_simulated()) {
     bool stuck = next == never || (only_polling && now() - last_progress > longest_polling);
-    if (stuck && !outside_may_send())
+    if (stuck && (!outside_may_send() || (schedule_state && ++idle_rounds > most_idle_rounds)))
       return end_test_case(lumo_verdict_error_c, "all components wait and nothing can happen any more");
     if (next != never) return advance_to(next);
     return wait_outside(never);
@@ -125,26 +148,27 @@ void schedule() {
       idle();
       continue;
     }
-    Component* c = ready.front();
+    if (schedule_state) std::swap(ready.front(), ready[any_below(ready.size())]);
+    const Entry next = ready.front();
     ready.pop_front();
-    if (c->state == State::ready) resume(*c);
+    if (next.turn == next.component->turn && next.component->state == State::ready) resume(*next.component);
   }
 }
 
 void make_ready(Component& c) {
   c.state = State::ready;
   c.polls = false;
-  ready.push_back(&c);
+  ready.push_back({&c, c.turn});
 }
 
 void clear_schedule() {
   ready.clear();
+  watchers.clear();
   next_poll = never;
 }
 
 void drop_from_ready(Component& c) {
-  for (size_t i = 0; i < ready.size(); ++i)
-    if (ready[i] == &c) ready.erase(ready.begin() + static_cast<long>(i--));
+  ++c.turn;
 }
 
 void to_scheduler() {
@@ -157,13 +181,23 @@ void leave_component(Component& c) {
   std::abort();  // nobody switches here again
 }
 
-void wake_all() {
-  for (auto& c : test_case->components)
-    if (c) wake(*c);
+void watch_components(Component& c) {
+  if (c.is_watching) return;
+  c.is_watching = true;
+  watchers.push_back(&c);
+}
+
+void wake_watchers() {
+  for (Component* c : watchers) {
+    c->is_watching = false;
+    wake(*c);
+  }
+  watchers.clear();
 }
 
 void wake(Component& c) {
   c.task.event = true;
+  idle_rounds = 0;
   if (is_simulated()) {
     last_progress = now();
     simulated_poll_interval = poll_interval;
@@ -174,6 +208,14 @@ void wake(Component& c) {
 void wake_task(Task& task) {
   task.event = true;
   if (task.component) wake(*task.component);
+}
+
+void set_schedule_seed(uint64_t seed) {
+  schedule_state = seed ? seed * 2 + 1 : 0;
+}
+
+void maybe_yield() {
+  if (schedule_state && test_case && current_task->component && any_below(2)) yield();
 }
 
 void yield() {
@@ -189,16 +231,20 @@ using namespace lumos;
 
 void lumo_component_snapshot(lumo_context_t) {
   take_step();
-  current_task->snapshot_time = now();
+  maybe_yield();
+  current_task->snapshot_time = never;
   current_task->event = false;
+  if (!current_task->attempts.empty() || !current_task->kept_contents.empty()) end_attempts(*current_task);
 }
 
 namespace {
 
 // A control part has nobody beside it: it sleeps until one of its timers expires.
 void wait_in_control_part() {
+  check_run_goes_on();
   Time next = next_expiry();
   if (next == never) fault("the control part waits and nothing can happen any more");
+  next = std::min(next, control_deadline());
   if (is_simulated()) {
     advance_to(next);
   } else {

@@ -18,6 +18,14 @@ void drop_from_ready(Component& component);
 void to_scheduler();
 // Leaves the component's stack for good; the scheduler does what is left to do.
 [[noreturn]] void leave_component(Component& component);
-void wake_all();
+// The component is woken at the next change of a component's state.
+void watch_components(Component& component);
+// The state of a component changed.
+void wake_watchers();
+// Another schedule for each seed above 0: the next component is any that is ready, and one that tells another
+// something, or looks for events, may have to wait for its next turn first. 0 for the usual order.
+void set_schedule_seed(uint64_t seed);
+// Behind what others can notice.
+void maybe_yield();
 
 }  // namespace lumos

@@ -1,8 +1,11 @@
 // Test cases: from execute to the verdict.
+#include <algorithm>
+
 #include "run/component.h"
 #include "value/error.h"
 #include "text/log.h"
 #include "ports/outside.h"
+#include "run/ending.h"
 #include "run/scheduler.h"
 #include "value/memory.h"
 #include "template/templates.h"
@@ -83,39 +86,56 @@ void hand_back(unsigned long argc, lumo_value_t argv[], Value* kept) {
 lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long argc, lumo_value_t argv[],
                           Value* kept) {
   log_format(lumo_log_msg_info_c, "test case %s.%s started", tc.module.c_str(), tc.name.c_str());
+  if (has_testcase_seed) set_random_seed(testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
+  tell_begin(tc.module, tc.name, tc.begin);
   test_case = &tc;
+  watch_deadline(tc.deadline);
   run_test_case(tc, row, argc, argv);
-  test_case = nullptr;
+  watch_deadline(control_deadline());
   lumo_type_t signature = testcase_clause(row, 0);
   keep_results(tc, signature ? field_info(signature) : nullptr, argc, kept);
-  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", tc.module.c_str(),
-             tc.name.c_str(), verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
-  results().push_back({tc.module, tc.name, tc.verdict, tc.reason});
-  if (result_listener) result_listener(results().back());
-  return tc.verdict;
+  conclude_test_case();
+  return results().back().verdict;
 }
 
 }  // namespace
 
-void (*result_listener)(const Result& result) = nullptr;
+lumo_value_t (*execute_instead)(lumo_symbol_entry_t, const char*, const char*, unsigned long, lumo_value_t[],
+                                double) = nullptr;
+bool has_testcase_seed = false;
+uint64_t testcase_seed = 0;
+void (*result_listener)(Result& result) = nullptr;
 
 std::vector<Result>& results() {
   static auto* all = new std::vector<Result>;
   return *all;
 }
 
-const char* verdict_name(lumo_verdict_t verdict) {
-  static const char* const names[] = {"none", "pass", "inconc", "fail", "error"};
-  return names[verdict];
-}
-
 void end_test_case(lumo_verdict_t verdict, const char* reason) {
   if (verdict > test_case->verdict) {
     test_case->verdict = verdict;
     test_case->reason = reason;
+    const Component* c = current_task->component ? current_task->component : test_case->mtc;
+    test_case->place = place_of(c ? c->task : *current_task);
   }
   if (!test_case->ended && !current_task->component) log_line(lumo_log_msg_error_c, reason);
   test_case->ended = true;
+}
+
+void conclude_test_case() {
+  Undisturbed until_told;
+  TestCase& tc = *test_case;
+  if (const char* why = log_failure(); why && tc.verdict != lumo_verdict_error_c) {
+    tc.verdict = lumo_verdict_error_c;
+    tc.reason = std::string("the log cannot be written: ") + why;
+  }
+  const Time duration = now() - tc.begin;
+  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", tc.module.c_str(),
+             tc.name.c_str(), verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
+  results().push_back({tc.module, tc.name, tc.verdict, tc.reason, tc.place, tc.begin, duration});
+  test_case = nullptr;
+  if (result_listener) result_listener(results().back());
+  tell_end(results().back());
 }
 
 }  // namespace lumos
@@ -125,8 +145,10 @@ using namespace lumos;
 lumo_value_t lumo_component_execute(const char* module, const char* testcase, unsigned long argc,
                                     lumo_value_t argv[], double timeout, lumo_context_t context) {
   check_not_running("execute");
+  check_run_goes_on();
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, testcase, context);
   if (!row->function_ptr) fault("'%s.%s' is no test case", module, testcase);
+  if (execute_instead) return execute_instead(row, module, testcase, argc, argv, timeout);
   Scratch<Value> kept(argc);
   lumo_verdict_t verdict;
   {
@@ -135,9 +157,12 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
     tc.name = testcase;
     tc.scheduler = current_fiber();
     tc.caller = current_task;
-    if (timeout >= 0) tc.deadline = now() + duration_of(timeout);
+    tc.begin = now();
+    tc.deadline = control_deadline();
+    if (timeout >= 0) tc.deadline = std::min(tc.deadline, tc.begin + duration_of(timeout));
     verdict = verdict_of(row, tc, argc, argv, kept.data());
   }
+  check_run_goes_on();
   hand_back(argc, argv, kept.data());
   return lumo_value_set_verdict(make_root(lumo_verdicttype_type, lumo_temp_alloc_c), verdict, context);
 }

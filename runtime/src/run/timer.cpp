@@ -6,6 +6,8 @@
 #include <cstdio>
 
 #include "value/error.h"
+#include "report/events.h"
+#include "run/component.h"
 #include "text/log.h"
 #include "value/hooks.h"
 #include "value/types.h"
@@ -114,14 +116,22 @@ const char* name_of(const Timer* timer) {
 
 void take_timeout(Timer* timer) {
   if (log_enabled(lumo_log_msg_event_c)) log_format(lumo_log_msg_event_c, "timeout of %s", name_of(timer));
+  if (events_wanted) tell(EventKind::timeout, name_of(timer));
   halt(timer);
+}
+
+// The time of the snapshot is that of the first question for it, since most alternatives ask for none.
+Time snapshot_time() {
+  if (current_task->snapshot_time == never) current_task->snapshot_time = now();
+  return current_task->snapshot_time;
 }
 
 // The one of the task's timers that expired first.
 Timer* first_expired() {
   Timer* first = nullptr;
+  const Time time = snapshot_time();
   for (Timer* t = current_task->timers; t; t = t->next)
-    if (expired(t, current_task->snapshot_time) && (!first || t->expiry < first->expiry)) first = t;
+    if (expired(t, time) && (!first || t->expiry < first->expiry)) first = t;
   return first;
 }
 
@@ -199,9 +209,9 @@ void stop_timers_outside(Task& task, Value record) {
 }
 
 namespace {
-const bool hooks_are_set =
-    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer,
-     hooks.copy_timer_default = copy_timer_default, hooks.timer_text = timer_text, true);
+const bool timer_hooks_are_set =
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
+     hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos
@@ -213,6 +223,7 @@ namespace {
 // Neither the local definitions of an altstep nor the declarations of a component use timers.
 void check_use(const char* operation) {
   check_effect(operation);
+  if (execute_instead && !current_task->component) fault("it uses timers");
   if (current_task->furnishing) fault("timer operation '%s' in the declarations of a component", operation);
 }
 
@@ -236,6 +247,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
   enqueue(timer);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "start of %s for %g s", name_of(timer), duration);
+  if (events_wanted) tell(EventKind::timer_start, name_of(timer), {}, std::to_string(duration) + " s");
 }
 
 void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
@@ -247,6 +259,7 @@ void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
   Timer* timer = timer_of(value);
   if (timer->running && log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "stop of %s", name_of(timer));
+  if (timer->running && events_wanted) tell(EventKind::timer_stop, name_of(timer));
   halt(timer);
 }
 
@@ -273,7 +286,7 @@ lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
 lumo_boolean_t lumo_timer_try_timed_out(lumo_value_t value, lumo_context_t) {
   check_use("timeout");
   Timer* timer = value == lumo_value_any_c ? first_expired() : timer_of(value);
-  if (!timer || !expired(timer, current_task->snapshot_time)) return false;
+  if (!timer || !timer->running || !expired(timer, snapshot_time())) return false;
   take_timeout(timer);
   return true;
 }

@@ -1,9 +1,13 @@
 #include "suite/params.h"
 
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <set>
 
+#include "suite/nearest.h"
+#include "text/log.h"
 #include "value/error.h"
 #include "value/value.h"
 
@@ -11,8 +15,24 @@ namespace lumos {
 
 namespace {
 
-std::map<std::string, std::string>& given() {
-  static auto* all = new std::map<std::string, std::string>;
+struct Given {
+  std::string text;
+  std::string place;              // in a file
+  bool is_shared = false;         // in a file of parameters
+  mutable bool is_asked = false;  // some module has it
+};
+
+std::string place;
+bool reads_shared_file = false;
+
+std::map<std::string, Given>& given() {
+  static auto* all = new std::map<std::string, Given>;
+  return *all;
+}
+
+// The names that modules asked for.
+std::set<std::string>& asked() {
+  static auto* all = new std::set<std::string>;
   return *all;
 }
 
@@ -23,9 +43,13 @@ std::string trimmed(const std::string& text) {
 }
 
 const std::string* find(const char* module, const char* name) {
-  auto found = given().find(std::string(module) + "." + name);
-  if (found == given().end()) found = given().find(name);
-  return found == given().end() ? nullptr : &found->second;
+  const std::string full_name = std::string(module) + "." + name;
+  asked().insert(full_name);
+  auto plain = given().find(name), full = given().find(full_name);
+  if (plain != given().end()) plain->second.is_asked = true;
+  if (full != given().end()) full->second.is_asked = true;
+  if (full == given().end()) full = plain;
+  return full == given().end() ? nullptr : &full->second.text;
 }
 
 }  // namespace
@@ -36,7 +60,7 @@ bool add_parameter(const std::string& definition) {
   std::string name = trimmed(definition.substr(0, equals));
   if (!name.empty() && name.back() == ':') name = trimmed(name.substr(0, name.size() - 1));
   if (name.empty()) return false;
-  given()[name] = trimmed(definition.substr(equals + 1));
+  given()[name] = {trimmed(definition.substr(equals + 1)), place, reads_shared_file};
   return true;
 }
 
@@ -50,11 +74,37 @@ bool read_parameter_file(const std::string& path, std::string& error) {
   for (int number = 1; std::getline(in, line); ++number) {
     line = trimmed(line);
     if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
-    if (add_parameter(line)) continue;
+    set_parameter_place(path + ", line " + std::to_string(number));
+    reads_shared_file = true;
+    const bool is_good = add_parameter(line);
+    reads_shared_file = false;
+    set_parameter_place("");
+    if (is_good) continue;
     error = path + ", line " + std::to_string(number) + ": '=' is missing";
     return false;
   }
   return true;
+}
+
+void set_parameter_place(const std::string& new_place) {
+  place = new_place;
+}
+
+bool all_parameters_known() {
+  const std::vector<std::string> known(asked().begin(), asked().end());
+  bool all_known = true;
+  for (const auto& [name, one] : given()) {
+    if (one.is_asked) continue;
+    const std::string text = one.place + (one.place.empty() ? "" : ": ") + "there is no module parameter '" +
+                             name + "'" + did_you_mean(name, known);
+    if (one.is_shared) {
+      log_line(lumo_log_msg_warning_c, text);
+    } else {
+      std::fprintf(stderr, "%s\n", text.c_str());
+      all_known = false;
+    }
+  }
+  return all_known;
 }
 
 bool set_from_parameter(const char* module, const char* name, lumo_value_t location) {

@@ -1,12 +1,22 @@
 #include "suite/suite.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "value/error.h"
+#include "report/reports.h"
+#include "run/ending.h"
+#include "run/scheduler.h"
+#include "suite/explore.h"
+#include "suite/jobs.h"
+#include "suite/params.h"
+#include "suite/plan.h"
+#include "suite/selection.h"
+#include "ports/outside.h"
 #include "text/log.h"
-#include "suite/suite_options.h"
+#include "text/log_file.h"
+#include "value/error.h"
 #include "value/symbols.h"
 #include "value/types.h"
 
@@ -24,63 +34,143 @@ void call_register(void* argument) {
   static_cast<Registration*>(argument)->function(true, current_task);
 }
 
-struct Selected {
-  std::string module, name;
-  double timeout;
+struct Execution {
+  const Selected* selected;
 };
 
 void execute_selected(void* argument) {
-  auto* selected = static_cast<Selected*>(argument);
-  lumo_component_execute(selected->module.c_str(), selected->name.c_str(), 0, nullptr, selected->timeout,
+  const Selected& s = *static_cast<Execution*>(argument)->selected;
+  std::vector<lumo_value_t> arguments = s.arguments;
+  arguments.push_back(nullptr);
+  lumo_component_execute(s.module.c_str(), s.name.c_str(), s.arguments.size(), arguments.data(), s.timeout,
                          current_task);
 }
 
-size_t parameter_count(const lumo_symbol_entry_struct_t& row) {
-  const lumo_field_info_t* fields = row.type_descriptor ? field_info(row.type_descriptor) : nullptr;
-  return fields && fields[0].type ? field_count(fields[0].type) : 0;
+// What is done when the process cannot go on: each step at most once, also if one of them fails.
+void conclude_in_error(const char* reason) {
+  if (!test_case) return;
+  end_test_case(lumo_verdict_error_c, reason);
+  conclude_test_case();
+  outside_test_case_ends();
 }
 
-bool is_own_testcase(const lumo_symbol_entry_struct_t& row) {
-  return row.kind == lumo_symbol_entry_kind_testcase && row.function_ptr && !std::strchr(row.name, '.');
+void abandon(const char* reason) {
+  static void (*const steps[])(const char*) = {
+      conclude_in_error, [](const char*) { tell_run_ends(results()); }, [](const char*) { print_summary(); },
+      [](const char*) { status_of_results(); }, [](const char*) { close_log_files(); }};
+  static size_t next = 0;
+  while (next < std::size(steps)) steps[next++](reason);
 }
 
-// A test case of the module named, or of any module, the root first.
-bool find_testcase(const std::string& name, Selected& selected) {
-  size_t point = name.find('.');
-  std::vector<Module> modules = registered_modules();
-  for (int round = 0; round < 2; ++round) {
-    for (const Module& m : modules) {
-      if ((round == 0) != m.is_root) continue;
-      if (point != std::string::npos && name.compare(0, point, m.name) != 0) continue;
-      std::string wanted = point == std::string::npos ? name : name.substr(point + 1);
-      for (unsigned long i = 0; i < m.row_count; ++i) {
-        if (!is_own_testcase(m.rows[i]) || wanted != m.rows[i].name) continue;
-        if (parameter_count(m.rows[i])) {
-          std::fprintf(stderr, "test case '%s' has parameters and can only be run by the control part\n",
-                       name.c_str());
-          return false;
-        }
-        selected.module = m.name;
-        selected.name = wanted;
-        return true;
-      }
+bool open_reports(const SuiteOptions& options) {
+  bool to_output = true;
+  for (const auto& [form, path] : options.reports) {
+    errno = 0;
+    std::unique_ptr<Reporter> reporter = form->make(path);
+    if (!reporter) {
+      std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
+      return false;
     }
+    to_output = to_output && !path.empty() && path != "-";
+    add_reporter(std::move(reporter));
   }
-  std::fprintf(stderr, "there is no test case '%s'\n", name.c_str());
-  return false;
-}
-
-bool select_testcases(const SuiteOptions& options, std::vector<Selected>& list) {
-  for (const std::string& name : options.testcases) {
-    Selected selected;
-    selected.timeout = options.timeout < 0 ? lumo_duration_forever_c : options.timeout;
-    if (!find_testcase(name, selected)) return false;
-    list.push_back(selected);
-  }
+  tell_results(to_output);
   return true;
 }
 
+// The test cases of the run; whether the control part is run itself.
+struct Program {
+  std::vector<Selected> testcases;
+  bool runs_control_part = false;
+};
+
+bool needs_testcases(const SuiteOptions& o) {
+  return o.jobs > 1 || o.shards || o.shuffle || o.explore;
+}
+
+// False if there is nothing to be run.
+bool make_program(const SuiteOptions& options, const char* control_part, Program& program) {
+  if (!program.testcases.empty()) return true;
+  program.runs_control_part = true;
+  if (!has_control_part(control_part)) {
+    program.runs_control_part = false;
+    for (const std::string& name : testcase_names(true))
+      if (!select_testcases({name}, options.timeout, program.testcases)) return false;
+    if (!program.testcases.empty()) return true;
+    std::fprintf(stderr, "the root module has neither a control part nor test cases without parameters\n");
+    return false;
+  }
+  if (!needs_testcases(options)) return true;
+  std::string why;
+  program.runs_control_part = !plan_control_part(control_part, program.testcases, why);
+  if (program.runs_control_part)
+    std::fprintf(stderr, "the control part is run as a whole, in one process: %s\n", why.c_str());
+  return true;
+}
+
+void arrange(const SuiteOptions& options, Program& program) {
+  if (options.shards && program.runs_control_part) {
+    program.runs_control_part = options.shard == 1;
+  } else if (options.shards) {
+    keep_shard(program.testcases, options.shard, options.shards);
+  }
+  if (options.shuffle) shuffle(program.testcases, options.seed);
+  set_planned(program.runs_control_part ? 0 : program.testcases.size() * static_cast<size_t>(options.repeat));
+}
+
+bool some_failed() {
+  for (const Result& r : results())
+    if (!is_good(r.verdict)) return true;
+  return false;
+}
+
+bool run_control_part(const SuiteOptions& options, const char* control_part) {
+  set_control_deadline(options.timeout < 0 ? never : now() + duration_of(options.timeout));
+  const bool good = lumo_execute_control_part(control_part, lumo_no_context_c);
+  set_control_deadline(never);
+  return good;
+}
+
+bool run_once(const SuiteOptions& options, const Program& program, const char* control_part) {
+  if (program.runs_control_part) return run_control_part(options, control_part);
+  if (options.explore) return explore(program.testcases, options.explore, options.seed);
+  if (options.jobs > 1) return run_in_processes(program.testcases, options.jobs, options.until_fail);
+  for (const Selected& s : program.testcases)
+    if (!execute(s) || (options.until_fail && some_failed())) return false;
+  return true;
+}
+
+bool run_program(const SuiteOptions& options, const Program& program, const char* control_part) {
+  if (options.has_seed || options.shuffle || options.explore)
+    std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
+  if (options.has_seed) set_seed_of_testcases(options.seed);
+  bool good = true;
+  const bool forever = options.until_fail && options.repeat == 1;
+  for (long round = 0; (forever || round < options.repeat) && !ending_reason(); ++round) {
+    good = run_once(options, program, control_part) && good;
+    if (options.until_fail && (!good || some_failed())) break;
+  }
+  return good;
+}
+
+int run_initialized(const SuiteOptions& options, Program& program, const char* control_part) {
+  if (!all_parameters_known() || !make_program(options, control_part, program)) return start_fault;
+  arrange(options, program);
+  if (!open_reports(options)) return start_fault;
+  bool good = run_program(options, program, control_part);
+  good = lumo_finalize(lumo_no_context_c) && good;
+  tell_run_ends(results());
+  print_summary();
+  const int status = status_of_results();
+  return good ? status : 1;
+}
+
 }  // namespace
+
+bool execute(const Selected& selected) {
+  Execution execution{&selected};
+  return run_guarded("control", execute_selected, &execution);
+}
 
 void list_modules() {
   for (const Module& m : registered_modules()) {
@@ -90,74 +180,69 @@ void list_modules() {
   }
 }
 
-void report_verdict(const Result& result) {
-  std::printf("%s.%s: %s\n", result.module.c_str(), result.name.c_str(), verdict_name(result.verdict));
-  std::fflush(stdout);
-}
-
-namespace {
-const bool listens = (result_listener = report_verdict, true);
-}  // namespace
-
-void print_summary() {
-  if (results().empty()) return;
-  size_t counts[5] = {};
-  for (const Result& r : results()) ++counts[r.verdict];
-  std::printf("%zu test case%s: %zu pass, %zu none, %zu inconc, %zu fail, %zu error\n", results().size(),
-              results().size() == 1 ? "" : "s", counts[lumo_verdict_pass_c], counts[lumo_verdict_none_c],
-              counts[lumo_verdict_inconc_c], counts[lumo_verdict_fail_c], counts[lumo_verdict_error_c]);
-  std::fflush(stdout);
-}
-
-int status_of_results() {
-  for (const Result& r : results())
-    if (r.verdict != lumo_verdict_pass_c && r.verdict != lumo_verdict_none_c) return 1;
-  return 0;
-}
-
 bool register_root(lumo_register_function_t function) {
   Registration registration{function};
   return run_guarded("", call_register, &registration);
 }
 
 int run_registered(const SuiteOptions& options, const char* control_part) {
-  std::vector<Selected> selected;
-  if (!select_testcases(options, selected)) return start_fault;
-  lumo_pre_initialize(lumo_no_context_c);
-  if (!lumo_initialize(lumo_no_context_c)) return start_fault;
-  bool good = true;
-  for (Selected& s : selected) good = run_guarded("control", execute_selected, &s) && good;
-  if (selected.empty()) good = lumo_execute_control_part(control_part, lumo_no_context_c);
-  good = lumo_finalize(lumo_no_context_c) && good;
-  print_summary();
-  return good ? status_of_results() : 1;
+  watch_process(abandon);
+  Program program;
+  int status = start_fault;
+  if (options.testcases.empty() || select_testcases(options.testcases, options.timeout, program.testcases)) {
+    lumo_pre_initialize(lumo_no_context_c);
+    if (lumo_initialize(lumo_no_context_c)) status = run_initialized(options, program, control_part);
+  }
+  end_watch();
+  return status;
 }
 
 }  // namespace lumos
 
 using namespace lumos;
 
+namespace {
+
+// Those that the patterns choose, a name each.
+int list_selected(const SuiteOptions& options) {
+  std::vector<Selected> selected;
+  if (!select_testcases(options.testcases, -1, selected)) return start_fault;
+  for (const Selected& s : selected) std::printf("%s\n", s.full_name().c_str());
+  return 0;
+}
+
+void print_versions() {
+  const Module* root = root_module();
+  std::printf("%s, with the run-time library of Orvane %s\n", root ? root->name : "suite", ORVANE_VERSION);
+  for (const Module& m : registered_modules())
+    std::printf("module %s %s\n", m.name, m.language ? m.language : "");
+}
+
+}  // namespace
+
 int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t register_function,
                                const char* control_part) {
   SuiteOptions options;
   if (!read_suite_options(argc, argv, options)) return start_fault;
   if (options.help) {
-    print_suite_help(argc > 0 ? argv[0] : "suite");
+    print_suite_help(options.program.c_str());
     return 0;
   }
   if (!register_root(register_function)) return start_fault;
-  if (options.list) {
-    list_modules();
+  if (options.list && !options.testcases.empty()) return list_selected(options);
+  if (options.list || options.version) {
+    options.list ? list_modules() : print_versions();
     return 0;
   }
   int status = run_registered(options, control_part);
-  close_log();
+  close_log_files();
+  if (status == 0 && log_failure()) status = status_of_results();
   return status;
 }
 
 void lumo_run_test_suite(int argc, char* argv[], lumo_register_function_t register_function,
                          const char* control_part) {
   int status = lumo_run_test_suite_status(argc, argv, register_function, control_part);
-  std::fflush(stdout);
+  if (std::fflush(stdout) != 0 && status == 0) status = 1;
   std::exit(status);
 }

@@ -4,12 +4,18 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fstream>
+
+#include "report/reports.h"
 #include "value/clock.h"
 #include "run/fiber.h"
 #include "text/log.h"
+#include "text/log_file.h"
 #include "template/match.h"
 #include "ports/outside.h"
+#include "suite/nearest.h"
 #include "suite/params.h"
+#include "transport/link_spec.h"
 
 namespace lumos {
 
@@ -31,6 +37,53 @@ bool set_timeout(SuiteOptions& options, const std::string& text) {
   return !text.empty() && !*end && options.timeout >= 0;
 }
 
+bool set_count(long& count, const std::string& text, long most = 1000000) {
+  char* end;
+  count = std::strtol(text.c_str(), &end, 10);
+  return !text.empty() && !*end && count >= 1 && count <= most;
+}
+
+bool set_log_limit(const std::string& text) {
+  long kilobytes;
+  const bool is_good = set_count(kilobytes, text);
+  if (is_good) set_log_size(static_cast<size_t>(kilobytes) * 1024);
+  return is_good;
+}
+
+bool set_seed(SuiteOptions& options, const std::string& text) {
+  char* end;
+  options.seed = std::strtoull(text.c_str(), &end, 10);
+  return options.has_seed = !text.empty() && text[0] != '-' && !*end;
+}
+
+bool set_shard(SuiteOptions& options, const std::string& text) {
+  const size_t slash = text.find('/');
+  return slash != std::string::npos && set_count(options.shards, text.substr(slash + 1)) &&
+         set_count(options.shard, text.substr(0, slash), options.shards);
+}
+
+bool set_explore(SuiteOptions& options, const std::string& text) {
+  set_simulated(true);
+  return set_count(options.explore, text);
+}
+
+const ReportForm report_forms[] = {
+    {"junit", "results as JUnit XML", make_junit},
+    {"tap", "results in the Test Anything Protocol; without FILE to standard output", make_tap},
+    {"json", "all events, a line of JSON each", make_json},
+    {"html", "a page with logs and message sequence charts", make_html},
+    {"pcap", "messages at system ports as a capture", make_pcap},
+    {"coverage", "reached lines and branches for lcov and genhtml", make_coverage},
+};
+
+template <size_t Form>
+bool set_report(SuiteOptions& options, const std::string& path) {
+  options.reports.push_back({&report_forms[Form], path});
+  return true;
+}
+
+bool read_configuration(SuiteOptions& options, const std::string& path);
+
 bool set_stack(SuiteOptions&, const std::string& text) {
   char* end;
   long kilobytes = std::strtol(text.c_str(), &end, 10);
@@ -47,57 +100,90 @@ bool set_parameter_file(SuiteOptions&, const std::string& path) {
 }
 
 struct Option {
-  char letter;
+  char letter;  // 0 for none
   const char* word;
-  const char* argument;  // null for none
+  const char* argument;  // null for none; in brackets where it may be missing
   const char* help;
   bool (*set)(SuiteOptions&, const std::string&);
+
+  bool is_optional() const { return argument && argument[0] == '['; }
 };
 
+#define SET(...)                                                       \
+  [](SuiteOptions& o, const std::string& text) -> bool {               \
+    return static_cast<void>(o), static_cast<void>(text), __VA_ARGS__; \
+  }
 const Option table[] = {
-    {'h', "help", nullptr, "print this and end",
-     [](SuiteOptions& o, const std::string&) { return o.help = true; }},
-    {'l', "list", nullptr, "print modules and test cases and end",
-     [](SuiteOptions& o, const std::string&) { return o.list = true; }},
-    {'t', "testcase", "NAME,...", "run these test cases instead of the control part", set_testcases},
-    {'T', "timeout", "SECONDS", "time for each of them", set_timeout},
+    {'h', "help", nullptr, "print this and end", SET(o.help = true)},
+    {0, "version", nullptr, "print the versions of suite and library and end", SET(o.version = true)},
+    {'l', "list", nullptr, "print modules and test cases, or those that -t chooses, and end",
+     SET(o.list = true)},
+    {'t', "testcase", "NAME,...",
+     "run these test cases instead of the control part: names, patterns with * and ?, !pattern to leave out",
+     set_testcases},
+    {'T', "timeout", "SECONDS", "time for each of them, or for the whole control part", set_timeout},
+    {0, "repeat", "N", "run all N times", SET(set_count(o.repeat, text))},
+    {0, "until-fail", nullptr, "repeat, and end at the first verdict that is not pass or none",
+     SET(o.until_fail = true)},
+    {0, "shuffle", nullptr, "run the test cases in an order that the seed gives", SET(o.shuffle = true)},
+    {0, "seed", "N", "what rnd, --shuffle and --explore begin with", set_seed},
+    {0, "explore", "N", "run each test case with N schedules of its components, on a simulated clock",
+     set_explore},
+    {'j', "jobs", "N", "run test cases in N processes", SET(set_count(o.jobs, text, 4096))},
+    {0, "shard", "K/N", "run the K-th of N parts of the test cases", set_shard},
     {'p', "param", "NAME=VALUE", "set a module parameter: [module.]name, value in TTCN-3",
-     [](SuiteOptions&, const std::string& text) { return add_parameter(text); }},
+     SET(add_parameter(text))},
     {'P', "params", "FILE", "set module parameters from the lines of a file", set_parameter_file},
-    {'L', "log", "FILE", "log to a file instead of standard error",
-     [](SuiteOptions&, const std::string& path) { return open_log(path); }},
+    {'c', "config", "[FILE]",
+     "take options from the lines of a file; without FILE from <suite>.cfg beside the suite",
+     read_configuration},
+    {0, "junit", "FILE", report_forms[0].help, set_report<0>},
+    {0, "tap", "[FILE]", report_forms[1].help, set_report<1>},
+    {0, "json", "FILE", report_forms[2].help, set_report<2>},
+    {0, "html", "FILE", report_forms[3].help, set_report<3>},
+    {0, "pcap", "FILE", report_forms[4].help, set_report<4>},
+    {0, "coverage", "FILE", report_forms[5].help, set_report<5>},
+    {'L', "log", "FILE", "log to a file instead of standard error", SET(open_log_file(text))},
+    {0, "log-dir", "FOLDER", "log to a file for each component in the folder", SET(open_log_folder(text))},
+    {0, "log-size", "KILOBYTES", "begin a log file anew at this size; the old ones get numbers",
+     SET(set_log_limit(text))},
+    {0, "log-format", "FORMAT",
+     "text; columns: with dates, and always the same columns; json: a line of JSON each",
+     SET(set_log_form(text))},
     {'v', "verbose", "KINDS", "log these: info, ttcn3, warning, error, debug, event; all; none",
-     [](SuiteOptions&, const std::string& list) { return set_log_kinds(list); }},
-    {'n', "no-times", nullptr, "log without time stamps",
-     [](SuiteOptions&, const std::string&) {
-       set_log_times(false);
-       return true;
-     }},
+     SET(set_log_kinds(text))},
+    {'n', "no-times", nullptr, "log without time stamps", SET(set_log_times(false), true)},
     {'s', "simulated-time", nullptr, "timers run on a clock that jumps to the next event",
-     [](SuiteOptions&, const std::string&) {
-       set_simulated(true);
-       return true;
-     }},
+     SET(set_simulated(true), true)},
     {'b', "loopback", nullptr, "what is sent to the system comes back to the sender",
-     [](SuiteOptions&, const std::string&) {
-       set_loopback(true);
-       return true;
-     }},
+     SET(set_loopback(true), true)},
+    {'o', "port", "NAME=ADDRESS", "link a port of the system: udp:HOST:PORT, tcp:HOST:PORT and others",
+     SET(add_link(text))},
     {'m', "all-mismatches", nullptr, "matching goes on behind the first mismatch, to log all",
-     [](SuiteOptions&, const std::string&) { return match_continues_on_fail = true; }},
+     SET(match_continues_on_fail = true)},
     {'S', "stack", "KILOBYTES", "stack of each component, 128 to 1048576 (default 1024)", set_stack},
 };
+#undef SET
+
+const Option* option_of_word(const std::string& word) {
+  for (const Option& o : table)
+    if (word == o.word) return &o;
+  return nullptr;
+}
+
+std::string nearest_option(const std::string& word, const char* before) {
+  std::vector<std::string> known;
+  for (const Option& o : table) known.push_back(before + std::string(o.word));
+  return did_you_mean(before + word, known);
+}
 
 const Option* find(const std::string& argument, std::string& value, bool& has_value) {
   has_value = false;
   if (argument.size() > 2 && argument.compare(0, 2, "--") == 0) {
     size_t equals = argument.find('=');
-    std::string word = argument.substr(2, equals == std::string::npos ? equals : equals - 2);
     has_value = equals != std::string::npos;
     if (has_value) value = argument.substr(equals + 1);
-    for (const Option& o : table)
-      if (word == o.word) return &o;
-    return nullptr;
+    return option_of_word(argument.substr(2, has_value ? equals - 2 : equals));
   }
   if (argument.size() < 2 || argument[0] != '-') return nullptr;
   has_value = argument.size() > 2;
@@ -112,16 +198,69 @@ bool usage_fault(const std::string& message) {
   return false;
 }
 
+std::string trimmed(const std::string& text) {
+  const size_t first = text.find_first_not_of(" \t\r");
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+// "word", "word = value" or "word value".
+bool read_configuration_line(SuiteOptions& options, const std::string& line, std::string& error) {
+  const size_t end = line.find_first_of(" \t=");
+  const std::string word = line.substr(0, end);
+  std::string value = end == std::string::npos ? "" : trimmed(line.substr(end));
+  if (!value.empty() && value[0] == '=') value = trimmed(value.substr(1));
+  const Option* option = option_of_word(word);
+  if (!option || option->set == read_configuration || !option->help) {
+    error = "unknown option '" + word + "'" + nearest_option(word, "");
+  } else if (!option->argument && !value.empty()) {
+    error = "option '" + word + "' takes no value";
+  } else if (option->argument && !option->is_optional() && value.empty()) {
+    error = "option '" + word + "' needs a value";
+  } else if (!option->set(options, value)) {
+    error = "'" + value + "' is no value for option '" + word + "'";
+  }
+  return error.empty();
+}
+
+bool read_configuration(SuiteOptions& options, const std::string& given) {
+  const std::string path = given.empty() ? options.program + ".cfg" : given;
+  std::ifstream in(path);
+  if (!in) {
+    std::fprintf(stderr, "could not open '%s'\n", path.c_str());
+    return false;
+  }
+  std::string line, error;
+  for (int number = 1; std::getline(in, line); ++number) {
+    line = trimmed(line);
+    if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
+    set_parameter_place(path + ", line " + std::to_string(number));
+    if (read_configuration_line(options, line, error)) continue;
+    std::fprintf(stderr, "%s, line %d: %s\n", path.c_str(), number, error.c_str());
+    return false;
+  }
+  set_parameter_place("");
+  return true;
+}
+
+// Whether the next argument is the value of an option that may have none.
+bool is_value(const char* next) {
+  return next && (next[0] != '-' || !next[1]);
+}
+
 }  // namespace
 
 bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
+  options.program = argc > 0 ? argv[0] : "suite";
   for (int i = 1; i < argc; ++i) {
     std::string argument = argv[i], value;
     bool has_value;
     const Option* option = find(argument, value, has_value);
-    if (!option) return usage_fault("unknown option '" + argument + "'");
+    if (!option)
+      return usage_fault(
+          "unknown option '" + argument + "'" +
+          (argument.size() > 2 ? nearest_option(argument.substr(2, argument.find('=') - 2), "--") : ""));
     if (!option->argument && has_value) return usage_fault("option '" + argument + "' takes no value");
-    if (option->argument && !has_value) {
+    if (option->argument && !has_value && (!option->is_optional() || is_value(argv[i + 1]))) {
       if (i + 1 >= argc) return usage_fault("option '" + argument + "' needs a value");
       value = argv[++i];
     }
@@ -135,14 +274,26 @@ void print_suite_help(const char* program) {
   std::printf("Usage: %s [options]\n\nRuns the control part of the root module, or the test cases named.\n\n",
               program);
   for (const Option& o : table) {
-    std::string names = std::string("-") + o.letter + ", --" + o.word;
+    if (!o.help) continue;
+    std::string names =
+        o.letter ? std::string("-") + o.letter + ", --" + o.word : std::string("    --") + o.word;
     if (o.argument) names += std::string(" ") + o.argument;
     std::printf("  %-26s %s\n", names.c_str(), o.help);
   }
   std::printf(
-      "\nA line \"<module>.<test case>: <verdict>\" for each test case, and a summary, go to standard "
-      "output.\n"
-      "Exit status: 0 when all verdicts are pass or none, 1 otherwise, 2 for a usage or start fault.\n");
+      "\nA line \"<module>.<test case>: <verdict> <seconds> s <place> <reason>\" for each test case, and a "
+      "summary, go to "
+      "standard output.\n"
+      "Exit status: 0 when all verdicts are pass or none, 1 otherwise and for a run that was cut short or "
+      "whose output\n"
+      "was lost, 2 for a usage or start fault.\n");
+}
+
+void describe_suite_options() {
+  for (const Option& o : table)
+    if (o.help)
+      std::printf("%s\t%s\t%s\t%s\n", o.letter ? std::string(1, o.letter).c_str() : "", o.word,
+                  o.argument ? o.argument : "", o.help);
 }
 
 }  // namespace lumos

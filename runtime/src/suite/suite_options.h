@@ -1,21 +1,41 @@
-// The command line of an executable test suite.
+// The command line of an executable test suite, and its configuration files, which know the same words.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace lumos {
 
+struct ReportForm;
+
 struct SuiteOptions {
   bool help = false;
   bool list = false;
-  std::vector<std::string> testcases;  // "name" or "module.name", in the order of running
-  double timeout = -1;                 // for those test cases
+  bool version = false;
+  std::vector<std::string> testcases;  // "name" or "module.name", patterns, "!" for what is left out
+  double timeout = -1;                 // for each of them, or the whole control part
+  long repeat = 1;
+  bool until_fail = false;
+  bool shuffle = false;
+  bool has_seed = false;
+  uint64_t seed = 1;
+  long explore = 0;  // schedules of each test case
+  long jobs = 1;
+  long shard = 0, shards = 0;
+  struct Report {
+    const ReportForm* form;
+    std::string path;
+  };
+  std::vector<Report> reports;
+  std::string program;
 };
 
 // Reads the command line and sets what is global: log, clock, parameters and the like.
 // False after a message to standard error.
 bool read_suite_options(int argc, char* argv[], SuiteOptions& options);
 void print_suite_help(const char* program);
+// A line for each option: letter, word, argument and help, with tabs between them.
+void describe_suite_options();
 
 }  // namespace lumos

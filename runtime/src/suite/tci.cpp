@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "text/log.h"
+#include "text/log_file.h"
 #include "suite/params.h"
 #include "suite/suite.h"
 
@@ -148,7 +149,7 @@ void tciStartControl() {
 }
 
 void tciFinalize() {
-  close_log();
+  close_log_files();
   std::fflush(stdout);
   if (status) std::exit(status);
 }
@@ -163,6 +164,6 @@ int tciStartTestsuiteServer(int argc, char* argv[]) {
     go_on = obey(line);
     std::fflush(stdout);
   }
-  close_log();
+  close_log_files();
   return 0;
 }

@@ -5,6 +5,7 @@
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
+#include "text/mismatch.h"
 
 namespace lumos {
 
@@ -52,7 +53,8 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
 // Pairs of an item and an element that were tried already.
 class Matches {
  public:
-  Matches(Value list, size_t items) : list_(list), width_(list->parts.size), known_(items * width_) {}
+  Matches(Value list, size_t items)
+      : list_(list), width_(list->parts.size), known_(affordable(items, width_)) {}
 
   bool operator()(size_t row, Value pattern, size_t element) {
     char& known = known_[row * width_ + element];
@@ -67,6 +69,14 @@ class Matches {
   }
 
  private:
+  // More pairs than memory and patience hold are not begun with.
+  static size_t affordable(size_t items, size_t elements) {
+    constexpr size_t most_pairs = 200000000;
+    if (elements && items > most_pairs / elements)
+      fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
+    return items * elements;
+  }
+
   Value list_;
   size_t width_;
   Scratch<char> known_;
@@ -179,17 +189,11 @@ class Prefixes {
 
   void permutation(Group& group) {
     clear_next();
-    for (size_t p = 0; p <= size_; ++p) {
+    for (size_t p = 0; p + group.count <= size_; ++p) {
       if (!now_[p]) continue;
-      for (size_t length = group.count; p + length <= size_; ++length) {
-        if (!group.takes(length)) {
-          if (!group.star) break;
-          continue;
-        }
-        if (next_[p + length]) continue;
-        Assignment assignment(matches_, group.items.data(), group.rows.data(), group.count, p, length);
-        if (assignment.complete()) next_[p + length] = 1;
-      }
+      const size_t most = group.star ? size_ - p : group.count;
+      for (size_t length = shortest(group, p, most); length <= most; ++length)
+        if (group.takes(length)) next_[p + length] = 1;
     }
     step();
   }
@@ -197,6 +201,24 @@ class Prefixes {
   bool whole() { return now_[size_]; }
 
  private:
+  // How many elements from the place on hold partners for all items; more than most when none do. What more elements
+  // there are is left to "*".
+  size_t shortest(Group& group, size_t place, size_t most) {
+    auto suffices = [&](size_t length) {
+      TempScope scope;
+      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length).complete();
+    };
+    if (!suffices(most)) return most + 1;
+    size_t low = group.count, high = most;
+    while (low < high) {
+      const size_t middle = low + (high - low) / 2;
+      if (suffices(middle))
+        high = middle;
+      else
+        low = middle + 1;
+    }
+    return high;
+  }
   void clear_next() { std::memset(next_.data(), 0, size_ + 1); }
   void step() { std::memcpy(now_.data(), next_.data(), size_ + 1); }
 
@@ -225,7 +247,9 @@ Value list_of(Value v) {
 
 }  // namespace
 
-bool match_record_of(Value list, const ListPattern& pattern) {
+namespace {
+
+bool fits_record_of(Value list, const ListPattern& pattern) {
   Value v = list_of(list);
   if (!v) return false;
   Quiet quiet;
@@ -256,7 +280,62 @@ bool match_record_of(Value list, const ListPattern& pattern) {
   return prefixes.whole();
 }
 
-bool match_set_of(Value list, const ListPattern& pattern) {
+// The first element that the items before the first "*" or permutation do not take.
+void explain_record_of(Value list, const ListPattern& pattern) {
+  Value v = list_of(list);
+  if (!v) return;
+  Scratch<Item> items(pattern.count + 1);
+  read_items(pattern, items);
+  for (size_t i = 0; i < pattern.count; ++i) {
+    if (items[i].star || items[i].in_group) return;
+    if (i >= v->parts.size) return trace_list("element missing", list, items[i].pattern);
+    Value element = force_part(v, i);
+    if (!match_value(items[i].pattern, element))
+      return trace_element(i, "value mismatch", element, items[i].pattern);
+  }
+  if (v->parts.size > pattern.count)
+    trace_element(pattern.count, "element unexpected", force_part(v, pattern.count), nullptr);
+}
+
+bool some_fits(Value v, Value pattern) {
+  Quiet quiet;
+  for (size_t i = 0; i < v->parts.size; ++i)
+    if (match_value(pattern, force_part(v, i))) return true;
+  return false;
+}
+
+// An element that no item takes, or an item that takes no element.
+void explain_set_of(Value list, const ListPattern& pattern) {
+  Value v = list_of(list);
+  if (!v) return;
+  Scratch<Item> items(pattern.count + 1);
+  read_items(pattern, items);
+  bool has_star = false;
+  for (size_t i = 0; i < pattern.count; ++i) {
+    has_star = has_star || items[i].star;
+    if (!items[i].star && !some_fits(v, items[i].pattern))
+      return trace_list("element missing", list, items[i].pattern);
+  }
+  for (size_t k = 0; !has_star && k < v->parts.size; ++k) {
+    Value element = force_part(v, k);
+    Quiet quiet;
+    bool fits = false;
+    for (size_t i = 0; i < pattern.count; ++i) fits = fits || match_value(items[i].pattern, element);
+    if (!fits) return trace_element(k, "element unexpected", element, nullptr);
+  }
+}
+
+}  // namespace
+
+bool match_record_of(Value list, const ListPattern& pattern) {
+  const bool fits = fits_record_of(list, pattern);
+  if (!fits && traces_mismatches()) explain_record_of(list, pattern);
+  return fits;
+}
+
+namespace {
+
+bool fits_set_of(Value list, const ListPattern& pattern) {
   Value v = list_of(list);
   if (!v) return false;
   Quiet quiet;
@@ -268,6 +347,14 @@ bool match_set_of(Value list, const ListPattern& pattern) {
   if (!group.takes(v->parts.size)) return false;
   Matches matches(v, pattern.count);
   return Assignment(matches, group.items.data(), group.rows.data(), group.count, 0, v->parts.size).complete();
+}
+
+}  // namespace
+
+bool match_set_of(Value list, const ListPattern& pattern) {
+  const bool fits = fits_set_of(list, pattern);
+  if (!fits && traces_mismatches()) explain_set_of(list, pattern);
+  return fits;
 }
 
 bool match_superset(Value list, Value* items, size_t count) {

@@ -35,7 +35,7 @@ struct Program {
 };
 
 constexpr size_t most_instructions = 200000;
-constexpr int deepest_nesting = 500;
+constexpr int deepest_pattern = 500;
 
 // --- from notation to program
 
@@ -82,7 +82,7 @@ class Compiler {
   }
 
   void alternatives() {
-    if (++depth_ > deepest_nesting || stack_is_short()) fail("the pattern is nested too deeply");
+    if (++depth_ > deepest_pattern || stack_is_short()) fail("the pattern is nested too deeply");
     size_t start = here();
     sequence();
     while (ok() && more() && peek() == '|') {
@@ -394,6 +394,27 @@ class Machine {
     return -1;
   }
 
+  // The longest beginning that is accepted. A character is also tried in the other case.
+  size_t longest(std::string_view text, bool any_case) {
+    std::vector<Thread> now, next;
+    size_t best = std::string_view::npos;
+    add(now, {0, {}}, 0, 1);
+    for (size_t i = 0;; ++i) {
+      for (const Thread& thread : now)
+        if (program_.code[thread.at].code == Instruction::accept) best = i;
+      if (i == text.size() || now.empty()) return best;
+      next.clear();
+      const auto c = static_cast<unsigned char>(text[i]);
+      for (const Thread& thread : now) {
+        const Instruction& instruction = program_.code[thread.at];
+        const bool takes_it = takes(instruction, c) || (any_case && (takes(instruction, static_cast<unsigned char>(std::tolower(c))) ||
+                                                                    takes(instruction, static_cast<unsigned char>(std::toupper(c)))));
+        if (takes_it) add(next, {thread.at + 1, {}}, i + 1, i + 2);
+      }
+      std::swap(now, next);
+    }
+  }
+
  private:
   struct Thread {
     size_t at;
@@ -576,6 +597,21 @@ std::u32string pattern_group(Value pattern, Value v, size_t group) {
   if (2 * group + 1 >= places.size() || places[2 * group] == SIZE_MAX || places[2 * group + 1] == SIZE_MAX)
     return {};
   return wide_text(v).substr(places[2 * group], places[2 * group + 1] - places[2 * group]);
+}
+
+namespace {
+const Program& program_of_octets(std::string_view pattern) {
+  return program_of(std::u32string(pattern.begin(), pattern.end()));
+}
+}  // namespace
+
+size_t pattern_prefix(std::string_view pattern, std::string_view text, bool any_case) {
+  const Program& program = program_of_octets(pattern);
+  return program.error.empty() ? Machine(program, false).longest(text, any_case) : std::string_view::npos;
+}
+
+bool readable_pattern(std::string_view pattern) {
+  return program_of_octets(pattern).error.empty();
 }
 
 }  // namespace lumos

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "value/value.h"
 
@@ -16,5 +17,10 @@ long pattern_length(Value pattern);
 // The part of the text that the numbered group of the pattern takes (from 0), empty if the
 // whole text does not match.
 std::u32string pattern_group(Value pattern, Value v, size_t group);
+
+// The longest beginning of a text of octets that a pattern matches; npos if it matches none. Patterns that are not
+// readable match nothing; readable_pattern tells.
+size_t pattern_prefix(std::string_view pattern, std::string_view text, bool any_case);
+bool readable_pattern(std::string_view pattern);
 
 }  // namespace lumos

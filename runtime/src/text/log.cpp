@@ -2,12 +2,15 @@
 
 #include <sys/time.h>
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <vector>
 
+#include "text/text_forms.h"
+#include "text/log_file.h"
 #include "value/hooks.h"
 #include "value/task.h"
 #include "value/value.h"
@@ -19,21 +22,30 @@ namespace {
 constexpr int kind_count = 6;
 const char* const kind_names[kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
 
+const char erase_line[] = "\r\033[K";
+
 bool enabled[kind_count] = {true, true, true, true, false, false};
 bool with_times = true;
-FILE* log_file = nullptr;
 std::string* captured = nullptr;
+std::string footer;
+enum class LogForm { text, columns, json };
+std::string* muted = nullptr;
+LogForm form = LogForm::text;
 
-std::string time_stamp() {
+std::string time_stamp(const char* format) {
   timeval now;
   gettimeofday(&now, nullptr);
   tm parts;
   time_t seconds = now.tv_sec;
   localtime_r(&seconds, &parts);
-  char text[48];
-  std::snprintf(text, sizeof text, "%02d:%02d:%02d.%06ld ", parts.tm_hour, parts.tm_min, parts.tm_sec,
-                static_cast<long>(now.tv_usec));
+  char text[80], day[32];
+  std::strftime(day, sizeof day, format, &parts);
+  std::snprintf(text, sizeof text, "%s.%06ld", day, static_cast<long>(now.tv_usec));
   return text;
+}
+
+std::string dated_time() {
+  return time_stamp("%Y-%m-%d %H:%M:%S");
 }
 
 std::string place() {
@@ -60,28 +72,58 @@ void append_escaped(std::string& line, std::string_view text) {
   }
 }
 
+std::string text_entry(const char* kind, std::string_view text) {
+  std::string line = with_times ? time_stamp("%H:%M:%S") + " " : std::string();
+  line += kind;
+  line += ' ';
+  line += place();
+  append_escaped(line, text);
+  return line += '\n';
+}
+
+// Always the same columns, as wide as most entries need them.
+std::string columns_entry(const char* kind, std::string_view text) {
+  std::string where = "-";
+  if (!current_task->frames.empty()) {
+    const Frame& frame = current_task->frames.back();
+    const char* slash = std::strrchr(frame.file, '/');
+    where = std::string(slash ? slash + 1 : frame.file) + ":" + std::to_string(frame.line);
+  }
+  char head[400];
+  std::snprintf(head, sizeof head, "%-7s %-10s %-24s ", kind, *current_task->name ? current_task->name : "-",
+                where.c_str());
+  std::string line = with_times ? dated_time() + " " + head : head;
+  append_escaped(line, text);
+  return line += '\n';
+}
+
+std::string json_entry(const char* kind, std::string_view text) {
+  std::string line = "{";
+  if (with_times) line += "\"time\":\"" + dated_time() + "\",";
+  line += std::string("\"kind\":\"") + kind + "\"";
+  if (*current_task->name) line += ",\"component\":" + json_text(current_task->name);
+  if (!current_task->frames.empty()) {
+    const Frame& frame = current_task->frames.back();
+    line += ",\"file\":" + json_text(frame.file) + ",\"line\":" + std::to_string(frame.line);
+  }
+  return line + ",\"text\":" + json_text(text) + "}\n";
+}
+
 std::string list_text(lumo_value_t values[]) {
   std::string text;
   for (size_t i = 0; values && values[i]; ++i) text += render_plain(values[i]);
   return text;
 }
 
+void write_entries(const std::string& lines) {
+  if (write_to_log_file(current_task->name, lines)) return;
+  const std::string text = footer.empty() ? lines : erase_line + lines + footer;
+  errno = 0;
+  if (std::fwrite(text.data(), 1, text.size(), stderr) != text.size()) note_lost_entries(errno ? errno : EIO);
+}
+
 void alt_event(const char* text) {
   if (log_enabled(lumo_log_msg_event_c)) log_line(lumo_log_msg_event_c, text);
-}
-
-void mismatch(const std::string& where, const char* reason, lumo_value_t actual, lumo_value_t expected) {
-  std::string text = "mismatch";
-  if (!where.empty()) text += " at " + where;
-  text += ": ";
-  text += reason;
-  if (actual && actual != lumo_no_value_c) text += ", actual " + render(actual);
-  if (expected && expected != lumo_no_value_c) text += ", expected " + render(expected);
-  log_line(lumo_log_msg_event_c, text);
-}
-
-bool mismatch_wanted() {
-  return !current_task->quiet && log_enabled(lumo_log_msg_event_c);
 }
 
 }  // namespace
@@ -90,17 +132,34 @@ bool log_enabled(lumo_log_message_kind_t kind) {
   return static_cast<unsigned>(kind) < kind_count && enabled[kind];
 }
 
+bool log_shows(lumo_log_message_kind_t kind) {
+  return muted || (log_enabled(kind) && !has_log_file());
+}
+
+const char* log_failure() {
+  return lost_entries() ? std::strerror(lost_entries()) : nullptr;
+}
+
+void set_log_footer(const std::string& line) {
+  if (line == footer) return;
+  footer = line;
+  const std::string shown = erase_line + footer;
+  std::fwrite(shown.data(), 1, shown.size(), stderr);
+}
+
+void (*events_of_log)(const char* kind, std::string_view text) = nullptr;
+
 void log_line(lumo_log_message_kind_t kind, std::string_view text) {
+  if (muted) {
+    if (kind == lumo_log_msg_error_c && muted->empty()) *muted = text;
+    return;
+  }
   if (!log_enabled(kind)) return;
-  std::string line = with_times ? time_stamp() : std::string();
-  line += kind_names[kind];
-  line += ' ';
-  line += place();
-  append_escaped(line, text);
-  line += '\n';
-  FILE* out = log_file ? log_file : stderr;
-  std::fwrite(line.data(), 1, line.size(), out);
-  if (log_file) std::fflush(log_file);
+  std::string line = form == LogForm::text      ? text_entry(kind_names[kind], text)
+                     : form == LogForm::columns ? columns_entry(kind_names[kind], text)
+                                                : json_entry(kind_names[kind], text);
+  write_entries(line);
+  if (events_of_log) events_of_log(kind_names[kind], text);
   if (captured) *captured += line;
 }
 
@@ -133,15 +192,18 @@ bool set_log_kinds(std::string_view list) {
   return true;
 }
 
-bool open_log(const std::string& path) {
-  close_log();
-  log_file = std::fopen(path.c_str(), "w");
-  return log_file != nullptr;
+void mute_log(std::string* first_error) {
+  muted = first_error;
 }
 
-void close_log() {
-  if (log_file) std::fclose(log_file);
-  log_file = nullptr;
+void append_to_log(const std::string& entries) {
+  if (!entries.empty()) write_entries(entries);
+}
+
+bool set_log_form(std::string_view name) {
+  if (name != "text" && name != "columns" && name != "json") return false;
+  form = name == "text" ? LogForm::text : name == "columns" ? LogForm::columns : LogForm::json;
+  return true;
 }
 
 void set_log_times(bool on) {
@@ -182,21 +244,6 @@ void lumo_log_element_modified_event(lumo_value_t value, unsigned long index, lu
   if (!log_enabled(lumo_log_msg_debug_c)) return;
   std::string text = value->label ? value->label : "value";
   log_line(lumo_log_msg_debug_c, text + "[" + std::to_string(index) + "] changed: " + render(value));
-}
-
-void lumo_log_template_mismatch_by_name_event(const char* field, const char* reason, lumo_value_t actual,
-                                              lumo_value_t expected, lumo_context_t) {
-  if (mismatch_wanted()) mismatch(field ? field : "", reason, actual, expected);
-}
-
-void lumo_log_template_mismatch_by_index_event(unsigned long index, const char* reason, lumo_value_t actual,
-                                               lumo_value_t expected, lumo_context_t) {
-  if (mismatch_wanted()) mismatch("[" + std::to_string(index) + "]", reason, actual, expected);
-}
-
-void lumo_log_template_mismatch_event(const char* reason, lumo_value_t actual, lumo_value_t expected,
-                                      lumo_context_t) {
-  if (mismatch_wanted()) mismatch("", reason, actual, expected);
 }
 
 void lumo_log_alt_entered_event(lumo_context_t) {

@@ -10,15 +10,26 @@
 namespace lumos {
 
 bool log_enabled(lumo_log_message_kind_t kind);
+// Whether entries of the kind are seen on standard error.
+bool log_shows(lumo_log_message_kind_t kind);
+// Why entries were lost; null while all were written.
+const char* log_failure();
 void log_line(lumo_log_message_kind_t kind, std::string_view text);
 void log_format(lumo_log_message_kind_t kind, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // Chooses what is logged from a list such as "info,error" or "all"; false for an unknown word.
 bool set_log_kinds(std::string_view list);
-// False if the file cannot be opened. Entries go to standard error without a file.
-bool open_log(const std::string& path);
-void close_log();
+// Entries are dropped; the first error among them is kept in the text. Null ends it.
+void mute_log(std::string* first_error);
+// Entries that another process made.
+void append_to_log(const std::string& entries);
+// A line that stands below the log on a terminal and is drawn again behind each entry; empty for none.
+void set_log_footer(const std::string& line);
+// text, columns or json; false for another word.
+bool set_log_form(std::string_view name);
 void set_log_times(bool on);
+// Told of each entry that is written; null tells nobody.
+extern void (*events_of_log)(const char* kind, std::string_view text);
 // Also keeps entries in a text, for tools that watch a run; null ends it.
 void capture_log(std::string* into);
 

@@ -15,7 +15,7 @@ namespace lumos {
 
 namespace {
 
-constexpr int deepest_nesting = 300;
+constexpr int deepest_value = 300;
 
 class Reader {
  public:
@@ -28,7 +28,7 @@ class Reader {
   }
 
   bool read(Value v) {
-    if (++depth_ > deepest_nesting || stack_is_short()) return fail("the value is nested too deeply");
+    if (++depth_ > deepest_value || stack_is_short()) return fail("the value is nested too deeply");
     skip_blanks();
     bool good = read_by_kind(v);
     --depth_;

@@ -51,13 +51,10 @@ void refuse_effect(const char* operation) {
   fault("'%s' is not allowed in the local definitions of an altstep", operation);
 }
 
-bool stack_is_short() {
-  constexpr size_t reserve = 48 * 1024;
-  return hooks.stack_left && hooks.stack_left() < reserve;
-}
+const char* stack_limit = nullptr;
 
-void check_stack() {
-  if (stack_is_short()) fault("the calls or the value are nested too deeply");
+void stack_fault() {
+  fault("the calls or the value are nested too deeply");
 }
 
 namespace {

@@ -12,8 +12,6 @@ namespace lumos {
 struct Hooks {
   // Ends what runs after a fault that has been logged; does not return.
   void (*end_faulty)(const char* text) = nullptr;
-  // Bytes of stack that the task has left.
-  size_t (*stack_left)() = nullptr;
   // An element of the current component, or null.
   Value (*component_element)(const char* name) = nullptr;
 

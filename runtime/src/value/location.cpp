@@ -9,6 +9,8 @@
 
 namespace lumos {
 
+void (*line_counter)(const char* file, unsigned long line, bool is_block) = nullptr;
+
 namespace {
 
 void pop_frame(Task& task) {
@@ -78,7 +80,10 @@ void lumo_source_location_pop(lumo_context_t) {
 }
 
 void lumo_source_location_push_block(lumo_context_t) {
-  current_task->blocks.push_back(static_cast<uint32_t>(current_task->named.size()));
+  Task& task = *current_task;
+  task.blocks.push_back(static_cast<uint32_t>(task.named.size()));
+  if (line_counter && !task.frames.empty())
+    line_counter(task.frames.back().file, task.frames.back().line, true);
 }
 
 void lumo_source_location_pop_block(lumo_context_t) {
@@ -90,7 +95,10 @@ void lumo_source_location_pop_block(lumo_context_t) {
 
 void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
   current_task->called = nullptr;
-  if (!current_task->frames.empty()) current_task->frames.back().line = line;
+  if (current_task->frames.empty()) return;
+  Frame& frame = current_task->frames.back();
+  frame.line = line;
+  if (line_counter) line_counter(frame.file, line, false);
 }
 
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t, lumo_context_t) {

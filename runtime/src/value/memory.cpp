@@ -1,5 +1,8 @@
-// Memory of values: a pool of nodes, the roots of temporary values, memory scopes.
+// Memory of values: a pool of nodes, buffers, the roots of temporary values, memory scopes.
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "value/memory.h"
@@ -28,7 +31,48 @@ void add_slab() {
   }
 }
 
+// Free buffers of 16, 32, ... bytes are chained through their first words. A sanitizer is to see each by
+// itself.
+constexpr size_t least_buffer = 16;
+#if defined(__SANITIZE_ADDRESS__)
+constexpr size_t most_pooled = 0;
+#else
+constexpr size_t most_pooled = 512;
+#endif
+struct FreeBuffer {
+  FreeBuffer* next;
+};
+FreeBuffer* free_buffers_of[8];
+
+FreeBuffer*& free_list(size_t bytes) {
+  return free_buffers_of[std::bit_width(bytes / least_buffer) - 1];
+}
+
+void* take_buffer(size_t bytes) {
+  FreeBuffer*& list = free_list(bytes);
+  if (!list) return allocate(nullptr, bytes);
+  FreeBuffer* buffer = list;
+  list = buffer->next;
+  return buffer;
+}
+
 }  // namespace
+
+void* grow_buffer(void* data, size_t old_bytes, size_t& bytes) {
+  if (bytes > most_pooled && (!data || old_bytes > most_pooled)) return allocate(data, bytes);
+  if (bytes <= most_pooled) bytes = std::bit_ceil(std::max(bytes, least_buffer));
+  void* grown = bytes <= most_pooled ? take_buffer(bytes) : allocate(nullptr, bytes);
+  if (!data) return grown;
+  std::memcpy(grown, data, old_bytes);
+  give_buffer(data, old_bytes);
+  return grown;
+}
+
+void give_buffer(void* data, size_t bytes) {
+  if (bytes > most_pooled) return std::free(data);
+  FreeBuffer*& list = free_list(bytes);
+  list = new (data) FreeBuffer{list};
+}
 
 lumo_value_struct* take_node() {
   if (!free_nodes) add_slab();
@@ -67,7 +111,19 @@ void unpin(Value v) {
   if (v->life == Life::orphan) destroy(v);
 }
 
+void end_attempts(Task& task) {
+  task.attempts.clear();
+  for (Value v : task.kept_contents) destroy(v);
+  task.kept_contents.clear();
+}
+
+void end_attempts(Task& task, size_t mark) {
+  auto ends = [&](const Attempt& a) { return a.root != SIZE_MAX && a.root >= mark; };
+  std::erase_if(task.attempts, ends);
+}
+
 void end_roots(Task& task, size_t mark) {
+  if (!task.attempts.empty()) end_attempts(task, mark);
   while (task.roots.size() > mark) {
     Value v = task.roots.back();
     task.roots.pop_back();
@@ -79,6 +135,7 @@ void reset_task(Task& task) {
   for (Value v : task.pinned) unpin(v);
   task.pinned.clear();
   task.arguments.clear();
+  end_attempts(task);
   end_roots(task, 0);
   task.frames.clear();
   task.named.clear();

@@ -5,6 +5,7 @@
 #include "value/error.h"
 #include "value/operand.h"
 #include "template/templates.h"
+#include "value/task.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -153,10 +154,16 @@ lumo_value_t lumo_xor4b(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t st
   return bitwise(a, b, strategy, "xor4b", [](int x, int y) { return x ^ y; });
 }
 
+// The texts of patterns are put together too.
+static Value concatenated(Value v) {
+  if (v && v->form == Form::instance) v = lumo_templateof(v, lumo_temp_alloc_c, current_task);
+  return operand(v && v->form == Form::pattern ? v->parts.data[0] : v);
+}
+
 lumo_value_t lumo_concatenate(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t strategy,
                               lumo_context_t) {
-  a = operand(a);
-  b = operand(b);
+  a = concatenated(a);
+  b = concatenated(b);
   if (a->form == Form::vector && b->form == Form::vector) return concatenate_lists(a, b, strategy);
   if (is_text_kind(a->kind) && is_text_kind(b->kind)) return concatenate_texts(a, b, strategy);
   if (a->form != Form::string || a->kind != b->kind) fault("the operands of & are of different types");

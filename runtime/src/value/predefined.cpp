@@ -181,7 +181,7 @@ Value substring(Value v, size_t index, size_t count, Strategy strategy) {
   return result;
 }
 
-size_t length_of(Value v) {
+size_t element_count(Value v) {
   if (v->form == Form::vector) return v->parts.size;
   return lumo_value_string_length(v, nullptr);
 }
@@ -195,6 +195,14 @@ double next_random() {
   z ^= z >> 31;
   return static_cast<double>(z >> 11) / 9007199254740992.0;
 }
+
+}  // namespace
+
+void set_random_seed(uint64_t seed) {
+  random_state = (seed + 1) * 0x9E3779B97F4A7C15u;
+}
+
+namespace {
 
 bool all_values(Value v) {
   switch (v->form) {
@@ -433,7 +441,7 @@ lumo_value_t lumo_rnd(lumo_value_t seed, lumo_alloc_strategy_t strategy, lumo_co
 lumo_value_t lumo_substr(lumo_value_t v, unsigned long index, unsigned long count,
                          lumo_alloc_strategy_t strategy, lumo_context_t) {
   v = operand(v);
-  size_t length = length_of(v);
+  size_t length = element_count(v);
   if (index > length || count > length - index)
     fault("substr: %lu elements from index %lu are not in a string of length %zu", count, index, length);
   return v->form == Form::vector ? sublist(v, index, count, strategy) : substring(v, index, count, strategy);
@@ -453,7 +461,7 @@ lumo_value_t lumo_decomp(lumo_value_t v, unsigned long index, unsigned long coun
 lumo_value_t lumo_replace(lumo_value_t v, unsigned long index, unsigned long length, lumo_value_t by,
                           lumo_alloc_strategy_t strategy, lumo_context_t context) {
   v = operand(v);
-  size_t size = length_of(v);
+  size_t size = element_count(v);
   if (index > size || length > size - index)
     fault("replace: %lu elements from index %lu are not in a string of length %zu", length, index, size);
   Value head = lumo_substr(v, 0, index, lumo_temp_alloc_c, context);
@@ -519,7 +527,7 @@ unsigned long lumo_lengthof(lumo_value_t v, lumo_context_t) {
   if (v && is_template(v)) return template_length(v, "lengthof");
   v = operand(v);
   if (v->form == Form::fields) return size_of_parts(v);
-  return length_of(v);
+  return element_count(v);
 }
 
 unsigned long lumo_sizeof(lumo_value_t v, lumo_context_t context) {

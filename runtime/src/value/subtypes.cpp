@@ -160,6 +160,22 @@ bool may_be_short(lumo_type_t type) {
   return found->second;
 }
 
+LengthBounds length_bounds(lumo_type_t type) {
+  LengthBounds bounds;
+  type = plain_type(type);
+  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
+    const TempScope scope;
+    Value constraint = type->type_info->check_function ? constraint_of(type) : nullptr;
+    const Restraint* restraint = constraint ? constraint->restraint : nullptr;
+    if (restraint && restraint->has_length) {
+      bounds.lower = std::max(bounds.lower, restraint->lower);
+      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper)) bounds.upper = restraint->upper;
+    }
+    type = plain_type(type->type_info->parent_type);
+  }
+  return bounds;
+}
+
 bool belongs(Value v, lumo_type_t type) {
   if (v->dynamic || v->form == Form::instance) return true;
   if (lumo_type_is_equal(v->type, type, nullptr))

@@ -15,6 +15,12 @@ void begin_value(Value v);
 void check_length(Value v);
 // Whether a value of the type may have lists in it that are still too short for their own types.
 bool may_be_short(lumo_type_t type);
+
+// The lengths that the subtypes of a string or list allow; upper is -1 without a limit.
+struct LengthBounds {
+  lumo_long_integer_t lower = 0, upper = -1;
+};
+LengthBounds length_bounds(lumo_type_t type);
 // Whether what belongs to the value's own type belongs to this one as well.
 bool belongs(Value v, lumo_type_t type);
 // A fault for a complete value that is not of the type.

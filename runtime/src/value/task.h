@@ -43,6 +43,12 @@ struct OpenCall {
   size_t frames, blocks;
 };
 
+// A pattern that did not take a message in the alternatives that are tried, as long as both exist.
+struct Attempt {
+  lumo_value_t pattern, content;
+  size_t root;  // place of the pattern's whole among the roots, or SIZE_MAX
+};
+
 struct NamedValue {
   const char* name;
   lumo_value_t value;
@@ -68,11 +74,13 @@ struct lumo_context_struct {
   bool refused = false;                  // the decoder that runs wrote such a value
   std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
   lumos::Timer* timers = nullptr;        // that run
-  lumos::Time snapshot_time = 0;
+  lumos::Time snapshot_time = lumos::never;    // not asked for yet
   std::vector<lumos::ActiveDefault> defaults;  // oldest first
   std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
   std::vector<lumos::OpenCall> calls;          // innermost last
   lumo_type_t called = nullptr;                // just now; its body, if any, comes next
+  std::vector<lumos::Attempt> attempts;        // since the snapshot
+  std::vector<lumo_value_t> kept_contents;     // owned: of messages that are gone, for the attempts
   unsigned steps = 0;                          // control points since the last yield
   bool polls_by_else = false;                  // took an else branch since then
   bool furnishing = false;                     // makes what a new component has
@@ -92,6 +100,9 @@ extern Task* current_task;
 // Ends all temporary values and places of the task.
 void reset_task(Task& task);
 void end_roots(Task& task, size_t mark);
+// Forgets the attempts, or those whose patterns are among the roots from the mark on.
+void end_attempts(Task& task);
+void end_attempts(Task& task, size_t mark);
 // Alternatives are entered: those of a call's body, or others, so that calls at this depth are over.
 void enter_alternatives(Task& task);
 // The signature of the call in whose body the alternatives are tried; null elsewhere.

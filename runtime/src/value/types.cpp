@@ -13,10 +13,6 @@ namespace {
 // Longer chains are taken for cyclic tables.
 constexpr int chain_limit = 1000;
 
-bool is_component_record(const lumo_type_info_struct_t* info) {
-  return info->kind == lumo_type_kind_component;
-}
-
 // Bounds of an array by the names of their rows.
 long bound(lumo_type_t type, const char* name, long otherwise) {
   const lumo_type_info_struct_t* info = structure_of(type);
@@ -35,7 +31,7 @@ const lumo_template_info_t* template_info(lumo_type_t type) {
   return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
 }
 
-lumo_type_t plain_type(lumo_type_t type) {
+lumo_type_t type_behind(lumo_type_t type) {
   for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
     const lumo_type_info_struct_t* info = type->type_info;
     if (info->kind == lumo_type_kind_template && info->template_info) {
@@ -49,12 +45,7 @@ lumo_type_t plain_type(lumo_type_t type) {
   return type;
 }
 
-lumo_type_kind_t base_kind(lumo_type_t type) {
-  type = plain_type(type);
-  return type && type->type_info ? type->type_info->kind : lumo_type_kind_undefined;
-}
-
-const lumo_type_info_struct_t* root_of(lumo_type_t type) {
+const lumo_type_info_struct_t* root_behind(lumo_type_t type) {
   const lumo_type_info_struct_t* info = nullptr;
   for (int i = 0; i < chain_limit; ++i) {
     type = plain_type(type);
@@ -64,24 +55,6 @@ const lumo_type_info_struct_t* root_of(lumo_type_t type) {
     type = info->parent_type;
   }
   return info;
-}
-
-const lumo_type_info_struct_t* structure_of(lumo_type_t type) {
-  return root_of(type);
-}
-
-size_t field_count(lumo_type_t type) {
-  const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info) return 0;
-  if (is_component_record(info)) return reinterpret_cast<size_t>(info->enum_or_array_info);
-  return info->number_of_fields > 0 ? static_cast<size_t>(info->number_of_fields) : 0;
-}
-
-lumo_field_info_t* field_info(lumo_type_t type) {
-  const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info) return nullptr;
-  if (is_component_record(info)) return static_cast<lumo_field_info_t*>(info->reserved_last);
-  return info->field_info;
 }
 
 long field_index(lumo_type_t type, const char* name) {
@@ -156,10 +129,62 @@ lumo_type_t record_type(lumo_type_t type) {
   return fields ? fields[0].type : type;
 }
 
+namespace {
+
+// What a type without a name of its own is.
+const char* kind_words(lumo_type_kind_t kind) {
+  static const char* const words[] = {"type",
+                                      "integer",
+                                      "float",
+                                      "boolean",
+                                      "objid",
+                                      "verdicttype",
+                                      "bitstring",
+                                      "hexstring",
+                                      "octetstring",
+                                      "charstring",
+                                      "universal charstring",
+                                      "record",
+                                      "record of",
+                                      "set",
+                                      "set of",
+                                      "enumerated",
+                                      "union",
+                                      "address",
+                                      "port",
+                                      "component",
+                                      "array",
+                                      "template",
+                                      "timer",
+                                      "signature",
+                                      "char",
+                                      "universal char",
+                                      "default",
+                                      "component",
+                                      "port",
+                                      "function",
+                                      "testcase",
+                                      "altstep"};
+  const size_t number = static_cast<size_t>(kind);
+  return words[number < std::size(words) ? number : 0];
+}
+
+// Generated code gives names that users do not know to what stands in line.
+bool is_internal(const char* name) {
+  return !std::strncmp(name, "vexa_", 5);
+}
+
+}  // namespace
+
 const char* type_name(lumo_type_t type) {
   if (!type) return "no type";
-  if (type->name) return type->name;
-  return type->type_info && type->type_info->name ? type->type_info->name : "unnamed type";
+  const lumo_type_info_struct_t* info = type->type_info;
+  const char* name = type->name ? type->name : info && info->name ? info->name : "unnamed type";
+  if (!is_internal(name)) return name;
+  lumo_type_t plain = plain_type(type);
+  if (plain && plain != type) return type_name(plain);
+  const char* root = root_of(type) ? root_of(type)->name : nullptr;
+  return root && !is_internal(root) ? root : kind_words(base_kind(type));
 }
 
 }  // namespace lumos

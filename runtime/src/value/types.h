@@ -8,15 +8,44 @@
 
 namespace lumos {
 
+// What follows is asked several times for each value that is made: most types stand for themselves.
+lumo_type_t type_behind(lumo_type_t type);
+const lumo_type_info_struct_t* root_behind(lumo_type_t type);
+
 // The type behind templates and redefinitions of address.
-lumo_type_t plain_type(lumo_type_t type);
-lumo_type_kind_t base_kind(lumo_type_t type);
-// The description that holds the fields: that of the root of a chain of subtypes.
-const lumo_type_info_struct_t* structure_of(lumo_type_t type);
+inline lumo_type_t plain_type(lumo_type_t type) {
+  if (!type || !type->type_info) return type;
+  const lumo_type_kind_t kind = type->type_info->kind;
+  return kind == lumo_type_kind_template || kind == lumo_type_kind_address ? type_behind(type) : type;
+}
+inline lumo_type_kind_t base_kind(lumo_type_t type) {
+  type = plain_type(type);
+  return type && type->type_info ? type->type_info->kind : lumo_type_kind_undefined;
+}
 // The description by which equal types are known.
-const lumo_type_info_struct_t* root_of(lumo_type_t type);
-size_t field_count(lumo_type_t type);
-lumo_field_info_t* field_info(lumo_type_t type);  // nullptr if there are none
+inline const lumo_type_info_struct_t* root_of(lumo_type_t type) {
+  type = plain_type(type);
+  if (!type || !type->type_info) return nullptr;
+  return type->type_info->parent_type ? root_behind(type) : type->type_info;
+}
+// The description that holds the fields: that of the root of a chain of subtypes.
+inline const lumo_type_info_struct_t* structure_of(lumo_type_t type) {
+  return root_of(type);
+}
+// The tables of component records have count and fields two places behind those of other types.
+inline size_t field_count(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info) return 0;
+  if (info->kind == lumo_type_kind_component) return reinterpret_cast<size_t>(info->enum_or_array_info);
+  return info->number_of_fields > 0 ? static_cast<size_t>(info->number_of_fields) : 0;
+}
+// Null if there are none.
+inline lumo_field_info_t* field_info(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = structure_of(type);
+  if (!info) return nullptr;
+  if (info->kind == lumo_type_kind_component) return static_cast<lumo_field_info_t*>(info->reserved_last);
+  return info->field_info;
+}
 // Both -1 if not found.
 long field_index(lumo_type_t type, const char* name);
 long enum_number(lumo_type_t type, const char* name, size_t length);

@@ -98,6 +98,9 @@ struct Restraint {
   std::vector<std::pair<size_t, size_t>> permutations;
 };
 
+// What `rnd` begins with.
+void set_random_seed(uint64_t seed);
+
 }  // namespace lumos
 
 struct lumo_value_struct {

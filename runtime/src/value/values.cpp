@@ -14,17 +14,22 @@ namespace lumos {
 
 namespace {
 
+// Numbers and their like own nothing.
+inline bool may_own(Form form) {
+  return form >= Form::string;
+}
+
 // Frees what is not parts; parts are with the caller.
 void free_buffers(Value v) {
   switch (v->form) {
     case Form::string:
-      std::free(v->text.data);
+      release(v->text);
       break;
     case Form::wide_string:
-      std::free(v->wide.data);
+      release(v->wide);
       break;
     case Form::object_id:
-      std::free(v->ids.data);
+      release(v->ids);
       break;
     case Form::timer:
       hooks.delete_timer(v->timer);
@@ -34,7 +39,7 @@ void free_buffers(Value v) {
       delete v->external;
       break;
     default:
-      if (has_parts(v->form) || v->form == Form::instance) std::free(v->parts.data);
+      if (has_parts(v->form) || v->form == Form::instance) release(v->parts);
       break;
   }
 }
@@ -45,6 +50,16 @@ bool owns_argument(Value v, size_t i) {
   if (!argument || argument->life == Life::fixed) return false;
   if (v->owns_arguments) return true;
   return v->parts.data[v->parts.size + 1 + i] == lumo_value_default_c;
+}
+
+void give_up_contents(Value v) {
+  if (has_parts(v->form)) {
+    for (size_t i = 0; i < v->parts.size; ++i) retire(v->parts.data[i]);
+  } else if (v->form == Form::instance) {
+    for (size_t i = 0; i < v->parts.size; ++i)
+      if (owns_argument(v, i)) retire(v->parts.data[i]);
+  }
+  free_buffers(v);
 }
 
 bool is_matching(Value v) {
@@ -160,20 +175,14 @@ void destroy(Value v) {
       for (size_t i = 0; i < node->parts.size; ++i)
         if (owns_argument(node, i)) push(node->parts.data[i]);
     }
-    free_buffers(node);
+    if (may_own(node->form)) free_buffers(node);
     delete node->restraint;
     give_node(node);
   }
 }
 
 void clear_contents(Value v) {
-  if (has_parts(v->form)) {
-    for (size_t i = 0; i < v->parts.size; ++i) retire(v->parts.data[i]);
-  } else if (v->form == Form::instance) {
-    for (size_t i = 0; i < v->parts.size; ++i)
-      if (owns_argument(v, i)) retire(v->parts.data[i]);
-  }
-  free_buffers(v);
+  if (may_own(v->form)) give_up_contents(v);
   v->form = Form::unset;
   v->special = Special::none;
   v->index = -1;
@@ -256,6 +265,11 @@ void open_parts(Value v, Form form, size_t count) {
 }
 
 lumo_type_t part_type(Value v, size_t slot) {
+  if (v->form == Form::fields) {
+    const lumo_type_info_struct_t* info = structure_of(v->type);
+    const bool is_plain = info && info->kind != lumo_type_kind_component && info->field_info;
+    if (is_plain && static_cast<long>(slot) < info->number_of_fields) return info->field_info[slot].type;
+  }
   if (v->form == Form::vector) return element_type(v->type);
   if (v->form == Form::choice || v->form == Form::fields) {
     size_t field = v->form == Form::choice ? static_cast<size_t>(v->index) : slot;

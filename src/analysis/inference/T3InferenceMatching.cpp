@@ -1,5 +1,6 @@
 // Matching symbols and what may follow them: lists, ranges, patterns, sets, lengths.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/inference/T3PatternReferences.h"
 
 namespace t3infer {
 namespace {
@@ -120,6 +121,7 @@ T3Inference InferMatching(T3Tree_Node* node, T3Candidates& candidates, bool stri
     case T3Kind::T3HexStringMatch:
       return FinishOne(node, candidates, gT3HexStringType, false, strict, report);
     case T3Kind::T3CharStringMatch: {
+      ResolvePatternReferences(node->as<T3CharStringMatch>());
       const bool failed = Fails(node->as<T3CharStringMatch>()->pattern,
                                 T3Candidates::Types({gT3CharStringType, gT3UniversalCharStringType}));
       return FinishSet(node, candidates, {gT3CharStringType, gT3UniversalCharStringType}, failed, report);

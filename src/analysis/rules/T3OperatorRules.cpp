@@ -103,7 +103,14 @@ void RequireOperand(T3Tree_Node* operand) {
     vexa_filtered_error(ERR_rvalue, PositionOf(operand));
 }
 
+// Patterns are put together of the patterns that templates stand for.
+bool IsPartOfPattern(T3Tree_Node* node) {
+  while (T3Is<T3Concatenate>(node)) node = node->parent;
+  return T3Is<T3CharStringMatch>(node);
+}
+
 void CheckBinary(T3Tree_Node* node) {
+  if (IsPartOfPattern(node)) return;
   RequireOperand(node->as<_T3BinaryExpression>()->left);
   RequireOperand(node->as<_T3BinaryExpression>()->right);
 }

@@ -43,8 +43,7 @@ class Reader {
 
  private:
   void Ignored(const std::string& option, const std::string& file) {
-    std::printf("\nWARNING : Argument ignored: %s\n", option.c_str());
-    if (!file.empty()) std::printf("          In option file  : %s\n", file.c_str());
+    argumentIgnored(option, file);
     ++line_.warnings;
   }
 
@@ -73,7 +72,7 @@ class Reader {
     } else if (name == "VERSION" && equals == std::string::npos) {
       line_.version = true;
     }
-    line_.options.push_back(text);
+    line_.options.push_back({text, file});
   }
 
   // A scope must be open before it ends, and closed before the next one begins.
@@ -121,6 +120,11 @@ class Reader {
   bool in_scope_ = false;
 };
 }  // namespace
+
+void argumentIgnored(const std::string& option, const std::string& file) {
+  std::printf("\nWARNING : Argument ignored: %s\n", option.c_str());
+  if (!file.empty()) std::printf("          In option file  : %s\n", file.c_str());
+}
 
 void TellCutting(int length) {
   std::printf("          Truncating it to %d characters.\n", length);

@@ -1,6 +1,7 @@
 #include "asn1/front/AsnFault.h"
 
 #include <cstdio>
+#include <fstream>
 
 namespace asn1 {
 namespace {
@@ -28,14 +29,24 @@ constexpr const char* kTexts[] = {
     "Not a valid syntax tree",
     "Call-back function not defined.",
 };
+std::string& summary = *new std::string;
+
 constexpr int kLastCode = sizeof kTexts / sizeof kTexts[0] - 1;
 }  // namespace
+
+void CopyFaultsTo(const std::string& path) {
+  summary = path;
+}
 
 void fatalError(int code, const std::string& text) {
   const bool known = code >= 1 && code <= kLastCode;
   std::fprintf(stderr, "\nFATAL ERROR : %s\n", known ? kTexts[code] : "Unexpected error code");
   if (!text.empty()) std::fprintf(stderr, "              %s\n", text.c_str());
   std::fputs("\n", stderr);
+  if (!summary.empty())
+    std::ofstream(summary, std::ios::app)
+        << "FATAL ERROR : " << (known ? kTexts[code] : "Unexpected error code") << (text.empty() ? "" : ": ")
+        << text << "\n";
   throw AsnExit{kStatusFatal};
 }
 }  // namespace asn1

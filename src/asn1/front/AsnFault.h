@@ -31,6 +31,9 @@ struct AsnExit {
 /// Prints the fault's text, and `text` below it where there is one, on standard error and throws AsnExit{2}.
 [[noreturn]] void fatalError(int code, const std::string& text = {});
 
+/// Fatal errors are told at the end of this file as well.
+void CopyFaultsTo(const std::string& path);
+
 /// Counts the nesting of a recursion along references between records; one without an end is a fatal internal
 /// error.
 class NestingGuard {

@@ -11,6 +11,7 @@ namespace asn1 {
 namespace {
 constexpr long kMostInt32 = 0x7fffffff;
 constexpr size_t kLongestModuleName = 128;
+constexpr int kMostAlternatives = 8;
 
 // The longer letters first: "CL" is no "C" for something that begins with "L".
 constexpr struct {
@@ -88,6 +89,12 @@ bool IsNameCharacter(char c) {
 }
 
 using Parts = std::vector<std::string>;
+
+bool IsNameList(const std::string& value) {
+  const Parts parts = Split(value, ':');
+  return std::all_of(parts.begin(), parts.end(),
+                     [](const std::string& part) { return validFilePrefix(part); });
+}
 
 bool IsBitVector(const std::string& value) {
   return value.size() <= 8 && value.find_first_not_of("01") == std::string::npos;
@@ -289,6 +296,13 @@ bool AsnOptions::TakeFeatures(const std::string& value) {
   return true;
 }
 
+bool AsnOptions::TakeAlternatives(const std::string& names) {
+  const int count = static_cast<int>(Split(names, ':').size());
+  if (count > Number("ALTMAX", kMostAlternatives)) return false;
+  alternatives_ = std::max(alternatives_, count);
+  return true;
+}
+
 bool AsnOptions::TakeOption(const std::string& text) {
   const std::string option = optionToUpper(text);
   const size_t equals = option.find('=');
@@ -309,15 +323,44 @@ bool AsnOptions::TakeOption(const std::string& text) {
     if (name != row.name) continue;
     if (row.form == Form::Text) {
       if (row.is_good != nullptr && !row.is_good(value)) return false;
+      if (row.is_good == IsNameList && !TakeAlternatives(value)) return false;
       values_[name] = value;
       return true;
     }
     const auto number = ValueOf(row, value);
     if (name == "TABF" && number.has_value() && *number > Number("TAB", 1)) return false;
+    if (name == "ALTMAX" && number.has_value() && *number < alternatives_) return false;
     if (number.has_value()) numbers_[name] = static_cast<int>(*number);
     return number.has_value();
   }
   return TakeNaming(name, value);
+}
+
+bool AsnOptions::IsKnown(const std::string& text) {
+  static constexpr std::string_view kOfGenerators[] = {"VERSION",
+                                                       "ENTRYTAG",
+                                                       "LOGFILE",
+                                                       "OWNI",
+                                                       "OWNF",
+                                                       "NOHEADERS",
+                                                       "FXE",
+                                                       "ASN2C_CODEC",
+                                                       "BEO",
+                                                       "COD-FUNC-PREF",
+                                                       "PERCOD",
+                                                       "ENCODING-VARIANT",
+                                                       "BEGIN-SCOPE",
+                                                       "END-SCOPE",
+                                                       "ENCODING-VARIANT-FUNC-PREF",
+                                                       "DEFAULT-VALUES-WARNINGS-DISABLE"};
+  const std::string option = optionToUpper(text);
+  const std::string name = option.substr(0, option.find('='));
+  if (std::find(std::begin(kOfGenerators), std::end(kOfGenerators), name) != std::end(kOfGenerators))
+    return true;
+  // An option of one type has the type's name in front.
+  const size_t colon = text.find(':');
+  if (colon != std::string::npos && colon < text.find('=')) return true;
+  return AsnOptions().TakeOption(text);
 }
 
 void AsnOptions::Apply(const std::vector<std::string>& names,

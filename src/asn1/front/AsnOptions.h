@@ -51,6 +51,10 @@ class AsnOptions {
   bool testCGenerationOption(int feature) const { return c_generation_.count(feature) != 0; }
   /// What the naming options say of a thing: one for its name before one for its kind.
   FixRec getFixRec(NamingKind kind, const std::string& name) const;
+  /// Whether some say it of the name.
+  bool HasFixOf(NamingKind kind, const std::string& name) const { return fixes_.count({kind, name}) != 0; }
+  /// Whether a text is an option of this table, or one that some generator knows.
+  static bool IsKnown(const std::string& text);
   const std::set<std::string>& entries() const { return entries_; }
   const std::vector<std::string>& info() const { return info_; }
   const std::map<std::string, PrefixRec>& prefixes() const { return prefixes_; }
@@ -62,8 +66,10 @@ class AsnOptions {
   bool TakeEntry(const std::string& value);
   bool TakePrefix(const std::string& value);
   bool TakeFeatures(const std::string& value);
+  bool TakeAlternatives(const std::string& names);
 
   size_t prefix_length_ = 32;
+  int alternatives_ = 0;  // the most names of an alternative encoder or decoder that were given at once
   std::vector<std::string> texts_;
   std::map<std::string, int> numbers_;
   std::map<std::string, std::string> values_;
@@ -79,7 +85,11 @@ struct AsnCommandLine {
   std::string syntax_directory;                 // with its separator; empty for the working directory
   std::vector<std::string> source_directories;  // "-A="
   std::vector<std::string> file_prefixes;
-  std::vector<std::string> options;  // all others in their order, without "-"
+  struct Word {
+    std::string text;  // without "-"
+    std::string file;  // the option file that it stands in; empty for the command line
+  };
+  std::vector<Word> options;  // all others in their order
   int prefix_length = 5;
   bool version = false;
   int warnings = 0;
@@ -89,6 +99,8 @@ struct AsnCommandLine {
 /// fatal error.
 AsnCommandLine parseCmdLineParams(const std::vector<std::string>& words);
 
+/// Tells that an option has no effect, and the option file in which it stands.
+void argumentIgnored(const std::string& option, const std::string& file);
 /// The part before "=" in capitals, the rest as it stands.
 std::string optionToUpper(std::string_view option);
 /// Cuts a file prefix to `length` characters, with a warning that calls it `what`.

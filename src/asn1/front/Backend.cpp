@@ -2,11 +2,17 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 
 #include "asn1/front/AsnFault.h"
 
 namespace asn1 {
 SyntaxTrees gSyntaxTrees;
+
+ModRec& firstModule() {
+  if (gSyntaxTrees.all().empty()) fatalError(kInternal, "No module record list.");
+  return *gSyntaxTrees.all().front();
+}
 
 namespace {
 AsnCommandLine command_line;
@@ -19,8 +25,8 @@ int verbosity = 0;
 
 int VerbosityOf(const AsnCommandLine& line) {
   int result = 0;
-  for (const std::string& text : line.options) {
-    const std::string option = optionToUpper(text);
+  for (const auto& word : line.options) {
+    const std::string option = optionToUpper(word.text);
     if (option.compare(0, 8, "VERBOSE=") != 0) continue;
     const std::string value = option.substr(8);
     result = value == "1" || value == "2" ? value[0] - '0'
@@ -37,19 +43,19 @@ void Tell(const char* text) {
 
 void Evaluate(ModRec& module, const BackendOption& take) {
   module.options.set_prefix_length(command_line.prefix_length);
-  for (const std::string& option : command_line.options) module.options.Record(option);
+  for (const auto& word : command_line.options) module.options.Record(word.text);
+  std::set<std::string> unknown;
   module.options.Apply({module.file_prefix, module.generation_prefix}, [&](const std::string& text) {
-    if (take(module, text)) return true;
-    std::printf("\nWARNING : Argument ignored: %s\n", text.c_str());
-    return false;
+    const bool taken = take(module, text);
+    if (!taken) unknown.insert(text);
+    return taken;
   });
+  // Once for all modules; of options in syntax files whoever wrote these told.
+  if (&module != &firstModule()) return;
+  for (const auto& word : command_line.options)
+    if (unknown.erase(word.text) != 0) argumentIgnored(word.text, word.file);
 }
 }  // namespace
-
-ModRec& firstModule() {
-  if (gSyntaxTrees.all().empty()) fatalError(kInternal, "No module record list.");
-  return *gSyntaxTrees.all().front();
-}
 
 void initBackend(const std::vector<std::string>& words, const BackendName& name, const BackendOption& take) {
   gSyntaxTrees.clear();
@@ -65,6 +71,7 @@ void initBackend(const std::vector<std::string>& words, const BackendName& name,
   for (const std::string& prefix : command_line.file_prefixes)
     gSyntaxTrees.findOrCreateModRec(prefix, "").named_by_user = true;
   Tell("  Reading syntax trees ...\n");
+  gSyntaxTrees.set_tells(verbosity > 0);
   gSyntaxTrees.readAllSyntaxTrees(command_line.syntax_directory);
   Tell("  Parsing command line options ...\n");
   for (const auto& module : gSyntaxTrees.all())

@@ -210,6 +210,7 @@ ModRec* SyntaxTrees::find(const std::string& name) {
 
 int SyntaxTrees::readSyntaxTree(ModRec& module, const std::string& directory, std::string& message) {
   std::vector<MNode> headers;
+  if (tells_) std::printf("  %s\n", module.file_prefix.c_str());
   const int result = readTree(module, directory, headers, message);
   if (result != 0) {
     module.state = kFailed;

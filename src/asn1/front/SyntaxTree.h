@@ -80,11 +80,14 @@ class SyntaxTrees {
   /// Reads one module and, imports first, what it imports. Returns 0, or 1001 to 1003 with a text in
   /// `message`.
   int readSyntaxTree(ModRec& module, const std::string& directory, std::string& message);
+  /// Whether the prefix of each file is printed when it is read.
+  void set_tells(bool tells) { tells_ = tells; }
   const std::vector<std::unique_ptr<ModRec>>& all() const { return modules_; }
   void clear() { modules_.clear(); }
 
  private:
   std::vector<std::unique_ptr<ModRec>> modules_;
+  bool tells_ = false;
 };
 
 /// A version in the form "%s%d.%02d%s", with the patch level behind the minor number where it is above 0.

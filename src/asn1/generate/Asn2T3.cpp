@@ -10,6 +10,7 @@
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "support/TemporaryFiles.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -81,9 +82,10 @@ void BeginHeader(T3AsnFiles& files) {
   include(text, getModulePrefix(files.module) + ".typ");
   include(text, "lumos.h");
   text.endl();
-  text.put("extern const lumo_type_t t3asn_asn_1_null_type;\n");
-  text.put("#define t3asn_STATIC_asn_1_null_type (lumo_type_t)&t3asn_asn_1_null_type_struct\n");
-  text.put("extern lumo_type_struct_t t3asn_asn_1_null_type_struct;\n");
+  text.put("extern const " + std::string(LUMO_TYPE_T) + " t3asn_asn_1_null_type;\n");
+  text.put("#define t3asn_STATIC_asn_1_null_type (" + std::string(LUMO_TYPE_T) +
+           ")&t3asn_asn_1_null_type_struct\n");
+  text.put("extern " + std::string(LUMO_TYPE_STRUCT_T) + " t3asn_asn_1_null_type_struct;\n");
   text.endl();
 }
 
@@ -182,10 +184,19 @@ void WarnOfLargeItems(ModRec& module) {
   });
 }
 
+void WarnOfForeignSelections(ModRec& module) {
+  forEachNamedOrInlineType(module, [&](const AsnType& type, const std::string&) {
+    if (getTypeMainType(type) == TYP_SELECTION && forSelectionType(type).module != &module)
+      std::printf("%s:%d:%s\n", module.source.c_str(), type.node().line,
+                  "warning: multi-module selection types not supported completely.");
+  });
+}
+
 void asn2t3_gen_module(T3AsnFiles& files, int mask) {
   BeginHeader(files);
   BeginSource(files, mask);
   WarnOfLargeItems(files.module);
+  WarnOfForeignSelections(files.module);
   t3asn_gen_check(files);
   t3asn_gen_consof(files);
   if ((mask & kMaskNoTranslation) == 0) {
@@ -228,8 +239,6 @@ std::map<std::string, std::string> CheckFunctionNames(ModRec& module) {
 }
 
 std::map<std::string, std::string> ConsofFunctionNames(ModRec& module) {
-  return NamesOf(module, "_consof_", [](const AsnType& type) {
-    return has_consof_func(type) && (isDefinedType(type) || !isReference(type));
-  });
+  return NamesOf(module, "_consof_", has_consof_func);
 }
 }  // namespace asn1

@@ -10,6 +10,7 @@
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -39,7 +40,7 @@ std::string CString(const std::string& text) {
 // The least number has no literal of its own in C.
 std::string IntegerLiteral(int64_t number) {
   const auto literal = [](int64_t digits) {
-    return "lumo_long_integer_literal(" + std::to_string(digits) + ")";
+    return std::string(LUMO_LONG_INTEGER_LITERAL) + "(" + std::to_string(digits) + ")";
   };
   return number == INT64_MIN ? "(" + literal(INT64_MIN + 1) + " - 1)" : literal(number);
 }
@@ -219,10 +220,10 @@ class Constraints {
     if (cGetVF(type_) != VF_DYNS || !allowed) return text_.w("TRUE");
     std::erase(*allowed, '\0');  // it ends a text of C
     text_.w("\nstrspn (");
-    text_.w("lumo_value_get_string(v0, context), ");
+    text_.w(std::string(LUMO_VALUE_GET_STRING) + "(v0, context), ");
     text_.w(CString(*allowed) + ")");
     text_.w(" == ");
-    text_.w("lumo_lengthof(v0, context)");
+    text_.w(std::string(LUMO_LENGTH_OF) + "(v0, context)");
   }
 
   void OneSize(const Segment& segment) {
@@ -363,8 +364,9 @@ class CheckFunctions {
 
  private:
   void Begin(const AsnType& type, const std::string& id) {
-    cBeginFunction(files_, {"int", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t type, ", "",
-                            "lumo_value_t v0, lumo_context_t context"});
+    cBeginFunction(
+        files_, {"int", FunctionPrefix(type, kFamily) + id, false, std::string(LUMO_TYPE_T) + " type, ", "",
+                 std::string(LUMO_VALUE_T) + " v0, " + LUMO_CONTEXT_T + " context"});
   }
 
   void SpecialValues() {
@@ -375,7 +377,9 @@ class CheckFunctions {
   }
 
   void Kind(const char* kind) {
-    text_.w(std::string("if ( lumo_type_kind ( lumo_value_type (v0, context),context) != ") + kind + " )\n");
+    text_.w(std::string("if ( " + std::string(LUMO_TYPE_KIND) + " ( " + LUMO_VALUE_TYPE +
+                        " (v0, context),context) != ") +
+            kind + " )\n");
     text_.w("  return FALSE;\n");
   }
 
@@ -397,7 +401,7 @@ class CheckFunctions {
         ControlMember(type);
       }
       SpecialValues();
-      Kind(main_type == TYP_SEQ ? "lumo_type_kind_record" : "lumo_type_kind_set");
+      Kind(main_type == TYP_SEQ ? LUMO_TYPE_KIND_RECORD : LUMO_TYPE_KIND_SET);
     } else {
       OfList(type);
     }
@@ -408,10 +412,10 @@ class CheckFunctions {
   // The frame of a walk over alternatives, in which nothing is left to do.
   void OfChoice(const AsnType& type) {
     SpecialValues();
-    Kind("lumo_type_kind_union");
+    Kind(LUMO_TYPE_KIND_UNION);
     text_.w(getMetaTypeId(type) + " home_val, *home = &home_val;\n\n");
     text_.w("home->choice = -1;\n");
-    text_.w("home->choice = (sint32) lumo_value_union_index(v0, context);\n");
+    text_.w("home->choice = (sint32) " + std::string(LUMO_VALUE_UNION_INDEX) + "(v0, context);\n");
     text_.w("switch (");
     text_.w("home->choice)");
     text_.open();
@@ -425,17 +429,18 @@ class CheckFunctions {
   }
 
   void OfList(const AsnType& type) {
-    text_.w("if ( !lumo_value_is_initialized (v0, context) )\n");
+    text_.w("if ( !" + std::string(LUMO_VALUE_IS_INITIALIZED) + " (v0, context) )\n");
     text_.w("  return TRUE;\n");
     SpecialValues();
     const bool is_sequence = getBaseTypeMainType(type) == TYP_SEQOF;
-    text_.w(std::string("if ( ( lumo_type_kind ( lumo_value_type (v0, context),context) != lumo_type_kind_") +
-            (is_sequence ? "recordof" : "setof") + ")");
+    text_.w("if ( ( " + std::string(LUMO_TYPE_KIND) + " ( " + LUMO_VALUE_TYPE +
+            " (v0, context),context) != " + (is_sequence ? LUMO_TYPE_KIND_RECORDOF : LUMO_TYPE_KIND_SETOF) +
+            ")");
     text_.w(" )\n");
     text_.w("  return FALSE;\n");
     if (!isLocalTypeConstraints(type)) return;
     text_.open();
-    text_.w("const long size = (long) lumo_value_vector_size (v0, context);\n\n");
+    text_.w("const long size = (long) " + std::string(LUMO_VALUE_VECTOR_SIZE) + " (v0, context);\n\n");
     Constraints(type, text_).check_type_constraints();
     text_.close();
   }
@@ -444,19 +449,21 @@ class CheckFunctions {
     const MainType base = getBaseTypeMainType(type);
     switch (base) {
       case TYP_BOOLEAN:
-        return text_.w("const int home = (int) lumo_value_get_boolean(v0, context);\n\n");
+        return text_.w("const int home = (int) " + std::string(LUMO_VALUE_GET_BOOLEAN) +
+                       "(v0, context);\n\n");
       case TYP_INTEGER:
-        return text_.w("const lumo_long_integer_t home = lumo_value_get_integer(v0, context);\n\n");
+        return text_.w("const " + std::string(LUMO_LONG_INTEGER_T) + " home = " + LUMO_VALUE_GET_INTEGER +
+                       "(v0, context);\n\n");
       case TYP_ENUM:
-        return text_.w("const long home = lumo_value_get_enum_number(v0, context);\n\n");
+        return text_.w("const long home = " + std::string(LUMO_VALUE_GET_ENUM_NUMBER) + "(v0, context);\n\n");
       case TYP_REAL:
-        return text_.w("const double home = lumo_value_get_float(v0, context);\n\n");
+        return text_.w("const double home = " + std::string(LUMO_VALUE_GET_FLOAT) + "(v0, context);\n\n");
       default:
         if (AnyLocal(type, AsksForSize))
-          text_.w("const long size = (long) lumo_value_string_length (v0, context);\n");
+          text_.w("const long size = (long) " + std::string(LUMO_VALUE_STRING_LENGTH) + " (v0, context);\n");
         // Strings of bits and octets have no text.
         if (AnyLocal(type, AsksForText) && base != TYP_BITSTR && base != TYP_OCTSTR)
-          text_.w("const char *home = lumo_value_get_string (v0, context);\n");
+          text_.w("const char *home = " + std::string(LUMO_VALUE_GET_STRING) + " (v0, context);\n");
     }
   }
 
@@ -471,24 +478,24 @@ class CheckFunctions {
   void KindOfLeaf(const AsnType& type) {
     switch (getBaseTypeMainType(type)) {
       case TYP_BOOLEAN:
-        return Kind("lumo_type_kind_boolean");
+        return Kind(LUMO_TYPE_KIND_BOOLEAN);
       case TYP_INTEGER:
-        return Kind("lumo_type_kind_integer");
+        return Kind(LUMO_TYPE_KIND_INTEGER);
       case TYP_ENUM:
-        return Kind("lumo_type_kind_enumerated");
+        return Kind(LUMO_TYPE_KIND_ENUM);
       case TYP_REAL:
         if (!type.module->options.testCGenerationOption(1))
           t3asn_warn("REAL<NN> not supported from MESK & ASN2C. Use MESK option C-GENERATION=REAL.");
-        return Kind("lumo_type_kind_float");
+        return Kind(LUMO_TYPE_KIND_FLOAT);
       case TYP_BITSTR:
-        return Kind("lumo_type_kind_bitstring");
+        return Kind(LUMO_TYPE_KIND_BITSTRING);
       case TYP_OCTSTR:
-        return Kind("lumo_type_kind_octetstring");
+        return Kind(LUMO_TYPE_KIND_OCTETSTRING);
       case TYP_NUMSTR:
       case TYP_PRISTR:
       case TYP_VISSTR:
       case TYP_IA5STR:
-        return Kind("lumo_type_kind_charstring");
+        return Kind(LUMO_TYPE_KIND_CHARSTRING);
       default:
         return t3asn_warn("Unrecognized leaf type.");
     }
@@ -508,15 +515,15 @@ class CheckFunctions {
     const AsnType of = forSynonymType(type);
     Begin(type, id);
     if (has_check_func(of)) {
-      text_.w("if (!" + FunctionPrefix(of, kFamily) + getMetaTypeId(of) +
-              " ( lumo_value_type (v0,context), v0, context) )\n");
+      text_.w("if (!" + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ( " +
+              std::string(LUMO_VALUE_TYPE) + " (v0,context), v0, context) )\n");
       text_.w("  return FALSE;\n");
     }
     if (isLocalTypeConstraints(type)) {
       SpecialValues();
       if (cGetVF(type) == VF_LIST) {
         text_.open();
-        text_.w("const long size = (long) lumo_value_vector_size (v0, context);\n\n");
+        text_.w("const long size = (long) " + std::string(LUMO_VALUE_VECTOR_SIZE) + " (v0, context);\n\n");
         Constraints(type, text_).check_type_constraints();
         text_.close();
       } else {

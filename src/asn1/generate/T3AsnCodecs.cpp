@@ -7,6 +7,7 @@
 #include "asn1/model/AsnHome.h"
 #include "asn1/generate/T3AsnNames.h"
 #include "asn1/model/AsnNames.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -48,8 +49,8 @@ class CodecFunctions {
   // An argument is a line; in the header the last one ends the declaration.
   void Heads(const std::string& name, const std::vector<std::string>& arguments) {
     const bool ansi = HasAnsiC(files_.module);
-    files_.header.put("extern lumo_codecs_result_t " + name + (ansi ? "(" : "(/*"));
-    text_.put("\nlumo_codecs_result_t " + name + "(");
+    files_.header.put("extern " + std::string(LUMO_CODECS_RESULT_T) + " " + name + (ansi ? "(" : "(/*"));
+    text_.put("\n" + std::string(LUMO_CODECS_RESULT_T) + " " + name + "(");
     if (!ansi) OldStyleDefinition(arguments);
     for (size_t i = 0; i < arguments.size(); ++i) {
       const bool last = i + 1 == arguments.size();
@@ -77,24 +78,27 @@ class CodecFunctions {
     text_.w("pushHome(&utig, handle);\n");
   }
 
-  void SetLine() { text_.w("lumo_targetcode_location_set_line(__LINE__, ctx);\n"); }
+  void SetLine() { text_.w(std::string(LUMO_TARGETCODE_LOCATION_SET_LINE) + "(__LINE__, ctx);\n"); }
 
   void Release() {
     text_.w("popHome (&utig);\n");
     text_.w("freeAsn (&handle, FREE_STG);\n");
-    text_.w("lumo_targetcode_location_pop(ctx);\n");
+    text_.w(std::string(LUMO_TARGETCODE_LOCATION_POP) + "(ctx);\n");
   }
 
   void Encoder() {
     Heads(name_ + "_encode_" + id_,
-          {"lumo_value_t value", "lumo_binary_string_t encoded_data", "lumo_context_t ctx"});
+          {std::string(LUMO_VALUE_T) + " value", std::string(LUMO_BINARY_STRING_TYPE) + " encoded_data",
+           std::string(LUMO_CONTEXT_T) + " ctx"});
     text_.w(id_ + " *home;\n");
     text_.w("ASNHOME *handle = NULL;\n");
     text_.w("FRAME_PTR encodingBuffer;\n");
     CodecVariable();
     text_.w("ASNUTIG utig;\n\n");
-    text_.w("lumo_codecs_result_t codec_result = lumo_codecs_result_succeeded_c;\n\n");
-    text_.w("lumo_targetcode_location_push(\"" + name_ + "_encode_" + id_ + "\",__FILE__, __LINE__, ctx);\n");
+    text_.w(std::string(LUMO_CODECS_RESULT_T) + " codec_result = " + LUMO_CODECS_RESULT_SUCCEEDED_C +
+            ";\n\n");
+    text_.w(std::string(LUMO_TARGETCODE_LOCATION_PUSH) + "(\"" + name_ + "_encode_" + id_ +
+            "\",__FILE__, __LINE__, ctx);\n");
     SetUp();
     SetLine();
     text_.w("t3asn_" + module_ + "_trans_t3_to_asn_" + id_ + "(&utig, value, home, ctx);\n");
@@ -111,18 +115,21 @@ class CodecFunctions {
 
   void Decoder() {
     Heads(name_ + "_decode_" + id_,
-          {"lumo_binary_string_iter_t * encoded_data", "lumo_type_t type", "lumo_alloc_strategy_t strategy",
-           "lumo_value_t * decoded_value", "lumo_context_t ctx"});
+          {std::string(LUMO_BINARY_STRING_ITER_T) + " * encoded_data", std::string(LUMO_TYPE_T) + " type",
+           std::string(LUMO_ALLOC_STRATEGY_T) + " strategy", std::string(LUMO_VALUE_T) + " * decoded_value",
+           std::string(LUMO_CONTEXT_T) + " ctx"});
     text_.w(id_ + " *home;\n");
     text_.w("ASNHOME *handle = NULL;\n");
     text_.w("FRAME_PTR decodingBuffer;\n");
     text_.w("ERR_RET errorHandlerBuf;\n");
     CodecVariable();
     text_.w("ASNUTIG utig;\n");
-    text_.w("lumo_codecs_result_t codec_result = lumo_codecs_result_succeeded_c;\n\n");
-    text_.w("lumo_targetcode_location_push(\"" + name_ + "_decode_" + id_ + "\",__FILE__, __LINE__, ctx);\n");
+    text_.w(std::string(LUMO_CODECS_RESULT_T) + " codec_result = " + LUMO_CODECS_RESULT_SUCCEEDED_C +
+            ";\n\n");
+    text_.w(std::string(LUMO_TARGETCODE_LOCATION_PUSH) + "(\"" + name_ + "_decode_" + id_ +
+            "\",__FILE__, __LINE__, ctx);\n");
     SetUp();
-    text_.w("*decoded_value = lumo_illegal_value_c;\n");
+    text_.w("*decoded_value = " + std::string(LUMO_ILLEGAL_VALUE_C) + ";\n");
     text_.w(std::string("if (asn2t3_decode_set_buf_and_decode") + (row_.per ? "_per" : "") +
             "(&codg, &decodingBuffer, &errorHandlerBuf, &codec_result, encoded_data,");
     text_.w(row_.decoder + id_ + ",");
@@ -133,7 +140,8 @@ class CodecFunctions {
     SetLine();
     text_.close();
     Release();
-    text_.w("if (*decoded_value == lumo_illegal_value_c)\n  codec_result = lumo_codecs_result_failed_c;\n");
+    text_.w("if (*decoded_value == " + std::string(LUMO_ILLEGAL_VALUE_C) +
+            ")\n  codec_result = " + LUMO_CODECS_RESULT_FAILED_C + ";\n");
     text_.w("\nreturn codec_result;\n");
     text_.close();
   }
@@ -169,13 +177,15 @@ class Registration {
 
   void Write() {
     files_.header.put("/* codecs registration */\n");
-    files_.header.put("void t3asn_" + ref_ + "_register_codecs (lumo_context_t ctx);\n\n");
+    files_.header.put("void t3asn_" + ref_ + "_register_codecs (" + std::string(LUMO_CONTEXT_T) +
+                      " ctx);\n\n");
     text_.put("\n#ifndef T3ASN_" + ref_ + "_CODEC_REGISTER_BYPASS\n");
-    text_.put("void " + ref_ + "_codecs_init_function(lumo_context_t ctx)\n{\n  return;\n}\n\n");
+    text_.put("void " + ref_ + "_codecs_init_function(" + std::string(LUMO_CONTEXT_T) +
+              " ctx)\n{\n  return;\n}\n\n");
     SetupFunction();
-    text_.put("void t3asn_" + ref_ + "_register_codecs (lumo_context_t ctx)\n");
+    text_.put("void t3asn_" + ref_ + "_register_codecs (" + std::string(LUMO_CONTEXT_T) + " ctx)\n");
     text_.put("{\n");
-    text_.put("  lumo_codecs_register(" + ref_ + "_codecs_init_function,\n");
+    text_.put("  " + std::string(LUMO_CODECS_REGISTER) + "(" + ref_ + "_codecs_init_function,\n");
     text_.put("                       " + ref_ + "_codecs_setup_function,\n");
     text_.put("                       ctx);\n");
     text_.put("}\n");
@@ -184,19 +194,20 @@ class Registration {
 
  private:
   void Leave(const std::string& indent) {
-    text_.put(indent + "lumo_targetcode_location_pop(ctx);\n" + indent + "return;\n");
+    text_.put(indent + std::string(LUMO_TARGETCODE_LOCATION_POP) + "(ctx);\n" + indent + "return;\n");
   }
 
   void SetupFunction() {
-    text_.put("void " + ref_ + "_codecs_setup_function(lumo_type_t type,\n");
-    text_.put("                                 lumo_context_t ctx)\n{\n");
+    text_.put("void " + ref_ + "_codecs_setup_function(" + std::string(LUMO_TYPE_T) + " type,\n");
+    text_.put("                                 " + std::string(LUMO_CONTEXT_T) + " ctx)\n{\n");
     text_.put("  T3asnRtsCodecSelector codec_selector;\n");
-    text_.put("  lumo_targetcode_location_push(\"" + ref_ +
+    text_.put("  " + std::string(LUMO_TARGETCODE_LOCATION_PUSH) + "(\"" + ref_ +
               "_codecs_setup_function\",__FILE__, __LINE__, ctx);\n");
-    text_.put("  if ( !lumo_type_definition_module (type, ctx) ) {\n");
+    text_.put("  if ( !" + std::string(LUMO_TYPE_DEFINITION_MODULE) + " (type, ctx) ) {\n");
     Leave("    ");
     text_.put("  }\n");
-    text_.put("  if (!strcmp(lumo_type_definition_module (type, ctx), \"" + ref_ + "\")) {\n");
+    text_.put("  if (!strcmp(" + std::string(LUMO_TYPE_DEFINITION_MODULE) + " (type, ctx), \"" + ref_ +
+              "\")) {\n");
     text_.put("    codec_selector = t3asn_get_module_encoding_directive (\"" + ref_ + "\", ctx);\n");
     text_.put("    if (codec_selector == T3ASN_RTS_CODEC_NONE) {\n");
     const std::string hyphenated = convertUnderscores(ref_);
@@ -214,7 +225,7 @@ class Registration {
       if (isEntryType(type)) t3asn_gen_codecs_setup_type(type);
     });
     text_.put("  }\n");
-    text_.put("  lumo_targetcode_location_pop(ctx);\n");
+    text_.put("  " + std::string(LUMO_TARGETCODE_LOCATION_POP) + "(ctx);\n");
     text_.put("}\n\n");
   }
 
@@ -223,7 +234,7 @@ class Registration {
     text_.put("    if (");
     for (size_t i = 0; i < names.size(); ++i) {
       const bool last = i + 1 == names.size();
-      text_.put(" !strcmp(lumo_type_definition_name (type, ctx), \"" + names[i] + "\")" +
+      text_.put(" !strcmp(" + std::string(LUMO_TYPE_DEFINITION_NAME) + " (type, ctx), \"" + names[i] + "\")" +
                 (last ? " ) { \n" : "\n          ||"));
     }
     text_.put("      switch (codec_selector)\n");
@@ -241,8 +252,10 @@ class Registration {
   void Case(const AsnType& type, const char* selector, const char* family) {
     const std::string id = getMetaTypeId(type), name = FunctionPrefix(type, family);
     text_.put(std::string("        case ") + selector + ":\n");
-    text_.put("          lumo_type_set_encoder (type, " + name + "_encode_" + id + ", ctx);\n");
-    text_.put("          lumo_type_set_decoder (type, " + name + "_decode_" + id + ", ctx);\n");
+    text_.put("          " + std::string(LUMO_TYPE_SET_ENCODER) + " (type, " + name + "_encode_" + id +
+              ", ctx);\n");
+    text_.put("          " + std::string(LUMO_TYPE_SET_DECODER) + " (type, " + name + "_decode_" + id +
+              ", ctx);\n");
     text_.put("          break;\n");
   }
 

@@ -6,16 +6,20 @@
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
 constexpr const char* kFamily = "_consof_";
 
 void Bounds(CText& text, Wide low, Wide high) {
-  text.w("vl = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
-  text.w("vh = lumo_type_instantiate_value(lumo_integer_type, vexa_alloc_strategy, vexa_context);\n");
+  text.w("vl = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + "(" + LUMO_INTEGER_TYPE +
+         ", vexa_alloc_strategy, vexa_context);\n");
+  text.w("vh = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + "(" + LUMO_INTEGER_TYPE +
+         ", vexa_alloc_strategy, vexa_context);\n");
   const auto bound = [&](const char* variable, Wide number) {
-    text.w(std::string("lumo_value_set_integer(") + variable + ", lumo_long_integer_literal(");
+    text.w(std::string(std::string(LUMO_VALUE_SET_INTEGER) + "(") + variable + ", " +
+           std::string(LUMO_LONG_INTEGER_LITERAL) + "(");
     text.w(ToString(Clamped(number)));
     text.w("), vexa_context);\n");
   };
@@ -26,16 +30,20 @@ void Bounds(CText& text, Wide low, Wide high) {
 void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
   const ConstrainedSet set = SizeSetOf(type);
   if (set.set.empty()) return;
-  cBeginFunction(files, {"lumo_value_t", FunctionPrefix(type, kFamily) + id, false, "lumo_type_t vexa_type, ",
-                         "", "lumo_alloc_strategy_t vexa_alloc_strategy, lumo_context_t vexa_context"});
+  cBeginFunction(
+      files,
+      {LUMO_VALUE_T, FunctionPrefix(type, kFamily) + id, false, std::string(LUMO_TYPE_T) + " vexa_type, ", "",
+       std::string(LUMO_ALLOC_STRATEGY_T) + " vexa_alloc_strategy, " + LUMO_CONTEXT_T + " vexa_context"});
   CText& text = files.source;
   // Beyond an extensible size there are other lengths as well.
-  text.w(set.extensible ? "lumo_value_t v0;\n" : "lumo_value_t v0, vl, vh;\n");
-  text.w("v0 = lumo_type_instantiate_dynamic_template(&(vexa_" + getModuleRef(*type.module) + "_" + id +
-         "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
+  text.w(set.extensible ? std::string(LUMO_VALUE_T) + " v0;\n"
+                        : std::string(LUMO_VALUE_T) + " v0, vl, vh;\n");
+  text.w("v0 = " + std::string(LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE) + "(&(vexa_" +
+         getModuleRef(*type.module) + "_" + id + "_type_struct), vexa_alloc_strategy, 0, vexa_context);\n");
   if (!set.extensible) Bounds(text, set.set.low(), set.set.high());
-  text.w("lumo_template_set_value(v0, lumo_anyornone_value_c, 0, vexa_context);\n");
-  if (!set.extensible) text.w("lumo_template_set_length_constraint(v0, vl, vh, vexa_context);\n");
+  text.w(std::string(LUMO_TEMPLATE_SET_VALUE) + "(v0, " + LUMO_ANYORNONE_VALUE_C + ", 0, vexa_context);\n");
+  if (!set.extensible)
+    text.w(std::string(LUMO_TEMPLATE_SET_LENGTH_CONSTRAINT) + "(v0, vl, vh, vexa_context);\n");
   text.w("return v0;\n");
   text.close();
 }
@@ -45,9 +53,10 @@ void Parts(T3AsnFiles& files, const AsnType& type, int depth) {
   std::vector<AsnType> parts = TypeComps(type);
   if (isListType(type)) parts.push_back(forTypeElem(type));
   for (const AsnType& part : parts) {
-    if (isReference(part)) continue;
-    if (has_consof_func(part)) Function(files, part, t3asn_inline_type_id(part));
-    Parts(files, part, depth + 1);
+    // A reference without a size of its own has the function of its type.
+    if (has_consof_func(part) && isLocalTypeConstraints(part))
+      Function(files, part, t3asn_inline_type_id(part));
+    if (!isReference(part)) Parts(files, part, depth + 1);
   }
 }
 }  // namespace

@@ -6,6 +6,7 @@
 #include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -28,7 +29,7 @@ class Destruct {
     if (isReference(type)) text_.put("\n/* synonym type */");
     FunctionHead head = HeadOf(type, kFamily);
     head.result = "void";
-    head.behind = ", lumo_context_t context";
+    head.behind = ", " + std::string(LUMO_CONTEXT_T) + " context";
     cBeginFunction(files_, head);
     if (isReference(type) && IsStructured(type))
       Call(forSynonymType(type), "(" + getMetaTypeId(forSynonymType(type)) + " *) home");

@@ -8,6 +8,7 @@
 #include "asn1/generate/T3AsnWalk.h"
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -32,8 +33,8 @@ class FromHome {
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
     FunctionHead head = HeadOf(type, kFamily);
-    head.result = "lumo_value_t";
-    head.behind = ", lumo_alloc_strategy_t strategy, lumo_context_t context";
+    head.result = LUMO_VALUE_T;
+    head.behind = ", " + std::string(LUMO_ALLOC_STRATEGY_T) + " strategy, " + LUMO_CONTEXT_T + " context";
     cBeginFunction(files_, head);
     const HomeRef home{"home", true};
     if (isReference(type)) {
@@ -41,7 +42,7 @@ class FromHome {
       text_.w("\nreturn v0;\n");
       text_.close();
     } else if (IsStructured(type)) {
-      text_.w("lumo_value_t v0,v1;\n\n");
+      text_.w(std::string(LUMO_VALUE_T) + " v0,v1;\n\n");
       // A selection is the alternative that it stands for.
       const AsnType base = forBaseType(type);
       Structure(base, home, 0, "&(" + RunTimeType(type) + ")");
@@ -49,7 +50,7 @@ class FromHome {
       text_.w("\nreturn v0;\n");
       text_.close();
     } else {
-      text_.w("lumo_value_t v0;\n\n");
+      text_.w(std::string(LUMO_VALUE_T) + " v0;\n\n");
       Leaf(type, home, 0);
       text_.w("\nreturn v0;\n");
       text_.close();
@@ -69,7 +70,7 @@ class FromHome {
   // The value of the type that stands behind the name, which gets the name's type.
   void Synonym(const AsnType& type) {
     const AsnType of = forSynonymType(type);
-    text_.w("lumo_value_t v0;\n\n");
+    text_.w(std::string(LUMO_VALUE_T) + " v0;\n\n");
     if (cIsFrameType(type) || (cBaseTypeId(type) != cBaseTypeId(of) && !IsStructured(type)))
       return Leaf(type, {"home", true}, 0);
     text_.w("v0 = ");
@@ -88,9 +89,11 @@ class FromHome {
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type);
-    cBeginFunction(files_, {"lumo_value_t", FunctionPrefix(type, kEntryFamily) + id, false, "", "",
-                            "lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context"});
-    text_.w(id + " *home = (" + id + " *) lumo_value_get_external_value ( v0, context );\n\n");
+    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+                            std::string(LUMO_VALUE_T) + " v0, " + LUMO_ALLOC_STRATEGY_T + " strategy, " +
+                                LUMO_CONTEXT_T + " context"});
+    text_.w(id + " *home = (" + id + " *) " + std::string(LUMO_VALUE_GET_EXTERNAL_VALUE) +
+            " ( v0, context );\n\n");
     text_.w("return ");
     text_.w(FunctionPrefix(type, kFamily) + id + " (home, strategy, context);\n");
     text_.close();
@@ -99,7 +102,8 @@ class FromHome {
   // The value of a structure or list at a place, in the variable of the depth.
   void Structure(const AsnType& type, const HomeRef& home, int depth, const std::string& run_time_type) {
     if (depth > 200) fatalError(kInternal, "CBET variable index overflow.");
-    text_.w(Var(depth) + " = lumo_type_instantiate_value (" + run_time_type + " , strategy, context);\n");
+    text_.w(Var(depth) + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" + run_time_type +
+            " , strategy, context);\n");
     around_.push_back({type, home});
     switch (getTypeMainType(type)) {
       case TYP_CHOICE:
@@ -116,19 +120,20 @@ class FromHome {
   }
 
   void Failed(int depth) {
-    text_.w("if (" + Var(depth) + " == lumo_illegal_value_c)\n  return lumo_illegal_value_c;\n");
+    text_.w("if (" + Var(depth) + " == " + std::string(LUMO_ILLEGAL_VALUE_C) + ")\n  return " +
+            LUMO_ILLEGAL_VALUE_C + ";\n");
   }
 
   void Components(const AsnType& type, const HomeRef& home, int depth) {
     const std::vector<AsnType> components = TypeComps(type);
     if (components.empty()) {
       text_.w("/* empty struct */\n");
-      text_.w("lumo_value_set_vector_empty(" + Var(depth) + ", context);\n");
+      text_.w(std::string(LUMO_VALUE_SET_VECTOR_EMPTY) + "(" + Var(depth) + ", context);\n");
     }
     for (const AsnType& component : components)
       if (isOptionalTypeComp(component))
-        text_.w("lumo_value_set_omit(" + Var(depth) + ", " + std::to_string(getTypeCompNbr(component)) +
-                ", context);\n");
+        text_.w(std::string(LUMO_VALUE_SET_OMIT) + "(" + Var(depth) + ", " +
+                std::to_string(getTypeCompNbr(component)) + ", context);\n");
     for (const AsnType& component : components) {
       const bool may_be_missing = MayBeMissing(component);
       if (may_be_missing) {
@@ -137,7 +142,7 @@ class FromHome {
         text_.open();
       }
       Component(component, home, depth);
-      text_.w("lumo_value_assign_vector_element (" + Var(depth) + "," +
+      text_.w(std::string(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT) + " (" + Var(depth) + "," +
               std::to_string(getTypeCompNbr(component)) + "," + Var(depth + 1) + ",context);\n");
       if (may_be_missing) text_.close();
       if (forDefaultValue(component)) Default(component, depth);
@@ -148,9 +153,9 @@ class FromHome {
   void Default(const AsnType& component, int depth) {
     const std::string number = std::to_string(getTypeCompNbr(component));
     text_.w("else\n");
-    text_.w("  lumo_value_assign_vector_element (" + Var(depth) + "," + number +
-            ",lumo_type_field_default_value(lumo_value_type(" + Var(depth) + ", context), " + number +
-            ", context),context);\n");
+    text_.w("  " + std::string(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT) + " (" + Var(depth) + "," + number + "," +
+            std::string(LUMO_TYPE_FIELD_DEFAULT_VALUE) + "(" + LUMO_VALUE_TYPE + "(" + Var(depth) +
+            ", context), " + number + ", context),context);\n");
   }
 
   void Component(const AsnType& component, const HomeRef& home, int depth) {
@@ -167,9 +172,10 @@ class FromHome {
       text_.w("case " + number + ":\n");
       text_.open();
       Component(alternative, home, depth);
-      text_.w("lumo_value_set_union_alternative_by_index (" + Var(depth) + "," + number + ",context);\n");
-      text_.w("lumo_value_assign(lumo_value_union_value (" + Var(depth) + ",context)," + Var(depth + 1) +
+      text_.w(std::string(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX) + " (" + Var(depth) + "," + number +
               ",context);\n");
+      text_.w(std::string(LUMO_VALUE_ASSIGN) + "(" + LUMO_VALUE_UNION_VALUE + " (" + Var(depth) +
+              ",context)," + Var(depth + 1) + ",context);\n");
       text_.w(depth == 0 ? "return v0;\n" : "break;\n");
       text_.close();
     }
@@ -186,16 +192,17 @@ class FromHome {
     text_.open();
     Value(forTypeElem(type), ElementRef(home, depth), depth + 1);
     Failed(depth + 1);
-    const std::string so_far = "lumo_value_vector_size (" + Var(depth) + ", context)";
+    const std::string so_far = std::string(LUMO_VALUE_VECTOR_SIZE) + " (" + Var(depth) + ", context)";
     text_.w("if (" + size + " == (" + so_far + " + 1))\n");
-    text_.w("  lumo_value_add_vector_element (" + Var(depth) + ", " + Var(depth + 1) + ", context);\n");
+    text_.w("  " + std::string(LUMO_VALUE_ADD_VECTOR_ELEMENT) + " (" + Var(depth) + ", " + Var(depth + 1) +
+            ", context);\n");
     text_.w("else\n");
-    text_.w("  lumo_value_assign_vector_element_partial (" + Var(depth) + ", " + so_far + ", " +
-            Var(depth + 1) + ", context);\n");
+    text_.w("  " + std::string(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL) + " (" + Var(depth) + ", " + so_far +
+            ", " + Var(depth + 1) + ", context);\n");
     text_.close();
     text_.close();
     text_.w("if (" + size + " == 0)\n");
-    text_.w("  lumo_value_set_vector_empty (" + Var(depth) + ", context);\n");
+    text_.w("  " + std::string(LUMO_VALUE_SET_VECTOR_EMPTY) + " (" + Var(depth) + ", context);\n");
   }
 
   // The value of a component or element, in the variable of the depth.
@@ -207,7 +214,7 @@ class FromHome {
     } else if (IsStructured(type)) {
       const AsnType base = forBaseType(type);
       text_.open();
-      text_.w("lumo_value_t " + Var(depth + 1) + ";\n\n");
+      text_.w(std::string(LUMO_VALUE_T) + " " + Var(depth + 1) + ";\n\n");
       Structure(base, home, depth, "&(" + RunTimeType(isReference(type) ? type : base) + ")");
       text_.close();
     } else {
@@ -222,7 +229,7 @@ class FromHome {
   }
 
   std::string Instance(const AsnType& type, const char* builtin) {
-    return "lumo_type_instantiate_value (" + LeafType(type, builtin) + ", strategy, context)";
+    return std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" + LeafType(type, builtin) + ", strategy, context)";
   }
 
   // A setter with an instance of the type and the place in the home.
@@ -233,7 +240,7 @@ class FromHome {
   }
 
   void Enumerated(const AsnType& type, const AsnType& base, const HomeRef& home, int depth) {
-    text_.w(Var(depth) + " = lumo_value_set_enum (" + Instance(type, nullptr) + ", ");
+    text_.w(Var(depth) + " = " + std::string(LUMO_VALUE_SET_ENUM) + " (" + Instance(type, nullptr) + ", ");
     text_.w(home.Value());
     if (isExtensibleEnumeratedList(base)) text_.w(".value");
     text_.w(", context);\n");
@@ -252,23 +259,23 @@ class FromHome {
     const AsnType base = forBaseType(type);
     switch (getTypeMainType(base)) {
       case TYP_BOOLEAN:
-        return Set("lumo_value_set_boolean(", Instance(type, "lumo_boolean_type"), r, depth);
+        return Set(std::string(LUMO_VALUE_SET_BOOLEAN) + "(", Instance(type, LUMO_BOOLEAN_TYPE), r, depth);
       case TYP_INTEGER:
-        return Set(
-            "lumo_value_set_integer(",
-            "lumo_type_instantiate_value(" + LeafType(type, "lumo_integer_type") + ",strategy, context)", r,
-            depth);
+        return Set(std::string(LUMO_VALUE_SET_INTEGER) + "(",
+                   std::string(LUMO_TYPE_INSTANTIATE_VALUE) + "(" + LeafType(type, LUMO_INTEGER_TYPE) +
+                       ",strategy, context)",
+                   r, depth);
       case TYP_ENUM:
         return Enumerated(type, base, home, depth);
       case TYP_REAL:
-        return Set("lumo_value_set_real (", Instance(type, "lumo_float_type"), r, depth);
+        return Set(std::string(LUMO_VALUE_SET_REAL) + " (", Instance(type, LUMO_FLOAT_TYPE), r, depth);
       case TYP_NULL:
-        return text_.w(v + " = lumo_value_set_enum (lumo_type_instantiate_value (&(" + RunTimeType(base) +
-                       "), strategy, context), 0, context);\n");
+        return text_.w(v + " = " + std::string(LUMO_VALUE_SET_ENUM) + " (" + LUMO_TYPE_INSTANTIATE_VALUE +
+                       " (&(" + RunTimeType(base) + "), strategy, context), 0, context);\n");
       case TYP_BITSTR:
-        return String(type, home, depth, "lumo_bitstring_type");
+        return String(type, home, depth, LUMO_BITSTRING_TYPE);
       case TYP_OCTSTR:
-        return String(type, home, depth, "lumo_octetstring_type");
+        return String(type, home, depth, LUMO_OCTETSTRING_TYPE);
       case TYP_NUMSTR:
       case TYP_PRISTR:
       case TYP_VISSTR:
@@ -276,10 +283,10 @@ class FromHome {
       case TYP_GENTIME:
       case TYP_UTCTIME:
       case TYP_OBJDESCR:
-        return String(type, home, depth, "lumo_charstring_type");
+        return String(type, home, depth, LUMO_CHARSTRING_TYPE);
       case TYP_OBJID:
-        text_.w(v + " = lumo_type_instantiate_value (" + LeafType(type, "lumo_objectidentifier_type") +
-                " , strategy, context);\n");
+        text_.w(v + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" +
+                LeafType(type, LUMO_OBJECTIDENTIFIER_TYPE) + " , strategy, context);\n");
         text_.w("asn2t3_objidval (");
         text_.w(r);
         text_.w(", ");
@@ -299,30 +306,32 @@ class FromHome {
     text_.w("if (asnt3_frame (");
     text_.w(home.Value());
     text_.w(", ");
-    text_.w(type + ", " + Var(depth) +
-            ", strategy, context) != lumo_codecs_result_succeeded_c)\n  return lumo_illegal_value_c;\n");
+    text_.w(type + ", " + Var(depth) + ", strategy, context) != " +
+            std::string(LUMO_CODECS_RESULT_SUCCEEDED_C) + ")\n  return " + LUMO_ILLEGAL_VALUE_C + ";\n");
   }
 
   void Any(const AsnType& type, const HomeRef& home, int depth) {
     const std::string of = "&(" + RunTimeType(type) + ")";
     text_.w("/* Needs a user defined decoding function for ANY type */\n");
-    text_.w(Var(depth) + " = lumo_type_instantiate_value (" + of + ", strategy, context);\n");
-    text_.w("if (lumo_type_get_decoder (" + of + ", context))\n");
+    text_.w(Var(depth) + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" + of +
+            ", strategy, context);\n");
+    text_.w("if (" + std::string(LUMO_TYPE_GET_DECODER) + " (" + of + ", context))\n");
     text_.open();
     Frame(of, home, depth);
     text_.close();
     text_.w("else\n");
     text_.open();
     text_.w("/* No user registered codec */\n");
-    text_.w("lumo_log_string_to_all (lumo_log_msg_error_c, \"No user registered decoder for ASN.1 type " +
-            getTypeRef(type) + "\", context);\n");
-    text_.w("return lumo_illegal_value_c;\n");
+    text_.w(std::string(LUMO_LOG_STRING_TO_ALL) + " (" + LUMO_LOG_MSG_ERROR_C +
+            ", \"No user registered decoder for ASN.1 type " + getTypeRef(type) + "\", context);\n");
+    text_.w("return " + std::string(LUMO_ILLEGAL_VALUE_C) + ";\n");
     text_.close();
   }
 
   void Open(const AsnType& type, const HomeRef& home, int depth) {
     const std::string of = "&(" + RunTimeType(type) + ")";
-    text_.w(Var(depth) + " = lumo_type_instantiate_value (" + of + ", strategy, context);\n");
+    text_.w(Var(depth) + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" + of +
+            ", strategy, context);\n");
     if (isLocalTypeConstraints(type)) translate_constraint(type, depth);
     Frame(of, home, depth);
   }
@@ -348,32 +357,36 @@ class FromHome {
 void FromHome::External(const AsnType& type, const HomeRef& home, int depth) {
   const std::string v = Var(depth), r = home.Value();
   const auto field = [&](int number) {
-    return "lumo_value_field_by_index_lhs(" + v + ", " + std::to_string(number) + ", context)";
+    return std::string(LUMO_VALUE_FIELD_BY_INDEX_LHS) + "(" + v + ", " + std::to_string(number) +
+           ", context)";
   };
-  text_.w(v + " = lumo_type_instantiate_value (&(" + RunTimeType(type) + "), strategy, context);\n");
+  text_.w(v + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (&(" + RunTimeType(type) +
+          "), strategy, context);\n");
   const auto optional = [&](const char* test, const std::string& set, int number) {
     text_.w(std::string("if (") + test + r + "))\n");
     text_.open();
     text_.w(set);
     text_.close();
     text_.w("else\n");
-    text_.w("  lumo_value_set_omit(" + v + ", " + std::to_string(number) + ", context);\n");
+    text_.w("  " + std::string(LUMO_VALUE_SET_OMIT) + "(" + v + ", " + std::to_string(number) +
+            ", context);\n");
   };
   optional("is_direct_EXTERNAL(", "asn2t3_objidval (" + r + ".direct, " + field(3) + ", context);\n", 3);
   optional("is_indirect_EXTERNAL(",
-           "lumo_value_set_integer(" + field(2) + ", " + r + ".indirect, context);\n", 2);
+           std::string(LUMO_VALUE_SET_INTEGER) + "(" + field(2) + ", " + r + ".indirect, context);\n", 2);
   optional("is_descr_EXTERNAL(", "asn2t3_DynObjectDescriptor(&(" + r + ".descr), " + field(1) + ");\n", 1);
   text_.w("/* Needs a user defined decoding function for 'encoding' field of EXTERNAL type */\n");
   text_.open();
-  text_.w("lumo_value_t encoding_value = lumo_value_field_by_index_lhs(" + v + ", 0, context);\n");
+  text_.w(std::string(LUMO_VALUE_T) + " encoding_value = " + LUMO_VALUE_FIELD_BY_INDEX_LHS + "(" + v +
+          ", 0, context);\n");
   text_.w("if (is_single_EXTERNAL(" + r + "))\n");
-  text_.w("  return lumo_illegal_value_c;\n");
+  text_.w("  return " + std::string(LUMO_ILLEGAL_VALUE_C) + ";\n");
   text_.w("if (is_octet_EXTERNAL(" + r + "))\n");
-  text_.w("  asn2t3_OctetString (" + r +
-          ".data, lumo_value_set_union_alternative_by_name(encoding_value, \"octet_aligned\", context));\n");
+  text_.w("  asn2t3_OctetString (" + r + ".data, " + std::string(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_NAME) +
+          "(encoding_value, \"octet_aligned\", context));\n");
   text_.w("else\n");
-  text_.w("  asn2t3_BitString (" + r +
-          ".data, lumo_value_set_union_alternative_by_name(encoding_value, \"arbitrary\", context));\n");
+  text_.w("  asn2t3_BitString (" + r + ".data, " + std::string(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_NAME) +
+          "(encoding_value, \"arbitrary\", context));\n");
   text_.close();
 }
 
@@ -393,9 +406,9 @@ std::string FromHome::find_ID(const AsnType& selector) const {
 void FromHome::SelectorOf32Bits(const std::string& place, const std::string& name) {
   text_.w("if (" + place + " != (sint32) " + place + ")\n");
   text_.open();
-  text_.w("lumo_log_string_to_all (lumo_log_msg_error_c, \"No object has the number of " + name +
-          "\", context);\n");
-  text_.w("return lumo_illegal_value_c;\n");
+  text_.w(std::string(LUMO_LOG_STRING_TO_ALL) + " (" + LUMO_LOG_MSG_ERROR_C +
+          ", \"No object has the number of " + name + "\", context);\n");
+  text_.w("return " + std::string(LUMO_ILLEGAL_VALUE_C) + ";\n");
   text_.close();
 }
 
@@ -418,7 +431,7 @@ void FromHome::TableConstraint(const AsnType& type, const AsnConstraint& constra
     place = "0";
   }
   if (place != "0" && cGetVF(selector) == VF_I64) SelectorOf32Bits(place, getTypeCompId(selector));
-  text_.w("lumo_value_set_union_alternative_by_name(" + Var(depth) + ", " +
+  text_.w(std::string(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_NAME) + "(" + Var(depth) + ", " +
           sets_.AddObjSetFieldMap(set, identifier, type) + "(" + place + ", \"" + field +
           "\", context), context);\n");
 }

@@ -7,6 +7,7 @@
 
 #include "asn1/generate/T3AsnNames.h"
 #include "asn1/model/AsnNames.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -49,18 +50,16 @@ class Function {
     text_.w("default:\n");
     text_.w("break;\n");
     text_.close();
-    text_.w(
-        "lumo_report_error(__LINE__, __FILE__, lumo_format_wide_string(LUMO__ILLEGAL_OBJSET_ID, context, id, "
-        "\"" +
-        set_ + "\", \"" + field_ + "\"), context);\n");
+    text_.w(std::string(LUMO_REPORT_ERROR) + "(__LINE__, __FILE__, " + LUMO_FORMAT_WIDE_STRING +
+            "(LUMO__ILLEGAL_OBJSET_ID, context, id, \"" + set_ + "\", \"" + field_ + "\"), context);\n");
     text_.w("return \"\";\n");
     text_.close();
   }
 
  private:
   void Head() {
-    const std::string head =
-        "const char* " + name_ + "(sint32 id, const char *fieldname, lumo_context_t context)";
+    const std::string head = "const char* " + name_ + "(sint32 id, const char *fieldname, " +
+                             std::string(LUMO_CONTEXT_T) + " context)";
     files_.header.put("/* setfunc */\n");
     text_.put("/* setfunc */\n");
     files_.header.put("extern " + head + ";\n");

@@ -7,6 +7,7 @@
 #include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
+#include "generator/text/T3CodeDefs.h"
 
 namespace asn1 {
 namespace {
@@ -32,8 +33,8 @@ class ToHome {
     FunctionHead head = HeadOf(type, kFamily);
     head.result = "void";
     head.has_utility = true;
-    head.before = "lumo_value_t v0, ";
-    head.behind = ", lumo_context_t context";
+    head.before = std::string(LUMO_VALUE_T) + " v0, ";
+    head.behind = ", " + std::string(LUMO_CONTEXT_T) + " context";
     cBeginFunction(files_, head);
     const HomeRef home{"home", true};
     const AsnType of = isReference(type) ? forSynonymType(type) : type;
@@ -43,7 +44,7 @@ class ToHome {
       text_.w("(" + getMetaTypeId(of) + " *) home");
       text_.w(", context);\n");
     } else if (IsStructured(type)) {
-      text_.w("lumo_value_t v1;\n\n");
+      text_.w(std::string(LUMO_VALUE_T) + " v1;\n\n");
       Structure(forBaseType(type), home, 0);
     } else {
       Leaf(type, home, 0);
@@ -53,23 +54,24 @@ class ToHome {
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type), module = getModuleRef(*type.module);
-    cBeginFunction(files_, {"lumo_value_t", FunctionPrefix(type, kEntryFamily) + id, false, "", "",
-                            "lumo_value_t v0, lumo_alloc_strategy_t strategy, lumo_context_t context"});
+    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+                            std::string(LUMO_VALUE_T) + " v0, " + LUMO_ALLOC_STRATEGY_T + " strategy, " +
+                                LUMO_CONTEXT_T + " context"});
     text_.w("ASNHOME *handle = NULL;\n");
     text_.w("ASNUTIG utig;\n");
     text_.w("ASNUTIG *asnutig;\n");
     text_.w(id + " *home;");
-    text_.w("lumo_value_t translated_value = lumo_type_instantiate_external_value ( &(" + RunTimeType(type) +
-            "), strategy, context );\n\n");
+    text_.w(std::string(LUMO_VALUE_T) + " translated_value = " + LUMO_TYPE_INSTANTIATE_EXTERNAL_VALUE +
+            " ( &(" + RunTimeType(type) + "), strategy, context );\n\n");
     text_.w("asnutig = &utig;\n");
     text_.w("initStack (&utig);\n");
     text_.w("home = createHandle (NULL, &handle, sizeof (" + id + "));\n");
     text_.w("pushHome(&utig, handle);\n");
     text_.w(FunctionPrefix(type, kFamily) + id + " (asnutig, v0, home, context);\n");
-    text_.w("lumo_value_set_external_value ( translated_value, (void *) home, ");
-    text_.w("(lumo_value_t (*)(void*,lumo_alloc_strategy_t,lumo_context_t)) t3asn_" + module +
-            "_trans_asn_to_t3_" + id + ", ");
-    text_.w("(void (*)(void*,lumo_context_t)) t3asn_" + module + "_dest_" + id + ", ");
+    text_.w(std::string(LUMO_VALUE_SET_EXTERNAL_VALUE) + " ( translated_value, (void *) home, ");
+    text_.w("(" + std::string(LUMO_VALUE_T) + " (*)(void*," + LUMO_ALLOC_STRATEGY_T + "," + LUMO_CONTEXT_T +
+            ")) t3asn_" + module + "_trans_asn_to_t3_" + id + ", ");
+    text_.w("(void (*)(void*," + std::string(LUMO_CONTEXT_T) + ")) t3asn_" + module + "_dest_" + id + ", ");
     text_.w("context );\n\n");
     text_.w("return translated_value;\n");
     text_.close();
@@ -90,18 +92,19 @@ class ToHome {
 
   void Component(const AsnType& type, const AsnType& component, const HomeRef& home, int depth) {
     const std::string v = Var(depth), inner = Var(depth + 1);
-    const std::string field =
-        "lumo_value_field_by_name(" + v + ", \"" + MakeASNIdent(getTypeCompId(component)) + "\", context)";
+    const std::string field = std::string(LUMO_VALUE_FIELD_BY_NAME) + "(" + v + ", \"" +
+                              MakeASNIdent(getTypeCompId(component)) + "\", context)";
     const HomeRef place = ComponentRef(home, component);
     if (isMandatoryTypeComp(component)) {
       text_.w(inner + " = " + field + ";\n");
       if (MayBeMissing(component)) text_.w(PresenceSet(home, type, component));
       return Value(component, place, depth + 1);
     }
-    std::string test = "if ((" + inner + " = " + field + ") != lumo_omit_value_c";
+    std::string test = "if ((" + inner + " = " + field + ") != " + std::string(LUMO_OMIT_VALUE_C);
     if (forDefaultValue(component))
-      test += " && !lumo_is_equal(" + inner + ", lumo_type_field_default_value(lumo_value_type(" + v +
-              ", context), " + std::to_string(getTypeCompNbr(component)) + ", context), context)";
+      test += " && !" + std::string(LUMO_IS_EQUAL) + "(" + inner + ", " +
+              std::string(LUMO_TYPE_FIELD_DEFAULT_VALUE) + "(" + LUMO_VALUE_TYPE + "(" + v + ", context), " +
+              std::to_string(getTypeCompNbr(component)) + ", context), context)";
     text_.w(test + ")");
     text_.open();
     text_.w(PresenceSet(home, type, component));
@@ -110,14 +113,15 @@ class ToHome {
   }
 
   void Choice(const AsnType& type, const HomeRef& home, int depth) {
-    text_.w("switch (lumo_value_union_index(" + Var(depth) + ", context))");
+    text_.w("switch (" + std::string(LUMO_VALUE_UNION_INDEX) + "(" + Var(depth) + ", context))");
     text_.open();
     for (const AsnType& alternative : TypeComps(type)) {
       const std::string number = std::to_string(getTypeCompNbr(alternative));
       text_.w("case " + number + ":\n");
       text_.open();
       text_.w(home.Member("choice") + " = " + number + ";\n");
-      text_.w(Var(depth + 1) + " = lumo_value_union_value(" + Var(depth) + ", context);\n");
+      text_.w(Var(depth + 1) + " = " + std::string(LUMO_VALUE_UNION_VALUE) + "(" + Var(depth) +
+              ", context);\n");
       Value(alternative, ComponentRef(home, alternative), depth + 1);
       text_.w("break;\n");
       text_.close();
@@ -136,7 +140,8 @@ class ToHome {
     const std::string element_type = cBaseTypeId(element);
     text_.open();
     text_.w("uint32 " + counter + " = 0;\n");
-    text_.w(home.Member("n") + " = (uint32) lumo_value_vector_size(" + v + ", context);\n");
+    text_.w(home.Member("n") + " = (uint32) " + std::string(LUMO_VALUE_VECTOR_SIZE) + "(" + v +
+            ", context);\n");
     text_.w(home.Member("elem = "));
     text_.w("(" + element_type + " *) allocAsn (");
     text_.w("NULL, ");
@@ -148,11 +153,12 @@ class ToHome {
               ", context))\n");
     text_.w("for (; " + counter + " < ");
     text_.w(IsOfFixedSize(type) ? ToString(SizeSetOf(type).set.low()) + "; "
-                                : "lumo_value_vector_size(" + v + ", context); ");
+                                : std::string(LUMO_VALUE_VECTOR_SIZE) + "(" + v + ", context); ");
     text_.w("++ " + counter);
     text_.w(") ");
     text_.open();
-    text_.w(Var(depth + 1) + " = lumo_value_vector_element(" + v + ", " + counter + ", context);\n");
+    text_.w(Var(depth + 1) + " = " + std::string(LUMO_VALUE_VECTOR_ELEMENT) + "(" + v + ", " + counter +
+            ", context);\n");
     Value(element, ElementRef(home, depth), depth + 1);
     text_.close();
     text_.close();
@@ -170,7 +176,7 @@ class ToHome {
     }
     if (!IsStructured(type)) return Leaf(type, home, depth);
     text_.open();
-    text_.w("lumo_value_t " + Var(depth + 1) + ";\n\n");
+    text_.w(std::string(LUMO_VALUE_T) + " " + Var(depth + 1) + ";\n\n");
     Structure(forBaseType(type), home, depth);
     text_.close();
   }
@@ -192,17 +198,17 @@ class ToHome {
     const AsnType base = forBaseType(type);
     switch (getTypeMainType(base)) {
       case TYP_BOOLEAN:
-        return Number(type, home, depth, "lumo_value_get_boolean");
+        return Number(type, home, depth, LUMO_VALUE_GET_BOOLEAN);
       case TYP_INTEGER:
-        return Number(type, home, depth, "lumo_value_get_integer");
+        return Number(type, home, depth, LUMO_VALUE_GET_INTEGER);
       case TYP_ENUM:
-        if (!isExtensibleEnumeratedList(base)) return Number(type, home, depth, "lumo_value_get_enum_number");
+        if (!isExtensibleEnumeratedList(base)) return Number(type, home, depth, LUMO_VALUE_GET_ENUM_NUMBER);
         text_.w("(" + home.Value());
         text_.w(").value = ");
-        return text_.w(std::string(cGetVF(base) == VF_I64 ? "(sint64" : "(sint32") +
-                       ") lumo_value_get_enum_number(" + Var(depth) + ", context);\n");
+        return text_.w(std::string(cGetVF(base) == VF_I64 ? "(sint64" : "(sint32") + ") " +
+                       std::string(LUMO_VALUE_GET_ENUM_NUMBER) + "(" + Var(depth) + ", context);\n");
       case TYP_REAL:
-        return Number(type, home, depth, "lumo_value_get_float");
+        return Number(type, home, depth, LUMO_VALUE_GET_FLOAT);
       case TYP_NULL:
         text_.w(home.Value());
         return text_.w(" = 0;\n");
@@ -234,15 +240,15 @@ class ToHome {
 
   void Any(const AsnType& type, const HomeRef& home, int depth) {
     text_.w("\n/* Needs a user defined encoding function for ANY/OPEN type */\n");
-    text_.w("if (lumo_type_get_encoder (&(" + RunTimeType(type) + "), context)) {\n");
+    text_.w("if (" + std::string(LUMO_TYPE_GET_ENCODER) + " (&(" + RunTimeType(type) + "), context)) {\n");
     text_.w("  t3asn_frame (asnutig, ");
     text_.w(home.Value());
     text_.w(", ");
     text_.w(Var(depth) + ", context);\n");
     text_.w("} else {\n");
     text_.w("  /* No user registered codec */\n");
-    text_.w("  lumo_log_string_to_all (lumo_log_msg_error_c, \"No user registered encoder for ASN.1 type " +
-            getTypeRef(type) + "\", context);\n");
+    text_.w("  " + std::string(LUMO_LOG_STRING_TO_ALL) + " (" + LUMO_LOG_MSG_ERROR_C +
+            ", \"No user registered encoder for ASN.1 type " + getTypeRef(type) + "\", context);\n");
     text_.w("  ");
     text_.w(home.Value());
     text_.w(" = createFrame(DB_SIZE);\n");
@@ -256,21 +262,21 @@ class ToHome {
     const std::string r = home.Value(), v = Var(depth);
     text_.open();
     const auto reference = [&](const char* name, const char* field, const std::string& set) {
-      text_.w(std::string("lumo_value_t ") + name + " = lumo_value_field_by_name(" + v + ", \"" + field +
-              "\", context);\n");
+      text_.w(std::string(std::string(LUMO_VALUE_T) + " ") + name + " = " +
+              std::string(LUMO_VALUE_FIELD_BY_NAME) + "(" + v + ", \"" + field + "\", context);\n");
       return set;
     };
     const std::string direct = reference("direct_ref_value", "direct_reference",
                                          "t32asn_objidval (" + r + ".direct, direct_ref_value, context);\n");
-    const std::string indirect =
-        reference("indirect_ref_value", "indirect_reference",
-                  r + ".indirect = (sint32) lumo_value_get_integer(indirect_ref_value, context);\n");
+    const std::string indirect = reference("indirect_ref_value", "indirect_reference",
+                                           r + ".indirect = (sint32) " + std::string(LUMO_VALUE_GET_INTEGER) +
+                                               "(indirect_ref_value, context);\n");
     const std::string descr = reference("descr_value", "data_value_descriptor",
                                         "t32asn_DynObjectDescriptor(&(" + r + ".descr), descr_value);\n");
     reference("encoding_value", "encoding", "");
     const auto optional = [&](const char* value, const char* word, const std::string& set) {
       text_.w(std::string("rem_") + word + "_EXTERNAL(" + r + ");\n");
-      text_.w(std::string("if (") + value + " != lumo_omit_value_c)\n");
+      text_.w(std::string("if (") + value + " != " + std::string(LUMO_OMIT_VALUE_C) + ")\n");
       text_.open();
       text_.w(std::string("set_") + word + "_EXTERNAL(" + r + ");\n");
       text_.w(set);
@@ -279,15 +285,17 @@ class ToHome {
     optional("direct_ref_value", "direct", direct);
     optional("indirect_ref_value", "indirect", indirect);
     optional("descr_value", "descr", descr);
-    text_.w("if (lumo_value_union_index(encoding_value, context) == 1)\n");
+    text_.w("if (" + std::string(LUMO_VALUE_UNION_INDEX) + "(encoding_value, context) == 1)\n");
     text_.open();
     text_.w(r + ".choice = 1;\n");
-    text_.w("t32asn_OctetString (" + r + ".data, lumo_value_union_value(encoding_value, context));\n");
+    text_.w("t32asn_OctetString (" + r + ".data, " + std::string(LUMO_VALUE_UNION_VALUE) +
+            "(encoding_value, context));\n");
     text_.close();
-    text_.w("else if (lumo_value_union_index(encoding_value, context) == 0)\n");
+    text_.w("else if (" + std::string(LUMO_VALUE_UNION_INDEX) + "(encoding_value, context) == 0)\n");
     text_.open();
     text_.w(r + ".choice = 2;\n");
-    text_.w("t32asn_BitString (" + r + ".data, lumo_value_union_value(encoding_value, context));\n");
+    text_.w("t32asn_BitString (" + r + ".data, " + std::string(LUMO_VALUE_UNION_VALUE) +
+            "(encoding_value, context));\n");
     text_.close();
     text_.close();
   }

@@ -18,6 +18,8 @@ using namespace asn1;  // NOLINT(google-build-using-namespace): the unit speaks 
 
 namespace {
 constexpr const char* kLanguage = "\"ASN.1:1997\"";
+// Where the prefix of a module's types comes that is known when code is generated.
+constexpr const char* kPrefixMark = "@";
 
 // Declarations in the order in which they are made.
 class DeclList {
@@ -151,7 +153,7 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
     if (getBaseTypeMainType(type) == TYP_CLASS) return;  // nothing of TTCN-3
     T3TypeDecl* decl =
         TypeDecl(mesk::PositionOf(type), MakeASNIdent(getTypeRef(type)), mesk::translate_type(type));
-    decl->cold().mesk_ref_name = gStringM.PutString(getTypeRef(type));
+    decl->cold().mesk_ref_name = gStringM.PutString(NameOfDefinition(type, kPrefixMark));
     decl->cold().is_asn1_type = true;
     decls.Add(decl);
   });
@@ -171,8 +173,9 @@ void NameGeneratedTypes() {
     for (auto* at : Items<_T3Decl>(node->as<T3Module>()->definition_part)) {
       auto* decl = at->try_as<T3TypeDecl>();
       if (decl == nullptr) continue;
-      const auto reference = std::string(StringM::StGetString(decl->cold().mesk_ref_name));
-      if (!reference.empty()) decl->cold().mesk_ref_name = gStringM.PutString(before + reference);
+      std::string reference(StringM::StGetString(decl->cold().mesk_ref_name));
+      if (reference.rfind(kPrefixMark, 0) != 0) continue;
+      decl->cold().mesk_ref_name = gStringM.PutString(before + reference.substr(1));
     }
   }
 }

@@ -25,13 +25,23 @@ std::string Converted(std::string name, const std::string& conversion) {
   return name;
 }
 
-std::string WithNaming(const AsnType& type, NamingKind kind) {
-  const std::string name = getStri(*type.module, type.node().name);
-  const FixRec fix = type.module->options.getFixRec(kind, name);
+std::string WithFix(const std::string& name, const FixRec& fix) {
   return convertHyphens(fix.prefix + (fix.name.empty() ? Converted(name, fix.conversion) : fix.name) +
                         fix.suffix);
 }
+
+std::string WithNaming(const AsnType& type, NamingKind kind) {
+  const std::string name = getStri(*type.module, type.node().name);
+  return WithFix(name, type.module->options.getFixRec(kind, name));
+}
 }  // namespace
+
+std::string NameOfDefinition(const AsnType& type, const std::string& prefix) {
+  const std::string name = getStri(*type.module, type.node().name);
+  FixRec fix = type.module->options.getFixRec(kNamesTypes, name);
+  if (!type.module->options.HasFixOf(kNamesTypes, name)) fix.prefix = prefix;
+  return WithFix(name, fix);
+}
 
 bool ttcn_keyword_pred(const std::string& name) {
   return std::binary_search(std::begin(kTtcnWords), std::end(kTtcnWords), name);

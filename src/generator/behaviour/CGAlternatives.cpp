@@ -563,6 +563,8 @@ void CGRaise(T3RaiseStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
   const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
-  function.call(LUMO_PORT_RAISE, {port, VEXATypeRef(statement->signature), value,
+  auto* definition = statement->template_value->try_as<T3TemplateDef>();
+  T3Tree_Node* exception = definition != nullptr ? definition->constraint : statement->template_value;
+  function.call(LUMO_PORT_RAISE, {port, VEXATypeRef(ExpressionLocalType(exception)), value,
                                   Recipient(statement->recipient, function), VEXA_CONTEXT});
 }

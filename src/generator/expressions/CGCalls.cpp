@@ -117,7 +117,8 @@ void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formal
                               std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
     else
       cg::ReportAtRunTime(
-          "omitted field '" + std::string(gIdents.GetCStr(field->id)) + "' is passed as a value", function);
+          "omitted field '" + std::string(gIdents.GetCStr(field->id)) + "' is passed as a value",
+          field->position, function);
     function.endIf();
   }
 }

@@ -57,6 +57,20 @@ const char* C2RTSFunction(const T3Tree_Node* type) {
   }
 }
 
+// The type of a variable of C that can hold a value of a type; null for what is not held in one.
+const char* VariableType(const T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+      return LUMO_LONG_INTEGER_T;
+    case T3Kind::T3Float:
+      return C_DOUBLE;
+    case T3Kind::T3Boolean:
+      return C_BOOL;
+    default:
+      return nullptr;
+  }
+}
+
 // ---- Forms ----
 
 std::span<const cg::Form> g_forms;
@@ -192,12 +206,27 @@ std::string Call(std::string_view function, CWords arguments) {
 
 std::string InC(T3Tree_Node* node, CFunction& function) {
   CGExpression(node, vexa_c_mode, vexa_temp_alloc, function);
-  return CLocation(node);
+  return ShortLocation(node, vexa_c_mode, function);
 }
 
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
   CGExpression(node, vexa_rts_mode, mode, function);
-  return RTSLocation(node);
+  return ShortLocation(node, vexa_rts_mode, function);
+}
+
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
+                          Variables* variables) {
+  constexpr size_t kLong = 500;
+  const bool is_c = form == vexa_c_mode;
+  std::string text = is_c ? CLocation(node) : RTSLocation(node);
+  const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
+  if (type == nullptr) return text;
+  Variables own;
+  std::string& name = (variables != nullptr ? *variables : own)[type];
+  if (name.empty()) name = Temporary(type, function);
+  function.assign(name, text);
+  is_c ? StoreC(node, name) : StoreRTS(node, name);
+  return name;
 }
 
 std::string Temporary(const std::string& type, CFunction& function) {
@@ -237,10 +266,13 @@ void NotSupported(T3Tree_Node* node) {
                       std::string("CGExpression currently does not support ") + T3KindName(node)};
 }
 
-void ReportAtRunTime(const std::string& text, CFunction& function) {
-  const std::string wide =
-      Call(LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII, {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
+void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function) {
+  const std::string wide = function.getTmpVariable(LUMO_WIDE_STRING_T);
+  function.callAndAssign(wide, LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
+                         {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  const std::string place = CGSourceFileName(position) + ":" + std::to_string(position.Line);
+  function.call(LUMO_REPORT_ERROR, {Quote(place), wide, VEXA_CONTEXT});
+  function.releaseTmpVariable(wide);
 }
 
 void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
@@ -302,6 +334,8 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
     // The target is filled in place.
     StoreRTS(rhs, target);
     cg::CompoundValue(rhs->as<T3CompoundValue>(), mode, function);
+  } else if (cg::IsWideText(rhs)) {
+    cg::SetWideText(rhs, target, function);
   } else if (NaturalMode(rhs) == vexa_rts_mode) {
     function.call(LUMO_VALUE_ASSIGN, {target, cg::InRTS(rhs, mode, function), VEXA_CONTEXT});
   } else {

@@ -1,6 +1,7 @@
 // What the units of the expression generator share.
 #pragma once
 
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,6 +20,12 @@ std::string Call(std::string_view function, CWords arguments);
 /// The locations of an operand, which is evaluated; in C it is a value.
 std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
+/// Variables by their types.
+using Variables = std::map<std::string, std::string>;
+/// The location of a node that has one in this form. A long text is first put into a variable, one of `variables` where
+/// that is given: what is nested deeply would otherwise be written once more at each level.
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
+                          Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Sets where the result of a node is, to the end of the statement.
@@ -36,8 +43,12 @@ struct not_supported {
   std::string reason;
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
-/// The call that ends the test case with an error and this text.
-void ReportAtRunTime(const std::string& text, CFunction& function);
+/// The call that ends the test case with an error, this text and a place in the source.
+void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function);
+
+/// Whether a literal is a text that needs wide characters; sets a value to such a text.
+bool IsWideText(T3Tree_Node* node);
+void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& function);
 
 /// The location of a place that may be written later, or not at all: what is missing above it, and an
 /// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted

@@ -113,14 +113,17 @@ void GenUniversalChar(T3Tree_Node* node, Mode mode, CFunction& function) {
 }
 
 // A text has a table of its own.
-void GenUTF8String(T3Tree_Node* node, Mode mode, CFunction& function) {
-  const std::vector<WideChar> characters = WideCharsOf(node);
+std::string WideTable(const std::vector<WideChar>& characters) {
   CFile& file = gT3Context.file();
   auto array = file.beginArray(LUMO_WIDE_CHAR_T, file.uniqueName("vexa_wide_string_literal"), true);
   for (const WideChar& c : characters) array->addElement(TextOfWideChar(c));
   array->end();
-  const std::string text = "((const " + std::string(LUMO_WIDE_CHAR_T) + " *) " + array->name() + ")";
-  WideCharOrWideString(node, text, characters.size(), mode, function);
+  return "((const " + std::string(LUMO_WIDE_CHAR_T) + " *) " + array->name() + ")";
+}
+
+void GenUTF8String(T3Tree_Node* node, Mode mode, CFunction& function) {
+  const std::vector<WideChar> characters = WideCharsOf(node);
+  WideCharOrWideString(node, WideTable(characters), characters.size(), mode, function);
 }
 
 // ---- Others ----
@@ -211,6 +214,17 @@ bool IsWideLiteral(T3Tree_Node* node) {
   for (const char c : StringM::StGetString(literal->value))
     if ((static_cast<unsigned char>(c) & 0x80U) != 0) return true;
   return false;
+}
+
+bool IsWideText(T3Tree_Node* node) {
+  return node->is<T3CharStringLiteral>() && IsWideLiteral(node) &&
+         TypeOf(node)->is<T3UniversalCharStringType>();
+}
+
+void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& function) {
+  const std::vector<WideChar> characters = WideCharsOf(node);
+  function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
+                {target, WideTable(characters), std::to_string(characters.size()), VEXA_CONTEXT});
 }
 
 bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {

@@ -1,5 +1,7 @@
 // Operators. Arithmetic of C nests without statements; what makes a run-time value is a call, which nests as
 // well. Only the second operand of `and` and `or`, which may not be evaluated, takes statements.
+#include <vector>
+
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/text/CLocations.h"
@@ -98,10 +100,11 @@ void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
   StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
 }
 
-// The right operand is evaluated only where the left one does not decide.
+// The right operand is evaluated only where the left one does not decide. A chain of operations has one result.
 void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
   const std::string left = InC(node->left, function);
-  const std::string result = Temporary(C_BOOL, function);
+  const bool continues = node->left->is<T3And>() || node->left->is<T3Or>();
+  const std::string result = continues ? left : Temporary(C_BOOL, function);
   const bool is_or = node->is<T3Or>();
   function.beginIf(is_or ? left : Negated("(" + left + ")"));
   function.assign(result, is_or ? C_TRUE : C_FALSE);
@@ -136,7 +139,40 @@ void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
   }
 }
 
+// How an operator takes its operands.
+vexa_expression_mode_t OperandForm(_T3BinaryExpression* node) {
+  const bool is_rts = node->is<T3Equal>() || node->is<T3NotEqual>() || RTValueWord(node) != nullptr ||
+                      (node->is<_T3Relational>() && TypeOf(node->left)->is<T3ObjectIdentifierType>());
+  return is_rts ? vexa_rts_mode : vexa_c_mode;
+}
+
+bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t form) {
+  return form == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
+}
+
+// Left operands nest as deeply as a chain of operators is long: they are evaluated from the first one on, the result of
+// each in the same variable where it needs one.
+void GenerateLeftOperands(_T3BinaryExpression* node, CFunction& function) {
+  struct Operand {
+    T3Tree_Node* node;
+    vexa_expression_mode_t form;
+  };
+  std::vector<Operand> chain;
+  for (auto* whole = node; whole != nullptr; whole = whole->left->try_as<_T3BinaryExpression>()) {
+    const vexa_expression_mode_t form = OperandForm(whole);
+    if (!whole->left->is<_T3BinaryExpression>() || HasLocation(whole->left, form)) break;
+    chain.push_back({whole->left, form});
+  }
+  Variables variables;
+  for (size_t i = chain.size(); i-- > 0;) {
+    const Operand& operand = chain[i];
+    CGExpression(operand.node, operand.form, vexa_temp_alloc, function);
+    ShortLocation(operand.node, operand.form, function, &variables);
+  }
+}
+
 void Binary(_T3BinaryExpression* node, Mode mode, CFunction& function) {
+  GenerateLeftOperands(node, function);
   if (node->is<T3And>() || node->is<T3Or>()) return GenerateBooleanOperation(node, function);
   if (node->is<T3Mod>() || node->is<T3Rem>()) return GenerateModOrRem(node, function);
   if (node->is<T3Equal>()) return GenerateRelational(node, LUMO_IS_EQUAL, false, function);

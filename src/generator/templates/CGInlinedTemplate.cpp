@@ -229,7 +229,10 @@ std::string InstantiateTemplate(T3Tree_Node* reference, CFunction& function) {
 
 void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
   T3TemplateDef* definition = DefinitionOf(decl);
-  if (decl->fpl->is<_T3FormalPar>()) {
+  const bool is_alone =
+      definition->modifies->is<T3NoTemplateReference>() && GetLocalRefs(definition->constraint).empty();
+  // What it takes from the block would be another value later, or none.
+  if (is_alone || decl->fpl->is<_T3FormalPar>()) {
     // A statement may be written more than once.
     if (MadeInThisModule().insert(decl).second) CGTemplate(decl);
     return;

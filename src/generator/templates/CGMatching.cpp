@@ -1,5 +1,6 @@
 // Matching mechanisms as run-time values.
 #include "analysis/names/T3Names.h"
+#include "analysis/templates/T3TemplateStatus.h"
 #include "analysis/types/T3Types.h"
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -100,7 +101,15 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
                              : Call(LUMO_VALUEOF, {instance, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
+// A value is its own.
+bool IsPlain(T3Tree_Node* definition) {
+  return CollectTemplateStatus(definition, false, vexa_template_plain).value == kStatusPlain &&
+         !HoldsTemplate(definition->as<T3TemplateDef>()->constraint);
+}
+
 void ValueOf(T3ValueOf* node, Mode mode, CFunction& function) {
+  if (node->template_value->is<T3TemplateDef>() && IsPlain(node->template_value))
+    return StoreRTSLocation(node, InRTS(node->template_value, mode, function));
   const std::string location = InRTS(node->template_value, CGTemplateMode(), function);
   StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
@@ -125,7 +134,11 @@ void MatchOperation(T3Match* node, CFunction& function) {
 }  // namespace
 
 bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
-  if (auto* match = node->try_as<T3Match>()) {
+  if (!mode.is_template && (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())) {
+    ReportAtRunTime(std::string("Attempt to call valueof for template ") + T3KindName(node), PositionOf(node),
+                    function);
+    StoreRTSLocation(node, LUMO_ILLEGAL_VALUE_C);
+  } else if (auto* match = node->try_as<T3Match>()) {
     MatchOperation(match, function);
   } else if (auto* value = node->try_as<T3ValueOf>()) {
     ValueOf(value, mode, function);

@@ -19,10 +19,19 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
   function.call(LUMO_VALUE_SET_STRING, {pattern, Quote(digits), VEXA_CONTEXT});
   return pattern;
 }
+
+// A name in the text of a pattern may be that of a template, whose own pattern is meant.
+std::string JoinedPattern(T3Tree_Node* node, CFunction& function) {
+  auto* join = node->try_as<T3Concatenate>();
+  if (join == nullptr) return InRTS(node, CGTemplateMode(), function);
+  const std::string left = JoinedPattern(join->left, function);
+  return Call(LUMO_CONCATENATE,
+              {left, JoinedPattern(join->right, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
 }  // namespace
 
 std::string PatternText(T3Tree_Node* node, CFunction& function) {
   if (auto* special = node->try_as<_T3SpecialStringMatch>()) return SpecialPattern(special, function);
-  return InRTS(node->as<T3CharStringMatch>()->pattern, vexa_temp_alloc, function);
+  return JoinedPattern(node->as<T3CharStringMatch>()->pattern, function);
 }
 }  // namespace cg

@@ -1,5 +1,6 @@
 // The functions of a template. Each walks the same tree, with locations of its own, and reaches what the
 // module declares through the symbol table.
+#include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
@@ -95,14 +96,6 @@ bool IsAmbiguous(T3Tree_Node* node) {
   return found;
 }
 
-void ReportAmbiguous(const std::string& text, CFunction& function) {
-  const std::string wide = function.getTmpVariable(LUMO_WIDE_STRING_T);
-  function.callAndAssign(wide, LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
-                         {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  function.call(LUMO_REPORT_ERROR, {C_NULL, wide, VEXA_CONTEXT});
-  function.releaseTmpVariable(wide);
-}
-
 // A value of another type, which the template's type lets pass, is made one of that.
 void ReturnAs(T3Tree_Node* type, const std::string& location, CFunction& function) {
   const std::string value = function.getTmpVariable(LUMO_VALUE_T);
@@ -122,7 +115,8 @@ void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mo
   TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
                    {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, [&](CFunction& function) {
                      if (IsAmbiguous(definition->constraint)) {
-                       ReportAmbiguous("attempting to turn ambiguous template into value", function);
+                       cg::ReportAtRunTime("attempting to turn ambiguous template into value",
+                                           definition->position, function);
                        function._return(LUMO_ILLEGAL_VALUE_C);
                        return;
                      }
@@ -169,7 +163,8 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
     auto* compound = constraint->try_as<T3CompoundValue>();
     const bool known = compound != nullptr ? CountItems(compound, sum, function) : !IsAmbiguous(constraint);
     if (!known)
-      ReportAmbiguous(std::string("Attempt to call sizeof for template ") + T3KindName(constraint), function);
+      cg::ReportAtRunTime(std::string("Attempt to call sizeof for template ") + T3KindName(constraint),
+                          PositionOf(constraint), function);
     else if (compound == nullptr)
       GenReferenceConstraint(constraint, sum, function);
     function._return(sum);

@@ -50,24 +50,46 @@ std::string CGFunctionPointer(const std::string& name) {
   return "((" + std::string(C_VOID) + " *) " + name + ")";
 }
 
-const std::string& CGSourceFileName(T3Tree_Node* module) {
-  static T3Tree_Node* last = nullptr;
-  static auto& name = *new std::string;
-  if (module == last) return name;
-  last = module;
-  name.clear();
-  for (const char c : EscapeEscape(GetSourceFile(module))) {
+namespace {
+std::string AsText(const std::string& file) {
+  std::string name;
+  for (const char c : EscapeEscape(file)) {
     if (c == '"') name += '\\';
     const auto code = static_cast<unsigned char>(c);
     name += code >= ' ' ? std::string(1, c) : FormatText("\\%03o", code);
   }
   return name;
 }
+}  // namespace
+
+static bool IsElsewhere(const tPosition& position, T3Tree_Node* module) {
+  return !(position == NoPosition) && position.File != module->as<T3Module>()->position.File;
+}
+
+static std::string FileOf(const tPosition& position, T3Tree_Node* module) {
+  return IsElsewhere(position, module) ? AsText(gIdents.GetCStr(position.File)) : CGSourceFileName(module);
+}
+
+bool CGIsElsewhere(const tPosition& position) {
+  return IsElsewhere(position, CGCurrentModule());
+}
+
+std::string CGSourceFileName(const tPosition& position) {
+  return FileOf(position, CGCurrentModule());
+}
+
+const std::string& CGSourceFileName(T3Tree_Node* module) {
+  static T3Tree_Node* last = nullptr;
+  static auto& name = *new std::string;
+  if (module == last) return name;
+  last = module;
+  return name = AsText(GetSourceFile(module));
+}
 
 void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,
                           const std::string& argv, const std::string& scope, const tPosition& position) {
   function.call(LUMO_SOURCE_LOCATION_PUSH,
-                {Quote(CGModuleName(module)), Quote(name), argv, scope, Quote(CGSourceFileName(module)),
+                {Quote(CGModuleName(module)), Quote(name), argv, scope, Quote(FileOf(position, module)),
                  std::to_string(position.Line), VEXA_CONTEXT});
 }
 
@@ -80,7 +102,7 @@ void CGSetSourceLine(CFunction& function, const tPosition& position) {
 }
 
 void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what) {
-  std::string text = CGSourceFileName(CGCurrentModule());
+  std::string text = CGSourceFileName(position);
   text.append(" - line ").append(std::to_string(position.Line)).append(" : ").append(what);
   // the name of a file must not end the comment
   for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))

@@ -26,6 +26,10 @@ std::string CGFunctionPointer(const std::string& name);
 
 /// The name of the module's source file as the text of a C string literal.
 const std::string& CGSourceFileName(T3Tree_Node* module);
+/// The same of the file of a place, which an inherited member may have elsewhere than the module.
+std::string CGSourceFileName(const tPosition& position);
+/// Whether the place lies in another file than the module that is being generated.
+bool CGIsElsewhere(const tPosition& position);
 /// Calls that tell the run-time system where execution stands. `argv` is a word of C, `scope` the word of
 /// the kind of behaviour.
 void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,

@@ -232,8 +232,17 @@ std::string DecompileValueList(T3Tree_Node* list) {
 std::string DecompileBound(T3Tree_Node* bound) {
   if (auto* single = bound->try_as<T3SingleBound>()) return "(" + Decompile(single->ub) + ")";
   if (auto* range = bound->try_as<T3RangeBound>())
-    return "(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
+    return "(" + Decompile(range->lb) + ".." + Decompile(range->ub) + ")";
   return kNotAvailable;
+}
+
+// The text as it was written, with the names in braces where they stood.
+std::string DecompilePattern(T3Tree_Node* node) {
+  if (auto* join = node->try_as<T3Concatenate>())
+    return DecompilePattern(join->left) + DecompilePattern(join->right);
+  if (!node->is<T3CharStringLiteral>()) return "{" + Decompile(node) + "}";
+  const std::string text = Decompile(node);
+  return text.substr(1, text.size() - 2);
 }
 
 std::string DecompileMatchingExpression(T3Tree_Node* node) {
@@ -241,8 +250,9 @@ std::string DecompileMatchingExpression(T3Tree_Node* node) {
   if (auto* others = node->try_as<T3Complement>()) return "complement" + DecompileValueList(others->values);
   if (auto* range = node->try_as<T3ValueRange>())
     return "(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
-  if (auto* pattern = node->try_as<_T3SpecialStringMatch>()) return Text(pattern->value);
-  if (auto* pattern = node->try_as<T3CharStringMatch>()) return "pattern " + Decompile(pattern->pattern);
+  if (auto* pattern = node->try_as<_T3SpecialStringMatch>()) return "pattern " + Text(pattern->value);
+  if (auto* pattern = node->try_as<T3CharStringMatch>())
+    return "pattern \"" + DecompilePattern(pattern->pattern) + "\"";
   if (auto* set = node->try_as<_T3SuperOrSubSet>())
     return (node->is<T3SubSet>() ? "subset" : "superset") + DecompileValueList(set->values);
   return kNotAvailable;
@@ -250,9 +260,8 @@ std::string DecompileMatchingExpression(T3Tree_Node* node) {
 
 std::string DecompileExtraMatchingExpressions(ExtraMatchingExpressions* node) {
   std::string text = Decompile(node->object);
-  if (auto* sized = node->try_as<T3LengthMatch>()) text += " length " + DecompileBound(sized->size);
-  if (auto* sized = node->try_as<T3IfPresentIfLengthMatch>())
-    text += " length " + DecompileBound(sized->size);
+  if (auto* sized = node->try_as<T3LengthMatch>()) text += " length" + DecompileBound(sized->size);
+  if (auto* sized = node->try_as<T3IfPresentIfLengthMatch>()) text += " length" + DecompileBound(sized->size);
   if (!node->is<T3LengthMatch>()) text += " ifpresent";
   return text;
 }
@@ -284,7 +293,7 @@ std::string DecompileFieldValue(T3FieldValue* value) {
 std::string DecompileCompoundValue(T3CompoundValue* node) {
   std::string list;
   for (auto* at : Items<T3FieldValue>(node->value)) Append(list, DecompileFieldValue(at));
-  return list.empty() ? "{}" : "{ " + list + " }";
+  return "{" + list + "}";
 }
 
 // ---- References and calls ----
@@ -389,7 +398,7 @@ std::string DecompileNode(T3Tree_Node* node) {
   if (auto* range = node->try_as<T3LengthRange>())
     return "length(" + Decompile(range->lb) + " .. " + Decompile(range->ub) + ")";
   if (auto* match = node->try_as<T3Match>())
-    return "match(" + Decompile(match->expression) + ", " + Decompile(match->template_value) + ")";
+    return "match(" + Decompile(match->expression) + "," + Decompile(match->template_value) + ")";
   if (auto* value = node->try_as<T3ValueOf>()) return "valueof(" + Decompile(value->template_value) + ")";
   return node->is<_T3Reference>() ? DecompileReference(node) : kNotAvailable;
 }

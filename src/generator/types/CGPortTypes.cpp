@@ -99,15 +99,24 @@ void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
   });
 }
 
+void PushDefinition(tIdent name, const tPosition& position, CFunction& function) {
+  CGPushSourceLocation(function, CGCurrentModule(), std::string(gIdents.GetCStr(name)) + " def", C_NULL,
+                       LUMO_SCOPE_UNDEFINED_C, position);
+}
+
 // The values of a component's members, in the fields of its record. From anywhere else they are reached by
 // name.
-void GenMembers(T3ComponentType* component, CFunction& function) {
+void GenMembers(T3ComponentType* component, tIdent name, CFunction& function) {
   std::vector<T3Tree_Node*> located;
   unsigned index = 0;
   gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
     const unsigned place = index++;
     if (!member->is<_T3InstanceValueDecl>()) return;
+    const tPosition& position = member->as<_T3InstanceDecl>()->position;
+    const bool is_elsewhere = CGIsElsewhere(position);
+    if (is_elsewhere) PushDefinition(name, position, function);
     CGComponentValue(member, place, function);
+    if (is_elsewhere) CGPopSourceLocation(function);
     located.push_back(member);
   });
   for (T3Tree_Node* member : located) ResetLocation(member);
@@ -118,8 +127,7 @@ std::unique_ptr<CFunction> BeginPostProcessFunction(T3TypeDecl* decl) {
       LUMO_VALUE_T, VEXAComponentPostProcessFuncName(decl),
       {FormalPar(LUMO_VALUE_T, VEXA_COMPONENT_POSTPROCESS_ARG_NAME), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
       "", false);
-  CGPushSourceLocation(*function, CGCurrentModule(), std::string(gIdents.GetCStr(decl->name)) + " def",
-                       C_NULL, LUMO_SCOPE_UNDEFINED_C, decl->position);
+  PushDefinition(decl->name, decl->position, *function);
   return function;
 }
 
@@ -133,7 +141,7 @@ void EndPostProcessFunction(CFunction& function) {
 void GenPostProcessFunction(T3TypeDecl* decl, T3ComponentType* component) {
   const CGStatementScope scope;
   auto function = BeginPostProcessFunction(decl);
-  GenMembers(component, *function);
+  GenMembers(component, decl->name, *function);
   EndPostProcessFunction(*function);
 }
 

@@ -102,9 +102,20 @@ void GenStructuredType(T3TypeDecl* decl, T3Tree_Node* fields, const char* kind) 
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
 
-void WriteContainedType(CArray& array, T3Tree_Node* type) {
+void WriteContainedType(CArray& array, T3Tree_Node* type, bool is_bound = false) {
   WriteFieldInfo(array, LUMO_TYPE_ARRAY_CONTAINED_TYPE_C, LUMO_FIELD_PROPERTY_MANDATORY_C,
-                 VEXAStaticTypeRef(type));
+                 is_bound ? std::string(C_NULL) : VEXAStaticTypeRef(type));
+}
+
+// A port of an imported type is described by the module of origin; the address is known at run time only.
+bool BindImportedPort(const std::string& field_info, T3Tree_Node* type) {
+  T3Tree_Node* declaration = TypeDeclaration(type);
+  if (!RootType(type)->is<T3PortType>() || !T3Is<T3ImportTypeDecl>(declaration)) return false;
+  CFunction& function = gT3Context.registerFunction();
+  function.addComment("set array field info entry for array of ports of imported type");
+  function.assign("(" + field_info + "[0].type)", "((((" + FindOriginCall(declaration) +
+                                                      ")->type_descriptor)->type_info)->field_info[0]).type");
+  return true;
 }
 
 void GenHomogeneousType(T3TypeDecl* decl, T3Tree_Node* type, const char* kind) {
@@ -132,7 +143,7 @@ void GenArrayType(T3TypeDecl* decl, T3ArrayType* type) {
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_ARRAY);
   info.number_of_fields = "2";
   auto fields = BeginFieldInfo(decl);
-  WriteContainedType(*fields, type->type);
+  WriteContainedType(*fields, type->type, BindImportedPort(fields->name(), type->type));
   WriteFieldInfo(*fields, Quote(std::string()), LUMO_FIELD_NO_PROPERTY_C, C_NULL);
   info.field_info = fields->name();
   fields->end();

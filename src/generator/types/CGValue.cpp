@@ -125,9 +125,12 @@ T3Tree_Node* ElementOf(T3Tree_Node* type) {
   return type;
 }
 
-void Register(const std::string& location, bool in_component, CFunction& function) {
-  function.call(LUMO_SOURCE_TRACKING_REGISTER_VALUE,
-                {location, in_component ? C_TRUE : C_FALSE, VEXA_CONTEXT});
+// A first template, and that the variable has changed.
+void SetFirstTemplate(const std::string& location, T3VarDecl* decl, CFunction& function) {
+  if (!HasValue(decl)) return;
+  const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
+  function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
+  function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {location, VEXA_CONTEXT});
 }
 
 // The durations of a list, for each timer of an array that has one.
@@ -181,7 +184,6 @@ void CGLocalTimer(T3VarDecl* decl, const std::string& location, CFunction& funct
   if (HasOneDuration(decl)) cg::InC(decl->value, function);
   Mark(decl, T3KindName(decl), function);
   Instantiate(location, decl, decl->type, function, vexa_perm_alloc);
-  Register(location, false, function);
   SetDurations(location, decl, function);
 }
 }  // namespace
@@ -205,7 +207,6 @@ void CGUnsetLocalValue(T3Tree_Node* node, CFunction& function) {
   const std::string location = DeclareLocal(decl, function);
   if (IsTimerDeclaration(decl)) {
     Instantiate(location, decl, decl->type, function, vexa_perm_alloc);
-    Register(location, false, function);
   } else if (HoldsTemplates(decl)) {
     InstantiateTemplateVariable(location, decl->as<T3VarDecl>(), function);
   } else {
@@ -224,11 +225,8 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   if (HasValue(decl)) Mark(decl, T3KindName(decl), function);
   if (holds_template) {
     InstantiateTemplateVariable(location, variable, function);
-    if (!HasValue(decl)) return;
     const CGStatementScope scope(function);
-    const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
-    function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
-    return;
+    return SetFirstTemplate(location, variable, function);
   }
   Instantiate(location, decl, decl->type, function, vexa_temp_alloc);
   if (HasValue(decl)) {
@@ -247,9 +245,7 @@ void ComponentTemplate(T3VarDecl* decl, const std::string& location, const std::
                 std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
   function.call(LUMO_VALUE_INIT_VECTOR_ELEMENT,
                 {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, made, VEXA_CONTEXT});
-  if (HasValue(decl))
-    function.call(LUMO_VALUE_ASSIGN,
-                  {location, CGTemplateExpression(decl->value, vexa_template_plain, function), VEXA_CONTEXT});
+  SetFirstTemplate(location, decl, function);
 }
 }  // namespace
 
@@ -266,7 +262,7 @@ void CGComponentValue(T3Tree_Node* node, unsigned place, CFunction& function) {
   if (is_timer && HasOneDuration(decl)) cg::InC(decl->value, function);
   if (is_timer || HasValue(decl)) Mark(decl, T3KindName(decl), function);
   if (holds_template) ComponentTemplate(variable, location, index, function);
-  Register(location, true, function);
+  function.call(LUMO_SOURCE_TRACKING_REGISTER_VALUE, {location, C_TRUE, VEXA_CONTEXT});
   if (holds_template) return;
   if (is_timer)
     SetDurations(location, variable, function);

@@ -194,12 +194,13 @@ TEST(Codecs, EndsAndTagsThatAreNone) {
 
 TEST(Codecs, UnusedBitsAreNoPartOfTheValue) {
   const std::string name = "Strings";
-  Octets octets{0x30, 0x00, 0x80, 0x02, 0x04, 0xaf};  // four bits, and ones behind them
+  Octets octets{0x30, 0x00, 0x80, 0x02, 0x04, 0xaf};  // four bits, the last of them zero, and ones behind them
   const Octets rest{0x81, 0x01, 0x00, 0x82, 0x02, 1,   2,   0x83, 0x00, 0x84, 0x01, 'A',
                     0x85, 0x00, 0x86, 0x03, 'a',  'b', 'c', 0x87, 0x00, 0x88, 0x00};
   octets.insert(octets.end(), rest.begin(), rest.end());
   octets[1] = static_cast<unsigned char>(octets.size() - 2);
   Octets expected = octets;
+  expected[4] = 5;  // the bits have names
   expected[5] = 0xa0;
   EXPECT_EQ(Recoded(name, kBer, octets, kBer), expected);
 }

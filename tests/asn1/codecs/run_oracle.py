@@ -22,7 +22,8 @@ DEFINITION = re.compile(r"^([A-Z][\w-]*) ::= (?!CLASS)", re.M)
 # What the other side does otherwise: it numbers the alternatives of a CHOICE with tags of its own in their order, not in
 # that of the tags, and loses extensions in the aligned variant; with basic rules it does not encode a group of additions
 # that was absent when it decoded.
-OTHERWISE = {"ber": ("Pair-More", "Many"), "uper": ("Choice-Tags",),
+# Zeros behind named bits it sends with other basic octets, as it may.
+OTHERWISE = {"ber": ("Pair-More", "Many", "Bits-Named", "Bits-Named-Some"), "uper": ("Choice-Tags",),
              "per": ("Choice-Tags", "Pair-More", "Choice-More", "Many")}
 ENDLESS = ("Tree",)  # recursive types, of which the other side makes no end
 OUR_LIMITS = ("an integer does not fit", "an integer has a length that is not supported", "an object identifier is faulty")

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "support.h"
+#include "text/log_file.h"
 #include "value/wide_string.h"
 
 using namespace lumos;
@@ -20,12 +21,12 @@ struct Log : ::testing::Test, Types {
     set_log_times(false);
     set_log_kinds("all");
     // What is logged stays out of the output of the test.
-    open_log("/dev/null");
+    open_log_file("/dev/null");
     capture_log(&entries);
   }
   void TearDown() override {
     capture_log(nullptr);
-    close_log();
+    close_log_files();
     set_log_kinds("error");
   }
 };
@@ -41,15 +42,15 @@ TEST_F(Log, EntryIsOneLineWithItsPlace) {
 
 TEST_F(Log, GoesToAFile) {
   std::string path = ::testing::TempDir() + "lumos_log_test";
-  ASSERT_TRUE(open_log(path));
+  ASSERT_TRUE(open_log_file(path));
   lumo_log_string_to_all(lumo_log_msg_info_c, "kept", nullptr);
-  close_log();
+  close_log_files();
   std::ifstream in(path);
   std::stringstream content;
   content << in.rdbuf();
   std::remove(path.c_str());
   EXPECT_EQ(content.str(), "info kept\n");
-  EXPECT_FALSE(open_log("/nonexistent/log"));
+  EXPECT_FALSE(open_log_file("/nonexistent/log"));
 }
 
 TEST_F(Log, WideStringsAreFormatted) {

@@ -132,8 +132,8 @@ static BOOLE put_contents(ASNCODG* codg, const asn_type* type, const void* home,
       return put(frame, octets, asnRealToOctets(*(const REAL*)home, octets));
     }
     case ASN_DYNS: {
-      const DYNSTR* string = home;
-      return type->kind == ASN_BIT_STRING ? put_bits(frame, string) : put(frame, string->s, string->n);
+      const DYNSTR string = asnSignificant(type, home);
+      return type->kind == ASN_BIT_STRING ? put_bits(frame, &string) : put(frame, string.s, string.n);
     }
     case ASN_OBJI:
       return asnObjidToOctets(home, frame) || fail(codg, "an object identifier has no encoding");

@@ -99,3 +99,11 @@ void* asnAddElement(const asn_type* type, void* home, uint32* room) {
   }
   return (BYTE_TYPE*)list->elem + list->n++ * size;
 }
+
+DYNSTR asnSignificant(const asn_type* type, const DYNSTR* string) {
+  DYNSTR result = *string;
+  if (!type->named_bits) return result;
+  const uint32 least = type->has_low ? (uint32)type->low : 0;
+  while (result.n > least && (string->s[(result.n - 1) / 8] >> (7 - (result.n - 1) % 8) & 1) == 0) --result.n;
+  return result;
+}

@@ -33,6 +33,8 @@ const void* asnComponent(const asn_comp* component, const void* home);
 void* asnMakeComponent(const asn_comp* component, void* home);
 /* The alternative of a CHOICE, or -1. */
 int asnAlternative(const asn_type* type, const void* home);
+/* What of a string is sent: named bits as far as the last one that is set, or as the size asks. */
+DYNSTR asnSignificant(const asn_type* type, const DYNSTR* string);
 /* Zeroed memory that belongs to no home. */
 void* asnZeroed(size_t size);
 /* Gives a list one more element, zeroed. */

@@ -473,7 +473,8 @@ static BOOLE take_size_extension(ASNPERG* codg, const asn_type* type, int known,
   return TRUE;
 }
 
-static BOOLE put_string(ASNPERG* codg, const asn_type* type, const DYNSTR* string) {
+static BOOLE put_string(ASNPERG* codg, const asn_type* type, const DYNSTR* given) {
+  const DYNSTR sent = asnSignificant(type, given), *string = &sent;
   const units unit = units_of(codg, type);
   int beyond = 0, more = 0;
   if (!put_size_extension(codg, type, unit.known_multiplier, string->n, &beyond)) return FALSE;

@@ -1,0 +1,212 @@
+#!/usr/bin/env python3
+"""Measures how processor time, memory and the size of the generated code grow with inputs that are large in one way.
+
+    growth.py --orvane PROGRAM [--filter TEXT] [--scale FACTOR]
+
+Each row is one kind of input in sizes 1, 2, 4 and 8 times its base, compiled with `-c`; the growth of a step is that of
+the larger of time and memory behind those of the start of the compiler. FACTOR makes all bases larger.
+"""
+
+import argparse
+import os
+import resource
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+SECONDS, MEGABYTES = 20, 3000
+STEPS = (1, 2, 4, 8)
+HEAD = "module M { type integer T; type component C { port P p; timer t } type port P message { inout integer, charstring }\n"
+INPUTS = {}
+
+
+def row(base):
+    """Makes a function one of the rows: for a size, the text of the module M, or the texts of several by name."""
+    def note(function):
+        INPUTS[function.__name__] = (base, function)
+        return function
+    return note
+
+
+def module(text):
+    return f"{HEAD}{text} }}\n"
+
+
+def body(text, before=""):
+    return module(f"{before} function f(inout integer a) runs on C {{ {text} }}")
+
+
+def join(separator, count, make):
+    return separator.join(make(i) for i in range(count))
+
+
+@row(5000)
+def concatenations(n):
+    return body('var charstring s := "x"; s := ' + " & ".join(["s"] * n))
+
+
+@row(2500)
+def concatenated_literals(n):
+    return body('var charstring s := "x"; s := ' + join(" & ", n, lambda i: f'"{i}" & s'))
+
+
+@row(10000)
+def operands(n):
+    return body("a := " + " + ".join(["a"] * n))
+
+
+@row(5000)
+def comparisons(n):
+    return body("var boolean b := " + join(" or ", n, lambda i: f"a == {i}"))
+
+
+@row(2000)
+def else_ifs(n):
+    return body("if (a == 0) { }" + join("", n, lambda i: f" else if (a == {i}) {{ a := 1 }}"))
+
+
+@row(2000)
+def cases(n):
+    return body("select (a) {" + join(" ", n, lambda i: f"case ({i}) {{ a := 1 }}") + "}")
+
+
+@row(2000)
+def value_ranges(n):
+    return module("type integer R (" + join(",", n, lambda i: f"{i * 10} .. {i * 10 + 5}") + ");")
+
+
+@row(2000)
+def template_lists(n):
+    return module("template integer mw := (" + join(",", n, lambda i: f"{i * 10} .. {i * 10 + 5}") + ");")
+
+
+@row(100)
+def nested_blocks(n):
+    return body("if (a == 1) { " * n + "a := 2" + " }" * n)
+
+
+@row(100)
+def nested_loops(n):
+    return body("while (a < 1) { " * n + "a := 2" + " }" * n)
+
+
+@row(100)
+def nested_parentheses(n):
+    return body("a := " + "(a + " * n + "1" + ")" * n)
+
+
+@row(25)
+def nested_alternatives(n):
+    return body("alt { [] p.receive(integer:?) { " * n + "a := 2" + " } }" * n)
+
+
+@row(100)
+def nested_records(n):
+    types = "type record R0 { integer x }" + join("", n, lambda i: f"type record R{i + 1} {{ R{i} x }}")
+    return body(f"var R{n} v := " + "{" * (n + 1) + "a" + "}" * (n + 1), types)
+
+
+@row(100)
+def nested_calls(n):
+    return body("a := " + "g(" * n + "a" + ")" * n, "function g(integer x) return integer { return x }")
+
+
+@row(1)
+def interleave(n):
+    return body("interleave { " + join(" ", n, lambda i: f"[] p.receive(integer:{i}) {{ a := {i} }}") + " }")
+
+
+@row(1)
+def interleave_with_alternatives(n):
+    inner = "alt { [] p.receive(integer:1) { } [] t.timeout { } }; " * n
+    return body("interleave { " + join(" ", 2, lambda i: f"[] p.receive(charstring:\"{i}\") {{ {inner} }}") + " }")
+
+
+@row(500)
+def alternatives(n):
+    return body("alt { " + join(" ", n, lambda i: f"[] p.receive(integer:{i}) {{ a := {i} }}") + " }")
+
+
+@row(100)
+def import_chain(n):
+    return {f"M{i}": f"module M{i} {{ " + (f"import from M{i - 1} all; " if i else "") + f"const integer c{i} := "
+            + (f"c{i - 1}" if i else "1") + " }\n" for i in range(n)}
+
+
+@row(50)
+def extension_chain(n):
+    return module(join("\n", n, lambda i: f"type component D{i} extends {f'D{i - 1}' if i else 'C'} "
+                                          f"{{ var integer v{i} := 1 }}"))
+
+
+@row(2000)
+def record_fields(n):
+    return module("type record R { " + join(", ", n, lambda i: f"integer f{i}") + " } function g(inout R r) { r.f0 := 1 }")
+
+
+@row(5000)
+def literals(n):
+    return module("type enumerated E { " + join(", ", n, lambda i: f"e{i}") + " }")
+
+
+@row(500)
+def components(n):
+    return module(join("\n", n, lambda i: f"type component D{i} extends C {{ var integer w }}"))
+
+
+def limit():
+    resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
+    resource.setrlimit(resource.RLIMIT_AS, (MEGABYTES << 20, MEGABYTES << 20))
+
+
+def measure(orvane, modules):
+    """Seconds, megabytes and bytes of generated text, or what went wrong."""
+    with tempfile.TemporaryDirectory() as folder:
+        if isinstance(modules, str):
+            modules = {"M": modules}
+        for name, text in modules.items():
+            (Path(folder) / f"{name}.ttcn").write_text(text)
+        (Path(folder) / "out").mkdir()
+        command = [orvane, "-v", "1", "-c", "-d", "out", "-F", *(f"{name}.ttcn" for name in modules)]
+        with open(Path(folder) / "errors", "w+", encoding="utf-8", errors="replace") as errors:
+            process = subprocess.Popen(command, cwd=folder, stdout=errors, stderr=errors, preexec_fn=limit)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            if process.returncode != 0:
+                errors.seek(0)
+                return f"status {process.returncode} {errors.read().strip()[-80:]}"
+        size = sum(path.stat().st_size for path in (Path(folder) / "out").iterdir())
+        return usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024, size
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--orvane", required=True, type=Path)
+    parser.add_argument("--filter", default="")
+    parser.add_argument("--scale", type=float, default=1)
+    options = parser.parse_args()
+    orvane = options.orvane.resolve()
+    start = measure(orvane, "module M {}\n")
+    worst = 0.0
+    for name, (base, function) in INPUTS.items():
+        if options.filter not in name:
+            continue
+        rows, before = [], None
+        for step in STEPS:
+            found = measure(orvane, function(max(1, int(base * step * options.scale))))
+            if isinstance(found, str):
+                rows.append(found)
+                worst = 99
+                break
+            growth = ""
+            if before and min(before[0] - start[0], before[1] - start[1]) > 0:
+                factors = [(now - least) / (old - least) for now, old, least in zip(found[:2], before[:2], start[:2])]
+                growth = " x" + "/".join(f"{factor:.1f}" for factor in factors)
+            rows.append(f"{found[0]:.2f} s {found[1]:.0f} MB {found[2] / 1e6:.2f} MB{growth}")
+            before = found
+        print(f"{name:22} {int(base * options.scale):6}  " + " | ".join(rows), flush=True)
+    sys.exit(0)
+
+
+main()

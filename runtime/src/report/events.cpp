@@ -1,0 +1,115 @@
+#include "report/events.h"
+
+#include <time.h>
+
+#include "text/log.h"
+#include "value/task.h"
+
+namespace lumos {
+
+bool events_wanted = false;
+
+namespace {
+
+std::vector<std::unique_ptr<Reporter>>& reporters() {
+  static auto* all = new std::vector<std::unique_ptr<Reporter>>;
+  return *all;
+}
+
+}  // namespace
+
+RunStart& run_start() {
+  static RunStart start;
+  if (start.wall) return start;
+  timespec wall;
+  clock_gettime(CLOCK_REALTIME, &wall);
+  start = {int64_t(wall.tv_sec) * 1000000000 + wall.tv_nsec, now()};
+  return start;
+}
+
+Place place_of(const Task& task) {
+  if (task.frames.empty()) return {};
+  return {task.frames.back().file, task.frames.back().line};
+}
+
+Place current_place() {
+  return place_of(*current_task);
+}
+
+std::string short_text(const Place& place) {
+  if (place.file.empty()) return "";
+  return place.file.substr(place.file.rfind('/') + 1) + ":" + std::to_string(place.line);
+}
+
+const char* verdict_name(lumo_verdict_t verdict) {
+  static const char* const names[] = {"none", "pass", "inconc", "fail", "error"};
+  return names[verdict];
+}
+
+const char* event_name(EventKind kind) {
+  static const char* const names[] = {"log",     "create", "start",       "end",        "send",    "arrive",
+                                      "receive", "lost",   "timer_start", "timer_stop", "timeout", "verdict"};
+  return names[static_cast<size_t>(kind)];
+}
+
+namespace {
+
+void tell_log_entry(const char* kind, std::string_view text) {
+  tell(EventKind::log, kind, {}, std::string(text));
+}
+
+void choose_events() {
+  events_wanted = false;
+  for (auto& reporter : reporters()) events_wanted = events_wanted || reporter->wants_events();
+  events_of_log = events_wanted ? tell_log_entry : nullptr;
+}
+
+}  // namespace
+
+void add_reporter(std::unique_ptr<Reporter> reporter) {
+  run_start();
+  reporters().push_back(std::move(reporter));
+  choose_events();
+}
+
+void drop_reporters() {
+  for (auto& reporter : reporters()) static_cast<void>(reporter.release());
+  reporters().clear();
+  choose_events();
+}
+
+void tell_begin(const std::string& module, const std::string& name, Time begin) {
+  for (auto& reporter : reporters()) reporter->test_case_begins(module, name, begin);
+}
+
+void tell(const Event& event) {
+  for (auto& reporter : reporters())
+    if (reporter->wants_events()) reporter->event(event);
+}
+
+void tell(EventKind kind, std::string_view name, std::string_view peer, std::string text,
+          std::string octets) {
+  Event event;
+  event.kind = kind;
+  event.time = now() - run_start().clock;
+  event.component = current_task->name;
+  event.place = current_place();
+  event.name = name;
+  event.peer = peer;
+  event.text = std::move(text);
+  event.octets = std::move(octets);
+  tell(event);
+}
+
+void tell_end(const Result& result) {
+  for (auto& reporter : reporters()) reporter->test_case_ends(result);
+}
+
+void tell_run_ends(const std::vector<Result>& results) {
+  std::vector<std::unique_ptr<Reporter>> ending;
+  ending.swap(reporters());
+  choose_events();
+  for (auto& reporter : ending) reporter->run_ends(results);
+}
+
+}  // namespace lumos

@@ -1,0 +1,102 @@
+// What happens in a run, told to whoever makes a report of it. The run tells its test cases always, and what
+// happens inside of them only while somebody wants to know: callers ask `events_wanted` first, so that a run
+// without a report pays for one test of a variable.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lumos.h"
+#include "value/clock.h"
+
+namespace lumos {
+
+// A place in the source; no file where it is not known.
+struct Place {
+  std::string file;
+  unsigned long line = 0;
+};
+// Where the current task stands, or another one.
+Place current_place();
+Place place_of(const lumo_context_struct& task);
+// "Suite.ttcn:17", without the folders; empty for no place.
+std::string short_text(const Place& place);
+
+// What came out of a test case.
+struct Result {
+  std::string module, name;
+  lumo_verdict_t verdict = lumo_verdict_none_c;
+  std::string reason;
+  Place place;  // where the verdict was decided
+  Time begin = 0, duration = 0;
+  std::string full_name() const { return module + "." + name; }
+};
+const char* verdict_name(lumo_verdict_t verdict);
+inline bool is_good(lumo_verdict_t verdict) {
+  return verdict == lumo_verdict_pass_c || verdict == lumo_verdict_none_c;
+}
+inline double seconds_of(Time time) {
+  return static_cast<double>(time) / 1e9;
+}
+
+enum class EventKind : uint8_t {
+  log,      // text: an entry of the log, name: its kind
+  create,   // name: the component
+  start,    // name: the component, text: its behaviour
+  end,      // of the component that the event belongs to
+  send,     // name: port, peer: who gets it ("component:port"), text: value, octets: what left the system
+  arrive,   // name: port, peer: who sent it ("system:port"), octets
+  receive,  // name: port, text: value
+  lost,     // name: port, text: value
+  timer_start,
+  timer_stop,
+  timeout,  // name: timer, text: duration
+  verdict   // name: verdict, text: reason
+};
+const char* event_name(EventKind kind);
+
+struct Event {
+  EventKind kind = EventKind::log;
+  Time time = 0;  // since the run began
+  std::string component;
+  Place place;
+  std::string name, peer, text, octets;
+};
+
+class Reporter {
+ public:
+  virtual ~Reporter() = default;
+  virtual bool wants_events() const { return false; }
+  virtual void test_case_begins(const std::string& /*module*/, const std::string& /*name*/, Time /*begin*/) {}
+  virtual void event(const Event&) {}
+  virtual void test_case_ends(const Result&) {}
+  // The last that a reporter is told; it completes its file.
+  virtual void run_ends(const std::vector<Result>& results) = 0;
+};
+
+extern bool events_wanted;
+void add_reporter(std::unique_ptr<Reporter> reporter);
+// Forgets all reporters without ending them, in a process that reports by another road.
+void drop_reporters();
+
+void tell_begin(const std::string& module, const std::string& name, Time begin);
+// An event of the current task, here and now.
+void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std::string text = {},
+          std::string octets = {});
+// An event that was told elsewhere.
+void tell(const Event& event);
+void tell_end(const Result& result);
+// Ends the run for all reporters, once.
+void tell_run_ends(const std::vector<Result>& results);
+
+// Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there.
+struct RunStart {
+  int64_t wall = 0;
+  Time clock = 0;
+};
+RunStart& run_start();
+
+}  // namespace lumos

@@ -1,0 +1,36 @@
+// The file of a report: written beside its place and renamed when it is complete, so that a run that is
+// killed leaves the old report or none. A place that is no regular file, such as a device, is written to
+// directly.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "text/text_forms.h"
+
+namespace lumos {
+
+class ReportFile {
+ public:
+  // An empty path or "-" is standard output. is_open tells whether it could be opened.
+  explicit ReportFile(const std::string& path);
+  ~ReportFile();
+  ReportFile(const ReportFile&) = delete;
+  bool is_open() const { return file_ != nullptr; }
+  void write(std::string_view text);
+  void format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+  // Puts the file in its place. A failure is told on standard error, and reports_failed() says so.
+  void complete();
+
+ private:
+  void fail();
+  std::string path_, beside_;
+  FILE* file_ = nullptr;
+  bool is_owned_ = false, is_failed_ = false;
+};
+
+// Whether a report could not be written.
+bool reports_failed();
+
+}  // namespace lumos

@@ -1,0 +1,33 @@
+// The statements and blocks of a source file, so that a report also knows what was never reached. It looks at
+// the text alone: braces, brackets and what begins behind them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumos {
+
+struct SourceBlock {
+  unsigned long statement;  // line of the statement, or alternative, that it belongs to
+  unsigned long opener;     // line of its brace
+  unsigned long first;      // line of the first statement in it; 0 for none
+  bool is_way;              // one of several: of if, alt, select
+  bool may_be_none;         // an if: where its last block is no "else", no way may be taken
+  bool is_else;
+};
+
+struct SourceFunction {
+  std::string name;
+  unsigned long line, first;  // of its name, of its first statement
+};
+
+struct SourceScan {
+  std::vector<unsigned long> statements;  // lines, in order, each once
+  std::vector<SourceBlock> blocks;
+  std::vector<SourceFunction> functions;
+};
+
+SourceScan scan_source(std::string_view text);
+
+}  // namespace lumos

@@ -1,0 +1,44 @@
+// Results in the Test Anything Protocol, version 13: a line for each test case, and what is to be told below
+// it.
+#include "report/report_file.h"
+#include "report/reports.h"
+
+namespace lumos {
+
+namespace {
+
+class Tap : public Reporter {
+ public:
+  explicit Tap(const std::string& path) : file_(path) {
+    if (file_.is_open()) file_.write("TAP version 13\n");
+  }
+  bool is_open() const { return file_.is_open(); }
+
+  void test_case_ends(const Result& result) override {
+    file_.format("%sok %zu - ", is_good(result.verdict) ? "" : "not ", ++count_);
+    file_.write(result.full_name() + "\n");
+    if (is_good(result.verdict)) return;
+    file_.format("  ---\n  verdict: %s\n  duration: %.6f\n", verdict_name(result.verdict),
+                 seconds_of(result.duration));
+    file_.write("  at: " + json_text(short_text(result.place)) + "\n  message: " + json_text(result.reason) +
+                "\n  ...\n");
+  }
+  void run_ends(const std::vector<Result>&) override {
+    file_.format("1..%zu\n", count_);
+    file_.complete();
+  }
+
+ private:
+  ReportFile file_;
+  size_t count_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Reporter> make_tap(const std::string& path) {
+  auto made = std::make_unique<Tap>(path);
+  if (!made->is_open()) return nullptr;
+  return made;
+}
+
+}  // namespace lumos

@@ -1,0 +1,209 @@
+#include "run/ending.h"
+
+#include <pthread.h>
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "run/component.h"
+#include "value/error.h"
+
+namespace lumos {
+
+namespace {
+
+constexpr Time millisecond = 1000000;
+constexpr Time grace = 500 * millisecond;         // for what looks after the end by itself
+constexpr Time retry = 100 * millisecond;         // where the moment was a bad one
+constexpr Time time_to_end = 5000 * millisecond;  // from leaving user code to the end of the run
+constexpr int most_retries = 30;
+
+void (*abandon_run)(const char*) = nullptr;
+bool is_watched = false;
+pthread_t main_thread;
+
+char reason_text[128];
+std::atomic<const char*> reason{nullptr};
+volatile sig_atomic_t undisturbed = 0;
+volatile sig_atomic_t left = 0;     // user code was left once
+volatile sig_atomic_t retries = 0;  // since a moment was asked for
+volatile sig_atomic_t stops = 0;    // signals that asked for the end
+Time deadline = never, deadline_of_control = never;
+
+const int stop_signals[] = {SIGINT, SIGTERM, SIGHUP};
+const int crash_signals[] = {SIGSEGV, SIGBUS, SIGILL, SIGABRT, SIGSYS};
+
+void set_alarm(Time after) {
+  const Time microseconds = after == never ? 0 : after / 1000 + 1;
+  itimerval timer = {};
+  timer.it_value.tv_sec = microseconds / 1000000;
+  timer.it_value.tv_usec = microseconds % 1000000;
+  setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+[[noreturn]] void give_up(const char* why) {
+  set_alarm(time_to_end);
+  abandon_run(why);
+  _exit(1);
+}
+
+void set_reason(const char* format, int signal) {
+  if (reason) return;
+  std::snprintf(reason_text, sizeof reason_text, format, strsignal(signal), signal);
+  reason = reason_text;
+}
+
+// A component or a control part runs, and not the scheduler or what is around a test case.
+bool is_in_behaviour() {
+  return !undisturbed && (current_task->component || (!test_case && current_task->fiber));
+}
+
+// Leaves what runs; returns where that is not possible.
+void leave(const char* why) {
+  if (!is_in_behaviour()) return;
+  left = 1;
+  set_alarm(time_to_end);
+  fault("%s", why);
+}
+
+void on_stop(int signal) {
+  if (!pthread_equal(pthread_self(), main_thread)) {
+    pthread_kill(main_thread, signal);
+    return;
+  }
+  set_reason("the run was ended by signal '%s'", signal);
+  stops = stops + 1;
+  if (stops > 2) _exit(1);
+  if (stops == 2) leave(reason);
+  retries = 0;
+  set_alarm(grace);
+}
+
+void on_crash(int signal) {
+  set_reason("user code ended with signal '%s'", signal);
+  if (!pthread_equal(pthread_self(), main_thread)) {
+    pthread_kill(main_thread, SIGALRM);
+    for (;;) pause();
+  }
+  if (!left) leave(reason);
+  give_up(reason);
+}
+
+const char* time_is_over() {
+  return test_case ? "the time given to the test case is over" : "the time given to the control part is over";
+}
+
+void on_alarm(int signal) {
+  if (!pthread_equal(pthread_self(), main_thread)) {
+    pthread_kill(main_thread, signal);
+    return;
+  }
+  const char* why = reason;
+  if (!why && now() >= deadline) why = time_is_over();
+  if (!why) return;
+  if (left && reason) give_up(why);
+  leave(why);
+  retries = retries + 1;
+  if (retries > most_retries) give_up(why);
+  set_alarm(retry);
+}
+
+void on_pipe(int) {}
+
+void on_exit() {
+  if (!is_watched) return;
+  is_watched = false;
+  std::snprintf(reason_text, sizeof reason_text, "user code ended the process");
+  reason = reason_text;
+  give_up(reason);
+}
+
+// Handlers of others stay, and what is ignored on purpose. A shell ignores interrupts for what it runs in the
+// background, which is no purpose.
+void handle(int signal, void (*function)(int), int flags) {
+  struct sigaction old, action = {};
+  const bool is_known = sigaction(signal, nullptr, &old) == 0;
+  if (!is_known || (old.sa_handler != SIG_DFL && !(old.sa_handler == SIG_IGN && signal == SIGINT))) return;
+  action.sa_handler = function;
+  action.sa_flags = flags;
+  sigaction(signal, &action, nullptr);
+}
+
+// A crash may be that of a stack that is used up.
+void set_signal_stack() {
+  static char memory[64 * 1024];
+  stack_t old, stack = {};
+  if (sigaltstack(nullptr, &old) == 0 && !(old.ss_flags & SS_DISABLE)) return;
+  stack.ss_sp = memory;
+  stack.ss_size = sizeof memory;
+  sigaltstack(&stack, nullptr);
+}
+
+void arm() {
+  if (is_simulated() || reason) return;
+  retries = 0;
+  left = 0;
+  const Time time = now();
+  set_alarm(deadline == never ? never : (deadline > time ? deadline - time : 0) + grace);
+}
+
+}  // namespace
+
+void watch_process(void (*abandon)(const char*)) {
+  abandon_run = abandon;
+  is_watched = true;
+  static bool is_done = false;
+  if (is_done) return;
+  is_done = true;
+  main_thread = pthread_self();
+  std::atexit(on_exit);
+  set_signal_stack();
+  for (int signal : stop_signals) handle(signal, on_stop, SA_RESTART | SA_NODEFER);
+  for (int signal : crash_signals) handle(signal, on_crash, SA_ONSTACK | SA_NODEFER);
+  handle(SIGALRM, on_alarm, SA_RESTART | SA_NODEFER);
+  handle(SIGPIPE, on_pipe, SA_RESTART);
+}
+
+void end_watch() {
+  is_watched = false;
+  set_alarm(never);
+}
+
+const char* ending_reason() {
+  return reason;
+}
+
+void check_run_goes_on() {
+  if (const char* why = reason) fault("%s", why);
+  if (deadline_of_control != never && now() >= deadline_of_control)
+    fault("the time given to the control part is over");
+}
+
+void set_control_deadline(Time time) {
+  deadline = deadline_of_control = time;
+  arm();
+}
+
+Time control_deadline() {
+  return deadline_of_control;
+}
+
+void watch_deadline(Time time) {
+  if (time == deadline) return;
+  deadline = time;
+  arm();
+}
+
+Undisturbed::Undisturbed() {
+  undisturbed = undisturbed + 1;
+}
+Undisturbed::~Undisturbed() {
+  undisturbed = undisturbed - 1;
+}
+
+}  // namespace lumos

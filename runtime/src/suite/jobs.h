@@ -1,0 +1,12 @@
+// Test cases in processes of their own, several at a time: a crash costs one verdict. What they print and log
+// appears in the order of the test cases, as if they had been run one after the other.
+#pragma once
+
+#include "suite/selection.h"
+
+namespace lumos {
+
+// False if the run ended before all were run.
+bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail);
+
+}  // namespace lumos

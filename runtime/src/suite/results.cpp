@@ -1,0 +1,140 @@
+#include "suite/results.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "report/report_file.h"
+#include "run/component.h"
+#include "run/ending.h"
+#include "text/log.h"
+
+namespace lumos {
+
+namespace {
+
+bool prints = true;
+size_t planned = 0;
+int output_error = 0;
+
+bool is_set(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value && *value;
+}
+
+bool with_colors() {
+  static const bool chosen = [] {
+    if (is_set("NO_COLOR")) return false;
+    if (is_set("CLICOLOR_FORCE") && std::strcmp(std::getenv("CLICOLOR_FORCE"), "0") != 0) return true;
+    const char* terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
+  }();
+  return chosen;
+}
+
+bool with_progress() {
+  static const bool chosen = [] {
+    const char* terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) && isatty(STDERR_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
+  }();
+  return chosen;
+}
+
+std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
+  static const char* const colors[] = {"36", "32", "33", "31", "1;31"};
+  if (!colored) return verdict_name(verdict);
+  return std::string("\033[") + colors[verdict] + "m" + verdict_name(verdict) + "\033[0m";
+}
+
+// A result stays one line.
+std::string in_one_line(std::string text) {
+  for (char& c : text)
+    if (c == '\n' || c == '\r') c = ' ';
+  return text;
+}
+
+void print(const std::string& text) {
+  errno = 0;
+  const bool is_written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
+}
+
+size_t bad_results() {
+  size_t bad = 0;
+  for (const Result& r : results()) bad += !is_good(r.verdict);
+  return bad;
+}
+
+class Progress : public Reporter {
+ public:
+  void test_case_begins(const std::string& module, const std::string& name, Time) override {
+    std::string line = "[" + std::to_string(results().size() + 1);
+    if (planned) line += "/" + std::to_string(planned);
+    set_log_footer(line + ", " + std::to_string(bad_results()) + " failed] " + module + "." + name);
+  }
+  void run_ends(const std::vector<Result>&) override { set_log_footer(""); }
+};
+
+}  // namespace
+
+std::string result_line(const Result& r, bool colored) {
+  char duration[40];
+  std::snprintf(duration, sizeof duration, " %.3f s", seconds_of(r.duration));
+  std::string line = r.full_name() + ": " + colored_verdict(r.verdict, colored) + duration;
+  if (is_good(r.verdict)) return line;
+  const std::string place = short_text(r.place);
+  if (!place.empty()) line += " " + place;
+  if (!r.reason.empty()) line += " " + in_one_line(r.reason);
+  return line;
+}
+
+void print_result(Result& result) {
+  set_log_footer("");
+  if (!prints) return;
+  print(result_line(result, with_colors()) + "\n");
+  if (!output_error) return;
+  result.verdict = lumo_verdict_error_c;
+  result.reason = std::string("standard output cannot be written: ") + std::strerror(output_error);
+}
+
+void tell_results(bool to_standard_output) {
+  prints = to_standard_output;
+  result_listener = print_result;
+  if (with_progress()) add_reporter(std::make_unique<Progress>());
+}
+
+void set_planned(size_t count) {
+  planned = count;
+}
+
+void print_summary() {
+  if (!prints) return;
+  if (ending_reason()) print(std::string("the run ended early: ") + ending_reason() + "\n");
+  size_t counts[5] = {};
+  for (const Result& r : results()) ++counts[r.verdict];
+  std::string text;
+  if (results().size() > 1 && bad_results()) {
+    text = "failed:\n";
+    for (const Result& r : results())
+      if (!is_good(r.verdict)) text += "  " + result_line(r, with_colors()) + "\n";
+  }
+  char line[200];
+  std::snprintf(line, sizeof line, "%zu test case%s: %zu pass, %zu none, %zu inconc, %zu fail, %zu error\n",
+                results().size(), results().size() == 1 ? "" : "s", counts[lumo_verdict_pass_c],
+                counts[lumo_verdict_none_c], counts[lumo_verdict_inconc_c], counts[lumo_verdict_fail_c],
+                counts[lumo_verdict_error_c]);
+  print(text + line);
+}
+
+int status_of_results() {
+  if (output_error)
+    std::fprintf(stderr, "standard output cannot be written: %s\n", std::strerror(output_error));
+  if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
+  const bool is_lost = output_error || log_failure() || reports_failed();
+  return bad_results() || is_lost || ending_reason() ? 1 : 0;
+}
+
+}  // namespace lumos

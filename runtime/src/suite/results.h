@@ -1,0 +1,22 @@
+// What the user sees of results: a line for each test case, the progress on a terminal, and the summary.
+#pragma once
+
+#include <cstddef>
+
+#include "report/events.h"
+
+namespace lumos {
+
+// Results are told from now on, to standard output unless another report stands there.
+void tell_results(bool to_standard_output);
+// How many test cases there will be, 0 where that is not known.
+void set_planned(size_t count);
+// Tells those that failed once more, and the numbers.
+void print_summary();
+// The status that the verdicts so far ask for: 0 all pass or none, 1 otherwise, or where output was lost.
+int status_of_results();
+// "Suite.TC_a: fail 0.012 s Suite.ttcn:17 unexpected message".
+std::string result_line(const Result& result, bool colored);
+void print_result(Result& result);
+
+}  // namespace lumos

@@ -1,0 +1,116 @@
+#include "text/log_file.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <map>
+#include <memory>
+
+namespace lumos {
+
+namespace {
+
+size_t largest = 0;
+int lost = 0;
+
+class LogFile {
+ public:
+  explicit LogFile(const std::string& path, const char* mode = "we")
+      : path_(path), file_(std::fopen(path.c_str(), mode)) {}
+  explicit LogFile(int descriptor) : file_(fdopen(descriptor, "w")) {}
+  ~LogFile() {
+    if (file_ && std::fclose(file_) != 0) note_lost_entries(errno);
+  }
+  LogFile(const LogFile&) = delete;
+  bool is_open() const { return file_ != nullptr; }
+  void write(const std::string& lines) {
+    if (largest && size_ && size_ + lines.size() > largest && !path_.empty()) rotate();
+    size_ += lines.size();
+    errno = 0;
+    if (!file_ || std::fwrite(lines.data(), 1, lines.size(), file_) != lines.size() ||
+        std::fflush(file_) != 0)
+      note_lost_entries(errno ? errno : EIO);
+  }
+
+ private:
+  void rotate() {
+    if (file_) std::fclose(file_);
+    std::rename(path_.c_str(), (path_ + "." + std::to_string(++number_)).c_str());
+    file_ = std::fopen(path_.c_str(), "we");
+    size_ = 0;
+  }
+  std::string path_;
+  FILE* file_ = nullptr;
+  size_t size_ = 0;
+  unsigned number_ = 0;
+};
+
+std::unique_ptr<LogFile> the_file;
+std::string folder;
+std::map<std::string, std::unique_ptr<LogFile>> files;  // by component
+
+// A name of a component may be any text.
+std::string file_name(const std::string& component) {
+  std::string name = component.empty() ? "suite" : component;
+  for (char& c : name)
+    if (c == '/' || c == '\0') c = '_';
+  return folder + "/" + name + ".log";
+}
+
+}  // namespace
+
+bool open_log_file(const std::string& path) {
+  close_log_files();
+  the_file = std::make_unique<LogFile>(path);
+  if (the_file->is_open()) return true;
+  the_file.reset();
+  return false;
+}
+
+bool open_log_folder(const std::string& path) {
+  struct stat status;
+  if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) return false;
+  if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || access(path.c_str(), W_OK) != 0)
+    return false;
+  folder = path;
+  return true;
+}
+
+void set_log_size(size_t octets) {
+  largest = octets;
+}
+
+bool has_log_file() {
+  return the_file || !folder.empty();
+}
+
+bool write_to_log_file(const std::string& component, const std::string& lines) {
+  if (the_file) the_file->write(lines);
+  if (folder.empty()) return the_file != nullptr;
+  std::unique_ptr<LogFile>& file = files[component];
+  if (!file) file = std::make_unique<LogFile>(file_name(component));
+  file->write(lines);
+  return true;
+}
+
+void close_log_files() {
+  the_file.reset();
+  files.clear();
+}
+
+int lost_entries() {
+  return lost;
+}
+
+void note_lost_entries(int error) {
+  if (!lost) lost = error;
+}
+
+void redirect_log_file(int descriptor) {
+  if (the_file) the_file = std::make_unique<LogFile>(descriptor);
+  largest = 0;
+}
+
+}  // namespace lumos

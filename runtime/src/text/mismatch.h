@@ -1,0 +1,38 @@
+// Why a value does not match: told to the log as matching goes on, or noted as one path into the value.
+#pragma once
+
+#include <string>
+
+#include "value/task.h"
+
+namespace lumos {
+
+// While it stands, the first mismatch of the task is noted and nothing is logged. Matching tells mismatches
+// from the inside to the outside, so each one around what is known already completes the path to it.
+class MismatchTrace {
+ public:
+  MismatchTrace();
+  ~MismatchTrace();
+  MismatchTrace(const MismatchTrace&) = delete;
+  void add(const std::string& where, const char* reason, Value actual, Value expected);
+  bool is_found() const { return is_found_; }
+  // How deep the mismatch lies: the more fits, the deeper it tends to be.
+  size_t depth() const;
+  // `answers[0].rdata.a: expected "192.0.2.11", actual "192.0.2.10"`.
+  std::string text() const;
+
+ private:
+  MismatchTrace* outer_;
+  bool is_found_ = false;
+  std::string path_, reason_, actual_, expected_;
+  Value innermost_ = nullptr;
+};
+
+// Whether somebody notes mismatches, and what matches now is no alternative among several.
+bool traces_mismatches();
+// A mismatch of an element of a list, behind those within the element.
+void trace_element(size_t index, const char* reason, Value actual, Value expected);
+// A mismatch of the list as a whole.
+void trace_list(const char* reason, Value list, Value expected);
+
+}  // namespace lumos

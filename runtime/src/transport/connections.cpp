@@ -1,0 +1,230 @@
+// TCP, as client and as server, and files.
+#include <cerrno>
+#include <csignal>
+#include <list>
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "transport/sockets.h"
+#include "transport/stream.h"
+
+namespace lumos {
+
+namespace {
+
+// A peer that is gone shows in the status of writing.
+void ignore_broken_pipes() {
+  struct sigaction now = {};
+  sigaction(SIGPIPE, nullptr, &now);
+  if (now.sa_handler == SIG_DFL) std::signal(SIGPIPE, SIG_IGN);
+}
+
+void send_at_once(int fd) {
+  const int yes = 1;
+  setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+}
+
+class Client : public Channel {
+ public:
+  Client(const LinkSpec& spec, ChannelEvents events, const SocketAddress& peer)
+      : events_(std::move(events)), spec_(spec), peer_(peer) {}
+  ~Client() override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    stream_.reset();
+  }
+
+  // With the lock held. What comes of it shows later.
+  bool connect(std::string& error) {
+    SocketAddress local;
+    const bool has_local = !spec_.local.port.empty();
+    if (has_local && !resolve(spec_.local, SOCK_STREAM, true, local, error)) return false;
+    const int fd = open_socket(peer_.family(), SOCK_STREAM, has_local ? &local : nullptr, error);
+    if (fd < 0) return false;
+    send_at_once(fd);
+    const bool good = ::connect(fd, peer_.get(), peer_.length) == 0 || errno == EINPROGRESS;
+    if (!good) {
+      error = system_text("connecting to " + text_of(peer_));
+      close(fd);
+      return false;
+    }
+    stream_.reset();
+    stream_ = std::make_unique<Stream>(events_, spec_.framing, fd, fd, text_of(peer_), true);
+    return true;
+  }
+
+  bool send(std::string_view message, std::string_view peer, std::string& error) override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    if (!peer.empty() && peer != text_of(peer_)) {
+      error = "the port is linked to " + text_of(peer_) + ", not to " + std::string(peer);
+      return false;
+    }
+    // A peer that has closed its connection gets a new one.
+    if ((!stream_ || !stream_->is_open()) && !connect(error)) return false;
+    return stream_->send(message, error);
+  }
+
+ private:
+  ChannelEvents events_;
+  LinkSpec spec_;
+  SocketAddress peer_;
+  std::unique_ptr<Stream> stream_;
+};
+
+class Server : public Channel, public Polled {
+ public:
+  Server(const LinkSpec& spec, ChannelEvents events, int fd) : outer_(std::move(events)), framing_(spec.framing), fd_(fd) {
+    events_ = outer_;
+    events_.message = [this](std::string message, std::string peer) {
+      heard_last_ = peer;
+      outer_.message(std::move(message), std::move(peer));
+    };
+    std::lock_guard<std::mutex> hold(poller_lock());
+    add_polled(this);
+  }
+  ~Server() override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    streams_.clear();
+    remove_polled(this);
+    close(fd_);
+  }
+
+  int descriptor() const override { return fd_; }
+  short wanted() const override { return streams_.size() < most_connections ? POLLIN : 0; }
+
+  void ready(short) override {
+    streams_.remove_if([](const std::unique_ptr<Stream>& s) { return !s->is_open(); });
+    SocketAddress from;
+    from.length = sizeof from.storage;
+    const int fd = accept4(fd_, from.get(), &from.length, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (fd < 0) return;
+    send_at_once(fd);
+    if (heard_last_.empty()) heard_last_ = text_of(from);
+    streams_.push_back(std::make_unique<Stream>(events_, framing_, fd, fd, text_of(from), false));
+  }
+
+  bool send(std::string_view message, std::string_view peer, std::string& error) override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    const std::string wanted = peer.empty() ? heard_last_ : std::string(peer);
+    for (const auto& stream : streams_)
+      if (stream->is_open() && stream->peer() == wanted) return stream->send(message, error);
+    error = wanted.empty() ? "nobody has connected yet" : "there is no connection with " + wanted;
+    return false;
+  }
+
+ private:
+  static constexpr size_t most_connections = 500;
+
+  ChannelEvents outer_, events_;
+  Framing framing_;
+  int fd_;
+  std::string heard_last_;
+  std::list<std::unique_ptr<Stream>> streams_;
+};
+
+class File : public Channel {
+ public:
+  File(const LinkSpec& spec, ChannelEvents events, int input, int output) : events_(std::move(events)) {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    stream_ = std::make_unique<Stream>(events_, spec.framing, input, output, spec.path, false);
+  }
+  ~File() override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    stream_.reset();
+  }
+  bool send(std::string_view message, std::string_view, std::string& error) override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    if (stream_->is_open()) return stream_->send(message, error);
+    error = "the file " + stream_->peer() + " has ended";
+    return false;
+  }
+
+ private:
+  ChannelEvents events_;
+  std::unique_ptr<Stream> stream_;
+};
+
+int open_path(const std::string& path, int flags, std::string& error) {
+  const int fd = open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
+  if (fd < 0) error = system_text("file " + path);
+  // A serial line hands over octets as they are.
+  termios line;
+  if (fd >= 0 && isatty(fd) && tcgetattr(fd, &line) == 0) {
+    cfmakeraw(&line);
+    tcsetattr(fd, TCSANOW, &line);
+  }
+  return fd;
+}
+
+}  // namespace
+
+std::unique_ptr<Channel> open_client(const LinkSpec& spec, ChannelEvents events, std::string& error) {
+  SocketAddress peer;
+  if (!resolve(spec.peer, SOCK_STREAM, false, peer, error)) return nullptr;
+  auto client = std::make_unique<Client>(spec, std::move(events), peer);
+  bool good;
+  {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    good = client->connect(error);
+  }
+  if (!good) client.reset();
+  return client;
+}
+
+std::unique_ptr<Channel> open_server(const LinkSpec& spec, ChannelEvents events, std::string& error) {
+  SocketAddress local;
+  if (!resolve(spec.peer, SOCK_STREAM, true, local, error)) return nullptr;
+  const int fd = open_socket(local.family(), SOCK_STREAM, &local, error);
+  if (fd < 0) return nullptr;
+  if (listen(fd, 64) == 0) return std::make_unique<Server>(spec, std::move(events), fd);
+  error = system_text("listening at " + text_of(local));
+  close(fd);
+  return nullptr;
+}
+
+std::unique_ptr<Channel> open_file(const LinkSpec& spec, ChannelEvents events, std::string& error) {
+  const int input = open_path(spec.path, spec.output.empty() ? O_RDWR : O_RDONLY, error);
+  if (input < 0) return nullptr;
+  const int output = spec.output.empty() ? input : open_path(spec.output, O_RDWR | O_CREAT | O_APPEND, error);
+  if (output >= 0) return std::make_unique<File>(spec, std::move(events), input, output);
+  close(input);
+  return nullptr;
+}
+
+namespace {
+
+class Loopback : public Channel {
+ public:
+  explicit Loopback(ChannelEvents events) : events_(std::move(events)) {}
+  bool send(std::string_view message, std::string_view peer, std::string&) override {
+    events_.message(std::string(message), std::string(peer));
+    return true;
+  }
+
+ private:
+  ChannelEvents events_;
+};
+
+}  // namespace
+
+std::unique_ptr<Channel> open_channel(const LinkSpec& spec, ChannelEvents events, std::string& error) {
+  ignore_broken_pipes();
+  switch (spec.kind) {
+    case LinkKind::udp:
+      return open_datagrams(spec, std::move(events), error);
+    case LinkKind::tcp:
+      return open_client(spec, std::move(events), error);
+    case LinkKind::tcp_listen:
+      return open_server(spec, std::move(events), error);
+    case LinkKind::file:
+      return open_file(spec, std::move(events), error);
+    default:
+      return std::make_unique<Loopback>(std::move(events));
+  }
+}
+
+}  // namespace lumos

@@ -1,0 +1,82 @@
+// UDP: each datagram is a message.
+#include <poll.h>
+#include <unistd.h>
+
+#include "transport/channels.h"
+#include "transport/sockets.h"
+
+namespace lumos {
+
+namespace {
+
+class Datagrams : public Channel, public Polled {
+ public:
+  Datagrams(ChannelEvents events, int fd, const SocketAddress& peer, bool has_peer)
+      : events_(std::move(events)), fd_(fd), peer_(peer), has_peer_(has_peer) {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    add_polled(this);
+  }
+  ~Datagrams() override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    remove_polled(this);
+    close(fd_);
+  }
+
+  bool send(std::string_view message, std::string_view peer, std::string& error) override {
+    std::lock_guard<std::mutex> hold(poller_lock());
+    SocketAddress to = peer_;
+    Endpoint endpoint;
+    if (!peer.empty() && (!read_endpoint(peer, endpoint) || !resolve(endpoint, SOCK_DGRAM, false, to, error))) {
+      if (error.empty()) error = "'" + std::string(peer) + "' is no address";
+      return false;
+    }
+    if (to.length == 0) {
+      error = "there is no peer to send to";
+      return false;
+    }
+    // Where the buffer of the system is full, the network would lose the datagram as well; it is waited for a moment.
+    pollfd writable = {fd_, POLLOUT, 0};
+    poll(&writable, 1, 100);
+    if (sendto(fd_, message.data(), message.size(), MSG_NOSIGNAL, to.get(), to.length) == static_cast<ssize_t>(message.size()))
+      return true;
+    error = system_text("sending to " + text_of(to));
+    return false;
+  }
+
+  int descriptor() const override { return fd_; }
+  short wanted() const override { return events_.pause() ? 0 : POLLIN; }
+
+  void ready(short) override {
+    static char octets[65536];
+    // Others have their turn after some.
+    for (int i = 0; i < 64 && !events_.pause(); ++i) {
+      SocketAddress from;
+      from.length = sizeof from.storage;
+      const ssize_t n = recvfrom(fd_, octets, sizeof octets, 0, from.get(), &from.length);
+      if (n < 0 && (errno == EAGAIN || errno == EINTR)) return;
+      if (n < 0) return events_.fault(system_text("receiving from " + text_of(peer_)), false);
+      if (!has_peer_) peer_ = from;
+      events_.message(std::string(octets, static_cast<size_t>(n)), text_of(from));
+    }
+  }
+
+ private:
+  ChannelEvents events_;
+  int fd_;
+  SocketAddress peer_;
+  bool has_peer_;
+};
+
+}  // namespace
+
+std::unique_ptr<Channel> open_datagrams(const LinkSpec& spec, ChannelEvents events, std::string& error) {
+  SocketAddress peer, local;
+  const bool has_peer = !spec.peer.port.empty(), has_local = !spec.local.port.empty();
+  if (has_peer && !resolve(spec.peer, SOCK_DGRAM, false, peer, error)) return nullptr;
+  if (has_local && !resolve(spec.local, SOCK_DGRAM, true, local, error)) return nullptr;
+  const int fd = open_socket(has_peer ? peer.family() : local.family(), SOCK_DGRAM, has_local ? &local : nullptr, error);
+  if (fd < 0) return nullptr;
+  return std::make_unique<Datagrams>(std::move(events), fd, peer, has_peer);
+}
+
+}  // namespace lumos

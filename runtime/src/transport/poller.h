@@ -1,0 +1,25 @@
+// The thread that serves channels: it sleeps until something can be read or written.
+#pragma once
+
+#include <mutex>
+
+namespace lumos {
+
+// One thing that is polled. All functions are called with the poller's lock held.
+class Polled {
+ public:
+  virtual ~Polled() = default;
+  virtual int descriptor() const = 0;   // -1: nothing to poll now
+  virtual short wanted() const = 0;     // POLLIN, POLLOUT
+  virtual void ready(short events) = 0;
+};
+
+// Guards all that the thread looks at. Held by whoever changes a polled thing.
+std::mutex& poller_lock();
+// Both with the lock held. The thread starts with the first and ends behind the last.
+void add_polled(Polled* polled);
+void remove_polled(Polled* polled);
+// Something wants other events than before.
+void wake_poller();
+
+}  // namespace lumos

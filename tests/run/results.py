@@ -1,0 +1,255 @@
+#!/usr/bin/env python3
+"""Builds the suites of results/ and looks at how their runs end, what they print and which reports they write.
+
+    results.py --orvane PROGRAM --out FOLDER [--sanitize LIST]
+"""
+
+import argparse
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+from makefiles import Place
+
+SOURCES = Path(__file__).resolve().parent / "results"
+failures = []
+
+
+def check(holds, what, *more):
+    if not holds:
+        failures.append(what)
+        print("FAILED:", what, *more)
+
+
+class Suite:
+    """An executable in a folder of its own."""
+
+    def __init__(self, options, name):
+        self.folder = options.out.resolve() / name
+        self.sanitized = bool(options.sanitize)
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(parents=True)
+        place = Place(self.folder, options.orvane.resolve(), options.sanitize)
+        place.add_to_mcfg(f'USER_SRCS = "{SOURCES}/peer.c"\n')
+        place.compile(files=[str(SOURCES / f"{name}.ttcn")], root=name)
+        place.make("-s")
+        self.command = [str(self.folder / name)]
+
+    def path(self, name):
+        return self.folder / name
+
+    def read(self, name):
+        return self.path(name).read_text(encoding="utf-8")
+
+    def start(self, arguments, **more):
+        environment = {**os.environ, "PEER_ENDS": str(self.path("ends"))}
+        return subprocess.Popen(self.command + arguments.split(), cwd=self.folder, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True, env=environment, **more)
+
+    def run(self, arguments, status=1, seconds=30):
+        """Output without durations, and what stands on standard error."""
+        process = self.start(arguments)
+        try:
+            out, err = process.communicate(timeout=seconds)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            out, err = process.communicate()
+            check(False, f"no end: {arguments}")
+        check(process.returncode == status, f"status of {arguments}", process.returncode, out, err)
+        return re.sub(r" \d+\.\d{3} s", "", out), err
+
+
+def check_has(text, parts, what):
+    for part in parts:
+        check(part in text, what, f"lacks {part!r}:\n{text}")
+
+
+ENDS = {"crash": "user code ended with signal 'Segmentation fault'", "abort": "user code ended with signal 'Aborted'",
+        "exit": "user code ended the process"}
+
+
+def check_ends(suite):
+    """The named test case gets verdict error, the adapter hears of its end, reports are whole, the status is not 0."""
+    for word, reason in ENDS.items():
+        if suite.sanitized and word != "exit":
+            continue  # the sanitizer has handlers of its own
+        suite.path("ends").unlink(missing_ok=True)
+        out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json")
+        check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:22 {reason}\n", "run ended early", "\n2 test cases: 1 pass"],
+                  word)
+        check(suite.read("ends") == "end\nend\n", f"triEndTestCase after {word}")
+        check_junit(suite, "j.xml", tests=2, errors=1)
+        check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
+    for word, place in ("block", "22"), ("spin", "22"), ("wait", "54"), ("loop", "5"):
+        out, _ = suite.run(f"-vnone -T 0.3 -t TC_{word},TC_none")
+        check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:{place}", "the time given to the test case is over",
+                        "Outcome.TC_none: none\n"], word)
+        process = suite.start(f"-vnone -t TC_{word},TC_none --tap t.tap")
+        while not suite.path("ends").exists() and process.poll() is None:
+            time.sleep(0.01)
+        time.sleep(0.2)
+        process.send_signal(signal.SIGINT if word in ("wait", "spin") else signal.SIGTERM)
+        out, _ = process.communicate(timeout=30)
+        check(process.returncode == 1 and "the run was ended by signal" in out, f"signal in {word}", out)
+        check(suite.read("t.tap").endswith("1..1\n"), f"TAP after a signal in {word}")
+    process = suite.start("-vnone -t TC_wait --junit killed.xml")
+    time.sleep(0.3)
+    process.kill()
+    process.communicate()
+    check(not suite.path("killed.xml").exists(), "half a report")
+
+
+def check_lost_output(suite):
+    for arguments in ("-L /dev/full -t TC_pass", "-vnone -t TC_pass --junit /dev/full", "-vnone -t TC_pass --html /dev/full"):
+        _, err = suite.run(arguments)
+        check_has(err, ["cannot be written: No space left on device\n"], arguments)
+    with open("/dev/full", "w") as full:
+        process = subprocess.run(suite.command + ["-vnone", "-t", "TC_pass"], stdout=full, stderr=subprocess.PIPE, text=True)
+    check(process.returncode == 1 and "standard output cannot be written" in process.stderr, "full standard output")
+
+
+def check_names(suite):
+    for arguments, text in (("-t TC_psas", "there is no test case 'TC_psas', did you mean 'Outcome.TC_pass'?"),
+                            ("-p tmies=3", "there is no module parameter 'tmies', did you mean 'Outcome.times'?"),
+                            ("-p times=x -vnone", "module parameter Outcome.times cannot be set to x"),
+                            ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
+                            ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
+                            ("--shard 3/2", "'3/2' is no value"), ("-j 0", "'0' is no value")):
+        _, err = suite.run(arguments, status=2)
+        check_has(err, [text], arguments)
+
+
+def check_junit(suite, name, **numbers):
+    path = suite.path(name)
+    if shutil.which("xmllint"):
+        done = subprocess.run(["xmllint", "--noout", "--schema", str(SOURCES / "junit.xsd"), str(path)],
+                              capture_output=True, text=True)
+        check(done.returncode == 0, f"schema of {name}", done.stderr)
+    head = suite.read(name).split("\n")[1]
+    for key, number in numbers.items():
+        check(f' {key}="{number}"' in head, f"{key} of {name}", head)
+
+
+# Options, then the output without durations.
+ALL_OUT = """\
+Outcome.TC_pass: pass
+Outcome.TC_none: none
+Outcome.TC_inconc: inconc Outcome.ttcn:30
+Outcome.TC_fail: fail Outcome.ttcn:33 on "purpose"
+Outcome.TC_param: pass
+Outcome.TC_param: pass
+Outcome.TC_error: error Outcome.ttcn:38 division by zero
+failed:
+  Outcome.TC_inconc: inconc Outcome.ttcn:30
+  Outcome.TC_fail: fail Outcome.ttcn:33 on "purpose"
+  Outcome.TC_error: error Outcome.ttcn:38 division by zero
+7 test cases: 3 pass, 1 none, 1 inconc, 1 fail, 1 error
+"""
+
+
+def check_choice(suite, steered):
+    check(suite.run("-vnone -p times=2")[0] == ALL_OUT, "output of all")
+    check(suite.run("-vnone -p times=2 -j 3")[0] == ALL_OUT, "output of several processes")
+    parts = [suite.run(f"-vnone -p times=2 --shard {k}/3", status=int(k != 2))[0] for k in (1, 2, 3)]
+    lines = sorted(line for part in parts for line in part.splitlines() if line.startswith("Outcome"))
+    check(lines == sorted(ALL_OUT.splitlines()[:7]), "the parts of a run", parts)
+    for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!TC_[,!*fail,!TC_wait", 0, "pass race"),
+                                     ("-t TC_pass,TC_fail --repeat 2", 1, "pass fail pass fail"),
+                                     ("-t TC_pass,TC_fail,TC_none --until-fail", 1, "pass fail"),
+                                     ("-t TC_pass,TC_fail,TC_none -j 2 --until-fail", 1, "pass fail"),
+                                     ("-t TC_pass,TC_none,TC_default,TC_echo --shuffle --seed 3", 0, None)):
+        out, _ = suite.run("-vnone -s " + arguments, status)
+        found = re.findall(r"(?m)^Outcome.TC_(\w+)", out)
+        check(found == (names or "").split() or (not names and sorted(found) == ["default", "echo", "none", "pass"] and
+              "seed 3\n" in out and out == suite.run("-vnone -s " + arguments, status)[0]), arguments, out)
+    out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2")
+    check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
+    out, err = steered.run("-vnone -j 2")
+    check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
+    out, _ = suite.run("-vnone -t TC_race,TC_default --explore 60")
+    check_has(out, ["TC_race: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
+    for verdict, seed in re.findall(r"\d+ (\w+) Outcome.ttcn:8\d .*--seed (\d+) -t Outcome.TC_race", out):
+        out, _ = suite.run(f"-vnone -t TC_race --explore 1 --seed {seed}", int(verdict == "error"))
+        check_has(out, [f"1 {verdict} "], "the schedule of a seed")
+    suite.path("Outcome.cfg").write_text("# all but errors\nparam = times = 2\nverbose none\ntestcase = TC_f*\n")
+    check_has(suite.run("--config")[0], ["1 test case: 0 pass, 0 none, 0 inconc, 1 fail"], "configuration")
+    for line, text in (("param = tmies = 2", "bad.cfg, line 1: there is no module parameter 'tmies', did you mean"),
+                       ("verbsoe = none", "bad.cfg, line 1: unknown option 'verbsoe', did you mean 'verbose'?")):
+        suite.path("bad.cfg").write_text(line + "\n")
+        check_has(suite.run("-c bad.cfg", status=2)[1], [text], line)
+
+
+PATH = 'answers[0].rdata.a: expected "192.0.2.11", actual "192.0.2.10"'
+
+
+def check_logs(suite):
+    out, err = suite.run("-b -t TC_mismatch")
+    check_has(out + err, ["info mtc Outcome.ttcn:65 mismatch: " + PATH, "Outcome.ttcn:65 unexpected message: " + PATH], "mismatch")
+    check("vexa" not in (out + err).lower(), "names of generated code", err)
+    suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
+    check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")
+    suite.run("-t TC_none -L log.json --log-format json", status=0)
+    check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
+    suite.run("-b -L small.log --log-size 1 -v all -p times=20")
+    check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
+
+
+def check_reports(suite):
+    suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
+    check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
+    check_has(suite.read("j.xml"), ["nothing &lt;&amp;&gt;2", 'message="on &quot;purpose&quot;"'], "JUnit")
+    check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")
+    events = [json.loads(line) for line in suite.read("j.json").splitlines()]
+    check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
+    check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n"], "coverage")
+    check_has(suite.run("-vnone -t TC_pass,TC_fail --tap")[0], ["TAP version 13\nok 1 - Outcome.TC_pass\nnot ok 2"], "TAP")
+    if shutil.which("genhtml"):
+        done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)
+        check(done.returncode == 0 and suite.path("pages/index.html").exists(), "genhtml")
+    suite.run("-t TC_echo --pcap p.pcap --html r.html", status=0)
+    if shutil.which("tshark"):
+        out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
+                             capture_output=True, text=True).stdout
+        check(out == "6563686f\t10.0.0.2\n6563686f\t10.0.0.1\n", "tshark", out)
+    if shutil.which("chromium"):
+        check_page(suite)
+
+
+def check_page(suite):
+    """What the page shows after a click on the arrow of the message that comes back."""
+    page = suite.read("r.html").replace("</body>", """<script>
+document.querySelector('.row[data-r="1"] .hit').dispatchEvent(new MouseEvent("click", { bubbles: true }));</script></body>""")
+    suite.path("clicked.html").write_text(page)
+    done = subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--virtual-time-budget=2000", "--dump-dom",
+                           f"file://{suite.path('clicked.html')}"], capture_output=True, text=True, timeout=120)
+    check_has(done.stdout, ['class="arrow', ">mtc</text>", "octets    6563686F", "Outcome.TC_echo"], "page")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--orvane", required=True, type=Path)
+    parser.add_argument("--out", required=True, type=Path)
+    parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
+    options = parser.parse_args()
+    suite, steered = Suite(options, "Outcome"), Suite(options, "Steered")
+    check_names(suite)
+    check_lost_output(suite)
+    check_choice(suite, steered)
+    check_logs(suite)
+    check_reports(suite)
+    check_ends(suite)
+    for more in "", " -s":
+        _, err = steered.run("-vnone -T 0.3 -p stuck=true" + more)
+        check_has(err, ["the time given to the control part is over"], "a control part that is stuck" + more)
+    print(f"{len(failures)} failures")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
