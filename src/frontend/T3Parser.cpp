@@ -146,7 +146,7 @@ void T3Parser::Reset() {
   gRepairedNodes.clear();
   errors_found_ = 0;
   given_up_ = false;
-  skipped_braces_ = 0;
+  skipped_braces_ = closed_braces_ = inserted_braces_ = 0;
 }
 
 inline void T3Parser::Read(Token& token) {
@@ -294,6 +294,7 @@ void T3Parser::NoteScope(const Token& token) {
   if (token.token == T3Token::identifier) {
     switch (last_shifted_) {
       case T3Token::kw_module:
+        skipped_braces_ = closed_braces_ = inserted_braces_ = 0;
         state_.macroModuleIdent = token.attribute.ident;
         state_.macroScopeIdent = -1;
         break;
@@ -445,6 +446,11 @@ void T3Parser::InsertUntilAccepted() {
     scanner_->ErrorAttribute(token.token, &token.attribute);
     errors_->ErrorMessageI(kCodeTokenInserted, kRepair, Peek(0).attribute.Position, kInfoText,
                            yyGetTokenName(static_cast<unsigned short>(token.token)));
+    if (next == kSym_LeftBrace) ++inserted_braces_;
+    if (next == kSym_RightBrace && inserted_braces_ > 0)
+      --inserted_braces_;
+    else if (next == kSym_RightBrace)
+      ++closed_braces_;
     // What begins with it was not written.
     token.attribute.Position = NoPosition;
     inserted_.push_back(stack_.size());
@@ -452,19 +458,26 @@ void T3Parser::InsertUntilAccepted() {
   }
 }
 
+/// Whether a closing brace without its counterpart goes with a fault that was told: it closes what was
+/// skipped, or, behind a module, what an inserted one has closed before.
+bool T3Parser::IsSurplusBrace() {
+  const bool behind_module = CouldContinue(Overlay(stack_), 0, kUnread);
+  int& count = skipped_braces_ > 0 ? skipped_braces_ : closed_braces_;
+  if (count == 0 || (skipped_braces_ == 0 && !behind_module)) return false;
+  --count;
+  return true;
+}
+
 void T3Parser::Recover() {
-  // The brace that closes what begins with a skipped one goes with it.
-  if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) {
-    --skipped_braces_;
-    return DropToken();
-  }
+  if (Peek(0).symbol == kSym_RightBrace && IsSurplusBrace()) return DropToken();
   ++gParseErrors;
   ++errors_found_;
   if (gParseErrors > gT3CommandLine.maximum_errors) {
     given_up_ = true;
     return;
   }
-  ReportFault(Peek(0));
+  // A brace that was written has closed what an inserted one opened, and is missing at the end.
+  if (Peek(0).symbol != 0 || inserted_braces_ == 0) ReportFault(Peek(0));
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
   std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
   bool skipped = false, ended = false;

@@ -112,6 +112,7 @@ class T3Parser {
   void RefuseDepth();
   void Recover();
   void ReportFault(const Token& token);
+  bool IsSurplusBrace();
   bool InBlock(const Overlay& states);
   bool CouldRestart();
   void InsertUntilAccepted();
@@ -134,6 +135,7 @@ class T3Parser {
   long errors_found_ = 0;
   int trial_depth_ = 0;
   bool given_up_ = false;
-  // Opening braces that were skipped, and are not closed yet.
-  int skipped_braces_ = 0;
+  // Opening braces that were skipped, closing ones that were inserted for none of these, and opening ones
+  // that were.
+  int skipped_braces_ = 0, closed_braces_ = 0, inserted_braces_ = 0;
 };

@@ -21,7 +21,8 @@ bool HasDefault(T3Tree_Node* par) {
   return T3Is<T3TemplateDef>(value) || (T3Is<_T3Expression>(value) && !value->is<T3NoExpression>());
 }
 
-// What takes a value must be given one, and what gives a value back something that takes it.
+// What takes a value must be given one, and what gives a value back something that takes it. Templates of
+// values may be used for matching.
 void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
   auto* par = formal->try_as<_T3TypedFormal>();
   if (par == nullptr || IsPortOrPortArray(par)) return;
@@ -29,6 +30,8 @@ void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
   if (par->pass == t3_par_pass_t::In) {
     if (par->is<T3FormalPar>() && value->is<T3Omit>())
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(actual), "'omit'", "template value");
+    else if (par->is<T3FormalPar>() && T3Is<_T3FunctionDecl>(par->place->vexa_owner) && !HasFailed(value))
+      CheckGivenTemplate(actual);
     return;
   }
   if (!T3Is<_T3Expression>(value) || value->is<T3NotUsedSymbol>() || HasFailed(value)) return;

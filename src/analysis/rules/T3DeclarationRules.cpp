@@ -271,6 +271,12 @@ void CheckRangesOfSubType(T3Tree_Node* node) {
       vexa_filtered_error(ERR_type_range_subtype, range->position);
 }
 
+bool IsInSubType(T3Tree_Node* range) {
+  T3Tree_Node* at = range->parent;
+  while (T3Is<T3ValueListItem>(at) || T3Is<T3ValueList>(at)) at = at->parent;
+  return T3Is<T3SubType>(at);
+}
+
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
@@ -278,13 +284,25 @@ void CheckValueRange(T3Tree_Node* node) {
       Reversed(ConstFloatValue(range->lb), ConstFloatValue(range->ub)) ||
       Reversed(ConstCharValue(range->lb), ConstCharValue(range->ub)))
     vexa_filtered_error(ERR_arr_bounds, range->position);
+  // Those of subtypes are told at the subtype.
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(range));
+  if (!IsInSubType(range) && !IsWildcardType(type) && !HasRanges(type))
+    vexa_filtered_error(ERR_type_range_subtype, range->position);
 }
 
 // The bounds of an array are told at the array.
 void CheckRangeBound(T3Tree_Node* node) {
   auto* bound = node->as<T3RangeBound>();
-  if (!T3Is<T3ArrayType>(node->parent) && Reversed(ConstIntValue(bound->lb), ConstIntValue(bound->ub)))
-    vexa_filtered_error(ERR_arr_bounds, bound->position);
+  if (T3Is<T3ArrayType>(node->parent)) return;
+  const auto low = ConstIntValue(bound->lb);
+  if (low && *low < 0) return vexa_filtered_error(ERR_negative_bound, bound->position);
+  if (Reversed(low, ConstIntValue(bound->ub))) vexa_filtered_error(ERR_arr_bounds, bound->position);
+}
+
+void CheckSingleBound(T3Tree_Node* node) {
+  auto* bound = node->as<T3SingleBound>();
+  const auto length = T3Is<T3ArrayType>(node->parent) ? std::nullopt : ConstIntValue(bound->ub);
+  if (length && *length < 0) vexa_filtered_error(ERR_negative_bound, bound->position);
 }
 
 void CheckLengthRange(T3Tree_Node* node) {
@@ -314,6 +332,7 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3PortType, CheckPortLists},
     {T3Kind::T3ValueRange, CheckValueRange},
     {T3Kind::T3RangeBound, CheckRangeBound},
+    {T3Kind::T3SingleBound, CheckSingleBound},
     {T3Kind::T3LengthRange, CheckLengthRange},
 };
 }  // namespace

@@ -48,6 +48,8 @@ bool IsMatching(T3Tree_Node* value) {
 // What a field of a template that stands for one value, or for one or none, may not be; null for others. A
 // list has no other way to leave a field out than to say so in its place.
 const char* RefusedField(T3FieldValue* field, bool may_be_omitted) {
+  const auto permuted = field->permutation_kind;
+  if (permuted == t3_permutation_kind_t::Head || permuted == t3_permutation_kind_t::HeadTail) return "value";
   T3Tree_Node* value = field->value;
   if (value->is<T3Omit>()) return may_be_omitted || field->field->is<T3NoFieldSpec>() ? nullptr : "'omit'";
   if (value->is<T3AnyValue>()) return "'?'";
@@ -222,6 +224,10 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3AddressListItem, CheckRecipient},
 };
 }  // namespace
+
+void CheckGivenTemplate(T3Tree_Node* actual) {
+  RefuseMatching(actual, actual, vexa_template_plain);
+}
 
 void CheckReceivedTemplate(T3Tree_Node* statement) {
   const auto mode = statement->is<T3GetCallStmt>()    ? vexa_template_call

@@ -61,7 +61,10 @@ int Collection::OfCompound(T3CompoundValue* compound) {
       status = std::max(status, given ? Of(values[i]->value) : kStatusUndefined);
     }
   } else {
-    for (auto* at : Items<T3FieldValue>(compound->value)) status = std::max(status, Of(at->value));
+    for (auto* at : Items<T3FieldValue>(compound->value)) {
+      const bool permuted = at->permutation_kind != t3_permutation_kind_t::No;
+      status = std::max({status, permuted ? kStatusMatching : kStatusPlain, Of(at->value)});
+    }
   }
   signature = whole;
   return status;

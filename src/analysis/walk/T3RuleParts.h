@@ -34,5 +34,7 @@ T3Tree_Node* CalleeOf(T3Tree_Node* call);
 T3Tree_Node* ComponentOf(T3Tree_Node* decl);
 /// True for the name of a type, which stands where a value of it should: no field of `anytype` is one.
 bool NamesType(T3Tree_Node* expression);
+/// Reports what cannot be given for a parameter that is a value: a template with matching symbols.
+void CheckGivenTemplate(T3Tree_Node* actual);
 /// Reports what an operation that receives cannot compare with: a template that is not sufficiently defined.
 void CheckReceivedTemplate(T3Tree_Node* statement);
