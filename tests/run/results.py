@@ -136,6 +136,101 @@ def check_junit(suite, name, **numbers):
         check(f' {key}="{number}"' in head, f"{key} of {name}", head)
 
 
+# Options, then the output without durations.
+ALL_OUT = """\
+Outcome.TC_pass: pass
+Outcome.TC_none: none
+Outcome.TC_inconc: inconc Outcome.ttcn:30
+Outcome.TC_fail: fail Outcome.ttcn:33 on "purpose"
+Outcome.TC_param: pass
+Outcome.TC_param: pass
+Outcome.TC_error: error Outcome.ttcn:38 division by zero
+failed:
+  Outcome.TC_inconc: inconc Outcome.ttcn:30
+  Outcome.TC_fail: fail Outcome.ttcn:33 on "purpose"
+  Outcome.TC_error: error Outcome.ttcn:38 division by zero
+7 test cases: 3 pass, 1 none, 1 inconc, 1 fail, 1 error
+"""
+
+
+def check_choice(suite, steered):
+    check(suite.run("-vnone -p times=2")[0] == ALL_OUT, "output of all")
+    check(suite.run("-vnone -p times=2 -j 3")[0] == ALL_OUT, "output of several processes")
+    parts = [suite.run(f"-vnone -p times=2 --shard {k}/3", status=int(k != 2))[0] for k in (1, 2, 3)]
+    lines = sorted(line for part in parts for line in part.splitlines() if line.startswith("Outcome"))
+    check(lines == sorted(ALL_OUT.splitlines()[:7]), "the parts of a run", parts)
+    for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!TC_[,!*fail,!TC_wait", 0, "pass race"),
+                                     ("-t TC_pass,TC_fail --repeat 2", 1, "pass fail pass fail"),
+                                     ("-t TC_pass,TC_fail,TC_none --until-fail", 1, "pass fail"),
+                                     ("-t TC_pass,TC_fail,TC_none -j 2 --until-fail", 1, "pass fail"),
+                                     ("-t TC_pass,TC_none,TC_default,TC_echo --shuffle --seed 3", 0, None)):
+        out, _ = suite.run("-vnone -s " + arguments, status)
+        found = re.findall(r"(?m)^Outcome.TC_(\w+)", out)
+        check(found == (names or "").split() or (not names and sorted(found) == ["default", "echo", "none", "pass"] and
+              "seed 3\n" in out and out == suite.run("-vnone -s " + arguments, status)[0]), arguments, out)
+    out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2")
+    check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
+    out, err = steered.run("-vnone -j 2")
+    check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
+    out, _ = suite.run("-vnone -t TC_race,TC_default --explore 60")
+    check_has(out, ["TC_race: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
+    for verdict, seed in re.findall(r"\d+ (\w+) Outcome.ttcn:8\d .*--seed (\d+) -t Outcome.TC_race", out):
+        out, _ = suite.run(f"-vnone -t TC_race --explore 1 --seed {seed}", int(verdict == "error"))
+        check_has(out, [f"1 {verdict} "], "the schedule of a seed")
+    suite.path("Outcome.cfg").write_text("# all but errors\nparam = times = 2\nverbose none\ntestcase = TC_f*\n")
+    check_has(suite.run("--config")[0], ["1 test case: 0 pass, 0 none, 0 inconc, 1 fail"], "configuration")
+    for line, text in (("param = tmies = 2", "bad.cfg, line 1: there is no module parameter 'tmies', did you mean"),
+                       ("verbsoe = none", "bad.cfg, line 1: unknown option 'verbsoe', did you mean 'verbose'?")):
+        suite.path("bad.cfg").write_text(line + "\n")
+        check_has(suite.run("-c bad.cfg", status=2)[1], [text], line)
+
+
+PATH = 'answers[0].rdata.a: expected "192.0.2.11", actual "192.0.2.10"'
+
+
+def check_logs(suite):
+    out, err = suite.run("-b -t TC_mismatch")
+    check_has(out + err, ["info mtc Outcome.ttcn:65 mismatch: " + PATH, "Outcome.ttcn:65 unexpected message: " + PATH], "mismatch")
+    check("vexa" not in (out + err).lower(), "names of generated code", err)
+    suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
+    check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")
+    suite.run("-t TC_none -L log.json --log-format json", status=0)
+    check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
+    suite.run("-b -L small.log --log-size 1 -v all -p times=20")
+    check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
+
+
+def check_reports(suite):
+    suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
+    check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
+    check_has(suite.read("j.xml"), ["nothing &lt;&amp;&gt;2", 'message="on &quot;purpose&quot;"'], "JUnit")
+    check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")
+    events = [json.loads(line) for line in suite.read("j.json").splitlines()]
+    check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
+    check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n"], "coverage")
+    check_has(suite.run("-vnone -t TC_pass,TC_fail --tap")[0], ["TAP version 13\nok 1 - Outcome.TC_pass\nnot ok 2"], "TAP")
+    if shutil.which("genhtml"):
+        done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)
+        check(done.returncode == 0 and suite.path("pages/index.html").exists(), "genhtml")
+    suite.run("-t TC_echo --pcap p.pcap --html r.html", status=0)
+    if shutil.which("tshark"):
+        out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
+                             capture_output=True, text=True).stdout
+        check(out == "6563686f\t10.0.0.2\n6563686f\t10.0.0.1\n", "tshark", out)
+    if shutil.which("chromium"):
+        check_page(suite)
+
+
+def check_page(suite):
+    """What the page shows after a click on the arrow of the message that comes back."""
+    page = suite.read("r.html").replace("</body>", """<script>
+document.querySelector('.row[data-r="1"] .hit').dispatchEvent(new MouseEvent("click", { bubbles: true }));</script></body>""")
+    suite.path("clicked.html").write_text(page)
+    done = subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--virtual-time-budget=2000", "--dump-dom",
+                           f"file://{suite.path('clicked.html')}"], capture_output=True, text=True, timeout=120)
+    check_has(done.stdout, ['class="arrow', ">mtc</text>", "octets    6563686F", "Outcome.TC_echo"], "page")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--orvane", required=True, type=Path)
@@ -145,6 +240,9 @@ def main():
     suite, steered = Suite(options, "Outcome"), Suite(options, "Steered")
     check_names(suite)
     check_lost_output(suite)
+    check_choice(suite, steered)
+    check_logs(suite)
+    check_reports(suite)
     check_ends(suite)
     for more in "", " -s":
         _, err = steered.run("-vnone -T 0.3 -p stuck=true" + more)

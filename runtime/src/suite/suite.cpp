@@ -203,6 +203,14 @@ using namespace lumos;
 
 namespace {
 
+// Those that the patterns choose, a name each.
+int list_selected(const SuiteOptions& options) {
+  std::vector<Selected> selected;
+  if (!select_testcases(options.testcases, -1, selected)) return start_fault;
+  for (const Selected& s : selected) std::printf("%s\n", s.full_name().c_str());
+  return 0;
+}
+
 void print_versions() {
   const Module* root = root_module();
   std::printf("%s, with the run-time library of Orvane %s\n", root ? root->name : "suite", ORVANE_VERSION);
@@ -216,11 +224,12 @@ int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t 
                                const char* control_part) {
   SuiteOptions options;
   if (!read_suite_options(argc, argv, options)) return start_fault;
-  if (options.help || options.describe) {
-    options.help ? print_suite_help(options.program.c_str()) : describe_suite_options();
+  if (options.help) {
+    print_suite_help(options.program.c_str());
     return 0;
   }
   if (!register_root(register_function)) return start_fault;
+  if (options.list && !options.testcases.empty()) return list_selected(options);
   if (options.list || options.version) {
     options.list ? list_modules() : print_versions();
     return 0;

@@ -116,7 +116,8 @@ struct Option {
 const Option table[] = {
     {'h', "help", nullptr, "print this and end", SET(o.help = true)},
     {0, "version", nullptr, "print the versions of suite and library and end", SET(o.version = true)},
-    {'l', "list", nullptr, "print modules and test cases and end", SET(o.list = true)},
+    {'l', "list", nullptr, "print modules and test cases, or those that -t chooses, and end",
+     SET(o.list = true)},
     {'t', "testcase", "NAME,...",
      "run these test cases instead of the control part: names, patterns with * and ?, !pattern to leave out",
      set_testcases},
@@ -161,7 +162,6 @@ const Option table[] = {
     {'m', "all-mismatches", nullptr, "matching goes on behind the first mismatch, to log all",
      SET(match_continues_on_fail = true)},
     {'S', "stack", "KILOBYTES", "stack of each component, 128 to 1048576 (default 1024)", set_stack},
-    {0, "describe-options", nullptr, nullptr, SET(o.describe = true)},
 };
 #undef SET
 

@@ -13,7 +13,6 @@ struct SuiteOptions {
   bool help = false;
   bool list = false;
   bool version = false;
-  bool describe = false;               // the options, for tools that make manual pages of them
   std::vector<std::string> testcases;  // "name" or "module.name", patterns, "!" for what is left out
   double timeout = -1;                 // for each of them, or the whole control part
   long repeat = 1;

@@ -94,6 +94,10 @@ bool add_link(const std::string& text) {
   return true;
 }
 
+bool has_links() {
+  return !links().empty();
+}
+
 const LinkSpec* link_for(std::string_view port, long index) {
   const std::string element = std::string(port) + "[" + std::to_string(index) + "]";
   for (const LinkSpec& spec : links())

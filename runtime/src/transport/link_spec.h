@@ -31,6 +31,7 @@ bool read_link_spec(std::string_view text, LinkSpec& spec);
 
 // Links that the command line gave; a later one for a port replaces an earlier one.
 bool add_link(const std::string& text);
+bool has_links();
 // Null if the port has none.
 const LinkSpec* link_for(std::string_view port, long index);
 

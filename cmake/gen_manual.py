@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""Makes manual pages from the option tables and the documents.
+
+    gen_manual.py VERSION DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM]
+
+Options of suites are those that the first program describes; those of the programs, what they say of themselves. What
+else there is to say stands in the documents.
+"""
+
+import argparse
+import re
+import subprocess
+from pathlib import Path
+
+
+def roff(text):
+    text = text.replace("\\", "\\e").replace("-", "\\-")
+    text = re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", text)
+    text = re.sub(r"\*\*([^*]+)\*\*", r"\\fB\1\\fR", text)
+    text = re.sub(r"`([^`]*)`", r"\\fB\1\\fR", text)
+    return "\\&" + text if text[:1] in ".'" else text
+
+
+def row_of(line):
+    return [cell.strip().replace("\\|", "|") for cell in re.split(r"(?<!\\)\|", line.strip().strip("|"))]
+
+
+def page_of(markdown):
+    """The body of a page: headings, paragraphs, tables as lists, examples as they are."""
+    out, paragraph, in_example = [], [], False
+    for line in markdown.splitlines()[1:] + [""]:
+        example = line.startswith("    ") or line.startswith("```")
+        if not example and in_example and line.strip():
+            out.append(".fi\n.RE")
+            in_example = False
+        if paragraph and (not line.strip() or example or line.startswith(("#", "|", "- "))):
+            out += [".PP", " ".join(roff(part) for part in paragraph)]
+            paragraph = []
+        if example:
+            if not in_example:
+                out.append(".PP\n.RS 4\n.nf")
+            in_example = True
+            if line.startswith("    "):
+                out.append(roff(line[4:]))
+        elif line.startswith("#"):
+            out.append(".SH " + roff(line.lstrip("# ").upper()))
+        elif line.startswith("|"):
+            cells = row_of(line)
+            if set("".join(cells)) - set("-: ") and any(cells[1:]):
+                out += [".TP", roff(cells[0]), roff(" ".join(cells[1:]))]
+        elif line.startswith("- "):
+            paragraph = ["\\(bu " + line[2:]]
+        elif line.strip():
+            paragraph.append(line.strip())
+    return "\n".join(out + ([".fi\n.RE"] if in_example else []))
+
+
+def suite_options(program):
+    out = []
+    for line in subprocess.run([program], capture_output=True, text=True, check=True).stdout.splitlines():
+        letter, word, argument, text = line.split("\t")
+        names = ", ".join(([f"`-{letter}`"] if letter else []) + [f"`--{word}`"]) + (f" {argument}" if argument else "")
+        out += [".TP", roff(names), roff(text)]
+    return "\n".join(out)
+
+
+def help_of(program, option):
+    done = subprocess.run([program, option], capture_output=True, text=True, check=False)
+    text = re.sub(r"(?m)^.*(Copyright|All rights|without any warranty).*\n", "", done.stdout + done.stderr)
+    return ".nf\n" + "\n".join(roff(line.replace(program, Path(program).name)) for line in text.splitlines()) + "\n.fi"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    for name in ("version", "docs", "folder"):
+        parser.add_argument(name)
+    for name in ("--suite", "--orvane", "--run"):
+        parser.add_argument(name)
+    options = parser.parse_args()
+    docs, folder = Path(options.docs), Path(options.folder)
+    folder.mkdir(parents=True, exist_ok=True)
+
+    def write(name, section, title, *parts):
+        head = f'.TH "{name.upper()}" {section} "" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
+        (folder / f"{name}.{section}").write_text(head + "\n".join(parts) + "\n", encoding="utf-8")
+
+    def document(name):
+        return page_of((docs / name).read_text(encoding="utf-8"))
+
+    write("orvane", 1, "compiler from TTCN\\-3 to C", ".SH DESCRIPTION", document("usage.md"), ".SH OPTIONS",
+          help_of(options.orvane, "-h"))
+    write("orvane-suite", 1, "executable test suites", ".SH SYNOPSIS\n.I suite\n[options]\n.SH OPTIONS",
+          suite_options(options.suite), ".SH RESULTS", document("results.md"), ".SH DESCRIPTION", document("runtime.md"))
+    write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
+    if options.run:
+        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", help_of(options.run, "--help"))
+
+
+if __name__ == "__main__":
+    main()
