@@ -8,6 +8,7 @@
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3SignedOperands.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // The types of both operands; none where one of them, or the whole, has failed.
@@ -103,10 +104,23 @@ void RequireOperand(T3Tree_Node* operand) {
     vexa_filtered_error(ERR_rvalue, PositionOf(operand));
 }
 
+// What was found out last: the operands of a long chain are asked for one after another.
+struct {
+  T3Tree_Node* node;
+  T3Tree_Node* parent;
+  bool is_part;
+} g_last_concatenation = {};
+const ModuleCache kCache{[] { g_last_concatenation = {}; }, ModuleCache::Holds::ForTree};
+
 // Patterns are put together of the patterns that templates stand for.
 bool IsPartOfPattern(T3Tree_Node* node) {
-  while (T3Is<T3Concatenate>(node)) node = node->parent;
-  return T3Is<T3CharStringMatch>(node);
+  if (!node->is<T3Concatenate>()) return false;
+  auto& last = g_last_concatenation;
+  const bool goes_on = last.node != nullptr && (node->parent == last.node || last.parent == node);
+  T3Tree_Node* top = node;
+  while (!goes_on && T3Is<T3Concatenate>(top)) top = top->parent;
+  last = {node, node->parent, goes_on ? last.is_part : T3Is<T3CharStringMatch>(top)};
+  return last.is_part;
 }
 
 void CheckBinary(T3Tree_Node* node) {
