@@ -1,10 +1,10 @@
-// The stream of a RAW encoding: octets that are filled bit by bit. What the words FIELDORDER, BYTEORDER, BITORDER and
-// BITORDERINFIELD do to a field is decided here and nowhere else.
+// The stream of a RAW encoding: octets that are filled bit by bit. What the words FIELDORDER, BYTEORDER,
+// BITORDER and BITORDERINFIELD do to a field is decided here and nowhere else.
 //
-// A field is cut into chunks: one for what is free in the octet that was begun, then one for each further octet.
-// octets_last takes the chunks from the most significant end of the field, else they come from the least significant
-// end; fields_msb puts a chunk at the most significant end of what is free in its octet; bits_msb mirrors each chunk,
-// and mirrored the whole field.
+// A field is cut into chunks: one for what is free in the octet that was begun, then one for each further
+// octet. octets_last takes the chunks from the most significant end of the field, else they come from the
+// least significant end; fields_msb puts a chunk at the most significant end of what is free in its octet;
+// bits_msb mirrors each chunk, and mirrored the whole field.
 #pragma once
 
 #include <cstddef>
@@ -36,7 +36,8 @@ struct BitPlace {
   unsigned take(unsigned count, bool from_top);
 };
 
-// A field of digits '0' and '1', the most significant first, may have any length; a number has at most 64 bits.
+// A field of digits '0' and '1', the most significant first, may have any length; a number has at most 64
+// bits.
 class BitSink {
  public:
   BitPlace place;
