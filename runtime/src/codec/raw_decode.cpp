@@ -346,7 +346,7 @@ bool Decoder::decode_octets(const RawPlan& plan, Value v, BitOrder order, size_t
   if (source.place.is_aligned() && !order.bits_msb && !order.octets_last &&
       plan.form != RawLength::null_terminated) {
     octets = source.octets().substr(source.place.octet, length);
-    source.place.octet += length;
+    source.place.take_octets(length, order.fields_msb);
   } else {
     unsigned char octet = 1;
     while (text.size() < length && octet != 0) {
@@ -394,8 +394,7 @@ bool Decoder::decode_list(const RawPlan& plan, Value v, RawOrder around, size_t 
       break;
     }
     const bool is_last = plan.extension != RawExtension::none &&
-                         source.last_bit((plan.order == RawOrder::inherited ? around : plan.order) ==
-                                         RawOrder::msb) == (plan.extension == RawExtension::last_is_one);
+                         source.last_bit() == (plan.extension == RawExtension::last_is_one);
     if (is_last) break;
     const bool took_nothing = source.place.bits() == before;
     if (took_nothing && (count == any_count || v->parts.size > source.size())) break;
@@ -581,7 +580,8 @@ bool Decoder::go_to_target(const Record& r, size_t i, bool& is_omitted) {
   if (number->integer < 0 || number->integer > static_cast<long>(source.size()) ||
       base + distance > source.size() || (base + distance) % 8)
     return fail("the pointer leads out of the octets");
-  source.place = {(base + distance) / 8, 0, 8};
+  source.place = {};
+  source.place.octet = (base + distance) / 8;
   return true;
 }
 

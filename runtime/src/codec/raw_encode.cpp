@@ -285,8 +285,7 @@ bool Encoder::encode_list(const RawPlan& plan, Value v, RawOrder around) {
     pad(element.prepadding, element.pattern, {});
     if (!encode(element, v->parts.data[i], around)) return false;
     if (plan.extension != RawExtension::none)
-      sink.set_last_bit((i + 1 == v->parts.size) == (plan.extension == RawExtension::last_is_one),
-                        (plan.order == RawOrder::inherited ? around : plan.order) == RawOrder::msb);
+      sink.set_last_bit((i + 1 == v->parts.size) == (plan.extension == RawExtension::last_is_one));
     pad(element.padding, element.pattern, {});
   }
   return true;
