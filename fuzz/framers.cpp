@@ -1,5 +1,5 @@
-// A stream that arrives in pieces is cut into the same messages as when it arrives at once, and what is framed is cut
-// again. The first octet chooses the framing, the second the size of the pieces.
+// A stream that arrives in pieces is cut into the same messages as when it arrives at once, and what is
+// framed is cut again. The first octet chooses the framing, the second the size of the pieces.
 #include <cstdlib>
 #include <vector>
 
@@ -13,7 +13,8 @@ static std::vector<std::string> messages(Framing framing, const std::string& oct
   for (size_t at = 0; at < octets.size(); at += piece) {
     stream += octets.substr(at, piece);
     Cut cut;
-    while (!stream.empty() && (cut = cut_message(framing, stream, message)) == Cut::message) list.push_back(message);
+    while (!stream.empty() && (cut = cut_message(framing, stream, message)) == Cut::message)
+      list.push_back(message);
     if (!stream.empty() && cut == Cut::wrong) break;
   }
   return list;

@@ -1,5 +1,5 @@
-// The encoding "JSON": values to objects, lists and texts, and back. It is a library of its own, since it brings a reader
-// of JSON that few suites need; the library of the run finds it by the function at the end.
+// The encoding "JSON": values to objects, lists and texts, and back. It is a library of its own, since it
+// brings a reader of JSON that few suites need; the library of the run finds it by the function at the end.
 #include <cmath>
 #include <sstream>
 
@@ -90,8 +90,10 @@ bool Writer::write(const JsonPlan& plan, Value v, Json& json) {
       json = v->integer;
       return true;
     case Form::real:
-      if (std::isfinite(v->real)) json = v->real;
-      else json = v->real > 0 ? "infinity" : "-infinity";
+      if (std::isfinite(v->real))
+        json = v->real;
+      else
+        json = v->real > 0 ? "infinity" : "-infinity";
       return true;
     case Form::boolean:
       json = v->boolean;
@@ -179,14 +181,16 @@ bool Reader::read_fields(const JsonPlan& plan, const Json& json, Value v) {
   }
   if (used == json.size()) return true;
   for (const auto& [name, member] : json.items())
-    if (std::none_of(plan.fields.begin(), plan.fields.end(), [&](const JsonField& f) { return f.name == name; }))
+    if (std::none_of(plan.fields.begin(), plan.fields.end(),
+                     [&](const JsonField& f) { return f.name == name; }))
       return fail("there is no field for the member '" + name + "'");
   return true;
 }
 
 bool Reader::read_list(const JsonPlan& plan, const Json& json, Value v) {
   if (!json.is_array()) return fail("an array is needed");
-  if (v->kind == lumo_type_kind_array && json.size() != array_length(v->type)) return fail("the array has another length");
+  if (v->kind == lumo_type_kind_array && json.size() != array_length(v->type))
+    return fail("the array has another length");
   shape(v);
   resize_parts(v, json.size());
   for (size_t i = 0; i < json.size(); ++i)
@@ -236,7 +240,8 @@ bool Reader::read_text(const JsonPlan& plan, const std::string& text, Value v) {
       return true;
     case lumo_type_kind_hexstring:
     case lumo_type_kind_octetstring:
-      if (!is_digits(upper, "0123456789ABCDEF") || (plan.kind == lumo_type_kind_octetstring && text.size() % 2))
+      if (!is_digits(upper, "0123456789ABCDEF") ||
+          (plan.kind == lumo_type_kind_octetstring && text.size() % 2))
         return fail("a text of hexadecimal digits is needed");
       set_text(v, upper);
       return true;
@@ -338,7 +343,8 @@ bool parse(std::string_view octets, Json& json, size_t& taken, std::string& faul
   }
   const auto at = in.tellg();
   taken = at < 0 ? octets.size() : static_cast<size_t>(at);
-  while (taken < octets.size() && (octets[taken] == ' ' || octets[taken] == '\n' || octets[taken] == '\r' || octets[taken] == '\t'))
+  while (taken < octets.size() &&
+         (octets[taken] == ' ' || octets[taken] == '\n' || octets[taken] == '\r' || octets[taken] == '\t'))
     ++taken;
   return true;
 }
@@ -354,7 +360,8 @@ Value decode(lumo_type_t type, std::string_view octets, size_t& taken, std::stri
 }
 
 constexpr CodecFamily json_family = {
-    "JSON", [](lumo_type_t type, std::vector<std::string>& errors) { json_plan(type, errors); }, encode, decode};
+    "JSON", [](lumo_type_t type, std::vector<std::string>& errors) { json_plan(type, errors); }, encode,
+    decode};
 
 }  // namespace
 

@@ -28,10 +28,12 @@ std::string_view without_marks(std::string_view text, char first, char last) {
 
 // False for a phrase that is not known.
 bool read_phrase(std::string_view text, Phrases& phrases) {
-  if (const std::string_view rest = behind(text, "JSON"); !rest.empty() && rest.front() == ':') text = trim(rest.substr(1));
+  if (const std::string_view rest = behind(text, "JSON"); !rest.empty() && rest.front() == ':')
+    text = trim(rest.substr(1));
   if (const std::string_view name = without_marks(behind(text, "name as "), '\'', '\''); !name.empty()) {
     phrases.name = name;
-  } else if (const std::string_view value = without_marks(behind(text, "default"), '(', ')'); !value.empty()) {
+  } else if (const std::string_view value = without_marks(behind(text, "default"), '(', ')');
+             !value.empty()) {
     phrases.default_text = value;
   } else if (text == "omit as null") {
     phrases.null_for_omit = true;
@@ -56,7 +58,8 @@ class Planner {
   std::map<lumo_type_t, std::unique_ptr<JsonPlan>> plans_;
 };
 
-void add_error(lumo_type_t type, std::string_view field, const std::string& text, std::vector<std::string>& errors) {
+void add_error(lumo_type_t type, std::string_view field, const std::string& text,
+               std::vector<std::string>& errors) {
   const char* module = lumo_type_definition_module(type, nullptr);
   std::string line = std::string("type ") + (module ? module : "") + "." + type_name(type);
   if (!field.empty()) line += ", field " + std::string(field);
@@ -68,7 +71,8 @@ Phrases Planner::phrases_of(lumo_type_t type, std::string_view field, std::vecto
   for (const auto& level : variants_of(type, field))
     for (const char* text : level) {
       std::vector<Word> words;
-      if (!read_words(text, words)) add_error(type, field, std::string("the text \"") + text + "\" has no end", errors);
+      if (!read_words(text, words))
+        add_error(type, field, std::string("the text \"") + text + "\" has no end", errors);
       // Words in capitals are those of other encodings.
       for (const Word& word : words)
         if (word.name.empty() && !read_phrase(word.arguments, phrases))
@@ -80,12 +84,14 @@ Phrases Planner::phrases_of(lumo_type_t type, std::string_view field, std::vecto
 JsonField Planner::field(lumo_type_t type, size_t i, std::vector<std::string>& errors) {
   const lumo_field_info_t& info = field_info(type)[i];
   const Phrases phrases = phrases_of(type, info.name, errors);
-  JsonField field{phrases.name.empty() ? info.name : phrases.name, &plan(plain_type(info.type), errors), is_optional(info),
-                  phrases.null_for_omit, nullptr};
+  JsonField field{phrases.name.empty() ? info.name : phrases.name, &plan(plain_type(info.type), errors),
+                  is_optional(info), phrases.null_for_omit, nullptr};
   if (phrases.default_text.empty()) return field;
-  field.default_value = read_constant(plain_type(info.type), phrases.default_text, lumo_type_definition_module(type, nullptr));
+  field.default_value =
+      read_constant(plain_type(info.type), phrases.default_text, lumo_type_definition_module(type, nullptr));
   if (!field.default_value)
-    add_error(type, info.name, "the phrase 'default (" + phrases.default_text + ")' is no value of its type", errors);
+    add_error(type, info.name, "the phrase 'default (" + phrases.default_text + ")' is no value of its type",
+              errors);
   return field;
 }
 
@@ -99,8 +105,10 @@ const JsonPlan& Planner::plan(lumo_type_t type, std::vector<std::string>& errors
   const Phrases phrases = phrases_of(type, "", errors);
   plan.as_value = phrases.as_value;
   plan.ascii_only = phrases.ascii_only;
-  if (plan.as_value && plan.kind != lumo_type_kind_union) add_error(type, "", "the phrase 'as value' does not fit the type", errors);
-  const bool has_fields = plan.kind == lumo_type_kind_record || plan.kind == lumo_type_kind_set || plan.kind == lumo_type_kind_union;
+  if (plan.as_value && plan.kind != lumo_type_kind_union)
+    add_error(type, "", "the phrase 'as value' does not fit the type", errors);
+  const bool has_fields = plan.kind == lumo_type_kind_record || plan.kind == lumo_type_kind_set ||
+                          plan.kind == lumo_type_kind_union;
   for (size_t i = 0; has_fields && i < field_count(type); ++i) plan.fields.push_back(field(type, i, errors));
   if (is_list_kind(plan.kind))
     plan.fields.push_back({"", &this->plan(plain_type(element_type(type)), errors), false, false, nullptr});

@@ -1,5 +1,6 @@
-// Random values of all types of a suite that have an encoding: what is encoded has to be decoded to a value with the same
-// octets. Linked with the generated modules of a suite; round_trips.py does it. Arguments: seed, rounds for each type.
+// Random values of all types of a suite that have an encoding: what is encoded has to be decoded to a value
+// with the same octets. Linked with the generated modules of a suite; round_trips.py does it. Arguments:
+// seed, rounds for each type.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -38,7 +39,9 @@ bool is_of_type(Value v) {
 
 void set_string(Value v, unsigned length) {
   constexpr const char* digits[] = {"01", "0123456789ABCDEF", "abcXYZ 019"};
-  const char* set = digits[v->kind == lumo_type_kind_bitstring ? 0 : v->kind == lumo_type_kind_charstring ? 2 : 1];
+  const char* set = digits[v->kind == lumo_type_kind_bitstring    ? 0
+                           : v->kind == lumo_type_kind_charstring ? 2
+                                                                  : 1];
   std::string text;
   for (unsigned i = 0; i < length * (v->kind == lumo_type_kind_octetstring ? 2 : 1); ++i)
     text += set[below(static_cast<unsigned>(std::string_view(set).size()))];
@@ -85,8 +88,9 @@ bool agree(Value v, int depth) {
       if (!is_there && !fill(force_part(v, i), depth + 1)) return false;
     }
     if (f.cross.empty() || is_omit(v->parts.data[i])) continue;
-    const auto told = std::find_if(f.cross.begin(), f.cross.end(),
-                                   [&](const RawAlternative& a) { return a.conditions.empty() || holds_any(v, a.conditions); });
+    const auto told = std::find_if(f.cross.begin(), f.cross.end(), [&](const RawAlternative& a) {
+      return a.conditions.empty() || holds_any(v, a.conditions);
+    });
     if (told == f.cross.end()) continue;
     Value part = v->parts.data[i];
     clear_contents(part);
@@ -107,7 +111,8 @@ bool fill_fields(Value v, int depth) {
     else if (!fill(force_part(v, i), depth + 1))
       return false;
   }
-  return std::string_view(codec_family_of(root) ? codec_family_of(root)->name : "") != "RAW" || agree(v, depth);
+  return std::string_view(codec_family_of(root) ? codec_family_of(root)->name : "") != "RAW" ||
+         agree(v, depth);
 }
 
 bool fill_once(Value v, int depth) {
@@ -122,7 +127,10 @@ bool fill_once(Value v, int depth) {
       return true;
     case lumo_type_kind_enumerated:
       v->form = Form::enumerated;
-      v->integer = structure_of(v->type)->enum_or_array_info[below(static_cast<unsigned>(structure_of(v->type)->number_of_fields))].number;
+      v->integer =
+          structure_of(v->type)
+              ->enum_or_array_info[below(static_cast<unsigned>(structure_of(v->type)->number_of_fields))]
+              .number;
       return true;
     case lumo_type_kind_record:
     case lumo_type_kind_set:
@@ -173,8 +181,8 @@ void round_trip(lumo_type_t type) {
   ++trips;
   if (back && encode_value(back, again, fault) && again == octets) return;
   ++faults;
-  std::printf("%s: %s\n  %s\n  %s\n  %s\n", type_name(type), back ? "other octets" : fault.c_str(), render(v).c_str(),
-              shown(octets).c_str(), back ? shown(again).c_str() : "");
+  std::printf("%s: %s\n  %s\n  %s\n  %s\n", type_name(type), back ? "other octets" : fault.c_str(),
+              render(v).c_str(), shown(octets).c_str(), back ? shown(again).c_str() : "");
 }
 
 void run_all(void*) {
@@ -195,6 +203,7 @@ int main(int argc, char* argv[]) {
   set_log_kinds("error");
   if (!register_root(suite_register) || !lumo_initialize(nullptr)) return 2;
   if (!run_guarded("", run_all, nullptr)) return 2;
-  std::printf("%d trips, %d faults, %d values that cannot be encoded, %d not made\n", trips, faults, unencodable, passed_over);
+  std::printf("%d trips, %d faults, %d values that cannot be encoded, %d not made\n", trips, faults,
+              unencodable, passed_over);
   return faults != 0 || trips == 0;
 }

@@ -27,25 +27,32 @@ uint64_t mirror(uint64_t number, unsigned count) {
 unsigned BitPlace::take(unsigned count, bool from_top) {
   const unsigned at = from_top ? high - count : low;
   (from_top ? high : low) += from_top ? -count : count;
-  if (high == low) *this = {octet + 1, 0, 8};
+  last_octet = octet;
+  last_bit = from_top ? at : at + count - 1;
+  if (high == low) {
+    ++octet;
+    low = 0;
+    high = 8;
+  }
   return at;
 }
 
-std::pair<size_t, unsigned> BitPlace::last(bool from_top) const {
-  if (is_aligned()) return {octet ? octet - 1 : 0, from_top ? 0 : 7};
-  return {octet, from_top ? high : low - 1};
+void BitPlace::take_octets(size_t count, bool from_top) {
+  if (count == 0) return;
+  octet += count;
+  last_octet = octet - 1;
+  last_bit = from_top ? 0 : 7;
 }
 
-void BitSink::set_last_bit(bool one, bool fields_msb) {
-  const auto [octet, bit] = place.last(fields_msb);
-  if (octet >= octets_.size()) return;
-  auto& at = reinterpret_cast<unsigned char&>(octets_[octet]);
-  at = static_cast<unsigned char>((at & ~(1u << bit)) | unsigned(one) << bit);
+void BitSink::set_last_bit(bool one) {
+  if (place.last_octet >= octets_.size()) return;
+  auto& octet = reinterpret_cast<unsigned char&>(octets_[place.last_octet]);
+  octet = static_cast<unsigned char>((octet & ~(1u << place.last_bit)) | unsigned(one) << place.last_bit);
 }
 
-bool BitSource::last_bit(bool fields_msb) const {
-  const auto [octet, bit] = place.last(fields_msb);
-  return octet < octets_.size() && (static_cast<unsigned char>(octets_[octet]) >> bit & 1);
+bool BitSource::last_bit() const {
+  return place.last_octet < octets_.size() &&
+         (static_cast<unsigned char>(octets_[place.last_octet]) >> place.last_bit & 1);
 }
 
 void BitSink::put_chunk(BitPlace& at, unsigned chunk, unsigned count, BitOrder order) {
@@ -78,7 +85,7 @@ void BitSink::overwrite(BitPlace at, uint64_t number, unsigned count, BitOrder o
 void BitSink::put_octet(unsigned char octet, BitOrder order) {
   if (place.is_aligned() && !order.bits_msb) {
     octets_ += static_cast<char>(octet);
-    ++place.octet;
+    place.take_octets(1, order.fields_msb);
   } else {
     put(octet, 8, order_within(order));
   }

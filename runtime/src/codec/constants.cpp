@@ -29,7 +29,8 @@ Value read_constant(lumo_type_t type, std::string_view text, const char* module)
   Value v = make_root(type, lumo_perm_alloc_c);
   size_t taken = 0;
   std::string error;
-  if (base_kind(type) == lumo_type_kind_charstring && text.size() > 1 && text.front() == '\'' && text.back() == '\'') {
+  if (base_kind(type) == lumo_type_kind_charstring && text.size() > 1 && text.front() == '\'' &&
+      text.back() == '\'') {
     set_text(v, text.substr(1, text.size() - 2));
     return v;
   }

@@ -1,4 +1,5 @@
-// Constants in the texts of attributes: '0101'B, 17, "text", a literal of an enumeration, the name of a constant.
+// Constants in the texts of attributes: '0101'B, 17, "text", a literal of an enumeration, the name of a
+// constant.
 #pragma once
 
 #include <string_view>
@@ -7,8 +8,8 @@
 
 namespace lumos {
 
-// A value of the type, which is never freed; null if the text is none of it. Names are looked for in the module first,
-// then in all modules.
+// A value of the type, which is never freed; null if the text is none of it. Names are looked for in the
+// module first, then in all modules.
 Value read_constant(lumo_type_t type, std::string_view text, const char* module);
 
 }  // namespace lumos

@@ -28,7 +28,9 @@ const RawPlan& plan_of(lumo_type_t type) {
 
 constexpr CodecFamily raw = {
     "RAW", [](lumo_type_t type, std::vector<std::string>& errors) { raw_plan(type, errors); },
-    [](Value v, std::string& octets, std::string& fault) { return raw_encode(plan_of(v->type), v, octets, fault); },
+    [](Value v, std::string& octets, std::string& fault) {
+      return raw_encode(plan_of(v->type), v, octets, fault);
+    },
     [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
       return raw_decode(plan_of(type), octets, taken, fault);
     }};
@@ -42,7 +44,9 @@ const TextPlan& text_plan_of(lumo_type_t type) {
 
 constexpr CodecFamily text = {
     "TEXT", [](lumo_type_t type, std::vector<std::string>& errors) { text_plan(type, errors); },
-    [](Value v, std::string& octets, std::string& fault) { return text_encode(text_plan_of(v->type), v, octets, fault); },
+    [](Value v, std::string& octets, std::string& fault) {
+      return text_encode(text_plan_of(v->type), v, octets, fault);
+    },
     [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
       return text_decode(text_plan_of(type), octets, taken, fault);
     }};
@@ -73,7 +77,8 @@ void each_type(Do act) {
   for (const Module& m : registered_modules())
     for (unsigned long i = 0; i < m.row_count; ++i) {
       const lumo_symbol_entry_struct_t& row = m.rows[i];
-      if (row.kind == lumo_symbol_entry_kind_userdefined_type && row.type_descriptor) act(row.type_descriptor);
+      if (row.kind == lumo_symbol_entry_kind_userdefined_type && row.type_descriptor)
+        act(row.type_descriptor);
     }
 }
 
@@ -89,7 +94,8 @@ std::set<const void*> carried_types() {
   return carried;
 }
 
-void check_type(lumo_type_t type, bool messages_leave, const std::set<const void*>& carried, std::vector<std::string>& errors) {
+void check_type(lumo_type_t type, bool messages_leave, const std::set<const void*>& carried,
+                std::vector<std::string>& errors) {
   const char* encoding = own_encoding(type);
   if (!encoding || type->module || is_asn1_type(type) || has_own_codec(type)) return;
   if (const CodecFamily* family = family_named(encoding)) return family->prepare(type, errors);
@@ -99,8 +105,9 @@ void check_type(lumo_type_t type, bool messages_leave, const std::set<const void
   // Only parts of other messages: an encoding of their own is not asked for.
   if (is_optional_library && !carried.contains(root_of(type))) return;
   const char* module = lumo_type_definition_module(type, nullptr);
-  errors.push_back(std::string("type ") + (module ? module : "") + "." + type_name(type) + ": there is no codec for encode \"" +
-                   encoding + "\"" + (is_optional_library ? ", which is in the library lumos_json" : ""));
+  errors.push_back(std::string("type ") + (module ? module : "") + "." + type_name(type) +
+                   ": there is no codec for encode \"" + encoding + "\"" +
+                   (is_optional_library ? ", which is in the library lumos_json" : ""));
 }
 
 }  // namespace

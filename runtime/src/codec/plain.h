@@ -1,5 +1,5 @@
-// The plain encoding, which needs no description: strings as their octets, everything else in the notation of the
-// language.
+// The plain encoding, which needs no description: strings as their octets, everything else in the notation of
+// the language.
 #pragma once
 
 #include <string>

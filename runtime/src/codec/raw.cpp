@@ -14,7 +14,9 @@ Value part_at(Value v, const std::vector<size_t>& path) {
   for (const size_t step : path) {
     if (!v || v->form == Form::special) return nullptr;
     v = settled(v);
-    const bool is_there = v->form == Form::fields ? step < v->parts.size : v->form == Form::choice && v->index == static_cast<long>(step);
+    const bool is_there = v->form == Form::fields
+                              ? step < v->parts.size
+                              : v->form == Form::choice && v->index == static_cast<long>(step);
     if (!is_there) return nullptr;
     v = v->parts.data[v->form == Form::fields ? step : 0];
   }
@@ -42,7 +44,8 @@ bool holds_for(const RawCondition& condition, Value part) {
   const Value constant = condition.constant;
   if (part->form != constant->form) return false;
   if (part->form == Form::string)
-    return std::string_view(part->text.data, part->text.size) == std::string_view(constant->text.data, constant->text.size);
+    return std::string_view(part->text.data, part->text.size) ==
+           std::string_view(constant->text.data, constant->text.size);
   return part->form == Form::integer || part->form == Form::enumerated ? part->integer == constant->integer
                                                                        : equal_values(part, constant);
 }

@@ -10,8 +10,8 @@ namespace lumos {
 
 // Appends the octets; false leaves in fault what cannot be encoded, with the path of the field.
 bool raw_encode(const RawPlan& plan, Value v, std::string& octets, std::string& fault);
-// A value with temporary life that lies at the beginning of the octets; null leaves in fault the field and the octet
-// that are wrong. taken tells how many octets the value took.
+// A value with temporary life that lies at the beginning of the octets; null leaves in fault the field and
+// the octet that are wrong. taken tells how many octets the value took.
 Value raw_decode(const RawPlan& plan, std::string_view octets, size_t& taken, std::string& fault);
 
 // --- shared by both
@@ -31,15 +31,18 @@ class FieldPath {
 
 // The part at the end of a path; null where something on the way is omitted or another alternative is chosen.
 Value part_at(Value v, const std::vector<size_t>& path);
-// Whether the extension bits of a value are those of its octets: not those of a list, which are the last bits of its
-// elements, nor of a string that has one octet in any case.
+// Whether the extension bits of a value are those of its octets: not those of a list, which are the last bits
+// of its elements, nor of a string that has one octet in any case.
 inline bool has_octet_marks(const RawPlan& plan) {
   const bool is_groups = plan.kind == lumo_type_kind_integer && plan.form != RawLength::given;
-  const bool is_one = plan.kind == lumo_type_kind_octetstring && plan.form == RawLength::given && plan.length == 1;
-  const bool is_list = plan.kind == lumo_type_kind_recordof || plan.kind == lumo_type_kind_setof || plan.kind == lumo_type_kind_array;
+  const bool is_one =
+      plan.kind == lumo_type_kind_octetstring && plan.form == RawLength::given && plan.length == 1;
+  const bool is_list = plan.kind == lumo_type_kind_recordof || plan.kind == lumo_type_kind_setof ||
+                       plan.kind == lumo_type_kind_array;
   return !is_groups && !is_one && !is_list;
 }
-// The number that a length field holds: itself, the part of that name, or such a one in the chosen alternative.
+// The number that a length field holds: itself, the part of that name, or such a one in the chosen
+// alternative.
 Value length_leaf(Value field, const std::string& index);
 bool holds_for(const RawCondition& condition, Value part);
 

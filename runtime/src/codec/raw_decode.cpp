@@ -1,4 +1,5 @@
-// Bit fields to values. Nothing is read outside of the octets, and no part outside of what the lengths around it leave.
+// Bit fields to values. Nothing is read outside of the octets, and no part outside of what the lengths around
+// it leave.
 #include <algorithm>
 #include <cstring>
 
@@ -85,10 +86,10 @@ class Decoder {
   std::vector<Counter> counters_;
   FieldPath path_;
   int quiet_ = 0;
-  size_t forced_ = no_place;    // the alternative of the next union
-  size_t count_ = any_count;    // the elements of the next list
-  bool chosen_ = false;         // a tag around was found for the next value
-  bool fills_ = false;          // the next union has all octets to its limit
+  size_t forced_ = no_place;  // the alternative of the next union
+  size_t count_ = any_count;  // the elements of the next list
+  bool chosen_ = false;       // a tag around was found for the next value
+  bool fills_ = false;        // the next union has all octets to its limit
   bool has_fault_ = false;
   size_t fault_bits_ = 0;
   std::string fault_path_;
@@ -172,7 +173,8 @@ bool Decoder::seen(const RawCondition& c, const RawPlan& plan, RawOrder around, 
   }
   Value scratch = make_root(wanted.type, lumo_perm_alloc_c);
   ++quiet_;
-  good = good && decode_content(wanted, scratch, order, limit) && holds_for(c, c.is_fixed ? scratch : part_at(scratch, c.path));
+  good = good && decode_content(wanted, scratch, order, limit) &&
+         holds_for(c, c.is_fixed ? scratch : part_at(scratch, c.path));
   --quiet_;
   destroy(scratch);
   source.place = start;
@@ -201,7 +203,8 @@ bool Decoder::decode_content(const RawPlan& plan, Value v, RawOrder around, size
   const RawOrder order_around = plan.order == RawOrder::inherited ? around : plan.order;
   const BitOrder order = order_of(plan, around);
   const bool is_number = plan.kind == lumo_type_kind_integer;
-  if (plan.extension != RawExtension::none && !is_number && has_octet_marks(plan) && !narrow(plan, limit)) return false;
+  if (plan.extension != RawExtension::none && !is_number && has_octet_marks(plan) && !narrow(plan, limit))
+    return false;
   const size_t count = std::exchange(count_, any_count);
   if (plan.kind != lumo_type_kind_union) fills_ = false;
   switch (plan.kind) {
@@ -270,7 +273,9 @@ bool Decoder::decode_groups_of_seven(const RawPlan& plan, Value v, BitOrder orde
     if (!source.get(octet, 8, order, limit)) return fail("the octets end");
     const auto seven = static_cast<lumo_long_integer_t>(octet & 0x7F);
     number = order.octets_last ? number << 7 | seven : number | seven << 7 * i;
-    if (plan.extension != RawExtension::none && (octet >> 7 == 1) != (plan.extension == RawExtension::last_is_one)) continue;
+    if (plan.extension != RawExtension::none &&
+        (octet >> 7 == 1) != (plan.extension == RawExtension::last_is_one))
+      continue;
     v->form = Form::integer;
     v->integer = number;
     return true;
@@ -280,7 +285,8 @@ bool Decoder::decode_groups_of_seven(const RawPlan& plan, Value v, BitOrder orde
 
 bool Decoder::decode_float(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
   uint64_t bits;
-  if (!source.get(bits, static_cast<unsigned>(std::min<size_t>(plan.length, 64)), order, limit)) return fail("the octets end");
+  if (!source.get(bits, static_cast<unsigned>(std::min<size_t>(plan.length, 64)), order, limit))
+    return fail("the octets end");
   double number;
   if (plan.length == 32) {
     const auto narrow_bits = static_cast<uint32_t>(bits);
@@ -302,7 +308,8 @@ size_t left_until(const BitSource& source, size_t limit) {
 }
 
 bool Decoder::decode_bits(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  const size_t length = plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit));
+  const size_t length =
+      plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit));
   std::string digits;
   if (!source.get_digits(digits, length, order, limit)) return fail("the octets end");
   set_text(v, digits);
@@ -310,7 +317,8 @@ bool Decoder::decode_bits(const RawPlan& plan, Value v, BitOrder order, size_t l
 }
 
 bool Decoder::decode_digits(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  const size_t length = plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit) / 4);
+  const size_t length =
+      plan.form == RawLength::given ? plan.length : std::min(plan.most, left_until(source, limit) / 4);
   if (length > left_until(source, limit) / 4) return fail("the octets end");
   reserve_text(v, length);
   constexpr char digit[] = "0123456789ABCDEF";
@@ -335,9 +343,10 @@ bool Decoder::decode_octets(const RawPlan& plan, Value v, BitOrder order, size_t
   if (length > left) return fail("the octets end");
   std::string_view octets;
   std::string text;
-  if (source.place.is_aligned() && !order.bits_msb && !order.octets_last && plan.form != RawLength::null_terminated) {
+  if (source.place.is_aligned() && !order.bits_msb && !order.octets_last &&
+      plan.form != RawLength::null_terminated) {
     octets = source.octets().substr(source.place.octet, length);
-    source.place.octet += length;
+    source.place.take_octets(length, order.fields_msb);
   } else {
     unsigned char octet = 1;
     while (text.size() < length && octet != 0) {
@@ -346,7 +355,8 @@ bool Decoder::decode_octets(const RawPlan& plan, Value v, BitOrder order, size_t
       text += static_cast<char>(octet);
       if (octet == 0) octet = 1;
     }
-    if (plan.form == RawLength::null_terminated && octet != 0) return fail("the character that ends the text is missing");
+    if (plan.form == RawLength::null_terminated && octet != 0)
+      return fail("the character that ends the text is missing");
     if (order.octets_last) std::reverse(text.begin(), text.end());
     octets = text;
   }
@@ -384,8 +394,7 @@ bool Decoder::decode_list(const RawPlan& plan, Value v, RawOrder around, size_t 
       break;
     }
     const bool is_last = plan.extension != RawExtension::none &&
-                         source.last_bit((plan.order == RawOrder::inherited ? around : plan.order) == RawOrder::msb) ==
-                             (plan.extension == RawExtension::last_is_one);
+                         source.last_bit() == (plan.extension == RawExtension::last_is_one);
     if (is_last) break;
     const bool took_nothing = source.place.bits() == before;
     if (took_nothing && (count == any_count || v->parts.size > source.size())) break;
@@ -435,7 +444,8 @@ bool Decoder::decode_choice(const RawPlan& plan, Value v, RawOrder around, size_
   return try_alternatives(plan, v, around, limit, fills);
 }
 
-// The first alternative that fits; where the union is all that stands there, rather one that leaves no octets.
+// The first alternative that fits; where the union is all that stands there, rather one that leaves no
+// octets.
 bool Decoder::try_alternatives(const RawPlan& plan, Value v, RawOrder around, size_t limit, bool fills) {
   const BitPlace start = source.place;
   size_t first = no_place;
@@ -460,7 +470,9 @@ size_t Decoder::needed_behind(const Record& r, size_t i, size_t counter) const {
   size_t bits = 0;
   for (size_t k = i + 1; k < r.plan.fields.size(); ++k) {
     const RawField& f = r.plan.fields[k];
-    if (counter != no_place && std::find(f.counted_by.begin(), f.counted_by.end(), counter) == f.counted_by.end()) continue;
+    if (counter != no_place &&
+        std::find(f.counted_by.begin(), f.counted_by.end(), counter) == f.counted_by.end())
+      continue;
     const bool is_due = f.optional && f.has_presence &&
                         std::any_of(f.presence.begin(), f.presence.end(), [&](const RawCondition& c) {
                           return c.path[0] < i && holds_for(c, part_at(r.v, c.path));
@@ -475,7 +487,8 @@ size_t Decoder::limit_of(const Record& r, size_t i) const {
   const RawField& field = r.plan.fields[i];
   const size_t at = source.place.bits();
   size_t limit = std::min(r.limit, source.size());
-  const bool is_open = field.plan->form != RawLength::given && field.pointed_by == no_place && r.plan.pointers.empty();
+  const bool is_open =
+      field.plan->form != RawLength::given && field.pointed_by == no_place && r.plan.pointers.empty();
   auto leave = [&](size_t end, size_t counter) {
     const size_t needed = is_open ? needed_behind(r, i, counter) : 0;
     return end >= at + needed ? end - needed : end;
@@ -492,14 +505,16 @@ size_t Decoder::limit_of(const Record& r, size_t i) const {
 bool Decoder::has_own_length(const Record& r, size_t i) const {
   const auto& counted_by = r.plan.fields[i].counted_by;
   return std::any_of(counted_by.begin(), counted_by.end(), [&](size_t k) {
-    return counters_[r.counters + k].known && r.plan.lengths[k].unit != unit_elements && r.plan.lengths[k].counted.size() == 1;
+    return counters_[r.counters + k].known && r.plan.lengths[k].unit != unit_elements &&
+           r.plan.lengths[k].counted.size() == 1;
   });
 }
 
 size_t Decoder::count_of(const Record& r, size_t i) const {
   for (const size_t k : r.plan.fields[i].counted_by) {
     const Counter& counter = counters_[r.counters + k];
-    if (counter.known && r.plan.lengths[k].unit == unit_elements) return static_cast<size_t>(std::max(0L, counter.left));
+    if (counter.known && r.plan.lengths[k].unit == unit_elements)
+      return static_cast<size_t>(std::max(0L, counter.left));
   }
   return any_count;
 }
@@ -512,7 +527,8 @@ bool Decoder::start_counter(const Record& r, size_t i) {
   const long unit = length.unit == unit_elements ? 1 : length.unit;
   if (leaf->integer < length.added) return fail("the length is too small");
   const auto number = static_cast<unsigned long>(leaf->integer - length.added);
-  if (number > source.size() / static_cast<size_t>(unit) + 1) return fail("the length is more than there are octets");
+  if (number > source.size() / static_cast<size_t>(unit) + 1)
+    return fail("the length is more than there are octets");
   Counter& counter = counters_[r.counters + r.plan.fields[i].length];
   counter = {true, static_cast<long>(number) * unit};
   for (const size_t c : length.counted) {
@@ -528,8 +544,9 @@ void Decoder::count_down(const Record& r, size_t i) {
   for (const size_t k : r.plan.fields[i].counted_by) {
     Counter& counter = counters_[r.counters + k];
     if (!counter.known || r.plan.lengths[k].field >= i) continue;
-    counter.left -= r.plan.lengths[k].unit == unit_elements ? static_cast<long>(r.v->parts.data[i]->parts.size)
-                                                            : static_cast<long>(span.end.bits() - span.start.bits());
+    counter.left -= r.plan.lengths[k].unit == unit_elements
+                        ? static_cast<long>(r.v->parts.data[i]->parts.size)
+                        : static_cast<long>(span.end.bits() - span.start.bits());
   }
 }
 
@@ -558,11 +575,13 @@ bool Decoder::go_to_target(const Record& r, size_t i, bool& is_omitted) {
   is_omitted = !number || number->integer == 0;
   if (is_omitted) return true;
   const size_t base = spans_[r.spans + pointer.base].start.bits();
-  const auto distance = static_cast<unsigned long>(number->integer) * static_cast<unsigned long>(pointer.unit);
-  if (number->integer < 0 || number->integer > static_cast<long>(source.size()) || base + distance > source.size() ||
-      (base + distance) % 8)
+  const auto distance =
+      static_cast<unsigned long>(number->integer) * static_cast<unsigned long>(pointer.unit);
+  if (number->integer < 0 || number->integer > static_cast<long>(source.size()) ||
+      base + distance > source.size() || (base + distance) % 8)
     return fail("the pointer leads out of the octets");
-  source.place = {(base + distance) / 8, 0, 8};
+  source.place = {};
+  source.place.octet = (base + distance) / 8;
   return true;
 }
 
@@ -591,7 +610,8 @@ bool Decoder::decode_present(const Record& r, size_t i, size_t limit) {
   span.start = source.place;
   count_ = count_of(r, i);
   fills_ = has_own_length(r, i);
-  bool good = (field.cross.empty() || choose_alternative(r, i)) && decode(*field.plan, part, r.plan.order, limit);
+  bool good =
+      (field.cross.empty() || choose_alternative(r, i)) && decode(*field.plan, part, r.plan.order, limit);
   forced_ = no_place;
   count_ = any_count;
   chosen_ = fills_ = false;
@@ -683,7 +703,8 @@ bool Decoder::decode_set(const RawPlan& plan, Value v, size_t limit) {
   for (bool found = true; found && good && left_until(source, limit) > 0;) {
     found = false;
     for (size_t i = 0; i < plan.fields.size() && good && !found; ++i) {
-      const bool may_come = !v->parts.data[i] || (plan.fields[i].plan->repeatable && is_list_kind(plan.fields[i].plan->kind));
+      const bool may_come =
+          !v->parts.data[i] || (plan.fields[i].plan->repeatable && is_list_kind(plan.fields[i].plan->kind));
       if (plan.fields[i].omitted || !may_come) continue;
       path_.enter(plan.fields[i].name);
       good = decode_set_field(r, i, found);

@@ -18,7 +18,7 @@ bool is_there(Value part) {
 // A part that gets another value than it has, since lengths, tags and pointers ask for it.
 struct Replaced {
   Value part;
-  Value by;               // null: the number
+  Value by;  // null: the number
   long number;
 };
 
@@ -49,7 +49,8 @@ class Encoder {
   bool encode_fields(const RawPlan& plan, Value v, size_t spans);
   bool set_lengths(const RawPlan& plan, Value v, size_t spans);
   bool set_pointers(const RawPlan& plan, Value v, size_t spans);
-  bool set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number, size_t spans);
+  bool set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number,
+                  size_t spans);
   bool encode_again(const RawPlan& plan, Value v, size_t field, size_t spans);
   bool mark_last(RawExtension kind, const BitPlace& start, const BitPlace& end);
 
@@ -95,7 +96,8 @@ void Encoder::ask_for(Value whole, const RawConditions& conditions) {
 
 void Encoder::pad(unsigned multiple, const std::string& pattern, BitOrder order) {
   if (multiple == 0) return;
-  for (size_t i = 0; sink.place.bits() % multiple != 0; ++i) sink.put(pattern[i % pattern.size()] == '1', 1, order);
+  for (size_t i = 0; sink.place.bits() % multiple != 0; ++i)
+    sink.put(pattern[i % pattern.size()] == '1', 1, order);
 }
 
 bool Encoder::encode(const RawPlan& plan, Value v, RawOrder around) {
@@ -194,7 +196,8 @@ bool Encoder::encode_number(const RawPlan& plan, lumo_long_integer_t number, Bit
   if (plan.form != RawLength::given) return encode_groups_of_seven(plan, number, order);
   uint64_t bits;
   if (!number_bits(plan, number, bits))
-    return fail("the number " + std::to_string(number) + " does not fit into " + std::to_string(plan.length) + " bits");
+    return fail("the number " + std::to_string(number) + " does not fit into " + std::to_string(plan.length) +
+                " bits");
   sink.put(bits, static_cast<unsigned>(plan.length), order);
   return true;
 }
@@ -240,7 +243,8 @@ bool Encoder::encode_digits(const RawPlan& plan, std::string_view digits, BitOrd
   for (size_t i = 0; i < pairs; ++i) {
     const size_t at = order.octets_last ? pairs - 1 - i : i;
     const unsigned first = number(all[2 * at]), second = number(all[2 * at + 1]);
-    sink.put_octet(static_cast<unsigned char>(plan.hex_high ? first << 4 | second : second << 4 | first), order);
+    sink.put_octet(static_cast<unsigned char>(plan.hex_high ? first << 4 | second : second << 4 | first),
+                   order);
   }
   if (all.size() % 2) sink.put(number(all.back()), 4, order);
   return true;
@@ -281,8 +285,7 @@ bool Encoder::encode_list(const RawPlan& plan, Value v, RawOrder around) {
     pad(element.prepadding, element.pattern, {});
     if (!encode(element, v->parts.data[i], around)) return false;
     if (plan.extension != RawExtension::none)
-      sink.set_last_bit((i + 1 == v->parts.size) == (plan.extension == RawExtension::last_is_one),
-                        (plan.order == RawOrder::inherited ? around : plan.order) == RawOrder::msb);
+      sink.set_last_bit((i + 1 == v->parts.size) == (plan.extension == RawExtension::last_is_one));
     pad(element.padding, element.pattern, {});
   }
   return true;
@@ -304,7 +307,8 @@ bool Encoder::encode_choice(const RawPlan& plan, Value v, RawOrder around) {
 // The most significant bit of each octet tells whether it is the last one.
 bool Encoder::mark_last(RawExtension kind, const BitPlace& start, const BitPlace& end) {
   if (kind == RawExtension::none || end.octet == start.octet) return true;
-  if (!start.is_aligned() || !end.is_aligned()) return fail("what has an extension bit does not fill whole octets");
+  if (!start.is_aligned() || !end.is_aligned())
+    return fail("what has an extension bit does not fill whole octets");
   for (size_t i = start.octet; i < end.octet; ++i) {
     const bool is_set = (i + 1 == end.octet) == (kind == RawExtension::last_is_one);
     auto& octet = reinterpret_cast<unsigned char&>(sink.octets()[i]);
@@ -325,7 +329,8 @@ bool Encoder::encode_record(const RawPlan& plan, Value v) {
     if (field.cross.empty()) continue;
     const Value chosen = settled(part);
     for (const RawAlternative& a : field.cross)
-      if (chosen->form == Form::choice && static_cast<long>(a.index) == chosen->index) ask_for(v, a.conditions);
+      if (chosen->form == Form::choice && static_cast<long>(a.index) == chosen->index)
+        ask_for(v, a.conditions);
   }
   spans_.resize(spans + plan.fields.size());
   bool good = encode_fields(plan, v, spans) && set_lengths(plan, v, spans) && set_pointers(plan, v, spans);
@@ -354,7 +359,8 @@ bool Encoder::encode_fields(const RawPlan& plan, Value v, size_t spans) {
     // The number of a length or pointer is set when all is there.
     if (field.length != no_place || field.pointer != no_place) {
       const size_t replaced = replaced_.size();
-      const Value number = length_leaf(part, field.length == no_place ? std::string() : plan.lengths[field.length].index);
+      const Value number =
+          length_leaf(part, field.length == no_place ? std::string() : plan.lengths[field.length].index);
       if (number) replaced_.push_back({number, nullptr, 0});
       if (!encode(*field.plan, part, plan.order)) return false;
       replaced_.resize(replaced);
@@ -396,14 +402,16 @@ bool Encoder::set_pointers(const RawPlan& plan, Value v, size_t spans) {
     const size_t distance = target.start.bits() - base.start.bits();
     path_.enter(plan.fields[pointer.field].name);
     const long number = target.present ? static_cast<long>(distance) / pointer.unit : 0;
-    if (target.present && distance % static_cast<size_t>(pointer.unit)) return fail("the distance is no whole number");
+    if (target.present && distance % static_cast<size_t>(pointer.unit))
+      return fail("the distance is no whole number");
     if (!set_number(plan, v, pointer.field, "", number, spans)) return false;
     path_.leave();
   }
   return true;
 }
 
-bool Encoder::set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number, size_t spans) {
+bool Encoder::set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number,
+                         size_t spans) {
   const RawPlan& holder = *plan.fields[field].plan;
   uint64_t bits;
   if (holder.kind == lumo_type_kind_integer && holder.form == RawLength::given &&
@@ -437,13 +445,15 @@ bool Encoder::encode_again(const RawPlan& plan, Value v, size_t field, size_t sp
     if (!now.is_aligned()) {
       const unsigned free = ((1u << now.high) - 1) & ~((1u << now.low) - 1);
       auto& octet = reinterpret_cast<unsigned char&>(sink.octets()[whole]);
-      octet = static_cast<unsigned char>((octet & ~free) | (static_cast<unsigned char>(all.octets()[whole]) & free));
+      octet = static_cast<unsigned char>((octet & ~free) |
+                                         (static_cast<unsigned char>(all.octets()[whole]) & free));
     }
     sink.octets() += all.octets().substr(whole + !now.is_aligned());
     sink.place = end;
     return true;
   }
-  if (!now.is_aligned() || !span.end.is_aligned()) return fail("the length changes the place of what follows");
+  if (!now.is_aligned() || !span.end.is_aligned())
+    return fail("the length changes the place of what follows");
   sink.octets() += all.octets().substr(span.end.octet);
   const size_t shift = now.octet - span.end.octet;
   span.end = now;

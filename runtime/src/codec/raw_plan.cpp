@@ -30,7 +30,8 @@ size_t enumerated_bits(lumo_type_t type) {
   const lumo_type_info_struct_t* info = structure_of(type);
   unsigned long greatest = 1;
   for (long i = 0; i < info->number_of_fields; ++i)
-    greatest = std::max(greatest, static_cast<unsigned long>(std::max(0L, info->enum_or_array_info[i].number)));
+    greatest =
+        std::max(greatest, static_cast<unsigned long>(std::max(0L, info->enum_or_array_info[i].number)));
   size_t bits = 0;
   for (; greatest; greatest >>= 1) ++bits;
   return bits;
@@ -77,7 +78,8 @@ size_t least_bits(const RawPlan& plan, int depth = 0) {
   }
   if (is_list_kind(plan.kind))
     return plan.form == RawLength::given ? plan.length * least_bits(*plan.fields[0].plan, depth + 1) : 0;
-  if (plan.kind != lumo_type_kind_union) return plan.form == RawLength::given ? plan.length * bits_of_unit(plan.kind) : 0;
+  if (plan.kind != lumo_type_kind_union)
+    return plan.form == RawLength::given ? plan.length * bits_of_unit(plan.kind) : 0;
   size_t bits = SIZE_MAX;
   for (const RawField& f : plan.fields) bits = std::min(bits, least_bits(*f.plan, depth + 1));
   return bits;
@@ -202,7 +204,8 @@ void Planner::fill_leaf(RawPlan& plan, const RawWords& words) {
                 : plan.kind == lumo_type_kind_enumerated ? enumerated_bits(plan.type)
                 : plan.kind == lumo_type_kind_float      ? 64
                                                          : 8;
-  if (plan.kind == lumo_type_kind_integer && plan.extension != RawExtension::none) plan.form = RawLength::variable;
+  if (plan.kind == lumo_type_kind_integer && plan.extension != RawExtension::none)
+    plan.form = RawLength::variable;
 }
 
 void Planner::fill_fields(RawPlan& plan, const RawWords& words) {
@@ -249,7 +252,8 @@ void Planner::fill_field(RawPlan& plan, size_t i, const RawWords& words) {
 size_t Planner::field_of(const RawPlan& plan, std::string_view name, const char* word) {
   for (size_t i = 0; i < plan.fields.size(); ++i)
     if (name == plan.fields[i].name) return i;
-  error(plan.type, "", std::string("the word ") + word + " names " + std::string(name) + ", which is no field");
+  error(plan.type, "",
+        std::string("the word ") + word + " names " + std::string(name) + ", which is no field");
   return no_place;
 }
 
@@ -271,7 +275,8 @@ bool Planner::resolve_path(const RawPlan& from, std::string_view path, RawCondit
   c.is_fixed = true;
   for (const std::string_view name : split_list(path, '.')) {
     const auto& fields = c.part->fields;
-    const auto found = std::find_if(fields.begin(), fields.end(), [&](const RawField& f) { return name == f.name; });
+    const auto found =
+        std::find_if(fields.begin(), fields.end(), [&](const RawField& f) { return name == f.name; });
     if (found == fields.end() || is_list_kind(c.part->kind)) return false;
     if (c.part->order != RawOrder::inherited) c.part_order = c.part->order;
     if (has_fields(c.part->kind))
@@ -295,8 +300,9 @@ RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& 
     if (key.value != "omit") {
       c.constant = read_constant(c.part->type, key.value, lumo_type_definition_module(of.type, nullptr));
       if (!c.constant) {
-        error(of.type, "", std::string("the word ") + word + " compares " + key.path + " with " + key.value +
-                               ", which is no value of its type");
+        error(of.type, "",
+              std::string("the word ") + word + " compares " + key.path + " with " + key.value +
+                  ", which is no value of its type");
         continue;
       }
     }
@@ -322,7 +328,8 @@ void Planner::resolve(RawPlan& plan, const RawWords& words, const std::vector<Ra
 
 void Planner::check_before(const RawPlan& plan, size_t i, const RawCondition& c, const char* word) {
   if (c.path[0] >= i)
-    error(plan.type, plan.fields[i].name, std::string("the word ") + word + " names a field that does not come before");
+    error(plan.type, plan.fields[i].name,
+          std::string("the word ") + word + " names a field that does not come before");
 }
 
 void Planner::resolve_place(RawPlan& plan, size_t i, const RawWords& place) {
@@ -342,11 +349,13 @@ void Planner::resolve_place(RawPlan& plan, size_t i, const RawWords& place) {
 
 void Planner::resolve_length(RawPlan& plan, size_t i, const RawWords& place) {
   RawField& field = plan.fields[i];
-  RawLengthField length{i, place.length_index.value_or(""), {}, place.unit.value_or(8), place.length_added.value_or(0)};
+  RawLengthField length{
+      i, place.length_index.value_or(""), {}, place.unit.value_or(8), place.length_added.value_or(0)};
   const lumo_type_kind_t kind = field.plan->kind;
   if (kind != lumo_type_kind_integer && !is_constructed(kind))
     error(plan.type, field.name, "the word LENGTHTO does not fit the type");
-  if (has_fields(kind) && length.index.empty()) error(plan.type, field.name, "the word LENGTHTO needs LENGTHINDEX");
+  if (has_fields(kind) && length.index.empty())
+    error(plan.type, field.name, "the word LENGTHTO needs LENGTHINDEX");
   if (has_fields(kind) && !length.index.empty() && field_index(field.plan->type, length.index.c_str()) < 0)
     error(plan.type, field.name, "the word LENGTHINDEX names " + length.index + ", which is no field");
   field.length = plan.lengths.size();
@@ -362,7 +371,8 @@ void Planner::resolve_length(RawPlan& plan, size_t i, const RawWords& place) {
 }
 
 void Planner::resolve_pointer(RawPlan& plan, size_t i, const RawWords& place) {
-  RawPointerField pointer{i, field_of(plan, *place.pointer_to, "POINTERTO"), i, place.pointer_unit.value_or(8)};
+  RawPointerField pointer{i, field_of(plan, *place.pointer_to, "POINTERTO"), i,
+                          place.pointer_unit.value_or(8)};
   if (place.pointer_base) pointer.base = field_of(plan, *place.pointer_base, "PTROFFSET");
   if (pointer.target == no_place || pointer.base == no_place) return;
   if (pointer.target <= i || pointer.base > pointer.target) {

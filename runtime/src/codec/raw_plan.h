@@ -1,5 +1,5 @@
-// The plan by which values of a type are encoded and decoded as bit fields: made once when the suite starts, with all
-// names resolved, so that encoding and decoding look at no text.
+// The plan by which values of a type are encoded and decoded as bit fields: made once when the suite starts,
+// with all names resolved, so that encoding and decoding look at no text.
 #pragma once
 
 #include <cstdint>
@@ -24,8 +24,8 @@ struct RawStep {
   RawOrder order;
 };
 
-// A part of a value has a certain value. Where all that lies before the part has one size, it can be looked at in the
-// octets without decoding what it is a part of.
+// A part of a value has a certain value. Where all that lies before the part has one size, it can be looked
+// at in the octets without decoding what it is a part of.
 struct RawCondition {
   std::vector<size_t> path;  // fields and alternatives
   const RawPlan* part = nullptr;
@@ -82,9 +82,9 @@ struct RawPlan {
   RawOrder order = RawOrder::inherited;
   BitOrder bits;  // without the order of fields
   RawLength form = RawLength::variable;
-  size_t length = 0;  // with the form `given`: bits, digits, octets, characters or elements
-  size_t most = SIZE_MAX;   // with another form: no more than that
-  size_t least_bits = 0;    // that any value takes
+  size_t length = 0;       // with the form `given`: bits, digits, octets, characters or elements
+  size_t most = SIZE_MAX;  // with another form: no more than that
+  size_t least_bits = 0;   // that any value takes
   RawSign sign = RawSign::none;
   bool hex_high = false;
   bool align_left = false;
@@ -104,8 +104,8 @@ struct RawPlan {
   mutable std::vector<uint8_t> checked;
 };
 
-// The plan of a type, made at the first call; the texts that were wrong are added to errors, each once, with the names
-// of type, field and word.
+// The plan of a type, made at the first call; the texts that were wrong are added to errors, each once, with
+// the names of type, field and word.
 const RawPlan& raw_plan(lumo_type_t type, std::vector<std::string>& errors);
 
 }  // namespace lumos

@@ -64,8 +64,9 @@ bool set_pattern(RawWords& w, const Arguments& a) {
 }
 
 bool read_extension(std::string_view text, RawExtension& kind) {
-  kind = text == "yes" ? RawExtension::last_is_one
-                       : text == "reverse" ? RawExtension::last_is_zero : RawExtension::none;
+  kind = text == "yes"       ? RawExtension::last_is_one
+         : text == "reverse" ? RawExtension::last_is_zero
+                             : RawExtension::none;
   return text == "yes" || text == "reverse" || text == "no";
 }
 
@@ -149,17 +150,21 @@ struct RawWord {
 constexpr RawWord table[] = {
     {"FIELDLENGTH", set_length},
     {"COMP", set_sign},
-    {"BYTEORDER", [](RawWords& w, const Arguments& a) { return set_choice(w.octets_last, a, "first", "last"); }},
+    {"BYTEORDER",
+     [](RawWords& w, const Arguments& a) { return set_choice(w.octets_last, a, "first", "last"); }},
     {"BITORDER", [](RawWords& w, const Arguments& a) { return set_choice(w.bits_msb, a, "lsb", "msb"); }},
-    {"BITORDERINFIELD", [](RawWords& w, const Arguments& a) { return set_choice(w.mirrored, a, "lsb", "msb"); }},
-    {"BITORDERINOCTET", [](RawWords& w, const Arguments& a) { return set_choice(w.bits_msb, a, "lsb", "msb"); }},
+    {"BITORDERINFIELD",
+     [](RawWords& w, const Arguments& a) { return set_choice(w.mirrored, a, "lsb", "msb"); }},
+    {"BITORDERINOCTET",
+     [](RawWords& w, const Arguments& a) { return set_choice(w.bits_msb, a, "lsb", "msb"); }},
     {"FIELDORDER", [](RawWords& w, const Arguments& a) { return set_choice(w.fields_msb, a, "lsb", "msb"); }},
     {"HEXORDER", [](RawWords& w, const Arguments& a) { return set_choice(w.hex_high, a, "low", "high"); }},
     {"ALIGN", [](RawWords& w, const Arguments& a) { return set_choice(w.align_left, a, "right", "left"); }},
     {"PADDING", [](RawWords& w, const Arguments& a) { return set_padding(w.padding, a); }},
     {"PREPADDING", [](RawWords& w, const Arguments& a) { return set_padding(w.prepadding, a); }},
     {"PADDING_PATTERN", set_pattern},
-    {"PADDALL", [](RawWords& w, const Arguments& a) {
+    {"PADDALL",
+     [](RawWords& w, const Arguments& a) {
        return a.empty() ? set_once(w.pad_all, true) : set_choice(w.pad_all, a, "no", "yes");
      }},
     {"EXTENSION_BIT", set_extension},
@@ -168,7 +173,10 @@ constexpr RawWord table[] = {
     {"UNIT", set_unit},
     {"LENGTHINDEX", [](RawWords& w, const Arguments& a) { return set_path(w.length_index, a); }},
     {"POINTERTO", [](RawWords& w, const Arguments& a) { return set_path(w.pointer_to, a); }},
-    {"PTRUNIT", [](RawWords& w, const Arguments& a) { return a.size() == 1 && set_number(w.pointer_unit, a[0], 1, 4096); }},
+    {"PTRUNIT",
+     [](RawWords& w, const Arguments& a) {
+       return a.size() == 1 && set_number(w.pointer_unit, a[0], 1, 4096);
+     }},
     {"PTROFFSET", [](RawWords& w, const Arguments& a) { return set_path(w.pointer_base, a); }},
     {"PRESENCE", [](RawWords& w, const Arguments& a) { return add_keys(w.presence, a); }},
     {"REPEATABLE", [](RawWords& w, const Arguments& a) { return set_choice(w.repeatable, a, "no", "yes"); }},
@@ -185,7 +193,8 @@ bool read_special(const Word& word, RawWords& w, bool& good) {
     std::vector<Word> inner;
     RawWords top;
     std::string error;
-    good = read_raw_words(word.arguments.c_str(), top, error) && top.bits_msb && set_once(w.top_msb, *top.bits_msb);
+    good = read_raw_words(word.arguments.c_str(), top, error) && top.bits_msb &&
+           set_once(w.top_msb, *top.bits_msb);
   } else {
     return false;
   }
@@ -196,7 +205,8 @@ bool read_word(const Word& word, RawWords& w, std::string& error) {
   bool good = word.name.empty() && is_json_phrase(word.arguments);
   if (good) return true;
   if (!read_special(word, w, good)) {
-    const auto* row = std::find_if(std::begin(table), std::end(table), [&](const RawWord& r) { return word.name == r.name; });
+    const auto* row = std::find_if(std::begin(table), std::end(table),
+                                   [&](const RawWord& r) { return word.name == r.name; });
     if (row == std::end(table)) {
       if (is_known_word(word.name)) return true;
       error = "the word '" + (word.name.empty() ? word.arguments : word.name) + "' is not known";
@@ -204,7 +214,9 @@ bool read_word(const Word& word, RawWords& w, std::string& error) {
     }
     good = row->set(w, split_list(word.arguments, ',')) && set_suffix(w, word.suffix);
   }
-  if (!good) error = "the word " + word.name + "(" + word.arguments + ")" + word.suffix + " is wrong or contradicts another";
+  if (!good)
+    error = "the word " + word.name + "(" + word.arguments + ")" + word.suffix +
+            " is wrong or contradicts another";
   return good;
 }
 
@@ -219,7 +231,8 @@ void replace(std::vector<T>& target, const std::vector<T>& source) {
 }
 
 bool is_number(lumo_type_kind_t kind) {
-  return kind == lumo_type_kind_integer || kind == lumo_type_kind_enumerated || kind == lumo_type_kind_boolean;
+  return kind == lumo_type_kind_integer || kind == lumo_type_kind_enumerated ||
+         kind == lumo_type_kind_boolean;
 }
 
 bool is_leaf(lumo_type_kind_t kind) {
@@ -232,14 +245,15 @@ void RawWords::add(const RawWords& o) {
   if (o.length_form) length = o.length;
   replace(length_form, o.length_form);
   replace(sign, o.sign);
-  for (const auto member : {&RawWords::octets_last, &RawWords::bits_msb, &RawWords::mirrored, &RawWords::fields_msb,
-                            &RawWords::hex_high, &RawWords::align_left, &RawWords::repeatable, &RawWords::top_msb,
-                            &RawWords::pad_all})
+  for (const auto member : {&RawWords::octets_last, &RawWords::bits_msb, &RawWords::mirrored,
+                            &RawWords::fields_msb, &RawWords::hex_high, &RawWords::align_left,
+                            &RawWords::repeatable, &RawWords::top_msb, &RawWords::pad_all})
     replace(this->*member, o.*member);
-  for (const auto member : {&RawWords::padding, &RawWords::prepadding, &RawWords::length_added, &RawWords::unit,
-                            &RawWords::pointer_unit})
+  for (const auto member : {&RawWords::padding, &RawWords::prepadding, &RawWords::length_added,
+                            &RawWords::unit, &RawWords::pointer_unit})
     replace(this->*member, o.*member);
-  for (const auto member : {&RawWords::pattern, &RawWords::length_index, &RawWords::pointer_to, &RawWords::pointer_base})
+  for (const auto member :
+       {&RawWords::pattern, &RawWords::length_index, &RawWords::pointer_to, &RawWords::pointer_base})
     replace(this->*member, o.*member);
   replace(extension, o.extension);
   replace(extension_groups, o.extension_groups);
@@ -256,15 +270,18 @@ bool read_raw_words(const char* text, RawWords& words, std::string& error) {
     error = std::string("the text \"") + text + "\" has a parenthesis or quote without an end";
     return false;
   }
-  return std::all_of(list.begin(), list.end(), [&](const Word& word) { return read_word(word, words, error); });
+  return std::all_of(list.begin(), list.end(),
+                     [&](const Word& word) { return read_word(word, words, error); });
 }
 
 const char* unfit_raw_word(const RawWords& w, lumo_type_kind_t kind) {
   const bool has_fields = kind == lumo_type_kind_record || kind == lumo_type_kind_set;
   const bool has_length = is_leaf(kind) || is_list_kind(kind);
   if (w.length_form == RawLength::given && !has_length) return "FIELDLENGTH";
-  if (w.length_form == RawLength::null_terminated && !is_text_kind(kind)) return "FIELDLENGTH(null_terminated)";
-  if (w.length_form == RawLength::given && is_number(kind) && (w.length < 1 || w.length > 64)) return "FIELDLENGTH";
+  if (w.length_form == RawLength::null_terminated && !is_text_kind(kind))
+    return "FIELDLENGTH(null_terminated)";
+  if (w.length_form == RawLength::given && is_number(kind) && (w.length < 1 || w.length > 64))
+    return "FIELDLENGTH";
   if (w.sign && !is_number(kind)) return "COMP";
   if (w.hex_high && kind != lumo_type_kind_hexstring) return "HEXORDER";
   if (!w.tags.empty() && !has_fields && kind != lumo_type_kind_union) return "TAG";

@@ -1,4 +1,5 @@
-// The words of RAW encoding that hold for a type or field, read into a structure; and which kinds of types take them.
+// The words of RAW encoding that hold for a type or field, read into a structure; and which kinds of types
+// take them.
 #pragma once
 
 #include <optional>
@@ -54,7 +55,8 @@ struct RawWords {
   void add(const RawWords& other);
 };
 
-// Adds the words of a text; false leaves a message that names the word. Words of other encodings are passed over.
+// Adds the words of a text; false leaves a message that names the word. Words of other encodings are passed
+// over.
 bool read_raw_words(const char* text, RawWords& words, std::string& error);
 // A word that a type of that kind cannot have; null if there is none.
 const char* unfit_raw_word(const RawWords& words, lumo_type_kind_t kind);

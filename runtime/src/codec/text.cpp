@@ -22,7 +22,8 @@ bool is_there(Value part) {
 void convert(std::string& text, TextCase to) {
   for (char& c : text)
     if (to != TextCase::same)
-      c = static_cast<char>(to == TextCase::upper ? std::toupper(static_cast<unsigned char>(c)) : std::tolower(static_cast<unsigned char>(c)));
+      c = static_cast<char>(to == TextCase::upper ? std::toupper(static_cast<unsigned char>(c))
+                                                  : std::tolower(static_cast<unsigned char>(c)));
 }
 
 // --- encoding
@@ -92,7 +93,9 @@ bool Encoder::encode_leaf(const TextPlan& plan, Value v) {
     text = plain_octets(v);
   }
   convert(text, plan.written_case);
-  if (text.size() > plan.most) return fail("the value has " + std::to_string(text.size()) + " characters, " + std::to_string(plan.most) + " fit");
+  if (text.size() > plan.most)
+    return fail("the value has " + std::to_string(text.size()) + " characters, " + std::to_string(plan.most) +
+                " fit");
   if (text.size() < plan.least) {
     const size_t at = !plan.just_right ? text.size() : plan.leading_zeros && text.starts_with("-") ? 1 : 0;
     text.insert(at, plan.least - text.size(), plan.leading_zeros && plan.just_right ? '0' : ' ');
@@ -161,7 +164,8 @@ bool Decoder::fail(const char* what) {
 }
 
 std::string Decoder::fault() const {
-  return "octet " + std::to_string(fault_at_ + 1) + (fault_path_.empty() ? "" : ", field " + fault_path_) + ": " + fault_what_;
+  return "octet " + std::to_string(fault_at_ + 1) + (fault_path_.empty() ? "" : ", field " + fault_path_) +
+         ": " + fault_what_;
 }
 
 bool Decoder::take(const TextToken& token, const char* what) {
@@ -183,8 +187,9 @@ bool Decoder::decode(const TextPlan& plan, Value v) {
   if (stack_is_short()) return fail("the value is nested too deeply");
   const size_t terminators = terminators_.size();
   if (plan.end.given) terminators_.push_back(&plan.end);
-  const bool good = take(plan.begin, "the text that begins the value is missing") && decode_content(plan, v) &&
-                    take(plan.end, "the text that ends the value is missing") && check(v);
+  const bool good = take(plan.begin, "the text that begins the value is missing") &&
+                    decode_content(plan, v) && take(plan.end, "the text that ends the value is missing") &&
+                    check(v);
   terminators_.resize(terminators);
   return good;
 }
@@ -217,7 +222,8 @@ bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_fir
   const bool has_next = !plan.separator.given && !is_last && plan.fields[i + 1].plan->begin.given;
   if (has_next) terminators_.push_back(&plan.fields[i + 1].plan->begin);
   path_.enter(plan.fields[i].name.c_str());
-  const bool good = (is_first || take(plan.separator, "the separator is missing")) && decode(*plan.fields[i].plan, force_part(v, i));
+  const bool good = (is_first || take(plan.separator, "the separator is missing")) &&
+                    decode(*plan.fields[i].plan, force_part(v, i));
   path_.leave();
   terminators_.resize(terminators);
   if (good) {
@@ -244,7 +250,8 @@ bool Decoder::decode_set(const TextPlan& plan, Value v) {
   for (bool found = true; found;) {
     found = false;
     for (size_t i = 0; i < plan.fields.size() && !found; ++i)
-      if (const size_t start = at; !v->parts.data[i] && decode_field(plan, v, i, is_first)) found = at > start;
+      if (const size_t start = at; !v->parts.data[i] && decode_field(plan, v, i, is_first))
+        found = at > start;
   }
   for (size_t i = 0; i < plan.fields.size(); ++i)
     if (!v->parts.data[i] && !omit(plan, v, i)) return fail("a field is missing");
@@ -260,7 +267,8 @@ bool Decoder::decode_list(const TextPlan& plan, Value v) {
     const size_t start = at, size = v->parts.size;
     resize_parts(v, size + 1);
     const bool good = (size == 0 || take(plan.separator, "the separator is missing")) &&
-                      decode(*plan.fields[0].plan, force_part(v, size)) && (at > start || (size == 0 && at < octets_.size()));
+                      decode(*plan.fields[0].plan, force_part(v, size)) &&
+                      (at > start || (size == 0 && at < octets_.size()));
     if (good) continue;
     at = start;
     destroy(v->parts.data[size]);
@@ -269,7 +277,8 @@ bool Decoder::decode_list(const TextPlan& plan, Value v) {
     break;
   }
   terminators_.resize(terminators);
-  return v->kind != lumo_type_kind_array || v->parts.size == array_length(v->type) || fail("elements are missing");
+  return v->kind != lumo_type_kind_array || v->parts.size == array_length(v->type) ||
+         fail("elements are missing");
 }
 
 bool Decoder::decode_choice(const TextPlan& plan, Value v) {
@@ -301,9 +310,11 @@ size_t Decoder::extent(const TextPlan& plan) const {
   if (!plan.content.pattern.empty()) return plan.content.match(rest);
   size_t start = rest.find_first_not_of(' ');
   start = start == npos ? 0 : start;
-  if (plan.kind == lumo_type_kind_integer) return while_any(rest, start + (start < rest.size() && rest[start] == '-'), "0123456789");
+  if (plan.kind == lumo_type_kind_integer)
+    return while_any(rest, start + (start < rest.size() && rest[start] == '-'), "0123456789");
   if (plan.kind == lumo_type_kind_float) return while_any(rest, start, "0123456789.eE+-");
-  if (plan.kind == lumo_type_kind_boolean) return rest.starts_with("false") ? 5 : std::min<size_t>(rest.size(), 4);
+  if (plan.kind == lumo_type_kind_boolean)
+    return rest.starts_with("false") ? 5 : std::min<size_t>(rest.size(), 4);
   const size_t most = std::min(plan.most, rest.size());
   for (size_t n = 0; n < most; ++n)
     for (const TextToken* token : terminators_)
@@ -330,7 +341,8 @@ bool Decoder::set_leaf(const TextPlan& plan, Value v, std::string text) {
   if (plan.kind == lumo_type_kind_integer) {
     const std::string_view digits = trim(text);
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), v->integer);
-    if (error != std::errc() || end != digits.data() + digits.size()) return fail("the text is no number of 64 bits");
+    if (error != std::errc() || end != digits.data() + digits.size())
+      return fail("the text is no number of 64 bits");
     v->form = Form::integer;
     return true;
   }

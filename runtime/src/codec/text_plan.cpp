@@ -81,7 +81,8 @@ bool read_case(std::string_view value, TextCase& target) {
 bool read_length(std::string_view value, TextWords& words) {
   const bool is_least = value.starts_with("min(") && value.ends_with(")");
   const bool is_most = value.starts_with("max(") && value.ends_with(")");
-  if (is_least || is_most) return read_number(value.substr(4, value.size() - 5), is_least ? words.least : words.most);
+  if (is_least || is_most)
+    return read_number(value.substr(4, value.size() - 5), is_least ? words.least : words.most);
   return read_number(value, words.least) && read_number(value, words.most);
 }
 
@@ -99,8 +100,8 @@ bool read_option(std::string_view option, bool decodes, TextWords& words) {
   return value == "right" || value == "left";
 }
 
-// (for encoding, for decoding, 'pattern', case_insensitive), or the same options one by one; 'literal=text' of an
-// enumeration.
+// (for encoding, for decoding, 'pattern', case_insensitive), or the same options one by one; 'literal=text'
+// of an enumeration.
 bool read_coding(const Word& word, TextWords& words) {
   size_t i = 0;
   for (const std::string_view part : split_list(word.arguments, ',')) {
@@ -109,8 +110,8 @@ bool read_coding(const Word& word, TextWords& words) {
     if (part == "case_insensitive" || part == "case_sensitive") {
       words.content.any_case = part == "case_insensitive";
       words.content.given = true;
-    } else if (is_quoted(part) && inside(part).find('=') != std::string_view::npos && words.content.pattern.empty() &&
-               is_path(inside(part).substr(0, inside(part).find('=')))) {
+    } else if (is_quoted(part) && inside(part).find('=') != std::string_view::npos &&
+               words.content.pattern.empty() && is_path(inside(part).substr(0, inside(part).find('=')))) {
       words.literals.emplace_back(inside(part));
     } else if (is_quoted(part)) {
       if (!words.content.pattern.empty() || !readable_pattern(inside(part))) return false;
@@ -126,18 +127,23 @@ bool read_coding(const Word& word, TextWords& words) {
 
 class Planner {
  public:
-  const TextPlan& plan(lumo_type_t type, std::vector<std::string>& errors) { return *plan_with(plain_type(type), "", {}, errors); }
+  const TextPlan& plan(lumo_type_t type, std::vector<std::string>& errors) {
+    return *plan_with(plain_type(type), "", {}, errors);
+  }
 
  private:
-  TextPlan* plan_with(lumo_type_t type, const std::string& key, const TextWords& added, std::vector<std::string>& errors);
-  TextWords words_of(lumo_type_t type, std::string_view field, std::string* key, std::vector<std::string>& errors);
+  TextPlan* plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
+                      std::vector<std::string>& errors);
+  TextWords words_of(lumo_type_t type, std::string_view field, std::string* key,
+                     std::vector<std::string>& errors);
   void fill(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors);
   void fill_literals(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors);
 
   std::map<std::pair<lumo_type_t, std::string>, std::unique_ptr<TextPlan>> plans_;
 };
 
-void add_error(lumo_type_t type, std::string_view field, const std::string& text, std::vector<std::string>& errors) {
+void add_error(lumo_type_t type, std::string_view field, const std::string& text,
+               std::vector<std::string>& errors) {
   const char* module = lumo_type_definition_module(type, nullptr);
   std::string line = std::string("type ") + (module ? module : "") + "." + type_name(type);
   if (!field.empty()) line += ", field " + std::string(field);
@@ -145,14 +151,16 @@ void add_error(lumo_type_t type, std::string_view field, const std::string& text
   if (std::find(errors.begin(), errors.end(), line) == errors.end()) errors.push_back(line);
 }
 
-TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::string* key, std::vector<std::string>& errors) {
+TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::string* key,
+                            std::vector<std::string>& errors) {
   TextWords all;
   for (const auto& level : variants_of(type, field)) {
     TextWords words;
     for (const char* text : level) {
       if (key) *key += std::string(text) + ";";
       std::vector<Word> list;
-      if (!read_words(text, list)) add_error(type, field, std::string("the text \"") + text + "\" has no end", errors);
+      if (!read_words(text, list))
+        add_error(type, field, std::string("the text \"") + text + "\" has no end", errors);
       for (const Word& word : list) {
         const bool good = word.name == "BEGIN"         ? read_token(word, words.begin)
                           : word.name == "END"         ? read_token(word, words.end)
@@ -161,8 +169,11 @@ TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::strin
                           : word.name.empty()          ? is_json_phrase(word.arguments)
                                                        : is_known_word(word.name);
         if (!good)
-          add_error(type, field, "the word " + (word.name.empty() ? word.arguments : word.name + "(" + word.arguments + ")") +
-                                     " is not known, wrong or there twice", errors);
+          add_error(type, field,
+                    "the word " +
+                        (word.name.empty() ? word.arguments : word.name + "(" + word.arguments + ")") +
+                        " is not known, wrong or there twice",
+                    errors);
       }
     }
     all.add(words);
@@ -203,8 +214,10 @@ void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::stri
   plan.leading_zeros = words.leading_zeros;
   if (plan.kind == lumo_type_kind_enumerated) fill_literals(plan, words, errors);
   if (!words.literals.empty() && plan.kind != lumo_type_kind_enumerated)
-    add_error(plan.type, "", "the word TEXT_CODING('" + words.literals[0] + "') does not fit the type", errors);
-  const bool has_fields = plan.kind == lumo_type_kind_record || plan.kind == lumo_type_kind_set || plan.kind == lumo_type_kind_union;
+    add_error(plan.type, "", "the word TEXT_CODING('" + words.literals[0] + "') does not fit the type",
+              errors);
+  const bool has_fields = plan.kind == lumo_type_kind_record || plan.kind == lumo_type_kind_set ||
+                          plan.kind == lumo_type_kind_union;
   if (plan.separator.given && !has_fields && !is_list_kind(plan.kind))
     add_error(plan.type, "", "the word SEPARATOR does not fit the type", errors);
   for (size_t i = 0; has_fields && i < field_count(plan.type); ++i) {
@@ -217,7 +230,8 @@ void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::stri
     plan.fields.push_back({"element", plan_with(plain_type(element_type(plan.type)), "", {}, errors), false});
 }
 
-TextPlan* Planner::plan_with(lumo_type_t type, const std::string& key, const TextWords& added, std::vector<std::string>& errors) {
+TextPlan* Planner::plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
+                             std::vector<std::string>& errors) {
   std::unique_ptr<TextPlan>& known = plans_[{type, key}];
   if (known) return known.get();
   known = std::make_unique<TextPlan>();
@@ -236,7 +250,8 @@ size_t TextToken::match(std::string_view octets) const {
   if (!pattern.empty()) return pattern_prefix(pattern, octets, any_case);
   if (octets.size() < text.size()) return std::string_view::npos;
   const auto same = [this](char a, char b) {
-    return a == b || (any_case && std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)));
+    return a == b || (any_case && std::tolower(static_cast<unsigned char>(a)) ==
+                                      std::tolower(static_cast<unsigned char>(b)));
   };
   return std::equal(text.begin(), text.end(), octets.begin(), same) ? text.size() : std::string_view::npos;
 }

@@ -151,23 +151,49 @@ bool read_number(std::string_view text, long& number) {
 }
 
 bool is_path(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return is_name(c) || c == '.'; }) &&
+  return !text.empty() &&
+         std::all_of(text.begin(), text.end(), [](char c) { return is_name(c) || c == '.'; }) &&
          text.front() != '.' && text.back() != '.';
 }
 
 bool is_known_word(std::string_view name) {
-  constexpr std::string_view known[] = {
-      "FIELDLENGTH", "COMP",       "BYTEORDER",       "BITORDER", "BITORDERINFIELD", "BITORDERINOCTET", "FIELDORDER",
-      "HEXORDER",    "ALIGN",      "PADDING",         "PREPADDING", "PADDING_PATTERN", "PADDALL",       "EXTENSION_BIT",
-      "EXTENSION_BIT_GROUP",       "LENGTHTO",        "UNIT",     "LENGTHINDEX",     "POINTERTO",       "PTRUNIT",
-      "PTROFFSET",   "PRESENCE",   "TAG",             "CROSSTAG", "REPEATABLE",      "TOPLEVEL",        "FORCEOMIT",
-      "BEGIN",       "END",        "SEPARATOR",       "TEXT_CODING"};
+  constexpr std::string_view known[] = {"FIELDLENGTH",
+                                        "COMP",
+                                        "BYTEORDER",
+                                        "BITORDER",
+                                        "BITORDERINFIELD",
+                                        "BITORDERINOCTET",
+                                        "FIELDORDER",
+                                        "HEXORDER",
+                                        "ALIGN",
+                                        "PADDING",
+                                        "PREPADDING",
+                                        "PADDING_PATTERN",
+                                        "PADDALL",
+                                        "EXTENSION_BIT",
+                                        "EXTENSION_BIT_GROUP",
+                                        "LENGTHTO",
+                                        "UNIT",
+                                        "LENGTHINDEX",
+                                        "POINTERTO",
+                                        "PTRUNIT",
+                                        "PTROFFSET",
+                                        "PRESENCE",
+                                        "TAG",
+                                        "CROSSTAG",
+                                        "REPEATABLE",
+                                        "TOPLEVEL",
+                                        "FORCEOMIT",
+                                        "BEGIN",
+                                        "END",
+                                        "SEPARATOR",
+                                        "TEXT_CODING"};
   return std::find(std::begin(known), std::end(known), name) != std::end(known);
 }
 
 bool is_json_phrase(std::string_view phrase) {
-  constexpr std::string_view beginnings[] = {"JSON", "name as ", "omit as ", "default", "as value", "escape as ", "as number",
-                                             "as map", "metainfo"};
+  constexpr std::string_view beginnings[] = {"JSON",       "name as ",  "omit as ", "default", "as value",
+                                             "escape as ", "as number", "as map",   "metainfo"};
   return std::any_of(std::begin(beginnings), std::end(beginnings),
                      [&](std::string_view beginning) { return phrase.starts_with(beginning); });
 }

@@ -1,5 +1,5 @@
-// The texts of variant attributes, cut into words: "FIELDLENGTH(8), COMP(nosign)" is two of them. Also what the
-// arguments of words consist of: names, numbers, texts in quotes, paths of fields.
+// The texts of variant attributes, cut into words: "FIELDLENGTH(8), COMP(nosign)" is two of them. Also what
+// the arguments of words consist of: names, numbers, texts in quotes, paths of fields.
 #pragma once
 
 #include <string>
@@ -20,7 +20,8 @@ struct Word {
 bool read_words(std::string_view text, std::vector<Word>& words);
 
 std::string_view trim(std::string_view text);
-// The parts between separators that stand outside of quotes, parentheses and braces, trimmed; none of an empty text.
+// The parts between separators that stand outside of quotes, parentheses and braces, trimmed; none of an
+// empty text.
 std::vector<std::string_view> split_list(std::string_view text, char separator);
 // A whole number and nothing else.
 bool read_number(std::string_view text, long& number);
@@ -32,8 +33,8 @@ bool is_known_word(std::string_view name);
 // Whether a phrase is one of those that the encoding of JSON knows.
 bool is_json_phrase(std::string_view phrase);
 
-// The variant texts that hold for a type, a list for each type that it is derived from, the root first: later ones win.
-// An empty field asks for those of the type as a whole, else for those of a field.
+// The variant texts that hold for a type, a list for each type that it is derived from, the root first: later
+// ones win. An empty field asks for those of the type as a whole, else for those of a field.
 std::vector<std::vector<const char*>> variants_of(lumo_type_t type, std::string_view field);
 
 }  // namespace lumos

@@ -9,7 +9,9 @@ namespace {
 
 std::string text_in(Value v) {
   v = settled(v);
-  return v->kind == lumo_type_kind_charstring && v->form == Form::string ? std::string(v->text.data, v->text.size) : "";
+  return v->kind == lumo_type_kind_charstring && v->form == Form::string
+             ? std::string(v->text.data, v->text.size)
+             : "";
 }
 
 }  // namespace
@@ -34,7 +36,8 @@ Value address_value(lumo_type_t type, const std::string& text) {
     return v;
   }
   Endpoint endpoint;
-  if (v->kind != lumo_type_kind_record || v->parts.size != 2 || !read_endpoint(text, endpoint)) return nullptr;
+  if (v->kind != lumo_type_kind_record || v->parts.size != 2 || !read_endpoint(text, endpoint))
+    return nullptr;
   Value host = force_part(v, 0), port = force_part(v, 1);
   if (host->kind != lumo_type_kind_charstring || port->kind != lumo_type_kind_integer) return nullptr;
   set_text(host, endpoint.host);

@@ -1,5 +1,5 @@
-// Addresses of the system under test as the library's channels have them, "host:port", and as values of the type that the
-// suite declares as address: a charstring, or a record of host and port number.
+// Addresses of the system under test as the library's channels have them, "host:port", and as values of the
+// type that the suite declares as address: a charstring, or a record of host and port number.
 #pragma once
 
 #include <string>

@@ -1,5 +1,5 @@
-// A channel carries the messages of one port of the system by a socket, file or pipe. Channels are served by a thread of
-// the library, which exists while there are any.
+// A channel carries the messages of one port of the system by a socket, file or pipe. Channels are served by
+// a thread of the library, which exists while there are any.
 #pragma once
 
 #include <functional>
@@ -24,8 +24,8 @@ struct ChannelEvents {
 class Channel {
  public:
   virtual ~Channel() = default;
-  // An empty peer stands for the one that the channel is linked to, or that was heard from last. False leaves the
-  // system's text in error.
+  // An empty peer stands for the one that the channel is linked to, or that was heard from last. False leaves
+  // the system's text in error.
   virtual bool send(std::string_view message, std::string_view peer, std::string& error) = 0;
 };
 

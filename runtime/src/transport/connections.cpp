@@ -77,7 +77,8 @@ class Client : public Channel {
 
 class Server : public Channel, public Polled {
  public:
-  Server(const LinkSpec& spec, ChannelEvents events, int fd) : outer_(std::move(events)), framing_(spec.framing), fd_(fd) {
+  Server(const LinkSpec& spec, ChannelEvents events, int fd)
+      : outer_(std::move(events)), framing_(spec.framing), fd_(fd) {
     events_ = outer_;
     events_.message = [this](std::string message, std::string peer) {
       heard_last_ = peer;

@@ -26,7 +26,8 @@ class Datagrams : public Channel, public Polled {
     std::lock_guard<std::mutex> hold(poller_lock());
     SocketAddress to = peer_;
     Endpoint endpoint;
-    if (!peer.empty() && (!read_endpoint(peer, endpoint) || !resolve(endpoint, SOCK_DGRAM, false, to, error))) {
+    if (!peer.empty() &&
+        (!read_endpoint(peer, endpoint) || !resolve(endpoint, SOCK_DGRAM, false, to, error))) {
       if (error.empty()) error = "'" + std::string(peer) + "' is no address";
       return false;
     }
@@ -34,10 +35,12 @@ class Datagrams : public Channel, public Polled {
       error = "there is no peer to send to";
       return false;
     }
-    // Where the buffer of the system is full, the network would lose the datagram as well; it is waited for a moment.
+    // Where the buffer of the system is full, the network would lose the datagram as well; it is waited for a
+    // moment.
     pollfd writable = {fd_, POLLOUT, 0};
     poll(&writable, 1, 100);
-    if (sendto(fd_, message.data(), message.size(), MSG_NOSIGNAL, to.get(), to.length) == static_cast<ssize_t>(message.size()))
+    if (sendto(fd_, message.data(), message.size(), MSG_NOSIGNAL, to.get(), to.length) ==
+        static_cast<ssize_t>(message.size()))
       return true;
     error = system_text("sending to " + text_of(to));
     return false;
@@ -74,7 +77,8 @@ std::unique_ptr<Channel> open_datagrams(const LinkSpec& spec, ChannelEvents even
   const bool has_peer = !spec.peer.port.empty(), has_local = !spec.local.port.empty();
   if (has_peer && !resolve(spec.peer, SOCK_DGRAM, false, peer, error)) return nullptr;
   if (has_local && !resolve(spec.local, SOCK_DGRAM, true, local, error)) return nullptr;
-  const int fd = open_socket(has_peer ? peer.family() : local.family(), SOCK_DGRAM, has_local ? &local : nullptr, error);
+  const int fd =
+      open_socket(has_peer ? peer.family() : local.family(), SOCK_DGRAM, has_local ? &local : nullptr, error);
   if (fd < 0) return nullptr;
   return std::make_unique<Datagrams>(std::move(events), fd, peer, has_peer);
 }

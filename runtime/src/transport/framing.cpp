@@ -96,7 +96,8 @@ Cut cut_message(Framing framing, std::string& stream, std::string& message) {
 
 bool frame_message(Framing framing, std::string_view message, std::string& stream) {
   const size_t n = message.size();
-  if (n > longest_message || (framing == Framing::len16 && n > 0xFFFF) || (framing == Framing::tpkt && n > 0xFFFF - 4))
+  if (n > longest_message || (framing == Framing::len16 && n > 0xFFFF) ||
+      (framing == Framing::tpkt && n > 0xFFFF - 4))
     return false;
   if (framing == Framing::len16) stream += octets_of(n, 2);
   if (framing == Framing::len32) stream += octets_of(n, 4);

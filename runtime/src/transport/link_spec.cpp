@@ -16,8 +16,11 @@ struct KindName {
   std::string_view name;
   LinkKind kind;
 };
-constexpr KindName kinds[] = {{"udp", LinkKind::udp},   {"tcp", LinkKind::tcp},          {"tcp-listen", LinkKind::tcp_listen},
-                              {"file", LinkKind::file}, {"loopback", LinkKind::loopback}};
+constexpr KindName kinds[] = {{"udp", LinkKind::udp},
+                              {"tcp", LinkKind::tcp},
+                              {"tcp-listen", LinkKind::tcp_listen},
+                              {"file", LinkKind::file},
+                              {"loopback", LinkKind::loopback}};
 
 bool set_option(LinkSpec& spec, std::string_view option) {
   const size_t equals = option.find('=');
@@ -55,7 +58,8 @@ bool read_endpoint(std::string_view text, Endpoint& endpoint) {
   if (colon == std::string_view::npos || colon + 1 == text.size()) return false;
   std::string_view host = text.substr(0, colon);
   const std::string_view port = text.substr(colon + 1);
-  if (!std::all_of(port.begin(), port.end(), [](char c) { return c >= '0' && c <= '9'; }) || port.size() > 5) return false;
+  if (!std::all_of(port.begin(), port.end(), [](char c) { return c >= '0' && c <= '9'; }) || port.size() > 5)
+    return false;
   if (host.size() > 1 && host.front() == '[' && host.back() == ']')
     host = host.substr(1, host.size() - 2);
   else if (host.find(':') != std::string_view::npos)
@@ -70,14 +74,17 @@ bool read_link_spec(std::string_view text, LinkSpec& spec) {
   spec = {};
   spec.name = text.substr(0, equals);
   const std::string_view word = text.substr(equals + 1, colon - equals - 1);
-  const auto kind = std::find_if(std::begin(kinds), std::end(kinds), [&](const KindName& k) { return k.name == word; });
+  const auto kind =
+      std::find_if(std::begin(kinds), std::end(kinds), [&](const KindName& k) { return k.name == word; });
   if (kind == std::end(kinds)) return false;
   spec.kind = kind->kind;
   size_t at = text.find(',', colon);
-  if (!set_place(spec, text.substr(colon + 1, at == std::string_view::npos ? at : at - colon - 1))) return false;
+  if (!set_place(spec, text.substr(colon + 1, at == std::string_view::npos ? at : at - colon - 1)))
+    return false;
   while (at != std::string_view::npos) {
     const size_t next = text.find(',', at + 1);
-    if (!set_option(spec, text.substr(at + 1, next == std::string_view::npos ? next : next - at - 1))) return false;
+    if (!set_option(spec, text.substr(at + 1, next == std::string_view::npos ? next : next - at - 1)))
+      return false;
     at = next;
   }
   return spec.kind != LinkKind::udp || !spec.peer.port.empty() || !spec.local.port.empty();

@@ -16,12 +16,12 @@ struct Endpoint {
 };
 
 struct LinkSpec {
-  std::string name;   // of the system port, "name" or "name[index]"
+  std::string name;  // of the system port, "name" or "name[index]"
   LinkKind kind = LinkKind::udp;
-  Endpoint peer;      // or where to listen; both empty for udp without a peer
-  Endpoint local;     // empty: any
-  std::string path;   // of a file
-  std::string output; // of a file that is written to, where it is another one
+  Endpoint peer;       // or where to listen; both empty for udp without a peer
+  Endpoint local;      // empty: any
+  std::string path;    // of a file
+  std::string output;  // of a file that is written to, where it is another one
   Framing framing = Framing::none;
 };
 

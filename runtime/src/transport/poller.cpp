@@ -28,7 +28,8 @@ void serve(const std::vector<pollfd>& fds, const std::vector<Polled*>& things) {
   for (size_t i = 0; i < things.size(); ++i) {
     // A thing may end others.
     const bool is_there = std::find(all.begin(), all.end(), things[i]) != all.end();
-    if (fds[i + 1].revents && is_there && things[i]->descriptor() == fds[i + 1].fd) things[i]->ready(fds[i + 1].revents);
+    if (fds[i + 1].revents && is_there && things[i]->descriptor() == fds[i + 1].fd)
+      things[i]->ready(fds[i + 1].revents);
   }
 }
 

@@ -9,8 +9,8 @@ namespace lumos {
 class Polled {
  public:
   virtual ~Polled() = default;
-  virtual int descriptor() const = 0;   // -1: nothing to poll now
-  virtual short wanted() const = 0;     // POLLIN, POLLOUT
+  virtual int descriptor() const = 0;  // -1: nothing to poll now
+  virtual short wanted() const = 0;    // POLLIN, POLLOUT
   virtual void ready(short events) = 0;
 };
 

@@ -32,7 +32,8 @@ bool resolve(const Endpoint& endpoint, int type, bool listens, SocketAddress& ad
 
 std::string text_of(const SocketAddress& address) {
   char host[NI_MAXHOST], port[NI_MAXSERV];
-  if (getnameinfo(address.get(), address.length, host, sizeof host, port, sizeof port, NI_NUMERICHOST | NI_NUMERICSERV))
+  if (getnameinfo(address.get(), address.length, host, sizeof host, port, sizeof port,
+                  NI_NUMERICHOST | NI_NUMERICSERV))
     return {};
   const bool is_long = address.family() == AF_INET6;
   return (is_long ? "[" : "") + std::string(host) + (is_long ? "]:" : ":") + port;

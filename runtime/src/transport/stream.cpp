@@ -16,8 +16,14 @@ namespace {
 constexpr size_t most_waiting = 4 * longest_message;
 }  // namespace
 
-Stream::Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer, bool connecting)
-    : events_(events), framing_(framing), input_(input), output_(output), peer_(std::move(peer)), connecting_(connecting) {
+Stream::Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer,
+               bool connecting)
+    : events_(events),
+      framing_(framing),
+      input_(input),
+      output_(output),
+      peer_(std::move(peer)),
+      connecting_(connecting) {
   add_polled(this);
 }
 
@@ -34,7 +40,8 @@ void Stream::end(const std::string& fault) {
     events_.message(std::move(arrived_), peer_);
   else if (!arrived_.empty())
     events_.fault("the connection with " + peer_ + " ended within a message", false);
-  if (!fault.empty() || lost) events_.fault(fault.empty() ? "the connection with " + peer_ + " ended" : fault, lost);
+  if (!fault.empty() || lost)
+    events_.fault(fault.empty() ? "the connection with " + peer_ + " ended" : fault, lost);
   arrived_.clear();
   waiting_.clear();
   if (output_ != input_) close(output_);
@@ -94,7 +101,8 @@ void Stream::read_some() {
 
 bool Stream::send(std::string_view message, std::string& error) {
   if (waiting_.size() + message.size() > most_waiting) {
-    error = "sending to " + peer_ + ": " + std::to_string(waiting_.size()) + " octets wait, the peer takes nothing";
+    error = "sending to " + peer_ + ": " + std::to_string(waiting_.size()) +
+            " octets wait, the peer takes nothing";
     return false;
   }
   if (!frame_message(framing_, message, waiting_)) {

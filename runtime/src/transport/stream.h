@@ -7,14 +7,15 @@ namespace lumos {
 
 class Stream : public Polled {
  public:
-  // Takes the descriptors over; output is the same one or another. A stream that is connecting sends later what it gets
-  // until then.
-  Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer, bool connecting);
+  // Takes the descriptors over; output is the same one or another. A stream that is connecting sends later
+  // what it gets until then.
+  Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer,
+         bool connecting);
   ~Stream() override;
   Stream(const Stream&) = delete;
 
-  // With the lock held. False leaves a reason in error: the message is too long, or so much waits to be sent that the
-  // peer cannot be taking it.
+  // With the lock held. False leaves a reason in error: the message is too long, or so much waits to be sent
+  // that the peer cannot be taking it.
   bool send(std::string_view message, std::string& error);
   bool is_open() const { return input_ >= 0; }
   const std::string& peer() const { return peer_; }

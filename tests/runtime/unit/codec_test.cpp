@@ -27,14 +27,24 @@ struct Bits {
 };
 
 TEST(Bits, FieldsFillOctets) {
-  constexpr BitOrder low = {}, high = {true, false, false, false}, network = {true, true, false, false}, last = {false, true, false, false},
-                     bits = {false, false, true, false}, mirrored = {false, false, false, true};
+  constexpr BitOrder low = {}, high = {true, false, false, false}, network = {true, true, false, false},
+                     last = {false, true, false, false}, bits = {false, false, true, false},
+                     mirrored = {false, false, false, true};
   const std::vector<std::pair<std::vector<Bits>, const char*>> cases = {
-      {{{1, 4, low}, {2, 4, low}}, "21"},         {{{1, 4, high}, {2, 4, high}}, "12"},  {{{258, 16, low}}, "0201"},
-      {{{258, 16, last}}, "0102"},                {{{10, 4, network}, {291, 12, network}}, "A123"}, {{{10, 4, low}, {291, 12, low}}, "3A12"},
-      {{{1, 1, low}, {0x1FF, 9, low}}, "FF03"},   {{{1, 1, high}, {0x0FF, 9, network}}, "BFC0"}, {{{0x12, 8, bits}}, "48"},
-      {{{1, 8, mirrored}}, "80"},                 {{{1, 3, low}, {1, 3, high}}, "21"},   {{{~0ull, 64, network}, {0, 1, network}}, "FFFFFFFFFFFFFFFF00"},
-      {{{0x123, 12, mirrored}}, "480C"},          {{{1, 4, last}, {0xABC, 12, last}}, "A1BC"},
+      {{{1, 4, low}, {2, 4, low}}, "21"},
+      {{{1, 4, high}, {2, 4, high}}, "12"},
+      {{{258, 16, low}}, "0201"},
+      {{{258, 16, last}}, "0102"},
+      {{{10, 4, network}, {291, 12, network}}, "A123"},
+      {{{10, 4, low}, {291, 12, low}}, "3A12"},
+      {{{1, 1, low}, {0x1FF, 9, low}}, "FF03"},
+      {{{1, 1, high}, {0x0FF, 9, network}}, "BFC0"},
+      {{{0x12, 8, bits}}, "48"},
+      {{{1, 8, mirrored}}, "80"},
+      {{{1, 3, low}, {1, 3, high}}, "21"},
+      {{{~0ull, 64, network}, {0, 1, network}}, "FFFFFFFFFFFFFFFF00"},
+      {{{0x123, 12, mirrored}}, "480C"},
+      {{{1, 4, last}, {0xABC, 12, last}}, "A1BC"},
   };
   for (const auto& [fields, octets] : cases) {
     BitSink sink;
@@ -68,28 +78,35 @@ TEST(Attributes, FaultsNameTypeFieldAndWord) {
   } cases[] = {
       {{{"FIELDLENGHT(8)", false, "a"}}, "type Test.T, field a: the word 'FIELDLENGHT' is not known"},
       {{{"rest of it", false, nullptr}}, "type Test.T: the word 'rest of it' is not known"},
-      {{{"FIELDLENGTH(8), FIELDLENGTH(9)", false, "a"}}, "type Test.T, field a: the word FIELDLENGTH(9) is wrong or contradicts another"},
-      {{{"FIELDLENGTH(x)", false, "a"}}, "type Test.T, field a: the word FIELDLENGTH(x) is wrong or contradicts another"},
+      {{{"FIELDLENGTH(8), FIELDLENGTH(9)", false, "a"}},
+       "type Test.T, field a: the word FIELDLENGTH(9) is wrong or contradicts another"},
+      {{{"FIELDLENGTH(x)", false, "a"}},
+       "type Test.T, field a: the word FIELDLENGTH(x) is wrong or contradicts another"},
       {{{"FIELDLENGTH(65)", false, "a"}}, "type .integer: the word FIELDLENGTH does not fit the type"},
       {{{"FIELDLENGTH(8)", false, nullptr}}, "type Test.T: the word FIELDLENGTH does not fit the type"},
       {{{"LENGTHTO(z)", false, "a"}}, "type Test.T: the word LENGTHTO names z, which is no field"},
-      {{{"LENGTHTO(a", false, "a"}}, "type Test.T, field a: the text \"LENGTHTO(a\" has a parenthesis or quote without an end"},
+      {{{"LENGTHTO(a", false, "a"}},
+       "type Test.T, field a: the text \"LENGTHTO(a\" has a parenthesis or quote without an end"},
       {{{"LENGTHTO(b)", false, "s"}}, "type Test.T, field s: the word LENGTHTO does not fit the type"},
-      {{{"UNIT(elements), LENGTHTO(b)", false, "a"}}, "type Test.T, field a: the word UNIT(elements) counts b, which is no list"},
-      {{{"PRESENCE(a = 'x')", false, "b"}}, "type Test.T: the word PRESENCE compares a with 'x', which is no value of its type"},
-      {{{"PRESENCE(s = '00'O)", false, "b"}}, "type Test.T, field b: the word PRESENCE names a field that does not come before"},
+      {{{"UNIT(elements), LENGTHTO(b)", false, "a"}},
+       "type Test.T, field a: the word UNIT(elements) counts b, which is no list"},
+      {{{"PRESENCE(a = 'x')", false, "b"}},
+       "type Test.T: the word PRESENCE compares a with 'x', which is no value of its type"},
+      {{{"PRESENCE(s = '00'O)", false, "b"}},
+       "type Test.T, field b: the word PRESENCE names a field that does not come before"},
       {{{"CROSSTAG(v, a = 1)", false, "u"}}, "type Inner: the word CROSSTAG names v, which is no field"},
       {{{"CROSSTAG(u, a = 1)", false, "s"}}, "type Test.T, field s: the word CROSSTAG does not fit the type"},
       {{{"TAG(b, c = 1)", false, nullptr}}, "type .integer: the word TAG names c, which is no field"},
-      {{{"POINTERTO(a)", false, "b"}}, "type Test.T, field b: the word POINTERTO leads to a field that comes before"},
+      {{{"POINTERTO(a)", false, "b"}},
+       "type Test.T, field b: the word POINTERTO leads to a field that comes before"},
       {{{"FORCEOMIT(a)", false, nullptr}}, "type Test.T: the word FORCEOMIT names a, which is not optional"},
   };
   std::deque<TypeTable> tables;  // plans are known by their types
   for (const Case& c : cases) {
-    TypeTable& table = tables.emplace_back(
-        "T", lumo_type_kind_record,
-        std::vector{mandatory("a", lumo_integer_type), optional("b", lumo_integer_type),
-                    mandatory("s", lumo_octetstring_type), mandatory("u", inner)});
+    TypeTable& table =
+        tables.emplace_back("T", lumo_type_kind_record,
+                            std::vector{mandatory("a", lumo_integer_type), optional("b", lumo_integer_type),
+                                        mandatory("s", lumo_octetstring_type), mandatory("u", inner)});
     const lumo_type_t type = table;
     Variants variants = c.variants;
     type->variant_attributes = variants.data();
@@ -97,8 +114,10 @@ TEST(Attributes, FaultsNameTypeFieldAndWord) {
     std::vector<std::string> errors;
     raw_plan(type, errors);
     ASSERT_FALSE(errors.empty()) << c.error;
-    EXPECT_TRUE(errors[0].find(c.error + 5) != std::string::npos || errors[0].find(std::string(c.error).substr(10)) != std::string::npos)
-        << errors[0] << "\n" << c.error;
+    EXPECT_TRUE(errors[0].find(c.error + 5) != std::string::npos ||
+                errors[0].find(std::string(c.error).substr(10)) != std::string::npos)
+        << errors[0] << "\n"
+        << c.error;
   }
 }
 
@@ -115,7 +134,10 @@ TEST(Framing, StreamsAreCutIntoMessages) {
       {Framing::len32, std::string("\0\0\0\1a\xff\0\0\0", 9), {"a"}, Cut::wrong},
       {Framing::tpkt, std::string("\3\0\0\6ab\4", 7), {"ab"}, Cut::wrong},
       {Framing::tpkt, std::string("\3\0\0\3", 4), {}, Cut::wrong},
-      {Framing::ber, std::string("\x30\2ab\x3f\x81\1\x81\1c\x30\x82\1", 13), {std::string("\x30\2ab"), std::string("\x3f\x81\1\x81\1c")}, Cut::more},
+      {Framing::ber,
+       std::string("\x30\2ab\x3f\x81\1\x81\1c\x30\x82\1", 13),
+       {std::string("\x30\2ab"), std::string("\x3f\x81\1\x81\1c")},
+       Cut::more},
       {Framing::ber, "\x30\x80", {}, Cut::wrong},
   };
   for (const auto& c : cases) {
@@ -130,11 +152,13 @@ TEST(Framing, StreamsAreCutIntoMessages) {
 
 TEST(Links, AddressesAreReadExactly) {
   LinkSpec spec;
-  for (const char* good : {"p=udp:127.0.0.1:53", "p[1]=udp:[::1]:53,local=:54", "p=udp:,local=h:1", "p=tcp:host:80,framing=crlf",
-                           "p=tcp-listen::80", "p=file:/dev/tty,framing=line", "p=file:in,out=out", "p=loopback:"})
+  for (const char* good :
+       {"p=udp:127.0.0.1:53", "p[1]=udp:[::1]:53,local=:54", "p=udp:,local=h:1", "p=tcp:host:80,framing=crlf",
+        "p=tcp-listen::80", "p=file:/dev/tty,framing=line", "p=file:in,out=out", "p=loopback:"})
     EXPECT_TRUE(read_link_spec(good, spec)) << good;
-  for (const char* bad : {"", "p", "p=udp", "=udp:h:1", "p=udp:", "p=udp:h", "p=udp:h:x", "p=udp:h:70000", "p=udp:::1:53", "p=tcp:h:1,framing=x",
-                          "p=udp:h:1,framing=line", "p=sctp:h:1", "p=file:", "p=loopback:x", "p=tcp:h:1,"})
+  for (const char* bad : {"", "p", "p=udp", "=udp:h:1", "p=udp:", "p=udp:h", "p=udp:h:x", "p=udp:h:70000",
+                          "p=udp:::1:53", "p=tcp:h:1,framing=x", "p=udp:h:1,framing=line", "p=sctp:h:1",
+                          "p=file:", "p=loopback:x", "p=tcp:h:1,"})
     EXPECT_FALSE(read_link_spec(bad, spec)) << bad;
 }
 
