@@ -596,8 +596,7 @@ def discard():
 
 
 def asked(value, frame):
-    """What stands below something that is not there need not be there, nor be a fault."""
-    try:
+    try:  # what stands below something that is not there need not be there, nor be a fault
         return value(frame)
     except DynamicError:
         return discard()

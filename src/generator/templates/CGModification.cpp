@@ -12,10 +12,16 @@
 
 namespace cgtemplate {
 namespace {
+bool HasPermutation(T3CompoundValue* compound) {
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (at->permutation_kind != t3_permutation_kind_t::No) return true;
+  return false;
+}
+
 // Whether parts of a value are written over what is there; anything else takes its place.
 bool IsWrittenOver(T3Tree_Node* value, T3Tree_Node* type) {
   auto* compound = value->try_as<T3CompoundValue>();
-  return compound != nullptr && compound->value->is<T3FieldValue>() &&
+  return compound != nullptr && compound->value->is<T3FieldValue>() && !HasPermutation(compound) &&
          (IsRecordOrSetType(type) || type->is<T3UnionType>() || type->is<_T3HomogeneousType>());
 }
 

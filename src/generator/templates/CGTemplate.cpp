@@ -1,5 +1,6 @@
 #include "generator/templates/CGTemplate.h"
 
+#include "analysis/names/T3Names.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
@@ -23,9 +24,12 @@ T3TemplateDef* DefinitionOf(T3TemplateDecl* decl) {
   return definition;
 }
 
+// A range of characters has the type of its bounds, but what it matches are strings.
 T3Tree_Node* TypeOfTemplate(T3TemplateDef* definition) {
-  return definition->parent->is<T3NoType>() ? ExpressionLocalType(definition->constraint)
-                                            : definition->parent;
+  if (!definition->parent->is<T3NoType>()) return definition->parent;
+  T3Tree_Node* type = ExpressionLocalType(definition->constraint);
+  if (type->is<T3CharacterType>()) return gT3CharStringType;
+  return type->is<T3UniversalCharacterType>() ? gT3UniversalCharStringType : type;
 }
 
 bool IsSignatureTemplate(T3TemplateDef* definition) {
