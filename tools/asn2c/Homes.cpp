@@ -26,11 +26,14 @@ class Homes {
   // A class is no type of values.
   static bool HasHome(const AsnType& type) { return cGetVF(type) != VF_NONE; }
 
-  // Structures and lists may be named before they are defined.
+  // Structures and lists may be named before they are defined, by other names as well.
+  static bool IsAnnounced(const AsnType& type) {
+    return HasHome(type) && IsStructured(type) && isDefinedType(forBaseType(type));
+  }
+
   void Announce(const AsnType& type) {
-    if (!HasHome(type) || isReference(type) || !IsStructured(type)) return;
-    if (getTypeMainType(type) == TYP_SELECTION) return;
-    file_ << "typedef struct t_" << cTypeId(type) << " " << cTypeId(type) << ";\n";
+    if (IsAnnounced(type))
+      file_ << "typedef struct t_" << cTypeId(forBaseType(type)) << " " << cTypeId(type) << ";\n";
   }
 
   // Defines a type behind all that must be complete before it.
@@ -39,6 +42,7 @@ class Homes {
     ForNeeded(type, [&](const AsnType& needed) { Define(needed); });
     const std::string name = cTypeId(type);
     const bool alias = isReference(type) || getTypeMainType(type) == TYP_SELECTION;
+    if (alias && IsAnnounced(type)) return;
     if (alias) {
       file_ << "typedef " << AliasOf(type) << " " << name << ";\n";
     } else if (IsStructured(type)) {
@@ -58,11 +62,18 @@ class Homes {
                                                                     : PredefinedType(type);
   }
 
+  // The alternative that a selection leads to in the end; any other type itself.
+  static AsnType Selected(AsnType type) {
+    while (getTypeMainType(type) == TYP_SELECTION) type = forSelectionType(type);
+    return type;
+  }
+
   void ForNeeded(const AsnType& type, const std::function<void(const AsnType&)>& call) {
     if (isReference(type)) {
       call(forSynonymType(type));
     } else if (getTypeMainType(type) == TYP_SELECTION) {
-      call(getDefinitionOf(forSelectionType(type)));
+      const AsnType selected = Selected(type);
+      call(isReference(selected) ? forSynonymType(selected) : getDefinitionOf(selected));
     } else if (isListType(type)) {
       const AsnType element = forTypeElem(type);
       // The elements lie elsewhere: a structure's name is enough for them.
@@ -76,8 +87,9 @@ class Homes {
   }
 
   void NeededByComponent(const AsnType& component, const std::function<void(const AsnType&)>& call) {
-    if (!isReference(component)) return ForNeeded(component, call);
-    const AsnType definition = forSynonymType(component);
+    const AsnType selected = Selected(component);
+    if (!isReference(selected)) return ForNeeded(component, call);
+    const AsnType definition = forSynonymType(selected);
     if (IsByPointer(component) && !isReference(definition)) return;
     call(definition);
   }

@@ -73,6 +73,10 @@ void Resolver::checkFinite() {
     reporter_.error(definition->module->place(definition->token),
                     inQuotes(definition->name) + " contains itself without an end");
   }
+  for (TypeNode& node : types_) {
+    if (node.main == TYP_SELECTION && node.ref && !base(&node))
+      reporter_.error(node.source->place(node.token), "the selection leads to itself");
+  }
 }
 
 bool Resolver::isFinite(TypeNode& node) {

@@ -90,7 +90,7 @@ class Destruct {
   }
 
   void Value(const AsnType& type, const HomeRef& home, int depth) {
-    if (IsCalled(type)) return Call(forSynonymType(type), home.Address());
+    if (const AsnType of = Called(type)) return Call(of, home.Address());
     if (IsStructured(type)) return Structure(forBaseType(type), home, depth + 1);
     Leaf(type, false);
   }

@@ -207,8 +207,7 @@ class FromHome {
 
   // The value of a component or element, in the variable of the depth.
   void Value(const AsnType& type, const HomeRef& home, int depth) {
-    if (IsCalled(type)) {
-      const AsnType of = forSynonymType(type);
+    if (const AsnType of = Called(type)) {
       text_.w(Var(depth) + " = ");
       Call(of, home.Address());
     } else if (IsStructured(type)) {

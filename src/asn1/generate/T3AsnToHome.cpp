@@ -168,8 +168,7 @@ class ToHome {
     if (home.is_pointer)
       text_.w(home.text + " = (" + cBaseTypeId(type) + " *) allocAsn (NULL, MB_STG, sizeof(" +
               cBaseTypeId(type) + "));\n");
-    if (IsCalled(type)) {
-      const AsnType of = forSynonymType(type);
+    if (const AsnType of = Called(type)) {
       text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, " + Var(depth) + ", ");
       text_.w(home.Address());
       return text_.w(", context);\n");

@@ -40,8 +40,10 @@ bool MayBeMissing(const AsnType& component) {
   return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
 }
 
-bool IsCalled(const AsnType& type) {
-  return isReference(type) && IsStructured(type);
+AsnType Called(const AsnType& type) {
+  AsnType selected = type;
+  while (getTypeMainType(selected) == TYP_SELECTION) selected = forSelectionType(selected);
+  return isReference(selected) && IsStructured(selected) ? forSynonymType(selected) : AsnType{};
 }
 
 std::string Var(int depth) {

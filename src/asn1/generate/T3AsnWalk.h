@@ -29,8 +29,9 @@ std::string PresenceTest(const HomeRef& structure, const AsnType& type, const As
 std::string PresenceSet(const HomeRef& structure, const AsnType& type, const AsnType& component);
 /// Whether a component may be missing from a home.
 bool MayBeMissing(const AsnType& component);
-/// Whether a conversion of a type is a function of its own, which its users call.
-bool IsCalled(const AsnType& type);
+/// The definition whose function converts a component or element, which its users call; none where that is
+/// written in line.
+AsnType Called(const AsnType& type);
 
 /// "v" and a number.
 std::string Var(int depth);

@@ -207,6 +207,24 @@ Node NamedType(const std::string& name, const tPosition& position) {
   return t.mT3TypeReference(position, t.mT3Identifier(position, gIdents.MakeIdent(name)));
 }
 
+namespace {
+// The alternative is written anew where it is selected, which has no end where it holds itself.
+Node SelectedType(const AsnType& type) {
+  constexpr int kDeepest = 100;
+  static int nesting = 0;
+  if (nesting > kDeepest) {
+    vexa_error("ASN.1 translation: the selection in \"" + getTypeRef(getDefinitionOf(type)) +
+                   "\" contains itself; give its alternative a name",
+               PositionOf(type));
+    return gT3ErrorType;
+  }
+  ++nesting;
+  Node node = translate_type(forSelectionType(type));
+  --nesting;
+  return node;
+}
+}  // namespace
+
 Node translate_type(const AsnType& type) {
   const MainType main_type = getTypeMainType(type);
   const tPosition position = PositionOf(type);
@@ -216,7 +234,7 @@ Node translate_type(const AsnType& type) {
     node = DefinedType(type, forSynonymType(type));
     is_subtype = isDefinedType(type);  // a component is just of the type
   } else if (main_type == TYP_SELECTION) {
-    node = translate_type(forSelectionType(type));
+    node = SelectedType(type);
     is_subtype = isDefinedType(type) && T3Is<T3TypeReference>(node);
   } else if (const char* name = BuiltinName(main_type)) {
     node = NamedType(name, position);

@@ -17,11 +17,19 @@ AsnType DefinitionBehind(const AsnType& component) {
   return getDefinitionOf(base);
 }
 
-// Whether `target` lies, by value, somewhere in the structure `from`; `seen` are the structures looked into.
+// What must be complete in front of a home: its components, or what the elements of a list are written with.
+std::vector<AsnType> PartsByValue(const AsnType& type) {
+  if (!isListType(type)) return TypeComps(type);
+  const AsnType element = forTypeElem(type);
+  return isReference(element) || getTypeMainType(element) == TYP_SELECTION ? std::vector<AsnType>{}
+                                                                           : std::vector<AsnType>{element};
+}
+
+// Whether `target` lies, by value, somewhere in the structure or list `from`; `seen` are those looked into.
 bool Holds(const AsnType& from, const AsnType& target, std::vector<AsnType>& seen) {
-  for (const AsnType& component : TypeComps(from)) {
-    const AsnType base = forBaseType(component);
-    if (!isStructuredType(base)) continue;
+  for (const AsnType& part : PartsByValue(from)) {
+    const AsnType base = forBaseType(part);
+    if (!IsStructured(base)) continue;
     if (base == target) return true;
     if (std::find(seen.begin(), seen.end(), base) != seen.end()) continue;
     seen.push_back(base);
@@ -146,7 +154,7 @@ std::string cComponentId(const AsnType& component) {
 bool IsByPointer(const AsnType& component) {
   if (getFatherOfTypeComp(component) && isListType(getFatherOfTypeComp(component))) return false;
   const AsnType base = forBaseType(component);
-  if (!isStructuredType(base) || base == component) return false;
+  if (!IsStructured(base) || base == component) return false;
   std::vector<AsnType> seen;
   // The component's type must be complete where the component stands: it may hold neither itself nor what the
   // component stands in.
