@@ -61,7 +61,9 @@ void InferRight(_T3BinaryExpression* node) {
   T3Candidates right{BaseOf(node->left)};
   if (node->is<_T3BinaryLogicExpression>()) right = {gT3BooleanType};
   if (node->is<T3Concatenate>()) right = WithCharacterCounterparts(right);
-  if (NamesNoValue(node->left)) right = {gT3ErrorType};
+  // Nothing can be said of what stands beside no value; another call without a result is a fault of its own.
+  const bool no_result = BaseOf(node->left)->is<T3NoType>() && !node->right->is<T3Parameterization>();
+  if (no_result || NamesNoValue(node->left)) right = {gT3ErrorType};
   Fails(node->right, right);
   DecideLeft(node->left, node->right);
   node->attr().last_pass = true;

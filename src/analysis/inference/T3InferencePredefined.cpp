@@ -180,9 +180,9 @@ T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, boo
     InferValueForPattern(node->expression, node->template_value);
   } else {
     Fails(node->expression, Anything());
-    Fails(node->template_value, NamesNoValue(node->expression)
-                                    ? T3Candidates(gT3ErrorType)
-                                    : T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
+    const bool no_value = NamesNoValue(node->expression) || BaseOf(node->expression)->is<T3NoType>();
+    Fails(node->template_value, no_value ? T3Candidates(gT3ErrorType)
+                                         : T3Candidates(LocalOf(node->expression), BaseOf(node->expression)));
   }
   if (node->template_value->is<T3TemplateDef>()) DecideLeft(node->expression, node->template_value);
   node->attr().last_pass = true;
