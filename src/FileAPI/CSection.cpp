@@ -1,5 +1,6 @@
 #include "FileAPI/CSection.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -14,8 +15,12 @@ constexpr size_t kStreamBuffer = 0x8000;
 constexpr size_t kMostSpareTexts = 16;
 
 // Memory of sections that are no longer there, grown to the size of such texts already.
-std::vector<std::string>& SpareTexts() {
-  static auto& texts = *new std::vector<std::string>;
+struct SpareText {
+  std::unique_ptr<char[]> text;
+  size_t capacity;
+};
+std::vector<SpareText>& SpareTexts() {
+  static auto& texts = *new std::vector<SpareText>;
   return texts;
 }
 
@@ -44,19 +49,36 @@ void RemoveGeneratedFile(const std::string& path) {
 }
 
 CSection::CSection() {
-  if (SpareTexts().empty()) {
-    text_.reserve(_reserve_limit);
-  } else {
-    text_ = std::move(SpareTexts().back());
+  if (!SpareTexts().empty()) {
+    text_ = std::move(SpareTexts().back().text);
+    capacity_ = SpareTexts().back().capacity;
     SpareTexts().pop_back();
+  } else {
+    takeMemory(_reserve_limit);
   }
+  setSize(0);
+}
+
+// Memory for so many characters more.
+void CSection::takeMemory(size_t size) {
+  if (capacity_ - size_ >= size) return;
+  const size_t capacity = std::max(size_ + size, 2 * capacity_);
+  std::unique_ptr<char[]> grown(new char[capacity]);
+  if (size_ > 0) std::memcpy(grown.get(), text_.get(), size_);
+  text_ = std::move(grown);
+  capacity_ = capacity;
+}
+
+// The text stays below the limit, unless one piece goes beyond it.
+void CSection::setSize(size_t size) {
+  size_ = size;
+  room_ = std::max(std::min(capacity_, _limit - 1), size) - size;
 }
 
 CSection::~CSection() {
   close();
-  if (text_.capacity() < _reserve_limit || SpareTexts().size() >= kMostSpareTexts) return;
-  text_.clear();
-  SpareTexts().push_back(std::move(text_));
+  if (capacity_ < _reserve_limit || SpareTexts().size() >= kMostSpareTexts) return;
+  SpareTexts().push_back({std::move(text_), capacity_});
 }
 
 CSection::CSection(CSection&& other) noexcept {
@@ -69,7 +91,9 @@ CSection& CSection::operator=(CSection&& other) noexcept {
   lines_ = std::exchange(other.lines_, 0);
   ended_ = std::exchange(other.ended_, false);
   text_ = std::move(other.text_);
-  other.text_.clear();
+  size_ = std::exchange(other.size_, 0);
+  room_ = std::exchange(other.room_, 0);
+  capacity_ = std::exchange(other.capacity_, 0);
   stream_ = std::exchange(other.stream_, nullptr);
   file_.Remove();
   file_.Take(other.file_);
@@ -79,19 +103,21 @@ CSection& CSection::operator=(CSection&& other) noexcept {
 void CSection::addAnyhow(std::string_view text) {
   if (ended_)
     throw internal_exception("CSection", __LINE__, "add", "Add on ended CSection: " + std::string(text));
-  spill();
-  text_ += text;
+  if (size_ + text.size() >= _limit) spill();
+  takeMemory(text.size());
+  copy(text_.get() + size_, text);
+  setSize(size_ + text.size());
 }
 
 unsigned CSection::lineCount() const {
-  return lines_ + CountLines(text_);
+  return lines_ + CountLines(text());
 }
 
 void CSection::spill() {
   if (stream_ == nullptr) openSpillFile();
-  WriteText(stream_, text_);
-  lines_ += CountLines(text_);
-  text_.clear();
+  WriteText(stream_, text());
+  lines_ += CountLines(text());
+  setSize(0);
 }
 
 void CSection::openSpillFile() {
@@ -113,8 +139,10 @@ void CSection::close() {
 
 void CSection::end() {
   ended_ = true;
+  room_ = 0;
   if (stream_ == nullptr) return;
   spill();
+  room_ = 0;
   const bool written = std::ferror(stream_) == 0;
   const bool closed = std::fclose(stream_) == 0;
   stream_ = nullptr;
@@ -124,7 +152,7 @@ void CSection::end() {
 void CSection::writeTo(FILE* stream) {
   end();
   if (file_.path().empty()) {
-    WriteText(stream, text_);
+    WriteText(stream, text());
     return;
   }
   copySpillFile(stream);

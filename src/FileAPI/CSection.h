@@ -2,8 +2,11 @@
 // current directory, which is removed with the section.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -24,10 +27,10 @@ class CSection {
 
   /// Throws internal_exception when the section is ended, or its spill file cannot be written.
   void add(std::string_view text) {
-    if (!ended_ && text_.size() + text.size() < _limit)
-      text_.append(text);
-    else
-      addAnyhow(text);
+    if (text.size() > room_) return addAnyhow(text);
+    copy(text_.get() + size_, text);
+    size_ += text.size();
+    room_ -= text.size();
   }
   void add(std::initializer_list<std::string_view> parts) {
     for (const std::string_view part : parts) add(part);
@@ -41,12 +44,29 @@ class CSection {
   bool spilled() const { return stream_ != nullptr || !file_.path().empty(); }
   unsigned lineCount() const;
   /// The whole text, unless the section has spilled.
-  const std::string& text() const { return text_; }
+  std::string_view text() const { return {text_.get(), size_}; }
 
  private:
   static constexpr size_t _limit = 10240;
   static constexpr size_t _reserve_limit = 256;
 
+  /// Most texts are short words: two moves that may overlap.
+  static void copy(char* to, std::string_view text) {
+    const size_t size = text.size();
+    if (size - 8 <= 8) {
+      uint64_t first, last;
+      std::memcpy(&first, text.data(), 8);
+      std::memcpy(&last, text.data() + size - 8, 8);
+      std::memcpy(to, &first, 8);
+      std::memcpy(to + size - 8, &last, 8);
+    } else if (size > 16) {
+      std::memcpy(to, text.data(), size);
+    } else {
+      for (const char c : text) *to++ = c;
+    }
+  }
+  void takeMemory(size_t size);
+  void setSize(size_t size);
   void addAnyhow(std::string_view text);
   void spill();
   void openSpillFile();
@@ -56,8 +76,11 @@ class CSection {
   /// Of what is in the spill file.
   unsigned lines_ = 0;
   bool ended_ = false;
-  /// What is not in the spill file yet.
-  std::string text_;
+  /// What is not in the spill file yet, and how much can be added to it without further ado.
+  std::unique_ptr<char[]> text_;
+  size_t size_ = 0;
+  size_t room_ = 0;
+  size_t capacity_ = 0;
   FILE* stream_ = nullptr;
   TemporaryFile file_;
 };

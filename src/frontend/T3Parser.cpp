@@ -146,6 +146,7 @@ void T3Parser::Reset() {
   gRepairedNodes.clear();
   errors_found_ = 0;
   given_up_ = false;
+  skipped_braces_ = 0;
 }
 
 inline void T3Parser::Read(Token& token) {
@@ -452,6 +453,11 @@ void T3Parser::InsertUntilAccepted() {
 }
 
 void T3Parser::Recover() {
+  // The brace that closes what begins with a skipped one goes with it.
+  if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) {
+    --skipped_braces_;
+    return DropToken();
+  }
   ++gParseErrors;
   ++errors_found_;
   if (gParseErrors > gT3CommandLine.maximum_errors) {
@@ -465,6 +471,8 @@ void T3Parser::Recover() {
   while (!ended && (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart())) {
     refused[static_cast<size_t>(Peek(0).symbol)] = true;
     ended = Peek(0).symbol == kSym_Semicolon && InBlock(Overlay(stack_));
+    if (Peek(0).symbol == kSym_LeftBrace) ++skipped_braces_;
+    if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) --skipped_braces_;
     DropToken();
     skipped = true;
   }

@@ -134,4 +134,6 @@ class T3Parser {
   long errors_found_ = 0;
   int trial_depth_ = 0;
   bool given_up_ = false;
+  // Opening braces that were skipped, and are not closed yet.
+  int skipped_braces_ = 0;
 };

@@ -90,7 +90,7 @@ def golden(tests, update):
     tests.equal("mesk", (status, text), (0, ""))
     prefixes = [line.split(":") for line in option_file.read_text().splitlines()]
     files = sorted(tests.out.glob("*.stx"))
-    tests.equal("files", [path.stem for path in files], sorted(fields[1] for fields in prefixes))
+    tests.equal("files", [path.stem for path in files], sorted(fields[2] for fields in prefixes))
     for path in files:
         name, _ = check_layout(tests, path)
         tests.check(f"-PREFIX={name}" in [fields[0] for fields in prefixes], f"{path.name}: module {name}")
@@ -144,7 +144,7 @@ def options(tests, _update):
     status, text = tests.run("mkprefil", "-OPTION-FILE=p.txt", "-A=one", f"-A={two}", "a.b.asn", "c", "x" * 40, "-ANALYZE")
     tests.equal("mkprefil", (status, text), (0, ""))
     tests.equal("option file", (tests.out / "p.txt").read_text().splitlines(),
-                ["-PREFIX=First:a_b:a_b", "-PREFIX=Second-Mod:Second-Mod:Second-Mod", "-PREFIX=Third:c:c",
+                ["-PREFIX=First:a_b:a_b", "-PREFIX=Second-Mod:a_b:Second-Mod", "-PREFIX=Third:c:c",
                  "-PREFIX=Long:" + "x" * 30 + ":" + "x" * 30])
     status, text = tests.run("mkprefil", "-OPTION-FILE=q.txt", "-A=one", "-A=two", "none.asn", "lost.asn")
     tests.equal("mkprefil faults", (status, text, (tests.out / "q.txt").exists()),
@@ -213,6 +213,10 @@ def options(tests, _update):
             (["-PREFIXLEN=07", "x"], "WARNING : Argument ignored: PREFIXLEN=07\n"), (["+"], "")]:
         status, text = tests.run("asn2c", *words, cwd=work)
         tests.equal("asn2c " + " ".join(words), (status, text.lstrip("\n")), (2, message))
+    # What the browser is told of a fault.
+    tests.equal("fault", tests.run("asn2c", "-S=out", "-PREFIXLEN=32", "-ADE-PREFIX=b-", "-C=none", "app", cwd=work)[0], 2)
+    summary = (work / "b-app.acs").read_text().splitlines()
+    tests.equal("summary", (summary[0], summary[-1]), ("[App-Mod]", "FATAL ERROR : Can not open file for writing: none/appcod.c"))
     # A failing run leaves the old file alone.
     before = (work / "out" / "app.stx").read_bytes()
     (work / "app.asn").write_text(app.replace("BOOLEAN", "Missing"))
@@ -308,7 +312,7 @@ def mutations(tests, _update):
     """Mutated sources must be compiled or refused in order: with messages and status 1, or a file that can be read."""
     sources = {path.name: path.read_text(encoding="utf-8") for path in sorted((HERE / "sources").glob("*.asn"))}
     folder = tests.folder("mutated", sources)
-    accepted = 0
+    accepted, has_compiler = 0, (tests.bin / "orvane").exists()
     for seed in range(tests.first_seed, tests.first_seed + tests.rounds):
         chance = random.Random(seed)
         name = chance.choice(sorted(sources))
@@ -320,6 +324,9 @@ def mutations(tests, _update):
             accepted += 1
             for path in folder.glob("*.stx"):
                 tests.equal(f"seed {seed}: dump of {path.name}", tests.run("mesk", f"-DUMP={path}")[0], 0)
+            if has_compiler:
+                status, output = tests.run("orvane", "-F", "-A", *sorted(sources), cwd=folder)
+                tests.check(status in (0, 247, 250), f"seed {seed}: orvane: status {status}\n{output[-500:]}")
         # A damaged syntax file is refused by the dump, or printed.
         syntax_files = sorted(folder.glob("*.stx"))
         if syntax_files:

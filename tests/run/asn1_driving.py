@@ -103,15 +103,17 @@ class DrivingTest(unittest.TestCase):
         self.compile_c()
 
     def test_two_modules_in_a_file(self):
-        # The second one imports nothing of the first, which needs another file; both have names of their own.
-        self.write("two.asn", MAIN + LIBRARY.replace("Lib-Mod", "Second-" + "n" * 40).replace("red", "blue"))
+        # The second one imports nothing of the first, which needs another file; both have names of their own. A third
+        # one is called like the source, beside which a file has the second one's name.
+        self.write("Second-" + "n" * 40 + ".asn", "no module at all")
+        self.write("Two.asn", MAIN + "Two DEFINITIONS ::= BEGIN N ::= NULL END\n" + LIBRARY.replace("Lib-Mod", "Second-" + "n" * 40).replace("red", "blue"))
         self.write("user.ttcn", f"module User {{ import from Main_Mod all; import from Lib_Mod all; import from Second_{'n' * 40} all; "
                                 "const Pick c := { colour := red }; const Second_NN.Colour d := blue }".replace("NN", "n" * 40))
         old = time.time() - 10
-        for name in ("two.asn", "lib.asn"):
+        for name in ("Two.asn", "lib.asn"):
             os.utime(self.folder / name, (old, old))
         for words in ((), ("-B", "-v", "3"), ("-B", "-v", "3")):
-            status, out, err = self.orvane(*words, "-F", "user.ttcn", "-A", "two.asn", "lib.asn")
+            status, out, err = self.orvane(*words, "-F", "user.ttcn", "-A", "Two.asn", "lib.asn")
             self.assertEqual((status, err), (0, ""), out)
         self.assertIn(UP_TO_DATE, out)
         self.compile_c()
@@ -185,6 +187,13 @@ END
         status, _, err = self.with_options("-ADE-DIRECTORY=.\n")
         self.assertNotEqual(status, 0)
         self.assertIn("FATAL ERROR : Can not open file for writing\n              No ADE-PREFIX\n", err)
+
+    def test_length_functions(self):
+        self.write("main.asn", "Main-Mod DEFINITIONS ::= BEGIN L ::= SEQUENCE OF NULL S ::= SEQUENCE { d L (SIZE (2)), e L } END\n")
+        self.assertEqual(self.orvane("-F", "-A", "main.asn")[0], 0)
+        text = (self.folder / "Main_Mod.c").read_text()
+        self.assertEqual(["consof_S_expl_d" in text, "consof_S_expl_e" in text], [True, False])
+        self.compile_c()
 
     def test_strict_standard(self):
         for text, told in (("A ::= SEQUENCE { INTEGER, b ANY }", ("(1,44): Error: a component needs a name",

@@ -4,8 +4,8 @@
     run_suite.py --orvane PROGRAM --out FOLDER [--sanitize LIST] [--encoding NAME] [--cc COMPILER] [--c-flags FLAGS]
                  [--options OPTIONS] SUITE
 
-SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, and a
-file VERDICTS. What is expected stands there, or in comments of the file after `//`:
+SUITE is a .ttcn file, or a folder with the modules of a suite, TTCN-3 and ASN.1, C sources that are linked in, MCFG
+keys, and a file VERDICTS. What is expected stands there, or in comments of the file after `//`:
 
     VERDICT: TC_name pass     the test cases in the order of their execution; all must be named, with the reason of
                               their verdict behind it or without. When the root module has no control part, all its
@@ -72,6 +72,7 @@ class Suite:
             self.sources.append(HARNESS)
         self.asn1_sources = sorted(place.glob("*.asn")) if place.is_dir() else []
         self.c_sources = sorted(place.glob("*.c")) if place.is_dir() else []
+        self.keys = sorted(place.glob("*.mcfg")) if place.is_dir() else []
         self.directives = {}
         expectations = place / "VERDICTS" if place.is_dir() else place
         text = expectations.read_text(encoding="utf-8")
@@ -128,6 +129,7 @@ def write_mcfg(suite, base, folder):
     text = base.read_text(encoding="utf-8")
     if suite.c_sources:
         text += "USER_SRCS = " + " ".join(f'"{source}"' for source in suite.c_sources) + "\n"
+    text += "".join(keys.read_text(encoding="utf-8") for keys in suite.keys)
     path = folder / "suite.mcfg"
     path.write_text(text, encoding="utf-8")
     return path

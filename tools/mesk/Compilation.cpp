@@ -82,8 +82,8 @@ bool Compilation::parseFile(const std::string& path) {
     Module& module = *modules_[i];
     const auto given = options_.prefixes.find(module.name);
     if (given != options_.prefixes.end()) {
-      // The file's prefix is that of its first module.
-      module.file_prefix = i == first ? given->second.file : given->second.generation;
+      // The file's prefix means a module that stands alone in it.
+      module.file_prefix = modules_.size() - first == 1 ? given->second.file : given->second.generation;
       module.generation_prefix = given->second.generation;
     } else {
       module.file_prefix =

@@ -122,6 +122,11 @@ class Resolver {
   // Constraints
   ConstraintNode* makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,
                                  TypeNode* governor);
+  void refuseUnless(bool fits, const char* what, const ConstraintAst& ast, const Context& context,
+                    const TypeNode* type);
+  ConstraintNode* makeContained(const ConstraintAst& ast, const Context& context, TypeNode& owner,
+                                TypeNode* governor, ConstraintNode& node);
+  void makePattern(const ConstraintAst& ast, const Context& context, ConstraintNode& node);
   void fillWithComponents(const ConstraintAst& ast, const Context& context, TypeNode& owner,
                           TypeNode* governor, ConstraintNode& node);
   ConstraintNode* fillTable(const ConstraintAst& ast, const Context& context, TypeNode& owner);
@@ -139,6 +144,14 @@ class Resolver {
   void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
   bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
                   const ClassUse& cls, ValueNode& node, bool optional);
+  ValueNode* typeSetting(const Context& context, int token, TypeNode* type);
+  ValueNode* valueSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls);
+  ConstraintAst* parseValueSet(Parser& parser, const Context& context);
+  ValueNode* setSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls);
+  ValueNode* variableSetting(Parser& parser, const FieldAst& field, const Context& context,
+                             const ValueNode& object);
+  ValueNode* makeSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
+                         const ValueNode& object);
   void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                  ValueNode& node);
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);

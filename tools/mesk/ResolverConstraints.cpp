@@ -24,6 +24,43 @@ bool hasRange(MainType main) {
 
 }  // namespace
 
+void Resolver::refuseUnless(bool fits, const char* what, const ConstraintAst& ast, const Context& context,
+                            const TypeNode* type) {
+  if (!type || fits || type->main == TYP_NONE) return;
+  error(context, ast.token, std::string(what) + " does not fit the type " + asn1Name(type->main));
+  throw Abandoned();
+}
+
+void Resolver::makePattern(const ConstraintAst& ast, const Context& context, ConstraintNode& node) {
+  const ValueNode* pattern = behind(makeValue(*ast.value, context, plainType(TYP_GENSTR)));
+  node.has_text = true;
+  if (pattern) node.text = pattern->text;
+}
+
+/// A type as a constraint, or what a string contains.
+ConstraintNode* Resolver::makeContained(const ConstraintAst& ast, const Context& context, TypeNode& owner,
+                                        TypeNode* governor, ConstraintNode& node) {
+  if (ast.value) node.value = makeValue(*ast.value, context, plainType(TYP_OBJID));
+  if (!ast.type) return &node;
+  // A set as a parameter stands for the elements that it lists.
+  const Argument* arg = ast.type->kind == TypeAst::kRef ? argument(ast.type->ref, context) : nullptr;
+  if (arg && (*arg->context.module->tokens)[arg->range.begin].text == "{") {
+    Parser parser = parserAt(arg->context, arg->range.begin + 1);
+    ConstraintAst* set = parser.parseElementSets();
+    if (parser.pos != arg->range.end - 1) parser.fail("expected the end of the set");
+    return makeConstraint(*set, arg->context, owner, governor);
+  }
+  node.type = makeType(*ast.type, context, nullptr);
+  const TypeNode *type = base(governor), *contained = base(node.type);
+  if (ast.kind == kContainedSubtype && contained && type && contained->main != type->main &&
+      !(hasAlphabet(contained->main) && hasAlphabet(type->main))) {
+    error(context, ast.token,
+          std::string("the contained type is a ") + asn1Name(contained->main) + ", " + asn1Name(type->main) +
+              " is needed");
+  }
+  return &node;
+}
+
 /// `owner` is the type that bears the constraint, `governor` what its values are of; none where that isn't
 /// known.
 ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context& context, TypeNode& owner,
@@ -39,11 +76,7 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
   node.flags = static_cast<uint8_t>((ast.exception ? kFlagException : 0) | ast.presence);
   TypeNode* type = base(governor);
   if (governor && !type) throw Abandoned();
-  const auto refuse = [&](bool fits, const char* what) {
-    if (!type || fits || type->main == TYP_NONE) return;
-    error(context, ast.token, std::string(what) + " does not fit the type " + asn1Name(type->main));
-    throw Abandoned();
-  };
+  const auto refuse = [&](bool fits, const char* what) { refuseUnless(fits, what, ast, context, type); };
   switch (ast.kind) {
     case kUnion:
     case kIntersection:
@@ -72,39 +105,15 @@ ConstraintNode* Resolver::makeConstraint(const ConstraintAst& ast, const Context
       refuse(type && hasSize(type->main), "SIZE");
       node.first = makeConstraint(*ast.first, context, owner, plainType(TYP_INTEGER));
       break;
-    case kPattern: {
+    case kPattern:
       refuse(type && hasAlphabet(type->main), "PATTERN");
-      const ValueNode* pattern = behind(makeValue(*ast.value, context, plainType(TYP_GENSTR)));
-      node.has_text = true;
-      if (pattern) node.text = pattern->text;
+      makePattern(ast, context, node);
       break;
-    }
-    case kContainedSubtype:
     case kContents:
-      if (ast.kind == kContents) {
-        refuse(type && (type->main == TYP_OCTSTR || type->main == TYP_BITSTR), "CONTAINING or ENCODED BY");
-      }
-      if (ast.value) node.value = makeValue(*ast.value, context, plainType(TYP_OBJID));
-      if (!ast.type) break;
-      // A set as a parameter stands for the elements that it lists.
-      if (ast.type->kind == TypeAst::kRef) {
-        const Argument* arg = argument(ast.type->ref, context);
-        if (arg && (*arg->context.module->tokens)[arg->range.begin].text == "{") {
-          Parser parser = parserAt(arg->context, arg->range.begin + 1);
-          ConstraintAst* set = parser.parseElementSets();
-          if (parser.pos != arg->range.end - 1) parser.fail("expected the end of the set");
-          return makeConstraint(*set, arg->context, owner, governor);
-        }
-      }
-      node.type = makeType(*ast.type, context, nullptr);
-      if (TypeNode* contained = base(node.type); ast.kind == kContainedSubtype && contained && type &&
-                                                 contained->main != type->main &&
-                                                 !(hasAlphabet(contained->main) && hasAlphabet(type->main))) {
-        error(context, ast.token,
-              std::string("the contained type is a ") + asn1Name(contained->main) + ", " +
-                  asn1Name(type->main) + " is needed");
-      }
-      break;
+      refuse(type && (type->main == TYP_OCTSTR || type->main == TYP_BITSTR), "CONTAINING or ENCODED BY");
+      return makeContained(ast, context, owner, governor, node);
+    case kContainedSubtype:
+      return makeContained(ast, context, owner, governor, node);
     case kWithComponent:
       refuse(type && (type->main == TYP_SEQOF || type->main == TYP_SETOF), "WITH COMPONENT");
       node.first = makeConstraint(*ast.first, context, owner, type ? type->components.front() : nullptr);

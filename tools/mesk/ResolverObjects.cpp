@@ -235,87 +235,107 @@ bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, 
   return started;
 }
 
-void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
-                         ValueNode& node) {
+ValueNode* Resolver::typeSetting(const Context& context, int token, TypeNode* type) {
+  ValueNode* setting = newValue(context, token, nullptr);
+  setting->main = type->main;
+  setting->field_type = type;
+  return setting;
+}
+
+ValueNode* Resolver::valueSetting(Parser& parser, const FieldAst& field, const Context& context,
+                                  const ClassUse& cls) {
+  if (namesClass(*field.type, cls.context)) {
+    const ClassUse inner = classOf(*field.type, cls.context);
+    return makeObject(*parser.parseValue(), context, inner, nullptr);
+  }
+  const ValueAst* value = parser.parseValue();
+  TypeNode* type = fieldNode(cls, field);
+  if (!type) type = makeType(*field.type, cls.context, nullptr);
+  ValueNode* setting = makeValue(*value, context, type);
+  value_settings_[setting] = {value, context};
+  return setting;
+}
+
+/// The elements of a value set, which stand in braces or in a type.
+ConstraintAst* Resolver::parseValueSet(Parser& parser, const Context& context) {
+  if (!parser.isSymbol("{")) {
+    ConstraintAst& contained = arena_.constraints.emplace_back();
+    contained.kind = kContainedSubtype;
+    contained.token = parser.pos;
+    contained.type = parser.parseType();
+    return &contained;
+  }
+  const Range range = parser.skipBraces();
+  Parser inner = parserAt(context, range.begin + 1);
+  ConstraintAst* set = inner.parseElementSets();
+  if (inner.pos != range.end - 1) inner.fail("expected the end of the set");
+  return set;
+}
+
+ValueNode* Resolver::setSetting(Parser& parser, const FieldAst& field, const Context& context,
+                                const ClassUse& cls) {
   const int token = parser.pos;
-  for (const ValueNode* other : node.components) {
-    if (other->name != field.name) continue;
-    error(context, token, "the field " + inQuotes(field.name) + " has a value already");
+  const bool object = namesClass(*field.type, cls.context);
+  if (object && parser.isSymbol("{")) {
+    const ClassUse inner = classOf(*field.type, cls.context);
+    return makeObjectSet(parser.skipBraces(), context, inner, nullptr);
+  }
+  if (object) return objectSetFor(parser.parseReference(), context);
+  TypeNode* type = makeType(*field.type, cls.context, nullptr);
+  type->constraints.push_back(makeConstraint(*parseValueSet(parser, context), context, *type, type));
+  return typeSetting(context, token, type);
+}
+
+/// A value whose type is what another field of the object was set to.
+ValueNode* Resolver::variableSetting(Parser& parser, const FieldAst& field, const Context& context,
+                                     const ValueNode& object) {
+  const int token = parser.pos;
+  const ValueAst* value = parser.parseValue();
+  const ValueNode* type = nullptr;
+  for (const ValueNode* other : object.components) {
+    if (other->name == field.fields.front()) type = other;
+  }
+  if (!type || !type->field_type || field.fields.size() > 1) {
+    error(context, token, "the type of the field " + inQuotes(field.name) + " is not known here");
     throw Abandoned();
   }
-  ValueNode* setting = nullptr;
-  const bool object = field.type && namesClass(*field.type, cls.context);
-  const auto set_type = [&](TypeNode* type) {
-    setting = newValue(context, token, nullptr);
-    setting->main = type->main;
-    setting->field_type = type;
-  };
+  ValueNode* setting = makeValue(*value, context, type->field_type);
+  value_settings_[setting] = {value, context};
+  return setting;
+}
+
+ValueNode* Resolver::makeSetting(Parser& parser, const FieldAst& field, const Context& context,
+                                 const ClassUse& cls, const ValueNode& object) {
+  const int token = parser.pos;
   switch (field.kind) {
     case kTypeField: {
       const TypeAst* type = parser.parseType();
-      set_type(makeType(*type, context, nullptr));
+      ValueNode* setting = typeSetting(context, token, makeType(*type, context, nullptr));
       type_settings_[setting] = {type, context};
-      break;
+      return setting;
     }
     case kFixedValueField:
     case kObjectField:
-      if (object) {
-        const ClassUse inner = classOf(*field.type, cls.context);
-        setting = makeObject(*parser.parseValue(), context, inner, nullptr);
-      } else {
-        const ValueAst* value = parser.parseValue();
-        TypeNode* type = fieldNode(cls, field);
-        if (!type) type = makeType(*field.type, cls.context, nullptr);
-        setting = makeValue(*value, context, type);
-        value_settings_[setting] = {value, context};
-      }
-      break;
+      return valueSetting(parser, field, context, cls);
     case kFixedValueSetField:
-    case kObjectSetField: {
-      if (object && parser.isSymbol("{")) {
-        const ClassUse inner = classOf(*field.type, cls.context);
-        setting = makeObjectSet(parser.skipBraces(), context, inner, nullptr);
-      } else if (object) {
-        setting = objectSetFor(parser.parseReference(), context);
-      } else {
-        TypeNode* type = makeType(*field.type, cls.context, nullptr);
-        ConstraintAst* set = nullptr;
-        if (parser.isSymbol("{")) {
-          const Range range = parser.skipBraces();
-          Parser inner = parserAt(context, range.begin + 1);
-          set = inner.parseElementSets();
-          if (inner.pos != range.end - 1) inner.fail("expected the end of the set");
-        } else {
-          ConstraintAst& contained = arena_.constraints.emplace_back();
-          contained.kind = kContainedSubtype;
-          contained.token = parser.pos;
-          contained.type = parser.parseType();
-          set = &contained;
-        }
-        type->constraints.push_back(makeConstraint(*set, context, *type, type));
-        set_type(type);
-      }
-      break;
-    }
-    case kVariableValueField: {
-      // Its type is what another field of the object was set to.
-      const ValueAst* value = parser.parseValue();
-      const ValueNode* type = nullptr;
-      for (const ValueNode* other : node.components) {
-        if (other->name == field.fields.front()) type = other;
-      }
-      if (!type || !type->field_type || field.fields.size() > 1) {
-        error(context, token, "the type of the field " + inQuotes(field.name) + " is not known here");
-        throw Abandoned();
-      }
-      setting = makeValue(*value, context, type->field_type);
-      value_settings_[setting] = {value, context};
-      break;
-    }
-    case kVariableValueSetField:
+    case kObjectSetField:
+      return setSetting(parser, field, context, cls);
+    case kVariableValueField:
+      return variableSetting(parser, field, context, object);
+    default:
       error(context, token, "value sets of a variable type are not supported");
       throw Abandoned();
   }
+}
+
+void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
+                         ValueNode& node) {
+  for (const ValueNode* other : node.components) {
+    if (other->name != field.name) continue;
+    error(context, parser.pos, "the field " + inQuotes(field.name) + " has a value already");
+    throw Abandoned();
+  }
+  ValueNode* setting = makeSetting(parser, field, context, cls, node);
   setting->name = field.name;
   node.components.push_back(setting);
 }

@@ -2,6 +2,7 @@
 //
 //   mkprefil -OPTION-FILE=path [-A=directory...] file...
 #include <cstdio>
+#include <set>
 
 #include "asn1/front/FilePrefix.h"
 #include "mesk/Lexer.h"
@@ -10,8 +11,23 @@
 namespace {
 
 struct Found {
-  std::string module, prefix;
+  std::string module, file_prefix, prefix;
 };
+
+/// Gives those modules that stand behind the first one of a file prefixes by their names, which no other one
+/// has.
+void nameFurther(std::vector<Found>& found) {
+  std::set<std::string> taken;
+  for (const Found& one : found) taken.insert(one.prefix);
+  for (Found& one : found) {
+    if (!one.prefix.empty()) continue;
+    one.prefix = one.module.substr(0, asn1::kLongestPrefix);
+    for (int number = 2; !taken.insert(one.prefix).second; ++number) {
+      const std::string ending = "-" + std::to_string(number);
+      one.prefix = one.module.substr(0, asn1::kLongestPrefix - ending.size()) + ending;
+    }
+  }
+}
 
 /// The modules whose headers stand in a file.
 bool scan(const std::string& path, std::vector<Found>& found) {
@@ -32,9 +48,8 @@ bool scan(const std::string& path, std::vector<Found>& found) {
       next = static_cast<size_t>(tokens[next].match) + 1;
     }
     if (tokens[next].kind != mesk::Tok::kUpper || tokens[next].text != "DEFINITIONS") continue;
-    const std::string name(tokens[i].text);
-    found.push_back(
-        Found{name, modules++ == 0 ? asn1::FilePrefixOf(path) : name.substr(0, asn1::kLongestPrefix)});
+    const std::string prefix = asn1::FilePrefixOf(path);
+    found.push_back(Found{std::string(tokens[i].text), prefix, modules++ == 0 ? prefix : std::string()});
   }
   if (modules == 0) std::printf("%s(1): the file holds no ASN.1 module\n", path.c_str());
   return modules > 0;
@@ -88,10 +103,11 @@ int main(int argc, char** argv) {
     }
   }
   if (!good) return 1;
+  nameFurther(found);
   std::FILE* file = std::fopen(option_file.c_str(), "wb");
   if (file) {
     for (const Found& module : found) {
-      std::fprintf(file, "-PREFIX=%s:%s:%s\n", module.module.c_str(), module.prefix.c_str(),
+      std::fprintf(file, "-PREFIX=%s:%s:%s\n", module.module.c_str(), module.file_prefix.c_str(),
                    module.prefix.c_str());
     }
   }

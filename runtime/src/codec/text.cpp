@@ -211,9 +211,10 @@ bool Decoder::omit(const TextPlan& plan, Value v, size_t i) {
 // A field and the separator before it; where it is not there, nothing is taken.
 bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
   const size_t start = at, terminators = terminators_.size();
-  if (plan.separator.given) terminators_.push_back(&plan.separator);
+  const bool is_last = i + 1 == plan.fields.size();
+  if (plan.separator.given && !is_last) terminators_.push_back(&plan.separator);
   // Without one the next field may begin with a text.
-  const bool has_next = !plan.separator.given && i + 1 < plan.fields.size() && plan.fields[i + 1].plan->begin.given;
+  const bool has_next = !plan.separator.given && !is_last && plan.fields[i + 1].plan->begin.given;
   if (has_next) terminators_.push_back(&plan.fields[i + 1].plan->begin);
   path_.enter(plan.fields[i].name.c_str());
   const bool good = (is_first || take(plan.separator, "the separator is missing")) && decode(*plan.fields[i].plan, force_part(v, i));

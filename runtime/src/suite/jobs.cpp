@@ -148,9 +148,10 @@ class Jobs {
     }
     if (!is_new && running()) usleep(pause_between_looks);
     while (!jobs_.empty() && jobs_.front()->is_over) {
+      // What was begun behind the one that failed would not have run in one process.
       if (!failed_) collect(*jobs_.front());
       jobs_.erase(jobs_.begin());
-      if (!failed_ && until_fail_ && !is_good(results().back().verdict)) failed_ = true;
+      failed_ = failed_ || (until_fail_ && !is_good(results().back().verdict));
     }
   }
   void stop_all() {

@@ -3,6 +3,7 @@
 #include "ports/no_adapter.h"
 #include "run/component.h"
 #include "suite/params.h"
+#include "transport/link_spec.h"
 #include "value/error.h"
 #include "value/symbols.h"
 
@@ -49,7 +50,7 @@ void call_user_init(void*) {
 }
 
 void look_at_codecs(void*) {
-  if (!check_codecs(has_adapter())) fault("types cannot be encoded as their attributes say");
+  if (!check_codecs(has_adapter() || has_links())) fault("types cannot be encoded as their attributes say");
 }
 
 struct ControlPart {

@@ -100,6 +100,10 @@ std::vector<std::string> linked_ports() {
   return names;
 }
 
+bool has_links() {
+  return !links().empty();
+}
+
 const LinkSpec* link_for(std::string_view port, long index) {
   const std::string element = std::string(port) + "[" + std::to_string(index) + "]";
   for (const LinkSpec& spec : links())

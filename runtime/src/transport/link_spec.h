@@ -33,6 +33,7 @@ bool read_link_spec(std::string_view text, LinkSpec& spec);
 bool add_link(const std::string& text);
 // The names in them.
 std::vector<std::string> linked_ports();
+bool has_links();
 // Null if the port has none.
 const LinkSpec* link_for(std::string_view port, long index);
 

@@ -77,7 +77,8 @@ void CheckArrayValue(T3Tree_Node* node) {
     if (!at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at->as<T3FieldValue>()))
       return;
   const auto bounds = KnownBounds(type);
-  if (bounds && length != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
+  const bool sound = bounds && bounds->low <= bounds->high;
+  if (sound && length != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
 }
 
 void CheckNotation(T3Tree_Node* node) {

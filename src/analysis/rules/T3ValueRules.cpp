@@ -56,9 +56,21 @@ bool Varies(T3Tree_Node* value) {
   return false;
 }
 
+// A part that is no value has had its message, unless it stands in a permutation.
+bool HasRefusedPart(T3Tree_Node* value) {
+  bool refused = false;
+  ForEachInSubtree(value, [&refused](T3Tree_Node* node) {
+    auto* part = node->try_as<T3FieldValue>();
+    refused = refused || (part != nullptr && part->permutation_kind == t3_permutation_kind_t::No &&
+                          !part->value->is<T3CompoundValue>() && !IsRvalueRelaxed(part->value));
+    return !refused;
+  });
+  return refused;
+}
+
 void CheckConstant(T3Tree_Node* node) {
   T3Tree_Node* value = node->as<_T3InstanceValueDecl>()->value;
-  if (!IsGiven(value) || HasFailedPart(value)) return;
+  if (!IsGiven(value) || HasFailedPart(value) || HasRefusedPart(value)) return;
   if (Varies(value))
     vexa_filtered_error(ERR_const, PositionOf(node));
   else

@@ -239,8 +239,6 @@ std::map<std::string, std::string> CheckFunctionNames(ModRec& module) {
 }
 
 std::map<std::string, std::string> ConsofFunctionNames(ModRec& module) {
-  return NamesOf(module, "_consof_", [](const AsnType& type) {
-    return has_consof_func(type) && (isDefinedType(type) || !isReference(type));
-  });
+  return NamesOf(module, "_consof_", has_consof_func);
 }
 }  // namespace asn1

@@ -53,9 +53,10 @@ void Parts(T3AsnFiles& files, const AsnType& type, int depth) {
   std::vector<AsnType> parts = TypeComps(type);
   if (isListType(type)) parts.push_back(forTypeElem(type));
   for (const AsnType& part : parts) {
-    if (isReference(part)) continue;
-    if (has_consof_func(part)) Function(files, part, t3asn_inline_type_id(part));
-    Parts(files, part, depth + 1);
+    // A reference without a size of its own has the function of its type.
+    if (has_consof_func(part) && isLocalTypeConstraints(part))
+      Function(files, part, t3asn_inline_type_id(part));
+    if (!isReference(part)) Parts(files, part, depth + 1);
   }
 }
 }  // namespace

@@ -129,21 +129,18 @@ bool NamesDiffer() {
   return good;
 }
 
-// mkprefil writes a line for each module, with the source's prefix for the first one of a source.
+// mkprefil writes a line for each module: its name, the prefix of its source, and its own, which is another
+// one behind the first module of the source.
 void NoteFurtherModules(const std::string& option_file) {
   std::map<std::string, std::string> sources;
   for (const std::string& source : mesk::AsnSources())
     sources[mesk::vexa_asn_1_filename_prefix(source)] = source;
   std::ifstream file(option_file);
-  std::vector<std::string>* of_source = nullptr;
   for (std::string line; std::getline(file, line);) {
-    const size_t prefix = line.find(':') + 1;
-    const std::string name = line.substr(prefix, line.find(':', prefix) - prefix);
-    const auto first = sources.find(name);
-    if (first != sources.end())
-      of_source = &further_modules[first->second];
-    else if (of_source != nullptr)
-      of_source->push_back(name);
+    const size_t of_file = line.find(':') + 1, own = line.find(':', of_file) + 1;
+    const auto source = sources.find(line.substr(of_file, own - of_file - 1));
+    if (source != sources.end() && line.substr(own) != source->first)
+      further_modules[source->second].push_back(line.substr(own));
   }
 }
 

@@ -214,10 +214,10 @@ std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
   return ShortLocation(node, vexa_rts_mode, function);
 }
 
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t mode, CFunction& function,
+std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
                           Variables* variables) {
   constexpr size_t kLong = 500;
-  const bool is_c = mode == vexa_c_mode;
+  const bool is_c = form == vexa_c_mode;
   std::string text = is_c ? CLocation(node) : RTSLocation(node);
   const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;

@@ -140,14 +140,14 @@ void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
 }
 
 // How an operator takes its operands.
-vexa_expression_mode_t OperandMode(_T3BinaryExpression* node) {
+vexa_expression_mode_t OperandForm(_T3BinaryExpression* node) {
   const bool is_rts = node->is<T3Equal>() || node->is<T3NotEqual>() || RTValueWord(node) != nullptr ||
                       (node->is<_T3Relational>() && TypeOf(node->left)->is<T3ObjectIdentifierType>());
   return is_rts ? vexa_rts_mode : vexa_c_mode;
 }
 
-bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t mode) {
-  return mode == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
+bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t form) {
+  return form == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
 }
 
 // Left operands nest as deeply as a chain of operators is long: they are evaluated from the first one on, the result of
@@ -155,19 +155,19 @@ bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t mode) {
 void GenerateLeftOperands(_T3BinaryExpression* node, CFunction& function) {
   struct Operand {
     T3Tree_Node* node;
-    vexa_expression_mode_t mode;
+    vexa_expression_mode_t form;
   };
   std::vector<Operand> chain;
   for (auto* whole = node; whole != nullptr; whole = whole->left->try_as<_T3BinaryExpression>()) {
-    const vexa_expression_mode_t mode = OperandMode(whole);
-    if (!whole->left->is<_T3BinaryExpression>() || HasLocation(whole->left, mode)) break;
-    chain.push_back({whole->left, mode});
+    const vexa_expression_mode_t form = OperandForm(whole);
+    if (!whole->left->is<_T3BinaryExpression>() || HasLocation(whole->left, form)) break;
+    chain.push_back({whole->left, form});
   }
   Variables variables;
   for (size_t i = chain.size(); i-- > 0;) {
     const Operand& operand = chain[i];
-    CGExpression(operand.node, operand.mode, vexa_temp_alloc, function);
-    ShortLocation(operand.node, operand.mode, function, &variables);
+    CGExpression(operand.node, operand.form, vexa_temp_alloc, function);
+    ShortLocation(operand.node, operand.form, function, &variables);
   }
 }
 

@@ -260,9 +260,8 @@ std::string DecompileMatchingExpression(T3Tree_Node* node) {
 
 std::string DecompileExtraMatchingExpressions(ExtraMatchingExpressions* node) {
   std::string text = Decompile(node->object);
-  if (auto* sized = node->try_as<T3LengthMatch>()) text += " length " + DecompileBound(sized->size);
-  if (auto* sized = node->try_as<T3IfPresentIfLengthMatch>())
-    text += " length " + DecompileBound(sized->size);
+  if (auto* sized = node->try_as<T3LengthMatch>()) text += " length" + DecompileBound(sized->size);
+  if (auto* sized = node->try_as<T3IfPresentIfLengthMatch>()) text += " length" + DecompileBound(sized->size);
   if (!node->is<T3LengthMatch>()) text += " ifpresent";
   return text;
 }

@@ -1,0 +1,32 @@
+// A stream that arrives in pieces is cut into the same messages as when it arrives at once, and what is framed is cut
+// again. The first octet chooses the framing, the second the size of the pieces.
+#include <cstdlib>
+#include <vector>
+
+#include "transport/framing.h"
+
+using namespace lumos;
+
+static std::vector<std::string> messages(Framing framing, const std::string& octets, size_t piece) {
+  std::vector<std::string> list;
+  std::string stream, message;
+  for (size_t at = 0; at < octets.size(); at += piece) {
+    stream += octets.substr(at, piece);
+    Cut cut;
+    while (!stream.empty() && (cut = cut_message(framing, stream, message)) == Cut::message) list.push_back(message);
+    if (!stream.empty() && cut == Cut::wrong) break;
+  }
+  return list;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
+  if (size < 2) return 0;
+  const auto framing = static_cast<Framing>(1 + data[0] % 6);
+  const std::string octets(reinterpret_cast<const char*>(data + 2), size - 2);
+  if (messages(framing, octets, 1 + data[1]) != messages(framing, octets, octets.size() + 1)) std::abort();
+  std::string stream;
+  const bool is_line = framing == Framing::line || framing == Framing::crlf;
+  if (is_line || framing == Framing::ber || !frame_message(framing, octets, stream)) return 0;
+  if (messages(framing, stream, stream.size() + 1) != std::vector<std::string>{octets}) std::abort();
+  return 0;
+}
