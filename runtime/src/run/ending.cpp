@@ -128,7 +128,7 @@ void on_pipe(int) {}
 
 void on_exit() {
   if (!is_watched) return;
-  is_watched = false;
+  std::atexit(on_exit);  // the adapter may do it once more when it hears of the end
   std::snprintf(reason_text, sizeof reason_text, "user code ended the process");
   reason = reason_text;
   give_up(reason);
