@@ -1,5 +1,5 @@
-// Any bytes as a source file, analysed and generated as a whole run does it: the run must end without a fault of
-// the compiler itself, whatever it reports.
+// Any bytes as a source file, analysed and generated as a whole run does it: the run must end without a fault
+// of the compiler itself, whatever it reports.
 #include <unistd.h>
 
 #include <cstdint>

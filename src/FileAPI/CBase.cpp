@@ -38,7 +38,8 @@ std::string getSignature(std::string_view returnType, std::string_view name, CWo
   return Signature(returnType, name, parameters);
 }
 
-// Nobody counts columns beyond some thirty scopes, and blanks for each of them would be most of what is written.
+// Nobody counts columns beyond some thirty scopes, and blanks for each of them would be most of what is
+// written.
 void CBase::indent(CSection& section, int n) const {
   constexpr unsigned kMost = 64;
   ::indent(section, std::min(n < 0 ? indentation_ : static_cast<unsigned>(n), kMost));

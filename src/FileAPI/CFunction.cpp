@@ -221,7 +221,8 @@ void CFunction::releaseTmpVariable(const std::string& name) {
   const size_t place = tmpPlaces_.at(name);
   Tmp& tmp = tmps_[place];
   if (!tmp.in_use)
-    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable", "Can not release an unused variable");
+    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
+                             "Can not release an unused variable");
   tmp.in_use = false;
   freeTmps_[tmp.type].insert(place);
 }

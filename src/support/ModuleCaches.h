@@ -1,5 +1,5 @@
-// Tables of what is known while one module is worked on. A table registers beside itself what empties it, so that
-// nobody has to know all of them.
+// Tables of what is known while one module is worked on. A table registers beside itself what empties it, so
+// that nobody has to know all of them.
 #pragma once
 
 /// A namespace-level object beside a table; registered for the whole run.

@@ -1,6 +1,7 @@
-// Memory for small objects: the compiler is one thread that makes and drops many short strings and nodes of containers,
-// for which the general heap takes a fifth of all instructions. Blocks of one size are cut from slabs and, when they are
-// given back, kept in a list for that size. Nothing goes back to the system before the end of the process.
+// Memory for small objects: the compiler is one thread that makes and drops many short strings and nodes of
+// containers, for which the general heap takes a fifth of all instructions. Blocks of one size are cut from
+// slabs and, when they are given back, kept in a list for that size. Nothing goes back to the system before
+// the end of the process.
 //
 // A sanitizer is to see each object by itself, so there the general heap stays.
 #if defined(__has_feature)

@@ -33,8 +33,8 @@ std::vector<std::string> Split(const std::string& text) {
 }
 
 TEST(AsnOptions, FormsThatAreTaken) {
-  for (const std::string& text : Split(
-             "verbose=2|TYP=yes|TYP=1|REAL=0|REAL=128|STANDARD-VERSION=1990|STANDARD-VERSION=1994|"
+  for (const std::string& text :
+       Split("verbose=2|TYP=yes|TYP=1|REAL=0|REAL=128|STANDARD-VERSION=1990|STANDARD-VERSION=1994|"
              "DEFINITION-CATEGORY=other|DEFINITION-CATEGORY=255|XREF=True|XREF=0|NAMELEN=8|NAMELEN=128|"
              "DEFINITELEN=no|DEFINITELEN=definite-definitecomps|DEFINITELEN=3|EXTENSIONS=save|"
              "SPLIT=2147483647|COD=1|COD=none:combined:2|INT=U32|INT=optimize|N=16|CHOICE=0|"
@@ -46,8 +46,8 @@ TEST(AsnOptions, FormsThatAreTaken) {
 }
 
 TEST(AsnOptions, FormsThatAreRefused) {
-  for (const std::string& text : Split(
-             "TYP=2|TYP=|TYP|TYP=01|REAL=33|STANDARD-VERSION=1992|DEFINITION-CATEGORY=4|"
+  for (const std::string& text :
+       Split("TYP=2|TYP=|TYP|TYP=01|REAL=33|STANDARD-VERSION=1992|DEFINITION-CATEGORY=4|"
              "DEFINITION-CATEGORY=254|XREF=2|NAMELEN=7|NAMELEN=129|NAMELEN=x|SPLIT=2147483648|SPLIT=-1|COD=3|"
              "COD=1:1:1:1|INT=V32|INT=33|N=U16|REALLIM={1,2,3}|REALLIM={1,10,32768}|REALLIM=1|ENCF=2|"
              "ENCF=010101010|ALTMAX=9|C-GENERATION=REAL,NONE|ENTRY=type|ENTRY=18:Type|ENTRY=A:B|ENTRY=|"

@@ -63,7 +63,8 @@ TEST(SetupPaths, TheProgramsDirectoryGoesToTheHeadOfThePath) {
 
 TEST(Modules, OfAFile) {
   T3ModuleMap modules;
-  for (const auto& [name, file] : {std::pair("cm_a", "cm1"), std::pair("cm_b", "cm2"), std::pair("cm_c", "cm1")}) {
+  for (const auto& [name, file] :
+       {std::pair("cm_a", "cm1"), std::pair("cm_b", "cm2"), std::pair("cm_c", "cm1")}) {
     auto* module = gT3AST.MakeT3Tree(T3Kind::T3Module)->as<T3Module>();
     module->filename = gIdents.MakeIdent(file);
     modules[gIdents.MakeIdent(name)] = module;

@@ -90,7 +90,8 @@ TEST(Tree, ListsAndNestingsOfAnySizeAreWalked) {
 TEST(Tree, InitSetsParentAndSlotAndForgetsAttributes) {
   T3Tree_Node* list = ListOf(2);
   auto* first = list->as<T3FieldValue>();
-  first->value->as<T3IntLiteral>()->attr().SetEvaluated(T3IntLiteral_Attributes::const_int_value_calculated_bit);
+  first->value->as<T3IntLiteral>()->attr().SetEvaluated(
+      T3IntLiteral_Attributes::const_int_value_calculated_bit);
   gT3AST.InitT3Tree(list);
   EXPECT_EQ(nullptr, list->parent);
   EXPECT_EQ(list, first->value->parent);
@@ -98,7 +99,8 @@ TEST(Tree, InitSetsParentAndSlotAndForgetsAttributes) {
   EXPECT_NE(first->value->child_slot, first->next->child_slot);
   const auto& info = T3Tree_KindInfo[static_cast<int>(list->kind)].fields[first->value->child_slot];
   EXPECT_STREQ("value", info.name);
-  EXPECT_FALSE(first->value->as<T3IntLiteral>()->attr().IsEvaluated(T3IntLiteral_Attributes::const_int_value_calculated_bit));
+  EXPECT_FALSE(first->value->as<T3IntLiteral>()->attr().IsEvaluated(
+      T3IntLiteral_Attributes::const_int_value_calculated_bit));
 }
 
 TEST(Tree, CopyKeepsSharingAndStartsAnew) {

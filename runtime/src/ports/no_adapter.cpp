@@ -34,8 +34,9 @@ extern "C" TriStatus lumo_no_send(const TriComponentId*, const TriPortId* port, 
   return TRI_OK;
 }
 
-extern "C" __attribute__((weak, alias("lumo_no_send"))) TriStatus triSend(const TriComponentId*, const TriPortId*,
-                                                                          const TriAddress*, const TriMessage*);
+extern "C" __attribute__((weak, alias("lumo_no_send"))) TriStatus triSend(const TriComponentId*,
+                                                                          const TriPortId*, const TriAddress*,
+                                                                          const TriMessage*);
 
 bool lumos::has_adapter() {
   return &triSend != &lumo_no_send;

@@ -225,8 +225,7 @@ Value signature_content(const Arrival& a, lumo_type_t signature) {
   const lumo_field_info_t* formals = field_info(signature);
   for (size_t i = 0; i < formal_count(signature) && i < a.parameters.size() && i < content->parts.size; ++i) {
     if (!travels(mode_of(formals[i]), a.kind == MessageKind::call)) continue;
-    if (Value v = decode_part(formals[i].type, a.parameters[i]))
-      store_part(content, i, v);
+    if (Value v = decode_part(formals[i].type, a.parameters[i])) store_part(content, i, v);
   }
   return content;
 }
@@ -288,12 +287,15 @@ bool has_full_queue(const Port& system_port) {
 }
 
 void look_at_queues() {
-  queues_are_full = encoded_octets > most_octets ||
-                    std::any_of(channels.begin(), channels.end(), [](const auto& c) { return has_full_queue(*c.first); });
+  queues_are_full =
+      encoded_octets > most_octets ||
+      std::any_of(channels.begin(), channels.end(), [](const auto& c) { return has_full_queue(*c.first); });
   if (!queues_are_full || fullness_is_told) return;
   fullness_is_told = true;
-  log_format(lumo_log_msg_warning_c, "more than %zu messages or %zu octets wait at ports: nothing more is read until "
-             "they are taken", most_queued, most_octets);
+  log_format(lumo_log_msg_warning_c,
+             "more than %zu messages or %zu octets wait at ports: nothing more is read until "
+             "they are taken",
+             most_queued, most_octets);
 }
 
 ChannelEvents events_for(const Port& system_port) {
@@ -318,7 +320,9 @@ ChannelEvents events_for(const Port& system_port) {
     a.lost = lost;
     arrive(std::move(a));
   };
-  events.pause = [] { return queues_are_full || waiting_arrivals > most_arrivals || waiting_octets > most_octets; };
+  events.pause = [] {
+    return queues_are_full || waiting_arrivals > most_arrivals || waiting_octets > most_octets;
+  };
   return events;
 }
 

@@ -57,7 +57,7 @@ struct Port {
   bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
   std::deque<TakenCall> taken;  // the latest of them
-  Value call_timer = nullptr;  // wakes the component when a call is over
+  Value call_timer = nullptr;   // wakes the component when a call is over
 };
 
 // Gives the element the ports that its type asks for; nothing for other types.
@@ -66,8 +66,8 @@ void make_ports(Component& component, Value element, lumo_type_t type, const cha
 void close_ports(Component& component);
 // Takes connections and mappings away.
 void disconnect_all(Component& component);
-// The port of the component among the connections or mappings of a port; null without one. Ports with many of them ask
-// the other side, since both have each other in their lists.
+// The port of the component among the connections or mappings of a port; null without one. Ports with many of
+// them ask the other side, since both have each other in their lists.
 Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& component);
 // Takes the port out of a list of connections or mappings.
 void remove_port(std::vector<Port*>& list, Port* port);

@@ -25,12 +25,9 @@ class Json : public Reporter {
   void event(const Event& e) override {
     const char* name = e.kind == EventKind::log ? "kind" : e.kind == EventKind::verdict ? "verdict" : "name";
     const std::string octets = hex_text(e.octets);
-    line(event_name(e.kind), e.time, e.place,
-         {{"component", e.component},
-          {name, e.name},
-          {"peer", e.peer},
-          {"text", e.text},
-          {"octets", octets}});
+    line(
+        event_name(e.kind), e.time, e.place,
+        {{"component", e.component}, {name, e.name}, {"peer", e.peer}, {"text", e.text}, {"octets", octets}});
   }
   void test_case_ends(const Result& r) override {
     char duration[32];

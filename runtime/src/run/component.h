@@ -67,7 +67,7 @@ struct TestCase {
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
   std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
-  size_t found_last = 0;  // by a search through the components, the next one's beginning
+  size_t found_last = 0;                // by a search through the components, the next one's beginning
 };
 extern TestCase* test_case;
 

@@ -105,7 +105,8 @@ void on_crash(int signal) {
 }
 
 const char* time_is_over() {
-  return has_test_case ? "the time given to the test case is over" : "the time given to the control part is over";
+  return has_test_case ? "the time given to the test case is over"
+                       : "the time given to the control part is over";
 }
 
 void on_alarm(int signal) {

@@ -17,7 +17,6 @@ namespace lumos {
 
 namespace {
 
-
 // A binary heap; each timer knows its place.
 std::vector<Timer*>& queue() {
   static auto* all = new std::vector<Timer*>;
@@ -186,8 +185,8 @@ void stop_timers_outside(Task& task, Value record) {
 
 namespace {
 const bool timer_hooks_are_set =
-    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer, hooks.copy_timer_default = copy_timer_default,
-     hooks.timer_text = timer_text, true);
+    (hooks.new_timer = new_timer, hooks.delete_timer = delete_timer,
+     hooks.copy_timer_default = copy_timer_default, hooks.timer_text = timer_text, true);
 }  // namespace
 
 }  // namespace lumos

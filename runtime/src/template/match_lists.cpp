@@ -201,12 +201,13 @@ class Prefixes {
   bool whole() { return now_[size_]; }
 
  private:
-  // How many elements from the place on hold partners for all items; more than most when none do. What more elements
-  // there are is left to "*".
+  // How many elements from the place on hold partners for all items; more than most when none do. What more
+  // elements there are is left to "*".
   size_t shortest(Group& group, size_t place, size_t most) {
     auto suffices = [&](size_t length) {
       TempScope scope;
-      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length).complete();
+      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length)
+          .complete();
     };
     if (!suffices(most)) return most + 1;
     size_t low = group.count, high = most;

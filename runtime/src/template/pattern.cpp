@@ -407,8 +407,9 @@ class Machine {
       const auto c = static_cast<unsigned char>(text[i]);
       for (const Thread& thread : now) {
         const Instruction& instruction = program_.code[thread.at];
-        const bool takes_it = takes(instruction, c) || (any_case && (takes(instruction, static_cast<unsigned char>(std::tolower(c))) ||
-                                                                    takes(instruction, static_cast<unsigned char>(std::toupper(c)))));
+        const bool takes_it = takes(instruction, c) ||
+                              (any_case && (takes(instruction, static_cast<unsigned char>(std::tolower(c))) ||
+                                            takes(instruction, static_cast<unsigned char>(std::toupper(c)))));
         if (takes_it) add(next, {thread.at + 1, {}}, i + 1, i + 2);
       }
       std::swap(now, next);

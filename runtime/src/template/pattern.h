@@ -18,8 +18,8 @@ long pattern_length(Value pattern);
 // whole text does not match.
 std::u32string pattern_group(Value pattern, Value v, size_t group);
 
-// The longest beginning of a text of octets that a pattern matches; npos if it matches none. Patterns that are not
-// readable match nothing; readable_pattern tells.
+// The longest beginning of a text of octets that a pattern matches; npos if it matches none. Patterns that
+// are not readable match nothing; readable_pattern tells.
 size_t pattern_prefix(std::string_view pattern, std::string_view text, bool any_case);
 bool readable_pattern(std::string_view pattern);
 

@@ -91,12 +91,14 @@ bool encode_value(Value v, std::string& octets, std::string& fault) {
     return true;
   }
   lumo_binary_string_struct data;
-  if (encoder(v, &data, current_task) != lumo_codecs_result_succeeded_c) return fault = "its encoder refuses it", false;
+  if (encoder(v, &data, current_task) != lumo_codecs_result_succeeded_c)
+    return fault = "its encoder refuses it", false;
   octets += data.octets;
   return true;
 }
 
-std::string undecodable(const std::string& port, lumo_type_t type, const std::string& octets, const std::string& fault) {
+std::string undecodable(const std::string& port, lumo_type_t type, const std::string& octets,
+                        const std::string& fault) {
   constexpr size_t most = 256;
   std::string line = port.empty() ? "" : "port " + port + ": ";
   line += std::string("what arrived is no value of type '") + type_name(type) + "': " + fault + ": '";

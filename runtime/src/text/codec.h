@@ -1,5 +1,5 @@
-// Encoding and decoding: by the functions of a type where it has them, then by its encode attribute, otherwise plainly -
-// strings as their octets, everything else in the notation of the language.
+// Encoding and decoding: by the functions of a type where it has them, then by its encode attribute,
+// otherwise plainly - strings as their octets, everything else in the notation of the language.
 #pragma once
 
 #include <string>
@@ -16,11 +16,12 @@ bool has_own_codec(lumo_type_t type);
 bool has_codec(lumo_type_t type);
 // False leaves a reason in fault.
 bool encode_value(Value v, std::string& octets, std::string& fault);
-// A value with temporary life; null leaves the place and reason in fault if the octets are none of the type. taken tells
-// how many octets the value took; without it the value has to take all.
+// A value with temporary life; null leaves the place and reason in fault if the octets are none of the type.
+// taken tells how many octets the value took; without it the value has to take all.
 Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken, std::string& fault);
 
 // The line of the log that tells of octets that were none of a type; a long message is cut.
-std::string undecodable(const std::string& port, lumo_type_t type, const std::string& octets, const std::string& fault);
+std::string undecodable(const std::string& port, lumo_type_t type, const std::string& octets,
+                        const std::string& fault);
 
 }  // namespace lumos

@@ -17,8 +17,8 @@ void refuse(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // As realloc, with a fault where there is no memory.
 void* allocate(void* memory, size_t size);
 
-// The address below which the running task has little stack left; null for the process's own stack. Whoever switches
-// stacks sets it.
+// The address below which the running task has little stack left; null for the process's own stack. Whoever
+// switches stacks sets it.
 extern const char* stack_limit;
 inline bool stack_is_short() {
   return static_cast<const char*>(__builtin_frame_address(0)) < stack_limit;
@@ -29,8 +29,8 @@ inline void check_stack() {
   if (stack_is_short()) stack_fault();
 }
 
-// From here on, faults that are not found by asking are those of the behaviour that runs: memory that ends, and
-// quotients beyond 64 bits.
+// From here on, faults that are not found by asking are those of the behaviour that runs: memory that ends,
+// and quotients beyond 64 bits.
 void catch_faults();
 
 }  // namespace lumos

@@ -1,5 +1,5 @@
-// What values, templates and texts need of the run that they belong to. They lie below it: the units of the run
-// set these when the program starts, and where a program has no run, nothing is called.
+// What values, templates and texts need of the run that they belong to. They lie below it: the units of the
+// run set these when the program starts, and where a program has no run, nothing is called.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,8 @@ struct Hooks {
   // An element of the current component, or null.
   Value (*component_element)(const char* name) = nullptr;
 
-  // Whether a value that generated code has done with goes on as an argument of a default, which ends it then.
+  // Whether a value that generated code has done with goes on as an argument of a default, which ends it
+  // then.
   bool (*keep_for_defaults)(Value value) = nullptr;
   // The task enters an `alt`: behind a call, the one in which its answers are taken.
   void (*enter_alternatives)(Task& task) = nullptr;

@@ -9,8 +9,8 @@ namespace lumos {
 lumo_value_struct* take_node();
 void give_node(lumo_value_struct* node);
 
-// Memory of buffers. Small ones come from, and go back to, lists of their sizes, so that a run that goes in circles
-// asks the system for nothing; `bytes` becomes what there is.
+// Memory of buffers. Small ones come from, and go back to, lists of their sizes, so that a run that goes in
+// circles asks the system for nothing; `bytes` becomes what there is.
 void* grow_buffer(void* data, size_t old_bytes, size_t& bytes);
 void give_buffer(void* data, size_t bytes);
 

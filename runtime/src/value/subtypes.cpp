@@ -169,7 +169,8 @@ LengthBounds length_bounds(lumo_type_t type) {
     const Restraint* restraint = constraint ? constraint->restraint : nullptr;
     if (restraint && restraint->has_length) {
       bounds.lower = std::max(bounds.lower, restraint->lower);
-      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper)) bounds.upper = restraint->upper;
+      if (restraint->upper >= 0 && (bounds.upper < 0 || restraint->upper < bounds.upper))
+        bounds.upper = restraint->upper;
     }
     type = plain_type(type->type_info->parent_type);
   }

@@ -36,7 +36,8 @@ T3Inference InferValueOfForm(T3Tree_Node* node, T3Candidates& candidates, bool, 
   return InferValueOf(node->as<T3ValueOf>(), candidates);
 }
 
-// Which kinds have a form stands beside them: with sanitizers, no pointer is compared before the program runs.
+// Which kinds have a form stands beside them: with sanitizers, no pointer is compared before the program
+// runs.
 struct Forms {
   std::array<InferForm, kT3KindCount> infer{};
   std::array<bool, kT3KindCount> known{};

@@ -256,7 +256,8 @@ void CheckMatchingExpressionsInSendTemplates(T3Tree_Node*) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_uses.clear();
+const ModuleCache kCache{[] {
+  g_uses.clear();
   g_modifying.clear();
-  }};
+}};
 }  // namespace

@@ -17,5 +17,6 @@ std::unordered_map<T3Tree_Node*, T3Tree_Node*> ActualsOf(T3TemplateDecl* decl, T
 
 /// Follows an expression through templates, constants and parameters to what it stands for. A part of what
 /// matches several values, or none, is taken for the whole. What cannot be followed any further, such as a
-/// variable, is its own; so is a part that is not written. Asks for no name a second time, and reports nothing.
+/// variable, is its own; so is a part that is not written. Asks for no name a second time, and reports
+/// nothing.
 T3Tree_Node* PartBehind(T3Tree_Node* expression, T3ConstraintGetter constraint_of = WrittenConstraint);

@@ -306,10 +306,8 @@ void NoteCall(T3Tree_Node* node) {
 }
 
 constexpr T3Rule kRules[] = {
-    {T3Kind::T3TemplateDecl, NoteModification},
-    {T3Kind::T3VarDecl, NoteVariable},
-    {T3Kind::T3FormalTemplatePar, NoteDefault},
-    {T3Kind::T3AssignStmt, NoteAssignment},
+    {T3Kind::T3TemplateDecl, NoteModification}, {T3Kind::T3VarDecl, NoteVariable},
+    {T3Kind::T3FormalTemplatePar, NoteDefault}, {T3Kind::T3AssignStmt, NoteAssignment},
     {T3Kind::T3Parameterization, NoteCall},
 };
 }  // namespace

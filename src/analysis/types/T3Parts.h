@@ -1,7 +1,7 @@
-// The parts of compound values. A compound is written as a list, by names or by indices, and may be of another
-// type than the one that it is seen as, if the two are compatible: fields of records, parameters and elements
-// then go by their places, fields of sets and unions by their names. Whoever needs the value of a member asks
-// here, so that all notations mean the same everywhere.
+// The parts of compound values. A compound is written as a list, by names or by indices, and may be of
+// another type than the one that it is seen as, if the two are compatible: fields of records, parameters and
+// elements then go by their places, fields of sets and unions by their names. Whoever needs the value of a
+// member asks here, so that all notations mean the same everywhere.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,8 @@ struct T3Part {
 /// the compound's own.
 std::vector<T3Part> PartsOf(T3CompoundValue* compound, T3Tree_Node* type = nullptr);
 bool AllPlacesAreKnown(const std::vector<T3Part>& parts);
-/// The values by their places, null where there is none. What has no place, or one beyond `limit`, is left out.
+/// The values by their places, null where there is none. What has no place, or one beyond `limit`, is left
+/// out.
 std::vector<T3FieldValue*> ValuesByPlace(const std::vector<T3Part>& parts, size_t limit);
 /// The value at a place of `type`; null where none is written.
 T3Tree_Node* ValueAt(T3CompoundValue* compound, T3Tree_Node* type, int64_t place);

@@ -19,7 +19,8 @@ bool NamesNoValue(T3Tree_Node* expression);
 /// True for a template by its name, with parameters or without: one of the module or an import, a variable or
 /// a parameter that holds templates.
 bool NamesTemplate(T3Tree_Node* expression);
-/// Gives a reference that was made all that is known of the one that was written: what it means and its types.
+/// Gives a reference that was made all that is known of the one that was written: what it means and its
+/// types.
 void TakeMeaning(_T3Reference* made, _T3Reference* written);
 /// The bare name of something local that a qualifier names behind the name of its own module, with all that
 /// is known of the qualifier; null for any other expression.

@@ -61,7 +61,8 @@ void JoinRepeatedModules(std::vector<module_argument_t>& arguments);
 
 // What is written (T3ControllerOutputs).
 
-/// Whether no two outputs of the run are one file; reports those that are. `order` are the modules of the run.
+/// Whether no two outputs of the run are one file; reports those that are. `order` are the modules of the
+/// run.
 bool OutputsAreDistinct(const std::vector<tIdent>& order);
 
 // Analysis (T3ControllerAnalysis).

@@ -84,4 +84,3 @@ void vexa_checktree(T3Tree_Node* node);
 [[noreturn]] void internal_error_ast(const char* file, int line, const char* function, T3Tree_Node* node);
 /// A walk met an impossible kind: reports "routine failed" with `routine` as class 1 and ends the process.
 [[noreturn]] void yyAbort(const char* routine);
-

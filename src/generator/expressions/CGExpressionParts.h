@@ -22,8 +22,8 @@ std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Variables by their types.
 using Variables = std::map<std::string, std::string>;
-/// The location of a node that has one in this form. A long text is first put into a variable, one of `variables` where
-/// that is given: what is nested deeply would otherwise be written once more at each level.
+/// The location of a node that has one in this form. A long text is first put into a variable, one of
+/// `variables` where that is given: what is nested deeply would otherwise be written once more at each level.
 std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
                           Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.

@@ -100,7 +100,8 @@ void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
   StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
 }
 
-// The right operand is evaluated only where the left one does not decide. A chain of operations has one result.
+// The right operand is evaluated only where the left one does not decide. A chain of operations has one
+// result.
 void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
   const std::string left = InC(node->left, function);
   const bool continues = node->left->is<T3And>() || node->left->is<T3Or>();
@@ -150,8 +151,8 @@ bool HasLocation(T3Tree_Node* node, vexa_expression_mode_t form) {
   return form == vexa_c_mode ? HasCLocation(node) : HasRTSLocation(node);
 }
 
-// Left operands nest as deeply as a chain of operators is long: they are evaluated from the first one on, the result of
-// each in the same variable where it needs one.
+// Left operands nest as deeply as a chain of operators is long: they are evaluated from the first one on, the
+// result of each in the same variable where it needs one.
 void GenerateLeftOperands(_T3BinaryExpression* node, CFunction& function) {
   struct Operand {
     T3Tree_Node* node;

@@ -1,5 +1,5 @@
-// What every unit writes about the module that is being generated: its name and place in the source, rows of its
-// symbol table, and calls that tell the run-time system where execution stands.
+// What every unit writes about the module that is being generated: its name and place in the source, rows of
+// its symbol table, and calls that tell the run-time system where execution stands.
 #pragma once
 
 #include <string>

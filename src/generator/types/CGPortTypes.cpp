@@ -242,7 +242,8 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
   if (component == nullptr) internal_error_ast("T3Type", __LINE__, "T3Type::GenComponentType", type);
   GenReferenceType(decl, LUMO_TYPE_KIND_COMPONENT_REF, "<component record>", VEXAComponentRecordName(decl));
   GenPlainTypeStruct(VEXAComponentRecordName(decl), VEXAComponentRecordInfoStructName(decl), true);
-  // count and fields of the record stand two places behind those of other types, the count where others have a pointer
+  // count and fields of the record stand two places behind those of other types, the count where others have
+  // a pointer
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_COMPONENT);
   info.check_function = CGFunctionPointer(VEXAComponentPostProcessFuncName(decl));
   auto array = BeginFields(VEXAComponentRecordFieldInfoName(decl));
