@@ -42,13 +42,6 @@ struct Collection {
   int OfParameters(T3Parameterization* call);
 };
 
-// A signature without parameters of the operation's direction takes any value for the others.
-bool FieldValueIsRelevant(T3Tree_Node* par, vexa_template_mode_t mode) {
-  auto* typed = T3Is<_T3TypedFormal>(par) ? par->as<_T3TypedFormal>() : nullptr;
-  if (typed == nullptr) return false;
-  return typed->pass != (mode == vexa_template_call ? t3_par_pass_t::Out : t3_par_pass_t::In);
-}
-
 int Collection::OfCompound(T3CompoundValue* compound) {
   T3SignatureType* whole = std::exchange(signature, nullptr);
   int status = kStatusPlain;
@@ -195,6 +188,12 @@ int Collection::Of(T3Tree_Node* node) {
   return status;
 }
 }  // namespace
+
+bool FieldValueIsRelevant(T3Tree_Node* parameter, vexa_template_mode_t mode) {
+  auto* typed = T3Is<_T3TypedFormal>(parameter) ? parameter->as<_T3TypedFormal>() : nullptr;
+  if (typed == nullptr) return false;
+  return typed->pass != (mode == vexa_template_reply ? t3_par_pass_t::In : t3_par_pass_t::Out);
+}
 
 T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode) {
   Collection collection{deep, mode, ExpressionBaseType(node)->try_as<T3SignatureType>()};

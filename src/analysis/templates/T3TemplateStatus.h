@@ -18,5 +18,8 @@ struct T3TemplateStatus {
   bool is_cut_off = false;
 };
 
+/// Whether an operation carries a parameter of a signature: `in` goes with calls, `out` with replies, `inout`
+/// with both.
+bool FieldValueIsRelevant(T3Tree_Node* parameter, vexa_template_mode_t mode);
 /// The status of a template definition or expression in an operation. `deep`: actual parameters count too.
 T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_template_mode_t mode);

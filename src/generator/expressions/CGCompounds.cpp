@@ -21,11 +21,6 @@ int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
   return number;
 }
 
-bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode) {
-  const t3_par_pass_t pass = formal->as<_T3TypedFormal>()->pass;
-  return pass == t3_par_pass_t::InOut || (pass == t3_par_pass_t::Out) == (mode == vexa_template_reply);
-}
-
 namespace {
 std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
   std::vector<T3FieldValue*> items;

@@ -96,8 +96,6 @@ void CompoundValue(T3CompoundValue* node, Mode mode, CFunction& function);
 /// The alternative of an `anytype` that stands for a declared type, by the order in which it lists them: each
 /// module has a list of its own.
 int64_t AlternativeOfAnyType(T3Tree_Node* anytype, T3Tree_Node* type_decl);
-/// Whether an operation carries a parameter: `in` goes with calls, `out` with replies, `inout` with both.
-bool FieldValueIsRelevant(T3Tree_Node* formal, vexa_template_mode_t mode);
 
 /// The location of the text of a pattern: a T3CharStringMatch or a _T3SpecialStringMatch.
 std::string PatternText(T3Tree_Node* node, CFunction& function);

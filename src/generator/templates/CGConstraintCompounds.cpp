@@ -3,8 +3,10 @@
 #include <optional>
 
 #include "analysis/types/T3Constants.h"
+#include "analysis/templates/T3TemplateStatus.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3GlobalASTNodes.h"
 #include "generator/templates/CGConstraintParts.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/text/CGTypeAccess.h"
@@ -55,7 +57,7 @@ void TestSignature(T3CompoundValue* node, T3SignatureType* type, const CGTest& t
   for (const T3Part& part : PartsOf(node, type)) {
     if (!part.place || static_cast<size_t>(*part.place) >= formals.size()) continue;
     auto* formal = formals[static_cast<size_t>(*part.place)]->try_as<_T3TypedFormal>();
-    if (formal == nullptr || !cg::FieldValueIsRelevant(formal, test.mode)) continue;
+    if (formal == nullptr || !FieldValueIsRelevant(formal, test.mode)) continue;
     TestPart(ByIndex(test.value, *part.place), "." + Name(formal->name), part.item->value,
              RootType(formal->type), inner, function);
   }
@@ -100,21 +102,6 @@ std::optional<std::vector<T3FieldValue*>> ItemsByPlace(T3CompoundValue* node, T3
   for (const T3Part& part : parts)
     if (!part.place || *part.place >= kMostPlaces) return std::nullopt;
   return ValuesByPlace(parts, kMostPlaces);
-}
-
-const char* PermutationKindToString(t3_permutation_kind_t kind) {
-  switch (kind) {
-    case t3_permutation_kind_t::Head:
-      return LUMO_PERMUTATION_KIND_HEAD;
-    case t3_permutation_kind_t::Body:
-      return LUMO_PERMUTATION_KIND_BODY;
-    case t3_permutation_kind_t::Tail:
-      return LUMO_PERMUTATION_KIND_TAIL;
-    case t3_permutation_kind_t::HeadTail:
-      return LUMO_PERMUTATION_KIND_HEAD_TAIL;
-    default:
-      return LUMO_PERMUTATION_KIND_NO;
-  }
 }
 
 // How many elements an item stands for that may be any number of them.

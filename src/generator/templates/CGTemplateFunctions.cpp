@@ -2,6 +2,7 @@
 // module declares through the symbol table.
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Subtree.h"
+#include "analysis/templates/T3TemplateStatus.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -210,7 +211,7 @@ T3TemplateDef* CleanSignatureDecl(T3TemplateDef* definition, vexa_template_mode_
     T3FieldValue* item = parts[i - 1].item;
     const auto place = static_cast<size_t>(parts[i - 1].place.value_or(-1));
     T3Tree_Node* formal = place < formals.size() ? formals[place] : nullptr;
-    if (T3Is<_T3TypedFormal>(formal) && !cg::FieldValueIsRelevant(formal, mode))
+    if (T3Is<_T3TypedFormal>(formal) && !FieldValueIsRelevant(formal, mode))
       list = IgnoreThisParameter(item, list);
     else
       list = SameSurroundings(
