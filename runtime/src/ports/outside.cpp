@@ -158,11 +158,11 @@ TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* addr
 // --- what the adapter or a channel sends, kept until the scheduler looks
 
 struct Arrival {
-  MessageKind kind;
+  MessageKind kind = MessageKind::message;
   std::string port;
-  long port_index;
-  long component;  // 0 for any
-  bool has_address;
+  long port_index = -1;
+  long component = 0;  // 0 for any
+  bool has_address = false;
   std::string address;
   std::string octets;
   std::string module, signature;
