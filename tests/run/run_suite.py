@@ -124,12 +124,14 @@ def run(command, folder, what, statuses=(0,), variables=()):
     return output
 
 
-def write_mcfg(suite, base, folder):
+def write_mcfg(suite, base, folder, sanitize):
     """The MCFG file of the installation with the suite's C sources added."""
     text = base.read_text(encoding="utf-8")
     if suite.c_sources:
         text += "USER_SRCS = " + " ".join(f'"{source}"' for source in suite.c_sources) + "\n"
     text += "".join(keys.read_text(encoding="utf-8") for keys in suite.keys)
+    if sanitize:
+        text += f"LD_FLAGS += -g -fsanitize={sanitize}\n"
     path = folder / "suite.mcfg"
     path.write_text(text, encoding="utf-8")
     return path
@@ -137,7 +139,8 @@ def write_mcfg(suite, base, folder):
 
 def build(suite, orvane, folder, arguments):
     installation = orvane.parent.parent
-    mcfg = write_mcfg(suite, installation / "share" / "orvane" / "make_linux.mcfg", folder)
+    mcfg = write_mcfg(suite, installation / "share" / "orvane" / "make_linux.mcfg", folder,
+                      arguments.sanitize)
     command = [str(orvane), "-v", "2", "-K", "-f", str(mcfg), "-r", suite.root,
                *shlex.split(suite.first("OPTIONS")), *shlex.split(arguments.options), "-F", *map(str, suite.sources)]
     if suite.asn1_sources:
@@ -147,8 +150,6 @@ def build(suite, orvane, folder, arguments):
     make = ["make", "-s", f"CFLAGS={C_FLAGS} {arguments.c_flags} {defines}"]
     if arguments.cc:
         make.append(f"CC={arguments.cc}")
-    if arguments.sanitize:
-        make.append(f"LDFLAGS=-g -fsanitize={arguments.sanitize}")
     run(make, folder, "make")
 
 
