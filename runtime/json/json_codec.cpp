@@ -180,10 +180,10 @@ bool Reader::read_fields(const JsonPlan& plan, const Json& json, Value v) {
     path_.leave();
   }
   if (used == json.size()) return true;
-  for (const auto& [name, member] : json.items())
+  for (const auto& member : json.items())
     if (std::none_of(plan.fields.begin(), plan.fields.end(),
-                     [&](const JsonField& f) { return f.name == name; }))
-      return fail("there is no field for the member '" + name + "'");
+                     [&](const JsonField& f) { return f.name == member.key(); }))
+      return fail("there is no field for the member '" + member.key() + "'");
   return true;
 }
 

@@ -112,7 +112,9 @@ class FileCoverage {
     for (const SourceBlock& b : scan_.blocks)
       if (b.is_way) ways[b.statement].push_back(&b);
     size_t found = 0, reached = 0;
-    for (const auto& [line, blocks] : ways) {
+    for (const auto& way : ways) {
+      const unsigned long line = way.first;
+      const std::vector<const SourceBlock*>& blocks = way.second;
       const bool was_reached = of(line).hits > 0;
       uint64_t taken_at_all = 0;
       size_t number = 0;
