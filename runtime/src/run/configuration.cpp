@@ -92,7 +92,7 @@ void remove_mapping(Port& a, Port& b) {
 }
 
 // A test case without a system clause maps its ports at its start, for whoever wants to use them so;
-// connecting one says that it is meant otherwise.
+// connecting one with another component says that it is meant otherwise.
 void give_up_own_mapping(Port& port) {
   if (port.is_mapped_itself) remove_mapping(port, *port.mappings.back());
 }
@@ -121,6 +121,7 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
   Port& b = named_port(component2, port2, index2);
   if (a.owner == test_case->system || b.owner == test_case->system)
     fault("a port of the system cannot be connected");
+  if (a.is_mapped_itself && b.is_mapped_itself) fault("two ports of the system cannot be connected");
   give_up_own_mapping(a);
   give_up_own_mapping(b);
   if (!a.mappings.empty() || !b.mappings.empty()) fault("a mapped port cannot be connected");
