@@ -22,6 +22,12 @@ SHARE = Path(__file__).resolve().parents[2] / "share" / "bin"
 failures = []
 
 
+def has(tool):
+    if not shutil.which(tool):
+        print(f"SKIPPED: what {tool} makes of it, since that is not installed")
+    return shutil.which(tool)
+
+
 def check(holds, what, *more):
     if not holds:
         failures.append(what)
@@ -131,7 +137,7 @@ def check_names(suite):
 
 def check_junit(suite, name, **numbers):
     path = suite.path(name)
-    if shutil.which("xmllint"):
+    if has("xmllint"):
         done = subprocess.run(["xmllint", "--noout", "--schema", str(SOURCES / "junit.xsd"), str(path)],
                               capture_output=True, text=True)
         check(done.returncode == 0, f"schema of {name}", done.stderr)
@@ -217,15 +223,15 @@ def check_reports(suite):
     check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
     check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n"], "coverage")
     check_has(suite.run("-vnone -t TC_pass,TC_fail --tap")[0], ["TAP version 13\nok 1 - Outcome.TC_pass\nnot ok 2"], "TAP")
-    if shutil.which("genhtml"):
+    if has("genhtml"):
         done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)
         check(done.returncode == 0 and suite.path("pages/index.html").exists(), "genhtml")
     suite.run("-t TC_echo --pcap p.pcap --html r.html", status=0)
-    if shutil.which("tshark"):
+    if has("tshark"):
         out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
                              capture_output=True, text=True).stdout
         check(out == "6563686f\t10.0.0.2\n6563686f\t10.0.0.1\n", "tshark", out)
-    if shutil.which("chromium"):
+    if has("chromium"):
         check_page(suite)
 
 

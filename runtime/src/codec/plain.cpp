@@ -1,15 +1,12 @@
 #include "codec/plain.h"
 
 #include "text/reader.h"
+#include "value/operand.h"
 #include "value/types.h"
 
 namespace lumos {
 
 namespace {
-
-int digit_value(char c) {
-  return c <= '9' ? c - '0' : c - 'A' + 10;
-}
 
 void append_utf8(std::string& out, char32_t c) {
   if (c < 0x80) {
