@@ -18,38 +18,22 @@ namespace lumos {
 
 namespace {
 
-// --- RAW
-
-// The plan without its errors, which were told when the suite started.
-const RawPlan& plan_of(lumo_type_t type) {
-  std::vector<std::string> errors;
-  return raw_plan(type, errors);
+// An encoding that goes by a plan for each type. Its errors were told when the suite started.
+template <auto kPlan, auto kEncode, auto kDecode>
+constexpr CodecFamily planned(const char* name) {
+  return {name, [](lumo_type_t type, std::vector<std::string>& errors) { kPlan(type, errors); },
+          [](Value v, std::string& octets, std::string& fault) {
+            std::vector<std::string> told;
+            return kEncode(kPlan(v->type, told), v, octets, fault);
+          },
+          [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
+            std::vector<std::string> told;
+            return kDecode(kPlan(type, told), octets, taken, fault);
+          }};
 }
 
-constexpr CodecFamily raw = {
-    "RAW", [](lumo_type_t type, std::vector<std::string>& errors) { raw_plan(type, errors); },
-    [](Value v, std::string& octets, std::string& fault) {
-      return raw_encode(plan_of(v->type), v, octets, fault);
-    },
-    [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
-      return raw_decode(plan_of(type), octets, taken, fault);
-    }};
-
-// --- TEXT
-
-const TextPlan& text_plan_of(lumo_type_t type) {
-  std::vector<std::string> errors;
-  return text_plan(type, errors);
-}
-
-constexpr CodecFamily text = {
-    "TEXT", [](lumo_type_t type, std::vector<std::string>& errors) { text_plan(type, errors); },
-    [](Value v, std::string& octets, std::string& fault) {
-      return text_encode(text_plan_of(v->type), v, octets, fault);
-    },
-    [](lumo_type_t type, std::string_view octets, size_t& taken, std::string& fault) {
-      return text_decode(text_plan_of(type), octets, taken, fault);
-    }};
+constexpr CodecFamily raw = planned<raw_plan, raw_encode, raw_decode>("RAW");
+constexpr CodecFamily text = planned<text_plan, text_encode, text_decode>("TEXT");
 
 std::vector<const CodecFamily*>& families() {
   static auto* all = new std::vector<const CodecFamily*>{&raw, &text};
