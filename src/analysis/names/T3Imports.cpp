@@ -35,13 +35,13 @@ bool IsAsn1(T3Module* module) {
 class Exceptions {
  public:
   explicit Exceptions(T3Tree_Node* list) {
-    for (; list->is<_T3ImportException>(); list = list->as<_T3ImportException>()->next) {
-      auto* single = list->try_as<T3ImportException>();
+    for (auto* exception : Items<_T3ImportException>(list)) {
+      auto* single = exception->try_as<T3ImportException>();
       if (single == nullptr) {
-        kinds_.push_back(list->as<_T3ImportException>()->kind);
+        kinds_.push_back(exception->kind);
         continue;
       }
-      if (list->as<_T3ImportException>()->kind == t3_import_restr_t::Group) groups_.push_back(single->object);
+      if (exception->kind == t3_import_restr_t::Group) groups_.push_back(single->object);
       if (const tIdent name = Ref2Id(single->object); name != NoIdent) names_.insert(name);
     }
   }
