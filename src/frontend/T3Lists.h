@@ -1,8 +1,10 @@
-// Lists of the tree that are walked with a number, or two at once; a single one is walked by `Items`.
+// Lists of the tree that are walked with a number, two at once, or with what stands in groups; a single one
+// is walked by `Items`.
 #pragma once
 
 #include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "frontend/T3Tree.h"
 
@@ -65,4 +67,43 @@ class Pairs {
  private:
   T3Tree_Node* first_;
   T3Tree_Node* second_;
+};
+
+/// The declarations of a list, each group before what stands in it: `for (auto* decl : DeclsInGroups(list))`.
+/// The next one is asked for when the body is through with one.
+class DeclsInGroups {
+ public:
+  struct End {};
+  class Iterator {
+   public:
+    explicit Iterator(T3Tree_Node* list) { Settle(list); }
+    _T3Decl* operator*() const { return decl_; }
+    Iterator& operator++() {
+      T3Tree_Node* next = decl_->next;
+      if (auto* group = decl_->try_as<T3GroupDecl>()) {
+        behind_.push_back(next);
+        next = group->body;
+      }
+      Settle(next);
+      return *this;
+    }
+    bool operator!=(End) const { return decl_ != nullptr; }
+
+   private:
+    void Settle(T3Tree_Node* at) {
+      for (; !T3Is<_T3Decl>(at) && !behind_.empty(); behind_.pop_back()) at = behind_.back();
+      decl_ = T3Is<_T3Decl>(at) ? static_cast<_T3Decl*>(at) : nullptr;
+    }
+
+    _T3Decl* decl_ = nullptr;
+    /// Where the walk goes on behind the groups that it is in.
+    std::vector<T3Tree_Node*> behind_;
+  };
+
+  explicit DeclsInGroups(T3Tree_Node* list) : list_(list) {}
+  Iterator begin() const { return Iterator(list_); }
+  End end() const { return {}; }
+
+ private:
+  T3Tree_Node* list_;
 };

@@ -15,6 +15,7 @@
 #include "generator/types/CGType.h"
 #include "generator/types/CGValue.h"
 #include "generator/text/T3Context.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 // A module that leaves declarations out must be generated anew when another one changes.
@@ -88,11 +89,8 @@ static_assert(
     T3Covers<_T3Decl, OfOtherModules, Normal, InOrderOfUse, T3Kinds<T3GroupDecl>, InComponentsAndBlocks>());
 
 void CGDecl1(T3Tree_Node* list, bool isImportPass) {
-  for (auto* decl : Items<_T3Decl>(list)) {
-    if (auto* group = decl->try_as<T3GroupDecl>()) {
-      CGDecl1(group->body, isImportPass);
-      continue;
-    }
+  for (auto* decl : DeclsInGroups(list)) {
+    if (decl->is<T3GroupDecl>()) continue;
     if (InComponentsAndBlocks::Has(decl)) internal_error_ast("CGDecl", __LINE__, "CGDecl1", decl);
     if (!RequiresGeneration(decl)) {
       if (!isImportPass) SetDefinitionsRemoved(decl);
@@ -103,12 +101,8 @@ void CGDecl1(T3Tree_Node* list, bool isImportPass) {
 }
 
 void CollectTypesAndConstants(T3Tree_Node* list, std::vector<T3Tree_Node*>& found) {
-  for (auto* decl : Items<_T3Decl>(list)) {
-    if (auto* group = decl->try_as<T3GroupDecl>())
-      CollectTypesAndConstants(group->body, found);
-    else if (InOrderOfUse::Has(decl))
-      found.push_back(decl);
-  }
+  for (auto* decl : DeclsInGroups(list))
+    if (InOrderOfUse::Has(decl)) found.push_back(decl);
 }
 
 // The order of generation: as analysis has found it, then what it does not know of.
