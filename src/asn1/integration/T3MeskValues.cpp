@@ -341,8 +341,8 @@ std::vector<Node> translate_value_decl(const AsnValue& value) {
     decls.push_back(t.mT3TypeDecl(position, _sgT3NoDecl(), declared(name), _sgT3NoWith(), node));
     node = Prepared(NamedType(name, position), type);
   }
-  decls.push_back(t.mT3ConstDecl(position, _sgT3NoDecl(), declared(getValueRef(value)), _sgT3NoWith(), node,
-                                 expression));
+  decls.push_back(
+      t.mT3ConstDecl(position, _sgT3NoDecl(), declared(getValueRef(value)), _sgT3NoWith(), node, expression));
   return decls;
 }
 }  // namespace mesk
