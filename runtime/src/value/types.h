@@ -8,7 +8,7 @@
 
 namespace lumos {
 
-// What follows is asked several times for each value that is made: most types stand for themselves.
+// Much of what follows is asked several times for each value that is made: most types stand for themselves.
 lumo_type_t type_behind(lumo_type_t type);
 const lumo_type_info_struct_t* root_behind(lumo_type_t type);
 
@@ -56,11 +56,21 @@ std::span<const lumo_encoding_attr_struct_t> attributes(const lumo_encoding_attr
 size_t array_length(lumo_type_t type);
 long array_base(lumo_type_t type);
 // Whether the type or a parent has a check function.
-bool has_check(lumo_type_t type);
+bool is_checked_somewhere(lumo_type_t type);
+inline bool has_check(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = type ? type->type_info : nullptr;
+  if (!info) return false;
+  const bool is_plain = !info->check_function && !info->parent_type && info->kind != lumo_type_kind_template &&
+                        info->kind != lumo_type_kind_address;
+  return !is_plain && is_checked_somewhere(type);
+}
 // The record type behind a port or component reference type.
 lumo_type_t record_type(lumo_type_t type);
 const char* type_name(lumo_type_t type);
-const lumo_template_info_t* template_info(lumo_type_t type);
+inline const lumo_template_info_t* template_info(lumo_type_t type) {
+  if (!type || !type->type_info || type->type_info->kind != lumo_type_kind_template) return nullptr;
+  return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
+}
 
 inline bool is_string_kind(lumo_type_kind_t k) {
   return k == lumo_type_kind_charstring || k == lumo_type_kind_bitstring || k == lumo_type_kind_hexstring ||

@@ -14,17 +14,9 @@ namespace lumos {
 
 namespace {
 
-// Numbers and their like own nothing.
-inline bool may_own(Form form) {
-  return form >= Form::string;
-}
-
 // Frees what is not parts; parts are with the caller.
-void free_buffers(Value v) {
+void free_rare_buffers(Value v) {
   switch (v->form) {
-    case Form::string:
-      release(v->text);
-      break;
     case Form::wide_string:
       release(v->wide);
       break;
@@ -39,9 +31,14 @@ void free_buffers(Value v) {
       delete v->external;
       break;
     default:
-      if (has_parts(v->form) || v->form == Form::instance) release(v->parts);
       break;
   }
+}
+
+inline void free_buffers(Value v) {
+  if (v->form == Form::string) return release(v->text);
+  if (has_parts(v->form) || v->form == Form::instance) return release(v->parts);
+  free_rare_buffers(v);
 }
 
 // An instance owns all arguments, or those that stand for defaults since it was called.
@@ -60,21 +57,6 @@ void give_up_contents(Value v) {
       if (owns_argument(v, i)) retire(v->parts.data[i]);
   }
   free_buffers(v);
-}
-
-bool is_matching(Value v) {
-  switch (v->form) {
-    case Form::instance:
-    case Form::wrapped:
-    case Form::range:
-    case Form::value_list:
-    case Form::pattern:
-      return true;
-    case Form::special:
-      return v->special == Special::anyone || v->special == Special::anyornone;
-    default:
-      return false;
-  }
 }
 
 }  // namespace
@@ -253,7 +235,9 @@ void append_object_id(Value v, lumo_long_integer_t number) {
 
 // Room for the arguments of an instance: them, a terminator, and what stood there first.
 void open_instance(Value v, size_t count) {
-  change_form(v, Form::instance);
+  if (v->form != Form::unset) clear_contents(v);
+  v->form = Form::instance;
+  v->parts = {nullptr, 0, 0};
   reserve(v->parts, 2 * count + 1);
   v->parts.size = count;
   for (size_t i = 0; i < 2 * count + 1; ++i) v->parts.data[i] = nullptr;
@@ -396,7 +380,7 @@ void check_writable(Value v) {
   if (!v || v->life == Life::fixed) fault("assignment to something that is no variable");
 }
 
-void prepare_write(Value v) {
+void prepare_first_write(Value v) {
   check_writable(v);
   for (Value p = v; p && p->pending; p = p->parent) {
     p->pending = false;
@@ -404,7 +388,7 @@ void prepare_write(Value v) {
   }
 }
 
-bool is_blank(Value v) {
+bool is_blank_whole(Value v) {
   if (v->form == Form::unset) return !is_record_kind(v->kind) || field_count(v->type) > 0;
   const bool is_shaped =
       v->form == Form::fields || (v->form == Form::vector && v->kind == lumo_type_kind_array);
@@ -415,7 +399,7 @@ bool is_blank(Value v) {
   return true;
 }
 
-bool is_complete(Value v) {
+bool is_complete_whole(Value v) {
   if (v->form == Form::external) v = settled(v);
   switch (v->form) {
     case Form::unset:
@@ -446,10 +430,6 @@ bool is_complete(Value v) {
     default:
       return true;
   }
-}
-
-bool is_template(Value v) {
-  return v->dynamic || is_matching(v);
 }
 
 }  // namespace lumos
