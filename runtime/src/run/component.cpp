@@ -195,7 +195,8 @@ Value find_component_element(const char* name) {
   if (!c || !c->record) return nullptr;
   long index = element_index(c->record->type, name);
   if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
-  return force_part(c->record, static_cast<size_t>(index));
+  Value part = c->record->parts.data[index];
+  return part && part->life != Life::fixed ? part : force_part(c->record, static_cast<size_t>(index));
 }
 
 namespace {

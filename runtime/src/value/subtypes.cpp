@@ -110,7 +110,9 @@ void check_around(Value v) {
 }  // namespace
 
 void check_written(Value v) {
-  if (is_starting() && is_literal(v)) return;
+  Value checked = v;
+  while (checked && !has_check(checked->type)) checked = checked->parent;
+  if (!checked || (is_starting() && is_literal(v))) return;
   check_own(v);
   for (Value whole = v->parent; whole; whole = whole->parent) check_around(whole);
 }

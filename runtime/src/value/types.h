@@ -15,8 +15,13 @@ const lumo_type_info_struct_t* root_behind(lumo_type_t type);
 // The type behind templates and redefinitions of address.
 inline lumo_type_t plain_type(lumo_type_t type) {
   if (!type || !type->type_info) return type;
-  const lumo_type_kind_t kind = type->type_info->kind;
-  return kind == lumo_type_kind_template || kind == lumo_type_kind_address ? type_behind(type) : type;
+  const lumo_type_info_struct_t* info = type->type_info;
+  if (info->kind == lumo_type_kind_template && info->template_info) {
+    type = static_cast<const lumo_template_info_t*>(info->template_info)->base_type;
+    if (!type || !type->type_info) return type;
+    info = type->type_info;
+  }
+  return info->kind == lumo_type_kind_template || info->kind == lumo_type_kind_address ? type_behind(type) : type;
 }
 inline lumo_type_kind_t base_kind(lumo_type_t type) {
   type = plain_type(type);

@@ -132,11 +132,27 @@ Value make_part(lumo_type_t type, Value parent) {
   return v;
 }
 
+namespace {
+
+inline void end_node(Value node) {
+  if (may_own(node->form)) free_buffers(node);
+  if (node->restraint) delete node->restraint;
+  give_node(node);
+}
+
+inline bool has_inner(Value v) {
+  return has_parts(v->form) || v->form == Form::instance;
+}
+
+}  // namespace
+
 void destroy(Value v) {
   if (!v || v->life == Life::fixed) return;
+  if (!has_inner(v) && !v->pinned) return end_node(v);
   Value list = v;
   v->parent = nullptr;
   auto push = [&list](Value part) {
+    if (!has_inner(part) && !part->pinned) return end_node(part);
     part->parent = list;
     list = part;
   };
@@ -157,9 +173,7 @@ void destroy(Value v) {
       for (size_t i = 0; i < node->parts.size; ++i)
         if (owns_argument(node, i)) push(node->parts.data[i]);
     }
-    if (may_own(node->form)) free_buffers(node);
-    delete node->restraint;
-    give_node(node);
+    end_node(node);
   }
 }
 
@@ -233,14 +247,13 @@ void append_object_id(Value v, lumo_long_integer_t number) {
   v->ids.data[v->ids.size++] = number;
 }
 
-// Room for the arguments of an instance: them, a terminator, and what stood there first.
+// Room for the arguments of an instance, for the caller to fill: them, a terminator, and what stood there first.
 void open_instance(Value v, size_t count) {
   if (v->form != Form::unset) clear_contents(v);
   v->form = Form::instance;
   v->parts = {nullptr, 0, 0};
   reserve(v->parts, 2 * count + 1);
   v->parts.size = count;
-  for (size_t i = 0; i < 2 * count + 1; ++i) v->parts.data[i] = nullptr;
 }
 
 void open_parts(Value v, Form form, size_t count) {
@@ -271,9 +284,14 @@ static bool is_any(Value part) {
 Value force_part(Value v, size_t slot) {
   Value old = v->parts.data[slot];
   if (old && old->life != Life::fixed) return old;
-  Value part = make_part(part_type(v, slot), v);
+  const lumo_type_info_struct_t* info = v->form == Form::fields ? structure_of(v->type) : nullptr;
+  const bool is_field = info && info->kind != lumo_type_kind_component && info->field_info &&
+                        static_cast<long>(slot) < info->number_of_fields;
+  Value part = make_part(is_field ? info->field_info[slot].type : part_type(v, slot), v);
   if (part->dynamic && is_any(old)) set_special(part, old->special);  // what it stood for until it is written
-  if (v->form == Form::fields) {
+  if (is_field) {
+    part->label = info->field_info[slot].name;
+  } else if (v->form == Form::fields) {
     const lumo_field_info_t* fields = field_info(v->type);
     if (fields && slot < field_count(v->type)) part->label = fields[slot].name;
   }
@@ -411,6 +429,7 @@ bool is_complete_whole(Value v) {
       const lumo_field_info_t* fields = field_info(v->type);
       for (size_t i = 0; i < v->parts.size; ++i) {
         Value part = v->parts.data[i];
+        if (part && is_scalar(part->form)) continue;
         bool optional = is_optional(fields[i]) || fields[i].default_value;
         if (!part || is_blank(part)) {
           if (optional) continue;
