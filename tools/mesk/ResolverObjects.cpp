@@ -10,7 +10,7 @@ using namespace asn1;
 ClassUse Resolver::classOf(const TypeAst& type, const Context& context) {
   if (type.kind == TypeAst::kRef) return classOf(type.ref, context);
   error(context, type.token, "a class is needed");
-  return ClassUse();
+  throw Abandoned();
 }
 
 /// The class behind names; an error is reported.
