@@ -282,6 +282,7 @@ ValueNode* Resolver::setSetting(Parser& parser, const FieldAst& field, const Con
   }
   if (object) return objectSetFor(parser.parseReference(), context);
   TypeNode* type = makeType(*field.type, cls.context, nullptr);
+  type->field_kind = field.kind;
   type->constraints.push_back(makeConstraint(*parseValueSet(parser, context), context, *type, type));
   return typeSetting(context, token, type);
 }
