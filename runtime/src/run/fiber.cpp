@@ -1,10 +1,7 @@
-// The checked longjmp takes a jump to another stack for an error.
-#undef _FORTIFY_SOURCE
 #include "run/fiber.h"
 
 #include "value/error.h"
 
-#include <setjmp.h>
 #include <sys/mman.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -33,7 +30,7 @@ struct Fiber {
   size_t size = 0;
   bool started = false;
   ucontext_t start;
-  jmp_buf place;
+  void* place[5];  // as the compiler's own jumps have it
   void* fake_stack = nullptr;
   const void* bottom = nullptr;
   size_t bottom_size = 0;
@@ -97,15 +94,23 @@ void run_entry() {
   self->entry(self->argument);
 }
 
-void leave(Fiber* from, Fiber* to) {
+#ifndef LUMOS_ASAN
+// Not part of the function that such a jump arrives in.
+[[noreturn, gnu::noinline]] void jump(Fiber* to) {
+  if (to->started) __builtin_longjmp(to->place, 1);
+  to->started = true;
+  setcontext(&to->start);
+  __builtin_unreachable();
+}
+#endif
+
+[[gnu::noinline]] void leave([[maybe_unused]] Fiber* from, Fiber* to) {
 #ifdef LUMOS_ASAN
   // The sanitizer must see switches of contexts, not jumps.
   swapcontext(&from->start, &to->start);
 #else
-  if (_setjmp(from->place)) return;
-  if (to->started) _longjmp(to->place, 1);
-  to->started = true;
-  setcontext(&to->start);
+  if (__builtin_setjmp(from->place)) return;
+  jump(to);
 #endif
 }
 

@@ -9,7 +9,11 @@
 
 namespace lumos {
 
-bool log_enabled(lumo_log_message_kind_t kind);
+constexpr unsigned log_kind_count = 6;
+extern bool enabled_log_kinds[log_kind_count];
+inline bool log_enabled(lumo_log_message_kind_t kind) {
+  return static_cast<unsigned>(kind) < log_kind_count && enabled_log_kinds[kind];
+}
 // Whether entries of the kind are seen on standard error.
 bool log_shows(lumo_log_message_kind_t kind);
 // Why entries were lost; null while all were written.
