@@ -54,12 +54,19 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
 class Matches {
  public:
   Matches(Value list, size_t items)
-      : list_(list), width_(list->parts.size), known_(affordable(items, width_)) {}
+      : list_(list), rows_(items), width_(list->parts.size), known_(affordable(items, width_)) {}
 
   bool operator()(size_t row, Value pattern, size_t element) {
     char& known = known_[row * width_ + element];
     if (!known) known = match_value(pattern, element_at(element)) ? 1 : 2;
     return known == 1;
+  }
+
+  // More steps than patience allows are not taken.
+  void spend(size_t steps) {
+    constexpr size_t most_steps = 2000000000;
+    spent_ += steps;
+    if (spent_ > most_steps) takes_too_long(rows_, width_);
   }
 
   Value element_at(size_t i) {
@@ -72,64 +79,58 @@ class Matches {
   // More pairs than memory and patience hold are not begun with.
   static size_t affordable(size_t items, size_t elements) {
     constexpr size_t most_pairs = 200000000;
-    if (elements && items > most_pairs / elements)
-      fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
+    if (elements && items > most_pairs / elements) takes_too_long(items, elements);
     return items * elements;
+  }
+  [[noreturn]] static void takes_too_long(size_t items, size_t elements) {
+    fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
   }
 
   Value list_;
+  size_t rows_;
   size_t width_;
+  size_t spent_ = 0;
   Scratch<char> known_;
 };
 
-// Finds partners for items among the elements [first, first + count), each its own.
-class Assignment {
- public:
-  Assignment(Matches& matches, Value* items, const size_t* rows, size_t item_count, size_t first,
-             size_t count)
-      : matches_(matches),
-        items_(items),
-        rows_(rows),
-        item_count_(item_count),
-        first_(first),
-        count_(count),
-        partner_(count + 1),
-        seen_(count + 1) {}
-
-  bool complete() {
-    if (item_count_ > count_) return false;
-    for (size_t e = 0; e < count_; ++e) partner_[e] = free_element;
-    for (size_t i = 0; i < item_count_; ++i) {
-      std::memset(seen_.data(), 0, count_);
-      if (!place(i)) return false;
+// Finds a partner of its own on the right for each on the left, by paths along which earlier ones change
+// theirs; the shortest of them, so that neither the stack nor the order of the elements matters. `fits` is asked
+// whether two may be partners.
+template <class Fits>
+bool pair_all(Matches& matches, size_t left, size_t right, Fits fits) {
+  if (left > right) return false;
+  TempScope scope;
+  Scratch<size_t> left_of(right + 1), right_of(left + 1), came_from(right + 1), open(left + 1);  // 0: none
+  Scratch<char> seen(right + 1);
+  for (size_t first = 0; first < left; ++first) {
+    std::memset(seen.data(), 0, right);
+    size_t end = 0, found = right;
+    open[end++] = first;
+    for (size_t at = 0; at < end && found == right; ++at) {
+      const size_t i = open[at];
+      matches.spend(right);
+      // The one in the same place is the likely partner.
+      for (size_t n = 0, e = i % right; n < right && found == right; ++n, e = e + 1 < right ? e + 1 : 0) {
+        if (seen[e] || !fits(i, e)) continue;
+        seen[e] = 1;
+        came_from[e] = i;
+        if (left_of[e])
+          open[end++] = left_of[e] - 1;
+        else
+          found = e;
+      }
     }
-    return true;
-  }
-
- private:
-  static constexpr size_t free_element = SIZE_MAX;
-
-  bool place(size_t item) {
-    check_stack();
-    // The element in the same place is the likely partner.
-    for (size_t n = 0; n < count_; ++n) {
-      size_t e = (item + n) % count_;
-      if (seen_[e] || !matches_(rows_[item], items_[item], first_ + e)) continue;
-      seen_[e] = 1;
-      if (partner_[e] != free_element && !place(partner_[e])) continue;
-      partner_[e] = item;
-      return true;
+    if (found == right) return false;
+    for (size_t e = found, i = first + 1; i != first;) {
+      i = came_from[e];
+      left_of[e] = i + 1;
+      const size_t before = right_of[i];
+      right_of[i] = e + 1;
+      e = before - 1;
     }
-    return false;
   }
-
-  Matches& matches_;
-  Value* items_;
-  const size_t* rows_;
-  size_t item_count_, first_, count_;
-  Scratch<size_t> partner_;
-  Scratch<char> seen_;
-};
+  return true;
+}
 
 // The items without "*", and what the "*"s take together.
 struct Group {
@@ -205,9 +206,9 @@ class Prefixes {
   // elements there are is left to "*".
   size_t shortest(Group& group, size_t place, size_t most) {
     auto suffices = [&](size_t length) {
-      TempScope scope;
-      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length)
-          .complete();
+      return pair_all(matches_, group.count, length, [&](size_t i, size_t e) {
+        return matches_(group.rows[i], group.items[i], place + e);
+      });
     };
     if (!suffices(most)) return most + 1;
     size_t low = group.count, high = most;
@@ -347,7 +348,8 @@ bool fits_set_of(Value list, const ListPattern& pattern) {
   for (size_t i = 0; i < pattern.count; ++i) group.add(items[i], i);
   if (!group.takes(v->parts.size)) return false;
   Matches matches(v, pattern.count);
-  return Assignment(matches, group.items.data(), group.rows.data(), group.count, 0, v->parts.size).complete();
+  return pair_all(matches, group.count, v->parts.size,
+                  [&](size_t i, size_t e) { return matches(group.rows[i], group.items[i], e); });
 }
 
 }  // namespace
@@ -363,56 +365,17 @@ bool match_superset(Value list, Value* items, size_t count) {
   if (!v || v->parts.size < count) return false;
   Quiet quiet;
   TempScope scope;
-  Scratch<size_t> rows(count + 1);
-  for (size_t i = 0; i < count; ++i) rows[i] = i;
   Matches matches(v, count);
-  return Assignment(matches, items, rows.data(), count, 0, v->parts.size).complete();
+  return pair_all(matches, count, v->parts.size, [&](size_t i, size_t e) { return matches(i, items[i], e); });
 }
-
-namespace {
-
-// Finds an item of its own for each element: the other way round than Assignment.
-class Cover {
- public:
-  Cover(Value list, Value* items, size_t count)
-      : matches_(list, count), items_(items), count_(count), taken_by_(count + 1), seen_(count + 1) {}
-
-  bool place(size_t element) {
-    check_stack();
-    for (size_t n = 0; n < count_; ++n) {
-      size_t i = (element + n) % count_;
-      if (seen_[i] || !matches_(i, items_[i], element)) continue;
-      seen_[i] = 1;
-      if (taken_by_[i] && !place(taken_by_[i] - 1)) continue;
-      taken_by_[i] = element + 1;
-      return true;
-    }
-    return false;
-  }
-
-  void forget_seen() { std::memset(seen_.data(), 0, count_); }
-
- private:
-  Matches matches_;
-  Value* items_;
-  size_t count_;
-  Scratch<size_t> taken_by_;
-  Scratch<char> seen_;
-};
-
-}  // namespace
 
 bool match_subset(Value list, Value* items, size_t count) {
   Value v = list_of(list);
   if (!v || v->parts.size > count) return false;
   Quiet quiet;
   TempScope scope;
-  Cover cover(v, items, count);
-  for (size_t e = 0; e < v->parts.size; ++e) {
-    cover.forget_seen();
-    if (!cover.place(e)) return false;
-  }
-  return true;
+  Matches matches(v, count);
+  return pair_all(matches, v->parts.size, count, [&](size_t e, size_t i) { return matches(i, items[i], e); });
 }
 
 }  // namespace lumos
