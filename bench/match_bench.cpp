@@ -147,7 +147,7 @@ void Nested(Bench&, size_t size, Value& pattern, Value& value) {
     type = types.emplace_back("Nested", lumo_type_kind_recordof,
                               std::vector{mandatory(lumo_type_array_contained_type_c, type)});
     Value inner = value, wanted = pattern;
-    value = Bench::list_of(type, 2, [&](size_t) { return inner; }, false);
+    value = Bench::list_of(type, 1, [&](size_t) { return inner; }, false);
     const auto item = [&](size_t n) { return n % 2 ? wanted : lumo_anyornone_value_c; };
     pattern = Bench::list_of(type, 3, item, true);
   }
@@ -166,7 +166,7 @@ MATCH(Stars, false, 250, 2000);
 MATCH(PlainPattern, true, 2500, 20000);
 MATCH(StarredPattern, false, 2500, 20000);
 MATCH(NestedRepetitions, false, 2500, 20000);
-MATCH(Nested, false, 2, 16);
+MATCH(Nested, false, 25, 200);
 
 }  // namespace
 

@@ -93,43 +93,121 @@ class Matches {
   Scratch<char> known_;
 };
 
-// Finds a partner of its own on the right for each on the left, by paths along which earlier ones change
-// theirs; the shortest of them, so that neither the stack nor the order of the elements matters. `fits` is asked
-// whether two may be partners.
+// Finds a partner of its own on the right for each on the left. Those that the first look leaves without one get
+// theirs by paths along which others change theirs, in rounds: each goes along the shortest paths, and there are
+// few of them. `fits` is asked whether two may be partners.
 template <class Fits>
-bool pair_all(Matches& matches, size_t left, size_t right, Fits fits) {
-  if (left > right) return false;
-  TempScope scope;
-  Scratch<size_t> left_of(right + 1), right_of(left + 1), came_from(right + 1), open(left + 1);  // 0: none
-  Scratch<char> seen(right + 1);
-  for (size_t first = 0; first < left; ++first) {
-    std::memset(seen.data(), 0, right);
-    size_t end = 0, found = right;
-    open[end++] = first;
-    for (size_t at = 0; at < end && found == right; ++at) {
-      const size_t i = open[at];
-      matches.spend(right);
-      // The one in the same place is the likely partner.
-      for (size_t n = 0, e = i % right; n < right && found == right; ++n, e = e + 1 < right ? e + 1 : 0) {
-        if (seen[e] || !fits(i, e)) continue;
-        seen[e] = 1;
-        came_from[e] = i;
-        if (left_of[e])
-          open[end++] = left_of[e] - 1;
-        else
-          found = e;
+class Pairing {
+ public:
+  Pairing(Matches& matches, size_t left, size_t right, Fits fits)
+      : matches_(matches),
+        left_(left),
+        right_(right),
+        fits_(fits),
+        left_of_(right + 1),
+        right_of_(left + 1),
+        layer_(left + 1),
+        tried_(left + 1),
+        open_(left + 1) {}
+
+  bool complete() {
+    if (left_ > right_) return false;
+    size_t missing = 0;
+    for (size_t i = 0; i < left_; ++i) {
+      bool fits_any = false;
+      if (!take_free(i, fits_any)) ++missing;
+      if (!fits_any) return false;
+    }
+    while (missing) {
+      if (!find_layers()) return false;
+      for (size_t i = 0; i < left_; ++i)
+        if (!right_of_[i] && change_along_path(i)) --missing;
+    }
+    return true;
+  }
+
+ private:
+  // The one in the same place is the likely partner.
+  size_t candidate(size_t i, size_t n) const {
+    const size_t e = i % right_ + n;
+    return e < right_ ? e : e - right_;
+  }
+
+  bool take_free(size_t i, bool& fits_any) {
+    for (size_t n = 0; n < right_; ++n) {
+      const size_t e = candidate(i, n);
+      if (left_of_[e] && fits_any) continue;
+      if (!fits_(i, e)) continue;
+      fits_any = true;
+      if (left_of_[e]) continue;
+      left_of_[e] = i + 1;
+      right_of_[i] = e + 1;
+      return true;
+    }
+    return false;
+  }
+
+  // How far those on the left are from one without a partner; false if no path leads to a free one on the right.
+  bool find_layers() {
+    size_t end = 0;
+    bool is_found = false;
+    for (size_t i = 0; i < left_; ++i) {
+      tried_[i] = 0;
+      layer_[i] = right_of_[i] ? 0 : 1;
+      if (layer_[i]) open_[end++] = i;
+    }
+    for (size_t at = 0; at < end; ++at) {
+      const size_t i = open_[at];
+      matches_.spend(right_);
+      for (size_t e = 0; e < right_; ++e) {
+        const size_t other = left_of_[e];
+        if ((other && layer_[other - 1]) || !fits_(i, e)) continue;
+        if (!other) is_found = true;
+        if (!other || is_found) continue;
+        layer_[other - 1] = layer_[i] + 1;
+        open_[end++] = other - 1;
       }
     }
-    if (found == right) return false;
-    for (size_t e = found, i = first + 1; i != first;) {
-      i = came_from[e];
-      left_of[e] = i + 1;
-      const size_t before = right_of[i];
-      right_of[i] = e + 1;
-      e = before - 1;
+    return is_found;
+  }
+
+  // Deeper and deeper by layers, each candidate once in a round; what is open is the path.
+  bool change_along_path(size_t first) {
+    size_t depth = 0;
+    open_[0] = first;
+    matches_.spend(right_);
+    for (;;) {
+      const size_t i = open_[depth];
+      if (tried_[i] == right_) {
+        if (depth-- == 0) return false;
+        continue;
+      }
+      const size_t e = candidate(i, tried_[i]++), other = left_of_[e];
+      if ((other && layer_[other - 1] != layer_[i] + 1) || !fits_(i, e)) continue;
+      if (!other) return take_path(depth), true;
+      matches_.spend(right_);
+      open_[++depth] = other - 1;
     }
   }
-  return true;
+
+  void take_path(size_t depth) {
+    for (size_t at = 0; at <= depth; ++at) {
+      const size_t i = open_[at], e = candidate(i, tried_[i] - 1);
+      left_of_[e] = i + 1;
+      right_of_[i] = e + 1;
+    }
+  }
+
+  Matches& matches_;
+  size_t left_, right_;
+  Fits fits_;
+  Scratch<size_t> left_of_, right_of_, layer_, tried_, open_;  // places count from 1, 0 is none
+};
+
+template <class Fits>
+bool pair_all(Matches& matches, size_t left, size_t right, Fits fits) {
+  TempScope scope;
+  return Pairing<Fits>(matches, left, right, fits).complete();
 }
 
 // The items without "*", and what the "*"s take together.
