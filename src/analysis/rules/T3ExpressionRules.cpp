@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3Constants.h"
@@ -102,12 +103,12 @@ std::optional<Key> KeyOf(T3FieldValue* value) {
   return index ? std::optional(Key(false, *index)) : std::nullopt;
 }
 
-// No field and no element has two values.
-void CheckKeys(T3Tree_Node* node) {
-  auto* compound = node->as<T3CompoundValue>();
-  if (HasFailed(compound)) return;
-  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(compound));
-  if (type->is<T3UnionType>() || type->is<T3AnyType>()) return;  // refused for its number of alternatives
+bool AllDiffer(std::vector<Key>& keys) {
+  std::sort(keys.begin(), keys.end());
+  return std::adjacent_find(keys.begin(), keys.end()) == keys.end();
+}
+
+void RefuseRepeatedKeys(T3CompoundValue* compound) {
   std::set<Key> keys;
   for (auto* at : Items<T3FieldValue>(compound->value)) {
     const auto key = KeyOf(at);
@@ -118,6 +119,19 @@ void CheckKeys(T3Tree_Node* node) {
       vexa_filtered_error(ERR_name_duplicate_field, PositionOf(at),
                           ("[" + std::to_string(key->second) + "]").c_str());
   }
+}
+
+// No field and no element has two values. Hardly any compound repeats one, so that is asked first.
+void CheckKeys(T3Tree_Node* node) {
+  static std::vector<Key> keys;
+  auto* compound = node->as<T3CompoundValue>();
+  if (HasFailed(compound)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(compound));
+  if (type->is<T3UnionType>() || type->is<T3AnyType>()) return;  // refused for its number of alternatives
+  keys.clear();
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (const auto key = KeyOf(at)) keys.push_back(*key);
+  if (!AllDiffer(keys)) RefuseRepeatedKeys(compound);
 }
 
 void CheckPlaces(T3Tree_Node* node) {
