@@ -4,7 +4,7 @@
     random_values.py --orvane PROGRAM --out FOLDER [--cc tcc] [--seed N] [--programs N] [--modules N]
 
 A program is a test case with functions of its own: it works on integers, floats, strings, records, lists, arrays and
-unions, passes them in all modes, and logs them. What it does is generated and evaluated as a tree of closures; the lines
+unions, passes them in all modes, tries templates on them, and logs them. What it does is generated and evaluated as a tree of closures; the lines
 that it has to log, and whether it ends with a dynamic error, are known before it runs. Each module holds many programs.
 The seed of a module is printed when something differs: --seed with it and --modules 1 makes it again.
 """
@@ -17,196 +17,21 @@ import subprocess
 import sys
 from pathlib import Path
 
-OMIT = object()
-LIMIT = 10 ** 15
-
-
-class DynamicError(Exception):
-    pass
-
-
-class Discard(Exception):
-    """The program does something that the language leaves open."""
+from random_templates import Templates
+from random_types import (BOOL, FLOAT, INT, LIMIT, OMIT, SUB, TEXT, Discard, DynamicError, Open, Place, checked, complete,
+                          make_types, part_type, read, same, shown, values_of)
 
 
 class Loop(Exception):
     pass
 
 
-# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...)); ("list", name, element, bounds);
-# ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
-INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
-SUB = ("sub", "Small", -20, 20)
-
-
-def make_types(rng):
-    types = [INT, FLOAT, BOOL, TEXT, SUB]
-    lines = ["type integer Small (-20 .. 20);"]
-    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT)]
-    for i in range(12):
-        kind = ("list", "record", "union", "array", "record", "list")[i % 6]
-        name = f"{kind.capitalize()}{i}"
-        pick = lambda: rng.choice(types if rng.random() < 0.6 else [INT, TEXT, SUB])
-        if kind == "list":
-            bounds = rng.choice((None, None, (0, 4)))
-            element = pick()
-            types.append((kind, name, element, bounds))
-            lines.append(f"type record {f'length({bounds[0]} .. {bounds[1]}) ' if bounds else ''}of {element[1]} {name};")
-        elif kind == "array":
-            element, length = pick(), rng.randint(1, 3)
-            types.append((kind, name, element, length))
-            lines.append(f"type {element[1]} {name}[{length}];")
-        elif kind == "record":
-            fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
-            types.append((kind, name, fields))
-            body = ", ".join(f"{t[1]} {f}{' optional' if o else ''}" for f, t, o in fields)
-            lines.append(f"type record {name} {{ {body} }}")
-        else:
-            alternatives = tuple((f"a{k}", pick()) for k in range(rng.randint(2, 4)))
-            types.append((kind, name, alternatives))
-            lines.append(f"type union {name} {{ {', '.join(f'{t[1]} {a}' for a, t in alternatives)} }}")
-    return types, lines
-
-
-# ---- Values: None is unset; a record is a dict, a union (alternative, value), lists and arrays are tuples.
-
-def part_type(t, key):
-    if t[0] == "record":
-        return next((ft, o) for f, ft, o in t[2] if f == key)
-    return (dict(t[2])[key] if t[0] == "union" else t[2]), False
-
-
-def complete(t, v):
-    if v is None:
-        return False
-    if t[0] == "record":
-        return all(v[f] == OMIT or (o and v[f] is None) or complete(ft, v[f]) for f, ft, o in t[2])
-    if t[0] in ("list", "array"):
-        return all(complete(t[2], x) for x in v)
-    return complete(part_type(t, v[0])[0], v[1]) if t[0] == "union" else True
-
-
-def checked(t, v):
-    """The value, if it belongs to its type."""
-    if v is OMIT or v is None:
-        raise DynamicError
-    if t[0] == "sub" and not t[2] <= v <= t[3]:
-        raise DynamicError
-    if t[0] == "list" and t[3] and not t[3][0] <= len(v) <= t[3][1]:
-        raise DynamicError
-    if t[0] in ("integer", "float") and abs(v) > LIMIT:
-        raise Discard
-    return v
-
-
-def read(t, v, path):
-    """The part at the path and its type; omit where it is an omitted field."""
-    for key in path:
-        # Of what has no value yet, the fields and elements have none either; optional fields are omitted.
-        if t[0] == "record" and v is None:
-            v = dict.fromkeys(f for f, _, _ in t[2])
-        if t[0] in ("list", "array") and v is None:
-            v = ()
-        if v is None or v is OMIT:
-            raise DynamicError
-        if t[0] == "union":
-            if v[0] != key:
-                raise DynamicError
-            v = v[1]
-        elif t[0] == "record":
-            ft, optional = part_type(t, key)
-            v = OMIT if optional and v[key] is None else v[key]
-        else:
-            if key < 0 or t[0] == "array" and key >= t[3]:
-                raise DynamicError
-            v = v[key] if key < len(v) else None
-        t = part_type(t, key)[0]
-    return v
-
-
-def write(t, v, path, new):
-    """The value with another part at the path: what is missing on the way comes into being."""
-    if not path:
-        return checked(t, new)
-    key, rest = path[0], path[1:]
-    if t[0] == "union":
-        return key, write(part_type(t, key)[0], v[1] if v and v[0] == key else None, rest, new)
-    if t[0] == "record":
-        whole = dict(v) if v else {f: None for f, _, _ in t[2]}
-        ft, optional = part_type(t, key)
-        if not rest and new is OMIT:
-            if not optional:
-                raise DynamicError
-            whole[key] = OMIT
-        else:
-            whole[key] = write(ft, None if whole[key] is OMIT else whole[key], rest, new)
-        return whole
-    size = t[3] if t[0] == "array" else LIMIT
-    if not 0 <= key < size:
-        raise DynamicError
-    parts = list(v or ())
-    parts += [None] * (max(key + 1, size if t[0] == "array" else 0) - len(parts))
-    parts[key] = write(t[2], parts[key], rest, new)
-    if t[0] == "list" and t[3] and len(parts) > t[3][1]:
-        raise DynamicError
-    return tuple(parts)
-
-
-def same(t, a, b):
-    if a is None or b is None:
-        raise DynamicError
-    if a is OMIT or b is OMIT:
-        return a is b
-    if t[0] == "record":
-        norm = lambda v, f, o: OMIT if o and v[f] is None else v[f]
-        return all(same(ft, norm(a, f, o), norm(b, f, o)) for f, ft, o in t[2])
-    if t[0] == "union":
-        return a[0] == b[0] and same(part_type(t, a[0])[0], a[1], b[1])
-    if t[0] in ("list", "array"):
-        return len(a) == len(b) and all(same(t[2], x, y) for x, y in zip(a, b))
-    return a == b
-
-
-def shown(t, v, top=False):
-    if v is OMIT:
-        return "omit"
-    if t[0] == "record":
-        return "{ " + ", ".join(f"{f} := {shown(ft, OMIT if v[f] is None else v[f])}" for f, ft, _ in t[2]) + " }"
-    if t[0] == "union":
-        return f"{{ {v[0]} := {shown(part_type(t, v[0])[0], v[1])} }}"
-    if t[0] in ("list", "array"):
-        return "{ " + ", ".join(shown(t[2], x) for x in v) + " }" if v else "{}"
-    if t[0] == "charstring":
-        return v if top else f'"{v}"'
-    if t[0] == "float" and v and abs(v) < 1e-4:
-        raise Discard
-    return str(v).lower() if t[0] == "boolean" else str(v)
-
-
-class Place:
-    """A variable, or what a parameter by reference stands for: a part of the caller's variable."""
-
-    def __init__(self, t, value=None, whole=None, path=()):
-        self.t, self.value, self.whole, self.path = t, value, whole, path
-
-    def get(self):
-        return read(self.whole.t, self.whole.get(), self.path) if self.whole else self.value
-
-    def set(self, path, new):
-        if self.whole:
-            self.whole.set(self.path + path, new)
-            if self.t[0] == "sub":
-                checked(self.t, self.get())
-        else:
-            self.value = write(self.t, self.value, path, new)
-
-
 # ---- Programs: each piece is (text, closure of a frame)
 
-class Generator:
+class Generator(Templates):
     def __init__(self, rng, types):
         self.rng, self.types = rng, types
-        self.names = 0
+        self.names, self.templates, self.frame = 0, [], {}
 
     def name(self, prefix):
         self.names += 1
@@ -218,8 +43,9 @@ class Generator:
     # -- references: text, type, optional, closure that gives (place, path)
 
     def reference(self, scope, wanted=None, roots=None):
-        for _ in range(12):
-            name, t = self.rng.choice(roots or scope)
+        roots = values_of(roots or scope)
+        for _ in range(12 if roots else 0):
+            name, t = self.rng.choice(roots)
             text, keys, optional = name, [], False
             while t[0] in ("record", "list", "array", "union") and (t != wanted or self.rng.random() < 0.3):
                 if not wanted and self.rng.random() < 0.25:
@@ -398,7 +224,7 @@ class Generator:
 
     def statement(self, scope, functions, depth, loop):
         rng = self.rng
-        kind = rng.randrange(20)
+        kind = rng.randrange(26)
         if not scope or kind < 3:
             return self.declaration(scope)
         if kind < 9:
@@ -417,6 +243,8 @@ class Generator:
                 if x(frame):
                     raise Loop(word)
             return [f"if ({a}) {{ {word}; }}"], leave
+        if kind > 18:
+            return self.tried(scope)
         return self.log(scope)
 
     def declaration(self, scope):
@@ -481,7 +309,7 @@ class Generator:
         return [f"var integer {name} := 0;", "do {", step, *body, f"}} while ({guard});"], rounds
 
     def log(self, scope):
-        name, t = self.rng.choice(scope)
+        name, t = self.rng.choice(values_of(scope))
 
         def log(frame):
             v = frame[name].get()
@@ -505,7 +333,7 @@ class Generator:
         body, run = self.block(scope, functions, 1, rng.randint(1, 5))
         back = self.expression(result, scope) if result else None
         head = ", ".join(f"{mode} {t[1]} {p}" for mode, t, p in formals)
-        lines = [f"function {name}({head}){f' return {result[1]}' if result else ''} {{",
+        lines = [f"function {name}({head}) runs on C{f' return {result[1]}' if result else ''} {{",
                  *(f"{p} := {x[0]};" for p, _, x in starts), *body, *([f"return {back[0]};"] if back else []), "}"]
 
         def call(frame):
@@ -523,7 +351,7 @@ class Generator:
                 actuals.append(self.expression(t, scope))
                 continue
             # No two parameters by reference share a variable: what one changes would be open.
-            free = [row for row in scope if row[0] not in used]
+            free = [row for row in values_of(scope) if row[0] not in used]
             found = self.reference(scope, t, free) if free else None
             if not found or found[1] != t:
                 return self.assignment(scope)
@@ -561,8 +389,11 @@ class Generator:
             more, function = self.function(functions)
             lines += more
             functions.append(function)
-        lines.append(f"testcase TC_{number}() runs on C {{")
-        frame, scope, verdict = {"log": []}, [], "pass"
+        for _ in range(self.rng.randint(0, 3)):
+            lines += self.declared()
+        lines += [f"testcase TC_{number}() runs on C system S {{", "connect(self:p, self:p);"]
+        self.frame = frame = {"log": []}
+        scope, verdict = [], "pass"
         for _ in range(self.rng.randint(8, 24)):
             piece, verdict = self.step(frame, scope, functions)
             lines += piece
@@ -580,8 +411,8 @@ class Generator:
                 run(frame)
                 scope[:] = inner
                 return piece, "pass"
-            except DynamicError:
-                if self.rng.random() < 0.06:
+            except DynamicError as error:
+                if not isinstance(error, Open) and self.rng.random() < 0.06:
                     return piece, "error"
             del frame["log"][saved[1]:]
             for name in [name for name in frame if name != "log"]:
@@ -627,11 +458,12 @@ def module(seed, programs):
             text, log, verdict = Generator(rng, types).program(len(expected))
         except (Discard, RecursionError):
             continue
-        # Functions are of the module: each program has its own names.
-        lines += [re.sub(r"\bf(\d+)\(", rf"f{len(expected)}_\1(", line) for line in text]
+        # Functions and templates are of the module: each program has its own names.
+        lines += [re.sub(r"\bf(\d+)\(", rf"f{len(expected)}_\1(", re.sub(r"\btp(\d+)\b", rf"tp{len(expected)}_\1", line))
+                  for line in text]
         expected.append((log, verdict))
     control = [f"execute(TC_{i}());" for i in range(programs)]
-    return ["module Random language \"TTCN-3:2005\" {", "type component C { }", *lines, "control {", *control, "}", "}"], expected
+    return ["module Random language \"TTCN-3:2005\" {", "type port P message { inout all }", "type component C { port P p }", "type component S { }", *lines, "control {", *control, "}", "}"], expected
 
 
 def run(command, folder, seed, statuses=(0,), seconds=120):

@@ -39,6 +39,7 @@ class Suite:
 
     def __init__(self, options, name):
         self.folder = options.out.resolve() / name
+        self.more = {}  # of the environment
         self.sanitized = bool(options.sanitize)
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir(parents=True)
@@ -55,7 +56,7 @@ class Suite:
         return self.path(name).read_text(encoding="utf-8")
 
     def start(self, arguments, **more):
-        environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ, "PEER_ENDS": str(self.path("ends"))}
+        environment = {"ASAN_OPTIONS": "detect_leaks=0", **os.environ, "PEER_ENDS": str(self.path("ends")), **self.more}
         return subprocess.Popen(self.command + arguments.split(), cwd=self.folder, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True, env=environment, **more)
 
@@ -78,19 +79,21 @@ def check_has(text, parts, what):
 
 
 ENDS = {"crash": "user code ended with signal 'Segmentation fault'", "abort": "user code ended with signal 'Aborted'",
-        "exit": "user code ended the process"}
+        "exit": "user code ended the process", "end": "user code ended the process with status 0",
+        "kill": "user code ended the process with signal 'Killed'", "exec": "user code ended the process with status 0"}
 
 
 def check_ends(suite):
     """The named test case gets verdict error, the adapter hears of its end, reports are whole, the status is not 0."""
     for word, reason in ENDS.items():
-        if suite.sanitized and word != "exit":
+        if suite.sanitized and word in ("crash", "abort"):
             continue  # the sanitizer has handlers of its own
         suite.path("ends").unlink(missing_ok=True)
         out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json")
-        check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:22 {reason}\n", "run ended early", "\n2 test cases: 1 pass"],
+        at_once = "with status" in reason or "Killed" in reason
+        check_has(out, [f"Outcome.TC_{word}: error {'' if at_once else 'Outcome.ttcn:22 '}{reason}\n", "run ended early", "\n2 test cases: 1 pass"],
                   word)
-        check(suite.read("ends") == "end\nend\n", f"triEndTestCase after {word}")
+        check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
     for word, place in ("wait", "54"), ("loop", "5"), ("block", "22"), ("spin", "22"):
@@ -107,6 +110,14 @@ def check_ends(suite):
         out, _ = process.communicate(timeout=30)
         check(process.returncode == 1 and "the run was ended by signal" in out, f"signal in {word}", out)
         check(suite.read("t.tap").endswith("1..1\n"), f"TAP after a signal in {word}")
+    for status, word in (2, "exit"), (2, "end"), (2, "crash"), (0, "copy"):
+        if suite.sanitized and word == "crash":
+            continue
+        suite.more = {"PEER_INIT": word}
+        out, err = suite.run("-vnone -t TC_pass --junit start.xml", status=status)
+        check("could not be started: user code ended" in err if status else out.count("pass") == 3, f"{word} at the start", out, err)
+        check(status == 0 or not suite.path("start.xml").exists(), f"a report without a start: {word}")
+    suite.more = {}
     process = suite.start("-vnone -t TC_wait --junit killed.xml")
     time.sleep(0.3)
     process.kill()
@@ -208,6 +219,8 @@ def check_logs(suite):
     check("vexa" not in (out + err).lower(), "names of generated code", err)
     suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
     check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")
+    suite.run("-t TC_echo,TC_pass,TC_none -j 2 --log-dir logs", status=0)
+    check(suite.read("logs/mtc.log").count("\n") == 2 and suite.read("logs/control.log").count("started") == 3, "folder of several processes")
     suite.run("-t TC_none -L log.json --log-format json", status=0)
     check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
     suite.run("-b -L small.log --log-size 1 -v all -p times=20")

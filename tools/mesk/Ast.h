@@ -164,6 +164,7 @@ struct Definition {
   State kind_state =
       State::kNew;  // kType, kValue and kValueSet may turn out to be kClass, kObject, kObjectSet
   bool parameterized = false;
+  bool within_object = false;  // made for a type without a name, behind the module's own
   std::vector<ParamAst> params;
   TypeAst* type = nullptr;  // the type; the governor of the others
   ClassAst* cls = nullptr;
@@ -198,6 +199,7 @@ struct Module {
   std::unordered_map<std::string_view, Definition*> by_name;
   std::unordered_map<std::string_view, std::string_view> imported;  // symbol to module
   std::vector<Module*> import_records;                              // record 2 and up
+  int types = 0;                                                    // numbered ones
 
   Place place(int index) const { return Place{file, (*tokens)[index].line, (*tokens)[index].column}; }
 };

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "mesk/Model.h"
 #include "mesk/Parser.h"
@@ -30,7 +31,7 @@ class Resolver {
   void guarded(const std::function<void()>& action);
   void finishLater();
   void declareModules();
-  void makeDefinitions(const std::set<std::string>& entries);
+  void makeDefinitions();
   void linkImports(Module& module);
   void checkImported(const Module& module, const ImportAst& import, const Module& from,
                      std::string_view symbol, int token);
@@ -152,6 +153,7 @@ class Resolver {
                              const ValueNode& object);
   ValueNode* makeSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                          const ValueNode& object);
+  const TypeAst* declared(const TypeAst* type, const FieldAst& field, const Context& context);
   void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                  ValueNode& node);
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
@@ -203,6 +205,11 @@ class Resolver {
   std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;
   std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;
   std::unordered_map<const FieldAst*, TypeNode*> field_nodes_;
+  // Names made for types that stand within objects, which then refer to them.
+  std::map<std::pair<const Module*, int>, const TypeAst*> declared_;
+  std::map<std::pair<const Module*, std::string>, int> same_names_;
+  std::deque<std::string> made_names_;
+  std::set<std::string> entries_;
   Module* current_ = nullptr;  // whose definitions are being made
   TypeNode* current_definition_ = nullptr;
   int depth_ = 0, expansion_steps_ = 0;

@@ -192,7 +192,7 @@ bool Resolver::namesClass(const TypeAst& type, const Context& context) {
 }
 
 void Resolver::numberDefinitions(Module& module) {
-  int types = 0, values = 0, unique[3] = {0, 0, 0};
+  int values = 0, unique[3] = {0, 0, 0};
   for (Definition& definition : module.definitions) {
     const DefKind kind = kindOf(definition);
     if (definition.parameterized) continue;
@@ -200,7 +200,7 @@ void Resolver::numberDefinitions(Module& module) {
       case DefKind::kType:
       case DefKind::kClass:
       case DefKind::kValueSet:
-        definition.number = definition.unique = ++types;
+        definition.number = definition.unique = ++module.types;
         break;
       default:
         definition.number = ++values;
@@ -292,11 +292,12 @@ void Resolver::declareModules() {
 }
 
 /// The nodes of all definitions: first all types, then what is written by their forms.
-void Resolver::makeDefinitions(const std::set<std::string>& entries) {
+void Resolver::makeDefinitions() {
+  // Objects may add definitions behind the others.
   const auto for_each = [this](const auto& call) {
     for (auto& module : modules_)
-      for (Definition& definition : module->definitions)
-        if (!definition.parameterized) call(definition);
+      for (size_t i = 0; i < module->definitions.size(); ++i)
+        if (!module->definitions[i].parameterized) call(module->definitions[i]);
   };
   const auto is_type = [](const Definition& definition) {
     return definition.kind == DefKind::kType || definition.kind == DefKind::kClass ||
@@ -307,14 +308,13 @@ void Resolver::makeDefinitions(const std::set<std::string>& entries) {
   });
   for_each([&](Definition& definition) {
     if (!is_type(definition)) guarded([&] { valueOf(definition); });
-    if (definition.type_node && definition.kind != DefKind::kClass)
-      definition.type_node->entry = entries.count(std::string(definition.name)) != 0;
   });
 }
 
 void Resolver::run(const std::set<std::string>& entries) {
+  entries_ = entries;
   declareModules();
-  makeDefinitions(entries);
+  makeDefinitions();
   finishLater();
   if (reporter_.errors() > 0) return;
   // New types may still arise: a tag's number is a value, too.

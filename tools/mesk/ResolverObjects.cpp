@@ -10,7 +10,7 @@ using namespace asn1;
 ClassUse Resolver::classOf(const TypeAst& type, const Context& context) {
   if (type.kind == TypeAst::kRef) return classOf(type.ref, context);
   error(context, type.token, "a class is needed");
-  return ClassUse();
+  throw Abandoned();
 }
 
 /// The class behind names; an error is reported.
@@ -282,6 +282,7 @@ ValueNode* Resolver::setSetting(Parser& parser, const FieldAst& field, const Con
   }
   if (object) return objectSetFor(parser.parseReference(), context);
   TypeNode* type = makeType(*field.type, cls.context, nullptr);
+  type->field_kind = field.kind;
   type->constraints.push_back(makeConstraint(*parseValueSet(parser, context), context, *type, type));
   return typeSetting(context, token, type);
 }
@@ -304,12 +305,79 @@ ValueNode* Resolver::variableSetting(Parser& parser, const FieldAst& field, cons
   return setting;
 }
 
+namespace {
+/// Whether a type without a name is of those that the compiler knows, so that a name helps.
+bool isTranslated(const TypeAst& type) {
+  if (type.kind == TypeAst::kList) return isTranslated(*type.element);
+  if (type.kind == TypeAst::kStruct) {
+    return std::all_of(type.components.begin(), type.components.end(),
+                       [](const ComponentAst& part) { return !part.type || isTranslated(*part.type); });
+  }
+  if (type.kind != TypeAst::kPlain) return type.kind != TypeAst::kInstance;
+  switch (type.main) {
+    case TYP_BOOLEAN:
+    case TYP_INTEGER:
+    case TYP_ENUM:
+    case TYP_REAL:
+    case TYP_BITSTR:
+    case TYP_OCTSTR:
+    case TYP_NULL:
+    case TYP_OBJID:
+    case TYP_NUMSTR:
+    case TYP_PRISTR:
+    case TYP_VISSTR:
+    case TYP_IA5STR:
+    case TYP_GENTIME:
+    case TYP_UTCTIME:
+      return true;
+    default:
+      return false;
+  }
+}
+}  // namespace
+
+/// A type as it is written within an object, or a reference to a definition that is made of it: open types
+/// are chosen by names. The name is that of the definition around it and of the field, with two hyphens
+/// between, which no other name has.
+const TypeAst* Resolver::declared(const TypeAst* type, const FieldAst& field, const Context& context) {
+  const bool has_name =
+      type->kind == TypeAst::kRef && !type->ref.has_args && type->tags.empty() && type->constraints.empty();
+  if (has_name || context.env || !isTranslated(*type)) return type;
+  const TypeAst*& made = declared_[{context.module, type->token}];
+  if (made) return made;
+  auto& definitions = context.module->definitions;
+  const auto behind = std::partition_point(
+      definitions.begin(), definitions.end(),
+      [type](const Definition& one) { return !one.within_object && one.token <= type->token; });
+  Module& module = *context.module;
+  const std::string base = std::string(std::prev(behind)->name) + "--" + std::string(field.name.substr(1));
+  std::string name = base;
+  for (int& more = same_names_[{&module, base}]; more++ > 0 || module.by_name.count(name);)
+    name = base + "-" + std::to_string(more);
+  Definition& definition = definitions.emplace_back();
+  definition.module = &module;
+  definition.name = made_names_.emplace_back(name);
+  definition.token = type->token;
+  definition.kind_state = State::kDone;
+  definition.within_object = true;
+  definition.type = const_cast<TypeAst*>(type);
+  definition.number = definition.unique = ++module.types;
+  module.by_name.emplace(definition.name, &definition);
+  TypeAst& reference = arena_.types.emplace_back();
+  reference.kind = TypeAst::kRef;
+  reference.token = reference.ref.token = type->token;
+  reference.ref.name = definition.name;
+  made = &reference;
+  typeOf(definition);
+  return made;
+}
+
 ValueNode* Resolver::makeSetting(Parser& parser, const FieldAst& field, const Context& context,
                                  const ClassUse& cls, const ValueNode& object) {
   const int token = parser.pos;
   switch (field.kind) {
     case kTypeField: {
-      const TypeAst* type = parser.parseType();
+      const TypeAst* type = declared(parser.parseType(), field, context);
       ValueNode* setting = typeSetting(context, token, makeType(*type, context, nullptr));
       type_settings_[setting] = {type, context};
       return setting;

@@ -49,6 +49,7 @@ TypeNode* Resolver::typeOf(Definition& definition) {
     if (kindOf(definition) == DefKind::kClass) {
       makeClass(definition, *node);
     } else {
+      node->entry = entries_.count(std::string(definition.name)) != 0;
       makeType(*definition.type, context, nullptr, node);
       if (definition.kind == DefKind::kValueSet) {
         later_.push_back([this, node, &definition, context] {

@@ -1,5 +1,6 @@
 #include "codec/raw.h"
 
+#include "value/task.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -8,6 +9,15 @@ std::string FieldPath::text() const {
   std::string text;
   for (const char* name : names_) text += (text.empty() ? "" : ".") + std::string(name);
   return text;
+}
+
+void append_elements(Value list, Value more) {
+  for (size_t i = 0; more && i < more->parts.size; ++i) {
+    const size_t last = list->parts.size;
+    resize_parts(list, last + 1);
+    lumo_value_assign(force_part(list, last), more->parts.data[i], current_task);
+  }
+  if (more) destroy(more);
 }
 
 Value part_at(Value v, const std::vector<size_t>& path) {
@@ -23,18 +33,16 @@ Value part_at(Value v, const std::vector<size_t>& path) {
   return v && !is_omit(v) && v->form != Form::unset ? v : nullptr;
 }
 
-Value length_leaf(Value field, const std::string& index) {
-  for (int depth = 0; field && depth < 10; ++depth) {
+Value length_leaf(Value field, std::span<const std::string> index) {
+  for (int depth = 0; field && depth < 100; ++depth) {
     field = settled(field);
     if (field->kind == lumo_type_kind_integer) return field;
-    if (field->form == Form::choice) {
-      field = field->parts.data[0];
-    } else if (field->form == Form::fields) {
-      const long i = field_index(field->type, index.c_str());
-      field = i < 0 ? nullptr : field->parts.data[i];
-    } else {
-      return nullptr;
-    }
+    const bool is_choice = field->form == Form::choice;
+    if (!is_choice && field->form != Form::fields) return nullptr;
+    const long i = index.empty() ? -1 : field_index(field->type, index[0].c_str());
+    if (i >= 0) index = index.subspan(1);
+    if (i >= 0 && is_choice && i != field->index) return nullptr;
+    field = is_choice ? field->parts.data[0] : i < 0 ? nullptr : field->parts.data[i];
   }
   return nullptr;
 }

@@ -1,6 +1,7 @@
 // Encoding and decoding of values as bit fields, by plans.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -29,21 +30,27 @@ class FieldPath {
   std::vector<const char*> names_;
 };
 
+// Puts the elements of a list behind those of another one, and destroys the first; more may be null.
+void append_elements(Value list, Value more);
 // The part at the end of a path; null where something on the way is omitted or another alternative is chosen.
 Value part_at(Value v, const std::vector<size_t>& path);
+// Whether a number stands in seven bits of each octet.
+inline bool is_groups_of_seven(const RawPlan& plan) {
+  const bool is_number = plan.kind == lumo_type_kind_integer || plan.kind == lumo_type_kind_enumerated;
+  return is_number && plan.extension != RawExtension::none;
+}
 // Whether the extension bits of a value are those of its octets: not those of a list, which are the last bits
 // of its elements, nor of a string that has one octet in any case.
 inline bool has_octet_marks(const RawPlan& plan) {
-  const bool is_groups = plan.kind == lumo_type_kind_integer && plan.form != RawLength::given;
   const bool is_one =
       plan.kind == lumo_type_kind_octetstring && plan.form == RawLength::given && plan.length == 1;
   const bool is_list = plan.kind == lumo_type_kind_recordof || plan.kind == lumo_type_kind_setof ||
                        plan.kind == lumo_type_kind_array;
-  return !is_groups && !is_one && !is_list;
+  return !is_groups_of_seven(plan) && !is_one && !is_list;
 }
-// The number that a length field holds: itself, the part of that name, or such a one in the chosen
+// The number that a length field holds: itself, the part with that path of names, or such a one in the chosen
 // alternative.
-Value length_leaf(Value field, const std::string& index);
+Value length_leaf(Value field, std::span<const std::string> index);
 bool holds_for(const RawCondition& condition, Value part);
 
 }  // namespace lumos

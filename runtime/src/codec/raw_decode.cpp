@@ -30,6 +30,8 @@ struct Record {
   Value v;
   size_t limit;
   size_t spans, counters;
+  // Where the fields of the group end whose octets tell it by their extension bits.
+  mutable size_t group_end = SIZE_MAX;
 };
 
 constexpr size_t any_count = SIZE_MAX;
@@ -46,10 +48,11 @@ class Decoder {
  private:
   bool decode(const RawPlan& plan, Value v, RawOrder around, size_t limit);
   bool fail(const char* what);
-  bool fail_at(size_t bits, const char* what);
+  bool fail_from(size_t start, const char* what);
   BitOrder order_of(const RawPlan& plan, RawOrder around) const;
 
   bool decode_content(const RawPlan& plan, Value v, RawOrder around, size_t limit);
+  bool decode_kind(const RawPlan& plan, Value v, RawOrder around, size_t limit, size_t count);
   bool decode_number(const RawPlan& plan, Value v, BitOrder order, size_t limit);
   bool decode_groups_of_seven(const RawPlan& plan, Value v, BitOrder order, size_t limit);
   bool take_number(const RawPlan& plan, Value v, uint64_t bits);
@@ -69,6 +72,9 @@ class Decoder {
   bool decode_present(const Record& r, size_t i, size_t limit);
   bool omit(const Record& r, size_t i);
   bool choose_alternative(const Record& r, size_t i);
+  bool enter_group(const Record& r, size_t i);
+  bool leave_group(const Record& r, size_t i);
+  bool add_distance(const Record& r, const RawPointerField& pointer, size_t& bits) const;
   bool go_to_target(const Record& r, size_t i, bool& is_omitted);
   size_t limit_of(const Record& r, size_t i) const;
   size_t count_of(const Record& r, size_t i) const;
@@ -77,8 +83,8 @@ class Decoder {
   bool start_counter(const Record& r, size_t i);
   void count_down(const Record& r, size_t i);
   bool check_counters(const Record& r);
-  bool narrow(const RawPlan& plan, size_t& limit);
-  bool check_type(const RawPlan& plan, Value v);
+  bool narrow(RawExtension marks, size_t& limit);
+  bool check_type(const RawPlan& plan, Value v, size_t start);
   bool any_seen(const RawConditions& conditions, const RawPlan& plan, RawOrder around, size_t limit);
   bool seen(const RawCondition& c, const RawPlan& plan, RawOrder around, size_t limit);
 
@@ -91,23 +97,27 @@ class Decoder {
   bool chosen_ = false;       // a tag around was found for the next value
   bool fills_ = false;        // the next union has all octets to its limit
   bool has_fault_ = false;
-  size_t fault_bits_ = 0;
+  size_t begin_ = 0;  // of the value that is decoded
+  size_t fault_reach_ = 0, fault_bits_ = 0;
   std::string fault_path_;
   const char* fault_what_ = "";
 };
 
-// The fault that is furthest in the octets tells most: what was tried before it was not meant.
-bool Decoder::fail_at(size_t bits, const char* what) {
-  if (quiet_ || (has_fault_ && bits <= fault_bits_)) return false;
+// Of what began at start. The fault that is furthest in the octets tells most: what was tried before it was
+// not meant.
+bool Decoder::fail_from(size_t start, const char* what) {
+  const size_t reached = source.place.bits();
+  if (quiet_ || (has_fault_ && reached <= fault_reach_)) return false;
   has_fault_ = true;
-  fault_bits_ = bits;
+  fault_reach_ = reached;
+  fault_bits_ = start;
   fault_path_ = path_.text();
   fault_what_ = what;
   return false;
 }
 
 bool Decoder::fail(const char* what) {
-  return fail_at(source.place.bits(), what);
+  return fail_from(source.place.bits(), what);
 }
 
 std::string Decoder::fault() const {
@@ -130,12 +140,12 @@ void Decoder::skip_padding(unsigned multiple, size_t limit) {
   source.skip(std::min(missing, left), {}, limit);
 }
 
-bool Decoder::check_type(const RawPlan& plan, Value v) {
+bool Decoder::check_type(const RawPlan& plan, Value v, size_t start) {
   if (!plan.has_check) return true;
   const bool is_small = plan.kind == lumo_type_kind_integer && v->integer >= 0 && v->integer < 256;
   if (is_small && plan.checked.empty()) plan.checked.resize(256);
   uint8_t* known = is_small ? &plan.checked[static_cast<size_t>(v->integer)] : nullptr;
-  if (known && *known) return *known == 1 || fail("the value is not of its type");
+  if (known && *known) return *known == 1 || fail_from(start, "the value is not of its type");
   bool good;
   {
     const TempScope scope;
@@ -143,15 +153,15 @@ bool Decoder::check_type(const RawPlan& plan, Value v) {
     good = lumo_type_check(plan.type, v, current_task);
   }
   if (known) *known = good ? 1 : 2;
-  return good || fail("the value is not of its type");
+  return good || fail_from(start, "the value is not of its type");
 }
 
 // The octet with the mark of the last one ends what has extension bits.
-bool Decoder::narrow(const RawPlan& plan, size_t& limit) {
+bool Decoder::narrow(RawExtension marks, size_t& limit) {
   const size_t end = std::min(limit, source.size()) / 8;
   for (size_t i = source.place.octet; i < end; ++i) {
     const bool is_set = source.octets()[i] & 0x80;
-    if (is_set != (plan.extension == RawExtension::last_is_one)) continue;
+    if (is_set != (marks == RawExtension::last_is_one)) continue;
     limit = (i + 1) * 8;
     return true;
   }
@@ -200,38 +210,42 @@ bool Decoder::decode(const RawPlan& plan, Value v, RawOrder around, size_t limit
 }
 
 bool Decoder::decode_content(const RawPlan& plan, Value v, RawOrder around, size_t limit) {
-  const RawOrder order_around = plan.order == RawOrder::inherited ? around : plan.order;
-  const BitOrder order = order_of(plan, around);
-  const bool is_number = plan.kind == lumo_type_kind_integer;
-  if (plan.extension != RawExtension::none && !is_number && has_octet_marks(plan) && !narrow(plan, limit))
+  if (plan.extension != RawExtension::none && has_octet_marks(plan) && !narrow(plan.extension, limit))
     return false;
   const size_t count = std::exchange(count_, any_count);
   if (plan.kind != lumo_type_kind_union) fills_ = false;
+  const size_t start = begin_ = source.place.bits();
+  return decode_kind(plan, v, around, limit, count) && check_type(plan, v, start);
+}
+
+bool Decoder::decode_kind(const RawPlan& plan, Value v, RawOrder around, size_t limit, size_t count) {
+  const RawOrder order_around = plan.order == RawOrder::inherited ? around : plan.order;
+  const BitOrder order = order_of(plan, around);
   switch (plan.kind) {
     case lumo_type_kind_integer:
     case lumo_type_kind_enumerated:
     case lumo_type_kind_boolean:
-      return decode_number(plan, v, order, limit) && check_type(plan, v);
+      return decode_number(plan, v, order, limit);
     case lumo_type_kind_float:
-      return decode_float(plan, v, order, limit) && check_type(plan, v);
+      return decode_float(plan, v, order, limit);
     case lumo_type_kind_bitstring:
-      return decode_bits(plan, v, order, limit) && check_type(plan, v);
+      return decode_bits(plan, v, order, limit);
     case lumo_type_kind_hexstring:
-      return decode_digits(plan, v, order, limit) && check_type(plan, v);
+      return decode_digits(plan, v, order, limit);
     case lumo_type_kind_octetstring:
     case lumo_type_kind_charstring:
     case lumo_type_kind_universal_charstring:
-      return decode_octets(plan, v, order, limit) && check_type(plan, v);
+      return decode_octets(plan, v, order, limit);
     case lumo_type_kind_record:
-      return decode_record(plan, v, limit) && check_type(plan, v);
+      return decode_record(plan, v, limit);
     case lumo_type_kind_set:
-      return decode_set(plan, v, limit) && check_type(plan, v);
+      return decode_set(plan, v, limit);
     case lumo_type_kind_union:
-      return decode_choice(plan, v, order_around, limit) && check_type(plan, v);
+      return decode_choice(plan, v, order_around, limit);
     case lumo_type_kind_recordof:
     case lumo_type_kind_setof:
     case lumo_type_kind_array:
-      return decode_list(plan, v, order_around, limit, count) && check_type(plan, v);
+      return decode_list(plan, v, order_around, limit, count);
     default:
       return fail("values of this type have no RAW encoding");
   }
@@ -246,7 +260,7 @@ bool Decoder::take_number(const RawPlan& plan, Value v, uint64_t bits) {
   const auto length = static_cast<unsigned>(plan.length);
   auto number = static_cast<lumo_long_integer_t>(bits);
   const bool is_negative = plan.sign != RawSign::none && bits >> (length - 1) & 1;
-  if (plan.sign == RawSign::none && number < 0) return fail("the number has more than 63 bits");
+  if (plan.sign == RawSign::none && number < 0) return fail_from(begin_, "the number has more than 63 bits");
   if (is_negative && plan.sign == RawSign::complement && length < 64)
     number = static_cast<lumo_long_integer_t>(bits | ~uint64_t(0) << length);
   if (is_negative && plan.sign == RawSign::sign_bit)
@@ -254,33 +268,31 @@ bool Decoder::take_number(const RawPlan& plan, Value v, uint64_t bits) {
   v->form = plan.kind == lumo_type_kind_integer ? Form::integer : Form::enumerated;
   v->integer = number;
   if (plan.kind == lumo_type_kind_enumerated && !enum_name(plan.type, static_cast<long>(number)))
-    return fail("the number is none of the enumeration");
+    return fail_from(begin_, "the number is none of the enumeration");
   return true;
 }
 
 bool Decoder::decode_number(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  if (plan.form != RawLength::given) return decode_groups_of_seven(plan, v, order, limit);
+  if (is_groups_of_seven(plan)) return decode_groups_of_seven(plan, v, order, limit);
   uint64_t bits;
   if (!source.get(bits, static_cast<unsigned>(plan.length), order, limit)) return fail("the octets end");
-  if (plan.extension != RawExtension::none && plan.length == 8) bits &= 0x7F;
   return take_number(plan, v, bits);
 }
 
 bool Decoder::decode_groups_of_seven(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
-  lumo_long_integer_t number = 0;
-  for (unsigned i = 0; i < 9; ++i) {
+  uint64_t number = 0;
+  const auto most = static_cast<unsigned>(plan.form == RawLength::given ? plan.length / 8 : 9);
+  bool is_last = false;
+  for (unsigned i = 0; i < most && !is_last; ++i) {
     uint64_t octet;
     if (!source.get(octet, 8, order, limit)) return fail("the octets end");
-    const auto seven = static_cast<lumo_long_integer_t>(octet & 0x7F);
+    const uint64_t seven = octet & 0x7F;
     number = order.octets_last ? number << 7 | seven : number | seven << 7 * i;
-    if (plan.extension != RawExtension::none &&
-        (octet >> 7 == 1) != (plan.extension == RawExtension::last_is_one))
-      continue;
-    v->form = Form::integer;
-    v->integer = number;
-    return true;
+    is_last = (octet >> 7 == 1) == (plan.extension == RawExtension::last_is_one);
+    if (is_last && plan.form == RawLength::given && i + 1 < most)
+      return fail("the mark of the last octet stands too early");
   }
-  return fail("the number has more than 63 bits");
+  return is_last ? take_number(plan, v, number) : fail("no octet has the mark of the last one");
 }
 
 bool Decoder::decode_float(const RawPlan& plan, Value v, BitOrder order, size_t limit) {
@@ -296,7 +308,7 @@ bool Decoder::decode_float(const RawPlan& plan, Value v, BitOrder order, size_t 
   } else {
     std::memcpy(&number, &bits, sizeof number);
   }
-  if (number != number) return fail("the octets are no number");
+  if (number != number) return fail_from(begin_, "the octets are no number");
   v->form = Form::real;
   v->real = number;
   return true;
@@ -361,7 +373,7 @@ bool Decoder::decode_octets(const RawPlan& plan, Value v, BitOrder order, size_t
     octets = text;
   }
   size_t taken = 0;
-  return set_plain(v, octets, taken) || fail("the octets are no characters");
+  return set_plain(v, octets, taken) || fail_from(begin_, "the octets are no characters");
 }
 
 bool Decoder::decode_element(const RawPlan& plan, Value v, RawOrder around, size_t limit) {
@@ -387,18 +399,21 @@ bool Decoder::decode_list(const RawPlan& plan, Value v, RawOrder around, size_t 
   // The slots of an array are there from the beginning.
   v->parts.size = 0;
   const size_t most = std::min(count, plan.most);
+  bool is_last = plan.extension == RawExtension::none;
   while (v->parts.size < most && (count != any_count || left_until(source, limit) > 0)) {
     const size_t before = source.place.bits();
     if (!decode_element(plan, v, around, limit)) {
       if (count != any_count) return false;
       break;
     }
-    const bool is_last = plan.extension != RawExtension::none &&
-                         source.last_bit() == (plan.extension == RawExtension::last_is_one);
-    if (is_last) break;
+    if (plan.extension != RawExtension::none) {
+      is_last = source.last_bit() == (plan.extension == RawExtension::last_is_one);
+      if (is_last) break;
+    }
     const bool took_nothing = source.place.bits() == before;
     if (took_nothing && (count == any_count || v->parts.size > source.size())) break;
   }
+  if (!is_last && v->parts.size > 0) return fail("no element has the mark of the last one");
   return count == any_count || v->parts.size == count || fail("elements are missing");
 }
 
@@ -493,7 +508,12 @@ size_t Decoder::limit_of(const Record& r, size_t i) const {
     const size_t needed = is_open ? needed_behind(r, i, counter) : 0;
     return end >= at + needed ? end - needed : end;
   };
-  limit = leave(limit, no_place);
+  limit = std::min(leave(limit, no_place), r.group_end);
+  for (const RawPointerField& p : r.plan.pointers) {
+    if (p.field >= i || p.target <= i || p.base > i) continue;
+    size_t target = p.base == i ? at : spans_[r.spans + p.base].start.bits();
+    if (add_distance(r, p, target) && target >= at) limit = std::min(limit, target);
+  }
   for (const size_t k : field.counted_by) {
     const Counter& counter = counters_[r.counters + k];
     if (!counter.known || r.plan.lengths[k].unit == unit_elements) continue;
@@ -523,12 +543,13 @@ size_t Decoder::count_of(const Record& r, size_t i) const {
 bool Decoder::start_counter(const Record& r, size_t i) {
   const RawLengthField& length = r.plan.lengths[r.plan.fields[i].length];
   const Value leaf = length_leaf(r.v->parts.data[i], length.index);
-  if (!leaf) return fail("there is no number that could hold the length");
+  const size_t start = spans_[r.spans + i].start.bits();
+  if (!leaf) return fail_from(start, "there is no number that could hold the length");
   const long unit = length.unit == unit_elements ? 1 : length.unit;
-  if (leaf->integer < length.added) return fail("the length is too small");
+  if (leaf->integer < length.added) return fail_from(start, "the length is too small");
   const auto number = static_cast<unsigned long>(leaf->integer - length.added);
   if (number > source.size() / static_cast<size_t>(unit) + 1)
-    return fail("the length is more than there are octets");
+    return fail_from(start, "the length is more than there are octets");
   Counter& counter = counters_[r.counters + r.plan.fields[i].length];
   counter = {true, static_cast<long>(number) * unit};
   for (const size_t c : length.counted) {
@@ -536,7 +557,7 @@ bool Decoder::start_counter(const Record& r, size_t i) {
     if (c <= i && span.present && length.unit != unit_elements)
       counter.left -= static_cast<long>(span.end.bits() - span.start.bits());
   }
-  return counter.left >= 0 || fail("the length is too small");
+  return counter.left >= 0 || fail_from(start, "the length is too small");
 }
 
 void Decoder::count_down(const Record& r, size_t i) {
@@ -556,9 +577,10 @@ bool Decoder::check_counters(const Record& r) {
     const long unit = r.plan.lengths[k].unit == unit_elements ? 1 : r.plan.lengths[k].unit;
     if (!counter.known || (counter.left >= 0 && counter.left < unit)) continue;
     path_.enter(r.plan.fields[r.plan.lengths[k].field].name);
-    const bool good = fail("the length does not agree with what it counts");
+    fail_from(spans_[r.spans + r.plan.lengths[k].field].start.bits(),
+              "the length does not agree with what it counts");
     path_.leave();
-    return good;
+    return false;
   }
   return true;
 }
@@ -569,20 +591,45 @@ bool Decoder::omit(const Record& r, size_t i) {
   return true;
 }
 
+// From the base of a pointer to where it leads to; false where it leads nowhere.
+bool Decoder::add_distance(const Record& r, const RawPointerField& pointer, size_t& bits) const {
+  const Value number = length_leaf(r.v->parts.data[pointer.field], {});
+  if (!number || number->integer <= 0 || number->integer > static_cast<long>(source.size())) return false;
+  bits += static_cast<size_t>(number->integer) * static_cast<size_t>(pointer.unit);
+  return bits <= source.size();
+}
+
 bool Decoder::go_to_target(const Record& r, size_t i, bool& is_omitted) {
   const RawPointerField& pointer = r.plan.pointers[r.plan.fields[i].pointed_by];
-  const Value number = length_leaf(r.v->parts.data[pointer.field], "");
+  const Value number = length_leaf(r.v->parts.data[pointer.field], {});
   is_omitted = !number || number->integer == 0;
   if (is_omitted) return true;
-  const size_t base = spans_[r.spans + pointer.base].start.bits();
-  const auto distance =
-      static_cast<unsigned long>(number->integer) * static_cast<unsigned long>(pointer.unit);
-  if (number->integer < 0 || number->integer > static_cast<long>(source.size()) ||
-      base + distance > source.size() || (base + distance) % 8)
-    return fail("the pointer leads out of the octets");
+  size_t bits = spans_[r.spans + pointer.base].start.bits();
+  if (!add_distance(r, pointer, bits))
+    return fail_from(spans_[r.spans + pointer.field].start.bits(), "the pointer leads out of the octets");
   source.place = {};
-  source.place.octet = (base + distance) / 8;
+  source.place.octet = bits / 8;
+  const auto begun = static_cast<unsigned>(bits % 8);
+  r.plan.order == RawOrder::msb ? source.place.high -= begun : source.place.low += begun;
   return true;
+}
+
+// The first field of a group that is there: the mark of the last octet tells how far the group reaches.
+bool Decoder::enter_group(const Record& r, size_t i) {
+  const size_t k = r.plan.fields[i].group;
+  if (k == no_place || r.group_end != SIZE_MAX || left_until(source, r.limit) == 0) return true;
+  size_t end = r.limit;
+  if (!narrow(r.plan.groups[k].kind, end)) return false;
+  r.group_end = end;
+  return true;
+}
+
+bool Decoder::leave_group(const Record& r, size_t i) {
+  const size_t k = r.plan.fields[i].group;
+  if (k == no_place || r.plan.groups[k].last != i) return true;
+  const size_t end = std::exchange(r.group_end, SIZE_MAX);
+  return end == SIZE_MAX || end == source.place.bits() ||
+         fail("the mark of the last octet does not agree with the fields");
 }
 
 // The alternative of a union by other fields of the record.
@@ -635,13 +682,14 @@ bool Decoder::decode_field(const Record& r, size_t i) {
   bool is_omitted = false;
   if (field.pointed_by != no_place && !go_to_target(r, i, is_omitted)) return false;
   if (is_omitted) return omit(r, i);
-  const size_t limit = limit_of(r, i);
   bool is_certain = !field.optional || field.pointed_by != no_place;
   if (field.has_presence) {
     is_certain = std::any_of(field.presence.begin(), field.presence.end(),
                              [&](const RawCondition& c) { return holds_for(c, part_at(r.v, c.path)); });
     if (!is_certain) return omit(r, i);
   }
+  if (!enter_group(r, i)) return false;
+  const size_t limit = limit_of(r, i);
   if (!is_certain && left_until(source, limit) == 0) return omit(r, i);
   if (field.has_tag && !field.is_otherwise) {
     if (!any_seen(field.tag, *field.plan, r.plan.order, limit)) return omit(r, i);
@@ -659,7 +707,7 @@ bool Decoder::decode_record(const RawPlan& plan, Value v, size_t limit) {
   bool good = true;
   for (size_t i = 0; i < plan.fields.size() && good; ++i) {
     path_.enter(plan.fields[i].name);
-    good = decode_field(r, i);
+    good = decode_field(r, i) && leave_group(r, i);
     path_.leave();
     if (source.place.bits() > end.bits()) end = source.place;
   }
@@ -683,14 +731,7 @@ bool Decoder::decode_set_field(const Record& r, size_t i, bool& found) {
   chosen_ = is_certain;
   found = decode_present(r, i, limit) && source.place.bits() > at;
   if (!before) return found || !is_certain;
-  Value more = r.v->parts.data[i];
-  r.v->parts.data[i] = before;
-  for (size_t k = 0; more && k < more->parts.size; ++k) {
-    const size_t last = before->parts.size;
-    resize_parts(before, last + 1);
-    lumo_value_assign(force_part(before, last), more->parts.data[k], current_task);
-  }
-  if (more) destroy(more);
+  append_elements(before, std::exchange(r.v->parts.data[i], before));
   return found || !is_certain;
 }
 

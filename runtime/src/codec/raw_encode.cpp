@@ -27,6 +27,8 @@ struct Span {
   bool present;
 };
 
+const std::vector<std::string> no_index;
+
 class Encoder {
  public:
   bool encode(const RawPlan& plan, Value v, RawOrder around);
@@ -49,7 +51,7 @@ class Encoder {
   bool encode_fields(const RawPlan& plan, Value v, size_t spans);
   bool set_lengths(const RawPlan& plan, Value v, size_t spans);
   bool set_pointers(const RawPlan& plan, Value v, size_t spans);
-  bool set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number,
+  bool set_number(const RawPlan& plan, Value v, size_t field, std::span<const std::string> index, long number,
                   size_t spans);
   bool encode_again(const RawPlan& plan, Value v, size_t field, size_t spans);
   bool mark_last(RawExtension kind, const BitPlace& start, const BitPlace& end);
@@ -164,10 +166,16 @@ bool Encoder::encode_content(const RawPlan& plan, Value v, RawOrder around) {
   return fail("the value is not completely initialized");
 }
 
+std::string too_large(lumo_long_integer_t number, size_t bits) {
+  return "the number " + std::to_string(number) + " does not fit into " + std::to_string(bits) + " bits";
+}
+
 bool Encoder::encode_groups_of_seven(const RawPlan& plan, lumo_long_integer_t number, BitOrder order) {
   if (number < 0) return fail("a negative number has no extension bits");
-  unsigned groups = 1;
+  const auto most = static_cast<unsigned>(plan.form == RawLength::given ? plan.length / 8 : 9);
+  unsigned groups = plan.form == RawLength::given ? most : 1;
   while (groups < 9 && number >> 7 * groups) ++groups;
+  if (groups > most) return fail(too_large(number, plan.length - most));
   const BitPlace start = sink.place;
   for (unsigned i = 0; i < groups; ++i) {
     const unsigned at = order.octets_last ? groups - 1 - i : i;
@@ -193,11 +201,9 @@ bool number_bits(const RawPlan& plan, lumo_long_integer_t number, uint64_t& bits
 }
 
 bool Encoder::encode_number(const RawPlan& plan, lumo_long_integer_t number, BitOrder order) {
-  if (plan.form != RawLength::given) return encode_groups_of_seven(plan, number, order);
+  if (is_groups_of_seven(plan)) return encode_groups_of_seven(plan, number, order);
   uint64_t bits;
-  if (!number_bits(plan, number, bits))
-    return fail("the number " + std::to_string(number) + " does not fit into " + std::to_string(plan.length) +
-                " bits");
+  if (!number_bits(plan, number, bits)) return fail(too_large(number, plan.length));
   sink.put(bits, static_cast<unsigned>(plan.length), order);
   return true;
 }
@@ -360,7 +366,7 @@ bool Encoder::encode_fields(const RawPlan& plan, Value v, size_t spans) {
     if (field.length != no_place || field.pointer != no_place) {
       const size_t replaced = replaced_.size();
       const Value number =
-          length_leaf(part, field.length == no_place ? std::string() : plan.lengths[field.length].index);
+          length_leaf(part, field.length == no_place ? no_index : plan.lengths[field.length].index);
       if (number) replaced_.push_back({number, nullptr, 0});
       if (!encode(*field.plan, part, plan.order)) return false;
       replaced_.resize(replaced);
@@ -404,14 +410,14 @@ bool Encoder::set_pointers(const RawPlan& plan, Value v, size_t spans) {
     const long number = target.present ? static_cast<long>(distance) / pointer.unit : 0;
     if (target.present && distance % static_cast<size_t>(pointer.unit))
       return fail("the distance is no whole number");
-    if (!set_number(plan, v, pointer.field, "", number, spans)) return false;
+    if (!set_number(plan, v, pointer.field, no_index, number, spans)) return false;
     path_.leave();
   }
   return true;
 }
 
-bool Encoder::set_number(const RawPlan& plan, Value v, size_t field, const std::string& index, long number,
-                         size_t spans) {
+bool Encoder::set_number(const RawPlan& plan, Value v, size_t field, std::span<const std::string> index,
+                         long number, size_t spans) {
   const RawPlan& holder = *plan.fields[field].plan;
   uint64_t bits;
   if (holder.kind == lumo_type_kind_integer && holder.form == RawLength::given &&

@@ -4,6 +4,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <span>
 
 #include "codec/constants.h"
 #include "value/subtypes.h"
@@ -93,7 +94,8 @@ class Planner {
   // A type has one plan for each set of words that fields add to its own.
   using Key = std::pair<lumo_type_t, std::string>;
 
-  RawPlan* plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added);
+  RawPlan* plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added,
+                     const std::string& place);
   void fill(RawPlan& plan, const RawWords& words);
   void fill_leaf(RawPlan& plan, const RawWords& words);
   void fill_fields(RawPlan& plan, const RawWords& words);
@@ -107,13 +109,18 @@ class Planner {
   void resolve_pointer(RawPlan& plan, size_t i, const RawWords& place);
   void resolve_tags(RawPlan& plan, const std::vector<RawChoice>& tags);
   void resolve_cross_tags(RawPlan& plan, size_t i, const std::vector<RawChoice>& tags);
-  RawConditions conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word);
+  RawConditions conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word,
+                           const std::string& place);
   bool resolve_path(const RawPlan& from, std::string_view path, RawCondition& condition);
-  size_t field_of(const RawPlan& plan, std::string_view name, const char* word);
+  size_t field_of(const RawPlan& plan, std::string_view name, const char* word, const std::string& place);
   void force_omit(RawPlan& plan, const std::string& path);
   void check_before(const RawPlan& plan, size_t i, const RawCondition& c, const char* word);
 
-  void error(lumo_type_t type, std::string_view field, const std::string& text);
+  void check_words(const RawPlan& plan, const RawWords& words);
+  void check_room(const RawPlan& plan);
+
+  void error(const RawPlan& plan, std::string_view field, const std::string& text);
+  void error_at(const std::string& place, const std::string& text);
 
   std::map<Key, std::unique_ptr<RawPlan>> plans_;
   std::vector<std::unique_ptr<RawPlan>> copies_;
@@ -121,12 +128,12 @@ class Planner {
   std::vector<std::string>* errors_ = nullptr;
 };
 
-void Planner::error(lumo_type_t type, std::string_view field, const std::string& text) {
-  const char* module = lumo_type_definition_module(type, nullptr);
-  std::string line = std::string("type ") + (module ? module : "") + "." + type_name(type);
-  if (!field.empty()) line += ", field " + std::string(field);
-  line += ": " + text;
-  if (std::find(errors_->begin(), errors_->end(), line) == errors_->end()) errors_->push_back(line);
+void Planner::error_at(const std::string& place, const std::string& text) {
+  add_fault(*errors_, place, text);
+}
+
+void Planner::error(const RawPlan& plan, std::string_view field, const std::string& text) {
+  error_at(place_of(plan.place, field), text);
 }
 
 RawWords Planner::words_of(lumo_type_t type, std::string_view field) {
@@ -135,7 +142,7 @@ RawWords Planner::words_of(lumo_type_t type, std::string_view field) {
     RawWords words;
     std::string text;
     for (const char* variant : level)
-      if (!read_raw_words(variant, words, text)) error(type, field, text);
+      if (!read_raw_words(variant, words, text)) error_at(place_of(place_of(type), field), text);
     all.add(words);
   }
   return all;
@@ -143,7 +150,7 @@ RawWords Planner::words_of(lumo_type_t type, std::string_view field) {
 
 const RawPlan& Planner::plan(lumo_type_t type, std::vector<std::string>& errors) {
   errors_ = &errors;
-  RawPlan* made = plan_with(plain_type(type), "", {});
+  RawPlan* made = plan_with(plain_type(type), "", {}, place_of(type));
   while (!unresolved_.empty()) {
     const std::function<void()> next = std::move(unresolved_.front());
     unresolved_.pop_front();
@@ -153,19 +160,43 @@ const RawPlan& Planner::plan(lumo_type_t type, std::vector<std::string>& errors)
   return *made;
 }
 
-RawPlan* Planner::plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added) {
+RawPlan* Planner::plan_with(lumo_type_t type, const std::string& added_text, const RawWords& added,
+                            const std::string& place) {
   std::unique_ptr<RawPlan>& known = plans_[{type, added_text}];
   if (known) return known.get();
   known = std::make_unique<RawPlan>();
   RawPlan* plan = known.get();
   plan->type = type;
   plan->kind = base_kind(type);
+  plan->place = place;
   RawWords words = words_of(type, "");
+  if (const char* word = homeless_raw_word(words, plan->kind))
+    error(*plan, "", std::string("the word ") + word + " stands at no field");
   words.add(added);
-  if (const char* word = unfit_raw_word(words, plan->kind))
-    error(type, "", std::string("the word ") + word + " does not fit the type");
+  check_words(*plan, words);
   fill(*plan, words);
+  check_room(*plan);
   return plan;
+}
+
+void Planner::check_words(const RawPlan& plan, const RawWords& words) {
+  if (const char* word = unfit_raw_word(words, plan.kind))
+    error(plan, "", std::string("the word ") + word + " does not fit the type");
+}
+
+// Whether a field of that length can hold values of the type.
+void Planner::check_room(const RawPlan& plan) {
+  if (plan.form != RawLength::given) return;
+  if (plan.kind == lumo_type_kind_enumerated && plan.length < enumerated_bits(plan.type))
+    error(plan, "", "the word FIELDLENGTH leaves no room for all literals of the type");
+  if (plan.extension != RawExtension::none && !is_list_kind(plan.kind) &&
+      plan.length * bits_of_unit(plan.kind) % 8 != 0)
+    error(plan, "", "the word EXTENSION_BIT needs whole octets");
+  if (!plan.has_check || (!is_string_kind(plan.kind) && !is_list_kind(plan.kind))) return;
+  const LengthBounds bounds = length_bounds(plan.type);
+  const auto length = static_cast<lumo_long_integer_t>(plan.length);
+  if (length < bounds.lower || (bounds.upper >= 0 && length > bounds.upper))
+    error(plan, "", "the word FIELDLENGTH gives a length that the type does not allow");
 }
 
 void Planner::fill(RawPlan& plan, const RawWords& words) {
@@ -190,7 +221,7 @@ void Planner::fill(RawPlan& plan, const RawWords& words) {
 }
 
 void Planner::fill_leaf(RawPlan& plan, const RawWords& words) {
-  plan.sign = words.sign.value_or(RawSign::none);
+  plan.sign = plan.extension == RawExtension::none ? words.sign.value_or(RawSign::none) : RawSign::none;
   plan.hex_high = words.hex_high.value_or(false);
   plan.align_left = words.align_left.value_or(is_string_kind(plan.kind));
   // The first bit of a bitstring is the leftmost: from the most significant end on, that is how it reads.
@@ -215,8 +246,9 @@ void Planner::fill_fields(RawPlan& plan, const RawWords& words) {
   std::vector<RawWords> places(count);
   for (size_t i = 0; i < count; ++i) {
     if (is_list) {
+      const lumo_type_t element = plain_type(element_type(plan.type));
       plan.fields[i].name = "element";
-      plan.fields[i].plan = plan_with(plain_type(element_type(plan.type)), "", {});
+      plan.fields[i].plan = plan_with(element, "", {}, place_of(element));
       continue;
     }
     RawWords own = words_of(plan.type, field_info(plan.type)[i].name);
@@ -244,16 +276,17 @@ void Planner::fill_field(RawPlan& plan, size_t i, const RawWords& words) {
   for (const auto& level : variants_of(plan.type, info.name))
     for (const char* text : level) key += std::string(text) + ";";
   if (words.padding) key += "+" + std::to_string(*words.padding);
-  field.plan = plan_with(plain_type(info.type), key, words);
+  const lumo_type_t type = plain_type(info.type);
+  field.plan = plan_with(type, key, words, key.empty() ? place_of(type) : place_of(plan.place, info.name));
 }
 
 // --- names
 
-size_t Planner::field_of(const RawPlan& plan, std::string_view name, const char* word) {
+size_t Planner::field_of(const RawPlan& plan, std::string_view name, const char* word,
+                         const std::string& place) {
   for (size_t i = 0; i < plan.fields.size(); ++i)
     if (name == plan.fields[i].name) return i;
-  error(plan.type, "",
-        std::string("the word ") + word + " names " + std::string(name) + ", which is no field");
+  error_at(place, std::string("the word ") + word + " names " + std::string(name) + ", which is no field");
   return no_place;
 }
 
@@ -289,20 +322,20 @@ bool Planner::resolve_path(const RawPlan& from, std::string_view path, RawCondit
   return true;
 }
 
-RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word) {
+RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& keys, const char* word,
+                                  const std::string& place) {
   RawConditions list;
   for (const RawKey& key : keys) {
     RawCondition c;
     if (!resolve_path(of, key.path, c)) {
-      error(of.type, "", std::string("the word ") + word + " names " + key.path + ", which is no field");
+      error_at(place, std::string("the word ") + word + " names " + key.path + ", which is no field");
       continue;
     }
     if (key.value != "omit") {
       c.constant = read_constant(c.part->type, key.value, lumo_type_definition_module(of.type, nullptr));
       if (!c.constant) {
-        error(of.type, "",
-              std::string("the word ") + word + " compares " + key.path + " with " + key.value +
-                  ", which is no value of its type");
+        error_at(place, std::string("the word ") + word + " compares " + key.path + " with " + key.value +
+                            ", which is no value of its type");
         continue;
       }
     }
@@ -313,12 +346,15 @@ RawConditions Planner::conditions(const RawPlan& of, const std::vector<RawKey>& 
 
 void Planner::resolve(RawPlan& plan, const RawWords& words, const std::vector<RawWords>& places) {
   plan.least_bits = least_bits(plan);
-  plan.presence = conditions(plan, words.presence, "PRESENCE");
+  plan.presence = conditions(plan, words.presence, "PRESENCE", plan.place);
   if (!is_list_kind(plan.kind)) resolve_tags(plan, words.tags);
   for (const RawExtensionGroup& group : words.extension_groups) {
-    const RawGroup g = {group.kind, field_of(plan, group.first, "EXTENSION_BIT_GROUP"),
-                        field_of(plan, group.last, "EXTENSION_BIT_GROUP")};
-    if (g.first <= g.last && g.last < plan.fields.size()) plan.groups.push_back(g);
+    const RawGroup g = {group.kind, field_of(plan, group.first, "EXTENSION_BIT_GROUP", plan.place),
+                        field_of(plan, group.last, "EXTENSION_BIT_GROUP", plan.place)};
+    if (g.first == no_place || g.last == no_place || g.kind == RawExtension::none) continue;
+    if (g.first > g.last) error(plan, "", "the word EXTENSION_BIT_GROUP names its last field first");
+    for (size_t i = g.first; i <= g.last; ++i) plan.fields[i].group = plan.groups.size();
+    plan.groups.push_back(g);
   }
   for (size_t i = 0; i < places.size(); ++i) resolve_place(plan, i, places[i]);
   // What is below is complete when all else is resolved.
@@ -328,7 +364,7 @@ void Planner::resolve(RawPlan& plan, const RawWords& words, const std::vector<Ra
 
 void Planner::check_before(const RawPlan& plan, size_t i, const RawCondition& c, const char* word) {
   if (c.path[0] >= i)
-    error(plan.type, plan.fields[i].name,
+    error(plan, plan.fields[i].name,
           std::string("the word ") + word + " names a field that does not come before");
 }
 
@@ -336,47 +372,60 @@ void Planner::resolve_place(RawPlan& plan, size_t i, const RawWords& place) {
   RawField& field = plan.fields[i];
   // In a union these words speak of the alternative's own parts.
   if (!has_fields(plan.kind)) return;
+  if (const char* word = unfit_raw_word(place, field.plan->kind)) {
+    error(plan, field.name, std::string("the word ") + word + " does not fit the type");
+    return;
+  }
   // Others are there in any case.
   field.has_presence = field.optional && !place.presence.empty();
-  field.presence = conditions(plan, place.presence, "PRESENCE");
+  field.presence = conditions(plan, place.presence, "PRESENCE", place_of(plan.place, field.name));
   for (const RawCondition& c : field.presence) check_before(plan, i, c, "PRESENCE");
   if (!place.length_to.empty()) resolve_length(plan, i, place);
-  if (place.length_to.empty() && (place.length_index || place.length_added))
-    error(plan.type, field.name, "the word LENGTHINDEX is nothing without LENGTHTO");
+  if (const char* text = lonely_raw_word(place)) error(plan, field.name, std::string("the word ") + text);
   if (place.pointer_to) resolve_pointer(plan, i, place);
   if (!place.cross_tags.empty()) resolve_cross_tags(plan, i, place.cross_tags);
 }
 
+// Whether a path of names ends in a number; of alternatives one is enough.
+bool leads_to_number(const RawPlan& plan, std::span<const std::string> names, int depth = 0) {
+  if (depth > 20 || (has_fields(plan.kind) && names.empty())) return false;
+  if (!has_fields(plan.kind) && plan.kind != lumo_type_kind_union)
+    return plan.kind == lumo_type_kind_integer && names.empty();
+  return std::any_of(plan.fields.begin(), plan.fields.end(), [&](const RawField& f) {
+    if (!names.empty() && names[0] == f.name) return leads_to_number(*f.plan, names.subspan(1), depth + 1);
+    return plan.kind == lumo_type_kind_union && leads_to_number(*f.plan, names, depth + 1);
+  });
+}
+
 void Planner::resolve_length(RawPlan& plan, size_t i, const RawWords& place) {
   RawField& field = plan.fields[i];
-  RawLengthField length{
-      i, place.length_index.value_or(""), {}, place.unit.value_or(8), place.length_added.value_or(0)};
-  const lumo_type_kind_t kind = field.plan->kind;
-  if (kind != lumo_type_kind_integer && !is_constructed(kind))
-    error(plan.type, field.name, "the word LENGTHTO does not fit the type");
-  if (has_fields(kind) && length.index.empty())
-    error(plan.type, field.name, "the word LENGTHTO needs LENGTHINDEX");
-  if (has_fields(kind) && !length.index.empty() && field_index(field.plan->type, length.index.c_str()) < 0)
-    error(plan.type, field.name, "the word LENGTHINDEX names " + length.index + ", which is no field");
+  RawLengthField length{i, {}, {}, place.unit.value_or(8), place.length_added.value_or(0)};
+  for (const std::string_view name : split_list(place.length_index.value_or(""), '.'))
+    length.index.emplace_back(name);
+  if (!leads_to_number(*field.plan, length.index))
+    error(plan, field.name,
+          place.length_index ? "the word LENGTHINDEX names " + *place.length_index + ", which is no number"
+                             : "the word LENGTHTO needs LENGTHINDEX");
   field.length = plan.lengths.size();
   for (const std::string& name : place.length_to) {
-    const size_t counted = field_of(plan, name, "LENGTHTO");
+    const size_t counted = field_of(plan, name, "LENGTHTO", place_of(plan.place, field.name));
     if (counted == no_place) continue;
     length.counted.push_back(counted);
     plan.fields[counted].counted_by.push_back(field.length);
     if (length.unit == unit_elements && !is_list_kind(plan.fields[counted].plan->kind))
-      error(plan.type, field.name, "the word UNIT(elements) counts " + name + ", which is no list");
+      error(plan, field.name, "the word UNIT(elements) counts " + name + ", which is no list");
   }
   plan.lengths.push_back(std::move(length));
 }
 
 void Planner::resolve_pointer(RawPlan& plan, size_t i, const RawWords& place) {
-  RawPointerField pointer{i, field_of(plan, *place.pointer_to, "POINTERTO"), i,
+  const std::string at = place_of(plan.place, plan.fields[i].name);
+  RawPointerField pointer{i, field_of(plan, *place.pointer_to, "POINTERTO", at), i,
                           place.pointer_unit.value_or(8)};
-  if (place.pointer_base) pointer.base = field_of(plan, *place.pointer_base, "PTROFFSET");
+  if (place.pointer_base) pointer.base = field_of(plan, *place.pointer_base, "PTROFFSET", at);
   if (pointer.target == no_place || pointer.base == no_place) return;
   if (pointer.target <= i || pointer.base > pointer.target) {
-    error(plan.type, plan.fields[i].name, "the word POINTERTO leads to a field that comes before");
+    error(plan, plan.fields[i].name, "the word POINTERTO leads to a field that comes before");
     return;
   }
   plan.fields[i].pointer = plan.pointers.size();
@@ -387,25 +436,23 @@ void Planner::resolve_pointer(RawPlan& plan, size_t i, const RawWords& place) {
 void Planner::resolve_tags(RawPlan& plan, const std::vector<RawChoice>& tags) {
   plan.has_tags = !tags.empty();
   for (const RawChoice& choice : tags) {
-    const size_t i = field_of(plan, choice.field, "TAG");
+    const size_t i = field_of(plan, choice.field, "TAG", plan.place);
     if (i == no_place) continue;
     RawField& field = plan.fields[i];
     field.is_otherwise = choice.keys.empty();
     field.has_tag = true;
-    for (RawCondition& c : conditions(*field.plan, choice.keys, "TAG")) field.tag.push_back(std::move(c));
+    for (RawCondition& c : conditions(*field.plan, choice.keys, "TAG", plan.place))
+      field.tag.push_back(std::move(c));
   }
 }
 
 void Planner::resolve_cross_tags(RawPlan& plan, size_t i, const std::vector<RawChoice>& tags) {
   RawField& field = plan.fields[i];
-  if (field.plan->kind != lumo_type_kind_union) {
-    error(plan.type, field.name, "the word CROSSTAG does not fit the type");
-    return;
-  }
+  const std::string at = place_of(plan.place, field.name);
   for (const RawChoice& choice : tags) {
-    const size_t alternative = field_of(*field.plan, choice.field, "CROSSTAG");
+    const size_t alternative = field_of(*field.plan, choice.field, "CROSSTAG", at);
     if (alternative == no_place) continue;
-    field.cross.push_back({alternative, conditions(plan, choice.keys, "CROSSTAG")});
+    field.cross.push_back({alternative, conditions(plan, choice.keys, "CROSSTAG", at)});
     for (const RawCondition& c : field.cross.back().conditions) check_before(plan, i, c, "CROSSTAG");
   }
 }
@@ -413,7 +460,7 @@ void Planner::resolve_cross_tags(RawPlan& plan, size_t i, const std::vector<RawC
 void Planner::force_omit(RawPlan& plan, const std::string& path) {
   RawPlan* at = &plan;
   for (const std::string_view name : split_list(path, '.')) {
-    const size_t i = field_of(*at, name, "FORCEOMIT");
+    const size_t i = field_of(*at, name, "FORCEOMIT", plan.place);
     if (i == no_place) return;
     RawField& field = at->fields[i];
     if (&path.back() != &name.back()) {
@@ -423,7 +470,7 @@ void Planner::force_omit(RawPlan& plan, const std::string& path) {
     } else if (field.optional) {
       field.omitted = true;
     } else {
-      error(plan.type, "", "the word FORCEOMIT names " + path + ", which is not optional");
+      error(plan, "", "the word FORCEOMIT names " + path + ", which is not optional");
     }
   }
 }

@@ -56,11 +56,12 @@ struct RawField {
   size_t length = no_place;           // which length of the record it holds
   size_t pointer = no_place;          // which pointer it holds
   size_t pointed_by = no_place;       // which pointer leads to it
+  size_t group = no_place;            // which group of extension bits it belongs to
 };
 
 struct RawLengthField {
   size_t field;
-  std::string index;  // the part that holds the number; empty for the field itself
+  std::vector<std::string> index;  // the part that holds the number; empty for the field itself
   std::vector<size_t> counted;
   long unit;  // bits, or unit_elements
   long added;
@@ -78,6 +79,7 @@ struct RawGroup {
 
 struct RawPlan {
   lumo_type_t type = nullptr;
+  std::string place;  // the type and field whose words it follows, for messages
   lumo_type_kind_t kind = lumo_type_kind_undefined;
   RawOrder order = RawOrder::inherited;
   BitOrder bits;  // without the order of fields

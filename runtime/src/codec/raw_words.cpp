@@ -212,7 +212,8 @@ bool read_word(const Word& word, RawWords& w, std::string& error) {
       error = "the word '" + (word.name.empty() ? word.arguments : word.name) + "' is not known";
       return false;
     }
-    good = row->set(w, split_list(word.arguments, ',')) && set_suffix(w, word.suffix);
+    good = row->set(w, split_list(word.arguments, ',')) && (word.suffix.empty() || word.name == "LENGTHTO") &&
+           set_suffix(w, word.suffix);
   }
   if (!good)
     error = "the word " + word.name + "(" + word.arguments + ")" + word.suffix +
@@ -233,10 +234,6 @@ void replace(std::vector<T>& target, const std::vector<T>& source) {
 bool is_number(lumo_type_kind_t kind) {
   return kind == lumo_type_kind_integer || kind == lumo_type_kind_enumerated ||
          kind == lumo_type_kind_boolean;
-}
-
-bool is_leaf(lumo_type_kind_t kind) {
-  return is_number(kind) || is_string_kind(kind) || kind == lumo_type_kind_float;
 }
 
 }  // namespace
@@ -274,21 +271,97 @@ bool read_raw_words(const char* text, RawWords& words, std::string& error) {
                      [&](const Word& word) { return read_word(word, words, error); });
 }
 
-const char* unfit_raw_word(const RawWords& w, lumo_type_kind_t kind) {
-  const bool has_fields = kind == lumo_type_kind_record || kind == lumo_type_kind_set;
-  const bool has_length = is_leaf(kind) || is_list_kind(kind);
-  if (w.length_form == RawLength::given && !has_length) return "FIELDLENGTH";
-  if (w.length_form == RawLength::null_terminated && !is_text_kind(kind))
-    return "FIELDLENGTH(null_terminated)";
-  if (w.length_form == RawLength::given && is_number(kind) && (w.length < 1 || w.length > 64))
-    return "FIELDLENGTH";
-  if (w.sign && !is_number(kind)) return "COMP";
-  if (w.hex_high && kind != lumo_type_kind_hexstring) return "HEXORDER";
-  if (!w.tags.empty() && !has_fields && kind != lumo_type_kind_union) return "TAG";
-  if (!w.cross_tags.empty() && kind != lumo_type_kind_union) return "CROSSTAG";
-  if (!w.extension_groups.empty() && !has_fields) return "EXTENSION_BIT_GROUP";
-  if (w.pointer_to && !is_number(kind)) return "POINTERTO";
+namespace {
+
+bool is_counting(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_integer || kind == lumo_type_kind_enumerated;
+}
+
+bool has_fields(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_record || kind == lumo_type_kind_set;
+}
+
+bool has_alternatives(lumo_type_kind_t kind) {
+  return has_fields(kind) || kind == lumo_type_kind_union;
+}
+
+bool has_marks(const RawWords& w) {
+  return w.extension && *w.extension != RawExtension::none;
+}
+
+bool may_be_long(lumo_type_kind_t kind) {
+  return is_string_kind(kind) || is_list_kind(kind);
+}
+
+// Where a word speaks of what only some kinds of types have. Those of orders and boundaries are not here:
+// what they do not concern they leave as it is, so that they may stand at a group of all kinds of types.
+struct Fit {
+  const char* word;
+  bool (*is_said)(const RawWords& w);
+  bool (*fits)(const RawWords& w, lumo_type_kind_t kind);
+};
+
+constexpr Fit fits[] = {
+    {"FIELDLENGTH", [](const RawWords& w) { return w.length_form == RawLength::given; },
+     [](const RawWords& w, lumo_type_kind_t kind) {
+       if (kind == lumo_type_kind_float) return w.length == 32 || w.length == 64;
+       return is_number(kind) ? w.length >= 1 && w.length <= 64 : may_be_long(kind);
+     }},
+    {"FIELDLENGTH(variable)", [](const RawWords& w) { return w.length_form == RawLength::variable; },
+     [](const RawWords& w, lumo_type_kind_t kind) {
+       return may_be_long(kind) || (kind == lumo_type_kind_integer && has_marks(w));
+     }},
+    {"FIELDLENGTH(null_terminated)",
+     [](const RawWords& w) { return w.length_form == RawLength::null_terminated; },
+     [](const RawWords&, lumo_type_kind_t kind) { return is_text_kind(kind); }},
+    {"COMP", [](const RawWords& w) { return w.sign.has_value(); },
+     [](const RawWords& w, lumo_type_kind_t kind) { return is_counting(kind) && !has_marks(w); }},
+    {"HEXORDER", [](const RawWords& w) { return w.hex_high.has_value(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return kind == lumo_type_kind_hexstring; }},
+    {"TAG", [](const RawWords& w) { return !w.tags.empty(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return has_alternatives(kind); }},
+    {"CROSSTAG", [](const RawWords& w) { return !w.cross_tags.empty(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return kind == lumo_type_kind_union; }},
+    {"EXTENSION_BIT_GROUP", [](const RawWords& w) { return !w.extension_groups.empty(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return has_fields(kind); }},
+    {"PADDALL", [](const RawWords& w) { return w.pad_all.value_or(false); },
+     [](const RawWords&, lumo_type_kind_t kind) { return has_fields(kind); }},
+    {"REPEATABLE", [](const RawWords& w) { return w.repeatable.value_or(false); },
+     [](const RawWords&, lumo_type_kind_t kind) { return is_list_kind(kind); }},
+    {"FORCEOMIT", [](const RawWords& w) { return !w.force_omit.empty(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return has_fields(kind); }},
+    {"LENGTHTO", [](const RawWords& w) { return !w.length_to.empty(); },
+     [](const RawWords&, lumo_type_kind_t kind) {
+       return kind == lumo_type_kind_integer || has_alternatives(kind);
+     }},
+    {"POINTERTO", [](const RawWords& w) { return w.pointer_to.has_value(); },
+     [](const RawWords&, lumo_type_kind_t kind) { return kind == lumo_type_kind_integer; }},
+};
+
+}  // namespace
+
+const char* unfit_raw_word(const RawWords& words, lumo_type_kind_t kind) {
+  for (const Fit& fit : fits)
+    if (fit.is_said(words) && !fit.fits(words, kind)) return fit.word;
   return nullptr;
+}
+
+const char* homeless_raw_word(const RawWords& w, lumo_type_kind_t kind) {
+  if (!w.presence.empty() && !has_alternatives(kind)) return "PRESENCE";
+  if (!w.length_to.empty()) return "LENGTHTO";
+  if (w.unit) return "UNIT";
+  if (w.length_index) return "LENGTHINDEX";
+  if (w.pointer_to) return "POINTERTO";
+  if (w.pointer_unit) return "PTRUNIT";
+  if (w.pointer_base) return "PTROFFSET";
+  return w.cross_tags.empty() ? nullptr : "CROSSTAG";
+}
+
+const char* lonely_raw_word(const RawWords& w) {
+  if (w.length_to.empty() && w.length_index) return "LENGTHINDEX is nothing without LENGTHTO";
+  if (w.length_to.empty() && w.unit) return "UNIT is nothing without LENGTHTO";
+  if (!w.pointer_to && w.pointer_unit) return "PTRUNIT is nothing without POINTERTO";
+  return !w.pointer_to && w.pointer_base ? "PTROFFSET is nothing without POINTERTO" : nullptr;
 }
 
 }  // namespace lumos

@@ -60,5 +60,10 @@ struct RawWords {
 bool read_raw_words(const char* text, RawWords& words, std::string& error);
 // A word that a type of that kind cannot have; null if there is none.
 const char* unfit_raw_word(const RawWords& words, lumo_type_kind_t kind);
+// A word that says something of a field's place in a record and stands at a type of that kind; null if there
+// is none.
+const char* homeless_raw_word(const RawWords& words, lumo_type_kind_t kind);
+// What is wrong with a word that says more of another one, which is missing; null if there is none.
+const char* lonely_raw_word(const RawWords& words);
 
 }  // namespace lumos

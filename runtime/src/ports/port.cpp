@@ -40,16 +40,23 @@ std::string port_name(const Port& port) {
 
 namespace {
 
-void log_port(const char* what, const Port& port, Value content) {
-  if (!log_enabled(lumo_log_msg_event_c)) return;
+void log_port_event(const char* what, const Port& port, Value content) {
   std::string text = std::string(what) + " " + port_name(port);
   if (content) text += ": " + render(content);
   log_line(lumo_log_msg_event_c, text);
 }
 
-void log_received(const char* what, const Port& port, Value content) {
+inline void log_port(const char* what, const Port& port, Value content) {
+  if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, content);
+}
+
+void tell_received(const Port& port, Value content) {
+  tell(EventKind::receive, port_name(port), {}, content ? render(content) : "");
+}
+
+inline void log_received(const char* what, const Port& port, Value content) {
   log_port(what, port, content);
-  if (events_wanted) tell(EventKind::receive, port_name(port), {}, content ? render(content) : "");
+  if (events_wanted) tell_received(port, content);
 }
 
 Queue& queue_for(Port& port, MessageKind kind) {
@@ -216,9 +223,10 @@ Value content_of(Value template_value) {
   return v;
 }
 
-// What is sent, for the message to own: a value that was made just now from a template is taken as it is.
+// What is sent, for the message to own: a value that the statement made, or that was made just now from a
+// template, is taken as it is.
 Value owned_content_of(Value template_value) {
-  const size_t mark = current_task->roots.size();
+  const size_t mark = std::min(current_task->roots.size(), current_task->statement_roots);
   Value v = content_of(template_value);
   const bool is_new = v->life == Life::temp && v->root >= mark && !v->pinned && !v->pending;
   if (!is_new || v->form == Form::external) return copy_value(v, lumo_perm_alloc_c);
@@ -313,8 +321,16 @@ bool content_fits(const Port& port, Message& m, Value pattern) {
   return false;
 }
 
+bool is_redirected(Value target) {
+  return target && target != lumo_value_no_return_c;
+}
+
 void redirect(Value target, Value source) {
-  if (target && target != lumo_value_no_return_c && source) lumo_value_assign(target, source, current_task);
+  if (is_redirected(target) && source) lumo_value_assign(target, source, current_task);
+}
+
+void redirect_sender(Value target, const Message& m) {
+  if (is_redirected(target)) redirect(target, sender_of(m));
 }
 
 void redirect_parameters(const Message& m, unsigned long count, lumo_value_t redirects[]) {
@@ -373,7 +389,7 @@ bool try_check(Port& p, Value sender, Value sender_redirect) {
   for (const Queue& queue : p.queues) {
     Message* m = head_of(p, queue);
     if (!m || !sender_fits(*m, sender)) continue;
-    redirect(sender_redirect, sender_of(*m));
+    redirect_sender(sender_redirect, *m);
     log_received("check on", p, m->content);
     return true;
   }
@@ -566,7 +582,7 @@ lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_va
     Message* m = head_of(p, MessageKind::message);
     if (!m || !sender_fits(*m, sender) || !content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
-    redirect(sender_redirect, sender_of(*m));
+    redirect_sender(sender_redirect, *m);
     log_received(check ? "check on" : "receive on", p, m->content);
     if (!check) remove_head(p, MessageKind::message);
     return true;
@@ -580,7 +596,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     Message* m = head_of(p, MessageKind::call);
     if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, true)) return false;
     redirect_parameters(*m, redirect_count, redirects);
-    redirect(sender_redirect, sender_of(*m));
+    redirect_sender(sender_redirect, *m);
     log_received("getcall on", p, m->content);
     if (!check) take_call(p, *m);
     return true;
@@ -601,7 +617,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     if (!any && (!m->result || !match_value(result_template, m->result))) return false;
     redirect(value_redirect, m->result);
     redirect_parameters(*m, redirect_count, redirects);
-    redirect(sender_redirect, sender_of(*m));
+    redirect_sender(sender_redirect, *m);
     log_received("getreply on", p, m->content);
     if (!check) {
       remove_head(p, MessageKind::reply);
@@ -621,7 +637,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     if (named && m->signature && root_of(signature) != root_of(m->signature)) return false;
     if (!content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
-    redirect(sender_redirect, sender_of(*m));
+    redirect_sender(sender_redirect, *m);
     log_received("catch on", p, m->content);
     if (!check) {
       remove_head(p, MessageKind::exception);

@@ -78,6 +78,11 @@ void drop_reporters() {
   choose_events();
 }
 
+void cancel_reporters() {
+  reporters().clear();
+  choose_events();
+}
+
 void tell_begin(const std::string& module, const std::string& name, Time begin) {
   for (auto& reporter : reporters()) reporter->test_case_begins(module, name, begin);
 }

@@ -81,6 +81,8 @@ extern bool events_wanted;
 void add_reporter(std::unique_ptr<Reporter> reporter);
 // Forgets all reporters without ending them, in a process that reports by another road.
 void drop_reporters();
+// Ends all reporters without a report.
+void cancel_reporters();
 
 void tell_begin(const std::string& module, const std::string& name, Time begin);
 // An event of the current task, here and now.

@@ -1,7 +1,13 @@
 #include "report/wire.h"
 
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <cstring>
 
 #include "report/coverage.h"
@@ -10,11 +16,100 @@ namespace lumos {
 
 namespace {
 
-enum class Tag : char { begin = 'b', event = 'e', end = 'r', coverage = 'c' };
+enum class Tag : char {
+  start = 's',
+  begin = 'b',
+  event = 'e',
+  end = 'r',
+  coverage = 'c',
+  refusal = 'x',
+  run_end = 'f'
+};
+
+constexpr size_t box_size = 1 << 16;
+constexpr int bits_of_use = 20;
+
+}  // namespace
+
+// Where the box begins in the stream and how much is in it stand in one word, so that they fit together at
+// any moment.
+struct WireBox::Shared {
+  std::atomic<uint64_t> state;
+  char data[box_size];
+};
+
+WireBox::WireBox() {
+  void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  shared_ = memory == MAP_FAILED ? nullptr : new (memory) Shared;
+}
+
+WireBox::~WireBox() {
+  if (shared_) munmap(shared_, sizeof(Shared));
+}
+
+std::string WireBox::rest(uint64_t received) const {
+  const uint64_t state = shared_->state, begin = state >> bits_of_use;
+  const size_t used = std::min<size_t>(state & ((1 << bits_of_use) - 1), box_size);
+  const size_t known = received > begin ? std::min<uint64_t>(received - begin, used) : 0;
+  return {shared_->data + known, used - known};
+}
+
+// What goes through the box to the descriptor.
+class WireStream {
+ public:
+  WireStream(int descriptor, WireBox& box) : descriptor_(descriptor), shared_(*box.shared_) {
+    struct stat status;
+    is_socket_ = fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
+    publish();
+  }
+  void put(std::string_view text) {
+    while (!text.empty()) {
+      const size_t n = std::min(text.size(), box_size - used_);
+      std::memcpy(shared_.data + used_, text.data(), n);
+      used_ += n;
+      publish();
+      text.remove_prefix(n);
+      if (used_ == box_size) flush();
+    }
+  }
+  void flush() {
+    for (size_t done = 0; done < used_ && !is_broken_;) {
+      const ssize_t n = write(shared_.data + done, used_ - done);
+      if (n > 0) done += static_cast<size_t>(n);
+      is_broken_ = n <= 0 && errno != EINTR;
+    }
+    begin_ += used_;
+    used_ = 0;
+    if (!is_broken_) publish();
+  }
+
+ private:
+  // Code of the user may have closed the descriptor, and opened something else under its number.
+  ssize_t write(const char* data, size_t size) const {
+    return is_socket_ ? send(descriptor_, data, size, MSG_NOSIGNAL) : ::write(descriptor_, data, size);
+  }
+  void publish() { shared_.state.store(begin_ << bits_of_use | used_, std::memory_order_release); }
+  int descriptor_;
+  WireBox::Shared& shared_;
+  uint64_t begin_ = 0;
+  size_t used_ = 0;
+  bool is_broken_ = false, is_socket_ = false;
+};
+
+namespace {
 
 class Wire : public Reporter {
  public:
-  Wire(int descriptor, bool with_events) : descriptor_(descriptor), with_events_(with_events) {}
+  Wire(int descriptor, WireBox& box, bool with_events) : stream_(descriptor, box), with_events_(with_events) {
+    tag(Tag::start);
+    pass_on();
+  }
+  ~Wire() override {
+    if (has_ended_) return;
+    tag(Tag::refusal);
+    pass_on();
+    stream_.flush();
+  }
   bool wants_events() const override { return with_events_; }
 
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
@@ -22,6 +117,7 @@ class Wire : public Reporter {
     text(module);
     text(name);
     number(static_cast<uint64_t>(begin));
+    pass_on();
   }
   void event(const Event& e) override {
     tag(Tag::event);
@@ -29,41 +125,53 @@ class Wire : public Reporter {
     number(static_cast<uint64_t>(e.time));
     for (const std::string* s : {&e.component, &e.place.file, &e.name, &e.peer, &e.text, &e.octets}) text(*s);
     number(e.place.line);
-    if (buffer_.size() > most_buffered) flush();
+    pass_on();
   }
   void test_case_ends(const Result& r) override {
+    counts();
+    tag(Tag::end);
+    result(r);
+    pass_on();
+    stream_.flush();
+  }
+  void run_ends(const std::vector<Result>& results) override {
+    has_ended_ = true;
+    counts();
+    tag(Tag::run_end);
+    number(results.size());
+    for (const Result& r : results) result(r);
+    pass_on();
+    stream_.flush();
+  }
+
+ private:
+  // What was counted since the last time.
+  void counts() {
     each_count([&](const LineCount& c) {
       tag(Tag::coverage);
       text(c.file);
       for (uint64_t n : {uint64_t(c.line), c.hits, c.blocks}) number(n);
     });
-    tag(Tag::end);
+    clear_counts();
+  }
+  void result(const Result& r) {
     for (const std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) text(*s);
     for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
       number(n);
-    flush();
   }
-  void run_ends(const std::vector<Result>&) override { flush(); }
-
- private:
-  static constexpr size_t most_buffered = 1 << 16;
-  void tag(Tag t) { buffer_ += static_cast<char>(t); }
-  void number(uint64_t n) { buffer_.append(reinterpret_cast<const char*>(&n), sizeof n); }
+  void tag(Tag t) { record_ += static_cast<char>(t); }
+  void number(uint64_t n) { record_.append(reinterpret_cast<const char*>(&n), sizeof n); }
   void text(const std::string& s) {
     number(s.size());
-    buffer_ += s;
+    record_ += s;
   }
-  void flush() {
-    for (size_t done = 0; done < buffer_.size();) {
-      const ssize_t n = ::write(descriptor_, buffer_.data() + done, buffer_.size() - done);
-      if (n <= 0) break;
-      done += static_cast<size_t>(n);
-    }
-    buffer_.clear();
+  void pass_on() {
+    stream_.put(record_);
+    record_.clear();
   }
-  int descriptor_;
-  bool with_events_;
-  std::string buffer_;
+  WireStream stream_;
+  bool with_events_, has_ended_ = false;
+  std::string record_;
 };
 
 // Reads what is there; where the text is cut off, is_good ends.
@@ -71,7 +179,7 @@ class Unwire {
  public:
   explicit Unwire(std::string_view text) : text_(text) {}
   bool is_good = true;
-  bool at_end() const { return text_.empty(); }
+  size_t left() const { return text_.size(); }
   char tag() {
     const char c = text_[0];
     text_.remove_prefix(1);
@@ -83,6 +191,11 @@ class Unwire {
     std::memcpy(&n, text_.data(), sizeof n);
     text_.remove_prefix(sizeof n);
     return n;
+  }
+  // One of a list.
+  uint64_t choice(uint64_t last) {
+    const uint64_t n = number();
+    return n <= last ? n : cut_off();
   }
   std::string text() {
     const uint64_t size = number();
@@ -101,56 +214,81 @@ class Unwire {
   std::string_view text_;
 };
 
-void tell_event_of(Unwire& in) {
+void tell_begin_of(Unwire& in, const WireListener& listener) {
+  const std::string module = in.text(), name = in.text();
+  const Time begin = static_cast<Time>(in.number());
+  if (in.is_good) listener.test_case_begins(module, name, begin);
+}
+
+void tell_event_of(Unwire& in, const WireListener& listener) {
   Event e;
-  e.kind = static_cast<EventKind>(in.number());
+  e.kind = static_cast<EventKind>(in.choice(static_cast<uint64_t>(EventKind::verdict)));
   e.time = static_cast<Time>(in.number());
   for (std::string* s : {&e.component, &e.place.file, &e.name, &e.peer, &e.text, &e.octets}) *s = in.text();
   e.place.line = in.number();
-  if (in.is_good) tell(e);
+  if (in.is_good) listener.event(e);
 }
 
-void read_result(Unwire& in, Result& r) {
+Result result_of(Unwire& in) {
+  Result r;
   for (std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) *s = in.text();
   r.place.line = in.number();
-  r.verdict = static_cast<lumo_verdict_t>(in.number());
+  r.verdict = static_cast<lumo_verdict_t>(in.choice(lumo_verdict_error_c));
   r.begin = static_cast<Time>(in.number());
   r.duration = static_cast<Time>(in.number());
+  return r;
+}
+
+void take_count_of(Unwire& in) {
+  const std::string file = in.text();
+  const unsigned long line = in.number();
+  const uint64_t hits = in.number(), blocks = in.number();
+  if (in.is_good) add_count(file, line, hits, blocks);
+}
+
+void tell_run_end_of(Unwire& in, const WireListener& listener) {
+  std::vector<Result> results;
+  for (uint64_t n = in.number(); in.is_good && n > 0; --n) results.push_back(result_of(in));
+  if (in.is_good) listener.run_ends(results);
+}
+
+// What another process left behind may be anything, so an unknown tag is where it is cut off.
+void tell_record_of(Unwire& in, const WireListener& listener) {
+  switch (static_cast<Tag>(in.tag())) {
+    case Tag::start:
+      return listener.run_begins();
+    case Tag::refusal:
+      return listener.run_is_refused();
+    case Tag::begin:
+      return tell_begin_of(in, listener);
+    case Tag::event:
+      return tell_event_of(in, listener);
+    case Tag::coverage:
+      return take_count_of(in);
+    case Tag::run_end:
+      return tell_run_end_of(in, listener);
+    case Tag::end:
+      if (const Result r = result_of(in); in.is_good) listener.test_case_ends(r);
+      return;
+  }
+  in.is_good = false;
 }
 
 }  // namespace
 
-std::unique_ptr<Reporter> make_wire(int descriptor, bool with_events) {
-  return std::make_unique<Wire>(descriptor, with_events);
+std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, bool with_events) {
+  return std::make_unique<Wire>(descriptor, box, with_events);
 }
 
-bool tell_from_wire(std::string_view text, Result& result) {
+size_t tell_from_wire(std::string_view text, const WireListener& listener) {
   Unwire in(text);
-  bool has_result = false;
-  while (!in.at_end()) {
-    switch (static_cast<Tag>(in.tag())) {
-      case Tag::begin: {
-        const std::string module = in.text(), name = in.text();
-        tell_begin(module, name, static_cast<Time>(in.number()));
-        break;
-      }
-      case Tag::event:
-        tell_event_of(in);
-        break;
-      case Tag::coverage: {
-        const std::string file = in.text();
-        const unsigned long line = in.number();
-        const uint64_t hits = in.number();
-        add_count(file, line, hits, in.number());
-        break;
-      }
-      case Tag::end:
-        read_result(in, result);
-        has_result = in.is_good;
-        break;
-    }
+  size_t used = 0;
+  while (in.left()) {
+    tell_record_of(in, listener);
+    if (!in.is_good) break;
+    used = text.size() - in.left();
   }
-  return has_result;
+  return used;
 }
 
 }  // namespace lumos

@@ -1,6 +1,9 @@
-// The events of a test case on their way from the process that runs it to the one that reports.
+// The events of test cases on their way from the process that runs them to the one that reports. What is not
+// yet written lies in memory that both processes have, so that nothing is lost where the one that runs ends
+// at once.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -8,10 +11,39 @@
 
 namespace lumos {
 
-// Writes all that it is told to the descriptor, which it does not close.
-std::unique_ptr<Reporter> make_wire(int descriptor, bool with_events);
-// Tells what such a text holds to the reporters of this process, but for the end of the test case, whose
-// result is given back. False if there is none, because the text is cut off.
-bool tell_from_wire(std::string_view text, Result& result);
+// What a writer has not given to its descriptor yet: the octets of the stream from `begin` on. To be made
+// before the processes part.
+class WireBox {
+ public:
+  WireBox();
+  ~WireBox();
+  WireBox(const WireBox&) = delete;
+  bool is_made() const { return shared_ != nullptr; }
+  // The stream's octets behind the first `received`.
+  std::string rest(uint64_t received) const;
+
+ private:
+  friend class WireStream;
+  struct Shared;
+  Shared* shared_;
+};
+
+// Writes all that it is told, first that a run begins, to the descriptor, a file or a socket, which it does
+// not close. Destroyed before the run has ended it tells that this is refused.
+std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, bool with_events);
+
+// Hears what comes from such a stream, in its order.
+struct WireListener {
+  std::function<void()> run_begins = [] {};
+  std::function<void(const std::string& module, const std::string& name, Time begin)> test_case_begins =
+      tell_begin;
+  std::function<void(const Event&)> event = [](const Event& e) { tell(e); };
+  std::function<void(const Result&)> test_case_ends = [](const Result&) {};
+  std::function<void()> run_is_refused = [] {};
+  std::function<void(const std::vector<Result>&)> run_ends = [](const std::vector<Result>&) {};
+};
+// Tells what the text holds; the number of its octets that were used: what is behind them is a part of
+// something.
+size_t tell_from_wire(std::string_view text, const WireListener& listener);
 
 }  // namespace lumos

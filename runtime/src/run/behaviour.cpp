@@ -80,6 +80,7 @@ lumo_test_step_result_t lumo_call_altstep(lumo_test_step_t altstep, lumo_type_t 
 }
 
 void lumo_call_external_function(lumo_type_t signature, lumo_value_t argv[], lumo_context_t) {
+  current_task->statement_roots = SIZE_MAX;  // what a function in C makes it may go on to use
   outside_external_function(signature, argv);
 }
 

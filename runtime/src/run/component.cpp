@@ -177,14 +177,15 @@ long element_index(lumo_type_t type, const char* name) {
   struct Found {
     const char* name;
     lumo_type_t type;
+    const char* field;
     long index;
   };
   static Found places[256];
   Found& found = places[(reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5) % 256];
-  const bool hit = found.name == name && found.type == type && found.index >= 0;
-  if (!hit || std::strcmp(field_info(type)[found.index].name, name) != 0)
-    found = {name, type, field_index(type, name)};
-  return found.index;
+  if (found.name == name && found.type == type && std::strcmp(found.field, name) == 0) return found.index;
+  const long index = field_index(type, name);
+  if (index >= 0) found = {name, type, field_info(type)[index].name, index};
+  return index;
 }
 
 }  // namespace
@@ -194,7 +195,8 @@ Value find_component_element(const char* name) {
   if (!c || !c->record) return nullptr;
   long index = element_index(c->record->type, name);
   if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
-  return force_part(c->record, static_cast<size_t>(index));
+  Value part = c->record->parts.data[index];
+  return part && part->life != Life::fixed ? part : force_part(c->record, static_cast<size_t>(index));
 }
 
 namespace {

@@ -23,6 +23,7 @@ constexpr Time grace = 500 * millisecond;         // for what looks after the en
 constexpr Time retry = 100 * millisecond;         // where the moment was a bad one
 constexpr Time time_to_end = 5000 * millisecond;  // from leaving user code to the end of the run
 constexpr int most_retries = 30;
+constexpr Time twice = 100 * millisecond;  // one signal that arrives by two roads
 
 void (*abandon_run)(const char*) = nullptr;
 bool is_watched = false;
@@ -36,6 +37,11 @@ volatile sig_atomic_t left = 0;     // user code was left once
 volatile sig_atomic_t retries = 0;  // since a moment was asked for
 volatile sig_atomic_t stops = 0;    // signals that asked for the end
 Time deadline = never, deadline_of_control = never;
+const char* limited = "control part";
+std::atomic<Time>* shared_deadline = nullptr;
+Time last_stop = 0;
+bool is_copy = false;  // of the process that is watched
+void (*tell_copy)() = nullptr;
 
 const int stop_signals[] = {SIGINT, SIGTERM, SIGHUP};
 const int crash_signals[] = {SIGSEGV, SIGBUS, SIGILL, SIGABRT, SIGSYS};
@@ -80,12 +86,15 @@ void act_as_usual(int signal) {
 }
 
 void on_stop(int signal) {
-  if (!is_watched) return act_as_usual(signal);
+  if (!is_watched || is_copy) return act_as_usual(signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, signal);
     return;
   }
   set_reason("the run was ended by signal '%s'", signal);
+  const Time time = real_time();
+  if (stops && time - last_stop < twice) return;
+  last_stop = time;
   stops = stops + 1;
   if (stops > 2) _exit(1);
   if (stops == 2) leave(reason);
@@ -94,7 +103,7 @@ void on_stop(int signal) {
 }
 
 void on_crash(int signal) {
-  if (!is_watched) return act_as_usual(signal);
+  if (!is_watched || is_copy) return act_as_usual(signal);
   set_reason("user code ended with signal '%s'", signal);
   if (!pthread_equal(pthread_self(), main_thread)) {
     pthread_kill(main_thread, SIGALRM);
@@ -105,8 +114,9 @@ void on_crash(int signal) {
 }
 
 const char* time_is_over() {
-  return has_test_case ? "the time given to the test case is over"
-                       : "the time given to the control part is over";
+  static char text[80];
+  std::snprintf(text, sizeof text, "the time given to the %s is over", has_test_case ? "test case" : limited);
+  return text;
 }
 
 void on_alarm(int signal) {
@@ -125,13 +135,13 @@ void on_alarm(int signal) {
   set_alarm(retry);
 }
 
-void on_pipe(int) {}
+// The call that caused it fails, and tells why.
+void leave_to_the_call(int) {}
 
 void on_exit() {
-  if (!is_watched) return;
+  if (!is_watched || is_copy) return;
   std::atexit(on_exit);  // the adapter may do it once more when it hears of the end
-  std::snprintf(reason_text, sizeof reason_text, "user code ended the process");
-  reason = reason_text;
+  note_end("user code ended the process");
   give_up(reason);
 }
 
@@ -156,7 +166,13 @@ void set_signal_stack() {
   sigaltstack(&stack, nullptr);
 }
 
+void become_copy() {
+  is_copy = true;
+  tell_copy();
+}
+
 void arm() {
+  if (shared_deadline) *shared_deadline = is_simulated() ? never : deadline;
   if (is_simulated() || reason) return;
   retries = 0;
   left = 0;
@@ -166,19 +182,21 @@ void arm() {
 
 }  // namespace
 
-void watch_process(void (*abandon)(const char*)) {
+void watch_process(void (*abandon)(const char*), void (*on_copy)()) {
+  tell_copy = on_copy;
   abandon_run = abandon;
   is_watched = true;
   static bool is_done = false;
   if (is_done) return;
   is_done = true;
   main_thread = pthread_self();
+  pthread_atfork(nullptr, nullptr, become_copy);
   std::atexit(on_exit);
   set_signal_stack();
   for (int signal : stop_signals) handle(signal, on_stop, SA_RESTART | SA_NODEFER);
   for (int signal : crash_signals) handle(signal, on_crash, SA_ONSTACK | SA_NODEFER);
   handle(SIGALRM, on_alarm, SA_RESTART | SA_NODEFER);
-  handle(SIGPIPE, on_pipe, SA_RESTART);
+  for (int signal : {SIGPIPE, SIGXFSZ}) handle(signal, leave_to_the_call, SA_RESTART);
 }
 
 void end_watch() {
@@ -186,21 +204,41 @@ void end_watch() {
   set_alarm(never);
 }
 
+void share_deadline(std::atomic<Time>* place) {
+  shared_deadline = place;
+  if (place) *place = never;
+}
+
+void note_end(const char* text) {
+  std::snprintf(reason_text, sizeof reason_text, "%s", text);
+  reason = reason_text;
+}
+
+void leave_copy_of_run() {
+  if (is_copy) _exit(1);
+}
+
+void go_on_here() {
+  is_copy = false;
+}
+
 const char* ending_reason() {
   return reason;
 }
 
 void check_run_goes_on() {
+  leave_copy_of_run();
   if (const char* why = reason) fault("%s", why);
   if (deadline_of_control != never && now() >= deadline_of_control)
-    fault("the time given to the control part is over");
+    fault("the time given to the %s is over", limited);
 }
 
 void watch_test_case(bool is_there) {
   has_test_case = is_there;
 }
 
-void set_control_deadline(Time time) {
+void set_control_deadline(Time time, const char* what) {
+  limited = what;
   deadline = deadline_of_control = time;
   arm();
 }

@@ -4,15 +4,28 @@
 // are whole. Where that does not work either, the process is left after telling what is known.
 #pragma once
 
+#include <atomic>
+
 #include "value/clock.h"
 
 namespace lumos {
 
 // From here on the process is watched. At an end that cannot be met by ending what runs, `abandon` is called;
 // it may be called again if it fails itself, and goes on behind what it was doing then.
-void watch_process(void (*abandon)(const char* reason));
+// `on_copy` is called in a process that code of the user forks.
+void watch_process(void (*abandon)(const char* reason), void (*on_copy)());
 // The run is complete: the process may exit.
 void end_watch();
+
+// The deadline of what runs stands in the place too from now on, for another process; `never` for none.
+void share_deadline(std::atomic<Time>* place);
+// The run has ended because of this.
+void note_end(const char* reason);
+// In a process that code of the user forked from the watched one, and that came back: it tells nobody
+// anything.
+void leave_copy_of_run();
+// In a process that was forked to go on with the run.
+void go_on_here();
 
 // Why the run is to end before its time; null while it is to go on. Its test case has ended then, or does so
 // soon.
@@ -20,8 +33,8 @@ const char* ending_reason();
 // As a fault of what runs in the control part if the run is to end.
 void check_run_goes_on();
 
-// What runs in the control part has to be over by then; never for no limit.
-void set_control_deadline(Time time);
+// What runs outside of test cases, such as the control part, has to be over by then; never for no limit.
+void set_control_deadline(Time time, const char* what = "control part");
 Time control_deadline();
 // A test case is there from its beginning until it has been told.
 void watch_test_case(bool is_there);

@@ -24,6 +24,17 @@
 #include <sanitizer/common_interface_defs.h>
 #endif
 
+// The compiler's own jumps keep fewer registers than the library's; not every compiler has them elsewhere.
+#ifdef __x86_64__
+using Place = void* [5];
+#define SET_PLACE(place) __builtin_setjmp(place)
+#define GO_TO(place) __builtin_longjmp(place, 1)
+#else
+using Place = jmp_buf;
+#define SET_PLACE(place) _setjmp(place)
+#define GO_TO(place) _longjmp(place, 1)
+#endif
+
 namespace lumos {
 
 struct Fiber {
@@ -33,7 +44,7 @@ struct Fiber {
   size_t size = 0;
   bool started = false;
   ucontext_t start;
-  jmp_buf place;
+  Place place;
   void* fake_stack = nullptr;
   const void* bottom = nullptr;
   size_t bottom_size = 0;
@@ -97,15 +108,23 @@ void run_entry() {
   self->entry(self->argument);
 }
 
-void leave(Fiber* from, Fiber* to) {
+#ifndef LUMOS_ASAN
+// Not part of the function that such a jump arrives in.
+[[noreturn, gnu::noinline]] void jump(Fiber* to) {
+  if (to->started) GO_TO(to->place);
+  to->started = true;
+  setcontext(&to->start);
+  __builtin_unreachable();
+}
+#endif
+
+[[gnu::noinline]] void leave([[maybe_unused]] Fiber* from, Fiber* to) {
 #ifdef LUMOS_ASAN
   // The sanitizer must see switches of contexts, not jumps.
   swapcontext(&from->start, &to->start);
 #else
-  if (_setjmp(from->place)) return;
-  if (to->started) _longjmp(to->place, 1);
-  to->started = true;
-  setcontext(&to->start);
+  if (SET_PLACE(from->place)) return;
+  jump(to);
 #endif
 }
 

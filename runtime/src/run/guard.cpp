@@ -92,6 +92,7 @@ bool run_guarded(const char* task_name, void (*function)(void*), void* argument)
   guard = &here;
   current_task = &here.task;
   switch_fiber(fiber);
+  leave_copy_of_run();
   guard = here.outer;
   delete_fiber(fiber);
   Task* task = current_task;

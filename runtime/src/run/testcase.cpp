@@ -38,7 +38,8 @@ void check_not_running(const char* what) {
   if (test_case) fault("%s inside of a test case", what);
 }
 
-void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]) {
+// Code of the user that unwinds the stack, as pthread_exit() does, must not take the test case with it.
+void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lumo_value_t argv[]) noexcept {
   lumo_type_t runs_on = testcase_clause(row, 1);
   tc.mtc = &add_component(runs_on, "mtc", false);
   tc.maps_by_itself = !testcase_clause(row, 2);
@@ -123,12 +124,23 @@ void end_test_case(lumo_verdict_t verdict, const char* reason) {
   test_case->ended = true;
 }
 
+namespace {
+
+// Why the verdict cannot stand although the test case itself has come to its end; empty if it can.
+std::string objection() {
+  if (const char* why = log_failure()) return std::string("the log cannot be written: ") + why;
+  return ending_reason() ? ending_reason() : "";
+}
+
+}  // namespace
+
 void conclude_test_case() {
+  leave_copy_of_run();
   Undisturbed until_told;
   TestCase& tc = *test_case;
-  if (const char* why = log_failure(); why && tc.verdict != lumo_verdict_error_c) {
+  if (const std::string why = objection(); !why.empty() && tc.verdict != lumo_verdict_error_c) {
     tc.verdict = lumo_verdict_error_c;
-    tc.reason = std::string("the log cannot be written: ") + why;
+    tc.reason = why;
   }
   const Time duration = now() - tc.begin;
   log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", tc.module.c_str(),

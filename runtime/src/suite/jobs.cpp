@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,19 +55,28 @@ struct Job {
   pid_t process = -1;
   bool is_over = false;
   int status = 0;
-  Time begin = 0, duration = 0;
+  Time begin = 0, duration = 0, real_begin = 0;
   Spool output{"output"}, errors{"errors"}, log{"log"}, wire{"wire"};
+  WireBox box;
+
+  // Code of the user that lets nothing else happen is not waited for without end.
+  bool is_late() const {
+    return selected->timeout >= 0 && !is_simulated() &&
+           real_time() - real_begin > duration_of(selected->timeout) + time_to_end;
+  }
 };
 
-[[noreturn]] void run_here(const Job& job) {
-  const bool with_events = events_wanted;
+[[noreturn]] void run_here(Job& job, bool with_events) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  go_on_here();
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
-  redirect_log_file(job.log.descriptor());
+  spool_log(job.log.descriptor());
   drop_reporters();
   tell_results(false);
-  add_reporter(make_wire(job.wire.descriptor(), with_events));
+  add_reporter(make_wire(job.wire.descriptor(), job.box, with_events));
   clear_counts();
+  results().clear();
   execute(*job.selected);
   end_watch();
   tell_run_ends(results());
@@ -75,18 +85,26 @@ struct Job {
 }
 
 bool start(Job& job) {
+  if (!job.box.is_made()) return false;
   std::fflush(nullptr);
   job.begin = now();
+  job.real_begin = real_time();
+  const bool with_events = events_wanted;
   job.process = fork();
-  if (job.process == 0) run_here(job);
+  if (job.process == 0) run_here(job, with_events);
   return job.process > 0;
 }
 
-std::string end_text(int status) {
-  if (WIFSIGNALED(status))
-    return std::string("the process of the test case ended with signal '") + strsignal(WTERMSIG(status)) +
-           "'";
-  return "the process of the test case ended with status " + std::to_string(WEXITSTATUS(status));
+bool tell_events(const Job& job, Result& result) {
+  bool has_result = false;
+  WireListener listener;
+  listener.test_case_ends = [&](const Result& r) {
+    result = r;
+    has_result = true;
+  };
+  const std::string written = job.wire.text();
+  tell_from_wire(written + job.box.rest(written.size()), listener);
+  return has_result;
 }
 
 // Puts everything of the job where it would be without a process of its own.
@@ -95,12 +113,12 @@ void collect(const Job& job) {
   const std::string output = job.output.text(), errors = job.errors.text();
   std::fwrite(output.data(), 1, output.size(), stdout);
   std::fwrite(errors.data(), 1, errors.size(), stderr);
-  append_to_log(job.log.text());
+  append_spooled_log(job.log.text());
   Result result;
-  if (!tell_from_wire(job.wire.text(), result)) {
-    result = {
-        job.selected->module, job.selected->name, lumo_verdict_error_c, end_text(job.status), {}, job.begin,
-        job.duration};
+  if (!tell_events(job, result)) {
+    const std::string reason = "the process of the test case ended with " + end_of_process(job.status);
+    result = {job.selected->module, job.selected->name, lumo_verdict_error_c, reason, {}, job.begin,
+              job.duration};
     if (ending_reason()) result.reason = ending_reason();
   }
   results().push_back(result);
@@ -142,7 +160,9 @@ class Jobs {
   void look() {
     bool is_new = false;
     for (auto& job : jobs_) {
-      if (job->is_over || waitpid(job->process, &job->status, WNOHANG) != job->process) continue;
+      if (job->is_over) continue;
+      if (job->is_late()) kill(job->process, SIGKILL);
+      if (waitpid(job->process, &job->status, WNOHANG) != job->process) continue;
       job->is_over = is_new = true;
       job->duration = now() - job->begin;
     }
@@ -161,11 +181,6 @@ class Jobs {
       if (!job->is_over && (signal == SIGKILL || !told_)) kill(job->process, signal);
     told_ = true;
   }
-  static Time real_time() {
-    timespec time;
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return Time(time.tv_sec) * 1000000000 + time.tv_nsec;
-  }
 
   std::vector<const Selected*> waiting_;
   size_t next_ = 0, at_once_;
@@ -175,6 +190,11 @@ class Jobs {
 };
 
 }  // namespace
+
+std::string end_of_process(int status) {
+  if (WIFSIGNALED(status)) return std::string("signal '") + strsignal(WTERMSIG(status)) + "'";
+  return "status " + std::to_string(WEXITSTATUS(status));
+}
 
 bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail) {
   return Jobs(list, static_cast<size_t>(at_once), until_fail).run();

@@ -103,6 +103,9 @@ void print_result(Result& result) {
 void tell_results(bool to_standard_output) {
   prints = to_standard_output;
   result_listener = print_result;
+}
+
+void show_progress() {
   if (prints && with_progress()) add_reporter(std::make_unique<Progress>());
 }
 

@@ -9,6 +9,8 @@ namespace lumos {
 
 // Results are told from now on, to standard output unless another report stands there.
 void tell_results(bool to_standard_output);
+// On a terminal; from now on, until reporters end.
+void show_progress();
 // How many test cases there will be, 0 where that is not known.
 void set_planned(size_t count);
 // Tells those that failed once more, and the numbers.

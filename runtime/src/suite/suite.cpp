@@ -1,10 +1,13 @@
 #include "suite/suite.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "report/coverage.h"
 #include "report/reports.h"
 #include "run/ending.h"
 #include "run/scheduler.h"
@@ -14,6 +17,7 @@
 #include "suite/port_names.h"
 #include "suite/plan.h"
 #include "suite/selection.h"
+#include "suite/supervisor.h"
 #include "ports/outside.h"
 #include "text/log.h"
 #include "text/log_file.h"
@@ -55,7 +59,18 @@ void conclude_in_error(const char* reason) {
   outside_test_case_ends();
 }
 
+bool is_started = false;  // modules and adapter are initialized
+
+void tell_start_fault(const char* reason) {
+  std::fprintf(stderr, "the suite could not be started: %s\n", reason);
+  cancel_reporters();
+}
+
 void abandon(const char* reason) {
+  if (!is_started) {
+    tell_start_fault(reason);
+    _exit(start_fault);
+  }
   static void (*const steps[])(const char*) = {
       conclude_in_error, [](const char*) { tell_run_ends(results()); }, [](const char*) { print_summary(); },
       [](const char*) { status_of_results(); }, [](const char*) { close_log_files(); }};
@@ -78,6 +93,16 @@ bool open_reports(const SuiteOptions& options) {
   tell_results(to_output);
   return true;
 }
+
+// Sets a limit to what is not a test case.
+class TimeLimit {
+ public:
+  TimeLimit(const SuiteOptions& options, const char* what) {
+    set_control_deadline(options.timeout < 0 ? never : now() + duration_of(options.timeout), what);
+  }
+  ~TimeLimit() { set_control_deadline(never); }
+  TimeLimit(const TimeLimit&) = delete;
+};
 
 // The test cases of the run; whether the control part is run itself.
 struct Program {
@@ -103,6 +128,7 @@ bool make_program(const SuiteOptions& options, const char* control_part, Program
   }
   if (!needs_testcases(options)) return true;
   std::string why;
+  TimeLimit limit(options, "control part");
   program.runs_control_part = !plan_control_part(control_part, program.testcases, why);
   if (program.runs_control_part)
     std::fprintf(stderr, "the control part is run as a whole, in one process: %s\n", why.c_str());
@@ -126,10 +152,8 @@ bool some_failed() {
 }
 
 bool run_control_part(const SuiteOptions& options, const char* control_part) {
-  set_control_deadline(options.timeout < 0 ? never : now() + duration_of(options.timeout));
-  const bool good = lumo_execute_control_part(control_part, lumo_no_context_c);
-  set_control_deadline(never);
-  return good;
+  TimeLimit limit(options, "control part");
+  return lumo_execute_control_part(control_part, lumo_no_context_c);
 }
 
 bool run_once(const SuiteOptions& options, const Program& program, const char* control_part) {
@@ -154,11 +178,21 @@ bool run_program(const SuiteOptions& options, const Program& program, const char
   return good;
 }
 
+bool initialize(const SuiteOptions& options) {
+  TimeLimit limit(options, "start of the suite");
+  lumo_pre_initialize(lumo_no_context_c);
+  const bool is_good = lumo_initialize(lumo_no_context_c);
+  if (!is_good && ending_reason()) tell_start_fault(ending_reason());
+  return is_good;
+}
+
 int run_initialized(const SuiteOptions& options, Program& program, const char* control_part) {
   if (!all_parameters_known() || !all_links_known() || !make_program(options, control_part, program))
     return start_fault;
+  is_started = true;
+  clear_counts();  // what initialization reached tells nothing about the test cases
   arrange(options, program);
-  if (!open_reports(options)) return start_fault;
+  show_progress();
   bool good = run_program(options, program, control_part);
   good = lumo_finalize(lumo_no_context_c) && good;
   tell_run_ends(results());
@@ -188,13 +222,16 @@ bool register_root(lumo_register_function_t function) {
 }
 
 int run_registered(const SuiteOptions& options, const char* control_part) {
-  watch_process(abandon);
   Program program;
+  if (!options.testcases.empty() && !select_testcases(options.testcases, options.timeout, program.testcases))
+    return start_fault;
+  if (!open_reports(options)) return start_fault;
+  if (options.is_supervised) be_supervised();
+  is_started = false;
+  watch_process(abandon, drop_reporters);
   int status = start_fault;
-  if (options.testcases.empty() || select_testcases(options.testcases, options.timeout, program.testcases)) {
-    lumo_pre_initialize(lumo_no_context_c);
-    if (lumo_initialize(lumo_no_context_c)) status = run_initialized(options, program, control_part);
-  }
+  if (initialize(options)) status = run_initialized(options, program, control_part);
+  cancel_reporters();
   end_watch();
   return status;
 }
@@ -222,9 +259,12 @@ void print_versions() {
 
 }  // namespace
 
-int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t register_function,
-                               const char* control_part) {
+namespace {
+
+int run_suite(int argc, char* argv[], lumo_register_function_t register_function, const char* control_part,
+              bool is_supervised) {
   SuiteOptions options;
+  options.is_supervised = is_supervised;
   if (!read_suite_options(argc, argv, options)) return start_fault;
   if (options.help) {
     print_suite_help(options.program.c_str());
@@ -242,9 +282,16 @@ int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t 
   return status;
 }
 
+}  // namespace
+
+int lumo_run_test_suite_status(int argc, char* argv[], lumo_register_function_t register_function,
+                               const char* control_part) {
+  return run_suite(argc, argv, register_function, control_part, false);
+}
+
 void lumo_run_test_suite(int argc, char* argv[], lumo_register_function_t register_function,
                          const char* control_part) {
-  int status = lumo_run_test_suite_status(argc, argv, register_function, control_part);
+  int status = run_suite(argc, argv, register_function, control_part, true);
   if (std::fflush(stdout) != 0 && status == 0) status = 1;
   std::exit(status);
 }

@@ -29,6 +29,7 @@ struct SuiteOptions {
   };
   std::vector<Report> reports;
   std::string program;
+  bool is_supervised = false;  // the run is all that the process does
 };
 
 // Reads the command line and sets what is global: log, clock, parameters and the like.

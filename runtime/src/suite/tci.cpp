@@ -130,6 +130,7 @@ using namespace lumos;
 
 lumo_boolean_t tciInit(int argc, char* argv[]) {
   options = SuiteOptions();
+  options.is_supervised = true;
   root = nullptr;
   status = 0;
   if (!read_suite_options(argc, argv, options)) return false;

@@ -260,9 +260,12 @@ lumo_value_t lumo_type_instantiate_template(lumo_type_t template_type, lumo_allo
   open_instance(v, count);
   v->owns_arguments = strategy != lumo_temp_alloc_c;
   for (size_t i = 0; i < count; ++i) {
-    v->parts.data[i] = v->owns_arguments ? copy_value(argv[i], lumo_perm_alloc_c) : argv[i];
+    v->parts.data[i] = v->owns_arguments ? nullptr : argv[i];
     v->parts.data[count + 1 + i] = argv[i] == lumo_value_default_c ? argv[i] : nullptr;
   }
+  v->parts.data[count] = nullptr;
+  for (size_t i = 0; v->owns_arguments && i < count; ++i)
+    v->parts.data[i] = copy_value(argv[i], lumo_perm_alloc_c);
   v->index = static_cast<long>(std::min(current_task->visible_frames, current_task->frames.size()));
   return v;
 }

@@ -17,14 +17,14 @@
 
 namespace lumos {
 
+bool enabled_log_kinds[log_kind_count] = {true, true, true, true, false, false};
+
 namespace {
 
-constexpr int kind_count = 6;
-const char* const kind_names[kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
+const char* const kind_names[log_kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
 
 const char erase_line[] = "\r\033[K";
 
-bool enabled[kind_count] = {true, true, true, true, false, false};
 bool with_times = true;
 std::string* captured = nullptr;
 std::string footer;
@@ -128,10 +128,6 @@ void alt_event(const char* text) {
 
 }  // namespace
 
-bool log_enabled(lumo_log_message_kind_t kind) {
-  return static_cast<unsigned>(kind) < kind_count && enabled[kind];
-}
-
 bool log_shows(lumo_log_message_kind_t kind) {
   return muted || (log_enabled(kind) && !has_log_file());
 }
@@ -174,12 +170,12 @@ void log_format(lumo_log_message_kind_t kind, const char* format, ...) {
 }
 
 bool set_log_kinds(std::string_view list) {
-  bool chosen[kind_count] = {};
+  bool chosen[log_kind_count] = {};
   while (!list.empty()) {
     size_t comma = list.find(',');
     std::string_view word = list.substr(0, comma);
     bool known = word == "all" || word == "none" || word.empty();
-    for (int i = 0; i < kind_count; ++i) {
+    for (unsigned i = 0; i < log_kind_count; ++i) {
       if (word != "all" && word != kind_names[i]) continue;
       chosen[i] = true;
       known = true;
@@ -188,16 +184,12 @@ bool set_log_kinds(std::string_view list) {
     if (comma == std::string_view::npos) break;
     list.remove_prefix(comma + 1);
   }
-  std::memcpy(enabled, chosen, sizeof enabled);
+  std::memcpy(enabled_log_kinds, chosen, sizeof chosen);
   return true;
 }
 
 void mute_log(std::string* first_error) {
   muted = first_error;
-}
-
-void append_to_log(const std::string& entries) {
-  if (!entries.empty()) write_entries(entries);
 }
 
 bool set_log_form(std::string_view name) {

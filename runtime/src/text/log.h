@@ -9,7 +9,11 @@
 
 namespace lumos {
 
-bool log_enabled(lumo_log_message_kind_t kind);
+constexpr unsigned log_kind_count = 6;
+extern bool enabled_log_kinds[log_kind_count];
+inline bool log_enabled(lumo_log_message_kind_t kind) {
+  return static_cast<unsigned>(kind) < log_kind_count && enabled_log_kinds[kind];
+}
 // Whether entries of the kind are seen on standard error.
 bool log_shows(lumo_log_message_kind_t kind);
 // Why entries were lost; null while all were written.
@@ -21,8 +25,6 @@ void log_format(lumo_log_message_kind_t kind, const char* format, ...) __attribu
 bool set_log_kinds(std::string_view list);
 // Entries are dropped; the first error among them is kept in the text. Null ends it.
 void mute_log(std::string* first_error);
-// Entries that another process made.
-void append_to_log(const std::string& entries);
 // A line that stands below the log on a terminal and is drawn again behind each entry; empty for none.
 void set_log_footer(const std::string& line);
 // text, columns or json; false for another word.

@@ -50,6 +50,8 @@ void copy_parts(Value target, Value source) {
   if (target->form != source->form) change_form(target, source->form);
   resize_parts(target, source->parts.size);
   if (source->form == Form::vector) target->index = source->index;  // whether its end is open
+  const lumo_type_info_struct_t* info = target->kind == lumo_type_kind_component ? nullptr : structure_of(target->type);
+  const lumo_field_info_t* fields = target->form == Form::fields && info ? info->field_info : nullptr;
   for (size_t i = 0; i < source->parts.size; ++i) {
     Value from = source->parts.data[i];
     Value& slot = target->parts.data[i];
@@ -59,11 +61,11 @@ void copy_parts(Value target, Value source) {
       continue;
     }
     if (!slot || slot->life == Life::fixed) {
-      bool own_type = from->dynamic || source->form >= Form::wrapped;
-      slot = make_part(own_type ? from->type : part_type(target, i), target);
+      const bool own_type = from->dynamic || source->form >= Form::wrapped;
+      slot = make_part(own_type ? from->type : fields ? fields[i].type : part_type(target, i), target);
     }
     slot->dynamic = target->dynamic || from->dynamic;
-    assign_contents(slot, from);
+    if (!assign_scalar(slot, from)) assign_contents(slot, from);
   }
 }
 
@@ -141,7 +143,7 @@ void assign_timer(Value target, Value source) {
   hooks.copy_timer_default(target->timer, source->timer);
 }
 
-void assign_scalar(Value target, Value source) {
+void assign_number(Value target, Value source) {
   if (target->form != source->form) change_form(target, source->form);
   switch (source->form) {
     case Form::real:
@@ -237,7 +239,7 @@ void assign_by_form(Value target, Value source) {
       assign_timer(target, source);
       return;
     default:
-      assign_scalar(target, source);
+      assign_number(target, source);
       return;
   }
 }
@@ -260,6 +262,21 @@ void check_takes_omit(Value target) {
 }
 
 }  // namespace
+
+bool assign_scalar(Value target, Value source) {
+  if (!is_scalar(source->form) || target->kind != source->kind || target->dynamic || source->dynamic) return false;
+  if (source->form == Form::string) {
+    set_text(target, {source->text.data, source->text.size});
+  } else if (source->form < Form::string) {
+    if (may_own(target->form)) clear_contents(target);
+    target->form = source->form;
+    target->special = Special::none;
+    target->integer = source->integer;
+  } else {
+    return false;
+  }
+  return true;
+}
 
 void assign_contents(Value target, Value source) {
   if (source->form == Form::external) source = settled(source);
@@ -302,6 +319,7 @@ void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t)
   if (!source || is_blank(source)) fault("use of a value that is not initialized");
   if (target == source) return;
   prepare_write(target);
+  if (!target->restriction && assign_scalar(target, source)) return check_written(target);
   bool from_template = is_template(source) && source != lumo_omit_value_c;
   if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
   if (target->restriction) source = restricted(source, target->restriction);

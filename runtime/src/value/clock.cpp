@@ -10,7 +10,10 @@ Time simulated_time = 0;
 }  // namespace
 
 Time now() {
-  if (simulated) return simulated_time;
+  return simulated ? simulated_time : real_time();
+}
+
+Time real_time() {
   timespec time;
   clock_gettime(CLOCK_MONOTONIC, &time);
   return Time(time.tv_sec) * 1000000000 + time.tv_nsec;

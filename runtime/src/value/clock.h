@@ -10,6 +10,8 @@ using Time = int64_t;
 constexpr Time never = INT64_MAX;
 
 Time now();
+// Also where time is simulated.
+Time real_time();
 bool is_simulated();
 void set_simulated(bool on);
 // Moves the simulated clock on.

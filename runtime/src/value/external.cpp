@@ -42,9 +42,8 @@ void t3asn_lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_contex
 
 namespace lumos {
 
-Value settled(Value v) {
+Value settle(Value v) {
   if (!v) fault("use of a value that is not initialized");
-  if (v->form != Form::external) return v;
   ExternalHome* home = v->external;
   if (!home->translate) fault("use of a value that is not initialized");
   Value inner = home->translate(home->home, lumo_temp_alloc_c, current_task);

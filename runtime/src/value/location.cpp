@@ -96,9 +96,11 @@ void lumo_source_location_pop_block(lumo_context_t) {
 }
 
 void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
-  current_task->called = nullptr;
-  if (current_task->frames.empty()) return;
-  Frame& frame = current_task->frames.back();
+  Task& task = *current_task;
+  task.called = nullptr;
+  task.statement_roots = task.roots.size();
+  if (task.frames.empty()) return;
+  Frame& frame = task.frames.back();
   frame.line = line;
   if (line_counter) line_counter(frame.file, line, false);
 }

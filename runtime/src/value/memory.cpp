@@ -11,17 +11,21 @@
 
 namespace lumos {
 
+lumo_value_struct* free_nodes = nullptr;
+FreeBuffer* free_buffers_of[8];
+
 namespace {
 
-// Nodes come in slabs; free nodes are chained through their parent pointers.
+// Nodes come in slabs.
 constexpr size_t slab_nodes = 256;
-lumo_value_struct* free_nodes = nullptr;
 std::vector<lumo_value_struct*>& slabs() {
   static auto* all = new std::vector<lumo_value_struct*>;
   return *all;
 }
 
-void add_slab() {
+}  // namespace
+
+void add_nodes() {
   void* memory = allocate(nullptr, slab_nodes * sizeof(lumo_value_struct));
   auto* nodes = static_cast<lumo_value_struct*>(memory);
   slabs().push_back(nodes);
@@ -31,25 +35,10 @@ void add_slab() {
   }
 }
 
-// Free buffers of 16, 32, ... bytes are chained through their first words. A sanitizer is to see each by
-// itself.
-constexpr size_t least_buffer = 16;
-#if defined(__SANITIZE_ADDRESS__)
-constexpr size_t most_pooled = 0;
-#else
-constexpr size_t most_pooled = 512;
-#endif
-struct FreeBuffer {
-  FreeBuffer* next;
-};
-FreeBuffer* free_buffers_of[8];
-
-FreeBuffer*& free_list(size_t bytes) {
-  return free_buffers_of[std::bit_width(bytes / least_buffer) - 1];
-}
+namespace {
 
 void* take_buffer(size_t bytes) {
-  FreeBuffer*& list = free_list(bytes);
+  FreeBuffer*& list = free_buffers_of[std::bit_width(bytes / least_buffer) - 1];
   if (!list) return allocate(nullptr, bytes);
   FreeBuffer* buffer = list;
   list = buffer->next;
@@ -68,25 +57,8 @@ void* grow_buffer(void* data, size_t old_bytes, size_t& bytes) {
   return grown;
 }
 
-void give_buffer(void* data, size_t bytes) {
-  if (bytes > most_pooled) return std::free(data);
-  FreeBuffer*& list = free_list(bytes);
-  list = new (data) FreeBuffer{list};
-}
-
-lumo_value_struct* take_node() {
-  if (!free_nodes) add_slab();
-  lumo_value_struct* node = free_nodes;
-  free_nodes = node->parent;
-  return new (node) lumo_value_struct;
-}
-
-void give_node(lumo_value_struct* node) {
-  node->form = Form::special;
-  node->special = Special::illegal;
-  node->life = Life::fixed;
-  node->parent = free_nodes;
-  free_nodes = node;
+void free_buffer(void* data) {
+  std::free(data);
 }
 
 void set_strategy(Value v, lumo_alloc_strategy_t strategy) {
@@ -139,7 +111,7 @@ size_t root_place(const Task& task, Value v) {
   return SIZE_MAX;
 }
 
-void end_roots(Task& task, size_t mark) {
+void end_last_roots(Task& task, size_t mark) {
   if (has_attempts(task)) end_attempts(task, mark);
   while (task.roots.size() > mark) {
     Value v = task.roots.back();

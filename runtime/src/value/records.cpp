@@ -127,7 +127,16 @@ Value read_alternative(Value v, long index, const char* name) {
   return part_at(v, 0);
 }
 
+// What is asked for most: a part that a record or list has. Null for all else.
+Value plain_part(Value v, unsigned long index) {
+  const bool is_plain = v && !v->dynamic &&
+                        (v->form == Form::fields || (v->form == Form::vector && v->kind != lumo_type_kind_array));
+  Value part = is_plain && index < v->parts.size ? v->parts.data[index] : nullptr;
+  return part && part->form != Form::special && part->form != Form::unset ? part : nullptr;
+}
+
 Value get_part(Value value, unsigned long index, bool is_try) {
+  if (Value part = plain_part(value, index)) return part;
   Value v = readable(value);
   if (is_special(v, Special::anyornone)) {
     if (is_try) return lumo_omit_value_c;

@@ -1,7 +1,9 @@
 #include "value/subtypes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -108,7 +110,9 @@ void check_around(Value v) {
 }  // namespace
 
 void check_written(Value v) {
-  if (is_starting() && is_literal(v)) return;
+  Value checked = v;
+  while (checked && !has_check(checked->type)) checked = checked->parent;
+  if (!checked || (is_starting() && is_literal(v))) return;
   check_own(v);
   for (Value whole = v->parent; whole; whole = whole->parent) check_around(whole);
 }
@@ -153,11 +157,18 @@ static bool has_short(lumo_type_t type, std::set<const void*>& asked) {
 }
 
 bool may_be_short(lumo_type_t type) {
-  static auto* known = new std::map<const void*, bool>;
-  auto [found, is_new] = known->try_emplace(type ? type->type_info : nullptr, false);
+  struct Answer {
+    const void* info = nullptr;
+    bool is_short = false;
+  };
+  static Answer answers[256];
+  const void* info = type ? type->type_info : nullptr;
+  Answer& answer = answers[reinterpret_cast<uintptr_t>(info) / 16 % std::size(answers)];
+  if (answer.info == info) return answer.is_short;
   std::set<const void*> asked;
-  if (is_new) found->second = has_short(type, asked);
-  return found->second;
+  const bool is_short = has_short(type, asked);
+  answer = {info, is_short};
+  return is_short;
 }
 
 LengthBounds length_bounds(lumo_type_t type) {

@@ -71,6 +71,7 @@ struct lumo_context_struct {
   std::vector<std::pair<lumo_value_t*, lumo_value_t>> arguments;
   // How many frames a search by name looks at, while a template of an outer frame runs.
   size_t visible_frames = SIZE_MAX;
+  size_t statement_roots = SIZE_MAX;     // roots from here on were made by the statement that runs
   int quiet = 0;                         // above 0: mismatches are not logged
   int decoding = 0;                      // above 0: a decoder runs; a value that it may not write is no fault
   bool refused = false;                  // the decoder that runs wrote such a value
@@ -103,7 +104,10 @@ extern Task* current_task;
 
 // Ends all temporary values and places of the task.
 void reset_task(Task& task);
-void end_roots(Task& task, size_t mark);
+void end_last_roots(Task& task, size_t mark);
+inline void end_roots(Task& task, size_t mark) {
+  if (task.roots.size() > mark || !task.attempts.empty() || task.last_match.pattern) end_last_roots(task, mark);
+}
 // Forgets the attempts, or those whose patterns are among the roots from the mark on.
 void end_attempts(Task& task);
 void end_attempts(Task& task, size_t mark);

@@ -26,11 +26,6 @@ long bound(lumo_type_t type, const char* name, long otherwise) {
 
 }  // namespace
 
-const lumo_template_info_t* template_info(lumo_type_t type) {
-  if (!type || !type->type_info || type->type_info->kind != lumo_type_kind_template) return nullptr;
-  return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
-}
-
 lumo_type_t type_behind(lumo_type_t type) {
   for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
     const lumo_type_info_struct_t* info = type->type_info;
@@ -110,7 +105,7 @@ long array_base(lumo_type_t type) {
   return bound(type, lumo_type_array_base_index_c, 0);
 }
 
-bool has_check(lumo_type_t type) {
+bool is_checked_somewhere(lumo_type_t type) {
   for (int i = 0; i < chain_limit; ++i) {
     type = plain_type(type);
     if (!type || !type->type_info) return false;

@@ -8,15 +8,20 @@
 
 namespace lumos {
 
-// What follows is asked several times for each value that is made: most types stand for themselves.
+// Much of what follows is asked several times for each value that is made: most types stand for themselves.
 lumo_type_t type_behind(lumo_type_t type);
 const lumo_type_info_struct_t* root_behind(lumo_type_t type);
 
 // The type behind templates and redefinitions of address.
 inline lumo_type_t plain_type(lumo_type_t type) {
   if (!type || !type->type_info) return type;
-  const lumo_type_kind_t kind = type->type_info->kind;
-  return kind == lumo_type_kind_template || kind == lumo_type_kind_address ? type_behind(type) : type;
+  const lumo_type_info_struct_t* info = type->type_info;
+  if (info->kind == lumo_type_kind_template && info->template_info) {
+    type = static_cast<const lumo_template_info_t*>(info->template_info)->base_type;
+    if (!type || !type->type_info) return type;
+    info = type->type_info;
+  }
+  return info->kind == lumo_type_kind_template || info->kind == lumo_type_kind_address ? type_behind(type) : type;
 }
 inline lumo_type_kind_t base_kind(lumo_type_t type) {
   type = plain_type(type);
@@ -56,11 +61,21 @@ std::span<const lumo_encoding_attr_struct_t> attributes(const lumo_encoding_attr
 size_t array_length(lumo_type_t type);
 long array_base(lumo_type_t type);
 // Whether the type or a parent has a check function.
-bool has_check(lumo_type_t type);
+bool is_checked_somewhere(lumo_type_t type);
+inline bool has_check(lumo_type_t type) {
+  const lumo_type_info_struct_t* info = type ? type->type_info : nullptr;
+  if (!info) return false;
+  const bool is_plain = !info->check_function && !info->parent_type && info->kind != lumo_type_kind_template &&
+                        info->kind != lumo_type_kind_address;
+  return !is_plain && is_checked_somewhere(type);
+}
 // The record type behind a port or component reference type.
 lumo_type_t record_type(lumo_type_t type);
 const char* type_name(lumo_type_t type);
-const lumo_template_info_t* template_info(lumo_type_t type);
+inline const lumo_template_info_t* template_info(lumo_type_t type) {
+  if (!type || !type->type_info || type->type_info->kind != lumo_type_kind_template) return nullptr;
+  return static_cast<const lumo_template_info_t*>(type->type_info->template_info);
+}
 
 inline bool is_string_kind(lumo_type_kind_t k) {
   return k == lumo_type_kind_charstring || k == lumo_type_kind_bitstring || k == lumo_type_kind_hexstring ||

@@ -154,7 +154,14 @@ inline bool has_parts(Form f) {
          f == Form::range || f == Form::value_list || f == Form::pattern;
 }
 // A template as opposed to a value: it holds or may hold a matching mechanism.
-bool is_template(Value v);
+inline bool is_template(Value v) {
+  return v->dynamic || (v->form >= Form::instance && v->form <= Form::pattern) ||
+         (v->form == Form::special && (v->special == Special::anyone || v->special == Special::anyornone));
+}
+// What is all there as soon as it has that form: numbers, characters, strings.
+inline bool is_scalar(Form f) {
+  return f >= Form::integer && f <= Form::object_id;
+}
 
 // --- making and ending (values.cpp, memory.cpp)
 
@@ -177,12 +184,18 @@ void shape(Value v);
 void check_writable(Value v);
 // Called before any change of contents: checks that the target can be written, and joins pending
 // parts to what they are parts of.
-void prepare_write(Value v);
+void prepare_first_write(Value v);
+inline void prepare_write(Value v) {
+  if (!v || v->life == Life::fixed || v->pending) prepare_first_write(v);
+}
 // After a change of a plain value: a subtype that does not hold, its own or that of what it is a
 // part of, is a fault.
 void check_written(Value v);
 // Copies contents without checks of the subtype.
 void assign_contents(Value target, Value source);
+// The same for what most assignments are about, numbers and strings that go to their own kind; false, with
+// nothing done, for all else.
+bool assign_scalar(Value target, Value source);
 Value copy_value(Value source, lumo_alloc_strategy_t strategy);
 void set_special(Value v, Special s);
 void set_text(Value v, std::string_view text);
@@ -199,10 +212,20 @@ lumo_type_t part_type(Value v, size_t slot);
 // --- reading
 
 // Follows values of codecs; faults on a handle that is no value.
-Value settled(Value v);
-bool is_complete(Value v);
+Value settle(Value v);
+inline Value settled(Value v) {
+  return v && v->form != Form::external ? v : settle(v);
+}
+bool is_complete_whole(Value v);
+inline bool is_complete(Value v) {
+  return is_scalar(v->form) || is_complete_whole(v);
+}
 // Whether nothing was assigned to it yet, nor to any part of it.
-bool is_blank(Value v);
+bool is_blank_whole(Value v);
+inline bool is_blank(Value v) {
+  const bool may_be = v->form == Form::unset || v->form == Form::fields || v->form == Form::vector;
+  return may_be && is_blank_whole(v);
+}
 // Whether the part is the whole itself, or lies below it.
 bool is_within(Value part, Value whole);
 bool equal_values(Value a, Value b);

@@ -14,17 +14,9 @@ namespace lumos {
 
 namespace {
 
-// Numbers and their like own nothing.
-inline bool may_own(Form form) {
-  return form >= Form::string;
-}
-
 // Frees what is not parts; parts are with the caller.
-void free_buffers(Value v) {
+void free_rare_buffers(Value v) {
   switch (v->form) {
-    case Form::string:
-      release(v->text);
-      break;
     case Form::wide_string:
       release(v->wide);
       break;
@@ -39,9 +31,14 @@ void free_buffers(Value v) {
       delete v->external;
       break;
     default:
-      if (has_parts(v->form) || v->form == Form::instance) release(v->parts);
       break;
   }
+}
+
+inline void free_buffers(Value v) {
+  if (v->form == Form::string) return release(v->text);
+  if (has_parts(v->form) || v->form == Form::instance) return release(v->parts);
+  free_rare_buffers(v);
 }
 
 // An instance owns all arguments, or those that stand for defaults since it was called.
@@ -60,21 +57,6 @@ void give_up_contents(Value v) {
       if (owns_argument(v, i)) retire(v->parts.data[i]);
   }
   free_buffers(v);
-}
-
-bool is_matching(Value v) {
-  switch (v->form) {
-    case Form::instance:
-    case Form::wrapped:
-    case Form::range:
-    case Form::value_list:
-    case Form::pattern:
-      return true;
-    case Form::special:
-      return v->special == Special::anyone || v->special == Special::anyornone;
-    default:
-      return false;
-  }
 }
 
 }  // namespace
@@ -150,11 +132,27 @@ Value make_part(lumo_type_t type, Value parent) {
   return v;
 }
 
+namespace {
+
+inline void end_node(Value node) {
+  if (may_own(node->form)) free_buffers(node);
+  if (node->restraint) delete node->restraint;
+  give_node(node);
+}
+
+inline bool has_inner(Value v) {
+  return has_parts(v->form) || v->form == Form::instance;
+}
+
+}  // namespace
+
 void destroy(Value v) {
   if (!v || v->life == Life::fixed) return;
+  if (!has_inner(v) && !v->pinned) return end_node(v);
   Value list = v;
   v->parent = nullptr;
   auto push = [&list](Value part) {
+    if (!has_inner(part) && !part->pinned) return end_node(part);
     part->parent = list;
     list = part;
   };
@@ -175,9 +173,7 @@ void destroy(Value v) {
       for (size_t i = 0; i < node->parts.size; ++i)
         if (owns_argument(node, i)) push(node->parts.data[i]);
     }
-    if (may_own(node->form)) free_buffers(node);
-    delete node->restraint;
-    give_node(node);
+    end_node(node);
   }
 }
 
@@ -251,12 +247,13 @@ void append_object_id(Value v, lumo_long_integer_t number) {
   v->ids.data[v->ids.size++] = number;
 }
 
-// Room for the arguments of an instance: them, a terminator, and what stood there first.
+// Room for the arguments of an instance, for the caller to fill: them, a terminator, and what stood there first.
 void open_instance(Value v, size_t count) {
-  change_form(v, Form::instance);
+  if (v->form != Form::unset) clear_contents(v);
+  v->form = Form::instance;
+  v->parts = {nullptr, 0, 0};
   reserve(v->parts, 2 * count + 1);
   v->parts.size = count;
-  for (size_t i = 0; i < 2 * count + 1; ++i) v->parts.data[i] = nullptr;
 }
 
 void open_parts(Value v, Form form, size_t count) {
@@ -287,9 +284,14 @@ static bool is_any(Value part) {
 Value force_part(Value v, size_t slot) {
   Value old = v->parts.data[slot];
   if (old && old->life != Life::fixed) return old;
-  Value part = make_part(part_type(v, slot), v);
+  const lumo_type_info_struct_t* info = v->form == Form::fields ? structure_of(v->type) : nullptr;
+  const bool is_field = info && info->kind != lumo_type_kind_component && info->field_info &&
+                        static_cast<long>(slot) < info->number_of_fields;
+  Value part = make_part(is_field ? info->field_info[slot].type : part_type(v, slot), v);
   if (part->dynamic && is_any(old)) set_special(part, old->special);  // what it stood for until it is written
-  if (v->form == Form::fields) {
+  if (is_field) {
+    part->label = info->field_info[slot].name;
+  } else if (v->form == Form::fields) {
     const lumo_field_info_t* fields = field_info(v->type);
     if (fields && slot < field_count(v->type)) part->label = fields[slot].name;
   }
@@ -396,7 +398,7 @@ void check_writable(Value v) {
   if (!v || v->life == Life::fixed) fault("assignment to something that is no variable");
 }
 
-void prepare_write(Value v) {
+void prepare_first_write(Value v) {
   check_writable(v);
   for (Value p = v; p && p->pending; p = p->parent) {
     p->pending = false;
@@ -404,7 +406,7 @@ void prepare_write(Value v) {
   }
 }
 
-bool is_blank(Value v) {
+bool is_blank_whole(Value v) {
   if (v->form == Form::unset) return !is_record_kind(v->kind) || field_count(v->type) > 0;
   const bool is_shaped =
       v->form == Form::fields || (v->form == Form::vector && v->kind == lumo_type_kind_array);
@@ -415,7 +417,7 @@ bool is_blank(Value v) {
   return true;
 }
 
-bool is_complete(Value v) {
+bool is_complete_whole(Value v) {
   if (v->form == Form::external) v = settled(v);
   switch (v->form) {
     case Form::unset:
@@ -427,6 +429,7 @@ bool is_complete(Value v) {
       const lumo_field_info_t* fields = field_info(v->type);
       for (size_t i = 0; i < v->parts.size; ++i) {
         Value part = v->parts.data[i];
+        if (part && is_scalar(part->form)) continue;
         bool optional = is_optional(fields[i]) || fields[i].default_value;
         if (!part || is_blank(part)) {
           if (optional) continue;
@@ -446,10 +449,6 @@ bool is_complete(Value v) {
     default:
       return true;
   }
-}
-
-bool is_template(Value v) {
-  return v->dynamic || is_matching(v);
 }
 
 }  // namespace lumos

@@ -6,6 +6,8 @@
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
+#include "frontend/T3KindCover.h"
+#include "frontend/T3Lists.h"
 #include "support/NumberMap.h"
 #include "support/ModuleCaches.h"
 
@@ -17,18 +19,26 @@ constexpr int kCycle = 1;
 constexpr int kMaxDepth = 3000;
 int g_depth = 0;
 
-bool ChangesSnapshot(T3Tree_Node* node) {
-  return node->is<T3DoneStmt>() || node->is<T3KilledStmt>() || node->is<T3TimeoutStmt>() ||
-         node->is<_T3PortStmt>() || node->is<T3StartStmt>() || node->is<T3StopStmt>() ||
-         node->is<T3KillStmt>() || node->is<T3AltStmt>() || node->is<T3InterleaveStmt>() ||
-         node->is<T3Execute>();
-}
-
-bool HasSideEffects(T3Tree_Node* node) {
-  return node->is<T3Create>() || node->is<T3Running>() || node->is<T3Alive>() || node->is<T3Read>() ||
-         node->is<T3GetVerdict>() || node->is<T3Rnd>() || node->is<T3SetVerdictStmt>() ||
-         node->is<T3DeactivateStmt>();
-}
+// What a statement or an expression does by itself; what stands in it is looked at as well.
+using ChangingSnapshot = T3Kinds<T3DoneStmt, T3KilledStmt, T3TimeoutStmt, _T3PortStmt, T3StartStmt,
+                                 T3StopStmt, T3KillStmt, T3AltStmt, T3InterleaveStmt, T3Execute>;
+using HavingSideEffects =
+    T3Kinds<T3Create, T3Running, T3Alive, T3Read, T3GetVerdict, T3Rnd, T3SetVerdictStmt, T3DeactivateStmt>;
+using ByWhatIsNamed = T3Kinds<T3AssignStmt, T3Activate, T3Parameterization, T3Identifier, T3Qualifier>;
+using ByPartsAlone =
+    T3Kinds<T3DeclStmt, T3InvocationStmt, T3BlockStmt, T3IfStmt, _T3LoopStmt, _T3ConfStmt, T3SUTStmt,
+            T3LogStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt,
+            T3NoExpression, _T3BinaryExpression, _T3UnaryExpression, _T3ShiftOrRotateExpression,
+            _T3LiteralExpression, T3Self, T3MTC, T3System, T3AnyTimer, T3AllTimer, T3AnyPort, T3AllPort,
+            T3AnyComponent, T3AllComponent, T3Regexp, _T3PortReference, _T3AddressReference, T3ObjIdQualifier,
+            T3Subscription, T3CompoundValue, T3Match, T3ValueOf, T3LengthRange, _T3MatchingExpression,
+            ExtraMatchingExpressions, _T3PreDefinedTemplateFunction, _T3PreDefinedLengthFunction, T3Int2Char,
+            T3Char2Int, T3Int2UniChar, T3UniChar2Int, T3Bit2Int, T3Hex2Int, T3Oct2Int, T3Str2Int, T3Int2Str,
+            T3Bit2Str, T3Hex2Str, T3Oct2Str, T3Str2Oct, T3Oct2Char, T3Char2Oct, T3Bit2Hex, T3Hex2Oct,
+            T3Bit2Oct, T3Hex2Bit, T3Oct2Hex, T3Oct2Bit, T3Int2Float, T3Float2Int, T3Str2Float, T3Enum2Int,
+            T3Replace, T3DecValue>;
+static_assert(T3Covers<_T3Stmt, ChangingSnapshot, HavingSideEffects, ByWhatIsNamed, ByPartsAlone>());
+static_assert(T3Covers<_T3Expression, ChangingSnapshot, HavingSideEffects, ByWhatIsNamed, ByPartsAlone>());
 
 int StatusOfName(T3Tree_Node* name) {
   T3Tree_Node* def = DefQuietly(name);
@@ -48,11 +58,10 @@ int StatusOfTarget(T3Tree_Node* target) {
 // What a call gives back is written as by an assignment.
 int StatusOfOutParameters(T3Parameterization* call) {
   int status = kNone;
-  T3Tree_Node* formal = FormalParametersOf(DefQuietly(call->base));
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>() && T3Is<_T3FormalPar>(formal);
-       at = at->as<T3ActualPar>()->next, formal = formal->as<_T3FormalPar>()->next) {
+  T3Tree_Node* formals = FormalParametersOf(DefQuietly(call->base));
+  for (const auto [at, formal] : Pairs<T3ActualPar, _T3FormalPar>(call->apl, formals)) {
     auto* par = formal->try_as<_T3TypedFormal>();
-    T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+    T3Tree_Node* actual = at->expression;
     if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
     if (par != nullptr && par->pass == t3_par_pass_t::Out) status = std::max(status, StatusOfTarget(actual));
   }
@@ -69,10 +78,10 @@ int StatusOfActivation(T3Activate* activation) {
 }
 
 int StatusOfNode(T3Tree_Node* node) {
-  if (ChangesSnapshot(node)) return kChangesSnapshot;
+  if (ChangingSnapshot::Has(node)) return kChangesSnapshot;
   if (auto* activation = node->try_as<T3Activate>()) return StatusOfActivation(activation);
   if (auto* call = node->try_as<T3Parameterization>()) return StatusOfOutParameters(call);
-  if (HasSideEffects(node)) return kHasSideEffects;
+  if (HavingSideEffects::Has(node)) return kHasSideEffects;
   if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
   return node->is<T3Identifier>() || node->is<T3Qualifier>() ? StatusOfName(node) : kNone;
 }
@@ -81,9 +90,10 @@ int StatusOfBody(T3Tree_Node* decl) {
   if (auto* definition = decl->try_as<T3TemplateDecl>()) return AltStatus(definition->definition);
   if (auto* function = decl->try_as<T3Function>()) {
     int status = kNone;
-    for (T3Tree_Node* at = function->body; T3Is<_T3Stmt>(at) && status < kChangesSnapshot;
-         at = at->as<_T3Stmt>()->next)
+    for (auto* at : Items<_T3Stmt>(function->body)) {
+      if (status >= kChangesSnapshot) break;
       status = std::max(status, AltStatus(at));
+    }
     return status;
   }
   if (decl->is<T3TestStep>() || decl->is<T3Testcase>()) return kChangesSnapshot;

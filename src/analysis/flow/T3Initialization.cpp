@@ -13,8 +13,9 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
-#include "support/Idents.h"
 #include "frontend/T3KindCover.h"
+#include "frontend/T3Lists.h"
+#include "support/Idents.h"
 
 namespace {
 // The names that are read too early, by their numbers.
@@ -129,9 +130,15 @@ void BodyWalk::Read(T3Tree_Node* name) {
   if (variable != nullptr && !assigned_[*variable]) g_early.insert(name->number);
 }
 
-bool IsOutParameter(T3Parameterization* call, int index) {
-  T3Tree_Node* formal = FormalParametersOf(DefQuietly(call->base));
-  for (; index > 0 && T3Is<_T3FormalPar>(formal); --index) formal = formal->as<_T3FormalPar>()->next;
+// The parameter at a position, null behind the last one.
+T3Tree_Node* Formal(T3Tree_Node* formals, size_t position) {
+  for (const auto [index, formal] : Numbered<_T3FormalPar>(formals))
+    if (index == position) return formal;
+  return nullptr;
+}
+
+bool IsOutParameter(T3Parameterization* call, size_t index) {
+  T3Tree_Node* formal = Formal(FormalParametersOf(DefQuietly(call->base)), index);
   return T3Is<_T3TypedFormal>(formal) && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
 }
 
@@ -148,16 +155,15 @@ void BodyWalk::Write(T3Tree_Node* target) {
 // The kind of a parameter matters for variables that have no value yet.
 void BodyWalk::Call(T3Parameterization* call) {
   Reads(call->base);
-  int index = 0;
-  for (T3Tree_Node* at = call->apl; at->is<T3ActualPar>(); at = at->as<T3ActualPar>()->next, ++index) {
-    T3Tree_Node* actual = at->as<T3ActualPar>()->expression;
+  for (const auto [index, at] : Numbered<T3ActualPar>(call->apl)) {
+    T3Tree_Node* actual = at->expression;
     if (auto* definition = actual->try_as<T3TemplateDef>()) actual = definition->constraint;
     T3Tree_Node* root = actual;
     while (IsPart(root)) root = root->as<_T3Qualification>()->base;
     if (VariableOf(root) != nullptr && IsOutParameter(call, index))
       Write(actual);
     else
-      Reads(at->as<T3ActualPar>()->expression);
+      Reads(at->expression);
   }
 }
 

@@ -7,6 +7,7 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
+#include "frontend/T3KindCover.h"
 
 namespace {
 // What each declaration uses: the same edges as from a declaration to its users, turned round, so that what
@@ -136,23 +137,20 @@ void AddAntiDependency(T3Tree_Node* used, T3Tree_Node* user) {
   uses.needed_is_known = false;
 }
 
+namespace {
+// Generated whether they are used or not.
+using Always = T3Kinds<T3ImportAllDecl, T3ImportGroupDecl, T3ImportTypeDecl, T3ImportModuleParDecl,
+                       T3ImportTestcaseDecl, T3GroupDecl, T3ModuleParDecl, T3Testcase, T3ControlPart>;
+using WhenUsed = T3Kinds<T3ImportTemplateDecl, T3ImportConstDecl, T3ImportTeststepDecl, T3ImportFunctionDecl,
+                         T3ImportSignatureDecl, T3TemplateDecl, T3VarDecl, T3ConstDecl, T3ExtConstDecl,
+                         T3PortDecl, T3TestStep, T3Function, T3ExtFunction>;
+static_assert(T3Covers<_T3Decl, Always, WhenUsed, T3Kinds<T3TypeDecl>>());
+}  // namespace
+
 bool ExcludeFromOptimization(T3Tree_Node* decl) {
   if (gT3CommandLine.optimize == 0) return true;
   if (auto* type_decl = decl->try_as<T3TypeDecl>()) return !type_decl->type->is<T3SignatureType>();
-  switch (decl->kind) {
-    case T3Kind::T3ImportAllDecl:
-    case T3Kind::T3GroupDecl:
-    case T3Kind::T3ImportGroupDecl:
-    case T3Kind::T3ImportTypeDecl:
-    case T3Kind::T3ImportModuleParDecl:
-    case T3Kind::T3ImportTestcaseDecl:
-    case T3Kind::T3ModuleParDecl:
-    case T3Kind::T3Testcase:
-    case T3Kind::T3ControlPart:
-      return true;
-    default:
-      return false;
-  }
+  return Always::Has(decl);
 }
 
 bool RequiresGeneration(T3Tree_Node* decl) {

@@ -14,6 +14,7 @@
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/FormatText.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\"",
@@ -30,17 +31,8 @@ std::unordered_set<T3Tree_Node*>& ExtendedTypes() {
 
 template <class Call>
 void ForTypeAndImportDecls(T3Tree_Node* list, const Call& call) {
-  std::vector<T3Tree_Node*> rest{list};
-  while (!rest.empty()) {
-    T3Tree_Node* decl = rest.back();
-    rest.pop_back();
-    if (!T3Is<_T3Decl>(decl)) continue;
-    rest.push_back(decl->as<_T3Decl>()->next);
-    if (decl->is<T3GroupDecl>())
-      rest.push_back(decl->as<T3GroupDecl>()->body);
-    else if (decl->is<T3TypeDecl>() || decl->is<T3ImportTypeDecl>())
-      call(decl);
-  }
+  for (auto* decl : DeclsInGroups(list))
+    if (decl->is<T3TypeDecl>() || decl->is<T3ImportTypeDecl>()) call(decl);
 }
 
 bool IsComponent(T3Tree_Node* type) {

@@ -12,6 +12,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Lists.h"
 
 T3Tree_Node* ASN_1_NULL_DECLARATION = nullptr;
 
@@ -35,13 +36,13 @@ bool IsAsn1(T3Module* module) {
 class Exceptions {
  public:
   explicit Exceptions(T3Tree_Node* list) {
-    for (; list->is<_T3ImportException>(); list = list->as<_T3ImportException>()->next) {
-      auto* single = list->try_as<T3ImportException>();
+    for (auto* exception : Items<_T3ImportException>(list)) {
+      auto* single = exception->try_as<T3ImportException>();
       if (single == nullptr) {
-        kinds_.push_back(list->as<_T3ImportException>()->kind);
+        kinds_.push_back(exception->kind);
         continue;
       }
-      if (list->as<_T3ImportException>()->kind == t3_import_restr_t::Group) groups_.push_back(single->object);
+      if (exception->kind == t3_import_restr_t::Group) groups_.push_back(single->object);
       if (const tIdent name = Ref2Id(single->object); name != NoIdent) names_.insert(name);
     }
   }
@@ -123,19 +124,13 @@ void ForDeclsAndGroups(T3Tree_Node* list, const Enter& enter, const Call& call) 
   }
 }
 
-template <class Call>
-void ForDecls(T3Tree_Node* list, const Call& call) {
-  ForDeclsAndGroups(
-      list, [](T3Tree_Node*) { return true; }, [&](T3Tree_Node* decl, int) { call(decl); });
-}
-
 void ImportStage::CollectImports() {
-  ForDecls(module_->definition_part, [this](T3Tree_Node* decl) {
+  for (auto* decl : DeclsInGroups(module_->definition_part)) {
     auto* statement = decl->try_as<_T3ImportDecl>();
-    if (statement == nullptr) return;
+    if (statement == nullptr) continue;
     has_imports_ = true;
     AddImport(statement);
-  });
+  }
 }
 
 // Unlinks the statements in one chain; groups are put on the list of chains still to do.
@@ -366,9 +361,9 @@ void ImportStage::AddImportAll(T3Module* from, T3ImportAllDecl* statement) {
 void ImportStage::AddGroup(T3Module* from, _T3ImportDecl* statement) {
   T3Tree_Node* group = FindGroupInModule(from, statement->object);
   if (!FailIfError(statement, group)) return;
-  ForDecls(group->as<T3GroupDecl>()->body, [&](T3Tree_Node* decl) {
-    if (!IsImportDecl(decl)) Take(decl, statement->with_spec, statement->recursive);
-  });
+  for (auto* decl : DeclsInGroups(group->as<T3GroupDecl>()->body))
+    if (!IsImportDecl(decl) && !decl->is<T3GroupDecl>())
+      Take(decl, statement->with_spec, statement->recursive);
 }
 
 // The names of a group reference, outermost first.
@@ -411,18 +406,15 @@ bool HasKind(T3Tree_Node* decl, t3_import_restr_t restr) {
 // Modules whose scopes stand are asked there; others are searched.
 T3Tree_Node* FirstOwnDecl(T3Module* module, tIdent id) {
   const T3DeclMap& map = *DeclsOut(module->definition_part);
-  T3Tree_Node* result = nullptr;
   if (!map.empty()) {
     for (const T3DeclMap::Entry& entry : map.Find(id))
-      if (result == nullptr && IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>() &&
-          !entry.decl->is<T3GroupDecl>())
-        result = entry.decl;
-    return result;
+      if (IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>() && !entry.decl->is<T3GroupDecl>())
+        return entry.decl;
+    return nullptr;
   }
-  ForDecls(module->definition_part, [&](T3Tree_Node* decl) {
-    if (result == nullptr && decl->as<_T3Decl>()->name == id && IsLocalDecl(decl)) result = decl;
-  });
-  return result;
+  for (auto* decl : DeclsInGroups(module->definition_part))
+    if (decl->name == id && IsLocalDecl(decl) && !decl->is<T3GroupDecl>()) return decl;
+  return nullptr;
 }
 }  // namespace
 
@@ -438,14 +430,12 @@ std::string ImportRef2String(T3Tree_Node* reference) {
 T3Tree_Node* FindDeclInModule(T3Tree_Node* module, tIdent id) {
   static const tIdent null = gIdents.MakeIdent("NULL");
   auto* node = module->as<T3Module>();
-  T3Tree_Node* result = nullptr;
   if (id == null && IsAsn1(node)) {
-    ForDecls(node->definition_part, [&](T3Tree_Node* decl) {
-      if (result == nullptr && IsAsnNullType(decl)) result = decl;
-    });
-  } else {
-    result = FirstOwnDecl(node, id);
+    for (auto* decl : DeclsInGroups(node->definition_part))
+      if (IsAsnNullType(decl)) return decl;
+    return _sgT3NoDecl();
   }
+  T3Tree_Node* result = FirstOwnDecl(node, id);
   return result != nullptr ? result : _sgT3NoDecl();
 }
 

@@ -10,6 +10,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/ModuleCaches.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 // The first element of each name in a list.
@@ -196,16 +197,7 @@ T3NodeList AddressDefinitions(T3Tree_Node* module) {
   static const tIdent address = gIdents.MakeIdent("address");
   T3NodeList definitions;
   if (DeclsOut(module->as<T3Module>()->definition_part)->Find(address).empty()) return definitions;
-  std::vector<T3Tree_Node*> rest{module->as<T3Module>()->definition_part};
-  while (!rest.empty()) {
-    auto* decl = rest.back()->try_as<_T3Decl>();
-    rest.pop_back();
-    if (decl == nullptr) continue;
-    rest.push_back(decl->next);
-    if (auto* group = decl->try_as<T3GroupDecl>())
-      rest.push_back(group->body);
-    else if (IsAddressRedefinition(decl) || IsImportedAddress(decl))
-      definitions.push_back(decl);
-  }
+  for (auto* decl : DeclsInGroups(module->as<T3Module>()->definition_part))
+    if (IsAddressRedefinition(decl) || IsImportedAddress(decl)) definitions.push_back(decl);
   return definitions;
 }

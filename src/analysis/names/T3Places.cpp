@@ -9,6 +9,7 @@
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3TreeFields.h"
 #include "frontend/T3KindCover.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 constexpr int kMaximumAliases = 1000;
@@ -519,20 +520,12 @@ void PlaceWalk::VisitAlt(_T3Alt* alt, T3Place* place) {
   PushBranch(alt, alt->body, place);
 }
 
-// Groups share the map of their module. A stack holds where the walk goes on behind them.
+// Groups share the map of their module.
 T3DeclMap* PlaceWalk::RegisterModule(T3Module* module) {
   if (!module->definition_part->is<_T3Decl>()) return nullptr;
   T3DeclMap* map = nullptr;
   RegisterDecl(module, module->name, map);
-  std::vector<T3Tree_Node*> rest{module->definition_part};
-  while (!rest.empty()) {
-    auto* decl = rest.back()->try_as<_T3Decl>();
-    rest.pop_back();
-    if (decl == nullptr) continue;
-    rest.push_back(decl->next);
-    if (auto* group = decl->try_as<T3GroupDecl>()) {
-      rest.push_back(group->body);
-    }
+  for (auto* decl : DeclsInGroups(module->definition_part)) {
     RegisterDecl(decl, module->name, map);
     if (auto* type = decl->try_as<T3TypeDecl>(); type != nullptr && IsWrittenElsewhere(type))
       array_names_[type->name] = type;

@@ -130,11 +130,11 @@ bool FitsArray(T3Tree_Node* value, T3Tree_Node* type) {
   auto* compound = value->try_as<T3CompoundValue>();
   if (compound == nullptr) return false;
   T3Tree_Node* element = BaseTypeDef(ElementType(type));
-  uint64_t count = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++count)
-    if (element->is<T3ArrayType>() && !FitsArray(at->as<T3FieldValue>()->value, element)) return false;
+  const Items<T3FieldValue> items(compound->value);
+  for (auto* at : items)
+    if (element->is<T3ArrayType>() && !FitsArray(at->value, element)) return false;
   const auto bounds = KnownBounds(type);
-  return !bounds || count == bounds->Size();
+  return !bounds || items.size() == bounds->Size();
 }
 
 T3Tree_Node* InitialValue(T3Tree_Node* value) {
@@ -286,7 +286,7 @@ void CheckValueRange(T3Tree_Node* node) {
     vexa_filtered_error(ERR_arr_bounds, range->position);
   // Those of subtypes are told at the subtype.
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(range));
-  if (!IsInSubType(range) && !IsWildcardType(type) && !HasRanges(type))
+  if (!IsWildcardType(type) && !HasRanges(type) && !IsInSubType(range))
     vexa_filtered_error(ERR_type_range_subtype, range->position);
 }
 

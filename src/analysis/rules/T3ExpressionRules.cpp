@@ -80,13 +80,12 @@ void CheckArrayValue(T3Tree_Node* node) {
   T3Tree_Node* type = HasFailed(compound) ? nullptr : GetAddressBaseType(ExpressionBaseType(compound));
   // Durations of timers have a message of their own.
   if (!T3Is<T3ArrayType>(type) || IsTimerArray(type)) return;
-  uint64_t length = 0;
-  for (T3Tree_Node* at = compound->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++length)
-    if (!at->as<T3FieldValue>()->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at->as<T3FieldValue>()))
-      return;
+  const Items<T3FieldValue> items(compound->value);
+  for (auto* at : items)
+    if (!at->field->is<T3NoFieldSpec>() || IsOfUnknownLength(at)) return;
   const auto bounds = KnownBounds(type);
   const bool sound = bounds && bounds->low <= bounds->high;
-  if (sound && length != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
+  if (sound && items.size() != bounds->Size()) vexa_filtered_error(ERR_arr_initializer, compound->position);
 }
 
 void CheckNotation(T3Tree_Node* node) {

@@ -252,21 +252,20 @@ void CheckParameterRedirection(T3Tree_Node* at, T3Tree_Node* par, bool getcall) 
 void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signature) {
   const bool getcall = redirect->attr().is_in_getcall;
   if (!getcall && !redirect->attr().is_in_getreply) return;
-  long given = 0;
   bool list = true;
   T3Tree_Node* par = signature->fpl;
-  for (T3Tree_Node* at = redirect->redirect_params; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++given) {
-    auto* element = at->as<T3FieldValue>();
+  const Items<T3FieldValue> elements(redirect->redirect_params);
+  for (auto* element : elements) {
     if (auto* name = element->field->try_as<T3FieldName>()) {
       list = false;
-      CheckParameterRedirection(at, FindName(signature, name->name, nullptr), getcall);
+      CheckParameterRedirection(element, FindName(signature, name->name, nullptr), getcall);
       continue;
     }
-    if (!element->value->is<T3NotUsedSymbol>()) CheckParameterRedirection(at, par, getcall);
+    if (!element->value->is<T3NotUsedSymbol>()) CheckParameterRedirection(element, par, getcall);
     if (T3Is<_T3FormalPar>(par)) par = par->as<_T3FormalPar>()->next;
   }
-  const auto wanted = static_cast<long>(Items<_T3FormalPar>(signature->fpl).size());
+  const size_t given = elements.size();
+  const size_t wanted = Items<_T3FormalPar>(signature->fpl).size();
   if (given > 0 && list && given != wanted)
     vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }

@@ -10,6 +10,7 @@
 #include "analysis/walk/T3Stages.h"
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3Lists.h"
 #include "support/ModuleCaches.h"
 #include "driver/diagnostics/T3Error.h"
 
@@ -54,12 +55,10 @@ void MarkOnce(T3TemplateDecl* decl) {
   if (marked.insert(decl->number).second) OmitTemplCheckPars(decl);
 }
 
-void CompareParameters(T3Tree_Node* par, T3Tree_Node* at) {
-  for (; T3Is<T3FormalTemplatePar>(par) && at->is<T3ActualPar>();
-       par = par->as<_T3FormalPar>()->next, at = at->as<T3ActualPar>()->next) {
-    T3Tree_Node* value = ConstraintOf(at->as<T3ActualPar>()->expression);
-    if (par->as<_T3FormalPar>()->attr().omit_not_allow_par && T3Is<_T3Expression>(value) &&
-        OmitExpression(value))
+void CompareParameters(T3Tree_Node* formals, T3Tree_Node* actuals) {
+  for (const auto [par, at] : Pairs<T3FormalTemplatePar, T3ActualPar>(formals, actuals)) {
+    T3Tree_Node* value = ConstraintOf(at->expression);
+    if (par->attr().omit_not_allow_par && T3Is<_T3Expression>(value) && OmitExpression(value))
       vexa_filtered_error(ERR_omit_param_illegal, PositionOf(at));
   }
 }

@@ -13,6 +13,7 @@
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
+#include "frontend/T3Lists.h"
 #include "support/ModuleCaches.h"
 
 namespace {
@@ -120,12 +121,10 @@ bool CheckTemplEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
 bool CheckOmitParameterizationForParamId(T3Tree_Node* expression, tIdent name, int depth) {
   T3TemplateDecl* decl = TemplateCalled(expression);
   if (decl == nullptr || depth >= kMaxDepth) return false;
-  T3Tree_Node* par = decl->fpl;
-  T3Tree_Node* at = expression->as<T3Parameterization>()->apl;
-  for (; T3Is<_T3FormalPar>(par) && at->is<T3ActualPar>();
-       par = par->as<_T3FormalPar>()->next, at = at->as<T3ActualPar>()->next)
-    if (IsNamed(ConstraintOf(at->as<T3ActualPar>()->expression), name) &&
-        CheckTemplEqParam(ConstraintOf(decl->definition), par->as<_T3FormalPar>()->name, depth + 1))
+  T3Tree_Node* actuals = expression->as<T3Parameterization>()->apl;
+  for (const auto [par, at] : Pairs<_T3FormalPar, T3ActualPar>(decl->fpl, actuals))
+    if (IsNamed(ConstraintOf(at->expression), name) &&
+        CheckTemplEqParam(ConstraintOf(decl->definition), par->name, depth + 1))
       return true;
   return false;
 }
@@ -222,13 +221,11 @@ void CheckDefault(T3FormalTemplatePar* formal) {
   CheckActual(formal, value, value, decl == nullptr ? nullptr : decl->definition->try_as<T3TemplateDef>());
 }
 
-void CheckTemplateParameterization(T3Tree_Node* par, T3Tree_Node* at, T3TemplateDef* definition) {
-  for (; T3Is<_T3FormalPar>(par) && at->is<T3ActualPar>();
-       par = par->as<_T3FormalPar>()->next, at = at->as<T3ActualPar>()->next) {
+void CheckTemplateParameterization(T3Tree_Node* formals, T3Tree_Node* actuals, T3TemplateDef* definition) {
+  for (const auto [par, actual] : Pairs<_T3FormalPar, T3ActualPar>(formals, actuals)) {
     if (par->is<T3FormalPar>()) continue;
     auto* formal = par->try_as<T3FormalTemplatePar>();
     if (formal == nullptr) return;
-    auto* actual = at->as<T3ActualPar>();
     CheckActual(formal, actual, ConstraintOf(actual->expression), definition);
   }
 }
@@ -238,9 +235,8 @@ bool MayModify(Restriction base, Restriction modified) {
 }
 
 // The parameters of a template and of the one that it modifies.
-void TemplParRestrCheck(T3Tree_Node* par, T3Tree_Node* base) {
-  for (; T3Is<_T3FormalPar>(par) && T3Is<_T3FormalPar>(base);
-       par = par->as<_T3FormalPar>()->next, base = base->as<_T3FormalPar>()->next) {
+void TemplParRestrCheck(T3Tree_Node* pars, T3Tree_Node* bases) {
+  for (const auto [par, base] : Pairs<_T3FormalPar, _T3FormalPar>(pars, bases)) {
     if (!par->is<T3FormalTemplatePar>() || !base->is<T3FormalTemplatePar>()) continue;
     if (!MayModify(base->as<T3FormalTemplatePar>()->restriction, par->as<T3FormalTemplatePar>()->restriction))
       Refuse(par, "combination of template parameters restrictions", "base and modified templates");

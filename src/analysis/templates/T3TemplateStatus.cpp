@@ -9,6 +9,8 @@
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3KindCover.h"
+#include "frontend/T3Lists.h"
 #include "support/NumberMap.h"
 #include "support/ModuleCaches.h"
 
@@ -158,14 +160,22 @@ void Collection::NoteGiven(T3TemplateDef* definition) {
   while (seen.insert(definition).second) {
     T3TemplateDecl* decl = ModifiedTemplate(definition);
     if (decl == nullptr) return;
-    T3Tree_Node* actual = ActualsForModified(definition);
-    T3Tree_Node* formal = decl->fpl;
-    for (; T3Is<T3ActualPar>(actual) && T3Is<_T3FormalPar>(formal);
-         formal = formal->as<_T3FormalPar>()->next, actual = actual->as<T3ActualPar>()->next)
-      given[formal] = actual->as<T3ActualPar>()->expression;
+    T3Tree_Node* actuals = ActualsForModified(definition);
+    for (const auto [formal, actual] : Pairs<_T3FormalPar, T3ActualPar>(decl->fpl, actuals))
+      given[formal] = actual->expression;
     definition = decl->definition->as<T3TemplateDef>();
   }
 }
+
+using Matching = T3Kinds<_T3MatchingExpression, ExtraMatchingExpressions>;
+using ByWhatIsBehind = T3Kinds<T3NotUsedSymbol, T3CompoundValue, _T3Reference>;
+// Values, whatever their operands are.
+using Plain = T3Kinds<T3NoExpression, _T3BinaryExpression, _T3UnaryExpression, _T3ShiftOrRotateExpression,
+                      T3Omit, T3Infinity, T3IntLiteral, T3FloatLiteral, T3BooleanLiteral, T3VerdictLiteral,
+                      T3ObjectIdentifierLiteral, T3CharStringLiteral, T3UnivCharStringLiteral,
+                      T3BitStringLiteral, T3OctStringLiteral, T3HexStringLiteral, T3NoWait, T3Null,
+                      T3UnivCharLiteral, T3Match, T3ValueOf, T3LengthRange>;
+static_assert(T3Covers<_T3Expression, Matching, ByWhatIsBehind, Plain>());
 
 int Collection::Of(T3Tree_Node* node) {
   is_cut_off = is_cut_off || depth >= kMaxDepth;
@@ -176,7 +186,7 @@ int Collection::Of(T3Tree_Node* node) {
     status = kStatusReference;
   else if (auto* definition = node->try_as<T3TemplateDef>())
     status = OfDefinition(definition);
-  else if (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())
+  else if (Matching::Has(node))
     status = kStatusMatching;
   else if (node->is<T3NotUsedSymbol>())
     status = kStatusUndefined;

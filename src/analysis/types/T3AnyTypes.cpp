@@ -8,6 +8,7 @@
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 bool IsMember(T3Tree_Node* decl) {
@@ -102,11 +103,8 @@ void ReportNoAnyTypeMember(T3Tree_Node* at, tIdent name, tIdent module, const tP
 
 int64_t AnyTypeAlternative(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
   T3Tree_Node* type = BehindImport(type_decl);
-  int64_t number = 0;
-  for (T3Tree_Node* at = AnyTypeFields(anytype); T3Is<T3FieldType>(at);
-       at = at->as<T3FieldType>()->next, ++number) {
-    T3Tree_Node* reference = at->as<T3FieldType>()->type->as<T3TypeReference>()->reference;
-    if (BehindImport(Def(reference)) == type) return number;
-  }
+  for (const auto [number, field] : Numbered<T3FieldType>(AnyTypeFields(anytype)))
+    if (BehindImport(Def(field->type->as<T3TypeReference>()->reference)) == type)
+      return static_cast<int64_t>(number);
   return -1;
 }

@@ -9,6 +9,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/ModuleCaches.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 T3Tree_Node* NextOf(T3Tree_Node* element) {
@@ -115,11 +116,9 @@ bool PartOfAllTypes(T3Tree_Node* base) {
 namespace {
 // Appends the type declarations of a list, groups entered.
 void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
-  for (auto* decl : Items<_T3Decl>(decls)) {
-    if (auto* group = decl->try_as<T3GroupDecl>()) CollectTypes(group->body, types);
+  for (auto* decl : DeclsInGroups(decls))
     if (decl->is<T3TypeDecl>() || decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
       types.push_back(decl);
-  }
 }
 
 // Gathers the views of types; one that is listed again counts once.

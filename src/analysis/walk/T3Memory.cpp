@@ -1,7 +1,9 @@
 // Drops derived data: what analysis needs only while it works on a module, and what generation hangs on the
 // nodes.
 #include "analysis/walk/T3Stages.h"
+#include "analysis/walk/T3Subtree.h"
 #include "support/ModuleCaches.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 bool HasCold(const T3Tree_Node* node) {
@@ -35,17 +37,7 @@ void ZeroDeclBitSets(T3Tree_Node* decl) {
 }
 
 void ZeroIntermediateAttributes(T3Tree_Node* module) {
-  std::vector<T3Tree_Node*> rest{module->as<T3Module>()->definition_part};
-  while (!rest.empty()) {
-    T3Tree_Node* decl = rest.back();
-    rest.pop_back();
-    if (!T3Is<_T3Decl>(decl)) continue;
-    rest.push_back(decl->as<_T3Decl>()->next);
-    if (decl->is<T3GroupDecl>())
-      rest.push_back(decl->as<T3GroupDecl>()->body);
-    else
-      ZeroDeclBitSets(decl);
-  }
+  for (auto* decl : DeclsInGroups(module->as<T3Module>()->definition_part)) ZeroDeclBitSets(decl);
 }
 }  // namespace
 
@@ -56,5 +48,8 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
 
 void CleanupCompilationIntermediateData(T3Tree_Node* module) {
   ClearModuleCaches();
-  gT3AST.TraverseT3TreeTD(module, EmptyLocations);
+  ForEachInSubtree(module, [](T3Tree_Node* node) {
+    EmptyLocations(node);
+    return true;
+  });
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "asn1/model/AsnModel.h"
 #include "support/Idents.h"
@@ -38,8 +39,9 @@ struct Governor {
 };
 /// A value's expression; null for a value that has none, after a report or silently.
 Node translate_value(const asn1::AsnValue& value, const Governor& of = {});
-/// A value definition as a constant; null for one that has none.
-Node translate_value_decl(const asn1::AsnValue& value);
+/// A value definition as a constant, behind a declaration of its type where that has no name; empty for one
+/// that has no constant.
+std::vector<Node> translate_value_decl(const asn1::AsnValue& value);
 /// Links the items of enumerations to their types, as far as those were read behind the values.
 void ResolveWaitingItems();
 /// The constraints that stand at a type, around its node.

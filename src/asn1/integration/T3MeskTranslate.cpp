@@ -158,7 +158,7 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
     decls.Add(decl);
   });
   forEachValue(from, [&](const AsnValue& value, int) {
-    if (T3Tree_Node* decl = mesk::translate_value_decl(value)) decls.Add(decl->as<_T3Decl>());
+    for (T3Tree_Node* decl : mesk::translate_value_decl(value)) decls.Add(decl->as<_T3Decl>());
   });
   translate_import(from, module, decls);
   module->definition_part = decls.Linked();

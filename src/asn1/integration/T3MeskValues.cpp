@@ -10,7 +10,9 @@
 #include "asn1/integration/T3MeskTranslate.h"
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnNames.h"
+#include "asn1/model/AsnRanges.h"
 #include "driver/diagnostics/T3Error.h"
+#include "analysis/names/T3Names.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
 
@@ -50,6 +52,19 @@ std::string WithPoint(const RealValue& value, double number) {
   std::string result = text;
   const size_t plus = result.find('+');
   return plus == std::string::npos ? result : result.erase(plus, 1);
+}
+
+// Zeros behind named bits tell nothing: there are as many as the type's sizes ask.
+std::string Bits(const AsnValue& value, const AsnType& of) {
+  std::string bits = ValueText(value);
+  bool named = false;
+  forEachNamedNumber(forBaseType(of), [&](const AsnValue&, int) { named = true; });
+  const ConstrainedSet sizes = SizeSetOf(of);
+  if (!named || !sizes.constrained || sizes.set.empty()) return bits;
+  while (bits.size() > sizes.set.high() && bits.back() == '0') bits.pop_back();
+  if (bits.size() < sizes.set.low() && sizes.set.low() <= kMaxStringUnits)
+    bits.resize(static_cast<size_t>(sizes.set.low()), '0');
+  return bits;
 }
 
 Node Real(const AsnValue& value, const tPosition& position) {
@@ -247,6 +262,7 @@ Node translate_value(const AsnValue& written, const Governor& of) {
   const NestingGuard guard(nesting, "Internal compiler error in DEFAULT translation");
   const tPosition position = PositionOf(written);
   const AsnValue value = skipValues(written);
+  const AsnType given = of.type ? of.type : getTypeOfValue(written);
   const Governor governor = Base(of.type ? of : Governor(getTypeOfValue(value)));
   const AsnType& type = governor.type;
   const MainType main_type = type ? getTypeMainType(type) : getValueMainType(value);
@@ -261,7 +277,7 @@ Node translate_value(const AsnValue& written, const Governor& of) {
     case TYP_REAL:
       return Real(value, position);
     case TYP_BITSTR:
-      return t.mT3BitStringLiteral(position, Quoted(ValueText(value), "'", "B"));
+      return t.mT3BitStringLiteral(position, Quoted(Bits(value, given), "'", "B"));
     case TYP_OCTSTR:
       return t.mT3OctStringLiteral(position, Quoted(ValueText(value), "'", "O"));
     case TYP_NULL:
@@ -300,13 +316,33 @@ void ResolveWaitingItems() {
   });
 }
 
-Node translate_value_decl(const AsnValue& value) {
+namespace {
+// Whether a constant may be of a type as it stands: a name, without a constraint.
+bool IsNamed(Node type) {
+  if (const auto* subtype = type->try_as<T3SubType>())
+    return subtype->constraint->is<T3NoExpression>() && IsNamed(subtype->parent);
+  return type->is<T3TypeReference>() || type == gT3ErrorType;
+}
+}  // namespace
+
+std::vector<Node> translate_value_decl(const AsnValue& value) {
   const AsnType type = getTypeOfValue(value);
   // Numbers that no value of TTCN-3 holds serve as bounds only.
-  if (getValueMainType(skipValues(value)) == TYP_INTEGER && !FitsInt64(WideValue(value))) return nullptr;
+  if (getValueMainType(skipValues(value)) == TYP_INTEGER && !FitsInt64(WideValue(value))) return {};
   Node expression = type ? translate_value(value) : nullptr;
-  if (expression == nullptr) return nullptr;
-  return t.mT3ConstDecl(PositionOf(value), _sgT3NoDecl(), gIdents.MakeIdent(MakeASNIdent(getValueRef(value))),
-                        _sgT3NoWith(), translate_type(type), expression);
+  if (expression == nullptr) return {};
+  const tPosition position = PositionOf(value);
+  const auto declared = [&](const std::string& name) { return gIdents.MakeIdent(MakeASNIdent(name)); };
+  std::vector<Node> decls;
+  Node node = translate_type(type);
+  if (!IsNamed(node)) {
+    // No name of ASN.1 has two underscores side by side.
+    const std::string name = getValueRef(value) + "__type";
+    decls.push_back(t.mT3TypeDecl(position, _sgT3NoDecl(), declared(name), _sgT3NoWith(), node));
+    node = Prepared(NamedType(name, position), type);
+  }
+  decls.push_back(
+      t.mT3ConstDecl(position, _sgT3NoDecl(), declared(getValueRef(value)), _sgT3NoWith(), node, expression));
+  return decls;
 }
 }  // namespace mesk

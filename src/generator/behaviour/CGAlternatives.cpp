@@ -5,6 +5,7 @@
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
+#include "frontend/T3Lists.h"
 #include "generator/behaviour/CGAltParts.h"
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -65,6 +66,13 @@ T3SignatureType* SignatureOf(T3Tree_Node* definition) {
   return type->try_as<T3SignatureType>();
 }
 
+// The number of parameters for a name that none of them has.
+size_t PositionOfParameter(T3SignatureType* signature, tIdent name) {
+  for (const auto [index, par] : Numbered<_T3FormalPar>(signature->fpl))
+    if (par->name == name) return index;
+  return GetParNumber(signature->fpl);
+}
+
 // The array of targets for the parameters of a call or reply, with their number before it.
 void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
                             std::vector<std::string>& arguments, CFunction& function) {
@@ -76,22 +84,14 @@ void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
   }
   const unsigned count = GetParNumber(signature->fpl);
   const std::string array = function.declareArray(LUMO_VALUE_T, count);
-  const auto slot = [&array](unsigned i) { return array + "[" + std::to_string(i) + "]"; };
+  const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
   std::vector<bool> is_named(count);
-  unsigned position = 0;
-  for (T3Tree_Node* at = targets->redirect_params; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++position) {
-    unsigned index = position;
-    if (auto* name = at->as<T3FieldValue>()->field->try_as<T3FieldName>()) {
-      index = 0;
-      for (T3Tree_Node* par = signature->fpl;
-           par->is<_T3FormalPar>() && par->as<_T3FormalPar>()->name != name->name;
-           par = par->as<_T3FormalPar>()->next)
-        ++index;
-    }
+  for (const auto [position, at] : Numbered<T3FieldValue>(targets->redirect_params)) {
+    auto* name = at->field->try_as<T3FieldName>();
+    const size_t index = name == nullptr ? position : PositionOfParameter(signature, name->name);
     if (index >= count) continue;
     is_named[index] = true;
-    function.assign(slot(index), Target(at->as<T3FieldValue>()->value, function));
+    function.assign(slot(index), Target(at->value, function));
   }
   for (unsigned i = 0; i < count; ++i)
     if (!is_named[i]) function.assign(slot(i), LUMO_VALUE_NO_RETURN_C);

@@ -1,4 +1,5 @@
 #include "generator/expressions/CGCalls.h"
+#include "frontend/T3Lists.h"
 #include "generator/expressions/CGModes.h"
 
 #include <vector>
@@ -68,13 +69,13 @@ std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, b
   std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
   unsigned index = 0;
   T3Tree_Node* actual = actuals;
-  for (T3Tree_Node* formal = formals; T3Is<_T3FormalPar>(formal);
-       formal = formal->as<_T3FormalPar>()->next, ++index) {
+  for (auto* formal : Items<_T3FormalPar>(formals)) {
+    const std::string slot = Slot(array, index++);
     if (!T3Is<T3ActualPar>(actual)) {
-      function.assign(Slot(array, index), LUMO_VALUE_DEFAULT_C);
+      function.assign(slot, LUMO_VALUE_DEFAULT_C);
       continue;
     }
-    function.assign(Slot(array, index),
+    function.assign(slot,
                     Argument(actual->as<T3ActualPar>()->expression, formal, is_behaviour_call, function));
     actual = actual->as<T3ActualPar>()->next;
   }
@@ -89,9 +90,9 @@ T3Tree_Node* ValueOfActual(T3Tree_Node* actual) {
 
 bool IsOptionalField(T3Tree_Node* type, tIdent name) {
   if (!IsRecordOrSetType(type)) return false;
-  T3Tree_Node* at = type->as<_T3StructuredType>()->body;
-  while (at->is<T3FieldType>() && at->as<T3FieldType>()->name != name) at = at->as<T3FieldType>()->next;
-  return at->is<T3FieldType>() && at->as<T3FieldType>()->optional;
+  for (auto* field : Items<T3FieldType>(type->as<_T3StructuredType>()->body))
+    if (field->name == name) return field->optional;
+  return false;
 }
 
 T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
@@ -104,15 +105,15 @@ T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
 void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
                                        CFunction& function) {
   unsigned index = 0;
-  for (T3Tree_Node* formal = formals; T3Is<_T3TypedFormal>(formal) && T3Is<T3ActualPar>(actuals);
-       formal = formal->as<_T3FormalPar>()->next, actuals = actuals->as<T3ActualPar>()->next, ++index) {
-    auto* field = ValueOfActual(actuals)->try_as<T3Qualifier>();
+  for (const auto [formal, actual] : Pairs<_T3TypedFormal, T3ActualPar>(formals, actuals)) {
+    const std::string slot = Slot(array, index++);
+    auto* field = ValueOfActual(actual)->try_as<T3Qualifier>();
     if (field == nullptr || formal->is<T3FormalTemplatePar>() || !cg::IsField(field)) continue;
     T3Tree_Node* type = cg::TypeOf(field->base);
     if (!IsOptionalField(type, field->id)) continue;
-    function.beginIf(Slot(array, index) + " == " + LUMO_OMIT_VALUE_C);
-    if (formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out)
-      function.callAndAssign(Slot(array, index), LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
+    function.beginIf(slot + " == " + LUMO_OMIT_VALUE_C);
+    if (formal->pass == t3_par_pass_t::Out)
+      function.callAndAssign(slot, LUMO_VALUE_INSTANTIATE_OMITTED_FIELD_VALUE,
                              {RTSLocation(field->base),
                               std::to_string(GetAlternativeIndex(type, field->id, true)), VEXA_CONTEXT});
     else

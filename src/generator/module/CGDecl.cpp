@@ -7,6 +7,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/flow/T3Unused.h"
 #include "driver/diagnostics/T3Error.h"
+#include "frontend/T3KindCover.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/behaviour/CGFunction.h"
 #include "generator/text/CGModuleText.h"
@@ -14,6 +15,7 @@
 #include "generator/types/CGType.h"
 #include "generator/types/CGValue.h"
 #include "generator/text/T3Context.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 // A module that leaves declarations out must be generated anew when another one changes.
@@ -78,20 +80,18 @@ void OrReport(T3Tree_Node* decl, const Generation& generation) {
   }
 }
 
-// The kinds that a module's declaration list may hold.
-bool IsModuleDeclaration(T3Tree_Node* decl) {
-  return decl->is<_T3ImportDecl>() || decl->is<T3TypeDecl>() || decl->is<T3TemplateDecl>() ||
-         decl->is<T3ConstDecl>() || decl->is<T3ModuleParDecl>() || decl->is<T3ExtConstDecl>() ||
-         decl->is<_T3FunctionDecl>() || decl->is<T3ControlPart>();
-}
+using OfOtherModules = T3Kinds<_T3ImportDecl, T3ExtConstDecl>;
+using Normal = T3Kinds<T3TemplateDecl, T3ModuleParDecl, _T3FunctionDecl, T3ControlPart>;
+// They have an order of their own, and come before the others.
+using InOrderOfUse = T3Kinds<T3TypeDecl, T3ConstDecl>;
+using InComponentsAndBlocks = T3Kinds<T3VarDecl, T3PortDecl>;
+static_assert(
+    T3Covers<_T3Decl, OfOtherModules, Normal, InOrderOfUse, T3Kinds<T3GroupDecl>, InComponentsAndBlocks>());
 
 void CGDecl1(T3Tree_Node* list, bool isImportPass) {
-  for (T3Tree_Node* decl = list; !decl->is<T3NoDecl>(); decl = decl->as<_T3Decl>()->next) {
-    if (auto* group = decl->try_as<T3GroupDecl>()) {
-      CGDecl1(group->body, isImportPass);
-      continue;
-    }
-    if (!IsModuleDeclaration(decl)) internal_error_ast("CGDecl", __LINE__, "CGDecl1", decl);
+  for (auto* decl : DeclsInGroups(list)) {
+    if (decl->is<T3GroupDecl>()) continue;
+    if (InComponentsAndBlocks::Has(decl)) internal_error_ast("CGDecl", __LINE__, "CGDecl1", decl);
     if (!RequiresGeneration(decl)) {
       if (!isImportPass) SetDefinitionsRemoved(decl);
       continue;
@@ -101,12 +101,8 @@ void CGDecl1(T3Tree_Node* list, bool isImportPass) {
 }
 
 void CollectTypesAndConstants(T3Tree_Node* list, std::vector<T3Tree_Node*>& found) {
-  for (T3Tree_Node* decl = list; !decl->is<T3NoDecl>(); decl = decl->as<_T3Decl>()->next) {
-    if (auto* group = decl->try_as<T3GroupDecl>())
-      CollectTypesAndConstants(group->body, found);
-    else if (decl->is<T3TypeDecl>() || decl->is<T3ConstDecl>())
-      found.push_back(decl);
-  }
+  for (auto* decl : DeclsInGroups(list))
+    if (InOrderOfUse::Has(decl)) found.push_back(decl);
 }
 
 // The order of generation: as analysis has found it, then what it does not know of.

@@ -3,6 +3,7 @@
 
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
+#include "frontend/T3Lists.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/templates/CGTemplateParts.h"
@@ -50,10 +51,7 @@ std::string PartToWrite(const std::string& target, T3FieldValue* item, T3Tree_No
 
 void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& function) {
   T3Tree_Node* type = cg::TypeOf(changes);
-  size_t position = 0;
-  for (T3Tree_Node* at = changes->value; at->is<T3FieldValue>();
-       at = at->as<T3FieldValue>()->next, ++position) {
-    auto* item = at->as<T3FieldValue>();
+  for (const auto [position, item] : Numbered<T3FieldValue>(changes->value)) {
     if (item->value->is<T3NotUsedSymbol>()) continue;
     const std::string part = cg::Temporary(LUMO_VALUE_T, function);
     function.assign(part, PartToWrite(target, item, type, position, function));

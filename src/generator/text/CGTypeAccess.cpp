@@ -164,11 +164,14 @@ T3Tree_Node* TypeDeclaration(T3Tree_Node* type) {
   T3Tree_Node* decl = nullptr;
   if (auto* reference = type->try_as<T3TypeReference>())
     decl = Def(reference->reference);
-  else if (auto* array = type->try_as<T3ArrayType>(); array != nullptr && array->explicit_type != nullptr)
-    decl = array->explicit_type->is<_T3Type>() ? TypeDeclaration(array->explicit_type) : array->explicit_type;
   else
     decl = OwningDeclaration(type);
-  return IsTypeDeclaration(decl) ? decl : nullptr;
+  if (IsTypeDeclaration(decl)) return decl;
+  // An array that no declaration names has one that was made for it.
+  auto* array = type->try_as<T3ArrayType>();
+  T3Tree_Node* made = array != nullptr ? array->explicit_type : nullptr;
+  if (T3Is<_T3Type>(made)) return TypeDeclaration(made);
+  return IsTypeDeclaration(made) ? made : nullptr;
 }
 
 T3Tree_Node* GetTypeFromTypeDecl(T3Tree_Node* decl) {
@@ -213,18 +216,6 @@ T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type) {
   T3Tree_Node* found = nullptr;
   gT3AST.ForallT3Tree(module->attr().vexa_builtins, [&](T3Tree_Node* decl) {
     if (T3Is<T3TypeDecl>(decl) && decl->as<T3TypeDecl>()->type->kind == builtin_type->kind) found = decl;
-  });
-  return found;
-}
-
-T3Tree_Node* AddressDefinition() {
-  static const tIdent address = gIdents.MakeIdent("address");
-  T3Module* module = CurrentModule();
-  if (module == nullptr) return nullptr;
-  T3Tree_Node* found = nullptr;
-  gT3AST.ForallT3Tree(module->definition_part, [&found](T3Tree_Node* decl) {
-    if (!T3Is<T3TypeDecl>(decl) && !T3Is<T3ImportTypeDecl>(decl)) return;
-    if (decl->as<_T3Decl>()->name == address && !RootType(decl)->is<T3Address>()) found = decl;
   });
   return found;
 }

@@ -17,8 +17,6 @@ T3Tree_Node* RootType(T3Tree_Node* type);
 T3Tree_Node* BuiltinBehind(T3Tree_Node* decl);
 /// The declaration of the module's own copy of a built-in type; null where it has none.
 T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type);
-/// The user's definition of `address` in the module being generated; null where there is none.
-T3Tree_Node* AddressDefinition();
 /// True for a module or declaration that comes from ASN.1.
 bool IsT3ASN_1(T3Tree_Node* decl);
 

@@ -1,7 +1,10 @@
 #include "generator/text/T3Decompile.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
+#include "frontend/T3KindCover.h"
 #include "generator/text/LUMOS.h"
 
 namespace {
@@ -118,6 +121,24 @@ constexpr Word kWords[] = {
     {T3Kind::T3Address, "address"},
     {T3Kind::T3AnyType, "anytype"},
 };
+
+struct Spelled {
+  static constexpr bool Has(size_t kind) {
+    return std::any_of(std::begin(kWords), std::end(kWords),
+                       [kind](const Word& word) { return static_cast<size_t>(word.kind) == kind; });
+  }
+};
+using FromParts =
+    T3Kinds<T3IntLiteral, T3FloatLiteral, T3BooleanLiteral, T3VerdictLiteral, T3ObjectIdentifierLiteral,
+            T3CharStringLiteral, T3UnivCharStringLiteral, T3BitStringLiteral, T3OctStringLiteral,
+            T3HexStringLiteral, T3UnivCharLiteral, T3Regexp, T3Identifier, T3PortIdentifier,
+            T3PortArrayElement, T3Parameterization, T3Qualifier, T3Subscription, T3CompoundValue, T3Match,
+            T3ValueOf, T3LengthRange, T3Complement, T3ValueList, T3ValueRange, _T3SpecialStringMatch,
+            T3CharStringMatch, _T3SuperOrSubSet, ExtraMatchingExpressions>;
+// What a template can't hold: operations of components, and names of other things than values.
+using NotAvailable = T3Kinds<T3NoExpression, T3Execute, T3Create, T3Running, T3Alive, T3Read, T3Activate,
+                             _T3AddressReference, T3ObjIdQualifier>;
+static_assert(T3Covers<_T3Expression, Spelled, FromParts, NotAvailable>());
 
 const char* WordOf(T3Tree_Node* node) {
   for (const Word& word : kWords)

@@ -36,7 +36,7 @@ void AddWithTables(T3TypeDecl* decl, const char* kind, CArray& array) {
 }
 
 void AddAddress(T3TypeDecl* decl) {
-  T3Tree_Node* definition = AddressDefinition();
+  T3Tree_Node* definition = decl->type->as<T3Address>()->attr().address_type_definition_inh;
   if (definition == nullptr) {
     AddStruct(decl, VEXARTSTypeInfoStructName(decl->type));
     return;

@@ -10,6 +10,7 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "frontend/T3Lists.h"
 
 namespace {
 std::unique_ptr<CArray> BeginFields(const std::string& name) {
@@ -52,12 +53,9 @@ bool IsPartOfAllTypes(T3Tree_Node* decl, t3_port_kind_t kind) {
 }
 
 void GenPortTypeListAllTypes(CArray& array, T3Tree_Node* decls, const char* property, t3_port_kind_t kind) {
-  gT3AST.ForallT3Tree(decls, [&](T3Tree_Node* decl) {
-    if (auto* group = decl->try_as<T3GroupDecl>())
-      GenPortTypeListAllTypes(array, group->body, property, kind);
-    else if (TypeDeclaration(decl) == decl && IsPartOfAllTypes(decl, kind))
+  for (auto* decl : DeclsInGroups(decls))
+    if (TypeDeclaration(decl) == decl && IsPartOfAllTypes(decl, kind))
       WriteFieldInfo(array, EmptyName(), property, VEXAStaticTypeRef(decl));
-  });
 }
 
 void GenPortTypeList(CArray& array, T3Tree_Node* list, const char* property, T3TypeDecl* decl) {

@@ -4,6 +4,7 @@
 #include "analysis/types/T3Constants.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3Exception.h"
+#include "frontend/T3Lists.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/templates/CGTemplate.h"
@@ -140,9 +141,10 @@ void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3T
   auto* values = list->try_as<T3CompoundValue>();
   if (array == nullptr || values == nullptr) cg::NotSupported(list);
   const bool nested = RootType(array->type)->is<T3ArrayType>();
-  int64_t index = LowerBoundValue(array->dimension);
-  for (T3Tree_Node* at = values->value; at->is<T3FieldValue>(); at = at->as<T3FieldValue>()->next, ++index) {
-    T3Tree_Node* duration = at->as<T3FieldValue>()->value;
+  const int64_t first = LowerBoundValue(array->dimension);
+  for (const auto [position, at] : Numbered<T3FieldValue>(values->value)) {
+    const int64_t index = first + static_cast<int64_t>(position);
+    T3Tree_Node* duration = at->value;
     if (duration->is<T3NotUsedSymbol>()) continue;
     if (nested)
       GenerateTimerArrayDecl2(

@@ -1,4 +1,5 @@
 /* An adapter that does what the first word of a message asks for; all others come back. */
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -6,10 +7,22 @@
 
 #include "tri.h"
 
-static int turns;
+static volatile int turns;
 
-static int is_word(const TriMessage *message, const char *word) {
-  return message->bits == (long)strlen(word) * 8 && !memcmp(message->data, word, strlen(word));
+static void act_as(const char *word) {
+  if (!strcmp(word, "crash")) *(volatile int *)8 = 1;
+  if (!strcmp(word, "abort")) abort();
+  if (!strcmp(word, "exit")) exit(0);
+  if (!strcmp(word, "end")) _exit(0);
+  if (!strcmp(word, "kill")) raise(SIGKILL);
+  if (!strcmp(word, "exec")) execlp("true", "true", (char *)0);
+  if (!strcmp(word, "copy")) fork();
+  while (!strcmp(word, "block")) pause();
+  while (!strcmp(word, "spin")) ++turns;
+}
+
+void triInit(void) {
+  if (getenv("PEER_INIT")) act_as(getenv("PEER_INIT"));
 }
 
 TriStatus triMap(const TriPortId *compPortId, const TriPortId *tsiPortId) {
@@ -20,12 +33,9 @@ TriStatus triMap(const TriPortId *compPortId, const TriPortId *tsiPortId) {
 TriStatus triSend(const TriComponentId *componentId, const TriPortId *tsiPortId, const TriAddress *sutAddress,
                   const TriMessage *sendMessage) {
   (void)sutAddress;
-  if (is_word(sendMessage, "crash")) *(volatile int *)8 = 1;
-  if (is_word(sendMessage, "abort")) abort();
-  if (is_word(sendMessage, "exit")) exit(0);
-  if (is_word(sendMessage, "end")) _exit(0);
-  while (is_word(sendMessage, "block")) pause();
-  while (is_word(sendMessage, "spin")) ++*(volatile int *)&turns;
+  char word[6] = "";
+  if (sendMessage->bits < 6 * 8) memcpy(word, sendMessage->data, (size_t)sendMessage->bits / 8);
+  act_as(word);
   triEnqueueMsg(tsiPortId, 0, componentId, sendMessage);
   return TRI_OK;
 }

@@ -10,8 +10,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
   int types = 0;
   while (asn_all_types[types] != nullptr) ++types;
   const codecs::Octets octets(data + 2, data + size);
-  const codecs::Trip trip = codecs::RoundTrip(asn_all_types[data[0] % types],
-                                              static_cast<codecs::Rule>(data[1] % codecs::kRules), octets);
+  const int chosen = (data[0] | data[1] / codecs::kRules << 8) % types;
+  const codecs::Trip trip =
+      codecs::RoundTrip(asn_all_types[chosen], static_cast<codecs::Rule>(data[1] % codecs::kRules), octets);
   if (!trip.fault.empty()) {
     std::fprintf(stderr, "%s\n", trip.fault.c_str());
     std::abort();

@@ -1,0 +1,280 @@
+#include "suite/supervisor.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <optional>
+
+#include <sys/mman.h>
+
+#include "report/report_file.h"
+#include "report/wire.h"
+#include "run/component.h"
+#include "run/ending.h"
+#include "suite/jobs.h"
+#include "suite/results.h"
+#include "text/log.h"
+#include "text/log_file.h"
+#include "value/value.h"
+
+namespace lumos {
+
+namespace {
+
+constexpr int start_fault = 2;
+// The process that runs ends by itself before, where it can.
+constexpr Time second = 1000000000, patience = 12 * second;
+constexpr int high_descriptor = 500;
+
+// --- signals, which go to the process that runs
+
+pid_t runner = 0;
+volatile sig_atomic_t stops = 0;
+
+bool is_stop(int signal) {
+  return signal == SIGINT || signal == SIGTERM || signal == SIGHUP;
+}
+
+// What the terminal or the kernel sends to all processes of the group has arrived there already.
+void hand_on(int signal, siginfo_t* info, void*) {
+  const int error = errno;
+  if (is_stop(signal)) stops = stops + 1;
+  if (info->si_code <= 0) kill(runner, signal);
+  errno = error;
+}
+
+bool is_handed_on(int signal) {
+  for (int own : {SIGKILL, SIGSTOP, SIGCHLD, SIGTSTP, SIGTTIN, SIGTTOU, SIGCONT, SIGWINCH, SIGURG, SIGSEGV,
+                  SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP, SIGPIPE, SIGSYS})
+    if (signal == own) return false;
+  return true;
+}
+
+// What is ignored on purpose stays so; what a shell ignores for the background is not (see ending.cpp).
+void hand_on_signals() {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    struct sigaction old, action = {};
+    if (!is_handed_on(signal) || sigaction(signal, nullptr, &old) != 0) continue;
+    if (old.sa_handler == SIG_IGN && signal != SIGINT) continue;
+    action.sa_sigaction = hand_on;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(signal, &action, nullptr);
+  }
+  signal(SIGPIPE, SIG_IGN);
+}
+
+// --- what the other process tells
+
+class Supervision {
+ public:
+  Supervision(int socket, const WireBox& box, const std::atomic<Time>& deadline)
+      : socket_(socket), box_(box), deadline_(deadline) {
+    listener_.run_begins = [this] { phase_ = Phase::begins; };
+    listener_.test_case_begins = [this](const std::string& module, const std::string& name, Time begin) {
+      phase_ = Phase::runs;
+      running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
+      last_ = begin - run_start().clock;
+      tell_begin(module, name, begin);
+    };
+    listener_.event = [this](const Event& e) {
+      last_ = e.time;
+      if (running_) running_->place = e.place;
+      tell(e);
+    };
+    listener_.test_case_ends = [this](const Result& r) {
+      running_.reset();
+      results().push_back(r);
+      tell_end(r);
+    };
+    listener_.run_is_refused = [this] {
+      phase_ = Phase::over;
+      cancel_reporters();
+    };
+    listener_.run_ends = [this](const std::vector<Result>& all) { take_leave(all); };
+  }
+
+  // The status to end with.
+  int watch() {
+    int status = 0;
+    while (waitpid(runner, &status, WNOHANG) != runner) {
+      receive(100);
+      if (!is_late()) continue;
+      is_killed_ = true;
+      kill(runner, SIGKILL);
+    }
+    while (receive(0)) {
+    }
+    hear(box_.rest(received_));
+    if (phase_ != Phase::over) return finish(status);
+    if (WIFSIGNALED(status)) end_alike(WTERMSIG(status));
+    return WEXITSTATUS(status) ? WEXITSTATUS(status) : is_bad_ || reports_failed();
+  }
+
+ private:
+  enum class Phase { begins, runs, over };
+
+  bool is_late() {
+    const Time now = real_time(), deadline = deadline_;
+    if (stops && stopped_ == never) stopped_ = now;
+    return stops > 3 || (stopped_ != never && now > stopped_ + patience) ||
+           (deadline != never && now > deadline + patience);
+  }
+
+  // False if nothing came. The other process may end while others still have its end of the socket.
+  bool receive(int milliseconds) {
+    pollfd waiting{socket_, POLLIN, 0};
+    if (poll(&waiting, 1, milliseconds) <= 0) return false;
+    char block[1 << 16];
+    const ssize_t n = recv(socket_, block, sizeof block, MSG_DONTWAIT);
+    if (n > 0) {
+      received_ += static_cast<size_t>(n);
+      hear({block, static_cast<size_t>(n)});
+    } else if (milliseconds) {
+      usleep(1000);
+    }
+    return n > 0;
+  }
+  void hear(std::string_view text) {
+    pending_ += text;
+    pending_.erase(0, tell_from_wire(pending_, listener_));
+  }
+
+  void take_leave(const std::vector<Result>& all) {
+    phase_ = Phase::over;
+    for (const Result& r : all) is_bad_ = is_bad_ || !is_good(r.verdict);
+    tell_run_ends(all);
+  }
+
+  // Nothing was said at the end.
+  int finish(int status) {
+    const std::string reason = is_killed_ ? "user code did not come back, and let no signal through"
+                                          : "user code ended the process with " + end_of_process(status);
+    note_end(reason.c_str());
+    if (phase_ == Phase::begins) {
+      std::fprintf(stderr, "the suite could not be started: %s\n", reason.c_str());
+      cancel_reporters();
+      return start_fault;
+    }
+    log_line(lumo_log_msg_error_c, reason);
+    if (running_) {
+      running_->reason = reason;
+      running_->duration =
+          std::max<Time>(is_simulated() ? last_ + run_start().clock : now(), running_->begin) -
+          running_->begin;
+      results().push_back(*running_);
+      print_result(results().back());
+      tell_end(results().back());
+    }
+    tell_run_ends(results());
+    print_summary();
+    close_log_files();
+    return std::max(1, status_of_results());
+  }
+
+  // The process was complete before: its end is what it would be without this one.
+  [[noreturn]] static void end_alike(int signal) {
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);
+    _exit(128 + signal);
+  }
+
+  int socket_;
+  const WireBox& box_;
+  const std::atomic<Time>& deadline_;
+  WireListener listener_;
+  Phase phase_ = Phase::begins;
+  std::optional<Result> running_;
+  Time last_ = 0, stopped_ = never;
+  uint64_t received_ = 0;
+  std::string pending_;
+  bool is_bad_ = false, is_killed_ = false;
+};
+
+// --- the parting of the two
+
+// Under a debugger, which would look at the wrong process, or with threads, which only one of the two would
+// have.
+bool is_alone() {
+  std::ifstream in("/proc/self/status");
+  bool is_alone = false;
+  for (std::string word; in >> word;) {
+    long number;
+    if (word == "TracerPid:" && in >> number && number != 0) return false;
+    if (word == "Threads:") return in >> number && number == 1;
+  }
+  return is_alone;
+}
+
+// What both processes have.
+struct Common {
+  WireBox box;
+  std::atomic<Time>* deadline;
+  int sockets[2];  // of the one that watches, and of the one that runs
+};
+
+bool make_common(Common& common) {
+  void* memory =
+      mmap(nullptr, sizeof(std::atomic<Time>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED || !common.box.is_made()) return false;
+  common.deadline = new (memory) std::atomic<Time>(never);
+  return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, common.sockets) == 0;
+}
+
+[[noreturn]] void supervise(Common& common, const sigset_t& signals) {
+  close(common.sockets[1]);
+  hand_on_signals();
+  sigprocmask(SIG_SETMASK, &signals, nullptr);
+  const int status = Supervision(common.sockets[0], common.box, *common.deadline).watch();
+  std::fflush(nullptr);
+  _exit(status);
+}
+
+// Adapters close what they know, and mostly low numbers.
+int out_of_the_way(int descriptor) {
+  const int high = fcntl(descriptor, F_DUPFD_CLOEXEC, high_descriptor);
+  if (high < 0) return descriptor;
+  close(descriptor);
+  return high;
+}
+
+void run_supervised(Common& common, bool with_events, pid_t supervisor) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != supervisor) _exit(1);
+  close(common.sockets[0]);
+  drop_reporters();
+  share_deadline(common.deadline);
+  add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, with_events));
+}
+
+}  // namespace
+
+void be_supervised() {
+  static Common& common = *new Common;
+  static bool is_done = false;
+  if (is_done || !is_alone() || !make_common(common)) return;
+  is_done = true;
+  run_start();
+  std::fflush(nullptr);
+  sigset_t all, signals;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &signals);
+  const bool with_events = events_wanted;
+  const pid_t supervisor = getpid();
+  runner = fork();
+  if (runner > 0) supervise(common, signals);
+  if (runner == 0) run_supervised(common, with_events, supervisor);
+  sigprocmask(SIG_SETMASK, &signals, nullptr);
+}
+
+}  // namespace lumos

@@ -1,0 +1,14 @@
+// A run in two processes: one runs the suite, the other holds the reports and waits. Where the first is gone
+// without having taken leave, because code of the user ended it in a way that nothing in it can hear of
+// (_exit, a signal that cannot be caught, another program in its place), the second gives the test case that
+// ran the verdict error, and completes reports, summary and status. Signals that it gets it hands on.
+#pragma once
+
+namespace lumos {
+
+// From here on the process is watched by the one that it was before, which never returns: it ends with the
+// status of this one. Reporters stay there. Nothing happens under a debugger, or where threads of the user
+// run already.
+void be_supervised();
+
+}  // namespace lumos

@@ -1,0 +1,205 @@
+"""Types and values of random programs: what reading, writing and comparing them gives, and how they are logged."""
+
+OMIT = object()
+LIMIT = 10 ** 15
+
+
+class DynamicError(Exception):
+    pass
+
+
+class Open(DynamicError):
+    """Whether this is evaluated, and so is a fault, is open."""
+
+
+class Discard(Exception):
+    """The program does something that the language leaves open."""
+
+
+# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...)); ("list", name, element, bounds, word);
+# ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
+INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
+SUB = ("sub", "Small", -20, 20)
+
+
+def make_types(rng):
+    types = [INT, FLOAT, BOOL, TEXT, SUB]
+    lines = ["type integer Small (-20 .. 20);"]
+    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT)]
+    for i in range(12):
+        kind = ("list", "record", "union", "array", "record", "list")[i % 6]
+        name = f"{kind.capitalize()}{i}"
+        pick = lambda: rng.choice(types if rng.random() < 0.6 else [INT, TEXT, SUB])
+        if kind == "list":
+            bounds = rng.choice((None, None, (0, 4)))
+            word, element = ("record", pick()) if i < 11 else ("set", rng.choice((INT, TEXT, SUB)))
+            types.append((kind, name, element, bounds, word))
+            lines.append(f"type {word} {f'length({bounds[0]} .. {bounds[1]}) ' if bounds else ''}of {element[1]} {name};")
+        elif kind == "array":
+            element, length = pick(), rng.randint(1, 3)
+            types.append((kind, name, element, length))
+            lines.append(f"type {element[1]} {name}[{length}];")
+        elif kind == "record":
+            fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
+            types.append((kind, name, fields))
+            body = ", ".join(f"{t[1]} {f}{' optional' if o else ''}" for f, t, o in fields)
+            lines.append(f"type record {name} {{ {body} }}")
+        else:
+            alternatives = tuple((f"a{k}", pick()) for k in range(rng.randint(2, 4)))
+            types.append((kind, name, alternatives))
+            lines.append(f"type union {name} {{ {', '.join(f'{t[1]} {a}' for a, t in alternatives)} }}")
+    for t in types:
+        lines += [f"function match_{t[1]}(template {t[1]} p, {t[1]} v) return boolean {{ return match(v, p); }}",
+                  f"function same_template_{t[1]}(template {t[1]} p) return template {t[1]} {{ return p; }}"]
+    return types, lines
+
+
+# ---- Values: None is unset; a record is a dict, a union (alternative, value), lists and arrays are tuples.
+
+def part_type(t, key):
+    if t[0] == "record":
+        return next((ft, o) for f, ft, o in t[2] if f == key)
+    return (dict(t[2])[key] if t[0] == "union" else t[2]), False
+
+
+def complete(t, v):
+    if v is None:
+        return False
+    if t[0] == "record":
+        return all(v[f] == OMIT or (o and v[f] is None) or complete(ft, v[f]) for f, ft, o in t[2])
+    if t[0] in ("list", "array"):
+        return all(complete(t[2], x) for x in v)
+    return complete(part_type(t, v[0])[0], v[1]) if t[0] == "union" else True
+
+
+def checked(t, v):
+    """The value, if it belongs to its type."""
+    if v is OMIT or v is None:
+        raise DynamicError
+    if t[0] == "sub" and not t[2] <= v <= t[3]:
+        raise DynamicError
+    if t[0] == "list" and t[3] and not t[3][0] <= len(v) <= t[3][1]:
+        raise DynamicError
+    if t[0] in ("integer", "float") and abs(v) > LIMIT:
+        raise Discard
+    return v
+
+
+def read(t, v, path):
+    """The part at the path and its type; omit where it is an omitted field."""
+    for key in path:
+        # Of what has no value yet, the fields and elements have none either; optional fields are omitted.
+        if t[0] == "record" and v is None:
+            v = dict.fromkeys(f for f, _, _ in t[2])
+        if t[0] in ("list", "array") and v is None:
+            v = ()
+        if v is None or v is OMIT:
+            raise DynamicError
+        if t[0] == "union":
+            if v[0] != key:
+                raise DynamicError
+            v = v[1]
+        elif t[0] == "record":
+            ft, optional = part_type(t, key)
+            v = OMIT if optional and v[key] is None else v[key]
+        else:
+            if key < 0 or t[0] == "array" and key >= t[3]:
+                raise DynamicError
+            v = v[key] if key < len(v) else None
+        t = part_type(t, key)[0]
+    return v
+
+
+def write(t, v, path, new):
+    """The value with another part at the path: what is missing on the way comes into being."""
+    if not path:
+        return checked(t, new)
+    key, rest = path[0], path[1:]
+    if t[0] == "union":
+        return key, write(part_type(t, key)[0], v[1] if v and v[0] == key else None, rest, new)
+    if t[0] == "record":
+        whole = dict(v) if v else {f: None for f, _, _ in t[2]}
+        ft, optional = part_type(t, key)
+        if not rest and new is OMIT:
+            if not optional:
+                raise DynamicError
+            whole[key] = OMIT
+        else:
+            whole[key] = write(ft, None if whole[key] is OMIT else whole[key], rest, new)
+        return whole
+    size = t[3] if t[0] == "array" else LIMIT
+    if not 0 <= key < size:
+        raise DynamicError
+    parts = list(v or ())
+    parts += [None] * (max(key + 1, size if t[0] == "array" else 0) - len(parts))
+    parts[key] = write(t[2], parts[key], rest, new)
+    if t[0] == "list" and t[3] and len(parts) > t[3][1]:
+        raise DynamicError
+    return tuple(parts)
+
+
+def same(t, a, b):
+    if a is None or b is None:
+        raise DynamicError
+    if a is OMIT or b is OMIT:
+        return a is b
+    if t[0] == "record":
+        norm = lambda v, f, o: OMIT if o and v[f] is None else v[f]
+        return all(same(ft, norm(a, f, o), norm(b, f, o)) for f, ft, o in t[2])
+    if t[0] == "union":
+        return a[0] == b[0] and same(part_type(t, a[0])[0], a[1], b[1])
+    if t[0] == "list" and t[4] == "set":
+        if not complete(t, a) or not complete(t, b):
+            raise Open
+        return same_set(t[2], a, list(b))
+    if t[0] in ("list", "array"):
+        return len(a) == len(b) and all(same(t[2], x, y) for x, y in zip(a, b))
+    return a == b
+
+
+def same_set(t, a, rest):
+    for x in a:
+        i = next((i for i, y in enumerate(rest) if same(t, x, y)), None)
+        if i is None:
+            return False
+        rest.pop(i)
+    return not rest
+
+
+def shown(t, v, top=False):
+    if v is OMIT:
+        return "omit"
+    if t[0] == "record":
+        return "{ " + ", ".join(f"{f} := {shown(ft, OMIT if v[f] is None else v[f])}" for f, ft, _ in t[2]) + " }"
+    if t[0] == "union":
+        return f"{{ {v[0]} := {shown(part_type(t, v[0])[0], v[1])} }}"
+    if t[0] in ("list", "array"):
+        return "{ " + ", ".join(shown(t[2], x) for x in v) + " }" if v else "{}"
+    if t[0] == "charstring":
+        return v if top else f'"{v}"'
+    if t[0] == "float" and v and abs(v) < 1e-4:
+        raise Discard
+    return str(v).lower() if t[0] == "boolean" else str(v)
+
+
+class Place:
+    """A variable, or what a parameter by reference stands for: a part of the caller's variable."""
+
+    def __init__(self, t, value=None, whole=None, path=()):
+        self.t, self.value, self.whole, self.path = t, value, whole, path
+
+    def get(self):
+        return read(self.whole.t, self.whole.get(), self.path) if self.whole else self.value
+
+    def set(self, path, new):
+        if self.whole:
+            self.whole.set(self.path + path, new)
+            if self.t[0] == "sub":
+                checked(self.t, self.get())
+        else:
+            self.value = write(self.t, self.value, path, new)
+
+
+def values_of(scope):
+    """The entries that are no template variables or parameters."""
+    return [row for row in scope if row[1][0] != "template"]
