@@ -52,10 +52,11 @@ bool IsOutOf(T3Tree_Node* type, std::optional<int64_t> index) {
   return bounds ? *index < bounds->low || *index > bounds->high : *index < 0;
 }
 
+// A list is asked when the suite runs.
 void CheckIndex(T3Tree_Node* node) {
   auto* subscription = node->as<T3Subscription>();
   T3Tree_Node* type = HasFailed(subscription->base) ? nullptr : ExpressionBaseType(subscription->base);
-  if (type != nullptr && IsOutOf(type, KnownInteger(subscription->index)))
+  if (T3Is<T3ArrayType>(type) && IsOutOf(type, KnownInteger(subscription->index)))
     vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
 }
 

@@ -416,7 +416,7 @@ bool CheckArray(T3Tree_Node* node, const Side& side) {
 // A mapping has the system on one of its sides.
 bool CheckMapping(T3Tree_Node* node, const Side& first, const Side& second) {
   if (!node->is<T3MapStmt>() && !(node->is<T3UnmapStmt>() && NamesPort(second))) return false;
-  if (first.owner == nullptr || second.owner == nullptr) return false;
+  if (first.owner == nullptr || second.owner == nullptr || IsInControlPart(node)) return false;
   if (first.component->is<T3System>() != second.component->is<T3System>()) return false;
   vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
   return true;
