@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "text/codec.h"
 #include "value/error.h"
@@ -76,12 +77,12 @@ void drop_queues(Port& port) {
 }
 
 void unlink(Port& port) {
-  for (Port* other : port.connections) remove_port(other->connections, &port);
+  // A port may be connected to itself.
+  for (Port* other : std::exchange(port.connections, {})) remove_port(other->connections, &port);
   for (Port* other : port.mappings) {
     remove_port(other->mappings, &port);
     if (other->owner == test_case->system) outside_unmap(port, *other);
   }
-  port.connections.clear();
   port.mappings.clear();
 }
 
