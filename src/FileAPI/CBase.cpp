@@ -45,12 +45,6 @@ void CBase::indent(CSection& section, int n) const {
   ::indent(section, std::min(n < 0 ? indentation_ : static_cast<unsigned>(n), kMost));
 }
 
-void CBase::newline(CSection& section) const {
-  static constexpr std::string_view kLine =
-      "\n                                                                ";
-  section.add(kLine.substr(0, 1 + indentation_));
-}
-
 void CBase::beginScope(CSection& section) {
   newline(section);
   section.add("{");

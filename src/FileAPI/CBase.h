@@ -41,7 +41,10 @@ class CBase {
   /// Writes n blanks; a negative n means the current indentation.
   void indent(CSection& section, int n = -1) const;
   /// A new line at the current indentation.
-  void newline(CSection& section) const;
+  void newline(CSection& section) const {
+    constexpr unsigned most = 64;
+    section.addNewline(indentation_ < most ? indentation_ : most);
+  }
 
   CFile* file_;
   unsigned indentation_ = 2;

@@ -10,7 +10,7 @@ using namespace asn1;
 ClassUse Resolver::classOf(const TypeAst& type, const Context& context) {
   if (type.kind == TypeAst::kRef) return classOf(type.ref, context);
   error(context, type.token, "a class is needed");
-  return ClassUse();
+  throw Abandoned();
 }
 
 /// The class behind names; an error is reported.
@@ -282,6 +282,7 @@ ValueNode* Resolver::setSetting(Parser& parser, const FieldAst& field, const Con
   }
   if (object) return objectSetFor(parser.parseReference(), context);
   TypeNode* type = makeType(*field.type, cls.context, nullptr);
+  type->field_kind = field.kind;
   type->constraints.push_back(makeConstraint(*parseValueSet(parser, context), context, *type, type));
   return typeSetting(context, token, type);
 }

@@ -731,14 +731,7 @@ bool Decoder::decode_set_field(const Record& r, size_t i, bool& found) {
   chosen_ = is_certain;
   found = decode_present(r, i, limit) && source.place.bits() > at;
   if (!before) return found || !is_certain;
-  Value more = r.v->parts.data[i];
-  r.v->parts.data[i] = before;
-  for (size_t k = 0; more && k < more->parts.size; ++k) {
-    const size_t last = before->parts.size;
-    resize_parts(before, last + 1);
-    lumo_value_assign(force_part(before, last), more->parts.data[k], current_task);
-  }
-  if (more) destroy(more);
+  append_elements(before, std::exchange(r.v->parts.data[i], before));
   return found || !is_certain;
 }
 

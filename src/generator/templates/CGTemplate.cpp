@@ -3,6 +3,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Subtree.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -37,10 +38,11 @@ bool IsSignatureTemplate(T3TemplateDef* definition) {
 }
 
 void ResetLocations(T3Tree_Node* definition) {
-  gT3AST.TraverseT3TreeTD(definition, [](T3Tree_Node* node) {
-    if ((node->is<_T3Expression>() || node->is<T3TemplateDef>()) && node->attributes != nullptr &&
-        node->attributes->cold != nullptr)
+  ForEachInSubtree(definition, [](T3Tree_Node* node) {
+    if (node->attributes != nullptr && node->attributes->cold != nullptr &&
+        (node->is<_T3Expression>() || node->is<T3TemplateDef>()))
       ResetLocation(node);
+    return true;
   });
 }
 
