@@ -17,6 +17,9 @@ void indent(CSection& section, unsigned n);
 /// Words of C that are only looked at: a list of texts of any kind.
 using CWords = std::initializer_list<std::string_view>;
 
+/// The texts one behind the other.
+std::string joined(CWords pieces);
+
 /// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
 std::string getSignature(std::string_view returnType, std::string_view name,
                          const std::vector<std::string>& parameters);

@@ -55,10 +55,6 @@ class CSection {
   /// The whole text, unless the section has spilled.
   std::string_view text() const { return {text_.get(), size_}; }
 
- private:
-  static constexpr size_t _limit = 10240;
-  static constexpr size_t _reserve_limit = 256;
-
   /// Most texts are short words: two moves that may overlap.
   static void copy(char* to, std::string_view text) {
     const size_t size = text.size();
@@ -75,6 +71,11 @@ class CSection {
     else if (size == 1)
       *to = text.front();
   }
+
+ private:
+  static constexpr size_t _limit = 10240;
+  static constexpr size_t _reserve_limit = 256;
+
   template <size_t kPiece>
   static void copyEnds(char* to, std::string_view text) {
     char first[kPiece];

@@ -157,7 +157,7 @@ void CGTemplateImport(T3Tree_Node* node) {
   auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, true);
   structure->addMember(module);
   structure->addMember(Quote(origin->as<_T3Decl>()->name));
-  for (int i = 0; i < 7; ++i) structure->addMember(C_NULL);
+  structure->addNulls(7);
   structure->end();
   gT3Context.file().addDefine(VEXATemplateConstName(import), "&(" + name + ")");
   CFunction& bind = gT3Context.registerFunction();

@@ -23,16 +23,6 @@ std::string_view Text(tIdent ident) {
   return gIdents.GetString(ident);
 }
 
-// Names are made of many pieces, and there are many of them.
-std::string Joined(CWords pieces) {
-  size_t size = 0;
-  for (const std::string_view piece : pieces) size += piece.size();
-  std::string text;
-  text.reserve(size);
-  for (const std::string_view piece : pieces) text.append(piece);
-  return text;
-}
-
 std::string_view NameOf(T3Tree_Node* decl) {
   return Text(DeclaredName(decl));
 }
@@ -47,7 +37,7 @@ std::string_view ModuleOf(T3Tree_Node* decl) {
 
 // module "_" name
 std::string Qualified(T3Tree_Node* decl) {
-  return Joined({ModuleOf(decl), "_", NameOf(decl)});
+  return joined({ModuleOf(decl), "_", NameOf(decl)});
 }
 
 // The same of the declaration behind an import.
@@ -69,7 +59,7 @@ std::string QualifiedImport(T3Tree_Node* decl) {
   name = Qualified(decl);
   T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
   if (owners.try_emplace(name, origin).first->second != origin)
-    name = Joined({ModuleOf(decl), "_", Origin(decl)});
+    name = joined({ModuleOf(decl), "_", Origin(decl)});
   return name;
 }
 
@@ -82,18 +72,18 @@ bool IsAssigned(const char* location) {
 }
 
 std::string OfModule(const char* before, tIdent module, const char* behind) {
-  return Joined({before, Text(module), behind});
+  return joined({before, Text(module), behind});
 }
 
 std::string OfType(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (!decl->is<T3TypeDecl>()) WrongNode(line, function, decl);
-  return Joined({"vexa_", NameOf(decl), behind});
+  return joined({"vexa_", NameOf(decl), behind});
 }
 #define OF_TYPE(decl, behind) OfType(__LINE__, __func__, decl, behind)
 
 std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
-  return Joined({"vexa_", NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position), behind});
+  return joined({"vexa_", NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position), behind});
 }
 #define OF_TEMPLATE(decl, behind) OfTemplate(__LINE__, __func__, decl, behind)
 
@@ -133,22 +123,22 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
 }
 
 std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (IsBehaviour(decl)) return Joined({"vexa_", Qualified(decl), "_local_", behind});
-  if (IsImportedBehaviour(decl)) return Joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
+  if (IsBehaviour(decl)) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (IsImportedBehaviour(decl)) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
 
 std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (decl->is<T3TypeDecl>()) return Joined({"vexa_", Qualified(decl), "_local_", behind});
-  if (decl->is<T3ImportSignatureDecl>()) return Joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   return OfBehaviour(line, function, decl, behind);
 }
 #define OF_SIGNATURE(decl, behind) OfSignature(__LINE__, __func__, decl, behind)
 }  // namespace
 
 std::string PositionSuffix(const tPosition& position) {
-  return Joined({"_", std::to_string(position.Line), "_", std::to_string(position.Column)});
+  return joined({"_", std::to_string(position.Line), "_", std::to_string(position.Column)});
 }
 
 std::string ModuleInitializeName(tIdent module) {
@@ -193,23 +183,23 @@ std::string VEXAModuleParamsInfoName(T3Tree_Node* module) {
 }
 
 std::string VEXAModuleParameterName(tIdent a, tIdent b) {
-  return Joined({"vexa_", Text(a), "_", Text(b), "_module_params_storage"});
+  return joined({"vexa_", Text(a), "_", Text(b), "_module_params_storage"});
 }
 
 std::string VEXALocalVarName(tIdent name) {
   static unsigned long counter = 0;
-  return Joined({"vexa_", Text(name), "_loc_", std::to_string(counter++)});
+  return joined({"vexa_", Text(name), "_loc_", std::to_string(counter++)});
 }
 
 std::string VEXATypeConstName(T3Tree_Node* decl) {
-  if (decl->is<T3TypeDecl>()) return Joined({"vexa_", Qualified(decl), "_local_type"});
-  if (decl->is<T3ImportTypeDecl>()) return Joined({"vexa_", QualifiedImport(decl), "_imp_type"});
-  if (decl->is<T3ImportSignatureDecl>()) return Joined({"vexa_", QualifiedImport(decl), "_imp_sig"});
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_type"});
+  if (decl->is<T3ImportTypeDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_type"});
+  if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_sig"});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATypeName(T3Tree_Node* decl) {
-  if (decl->is<T3PortDecl>()) return Joined({"vexa_", NameOf(decl), "_port"});
+  if (decl->is<T3PortDecl>()) return joined({"vexa_", NameOf(decl), "_port"});
   return VEXATypeStructName(decl);
 }
 
@@ -218,10 +208,10 @@ std::string VEXATypeStructName(T3Tree_Node* decl) {
   if (const char* stored = decl->as<_T3Decl>()->cold().type_struct_name; IsAssigned(stored)) return stored;
   if (IsImportOf(decl)) {
     if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
-    return Joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
+    return joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
   }
   const auto asn1 = StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name);
-  return Joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
+  return joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
 }
 
 std::string VEXAFieldInfoName(T3Tree_Node* decl) {
@@ -255,7 +245,7 @@ std::string VEXAConstraintOfName(T3Tree_Node* decl) {
 
 std::string VEXAPortRecordName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return Joined({"vexa_", Qualified(decl), "_port_record_type"});
+  return joined({"vexa_", Qualified(decl), "_port_record_type"});
 }
 
 std::string VEXAPortRecordInfoStructName(T3Tree_Node* decl) {
@@ -284,25 +274,25 @@ std::string VEXAComponentPostProcessFuncName(T3Tree_Node* decl) {
 
 std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
   if (decl->is<T3TypeDecl>())
-    return Joined({"vexa_", Qualified(decl), "_local_", AttributeWord(kind), "_attributes"});
+    return joined({"vexa_", Qualified(decl), "_local_", AttributeWord(kind), "_attributes"});
   if (decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
-    return Joined({"vexa_", ModuleOf(decl), "_", Origin(decl), AttributeWord(kind), "_attributes"});
+    return joined({"vexa_", ModuleOf(decl), "_", Origin(decl), AttributeWord(kind), "_attributes"});
   return WRONG_NODE(decl);
 }
 
 std::string VEXABuiltinTypeName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return Joined({"vexa_", Qualified(decl), "_builtin_type"});
+  return joined({"vexa_", Qualified(decl), "_builtin_type"});
 }
 
 std::string VEXABuiltinTypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return Joined({"vexa_", Qualified(decl), "_builtin_type_struct"});
+  return joined({"vexa_", Qualified(decl), "_builtin_type_struct"});
 }
 
 std::string VEXABuiltinTypeInfoStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return Joined({"vexa_", Qualified(decl), "_builtin_type_info_struct"});
+  return joined({"vexa_", Qualified(decl), "_builtin_type_info_struct"});
 }
 
 std::string VEXABuiltinFieldInfoName(T3Tree_Node* decl) {
@@ -360,24 +350,24 @@ std::string VEXARTSTypeInfoStructName(T3Tree_Node* type) {
     default:
       return WRONG_NODE(type);
   }
-  return Joined({"lumo_", word, "_type_info_struct"});
+  return joined({"lumo_", word, "_type_info_struct"});
 }
 
 std::string VEXATemplateConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ImportTemplateDecl>()) return Joined({"vexa_", QualifiedImport(decl), "_imp_template"});
+  if (decl->is<T3ImportTemplateDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_template"});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   auto* local = decl->as<T3TemplateDecl>();
   const std::string suffix =
       local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
-  return Joined({"vexa_", Qualified(decl), suffix, "_local_template"});
+  return joined({"vexa_", Qualified(decl), suffix, "_local_template"});
 }
 
 std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
   if (decl->is<T3ImportTemplateDecl>())
-    return Joined({"vexa_", ModuleOf(decl), "_imp_template_", Origin(decl)});
+    return joined({"vexa_", ModuleOf(decl), "_imp_template_", Origin(decl)});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   const std::string suffix = PositionSuffix(decl->as<T3TemplateDecl>()->position);
-  return Joined({"vexa_", Qualified(decl), suffix, "_type_struct"});
+  return joined({"vexa_", Qualified(decl), suffix, "_type_struct"});
 }
 
 std::string VEXATemplateRef(T3Tree_Node* decl) {
@@ -389,11 +379,11 @@ std::string VEXASizeOfName(T3Tree_Node* decl) {
 }
 
 std::string VEXAMatchName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return Joined({OF_TEMPLATE(decl, ModeWord(mode)), "_match"});
+  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_match"});
 }
 
 std::string VEXAValueOfName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return Joined({OF_TEMPLATE(decl, ModeWord(mode)), "_valueof"});
+  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_valueof"});
 }
 
 std::string VEXATemplateFieldInfoName(T3Tree_Node* decl) {
@@ -409,25 +399,25 @@ std::string VEXATemplateInfoName(T3Tree_Node* decl) {
 }
 
 std::string VEXAFunctionName(T3Tree_Node* decl) {
-  if (decl->is<T3Function>()) return Joined({"vexa_", NameOf(decl), "_func"});
-  if (decl->is<T3ImportFunctionDecl>()) return Joined({"vexa_imp_func_", Origin(decl)});
+  if (decl->is<T3Function>()) return joined({"vexa_", NameOf(decl), "_func"});
+  if (decl->is<T3ImportFunctionDecl>()) return joined({"vexa_imp_func_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATestcaseName(T3Tree_Node* decl) {
-  if (decl->is<T3Testcase>()) return Joined({"vexa_", NameOf(decl), "_testcase"});
-  if (decl->is<T3ImportTestcaseDecl>()) return Joined({"vexa_imp_tc_", Origin(decl)});
+  if (decl->is<T3Testcase>()) return joined({"vexa_", NameOf(decl), "_testcase"});
+  if (decl->is<T3ImportTestcaseDecl>()) return joined({"vexa_imp_tc_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATeststepName(T3Tree_Node* decl) {
-  if (decl->is<T3TestStep>()) return Joined({"vexa_", NameOf(decl), "_teststep"});
-  if (decl->is<T3ImportTeststepDecl>()) return Joined({"vexa_imp_ts_", Origin(decl)});
+  if (decl->is<T3TestStep>()) return joined({"vexa_", NameOf(decl), "_teststep"});
+  if (decl->is<T3ImportTeststepDecl>()) return joined({"vexa_imp_ts_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXAExtObjectName(T3Tree_Node* decl) {
-  if (decl->is<T3ExtFunction>()) return Joined({Qualified(decl), "_stub"});
+  if (decl->is<T3ExtFunction>()) return joined({Qualified(decl), "_stub"});
   if (decl->is<T3ExtConstDecl>()) return Qualified(decl);
   return WRONG_NODE(decl);
 }
@@ -438,18 +428,18 @@ std::string VEXAExtFuncName(T3Tree_Node* decl) {
 
 std::string VEXAExtFuncCompileSwitchName(T3Tree_Node* decl) {
   if (!decl->is<T3ExtFunction>()) return WRONG_NODE(decl);
-  return Joined({"EXT_FUNC_BYPASS_TRI_", Qualified(decl), "_func"});
+  return joined({"EXT_FUNC_BYPASS_TRI_", Qualified(decl), "_func"});
 }
 
 std::string VEXAConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ConstDecl>()) return Joined({"vexa_loc_const_", Qualified(decl)});
-  if (decl->is<T3ImportConstDecl>()) return Joined({"vexa_imp_const_", Origin(decl)});
-  if (decl->is<T3ImportModuleParDecl>()) return Joined({"vexa_imp_modulepar_", Origin(decl)});
+  if (decl->is<T3ConstDecl>()) return joined({"vexa_loc_const_", Qualified(decl)});
+  if (decl->is<T3ImportConstDecl>()) return joined({"vexa_imp_const_", Origin(decl)});
+  if (decl->is<T3ImportModuleParDecl>()) return joined({"vexa_imp_modulepar_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXAModuleParName(T3Tree_Node* decl) {
-  return decl->is<T3ModuleParDecl>() ? Joined({"vexa_loc_mod_par_", Qualified(decl)}) : WRONG_NODE(decl);
+  return decl->is<T3ModuleParDecl>() ? joined({"vexa_loc_mod_par_", Qualified(decl)}) : WRONG_NODE(decl);
 }
 
 std::string VEXAExtConstName(T3Tree_Node* decl) {
@@ -488,13 +478,13 @@ std::string GetFunctionObject(T3Tree_Node* decl) {
   if (decl->is<T3Function>()) return VEXAFunctionName(decl);
   if (decl->is<T3ExtFunction>()) return VEXAExtObjectName(decl);
   // an import is held through a pointer
-  if (decl->is<T3ImportFunctionDecl>()) return Joined({"(*", VEXAFunctionName(decl), ")"});
+  if (decl->is<T3ImportFunctionDecl>()) return joined({"(*", VEXAFunctionName(decl), ")"});
   return WRONG_NODE(decl);
 }
 
 std::string GetTeststepObject(T3Tree_Node* decl) {
   if (decl->is<T3TestStep>()) return VEXATeststepName(decl);
-  if (decl->is<T3ImportTeststepDecl>()) return Joined({"(*", VEXATeststepName(decl), ")"});
+  if (decl->is<T3ImportTeststepDecl>()) return joined({"(*", VEXATeststepName(decl), ")"});
   return WRONG_NODE(decl);
 }
 
@@ -527,7 +517,7 @@ std::string SliceString(const std::string& text, size_t n) {
 }
 
 std::string Quote(std::string_view text) {
-  return Joined({"\"", text, "\""});
+  return joined({"\"", text, "\""});
 }
 
 std::string Quote(tIdent name) {
@@ -561,5 +551,5 @@ std::string CStringOfLiteral(std::string_view literal) {
 }
 
 std::string FormalPar(std::string_view type, std::string_view name) {
-  return Joined({type, " ", name});
+  return joined({type, " ", name});
 }
