@@ -13,6 +13,7 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/constants/T3Faults.h"
 #include "analysis/names/T3Names.h"
+#include "asn1/integration/T3Representation.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
@@ -340,6 +341,8 @@ struct Subtyped {
   tPosition position;
   uint32_t order;
   _T3Expression* expression;
+  /// The type to hold it to; null for its own.
+  T3Tree_Node* type = nullptr;
 };
 std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
 // How many were noted when each of the types was entered that the walk is in.
@@ -351,7 +354,29 @@ std::unordered_set<uint32_t>& g_replaced = *new std::unordered_set<uint32_t>;
 void NoteSubtyped(T3Tree_Node* node) {
   auto* expression = node->as<_T3Expression>();
   if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
-  g_subtyped.push_back({expression->position, static_cast<uint32_t>(g_subtyped.size()), expression});
+  g_subtyped.push_back(
+      {expression->position, static_cast<uint32_t>(g_subtyped.size()), expression, nullptr});
+}
+
+bool ComesFromAsn(T3Tree_Node* node) {
+  return node->place == nullptr || T3ReprToLanguage(node->place->vexa_my_module) == language_asn1;
+}
+
+// What a subtype of a subtype allows is allowed by the latter; constraints of ASN.1 are cut with each other.
+void NoteBounds(T3Tree_Node* node) {
+  auto* subtype = node->as<T3SubType>();
+  auto* list = subtype->constraint->try_as<T3ValueList>();
+  if (list == nullptr || !T3Is<T3SubType>(LocalTypeDef(subtype->parent)) || ComesFromAsn(list)) return;
+  const auto note = [subtype](T3Tree_Node* value) {
+    if (!T3Is<_T3Expression>(value) || IsOpen(value) || TypeNamed(value) != nullptr || !IsConstant(value)) return;
+    g_subtyped.push_back({PositionOf(value), static_cast<uint32_t>(g_subtyped.size()),
+                          value->as<_T3Expression>(), subtype->parent});
+  };
+  for (auto* item : Items<T3ValueListItem>(list->values)) {
+    auto* range = item->value->try_as<T3ValueRange>();
+    note(range == nullptr ? item->value : range->lb);
+    if (range != nullptr) note(range->ub);
+  }
 }
 
 void LeaveType(T3Tree_Node*) {
@@ -362,6 +387,7 @@ void LeaveType(T3Tree_Node*) {
 constexpr T3Rule kRules[] = {
     {T3Kind::_T3Expression, NoteSubtyped},
     {T3Kind::T3SubType, LeaveType},
+    {T3Kind::T3SubType, NoteBounds},
     {T3Kind::T3TypeReference, LeaveType},
 };
 
@@ -390,7 +416,7 @@ void CheckSubtypes(T3Tree_Node*) {
   std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
   for (const Subtyped& noted : g_subtyped)
     if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
-      CheckSubtypes1(noted.expression);
+      noted.type != nullptr ? CheckAllSubtypes(noted.type, noted.expression) : CheckSubtypes1(noted.expression);
 }
 
 void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {

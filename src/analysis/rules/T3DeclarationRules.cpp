@@ -78,6 +78,11 @@ void CheckModifiedParameters(T3Tree_Node* node) {
   }
 }
 
+// A template stands for values.
+void CheckTemplateParameter(T3Tree_Node* node) {
+  if (IsPort(node)) vexa_filtered_error(ERR_not_allowed_here, PositionOf(node), "port type");
+}
+
 void CheckFormalParameter(T3Tree_Node* node) {
   auto* par = node->as<T3FormalPar>();
   if (IsSignatureType(par)) vexa_filtered_error(ERR_type_signature_not_allowed, PositionOf(par));
@@ -182,13 +187,30 @@ void RefusePort(T3Tree_Node* element) {
   if (IsPort(element)) vexa_filtered_error(ERR_not_allowed_here, PositionOf(element), "port type");
 }
 
-// Ports stand in components and their arrays only.
-void CheckPortsInType(T3Tree_Node* node) {
+void RefuseSignature(T3Tree_Node* element) {
+  if (IsSignatureType(element)) vexa_filtered_error(ERR_type_signature_not_allowed, PositionOf(element));
+}
+
+// Neither a part of a value nor a result is a port or a procedure.
+void RequireValues(T3Tree_Node* element) {
+  RefusePort(element);
+  RefuseSignature(element);
+}
+
+// Ports stand in components and their arrays only, procedures in the lists of ports.
+void CheckPartsOfType(T3Tree_Node* node) {
   T3Tree_Node* type = node->as<T3TypeDecl>()->type;
-  if (type->is<T3RecordOfType>() || type->is<T3SetOfType>()) RefusePort(type->as<_T3HomogeneousType>()->type);
+  if (type->is<T3RecordOfType>() || type->is<T3SetOfType>())
+    RequireValues(type->as<_T3HomogeneousType>()->type);
+  if (type->is<T3ArrayType>()) RefuseSignature(type->as<_T3HomogeneousType>()->type);
   if (auto* subtype = type->try_as<T3SubType>()) RefusePort(subtype->parent);
   if (auto* structured = type->try_as<_T3StructuredType>())
-    for (auto* at : Items<T3FieldType>(structured->body)) RefusePort(at->type);
+    for (auto* at : Items<T3FieldType>(structured->body)) RequireValues(at->type);
+}
+
+void CheckResult(T3Tree_Node* node) {
+  RequireValues(node->is<T3Function>() ? node->as<T3Function>()->return_type
+                                       : node->as<T3ExtFunction>()->return_type);
 }
 
 template <class Value>
@@ -206,7 +228,11 @@ void CheckArraySize(T3Tree_Node* node) {
 void CheckSignature(T3Tree_Node* node) {
   auto* signature = node->as<T3SignatureType>();
   for (auto* at : Items<T3TypeItem>(signature->exceptions))
-    if (IsSignatureType(at->type)) vexa_filtered_error(ERR_exception_type, PositionOf(at->type));
+    if (IsSignatureType(at->type))
+      vexa_filtered_error(ERR_exception_type, PositionOf(at->type));
+    else
+      RefusePort(at->type);
+  RequireValues(signature->return_type);
   const ParameterKinds kinds = KindsOf(signature->fpl);
   if (signature->not_blocking && (kinds.out || kinds.timer || kinds.port))
     vexa_filtered_error(ERR_noblock_param, signature->position);
@@ -245,6 +271,7 @@ void CheckPortLists(T3Tree_Node* node) {
       T3Tree_Node* base = BaseTypeDef(at->type);
       if (base->is<T3ErrorType>() || base->is<T3NoType>() || at->type->is<T3AllTypes>()) continue;
       NoteEntryType(at->type);
+      RefusePort(at->type);
       (base->is<T3SignatureType>() ? signatures : messages) = true;
     }
   if (port->port_kind == t3_port_kind_t::Procedure && messages)
@@ -323,8 +350,11 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3TemplateDecl, CheckTemplateParameters},
     {T3Kind::T3TemplateDecl, CheckModifiedParameters},
     {T3Kind::T3FormalPar, CheckFormalParameter},
+    {T3Kind::T3FormalTemplatePar, CheckTemplateParameter},
     {T3Kind::T3FormalPar, CheckTimerParameter},
-    {T3Kind::T3TypeDecl, CheckPortsInType},
+    {T3Kind::T3TypeDecl, CheckPartsOfType},
+    {T3Kind::T3Function, CheckResult},
+    {T3Kind::T3ExtFunction, CheckResult},
     {T3Kind::T3ArrayType, CheckArraySize},
     {T3Kind::T3SignatureType, CheckSignature},
     {T3Kind::T3SubType, CheckSubType},

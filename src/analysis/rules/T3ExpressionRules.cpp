@@ -261,6 +261,12 @@ void RequireTypeOf(T3Tree_Node* operand, bool (*is_for)(T3Tree_Node*)) {
 void CheckLengthOf(T3Tree_Node* node) {
   RequireTypeOf(OperandOf(node), HasLength);
 }
+// A `*` in a list stands for several elements, which are counted.
+void CheckLengthMatch(T3Tree_Node* node) {
+  const bool several =
+      IsElement(node->parent) && node->as<ExtraMatchingExpressions>()->object->is<T3AnyOrOmit>();
+  if (!several) RequireTypeOf(node, IsRowOfParts);
+}
 void CheckSizeOf(T3Tree_Node* node) {
   RequireTypeOf(OperandOf(node), HasSize);
 }
@@ -412,6 +418,8 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3IsPresent, CheckIsPresent},
     {T3Kind::T3IsChosen, CheckIsChosen},
     {T3Kind::T3LengthOf, CheckLengthOf},
+    {T3Kind::T3LengthMatch, CheckLengthMatch},
+    {T3Kind::T3IfPresentIfLengthMatch, CheckLengthMatch},
     {T3Kind::T3SizeOf, CheckSizeOf},
     {T3Kind::T3SizeOfType, CheckSizeOf},
     {T3Kind::T3EncValue, CheckEncValue},

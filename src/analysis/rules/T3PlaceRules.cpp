@@ -93,11 +93,6 @@ void CheckFieldValue(T3Tree_Node* node) {
   vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
-bool IsElement(T3Tree_Node* part) {
-  T3Tree_Node* whole = part->parent;
-  return T3Is<T3CompoundValue>(whole) && !HasFailed(whole) && IsHomogeneousType(ExpressionBaseType(whole));
-}
-
 // `omit` stands for a field that is left out. In the place of a whole value, or of an element, it is none.
 bool MayBeOmitted(T3Tree_Node* node, T3Tree_Node* parent) {
   if (MayBeTemplateHere()) return true;

@@ -88,7 +88,8 @@ void WarnOfEffectsInCall(T3Tree_Node* node) {
 
 void CheckAssignment(T3Tree_Node* node) {
   T3Tree_Node* target = node->as<T3AssignStmt>()->lhs;
-  if (!HasFailed(target) && !IsLvalue(target)) vexa_filtered_error(ERR_lvalue, PositionOf(node));
+  if (HasFailed(target) || (IsLvalue(target) && !IsObjectType(ExpressionBaseType(target)))) return;
+  vexa_filtered_error(ERR_lvalue, PositionOf(node));
 }
 
 void CheckReturn(T3Tree_Node* node) {

@@ -125,6 +125,8 @@ void CheckAssignment(T3Tree_Node* node) {
 void CheckReturnValue(T3Tree_Node* node) {
   T3Tree_Node* owner = node->place == nullptr ? nullptr : node->place->vexa_owner;
   T3Tree_Node* value = node->as<T3RetStmt>()->value;
+  const bool has_result = T3Is<T3Function>(owner) && HasResult(owner);
+  if (!IsGiven(value) && has_result) return vexa_filtered_error(ERR_rvalue, PositionOf(node));
   IsFunctionReturningTemplate(owner) ? RequireTemplate(node, value) : RequireValue(node, value);
 }
 

@@ -66,6 +66,11 @@ T3Tree_Node* ComponentOf(T3Tree_Node* decl) {
   return T3Is<_T3FunctionDecl>(decl) ? BaseTypeDef(decl->as<_T3FunctionDecl>()->runs_on) : gT3NoType;
 }
 
+bool IsElement(T3Tree_Node* part) {
+  T3Tree_Node* type = T3Is<T3FieldValue>(part) ? part->as<T3FieldValue>()->attr().vexa_owner_type : nullptr;
+  return type != nullptr && IsHomogeneousType(type);
+}
+
 bool NamesType(T3Tree_Node* expression) {
   return IsName(expression) && T3Is<T3TypeDecl>(BehindImport(Def(expression)));
 }

@@ -32,6 +32,8 @@ bool MixesNotations(T3Tree_Node* values);
 T3Tree_Node* CalleeOf(T3Tree_Node* call);
 /// The component that a declaration runs on: gT3NoType for none.
 T3Tree_Node* ComponentOf(T3Tree_Node* decl);
+/// True for a part of a compound value that is an element of a list or an array.
+bool IsElement(T3Tree_Node* part);
 /// True for the name of a type, which stands where a value of it should: no field of `anytype` is one.
 bool NamesType(T3Tree_Node* expression);
 /// Reports what cannot be given for a parameter that is a value: a template with matching symbols.
