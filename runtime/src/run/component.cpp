@@ -28,7 +28,7 @@ void free_behaviour(Component& c) {
 void release_behaviour(Component& c) {
   if (c.task.fiber) delete_fiber(c.task.fiber);
   c.task.fiber = nullptr;
-  deactivate_all(c.task);
+  end_defaults(c.task);
   stop_timers_outside(c.task, c.record);
   reset_task(c.task);
   if (test_case && &c == test_case->mtc && test_case->arguments.empty())

@@ -1,6 +1,8 @@
 #include "run/scheduler.h"
 #include "run/defaults.h"
 
+#include <unordered_map>
+
 #include "value/hooks.h"
 #include "value/error.h"
 #include "text/log.h"
@@ -17,10 +19,35 @@ bool is_passed_itself(Value v) {
   return v->form == Form::timer || v->form == Form::port;
 }
 
-void free_arguments(ActiveDefault& d) {
-  for (lumo_value_t v : d.argv)
+void free_arguments(std::vector<lumo_value_t>& arguments) {
+  for (lumo_value_t v : arguments)
     if (v && !is_passed_itself(v)) destroy(v);
-  d.argv.clear();
+  arguments.clear();
+}
+
+// A default that runs. When it is deactivated meanwhile, its arguments are kept here until it has ended.
+struct Run {
+  long number;
+  std::vector<lumo_value_t> argv;
+};
+
+// Of each task that is in a default, outermost first.
+std::unordered_map<const Task*, std::vector<Run>> runs;
+
+void retire(const Task& task, ActiveDefault& d) {
+  const auto found = runs.find(&task);
+  if (found != runs.end())
+    for (Run& run : found->second)
+      if (run.number == d.number) return run.argv.swap(d.argv);
+  free_arguments(d.argv);
+}
+
+void end_runs(const Task& task, size_t from) {
+  const auto found = runs.find(&task);
+  if (found == runs.end()) return;
+  std::vector<Run>& list = found->second;
+  for (; list.size() > from; list.pop_back()) free_arguments(list.back().argv);
+  if (list.empty()) runs.erase(found);
 }
 
 bool is_part_of(Value part, Value whole) {
@@ -28,10 +55,19 @@ bool is_part_of(Value part, Value whole) {
   return part != nullptr;
 }
 
+bool is_among(const std::vector<lumo_value_t>& arguments, Value timers) {
+  for (lumo_value_t v : arguments)
+    if (v && is_passed_itself(v) && is_part_of(v, timers)) return true;
+  return false;
+}
+
 bool is_argument(const Task& task, Value timers) {
   for (const ActiveDefault& d : task.defaults)
-    for (lumo_value_t v : d.argv)
-      if (v && is_passed_itself(v) && is_part_of(v, timers)) return true;
+    if (is_among(d.argv, timers)) return true;
+  const auto found = runs.find(&task);
+  if (found == runs.end()) return false;
+  for (const Run& run : found->second)
+    if (is_among(run.argv, timers)) return true;
   return false;
 }
 
@@ -56,13 +92,18 @@ size_t find(const Task& task, long number) {
 }  // namespace
 
 void deactivate_all(Task& task) {
-  for (ActiveDefault& d : task.defaults) free_arguments(d);
+  for (ActiveDefault& d : task.defaults) retire(task, d);
   task.defaults.clear();
   end_kept_timers(task);
 }
 
+void end_defaults(Task& task) {
+  end_runs(task, 0);
+  deactivate_all(task);
+}
+
 bool keep_for_defaults(Value timers) {
-  if (current_task->defaults.empty() || !is_argument(*current_task, timers)) return false;
+  if (!is_argument(*current_task, timers)) return false;
   current_task->kept_timers.push_back(timers);
   return true;
 }
@@ -107,20 +148,33 @@ void lumo_deactivate(lumo_value_t reference, lumo_context_t) {
   if (reference->form != Form::default_ref) return;
   size_t place = find(task, static_cast<long>(reference->integer));
   if (place == SIZE_MAX) return;
-  free_arguments(task.defaults[place]);
+  retire(task, task.defaults[place]);
   task.defaults.erase(task.defaults.begin() + static_cast<long>(place));
   end_kept_timers(task);
 }
+
+namespace {
+lumo_test_step_result_t invoke(ActiveDefault& active, lumo_context_t context) {
+  Task& task = *current_task;
+  std::vector<Run>& list = runs[&task];
+  const size_t outer = list.size();
+  list.push_back({active.number, {}});
+  // The list of defaults may move while the altstep runs, not so what it refers to.
+  lumo_value_t* arguments = active.argv.data();
+  const lumo_test_step_result_t result =
+      lumo_call_altstep(active.altstep, active.type, active.argc, arguments, context);
+  end_runs(task, outer);
+  if (!task.kept_timers.empty()) end_kept_timers(task);
+  return result;
+}
+}  // namespace
 
 lumo_activation_list_result_t lumo_activation_list_invoke(lumo_context_t context) {
   std::vector<ActiveDefault>& defaults = current_task->defaults;
   // The youngest first. A default that fails leaves the list as it was.
   for (size_t i = defaults.size(); i-- > 0;) {
     if (i >= defaults.size()) continue;
-    ActiveDefault& d = defaults[i];
-    // The vector may move while the altstep runs.
-    lumo_value_t* arguments = d.argv.data();
-    lumo_test_step_result_t result = lumo_call_altstep(d.altstep, d.type, d.argc, arguments, context);
+    const lumo_test_step_result_t result = invoke(defaults[i], context);
     if (result == lumo_test_step_successful_proceed_c) return lumo_activation_list_successful_proceed_c;
     if (result == lumo_test_step_successful_repeat_c) return lumo_activation_list_successful_repeat_c;
   }

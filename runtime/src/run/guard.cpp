@@ -98,7 +98,7 @@ bool run_guarded(const char* task_name, void (*function)(void*), void* argument)
   Task* task = current_task;
   current_task = &here.task;
   stop_timers_of(here.task);
-  deactivate_all(here.task);
+  end_defaults(here.task);
   reset_task(here.task);
   current_task = task;
   return !here.failed;
