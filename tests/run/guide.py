@@ -78,6 +78,37 @@ def follow(guide, folder, environment):
     return folder
 
 
+def unpack(package, out):
+    """Into the folder root: by dpkg with a record of its own where it may."""
+    if os.geteuid() != 0 or not shutil.which("dpkg"):
+        return run(f"dpkg-deb -x {package} root", out)
+    admin = out / "root/var/lib/dpkg"
+    for name in ("info", "updates"):
+        (admin / name).mkdir(parents=True)
+    (admin / "status").touch()
+    (admin / "available").touch()
+    dpkg = f"dpkg --instdir={out}/root --admindir={admin} --log=/dev/null"
+    run(f"{dpkg} --force-depends -i {package}", out)
+    return expect("install ok installed" in run(f"{dpkg} -s orvane", out), "the package's state")
+
+
+def check_editors(place, grammar, folder, environment):
+    """The problem matcher finds what is really printed, and the grammar's expressions what they name."""
+    patterns = [entry["pattern"][0] for entry in json.loads((place / "problem-matcher.json").read_text())["problemMatcher"]]
+    messages = run("orvane -v 2 -a -F Bad.ttcn; ./Hello -vnone -t TC_echo || true", folder, environment)
+    for pattern, file, line in zip(patterns, ("Bad.ttcn", "Hello.ttcn"), ("2", None)):
+        found = re.search(pattern["regexp"], messages, re.MULTILINE)
+        expect(found and found[pattern["file"]] == file and line in (None, found[pattern["line"]]), f"{pattern}\n{messages}")
+    named = {}
+    for rule in grammar["patterns"]:
+        for part in [rule] + rule.get("patterns", []):
+            expression = part.get("match") or part.get("begin")
+            for word in ("altstep", "// text", "\"text\"", "'0101'B", "42", "charstring", "pass", "setverdict"):
+                if expression and re.search(expression, f" {word} "):
+                    named.setdefault(word, part.get("name", ""))
+    expect(len(named) == 8 and named["// text"].startswith("comment") and named["altstep"].startswith("keyword"), named)
+
+
 def main():
     parser = argparse.ArgumentParser()
     for name in ("--build", "--source", "--out"):
@@ -99,13 +130,13 @@ def main():
     suite_page = (prefix / "share/man/man1/orvane-suite.1").read_text()
     expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
     grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())
-    expect(any("altstep" in rule.get("match", "") for rule in grammar["patterns"]), "grammar")
+    check_editors(prefix / "share/orvane/editors", grammar, folder, environment)
     words = run("bash -c '. share/bash-completion/completions/orvane; COMP_WORDS=(orvane-run --jun); COMP_CWORD=1; "
                 f"_orvane_suite {folder}/Hello; echo ${{COMPREPLY[@]}}'", prefix, environment)
     expect(words == "--junit\n", f"completion: {words}")
     if shutil.which("dpkg-deb") and shutil.which("cpack"):
         run(["cpack", "-G", "DEB", "--config", str(build / "CPackConfig.cmake"), "-B", str(out / "package")], out, shell=False)
-        run(f"dpkg-deb -x {next((out / 'package').glob('*.deb'))} root", out)
+        unpack(next((out / "package").glob("*.deb")), out)
         mcfg = (out / "root/usr/share/orvane/make_linux.mcfg").read_text()
         expect('<ORV_DIR> = "/usr"' in mcfg, "the package's place")
         packaged = out / "packaged"

@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -220,6 +221,11 @@ void leave_copy_of_run() {
 
 void go_on_here() {
   is_copy = false;
+}
+
+std::string end_of_process(int status) {
+  if (WIFSIGNALED(status)) return std::string("signal '") + strsignal(WTERMSIG(status)) + "'";
+  return "status " + std::to_string(WEXITSTATUS(status));
 }
 
 const char* ending_reason() {

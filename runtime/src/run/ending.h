@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <string>
 
 #include "value/clock.h"
 
@@ -26,6 +27,9 @@ void note_end(const char* reason);
 void leave_copy_of_run();
 // In a process that was forked to go on with the run.
 void go_on_here();
+
+// How a process ended, by what waitpid() tells: "signal 'Killed'", "status 0".
+std::string end_of_process(int status);
 
 // Why the run is to end before its time; null while it is to go on. Its test case has ended then, or does so
 // soon.

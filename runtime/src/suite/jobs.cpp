@@ -191,11 +191,6 @@ class Jobs {
 
 }  // namespace
 
-std::string end_of_process(int status) {
-  if (WIFSIGNALED(status)) return std::string("signal '") + strsignal(WTERMSIG(status)) + "'";
-  return "status " + std::to_string(WEXITSTATUS(status));
-}
-
 bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail) {
   return Jobs(list, static_cast<size_t>(at_once), until_fail).run();
 }

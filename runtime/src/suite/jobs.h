@@ -8,7 +8,5 @@ namespace lumos {
 
 // False if the run ended before all were run.
 bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail);
-// "signal 'Killed'", "status 0".
-std::string end_of_process(int status);
 
 }  // namespace lumos

@@ -49,10 +49,10 @@ std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
   return std::string("\033[") + colors[verdict] + "m" + verdict_name(verdict) + "\033[0m";
 }
 
-// A result stays one line.
+// A result stays one line, and steers no terminal.
 std::string in_one_line(std::string text) {
   for (char& c : text)
-    if (c == '\n' || c == '\r') c = ' ';
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
   return text;
 }
 

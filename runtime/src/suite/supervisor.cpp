@@ -22,7 +22,6 @@
 #include "report/wire.h"
 #include "run/component.h"
 #include "run/ending.h"
-#include "suite/jobs.h"
 #include "suite/results.h"
 #include "text/log.h"
 #include "text/log_file.h"

@@ -4,7 +4,6 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/templates/CGConstraintParts.h"
-#include "generator/templates/CGTemplateParts.h"
 #include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3Decompile.h"
@@ -25,8 +24,8 @@ void ReportResult(const CGTest& test, const std::string& reason, const std::stri
   if (test.quiet) return;
   if (test.constraint != nullptr && expected == LUMO_NO_VALUE_C)
     function.call(LUMO_LOG_TEMPLATE_EXPECTED,
-                  {Quote(cgtemplate::InLiteral(GetConstraintDescription(
-                       test.constraint, gT3CommandLine.template_description_length))),
+                  {Quote(InLiteral(GetConstraintDescription(test.constraint,
+                                                            gT3CommandLine.template_description_length))),
                    VEXA_CONTEXT});
   function.call(LUMO_LOG_TEMPLATE_MISMATCH_BY_NAME_EVENT,
                 {Quote(test.field), Quote(reason), test.value, expected, VEXA_CONTEXT});

@@ -46,16 +46,6 @@ void ResetLocations(T3Tree_Node* definition) {
   });
 }
 
-std::string InLiteral(const std::string& description) {
-  std::string text;
-  for (const char c : description) {
-    if (c == '"') text += '\\';
-    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
-    text += c;
-  }
-  return text;
-}
-
 // All functions of a template ask for it one after the other.
 const std::string& Description(T3TemplateDecl* decl) {
   static T3TemplateDecl* last = nullptr;

@@ -533,6 +533,16 @@ std::string EscapeEscape(const std::string& text) {
   return result;
 }
 
+std::string InLiteral(const std::string& source) {
+  std::string text;
+  for (const char c : source) {
+    if (c == '"') text += '\\';
+    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
+    text += c;
+  }
+  return text;
+}
+
 std::string CStringOfLiteral(std::string_view literal) {
   if (literal.size() >= 2 && literal.front() == '"' && literal.back() == '"')
     literal = literal.substr(1, literal.size() - 2);

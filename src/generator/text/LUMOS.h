@@ -100,6 +100,8 @@ std::string Quote(std::string_view text);
 std::string Quote(tIdent name);
 /// Each backslash twice.
 std::string EscapeEscape(const std::string& text);
+/// A text whose backslashes are doubled already, as that of a literal of C.
+std::string InLiteral(const std::string& text);
 /// The value of a string literal of the source, with or without the double quotes around it, as a literal of
 /// C.
 std::string CStringOfLiteral(std::string_view literal);
