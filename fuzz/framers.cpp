@@ -12,10 +12,12 @@ static std::vector<std::string> messages(Framing framing, const std::string& oct
   std::string stream, message;
   for (size_t at = 0; at < octets.size(); at += piece) {
     stream += octets.substr(at, piece);
+    std::string_view rest = stream;
     Cut cut;
-    while (!stream.empty() && (cut = cut_message(framing, stream, message)) == Cut::message)
+    while (!rest.empty() && (cut = cut_message(framing, rest, message)) == Cut::message)
       list.push_back(message);
-    if (!stream.empty() && cut == Cut::wrong) break;
+    if (!rest.empty() && cut == Cut::wrong) break;
+    stream = rest;
   }
   return list;
 }

@@ -1,4 +1,5 @@
 // TCP, as client and as server, and files.
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <list>
@@ -53,7 +54,8 @@ class Client : public Channel {
       return false;
     }
     stream_.reset();
-    stream_ = std::make_unique<Stream>(events_, spec_.framing, fd, fd, text_of(peer_), true);
+    stream_ =
+        std::make_unique<Stream>(events_, spec_.framing, fd, fd, text_of(peer_), StreamKind::connecting);
     return true;
   }
 
@@ -95,17 +97,30 @@ class Server : public Channel, public Polled {
   }
 
   int descriptor() const override { return fd_; }
-  short wanted() const override { return streams_.size() < most_connections ? POLLIN : 0; }
+  short wanted() const override {
+    const bool has_room =
+        streams_.size() < most_connections ||
+        std::any_of(streams_.begin(), streams_.end(), [](const auto& s) { return s->has_ended(); });
+    return has_room ? POLLIN : 0;
+  }
 
   void ready(short) override {
     streams_.remove_if([](const std::unique_ptr<Stream>& s) { return !s->is_open(); });
+    // Peers that send no more make room for others, the oldest first.
+    if (streams_.size() >= most_connections) {
+      const auto ended =
+          std::find_if(streams_.begin(), streams_.end(), [](const auto& s) { return s->has_ended(); });
+      if (ended == streams_.end()) return;
+      streams_.erase(ended);
+    }
     SocketAddress from;
     from.length = sizeof from.storage;
     const int fd = accept4(fd_, from.get(), &from.length, SOCK_NONBLOCK | SOCK_CLOEXEC);
     if (fd < 0) return;
     send_at_once(fd);
     if (heard_last_.empty()) heard_last_ = text_of(from);
-    streams_.push_back(std::make_unique<Stream>(events_, framing_, fd, fd, text_of(from), false));
+    streams_.push_back(
+        std::make_unique<Stream>(events_, framing_, fd, fd, text_of(from), StreamKind::answers));
   }
 
   bool send(std::string_view message, std::string_view peer, std::string& error) override {
@@ -131,7 +146,7 @@ class File : public Channel {
  public:
   File(const LinkSpec& spec, ChannelEvents events, int input, int output) : events_(std::move(events)) {
     std::lock_guard<std::mutex> hold(poller_lock());
-    stream_ = std::make_unique<Stream>(events_, spec.framing, input, output, spec.path, false);
+    stream_ = std::make_unique<Stream>(events_, spec.framing, input, output, spec.path, StreamKind::file);
   }
   ~File() override {
     std::lock_guard<std::mutex> hold(poller_lock());

@@ -62,11 +62,11 @@ Extent ber(std::string_view s) {
   return length > longest_message ? Extent{Cut::wrong} : Extent{Cut::message, 0, at + count + length};
 }
 
-Cut cut_line(std::string& stream, std::string& message) {
+Cut cut_line(std::string_view& stream, std::string& message) {
   const size_t end = stream.find('\n');
   if (end == std::string::npos) return stream.size() > longest_message ? Cut::wrong : Cut::more;
   message = stream.substr(0, end > 0 && stream[end - 1] == '\r' ? end - 1 : end);
-  stream.erase(0, end + 1);
+  stream.remove_prefix(end + 1);
   return Cut::message;
 }
 
@@ -78,7 +78,7 @@ std::optional<Framing> framing_named(std::string_view name) {
   return std::nullopt;
 }
 
-Cut cut_message(Framing framing, std::string& stream, std::string& message) {
+Cut cut_message(Framing framing, std::string_view& stream, std::string& message) {
   if (framing == Framing::line || framing == Framing::crlf) return cut_line(stream, message);
   if (framing == Framing::close) return stream.size() > longest_message ? Cut::wrong : Cut::more;
   if (stream.empty()) return Cut::more;
@@ -90,7 +90,7 @@ Cut cut_message(Framing framing, std::string& stream, std::string& message) {
   if (extent.cut != Cut::message) return extent.cut;
   if (stream.size() < extent.header + extent.length) return Cut::more;
   message = stream.substr(extent.header, extent.length);
-  stream.erase(0, extent.header + extent.length);
+  stream.remove_prefix(extent.header + extent.length);
   return Cut::message;
 }
 

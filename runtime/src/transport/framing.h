@@ -27,7 +27,7 @@ enum class Cut { message, more, wrong };
 
 // Takes the next message off the beginning of a stream. `more` when its end has not arrived; `wrong` for
 // octets that cannot begin a message or begin one that is too long.
-Cut cut_message(Framing framing, std::string& stream, std::string& message);
+Cut cut_message(Framing framing, std::string_view& stream, std::string& message);
 // The message as it goes into the stream; false where it is too long for the framing.
 bool frame_message(Framing framing, std::string_view message, std::string& stream);
 

@@ -26,13 +26,15 @@ bool set_option(LinkSpec& spec, std::string_view option) {
   const size_t equals = option.find('=');
   if (equals == std::string_view::npos) return false;
   const std::string_view name = option.substr(0, equals), value = option.substr(equals + 1);
-  if (name == "local") return spec.kind != LinkKind::file && read_endpoint(value, spec.local);
+  const bool has_local = spec.kind == LinkKind::udp || spec.kind == LinkKind::tcp;
+  if (name == "local") return has_local && spec.local.port.empty() && read_endpoint(value, spec.local);
   if (name == "out") {
     spec.output = value;
     return spec.kind == LinkKind::file && !value.empty();
   }
   const auto framing = framing_named(value);
-  if (name != "framing" || !framing || spec.kind == LinkKind::udp) return false;
+  if (name != "framing" || !framing || spec.kind == LinkKind::udp || spec.kind == LinkKind::loopback)
+    return false;
   spec.framing = *framing;
   return true;
 }

@@ -5,12 +5,16 @@
 
 namespace lumos {
 
+// What a peer does with its own direction when it sends no more: with `answers` it may still take something.
+enum class StreamKind { connecting, answers, file };
+
 class Stream : public Polled {
  public:
   // Takes the descriptors over; output is the same one or another. A stream that is connecting sends later
   // what it gets until then.
   Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer,
-         bool connecting);
+         StreamKind kind);
+  // What still waits is given a moment; what is not taken then is told in the log.
   ~Stream() override;
   Stream(const Stream&) = delete;
 
@@ -18,14 +22,28 @@ class Stream : public Polled {
   // that the peer cannot be taking it.
   bool send(std::string_view message, std::string& error);
   bool is_open() const { return input_ >= 0; }
+  // The peer sends no more.
+  bool has_ended() const { return has_ended_; }
   const std::string& peer() const { return peer_; }
 
-  int descriptor() const override { return input_; }
+  // Where another one is written to, the end of what is read is only that.
+  int descriptor() const override { return has_ended_ && output_ != input_ ? -1 : input_; }
   short wanted() const override;
   void ready(short events) override;
 
  private:
+  // Where what is written goes elsewhere than what is read comes from, that is polled for itself.
+  struct Output : public Polled {
+    explicit Output(Stream& whole) : stream(whole) {}
+    int descriptor() const override { return stream.waiting_.empty() ? -1 : stream.output_; }
+    short wanted() const override;
+    void ready(short) override { stream.write_some(); }
+    Stream& stream;
+  };
+
   void finish_connecting();
+  void finish_reading(bool is_good);
+  void send_rest();
   void read_some();
   void write_some();
   void deliver();
@@ -35,9 +53,12 @@ class Stream : public Polled {
   Framing framing_;
   int input_, output_;
   std::string peer_;
-  bool connecting_;
+  bool connecting_, answers_;
+  bool has_ended_ = false;
+  bool has_answered_ = false;  // behind the end of what the peer sends
   std::string arrived_, waiting_;
-  // Where output is another descriptor, what waits is written before it is polled for input.
+  size_t written_ = 0;  // of what waits
+  Output output_side_{*this};
 };
 
 }  // namespace lumos

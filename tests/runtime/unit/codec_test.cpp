@@ -1,10 +1,18 @@
+#include <mutex>
+
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "codec/bits.h"
 #include "codec/families.h"
 #include "codec/raw_plan.h"
 #include "codec/text_plan.h"
 #include "support.h"
+#include "transport/channel.h"
 #include "transport/framing.h"
 #include "transport/link_spec.h"
 
@@ -142,7 +150,8 @@ TEST(Framing, StreamsAreCutIntoMessages) {
       {Framing::ber, "\x30\x80", {}, Cut::wrong},
   };
   for (const auto& c : cases) {
-    std::string stream = c.stream, message;
+    std::string_view stream = c.stream;
+    std::string message;
     Messages messages;
     Cut cut;
     while ((cut = cut_message(c.framing, stream, message)) == Cut::message) messages.push_back(message);
@@ -157,10 +166,120 @@ TEST(Links, AddressesAreReadExactly) {
        {"p=udp:127.0.0.1:53", "p[1]=udp:[::1]:53,local=:54", "p=udp:,local=h:1", "p=tcp:host:80,framing=crlf",
         "p=tcp-listen::80", "p=file:/dev/tty,framing=line", "p=file:in,out=out", "p=loopback:"})
     EXPECT_TRUE(read_link_spec(good, spec)) << good;
-  for (const char* bad : {"", "p", "p=udp", "=udp:h:1", "p=udp:", "p=udp:h", "p=udp:h:x", "p=udp:h:70000",
-                          "p=udp:::1:53", "p=tcp:h:1,framing=x", "p=udp:h:1,framing=line", "p=sctp:h:1",
-                          "p=file:", "p=loopback:x", "p=tcp:h:1,"})
+  for (const char* bad :
+       {"", "p", "p=udp", "=udp:h:1", "p=udp:", "p=udp:h", "p=udp:h:x", "p=udp:h:70000", "p=udp:::1:53",
+        "p=tcp:h:1,framing=x", "p=udp:h:1,framing=line", "p=sctp:h:1", "p=file:", "p=loopback:x",
+        "p=tcp:h:1,", "p=loopback:,framing=line", "p=tcp-listen::1,local=h:2"})
     EXPECT_FALSE(read_link_spec(bad, spec)) << bad;
+}
+
+// --- channels, against peers of the test's own
+
+struct Heard {
+  std::mutex lock;
+  std::vector<std::string> messages, faults;
+  size_t lost = 0;
+
+  ChannelEvents events() {
+    return {[this](std::string message, std::string) {
+              std::lock_guard<std::mutex> hold(lock);
+              messages.push_back(std::move(message));
+            },
+            [this](std::string text, bool is_lost) {
+              std::lock_guard<std::mutex> hold(lock);
+              faults.push_back(std::move(text));
+              lost += is_lost;
+            },
+            [] { return false; }};
+  }
+  // Within two seconds.
+  bool waits_for(size_t count, size_t lost_count) {
+    for (int i = 0; i < 200; ++i, usleep(10000)) {
+      std::lock_guard<std::mutex> hold(lock);
+      if (messages.size() >= count && lost >= lost_count) return true;
+    }
+    return false;
+  }
+};
+
+std::unique_ptr<Channel> opened(const std::string& link, Heard& heard) {
+  LinkSpec spec;
+  std::string error;
+  auto channel = read_link_spec(link, spec) ? open_channel(spec, heard.events(), error) : nullptr;
+  EXPECT_TRUE(channel) << link << error;
+  return channel;
+}
+
+int raw_socket(uint16_t port, bool listens) {
+  const int fd = socket(AF_INET, SOCK_STREAM, 0), yes = 1;
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  const bool good = listens ? bind(fd, generic, sizeof address) == 0 && listen(fd, 5) == 0
+                            : connect(fd, generic, sizeof address) == 0;
+  EXPECT_TRUE(good);
+  return fd;
+}
+
+TEST(Channels, PeersThatSendNoMoreAreAnswered) {
+  Heard heard;
+  const auto server = opened("p=tcp-listen:127.0.0.1:27541,framing=len16", heard);
+  const int peer = raw_socket(27541, false);
+  // Slowly, in pieces.
+  for (const char c : std::string_view("\0\2ab\0\1c", 7)) {
+    ASSERT_EQ(write(peer, &c, 1), 1);
+    usleep(1000);
+  }
+  shutdown(peer, SHUT_WR);
+  ASSERT_TRUE(heard.waits_for(2, 0));
+  usleep(50000);
+  std::string error;
+  ASSERT_TRUE(server->send("xy", "", error)) << error;
+  char answer[4];
+  ASSERT_EQ(recv(peer, answer, 4, MSG_WAITALL), 4);
+  EXPECT_EQ(std::string_view(answer, 4), std::string_view("\0\2xy", 4));
+  // What is sent behind a reset is told to be lost.
+  const linger at_once = {1, 0};
+  setsockopt(peer, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+  close(peer);
+  if (server->send("z", "", error)) {
+    EXPECT_TRUE(heard.waits_for(2, 1));
+  }
+}
+
+TEST(Channels, WhatAPeerDoesNotTakeIsBoundedAndTold) {
+  Heard heard;
+  const int listening = raw_socket(27542, true);
+  auto client = opened("p=tcp:127.0.0.1:27542", heard);
+  const std::string message(1 << 20, 'x');
+  std::string error;
+  size_t sent = 0;
+  while (sent < 200 && client->send(message, "", error)) ++sent;
+  EXPECT_GE(sent, 64u);
+  EXPECT_LT(sent, 100u);
+  EXPECT_NE(error.find("the peer takes nothing"), std::string::npos) << error;
+  client.reset();
+  close(listening);
+}
+
+TEST(Channels, PipesThatAreReadLateGetAll) {
+  Heard heard;
+  const std::string path = ::testing::TempDir() + "lumos_fifo";
+  unlink(path.c_str());
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  const auto file = opened("p=file:/dev/null,out=" + path, heard);
+  std::string error, got(300000, ' ');
+  ASSERT_TRUE(file->send(std::string(got.size(), 'x'), "", error)) << error;
+  const int reader = open(path.c_str(), O_RDONLY);
+  size_t taken = 0;
+  for (ssize_t n = 1; taken < got.size() && n > 0; taken += static_cast<size_t>(n))
+    n = read(reader, &got[taken], got.size() - taken);
+  EXPECT_EQ(taken, got.size());
+  close(reader);
+  unlink(path.c_str());
 }
 
 }  // namespace
