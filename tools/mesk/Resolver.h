@@ -159,6 +159,8 @@ class Resolver {
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
   void addObjectSetElements(Parser& parser, int end, const Context& context, const ClassUse& cls,
                             ValueNode& node);
+  void addObjectsOfFields(const ValueNode& set, const std::vector<std::string_view>& fields,
+                          const Context& context, int token, const ClassUse& cls, ValueNode& node);
   ValueNode* objectSetFor(const RefAst& ref, const Context& context);
   const ValueNode* objectOf(const RefAst& ref, const Context& context, ClassUse& cls);
   const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,

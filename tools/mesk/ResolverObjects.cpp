@@ -10,7 +10,7 @@ using namespace asn1;
 ClassUse Resolver::classOf(const TypeAst& type, const Context& context) {
   if (type.kind == TypeAst::kRef) return classOf(type.ref, context);
   error(context, type.token, "a class is needed");
-  return ClassUse();
+  throw Abandoned();
 }
 
 /// The class behind names; an error is reported.
@@ -282,6 +282,7 @@ ValueNode* Resolver::setSetting(Parser& parser, const FieldAst& field, const Con
   }
   if (object) return objectSetFor(parser.parseReference(), context);
   TypeNode* type = makeType(*field.type, cls.context, nullptr);
+  type->field_kind = field.kind;
   type->constraints.push_back(makeConstraint(*parseValueSet(parser, context), context, *type, type));
   return typeSetting(context, token, type);
 }
@@ -350,9 +351,10 @@ const TypeAst* Resolver::declared(const TypeAst* type, const FieldAst& field, co
       [type](const Definition& one) { return !one.within_object && one.token <= type->token; });
   Module& module = *context.module;
   const std::string base = std::string(std::prev(behind)->name) + "--" + std::string(field.name.substr(1));
-  std::string name = base;
-  for (int& more = same_names_[{&module, base}]; more++ > 0 || module.by_name.count(name);)
-    name = base + "-" + std::to_string(more);
+  int& count = same_names_[{&module, base}];
+  std::string name;
+  do name = ++count == 1 ? base : base + "-" + std::to_string(count);
+  while (module.by_name.count(name));
   Definition& definition = definitions.emplace_back();
   definition.module = &module;
   definition.name = made_names_.emplace_back(name);
@@ -429,7 +431,15 @@ void Resolver::addObjectSetElements(Parser& parser, int end, const Context& cont
       addObjectSetElements(parser, end, context, cls, node);
       parser.expect(")");
     } else if (parser.peek().kind == Tok::kUpper) {
-      node.components.push_back(objectSetFor(parser.parseReference(), context));
+      const RefAst set = parser.parseReference();
+      ValueNode* named = objectSetFor(set, context);
+      if (!parser.accept(".")) {
+        node.components.push_back(named);
+      } else {
+        const std::vector<std::string_view> fields = parser.parseFieldPath();
+        if (const ValueNode* meant = behind(named))
+          addObjectsOfFields(*meant, fields, context, set.token, cls, node);
+      }
     } else {
       node.components.push_back(makeObject(*parser.parseValue(), context, cls, nullptr));
     }
@@ -440,6 +450,33 @@ void Resolver::addObjectSetElements(Parser& parser, int end, const Context& cont
     }
     if (!parser.accept("|") && !parser.acceptWord("UNION")) parser.expect(",");
     if (parser.pos >= end) parser.fail("expected an object or a set");
+  }
+}
+
+/// Set.&Objects and Set.&object: what the objects of a set hold in fields for objects.
+void Resolver::addObjectsOfFields(const ValueNode& set, const std::vector<std::string_view>& fields,
+                                  const Context& context, int token, const ClassUse& cls, ValueNode& node) {
+  std::vector<const ValueNode*> objects;
+  collectObjects(&set, objects);
+  for (std::string_view field : fields) {
+    ValueNode all;
+    for (const ValueNode* object : objects)
+      for (ValueNode* setting : object->components)
+        if (setting->name == field && !setting->field_type) all.components.push_back(setting);
+    objects.clear();
+    collectObjects(&all, objects);
+  }
+  for (const ValueNode* object : objects) {
+    if (object->name.substr(0, 1) != "&" && !object->name.empty()) {
+      ValueNode* reference = newValue(context, token, nullptr);
+      reference->main = TYP_SYNONYM;
+      reference->ref = object->module->by_name.at(object->name);
+      node.components.push_back(reference);
+    } else {
+      const Context there{const_cast<Module*>(object->source), nullptr};
+      Parser parser = parserAt(there, object->token);
+      node.components.push_back(makeObject(*parser.parseValue(), there, cls, nullptr));
+    }
   }
 }
 

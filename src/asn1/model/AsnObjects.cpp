@@ -68,12 +68,13 @@ std::string getObjClassFieldRef(const AsnValue& field) {
   return FieldName(*field.module, field.node().name);
 }
 
+// Sets of values are types with constraints, which tell the kind of their field.
 bool isTypeFieldValue(const AsnValue& field) {
-  return field.node().field_type != 0;
+  return field.node().field_type != 0 && forTypeFieldValue(field).node().field_kind != kFixedValueSetField;
 }
 
 bool isFixedTypeValueFieldValue(const AsnObject& object, const AsnValue& field) {
-  if (isTypeFieldValue(field)) return false;
+  if (field.node().field_type != 0) return false;
   const AsnType of = ClassOf(object);
   // An object that was written within a set may come without its class: its values then tell what they are.
   if (!of || getTypeMainType(of) != TYP_CLASS) return getValueMainType(skipValues(field)) != TYP_CLASS;

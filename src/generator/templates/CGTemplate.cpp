@@ -46,19 +46,23 @@ void ResetLocations(T3Tree_Node* definition) {
   });
 }
 
+std::string InLiteral(const std::string& description) {
+  std::string text;
+  for (const char c : description) {
+    if (c == '"') text += '\\';
+    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
+    text += c;
+  }
+  return text;
+}
+
 // All functions of a template ask for it one after the other.
 const std::string& Description(T3TemplateDecl* decl) {
   static T3TemplateDecl* last = nullptr;
   static auto& text = *new std::string;
   if (decl == last) return text;
   last = decl;
-  text.clear();
-  // Its backslashes are doubled already.
-  for (const char c : GetTemplateDescription(decl, gT3CommandLine.template_description_length)) {
-    if (c == '"') text += '\\';
-    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
-    text += c;
-  }
+  text = InLiteral(GetTemplateDescription(decl, gT3CommandLine.template_description_length));
   return text;
 }
 

@@ -135,6 +135,9 @@ TEST(Codecs, ElementsWithoutBitsAreBounded) {
     EXPECT_EQ(Refusal(name, kPerUnaligned, fragments), "a length is faulty") << name;
   EXPECT_NE(Refusal("OneLetter", kPerAligned, fragments), "");
   EXPECT_EQ(Refusal("Nothing", kPerUnaligned, {0xc4, 0x00}), "");
+  // Octets that do not belong to the value do not move the bound.
+  const Octets longer{0xc2, 1, 1, 1, 1, 1, 0x5b, 1, 1, 1, 1, 1, 1, 1, 0xad, 0xb9, 0x2d, 0x23};
+  EXPECT_EQ(RoundTrip(TypeNamed("Wide"), kPerAligned, longer).fault, "");
 }
 
 TEST(Codecs, ComponentsOfASetComeOnce) {

@@ -30,7 +30,7 @@ OUR_LIMITS = ("an integer does not fit", "an integer has a length that is not su
 
 
 def ask(command, requests, folder):
-    done = subprocess.run(command, cwd=folder, input="".join(line + "\n" for line in requests), text=True,
+    done = subprocess.run(command, cwd=folder, input="".join(line + "\n" for line in requests), text=True, errors="replace",
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=3000)
     answers = done.stdout.splitlines()
     if len(answers) != len(requests):

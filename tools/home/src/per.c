@@ -79,10 +79,10 @@ static BOOLE take_align(ASNPERG* codg) {
 }
 
 /* Elements and characters may take no bit of the input: what they take of memory must not grow without end by
- * a few octets of lengths. */
+ * a few octets of lengths. The limit is the same for every encoding of a value. */
 static BOOLE take_unpaid(ASNPERG* codg, size_t octets) {
   codg->unpaid += octets;
-  return codg->unpaid <= MOST_UNPAID + codg->bits || fail(codg, "a length is faulty");
+  return codg->unpaid <= MOST_UNPAID || fail(codg, "a length is faulty");
 }
 
 /* ---------------------------------------------------------------- numbers */
