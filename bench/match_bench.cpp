@@ -1,5 +1,5 @@
-// What matching costs: the usual templates, and the worst ones that are known. Each is measured in sizes that double,
-// and the library fits the growth.
+// What matching costs: the usual templates, and the worst ones that are known. Each is measured in sizes that
+// double, and the library fits the growth.
 #include <benchmark/benchmark.h>
 
 #include "support.h"
@@ -21,7 +21,8 @@ struct Bench : Types {
     return list;
   }
   Value numbers(lumo_type_t type, size_t size) {
-    return list_of(type, size, [](size_t i) { return number(i); }, false);
+    return list_of(
+        type, size, [](size_t i) { return number(i); }, false);
   }
   static Value number(size_t n) { return integer(static_cast<lumo_long_integer_t>(n)); }
   static Value up_to(size_t n) {
@@ -77,14 +78,16 @@ void Record(Bench& bench, size_t, Value& pattern, Value& value) {
 // All elements in the opposite order.
 void Permutation(Bench& bench, size_t size, Value& pattern, Value& value) {
   value = bench.numbers(bench.list, size);
-  pattern = Bench::list_of(bench.list, size, [&](size_t i) { return Bench::number(size - 1 - i); }, true);
+  pattern = Bench::list_of(
+      bench.list, size, [&](size_t i) { return Bench::number(size - 1 - i); }, true);
   lumo_template_set_permutation(pattern, 0, size - 1, nullptr);
 }
 
 // Each element may go to all items but those before it: earlier partners change theirs.
 void Contested(Bench& bench, size_t size, Value& pattern, Value& value) {
   value = bench.numbers(bench.list, size);
-  pattern = Bench::list_of(bench.list, size, [&](size_t i) { return Bench::up_to(size - 1 - i); }, true);
+  pattern = Bench::list_of(
+      bench.list, size, [&](size_t i) { return Bench::up_to(size - 1 - i); }, true);
   lumo_template_set_permutation(pattern, 0, size - 1, nullptr);
 }
 
@@ -92,7 +95,8 @@ void Contested(Bench& bench, size_t size, Value& pattern, Value& value) {
 void Impossible(Bench& bench, size_t size, Value& pattern, Value& value) {
   value = bench.numbers(bench.list, size);
   const auto item = [&](size_t i) { return Bench::up_to(i + 1 < size ? size - 2 : 0); };
-  pattern = Bench::list_of(bench.list, size, [&](size_t i) { return i == 1 ? Bench::up_to(0) : item(i); }, true);
+  pattern = Bench::list_of(
+      bench.list, size, [&](size_t i) { return i == 1 ? Bench::up_to(0) : item(i); }, true);
   lumo_template_set_permutation(pattern, 0, size - 1, nullptr);
 }
 
@@ -115,7 +119,8 @@ void ValueList(Bench&, size_t size, Value& pattern, Value& value) {
 
 // *, 0, *, 0, ... against zeros and a last element that none takes.
 void Stars(Bench& bench, size_t size, Value& pattern, Value& value) {
-  value = Bench::list_of(bench.list, size, [](size_t) { return Bench::number(0); }, false);
+  value = Bench::list_of(
+      bench.list, size, [](size_t) { return Bench::number(0); }, false);
   const auto item = [&](size_t i) {
     return i == size / 5 ? Bench::number(1) : i % 2 ? Bench::number(0) : lumo_anyornone_value_c;
   };
@@ -147,7 +152,8 @@ void Nested(Bench&, size_t size, Value& pattern, Value& value) {
     type = types.emplace_back("Nested", lumo_type_kind_recordof,
                               std::vector{mandatory(lumo_type_array_contained_type_c, type)});
     Value inner = value, wanted = pattern;
-    value = Bench::list_of(type, 1, [&](size_t) { return inner; }, false);
+    value = Bench::list_of(
+        type, 1, [&](size_t) { return inner; }, false);
     const auto item = [&](size_t n) { return n % 2 ? wanted : lumo_anyornone_value_c; };
     pattern = Bench::list_of(type, 3, item, true);
   }

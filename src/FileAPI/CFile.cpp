@@ -62,8 +62,9 @@ class CFile::Output {
   void removeOld() {
     for (const auto& file : files_) file->RemoveOld();
   }
-  bool isLikeOld() {
-    return std::all_of(files_.begin(), files_.end(), [](const auto& file) { return file->IsLikeOld(); });
+  bool isLikeOld(bool (*isSame)(std::string_view, std::string_view)) {
+    return std::all_of(files_.begin(), files_.end(),
+                       [isSame](const auto& file) { return file->IsLikeOld(isSame); });
   }
   void commit() {
     for (const auto& file : files_) {
@@ -201,8 +202,8 @@ bool CFile::end() {
   header.flush();
   source.flush();
   // A header that stays is no reason to compile again what includes it.
-  const bool keepsHeader = keepsLike_ && header.isLikeOld();
-  if (keepsHeader && source.isLikeOld()) return false;
+  const bool keepsHeader = isSame_ != nullptr && header.isLikeOld(isSame_);
+  if (keepsHeader && source.isLikeOld(isSame_)) return false;
   // A run that is ended here leaves no source, which make misses, and never one with another's header.
   source.removeOld();
   if (!keepsHeader) header.commit();

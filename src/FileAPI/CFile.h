@@ -6,6 +6,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "FileAPI/CArray.h"
@@ -46,8 +47,8 @@ class CFile {
   CFile& operator=(const CFile&) = delete;
   ~CFile();
 
-  /// Old files that differ in their first comment alone are kept.
-  void keepLike() { keepsLike_ = true; }
+  /// Old files are kept that differ in their first comment alone, or say the same by `isSame`.
+  void keepLike(bool (*isSame)(std::string_view, std::string_view)) { isSame_ = isSame; }
   /// Writes the files, unless they are invalid. Throws internal_exception; nothing is written then. False
   /// when the old ones were kept.
   bool end();
@@ -131,5 +132,5 @@ class CFile {
   std::vector<std::string> generatedFiles_;
   std::vector<std::string> localHeaders_;
   bool valid_ = true;
-  bool keepsLike_ = false;
+  bool (*isSame_)(std::string_view, std::string_view) = nullptr;
 };

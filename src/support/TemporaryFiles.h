@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 /// A new, empty file with a name that begins with `prefix`, in `directory` or, where that cannot be
 /// written, in the system's place for temporary files. Empty when no file could be made. The file is not
@@ -57,8 +58,9 @@ class OutputFile {
   bool Commit();
   /// Removes the old file; none stands there until Commit. Not for a path that is written in place.
   void RemoveOld();
-  /// Whether what has been written is what the old file holds, each behind its first comment.
-  bool IsLikeOld();
+  /// Whether what has been written is what the old file holds, each behind its first comment, or the same by
+  /// `is_same`.
+  bool IsLikeOld(bool (*is_same)(std::string_view, std::string_view) = nullptr);
   /// Drops what has been written. Ends the writing.
   void Discard();
 

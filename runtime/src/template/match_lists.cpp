@@ -93,9 +93,9 @@ class Matches {
   Scratch<char> known_;
 };
 
-// Finds a partner of its own on the right for each on the left. Those that the first look leaves without one get
-// theirs by paths along which others change theirs, in rounds: each goes along the shortest paths, and there are
-// few of them. `fits` is asked whether two may be partners.
+// Finds a partner of its own on the right for each on the left. Those that the first look leaves without one
+// get theirs by paths along which others change theirs, in rounds: each goes along the shortest paths, and
+// there are few of them. `fits` is asked whether two may be partners.
 template <class Fits>
 class Pairing {
  public:
@@ -147,7 +147,8 @@ class Pairing {
     return false;
   }
 
-  // How far those on the left are from one without a partner; false if no path leads to a free one on the right.
+  // How far those on the left are from one without a partner; false if no path leads to a free one on the
+  // right.
   bool find_layers() {
     size_t end = 0;
     bool is_found = false;
@@ -284,9 +285,8 @@ class Prefixes {
   // elements there are is left to "*".
   size_t shortest(Group& group, size_t place, size_t most) {
     auto suffices = [&](size_t length) {
-      return pair_all(matches_, group.count, length, [&](size_t i, size_t e) {
-        return matches_(group.rows[i], group.items[i], place + e);
-      });
+      return pair_all(matches_, group.count, length,
+                      [&](size_t i, size_t e) { return matches_(group.rows[i], group.items[i], place + e); });
     };
     if (!suffices(most)) return most + 1;
     size_t low = group.count, high = most;

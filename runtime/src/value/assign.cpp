@@ -50,7 +50,8 @@ void copy_parts(Value target, Value source) {
   if (target->form != source->form) change_form(target, source->form);
   resize_parts(target, source->parts.size);
   if (source->form == Form::vector) target->index = source->index;  // whether its end is open
-  const lumo_type_info_struct_t* info = target->kind == lumo_type_kind_component ? nullptr : structure_of(target->type);
+  const lumo_type_info_struct_t* info =
+      target->kind == lumo_type_kind_component ? nullptr : structure_of(target->type);
   const lumo_field_info_t* fields = target->form == Form::fields && info ? info->field_info : nullptr;
   for (size_t i = 0; i < source->parts.size; ++i) {
     Value from = source->parts.data[i];
@@ -264,7 +265,8 @@ void check_takes_omit(Value target) {
 }  // namespace
 
 bool assign_scalar(Value target, Value source) {
-  if (!is_scalar(source->form) || target->kind != source->kind || target->dynamic || source->dynamic) return false;
+  if (!is_scalar(source->form) || target->kind != source->kind || target->dynamic || source->dynamic)
+    return false;
   if (source->form == Form::string) {
     set_text(target, {source->text.data, source->text.size});
   } else if (source->form < Form::string) {

@@ -26,8 +26,8 @@ inline void give_node(lumo_value_struct* node) {
   free_nodes = node;
 }
 
-// Memory of buffers. Small ones, of 16, 32, ... bytes, come from, and go back to, lists of their sizes, so that
-// a run that goes in circles asks the system for nothing. A sanitizer is to see each by itself.
+// Memory of buffers. Small ones, of 16, 32, ... bytes, come from, and go back to, lists of their sizes, so
+// that a run that goes in circles asks the system for nothing. A sanitizer is to see each by itself.
 struct FreeBuffer {
   FreeBuffer* next;
 };

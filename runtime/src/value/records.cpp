@@ -129,8 +129,9 @@ Value read_alternative(Value v, long index, const char* name) {
 
 // What is asked for most: a part that a record or list has. Null for all else.
 Value plain_part(Value v, unsigned long index) {
-  const bool is_plain = v && !v->dynamic &&
-                        (v->form == Form::fields || (v->form == Form::vector && v->kind != lumo_type_kind_array));
+  const bool is_plain =
+      v && !v->dynamic &&
+      (v->form == Form::fields || (v->form == Form::vector && v->kind != lumo_type_kind_array));
   Value part = is_plain && index < v->parts.size ? v->parts.data[index] : nullptr;
   return part && part->form != Form::special && part->form != Form::unset ? part : nullptr;
 }

@@ -110,7 +110,8 @@ extern Task* current_task;
 void reset_task(Task& task);
 void end_last_roots(Task& task, size_t mark);
 inline void end_roots(Task& task, size_t mark) {
-  if (task.roots.size() > mark || !task.attempts.empty() || task.last_match.pattern) end_last_roots(task, mark);
+  if (task.roots.size() > mark || !task.attempts.empty() || task.last_match.pattern)
+    end_last_roots(task, mark);
 }
 // Forgets the attempts, or those whose patterns are among the roots from the mark on.
 void end_attempts(Task& task);

@@ -21,7 +21,8 @@ inline lumo_type_t plain_type(lumo_type_t type) {
     if (!type || !type->type_info) return type;
     info = type->type_info;
   }
-  return info->kind == lumo_type_kind_template || info->kind == lumo_type_kind_address ? type_behind(type) : type;
+  return info->kind == lumo_type_kind_template || info->kind == lumo_type_kind_address ? type_behind(type)
+                                                                                       : type;
 }
 inline lumo_type_kind_t base_kind(lumo_type_t type) {
   type = plain_type(type);
@@ -65,8 +66,8 @@ bool is_checked_somewhere(lumo_type_t type);
 inline bool has_check(lumo_type_t type) {
   const lumo_type_info_struct_t* info = type ? type->type_info : nullptr;
   if (!info) return false;
-  const bool is_plain = !info->check_function && !info->parent_type && info->kind != lumo_type_kind_template &&
-                        info->kind != lumo_type_kind_address;
+  const bool is_plain = !info->check_function && !info->parent_type &&
+                        info->kind != lumo_type_kind_template && info->kind != lumo_type_kind_address;
   return !is_plain && is_checked_somewhere(type);
 }
 // The record type behind a port or component reference type.

@@ -247,7 +247,8 @@ void append_object_id(Value v, lumo_long_integer_t number) {
   v->ids.data[v->ids.size++] = number;
 }
 
-// Room for the arguments of an instance, for the caller to fill: them, a terminator, and what stood there first.
+// Room for the arguments of an instance, for the caller to fill: them, a terminator, and what stood there
+// first.
 void open_instance(Value v, size_t count) {
   if (v->form != Form::unset) clear_contents(v);
   v->form = Form::instance;

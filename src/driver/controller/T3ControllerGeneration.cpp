@@ -14,6 +14,7 @@
 #include "driver/options/T3Version.h"
 #include "frontend/T3Tree.h"
 #include "generator/module/CGModule.h"
+#include "generator/text/LUMOS.h"
 #include "generator/text/T3Context.h"
 #include "support/FormatText.h"
 
@@ -105,7 +106,7 @@ bool GenerationSteps(T3Tree_Node* module) {
   const std::string base = GetOutputFile(module);
   auto file = std::make_unique<CFile>(directory, base + ".h", base + ".c", true, CFile::kNoLineLimit);
   file->setHeaderMessage(GenerateModuleHeader());
-  if (gT3CommandLine.build_avoidance) file->keepLike();
+  if (gT3CommandLine.build_avoidance) file->keepLike(IsSameCode);
   TellOutputFiles(module, directory, base);
   ClearOptimizationInfo(module);
   gT3Context.begin(std::move(file));

@@ -43,7 +43,8 @@ void Conclude(tIdent module) {
     std::vector<tIdent> below = imported.ahead;
     if (imported.level > 0 && imported.level % kLevels == 0) below.push_back(name);
     std::vector<tIdent> all;
-    std::set_union(own.ahead.begin(), own.ahead.end(), below.begin(), below.end(), std::back_inserter(all), IsBelow);
+    std::set_union(own.ahead.begin(), own.ahead.end(), below.begin(), below.end(), std::back_inserter(all),
+                   IsBelow);
     own.ahead = std::move(all);
   }
   Known()[module] = std::move(own);

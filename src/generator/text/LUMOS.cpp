@@ -1,8 +1,11 @@
 #include "generator/text/LUMOS.h"
 
 #include <algorithm>
+#include <cctype>
+#include <charconv>
 #include <cstring>
 #include <map>
+#include <optional>
 
 #include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
@@ -186,9 +189,47 @@ std::string VEXAModuleParameterName(tIdent a, tIdent b) {
   return joined({"vexa_", Text(a), "_", Text(b), "_module_params_storage"});
 }
 
+namespace {
+constexpr std::string_view kLocal = "_loc_";
+
+bool IsWordCharacter(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
+
+// Takes the number off the text that stands behind `before`, where both are a local variable's name.
+std::optional<long> TakeLocalNumber(std::string_view before, std::string_view& text) {
+  size_t begin = before.size();
+  while (begin > 0 && IsWordCharacter(before[begin - 1])) --begin;
+  long number = 0;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || (rest != end && IsWordCharacter(*rest))) return std::nullopt;
+  if (!before.substr(begin).starts_with("vexa_")) return std::nullopt;
+  text.remove_prefix(static_cast<size_t>(rest - text.data()));
+  return number;
+}
+}  // namespace
+
 std::string VEXALocalVarName(tIdent name) {
   static unsigned long counter = 0;
-  return joined({"vexa_", Text(name), "_loc_", std::to_string(counter++)});
+  return joined({"vexa_", Text(name), kLocal, std::to_string(counter++)});
+}
+
+bool IsSameCode(std::string_view a, std::string_view b) {
+  std::optional<long> shift;
+  for (;;) {
+    const size_t at = a.find(kLocal);
+    if (at != b.find(kLocal) || a.substr(0, at) != b.substr(0, at)) return false;
+    if (at == std::string_view::npos) return true;
+    const std::string_view before = a.substr(0, at);
+    a.remove_prefix(at + kLocal.size());
+    b.remove_prefix(at + kLocal.size());
+    const auto left = TakeLocalNumber(before, a);
+    const auto right = TakeLocalNumber(before, b);
+    if (left.has_value() != right.has_value()) return false;
+    if (left && shift.value_or(*right - *left) != *right - *left) return false;
+    if (left) shift = *right - *left;
+  }
 }
 
 std::string VEXATypeConstName(T3Tree_Node* decl) {

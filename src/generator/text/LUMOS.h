@@ -25,6 +25,9 @@ std::string VEXAModuleParamsInfoName(T3Tree_Node* module);
 std::string VEXAModuleParameterName(tIdent a, tIdent b);
 /// A new name for each call of the run.
 std::string VEXALocalVarName(tIdent name);
+/// Whether two texts of C differ in nothing but the numbers in such names, which run on from where another
+/// module stopped: all by the same.
+bool IsSameCode(std::string_view a, std::string_view b);
 
 // Types: T3TypeDecl, and where it makes sense T3ImportTypeDecl and T3ImportSignatureDecl.
 std::string VEXATypeConstName(T3Tree_Node* decl);
