@@ -78,7 +78,7 @@ def value_ranges(n):
 
 @row(2000)
 def template_lists(n):
-    return module("template integer mw := (" + join(",", n, lambda i: f"{i * 10} .. {i * 10 + 5}") + ");")
+    return module("template integer mw := (" + join(",", n, lambda i: f"({i * 10} .. {i * 10 + 5})") + ");")
 
 
 @row(100)

@@ -1,8 +1,13 @@
 #!/usr/bin/env python3
 """Measures the compiler on generated suites and prints the figures beside the budgets.
 
-    run_bench.py --orvane PROGRAM [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N]
+    run_bench.py --orvane PROGRAM [--before PROGRAM] [--parts stages,chain,growth,matching]
+                 [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N]
     run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
+
+Prints, one below the other, the compiler's stages (this file), the road from sources to verdicts (chain.py), growth with
+inputs that are large in one way (growth.py), and matching (match_bench, where it was built beside the program by
+`cmake --build ... --target match_bench`); each part with the program that --before names first.
 
 `many` stands for modules of 1,000 lines that import each other, `one` for a single module. In each round the sizes take
 turns, and each size gets as many runs as make up the lines of the largest one: a hundred runs of 10,000 lines stand
@@ -43,10 +48,10 @@ class Budget:
 BUDGETS = {
     "s": Budget(1_000_000, 2.5, None),
     "a": Budget(300_000, None, 1.1),
-    "c": Budget(120_000, None, None),
+    "c": Budget(300_000, None, None),
 }
 BUDGET_START_UP = 0.005
-BUDGET_EXCHANGE = 300_000
+BUDGET_EXCHANGE = 2_000_000
 
 
 @dataclass
@@ -200,6 +205,30 @@ def measure(arguments, folder):
             shutil.rmtree(output)
 
 
+def run_part(title, command):
+    """A part that is a program of its own, with its output below a title."""
+    print(f"\n{title}", flush=True)
+    subprocess.run(command, check=True)
+
+
+def measure_parts(arguments, folder):
+    parts = arguments.parts.split(",")
+    programs = [program for program in (arguments.before, arguments.orvane) if program]
+    for part in parts:
+        for program in programs:
+            title = f"{part}: {program}"
+            match_bench = Path(program).resolve().parent / "match_bench"
+            if part == "stages":
+                print(f"\n{title}", flush=True)
+                measure(argparse.Namespace(**{**vars(arguments), "orvane": program}), folder)
+            elif part in ("chain", "growth"):
+                run_part(title, [sys.executable, str(BENCH / f"{part}.py"), "--orvane", program])
+            elif part == "matching" and match_bench.exists():
+                run_part(title, [str(match_bench)])
+            else:
+                print(f"\n{title}: {'was not built' if part == 'matching' else 'is no part'}", flush=True)
+
+
 def build_exchange(orvane, folder, count):
     """The executable of a suite in which two components exchange `count` messages."""
     folder.mkdir()
@@ -226,6 +255,8 @@ def measure_exchange(arguments, folder):
 def main():
     parser = argparse.ArgumentParser(description="Measures the compiler on generated suites.")
     parser.add_argument("--orvane", required=True)
+    parser.add_argument("--before", help="another build of the compiler, measured as well")
+    parser.add_argument("--parts", default="stages,chain,growth,matching")
     parser.add_argument("--sizes", default="10000,100000,1000000")
     parser.add_argument("--actions", default="s,a,c")
     parser.add_argument("--layouts", default="many,one")
@@ -235,7 +266,7 @@ def main():
     arguments = parser.parse_args()
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="orvane-bench-", dir=memory) as folder:
-        (measure_exchange if arguments.exchange else measure)(arguments, Path(folder))
+        (measure_exchange if arguments.exchange else measure_parts)(arguments, Path(folder))
 
 
 if __name__ == "__main__":

@@ -18,6 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
                             mandatory("p", lumo_integer_type), mandatory("l", list),
                             optional("o", lumo_hexstring_type), mandatory("b", lumo_bitstring_type),
                             optional("q", lumo_charstring_type), optional("e", lumo_octetstring_type)});
+  static TypeTable group("Group", lumo_type_kind_record,
+                         {mandatory("a", lumo_integer_type), optional("b", lumo_octetstring_type),
+                          optional("c", list), mandatory("p", lumo_integer_type),
+                          mandatory("d", lumo_octetstring_type), optional("l", lumo_bitstring_type)});
   static const lumo_type_t types[] = {
       with_attributes(item, "RAW",
                       {{"LENGTHTO(v), FIELDLENGTH(7)", "len"},
@@ -26,6 +30,11 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
       with_attributes(choice, "RAW",
                       {{"TAG(one, tag = 1; two, {tag = 2, tag = 3}; rest, OTHERWISE)", nullptr}}),
       with_attributes(list, "RAW", {}),
+      with_attributes(group, "RAW",
+                      {{"EXTENSION_BIT_GROUP(reverse, a, c)", nullptr},
+                       {"FIELDLENGTH(2)", "b"},
+                       {"POINTERTO(l), PTROFFSET(d), PTRUNIT(4)", "p"},
+                       {"BITORDER(msb)", "l"}}),
       with_attributes(message, "RAW",
                       {{"LENGTHTO(l), UNIT(elements)", "n"},
                        {"POINTERTO(q)", "p"},
@@ -35,6 +44,6 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
                        {"FIELDLENGTH(null_terminated)", "q"},
                        {"EXTENSION_BIT(yes)", "e"}})};
   if (size == 0) return 0;
-  round_trip(types[data[0] % 4], std::string(reinterpret_cast<const char*>(data + 1), size - 1));
+  round_trip(types[data[0] % 5], std::string(reinterpret_cast<const char*>(data + 1), size - 1));
   return 0;
 }

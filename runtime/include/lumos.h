@@ -934,6 +934,8 @@ void lumo_log_list_to_all(lumo_log_message_kind_t kind, lumo_value_t values[], l
 void lumo_log(lumo_value_t values[], lumo_context_t context);
 void lumo_log_variable_modified_event(lumo_value_t value, lumo_context_t context);
 void lumo_log_element_modified_event(lumo_value_t value, unsigned long index, lumo_context_t context);
+/* The source text of what the next mismatch expected, where no value tells it; kept by the caller. */
+void lumo_log_template_expected(const char* text, lumo_context_t context);
 void lumo_log_template_mismatch_by_name_event(const char* field, const char* reason, lumo_value_t actual,
                                               lumo_value_t expected, lumo_context_t context);
 void lumo_log_template_mismatch_by_index_event(unsigned long index, const char* reason, lumo_value_t actual,

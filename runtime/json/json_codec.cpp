@@ -129,6 +129,7 @@ class Reader {
  public:
   bool read(const JsonPlan& plan, const Json& json, Value v);
   std::string fault;
+  const Json* fault_at = nullptr;
 
  private:
   bool fail(const std::string& what);
@@ -141,11 +142,14 @@ class Reader {
   bool read_text(const JsonPlan& plan, const std::string& text, Value v);
   bool check(Value v);
   FieldPath path_;
+  const Json* at_ = nullptr;
 };
 
 bool Reader::fail(const std::string& what) {
+  if (!fault.empty()) return false;
   const std::string field = path_.text();
-  if (fault.empty()) fault = field.empty() ? what : "field " + field + ": " + what;
+  fault = field.empty() ? what : "field " + field + ": " + what;
+  fault_at = at_;
   return false;
 }
 
@@ -180,10 +184,12 @@ bool Reader::read_fields(const JsonPlan& plan, const Json& json, Value v) {
     path_.leave();
   }
   if (used == json.size()) return true;
-  for (const auto& member : json.items())
+  for (const auto& member : json.items()) {
+    at_ = &member.value();
     if (std::none_of(plan.fields.begin(), plan.fields.end(),
                      [&](const JsonField& f) { return f.name == member.key(); }))
       return fail("there is no field for the member '" + member.key() + "'");
+  }
   return true;
 }
 
@@ -213,6 +219,7 @@ bool Reader::read_choice(const JsonPlan& plan, const Json& json, Value v) {
     for (size_t i = 0; i < plan.fields.size(); ++i) {
       const size_t depth = path_.depth();
       fault.clear();
+      at_ = &json;
       if (read_alternative(plan, i, json, v)) return true;
       path_.leave_to(depth);
       clear_contents(v);
@@ -293,6 +300,7 @@ bool Reader::read_leaf(const JsonPlan& plan, const Json& json, Value v) {
 }
 
 bool Reader::read(const JsonPlan& plan, const Json& json, Value v) {
+  const Json* around = std::exchange(at_, &json);
   if (stack_is_short()) return fail("the value is nested too deeply");
   bool good;
   switch (plan.kind) {
@@ -306,7 +314,41 @@ bool Reader::read(const JsonPlan& plan, const Json& json, Value v) {
     default:
       good = is_list_kind(plan.kind) ? read_list(plan, json, v) : read_leaf(plan, json, v);
   }
-  return good && check(v);
+  good = good && check(v);
+  at_ = around;
+  return good;
+}
+
+// --- where a value stands in the text
+
+// Counts values in the order of the text until the wanted one is met.
+bool count_to(const Json& json, const Json* wanted, size_t& count) {
+  ++count;
+  if (&json == wanted) return true;
+  return json.is_structured() && !stack_is_short() &&
+         std::any_of(json.begin(), json.end(),
+                     [&](const Json& part) { return count_to(part, wanted, count); });
+}
+
+size_t end_of_text(std::string_view octets, size_t at) {
+  for (++at; at < octets.size() && octets[at] != '"'; ++at) at += octets[at] == '\\';
+  return at + 1;
+}
+
+// Where the value of that number begins in octets that are known to be JSON: a text before a colon is a name.
+size_t position_of(std::string_view octets, size_t number) {
+  for (size_t at = 0; at < octets.size();) {
+    const size_t start = at = octets.find_first_not_of(" \t\r\n,:]}", at);
+    if (at >= octets.size()) break;
+    const char c = octets[at];
+    at = c == '"'               ? end_of_text(octets, at)
+         : c == '{' || c == '[' ? at + 1
+                                : octets.find_first_of(" \t\r\n,:]}", at);
+    const size_t next = at < octets.size() ? octets.find_first_not_of(" \t\r\n", at) : octets.size();
+    const bool is_name = c == '"' && next < octets.size() && octets[next] == ':';
+    if (!is_name && --number == 0) return start;
+  }
+  return octets.size();
 }
 
 // --- the family
@@ -338,7 +380,8 @@ bool parse(std::string_view octets, Json& json, size_t& taken, std::string& faul
     fault = "octet " + std::to_string(e.byte) + ": " + e.what();
     return false;
   } catch (const Json::exception& e) {
-    fault = e.what();
+    const auto at = in.tellg();
+    fault = "octet " + std::to_string(at < 0 ? octets.size() : static_cast<size_t>(at)) + ": " + e.what();
     return false;
   }
   const auto at = in.tellg();
@@ -355,7 +398,10 @@ Value decode(lumo_type_t type, std::string_view octets, size_t& taken, std::stri
   Value v = make_root(type, lumo_temp_alloc_c);
   Reader reader;
   if (reader.read(plan_of(type), json, v)) return v;
-  fault = reader.fault;
+  size_t number = 0;
+  count_to(json, reader.fault_at, number);
+  fault = "octet " + std::to_string(position_of(octets, number) + 1) +
+          (reader.fault.starts_with("field ") ? ", " : ": ") + reader.fault;
   return nullptr;
 }
 

@@ -1,6 +1,7 @@
 #include "FileAPI/CBase.h"
 
 #include <algorithm>
+#include <memory>
 
 void indent(CSection& section, unsigned n) {
   static constexpr std::string_view kBlanks =
@@ -10,24 +11,53 @@ void indent(CSection& section, unsigned n) {
 }
 
 namespace {
+// A text of a known length in the making. There are very many, most of them short: they are put together
+// elsewhere and allocated once.
+class Pieces {
+ public:
+  explicit Pieces(size_t size) {
+    if (size > sizeof near_) at_ = text_ = (far_ = std::make_unique_for_overwrite<char[]>(size)).get();
+  }
+  void add(std::string_view piece) {
+    CSection::copy(at_, piece);
+    at_ += piece.size();
+  }
+  std::string text() const { return {text_, at_}; }
+
+ private:
+  char near_[256];
+  std::unique_ptr<char[]> far_;
+  char* text_ = near_;
+  char* at_ = near_;
+};
+
 template <class Words>
 std::string Signature(std::string_view returnType, std::string_view name, const Words& parameters) {
   size_t size = returnType.size() + name.size() + sizeof " ()";
-  for (const auto& parameter : parameters) size += parameter.size() + 2;
-  std::string text;
-  text.reserve(size);
-  text.append(returnType);
-  if (!text.empty()) text += ' ';
-  text.append(name).append("(");
+  for (const std::string_view parameter : parameters) size += parameter.size() + 2;
+  Pieces pieces(size);
+  pieces.add(returnType);
+  if (!returnType.empty()) pieces.add(" ");
+  pieces.add(name);
+  pieces.add("(");
   std::string_view separator;
-  for (const auto& parameter : parameters) {
-    text.append(separator).append(parameter);
+  for (const std::string_view parameter : parameters) {
+    pieces.add(separator);
+    pieces.add(parameter);
     separator = ", ";
   }
-  text += ')';
-  return text;
+  pieces.add(")");
+  return pieces.text();
 }
 }  // namespace
+
+std::string joined(CWords words) {
+  size_t size = 0;
+  for (const std::string_view word : words) size += word.size();
+  Pieces pieces(size);
+  for (const std::string_view word : words) pieces.add(word);
+  return pieces.text();
+}
 
 std::string getSignature(std::string_view returnType, std::string_view name,
                          const std::vector<std::string>& parameters) {
@@ -43,12 +73,6 @@ std::string getSignature(std::string_view returnType, std::string_view name, CWo
 void CBase::indent(CSection& section, int n) const {
   constexpr unsigned kMost = 64;
   ::indent(section, std::min(n < 0 ? indentation_ : static_cast<unsigned>(n), kMost));
-}
-
-void CBase::newline(CSection& section) const {
-  static constexpr std::string_view kLine =
-      "\n                                                                ";
-  section.add(kLine.substr(0, 1 + indentation_));
 }
 
 void CBase::beginScope(CSection& section) {

@@ -17,6 +17,9 @@ void indent(CSection& section, unsigned n);
 /// Words of C that are only looked at: a list of texts of any kind.
 using CWords = std::initializer_list<std::string_view>;
 
+/// The texts one behind the other.
+std::string joined(CWords pieces);
+
 /// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
 std::string getSignature(std::string_view returnType, std::string_view name,
                          const std::vector<std::string>& parameters);
@@ -41,7 +44,10 @@ class CBase {
   /// Writes n blanks; a negative n means the current indentation.
   void indent(CSection& section, int n = -1) const;
   /// A new line at the current indentation.
-  void newline(CSection& section) const;
+  void newline(CSection& section) const {
+    constexpr unsigned most = 64;
+    section.addNewline(indentation_ < most ? indentation_ : most);
+  }
 
   CFile* file_;
   unsigned indentation_ = 2;

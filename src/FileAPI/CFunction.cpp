@@ -1,5 +1,7 @@
 #include "FileAPI/CFunction.h"
 
+#include <charconv>
+#include <cstdint>
 #include <utility>
 
 #include "FileAPI/CFile.h"
@@ -54,10 +56,12 @@ template <class Words>
 void CFunction::addCall(CWords before, std::string_view name, const Words& arguments,
                         std::string_view behind) {
   addLine(before);
-  body_.add({name, "("});
+  body_.add(name);
+  body_.add("(");
   std::string_view separator;
-  for (const auto& argument : arguments) {
-    body_.add({separator, argument});
+  for (const std::string_view argument : arguments) {
+    body_.add(separator);
+    body_.add(argument);
     separator = ", ";
   }
   body_.add(behind);
@@ -200,35 +204,53 @@ void CFunction::dummyDecl() {
   endScope(body_);
 }
 
+size_t CFunction::typePlace(const std::string& type) {
+  size_t place = 0;
+  while (place < types_.size() && types_[place].name != type) ++place;
+  if (place == types_.size()) types_.push_back({type, {}});
+  return place;
+}
+
 std::string CFunction::getTmpVariable(const std::string& type) {
   if (type.empty()) throw internal_exception("CFunction", __LINE__, "getTmpVariable", "type missing");
-  std::set<size_t>& free = freeTmps_[type];
+  const size_t place = typePlace(type);
+  auto& free = types_[place].free;
   if (free.empty()) {
-    tmps_.push_back({true, type, declare(type, "")});
-    tmpPlaces_.emplace(tmps_.back().name, tmps_.size() - 1);
+    tmpPlaces_.resize(nextLocal_ + 1, SIZE_MAX);
+    tmpPlaces_.back() = tmps_.size();
+    tmps_.push_back({true, place, declare(type, "")});
     return tmps_.back().name;
   }
-  Tmp& first = tmps_[*free.begin()];
-  free.erase(free.begin());
+  Tmp& first = tmps_[free.top()];
+  free.pop();
   first.in_use = true;
   return first.name;
 }
 
 void CFunction::releaseTmpVariable(const std::string& name) {
-  if (!isTmpVariable(name))
+  const Tmp* found = findTmp(name);
+  if (found == nullptr)
     throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
                              "Variable to release could not be found");
-  const size_t place = tmpPlaces_.at(name);
-  Tmp& tmp = tmps_[place];
+  Tmp& tmp = tmps_[static_cast<size_t>(found - tmps_.data())];
   if (!tmp.in_use)
     throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
                              "Can not release an unused variable");
   tmp.in_use = false;
-  freeTmps_[tmp.type].insert(place);
+  types_[tmp.type].free.push(static_cast<size_t>(found - tmps_.data()));
+}
+
+const CFunction::Tmp* CFunction::findTmp(std::string_view name) const {
+  size_t number = 0;
+  const char* end = name.data() + name.size();
+  if (!name.starts_with('v') || std::from_chars(name.data() + 1, end, number).ptr != end) return nullptr;
+  if (number >= tmpPlaces_.size() || tmpPlaces_[number] == SIZE_MAX) return nullptr;
+  const Tmp& tmp = tmps_[tmpPlaces_[number]];
+  return tmp.name == name ? &tmp : nullptr;
 }
 
 bool CFunction::isTmpVariable(const std::string& name) const {
-  return tmpPlaces_.contains(name);
+  return findTmp(name) != nullptr;
 }
 
 std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,

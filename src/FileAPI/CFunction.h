@@ -1,11 +1,10 @@
 // A generated C function. Statements go to its body, declarations to its head, in whatever order they come.
 #pragma once
 
-#include <map>
-#include <set>
+#include <functional>
+#include <queue>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "FileAPI/CBase.h"
@@ -101,8 +100,13 @@ class CFunction : public CBase {
  private:
   struct Tmp {
     bool in_use;
-    std::string type;
+    size_t type;
     std::string name;
+  };
+  /// The places of temporary variables of a type that are not in use, the first on top.
+  struct Type {
+    std::string name;
+    std::priority_queue<size_t, std::vector<size_t>, std::greater<>> free;
   };
   void addLine(CWords parts) {
     newline(body_);
@@ -111,6 +115,8 @@ class CFunction : public CBase {
   template <class Words>
   void addCall(CWords before, std::string_view name, const Words& arguments, std::string_view behind);
   void preprocessor(std::string_view word, std::string_view name);
+  size_t typePlace(const std::string& type);
+  const Tmp* findTmp(std::string_view name) const;
 
   bool exported_;
   unsigned certain_ = indentation_;
@@ -119,7 +125,8 @@ class CFunction : public CBase {
   CSection declarations_;
   CSection body_;
   std::vector<Tmp> tmps_;
-  std::unordered_map<std::string, size_t> tmpPlaces_;
-  /// By type, the places of those that are not in use.
-  std::map<std::string, std::set<size_t>> freeTmps_;
+  /// The place of a temporary variable by the number in its name.
+  std::vector<size_t> tmpPlaces_;
+  /// A function has temporary variables of few types.
+  std::vector<Type> types_;
 };

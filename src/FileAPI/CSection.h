@@ -2,7 +2,6 @@
 // current directory, which is removed with the section.
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
@@ -35,6 +34,16 @@ class CSection {
   void add(std::initializer_list<std::string_view> parts) {
     for (const std::string_view part : parts) add(part);
   }
+  /// A new line that begins with so many blanks, of which there are at most 64.
+  void addNewline(unsigned blanks) {
+    static constexpr std::string_view kLine =
+        "\n                                                                ";
+    constexpr size_t at_once = 32;
+    if (room_ < at_once || blanks >= at_once) return add(kLine.substr(0, 1 + blanks));
+    std::memcpy(text_.get() + size_, kLine.data(), at_once);
+    size_ += 1 + blanks;
+    room_ -= 1 + blanks;
+  }
   /// Closes the spill file; nothing can be added any more. Throws when not everything could be written.
   void end();
   /// Writes the whole text to `stream`. Throws when it cannot be read or written. Ends the section.
@@ -46,24 +55,35 @@ class CSection {
   /// The whole text, unless the section has spilled.
   std::string_view text() const { return {text_.get(), size_}; }
 
+  /// Most texts are short words: two moves that may overlap.
+  static void copy(char* to, std::string_view text) {
+    const size_t size = text.size();
+    if (size > 32)
+      std::memcpy(to, text.data(), size);
+    else if (size >= 16)
+      copyEnds<16>(to, text);
+    else if (size >= 8)
+      copyEnds<8>(to, text);
+    else if (size >= 4)
+      copyEnds<4>(to, text);
+    else if (size >= 2)
+      copyEnds<2>(to, text);
+    else if (size == 1)
+      *to = text.front();
+  }
+
  private:
   static constexpr size_t _limit = 10240;
   static constexpr size_t _reserve_limit = 256;
 
-  /// Most texts are short words: two moves that may overlap.
-  static void copy(char* to, std::string_view text) {
-    const size_t size = text.size();
-    if (size - 8 <= 8) {
-      uint64_t first, last;
-      std::memcpy(&first, text.data(), 8);
-      std::memcpy(&last, text.data() + size - 8, 8);
-      std::memcpy(to, &first, 8);
-      std::memcpy(to + size - 8, &last, 8);
-    } else if (size > 16) {
-      std::memcpy(to, text.data(), size);
-    } else {
-      for (const char c : text) *to++ = c;
-    }
+  template <size_t kPiece>
+  static void copyEnds(char* to, std::string_view text) {
+    char first[kPiece];
+    char last[kPiece];
+    std::memcpy(first, text.data(), kPiece);
+    std::memcpy(last, text.data() + text.size() - kPiece, kPiece);
+    std::memcpy(to, first, kPiece);
+    std::memcpy(to + text.size() - kPiece, last, kPiece);
   }
   void takeMemory(size_t size);
   void setSize(size_t size);

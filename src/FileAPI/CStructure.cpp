@@ -21,6 +21,20 @@ void CStructure::addMember(std::string_view text) {
   section_.add(text);
 }
 
+void CStructure::addNulls(unsigned count) {
+  static constexpr std::string_view kNull = "NULL";
+  static constexpr std::string_view kRest =
+      ",\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL";
+  static constexpr size_t kLength = kRest.size() / 7;
+  if (singleLine_ || count == 0 || count > 8) {
+    for (unsigned i = 0; i < count; ++i) addMember(kNull);
+    return;
+  }
+  addMember(kNull);
+  section_.add(kRest.substr(0, (count - 1) * kLength));
+  members_ += count - 1;
+}
+
 void CStructure::end() {
   if (file_ == nullptr) throw internal_exception("CStructure", __LINE__, "end", "No file");
   file_->add(isStatic_ ? CFile::SourceStructureDecls : CFile::HeaderStructures,

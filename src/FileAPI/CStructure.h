@@ -12,6 +12,8 @@ class CStructure : public CBase {
   void end() override;
 
   void addMember(std::string_view text);
+  /// Members that are all NULL.
+  void addNulls(unsigned count);
   const std::string& name() const { return name_; }
 
  private:

@@ -341,7 +341,7 @@ void T3Parser::JoinInserted(size_t depth) {
     JoinInserted(depth - length);
   state_.repaired = repaired;
   T3Actions(rule, result, &place + length - 1, state_);
-  if (repaired) [[unlikely]]
+  if (repaired || (result.position == resumed_ && errors_found_ > 0)) [[unlikely]]
     gRepairedNodes.insert(result.node);
   place = result;
   stack_.Pop(length);
@@ -489,8 +489,9 @@ void T3Parser::Recover() {
     DropToken();
     skipped = true;
   }
+  resumed_ = Peek(0).attribute.Position;
   if (skipped) {
-    errors_->ErrorMessage(kCodeRestartPoint, kInformation, Peek(0).attribute.Position);
+    errors_->ErrorMessage(kCodeRestartPoint, kInformation, resumed_);
     // What was being read is not what was written.
     JoinInserted(stack_.size() - 1);
   }

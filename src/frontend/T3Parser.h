@@ -130,6 +130,8 @@ class T3Parser {
   // The depths of the values that a repair touched, lowest first: they hold a token that it inserted, or
   // others were left out behind them.
   std::vector<size_t> inserted_;
+  // Where reading went on after the last fault: what begins there follows from it.
+  tPosition resumed_ = NoPosition;
   T3ParserState state_;
   T3Token last_shifted_ = T3Token::EndOfFile;
   long errors_found_ = 0;

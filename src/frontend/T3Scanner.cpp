@@ -122,6 +122,7 @@ void T3Scanner::Enter(LargeBlock text, size_t size) {
   outer_.push_back({std::move(text_), next_, end_, line_start_, line_, at_pattern_});
   text_ = std::move(text);
   next_ = text_.get();
+  told_quote_ = nullptr;
   end_ = next_ + size;
   std::memset(text_.get() + size, 0, kPadding);
   line_start_ = 0;
@@ -327,11 +328,13 @@ T3Token T3Scanner::ScanToken() {
   return IllegalByte();
 }
 
-// Behind a syntax error of its line a byte says nothing new, and one in its line follows from it.
+// Behind a syntax error of its line a byte says nothing new, and one in its line follows from it; nor does the
+// quote that ends what has been told at the one before it.
 T3Token T3Scanner::IllegalByte() {
   const std::string text(next_, LengthOfCharacter(next_));
+  const bool told = next_ == told_quote_;
   next_ += text.size();
-  if (gErrors.HasSyntaxError(attribute_.Position)) return T3Token::EndOfFile;
+  if (told || gErrors.HasSyntaxError(attribute_.Position)) return T3Token::EndOfFile;
   const bool one = text.size() == 1;
   gErrors.MessageI("illegal character", kError, attribute_.Position, one ? kInfoCharacter : kInfoText,
                    text.c_str());
@@ -404,6 +407,7 @@ T3Token T3Scanner::DigitString() {
     if (!(c & kWildcard) && *at != '0' && *at != '1') binary = false;
   }
   if (*at != '\'') return IllegalByte();
+  told_quote_ = at;
   const bool match = seen & kWildcard;
   T3Token token;
   if (at[1] == 'B' && binary)

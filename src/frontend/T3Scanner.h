@@ -82,6 +82,8 @@ class T3Scanner {
 
   LargeBlock text_;
   const char* next_ = nullptr;
+  /// The quote that ends the last string of digits.
+  const char* told_quote_ = nullptr;
   const char* end_ = nullptr;
   // Offset in the text of column 1 of the current line; tabs move it to the left, even below 0.
   ptrdiff_t line_start_ = 0;

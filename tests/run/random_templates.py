@@ -7,7 +7,7 @@ predicate that a value then has to hold. A hint is the value that the template i
 import re
 from itertools import permutations
 
-from random_types import INT, OMIT, TEXT, DynamicError, Open, Place, checked, complete, part_type, same, values_of
+from random_types import INT, OMIT, TEXT, DynamicError, Open, Place, checked, complete, part_type, same, shown, values_of
 
 class Template:
     def __init__(self, text, bind, fields=None, any_value=False, value=None):
@@ -24,7 +24,7 @@ def literal(t, v):
     """The text of a scalar, or None."""
     if v in (None, OMIT) or isinstance(v, (dict, tuple)) or isinstance(v, float) and "e" in str(v):
         return None
-    return f'"{v}"' if t[0] == "charstring" else str(v).lower() if t[0] == "boolean" else str(v)
+    return shown(t, v)
 
 
 def paired(tests, values):
@@ -63,7 +63,7 @@ class Templates:
             return self.alternatives(t, scope, depth, hint, optional)
         known = self.known(t, scope) if kind < 0.42 else None
         found = known or self.form(t, scope, depth, hint)
-        if t[0] in ("charstring", "list") and not item and rng.random() < 0.15 and not known:
+        if (t[0] in ("charstring", "list") or t[0] == "bits" and t[2] == 1) and not item and rng.random() < 0.15 and not known:
             found = self.of_length(t, ANY if rng.random() < 0.5 else found, hint)
         return self.if_present(found) if optional and rng.random() < 0.15 and not known else found
 
@@ -101,9 +101,15 @@ class Templates:
             name = self.rng.choice(named)
             text = self.rng.choice((name, name, f"same_template_{t[1]}({name})"))
             return Template(text, lambda frame: frame[name].value if name in frame and frame[name].value else opened())
-        return self.called(self.rng.choice(declared), scope) if declared else None
+        if not declared:
+            return None
+        row = self.rng.choice(declared)
+        text, inner, _ = self.called(row, scope)
+        body = row[3]
+        return Template(text, lambda frame: body.bind(inner(frame)), value=body.value and (lambda frame: body.value(inner(frame))))
 
     def called(self, row, scope):
+        """Text of a template with arguments, its frame, and the fields of its body."""
         name, _, formals, body = row
         actuals = [self.specific(t, scope, None) if mode == "value" else self.template(t, scope, 0)
                    for mode, t, _ in formals]
@@ -111,9 +117,22 @@ class Templates:
         def inner(frame):
             return {p: Place(t, actual.value(frame) if mode == "value" else actual.bind(frame))
                     for (mode, t, p), actual in zip(formals, actuals)}
-        return Template(f"{name}({', '.join(actual.text for actual in actuals)})" if formals else name,
-                        lambda frame: body.bind(inner(frame)),
-                        value=body.value and (lambda frame: body.value(inner(frame))))
+        return f"{name}({', '.join(actual.text for actual in actuals)})" if formals else name, inner, body.fields
+
+    def instance(self, t, scope, depth, hint):
+        """A template for a statement: it may modify one in line, which tells its type."""
+        parents = [row for row in self.templates if row[1] == t and row[3].fields]
+        if not parents or self.rng.random() < 0.7:
+            body = self.template(t, scope, depth, hint)
+            return f"{t[1]}:{body.text}", body
+        called, inner, fields = self.called(self.rng.choice(parents), scope)
+        kept = {f: Template("", lambda frame, part=part: part.bind(inner(frame)), any_value=part is ANY,
+                            value=part.value and (lambda frame, part=part: part.value(inner(frame))))
+                for f, part in fields.items()}
+        kept = {f: OMITTED if fields[f] is OMITTED else ANY if part.any_value else part for f, part in kept.items()}
+        text, body = self.modification(t, Template("", None, kept), scope)
+        body.text = f"modifies {called} := {text}"
+        return body.text, body
 
     # -- forms of their own
 
@@ -125,6 +144,8 @@ class Templates:
             return self.bounds(t, hint)
         if kind < 0.5 and t[0] == "charstring":
             return self.pattern(scope, hint)
+        if kind < 0.5 and t[0] == "bits":
+            return self.digit_pattern(t, hint)
         return self.specific(t, scope, hint)
 
     def specific(self, t, scope, hint):
@@ -175,6 +196,12 @@ class Templates:
             expression = "".join(re.escape(self.given_text(frame, part[0])) if isinstance(part, list) else part for part in parts)
             return lambda v: v is not OMIT and re.fullmatch(expression, v, re.DOTALL) is not None
         return Template(f'pattern "{text}"', bind)
+
+    def digit_pattern(self, t, hint):
+        digits = hint if hint is not None and self.rng.random() < 0.8 else "01" * self.rng.randint(0, 2)
+        elements = [self.rng.choice((digits[i:i + t[2]], digits[i:i + t[2]], "?", "*")) for i in range(0, len(digits), t[2])]
+        expression = "".join({"?": "." * t[2], "*": f"({'.' * t[2]})*"}.get(e, e) for e in elements)
+        return Template(shown(t, "".join(elements)), lambda _: lambda v: v is not OMIT and re.fullmatch(expression, v) is not None)
 
     def given_text(self, frame, name):
         v = frame[name].get() if name in frame else None
@@ -236,8 +263,8 @@ class Templates:
             else:
                 items.append(("one", make(hints[0] if hints else None)))
                 hints = hints[1:]
-            if len(items) > 4:
-                return ANY
+        if sum(len(what) if kind == "permutation" else 1 for kind, what in items) > 4:
+            return ANY
         return self.row(t, items)
 
     def row(self, t, items):
@@ -313,16 +340,19 @@ class Templates:
             return self.template_variable(scope)
         name, t = rng.choice(values_of(scope))
         hint = self.frame[name].get() if name in self.frame else None
-        body = self.template(t, scope, 2, hint if complete(t, hint) else None)
+        hint = hint if complete(t, hint) else None
+        typed, body = self.instance(t, scope, 2, hint)
+        if kind == 2:  # what is logged of templates is nobody's concern here, that it can be is
+            return [f'log("-", {typed});'], body.bind
         if kind == 1 and body.value:
             def assign(frame):
                 frame[name].set((), body.value(frame))
             return [f"{name} := valueof({body.text});"], assign
-        more = self.template(t, scope, 1, hint if complete(t, hint) else None)
+        more = self.template(t, scope, 1, hint)
         text = (f'if (match({name}, {body.text})) {{ log("#1"); }} else {{ log("#2"); }}',
                 f'select ({name}) {{ case ({more.text}) {{ log("#1"); }} case ({body.text}) {{ log("#2"); }} case else {{ log("#3"); }} }}',
                 f'if (match_{t[1]}({body.text}, {name})) {{ log("#1"); }} else {{ log("#2"); }}',
-                f'p.send({name}); alt {{ [] p.receive({t[1]}:{more.text}) {{ log("#1"); }} [] p.receive({t[1]}:{body.text}) '
+                f'p.send({name}); alt {{ [] p.receive({t[1]}:{more.text}) {{ log("#1"); }} [] p.receive({typed}) '
                 '{ log("#2"); } [] p.receive { log("#3"); } }')[way := rng.randrange(4)]
 
         def run(frame):

@@ -17,15 +17,17 @@ class Discard(Exception):
 
 
 # A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...)); ("list", name, element, bounds, word);
-# ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
+# ("bits", name, digits of an element, values of one); ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
 INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
 SUB = ("sub", "Small", -20, 20)
+COLOUR = ("enum", "Colour", ("red", "green", "blue"))
+BITS, HEXES, OCTETS = ("bits", "bitstring", 1, 2), ("bits", "hexstring", 1, 16), ("bits", "octetstring", 2, 256)
 
 
 def make_types(rng):
-    types = [INT, FLOAT, BOOL, TEXT, SUB]
-    lines = ["type integer Small (-20 .. 20);"]
-    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT)]
+    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS]
+    lines = ["type integer Small (-20 .. 20);", f"type enumerated Colour {{ {', '.join(COLOUR[2])} }}"]
+    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, BITS, HEXES, OCTETS)]
     for i in range(12):
         kind = ("list", "record", "union", "array", "record", "list")[i % 6]
         name = f"{kind.capitalize()}{i}"
@@ -175,6 +177,8 @@ def shown(t, v, top=False):
         return f"{{ {v[0]} := {shown(part_type(t, v[0])[0], v[1])} }}"
     if t[0] in ("list", "array"):
         return "{ " + ", ".join(shown(t[2], x) for x in v) + " }" if v else "{}"
+    if t[0] == "bits":
+        return f"'{v}'{t[1][0].upper()}"
     if t[0] == "charstring":
         return v if top else f'"{v}"'
     if t[0] == "float" and v and abs(v) < 1e-4:

@@ -3,9 +3,10 @@
 
     random_values.py --orvane PROGRAM --out FOLDER [--cc tcc] [--seed N] [--programs N] [--modules N]
 
-A program is a test case with functions of its own: it works on integers, floats, strings, records, lists, arrays and
-unions, passes them in all modes, tries templates on them, and logs them. What it does is generated and evaluated as a tree of closures; the lines
-that it has to log, and whether it ends with a dynamic error, are known before it runs. Each module holds many programs.
+A program is a test case with functions and variables of a component: it works on numbers, strings, enumerations, records,
+lists, arrays and unions, passes them in all modes, tries templates on them, sends and logs them. What it does is generated
+and evaluated as a tree of closures; the lines that it has to log, and whether it ends with a dynamic error, are known
+before it runs. Each module holds many programs.
 The seed of a module is printed when something differs: --seed with it and --modules 1 makes it again.
 """
 
@@ -18,8 +19,8 @@ import sys
 from pathlib import Path
 
 from random_templates import Templates
-from random_types import (BOOL, FLOAT, INT, LIMIT, OMIT, SUB, TEXT, Discard, DynamicError, Open, Place, checked, complete,
-                          make_types, part_type, read, same, shown, values_of)
+from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, SUB, TEXT, Discard, DynamicError, Open,
+                          Place, checked, complete, make_types, part_type, read, same, shown, values_of)
 
 
 class Loop(Exception):
@@ -31,7 +32,7 @@ class Loop(Exception):
 class Generator(Templates):
     def __init__(self, rng, types):
         self.rng, self.types = rng, types
-        self.names, self.templates, self.frame = 0, [], {}
+        self.names, self.templates, self.frame, self.owned = 0, [], {}, []
 
     def name(self, prefix):
         self.names += 1
@@ -114,6 +115,12 @@ class Generator(Templates):
         if t[0] == "charstring":
             v = "".join(rng.choice("abcxyz ") for _ in range(rng.randrange(4)))
             return f'"{v}"', lambda _: v
+        if t[0] == "bits":
+            v = "".join(rng.choice("01" if t is BITS else "09AF") for _ in range(rng.randrange(5) * t[2]))
+            return shown(t, v), lambda _: v
+        if t[0] == "enum":
+            v = rng.choice(t[2])
+            return v, lambda _: v
         v = {"integer": rng.randint(0, 9), "sub": rng.randint(0, 9), "boolean": rng.random() < 0.5,
              "float": rng.randrange(64) / 8}[t[0]]
         return (str(v).lower() if t[0] == "boolean" else str(v)), lambda _: v
@@ -124,6 +131,8 @@ class Generator(Templates):
             return self.condition(scope, depth)
         if t[0] == "charstring":
             return self.text(scope, depth)
+        if t[0] in ("bits", "enum"):
+            return self.digits(t, scope, depth) if t[0] == "bits" else self.literal(t)
         if t[0] == "float":
             op = rng.choice("+-*/")
         else:
@@ -137,12 +146,28 @@ class Generator(Templates):
             b = f"same_{t[1]}({b})"
         return f"({a} {op} {b})", lambda frame: arithmetic(op, x(frame), y(frame))
 
+    def digits(self, t, scope, depth):
+        """An operation on strings of digits; faults of constants are found by the compiler."""
+        op, n, m = self.rng.choice(sorted(DIGIT_OPERATIONS)), self.rng.randrange(4), self.rng.randrange(3)
+        (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
+        second = f"same_{t[1]}({b})" if op in ("and4b", "or4b", "xor4b", "&") else n
+        text = (f"(not4b {a})" if op == "not4b" else f"substr(same_{t[1]}({a}), {n}, {m})" if op == "substr" else
+                f"replace(same_{t[1]}({a}), {n}, {m}, {b})" if op == "replace" else f"({a} {op} {second})")
+
+        def value(frame):
+            elements = lambda v: [int(v[i:i + t[2]], 16) for i in range(0, len(v), t[2])]
+            p, q = elements(x(frame)), elements(y(frame)) if op in ("and4b", "or4b", "xor4b", "&", "replace") else []
+            v = DIGIT_OPERATIONS[op](p, q, n, m, t[3] - 1)
+            return "".join(f"{e:X}".zfill(t[2]) for e in v) if len(v) < 40 else discard()
+        return text, value
+
     def size(self, scope, depth):
         lists = [t for t in self.types if t[0] == "list"]
         found = self.reference(scope, self.rng.choice(lists)) if scope else None
         if not found:
-            a, x = self.plain(TEXT, scope, depth - 1)
-            return f"lengthof({a})", lambda frame: len(x(frame))
+            of = self.rng.choice((TEXT, BITS, HEXES, OCTETS))
+            a, x = self.plain(of, scope, depth - 1)
+            return f"lengthof({a})", lambda frame: len(x(frame)) // (2 if of is OCTETS else 1)
         text, value = self.given(self.reading(found))
         return f"{self.rng.choice(('lengthof', 'sizeof'))}({text})", lambda frame: len(value(frame))
 
@@ -158,12 +183,15 @@ class Generator(Templates):
         rng = self.rng
         kind = rng.randrange(6)
         if kind < 2:
-            t = rng.choice((INT, FLOAT))
+            t = rng.choice((INT, FLOAT, COLOUR))
             op = rng.choice(("<", ">", "<=", ">="))
             (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
             compare = {"<": lambda p, q: p < q, ">": lambda p, q: p > q, "<=": lambda p, q: p <= q,
                        ">=": lambda p, q: p >= q}[op]
-            return f"({a} {op} {b})", lambda frame: compare(x(frame), y(frame))
+            rank = COLOUR[2].index if t is COLOUR else lambda v: v
+            if t is COLOUR and {a, b} <= set(COLOUR[2]):
+                return self.literal(BOOL)  # literals alone have no type
+            return f"({a} {op} {b})", lambda frame: compare(rank(x(frame)), rank(y(frame)))
         if kind == 2 and scope:
             found = self.reference(scope)
             other = self.reference(scope, found[1])
@@ -324,7 +352,7 @@ class Generator(Templates):
         formals = [(rng.choice(("in", "in", "inout", "out")), self.type(), self.name("p"))
                    for _ in range(rng.randint(1, 4))]
         result = self.type() if rng.random() < 0.6 else None
-        scope = [(p, t) for mode, t, p in formals if mode != "out"]
+        scope = [(p, t) for mode, t, p in formals if mode != "out"] + self.owned
         starts = []
         for mode, t, p in formals:
             if mode == "out":
@@ -333,7 +361,7 @@ class Generator(Templates):
         body, run = self.block(scope, functions, 1, rng.randint(1, 5))
         back = self.expression(result, scope) if result else None
         head = ", ".join(f"{mode} {t[1]} {p}" for mode, t, p in formals)
-        lines = [f"function {name}({head}) runs on C{f' return {result[1]}' if result else ''} {{",
+        lines = [f"function {name}({head}) runs on C_{f' return {result[1]}' if result else ''} {{",
                  *(f"{p} := {x[0]};" for p, _, x in starts), *body, *([f"return {back[0]};"] if back else []), "}"]
 
         def call(frame):
@@ -351,7 +379,8 @@ class Generator(Templates):
                 actuals.append(self.expression(t, scope))
                 continue
             # No two parameters by reference share a variable: what one changes would be open.
-            free = [row for row in values_of(scope) if row[0] not in used]
+            # Nor is it one of the component, which the function may replace as a whole.
+            free = [row for row in values_of(scope) if row[0] not in used and row not in self.owned]
             found = self.reference(scope, t, free) if free else None
             if not found or found[1] != t:
                 return self.assignment(scope)
@@ -364,7 +393,7 @@ class Generator(Templates):
                 return self.assignment(scope)
 
         def call(frame):
-            inner = {"log": frame["log"]}
+            inner = {"log": frame["log"], **{name: frame[name] for name, _ in self.owned}}
             for (mode, t, p), (_, x) in zip(formals, actuals):
                 if mode == "in":
                     v = x(frame)
@@ -384,22 +413,36 @@ class Generator(Templates):
         return [f"{target[0]} := {invocation};" if target else f"{invocation};"], call
 
     def program(self, number):
-        lines, functions = [], []
+        self.frame = frame = {"log": []}
+        lines, functions = [f"type component C_ extends C {{ {self.variables(frame)} }}"], []
         for _ in range(self.rng.randint(0, 3)):
             more, function = self.function(functions)
             lines += more
             functions.append(function)
         for _ in range(self.rng.randint(0, 3)):
             lines += self.declared()
-        lines += [f"testcase TC_{number}() runs on C system S {{", "connect(self:p, self:p);"]
-        self.frame = frame = {"log": []}
-        scope, verdict = [], "pass"
+        lines += [f"testcase TC_{number}() runs on C_ system S {{", "connect(self:p, self:p);"]
+        scope, verdict = list(self.owned), "pass"
         for _ in range(self.rng.randint(8, 24)):
             piece, verdict = self.step(frame, scope, functions)
             lines += piece
             if verdict == "error":
                 break
         return [*lines, "setverdict(pass);", "}"], frame["log"], verdict
+
+    def variables(self, frame):
+        """Variables of the component, which its functions see."""
+        text = ""
+        for _ in range(self.rng.randint(0, 3)):
+            name, t = self.name("c"), self.type()
+            a, x = self.expression(t, [], 1)
+            try:
+                frame[name] = Place(t, checked(t, x(frame)))
+            except DynamicError:
+                continue
+            self.owned.append((name, t))
+            text += f"var {t[1]} {name} := {a}; "
+        return text
 
     def step(self, frame, scope, functions):
         """A statement, which is executed; few of those that end with an error are taken."""
@@ -424,6 +467,25 @@ class Generator(Templates):
 
 def discard():
     raise Discard
+
+
+def each(op):
+    return lambda p, q, n, m, top: [op(a, b, top) for a, b in zip(p, q)] if len(p) == len(q) else no_value()
+
+
+def no_value():
+    raise DynamicError
+
+
+# Of two rows of elements, two numbers, and the greatest element.
+DIGIT_OPERATIONS = {
+    "and4b": each(lambda a, b, _: a & b), "or4b": each(lambda a, b, _: a | b), "xor4b": each(lambda a, b, _: a ^ b),
+    "&": lambda p, q, n, m, top: p + q, "not4b": lambda p, q, n, m, top: [top - a for a in p],
+    "<<": lambda p, q, n, m, top: p[n:] + [0] * min(n, len(p)), ">>": lambda p, q, n, m, top: ([0] * n + p)[:len(p)],
+    "<@": lambda p, q, n, m, top: p[n % len(p):] + p[:n % len(p)] if p else p,
+    "@>": lambda p, q, n, m, top: p[-(n % len(p)):] + p[:-(n % len(p))] if p and n % len(p) else p,
+    "substr": lambda p, q, n, m, top: p[n:n + m] if n + m <= len(p) else no_value(),
+    "replace": lambda p, q, n, m, top: p[:n] + q + p[n + m:] if n + m <= len(p) else no_value()}
 
 
 def asked(value, frame):
@@ -459,11 +521,12 @@ def module(seed, programs):
         except (Discard, RecursionError):
             continue
         # Functions and templates are of the module: each program has its own names.
-        lines += [re.sub(r"\bf(\d+)\(", rf"f{len(expected)}_\1(", re.sub(r"\btp(\d+)\b", rf"tp{len(expected)}_\1", line))
-                  for line in text]
+        lines += [re.sub(r"\b(f(?=\d+\()|tp(?=\d)|C(?=_))", rf"\g<1>{len(expected)}_", line) for line in text]
         expected.append((log, verdict))
     control = [f"execute(TC_{i}());" for i in range(programs)]
-    return ["module Random language \"TTCN-3:2005\" {", "type port P message { inout all }", "type component C { port P p }", "type component S { }", *lines, "control {", *control, "}", "}"], expected
+    head = ["module Random language \"TTCN-3:2005\" {", "type port P message { inout all }",
+            "type component C { port P p }", "type component S { }"]
+    return [*head, *lines, "control {", *control, "}", "}"], expected
 
 
 def run(command, folder, seed, statuses=(0,), seconds=120):

@@ -139,7 +139,9 @@ def check_names(suite):
                             ("-p tmies=3", "there is no module parameter 'tmies', did you mean 'Outcome.times'?"),
                             ("-p times=x -vnone", "module parameter Outcome.times cannot be set to x"),
                             ("--port q=udp:127.0.0.1:9", "there is no port 'q'"), ("--port P[0]=udp:127.0.0.1:9", "did you mean 'p'?"),
-                            ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
+                            ("-t !TC_psas", "there is no test case 'TC_psas', did you mean 'Outcome.TC_pass'?"),
+                            ("--junit --html r", "option '--junit' needs a value"), ("--log=", "option '--log=' needs a value"),
+                            ("--seed 99999999999999999999", "is no value"), ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
                             ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
                             ("--shard 3/2", "'3/2' is no value"), ("-j 0", "'0' is no value")):
         _, err = suite.run(arguments, status=2)
@@ -196,10 +198,12 @@ def check_choice(suite, steered):
     check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
     out, err = steered.run("-vnone -j 2")
     check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
-    out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late --explore 60")
-    check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
-    for verdict, seed in re.findall(r"\d+ (\w+) Outcome.ttcn:8\d .*--seed (\d+) -t Outcome.TC_race", out):
-        out, _ = suite.run(f"-vnone -t TC_race --explore 1 --seed {seed}", int(verdict == "error"))
+    out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late,TC_guard --explore 60")
+    check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_guard: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
+    found = re.findall(r"\d+ (\w+) Outcome.ttcn:\d+ .*--seed (\d+) -t Outcome.(TC_\w+)", out)
+    check(len(found) == 7, "outcomes of all schedules", out)
+    for verdict, seed, name in found:
+        out, _ = suite.run(f"-vnone -t {name} --explore 1 --seed {seed}", int(verdict not in ("pass", "none")))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")
     suite.path("Outcome.cfg").write_text("# all but errors\nparam = times = 2\nverbose none\ntestcase = TC_f*\n")
     check_has(suite.run("--config")[0], ["1 test case: 0 pass, 0 none, 0 inconc, 1 fail"], "configuration")
@@ -219,10 +223,19 @@ def check_logs(suite):
     check("vexa" not in (out + err).lower(), "names of generated code", err)
     suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
     check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")
+    suite.run("-t TC_none,TC_none,TC_pass -j 2 --log-dir logs", status=0)
+    check(suite.read("logs/mtc.log").count("\n") == 2 and suite.read("logs/control.log").count("started") == 3, "folder of several processes")
     suite.run("-t TC_none -L log.json --log-format json", status=0)
     check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
     suite.run("-b -L small.log --log-size 1 -v all -p times=20")
     check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
+
+
+def check_told(suite):
+    out, _ = suite.run("-vnone")
+    told = dict(re.findall(r"(?m)^Told.(\w+): fail Told.ttcn:\d+ (.*)$", out))
+    for name, text in re.findall(r"(?ms)^  testcase (\w+).*?// (.*?)$", (SOURCES / "Told.ttcn").read_text()):
+        check(told.get(name) == text, f"what {name} tells", told.get(name))
 
 
 def check_reports(suite):
@@ -267,6 +280,7 @@ def main():
     check_lost_output(suite)
     check_choice(suite, steered)
     check_logs(suite)
+    check_told(Suite(options, "Told"))
     check_reports(suite)
     check_ends(suite)
     for more in "", " -s":

@@ -75,12 +75,23 @@ bool holds_any(Value v, const RawConditions& conditions) {
                      [&](const RawCondition& c) { return holds_for(c, part_at(v, c.path)); });
 }
 
+// Nothing tells that the field is omitted but the end of the octets.
+bool is_untold(const RawField& f) {
+  return f.optional && !f.has_presence && !f.has_tag && f.pointed_by == no_place && f.plan->presence.empty();
+}
+
 // Optional fields and alternatives are those that the fields before them tell.
 bool agree(Value v, int depth) {
   std::vector<std::string> errors;
   const RawPlan& plan = raw_plan(v->type, errors);
+  bool has_ended = false;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     const RawField& f = plan.fields[i];
+    if (is_untold(f) && has_ended && !is_omit(v->parts.data[i])) {
+      destroy(v->parts.data[i]);
+      v->parts.data[i] = lumo_omit_value_c;
+    }
+    has_ended = has_ended || (is_untold(f) && is_omit(v->parts.data[i]));
     if (f.has_presence && (!is_omit(v->parts.data[i])) != holds_any(v, f.presence)) {
       const bool is_there = !is_omit(v->parts.data[i]);
       if (is_there) destroy(v->parts.data[i]);

@@ -16,6 +16,11 @@ from pathlib import Path
 OBJECT_IDENTIFIER = re.compile(rb"^(\s*module\s+\w+)\s*\.\s*objid\s*\{[^}]*\}", re.MULTILINE)
 
 
+# A type that the modules name and none of them has.
+MODULE = re.compile(rb"^(\s*module\s+\w+[^{]*\{)", re.MULTILINE)
+INT18 = b' type integer INT18b_BO_LAST (0..262143) with { encode "RAW"; variant "FIELDLENGTH(18), BYTEORDER(last)" } '
+
+
 def run(command, folder, fails=True):
     process = subprocess.run([str(word) for word in command], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                              text=True, timeout=600, check=False)
@@ -29,7 +34,10 @@ def trips(arguments, name, root, allowed):
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
     for source in (arguments.corpus / name).glob("*.ttcn"):
-        (folder / source.name).write_bytes(OBJECT_IDENTIFIER.sub(rb"\1", source.read_bytes()))
+        text = OBJECT_IDENTIFIER.sub(rb"\1", source.read_bytes())
+        if source.stem == "General_Types":
+            text = MODULE.sub(rb"\1" + INT18, text, count=1)
+        (folder / source.name).write_bytes(text)
     run([arguments.orvane, "-v", "2", "-c", "-r", root, "-F", *sorted(folder.glob("*.ttcn"))], folder)
     libraries = arguments.orvane.parent.parent / "lib"
     run(["cc", "-std=c11", "-O0", "-w", f"-I{libraries.parent / 'include'}", "-c", *sorted(folder.glob("*.c"))], folder)

@@ -1,5 +1,6 @@
 #include "codec/raw.h"
 
+#include "value/task.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -8,6 +9,15 @@ std::string FieldPath::text() const {
   std::string text;
   for (const char* name : names_) text += (text.empty() ? "" : ".") + std::string(name);
   return text;
+}
+
+void append_elements(Value list, Value more) {
+  for (size_t i = 0; more && i < more->parts.size; ++i) {
+    const size_t last = list->parts.size;
+    resize_parts(list, last + 1);
+    lumo_value_assign(force_part(list, last), more->parts.data[i], current_task);
+  }
+  if (more) destroy(more);
 }
 
 Value part_at(Value v, const std::vector<size_t>& path) {

@@ -30,6 +30,8 @@ class FieldPath {
   std::vector<const char*> names_;
 };
 
+// Puts the elements of a list behind those of another one, and destroys the first; more may be null.
+void append_elements(Value list, Value more);
 // The part at the end of a path; null where something on the way is omitted or another alternative is chosen.
 Value part_at(Value v, const std::vector<size_t>& path);
 // Whether a number stands in seven bits of each octet.

@@ -459,22 +459,25 @@ bool Decoder::decode_choice(const RawPlan& plan, Value v, RawOrder around, size_
   return try_alternatives(plan, v, around, limit, fills);
 }
 
-// The first alternative that fits; where the union is all that stands there, rather one that leaves no
-// octets.
+// The first alternative that fits; where the union is all that stands there, rather one that leaves no octets,
+// and best one that leaves no bits.
 bool Decoder::try_alternatives(const RawPlan& plan, Value v, RawOrder around, size_t limit, bool fills) {
   const BitPlace start = source.place;
-  size_t first = no_place;
+  size_t best = no_place, rank_of_best = 3;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
-    if (plan.fields[i].has_tag || !decode_alternative(plan, v, i, around, limit)) {
-      source.place = start;
-      continue;
+    if (!plan.fields[i].has_tag && decode_alternative(plan, v, i, around, limit)) {
+      const size_t left = left_until(source, limit);
+      if (!fills || left == 0) return true;
+      const size_t rank = left < 8 ? 1 : 2;
+      if (rank < rank_of_best) {
+        best = i;
+        rank_of_best = rank;
+      }
+      drop_alternative(v);
     }
-    if (!fills || left_until(source, limit) < 8) return true;
-    if (first == no_place) first = i;
     source.place = start;
-    drop_alternative(v);
   }
-  if (first != no_place) return decode_alternative(plan, v, first, around, limit);
+  if (best != no_place) return decode_alternative(plan, v, best, around, limit);
   return fail("no alternative fits");
 }
 
@@ -731,14 +734,7 @@ bool Decoder::decode_set_field(const Record& r, size_t i, bool& found) {
   chosen_ = is_certain;
   found = decode_present(r, i, limit) && source.place.bits() > at;
   if (!before) return found || !is_certain;
-  Value more = r.v->parts.data[i];
-  r.v->parts.data[i] = before;
-  for (size_t k = 0; more && k < more->parts.size; ++k) {
-    const size_t last = before->parts.size;
-    resize_parts(before, last + 1);
-    lumo_value_assign(force_part(before, last), more->parts.data[k], current_task);
-  }
-  if (more) destroy(more);
+  append_elements(before, std::exchange(r.v->parts.data[i], before));
   return found || !is_certain;
 }
 

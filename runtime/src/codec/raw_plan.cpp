@@ -128,19 +128,8 @@ class Planner {
   std::vector<std::string>* errors_ = nullptr;
 };
 
-std::string place_of(lumo_type_t type) {
-  const char* module = lumo_type_definition_module(type, nullptr);
-  return std::string("type ") + (module ? module : "") + "." + type_name(type);
-}
-
-std::string place_of(const std::string& place, std::string_view field) {
-  const bool is_field = place.find(", field ") != std::string::npos;
-  return field.empty() ? place : place + (is_field ? "." : ", field ") + std::string(field);
-}
-
 void Planner::error_at(const std::string& place, const std::string& text) {
-  const std::string line = place + ": " + text;
-  if (std::find(errors_->begin(), errors_->end(), line) == errors_->end()) errors_->push_back(line);
+  add_fault(*errors_, place, text);
 }
 
 void Planner::error(const RawPlan& plan, std::string_view field, const std::string& text) {

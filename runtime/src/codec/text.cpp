@@ -19,6 +19,11 @@ bool is_there(Value part) {
   return part && !is_omit(part) && part->form != Form::unset;
 }
 
+// Their digits are the text.
+bool is_digit_kind(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_bitstring || kind == lumo_type_kind_hexstring;
+}
+
 void convert(std::string& text, TextCase to) {
   for (char& c : text)
     if (to != TextCase::same)
@@ -89,6 +94,8 @@ bool Encoder::encode_leaf(const TextPlan& plan, Value v) {
     text = v->boolean ? "true" : "false";
   } else if (v->form == Form::unset || v->form == Form::special) {
     return fail("the value is not completely initialized");
+  } else if (is_digit_kind(plan.kind)) {
+    text.assign(v->text.data, v->text.size);
   } else {
     text = plain_octets(v);
   }
@@ -134,9 +141,11 @@ class Decoder {
   bool decode_fields(const TextPlan& plan, Value v);
   bool decode_field(const TextPlan& plan, Value v, size_t i, bool& is_first);
   bool decode_set(const TextPlan& plan, Value v);
+  bool decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is_first);
   bool decode_list(const TextPlan& plan, Value v);
   bool decode_choice(const TextPlan& plan, Value v);
   bool decode_leaf(const TextPlan& plan, Value v);
+  void skip_blanks(const TextPlan& plan, size_t start);
   bool decode_literal(const TextPlan& plan, Value v);
   bool set_leaf(const TextPlan& plan, Value v, std::string text);
   bool omit(const TextPlan& plan, Value v, size_t i);
@@ -223,7 +232,8 @@ bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_fir
   if (has_next) terminators_.push_back(&plan.fields[i + 1].plan->begin);
   path_.enter(plan.fields[i].name.c_str());
   const bool good = (is_first || take(plan.separator, "the separator is missing")) &&
-                    decode(*plan.fields[i].plan, force_part(v, i));
+                    decode(*plan.fields[i].plan, force_part(v, i)) &&
+                    (at > start || !plan.fields[i].optional);
   path_.leave();
   terminators_.resize(terminators);
   if (good) {
@@ -244,14 +254,32 @@ bool Decoder::decode_fields(const TextPlan& plan, Value v) {
   return true;
 }
 
+// The next field of a set, or more elements of one that may come apart; false where nothing was taken.
+bool Decoder::decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
+  const Value before = v->parts.data[i];
+  if (before && !plan.fields[i].plan->repeatable) return false;
+  const size_t start = at;
+  v->parts.data[i] = nullptr;
+  const bool was_first = is_first;
+  bool good = decode_field(plan, v, i, is_first) && at > start;
+  const Value found = v->parts.data[i];
+  // A separator alone is not that of a list without elements.
+  if (good && !was_first && is_list_kind(found->kind) && found->parts.size == 0) {
+    good = false;
+    at = start;
+    destroy(found);
+    v->parts.data[i] = nullptr;
+  }
+  if (before) append_elements(before, std::exchange(v->parts.data[i], before));
+  return good;
+}
+
 bool Decoder::decode_set(const TextPlan& plan, Value v) {
   shape(v);
   bool is_first = true;
   for (bool found = true; found;) {
     found = false;
-    for (size_t i = 0; i < plan.fields.size() && !found; ++i)
-      if (const size_t start = at; !v->parts.data[i] && decode_field(plan, v, i, is_first))
-        found = at > start;
+    for (size_t i = 0; i < plan.fields.size() && !found; ++i) found = decode_set_field(plan, v, i, is_first);
   }
   for (size_t i = 0; i < plan.fields.size(); ++i)
     if (!v->parts.data[i] && !omit(plan, v, i)) return fail("a field is missing");
@@ -315,6 +343,8 @@ size_t Decoder::extent(const TextPlan& plan) const {
   if (plan.kind == lumo_type_kind_float) return while_any(rest, start, "0123456789.eE+-");
   if (plan.kind == lumo_type_kind_boolean)
     return rest.starts_with("false") ? 5 : std::min<size_t>(rest.size(), 4);
+  if (is_digit_kind(plan.kind))
+    return while_any(rest, 0, plan.kind == lumo_type_kind_bitstring ? "01" : "0123456789ABCDEFabcdef");
   const size_t most = std::min(plan.most, rest.size());
   for (size_t n = 0; n < most; ++n)
     for (const TextToken* token : terminators_)
@@ -359,18 +389,37 @@ bool Decoder::set_leaf(const TextPlan& plan, Value v, std::string text) {
     v->form = Form::real;
     return true;
   }
+  if (is_digit_kind(plan.kind)) {
+    convert(text, TextCase::upper);
+    const char* digits = plan.kind == lumo_type_kind_bitstring ? "01" : "0123456789ABCDEF";
+    if (text.find_first_not_of(digits) != npos) return fail("the text holds other characters than digits");
+    return set_text(v, text), true;
+  }
   convert(text, plan.read_case);
   if (plan.least && plan.just_right) text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
   if (plan.least && !plan.just_right) text.erase(text.find_last_not_of(' ') + 1);
   return (set_plain(v, text, taken) && taken == text.size()) || fail("the text is no value of the type");
 }
 
+// Blanks that make a value as long as it has to be.
+void Decoder::skip_blanks(const TextPlan& plan, size_t start) {
+  while (at < octets_.size() && at - start < plan.least && octets_[at] == ' ') ++at;
+}
+
 bool Decoder::decode_leaf(const TextPlan& plan, Value v) {
-  if (plan.kind == lumo_type_kind_enumerated) return decode_literal(plan, v);
-  const size_t n = extent(plan);
-  if (n == npos) return fail("the text does not match the pattern of the value");
-  if (!set_leaf(plan, v, std::string(octets_.substr(at, n)))) return false;
-  at += n;
+  const size_t start = at;
+  const bool has_blanks = !is_text_kind(plan.kind);
+  if (has_blanks && plan.just_right) skip_blanks(plan, start);
+  const size_t begin = at;
+  if (plan.kind == lumo_type_kind_enumerated) {
+    if (!decode_literal(plan, v)) return false;
+  } else {
+    const size_t n = extent(plan);
+    if (n == npos) return fail("the text does not match the pattern of the value");
+    if (!set_leaf(plan, v, std::string(octets_.substr(begin, n)))) return false;
+    at = begin + n;
+  }
+  if (has_blanks && !plan.just_right) skip_blanks(plan, start);
   return true;
 }
 

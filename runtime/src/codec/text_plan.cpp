@@ -17,8 +17,9 @@ struct TextWords {
   TextToken begin, end, separator, content;
   TextCase written_case = TextCase::same, read_case = TextCase::same;
   long least = -1, most = -1;
-  bool has_just = false, just_right = false, leading_zeros = false;
+  bool has_just = false, just_right = false, leading_zeros = false, repeatable = false;
   std::vector<std::string> literals;  // "literal=text"
+  std::string third;                  // the one of them that is a pattern where the type has no literals
 
   void add(const TextWords& o);
 };
@@ -33,7 +34,10 @@ void TextWords::add(const TextWords& o) {
   if (o.has_just) just_right = o.just_right;
   has_just = has_just || o.has_just;
   leading_zeros = leading_zeros || o.leading_zeros;
-  if (!o.literals.empty()) literals = o.literals;
+  repeatable = repeatable || o.repeatable;
+  if (o.literals.empty()) return;
+  literals = o.literals;
+  third = o.third;
 }
 
 bool is_quoted(std::string_view text) {
@@ -93,7 +97,10 @@ bool read_option(std::string_view option, bool decodes, TextWords& words) {
   if (name == "convert") return read_case(value, decodes ? words.read_case : words.written_case);
   if (name == "length") return read_length(value, words);
   if (name == "leading0") return words.leading_zeros = value == "true", value == "true" || value == "false";
-  if (name == "repeatable") return value == "true" || value == "false" || value == "yes" || value == "no";
+  if (name == "repeatable") {
+    words.repeatable = value == "true" || value == "yes";
+    return words.repeatable || value == "false" || value == "no";
+  }
   if (name != "just") return false;
   words.has_just = true;
   words.just_right = value == "right";
@@ -113,6 +120,7 @@ bool read_coding(const Word& word, TextWords& words) {
     } else if (is_quoted(part) && inside(part).find('=') != std::string_view::npos &&
                words.content.pattern.empty() && is_path(inside(part).substr(0, inside(part).find('=')))) {
       words.literals.emplace_back(inside(part));
+      if (i == 3) words.third = inside(part);
     } else if (is_quoted(part)) {
       if (!words.content.pattern.empty() || !readable_pattern(inside(part))) return false;
       words.content.pattern = inside(part);
@@ -128,12 +136,12 @@ bool read_coding(const Word& word, TextWords& words) {
 class Planner {
  public:
   const TextPlan& plan(lumo_type_t type, std::vector<std::string>& errors) {
-    return *plan_with(plain_type(type), "", {}, errors);
+    return *plan_with(plain_type(type), "", {}, place_of(type), errors);
   }
 
  private:
   TextPlan* plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
-                      std::vector<std::string>& errors);
+                      const std::string& place, std::vector<std::string>& errors);
   TextWords words_of(lumo_type_t type, std::string_view field, std::string* key,
                      std::vector<std::string>& errors);
   void fill(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors);
@@ -141,15 +149,6 @@ class Planner {
 
   std::map<std::pair<lumo_type_t, std::string>, std::unique_ptr<TextPlan>> plans_;
 };
-
-void add_error(lumo_type_t type, std::string_view field, const std::string& text,
-               std::vector<std::string>& errors) {
-  const char* module = lumo_type_definition_module(type, nullptr);
-  std::string line = std::string("type ") + (module ? module : "") + "." + type_name(type);
-  if (!field.empty()) line += ", field " + std::string(field);
-  line += ": " + text;
-  if (std::find(errors.begin(), errors.end(), line) == errors.end()) errors.push_back(line);
-}
 
 TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::string* key,
                             std::vector<std::string>& errors) {
@@ -160,7 +159,8 @@ TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::strin
       if (key) *key += std::string(text) + ";";
       std::vector<Word> list;
       if (!read_words(text, list))
-        add_error(type, field, std::string("the text \"") + text + "\" has no end", errors);
+        add_fault(errors, place_of(place_of(type), field),
+                  std::string("the text \"") + text + "\" has no end");
       for (const Word& word : list) {
         const bool good = word.name == "BEGIN"         ? read_token(word, words.begin)
                           : word.name == "END"         ? read_token(word, words.end)
@@ -169,11 +169,10 @@ TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::strin
                           : word.name.empty()          ? is_json_phrase(word.arguments)
                                                        : is_known_word(word.name);
         if (!good)
-          add_error(type, field,
+          add_fault(errors, place_of(place_of(type), field),
                     "the word " +
                         (word.name.empty() ? word.arguments : word.name + "(" + word.arguments + ")") +
-                        " is not known, wrong or there twice",
-                    errors);
+                        " is not known, wrong or there twice");
       }
     }
     all.add(words);
@@ -188,7 +187,7 @@ void Planner::fill_literals(TextPlan& plan, const TextWords& words, std::vector<
     const size_t equals = pair.find('=');
     const std::string literal(trim(pair.substr(0, equals)));
     if (enum_number(plan.type, literal.c_str(), literal.size()) == -1)
-      add_error(plan.type, "", "the word TEXT_CODING names " + literal + ", which is no literal", errors);
+      add_fault(errors, plan.place, "the word TEXT_CODING names " + literal + ", which is no literal");
     texts[literal] = without_escapes(trim(pair.substr(equals + 1)));
   }
   for (long i = 0; i < info->number_of_fields; ++i) {
@@ -199,6 +198,28 @@ void Planner::fill_literals(TextPlan& plan, const TextWords& words, std::vector<
   // A longer literal is meant before one that it begins with.
   std::stable_sort(plan.literals.begin(), plan.literals.end(),
                    [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
+}
+
+bool is_constructed(lumo_type_kind_t kind) {
+  return is_record_kind(kind) || kind == lumo_type_kind_union || is_list_kind(kind);
+}
+
+// A word that a type of that kind cannot have; empty if there is none.
+std::string unfit_word(const TextWords& words, lumo_type_kind_t kind) {
+  const bool is_text = is_text_kind(kind) || kind == lumo_type_kind_enumerated;
+  const bool has_case = words.written_case != TextCase::same || words.read_case != TextCase::same;
+  if (words.separator.given && !is_constructed(kind)) return "SEPARATOR";
+  if (!words.literals.empty() && kind != lumo_type_kind_enumerated)
+    return "TEXT_CODING('" + words.literals[0] + "')";
+  if (words.repeatable && !is_list_kind(kind)) return "TEXT_CODING(repeatable)";
+  if (is_constructed(kind) && !words.content.pattern.empty())
+    return "TEXT_CODING('" + words.content.pattern + "')";
+  if ((words.least >= 0 || words.most >= 0) && is_constructed(kind)) return "TEXT_CODING(length)";
+  if (words.most >= 0 && words.least > words.most) return "TEXT_CODING(length)";
+  if (words.has_just && is_constructed(kind)) return "TEXT_CODING(just)";
+  if (words.leading_zeros && kind != lumo_type_kind_integer && kind != lumo_type_kind_float)
+    return "TEXT_CODING(leading0)";
+  return has_case && !is_text ? "TEXT_CODING(convert)" : "";
 }
 
 void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors) {
@@ -212,34 +233,46 @@ void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::stri
   if (words.most >= 0) plan.most = static_cast<size_t>(words.most);
   plan.just_right = words.has_just ? words.just_right : plan.kind == lumo_type_kind_integer;
   plan.leading_zeros = words.leading_zeros;
+  plan.repeatable = words.repeatable;
   if (plan.kind == lumo_type_kind_enumerated) fill_literals(plan, words, errors);
-  if (!words.literals.empty() && plan.kind != lumo_type_kind_enumerated)
-    add_error(plan.type, "", "the word TEXT_CODING('" + words.literals[0] + "') does not fit the type",
-              errors);
-  const bool has_fields = plan.kind == lumo_type_kind_record || plan.kind == lumo_type_kind_set ||
-                          plan.kind == lumo_type_kind_union;
-  if (plan.separator.given && !has_fields && !is_list_kind(plan.kind))
-    add_error(plan.type, "", "the word SEPARATOR does not fit the type", errors);
+  if (const std::string word = unfit_word(words, plan.kind); !word.empty())
+    add_fault(errors, plan.place, "the word " + word + " does not fit the type");
+  const bool has_fields = is_constructed(plan.kind) && !is_list_kind(plan.kind);
   for (size_t i = 0; has_fields && i < field_count(plan.type); ++i) {
     const lumo_field_info_t& info = field_info(plan.type)[i];
     std::string key;
     const TextWords own = words_of(plan.type, info.name, &key, errors);
-    plan.fields.push_back({info.name, plan_with(plain_type(info.type), key, own, errors), is_optional(info)});
+    const lumo_type_t type = plain_type(info.type);
+    const std::string place = key.empty() ? place_of(type) : place_of(plan.place, info.name);
+    plan.fields.push_back({info.name, plan_with(type, key, own, place, errors), is_optional(info)});
   }
-  if (is_list_kind(plan.kind))
-    plan.fields.push_back({"element", plan_with(plain_type(element_type(plan.type)), "", {}, errors), false});
+  if (!is_list_kind(plan.kind)) return;
+  const lumo_type_t element = plain_type(element_type(plan.type));
+  plan.fields.push_back({"element", plan_with(element, "", {}, place_of(element), errors), false});
+}
+
+// What looks like a literal and its text is a pattern where the type has no literals.
+void settle_pattern(TextWords& words, lumo_type_kind_t kind) {
+  if (kind == lumo_type_kind_enumerated || words.literals.size() != 1 || words.third.empty() ||
+      !readable_pattern(words.third))
+    return;
+  words.literals.clear();
+  words.content.pattern = words.third;
+  words.content.given = true;
 }
 
 TextPlan* Planner::plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
-                             std::vector<std::string>& errors) {
+                             const std::string& place, std::vector<std::string>& errors) {
   std::unique_ptr<TextPlan>& known = plans_[{type, key}];
   if (known) return known.get();
   known = std::make_unique<TextPlan>();
   TextPlan* plan = known.get();
   plan->type = type;
+  plan->place = place;
   plan->kind = base_kind(type);
   TextWords words = words_of(type, "", nullptr, errors);
   words.add(added);
+  settle_pattern(words, plan->kind);
   fill(*plan, words, errors);
   return plan;
 }

@@ -32,12 +32,14 @@ struct TextField {
 
 struct TextPlan {
   lumo_type_t type = nullptr;
+  std::string place;  // the type and field whose words it follows, for messages
   lumo_type_kind_t kind = lumo_type_kind_undefined;
   TextToken begin, end, separator;
   TextToken content;  // the pattern of a value
   TextCase written_case = TextCase::same, read_case = TextCase::same;
   size_t least = 0, most = SIZE_MAX;  // characters
   bool just_right = false, leading_zeros = false;
+  bool repeatable = false;  // a list in a set: its elements may come apart
   std::vector<std::pair<std::string, long>> literals;  // of an enumeration, as they are written
   std::vector<TextField> fields;                       // of a record; alternatives; the element of a list
 };

@@ -70,14 +70,15 @@ bool read_word(std::string_view text, size_t& at, Word& word) {
   size_t i = at;
   while (i < text.size() && is_name(text[i])) ++i;
   const std::string_view name = text.substr(at, i - at);
-  if (name.empty() || !is_word(name)) {
+  const size_t open = text.find_first_not_of(" \t\r\n", i);
+  // "JSON: name as 'x'" is a phrase.
+  if (name.empty() || !is_word(name) || (open != std::string_view::npos && text[open] == ':')) {
     i = end_of_part(text, at, ',');
     word.arguments = trim(text.substr(at, i - at));
     at = i;
     return true;
   }
   word.name = name;
-  const size_t open = text.find_first_not_of(" \t\r\n", i);
   at = i;
   if (open == std::string_view::npos || text[open] != '(') return true;
   at = end_of(text, open);
@@ -208,6 +209,21 @@ std::vector<std::vector<const char*>> variants_of(lumo_type_t type, std::string_
   }
   std::reverse(levels.begin(), levels.end());
   return levels;
+}
+
+std::string place_of(lumo_type_t type) {
+  const char* module = lumo_type_definition_module(type, nullptr);
+  return std::string("type ") + (module ? module : "") + "." + type_name(type);
+}
+
+std::string place_of(const std::string& place, std::string_view field) {
+  const bool is_field = place.find(", field ") != std::string::npos;
+  return field.empty() ? place : place + (is_field ? "." : ", field ") + std::string(field);
+}
+
+void add_fault(std::vector<std::string>& errors, const std::string& place, const std::string& text) {
+  std::string line = place + ": " + text;
+  if (std::find(errors.begin(), errors.end(), line) == errors.end()) errors.push_back(std::move(line));
 }
 
 }  // namespace lumos

@@ -37,4 +37,10 @@ bool is_json_phrase(std::string_view phrase);
 // ones win. An empty field asks for those of the type as a whole, else for those of a field.
 std::vector<std::vector<const char*>> variants_of(lumo_type_t type, std::string_view field);
 
+// "type M.T" and "type M.T, field f": where a word stands, for messages.
+std::string place_of(lumo_type_t type);
+std::string place_of(const std::string& place, std::string_view field);
+// Adds a line about a place, once.
+void add_fault(std::vector<std::string>& errors, const std::string& place, const std::string& text);
+
 }  // namespace lumos

@@ -31,24 +31,38 @@ struct Explanation {
   std::string text;
 };
 
-Explanation explain(Value pattern, Value content) {
-  if (!same_root_type(pattern, content))
+bool matches(const Attempt& a) {
+  if (a.what == Attempted::call || a.what == Attempted::reply)
+    return lumo_match_signature(a.pattern, a.content, a.what == Attempted::call, current_task);
+  return match_value(a.pattern, a.content);
+}
+
+// What stands before the path of a mismatch.
+std::string place_of_path(Attempted what) {
+  return what == Attempted::result ? "value" : what == Attempted::sender ? "sender" : "";
+}
+
+Explanation explain(const Attempt& a) {
+  const Value pattern = a.pattern, content = a.content;
+  const bool is_part = a.what == Attempted::result || a.what == Attempted::sender;
+  if (!is_part && !same_root_type(pattern, content))
     return {0, std::string("expected a value of type '") + type_name(pattern->type) +
                    "', actual one of type '" + type_name(content->type) + "'"};
   TempScope scope;
   MismatchTrace trace;
-  if (match_value(pattern, content)) return {0, ""};
+  if (matches(a)) return {0, ""};
   if (!trace.is_found()) trace.add("", "value mismatch", content, pattern);
+  trace.put_before(place_of_path(a.what));
   return {trace.depth() + 1, trace.text()};
 }
 
 }  // namespace
 
-void note_attempt(Value pattern, Value content) {
+void note_attempt(Value pattern, Value content, Attempted what) {
   Task& task = *current_task;
   if (!pattern || !content || task.attempts.size() >= most_attempts) return;
   task.attempts.push_back(
-      {pattern, content, root_place(task, pattern), task.frames.size(), task.blocks.size()});
+      {pattern, content, what, root_place(task, pattern), task.frames.size(), task.blocks.size()});
 }
 
 void release_content(Value content) {
@@ -66,7 +80,7 @@ std::vector<std::string> explain_attempts() {
   if (decides_here(current_task->last_match)) attempts.push_back(current_task->last_match);
   std::vector<Explanation> all;
   for (const Attempt& a : attempts) {
-    Explanation e = explain(a.pattern, a.content);
+    Explanation e = explain(a);
     if (!e.text.empty()) all.push_back(std::move(e));
   }
   std::stable_sort(all.begin(), all.end(),

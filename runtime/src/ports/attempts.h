@@ -9,7 +9,7 @@
 namespace lumos {
 
 // The pattern did not match the content.
-void note_attempt(Value pattern, Value content);
+void note_attempt(Value pattern, Value content, Attempted what = Attempted::value);
 // The content goes out of use: it is kept until the next snapshot if an attempt needs it. Takes it over.
 void release_content(Value content);
 // Mismatches of the attempts, the nearest first; empty if there are none.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "text/codec.h"
 #include "value/error.h"
@@ -76,12 +77,12 @@ void drop_queues(Port& port) {
 }
 
 void unlink(Port& port) {
-  for (Port* other : port.connections) remove_port(other->connections, &port);
+  // A port may be connected to itself.
+  for (Port* other : std::exchange(port.connections, {})) remove_port(other->connections, &port);
   for (Port* other : port.mappings) {
     remove_port(other->mappings, &port);
     if (other->owner == test_case->system) outside_unmap(port, *other);
   }
-  port.connections.clear();
   port.mappings.clear();
 }
 
@@ -266,6 +267,13 @@ Value sender_of(const Message& m) {
   return reference_to(*test_case->components[static_cast<size_t>(m.sender) - 1]);
 }
 
+// The sender is only known as long as its message.
+void note_sender(Value pattern, Value sender) {
+  Value kept = copy_value(sender, lumo_perm_alloc_c);
+  note_attempt(pattern, kept, Attempted::sender);
+  release_content(kept);
+}
+
 bool sender_fits(const Message& m, Value sender) {
   if (!sender || sender == lumo_no_value_c) return true;
   TempScope scope;
@@ -278,6 +286,7 @@ bool sender_fits(const Message& m, Value sender) {
   ++current_task->quiet;
   bool fits = match_value(sender, from);
   --current_task->quiet;
+  if (!fits) note_sender(sender, from);
   return fits;
 }
 
@@ -406,7 +415,17 @@ bool signature_fits(const Message& m, Value pattern, bool is_call) {
   TempScope scope;
   if (pattern->type && pattern->form != Form::special && root_of(pattern->type) != root_of(m.signature))
     return false;
-  return lumo_match_signature(pattern, m.content, is_call, current_task);
+  if (lumo_match_signature(pattern, m.content, is_call, current_task)) return true;
+  note_attempt(pattern, m.content, is_call ? Attempted::call : Attempted::reply);
+  return false;
+}
+
+// The result of a call.
+bool result_fits(const Message& m, Value pattern) {
+  if (!pattern || pattern == lumo_no_value_c) return true;
+  if (m.result && match_value(pattern, m.result)) return true;
+  note_attempt(pattern, m.result, Attempted::result);
+  return false;
 }
 
 Message* procedure_message(MessageKind kind, Value content) {
@@ -462,7 +481,7 @@ Message* new_message(MessageKind kind) {
 
 void delete_message(Message* m) {
   if (m->content) release_content(m->content);
-  if (m->result) destroy(m->result);
+  if (m->result) release_content(m->result);
   if (m->address) destroy(m->address);
   m->content = m->result = m->address = nullptr;
   m->signature = nullptr;
@@ -611,10 +630,8 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
   return of_ports(port, [&](Port& p) {
     Message* m = head_of(p, MessageKind::reply);
     if (!m || !answers_call(*m, is_given(template_value)) || !sender_fits(*m, sender) ||
-        !signature_fits(*m, template_value, false))
+        !signature_fits(*m, template_value, false) || !result_fits(*m, result_template))
       return false;
-    bool any = !result_template || result_template == lumo_no_value_c;
-    if (!any && (!m->result || !match_value(result_template, m->result))) return false;
     redirect(value_redirect, m->result);
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);

@@ -101,8 +101,9 @@ void remove_all_of(lumo_value_t component, const char* name, lumo_value_t index,
   auto remove = [&](Port& p) {
     while (mappings && !p.mappings.empty()) remove_mapping(p, *p.mappings.back());
     while (!mappings && !p.connections.empty()) {
-      remove_port(p.connections.back()->connections, &p);
+      Port* other = p.connections.back();  // which may be the port itself
       p.connections.pop_back();
+      remove_port(other->connections, &p);
     }
   };
   if (!is_all(component, name)) return remove(named_port(component, name, index));

@@ -135,7 +135,8 @@ void on_alarm(int signal) {
   set_alarm(retry);
 }
 
-void on_pipe(int) {}
+// The call that caused it fails, and tells why.
+void leave_to_the_call(int) {}
 
 void on_exit() {
   if (!is_watched || is_copy) return;
@@ -195,7 +196,7 @@ void watch_process(void (*abandon)(const char*), void (*on_copy)()) {
   for (int signal : stop_signals) handle(signal, on_stop, SA_RESTART | SA_NODEFER);
   for (int signal : crash_signals) handle(signal, on_crash, SA_ONSTACK | SA_NODEFER);
   handle(SIGALRM, on_alarm, SA_RESTART | SA_NODEFER);
-  handle(SIGPIPE, on_pipe, SA_RESTART);
+  for (int signal : {SIGPIPE, SIGXFSZ}) handle(signal, leave_to_the_call, SA_RESTART);
 }
 
 void end_watch() {

@@ -1,7 +1,10 @@
+// The checked longjmp takes a jump to another stack for an error.
+#undef _FORTIFY_SOURCE
 #include "run/fiber.h"
 
 #include "value/error.h"
 
+#include <setjmp.h>
 #include <sys/mman.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -21,6 +24,17 @@
 #include <sanitizer/common_interface_defs.h>
 #endif
 
+// The compiler's own jumps keep fewer registers than the library's; not every compiler has them elsewhere.
+#ifdef __x86_64__
+using Place = void* [5];
+#define SET_PLACE(place) __builtin_setjmp(place)
+#define GO_TO(place) __builtin_longjmp(place, 1)
+#else
+using Place = jmp_buf;
+#define SET_PLACE(place) _setjmp(place)
+#define GO_TO(place) _longjmp(place, 1)
+#endif
+
 namespace lumos {
 
 struct Fiber {
@@ -30,7 +44,7 @@ struct Fiber {
   size_t size = 0;
   bool started = false;
   ucontext_t start;
-  void* place[5];  // as the compiler's own jumps have it
+  Place place;
   void* fake_stack = nullptr;
   const void* bottom = nullptr;
   size_t bottom_size = 0;
@@ -97,7 +111,7 @@ void run_entry() {
 #ifndef LUMOS_ASAN
 // Not part of the function that such a jump arrives in.
 [[noreturn, gnu::noinline]] void jump(Fiber* to) {
-  if (to->started) __builtin_longjmp(to->place, 1);
+  if (to->started) GO_TO(to->place);
   to->started = true;
   setcontext(&to->start);
   __builtin_unreachable();
@@ -109,7 +123,7 @@ void run_entry() {
   // The sanitizer must see switches of contexts, not jumps.
   swapcontext(&from->start, &to->start);
 #else
-  if (__builtin_setjmp(from->place)) return;
+  if (SET_PLACE(from->place)) return;
   jump(to);
 #endif
 }

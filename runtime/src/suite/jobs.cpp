@@ -71,11 +71,12 @@ struct Job {
   go_on_here();
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
-  redirect_log_file(job.log.descriptor());
+  spool_log(job.log.descriptor());
   drop_reporters();
   tell_results(false);
   add_reporter(make_wire(job.wire.descriptor(), job.box, with_events));
   clear_counts();
+  results().clear();
   execute(*job.selected);
   end_watch();
   tell_run_ends(results());
@@ -112,7 +113,7 @@ void collect(const Job& job) {
   const std::string output = job.output.text(), errors = job.errors.text();
   std::fwrite(output.data(), 1, output.size(), stdout);
   std::fwrite(errors.data(), 1, errors.size(), stderr);
-  append_to_log(job.log.text());
+  append_spooled_log(job.log.text());
   Result result;
   if (!tell_events(job, result)) {
     const std::string reason = "the process of the test case ended with " + end_of_process(job.status);

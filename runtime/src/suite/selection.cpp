@@ -112,6 +112,12 @@ bool select_testcases(const std::vector<std::string>& patterns, double timeout, 
     }
     if (!found) return refuse(p);
   }
+  // A pattern may serve several suites; a name that is no test case is a mistake.
+  for (const std::string& p : patterns)
+    if (p[0] == '!' && !is_pattern(p) && std::none_of(all.begin(), all.end(), [&](const std::string& name) {
+          return chooses(p.substr(1), name);
+        }))
+      return refuse(p.substr(1));
   if (list.empty()) std::fprintf(stderr, "no test case is left to be run\n");
   return !list.empty();
 }

@@ -1,5 +1,7 @@
 #include "suite/suite_options.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,8 +54,9 @@ bool set_log_limit(const std::string& text) {
 
 bool set_seed(SuiteOptions& options, const std::string& text) {
   char* end;
+  errno = 0;
   options.seed = std::strtoull(text.c_str(), &end, 10);
-  return options.has_seed = !text.empty() && text[0] != '-' && !*end;
+  return options.has_seed = !text.empty() && text[0] != '-' && !*end && errno == 0;
 }
 
 bool set_shard(SuiteOptions& options, const std::string& text) {
@@ -242,9 +245,13 @@ bool read_configuration(SuiteOptions& options, const std::string& given) {
   return true;
 }
 
-// Whether the next argument is the value of an option that may have none.
-bool is_value(const char* next) {
-  return next && (next[0] != '-' || !next[1]);
+// Whether the next argument is the value of an option: of one that may have none not if it looks like another
+// option, else if it is none.
+bool is_value(const Option& option, const char* next) {
+  if (!next) return false;
+  if (option.is_optional()) return next[0] != '-' || !next[1];
+  const std::string argument = next, word = argument.substr(std::min<size_t>(2, argument.size()));
+  return argument.compare(0, 2, "--") != 0 || !option_of_word(word.substr(0, word.find('=')));
 }
 
 }  // namespace
@@ -260,10 +267,10 @@ bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
           "unknown option '" + argument + "'" +
           (argument.size() > 2 ? nearest_option(argument.substr(2, argument.find('=') - 2), "--") : ""));
     if (!option->argument && has_value) return usage_fault("option '" + argument + "' takes no value");
-    if (option->argument && !has_value && (!option->is_optional() || is_value(argv[i + 1]))) {
-      if (i + 1 >= argc) return usage_fault("option '" + argument + "' needs a value");
+    if (option->argument && !has_value && is_value(*option, i + 1 < argc ? argv[i + 1] : nullptr))
       value = argv[++i];
-    }
+    if (option->argument && !option->is_optional() && value.empty())
+      return usage_fault("option '" + argument + "' needs a value");
     if (!option->set(options, value))
       return usage_fault("'" + value + "' is no value for option '" + argument + "'");
   }

@@ -54,12 +54,19 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
 class Matches {
  public:
   Matches(Value list, size_t items)
-      : list_(list), width_(list->parts.size), known_(affordable(items, width_)) {}
+      : list_(list), rows_(items), width_(list->parts.size), known_(affordable(items, width_)) {}
 
   bool operator()(size_t row, Value pattern, size_t element) {
     char& known = known_[row * width_ + element];
     if (!known) known = match_value(pattern, element_at(element)) ? 1 : 2;
     return known == 1;
+  }
+
+  // More steps than patience allows are not taken.
+  void spend(size_t steps) {
+    constexpr size_t most_steps = 2000000000;
+    spent_ += steps;
+    if (spent_ > most_steps) takes_too_long(rows_, width_);
   }
 
   Value element_at(size_t i) {
@@ -72,64 +79,136 @@ class Matches {
   // More pairs than memory and patience hold are not begun with.
   static size_t affordable(size_t items, size_t elements) {
     constexpr size_t most_pairs = 200000000;
-    if (elements && items > most_pairs / elements)
-      fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
+    if (elements && items > most_pairs / elements) takes_too_long(items, elements);
     return items * elements;
+  }
+  [[noreturn]] static void takes_too_long(size_t items, size_t elements) {
+    fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
   }
 
   Value list_;
+  size_t rows_;
   size_t width_;
+  size_t spent_ = 0;
   Scratch<char> known_;
 };
 
-// Finds partners for items among the elements [first, first + count), each its own.
-class Assignment {
+// Finds a partner of its own on the right for each on the left. Those that the first look leaves without one get
+// theirs by paths along which others change theirs, in rounds: each goes along the shortest paths, and there are
+// few of them. `fits` is asked whether two may be partners.
+template <class Fits>
+class Pairing {
  public:
-  Assignment(Matches& matches, Value* items, const size_t* rows, size_t item_count, size_t first,
-             size_t count)
+  Pairing(Matches& matches, size_t left, size_t right, Fits fits)
       : matches_(matches),
-        items_(items),
-        rows_(rows),
-        item_count_(item_count),
-        first_(first),
-        count_(count),
-        partner_(count + 1),
-        seen_(count + 1) {}
+        left_(left),
+        right_(right),
+        fits_(fits),
+        left_of_(right + 1),
+        right_of_(left + 1),
+        layer_(left + 1),
+        tried_(left + 1),
+        open_(left + 1) {}
 
   bool complete() {
-    if (item_count_ > count_) return false;
-    for (size_t e = 0; e < count_; ++e) partner_[e] = free_element;
-    for (size_t i = 0; i < item_count_; ++i) {
-      std::memset(seen_.data(), 0, count_);
-      if (!place(i)) return false;
+    if (left_ > right_) return false;
+    size_t missing = 0;
+    for (size_t i = 0; i < left_; ++i) {
+      bool fits_any = false;
+      if (!take_free(i, fits_any)) ++missing;
+      if (!fits_any) return false;
+    }
+    while (missing) {
+      if (!find_layers()) return false;
+      for (size_t i = 0; i < left_; ++i)
+        if (!right_of_[i] && change_along_path(i)) --missing;
     }
     return true;
   }
 
  private:
-  static constexpr size_t free_element = SIZE_MAX;
+  // The one in the same place is the likely partner.
+  size_t candidate(size_t i, size_t n) const {
+    const size_t e = i % right_ + n;
+    return e < right_ ? e : e - right_;
+  }
 
-  bool place(size_t item) {
-    check_stack();
-    // The element in the same place is the likely partner.
-    for (size_t n = 0; n < count_; ++n) {
-      size_t e = (item + n) % count_;
-      if (seen_[e] || !matches_(rows_[item], items_[item], first_ + e)) continue;
-      seen_[e] = 1;
-      if (partner_[e] != free_element && !place(partner_[e])) continue;
-      partner_[e] = item;
+  bool take_free(size_t i, bool& fits_any) {
+    for (size_t n = 0; n < right_; ++n) {
+      const size_t e = candidate(i, n);
+      if (left_of_[e] && fits_any) continue;
+      if (!fits_(i, e)) continue;
+      fits_any = true;
+      if (left_of_[e]) continue;
+      left_of_[e] = i + 1;
+      right_of_[i] = e + 1;
       return true;
     }
     return false;
   }
 
+  // How far those on the left are from one without a partner; false if no path leads to a free one on the right.
+  bool find_layers() {
+    size_t end = 0;
+    bool is_found = false;
+    for (size_t i = 0; i < left_; ++i) {
+      tried_[i] = 0;
+      layer_[i] = right_of_[i] ? 0 : 1;
+      if (layer_[i]) open_[end++] = i;
+    }
+    for (size_t at = 0; at < end; ++at) {
+      const size_t i = open_[at];
+      matches_.spend(right_);
+      for (size_t e = 0; e < right_; ++e) {
+        const size_t other = left_of_[e];
+        if ((other && layer_[other - 1]) || !fits_(i, e)) continue;
+        if (!other) is_found = true;
+        if (!other || is_found) continue;
+        layer_[other - 1] = layer_[i] + 1;
+        open_[end++] = other - 1;
+      }
+    }
+    return is_found;
+  }
+
+  // Deeper and deeper by layers, each candidate once in a round; what is open is the path.
+  bool change_along_path(size_t first) {
+    size_t depth = 0;
+    open_[0] = first;
+    matches_.spend(right_);
+    for (;;) {
+      const size_t i = open_[depth];
+      if (tried_[i] == right_) {
+        if (depth-- == 0) return false;
+        continue;
+      }
+      const size_t e = candidate(i, tried_[i]++), other = left_of_[e];
+      if ((other && layer_[other - 1] != layer_[i] + 1) || !fits_(i, e)) continue;
+      if (!other) return take_path(depth), true;
+      matches_.spend(right_);
+      open_[++depth] = other - 1;
+    }
+  }
+
+  void take_path(size_t depth) {
+    for (size_t at = 0; at <= depth; ++at) {
+      const size_t i = open_[at], e = candidate(i, tried_[i] - 1);
+      left_of_[e] = i + 1;
+      right_of_[i] = e + 1;
+    }
+  }
+
   Matches& matches_;
-  Value* items_;
-  const size_t* rows_;
-  size_t item_count_, first_, count_;
-  Scratch<size_t> partner_;
-  Scratch<char> seen_;
+  size_t left_, right_;
+  Fits fits_;
+  Scratch<size_t> left_of_, right_of_, layer_, tried_, open_;  // places count from 1, 0 is none
 };
+
+template <class Fits>
+bool pair_all(Matches& matches, size_t left, size_t right, Fits fits) {
+  TempScope scope;
+  return Pairing<Fits>(matches, left, right, fits).complete();
+}
 
 // The items without "*", and what the "*"s take together.
 struct Group {
@@ -205,9 +284,9 @@ class Prefixes {
   // elements there are is left to "*".
   size_t shortest(Group& group, size_t place, size_t most) {
     auto suffices = [&](size_t length) {
-      TempScope scope;
-      return Assignment(matches_, group.items.data(), group.rows.data(), group.count, place, length)
-          .complete();
+      return pair_all(matches_, group.count, length, [&](size_t i, size_t e) {
+        return matches_(group.rows[i], group.items[i], place + e);
+      });
     };
     if (!suffices(most)) return most + 1;
     size_t low = group.count, high = most;
@@ -347,7 +426,8 @@ bool fits_set_of(Value list, const ListPattern& pattern) {
   for (size_t i = 0; i < pattern.count; ++i) group.add(items[i], i);
   if (!group.takes(v->parts.size)) return false;
   Matches matches(v, pattern.count);
-  return Assignment(matches, group.items.data(), group.rows.data(), group.count, 0, v->parts.size).complete();
+  return pair_all(matches, group.count, v->parts.size,
+                  [&](size_t i, size_t e) { return matches(group.rows[i], group.items[i], e); });
 }
 
 }  // namespace
@@ -363,56 +443,17 @@ bool match_superset(Value list, Value* items, size_t count) {
   if (!v || v->parts.size < count) return false;
   Quiet quiet;
   TempScope scope;
-  Scratch<size_t> rows(count + 1);
-  for (size_t i = 0; i < count; ++i) rows[i] = i;
   Matches matches(v, count);
-  return Assignment(matches, items, rows.data(), count, 0, v->parts.size).complete();
+  return pair_all(matches, count, v->parts.size, [&](size_t i, size_t e) { return matches(i, items[i], e); });
 }
-
-namespace {
-
-// Finds an item of its own for each element: the other way round than Assignment.
-class Cover {
- public:
-  Cover(Value list, Value* items, size_t count)
-      : matches_(list, count), items_(items), count_(count), taken_by_(count + 1), seen_(count + 1) {}
-
-  bool place(size_t element) {
-    check_stack();
-    for (size_t n = 0; n < count_; ++n) {
-      size_t i = (element + n) % count_;
-      if (seen_[i] || !matches_(i, items_[i], element)) continue;
-      seen_[i] = 1;
-      if (taken_by_[i] && !place(taken_by_[i] - 1)) continue;
-      taken_by_[i] = element + 1;
-      return true;
-    }
-    return false;
-  }
-
-  void forget_seen() { std::memset(seen_.data(), 0, count_); }
-
- private:
-  Matches matches_;
-  Value* items_;
-  size_t count_;
-  Scratch<size_t> taken_by_;
-  Scratch<char> seen_;
-};
-
-}  // namespace
 
 bool match_subset(Value list, Value* items, size_t count) {
   Value v = list_of(list);
   if (!v || v->parts.size > count) return false;
   Quiet quiet;
   TempScope scope;
-  Cover cover(v, items, count);
-  for (size_t e = 0; e < v->parts.size; ++e) {
-    cover.forget_seen();
-    if (!cover.place(e)) return false;
-  }
-  return true;
+  Matches matches(v, count);
+  return pair_all(matches, v->parts.size, count, [&](size_t e, size_t i) { return matches(i, items[i], e); });
 }
 
 }  // namespace lumos

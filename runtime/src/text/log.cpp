@@ -192,10 +192,6 @@ void mute_log(std::string* first_error) {
   muted = first_error;
 }
 
-void append_to_log(const std::string& entries) {
-  if (!entries.empty()) write_entries(entries);
-}
-
 bool set_log_form(std::string_view name) {
   if (name != "text" && name != "columns" && name != "json") return false;
   form = name == "text" ? LogForm::text : name == "columns" ? LogForm::columns : LogForm::json;

@@ -25,8 +25,6 @@ void log_format(lumo_log_message_kind_t kind, const char* format, ...) __attribu
 bool set_log_kinds(std::string_view list);
 // Entries are dropped; the first error among them is kept in the text. Null ends it.
 void mute_log(std::string* first_error);
-// Entries that another process made.
-void append_to_log(const std::string& entries);
 // A line that stands below the log on a terminal and is drawn again behind each entry; empty for none.
 void set_log_footer(const std::string& line);
 // text, columns or json; false for another word.

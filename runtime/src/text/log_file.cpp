@@ -3,8 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <memory>
 
@@ -19,6 +22,7 @@ class LogFile {
  public:
   explicit LogFile(const std::string& path, const char* mode = "we")
       : path_(path), file_(std::fopen(path.c_str(), mode)) {}
+  // One that does not grow too large.
   explicit LogFile(int descriptor) : file_(fdopen(descriptor, "w")) {}
   ~LogFile() {
     if (file_ && std::fclose(file_) != 0) note_lost_entries(errno);
@@ -50,6 +54,14 @@ class LogFile {
 std::unique_ptr<LogFile> the_file;
 std::string folder;
 std::map<std::string, std::unique_ptr<LogFile>> files;  // by component
+std::unique_ptr<LogFile> spool;                         // of a process of its own
+
+// The component, its end, and the size and text of the entries.
+std::string spooled(const std::string& component, const std::string& lines) {
+  const uint64_t size = lines.size();
+  return std::string(component.c_str()) + '\0' +
+         std::string(reinterpret_cast<const char*>(&size), sizeof size) + lines;
+}
 
 // A name of a component may be any text.
 std::string file_name(const std::string& component) {
@@ -87,6 +99,10 @@ bool has_log_file() {
 }
 
 bool write_to_log_file(const std::string& component, const std::string& lines) {
+  if (spool) {
+    spool->write(spooled(component, lines));
+    return true;
+  }
   if (the_file) the_file->write(lines);
   if (folder.empty()) return the_file != nullptr;
   std::unique_ptr<LogFile>& file = files[component];
@@ -108,9 +124,20 @@ void note_lost_entries(int error) {
   if (!lost) lost = error;
 }
 
-void redirect_log_file(int descriptor) {
-  if (the_file) the_file = std::make_unique<LogFile>(descriptor);
-  largest = 0;
+void spool_log(int descriptor) {
+  if (has_log_file()) spool = std::make_unique<LogFile>(descriptor);
+}
+
+void append_spooled_log(std::string_view text) {
+  for (uint64_t size; !text.empty(); text.remove_prefix(size)) {
+    const std::string component(text.substr(0, text.find('\0')));
+    text.remove_prefix(std::min(text.size(), component.size() + 1));
+    if (text.size() < sizeof size) return;
+    std::memcpy(&size, text.data(), sizeof size);
+    text.remove_prefix(sizeof size);
+    size = std::min<uint64_t>(size, text.size());
+    write_to_log_file(component, std::string(text.substr(0, size)));
+  }
 }
 
 }  // namespace lumos

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace lumos {
 
@@ -19,7 +20,8 @@ bool write_to_log_file(const std::string& component, const std::string& lines);
 void close_log_files();
 int lost_entries();
 void note_lost_entries(int error);
-// In a process of its own: what would go to the one file goes to the descriptor.
-void redirect_log_file(int descriptor);
+// In a process of its own: what would go to files goes to the descriptor, for append_spooled_log to put there.
+void spool_log(int descriptor);
+void append_spooled_log(std::string_view text);
 
 }  // namespace lumos

@@ -1,6 +1,6 @@
 #include "text/mismatch.h"
 
-#include <cctype>
+#include <utility>
 
 #include "text/log.h"
 #include "value/types.h"
@@ -12,6 +12,8 @@ namespace {
 
 constexpr size_t longest_shown = 200;
 MismatchTrace* trace = nullptr;
+// What generated code says of the mismatch that it tells next.
+const char* expected_text = nullptr;
 
 bool is_given(Value v) {
   return v && v != lumo_no_value_c;
@@ -69,13 +71,15 @@ void narrow(std::string& path, Value& actual, Value& expected) {
 }
 
 void mismatch(const std::string& where, const char* reason, Value actual, Value expected) {
-  if (trace) return trace->add(where, reason, actual, expected);
+  const char* text_of_expected = std::exchange(expected_text, nullptr);
+  if (trace) return trace->add(where, reason, actual, expected, text_of_expected);
   std::string text = "mismatch";
   if (!where.empty()) text += " at " + where;
   text += ": ";
   text += reason;
   if (is_given(actual)) text += ", actual " + render(actual);
   if (is_given(expected)) text += ", expected " + render(expected);
+  if (text_of_expected) text += std::string(", expected ") + text_of_expected;
   log_line(lumo_log_msg_event_c, text);
 }
 
@@ -93,7 +97,8 @@ MismatchTrace::~MismatchTrace() {
   trace = outer_;
 }
 
-void MismatchTrace::add(const std::string& where, const char* reason, Value actual, Value expected) {
+void MismatchTrace::add(const std::string& where, const char* reason, Value actual, Value expected,
+                        const char* expected_text) {
   const std::string path = path_in(where);
   if (is_found_) {
     if (!is_around(actual, innermost_) || path.empty()) return;
@@ -107,7 +112,12 @@ void MismatchTrace::add(const std::string& where, const char* reason, Value actu
   innermost_ = actual;
   if (reason_ == "value mismatch") narrow(path_, actual, expected);
   actual_ = shown(actual);
-  expected_ = shown(expected);
+  expected_ = expected_text ? expected_text : shown(expected);
+  if (expected_text) reason_ = "value mismatch";
+}
+
+void MismatchTrace::put_before(const std::string& path) {
+  path_ = joined(path, path_);
 }
 
 size_t MismatchTrace::depth() const {
@@ -142,6 +152,10 @@ void trace_list(const char* reason, Value list, Value expected) {
 }  // namespace lumos
 
 using namespace lumos;
+
+void lumo_log_template_expected(const char* text, lumo_context_t) {
+  expected_text = text;
+}
 
 void lumo_log_template_mismatch_by_name_event(const char* field, const char* reason, lumo_value_t actual,
                                               lumo_value_t expected, lumo_context_t) {

@@ -14,7 +14,11 @@ class MismatchTrace {
   MismatchTrace();
   ~MismatchTrace();
   MismatchTrace(const MismatchTrace&) = delete;
-  void add(const std::string& where, const char* reason, Value actual, Value expected);
+  // `expected_text` where no value tells what was expected.
+  void add(const std::string& where, const char* reason, Value actual, Value expected,
+           const char* expected_text = nullptr);
+  // The whole is a part of something.
+  void put_before(const std::string& path);
   bool is_found() const { return is_found_; }
   // How deep the mismatch lies: the more fits, the deeper it tends to be.
   size_t depth() const;

@@ -11,6 +11,7 @@
 #include "value/operand.h"
 #include "template/lengths.h"
 #include "template/pattern.h"
+#include "value/subtypes.h"
 #include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
@@ -549,6 +550,8 @@ unsigned long lumo_sizeoftype(lumo_value_t v, lumo_context_t) {
   lumo_type_t type = plain_type(v->type);
   if (base_kind(type) == lumo_type_kind_array) return array_length(type);
   if (is_record_kind(base_kind(type)) || base_kind(type) == lumo_type_kind_union) return field_count(type);
+  const lumo_long_integer_t most = is_list_kind(base_kind(type)) ? length_bounds(type).upper : -1;
+  if (most >= 0) return static_cast<unsigned long>(most);
   fault("a value of type '%s' has no size by its type", type_name(type));
 }
 

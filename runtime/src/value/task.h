@@ -45,8 +45,12 @@ struct OpenCall {
 
 // A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
 // both exist.
+// What an alternative looked at.
+enum class Attempted : uint8_t { value, call, reply, result, sender };
+
 struct Attempt {
   lumo_value_t pattern = nullptr, content = nullptr;
+  Attempted what = Attempted::value;
   size_t root = SIZE_MAX;         // place among the roots from which on one of them lies, or SIZE_MAX
   size_t frames = 0, blocks = 0;  // around it: what is declared in them ends with them
 };

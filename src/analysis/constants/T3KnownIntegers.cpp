@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "analysis/constants/T3ConstantValues.h"
+#include "analysis/names/T3Names.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "support/StringM.h"
@@ -81,18 +82,54 @@ Integer NumberOfLiteral(T3Tree_Node* operand) {
   return std::nullopt;
 }
 
-Integer LengthOf(T3Tree_Node* operand) {
+// What a function is asked about: a value that is a constant, or null.
+T3Tree_Node* ConstantOperand(T3Tree_Node* operand) {
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
-  if (!T3Is<_T3Expression>(operand) || !IsConstant(operand)) return std::nullopt;
+  return T3Is<_T3Expression>(operand) && IsConstant(operand) ? operand : nullptr;
+}
+
+// The fields of a record, set or union that are there.
+Integer NumberOfFields(T3Tree_Node* value) {
+  auto* compound = ConstantValueOf(value)->try_as<T3CompoundValue>();
+  if (compound == nullptr) return std::nullopt;
+  int64_t count = 0;
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    T3Tree_Node* field = ConstantValueOf(at->value);
+    if (field->is<T3NoExpression>()) return std::nullopt;
+    if (!field->is<T3Omit>() && !field->is<T3NotUsedSymbol>()) ++count;
+  }
+  return count;
+}
+
+bool HasFields(T3Tree_Node* operand) {
+  return GetAddressBaseType(ExpressionBaseType(operand))->is<_T3StructuredType>();
+}
+
+Integer LengthOf(T3Tree_Node* function) {
+  T3Tree_Node* operand = ConstantOperand(function->as<_T3PreDefinedTemplateFunction>()->template_value);
+  if (operand == nullptr) return std::nullopt;
+  if (HasFields(operand)) return NumberOfFields(operand);
   bool known = true;
-  const int64_t length = ExpressionLength(operand, known);
+  const int64_t length = ExpressionLength(ConstantValueOf(operand), known);
   return known ? Integer(length) : std::nullopt;
+}
+
+// What a type says of the number of its parts, whatever a value of it has.
+Integer SizeByType(T3Tree_Node* function) {
+  T3Tree_Node* operand = function->as<T3SizeOfType>()->template_value;
+  if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
+  T3Tree_Node* type = T3Is<_T3Expression>(operand) ? ExpressionBaseType(operand) : gT3ErrorType;
+  const auto bounds = type->is<T3ArrayType>() ? KnownBounds(type) : std::nullopt;
+  if (bounds) return static_cast<int64_t>(bounds->Size());
+  if (!type->is<_T3StructuredType>()) return std::nullopt;
+  return static_cast<int64_t>(Items<T3FieldType>(type->as<_T3StructuredType>()->body).size());
 }
 
 // ---- Forms ----
 
 Integer OfFunction(T3Tree_Node* call) {
-  if (auto* function = call->try_as<T3LengthOf>()) return LengthOf(function->template_value);
+  if (call->is<T3LengthOf>() || call->is<T3SizeOf>()) return LengthOf(call);
+  if (call->is<T3SizeOfType>()) return SizeByType(call);
   auto* function = call->try_as<_T3PreDefinedFunction>();
   if (function == nullptr) return std::nullopt;
   switch (call->kind) {

@@ -121,7 +121,7 @@ T3Inference InferMatching(T3Tree_Node* node, T3Candidates& candidates, bool stri
     case T3Kind::T3HexStringMatch:
       return FinishOne(node, candidates, gT3HexStringType, false, strict, report);
     case T3Kind::T3CharStringMatch: {
-      ResolvePatternReferences(node->as<T3CharStringMatch>());
+      ResolvePatternReferences(node->as<T3CharStringMatch>()->pattern);
       const bool failed = Fails(node->as<T3CharStringMatch>()->pattern,
                                 T3Candidates::Types({gT3CharStringType, gT3UniversalCharStringType}));
       return FinishSet(node, candidates, {gT3CharStringType, gT3UniversalCharStringType}, failed, report);

@@ -1,5 +1,6 @@
 // Predefined functions: what each takes and gives.
 #include "analysis/inference/T3InferenceParts.h"
+#include "analysis/inference/T3PatternReferences.h"
 #include "analysis/types/T3References.h"
 
 namespace t3infer {
@@ -106,6 +107,7 @@ T3OwnTypes AllCharacterTypes() {
 
 T3Inference InferRegexp(T3Regexp* node, T3Candidates& candidates, bool strict, bool report) {
   Fails(node->argument, OperandCandidates(candidates));
+  ResolvePatternReferences(node->pattern);
   Fails(node->pattern, T3Candidates(AllCharacterTypes(), AllCharacterTypes()));
   Fails(node->number, {gT3IntegerType});
   return FinishAsPart(node, candidates, BaseOf(node->argument), strict, report);

@@ -125,14 +125,14 @@ T3Tree_Node* Named(const PatternReference& reference, tPosition position) {
 }
 
 // The operand in the place of a reference; null where it stays text.
-T3Tree_Node* Operand(const PatternReference& reference, T3CharStringMatch* match, tPosition position) {
-  T3Tree_Node* decl = Meaning(reference, match);
-  if (IsObject(decl)) return Named(reference, position);
+T3Tree_Node* Operand(const PatternReference& reference, T3CharStringLiteral* literal) {
+  T3Tree_Node* decl = Meaning(reference, literal);
+  if (IsObject(decl)) return Named(reference, literal->position);
   if (!reference.of_characters || !decl->is<T3TypeDecl>()) return nullptr;
-  return Literal(PatternOfType(decl->as<T3TypeDecl>()->type), position);
+  return Literal(PatternOfType(decl->as<T3TypeDecl>()->type), literal->position);
 }
 
-void ResolveInLiteral(T3CharStringLiteral* literal, T3CharStringMatch* match) {
+void ResolveInLiteral(T3CharStringLiteral* literal) {
   const std::string_view written = StringM::StGetString(literal->value);
   if (written.size() < 2 || written.find('{') == std::string_view::npos) return;
   const std::string text(written.substr(1, written.size() - 2));
@@ -142,7 +142,7 @@ void ResolveInLiteral(T3CharStringLiteral* literal, T3CharStringMatch* match) {
     parts = parts == nullptr ? part : gT3AST.mT3Concatenate(literal->position, parts, part);
   };
   for (auto found = NextReference(text, 0); found; found = NextReference(text, found->end)) {
-    T3Tree_Node* operand = Operand(*found, match, literal->position);
+    T3Tree_Node* operand = Operand(*found, literal);
     if (operand == nullptr) continue;
     append(Literal(std::string_view(text).substr(done, found->begin - done), literal->position));
     append(operand);
@@ -155,11 +155,11 @@ void ResolveInLiteral(T3CharStringLiteral* literal, T3CharStringMatch* match) {
 }
 }  // namespace
 
-void ResolvePatternReferences(T3CharStringMatch* match) {
-  if (match->place == nullptr) return;
-  T3Tree_Node* at = match->pattern;
+void ResolvePatternReferences(T3Tree_Node* pattern) {
+  if (pattern->place == nullptr) return;
+  T3Tree_Node* at = pattern;
   for (; at->is<T3Concatenate>(); at = at->as<T3Concatenate>()->left)
     if (auto* literal = at->as<T3Concatenate>()->right->try_as<T3CharStringLiteral>())
-      ResolveInLiteral(literal, match);
-  if (auto* literal = at->try_as<T3CharStringLiteral>()) ResolveInLiteral(literal, match);
+      ResolveInLiteral(literal);
+  if (auto* literal = at->try_as<T3CharStringLiteral>()) ResolveInLiteral(literal);
 }

@@ -50,6 +50,12 @@ bool CheckActualParList(T3Tree_Node* actual, T3Tree_Node* formal) {
   return true;
 }
 
+// A default is what would be given.
+void CheckDefault(T3Tree_Node* node) {
+  auto* par = node->as<_T3TypedFormal>();
+  if (par->pass == t3_par_pass_t::In && HasDefault(par)) CheckActual(par->default_value, par);
+}
+
 bool HasParameters(T3Tree_Node* def) {
   return T3Is<_T3FunctionDecl>(def) || T3Is<T3TemplateDecl>(def);
 }
@@ -164,6 +170,7 @@ void CheckCallInInterleave(T3Tree_Node* node) {
 }
 
 constexpr T3Rule kRules[] = {
+    {T3Kind::_T3TypedFormal, CheckDefault},
     {T3Kind::T3Parameterization, CheckCall},
     {T3Kind::T3Identifier, CheckBareTemplate},
     {T3Kind::T3Qualifier, CheckBareTemplate},

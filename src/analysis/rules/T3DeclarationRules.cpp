@@ -286,7 +286,7 @@ void CheckValueRange(T3Tree_Node* node) {
     vexa_filtered_error(ERR_arr_bounds, range->position);
   // Those of subtypes are told at the subtype.
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(range));
-  if (!IsInSubType(range) && !IsWildcardType(type) && !HasRanges(type))
+  if (!IsWildcardType(type) && !HasRanges(type) && !IsInSubType(range))
     vexa_filtered_error(ERR_type_range_subtype, range->position);
 }
 

@@ -2,11 +2,14 @@
 // types by themselves.
 #include <algorithm>
 #include <array>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3KnownIntegers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/walk/T3Surroundings.h"
 #include "analysis/names/T3Names.h"
@@ -42,12 +45,18 @@ void CheckQuadruple(T3Tree_Node* node) {
 
 // ---- References ----
 
+// An index that no value of the type has. A list may grow, but begins with 0.
+bool IsOutOf(T3Tree_Node* type, std::optional<int64_t> index) {
+  if (!index) return false;
+  const auto bounds = T3Is<T3ArrayType>(type) ? KnownBounds(type) : std::nullopt;
+  return bounds ? *index < bounds->low || *index > bounds->high : *index < 0;
+}
+
+// A list is asked when the suite runs.
 void CheckIndex(T3Tree_Node* node) {
   auto* subscription = node->as<T3Subscription>();
   T3Tree_Node* type = HasFailed(subscription->base) ? nullptr : ExpressionBaseType(subscription->base);
-  const auto index = ConstIntValue(subscription->index);
-  const auto bounds = T3Is<T3ArrayType>(type) ? KnownBounds(type) : std::nullopt;
-  if (bounds && index && (*index < bounds->low || *index > bounds->high))
+  if (T3Is<T3ArrayType>(type) && IsOutOf(type, KnownInteger(subscription->index)))
     vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
 }
 
@@ -83,6 +92,56 @@ void CheckArrayValue(T3Tree_Node* node) {
 void CheckNotation(T3Tree_Node* node) {
   auto* compound = node->as<T3CompoundValue>();
   if (MixesNotations(compound->value)) vexa_filtered_error(ERR_mixed_notation, compound->position);
+}
+
+using Key = std::pair<bool, int64_t>;
+
+// The name or the known index that a value is for.
+std::optional<Key> KeyOf(T3FieldValue* value) {
+  if (auto* name = value->field->try_as<T3FieldName>()) return Key(true, static_cast<int64_t>(name->name));
+  auto* place = value->field->try_as<T3FieldIndex>();
+  const auto index = place == nullptr ? std::nullopt : KnownInteger(place->index);
+  return index ? std::optional(Key(false, *index)) : std::nullopt;
+}
+
+bool AllDiffer(std::vector<Key>& keys) {
+  std::sort(keys.begin(), keys.end());
+  return std::adjacent_find(keys.begin(), keys.end()) == keys.end();
+}
+
+void RefuseRepeatedKeys(T3CompoundValue* compound) {
+  std::set<Key> keys;
+  for (auto* at : Items<T3FieldValue>(compound->value)) {
+    const auto key = KeyOf(at);
+    if (!key || keys.insert(*key).second) continue;
+    if (key->first)
+      vexa_filtered_error(ERR_name_duplicate_field, PositionOf(at), at->field->as<T3FieldName>()->name);
+    else
+      vexa_filtered_error(ERR_name_duplicate_field, PositionOf(at),
+                          ("[" + std::to_string(key->second) + "]").c_str());
+  }
+}
+
+// No field and no element has two values. Hardly any compound repeats one, so that is asked first.
+void CheckKeys(T3Tree_Node* node) {
+  static std::vector<Key> keys;
+  auto* compound = node->as<T3CompoundValue>();
+  if (HasFailed(compound)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(compound));
+  if (type->is<T3UnionType>() || type->is<T3AnyType>()) return;  // refused for its number of alternatives
+  keys.clear();
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (const auto key = KeyOf(at)) keys.push_back(*key);
+  if (!AllDiffer(keys)) RefuseRepeatedKeys(compound);
+}
+
+void CheckPlaces(T3Tree_Node* node) {
+  auto* compound = node->as<T3CompoundValue>();
+  if (HasFailed(compound)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(compound));
+  for (auto* at : Items<T3FieldValue>(compound->value))
+    if (auto* place = at->field->try_as<T3FieldIndex>(); place && IsOutOf(type, KnownInteger(place->index)))
+      vexa_filtered_error(ERR_arr_out_of_bounds, PositionOf(at));
 }
 
 // A union has one of its alternatives; one that modifies another may leave it as it is.
@@ -149,14 +208,6 @@ void CheckReplace(T3Tree_Node* node) {
     vexa_filtered_error(ERR_type_mismatch_replace, replace->position);
 }
 
-void CheckSubstring(T3Tree_Node* node) {
-  RefuseNegative(node, {node->as<T3Substring>()->index, node->as<T3Substring>()->count});
-}
-
-void CheckRegexp(T3Tree_Node* node) {
-  RefuseNegative(node, {node->as<T3Regexp>()->number});
-}
-
 void CheckDecompose(T3Tree_Node* node) {
   const auto index = ConstIntValue(node->as<T3Decompose>()->index);
   const auto count = ConstIntValue(node->as<T3Decompose>()->count);
@@ -187,16 +238,48 @@ void CheckIsChosen(T3Tree_Node* node) {
 
 // Only what has parts, characters or digits has a length.
 bool HasLength(T3Tree_Node* type) {
-  return IsStringType(type) || type->is<_T3HomogeneousType>() || IsRecordOrSetType(type) ||
-         type->is<T3CharacterType>() || type->is<T3UniversalCharacterType>() ||
+  return IsRowOfParts(type) || IsRecordOrSetType(type) || type->is<T3ObjectIdentifierType>();
+}
+
+// Only what has parts has a number of them.
+bool HasSize(T3Tree_Node* type) {
+  return type->is<_T3StructuredType>() || type->is<_T3HomogeneousType>() || type->is<T3AnyType>() ||
          type->is<T3ObjectIdentifierType>();
 }
 
-void CheckLengthOf(T3Tree_Node* node) {
-  T3Tree_Node* operand = OperandOf(node);
+// What lies in a component is no message.
+bool HasEncoding(T3Tree_Node* type) {
+  return !IsObjectType(type) && !type->is<T3Default>();
+}
+
+void RequireTypeOf(T3Tree_Node* operand, bool (*is_for)(T3Tree_Node*)) {
   if (HasBeenRefused(operand)) return;
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operand));
-  if (type != gT3WildcardType && !HasLength(type)) ReportTypeError(operand, true);
+  if (type != gT3WildcardType && !is_for(type)) ReportTypeError(operand, true);
+}
+
+void CheckLengthOf(T3Tree_Node* node) {
+  RequireTypeOf(OperandOf(node), HasLength);
+}
+void CheckSizeOf(T3Tree_Node* node) {
+  RequireTypeOf(OperandOf(node), HasSize);
+}
+void CheckEncValue(T3Tree_Node* node) {
+  RequireTypeOf(OperandOf(node), HasEncoding);
+}
+
+bool IsText(T3Tree_Node* type) {
+  return IsCharStringType(type) || IsUniversalCharStringType(type);
+}
+
+void CheckSubstring(T3Tree_Node* node) {
+  RequireTypeOf(OperandOf(node), IsRowOfParts);
+  RefuseNegative(node, {node->as<T3Substring>()->index, node->as<T3Substring>()->count});
+}
+
+void CheckRegexp(T3Tree_Node* node) {
+  RequireTypeOf(node->as<T3Regexp>()->argument, IsText);
+  RefuseNegative(node, {node->as<T3Regexp>()->number});
 }
 
 void CheckIsPresent(T3Tree_Node* node) {
@@ -311,6 +394,8 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3UnivCharLiteral, CheckQuadruple},
     {T3Kind::T3Subscription, CheckIndex},
     {T3Kind::T3CompoundValue, CheckNotation},
+    {T3Kind::T3CompoundValue, CheckKeys},
+    {T3Kind::T3CompoundValue, CheckPlaces},
     {T3Kind::T3CompoundValue, CheckAlternatives},
     {T3Kind::T3CompoundValue, CheckPermutations},
     {T3Kind::T3CompoundValue, CheckArrayValue},
@@ -327,6 +412,9 @@ constexpr T3Rule kRules[] = {
     {T3Kind::T3IsPresent, CheckIsPresent},
     {T3Kind::T3IsChosen, CheckIsChosen},
     {T3Kind::T3LengthOf, CheckLengthOf},
+    {T3Kind::T3SizeOf, CheckSizeOf},
+    {T3Kind::T3SizeOfType, CheckSizeOf},
+    {T3Kind::T3EncValue, CheckEncValue},
     {T3Kind::T3ValueOf, CheckValueOf},
     {T3Kind::T3Self, CheckSelf},
     {T3Kind::T3MTC, CheckMtc},

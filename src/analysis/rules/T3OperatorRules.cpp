@@ -39,9 +39,10 @@ void CheckArithmetic(T3Tree_Node* node) {
     vexa_filtered_error(ERR_type_integer_required, operation->position);
 }
 
-// Numbers have an order, and the literals of one enumeration.
+// Numbers have an order, object identifiers, and the literals of one enumeration.
 bool IsOrdered(T3Tree_Node* type) {
-  return type->is<T3Integer>() || type->is<T3Float>() || type->is<T3EnumType>();
+  return type->is<T3Integer>() || type->is<T3Float>() || type->is<T3EnumType>() ||
+         type->is<T3ObjectIdentifierType>();
 }
 
 void CheckOrder(T3Tree_Node* node) {
@@ -54,12 +55,21 @@ void CheckOrder(T3Tree_Node* node) {
     ReportTypeError(operation->right, true);
 }
 
-// A sign stands before numbers.
-void RequireNumber(T3Tree_Node* operand) {
+// An operand whose type the operator is not for is told.
+void RequireType(T3Tree_Node* operand, bool (*is_for)(T3Tree_Node*)) {
   if (HasFailed(operand) || operand->is<T3Infinity>()) return;
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(operand));
-  if (type != gT3WildcardType && !type->is<T3Integer>() && !type->is<T3Float>())
-    ReportTypeError(operand, true);
+  if (type != gT3WildcardType && !is_for(type)) ReportTypeError(operand, true);
+}
+
+// A sign stands before numbers.
+void RequireNumber(T3Tree_Node* operand) {
+  RequireType(operand, [](T3Tree_Node* type) { return type->is<T3Integer>() || type->is<T3Float>(); });
+}
+
+void CheckEquality(T3Tree_Node* node) {
+  if (HasFailed(node)) return;
+  RequireType(node->as<_T3BinaryExpression>()->left, [](T3Tree_Node* type) { return !IsObjectType(type); });
 }
 
 void CheckMinus(T3Tree_Node* node) {
@@ -133,9 +143,12 @@ void CheckUnary(T3Tree_Node* node) {
   RequireOperand(node->as<_T3UnaryExpression>()->arg);
 }
 
+// Digits are shifted, and what is a row of parts can be turned round.
 void CheckShift(T3Tree_Node* node) {
-  RequireOperand(node->as<_T3ShiftOrRotateExpression>()->value);
-  RequireOperand(node->as<_T3ShiftOrRotateExpression>()->shift);
+  auto* operation = node->as<_T3ShiftOrRotateExpression>();
+  RequireOperand(operation->value);
+  RequireOperand(operation->shift);
+  RequireType(operation->value, node->is<_T3ShiftExpression>() ? IsBinaryStringType : IsRowOfParts);
 }
 
 void CheckArgument(T3Tree_Node* node) {
@@ -184,6 +197,8 @@ constexpr T3Rule kRules[] = {
     {T3Kind::_T3BinaryArithmeticExpression, CheckArithmetic},
     {T3Kind::_T3BinaryStringLogic, CheckStringLogic},
     {T3Kind::T3Concatenate, CheckConcatenation},
+    {T3Kind::T3Equal, CheckEquality},
+    {T3Kind::T3NotEqual, CheckEquality},
     {T3Kind::T3Less, CheckOrder},
     {T3Kind::T3Greater, CheckOrder},
     {T3Kind::T3LessOrEqual, CheckOrder},

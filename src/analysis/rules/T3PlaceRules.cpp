@@ -93,6 +93,28 @@ void CheckFieldValue(T3Tree_Node* node) {
   vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
+bool IsElement(T3Tree_Node* part) {
+  T3Tree_Node* whole = part->parent;
+  return T3Is<T3CompoundValue>(whole) && !HasFailed(whole) && IsHomogeneousType(ExpressionBaseType(whole));
+}
+
+// `omit` stands for a field that is left out. In the place of a whole value, or of an element, it is none.
+bool MayBeOmitted(T3Tree_Node* node, T3Tree_Node* parent) {
+  if (MayBeTemplateHere()) return true;
+  if (auto* variable = parent->try_as<T3VarDecl>()) return variable->is_template_variable;
+  if (auto* assignment = parent->try_as<T3AssignStmt>())
+    return node == assignment->rhs && (!IsName(assignment->lhs) || IsTemplateReference(assignment->lhs));
+  if (parent->is<T3RetStmt>()) return IsFunctionReturningTemplate(parent->place->vexa_owner);
+  if (parent->is<T3FieldValue>()) return !IsElement(parent);
+  return parent->is<T3TemplateDef>() || parent->is<_T3TypedFormal>() || parent->is<T3Equal>() ||
+         parent->is<T3NotEqual>();
+}
+
+void CheckOmit(T3Tree_Node* node) {
+  if (node->parent != nullptr && !HasFailed(node) && !MayBeOmitted(node, node->parent))
+    vexa_filtered_error(ERR_rvalue, PositionOf(node));
+}
+
 // What follows looks for what is local by bare names.
 void DropModule(T3Tree_Node* node) {
   if (T3Tree_Node* name = node->parent == nullptr ? nullptr : BareLocalName(node)) ReplaceChild(node, name);
@@ -109,7 +131,7 @@ void WalkNumber(T3Tree_Node* node) {
 constexpr T3Rule kRules[] = {
     {T3Kind::T3Identifier, CheckReference}, {T3Kind::_T3Qualification, CheckReference},
     {T3Kind::T3Qualifier, DropModule},      {T3Kind::T3FieldValue, CheckFieldValue},
-    {T3Kind::T3ObjIdItem, WalkNumber},
+    {T3Kind::T3ObjIdItem, WalkNumber},      {T3Kind::T3Omit, CheckOmit},
 };
 }  // namespace
 

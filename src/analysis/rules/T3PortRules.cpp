@@ -6,6 +6,7 @@
 #include "analysis/flow/T3AltStatus.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"
 #include "driver/diagnostics/T3Error.h"
@@ -106,8 +107,16 @@ void CheckChecking(T3Tree_Node* node) {
 
 // ---- Messages ----
 
+// Nothing can be left out of nothing.
+void RefuseOmitted(T3Tree_Node* node) {
+  T3Tree_Node* value = ConstraintOf(node->as<_T3TemplatePortStmt>()->template_value);
+  if (value->is<T3Omit>() && !HasFailed(value))
+    vexa_filtered_error(ERR_not_allowed_for, PositionOf(value), "'omit'", "template value");
+}
+
 void CheckSend(T3Tree_Node* node) {
   RefuseSignature(node);
+  RefuseOmitted(node);
   RequireMessages(node, "send");
 }
 
@@ -199,6 +208,7 @@ void CheckGetReply(T3Tree_Node* node) {
 }
 
 void CheckRaise(T3Tree_Node* node) {
+  RefuseOmitted(node);
   RequireProcedures(node, "raise");
 }
 
@@ -261,13 +271,23 @@ void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signa
 }
 
 // An operation without a template takes what comes, whatever its parameters are.
-bool IsWithoutSignature(T3Tree_Node* statement) {
+bool IsWithoutTemplate(T3Tree_Node* statement) {
   auto* operation = T3Is<_T3TemplatePortStmt>(statement) ? statement->as<_T3TemplatePortStmt>() : nullptr;
   return operation == nullptr || !operation->template_value->is<T3TemplateDef>();
 }
 
+// What comes without a template has no type by which its value could be taken, but for the reply to a call; and
+// a call has no value.
+void RefuseUntypedValue(T3PortRedirect* redirect) {
+  T3Tree_Node* statement = redirect->parent;
+  const bool untyped = !statement->is<T3GetReplyStmt>() && IsWithoutTemplate(statement);
+  if (IsGiven(redirect->redirect_value) && (untyped || statement->is<T3GetCallStmt>()))
+    vexa_filtered_error(ERR_not_allowed_here, PositionOf(redirect->redirect_value), "value");
+}
+
 void CheckRedirect(T3Tree_Node* node) {
   auto* redirect = node->as<T3PortRedirect>();
+  RefuseUntypedValue(redirect);
   for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
     if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
       vexa_filtered_error(ERR_lvalue, PositionOf(target));
@@ -277,7 +297,7 @@ void CheckRedirect(T3Tree_Node* node) {
   if (!T3Is<T3FieldValue>(redirect->redirect_params)) return;
   if (T3Is<T3SignatureType>(signature))
     CheckParameterRedirections(redirect, signature->as<T3SignatureType>());
-  else if (IsWithoutSignature(redirect->parent))
+  else if (IsWithoutTemplate(redirect->parent))
     vexa_filtered_error(ERR_param_count_in_redir, PositionOf(redirect));
 }
 
@@ -312,12 +332,15 @@ T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
   return nullptr;
 }
 
-// The component that `self`, `mtc` and `system` stand for in a test case; null elsewhere, where a function
-// may run on a component that has more than it knows.
+// The component that `self`, `mtc` and `system` stand for in a test case, and `self` in other behaviour; null
+// where that is not known.
 T3Tree_Node* GenericComponent(T3Tree_Node* component) {
   T3Tree_Node* behaviour = component->place == nullptr ? nullptr : component->place->vexa_owner;
   auto* testcase = T3Is<T3Testcase>(behaviour) ? behaviour->as<T3Testcase>() : nullptr;
-  if (testcase == nullptr) return nullptr;
+  if (testcase == nullptr) {
+    T3Tree_Node* own = component->is<T3Self>() && behaviour != nullptr ? ComponentOf(behaviour) : nullptr;
+    return T3Is<T3ComponentType>(own) ? own : nullptr;
+  }
   const bool has_system = component->is<T3System>() && !T3Is<T3NoType>(testcase->system);
   T3Tree_Node* type = has_system ? BaseTypeDef(testcase->system) : ComponentOf(testcase);
   const bool is_generic = component->is<T3Self>() || component->is<T3MTC>() || component->is<T3System>();
@@ -335,6 +358,9 @@ void FindPort(Side& side) {
   if (known != nullptr) side.owner = known;
   if (!T3Is<T3ComponentType>(side.owner) || side.owner == gT3AnyComponentType || !NamesPort(side)) return;
   T3Tree_Node* decl = FindPortInComponentDecl(side.owner, PortName(side.port));
+  // A function may run on a component that has more than it knows.
+  if (decl == nullptr && known != nullptr && !T3Is<T3Testcase>(side.component->place->vexa_owner))
+    side.owner = gT3AnyComponentType;
   if (decl == nullptr) return;
   side.decl = decl->as<T3PortDecl>();
   T3Tree_Node* type = BaseTypeDef(decl);
@@ -346,6 +372,17 @@ void FindPort(Side& side) {
 bool CheckSubscription(T3Tree_Node* node, const Side& side) {
   if (side.decl == nullptr || SubscriptionLevel(side.port) == side.dimension) return false;
   vexa_filtered_error(ERR_wrong_portarr_subscription, PositionOf(node));
+  return true;
+}
+
+// An element that the array does not have.
+bool CheckElement(T3Tree_Node* node, const Side& side) {
+  T3Tree_Node* type = side.decl == nullptr ? nullptr : BaseTypeDef(side.decl);
+  auto* element = side.port->try_as<T3PortArrayElement>();
+  const auto bounds = T3Is<T3ArrayType>(type) && element != nullptr ? KnownBounds(type) : std::nullopt;
+  const auto index = bounds ? ConstIntValue(element->index) : std::nullopt;
+  if (!index || (bounds->low <= *index && *index <= bounds->high)) return false;
+  vexa_filtered_error(ERR_arr_out_of_bounds, PositionOf(node));
   return true;
 }
 
@@ -373,6 +410,15 @@ bool CheckSystemPort(T3Tree_Node* node, const Side& side) {
 bool CheckArray(T3Tree_Node* node, const Side& side) {
   if (!node->is<T3ConnectStmt>() || !T3Is<T3ArrayType>(side.owner)) return false;
   vexa_filtered_error(ERR_illegal_operation_for_arr, PositionOf(node), "connect");
+  return true;
+}
+
+// A mapping has the system on one of its sides.
+bool CheckMapping(T3Tree_Node* node, const Side& first, const Side& second) {
+  if (!node->is<T3MapStmt>() && !(node->is<T3UnmapStmt>() && NamesPort(second))) return false;
+  if (first.owner == nullptr || second.owner == nullptr || IsInControlPart(node)) return false;
+  if (first.component->is<T3System>() != second.component->is<T3System>()) return false;
+  vexa_filtered_error(ERR_invalid_comp_ref, PositionOf(node));
   return true;
 }
 
@@ -411,8 +457,9 @@ void CheckConfiguration(T3Tree_Node* node) {
   Side second{statement->component_2, statement->port_2};
   FindPort(first);
   FindPort(second);
-  for (const auto check : {CheckSubscription, CheckComponent, CheckSystemPort, CheckArray})
+  for (const auto check : {CheckSubscription, CheckComponent, CheckSystemPort, CheckArray, CheckElement})
     if (check(node, first) || check(node, second)) return;
+  if (CheckMapping(node, first, second)) return;
   CheckPorts(node, first, second);
 }
 

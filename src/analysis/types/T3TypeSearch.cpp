@@ -110,8 +110,7 @@ T3Tree_Node* FindIndex(T3Tree_Node* list, long n) {
 }
 
 bool PartOfAllTypes(T3Tree_Node* base) {
-  return !base->is<T3PortType>() && !base->is<T3TimerType>() && !base->is<T3Default>() &&
-         !base->is<T3ErrorType>() && !base->is<T3NoType>();
+  return !base->is<T3Default>() && !base->is<T3ErrorType>() && !base->is<T3NoType>() && !IsObjectType(base);
 }
 
 namespace {

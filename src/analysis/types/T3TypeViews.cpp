@@ -225,6 +225,13 @@ bool IsTimerArray(T3Tree_Node* type) {
 bool IsPortOrPortArray(T3Tree_Node* type) {
   return T3Is<T3PortType>(BelowDimensions(type));
 }
+bool IsObjectType(T3Tree_Node* type) {
+  T3Tree_Node* object = BelowDimensions(type);
+  return T3Is<T3PortType>(object) || T3Is<T3TimerType>(object);
+}
+bool IsRowOfParts(T3Tree_Node* type) {
+  return IsStringType(type) || IsHomogeneousType(type);
+}
 
 bool IsFieldOptional(T3Tree_Node* field) {
   return T3Is<T3FieldType>(field) && field->as<T3FieldType>()->optional;

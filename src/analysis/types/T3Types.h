@@ -101,6 +101,10 @@ bool IsArrayType(T3Tree_Node* type);
 bool IsTimer(T3Tree_Node* type);
 bool IsTimerArray(T3Tree_Node* type);
 bool IsPortOrPortArray(T3Tree_Node* type);
+/// True for ports, timers and arrays of these, which are objects of their component and no values.
+bool IsObjectType(T3Tree_Node* type);
+/// True for strings, lists and arrays, whose parts stand in a row and can be cut out and turned round.
+bool IsRowOfParts(T3Tree_Node* type);
 bool IsValidAddressRef(T3Tree_Node* reference);
 /// False when the text does not fit 64 bits.
 bool CheckIntegerSize(const char* text);

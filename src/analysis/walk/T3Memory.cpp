@@ -1,6 +1,7 @@
 // Drops derived data: what analysis needs only while it works on a module, and what generation hangs on the
 // nodes.
 #include "analysis/walk/T3Stages.h"
+#include "analysis/walk/T3Subtree.h"
 #include "support/ModuleCaches.h"
 #include "frontend/T3Lists.h"
 
@@ -47,5 +48,8 @@ void CleanupAnalysisIntermediateData(T3Tree_Node* module) {
 
 void CleanupCompilationIntermediateData(T3Tree_Node* module) {
   ClearModuleCaches();
-  gT3AST.TraverseT3TreeTD(module, EmptyLocations);
+  ForEachInSubtree(module, [](T3Tree_Node* node) {
+    EmptyLocations(node);
+    return true;
+  });
 }

@@ -70,7 +70,7 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
     T3Tree_Node* root = cg::RootOfReference(target);
     if (root->is<T3Identifier>() && T3Is<_T3FormalPar>(Def(root))) changed.insert(Def(root));
   };
-  gT3AST.TraverseT3TreeTD(body, [&](T3Tree_Node* node) {
+  ForEachInSubtree(body, [&](T3Tree_Node* node) {
     if (auto* assignment = node->try_as<T3AssignStmt>()) note(assignment->lhs);
     if (auto* redirect = node->try_as<T3PortRedirect>()) {
       note(redirect->redirect_value);
@@ -82,6 +82,7 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
         T3Tree_Node* actual = at->expression;
         note(actual->is<T3TemplateDef>() ? actual->as<T3TemplateDef>()->constraint : actual);
       }
+    return true;
   });
   return changed;
 }

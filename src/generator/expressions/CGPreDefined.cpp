@@ -1,9 +1,11 @@
 // Predefined functions: calls of the run-time system.
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "asn1/integration/T3Representation.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/text/CGModuleText.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 
@@ -144,18 +146,27 @@ void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
                             {parent, std::to_string(index), VEXA_CONTEXT}));
 }
 
+// What a type itself, or one below something that need not be there, is asked by: a value without contents.
+std::string OfItsType(T3Tree_Node* operand, CFunction& function) {
+  if (!NamesType(operand) && !operand->is<T3Qualifier>() && !operand->is<T3Subscription>())
+    return AsTemplate(operand, function);
+  return Call(LUMO_TYPE_INSTANTIATE_VALUE,
+              {VEXATypeRef(ExpressionLocalType(operand)), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
+
 void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& function) {
   T3Tree_Node* operand = node->template_value;
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
+  if (node->is<T3SizeOfType>() || NamesType(operand))
+    return StoreCLocation(
+        node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {OfItsType(operand, function), VEXA_CONTEXT})));
   const std::string value = node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
       return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
     case T3Kind::T3SizeOf:
       return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
-    case T3Kind::T3SizeOfType:
-      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {value, VEXA_CONTEXT})));
     case T3Kind::T3IsValue:
       return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
     case T3Kind::T3EncValue:

@@ -4,6 +4,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/modules/T3Global.h"
 #include "generator/module/CGDecl.h"
+#include "generator/module/CGIncludes.h"
 #include "generator/behaviour/CGFunction.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/templates/CGTemplate.h"
@@ -111,6 +112,8 @@ void AddImport(T3Module* imported) {
 void AddImports(T3Module* module) {
   const auto deps = gT3ModuleDeps.find(module->name);
   if (deps == gT3ModuleDeps.end()) return;
+  for (T3Module* ahead : HeadersAhead(module))
+    gT3Context.file().addInclude(GetOutputFile(ahead) + ".h", false, false);
   for (const tIdent name : deps->second) {
     const auto imported = gT3ModuleMap.find(name);
     if (imported != gT3ModuleMap.end()) AddImport(imported->second->as<T3Module>());

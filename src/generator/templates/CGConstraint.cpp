@@ -2,17 +2,32 @@
 #include "generator/expressions/CGModes.h"
 
 #include "analysis/types/T3Types.h"
+#include "driver/options/T3CommandLine.h"
 #include "generator/templates/CGConstraintParts.h"
+#include "generator/templates/CGTemplateParts.h"
 #include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
+#include "generator/text/T3Decompile.h"
 
 namespace {
 using namespace cgtest;
+
+// Whether only its text in the source tells what a constraint of a template asks for.
+bool IsToldByText(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test) {
+  if (test.field.empty() || test.field[0] != '<' || node->is<T3Omit>() || node->is<T3AnyValue>())
+    return false;
+  return !node->is<T3CompoundValue>() || type->is<_T3HomogeneousType>();
+}
 
 // Tells a mismatch, unless within a list of alternatives, where it is none.
 void ReportResult(const CGTest& test, const std::string& reason, const std::string& expected,
                   CFunction& function) {
   if (test.quiet) return;
+  if (test.constraint != nullptr && expected == LUMO_NO_VALUE_C)
+    function.call(LUMO_LOG_TEMPLATE_EXPECTED,
+                  {Quote(cgtemplate::InLiteral(GetConstraintDescription(
+                       test.constraint, gT3CommandLine.template_description_length))),
+                   VEXA_CONTEXT});
   function.call(LUMO_LOG_TEMPLATE_MISMATCH_BY_NAME_EVENT,
                 {Quote(test.field), Quote(reason), test.value, expected, VEXA_CONTEXT});
 }
@@ -180,7 +195,9 @@ void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& rea
 }
 }  // namespace cgtest
 
-void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
+void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& whole, CFunction& function) {
+  CGTest test = whole;
+  test.constraint = IsToldByText(node, GetAddressBaseType(type), whole) ? node : nullptr;
   if (node->is<T3TemplateDef>()) return MatchTemplate(node, test, ReasonOf(node), function);
   if (node->is<T3AnyOrOmit>() || node->is<T3NotUsedSymbol>()) return;
   type = GetAddressBaseType(type);

@@ -20,6 +20,8 @@ struct CGTest {
   bool quiet;
   /// Where in the whole the value stands, for the log.
   std::string field;
+  /// What is tested, where no run-time value can tell what was expected.
+  T3Tree_Node* constraint = nullptr;
 };
 
 /// Tests a value of the type.

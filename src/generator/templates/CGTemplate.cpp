@@ -3,6 +3,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Subtree.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -37,11 +38,22 @@ bool IsSignatureTemplate(T3TemplateDef* definition) {
 }
 
 void ResetLocations(T3Tree_Node* definition) {
-  gT3AST.TraverseT3TreeTD(definition, [](T3Tree_Node* node) {
-    if ((node->is<_T3Expression>() || node->is<T3TemplateDef>()) && node->attributes != nullptr &&
-        node->attributes->cold != nullptr)
+  ForEachInSubtree(definition, [](T3Tree_Node* node) {
+    if (node->attributes != nullptr && node->attributes->cold != nullptr &&
+        (node->is<_T3Expression>() || node->is<T3TemplateDef>()))
       ResetLocation(node);
+    return true;
   });
+}
+
+std::string InLiteral(const std::string& description) {
+  std::string text;
+  for (const char c : description) {
+    if (c == '"') text += '\\';
+    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
+    text += c;
+  }
+  return text;
 }
 
 // All functions of a template ask for it one after the other.
@@ -50,13 +62,7 @@ const std::string& Description(T3TemplateDecl* decl) {
   static auto& text = *new std::string;
   if (decl == last) return text;
   last = decl;
-  text.clear();
-  // Its backslashes are doubled already.
-  for (const char c : GetTemplateDescription(decl, gT3CommandLine.template_description_length)) {
-    if (c == '"') text += '\\';
-    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
-    text += c;
-  }
+  text = InLiteral(GetTemplateDescription(decl, gT3CommandLine.template_description_length));
   return text;
 }
 
@@ -151,7 +157,7 @@ void CGTemplateImport(T3Tree_Node* node) {
   auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, true);
   structure->addMember(module);
   structure->addMember(Quote(origin->as<_T3Decl>()->name));
-  for (int i = 0; i < 7; ++i) structure->addMember(C_NULL);
+  structure->addNulls(7);
   structure->end();
   gT3Context.file().addDefine(VEXATemplateConstName(import), "&(" + name + ")");
   CFunction& bind = gT3Context.registerFunction();

@@ -11,6 +11,8 @@ T3Tree_Node* TypeOfTemplate(T3TemplateDef* definition);
 bool IsSignatureTemplate(T3TemplateDef* definition);
 /// A text of the source, as far as the user wants to see it, as the text of a literal of C.
 const std::string& Description(T3TemplateDecl* decl);
+/// A description, whose backslashes are doubled already, as the text of a literal of C.
+std::string InLiteral(const std::string& description);
 /// Forgets where the expressions of a definition lie, so that another walk allocates them afresh.
 void ResetLocations(T3Tree_Node* definition);
 

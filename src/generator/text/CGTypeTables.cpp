@@ -65,7 +65,7 @@ void GenTypeStruct(T3Tree_Node* decl, const std::string& type_info) {
 
 void GenPlainTypeStruct(const std::string& struct_name, const std::string& info_name, bool is_static) {
   auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, struct_name, false, is_static);
-  for (int i = 0; i < 8; ++i) structure->addMember(C_NULL);
+  structure->addNulls(8);
   structure->addMember("&(" + info_name + ")");
   structure->end();
 }

@@ -1,8 +1,10 @@
 #include "generator/text/LUMOS.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 
+#include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/text/T3CodeDefs.h"
@@ -17,16 +19,16 @@ namespace {
 }
 #define WRONG_NODE(node) WrongNode(__LINE__, __func__, node)
 
-std::string Text(tIdent ident) {
-  return std::string(gIdents.GetString(ident));
+std::string_view Text(tIdent ident) {
+  return gIdents.GetString(ident);
 }
 
-std::string NameOf(T3Tree_Node* decl) {
+std::string_view NameOf(T3Tree_Node* decl) {
   return Text(DeclaredName(decl));
 }
 
 // A built-in declaration belongs to the module being generated.
-std::string ModuleOf(T3Tree_Node* decl) {
+std::string_view ModuleOf(T3Tree_Node* decl) {
   if (decl->place == nullptr && gT3Context.currentModuleName() != NoIdent)
     return Text(gT3Context.currentModuleName());
   if (decl->place == nullptr) internal_error_ast("LUMOS", __LINE__, "vexa_module_name", decl);
@@ -35,7 +37,7 @@ std::string ModuleOf(T3Tree_Node* decl) {
 
 // module "_" name
 std::string Qualified(T3Tree_Node* decl) {
-  return ModuleOf(decl) + "_" + NameOf(decl);
+  return joined({ModuleOf(decl), "_", NameOf(decl)});
 }
 
 // The same of the declaration behind an import.
@@ -56,7 +58,8 @@ std::string QualifiedImport(T3Tree_Node* decl) {
   last = decl;
   name = Qualified(decl);
   T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-  if (owners.try_emplace(name, origin).first->second != origin) name = ModuleOf(decl) + "_" + Origin(decl);
+  if (owners.try_emplace(name, origin).first->second != origin)
+    name = joined({ModuleOf(decl), "_", Origin(decl)});
   return name;
 }
 
@@ -65,22 +68,22 @@ bool IsImportOf(T3Tree_Node* decl) {
 }
 
 bool IsAssigned(const char* location) {
-  return location != nullptr && *location != '\0' && std::string(location) != vexa_location_not_allocated;
+  return location != nullptr && *location != '\0' && std::strcmp(location, vexa_location_not_allocated) != 0;
 }
 
 std::string OfModule(const char* before, tIdent module, const char* behind) {
-  return std::string(before) + Text(module) + behind;
+  return joined({before, Text(module), behind});
 }
 
 std::string OfType(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (!decl->is<T3TypeDecl>()) WrongNode(line, function, decl);
-  return "vexa_" + NameOf(decl) + behind;
+  return joined({"vexa_", NameOf(decl), behind});
 }
 #define OF_TYPE(decl, behind) OfType(__LINE__, __func__, decl, behind)
 
 std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
-  return "vexa_" + NameOf(decl) + PositionSuffix(decl->as<T3TemplateDecl>()->position) + behind;
+  return joined({"vexa_", NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position), behind});
 }
 #define OF_TEMPLATE(decl, behind) OfTemplate(__LINE__, __func__, decl, behind)
 
@@ -120,22 +123,22 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
 }
 
 std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (IsBehaviour(decl)) return "vexa_" + Qualified(decl) + "_local_" + behind;
-  if (IsImportedBehaviour(decl)) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
+  if (IsBehaviour(decl)) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (IsImportedBehaviour(decl)) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
 
 std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_" + behind;
-  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_" + behind;
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   return OfBehaviour(line, function, decl, behind);
 }
 #define OF_SIGNATURE(decl, behind) OfSignature(__LINE__, __func__, decl, behind)
 }  // namespace
 
 std::string PositionSuffix(const tPosition& position) {
-  return "_" + std::to_string(position.Line) + "_" + std::to_string(position.Column);
+  return joined({"_", std::to_string(position.Line), "_", std::to_string(position.Column)});
 }
 
 std::string ModuleInitializeName(tIdent module) {
@@ -180,23 +183,23 @@ std::string VEXAModuleParamsInfoName(T3Tree_Node* module) {
 }
 
 std::string VEXAModuleParameterName(tIdent a, tIdent b) {
-  return "vexa_" + Text(a) + "_" + Text(b) + "_module_params_storage";
+  return joined({"vexa_", Text(a), "_", Text(b), "_module_params_storage"});
 }
 
 std::string VEXALocalVarName(tIdent name) {
   static unsigned long counter = 0;
-  return "vexa_" + Text(name) + "_loc_" + std::to_string(counter++);
+  return joined({"vexa_", Text(name), "_loc_", std::to_string(counter++)});
 }
 
 std::string VEXATypeConstName(T3Tree_Node* decl) {
-  if (decl->is<T3TypeDecl>()) return "vexa_" + Qualified(decl) + "_local_type";
-  if (decl->is<T3ImportTypeDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_type";
-  if (decl->is<T3ImportSignatureDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_sig";
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_type"});
+  if (decl->is<T3ImportTypeDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_type"});
+  if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_sig"});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATypeName(T3Tree_Node* decl) {
-  if (decl->is<T3PortDecl>()) return "vexa_" + NameOf(decl) + "_port";
+  if (decl->is<T3PortDecl>()) return joined({"vexa_", NameOf(decl), "_port"});
   return VEXATypeStructName(decl);
 }
 
@@ -205,10 +208,10 @@ std::string VEXATypeStructName(T3Tree_Node* decl) {
   if (const char* stored = decl->as<_T3Decl>()->cold().type_struct_name; IsAssigned(stored)) return stored;
   if (IsImportOf(decl)) {
     if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
-    return "vexa_imp_type_" + ModuleOf(decl) + "_" + Origin(decl);
+    return joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
   }
   const auto asn1 = StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name);
-  return "vexa_" + ModuleOf(decl) + "_" + (asn1.empty() ? NameOf(decl) : std::string(asn1)) + "_type_struct";
+  return joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
 }
 
 std::string VEXAFieldInfoName(T3Tree_Node* decl) {
@@ -242,7 +245,7 @@ std::string VEXAConstraintOfName(T3Tree_Node* decl) {
 
 std::string VEXAPortRecordName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return "vexa_" + Qualified(decl) + "_port_record_type";
+  return joined({"vexa_", Qualified(decl), "_port_record_type"});
 }
 
 std::string VEXAPortRecordInfoStructName(T3Tree_Node* decl) {
@@ -271,25 +274,25 @@ std::string VEXAComponentPostProcessFuncName(T3Tree_Node* decl) {
 
 std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
   if (decl->is<T3TypeDecl>())
-    return "vexa_" + Qualified(decl) + "_local_" + AttributeWord(kind) + "_attributes";
+    return joined({"vexa_", Qualified(decl), "_local_", AttributeWord(kind), "_attributes"});
   if (decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
-    return "vexa_" + ModuleOf(decl) + "_" + Origin(decl) + AttributeWord(kind) + "_attributes";
+    return joined({"vexa_", ModuleOf(decl), "_", Origin(decl), AttributeWord(kind), "_attributes"});
   return WRONG_NODE(decl);
 }
 
 std::string VEXABuiltinTypeName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return "vexa_" + Qualified(decl) + "_builtin_type";
+  return joined({"vexa_", Qualified(decl), "_builtin_type"});
 }
 
 std::string VEXABuiltinTypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return "vexa_" + Qualified(decl) + "_builtin_type_struct";
+  return joined({"vexa_", Qualified(decl), "_builtin_type_struct"});
 }
 
 std::string VEXABuiltinTypeInfoStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return "vexa_" + Qualified(decl) + "_builtin_type_info_struct";
+  return joined({"vexa_", Qualified(decl), "_builtin_type_info_struct"});
 }
 
 std::string VEXABuiltinFieldInfoName(T3Tree_Node* decl) {
@@ -347,22 +350,24 @@ std::string VEXARTSTypeInfoStructName(T3Tree_Node* type) {
     default:
       return WRONG_NODE(type);
   }
-  return std::string("lumo_") + word + "_type_info_struct";
+  return joined({"lumo_", word, "_type_info_struct"});
 }
 
 std::string VEXATemplateConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + QualifiedImport(decl) + "_imp_template";
+  if (decl->is<T3ImportTemplateDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_template"});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   auto* local = decl->as<T3TemplateDecl>();
   const std::string suffix =
       local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
-  return "vexa_" + Qualified(decl) + suffix + "_local_template";
+  return joined({"vexa_", Qualified(decl), suffix, "_local_template"});
 }
 
 std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
-  if (decl->is<T3ImportTemplateDecl>()) return "vexa_" + ModuleOf(decl) + "_imp_template_" + Origin(decl);
+  if (decl->is<T3ImportTemplateDecl>())
+    return joined({"vexa_", ModuleOf(decl), "_imp_template_", Origin(decl)});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
-  return "vexa_" + Qualified(decl) + PositionSuffix(decl->as<T3TemplateDecl>()->position) + "_type_struct";
+  const std::string suffix = PositionSuffix(decl->as<T3TemplateDecl>()->position);
+  return joined({"vexa_", Qualified(decl), suffix, "_type_struct"});
 }
 
 std::string VEXATemplateRef(T3Tree_Node* decl) {
@@ -374,11 +379,11 @@ std::string VEXASizeOfName(T3Tree_Node* decl) {
 }
 
 std::string VEXAMatchName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return OF_TEMPLATE(decl, ModeWord(mode)) + "_match";
+  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_match"});
 }
 
 std::string VEXAValueOfName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return OF_TEMPLATE(decl, ModeWord(mode)) + "_valueof";
+  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_valueof"});
 }
 
 std::string VEXATemplateFieldInfoName(T3Tree_Node* decl) {
@@ -394,25 +399,25 @@ std::string VEXATemplateInfoName(T3Tree_Node* decl) {
 }
 
 std::string VEXAFunctionName(T3Tree_Node* decl) {
-  if (decl->is<T3Function>()) return "vexa_" + NameOf(decl) + "_func";
-  if (decl->is<T3ImportFunctionDecl>()) return "vexa_imp_func_" + Origin(decl);
+  if (decl->is<T3Function>()) return joined({"vexa_", NameOf(decl), "_func"});
+  if (decl->is<T3ImportFunctionDecl>()) return joined({"vexa_imp_func_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATestcaseName(T3Tree_Node* decl) {
-  if (decl->is<T3Testcase>()) return "vexa_" + NameOf(decl) + "_testcase";
-  if (decl->is<T3ImportTestcaseDecl>()) return "vexa_imp_tc_" + Origin(decl);
+  if (decl->is<T3Testcase>()) return joined({"vexa_", NameOf(decl), "_testcase"});
+  if (decl->is<T3ImportTestcaseDecl>()) return joined({"vexa_imp_tc_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXATeststepName(T3Tree_Node* decl) {
-  if (decl->is<T3TestStep>()) return "vexa_" + NameOf(decl) + "_teststep";
-  if (decl->is<T3ImportTeststepDecl>()) return "vexa_imp_ts_" + Origin(decl);
+  if (decl->is<T3TestStep>()) return joined({"vexa_", NameOf(decl), "_teststep"});
+  if (decl->is<T3ImportTeststepDecl>()) return joined({"vexa_imp_ts_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXAExtObjectName(T3Tree_Node* decl) {
-  if (decl->is<T3ExtFunction>()) return Qualified(decl) + "_stub";
+  if (decl->is<T3ExtFunction>()) return joined({Qualified(decl), "_stub"});
   if (decl->is<T3ExtConstDecl>()) return Qualified(decl);
   return WRONG_NODE(decl);
 }
@@ -423,18 +428,18 @@ std::string VEXAExtFuncName(T3Tree_Node* decl) {
 
 std::string VEXAExtFuncCompileSwitchName(T3Tree_Node* decl) {
   if (!decl->is<T3ExtFunction>()) return WRONG_NODE(decl);
-  return "EXT_FUNC_BYPASS_TRI_" + Qualified(decl) + "_func";
+  return joined({"EXT_FUNC_BYPASS_TRI_", Qualified(decl), "_func"});
 }
 
 std::string VEXAConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ConstDecl>()) return "vexa_loc_const_" + Qualified(decl);
-  if (decl->is<T3ImportConstDecl>()) return "vexa_imp_const_" + Origin(decl);
-  if (decl->is<T3ImportModuleParDecl>()) return "vexa_imp_modulepar_" + Origin(decl);
+  if (decl->is<T3ConstDecl>()) return joined({"vexa_loc_const_", Qualified(decl)});
+  if (decl->is<T3ImportConstDecl>()) return joined({"vexa_imp_const_", Origin(decl)});
+  if (decl->is<T3ImportModuleParDecl>()) return joined({"vexa_imp_modulepar_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXAModuleParName(T3Tree_Node* decl) {
-  return decl->is<T3ModuleParDecl>() ? "vexa_loc_mod_par_" + Qualified(decl) : WRONG_NODE(decl);
+  return decl->is<T3ModuleParDecl>() ? joined({"vexa_loc_mod_par_", Qualified(decl)}) : WRONG_NODE(decl);
 }
 
 std::string VEXAExtConstName(T3Tree_Node* decl) {
@@ -473,13 +478,13 @@ std::string GetFunctionObject(T3Tree_Node* decl) {
   if (decl->is<T3Function>()) return VEXAFunctionName(decl);
   if (decl->is<T3ExtFunction>()) return VEXAExtObjectName(decl);
   // an import is held through a pointer
-  if (decl->is<T3ImportFunctionDecl>()) return "(*" + VEXAFunctionName(decl) + ")";
+  if (decl->is<T3ImportFunctionDecl>()) return joined({"(*", VEXAFunctionName(decl), ")"});
   return WRONG_NODE(decl);
 }
 
 std::string GetTeststepObject(T3Tree_Node* decl) {
   if (decl->is<T3TestStep>()) return VEXATeststepName(decl);
-  if (decl->is<T3ImportTeststepDecl>()) return "(*" + VEXATeststepName(decl) + ")";
+  if (decl->is<T3ImportTeststepDecl>()) return joined({"(*", VEXATeststepName(decl), ")"});
   return WRONG_NODE(decl);
 }
 
@@ -511,8 +516,8 @@ std::string SliceString(const std::string& text, size_t n) {
   return sliced.append(text, begin);
 }
 
-std::string Quote(const std::string& text) {
-  return "\"" + text + "\"";
+std::string Quote(std::string_view text) {
+  return joined({"\"", text, "\""});
 }
 
 std::string Quote(tIdent name) {
@@ -545,6 +550,6 @@ std::string CStringOfLiteral(std::string_view literal) {
   return Quote(text);
 }
 
-std::string FormalPar(const std::string& type, const std::string& name) {
-  return type + " " + name;
+std::string FormalPar(std::string_view type, std::string_view name) {
+  return joined({type, " ", name});
 }

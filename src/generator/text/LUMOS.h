@@ -96,7 +96,7 @@ std::string GetTeststepObject(T3Tree_Node* decl);
 /// A quoted text in lines of at most n characters.
 std::string SliceString(const std::string& text, size_t n);
 /// The text between double quotes.
-std::string Quote(const std::string& text);
+std::string Quote(std::string_view text);
 std::string Quote(tIdent name);
 /// Each backslash twice.
 std::string EscapeEscape(const std::string& text);
@@ -104,4 +104,4 @@ std::string EscapeEscape(const std::string& text);
 /// C.
 std::string CStringOfLiteral(std::string_view literal);
 /// Type blank name.
-std::string FormalPar(const std::string& type, const std::string& name);
+std::string FormalPar(std::string_view type, std::string_view name);

@@ -488,12 +488,20 @@ std::string FirstCharacters(const std::string& text, size_t count) {
 }
 }  // namespace
 
-std::string GetTemplateDescription(T3Tree_Node* decl, long limit) {
-  auto* definition = decl->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
-  if (definition == nullptr) return "<description is n/a>";
-  std::string text = DecompileTemplateDef(definition);
+namespace {
+std::string Shortened(std::string text, long limit) {
   const size_t most = limit < 0 ? 0 : static_cast<size_t>(limit);
   if (FirstCharacters(text, most).size() < text.size())
     text = FirstCharacters(text, most > 3 ? most - 3 : 1) + "...";
   return EscapeEscape(text);
+}
+}  // namespace
+
+std::string GetTemplateDescription(T3Tree_Node* decl, long limit) {
+  auto* definition = decl->as<T3TemplateDecl>()->definition->try_as<T3TemplateDef>();
+  return definition == nullptr ? "<description is n/a>" : Shortened(DecompileTemplateDef(definition), limit);
+}
+
+std::string GetConstraintDescription(T3Tree_Node* constraint, long limit) {
+  return Shortened(DecompileExpression(constraint), limit);
 }

@@ -17,3 +17,5 @@ int GetOperatorPrecendence(T3Tree_Node* expression);
 /// The text of a T3TemplateDecl's body, cut to about `limit` characters where it is longer, with each
 /// backslash twice; "<description is n/a>" where there is no body.
 std::string GetTemplateDescription(T3Tree_Node* decl, long limit);
+/// The same of what stands for a value in a template.
+std::string GetConstraintDescription(T3Tree_Node* constraint, long limit);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support.h"
 
 using namespace lumos;
@@ -32,6 +34,40 @@ TEST_F(Matching, HardListsStayFast) {
   for (int i = 0; i < 200; ++i) many += ", 1";
   EXPECT_FALSE(matches(items(list, stars), value(list, many + " }")));
   EXPECT_TRUE(matches(items(list, stars), value(list, many + ", 2 }")));
+}
+
+// Against all orders of the elements, one after the other.
+TEST_F(Matching, PartnersAreFoundWhereThereAreAny) {
+  unsigned state = 1;
+  const auto chance = [&] { return (state = state * 1103515245 + 12345) >> 16 & 1; };
+  for (int round = 0; round < 2000; ++round) {
+    const size_t size = 2 + static_cast<size_t>(round) % 5;
+    TempScope inner;
+    std::vector<std::vector<bool>> takes(size, std::vector<bool>(size));
+    std::vector<Value> parts;
+    std::vector<size_t> order(size);
+    std::string elements;
+    for (size_t i = 0; i < size; ++i) {
+      order[i] = i;
+      elements += (i ? ", " : "{ ") + std::to_string(i);
+      std::vector<lumo_value_t> choices{integer(-1)};
+      for (size_t e = 0; e < size; ++e)
+        if ((takes[i][e] = chance())) choices.push_back(integer(static_cast<lumo_long_integer_t>(e)));
+      choices.push_back(nullptr);
+      parts.push_back(dynamic(lumo_integer_type));
+      lumo_template_set_value_list(parts[i], lumo_value_list_normal_c, choices.data(), false, nullptr);
+    }
+    bool expected = false;
+    do {
+      bool all = true;
+      for (size_t i = 0; i < size; ++i) all = all && takes[i][order[i]];
+      expected = expected || all;
+    } while (!expected && std::next_permutation(order.begin(), order.end()));
+    Value pattern = items(list, parts);
+    lumo_template_set_permutation(pattern, 0, size - 1, nullptr);
+    ASSERT_EQ(matches(pattern, value(list, elements + " }")), expected) << round;
+    ASSERT_EQ(matches(items(bag, parts), value(bag, elements + " }")), expected) << round;
+  }
 }
 
 TEST(Patterns, OfCharstrings) {

@@ -1,6 +1,13 @@
-/* The user's external functions, and codecs: a pair is two octets, 0 for what is omitted; an integer as well. */
+/* The user's external constants and functions, and codecs: a pair is two octets, 0 for what is omitted; an integer as well. */
 #include "lumos.h"
 #include "tri.h"
+
+void Types_xk_limit(lumo_value_t value, lumo_context_t context) { lumo_value_set_integer(value, 42, context); }
+
+void Types_xk_pair(lumo_value_t value, lumo_context_t context) {
+  lumo_value_set_integer(lumo_value_field_by_index(value, 0, context), 7, context);
+  lumo_value_set_integer(lumo_value_field_by_index_lhs(value, 1, context), 43, context);
+}
 
 lumo_value_t Types_xf_returns(unsigned long argc, lumo_value_t argv[], lumo_context_t context) {
   lumo_value_t pair = lumo_type_instantiate_value(lumo_find_element("Types", "Pair", context)->type_descriptor,
