@@ -208,6 +208,11 @@ bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, 
     const SyntaxAst& part = syntax[i];
     const bool at_end = parser.pos >= end;
     if (!part.group.empty()) {
+      // A word that must follow is not the type that the group would begin with.
+      const auto next = std::find_if(syntax.begin() + static_cast<std::ptrdiff_t>(i), syntax.end(),
+                                     [](const SyntaxAst& other) { return other.group.empty(); });
+      const bool follows = next != syntax.end() && !next->word.empty() && parser.isWord(next->word);
+      if (!at_end && follows && !part.group.front().field.empty()) continue;
       started |= fillSyntax(part.group, parser, end, context, cls, node, true);
     } else if (!part.word.empty()) {
       const bool here = !at_end && (parser.isWord(part.word) || parser.isSymbol(part.word));

@@ -22,7 +22,9 @@ DEFINITION = re.compile(r"^([A-Z][\w-]*) ::= (?!CLASS)", re.M)
 # What the other side does otherwise: it numbers the alternatives of a CHOICE with tags of its own in their order, not in
 # that of the tags, and loses extensions in the aligned variant; with basic rules it does not encode a group of additions
 # that was absent when it decoded.
-# Zeros behind named bits it sends with other basic octets, as it may.
+# Zeros behind named bits it sends with other basic octets, as it may. In the aligned variant it pads behind lengths of no
+# elements and before character strings of one size that take just 16 bits, which the forms here leave out, as they do
+# numbers of one value, more than 64 additions, and parameterized types, whose tags and constraints it makes otherwise.
 OTHERWISE = {"ber": ("Pair-More", "Many", "Bits-Named", "Bits-Named-Some"), "uper": ("Choice-Tags",),
              "per": ("Choice-Tags", "Pair-More", "Choice-More", "Many")}
 ENDLESS = ("Tree",)  # recursive types, of which the other side makes no end
@@ -30,8 +32,8 @@ OUR_LIMITS = ("an integer does not fit", "an integer has a length that is not su
 
 
 def ask(command, requests, folder):
-    done = subprocess.run(command, cwd=folder, input="".join(line + "\n" for line in requests), text=True, errors="replace",
-                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=3000)
+    done = subprocess.run(command, cwd=folder, input="".join(line + "\n" for line in requests), text=True,
+                          errors="replace", stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=3000)
     answers = done.stdout.splitlines()
     if len(answers) != len(requests):
         sys.exit(f"{command[0]}: {len(answers)} answers to {len(requests)} requests\n{done.stdout[-500:]}{done.stderr[-2000:]}")
