@@ -333,6 +333,18 @@ void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 
+// Values are held to what they must be among; that is held to what lies above it, each to the next one.
+void CheckNextSubtype(T3Tree_Node* type, T3Tree_Node* expression) {
+  if (BaseTypeDef(type)->is<T3ErrorType>()) return;
+  bool lists_values = false;
+  for (type = LocalTypeDef(type); type->is<T3SubType>() && !lists_values;
+       type = LocalTypeDef(type->as<T3SubType>()->parent)) {
+    T3Tree_Node* constraint = type->as<T3SubType>()->constraint;
+    lists_values = constraint->is<T3ValueList>();
+    CheckConstraint(constraint, expression);
+  }
+}
+
 // ---- What is to be checked ----
 
 // An expression whose type is a subtype, noted by the evaluation. Walking the whole tree once more, where
@@ -341,7 +353,7 @@ struct Subtyped {
   tPosition position;
   uint32_t order;
   _T3Expression* expression;
-  /// The type to hold it to; null for its own.
+  /// The type above, for a value that a subtype lists; null otherwise.
   T3Tree_Node* type = nullptr;
 };
 std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
@@ -354,8 +366,7 @@ std::unordered_set<uint32_t>& g_replaced = *new std::unordered_set<uint32_t>;
 void NoteSubtyped(T3Tree_Node* node) {
   auto* expression = node->as<_T3Expression>();
   if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
-  g_subtyped.push_back(
-      {expression->position, static_cast<uint32_t>(g_subtyped.size()), expression, nullptr});
+  g_subtyped.push_back({expression->position, static_cast<uint32_t>(g_subtyped.size()), expression, nullptr});
 }
 
 bool ComesFromAsn(T3Tree_Node* node) {
@@ -368,7 +379,8 @@ void NoteBounds(T3Tree_Node* node) {
   auto* list = subtype->constraint->try_as<T3ValueList>();
   if (list == nullptr || !T3Is<T3SubType>(LocalTypeDef(subtype->parent)) || ComesFromAsn(list)) return;
   const auto note = [subtype](T3Tree_Node* value) {
-    if (!T3Is<_T3Expression>(value) || IsOpen(value) || TypeNamed(value) != nullptr || !IsConstant(value)) return;
+    if (!T3Is<_T3Expression>(value) || IsOpen(value) || TypeNamed(value) != nullptr || !IsConstant(value))
+      return;
     g_subtyped.push_back({PositionOf(value), static_cast<uint32_t>(g_subtyped.size()),
                           value->as<_T3Expression>(), subtype->parent});
   };
@@ -416,7 +428,8 @@ void CheckSubtypes(T3Tree_Node*) {
   std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
   for (const Subtyped& noted : g_subtyped)
     if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
-      noted.type != nullptr ? CheckAllSubtypes(noted.type, noted.expression) : CheckSubtypes1(noted.expression);
+      noted.type != nullptr ? CheckNextSubtype(noted.type, noted.expression)
+                            : CheckSubtypes1(noted.expression);
 }
 
 void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
