@@ -400,8 +400,8 @@ bool leads_to_number(const RawPlan& plan, std::span<const std::string> names, in
 void Planner::resolve_length(RawPlan& plan, size_t i, const RawWords& place) {
   RawField& field = plan.fields[i];
   RawLengthField length{i, {}, {}, place.unit.value_or(8), place.length_added.value_or(0)};
-  for (const std::string_view name : split_list(place.length_index.value_or(""), '.'))
-    length.index.emplace_back(name);
+  const std::string index = place.length_index.value_or("");
+  for (const std::string_view name : split_list(index, '.')) length.index.emplace_back(name);
   if (!leads_to_number(*field.plan, length.index))
     error(plan, field.name,
           place.length_index ? "the word LENGTHINDEX names " + *place.length_index + ", which is no number"
