@@ -201,9 +201,10 @@ bool CFile::end() {
   writeSource(source);
   header.flush();
   source.flush();
-  // A header that stays is no reason to compile again what includes it.
-  const bool keepsHeader = isSame_ != nullptr && header.isLikeOld(isSame_);
-  if (keepsHeader && source.isLikeOld(isSame_)) return false;
+  if (isSame_ != nullptr && header.isLikeOld(isSame_) && source.isLikeOld(isSame_)) return false;
+  // A header that stays is no reason to compile again what includes it. To a new source it must fit to the
+  // letter.
+  const bool keepsHeader = isSame_ != nullptr && header.isLikeOld(nullptr);
   // A run that is ended here leaves no source, which make misses, and never one with another's header.
   source.removeOld();
   if (!keepsHeader) header.commit();

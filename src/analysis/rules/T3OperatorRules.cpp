@@ -39,10 +39,9 @@ void CheckArithmetic(T3Tree_Node* node) {
     vexa_filtered_error(ERR_type_integer_required, operation->position);
 }
 
-// Numbers have an order, object identifiers, and the literals of one enumeration.
+// Numbers have an order, and the literals of one enumeration.
 bool IsOrdered(T3Tree_Node* type) {
-  return type->is<T3Integer>() || type->is<T3Float>() || type->is<T3EnumType>() ||
-         type->is<T3ObjectIdentifierType>();
+  return type->is<T3Integer>() || type->is<T3Float>() || type->is<T3EnumType>();
 }
 
 void CheckOrder(T3Tree_Node* node) {
