@@ -10,6 +10,8 @@ class ModuleCache {
     ForModule,
     /// Only as long as the tree stays as it is.
     ForTree,
+    /// As long as the table of modules.
+    ForRun,
   };
 
   /// `clear` empties the table.
@@ -20,13 +22,16 @@ class ModuleCache {
  private:
   friend void ClearModuleCaches();
   friend void ClearTreeCaches();
+  friend void ClearRunCaches();
 
   void (*clear_)();
   Holds holds_;
   ModuleCache* next_;
 };
 
-/// Empties all tables: the work on a module has ended.
+/// Empties all but those that hold for the run: the work on a module has ended.
 void ClearModuleCaches();
 /// Empties those that hold for the tree: a pass has changed it.
 void ClearTreeCaches();
+/// Empties those that hold for the run: a new table of modules is made.
+void ClearRunCaches();

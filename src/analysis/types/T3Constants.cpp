@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-#include "analysis/types/T3KnownIntegers.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
@@ -351,6 +351,7 @@ std::string Unquoted(std::string_view text) {
   if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
   return std::string(text);
 }
+}  // namespace
 
 std::string Utf8Of(uint64_t code) {
   std::string result;
@@ -360,7 +361,6 @@ std::string Utf8Of(uint64_t code) {
   while (trailing-- > 0) result += static_cast<char>(0x80 | ((code >> (6 * trailing)) & 0x3f));
   return result;
 }
-}  // namespace
 
 std::optional<std::string> ConstCharValue(T3Tree_Node* node) {
   T3Tree_Node* literal = ConstCharLiteral(node);
