@@ -11,6 +11,7 @@
 #include "analysis/constants/T3ConstantValues.h"
 #include "analysis/constants/T3KnownTexts.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "support/ModuleCaches.h"

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"

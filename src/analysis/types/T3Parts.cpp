@@ -1,6 +1,6 @@
 #include "analysis/types/T3Parts.h"
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3KnownNumbers.h"
 #include "analysis/types/T3Types.h"
 
