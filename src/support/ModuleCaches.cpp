@@ -18,7 +18,6 @@ void ClearTreeCaches() {
     if (cache->holds_ == ModuleCache::Holds::ForTree) cache->clear_();
 }
 
-void ClearRunCaches() {
-  for (const ModuleCache* cache = g_first; cache != nullptr; cache = cache->next_)
-    if (cache->holds_ == ModuleCache::Holds::ForRun) cache->clear_();
+void ClearAllCaches() {
+  for (const ModuleCache* cache = g_first; cache != nullptr; cache = cache->next_) cache->clear_();
 }

@@ -10,7 +10,7 @@ class ModuleCache {
     ForModule,
     /// Only as long as the tree stays as it is.
     ForTree,
-    /// As long as the table of modules.
+    /// To the end of the run.
     ForRun,
   };
 
@@ -22,7 +22,7 @@ class ModuleCache {
  private:
   friend void ClearModuleCaches();
   friend void ClearTreeCaches();
-  friend void ClearRunCaches();
+  friend void ClearAllCaches();
 
   void (*clear_)();
   Holds holds_;
@@ -33,5 +33,5 @@ class ModuleCache {
 void ClearModuleCaches();
 /// Empties those that hold for the tree: a pass has changed it.
 void ClearTreeCaches();
-/// Empties those that hold for the run: a new table of modules is made.
-void ClearRunCaches();
+/// Empties them all: a new run begins.
+void ClearAllCaches();

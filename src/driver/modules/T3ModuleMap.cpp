@@ -5,7 +5,6 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Tree.h"
-#include "support/ModuleCaches.h"
 
 namespace {
 // The module of a list node; null at the end marker.
@@ -57,7 +56,6 @@ bool HasNoSource(const T3Module* module) {
 }  // namespace
 
 void BuildModuleTable(T3Tree_Node* list, T3ModuleMap* modules, T3ImportPositions* positions) {
-  ClearRunCaches();
   while (T3Module* module = ModuleOrEnd(list, __LINE__, "T3Control::BuildModuleTable")) {
     BuildImportTable(module->definition_part, positions);
     if (!HasNoSource(module) && !modules->emplace(module->name, module).second)
