@@ -10,6 +10,8 @@ class ModuleCache {
     ForModule,
     /// Only as long as the tree stays as it is.
     ForTree,
+    /// To the end of the run.
+    ForRun,
   };
 
   /// `clear` empties the table.
@@ -20,13 +22,16 @@ class ModuleCache {
  private:
   friend void ClearModuleCaches();
   friend void ClearTreeCaches();
+  friend void ClearAllCaches();
 
   void (*clear_)();
   Holds holds_;
   ModuleCache* next_;
 };
 
-/// Empties all tables: the work on a module has ended.
+/// Empties all but those that hold for the run: the work on a module has ended.
 void ClearModuleCaches();
 /// Empties those that hold for the tree: a pass has changed it.
 void ClearTreeCaches();
+/// Empties them all: a new run begins.
+void ClearAllCaches();

@@ -1,137 +1,22 @@
 // Equality of constant expressions. Two constants are compared part by part with a list of open pairs; a pair
 // that has been met is not compared again, so that values which share their parts cost what is written.
-#include <cctype>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3KnownTexts.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
-#include "support/StringM.h"
-#include "support/ModuleCaches.h"
 
 namespace {
 using Pairs = std::vector<std::pair<T3Tree_Node*, T3Tree_Node*>>;
-
-// ---- Strings ----
-
-struct StringValue {
-  T3Kind kind = T3Kind::T3NoExpression;
-  std::string text;
-};
-
-// The digits of 'digits'X, in capitals.
-std::string DigitsOf(tStringRef text) {
-  std::string digits;
-  for (const char c : StringM::StGetString(text))
-    if (std::isxdigit(static_cast<unsigned char>(c)) != 0)
-      digits += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    else if (c == '\'' && !digits.empty())
-      break;
-  return digits;
-}
-
-std::optional<StringValue> LiteralText(T3Tree_Node* value) {
-  if (auto* literal = value->try_as<T3BitStringLiteral>())
-    return StringValue{value->kind, DigitsOf(literal->value)};
-  if (auto* literal = value->try_as<T3HexStringLiteral>())
-    return StringValue{value->kind, DigitsOf(literal->value)};
-  if (auto* literal = value->try_as<T3OctStringLiteral>())
-    return StringValue{value->kind, DigitsOf(literal->value)};
-  if (!value->is<T3CharStringLiteral>() && !value->is<T3UnivCharLiteral>()) return std::nullopt;
-  auto text = ConstCharValue(value);
-  if (!text) return std::nullopt;
-  return StringValue{T3Kind::T3CharStringLiteral, *std::move(text)};
-}
-
-using Text = std::optional<StringValue>;
-
-// The longest text that is put together. Short ones are always kept, long ones as long as there is room.
-constexpr size_t kLongestText = 100000;
-constexpr size_t kShortText = 100;
-constexpr size_t kRoomForTexts = 64000000;
-
-// The texts of concatenations that constants stand for, by the number of the operator: nothing where one is
-// not known, or is being put together.
-struct KeptTexts {
-  std::unordered_map<uint32_t, Text> texts;
-  size_t size = 0;
-
-  void Keep(T3Tree_Node* value, const Text& text) {
-    const size_t length = text ? text->text.size() : 0;
-    if (length > kShortText && size + length > kRoomForTexts) {
-      texts.erase(value->number);
-      return;
-    }
-    texts[value->number] = text;
-    size += length;
-  }
-};
-KeptTexts& g_texts = *new KeptTexts;
-
-void Append(Text& text, const Text& part) {
-  if (!text || !part || text->text.size() + part->text.size() > kLongestText) {
-    text.reset();
-    return;
-  }
-  text->kind = part->kind;
-  text->text += part->text;
-}
-
-// A concatenation whose operands are being looked at.
-struct OpenText {
-  T3Tree_Node* value;
-  std::vector<T3Tree_Node*> operands{value};
-  Text text = StringValue();
-};
-
-// The text of a string that consists of literals; nothing where it does not, or is very long. A constant in
-// it is put together once, before what it stands in, so that chains of constants cost what is written.
-Text StringValueOf(T3Tree_Node* expression) {
-  T3Tree_Node* root = ConstantValueOf(expression);
-  if (!root->is<T3Concatenate>()) return LiteralText(root);
-  if (const auto kept = g_texts.texts.find(root->number); kept != g_texts.texts.end()) return kept->second;
-  std::vector<OpenText> open;
-  const auto begin = [&open](T3Tree_Node* value) {
-    g_texts.texts.emplace(value->number, std::nullopt);
-    open.push_back({value});
-  };
-  begin(root);
-  for (;;) {
-    OpenText& top = open.back();
-    if (top.operands.empty() || !top.text) {
-      const Text text = std::move(top.text);
-      g_texts.Keep(top.value, text);
-      open.pop_back();
-      if (open.empty()) return text;
-      Append(open.back().text, text);
-      continue;
-    }
-    T3Tree_Node* operand = top.operands.back();
-    top.operands.pop_back();
-    if (auto* both = operand->try_as<T3Concatenate>()) {
-      top.operands.push_back(both->right);
-      top.operands.push_back(both->left);
-      continue;
-    }
-    T3Tree_Node* value = ConstantValueOf(operand);
-    if (!value->is<T3Concatenate>()) {
-      Append(top.text, LiteralText(value));
-    } else if (const auto kept = g_texts.texts.find(value->number); kept != g_texts.texts.end()) {
-      Append(top.text, kept->second);
-    } else {
-      begin(value);
-    }
-  }
-}
 
 // ---- Compound values ----
 
@@ -196,6 +81,13 @@ bool ObjIdListsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
 
 // ---- Values without parts ----
 
+// What functions make of strings is left to the run-time system.
+std::optional<T3KnownText> TextOf(T3Tree_Node* expression) {
+  auto text = KnownText(expression);
+  if (text && text->computed) text.reset();
+  return text;
+}
+
 // The literal of an enumeration that an expression is, or NoIdent.
 tIdent EnumLiteral(T3Tree_Node* expression) {
   if (!expression->is<T3Identifier>() && !expression->is<T3Qualifier>()) return NoIdent;
@@ -235,7 +127,7 @@ bool ValuesAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
   if (float_a && float_b) return float_a == float_b;
   const tIdent enum_a = EnumLiteral(a), enum_b = EnumLiteral(b);
   if (enum_a != NoIdent && enum_b != NoIdent) return enum_a == enum_b;
-  const auto text_a = StringValueOf(a), text_b = StringValueOf(b);
+  const auto text_a = TextOf(a), text_b = TextOf(b);
   if (text_a && text_b) return text_a->kind == text_b->kind && text_a->text == text_b->text;
   return SameFormIsEqual(a, b);
 }
@@ -247,7 +139,7 @@ std::optional<std::string> ConstantKey(T3Tree_Node* expression) {
   if (const auto number = ConstIntValue(value)) return "i" + std::to_string(*number);
   if (ConstFloatValue(value)) return std::nullopt;
   if (const tIdent literal = EnumLiteral(value); literal != NoIdent) return "e" + std::to_string(literal);
-  const auto text = StringValueOf(value);
+  const auto text = TextOf(value);
   if (!text) return std::nullopt;
   return "t" + std::to_string(static_cast<int>(text->kind)) + " " + text->text;
 }
@@ -270,11 +162,3 @@ bool ExpressionsAreEqual(T3Tree_Node* a, T3Tree_Node* b) {
   }
   return true;
 }
-
-namespace {
-const ModuleCache kCache{[] {
-                           g_texts.texts.clear();
-                           g_texts.size = 0;
-                         },
-                         ModuleCache::Holds::ForTree};
-}  // namespace

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3KnownTexts.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/constants/T3Faults.h"
@@ -62,7 +63,7 @@ std::vector<uint64_t> CodesOf(const std::string& text) {
 }
 
 std::optional<uint64_t> CodeOf(T3Tree_Node* expression) {
-  const auto text = ConstCharValue(ConstantValueOf(expression));
+  const auto text = KnownCharacters(expression);
   if (!text) return std::nullopt;
   const auto codes = CodesOf(*text);
   return codes.size() == 1 ? std::optional<uint64_t>(codes.front()) : std::nullopt;

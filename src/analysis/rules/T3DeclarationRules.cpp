@@ -3,7 +3,9 @@
 #include <optional>
 
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/rules/T3ParameterKinds.h"
@@ -307,8 +309,8 @@ bool IsInSubType(T3Tree_Node* range) {
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
-  if (Reversed(ConstIntValue(range->lb), ConstIntValue(range->ub)) ||
-      Reversed(ConstFloatValue(range->lb), ConstFloatValue(range->ub)) ||
+  if (Reversed(KnownInteger(range->lb), KnownInteger(range->ub)) ||
+      Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||
       Reversed(ConstCharValue(range->lb), ConstCharValue(range->ub)))
     vexa_filtered_error(ERR_arr_bounds, range->position);
   // Those of subtypes are told at the subtype.
@@ -321,23 +323,23 @@ void CheckValueRange(T3Tree_Node* node) {
 void CheckRangeBound(T3Tree_Node* node) {
   auto* bound = node->as<T3RangeBound>();
   if (T3Is<T3ArrayType>(node->parent)) return;
-  const auto low = ConstIntValue(bound->lb);
+  const auto low = KnownInteger(bound->lb);
   if (low && *low < 0) return vexa_filtered_error(ERR_negative_bound, bound->position);
-  if (Reversed(low, ConstIntValue(bound->ub))) vexa_filtered_error(ERR_arr_bounds, bound->position);
+  if (Reversed(low, KnownInteger(bound->ub))) vexa_filtered_error(ERR_arr_bounds, bound->position);
 }
 
 void CheckSingleBound(T3Tree_Node* node) {
   auto* bound = node->as<T3SingleBound>();
-  const auto length = T3Is<T3ArrayType>(node->parent) ? std::nullopt : ConstIntValue(bound->ub);
+  const auto length = T3Is<T3ArrayType>(node->parent) ? std::nullopt : KnownInteger(bound->ub);
   if (length && *length < 0) vexa_filtered_error(ERR_negative_bound, bound->position);
 }
 
 void CheckLengthRange(T3Tree_Node* node) {
   auto* range = node->as<T3LengthRange>();
-  const auto low = ConstIntValue(range->lb);
+  const auto low = KnownInteger(range->lb);
   if (low && *low < 0) return vexa_filtered_error(ERR_negative_bound, range->position);
   if (range->ub->is<T3NoExpression>()) return;
-  if (Reversed(low, ConstIntValue(range->ub))) vexa_filtered_error(ERR_arr_bounds, range->position);
+  if (Reversed(low, KnownInteger(range->ub))) vexa_filtered_error(ERR_arr_bounds, range->position);
 }
 
 constexpr T3Rule kRules[] = {

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
-#include "analysis/types/T3KnownIntegers.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/walk/T3Surroundings.h"
 #include "analysis/names/T3Names.h"

@@ -6,6 +6,7 @@
 #include "analysis/flow/T3AltStatus.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/flow/T3ValueClasses.h"

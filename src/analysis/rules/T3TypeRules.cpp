@@ -4,7 +4,7 @@
 #include "analysis/constants/T3Cycles.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/constants/T3Faults.h"
-#include "analysis/types/T3KnownIntegers.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "analysis/constants/T3ConstantValues.h"
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3RuleParts.h"

@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <utility>
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3KindCover.h"

@@ -7,7 +7,6 @@
 #include <limits>
 #include <vector>
 
-#include "analysis/types/T3KnownIntegers.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
@@ -309,10 +308,6 @@ bool OfBothOperands(T3Tree_Node* node, int bit, Form form, Slot slot) {
   }
   return result;
 }
-
-int64_t Folded(T3Tree_Node* expression) {
-  return KnownInteger(expression).value_or(1);
-}
 }  // namespace
 
 std::optional<int64_t> ConstIntValue(T3Tree_Node* node) {
@@ -351,6 +346,7 @@ std::string Unquoted(std::string_view text) {
   if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
   return std::string(text);
 }
+}  // namespace
 
 std::string Utf8Of(uint64_t code) {
   std::string result;
@@ -360,7 +356,6 @@ std::string Utf8Of(uint64_t code) {
   while (trailing-- > 0) result += static_cast<char>(0x80 | ((code >> (6 * trailing)) & 0x3f));
   return result;
 }
-}  // namespace
 
 std::optional<std::string> ConstCharValue(T3Tree_Node* node) {
   T3Tree_Node* literal = ConstCharLiteral(node);
@@ -386,45 +381,4 @@ bool IsLiteral(T3Tree_Node* expression) {
   if (!T3Is<_T3Expression>(expression)) return false;
   return OfBothOperands(expression, _T3Expression_Attributes::is_literal_bit, IsLiteralForm,
                         [](auto& attributes) -> bool& { return attributes.is_literal; });
-}
-
-int64_t LowerBoundValue(T3Tree_Node* bound) {
-  if (auto* array = bound->try_as<T3ArrayType>()) return LowerBoundValue(array->dimension);
-  auto* range = bound->try_as<T3RangeBound>();
-  return range == nullptr ? 0 : Folded(range->lb);
-}
-
-int64_t UpperBoundValue(T3Tree_Node* bound) {
-  if (auto* array = bound->try_as<T3ArrayType>()) return UpperBoundValue(array->dimension);
-  if (auto* range = bound->try_as<T3RangeBound>()) return Folded(range->ub);
-  return static_cast<int64_t>(static_cast<uint64_t>(Folded(bound->as<T3SingleBound>()->ub)) - 1);
-}
-
-namespace {
-bool IsKnownBound(T3Tree_Node* expression) {
-  return IsConstant(expression) && !ExpressionBaseType(expression)->is<T3ErrorType>();
-}
-
-bool HasKnownBounds(T3Tree_Node* bound) {
-  if (auto* range = bound->try_as<T3RangeBound>()) return IsKnownBound(range->lb) && IsKnownBound(range->ub);
-  return IsKnownBound(bound->as<T3SingleBound>()->ub);
-}
-}  // namespace
-
-// Bounds that are no constants have had their message, and are taken for any.
-bool BoundsAreIdentical(T3Tree_Node* a, T3Tree_Node* b) {
-  if (!HasKnownBounds(a) || !HasKnownBounds(b)) return true;
-  return LowerBoundValue(a) == LowerBoundValue(b) && UpperBoundValue(a) == UpperBoundValue(b);
-}
-
-std::optional<T3KnownBounds> KnownBounds(T3Tree_Node* array) {
-  T3Tree_Node* bound = array->as<T3ArrayType>()->dimension;
-  if (auto* range = bound->try_as<T3RangeBound>()) {
-    const auto low = KnownInteger(range->lb);
-    const auto high = KnownInteger(range->ub);
-    return low && high ? std::optional(T3KnownBounds{*low, *high}) : std::nullopt;
-  }
-  const auto size = KnownInteger(bound->as<T3SingleBound>()->ub);
-  if (!size || *size == std::numeric_limits<int64_t>::min()) return std::nullopt;
-  return T3KnownBounds{0, *size - 1};
 }

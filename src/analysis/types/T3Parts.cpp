@@ -1,6 +1,7 @@
 #include "analysis/types/T3Parts.h"
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/types/T3Types.h"
 
 namespace {
@@ -11,7 +12,7 @@ class Places {
       : own_(HasMembers(own) ? own : seen_as), seen_as_(seen_as), first_(FirstIndex(own)) {}
 
   std::optional<int64_t> Of(T3FieldValue* item, int64_t position) const {
-    if (auto* index = item->field->try_as<T3FieldIndex>()) return OfIndex(ConstIntValue(index->index));
+    if (auto* index = item->field->try_as<T3FieldIndex>()) return OfIndex(KnownInteger(index->index));
     auto* name = item->field->try_as<T3FieldName>();
     return name == nullptr ? OfPosition(position) : OfName(name->name);
   }
@@ -61,7 +62,7 @@ std::optional<int64_t> SelectedPlace(T3Tree_Node* reference, T3Tree_Node* type) 
     return place < 0 ? std::nullopt : std::optional(place);
   }
   auto* element = reference->try_as<T3Subscription>();
-  const auto index = element == nullptr ? std::nullopt : ConstIntValue(element->index);
+  const auto index = element == nullptr ? std::nullopt : KnownInteger(element->index);
   if (!index || !type->is<_T3HomogeneousType>()) return std::nullopt;
   int64_t place = 0;
   const int64_t first = type->is<T3ArrayType>() ? LowerBoundValue(type) : 0;

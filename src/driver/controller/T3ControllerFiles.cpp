@@ -16,6 +16,7 @@
 #include "frontend/T3Tree.h"
 #include "support/rFsearch.h"
 #include "support/FormatText.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 constexpr int kWaitForWriter = 1000;
@@ -122,6 +123,7 @@ bool CheckFiles(std::vector<file_argument_t>::const_iterator begin,
 }
 
 bool ParseFiles() {
+  ClearAllCaches();
   gT3AST.root = gT3AST.mT3NoModule(NoPosition);
   gT3IsPortAllTypes = false;
   bool all = true;

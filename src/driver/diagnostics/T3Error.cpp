@@ -7,14 +7,16 @@
 
 #include "driver/diagnostics/Errors.h"
 #include "driver/options/T3CommandLine.h"
+#include "support/ModuleCaches.h"
 
 long gParseErrors = 0;
 
 namespace {
 constexpr size_t kLongestMessage = 2047;
 
-// The strongest level that has been reported at a position. Lives for the whole run.
+// The strongest level that has been reported at a position.
 auto& errorMap = *new std::map<tPosition, vexa_error_severity_t, lt_Position>;
+const ModuleCache kCache{[] { errorMap.clear(); }, ModuleCache::Holds::ForRun};
 
 // The row's text with its "%s" replaced in order.
 std::string Fill(const _vexa_error_message_t& row, std::span<const T3ErrorArg> arguments) {

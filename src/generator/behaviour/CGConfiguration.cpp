@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"

@@ -47,6 +47,24 @@ std::string TemplateArgument(T3Tree_Node* actual, T3FormalTemplatePar* formal, C
   return cg::InRTS(object, CGTemplateMode().with(CGAccess::Write), function);
 }
 
+bool IsInTemplateVariable(T3Tree_Node* node) {
+  if (auto* element = node->try_as<T3Subscription>()) return IsInTemplateVariable(element->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && cg::IsField(field))
+    return IsInTemplateVariable(cg::WholeOf(field));
+  auto* variable = Def(node)->try_as<T3VarDecl>();
+  return variable != nullptr && variable->is_template_variable;
+}
+
+// What a template variable holds has to be a value where the parameter is one.
+std::string ValueArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
+  const std::string location = cg::InRTS(actual, vexa_temp_alloc, function);
+  if (!IsInTemplateVariable(actual)) return location;
+  const std::vector<std::string> arguments{location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT};
+  if (!IsReferenceParameter(formal)) return cg::Call(LUMO_VALUEOF, arguments);
+  function.call(LUMO_VALUEOF, arguments);
+  return location;
+}
+
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   if (auto* template_par = formal->try_as<T3FormalTemplatePar>())
@@ -55,8 +73,8 @@ std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   const bool is_out =
       formal->is<_T3TypedFormal>() && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
-  std::string location =
-      is_out ? cg::PlaceToWrite(actual, false, function) : cg::InRTS(actual, vexa_temp_alloc, function);
+  const std::string location =
+      is_out ? cg::PlaceToWrite(actual, false, function) : ValueArgument(actual, formal, function);
   if (is_behaviour_call || IsReferenceParameter(formal)) return location;
   return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }

@@ -1,7 +1,7 @@
 // Compound values: the value of the whole is reserved, and its parts are assigned to it one by one.
 #include <set>
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"

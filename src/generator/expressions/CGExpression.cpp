@@ -237,12 +237,20 @@ std::string Temporary(const std::string& type, CFunction& function) {
   return name;
 }
 
+namespace {
+// What a function that returns a template may give back.
+t3_template_restriction_t RestrictionOfResult(T3Tree_Node* node) {
+  auto* function = node->is<T3Parameterization>() ? BehindImport(Def(node))->try_as<T3Function>() : nullptr;
+  return function == nullptr ? t3_template_restriction_t::None : function->returns_template_restr;
+}
+}  // namespace
+
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
   std::string name = Temporary(LUMO_VALUE_T, function);
   std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)),
                                         AllocationMode(mode.allocation)};
-  if (mode.is_template) arguments.emplace_back("0");
+  if (mode.is_template) arguments.push_back(std::to_string(static_cast<int>(RestrictionOfResult(node))));
   arguments.emplace_back(VEXA_CONTEXT);
   function.callAndAssign(
       name, mode.is_template ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,

@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "driver/modules/T3ModuleMap.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 constexpr unsigned kLevels = 16;
@@ -19,6 +20,8 @@ std::unordered_map<tIdent, Imports>& Known() {
   static auto& known = *new std::unordered_map<tIdent, Imports>;
   return known;
 }
+
+const ModuleCache kCache{[] { Known().clear(); }, ModuleCache::Holds::ForRun};
 
 std::vector<tIdent> ImportsOf(tIdent module) {
   std::vector<tIdent> imports;

@@ -2,7 +2,7 @@
 // what stands for what.
 #include <optional>
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/templates/T3TemplateStatus.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"

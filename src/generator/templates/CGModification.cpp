@@ -1,7 +1,7 @@
 // What is modified and known at run time only: a parameter, a variable, what a function gives.
 #include <optional>
 
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3Lists.h"
 #include "generator/expressions/CGExpressionParts.h"

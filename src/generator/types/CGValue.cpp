@@ -1,7 +1,7 @@
 #include "generator/types/CGValue.h"
 
 #include "analysis/names/T3Names.h"
-#include "analysis/types/T3Constants.h"
+#include "analysis/types/T3Bounds.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3Exception.h"
 #include "frontend/T3Lists.h"

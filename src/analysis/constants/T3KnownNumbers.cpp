@@ -1,18 +1,28 @@
-#include "analysis/types/T3KnownIntegers.h"
+#include "analysis/types/T3KnownNumbers.h"
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "analysis/constants/T3ConstantValues.h"
+#include "analysis/constants/T3KnownTexts.h"
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3Types.h"
-#include "support/StringM.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 using Integer = std::optional<int64_t>;
+using Float = std::optional<double>;
+
+// By the number of an expression: what has been computed, nothing while it is.
+std::unordered_map<uint32_t, Integer>& g_integers = *new std::unordered_map<uint32_t, Integer>;
+std::unordered_map<uint32_t, Float>& g_floats = *new std::unordered_map<uint32_t, Float>;
 
 // Expressions that nest deeper, by themselves or through constants, are not computed.
 constexpr int kMaxDepth = 200;
@@ -20,48 +30,31 @@ int g_depth = 0;
 
 // ---- Operands ----
 
-// All of a text as a number.
+// All of a text as a number, which may have a sign.
 template <class Number, class... Format>
-std::optional<Number> Parsed(const std::string& text, Format... format) {
+std::optional<Number> Parsed(std::string_view text, Format... format) {
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
   Number number{};
   const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), number, format...);
   if (fault != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return number;
 }
 
-// The digits of a binary string, which is 'digits'X.
-Integer NumberOfDigits(tStringRef literal, int base) {
-  const std::string_view text = StringM::StGetString(literal);
-  std::string digits;
-  for (const char c : text.substr(0, text.rfind('\'')))
-    if (c != '\'' && c != ' ') digits += c;
-  return Parsed<int64_t>(digits, base);
-}
-
 Integer NumberOfString(T3Tree_Node* operand) {
-  T3Tree_Node* value = ConstantValueOf(operand);
-  if (auto* bits = value->try_as<T3BitStringLiteral>()) return NumberOfDigits(bits->value, 2);
-  if (auto* digits = value->try_as<T3HexStringLiteral>()) return NumberOfDigits(digits->value, 16);
-  if (auto* octets = value->try_as<T3OctStringLiteral>()) return NumberOfDigits(octets->value, 16);
-  return std::nullopt;
+  const auto digits = KnownText(operand);
+  if (!digits || digits->kind == T3Kind::T3CharStringLiteral) return std::nullopt;
+  return Parsed<int64_t>(digits->text, digits->kind == T3Kind::T3BitStringLiteral ? 2 : 16);
 }
 
 Integer NumberOfCharacter(T3Tree_Node* operand) {
-  const auto text = ConstCharValue(operand);
+  const auto text = KnownCharacters(operand);
   if (!text || text->size() != 1 || (text->front() & 0x80) != 0) return std::nullopt;
   return text->front();
 }
 
 Integer NumberOfText(T3Tree_Node* operand) {
-  const auto text = ConstCharValue(operand);
+  const auto text = KnownCharacters(operand);
   return text ? Parsed<int64_t>(*text) : std::nullopt;
-}
-
-std::optional<double> KnownFloat(T3Tree_Node* operand) {
-  if (const auto number = ConstFloatValue(operand)) return number;
-  auto* converted = operand->try_as<T3Int2Float>();
-  const Integer number = converted == nullptr ? std::nullopt : KnownInteger(converted->value);
-  return number ? std::optional<double>(static_cast<double>(*number)) : std::nullopt;
 }
 
 Integer Truncated(T3Tree_Node* operand) {
@@ -111,7 +104,9 @@ Integer LengthOf(T3Tree_Node* function) {
   if (HasFields(operand)) return NumberOfFields(operand);
   bool known = true;
   const int64_t length = ExpressionLength(ConstantValueOf(operand), known);
-  return known ? Integer(length) : std::nullopt;
+  if (known) return length;
+  const auto text = KnownText(operand);
+  return text ? Integer(LengthOfText(*text)) : std::nullopt;
 }
 
 // What a type says of the number of its parts, whatever a value of it has.
@@ -185,17 +180,83 @@ Integer OfForm(T3Tree_Node* node) {
   if (T3Tree_Node* value = ConstantValueOf(node); value != node) return KnownInteger(value);
   return OfFunction(node);
 }
+
+// ---- Floats ----
+
+// A number with a sign, digits, and nothing behind them.
+Float FloatOfText(T3Tree_Node* operand) {
+  const auto text = KnownCharacters(operand);
+  if (!text || text->find_first_not_of("0123456789.eE+-") != std::string::npos) return std::nullopt;
+  const size_t first = text->find_first_not_of("+-");
+  if (first > 1 || std::isdigit(static_cast<unsigned char>((*text)[first])) == 0) return std::nullopt;
+  char* end = nullptr;
+  const double number = std::strtod(text->c_str(), &end);
+  return *end == '\0' ? Float(number) : std::nullopt;
+}
+
+Float FloatComputed(T3Tree_Node* operation, double left, double right) {
+  switch (operation->kind) {
+    case T3Kind::T3Plus:
+      return left + right;
+    case T3Kind::T3Minus:
+      return left - right;
+    case T3Kind::T3Multiply:
+      return left * right;
+    case T3Kind::T3Divide:
+      return right == 0 ? std::nullopt : Float(left / right);
+    default:
+      return std::nullopt;
+  }
+}
+
+Float FloatOfForm(T3Tree_Node* node) {
+  if (auto* minus = node->try_as<T3UnaryMinus>()) {
+    const Float value = KnownFloat(minus->arg);
+    return value ? Float(-*value) : std::nullopt;
+  }
+  if (node->is<_T3BinaryArithmeticExpression>()) {
+    const Float left = KnownFloat(node->as<_T3BinaryExpression>()->left);
+    const Float right = left ? KnownFloat(node->as<_T3BinaryExpression>()->right) : std::nullopt;
+    return right ? FloatComputed(node, *left, *right) : std::nullopt;
+  }
+  if (auto* text = node->try_as<T3Str2Float>()) return FloatOfText(text->value);
+  if (auto* converted = node->try_as<T3Int2Float>()) {
+    const Integer number = KnownInteger(converted->value);
+    return number ? Float(static_cast<double>(*number)) : std::nullopt;
+  }
+  T3Tree_Node* value = ConstantValueOf(node);
+  return value == node ? std::nullopt : KnownFloat(value);
+}
+
+// What is still being computed needs itself, and is not known.
+template <class Number>
+std::optional<Number> Once(std::unordered_map<uint32_t, std::optional<Number>>& known,
+                           T3Tree_Node* expression, std::optional<Number> (*compute)(T3Tree_Node*)) {
+  if (const auto [entry, made] = known.try_emplace(expression->number); !made) return entry->second;
+  if (g_depth >= kMaxDepth) return std::nullopt;
+  ++g_depth;
+  const auto value = compute(expression);
+  --g_depth;
+  return known[expression->number] = value;
+}
 }  // namespace
 
 Integer KnownInteger(T3Tree_Node* expression) {
   if (!T3Is<_T3Expression>(expression)) return std::nullopt;
   if (const Integer folded = ConstIntValue(expression)) return folded;
-  // What is still being computed needs itself, and is not known.
-  static auto& known = *new std::unordered_map<uint32_t, Integer>;
-  if (const auto [entry, made] = known.try_emplace(expression->number); !made) return entry->second;
-  if (g_depth >= kMaxDepth) return std::nullopt;
-  ++g_depth;
-  const Integer value = OfForm(expression);
-  --g_depth;
-  return known[expression->number] = value;
+  return Once(g_integers, expression, OfForm);
 }
+
+Float KnownFloat(T3Tree_Node* expression) {
+  if (!T3Is<_T3Expression>(expression)) return std::nullopt;
+  if (const Float folded = ConstFloatValue(expression)) return folded;
+  return Once(g_floats, expression, FloatOfForm);
+}
+
+namespace {
+const ModuleCache kCache{[] {
+                           g_integers.clear();
+                           g_floats.clear();
+                         },
+                         ModuleCache::Holds::ForTree};
+}  // namespace
