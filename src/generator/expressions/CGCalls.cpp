@@ -79,23 +79,27 @@ std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour
   return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
 
+// The location of an argument among others; as it is now, where one behind it may change it.
+std::string Argument(const cg::Operands& given, size_t at, T3Tree_Node* formal, bool is_behaviour_call,
+                     CFunction& function) {
+  const std::string argument = Argument(given.All()[at], formal, is_behaviour_call, function);
+  const bool is_kept = !IsReferenceParameter(formal) && given.MayChange(at, true, function);
+  return is_kept ? cg::Kept(argument, function) : argument;
+}
+
 std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
                                    bool is_behaviour_call, CFunction& function) {
   const unsigned count = GetParNumber(formals);
   if (!T3Is<T3ActualPar>(actuals) && count == 0 && !has_result) return C_NULL;
   // An array is no variable that another statement could use: each call has its own.
   std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
+  const cg::Operands given = GivenActuals(actuals);
   unsigned index = 0;
-  T3Tree_Node* actual = actuals;
   for (auto* formal : Items<_T3FormalPar>(formals)) {
-    const std::string slot = Slot(array, index++);
-    if (!T3Is<T3ActualPar>(actual)) {
-      function.assign(slot, LUMO_VALUE_DEFAULT_C);
-      continue;
-    }
-    function.assign(slot,
-                    Argument(actual->as<T3ActualPar>()->expression, formal, is_behaviour_call, function));
-    actual = actual->as<T3ActualPar>()->next;
+    function.assign(Slot(array, index), index < given.All().size()
+                                            ? Argument(given, index, formal, is_behaviour_call, function)
+                                            : LUMO_VALUE_DEFAULT_C);
+    ++index;
   }
   function.assign(Slot(array, index + (has_result ? 1 : 0)), C_NULL);
   return array;
@@ -159,8 +163,14 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
   return CGActualParameterList1(actuals, formals, has_result, true, function);
 }
 
-std::string CGArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
-  return Argument(actual, formal, true, function);
+cg::Operands GivenActuals(T3Tree_Node* actuals) {
+  std::vector<T3Tree_Node*> given;
+  for (auto* actual : Items<T3ActualPar>(actuals)) given.push_back(actual->expression);
+  return cg::Operands(std::move(given));
+}
+
+std::string CGArgument(const cg::Operands& given, size_t at, T3Tree_Node* formal, CFunction& function) {
+  return Argument(given, at, formal, true, function);
 }
 
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals,

@@ -57,20 +57,6 @@ const char* C2RTSFunction(const T3Tree_Node* type) {
   }
 }
 
-// The type of a variable of C that can hold a value of a type; null for what is not held in one.
-const char* VariableType(const T3Tree_Node* type) {
-  switch (type->kind) {
-    case T3Kind::T3Integer:
-      return LUMO_LONG_INTEGER_T;
-    case T3Kind::T3Float:
-      return C_DOUBLE;
-    case T3Kind::T3Boolean:
-      return C_BOOL;
-    default:
-      return nullptr;
-  }
-}
-
 // ---- Forms ----
 
 const cg::Form* g_forms = nullptr;
@@ -169,6 +155,22 @@ std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunct
   return g_in_place(node, mode, function);
 }
 
+const char* CVariableType(const T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+    case T3Kind::T3EnumType:
+      return LUMO_LONG_INTEGER_T;
+    case T3Kind::T3Float:
+      return C_DOUBLE;
+    case T3Kind::T3Boolean:
+      return C_BOOL;
+    case T3Kind::T3CharacterType:
+      return C_CHAR;
+    default:
+      return nullptr;
+  }
+}
+
 const char* RTS2CFunction(T3Tree_Node* node, const T3Tree_Node* type) {
   switch (type->kind) {
     case T3Kind::T3Integer:
@@ -219,7 +221,7 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
   constexpr size_t kLong = 500;
   const bool is_c = form == vexa_c_mode;
   std::string text = is_c ? CLocation(node) : RTSLocation(node);
-  const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
+  const char* type = text.size() <= kLong ? nullptr : is_c ? CVariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;
   Variables own;
   std::string& name = (variables != nullptr ? *variables : own)[type];

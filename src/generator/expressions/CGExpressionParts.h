@@ -22,6 +22,8 @@ std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Variables by their types.
 using Variables = std::map<std::string, std::string>;
+/// The type of a variable of C that can hold a value of a type; null for what is not held in one.
+const char* CVariableType(const T3Tree_Node* type);
 /// The location of a node that has one in this form. A long text is first put into a variable, one of
 /// `variables` where that is given: what is nested deeply would otherwise be written once more at each level.
 std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
@@ -71,6 +73,8 @@ T3Tree_Node* WholeOf(T3Qualifier* field);
 /// The place of a field among the fields of the whole; in `anytype`, of the type that it names.
 int64_t PlaceOfField(T3Qualifier* field);
 
+/// True for the literal of an integer that takes more than 64 bits.
+bool IsBeyondIntegers(T3Tree_Node* node);
 /// True for a literal with characters beyond ASCII.
 bool IsWideLiteral(T3Tree_Node* node);
 
