@@ -10,6 +10,7 @@
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
+#include "support/ModuleCaches.h"
 
 namespace cg {
 namespace {
@@ -48,39 +49,46 @@ bool IsShared(T3Tree_Node* variable) {
   return IsMember(variable) || IsReferenceFormal(variable);
 }
 
-// What evaluating an expression may change.
-struct Effects {
-  explicit Effects(T3Tree_Node* expression) {
-    ForEachInSubtree(expression, [this](T3Tree_Node* node) {
-      if (auto* behaviour = CalledBehaviour(node)) OfCall(node->as<T3Parameterization>(), behaviour);
-      auto* decoding = node->try_as<T3DecValue>();
-      if (decoding != nullptr) Write(decoding->value), Write(decoding->decoded_value);
-      return true;
-    });
-  }
-  bool Any() const { return on_component || !written.empty(); }
-  bool MayWrite(T3Tree_Node* variable) const {
-    return (on_component && IsShared(variable)) ||
-           std::any_of(written.begin(), written.end(),
-                       [&](T3Tree_Node* one) { return IsSame(one, variable); });
-  }
+void AddWritten(T3Tree_Node* target, std::vector<T3Tree_Node*>& written) {
+  if (auto* definition = target->try_as<T3TemplateDef>()) target = definition->constraint;
+  T3Tree_Node* root = RootOfReference(target);
+  if (root->is<T3Identifier>()) written.push_back(Def(root));
+}
 
+// The variables that one node may write, without those that are parts of it. Null stands for anything of the
+// component: variables, timers, the verdict.
+std::vector<T3Tree_Node*> WrittenBy(T3Tree_Node* node) {
   std::vector<T3Tree_Node*> written;
-  // Anything of the component may be another: variables, timers, the verdict.
-  bool on_component = false;
+  if (auto* decoding = node->try_as<T3DecValue>()) {
+    AddWritten(decoding->value, written);
+    AddWritten(decoding->decoded_value, written);
+  }
+  auto* behaviour = CalledBehaviour(node);
+  if (behaviour == nullptr) return written;
+  if (AltStatusOfDecl(behaviour) >= kHasSideEffects) written.push_back(nullptr);
+  for (const auto [formal, actual] :
+       Pairs<_T3FormalPar, T3ActualPar>(behaviour->fpl, node->as<T3Parameterization>()->apl))
+    if (IsReferenceFormal(formal)) AddWritten(actual->expression, written);
+  return written;
+}
 
- private:
-  void OfCall(T3Parameterization* call, _T3FunctionDecl* behaviour) {
-    on_component = on_component || AltStatusOfDecl(behaviour) >= kHasSideEffects;
-    for (const auto [formal, actual] : Pairs<_T3FormalPar, T3ActualPar>(behaviour->fpl, call->apl))
-      if (IsReferenceFormal(formal)) Write(actual->expression);
+// By the number of a node: whether evaluating it may change something.
+enum class Effect : uint8_t { Unknown, None, Some };
+std::vector<Effect>& g_effects = *new std::vector<Effect>;
+const ModuleCache kCache{[] { g_effects.clear(); }};
+
+Effect& EffectOf(T3Tree_Node* node) {
+  if (node->number >= g_effects.size()) g_effects.resize(node->number + node->number / 2 + 1);
+  return g_effects[node->number];
+}
+
+// So has all that it is a part of, up to the root.
+void HasSomeEffect(T3Tree_Node* node, T3Tree_Node* root) {
+  for (T3Tree_Node* at = node; at != nullptr; at = at == root ? nullptr : at->parent) {
+    if (EffectOf(at) == Effect::Some) return;
+    EffectOf(at) = Effect::Some;
   }
-  void Write(T3Tree_Node* target) {
-    if (auto* definition = target->try_as<T3TemplateDef>()) target = definition->constraint;
-    T3Tree_Node* root = RootOfReference(target);
-    if (root->is<T3Identifier>()) written.push_back(Def(root));
-  }
-};
+}
 
 // What is evaluated into a variable of C stays as it is.
 bool IsInVariable(T3Tree_Node* node, const CFunction& function) {
@@ -120,32 +128,50 @@ bool Reads(T3Tree_Node* expression, T3Tree_Node* target) {
 }
 
 bool HasEffects(T3Tree_Node* expression) {
-  return Effects(expression).Any();
+  if (EffectOf(expression) == Effect::Unknown) {
+    ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
+      const Effect known = EffectOf(node);
+      if (known == Effect::Unknown) EffectOf(node) = Effect::None;
+      if (known == Effect::Some || (known == Effect::Unknown && !WrittenBy(node).empty())) {
+        EffectOf(node) = Effect::None;
+        HasSomeEffect(node, expression);
+      }
+      return known == Effect::Unknown;
+    });
+  }
+  return EffectOf(expression) == Effect::Some;
 }
 
 Operands::Operands(std::vector<T3Tree_Node*> operands) : operands_(std::move(operands)) {
-  for (size_t i = 0; i < operands_.size(); ++i)
-    if (HasEffects(operands_[i])) count_ = i + 1;
+  for (size_t i = 1; i < operands_.size(); ++i)
+    if (HasEffects(operands_[i]))
+      ForEachInSubtree(operands_[i], [this, i](T3Tree_Node* node) {
+        for (T3Tree_Node* variable : WrittenBy(node)) written_[variable] = i;
+        return EffectOf(node) != Effect::None;
+      });
+}
+
+bool Operands::IsWrittenBehind(size_t at, T3Tree_Node* node) const {
+  const auto component = written_.find(nullptr);
+  const bool on_component = component != written_.end() && component->second > at;
+  if (on_component && AsksComponent(node)) return true;
+  T3Tree_Node* variable = node->is<T3Identifier>() ? Def(node) : nullptr;
+  if (variable == nullptr) return false;
+  if (on_component && IsShared(variable)) return true;
+  return std::any_of(written_.begin(), written_.end(), [&](const auto& one) {
+    return one.first != nullptr && one.second > at && IsSame(one.first, variable);
+  });
 }
 
 bool Operands::MayChange(size_t at, bool is_stored, const CFunction& function) const {
+  const bool acts = !is_stored && at + 1 < operands_.size() && !operands_[at + 1]->is<_T3LiteralExpression>();
+  if (!acts && written_.empty()) return false;
   bool changes = false;
-  const auto look = [&](const auto& changes_node) {
-    ForEachInSubtree(operands_[at], [&](T3Tree_Node* node) {
-      if (changes || IsInVariable(node, function)) return false;
-      changes = changes_node(node);
-      return !changes;
-    });
-  };
-  if (!is_stored && at + 1 < operands_.size() && !operands_[at + 1]->is<_T3LiteralExpression>())
-    look(ActsByText);
-  for (size_t later = at + 1; later < count_ && !changes; ++later) {
-    const Effects effects(operands_[later]);
-    look([&](T3Tree_Node* node) {
-      T3Tree_Node* def = node->is<T3Identifier>() ? Def(node) : nullptr;
-      return (effects.on_component && AsksComponent(node)) || (def != nullptr && effects.MayWrite(def));
-    });
-  }
+  ForEachInSubtree(operands_[at], [&](T3Tree_Node* node) {
+    if (changes || IsInVariable(node, function)) return false;
+    changes = (acts && ActsByText(node)) || IsWrittenBehind(at, node);
+    return !changes;
+  });
   return changes;
 }
 

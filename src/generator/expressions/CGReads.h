@@ -2,6 +2,7 @@
 // an operand is kept as it was where what is evaluated behind it changes what it reads.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -31,9 +32,12 @@ class Operands {
   std::string Location(size_t at, vexa_expression_mode_t form, CFunction& function) const;
 
  private:
+  bool IsWrittenBehind(size_t at, T3Tree_Node* node) const;
+
   std::vector<T3Tree_Node*> operands_;
-  // How many stand before, and with, the last one that has effects.
-  size_t count_ = 0;
+  // The variables that operands behind the first write, null for anything of the component, each with the
+  // last that does.
+  std::map<T3Tree_Node*, size_t> written_;
 };
 
 /// The value that a location leads to, as it is now.
