@@ -182,7 +182,7 @@ Value valueof_value(Value v, lumo_alloc_strategy_t strategy) {
   if (v->form == Form::instance) {
     const lumo_template_info_t* info = template_info(v->type);
     Value result = call_valueof(v, info ? info->valueof_function : nullptr, strategy);
-    return is_template(result) && result->form != Form::special ? valueof_value(result, strategy) : result;
+    return is_template(result) ? valueof_value(result, strategy) : result;
   }
   if (!v->dynamic) return v;
   if (v->form == Form::unset) fault("use of a value that is not initialized");
@@ -211,11 +211,9 @@ static bool may_be_no_value(Value argument) {
   return argument->form != Form::instance || argument->restriction != restricted_to_value;
 }
 
-// What the parameter of a template may hold of its argument.
+// What the parameter of a template may hold of its argument. One by value takes what matches as well.
 static Value template_argument(Value argument, const lumo_field_info_t& formal) {
-  if (!may_be_no_value(argument)) return argument;
-  const bool takes_template = formal.property & lumo_field_property_template_c;
-  return restricted(argument, takes_template ? restriction_of(formal) : restricted_to_value);
+  return may_be_no_value(argument) ? restricted(argument, restriction_of(formal)) : argument;
 }
 
 static bool has_open_end(Value v) {

@@ -59,13 +59,13 @@ const char* C2RTSFunction(const T3Tree_Node* type) {
 
 // ---- Forms ----
 
-std::span<const cg::Form> g_forms;
+const cg::Form* g_forms = nullptr;
 cg::InPlaceForm g_in_place = nullptr;
 
 void GenerateForm(T3Tree_Node* node, CGMode mode, CFunction& function) {
-  for (const cg::Form form : g_forms)
-    if (form(node, mode, function)) return;
-  cg::NotSupported(node);
+  if (!node->is<_T3Expression>()) cg::NotSupported(node);
+  const cg::Form form = g_forms[static_cast<size_t>(node->kind) - _T3Expression::kFirst];
+  if (form == nullptr || !form(node, mode, function)) cg::NotSupported(node);
 }
 
 // ---- Cached literals ----
@@ -146,8 +146,8 @@ void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
 }  // namespace
 
 namespace cg {
-void SetForms(std::span<const Form> forms, InPlaceForm in_place) {
-  g_forms = forms;
+void SetForms(std::span<const Form, kForms> forms, InPlaceForm in_place) {
+  g_forms = forms.data();
   g_in_place = in_place;
 }
 

@@ -82,9 +82,12 @@ bool IsWideLiteral(T3Tree_Node* node);
 using Form = bool (*)(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Makes a template of what stands where one is wanted, and returns its location.
 using InPlaceForm = std::string (*)(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
-/// What CGExpression asks, one after another; the list is the caller's, and stays. A node for which all
-/// return false is not supported. `in_place` is what TemplateInPlace calls.
-void SetForms(std::span<const Form> forms, InPlaceForm in_place);
+/// As many as there are kinds of expressions.
+constexpr size_t kForms = _T3Expression::kLast - _T3Expression::kFirst + 1;
+/// The form of each kind of expression, in the order of the kinds; the list is the caller's, and stays. A
+/// node of a kind that has none, or whose form returns false, is not supported. `in_place` is what
+/// TemplateInPlace calls.
+void SetForms(std::span<const Form, kForms> forms, InPlaceForm in_place);
 /// The location of a template: a T3TemplateDef or an expression at its place of use.
 std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
 
