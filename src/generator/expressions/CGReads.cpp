@@ -124,7 +124,8 @@ bool HasEffects(T3Tree_Node* expression) {
 }
 
 Operands::Operands(std::vector<T3Tree_Node*> operands) : operands_(std::move(operands)) {
-  for (size_t i = 0; i < operands_.size(); ++i)
+  // Nothing stands before the first one, which may be a long chain of operators.
+  for (size_t i = 1; i < operands_.size(); ++i)
     if (HasEffects(operands_[i])) count_ = i + 1;
 }
 
