@@ -70,15 +70,36 @@ void copy_parts(Value target, Value source) {
   }
 }
 
+// The same alternative of another module's `anytype`: its list is another one, in which built-in types have
+// the name of that module.
+long alternative_in(Value target, Value source) {
+  const lumo_field_info_t* from = field_info(source->type);
+  const lumo_field_info_t* to = field_info(target->type);
+  if (to == from || !from || !to || source->index < 0) return source->index;
+  const char* name = from[source->index].name;
+  const char* type = std::strrchr(name, '.');
+  if (!type) return source->index;
+  const long same = field_index(target->type, name);
+  if (same >= 0) return same;
+  const auto count = static_cast<long>(field_count(target->type));
+  for (long i = 0; i < count; ++i) {
+    const char* other = std::strrchr(to[i].name, '.');
+    const bool is_same_kind = base_kind(to[i].type) == base_kind(from[source->index].type);
+    if (other && is_same_kind && std::strcmp(other, type) == 0) return i;
+  }
+  return source->index;
+}
+
 void copy_choice(Value target, Value source) {
   check_stack();
+  const long alternative = alternative_in(target, source);
   if (target->form != Form::choice) {
     change_form(target, Form::choice);
     target->index = -1;
   }
-  if (target->index != source->index) {
+  if (target->index != alternative) {
     resize_parts(target, 0);
-    target->index = source->index;
+    target->index = alternative;
   }
   copy_parts(target, source);
 }

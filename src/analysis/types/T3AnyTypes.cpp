@@ -29,20 +29,17 @@ T3Tree_Node* Meaning(T3Tree_Node* at, tIdent name, tIdent module, const tPositio
   return NewIdentify1(at->place->env, name, KeyOf(at, module), position, false);
 }
 
-// NoIdent for a built-in type, which each module declares for itself.
-tIdent ModuleOf(T3Tree_Node* declared) {
-  return declared->place == nullptr ? NoIdent : declared->place->vexa_module_name;
-}
-
+// Each module declares the built-in types for itself, of types that all share.
 bool IsSameMember(T3Tree_Node* a, T3Tree_Node* b) {
-  return a == b || (ModuleOf(a) == NoIdent && ModuleOf(b) == NoIdent && T3Is<_T3Decl>(a) &&
-                    T3Is<_T3Decl>(b) && a->as<_T3Decl>()->name == b->as<_T3Decl>()->name);
+  auto* one = a->try_as<T3TypeDecl>();
+  auto* other = b->try_as<T3TypeDecl>();
+  return a == b || (one != nullptr && other != nullptr && one->type == other->type);
 }
 
 // The identifier of "module.type"; a built-in type belongs to the module that uses it.
 tIdent MakeQualifiedId(T3Tree_Node* decl, const T3Place& place) {
   T3Tree_Node* owner = BehindImport(decl);
-  tIdent module = ModuleOf(owner);
+  tIdent module = owner->place == nullptr ? NoIdent : owner->place->vexa_module_name;
   if (module == NoIdent) module = place.vexa_module_name;
   return gIdents.MakeIdent(std::string(gIdents.GetString(module)) + "." +
                            std::string(gIdents.GetString(owner->as<_T3Decl>()->name)));

@@ -143,6 +143,7 @@ bool HasEffects(T3Tree_Node* expression) {
 }
 
 Operands::Operands(std::vector<T3Tree_Node*> operands) : operands_(std::move(operands)) {
+  // Nothing stands before the first one, which may be a long chain of operators.
   for (size_t i = 1; i < operands_.size(); ++i)
     if (HasEffects(operands_[i]))
       ForEachInSubtree(operands_[i], [this, i](T3Tree_Node* node) {
