@@ -467,6 +467,9 @@ lumo_boolean_t lumo_value_is_dynamic_template(lumo_value_t value, lumo_context_t
    where the target may hold them. */
 void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t context);
 lumo_value_t lumo_value_copy(lumo_value_t source, lumo_alloc_strategy_t strategy, lumo_context_t context);
+/* A value of the type, which may take more than that of the source. */
+lumo_value_t lumo_value_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
+                                     lumo_context_t context);
 /* Deletes a value made with lumo_perm_alloc_c, or ends a timer; sets the handle NULL. */
 void lumo_value_delete(lumo_value_t* value, lumo_context_t context);
 lumo_value_t lumo_value_set_label(lumo_value_t value, const char* label, lumo_context_t context);

@@ -360,3 +360,12 @@ lumo_value_t lumo_value_copy(lumo_value_t source, lumo_alloc_strategy_t strategy
   if (!source) fault("use of a value that is not initialized");
   return copy_value(source, strategy);
 }
+
+lumo_value_t lumo_value_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
+                                     lumo_context_t context) {
+  if (!source) fault("use of a value that is not initialized");
+  if (source->type == type && source->life != Life::fixed) return copy_value(source, strategy);
+  Value v = make_root(type, strategy);
+  if (!is_blank(source)) lumo_value_assign(v, source, context);
+  return v;
+}

@@ -94,6 +94,14 @@ bool IsOwnValue(T3Tree_Node* formal, const T3NodeSet& changed) {
   return !type->is<T3TimerType>() && !type->is<T3PortType>();
 }
 
+// Of its own type, which may be wider than that of the argument.
+std::string OwnValue(T3Tree_Node* formal, const std::string& slot) {
+  if (formal->is<T3FormalTemplatePar>())
+    return cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  return cg::Call(LUMO_VALUE_COPY_TO_TYPE,
+                  {VEXATypeRef(formal->as<_T3TypedFormal>()->type), slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
+
 // A parameter by value that the body changes becomes the body's own, in a vector of its own: the caller's may
 // be used for another call.
 void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
@@ -105,7 +113,7 @@ void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
   for (auto* formal : Items<_T3FormalPar>(decl->fpl)) {
     const bool own = IsOwnValue(formal, changed);
     const std::string slot = Slot(static_cast<int>(slots.size()));
-    slots.push_back(own ? cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT}) : slot);
+    slots.push_back(own ? OwnValue(formal, slot) : slot);
     any = any || own;
   }
   if (!any) return;
