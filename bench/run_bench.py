@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
 """Measures the compiler on generated suites and prints the figures beside the budgets.
 
-    run_bench.py --orvane PROGRAM [--before PROGRAM] [--parts stages,chain,growth,matching]
+    run_bench.py --orvane PROGRAM [--before PROGRAM] [--parts stages,chain,growth,matching,fields]
                  [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N]
     run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
 
 Prints, one below the other, the compiler's stages (this file), the road from sources to verdicts (chain.py), growth with
-inputs that are large in one way (growth.py), and matching (match_bench, where it was built beside the program by
-`cmake --build ... --target match_bench`); each part with the program that --before names first.
+inputs that are large in one way (growth.py), matching and messages of bit fields (match_bench and raw_bench, where they were
+built beside the program by `cmake --build ... --target match_bench raw_bench`); each part with the program that --before
+names first.
 
 `many` stands for modules of 1,000 lines that import each other, `one` for a single module. In each round the sizes take
 turns, and each size gets as many runs as make up the lines of the largest one: a hundred runs of 10,000 lines stand
@@ -217,16 +218,16 @@ def measure_parts(arguments, folder):
     for part in parts:
         for program in programs:
             title = f"{part}: {program}"
-            match_bench = Path(program).resolve().parent / "match_bench"
+            bench = Path(program).resolve().parent / {"matching": "match_bench", "fields": "raw_bench"}.get(part, "")
             if part == "stages":
                 print(f"\n{title}", flush=True)
                 measure(argparse.Namespace(**{**vars(arguments), "orvane": program}), folder)
             elif part in ("chain", "growth"):
                 run_part(title, [sys.executable, str(BENCH / f"{part}.py"), "--orvane", program])
-            elif part == "matching" and match_bench.exists():
-                run_part(title, [str(match_bench)])
+            elif part in ("matching", "fields") and bench.exists():
+                run_part(title, [str(bench)])
             else:
-                print(f"\n{title}: {'was not built' if part == 'matching' else 'is no part'}", flush=True)
+                print(f"\n{title}: {'was not built' if part in ('matching', 'fields') else 'is no part'}", flush=True)
 
 
 def build_exchange(orvane, folder, count):
@@ -256,7 +257,7 @@ def main():
     parser = argparse.ArgumentParser(description="Measures the compiler on generated suites.")
     parser.add_argument("--orvane", required=True)
     parser.add_argument("--before", help="another build of the compiler, measured as well")
-    parser.add_argument("--parts", default="stages,chain,growth,matching")
+    parser.add_argument("--parts", default="stages,chain,growth,matching,fields")
     parser.add_argument("--sizes", default="10000,100000,1000000")
     parser.add_argument("--actions", default="s,a,c")
     parser.add_argument("--layouts", default="many,one")

@@ -889,6 +889,8 @@ void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeo
                     lumo_context_t context);
 void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_t result,
                      lumo_value_t recipient, lumo_context_t context);
+/* Tells the signature of the call that the next raise answers. */
+void lumo_port_answers(lumo_type_t signature, lumo_context_t context);
 void lumo_port_raise(lumo_value_t port, lumo_type_t exception_type, lumo_value_t exception,
                      lumo_value_t recipient, lumo_context_t context);
 lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,

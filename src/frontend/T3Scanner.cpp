@@ -68,13 +68,15 @@ const Keyword* FindKeyword(const char* at, size_t length) {
   return same ? &keyword : nullptr;
 }
 
+// The text behind `handle`; null if it cannot be read to its end.
 LargeBlock ReadAll(int handle, size_t& size) {
   // One byte more than the file is said to hold, so that its end is met without a larger block.
   size_t capacity = std::max(kFirstBlock, T3Scanner_SourceSize(handle) + 1);
   LargeBlock text = MakeLargeBlock(capacity + kPadding);
   size = 0;
-  while (const size_t count = T3Scanner_GetLine(handle, text.get() + size, capacity - size)) {
-    size += count;
+  while (const ssize_t count = T3Scanner_GetLine(handle, text.get() + size, capacity - size)) {
+    if (count < 0) return {};
+    size += static_cast<size_t>(count);
     if (size < capacity) continue;
     capacity *= 2;
     LargeBlock larger = MakeLargeBlock(capacity + kPadding);
@@ -102,14 +104,13 @@ T3Scanner::~T3Scanner() = default;
 
 void T3Scanner::BeginFile(const char* path) {
   const int handle = T3Scanner_BeginSourceFile(path);
-  if (handle < 0) {
+  size_t size = 0;
+  LargeBlock text = handle < 0 ? LargeBlock() : ReadAll(handle, size);
+  if (handle >= 0) T3Scanner_CloseSource(handle);
+  if (text)
+    Enter(std::move(text), size);
+  else
     gErrors.ErrorMessageI(kCodeCannotOpenInput, kFatal, NoPosition, kInfoText, "T3Scanner");
-    return;
-  }
-  size_t size;
-  LargeBlock text = ReadAll(handle, size);
-  T3Scanner_CloseSource(handle);
-  Enter(std::move(text), size);
 }
 
 void T3Scanner::BeginText(std::string_view text) {

@@ -20,12 +20,12 @@ size_t T3Scanner_SourceSize(int handle) {
   return static_cast<size_t>(status.st_size);
 }
 
-size_t T3Scanner_GetLine(int handle, char* buffer, size_t size) {
+ssize_t T3Scanner_GetLine(int handle, char* buffer, size_t size) {
   ssize_t count;
   do {
     count = read(handle, buffer, size);
   } while (count < 0 && errno == EINTR);
-  return count < 0 ? 0 : static_cast<size_t>(count);
+  return count;
 }
 
 void T3Scanner_CloseSource(int handle) {

@@ -115,6 +115,18 @@ def check_registry(place):
     expect(place.names() == ["makefile"], f"clean left {place.names()}")
 
 
+def check_asn1_in_another_folder(place):
+    """What the tools leave for a source elsewhere is removed; the source stays."""
+    source = place.folder / "types" / "Own.asn"
+    source.parent.mkdir()
+    source.write_text("Types DEFINITIONS ::= BEGIN T ::= INTEGER END\n")
+    place.compile(files=["-A", "types/Own.asn", "-T", *MODULES])
+    expect("Own.stx" in place.names() and "Typesper.c" in place.names(), f"not there: {place.names()}")
+    place.make("clean")
+    expect(place.names() == ["VEXA-ASN-1-std-channels.txt", "makefile", "types"] and source.exists(),
+           f"clean left {place.names()}")
+
+
 def check_server(place):
     place.compile("-i", "-R")
     place.make("-j2")

@@ -152,7 +152,8 @@ class Templates:
         text = literal(t, hint) if self.rng.random() < 0.8 else None
         x = lambda _: hint
         if text is None:
-            text, x = self.expression(t, scope, 1)
+            with self.without_calls():  # how often, and when, it is evaluated is not told here
+                text, x = self.expression(t, scope, 1)
 
         def value(frame):
             try:
@@ -215,7 +216,7 @@ class Templates:
         if t[0] == "record":
             fields = {f: self.template(ft, scope, depth, (OMIT if hint[f] is None else hint[f]) if hint else None, o)
                       for f, ft, o in t[2]}
-            return self.record(fields, rng.random() < 0.5)
+            return self.record(fields, t[3] == "set" or rng.random() < 0.5)
         if t[0] == "array":
             hints = hint or (None,) * t[3]
             return self.row(t, [("one", self.template(t[2], scope, depth, h, item=True)) for h in hints])

@@ -16,7 +16,7 @@ class Discard(Exception):
     """The program does something that the language leaves open."""
 
 
-# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...)); ("list", name, element, bounds, word);
+# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...), word); ("list", name, element, bounds, word);
 # ("bits", name, digits of an element, values of one); ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
 INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
 SUB = ("sub", "Small", -20, 20)
@@ -43,9 +43,10 @@ def make_types(rng):
             lines.append(f"type {element[1]} {name}[{length}];")
         elif kind == "record":
             fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
-            types.append((kind, name, fields))
+            word = rng.choice(("record", "record", "set"))
+            types.append((kind, name, fields, word))
             body = ", ".join(f"{t[1]} {f}{' optional' if o else ''}" for f, t, o in fields)
-            lines.append(f"type record {name} {{ {body} }}")
+            lines.append(f"type {word} {name} {{ {body} }}")
         else:
             alternatives = tuple((f"a{k}", pick()) for k in range(rng.randint(2, 4)))
             types.append((kind, name, alternatives))

@@ -16,6 +16,7 @@ import re
 import shutil
 import subprocess
 import sys
+from contextlib import contextmanager, nullcontext
 from pathlib import Path
 
 from random_templates import Templates
@@ -33,13 +34,15 @@ class Generator(Templates):
     def __init__(self, rng, types):
         self.rng, self.types = rng, types
         self.names, self.templates, self.frame, self.owned = 0, [], {}, []
+        self.functions, self.taken, self.calls = [], None, True
+        self.favourites = [INT, TEXT, rng.choice(types), rng.choice(types)]  # so that calls find arguments and uses
 
     def name(self, prefix):
         self.names += 1
         return f"{prefix}{self.names}"
 
     def type(self):
-        return self.rng.choice(self.types)
+        return self.rng.choice(self.favourites if self.rng.random() < 0.8 else self.types)
 
     # -- references: text, type, optional, closure that gives (place, path)
 
@@ -68,13 +71,23 @@ class Generator(Templates):
         if self.rng.random() < 0.85:
             i = self.rng.randrange(top)
             return str(i), lambda _: i
-        text, value = self.plain(INT, scope, 1)
+        with self.without_calls():  # an index to the left of := may be evaluated before or behind what is to the right
+            text, value = self.plain(INT, scope, 1)
         return f"same_integer({text})", value
+
+    @contextmanager
+    def without_calls(self):
+        before, self.calls = self.calls, False
+        yield
+        self.calls = before
 
     # -- expressions
 
     def expression(self, t, scope, depth=2):
         rng = self.rng
+        called = self.calls and depth > 0 and rng.random() < 0.4 and self.invocation(scope, t)
+        if called:
+            return called
         if t[0] in ("record", "list", "array", "union") and (depth <= 0 or rng.random() < 0.5):
             found = scope and rng.random() < 0.7 and self.reference(scope, t)
             return self.reading(found) if found else self.compound(t, scope, depth)
@@ -219,7 +232,7 @@ class Generator(Templates):
         if t[0] == "record":
             parts = [(f, ft, o, ("omit", lambda _: OMIT) if o and rng.random() < 0.4 or depth < -3 and o
                       else self.expression(ft, scope, depth - 1)) for f, ft, o in t[2]]
-            named = rng.random() < 0.5
+            named = t[3] == "set" or rng.random() < 0.5
             if named:
                 rng.shuffle(parts)
 
@@ -293,7 +306,8 @@ class Generator(Templates):
         if optional and self.rng.random() < 0.3:
             a, x = "omit", lambda _: OMIT
         else:
-            a, x = self.expression(t, scope)
+            with self.without_calls() if "same_integer" in text else nullcontext():
+                a, x = self.expression(t, scope)
 
         def assign(frame):
             root, path = place(frame)
@@ -351,7 +365,7 @@ class Generator(Templates):
         rng, name = self.rng, self.name("f")
         formals = [(rng.choice(("in", "in", "inout", "out")), self.type(), self.name("p"))
                    for _ in range(rng.randint(1, 4))]
-        result = self.type() if rng.random() < 0.6 else None
+        result = self.type() if rng.random() < 0.8 else None
         scope = [(p, t) for mode, t, p in formals if mode != "out"] + self.owned
         starts = []
         for mode, t, p in formals:
@@ -371,26 +385,20 @@ class Generator(Templates):
             return checked(result, back[1](frame)) if back else None
         return lines, (name, formals, result, call)
 
-    def call(self, scope, functions):
-        name, formals, result, run = self.rng.choice(functions)
-        actuals, used = [], set()
-        for mode, t, _ in formals:
-            if mode == "in":
-                actuals.append(self.expression(t, scope))
-                continue
-            # No two parameters by reference share a variable: what one changes would be open.
-            # Nor is it one of the component, which the function may replace as a whole.
-            free = [row for row in values_of(scope) if row[0] not in used and row not in self.owned]
-            found = self.reference(scope, t, free) if free else None
-            if not found or found[1] != t:
-                return self.assignment(scope)
-            used.add(re.match(r"\w+", found[0]).group())
-            actuals.append((found[0], found[3]))
-        target = None
-        if result:
-            target = self.reference(scope, result)
-            if not target or target[1] != result:
-                return self.assignment(scope)
+    def invocation(self, scope, wanted):
+        """A call of a function, which may write variables of the caller and of the component; None where none fits."""
+        fitting = [row for row in self.functions if row[2] == wanted]
+        if not fitting:
+            return None
+        name, formals, _, run = self.rng.choice(fitting)
+        outermost = self.taken is None
+        if outermost:
+            self.taken = set()
+        actuals = [self.argument(mode, t, scope) for mode, t, _ in formals]
+        if outermost:
+            self.taken = None
+        if None in actuals:
+            return None
 
         def call(frame):
             inner = {"log": frame["log"], **{name: frame[name] for name, _ in self.owned}}
@@ -405,17 +413,38 @@ class Generator(Templates):
                     v = inner[p].get()
                     if v is None or v is OMIT:
                         raise Discard
-            v = run(inner)
-            if target:
+            return run(inner)
+        return f"{name}({', '.join(a for a, _ in actuals)})", call
+
+    def argument(self, mode, t, scope):
+        if mode == "in":
+            return self.expression(t, scope, 1)
+        # No two parameters by reference share a variable, those of calls in arguments among them: what one changes
+        # would be open. Nor is it one of the component, which the function may replace as a whole.
+        free = [row for row in values_of(scope) if row[0] not in self.taken and row not in self.owned]
+        found = self.reference(scope, t, free) if free else None
+        if not found or found[1] != t:
+            return None
+        self.taken.add(re.match(r"\w+", found[0]).group())
+        return found[0], found[3]
+
+    def call(self, scope, functions):
+        target, made = self.reference(scope) if scope else None, None
+        if target and "same_integer" not in target[0] and self.rng.random() < 0.7:
+            made = self.invocation(scope, target[1])
+        if made:
+            def assign(frame):
+                v = made[1](frame)
                 root, path = target[3](frame)
                 root.set(path, v)
-        invocation = f"{name}({', '.join(a for a, _ in actuals)})"
-        return [f"{target[0]} := {invocation};" if target else f"{invocation};"], call
+            return [f"{target[0]} := {made[0]};"], assign
+        text, run = self.invocation(scope, None) or (None, None)
+        return ([f"{text};"], run) if text else self.assignment(scope)
 
     def program(self, number):
         self.frame = frame = {"log": []}
-        lines, functions = [f"type component C_ extends C {{ {self.variables(frame)} }}"], []
-        for _ in range(self.rng.randint(0, 3)):
+        lines, functions = [f"type component C_ extends C {{ {self.variables(frame)} }}"], self.functions
+        for _ in range(self.rng.randint(1, 5)):
             more, function = self.function(functions)
             lines += more
             functions.append(function)

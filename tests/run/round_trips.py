@@ -29,15 +29,20 @@ def run(command, folder, fails=True):
     return process.stdout
 
 
-def trips(arguments, name, root, allowed):
-    folder = arguments.out / name
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    for source in (arguments.corpus / name).glob("*.ttcn"):
+def write_modules(corpus, folder):
+    """A set's modules as they can be compiled: without object identifiers, and with the type that none of them has."""
+    for source in corpus.glob("*.ttcn"):
         text = OBJECT_IDENTIFIER.sub(rb"\1", source.read_bytes())
         if source.stem == "General_Types":
             text = MODULE.sub(rb"\1" + INT18, text, count=1)
         (folder / source.name).write_bytes(text)
+
+
+def trips(arguments, name, root, allowed):
+    folder = arguments.out / name
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    write_modules(arguments.corpus / name, folder)
     run([arguments.orvane, "-v", "2", "-c", "-r", root, "-F", *sorted(folder.glob("*.ttcn"))], folder)
     libraries = arguments.orvane.parent.parent / "lib"
     run(["cc", "-std=c11", "-O0", "-w", f"-I{libraries.parent / 'include'}", "-c", *sorted(folder.glob("*.c"))], folder)

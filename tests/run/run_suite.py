@@ -25,8 +25,8 @@ keys, and a file VERDICTS. What is expected stands there, or in comments of the 
 A name in brackets, `LOG(ber): text`, makes a line count with that --encoding of the suite's ASN.1 types only.
 A folder's program `peer` runs the suite beside what it speaks to, on free ports; the test is skipped where that is not
 installed. A suite that imports the module Harness gets it from suites/harness. The generated C must compile without a
-warning; the C compiler (also by the variable SUITE_CC), its flags and more OPTIONS for all suites may be given, so that
-they can be run through a matrix.
+warning; the C compiler, its flags and more OPTIONS for all suites may be given (also by the variables SUITE_CC,
+SUITE_C_FLAGS and SUITE_OPTIONS), so that they can be run through a matrix.
 """
 
 import argparse
@@ -186,8 +186,8 @@ def main():
     parser.add_argument("--sanitize", default="", help="sanitizers that the run-time library is built with")
     parser.add_argument("--encoding", choices=ENCODINGS, help="how values of ASN.1 types are encoded")
     parser.add_argument("--cc", default=os.environ.get("SUITE_CC", ""), help="the C compiler")
-    parser.add_argument("--c-flags", default="-O0", help="more flags for it")
-    parser.add_argument("--options", default="", help="more options for the compiler of all suites, such as =-G")
+    parser.add_argument("--c-flags", default=os.environ.get("SUITE_C_FLAGS", "-O0"), help="more flags for it")
+    parser.add_argument("--options", default=os.environ.get("SUITE_OPTIONS", ""), help="more options for the compiler of all suites, such as =-G")
     parser.add_argument("suite", type=Path)
     arguments = parser.parse_args()
     suite = Suite(arguments.suite, arguments.encoding)

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "driver/options/T3Version.h"
+#include "frontend/T3Scanner.h"
 #include "frontend/T3Tree.h"
 
 namespace {
@@ -41,6 +42,11 @@ std::string Paths(const char* os, const char* program) {
   const char* argv[] = {program};
   setup_paths(1, argv);
   return orv_dir + '|' + std::getenv("PATH");
+}
+
+// What cannot be read to its end is not compiled as if it ended there.
+TEST(Source, ReadingThatFailsIsNoEnd) {
+  EXPECT_EXIT(T3Scanner().BeginFile("/proc/self/mem"), testing::ExitedWithCode(1), "cannot open input file");
 }
 
 TEST(SetupPaths, TheProgramsDirectoryGoesToTheHeadOfThePath) {

@@ -19,6 +19,7 @@ struct ClassAst;
 struct Module;
 struct TypeNode;
 struct ValueNode;
+struct Env;
 
 struct Range {
   int begin = 0, end = 0;  // token indices; `end` is the one behind
@@ -164,7 +165,9 @@ struct Definition {
   State kind_state =
       State::kNew;  // kType, kValue and kValueSet may turn out to be kClass, kObject, kObjectSet
   bool parameterized = false;
-  bool within_object = false;  // made for a type without a name, behind the module's own
+  // Made for a type without a name, behind the module's own: where its text stands.
+  Module* text_module = nullptr;
+  const Env* env = nullptr;
   std::vector<ParamAst> params;
   TypeAst* type = nullptr;  // the type; the governor of the others
   ClassAst* cls = nullptr;

@@ -70,7 +70,7 @@ void Resolver::checkFinite() {
     return std::pair(one->module->name, one->token) < std::pair(other->module->name, other->token);
   });
   for (Definition* definition : open) {
-    reporter_.error(definition->module->place(definition->token),
+    reporter_.error(placeOf(contextOf(*definition), definition->token),
                     inQuotes(definition->name) + " contains itself without an end");
   }
   for (TypeNode& node : types_) {
@@ -129,13 +129,8 @@ void Resolver::outermostTags(TypeNode& node, TagSet& set, int depth) {
     default:
       break;
   }
-  static constexpr int kTags[] = {
-#define MAIN_TYPE(number, name, tag, constructed, text) tag,
-#include "asn1/front/MainTypes.def"
-#undef MAIN_TYPE
-  };
-  if (node.main < TYP_NONE && kTags[node.main] > 0) {
-    set.tags.emplace_back(kTagUniversal, kTags[node.main]);
+  if (rowOf(node.main).tag > 0) {
+    set.tags.emplace_back(kTagUniversal, rowOf(node.main).tag);
   } else {
     set.any = true;
   }

@@ -18,12 +18,6 @@ struct Invalid {
   const char* what;
 };
 
-constexpr const char* kTypeNames[] = {
-#define MAIN_TYPE(number, name, tag, constructed, text) #name,
-#include "asn1/front/MainTypes.def"
-#undef MAIN_TYPE
-    "no value"};
-
 class Dump {
  public:
   explicit Dump(const std::string& bytes) : bytes_(bytes) { load(); }
@@ -114,7 +108,9 @@ class Dump {
                                 static_cast<uint32_t>(words[0]));
   }
 
-  static const char* typeName(uint8_t main) { return main <= kNoValue ? kTypeNames[main] : "?"; }
+  static const char* typeName(uint8_t main) {
+    return main == kNoValue ? "no value" : main <= TYP_NONE ? rowOf(static_cast<MainType>(main)).name : "?";
+  }
 
   void printTags(int32_t first) {
     static constexpr const char* kClasses[] = {"UNIVERSAL ", "APPLICATION ", "", "PRIVATE ", "?", "?"};

@@ -49,6 +49,7 @@ class Resolver {
   Parser parserAt(const Context& context, int token);
 
   // Types
+  static Context contextOf(const Definition& definition);
   TypeNode* typeOf(Definition& definition);
   TypeNode* newType(const Context& context, int token, TypeNode* parent);
   TypeNode* makeType(const TypeAst& ast, const Context& context, TypeNode* parent, TypeNode* into = nullptr);
@@ -153,7 +154,19 @@ class Resolver {
                              const ValueNode& object);
   ValueNode* makeSetting(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                          const ValueNode& object);
-  const TypeAst* declared(const TypeAst* type, const FieldAst& field, const Context& context);
+  bool isTranslated(const TypeAst& type, const Context& context);
+  const Argument* typeArgument(const RefAst& ref, const Context& context);
+  int instanceNumber(const Env* env);
+  struct Written {
+    const TypeAst* type;
+    Range range;
+    Context context;
+    bool is_argument;
+  };
+  Written actualType(Written written);
+  static bool hasParameter(const Written& written);
+  Definition& declare(const Written& written, const std::string& base);
+  const TypeAst* declared(const Written& written, const FieldAst& field);
   void fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                  ValueNode& node);
   ValueNode* makeObjectSet(Range range, const Context& context, const ClassUse& cls, TypeNode* governor);
@@ -165,7 +178,7 @@ class Resolver {
   const ValueNode* objectOf(const RefAst& ref, const Context& context, ClassUse& cls);
   const ValueNode* settingOf(const RefAst& ref, const std::vector<std::string_view>& fields,
                              const Context& context);
-  const ValueNode* defaultSetting(const ClassUse& cls, std::string_view name);
+  ValueNode* defaultSetting(const ClassUse& cls, std::string_view name);
   void collectObjects(const ValueNode* set, std::vector<const ValueNode*>& objects);
   void addValuesOfSet(Definition& set, std::string_view field, TypeNode& type);
   TypeNode* classReference(const ClassUse& cls, const Context& context, int token);
@@ -208,7 +221,9 @@ class Resolver {
   std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;
   std::unordered_map<const FieldAst*, TypeNode*> field_nodes_;
   // Names made for types that stand within objects, which then refer to them.
-  std::map<std::pair<const Module*, int>, const TypeAst*> declared_;
+  std::map<std::pair<const Module*, std::string>, const TypeAst*> declared_;
+  std::map<const Env*, int> instance_numbers_;
+  std::map<std::string, int> instances_;
   std::map<std::pair<const Module*, std::string>, int> same_names_;
   std::deque<std::string> made_names_;
   std::set<std::string> entries_;

@@ -261,21 +261,25 @@ void Resolver::fillCharacters(Parser& parser, int end, const Context& context, T
   const Place place = placeOf(context, parser.pos);
   const auto numbers = [&](Parser& inner, int inner_end) {
     std::vector<int64_t> parts;
+    const int token = inner.pos;
     while (inner.pos < inner_end) {
       parts.push_back(integerOf(*inner.parseValue(), context, "a character").value_or(0));
       if (inner.pos < inner_end) inner.expect(",");
     }
-    uint64_t code = 0;
-    if (parts.size() == 2) {
-      code = static_cast<uint64_t>(parts[0]) * 16 + static_cast<uint64_t>(parts[1]);
-    } else if (parts.size() == 4) {
-      for (int64_t part : parts) code = (code << 8) | (static_cast<uint64_t>(part) & 255);
-    } else {
-      inner.fail("expected a character of two or four numbers");
+    if (parts.size() != 2 && parts.size() != 4) inner.fail("expected a character of two or four numbers");
+    // Column and row of a table of 128 characters; or group, plane, row and cell.
+    const int64_t first_end = parts.size() == 2 ? 8 : 128, part_end = parts.size() == 2 ? 16 : 256;
+    uint32_t code = 0;
+    for (size_t i = 0; i < parts.size(); ++i) {
+      if (parts[i] < 0 || parts[i] >= (i == 0 ? first_end : part_end)) {
+        error(context, token, "the numbers of the character are out of range");
+        throw Abandoned();
+      }
+      code = code * static_cast<uint32_t>(part_end) + static_cast<uint32_t>(parts[i]);
     }
-    characters.push_back(static_cast<uint32_t>(std::min<uint64_t>(code, UINT32_MAX)));
+    characters.push_back(code);
   };
-  if (parser.peek().kind == Tok::kNumber) {
+  if (parser.peek().kind == Tok::kNumber || parser.isSymbol("-")) {
     numbers(parser, end);
   } else {
     while (parser.pos < end) {

@@ -111,7 +111,7 @@ void Resolver::addValuesOfSet(Definition& set, std::string_view field, TypeNode&
 }
 
 /// What a field is set to where its object does not say.
-const ValueNode* Resolver::defaultSetting(const ClassUse& cls, std::string_view name) {
+ValueNode* Resolver::defaultSetting(const ClassUse& cls, std::string_view name) {
   for (const FieldAst& field : cls.cls->fields) {
     if (field.name != name || field.default_setting.end == field.default_setting.begin) continue;
     ValueNode object;
@@ -159,7 +159,6 @@ const ValueNode* Resolver::settingOf(const RefAst& ref, const std::vector<std::s
     for (const ValueNode* given : object ? object->components : std::vector<ValueNode*>()) {
       if (given->name == name) setting = given;
     }
-    if (!setting) setting = defaultSetting(cls, name);
     if (!setting) {
       error(context, ref.token,
             "the object " + inQuotes(ref.name) + " has no value of the field " + inQuotes(name));

@@ -27,15 +27,7 @@ std::string inQuotes(std::string_view name) {
 }
 
 const char* asn1Name(MainType main) {
-  switch (main) {
-#define MAIN_TYPE(number, name, tag, constructed, text) \
-  case name:                                            \
-    return text;
-#include "asn1/front/MainTypes.def"
-#undef MAIN_TYPE
-    default:
-      return "NONE";
-  }
+  return rowOf(main).asn1_name;
 }
 
 Resolver::Resolver(std::vector<std::unique_ptr<Module>>& modules, Arena& arena, Reporter& reporter)

@@ -191,10 +191,13 @@ void Resolver::fillObject(Range range, const Context& context, const ClassUse& c
   }
   if (parser.pos != end) parser.fail("expected another part of the object");
   for (const FieldAst& field : cls.cls->fields) {
-    if (field.optional || field.default_setting.end > field.default_setting.begin) continue;
     const bool given = std::any_of(node.components.begin(), node.components.end(),
                                    [&](const ValueNode* setting) { return setting->name == field.name; });
-    if (!given) error(context, range.begin, "the field " + inQuotes(field.name) + " has no value");
+    if (given || field.optional) continue;
+    if (ValueNode* setting = defaultSetting(cls, field.name))
+      node.components.push_back(setting);
+    else
+      error(context, range.begin, "the field " + inQuotes(field.name) + " has no value");
   }
 }
 
@@ -310,80 +313,13 @@ ValueNode* Resolver::variableSetting(Parser& parser, const FieldAst& field, cons
   return setting;
 }
 
-namespace {
-/// Whether a type without a name is of those that the compiler knows, so that a name helps.
-bool isTranslated(const TypeAst& type) {
-  if (type.kind == TypeAst::kList) return isTranslated(*type.element);
-  if (type.kind == TypeAst::kStruct) {
-    return std::all_of(type.components.begin(), type.components.end(),
-                       [](const ComponentAst& part) { return !part.type || isTranslated(*part.type); });
-  }
-  if (type.kind != TypeAst::kPlain) return type.kind != TypeAst::kInstance;
-  switch (type.main) {
-    case TYP_BOOLEAN:
-    case TYP_INTEGER:
-    case TYP_ENUM:
-    case TYP_REAL:
-    case TYP_BITSTR:
-    case TYP_OCTSTR:
-    case TYP_NULL:
-    case TYP_OBJID:
-    case TYP_NUMSTR:
-    case TYP_PRISTR:
-    case TYP_VISSTR:
-    case TYP_IA5STR:
-    case TYP_GENTIME:
-    case TYP_UTCTIME:
-      return true;
-    default:
-      return false;
-  }
-}
-}  // namespace
-
-/// A type as it is written within an object, or a reference to a definition that is made of it: open types
-/// are chosen by names. The name is that of the definition around it and of the field, with two hyphens
-/// between, which no other name has.
-const TypeAst* Resolver::declared(const TypeAst* type, const FieldAst& field, const Context& context) {
-  const bool has_name =
-      type->kind == TypeAst::kRef && !type->ref.has_args && type->tags.empty() && type->constraints.empty();
-  if (has_name || context.env || !isTranslated(*type)) return type;
-  const TypeAst*& made = declared_[{context.module, type->token}];
-  if (made) return made;
-  auto& definitions = context.module->definitions;
-  const auto behind = std::partition_point(
-      definitions.begin(), definitions.end(),
-      [type](const Definition& one) { return !one.within_object && one.token <= type->token; });
-  Module& module = *context.module;
-  const std::string base = std::string(std::prev(behind)->name) + "--" + std::string(field.name.substr(1));
-  int& count = same_names_[{&module, base}];
-  std::string name;
-  do name = ++count == 1 ? base : base + "-" + std::to_string(count);
-  while (module.by_name.count(name));
-  Definition& definition = definitions.emplace_back();
-  definition.module = &module;
-  definition.name = made_names_.emplace_back(name);
-  definition.token = type->token;
-  definition.kind_state = State::kDone;
-  definition.within_object = true;
-  definition.type = const_cast<TypeAst*>(type);
-  definition.number = definition.unique = ++module.types;
-  module.by_name.emplace(definition.name, &definition);
-  TypeAst& reference = arena_.types.emplace_back();
-  reference.kind = TypeAst::kRef;
-  reference.token = reference.ref.token = type->token;
-  reference.ref.name = definition.name;
-  made = &reference;
-  typeOf(definition);
-  return made;
-}
-
 ValueNode* Resolver::makeSetting(Parser& parser, const FieldAst& field, const Context& context,
                                  const ClassUse& cls, const ValueNode& object) {
   const int token = parser.pos;
   switch (field.kind) {
     case kTypeField: {
-      const TypeAst* type = declared(parser.parseType(), field, context);
+      const TypeAst* written = parser.parseType();
+      const TypeAst* type = declared({written, {token, parser.pos}, context, false}, field);
       ValueNode* setting = typeSetting(context, token, makeType(*type, context, nullptr));
       type_settings_[setting] = {type, context};
       return setting;

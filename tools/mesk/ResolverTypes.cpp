@@ -29,11 +29,17 @@ TypeNode* Resolver::plainType(MainType main) {
   return node;
 }
 
+/// Where the text of a definition stands that takes no parameters.
+Context Resolver::contextOf(const Definition& definition) {
+  return definition.text_module ? Context{definition.text_module, definition.env}
+                                : Context{definition.module, nullptr};
+}
+
 TypeNode* Resolver::typeOf(Definition& definition) {
   if (definition.type_node) return definition.type_node;
   Module* outer_module = current_;
   TypeNode* outer_definition = current_definition_;
-  const Context context{definition.module, nullptr};
+  const Context context = contextOf(definition);
   current_ = definition.module;
   current_definition_ = nullptr;
   TypeNode* node = newType(context, definition.token, nullptr);
@@ -249,7 +255,7 @@ std::pair<const TypeAst*, Context> Resolver::lookThrough(const TypeAst& ast, con
     const Env* env = nullptr;
     if (definition->parameterized && !(env = bind(*definition, type->ref, where))) throw Abandoned();
     type = definition->type;
-    where = Context{definition->module, env};
+    where = env ? Context{definition->module, env} : contextOf(*definition);
   }
   return {type, where};
 }

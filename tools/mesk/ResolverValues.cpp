@@ -504,8 +504,9 @@ bool Resolver::setCharacters(std::vector<uint32_t> characters, TypeNode& type, V
                       std::string_view(allowed).find(static_cast<char>(c)) != std::string_view::npos)) &&
         (type.main != TYP_VISSTR || c >= 32);
     if (in && c != 0) continue;
-    reporter_.error(
-        place, std::string("the string holds a character that ") + asn1Name(type.main) + " does not have");
+    reporter_.error(place, in ? "the character of the number 0 is not supported in values"
+                              : std::string("the string holds a character that ") + asn1Name(type.main) +
+                                    " does not have");
     return false;
   }
   node.has_text = true;

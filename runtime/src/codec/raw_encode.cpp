@@ -22,6 +22,12 @@ struct Replaced {
   long number;
 };
 
+// One of the comparisons has to hold for the parts of a value.
+struct Asked {
+  Value whole;
+  const RawConditions* conditions;
+};
+
 struct Span {
   BitPlace start, end;
   bool present;
@@ -56,11 +62,15 @@ class Encoder {
   bool encode_again(const RawPlan& plan, Value v, size_t field, size_t spans);
   bool mark_last(RawExtension kind, const BitPlace& start, const BitPlace& end);
 
-  void ask_for(Value whole, const RawConditions& conditions);
+  void settle(size_t first);
+  bool holds(const Asked& asked) const;
+  size_t held(size_t first) const;
+  void make_hold(const Asked& asked, size_t first, size_t around);
   const Replaced* replacement(Value part) const;
 
   std::vector<Span> spans_;
   std::vector<Replaced> replaced_;
+  std::vector<Asked> asked_;
   FieldPath path_;
 };
 
@@ -76,24 +86,44 @@ const Replaced* Encoder::replacement(Value part) const {
   return nullptr;
 }
 
-// Makes one of the conditions hold, the first one where none does.
-void Encoder::ask_for(Value whole, const RawConditions& conditions) {
-  const RawCondition* settable = nullptr;
-  Value target = nullptr;
-  for (const RawCondition& c : conditions) {
-    Value part = part_at(whole, c.path);
-    const Replaced* replaced = part && !replaced_.empty() ? replacement(part) : nullptr;
-    // What is around has said what the part is to be.
-    if (replaced) return;
-    if (holds_for(c, part)) {
-      if (part) replaced_.push_back({part, c.constant, 0});
-      return;
-    }
-    if (settable || !part || !c.constant) continue;
-    settable = &c;
-    target = part;
+bool Encoder::holds(const Asked& asked) const {
+  return std::any_of(asked.conditions->begin(), asked.conditions->end(), [&](const RawCondition& c) {
+    Value part = part_at(asked.whole, c.path);
+    const Replaced* by = part && !replaced_.empty() ? replacement(part) : nullptr;
+    return holds_for(c, by && by->by ? by->by : part);
+  });
+}
+
+size_t Encoder::held(size_t first) const {
+  return static_cast<size_t>(std::count_if(asked_.begin() + static_cast<std::ptrdiff_t>(first), asked_.end(),
+                                           [&](const Asked& a) { return holds(a); }));
+}
+
+// Makes the first comparison hold that takes nothing from others, nor from what is said from around.
+void Encoder::make_hold(const Asked& asked, size_t first, size_t around) {
+  const size_t before = held(first);
+  for (const RawCondition& c : *asked.conditions) {
+    Value part = part_at(asked.whole, c.path);
+    if (!part || !c.constant) continue;
+    const Replaced* by = replacement(part);
+    if (by && static_cast<size_t>(by - replaced_.data()) < around) continue;
+    replaced_.push_back({part, c.constant, 0});
+    if (held(first) > before) return;
+    replaced_.pop_back();
   }
-  if (settable) replaced_.push_back({target, settable->constant, 0});
+}
+
+// What was asked for from the first on is made to hold, and stays so whatever is asked for further inside.
+void Encoder::settle(size_t first) {
+  const size_t around = replaced_.size();
+  for (size_t k = first; k < asked_.size(); ++k)
+    if (!holds(asked_[k])) make_hold(asked_[k], first, around);
+  for (size_t k = first; k < asked_.size(); ++k)
+    for (const RawCondition& c : *asked_[k].conditions) {
+      Value part = part_at(asked_[k].whole, c.path);
+      if (part && !replacement(part) && holds_for(c, part)) replaced_.push_back({part, c.constant, 0});
+    }
+  asked_.resize(first);
 }
 
 void Encoder::pad(unsigned multiple, const std::string& pattern, BitOrder order) {
@@ -105,7 +135,10 @@ void Encoder::pad(unsigned multiple, const std::string& pattern, BitOrder order)
 bool Encoder::encode(const RawPlan& plan, Value v, RawOrder around) {
   if (stack_is_short()) return fail("the value is nested too deeply");
   const size_t replaced = replaced_.size();
-  if (!plan.presence.empty()) ask_for(v, plan.presence);
+  if (!plan.presence.empty()) {
+    asked_.push_back({v, &plan.presence});
+    settle(asked_.size() - 1);
+  }
   const BitPlace start = sink.place;
   const bool good = encode_content(plan, v, around);
   replaced_.resize(replaced);
@@ -301,7 +334,10 @@ bool Encoder::encode_choice(const RawPlan& plan, Value v, RawOrder around) {
   const RawField& field = plan.fields[static_cast<size_t>(v->index)];
   if (!is_there(v->parts.data[0])) return fail("the value is not completely initialized");
   const size_t replaced = replaced_.size();
-  if (!field.tag.empty()) ask_for(v->parts.data[0], field.tag);
+  if (!field.tag.empty()) {
+    asked_.push_back({v->parts.data[0], &field.tag});
+    settle(asked_.size() - 1);
+  }
   path_.enter(field.name);
   bool good = encode(*field.plan, v->parts.data[0], around);
   if (good) path_.leave();
@@ -325,19 +361,20 @@ bool Encoder::mark_last(RawExtension kind, const BitPlace& start, const BitPlace
 
 bool Encoder::encode_record(const RawPlan& plan, Value v) {
   if (plan.fields.empty()) return true;
-  const size_t replaced = replaced_.size(), spans = spans_.size();
+  const size_t replaced = replaced_.size(), spans = spans_.size(), asked = asked_.size();
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     const RawField& field = plan.fields[i];
     Value part = v->parts.data[i];
     if (!is_there(part) || field.omitted) continue;
-    if (!field.presence.empty()) ask_for(v, field.presence);
-    if (!field.tag.empty()) ask_for(part, field.tag);
+    if (!field.presence.empty()) asked_.push_back({v, &field.presence});
+    if (!field.tag.empty()) asked_.push_back({part, &field.tag});
     if (field.cross.empty()) continue;
     const Value chosen = settled(part);
     for (const RawAlternative& a : field.cross)
       if (chosen->form == Form::choice && static_cast<long>(a.index) == chosen->index)
-        ask_for(v, a.conditions);
+        asked_.push_back({v, &a.conditions});
   }
+  settle(asked);
   spans_.resize(spans + plan.fields.size());
   bool good = encode_fields(plan, v, spans) && set_lengths(plan, v, spans) && set_pointers(plan, v, spans);
   for (const RawGroup& g : plan.groups)

@@ -352,9 +352,9 @@ void redirect_parameters(const Message& m, unsigned long count, lumo_value_t red
 template <class Try>
 bool of_ports(Value port, Try try_port) {
   check_effect("receive");
-  if (port != lumo_value_any_c) return try_port(*port_of(port));
+  if (port != lumo_value_any_c) return takes(try_port(*port_of(port)));
   for (Port* p : self().ports)
-    if (try_port(*p)) return true;
+    if (try_port(*p)) return takes(true);
   return false;
 }
 
@@ -582,12 +582,18 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   send_message(p, m, recipient);
 }
 
+void lumo_port_answers(lumo_type_t signature, lumo_context_t) {
+  current_task->answered = signature;
+}
+
 void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lumo_value_t recipient,
                      lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
   Message* m = procedure_message(MessageKind::exception, content_of(exception));
-  m->signature = answer_call(p, nullptr, recipient);
+  const lumo_type_t answered = std::exchange(current_task->answered, nullptr);
+  m->signature = answer_call(p, answered, recipient);
+  if (!m->signature) m->signature = answered;
   log_port("raise on", p, m->content);
   send_message(p, m, recipient);
 }

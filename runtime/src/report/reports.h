@@ -1,4 +1,4 @@
-// The forms of reports that a run can make, each by the word of its option.
+// The forms of reports that a run can make.
 #pragma once
 
 #include <memory>
@@ -8,13 +8,7 @@
 
 namespace lumos {
 
-struct ReportForm {
-  const char* word;  // of the option
-  const char* help;
-  // Null if the file cannot be opened.
-  std::unique_ptr<Reporter> (*make)(const std::string& path);
-};
-
+// Each is null if the file cannot be opened.
 std::unique_ptr<Reporter> make_junit(const std::string& path);
 std::unique_ptr<Reporter> make_tap(const std::string& path);
 std::unique_ptr<Reporter> make_json(const std::string& path);

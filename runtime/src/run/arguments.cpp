@@ -1,6 +1,7 @@
 #include "run/arguments.h"
 
 #include "run/component.h"
+#include "template/templates.h"
 #include "value/task.h"
 #include "value/error.h"
 #include "value/memory.h"
@@ -60,6 +61,7 @@ struct Call {
   }
   void take(unsigned long i) {
     if (argv[i] == lumo_value_default_c) return save(argv[i]);
+    if (restriction_of(formals[i])) take_restricted(i);
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
     const bool fits = belongs(argv[i], formals[i].type);
@@ -70,6 +72,13 @@ struct Call {
     // What has no value yet is for the callee to leave alone.
     if (!fits && !is_blank(argv[i])) lumo_value_assign(copy, argv[i], current_task);
     argv[i] = copy;
+  }
+  void take_restricted(unsigned long i) {
+    if (!argv[i] || formals[i].property & lumo_type_parameter_out_c) return;
+    Value held = restricted(argv[i], restriction_of(formals[i]));
+    if (goes_out(i) || held == argv[i]) return;
+    save(argv[i]);
+    argv[i] = held;
   }
   void take_reference(unsigned long i) {
     pin(argv[i]);
@@ -101,9 +110,11 @@ void check_results(lumo_type_t type, lumo_value_t argv[]) {
   if (!formals) return;
   const size_t count = field_count(fields[0].type);
   constexpr unsigned results = by_reference | lumo_field_property_return_value_c;
-  for (unsigned long i = 0; i < count; ++i)
-    if (formals[i].property & results && argv[i] && argv[i]->life != Life::fixed)
-      check_belongs(argv[i], formals[i].type);
+  for (unsigned long i = 0; i < count; ++i) {
+    if (!(formals[i].property & results) || !argv[i] || argv[i]->life == Life::fixed) continue;
+    if (restriction_of(formals[i]) && !is_blank(argv[i])) restricted(argv[i], restriction_of(formals[i]));
+    check_belongs(argv[i], formals[i].type);
+  }
 }
 
 void Arguments::end() {

@@ -333,7 +333,7 @@ void stop_or_kill(lumo_value_t component, bool kill) {
 
 lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lumo_boolean_t alive,
                                    lumo_context_t) {
-  check_effect("create");
+  check_choice("create");
   self();
   prepare_write(instance);
   const char* text = name && name != lumo_no_value_c ? lumo_value_get_charstring(name, nullptr) : "";
@@ -385,16 +385,16 @@ lumo_boolean_t lumo_component_is_alive(lumo_value_t component, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_component_try_done(lumo_value_t component, lumo_context_t) {
-  return ask("done", component, is_done, [](const Component& c) { return !is_running(c); });
+  return takes(ask("done", component, is_done, [](const Component& c) { return !is_running(c); }));
 }
 
 lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t) {
-  return ask("killed", component, is_killed, is_killed);
+  return takes(ask("killed", component, is_killed, is_killed));
 }
 
 lumo_boolean_t lumo_component_try_else(lumo_context_t) {
   current_task->polls_by_else = true;
-  return true;
+  return takes(true);
 }
 lumo_boolean_t lumo_try_else(lumo_context_t context) {
   return lumo_component_try_else(context);

@@ -116,7 +116,7 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
                                  lumo_value_t component2, const char* port2, lumo_value_t index2,
                                  lumo_context_t) {
   maybe_yield();
-  check_effect("connect");
+  check_choice("connect");
   self();
   Port& a = named_port(component1, port1, index1);
   Port& b = named_port(component2, port2, index2);
@@ -138,7 +138,7 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
 void lumo_component_disconnect_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                     lumo_value_t component2, const char* port2, lumo_value_t index2,
                                     lumo_context_t) {
-  check_effect("disconnect");
+  check_choice("disconnect");
   self();
   if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
     return remove_all_of(component1, port1, index1, false);
@@ -152,7 +152,7 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
                              lumo_value_t component2, const char* port2, lumo_value_t index2,
                              lumo_context_t) {
   maybe_yield();
-  check_effect("map");
+  check_choice("map");
   self();
   Port& a = named_port(component1, port1, index1);
   Port& b = named_port(component2, port2, index2);
@@ -180,7 +180,7 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
 void lumo_component_unmap_port(lumo_value_t component1, const char* port1, lumo_value_t index1,
                                lumo_value_t component2, const char* port2, lumo_value_t index2,
                                lumo_context_t) {
-  check_effect("unmap");
+  check_choice("unmap");
   self();
   if (is_all(component1, port1) || !component2 || component2 == lumo_no_value_c || is_all(component2, port2))
     return remove_all_of(component1, port1, index1, true);

@@ -119,7 +119,7 @@ using namespace lumos;
 lumo_value_t lumo_activate(const char* module, const char* name, unsigned long argc, lumo_value_t argv[],
                            lumo_alloc_strategy_t strategy, lumo_context_t context) {
   maybe_yield();
-  check_effect("activate");
+  check_choice("activate");
   Task& task = *current_task;
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, name, context);
   if (!row->function_ptr) fault("altstep '%s.%s' has no behaviour", module, name);
@@ -140,7 +140,7 @@ lumo_value_t lumo_activate(const char* module, const char* name, unsigned long a
 }
 
 void lumo_deactivate(lumo_value_t reference, lumo_context_t) {
-  check_effect("deactivate");
+  check_choice("deactivate");
   Task& task = *current_task;
   if (reference == lumo_value_all_c) return deactivate_all(task);
   if (!reference || (reference->form != Form::default_ref && !is_special(reference, Special::null_default)))

@@ -234,6 +234,7 @@ void lumo_component_snapshot(lumo_context_t) {
   maybe_yield();
   current_task->snapshot_time = never;
   current_task->event = false;
+  current_task->choosing = true;
   if (!current_task->attempts.empty() || !current_task->kept_contents.empty()) end_attempts(*current_task);
 }
 
@@ -257,6 +258,7 @@ void wait_in_control_part() {
 
 void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   Component* c = current_task->component;
+  current_task->choosing = false;
   if (current_task->event) return;
   if (!c) return wait_in_control_part();
   c->state = State::waiting;

@@ -264,7 +264,7 @@ lumo_boolean_t lumo_timer_try_timed_out(lumo_value_t value, lumo_context_t) {
   Timer* timer = value == lumo_value_any_c ? first_expired() : timer_of(value);
   if (!timer || !timer->running || !expired(timer, snapshot_time())) return false;
   take_timeout(timer);
-  return true;
+  return takes(true);
 }
 
 void lumo_value_set_timer_default_duration(lumo_value_t value, double duration, lumo_context_t) {

@@ -80,9 +80,9 @@ void abandon(const char* reason) {
 
 bool open_reports(const SuiteOptions& options) {
   bool to_output = true;
-  for (const auto& [form, path] : options.reports) {
+  for (const auto& [make, path] : options.reports) {
     errno = 0;
-    std::unique_ptr<Reporter> reporter = form->make(path);
+    std::unique_ptr<Reporter> reporter = make(path);
     if (!reporter) {
       std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
       return false;

@@ -70,18 +70,9 @@ bool set_explore(SuiteOptions& options, const std::string& text) {
   return set_count(options.explore, text);
 }
 
-const ReportForm report_forms[] = {
-    {"junit", "results as JUnit XML", make_junit},
-    {"tap", "results in the Test Anything Protocol; without FILE to standard output", make_tap},
-    {"json", "all events, a line of JSON each", make_json},
-    {"html", "a page with logs and message sequence charts", make_html},
-    {"pcap", "messages at system ports as a capture", make_pcap},
-    {"coverage", "reached lines and branches for lcov and genhtml", make_coverage},
-};
-
-template <size_t Form>
+template <std::unique_ptr<Reporter> (*Make)(const std::string&)>
 bool set_report(SuiteOptions& options, const std::string& path) {
-  options.reports.push_back({&report_forms[Form], path});
+  options.reports.push_back({Make, path});
   return true;
 }
 
@@ -140,12 +131,13 @@ const Option table[] = {
     {'c', "config", "[FILE]",
      "take options from the lines of a file; without FILE from <suite>.cfg beside the suite",
      read_configuration},
-    {0, "junit", "FILE", report_forms[0].help, set_report<0>},
-    {0, "tap", "[FILE]", report_forms[1].help, set_report<1>},
-    {0, "json", "FILE", report_forms[2].help, set_report<2>},
-    {0, "html", "FILE", report_forms[3].help, set_report<3>},
-    {0, "pcap", "FILE", report_forms[4].help, set_report<4>},
-    {0, "coverage", "FILE", report_forms[5].help, set_report<5>},
+    {0, "junit", "FILE", "results as JUnit XML", set_report<make_junit>},
+    {0, "tap", "[FILE]", "results in the Test Anything Protocol; without FILE to standard output",
+     set_report<make_tap>},
+    {0, "json", "FILE", "all events, a line of JSON each", set_report<make_json>},
+    {0, "html", "FILE", "a page with logs and message sequence charts", set_report<make_html>},
+    {0, "pcap", "FILE", "messages at system ports as a capture", set_report<make_pcap>},
+    {0, "coverage", "FILE", "reached lines and branches for lcov and genhtml", set_report<make_coverage>},
     {'L', "log", "FILE", "log to a file instead of standard error", SET(open_log_file(text))},
     {0, "log-dir", "FOLDER", "log to a file for each component in the folder", SET(open_log_folder(text))},
     {0, "log-size", "KILOBYTES", "begin a log file anew at this size; the old ones get numbers",

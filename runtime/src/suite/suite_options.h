@@ -2,12 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace lumos {
 
-struct ReportForm;
+class Reporter;
 
 struct SuiteOptions {
   bool help = false;
@@ -24,7 +25,7 @@ struct SuiteOptions {
   long jobs = 1;
   long shard = 0, shards = 0;
   struct Report {
-    const ReportForm* form;
+    std::unique_ptr<Reporter> (*make)(const std::string& path);
     std::string path;
   };
   std::vector<Report> reports;

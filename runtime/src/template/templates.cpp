@@ -182,7 +182,7 @@ Value valueof_value(Value v, lumo_alloc_strategy_t strategy) {
   if (v->form == Form::instance) {
     const lumo_template_info_t* info = template_info(v->type);
     Value result = call_valueof(v, info ? info->valueof_function : nullptr, strategy);
-    return is_template(result) && result->form != Form::special ? valueof_value(result, strategy) : result;
+    return is_template(result) ? valueof_value(result, strategy) : result;
   }
   if (!v->dynamic) return v;
   if (v->form == Form::unset) fault("use of a value that is not initialized");
@@ -192,18 +192,28 @@ Value valueof_value(Value v, lumo_alloc_strategy_t strategy) {
 }
 
 Value restricted(Value source, unsigned restriction) {
-  constexpr unsigned omit = 1, value = 2, present = 3;
-  if (restriction == present) {
-    bool absent = is_omit(source) || is_special(source, Special::anyornone) || source->if_present;
-    if (absent)
-      fault("a template that may be omitted is assigned to a template variable restricted to present");
+  if (restriction == restricted_to_present) {
+    Value held = source->form == Form::instance ? open_template(source) : source;
+    if (is_omit(held) || is_special(held, Special::anyornone) || held->if_present)
+      fault("a template that may be omitted stands where it has to be present");
     return source;
   }
-  if (restriction != omit && restriction != value) return source;
+  if (restriction != restricted_to_omit && restriction != restricted_to_value) return source;
   Value v = valueof_value(source, lumo_temp_alloc_c);
-  if (is_omit(v) && restriction == value)
-    fault("omit is assigned to a template variable restricted to a value");
+  if (is_omit(v) && restriction == restricted_to_value)
+    fault("omit stands where a template is restricted to a value");
   return v;
+}
+
+// Neither a value, nor declared to stand for one.
+static bool may_be_no_value(Value argument) {
+  if (argument == lumo_value_default_c || !is_template(argument)) return false;
+  return argument->form != Form::instance || argument->restriction != restricted_to_value;
+}
+
+// What the parameter of a template may hold of its argument. One by value takes what matches as well.
+static Value template_argument(Value argument, const lumo_field_info_t& formal) {
+  return may_be_no_value(argument) ? restricted(argument, restriction_of(formal)) : argument;
 }
 
 static bool has_open_end(Value v) {
@@ -259,14 +269,17 @@ lumo_value_t lumo_type_instantiate_template(lumo_type_t template_type, lumo_allo
   while (argv && static_cast<long>(count) < formals && argv[count]) ++count;
   open_instance(v, count);
   v->owns_arguments = strategy != lumo_temp_alloc_c;
+  const lumo_field_info_t* fields = template_type->type_info->field_info;
+  bool takes_template = false;
   for (size_t i = 0; i < count; ++i) {
-    v->parts.data[i] = v->owns_arguments ? nullptr : argv[i];
-    v->parts.data[count + 1 + i] = argv[i] == lumo_value_default_c ? argv[i] : nullptr;
+    Value argument = template_argument(argv[i], fields[i]);
+    takes_template = takes_template || may_be_no_value(argument);
+    v->parts.data[i] = v->owns_arguments ? copy_value(argument, lumo_perm_alloc_c) : argument;
+    v->parts.data[count + 1 + i] = argument == lumo_value_default_c ? argument : nullptr;
   }
   v->parts.data[count] = nullptr;
-  for (size_t i = 0; v->owns_arguments && i < count; ++i)
-    v->parts.data[i] = copy_value(argv[i], lumo_perm_alloc_c);
   v->index = static_cast<long>(std::min(current_task->visible_frames, current_task->frames.size()));
+  if (restriction && takes_template) restricted(v, v->restriction);
   return v;
 }
 

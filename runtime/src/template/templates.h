@@ -7,7 +7,7 @@ namespace lumos {
 
 // The value that the template stands for; a fault where it stands for more than one.
 Value valueof_value(Value v, lumo_alloc_strategy_t strategy);
-// What a template variable with that restriction (1 omit, 2 value, 3 present) may hold of the
+// What a template variable or parameter with that restriction may hold of the
 // source: a value in place of a template; a fault where the restriction forbids it.
 Value restricted(Value source, unsigned restriction);
 // Gives the contents the form of fields, elements or alternative, so that one part can be

@@ -51,6 +51,10 @@ void refuse_effect(const char* operation) {
   fault("'%s' is not allowed in the local definitions of an altstep", operation);
 }
 
+void refuse_choice(const char* operation) {
+  fault("'%s' is not allowed while alternatives are looked at", operation);
+}
+
 const char* stack_limit = nullptr;
 
 void stack_fault() {

@@ -135,7 +135,7 @@ void reset_task(Task& task) {
   task.calls.clear();
   task.last_match = {};
   task.matching = 0;
-  task.defining = false;
+  task.defining = task.choosing = false;
 }
 
 }  // namespace lumos

@@ -86,6 +86,7 @@ struct lumo_context_struct {
   std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
   std::vector<lumos::OpenCall> calls;          // innermost last
   lumo_type_t called = nullptr;                // just now; its body, if any, comes next
+  lumo_type_t answered = nullptr;              // by the raise that comes next
   std::vector<lumos::Attempt> attempts;        // since the snapshot
   std::vector<lumo_value_t> kept_contents;     // owned: of messages that are gone, for the attempts
   lumos::Attempt last_match;                   // the last `match`, if it did not fit
@@ -96,7 +97,8 @@ struct lumo_context_struct {
   // Evaluates the local definitions of an altstep, which is at that depth.
   bool defining = false;
   size_t defining_frames = 0;
-  bool event = false;  // something happened since the snapshot
+  bool choosing = false;  // looks at alternatives, of which none has been taken yet
+  bool event = false;     // something happened since the snapshot
 };
 
 namespace lumos {
@@ -131,6 +133,18 @@ lumo_type_t called_signature(const Task& task);
 void refuse_effect(const char* operation);
 inline void check_effect(const char* operation) {
   if (current_task->defining) refuse_effect(operation);
+}
+// The same for what may come to another result when the snapshot is looked at once more: a fault in functions
+// that guards and templates of alternatives call.
+void refuse_choice(const char* operation);
+inline void check_choice(const char* operation) {
+  check_effect(operation);
+  if (current_task->choosing) refuse_choice(operation);
+}
+// Tells whether an alternative is taken.
+inline bool takes(bool is_taken) {
+  if (is_taken) current_task->choosing = false;
+  return is_taken;
 }
 
 // Mismatches are not logged meanwhile, since they are no failure.

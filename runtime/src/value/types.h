@@ -93,6 +93,14 @@ inline bool is_record_kind(lumo_type_kind_t k) {
   return k == lumo_type_kind_record || k == lumo_type_kind_set || k == lumo_type_kind_signature ||
          k == lumo_type_kind_component;
 }
+// What a template in the field or parameter is restricted to; 0 for nothing.
+constexpr unsigned restricted_to_omit = 1, restricted_to_value = 2, restricted_to_present = 3;
+inline unsigned restriction_of(const lumo_field_info_t& f) {
+  return f.property & lumo_field_property_omit_templ_restr_c      ? restricted_to_omit
+         : f.property & lumo_field_property_value_templ_restr_c   ? restricted_to_value
+         : f.property & lumo_field_property_present_templ_restr_c ? restricted_to_present
+                                                                  : 0;
+}
 inline bool is_optional(const lumo_field_info_t& f) {
   return f.property & lumo_field_property_optional_c;
 }

@@ -32,8 +32,8 @@ T3Inference InferLengthForm(T3Tree_Node* node, T3Candidates& candidates, bool, b
   return InferLengthRange(node->as<T3LengthRange>(), candidates, report);
 }
 
-T3Inference InferValueOfForm(T3Tree_Node* node, T3Candidates& candidates, bool, bool) {
-  return InferValueOf(node->as<T3ValueOf>(), candidates);
+T3Inference InferValueOfForm(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool) {
+  return InferValueOf(node->as<T3ValueOf>(), candidates, strict);
 }
 
 // Which kinds have a form stands beside them: with sanitizers, no pointer is compared before the program

@@ -93,7 +93,7 @@ T3Inference InferTemplateFunction(_T3PreDefinedTemplateFunction* node, T3Candida
                                   bool report);
 T3Inference InferRegexp(T3Regexp* node, T3Candidates& candidates, bool strict, bool report);
 T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, bool report);
-T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates);
+T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates, bool strict);
 T3Inference InferOperation(T3Tree_Node* node, T3Candidates& candidates, bool strict, bool report);
 void InferRecipients(T3Tree_Node* node);
 T3Inference InferDefinition(T3TemplateDef* definition, T3Candidates& candidates, bool strict,

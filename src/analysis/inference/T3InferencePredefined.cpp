@@ -191,7 +191,28 @@ T3Inference InferMatch(T3Match* node, T3Candidates& candidates, bool strict, boo
   return FinishOne(node, candidates, gT3BooleanType, false, strict, report);
 }
 
-T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates) {
+namespace {
+bool NamesDeclared(T3Tree_Node* reference) {
+  if (!reference->is<_T3Reference>()) return false;
+  T3Tree_Node* root = reference;
+  while (root->is<_T3Qualification>()) root = root->as<_T3Qualification>()->base;
+  const auto is_declared = [](T3Tree_Node* def) { return T3Is<_T3Decl>(def) || T3Is<_T3FormalPar>(def); };
+  return is_declared(Def(reference)) || is_declared(Def(root));
+}
+
+// Where several types would do, and one is that of the operand itself, it is that one.
+void PreferOwnType(T3Tree_Node* operand, T3Candidates& candidates) {
+  auto* definition = operand->try_as<T3TemplateDef>();
+  if (!NamesDeclared(definition == nullptr ? operand : definition->constraint)) return;
+  if (Fails(operand, Anything())) return;
+  T3Candidates own = candidates;
+  Exclude(own, LocalOf(operand), BaseOf(operand), false, true);
+  if (own.CountValid() == 1) candidates = own;
+}
+}  // namespace
+
+T3Inference InferValueOf(T3ValueOf* node, T3Candidates& candidates, bool strict) {
+  if (strict && candidates.CountValid() > 1) PreferOwnType(node->template_value, candidates);
   const T3Inference result = InferAny(node->template_value, candidates);
   SetResult(node, result == T3Inference::Good ? Check(candidates) : gT3ErrorType);
   return result;

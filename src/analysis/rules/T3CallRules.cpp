@@ -25,8 +25,14 @@ bool HasDefault(T3Tree_Node* par) {
 // values may be used for matching.
 void CheckActual(T3Tree_Node* actual, T3Tree_Node* formal) {
   auto* par = formal->try_as<_T3TypedFormal>();
-  if (par == nullptr || IsPortOrPortArray(par)) return;
+  if (par == nullptr) return;
   T3Tree_Node* value = ConstraintOf(actual);
+  if (IsPortOrPortArray(par)) {
+    const bool is_matching = value->is<_T3MatchingExpression>() || value->is<ExtraMatchingExpressions>();
+    if ((is_matching || value->is<T3Omit>()) && !HasFailed(value))
+      vexa_filtered_error(ERR_lvalue, PositionOf(actual));
+    return;
+  }
   if (par->pass == t3_par_pass_t::In) {
     if (par->is<T3FormalPar>() && value->is<T3Omit>())
       vexa_filtered_error(ERR_not_allowed_for, PositionOf(actual), "'omit'", "template value");

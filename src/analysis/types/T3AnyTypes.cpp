@@ -29,10 +29,20 @@ T3Tree_Node* Meaning(T3Tree_Node* at, tIdent name, tIdent module, const tPositio
   return NewIdentify1(at->place->env, name, KeyOf(at, module), position, false);
 }
 
+// NoIdent for a built-in type, which each module declares for itself.
+tIdent ModuleOf(T3Tree_Node* declared) {
+  return declared->place == nullptr ? NoIdent : declared->place->vexa_module_name;
+}
+
+bool IsSameMember(T3Tree_Node* a, T3Tree_Node* b) {
+  return a == b || (ModuleOf(a) == NoIdent && ModuleOf(b) == NoIdent && T3Is<_T3Decl>(a) &&
+                    T3Is<_T3Decl>(b) && a->as<_T3Decl>()->name == b->as<_T3Decl>()->name);
+}
+
 // The identifier of "module.type"; a built-in type belongs to the module that uses it.
 tIdent MakeQualifiedId(T3Tree_Node* decl, const T3Place& place) {
   T3Tree_Node* owner = BehindImport(decl);
-  tIdent module = owner->place == nullptr ? NoIdent : owner->place->vexa_module_name;
+  tIdent module = ModuleOf(owner);
   if (module == NoIdent) module = place.vexa_module_name;
   return gIdents.MakeIdent(std::string(gIdents.GetString(module)) + "." +
                            std::string(gIdents.GetString(owner->as<_T3Decl>()->name)));
@@ -104,7 +114,7 @@ void ReportNoAnyTypeMember(T3Tree_Node* at, tIdent name, tIdent module, const tP
 int64_t AnyTypeAlternative(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
   T3Tree_Node* type = BehindImport(type_decl);
   for (const auto [number, field] : Numbered<T3FieldType>(AnyTypeFields(anytype)))
-    if (BehindImport(Def(field->type->as<T3TypeReference>()->reference)) == type)
+    if (IsSameMember(BehindImport(Def(field->type->as<T3TypeReference>()->reference)), type))
       return static_cast<int64_t>(number);
   return -1;
 }

@@ -28,11 +28,36 @@ inline constexpr uint32_t kMaxStringUnits = 32001;
 inline constexpr uint16_t kFormatVersion = 213;
 
 enum MainType : uint8_t {
-#define MAIN_TYPE(number, name, tag, constructed, asn1_name) name = number,
+#define MAIN_TYPE(number, name, tag, constructed, in_ttcn, asn1_name) name = number,
 #include "asn1/front/MainTypes.def"
 #undef MAIN_TYPE
   kNoValue = 41,  // of a value only
 };
+
+/// What a main type is in TTCN-3: a type with its name, one of those that are character strings, a type made
+/// anew for each use, one whose values come as octets; something else or nothing.
+enum class InTtcn : uint8_t { kNamed, kText, kMade, kOpen, kElse };
+
+struct MainTypeRow {
+  const char* name;
+  int tag;
+  bool constructed;
+  InTtcn in_ttcn;
+  const char* asn1_name;
+};
+inline constexpr MainTypeRow typeArr[] = {
+#define MAIN_TYPE(number, name, tag, constructed, in_ttcn, asn1_name) \
+  {#name, tag, constructed, InTtcn::in_ttcn, asn1_name},
+#include "asn1/front/MainTypes.def"
+#undef MAIN_TYPE
+};
+/// The row of a main type; numbers that are none have that of no type.
+constexpr const MainTypeRow& rowOf(MainType type) {
+  return typeArr[type < TYP_NONE ? type : TYP_NONE];
+}
+constexpr InTtcn inTtcn(MainType type) {
+  return rowOf(type).in_ttcn;
+}
 
 struct MNode {
   uint16_t version_first, version;  // word 0

@@ -275,14 +275,6 @@ class FromHome {
         return String(type, home, depth, LUMO_BITSTRING_TYPE);
       case TYP_OCTSTR:
         return String(type, home, depth, LUMO_OCTETSTRING_TYPE);
-      case TYP_NUMSTR:
-      case TYP_PRISTR:
-      case TYP_VISSTR:
-      case TYP_IA5STR:
-      case TYP_GENTIME:
-      case TYP_UTCTIME:
-      case TYP_OBJDESCR:
-        return String(type, home, depth, LUMO_CHARSTRING_TYPE);
       case TYP_OBJID:
         text_.w(v + " = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + " (" +
                 LeafType(type, LUMO_OBJECTIDENTIFIER_TYPE) + " , strategy, context);\n");
@@ -297,6 +289,7 @@ class FromHome {
       case TYP_OPEN:
         return Open(type, home, depth);
       default:
+        if (IsText(base)) return String(type, home, depth, LUMO_CHARSTRING_TYPE);
         t3asn_warn("Unrecognized leaf type.");
     }
   }

@@ -81,6 +81,10 @@ const char* cBuiltinStringTstCFunc(const AsnType& type) {
   }
 }
 
+bool IsText(const AsnType& type) {
+  return inTtcn(getTypeMainType(type)) == InTtcn::kText || getTypeMainType(type) == TYP_OBJDESCR;
+}
+
 std::string RunTimeType(const AsnType& type) {
   if (isDefinedType(type))
     return "vexa_" + getModuleRef(*type.module) + "_" + getMetaTypeId(type) + "_type_struct";

@@ -18,6 +18,8 @@ std::string getMetaTypeId(const AsnType& type);
 std::string RunTimeType(const AsnType& type);
 /// What a routine of the tools is called after for a type's kind: "BitString", "IA5String".
 const char* cBuiltinStringTstCFunc(const AsnType& type);
+/// Whether values of a type are character strings.
+bool IsText(const AsnType& type);
 /// Whether the user supplies a type's conversions.
 bool isOwnFunction(const AsnType& type);
 /// Calls for each definition, and for each component or element that is a type without a name, with its name

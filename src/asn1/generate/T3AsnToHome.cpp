@@ -215,13 +215,6 @@ class ToHome {
         return String("objidval", home, depth, ", context);\n");
       case TYP_BITSTR:
       case TYP_OCTSTR:
-      case TYP_NUMSTR:
-      case TYP_PRISTR:
-      case TYP_VISSTR:
-      case TYP_IA5STR:
-      case TYP_OBJDESCR:
-      case TYP_GENTIME:
-      case TYP_UTCTIME:
         return String(cBuiltinStringTstCFunc(type), home, depth, ");\n");
       case TYP_EXTERNAL:
         return External(home, depth);
@@ -233,6 +226,7 @@ class ToHome {
         text_.w(", ");
         return text_.w(Var(depth) + ", context);\n");
       default:
+        if (IsText(base)) return String(cBuiltinStringTstCFunc(type), home, depth, ");\n");
         t3asn_warn("Unrecognized leaf type.");
     }
   }

@@ -1,4 +1,5 @@
 // ASN.1 types as types of TTCN-3.
+#include <algorithm>
 #include <vector>
 
 #include "asn1/integration/T3Mesk.h"
@@ -37,37 +38,14 @@ tPosition At(const ModRec& module, int line, int column) {
   return position;
 }
 
-const char* BuiltinName(MainType type) {
-  switch (type) {
-    case TYP_BOOLEAN:
-      return "BOOLEAN";
-    case TYP_INTEGER:
-      return "INTEGER";
-    case TYP_REAL:
-      return "REAL";
-    case TYP_BITSTR:
-      return "BIT_STRING";
-    case TYP_OCTSTR:
-      return "OCTET_STRING";
-    case TYP_NULL:
-      return "NULL";
-    case TYP_OBJID:
-      return "OBJECT_IDENTIFIER";
-    case TYP_ANY:
-    case TYP_OPEN:
-      return "ANY";
-    case TYP_EXTERNAL:
-      return "EXTERNAL";
-    case TYP_NUMSTR:
-    case TYP_PRISTR:
-    case TYP_VISSTR:
-    case TYP_IA5STR:
-    case TYP_GENTIME:
-    case TYP_UTCTIME:
-      return getTypeMainTypeStri(type);
-    default:
-      return nullptr;
-  }
+// The name of a main type that is declared in each module; empty for others.
+std::string BuiltinName(MainType type) {
+  if (type == TYP_OPEN) return BuiltinName(TYP_ANY);
+  const InTtcn kind = inTtcn(type);
+  if (kind != InTtcn::kNamed && kind != InTtcn::kText && kind != InTtcn::kOpen) return {};
+  std::string name = getTypeMainTypeStri(type);
+  std::replace(name.begin(), name.end(), ' ', '_');
+  return name;
 }
 
 Node Unsupported(const AsnType& type, MainType main_type) {
@@ -236,7 +214,7 @@ Node translate_type(const AsnType& type) {
   } else if (main_type == TYP_SELECTION) {
     node = SelectedType(type);
     is_subtype = isDefinedType(type) && T3Is<T3TypeReference>(node);
-  } else if (const char* name = BuiltinName(main_type)) {
+  } else if (const std::string name = BuiltinName(main_type); !name.empty()) {
     node = NamedType(name, position);
     is_subtype = true;
   } else {

@@ -292,19 +292,9 @@ Node translate_value(const AsnValue& written, const Governor& of) {
       return Alternative(value, governor, position);
     case TYP_OBJID:
       return ObjectIdentifier(value, position);
-    case TYP_NUMSTR:
-    case TYP_PRISTR:
-    case TYP_VISSTR:
-    case TYP_IA5STR:
-    case TYP_GENTIME:
-    case TYP_UTCTIME:
-      return CharString(value, position);
-    case TYP_ANY:
-    case TYP_EXTERNAL:
-    case TYP_OPEN:
-      return Refused(written, of.type, main_type, position);
     default:
-      return nullptr;
+      if (inTtcn(main_type) == InTtcn::kText) return CharString(value, position);
+      return inTtcn(main_type) == InTtcn::kOpen ? Refused(written, of.type, main_type, position) : nullptr;
   }
 }
 

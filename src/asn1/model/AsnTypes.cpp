@@ -7,17 +7,6 @@
 
 namespace asn1 {
 namespace {
-struct MainTypeRow {
-  int tag;
-  bool constructed;
-  const char* asn1_name;
-};
-// By main type.
-constexpr MainTypeRow typeArr[] = {
-#define MAIN_TYPE(number, name, tag, constructed, asn1_name) {tag, constructed, asn1_name},
-#include "asn1/front/MainTypes.def"
-#undef MAIN_TYPE
-};
 // No chain of references in a sound syntax file is as long as this.
 constexpr int kLongestChain = 10000;
 
@@ -93,7 +82,7 @@ MainType getBaseTypeMainType(const AsnType& type) {
 }
 
 const char* getTypeMainTypeStri(MainType type) {
-  return type <= TYP_NONE ? typeArr[type].asn1_name : "?!?";
+  return type <= TYP_NONE ? rowOf(type).asn1_name : "?!?";
 }
 
 AsnType forSynonymType(const AsnType& type) {
@@ -263,8 +252,8 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
       continue;
     }
     // EXTERNAL is encoded as the SEQUENCE that it stands for.
-    const bool constructed = typeArr[main_type].constructed || main_type == TYP_EXTERNAL;
-    if (typeArr[main_type].tag > 0) add(kTagUniversal, typeArr[main_type].tag, constructed);
+    const MainTypeRow& row = rowOf(main_type);
+    if (row.tag > 0) add(kTagUniversal, row.tag, row.constructed || main_type == TYP_EXTERNAL);
     return tags;
   }
   fatalError(kInternal, "Unable to find synonym type.");

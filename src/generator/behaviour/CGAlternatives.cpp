@@ -1,4 +1,7 @@
 #include "generator/behaviour/CGAlternatives.h"
+
+#include <algorithm>
+
 #include "generator/expressions/CGModes.h"
 
 #include "analysis/flow/T3AltStatus.h"
@@ -9,6 +12,7 @@
 #include "generator/behaviour/CGAltParts.h"
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/behaviour/CGStatement.h"
 #include "generator/templates/CGTemplate.h"
@@ -517,10 +521,26 @@ std::string SentValue(T3Tree_Node* node, CFunction& function) {
 }
 }  // namespace
 
+namespace {
+// Whether the type of an exception does not tell the call that it answers.
+bool TakesSeveralCalls(T3Tree_Node* port) {
+  const T3PortTypes types = PortTypesIn(cg::TypeOf(port));
+  const auto is_signature = [](T3Tree_Node* type) { return type->is<T3SignatureType>(); };
+  return std::count_if(types.base.begin(), types.base.end(), is_signature) > 1;
+}
+
+// What goes to a recipient, as it is before that one is looked for.
+std::string BeforeRecipient(const std::string& value, T3Tree_Node* given, T3Tree_Node* recipient,
+                            CFunction& function) {
+  return cg::Operands({given, recipient}).MayChange(0, false, function) ? cg::Kept(value, function) : value;
+}
+}  // namespace
+
 void CGSend(T3SendStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
-  const std::string value = SentValue(statement->template_value, function);
+  const std::string value = BeforeRecipient(SentValue(statement->template_value, function),
+                                            statement->template_value, statement->recipient, function);
   function.call(LUMO_PORT_SEND, {port, value, Recipient(statement->recipient, function), VEXA_CONTEXT});
 }
 
@@ -562,9 +582,13 @@ void CGReply(T3ReplyStmt* statement, CFunction& function) {
 void CGRaise(T3RaiseStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
-  const std::string value = CGTemplateExpression(statement->template_value, vexa_template_plain, function);
+  const std::string value =
+      BeforeRecipient(CGTemplateExpression(statement->template_value, vexa_template_plain, function),
+                      statement->template_value, statement->recipient, function);
   auto* definition = statement->template_value->try_as<T3TemplateDef>();
   T3Tree_Node* exception = definition != nullptr ? definition->constraint : statement->template_value;
+  if (TakesSeveralCalls(statement->port))
+    function.call(LUMO_PORT_ANSWERS, {VEXATypeRef(statement->signature), VEXA_CONTEXT});
   function.call(LUMO_PORT_RAISE, {port, VEXATypeRef(ExpressionLocalType(exception)), value,
                                   Recipient(statement->recipient, function), VEXA_CONTEXT});
 }

@@ -320,26 +320,26 @@ std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function
                                    : cg::InRTS(rhs, vexa_temp_alloc, function);
 }
 
-// A value as it is now, whatever the left side does on its way to the target.
-std::string Kept(const std::string& value, CFunction& function) {
-  const std::string kept = cg::Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(kept, LUMO_VALUE_COPY, {value, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  return kept;
+// The value of a right side; as it is now, where the way to its target may change it.
+std::string RightSideBefore(T3Tree_Node* whole, T3Tree_Node* rhs, T3Tree_Node* target, CFunction& function) {
+  const bool is_kept = (!whole->is<T3Identifier>() && cg::Reads(rhs, target)) ||
+                       cg::Operands({rhs, whole}).MayChange(0, false, function);
+  std::string value = RightSide(whole, rhs, function);
+  return is_kept ? cg::Kept(value, function) : value;
 }
 
 void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
   T3Tree_Node* whole = cg::WholeOf(field);
   const std::string index = std::to_string(cg::PlaceOfField(field));
-  const bool reads = cg::Reads(rhs, field);
   if (IsRecordOrSetType(cg::TypeOf(whole))) {
-    std::string value = RightSide(whole, rhs, function);
-    if (reads && !whole->is<T3Identifier>()) value = Kept(value, function);
+    const std::string value = RightSideBefore(whole, rhs, field, function);
     const std::string parent = LeftSideParent(whole, function);
     function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
     return ElementModified(parent, index, function);
   }
   // The alternative is chosen before it gets its value, unless that comes from the alternative before.
-  const std::string value = reads ? Kept(RightSide(whole, rhs, function), function) : "";
+  const bool reads = cg::Reads(rhs, field);
+  const std::string value = reads ? cg::Kept(RightSide(whole, rhs, function), function) : "";
   const std::string parent = LeftSideParent(whole, function);
   const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
@@ -357,9 +357,10 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
   const char* word = type->is<T3ArrayType>() ? LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL
                      : IsStringType(type)    ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
                                              : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
-  const std::string index = cg::InC(element->index, function);
-  std::string value = RightSide(element->base, rhs, function);
-  if (!element->base->is<T3Identifier>() && cg::Reads(rhs, element)) value = Kept(value, function);
+  cg::InC(element->index, function);
+  const std::string index =
+      cg::Operands({element->index, rhs, element->base}).Location(0, vexa_c_mode, function);
+  const std::string value = RightSideBefore(element->base, rhs, element, function);
   const std::string parent = LeftSideParent(element->base, function);
   function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
   ElementModified(parent, index, function);
@@ -389,7 +390,7 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   if (!statement->rhs->is<T3CompoundValue>() || !cg::Reads(statement->rhs, statement->lhs))
     return CGAssign(target, statement->rhs, true, function);
   // What is filled in place is a copy, since the parts are made of the old value.
-  const std::string filled = Kept(target, function);
+  const std::string filled = cg::Kept(target, function);
   CGAssign(filled, statement->rhs, false, function);
   function.call(LUMO_VALUE_ASSIGN, {target, filled, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
@@ -409,9 +410,13 @@ std::string TemplateList(T3Tree_Node* list, CFunction& function) {
   const size_t count = Items<T3TemplateListItem>(list).size();
   std::string array = function.declareArray(LUMO_VALUE_T, count + 1);
   const auto slot = [&array](size_t i) { return array + "[" + std::to_string(i) + "]"; };
-  size_t i = 0;
-  for (auto* item : Items<T3TemplateListItem>(list))
-    function.assign(slot(i++), Logged(item->expression, function));
+  std::vector<T3Tree_Node*> items;
+  for (auto* item : Items<T3TemplateListItem>(list)) items.push_back(item->expression);
+  const cg::Operands operands(items);
+  for (size_t i = 0; i < count; ++i) {
+    const std::string logged = Logged(items[i], function);
+    function.assign(slot(i), operands.MayChange(i, true, function) ? cg::Kept(logged, function) : logged);
+  }
   function.assign(slot(count), C_NULL);
   return array;
 }

@@ -47,6 +47,24 @@ std::string TemplateArgument(T3Tree_Node* actual, T3FormalTemplatePar* formal, C
   return cg::InRTS(object, CGTemplateMode().with(CGAccess::Write), function);
 }
 
+bool IsInTemplateVariable(T3Tree_Node* node) {
+  if (auto* element = node->try_as<T3Subscription>()) return IsInTemplateVariable(element->base);
+  if (auto* field = node->try_as<T3Qualifier>(); field != nullptr && cg::IsField(field))
+    return IsInTemplateVariable(cg::WholeOf(field));
+  auto* variable = Def(node)->try_as<T3VarDecl>();
+  return variable != nullptr && variable->is_template_variable;
+}
+
+// What a template variable holds has to be a value where the parameter is one.
+std::string ValueArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
+  const std::string location = cg::InRTS(actual, vexa_temp_alloc, function);
+  if (!IsInTemplateVariable(actual)) return location;
+  const std::vector<std::string> arguments{location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT};
+  if (!IsReferenceParameter(formal)) return cg::Call(LUMO_VALUEOF, arguments);
+  function.call(LUMO_VALUEOF, arguments);
+  return location;
+}
+
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   if (auto* template_par = formal->try_as<T3FormalTemplatePar>())
@@ -55,10 +73,18 @@ std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   const bool is_out =
       formal->is<_T3TypedFormal>() && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
-  std::string location =
-      is_out ? cg::PlaceToWrite(actual, false, function) : cg::InRTS(actual, vexa_temp_alloc, function);
+  const std::string location =
+      is_out ? cg::PlaceToWrite(actual, false, function) : ValueArgument(actual, formal, function);
   if (is_behaviour_call || IsReferenceParameter(formal)) return location;
   return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+}
+
+// The location of an argument among others; as it is now, where one behind it may change it.
+std::string Argument(const cg::Operands& given, size_t at, T3Tree_Node* formal, bool is_behaviour_call,
+                     CFunction& function) {
+  const std::string argument = Argument(given.All()[at], formal, is_behaviour_call, function);
+  const bool is_kept = !IsReferenceParameter(formal) && given.MayChange(at, true, function);
+  return is_kept ? cg::Kept(argument, function) : argument;
 }
 
 std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, bool has_result,
@@ -67,17 +93,13 @@ std::string CGActualParameterList1(T3Tree_Node* actuals, T3Tree_Node* formals, b
   if (!T3Is<T3ActualPar>(actuals) && count == 0 && !has_result) return C_NULL;
   // An array is no variable that another statement could use: each call has its own.
   std::string array = function.declareArray(LUMO_VALUE_T, count + (has_result ? 2 : 1));
+  const cg::Operands given = GivenActuals(actuals);
   unsigned index = 0;
-  T3Tree_Node* actual = actuals;
   for (auto* formal : Items<_T3FormalPar>(formals)) {
-    const std::string slot = Slot(array, index++);
-    if (!T3Is<T3ActualPar>(actual)) {
-      function.assign(slot, LUMO_VALUE_DEFAULT_C);
-      continue;
-    }
-    function.assign(slot,
-                    Argument(actual->as<T3ActualPar>()->expression, formal, is_behaviour_call, function));
-    actual = actual->as<T3ActualPar>()->next;
+    function.assign(Slot(array, index), index < given.All().size()
+                                            ? Argument(given, index, formal, is_behaviour_call, function)
+                                            : LUMO_VALUE_DEFAULT_C);
+    ++index;
   }
   function.assign(Slot(array, index + (has_result ? 1 : 0)), C_NULL);
   return array;
@@ -141,8 +163,14 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
   return CGActualParameterList1(actuals, formals, has_result, true, function);
 }
 
-std::string CGArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
-  return Argument(actual, formal, true, function);
+cg::Operands GivenActuals(T3Tree_Node* actuals) {
+  std::vector<T3Tree_Node*> given;
+  for (auto* actual : Items<T3ActualPar>(actuals)) given.push_back(actual->expression);
+  return cg::Operands(std::move(given));
+}
+
+std::string CGArgument(const cg::Operands& given, size_t at, T3Tree_Node* formal, CFunction& function) {
+  return Argument(given, at, formal, true, function);
 }
 
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals,

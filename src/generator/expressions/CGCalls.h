@@ -5,6 +5,7 @@
 
 #include "FileAPI/CFunction.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "frontend/T3Tree.h"
 
 /// The number of formal parameters.
@@ -19,8 +20,10 @@ std::string CGActualParameterList(T3Tree_Node* actuals, T3Tree_Node* formals, bo
                                   CFunction& function);
 /// The same with copies of the values, for a test case.
 std::string CGActualParameterListForTestcase(T3Tree_Node* actuals, T3Tree_Node* formals, CFunction& function);
+/// What is given in a list of actual parameters.
+cg::Operands GivenActuals(T3Tree_Node* actuals);
 /// The location of what is given for one parameter; "lumo_value_default_c" for `-`.
-std::string CGArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function);
+std::string CGArgument(const cg::Operands& given, size_t at, T3Tree_Node* formal, CFunction& function);
 
 /// A callee needs a value to write into where the field that is passed was omitted.
 void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,

@@ -7,6 +7,7 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/expressions/CGExpressionParts.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
@@ -36,8 +37,10 @@ void AssignPart(const std::string& word, const std::string& target, const std::s
 
 // The text of an item's index in a list whose first index is `first`.
 std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunction& function) {
-  if (auto* place = item->field->try_as<T3FieldIndex>())
-    return CastToUnsignedLong(InC(place->index, function));
+  if (auto* place = item->field->try_as<T3FieldIndex>()) {
+    InC(place->index, function);
+    return CastToUnsignedLong(Operands({place->index, item->value}).Location(0, vexa_c_mode, function));
+  }
   return std::to_string(first + static_cast<int64_t>(position));
 }
 

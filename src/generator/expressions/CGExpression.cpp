@@ -57,29 +57,15 @@ const char* C2RTSFunction(const T3Tree_Node* type) {
   }
 }
 
-// The type of a variable of C that can hold a value of a type; null for what is not held in one.
-const char* VariableType(const T3Tree_Node* type) {
-  switch (type->kind) {
-    case T3Kind::T3Integer:
-      return LUMO_LONG_INTEGER_T;
-    case T3Kind::T3Float:
-      return C_DOUBLE;
-    case T3Kind::T3Boolean:
-      return C_BOOL;
-    default:
-      return nullptr;
-  }
-}
-
 // ---- Forms ----
 
-std::span<const cg::Form> g_forms;
+const cg::Form* g_forms = nullptr;
 cg::InPlaceForm g_in_place = nullptr;
 
 void GenerateForm(T3Tree_Node* node, CGMode mode, CFunction& function) {
-  for (const cg::Form form : g_forms)
-    if (form(node, mode, function)) return;
-  cg::NotSupported(node);
+  if (!node->is<_T3Expression>()) cg::NotSupported(node);
+  const cg::Form form = g_forms[static_cast<size_t>(node->kind) - _T3Expression::kFirst];
+  if (form == nullptr || !form(node, mode, function)) cg::NotSupported(node);
 }
 
 // ---- Cached literals ----
@@ -160,13 +146,29 @@ void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
 }  // namespace
 
 namespace cg {
-void SetForms(std::span<const Form> forms, InPlaceForm in_place) {
-  g_forms = forms;
+void SetForms(std::span<const Form, kForms> forms, InPlaceForm in_place) {
+  g_forms = forms.data();
   g_in_place = in_place;
 }
 
 std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function) {
   return g_in_place(node, mode, function);
+}
+
+const char* CVariableType(const T3Tree_Node* type) {
+  switch (type->kind) {
+    case T3Kind::T3Integer:
+    case T3Kind::T3EnumType:
+      return LUMO_LONG_INTEGER_T;
+    case T3Kind::T3Float:
+      return C_DOUBLE;
+    case T3Kind::T3Boolean:
+      return C_BOOL;
+    case T3Kind::T3CharacterType:
+      return C_CHAR;
+    default:
+      return nullptr;
+  }
 }
 
 const char* RTS2CFunction(T3Tree_Node* node, const T3Tree_Node* type) {
@@ -219,7 +221,7 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
   constexpr size_t kLong = 500;
   const bool is_c = form == vexa_c_mode;
   std::string text = is_c ? CLocation(node) : RTSLocation(node);
-  const char* type = text.size() <= kLong ? nullptr : is_c ? VariableType(TypeOf(node)) : LUMO_VALUE_T;
+  const char* type = text.size() <= kLong ? nullptr : is_c ? CVariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;
   Variables own;
   std::string& name = (variables != nullptr ? *variables : own)[type];
@@ -235,12 +237,20 @@ std::string Temporary(const std::string& type, CFunction& function) {
   return name;
 }
 
+namespace {
+// What a function that returns a template may give back.
+t3_template_restriction_t RestrictionOfResult(T3Tree_Node* node) {
+  auto* function = node->is<T3Parameterization>() ? BehindImport(Def(node))->try_as<T3Function>() : nullptr;
+  return function == nullptr ? t3_template_restriction_t::None : function->returns_template_restr;
+}
+}  // namespace
+
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
   std::string name = Temporary(LUMO_VALUE_T, function);
   std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)),
                                         AllocationMode(mode.allocation)};
-  if (mode.is_template) arguments.emplace_back("0");
+  if (mode.is_template) arguments.push_back(std::to_string(static_cast<int>(RestrictionOfResult(node))));
   arguments.emplace_back(VEXA_CONTEXT);
   function.callAndAssign(
       name, mode.is_template ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,

@@ -22,6 +22,8 @@ std::string InC(T3Tree_Node* node, CFunction& function);
 std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Variables by their types.
 using Variables = std::map<std::string, std::string>;
+/// The type of a variable of C that can hold a value of a type; null for what is not held in one.
+const char* CVariableType(const T3Tree_Node* type);
 /// The location of a node that has one in this form. A long text is first put into a variable, one of
 /// `variables` where that is given: what is nested deeply would otherwise be written once more at each level.
 std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
@@ -71,6 +73,8 @@ T3Tree_Node* WholeOf(T3Qualifier* field);
 /// The place of a field among the fields of the whole; in `anytype`, of the type that it names.
 int64_t PlaceOfField(T3Qualifier* field);
 
+/// True for the literal of an integer that takes more than 64 bits.
+bool IsBeyondIntegers(T3Tree_Node* node);
 /// True for a literal with characters beyond ASCII.
 bool IsWideLiteral(T3Tree_Node* node);
 
@@ -78,9 +82,12 @@ bool IsWideLiteral(T3Tree_Node* node);
 using Form = bool (*)(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Makes a template of what stands where one is wanted, and returns its location.
 using InPlaceForm = std::string (*)(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
-/// What CGExpression asks, one after another; the list is the caller's, and stays. A node for which all
-/// return false is not supported. `in_place` is what TemplateInPlace calls.
-void SetForms(std::span<const Form> forms, InPlaceForm in_place);
+/// As many as there are kinds of expressions.
+constexpr size_t kForms = _T3Expression::kLast - _T3Expression::kFirst + 1;
+/// The form of each kind of expression, in the order of the kinds; the list is the caller's, and stays. A
+/// node of a kind that has none, or whose form returns false, is not supported. `in_place` is what
+/// TemplateInPlace calls.
+void SetForms(std::span<const Form, kForms> forms, InPlaceForm in_place);
 /// The location of a template: a T3TemplateDef or an expression at its place of use.
 std::string TemplateInPlace(T3Tree_Node* node, vexa_template_mode_t mode, CFunction& function);
 

@@ -36,19 +36,26 @@ std::string TextOf(T3Tree_Node* literal) {
   return std::string(written.size() < 2 ? written : written.substr(1, written.size() - 2));
 }
 
-// Leading zeros would make an octal number of it. A number of more than 64 bits, which was warned of, counts
-// as the greatest one, as for the analysis.
-std::string IntegerText(tStringRef value) {
+const std::string& GreatestInteger() {
   static const std::string greatest = std::to_string(std::numeric_limits<int64_t>::max());
-  std::string_view digits = StringM::StGetString(value);
+  return greatest;
+}
+
+// Leading zeros would make an octal number of it.
+std::string_view DigitsOf(T3IntLiteral* literal) {
+  std::string_view digits = StringM::StGetString(literal->value);
   while (digits.size() > 1 && digits.front() == '0') digits.remove_prefix(1);
-  const bool fits =
-      digits.size() < greatest.size() || (digits.size() == greatest.size() && digits <= greatest);
-  return Call(LUMO_LONG_INTEGER_LITERAL, {fits ? std::string(digits) : greatest});
+  return digits;
+}
+
+// A number of more than 64 bits, which was warned of, counts as the greatest one, as for the analysis.
+std::string IntegerText(T3IntLiteral* literal) {
+  return Call(LUMO_LONG_INTEGER_LITERAL,
+              {IsBeyondIntegers(literal) ? GreatestInteger() : std::string(DigitsOf(literal))});
 }
 
 std::string CValueString(T3Tree_Node* node) {
-  if (auto* integer = node->try_as<T3IntLiteral>()) return IntegerText(integer->value);
+  if (auto* integer = node->try_as<T3IntLiteral>()) return IntegerText(integer);
   if (auto* number = node->try_as<T3FloatLiteral>()) return StringM::StGetCStr(number->value);
   if (node->is<T3Infinity>()) return "(1.0 / 0.0)";  // ASN.1 has it as a value
   if (auto* truth = node->try_as<T3BooleanLiteral>()) return truth->value ? C_TRUE : C_FALSE;
@@ -225,6 +232,14 @@ void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& functi
   const std::vector<WideChar> characters = WideCharsOf(node);
   function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
                 {target, WideTable(characters), std::to_string(characters.size()), VEXA_CONTEXT});
+}
+
+bool IsBeyondIntegers(T3Tree_Node* node) {
+  auto* literal = node->try_as<T3IntLiteral>();
+  if (literal == nullptr) return false;
+  const std::string_view digits = DigitsOf(literal);
+  const std::string& greatest = GreatestInteger();
+  return digits.size() > greatest.size() || (digits.size() == greatest.size() && digits > greatest);
 }
 
 bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {

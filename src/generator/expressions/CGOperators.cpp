@@ -4,6 +4,7 @@
 
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 
@@ -68,9 +69,27 @@ std::string Negated(const std::string& text) {
   return C_NOT + text;
 }
 
+// Both operands of an operator, the left one as it is before the right one is evaluated.
+struct Both {
+  std::string left;
+  std::string right;
+};
+
+Both OperandsOf(T3Tree_Node* left, vexa_expression_mode_t left_form, T3Tree_Node* right,
+                vexa_expression_mode_t right_form, CFunction& function) {
+  CGExpression(left, left_form, vexa_temp_alloc, function);
+  ShortLocation(left, left_form, function);
+  const std::string kept = Operands({left, right}).Location(0, left_form, function);
+  CGExpression(right, right_form, vexa_temp_alloc, function);
+  return {kept, ShortLocation(right, right_form, function)};
+}
+
+Both OperandsOf(_T3BinaryExpression* node, vexa_expression_mode_t form, CFunction& function) {
+  return OperandsOf(node->left, form, node->right, form, function);
+}
+
 void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& function) {
-  const std::string left = InC(node->left, function);
-  std::string right = InC(node->right, function);
+  auto [left, right] = OperandsOf(node, vexa_c_mode, function);
   // C knows no fault that could end a test case alone.
   if (node->is<T3Divide>() && !node->right->is<T3IntLiteral>() && !node->right->is<T3FloatLiteral>())
     right = Call(TypeOf(node)->is<T3Integer>() ? LUMO_DIVISOR : LUMO_FLOAT_DIVISOR, {right, VEXA_CONTEXT});
@@ -79,8 +98,7 @@ void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& functi
 
 // Comparisons of run-time values.
 void GenerateRelational(_T3BinaryExpression* node, const char* word, bool negated, CFunction& function) {
-  const std::string left = InRTS(node->left, vexa_temp_alloc, function);
-  const std::string right = InRTS(node->right, vexa_temp_alloc, function);
+  const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
   const std::string call = Call(word, {left, right, VEXA_CONTEXT});
   StoreCLocation(node, negated ? Negated(call) : call);
 }
@@ -95,8 +113,7 @@ void GenerateOrder(_T3BinaryExpression* node, CFunction& function) {
 }
 
 void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
-  const std::string left = InC(node->left, function);
-  const std::string right = InC(node->right, function);
+  const auto [left, right] = OperandsOf(node, vexa_c_mode, function);
   StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
 }
 
@@ -117,15 +134,13 @@ void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
 }
 
 void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode mode, CFunction& function) {
-  const std::string left = InRTS(node->left, vexa_temp_alloc, function);
-  const std::string right = InRTS(node->right, vexa_temp_alloc, function);
+  const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
   StoreRTSLocation(node,
                    Call(RTValueWord(node), {left, right, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode mode, CFunction& function) {
-  const std::string value = InRTS(node->value, vexa_temp_alloc, function);
-  const std::string count = InC(node->shift, function);
+  const auto [value, count] = OperandsOf(node->value, vexa_rts_mode, node->shift, vexa_c_mode, function);
   StoreRTSLocation(node,
                    Call(ShiftWord(node), {value, count, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
@@ -136,7 +151,9 @@ void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
     StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
   } else {
     const char* op = node->is<T3UnaryMinus>() ? C_MINUS : C_NOT;
-    StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + ")");
+    // The least number has one more than the greatest.
+    const char* rest = node->is<T3UnaryMinus>() && IsBeyondIntegers(node->arg) ? " - 1)" : ")";
+    StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + rest);
   }
 }
 

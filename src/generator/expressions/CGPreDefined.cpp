@@ -4,6 +4,7 @@
 #include "asn1/integration/T3Representation.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
 #include "generator/text/CLocations.h"
@@ -82,8 +83,26 @@ void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> 
   StoreRTSLocation(node, Call(word, arguments));
 }
 
-std::string Number(T3Tree_Node* node, CFunction& function) {
-  return CastToUnsignedLong(InC(node, function));
+// The operands of a function in their order, each in the form that is wanted of it.
+struct Wanted {
+  T3Tree_Node* operand;
+  vexa_expression_mode_t form;
+  bool is_index = false;
+  Mode mode = vexa_temp_alloc;
+};
+
+std::vector<std::string> InOrder(const std::vector<Wanted>& all, CFunction& function) {
+  std::vector<T3Tree_Node*> nodes;
+  for (const Wanted& one : all) nodes.push_back(one.operand);
+  const Operands operands(nodes);
+  std::vector<std::string> texts;
+  for (size_t i = 0; i < all.size(); ++i) {
+    CGExpression(nodes[i], all[i].form, all[i].mode, function);
+    ShortLocation(nodes[i], all[i].form, function);
+    const std::string text = operands.Location(i, all[i].form, function);
+    texts.push_back(all[i].is_index ? CastToUnsignedLong(text) : text);
+  }
+  return texts;
 }
 
 // The functions are told what stands there, a template too.
@@ -110,15 +129,17 @@ void Plain(_T3PreDefinedFunction* node, Mode mode, CFunction& function) {
     const char* word = node->is<T3Int2Bit>()   ? LUMO_INT2BIT
                        : node->is<T3Int2Hex>() ? LUMO_INT2HEX
                                                : LUMO_INT2OCT;
-    const std::string value = InC(node->value, function);
-    return Store(node, word, {value, InC(sized->length, function)}, mode);
+    return Store(node, word, InOrder({{node->value, vexa_c_mode}, {sized->length, vexa_c_mode}}, function),
+                 mode);
   }
   if (auto* replace = node->try_as<T3Replace>()) {
-    const std::string value = InRTS(node->value, vexa_temp_alloc, function);
-    const std::string index = Number(replace->index, function);
-    const std::string count = Number(replace->count, function);
     return Store(node, LUMO_REPLACE,
-                 {value, index, count, InRTS(replace->replace_with, vexa_temp_alloc, function)}, mode);
+                 InOrder({{node->value, vexa_rts_mode},
+                          {replace->index, vexa_c_mode, true},
+                          {replace->count, vexa_c_mode, true},
+                          {replace->replace_with, vexa_rts_mode}},
+                         function),
+                 mode);
   }
   const std::string varying = VaryingWord(node);
   if (!varying.empty()) {
@@ -154,6 +175,16 @@ std::string OfItsType(T3Tree_Node* operand, CFunction& function) {
               {VEXATypeRef(ExpressionLocalType(operand)), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
 
+void PartOf(T3Tree_Node* node, const char* word, T3Tree_Node* whole, T3Tree_Node* index, T3Tree_Node* count,
+            Mode mode, CFunction& function) {
+  Store(node, word,
+        InOrder({{whole, vexa_rts_mode, false, CGTemplateMode()},
+                 {index, vexa_c_mode, true},
+                 {count, vexa_c_mode, true}},
+                function),
+        mode);
+}
+
 void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& function) {
   T3Tree_Node* operand = node->template_value;
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
@@ -161,6 +192,10 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& funct
   if (node->is<T3SizeOfType>() || NamesType(operand))
     return StoreCLocation(
         node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {OfItsType(operand, function), VEXA_CONTEXT})));
+  if (auto* part = node->try_as<T3Substring>())
+    return PartOf(node, LUMO_SUBSTRING, operand, part->index, part->count, mode, function);
+  if (auto* part = node->try_as<T3Decompose>())
+    return PartOf(node, LUMO_DECOMPOSE, operand, part->index, part->count, mode, function);
   const std::string value = node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
@@ -171,16 +206,6 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& funct
       return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
     case T3Kind::T3EncValue:
       return Store(node, LUMO_ENCVALUE, {value}, mode);
-    case T3Kind::T3Substring: {
-      const std::string index = Number(node->as<T3Substring>()->index, function);
-      return Store(node, LUMO_SUBSTRING, {value, index, Number(node->as<T3Substring>()->count, function)},
-                   mode);
-    }
-    case T3Kind::T3Decompose: {
-      const std::string index = Number(node->as<T3Decompose>()->index, function);
-      return Store(node, LUMO_DECOMPOSE, {value, index, Number(node->as<T3Decompose>()->count, function)},
-                   mode);
-    }
     default:
       NotSupported(node);
   }
@@ -193,9 +218,12 @@ bool PreDefinedFunction(T3Tree_Node* node, Mode mode, CFunction& function) {
   } else if (auto* of_template = node->try_as<_T3PreDefinedTemplateFunction>()) {
     OfTemplate(of_template, mode, function);
   } else if (auto* regexp = node->try_as<T3Regexp>()) {
-    const std::string text = InRTS(regexp->argument, vexa_temp_alloc, function);
-    const std::string pattern = InRTS(regexp->pattern, vexa_temp_alloc, function);
-    Store(node, LUMO_REGEXP_REGEXP, {text, pattern, InC(regexp->number, function)}, mode);
+    Store(node, LUMO_REGEXP_REGEXP,
+          InOrder({{regexp->argument, vexa_rts_mode},
+                   {regexp->pattern, vexa_rts_mode},
+                   {regexp->number, vexa_c_mode}},
+                  function),
+          mode);
   } else {
     return false;
   }

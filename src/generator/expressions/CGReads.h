@@ -1,8 +1,13 @@
-// Whether an expression reads what an assignment changes: where it does not, the target may be
-// filled in place.
+// What expressions read and change: a target is filled in place where the right side does not read it, and
+// an operand is kept as it was where what is evaluated behind it changes what it reads.
 #pragma once
 
+#include <string>
+#include <vector>
+
+#include "FileAPI/CFunction.h"
 #include "frontend/T3Tree.h"
+#include "generator/expressions/CGExpression.h"
 
 namespace cg {
 /// The name at the bottom of a reference to a part.
@@ -10,4 +15,27 @@ T3Tree_Node* RootOfReference(T3Tree_Node* reference);
 /// True where the value of the expression may depend on the variable that `target` is, or is a part of: it
 /// names it, what may be the same variable by another name, or calls what may use it.
 bool Reads(T3Tree_Node* expression, T3Tree_Node* target);
+/// True where evaluating the expression may change a variable, or anything else that expressions ask for.
+bool HasEffects(T3Tree_Node* expression);
+
+/// The operands of one construct in the order of their evaluation. A location says where a value will be
+/// found; one that an operand behind it may change is replaced by the value that is there now.
+class Operands {
+ public:
+  explicit Operands(std::vector<T3Tree_Node*> operands);
+  const std::vector<T3Tree_Node*>& All() const { return operands_; }
+  /// True where evaluating what stands behind operand `at` may change what its location reads. `is_stored`:
+  /// the location is put somewhere before that, so that only what it leads to can change.
+  bool MayChange(size_t at, bool is_stored, const CFunction& function) const;
+  /// The location of an operand, which has one, after which the operands behind it may be evaluated.
+  std::string Location(size_t at, vexa_expression_mode_t form, CFunction& function) const;
+
+ private:
+  std::vector<T3Tree_Node*> operands_;
+  // How many stand before, and with, the last one that has effects.
+  size_t count_ = 0;
+};
+
+/// The value that a location leads to, as it is now.
+std::string Kept(const std::string& location, CFunction& function);
 }  // namespace cg

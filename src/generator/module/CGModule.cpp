@@ -4,6 +4,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/modules/T3Global.h"
 #include "generator/module/CGDecl.h"
+#include "generator/module/CGForms.h"
 #include "generator/module/CGIncludes.h"
 #include "generator/behaviour/CGFunction.h"
 #include "generator/expressions/CGExpressionParts.h"
@@ -16,10 +17,6 @@
 #include "generator/text/T3Context.h"
 
 namespace {
-constexpr cg::Form kForms[] = {cg::Operator, cg::Literal,   cg::PreDefinedFunction,
-                               cg::Matching, cg::Behaviour, cg::Reference,
-                               cg::Compound};
-
 // Whether what is generated beside an ASN.1 module is part of its generated code, and whether codecs are.
 bool HasExternalHeader(T3Module* module) {
   return T3ReprToLanguage(module) == language_asn1 && (GetCodecGeneration(module) & kCodecNoTranslation) == 0;
@@ -199,7 +196,7 @@ void CGModule(T3Tree_Node* node) {
   gT3Context.storeCurrentModuleName(module->name);
   ResetLiteralTable();
   AddModuleBuiltinTypes(module);
-  cg::SetForms(kForms, CGInlinedTemplate);
+  CGSetForms();
   CGImportDecl(module->definition_part);
   CGGlobalConstants(module->definition_part);
   CGDecl(module->definition_part);

@@ -109,19 +109,21 @@ std::string DefaultArgument(_T3FormalPar* formal, CFunction& function) {
   T3Tree_Node* value = typed == nullptr ? nullptr : typed->default_value;
   if (!T3Is<T3TemplateDef>(value) && (!T3Is<_T3Expression>(value) || value->is<T3NoExpression>()))
     return LUMO_VALUE_DEFAULT_C;
-  return CGArgument(value, formal, function);
+  return CGArgument(cg::Operands({value}), 0, formal, function);
 }
 
 std::string Vector(T3TemplateDecl* decl, T3Tree_Node* actuals, CFunction& function) {
   std::vector<std::string> arguments;
+  const cg::Operands given = GivenActuals(actuals);
   for (_T3FormalPar* formal : FormalsOf(decl)) {
-    auto* actual = T3Is<T3ActualPar>(actuals) ? actuals->as<T3ActualPar>() : nullptr;
-    // They stand outside of the definition, and may be evaluated for one around it as well.
-    if (actual != nullptr) ResetLocations(actual->expression);
-    const std::string given =
-        actual == nullptr ? LUMO_VALUE_DEFAULT_C : CGArgument(actual->expression, formal, function);
-    arguments.push_back(given == LUMO_VALUE_DEFAULT_C ? DefaultArgument(formal, function) : given);
-    if (actual != nullptr) actuals = actual->next;
+    const size_t at = arguments.size();
+    std::string argument = LUMO_VALUE_DEFAULT_C;
+    if (at < given.All().size()) {
+      // They stand outside of the definition, and may be evaluated for one around it as well.
+      ResetLocations(given.All()[at]);
+      argument = CGArgument(given, at, formal, function);
+    }
+    arguments.push_back(argument == LUMO_VALUE_DEFAULT_C ? DefaultArgument(formal, function) : argument);
   }
   std::string array = function.declareArray(LUMO_VALUE_T, arguments.size() + 1);
   arguments.emplace_back(C_NULL);

@@ -9,6 +9,7 @@
 #include "frontend/T3GlobalASTNodes.h"
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/templates/CGInheritedArguments.h"
@@ -52,6 +53,8 @@ std::vector<LocalReference> GetLocalRefs(T3Tree_Node* constraint) {
   ForEachFreeNode(constraint, [&](T3Tree_Node* node) {
     if (IsFunctionCall(node)) {
       references.push_back({node, count++});
+      // What it writes is another value behind it.
+      if (cg::HasEffects(node)) known.clear();
       return false;
     }
     if (!node->is<T3Identifier>() || !IsLocal(Def(node))) return true;
@@ -181,8 +184,12 @@ std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& functi
   std::vector<std::string> arguments;
   {
     const InheritedArguments inherited(definition, "", function);
-    for (T3Tree_Node* reference : Distinct(references))
-      arguments.push_back(RHSHelper(reference, keeps, function));
+    const std::vector<T3Tree_Node*> passed = Distinct(references);
+    const cg::Operands operands(passed);
+    for (size_t i = 0; i < passed.size(); ++i) {
+      const std::string argument = RHSHelper(passed[i], keeps, function);
+      arguments.push_back(operands.MayChange(i, false, function) ? cg::Kept(argument, function) : argument);
+    }
   }
   T3TemplateDecl* decl = Explicification(definition, references);
   std::string array = C_NULL;

@@ -5,6 +5,7 @@
 #include "generator/expressions/CGCalls.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/options/T3CommandLine.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -26,9 +27,14 @@ const char* ListKind(T3Tree_Node* node) {
 
 void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode mode, CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
+  std::vector<T3Tree_Node*> nodes;
+  for (auto* at : Items<T3ValueListItem>(values)) nodes.push_back(at->value);
+  const Operands operands(nodes);
   std::vector<std::string> items;
-  for (auto* at : Items<T3ValueListItem>(values))
-    items.push_back(InRTS(at->value, mode.temporary(), function));
+  for (size_t i = 0; i < nodes.size(); ++i) {
+    InRTS(nodes[i], mode.temporary(), function);
+    items.push_back(operands.Location(i, vexa_rts_mode, function));
+  }
   const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
   for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
   function.assign(array + "[" + std::to_string(items.size()) + "]", C_NULL);
@@ -42,7 +48,9 @@ std::string Bound(T3Tree_Node* node, CFunction& function) {
 
 void RangeMatch(T3ValueRange* node, Mode mode, CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
-  const std::string lower = Bound(node->lb, function);
+  std::string lower = Bound(node->lb, function);
+  if (!IsInfinityExpression(node->lb))
+    lower = Operands({node->lb, node->ub}).Location(0, vexa_rts_mode, function);
   const std::string upper = Bound(node->ub, function);
   function.call(LUMO_TEMPLATE_SET_VALUE_RANGE, {target, lower, upper, C_FALSE, VEXA_CONTEXT});
 }
@@ -127,7 +135,9 @@ void MatchOperation(T3Match* node, CFunction& function) {
                  "Type mismatch in match statement: will always evaluate to false", node->position);
     return StoreCLocation(node, "false");
   }
-  const std::string value = InRTS(node->expression, vexa_temp_alloc, function);
+  InRTS(node->expression, vexa_temp_alloc, function);
+  const std::string value =
+      Operands({node->expression, node->template_value}).Location(0, vexa_rts_mode, function);
   const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
   StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
 }

@@ -128,6 +128,12 @@ TEST(Codecs, AdditionsOfAStructureWithoutOptionalComponents) {
   EXPECT_EQ(Recoded("Added", kBer, octets, kBer), octets);
 }
 
+TEST(Codecs, AdditionsBeyondTheSmallNumbers) {
+  EXPECT_EQ(Recoded("Many", kBer, {0x0a, 0x01, 0x40}, kPerAligned), (Octets{0xbf}));
+  EXPECT_EQ(Recoded("Many", kBer, {0x0a, 0x01, 0x41}, kPerAligned), (Octets{0xc0, 0x01, 0x40}));
+  EXPECT_EQ(Recoded("Many", kPerUnaligned, {0xc0, 0x50, 0x00}, kBer), (Octets{0x0a, 0x01, 0x41}));
+}
+
 TEST(Codecs, ElementsWithoutBitsAreBounded) {
   // Fragments of 64 K elements, one octet each, in lists of lists.
   const Octets fragments(3000, 0xc4);
