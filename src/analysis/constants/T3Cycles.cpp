@@ -1,5 +1,6 @@
 // The graphs of what declarations of a module need: values and types, templates, modifications. Structured
-// types may contain themselves, so that only parents of subtypes, constraints and bounds count.
+// types may contain themselves, so that only parents of subtypes, constraints and bounds count; a record or a
+// set in whose fields each value has to hold another one has no value, which a graph of its own shows.
 #include <algorithm>
 #include <map>
 #include <set>
@@ -13,6 +14,7 @@
 #include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
+#include "support/NumberMap.h"
 
 namespace {
 struct Graphs {
@@ -29,6 +31,11 @@ T3DependencyGraph& gTemplateDeps = *new T3DependencyGraph([](T3Tree_Node* node) 
   return node->as<T3TemplateDecl>()->attr().modification_index;
 });
 bool g_template_cycles = false;
+
+/// Records and sets with those that each of their values holds.
+NumberMap<T3DependencyGraph::Index>& g_contents_places = *new NumberMap<T3DependencyGraph::Index>;
+T3DependencyGraph& gContents = *new T3DependencyGraph(
+    [](T3Tree_Node* node) -> T3DependencyGraph::Index& { return g_contents_places[node->number]; });
 
 bool IsOfModule(const T3Tree_Node* decl, const T3Tree_Node* user) {
   return decl->place != nullptr && user->place != nullptr &&
@@ -58,10 +65,12 @@ void Collect(T3Tree_Node* root, T3Tree_Node* user, Wanted wanted, T3NodeList& fo
   });
 }
 
-// The array that a type is, behind its names, or null. Names of names go on for a while only, so that many
-// fields at the end of a long chain do not walk it again and again.
+// Names of names are followed for a while only, so that many fields at the end of a long chain do not walk it
+// again and again.
+constexpr int kMostLinks = 32;
+
+// The array that a type is, behind its names, or null.
 T3ArrayType* ArrayBehind(T3Tree_Node* type, const T3Tree_Node* user) {
-  constexpr int kMostLinks = 32;
   for (int links = 0; links < kMostLinks && !type->is<T3ArrayType>(); ++links) {
     if (auto* subtype = type->try_as<T3SubType>()) {
       type = subtype->parent;
@@ -134,11 +143,42 @@ void Enter(T3DependencyGraph& graph, T3Tree_Node* decl, T3NodeList& needed,
     if (graph.addDependency(decl, other)) vexa_filtered_error(cycle, PositionOf(other));
 }
 
+// The declaration of the record or set of which a value holds one at least, or null.
+T3Tree_Node* RecordBehind(T3Tree_Node* type, const T3Tree_Node* user) {
+  for (int links = 0; links < kMostLinks; ++links) {
+    if (auto* subtype = type->try_as<T3SubType>()) {
+      type = subtype->parent;
+    } else if (auto* array = type->try_as<T3ArrayType>()) {
+      type = array->type;
+    } else {
+      auto* reference = type->try_as<T3TypeReference>();
+      T3Tree_Node* decl = reference == nullptr ? nullptr : Def(reference->reference);
+      if (!T3Is<T3TypeDecl>(decl) || !IsOfModule(decl, user)) return nullptr;
+      type = decl->as<T3TypeDecl>()->type;
+      if (type->is<T3RecordType>() || type->is<T3SetType>()) return decl;
+    }
+  }
+  return nullptr;
+}
+
+void EnterContents(T3TypeDecl* decl) {
+  if (!decl->type->is<T3RecordType>() && !decl->type->is<T3SetType>()) return;
+  T3NodeList held;
+  gContents.addDependencyNode(decl);
+  for (auto* at : Items<T3FieldType>(decl->type->as<_T3StructuredType>()->body)) {
+    T3Tree_Node* record = at->optional ? nullptr : RecordBehind(at->type, decl);
+    if (record == nullptr || std::find(held.begin(), held.end(), record) != held.end()) continue;
+    held.push_back(record);
+    if (gContents.addDependency(decl, record)) vexa_filtered_error(ERR_cycle_const, PositionOf(at));
+  }
+}
+
 void EnterConstant(T3Tree_Node* decl) {
   T3NodeList needed;
   if (auto* type = decl->try_as<T3TypeDecl>()) {
     CollectType(type->type, decl, needed);
     CollectFields(type->type, decl, needed);
+    EnterContents(type);
   }
   if (decl->is<_T3InstanceValueDecl>()) {
     CollectType(decl->as<_T3InstanceValueDecl>()->type, decl, needed);
@@ -202,6 +242,8 @@ void ResetDependencies() {
   KeepOrders();
   g_graphs.constants.Clear();
   g_graphs.templates.Clear();
+  gContents.Clear();
+  g_contents_places.clear();
 }
 
 void resetTemplateDependencies() {

@@ -11,6 +11,7 @@
 #include "analysis/constants/T3ConstantValues.h"
 #include "analysis/constants/T3KnownTexts.h"
 #include "analysis/types/T3Constants.h"
+#include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/constants/T3Faults.h"
 #include "analysis/names/T3Names.h"
@@ -346,6 +347,28 @@ void CheckNextSubtype(T3Tree_Node* type, T3Tree_Node* expression) {
   }
 }
 
+// A length that a subtype allows and the one above it with lengths of its own does not.
+void CheckLengthBound(T3LengthRange* above, T3Tree_Node* bound) {
+  const auto length = KnownInteger(bound);
+  const auto low = KnownInteger(above->lb);
+  const auto high = above->ub->is<T3NoExpression>() ? low : KnownInteger(above->ub);
+  if (!length || !low || !high || IsOpen(bound) || HasFault(above) || HasFault(bound)) return;
+  if (*low <= *length && *length <= *high) return;
+  vexa_filtered_error(ERR_subtype_length, PositionOf(bound), std::to_string(*length), std::to_string(*low),
+                      std::to_string(*high));
+}
+
+void CheckLengthBounds(T3LengthRange* range, T3Tree_Node* type) {
+  if (BaseTypeDef(type)->is<T3ErrorType>()) return;
+  for (type = LocalTypeDef(type); type->is<T3SubType>(); type = LocalTypeDef(type->as<T3SubType>()->parent)) {
+    auto* above = type->as<T3SubType>()->constraint->try_as<T3LengthRange>();
+    if (above == nullptr) continue;
+    CheckLengthBound(above, range->lb);
+    if (!range->ub->is<T3NoExpression>()) CheckLengthBound(above, range->ub);
+    return;
+  }
+}
+
 // ---- What is to be checked ----
 
 // An expression whose type is a subtype, noted by the evaluation. Walking the whole tree once more, where
@@ -354,7 +377,7 @@ struct Subtyped {
   tPosition position;
   uint32_t order;
   _T3Expression* expression;
-  /// The type above, for a value that a subtype lists; null otherwise.
+  /// The type above, for a value that a subtype lists, or for its lengths; null otherwise.
   T3Tree_Node* type = nullptr;
 };
 std::vector<Subtyped>& g_subtyped = *new std::vector<Subtyped>;
@@ -377,14 +400,16 @@ bool ComesFromAsn(T3Tree_Node* node) {
 // What a subtype of a subtype allows is allowed by the latter; constraints of ASN.1 are cut with each other.
 void NoteBounds(T3Tree_Node* node) {
   auto* subtype = node->as<T3SubType>();
-  auto* list = subtype->constraint->try_as<T3ValueList>();
-  if (list == nullptr || !T3Is<T3SubType>(LocalTypeDef(subtype->parent)) || ComesFromAsn(list)) return;
+  if (!T3Is<T3SubType>(LocalTypeDef(subtype->parent)) || ComesFromAsn(subtype)) return;
   const auto note = [subtype](T3Tree_Node* value) {
     if (!T3Is<_T3Expression>(value) || IsOpen(value) || TypeNamed(value) != nullptr || !IsConstant(value))
       return;
     g_subtyped.push_back({PositionOf(value), static_cast<uint32_t>(g_subtyped.size()),
                           value->as<_T3Expression>(), subtype->parent});
   };
+  if (subtype->constraint->is<T3LengthRange>()) note(subtype->constraint);
+  auto* list = subtype->constraint->try_as<T3ValueList>();
+  if (list == nullptr) return;
   for (auto* item : Items<T3ValueListItem>(list->values)) {
     auto* range = item->value->try_as<T3ValueRange>();
     note(range == nullptr ? item->value : range->lb);
@@ -415,6 +440,13 @@ void CheckSubtypes1(_T3Expression* expression) {
   T3Tree_Node* type = expression->attr().expression_local_type;
   if (T3Is<T3SubType>(type) && IsConstant(expression)) CheckAllSubtypes(type, expression);
 }
+
+void Check(const Subtyped& noted) {
+  auto* lengths = noted.expression->try_as<T3LengthRange>();
+  if (noted.type == nullptr) return CheckSubtypes1(noted.expression);
+  if (lengths != nullptr) return CheckLengthBounds(lengths, noted.type);
+  CheckNextSubtype(noted.type, noted.expression);
+}
 }  // namespace
 
 std::span<const T3Rule> SubtypeRules() {
@@ -428,9 +460,7 @@ void EnterType() {
 void CheckSubtypes(T3Tree_Node*) {
   std::sort(g_subtyped.begin(), g_subtyped.end(), StandsBefore);
   for (const Subtyped& noted : g_subtyped)
-    if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0)
-      noted.type != nullptr ? CheckNextSubtype(noted.type, noted.expression)
-                            : CheckSubtypes1(noted.expression);
+    if (g_replaced.empty() || g_replaced.count(noted.expression->number) == 0) Check(noted);
 }
 
 void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/constants/T3KnownTexts.h"
 #include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
@@ -306,6 +307,12 @@ bool IsInSubType(T3Tree_Node* range) {
   return T3Is<T3SubType>(at);
 }
 
+// A range goes from one character to another; no text lies between two others.
+bool HasSeveralCharacters(T3Tree_Node* bound) {
+  const auto text = KnownText(bound);
+  return text && text->kind == T3Kind::T3CharStringLiteral && LengthOfText(*text) != 1;
+}
+
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
@@ -313,6 +320,8 @@ void CheckValueRange(T3Tree_Node* node) {
       Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||
       Reversed(ConstCharValue(range->lb), ConstCharValue(range->ub)))
     vexa_filtered_error(ERR_arr_bounds, range->position);
+  if (HasSeveralCharacters(range->lb) || HasSeveralCharacters(range->ub))
+    return vexa_filtered_error(ERR_type_range_subtype, range->position);
   // Those of subtypes are told at the subtype.
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(range));
   if (!IsWildcardType(type) && !HasRanges(type) && !IsInSubType(range))

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/constants/T3ConstantValues.h"
 #include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
@@ -53,11 +54,37 @@ bool IsOutOf(T3Tree_Node* type, std::optional<int64_t> index) {
   return bounds ? *index < bounds->low || *index > bounds->high : *index < 0;
 }
 
-// A list is asked when the suite runs.
+// The largest number of elements that the subtypes of a list allow.
+std::optional<int64_t> MostElements(T3Tree_Node* type) {
+  std::optional<int64_t> most;
+  for (; type->is<T3SubType>(); type = LocalTypeDef(type->as<T3SubType>()->parent)) {
+    auto* range = type->as<T3SubType>()->constraint->try_as<T3LengthRange>();
+    const auto high =
+        range != nullptr ? KnownInteger(IsGiven(range->ub) ? range->ub : range->lb) : std::nullopt;
+    if (high && (!most || *high < *most)) most = high;
+  }
+  return most;
+}
+
+// A constant has its elements, and a list of a subtype no more than that allows. Any other list is asked when
+// the suite runs.
+bool IsBehindList(T3Tree_Node* list, std::optional<int64_t> index) {
+  if (!index || *index < 0) return false;
+  const auto most = MostElements(LocalTypeDef(list));
+  auto* value = ConstantValueOf(list)->try_as<T3CompoundValue>();
+  if (value == nullptr || !IsConstant(list)) return most && *index >= *most;
+  bool known = true;
+  const int64_t length = ExpressionLength(value, known);
+  return known && *index >= length;
+}
+
 void CheckIndex(T3Tree_Node* node) {
   auto* subscription = node->as<T3Subscription>();
-  T3Tree_Node* type = HasFailed(subscription->base) ? nullptr : ExpressionBaseType(subscription->base);
-  if (T3Is<T3ArrayType>(type) && IsOutOf(type, KnownInteger(subscription->index)))
+  if (HasFailed(subscription->base)) return;
+  T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(subscription->base));
+  const auto index = KnownInteger(subscription->index);
+  const bool list = type->is<T3RecordOfType>() || type->is<T3SetOfType>();
+  if (list ? IsBehindList(subscription->base, index) : type->is<T3ArrayType>() && IsOutOf(type, index))
     vexa_filtered_error(ERR_arr_out_of_bounds, subscription->position);
 }
 

@@ -8,10 +8,12 @@
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
+#include "analysis/walk/T3Subtree.h"
 #include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
+#include "driver/diagnostics/T3ToldErrors.h"
 #include "driver/modules/T3UTF8String.h"
 #include "support/StringM.h"
 
@@ -76,12 +78,22 @@ void CheckDivision(T3Tree_Node* node) {
     vexa_filtered_error(ERR_div_by_zero, division->position);
 }
 
+bool HasMessageInside(T3Tree_Node* expression) {
+  bool told = false;
+  ForEachInSubtree(expression, [&told](T3Tree_Node* node) {
+    told = told || (node->is<_T3Expression>() && vexa_error_is_told(PositionOf(node)));
+    return !told;
+  });
+  return told;
+}
+
 // The size of an array is known before the suite is compiled. An expression that has failed, or stands on a
 // constant that has, has had its message.
 void CheckArrayBounds(T3Tree_Node* node) {
   T3Tree_Node* bound = node->as<T3ArrayType>()->dimension;
   const auto varies = [](T3Tree_Node* expression) {
-    return IsGiven(expression) && !KnownInteger(expression) && !HasFault(expression);
+    return IsGiven(expression) && !KnownInteger(expression) && !HasFault(expression) &&
+           !HasMessageInside(expression);
   };
   auto* single = bound->try_as<T3SingleBound>();
   auto* range = bound->try_as<T3RangeBound>();

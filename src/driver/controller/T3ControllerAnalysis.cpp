@@ -10,6 +10,7 @@
 #include "driver/controller/T3Controller.h"
 #include "frontend/T3Tree.h"
 #include "support/FormatText.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 const char* NameOf(T3Tree_Node* module) {
@@ -28,8 +29,17 @@ std::vector<T3Module*> ImportedModules(T3Tree_Node* module) {
   return imported;
 }
 
+using Modules = std::set<const T3Tree_Node*>;
+
 // The modules that a changed one reaches through imports, over however many steps.
-std::set<const T3Tree_Node*>& with_changed_imports = *new std::set<const T3Tree_Node*>;
+Modules& with_changed_imports = *new Modules;
+// Those whose imports must have all that they may need now.
+Modules& needing_more = *new Modules;
+const ModuleCache kCache{[] {
+                           with_changed_imports.clear();
+                           needing_more.clear();
+                         },
+                         ModuleCache::Holds::ForRun};
 
 bool IsAnalysed(compiler_action_t action) {
   return action != action_parse && action != action_generate_only;
@@ -45,8 +55,8 @@ bool AnalyzeModule(T3Tree_Node* module) {
   vexa_compiler_phases(GetVerbosity(module),
                        FormatText("Analyzing %s module \"%s\"", T3ReprToString(module), NameOf(module)));
   const bool passed = T3Module_analyze(module);
-  PropagateOptimizationInfo(module);
   PropagateBuildAvoidanceInfo(module);
+  PropagateOptimizationInfo(module);
   CleanupAnalysisIntermediateData(module);
   SaveModule_gT3IntegerType(module);
   return passed;
@@ -125,10 +135,24 @@ bool CheckDependencies(T3Tree_Node* module) {
   return true;
 }
 
-void PropagateOptimizationInfo(T3Tree_Node* module) {
-  if (!module->as<T3Module>()->file_changed) return;
-  for (T3Module* imported : ImportedModules(module))
-    if (imported->unused_definitions_removed) RequireGeneration(imported);
+// What had been left out of an import, and is used now, uses more of what that imports in turn. Code that
+// holds all declarations uses all of them, wherever such code comes anew.
+void PropagateOptimizationInfo(T3Tree_Node* node) {
+  auto* module = node->as<T3Module>();
+  const bool whole = !gT3CommandLine.optimize && ImportsChanged(module);
+  if (!module->file_changed && !module->code_generation_necessary && !whole) return;
+  std::vector<T3Tree_Node*> open{module};
+  while (!open.empty()) {
+    T3Tree_Node* user = open.back();
+    open.pop_back();
+    if (!needing_more.insert(user).second) continue;
+    for (T3Module* imported : ImportedModules(user)) {
+      if (!imported->unused_definitions_removed) continue;
+      if (user == module && module->file_changed) RequireGeneration(imported);
+      with_changed_imports.insert(imported);
+      open.push_back(imported);
+    }
+  }
 }
 
 void PropagateBuildAvoidanceInfo(T3Tree_Node* module) {

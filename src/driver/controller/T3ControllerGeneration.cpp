@@ -67,11 +67,7 @@ void SaySkipped(T3Module* module, const char* name) {
 // What changed may show in the code through several imports, or not: the code tells.
 bool CompileWhereDifferent(T3Module* module, const char* name) {
   keeping = {true, false};
-  // Code that holds all declarations is compared with such.
-  const int optimize = gT3CommandLine.optimize;
-  if (!module->unused_definitions_removed) gT3CommandLine.optimize = 0;
   const bool generated = T3Module_generate(module);
-  gT3CommandLine.optimize = optimize;
   if (keeping.kept)
     SaySkipped(module, name);
   else

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "driver/diagnostics/Errors.h"
+#include "driver/diagnostics/T3ToldErrors.h"
 #include "driver/options/T3CommandLine.h"
 #include "support/ModuleCaches.h"
 
@@ -56,6 +57,10 @@ void vexa_check_limit() {
 void vexa_error(const std::string& text, const tPosition& position) {
   gErrors.Message(text, kError, position);
   vexa_check_limit();
+}
+
+bool vexa_error_is_told(const tPosition& position) {
+  return errorMap.contains(position);
 }
 
 void vexa_error_through_filter(const std::string& text, const tPosition& position,
