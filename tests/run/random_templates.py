@@ -324,7 +324,8 @@ class Templates:
         for f, ft, optional in self.rng.sample(t[2], self.rng.randint(1, len(t[2]))):
             if ft[0] == "record" and (fields[f].fields or fields[f].any_value) and self.rng.random() < 0.6:
                 text, some[f] = self.modification(ft, fields[f], scope)
-            elif ft[0] in ("list", "array", "union"):  # what is written of both would be merged
+            # What is written of both would be merged.
+            elif ft[0] in ("list", "array", "union") or ft[0] == "record" and not fields[f].any_value:
                 some[f] = ANY_OR_OMIT if optional and self.rng.random() < 0.5 else ANY
                 text = some[f].text
             else:

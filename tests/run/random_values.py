@@ -603,7 +603,9 @@ def check_module(arguments, seed):
         folder, seed)
     found = found_results(run(["./Random", "-n", "-v", "info,ttcn3"], folder, seed, (0, 1)))
     for i, (want, have) in enumerate(zip(expected, found)):
-        if want != have:
+        # A fault of an operand may be found when those behind it, which may log, have been evaluated.
+        until_fault = (have[0][:len(want[0])], have[1]) if want[1] == "error" else have
+        if want != until_fault:
             sys.exit(f"seed {seed}: TC_{i} differs\n expected {want}\n found    {have}")
     if len(found) != len(expected):
         sys.exit(f"seed {seed}: {len(found)} of {len(expected)} programs ended")

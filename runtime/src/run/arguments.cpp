@@ -64,7 +64,8 @@ struct Call {
     if (restriction_of(formals[i])) take_restricted(i);
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
-    const bool fits = belongs(argv[i], formals[i].type);
+    // The callee may write to its own value whatever the parameter's type allows.
+    const bool fits = belongs(argv[i], formals[i].type) && !is_narrower(argv[i], formals[i].type);
     if (fits && !may_change(whole_of(argv[i]))) return;
     save(argv[i]);
     Value copy =

@@ -137,6 +137,9 @@ void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
 
 void CompoundValue(T3CompoundValue* node, Mode mode, CFunction& function) {
   T3Tree_Node* type = TypeOf(node);
+  // A value that is made here is one of the module's own `anytype`, wherever it is assigned to.
+  if (type->is<T3AnyType>() && !HasRTSLocation(node) && !IsT3ASN_1(type))
+    type = CGCurrentModule()->attr().my_anytype;
   const std::string target = AllocateRTSValue(node, mode, function);
   if (type->is<T3UnionType>() || type->is<T3AnyType>())
     FillUnion(node, type, target, mode.temporary(), function);
