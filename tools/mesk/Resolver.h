@@ -32,6 +32,7 @@ class Resolver {
   void finishLater();
   void declareModules();
   void makeDefinitions();
+  void importPredefined(const Module& module, const ImportAst& import);
   void linkImports(Module& module);
   void checkImported(const Module& module, const ImportAst& import, const Module& from,
                      std::string_view symbol, int token);

@@ -18,6 +18,8 @@ constexpr const char* kBuiltins =
     "  WITH SYNTAX { &Type IDENTIFIED BY &id [HAS PROPERTY &property] }\n"
     "END\n";
 
+// The module of what is defined without a source; its names are known everywhere.
+constexpr std::string_view kPredefined = "ISO8824";
 constexpr size_t kMostNodes = 400000;
 
 }  // namespace
@@ -52,9 +54,20 @@ Module* Resolver::findModule(std::string_view name) const {
   return found == module_names_.end() ? nullptr : found->second;
 }
 
+void Resolver::importPredefined(const Module& module, const ImportAst& import) {
+  for (const auto& [symbol, token] : import.symbols)
+    if (!isReservedWord(symbol))
+      reporter_.error(module.place(token),
+                      inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));
+}
+
 void Resolver::linkImports(Module& module) {
   for (const ImportAst& import : module.imports) {
     Module* from = findModule(import.module);
+    if (!from && import.module == kPredefined) {
+      importPredefined(module, import);
+      continue;
+    }
     if (!from) {
       reporter_.error(module.place(import.token),
                       "the imported module " + inQuotes(import.module) + " was not found");
