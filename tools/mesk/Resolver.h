@@ -31,6 +31,7 @@ class Resolver {
   void guarded(const std::function<void()>& action);
   void finishLater();
   void declareModules();
+  std::vector<Module*> importedFirst() const;
   void makeDefinitions();
   void importPredefined(const Module& module, const ImportAst& import);
   void linkImports(Module& module);
