@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <optional>
+#include <sstream>
 
 namespace {
 // The remembered names, in a list that a signal handler can walk at any moment: entries are never taken
@@ -179,8 +179,10 @@ namespace {
 /// The text of a file behind its first comment; nothing for a file that cannot be read.
 std::optional<std::string> TextBehindComment(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::ostringstream whole;
+  whole << in.rdbuf();
+  if (!in.is_open() || whole.bad()) return std::nullopt;
+  const std::string text = whole.str();
   const size_t end = text.starts_with("/*") ? text.find("*/") : std::string::npos;
   return end == std::string::npos ? text : text.substr(end);
 }

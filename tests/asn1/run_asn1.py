@@ -153,13 +153,13 @@ def options(tests, _update):
                 (1, "no/q.txt(1): the file can not be written\n"))
 
     # Prefixes, scopes, entries, options; imports bring their modules.
-    types = module("Lib-Mod", "Thing ::= SEQUENCE { a INTEGER }\nOther ::= NULL", "IMPORTS Main FROM App-Mod;")
+    types = module("Lib-Mod", "Thing ::= SEQUENCE { a INTEGER }\nPdu ::= NULL", "IMPORTS Main FROM App-Mod;")
     app = module("App-Mod", "Main ::= SEQUENCE { t Thing }\nLeaf ::= BOOLEAN", "IMPORTS Thing FROM Lib-Mod;")
     work = tests.folder("work", {"lib.asn": types, "app.asn": app})
     (work / "out").mkdir()
     (work / "o.txt").write_text("# comment\n-PREFIX=Lib_Mod:wrong:wrong\n-prefix=Lib-Mod:lib:Lib_gen\n"
                                 "-BEGIN-SCOPE=other:Lib_gen\n-TPREF=XLib\n-C=there\n-END-SCOPE\n"
-                                "-BEGIN-SCOPE=app\n-TPREF=XApp\n-END-SCOPE\n-ENTRY=Thing:sdu\n-entry=Leaf:sdu\n"
+                                "-BEGIN-SCOPE=app\n-TPREF=XApp\n-END-SCOPE\n-ENTRY=Thing:sdu\n-entry=Pdu:sdu\n"
                                 "-END-OF-OPTIONS\n-TPREF=never\nnever\n")
     status, text = tests.run("mesk", "-VERBOSE=0", "-S=out", "-A=.", "-L=x", "+o.txt", "app.asn", "-C-GENERATION=REAL",
                              "-STRICTSTANDARD", "-ANALYZE", cwd=work)
@@ -168,13 +168,13 @@ def options(tests, _update):
     _, dump = tests.run("mesk", "-DUMP=out/Lib_gen.stx", cwd=work)
     tests.equal("library", dump.splitlines(), [
         "module Lib-Mod file lib generation Lib_gen tags explicit", "import 2 App-Mod file app entry 1",
-        "option 2 TPREF=XLib", "option 2 C=there", "option 2 ENTRY=Thing:sdu", "option 2 entry=Leaf:sdu",
-        "option 2 C-GENERATION=REAL", "option 2 STRICTSTANDARD", "entry types 1", "type #1 unique 1 Thing TYP_SEQ entry line 2",
-        "  a TYP_INTEGER", "type #2 unique 2 Other TYP_NULL line 3"])
+        "option 2 TPREF=XLib", "option 2 C=there", "option 2 ENTRY=Thing:sdu", "option 2 entry=Pdu:sdu",
+        "option 2 C-GENERATION=REAL", "option 2 STRICTSTANDARD", "entry types 2", "type #1 unique 1 Thing TYP_SEQ entry line 2",
+        "  a TYP_INTEGER", "type #2 unique 2 Pdu TYP_NULL entry line 3"])
     _, dump = tests.run("mesk", "-DUMP=out/app.stx", cwd=work)
     tests.check("import 2 Lib-Mod file Lib_gen entry 1\noption 2 TPREF=XApp\n" in dump, f"application: {dump}")
     name, words = check_layout(tests, work / "out" / "app.stx")
-    tests.equal("header of the application", (name, words[22], words[26], words[27]), ("App-Mod", 1, 1, 5))
+    tests.equal("header of the application", (name, words[22], words[26], words[27]), ("App-Mod", 0, 1, 5))
 
     # Prefixes that are not the files' names.
     (tests.out / "more").mkdir()
@@ -202,17 +202,21 @@ def options(tests, _update):
     tests.equal("usage", tests.run("mesk", cwd=work)[0], 1)
 
     # The words of the tools that read syntax files.
+    (work / "d.stx").mkdir()
     (work / "w.txt").write_text("# a\n(* c\n-TYP=1  \nfixed\n-BEGIN-SCOPE=a\n-BEGIN-SCOPE=b\n-END-SCOPE\n-END-SCOPE\n"
-                                "-PREFIXLEN=9\n-BEGIN-SCOPE=c\n-end-of-options\n-DEF=1\n")
+                                "-PrefixLen=9\n+o.txt\n-BEGIN-SCOPE=c\n-end-of-options\n-DEF=1\n")
     for words, message in [
             (["+w.txt"], "WARNING : Unexpected -BEGIN-SCOPE: option file w.txt\n\nWARNING : Unexpected -END-SCOPE: option "
-             "file w.txt\n\nWARNING : Argument ignored: PREFIXLEN=9\n          In option file  : w.txt\n\n"
+             "file w.txt\n\nWARNING : Argument ignored: PrefixLen=9\n          In option file  : w.txt\n\n"
+             "WARNING : Argument ignored: +o.txt\n          In option file  : w.txt\n\n"
              "WARNING : -END-SCOPE expected: option file w.txt\n"),
             (["abcdefg", "a.b"], "WARNING : File prefix 'abcdefg' longer than 5 characters.\n          Truncating it to 5 "
              "characters.\n          Check value of the PREFIXLEN option.\n\nERROR : Invalid file prefix: a.b\n"),
-            (["-PREFIXLEN=07", "x"], "WARNING : Argument ignored: PREFIXLEN=07\n"), (["+"], "")]:
+            (["-PREFIXLEN=07", "x"], "WARNING : Argument ignored: PREFIXLEN=07\n"), (["+"], ""), (["d"], "")]:
         status, text = tests.run("asn2c", *words, cwd=work)
         tests.equal("asn2c " + " ".join(words), (status, text.lstrip("\n")), (2, message))
+    tests.equal("ignored", tests.run("asn2per", "-S=out", "-PREFIXLEN=32", "-prefix=1:a", "app", cwd=work),
+                (0, "\nWARNING : Argument ignored: prefix=1:a\n"))
     # What the browser is told of a fault.
     tests.equal("fault", tests.run("asn2c", "-S=out", "-PREFIXLEN=32", "-ADE-PREFIX=b-", "-C=none", "app", cwd=work)[0], 2)
     summary = (work / "b-app.acs").read_text().splitlines()

@@ -126,7 +126,10 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual(self.orvane("-F", "-A", "A.asn")[0], 0)
         self.assertEqual((self.folder / "Abi.asn").read_text(), beside)
         self.write("sub/A.asn", LIBRARY)
-        for sources, text in ((("A.asn", "Abi.asn"), "would be written for module \"Abi\" and for module \"A\""),
+        for name in ("-a.asn", "+a.asn"):  # which the tools would take for options
+            self.write(name, LIBRARY)
+        for sources, text in ((("./-a.asn", "+a.asn"), 'the name of the ASN.1 file "+a.asn" must not begin with "+"'),
+                              (("A.asn", "Abi.asn"), "would be written for module \"Abi\" and for module \"A\""),
                               (("A.asn", "sub/A.asn"), "have the same name")):
             status, out, err = self.orvane("-F", "-A", *sources)
             self.assertNotEqual(status, 0, out)
@@ -246,17 +249,18 @@ END
         self.assertIn("ASN.1 compilation failed", err)
         self.no_option_files()
 
-    def failing(self, tool):
+    def failing(self, tool, *options):
         program = self.installation_without(tool)
-        self.write(f"other/bin/{tool}", "#!/bin/sh\necho told to out\necho told to error >&2\nexit 3\n", 0o755)
-        return self.orvane("-F", "-A", "lib.asn", program=program)
+        self.write(f"other/bin/{tool}", "#!/bin/sh\necho told by $1\necho told to error >&2\nexit 3\n", 0o755)
+        return self.orvane(*options, "-F", "-A", "lib.asn", program=program)
 
     def test_failing_mesk(self):
-        status, out, err = self.failing("mesk")
-        self.assertEqual(status, 250)
-        self.assertIn("told to out\ntold to error\n", out)
-        self.assertIn("Errors found in ASN.1 compilation", err)
-        self.assertNotIn("told", err)
+        for level, digit in enumerate("0122", 1):
+            status, out, err = self.failing("mesk", "-v", level)
+            self.assertEqual(status, 250)
+            self.assertIn(f"told by -VERBOSE={digit}\ntold to error\n", out)
+            self.assertIn("Errors found in ASN.1 compilation", err)
+            self.assertNotIn("told", err)
         self.no_option_files()
 
     def test_failing_generators(self):

@@ -92,6 +92,8 @@ bool Options::readFile(const std::string& path) {
       good &= addOption(line.substr(1), path);
     } else if (isLetter(line[0]) || isDigit(line[0]) || line[0] == '_') {
       sources.emplace_back(line);
+    } else if (!quiet && !asn1::IsComment(line)) {
+      asn1::argumentIgnored(std::string(line), path);
     }
   }
   scope_.clear();
@@ -113,21 +115,6 @@ bool Options::addPrefix(std::string_view value) {
   if (parts[2].empty()) parts[2] = parts[1];
   prefixes[hyphenated(parts[0])] =
       Prefixes{parts[1].substr(0, asn1::kPrefixLength), parts[2].substr(0, asn1::kPrefixLength)};
-  return true;
-}
-
-bool Options::addEntry(std::string_view value) {
-  // The kind of the entry stands behind the name, or before it.
-  const std::vector<std::string> parts = splitAtColons(value);
-  const auto is_kind = [](std::string part) {
-    std::transform(part.begin(), part.end(), part.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
-    return part.empty() || part == "SDU" || part == "PDU" ||
-           part.find_first_not_of("01234567") == std::string::npos;
-  };
-  for (const std::string& part : parts) {
-    if (!is_kind(part)) entries.insert(hyphenated(part));
-  }
   return true;
 }
 
@@ -169,7 +156,7 @@ bool Options::addOption(std::string_view text, const std::string& file) {
   } else {
     strict |= name == "STRICTSTANDARD";
     keepOption(std::string(text), file);
-    if (name == "ENTRY") return addEntry(value);
+    if (name == "ENTRY") entries.insert(hyphenated(asn1::AsnOptions::EntryOf(std::string(value))));
   }
   return true;
 }

@@ -40,7 +40,6 @@ struct Options {
  private:
   bool addOption(std::string_view text, const std::string& file = {});
   bool addPrefix(std::string_view value);
-  bool addEntry(std::string_view value);
   bool readFile(const std::string& path);
   void keepOption(const std::string& text, const std::string& file);
   std::vector<std::string> scope_;

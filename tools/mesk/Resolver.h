@@ -31,7 +31,9 @@ class Resolver {
   void guarded(const std::function<void()>& action);
   void finishLater();
   void declareModules();
+  std::vector<Module*> importedFirst() const;
   void makeDefinitions();
+  void importPredefined(const Module& module, const ImportAst& import);
   void linkImports(Module& module);
   void checkImported(const Module& module, const ImportAst& import, const Module& from,
                      std::string_view symbol, int token);

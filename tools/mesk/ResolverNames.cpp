@@ -18,6 +18,8 @@ constexpr const char* kBuiltins =
     "  WITH SYNTAX { &Type IDENTIFIED BY &id [HAS PROPERTY &property] }\n"
     "END\n";
 
+// The module of what is defined without a source; its names are known everywhere.
+constexpr std::string_view kPredefined = "ISO8824";
 constexpr size_t kMostNodes = 400000;
 
 }  // namespace
@@ -52,9 +54,20 @@ Module* Resolver::findModule(std::string_view name) const {
   return found == module_names_.end() ? nullptr : found->second;
 }
 
+void Resolver::importPredefined(const Module& module, const ImportAst& import) {
+  for (const auto& [symbol, token] : import.symbols)
+    if (!isReservedWord(symbol))
+      reporter_.error(module.place(token),
+                      inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));
+}
+
 void Resolver::linkImports(Module& module) {
   for (const ImportAst& import : module.imports) {
     Module* from = findModule(import.module);
+    if (!from && import.module == kPredefined) {
+      importPredefined(module, import);
+      continue;
+    }
     if (!from) {
       reporter_.error(module.place(import.token),
                       "the imported module " + inQuotes(import.module) + " was not found");
@@ -283,24 +296,48 @@ void Resolver::declareModules() {
   for (auto& module : modules_) numberDefinitions(*module);
 }
 
-/// The nodes of all definitions: first all types, then what is written by their forms.
+/// All modules, imported ones first: the names that a module's objects need, and so its syntax file, must not
+/// depend on who imports it.
+std::vector<Module*> Resolver::importedFirst() const {
+  std::vector<Module*> order;
+  std::set<Module*> seen;
+  std::vector<std::pair<Module*, size_t>> open;  // with the next of their imports
+  for (const auto& module : modules_) {
+    if (seen.insert(module.get()).second) open.emplace_back(module.get(), 0);
+    while (!open.empty()) {
+      Module* current = open.back().first;
+      const size_t next = open.back().second++;
+      if (next == current->imports.size()) {
+        order.push_back(current);
+        open.pop_back();
+        continue;
+      }
+      Module* from = findModule(current->imports[next].module);
+      if (from && seen.insert(from).second) open.emplace_back(from, 0);
+    }
+  }
+  return order;
+}
+
+/// The nodes of all definitions: of each module first the types, then what is written by their forms.
 void Resolver::makeDefinitions() {
-  // Objects may add definitions behind the others.
-  const auto for_each = [this](const auto& call) {
-    for (auto& module : modules_)
+  for (Module* module : importedFirst()) {
+    // Objects may add definitions behind the others.
+    const auto for_each = [module](const auto& call) {
       for (size_t i = 0; i < module->definitions.size(); ++i)
         if (!module->definitions[i].parameterized) call(module->definitions[i]);
-  };
-  const auto is_type = [](const Definition& definition) {
-    return definition.kind == DefKind::kType || definition.kind == DefKind::kClass ||
-           definition.kind == DefKind::kValueSet;
-  };
-  for_each([&](Definition& definition) {
-    if (is_type(definition)) guarded([&] { typeOf(definition); });
-  });
-  for_each([&](Definition& definition) {
-    if (!is_type(definition)) guarded([&] { valueOf(definition); });
-  });
+    };
+    const auto is_type = [](const Definition& definition) {
+      return definition.kind == DefKind::kType || definition.kind == DefKind::kClass ||
+             definition.kind == DefKind::kValueSet;
+    };
+    for_each([&](Definition& definition) {
+      if (is_type(definition)) guarded([&] { typeOf(definition); });
+    });
+    for_each([&](Definition& definition) {
+      if (!is_type(definition)) guarded([&] { valueOf(definition); });
+    });
+  }
 }
 
 void Resolver::run(const std::set<std::string>& entries) {

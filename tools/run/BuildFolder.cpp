@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace run {
@@ -21,7 +20,9 @@ constexpr const char* kTimes = "times\n";
 
 std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+  std::ostringstream whole;
+  whole << in.rdbuf();
+  return whole.str();
 }
 
 /// True when a file changed within the second of its last change: stamps of the compiler do not tell that.

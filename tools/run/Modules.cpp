@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <set>
 #include <string_view>
 
@@ -14,7 +14,9 @@ namespace {
 /// The characters of a file without those that fill up wider encodings.
 std::string ReadText(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::ostringstream whole;
+  whole << in.rdbuf();
+  std::string text = whole.str();
   std::erase(text, '\0');
   return text;
 }

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <iterator>
+#include <sstream>
 #include <map>
 
 #include "run/BuildFolder.h"
@@ -95,9 +95,11 @@ std::string LinkerFlags(const Suite& suite) {
 /// names that this program relies on.
 void WriteMcfg(const Suite& suite, const path& folder) {
   std::ifstream tools(suite.mcfg, std::ios::binary);
-  if (!tools) throw "cannot read " + suite.mcfg.string();
+  std::ostringstream text;
+  text << tools.rdbuf();
+  if (!tools.is_open() || text.bad()) throw "cannot read " + suite.mcfg.string();
   std::ofstream out(folder / "suite.mcfg", std::ios::binary);
-  out << std::string{std::istreambuf_iterator<char>(tools), {}} << "\n</SECTION>\n"
+  out << text.str() << "\n</SECTION>\n"
       << "BUILD_LIBRARY = no\nMAINFILE = yes\nMAKEFILE_NAME = makefile\nETS_NAME = " << suite.executable()
       << "\n"
       << "USER_SRCS +=" << Words(suite.request.sources, folder) << "\n"

@@ -21,11 +21,6 @@ std::string remSpaces(const std::string& line) {
                                     : line.substr(first, line.find_last_not_of(blanks) + 1 - first);
 }
 
-bool IsComment(const std::string& line) {
-  return std::any_of(std::begin(kCommentMarks), std::end(kCommentMarks),
-                     [&](const std::string& mark) { return line.compare(0, mark.size(), mark) == 0; });
-}
-
 bool BeginsFilePrefix(const std::string& text) {
   return !text.empty() && (std::isalnum(static_cast<unsigned char>(text[0])) || text[0] == '_');
 }
@@ -47,11 +42,11 @@ class Reader {
     ++line_.warnings;
   }
 
-  void PrefixLength(const std::string& option, const std::string& value, const std::string& file) {
+  void PrefixLength(const std::string& text, const std::string& value, const std::string& file) {
     const bool digits = !value.empty() && value.size() < 3 && value[0] != '0' &&
                         std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; });
     const int length = digits ? std::stoi(value) : 0;
-    if (length < 1 || length > kLongestPrefix || !line_.file_prefixes.empty()) return Ignored(option, file);
+    if (length < 1 || length > kLongestPrefix || !line_.file_prefixes.empty()) return Ignored(text, file);
     line_.prefix_length = length;
   }
 
@@ -68,7 +63,7 @@ class Reader {
     } else if (name == "A") {
       line_.source_directories.push_back(value.empty() ? "." : value);
     } else if (name == "PREFIXLEN") {
-      return PrefixLength(option, value, file);
+      return PrefixLength(text, value, file);
     } else if (name == "VERSION" && equals == std::string::npos) {
       line_.version = true;
     }
@@ -99,6 +94,8 @@ class Reader {
         Option(line.substr(1), name);
       } else if (BeginsFilePrefix(line)) {
         FilePrefix(line);
+      } else {
+        Ignored(line, name);
       }
     }
     if (stream.bad()) fatalError(kReadFault, name);
@@ -120,6 +117,11 @@ class Reader {
   bool in_scope_ = false;
 };
 }  // namespace
+
+bool IsComment(std::string_view line) {
+  return std::any_of(std::begin(kCommentMarks), std::end(kCommentMarks),
+                     [&](std::string_view mark) { return line.substr(0, mark.size()) == mark; });
+}
 
 void argumentIgnored(const std::string& option, const std::string& file) {
   std::printf("\nWARNING : Argument ignored: %s\n", option.c_str());

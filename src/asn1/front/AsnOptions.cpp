@@ -96,6 +96,17 @@ bool IsNameList(const std::string& value) {
                      [](const std::string& part) { return validFilePrefix(part); });
 }
 
+// The name of a module, and two prefixes that may be missing.
+bool IsPrefixes(const std::string& value) {
+  const Parts parts = Split(value, ':');
+  const std::string& name = parts[0];
+  return parts.size() <= 3 && !name.empty() && std::isalpha(static_cast<unsigned char>(name[0])) &&
+         name.find('_') == std::string::npos &&
+         std::all_of(parts.begin(), parts.end(), [](const std::string& part) {
+           return std::all_of(part.begin(), part.end(), IsNameCharacter);
+         });
+}
+
 bool IsBitVector(const std::string& value) {
   return value.size() <= 8 && value.find_first_not_of("01") == std::string::npos;
 }
@@ -242,20 +253,23 @@ bool AsnOptions::TakeNaming(const std::string& name, const std::string& value) {
   return false;
 }
 
-bool AsnOptions::TakeEntry(const std::string& value) {
+std::string AsnOptions::EntryOf(const std::string& value) {
   const auto is_number = [](const std::string& text) {
     const std::string upper = Upper(text);
-    return upper == "SDU" || upper == "PDU" || text.find_first_not_of("01234567") == std::string::npos;
+    return upper == "SDU" || upper == "PDU" ||
+           (!text.empty() && text.find_first_not_of("01234567") == std::string::npos);
   };
   // The number, or the word for a unit of data, may stand before the name or behind it.
   const size_t colon = value.find(':');
-  std::string name = value;
-  if (colon != std::string::npos) {
-    const std::string left = value.substr(0, colon), right = value.substr(colon + 1);
-    if (!is_number(left) && !is_number(right)) return false;
-    // A type may have such a word for its name.
-    name = is_number(right) ? left : right;
-  }
+  if (colon == std::string::npos) return value;
+  const std::string left = value.substr(0, colon), right = value.substr(colon + 1);
+  // A type may have such a word for its name.
+  if (is_number(right)) return left;
+  return left.empty() || is_number(left) ? right : std::string();
+}
+
+bool AsnOptions::TakeEntry(const std::string& value) {
+  const std::string name = EntryOf(value);
   if (name.empty() || !IsNameOf(kNamesTypes, name)) return false;
   entries_.insert(name);
   return true;
@@ -269,18 +283,13 @@ std::string AsnOptions::Cut(const std::string& prefix, const char* what) const {
   return prefix.substr(0, prefix_length_);
 }
 
-bool AsnOptions::TakePrefix(const std::string& value) {
+void AsnOptions::TakePrefix(const std::string& value) {
+  if (!IsPrefixes(value)) return;
   const Parts parts = Split(value, ':');
-  if (parts.size() > 3 || parts[0].empty() || !std::isalpha(static_cast<unsigned char>(parts[0][0])))
-    return false;
-  if (parts[0].find('_') != std::string::npos) return false;
-  for (const std::string& part : parts)
-    if (!std::all_of(part.begin(), part.end(), IsNameCharacter)) return false;
   const std::string reference = parts[0].substr(0, kLongestModuleName);
   const std::string file = Cut(parts.size() > 1 && !parts[1].empty() ? parts[1] : reference, "file prefix");
   const bool own = parts.size() > 2 && !parts[2].empty();
   prefixes_[convertHyphens(reference)] = {file, own ? Cut(parts[2], "generation prefix") : file};
-  return true;
 }
 
 bool AsnOptions::TakeFeatures(const std::string& value) {
@@ -311,7 +320,7 @@ bool AsnOptions::TakeOption(const std::string& text) {
     return name == "ALLOW" || name == "ANALYZE" || name == "STRICTSTANDARD" || isRCSKeyWord(text) ||
            text.compare(0, 2, "//") == 0;
   const std::string value = option.substr(equals + 1);
-  if (name == "PREFIX") return true;  // taken before all others
+  if (name == "PREFIX") return IsPrefixes(value);  // taken before all others
   if (name == "ENTRY") return TakeEntry(value);
   if (name == "C-GENERATION") return TakeFeatures(value);
   if (name == "INFO") {
@@ -367,7 +376,7 @@ void AsnOptions::Apply(const std::vector<std::string>& names,
                        const std::function<bool(const std::string&)>& unknown) {
   for (const std::string& text : texts_) {
     const std::string option = optionToUpper(text);
-    if (option.compare(0, 7, "PREFIX=") == 0 && !TakePrefix(option.substr(7))) unknown(text);
+    if (option.compare(0, 7, "PREFIX=") == 0) TakePrefix(option.substr(7));
   }
   bool in_scope = true;
   for (const std::string& text : texts_) {

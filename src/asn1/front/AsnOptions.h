@@ -55,6 +55,8 @@ class AsnOptions {
   bool HasFixOf(NamingKind kind, const std::string& name) const { return fixes_.count({kind, name}) != 0; }
   /// Whether a text is an option of this table, or one that some generator knows.
   static bool IsKnown(const std::string& text);
+  /// The name of the type in the value of "ENTRY="; empty where there is none.
+  static std::string EntryOf(const std::string& value);
   const std::set<std::string>& entries() const { return entries_; }
   const std::vector<std::string>& info() const { return info_; }
   const std::map<std::string, PrefixRec>& prefixes() const { return prefixes_; }
@@ -64,7 +66,7 @@ class AsnOptions {
   bool TakeOption(const std::string& text);
   bool TakeNaming(const std::string& name, const std::string& value);
   bool TakeEntry(const std::string& value);
-  bool TakePrefix(const std::string& value);
+  void TakePrefix(const std::string& value);
   bool TakeFeatures(const std::string& value);
   bool TakeAlternatives(const std::string& names);
 
@@ -99,6 +101,8 @@ struct AsnCommandLine {
 /// fatal error.
 AsnCommandLine parseCmdLineParams(const std::vector<std::string>& words);
 
+/// Whether a line of an option file is a comment.
+bool IsComment(std::string_view line);
 /// Tells that an option has no effect, and the option file in which it stands.
 void argumentIgnored(const std::string& option, const std::string& file);
 /// The part before "=" in capitals, the rest as it stands.

@@ -28,7 +28,7 @@ int VerbosityOf(const AsnCommandLine& line) {
   for (const auto& word : line.options) {
     const std::string option = optionToUpper(word.text);
     if (option.compare(0, 8, "VERBOSE=") != 0) continue;
-    const std::string value = option.substr(8);
+    const std::string value = optionToUpper(option.substr(8));
     result = value == "1" || value == "2" ? value[0] - '0'
              : value == "TERSE"           ? 1
              : value == "VERBOSE"         ? 2

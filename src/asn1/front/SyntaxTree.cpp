@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 #include "asn1/front/AsnFault.h"
 #include "asn1/front/TreeCheck.h"
@@ -126,7 +126,9 @@ int readTree(ModRec& module, const std::string& directory, std::vector<MNode>& h
              std::string& message) {
   std::ifstream file(directory + module.file_prefix + ".stx", std::ios::binary);
   if (!file) return kNotFound;
-  Bytes first(std::string(std::istreambuf_iterator<char>(file), {}));
+  std::ostringstream text;
+  text << file.rdbuf();  // which is nothing of a directory
+  Bytes first(text.str());
   Bytes bytes = first;
   if (!first.Take(&module.header, sizeof module.header) || !checkMNode(module.header, message))
     return kInvalid;

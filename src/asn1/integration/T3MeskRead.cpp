@@ -108,11 +108,16 @@ bool RunMesk(const std::string& directory, const std::string& source) {
 }
 
 // Sources are known to the tools by their names without directories, and to their files by prefixes.
-bool NamesDiffer() {
+bool NamesServe() {
   std::map<std::string, std::string> names, prefixes;
   bool good = true;
   for (const std::string& source : mesk::AsnSources()) {
     const auto [name, fresh] = names.emplace(rBaseName(source), source);
+    if (const char begin = name->first[0]; begin == '-' || begin == '+') {
+      vexa_error("the name of the ASN.1 file \"" + source + "\" must not begin with \"" + begin + "\"",
+                 NoPosition);
+      good = false;
+    }
     if (!fresh && name->second != source) {
       vexa_error("ASN.1 files \"" + name->second + "\" and \"" + source + "\" have the same name",
                  NoPosition);
@@ -147,7 +152,7 @@ void NoteFurtherModules(const std::string& option_file) {
 // Once in a run: the tools for all ASN.1 files.
 bool RunTools(const std::string& source) {
   const std::string directory = AsnDirectory();
-  if (!NamesDiffer()) {
+  if (!NamesServe()) {
     prefix_option_reference = "+";
     return false;
   }

@@ -137,9 +137,8 @@ std::string ShellQuoted(const std::string& word) {
 }
 
 std::string mesk_vexa_verbosity() {
-  constexpr int kLeast = 1, kMost = 3;
-  const int level = static_cast<int>(gT3CommandLine.CommonVerbosity());
-  return "-VERBOSE=" + std::to_string(std::clamp(level, kLeast, kMost) - 1);
+  constexpr int kMost = 2;
+  return "-VERBOSE=" + std::to_string(std::min(static_cast<int>(gT3CommandLine.CommonVerbosity()), kMost));
 }
 
 std::string vexa_asn_1_filename_prefix(const std::string& source) {
