@@ -7,7 +7,7 @@
 
 CArray::CArray(CFile* file, const std::string& type, const std::string& name, bool isStatic)
     : CBase(file), type_(type), name_(name), isStatic_(isStatic) {
-  section_.add((isStatic ? "static " : "") + type + " " + name + "[] =\n{");
+  section_.add({isStatic ? "static " : "", type, " ", name, "[] =\n{"});
 }
 
 void CArray::beginElement() {
@@ -62,9 +62,9 @@ void CArray::end() {
     throw internal_exception("CArray", __LINE__, "end", "Inconsistent size information");
   section_.add("\n};\n\n");
   section_.end();
-  file_->add(isStatic_ ? CFile::SourceArrayDecls : CFile::HeaderArrays,
-             (isStatic_ ? "static " : "extern ") + type_ + " " + name_ + "[" +
-                 std::to_string(counts_.back()) + "];\n");
+  file_->add(
+      isStatic_ ? CFile::SourceArrayDecls : CFile::HeaderArrays,
+      {isStatic_ ? "static " : "extern ", type_, " ", name_, "[", std::to_string(counts_.back()), "];\n"});
   file_->add(CFile::SourceArrays, std::move(section_));
   section_.end();
 }

@@ -1,7 +1,7 @@
 #include "FileAPI/CBase.h"
 
 #include <algorithm>
-#include <memory>
+#include <utility>
 
 void indent(CSection& section, unsigned n) {
   static constexpr std::string_view kBlanks =
@@ -11,30 +11,26 @@ void indent(CSection& section, unsigned n) {
 }
 
 namespace {
-// A text of a known length in the making. There are very many, most of them short: they are put together
-// elsewhere and allocated once.
+// A text of a known length in the making. There are very many, most of them short.
 class Pieces {
  public:
-  explicit Pieces(size_t size) {
-    if (size > sizeof near_) at_ = text_ = (far_ = std::make_unique_for_overwrite<char[]>(size)).get();
-  }
+  explicit Pieces(size_t size) : text_(size, '\0') {}
   void add(std::string_view piece) {
     CSection::copy(at_, piece);
     at_ += piece.size();
   }
-  std::string text() const { return {text_, at_}; }
+  std::string&& text() { return std::move(text_); }
 
  private:
-  char near_[256];
-  std::unique_ptr<char[]> far_;
-  char* text_ = near_;
-  char* at_ = near_;
+  std::string text_;
+  char* at_ = text_.data();
 };
 
 template <class Words>
 std::string Signature(std::string_view returnType, std::string_view name, const Words& parameters) {
-  size_t size = returnType.size() + name.size() + sizeof " ()";
+  size_t size = returnType.size() + (returnType.empty() ? 0 : 1) + name.size() + 2;
   for (const std::string_view parameter : parameters) size += parameter.size() + 2;
+  if (parameters.size() > 0) size -= 2;
   Pieces pieces(size);
   pieces.add(returnType);
   if (!returnType.empty()) pieces.add(" ");

@@ -212,8 +212,15 @@ bool CFile::end() {
   return true;
 }
 
+void CFile::writeHead(Output& output) {
+  for (const std::string& line : headerMessage_) {
+    output.write(line);
+    output.write("\n");
+  }
+}
+
 void CFile::writeHeader(Output& output) {
-  for (const std::string& line : headerMessage_) output.write(line + "\n");
+  writeHead(output);
   output.write("\n");
   const std::string stem = GuardStem(headerName_);
   output.write("#ifndef __" + stem + "\n#define __" + stem + "\n\n");
@@ -222,7 +229,7 @@ void CFile::writeHeader(Output& output) {
 }
 
 void CFile::writeSource(Output& output) {
-  for (const std::string& line : headerMessage_) output.write(line + "\n");
+  writeHead(output);
   output.write("\n");
   if (usesOwnHeader_ && !headerName_.empty()) addInclude(headerName_, true, false);
   for (size_t where = SourceIncludes; where <= SourceFunctions; ++where) flushSection(output, where, true);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "FileAPI/CArray.h"
@@ -55,7 +56,7 @@ class CFile {
   void invalidate() { valid_ = false; }
   bool valid() const { return valid_; }
 
-  void setHeaderMessage(const std::vector<std::string>& lines) { headerMessage_ = lines; }
+  void setHeaderMessage(std::vector<std::string> lines) { headerMessage_ = std::move(lines); }
   void addInclude(const std::string& name, bool inSource, bool isSystem);
   void addDefine(const std::string& name, const std::string& value);
   void addIfDefDefine(const std::string& condition, const std::string& name,
@@ -110,6 +111,7 @@ class CFile {
     std::vector<CSection> sections;
   };
 
+  void writeHead(Output& output);
   void writeHeader(Output& output);
   void writeSource(Output& output);
   void addBody(Where where, CSection&& section, bool together);

@@ -7,11 +7,26 @@
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
+namespace {
+template <class Add, class Words>
+void WriteCall(const Add& add, std::string_view name, const Words& arguments, std::string_view behind) {
+  add(name);
+  add("(");
+  std::string_view separator;
+  for (const std::string_view argument : arguments) {
+    add(separator);
+    add(argument);
+    separator = ", ";
+  }
+  add(behind);
+}
+}  // namespace
+
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
                      const std::vector<std::string>& parameters, const std::string& comment, bool exported)
     : CBase(file), exported_(exported), name_(name), signature_(getSignature(returnType, name, parameters)) {
-  if (!comment.empty()) declarations_.add("/* " + comment + " */\n");
-  declarations_.add((exported ? "" : "static ") + signature_ + "\n{");
+  if (!comment.empty()) declarations_.add({"/* ", comment, " */\n"});
+  declarations_.add({exported ? "" : "static ", signature_, "\n{"});
 }
 
 void CFunction::end() {
@@ -22,7 +37,7 @@ void CFunction::end() {
   if (file_ == nullptr) throw internal_exception("CFunction", __LINE__, "end", "No file");
   if (!file_->valid()) return;
   file_->add(exported_ ? CFile::HeaderFunctions : CFile::SourceFunctionDecls,
-             (exported_ ? "extern " : "static ") + signature_ + ";\n");
+             {exported_ ? "extern " : "static ", signature_, ";\n"});
   file_->add(CFile::SourceFunctions, std::move(declarations_), std::move(body_));
   // what is added from now on would be lost
   declarations_.end();
@@ -56,15 +71,19 @@ template <class Words>
 void CFunction::addCall(CWords before, std::string_view name, const Words& arguments,
                         std::string_view behind) {
   addLine(before);
-  body_.add(name);
-  body_.add("(");
-  std::string_view separator;
-  for (const std::string_view argument : arguments) {
-    body_.add(separator);
-    body_.add(argument);
-    separator = ", ";
+  size_t size = name.size() + 1 + behind.size();
+  for (const std::string_view argument : arguments) size += argument.size() + 2;
+  if (arguments.size() > 0) size -= 2;
+  if (char* at = body_.claim(size)) {
+    WriteCall(
+        [&at](std::string_view word) {
+          CSection::copy(at, word);
+          at += word.size();
+        },
+        name, arguments, behind);
+  } else {
+    WriteCall([this](std::string_view word) { body_.add(word); }, name, arguments, behind);
   }
-  body_.add(behind);
 }
 
 void CFunction::call(std::string_view name, const std::vector<std::string>& arguments) {
@@ -182,8 +201,10 @@ void CFunction::endIfPP() {
   preprocessor("#endif", "");
 }
 
-void CFunction::addComment(std::string_view text) {
-  addLine({"/* ", text, " */"});
+void CFunction::addComment(CWords parts) {
+  addLine("/* ");
+  body_.add(parts);
+  body_.add(" */");
 }
 
 std::string CFunction::getNewLabel() {
@@ -204,14 +225,14 @@ void CFunction::dummyDecl() {
   endScope(body_);
 }
 
-size_t CFunction::typePlace(const std::string& type) {
+size_t CFunction::typePlace(std::string_view type) {
   size_t place = 0;
   while (place < types_.size() && types_[place].name != type) ++place;
-  if (place == types_.size()) types_.push_back({type, {}});
+  if (place == types_.size()) types_.push_back({std::string(type), {}});
   return place;
 }
 
-std::string CFunction::getTmpVariable(const std::string& type) {
+std::string CFunction::getTmpVariable(std::string_view type) {
   if (type.empty()) throw internal_exception("CFunction", __LINE__, "getTmpVariable", "type missing");
   const size_t place = typePlace(type);
   auto& free = types_[place].free;

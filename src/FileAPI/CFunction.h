@@ -77,7 +77,8 @@ class CFunction : public CBase {
   void beginElsePP();
   void endIfPP();
 
-  void addComment(std::string_view text);
+  void addComment(std::string_view text) { addComment({text}); }
+  void addComment(CWords parts);
   /// The text as it is, without a new line before it.
   void addText(std::string_view text) { body_.add(text); }
   /// The text as a line of its own at the current indentation.
@@ -89,7 +90,7 @@ class CFunction : public CBase {
   void dummyDecl();
 
   /// A variable of the type that nobody uses, declared where there is none.
-  std::string getTmpVariable(const std::string& type);
+  std::string getTmpVariable(std::string_view type);
   /// Gives a variable back; throws internal_exception when it was not taken.
   void releaseTmpVariable(const std::string& name);
   bool isTmpVariable(const std::string& name) const;
@@ -115,7 +116,7 @@ class CFunction : public CBase {
   template <class Words>
   void addCall(CWords before, std::string_view name, const Words& arguments, std::string_view behind);
   void preprocessor(std::string_view word, std::string_view name);
-  size_t typePlace(const std::string& type);
+  size_t typePlace(std::string_view type);
   const Tmp* findTmp(std::string_view name) const;
 
   bool exported_;

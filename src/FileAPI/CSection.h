@@ -34,6 +34,15 @@ class CSection {
   void add(std::initializer_list<std::string_view> parts) {
     for (const std::string_view part : parts) add(part);
   }
+  /// Room for that many characters, all of which the caller fills; null where there is none without further
+  /// ado.
+  char* claim(size_t size) {
+    if (size > room_) return nullptr;
+    char* at = text_.get() + size_;
+    size_ += size;
+    room_ -= size;
+    return at;
+  }
   /// A new line that begins with so many blanks, of which there are at most 64.
   void addNewline(unsigned blanks) {
     static constexpr std::string_view kLine =

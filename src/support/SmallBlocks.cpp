@@ -114,7 +114,7 @@ char* TakeSlab() {
   return slab;
 }
 
-void* CutBlock(size_t block_class) {
+[[gnu::noinline]] void* CutBlock(size_t block_class) {
   Rest& rest = g_rest[block_class];
   const size_t size = block_class * kUnit;
   if (static_cast<size_t>(rest.end - rest.begin) < size) {
@@ -127,13 +127,15 @@ void* CutBlock(size_t block_class) {
   return block;
 }
 
-void* Take(size_t size) {
-  if (size > kLargest) {
-    for (;;) {
-      if (void* memory = std::malloc(size)) return memory;
-      NoMemory();
-    }
+[[gnu::noinline]] void* TakeLarge(size_t size) {
+  for (;;) {
+    if (void* memory = std::malloc(size)) return memory;
+    NoMemory();
   }
+}
+
+inline void* Take(size_t size) {
+  if (size > kLargest) return TakeLarge(size);
   const size_t block_class = size == 0 ? 1 : (size + kUnit - 1) / kUnit;
   FreeBlock* block = g_free[block_class];
   if (block == nullptr) return CutBlock(block_class);

@@ -36,14 +36,14 @@ bool ChangedWithinSecond(const std::string& old_times, const std::string& new_ti
 }  // namespace
 
 BuildFolder::BuildFolder(const std::filesystem::path& path) : path_(path), lock_(-1) {
-  std::error_code error;
-  std::filesystem::create_directories(path_, error);
+  std::error_code error, not_made;
+  std::filesystem::create_directories(path_, not_made);
   const std::filesystem::path lock = path_ / kLock;
   if (!std::filesystem::exists(lock, error) && !std::filesystem::is_empty(path_, error) && !error)
     throw path_.string() + " holds something else; name an empty folder with -d";
   lock_ = open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (lock_ < 0 || flock(lock_, LOCK_EX) != 0)
-    throw "cannot build in " + path_.string() + ": " + std::strerror(errno);
+    throw "cannot build in " + path_.string() + ": " + (not_made ? not_made.message() : std::strerror(errno));
 }
 
 BuildFolder::~BuildFolder() {

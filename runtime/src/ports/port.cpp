@@ -598,9 +598,9 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
   send_message(p, m, recipient);
 }
 
-lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
-                                     lumo_boolean_t check, lumo_value_t value_redirect,
-                                     lumo_value_t sender_redirect, lumo_context_t) {
+[[gnu::noinline]] static bool try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
+                                          bool check, lumo_value_t value_redirect,
+                                          lumo_value_t sender_redirect) {
   const bool any = check && !is_given(template_value) && value_redirect == lumo_value_no_return_c;
   return of_ports(port, [&](Port& p) {
     if (any) return try_check(p, sender, sender_redirect);
@@ -612,6 +612,15 @@ lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_va
     if (!check) remove_head(p, MessageKind::message);
     return true;
   });
+}
+
+// Most often nothing is there yet.
+lumo_boolean_t lumo_port_try_receive(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,
+                                     lumo_boolean_t check, lumo_value_t value_redirect,
+                                     lumo_value_t sender_redirect, lumo_context_t) {
+  const bool is_plain = port && port->form == Form::port && !check && !current_task->defining;
+  if (is_plain && !port->port->queues[0].first) return false;
+  return try_receive(port, template_value, sender, check, value_redirect, sender_redirect);
 }
 
 lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_value, lumo_value_t sender,

@@ -173,19 +173,25 @@ namespace {
 
 // Generated code asks with the same few names, by the same few addresses: where one was found last is tried
 // first.
-long element_index(lumo_type_t type, const char* name) {
-  struct Found {
-    const char* name;
-    lumo_type_t type;
-    const char* field;
-    long index;
-  };
-  static Found places[256];
-  Found& found = places[(reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5) % 256];
-  if (found.name == name && found.type == type && std::strcmp(found.field, name) == 0) return found.index;
+struct FoundElement {
+  const char* name;
+  lumo_type_t type;
+  const char* field;
+  long index;
+};
+
+[[gnu::noinline]] long search_element(FoundElement& found, lumo_type_t type, const char* name) {
   const long index = field_index(type, name);
   if (index >= 0) found = {name, type, field_info(type)[index].name, index};
   return index;
+}
+
+inline long element_index(lumo_type_t type, const char* name) {
+  static FoundElement places[256];
+  const uintptr_t number = reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5;
+  FoundElement& found = places[number % std::size(places)];
+  const bool is_known = found.name == name && found.type == type && std::strcmp(found.field, name) == 0;
+  return is_known ? found.index : search_element(found, type, name);
 }
 
 }  // namespace
@@ -419,10 +425,13 @@ lumo_value_t lumo_component_system(lumo_context_t) {
   return reference_to(*test_case->system);
 }
 
+[[noreturn, gnu::noinline]] static void no_element(const char* name) {
+  fault("component %s has no element '%s'", self().name.c_str(), name);
+}
+
 lumo_value_t lumo_component_element(const char* name, lumo_context_t) {
-  Component& c = self();
   Value v = find_component_element(name);
-  if (!v) fault("component %s has no element '%s'", c.name.c_str(), name);
+  if (!v) no_element(name);
   return v;
 }
 

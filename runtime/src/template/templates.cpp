@@ -4,6 +4,7 @@
 
 #include "value/error.h"
 #include "value/location.h"
+#include "value/memory.h"
 #include "value/task.h"
 #include "value/types.h"
 
@@ -253,6 +254,34 @@ void open_structure(Value v) {
   if (v->form == Form::unset) fault("a value of type '%s' has no parts", type_name(v->type));
 }
 
+namespace {
+
+// Gives a fresh node its arguments: them, a terminator, and what stood there first where that was a default.
+// True if one of them may stand for no value. A fault on the way finds no arguments.
+inline bool open_instance(Value v, const lumo_field_info_t* formals, lumo_value_t argv[], size_t count) {
+  size_t bytes = (2 * count + 1) * sizeof *argv;
+  auto* slots = static_cast<Value*>(new_buffer(bytes));
+  v->form = Form::instance;
+  v->parts = {slots, 0, bytes / sizeof *argv};
+  bool takes_template = false;
+  for (size_t i = 0; i < count; ++i) {
+    slots[i] = template_argument(argv[i], formals[i]);
+    takes_template = takes_template || may_be_no_value(slots[i]);
+    slots[count + 1 + i] = slots[i] == lumo_value_default_c ? slots[i] : nullptr;
+  }
+  slots[count] = nullptr;
+  v->parts.size = count;
+  return takes_template;
+}
+
+[[gnu::noinline]] void own_arguments(Value v) {
+  for (size_t i = 0; i < v->parts.size; ++i)
+    v->parts.data[i] = copy_value(v->parts.data[i], lumo_perm_alloc_c);
+  v->owns_arguments = true;
+}
+
+}  // namespace
+
 }  // namespace lumos
 
 using namespace lumos;
@@ -260,24 +289,15 @@ using namespace lumos;
 lumo_value_t lumo_type_instantiate_template(lumo_type_t template_type, lumo_alloc_strategy_t strategy,
                                             lumo_value_t argv[], unsigned long restriction, lumo_context_t) {
   if (!template_info(template_type)) fault("'%s' is no template", type_name(template_type));
+  const long formals = template_type->type_info->number_of_fields;
+  size_t count = 0;
+  while (argv && static_cast<long>(count) < formals && argv[count]) ++count;
   Value v = new_node(template_type);
   set_strategy(v, strategy);
   v->dynamic = true;
   v->restriction = static_cast<uint8_t>(restriction);
-  long formals = template_type->type_info->number_of_fields;
-  size_t count = 0;
-  while (argv && static_cast<long>(count) < formals && argv[count]) ++count;
-  open_instance(v, count);
-  v->owns_arguments = strategy != lumo_temp_alloc_c;
-  const lumo_field_info_t* fields = template_type->type_info->field_info;
-  bool takes_template = false;
-  for (size_t i = 0; i < count; ++i) {
-    Value argument = template_argument(argv[i], fields[i]);
-    takes_template = takes_template || may_be_no_value(argument);
-    v->parts.data[i] = v->owns_arguments ? copy_value(argument, lumo_perm_alloc_c) : argument;
-    v->parts.data[count + 1 + i] = argument == lumo_value_default_c ? argument : nullptr;
-  }
-  v->parts.data[count] = nullptr;
+  const bool takes_template = open_instance(v, template_type->type_info->field_info, argv, count);
+  if (strategy != lumo_temp_alloc_c) own_arguments(v);
   v->index = static_cast<long>(std::min(current_task->visible_frames, current_task->frames.size()));
   if (restriction && takes_template) restricted(v, v->restriction);
   return v;

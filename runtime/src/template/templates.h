@@ -18,7 +18,6 @@ void make_room(Value v, size_t slot);
 // Whether the element is one of any number that such a template goes on to match.
 bool is_behind_open_end(Value v, size_t slot);
 // Shapes of template nodes (values.cpp).
-void open_instance(Value v, size_t count);
 void open_parts(Value v, Form form, size_t count);
 void append_object_id(Value v, lumo_long_integer_t number);
 bool match_value(Value pattern, Value v);

@@ -63,7 +63,10 @@ void copy_parts(Value target, Value source) {
     }
     if (!slot || slot->life == Life::fixed) {
       const bool own_type = from->dynamic || source->form >= Form::wrapped;
-      slot = make_part(own_type ? from->type : fields ? fields[i].type : part_type(target, i), target);
+      lumo_type_t type = own_type ? from->type : fields ? fields[i].type : part_type(target, i);
+      slot = new_scalar_part(target, type, from);
+      if (slot) continue;
+      slot = make_part(type, target);
     }
     slot->dynamic = target->dynamic || from->dynamic;
     if (!assign_scalar(slot, from)) assign_contents(slot, from);
@@ -283,13 +286,23 @@ void check_takes_omit(Value target) {
         target->label ? target->label : "", type_name(target->type));
 }
 
+inline void copy_text(Value target, const TextBuffer& text) {
+  std::memcpy(target->text.data, text.data, text.size + 1);
+  target->text.size = text.size;
+}
+
 }  // namespace
 
 bool assign_scalar(Value target, Value source) {
   if (!is_scalar(source->form) || target->kind != source->kind || target->dynamic || source->dynamic)
     return false;
   if (source->form == Form::string) {
-    set_text(target, {source->text.data, source->text.size});
+    const bool has_room = target->form == Form::string && target->text.capacity > source->text.size;
+    if (has_room && target != source && source->text.data) {
+      copy_text(target, source->text);
+    } else {
+      set_text(target, {source->text.data, source->text.size});
+    }
   } else if (source->form < Form::string) {
     if (may_own(target->form)) clear_contents(target);
     target->form = source->form;
@@ -299,6 +312,26 @@ bool assign_scalar(Value target, Value source) {
     return false;
   }
   return true;
+}
+
+Value new_scalar_part(Value whole, lumo_type_t type, Value source) {
+  if (!is_scalar(source->form) || source->form > Form::string || source->dynamic || whole->dynamic)
+    return nullptr;
+  const lumo_type_kind_t kind = base_kind(type);
+  if (kind != source->kind) return nullptr;
+  Value part = take_node();
+  part->type = type;
+  part->kind = kind;
+  part->life = Life::part;
+  part->parent = whole;
+  part->pending = whole->pending;
+  part->form = source->form;
+  part->integer = source->integer;
+  if (source->form != Form::string) return part;
+  part->text = {nullptr, 0, 0};
+  reserve(part->text, source->text.size + 1);
+  copy_text(part, source->text);
+  return part;
 }
 
 void assign_contents(Value target, Value source) {

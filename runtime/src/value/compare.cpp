@@ -12,13 +12,17 @@ namespace lumos {
 
 namespace {
 
-Value comparable(Value v) {
+Value comparable_whole(Value v) {
   if (!v) fault("use of a value that is not initialized");
   if (v->form != Form::special && is_template(v)) v = valueof_value(v, lumo_temp_alloc_c);
   v = settled(v);
   if (is_blank(v))
     fault("use of a value that is not initialized%s%s", v->label ? ": " : "", v->label ? v->label : "");
   return v;
+}
+
+inline Value comparable(Value v) {
+  return v && is_scalar(v->form) && !v->dynamic ? v : comparable_whole(v);
 }
 
 bool is_text(Value v) {
@@ -159,7 +163,23 @@ bool is_specially_any_type(Value v) {
 
 }  // namespace
 
+namespace {
+
+// Two of what most comparisons are about: integers, booleans and strings of one kind.
+inline bool are_plain(Value a, Value b) {
+  const bool is_form = a->form == Form::string || a->form == Form::integer || a->form == Form::boolean;
+  return is_form && a->form == b->form && a->kind == b->kind && !a->dynamic && !b->dynamic;
+}
+
+inline bool equal_plain(Value a, Value b) {
+  if (a->form == Form::string) return equal_texts(a, b);
+  return a->form == Form::integer ? a->integer == b->integer : a->boolean == b->boolean;
+}
+
+}  // namespace
+
 bool equal_values(Value a, Value b) {
+  if (a && b && are_plain(a, b)) return equal_plain(a, b);
   if (a == b && a && is_complete(a) && !is_blank(a)) return true;
   a = comparable(a);
   b = comparable(b);

@@ -61,16 +61,6 @@ void free_buffer(void* data) {
   std::free(data);
 }
 
-void set_strategy(Value v, lumo_alloc_strategy_t strategy) {
-  if (strategy != lumo_temp_alloc_c) {
-    v->life = Life::perm;
-    return;
-  }
-  v->life = Life::temp;
-  v->root = static_cast<uint32_t>(current_task->roots.size());
-  current_task->roots.push_back(v);
-}
-
 void retire(Value part) {
   if (!part || part->life == Life::fixed) return;
   part->parent = nullptr;

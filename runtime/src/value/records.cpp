@@ -180,8 +180,25 @@ Value choose(Value v, unsigned long index) {
   return part;
 }
 
+// What most records are made of: a number or string for a field that has nothing yet. False, with nothing
+// done, for all else.
+bool put_scalar(Value v, unsigned long index, Value element) {
+  const bool is_plain = v && v->form == Form::fields && v->life != Life::fixed && !v->pending && element;
+  if (!is_plain || index >= v->parts.size || v->parts.data[index]) return false;
+  const lumo_type_info_struct_t* info = structure_of(v->type);
+  const bool is_field = info && info->kind != lumo_type_kind_component && info->field_info &&
+                        static_cast<long>(index) < info->number_of_fields;
+  Value part = is_field ? new_scalar_part(v, info->field_info[index].type, element) : nullptr;
+  if (!part) return false;
+  part->label = info->field_info[index].name;
+  v->parts.data[index] = part;
+  check_written(part);
+  return true;
+}
+
 // Vectors grow to take the element. A whole that becomes its own part is copied before it has the part.
 void assign_part(Value v, unsigned long index, Value element) {
+  if (put_scalar(v, index, element)) return;
   prepare_write(v);
   if (is_within(v, element)) element = copy_value(element, lumo_temp_alloc_c);
   if (v->kind == lumo_type_kind_union) {

@@ -108,6 +108,17 @@ using Task = lumo_context_struct;
 // Never null: outside of any behaviour it is the task of the process itself.
 extern Task* current_task;
 
+// Who ends the value: the task, with what else it made from now on, or whoever deletes it.
+inline void set_strategy(lumo_value_t v, lumo_alloc_strategy_t strategy) {
+  if (strategy != lumo_temp_alloc_c) {
+    v->life = Life::perm;
+    return;
+  }
+  std::vector<lumo_value_t>& roots = current_task->roots;
+  v->life = Life::temp;
+  v->root = static_cast<uint32_t>(roots.size());
+  roots.push_back(v);
+}
 // Ends all temporary values and places of the task.
 void reset_task(Task& task);
 void end_last_roots(Task& task, size_t mark);

@@ -175,7 +175,6 @@ void destroy(Value v);
 void clear_contents(Value v);
 // Takes a part away that generated code may still hold: it lives on to the end of the scope.
 void retire(Value part);
-void set_strategy(Value v, lumo_alloc_strategy_t strategy);
 // Gives an unset node the shape of its type: slots of a record, elements of an array.
 void shape(Value v);
 
@@ -196,6 +195,9 @@ void assign_contents(Value target, Value source);
 // The same for what most assignments are about, numbers and strings that go to their own kind; false, with
 // nothing done, for all else.
 bool assign_scalar(Value target, Value source);
+// A new part of the whole with such contents; null, with nothing done, where the part is of another kind or
+// may be a template. Neither its label nor its place are set.
+Value new_scalar_part(Value whole, lumo_type_t type, Value source);
 Value copy_value(Value source, lumo_alloc_strategy_t strategy);
 void set_special(Value v, Special s);
 void set_text(Value v, std::string_view text);

@@ -140,19 +140,46 @@ inline void end_node(Value node) {
   give_node(node);
 }
 
-inline bool has_inner(Value v) {
-  return has_parts(v->form) || v->form == Form::instance;
+// Whether it is a template whose arguments are all its caller's.
+inline bool borrows_arguments(Value v) {
+  if (v->form != Form::instance || v->owns_arguments) return false;
+  const Value* defaults = v->parts.data + v->parts.size + 1;
+  for (size_t i = 0; i < v->parts.size; ++i)
+    if (defaults[i]) return false;
+  return true;
 }
 
 }  // namespace
 
-void destroy(Value v) {
-  if (!v || v->life == Life::fixed) return;
-  if (!has_inner(v) && !v->pinned) return end_node(v);
+namespace {
+
+// What has neither parts nor arguments, as most of what is made; false, with nothing done, for all else.
+inline bool end_leaf(Value v) {
+  if (v->form > Form::object_id || v->pinned) return false;
+  end_node(v);
+  return true;
+}
+
+// Ends the fields that are leaves; false if others remain.
+inline bool end_leaves(Value record) {
+  bool is_all = true;
+  for (size_t i = 0; i < record->parts.size; ++i) {
+    Value& part = record->parts.data[i];
+    if (!part || part->life == Life::fixed) continue;
+    if (end_leaf(part)) {
+      part = nullptr;
+    } else {
+      is_all = false;
+    }
+  }
+  return is_all;
+}
+
+[[gnu::noinline]] void end_nested(Value v) {
   Value list = v;
   v->parent = nullptr;
   auto push = [&list](Value part) {
-    if (!has_inner(part) && !part->pinned) return end_node(part);
+    if (end_leaf(part)) return;
     part->parent = list;
     list = part;
   };
@@ -175,6 +202,15 @@ void destroy(Value v) {
     }
     end_node(node);
   }
+}
+
+}  // namespace
+
+void destroy(Value v) {
+  if (!v || v->life == Life::fixed || end_leaf(v)) return;
+  const bool is_flat = !v->pinned && (v->form == Form::fields ? end_leaves(v) : borrows_arguments(v));
+  if (is_flat) return end_node(v);
+  end_nested(v);
 }
 
 void clear_contents(Value v) {
@@ -231,7 +267,7 @@ void set_wide(Value v, const char32_t* text, size_t size) {
 
 void resize_parts(Value v, size_t size) {
   for (size_t i = size; i < v->parts.size; ++i) retire(v->parts.data[i]);
-  reserve(v->parts, size);
+  if (v->parts.capacity < size) reserve(v->parts, size);
   for (size_t i = v->parts.size; i < size; ++i) v->parts.data[i] = nullptr;
   v->parts.size = size;
 }
@@ -245,16 +281,6 @@ void append_object_id(Value v, lumo_long_integer_t number) {
   }
   reserve(v->ids, v->ids.size + 1);
   v->ids.data[v->ids.size++] = number;
-}
-
-// Room for the arguments of an instance, for the caller to fill: them, a terminator, and what stood there
-// first.
-void open_instance(Value v, size_t count) {
-  if (v->form != Form::unset) clear_contents(v);
-  v->form = Form::instance;
-  v->parts = {nullptr, 0, 0};
-  reserve(v->parts, 2 * count + 1);
-  v->parts.size = count;
 }
 
 void open_parts(Value v, Form form, size_t count) {
@@ -418,7 +444,14 @@ bool is_blank_whole(Value v) {
   return true;
 }
 
+static bool holds_scalars(Value record) {
+  for (size_t i = 0; i < record->parts.size; ++i)
+    if (!record->parts.data[i] || !is_scalar(record->parts.data[i]->form)) return false;
+  return true;
+}
+
 bool is_complete_whole(Value v) {
+  if (v->form == Form::fields && holds_scalars(v)) return true;
   if (v->form == Form::external) v = settled(v);
   switch (v->form) {
     case Form::unset:

@@ -44,5 +44,3 @@ void SetAnyTypeInformation(T3Tree_Node* root);
 
 /// Drops the derived data of a module's analysis that no later module reads (T3Memory).
 void CleanupAnalysisIntermediateData(T3Tree_Node* module);
-/// Drops what generation hung on a module's nodes (T3Memory).
-void CleanupCompilationIntermediateData(T3Tree_Node* module);

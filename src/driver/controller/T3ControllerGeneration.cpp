@@ -14,9 +14,11 @@
 #include "driver/options/T3Version.h"
 #include "frontend/T3Tree.h"
 #include "generator/module/CGModule.h"
+#include "generator/text/CLocations.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3Context.h"
 #include "support/FormatText.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 [[noreturn]] void FetchPrecomppiledAST() {
@@ -46,10 +48,16 @@ bool IsUnchanged(T3Module* module) {
          !CodeSettingsChanged(module);
 }
 
+// What generation found out about a module and hung on nodes.
+void DropGenerated() {
+  ClearModuleCaches();
+  ResetAllLocations();
+}
+
 bool CompileModule(T3Tree_Node* module, const char* name) {
   vexa_compiler_phases(GetVerbosity(module), FormatText("Generating code for module \"%s\"", name));
   const bool generated = T3Module_generate(module);
-  CleanupCompilationIntermediateData(module);
+  DropGenerated();
   return generated;
 }
 
@@ -73,7 +81,7 @@ bool CompileWhereDifferent(T3Module* module, const char* name) {
   else
     vexa_compiler_phases(GetVerbosity(module), FormatText("Generating code for module \"%s\"", name));
   keeping = {};
-  CleanupCompilationIntermediateData(module);
+  DropGenerated();
   return generated;
 }
 

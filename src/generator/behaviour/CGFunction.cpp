@@ -339,9 +339,11 @@ void CGControlPart(T3ControlPart* decl) {
 }
 }  // namespace
 
-std::vector<std::string> CGBehaviourParameters() {
-  return {FormalPar(C_UNSIGNED_LONG, VEXA_ARGC), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
-          FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)};
+const std::vector<std::string>& CGBehaviourParameters() {
+  static auto& parameters = *new std::vector<std::string>{
+      FormalPar(C_UNSIGNED_LONG, VEXA_ARGC), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
+      FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)};
+  return parameters;
 }
 
 void CGFunction(T3Tree_Node* decl) {

@@ -11,4 +11,4 @@ void CGFunction(T3Tree_Node* decl);
 /// A control part for a module that has none.
 void CGDummyControlPart(T3Tree_Node* module);
 /// The parameters that all behaviours have.
-std::vector<std::string> CGBehaviourParameters();
+const std::vector<std::string>& CGBehaviourParameters();

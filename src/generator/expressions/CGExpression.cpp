@@ -231,7 +231,7 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
   return name;
 }
 
-std::string Temporary(const std::string& type, CFunction& function) {
+std::string Temporary(std::string_view type, CFunction& function) {
   std::string name = function.getTmpVariable(type);
   g_taken.temporaries.push_back(name);
   return name;

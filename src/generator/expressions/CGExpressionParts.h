@@ -34,7 +34,7 @@ std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
 void StoreCLocation(T3Tree_Node* node, const std::string& text);
 void StoreRTSLocation(T3Tree_Node* node, const std::string& text);
 /// A temporary of the statement.
-std::string Temporary(const std::string& type, CFunction& function);
+std::string Temporary(std::string_view type, CFunction& function);
 /// The node's type behind names and subtypes.
 T3Tree_Node* TypeOf(T3Tree_Node* expression);
 std::string CastToUnsignedLong(const std::string& text);

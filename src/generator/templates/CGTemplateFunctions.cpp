@@ -29,13 +29,28 @@ std::vector<std::string> Parameters(const std::vector<std::string>& behind) {
   return parameters;
 }
 
+// All templates have functions of these kinds.
+const std::vector<std::string>& MatchParameters() {
+  static auto& parameters = *new auto(Parameters({FormalPar(LUMO_VALUE_T, VEXA_VALUE)}));
+  return parameters;
+}
+
+const std::vector<std::string>& ValueParameters() {
+  static auto& parameters = *new auto(Parameters({FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}));
+  return parameters;
+}
+
+const std::vector<std::string>& SizeParameters() {
+  static auto& parameters = *new auto(Parameters({}));
+  return parameters;
+}
+
 // One function of a template.
 template <class Body>
-void TemplateFunction(T3TemplateDecl* decl, T3TemplateDef* definition, const char* result,
-                      const std::string& name, const std::vector<std::string>& parameters, const Body& body) {
+void TemplateFunction(T3TemplateDecl* decl, const char* result, const std::string& name,
+                      const std::vector<std::string>& parameters, const Body& body) {
   const CGStatementScope scope;
-  ResetLocations(definition);
-  auto function = gT3Context.file().beginFunction(result, name, Parameters(parameters), "", false);
+  auto function = gT3Context.file().beginFunction(result, name, parameters, "", false);
   function->reach.locals = decl->attr().vexa_place != kAtModuleLevel;
   body(*function);
   function->end();
@@ -57,31 +72,29 @@ bool AcceptsOmit(T3Tree_Node* constraint) {
 }
 
 void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
-  TemplateFunction(
-      decl, definition, C_BOOL, VEXAMatchName(decl, mode), {FormalPar(LUMO_VALUE_T, VEXA_VALUE)},
-      [&](CFunction& function) {
-        T3Tree_Node* type = TypeOfTemplate(definition);
-        const std::string result = function.declare(C_BOOL, "", C_TRUE);
-        GenDefaultFormalPars(decl->fpl, function);
-        const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, "<" + Description(decl) + ">"};
-        if (TypeCheckNeeded(type)) {
-          const std::string check = cg::Call(LUMO_TYPE_CHECK, {VEXATypeRef(type), VEXA_VALUE, VEXA_CONTEXT});
-          // The other tests ask what only a value of the type can answer.
-          CGTest type_test = test;
-          type_test.on_fail = break_return;
-          TestForFailure(std::string(C_NOT) + "(" + check + ")", type_test, "type mismatch", LUMO_NO_VALUE_C,
-                         function);
-        }
-        if (AcceptsOmit(definition->constraint)) {
-          function.beginIf(std::string(VEXA_VALUE) + " == " + LUMO_OMIT_VALUE_C);
-          function._return(C_TRUE);
-          function.endIf();
-        }
-        function.reach.rows = true;
-        const InheritedArguments inherited(definition, VEXA_ARGV, function);
-        GenConstraint(definition->constraint, RootType(type), test, function);
-        function._return(result);
-      });
+  TemplateFunction(decl, C_BOOL, VEXAMatchName(decl, mode), MatchParameters(), [&](CFunction& function) {
+    T3Tree_Node* type = TypeOfTemplate(definition);
+    const std::string result = function.declare(C_BOOL, "", C_TRUE);
+    GenDefaultFormalPars(decl->fpl, function);
+    const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, "<" + Description(decl) + ">"};
+    if (TypeCheckNeeded(type)) {
+      const std::string check = cg::Call(LUMO_TYPE_CHECK, {VEXATypeRef(type), VEXA_VALUE, VEXA_CONTEXT});
+      // The other tests ask what only a value of the type can answer.
+      CGTest type_test = test;
+      type_test.on_fail = break_return;
+      TestForFailure(std::string(C_NOT) + "(" + check + ")", type_test, "type mismatch", LUMO_NO_VALUE_C,
+                     function);
+    }
+    if (AcceptsOmit(definition->constraint)) {
+      function.beginIf(std::string(VEXA_VALUE) + " == " + LUMO_OMIT_VALUE_C);
+      function._return(C_TRUE);
+      function.endIf();
+    }
+    function.reach.rows = true;
+    const InheritedArguments inherited(definition, VEXA_ARGV, function);
+    GenConstraint(definition->constraint, RootType(type), test, function);
+    function._return(result);
+  });
 }
 
 // ---- Values ----
@@ -113,8 +126,8 @@ void ReturnAs(T3Tree_Node* type, const std::string& location, CFunction& functio
 }
 
 void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode_t mode) {
-  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAValueOfName(decl, mode),
-                   {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, [&](CFunction& function) {
+  TemplateFunction(decl, LUMO_VALUE_T, VEXAValueOfName(decl, mode), ValueParameters(),
+                   [&](CFunction& function) {
                      if (IsAmbiguous(definition->constraint)) {
                        cg::ReportAtRunTime("attempting to turn ambiguous template into value",
                                            definition->position, function);
@@ -154,7 +167,7 @@ void GenReferenceConstraint(T3Tree_Node* node, const std::string& sum, CFunction
 }
 
 void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(decl, definition, C_UNSIGNED_LONG, VEXASizeOfName(decl), {}, [&](CFunction& function) {
+  TemplateFunction(decl, C_UNSIGNED_LONG, VEXASizeOfName(decl), SizeParameters(), [&](CFunction& function) {
     function.reach.rows = true;
     GenDefaultFormalPars(decl->fpl, function);
     const InheritedArguments inherited(definition, VEXA_ARGV, function);
@@ -173,8 +186,8 @@ void CGSizeOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
 }
 
 void CGConstraintOf(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  TemplateFunction(decl, definition, LUMO_VALUE_T, VEXAConstraintOfName(decl),
-                   {FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY)}, [&](CFunction& function) {
+  TemplateFunction(decl, LUMO_VALUE_T, VEXAConstraintOfName(decl), ValueParameters(),
+                   [&](CFunction& function) {
                      GenDefaultFormalPars(decl->fpl, function);
                      const InheritedArguments inherited(definition, VEXA_ARGV, function);
                      GenConstraintOf(definition->constraint, TypeOfTemplate(definition), function);
@@ -248,6 +261,7 @@ void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& func
 
 namespace cgtemplate {
 void CGTemplateFunctions(T3TemplateDecl* decl, T3TemplateDef* definition) {
+  ResetLocations(definition);
   CGMatch(decl, definition, vexa_template_plain);
   CGValueOf(decl, definition, vexa_template_plain);
   if (IsSignatureTemplate(definition)) CGSignatureTemplate(decl, definition);

@@ -101,14 +101,24 @@ void CGSetSourceLine(CFunction& function, const tPosition& position) {
   function.call(LUMO_SOURCE_LOCATION_SET_LINE, {std::to_string(position.Line), VEXA_CONTEXT});
 }
 
-void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what) {
-  std::string text = CGSourceFileName(position);
-  text.append(" - line ").append(std::to_string(position.Line)).append(" : ").append(what);
-  // the name of a file must not end the comment
+// The name of a file must not end the comment.
+static std::string InComment(std::string text) {
   for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
     text.insert(at + 1, " ");
+  return text;
+}
+
+void CGCommentPlace(CFunction& function, const tPosition& position, std::string_view what) {
+  const bool is_elsewhere = IsElsewhere(position, CGCurrentModule());
+  const std::string other = is_elsewhere ? CGSourceFileName(position) : std::string();
+  const std::string& file = is_elsewhere ? other : CGSourceFileName(CGCurrentModule());
   function.addText("\n");
-  function.addComment(text);
+  const std::string line = std::to_string(position.Line);
+  if (file.find('*') == std::string::npos && what.find('*') == std::string::npos) {
+    function.addComment({file, " - line ", line, " : ", what});
+  } else {
+    function.addComment(InComment(joined({file, " - line ", line, " : ", what})));
+  }
 }
 
 void CGLogInformation(CFunction& function, const std::string& text) {

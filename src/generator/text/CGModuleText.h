@@ -37,6 +37,6 @@ void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::s
 void CGPopSourceLocation(CFunction& function);
 void CGSetSourceLine(CFunction& function, const tPosition& position);
 /// A comment behind an empty line: a place in the source of the module, and what stands there.
-void CGCommentPlace(CFunction& function, const tPosition& position, const std::string& what);
+void CGCommentPlace(CFunction& function, const tPosition& position, std::string_view what);
 /// Logs an information to all.
 void CGLogInformation(CFunction& function, const std::string& text);

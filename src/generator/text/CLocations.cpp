@@ -1,6 +1,9 @@
 #include "generator/text/CLocations.h"
 
+#include <vector>
+
 #include "driver/diagnostics/T3Error.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 struct Places {
@@ -22,6 +25,18 @@ Places PlacesOf(T3Tree_Node* node, const char* function) {
   internal_error_ast("LUMOS", __LINE__, function, node);
 }
 
+// The nodes that have got a location since the last module, some of them more than once.
+std::vector<T3Tree_Node*>& Located() {
+  static auto& nodes = *new std::vector<T3Tree_Node*>;
+  return nodes;
+}
+const ModuleCache located([] { Located().clear(); }, ModuleCache::Holds::ForRun);
+
+Places NewPlacesOf(T3Tree_Node* node, const char* function) {
+  Located().push_back(node);
+  return PlacesOf(node, function);
+}
+
 bool IsAllocated(const char* location) {
   return location != vexa_location_not_allocated;
 }
@@ -36,11 +51,11 @@ std::string RTSLocation(T3Tree_Node* node) {
 }
 
 void SetCLocation(T3Tree_Node* node, const std::string& location) {
-  PlacesOf(node, __func__).c_loc = gT3AST.KeepText(location);
+  NewPlacesOf(node, __func__).c_loc = gT3AST.KeepText(location);
 }
 
 void SetRTSLocation(T3Tree_Node* node, const std::string& location) {
-  PlacesOf(node, __func__).rts_loc = gT3AST.KeepText(location);
+  NewPlacesOf(node, __func__).rts_loc = gT3AST.KeepText(location);
 }
 
 bool HasCLocation(T3Tree_Node* node) {
@@ -55,4 +70,9 @@ void ResetLocation(T3Tree_Node* node) {
   const Places places = PlacesOf(node, __func__);
   places.c_loc = vexa_location_not_allocated;
   places.rts_loc = vexa_location_not_allocated;
+}
+
+void ResetAllLocations() {
+  for (T3Tree_Node* node : Located()) ResetLocation(node);
+  Located().clear();
 }

@@ -16,3 +16,5 @@ bool HasCLocation(T3Tree_Node* node);
 bool HasRTSLocation(T3Tree_Node* node);
 /// Both are unassigned again.
 void ResetLocation(T3Tree_Node* node);
+/// So are those of all nodes: the work on a module has ended.
+void ResetAllLocations();

@@ -12,6 +12,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/ModuleCaches.h"
 #include "support/FormatText.h"
 
 namespace {
@@ -84,9 +85,19 @@ std::string OfType(int line, const char* function, T3Tree_Node* decl, const char
 }
 #define OF_TYPE(decl, behind) OfType(__LINE__, __func__, decl, behind)
 
+// A template has many names, which are asked for one after the other: what the last one's begin with.
+struct {
+  T3Tree_Node* decl = nullptr;
+  std::string name;
+} g_last_template;
+const ModuleCache last_template([] { g_last_template.decl = nullptr; });
+
 std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, const char* behind) {
   if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
-  return joined({"vexa_", NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position), behind});
+  auto& [last, name] = g_last_template;
+  if (decl != last) name = joined({NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position)});
+  last = decl;
+  return joined({"vexa_", name, behind});
 }
 #define OF_TEMPLATE(decl, behind) OfTemplate(__LINE__, __func__, decl, behind)
 
@@ -126,14 +137,14 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
 }
 
 std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (IsBehaviour(decl)) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (IsBehaviour(decl)) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_", behind});
   if (IsImportedBehaviour(decl)) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
 
 std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
-  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_", behind});
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_", behind});
   if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   return OfBehaviour(line, function, decl, behind);
 }
@@ -233,7 +244,7 @@ bool IsSameCode(std::string_view a, std::string_view b) {
 }
 
 std::string VEXATypeConstName(T3Tree_Node* decl) {
-  if (decl->is<T3TypeDecl>()) return joined({"vexa_", Qualified(decl), "_local_type"});
+  if (decl->is<T3TypeDecl>()) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_type"});
   if (decl->is<T3ImportTypeDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_type"});
   if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_sig"});
   return WRONG_NODE(decl);
@@ -286,7 +297,7 @@ std::string VEXAConstraintOfName(T3Tree_Node* decl) {
 
 std::string VEXAPortRecordName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return joined({"vexa_", Qualified(decl), "_port_record_type"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_port_record_type"});
 }
 
 std::string VEXAPortRecordInfoStructName(T3Tree_Node* decl) {
@@ -315,7 +326,8 @@ std::string VEXAComponentPostProcessFuncName(T3Tree_Node* decl) {
 
 std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
   if (decl->is<T3TypeDecl>())
-    return joined({"vexa_", Qualified(decl), "_local_", AttributeWord(kind), "_attributes"});
+    return joined(
+        {"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_", AttributeWord(kind), "_attributes"});
   if (decl->is<T3ImportTypeDecl>() || decl->is<T3ImportSignatureDecl>())
     return joined({"vexa_", ModuleOf(decl), "_", Origin(decl), AttributeWord(kind), "_attributes"});
   return WRONG_NODE(decl);
@@ -323,17 +335,17 @@ std::string VEXAAttributesName(T3Tree_Node* decl, t3_with_attribute_t kind) {
 
 std::string VEXABuiltinTypeName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return joined({"vexa_", Qualified(decl), "_builtin_type"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_builtin_type"});
 }
 
 std::string VEXABuiltinTypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return joined({"vexa_", Qualified(decl), "_builtin_type_struct"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_builtin_type_struct"});
 }
 
 std::string VEXABuiltinTypeInfoStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>()) return WRONG_NODE(decl);
-  return joined({"vexa_", Qualified(decl), "_builtin_type_info_struct"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_builtin_type_info_struct"});
 }
 
 std::string VEXABuiltinFieldInfoName(T3Tree_Node* decl) {
@@ -400,7 +412,7 @@ std::string VEXATemplateConstName(T3Tree_Node* decl) {
   auto* local = decl->as<T3TemplateDecl>();
   const std::string suffix =
       local->attr().vexa_place > kAtModuleLevel ? PositionSuffix(local->position) : std::string();
-  return joined({"vexa_", Qualified(decl), suffix, "_local_template"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), suffix, "_local_template"});
 }
 
 std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
@@ -408,7 +420,7 @@ std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
     return joined({"vexa_", ModuleOf(decl), "_imp_template_", Origin(decl)});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   const std::string suffix = PositionSuffix(decl->as<T3TemplateDecl>()->position);
-  return joined({"vexa_", Qualified(decl), suffix, "_type_struct"});
+  return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), suffix, "_type_struct"});
 }
 
 std::string VEXATemplateRef(T3Tree_Node* decl) {
@@ -458,7 +470,7 @@ std::string VEXATeststepName(T3Tree_Node* decl) {
 }
 
 std::string VEXAExtObjectName(T3Tree_Node* decl) {
-  if (decl->is<T3ExtFunction>()) return joined({Qualified(decl), "_stub"});
+  if (decl->is<T3ExtFunction>()) return joined({ModuleOf(decl), "_", NameOf(decl), "_stub"});
   if (decl->is<T3ExtConstDecl>()) return Qualified(decl);
   return WRONG_NODE(decl);
 }
@@ -469,18 +481,19 @@ std::string VEXAExtFuncName(T3Tree_Node* decl) {
 
 std::string VEXAExtFuncCompileSwitchName(T3Tree_Node* decl) {
   if (!decl->is<T3ExtFunction>()) return WRONG_NODE(decl);
-  return joined({"EXT_FUNC_BYPASS_TRI_", Qualified(decl), "_func"});
+  return joined({"EXT_FUNC_BYPASS_TRI_", ModuleOf(decl), "_", NameOf(decl), "_func"});
 }
 
 std::string VEXAConstName(T3Tree_Node* decl) {
-  if (decl->is<T3ConstDecl>()) return joined({"vexa_loc_const_", Qualified(decl)});
+  if (decl->is<T3ConstDecl>()) return joined({"vexa_loc_const_", ModuleOf(decl), "_", NameOf(decl)});
   if (decl->is<T3ImportConstDecl>()) return joined({"vexa_imp_const_", Origin(decl)});
   if (decl->is<T3ImportModuleParDecl>()) return joined({"vexa_imp_modulepar_", Origin(decl)});
   return WRONG_NODE(decl);
 }
 
 std::string VEXAModuleParName(T3Tree_Node* decl) {
-  return decl->is<T3ModuleParDecl>() ? joined({"vexa_loc_mod_par_", Qualified(decl)}) : WRONG_NODE(decl);
+  return decl->is<T3ModuleParDecl>() ? joined({"vexa_loc_mod_par_", ModuleOf(decl), "_", NameOf(decl)})
+                                     : WRONG_NODE(decl);
 }
 
 std::string VEXAExtConstName(T3Tree_Node* decl) {
