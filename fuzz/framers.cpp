@@ -7,7 +7,8 @@
 
 using namespace lumos;
 
-static std::vector<std::string> messages(Framing framing, const std::string& octets, size_t piece) {
+static std::vector<std::string> messages(const FramingSpec& framing, const std::string& octets,
+                                         size_t piece) {
   std::vector<std::string> list;
   std::string stream, message;
   for (size_t at = 0; at < octets.size(); at += piece) {
@@ -24,12 +25,17 @@ static std::vector<std::string> messages(Framing framing, const std::string& oct
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
   if (size < 2) return 0;
-  const auto framing = static_cast<Framing>(1 + data[0] % 6);
+  constexpr Framing kinds[] = {Framing::line, Framing::crlf, Framing::len16,  Framing::len32,
+                               Framing::tpkt, Framing::ber,  Framing::length, Framing::varint};
+  FramingSpec framing = kinds[data[0] % 8];
+  framing.offset = data[0] / 8 % 4;
+  framing.size = 1 + data[0] / 32 % 4;
+  framing.added = data[0] / 128;
   const std::string octets(reinterpret_cast<const char*>(data + 2), size - 2);
   if (messages(framing, octets, 1 + data[1]) != messages(framing, octets, octets.size() + 1)) std::abort();
   std::string stream;
-  const bool is_line = framing == Framing::line || framing == Framing::crlf;
-  if (is_line || framing == Framing::ber || !frame_message(framing, octets, stream)) return 0;
+  const bool adds_length = data[0] % 8 >= 2 && data[0] % 8 <= 4;
+  if (!adds_length || !frame_message(framing, octets, stream)) return 0;
   if (messages(framing, stream, stream.size() + 1) != std::vector<std::string>{octets}) std::abort();
   return 0;
 }

@@ -1,17 +1,15 @@
 #!/usr/bin/env python3
 """Encodes messages of real protocols by their public modules, and lets another program, tshark, say what they hold.
 
-    judged.py --orvane PROGRAM --corpus FOLDER --out FOLDER
+    judged.py ORVANE CORPUS FOLDER
 
 The suite judged/Judged.ttcn logs a row for each message: protocol, octets, and the fields that the dissector must find.
 Ends with 77 where tshark or the corpus is missing.
 """
 
-import argparse
 import re
 import shutil
 import struct
-import subprocess
 import sys
 from pathlib import Path
 
@@ -40,32 +38,27 @@ def plain(text):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    for name in ("orvane", "corpus", "out"):
-        parser.add_argument(f"--{name}", required=True, type=lambda text: Path(text).resolve())
-    arguments = parser.parse_args()
-    folder = arguments.out
-    if not arguments.corpus.is_dir() or not shutil.which("tshark"):
+    orvane, corpus, folder = (Path(text).resolve() for text in sys.argv[1:])
+    if not corpus.is_dir() or not shutil.which("tshark"):
         print("skipped: tshark or the corpus is missing")
         return 77
     shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
+    shutil.copytree(HERE / "judged", folder)
+    shutil.copy(HERE.parents[1] / "examples" / "dns" / "Dns_Types.ttcn", folder)
     for name in SETS:
-        write_modules(arguments.corpus / name, folder)
+        write_modules(corpus / name, folder)
     for name in UNUSED:
         (folder / f"{name}.ttcn").unlink()
-    for source in (HERE / "judged" / "Judged.ttcn", HERE.parents[1] / "examples" / "dns" / "Dns_Types.ttcn"):
-        shutil.copy(source, folder)
-    mcfg = arguments.orvane.parent.parent / "share" / "orvane" / "make_linux.mcfg"
-    run([arguments.orvane, "-v", "2", "-K", "-f", mcfg, "-r", "Judged", "-F", *sorted(folder.glob("*.ttcn"))], folder)
+    mcfg = orvane.parent.parent / "share" / "orvane" / "make_linux.mcfg"
+    run([orvane, "-v", "2", "-K", "-f", mcfg, "-r", "Judged", "-F", *sorted(folder.glob("*.ttcn"))], folder)
     run(["make", "-s", "-j2", "CFLAGS=-std=c11 -O0 -w"], folder)
-    rows = ROW.findall(run(["./Judged", "-v", "all"], folder))
+    rows = ROW.findall(run(["./Judged"], folder))
     (folder / "rows.pcap").write_bytes(capture(rows))
     wanted = [dict(pair.split("=", 1) for pair in fields.split(" ")) for _, _, fields in rows]
     names = sorted({name for row in wanted for name in row})
     found = run(["tshark", "-r", "rows.pcap", "-T", "fields", *(word for name in names for word in ("-e", name))], folder)
     lines = [line.split("\t") for line in found.split("\n") if "\t" in line]
-    faults = 0 if len(lines) == len(rows) > 20 else 1
+    faults = int(not len(lines) == len(rows) > 20)
     for (protocol, octets, _), line, row in zip(rows, lines, wanted):
         told = {name: [plain(text) for text in cell.split(",")] for name, cell in zip(names, line)}
         for name, value in row.items():

@@ -113,6 +113,34 @@ bool agree(Value v, int depth) {
   return true;
 }
 
+// The bits of a value; 0 where padding makes them depend on its place.
+size_t bits_of(const RawPlan& plan, Value v) {
+  if (is_omit(v) || plan.padding || plan.prepadding) return 0;
+  size_t bits = 0;
+  const bool is_choice = plan.kind == lumo_type_kind_union;
+  if (!is_record_kind(plan.kind) && !is_list_kind(plan.kind) && !is_choice) {
+    const bool is_bits = !is_string_kind(plan.kind) || plan.kind == lumo_type_kind_bitstring;
+    return is_bits && plan.form == RawLength::given ? plan.length : v->text.size * (is_bits ? 1 : 4);
+  }
+  for (size_t i = 0; i < v->parts.size; ++i) {
+    const size_t at = is_choice ? static_cast<size_t>(v->index) : is_list_kind(plan.kind) ? 0 : i;
+    bits += bits_of(*plan.fields[at].plan, v->parts.data[i]);
+  }
+  return bits;
+}
+
+// What is counted in octets is made of whole ones: within one nothing tells which of the optional parts are
+// there.
+bool has_whole_octets(Value v) {
+  std::vector<std::string> errors;
+  const RawPlan& plan = raw_plan(v->type, errors);
+  return std::all_of(plan.lengths.begin(), plan.lengths.end(), [&](const RawLengthField& length) {
+    size_t bits = 0;
+    for (const size_t i : length.counted) bits += bits_of(*plan.fields[i].plan, v->parts.data[i]);
+    return length.unit != 8 || bits % 8 == 0;
+  });
+}
+
 bool fill_fields(Value v, int depth) {
   shape(v);
   for (size_t i = 0; i < v->parts.size; ++i) {
@@ -123,7 +151,7 @@ bool fill_fields(Value v, int depth) {
       return false;
   }
   return std::string_view(codec_family_of(root) ? codec_family_of(root)->name : "") != "RAW" ||
-         agree(v, depth);
+         (agree(v, depth) && has_whole_octets(v));
 }
 
 bool fill_once(Value v, int depth) {

@@ -16,6 +16,11 @@ BitOrder order_within(BitOrder order) {
   return order;
 }
 
+// Whole octets at a place of their own, of which most messages consist, go at once.
+bool is_whole(const BitPlace& place, unsigned count, BitOrder order) {
+  return place.is_aligned() && count % 8 == 0 && !order.bits_msb && !order.mirrored;
+}
+
 }  // namespace
 
 uint64_t mirror(uint64_t number, unsigned count) {
@@ -75,7 +80,13 @@ void BitSink::put_at(BitPlace& at, uint64_t number, unsigned count, BitOrder ord
 }
 
 void BitSink::put(uint64_t number, unsigned count, BitOrder order) {
-  put_at(place, number, count, order);
+  if (!is_whole(place, count, order) || place.octet != octets_.size())
+    return put_at(place, number, count, order);
+  char octets[8];
+  for (unsigned done = 0; done < count; done += 8)
+    octets[done / 8] = static_cast<char>(number >> (order.octets_last ? count - 8 - done : done));
+  octets_.append(octets, count / 8);
+  place.take_octets(count / 8, order.fields_msb);
 }
 
 void BitSink::overwrite(BitPlace at, uint64_t number, unsigned count, BitOrder order) {
@@ -89,6 +100,15 @@ void BitSink::put_octet(unsigned char octet, BitOrder order) {
   } else {
     put(octet, 8, order_within(order));
   }
+}
+
+void BitSink::put_octets(std::string_view octets, BitOrder order) {
+  if (place.is_aligned() && !order.bits_msb && !order.octets_last) {
+    octets_ += octets;
+    return place.take_octets(octets.size(), order.fields_msb);
+  }
+  for (size_t i = 0; i < octets.size(); ++i)
+    put_octet(static_cast<unsigned char>(octets[order.octets_last ? octets.size() - 1 - i : i]), order);
 }
 
 void BitSink::put_digits(std::string_view digits, BitOrder order) {
@@ -118,6 +138,14 @@ unsigned BitSource::get_chunk(unsigned count, BitOrder order) {
 bool BitSource::get(uint64_t& number, unsigned count, BitOrder order, size_t limit) {
   if (place.bits() + count > std::min(limit, size())) return false;
   number = 0;
+  if (is_whole(place, count, order)) {
+    for (unsigned done = 0; done < count; done += 8) {
+      const uint64_t octet = static_cast<unsigned char>(octets_[place.octet + done / 8]);
+      number |= octet << (order.octets_last ? count - 8 - done : done);
+    }
+    place.take_octets(count / 8, order.fields_msb);
+    return true;
+  }
   for (unsigned done = 0; done < count;) {
     const unsigned n = std::min(count - done, place.high - place.low);
     const uint64_t chunk = get_chunk(n, order);

@@ -49,6 +49,8 @@ class BitSink {
   // As put, but over what stands at that place.
   void overwrite(BitPlace at, uint64_t number, unsigned count, BitOrder order);
   void put_octet(unsigned char octet, BitOrder order);
+  // All of a string, turned where the last octet comes first.
+  void put_octets(std::string_view octets, BitOrder order);
   // The bit that was put last.
   void set_last_bit(bool one);
   std::string& octets() { return octets_; }

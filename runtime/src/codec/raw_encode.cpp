@@ -305,8 +305,7 @@ bool Encoder::encode_octets(const RawPlan& plan, Value v, BitOrder order) {
   const unsigned char filler = is_text_kind(v->kind) ? ' ' : 0;
   if (!plan.align_left)
     for (size_t i = 0; i < missing; ++i) sink.put_octet(filler, order);
-  for (size_t i = 0; i < octets.size(); ++i)
-    sink.put_octet(static_cast<unsigned char>(octets[order.octets_last ? octets.size() - 1 - i : i]), order);
+  sink.put_octets(octets, order);
   if (plan.align_left)
     for (size_t i = 0; i < missing; ++i) sink.put_octet(filler, order);
   if (plan.form != RawLength::null_terminated) return true;

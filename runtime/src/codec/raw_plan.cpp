@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <span>
+#include <unordered_map>
 
 #include "codec/constants.h"
 #include "value/subtypes.h"
@@ -123,6 +124,7 @@ class Planner {
   void error_at(const std::string& place, const std::string& text);
 
   std::map<Key, std::unique_ptr<RawPlan>> plans_;
+  std::unordered_map<lumo_type_t, const RawPlan*> made_;  // those of messages
   std::vector<std::unique_ptr<RawPlan>> copies_;
   std::deque<std::function<void()>> unresolved_;
   std::vector<std::string>* errors_ = nullptr;
@@ -149,8 +151,10 @@ RawWords Planner::words_of(lumo_type_t type, std::string_view field) {
 }
 
 const RawPlan& Planner::plan(lumo_type_t type, std::vector<std::string>& errors) {
+  const RawPlan*& made = made_[type];
+  if (made) return *made;
   errors_ = &errors;
-  RawPlan* made = plan_with(plain_type(type), "", {}, place_of(type));
+  made = plan_with(plain_type(type), "", {}, place_of(type));
   while (!unresolved_.empty()) {
     const std::function<void()> next = std::move(unresolved_.front());
     unresolved_.pop_front();

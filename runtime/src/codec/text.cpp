@@ -19,6 +19,13 @@ bool is_there(Value part) {
   return part && !is_omit(part) && part->form != Form::unset;
 }
 
+// A list without elements and without texts around it: an optional field that holds it leaves no trace, not
+// even the separator before it.
+bool is_nothing(const TextPlan& plan, Value v) {
+  v = settled(v);
+  return v->form == Form::vector && v->parts.size == 0 && !plan.begin.given && !plan.end.given;
+}
+
 // Their digits are the text.
 bool is_digit_kind(lumo_type_kind_t kind) {
   return kind == lumo_type_kind_bitstring || kind == lumo_type_kind_hexstring;
@@ -65,7 +72,8 @@ bool Encoder::encode_fields(const TextPlan& plan, Value v) {
   bool is_first = true;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     const TextField& field = plan.fields[i];
-    if (!is_there(v->parts.data[i]) && field.optional) continue;
+    if (field.optional && (!is_there(v->parts.data[i]) || is_nothing(*field.plan, v->parts.data[i])))
+      continue;
     path_.enter(field.name.c_str());
     if (!is_there(v->parts.data[i])) return fail("the field is not initialized");
     if (!is_first) octets += plan.separator.text;
@@ -231,9 +239,10 @@ bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_fir
   const bool has_next = !plan.separator.given && !is_last && plan.fields[i + 1].plan->begin.given;
   if (has_next) terminators_.push_back(&plan.fields[i + 1].plan->begin);
   path_.enter(plan.fields[i].name.c_str());
-  const bool good = (is_first || take(plan.separator, "the separator is missing")) &&
-                    decode(*plan.fields[i].plan, force_part(v, i)) &&
-                    (at > start || !plan.fields[i].optional);
+  const bool good =
+      (is_first || take(plan.separator, "the separator is missing")) &&
+      decode(*plan.fields[i].plan, force_part(v, i)) &&
+      (!plan.fields[i].optional || (at > start && !is_nothing(*plan.fields[i].plan, v->parts.data[i])));
   path_.leave();
   terminators_.resize(terminators);
   if (good) {
@@ -262,12 +271,11 @@ bool Decoder::decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is
   v->parts.data[i] = nullptr;
   const bool was_first = is_first;
   bool good = decode_field(plan, v, i, is_first) && at > start;
-  const Value found = v->parts.data[i];
   // A separator alone is not that of a list without elements.
-  if (good && !was_first && is_list_kind(found->kind) && found->parts.size == 0) {
+  if (good && !was_first && is_nothing(*plan.fields[i].plan, v->parts.data[i])) {
     good = false;
     at = start;
-    destroy(found);
+    destroy(v->parts.data[i]);
     v->parts.data[i] = nullptr;
   }
   if (before) append_elements(before, std::exchange(v->parts.data[i], before));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <unordered_map>
 
 #include "codec/words.h"
 #include "template/pattern.h"
@@ -72,6 +73,7 @@ bool read_token(const Word& word, TextToken& token) {
     if (!is_quoted(parts[1]) || !readable_pattern(inside(parts[1]))) return false;
     token.pattern = inside(parts[1]);
   }
+  if (parts[0].empty() && token.pattern.empty()) return false;
   if (parts.size() < 3 || parts[2].empty()) return true;
   token.any_case = parts[2] == "case_insensitive";
   return token.any_case || parts[2] == "case_sensitive";
@@ -136,7 +138,9 @@ bool read_coding(const Word& word, TextWords& words) {
 class Planner {
  public:
   const TextPlan& plan(lumo_type_t type, std::vector<std::string>& errors) {
-    return *plan_with(plain_type(type), "", {}, place_of(type), errors);
+    const TextPlan*& made = made_[type];
+    if (!made) made = plan_with(plain_type(type), "", {}, place_of(type), errors);
+    return *made;
   }
 
  private:
@@ -148,6 +152,7 @@ class Planner {
   void fill_literals(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors);
 
   std::map<std::pair<lumo_type_t, std::string>, std::unique_ptr<TextPlan>> plans_;
+  std::unordered_map<lumo_type_t, const TextPlan*> made_;  // those of messages
 };
 
 TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::string* key,

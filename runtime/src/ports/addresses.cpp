@@ -36,6 +36,7 @@ Value address_value(lumo_type_t type, const std::string& text) {
     return v;
   }
   Endpoint endpoint;
+  shape(v);
   if (v->kind != lumo_type_kind_record || v->parts.size != 2 || !read_endpoint(text, endpoint))
     return nullptr;
   Value host = force_part(v, 0), port = force_part(v, 1);

@@ -60,11 +60,17 @@ struct PortId {
 };
 
 // Octets of a value; false leaves a line in the log.
+bool encode_for(Value v, std::string& octets, std::string& error) {
+  std::string why;
+  if (encode_value(v, octets, why)) return true;
+  error = std::string("a value of type '") + type_name(v->type) + "' cannot be encoded: " + why;
+  return false;
+}
+
 bool encode_for(const char* port, Value v, std::string& octets) {
-  std::string fault;
-  if (encode_value(v, octets, fault)) return true;
-  log_line(lumo_log_msg_error_c, std::string("port '") + port + "': a value of type '" + type_name(v->type) +
-                                     "' cannot be encoded: " + fault);
+  std::string error;
+  if (encode_for(v, octets, error)) return true;
+  log_line(lumo_log_msg_error_c, std::string("port '") + port + "': " + error);
   return false;
 }
 
@@ -170,8 +176,8 @@ struct Arrival {
   std::string result;
   bool has_result = false;
   bool from_channel = false;  // the address is "host:port"
-  bool is_fault = false;      // of a channel: the octets are the text of it
-  bool lost = false;          // and what was sent does not arrive
+  bool is_trouble = false;    // of a channel: the octets are the text of it
+  Trouble trouble = Trouble::none;
 };
 
 std::mutex arrivals_lock;
@@ -313,11 +319,11 @@ ChannelEvents events_for(const Port& system_port) {
     a.address = std::move(peer);
     arrive(std::move(a));
   };
-  events.fault = [pattern](std::string text, bool lost) {
+  events.fault = [pattern](std::string text, Trouble trouble) {
     Arrival a = pattern;
     a.octets = std::move(text);
-    a.is_fault = true;
-    a.lost = lost;
+    a.is_trouble = true;
+    a.trouble = trouble;
     arrive(std::move(a));
   };
   events.pause = [] {
@@ -326,15 +332,16 @@ ChannelEvents events_for(const Port& system_port) {
   return events;
 }
 
-// False leaves a line in the log.
-bool map_channel(const LinkSpec& spec, const Port& system_port) {
+// What goes into the text of a fault, from which nobody comes back.
+std::string& error_kept = *new std::string;
+
+// False leaves the reason in error.
+bool map_channel(const LinkSpec& spec, const Port& system_port, std::string& error) {
   OpenChannel& open = channels[&system_port];
-  std::string error;
   if (!open.channel) open.channel = open_channel(spec, events_for(system_port), error);
   ++open.mappings;
   if (open.channel) return true;
   channels.erase(&system_port);
-  log_line(lumo_log_msg_error_c, std::string("port ") + system_port.name + ": " + error);
   return false;
 }
 
@@ -343,25 +350,31 @@ Channel* channel_of(const Port& system_port) {
   return found == channels.end() ? nullptr : found->second.channel.get();
 }
 
-bool send_by(Channel& channel, const Port& system_port, const Message& message) {
-  std::string octets, peer, error;
+// False leaves the reason in error.
+bool send_by(Channel& channel, const Port& port, const Port& system_port, const Message& message,
+             std::string& error) {
+  std::string octets, peer;
   if (message.kind != MessageKind::message) {
     error = "only messages go through the links of the library";
-  } else if (!encode_for(system_port.name, message.content, octets)) {
+  } else if (!encode_for(message.content, octets, error)) {
     return false;
   } else if (message.address && !address_text(message.address, peer)) {
     error = "the address is neither \"host:port\" nor a record of host and port";
   } else if (channel.send(octets, peer, error)) {
+    tell_departure(port, system_port, message, octets);
     return true;
   }
-  log_line(lumo_log_msg_error_c, std::string("port ") + system_port.name + ": " + error);
   return false;
 }
 
-void deliver_fault(const Arrival& a) {
+void deliver_trouble(const Arrival& a) {
   const std::string text = "port " + a.port + ": " + a.octets;
-  log_line(a.lost ? lumo_log_msg_error_c : lumo_log_msg_warning_c, text);
-  if (a.lost) end_test_case(lumo_verdict_error_c, text.c_str());
+  const bool is_lost = a.trouble == Trouble::lost;
+  log_line(is_lost                      ? lumo_log_msg_error_c
+           : a.trouble == Trouble::some ? lumo_log_msg_warning_c
+                                        : lumo_log_msg_info_c,
+           text);
+  if (is_lost) end_test_case(lumo_verdict_error_c, text.c_str());
 }
 
 Value sender_address(const Arrival& a) {
@@ -370,7 +383,7 @@ Value sender_address(const Arrival& a) {
 }
 
 void deliver_arrival(const Arrival& a) {
-  if (a.is_fault) return deliver_fault(a);
+  if (a.is_trouble) return deliver_trouble(a);
   if (!test_case || !test_case->system || !test_case->system->record) return;
   Port* system_port = find_port(*test_case->system, a.port.c_str(), a.port_index);
   bool delivered = false;
@@ -422,7 +435,8 @@ void outside_test_case_ends() {
 
 void outside_map(Port& component_port, Port& system_port) {
   if (const LinkSpec* spec = link_for(system_port.name, system_port.index)) {
-    if (!map_channel(*spec, system_port)) fault("port %s cannot be linked", system_port.name);
+    if (!map_channel(*spec, system_port, error_kept))
+      fault("port %s: %s", system_port.name, error_kept.c_str());
     ++mapped_outside;
     return;
   }
@@ -459,7 +473,9 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
   }
   bool refused;
   if (Channel* channel = channel_of(system_port)) {
-    refused = !send_by(*channel, system_port, message);
+    if (!send_by(*channel, component_port, system_port, message, error_kept))
+      fault("port %s: %s", system_port.name, error_kept.c_str());
+    refused = false;
   } else {
     PortId from(component_port), to(system_port);
     std::string octets, sent;

@@ -166,11 +166,31 @@ void send_to_all(Port& port, Message* message) {
   delete_message(message);
 }
 
+// Where a message goes for one recipient: a component, or an address of the system under test, which it then
+// carries.
+Port* way_to(Port& port, Message& message, Value recipient) {
+  recipient = settled(recipient);
+  const bool is_null = is_special(recipient, Special::null_component);
+  if (recipient->form == Form::component || is_null) return connected_to(port, recipient);
+  if (port.mappings.empty()) fault("port %s is not mapped, so there is no address to send to", port.name);
+  message.address = copy_value(recipient, lumo_perm_alloc_c);
+  return port.mappings[0];
+}
+
+// A list of recipients has fields without a property, which no declared record has: those of an address have
+// one.
+bool are_several(Value recipient) {
+  if (recipient->form == Form::vector) return true;
+  return recipient->form == Form::fields && recipient->parts.size > 0 &&
+         field_info(recipient->type)[0].property == lumo_field_no_property_c;
+}
+
 void send_to_several(Port& port, Message* message, Value list) {
   for (size_t i = 0; i < list->parts.size; ++i)
     if (Value recipient = list->parts.data[i]) {
-      Port& to = *connected_to(port, recipient);
-      send_to_port(port, to, copy_message(*message));
+      Message* copy = copy_message(*message);
+      Port& to = *way_to(port, *copy, recipient);
+      send_to_port(port, to, copy);
     }
   self().unsent = nullptr;
   delete_message(message);
@@ -191,16 +211,8 @@ void send_message(Port& port, Message* message, Value recipient) {
   } else {
     if (recipient->form != Form::special && is_template(recipient))
       recipient = valueof_value(recipient, lumo_temp_alloc_c);
-    if (recipient->form == Form::fields || recipient->form == Form::vector)
-      return send_to_several(port, message, recipient);
-    if (recipient->form == Form::component) {
-      to = connected_to(port, recipient);
-    } else {
-      // An address of the system under test.
-      if (port.mappings.empty()) fault("port %s is not mapped, so there is no address to send to", port.name);
-      message->address = copy_value(recipient, lumo_perm_alloc_c);
-      to = port.mappings[0];
-    }
+    if (are_several(recipient)) return send_to_several(port, message, recipient);
+    to = way_to(port, *message, recipient);
   }
   sender.unsent = nullptr;
   bool behind = queue_for(*to, message->kind).length >= long_queue && to->owner != port.owner;

@@ -11,12 +11,15 @@
 
 namespace lumos {
 
+// What became of a connection: it ended as it may, something is wrong, or something that was sent will not
+// arrive.
+enum class Trouble { none, some, lost };
+
 // What a channel tells; called from the thread of the library, which waits while pause() holds.
 struct ChannelEvents {
   // peer is "host:port", or empty.
   std::function<void(std::string message, std::string peer)> message;
-  // lost: something that was sent will not arrive.
-  std::function<void(std::string text, bool lost)> fault;
+  std::function<void(std::string text, Trouble trouble)> fault;
   // Whether there is so much to take that nothing more is to be read for now.
   std::function<bool()> pause;
 };

@@ -32,8 +32,8 @@ void send_at_once(int fd) {
 
 class Client : public Channel {
  public:
-  Client(const LinkSpec& spec, ChannelEvents events, const SocketAddress& peer)
-      : events_(std::move(events)), spec_(spec), peer_(peer) {}
+  Client(const LinkSpec& spec, ChannelEvents events, std::vector<SocketAddress> peers)
+      : events_(std::move(events)), spec_(spec), peers_(std::move(peers)) {}
   ~Client() override {
     std::lock_guard<std::mutex> hold(poller_lock());
     stream_.reset();
@@ -41,28 +41,26 @@ class Client : public Channel {
 
   // With the lock held. What comes of it shows later.
   bool connect(std::string& error) {
-    SocketAddress local;
-    const bool has_local = !spec_.local.port.empty();
-    if (has_local && !resolve(spec_.local, SOCK_STREAM, true, local, error)) return false;
-    const int fd = open_socket(peer_.family(), SOCK_STREAM, has_local ? &local : nullptr, error);
+    tried_ = 0;
+    const int fd = connect_next(error);
     if (fd < 0) return false;
-    send_at_once(fd);
-    const bool good = ::connect(fd, peer_.get(), peer_.length) == 0 || errno == EINPROGRESS;
-    if (!good) {
-      error = system_text("connecting to " + text_of(peer_));
-      close(fd);
-      return false;
-    }
     stream_.reset();
-    stream_ =
-        std::make_unique<Stream>(events_, spec_.framing, fd, fd, text_of(peer_), StreamKind::connecting);
+    stream_ = std::make_unique<Stream>(events_, spec_.framing, fd, fd, text_of(peers_[tried_ - 1]),
+                                       StreamKind::connecting);
+    stream_->reconnect = [this](std::string& peer) {
+      std::string ignored;
+      const int other = connect_next(ignored);
+      if (other >= 0) peer = text_of(peers_[tried_ - 1]);
+      return other;
+    };
     return true;
   }
 
   bool send(std::string_view message, std::string_view peer, std::string& error) override {
     std::lock_guard<std::mutex> hold(poller_lock());
-    if (!peer.empty() && peer != text_of(peer_)) {
-      error = "the port is linked to " + text_of(peer_) + ", not to " + std::string(peer);
+    const auto is_meant = [peer](const SocketAddress& a) { return text_of(a) == peer; };
+    if (!peer.empty() && std::none_of(peers_.begin(), peers_.end(), is_meant)) {
+      error = "the port is linked to " + text_of(peers_[0]) + ", not to " + std::string(peer);
       return false;
     }
     // A peer that has closed its connection gets a new one.
@@ -71,9 +69,27 @@ class Client : public Channel {
   }
 
  private:
+  // A descriptor on its way to the next of the addresses that takes it; -1 behind the last one.
+  int connect_next(std::string& error) {
+    while (tried_ < peers_.size()) {
+      const SocketAddress& peer = peers_[tried_++];
+      SocketAddress local;
+      const bool has_local = !spec_.local.port.empty();
+      if (has_local && !resolve(spec_.local, SOCK_STREAM, true, peer.family(), local, error)) continue;
+      const int fd = open_socket(peer.family(), SOCK_STREAM, has_local ? &local : nullptr, error);
+      if (fd < 0) continue;
+      send_at_once(fd);
+      if (::connect(fd, peer.get(), peer.length) == 0 || errno == EINPROGRESS) return fd;
+      error = system_text("connecting to " + text_of(peer));
+      close(fd);
+    }
+    return -1;
+  }
+
   ChannelEvents events_;
   LinkSpec spec_;
-  SocketAddress peer_;
+  std::vector<SocketAddress> peers_;
+  size_t tried_ = 0;  // of them, for this connection
   std::unique_ptr<Stream> stream_;
 };
 
@@ -101,7 +117,7 @@ class Server : public Channel, public Polled {
     const bool has_room =
         streams_.size() < most_connections ||
         std::any_of(streams_.begin(), streams_.end(), [](const auto& s) { return s->has_ended(); });
-    return has_room ? POLLIN : 0;
+    return has_room && !events_.pause() ? POLLIN : 0;
   }
 
   void ready(short) override {
@@ -136,7 +152,7 @@ class Server : public Channel, public Polled {
   static constexpr size_t most_connections = 500;
 
   ChannelEvents outer_, events_;
-  Framing framing_;
+  FramingSpec framing_;
   int fd_;
   std::string heard_last_;
   std::list<std::unique_ptr<Stream>> streams_;
@@ -179,9 +195,9 @@ int open_path(const std::string& path, int flags, std::string& error) {
 }  // namespace
 
 std::unique_ptr<Channel> open_client(const LinkSpec& spec, ChannelEvents events, std::string& error) {
-  SocketAddress peer;
-  if (!resolve(spec.peer, SOCK_STREAM, false, peer, error)) return nullptr;
-  auto client = std::make_unique<Client>(spec, std::move(events), peer);
+  std::vector<SocketAddress> peers;
+  if (!resolve_all(spec.peer, SOCK_STREAM, false, AF_UNSPEC, peers, error)) return nullptr;
+  auto client = std::make_unique<Client>(spec, std::move(events), std::move(peers));
   bool good;
   {
     std::lock_guard<std::mutex> hold(poller_lock());
@@ -193,7 +209,7 @@ std::unique_ptr<Channel> open_client(const LinkSpec& spec, ChannelEvents events,
 
 std::unique_ptr<Channel> open_server(const LinkSpec& spec, ChannelEvents events, std::string& error) {
   SocketAddress local;
-  if (!resolve(spec.peer, SOCK_STREAM, true, local, error)) return nullptr;
+  if (!resolve(spec.peer, SOCK_STREAM, true, AF_UNSPEC, local, error)) return nullptr;
   const int fd = open_socket(local.family(), SOCK_STREAM, &local, error);
   if (fd < 0) return nullptr;
   if (listen(fd, 64) == 0) return std::make_unique<Server>(spec, std::move(events), fd);

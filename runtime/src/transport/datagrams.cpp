@@ -11,8 +11,8 @@ namespace {
 
 class Datagrams : public Channel, public Polled {
  public:
-  Datagrams(ChannelEvents events, int fd, const SocketAddress& peer, bool has_peer)
-      : events_(std::move(events)), fd_(fd), peer_(peer), has_peer_(has_peer) {
+  Datagrams(ChannelEvents events, int fd, int family, const SocketAddress& peer, bool has_peer)
+      : events_(std::move(events)), fd_(fd), family_(family), peer_(peer), has_peer_(has_peer) {
     std::lock_guard<std::mutex> hold(poller_lock());
     add_polled(this);
   }
@@ -27,7 +27,7 @@ class Datagrams : public Channel, public Polled {
     SocketAddress to = peer_;
     Endpoint endpoint;
     if (!peer.empty() &&
-        (!read_endpoint(peer, endpoint) || !resolve(endpoint, SOCK_DGRAM, false, to, error))) {
+        (!read_endpoint(peer, endpoint) || !resolve(endpoint, SOCK_DGRAM, false, family_, to, error))) {
       if (error.empty()) error = "'" + std::string(peer) + "' is no address";
       return false;
     }
@@ -57,7 +57,7 @@ class Datagrams : public Channel, public Polled {
       from.length = sizeof from.storage;
       const ssize_t n = recvfrom(fd_, octets, sizeof octets, 0, from.get(), &from.length);
       if (n < 0 && (errno == EAGAIN || errno == EINTR)) return;
-      if (n < 0) return events_.fault(system_text("receiving from " + text_of(peer_)), false);
+      if (n < 0) return events_.fault(system_text("receiving from " + text_of(peer_)), Trouble::some);
       if (!has_peer_) peer_ = from;
       events_.message(std::string(octets, static_cast<size_t>(n)), text_of(from));
     }
@@ -65,7 +65,7 @@ class Datagrams : public Channel, public Polled {
 
  private:
   ChannelEvents events_;
-  int fd_;
+  int fd_, family_;
   SocketAddress peer_;
   bool has_peer_;
 };
@@ -75,12 +75,19 @@ class Datagrams : public Channel, public Polled {
 std::unique_ptr<Channel> open_datagrams(const LinkSpec& spec, ChannelEvents events, std::string& error) {
   SocketAddress peer, local;
   const bool has_peer = !spec.peer.port.empty(), has_local = !spec.local.port.empty();
-  if (has_peer && !resolve(spec.peer, SOCK_DGRAM, false, peer, error)) return nullptr;
-  if (has_local && !resolve(spec.local, SOCK_DGRAM, true, local, error)) return nullptr;
-  const int fd =
-      open_socket(has_peer ? peer.family() : local.family(), SOCK_DGRAM, has_local ? &local : nullptr, error);
+  // An address that is given without a host is one of the other's family.
+  const bool peer_first = has_peer && !spec.peer.host.empty();
+  int family = AF_UNSPEC;
+  for (const bool is_peer : {peer_first, !peer_first}) {
+    if (!(is_peer ? has_peer : has_local)) continue;
+    SocketAddress& address = is_peer ? peer : local;
+    if (!resolve(is_peer ? spec.peer : spec.local, SOCK_DGRAM, !is_peer, family, address, error))
+      return nullptr;
+    family = address.family();
+  }
+  const int fd = open_socket(family, SOCK_DGRAM, has_local ? &local : nullptr, error);
   if (fd < 0) return nullptr;
-  return std::make_unique<Datagrams>(std::move(events), fd, peer, has_peer);
+  return std::make_unique<Datagrams>(std::move(events), fd, family, peer, has_peer);
 }
 
 }  // namespace lumos

@@ -71,11 +71,16 @@ bool read_endpoint(std::string_view text, Endpoint& endpoint) {
 }
 
 bool read_link_spec(std::string_view text, LinkSpec& spec) {
-  const size_t equals = text.find('='), colon = text.find(':', equals);
-  if (equals == std::string_view::npos || equals == 0 || colon == std::string_view::npos) return false;
+  constexpr std::string_view blanks = " \t";
+  const size_t end = text.find_first_of("= \t");
+  size_t start = text.find_first_not_of(blanks, end);
+  if (start != std::string_view::npos && text[start] == '=')
+    start = text.find_first_not_of(blanks, start + 1);
+  const size_t colon = start == std::string_view::npos ? start : text.find(':', start);
+  if (end == 0 || colon == std::string_view::npos) return false;
   spec = {};
-  spec.name = text.substr(0, equals);
-  const std::string_view word = text.substr(equals + 1, colon - equals - 1);
+  spec.name = text.substr(0, end);
+  const std::string_view word = text.substr(start, colon - start);
   const auto kind =
       std::find_if(std::begin(kinds), std::end(kinds), [&](const KindName& k) { return k.name == word; });
   if (kind == std::end(kinds)) return false;

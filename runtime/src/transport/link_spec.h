@@ -1,4 +1,4 @@
-// What a port of the system is linked to, as the user writes it: "dns=udp:127.0.0.1:5353".
+// What a port of the system is linked to, as the user writes it: "dns=udp:127.0.0.1:5353", or with a blank.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ struct LinkSpec {
   Endpoint local;      // empty: any
   std::string path;    // of a file
   std::string output;  // of a file that is written to, where it is another one
-  Framing framing = Framing::none;
+  FramingSpec framing;
 };
 
 // "host:port", the host of IPv6 in brackets.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <sys/socket.h>
 
@@ -18,8 +19,14 @@ struct SocketAddress {
   int family() const { return storage.ss_family; }
 };
 
-// An empty host is any address of this machine where it is listened at, else the loopback address.
-bool resolve(const Endpoint& endpoint, int type, bool listens, SocketAddress& address, std::string& error);
+// The addresses that an endpoint's name stands for, at least one; of one family where that is not AF_UNSPEC.
+// An empty host is any address of this machine where it is listened at, else its loopback address. Of the
+// loopback addresses that of IPv4 comes first: most servers of this machine listen there.
+bool resolve_all(const Endpoint& endpoint, int type, bool listens, int family,
+                 std::vector<SocketAddress>& addresses, std::string& error);
+// The first of them.
+bool resolve(const Endpoint& endpoint, int type, bool listens, int family, SocketAddress& address,
+             std::string& error);
 // "host:port" in numbers, the host of IPv6 in brackets.
 std::string text_of(const SocketAddress& address);
 // A socket that does not block, bound where an address is given; -1 leaves the system's text in error.

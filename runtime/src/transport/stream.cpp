@@ -17,8 +17,8 @@ namespace {
 constexpr size_t most_waiting = 4 * longest_message;
 }  // namespace
 
-Stream::Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer,
-               StreamKind kind)
+Stream::Stream(const ChannelEvents& events, const FramingSpec& framing, int input, int output,
+               std::string peer, StreamKind kind)
     : events_(events),
       framing_(framing),
       input_(input),
@@ -52,8 +52,10 @@ void Stream::send_rest() {
 void Stream::end(const std::string& fault) {
   const bool lost = !waiting_.empty() || has_answered_;
   finish_reading(fault.empty());
-  if (!fault.empty() || lost)
-    events_.fault(fault.empty() ? "the connection with " + peer_ + " ended" : fault, lost);
+  events_.fault(fault.empty() ? "the connection with " + peer_ + " ended" : fault, lost ? Trouble::lost
+                                                                                   : fault.empty()
+                                                                                       ? Trouble::none
+                                                                                       : Trouble::some);
   arrived_.clear();
   waiting_.clear();
   written_ = 0;
@@ -84,7 +86,13 @@ std::string status_of(int socket, const std::string& action) {
 
 void Stream::finish_connecting() {
   const std::string fault = status_of(input_, "connecting to " + peer_);
-  if (!fault.empty()) return end(fault);
+  if (!fault.empty()) {
+    const int other = reconnect ? reconnect(peer_) : -1;
+    if (other < 0) return end(fault);
+    close(input_);
+    input_ = output_ = other;
+    return;
+  }
   connecting_ = false;
   write_some();
 }
@@ -126,10 +134,10 @@ void Stream::deliver() {
 // The peer sends no more, but may still take what it is sent.
 void Stream::finish_reading(bool is_good) {
   has_ended_ = true;
-  if (framing_ == Framing::close && is_good && !arrived_.empty())
+  if (framing_.kind == Framing::close && is_good && !arrived_.empty())
     events_.message(std::move(arrived_), peer_);
   else if (!arrived_.empty())
-    events_.fault("the connection with " + peer_ + " ended within a message", false);
+    events_.fault("the connection with " + peer_ + " ended within a message", Trouble::some);
   arrived_.clear();
 }
 
@@ -139,7 +147,11 @@ void Stream::read_some() {
     const ssize_t n = read(input_, octets, sizeof octets);
     if (n < 0 && (errno == EAGAIN || errno == EINTR)) return;
     if (n < 0) return end(system_text("receiving from " + peer_));
-    if (n == 0) return answers_ ? finish_reading(true) : end("");
+    if (n == 0 && !answers_) return end("");
+    if (n == 0) {
+      finish_reading(true);
+      return events_.fault(peer_ + " sends no more", Trouble::none);
+    }
     arrived_.append(octets, static_cast<size_t>(n));
     deliver();
   }

@@ -12,8 +12,11 @@ class Stream : public Polled {
  public:
   // Takes the descriptors over; output is the same one or another. A stream that is connecting sends later
   // what it gets until then.
-  Stream(const ChannelEvents& events, Framing framing, int input, int output, std::string peer,
+  Stream(const ChannelEvents& events, const FramingSpec& framing, int input, int output, std::string peer,
          StreamKind kind);
+  // Where a connection is not made, asked for the descriptor of another one, whose peer it names; -1 for
+  // none.
+  std::function<int(std::string& peer)> reconnect;
   // What still waits is given a moment; what is not taken then is told in the log.
   ~Stream() override;
   Stream(const Stream&) = delete;
@@ -50,7 +53,7 @@ class Stream : public Polled {
   void end(const std::string& fault);
 
   const ChannelEvents& events_;
-  Framing framing_;
+  FramingSpec framing_;
   int input_, output_;
   std::string peer_;
   bool connecting_, answers_;

@@ -39,6 +39,7 @@ class BodyWalk {
   void Reads(T3Tree_Node* root);
   void Call(T3Parameterization* call);
   void Redirect(T3PortRedirect* redirect);
+  void Decoding(T3DecValue* decoding);
   void Read(T3Tree_Node* name);
   void Write(T3Tree_Node* target);
 
@@ -167,6 +168,12 @@ void BodyWalk::Call(T3Parameterization* call) {
   }
 }
 
+// What is decoded into gets its value there.
+void BodyWalk::Decoding(T3DecValue* decoding) {
+  Reads(decoding->value);
+  Write(decoding->decoded_value);
+}
+
 void BodyWalk::Redirect(T3PortRedirect* redirect) {
   for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
     if (IsGiven(target)) Write(target);
@@ -185,8 +192,9 @@ void BodyWalk::Reads(T3Tree_Node* root) {
     Read(node);
     if (auto* redirect = node->try_as<T3PortRedirect>()) Redirect(redirect);
     if (auto* call = node->try_as<T3Parameterization>()) Call(call);
-    return !node->is<T3PortRedirect>() && !node->is<T3Parameterization>() && !AsksForValue(node) &&
-           !node->is<_T3Type>();
+    if (auto* decoding = node->try_as<T3DecValue>()) Decoding(decoding);
+    return !node->is<T3PortRedirect>() && !node->is<T3Parameterization>() && !node->is<T3DecValue>() &&
+           !AsksForValue(node) && !node->is<_T3Type>();
   });
 }
 

@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <cstdlib>
 #include <mutex>
+#include <sstream>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -130,10 +133,40 @@ TEST(Attributes, FaultsNameTypeFieldAndWord) {
   }
 }
 
+TEST(Attributes, FaultsOfTokensToo) {
+  const struct {
+    const char *text, *field, *error;
+  } cases[] = {
+      {"SEPARATOR(' ')", "a", ", field a: the word SEPARATOR does not fit the type"},
+      {"TEXT_CODING(repeatable=yes)", "s",
+       ", field s: the word TEXT_CODING(repeatable) does not fit the type"},
+      {"TEXT_CODING(convert=upper)", "a", ", field a: the word TEXT_CODING(convert) does not fit the type"},
+      {"TEXT_CODING(length=3)", nullptr, ": the word TEXT_CODING(length) does not fit the type"},
+      {"TEXT_CODING(just=centre)", "a",
+       ", field a: the word TEXT_CODING(just=centre) is not known, wrong or there twice"},
+      {"BEGIN('x','[')", "s", ", field s: the word BEGIN('x','[') is not known, wrong or there twice"},
+      {"END(,,)", nullptr, ": the word END(,,) is not known, wrong or there twice"},
+      {"begin('x')", "s", ", field s: the word begin('x') is not known, wrong or there twice"},
+  };
+  std::deque<TypeTable> tables;
+  for (const auto& c : cases) {
+    const lumo_type_t type = tables.emplace_back(
+        "T", lumo_type_kind_record,
+        std::vector{mandatory("a", lumo_integer_type), mandatory("s", lumo_charstring_type)});
+    lumo_encoding_attr_struct_t row = {c.text, false, c.field};
+    type->variant_attributes = &row;
+    lumo_attributes_register(&row, 1, nullptr);
+    std::vector<std::string> errors;
+    text_plan(type, errors);
+    ASSERT_FALSE(errors.empty()) << c.error;
+    EXPECT_EQ(errors[0], std::string("type Test.T") + c.error);
+  }
+}
+
 TEST(Framing, StreamsAreCutIntoMessages) {
   using Messages = std::vector<std::string>;
   const struct {
-    Framing framing;
+    FramingSpec framing;
     std::string stream;
     Messages messages;
     Cut then;
@@ -148,6 +181,14 @@ TEST(Framing, StreamsAreCutIntoMessages) {
        {std::string("\x30\2ab"), std::string("\x3f\x81\1\x81\1c")},
        Cut::more},
       {Framing::ber, "\x30\x80", {}, Cut::wrong},
+      {*framing_named("length:1:2"),
+       std::string("x\0\4ay\0\3z\0\2", 10),
+       {std::string("x\0\4a", 4), std::string("y\0\3", 3)},
+       Cut::wrong},
+      {*framing_named("length:0:1:3"), std::string("\2abcd\xfd", 6), {"\2abcd"}, Cut::more},
+      {*framing_named("varint:1"), std::string("x\1ay\x80\1", 6), {"x\1a"}, Cut::more},
+      {*framing_named("varint:0"), "\xff\xff\xff\x7f", {}, Cut::wrong},
+      {*framing_named("varint:0"), "\xff\xff\xff\xff", {}, Cut::wrong},
   };
   for (const auto& c : cases) {
     std::string_view stream = c.stream;
@@ -163,14 +204,18 @@ TEST(Framing, StreamsAreCutIntoMessages) {
 TEST(Links, AddressesAreReadExactly) {
   LinkSpec spec;
   for (const char* good :
-       {"p=udp:127.0.0.1:53", "p[1]=udp:[::1]:53,local=:54", "p=udp:,local=h:1", "p=tcp:host:80,framing=crlf",
-        "p=tcp-listen::80", "p=file:/dev/tty,framing=line", "p=file:in,out=out", "p=loopback:"})
+       {"p=udp:127.0.0.1:53", "p udp:h:53", "p = udp:h:53", "p[1]=udp:[::1]:53,local=:54", "p=udp:,local=h:1",
+        "p=tcp:host:80,framing=crlf", "p=tcp-listen::80", "p=tcp:h:1,framing=length:1:3",
+        "p=tcp:h:1,framing=length:2:2:6", "p=tcp:h:1,framing=varint:1", "p=file:/dev/tty,framing=line",
+        "p=file:in,out=out", "p=loopback:"})
     EXPECT_TRUE(read_link_spec(good, spec)) << good;
-  for (const char* bad :
-       {"", "p", "p=udp", "=udp:h:1", "p=udp:", "p=udp:h", "p=udp:h:x", "p=udp:h:70000", "p=udp:::1:53",
-        "p=tcp:h:1,framing=x", "p=udp:h:1,framing=line", "p=sctp:h:1", "p=file:", "p=loopback:x",
-        "p=tcp:h:1,", "p=loopback:,framing=line", "p=tcp-listen::1,local=h:2"})
-    EXPECT_FALSE(read_link_spec(bad, spec)) << bad;
+  std::istringstream all(
+      "|p|p=|p | "
+      "udp:h:1|p=udp|=udp:h:1|p=udp:|p=udp:h|p=udp:h:x|p=udp:h:70000|p=udp:::1:53|p=tcp:h:1,framing=x|p=tcp:"
+      "h:1,framing=length|p=tcp:h:1,framing=length:1:5|p=tcp:h:1,framing=varint:|p=tcp:h:1,framing=len16:2|p="
+      "udp:h:1,framing=line|p=sctp:h:1|p=file:|p=loopback:x|p=tcp:h:1,|p=loopback:,framing=line|p=tcp-listen:"
+      ":1,local=h:2");
+  for (std::string bad; std::getline(all, bad, '|');) EXPECT_FALSE(read_link_spec(bad, spec)) << bad;
 }
 
 // --- channels, against peers of the test's own
@@ -185,12 +230,16 @@ struct Heard {
               std::lock_guard<std::mutex> hold(lock);
               messages.push_back(std::move(message));
             },
-            [this](std::string text, bool is_lost) {
+            [this](std::string text, Trouble trouble) {
               std::lock_guard<std::mutex> hold(lock);
               faults.push_back(std::move(text));
-              lost += is_lost;
+              lost += trouble == Trouble::lost;
             },
             [] { return false; }};
+  }
+  std::vector<std::string> told() {
+    std::lock_guard<std::mutex> hold(lock);
+    return faults;
   }
   // Within two seconds.
   bool waits_for(size_t count, size_t lost_count) {
@@ -280,6 +329,65 @@ TEST(Channels, PipesThatAreReadLateGetAll) {
   EXPECT_EQ(taken, got.size());
   close(reader);
   unlink(path.c_str());
+}
+
+std::string refusal(const std::string& link) {
+  Heard heard;
+  LinkSpec spec;
+  std::string error;
+  EXPECT_TRUE(read_link_spec(link, spec)) << link;
+  EXPECT_FALSE(open_channel(spec, heard.events(), error)) << link;
+  return error;
+}
+
+TEST(Channels, DatagramsOfAllSizesAndAddressesThatAreTaken) {
+  Heard heard, other;
+  const auto right = opened("p=udp:,local=127.0.0.1:27543", heard),
+             left = opened("p=udp:localhost:27543,local=:0", other);
+  const auto server = opened("p=tcp-listen:localhost:27544", other);
+  std::string error;
+  for (const size_t n : {0, 1, 65507}) EXPECT_TRUE(left->send(std::string(n, 'x'), "", error)) << n << error;
+  ASSERT_TRUE(heard.waits_for(3, 0));
+  EXPECT_EQ(heard.messages[0] + heard.messages[1], "x");
+  EXPECT_EQ(heard.messages[2].size(), 65507u);
+  EXPECT_FALSE(left->send(std::string(65508, 'x'), "", error));
+  EXPECT_EQ(error, "sending to 127.0.0.1:27543: Message too long");
+  EXPECT_TRUE(right->send("y", "", error) && other.waits_for(1, 0)) << error;
+  EXPECT_EQ(refusal("p=udp:,local=127.0.0.1:27543"), "address 127.0.0.1:27543: Address already in use");
+  EXPECT_EQ(refusal("p=tcp-listen:127.0.0.1:27544"), "address 127.0.0.1:27544: Address already in use");
+  EXPECT_EQ(refusal("p=udp:no.such.host.invalid:1").find("address no.such.host.invalid:1: "), 0u);
+}
+
+TEST(Channels, SerialLinesHandOverOctetsAsTheyAre) {
+  Heard heard;
+  const int master = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_TRUE(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
+  const auto line = opened(std::string("p=file:") + ptsname(master), heard);
+  const std::string octets("a\r\n\3\4\x11\x7f\0\xff", 9);
+  std::string error;
+  ASSERT_EQ(write(master, octets.data(), octets.size()), static_cast<ssize_t>(octets.size()));
+  ASSERT_TRUE(heard.waits_for(1, 0) && line->send(octets, "", error)) << error;
+  EXPECT_EQ(heard.messages[0], octets);
+  char back[9];
+  ASSERT_EQ(read(master, back, 9), 9);
+  EXPECT_EQ(std::string(back, 9), octets);
+  close(master);
+}
+
+TEST(Channels, EndsAreToldEachOnce) {
+  Heard heard;
+  const auto server = opened("p=tcp-listen:127.0.0.1:27545,framing=line", heard);
+  const int first = raw_socket(27545, false), second = raw_socket(27545, false);
+  ASSERT_EQ(write(second, "half", 4), 4);
+  close(first);
+  close(second);
+  for (int i = 0; i < 200 && heard.told().size() < 3; ++i) usleep(10000);
+  const std::vector<std::string> told = heard.told();
+  EXPECT_EQ(told.size(), 3u);
+  EXPECT_EQ(
+      std::count_if(told.begin(), told.end(), [](const auto& t) { return t.ends_with(" sends no more"); }),
+      2);
+  EXPECT_EQ(heard.lost, 0u);
 }
 
 }  // namespace
