@@ -284,6 +284,8 @@ def main():
     for arguments in "", " -j 2", " --shuffle":
         out, _ = bare.run("-vnone" + arguments)
         check_has(out, ["Bare.TC_one: pass", "Bare.TC_two: fail Bare.ttcn:5\n", "2 test cases: 1 pass, 0 none, 0 inconc, 1 fail"], "no control part" + arguments)
+    bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
+    check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
     check_logs(suite)
     check_told(Suite(options, "Told"))
     check_reports(suite)

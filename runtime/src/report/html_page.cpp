@@ -6,7 +6,7 @@ const char html_head[] = R"html(<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><title>Test results</title>
 <meta name="viewport" content="width=device-width">
 <style>
-:root { --line: #d4d7dd; --soft: #f4f5f7; --ink: #1d2330; --dim: #687083; --paper: #fff; --mark: #2458c5; }
+:root { color-scheme: light dark; --line: #d4d7dd; --soft: #f4f5f7; --ink: #1d2330; --dim: #687083; --paper: #fff; --mark: #2458c5; }
 @media (prefers-color-scheme: dark) {
   :root { --line: #3a4050; --soft: #232834; --ink: #e4e7ee; --dim: #98a1b5; --paper: #181c25; --mark: #86adff; } }
 * { box-sizing: border-box; }
@@ -167,7 +167,7 @@ function drawRow(e, r, y) {
     case "end": s = text(at(e[3]), "✕", "middle"); break;
     case "verdict": s = `<foreignObject x="${at(e[2]) - 30}" y="${y + 2}" width="62" height="20">${badge(e[3])}</foreignObject>` +
       text(at(e[2]) + 36, cut(e[5], 22)); break;
-    default: s = box(at(e[2]), e[0].replace("timer_", "") + " " + e[3] + " " + e[5]);
+    default: s = box(at(e[2]), e[0].replace("timer_", "") + " " + e[3] + " " + e[5].replace(/\.?0+ s$/, " s"));
   }
   return `<g class="row${r === chosenRow ? " chosen" : ""}" data-r="${r}"><rect class="hit" x="0" y="${y}" ` +
     `width="${chart.width}" height="${rowHeight}" opacity=".6"/><text class="dim" x="8" y="${middle + 4}">${seconds(e[1], 6)}</text>${s}</g>`;
