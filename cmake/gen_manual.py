@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Makes manual pages from the option tables and the documents.
+"""Makes manual pages from the option tables and the documents, and the completion of shells from its pattern.
 
-    gen_manual.py VERSION DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM]
+    gen_manual.py VERSION DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM] [--completion PATTERN FILE]
 
 Options of suites are those that the first program describes; those of the programs, what they say of themselves. What
 else there is to say stands in the documents.
@@ -28,17 +28,24 @@ def row_of(line):
 def page_of(markdown):
     """The body of a page: headings, paragraphs, tables as lists, examples as they are."""
     out, paragraph, in_example = [], [], False
+
+    def begin_block():
+        if out and not out[-1].startswith(".SH"):
+            out.append(".PP")
+
     for line in markdown.splitlines()[1:] + [""]:
         example = line.startswith("    ") or line.startswith("```")
         if not example and in_example and line.strip():
             out.append(".fi\n.RE")
             in_example = False
         if paragraph and (not line.strip() or example or line.startswith(("#", "|", "- "))):
-            out += [".PP", " ".join(roff(part) for part in paragraph)]
+            begin_block()
+            out.append(" ".join(roff(part) for part in paragraph))
             paragraph = []
         if example:
             if not in_example:
-                out.append(".PP\n.RS 4\n.nf")
+                begin_block()
+                out.append(".RS 4\n.nf")
             in_example = True
             if line.startswith("    "):
                 out.append(roff(line[4:]))
@@ -55,10 +62,15 @@ def page_of(markdown):
     return "\n".join(out + ([".fi\n.RE"] if in_example else []))
 
 
+def options_of(program):
+    """Letter, word, argument and text of each."""
+    lines = subprocess.run([program], capture_output=True, text=True, check=True).stdout.splitlines()
+    return [line.split("\t") for line in lines]
+
+
 def suite_options(program):
     out = []
-    for line in subprocess.run([program], capture_output=True, text=True, check=True).stdout.splitlines():
-        letter, word, argument, text = line.split("\t")
+    for letter, word, argument, text in options_of(program):
         names = ", ".join(([f"`-{letter}`"] if letter else []) + [f"`--{word}`"]) + (f" {argument}" if argument else "")
         out += [".TP", roff(names), roff(text)]
     return "\n".join(out)
@@ -76,6 +88,7 @@ def main():
         parser.add_argument(name)
     for name in ("--suite", "--orvane", "--run"):
         parser.add_argument(name)
+    parser.add_argument("--completion", nargs=2, type=Path)
     options = parser.parse_args()
     docs, folder = Path(options.docs), Path(options.folder)
     folder.mkdir(parents=True, exist_ok=True)
@@ -92,6 +105,10 @@ def main():
     write("orvane-suite", 1, "executable test suites", ".SH SYNOPSIS\n.I suite\n[options]\n.SH OPTIONS",
           suite_options(options.suite), ".SH RESULTS", document("results.md"), ".SH DESCRIPTION", document("runtime.md"))
     write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
+    if options.completion:
+        pattern, made = options.completion
+        words = " ".join(f"--{word}" for _, word, _, _ in options_of(options.suite))
+        made.write_text(pattern.read_text(encoding="utf-8").replace("@SUITE_OPTIONS@", words), encoding="utf-8")
     if options.run:
         write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", help_of(options.run, "--help"))
 

@@ -99,9 +99,10 @@ def check_ends(suite):
     for word, place in ("wait", "54"), ("loop", "5"), ("block", "22"), ("spin", "22"):
         if suite.sanitized and word in ("block", "spin"):
             continue
-        out, _ = suite.run(f"-vnone -T 0.3 -t TC_{word},TC_none")
-        check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:{place}", "the time given to the test case is over",
-                        "Outcome.TC_none: none\n"], word)
+        for clock in ("", "-s ") if word != "wait" else ("",):
+            out, _ = suite.run(f"-vnone {clock}-T 0.3 -t TC_{word},TC_none")
+            check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:{place}", "the time given to the test case is over",
+                            "Outcome.TC_none: none\n"], clock + word)
         process = suite.start(f"-vnone -t TC_{word},TC_none --tap t.tap")
         while not suite.path("ends").exists() and process.poll() is None:
             time.sleep(0.01)
@@ -227,6 +228,7 @@ def check_logs(suite):
     check(suite.read("logs/mtc.log").count("\n") == 2 and suite.read("logs/control.log").count("started") == 3, "folder of several processes")
     suite.run("-t TC_none -L log.json --log-format json", status=0)
     check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
+    check_has(suite.run("-t TC_none", status=0)[1], ["ttcn3 mtc Outcome.ttcn:29 nothing <&>\\x1B1\n"], "what would steer a terminal")
     suite.run("-b -L small.log --log-size 1 -v all -p times=20")
     check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
 
@@ -239,7 +241,6 @@ def check_told(suite):
 
 
 def check_reports(suite):
-    suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
     check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
     check_has(suite.read("j.xml"), ['message="on &quot;purpose&quot;"', "info mtc Outcome.ttcn:33 verdict set to fail: on &quot;purpose&quot;\n"], "JUnit")
     check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")
@@ -279,6 +280,12 @@ def main():
     check_names(suite)
     check_lost_output(suite)
     check_choice(suite, steered)
+    bare = Suite(options, "Bare")
+    for arguments in "", " -j 2", " --shuffle":
+        out, _ = bare.run("-vnone" + arguments)
+        check_has(out, ["Bare.TC_one: pass", "Bare.TC_two: fail Bare.ttcn:5\n", "2 test cases: 1 pass, 0 none, 0 inconc, 1 fail"], "no control part" + arguments)
+    bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
+    check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
     check_logs(suite)
     check_told(Suite(options, "Told"))
     check_reports(suite)

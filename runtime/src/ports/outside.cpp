@@ -260,22 +260,21 @@ bool fill(Message& m, const Arrival& a) {
   return true;
 }
 
-void tell_arrival(const Port& port, const Port& system_port, const Message& m) {
+void tell_arrival(const Port& port, const Port& system_port, Message& m) {
   if (!m.raw.empty() && log_enabled(lumo_log_msg_event_c))
     log_line(lumo_log_msg_event_c,
              port_name(system_port) + " got '" + hex_text(m.raw) + "'O for " + port_name(port));
   if (!events_wanted) return;
   Task* outer = current_task;
   current_task = &port.owner->task;
-  tell(EventKind::arrive, port_name(port), port_name(system_port), m.content ? render(m.content) : "", m.raw);
+  tell(EventKind::arrive, port_name(port), port_name(system_port), shown_content(m), m.raw);
   current_task = outer;
 }
 
-void tell_departure(const Port& port, const Port& system_port, const Message& m, const std::string& octets) {
+void tell_departure(const Port& port, const Port& system_port, Message& m, const std::string& octets) {
   if (!octets.empty() && log_enabled(lumo_log_msg_event_c))
     log_line(lumo_log_msg_event_c, port_name(system_port) + " sends '" + hex_text(octets) + "'O");
-  if (events_wanted)
-    tell(EventKind::send, port_name(port), port_name(system_port), render(m.content), octets);
+  if (events_wanted) tell(EventKind::send, port_name(port), port_name(system_port), shown_content(m), octets);
 }
 
 // --- channels of the library
@@ -467,6 +466,7 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
     if (message.result) back->result = copy_value(message.result, lumo_perm_alloc_c);
     if (message.address) back->address = copy_value(message.address, lumo_perm_alloc_c);
     back->signature = message.signature;
+    back->shown = message.shown;
     back->sender = test_case->system->number;
     deliver(component_port, back);
     return;

@@ -33,8 +33,10 @@ Port* port_of(Value v) {
 
 }  // namespace
 
-std::string port_name(const Port& port) {
-  std::string name = port.owner->name + ":" + port.name;
+const std::string& port_name(const Port& port) {
+  std::string& name = port.full_name;
+  if (!name.empty()) return name;
+  name = port.owner->name + ":" + port.name;
   if (port.index >= 0) name += "[" + std::to_string(port.index) + "]";
   return name;
 }
@@ -51,13 +53,9 @@ inline void log_port(const char* what, const Port& port, Value content) {
   if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, content);
 }
 
-void tell_received(const Port& port, Value content) {
-  tell(EventKind::receive, port_name(port), {}, content ? render(content) : "");
-}
-
-inline void log_received(const char* what, const Port& port, Value content) {
-  log_port(what, port, content);
-  if (events_wanted) tell_received(port, content);
+inline void log_received(const char* what, const Port& port, Message& m) {
+  log_port(what, port, m.content);
+  if (events_wanted) tell(EventKind::receive, port_name(port), {}, shown_content(m));
 }
 
 Queue& queue_for(Port& port, MessageKind kind) {
@@ -135,6 +133,7 @@ Message* copy_message(const Message& m) {
   Message* copy = new_message(m.kind);
   if (m.content) copy->content = copy_value(m.content, lumo_perm_alloc_c);
   if (m.result) copy->result = copy_value(m.result, lumo_perm_alloc_c);
+  copy->shown = m.shown;
   copy->signature = m.signature;
   copy->sender = m.sender;
   return copy;
@@ -145,7 +144,7 @@ void send_to_port(Port& from, Port& to, Message* message) {
     outside_send(from, to, *message);
     delete_message(message);
   } else {
-    if (events_wanted) tell(EventKind::send, port_name(from), port_name(to), render(message->content));
+    if (events_wanted) tell(EventKind::send, port_name(from), port_name(to), shown_content(*message));
     deliver(to, message);
   }
 }
@@ -327,6 +326,7 @@ bool decode_for(const Port& port, Message& m, Value pattern) {
   m.decoded_as = type;
   if (m.content) release_content(m.content);
   m.content = copy_value(decoded, lumo_perm_alloc_c);
+  m.shown.clear();
   return true;
 }
 
@@ -411,7 +411,7 @@ bool try_check(Port& p, Value sender, Value sender_redirect) {
     Message* m = head_of(p, queue);
     if (!m || !sender_fits(*m, sender)) continue;
     redirect_sender(sender_redirect, *m);
-    log_received("check on", p, m->content);
+    log_received("check on", p, *m);
     return true;
   }
   return false;
@@ -479,6 +479,11 @@ void remove_port(std::vector<Port*>& list, Port* port) {
 
 size_t encoded_octets = 0;
 
+std::string_view shown_content(Message& m) {
+  if (m.shown.empty() && m.content) m.shown = render(m.content);
+  return m.shown;
+}
+
 Message* new_message(MessageKind kind) {
   Message* m = free_messages;
   if (m) {
@@ -491,6 +496,16 @@ Message* new_message(MessageKind kind) {
   return m;
 }
 
+namespace {
+
+// Keeps room for the next message of a usual size.
+void empty(std::string& text) {
+  if (text.capacity() > 4096) text = std::string();
+  text.clear();
+}
+
+}  // namespace
+
 void delete_message(Message* m) {
   if (m->content) release_content(m->content);
   if (m->result) release_content(m->result);
@@ -502,7 +517,8 @@ void delete_message(Message* m) {
   m->encoded = false;
   m->decoded_as = nullptr;
   m->refused.clear();
-  m->raw.clear();
+  empty(m->raw);
+  empty(m->shown);
   m->next = free_messages;
   free_messages = m;
 }
@@ -541,7 +557,7 @@ void deliver(Port& port, Message* m) {
   bool gone = port.owner->state == State::ended || port.state == PortState::stopped;
   if (gone) {
     log_port("lost at stopped port", port, m->content);
-    if (events_wanted) tell(EventKind::lost, port_name(port), {}, m->content ? render(m->content) : "");
+    if (events_wanted) tell(EventKind::lost, port_name(port), {}, shown_content(*m));
     delete_message(m);
     return;
   }
@@ -620,7 +636,7 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
     if (!m || !sender_fits(*m, sender) || !content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
-    log_received(check ? "check on" : "receive on", p, m->content);
+    log_received(check ? "check on" : "receive on", p, *m);
     if (!check) remove_head(p, MessageKind::message);
     return true;
   });
@@ -643,7 +659,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     if (!m || !sender_fits(*m, sender) || !signature_fits(*m, template_value, true)) return false;
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
-    log_received("getcall on", p, m->content);
+    log_received("getcall on", p, *m);
     if (!check) take_call(p, *m);
     return true;
   });
@@ -662,7 +678,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect(value_redirect, m->result);
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
-    log_received("getreply on", p, m->content);
+    log_received("getreply on", p, *m);
     if (!check) {
       remove_head(p, MessageKind::reply);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
@@ -682,7 +698,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     if (!content_fits(p, *m, template_value)) return false;
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
-    log_received("catch on", p, m->content);
+    log_received("catch on", p, *m);
     if (!check) {
       remove_head(p, MessageKind::exception);
       if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);

@@ -22,12 +22,14 @@ struct Message {
   bool encoded = false;
   lumo_type_t decoded_as = nullptr;  // what the content is a value of, of an encoded message
   std::vector<lumo_type_t> refused;  // types that the octets are none of
+  std::string shown;                 // the content as text, once somebody asked (shown_content)
   Message* next = nullptr;
 };
 // The octets of all messages that wait encoded.
 extern size_t encoded_octets;
 Message* new_message(MessageKind kind);
 void delete_message(Message* message);
+std::string_view shown_content(Message& message);
 
 struct Queue {
   Message* first = nullptr;
@@ -56,8 +58,9 @@ struct Port {
   bool was_mapped = false;
   bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
-  std::deque<TakenCall> taken;  // the latest of them
-  Value call_timer = nullptr;   // wakes the component when a call is over
+  std::deque<TakenCall> taken;    // the latest of them
+  Value call_timer = nullptr;     // wakes the component when a call is over
+  mutable std::string full_name;  // once somebody asked (port_name)
 };
 
 // Gives the element the ports that its type asks for; nothing for other types.
@@ -74,7 +77,7 @@ void remove_port(std::vector<Port*>& list, Port* port);
 // Puts the message into the queue and wakes the owner; takes the message over.
 void deliver(Port& port, Message* message);
 // "component:port", with the index in an array.
-std::string port_name(const Port& port);
+const std::string& port_name(const Port& port);
 // Null if there is none.
 Port* find_port(Component& component, const char* name, long index);
 

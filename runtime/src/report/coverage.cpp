@@ -45,12 +45,14 @@ void count(const char* file, unsigned long line, bool is_block) {
 
 std::map<std::string, Lines> all_counts() {
   std::map<std::string, Lines> all = counts_of_others;
-  for (const auto& [file, lines] : counts)
+  for (const auto& [file, lines] : counts) {
+    Lines& sum = all[file];
     for (unsigned long i = 1; i < lines.size(); ++i) {
-      Count& c = at(all[file], i);
+      Count& c = at(sum, i);
       c.hits += lines[i].hits;
       c.blocks += lines[i].blocks;
     }
+  }
   return all;
 }
 
@@ -175,8 +177,8 @@ void count_lines() {
 }
 
 void clear_counts() {
-  counts.clear();
-  counts_of_others.clear();
+  for (auto& [file, lines] : counts) lines.clear();
+  for (auto& [file, lines] : counts_of_others) lines.clear();
   last_file = nullptr;
 }
 
@@ -187,9 +189,11 @@ void add_count(const std::string& file, unsigned long line, uint64_t hits, uint6
 }
 
 void each_count(const std::function<void(const LineCount&)>& act) {
-  for (const auto& [file, lines] : all_counts())
+  for (const auto& [file, lines] : all_counts()) {
+    if (lines.empty()) act({file, 0, 0, 0});
     for (unsigned long i = 1; i < lines.size(); ++i)
       if (lines[i].hits || lines[i].blocks) act({file, i, lines[i].hits, lines[i].blocks});
+  }
 }
 
 std::unique_ptr<Reporter> make_coverage(const std::string& path) {

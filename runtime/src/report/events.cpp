@@ -3,6 +3,7 @@
 #include <time.h>
 
 #include "text/log.h"
+#include "text/text_forms.h"
 #include "value/task.h"
 
 namespace lumos {
@@ -36,9 +37,12 @@ Place current_place() {
   return place_of(*current_task);
 }
 
-std::string short_text(const Place& place) {
-  if (place.file.empty()) return "";
-  return place.file.substr(place.file.rfind('/') + 1) + ":" + std::to_string(place.line);
+std::string short_text(std::string_view file, unsigned long line) {
+  std::string text(file.substr(file.rfind('/') + 1));
+  if (text.empty()) return text;
+  text += ':';
+  append_number(text, line);
+  return text;
 }
 
 const char* verdict_name(lumo_verdict_t verdict) {
@@ -55,7 +59,7 @@ const char* event_name(EventKind kind) {
 namespace {
 
 void tell_log_entry(const char* kind, std::string_view text) {
-  tell(EventKind::log, kind, {}, std::string(text));
+  tell(EventKind::log, kind, {}, text);
 }
 
 void choose_events() {
@@ -83,6 +87,10 @@ void cancel_reporters() {
   choose_events();
 }
 
+void tell_run_begins() {
+  for (auto& reporter : reporters()) reporter->run_begins();
+}
+
 void tell_begin(const std::string& module, const std::string& name, Time begin) {
   for (auto& reporter : reporters()) reporter->test_case_begins(module, name, begin);
 }
@@ -92,17 +100,20 @@ void tell(const Event& event) {
     if (reporter->wants_events()) reporter->event(event);
 }
 
-void tell(EventKind kind, std::string_view name, std::string_view peer, std::string text,
-          std::string octets) {
+void tell(EventKind kind, std::string_view name, std::string_view peer, std::string_view text,
+          std::string_view octets) {
   Event event;
   event.kind = kind;
   event.time = now() - run_start().clock;
   event.component = current_task->name;
-  event.place = current_place();
   event.name = name;
   event.peer = peer;
-  event.text = std::move(text);
-  event.octets = std::move(octets);
+  event.text = text;
+  event.octets = octets;
+  if (!current_task->frames.empty()) {
+    event.file = current_task->frames.back().file;
+    event.line = current_task->frames.back().line;
+  }
   tell(event);
 }
 

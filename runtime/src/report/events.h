@@ -23,7 +23,10 @@ struct Place {
 Place current_place();
 Place place_of(const lumo_context_struct& task);
 // "Suite.ttcn:17", without the folders; empty for no place.
-std::string short_text(const Place& place);
+std::string short_text(std::string_view file, unsigned long line);
+inline std::string short_text(const Place& place) {
+  return short_text(place.file, place.line);
+}
 
 // What came out of a test case.
 struct Result {
@@ -58,18 +61,20 @@ enum class EventKind : uint8_t {
 };
 const char* event_name(EventKind kind);
 
+// Its texts are those of who tells it, and last as long as the call.
 struct Event {
   EventKind kind = EventKind::log;
   Time time = 0;  // since the run began
-  std::string component;
-  Place place;
-  std::string name, peer, text, octets;
+  std::string_view component, file, name, peer, text, octets;
+  unsigned long line = 0;
 };
 
 class Reporter {
  public:
   virtual ~Reporter() = default;
   virtual bool wants_events() const { return false; }
+  // Nothing keeps the run from running any more.
+  virtual void run_begins() {}
   virtual void test_case_begins(const std::string& /*module*/, const std::string& /*name*/, Time /*begin*/) {}
   virtual void event(const Event&) {}
   virtual void test_case_ends(const Result&) {}
@@ -84,10 +89,11 @@ void drop_reporters();
 // Ends all reporters without a report.
 void cancel_reporters();
 
+void tell_run_begins();
 void tell_begin(const std::string& module, const std::string& name, Time begin);
 // An event of the current task, here and now.
-void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std::string text = {},
-          std::string octets = {});
+void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std::string_view text = {},
+          std::string_view octets = {});
 // An event that was told elsewhere.
 void tell(const Event& event);
 void tell_end(const Result& result);

@@ -6,7 +6,7 @@ const char html_head[] = R"html(<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><title>Test results</title>
 <meta name="viewport" content="width=device-width">
 <style>
-:root { --line: #d4d7dd; --soft: #f4f5f7; --ink: #1d2330; --dim: #687083; --paper: #fff; --mark: #2458c5; }
+:root { color-scheme: light dark; --line: #d4d7dd; --soft: #f4f5f7; --ink: #1d2330; --dim: #687083; --paper: #fff; --mark: #2458c5; }
 @media (prefers-color-scheme: dark) {
   :root { --line: #3a4050; --soft: #232834; --ink: #e4e7ee; --dim: #98a1b5; --paper: #181c25; --mark: #86adff; } }
 * { box-sizing: border-box; }
@@ -46,20 +46,18 @@ svg .made { stroke-dasharray: 4 3; } svg .box { fill: var(--soft); stroke: var(-
 <header><h1>Test results</h1><span id="counts"></span><input type="search" id="search" placeholder="name or reason"></header>
 <nav id="list"></nav>
 <main><div id="about"></div><div id="view"></div><div id="detail"></div></main>
-<script>
-"use strict";
-const cases = [];
-</script>
 )html";
 
 const char html_tail[] = R"html(<script>
 "use strict";
-// A test case is [name, verdict, seconds, place, reason, events]; an event
-// [kind, time, component, name, peer, text, octets, place].
+// A test case is [name, verdict, time, place, reason]; an event
+// [kind, time, component, name, peer, text, octets, place]. Times are nanoseconds.
+const stored = document.querySelectorAll("script[type='application/json']");  // events of each test case
+const seconds = (time, digits) => (time / 1e9).toFixed(digits);
 const $ = id => document.getElementById(id);
 const verdicts = ["pass", "none", "inconc", "fail", "error"];
 const shown = new Set(verdicts);
-let visible = [], chosen = -1, tab = "chart", chosenRow = -1;
+let visible = [], events = [], chosen = -1, tab = "chart", chosenRow = -1;
 const escapes = { "&": "&amp;", "<": "&lt;", ">": "&gt;", '"': "&quot;" };
 const safe = text => String(text).replace(/[&<>"]/g, c => escapes[c]);
 const cut = (text, n) => text.length > n ? text.slice(0, n - 1) + "…" : text;
@@ -79,7 +77,7 @@ function drawList() {
   for (let k = from; k < to; ++k) {
     const i = visible[k], c = cases[i];
     html += `<div class="case${i === chosen ? " chosen" : ""}" data-i="${i}" style="top:${k * caseHeight}px">${badge(c[1])}` +
-      `${safe(c[0])} <small>${c[2].toFixed(3)} s ${safe(c[3])} ${safe(c[4])}</small></div>`;
+      `${safe(c[0])} <small>${seconds(c[2], 3)} s ${safe(c[3])} ${safe(c[4])}</small></div>`;
   }
   list.innerHTML = html;
 }
@@ -91,8 +89,9 @@ function drawCounts() {
 }
 function choose(i) {
   chosen = i; chosenRow = -1;
+  events = JSON.parse(stored[i].textContent);
   const c = cases[i];
-  $("about").innerHTML = `<h2>${badge(c[1])}${safe(c[0])}</h2><div>${c[2].toFixed(6)} s ${safe(c[3])} ${safe(c[4])}</div>` +
+  $("about").innerHTML = `<h2>${badge(c[1])}${safe(c[0])}</h2><div>${seconds(c[2], 6)} s ${safe(c[3])} ${safe(c[4])}</div>` +
     `<div id="tabs"><button data-tab="chart">Sequence chart</button><button data-tab="log">Log</button></div>`;
   $("detail").textContent = "";
   drawList(); drawTab();
@@ -103,8 +102,8 @@ function drawTab() {
   tab === "log" ? drawLog() : prepareChart();
 }
 function drawLog() {
-  const lines = cases[chosen][5].filter(e => e[0] === "log").map(e =>
-    `${e[1].toFixed(6)} ${e[3]} ${e[2]} ${e[7]} ${e[5]}`);
+  const lines = events.filter(e => e[0] === "log").map(e =>
+    `${seconds(e[1], 6)} ${e[3]} ${e[2]} ${e[7]} ${e[5]}`);
   $("view").innerHTML = '<pre id="log"></pre>';
   $("log").textContent = lines.join("\n") || "nothing was logged";
 }
@@ -113,7 +112,7 @@ function drawLog() {
 let chart = null;
 const owner = port => port.split(":")[0];
 function prepareChart() {
-  const rows = cases[chosen][5].filter(e => e[0] !== "log"), lives = new Map();
+  const rows = events.filter(e => e[0] !== "log"), lives = new Map();
   const live = (name, row) => { if (!lives.has(name)) lives.set(name, { begin: row, end: rows.length, x: 0 }); };
   live("mtc", 0);
   rows.forEach((e, r) => {
@@ -168,13 +167,13 @@ function drawRow(e, r, y) {
     case "end": s = text(at(e[3]), "✕", "middle"); break;
     case "verdict": s = `<foreignObject x="${at(e[2]) - 30}" y="${y + 2}" width="62" height="20">${badge(e[3])}</foreignObject>` +
       text(at(e[2]) + 36, cut(e[5], 22)); break;
-    default: s = box(at(e[2]), e[0].replace("timer_", "") + " " + e[3] + " " + e[5]);
+    default: s = box(at(e[2]), e[0].replace("timer_", "") + " " + e[3] + " " + e[5].replace(/\.?0+ s$/, " s"));
   }
   return `<g class="row${r === chosenRow ? " chosen" : ""}" data-r="${r}"><rect class="hit" x="0" y="${y}" ` +
-    `width="${chart.width}" height="${rowHeight}" opacity=".6"/><text class="dim" x="8" y="${middle + 4}">${e[1].toFixed(6)}</text>${s}</g>`;
+    `width="${chart.width}" height="${rowHeight}" opacity=".6"/><text class="dim" x="8" y="${middle + 4}">${seconds(e[1], 6)}</text>${s}</g>`;
 }
 function showDetail(r) {
-  const e = chart.rows[r], parts = [["event", e[0]], ["time", e[1].toFixed(9)], ["component", e[2]], ["place", e[7]],
+  const e = chart.rows[r], parts = [["event", e[0]], ["time", seconds(e[1], 9)], ["component", e[2]], ["place", e[7]],
     ["name", e[3]], ["peer", e[4]], ["value", e[5]], ["octets", e[6]]];
   chosenRow = r;
   $("detail").textContent = parts.filter(p => p[1]).map(p => p[0].padEnd(10) + p[1]).join("\n");

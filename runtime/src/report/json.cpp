@@ -19,23 +19,31 @@ class Json : public Reporter {
 
   bool wants_events() const override { return true; }
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
-    const std::string full_name = module + "." + name;
-    line("begin", begin - run_start().clock, {}, {{"testcase", full_name}});
+    begin_line("begin", begin - run_start().clock, {}, 0);
+    member("testcase", module + "." + name);
+    end_line();
   }
   void event(const Event& e) override {
-    const char* name = e.kind == EventKind::log ? "kind" : e.kind == EventKind::verdict ? "verdict" : "name";
-    const std::string octets = hex_text(e.octets);
-    line(
-        event_name(e.kind), e.time, e.place,
-        {{"component", e.component}, {name, e.name}, {"peer", e.peer}, {"text", e.text}, {"octets", octets}});
+    begin_line(event_name(e.kind), e.time, e.file, e.line);
+    member("component", e.component);
+    member(e.kind == EventKind::log ? "kind" : e.kind == EventKind::verdict ? "verdict" : "name", e.name);
+    member("peer", e.peer);
+    member("text", e.text);
+    if (!e.octets.empty()) {
+      line_ += ",\"octets\":\"";
+      append_hex(line_, e.octets);
+      line_ += '"';
+    }
+    end_line();
   }
   void test_case_ends(const Result& r) override {
-    char duration[32];
-    std::snprintf(duration, sizeof duration, "%.9f", seconds_of(r.duration));
-    const std::string full_name = r.full_name();
-    line("end_testcase", r.begin + r.duration - run_start().clock, r.place,
-         {{"testcase", full_name}, {"verdict", verdict_name(r.verdict)}, {"text", r.reason}},
-         std::string(",\"duration\":") + duration);
+    begin_line("end_testcase", r.begin + r.duration - run_start().clock, r.place.file, r.place.line);
+    member("testcase", r.full_name());
+    member("verdict", verdict_name(r.verdict));
+    member("text", r.reason);
+    line_ += ",\"duration\":";
+    append_seconds(line_, r.duration);
+    end_line();
   }
   void run_ends(const std::vector<Result>& results) override {
     size_t bad = 0;
@@ -45,30 +53,29 @@ class Json : public Reporter {
   }
 
  private:
-  struct Member {
-    const char* name;
-    std::string_view text;
-  };
-  // What is empty is left out.
-  void line(const char* event, Time time, const Place& place, std::initializer_list<Member> members,
-            const std::string& more = {}) {
-    char head[80];
-    std::snprintf(head, sizeof head, "{\"event\":\"%s\",\"time\":%.9f", event, seconds_of(time));
-    std::string line = head;
-    if (!place.file.empty()) {
-      line += ",\"file\":";
-      append_json(line, place.file);
-      line += ",\"line\":" + std::to_string(place.line);
-    }
-    for (const Member& m : members) {
-      if (m.text.empty()) continue;
-      line += ",\"";
-      line += m.name;
-      line += "\":";
-      append_json(line, m.text);
-    }
-    file_.write(line + more + "}\n");
+  void begin_line(std::string_view event, Time time, std::string_view file, unsigned long line) {
+    line_ = "{\"event\":\"";
+    line_ += event;
+    line_ += "\",\"time\":";
+    append_seconds(line_, time);
+    if (file.empty()) return;
+    member("file", file);
+    line_ += ",\"line\":";
+    append_number(line_, line);
   }
+  // What is empty is left out.
+  void member(std::string_view name, std::string_view text) {
+    if (text.empty()) return;
+    line_ += ",\"";
+    line_ += name;
+    line_ += "\":";
+    append_json(line_, text);
+  }
+  void end_line() {
+    line_ += "}\n";
+    file_.write(line_);
+  }
+  std::string line_;
   ReportFile file_;
 };
 

@@ -46,15 +46,17 @@ class Junit : public Reporter {
   void test_case_begins(const std::string&, const std::string&, Time) override { log_.clear(); }
   void event(const Event& event) override {
     if (event.kind != EventKind::log || log_.size() >= most_entries) return;
-    std::string entry = event.name;
-    for (const std::string& part : {event.component, short_text(event.place), event.text})
-      if (!part.empty()) entry += " " + part;
-    log_.push_back(std::move(entry));
+    std::string entry(event.name);
+    const std::string place = short_text(event.file, event.line);
+    for (const std::string_view part : {event.component, std::string_view(place), event.text})
+      if (!part.empty()) (entry += ' ') += part;
+    log_.push_back(shortened(entry, most_octets));
   }
   void test_case_ends(const Result& result) override {
     Suite& suite = suite_of(result);
     suite.totals.add(result);
     suite.text += case_text(result);
+    log_.clear();
   }
   void run_ends(const std::vector<Result>&) override {
     file_.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n");
@@ -72,7 +74,8 @@ class Junit : public Reporter {
   }
 
  private:
-  static constexpr size_t most_entries = 1000;
+  // Readers of XML refuse texts of 10 MB and more.
+  static constexpr size_t most_entries = 1000, most_octets = 4000;
   struct Suite {
     Totals totals;
     std::string text, begin;
@@ -93,10 +96,10 @@ class Junit : public Reporter {
                        xml_text(result.module) + "\" time=\"" + time + "\"";
     if (is_good(result.verdict)) return text + "/>\n";
     const std::string element = result.verdict == lumo_verdict_error_c ? "error" : "failure";
-    const std::string place = short_text(result.place);
-    text += ">\n      <" + element + " message=\"" + xml_text(result.reason) + "\" type=\"" +
-            verdict_name(result.verdict) + "\">" +
-            xml_text(place + (place.empty() ? "" : ": ") + result.reason) + "\n";
+    const std::string place = short_text(result.place), reason = shortened(result.reason, most_octets);
+    text += ">\n      <" + element + " message=\"" + xml_text(reason) + "\" type=\"" +
+            verdict_name(result.verdict) + "\">" + xml_text(place + (place.empty() ? "" : ": ") + reason) +
+            "\n";
     for (const std::string& entry : log_) text += xml_text(entry) + "\n";
     return text + "</" + element + ">\n    </testcase>\n";
   }

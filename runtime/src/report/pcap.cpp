@@ -69,13 +69,14 @@ class Pcap : public Reporter {
     const bool outward = e.kind == EventKind::send;
     if (!outward && e.kind != EventKind::arrive) return;
     if (e.peer.compare(0, 7, "system:")) return;
-    packet(e, outward, e.octets.empty() && outward ? std::string_view(e.text) : std::string_view(e.octets));
+    packet(e, outward, e.octets.empty() && outward ? e.text : e.octets);
   }
   void run_ends(const std::vector<Result>&) override { file_.complete(); }
 
  private:
-  uint32_t number_of(const std::string& port) {
-    return ports_.try_emplace(port, static_cast<uint32_t>(50001 + ports_.size() % 15000)).first->second;
+  uint32_t number_of(std::string_view port) {
+    return ports_.try_emplace(std::string(port), static_cast<uint32_t>(50001 + ports_.size() % 15000))
+        .first->second;
   }
   void packet(const Event& e, bool outward, std::string_view octets) {
     octets = octets.substr(0, most_octets);

@@ -21,14 +21,19 @@ bool is_special_place(const std::string& path) {
 
 }  // namespace
 
+bool is_standard_output(const std::string& path) {
+  return path.empty() || path == "-" || path == "/dev/stdout" || path == "/dev/fd/1";
+}
+
 ReportFile::ReportFile(const std::string& path) : path_(path) {
-  if (path.empty() || path == "-") {
+  if (is_standard_output(path)) {
     file_ = stdout;
     return;
   }
   if (!is_special_place(path)) beside_ = path + "." + std::to_string(getpid()) + ".part";
   file_ = std::fopen(beside_.empty() ? path.c_str() : beside_.c_str(), "we");
   is_owned_ = true;
+  if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
 }
 
 ReportFile::~ReportFile() {
@@ -46,7 +51,9 @@ void ReportFile::fail() {
 void ReportFile::write(std::string_view text) {
   if (is_failed_) return;
   errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail();
+  if (std::fwrite(text.data(), 1, text.size(), file_) != text.size() || (!is_begun_ && std::fflush(file_)))
+    fail();
+  is_begun_ = true;
 }
 
 void ReportFile::format(const char* format, ...) {

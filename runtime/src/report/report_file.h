@@ -11,9 +11,12 @@
 
 namespace lumos {
 
+// An empty path, "-", or the device of that name.
+bool is_standard_output(const std::string& path);
+
 class ReportFile {
  public:
-  // An empty path or "-" is standard output. is_open tells whether it could be opened.
+  // is_open tells whether it could be opened.
   explicit ReportFile(const std::string& path);
   ~ReportFile();
   ReportFile(const ReportFile&) = delete;
@@ -28,6 +31,7 @@ class ReportFile {
   std::string path_, beside_;
   FILE* file_ = nullptr;
   bool is_owned_ = false, is_failed_ = false;
+  bool is_begun_ = false;  // the first piece is written at once: what cannot be written is told at the start
 };
 
 // Whether a report could not be written.

@@ -100,10 +100,8 @@ namespace {
 
 class Wire : public Reporter {
  public:
-  Wire(int descriptor, WireBox& box, bool with_events) : stream_(descriptor, box), with_events_(with_events) {
-    tag(Tag::start);
-    pass_on();
-  }
+  Wire(int descriptor, WireBox& box, bool with_events)
+      : stream_(descriptor, box), with_events_(with_events) {}
   ~Wire() override {
     if (has_ended_) return;
     tag(Tag::refusal);
@@ -111,6 +109,10 @@ class Wire : public Reporter {
     stream_.flush();
   }
   bool wants_events() const override { return with_events_; }
+  void run_begins() override {
+    tag(Tag::start);
+    pass_on();
+  }
 
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
     tag(Tag::begin);
@@ -123,8 +125,8 @@ class Wire : public Reporter {
     tag(Tag::event);
     number(static_cast<uint64_t>(e.kind));
     number(static_cast<uint64_t>(e.time));
-    for (const std::string* s : {&e.component, &e.place.file, &e.name, &e.peer, &e.text, &e.octets}) text(*s);
-    number(e.place.line);
+    for (std::string_view s : {e.component, e.file, e.name, e.peer, e.text, e.octets}) text(s);
+    number(e.line);
     pass_on();
   }
   void test_case_ends(const Result& r) override {
@@ -159,19 +161,25 @@ class Wire : public Reporter {
     for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
       number(n);
   }
-  void tag(Tag t) { record_ += static_cast<char>(t); }
-  void number(uint64_t n) { record_.append(reinterpret_cast<const char*>(&n), sizeof n); }
-  void text(const std::string& s) {
+  void tag(Tag t) { *more(1) = static_cast<char>(t); }
+  void number(uint64_t n) { std::memcpy(more(sizeof n), &n, sizeof n); }
+  void text(std::string_view s) {
     number(s.size());
-    record_ += s;
+    if (!s.empty()) std::memcpy(more(s.size()), s.data(), s.size());
+  }
+  char* more(size_t size) {
+    if (record_.size() < used_ + size) record_.resize(2 * (used_ + size));
+    used_ += size;
+    return record_.data() + used_ - size;
   }
   void pass_on() {
-    stream_.put(record_);
-    record_.clear();
+    stream_.put({record_.data(), used_});
+    used_ = 0;
   }
   WireStream stream_;
   bool with_events_, has_ended_ = false;
-  std::string record_;
+  std::string record_;  // its beginning; the rest is room
+  size_t used_ = 0;
 };
 
 // Reads what is there; where the text is cut off, is_good ends.
@@ -197,13 +205,14 @@ class Unwire {
     const uint64_t n = number();
     return n <= last ? n : cut_off();
   }
-  std::string text() {
+  std::string_view view() {
     const uint64_t size = number();
     if (size > text_.size()) return cut_off(), "";
-    std::string s(text_.substr(0, size));
+    const std::string_view s = text_.substr(0, size);
     text_.remove_prefix(size);
     return s;
   }
+  std::string text() { return std::string(view()); }
 
  private:
   uint64_t cut_off() {
@@ -224,8 +233,8 @@ void tell_event_of(Unwire& in, const WireListener& listener) {
   Event e;
   e.kind = static_cast<EventKind>(in.choice(static_cast<uint64_t>(EventKind::verdict)));
   e.time = static_cast<Time>(in.number());
-  for (std::string* s : {&e.component, &e.place.file, &e.name, &e.peer, &e.text, &e.octets}) *s = in.text();
-  e.place.line = in.number();
+  for (std::string_view* s : {&e.component, &e.file, &e.name, &e.peer, &e.text, &e.octets}) *s = in.view();
+  e.line = in.number();
   if (in.is_good) listener.event(e);
 }
 

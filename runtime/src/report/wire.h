@@ -28,8 +28,8 @@ class WireBox {
   Shared* shared_;
 };
 
-// Writes all that it is told, first that a run begins, to the descriptor, a file or a socket, which it does
-// not close. Destroyed before the run has ended it tells that this is refused.
+// Writes all that it is told to the descriptor, a file or a socket, which it does not close. Destroyed before
+// the run has ended it tells that this is refused.
 std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, bool with_events);
 
 // Hears what comes from such a stream, in its order.

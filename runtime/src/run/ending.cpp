@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -23,6 +24,9 @@ constexpr Time millisecond = 1000000;
 constexpr Time grace = 500 * millisecond;         // for what looks after the end by itself
 constexpr Time retry = 100 * millisecond;         // where the moment was a bad one
 constexpr Time time_to_end = 5000 * millisecond;  // from leaving user code to the end of the run
+// What a simulated clock is asked for does not depend on how fast the machine is.
+constexpr Time grace_of_simulated = 2000 * millisecond;
+constexpr Time longest = 1000000000 * (1000 * millisecond);
 constexpr int most_retries = 30;
 constexpr Time twice = 100 * millisecond;  // one signal that arrives by two roads
 
@@ -38,6 +42,7 @@ volatile sig_atomic_t left = 0;     // user code was left once
 volatile sig_atomic_t retries = 0;  // since a moment was asked for
 volatile sig_atomic_t stops = 0;    // signals that asked for the end
 Time deadline = never, deadline_of_control = never;
+Time real_deadline = never, real_deadline_of_control = never;  // on the real clock
 const char* limited = "control part";
 std::atomic<Time>* shared_deadline = nullptr;
 Time last_stop = 0;
@@ -127,7 +132,7 @@ void on_alarm(int signal) {
   }
   if (!is_watched) return;
   const char* why = reason;
-  if (!why && now() >= deadline) why = time_is_over();
+  if (!why && real_time() >= real_deadline) why = time_is_over();
   if (!why) return;
   if (left && reason) give_up(why);
   leave(why);
@@ -172,13 +177,18 @@ void become_copy() {
   tell_copy();
 }
 
+Time on_real_clock(Time time) {
+  if (time == never) return never;
+  const Time rest = std::clamp<Time>(time - now(), 0, longest);
+  return real_time() + rest + (is_simulated() ? grace_of_simulated : 0);
+}
+
 void arm() {
-  if (shared_deadline) *shared_deadline = is_simulated() ? never : deadline;
-  if (is_simulated() || reason) return;
+  if (shared_deadline) *shared_deadline = real_deadline;
+  if (reason) return;
   retries = 0;
   left = 0;
-  const Time time = now();
-  set_alarm(deadline == never ? never : (deadline > time ? deadline - time : 0) + grace);
+  set_alarm(real_deadline == never ? never : std::max<Time>(real_deadline - real_time(), 0) + grace);
 }
 
 }  // namespace
@@ -197,6 +207,9 @@ void watch_process(void (*abandon)(const char*), void (*on_copy)()) {
   for (int signal : stop_signals) handle(signal, on_stop, SA_RESTART | SA_NODEFER);
   for (int signal : crash_signals) handle(signal, on_crash, SA_ONSTACK | SA_NODEFER);
   handle(SIGALRM, on_alarm, SA_RESTART | SA_NODEFER);
+}
+
+void let_lost_output_be_told() {
   for (int signal : {SIGPIPE, SIGXFSZ}) handle(signal, leave_to_the_call, SA_RESTART);
 }
 
@@ -235,7 +248,8 @@ const char* ending_reason() {
 void check_run_goes_on() {
   leave_copy_of_run();
   if (const char* why = reason) fault("%s", why);
-  if (deadline_of_control != never && now() >= deadline_of_control)
+  if (deadline_of_control != never &&
+      (now() >= deadline_of_control || real_time() >= real_deadline_of_control))
     fault("the time given to the %s is over", limited);
 }
 
@@ -246,6 +260,7 @@ void watch_test_case(bool is_there) {
 void set_control_deadline(Time time, const char* what) {
   limited = what;
   deadline = deadline_of_control = time;
+  real_deadline = real_deadline_of_control = on_real_clock(time);
   arm();
 }
 
@@ -256,6 +271,7 @@ Time control_deadline() {
 void watch_deadline(Time time) {
   if (time == deadline) return;
   deadline = time;
+  real_deadline = std::min(on_real_clock(time), real_deadline_of_control);
   arm();
 }
 

@@ -15,6 +15,9 @@ namespace lumos {
 // it may be called again if it fails itself, and goes on behind what it was doing then.
 // `on_copy` is called in a process that code of the user forks.
 void watch_process(void (*abandon)(const char* reason), void (*on_copy)());
+// What cannot be written because nobody reads it, or since a file may not be so large, fails and is told,
+// unless that is ignored or met elsewhere.
+void let_lost_output_be_told();
 // The run is complete: the process may exit.
 void end_watch();
 
@@ -42,7 +45,8 @@ void set_control_deadline(Time time, const char* what = "control part");
 Time control_deadline();
 // A test case is there from its beginning until it has been told.
 void watch_test_case(bool is_there);
-// A test case has to be over by then. Should user code not come back, it is ended a little later.
+// A test case has to be over by then. Should user code not come back, it is ended a little later, also where
+// the clock is simulated and stands still meanwhile.
 void watch_deadline(Time time);
 
 // While it stands, what runs is not to be left in the middle.

@@ -143,8 +143,8 @@ void conclude_test_case() {
     tc.reason = why;
   }
   const Time duration = now() - tc.begin;
-  log_format(lumo_log_msg_info_c, "test case %s.%s finished with verdict %s%s%s", tc.module.c_str(),
-             tc.name.c_str(), verdict_name(tc.verdict), tc.reason.empty() ? "" : ": ", tc.reason.c_str());
+  log_line(lumo_log_msg_info_c, "test case " + tc.module + "." + tc.name + " finished with verdict " +
+                                    verdict_name(tc.verdict) + (tc.reason.empty() ? "" : ": ") + tc.reason);
   results().push_back({tc.module, tc.name, tc.verdict, tc.reason, tc.place, tc.begin, duration});
   test_case = nullptr;
   watch_test_case(false);

@@ -3,8 +3,10 @@
 
 #include <time.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 
 #include "value/error.h"
 #include "report/events.h"
@@ -110,6 +112,13 @@ Timer* timer_of(Value v) {
 
 const char* name_of(const Timer* timer) {
   return timer->value && timer->value->label ? timer->value->label : "timer";
+}
+
+std::string seconds_text(double duration) {
+  char digits[400];
+  return std::string(digits,
+                     std::to_chars(digits, std::end(digits), duration, std::chars_format::fixed, 6).ptr) +
+         " s";
 }
 
 void take_timeout(Timer* timer) {
@@ -223,7 +232,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
   enqueue(timer);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "start of %s for %g s", name_of(timer), duration);
-  if (events_wanted) tell(EventKind::timer_start, name_of(timer), {}, std::to_string(duration) + " s");
+  if (events_wanted) tell(EventKind::timer_start, name_of(timer), {}, seconds_text(duration));
 }
 
 void lumo_timer_stop(lumo_value_t value, lumo_context_t) {

@@ -11,6 +11,7 @@
 #include "run/component.h"
 #include "run/ending.h"
 #include "text/log.h"
+#include "text/text_forms.h"
 
 namespace lumos {
 
@@ -42,6 +43,8 @@ bool with_progress() {
   }();
   return chosen;
 }
+
+constexpr size_t most_shown = 8000;  // of a reason; reports have all of it
 
 std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
   static const char* const colors[] = {"36", "32", "33", "31", "1;31"};
@@ -87,7 +90,7 @@ std::string result_line(const Result& r, bool colored) {
   if (is_good(r.verdict)) return line;
   const std::string place = short_text(r.place);
   if (!place.empty()) line += " " + place;
-  if (!r.reason.empty()) line += " " + in_one_line(r.reason);
+  if (!r.reason.empty()) line += " " + in_one_line(shortened(r.reason, most_shown));
   return line;
 }
 

@@ -1,5 +1,6 @@
 #include "suite/suite.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <cstring>
 
 #include "report/coverage.h"
+#include "report/report_file.h"
 #include "report/reports.h"
 #include "run/ending.h"
 #include "run/scheduler.h"
@@ -87,7 +89,7 @@ bool open_reports(const SuiteOptions& options) {
       std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
       return false;
     }
-    to_output = to_output && !path.empty() && path != "-";
+    to_output = to_output && !is_standard_output(path);
     add_reporter(std::move(reporter));
   }
   tell_results(to_output);
@@ -95,43 +97,53 @@ bool open_reports(const SuiteOptions& options) {
 }
 
 // Sets a limit to what is not a test case.
+void limit_time(const SuiteOptions& options, const char* what) {
+  set_control_deadline(options.timeout < 0 ? never : now() + duration_of(options.timeout), what);
+}
 class TimeLimit {
  public:
-  TimeLimit(const SuiteOptions& options, const char* what) {
-    set_control_deadline(options.timeout < 0 ? never : now() + duration_of(options.timeout), what);
-  }
+  TimeLimit(const SuiteOptions& options, const char* what) { limit_time(options, what); }
   ~TimeLimit() { set_control_deadline(never); }
   TimeLimit(const TimeLimit&) = delete;
 };
 
-// The test cases of the run; whether the control part is run itself.
+// The test cases of the run; whether the control part is run itself; whether that turned out to be missing,
+// with nothing that can be run in its place.
 struct Program {
   std::vector<Selected> testcases;
-  bool runs_control_part = false;
+  bool runs_control_part = false, is_empty = false;
 };
 
 bool needs_testcases(const SuiteOptions& o) {
   return o.jobs > 1 || o.shards || o.shuffle || o.explore;
 }
 
+// What is run where there is no control part. False if there is nothing.
+bool take_all_testcases(const SuiteOptions& options, Program& program) {
+  program.runs_control_part = false;
+  for (const std::string& name : testcase_names(true))
+    if (!select_testcases({name}, options.timeout, program.testcases)) return false;
+  program.is_empty = program.testcases.empty();
+  if (program.is_empty)
+    std::fprintf(
+        stderr,
+        "the root module has neither a control part nor test cases without parameters; -t chooses test "
+        "cases of other modules\n");
+  return !program.is_empty;
+}
+
 // False if there is nothing to be run.
 bool make_program(const SuiteOptions& options, const char* control_part, Program& program) {
   if (!program.testcases.empty()) return true;
   program.runs_control_part = true;
-  if (!has_control_part(control_part)) {
-    program.runs_control_part = false;
-    for (const std::string& name : testcase_names(true))
-      if (!select_testcases({name}, options.timeout, program.testcases)) return false;
-    if (!program.testcases.empty()) return true;
-    std::fprintf(stderr, "the root module has neither a control part nor test cases without parameters\n");
-    return false;
-  }
+  if (!has_control_part(control_part)) return take_all_testcases(options, program);
   if (!needs_testcases(options)) return true;
   std::string why;
   TimeLimit limit(options, "control part");
   program.runs_control_part = !plan_control_part(control_part, program.testcases, why);
   if (program.runs_control_part)
     std::fprintf(stderr, "the control part is run as a whole, in one process: %s\n", why.c_str());
+  if (control_part_is_missing) return take_all_testcases(options, program);
   return true;
 }
 
@@ -156,8 +168,13 @@ bool run_control_part(const SuiteOptions& options, const char* control_part) {
   return lumo_execute_control_part(control_part, lumo_no_context_c);
 }
 
-bool run_once(const SuiteOptions& options, const Program& program, const char* control_part) {
-  if (program.runs_control_part) return run_control_part(options, control_part);
+bool run_once(const SuiteOptions& options, Program& program, const char* control_part) {
+  if (program.runs_control_part) {
+    if (!run_control_part(options, control_part)) return false;
+    if (!control_part_is_missing) return true;
+    if (!take_all_testcases(options, program)) return false;
+    arrange(options, program);
+  }
   if (options.explore) return explore(program.testcases, options.explore, options.seed);
   if (options.jobs > 1) return run_in_processes(program.testcases, options.jobs, options.until_fail);
   for (const Selected& s : program.testcases)
@@ -165,7 +182,7 @@ bool run_once(const SuiteOptions& options, const Program& program, const char* c
   return true;
 }
 
-bool run_program(const SuiteOptions& options, const Program& program, const char* control_part) {
+bool run_program(const SuiteOptions& options, Program& program, const char* control_part) {
   if (options.has_seed || options.shuffle || options.explore)
     std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
   if (options.has_seed) set_seed_of_testcases(options.seed);
@@ -190,11 +207,14 @@ int run_initialized(const SuiteOptions& options, Program& program, const char* c
   if (!all_parameters_known() || !all_links_known() || !make_program(options, control_part, program))
     return start_fault;
   is_started = true;
+  tell_run_begins();
   clear_counts();  // what initialization reached tells nothing about the test cases
   arrange(options, program);
   show_progress();
   bool good = run_program(options, program, control_part);
+  limit_time(options, "end of the suite");
   good = lumo_finalize(lumo_no_context_c) && good;
+  if (program.is_empty) return start_fault;
   tell_run_ends(results());
   print_summary();
   const int status = status_of_results();
@@ -225,6 +245,7 @@ int run_registered(const SuiteOptions& options, const char* control_part) {
   Program program;
   if (!options.testcases.empty() && !select_testcases(options.testcases, options.timeout, program.testcases))
     return start_fault;
+  let_lost_output_be_told();
   if (!open_reports(options)) return start_fault;
   if (options.is_supervised) be_supervised();
   is_started = false;
@@ -261,8 +282,18 @@ void print_versions() {
 
 namespace {
 
+// A standard stream that is closed stays one that cannot be written: otherwise a report would be opened under
+// its number, and get the log between its lines.
+void occupy_closed_descriptors() {
+  for (int fd = 0; fd >= 0 && fd <= STDERR_FILENO;) {
+    fd = open("/dev/null", O_RDONLY);
+    if (fd > STDERR_FILENO) close(fd);
+  }
+}
+
 int run_suite(int argc, char* argv[], lumo_register_function_t register_function, const char* control_part,
               bool is_supervised) {
+  occupy_closed_descriptors();
   SuiteOptions options;
   options.is_supervised = is_supervised;
   if (!read_suite_options(argc, argv, options)) return start_fault;

@@ -270,8 +270,11 @@ bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
 }
 
 void print_suite_help(const char* program) {
-  std::printf("Usage: %s [options]\n\nRuns the control part of the root module, or the test cases named.\n\n",
-              program);
+  std::printf(
+      "Usage: %s [options]\n\nRuns the control part of the root module, or where it has none all its test "
+      "cases without "
+      "parameters,\nor the test cases named.\n\n",
+      program);
   for (const Option& o : table) {
     if (!o.help) continue;
     std::string names =

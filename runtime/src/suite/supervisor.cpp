@@ -15,6 +15,7 @@
 #include <fstream>
 #include <new>
 #include <optional>
+#include <vector>
 
 #include <sys/mman.h>
 
@@ -70,7 +71,7 @@ void hand_on_signals() {
     action.sa_flags = SA_SIGINFO;
     sigaction(signal, &action, nullptr);
   }
-  signal(SIGPIPE, SIG_IGN);
+  for (int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_IGN);
 }
 
 // --- what the other process tells
@@ -79,16 +80,15 @@ class Supervision {
  public:
   Supervision(int socket, const WireBox& box, const std::atomic<Time>& deadline)
       : socket_(socket), box_(box), deadline_(deadline) {
-    listener_.run_begins = [this] { phase_ = Phase::begins; };
+    listener_.run_begins = [this] { phase_ = Phase::runs; };
     listener_.test_case_begins = [this](const std::string& module, const std::string& name, Time begin) {
-      phase_ = Phase::runs;
       running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
       last_ = begin - run_start().clock;
       tell_begin(module, name, begin);
     };
     listener_.event = [this](const Event& e) {
       last_ = e.time;
-      if (running_) running_->place = e.place;
+      if (running_) stand_at(e);
       tell(e);
     };
     listener_.test_case_ends = [this](const Result& r) {
@@ -116,6 +116,8 @@ class Supervision {
     }
     hear(box_.rest(received_));
     if (phase_ != Phase::over) return finish(status);
+    if (is_killed_) std::fprintf(stderr, "user code did not let the process end\n");
+    if (is_killed_) return 1;
     if (WIFSIGNALED(status)) end_alike(WTERMSIG(status));
     return WEXITSTATUS(status) ? WEXITSTATUS(status) : is_bad_ || reports_failed();
   }
@@ -134,11 +136,10 @@ class Supervision {
   bool receive(int milliseconds) {
     pollfd waiting{socket_, POLLIN, 0};
     if (poll(&waiting, 1, milliseconds) <= 0) return false;
-    char block[1 << 16];
-    const ssize_t n = recv(socket_, block, sizeof block, MSG_DONTWAIT);
+    const ssize_t n = recv(socket_, block_.data(), block_.size(), MSG_DONTWAIT);
     if (n > 0) {
       received_ += static_cast<size_t>(n);
-      hear({block, static_cast<size_t>(n)});
+      hear({block_.data(), static_cast<size_t>(n)});
     } else if (milliseconds) {
       usleep(1000);
     }
@@ -149,6 +150,10 @@ class Supervision {
     pending_.erase(0, tell_from_wire(pending_, listener_));
   }
 
+  void stand_at(const Event& e) {
+    if (running_->place.file != e.file) running_->place.file = e.file;
+    running_->place.line = e.line;
+  }
   void take_leave(const std::vector<Result>& all) {
     phase_ = Phase::over;
     for (const Result& r : all) is_bad_ = is_bad_ || !is_good(r.verdict);
@@ -196,6 +201,7 @@ class Supervision {
   std::optional<Result> running_;
   Time last_ = 0, stopped_ = never;
   uint64_t received_ = 0;
+  std::vector<char> block_ = std::vector<char>(1 << 16);  // the stack may be a small one
   std::string pending_;
   bool is_bad_ = false, is_killed_ = false;
 };

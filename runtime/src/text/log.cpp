@@ -17,6 +17,8 @@
 
 namespace lumos {
 
+bool control_part_is_missing = false;
+
 bool enabled_log_kinds[log_kind_count] = {true, true, true, true, false, false};
 
 namespace {
@@ -59,13 +61,16 @@ std::string place() {
   return text;
 }
 
-// A line of the log stays one line.
+// A line of the log stays one line, is text, and steers no terminal.
 void append_escaped(std::string& line, std::string_view text) {
   for (char c : text) {
+    const auto octet = static_cast<unsigned char>(c);
     if (c == '\n') {
       line += "\\n";
     } else if (c == '\r') {
       line += "\\r";
+    } else if ((octet < ' ' && c != '\t') || octet == 127) {
+      line += "\\x" + hex_text({&c, 1});
     } else {
       line += c;
     }
@@ -215,6 +220,7 @@ void lumo_log_string(lumo_log_message_kind_t kind, const char* text, lumo_contex
 }
 
 void lumo_log_string_to_all(lumo_log_message_kind_t kind, const char* text, lumo_context_t) {
+  if (!std::strcmp(text, "module has no control part - exiting")) control_part_is_missing = true;
   log_line(kind, text);
 }
 

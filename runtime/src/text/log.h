@@ -15,6 +15,9 @@ inline bool log_enabled(lumo_log_message_kind_t kind) {
   return static_cast<unsigned>(kind) < log_kind_count && enabled_log_kinds[kind];
 }
 // Whether entries of the kind are seen on standard error.
+// Whether a module has told that it has no control part, which it does when that is run.
+extern bool control_part_is_missing;
+
 bool log_shows(lumo_log_message_kind_t kind);
 // Why entries were lost; null while all were written.
 const char* log_failure();

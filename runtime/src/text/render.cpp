@@ -1,4 +1,5 @@
 // Values and templates in the notation of the language, for the log and for text codecs.
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -44,8 +45,13 @@ void put_float(std::string& out, double number) {
   out += exponent;
 }
 
+bool can_be_quoted(char32_t c) {
+  return c >= 32 && c < 127;
+}
+
 // Characters that cannot stand in quotes are written as quadruples, joined by "&".
-void put_text(std::string& out, const std::u32string& text) {
+template <class Character>
+void put_text(std::string& out, const Character* text, size_t size) {
   bool open = false, first = true;
   auto part = [&](bool quoted) {
     if (open && quoted) return;
@@ -55,14 +61,19 @@ void put_text(std::string& out, const std::u32string& text) {
     open = quoted;
     first = false;
   };
-  for (char32_t c : text) {
-    if (c >= 32 && c < 127) {
-      part(true);
-      out += static_cast<char>(c);
-      if (c == '"') out += '"';
+  for (size_t i = 0; i < size; ++i) {
+    const size_t begin = i;
+    while (i < size && can_be_quoted(text[i]) && text[i] != '"') ++i;
+    if (i > begin) part(true);
+    out.resize(out.size() + i - begin);
+    std::copy(text + begin, text + i, out.end() - static_cast<std::ptrdiff_t>(i - begin));
+    if (i == size) break;
+    const char32_t c = text[i];
+    part(c == '"');
+    if (c == '"') {
+      out += "\"\"";
       continue;
     }
-    part(false);
     lumo_wide_char_t w = wide_char_of(c);
     char quadruple[40];
     std::snprintf(quadruple, sizeof quadruple, "char(%d, %d, %d, %d)", w.group, w.plane, w.row, w.cell);
@@ -70,6 +81,17 @@ void put_text(std::string& out, const std::u32string& text) {
   }
   if (open) out += '"';
   if (first) out += "\"\"";
+}
+
+void put_wide_text(std::string& out, Value v) {
+  const std::u32string text = wide_text(v);
+  put_text(out, text.data(), text.size());
+}
+
+void put_quoted(std::string& out, Value v, const char* kind) {
+  out += '\'';
+  out.append(v->text.data, v->text.size);
+  out += kind;
 }
 
 void put_object_id(std::string& out, Value v) {
@@ -135,7 +157,7 @@ void put_fields(std::string& out, Value v, int depth) {
   out += "{";
   for (size_t i = 0; i < v->parts.size; ++i) {
     out += i ? ", " : " ";
-    if (fields && fields[i].name && *fields[i].name) out += std::string(fields[i].name) + " := ";
+    if (fields && fields[i].name && *fields[i].name) (out += fields[i].name) += " := ";
     Value part = v->parts.data[i];
     if ((!part || part->form == Form::unset) && fields && is_optional(fields[i]) && !v->dynamic) {
       out += "omit";
@@ -175,17 +197,13 @@ void put_instance(std::string& out, Value v, int depth) {
 void put_string(std::string& out, Value v) {
   switch (v->kind) {
     case lumo_type_kind_bitstring:
-      out += "'" + std::string(v->text.data, v->text.size) + "'B";
-      return;
+      return put_quoted(out, v, "'B");
     case lumo_type_kind_hexstring:
-      out += "'" + std::string(v->text.data, v->text.size) + "'H";
-      return;
+      return put_quoted(out, v, "'H");
     case lumo_type_kind_octetstring:
-      out += "'" + std::string(v->text.data, v->text.size) + "'O";
-      return;
+      return put_quoted(out, v, "'O");
     default:
-      put_text(out, wide_text(v));
-      return;
+      return put_text(out, reinterpret_cast<const unsigned char*>(v->text.data), v->text.size);
   }
 }
 
@@ -239,7 +257,7 @@ void put_contents(std::string& out, Value v, int depth) {
     case Form::character:
     case Form::wide_character:
     case Form::wide_string:
-      return put_text(out, wide_text(v));
+      return put_wide_text(out, v);
     case Form::verdict:
       out += verdict_word(v->verdict);
       return;

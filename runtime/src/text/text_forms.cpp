@@ -1,6 +1,9 @@
 #include "text/text_forms.h"
 
+#include <array>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
 
 namespace lumos {
 
@@ -37,6 +40,35 @@ void put_escape(std::string& out, char32_t c) {
   out += text;
 }
 
+// Octets that stand for themselves in a string of JSON. "<" does not: in a page "</script>" would end a
+// script.
+constexpr auto plain = [] {
+  std::array<bool, 256> table{};
+  for (size_t c = 32; c < 127; ++c) table[c] = c != '"' && c != '\\' && c != '<';
+  return table;
+}();
+
+// Whether eight octets are all plain, a bit of each told at once.
+bool all_plain(const char* text) {
+  constexpr uint64_t each = 0x0101010101010101, high = 0x80 * each;
+  uint64_t octets, found;
+  std::memcpy(&octets, text, sizeof octets);
+  found = octets | (octets - 32 * each);
+  for (const uint64_t c : {0x7FU, unsigned{'"'}, unsigned{'\\'}, unsigned{'<'}})
+    found |= (octets ^ c * each) - each;
+  return !(found & high);
+}
+
+void put_json_escape(std::string& out, char32_t c) {
+  if (c == '"' || c == '\\') {
+    out += {'\\', static_cast<char>(c)};
+  } else if (c == '\n') {
+    out += "\\n";
+  } else {
+    put_escape(out, c);
+  }
+}
+
 }  // namespace
 
 std::string xml_text(std::string_view text) {
@@ -63,28 +95,22 @@ std::string xml_text(std::string_view text) {
   return out;
 }
 
+std::string shortened(std::string_view text, size_t most) {
+  if (text.size() <= most) return std::string(text);
+  while (most && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
+  return std::string(text.substr(0, most)) + " ... and " + std::to_string(text.size() - most) +
+         " octets more";
+}
+
 void append_json(std::string& out, std::string_view text) {
   out += '"';
-  size_t written = 0;  // what is plain goes in one piece
   for (size_t i = 0; i < text.size();) {
-    const unsigned char octet = static_cast<unsigned char>(text[i]);
-    if (octet >= 32 && octet < 127 && octet != '"' && octet != '\\' && octet != '<') {
-      ++i;
-      continue;
-    }
-    out.append(text, written, i - written);
-    const char32_t c = next_character(text, i);
-    written = i;
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c == '\n') {
-      out += "\\n";
-    } else {
-      put_escape(out, c);  // "<" too: in a page "</script>" would end a script
-    }
+    const size_t begin = i;  // what is plain goes in one piece
+    while (i + 8 <= text.size() && all_plain(text.data() + i)) i += 8;
+    while (i < text.size() && plain[static_cast<unsigned char>(text[i])]) ++i;
+    out.append(text.data() + begin, i - begin);
+    if (i < text.size()) put_json_escape(out, next_character(text, i));
   }
-  out.append(text, written);
   out += '"';
 }
 
@@ -94,14 +120,30 @@ std::string json_text(std::string_view text) {
   return out;
 }
 
-std::string hex_text(std::string_view octets) {
+void append_hex(std::string& out, std::string_view octets) {
   static const char digits[] = "0123456789ABCDEF";
+  for (unsigned char c : octets) out += {digits[c >> 4], digits[c & 15]};
+}
+
+std::string hex_text(std::string_view octets) {
   std::string out;
-  for (unsigned char c : octets) {
-    out += digits[c >> 4];
-    out += digits[c & 15];
-  }
+  append_hex(out, octets);
   return out;
+}
+
+void append_number(std::string& out, uint64_t number) {
+  char digits[24];
+  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+void append_seconds(std::string& out, int64_t nanoseconds) {
+  if (nanoseconds < 0) out += '-';
+  uint64_t rest = nanoseconds < 0 ? -static_cast<uint64_t>(nanoseconds) : static_cast<uint64_t>(nanoseconds);
+  append_number(out, rest / 1000000000);
+  char decimals[10] = ".";
+  rest %= 1000000000;
+  for (int i = 9; i > 0; --i, rest /= 10) decimals[i] = static_cast<char>('0' + rest % 10);
+  out.append(decimals, sizeof decimals);
 }
 
 }  // namespace lumos
