@@ -350,7 +350,7 @@ Channel* channel_of(const Port& system_port) {
 }
 
 // False leaves the reason in error.
-bool send_by(Channel& channel, const Port& port, const Port& system_port, const Message& message,
+bool send_by(Channel& channel, const Port& port, const Port& system_port, Message& message,
              std::string& error) {
   std::string octets, peer;
   if (message.kind != MessageKind::message) {

@@ -64,8 +64,7 @@ struct Call {
     if (restriction_of(formals[i])) take_restricted(i);
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
-    // The callee may write to its own value whatever the parameter's type allows.
-    const bool fits = belongs(argv[i], formals[i].type) && !is_narrower(argv[i], formals[i].type);
+    const bool fits = belongs(argv[i], formals[i].type);
     if (fits && !may_change(whole_of(argv[i]))) return;
     save(argv[i]);
     Value copy =

@@ -198,11 +198,6 @@ bool belongs(Value v, lumo_type_t type) {
   return !has_check(type);
 }
 
-bool is_narrower(Value v, lumo_type_t type) {
-  return v->type != type && !v->dynamic && v->form != Form::instance && has_check(v->type) &&
-         !lumo_type_is_equal(v->type, type, nullptr);
-}
-
 void check_belongs(Value v, lumo_type_t type) {
   if (v->form == Form::unset || belongs(v, type)) return;
   if (may_be_short(type)) check_parts(v);

@@ -23,8 +23,6 @@ struct LengthBounds {
 LengthBounds length_bounds(lumo_type_t type);
 // Whether what belongs to the value's own type belongs to this one as well.
 bool belongs(Value v, lumo_type_t type);
-// Whether the value's own type asks for what this one does not.
-bool is_narrower(Value v, lumo_type_t type);
 // A fault for a complete value that is not of the type.
 void check_belongs(Value v, lumo_type_t type);
 
