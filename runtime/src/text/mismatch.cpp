@@ -154,7 +154,7 @@ void trace_list(const char* reason, Value list, Value expected) {
 using namespace lumos;
 
 void lumo_log_template_expected(const char* text, lumo_context_t) {
-  expected_text = text;
+  expected_text = is_wanted() ? text : nullptr;
 }
 
 void lumo_log_template_mismatch_by_name_event(const char* field, const char* reason, lumo_value_t actual,
