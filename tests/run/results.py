@@ -144,7 +144,7 @@ def check_names(suite):
                             ("--junit --html r", "option '--junit' needs a value"), ("--log=", "option '--log=' needs a value"),
                             ("--seed 99999999999999999999", "is no value"), ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
                             ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
-                            ("--shard 3/2", "'3/2' is no value"), ("-j 0", "'0' is no value")):
+                            ("--shard 3/2", "'3/2' is no value"), ("-c .", "could not open '.'"), ("-P .", "could not open '.'"), ("-j 0", "'0' is no value")):
         _, err = suite.run(arguments, status=2)
         check_has(err, [text], arguments)
 
@@ -209,6 +209,9 @@ def check_choice(suite, steered):
     suite.path("Outcome.cfg").write_text("# all but errors\nparam = times = 2\nverbose none\ntestcase = TC_f*\n")
     check_has(suite.run("--config")[0], ["1 test case: 0 pass, 0 none, 0 inconc, 1 fail"], "configuration")
     for line, text in (("param = tmies = 2", "bad.cfg, line 1: there is no module parameter 'tmies', did you mean"),
+                       ("testcase = TC_pass , TC_psas", "bad.cfg, line 1: there is no test case 'TC_psas'"),
+                       ("port = q=udp:127.0.0.1:9", "bad.cfg, line 1: there is no port 'q'"), ("config = x", "bad.cfg, line 1: option 'config' stands"),
+                       ("param = times = x", "bad.cfg, line 1: module parameter Outcome.times cannot be set to x"),
                        ("verbsoe = none", "bad.cfg, line 1: unknown option 'verbsoe', did you mean 'verbose'?")):
         suite.path("bad.cfg").write_text(line + "\n")
         check_has(suite.run("-c bad.cfg", status=2)[1], [text], line)
@@ -241,6 +244,7 @@ def check_told(suite):
 
 
 def check_reports(suite):
+    suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
     check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
     check_has(suite.read("j.xml"), ['message="on &quot;purpose&quot;"', "info mtc Outcome.ttcn:33 verdict set to fail: on &quot;purpose&quot;\n"], "JUnit")
     check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")

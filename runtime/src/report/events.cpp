@@ -64,8 +64,11 @@ void tell_log_entry(const char* kind, std::string_view text) {
 
 void choose_events() {
   events_wanted = false;
-  for (auto& reporter : reporters()) events_wanted = events_wanted || reporter->wants_events();
-  events_of_log = events_wanted ? tell_log_entry : nullptr;
+  events_of_log = nullptr;
+  for (auto& reporter : reporters()) {
+    events_wanted = events_wanted || reporter->wants_events();
+    if (reporter->wants_log()) events_of_log = tell_log_entry;
+  }
 }
 
 }  // namespace
@@ -74,6 +77,10 @@ void add_reporter(std::unique_ptr<Reporter> reporter) {
   run_start();
   reporters().push_back(std::move(reporter));
   choose_events();
+}
+
+bool log_wanted() {
+  return events_of_log != nullptr;
 }
 
 void drop_reporters() {
@@ -97,7 +104,8 @@ void tell_begin(const std::string& module, const std::string& name, Time begin) 
 
 void tell(const Event& event) {
   for (auto& reporter : reporters())
-    if (reporter->wants_events()) reporter->event(event);
+    if (event.kind == EventKind::log ? reporter->wants_log() : reporter->wants_events())
+      reporter->event(event);
 }
 
 void tell(EventKind kind, std::string_view name, std::string_view peer, std::string_view text,

@@ -73,6 +73,8 @@ class Reporter {
  public:
   virtual ~Reporter() = default;
   virtual bool wants_events() const { return false; }
+  // Of these only entries of the log.
+  virtual bool wants_log() const { return wants_events(); }
   // Nothing keeps the run from running any more.
   virtual void run_begins() {}
   virtual void test_case_begins(const std::string& /*module*/, const std::string& /*name*/, Time /*begin*/) {}
@@ -83,6 +85,7 @@ class Reporter {
 };
 
 extern bool events_wanted;
+bool log_wanted();
 void add_reporter(std::unique_ptr<Reporter> reporter);
 // Forgets all reporters without ending them, in a process that reports by another road.
 void drop_reporters();

@@ -42,10 +42,10 @@ class Junit : public Reporter {
   explicit Junit(const std::string& path) : file_(path) {}
   bool is_open() const { return file_.is_open(); }
 
-  bool wants_events() const override { return true; }
+  bool wants_log() const override { return true; }
   void test_case_begins(const std::string&, const std::string&, Time) override { log_.clear(); }
   void event(const Event& event) override {
-    if (event.kind != EventKind::log || log_.size() >= most_entries) return;
+    if (log_.size() >= most_entries) return;
     std::string entry(event.name);
     const std::string place = short_text(event.file, event.line);
     for (const std::string_view part : {event.component, std::string_view(place), event.text})

@@ -65,6 +65,7 @@ class Pcap : public Reporter {
   bool is_open() const { return file_.is_open(); }
 
   bool wants_events() const override { return true; }
+  bool wants_log() const override { return false; }
   void event(const Event& e) override {
     const bool outward = e.kind == EventKind::send;
     if (!outward && e.kind != EventKind::arrive) return;

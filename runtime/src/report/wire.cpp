@@ -100,15 +100,15 @@ namespace {
 
 class Wire : public Reporter {
  public:
-  Wire(int descriptor, WireBox& box, bool with_events)
-      : stream_(descriptor, box), with_events_(with_events) {}
+  Wire(int descriptor, WireBox& box, WireNeeds needs) : stream_(descriptor, box), needs_(needs) {}
   ~Wire() override {
     if (has_ended_) return;
     tag(Tag::refusal);
     pass_on();
     stream_.flush();
   }
-  bool wants_events() const override { return with_events_; }
+  bool wants_events() const override { return needs_.events; }
+  bool wants_log() const override { return needs_.log; }
   void run_begins() override {
     tag(Tag::start);
     pass_on();
@@ -177,7 +177,8 @@ class Wire : public Reporter {
     used_ = 0;
   }
   WireStream stream_;
-  bool with_events_, has_ended_ = false;
+  WireNeeds needs_;
+  bool has_ended_ = false;
   std::string record_;  // its beginning; the rest is room
   size_t used_ = 0;
 };
@@ -285,8 +286,8 @@ void tell_record_of(Unwire& in, const WireListener& listener) {
 
 }  // namespace
 
-std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, bool with_events) {
-  return std::make_unique<Wire>(descriptor, box, with_events);
+std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds needs) {
+  return std::make_unique<Wire>(descriptor, box, needs);
 }
 
 size_t tell_from_wire(std::string_view text, const WireListener& listener) {

@@ -28,9 +28,14 @@ class WireBox {
   Shared* shared_;
 };
 
+// What those want to know who hear of it: what reporters of this process want, before they are dropped.
+struct WireNeeds {
+  bool events = events_wanted, log = log_wanted();
+};
+
 // Writes all that it is told to the descriptor, a file or a socket, which it does not close. Destroyed before
 // the run has ended it tells that this is refused.
-std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, bool with_events);
+std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds needs);
 
 // Hears what comes from such a stream, in its order.
 struct WireListener {

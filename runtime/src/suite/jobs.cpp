@@ -65,7 +65,7 @@ struct Job {
   }
 };
 
-[[noreturn]] void run_here(Job& job, bool with_events) {
+[[noreturn]] void run_here(Job& job, WireNeeds needs) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   go_on_here();
   dup2(job.output.descriptor(), STDOUT_FILENO);
@@ -73,7 +73,7 @@ struct Job {
   spool_log(job.log.descriptor());
   drop_reporters();
   tell_results(false);
-  add_reporter(make_wire(job.wire.descriptor(), job.box, with_events));
+  add_reporter(make_wire(job.wire.descriptor(), job.box, needs));
   clear_counts();
   results().clear();
   execute(*job.selected);
@@ -88,9 +88,9 @@ bool start(Job& job) {
   std::fflush(nullptr);
   job.begin = now();
   job.real_begin = real_time();
-  const bool with_events = events_wanted;
+  const WireNeeds needs;
   job.process = fork();
-  if (job.process == 0) run_here(job, with_events);
+  if (job.process == 0) run_here(job, needs);
   return job.process > 0;
 }
 

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "suite/nearest.h"
+#include "suite/option_place.h"
 #include "text/log.h"
 #include "value/error.h"
 #include "value/value.h"
@@ -17,12 +18,11 @@ namespace {
 
 struct Given {
   std::string text;
-  std::string place;              // in a file
+  std::string place;              // in a file, as messages begin with it
   bool is_shared = false;         // in a file of parameters
   mutable bool is_asked = false;  // some module has it
 };
 
-std::string place;
 bool reads_shared_file = false;
 
 std::map<std::string, Given>& given() {
@@ -42,14 +42,14 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-const std::string* find(const char* module, const char* name) {
+const Given* find(const char* module, const char* name) {
   const std::string full_name = std::string(module) + "." + name;
   asked().insert(full_name);
   auto plain = given().find(name), full = given().find(full_name);
   if (plain != given().end()) plain->second.is_asked = true;
   if (full != given().end()) full->second.is_asked = true;
   if (full == given().end()) full = plain;
-  return full == given().end() ? nullptr : &full->second.text;
+  return full == given().end() ? nullptr : &full->second;
 }
 
 }  // namespace
@@ -60,13 +60,13 @@ bool add_parameter(const std::string& definition) {
   std::string name = trimmed(definition.substr(0, equals));
   if (!name.empty() && name.back() == ':') name = trimmed(name.substr(0, name.size() - 1));
   if (name.empty()) return false;
-  given()[name] = {trimmed(definition.substr(equals + 1)), place, reads_shared_file};
+  given()[name] = {trimmed(definition.substr(equals + 1)), option_place(), reads_shared_file};
   return true;
 }
 
 bool read_parameter_file(const std::string& path, std::string& error) {
   std::ifstream in(path);
-  if (!in) {
+  if (!in || (in.peek(), in.bad())) {
     error = "could not open '" + path + "'";
     return false;
   }
@@ -74,11 +74,11 @@ bool read_parameter_file(const std::string& path, std::string& error) {
   for (int number = 1; std::getline(in, line); ++number) {
     line = trimmed(line);
     if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
-    set_parameter_place(path + ", line " + std::to_string(number));
+    set_option_place(path + ", line " + std::to_string(number));
     reads_shared_file = true;
     const bool is_good = add_parameter(line);
     reads_shared_file = false;
-    set_parameter_place("");
+    set_option_place("");
     if (is_good) continue;
     error = path + ", line " + std::to_string(number) + ": '=' is missing";
     return false;
@@ -86,17 +86,13 @@ bool read_parameter_file(const std::string& path, std::string& error) {
   return true;
 }
 
-void set_parameter_place(const std::string& new_place) {
-  place = new_place;
-}
-
 bool all_parameters_known() {
   const std::vector<std::string> known(asked().begin(), asked().end());
   bool all_known = true;
   for (const auto& [name, one] : given()) {
     if (one.is_asked) continue;
-    const std::string text = one.place + (one.place.empty() ? "" : ": ") + "there is no module parameter '" +
-                             name + "'" + did_you_mean(name, known);
+    const std::string text =
+        one.place + "there is no module parameter '" + name + "'" + did_you_mean(name, known);
     if (one.is_shared) {
       log_line(lumo_log_msg_warning_c, text);
     } else {
@@ -108,17 +104,18 @@ bool all_parameters_known() {
 }
 
 bool set_from_parameter(const char* module, const char* name, lumo_value_t location) {
-  const std::string* text = find(module, name);
-  if (!text) return false;
+  const Given* one = find(module, name);
+  if (!one) return false;
   static char message[256];
   bool read;
   {
     std::string error;
-    read = read_value(location, *text, error);
+    read = read_value(location, one->text, error);
     std::strncpy(message, error.c_str(), sizeof message - 1);
   }
   if (!read)
-    fault("module parameter %s.%s cannot be set to %.200s: %s", module, name, text->c_str(), message);
+    fault("%smodule parameter %s.%s cannot be set to %.200s: %s", one->place.c_str(), module, name,
+          one->text.c_str(), message);
   return true;
 }
 

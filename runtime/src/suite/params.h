@@ -12,8 +12,6 @@ namespace lumos {
 bool add_parameter(const std::string& definition);
 // Reads such lines; "#" begins a comment. False leaves a message.
 bool read_parameter_file(const std::string& path, std::string& error);
-// Parameters that are added from now on were given there, in a file; empty for the command line.
-void set_parameter_place(const std::string& place);
 // After all modules have asked for their parameters: false if one was given that none asked for, with a
 // message. One that stands in a file of parameters, which may serve several suites, is only worth a warning.
 bool all_parameters_known();

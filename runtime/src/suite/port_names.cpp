@@ -5,6 +5,7 @@
 #include <string>
 
 #include "suite/nearest.h"
+#include "suite/option_place.h"
 #include "transport/link_spec.h"
 #include "value/symbols.h"
 #include "value/types.h"
@@ -46,7 +47,7 @@ bool all_links_known() {
   for (const std::string& link : links) {
     const std::string name = link.substr(0, link.find('['));
     if (known.count(name)) continue;
-    std::fprintf(stderr, "there is no port '%s'%s\n", link.c_str(),
+    std::fprintf(stderr, "%sthere is no port '%s'%s\n", place_of_option(link).c_str(), link.c_str(),
                  did_you_mean(name, {known.begin(), known.end()}).c_str());
     return false;
   }

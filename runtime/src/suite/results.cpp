@@ -52,13 +52,6 @@ std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
   return std::string("\033[") + colors[verdict] + "m" + verdict_name(verdict) + "\033[0m";
 }
 
-// A result stays one line, and steers no terminal.
-std::string in_one_line(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
-  return text;
-}
-
 void print(const std::string& text) {
   errno = 0;
   const bool is_written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
@@ -82,6 +75,12 @@ class Progress : public Reporter {
 };
 
 }  // namespace
+
+std::string in_one_line(std::string text) {
+  for (char& c : text)
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
+  return text;
+}
 
 std::string result_line(const Result& r, bool colored) {
   char duration[40];

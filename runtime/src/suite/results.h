@@ -17,6 +17,8 @@ void set_planned(size_t count);
 void print_summary();
 // The status that the verdicts so far ask for: 0 all pass or none, 1 otherwise, or where output was lost.
 int status_of_results();
+// A text that stays one line, and steers no terminal.
+std::string in_one_line(std::string text);
 // "Suite.TC_a: fail 0.012 s Suite.ttcn:17 unexpected message".
 std::string result_line(const Result& result, bool colored);
 void print_result(Result& result);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "suite/nearest.h"
+#include "suite/option_place.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -67,10 +68,10 @@ bool refuse(const std::string& name) {
     has_parameters = has_parameters || chooses(name, std::string(m.name) + "." + row.name);
   });
   if (has_parameters) {
-    std::fprintf(stderr, "test case '%s' has parameters and can only be run by the control part\n",
-                 name.c_str());
+    std::fprintf(stderr, "%stest case '%s' has parameters and can only be run by the control part\n",
+                 place_of_option(name).c_str(), name.c_str());
   } else {
-    std::fprintf(stderr, "there is no test case '%s'%s\n", name.c_str(),
+    std::fprintf(stderr, "%sthere is no test case '%s'%s\n", place_of_option(name).c_str(), name.c_str(),
                  did_you_mean(name, testcase_names(false)).c_str());
   }
   return false;

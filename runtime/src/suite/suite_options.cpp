@@ -16,6 +16,7 @@
 #include "template/match.h"
 #include "ports/outside.h"
 #include "suite/nearest.h"
+#include "suite/option_place.h"
 #include "suite/params.h"
 #include "transport/link_spec.h"
 
@@ -23,14 +24,25 @@ namespace lumos {
 
 namespace {
 
+std::string trimmed(const std::string& text) {
+  const size_t first = text.find_first_not_of(" \t\r");
+  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
 bool set_testcases(SuiteOptions& options, const std::string& list) {
   for (size_t start = 0; start <= list.size();) {
-    size_t comma = list.find(',', start);
-    if (comma == std::string::npos) comma = list.size();
-    if (comma > start) options.testcases.push_back(list.substr(start, comma - start));
+    const size_t comma = std::min(list.find(',', start), list.size());
+    const std::string name = trimmed(list.substr(start, comma - start));
+    if (!name.empty()) options.testcases.push_back(name);
+    if (!name.empty()) note_option_place(name.substr(name[0] == '!'));
     start = comma + 1;
   }
   return !options.testcases.empty();
+}
+
+bool set_link(SuiteOptions&, const std::string& text) {
+  note_option_place(text.substr(0, text.find('=')));
+  return add_link(text);
 }
 
 bool set_timeout(SuiteOptions& options, const std::string& text) {
@@ -153,7 +165,7 @@ const Option table[] = {
     {'b', "loopback", nullptr, "what is sent to the system comes back to the sender",
      SET(set_loopback(true), true)},
     {'o', "port", "NAME=ADDRESS", "link a port of the system: udp:HOST:PORT, tcp:HOST:PORT and others",
-     SET(add_link(text))},
+     set_link},
     {'m', "all-mismatches", nullptr, "matching goes on behind the first mismatch, to log all",
      SET(match_continues_on_fail = true)},
     {'S', "stack", "KILOBYTES", "stack of each component, 128 to 1048576 (default 1024)", set_stack},
@@ -193,11 +205,6 @@ bool usage_fault(const std::string& message) {
   return false;
 }
 
-std::string trimmed(const std::string& text) {
-  const size_t first = text.find_first_not_of(" \t\r");
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
 // "word", "word = value" or "word value".
 bool read_configuration_line(SuiteOptions& options, const std::string& line, std::string& error) {
   const size_t end = line.find_first_of(" \t=");
@@ -205,7 +212,9 @@ bool read_configuration_line(SuiteOptions& options, const std::string& line, std
   std::string value = end == std::string::npos ? "" : trimmed(line.substr(end));
   if (!value.empty() && value[0] == '=') value = trimmed(value.substr(1));
   const Option* option = option_of_word(word);
-  if (!option || option->set == read_configuration || !option->help) {
+  if (option && option->set == read_configuration) {
+    error = "option '" + word + "' stands on the command line only";
+  } else if (!option || !option->help) {
     error = "unknown option '" + word + "'" + nearest_option(word, "");
   } else if (!option->argument && !value.empty()) {
     error = "option '" + word + "' takes no value";
@@ -220,7 +229,7 @@ bool read_configuration_line(SuiteOptions& options, const std::string& line, std
 bool read_configuration(SuiteOptions& options, const std::string& given) {
   const std::string path = given.empty() ? options.program + ".cfg" : given;
   std::ifstream in(path);
-  if (!in) {
+  if (!in || (in.peek(), in.bad())) {
     std::fprintf(stderr, "could not open '%s'\n", path.c_str());
     return false;
   }
@@ -228,12 +237,12 @@ bool read_configuration(SuiteOptions& options, const std::string& given) {
   for (int number = 1; std::getline(in, line); ++number) {
     line = trimmed(line);
     if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
-    set_parameter_place(path + ", line " + std::to_string(number));
+    set_option_place(path + ", line " + std::to_string(number));
     if (read_configuration_line(options, line, error)) continue;
     std::fprintf(stderr, "%s, line %d: %s\n", path.c_str(), number, error.c_str());
     return false;
   }
-  set_parameter_place("");
+  set_option_place("");
   return true;
 }
 
@@ -263,8 +272,10 @@ bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
       value = argv[++i];
     if (option->argument && !option->is_optional() && value.empty())
       return usage_fault("option '" + argument + "' needs a value");
+    errno = 0;
     if (!option->set(options, value))
-      return usage_fault("'" + value + "' is no value for option '" + argument + "'");
+      return usage_fault("'" + value + "' is no value for option '" + argument + "'" +
+                         (errno ? std::string(": ") + std::strerror(errno) : ""));
   }
   return true;
 }

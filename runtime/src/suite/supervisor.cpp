@@ -253,13 +253,13 @@ int out_of_the_way(int descriptor) {
   return high;
 }
 
-void run_supervised(Common& common, bool with_events, pid_t supervisor) {
+void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != supervisor) _exit(1);
   close(common.sockets[0]);
   drop_reporters();
   share_deadline(common.deadline);
-  add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, with_events));
+  add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, needs));
 }
 
 }  // namespace
@@ -274,11 +274,11 @@ void be_supervised() {
   sigset_t all, signals;
   sigfillset(&all);
   sigprocmask(SIG_BLOCK, &all, &signals);
-  const bool with_events = events_wanted;
+  const WireNeeds needs;
   const pid_t supervisor = getpid();
   runner = fork();
   if (runner > 0) supervise(common, signals);
-  if (runner == 0) run_supervised(common, with_events, supervisor);
+  if (runner == 0) run_supervised(common, needs, supervisor);
   sigprocmask(SIG_SETMASK, &signals, nullptr);
 }
 

@@ -89,6 +89,19 @@ bool match_fields(Value p, Value v) {
   return true;
 }
 
+bool match_choice(Value p, Value v) {
+  check_stack();
+  if (v->form != Form::choice || v->index != p->index || p->parts.size != 1 || v->parts.size != 1)
+    return false;
+  Value pattern = p->parts.data[0], part = v->parts.data[0];
+  if (!pattern || !part) return false;
+  if (match_value(pattern, part)) return true;
+  if (const lumo_field_info_t* fields = field_info(v->type))
+    lumo_log_template_mismatch_by_name_event(fields[v->index].name, "value mismatch", part, pattern,
+                                             current_task);
+  return false;
+}
+
 bool match_dynamic_list(Value p, Value v) {
   if (v->form != Form::vector) return false;
   Scratch<lumo_permutation_kind_t> kinds(p->parts.size + 1);
@@ -148,9 +161,7 @@ bool match_contents(Value p, Value v) {
     case Form::vector:
       return match_dynamic_list(p, v);
     case Form::choice:
-      check_stack();
-      return v->form == Form::choice && v->index == p->index && p->parts.size == 1 && v->parts.size == 1 &&
-             p->parts.data[0] && v->parts.data[0] && match_value(p->parts.data[0], v->parts.data[0]);
+      return match_choice(p, v);
     default:
       return equal_values(p, v);
   }
