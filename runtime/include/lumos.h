@@ -470,6 +470,9 @@ lumo_value_t lumo_value_copy(lumo_value_t source, lumo_alloc_strategy_t strategy
 /* A value of the type, which may take more than that of the source. */
 lumo_value_t lumo_value_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
                                      lumo_context_t context);
+/* The same for a template, which may be restricted. */
+lumo_value_t lumo_template_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
+                                        unsigned long restriction, lumo_context_t context);
 /* Deletes a value made with lumo_perm_alloc_c, or ends a timer; sets the handle NULL. */
 void lumo_value_delete(lumo_value_t* value, lumo_context_t context);
 lumo_value_t lumo_value_set_label(lumo_value_t value, const char* label, lumo_context_t context);

@@ -394,6 +394,13 @@ lumo_value_t lumo_value_copy(lumo_value_t source, lumo_alloc_strategy_t strategy
   return copy_value(source, strategy);
 }
 
+lumo_value_t lumo_template_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
+                                        unsigned long restriction, lumo_context_t context) {
+  Value v = lumo_type_instantiate_dynamic_template(type, strategy, restriction, context);
+  if (source && !is_blank(source)) lumo_value_assign(v, source, context);
+  return v;
+}
+
 lumo_value_t lumo_value_copy_to_type(lumo_type_t type, lumo_value_t source, lumo_alloc_strategy_t strategy,
                                      lumo_context_t context) {
   if (!source) fault("use of a value that is not initialized");

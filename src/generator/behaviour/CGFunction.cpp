@@ -96,10 +96,12 @@ bool IsOwnValue(T3Tree_Node* formal, const T3NodeSet& changed) {
 
 // Of its own type, which may be wider than that of the argument.
 std::string OwnValue(T3Tree_Node* formal, const std::string& slot) {
-  if (formal->is<T3FormalTemplatePar>())
-    return cg::Call(LUMO_VALUE_COPY, {slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  return cg::Call(LUMO_VALUE_COPY_TO_TYPE,
-                  {VEXATypeRef(formal->as<_T3TypedFormal>()->type), slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  const std::string type = VEXATypeRef(formal->as<_T3TypedFormal>()->type);
+  auto* of_template = formal->try_as<T3FormalTemplatePar>();
+  if (of_template == nullptr)
+    return cg::Call(LUMO_VALUE_COPY_TO_TYPE, {type, slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  const std::string restriction = std::to_string(static_cast<int>(of_template->restriction));
+  return cg::Call(LUMO_TEMPLATE_COPY_TO_TYPE, {type, slot, LUMO_TEMP_ALLOC_C, restriction, VEXA_CONTEXT});
 }
 
 // A parameter by value that the body changes becomes the body's own, in a vector of its own: the caller's may
