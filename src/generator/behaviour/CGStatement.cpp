@@ -359,7 +359,7 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
                                              : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
   cg::InC(element->index, function);
   const std::string index =
-      cg::Operands({element->index, rhs, element->base}).Location(0, vexa_c_mode, function);
+      cg::OperandInOrder(cg::Operands({element->index, rhs, element->base}), 0, vexa_c_mode, function);
   const std::string value = RightSideBefore(element->base, rhs, element, function);
   const std::string parent = LeftSideParent(element->base, function);
   function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});

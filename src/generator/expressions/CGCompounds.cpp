@@ -39,7 +39,8 @@ void AssignPart(const std::string& word, const std::string& target, const std::s
 std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunction& function) {
   if (auto* place = item->field->try_as<T3FieldIndex>()) {
     InC(place->index, function);
-    return CastToUnsignedLong(Operands({place->index, item->value}).Location(0, vexa_c_mode, function));
+    return CastToUnsignedLong(
+        OperandInOrder(Operands({place->index, item->value}), 0, vexa_c_mode, function));
   }
   return std::to_string(first + static_cast<int64_t>(position));
 }

@@ -7,6 +7,7 @@
 #include "driver/diagnostics/T3Exception.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/expressions/CGReads.h"
 #include "generator/text/CGLiteralTable.h"
 #include "generator/text/CGModuleText.h"
 #include "generator/text/CGTypeAccess.h"
@@ -257,6 +258,28 @@ std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) 
       arguments);
   StoreRTS(node, name);
   return name;
+}
+
+std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
+                           CFunction& function) {
+  T3Tree_Node* operand = operands.All()[at];
+  const bool is_c = form == vexa_c_mode;
+  const std::string location = is_c ? CLocation(operand) : RTSLocation(operand);
+  const char* type = is_c ? CVariableType(TypeOf(operand)) : LUMO_VALUE_T;
+  if (type == nullptr || !operands.MayChange(at, false, function)) return location;
+  if (!is_c) {
+    StoreRTSLocation(operand, Kept(location, function));
+    return RTSLocation(operand);
+  }
+  StoreCLocation(operand, Temporary(type, function));
+  function.assign(CLocation(operand), location);
+  return CLocation(operand);
+}
+
+std::string Kept(const std::string& location, CFunction& function) {
+  const std::string kept = Temporary(LUMO_VALUE_T, function);
+  function.callAndAssign(kept, LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  return kept;
 }
 
 T3Tree_Node* TypeOf(T3Tree_Node* expression) {

@@ -24,6 +24,13 @@ std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 using Variables = std::map<std::string, std::string>;
 /// The type of a variable of C that can hold a value of a type; null for what is not held in one.
 const char* CVariableType(const T3Tree_Node* type);
+class Operands;
+/// The location of an operand, which has one, after which the operands behind it may be evaluated: where one
+/// of them may change what it leads to, that of the value that is there now.
+std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
+                           CFunction& function);
+/// The value that a location leads to, as it is now.
+std::string Kept(const std::string& location, CFunction& function);
 /// The location of a node that has one in this form. A long text is first put into a variable, one of
 /// `variables` where that is given: what is nested deeply would otherwise be written once more at each level.
 std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,

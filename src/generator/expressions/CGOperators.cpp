@@ -79,7 +79,7 @@ Both OperandsOf(T3Tree_Node* left, vexa_expression_mode_t left_form, T3Tree_Node
                 vexa_expression_mode_t right_form, CFunction& function) {
   CGExpression(left, left_form, vexa_temp_alloc, function);
   ShortLocation(left, left_form, function);
-  const std::string kept = Operands({left, right}).Location(0, left_form, function);
+  const std::string kept = OperandInOrder(Operands({left, right}), 0, left_form, function);
   CGExpression(right, right_form, vexa_temp_alloc, function);
   return {kept, ShortLocation(right, right_form, function)};
 }

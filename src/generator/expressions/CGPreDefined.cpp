@@ -99,7 +99,7 @@ std::vector<std::string> InOrder(const std::vector<Wanted>& all, CFunction& func
   for (size_t i = 0; i < all.size(); ++i) {
     CGExpression(nodes[i], all[i].form, all[i].mode, function);
     ShortLocation(nodes[i], all[i].form, function);
-    const std::string text = operands.Location(i, all[i].form, function);
+    const std::string text = OperandInOrder(operands, i, all[i].form, function);
     texts.push_back(all[i].is_index ? CastToUnsignedLong(text) : text);
   }
   return texts;

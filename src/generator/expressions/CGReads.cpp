@@ -7,7 +7,6 @@
 #include "analysis/types/T3Types.h"
 #include "analysis/walk/T3Subtree.h"
 #include "frontend/T3Lists.h"
-#include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 #include "support/ModuleCaches.h"
@@ -174,26 +173,5 @@ bool Operands::MayChange(size_t at, bool is_stored, const CFunction& function) c
     return !changes;
   });
   return changes;
-}
-
-std::string Operands::Location(size_t at, vexa_expression_mode_t form, CFunction& function) const {
-  T3Tree_Node* operand = operands_[at];
-  const bool is_c = form == vexa_c_mode;
-  const std::string location = is_c ? CLocation(operand) : RTSLocation(operand);
-  const char* type = is_c ? CVariableType(TypeOf(operand)) : LUMO_VALUE_T;
-  if (type == nullptr || !MayChange(at, false, function)) return location;
-  if (!is_c) {
-    StoreRTSLocation(operand, Kept(location, function));
-    return RTSLocation(operand);
-  }
-  StoreCLocation(operand, Temporary(type, function));
-  function.assign(CLocation(operand), location);
-  return CLocation(operand);
-}
-
-std::string Kept(const std::string& location, CFunction& function) {
-  const std::string kept = Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(kept, LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  return kept;
 }
 }  // namespace cg

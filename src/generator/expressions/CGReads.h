@@ -20,7 +20,7 @@ bool Reads(T3Tree_Node* expression, T3Tree_Node* target);
 bool HasEffects(T3Tree_Node* expression);
 
 /// The operands of one construct in the order of their evaluation. A location says where a value will be
-/// found; one that an operand behind it may change is replaced by the value that is there now.
+/// found; an operand behind it may change what is there.
 class Operands {
  public:
   explicit Operands(std::vector<T3Tree_Node*> operands);
@@ -28,8 +28,6 @@ class Operands {
   /// True where evaluating what stands behind operand `at` may change what its location reads. `is_stored`:
   /// the location is put somewhere before that, so that only what it leads to can change.
   bool MayChange(size_t at, bool is_stored, const CFunction& function) const;
-  /// The location of an operand, which has one, after which the operands behind it may be evaluated.
-  std::string Location(size_t at, vexa_expression_mode_t form, CFunction& function) const;
 
  private:
   bool IsWrittenBehind(size_t at, T3Tree_Node* node) const;
@@ -39,7 +37,4 @@ class Operands {
   // last that does.
   std::map<T3Tree_Node*, size_t> written_;
 };
-
-/// The value that a location leads to, as it is now.
-std::string Kept(const std::string& location, CFunction& function);
 }  // namespace cg

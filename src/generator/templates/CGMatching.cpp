@@ -33,7 +33,7 @@ void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode mode, CFunction& fun
   std::vector<std::string> items;
   for (size_t i = 0; i < nodes.size(); ++i) {
     InRTS(nodes[i], mode.temporary(), function);
-    items.push_back(operands.Location(i, vexa_rts_mode, function));
+    items.push_back(OperandInOrder(operands, i, vexa_rts_mode, function));
   }
   const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
   for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
@@ -50,7 +50,7 @@ void RangeMatch(T3ValueRange* node, Mode mode, CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
   std::string lower = Bound(node->lb, function);
   if (!IsInfinityExpression(node->lb))
-    lower = Operands({node->lb, node->ub}).Location(0, vexa_rts_mode, function);
+    lower = OperandInOrder(Operands({node->lb, node->ub}), 0, vexa_rts_mode, function);
   const std::string upper = Bound(node->ub, function);
   function.call(LUMO_TEMPLATE_SET_VALUE_RANGE, {target, lower, upper, C_FALSE, VEXA_CONTEXT});
 }
@@ -137,7 +137,7 @@ void MatchOperation(T3Match* node, CFunction& function) {
   }
   InRTS(node->expression, vexa_temp_alloc, function);
   const std::string value =
-      Operands({node->expression, node->template_value}).Location(0, vexa_rts_mode, function);
+      OperandInOrder(Operands({node->expression, node->template_value}), 0, vexa_rts_mode, function);
   const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
   StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
 }
