@@ -104,6 +104,14 @@ Arguments::Arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[])
   for (unsigned long i = 0; i < argc; ++i) call.unset(i);
 }
 
+void check_arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[]) {
+  const lumo_field_info_t* fields = argc && argv && type ? field_info(type) : nullptr;
+  const lumo_field_info_t* formals = fields && fields[0].type ? field_info(fields[0].type) : nullptr;
+  for (unsigned long i = 0; formals && i < argc; ++i)
+    if (restriction_of(formals[i]) && argv[i] && argv[i] != lumo_value_default_c)
+      restricted(argv[i], restriction_of(formals[i]));
+}
+
 void check_results(lumo_type_t type, lumo_value_t argv[]) {
   const lumo_field_info_t* fields = argv && type ? field_info(type) : nullptr;
   const lumo_field_info_t* formals = fields && fields[0].type ? field_info(fields[0].type) : nullptr;

@@ -20,6 +20,9 @@ class Arguments {
   size_t saved_, pinned_;
 };
 
+// A fault for an argument that the behaviour, which is called later, may not be given.
+void check_arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[]);
+
 // What a behaviour gave back belongs to the types of its parameters and result, or that is a fault.
 void check_results(lumo_type_t type, lumo_value_t argv[]);
 

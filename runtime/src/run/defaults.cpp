@@ -1,3 +1,4 @@
+#include "run/arguments.h"
 #include "run/scheduler.h"
 #include "run/defaults.h"
 
@@ -123,6 +124,7 @@ lumo_value_t lumo_activate(const char* module, const char* name, unsigned long a
   Task& task = *current_task;
   lumo_symbol_entry_t row = lumo_find_element_with_check(module, name, context);
   if (!row->function_ptr) fault("altstep '%s.%s' has no behaviour", module, name);
+  check_arguments(row->type_descriptor, argc, argv);
   task.defaults.push_back(
       {next_number++, reinterpret_cast<lumo_test_step_t>(row->function_ptr), row->type_descriptor, argc, {}});
   ActiveDefault& d = task.defaults.back();
