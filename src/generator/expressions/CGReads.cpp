@@ -10,6 +10,7 @@
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
 #include "support/ModuleCaches.h"
+#include "support/NumberMap.h"
 
 namespace cg {
 namespace {
@@ -73,11 +74,10 @@ std::vector<T3Tree_Node*> WrittenBy(T3Tree_Node* node) {
 
 // By the number of a node: whether evaluating it may change something.
 enum class Effect : uint8_t { Unknown, None, Some };
-std::vector<Effect>& g_effects = *new std::vector<Effect>;
+NumberMap<Effect>& g_effects = *new NumberMap<Effect>;
 const ModuleCache kCache{[] { g_effects.clear(); }};
 
 Effect& EffectOf(T3Tree_Node* node) {
-  if (node->number >= g_effects.size()) g_effects.resize(node->number + node->number / 2 + 1);
   return g_effects[node->number];
 }
 
