@@ -212,7 +212,8 @@ void CheckGetReply(T3Tree_Node* node) {
 void RequireListedSignature(_T3PortStmt* statement, T3Tree_Node* reference, bool out) {
   T3Tree_Node* signature = BaseTypeDef(reference);
   T3Tree_Node* port = ExpressionBaseType(statement->port);
-  if (T3Is<T3NoType>(reference) || signature->is<T3ErrorType>() || NamesType(statement->port)) return;
+  if (T3Is<T3NoType>(reference) || signature->is<T3ErrorType>()) return;
+  if (!statement->attr().is_procedure_based) return;
   if (!signature->is<T3SignatureType>())
     return vexa_filtered_error(ERR_message_on_proc_port, PositionOf(statement));
   if (!port->is<T3PortType>() || port == gT3AnyPortType) return;
