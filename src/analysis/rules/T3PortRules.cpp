@@ -4,6 +4,7 @@
 
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/flow/T3AltStatus.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Bounds.h"
@@ -350,9 +351,8 @@ int SubscriptionLevel(T3Tree_Node* port) {
 }
 
 T3Tree_Node* FindPortInComponentDecl(T3Tree_Node* component, tIdent name) {
-  for (auto* at : Items<_T3Decl>(component->as<T3ComponentType>()->decls))
-    if (at->is<T3PortDecl>() && at->name == name) return at;
-  return nullptr;
+  T3Tree_Node* member = MembersOf(component->as<T3ComponentType>()).Find(name);
+  return T3Is<T3PortDecl>(member) ? member : nullptr;
 }
 
 // The component that `self`, `mtc` and `system` stand for in a test case, and `self` in other behaviour; null
