@@ -160,9 +160,12 @@ class Templates:
                 v = x(frame)
             except DynamicError:
                 v = None
-            if v is OMIT or not complete(t, v) or t[0] == "sub" and not t[2] <= v <= t[3]:
+            if v is OMIT or not complete(t, v):
                 raise Open
-            return checked(t, v)
+            try:
+                return checked(t, v)
+            except DynamicError:
+                raise Open from None
 
         def bind(frame):
             v = value(frame)
@@ -264,7 +267,7 @@ class Templates:
             else:
                 items.append(("one", make(hints[0] if hints else None)))
                 hints = hints[1:]
-        if sum(len(what) if kind == "permutation" else 1 for kind, what in items) > 4:
+        if sum(len(what) if kind == "permutation" else 1 for kind, what in items) > (t[3] or (0, 4))[1]:
             return ANY
         return self.row(t, items)
 
@@ -319,7 +322,7 @@ class Templates:
 
     def modification(self, t, body, scope):
         """Text of some fields, and the template of all of them."""
-        fields = body.fields or {f: ANY_OR_OMIT if o else ANY for f, _, o in t[2]}
+        fields = body.fields or {f: ANY for f, _, _ in t[2]}
         some, texts = dict(fields), []
         for f, ft, optional in self.rng.sample(t[2], self.rng.randint(1, len(t[2]))):
             if ft[0] == "record" and (fields[f].fields or fields[f].any_value) and self.rng.random() < 0.6:

@@ -20,8 +20,8 @@ from contextlib import contextmanager, nullcontext
 from pathlib import Path
 
 from random_templates import Templates
-from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, SUB, TEXT, Discard, DynamicError, Open,
-                          Place, checked, complete, make_types, part_type, read, same, shown, values_of)
+from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, TEXT, WORD, Discard, DynamicError, Open,
+                          Place, checked, complete, make_types, part_type, read, root, same, shown, values_of)
 
 
 class Loop(Exception):
@@ -34,7 +34,7 @@ class Generator(Templates):
     def __init__(self, rng, types):
         self.rng, self.types = rng, types
         self.names, self.templates, self.frame, self.owned = 0, [], {}, []
-        self.functions, self.taken, self.calls = [], None, True
+        self.functions, self.taken, self.calls, self.shared = [], None, True, []
         self.favourites = [INT, TEXT, rng.choice(types), rng.choice(types)]  # so that calls find arguments and uses
 
     def name(self, prefix):
@@ -62,7 +62,7 @@ class Generator(Templates):
                     text, keys = f"{text}[{index}]", keys + [value]
                     key = None
                 t, optional = part_type(t, key)
-            if wanted in (None, t) or {wanted, t} == {INT, SUB}:
+            if not wanted or root(wanted) == root(t):
                 return text, t, optional, lambda frame: (frame[name], tuple(key(frame) for key in keys))
         return None
 
@@ -143,7 +143,8 @@ class Generator(Templates):
         if t[0] == "boolean":
             return self.condition(scope, depth)
         if t[0] == "charstring":
-            return self.text(scope, depth)
+            text, x = self.text(scope, depth)
+            return (f"same_charstring({text})" if t is WORD else text), x  # faults of constants are found by the compiler
         if t[0] in ("bits", "enum"):
             return self.digits(t, scope, depth) if t[0] == "bits" else self.literal(t)
         if t[0] == "float":
@@ -186,9 +187,14 @@ class Generator(Templates):
 
     def text(self, scope, depth):
         rng = self.rng
-        if rng.random() < 0.3:
-            a, x = self.plain(INT, scope, depth - 1)
-            return f"int2str({a})", lambda frame: str(x(frame))
+        if rng.random() < 0.5:
+            t = rng.choice((INT, BITS, HEXES, OCTETS))
+            a, x = self.plain(t, scope, depth - 1)
+            return f"{'int' if t is INT else t[1][:3]}2str({a})", lambda frame: str(x(frame))
+        found = self.reference(scope, TEXT) if scope and rng.random() < 0.3 else None
+        if found:
+            (a, x), (b, y) = self.given(self.reading(found)), self.plain(INT, scope, 0)
+            return f"{a}[same_integer({b})]", lambda frame: (lambda v, i: v[i] if 0 <= i < len(v) else no_value())(x(frame), y(frame))
         (a, x), (b, y) = self.plain(TEXT, scope, depth - 1), self.plain(TEXT, scope, depth - 1)
         return f"({a} & {b})", lambda frame: (lambda v: v if len(v) < 200 else discard())(x(frame) + y(frame))
 
@@ -201,21 +207,26 @@ class Generator(Templates):
             (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
             compare = {"<": lambda p, q: p < q, ">": lambda p, q: p > q, "<=": lambda p, q: p <= q,
                        ">=": lambda p, q: p >= q}[op]
-            rank = COLOUR[2].index if t is COLOUR else lambda v: v
+            rank = dict(zip(*COLOUR[2:])).get if t is COLOUR else lambda v: v
             if t is COLOUR and {a, b} <= set(COLOUR[2]):
                 return self.literal(BOOL)  # literals alone have no type
             return f"({a} {op} {b})", lambda frame: compare(rank(x(frame)), rank(y(frame)))
         if kind == 2 and scope:
             found = self.reference(scope)
             other = self.reference(scope, found[1])
-            if other and other[1] == found[1]:
+            if other:
                 (a, x), (b, y) = self.reading(found), self.reading(other)
                 return f"({a} == {b})", lambda frame: same(found[1], x(frame), y(frame))
         if kind == 3 and scope:
-            optional = self.reference(scope)
-            if optional[2]:
-                text, value = self.reading(optional)
+            found = self.reference(scope)
+            text, value = self.reading(found)
+            if found[2] and rng.random() < 0.4:
                 return f"ispresent({text})", lambda frame: asked(value, frame) not in (None, OMIT)
+            if found[1][0] == "union" and rng.random() < 0.6:
+                name = rng.choice(found[1][2])[0]
+                return f"ischosen({text}.{name})", lambda frame: (lambda v: isinstance(v, tuple) and v[0] == name)(asked(value, frame))
+            if "[" not in text:  # what stands below something that is not there is no value
+                return f"isvalue({text})", lambda frame: complete(found[1], or_none(value, frame))
         if kind == 4:
             op = rng.choice(("and", "or"))
             (a, x), (b, y) = self.plain(BOOL, scope, depth - 1), self.plain(BOOL, scope, depth - 1)
@@ -243,7 +254,7 @@ class Generator(Templates):
                     value[f] = v if o and v is OMIT else checked(ft, v)
                 return value
             return "{ " + ", ".join(f"{f} := {x[0]}" if named else x[0] for f, _, _, x in parts) + " }", record
-        count = t[3] if t[0] == "array" else rng.randrange(5) if depth >= 0 else 0
+        count = t[3] if t[0] == "array" else rng.randint(0, (t[3] or (0, 4))[1]) if depth >= 0 else 0
         items = [self.expression(t[2], scope, depth - 1) for _ in range(count)]
 
         def row(frame):
@@ -309,10 +320,13 @@ class Generator(Templates):
             with self.without_calls() if "same_integer" in text else nullcontext():
                 a, x = self.expression(t, scope)
 
+        sent = not optional and t[1] and "same_integer" not in text and self.rng.random() < 0.1
+
         def assign(frame):
-            root, path = place(frame)
-            root.set(path, x(frame))
-        return [f"{text} := {a};"], assign
+            where, path = place(frame)
+            v = x(frame)
+            where.set(path, v if not sent else checked(t, v) if complete(t, v) else no_value())
+        return [f"p.send({t[1]}:{a}); alt {{ [] p.receive({t[1]}:?) -> value {text} {{ }} }}" if sent else f"{text} := {a};"], assign
 
     def branch(self, scope, functions, depth, loop):
         a, x = self.plain(BOOL, scope, 2)
@@ -323,14 +337,15 @@ class Generator(Templates):
     def loop(self, scope, functions, depth):
         name, count = self.name("i"), self.rng.randint(1, 4)
         a, x = self.plain(BOOL, scope, 2) if self.rng.random() < 0.4 else ("true", lambda _: True)
-        body, run = self.block(scope + [(name, INT)], functions, depth - 1, self.rng.randint(1, 4), True)
-        kind = self.rng.choice(("for", "while", "do"))
+        kind = self.rng.choice(("for", "while", "do", "goto"))
+        body, run = self.block(scope + [(name, INT)], functions, depth - 1, self.rng.randint(1, 4), kind != "goto")
+        last = kind in ("do", "goto")
         guard = f"{name} < {count} and {a}" if a != "true" else f"{name} < {count}"
 
         def rounds(frame):
             frame[name] = Place(INT, 0)
             fuel = 50
-            while kind == "do" or (frame[name].get() < count and x(frame)):
+            while last or (frame[name].get() < count and x(frame)):
                 fuel = fuel - 1 or discard()
                 try:
                     if kind != "for":
@@ -341,13 +356,15 @@ class Generator(Templates):
                         break
                 if kind == "for":
                     frame[name].set((), frame[name].get() + 1)
-                if kind == "do" and not (frame[name].get() < count and x(frame)):
+                if last and not (frame[name].get() < count and x(frame)):
                     break
         if kind == "for":
             return [f"for (var integer {name} := 0; {guard}; {name} := {name} + 1) {{", *body, "}"], rounds
         step = f"{name} := {name} + 1;"
         if kind == "while":
             return [f"var integer {name} := 0;", f"while ({guard}) {{", step, *body, "}"], rounds
+        if kind == "goto":
+            return [f"var integer {name} := 0;", f"label l{name};", step, *body, f"if ({guard}) {{ goto l{name}; }}"], rounds
         return [f"var integer {name} := 0;", "do {", step, *body, f"}} while ({guard});"], rounds
 
     def log(self, scope):
@@ -367,6 +384,7 @@ class Generator(Templates):
                    for _ in range(rng.randint(1, 4))]
         result = self.type() if rng.random() < 0.8 else None
         scope = [(p, t) for mode, t, p in formals if mode != "out"] + self.owned
+        self.shared += [(p, t) for mode, t, p in formals if mode == "inout"]
         starts = []
         for mode, t, p in formals:
             if mode == "out":
@@ -420,10 +438,11 @@ class Generator(Templates):
         if mode == "in":
             return self.expression(t, scope, 1)
         # No two parameters by reference share a variable, those of calls in arguments among them: what one changes
-        # would be open. Nor is it one of the component, which the function may replace as a whole.
-        free = [row for row in values_of(scope) if row[0] not in self.taken and row not in self.owned]
+        # would be open. Nor is it a part of one of the component, which the function may replace as a whole, or may be
+        # such a variable and be unset by the call.
+        free = [row for row in values_of(scope) if row[0] not in self.taken and (mode == "inout" or row not in self.owned + self.shared)]
         found = self.reference(scope, t, free) if free else None
-        if not found or found[1] != t:
+        if not found or found[1] != t or any(found[0] != c and re.match(rf"{c}\b", found[0]) for c, _ in self.owned):
             return None
         self.taken.add(re.match(r"\w+", found[0]).group())
         return found[0], found[3]
@@ -515,6 +534,14 @@ DIGIT_OPERATIONS = {
     "@>": lambda p, q, n, m, top: p[-(n % len(p)):] + p[:-(n % len(p))] if p and n % len(p) else p,
     "substr": lambda p, q, n, m, top: p[n:n + m] if n + m <= len(p) else no_value(),
     "replace": lambda p, q, n, m, top: p[:n] + q + p[n + m:] if n + m <= len(p) else no_value()}
+
+
+def or_none(value, frame):
+    try:
+        v = value(frame)
+    except DynamicError:
+        return None
+    return None if v is OMIT else v
 
 
 def asked(value, frame):
