@@ -24,11 +24,12 @@ class Discard(Exception):
 INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring", None)
 SUB, WORD = ("sub", "Small", -20, 20), ("charstring", "Word", (0, 3))
 COLOUR = ("enum", "Colour", ("red", "green", "blue"), (4, 0, 9))
+ANY_TYPE = ("union", "anytype", (("integer", INT), ("charstring", TEXT), ("Colour", COLOUR), ("Small", SUB), ("octetstring", ("bits", "octetstring", 2, 256))))
 BITS, HEXES, OCTETS = ("bits", "bitstring", 1, 2), ("bits", "hexstring", 1, 16), ("bits", "octetstring", 2, 256)
 
 
-def make_types(rng):
-    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS, WORD]
+def make_types(rng, imported):
+    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS, WORD] + [ANY_TYPE] * (not imported)
     lines = ["type integer Small (-20 .. 20);", "type charstring Word length(0 .. 3);",
              f"type enumerated Colour {{ {', '.join(f'{name}({n})' for name, n in zip(*COLOUR[2:]))} }}"]
     lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, TEXT, BITS, HEXES, OCTETS)]
