@@ -739,7 +739,7 @@ void lumo_port_stop(lumo_value_t port, lumo_context_t) {
 }
 
 void lumo_port_sut_action(lumo_value_t action, lumo_context_t) {
-  check_effect("action");
+  check_choice("action");
   Value v = content_of(action);
   outside_action(render_plain(v));
 }
