@@ -4,6 +4,7 @@
 
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/constants/T3KnownTexts.h"
+#include "analysis/flow/T3ValueClasses.h"
 #include "analysis/types/T3Bounds.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
@@ -319,9 +320,16 @@ bool HasSeveralCharacters(T3Tree_Node* bound) {
   return text && text->kind == T3Kind::T3CharStringLiteral && LengthOfText(*text) != 1;
 }
 
+// In a template a bound may be a value that the run gives, but no template.
+bool IsTemplateBound(T3Tree_Node* bound) {
+  return IsTemplateReference(bound) || bound->is<T3Omit>();
+}
+
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
+  if (!IsInSubType(range) && (IsTemplateBound(range->lb) || IsTemplateBound(range->ub)))
+    return vexa_filtered_error(ERR_const, range->position);
   if (Reversed(KnownInteger(range->lb), KnownInteger(range->ub)) ||
       Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||
       Reversed(ConstCharValue(range->lb), ConstCharValue(range->ub)))

@@ -154,7 +154,7 @@ T3Tree_Node* MergeMembers(T3CompoundValue* base, T3CompoundValue* derived, T3Tre
   auto new_values = ValuesByPlace(PartsOf(derived, type), members.size());
   old_values.resize(members.size());
   new_values.resize(members.size());
-  const bool chooses = type->is<T3UnionType>() && derived->value->is<T3FieldValue>();
+  const bool chooses = type->is<T3UnionType>();
   std::vector<Item> items;
   for (size_t i = 0; i < members.size(); ++i) {
     T3FieldValue* kept = old_values[i];
@@ -218,7 +218,6 @@ T3Tree_Node* MergeElements(T3CompoundValue* base, T3CompoundValue* derived, T3Tr
 T3Tree_Node* MergeAnyType(T3CompoundValue* base, T3CompoundValue* derived, T3Tree_Node* type) {
   auto* kept = base->value->try_as<T3FieldValue>();
   auto* changed = derived->value->try_as<T3FieldValue>();
-  if (changed == nullptr) return base;
   if (kept == nullptr || kept->attr().def != changed->attr().def) return derived;
   return MakeCompound(derived, type,
                       {{changed->field, MergeConstraints(kept->value, changed->value), changed->attr().def}});
@@ -360,12 +359,18 @@ bool IsModifiedAtRunTime(T3TemplateDef* definition) {
   return definition->attributes != nullptr && definition->cold().requires_explicification;
 }
 
+// A union of which no alternative is written stays what it was.
+bool ChoosesNothing(T3CompoundValue* derived, T3Tree_Node* type) {
+  return (type->is<T3UnionType>() || type->is<T3AnyType>()) && !derived->value->is<T3FieldValue>();
+}
+
 T3Tree_Node* MergeConstraints(T3Tree_Node* base, T3Tree_Node* derived) {
   if (derived->is<T3NotUsedSymbol>()) return base;
   auto* changed = derived->try_as<T3CompoundValue>();
   if (changed == nullptr) return MergeMatching(base, derived);
   T3Tree_Node* type = GetAddressBaseType(ExpressionBaseType(changed));
   if (type->is<T3ErrorType>()) return derived;
+  if (ChoosesNothing(changed, type)) return base;
   T3Tree_Node* merged = MergeKnown(PartBehind(base, ConstraintToMerge), changed, type);
   if (merged != derived && merged->is<T3CompoundValue>()) ReplaceSubtyped(derived, merged);
   return merged;
