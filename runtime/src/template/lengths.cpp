@@ -98,6 +98,10 @@ Lengths of_contents(Value v) {
       return {length, length};
     }
     case Form::special:
+      if (base_kind(v->type) == lumo_type_kind_array) {
+        const auto length = static_cast<long>(array_length(plain_type(v->type)));
+        return {length, length};
+      }
       if (v->special == Special::anyone || v->special == Special::anyornone) return {0, unlimited};
       [[fallthrough]];
     default:
@@ -112,10 +116,15 @@ Lengths lengths_of(Value v) {
 
 }  // namespace
 
-unsigned long template_length(Value v, const char* function) {
+long fixed_length(Value v) {
   const Lengths lengths = lengths_of(v);
-  if (lengths.least != lengths.most) fault("%s: the length of the template is not fixed", function);
-  return static_cast<unsigned long>(lengths.least);
+  return lengths.least == lengths.most ? lengths.least : -1;
+}
+
+unsigned long template_length(Value v, const char* function) {
+  const long length = fixed_length(v);
+  if (length < 0) fault("%s: the length of the template is not fixed", function);
+  return static_cast<unsigned long>(length);
 }
 
 }  // namespace lumos

@@ -19,10 +19,10 @@ void replace_contents(Value v, Value contents) {
   v->restraint = nullptr;
   v->if_present = false;
   assign_contents(v, contents);
+  v->if_present = v->if_present || if_present;
   if (!kept) return;
   delete v->restraint;
   v->restraint = kept;
-  v->if_present = if_present;
 }
 
 Value open_template(Value v) {

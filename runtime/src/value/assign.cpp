@@ -286,6 +286,12 @@ void check_takes_omit(Value target) {
         target->label ? target->label : "", type_name(target->type));
 }
 
+void check_takes_special(Value target, Value source) {
+  if (is_omit(source)) return check_takes_omit(target);
+  if (is_special(source, Special::null_address) && !target->dynamic && !takes_null_address(target->type))
+    fault("null, which stands for no address, is no value of type '%s'", type_name(target->type));
+}
+
 inline void copy_text(Value target, const TextBuffer& text) {
   std::memcpy(target->text.data, text.data, text.size + 1);
   target->text.size = text.size;
@@ -380,7 +386,7 @@ void lumo_value_assign(lumo_value_t target, lumo_value_t source, lumo_context_t)
   if (!target->dynamic && from_template) source = valueof_value(source, lumo_temp_alloc_c);
   if (target->restriction) source = restricted(source, target->restriction);
   if (target == source) return;
-  if (is_omit(source)) check_takes_omit(target);
+  if (source->form == Form::special) check_takes_special(target, source);
   if (is_within(target, source) || is_within(source, target)) source = copy_value(source, lumo_temp_alloc_c);
   const bool is_checked = !from_template && structure_of(target->type) == structure_of(source->type) &&
                           !(has_parts(source->form) && may_be_short(target->type));

@@ -206,6 +206,8 @@ void set_random_seed(uint64_t seed) {
 namespace {
 
 bool all_values(Value v) {
+  if (v->if_present || (v->restraint && (v->restraint->has_length || !v->restraint->permutations.empty())))
+    return false;
   switch (v->form) {
     case Form::special:
       return v->special == Special::omit || v->special == Special::null_component ||
@@ -535,6 +537,9 @@ unsigned long lumo_lengthof(lumo_value_t v, lumo_context_t) {
 unsigned long lumo_sizeof(lumo_value_t v, lumo_context_t context) {
   if (v && v->form == Form::instance) {
     const lumo_template_info_t* info = template_info(v->type);
+    // What only matches a length has it by the matching mechanisms, which the function does not know.
+    const long fixed = is_record_kind(base_kind(v->type)) ? -1 : fixed_length(v);
+    if (fixed >= 0) return static_cast<unsigned long>(fixed);
     if (info && info->sizeof_function) {
       check_stack();
       return info->sizeof_function(info->base_type, v->parts.data, context);

@@ -190,6 +190,7 @@ LengthBounds length_bounds(lumo_type_t type) {
 
 bool belongs(Value v, lumo_type_t type) {
   if (v->dynamic || v->form == Form::instance) return true;
+  if (is_special(v, Special::null_address)) return takes_null_address(type);
   if (lumo_type_is_equal(v->type, type, nullptr))
     return !(is_literal(v) && has_check(type)) && !(has_parts(v->form) && may_be_short(type));
   const lumo_type_kind_t kind = base_kind(type);

@@ -26,6 +26,15 @@ long bound(lumo_type_t type, const char* name, long otherwise) {
 
 }  // namespace
 
+bool takes_null_address(lumo_type_t type) {
+  for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
+    if (type->type_info->kind == lumo_type_kind_address || std::string_view(type_name(type)) == "address")
+      return true;
+    type = type->type_info->parent_type;
+  }
+  return false;
+}
+
 lumo_type_t type_behind(lumo_type_t type) {
   for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
     const lumo_type_info_struct_t* info = type->type_info;

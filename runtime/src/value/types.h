@@ -70,6 +70,8 @@ inline bool has_check(lumo_type_t type) {
                         info->kind != lumo_type_kind_template && info->kind != lumo_type_kind_address;
   return !is_plain && is_checked_somewhere(type);
 }
+// Whether the type is that of addresses, whatever it is defined as, or a subtype of it.
+bool takes_null_address(lumo_type_t type);
 // The record type behind a port or component reference type.
 lumo_type_t record_type(lumo_type_t type);
 const char* type_name(lumo_type_t type);
