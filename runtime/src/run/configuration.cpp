@@ -25,6 +25,14 @@ Port& named_port(lumo_value_t component, const char* name, lumo_value_t index) {
   return *port;
 }
 
+// One that gets a connection or mapping.
+Port& port_to_link(lumo_value_t component, const char* name, lumo_value_t index) {
+  Port& port = named_port(component, name, index);
+  if (port.owner->state == State::ended)
+    fault("a port of component %s, which has ended", port.owner->name.c_str());
+  return port;
+}
+
 bool has(const std::vector<Port*>& list, Port* port) {
   for (Port* p : list)
     if (p == port) return true;
@@ -118,8 +126,8 @@ void lumo_component_connect_port(lumo_value_t component1, const char* port1, lum
   maybe_yield();
   check_choice("connect");
   self();
-  Port& a = named_port(component1, port1, index1);
-  Port& b = named_port(component2, port2, index2);
+  Port& a = port_to_link(component1, port1, index1);
+  Port& b = port_to_link(component2, port2, index2);
   if (a.owner == test_case->system || b.owner == test_case->system)
     fault("a port of the system cannot be connected");
   if (a.is_mapped_itself && b.is_mapped_itself) fault("two ports of the system cannot be connected");
@@ -154,8 +162,8 @@ void lumo_component_map_port(lumo_value_t component1, const char* port1, lumo_va
   maybe_yield();
   check_choice("map");
   self();
-  Port& a = named_port(component1, port1, index1);
-  Port& b = named_port(component2, port2, index2);
+  Port& a = port_to_link(component1, port1, index1);
+  Port& b = port_to_link(component2, port2, index2);
   bool first_is_system = a.owner == test_case->system;
   if (first_is_system == (b.owner == test_case->system)) fault("a mapping needs one port of the system");
   Port& component_port = first_is_system ? b : a;
