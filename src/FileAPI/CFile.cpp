@@ -147,7 +147,8 @@ void CFile::addStructure(std::string_view type, std::string_view name, bool isSt
   const std::string_view storage = isStatic ? "static " : "";
   add(isStatic ? SourceStructureDecls : HeaderStructures,
       {isStatic ? storage : "extern ", type, " ", name, ";\n"});
-  const CList text({storage, type, " ", name, " = \n  {\n    "}, members, ",\n    ", "\n  };\n\n");
+  const CWords head{storage, type, " ", name, " = \n  {\n    "};
+  const CList text(head, members, ",\n    ", "\n  };\n\n");
   if (lineLimit_ == kNoLineLimit) return text.copyTo(takeBody(SourceStructures, text.size()));
   CSection section;
   section.add(text);
