@@ -1,5 +1,6 @@
 #include "generator/types/CGPortTypes.h"
 
+#include "analysis/names/T3Members.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/text/CGModuleText.h"
@@ -87,12 +88,12 @@ void GenComponentDecl(CArray& array, _T3InstanceDecl* decl) {
                  imported_port ? std::string(C_NULL) : VEXAStaticTypeRef(decl->type));
 }
 
-void GenComponentDeclList(CArray& array, T3Tree_Node* decls) {
-  gT3AST.ForallT3Tree(decls, [&array](T3Tree_Node* decl) {
+void GenComponentDeclList(CArray& array, const T3NodeList& decls) {
+  for (T3Tree_Node* decl : decls) {
     if (!decl->is<_T3InstanceDecl>())
       internal_error_ast("T3Type", __LINE__, "T3Type::GenComponentDeclList", decl);
     GenComponentDecl(array, decl->as<_T3InstanceDecl>());
-  });
+  }
 }
 
 void PushDefinition(tIdent name, const tPosition& position, CFunction& function) {
@@ -105,16 +106,16 @@ void PushDefinition(tIdent name, const tPosition& position, CFunction& function)
 void GenMembers(T3ComponentType* component, tIdent name, CFunction& function) {
   std::vector<T3Tree_Node*> located;
   unsigned index = 0;
-  gT3AST.ForallT3Tree(component->decls, [&](T3Tree_Node* member) {
+  for (T3Tree_Node* member : MembersOf(component).All()) {
     const unsigned place = index++;
-    if (!member->is<_T3InstanceValueDecl>()) return;
+    if (!member->is<_T3InstanceValueDecl>()) continue;
     const tPosition& position = member->as<_T3InstanceDecl>()->position;
     const bool is_elsewhere = CGIsElsewhere(position);
     if (is_elsewhere) PushDefinition(name, position, function);
     CGComponentValue(member, place, function);
     if (is_elsewhere) CGPopSourceLocation(function);
     located.push_back(member);
-  });
+  }
   for (T3Tree_Node* member : located) ResetLocation(member);
 }
 
@@ -250,7 +251,7 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_COMPONENT);
   info.check_function = CGFunctionPointer(VEXAComponentPostProcessFuncName(decl));
   auto array = BeginFields(VEXAComponentRecordFieldInfoName(decl));
-  GenComponentDeclList(*array, component->decls);
+  GenComponentDeclList(*array, MembersOf(component).All());
   if (array->count() == 0) {
     info.enum_or_array_info = "0";
   } else {
