@@ -124,14 +124,35 @@ void CFile::addBody(Where where, CSection&& section, bool together) {
     bodies.back().sections.push_back(std::move(section));
     return;
   }
-  if (bodies.empty() || bodies.back().text.empty() ||
-      bodies.back().text.size() + section.text().size() > kTextBlock) {
-    bodies.emplace_back();
-    bodies.back().text.reserve(kTextBlock);
-  }
-  bodies.back().text += section.text();
+  CopyWord(takeBody(where, section.text().size()), section.text());
   // its memory serves the next one
   const CSection taken(std::move(section));
+}
+
+// Room for a text that stays in memory.
+char* CFile::takeBody(Where where, size_t size) {
+  std::vector<Body>& bodies = bodies_[where];
+  if (bodies.empty() || bodies.back().capacity - bodies.back().size < size) {
+    Body& body = bodies.emplace_back();
+    body.capacity = std::max(kTextBlock, size);
+    body.memory.reset(new char[body.capacity]);
+  }
+  Body& body = bodies.back();
+  char* at = body.memory.get() + body.size;
+  body.size += size;
+  return at;
+}
+
+void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+  const std::string_view storage = isStatic ? "static " : "";
+  add(isStatic ? SourceStructureDecls : HeaderStructures,
+      {isStatic ? storage : "extern ", type, " ", name, ";\n"});
+  const CWords head{storage, type, " ", name, " = \n  {\n    "};
+  const CList text(head, members, ",\n    ", "\n  };\n\n");
+  if (lineLimit_ == kNoLineLimit) return text.copyTo(takeBody(SourceStructures, text.size()));
+  CSection section;
+  section.add(text);
+  add(SourceStructures, std::move(section));
 }
 
 void CFile::addInclude(const std::string& name, bool inSource, bool isSystem) {
@@ -250,7 +271,7 @@ void CFile::flushSection(Output& output, size_t where, bool splitAllowed) {
 }
 
 void CFile::flushBody(Output& output, Body& body, bool splitAllowed) {
-  if (!body.text.empty()) output.write(body.text);
+  output.write(body.text());
   if (splitAllowed && lineLimit_ != kNoLineLimit) {
     unsigned pending = 0;
     for (const CSection& section : body.sections) pending += section.lineCount();

@@ -79,6 +79,8 @@ class CFile {
   void add(Where where, std::string_view text) { add(where, {text}); }
   void add(Where where, CWords parts);
   void newline(Where where, unsigned count = 1);
+  /// A structure of which all is known: its declaration ahead, and the initializer, a member on a line.
+  void addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members);
   /// Takes over what a builder has written; the sections of one call stay together in a split file.
   void add(Where where, CSection&& section);
   void add(Where where, CSection&& first, CSection&& second);
@@ -107,14 +109,18 @@ class CFile {
   // What stands under a position: sections that stay together in a file, or text, which is all that is kept
   // of sections while no file is split.
   struct Body {
-    std::string text;
+    std::unique_ptr<char[]> memory;
+    size_t size = 0;
+    size_t capacity = 0;
     std::vector<CSection> sections;
+    std::string_view text() const { return {memory.get(), size}; }
   };
 
   void writeHead(Output& output);
   void writeHeader(Output& output);
   void writeSource(Output& output);
   void addBody(Where where, CSection&& section, bool together);
+  char* takeBody(Where where, size_t size);
   void flushSection(Output& output, size_t where, bool splitAllowed);
   void flushBody(Output& output, Body& body, bool splitAllowed);
   void splitIfFull(Output& output, unsigned pending);

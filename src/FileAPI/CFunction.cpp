@@ -7,6 +7,11 @@
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
+namespace {
+// Most functions have no more temporary variables.
+constexpr size_t kSomeVariables = 8;
+}  // namespace
+
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
                      const std::vector<std::string>& parameters, const std::string& comment, bool exported)
     : CBase(file), exported_(exported), name_(name), signature_(getSignature(returnType, name, parameters)) {
@@ -209,6 +214,10 @@ std::string CFunction::getTmpVariable(std::string_view type) {
   const size_t place = typePlace(type);
   auto& free = types_[place].free;
   if (free.empty()) {
+    if (tmps_.empty()) {
+      tmps_.reserve(kSomeVariables);
+      tmpPlaces_.reserve(2 * kSomeVariables);
+    }
     tmpPlaces_.resize(nextLocal_ + 1, SIZE_MAX);
     tmpPlaces_.back() = tmps_.size();
     tmps_.push_back({true, place, declare(type, "")});

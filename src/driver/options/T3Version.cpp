@@ -76,14 +76,21 @@ std::string InComment(std::string argument) {
   return argument;
 }
 
-// All files of a run say how it was called, which may be with very many names.
+// Of a call with very many names the first tell which it was: each file of a run repeats them.
+constexpr size_t kMostOptions = 2000;
+
+// All files of a run say how it was called.
 const std::string& GivenOptions() {
   static const char** of = nullptr;
   static auto& text = *new std::string;
   if (of == g_argv && !text.empty()) return text;
   of = g_argv;
   text.clear();
-  for (int i = 1; i < g_argc; ++i) text.append(InComment(g_argv[i])).append(1, ' ');
+  for (int i = 1; i < g_argc; ++i) {
+    if (text.size() > kMostOptions)
+      return text.append("... (").append(std::to_string(g_argc - i)).append(" more) ");
+    text.append(InComment(g_argv[i])).append(1, ' ');
+  }
   return text;
 }
 }  // namespace

@@ -27,10 +27,10 @@ std::string RowOf(T3Tree_Node* decl) {
 }
 }  // namespace
 
-// A template that modifies one of another module has parts in it that refer to what that module declares.
+// A template that modifies one of another module, or an inherited member of a component, has parts in it that
+// refer to what that module declares or imports.
 bool IsOfAnotherModule(T3Tree_Node* decl) {
-  return !decl->is<_T3ImportDecl>() && decl->place != nullptr &&
-         decl->place->vexa_module_name != CGCurrentModule()->name && HasRow(decl);
+  return decl->place != nullptr && decl->place->vexa_module_name != CGCurrentModule()->name && HasRow(decl);
 }
 
 Callee CalleeOf(T3Tree_Node* decl) {

@@ -1,12 +1,12 @@
-// The headers that a module's header includes ahead of those of its imports. C compilers limit how deep
-// headers may include each other, to 32 levels for some, and chains of imports may be longer: so a header
-// first includes, from the bottom up, each sixteenth level of what it imports at all. What is included later
-// finds these there already.
+// The headers that a module's header includes. Those of its imports in turn include nothing while they are
+// included: a C compiler would read the headers of all modules below for each module, and limits how deep
+// they may include each other. What the module names of modules further down is included by itself.
 #pragma once
-
-#include <vector>
 
 #include "frontend/T3Tree.h"
 
-/// In the order in which they are to be included; empty for modules with short chains of imports.
-std::vector<T3Module*> HeadersAhead(T3Module* module);
+/// Opens the part of the header that holds only where no other module's header includes this one.
+void BeginImportedHeaders();
+/// Adds the headers of the modules that have been named and are not imported, and closes the part. All code
+/// of the module has been made.
+void EndImportedHeaders(T3Module* module);

@@ -106,11 +106,15 @@ void AddImport(T3Module* imported) {
   gT3Context.finalizeFunction().call(ModuleFinalizeName(imported->name), {VEXA_CONTEXT});
 }
 
-void AddImports(T3Module* module) {
+bool HasImports(T3Module* module) {
   const auto deps = gT3ModuleDeps.find(module->name);
-  if (deps == gT3ModuleDeps.end()) return;
-  for (T3Module* ahead : HeadersAhead(module))
-    gT3Context.file().addInclude(GetOutputFile(ahead) + ".h", false, false);
+  return deps != gT3ModuleDeps.end() && !deps->second.empty();
+}
+
+void AddImports(T3Module* module) {
+  if (!HasImports(module)) return;
+  const auto deps = gT3ModuleDeps.find(module->name);
+  BeginImportedHeaders();
   for (const tIdent name : deps->second) {
     const auto imported = gT3ModuleMap.find(name);
     if (imported != gT3ModuleMap.end()) AddImport(imported->second->as<T3Module>());
@@ -187,6 +191,7 @@ void EndSkeleton(T3Module* module) {
   EndFinalizeFunction(module);
   EndRegisterFunction(module);
   EndModuleParamsInitializeFunction(module);
+  if (HasImports(module)) EndImportedHeaders(module);
 }
 }  // namespace
 

@@ -141,10 +141,9 @@ void CGTemplateImport(T3Tree_Node* node) {
   const std::string name = VEXATemplateTypeStructName(import);
   const std::string_view module = gIdents.GetString(origin->place->vexa_module_name);
   const std::string_view own_name = gIdents.GetString(DeclaredName(origin));
-  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, name, false, true);
-  structure.addMembers(
+  gT3Context.file().addStructure(
+      LUMO_TYPE_STRUCT_T, name, true,
       {Quote(module), Quote(own_name), C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL});
-  structure.end();
   const std::string address = joined({"&(", name, ")"});
   gT3Context.file().addDefine(VEXATemplateConstName(import), address);
   CFunction& bind = gT3Context.registerFunction();

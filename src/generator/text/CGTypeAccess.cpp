@@ -1,5 +1,8 @@
 #include "generator/text/CGTypeAccess.h"
 
+#include <unordered_map>
+
+#include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "asn1/integration/T3Representation.h"
@@ -8,6 +11,7 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 bool IsTypeDeclaration(T3Tree_Node* node) {
@@ -82,7 +86,7 @@ const char* StaticWord(T3Tree_Node* type) {
 
 std::string StaticBuiltinRef(T3Tree_Node* type) {
   if (type->is<T3Default>()) return LUMO_STATIC_DEFAULT_TYPE;
-  if (T3Tree_Node* copy = BuiltinCopy(type)) return "&(" + VEXABuiltinTypeStructName(copy) + ")";
+  if (T3Tree_Node* copy = BuiltinCopy(type)) return joined({"&(", VEXABuiltinTypeStructName(copy), ")"});
   return StaticWord(type);
 }
 
@@ -90,8 +94,8 @@ std::string StaticDeclarationRef(T3Tree_Node* decl) {
   if (IsAsnNull(decl)) return LUMO_STATIC_ASN_1_NULL_TYPE;
   if (T3Tree_Node* builtin = BuiltinBehind(decl)) return StaticBuiltinRef(builtin);
   if (decl->is<T3TypeDecl>() && RootType(decl)->is<T3PortType>())
-    return "&(" + VEXAPortRecordName(decl) + ")";
-  return "&(" + VEXATypeName(decl) + ")";
+    return joined({"&(", VEXAPortRecordName(decl), ")"});
+  return joined({"&(", VEXATypeName(decl), ")"});
 }
 
 const char* KindWord(T3Tree_Node* type) {
@@ -210,14 +214,32 @@ T3Tree_Node* BuiltinBehind(T3Tree_Node* decl) {
   return nullptr;
 }
 
+namespace {
+// The built-in types of a module by their kinds, which are asked for at each use of one.
+struct BuiltinCopies {
+  T3Module* module = nullptr;
+  std::unordered_map<T3Kind, T3Tree_Node*> by_kind;
+};
+BuiltinCopies& Copies() {
+  static auto& copies = *new BuiltinCopies;
+  return copies;
+}
+const ModuleCache builtin_copies([] { Copies() = {}; });
+}  // namespace
+
 T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type) {
   T3Module* module = CurrentModule();
   if (module == nullptr) return nullptr;
-  T3Tree_Node* found = nullptr;
-  gT3AST.ForallT3Tree(module->attr().vexa_builtins, [&](T3Tree_Node* decl) {
-    if (T3Is<T3TypeDecl>(decl) && decl->as<T3TypeDecl>()->type->kind == builtin_type->kind) found = decl;
-  });
-  return found;
+  auto& [known, by_kind] = Copies();
+  if (module != known) {
+    known = module;
+    by_kind.clear();
+    gT3AST.ForallT3Tree(module->attr().vexa_builtins, [](T3Tree_Node* decl) {
+      if (T3Is<T3TypeDecl>(decl)) Copies().by_kind[decl->as<T3TypeDecl>()->type->kind] = decl;
+    });
+  }
+  const auto found = by_kind.find(builtin_type->kind);
+  return found == by_kind.end() ? nullptr : found->second;
 }
 
 bool IsT3ASN_1(T3Tree_Node* node) {

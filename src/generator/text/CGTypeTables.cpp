@@ -37,11 +37,11 @@ std::string SymbolName(T3Tree_Node* decl) {
 }  // namespace
 
 void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info) {
-  CStructure structure(&gT3Context.file(), LUMO_TYPE_INFO_STRUCT_T, struct_name, false, true);
-  structure.addMembers({info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE,
-                        C_NULL, info.check_function, info.constraintof_function, info.template_info,
-                        info.number_of_fields, info.field_info, info.enum_or_array_info, info.reserved_last});
-  structure.end();
+  gT3Context.file().addStructure(
+      LUMO_TYPE_INFO_STRUCT_T, struct_name, true,
+      {info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE, C_NULL,
+       info.check_function, info.constraintof_function, info.template_info, info.number_of_fields,
+       info.field_info, info.enum_or_array_info, info.reserved_last});
 }
 
 namespace {
@@ -67,20 +67,18 @@ std::string GenTypeStruct(T3Tree_Node* decl, std::string_view type_info) {
   const std::string variant = GenAttributes(decl, t3_with_attribute_t::Variant);
   const std::string extension = GenAttributes(decl, t3_with_attribute_t::Extension);
   const Codecs codecs = CodecsOf(decl);
-  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, name, false, false);
-  structure.addMembers({imported ? Quote(OriginModule(decl)) : C_NULL,
-                        imported ? Quote(OriginName(decl)) : C_NULL, display, encode, variant, extension,
-                        codecs.encoder, codecs.decoder, type_info});
-  structure.end();
+  gT3Context.file().addStructure(
+      LUMO_TYPE_STRUCT_T, name, false,
+      {imported ? Quote(OriginModule(decl)) : C_NULL, imported ? Quote(OriginName(decl)) : C_NULL, display,
+       encode, variant, extension, codecs.encoder, codecs.decoder, type_info});
   gT3Context.file().addDefine(VEXATypeConstName(decl), joined({"&(", name, ")"}));
   return name;
 }
 
 void GenPlainTypeStruct(const std::string& struct_name, std::string_view info_name, bool is_static) {
-  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, struct_name, false, is_static);
-  structure.addMembers(
+  gT3Context.file().addStructure(
+      LUMO_TYPE_STRUCT_T, struct_name, is_static,
       {C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, joined({"&(", info_name, ")"})});
-  structure.end();
 }
 
 void WriteFieldInfo(CArray& array, std::string_view name, std::string_view property, std::string_view type) {

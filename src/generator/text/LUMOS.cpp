@@ -36,6 +36,7 @@ std::string_view ModuleOf(T3Tree_Node* decl) {
   if (decl->place == nullptr && gT3Context.currentModuleName() != NoIdent)
     return Text(gT3Context.currentModuleName());
   if (decl->place == nullptr) internal_error_ast("LUMOS", __LINE__, "vexa_module_name", decl);
+  if (decl->is<T3TypeDecl>()) gT3Context.noteModule(decl->place->vexa_module_name);
   return Text(decl->place->vexa_module_name);
 }
 

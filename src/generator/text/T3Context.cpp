@@ -25,6 +25,7 @@ void T3Context::begin(std::unique_ptr<CFile> file) {
   file_ = std::move(file);
   ended_ = false;
   currentModule_ = NoIdent;
+  namedModules_.clear();
   symbolTable_ = file_->beginArray(LUMO_SYMBOL_ENTRY_STRUCT_T, VEXA_SYMBOL_TABLE, true);
 }
 

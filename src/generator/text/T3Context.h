@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 
 #include "FileAPI/CFile.h"
 #include "support/Idents.h"
@@ -31,6 +32,11 @@ class T3Context {
 
   void storeCurrentModuleName(tIdent name) { currentModule_ = name; }
   tIdent currentModuleName() const { return currentModule_; }
+  /// Notes that the code names what is declared in that module.
+  void noteModule(tIdent name) {
+    if (name != currentModule_) namedModules_.insert(name);
+  }
+  const std::set<tIdent>& namedModules() const { return namedModules_; }
 
  private:
   template <class T>
@@ -44,6 +50,7 @@ class T3Context {
   std::unique_ptr<CFunction> finalize_;
   std::unique_ptr<CFunction> moduleParamsInitialize_;
   tIdent currentModule_ = NoIdent;
+  std::set<tIdent> namedModules_;
   bool ended_ = true;
 };
 

@@ -200,11 +200,10 @@ std::string AddressOf(std::string_view name) {
 }
 
 // Returns the signature's name.
-std::string GenBehaviourSignature(T3Tree_Node* decl, _T3FunctionDecl* behaviour, CGTypeInfo info) {
+std::string GenBehaviourSignature(T3Tree_Node* decl, _T3FunctionDecl* behaviour, CGTypeInfo& info) {
   const std::string info_name = VEXASignatureInfoName(decl);
   std::string name = VEXASignatureStructName(decl);
   GenPlainTypeStruct(name, info_name, true);
-  info.kind = LUMO_TYPE_KIND_SIGNATURE;
   GenSignatureFieldInfo(VEXASignatureFieldInfoName(decl), behaviour->fpl, ReturnType(behaviour), info);
   WriteTypeInfoStruct(info_name, info);
   return name;
@@ -276,8 +275,9 @@ void GenSignatureType(T3Tree_Node* node, T3Tree_Node* type) {
 
 std::string GenFunctionType(T3Tree_Node* decl) {
   _T3FunctionDecl* behaviour = BehaviourOf(decl);
-  CGTypeInfo info = InfoOfBehaviour(behaviour, FunctionTypeKind(behaviour));
+  CGTypeInfo info = InfoOfBehaviour(behaviour, LUMO_TYPE_KIND_SIGNATURE);
   const std::string signature = GenBehaviourSignature(decl, behaviour, info);
+  info.kind = FunctionTypeKind(behaviour);
   const std::string info_name = VEXAFuncTypeInfoName(decl);
   std::string name = VEXAFuncTypeStructName(decl);
   GenPlainTypeStruct(name, info_name, true);
