@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes manual pages from the option tables and the documents, and the completion of shells from its pattern.
 
-    gen_manual.py VERSION DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM] [--completion PATTERN FILE]
+    gen_manual.py VERSION DATE DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM] [--completion PATTERN FILE]
 
 Options of suites are those that the first program describes; those of the programs, what they say of themselves. What
 else there is to say stands in the documents.
@@ -84,7 +84,7 @@ def help_of(program, option):
 
 def main():
     parser = argparse.ArgumentParser()
-    for name in ("version", "docs", "folder"):
+    for name in ("version", "date", "docs", "folder"):
         parser.add_argument(name)
     for name in ("--suite", "--orvane", "--run"):
         parser.add_argument(name)
@@ -94,7 +94,7 @@ def main():
     folder.mkdir(parents=True, exist_ok=True)
 
     def write(name, section, title, *parts):
-        head = f'.TH "{name.upper()}" {section} "" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
+        head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
         (folder / f"{name}.{section}").write_text(head + "\n".join(parts) + "\n", encoding="utf-8")
 
     def document(name):

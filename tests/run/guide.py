@@ -99,14 +99,31 @@ def check_editors(place, grammar, folder, environment):
     for pattern, file, line in zip(patterns, ("Bad.ttcn", "Hello.ttcn"), ("2", None)):
         found = re.search(pattern["regexp"], messages, re.MULTILINE)
         expect(found and found[pattern["file"]] == file and line in (None, found[pattern["line"]]), f"{pattern}\n{messages}")
-    named = {}
-    for rule in grammar["patterns"]:
-        for part in [rule] + rule.get("patterns", []):
-            expression = part.get("match") or part.get("begin")
-            for word in ("altstep", "// text", "\"text\"", "'0101'B", "42", "charstring", "pass", "setverdict"):
-                if expression and re.search(expression, f" {word} "):
-                    named.setdefault(word, part.get("name", ""))
-    expect(len(named) == 8 and named["// text"].startswith("comment") and named["altstep"].startswith("keyword"), named)
+    colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send("a\"); template C t := pattern "\"" "\b" } // on""")
+    expect(colours == ["keyword type", "storage record", "keyword of", "storage charstring", "entity Names", "keyword testcase", "entity TC",
+                       "keyword runs", "keyword on", "keyword send", r'string "a\"', "keyword template", "entity t",
+                       r'string pattern "\""', r'string "\b"', "comment // on"], colours)
+
+
+def coloured(grammar, line):
+    """The pieces of a line and what they are, as editors find them: the first piece, and for it the first rule."""
+    words = grammar["repository"]["words"]["patterns"]
+    rules = [r for rule in grammar["patterns"] for r in (words if "include" in rule else [rule])]
+    out, at = [], 0
+    while found := min(((m.start(), i, m) for i, r in enumerate(rules)
+                        if (m := re.compile(r.get("match") or r["begin"]).search(line, at))), default=None):
+        rule, match = rules[found[1]], found[2]
+        for group, given in rule.get("captures", {"0": rule}).items():
+            if "name" in given:
+                out.append(f"{given['name'].split('.')[0]} {match[int(group)]}")
+            else:
+                out += coloured({"patterns": words, "repository": grammar["repository"]}, match[int(group)])
+        at = match.end()
+        if "begin" in rule:
+            escape = "|".join(part["match"] for part in rule.get("patterns", [])) or "(?!)"
+            at = re.compile(f"(?:{escape}|(?!{rule['end']}).)*{rule['end']}").match(line, at).end()
+            out[-1] += line[match.end():at]
+    return out
 
 
 def main():
@@ -127,6 +144,9 @@ def main():
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
     expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
+    if shutil.which("mandoc"):
+        lint = run("mandoc -T lint share/man/man*/*; true", prefix)
+        expect("ERROR" not in lint and "WARNING" not in lint, lint)
     suite_page = (prefix / "share/man/man1/orvane-suite.1").read_text()
     expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
     grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())

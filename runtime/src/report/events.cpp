@@ -17,6 +17,9 @@ std::vector<std::unique_ptr<Reporter>>& reporters() {
   return *all;
 }
 
+// Those of them that want to know.
+std::vector<Reporter*> hearers_of_log, hearers_of_events;
+
 }  // namespace
 
 RunStart& run_start() {
@@ -38,7 +41,7 @@ Place current_place() {
 }
 
 std::string short_text(std::string_view file, unsigned long line) {
-  std::string text(file.substr(file.rfind('/') + 1));
+  std::string text(base_name(file));
   if (text.empty()) return text;
   text += ':';
   append_number(text, line);
@@ -63,12 +66,14 @@ void tell_log_entry(const char* kind, std::string_view text) {
 }
 
 void choose_events() {
-  events_wanted = false;
-  events_of_log = nullptr;
+  hearers_of_log.clear();
+  hearers_of_events.clear();
   for (auto& reporter : reporters()) {
-    events_wanted = events_wanted || reporter->wants_events();
-    if (reporter->wants_log()) events_of_log = tell_log_entry;
+    if (reporter->wants_log()) hearers_of_log.push_back(reporter.get());
+    if (reporter->wants_events()) hearers_of_events.push_back(reporter.get());
   }
+  events_wanted = !hearers_of_events.empty();
+  events_of_log = hearers_of_log.empty() ? nullptr : tell_log_entry;
 }
 
 }  // namespace
@@ -103,9 +108,8 @@ void tell_begin(const std::string& module, const std::string& name, Time begin) 
 }
 
 void tell(const Event& event) {
-  for (auto& reporter : reporters())
-    if (event.kind == EventKind::log ? reporter->wants_log() : reporter->wants_events())
-      reporter->event(event);
+  for (Reporter* hearer : event.kind == EventKind::log ? hearers_of_log : hearers_of_events)
+    hearer->event(event);
 }
 
 void tell(EventKind kind, std::string_view name, std::string_view peer, std::string_view text,

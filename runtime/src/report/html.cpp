@@ -23,50 +23,54 @@ class Html : public Reporter {
   }
   void event(const Event& e) override {
     if (!is_inside_) return;
-    events_ += events_.empty() ? "[\"" : ",\n[\"";
-    events_ += event_name(e.kind);
-    events_ += "\",";
-    append_time(events_, e.time - begin_);
+    events_.put(events_.size() ? ",\n[\"" : "[\"");
+    events_.put(event_name(e.kind));
+    events_.put("\",");
+    put_time(events_, e.time - begin_);
     for (const std::string_view text : {e.component, e.name, e.peer, e.text}) add(events_, text);
-    events_ += ",\"";
-    append_hex(events_, e.octets);
-    events_ += '"';
-    add(events_, short_text(e.file, e.line));
-    events_ += ']';
+    events_.put(",\"");
+    events_.put_hex(e.octets);
+    events_.put("\",");
+    events_.put_json_place(e.file, e.line);
+    events_.put(']');
   }
   void test_case_ends(const Result& r) override {
     file_.write("<script type=\"application/json\">[");
-    file_.write(events_);
+    file_.write(events_.text());
     file_.write("]</script>\n");
-    cases_ += cases_.empty() ? "[" : ",\n[";
-    append_json(cases_, r.full_name());
+    cases_.put(cases_.size() ? ",\n[" : "[");
+    cases_.put_json(r.full_name());
     add(cases_, verdict_name(r.verdict));
-    cases_ += ',';
-    append_time(cases_, r.duration);
-    add(cases_, short_text(r.place));
+    cases_.put(',');
+    put_time(cases_, r.duration);
+    cases_.put(',');
+    cases_.put_json_place(r.place.file, r.place.line);
     add(cases_, r.reason);
-    cases_ += ']';
+    cases_.put(']');
     events_.clear();
     is_inside_ = false;
   }
   void run_ends(const std::vector<Result>&) override {
     file_.write("<script>const cases = [");
-    file_.write(cases_);
+    file_.write(cases_.text());
     file_.write("];</script>\n");
     file_.write(html_tail);
     file_.complete();
   }
 
  private:
-  static void add(std::string& list, std::string_view text) {
-    list += ',';
-    append_json(list, text);
+  static void add(Row& list, std::string_view text) {
+    list.put(',');
+    list.put_json(text);
   }
   // In nanoseconds, which take the least room.
-  static void append_time(std::string& list, Time time) { list += std::to_string(time); }
+  static void put_time(Row& list, Time time) {
+    if (time < 0) list.put('-');
+    list.put_number(static_cast<uint64_t>(time < 0 ? -time : time));
+  }
   ReportFile file_;
-  std::string cases_;   // what came out of each
-  std::string events_;  // of the test case that runs
+  Row cases_;   // what came out of each
+  Row events_;  // of the test case that runs
   Time begin_ = 0;
   bool is_inside_ = false;
 };

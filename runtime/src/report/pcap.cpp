@@ -10,57 +10,37 @@ namespace lumos {
 
 namespace {
 
-class Octets {
- public:
-  void big(uint32_t number, int size) {
-    for (int i = size - 1; i >= 0; --i) text_ += static_cast<char>(number >> (8 * i));
-  }
-  void native(uint32_t number) { text_.append(reinterpret_cast<const char*>(&number), sizeof number); }
-  void add(std::string_view octets) { text_ += octets; }
-  std::string& text() { return text_; }
-
- private:
-  std::string text_;
-};
-
 constexpr uint32_t test_system = 0x0A000001, under_test = 0x0A000002;  // 10.0.0.1, 10.0.0.2
 constexpr size_t headers = 28, most_octets = 65535 - headers;
 
-uint32_t checksum(std::string_view header) {
-  uint32_t sum = 0;
-  for (size_t i = 0; i + 1 < header.size(); i += 2)
-    sum += static_cast<uint32_t>(static_cast<unsigned char>(header[i])) << 8 |
-           static_cast<unsigned char>(header[i + 1]);
-  while (sum >> 16) sum = (sum & 0xFFFF) + (sum >> 16);
-  return ~sum & 0xFFFF;
+void put_native(Row& row, uint32_t number) {
+  row.put({reinterpret_cast<const char*>(&number), sizeof number});
 }
 
-std::string ip_header(size_t length, bool outward) {
-  auto header = [&](uint32_t sum) {
-    Octets h;
-    h.big(0x4500, 2);
-    h.big(static_cast<uint32_t>(length), 2);
-    h.big(0, 4);
-    h.big(64 << 8 | 17, 2);
-    h.big(sum, 2);
-    h.big(outward ? test_system : under_test, 4);
-    h.big(outward ? under_test : test_system, 4);
-    return h.text();
-  };
-  return header(checksum(header(0)));
+void put_ip_header(Row& row, uint32_t length, bool outward) {
+  constexpr uint32_t version = 0x4500, life_and_udp = 64 << 8 | 17;
+  uint32_t sum = version + length + life_and_udp;
+  for (uint32_t address : {test_system, under_test}) sum += (address >> 16) + (address & 0xFFFF);
+  while (sum >> 16) sum = (sum & 0xFFFF) + (sum >> 16);
+  row.put_big(version, 2);
+  row.put_big(length, 2);
+  row.put_big(0, 4);
+  row.put_big(life_and_udp, 2);
+  row.put_big(~sum & 0xFFFF, 2);
+  row.put_big(outward ? test_system : under_test, 4);
+  row.put_big(outward ? under_test : test_system, 4);
 }
 
 class Pcap : public Reporter {
  public:
   explicit Pcap(const std::string& path) : file_(path) {
-    Octets h;
-    h.native(0xA1B23C4D);  // times have nanoseconds
-    h.native(2 | 4 << 16);
-    h.native(0);
-    h.native(0);
-    h.native(262144);
-    h.native(101);  // raw IP
-    if (file_.is_open()) file_.write(h.text());
+    put_native(rows_, 0xA1B23C4D);  // times have nanoseconds
+    put_native(rows_, 2 | 4 << 16);
+    put_native(rows_, 0);
+    put_native(rows_, 0);
+    put_native(rows_, 262144);
+    put_native(rows_, 101);  // raw IP
+    if (is_open()) file_.write_rows(rows_);
   }
   bool is_open() const { return file_.is_open(); }
 
@@ -72,33 +52,32 @@ class Pcap : public Reporter {
     if (e.peer.compare(0, 7, "system:")) return;
     packet(e, outward, e.octets.empty() && outward ? e.text : e.octets);
   }
-  void run_ends(const std::vector<Result>&) override { file_.complete(); }
+  void run_ends(const std::vector<Result>&) override {
+    file_.write_rows(rows_);
+    file_.complete();
+  }
 
  private:
   uint32_t number_of(std::string_view port) {
-    return ports_.try_emplace(std::string(port), static_cast<uint32_t>(50001 + ports_.size() % 15000))
-        .first->second;
+    const auto known = ports_.find(port);
+    if (known != ports_.end()) return known->second;
+    return ports_[std::string(port)] = static_cast<uint32_t>(50001 + ports_.size() % 15000);
   }
   void packet(const Event& e, bool outward, std::string_view octets) {
     octets = octets.substr(0, most_octets);
     const uint32_t port = number_of(e.peer);
     const int64_t wall = run_start().wall + e.time;
     const auto length = static_cast<uint32_t>(headers + octets.size());
-    Octets p;
-    p.native(static_cast<uint32_t>(wall / 1000000000));
-    p.native(static_cast<uint32_t>(wall % 1000000000));
-    p.native(length);
-    p.native(length);
-    p.add(ip_header(length, outward));
-    p.big(port, 2);
-    p.big(port, 2);
-    p.big(static_cast<uint32_t>(8 + octets.size()), 2);
-    p.big(0, 2);  // no checksum
-    p.add(octets);
-    file_.write(p.text());
+    for (const int64_t number : {wall / 1000000000, wall % 1000000000, int64_t(length), int64_t(length)})
+      put_native(rows_, static_cast<uint32_t>(number));
+    put_ip_header(rows_, length, outward);
+    for (const uint32_t number : {port, port, length - 20, 0U}) rows_.put_big(number, 2);  // no checksum
+    rows_.put(octets);
+    file_.write_rows(rows_, enough_rows);
   }
+  Row rows_;
   ReportFile file_;
-  std::map<std::string, uint32_t> ports_;
+  std::map<std::string, uint32_t, std::less<>> ports_;
 };
 
 }  // namespace

@@ -7,12 +7,16 @@
 #include <string>
 #include <string_view>
 
+#include "report/row.h"
 #include "text/text_forms.h"
 
 namespace lumos {
 
 // An empty path, "-", or the device of that name.
 bool is_standard_output(const std::string& path);
+
+// So many octets are worth a call.
+constexpr size_t enough_rows = 1 << 15;
 
 class ReportFile {
  public:
@@ -22,6 +26,12 @@ class ReportFile {
   ReportFile(const ReportFile&) = delete;
   bool is_open() const { return file_ != nullptr; }
   void write(std::string_view text);
+  // And clears them, if they have at least so many octets.
+  void write_rows(Row& rows, size_t least = 0) {
+    if (rows.size() < least) return;
+    write(rows.text());
+    rows.clear();
+  }
   void format(const char* format, ...) __attribute__((format(printf, 2, 3)));
   // Puts the file in its place. A failure is told on standard error, and reports_failed() says so.
   void complete();

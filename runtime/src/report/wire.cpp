@@ -98,6 +98,14 @@ class WireStream {
 
 namespace {
 
+// Most of what goes over the wire is events, which are one piece each: this and the texts.
+struct EventHead {
+  uint64_t kind;
+  size_t sizes[6];
+  Time time;
+  unsigned long line;
+};
+
 class Wire : public Reporter {
  public:
   Wire(int descriptor, WireBox& box, WireNeeds needs) : stream_(descriptor, box), needs_(needs) {}
@@ -122,11 +130,14 @@ class Wire : public Reporter {
     pass_on();
   }
   void event(const Event& e) override {
-    tag(Tag::event);
-    number(static_cast<uint64_t>(e.kind));
-    number(static_cast<uint64_t>(e.time));
-    for (std::string_view s : {e.component, e.file, e.name, e.peer, e.text, e.octets}) text(s);
-    number(e.line);
+    const std::string_view texts[] = {e.component, e.file, e.name, e.peer, e.text, e.octets};
+    EventHead head{static_cast<uint64_t>(e.kind), {}, e.time, e.line};
+    size_t size = 1 + sizeof head;
+    for (size_t i = 0; i < std::size(head.sizes); ++i) size += head.sizes[i] = texts[i].size();
+    char* place = more(size);
+    *place++ = static_cast<char>(Tag::event);
+    place = copied(place, {reinterpret_cast<const char*>(&head), sizeof head});
+    for (std::string_view s : texts) place = copied(place, s);
     pass_on();
   }
   void test_case_ends(const Result& r) override {
@@ -160,6 +171,10 @@ class Wire : public Reporter {
     for (const std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) text(*s);
     for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
       number(n);
+  }
+  static char* copied(char* place, std::string_view s) {
+    if (!s.empty()) std::memcpy(place, s.data(), s.size());
+    return place + s.size();
   }
   void tag(Tag t) { *more(1) = static_cast<char>(t); }
   void number(uint64_t n) { std::memcpy(more(sizeof n), &n, sizeof n); }
@@ -206,14 +221,13 @@ class Unwire {
     const uint64_t n = number();
     return n <= last ? n : cut_off();
   }
-  std::string_view view() {
-    const uint64_t size = number();
+  std::string_view piece(uint64_t size) {
     if (size > text_.size()) return cut_off(), "";
     const std::string_view s = text_.substr(0, size);
     text_.remove_prefix(size);
     return s;
   }
-  std::string text() { return std::string(view()); }
+  std::string text() { return std::string(piece(number())); }
 
  private:
   uint64_t cut_off() {
@@ -231,11 +245,18 @@ void tell_begin_of(Unwire& in, const WireListener& listener) {
 }
 
 void tell_event_of(Unwire& in, const WireListener& listener) {
+  const std::string_view bytes = in.piece(sizeof(EventHead));
+  if (!in.is_good) return;
+  EventHead head;
+  std::memcpy(&head, bytes.data(), sizeof head);
+  in.is_good = head.kind <= static_cast<uint64_t>(EventKind::verdict);
   Event e;
-  e.kind = static_cast<EventKind>(in.choice(static_cast<uint64_t>(EventKind::verdict)));
-  e.time = static_cast<Time>(in.number());
-  for (std::string_view* s : {&e.component, &e.file, &e.name, &e.peer, &e.text, &e.octets}) *s = in.view();
-  e.line = in.number();
+  e.kind = static_cast<EventKind>(head.kind);
+  e.time = head.time;
+  e.line = head.line;
+  const size_t* size = head.sizes;
+  for (std::string_view* s : {&e.component, &e.file, &e.name, &e.peer, &e.text, &e.octets})
+    *s = in.piece(*size++);
   if (in.is_good) listener.event(e);
 }
 

@@ -1,8 +1,8 @@
 #include "text/text_forms.h"
 
-#include <array>
+#include <algorithm>
+#include <bit>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 
 namespace lumos {
@@ -30,43 +30,34 @@ char32_t next_character(std::string_view text, size_t& place) {
   return c;
 }
 
-void put_escape(std::string& out, char32_t c) {
-  char text[16];
+char* write_escape(char* out, char32_t c) {
   if (c >= 0x10000) {
-    put_escape(out, 0xD7C0 + (c >> 10));
+    out = write_escape(out, 0xD7C0 + (c >> 10));
     c = 0xDC00 + (c & 0x3FF);
   }
-  std::snprintf(text, sizeof text, "\\u%04x", static_cast<unsigned>(c));
-  out += text;
+  *out++ = '\\';
+  *out++ = 'u';
+  for (int shift = 12; shift >= 0; shift -= 4) *out++ = "0123456789abcdef"[c >> shift & 15];
+  return out;
 }
 
-// Octets that stand for themselves in a string of JSON. "<" does not: in a page "</script>" would end a
-// script.
-constexpr auto plain = [] {
-  std::array<bool, 256> table{};
-  for (size_t c = 32; c < 127; ++c) table[c] = c != '"' && c != '\\' && c != '<';
-  return table;
-}();
-
-// Whether eight octets are all plain, a bit of each told at once.
-bool all_plain(const char* text) {
+// How many of eight octets stand for themselves in a string of JSON before the first that does not; all are
+// looked at together. "<" does not: in a page "</script>" would end a script.
+size_t plain_octets(uint64_t octets) {
   constexpr uint64_t each = 0x0101010101010101, high = 0x80 * each;
-  uint64_t octets, found;
-  std::memcpy(&octets, text, sizeof octets);
-  found = octets | (octets - 32 * each);
+  if constexpr (std::endian::native == std::endian::big) octets = __builtin_bswap64(octets);
+  uint64_t found = octets | (octets - 32 * each);
   for (const uint64_t c : {0x7FU, unsigned{'"'}, unsigned{'\\'}, unsigned{'<'}})
     found |= (octets ^ c * each) - each;
-  return !(found & high);
+  found &= high;  // the first is found for certain: what is borrowed goes to those behind it
+  return found ? static_cast<size_t>(std::countr_zero(found)) / 8 : 8;
 }
 
-void put_json_escape(std::string& out, char32_t c) {
-  if (c == '"' || c == '\\') {
-    out += {'\\', static_cast<char>(c)};
-  } else if (c == '\n') {
-    out += "\\n";
-  } else {
-    put_escape(out, c);
-  }
+char* write_json_escape(char* out, char32_t c) {
+  if (c != '"' && c != '\\' && c != '\n') return write_escape(out, c);
+  *out++ = '\\';
+  *out++ = c == '\n' ? 'n' : static_cast<char>(c);
+  return out;
 }
 
 }  // namespace
@@ -102,48 +93,65 @@ std::string shortened(std::string_view text, size_t most) {
          " octets more";
 }
 
-void append_json(std::string& out, std::string_view text) {
-  out += '"';
+char* write_json(char* out, std::string_view text) {
+  *out++ = '"';
   for (size_t i = 0; i < text.size();) {
-    const size_t begin = i;  // what is plain goes in one piece
-    while (i + 8 <= text.size() && all_plain(text.data() + i)) i += 8;
-    while (i < text.size() && plain[static_cast<unsigned char>(text[i])]) ++i;
-    out.append(text.data() + begin, i - begin);
-    if (i < text.size()) put_json_escape(out, next_character(text, i));
+    uint64_t octets = 0;  // what is too much of it is written over
+    const size_t left = std::min<size_t>(text.size() - i, 8);
+    left == 8 ? std::memcpy(&octets, text.data() + i, 8) : std::memcpy(&octets, text.data() + i, left);
+    const size_t n = std::min(plain_octets(octets), left);
+    std::memcpy(out, &octets, 8);
+    out += n;
+    i += n;
+    if (n < left) out = write_json_escape(out, next_character(text, i));
   }
-  out += '"';
+  *out++ = '"';
+  return out;
 }
 
 std::string json_text(std::string_view text) {
-  std::string out;
-  append_json(out, text);
+  std::string out(json_room(text.size()), ' ');
+  out.resize(static_cast<size_t>(write_json(out.data(), text) - out.data()));
   return out;
 }
 
-void append_hex(std::string& out, std::string_view octets) {
+char* write_hex(char* out, std::string_view octets) {
   static const char digits[] = "0123456789ABCDEF";
-  for (unsigned char c : octets) out += {digits[c >> 4], digits[c & 15]};
+  for (unsigned char c : octets) {
+    *out++ = digits[c >> 4];
+    *out++ = digits[c & 15];
+  }
+  return out;
 }
 
 std::string hex_text(std::string_view octets) {
-  std::string out;
-  append_hex(out, octets);
+  std::string out(2 * octets.size(), ' ');
+  write_hex(out.data(), octets);
   return out;
 }
 
-void append_number(std::string& out, uint64_t number) {
-  char digits[24];
-  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+char* write_number(char* out, uint64_t number) {
+  return std::to_chars(out, out + number_room, number).ptr;
 }
 
-void append_seconds(std::string& out, int64_t nanoseconds) {
-  if (nanoseconds < 0) out += '-';
+void append_number(std::string& out, uint64_t number) {
+  char text[number_room];
+  out.append(text, write_number(text, number));
+}
+
+char* write_seconds(char* out, int64_t nanoseconds) {
+  if (nanoseconds < 0) *out++ = '-';
   uint64_t rest = nanoseconds < 0 ? -static_cast<uint64_t>(nanoseconds) : static_cast<uint64_t>(nanoseconds);
-  append_number(out, rest / 1000000000);
-  char decimals[10] = ".";
-  rest %= 1000000000;
-  for (int i = 9; i > 0; --i, rest /= 10) decimals[i] = static_cast<char>('0' + rest % 10);
-  out.append(decimals, sizeof decimals);
+  out = write_number(out, rest / 1000000000);
+  *out = '.';
+  auto decimals = static_cast<uint32_t>(rest % 1000000000);
+  for (int i = 9; i > 0; --i, decimals /= 10) out[i] = static_cast<char>('0' + decimals % 10);
+  return out + 10;
+}
+
+std::string_view base_name(std::string_view path) {
+  const void* slash = path.empty() ? nullptr : memrchr(path.data(), '/', path.size());
+  return slash ? path.substr(static_cast<size_t>(static_cast<const char*>(slash) - path.data()) + 1) : path;
 }
 
 }  // namespace lumos

@@ -13,11 +13,20 @@ std::string xml_text(std::string_view text);
 std::string shortened(std::string_view text, size_t most);
 // A string of JSON with its quotes, in ASCII; octets that are no UTF-8 become U+FFFD.
 std::string json_text(std::string_view text);
-void append_json(std::string& out, std::string_view text);
+// The same written to a place that has json_room for it; the end of what was written.
+char* write_json(char* out, std::string_view text);
+inline size_t json_room(size_t octets) {
+  return 6 * octets + 10;
+}
 std::string hex_text(std::string_view octets);
-void append_hex(std::string& out, std::string_view octets);
-void append_number(std::string& out, uint64_t number);
+char* write_hex(char* out, std::string_view octets);
+// These take at most number_room and seconds_room.
+char* write_number(char* out, uint64_t number);
 // Nanoseconds as seconds with nine decimals.
-void append_seconds(std::string& out, int64_t nanoseconds);
+char* write_seconds(char* out, int64_t nanoseconds);
+constexpr size_t number_room = 20, seconds_room = 31;
+void append_number(std::string& out, uint64_t number);
+// A path without its folders.
+std::string_view base_name(std::string_view path);
 
 }  // namespace lumos
