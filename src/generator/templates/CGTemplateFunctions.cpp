@@ -99,13 +99,14 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
 
 // ---- Values ----
 
-// True for a matching mechanism anywhere in the body: there is no one value.
+// True for a matching mechanism anywhere in the body: there is no one value. What an operation asks about a
+// template, such as `match`, is a value all the same.
 bool IsAmbiguous(T3Tree_Node* node) {
   bool found = false;
   ForEachInSubtree(node, [&found](T3Tree_Node* at) {
     found = found || at->is<_T3MatchingExpression>() || at->is<ExtraMatchingExpressions>() ||
             at->is<T3LengthRange>();
-    return !found && !at->is<T3Parameterization>();
+    return !found && (!at->is<_T3Expression>() || at->is<T3CompoundValue>());
   });
   return found;
 }
