@@ -1,21 +1,23 @@
 #!/usr/bin/env python3
 """Measures how processor time, memory and the size of the generated code grow with inputs that are large in one way.
 
-    growth.py --orvane PROGRAM [--filter TEXT] [--scale FACTOR]
+    growth.py --orvane PROGRAM [--filter TEXT] [--scale FACTOR] [--instructions]
 
 Each row is one kind of input in sizes 1, 2, 4 and 8 times its base, compiled with `-c`; the growth of a step is that of
-the larger of time and memory behind those of the start of the compiler. FACTOR makes all bases larger.
+the larger of time and memory behind those of the start of the compiler. FACTOR makes all bases larger. --instructions counts these instead of time, which needs valgrind.
 """
 
 import argparse
 import os
 import resource
 import subprocess
-import sys
 import tempfile
 from pathlib import Path
 
+import instructions
+
 SECONDS, MEGABYTES = 20, 3000
+SOME_SECONDS, SOME_MEGABYTES = 0.02, 4  # what is less says nothing of growth
 STEPS = (1, 2, 4, 8)
 HEAD = "module M { type integer T; type component C { port P p; timer t } type port P message { inout integer, charstring }\n"
 INPUTS = {}
@@ -180,33 +182,48 @@ def measure(orvane, modules):
         return usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024, size
 
 
+def counted(orvane, modules):
+    """Like measure, with instructions in place of seconds."""
+    found = measure(orvane, modules)
+    if isinstance(found, str):
+        return found
+    with tempfile.TemporaryDirectory() as folder:
+        for name, text in ({"M": modules} if isinstance(modules, str) else modules).items():
+            (Path(folder) / f"{name}.ttcn").write_text(text)
+        names = sorted(path.name for path in Path(folder).iterdir())
+        number = instructions.count([str(orvane), "-v", "1", "-c", "-F", *names], folder)
+    return "was not counted" if number is None else (number, *found[1:])
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--orvane", required=True, type=Path)
     parser.add_argument("--filter", default="")
     parser.add_argument("--scale", type=float, default=1)
+    parser.add_argument("--instructions", action="store_true")
     options = parser.parse_args()
     orvane = options.orvane.resolve()
-    start = measure(orvane, "module M {}\n")
-    worst = 0.0
+    take, unit = (counted, "instructions") if options.instructions else (measure, "s")
+    start = take(orvane, "module M {}\n")
     for name, (base, function) in INPUTS.items():
         if options.filter not in name:
             continue
         rows, before = [], None
         for step in STEPS:
-            found = measure(orvane, function(max(1, int(base * step * options.scale))))
+            found = take(orvane, function(max(1, int(base * step * options.scale))))
             if isinstance(found, str):
                 rows.append(found)
-                worst = 99
                 break
             growth = ""
-            if before and min(before[0] - start[0], before[1] - start[1]) > 0:
-                factors = [(now - least) / (old - least) for now, old, least in zip(found[:2], before[:2], start[:2])]
-                growth = " x" + "/".join(f"{factor:.1f}" for factor in factors)
-            rows.append(f"{found[0]:.2f} s {found[1]:.0f} MB {found[2] / 1e6:.2f} MB{growth}")
+            if before:
+                least = (0 if options.instructions else SOME_SECONDS, SOME_MEGABYTES)
+                factors = [f"{(now - base) / (old - base):.1f}" if old - base > enough else "-"
+                           for now, old, base, enough in zip(found[:2], before[:2], start[:2], least)]
+                growth = " x" + "/".join(factors)
+            cost = f"{found[0]:,}" if options.instructions else f"{found[0]:.2f}"
+            rows.append(f"{cost} {unit} {found[1]:.0f} MB {found[2] / 1e6:.2f} MB{growth}")
             before = found
         print(f"{name:22} {int(base * options.scale):6}  " + " | ".join(rows), flush=True)
-    sys.exit(0)
 
 
 main()

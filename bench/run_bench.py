@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
 """Measures the compiler on generated suites and prints the figures beside the budgets.
 
-    run_bench.py --orvane PROGRAM [--before PROGRAM] [--parts stages,chain,growth,matching,fields]
-                 [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N]
+    run_bench.py --orvane PROGRAM [--before PROGRAM] [--parts stages,instructions,chain,growth,matching,fields]
+                 [--sizes 10000,100000,1000000] [--actions s,a,c] [--layouts many,one] [--rounds N] [--short]
     run_bench.py --orvane PROGRAM --exchange 1000000     the run-time library instead: messages between components
 
-Prints, one below the other, the compiler's stages (this file), the road from sources to verdicts (chain.py), growth with
+Prints, one below the other, the compiler's stages (this file), instructions for each line (instructions.py), the road from
+sources to verdicts (chain.py), growth with
 inputs that are large in one way (growth.py), matching and messages of bit fields (match_bench and raw_bench, where they were
 built beside the program by `cmake --build ... --target match_bench raw_bench`); each part with the program that --before
-names first.
+names first. --short takes up to 100,000 lines and two rounds: all figures in some minutes.
 
 `many` stands for modules of 1,000 lines that import each other, `one` for a single module. In each round the sizes take
 turns, and each size gets as many runs as make up the lines of the largest one: a hundred runs of 10,000 lines stand
@@ -47,11 +48,11 @@ class Budget:
 
 
 BUDGETS = {
-    "s": Budget(1_000_000, 2.5, None),
-    "a": Budget(300_000, None, 1.1),
+    "s": Budget(1_500_000, 2.5, None),
+    "a": Budget(600_000, None, 1.1),
     "c": Budget(300_000, None, None),
 }
-BUDGET_START_UP = 0.005
+BUDGET_START_UP = 0.001
 BUDGET_EXCHANGE = 2_000_000
 
 
@@ -222,7 +223,7 @@ def measure_parts(arguments, folder):
             if part == "stages":
                 print(f"\n{title}", flush=True)
                 measure(argparse.Namespace(**{**vars(arguments), "orvane": program}), folder)
-            elif part in ("chain", "growth"):
+            elif part in ("instructions", "chain", "growth"):
                 run_part(title, [sys.executable, str(BENCH / f"{part}.py"), "--orvane", program])
             elif part in ("matching", "fields") and bench.exists():
                 run_part(title, [str(bench)])
@@ -257,14 +258,17 @@ def main():
     parser = argparse.ArgumentParser(description="Measures the compiler on generated suites.")
     parser.add_argument("--orvane", required=True)
     parser.add_argument("--before", help="another build of the compiler, measured as well")
-    parser.add_argument("--parts", default="stages,chain,growth,matching,fields")
+    parser.add_argument("--parts", default="stages,instructions,chain,growth,matching,fields")
     parser.add_argument("--sizes", default="10000,100000,1000000")
     parser.add_argument("--actions", default="s,a,c")
     parser.add_argument("--layouts", default="many,one")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--cold", action="store_true", help="do not touch memory before the runs")
     parser.add_argument("--exchange", type=int, default=0, help="messages to exchange at run time")
+    parser.add_argument("--short", action="store_true", help="up to 100,000 lines, two rounds")
     arguments = parser.parse_args()
+    if arguments.short:
+        arguments.sizes, arguments.rounds = "10000,100000", 2
     memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
     with tempfile.TemporaryDirectory(prefix="orvane-bench-", dir=memory) as folder:
         (measure_exchange if arguments.exchange else measure_parts)(arguments, Path(folder))

@@ -8,8 +8,9 @@
 #include "driver/diagnostics/T3Exception.h"
 
 namespace {
-// Most functions have no more temporary variables.
+// Most functions have no more temporary variables, of no more types.
 constexpr size_t kSomeVariables = 8;
+constexpr size_t kSomeTypes = 4;
 }  // namespace
 
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
@@ -179,9 +180,7 @@ void CFunction::endIfPP() {
 }
 
 void CFunction::addComment(CWords parts) {
-  addLine("/* ");
-  body_.add(parts);
-  body_.add(" */");
+  body_.add(CList({line(), "/* "}, parts, "", " */"));
 }
 
 std::string CFunction::getNewLabel() {
@@ -205,6 +204,7 @@ void CFunction::dummyDecl() {
 size_t CFunction::typePlace(std::string_view type) {
   size_t place = 0;
   while (place < types_.size() && types_[place].name != type) ++place;
+  if (types_.empty()) types_.reserve(kSomeTypes);
   if (place == types_.size()) types_.push_back({std::string(type), {}});
   return place;
 }

@@ -62,6 +62,9 @@ def check_changes(place):
     place.run("Root.ttcn", out="Root.TC: pass ")
     if times != place.times():
         sys.exit("built again for a comment")
+    for gone in ("Root.c", "Root.h", "Root.o", "Root.run", "makefile"):
+        (place.folder / ".orvane-run" / gone).unlink()
+        place.run("Root.ttcn", out="Root.TC: pass ")
     place.write("Root.ttcn", SUITE % ("Root", "const integer c := x;", "pass"))
     place.run("Root.ttcn", status=247, err='no declaration for "x"')
     place.write("Root.ttcn", "module Root {")

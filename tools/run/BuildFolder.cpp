@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <vector>
 
 namespace run {
 
@@ -56,6 +57,19 @@ void BuildFolder::Prepare(const std::string& setup, const std::string& times) {
   std::filesystem::remove(path_ / kRecord);
   if (!old.starts_with(setup + kTimes)) return Clear("");
   if (ChangedWithinSecond(old.substr(setup.size() + std::strlen(kTimes)), times)) Clear(".t3a");
+  DropStampsWithoutCode();
+}
+
+// Those of ASN.1's own files, which have two extensions, stand for no code.
+void BuildFolder::DropStampsWithoutCode() const {
+  std::vector<std::filesystem::path> stamps;
+  for (const auto& entry : std::filesystem::directory_iterator(path_))
+    if (entry.path().extension() == ".t3a" && !entry.path().stem().has_extension())
+      stamps.push_back(entry.path());
+  for (const std::filesystem::path& stamp : stamps)
+    for (const char* code : {".c", ".h"})
+      if (!std::filesystem::exists(std::filesystem::path(stamp).replace_extension(code)))
+        std::filesystem::remove(stamp);
 }
 
 void BuildFolder::Clear(const std::string& extension) const {

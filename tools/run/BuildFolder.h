@@ -29,6 +29,8 @@ class BuildFolder {
 
  private:
   void Clear(const std::string& extension) const;
+  /// The compiler's stamps tell of sources alone: whoever deletes code gets it again.
+  void DropStampsWithoutCode() const;
 
   std::filesystem::path path_;
   int lock_;

@@ -109,16 +109,16 @@ static std::string InComment(std::string text) {
 }
 
 void CGCommentPlace(CFunction& function, const tPosition& position, std::string_view what) {
-  const bool is_elsewhere = IsElsewhere(position, CGCurrentModule());
+  T3Module* module = CGCurrentModule();
+  const bool is_elsewhere = IsElsewhere(position, module);
   const std::string other = is_elsewhere ? CGSourceFileName(position) : std::string();
-  const std::string& file = is_elsewhere ? other : CGSourceFileName(CGCurrentModule());
-  function.addText("\n");
+  const std::string& file = is_elsewhere ? other : CGSourceFileName(module);
   const std::string line = std::to_string(position.Line);
-  if (file.find('*') == std::string::npos && what.find('*') == std::string::npos) {
+  function.addText("\n");
+  if (file.find('*') == std::string::npos && what.find('*') == std::string::npos)
     function.addComment({file, " - line ", line, " : ", what});
-  } else {
+  else
     function.addComment(InComment(joined({file, " - line ", line, " : ", what})));
-  }
 }
 
 void CGLogInformation(CFunction& function, const std::string& text) {

@@ -84,10 +84,23 @@ const char* StaticWord(T3Tree_Node* type) {
   }
 }
 
-std::string StaticBuiltinRef(T3Tree_Node* type) {
-  if (type->is<T3Default>()) return LUMO_STATIC_DEFAULT_TYPE;
-  if (T3Tree_Node* copy = BuiltinCopy(type)) return joined({"&(", VEXABuiltinTypeStructName(copy), ")"});
-  return StaticWord(type);
+// What stands for the built-in types of the module that is being generated, which many rows of tables name.
+struct BuiltinRefs {
+  tIdent module = NoIdent;
+  std::unordered_map<T3Kind, std::string> by_kind;
+};
+BuiltinRefs& Refs() {
+  static auto& refs = *new BuiltinRefs;
+  return refs;
+}
+const ModuleCache builtin_refs([] { Refs() = {}; });
+
+const std::string& StaticBuiltinRef(T3Tree_Node* type) {
+  if (Refs().module != gT3Context.currentModuleName()) Refs() = {gT3Context.currentModuleName(), {}};
+  std::string& ref = Refs().by_kind[type->kind];
+  if (!ref.empty()) return ref;
+  T3Tree_Node* copy = type->is<T3Default>() ? nullptr : BuiltinCopy(type);
+  return ref = copy != nullptr ? joined({"&(", VEXABuiltinTypeStructName(copy), ")"}) : StaticWord(type);
 }
 
 std::string StaticDeclarationRef(T3Tree_Node* decl) {
@@ -214,32 +227,14 @@ T3Tree_Node* BuiltinBehind(T3Tree_Node* decl) {
   return nullptr;
 }
 
-namespace {
-// The built-in types of a module by their kinds, which are asked for at each use of one.
-struct BuiltinCopies {
-  T3Module* module = nullptr;
-  std::unordered_map<T3Kind, T3Tree_Node*> by_kind;
-};
-BuiltinCopies& Copies() {
-  static auto& copies = *new BuiltinCopies;
-  return copies;
-}
-const ModuleCache builtin_copies([] { Copies() = {}; });
-}  // namespace
-
 T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type) {
   T3Module* module = CurrentModule();
   if (module == nullptr) return nullptr;
-  auto& [known, by_kind] = Copies();
-  if (module != known) {
-    known = module;
-    by_kind.clear();
-    gT3AST.ForallT3Tree(module->attr().vexa_builtins, [](T3Tree_Node* decl) {
-      if (T3Is<T3TypeDecl>(decl)) Copies().by_kind[decl->as<T3TypeDecl>()->type->kind] = decl;
-    });
-  }
-  const auto found = by_kind.find(builtin_type->kind);
-  return found == by_kind.end() ? nullptr : found->second;
+  T3Tree_Node* found = nullptr;
+  gT3AST.ForallT3Tree(module->attr().vexa_builtins, [&](T3Tree_Node* decl) {
+    if (T3Is<T3TypeDecl>(decl) && decl->as<T3TypeDecl>()->type->kind == builtin_type->kind) found = decl;
+  });
+  return found;
 }
 
 bool IsT3ASN_1(T3Tree_Node* node) {

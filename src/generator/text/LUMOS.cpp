@@ -54,7 +54,7 @@ std::string Origin(T3Tree_Node* decl) {
 
 // The module's own name for an import, unless it imports the same name from another module as well: then it
 // is that of the declaration.
-std::string QualifiedImport(T3Tree_Node* decl) {
+const std::string& QualifiedImport(T3Tree_Node* decl) {
   static auto& owners = *new std::unordered_map<std::string, T3Tree_Node*>;
   // an import has many names, which are asked for one after the other
   static T3Tree_Node* last = nullptr;
