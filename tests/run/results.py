@@ -151,7 +151,7 @@ def check_names(suite):
                             ("--junit --html r", "option '--junit' needs a value"), ("--log=", "option '--log=' needs a value"),
                             ("--seed 99999999999999999999", "is no value"), ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
                             ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
-                            ("--shard 3/2", "'3/2' is no value"), ("-c .", "could not open '.'"), ("-P .", "could not open '.'"), ("-j 0", "'0' is no value")):
+                            ("--shard 3/2", "'3/2' is no value for option '--shard', which takes K/N: "), ("-c .", "could not open '.': "), ("-P .", "could not open '.'"), ("-j 0", "'0' is no value")):
         _, err = suite.run(arguments, status=2)
         check_has(err, [text], arguments)
 
