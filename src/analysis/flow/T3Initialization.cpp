@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "analysis/walk/T3Eval.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
 #include "analysis/types/T3References.h"
@@ -26,6 +27,7 @@ class BodyWalk {
   void Enter(T3Tree_Node* decl);
   void List(T3Tree_Node* list);
   void Parameters(T3Tree_Node* fpl);
+  void Declaration(T3Tree_Node* decl);
   void Declarations(T3Tree_Node* decls);
 
  private:
@@ -98,15 +100,17 @@ void BodyWalk::Parameters(T3Tree_Node* fpl) {
   }
 }
 
+void BodyWalk::Declaration(T3Tree_Node* decl) {
+  if (auto* variable = decl->try_as<T3VarDecl>())
+    Variable(variable);
+  else if (auto* value = decl->try_as<T3TemplateDecl>())
+    Reads(value->definition);
+  else if (auto* constant = decl->try_as<T3ConstDecl>())
+    Reads(constant->value);
+}
+
 void BodyWalk::Declarations(T3Tree_Node* decls) {
-  for (auto* at : Items<_T3Decl>(decls)) {
-    if (auto* variable = at->try_as<T3VarDecl>())
-      Variable(variable);
-    else if (auto* decl = at->try_as<T3TemplateDecl>())
-      Reads(decl->definition);
-    else if (auto* value = at->try_as<T3ConstDecl>())
-      Reads(value->value);
-  }
+  for (auto* at : Items<_T3Decl>(decls)) Declaration(at);
 }
 
 // ---- Expressions ----
@@ -200,13 +204,16 @@ void BodyWalk::Reads(T3Tree_Node* root) {
 
 // ---- Statements ----
 
+bool HasFirstValue(T3VarDecl* decl) {
+  return IsGiven(decl->value) || T3Is<T3TemplateDef>(decl->value);
+}
+
 void BodyWalk::Variable(T3VarDecl* decl) {
-  const bool has_value = IsGiven(decl->value) || T3Is<T3TemplateDef>(decl->value);
   const bool is_known = names_.count(decl->name) > 0;
   Enter(decl);
   // A loop that comes by again finds it as it was declared.
   assigned_[variables_[decl->number]] = false;
-  if (!has_value) return;
+  if (!HasFirstValue(decl)) return;
   Reads(decl->value);
   variables_.erase(decl->number);
   if (!is_known) names_.erase(decl->name);
@@ -308,6 +315,30 @@ void BodyWalk::List(T3Tree_Node* list) {
 
 // ---- Bodies ----
 
+// True for the name of an inherited variable that gets no value where it is declared.
+bool IsOpenInherited(const T3Members& members, T3Tree_Node* name, T3ComponentType* component) {
+  T3Tree_Node* def = NameOf(name) == NoIdent ? nullptr : members.Find(NameOf(name));
+  return T3Is<T3VarDecl>(def) && def->place->vexa_owner != component && !HasFirstValue(def->as<T3VarDecl>());
+}
+
+// What is inherited matters only where such a variable is read: then all is walked that is done to it.
+bool ReadsOpenInherited(T3ComponentType* component) {
+  const T3Members& members = MembersOf(component);
+  bool reads = false;
+  for (auto* decl : Items<_T3Decl>(component->decls))
+    if (auto* value = decl->try_as<_T3InstanceValueDecl>(); value != nullptr && value->value != nullptr)
+      ForEachInSubtree(value->value, [&](T3Tree_Node* node) {
+        reads = reads || IsOpenInherited(members, node, component);
+        return !reads;
+      });
+  return reads;
+}
+
+void Members(BodyWalk& walk, T3ComponentType* component) {
+  if (!ReadsOpenInherited(component)) return walk.Declarations(component->decls);
+  for (T3Tree_Node* member : MembersOf(component).All()) walk.Declaration(member);
+}
+
 int LevelAt(T3Tree_Node* node) {
   return node->place == nullptr ? 0 : GetInitializeCheck(node->place->vexa_my_module);
 }
@@ -333,7 +364,7 @@ void EnterBody(T3Tree_Node* node) {
   g_early.clear();
   if (LevelAt(node) == 0) return;
   BodyWalk walk;
-  if (auto* component = node->try_as<T3ComponentType>()) return walk.Declarations(component->decls);
+  if (auto* component = node->try_as<T3ComponentType>()) return Members(walk, component);
   if (auto* control = node->try_as<T3ControlPart>()) return walk.List(control->body);
   auto* decl = node->as<_T3FunctionBodyDecl>();
   walk.Parameters(decl->fpl);

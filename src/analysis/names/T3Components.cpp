@@ -7,10 +7,10 @@
 #include <unordered_set>
 
 #include "analysis/names/T3Imports.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
 #include "driver/diagnostics/T3Error.h"
-#include "support/NumberMap.h"
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/FormatText.h"
@@ -19,9 +19,6 @@
 namespace {
 constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\"",
                                               vexa_error_severity_t::sev_duplicate, 1};
-
-/// The declarations from which others were copied, by the numbers of the copies.
-NumberMap<T3Tree_Node*>& base_decls = *new NumberMap<T3Tree_Node*>;
 
 // Component types whose lists are merged.
 std::unordered_set<T3Tree_Node*>& ExtendedTypes() {
@@ -259,27 +256,51 @@ void ReportClashErrors(const std::vector<tIdent>& names, const tPosition& positi
                position);
 }
 
+// Adds to `members` what `decls` has and they do not; another declaration of a name that is there clashes.
+std::vector<tIdent> AddMembers(T3Members& members, const T3NodeList& decls) {
+  std::vector<tIdent> clashes;
+  const T3Members before = members;
+  for (T3Tree_Node* decl : decls) {
+    T3Tree_Node* known = before.Find(decl->as<_T3Decl>()->name);
+    if (known == nullptr)
+      members.Append(decl);
+    else if (known != decl)
+      clashes.push_back(decl->as<_T3Decl>()->name);
+  }
+  return clashes;
+}
+
+T3NodeList OwnDecls(T3ComponentType* component) {
+  T3NodeList own;
+  for (auto* decl : Items<_T3Decl>(component->decls)) own.push_back(decl);
+  return own;
+}
+
 // Merges what there is, faults or not.
 bool ExtensionStage::Extend(T3Tree_Node* component, bool report) {
   auto* type = component->as<T3ComponentType>();
   if (!type->extends->is<T3TypeItem>() || !ExtendedTypes().insert(component).second) return true;
   bool passed = true;
-  T3Tree_Node* list = _sgT3NoDecl(false);
-  const auto append = [&](T3Tree_Node* source, bool own, const tPosition& position) {
-    std::vector<tIdent> clashes;
-    if (AppendDeclList(list, source, own, &list, &clashes)) return;
+  T3Members members;
+  const auto add = [&](const T3NodeList& decls, const tPosition& position) {
+    const std::vector<tIdent> clashes = AddMembers(members, decls);
     if (report) ReportClashErrors(clashes, position);
-    passed = false;
+    passed = passed && clashes.empty();
   };
   ForElements(component, module_->name, [&](const ExtendsElement& element) {
     const _vexa_error_message_t* message = nullptr;
     T3Tree_Node* base = table_.GetDefinition(element.filtered, &message);
-    if (base != nullptr) return append(base->as<T3ComponentType>()->decls, false, element.position);
-    if (report) vexa_filtered_error(*message, element.position, element.name);
-    passed = false;
+    if (base == nullptr) {
+      if (report) vexa_filtered_error(*message, element.position, element.name);
+      passed = false;
+    } else if (members.empty()) {
+      members = MembersOf(base->as<T3ComponentType>());
+    } else {
+      add(MembersOf(base->as<T3ComponentType>()).All(), element.position);
+    }
   });
-  append(type->decls, true, type->position);
-  type->decls = list;
+  add(OwnDecls(type), type->position);
+  SetMembers(type, members);
   return passed;
 }
 
@@ -292,60 +313,7 @@ bool ExtensionStage::Run() {
   for (const tIdent name : order) passed = Extend(table_.Local(name), passed) && passed;
   return passed;
 }
-
-// A node of the same kind and fields, children shared.
-T3Tree_Node* CopyDecl(T3Tree_Node* decl) {
-  T3Tree_Node* copy = nullptr;
-  if (auto* var = decl->try_as<T3VarDecl>())
-    copy = gT3AST.mT3VarDecl(var->position, nullptr, var->name, var->with_spec, var->type, var->value,
-                             var->is_template_variable, var->templ_restriction);
-  else if (auto* constant = decl->try_as<T3ConstDecl>())
-    copy = gT3AST.mT3ConstDecl(constant->position, nullptr, constant->name, constant->with_spec,
-                               constant->type, constant->value);
-  else if (auto* port = decl->try_as<T3PortDecl>())
-    copy = gT3AST.mT3PortDecl(port->position, nullptr, port->name, port->with_spec, port->type);
-  else
-    internal_error_ast("T3Components", __LINE__, "CopyDeclsList", decl);
-  StoreBaseDecl(copy, decl);
-  return copy;
-}
-
-// Builds a list from its front.
-class ListBuilder {
- public:
-  void Append(T3Tree_Node* decl) {
-    *link_ = decl;
-    link_ = &decl->as<_T3Decl>()->next;
-  }
-  T3Tree_Node* Close(T3Tree_Node* end) {
-    *link_ = end;
-    return head_;
-  }
-
- private:
-  T3Tree_Node* head_ = nullptr;
-  T3Tree_Node** link_ = &head_;
-};
 }  // namespace
-
-T3Tree_Node* GetBaseDecl(T3Tree_Node* decl) {
-  while (T3Tree_Node* const* base = base_decls.Find(decl->number)) decl = *base;
-  return decl;
-}
-
-void StoreBaseDecl(T3Tree_Node* copy, T3Tree_Node* source) {
-  base_decls[copy->number] = GetBaseDecl(source);
-}
-
-bool IsCopiedDecl(const T3Tree_Node* decl) {
-  return base_decls.Find(decl->number) != nullptr;
-}
-
-T3Tree_Node* CopyDeclsList(T3Tree_Node* list) {
-  ListBuilder builder;
-  for (auto* decl : Items<_T3Decl>(list)) builder.Append(CopyDecl(decl));
-  return builder.Close(_sgT3NoDecl(false));
-}
 
 bool ContainsExtensions(T3Tree_Node* decls) {
   bool contains = false;
@@ -360,37 +328,6 @@ bool ContainsExtensions(T3Tree_Node* decls) {
 tIdent MakeQualifiedId(tIdent module, tIdent name) {
   return gIdents.MakeIdent(std::string(gIdents.GetString(module)) + "." +
                            std::string(gIdents.GetString(name)));
-}
-
-bool AppendDeclList(T3Tree_Node* target, T3Tree_Node* source, bool own, T3Tree_Node** result,
-                    std::vector<tIdent>* clashes) {
-  *result = target;
-  if (!source->is<_T3Decl>()) return true;
-  if (!target->is<_T3Decl>()) {
-    *result = own ? source : CopyDeclsList(source);
-    return true;
-  }
-  std::unordered_map<tIdent, T3Tree_Node*> known;
-  ListBuilder builder;
-  for (auto* decl : Items<_T3Decl>(target)) {
-    known.emplace(decl->name, decl);
-    builder.Append(decl);
-  }
-  bool passed = true;
-  for (T3Tree_Node* decl = source; decl->is<_T3Decl>();) {
-    T3Tree_Node* next = decl->as<_T3Decl>()->next;
-    const tIdent name = decl->as<_T3Decl>()->name;
-    const auto found = known.find(name);
-    if (found == known.end()) {
-      builder.Append(own ? decl : CopyDecl(decl));
-    } else if (GetBaseDecl(found->second) != GetBaseDecl(decl)) {
-      clashes->push_back(name);
-      passed = false;
-    }
-    decl = next;
-  }
-  *result = builder.Close(_sgT3NoDecl(false));
-  return passed;
 }
 
 bool ExtendComponents(T3Tree_Node* root) {

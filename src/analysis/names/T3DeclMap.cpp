@@ -64,8 +64,19 @@ void T3DeclMap::Insert(tIdent name, tIdent module, T3Tree_Node* decl) {
   *FreeSlot(name) = entry;
 }
 
-std::span<const T3DeclMap::Entry> T3DeclMap::Find(tIdent name) const {
+void T3DeclMap::Inherit(const T3Members& members, tIdent module) {
+  filter_ = ~uint64_t{0};
+  inherited_ = std::make_unique<Inherited>(Inherited{members, module});
+}
+
+std::span<const T3DeclMap::Entry> T3DeclMap::Find(tIdent name) {
   const Entry* slot = SlotOf(name);
+  if (slot == nullptr && inherited_ != nullptr) {
+    T3Tree_Node* decl = inherited_->members.Find(name);
+    if (decl == nullptr) return {};
+    Insert(name, inherited_->module, decl);
+    slot = SlotOf(name);
+  }
   if (slot == nullptr) return {};
   if (slot->decl != nullptr) return {slot, 1};
   Several& list = several_[slot->module];

@@ -3,9 +3,11 @@
 // list. A filter of one word tells in most cases at once that a name is not here.
 #pragma once
 
+#include <memory>
 #include <span>
 #include <vector>
 
+#include "analysis/names/T3Members.h"
 #include "frontend/T3Tree.h"
 
 class T3DeclMap {
@@ -25,11 +27,13 @@ class T3DeclMap {
 
   /// Enters a declaration; the same entry again changes nothing.
   void Insert(tIdent name, tIdent module, T3Tree_Node* decl);
-  /// The declarations of a name in the order of their numbers, valid up to the next Insert.
-  std::span<const Entry> Find(tIdent name) const;
+  /// What a component inherits is found as well, as if it were declared here in `module`.
+  void Inherit(const T3Members& members, tIdent module);
+  /// The declarations of a name in the order of their numbers, valid up to the next Insert or Find.
+  std::span<const Entry> Find(tIdent name);
   /// False when the name is surely not here.
   bool MayHave(tIdent name) const { return (filter_ >> (Hash(name) >> 58) & 1) != 0; }
-  bool empty() const { return names_ == 0; }
+  bool empty() const { return names_ == 0 && inherited_ == nullptr; }
 
  private:
   static constexpr size_t kSmall = 8;
@@ -53,7 +57,13 @@ class T3DeclMap {
   // A slot without declaration and with a name has the index of its list in `module`. In a hash table a slot
   // without name is free.
   std::vector<Entry> slots_;
-  mutable std::vector<Several> several_;
+  std::vector<Several> several_;
   uint64_t filter_ = 0;
   size_t names_ = 0;
+  // What was asked for of it is entered.
+  struct Inherited {
+    T3Members members;
+    tIdent module;
+  };
+  std::unique_ptr<Inherited> inherited_;
 };

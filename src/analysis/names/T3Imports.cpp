@@ -405,7 +405,7 @@ bool HasKind(T3Tree_Node* decl, t3_import_restr_t restr) {
 
 // Modules whose scopes stand are asked there; others are searched.
 T3Tree_Node* FirstOwnDecl(T3Module* module, tIdent id) {
-  const T3DeclMap& map = *DeclsOut(module->definition_part);
+  T3DeclMap& map = *DeclsOut(module->definition_part);
   if (!map.empty()) {
     for (const T3DeclMap::Entry& entry : map.Find(id))
       if (IsLocalDecl(entry.decl) && !entry.decl->is<T3Module>() && !entry.decl->is<T3GroupDecl>())

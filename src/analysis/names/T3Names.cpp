@@ -51,7 +51,7 @@ void Classify(T3Tree_Node* node, Candidates& candidates) {
 template <class Call>
 void ForEntries(T3Tree_Node* env, tIdent name, tIdent qualifier, const Call& call) {
   for (; T3Is<T3MapEnv>(env); env = static_cast<T3MapEnv*>(env)->outer) {
-    const T3DeclMap* map = static_cast<T3MapEnv*>(env)->decls;
+    T3DeclMap* map = static_cast<T3MapEnv*>(env)->decls;
     if (map == nullptr || !map->MayHave(name)) continue;
     for (const T3DeclMap::Entry& entry : map->Find(name))
       if (entry.Answers(qualifier) && !call(entry.decl)) return;
@@ -327,7 +327,7 @@ tIdent ImportedModule(const _T3ImportDecl* import) {
 }
 
 bool VisibleUnqualified(T3Tree_Node* module, T3Tree_Node* import_decl) {
-  const T3DeclMap& map = *DeclsOut(module->as<T3Module>()->definition_part);
+  T3DeclMap& map = *DeclsOut(module->as<T3Module>()->definition_part);
   const auto found = map.Find(DeclaredName(import_decl));
   return !found.empty() && found.front().decl == import_decl && found.back().decl == import_decl;
 }

@@ -82,8 +82,7 @@ void CheckAddressConflicts(T3Tree_Node* root);
 /// Sets the place records of a whole T3Builtin root, parents and child slots, builds its scopes, and
 /// registers its declarations. The map of a list of declarations lies on the head of the list (cold). Sets
 /// vexa_index, vexa_place, has_component, has_return_type, vexa_component_type and visible_unqualified.
-/// Declarations that a component inherits share their types and values with the declaration that they
-/// come from (T3Components.h): those keep their own places. Runs first in T3Eval::Evaluate.
+/// Runs first in T3Eval::Evaluate.
 void SetPlaces(T3Tree_Node* root);
 /// The same for a subtree made later, which stands where `like` stands.
 void SetPlacesLike(T3Tree_Node* subtree, const T3Tree_Node* like);

@@ -2,8 +2,8 @@
 // its own stack, so that neither long lists nor deep nestings take any of the process's.
 #include <new>
 
-#include "analysis/names/T3Components.h"
 #include "analysis/names/T3DeclMap.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -64,6 +64,7 @@ class PlaceWalk {
 
   T3DeclMap* RegisterModule(T3Module* module);
   T3DeclMap* RegisterList(T3Tree_Node* list);
+  T3DeclMap* RegisterMembers(T3ComponentType* component);
   T3DeclMap* RegisterStatements(T3Tree_Node* list);
   T3DeclMap* RegisterParameters(T3Tree_Node* list);
   T3Tree_Node* ComponentScope(T3Tree_Node* component);
@@ -283,7 +284,6 @@ void PlaceWalk::Visit(T3Tree_Node* node, T3Place* place) {
 
 // The kinds of declarations whose children have other places; false for the others.
 bool PlaceWalk::VisitDecl(T3Tree_Node* node, T3Place* place) {
-  if (place->vexa_owner->is<T3ComponentType>() && IsCopiedDecl(node)) return true;
   if (node->is<_T3ImportDecl>()) {
     VisitImport(node->as<_T3ImportDecl>());
     return false;
@@ -424,7 +424,7 @@ bool PlaceWalk::VisitType(T3Tree_Node* node, T3Place* place) {
 
 void PlaceWalk::VisitComponent(T3ComponentType* type, T3Place* place) {
   Push(type, type->extends, place);
-  T3Place* inner = WithScope(place, RegisterList(type->decls));
+  T3Place* inner = WithScope(place, RegisterMembers(type));
   inner->vexa_owner = type;
   PushDecls(type, type->decls, inner, kInComponent);
 }
@@ -541,6 +541,19 @@ T3DeclMap* PlaceWalk::RegisterList(T3Tree_Node* list) {
   return map;
 }
 
+// The maps of components that extend others, by the numbers of their types.
+std::unordered_map<uint32_t, T3DeclMap*>& g_extended = *new std::unordered_map<uint32_t, T3DeclMap*>;
+
+T3DeclMap* PlaceWalk::RegisterMembers(T3ComponentType* component) {
+  if (!T3Is<T3TypeItem>(component->extends)) return RegisterList(component->decls);
+  T3DeclMap*& map = g_extended[component->number];
+  if (map != nullptr) return map;
+  map = new T3DeclMap;
+  for (auto* decl : Items<_T3Decl>(component->decls)) RegisterDecl(decl, module_name_, map);
+  map->Inherit(MembersOf(component), module_name_);
+  return map;
+}
+
 T3DeclMap* PlaceWalk::RegisterStatements(T3Tree_Node* list) {
   T3DeclMap* map = nullptr;
   for (auto* stmt : Items<_T3Stmt>(list)) {
@@ -561,8 +574,7 @@ T3DeclMap* PlaceWalk::RegisterParameters(T3Tree_Node* list) {
 // All behaviours of a module that run on one component share its scope.
 T3Tree_Node* PlaceWalk::ComponentScope(T3Tree_Node* component) {
   T3Tree_Node*& scope = component_scopes_[component];
-  if (scope == nullptr)
-    scope = MakeMapEnv(module_env_, RegisterList(component->as<T3ComponentType>()->decls));
+  if (scope == nullptr) scope = MakeMapEnv(module_env_, RegisterMembers(component->as<T3ComponentType>()));
   return scope;
 }
 

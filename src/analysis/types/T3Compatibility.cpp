@@ -1,10 +1,11 @@
 // Which types fit each other: compatibility of structures, strict compatibility, strings, components.
+#include <algorithm>
 #include <set>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "analysis/types/T3Bounds.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3KindCover.h"
@@ -139,27 +140,17 @@ bool IsSameAddress(T3Tree_Node* a, T3Tree_Node* b) {
   return base == GetAddressBaseType(b) || IsSameBuiltinType(base, GetAddressBaseType(b));
 }
 
-// The declarations of a component by name.
-std::unordered_multimap<tIdent, T3Tree_Node*> DeclsByName(T3Tree_Node* decls) {
-  std::unordered_multimap<tIdent, T3Tree_Node*> result;
-  for (auto* decl : Items<_T3Decl>(decls)) result.emplace(decl->name, decl);
-  return result;
-}
-
 bool HasFailed(T3Tree_Node* decl) {
   return BaseTypeDef(decl)->is<T3ErrorType>();
 }
 
 // True when a component has a declaration like `decl`, as far as their types are known.
-bool MatchTypeAgainstComponentDecls(T3Tree_Node* decl,
-                                    const std::unordered_multimap<tIdent, T3Tree_Node*>& decls) {
-  const auto [first, last] = decls.equal_range(decl->as<_T3Decl>()->name);
-  for (auto found = first; found != last; ++found)
-    if (found->second->kind == decl->kind &&
-        (found->second == decl || HasFailed(decl) || HasFailed(found->second) ||
-         CheckStrictTypeCompatibility(AbsoluteTypeDef(decl), AbsoluteTypeDef(found->second))))
-      return true;
-  return false;
+bool HasSuchMember(const T3Members& members, T3Tree_Node* decl) {
+  T3Tree_Node* found = members.Find(decl->as<_T3Decl>()->name);
+  if (found == decl) return true;
+  return found != nullptr && found->kind == decl->kind &&
+         (HasFailed(decl) || HasFailed(found) ||
+          CheckStrictTypeCompatibility(AbsoluteTypeDef(decl), AbsoluteTypeDef(found)));
 }
 }  // namespace
 
@@ -190,12 +181,11 @@ bool CheckStrictTypeCompatibility(T3Tree_Node* a, T3Tree_Node* b) {
 bool AreComponentsAssignCompatible(T3Tree_Node* a, T3Tree_Node* b) {
   if (a == b) return true;
   if (!T3Is<T3ComponentType>(a) || !T3Is<T3ComponentType>(b)) return false;
-  T3Tree_Node* needed = a->as<T3ComponentType>()->decls;
-  if (!T3Is<_T3Decl>(needed)) return true;
-  const auto offered = DeclsByName(b->as<T3ComponentType>()->decls);
-  for (auto* decl : Items<_T3Decl>(needed))
-    if (!MatchTypeAgainstComponentDecls(decl, offered)) return false;
-  return true;
+  const T3Members& needed = MembersOf(a->as<T3ComponentType>());
+  const T3Members& offered = MembersOf(b->as<T3ComponentType>());
+  if (offered.BeginWith(needed)) return true;
+  const T3NodeList all = needed.All();
+  return std::all_of(all.begin(), all.end(), [&](T3Tree_Node* decl) { return HasSuchMember(offered, decl); });
 }
 
 bool IsStringCompatible(T3Tree_Node* a, T3Tree_Node* b) {

@@ -29,7 +29,6 @@ tIdent NameOf(T3Tree_Node* element) {
 T3Tree_Node* Members(T3Tree_Node* scope) {
   if (auto* type = scope->try_as<_T3StructuredType>()) return type->body;
   if (auto* type = scope->try_as<T3SignatureType>()) return type->fpl;
-  if (auto* type = scope->try_as<T3ComponentType>()) return type->decls;
   if (scope->is<T3AnyType>()) {
     T3Tree_Node* fields = AnyTypeFields(scope);
     return fields == nullptr ? _sgT3NoFieldType(true) : fields;

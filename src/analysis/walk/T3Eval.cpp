@@ -9,7 +9,6 @@
 
 #include "analysis/types/T3Constants.h"
 #include "analysis/inference/T3InferenceForms.h"
-#include "analysis/names/T3Components.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
 #include "analysis/types/T3Types.h"
@@ -88,12 +87,6 @@ struct Frame {
 };
 }  // namespace
 
-// What a component inherits is checked where it is declared.
-bool IsInherited(T3Tree_Node* node) {
-  return node->is<_T3Decl>() && node->place != nullptr && T3Is<T3ComponentType>(node->place->vexa_owner) &&
-         IsCopiedDecl(node);
-}
-
 // In bytes.
 constexpr ptrdiff_t kAhead = 1536;
 
@@ -108,8 +101,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
   while (!open.empty()) {
     Frame& top = open.back();
     T3Tree_Node* node = top.node;
-    const bool inherited = IsInherited(node);
-    if (top.child != top.end && !inherited) {
+    if (top.child != top.end) {
       T3Tree_Node* child = FieldAt(node, *top.child++);
       PrefetchNodesBehind(child, kAhead);
       if (child == nullptr || !IsWalked(child, node)) continue;
@@ -120,7 +112,7 @@ void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
         open.push_back(frame_of(child));
       continue;
     }
-    if (!inherited) CheckNode(node);
+    CheckNode(node);
     // A list goes on in the same frame. A module's `next` is another module.
     const uint16_t next_offset = ChildFieldsOf(node).next.offset;
     T3Tree_Node* next =

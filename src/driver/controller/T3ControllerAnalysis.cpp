@@ -95,6 +95,8 @@ T3Tree_Node* AnalysisSteps(T3Tree_Node* module) {
   ExplicifyInlinedTypes(root);
   if (!ExtendComponents(root)) {
     vexa_error("failed extending component type declarations", NoPosition);
+    // Modules that import it ask its nodes where they stand.
+    SetPlaces(root);
     return nullptr;
   }
   EvaluateAttributes(root, verbosity);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "analysis/types/T3Bounds.h"
+#include "analysis/names/T3Members.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -87,7 +88,7 @@ void AddMapStatements(T3Testcase* testcase) {
   auto* body = testcase->body->try_as<T3BlockStmt>();
   if (type == nullptr || body == nullptr) return;
   std::vector<T3Tree_Node*> statements;
-  for (auto* decl : Items<_T3Decl>(type->decls))
+  for (T3Tree_Node* decl : MembersOf(type).All())
     if (decl->is<T3PortDecl>())
       BuildMapStatementList(decl->as<T3PortDecl>(), body, testcase->position, statements);
   for (auto at = statements.rbegin(); at != statements.rend(); ++at) {
