@@ -1,11 +1,12 @@
 # find_package(Orvane): the compiler, the run-time library, and test suites as targets.
 #
 #   Orvane::lumos        the run-time library with what it needs
-#   orvane_add_suite(NAME target ROOT module SOURCES file.ttcn... [ASN1 file.asn...] [ADAPTER file.c...]
+#   orvane_add_suite(NAME target ROOT module SOURCES file... [ASN1 file...] [ADAPTER file...]
 #                    [OPTIONS option...] [ARGUMENTS argument...] [MCFG file] [NO_TESTS])
-#                        builds the executable `target`; each test case without parameters becomes a test of CTest,
-#                        "target.module.testcase", found by asking the executable. OPTIONS are the compiler's,
-#                        ARGUMENTS those of the executable in each test.
+#                        builds the executable `target`. Sources are TTCN-3, and by their names ASN.1 (.asn, .asn1)
+#                        and C of an adapter (.c), which may also be named as what they are. Each test case without
+#                        parameters becomes a test of CTest, "target.module.testcase", found by asking the
+#                        executable. OPTIONS are the compiler's, ARGUMENTS those of the executable in each test.
 get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 find_program(ORVANE_EXECUTABLE orvane HINTS "${ORVANE_ROOT}/bin" NO_DEFAULT_PATH)
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
@@ -30,11 +31,19 @@ function(orvane_add_suite)
   if(SUITE_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "orvane_add_suite: ${SUITE_UNPARSED_ARGUMENTS} is unknown")
   endif()
+  set(SOURCES)
+  set(ASN1)
+  set(ADAPTER)
   foreach(kind SOURCES ASN1 ADAPTER)
-    set(${kind})
     foreach(file ${SUITE_${kind}})
+      set(list ${kind})
+      if(kind STREQUAL "SOURCES" AND file MATCHES "\\.c$")
+        set(list ADAPTER)
+      elseif(kind STREQUAL "SOURCES" AND file MATCHES "\\.asn1?$")
+        set(list ASN1)
+      endif()
       get_filename_component(file "${file}" ABSOLUTE)
-      list(APPEND ${kind} "${file}")
+      list(APPEND ${list} "${file}")
     endforeach()
   endforeach()
 

@@ -140,6 +140,13 @@ def main():
     environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
                    "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
     folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)
+    (folder / "echo.c").write_text("""#include "tri.h"
+TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress *a, const TriMessage *m) { triEnqueueMsg(t, 0, c, m); return TRI_OK; }
+""")
+    with open(folder / "CMakeLists.txt", "a", encoding="utf-8") as file:
+        file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.c ARGUMENTS "--tap=a \\"b.tap")\n')
+    done = run(f"{options.cmake} -B build && {options.cmake} --build build && ctest --test-dir build -R adapted", folder, environment)
+    expect("100% tests passed" in done and (folder / 'build/a "b.tap').exists(), done)
     if shutil.which("pkg-config"):
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]

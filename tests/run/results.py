@@ -79,6 +79,7 @@ def check_has(text, parts, what):
 
 
 ENDS = {"crash": "user code ended with signal 'Segmentation fault'", "abort": "user code ended with signal 'Aborted'",
+        "arith": "user code ended with signal 'Floating point exception'",
         "exit": "user code ended the process", "end": "user code ended the process with status 0",
         "kill": "user code ended the process with signal 'Killed'", "exec": "user code ended the process with status 0"}
 
@@ -86,7 +87,7 @@ ENDS = {"crash": "user code ended with signal 'Segmentation fault'", "abort": "u
 def check_ends(suite):
     """The named test case gets verdict error, the adapter hears of its end, reports are whole, the status is not 0."""
     for word, reason in ENDS.items():
-        if suite.sanitized and word in ("crash", "abort"):
+        if suite.sanitized and word in ("crash", "abort", "arith"):
             continue  # the sanitizer has handlers of its own
         suite.path("ends").unlink(missing_ok=True)
         out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json")
@@ -96,6 +97,12 @@ def check_ends(suite):
         check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
+    suite.run("-vnone -t TC_close,TC_fail,TC_pass --junit j.xml --json j.json")
+    check_junit(suite, "j.xml", tests=3, failures=1)
+    check(len(re.findall('"event":"(end_testcase|verdict)"', suite.read("j.json"))) == 6, "JSON without the way to it")
+    for order in "--jobs 2", "--shuffle", "--shard 1/1", "--explore 1":
+        out, _ = suite.run(f"-vnone -T 0.5 {order} -p times=-1")
+        check("Outcome.TC_loop: error Outcome.ttcn:56 the time given" in out or order == "--explore 1", f"time of all with {order}", out)
     for word, place in ("wait", "54"), ("loop", "5"), ("block", "22"), ("spin", "22"):
         if suite.sanitized and word in ("block", "spin"):
             continue
@@ -144,7 +151,7 @@ def check_names(suite):
                             ("--junit --html r", "option '--junit' needs a value"), ("--log=", "option '--log=' needs a value"),
                             ("--seed 99999999999999999999", "is no value"), ("--jnuit x", "unknown option '--jnuit', did you mean '--junit'?"),
                             ("--junit /no/such/file", "could not open '/no/such/file': No such file"),
-                            ("--shard 3/2", "'3/2' is no value"), ("-c .", "could not open '.'"), ("-P .", "could not open '.'"), ("-j 0", "'0' is no value")):
+                            ("--shard 3/2", "'3/2' is no value for option '--shard', which takes K/N: "), ("-c .", "could not open '.': "), ("-P .", "could not open '.'"), ("-j 0", "'0' is no value")):
         _, err = suite.run(arguments, status=2)
         check_has(err, [text], arguments)
 

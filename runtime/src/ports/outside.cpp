@@ -369,11 +369,11 @@ bool send_by(Channel& channel, const Port& port, const Port& system_port, Messag
 void deliver_trouble(const Arrival& a) {
   const std::string text = "port " + a.port + ": " + a.octets;
   const bool is_lost = a.trouble == Trouble::lost;
+  if (is_lost && !test_case->ended) return end_test_case(lumo_verdict_error_c, text.c_str());  // and tells it
   log_line(is_lost                      ? lumo_log_msg_error_c
            : a.trouble == Trouble::some ? lumo_log_msg_warning_c
                                         : lumo_log_msg_info_c,
            text);
-  if (is_lost) end_test_case(lumo_verdict_error_c, text.c_str());
 }
 
 Value sender_address(const Arrival& a) {

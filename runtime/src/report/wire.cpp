@@ -34,7 +34,8 @@ constexpr int bits_of_use = 20;
 // Where the box begins in the stream and how much is in it stand in one word, so that they fit together at
 // any moment.
 struct WireBox::Shared {
-  std::atomic<uint64_t> state;
+  std::atomic<uint64_t> state, read;
+  std::atomic<bool> is_way;
   char data[box_size];
 };
 
@@ -50,8 +51,17 @@ WireBox::~WireBox() {
 std::string WireBox::rest(uint64_t received) const {
   const uint64_t state = shared_->state, begin = state >> bits_of_use;
   const size_t used = std::min<size_t>(state & ((1 << bits_of_use) - 1), box_size);
-  const size_t known = received > begin ? std::min<uint64_t>(received - begin, used) : 0;
+  if (received < begin) return {};
+  const size_t known = std::min<uint64_t>(received - begin, used);
   return {shared_->data + known, used - known};
+}
+
+bool WireBox::is_way() const {
+  return shared_->is_way;
+}
+
+void WireBox::note_read(uint64_t received) const {
+  shared_->read = received;
 }
 
 // What goes through the box to the descriptor.
@@ -79,14 +89,19 @@ class WireStream {
       is_broken_ = n <= 0 && errno != EINTR;
     }
     begin_ += used_;
+    if (is_broken_ && is_socket_) wait_for_reader();
     used_ = 0;
-    if (!is_broken_) publish();
+    if (!is_broken_ || is_socket_) publish();
   }
 
  private:
   // Code of the user may have closed the descriptor, and opened something else under its number.
   ssize_t write(const char* data, size_t size) const {
     return is_socket_ ? send(descriptor_, data, size, MSG_NOSIGNAL) : ::write(descriptor_, data, size);
+  }
+  void wait_for_reader() {
+    shared_.is_way = true;
+    while (shared_.read < begin_) usleep(1000);
   }
   void publish() { shared_.state.store(begin_ << bits_of_use | used_, std::memory_order_release); }
   int descriptor_;
@@ -123,6 +138,7 @@ class Wire : public Reporter {
   }
 
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
+    counts();
     tag(Tag::begin);
     text(module);
     text(name);

@@ -19,8 +19,12 @@ class WireBox {
   ~WireBox();
   WireBox(const WireBox&) = delete;
   bool is_made() const { return shared_ != nullptr; }
-  // The stream's octets behind the first `received`.
+  // The stream's octets behind the first `received`; none where some before them are lost.
   std::string rest(uint64_t received) const;
+  // Whether a writer to a socket has lost it, perhaps to code of the user, and waits at each full box until
+  // the reader, who has received all that went through the socket, says how far it has read the rest.
+  bool is_way() const;
+  void note_read(uint64_t received) const;
 
  private:
   friend class WireStream;

@@ -15,6 +15,7 @@
 
 #include "value/task.h"
 #include "value/error.h"
+#include "value/hooks.h"
 
 namespace lumos {
 
@@ -118,6 +119,8 @@ void on_crash(int signal) {
   if (!left) leave(reason);
   give_up(reason);
 }
+
+const bool crash_hook_is_set = (hooks.crash = on_crash, true);
 
 const char* time_is_over() {
   static char text[80];

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -65,9 +66,12 @@ struct Job {
   }
 };
 
-[[noreturn]] void run_here(Job& job, WireNeeds needs) {
+// The time that all have together ends at a moment of the real clock.
+[[noreturn]] void run_here(Job& job, WireNeeds needs, Time end) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   go_on_here();
+  share_deadline(nullptr);
+  if (end != never) set_control_deadline(now() + std::max<Time>(end - real_time(), 0), "control part");
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
   spool_log(job.log.descriptor());
@@ -83,26 +87,31 @@ struct Job {
   _exit(0);
 }
 
-bool start(Job& job) {
+bool start(Job& job, Time end) {
   if (!job.box.is_made()) return false;
   std::fflush(nullptr);
   job.begin = now();
   job.real_begin = real_time();
   const WireNeeds needs;
   job.process = fork();
-  if (job.process == 0) run_here(job, needs);
+  if (job.process == 0) run_here(job, needs, end);
   return job.process > 0;
 }
 
 bool tell_events(const Job& job, Result& result) {
-  bool has_result = false;
+  bool has_begun = false, has_result = false;
   WireListener listener;
+  listener.test_case_begins = [&](const std::string& module, const std::string& name, Time begin) {
+    has_begun = true;
+    tell_begin(module, name, begin);
+  };
   listener.test_case_ends = [&](const Result& r) {
     result = r;
     has_result = true;
   };
   const std::string written = job.wire.text();
   tell_from_wire(written + job.box.rest(written.size()), listener);
+  if (!has_begun) tell_begin(job.selected->module, job.selected->name, job.begin);
   return has_result;
 }
 
@@ -127,21 +136,24 @@ void collect(const Job& job) {
 
 class Jobs {
  public:
-  Jobs(const std::vector<Selected>& list, size_t at_once, bool until_fail)
-      : at_once_(at_once), until_fail_(until_fail) {
+  Jobs(const std::vector<Selected>& list, size_t at_once, bool until_fail, Time end)
+      : at_once_(at_once), until_fail_(until_fail), end_(end) {
     for (const Selected& s : list) waiting_.push_back(&s);
   }
   bool run() {
-    while ((!is_ending() && next_ < waiting_.size()) || !jobs_.empty()) {
-      while (!is_ending() && next_ < waiting_.size() && running() < at_once_) start_next();
+    while (has_next() || !jobs_.empty()) {
+      while (has_next() && running() < at_once_) start_next();
       look();
       if (is_ending()) stop_all();
     }
-    return !ending_reason() && !failed_;
+    const bool is_late = !is_ending() && next_ < waiting_.size();
+    if (is_late) log_line(lumo_log_msg_error_c, "the time given to the control part is over");
+    return !is_ending() && !is_late;
   }
 
  private:
   bool is_ending() const { return ending_reason() || failed_; }
+  bool has_next() const { return !is_ending() && next_ < waiting_.size() && real_time() < end_; }
   size_t running() const {
     size_t n = 0;
     for (auto& job : jobs_) n += !job->is_over;
@@ -150,7 +162,7 @@ class Jobs {
   void start_next() {
     auto job = std::make_unique<Job>();
     job->selected = waiting_[next_++];
-    if (!start(*job)) {
+    if (!start(*job, end_)) {
       job->is_over = true;
       job->status = 0xFF00;
     }
@@ -160,7 +172,7 @@ class Jobs {
     bool is_new = false;
     for (auto& job : jobs_) {
       if (job->is_over) continue;
-      if (job->is_late()) kill(job->process, SIGKILL);
+      if (job->is_late() || (end_ != never && real_time() - time_to_end > end_)) kill(job->process, SIGKILL);
       if (waitpid(job->process, &job->status, WNOHANG) != job->process) continue;
       job->is_over = is_new = true;
       job->duration = now() - job->begin;
@@ -184,14 +196,15 @@ class Jobs {
   std::vector<const Selected*> waiting_;
   size_t next_ = 0, at_once_;
   bool until_fail_, failed_ = false, told_ = false;
-  Time stopped_ = never;
+  Time stopped_ = never, end_;
   std::vector<std::unique_ptr<Job>> jobs_;
 };
 
 }  // namespace
 
-bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail) {
-  return Jobs(list, static_cast<size_t>(at_once), until_fail).run();
+bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail, double timeout) {
+  const Time end = timeout < 0 ? never : real_time() + duration_of(timeout);
+  return Jobs(list, static_cast<size_t>(at_once), until_fail, end).run();
 }
 
 }  // namespace lumos

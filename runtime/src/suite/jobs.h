@@ -6,7 +6,7 @@
 
 namespace lumos {
 
-// False if the run ended before all were run.
-bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail);
+// The time is that of all together, none where it is negative. False if the run ended before all were run.
+bool run_in_processes(const std::vector<Selected>& list, long at_once, bool until_fail, double timeout);
 
 }  // namespace lumos

@@ -112,6 +112,7 @@ class TimeLimit {
 struct Program {
   std::vector<Selected> testcases;
   bool runs_control_part = false, is_empty = false;
+  bool is_planned = false;  // the control part's test cases, whose time is that of all together
 };
 
 bool needs_testcases(const SuiteOptions& o) {
@@ -143,6 +144,10 @@ bool make_program(const SuiteOptions& options, const char* control_part, Program
   program.runs_control_part = !plan_control_part(control_part, program.testcases, why);
   if (program.runs_control_part)
     std::fprintf(stderr, "the control part is run as a whole, in one process: %s\n", why.c_str());
+  program.is_planned = !program.runs_control_part && !options.explore;
+  // Each schedule begins anew.
+  for (Selected& s : program.testcases)
+    if (options.explore && s.timeout < 0) s.timeout = options.timeout;
   if (control_part_is_missing) return take_all_testcases(options, program);
   return true;
 }
@@ -176,7 +181,10 @@ bool run_once(const SuiteOptions& options, Program& program, const char* control
     arrange(options, program);
   }
   if (options.explore) return explore(program.testcases, options.explore, options.seed);
-  if (options.jobs > 1) return run_in_processes(program.testcases, options.jobs, options.until_fail);
+  const double together = program.is_planned ? options.timeout : -1;
+  if (options.jobs > 1)
+    return run_in_processes(program.testcases, options.jobs, options.until_fail, together);
+  if (program.is_planned) limit_time(options, "control part");
   for (const Selected& s : program.testcases)
     if (!execute(s) || (options.until_fail && some_failed())) return false;
   return true;
@@ -246,10 +254,13 @@ int run_registered(const SuiteOptions& options, const char* control_part) {
   if (!options.testcases.empty() && !select_testcases(options.testcases, options.timeout, program.testcases))
     return start_fault;
   let_lost_output_be_told();
-  if (!open_reports(options)) return start_fault;
-  if (options.is_supervised) be_supervised();
-  is_started = false;
-  watch_process(abandon, drop_reporters);
+  {
+    HeldSignals held;  // what is begun beside a report goes away with the process
+    if (!open_reports(options)) return start_fault;
+    if (options.is_supervised) be_supervised(held);
+    is_started = false;
+    watch_process(abandon, drop_reporters);
+  }
   int status = start_fault;
   if (initialize(options)) status = run_initialized(options, program, control_part);
   cancel_reporters();

@@ -205,6 +205,13 @@ bool usage_fault(const std::string& message) {
   return false;
 }
 
+// What is wrong with the value; the table says what it could be.
+std::string refusal(const Option& option, const std::string& name, const std::string& value) {
+  const std::string text = "'" + value + "' is no value for option '" + name + "'";
+  if (errno) return text + ": " + std::strerror(errno);
+  return option.help ? text + ", which takes " + option.argument + ": " + option.help : text;
+}
+
 // "word", "word = value" or "word value".
 bool read_configuration_line(SuiteOptions& options, const std::string& line, std::string& error) {
   const size_t end = line.find_first_of(" \t=");
@@ -220,8 +227,8 @@ bool read_configuration_line(SuiteOptions& options, const std::string& line, std
     error = "option '" + word + "' takes no value";
   } else if (option->argument && !option->is_optional() && value.empty()) {
     error = "option '" + word + "' needs a value";
-  } else if (!option->set(options, value)) {
-    error = "'" + value + "' is no value for option '" + word + "'";
+  } else if (errno = 0, !option->set(options, value)) {
+    error = refusal(*option, word, value);
   }
   return error.empty();
 }
@@ -230,11 +237,12 @@ bool read_configuration(SuiteOptions& options, const std::string& given) {
   const std::string path = given.empty() ? options.program + ".cfg" : given;
   std::ifstream in(path);
   if (!in || (in.peek(), in.bad())) {
-    std::fprintf(stderr, "could not open '%s'\n", path.c_str());
+    std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
     return false;
   }
   std::string line, error;
   for (int number = 1; std::getline(in, line); ++number) {
+    if (number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) line.erase(0, 3);
     line = trimmed(line);
     if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
     set_option_place(path + ", line " + std::to_string(number));
@@ -274,8 +282,7 @@ bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
       return usage_fault("option '" + argument + "' needs a value");
     errno = 0;
     if (!option->set(options, value))
-      return usage_fault("'" + value + "' is no value for option '" + argument + "'" +
-                         (errno ? std::string(": ") + std::strerror(errno) : ""));
+      return option->set != read_configuration && usage_fault(refusal(*option, argument, value));
   }
   return true;
 }

@@ -134,18 +134,21 @@ class Supervision {
 
   // False if nothing came. The other process may end while others still have its end of the socket.
   bool receive(int milliseconds) {
+    const bool is_by_box = box_.is_way();
     pollfd waiting{socket_, POLLIN, 0};
-    if (poll(&waiting, 1, milliseconds) <= 0) return false;
+    if (poll(&waiting, 1, is_by_box ? 0 : milliseconds) <= 0 && !is_by_box) return false;
     const ssize_t n = recv(socket_, block_.data(), block_.size(), MSG_DONTWAIT);
     if (n > 0) {
-      received_ += static_cast<size_t>(n);
       hear({block_.data(), static_cast<size_t>(n)});
-    } else if (milliseconds) {
-      usleep(1000);
+    } else {
+      if (is_by_box) hear(box_.rest(received_));
+      box_.note_read(received_);
+      if (milliseconds) usleep(1000);
     }
     return n > 0;
   }
   void hear(std::string_view text) {
+    received_ += text.size();
     pending_ += text;
     pending_.erase(0, tell_from_wire(pending_, listener_));
   }
@@ -264,22 +267,28 @@ void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
 
 }  // namespace
 
-void be_supervised() {
+HeldSignals::HeldSignals() {
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, &usual_);
+}
+
+HeldSignals::~HeldSignals() {
+  sigprocmask(SIG_SETMASK, &usual_, nullptr);
+}
+
+void be_supervised(const HeldSignals& held) {
   static Common& common = *new Common;
   static bool is_done = false;
   if (is_done || !is_alone() || !make_common(common)) return;
   is_done = true;
   run_start();
   std::fflush(nullptr);
-  sigset_t all, signals;
-  sigfillset(&all);
-  sigprocmask(SIG_BLOCK, &all, &signals);
   const WireNeeds needs;
   const pid_t supervisor = getpid();
   runner = fork();
-  if (runner > 0) supervise(common, signals);
+  if (runner > 0) supervise(common, held.usual());
   if (runner == 0) run_supervised(common, needs, supervisor);
-  sigprocmask(SIG_SETMASK, &signals, nullptr);
 }
 
 }  // namespace lumos

@@ -32,5 +32,7 @@ inline void check_stack() {
 // From here on, faults that are not found by asking are those of the behaviour that runs: memory that ends,
 // and quotients beyond 64 bits.
 void catch_faults();
+// Of all quotients of integers only those by -1 may be beyond 64 bits: the task is about to make one here.
+void note_division_by_minus_one();
 
 }  // namespace lumos

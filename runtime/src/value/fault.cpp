@@ -66,8 +66,18 @@ namespace {
 // Given back when memory ends, so that this can be told.
 void* memory_reserve = nullptr;
 
-// A quotient of integers that no integer is: C leaves it to the machine.
-void quotient_fault(int) {
+// Where an integer was divided by -1 at last.
+Frame division;
+
+bool is_at_division() {
+  if (current_task->frames.empty()) return !division.file;
+  const Frame& here = current_task->frames.back();
+  return here.file == division.file && here.line == division.line;
+}
+
+// A quotient of integers that no integer is: C leaves it to the machine. Code of the user may divide too.
+void arithmetic_fault(int signal) {
+  if (!is_at_division() && hooks.crash) return hooks.crash(signal);
   fault("the quotient of two integers is beyond 64 bits");
 }
 
@@ -82,6 +92,10 @@ void memory_fault() {
 
 }  // namespace
 
+void note_division_by_minus_one() {
+  division = current_task->frames.empty() ? Frame() : current_task->frames.back();
+}
+
 void catch_faults() {
   static bool is_done = false;
   if (is_done) return;
@@ -89,7 +103,7 @@ void catch_faults() {
   memory_reserve = std::malloc(256 * 1024);
   std::set_new_handler(memory_fault);
   struct sigaction action = {};
-  action.sa_handler = quotient_fault;
+  action.sa_handler = arithmetic_fault;
   action.sa_flags = SA_NODEFER;
   sigaction(SIGFPE, &action, nullptr);
 }

@@ -12,6 +12,8 @@ namespace lumos {
 struct Hooks {
   // Ends what runs after a fault that has been logged; does not return.
   void (*end_faulty)(const char* text) = nullptr;
+  // Ends what runs after a signal that only a crash sends.
+  void (*crash)(int signal) = nullptr;
   // An element of the current component, or null.
   Value (*component_element)(const char* name) = nullptr;
 

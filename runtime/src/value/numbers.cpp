@@ -182,6 +182,7 @@ unsigned long t3asn_lumo_objectid_size(lumo_value_t value, lumo_context_t) {
 
 lumo_long_integer_t lumo_divisor(lumo_long_integer_t number, lumo_context_t) {
   if (number == 0) fault("division by zero");
+  if (number == -1) note_division_by_minus_one();
   return number;
 }
 

@@ -11,11 +11,13 @@ static volatile int turns;
 
 static void act_as(const char *word) {
   if (!strcmp(word, "crash")) *(volatile int *)8 = 1;
+  if (!strcmp(word, "arith")) raise(SIGFPE);
   if (!strcmp(word, "abort")) abort();
   if (!strcmp(word, "exit")) exit(0);
   if (!strcmp(word, "end")) _exit(0);
   if (!strcmp(word, "kill")) raise(SIGKILL);
   if (!strcmp(word, "exec")) execlp("true", "true", (char *)0);
+  for (int i = 3; i < 1024 && !strcmp(word, "close"); ++i) close(i);
   if (!strcmp(word, "copy")) fork();
   while (!strcmp(word, "block")) pause();
   while (!strcmp(word, "spin")) ++turns;
