@@ -77,7 +77,7 @@ std::string InComment(std::string argument) {
 }
 
 // Of a call with very many names the first tell which it was: each file of a run repeats them.
-constexpr size_t kMostOptions = 2000;
+constexpr size_t kMostOptions = 4000;
 
 // All files of a run say how it was called.
 const std::string& GivenOptions() {
