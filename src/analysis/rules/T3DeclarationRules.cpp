@@ -322,7 +322,7 @@ bool IsTemplateBound(T3Tree_Node* bound) {
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
-  if (!IsInSubType(range) && (IsTemplateBound(range->lb) || IsTemplateBound(range->ub)))
+  if ((IsTemplateBound(range->lb) || IsTemplateBound(range->ub)) && !IsInSubType(range))
     return vexa_filtered_error(ERR_const, range->position);
   if (Reversed(KnownInteger(range->lb), KnownInteger(range->ub)) ||
       Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||
