@@ -5,55 +5,42 @@
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
-CArray::CArray(CFile* file, const std::string& type, const std::string& name, bool isStatic)
+CArray::CArray(CFile* file, std::string_view type, const std::string& name, bool isStatic)
     : CBase(file), type_(type), name_(name), isStatic_(isStatic) {
   section_.add({isStatic ? "static " : "", type, " ", name, "[] =\n{"});
 }
 
-void CArray::beginElement() {
+std::string_view CArray::beginElement() {
   if (counts_.empty()) throw internal_exception("CArray", __LINE__, "add", "Inconsistent size information");
-  if (written_.back()) section_.add(",");
-  written_.back() = true;
-  ++counts_.back();
+  return counts_.back()++ > 0 ? "," : "";
 }
 
 void CArray::addElement(std::string_view text) {
-  beginElement();
-  newline(section_);
-  section_.add(text);
-}
-
-template <class Words>
-void CArray::addColumns(const Words& columns) {
-  addElement("{ ");
-  std::string_view separator;
-  for (const auto& column : columns) {
-    section_.add({separator, column});
-    separator = ", ";
-  }
-  section_.add(" }");
-}
-
-void CArray::addRow(const std::vector<std::string>& columns) {
-  addColumns(columns);
+  const std::string_view before = beginElement();
+  section_.add(CList({before, line()}, CWords{text}, "", ""));
 }
 
 void CArray::addRow(CWords columns) {
-  addColumns(columns);
+  const std::string_view before = beginElement();
+  section_.add(CList({before, line(), "{ "}, columns, ", ", " }"));
+}
+
+void CArray::addLevel(CWords elements) {
+  beginLevel();
+  for (const std::string_view element : elements) addElement(element);
+  endLevel();
 }
 
 void CArray::beginLevel() {
-  beginElement();
+  section_.add(beginElement());
   beginScope(section_);
   counts_.push_back(0);
-  written_.push_back(false);
 }
 
 void CArray::endScope(CSection& section) {
   CBase::endScope(section);
   if (counts_.empty()) return;
   counts_.pop_back();
-  written_.pop_back();
 }
 
 void CArray::end() {
@@ -69,6 +56,6 @@ void CArray::end() {
   section_.end();
 }
 
-std::unique_ptr<CArray> CFile::beginArray(const std::string& type, const std::string& name, bool isStatic) {
+std::unique_ptr<CArray> CFile::beginArray(std::string_view type, const std::string& name, bool isStatic) {
   return std::make_unique<CArray>(this, type, name.empty() ? uniqueName() : name, isStatic);
 }

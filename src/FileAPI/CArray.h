@@ -1,7 +1,6 @@
 // A generated C array with its initializer. Its size is counted, so that it can be declared ahead.
 #pragma once
 
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -9,14 +8,16 @@
 
 class CArray : public CBase {
  public:
-  CArray(CFile* file, const std::string& type, const std::string& name, bool isStatic);
+  /// The type is a word that lives as long as the array.
+  CArray(CFile* file, std::string_view type, const std::string& name, bool isStatic);
   void end() override;
 
   /// One element at the current level, on a line of its own.
   void addElement(std::string_view text);
   /// One element "{ a, b, ... }".
-  void addRow(const std::vector<std::string>& columns);
   void addRow(CWords columns);
+  /// One element with a level of its own, which has these elements.
+  void addLevel(CWords elements);
   /// What is added up to the end of the level is one element of the level around it.
   void beginLevel();
   void endLevel() { endScope(section_); }
@@ -29,14 +30,13 @@ class CArray : public CBase {
   void endScope(CSection& section) override;
 
  private:
-  void beginElement();
-  template <class Words>
-  void addColumns(const Words& columns);
+  /// Counts one, and gives what stands before it.
+  std::string_view beginElement();
 
-  std::string type_;
+  std::string_view type_;
   std::string name_;
   bool isStatic_;
   CSection section_;
-  std::deque<unsigned> counts_{0};
-  std::deque<bool> written_{false};
+  /// Elements of the levels that are open.
+  std::vector<unsigned> counts_{0};
 };

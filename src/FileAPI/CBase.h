@@ -2,10 +2,8 @@
 // line being written, and scopes. A builder that is not ended contributes nothing.
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "FileAPI/CSection.h"
 
@@ -13,17 +11,6 @@ class CFile;
 
 /// Writes n blanks.
 void indent(CSection& section, unsigned n);
-
-/// Words of C that are only looked at: a list of texts of any kind.
-using CWords = std::initializer_list<std::string_view>;
-
-/// The texts one behind the other.
-std::string joined(CWords pieces);
-
-/// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
-std::string getSignature(std::string_view returnType, std::string_view name,
-                         const std::vector<std::string>& parameters);
-std::string getSignature(std::string_view returnType, std::string_view name, CWords parameters);
 
 class CBase {
  public:
@@ -43,11 +30,12 @@ class CBase {
 
   /// Writes n blanks; a negative n means the current indentation.
   void indent(CSection& section, int n = -1) const;
-  /// A new line at the current indentation.
-  void newline(CSection& section) const {
-    constexpr unsigned most = 64;
-    section.addNewline(indentation_ < most ? indentation_ : most);
+  /// The beginning of a new line at the current indentation.
+  std::string_view line() const {
+    return CSection::kLine.substr(
+        0, 1 + (indentation_ < CSection::kMostBlanks ? indentation_ : CSection::kMostBlanks));
   }
+  void newline(CSection& section) const { section.addNewline(line().size() - 1); }
 
   CFile* file_;
   unsigned indentation_ = 2;

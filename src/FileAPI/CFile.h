@@ -87,11 +87,11 @@ class CFile {
   std::unique_ptr<CFunction> beginFunction(const std::string& returnType, const std::string& name,
                                            const std::vector<std::string>& parameters,
                                            const std::string& comment, bool exported);
-  std::unique_ptr<CStructure> beginStructure(const std::string& type, const std::string& name,
-                                             bool singleLine, bool isStatic);
+  std::unique_ptr<CStructure> beginStructure(std::string_view type, std::string_view name, bool singleLine,
+                                             bool isStatic);
   std::unique_ptr<CEnumeration> beginEnumeration(const std::string& name, bool exported, bool isTypedef);
   /// An empty name stands for a unique one.
-  std::unique_ptr<CArray> beginArray(const std::string& type, const std::string& name, bool isStatic);
+  std::unique_ptr<CArray> beginArray(std::string_view type, const std::string& name, bool isStatic);
 
   /// Removes a file; a failure is told on standard error and otherwise passed over.
   static void remove(const std::string& path) { RemoveGeneratedFile(path); }

@@ -7,21 +7,6 @@
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
-namespace {
-template <class Add, class Words>
-void WriteCall(const Add& add, std::string_view name, const Words& arguments, std::string_view behind) {
-  add(name);
-  add("(");
-  std::string_view separator;
-  for (const std::string_view argument : arguments) {
-    add(separator);
-    add(argument);
-    separator = ", ";
-  }
-  add(behind);
-}
-}  // namespace
-
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
                      const std::vector<std::string>& parameters, const std::string& comment, bool exported)
     : CBase(file), exported_(exported), name_(name), signature_(getSignature(returnType, name, parameters)) {
@@ -68,39 +53,26 @@ std::string CFunction::declareArray(std::string_view type, std::string_view init
 }
 
 template <class Words>
-void CFunction::addCall(CWords before, std::string_view name, const Words& arguments,
-                        std::string_view behind) {
-  addLine(before);
-  size_t size = name.size() + 1 + behind.size();
-  for (const std::string_view argument : arguments) size += argument.size() + 2;
-  if (arguments.size() > 0) size -= 2;
-  if (char* at = body_.claim(size)) {
-    WriteCall(
-        [&at](std::string_view word) {
-          CSection::copy(at, word);
-          at += word.size();
-        },
-        name, arguments, behind);
-  } else {
-    WriteCall([this](std::string_view word) { body_.add(word); }, name, arguments, behind);
-  }
+void CFunction::addCall(std::string_view before, std::string_view equals, std::string_view name,
+                        const Words& arguments, std::string_view behind) {
+  body_.add(CList({line(), before, equals, name, "("}, arguments, ", ", behind));
 }
 
 void CFunction::call(std::string_view name, const std::vector<std::string>& arguments) {
-  addCall({}, name, arguments, ");");
+  addCall("", "", name, arguments, ");");
 }
 
 void CFunction::call(std::string_view name, CWords arguments) {
-  addCall({}, name, arguments, ");");
+  addCall("", "", name, arguments, ");");
 }
 
 void CFunction::callAndAssign(std::string_view lhs, std::string_view name,
                               const std::vector<std::string>& arguments) {
-  addCall({lhs, " = "}, name, arguments, ");");
+  addCall(lhs, " = ", name, arguments, ");");
 }
 
 void CFunction::callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
-  addCall({lhs, " = "}, name, arguments, ");");
+  addCall(lhs, " = ", name, arguments, ");");
 }
 
 // Cases stand between the head and their statements.
@@ -152,12 +124,12 @@ void CFunction::beginIf(std::string_view expr) {
 }
 
 void CFunction::beginIf(std::string_view name, const std::vector<std::string>& arguments) {
-  addCall({"if ("}, name, arguments, "))");
+  addCall("if (", "", name, arguments, "))");
   beginScope(body_);
 }
 
 void CFunction::beginIf(std::string_view name, CWords arguments) {
-  addCall({"if ("}, name, arguments, "))");
+  addCall("if (", "", name, arguments, "))");
   beginScope(body_);
 }
 

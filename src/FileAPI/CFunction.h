@@ -83,6 +83,7 @@ class CFunction : public CBase {
   void addText(std::string_view text) { body_.add(text); }
   /// The text as a line of its own at the current indentation.
   void addLine(std::string_view text) { addLine({text}); }
+  void addLine(CWords parts) { body_.add(CList({line()}, parts, "", "")); }
   std::string getNewLabel();
   void addGoto(std::string_view label);
   void addLabel(std::string_view label);
@@ -109,12 +110,9 @@ class CFunction : public CBase {
     std::string name;
     std::priority_queue<size_t, std::vector<size_t>, std::greater<>> free;
   };
-  void addLine(CWords parts) {
-    newline(body_);
-    body_.add(parts);
-  }
   template <class Words>
-  void addCall(CWords before, std::string_view name, const Words& arguments, std::string_view behind);
+  void addCall(std::string_view before, std::string_view equals, std::string_view name,
+               const Words& arguments, std::string_view behind);
   void preprocessor(std::string_view word, std::string_view name);
   size_t typePlace(std::string_view type);
   const Tmp* findTmp(std::string_view name) const;

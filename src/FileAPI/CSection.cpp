@@ -88,7 +88,6 @@ CSection::CSection(CSection&& other) noexcept {
 CSection& CSection::operator=(CSection&& other) noexcept {
   if (this == &other) return *this;
   close();
-  lines_ = std::exchange(other.lines_, 0);
   ended_ = std::exchange(other.ended_, false);
   text_ = std::move(other.text_);
   size_ = std::exchange(other.size_, 0);
@@ -100,23 +99,36 @@ CSection& CSection::operator=(CSection&& other) noexcept {
   return *this;
 }
 
+bool CSection::makeRoom(size_t size) {
+  if (ended_ || size_ + size >= _limit) return false;
+  takeMemory(size);
+  setSize(size_);
+  return true;
+}
+
 void CSection::addAnyhow(std::string_view text) {
   if (ended_)
     throw internal_exception("CSection", __LINE__, "add", "Add on ended CSection: " + std::string(text));
   if (size_ + text.size() >= _limit) spill();
   takeMemory(text.size());
-  copy(text_.get() + size_, text);
+  CopyWord(text_.get() + size_, text);
   setSize(size_ + text.size());
 }
 
+// Asked for only where files are split.
 unsigned CSection::lineCount() const {
-  return lines_ + CountLines(text());
+  unsigned lines = CountLines(text());
+  if (spilled())
+    readSpillFile([&lines](std::string_view piece) {
+      lines += CountLines(piece);
+      return true;
+    });
+  return lines;
 }
 
 void CSection::spill() {
   if (stream_ == nullptr) openSpillFile();
   WriteText(stream_, text());
-  lines_ += CountLines(text());
   setSize(0);
 }
 
@@ -160,20 +172,27 @@ void CSection::writeTo(FILE* stream) {
   file_.Remove();
 }
 
-void CSection::copySpillFile(FILE* stream) const {
+template <class Take>
+void CSection::readSpillFile(const Take& take) const {
   FILE* source = std::fopen(file_.path().c_str(), "r");
   if (source == nullptr)
     throw internal_exception("CSection", __LINE__, "writeTo", "Unable to open source file");
   std::setvbuf(source, nullptr, _IOFBF, kStreamBuffer);
   char buffer[kCopyBuffer];
   size_t read = 0;
-  size_t written = 0;
+  bool taken = false;
   do {
     read = std::fread(buffer, 1, sizeof buffer, source);
-    written = std::fwrite(buffer, 1, read, stream);
-  } while (read == sizeof buffer && written == read);
+    taken = take(std::string_view(buffer, read));
+  } while (read == sizeof buffer && taken);
   const bool failed = std::ferror(source) != 0;
   std::fclose(source);
   if (failed) throw internal_exception("CSection", __LINE__, "writeTo", "error when reading source file");
-  if (written != read) throw internal_exception("CSection", __LINE__, "writeTo", "error when writing file");
+  if (!taken) throw internal_exception("CSection", __LINE__, "writeTo", "error when writing file");
+}
+
+void CSection::copySpillFile(FILE* stream) const {
+  readSpillFile([stream](std::string_view piece) {
+    return fwrite_unlocked(piece.data(), 1, piece.size(), stream) == piece.size();
+  });
 }

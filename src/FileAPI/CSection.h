@@ -4,11 +4,11 @@
 
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "FileAPI/CWords.h"
 #include "support/TemporaryFiles.h"
 
 /// Removes a file; a failure is told on standard error and otherwise passed over.
@@ -27,26 +27,27 @@ class CSection {
   /// Throws internal_exception when the section is ended, or its spill file cannot be written.
   void add(std::string_view text) {
     if (text.size() > room_) return addAnyhow(text);
-    copy(text_.get() + size_, text);
+    CopyWord(text_.get() + size_, text);
     size_ += text.size();
     room_ -= text.size();
   }
-  void add(std::initializer_list<std::string_view> parts) {
+  void add(CWords parts) {
     for (const std::string_view part : parts) add(part);
   }
-  /// Room for that many characters, all of which the caller fills; null where there is none without further
-  /// ado.
-  char* claim(size_t size) {
-    if (size > room_) return nullptr;
-    char* at = text_.get() + size_;
+  template <class Words>
+  void add(const CList<Words>& list) {
+    const size_t size = list.size();
+    if (size > room_ && !makeRoom(size)) return addAnyhow(list.text());
+    list.copyTo(text_.get() + size_);
     size_ += size;
     room_ -= size;
-    return at;
   }
-  /// A new line that begins with so many blanks, of which there are at most 64.
-  void addNewline(unsigned blanks) {
-    static constexpr std::string_view kLine =
-        "\n                                                                ";
+  /// A new line, and the blanks that it may begin with.
+  static constexpr std::string_view kLine =
+      "\n                                                                ";
+  static constexpr unsigned kMostBlanks = kLine.size() - 1;
+  /// A new line that begins with so many blanks, which are not more than the most.
+  void addNewline(size_t blanks) {
     constexpr size_t at_once = 32;
     if (room_ < at_once || blanks >= at_once) return add(kLine.substr(0, 1 + blanks));
     std::memcpy(text_.get() + size_, kLine.data(), at_once);
@@ -64,46 +65,23 @@ class CSection {
   /// The whole text, unless the section has spilled.
   std::string_view text() const { return {text_.get(), size_}; }
 
-  /// Most texts are short words: two moves that may overlap.
-  static void copy(char* to, std::string_view text) {
-    const size_t size = text.size();
-    if (size > 32)
-      std::memcpy(to, text.data(), size);
-    else if (size >= 16)
-      copyEnds<16>(to, text);
-    else if (size >= 8)
-      copyEnds<8>(to, text);
-    else if (size >= 4)
-      copyEnds<4>(to, text);
-    else if (size >= 2)
-      copyEnds<2>(to, text);
-    else if (size == 1)
-      *to = text.front();
-  }
-
  private:
   static constexpr size_t _limit = 10240;
   static constexpr size_t _reserve_limit = 256;
 
-  template <size_t kPiece>
-  static void copyEnds(char* to, std::string_view text) {
-    char first[kPiece];
-    char last[kPiece];
-    std::memcpy(first, text.data(), kPiece);
-    std::memcpy(last, text.data() + text.size() - kPiece, kPiece);
-    std::memcpy(to, first, kPiece);
-    std::memcpy(to + text.size() - kPiece, last, kPiece);
-  }
+  /// Memory for so many characters more; false where they go beyond the limit.
+  bool makeRoom(size_t size);
   void takeMemory(size_t size);
   void setSize(size_t size);
   void addAnyhow(std::string_view text);
   void spill();
   void openSpillFile();
   void close();
+  /// Hands the text in the spill file over, piece by piece.
+  template <class Take>
+  void readSpillFile(const Take& take) const;
   void copySpillFile(FILE* stream) const;
 
-  /// Of what is in the spill file.
-  unsigned lines_ = 0;
   bool ended_ = false;
   /// What is not in the spill file yet, and how much can be added to it without further ado.
   std::unique_ptr<char[]> text_;

@@ -5,34 +5,18 @@
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
-CStructure::CStructure(CFile* file, const std::string& type, const std::string& name, bool singleLine,
+CStructure::CStructure(CFile* file, std::string_view type, std::string_view name, bool singleLine,
                        bool isStatic)
     : CBase(file), type_(type), name_(name), singleLine_(singleLine), isStatic_(isStatic) {
   section_.add({isStatic ? "static " : "", type, " ", name, " = "});
   beginScope(section_);
 }
 
-void CStructure::addMember(std::string_view text) {
-  if (members_++ > 0) section_.add(",");
-  if (singleLine_)
-    section_.add(" ");
-  else
-    newline(section_);
-  section_.add(text);
-}
-
-void CStructure::addNulls(unsigned count) {
-  static constexpr std::string_view kNull = "NULL";
-  static constexpr std::string_view kRest =
-      ",\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL,\n    NULL";
-  static constexpr size_t kLength = kRest.size() / 7;
-  if (singleLine_ || count == 0 || count > 8) {
-    for (unsigned i = 0; i < count; ++i) addMember(kNull);
-    return;
-  }
-  addMember(kNull);
-  section_.add(kRest.substr(0, (count - 1) * kLength));
-  members_ += count - 1;
+void CStructure::addMembers(CWords members) {
+  const std::string separator = joined({",", singleLine_ ? " " : line()});
+  const std::string_view first = std::string_view(separator).substr(hasMembers_ ? 0 : 1);
+  section_.add(CList({first}, members, separator, ""));
+  hasMembers_ = true;
 }
 
 void CStructure::end() {
@@ -46,7 +30,7 @@ void CStructure::end() {
   section_.end();
 }
 
-std::unique_ptr<CStructure> CFile::beginStructure(const std::string& type, const std::string& name,
+std::unique_ptr<CStructure> CFile::beginStructure(std::string_view type, std::string_view name,
                                                   bool singleLine, bool isStatic) {
   return std::make_unique<CStructure>(this, type, name, singleLine, isStatic);
 }

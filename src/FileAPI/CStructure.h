@@ -1,26 +1,25 @@
 // A generated C structure with its initializer.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "FileAPI/CBase.h"
 
 class CStructure : public CBase {
  public:
-  /// `singleLine`: the members stand behind one another.
-  CStructure(CFile* file, const std::string& type, const std::string& name, bool singleLine, bool isStatic);
+  /// `singleLine`: the members stand behind one another. Type and name live as long as the structure.
+  CStructure(CFile* file, std::string_view type, std::string_view name, bool singleLine, bool isStatic);
   void end() override;
 
-  void addMember(std::string_view text);
-  /// Members that are all NULL.
-  void addNulls(unsigned count);
-  const std::string& name() const { return name_; }
+  void addMember(std::string_view text) { addMembers({text}); }
+  void addMembers(CWords members);
+  std::string_view name() const { return name_; }
 
  private:
-  std::string type_;
-  std::string name_;
+  std::string_view type_;
+  std::string_view name_;
   bool singleLine_;
   bool isStatic_;
-  unsigned members_ = 0;
+  bool hasMembers_ = false;
   CSection section_;
 };

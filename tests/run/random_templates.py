@@ -110,14 +110,19 @@ class Templates:
 
     def called(self, row, scope):
         """Text of a template with arguments, its frame, and the fields of its body."""
-        name, _, formals, body = row
-        actuals = [self.specific(t, scope, None) if mode == "value" else self.template(t, scope, 0)
-                   for mode, t, _ in formals]
+        name, _, formals, body, defaults = row
+        given = len(formals)
+        while given and defaults[given - 1] and self.rng.random() < 0.7:
+            given -= 1
+        actuals = [Template("", None, value=lambda _, v=v: int(v)) if i >= given else
+                   self.specific(t, scope, None) if mode == "value" else self.template(t, scope, 0)
+                   for i, ((mode, t, _), v) in enumerate(zip(formals, defaults))]
 
         def inner(frame):
             return {p: Place(t, actual.value(frame) if mode == "value" else actual.bind(frame))
                     for (mode, t, p), actual in zip(formals, actuals)}
-        return f"{name}({', '.join(actual.text for actual in actuals)})" if formals else name, inner, body.fields
+        given = ", ".join(actual.text for actual in actuals[:given])
+        return f"{name}({given})" if given or name[0] == "f" else name, inner, body.fields
 
     def instance(self, t, scope, depth, hint):
         """A template for a statement: it may modify one in line, which tells its type."""
@@ -160,9 +165,12 @@ class Templates:
                 v = x(frame)
             except DynamicError:
                 v = None
-            if v is OMIT or not complete(t, v) or t[0] == "sub" and not t[2] <= v <= t[3]:
+            if v is OMIT or not complete(t, v):
                 raise Open
-            return checked(t, v)
+            try:
+                return checked(t, v)
+            except DynamicError:
+                raise Open from None
 
         def bind(frame):
             v = value(frame)
@@ -264,7 +272,7 @@ class Templates:
             else:
                 items.append(("one", make(hints[0] if hints else None)))
                 hints = hints[1:]
-        if sum(len(what) if kind == "permutation" else 1 for kind, what in items) > 4:
+        if sum(len(what) if kind == "permutation" else 1 for kind, what in items) > (t[3] or (0, 4))[1]:
             return ANY
         return self.row(t, items)
 
@@ -300,7 +308,7 @@ class Templates:
         rng, name = self.rng, self.name("tp")
         parents = [row for row in self.templates if row[3].fields]
         if parents and rng.random() < 0.5:
-            parent, t, formals, body = rng.choice(parents)
+            parent, t, formals, body, _ = rng.choice(parents)
             more = [("value", rng.choice((INT, TEXT)), self.name("p"))] if rng.random() < 0.5 and formals else []
             formals, suffix = formals + more, f" modifies {parent}"
             text, body = self.modification(t, body, self.formal_scope(formals))
@@ -310,8 +318,14 @@ class Templates:
                        for i, mode in enumerate(("value", rng.choice(("value", "template")), "template")[:rng.randint(0, 3)])]
             body = self.template(t, self.formal_scope(formals), 2)
             text = body.text
-        self.templates.append((name, t, formals, body))
-        head = ", ".join(f"{'template ' if mode == 'template' else ''}{ft[1]} {p}" for mode, ft, p in formals)
+            if rng.random() < 0.25:  # the same as a function, which nothing modifies
+                suffix, name, body = "function", "f" + name, Template(text, body.bind)
+        defaults = [self.literal(ft)[0] if mode == "value" and ft == INT and rng.random() < 0.5 else None for mode, ft, p in formals]
+        self.templates.append((name, t, formals, body, defaults))
+        head = ", ".join(f"{'template ' if mode == 'template' else ''}{ft[1]} {p}{f' := {v}' if v else ''}"
+                         for (mode, ft, p), v in zip(formals, defaults))
+        if suffix == "function":
+            return [f"function {name}({head}) return template {t[1]} {{ return {text}; }}"]
         return [f"template {t[1]} {name}{f'({head})' if formals else ''}{suffix} := {text};"]
 
     def formal_scope(self, formals):
@@ -319,7 +333,7 @@ class Templates:
 
     def modification(self, t, body, scope):
         """Text of some fields, and the template of all of them."""
-        fields = body.fields or {f: ANY_OR_OMIT if o else ANY for f, _, o in t[2]}
+        fields = body.fields or {f: ANY for f, _, _ in t[2]}
         some, texts = dict(fields), []
         for f, ft, optional in self.rng.sample(t[2], self.rng.randint(1, len(t[2]))):
             if ft[0] == "record" and (fields[f].fields or fields[f].any_value) and self.rng.random() < 0.6:
@@ -366,13 +380,30 @@ class Templates:
         return [f"if (isvalue({name})) {{ {text} }}"], run
 
     def template_variable(self, scope):
-        name, t = self.name("vt"), self.type()
-        body = self.template(t, scope, 2)
+        """Declares a template variable, or assigns to one or to a parameter."""
+        known = [row for row in scope if row[1][0] == "template"]
+        name, (_, t) = self.rng.choice(known) if known and self.rng.random() < 0.5 else (self.name("vt"), (None, self.type()))
+        body, is_new = self.template(t, scope, 2), (name, ("template", t)) not in known
 
-        def declare(frame):
-            frame[name] = Place(t, body.bind(frame))
-        scope.append((name, ("template", t)))
-        return [f"var template {t[1]} {name} := {body.text};"], declare
+        def assign(frame):
+            v = body.bind(frame)
+            frame[name] = Place(("template", t)) if is_new else frame[name]
+            frame[name].value = v
+        if is_new:
+            scope.append((name, ("template", t)))
+        return [f"{f'var template {t[1]} ' if is_new else ''}{name} := {body.text};"], assign
+
+    def template_argument(self, mode, t, scope):
+        """An actual for a template parameter: its text, and what gives the template or, for `out` and `inout`, its place."""
+        if mode == "in":
+            body = self.template(t, scope, 1)
+            return body.text, body.bind
+        free = [name for name, kind in scope if kind == ("template", t) and name not in self.taken]
+        if not free:
+            return None
+        name = self.rng.choice(free)
+        self.taken.add(name)
+        return name, lambda frame: frame[name] if mode == "out" or frame[name].value else opened()
 
 
 def opened():

@@ -1,5 +1,7 @@
 """Types and values of random programs: what reading, writing and comparing them gives, and how they are logged."""
 
+from functools import cache
+
 OMIT = object()
 LIMIT = 10 ** 15
 
@@ -16,18 +18,21 @@ class Discard(Exception):
     """The program does something that the language leaves open."""
 
 
-# A type is (kind, name, ...): scalars; ("record", name, ((field, type, optional), ...), word); ("list", name, element, bounds, word);
-# ("bits", name, digits of an element, values of one); ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high).
-INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring")
-SUB = ("sub", "Small", -20, 20)
-COLOUR = ("enum", "Colour", ("red", "green", "blue"))
+# A type is (kind, name, ...): scalars; ("charstring", name, bounds of the length); ("record", name, ((field, type, optional), ...), word); ("list", name, element, bounds, word);
+# ("bits", name, digits of an element, values of one); ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high);
+# ("enum", name, literals, their numbers).
+INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring", None)
+SUB, WORD = ("sub", "Small", -20, 20), ("charstring", "Word", (0, 3))
+COLOUR = ("enum", "Colour", ("red", "green", "blue"), (4, 0, 9))
+ANY_TYPE = ("union", "anytype", (("integer", INT), ("charstring", TEXT), ("Colour", COLOUR), ("Small", SUB), ("octetstring", ("bits", "octetstring", 2, 256))))
 BITS, HEXES, OCTETS = ("bits", "bitstring", 1, 2), ("bits", "hexstring", 1, 16), ("bits", "octetstring", 2, 256)
 
 
-def make_types(rng):
-    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS]
-    lines = ["type integer Small (-20 .. 20);", f"type enumerated Colour {{ {', '.join(COLOUR[2])} }}"]
-    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, BITS, HEXES, OCTETS)]
+def make_types(rng, imported):
+    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS, WORD] + [ANY_TYPE] * (not imported)
+    lines = ["type integer Small (-20 .. 20);", "type charstring Word length(0 .. 3);",
+             f"type enumerated Colour {{ {', '.join(f'{name}({n})' for name, n in zip(*COLOUR[2:]))} }}"]
+    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, TEXT, BITS, HEXES, OCTETS)]
     for i in range(12):
         kind = ("list", "record", "union", "array", "record", "list")[i % 6]
         name = f"{kind.capitalize()}{i}"
@@ -38,9 +43,9 @@ def make_types(rng):
             types.append((kind, name, element, bounds, word))
             lines.append(f"type {word} {f'length({bounds[0]} .. {bounds[1]}) ' if bounds else ''}of {element[1]} {name};")
         elif kind == "array":
-            element, length = pick(), rng.randint(1, 3)
-            types.append((kind, name, element, length))
-            lines.append(f"type {element[1]} {name}[{length}];")
+            element, length, rows = pick(), rng.randint(1, 3), rng.choice((0, 0, 2))
+            types.append((kind, name, (kind, "", element, length), rows) if rows else (kind, name, element, length))
+            lines.append(f"type {element[1]} {name}{f'[{rows}]' if rows else ''}[{length}];")
         elif kind == "record":
             fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
             word = rng.choice(("record", "record", "set"))
@@ -51,6 +56,10 @@ def make_types(rng):
             alternatives = tuple((f"a{k}", pick()) for k in range(rng.randint(2, 4)))
             types.append((kind, name, alternatives))
             lines.append(f"type union {name} {{ {', '.join(f'{t[1]} {a}' for a, t in alternatives)} }}")
+        if kind in ("record", "list") and rng.random() < 0.4:  # another type, which is compatible
+            other = (kind, f"Other{i}", *types[-1][2:])
+            types.append(other if kind == "record" else (*other[:3], (0, 2), other[4]))
+            lines.append(lines[-1].replace(name, other[1]) if kind == "record" else f"type {name} {other[1]} length(0 .. 2);")
     for t in types:
         lines += [f"function match_{t[1]}(template {t[1]} p, {t[1]} v) return boolean {{ return match(v, p); }}",
                   f"function same_template_{t[1]}(template {t[1]} p) return template {t[1]} {{ return p; }}"]
@@ -79,13 +88,33 @@ def checked(t, v):
     """The value, if it belongs to its type."""
     if v is OMIT or v is None:
         raise DynamicError
-    if t[0] == "sub" and not t[2] <= v <= t[3]:
-        raise DynamicError
-    if t[0] == "list" and t[3] and not t[3][0] <= len(v) <= t[3][1]:
+    within(t, v)
+    return v
+
+
+def within(t, v):
+    """Holds a value and its parts, as far as they are there, to the bounds of their types."""
+    if v is OMIT or v is None:
+        return
+    bounds = t[2] if t[0] == "charstring" else t[3] if t[0] == "list" else None
+    if bounds and not bounds[0] <= len(v) <= bounds[1] or t[0] == "sub" and not t[2] <= v <= t[3]:
         raise DynamicError
     if t[0] in ("integer", "float") and abs(v) > LIMIT:
         raise Discard
-    return v
+    parts = {"record": v.items if t[0] == "record" else None, "union": lambda: [v],
+             "list": lambda: enumerate(v), "array": lambda: enumerate(v)}
+    for key, part in parts[t[0]]() if t[0] in parts else ():
+        within(part_type(t, key)[0], part)
+
+
+@cache
+def root(t):
+    """What types have in common whose values may be assigned to each other."""
+    if t[0] == "record":
+        return "record", tuple((f, root(ft), o) for f, ft, o in t[2]), t[3]
+    if t[0] in ("list", "array"):
+        return t[0], root(t[2]), t[4] if t[0] == "list" else t[3]
+    return INT if t[0] == "sub" else TEXT if t[0] == "charstring" else t
 
 
 def read(t, v, path):
@@ -199,8 +228,7 @@ class Place:
     def set(self, path, new):
         if self.whole:
             self.whole.set(self.path + path, new)
-            if self.t[0] == "sub":
-                checked(self.t, self.get())
+            within(self.t, self.get())
         else:
             self.value = write(self.t, self.value, path, new)
 

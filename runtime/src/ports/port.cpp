@@ -125,6 +125,7 @@ bool holds_ports(lumo_type_t type) {
 void check_can_send(Port& port) {
   check_effect("send");
   if (port.state == PortState::stopped) fault("port %s is stopped", port.name);
+  if (port.state == PortState::halted) fault("port %s is halted", port.name);
   if (port.connections.empty() && port.mappings.empty())
     fault("port %s is neither connected nor mapped", port.name);
 }
@@ -379,7 +380,7 @@ void each_port(const char* operation, Value port, Do act) {
 
 // In the body of a call, what names no signature takes answers to that call.
 bool answers_call(const Message& m, bool is_named) {
-  lumo_type_t called = is_named ? nullptr : called_signature(*current_task);
+  lumo_type_t called = is_named ? nullptr : lumos::open_call(*current_task).signature;
   return !called || !m.signature || root_of(called) == root_of(m.signature);
 }
 
@@ -448,13 +449,17 @@ Message* procedure_message(MessageKind kind, Value content) {
   return m;
 }
 
-void start_call_timer(Port& port, double timeout) {
-  if (!port.call_timer) {
-    port.call_timer = make_root(lumo_timer_type, lumo_perm_alloc_c);
-    port.call_timer->label = "call";
-  }
-  lumo_timer_stop(port.call_timer, current_task);
-  if (timeout >= 0) lumo_timer_start(port.call_timer, timeout, current_task);
+// A call with a body, which comes next.
+void open_call(lumo_type_t signature, double timeout) {
+  OpenCall& call = current_task->called;
+  end_call(call);
+  if (timeout == lumo_duration_nowait_c) return;
+  call.signature = signature;
+  if (timeout == lumo_duration_forever_c) return;
+  call.timer = make_root(lumo_timer_type, lumo_perm_alloc_c);
+  call.timer->label = "call";
+  call.timer->timer->of_call = true;
+  lumo_timer_start(call.timer, timeout, current_task);
 }
 
 }  // namespace
@@ -541,7 +546,6 @@ void close_ports(Component& c) {
   for (Port* port : c.ports) {
     unlink(*port);
     drop_queues(*port);
-    if (port->call_timer) destroy(port->call_timer);
     delete port;
   }
   c.ports.clear();
@@ -591,8 +595,7 @@ void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeo
   Port& p = *port_of(port);
   check_can_send(p);
   Message* m = procedure_message(MessageKind::call, signature_value(template_value, true));
-  start_call_timer(p, timeout);
-  current_task->called = timeout == lumo_duration_nowait_c ? nullptr : m->signature;
+  open_call(m->signature, timeout);
   log_port("call on", p, m->content);
   send_message(p, m, recipient);
 }
@@ -679,10 +682,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
     log_received("getreply on", p, *m);
-    if (!check) {
-      remove_head(p, MessageKind::reply);
-      if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
-    }
+    if (!check) remove_head(p, MessageKind::reply);
     return true;
   });
 }
@@ -699,22 +699,23 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
     log_received("catch on", p, *m);
-    if (!check) {
-      remove_head(p, MessageKind::exception);
-      if (p.call_timer) lumo_timer_stop(p.call_timer, current_task);
-    }
+    if (!check) remove_head(p, MessageKind::exception);
     return true;
   });
 }
 
 lumo_boolean_t lumo_port_try_catch_timeout(lumo_value_t port, lumo_context_t context) {
-  Port& p = *port_of(port);
-  return p.call_timer && lumo_timer_try_timed_out(p.call_timer, context);
+  port_of(port);
+  const OpenCall call = lumos::open_call(*current_task);
+  return call.timer && lumo_timer_try_timed_out(call.timer, context);
 }
 
 void lumo_port_clear(lumo_value_t port, lumo_context_t) {
   maybe_yield();
-  each_port("clear", port, drop_queues);
+  each_port("clear", port, [](Port& p) {
+    drop_queues(p);
+    if (p.state == PortState::halted) p.state = PortState::stopped;
+  });
 }
 
 void lumo_port_halt(lumo_value_t port, lumo_context_t) {
@@ -739,7 +740,7 @@ void lumo_port_stop(lumo_value_t port, lumo_context_t) {
 }
 
 void lumo_port_sut_action(lumo_value_t action, lumo_context_t) {
-  check_effect("action");
+  check_choice("action");
   Value v = content_of(action);
   outside_action(render_plain(v));
 }

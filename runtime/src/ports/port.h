@@ -59,7 +59,6 @@ struct Port {
   bool is_mapped_itself = false;  // by its test case, and nobody has asked for it since
   Time call_expiry = never;
   std::deque<TakenCall> taken;    // the latest of them
-  Value call_timer = nullptr;     // wakes the component when a call is over
   mutable std::string full_name;  // once somebody asked (port_name)
 };
 

@@ -59,13 +59,23 @@ struct Call {
       if (goes_out(i) && is_variable(i) && whole_of(argv[i]) == whole) return true;
     return false;
   }
+  // A template that was made of references reads them whenever it is asked.
+  bool reads_changeable(Value v) const {
+    if (!v || v->life == Life::fixed) return false;
+    if (may_change(whole_of(v))) return true;
+    if (v->form != Form::instance || v->owns_arguments) return false;
+    check_stack();
+    for (size_t i = 0; i < v->parts.size; ++i)
+      if (reads_changeable(v->parts.data[i])) return true;
+    return false;
+  }
   void take(unsigned long i) {
     if (argv[i] == lumo_value_default_c) return save(argv[i]);
     if (restriction_of(formals[i])) take_restricted(i);
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
     const bool fits = belongs(argv[i], formals[i].type);
-    if (fits && !may_change(whole_of(argv[i]))) return;
+    if (fits && !reads_changeable(argv[i])) return;
     save(argv[i]);
     Value copy =
         fits ? copy_value(argv[i], lumo_temp_alloc_c) : make_root(formals[i].type, lumo_temp_alloc_c);

@@ -33,25 +33,31 @@ void check_directions(lumo_type_t type, lumo_value_t argv[]) {
 
 }  // namespace
 
-void enter_alternatives(Task& task) {
-  const OpenCall here{task.called, task.frames.size(), task.blocks.size()};
+void end_calls(Task& task) {
+  const size_t frames = task.frames.size(), blocks = task.blocks.size();
   auto is_over = [&](const OpenCall& call) {
-    return call.frames > here.frames || (call.frames == here.frames && call.blocks >= here.blocks);
+    return call.frames > frames || (call.frames == frames && call.blocks >= blocks);
   };
-  while (!task.calls.empty() && is_over(task.calls.back())) task.calls.pop_back();
-  if (task.called) task.calls.push_back(here);
-  task.called = nullptr;
+  for (; !task.calls.empty() && is_over(task.calls.back()); task.calls.pop_back()) end_call(task.calls.back());
+}
+
+void enter_alternatives(Task& task) {
+  end_calls(task);
+  if (!task.called.signature) return;
+  task.calls.push_back({task.called.signature, task.called.timer, task.frames.size(), task.blocks.size()});
+  task.called = {};
 }
 
 namespace {
-const bool behaviour_hook_is_set = (hooks.enter_alternatives = enter_alternatives, true);
+const bool behaviour_hooks_are_set =
+    (hooks.enter_alternatives = enter_alternatives, hooks.end_calls = end_calls, true);
 }  // namespace
 
-lumo_type_t called_signature(const Task& task) {
+OpenCall open_call(const Task& task) {
   for (size_t i = task.calls.size(); i-- > 0;)
     if (task.calls[i].frames == task.frames.size() && task.calls[i].blocks == task.blocks.size())
-      return task.calls[i].signature;
-  return nullptr;
+      return task.calls[i];
+  return {};
 }
 
 }  // namespace lumos

@@ -436,7 +436,7 @@ lumo_value_t lumo_component_element(const char* name, lumo_context_t) {
 }
 
 void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons[], lumo_context_t) {
-  check_effect("setverdict");
+  check_choice("setverdict");
   Component& c = self();
   lumo_verdict_t given = lumo_value_get_verdict(verdict, nullptr);
   if (given == lumo_verdict_error_c) fault("verdict error cannot be set");

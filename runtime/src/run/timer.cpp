@@ -138,7 +138,7 @@ Timer* first_expired() {
   Timer* first = nullptr;
   const Time time = snapshot_time();
   for (Timer* t = current_task->timers; t; t = t->next)
-    if (expired(t, time) && (!first || t->expiry < first->expiry)) first = t;
+    if (!t->of_call && expired(t, time) && (!first || t->expiry < first->expiry)) first = t;
   return first;
 }
 
@@ -238,7 +238,10 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
 void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
   check_use("stop");
   if (value == lumo_value_all_c) {
-    stop_timers_of(*current_task);
+    for (Timer *t = current_task->timers, *next; t; t = next) {
+      next = t->next;
+      if (!t->of_call) halt(t);
+    }
     return;
   }
   Timer* timer = timer_of(value);
@@ -264,7 +267,7 @@ lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
     return timer->running && timer->expiry > time;
   }
   for (Timer* t = current_task->timers; t; t = t->next)
-    if (t->expiry > time) return true;
+    if (!t->of_call && t->expiry > time) return true;
   return false;
 }
 

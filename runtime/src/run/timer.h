@@ -17,6 +17,7 @@ struct Timer {
   double default_duration = -1;
   Time started = 0, expiry = 0;
   bool running = false;     // started and neither stopped nor taken as timed out
+  bool of_call = false;     // is no timer to "any timer" and "all timer"
   size_t place = SIZE_MAX;  // in the queue
   Timer* next = nullptr;    // running timers of the owner
   Timer* previous = nullptr;

@@ -20,6 +20,7 @@ struct Hooks {
   bool (*keep_for_defaults)(Value value) = nullptr;
   // The task enters an `alt`: behind a call, the one in which its answers are taken.
   void (*enter_alternatives)(Task& task) = nullptr;
+  void (*end_calls)(Task& task) = nullptr;
 
   // Timers, each the content of a value, which owns it.
   Timer* (*new_timer)(Value value) = nullptr;

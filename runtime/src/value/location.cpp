@@ -97,7 +97,7 @@ void lumo_source_location_pop_block(lumo_context_t) {
 
 void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
   Task& task = *current_task;
-  task.called = nullptr;
+  task.called.signature = nullptr;
   task.statement_roots = task.roots.size();
   if (task.frames.empty()) return;
   Frame& frame = task.frames.back();

@@ -101,6 +101,11 @@ size_t root_place(const Task& task, Value v) {
   return SIZE_MAX;
 }
 
+void end_call(OpenCall& call) {
+  if (call.timer) destroy(call.timer);
+  call = {};
+}
+
 void end_last_roots(Task& task, size_t mark) {
   if (has_attempts(task)) end_attempts(task, mark);
   while (task.roots.size() > mark) {
@@ -122,7 +127,9 @@ void reset_task(Task& task) {
   task.registered.clear();
   task.visible_frames = SIZE_MAX;
   task.quiet = 0;
+  for (OpenCall& call : task.calls) end_call(call);
   task.calls.clear();
+  end_call(task.called);
   task.last_match = {};
   task.matching = 0;
   task.defining = task.choosing = false;

@@ -39,8 +39,9 @@ struct ActiveDefault {
 // A call whose answers are waited for. Its body is known by the depth at which its alternatives
 // are tried.
 struct OpenCall {
-  lumo_type_t signature;
-  size_t frames, blocks;
+  lumo_type_t signature = nullptr;
+  lumo_value_t timer = nullptr;  // owned; of a call that does not wait for ever
+  size_t frames = 0, blocks = 0;
 };
 
 // A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
@@ -85,7 +86,7 @@ struct lumo_context_struct {
   std::vector<lumos::ActiveDefault> defaults;  // oldest first
   std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
   std::vector<lumos::OpenCall> calls;          // innermost last
-  lumo_type_t called = nullptr;                // just now; its body, if any, comes next
+  lumos::OpenCall called;                      // just now; its body, if any, comes next
   lumo_type_t answered = nullptr;              // by the raise that comes next
   std::vector<lumos::Attempt> attempts;        // since the snapshot
   std::vector<lumo_value_t> kept_contents;     // owned: of messages that are gone, for the attempts
@@ -137,8 +138,11 @@ inline bool has_attempts(const Task& task) {
 }
 // Alternatives are entered: those of a call's body, or others, so that calls at this depth are over.
 void enter_alternatives(Task& task);
-// The signature of the call in whose body the alternatives are tried; null elsewhere.
-lumo_type_t called_signature(const Task& task);
+// Ends the calls of this depth and below.
+void end_calls(Task& task);
+void end_call(OpenCall& call);
+// The call in whose body the alternatives are tried; one without a signature elsewhere.
+OpenCall open_call(const Task& task);
 // An operation that changes or asks for what is around: a fault while local definitions of an
 // altstep are evaluated, which has to have no effect if no alternative is chosen.
 void refuse_effect(const char* operation);

@@ -124,11 +124,10 @@ T3Tree_Node* Named(const PatternReference& reference, tPosition position) {
   return node;
 }
 
-// The operand in the place of a reference; null where it stays text.
+// The operand in the place of a reference. What means nothing here is told as it would be elsewhere.
 T3Tree_Node* Operand(const PatternReference& reference, T3CharStringLiteral* literal) {
   T3Tree_Node* decl = Meaning(reference, literal);
-  if (IsObject(decl)) return Named(reference, literal->position);
-  if (!reference.of_characters || !decl->is<T3TypeDecl>()) return nullptr;
+  if (!reference.of_characters || !decl->is<T3TypeDecl>()) return Named(reference, literal->position);
   return Literal(PatternOfType(decl->as<T3TypeDecl>()->type), literal->position);
 }
 
@@ -142,10 +141,8 @@ void ResolveInLiteral(T3CharStringLiteral* literal) {
     parts = parts == nullptr ? part : gT3AST.mT3Concatenate(literal->position, parts, part);
   };
   for (auto found = NextReference(text, 0); found; found = NextReference(text, found->end)) {
-    T3Tree_Node* operand = Operand(*found, literal);
-    if (operand == nullptr) continue;
     append(Literal(std::string_view(text).substr(done, found->begin - done), literal->position));
-    append(operand);
+    append(Operand(*found, literal));
     done = found->end;
   }
   if (parts == nullptr) return;

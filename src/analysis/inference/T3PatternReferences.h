@@ -4,6 +4,6 @@
 #include "frontend/T3Tree.h"
 
 /// Makes what a name in the text of a pattern means an operand of a concatenation in its place, so that it is
-/// a reference like any other from then on; a type, in `\N{name}`, gives the pattern of its values instead.
-/// Names that mean neither stay text. Takes the expression behind `pattern` or in the place of a pattern.
+/// a reference like any other from then on, with its messages; a type, in `\N{name}`, gives the pattern of its
+/// values instead. Takes the expression behind `pattern` or in the place of a pattern.
 void ResolvePatternReferences(T3Tree_Node* pattern);

@@ -97,7 +97,7 @@ void CheckFormalParameter(T3Tree_Node* node) {
 // ---- Declarations ----
 
 void CheckInstance(T3Tree_Node* node) {
-  auto* decl = node->as<_T3InstanceValueDecl>();
+  auto* decl = node->as<_T3InstanceDecl>();
   const bool in_component = decl->place != nullptr && T3Is<T3ComponentType>(decl->place->vexa_owner);
   if (!in_component && IsPortOrPortArray(decl))
     vexa_filtered_error(ERR_not_allowed_here, PositionOf(decl), "port type");
@@ -122,6 +122,12 @@ void CheckRunsOn(T3Tree_Node* node) {
   if (named->is<T3MTC>() || named->is<T3System>()) vexa_filtered_error(ERR_illegal_runs_on, PositionOf(node));
   if (!T3Is<T3ErrorType>(type) && !T3Is<T3NoType>(type) && !T3Is<T3ComponentType>(type))
     vexa_filtered_error(ERR_illegal_runs_on, PositionOf(node));
+}
+
+void CheckSystem(T3Tree_Node* node) {
+  T3Tree_Node* type = BaseTypeDef(node->as<T3Testcase>()->system);
+  if (!T3Is<T3ErrorType>(type) && !T3Is<T3NoType>(type) && !T3Is<T3ComponentType>(type))
+    vexa_filtered_error(ERR_illegal_argument, PositionOf(node), "system", "a component type");
 }
 
 // ---- Timers ----
@@ -361,10 +367,12 @@ void CheckLengthRange(T3Tree_Node* node) {
 
 constexpr T3Rule kRules[] = {
     {T3Kind::_T3InstanceValueDecl, CheckInstance},
+    {T3Kind::T3ExtConstDecl, CheckInstance},
     {T3Kind::T3VarDecl, CheckTimerVariable},
     {T3Kind::T3VarDecl, CheckRestriction},
     {T3Kind::T3PortDecl, CheckPortDecl},
     {T3Kind::_T3FunctionDecl, CheckRunsOn},
+    {T3Kind::T3Testcase, CheckSystem},
     {T3Kind::T3Testcase, CheckTestcaseParameters},
     {T3Kind::T3TemplateDecl, CheckTemplateParameters},
     {T3Kind::T3TemplateDecl, CheckModifiedParameters},

@@ -93,14 +93,15 @@ void CheckFieldValue(T3Tree_Node* node) {
   vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
-// `omit` stands for a field that is left out. In the place of a whole value, or of an element, it is none.
+// `omit` stands for a field that is left out, or in a template for a part that is. In the place of a whole
+// value, of an element, of an operand or a bound, it is none.
 bool MayBeOmitted(T3Tree_Node* node, T3Tree_Node* parent) {
-  if (MayBeTemplateHere()) return true;
   if (auto* variable = parent->try_as<T3VarDecl>()) return variable->is_template_variable;
   if (auto* assignment = parent->try_as<T3AssignStmt>())
     return node == assignment->rhs && (!IsName(assignment->lhs) || IsTemplateReference(assignment->lhs));
   if (parent->is<T3RetStmt>()) return IsFunctionReturningTemplate(parent->place->vexa_owner);
-  if (parent->is<T3FieldValue>()) return !IsElement(parent);
+  if (parent->is<T3FieldValue>()) return MayBeTemplateHere() || !IsElement(parent);
+  if (parent->is<T3ValueListItem>() || parent->is<ExtraMatchingExpressions>()) return MayBeTemplateHere();
   return parent->is<T3TemplateDef>() || parent->is<_T3TypedFormal>() || parent->is<T3Equal>() ||
          parent->is<T3NotEqual>();
 }

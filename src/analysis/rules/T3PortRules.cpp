@@ -209,9 +209,24 @@ void CheckGetReply(T3Tree_Node* node) {
   CheckAgainstCall(node, TemplateType(node));
 }
 
+// What is raised or caught belongs to a signature, one that the port lists.
+void RequireListedSignature(_T3PortStmt* statement, T3Tree_Node* reference, bool out) {
+  T3Tree_Node* signature = BaseTypeDef(reference);
+  T3Tree_Node* port = ExpressionBaseType(statement->port);
+  if (T3Is<T3NoType>(reference) || signature->is<T3ErrorType>()) return;
+  if (!statement->attr().is_procedure_based) return;
+  if (!signature->is<T3SignatureType>())
+    return vexa_filtered_error(ERR_message_on_proc_port, PositionOf(statement));
+  if (!port->is<T3PortType>() || port == gT3AnyPortType) return;
+  const T3TypeSet& listed = (out ? PortTypesOut(port) : PortTypesIn(port)).base;
+  if (std::find(listed.begin(), listed.end(), signature) == listed.end())
+    vexa_filtered_error(ERR_type_template_check_port, PositionOf(reference));
+}
+
 void CheckRaise(T3Tree_Node* node) {
   RefuseOmitted(node);
   RequireProcedures(node, "raise");
+  RequireListedSignature(node->as<_T3PortStmt>(), node->as<T3RaiseStmt>()->signature, false);
 }
 
 void CheckCatch(T3Tree_Node* node) {
@@ -219,6 +234,7 @@ void CheckCatch(T3Tree_Node* node) {
   auto* caught = node->as<T3CatchStmt>();
   if (T3Is<T3NoType>(caught->signature) && caught->template_value->is<T3TemplateDef>())
     vexa_filtered_error(ERR_template_exception_wo_signature, PositionOf(node));
+  RequireListedSignature(caught, caught->signature, true);
   CheckAgainstCall(node, BaseTypeDef(caught->signature));
 }
 
@@ -251,6 +267,12 @@ void CheckParameterRedirection(T3Tree_Node* at, T3Tree_Node* par, bool getcall) 
                         getcall ? "getcall" : "getreply");
 }
 
+// What comes in goes to something that can be assigned to.
+void RequireTarget(T3Tree_Node* target) {
+  if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
+    vexa_filtered_error(ERR_lvalue, PositionOf(target));
+}
+
 void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signature) {
   const bool getcall = redirect->attr().is_in_getcall;
   if (!getcall && !redirect->attr().is_in_getreply) return;
@@ -258,6 +280,7 @@ void CheckParameterRedirections(T3PortRedirect* redirect, T3SignatureType* signa
   T3Tree_Node* par = signature->fpl;
   const Items<T3FieldValue> elements(redirect->redirect_params);
   for (auto* element : elements) {
+    if (!element->value->is<T3NotUsedSymbol>()) RequireTarget(element->value);
     if (auto* name = element->field->try_as<T3FieldName>()) {
       list = false;
       CheckParameterRedirection(element, FindName(signature, name->name, nullptr), getcall);
@@ -290,9 +313,8 @@ void RefuseUntypedValue(T3PortRedirect* redirect) {
 void CheckRedirect(T3Tree_Node* node) {
   auto* redirect = node->as<T3PortRedirect>();
   RefuseUntypedValue(redirect);
-  for (T3Tree_Node* target : {redirect->redirect_value, redirect->redirect_sender})
-    if (IsGiven(target) && !HasFailed(target) && !IsLvalue(target))
-      vexa_filtered_error(ERR_lvalue, PositionOf(target));
+  RequireTarget(redirect->redirect_value);
+  RequireTarget(redirect->redirect_sender);
   if (redirect->redirect_params != nullptr && MixesNotations(redirect->redirect_params))
     return vexa_filtered_error(ERR_mixed_notation, redirect->position);
   T3Tree_Node* signature = redirect->attr().params_types;

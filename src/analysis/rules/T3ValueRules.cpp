@@ -160,12 +160,17 @@ const char* AbsentValue(T3Tree_Node* value) {
   return value->is<T3IfPresentMatch>() || value->is<T3IfPresentIfLengthMatch>() ? "ifpresent" : nullptr;
 }
 
+// Each alternative of anytype is one of a union.
+bool IsMandatory(T3FieldValue* item, T3Tree_Node* type) {
+  T3Tree_Node* member = item->attr().def;
+  return T3Is<T3FieldType>(member) ? !IsFieldOptional(member) : type->is<T3AnyType>();
+}
+
 void CheckMandatoryFields(T3Tree_Node* node) {
   T3Tree_Node* at = node->as<T3CompoundValue>()->value;
   for (auto* item : Items<T3FieldValue>(at)) {
     const char* absent = AbsentValue(item->value);
-    T3Tree_Node* member = absent == nullptr ? nullptr : item->attr().def;
-    if (T3Is<T3FieldType>(member) && !IsFieldOptional(member))
+    if (absent != nullptr && IsMandatory(item, ExpressionBaseType(node)))
       vexa_filtered_error(ERR_illegal_mandatory, PositionOf(item), absent);
   }
 }

@@ -109,6 +109,12 @@ struct Attempt {
   std::vector<std::string> arguments;
 };
 
+// Whether calls may wait there too: a `check` that names nothing takes them, a `check(receive)` does not.
+bool MayHoldCalls(T3Tree_Node* port) {
+  auto* type = RootType(cg::TypeOf(port))->try_as<T3PortType>();
+  return port->is<T3PortAll>() || type == nullptr || type->port_kind == t3_port_kind_t::Mixed;
+}
+
 Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& function) {
   Attempt attempt;
   const auto add = [&](const std::string& text) { attempt.arguments.push_back(text); };
@@ -145,7 +151,9 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
       attempt.word = LUMO_PORT_TRY_CATCH;
       add(VEXATypeRef(caught->signature));
     }
-    add_template(vexa_template_plain);
+    const bool any = is_check && statement->is<T3ReceiveStmt>() && MayHoldCalls(statement->port);
+    add(TemplateOr(statement->template_value, any ? LUMO_ANYONE_VALUE_C : LUMO_NO_VALUE_C,
+                   vexa_template_plain, function));
     add_sender();
     add(check);
     add(ValueTarget(statement->redirect, function));

@@ -52,9 +52,9 @@ BehaviourWords WordsOf(T3Tree_Node* decl) {
   }
 }
 
-void AddBehaviourRow(T3Tree_Node* decl, const BehaviourWords& words) {
-  CGSymTabAddEntry({Quote(decl->as<_T3Decl>()->name), words.symbol_kind,
-                    "&(" + VEXAFuncTypeStructName(decl) + ")", C_NULL, CGFunctionPointer(words.name)});
+void AddBehaviourRow(T3Tree_Node* decl, const BehaviourWords& words, std::string_view struct_name) {
+  CGSymTabAddEntry({Quote(decl->as<_T3Decl>()->name), words.symbol_kind, joined({"&(", struct_name, ")"}),
+                    C_NULL, CGFunctionPointer(words.name)});
 }
 
 std::string Slot(int index) {
@@ -236,9 +236,9 @@ std::unique_ptr<CFunction> BeginBehaviour(const BehaviourWords& words) {
 
 template <class Body>
 void Generate(_T3FunctionDecl* decl, const Body& body) {
-  GenFunctionType(decl);
+  const std::string type_struct = GenFunctionType(decl);
   const BehaviourWords words = WordsOf(decl);
-  AddBehaviourRow(decl, words);
+  AddBehaviourRow(decl, words, type_struct);
   const CGStatementScope scope;
   auto function = BeginBehaviour(words);
   BeginBody(decl, words, *function);
@@ -302,18 +302,17 @@ void CGImportedBehaviour(T3Tree_Node* import) {
   if (!T3Is<_T3FunctionDecl>(origin))
     internal_error_ast("CGFunction", __LINE__, "BindImportedFunction", import);
   const ImportWords words = WordsOfImport(import);
-  GenFunctionType(import);
-  const std::string qualified = std::string(gIdents.GetString(origin->place->vexa_module_name)) + '.' +
-                                gIdents.GetCStr(origin->as<_T3Decl>()->name);
-  CGSymTabAddEntry({Quote(qualified), words.symbol_kind, "&(" + VEXAFuncTypeStructName(import) + ")"});
+  const std::string type_struct = GenFunctionType(import);
+  const std::string qualified = joined(
+      {gIdents.GetString(origin->place->vexa_module_name), ".", gIdents.GetString(DeclaredName(origin))});
+  CGSymTabAddEntry({Quote(qualified), words.symbol_kind, joined({"&(", type_struct, ")"})});
   gT3Context.file().addVariable(words.pointer_type, words.name, true);
   CFunction& bind = gT3Context.registerFunction();
   bind.addComment("binding imported function");
-  bind.assign(words.name,
-              "((" + std::string(words.pointer_type) + ") " + FindOriginCall(import) + "->function_ptr)");
-  const std::string row = cg::Call(LUMO_FIND_ELEMENT_WITH_CHECK,
-                                   {Quote(CGCurrentModule()->name), Quote(qualified), VEXA_CONTEXT});
-  gT3Context.initializeFunction().assign(row + "->function_ptr", CGFunctionPointer(words.name));
+  bind.addLine({words.name, " = ((", words.pointer_type, ") ", FindOriginCall(import), "->function_ptr);"});
+  const std::string_view module = gIdents.GetString(gT3Context.currentModuleName());
+  gT3Context.initializeFunction().addLine(
+      {FindCall(module, qualified), "->function_ptr = ", CGFunctionPointer(words.name), ";"});
 }
 
 // ---- Control parts ----

@@ -266,14 +266,12 @@ std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_
   const bool is_c = form == vexa_c_mode;
   const std::string location = is_c ? CLocation(operand) : RTSLocation(operand);
   const char* type = is_c ? CVariableType(TypeOf(operand)) : LUMO_VALUE_T;
-  if (type == nullptr || !operands.MayChange(at, false, function)) return location;
-  if (!is_c) {
-    StoreRTSLocation(operand, Kept(location, function));
-    return RTSLocation(operand);
-  }
-  StoreCLocation(operand, Temporary(type, function));
-  function.assign(CLocation(operand), location);
-  return CLocation(operand);
+  const bool changes = type != nullptr && operands.MayChange(at, false, function);
+  if (type == nullptr || (!changes && !operands.MayFaultLate(at, location))) return location;
+  const std::string kept = !is_c && changes ? Kept(location, function) : Temporary(type, function);
+  if (is_c || !changes) function.assign(kept, location);
+  is_c ? StoreCLocation(operand, kept) : StoreRTSLocation(operand, kept);
+  return kept;
 }
 
 std::string Kept(const std::string& location, CFunction& function) {

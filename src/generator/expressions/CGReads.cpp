@@ -72,21 +72,60 @@ std::vector<T3Tree_Node*> WrittenBy(T3Tree_Node* node) {
   return written;
 }
 
-// By the number of a node: whether evaluating it may change something.
-enum class Effect : uint8_t { Unknown, None, Some };
+// By the number of a node: whether evaluating it may change something, or is at least told of in a report.
+enum class Effect : uint8_t { Unknown, None, Told, Some };
 NumberMap<Effect>& g_effects = *new NumberMap<Effect>;
-const ModuleCache kCache{[] { g_effects.clear(); }};
+NumberMap<bool>& g_told = *new NumberMap<bool>;  // by the number of a behaviour
+const ModuleCache kCache{[] {
+  g_effects.clear();
+  g_told.clear();
+}};
 
 Effect& EffectOf(T3Tree_Node* node) {
   return g_effects[node->number];
 }
 
 // So has all that it is a part of, up to the root.
-void HasSomeEffect(T3Tree_Node* node, T3Tree_Node* root) {
+void HasEffect(Effect effect, T3Tree_Node* node, T3Tree_Node* root) {
   for (T3Tree_Node* at = node; at != nullptr; at = at == root ? nullptr : at->parent) {
-    if (EffectOf(at) == Effect::Some) return;
-    EffectOf(at) = Effect::Some;
+    if (EffectOf(at) >= effect) return;
+    EffectOf(at) = effect;
   }
+}
+
+// Whether a behaviour logs, or does what else is seen from outside, by itself or in what it calls.
+bool IsTold(_T3FunctionDecl* behaviour, int depth = 0) {
+  constexpr int kMaxCallDepth = 8;
+  if (behaviour == nullptr || depth > kMaxCallDepth) return false;
+  auto* body = behaviour->try_as<_T3FunctionBodyDecl>();
+  if (body == nullptr || AltStatusOfDecl(behaviour) >= kHasSideEffects) return true;
+  const auto [known, is_new] = g_told.TryEmplace(behaviour->number);
+  if (!is_new) return *known;
+  bool told = false;
+  ForEachInSubtree(body->body, [&told, depth](T3Tree_Node* node) {
+    told = told || node->is<T3LogStmt>() || IsTold(CalledBehaviour(node), depth + 1);
+    return !told;
+  });
+  return g_told[behaviour->number] = told;
+}
+
+Effect OwnEffect(T3Tree_Node* node) {
+  if (!WrittenBy(node).empty()) return Effect::Some;
+  return IsTold(CalledBehaviour(node)) ? Effect::Told : Effect::None;
+}
+
+// Of an expression with all its parts.
+Effect WholeEffect(T3Tree_Node* expression) {
+  if (EffectOf(expression) == Effect::Unknown) {
+    ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
+      const Effect known = EffectOf(node);
+      const Effect effect = known == Effect::Unknown ? OwnEffect(node) : known;
+      EffectOf(node) = Effect::None;
+      HasEffect(effect, node, expression);
+      return known == Effect::Unknown;
+    });
+  }
+  return EffectOf(expression);
 }
 
 // What is evaluated into a variable of C stays as it is.
@@ -127,28 +166,25 @@ bool Reads(T3Tree_Node* expression, T3Tree_Node* target) {
 }
 
 bool HasEffects(T3Tree_Node* expression) {
-  if (EffectOf(expression) == Effect::Unknown) {
-    ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
-      const Effect known = EffectOf(node);
-      if (known == Effect::Unknown) EffectOf(node) = Effect::None;
-      if (known == Effect::Some || (known == Effect::Unknown && !WrittenBy(node).empty())) {
-        EffectOf(node) = Effect::None;
-        HasSomeEffect(node, expression);
-      }
-      return known == Effect::Unknown;
-    });
-  }
-  return EffectOf(expression) == Effect::Some;
+  return WholeEffect(expression) == Effect::Some;
 }
 
 Operands::Operands(std::vector<T3Tree_Node*> operands) : operands_(std::move(operands)) {
   // Nothing stands before the first one, which may be a long chain of operators.
-  for (size_t i = 1; i < operands_.size(); ++i)
-    if (HasEffects(operands_[i]))
-      ForEachInSubtree(operands_[i], [this, i](T3Tree_Node* node) {
-        for (T3Tree_Node* variable : WrittenBy(node)) written_[variable] = i;
-        return EffectOf(node) != Effect::None;
-      });
+  for (size_t i = 1; i < operands_.size(); ++i) {
+    if (WholeEffect(operands_[i]) == Effect::None) continue;
+    last_told_ = i;
+    ForEachInSubtree(operands_[i], [this, i](T3Tree_Node* node) {
+      for (T3Tree_Node* variable : WrittenBy(node)) written_[variable] = i;
+      return EffectOf(node) == Effect::Some;
+    });
+  }
+}
+
+bool Operands::MayFaultLate(size_t at, const std::string& location) const {
+  // What is no call, nor an operation on one, is a variable.
+  return at < last_told_ && !operands_[at]->is<_T3LiteralExpression>() &&
+         location.find('(') != std::string::npos;
 }
 
 bool Operands::IsWrittenBehind(size_t at, T3Tree_Node* node) const {

@@ -28,6 +28,9 @@ class Operands {
   /// True where evaluating what stands behind operand `at` may change what its location reads. `is_stored`:
   /// the location is put somewhere before that, so that only what it leads to can change.
   bool MayChange(size_t at, bool is_stored, const CFunction& function) const;
+  /// True where a fault that evaluating this location of operand `at` ends with would come behind what an
+  /// operand behind it does, and a report tells.
+  bool MayFaultLate(size_t at, const std::string& location) const;
 
  private:
   bool IsWrittenBehind(size_t at, T3Tree_Node* node) const;
@@ -36,5 +39,6 @@ class Operands {
   // The variables that operands behind the first write, null for anything of the component, each with the
   // last that does.
   std::map<T3Tree_Node*, size_t> written_;
+  size_t last_told_ = 0;
 };
 }  // namespace cg

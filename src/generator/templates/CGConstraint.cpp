@@ -2,6 +2,7 @@
 #include "generator/expressions/CGModes.h"
 
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3RuleParts.h"
 #include "driver/options/T3CommandLine.h"
 #include "generator/templates/CGConstraintParts.h"
 #include "generator/text/CGTypeAccess.h"
@@ -120,9 +121,7 @@ void TestRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test, CFunc
 
 // The list of a subtype may name types, each of which stands for its values.
 T3Tree_Node* NamedType(T3Tree_Node* node) {
-  if (!node->is<T3Identifier>() && !node->is<T3Qualifier>()) return nullptr;
-  T3Tree_Node* def = Def(node);
-  return T3Is<T3TypeDecl>(BehindImport(def)) ? def : nullptr;
+  return NamesType(node) ? Def(node) : nullptr;
 }
 
 void TestType(T3Tree_Node* type, const CGTest& test, CFunction& function) {

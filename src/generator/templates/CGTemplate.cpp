@@ -103,19 +103,15 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
     if (!is_signature) return std::string(C_NULL);
     return pointer(match ? VEXAMatchName(decl, mode) : VEXAValueOfName(decl, mode));
   };
-  auto structure =
-      gT3Context.file().beginStructure(LUMO_TEMPLATE_INFO_T, VEXATemplateInfoName(decl), false, true);
-  structure->addMember(VEXAStaticTypeRef(TypeOfTemplate(definition)));
-  structure->addMember(C_NULL);
-  structure->addMember(SliceString(Quote(Description(decl)), kDescriptionLine));
-  structure->addMember(pointer(VEXAValueOfName(decl, vexa_template_plain)));
-  structure->addMember(of_mode(false, vexa_template_call));
-  structure->addMember(of_mode(false, vexa_template_reply));
-  structure->addMember(pointer(VEXASizeOfName(decl)));
-  structure->addMember(pointer(VEXAMatchName(decl, vexa_template_plain)));
-  structure->addMember(of_mode(true, vexa_template_call));
-  structure->addMember(of_mode(true, vexa_template_reply));
-  structure->end();
+  const std::string name = VEXATemplateInfoName(decl);
+  CStructure structure(&gT3Context.file(), LUMO_TEMPLATE_INFO_T, name, false, true);
+  structure.addMembers({VEXAStaticTypeRef(TypeOfTemplate(definition)), C_NULL,
+                        SliceString(Quote(Description(decl)), kDescriptionLine),
+                        pointer(VEXAValueOfName(decl, vexa_template_plain)),
+                        of_mode(false, vexa_template_call), of_mode(false, vexa_template_reply),
+                        pointer(VEXASizeOfName(decl)), pointer(VEXAMatchName(decl, vexa_template_plain)),
+                        of_mode(true, vexa_template_call), of_mode(true, vexa_template_reply)});
+  structure.end();
 }
 }  // namespace
 
@@ -143,17 +139,16 @@ void CGTemplateImport(T3Tree_Node* node) {
   if (!T3Is<T3TemplateDecl>(origin))
     internal_error_ast("CGTemplate", __LINE__, "CGTemplateImportHelper", import);
   const std::string name = VEXATemplateTypeStructName(import);
-  const std::string module = Quote(origin->place->vexa_module_name);
-  auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, true);
-  structure->addMember(module);
-  structure->addMember(Quote(origin->as<_T3Decl>()->name));
-  structure->addNulls(7);
-  structure->end();
-  gT3Context.file().addDefine(VEXATemplateConstName(import), "&(" + name + ")");
+  const std::string_view module = gIdents.GetString(origin->place->vexa_module_name);
+  const std::string_view own_name = gIdents.GetString(DeclaredName(origin));
+  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, name, false, true);
+  structure.addMembers(
+      {Quote(module), Quote(own_name), C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL});
+  structure.end();
+  const std::string address = joined({"&(", name, ")"});
+  gT3Context.file().addDefine(VEXATemplateConstName(import), address);
   CFunction& bind = gT3Context.registerFunction();
   bind.addComment("setting type info struct for imported template");
-  bind.assign("(" + name + ".type_info)", FindOriginCall(import) + "->type_descriptor->type_info");
-  CGSymTabAddEntry({Quote(std::string(gIdents.GetString(origin->place->vexa_module_name)) + '.' +
-                          gIdents.GetCStr(origin->as<_T3Decl>()->name)),
-                    LUMO_SYMTAB_KIND_USERDEFINED_TYPE, "&(" + name + ")"});
+  bind.addLine({"(", name, ".type_info) = ", FindOriginCall(import), "->type_descriptor->type_info;"});
+  CGSymTabAddEntry({joined({"\"", module, ".", own_name, "\""}), LUMO_SYMTAB_KIND_USERDEFINED_TYPE, address});
 }

@@ -67,6 +67,7 @@ T3Tree_Node* WithOfOrigin(T3Tree_Node* decl) {
 std::string GenAttributes(T3Tree_Node* decl, t3_with_attribute_t kind) {
   T3Tree_Node* own = decl->as<_T3Decl>()->with_spec;
   T3Tree_Node* origin = WithOfOrigin(decl);
+  if (!T3Is<T3With>(own) && !T3Is<T3With>(origin)) return C_NULL;
   if (!ContainsAttributes(own, kind) && !ContainsAttributes(origin, kind)) return C_NULL;
   // the import's own attribute holds, unless the one of origin says that it stays
   const bool own_holds = ContainsUnqualified(own, kind, false) && !ContainsUnqualified(origin, kind, true);

@@ -47,7 +47,7 @@ void CGSymTabAddEntry(CWords columns) {
 }
 
 std::string CGFunctionPointer(const std::string& name) {
-  return "((" + std::string(C_VOID) + " *) " + name + ")";
+  return joined({"((", C_VOID, " *) ", name, ")"});
 }
 
 namespace {

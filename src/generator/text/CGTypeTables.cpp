@@ -1,10 +1,12 @@
 #include "generator/text/CGTypeTables.h"
 
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3Types.h"
 #include "asn1/integration/T3CodecReference.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/text/CGAttributes.h"
 #include "generator/text/CGModuleText.h"
+#include "generator/text/CGTypeAccess.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
@@ -17,71 +19,76 @@ T3Tree_Node* OriginOf(T3Tree_Node* import) {
   return origin;
 }
 
-std::string OriginModule(T3Tree_Node* import) {
-  return gIdents.GetCStr(OriginOf(import)->place->vexa_module_name);
+std::string_view OriginModule(T3Tree_Node* import) {
+  return gIdents.GetString(OriginOf(import)->place->vexa_module_name);
 }
 
-std::string OriginName(T3Tree_Node* import) {
-  return gIdents.GetCStr(OriginOf(import)->as<_T3Decl>()->name);
+std::string_view OriginName(T3Tree_Node* import) {
+  return gIdents.GetString(OriginOf(import)->as<_T3Decl>()->name);
 }
 
 // The name by which the run-time system finds a type.
 std::string SymbolName(T3Tree_Node* decl) {
   if (!decl->is<_T3ImportDecl>()) return gIdents.GetCStr(decl->as<_T3Decl>()->name);
   // there is one address type, found by its plain name
-  if (IsAddressRedefinition(OriginOf(decl))) return OriginName(decl);
-  return OriginModule(decl) + "." + OriginName(decl);
+  if (IsAddressRedefinition(OriginOf(decl))) return std::string(OriginName(decl));
+  return joined({OriginModule(decl), ".", OriginName(decl)});
 }
 }  // namespace
 
 void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info) {
-  auto structure = gT3Context.file().beginStructure(LUMO_TYPE_INFO_STRUCT_T, struct_name, false, true);
-  for (const std::string_view member :
-       CWords{info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE, C_NULL,
-              info.check_function, info.constraintof_function, info.template_info, info.number_of_fields,
-              info.field_info, info.enum_or_array_info, info.reserved_last})
-    structure->addMember(member);
-  structure->end();
+  CStructure structure(&gT3Context.file(), LUMO_TYPE_INFO_STRUCT_T, struct_name, false, true);
+  structure.addMembers({info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE,
+                        C_NULL, info.check_function, info.constraintof_function, info.template_info,
+                        info.number_of_fields, info.field_info, info.enum_or_array_info, info.reserved_last});
+  structure.end();
 }
 
-void GenTypeStruct(T3Tree_Node* decl, const std::string& type_info) {
-  const bool imported = decl->is<_T3ImportDecl>();
-  const std::string name = VEXATypeStructName(decl);
-  std::vector<std::string> members{imported ? Quote(OriginModule(decl)) : C_NULL,
-                                   imported ? Quote(OriginName(decl)) : C_NULL};
-  for (const auto kind : {t3_with_attribute_t::Display, t3_with_attribute_t::Encode,
-                          t3_with_attribute_t::Variant, t3_with_attribute_t::Extension})
-    members.push_back(GenAttributes(decl, kind));
+namespace {
+struct Codecs {
+  std::string encoder = C_NULL;
+  std::string decoder = C_NULL;
+};
+
+Codecs CodecsOf(T3Tree_Node* decl) {
+  if (!IsT3ASN_1(BehindImport(decl))) return {};
   const std::string encoder = T3TypeDecl_default_encoder(decl);
   const std::string variant = T3TypeDecl_default_variant(decl);
-  members.push_back(T3TypeDecl_encoder_reference(decl, encoder, variant));
-  members.push_back(T3TypeDecl_decoder_reference(decl, encoder, variant));
-  members.push_back(type_info);
-  auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, name, false, false);
-  for (const std::string& member : members) structure->addMember(member);
-  structure->end();
-  gT3Context.file().addDefine(VEXATypeConstName(decl), "&(" + name + ")");
+  return {T3TypeDecl_encoder_reference(decl, encoder, variant),
+          T3TypeDecl_decoder_reference(decl, encoder, variant)};
+}
+}  // namespace
+
+std::string GenTypeStruct(T3Tree_Node* decl, std::string_view type_info) {
+  const bool imported = decl->is<_T3ImportDecl>();
+  std::string name = VEXATypeStructName(decl);
+  const std::string display = GenAttributes(decl, t3_with_attribute_t::Display);
+  const std::string encode = GenAttributes(decl, t3_with_attribute_t::Encode);
+  const std::string variant = GenAttributes(decl, t3_with_attribute_t::Variant);
+  const std::string extension = GenAttributes(decl, t3_with_attribute_t::Extension);
+  const Codecs codecs = CodecsOf(decl);
+  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, name, false, false);
+  structure.addMembers({imported ? Quote(OriginModule(decl)) : C_NULL,
+                        imported ? Quote(OriginName(decl)) : C_NULL, display, encode, variant, extension,
+                        codecs.encoder, codecs.decoder, type_info});
+  structure.end();
+  gT3Context.file().addDefine(VEXATypeConstName(decl), joined({"&(", name, ")"}));
+  return name;
 }
 
-void GenPlainTypeStruct(const std::string& struct_name, const std::string& info_name, bool is_static) {
-  auto structure = gT3Context.file().beginStructure(LUMO_TYPE_STRUCT_T, struct_name, false, is_static);
-  structure->addNulls(8);
-  structure->addMember("&(" + info_name + ")");
-  structure->end();
+void GenPlainTypeStruct(const std::string& struct_name, std::string_view info_name, bool is_static) {
+  CStructure structure(&gT3Context.file(), LUMO_TYPE_STRUCT_T, struct_name, false, is_static);
+  structure.addMembers(
+      {C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, joined({"&(", info_name, ")"})});
+  structure.end();
 }
 
-void WriteFieldInfo(CArray& array, const std::string& name, const std::string& property,
-                    const std::string& type) {
-  array.beginLevel();
-  array.addElement(name);
-  array.addElement(property);
-  array.addElement(type);
-  array.addElement(C_NULL);
-  array.endLevel();
+void WriteFieldInfo(CArray& array, std::string_view name, std::string_view property, std::string_view type) {
+  array.addLevel({name, property, type, C_NULL});
 }
 
-void GenSymbolTableEntry(T3Tree_Node* decl, const std::string& kind) {
-  CGSymTabAddEntry({Quote(SymbolName(decl)), kind, "&(" + VEXATypeStructName(decl) + ")"});
+void GenSymbolTableEntry(T3Tree_Node* decl, std::string_view kind, std::string_view struct_name) {
+  CGSymTabAddEntry({Quote(SymbolName(decl)), kind, joined({"&(", struct_name, ")"})});
 }
 
 std::string TypeOrValueDescriptor(T3Tree_Node* decl) {
@@ -104,6 +111,9 @@ std::string TypeOrValueDescriptor(T3Tree_Node* decl) {
 }
 
 std::string FindOriginCall(T3Tree_Node* import) {
-  return getSignature("", LUMO_FIND_ELEMENT_WITH_CHECK,
-                      {Quote(OriginModule(import)), Quote(OriginName(import)), VEXA_CONTEXT});
+  return FindCall(OriginModule(import), OriginName(import));
+}
+
+std::string FindCall(std::string_view module, std::string_view name) {
+  return joined({LUMO_FIND_ELEMENT_WITH_CHECK, "(\"", module, "\", \"", name, "\", ", VEXA_CONTEXT, ")"});
 }

@@ -26,18 +26,19 @@ struct CGTypeInfo {
 void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info);
 
 /// Writes the exported structure of a declared type with its attributes and codecs, and its define.
-/// `type_info` is the text of its last member, "NULL" for an import.
-void GenTypeStruct(T3Tree_Node* decl, const std::string& type_info);
+/// `type_info` is the text of its last member, "NULL" for an import. Returns the structure's name.
+std::string GenTypeStruct(T3Tree_Node* decl, std::string_view type_info);
 /// Writes a structure with eight members "NULL" and the address of its description.
-void GenPlainTypeStruct(const std::string& struct_name, const std::string& info_name, bool is_static);
+void GenPlainTypeStruct(const std::string& struct_name, std::string_view info_name, bool is_static);
 
 /// One row of a field table, an item on a line.
-void WriteFieldInfo(CArray& array, const std::string& name, const std::string& property,
-                    const std::string& type);
+void WriteFieldInfo(CArray& array, std::string_view name, std::string_view property, std::string_view type);
 
 /// One row of the symbol table for a type, of the given kind.
-void GenSymbolTableEntry(T3Tree_Node* decl, const std::string& kind);
+void GenSymbolTableEntry(T3Tree_Node* decl, std::string_view kind, std::string_view struct_name);
 /// The member of a symbol's row: "type_descriptor" for a type or template, "value_descriptor" for a value.
 std::string TypeOrValueDescriptor(T3Tree_Node* decl);
 /// The call that finds the row of what an import means.
 std::string FindOriginCall(T3Tree_Node* import);
+/// The call that finds a row of a module.
+std::string FindCall(std::string_view module, std::string_view name);

@@ -4,8 +4,8 @@
 #include <cctype>
 #include <charconv>
 #include <cstring>
-#include <map>
 #include <optional>
+#include <unordered_map>
 
 #include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
@@ -54,7 +54,7 @@ std::string Origin(T3Tree_Node* decl) {
 // The module's own name for an import, unless it imports the same name from another module as well: then it
 // is that of the declaration.
 std::string QualifiedImport(T3Tree_Node* decl) {
-  static auto& owners = *new std::map<std::string, T3Tree_Node*>;
+  static auto& owners = *new std::unordered_map<std::string, T3Tree_Node*>;
   // an import has many names, which are asked for one after the other
   static T3Tree_Node* last = nullptr;
   static auto& name = *new std::string;
@@ -79,7 +79,7 @@ std::string OfModule(const char* before, tIdent module, const char* behind) {
   return joined({before, Text(module), behind});
 }
 
-std::string OfType(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+std::string OfType(int line, const char* function, T3Tree_Node* decl, std::string_view behind) {
   if (!decl->is<T3TypeDecl>()) WrongNode(line, function, decl);
   return joined({"vexa_", NameOf(decl), behind});
 }
@@ -92,7 +92,7 @@ struct {
 } g_last_template;
 const ModuleCache last_template([] { g_last_template.decl = nullptr; });
 
-std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, std::string_view behind) {
   if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
   auto& [last, name] = g_last_template;
   if (decl != last) name = joined({NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position)});
@@ -136,14 +136,14 @@ bool IsImportedBehaviour(T3Tree_Node* decl) {
          decl->is<T3ImportTeststepDecl>();
 }
 
-std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+std::string OfBehaviour(int line, const char* function, T3Tree_Node* decl, std::string_view behind) {
   if (IsBehaviour(decl)) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_", behind});
   if (IsImportedBehaviour(decl)) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   WrongNode(line, function, decl);
 }
 #define OF_BEHAVIOUR(decl, behind) OfBehaviour(__LINE__, __func__, decl, behind)
 
-std::string OfSignature(int line, const char* function, T3Tree_Node* decl, const char* behind) {
+std::string OfSignature(int line, const char* function, T3Tree_Node* decl, std::string_view behind) {
   if (decl->is<T3TypeDecl>()) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_", behind});
   if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_", behind});
   return OfBehaviour(line, function, decl, behind);
@@ -257,12 +257,16 @@ std::string VEXATypeName(T3Tree_Node* decl) {
 
 std::string VEXATypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>() && !IsImportOf(decl)) return WRONG_NODE(decl);
-  if (const char* stored = decl->as<_T3Decl>()->cold().type_struct_name; IsAssigned(stored)) return stored;
+  // most have no record of what is rare
+  const bool has_record = decl->attributes != nullptr && decl->attributes->cold != nullptr;
+  if (has_record && IsAssigned(decl->as<_T3Decl>()->cold().type_struct_name))
+    return decl->as<_T3Decl>()->cold().type_struct_name;
   if (IsImportOf(decl)) {
     if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
     return joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
   }
-  const auto asn1 = StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name);
+  const auto asn1 =
+      has_record ? StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name) : std::string_view();
   return joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
 }
 

@@ -18,9 +18,7 @@ std::unique_ptr<CArray> BeginFields(const std::string& name) {
   return gT3Context.file().beginArray(LUMO_FIELD_INFO_T, name, true);
 }
 
-std::string EmptyName() {
-  return Quote(std::string());
-}
+constexpr std::string_view kEmptyName = "\"\"";
 
 CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
   CGTypeInfo info;
@@ -32,8 +30,8 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
 
 // The reference type with its one row, which leads to the record type.
 void GenReferenceType(T3TypeDecl* decl, const char* kind, const char* row, const std::string& record) {
-  GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
-  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE);
+  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE, name);
   CGTypeInfo info = InfoOf(decl, kind);
   info.number_of_fields = "1";
   info.field_info = VEXAFieldInfoName(decl);
@@ -56,7 +54,7 @@ bool IsPartOfAllTypes(T3Tree_Node* decl, t3_port_kind_t kind) {
 void GenPortTypeListAllTypes(CArray& array, T3Tree_Node* decls, const char* property, t3_port_kind_t kind) {
   for (auto* decl : DeclsInGroups(decls))
     if (TypeDeclaration(decl) == decl && IsPartOfAllTypes(decl, kind))
-      WriteFieldInfo(array, EmptyName(), property, VEXAStaticTypeRef(decl));
+      WriteFieldInfo(array, kEmptyName, property, VEXAStaticTypeRef(decl));
 }
 
 void GenPortTypeList(CArray& array, T3Tree_Node* list, const char* property, T3TypeDecl* decl) {
@@ -64,7 +62,7 @@ void GenPortTypeList(CArray& array, T3Tree_Node* list, const char* property, T3T
     if (!node->is<T3TypeItem>()) internal_error_ast("T3Type", __LINE__, "T3Type::GenPortTypeList", node);
     T3Tree_Node* type = node->as<T3TypeItem>()->type;
     if (!type->is<T3AllTypes>()) {
-      WriteFieldInfo(array, EmptyName(), property, VEXAStaticTypeRef(type));
+      WriteFieldInfo(array, kEmptyName, property, VEXAStaticTypeRef(type));
       return;
     }
     T3Tree_Node* module = decl->place == nullptr ? nullptr : decl->place->vexa_my_module;
@@ -155,7 +153,7 @@ void WriteSignatureRow(CArray& array, T3Tree_Node* node) {
 
 void AddReturnTypeToFieldInfo(CArray& array, T3Tree_Node* return_type) {
   if (return_type == nullptr || return_type->is<T3NoType>()) return;
-  WriteFieldInfo(array, EmptyName(), LUMO_FIELD_PROPERTY_RETURN_VALUE_C, VEXAStaticTypeRef(return_type));
+  WriteFieldInfo(array, kEmptyName, LUMO_FIELD_PROPERTY_RETURN_VALUE_C, VEXAStaticTypeRef(return_type));
 }
 
 // Writes the rows of a signature into a table of that name, and enters them in the description.
@@ -197,16 +195,24 @@ CGTypeInfo InfoOfBehaviour(_T3FunctionDecl* decl, const char* kind) {
   return info;
 }
 
-void GenBehaviourSignature(T3Tree_Node* decl, _T3FunctionDecl* behaviour) {
-  GenPlainTypeStruct(VEXASignatureStructName(decl), VEXASignatureInfoName(decl), true);
-  CGTypeInfo info = InfoOfBehaviour(behaviour, LUMO_TYPE_KIND_SIGNATURE);
+std::string AddressOf(std::string_view name) {
+  return joined({"&(", name, ")"});
+}
+
+// Returns the signature's name.
+std::string GenBehaviourSignature(T3Tree_Node* decl, _T3FunctionDecl* behaviour, CGTypeInfo info) {
+  const std::string info_name = VEXASignatureInfoName(decl);
+  std::string name = VEXASignatureStructName(decl);
+  GenPlainTypeStruct(name, info_name, true);
+  info.kind = LUMO_TYPE_KIND_SIGNATURE;
   GenSignatureFieldInfo(VEXASignatureFieldInfoName(decl), behaviour->fpl, ReturnType(behaviour), info);
-  WriteTypeInfoStruct(VEXASignatureInfoName(decl), info);
+  WriteTypeInfoStruct(info_name, info);
+  return name;
 }
 
 void AddExtraField(CArray& array, T3Tree_Node* type) {
   const bool missing = type == nullptr || type->is<T3NoType>();
-  WriteFieldInfo(array, EmptyName(), LUMO_FIELD_NO_PROPERTY_C, missing ? C_NULL : VEXAStaticTypeRef(type));
+  WriteFieldInfo(array, kEmptyName, LUMO_FIELD_NO_PROPERTY_C, missing ? C_NULL : VEXAStaticTypeRef(type));
 }
 
 // The components that a behaviour needs.
@@ -229,7 +235,7 @@ void GenPortType(T3Tree_Node* node, T3Tree_Node* type) {
   GenPortTypeList(*array, port->in_list, LUMO_FIELD_PROPERTY_IN_VALUE_C, decl);
   GenPortTypeList(*array, port->out_list, LUMO_FIELD_PROPERTY_OUT_VALUE_C, decl);
   if (array->count() == 0)
-    WriteFieldInfo(*array, EmptyName(), LUMO_FIELD_NO_PROPERTY_C, LUMO_STATIC_UNDEFINED_TYPE);
+    WriteFieldInfo(*array, kEmptyName, LUMO_FIELD_NO_PROPERTY_C, LUMO_STATIC_UNDEFINED_TYPE);
   info.number_of_fields = std::to_string(array->count());
   array->end();
   WriteTypeInfoStruct(VEXAPortRecordInfoStructName(decl), info);
@@ -261,23 +267,26 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
 void GenSignatureType(T3Tree_Node* node, T3Tree_Node* type) {
   auto* decl = node->as<T3TypeDecl>();
   auto* signature = type->as<T3SignatureType>();
-  GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
-  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_SIGNATURE_TYPE);
+  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_SIGNATURE_TYPE, name);
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_SIGNATURE);
   GenSignatureFieldInfo(VEXAFieldInfoName(decl), signature->fpl, signature->return_type, info);
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
 
-void GenFunctionType(T3Tree_Node* decl) {
+std::string GenFunctionType(T3Tree_Node* decl) {
   _T3FunctionDecl* behaviour = BehaviourOf(decl);
-  GenBehaviourSignature(decl, behaviour);
-  GenPlainTypeStruct(VEXAFuncTypeStructName(decl), VEXAFuncTypeInfoName(decl), true);
   CGTypeInfo info = InfoOfBehaviour(behaviour, FunctionTypeKind(behaviour));
+  const std::string signature = GenBehaviourSignature(decl, behaviour, info);
+  const std::string info_name = VEXAFuncTypeInfoName(decl);
+  std::string name = VEXAFuncTypeStructName(decl);
+  GenPlainTypeStruct(name, info_name, true);
   info.field_info = VEXAFuncTypeFieldInfoName(decl);
-  auto array = BeginFields(info.field_info);
-  WriteFieldInfo(*array, EmptyName(), LUMO_FIELD_NO_PROPERTY_C, "&(" + VEXASignatureStructName(decl) + ")");
-  AddExtraFields(*array, behaviour);
-  info.number_of_fields = std::to_string(array->count());
-  array->end();
-  WriteTypeInfoStruct(VEXAFuncTypeInfoName(decl), info);
+  CArray array(&gT3Context.file(), LUMO_FIELD_INFO_T, info.field_info, true);
+  WriteFieldInfo(array, kEmptyName, LUMO_FIELD_NO_PROPERTY_C, AddressOf(signature));
+  AddExtraFields(array, behaviour);
+  info.number_of_fields = std::to_string(array.count());
+  array.end();
+  WriteTypeInfoStruct(info_name, info);
+  return name;
 }

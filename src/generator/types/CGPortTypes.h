@@ -8,5 +8,5 @@
 void GenPortType(T3Tree_Node* decl, T3Tree_Node* type);
 void GenComponentType(T3Tree_Node* decl, T3Tree_Node* type);
 void GenSignatureType(T3Tree_Node* decl, T3Tree_Node* type);
-/// The type and the signature of a _T3FunctionDecl or of an import of one.
-void GenFunctionType(T3Tree_Node* decl);
+/// The type and the signature of a _T3FunctionDecl or of an import of one. Returns the name of the type.
+std::string GenFunctionType(T3Tree_Node* decl);

@@ -50,8 +50,8 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
 }
 
 void GenStructAndRow(T3TypeDecl* decl) {
-  GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
-  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE);
+  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+  GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE, name);
 }
 
 std::unique_ptr<CArray> BeginFieldInfo(T3TypeDecl* decl) {
@@ -252,12 +252,12 @@ void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
 
 // The import has a structure of its own, and shares the description of the type of origin.
 void GenImportedType(T3Tree_Node* decl, const char* kind) {
-  GenTypeStruct(decl, C_NULL);
-  GenSymbolTableEntry(decl, kind);
+  const std::string name = GenTypeStruct(decl, C_NULL);
+  GenSymbolTableEntry(decl, kind, name);
   CFunction& function = gT3Context.registerFunction();
   function.addComment("setting type info struct for imported type");
-  function.assign("(" + VEXATypeStructName(decl) + ".type_info)",
-                  "((" + FindOriginCall(decl) + ")->" + TypeOrValueDescriptor(decl) + ")->type_info");
+  function.addLine({"(", name, ".type_info) = ((", FindOriginCall(decl), ")->", TypeOrValueDescriptor(decl),
+                    ")->type_info;"});
 }
 }  // namespace
 
