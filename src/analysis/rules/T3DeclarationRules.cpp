@@ -320,15 +320,11 @@ bool HasSeveralCharacters(T3Tree_Node* bound) {
   return text && text->kind == T3Kind::T3CharStringLiteral && LengthOfText(*text) != 1;
 }
 
-// In a template a bound may be a value that the run gives, but no template.
-bool IsTemplateBound(T3Tree_Node* bound) {
-  return IsTemplateReference(bound) || bound->is<T3Omit>();
-}
-
 void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
-  if ((IsTemplateBound(range->lb) || IsTemplateBound(range->ub)) && !IsInSubType(range))
+  // In a template a bound may be a value that the run gives, but no template.
+  if ((IsTemplateReference(range->lb) || IsTemplateReference(range->ub)) && !IsInSubType(range))
     return vexa_filtered_error(ERR_const, range->position);
   if (Reversed(KnownInteger(range->lb), KnownInteger(range->ub)) ||
       Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||
