@@ -330,8 +330,8 @@ void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
 void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
   const auto checked = ConstraintsOfDeclaration(expression);
-  for (type = LocalTypeDef(type); type->is<T3SubType>() && checked.count(type) == 0;
-       type = LocalTypeDef(type->as<T3SubType>()->parent))
+  for (type = LocalBehindAddress(type); type->is<T3SubType>() && checked.count(type) == 0;
+       type = LocalBehindAddress(type->as<T3SubType>()->parent))
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 
@@ -339,8 +339,8 @@ void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
 void CheckNextSubtype(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
   bool lists_values = false;
-  for (type = LocalTypeDef(type); type->is<T3SubType>() && !lists_values;
-       type = LocalTypeDef(type->as<T3SubType>()->parent)) {
+  for (type = LocalBehindAddress(type); type->is<T3SubType>() && !lists_values;
+       type = LocalBehindAddress(type->as<T3SubType>()->parent)) {
     T3Tree_Node* constraint = type->as<T3SubType>()->constraint;
     lists_values = constraint->is<T3ValueList>();
     CheckConstraint(constraint, expression);
@@ -400,7 +400,7 @@ bool ComesFromAsn(T3Tree_Node* node) {
 // What a subtype of a subtype allows is allowed by the latter; constraints of ASN.1 are cut with each other.
 void NoteBounds(T3Tree_Node* node) {
   auto* subtype = node->as<T3SubType>();
-  if (!T3Is<T3SubType>(LocalTypeDef(subtype->parent)) || ComesFromAsn(subtype)) return;
+  if (!LocalBehindAddress(subtype->parent)->is<T3SubType>() || ComesFromAsn(subtype)) return;
   const auto note = [subtype](T3Tree_Node* value) {
     if (!T3Is<_T3Expression>(value) || IsOpen(value) || TypeNamed(value) != nullptr || !IsConstant(value))
       return;

@@ -118,7 +118,7 @@ T3Candidates OperandCandidates(const T3Candidates& candidates) {
   std::unordered_set<T3Tree_Node*> known;
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
-    T3Tree_Node* base = candidates.base(i);
+    T3Tree_Node* base = GetAddressBaseType(candidates.base(i));
     if (candidates.size() == 1 || known.insert(base).second) result.Add(base, base);
   }
   return result;

@@ -324,7 +324,7 @@ void CheckValueRange(T3Tree_Node* node) {
   auto* range = node->as<T3ValueRange>();
   if (HasFailed(range->lb) || HasFailed(range->ub)) return;
   // In a template a bound may be a value that the run gives, but no template.
-  if (!IsInSubType(range) && (IsTemplateReference(range->lb) || IsTemplateReference(range->ub)))
+  if ((IsTemplateReference(range->lb) || IsTemplateReference(range->ub)) && !IsInSubType(range))
     return vexa_filtered_error(ERR_const, range->position);
   if (Reversed(KnownInteger(range->lb), KnownInteger(range->ub)) ||
       Reversed(KnownFloat(range->lb), KnownFloat(range->ub)) ||

@@ -393,7 +393,9 @@ void FindPort(Side& side) {
 
 // The checks of configurations, in their order. Each returns true when it has told a fault.
 bool CheckSubscription(T3Tree_Node* node, const Side& side) {
-  if (side.decl == nullptr || SubscriptionLevel(side.port) == side.dimension) return false;
+  const int level = SubscriptionLevel(side.port);
+  // What is not known here may be an array, but of one dimension.
+  if (side.decl == nullptr ? level <= 1 : level == side.dimension) return false;
   vexa_filtered_error(ERR_wrong_portarr_subscription, PositionOf(node));
   return true;
 }

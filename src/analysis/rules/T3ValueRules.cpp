@@ -11,11 +11,23 @@
 #include "driver/diagnostics/T3Error.h"
 
 namespace {
+// A part that is no value has had its message, unless it stands in a permutation.
+bool HasRefusedPart(T3Tree_Node* value) {
+  bool refused = false;
+  ForEachInSubtree(value, [&refused](T3Tree_Node* node) {
+    auto* part = node->try_as<T3FieldValue>();
+    refused = refused || (part != nullptr && part->permutation_kind == t3_permutation_kind_t::No &&
+                          !part->value->is<T3CompoundValue>() && !IsRvalueRelaxed(part->value));
+    return !refused;
+  });
+  return refused;
+}
+
 // What stands behind := or `return` must be a value; the message is about `node`. A part of a compound value
 // that is none has had its message.
 void RequireValue(T3Tree_Node* node, T3Tree_Node* value) {
   if (!IsGiven(value) || HasFailed(value) || IsRvalue(value)) return;
-  if (value->is<T3CompoundValue>() && !IsRvalueRelaxed(value)) return;
+  if (value->is<T3CompoundValue>() && HasRefusedPart(value)) return;
   vexa_filtered_error(ERR_rvalue, PositionOf(node));
 }
 
@@ -54,18 +66,6 @@ bool Varies(T3Tree_Node* value) {
     }
   }
   return false;
-}
-
-// A part that is no value has had its message, unless it stands in a permutation.
-bool HasRefusedPart(T3Tree_Node* value) {
-  bool refused = false;
-  ForEachInSubtree(value, [&refused](T3Tree_Node* node) {
-    auto* part = node->try_as<T3FieldValue>();
-    refused = refused || (part != nullptr && part->permutation_kind == t3_permutation_kind_t::No &&
-                          !part->value->is<T3CompoundValue>() && !IsRvalueRelaxed(part->value));
-    return !refused;
-  });
-  return refused;
 }
 
 void CheckConstant(T3Tree_Node* node) {

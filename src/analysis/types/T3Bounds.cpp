@@ -49,6 +49,7 @@ std::optional<T3KnownBounds> KnownBounds(T3Tree_Node* array) {
     return low && high ? std::optional(T3KnownBounds{*low, *high}) : std::nullopt;
   }
   const auto size = KnownInteger(bound->as<T3SingleBound>()->ub);
-  if (!size || *size == std::numeric_limits<int64_t>::min()) return std::nullopt;
-  return T3KnownBounds{0, *size - 1};
+  if (!size) return std::nullopt;
+  // No number lies below the least one, which is no size in any case.
+  return T3KnownBounds{0, *size == std::numeric_limits<int64_t>::min() ? *size : *size - 1};
 }

@@ -112,7 +112,8 @@ void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bo
     // Where anything will do, an address stays one, so that it may be compared with `null`.
     if (!strict && c2 != gT3WildcardType && c2->is<T3Address>() != t2->is<T3Address>()) {
       if (IsRedefinedAddress(c2)) {
-        c1 = c2 = GetAddressBaseType(c2);
+        c1 = LocalBehindAddress(c2);
+        c2 = GetAddressBaseType(c2);
         if (update) candidates.Set(i, c1, c2);
       } else if (IsRedefinedAddress(t2)) {
         t1 = t2 = GetAddressBaseType(t2);
@@ -132,8 +133,8 @@ void ExcludeTypeSet(T3Candidates& candidates, std::span<T3Tree_Node* const> loca
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i) || candidates.base(i)->is<T3ErrorType>()) continue;
     if (!own_address && IsRedefinedAddress(candidates.base(i))) {
-      T3Tree_Node* base = GetAddressBaseType(candidates.base(i));
-      candidates.Set(i, base, base);
+      T3Tree_Node* address = candidates.base(i);
+      candidates.Set(i, LocalBehindAddress(address), GetAddressBaseType(address));
     }
     ExcludeOne(candidates, i, locals, bases);
   }

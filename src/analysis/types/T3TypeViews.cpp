@@ -248,6 +248,12 @@ T3Tree_Node* GetAddressBaseType(T3Tree_Node* type) {
   return base->is<T3ErrorType>() ? type : base;
 }
 
+T3Tree_Node* LocalBehindAddress(T3Tree_Node* entity) {
+  T3Tree_Node* type = LocalTypeDef(entity);
+  return IsRedefinedAddress(type) ? LocalTypeDef(type->as<T3Address>()->attr().address_type_definition_inh)
+                                  : type;
+}
+
 bool IsValidAddressRef(T3Tree_Node* reference) {
   while (auto* qualification = reference->try_as<_T3Qualification>()) {
     if (T3Is<T3Module>(Def(qualification->base))) break;

@@ -67,6 +67,8 @@ std::string Type2String(T3Tree_Node* type);
 /// For the built-in `address` the base type of the user's definition that reaches the module, where there
 /// is one; any other type is its own.
 T3Tree_Node* GetAddressBaseType(T3Tree_Node* type);
+/// The type that is written for an entity, or what it means where that is `address`; a subtype is one.
+T3Tree_Node* LocalBehindAddress(T3Tree_Node* entity);
 /// True for the built-in `address` with a user's definition.
 bool IsRedefinedAddress(T3Tree_Node* type);
 
