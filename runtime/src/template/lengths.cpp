@@ -79,6 +79,10 @@ Lengths restrained(Value v, Lengths lengths) {
 }
 
 Lengths of_contents(Value v) {
+  if (base_kind(v->type) == lumo_type_kind_array) {
+    const auto length = static_cast<long>(array_length(plain_type(v->type)));
+    return {length, length};
+  }
   switch (v->form) {
     case Form::instance:
       return lengths_of(lumo_templateof(v, lumo_temp_alloc_c, current_task));
@@ -98,10 +102,6 @@ Lengths of_contents(Value v) {
       return {length, length};
     }
     case Form::special:
-      if (base_kind(v->type) == lumo_type_kind_array) {
-        const auto length = static_cast<long>(array_length(plain_type(v->type)));
-        return {length, length};
-      }
       if (v->special == Special::anyone || v->special == Special::anyornone) return {0, unlimited};
       [[fallthrough]];
     default:

@@ -234,6 +234,11 @@ bool all_values(Value v) {
   }
 }
 
+// What a template with a name, or in line, stands for.
+Value opened_whole(Value v) {
+  return v && v->form == Form::instance ? lumo_templateof(v, lumo_temp_alloc_c, current_task) : v;
+}
+
 unsigned long size_of_parts(Value v) {
   if (v->form == Form::vector) return v->parts.size;
   if (v->form == Form::fields) {
@@ -568,6 +573,7 @@ lumo_boolean_t lumo_ispresent(lumo_value_t parent, unsigned long index, lumo_con
 }
 
 lumo_boolean_t lumo_ischosen(lumo_value_t parent, unsigned long index, lumo_context_t context) {
+  parent = opened_whole(parent);
   if (!parent || is_omit(parent)) return false;
   if (parent->form == Form::special) fault("ischosen: the alternative of the template is not known");
   if (parent->form == Form::unset) fault("use of a union that is not initialized");
@@ -575,5 +581,6 @@ lumo_boolean_t lumo_ischosen(lumo_value_t parent, unsigned long index, lumo_cont
 }
 
 lumo_boolean_t lumo_isvalue(lumo_value_t v, lumo_context_t) {
+  v = opened_whole(v);
   return v && !is_blank(v) && !is_omit(v) && all_values(v);
 }

@@ -199,7 +199,8 @@ lumo_value_t lumo_value_allocate_charstring(lumo_value_t value, unsigned long le
 }
 
 unsigned long lumo_value_string_length(lumo_value_t value, lumo_context_t) {
-  Value v = text_value(value);
+  // A template that holds a string has its length, whatever restrains it.
+  Value v = value && is_scalar(value->form) ? value : text_value(value);
   switch (v->form) {
     case Form::string:
       return v->text.size / unit(v);

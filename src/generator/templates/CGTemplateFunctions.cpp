@@ -150,10 +150,12 @@ void AddTo(const std::string& sum, const std::string& what, CFunction& function)
 }
 
 // Counts what a list has in it; an omitted field is nothing. False for an item that may be any number of
-// elements.
+// elements, or none.
 bool CountItems(T3CompoundValue* compound, const std::string& sum, CFunction& function) {
   for (auto* at : Items<T3FieldValue>(compound->value))
-    if (at->value->is<T3AnyOrOmit>()) return false;
+    if (at->value->is<T3AnyOrOmit>() || at->value->is<T3IfPresentMatch>() ||
+        at->value->is<T3IfPresentIfLengthMatch>())
+      return false;
   for (auto* at : Items<T3FieldValue>(compound->value))
     if (!at->value->is<T3Omit>()) AddTo(sum, "1", function);
   return true;
