@@ -257,7 +257,8 @@ def check_reports(suite):
     check(suite.read("t.tap").count("\nok ") == 4 and suite.read("t.tap").endswith("\n1..7\n"), "TAP")
     events = [json.loads(line) for line in suite.read("j.json").splitlines()]
     check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
-    check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n"], "coverage")
+    check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n",
+                                      "FNDA:2,kind_of\n", "BRDA:123,0,0,0\nBRDA:125,0,0,2\n"], "coverage")
     check_has(suite.run("-vnone -t TC_pass,TC_fail --tap")[0], ["TAP version 13\nok 1 - Outcome.TC_pass\nnot ok 2"], "TAP")
     if has("genhtml"):
         done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)

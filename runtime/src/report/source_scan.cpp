@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace lumos {
 
@@ -125,6 +126,17 @@ class Scanner {
     if (level.block == SIZE_MAX && !scan_.functions.empty() && scan_.functions.back().first == 0)
       scan_.functions.back().first = t.line;
     if (!is_way) scan_.statements.push_back(t.line);
+    if (t.text == "select") select_ = {t.line, level.block};
+    if (is_way) stand_at_case(t.line);
+  }
+  // A selection is reached where its first case is looked at.
+  void stand_at_case(unsigned long line) {
+    const auto [select, block] = select_;
+    select_ = {0, SIZE_MAX};
+    if (!select || scan_.statements.back() != select) return;
+    scan_.statements.back() = line;
+    unsigned long& first = block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[block].first;
+    if (first == select) first = line;
   }
   void look_for_body(const Token& t) {
     if (is_any_of(t.text, {"function", "testcase", "altstep"}) && last_ != "external") {
@@ -182,6 +194,7 @@ class Scanner {
   SourceScan scan_;
   std::vector<Level> levels_;
   std::string_view last_;
+  std::pair<unsigned long, size_t> select_{0, SIZE_MAX};  // the line of one, and the block that it stands in
   bool is_pending_ = false;
   size_t body_ = 0;
 };
