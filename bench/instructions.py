@@ -20,7 +20,7 @@ BUDGET = 25_000
 def count(command, folder):
     """The instructions of a command that succeeds; none where it fails or valgrind is missing."""
     try:
-        run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command], cwd=folder,
+        run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=callgrind", *command], cwd=folder,
                              capture_output=True, text=True)
     except FileNotFoundError:
         return None
