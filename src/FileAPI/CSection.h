@@ -34,8 +34,9 @@ class CSection {
   void add(CWords parts) {
     for (const std::string_view part : parts) add(part);
   }
+  /// In place, where the number of words is known, since nearly all text goes through here.
   template <class Words>
-  void add(const CList<Words>& list) {
+  [[gnu::always_inline]] void add(const CList<Words>& list) {
     const size_t size = list.size();
     if (size > room_ && !makeRoom(size)) return addAnyhow(list.text());
     list.copyTo(text_.get() + size_);

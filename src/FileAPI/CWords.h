@@ -43,7 +43,7 @@ class CList {
  public:
   CList(CWords head, const Words& list, std::string_view separator, std::string_view tail)
       : head_(head), list_(list), separator_(separator), tail_(tail) {}
-  size_t size() const {
+  [[gnu::always_inline]] size_t size() const {
     size_t size = tail_.size();
     if (list_.size() > 1) size += separator_.size() * (list_.size() - 1);
     for (const std::string_view word : head_) size += word.size();
@@ -51,7 +51,7 @@ class CList {
     return size;
   }
   /// Writes it to memory that has room for it.
-  void copyTo(char* at) const {
+  [[gnu::always_inline]] void copyTo(char* at) const {
     for (const std::string_view word : head_) at = CopyWord(at, word);
     std::string_view before;
     for (const std::string_view word : list_) {
