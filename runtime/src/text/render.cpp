@@ -239,6 +239,18 @@ void put_range(std::string& out, Value v, int depth) {
   out += ")";
 }
 
+// A pattern is kept as a text, also where it is one of digits.
+void put_pattern(std::string& out, Value v, int depth) {
+  const Value part = v->parts.data[0];
+  out += "pattern ";
+  for (const Value typed : {part, v}) {
+    if (typed->kind == lumo_type_kind_bitstring) return put_quoted(out, part, "'B");
+    if (typed->kind == lumo_type_kind_hexstring) return put_quoted(out, part, "'H");
+    if (typed->kind == lumo_type_kind_octetstring) return put_quoted(out, part, "'O");
+  }
+  put_part(out, part, depth);
+}
+
 void put_contents(std::string& out, Value v, int depth) {
   switch (v->form) {
     case Form::unset:
@@ -298,8 +310,7 @@ void put_contents(std::string& out, Value v, int depth) {
     case Form::value_list:
       return put_value_list(out, v, depth + 1);
     case Form::pattern:
-      out += "pattern ";
-      return put_part(out, v->parts.data[0], depth + 1);
+      return put_pattern(out, v, depth + 1);
     case Form::external:
       out += "<encoded>";
       return;
