@@ -105,6 +105,10 @@ void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
   if (line_counter) line_counter(frame.file, line, false);
 }
 
+void lumo_source_tracking_name_value(const char* name, lumo_value_t value, lumo_context_t) {
+  if (!current_task->frames.empty()) current_task->named.push_back({name, value});
+}
+
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t, lumo_context_t) {
   if (value && value->life == Life::perm) current_task->registered.push_back(value);
 }

@@ -234,6 +234,19 @@ std::string InstantiateTemplate(T3Tree_Node* reference, CFunction& function) {
 }
 }  // namespace
 
+// The functions of a template with parameters find templates of the block by their names, as they do
+// variables.
+static void NameTemplatesOf(T3TemplateDecl* decl, CFunction& function) {
+  T3NodeSet named;
+  ForEachInSubtree(decl, [&](T3Tree_Node* node) {
+    T3Tree_Node* def = node->is<T3Identifier>() ? Def(node) : nullptr;
+    if (T3Is<T3TemplateDecl>(def) && HasRTSLocation(def) && named.insert(def).second)
+      function.call(LUMO_SOURCE_TRACKING_NAME_VALUE,
+                    {Quote(def->as<T3TemplateDecl>()->name), RTSLocation(def), VEXA_CONTEXT});
+    return true;
+  });
+}
+
 void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
   T3TemplateDef* definition = DefinitionOf(decl);
   const bool is_alone =
@@ -242,6 +255,7 @@ void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
   if (is_alone || decl->fpl->is<_T3FormalPar>()) {
     // A statement may be written more than once.
     if (MadeInThisModule().insert(decl).second) CGTemplate(decl);
+    NameTemplatesOf(decl, function);
     return;
   }
   const std::string location =

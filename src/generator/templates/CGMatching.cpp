@@ -89,6 +89,13 @@ void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode mode, CFunct
   function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
 }
 
+// A template of a block, which has its value where it is declared: the functions of another one find it by
+// its name.
+std::string TemplateOfBlock(T3Tree_Node* decl, const CFunction& function) {
+  if (!function.reach.locals) return RTSLocation(decl);
+  return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(decl->as<T3TemplateDecl>()->name), VEXA_CONTEXT});
+}
+
 // A reference to a declared template with its arguments.
 void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actuals, Mode mode,
                        CFunction& function) {
@@ -100,7 +107,7 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
       CGActualParameterList(actuals, origin->as<T3TemplateDecl>()->fpl, false, function);
   const std::string instance =
       HasRTSLocation(origin)
-          ? RTSLocation(origin)
+          ? TemplateOfBlock(origin, function)
           : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
                  {AccessNamedEntity(decl, function), AllocationMode(mode.allocation), array,
                   std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
