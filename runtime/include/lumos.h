@@ -786,9 +786,9 @@ void lumo_source_location_pop_block(lumo_context_t context);
 void lumo_source_location_set_line(unsigned long line, lumo_context_t context);
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t in_component,
                                          lumo_context_t context);
-/* The value of that name that is visible where the calling behaviour stands. */
 /* From now on the value is found by the name, to the end of the block. */
 void lumo_source_tracking_name_value(const char* name, lumo_value_t value, lumo_context_t context);
+/* The value of that name that is visible where the calling behaviour stands. */
 lumo_value_t lumo_source_tracking_find_value(const char* name, lumo_context_t context);
 /* Places in codecs written in C. */
 void lumo_targetcode_location_push(const char* function, const char* file, unsigned long line,
