@@ -80,6 +80,8 @@ std::vector<std::string> T3Makefile::outputs(bool with_makefile) {
   read_config();
   std::vector<std::string> names = {makefile_name()};
   if (main_function_file_generation_enabled()) names.emplace_back(kMainFile);
+  load_tools();
+  names.push_back(settle_target_name());
   return names;
 }
 

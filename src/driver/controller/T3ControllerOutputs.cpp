@@ -8,10 +8,14 @@
 #include "frontend/T3Tree.h"
 
 namespace {
+constexpr const char* kSource = "a source";
+
 class Outputs {
  public:
   /// Notes a file in a directory, and what it belongs to. One that belongs to something else is reported.
   void Add(const std::string& directory, const std::string& name, const std::string& owner);
+  /// Notes a file that the run reads.
+  void AddSource(const std::filesystem::path& path);
   bool Distinct() const { return distinct_; }
 
  private:
@@ -39,8 +43,14 @@ void Outputs::Add(const std::string& directory, const std::string& name, const s
   const auto [place, is_new] = owners_.try_emplace(path, owner);
   if (is_new || place->second == owner || !told_.emplace(place->second, owner).second) return;
   distinct_ = false;
-  vexa_error("\"" + directory + "/" + name + "\" would be written for " + place->second + " and for " + owner,
+  const bool is_source = place->second == kSource;
+  vexa_error("\"" + directory + "/" + name + "\" would be written for " +
+                 (is_source ? owner + ", but is a source of this run" : place->second + " and for " + owner),
              NoPosition);
+}
+
+void Outputs::AddSource(const std::filesystem::path& path) {
+  Add(path.parent_path().string(), path.filename().string(), kSource);
 }
 
 std::string ModuleText(T3Tree_Node* module) {
@@ -71,6 +81,7 @@ void AddRegistry(Outputs& outputs) {
 
 bool OutputsAreDistinct(const std::vector<tIdent>& order) {
   Outputs outputs;
+  for (const file_argument_t& file : gT3CommandLine.files) outputs.AddSource(gIdents.GetCStr(file.name));
   for (const tIdent name : order) AddModule(outputs, gT3ModuleMap.at(name));
   AddRegistry(outputs);
   const MakefileOutputs build = GetMakefileOutputs(orv_dir);
