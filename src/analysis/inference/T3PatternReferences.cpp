@@ -102,9 +102,9 @@ std::string PatternOfType(T3Tree_Node* type) {
   auto* subtype = type->try_as<T3SubType>();
   if (subtype == nullptr) return "?";
   auto* list = subtype->constraint->try_as<T3ValueList>();
+  const bool is_item = subtype->constraint->is<T3ValueRange>() || subtype->constraint->is<T3CharStringMatch>();
   if (list == nullptr)
-    return subtype->constraint->is<T3ValueRange>() ? PatternOfItem(subtype->constraint)
-                                                   : PatternOfType(subtype->parent);
+    return is_item ? PatternOfItem(subtype->constraint) : PatternOfType(subtype->parent);
   std::string text;
   for (auto* at : Items<T3ValueListItem>(list->values))
     text += (text.empty() ? "(" : "|") + PatternOfItem(at->value);
