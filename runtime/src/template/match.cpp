@@ -8,7 +8,6 @@
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
-#include "value/rows.h"
 #include "value/types.h"
 
 namespace lumos {
