@@ -271,7 +271,7 @@ void CFile::flushSection(Output& output, size_t where, bool splitAllowed) {
 }
 
 void CFile::flushBody(Output& output, Body& body, bool splitAllowed) {
-  output.write(body.text());
+  if (body.size > 0) output.write(body.text());
   if (splitAllowed && lineLimit_ != kNoLineLimit) {
     unsigned pending = 0;
     for (const CSection& section : body.sections) pending += section.lineCount();
