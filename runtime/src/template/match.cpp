@@ -8,6 +8,7 @@
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
+#include "value/rows.h"
 #include "value/types.h"
 
 namespace lumos {

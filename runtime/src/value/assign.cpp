@@ -204,45 +204,6 @@ void assign_object_id(Value target, Value source) {
   target->ids.size = source->ids.size;
 }
 
-// A part of a row that is made of another.
-void put(Value target, size_t slot, Value from) {
-  Value part = force_part(target, slot);
-  if (is_unset(from)) return clear_contents(part);
-  part->dynamic = target->dynamic || from->dynamic;
-  assign_contents(part, from);
-}
-
-bool assign_elements(Value target, Value source) {
-  const size_t count = field_count(target->type);
-  if (source->parts.size > count) return false;
-  const lumo_field_info_t* fields = field_info(target->type);
-  for (size_t i = source->parts.size; i < count; ++i)
-    if (!is_optional(fields[i])) return false;
-  change_form(target, Form::fields);
-  resize_parts(target, count);
-  for (size_t i = 0; i < count; ++i)
-    i < source->parts.size ? put(target, i, source->parts.data[i])
-                           : set_special(force_part(target, i), Special::omit);
-  return true;
-}
-
-bool assign_fields(Value target, Value source) {
-  const size_t count = count_parts(source);
-  if (target->kind == lumo_type_kind_array && count != array_length(target->type)) return false;
-  change_form(target, Form::vector);
-  resize_parts(target, count);
-  for (size_t from = next_part(source, 0), to = 0; to < count; from = next_part(source, from + 1))
-    put(target, to++, source->parts.data[from]);
-  return true;
-}
-
-// Gives a record or set what a list or array has, or the other way round. False, with nothing done, where a
-// mandatory field gets none, or the number of elements is not that of the fields or of the array.
-bool assign_row(Value target, Value source) {
-  check_stack();
-  return source->form == Form::vector ? assign_elements(target, source) : assign_fields(target, source);
-}
-
 // Special values as the right side of an assignment.
 void assign_special(Value target, Value source) {
   switch (source->special) {
@@ -399,14 +360,6 @@ void assign_contents(Value target, Value source) {
   }
   assign_by_form(target, source);
   if (target->dynamic) copy_restraint(target, source);
-}
-
-Value as_row_of(lumo_type_t type, Value v) {
-  const bool has_parts_in_a_row = v->form == Form::fields || v->form == Form::vector;
-  if (!has_parts_in_a_row || !type || base_kind(type) == v->kind) return v;
-  Value row = make_root(type, lumo_temp_alloc_c);
-  if (!is_other_row(row, v)) return v;
-  return assign_row(row, v) ? row : nullptr;
 }
 
 Value copy_value(Value source, lumo_alloc_strategy_t strategy) {

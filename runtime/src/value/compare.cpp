@@ -59,16 +59,6 @@ bool equal_in_order(Value a, Value b) {
   return true;
 }
 
-// A record and a list have equal parts.
-bool equal_rows(Value a, Value b) {
-  if (count_parts(a) != count_parts(b)) return false;
-  check_stack();
-  for (size_t i = next_part(a, 0), j = next_part(b, 0); i < a->parts.size;
-       i = next_part(a, i + 1), j = next_part(b, j + 1))
-    if (!equal_values(a->parts.data[i], b->parts.data[j])) return false;
-  return true;
-}
-
 // Equality is an equivalence, so any free equal element will do.
 bool equal_in_any_order(Value a, Value b) {
   if (a->parts.size != b->parts.size) return false;

@@ -192,11 +192,7 @@ inline void prepare_write(Value v) {
 void check_written(Value v);
 // Copies contents without checks of the subtype.
 void assign_contents(Value target, Value source);
-// The value itself, but for one of a record or set where the type is a list or array, or the other way round:
-// that is made one of the type that lives as long as temporary ones; null where its parts are not those of the
-// type.
-Value as_row_of(lumo_type_t type, Value v);
-// The same as assign_contents for what most assignments are about, numbers and strings that go to their own kind; false, with
+// The same for what most assignments are about, numbers and strings that go to their own kind; false, with
 // nothing done, for all else.
 bool assign_scalar(Value target, Value source);
 // A new part of the whole with such contents; null, with nothing done, where the part is of another kind or
