@@ -8,7 +8,6 @@
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
-#include "value/rows.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -221,11 +220,6 @@ void note_match(bool fits, Value pattern, Value value) {
   task.last_match = {pattern, value, Attempted::value, root, task.frames.size(), task.blocks.size()};
 }
 
-lumo_type_t type_of_values(Value pattern) {
-  const lumo_template_info_t* info = pattern->form == Form::instance ? template_info(pattern->type) : nullptr;
-  return info ? info->base_type : pattern->type;
-}
-
 }  // namespace
 
 lumo_boolean_t lumo_match(lumo_value_t template_value, lumo_value_t value, lumo_context_t) {
@@ -233,10 +227,8 @@ lumo_boolean_t lumo_match(lumo_value_t template_value, lumo_value_t value, lumo_
   const bool is_whole =
       value && !value->parent && !value->dynamic && (has_parts(value->form) || value->form == Form::unset);
   if (is_whole && !is_complete(value)) fault("a value that is not completely initialized is matched");
-  if (current_task->matching > 0) return match_value(template_value, value);
-  const Value row = template_value && value ? as_row_of(type_of_values(template_value), value) : value;
-  const bool fits = (row || !value) && match_value(template_value, row);
-  note_match(fits, template_value, value);
+  const bool fits = match_value(template_value, value);
+  if (current_task->matching == 0) note_match(fits, template_value, value);
   return fits;
 }
 

@@ -4,7 +4,6 @@
 #include "value/error.h"
 #include "value/memory.h"
 #include "value/task.h"
-#include "value/rows.h"
 #include "value/subtypes.h"
 #include "template/templates.h"
 #include "value/hooks.h"
@@ -353,10 +352,7 @@ void assign_contents(Value target, Value source) {
       assign_text_kinds(target, source);
       return;
     }
-    const bool is_row = is_other_row(target, source);
-    if (is_row ? !assign_row(target, source) : !texts && !same_family(target->kind, source->kind))
-      mismatch(target, source);
-    if (is_row) return;
+    if (!texts && !same_family(target->kind, source->kind)) mismatch(target, source);
   }
   assign_by_form(target, source);
   if (target->dynamic) copy_restraint(target, source);

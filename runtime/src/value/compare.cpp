@@ -2,7 +2,6 @@
 #include <cstring>
 
 #include "value/error.h"
-#include "value/rows.h"
 #include "value/scratch.h"
 #include "value/task.h"
 #include "template/templates.h"
@@ -186,8 +185,7 @@ bool equal_values(Value a, Value b) {
   b = comparable(b);
   if (a->form == Form::special || b->form == Form::special) return equal_specials(a, b);
   if (is_text(a) && is_text(b)) return equal_texts(a, b);
-  if (a->form == b->form) return equal_forms(a, b);
-  return is_other_row(a, b) && is_other_row(b, a) && equal_rows(a, b);
+  return a->form == b->form && equal_forms(a, b);
 }
 
 }  // namespace lumos

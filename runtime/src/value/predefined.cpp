@@ -574,8 +574,8 @@ lumo_boolean_t lumo_ispresent(lumo_value_t parent, unsigned long index, lumo_con
 
 lumo_boolean_t lumo_ischosen(lumo_value_t parent, unsigned long index, lumo_context_t context) {
   parent = opened_whole(parent);
-  if (!parent || is_omit(parent)) return false;
-  if (parent->form == Form::special) fault("ischosen: the alternative of the template is not known");
+  // What matches any value has chosen none.
+  if (!parent || parent->form == Form::special) return false;
   if (parent->form == Form::unset) fault("use of a union that is not initialized");
   return lumo_value_union_index(parent, context) == static_cast<long>(index);
 }

@@ -196,53 +196,16 @@ void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
   }
 }
 
-namespace {
-bool IsListOrArray(T3Tree_Node* type) {
-  return type->is<_T3HomogeneousType>();
-}
-
-// A record or set comes where a list or array is wanted, or the other way round: what the behaviour returns has
-// its own type until it is assigned.
-bool ReturnsOtherRow(T3Parameterization* call, T3Tree_Node* returned) {
-  T3Tree_Node* wanted = cg::TypeOf(call);
-  returned = BaseTypeDef(returned);
-  return (IsRecordOrSetType(wanted) && IsListOrArray(returned)) ||
-         (IsListOrArray(wanted) && IsRecordOrSetType(returned));
-}
-
-std::string ResultOfOwnType(T3Tree_Node* returned, CGMode mode, CFunction& function) {
-  const std::string name = cg::Temporary(LUMO_VALUE_T, function);
-  function.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
-                         {VEXATypeRef(TypeViewsOf(returned).local), AllocationMode(mode.allocation),
-                          VEXA_CONTEXT});
-  return name;
-}
-
-void TakeResult(T3Parameterization* call, const std::string& result, CFunction& function) {
-  if (HasRTSLocation(call))
-    function.call(LUMO_VALUE_ASSIGN, {RTSLocation(call), result, VEXA_CONTEXT});
-  else
-    cg::StoreRTSLocation(call, result);
-}
-}  // namespace
-
 void CGFunctionCall(T3Parameterization* call, CGMode mode, CFunction& function) {
   T3Tree_Node* decl = Def(call);
   auto* behaviour = Behind(decl)->try_as<_T3FunctionDecl>();
   if (!T3Is<T3Function>(behaviour) && !T3Is<T3ExtFunction>(behaviour)) cg::NotSupported(call);
-  T3Tree_Node* returned = ReturnTypeOf(behaviour);
-  const bool has_result = !returned->is<T3NoType>();
-  const bool is_other = has_result && ReturnsOtherRow(call, returned);
+  const bool has_result = !ReturnTypeOf(behaviour)->is<T3NoType>();
   const unsigned count = GetParNumber(behaviour->fpl);
   const std::string array = CGActualParameterList(call->apl, behaviour->fpl, has_result, function);
-  std::string result;
-  if (has_result)
-    result = is_other ? ResultOfOwnType(returned, mode.temporary(), function)
-                      : cg::AllocateRTSValue(call, mode.temporary(), function);
-  if (has_result) function.assign(Slot(array, count), result);
+  if (has_result) function.assign(Slot(array, count), cg::AllocateRTSValue(call, mode.temporary(), function));
   CGInstantiateOutOmittedParameters(call->apl, behaviour->fpl, array, function);
   const cg::Callee callee = cg::CalleeOf(decl);
   function.call(LUMO_CALL_FUNCTION,
                 {callee.function, callee.type, std::to_string(count), array, VEXA_CONTEXT});
-  if (is_other) TakeResult(call, result, function);
 }
