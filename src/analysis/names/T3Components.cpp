@@ -11,6 +11,7 @@
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3Stages.h"
 #include "driver/diagnostics/T3Error.h"
+#include "support/ModuleCaches.h"
 #include "support/TopologicalSort.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "support/FormatText.h"
@@ -22,9 +23,10 @@ constexpr _vexa_error_message_t kSeveralDecls{"multiple declarations for \"%s\""
 
 // Component types whose lists are merged.
 std::unordered_set<T3Tree_Node*>& ExtendedTypes() {
-  static std::unordered_set<T3Tree_Node*> types;
+  static auto& types = *new std::unordered_set<T3Tree_Node*>;
   return types;
 }
+const ModuleCache kCache{[] { ExtendedTypes().clear(); }, ModuleCache::Holds::ForRun};
 
 template <class Call>
 void ForTypeAndImportDecls(T3Tree_Node* list, const Call& call) {

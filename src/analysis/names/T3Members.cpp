@@ -1,10 +1,12 @@
 #include "analysis/names/T3Members.h"
 
 #include <algorithm>
+#include <deque>
 #include <unordered_map>
 #include <vector>
 
 #include "frontend/T3Lists.h"
+#include "support/ModuleCaches.h"
 
 struct T3Members::Line {
   T3Members base;
@@ -16,6 +18,12 @@ struct T3Members::Line {
 namespace {
 // By the numbers of the types. Components of other modules are asked for to the end of the run.
 std::unordered_map<uint32_t, T3Members>& g_members = *new std::unordered_map<uint32_t, T3Members>;
+std::deque<T3Members::Line>& g_lines = *new std::deque<T3Members::Line>;
+const ModuleCache kCache{[] {
+                           g_members.clear();
+                           g_lines.clear();
+                         },
+                         ModuleCache::Holds::ForRun};
 }  // namespace
 
 T3Tree_Node* T3Members::Find(tIdent name) const {
@@ -43,7 +51,7 @@ bool T3Members::BeginWith(const T3Members& base) const {
 // The first to go on from the end of a line has it; any other begins its own.
 void T3Members::Append(T3Tree_Node* decl) {
   if (line_ == nullptr || end_ != line_->decls.size()) {
-    line_ = new Line{*this, {}, {}};
+    line_ = &g_lines.emplace_back(Line{*this, {}, {}});
     end_ = 0;
   }
   line_->places.try_emplace(decl->as<_T3Decl>()->name, end_++);

@@ -8,6 +8,7 @@
 
 class T3Members {
  public:
+  struct Line;
   /// The first member of a name, or null.
   T3Tree_Node* Find(tIdent name) const;
   /// All members in their order.
@@ -18,7 +19,6 @@ class T3Members {
   void Append(T3Tree_Node* decl);
 
  private:
-  struct Line;
   Line* line_ = nullptr;
   // How much of the line belongs here.
   uint32_t end_ = 0;

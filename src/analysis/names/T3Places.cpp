@@ -1,6 +1,8 @@
 // The walk that sets the place record of every node: scopes, owners, and the constructs around it. It keeps
 // its own stack, so that neither long lists nor deep nestings take any of the process's.
+#include <memory>
 #include <new>
+#include <unordered_map>
 
 #include "analysis/names/T3DeclMap.h"
 #include "analysis/names/T3Members.h"
@@ -10,6 +12,7 @@
 #include "frontend/T3TreeFields.h"
 #include "frontend/T3KindCover.h"
 #include "frontend/T3Lists.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 constexpr int kMaximumAliases = 1000;
@@ -542,13 +545,16 @@ T3DeclMap* PlaceWalk::RegisterList(T3Tree_Node* list) {
 }
 
 // The maps of components that extend others, by the numbers of their types.
-std::unordered_map<uint32_t, T3DeclMap*>& g_extended = *new std::unordered_map<uint32_t, T3DeclMap*>;
+std::unordered_map<uint32_t, std::unique_ptr<T3DeclMap>>& g_extended =
+    *new std::unordered_map<uint32_t, std::unique_ptr<T3DeclMap>>;
+const ModuleCache kExtended{[] { g_extended.clear(); }, ModuleCache::Holds::ForRun};
 
 T3DeclMap* PlaceWalk::RegisterMembers(T3ComponentType* component) {
   if (!T3Is<T3TypeItem>(component->extends)) return RegisterList(component->decls);
-  T3DeclMap*& map = g_extended[component->number];
-  if (map != nullptr) return map;
-  map = new T3DeclMap;
+  std::unique_ptr<T3DeclMap>& kept = g_extended[component->number];
+  if (kept != nullptr) return kept.get();
+  kept = std::make_unique<T3DeclMap>();
+  T3DeclMap* map = kept.get();
   for (auto* decl : Items<_T3Decl>(component->decls)) RegisterDecl(decl, module_name_, map);
   map->Inherit(MembersOf(component), module_name_);
   return map;
