@@ -102,6 +102,10 @@ CFile::CFile(const std::string& directory, const std::string& headerName, const 
 
 CFile::~CFile() = default;
 
+void CFile::add(Where where, const CMeasuredWords& parts) {
+  positions_[where].text.add(CList(parts, ""));
+}
+
 void CFile::newline(Where where, unsigned count) {
   add(where, std::string(count, '\n'));
 }
@@ -128,7 +132,8 @@ void CFile::add(Where where, CSection&& first, CSection&& second) {
   addSection(where, std::move(second), true);
 }
 
-void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic,
+                         const CMeasuredWords& members) {
   const std::string_view storage = isStatic ? "static " : "";
   positions_[isStatic ? SourceStructureDecls : HeaderStructures].text.add(isStatic ? storage : "extern ",
                                                                           type, " ", name, ";\n");
