@@ -132,7 +132,7 @@ class CFile {
   CTextBlocks& bodyText(Where where);
   void addSection(Where where, CSection&& section, bool together);
   void flushPosition(Output& output, size_t where, bool splitAllowed);
-  void flushBody(Output& output, Body& body, bool splitAllowed);
+  void flushBody(Output& output, const Body& body, bool splitAllowed);
   void splitIfFull(Output& output, unsigned pending);
   std::string splitName() const;
   std::string path(const std::string& name) const;
