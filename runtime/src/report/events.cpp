@@ -78,7 +78,8 @@ void Spot::take(const Saying& s) {
 // Nearly always these tell enough. Names of components differ at their ends.
 size_t hash_of(const Saying& s) {
   const size_t end = s.component.size() - std::min<size_t>(s.component.size(), 8);
-  return hash_of_words({s.line << 4 ^ static_cast<uint64_t>(s.kind), eight_octets(s.component, end), s.name.size()});
+  return hash_of_words(
+      {s.line << 4 ^ static_cast<uint64_t>(s.kind), eight_octets(s.component, end), s.name.size()});
 }
 
 void JsonText::take(std::string_view said) {

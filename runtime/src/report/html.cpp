@@ -106,7 +106,7 @@ class Html : public Reporter {
   MadeOf<Numbered> spots_, texts_;
   uint64_t spots_used_ = 0, texts_used_ = 0;
   size_t number_ = 1;  // of the test case
-  Time last_ = 0;  // of the test case's begin or its last event
+  Time last_ = 0;      // of the test case's begin or its last event
   bool is_inside_ = false;
 };
 

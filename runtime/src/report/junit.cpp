@@ -49,7 +49,8 @@ class Junit : public Reporter {
     const Spot& spot = *event.spot;
     std::string entry(spot.name);
     const std::string place = short_text(spot.file, spot.line);
-    for (const std::string_view part : {std::string_view(spot.component), std::string_view(place), event.text})
+    for (const std::string_view part :
+         {std::string_view(spot.component), std::string_view(place), event.text})
       if (!part.empty()) (entry += ' ') += part;
     log_.push_back(shortened(entry, most_octets));
   }

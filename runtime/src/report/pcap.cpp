@@ -67,10 +67,17 @@ class Pcap : public Reporter {
     const int64_t wall = run_start().wall + e.time;
     const auto length = static_cast<uint32_t>(headers + octets.size());
     const uint32_t from = outward ? test_system : under_test, to = outward ? under_test : test_system;
-    const uint32_t words[] = {static_cast<uint32_t>(wall / 1000000000), static_cast<uint32_t>(wall % 1000000000),
-                              length, length,  // what was kept of it, and all
-                              htonl(0x4500U << 16 | length), 0, htonl(life_and_udp << 16 | header_sum(length)),
-                              htonl(from), htonl(to), htonl(port << 16 | port), htonl((length - 20) << 16)};
+    const uint32_t words[] = {static_cast<uint32_t>(wall / 1000000000),
+                              static_cast<uint32_t>(wall % 1000000000),
+                              length,
+                              length,  // what was kept of it, and all
+                              htonl(0x4500U << 16 | length),
+                              0,
+                              htonl(life_and_udp << 16 | header_sum(length)),
+                              htonl(from),
+                              htonl(to),
+                              htonl(port << 16 | port),
+                              htonl((length - 20) << 16)};
     rows_.put({reinterpret_cast<const char*>(words), sizeof words});
     rows_.put(octets);
     file_.write_rows(rows_, enough_rows);

@@ -81,7 +81,8 @@ class Supervision {
   Supervision(int socket, const WireBox& box, const std::atomic<Time>& deadline)
       : socket_(socket), box_(box), deadline_(deadline) {
     reader_.listener.run_begins = [this] { phase_ = Phase::runs; };
-    reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name, Time begin) {
+    reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name,
+                                               Time begin) {
       running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
       last_ = begin - run_start().clock;
       tell_begin(module, name, begin);
