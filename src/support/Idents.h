@@ -40,9 +40,6 @@ class Idents {
   void WriteIdent(FILE* stream, tIdent ident) const;
   void WriteWIdent(FILE* stream, tIdent ident) const;
 
-  /// The hash of a name, before the reduction to the number of buckets.
-  static uint32_t Hash(std::string_view text);
-
  private:
   struct Entry {
     tStringRef string;

@@ -46,9 +46,8 @@ void SetResult(T3Tree_Node* expression, T3Tree_Node* local) {
   auto& attributes = expression->as<_T3Expression>()->attr();
   attributes.pass1 = true;
   attributes.pass2 = true;
-  const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_base_type = views.base;
+  attributes.expression_base_type = BaseTypeDef(local);
 }
 
 T3Inference Report(T3Tree_Node* node, size_t valid, T3TemplateUse use) {
@@ -166,6 +165,9 @@ T3Tree_Node* ResultOf(T3Tree_Node* node, Attributes attributes, Result result) {
 
 template <class Result>
 T3Tree_Node* TypeOf(T3Tree_Node* node, Result result) {
+  if (node->is<_T3Expression>())
+    return ResultOf(
+        node, [&]() -> auto& { return static_cast<_T3Expression*>(node)->attr(); }, result);
   if (auto* definition = node->try_as<T3TemplateDef>())
     return ResultOf(
         node, [&]() -> auto& { return definition->attr(); }, result);
@@ -173,9 +175,6 @@ T3Tree_Node* TypeOf(T3Tree_Node* node, Result result) {
     return ResultOf(
         reference->reference, [&]() -> auto& { return reference->reference->as<_T3Expression>()->attr(); },
         result);
-  if (node->is<_T3Expression>())
-    return ResultOf(
-        node, [&]() -> auto& { return node->as<_T3Expression>()->attr(); }, result);
   return gT3NoType;
 }
 }  // namespace
