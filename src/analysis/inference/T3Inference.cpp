@@ -66,10 +66,11 @@ bool IsSilent(const T3Candidates& candidates) {
 T3Inference Finish(T3Tree_Node* node, const T3Candidates& candidates, bool child_failed, bool report) {
   T3Tree_Node* local = Check(candidates);
   SetResult(node, local);
-  const bool failed = local->is<T3ErrorType>();
+  auto& attributes = node->as<_T3Expression>()->attr();
+  attributes.report_type_error = false;
+  if (!local->is<T3ErrorType>()) return T3Inference::Good;
   const bool silent = child_failed || IsSilent(candidates);
-  node->as<_T3Expression>()->attr().report_type_error = report && failed && !silent;
-  if (!failed) return T3Inference::Good;
+  attributes.report_type_error = report && !silent;
   if (silent) return T3Inference::Reported;
   return report ? Report(node, candidates.CountValid()) : T3Inference::Unreported;
 }

@@ -56,8 +56,12 @@ struct KindWalk {
   bool picks_children;
   /// The walk passes over it: there is nothing to do for it, and nothing below it.
   bool is_passive;
+  /// Nothing hangs below it, and it is no element of a list.
+  bool is_leaf;
 
-  bool IsLeaf() const { return children == children_end && next == 0; }
+  void Enter(T3Tree_Node* node, T3Tree_Node* parent) const {
+    if (enter != nullptr) enter(node, parent);
+  }
   void CheckAll(T3Tree_Node* node) const {
     for (const Check* check = checks; check != checks_end; ++check) (*check)(node);
   }
@@ -81,21 +85,20 @@ class WalkOfKinds {
 
  private:
   void Describe(T3Kind kind, const uint16_t* children, const uint16_t* end) {
-    KindWalk& walk = kinds_[static_cast<size_t>(kind)];
     const auto checks = ChecksOf(kind);
-    walk = {children,
-            end,
-            EnterRuleOf(kind),
-            checks.data(),
-            checks.data() + checks.size(),
-            0,
-            PicksChildren(kind),
-            false};
-    // A module's `next` is another module.
-    if (kind != T3Kind::T3Module) walk.next = T3Tree_ChildFields[static_cast<size_t>(kind)].next.offset;
     const bool is_with =
         T3Kind::_T3WithList <= kind && static_cast<unsigned short>(kind) <= _T3WithList::kLast;
-    walk.is_passive = is_with || (walk.IsLeaf() && walk.enter == nullptr && checks.empty());
+    KindWalk& walk = kinds_[static_cast<size_t>(kind)];
+    walk.children = children;
+    walk.children_end = end;
+    walk.enter = EnterRuleOf(kind);
+    walk.checks = checks.data();
+    walk.checks_end = checks.data() + checks.size();
+    // A module's `next` is another module.
+    walk.next = kind == T3Kind::T3Module ? 0 : T3Tree_ChildFields[static_cast<size_t>(kind)].next.offset;
+    walk.picks_children = PicksChildren(kind);
+    walk.is_leaf = children == end && walk.next == 0;
+    walk.is_passive = is_with || (walk.is_leaf && walk.enter == nullptr && checks.empty());
   }
 
   void Move(const Precedence& order, size_t begin) {
@@ -132,37 +135,39 @@ struct Frame {
 constexpr ptrdiff_t kAhead = 1536;
 
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
-  static const WalkOfKinds& kinds = *new WalkOfKinds;
-  const auto frame_of = [](T3Tree_Node* node, T3Tree_Node* above) {
-    const KindWalk& kind = kinds[node->kind];
-    if (kind.enter != nullptr) kind.enter(node, above);
-    return Frame{node, kind.children, &kind};
-  };
+  static const WalkOfKinds& walks = *new WalkOfKinds;
+  const KindWalk* const kinds = &walks[T3Kind{}];
+  const auto kind_of = [kinds](const T3Tree_Node* node) { return kinds + static_cast<size_t>(node->kind); };
   std::vector<Frame> open;
-  open.push_back(frame_of(root, parent));
+  kind_of(root)->Enter(root, parent);
+  open.push_back({root, kind_of(root)->children, kind_of(root)});
   while (!open.empty()) {
     Frame& top = open.back();
     T3Tree_Node* node = top.node;
-    if (top.child != top.kind->children_end) {
+    const KindWalk* const own = top.kind;
+    if (top.child != own->children_end) {
       T3Tree_Node* child = FieldAt(node, *top.child++);
       if (child == nullptr) continue;
       PrefetchNodesBehind(child, kAhead);
-      const KindWalk& kind = kinds[child->kind];
-      if (kind.is_passive || (top.kind->picks_children && !IsWalked(child, node))) continue;
-      const Frame frame = frame_of(child, node);
-      if (kind.IsLeaf())
-        kind.CheckAll(child);
+      const KindWalk* const kind = kind_of(child);
+      if (kind->is_passive || (own->picks_children && !IsWalked(child, node))) continue;
+      kind->Enter(child, node);
+      if (kind->is_leaf)
+        kind->CheckAll(child);
       else
-        open.push_back(frame);
+        open.push_back({child, kind->children, kind});
       continue;
     }
-    top.kind->CheckAll(node);
+    own->CheckAll(node);
     // A list goes on in the same frame.
-    T3Tree_Node* next = top.kind->next == 0 || node == root ? nullptr : FieldAt(node, top.kind->next);
-    if (next == nullptr || kinds[next->kind].is_passive)
+    T3Tree_Node* next = own->next == 0 || node == root ? nullptr : FieldAt(node, own->next);
+    const KindWalk* const kind = next == nullptr ? nullptr : kind_of(next);
+    if (kind == nullptr || kind->is_passive) {
       open.pop_back();
-    else
-      top = frame_of(next, open.size() > 1 ? open[open.size() - 2].node : parent);
+      continue;
+    }
+    top = {next, kind->children, kind};
+    kind->Enter(next, open.size() > 1 ? open[open.size() - 2].node : parent);
   }
 }
 
