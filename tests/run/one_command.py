@@ -90,6 +90,8 @@ def check_arguments(place):
     place.run("Root.ttcn", "--no-such-option", status=2, err="unknown option '--no-such-option'")
     place.write("Other.ttcn", SUITE % ("Other", "", "pass"))
     place.run("Root.ttcn", "Other.ttcn", status=2, err="several modules could be the root, name one with -r: Root Other")
+    place.run("Root.ttcn", "Root.ttcn", status=247, err="Root")
+    place.run("-f", ".", "Root.ttcn", status=2, err="cannot read .")
     place.run("-d", ".", "Root.ttcn", status=2, err="holds something else")
     place.run("--list", status=2, err="no TTCN-3 file")
 
@@ -108,6 +110,12 @@ def check_sources(place, example):
     place.run("Root.ttcn", "adapter.c", out="value 5")
     if objects != place.times() or not (place.folder / ".orvane-run" / "report.xml").exists():
         sys.exit("a file of the user's in the folder has it built again, or is removed")
+    odd = place.folder / "it's $(odd); #"
+    odd.mkdir()
+    shutil.copy(place.folder / "adapter.c", odd / "an adapter.c")
+    for value in (6, 7):
+        (odd / "value.h").write_text(f"#define VALUE {value}\n", encoding="utf-8")
+        place.run("Root.ttcn", str(odd / "an adapter.c"), out=f"value {value}")
     place.write("adapter.c", "no C\n")
     place.run("Root.ttcn", "adapter.c", status=2, err="adapter.c")
     files = [str(path) for kind in ("ttcn", "asn", "c") for path in sorted(example.resolve().glob("*." + kind))]

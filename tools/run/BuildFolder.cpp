@@ -93,13 +93,15 @@ BuildFolder::Record BuildFolder::ReadRecord(const std::filesystem::path& file) {
 }
 
 bool BuildFolder::Fits(const Record& record) const {
-  for (const States* states : {&record.made, &record.used})
-    for (const auto& [name, state] : *states)
-      if (StateOf(path_ / name) != state) return false;
+  for (const auto& [name, state] : record.made)
+    if (StateOfEntry(path_ / name) != state) return false;
+  for (const auto& [name, state] : record.used)
+    if (StateOf(path_ / name) != state) return false;
   return record.setup == setup_;
 }
 
 void BuildFolder::Prepare(const std::string& setup, const std::vector<std::string>& sources) {
+  begin_ = std::filesystem::file_time_type::clock::now();
   setup_ = setup;
   for (const std::string& source : sources) sources_[source] = StateOf(source);
   old_ = ReadRecord(path_ / kRecord);
@@ -153,18 +155,25 @@ void BuildFolder::ReadOther(Record& record) const {
         record.used[place] = StateOf(path_ / place);
 }
 
+// A file that changed while it was read may have been read before that.
+std::string BuildFolder::StateRead(const std::string& name) const {
+  std::error_code error;
+  const bool is_own = name.find('/') == std::string::npos;
+  return is_own || last_write_time(path_ / name, error) < begin_ ? StateOf(path_ / name) : "changing";
+}
+
 BuildFolder::Record BuildFolder::Look() const {
   Record record;
   record.is_whole = true;
   for (const Entry& entry : Entries(path_)) {
     const std::string name = entry.path().filename().string();
     if (!IsOwnFile(entry) || foreign_.contains(name)) continue;
-    record.made[name] = StateOf(entry);
+    record.made[name] = StateOfEntry(entry);
     if (entry.path().extension() != kRules) continue;
     const std::string rules = ReadFile(entry);
     record.is_whole = record.is_whole && AreRulesWhole(rules);
     const std::vector<std::string> words = MakeWords(rules);
-    for (size_t i = 1; i < words.size(); ++i) record.read[words[i]] = StateOf(path_ / words[i]);
+    for (size_t i = 1; i < words.size(); ++i) record.read[words[i]] = StateRead(words[i]);
   }
   ReadOther(record);
   return record;

@@ -51,11 +51,13 @@ class BuildFolder {
   bool Fits(const Record& record) const;
   /// What a record has to tell of the files as they are now; not whole where that cannot be known.
   Record Look() const;
+  std::string StateRead(const std::string& name) const;
   void ReadOther(Record& record) const;
   void Clear(const std::string& extension) const;
 
   std::filesystem::path path_;
   int lock_;
+  std::filesystem::file_time_type begin_;
   Record old_;
   std::string setup_;
   States sources_;

@@ -13,6 +13,13 @@ std::string Time(const timespec& time) {
   return std::to_string(time.tv_sec) + ":" + std::to_string(time.tv_nsec);
 }
 
+std::string State(const std::filesystem::path& file, int (*ask)(const char*, struct stat*)) {
+  struct stat info = {};
+  if (ask(file.c_str(), &info) != 0) return "missing";
+  return Time(info.st_mtim) + ":" + Time(info.st_ctim) + ":" + std::to_string(info.st_size) + ":" +
+         std::to_string(info.st_ino);
+}
+
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
@@ -27,10 +34,11 @@ bool IsQuote(const std::string& text, size_t i) {
 }  // namespace
 
 std::string StateOf(const std::filesystem::path& file) {
-  struct stat info = {};
-  if (stat(file.c_str(), &info) != 0) return "missing";
-  return Time(info.st_mtim) + ":" + Time(info.st_ctim) + ":" + std::to_string(info.st_size) + ":" +
-         std::to_string(info.st_ino);
+  return State(file, stat);
+}
+
+std::string StateOfEntry(const std::filesystem::path& file) {
+  return State(file, lstat);
 }
 
 std::string ReadFile(const std::filesystem::path& file) {

@@ -10,6 +10,8 @@ namespace run {
 /// All that tells two states of a file apart, as one word; the second of its last change stands first, in
 /// front of a colon. Times alone would not do: a file may be replaced by an older one.
 std::string StateOf(const std::filesystem::path& file);
+/// The same of a link itself.
+std::string StateOfEntry(const std::filesystem::path& file);
 
 /// A file's contents; nothing for what is no regular file or cannot be read.
 std::string ReadFile(const std::filesystem::path& file);

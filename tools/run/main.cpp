@@ -1,10 +1,11 @@
 // From sources to verdicts by one command: finds the root module, compiles and builds what changed, and
 // becomes the suite.
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 
 #include "run/BuildFolder.h"
 #include "run/FileStates.h"
@@ -85,31 +86,47 @@ std::string Setup(const Suite& suite) {
   return text;
 }
 
-/// The words of files for an MCFG file that is used in `folder`.
-std::string Words(const std::vector<std::string>& files, const path& folder) {
+/// What makefiles and shells take for nothing else; blanks are guarded in both.
+bool IsPlain(const std::string& name) {
+  return std::ranges::all_of(name, [](unsigned char c) {
+    return c >= 0x80 || std::isalnum(c) != 0 ||
+           std::string_view("_./+-,@ ").find(c) != std::string_view::npos;
+  });
+}
+
+/// How make, in `folder`, may call a file. A folder's name that make would not take is reached by a link.
+std::string NameForMake(const path& file, const path& folder, size_t number) {
+  const path name = std::filesystem::proximate(std::filesystem::absolute(file), folder);
+  if (IsPlain(name)) return name;
+  if (!IsPlain(file.filename())) throw file.string() + " has a name that make cannot take; rename it";
+  const path link = "from" + std::to_string(number);
+  std::filesystem::remove_all(folder / link);
+  std::filesystem::create_directory_symlink(std::filesystem::absolute(file).parent_path(), folder / link);
+  return link / file.filename();
+}
+
+/// The words of files for an MCFG file that is used in `folder`, with a space of numbers for links.
+std::string Words(const std::vector<std::string>& files, const path& folder, size_t number) {
   std::string words;
-  for (const std::string& file : files)
-    words += " \"" + std::filesystem::proximate(std::filesystem::absolute(file), folder).string() + "\"";
+  for (const std::string& file : files) words += " \"" + NameForMake(file, folder, number++) + "\"";
   return words;
 }
 
 /// The tools' MCFG file with what this suite needs: its sources, objects that know their headers, and the
 /// names that this program relies on.
 void WriteMcfg(const Suite& suite, const path& folder) {
-  std::ifstream tools(suite.mcfg, std::ios::binary);
-  std::ostringstream text;
-  text << tools.rdbuf();
-  if (!tools.is_open() || text.bad()) throw "cannot read " + suite.mcfg.string();
+  const std::string tools = ReadFile(suite.mcfg);
+  if (tools.empty()) throw "cannot read " + suite.mcfg.string();
   std::ofstream out(folder / "suite.mcfg", std::ios::binary);
-  out << text.str() << "\n</SECTION>\n"
+  out << tools << "\n</SECTION>\n"
       << "BUILD_LIBRARY = no\nMAINFILE = yes\nMAKEFILE_NAME = makefile\nETS_NAME = " << suite.executable()
       << "\n"
-      << "USER_SRCS +=" << Words(suite.request.sources, folder) << "\n"
-      << "USER_OBJS +=" << Words(suite.request.objects, folder) << "\n"
-      << LinkerFlags(suite) << "USER_CC_FLAGS += -MD -MP\nGENERATED_CC_FLAGS += -MD\nINCLUDE += headers.mk\n";
-  std::ofstream headers(folder / "headers.mk", std::ios::binary);
-  headers << ".DELETE_ON_ERROR:\ninclude $(wildcard *.d)\n";
-  if (!out.flush() || !headers.flush()) throw "cannot write into " + folder.string();
+      << "USER_SRCS +=" << Words(suite.request.sources, folder, 0) << "\n"
+      << "USER_OBJS +=" << Words(suite.request.objects, folder, suite.request.sources.size()) << "\n"
+      << LinkerFlags(suite) << "USER_CC_FLAGS += -MD\nGENERATED_CC_FLAGS += -MD\nINCLUDE += rules.mk\n";
+  std::ofstream rules(folder / "rules.mk", std::ios::binary);
+  rules << ".DELETE_ON_ERROR:\n";
+  if (!out.flush() || !rules.flush()) throw "cannot write into " + folder.string();
 }
 
 std::vector<std::string> CompilerCommand(const Suite& suite, const path& folder) {
@@ -154,10 +171,12 @@ int Build(const Suite& suite, const BuildFolder& place) {
   return RunProgram(make, output) == 0 ? 0 : kStartFault;
 }
 
-/// What could not be built leaves nothing to run. Compilers do not always tell of a full disk.
+/// What could not be built leaves nothing to run. Not all tools tell what they lack.
 void TakeBack(const Suite& suite, const path& folder) {
   std::error_code error;
   std::filesystem::remove_all(folder / suite.executable(), error);
+  for (const char* tool : {"cc", "c++"})
+    if (!IsInstalled(tool)) std::cerr << kProgram << ": there is no " << tool << " on the path\n";
   const auto space = std::filesystem::space(folder, error);
   if (!error && space.available < kScarce)
     std::cerr << kProgram << ": only " << space.available / 1024 << " kB are free where " << folder.string()
@@ -172,6 +191,8 @@ Suite MakeSuite(Request request) {
   suite.modules = FindModules(suite.request.ttcn_files);
   suite.root = suite.request.root.empty() ? FindRoot(suite.modules) : suite.request.root;
   RefuseEqualObjects(suite);
+  if (!IsPlain(suite.request.folder))
+    throw "make cannot build in " + suite.request.folder + "; name another folder with -d";
   return suite;
 }
 
