@@ -16,7 +16,7 @@ class CArray : public CBase {
   void addElement(std::string_view text);
   /// One element "{ a, b, ... }".
   void addRow(CWords columns);
-  /// One element with a level of its own, which has these elements.
+  /// One element with a level of its own, which has these elements, at least one.
   void addLevel(CWords elements);
   /// What is added up to the end of the level is one element of the level around it.
   void beginLevel();
@@ -30,7 +30,7 @@ class CArray : public CBase {
   void endScope(CSection& section) override;
 
  private:
-  /// Counts one, and gives what stands before it.
+  /// Counts one, and gives the line that it begins.
   std::string_view beginElement();
 
   std::string_view type_;

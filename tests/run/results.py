@@ -90,13 +90,14 @@ def check_ends(suite):
         if suite.sanitized and word in ("crash", "abort", "arith"):
             continue  # the sanitizer has handlers of its own
         suite.path("ends").unlink(missing_ok=True)
-        out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json")
+        out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json --coverage c.info")
         at_once = "with status" in reason or "Killed" in reason
         check_has(out, [f"Outcome.TC_{word}: error {'' if at_once else 'Outcome.ttcn:22 '}{reason}\n", "run ended early", "\n2 test cases: 1 pass"],
                   word)
         check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
+        check_has(suite.read("c.info"), ["DA:22,1\n"], f"coverage after {word}")
     suite.run("-vnone -t TC_close,TC_fail,TC_pass --junit j.xml --json j.json")
     check_junit(suite, "j.xml", tests=3, failures=1)
     check(len(re.findall('"event":"(end_testcase|verdict)"', suite.read("j.json"))) == 6, "JSON without the way to it")
@@ -204,8 +205,9 @@ def check_choice(suite, steered):
         found = re.findall(r"(?m)^Outcome.TC_(\w+)", out)
         check(found == (names or "").split() or (not names and sorted(found) == ["default", "echo", "none", "pass"] and
               "seed 3\n" in out and out == suite.run("-vnone -s " + arguments, status)[0]), arguments, out)
-    out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2")
+    out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2 --coverage c.info" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2 --coverage c.info")
     check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
+    check_has(suite.read("c.info"), [f"DA:22,{1 if suite.sanitized else 2}\n"], "coverage of processes that end")
     out, err = steered.run("-vnone -j 2")
     check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
     out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late,TC_guard --explore 60")

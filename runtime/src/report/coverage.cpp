@@ -1,11 +1,17 @@
 // Which lines and branches of the source were reached, in the form of lcov's tracefiles.
 #include "report/coverage.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cinttypes>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <new>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -18,42 +24,91 @@ namespace lumos {
 
 namespace {
 
-struct Count {
-  uint64_t hits = 0, blocks = 0;
-};
+using Count = LineCount::Count;
 using Lines = std::vector<Count>;  // by number
 
-// By the text's address while counting: generated code always gives the same one.
-std::unordered_map<const char*, Lines> counts;
-std::map<std::string, Lines> counts_of_others;
-const char* last_file = nullptr;
-Lines* last_lines = nullptr;
-constexpr unsigned long most_lines = 10000000;
+constexpr unsigned long most_lines = 10000000, lines_of_page = 256;
+constexpr size_t box_size = 1 << 28;  // of which only what is used takes memory
 
-Count& at(Lines& lines, unsigned long line) {
-  if (line >= lines.size()) lines.resize(line < most_lines ? line + 1 : 1);
-  return lines[line < most_lines ? line : 0];
+// What the process counts, and where.
+CountBox* own_box = nullptr;
+
+// The counts of neighbouring lines of a file, whose name stands behind them.
+struct Page {
+  unsigned long first;
+  size_t name_size;
+  Count counts[lines_of_page];
+  std::string_view name() const { return {reinterpret_cast<const char*>(this + 1), name_size}; }
+  static size_t size_for(size_t name) { return (sizeof(Page) + name + 15) / 16 * 16; }
+};
+using Pages = std::vector<Page*>;
+
+}  // namespace
+
+struct CountBox::Shared {
+  std::atomic<size_t> used;
+  alignas(16) char pages[1];
+};
+
+// The pages of a process in its box.
+struct Counting {
+  // By the text's address: generated code always gives the same one.
+  std::unordered_map<const char*, Pages> by_address;
+  std::map<std::string, Pages, std::less<>> by_name;
+  const char* last_file = nullptr;
+  Pages* last_pages = nullptr;
+
+  // Null where there is no room.
+  static Page* new_page(std::string_view file, unsigned long first) {
+    if (!own_box->shared_) return nullptr;
+    CountBox::Shared& box = *own_box->shared_;
+    const size_t begin = box.used, size = Page::size_for(file.size());
+    if (box_size - sizeof box - begin < size) return nullptr;
+    Page* page = reinterpret_cast<Page*>(box.pages + begin);
+    page->first = first;
+    page->name_size = file.size();
+    std::memcpy(static_cast<void*>(page + 1), file.data(), file.size());
+    box.used = begin + size;
+    return page;
+  }
+  static Page* page_of(Pages& pages, const char* file, unsigned long line) {
+    const size_t number = line / lines_of_page;
+    if (number < pages.size() && pages[number]) return pages[number];
+    if (line >= most_lines) return nullptr;
+    if (number >= pages.size()) pages.resize(number + 1);
+    return pages[number] = new_page(file, number * lines_of_page);
+  }
+};
+
+namespace {
+
+Counting& counting() {
+  static auto& all = *new Counting;
+  return all;
 }
 
 void count(const char* file, unsigned long line, bool is_block) {
-  if (file != last_file) {
-    last_file = file;
-    last_lines = &counts[file];
+  static Counting& counts = counting();
+  if (file != counts.last_file) {
+    counts.last_file = file;
+    counts.last_pages = &counts.by_address[file];
   }
-  Count& c = at(*last_lines, line);
+  Page* page = Counting::page_of(*counts.last_pages, file, line);
+  if (!page) return;
+  Count& c = page->counts[line % lines_of_page];
   ++(is_block ? c.blocks : c.hits);
 }
 
 std::map<std::string, Lines> all_counts() {
-  std::map<std::string, Lines> all = counts_of_others;
-  for (const auto& [file, lines] : counts) {
-    Lines& sum = all[file];
-    for (unsigned long i = 1; i < lines.size(); ++i) {
-      Count& c = at(sum, i);
-      c.hits += lines[i].hits;
-      c.blocks += lines[i].blocks;
+  std::map<std::string, Lines> all;
+  own_box->each([&](const LineCount& page) {
+    Lines& sum = all[std::string(page.file)];
+    sum.resize(std::max<size_t>(sum.size(), page.first + page.size));
+    for (size_t i = 0; i < page.size; ++i) {
+      sum[page.first + i].hits += page.counts[i].hits;
+      sum[page.first + i].blocks += page.counts[i].blocks;
     }
-  }
+  });
   return all;
 }
 
@@ -176,28 +231,56 @@ class Coverage : public Reporter {
 
 }  // namespace
 
+CountBox::CountBox() {
+  void* memory =
+      mmap(nullptr, box_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  shared_ = memory == MAP_FAILED ? nullptr : new (memory) Shared;
+}
+
+CountBox::~CountBox() {
+  if (shared_) munmap(static_cast<void*>(shared_), box_size);
+}
+
+// What a process left behind that ended at once may be anything.
+void CountBox::each(const std::function<void(const LineCount&)>& act) const {
+  const size_t used = shared_ ? std::min<size_t>(shared_->used, box_size - sizeof(Shared)) : 0;
+  for (size_t begin = 0; begin + sizeof(Page) <= used;) {
+    const Page& page = *reinterpret_cast<const Page*>(shared_->pages + begin);
+    if (page.name_size > used - begin - sizeof(Page) || page.first >= most_lines) return;
+    act({page.name(), page.first, page.counts, lines_of_page});
+    begin += Page::size_for(page.name_size);
+  }
+}
+
 void count_lines() {
+  count_into(*new CountBox);
   line_counter = count;
 }
 
+bool counts_lines() {
+  return own_box != nullptr;
+}
+
 void clear_counts() {
-  for (auto& [file, lines] : counts) lines.clear();
-  for (auto& [file, lines] : counts_of_others) lines.clear();
-  last_file = nullptr;
+  for (auto& [file, pages] : counting().by_address)
+    for (Page* page : pages)
+      if (page) std::memset(page->counts, 0, sizeof page->counts);
 }
 
-void add_count(const std::string& file, unsigned long line, uint64_t hits, uint64_t blocks) {
-  Count& c = at(counts_of_others[file], line);
-  c.hits += hits;
-  c.blocks += blocks;
+void count_into(CountBox& box) {
+  own_box = &box;
+  counting() = Counting();
 }
 
-void each_count(const std::function<void(const LineCount&)>& act) {
-  for (const auto& [file, lines] : all_counts()) {
-    if (lines.empty()) act({file, 0, 0, 0});
-    for (unsigned long i = 1; i < lines.size(); ++i)
-      if (lines[i].hits || lines[i].blocks) act({file, i, lines[i].hits, lines[i].blocks});
-  }
+void add_counts(const CountBox& box) {
+  box.each([](const LineCount& from) {
+    const std::string name(from.file);
+    Page* page = Counting::page_of(counting().by_name[name], name.c_str(), from.first);
+    for (size_t i = 0; page && i < from.size; ++i) {
+      page->counts[i].hits += from.counts[i].hits;
+      page->counts[i].blocks += from.counts[i].blocks;
+    }
+  });
 }
 
 std::unique_ptr<Reporter> make_coverage(const std::string& path) {

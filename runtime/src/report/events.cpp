@@ -2,6 +2,8 @@
 
 #include <time.h>
 
+#include <algorithm>
+
 #include "text/log.h"
 #include "text/text_forms.h"
 #include "value/task.h"
@@ -59,6 +61,42 @@ const char* event_name(EventKind kind) {
   return names[static_cast<size_t>(kind)];
 }
 
+bool Spot::says(const Saying& s) const {
+  return line == s.line && kind == s.kind && name == s.name && component == s.component && peer == s.peer &&
+         file == s.file;
+}
+
+void Spot::take(const Saying& s) {
+  kind = s.kind;
+  component = s.component;
+  file = s.file;
+  name = s.name;
+  peer = s.peer;
+  line = s.line;
+}
+
+// Nearly always these tell enough. Names of components differ at their ends.
+size_t hash_of(const Saying& s) {
+  const size_t end = s.component.size() - std::min<size_t>(s.component.size(), 8);
+  return hash_of_words(
+      {s.line << 4 ^ static_cast<uint64_t>(s.kind), eight_octets(s.component, end), s.name.size()});
+}
+
+void JsonText::take(std::string_view said) {
+  text = said;
+  json.resize(json_room(said.size()));
+  json.resize(static_cast<size_t>(write_json(json.data(), said) - json.data()));
+}
+
+const JsonText& json_of(const Event& event) {
+  constexpr size_t most_kept = 1 << 12;
+  static auto& texts = *new Repeated<JsonText>;
+  // Long ones have few places, lest they take much memory.
+  if (!event.json)
+    event.json = &texts.of(event.text, event.text.size() > most_kept ? 0 : hash_of_text(event.text));
+  return *event.json;
+}
+
 namespace {
 
 void tell_log_entry(const char* kind, std::string_view text) {
@@ -108,25 +146,19 @@ void tell_begin(const std::string& module, const std::string& name, Time begin) 
 }
 
 void tell(const Event& event) {
-  for (Reporter* hearer : event.kind == EventKind::log ? hearers_of_log : hearers_of_events)
+  for (Reporter* hearer : event.spot->kind == EventKind::log ? hearers_of_log : hearers_of_events)
     hearer->event(event);
 }
 
 void tell(EventKind kind, std::string_view name, std::string_view peer, std::string_view text,
           std::string_view octets) {
-  Event event;
-  event.kind = kind;
-  event.time = now() - run_start().clock;
-  event.component = current_task->name;
-  event.name = name;
-  event.peer = peer;
-  event.text = text;
-  event.octets = octets;
+  static Spots& spots = *new Spots;
+  Saying said{kind, current_task->name, {}, name, peer, 0};
   if (!current_task->frames.empty()) {
-    event.file = current_task->frames.back().file;
-    event.line = current_task->frames.back().line;
+    said.file = current_task->frames.back().file;
+    said.line = current_task->frames.back().line;
   }
-  tell(event);
+  tell({&spots.of(said, hash_of(said)), now() - run_start().clock, text, octets});
 }
 
 void tell_end(const Result& result) {

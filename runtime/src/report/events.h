@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "lumos.h"
+#include "report/repeated.h"
 #include "value/clock.h"
 
 namespace lumos {
@@ -61,13 +62,41 @@ enum class EventKind : uint8_t {
 };
 const char* event_name(EventKind kind);
 
-// Its texts are those of who tells it, and last as long as the call.
-struct Event {
+// What events say again and again; its texts are those of who tells it, and last as long as the call.
+struct Saying {
   EventKind kind = EventKind::log;
-  Time time = 0;  // since the run began
-  std::string_view component, file, name, peer, text, octets;
+  std::string_view component, file, name, peer;
   unsigned long line = 0;
 };
+// The same, kept. What is made of a spot is kept by its slot for as long as the serial is the same.
+struct Spot {
+  size_t slot = 0;
+  uint64_t serial = 0;  // no other spot had it
+  EventKind kind = EventKind::log;
+  std::string component, file, name, peer;
+  unsigned long line = 0;
+  bool says(const Saying& said) const;
+  void take(const Saying& said);
+};
+using Spots = Repeated<Spot>;
+size_t hash_of(const Saying& said);
+
+struct Event {
+  const Spot* spot = nullptr;
+  Time time = 0;  // since the run began
+  std::string_view text, octets;
+  mutable const struct JsonText* json = nullptr;  // of the text, once somebody has asked for it
+};
+// The text as a string of JSON, which lasts as long as the event is told: made once for all who ask, and for
+// events behind each other that say the same.
+struct JsonText {
+  size_t slot = 0;
+  uint64_t serial = 0;
+  std::string text, json;
+  bool says(std::string_view said) const { return said == text; }
+  void take(std::string_view said);
+};
+const JsonText& json_of(const Event& event);
 
 class Reporter {
  public:

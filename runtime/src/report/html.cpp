@@ -9,6 +9,12 @@ namespace lumos {
 
 namespace {
 
+// The number of a spot or a text in the test case that had it last.
+struct Numbered {
+  size_t case_number = 0;
+  uint64_t number = 0;
+};
+
 class Html : public Reporter {
  public:
   explicit Html(const std::string& path) : file_(path) {
@@ -18,20 +24,22 @@ class Html : public Reporter {
 
   bool wants_events() const override { return true; }
   void test_case_begins(const std::string&, const std::string&, Time begin) override {
-    begin_ = begin - run_start().clock;
+    last_ = begin - run_start().clock;
     is_inside_ = true;
   }
   void event(const Event& e) override {
     if (!is_inside_) return;
-    events_.put(events_.size() ? ",\n[\"" : "[\"");
-    events_.put(event_name(e.kind));
-    events_.put("\",");
-    put_time(events_, e.time - begin_);
-    for (const std::string_view text : {e.component, e.name, e.peer, e.text}) add(events_, text);
-    events_.put(",\"");
-    events_.put_hex(e.octets);
-    events_.put("\",");
-    events_.put_json_place(e.file, e.line);
+    events_.put(events_.size() ? ",\n[" : "[");
+    put_spot(*e.spot);
+    events_.put(',');
+    put_time(events_, e.time - last_);
+    last_ = e.time;
+    if (!e.text.empty() || !e.octets.empty()) put_text(e);
+    if (!e.octets.empty()) {
+      events_.put(",\"");
+      events_.put_hex(e.octets);
+      events_.put('"');
+    }
     events_.put(']');
   }
   void test_case_ends(const Result& r) override {
@@ -48,6 +56,8 @@ class Html : public Reporter {
     add(cases_, r.reason);
     cases_.put(']');
     events_.clear();
+    ++number_;
+    texts_used_ = spots_used_ = 0;
     is_inside_ = false;
   }
   void run_ends(const std::vector<Result>&) override {
@@ -63,6 +73,28 @@ class Html : public Reporter {
     list.put(',');
     list.put_json(text);
   }
+  // Where the test case has had it already, its number.
+  static bool put_number(Row& list, std::pair<Numbered&, bool> known, size_t case_number, uint64_t& used) {
+    const bool is_known = !known.second && known.first.case_number == case_number;
+    if (is_known) list.put_number(known.first.number);
+    if (!is_known) known.first = {case_number, used++};
+    return is_known;
+  }
+  void put_spot(const Spot& spot) {
+    if (put_number(events_, spots_.of(spot), number_, spots_used_)) return;
+    events_.put("[\"");
+    events_.put(event_name(spot.kind));
+    events_.put('"');
+    for (const std::string* text : {&spot.component, &spot.name, &spot.peer}) add(events_, *text);
+    events_.put(',');
+    events_.put_json_place(spot.file, spot.line);
+    events_.put(']');
+  }
+  void put_text(const Event& e) {
+    events_.put(',');
+    const JsonText& text = json_of(e);
+    if (!put_number(events_, texts_.of(text), number_, texts_used_)) events_.put(text.json);
+  }
   // In nanoseconds, which take the least room.
   static void put_time(Row& list, Time time) {
     if (time < 0) list.put('-');
@@ -71,7 +103,10 @@ class Html : public Reporter {
   ReportFile file_;
   Row cases_;   // what came out of each
   Row events_;  // of the test case that runs
-  Time begin_ = 0;
+  MadeOf<Numbered> spots_, texts_;
+  uint64_t spots_used_ = 0, texts_used_ = 0;
+  size_t number_ = 1;  // of the test case
+  Time last_ = 0;      // of the test case's begin or its last event
   bool is_inside_ = false;
 };
 

@@ -51,7 +51,8 @@ svg .made { stroke-dasharray: 4 3; } svg .box { fill: var(--soft); stroke: var(-
 const char html_tail[] = R"html(<script>
 "use strict";
 // A test case is [name, verdict, time, place, reason]; an event
-// [kind, time, component, name, peer, text, octets, place]. Times are nanoseconds.
+// [kind, time, component, name, peer, text, octets, place]. Times are nanoseconds. Stored are [spot, time since the last,
+// text, octets], where a spot is [kind, component, name, peer, place]; spots and texts that the test case had before are their numbers.
 const stored = document.querySelectorAll("script[type='application/json']");  // events of each test case
 const seconds = (time, digits) => (time / 1e9).toFixed(digits);
 const $ = id => document.getElementById(id);
@@ -64,6 +65,15 @@ const cut = (text, n) => text.length > n ? text.slice(0, n - 1) + "…" : text;
 const badge = v => `<span class="v ${v}">${v}</span>`;
 const caseHeight = 46, rowHeight = 24, column = 170, left = 90;
 
+function read(list) {
+  const spots = [], texts = [];
+  let time = 0;
+  const had = (all, x) => typeof x === "number" ? all[x] : (all.push(x), x);
+  return list.map(stored => {
+    const [kind, component, name, peer, place] = had(spots, stored[0]);
+    return [kind, time += stored[1], component, name, peer, stored.length > 2 ? had(texts, stored[2]) : "", stored[3] || "", place];
+  });
+}
 function filter() {
   const text = $("search").value.toLowerCase();
   visible = cases.map((c, i) => i).filter(i => shown.has(cases[i][1]) &&
@@ -89,7 +99,7 @@ function drawCounts() {
 }
 function choose(i) {
   chosen = i; chosenRow = -1;
-  events = JSON.parse(stored[i].textContent);
+  events = read(JSON.parse(stored[i].textContent));
   const c = cases[i];
   $("about").innerHTML = `<h2>${badge(c[1])}${safe(c[0])}</h2><div>${seconds(c[2], 6)} s ${safe(c[3])} ${safe(c[4])}</div>` +
     `<div id="tabs"><button data-tab="chart">Sequence chart</button><button data-tab="log">Log</button></div>`;

@@ -8,6 +8,46 @@ namespace lumos {
 
 namespace {
 
+void put_head(Row& row, std::string_view event) {
+  row.put("{\"event\":\"");
+  row.put(event);
+  row.put("\",\"time\":");
+}
+
+// What is empty is left out.
+void member(Row& row, std::string_view head, std::string_view text) {
+  if (text.empty()) return;
+  row.put(head);
+  row.put_json(text);
+}
+
+void put_place(Row& row, std::string_view file, unsigned long line) {
+  if (file.empty()) return;
+  member(row, ",\"file\":", file);
+  row.put(",\"line\":");
+  row.put_number(line);
+}
+
+// What the lines of a spot's events have in common.
+struct SpotText {
+  std::string before_time, behind_time;
+  void make(const Spot& spot) {
+    Row row;
+    put_head(row, event_name(spot.kind));
+    before_time = row.text();
+    row.clear();
+    put_place(row, spot.file, spot.line);
+    member(row, ",\"component\":", spot.component);
+    member(row,
+           spot.kind == EventKind::log       ? ",\"kind\":"
+           : spot.kind == EventKind::verdict ? ",\"verdict\":"
+                                             : ",\"name\":",
+           spot.name);
+    member(row, ",\"peer\":", spot.peer);
+    behind_time = row.text();
+  }
+};
+
 class Json : public Reporter {
  public:
   explicit Json(const std::string& path) : file_(path) {
@@ -19,19 +59,21 @@ class Json : public Reporter {
 
   bool wants_events() const override { return true; }
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
-    begin_line("begin", begin - run_start().clock, {}, 0);
-    member(",\"testcase\":", module + "." + name);
+    put_head(rows_, "begin");
+    rows_.put_seconds(begin - run_start().clock);
+    member(rows_, ",\"testcase\":", module + "." + name);
     end_line();
   }
   void event(const Event& e) override {
-    begin_line(event_name(e.kind), e.time, e.file, e.line);
-    member(",\"component\":", e.component);
-    member(e.kind == EventKind::log       ? ",\"kind\":"
-           : e.kind == EventKind::verdict ? ",\"verdict\":"
-                                          : ",\"name\":",
-           e.name);
-    member(",\"peer\":", e.peer);
-    member(",\"text\":", e.text);
+    const auto made = spots_.of(*e.spot);
+    if (made.second) made.first.make(*e.spot);
+    rows_.put(made.first.before_time);
+    rows_.put_seconds(e.time);
+    rows_.put(made.first.behind_time);
+    if (!e.text.empty()) {
+      rows_.put(",\"text\":");
+      rows_.put(json_of(e).json);
+    }
     if (!e.octets.empty()) {
       rows_.put(",\"octets\":\"");
       rows_.put_hex(e.octets);
@@ -40,10 +82,12 @@ class Json : public Reporter {
     end_line();
   }
   void test_case_ends(const Result& r) override {
-    begin_line("end_testcase", r.begin + r.duration - run_start().clock, r.place.file, r.place.line);
-    member(",\"testcase\":", r.full_name());
-    member(",\"verdict\":", verdict_name(r.verdict));
-    member(",\"text\":", r.reason);
+    put_head(rows_, "end_testcase");
+    rows_.put_seconds(r.begin + r.duration - run_start().clock);
+    put_place(rows_, r.place.file, r.place.line);
+    member(rows_, ",\"testcase\":", r.full_name());
+    member(rows_, ",\"verdict\":", verdict_name(r.verdict));
+    member(rows_, ",\"text\":", r.reason);
     rows_.put(",\"duration\":");
     rows_.put_seconds(r.duration);
     end_line();
@@ -58,27 +102,12 @@ class Json : public Reporter {
   }
 
  private:
-  void begin_line(std::string_view event, Time time, std::string_view file, unsigned long line) {
-    rows_.put("{\"event\":\"");
-    rows_.put(event);
-    rows_.put("\",\"time\":");
-    rows_.put_seconds(time);
-    if (file.empty()) return;
-    member(",\"file\":", file);
-    rows_.put(",\"line\":");
-    rows_.put_number(line);
-  }
-  // What is empty is left out.
-  void member(std::string_view head, std::string_view text) {
-    if (text.empty()) return;
-    rows_.put(head);
-    rows_.put_json(text);
-  }
   void end_line() {
     rows_.put("}\n");
     file_.write_rows(rows_, enough_rows);
   }
   Row rows_;
+  MadeOf<SpotText> spots_;
   ReportFile file_;
 };
 

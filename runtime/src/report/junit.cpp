@@ -46,9 +46,11 @@ class Junit : public Reporter {
   void test_case_begins(const std::string&, const std::string&, Time) override { log_.clear(); }
   void event(const Event& event) override {
     if (log_.size() >= most_entries) return;
-    std::string entry(event.name);
-    const std::string place = short_text(event.file, event.line);
-    for (const std::string_view part : {event.component, std::string_view(place), event.text})
+    const Spot& spot = *event.spot;
+    std::string entry(spot.name);
+    const std::string place = short_text(spot.file, spot.line);
+    for (const std::string_view part :
+         {std::string_view(spot.component), std::string_view(place), event.text})
       if (!part.empty()) (entry += ' ') += part;
     log_.push_back(shortened(entry, most_octets));
   }

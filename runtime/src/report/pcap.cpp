@@ -1,6 +1,8 @@
 // The messages at the ports of the system, as a capture of the network. Each is a datagram from a made-up
 // address for the test system to one for the system under test, or back, so that any reader of captures shows
 // it; the port numbers tell the system's ports apart, in the order in which they came up.
+#include <arpa/inet.h>
+
 #include <map>
 
 #include "report/report_file.h"
@@ -17,18 +19,14 @@ void put_native(Row& row, uint32_t number) {
   row.put({reinterpret_cast<const char*>(&number), sizeof number});
 }
 
-void put_ip_header(Row& row, uint32_t length, bool outward) {
-  constexpr uint32_t version = 0x4500, life_and_udp = 64 << 8 | 17;
-  uint32_t sum = version + length + life_and_udp;
+constexpr uint32_t life_and_udp = 64 << 8 | 17;
+
+// Sum of the header of IP, whose length alone varies; both addresses are always in it.
+uint32_t header_sum(uint32_t length) {
+  uint32_t sum = 0x4500 + length + life_and_udp;
   for (uint32_t address : {test_system, under_test}) sum += (address >> 16) + (address & 0xFFFF);
   while (sum >> 16) sum = (sum & 0xFFFF) + (sum >> 16);
-  row.put_big(version, 2);
-  row.put_big(length, 2);
-  row.put_big(0, 4);
-  row.put_big(life_and_udp, 2);
-  row.put_big(~sum & 0xFFFF, 2);
-  row.put_big(outward ? test_system : under_test, 4);
-  row.put_big(outward ? under_test : test_system, 4);
+  return ~sum & 0xFFFF;
 }
 
 class Pcap : public Reporter {
@@ -47,9 +45,9 @@ class Pcap : public Reporter {
   bool wants_events() const override { return true; }
   bool wants_log() const override { return false; }
   void event(const Event& e) override {
-    const bool outward = e.kind == EventKind::send;
-    if (!outward && e.kind != EventKind::arrive) return;
-    if (e.peer.compare(0, 7, "system:")) return;
+    const bool outward = e.spot->kind == EventKind::send;
+    if (!outward && e.spot->kind != EventKind::arrive) return;
+    if (e.spot->peer.compare(0, 7, "system:")) return;
     packet(e, outward, e.octets.empty() && outward ? e.text : e.octets);
   }
   void run_ends(const std::vector<Result>&) override {
@@ -65,13 +63,22 @@ class Pcap : public Reporter {
   }
   void packet(const Event& e, bool outward, std::string_view octets) {
     octets = octets.substr(0, most_octets);
-    const uint32_t port = number_of(e.peer);
+    const uint32_t port = number_of(e.spot->peer);
     const int64_t wall = run_start().wall + e.time;
     const auto length = static_cast<uint32_t>(headers + octets.size());
-    for (const int64_t number : {wall / 1000000000, wall % 1000000000, int64_t(length), int64_t(length)})
-      put_native(rows_, static_cast<uint32_t>(number));
-    put_ip_header(rows_, length, outward);
-    for (const uint32_t number : {port, port, length - 20, 0U}) rows_.put_big(number, 2);  // no checksum
+    const uint32_t from = outward ? test_system : under_test, to = outward ? under_test : test_system;
+    const uint32_t words[] = {static_cast<uint32_t>(wall / 1000000000),
+                              static_cast<uint32_t>(wall % 1000000000),
+                              length,
+                              length,  // what was kept of it, and all
+                              htonl(0x4500U << 16 | length),
+                              0,
+                              htonl(life_and_udp << 16 | header_sum(length)),
+                              htonl(from),
+                              htonl(to),
+                              htonl(port << 16 | port),
+                              htonl((length - 20) << 16)};
+    rows_.put({reinterpret_cast<const char*>(words), sizeof words});
     rows_.put(octets);
     file_.write_rows(rows_, enough_rows);
   }

@@ -38,11 +38,6 @@ class Row {
     put_number(line);
     put('"');
   }
-  void put_big(uint32_t number, int octets) {
-    char* place = room(4);
-    for (int shift = 8 * octets; shift > 0;) *place++ = static_cast<char>(number >> (shift -= 8));
-    end_at(place);
-  }
 
  private:
   char* room(size_t most) {

@@ -10,8 +10,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "report/coverage.h"
-
 namespace lumos {
 
 namespace {
@@ -19,9 +17,9 @@ namespace {
 enum class Tag : char {
   start = 's',
   begin = 'b',
+  spot = 'p',
   event = 'e',
   end = 'r',
-  coverage = 'c',
   refusal = 'x',
   run_end = 'f'
 };
@@ -113,12 +111,12 @@ class WireStream {
 
 namespace {
 
-// Most of what goes over the wire is events, which are one piece each: this and the texts.
+// Most of what goes over the wire is events, which are one piece each: this and the two texts. Their spots go
+// before them, when they are new.
 struct EventHead {
-  uint64_t kind;
-  size_t sizes[6];
+  uint64_t slot;
   Time time;
-  unsigned long line;
+  size_t text, octets;
 };
 
 class Wire : public Reporter {
@@ -138,7 +136,6 @@ class Wire : public Reporter {
   }
 
   void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
-    counts();
     tag(Tag::begin);
     text(module);
     text(name);
@@ -146,18 +143,15 @@ class Wire : public Reporter {
     pass_on();
   }
   void event(const Event& e) override {
-    const std::string_view texts[] = {e.component, e.file, e.name, e.peer, e.text, e.octets};
-    EventHead head{static_cast<uint64_t>(e.kind), {}, e.time, e.line};
-    size_t size = 1 + sizeof head;
-    for (size_t i = 0; i < std::size(head.sizes); ++i) size += head.sizes[i] = texts[i].size();
-    char* place = more(size);
+    if (sent_.of(*e.spot).second) spot(*e.spot);
+    const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size()};
+    char* place = more(1 + sizeof head + head.text + head.octets);
     *place++ = static_cast<char>(Tag::event);
     place = copied(place, {reinterpret_cast<const char*>(&head), sizeof head});
-    for (std::string_view s : texts) place = copied(place, s);
+    for (std::string_view s : {e.text, e.octets}) place = copied(place, s);
     pass_on();
   }
   void test_case_ends(const Result& r) override {
-    counts();
     tag(Tag::end);
     result(r);
     pass_on();
@@ -165,7 +159,6 @@ class Wire : public Reporter {
   }
   void run_ends(const std::vector<Result>& results) override {
     has_ended_ = true;
-    counts();
     tag(Tag::run_end);
     number(results.size());
     for (const Result& r : results) result(r);
@@ -174,19 +167,15 @@ class Wire : public Reporter {
   }
 
  private:
-  // What was counted since the last time.
-  void counts() {
-    each_count([&](const LineCount& c) {
-      tag(Tag::coverage);
-      text(c.file);
-      for (uint64_t n : {uint64_t(c.line), c.hits, c.blocks}) number(n);
-    });
-    clear_counts();
-  }
   void result(const Result& r) {
     for (const std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) text(*s);
     for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
       number(n);
+  }
+  void spot(const Spot& s) {
+    tag(Tag::spot);
+    for (uint64_t n : {uint64_t(s.slot), uint64_t(s.kind), uint64_t(s.line)}) number(n);
+    for (const std::string* t : {&s.component, &s.file, &s.name, &s.peer}) text(*t);
   }
   static char* copied(char* place, std::string_view s) {
     if (!s.empty()) std::memcpy(place, s.data(), s.size());
@@ -209,6 +198,7 @@ class Wire : public Reporter {
   }
   WireStream stream_;
   WireNeeds needs_;
+  MadeOf<char> sent_;
   bool has_ended_ = false;
   std::string record_;  // its beginning; the rest is room
   size_t used_ = 0;
@@ -260,19 +250,24 @@ void tell_begin_of(Unwire& in, const WireListener& listener) {
   if (in.is_good) listener.test_case_begins(module, name, begin);
 }
 
-void tell_event_of(Unwire& in, const WireListener& listener) {
+void take_spot_of(Unwire& in, Spots& spots) {
+  const size_t slot = in.choice(spots.size() - 1);
+  Saying s;
+  s.kind = static_cast<EventKind>(in.choice(static_cast<uint64_t>(EventKind::verdict)));
+  s.line = in.number();
+  for (std::string_view* text : {&s.component, &s.file, &s.name, &s.peer}) *text = in.piece(in.number());
+  if (in.is_good) spots.put(slot, s);
+}
+
+void tell_event_of(Unwire& in, const Spots& spots, const WireListener& listener) {
   const std::string_view bytes = in.piece(sizeof(EventHead));
   if (!in.is_good) return;
   EventHead head;
   std::memcpy(&head, bytes.data(), sizeof head);
-  in.is_good = head.kind <= static_cast<uint64_t>(EventKind::verdict);
-  Event e;
-  e.kind = static_cast<EventKind>(head.kind);
-  e.time = head.time;
-  e.line = head.line;
-  const size_t* size = head.sizes;
-  for (std::string_view* s : {&e.component, &e.file, &e.name, &e.peer, &e.text, &e.octets})
-    *s = in.piece(*size++);
+  Event e{spots.at(head.slot), head.time, {}, {}};
+  e.text = in.piece(head.text);
+  e.octets = in.piece(head.octets);
+  in.is_good = in.is_good && e.spot;
   if (in.is_good) listener.event(e);
 }
 
@@ -286,13 +281,6 @@ Result result_of(Unwire& in) {
   return r;
 }
 
-void take_count_of(Unwire& in) {
-  const std::string file = in.text();
-  const unsigned long line = in.number();
-  const uint64_t hits = in.number(), blocks = in.number();
-  if (in.is_good) add_count(file, line, hits, blocks);
-}
-
 void tell_run_end_of(Unwire& in, const WireListener& listener) {
   std::vector<Result> results;
   for (uint64_t n = in.number(); in.is_good && n > 0; --n) results.push_back(result_of(in));
@@ -300,7 +288,7 @@ void tell_run_end_of(Unwire& in, const WireListener& listener) {
 }
 
 // What another process left behind may be anything, so an unknown tag is where it is cut off.
-void tell_record_of(Unwire& in, const WireListener& listener) {
+void tell_record_of(Unwire& in, Spots& spots, const WireListener& listener) {
   switch (static_cast<Tag>(in.tag())) {
     case Tag::start:
       return listener.run_begins();
@@ -308,10 +296,10 @@ void tell_record_of(Unwire& in, const WireListener& listener) {
       return listener.run_is_refused();
     case Tag::begin:
       return tell_begin_of(in, listener);
+    case Tag::spot:
+      return take_spot_of(in, spots);
     case Tag::event:
-      return tell_event_of(in, listener);
-    case Tag::coverage:
-      return take_count_of(in);
+      return tell_event_of(in, spots, listener);
     case Tag::run_end:
       return tell_run_end_of(in, listener);
     case Tag::end:
@@ -327,11 +315,11 @@ std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds need
   return std::make_unique<Wire>(descriptor, box, needs);
 }
 
-size_t tell_from_wire(std::string_view text, const WireListener& listener) {
+size_t WireReader::tell(std::string_view text) {
   Unwire in(text);
   size_t used = 0;
   while (in.left()) {
-    tell_record_of(in, listener);
+    tell_record_of(in, spots_, listener);
     if (!in.is_good) break;
     used = text.size() - in.left();
   }

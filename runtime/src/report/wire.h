@@ -51,8 +51,15 @@ struct WireListener {
   std::function<void()> run_is_refused = [] {};
   std::function<void(const std::vector<Result>&)> run_ends = [](const std::vector<Result>&) {};
 };
-// Tells what the text holds; the number of its octets that were used: what is behind them is a part of
-// something.
-size_t tell_from_wire(std::string_view text, const WireListener& listener);
+class WireReader {
+ public:
+  WireListener listener;
+  // Tells what the text holds, which goes on where the last one was used to; the number of its octets that
+  // were used: what is behind them is a part of something.
+  size_t tell(std::string_view text);
+
+ private:
+  Spots spots_;
+};
 
 }  // namespace lumos

@@ -12,6 +12,7 @@
 #include "report/events.h"
 #include "run/component.h"
 #include "text/log.h"
+#include "text/text_forms.h"
 #include "value/hooks.h"
 #include "value/types.h"
 
@@ -114,11 +115,16 @@ const char* name_of(const Timer* timer) {
   return timer->value && timer->value->label ? timer->value->label : "timer";
 }
 
+// With six decimals.
 std::string seconds_text(double duration) {
   char digits[400];
-  return std::string(digits,
-                     std::to_chars(digits, std::end(digits), duration, std::chars_format::fixed, 6).ptr) +
-         " s";
+  char* end = digits;
+  if (duration < 9e9) {
+    end = write_seconds(digits, std::llround(duration * 1e6) * 1000) - 3;
+  } else {
+    end = std::to_chars(digits, std::end(digits), duration, std::chars_format::fixed, 6).ptr;
+  }
+  return std::string(digits, end) + " s";
 }
 
 void take_timeout(Timer* timer) {

@@ -59,6 +59,7 @@ struct Job {
   Time begin = 0, duration = 0, real_begin = 0;
   Spool output{"output"}, errors{"errors"}, log{"log"}, wire{"wire"};
   WireBox box;
+  std::unique_ptr<CountBox> counts{counts_lines() ? new CountBox : nullptr};
 
   // Code of the user that lets nothing else happen is not waited for without end.
   bool is_late() const {
@@ -78,7 +79,7 @@ struct Job {
   drop_reporters();
   tell_results(false);
   add_reporter(make_wire(job.wire.descriptor(), job.box, needs));
-  clear_counts();
+  if (job.counts) count_into(*job.counts);
   results().clear();
   execute(*job.selected);
   end_watch();
@@ -100,17 +101,17 @@ bool start(Job& job, Time end) {
 
 bool tell_events(const Job& job, Result& result) {
   bool has_begun = false, has_result = false;
-  WireListener listener;
-  listener.test_case_begins = [&](const std::string& module, const std::string& name, Time begin) {
+  WireReader reader;
+  reader.listener.test_case_begins = [&](const std::string& module, const std::string& name, Time begin) {
     has_begun = true;
     tell_begin(module, name, begin);
   };
-  listener.test_case_ends = [&](const Result& r) {
+  reader.listener.test_case_ends = [&](const Result& r) {
     result = r;
     has_result = true;
   };
   const std::string written = job.wire.text();
-  tell_from_wire(written + job.box.rest(written.size()), listener);
+  reader.tell(written + job.box.rest(written.size()));
   if (!has_begun) tell_begin(job.selected->module, job.selected->name, job.begin);
   return has_result;
 }
@@ -122,6 +123,7 @@ void collect(const Job& job) {
   std::fwrite(output.data(), 1, output.size(), stdout);
   std::fwrite(errors.data(), 1, errors.size(), stderr);
   append_spooled_log(job.log.text());
+  if (job.counts) add_counts(*job.counts);
   Result result;
   if (!tell_events(job, result)) {
     const std::string reason = "the process of the test case ended with " + end_of_process(job.status);

@@ -80,27 +80,28 @@ class Supervision {
  public:
   Supervision(int socket, const WireBox& box, const std::atomic<Time>& deadline)
       : socket_(socket), box_(box), deadline_(deadline) {
-    listener_.run_begins = [this] { phase_ = Phase::runs; };
-    listener_.test_case_begins = [this](const std::string& module, const std::string& name, Time begin) {
+    reader_.listener.run_begins = [this] { phase_ = Phase::runs; };
+    reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name,
+                                               Time begin) {
       running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
       last_ = begin - run_start().clock;
       tell_begin(module, name, begin);
     };
-    listener_.event = [this](const Event& e) {
+    reader_.listener.event = [this](const Event& e) {
       last_ = e.time;
       if (running_) stand_at(e);
       tell(e);
     };
-    listener_.test_case_ends = [this](const Result& r) {
+    reader_.listener.test_case_ends = [this](const Result& r) {
       running_.reset();
       results().push_back(r);
       tell_end(r);
     };
-    listener_.run_is_refused = [this] {
+    reader_.listener.run_is_refused = [this] {
       phase_ = Phase::over;
       cancel_reporters();
     };
-    listener_.run_ends = [this](const std::vector<Result>& all) { take_leave(all); };
+    reader_.listener.run_ends = [this](const std::vector<Result>& all) { take_leave(all); };
   }
 
   // The status to end with.
@@ -149,13 +150,14 @@ class Supervision {
   }
   void hear(std::string_view text) {
     received_ += text.size();
-    pending_ += text;
-    pending_.erase(0, tell_from_wire(pending_, listener_));
+    if (!pending_.empty()) text = pending_ += text;
+    text.remove_prefix(reader_.tell(text));
+    pending_ = std::string(text);
   }
 
   void stand_at(const Event& e) {
-    if (running_->place.file != e.file) running_->place.file = e.file;
-    running_->place.line = e.line;
+    if (running_->place.file != e.spot->file) running_->place.file = e.spot->file;
+    running_->place.line = e.spot->line;
   }
   void take_leave(const std::vector<Result>& all) {
     phase_ = Phase::over;
@@ -199,7 +201,7 @@ class Supervision {
   int socket_;
   const WireBox& box_;
   const std::atomic<Time>& deadline_;
-  WireListener listener_;
+  WireReader reader_;
   Phase phase_ = Phase::begins;
   std::optional<Result> running_;
   Time last_ = 0, stopped_ = never;

@@ -16,6 +16,7 @@ namespace lumos {
 namespace {
 
 constexpr int deepest_shown = 200;
+constexpr size_t usual_length = 100;
 
 void put(std::string& out, Value v, int depth);
 
@@ -65,8 +66,7 @@ void put_text(std::string& out, const Character* text, size_t size) {
     const size_t begin = i;
     while (i < size && can_be_quoted(text[i]) && text[i] != '"') ++i;
     if (i > begin) part(true);
-    out.resize(out.size() + i - begin);
-    std::copy(text + begin, text + i, out.end() - static_cast<std::ptrdiff_t>(i - begin));
+    out.append(text + begin, text + i);
     if (i == size) break;
     const char32_t c = text[i];
     part(c == '"');
@@ -331,6 +331,7 @@ void put(std::string& out, Value v, int depth) {
 std::string render(Value v) {
   if (!v) return "-";
   std::string out;
+  out.reserve(usual_length);
   put(out, v, 0);
   return out;
 }

@@ -96,10 +96,8 @@ std::string shortened(std::string_view text, size_t most) {
 char* write_json(char* out, std::string_view text) {
   *out++ = '"';
   for (size_t i = 0; i < text.size();) {
-    uint64_t octets = 0;  // what is too much of it is written over
-    const size_t left = std::min<size_t>(text.size() - i, 8);
-    left == 8 ? std::memcpy(&octets, text.data() + i, 8) : std::memcpy(&octets, text.data() + i, left);
-    const size_t n = std::min(plain_octets(octets), left);
+    const uint64_t octets = eight_octets(text, i);  // what is too much of it is written over
+    const size_t left = std::min<size_t>(text.size() - i, 8), n = std::min(plain_octets(octets), left);
     std::memcpy(out, &octets, 8);
     out += n;
     i += n;
@@ -139,13 +137,26 @@ void append_number(std::string& out, uint64_t number) {
   out.append(text, write_number(text, number));
 }
 
+struct TwoDigits {
+  char all[100][2];
+  constexpr TwoDigits() : all() {
+    for (int i = 0; i < 100; ++i) {
+      all[i][0] = static_cast<char>('0' + i / 10);
+      all[i][1] = static_cast<char>('0' + i % 10);
+    }
+  }
+  constexpr const char* operator[](uint32_t number) const { return all[number]; }
+};
+constexpr TwoDigits two_digits;
+
 char* write_seconds(char* out, int64_t nanoseconds) {
   if (nanoseconds < 0) *out++ = '-';
   uint64_t rest = nanoseconds < 0 ? -static_cast<uint64_t>(nanoseconds) : static_cast<uint64_t>(nanoseconds);
   out = write_number(out, rest / 1000000000);
   *out = '.';
   auto decimals = static_cast<uint32_t>(rest % 1000000000);
-  for (int i = 9; i > 0; --i, decimals /= 10) out[i] = static_cast<char>('0' + decimals % 10);
+  for (int i = 8; i > 0; i -= 2, decimals /= 100) std::memcpy(out + i, two_digits[decimals % 100], 2);
+  out[1] = static_cast<char>('0' + decimals);
   return out + 10;
 }
 

@@ -1,7 +1,9 @@
 // Text in the forms that reports and logs have: XML, JSON, hexadecimal digits.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -26,6 +28,13 @@ char* write_number(char* out, uint64_t number);
 char* write_seconds(char* out, int64_t nanoseconds);
 constexpr size_t number_room = 20, seconds_room = 31;
 void append_number(std::string& out, uint64_t number);
+// The octets of the text from there on, at most eight, as they lie in memory; zeros behind its end.
+inline uint64_t eight_octets(std::string_view text, size_t begin) {
+  uint64_t octets = 0;
+  const size_t left = text.size() - begin;
+  left >= 8 ? std::memcpy(&octets, text.data() + begin, 8) : std::memcpy(&octets, text.data() + begin, left);
+  return octets;
+}
 // A path without its folders.
 std::string_view base_name(std::string_view path);
 

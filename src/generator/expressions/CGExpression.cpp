@@ -15,21 +15,12 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/ModuleCaches.h"
 
 namespace {
-// ---- What a statement takes ----
-
-using Taken = CGTaken;
-Taken& g_taken = *new Taken;
-
-void StoreC(T3Tree_Node* node, const std::string& text) {
-  SetCLocation(node, text);
-  g_taken.located.push_back(node);
-}
-void StoreRTS(T3Tree_Node* node, const std::string& text) {
-  SetRTSLocation(node, text);
-  g_taken.located.push_back(node);
-}
+// The temporaries that statements have taken, the innermost scope's last.
+std::vector<std::string>& g_temporaries = *new std::vector<std::string>;
+const ModuleCache temporaries([] { g_temporaries.clear(); });
 
 // ---- Conversions ----
 
@@ -95,7 +86,7 @@ bool MayCache(CFunction& function) {
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
 void CacheLiteral(T3Tree_Node* node) {
   std::string name;
-  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return StoreRTS(node, name);
+  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return SetRTSLocation(node, name);
   CFile& file = gT3Context.file();
   name = file.uniqueName("vexa_constant_expression");
   file.addVariable(LUMO_VALUE_T, name, true);
@@ -107,7 +98,7 @@ void CacheLiteral(T3Tree_Node* node) {
   CGSetSourceLine(initialize, position);
   initialize.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
                            {VEXATypeRef(ExpressionLocalType(node)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
-  StoreRTS(node, name);
+  SetRTSLocation(node, name);
   if (NaturalMode(node) == vexa_c_mode) {
     GenerateForm(node, vexa_perm_alloc, initialize);
     cg::SetFromC(node, name, initialize);
@@ -130,7 +121,7 @@ const char* PassedToTemplate(T3Tree_Node* node) {
 // What stands in the place of a part of a template that is modified.
 void Modification(T3TemplateDef* definition, CGMode mode, CFunction& function) {
   const std::string made = cg::TemplateInPlace(definition, vexa_template_plain, function);
-  StoreRTS(definition, mode.is_template
+  SetRTSLocation(definition, mode.is_template
                            ? made
                            : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
@@ -138,7 +129,7 @@ void Modification(T3TemplateDef* definition, CGMode mode, CFunction& function) {
 void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
   if (const char* argument = PassedToTemplate(node)) {
     const bool is_value = !mode.is_template && cg::HoldsTemplate(node);
-    return StoreRTS(
+    return SetRTSLocation(
         node, is_value ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(mode.allocation), VEXA_CONTEXT})
                        : std::string(argument));
   }
@@ -228,13 +219,13 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
   std::string& name = (variables != nullptr ? *variables : own)[type];
   if (name.empty()) name = Temporary(type, function);
   function.assign(name, text);
-  is_c ? StoreC(node, name) : StoreRTS(node, name);
+  is_c ? SetCLocation(node, name) : SetRTSLocation(node, name);
   return name;
 }
 
 std::string Temporary(std::string_view type, CFunction& function) {
   std::string name = function.getTmpVariable(type);
-  g_taken.temporaries.push_back(name);
+  g_temporaries.push_back(name);
   return name;
 }
 
@@ -249,14 +240,15 @@ t3_template_restriction_t RestrictionOfResult(T3Tree_Node* node) {
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (HasRTSLocation(node)) return RTSLocation(node);
   std::string name = Temporary(LUMO_VALUE_T, function);
-  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)),
-                                        AllocationMode(mode.allocation)};
-  if (mode.is_template) arguments.push_back(std::to_string(static_cast<int>(RestrictionOfResult(node))));
-  arguments.emplace_back(VEXA_CONTEXT);
-  function.callAndAssign(
-      name, mode.is_template ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
-      arguments);
-  StoreRTS(node, name);
+  const std::string type = VEXATypeRef(ExpressionLocalType(node));
+  const char* allocation = AllocationMode(mode.allocation);
+  if (mode.is_template)
+    function.callAndAssign(
+        name, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,
+        {type, allocation, std::to_string(static_cast<int>(RestrictionOfResult(node))), VEXA_CONTEXT});
+  else
+    function.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE, {type, allocation, VEXA_CONTEXT});
+  SetRTSLocation(node, name);
   return name;
 }
 
@@ -270,7 +262,7 @@ std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_
   if (type == nullptr || (!changes && !operands.MayFaultLate(at, location))) return location;
   const std::string kept = !is_c && changes ? Kept(location, function) : Temporary(type, function);
   if (is_c || !changes) function.assign(kept, location);
-  is_c ? StoreCLocation(operand, kept) : StoreRTSLocation(operand, kept);
+  is_c ? SetCLocation(operand, kept) : SetRTSLocation(operand, kept);
   return kept;
 }
 
@@ -312,12 +304,6 @@ void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function)
   function.call(word, {target, CLocation(node), VEXA_CONTEXT});
 }
 
-void StoreCLocation(T3Tree_Node* node, const std::string& text) {
-  StoreC(node, text);
-}
-void StoreRTSLocation(T3Tree_Node* node, const std::string& text) {
-  StoreRTS(node, text);
-}
 }  // namespace cg
 
 const char* AllocationMode(vexa_allocation_mode_t mode) {
@@ -336,20 +322,20 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, C
   mode.is_template = mode.is_template && (cg::HoldsTemplate(node) || node->is<T3TemplateDef>());
   const bool wants_c = form == vexa_c_mode;
   if (wants_c ? HasCLocation(node) : HasRTSLocation(node)) return;
-  if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
-  if (node->is<T3NotUsedSymbol>()) return StoreRTS(node, LUMO_NOT_USED_VALUE_C);
+  if (node->is<T3NoExpression>()) return SetRTSLocation(node, LUMO_NO_VALUE_C);
+  if (node->is<T3NotUsedSymbol>()) return SetRTSLocation(node, LUMO_NOT_USED_VALUE_C);
   if (auto* definition = node->try_as<T3TemplateDef>()) {
     if (definition->modifies->is<T3TemplateReference>()) return Modification(definition, mode, function);
     CGExpression(definition->constraint, form, mode, function);
-    return wants_c ? StoreC(node, CLocation(definition->constraint))
-                   : StoreRTS(node, RTSLocation(definition->constraint));
+    return wants_c ? SetCLocation(node, CLocation(definition->constraint))
+                   : SetRTSLocation(node, RTSLocation(definition->constraint));
   }
   if (!wants_c && MayCache(function) && IsCachableConstantExpression(node)) return CacheLiteral(node);
   const vexa_expression_mode_t natural = NaturalMode(node);
   if (natural == form) return Generate(node, mode, function);
   CGExpression(node, natural, mode, function);
   if (wants_c) {
-    StoreC(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+    SetCLocation(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
     const std::string target = cg::AllocateRTSValue(node, mode, function);
     cg::SetFromC(node, target, function);
@@ -363,7 +349,7 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
   if (definition != nullptr && !definition->modifies->is<T3TemplateReference>()) rhs = definition->constraint;
   if (rhs->is<T3CompoundValue>() && !HasRTSLocation(rhs)) {
     // The target is filled in place.
-    StoreRTS(rhs, target);
+    SetRTSLocation(rhs, target);
     cg::CompoundValue(rhs->as<T3CompoundValue>(), mode, function);
   } else if (cg::IsWideText(rhs)) {
     cg::SetWideText(rhs, target, function);
@@ -376,17 +362,13 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
   if (log_modification) function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
 
-CGStatementScope::CGStatementScope(CFunction& function) : function_(&function), outer_(new Taken) {
-  std::swap(g_taken, *outer_);
-}
+CGStatementScope::CGStatementScope(CFunction& function)
+    : function_(&function), outer_temporaries_(g_temporaries.size()) {}
 
-CGStatementScope::CGStatementScope() : outer_(new Taken) {
-  std::swap(g_taken, *outer_);
-}
+CGStatementScope::CGStatementScope() : outer_temporaries_(g_temporaries.size()) {}
 
 CGStatementScope::~CGStatementScope() {
-  for (const std::string& name : g_taken.temporaries)
-    if (function_ != nullptr && function_->isTmpVariable(name)) function_->releaseTmpVariable(name);
-  for (T3Tree_Node* node : g_taken.located) ResetLocation(node);
-  std::swap(g_taken, *outer_);
+  for (size_t i = outer_temporaries_; function_ != nullptr && i < g_temporaries.size(); ++i)
+    if (function_->isTmpVariable(g_temporaries[i])) function_->releaseTmpVariable(g_temporaries[i]);
+  g_temporaries.resize(outer_temporaries_);
 }

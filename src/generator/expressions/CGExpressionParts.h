@@ -37,9 +37,6 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
                           Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
-/// Sets where the result of a node is, to the end of the statement.
-void StoreCLocation(T3Tree_Node* node, const std::string& text);
-void StoreRTSLocation(T3Tree_Node* node, const std::string& text);
 /// A temporary of the statement.
 std::string Temporary(std::string_view type, CFunction& function);
 /// The node's type behind names and subtypes.

@@ -257,7 +257,7 @@ bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {
     case T3Kind::T3FloatLiteral:
     case T3Kind::T3Infinity:
     case T3Kind::T3BooleanLiteral:
-      StoreCLocation(node, CValueString(node));
+      SetCLocation(node, CValueString(node));
       return true;
     case T3Kind::T3BitStringLiteral:
     case T3Kind::T3OctStringLiteral:
@@ -270,10 +270,10 @@ bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {
                      VerdictValue(node->as<T3VerdictLiteral>()->value), VEXA_CONTEXT});
       return true;
     case T3Kind::T3Omit:
-      StoreRTSLocation(node, LUMO_OMIT_VALUE_C);
+      SetRTSLocation(node, LUMO_OMIT_VALUE_C);
       return true;
     case T3Kind::T3Null:
-      StoreRTSLocation(node, NullWord(TypeOf(node)));
+      SetRTSLocation(node, NullWord(TypeOf(node)));
       return true;
     case T3Kind::T3ObjectIdentifierLiteral:
       GenObjectIdentifierLiteral(node->as<T3ObjectIdentifierLiteral>(), mode, function);

@@ -93,14 +93,14 @@ void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& functi
   // C knows no fault that could end a test case alone.
   if (node->is<T3Divide>() && !node->right->is<T3IntLiteral>() && !node->right->is<T3FloatLiteral>())
     right = Call(TypeOf(node)->is<T3Integer>() ? LUMO_DIVISOR : LUMO_FLOAT_DIVISOR, {right, VEXA_CONTEXT});
-  StoreCLocation(node, "(" + left + " " + op + " " + right + ")");
+  SetCLocation(node, "(" + left + " " + op + " " + right + ")");
 }
 
 // Comparisons of run-time values.
 void GenerateRelational(_T3BinaryExpression* node, const char* word, bool negated, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
   const std::string call = Call(word, {left, right, VEXA_CONTEXT});
-  StoreCLocation(node, negated ? Negated(call) : call);
+  SetCLocation(node, negated ? Negated(call) : call);
 }
 
 // Orders of enumerations go by their numbers, which the C form is.
@@ -114,7 +114,7 @@ void GenerateOrder(_T3BinaryExpression* node, CFunction& function) {
 
 void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_c_mode, function);
-  StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
+  SetCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
 }
 
 // The right operand is evaluated only where the left one does not decide. A chain of operations has one
@@ -130,30 +130,30 @@ void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
   function.beginElse();
   function.assign(result, InC(node->right, function));
   function.endIf();
-  StoreCLocation(node, result);
+  SetCLocation(node, result);
 }
 
 void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode mode, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
-  StoreRTSLocation(node,
+  SetRTSLocation(node,
                    Call(RTValueWord(node), {left, right, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode mode, CFunction& function) {
   const auto [value, count] = OperandsOf(node->value, vexa_rts_mode, node->shift, vexa_c_mode, function);
-  StoreRTSLocation(node,
+  SetRTSLocation(node,
                    Call(ShiftWord(node), {value, count, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
   if (node->is<T3UnaryNot4b>()) {
     const std::string value = InRTS(node->arg, vexa_temp_alloc, function);
-    StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
   } else {
     const char* op = node->is<T3UnaryMinus>() ? C_MINUS : C_NOT;
     // The least number has one more than the greatest.
     const char* rest = node->is<T3UnaryMinus>() && IsBeyondIntegers(node->arg) ? " - 1)" : ")";
-    StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + rest);
+    SetCLocation(node, std::string("(") + op + InC(node->arg, function) + rest);
   }
 }
 

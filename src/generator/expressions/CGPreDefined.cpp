@@ -80,7 +80,7 @@ const Conversion* ConversionOf(T3Kind kind) {
 void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode mode) {
   arguments.emplace_back(AllocationMode(mode.allocation));
   arguments.emplace_back(VEXA_CONTEXT);
-  StoreRTSLocation(node, Call(word, arguments));
+  SetRTSLocation(node, Call(word, arguments));
 }
 
 // The operands of a function in their order, each in the form that is wanted of it.
@@ -163,7 +163,7 @@ void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
   const std::string parent =
       node->is<T3IsPresent>() ? Probed(WholeOf(field), function) : AsTemplate(WholeOf(field), function);
   const int64_t index = PlaceOfField(field);
-  StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
+  SetCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
                             {parent, std::to_string(index), VEXA_CONTEXT}));
 }
 
@@ -190,7 +190,7 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& funct
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
   if (node->is<T3SizeOfType>() || NamesType(operand))
-    return StoreCLocation(
+    return SetCLocation(
         node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {OfItsType(operand, function), VEXA_CONTEXT})));
   if (auto* part = node->try_as<T3Substring>())
     return PartOf(node, LUMO_SUBSTRING, operand, part->index, part->count, mode, function);
@@ -199,11 +199,11 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& funct
   const std::string value = node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
-      return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
+      return SetCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
     case T3Kind::T3SizeOf:
-      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
+      return SetCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
     case T3Kind::T3IsValue:
-      return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
+      return SetCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
     case T3Kind::T3EncValue:
       return Store(node, LUMO_ENCVALUE, {value}, mode);
     default:

@@ -100,7 +100,7 @@ void Named(_T3Reference* node, Mode mode, CFunction& function) {
     const std::string slot =
         found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
     const bool is_value = T3Is<T3FormalTemplatePar>(def) && !mode.is_template;
-    return StoreRTSLocation(
+    return SetRTSLocation(
         node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(mode.allocation), VEXA_CONTEXT}) : slot);
   }
   // The one value of the type NULL has the type's name.
@@ -108,7 +108,7 @@ void Named(_T3Reference* node, Mode mode, CFunction& function) {
     return function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, mode, function), "0", VEXA_CONTEXT});
   if (T3Is<_T3Decl>(def)) {
     const std::string found = FoundByName(def, function);
-    return StoreRTSLocation(node, found.empty() ? LocationOf(def, function) : found);
+    return SetRTSLocation(node, found.empty() ? LocationOf(def, function) : found);
   }
   T3Tree_Node* type = TypeOf(node);
   if (!type->is<T3EnumType>()) NotSupported(node);
@@ -145,14 +145,14 @@ void Field(T3Qualifier* node, Mode mode, CFunction& function) {
   T3Tree_Node* type = TypeOf(WholeOf(node));
   const auto index = [&] { return std::to_string(PlaceOfField(node)); };
   if (mode.access == CGAccess::Probe)
-    StoreRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
   else if (IsRecordOrSetType(type))
-    StoreRTSLocation(node, Call(mode.writes() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
+    SetRTSLocation(node, Call(mode.writes() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, index(), VEXA_CONTEXT}));
   else if (mode.writes() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
-    StoreRTSLocation(node, Call(UnionAccessFunc(node, mode.access), {parent, index(), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(UnionAccessFunc(node, mode.access), {parent, index(), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node,
+    SetRTSLocation(node,
                      Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
 }
 
@@ -162,10 +162,10 @@ void Element(T3Subscription* node, Mode mode, CFunction& function) {
   // A template in a list that is changed gives way to one with parts.
   const bool makes_parts = mode.writes() && mode.is_template;
   if (IsStringType(TypeOf(node->base)))
-    StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
+    SetRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
                                                             AllocationMode(mode.allocation), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node, Call(mode.access == CGAccess::Probe ? LUMO_VALUE_TRY_FIELD_BY_INDEX
+    SetRTSLocation(node, Call(mode.access == CGAccess::Probe ? LUMO_VALUE_TRY_FIELD_BY_INDEX
                                 : makes_parts                  ? LUMO_VALUE_FIELD_BY_INDEX_LHS
                                                                : LUMO_VALUE_FIELD_BY_INDEX,
                                 {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));

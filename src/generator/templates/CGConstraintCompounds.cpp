@@ -14,24 +14,27 @@
 
 namespace cgtest {
 namespace {
-std::string Name(tIdent name) {
-  return gIdents.GetCStr(name);
+std::string_view Name(tIdent name) {
+  return gIdents.GetString(name);
 }
 
-void TestPart(const std::string& access, const std::string& name, T3Tree_Node* constraint, T3Tree_Node* type,
+// `access` gives the part's value.
+void TestPart(std::string_view access, tIdent name, T3Tree_Node* constraint, T3Tree_Node* type,
               const CGTest& test, CFunction& function) {
   if (constraint->is<T3NotUsedSymbol>() || constraint->is<T3AnyOrOmit>()) return;
   // Parts of one template may be taken over for several parts of another.
   const CGStatementScope scope(function);
   CGTest inner = test;
-  inner.value = function.getTmpVariable(LUMO_VALUE_T);
-  inner.field += name;
-  function.assign(inner.value, access);
+  const std::string value = function.getTmpVariable(LUMO_VALUE_T);
+  const std::string field = joined({test.field, ".", Name(name)});
+  inner.value = value;
+  inner.field = field;
+  function.assign(value, access);
   GenConstraint(constraint, type, inner, function);
-  function.releaseTmpVariable(inner.value);
+  function.releaseTmpVariable(value);
 }
 
-std::string ByIndex(const std::string& value, int64_t index) {
+std::string ByIndex(std::string_view value, int64_t index) {
   return cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index), VEXA_CONTEXT});
 }
 
@@ -45,7 +48,7 @@ void TestRecord(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CF
         part.item->field->is<T3FieldName>() && type->is<T3SetType>()
             ? cg::Call(LUMO_VALUE_FIELD_BY_NAME, {test.value, Quote(field->name), VEXA_CONTEXT})
             : ByIndex(test.value, *part.place);
-    TestPart(access, "." + Name(field->name), part.item->value, RootType(field->type), test, function);
+    TestPart(access, field->name, part.item->value, RootType(field->type), test, function);
   }
 }
 
@@ -58,19 +61,19 @@ void TestSignature(T3CompoundValue* node, T3SignatureType* type, const CGTest& t
     if (!part.place || static_cast<size_t>(*part.place) >= formals.size()) continue;
     auto* formal = formals[static_cast<size_t>(*part.place)]->try_as<_T3TypedFormal>();
     if (formal == nullptr || !FieldValueIsRelevant(formal, test.mode)) continue;
-    TestPart(ByIndex(test.value, *part.place), "." + Name(formal->name), part.item->value,
-             RootType(formal->type), inner, function);
+    TestPart(ByIndex(test.value, *part.place), formal->name, part.item->value, RootType(formal->type), inner,
+             function);
   }
 }
 
 // The chosen alternative, and then what it holds.
-void TestAlternative(const std::string& what, const std::string& name, int64_t index, T3Tree_Node* constraint,
+void TestAlternative(std::string_view what, tIdent name, int64_t index, T3Tree_Node* constraint,
                      T3Tree_Node* type, const CGTest& test, CFunction& function) {
   const std::string chosen = cg::Call(LUMO_VALUE_UNION_INDEX, {test.value, VEXA_CONTEXT});
-  TestForFailure(chosen + " != " + std::to_string(index), test, what + " alternative '" + name + "' expected",
-                 LUMO_NO_VALUE_C, function);
+  TestForFailure(joined({chosen, " != ", std::to_string(index)}), test,
+                 joined({what, " alternative '", Name(name), "' expected"}), LUMO_NO_VALUE_C, function);
   function.beginElse();
-  TestPart(cg::Call(LUMO_VALUE_UNION_VALUE, {test.value, VEXA_CONTEXT}), "." + name, constraint, type, test,
+  TestPart(cg::Call(LUMO_VALUE_UNION_VALUE, {test.value, VEXA_CONTEXT}), name, constraint, type, test,
            function);
   function.endIf();
 }
@@ -81,11 +84,11 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
   if (name == nullptr) cg::NotSupported(node);
   if (type->is<T3AnyType>()) {
     T3Tree_Node* held = BehindImport(item->attr().def);
-    return TestAlternative("anytype", Name(name->name), cg::AlternativeOfAnyType(type, held), item->value,
+    return TestAlternative("anytype", name->name, cg::AlternativeOfAnyType(type, held), item->value,
                            RootType(held), test, function);
   }
   const int64_t index = GetAlternativeIndex(type, name->name, true);
-  TestAlternative("union", Name(name->name), index, item->value,
+  TestAlternative("union", name->name, index, item->value,
                   RootType(FindIndex(type, index)->as<T3FieldType>()->type), test, function);
 }
 
@@ -166,11 +169,11 @@ std::vector<std::string> ExplicifyCompoundValue(const std::vector<T3FieldValue*>
 
 void TestList(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
   const bool is_set = type->is<T3SetOfType>();
-  const std::string reason = is_set ? "set of mismatch" : "record of mismatch";
+  const std::string_view reason = is_set ? "set of mismatch" : "record of mismatch";
   const auto items = ItemsByPlace(node, type);
   if (!items) return MatchTemplate(node, test, reason, function);
   std::vector<std::string> arguments = ExplicifyCompoundValue(*items, function);
-  arguments.insert(arguments.begin(), test.value);
+  arguments.emplace(arguments.begin(), test.value);
   arguments.push_back(std::to_string(items->size()));
   arguments.emplace_back(VEXA_CONTEXT);
   TestForFailure(Negated(cg::Call(is_set ? LUMO_SETOF_MATCH : LUMO_RECORDOF_MATCH, arguments)), test, reason,

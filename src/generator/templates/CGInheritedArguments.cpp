@@ -148,7 +148,7 @@ InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::str
     if (actuals != nullptr || vector.empty()) vector = Vector(link.modified, actuals, function);
     for (_T3FormalPar* formal : FormalsOf(link.modified)) {
       before_.emplace_back(formal, HasRTSLocation(formal) ? RTSLocation(formal) : "");
-      SetRTSLocation(formal, vector + "[" + std::to_string(formal->attr().vexa_index) + "]");
+      DeclareRTSLocation(formal, vector + "[" + std::to_string(formal->attr().vexa_index) + "]");
     }
   }
 }
@@ -156,7 +156,7 @@ InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::str
 InheritedArguments::~InheritedArguments() {
   for (auto at = before_.rbegin(); at != before_.rend(); ++at) {
     ResetLocation(at->first);
-    if (!at->second.empty()) SetRTSLocation(at->first, at->second);
+    if (!at->second.empty()) DeclareRTSLocation(at->first, at->second);
   }
 }
 }  // namespace cgtemplate

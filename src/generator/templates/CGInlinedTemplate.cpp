@@ -264,7 +264,7 @@ void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
     const CGStatementScope scope(function);
     function.assign(location, Explicified(definition, true, function));
   }
-  SetRTSLocation(decl, location);
+  DeclareRTSLocation(decl, location);
 }
 
 std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t, CFunction& function) {

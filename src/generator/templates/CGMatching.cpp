@@ -111,7 +111,7 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
           : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
                  {AccessNamedEntity(decl, function), AllocationMode(mode.allocation), array,
                   std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
-  StoreRTSLocation(node, mode.is_template
+  SetRTSLocation(node, mode.is_template
                              ? instance
                              : Call(LUMO_VALUEOF, {instance, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
@@ -124,9 +124,9 @@ bool IsPlain(T3Tree_Node* definition) {
 
 void ValueOf(T3ValueOf* node, Mode mode, CFunction& function) {
   if (node->template_value->is<T3TemplateDef>() && IsPlain(node->template_value))
-    return StoreRTSLocation(node, InRTS(node->template_value, mode, function));
+    return SetRTSLocation(node, InRTS(node->template_value, mode, function));
   const std::string location = InRTS(node->template_value, CGTemplateMode(), function);
-  StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 // A value of one type is never matched by a pattern of another one.
@@ -140,13 +140,13 @@ void MatchOperation(T3Match* node, CFunction& function) {
   if (!FitsPattern(node->expression, node->template_value)) {
     vexa_warning(GetVerbosity(CGCurrentModule()),
                  "Type mismatch in match statement: will always evaluate to false", node->position);
-    return StoreCLocation(node, "false");
+    return SetCLocation(node, "false");
   }
   InRTS(node->expression, vexa_temp_alloc, function);
   const std::string value =
       OperandInOrder(Operands({node->expression, node->template_value}), 0, vexa_rts_mode, function);
   const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
-  StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
+  SetCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
 }
 }  // namespace
 
@@ -154,15 +154,15 @@ bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (!mode.is_template && (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())) {
     ReportAtRunTime(std::string("Attempt to call valueof for template ") + T3KindName(node), PositionOf(node),
                     function);
-    StoreRTSLocation(node, LUMO_ILLEGAL_VALUE_C);
+    SetRTSLocation(node, LUMO_ILLEGAL_VALUE_C);
   } else if (auto* match = node->try_as<T3Match>()) {
     MatchOperation(match, function);
   } else if (auto* value = node->try_as<T3ValueOf>()) {
     ValueOf(value, mode, function);
   } else if (node->is<T3AnyValue>()) {
-    StoreRTSLocation(node, LUMO_ANYONE_VALUE_C);
+    SetRTSLocation(node, LUMO_ANYONE_VALUE_C);
   } else if (node->is<T3AnyOrOmit>()) {
-    StoreRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
+    SetRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
   } else if (auto* list = node->try_as<T3ValueList>()) {
     ListMatch(node, list->values, mode, function);
   } else if (auto* complement = node->try_as<T3Complement>()) {
@@ -184,7 +184,7 @@ bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
     T3Tree_Node* def = Def(node);
     // A type in the list of a subtype: any of its values.
     if (T3Is<T3TypeDecl>(BehindImport(def)) && !IsAsnNullType(BehindImport(def)))
-      return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
+      return SetRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
     TemplateReference(node, def, _sgT3NoActualPar(), mode, function);
   } else {

@@ -76,17 +76,17 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
     T3Tree_Node* type = TypeOfTemplate(definition);
     const std::string result = function.declare(C_BOOL, "", C_TRUE);
     GenDefaultFormalPars(decl->fpl, function);
-    const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, "<" + Description(decl) + ">"};
+    const std::string whole = joined({"<", Description(decl), ">"});
+    const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, whole};
     if (TypeCheckNeeded(type)) {
       const std::string check = cg::Call(LUMO_TYPE_CHECK, {VEXATypeRef(type), VEXA_VALUE, VEXA_CONTEXT});
       // The other tests ask what only a value of the type can answer.
       CGTest type_test = test;
       type_test.on_fail = break_return;
-      TestForFailure(std::string(C_NOT) + "(" + check + ")", type_test, "type mismatch", LUMO_NO_VALUE_C,
-                     function);
+      TestForFailure(joined({C_NOT, "(", check, ")"}), type_test, "type mismatch", LUMO_NO_VALUE_C, function);
     }
     if (AcceptsOmit(definition->constraint)) {
-      function.beginIf(std::string(VEXA_VALUE) + " == " + LUMO_OMIT_VALUE_C);
+      function.beginIf(joined({VEXA_VALUE, " == ", LUMO_OMIT_VALUE_C}));
       function._return(C_TRUE);
       function.endIf();
     }
@@ -264,12 +264,12 @@ void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& func
 
 namespace cgtemplate {
 void CGTemplateFunctions(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  ResetLocations(definition);
+  // What stands in a behaviour may have locations of its function; each function below has its own.
+  if (decl->attr().vexa_place != kAtModuleLevel) ResetLocations(definition);
   CGMatch(decl, definition, vexa_template_plain);
   CGValueOf(decl, definition, vexa_template_plain);
   if (IsSignatureTemplate(definition)) CGSignatureTemplate(decl, definition);
   CGSizeOf(decl, definition);
   CGConstraintOf(decl, definition);
-  ResetLocations(definition);
 }
 }  // namespace cgtemplate

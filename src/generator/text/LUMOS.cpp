@@ -585,21 +585,24 @@ std::string Quote(tIdent name) {
 
 std::string EscapeEscape(const std::string& text) {
   std::string result;
-  for (const char c : text) {
-    if (c == '\\') result += c;
-    result += c;
+  size_t begin = 0;
+  for (size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at + 1)) {
+    result.append(text, begin, at - begin).append("\\");
+    begin = at;
   }
-  return result;
+  return result.append(text, begin);
 }
 
 std::string InLiteral(const std::string& source) {
   std::string text;
-  for (const char c : source) {
-    if (c == '"') text += '\\';
-    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
-    text += c;
+  size_t begin = 0;
+  for (size_t at = 0; at < source.size(); ++at) {
+    const bool makes_trigraph = source[at] == '?' && at > 0 && source[at - 1] == '?';
+    if (source[at] != '"' && !makes_trigraph) continue;
+    text.append(source, begin, at - begin).append(makes_trigraph ? "\" \"" : "\\");
+    begin = at;
   }
-  return text;
+  return text.append(source, begin);
 }
 
 std::string CStringOfLiteral(std::string_view literal) {

@@ -194,7 +194,7 @@ namespace {
 // The variable in C of a local object.
 std::string DeclareLocal(_T3InstanceValueDecl* decl, CFunction& function) {
   if (!HasRTSLocation(decl))
-    SetRTSLocation(decl, function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C));
+    DeclareRTSLocation(decl, function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C));
   return RTSLocation(decl);
 }
 
@@ -257,7 +257,7 @@ void CGComponentValue(T3Tree_Node* node, unsigned place, CFunction& function) {
   const std::string index = std::to_string(place);
   const std::string location =
       cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, VEXA_CONTEXT});
-  SetRTSLocation(decl, location);
+  DeclareRTSLocation(decl, location);
   const bool is_timer = IsTimerDeclaration(decl);
   const bool holds_template = variable != nullptr && variable->is_template_variable;
   const CGStatementScope scope(function);
