@@ -389,8 +389,9 @@ class T3Tree {
   T3TreeSettings settings_;
 };
 
-/// The place of the tree of the run. It is there before any code runs, so that units may bind references to it and
-/// make nodes in whatever order they are initialized, and is never destroyed, since globals of other units hold nodes.
+/// The place of the tree of the run. It is there before any code runs, so that units may bind references to
+/// it and make nodes in whatever order they are initialized, and is never destroyed, since globals of other
+/// units hold nodes.
 union T3TreeOfRun {
   constexpr T3TreeOfRun() : tree() {}
   ~T3TreeOfRun() {}
