@@ -17,7 +17,8 @@ struct SpareTexts {
   std::array<SpareText, 16> texts;
   size_t count = 0;
 };
-SpareTexts g_spare;
+// Never destroyed: sections may end after it.
+SpareTexts& g_spare = *new SpareTexts;
 }  // namespace
 
 CSection::CSection() {
