@@ -82,7 +82,7 @@ T3NodeSet ChangedFormals(T3Tree_Node* body) {
         T3Tree_Node* actual = at->expression;
         note(actual->is<T3TemplateDef>() ? actual->as<T3TemplateDef>()->constraint : actual);
       }
-    return true;
+    return !node->is<_T3Type>() && !node->is<_T3LiteralExpression>();
   });
   return changed;
 }

@@ -8,6 +8,7 @@
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
+#include "analysis/walk/T3Subtree.h"
 #include "driver/diagnostics/T3Error.h"
 #include "generator/behaviour/CGAlternatives.h"
 #include "generator/expressions/CGCalls.h"
@@ -117,9 +118,10 @@ void AddEmptyStatementLabel(std::string_view label, CFunction& function) {
 // one each time.
 bool HasOneText(T3Tree_Node* condition) {
   bool has = true;
-  gT3AST.TraverseT3TreeTD(condition, [&has](T3Tree_Node* node) {
+  ForEachInSubtree(condition, [&has](T3Tree_Node* node) {
     has = has && !node->is<T3Parameterization>() && !node->is<T3Match>() && !node->is<T3ValueOf>() &&
           !node->is<T3TemplateDef>();
+    return has;
   });
   return has;
 }
@@ -127,13 +129,14 @@ bool HasOneText(T3Tree_Node* condition) {
 // True for what makes values when it is evaluated, which then live as long as the memory scope around.
 bool MakesValues(T3Tree_Node* root) {
   bool makes = false;
-  gT3AST.TraverseT3TreeTD(root, [&makes](T3Tree_Node* node) {
-    if (!node->is<_T3Expression>() || node->is<T3Identifier>() || node->is<T3Qualifier>()) return;
+  ForEachInSubtree(root, [&makes](T3Tree_Node* node) {
+    if (!node->is<_T3Expression>() || node->is<T3Identifier>() || node->is<T3Qualifier>()) return !makes;
     const bool compares = node->is<T3Equal>() || node->is<T3NotEqual>();
     const bool is_literal =
         node->is<T3IntLiteral>() || node->is<T3FloatLiteral>() || node->is<T3BooleanLiteral>();
     const bool is_arithmetic = node->is<_T3BinaryExpression>() || node->is<_T3UnaryExpression>();
     makes = makes || !(is_literal || (is_arithmetic && !compares && NaturalMode(node) == vexa_c_mode));
+    return !makes;
   });
   return makes;
 }
@@ -143,6 +146,7 @@ bool MakesValues(T3Tree_Node* root) {
 // the evaluations make, and the step of `for`, is given back each time.
 struct Rounds {
   std::string condition;
+  bool has_one_text = true;
   std::string scope;
 };
 
@@ -167,7 +171,8 @@ Rounds BeginRounds(T3Tree_Node* condition, bool makes_values, CFunction& functio
   Rounds rounds;
   rounds.scope = BeginRoundScope(makes_values, function);
   rounds.condition = Condition(condition, function);
-  if (!HasOneText(condition)) {
+  rounds.has_one_text = HasOneText(condition);
+  if (!rounds.has_one_text) {
     const std::string holds = function.getTmpVariable(C_BOOL);
     function.assign(holds, rounds.condition);
     rounds.condition = holds;
@@ -179,12 +184,12 @@ Rounds BeginRounds(T3Tree_Node* condition, bool makes_values, CFunction& functio
 void EndRounds(T3Tree_Node* condition, const Rounds& rounds, CFunction& function) {
   ClearRoundScope(rounds.scope, function);
   const std::string_view again = Condition(condition, function);
-  if (!HasOneText(condition))
+  if (!rounds.has_one_text)
     function.assign(rounds.condition, again);
   else if (again != rounds.condition)
     internal_error_ast("CGStatement", __LINE__, "EndRounds", condition);
   function.endWhile();
-  if (!HasOneText(condition)) function.releaseTmpVariable(rounds.condition);
+  if (!rounds.has_one_text) function.releaseTmpVariable(rounds.condition);
 }
 
 void CGWhile(T3WhileStmt* loop, CFunction& function) {
@@ -641,7 +646,7 @@ void GenSourceLocation(T3Tree_Node* statement, CFunction& function) {
 void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
   const tPosition* end = EndOf(statement);
   if (end == nullptr || *end == NoPosition) return;
-  CGCommentPlace(function, *end, T3KindName(statement) + std::string(" marks end of scope"));
+  CGCommentPlace(function, *end, joined({T3KindName(statement), " marks end of scope"}));
   CGSetSourceLine(function, *end);
 }
 

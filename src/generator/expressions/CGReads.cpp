@@ -73,7 +73,7 @@ std::vector<T3Tree_Node*> WrittenBy(T3Tree_Node* node) {
 }
 
 // By the number of a node: whether evaluating it may change something, or is at least told of in a report.
-enum class Effect : uint8_t { Unknown, None, Told, Some };
+enum class Effect : uint8_t { None, Told, Some };
 NumberMap<Effect>& g_effects = *new NumberMap<Effect>;
 NumberMap<bool>& g_told = *new NumberMap<bool>;  // by the number of a behaviour
 const ModuleCache kCache{[] {
@@ -85,11 +85,11 @@ Effect& EffectOf(T3Tree_Node* node) {
   return g_effects[node->number];
 }
 
-// So has all that it is a part of, up to the root.
+// What a node has an effect of, all has that it is a part of, up to the root.
 void HasEffect(Effect effect, T3Tree_Node* node, T3Tree_Node* root) {
-  for (T3Tree_Node* at = node; at != nullptr; at = at == root ? nullptr : at->parent) {
-    if (EffectOf(at) >= effect) return;
-    EffectOf(at) = effect;
+  for (T3Tree_Node* at = node; effect != Effect::None; at = at->parent) {
+    EffectOf(at) = std::max(effect, EffectOf(at));
+    if (at == root || at->parent == nullptr) return;
   }
 }
 
@@ -110,21 +110,19 @@ bool IsTold(_T3FunctionDecl* behaviour, int depth = 0) {
 }
 
 Effect OwnEffect(T3Tree_Node* node) {
+  if (!node->is<T3Parameterization>() && !node->is<T3DecValue>()) return Effect::None;
   if (!WrittenBy(node).empty()) return Effect::Some;
   return IsTold(CalledBehaviour(node)) ? Effect::Told : Effect::None;
 }
 
 // Of an expression with all its parts.
 Effect WholeEffect(T3Tree_Node* expression) {
-  if (EffectOf(expression) == Effect::Unknown) {
-    ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
-      const Effect known = EffectOf(node);
-      const Effect effect = known == Effect::Unknown ? OwnEffect(node) : known;
-      EffectOf(node) = Effect::None;
-      HasEffect(effect, node, expression);
-      return known == Effect::Unknown;
-    });
-  }
+  if (const Effect* known = g_effects.Find(expression->number)) return *known;
+  ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
+    const auto [known, is_new] = g_effects.TryEmplace(node->number, Effect::None);
+    HasEffect(is_new ? OwnEffect(node) : *known, node, expression);
+    return is_new;
+  });
   return EffectOf(expression);
 }
 
@@ -157,10 +155,11 @@ bool Reads(T3Tree_Node* expression, T3Tree_Node* target) {
   if (variable == nullptr) return true;
   const bool is_shared = IsShared(variable);
   bool reads = false;
-  gT3AST.TraverseT3TreeTD(expression, [&](T3Tree_Node* node) {
-    if (reads) return;
+  ForEachInSubtree(expression, [&](T3Tree_Node* node) {
+    if (reads) return false;
     T3Tree_Node* def = node->is<T3Identifier>() ? Def(node) : nullptr;
     reads = (def != nullptr && IsSame(def, variable)) || (is_shared && MayUseMembers(node));
+    return !reads;
   });
   return reads;
 }

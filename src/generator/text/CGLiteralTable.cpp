@@ -68,9 +68,9 @@ void ResetLiteralTable() {
 }
 
 bool FindNameOfLiteral(T3Tree_Node* literal, std::string* text) {
-  const std::string& name = Names()[literal->number];
-  if (!name.empty()) *text = name;
-  return !name.empty();
+  const std::string* name = Names().Find(literal->number);
+  if (name != nullptr) *text = *name;
+  return name != nullptr;
 }
 
 void SetNameOfLiteral(T3Tree_Node* literal, const std::string& text) {

@@ -107,14 +107,15 @@ struct {
 } g_last_template;
 const ModuleCache last_template([] { g_last_template.decl = nullptr; });
 
-std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, std::string_view behind) {
+std::string OfTemplate(int line, const char* function, T3Tree_Node* decl, std::string_view mode,
+                       std::string_view behind) {
   if (!decl->is<T3TemplateDecl>()) WrongNode(line, function, decl);
   auto& [last, name] = g_last_template;
   if (decl != last) name = joined({NameOf(decl), PositionSuffix(decl->as<T3TemplateDecl>()->position)});
   last = decl;
-  return joined({"vexa_", name, behind});
+  return joined({"vexa_", name, mode, behind});
 }
-#define OF_TEMPLATE(decl, behind) OfTemplate(__LINE__, __func__, decl, behind)
+#define OF_TEMPLATE(decl, mode, behind) OfTemplate(__LINE__, __func__, decl, mode, behind)
 
 const char* ModeWord(vexa_template_mode_t mode) {
   switch (mode) {
@@ -322,7 +323,7 @@ std::string VEXACheckName(T3Tree_Node* decl) {
 }
 
 std::string VEXAConstraintOfName(T3Tree_Node* decl) {
-  if (decl->is<T3TemplateDecl>()) return OF_TEMPLATE(decl, "_constraintof");
+  if (decl->is<T3TemplateDecl>()) return OF_TEMPLATE(decl, "", "_constraintof");
   if (decl->is<T3TypeDecl>() && IsAssigned(decl->as<T3TypeDecl>()->cold().constraintof_func_name))
     return decl->as<T3TypeDecl>()->cold().constraintof_func_name;
   return OF_TYPE(decl, "_constraintof");
@@ -467,27 +468,27 @@ std::string VEXATemplateRef(T3Tree_Node* decl) {
 }
 
 std::string VEXASizeOfName(T3Tree_Node* decl) {
-  return OF_TEMPLATE(decl, "_sizeof");
+  return OF_TEMPLATE(decl, "", "_sizeof");
 }
 
 std::string VEXAMatchName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_match"});
+  return OF_TEMPLATE(decl, ModeWord(mode), "_match");
 }
 
 std::string VEXAValueOfName(T3Tree_Node* decl, vexa_template_mode_t mode) {
-  return joined({OF_TEMPLATE(decl, ModeWord(mode)), "_valueof"});
+  return OF_TEMPLATE(decl, ModeWord(mode), "_valueof");
 }
 
 std::string VEXATemplateFieldInfoName(T3Tree_Node* decl) {
-  return OF_TEMPLATE(decl, "_field_info");
+  return OF_TEMPLATE(decl, "", "_field_info");
 }
 
 std::string VEXATemplateTypeInfoStructName(T3Tree_Node* decl) {
-  return OF_TEMPLATE(decl, "_type_info_struct");
+  return OF_TEMPLATE(decl, "", "_type_info_struct");
 }
 
 std::string VEXATemplateInfoName(T3Tree_Node* decl) {
-  return OF_TEMPLATE(decl, "_template_info");
+  return OF_TEMPLATE(decl, "", "_template_info");
 }
 
 std::string VEXAFunctionName(T3Tree_Node* decl) {

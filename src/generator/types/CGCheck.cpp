@@ -43,23 +43,18 @@ void SubTypeFunction(const char* result, const std::string& name, const std::vec
 
 void CGCheck(T3Tree_Node* decl) {
   auto* subtype = decl->as<T3TypeDecl>()->type->as<T3SubType>();
-  SubTypeFunction(C_BOOL, VEXACheckName(decl),
-                  {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, VEXA_VALUE),
-                   FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
+  static const auto& parameters =
+      *new std::vector<std::string>{FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, VEXA_VALUE),
+                                    FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)};
+  SubTypeFunction(C_BOOL, VEXACheckName(decl), parameters,
                   [&](CFunction& function) { CheckBody(decl, subtype, function); });
 }
 
 void CGConstraintOf(T3Tree_Node* decl) {
   auto* subtype = decl->as<T3TypeDecl>()->type->as<T3SubType>();
-  SubTypeFunction(
-      LUMO_VALUE_T, VEXAConstraintOfName(decl),
-      {FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
-       FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)},
-      [&](CFunction& function) { GenConstraintOf(subtype->constraint, decl, function); });
-}
-
-void ResetSubTypeConstraintLocations(T3Tree_Node* decl) {
-  gT3AST.TraverseT3TreeTD(decl->as<T3TypeDecl>()->type->as<T3SubType>()->constraint, [](T3Tree_Node* node) {
-    if (node->is<_T3Expression>()) ResetLocation(node);
-  });
+  static const auto& parameters = *new std::vector<std::string>{
+      FormalPar(LUMO_TYPE_T, VEXA_TYPE), FormalPar(LUMO_VALUE_T, std::string(VEXA_ARGV) + "[]"),
+      FormalPar(LUMO_ALLOC_STRATEGY_T, VEXA_ALLOC_STRATEGY), FormalPar(LUMO_CONTEXT_T, VEXA_CONTEXT)};
+  SubTypeFunction(LUMO_VALUE_T, VEXAConstraintOfName(decl), parameters,
+                  [&](CFunction& function) { GenConstraintOf(subtype->constraint, decl, function); });
 }

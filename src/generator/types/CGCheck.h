@@ -7,5 +7,3 @@
 void CGCheck(T3Tree_Node* decl);
 /// The same for the constraint-of function.
 void CGConstraintOf(T3Tree_Node* decl);
-/// Forgets where the expressions of a subtype's constraint lie, so that another walk allocates them afresh.
-void ResetSubTypeConstraintLocations(T3Tree_Node* decl);

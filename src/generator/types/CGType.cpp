@@ -17,12 +17,9 @@
 #include "frontend/T3KindCover.h"
 
 namespace {
-// Both walk the constraint, and each must allocate its expressions afresh.
 void GenConstraintFunctions(T3TypeDecl* decl, CGTypeInfo& info) {
-  ResetSubTypeConstraintLocations(decl);
   CGCheck(decl);
   info.check_function = CGFunctionPointer(VEXACheckName(decl));
-  ResetSubTypeConstraintLocations(decl);
   CGConstraintOf(decl);
   info.constraintof_function = CGFunctionPointer(VEXAConstraintOfName(decl));
 }
