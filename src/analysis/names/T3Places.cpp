@@ -272,7 +272,10 @@ void PlaceWalk::Drain() {
       stack_.pop_back();
       PrefetchNodesBehind(step.node, kAhead);
       step.node->place = step.place;
-      Visit(step.node, step.place);
+      if (step.node->is<_T3Expression>())
+        PushChildren(step.node, step.place);
+      else
+        Visit(step.node, step.place);
     }
     if (decls_.empty()) return;
     PushNextModuleDecl();
