@@ -20,11 +20,11 @@ void CArray::addElement(std::string_view text) {
   section_.add(beginElement(), text);
 }
 
-void CArray::addRow(CWords columns) {
+void CArray::addRow(const CMeasuredWords& columns) {
   section_.add(beginElement(), "{ ", CList(columns, ", "), " }");
 }
 
-void CArray::addLevel(CWords elements) {
+void CArray::addLevel(const CMeasuredWords& elements) {
   const std::string_view begin = beginElement();
   const std::string_view end = line();
   indentation_ += 2;

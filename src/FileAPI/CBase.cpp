@@ -1,6 +1,6 @@
 #include "FileAPI/CBase.h"
 
-std::string joined(CWords words) {
+std::string joined(const CMeasuredWords& words) {
   return TextOf(CList(words, ""));
 }
 

@@ -53,10 +53,8 @@ class CFile::Output {
   void write(const CTextBlocks& text) {
     text.forEachBlock([this](std::string_view block) { write(block); });
   }
-  void write(CSection& section) {
-    const unsigned lines = counts_lines_ ? section.lineCount() : 0;
-    section.writeTo(stream());
-    lines_ += lines;
+  void write(const CSection& section) {
+    section.forEachPiece([this](std::string_view piece) { write(piece); });
   }
   void flush() {
     for (const auto& file : files_) {
@@ -102,6 +100,10 @@ CFile::CFile(const std::string& directory, const std::string& headerName, const 
 
 CFile::~CFile() = default;
 
+void CFile::add(Where where, const CMeasuredWords& parts) {
+  positions_[where].text.add(CList(parts, ""));
+}
+
 void CFile::newline(Where where, unsigned count) {
   add(where, std::string(count, '\n'));
 }
@@ -128,7 +130,8 @@ void CFile::add(Where where, CSection&& first, CSection&& second) {
   addSection(where, std::move(second), true);
 }
 
-void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic,
+                         const CMeasuredWords& members) {
   const std::string_view storage = isStatic ? "static " : "";
   positions_[isStatic ? SourceStructureDecls : HeaderStructures].text.add(isStatic ? storage : "extern ",
                                                                           type, " ", name, ";\n");
@@ -243,23 +246,23 @@ void CFile::writeSource(Output& output) {
 }
 
 void CFile::flushPosition(Output& output, size_t where, bool splitAllowed) {
-  Position& position = positions_[where];
+  const Position& position = positions_[where];
   if (!position.text.empty()) {
     if (splitAllowed && lineLimit_ != kNoLineLimit) splitIfFull(output, position.text.lineCount());
     output.write(position.text);
   }
-  for (Body& body : position.bodies) flushBody(output, body, splitAllowed);
+  for (const Body& body : position.bodies) flushBody(output, body, splitAllowed);
   if (!position.text.empty() || !position.bodies.empty()) output.write("\n");
 }
 
-void CFile::flushBody(Output& output, Body& body, bool splitAllowed) {
+void CFile::flushBody(Output& output, const Body& body, bool splitAllowed) {
   output.write(body.text);
   if (splitAllowed && lineLimit_ != kNoLineLimit) {
     unsigned pending = 0;
     for (const CSection& section : body.sections) pending += section.lineCount();
     splitIfFull(output, pending);
   }
-  for (CSection& section : body.sections) output.write(section);
+  for (const CSection& section : body.sections) output.write(section);
 }
 
 void CFile::splitIfFull(Output& output, unsigned pending) {

@@ -78,10 +78,12 @@ class CFile {
   std::string uniqueLabel() { return uniqueName("_l"); }
 
   void add(Where where, std::string_view text) { positions_[where].text.add(text); }
-  void add(Where where, CWords parts) { positions_[where].text.add(parts); }
+  void add(Where where, CWords parts) { add(where, CMeasuredWords(parts)); }
   void newline(Where where, unsigned count = 1);
   /// A structure of which all is known: its declaration ahead, and the initializer, a member on a line.
-  void addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members);
+  void addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+    addStructure(type, name, isStatic, CMeasuredWords(members));
+  }
   /// Takes over what a builder has written; the sections of one call stay together in a split file.
   void add(Where where, CSection&& section);
   void add(Where where, CSection&& first, CSection&& second);
@@ -119,6 +121,9 @@ class CFile {
     std::vector<Body> bodies;
   };
 
+  void add(Where where, const CMeasuredWords& parts);
+  void addStructure(std::string_view type, std::string_view name, bool isStatic,
+                    const CMeasuredWords& members);
   void writeHead(Output& output);
   void writeHeader(Output& output);
   void writeSource(Output& output);
@@ -127,7 +132,7 @@ class CFile {
   CTextBlocks& bodyText(Where where);
   void addSection(Where where, CSection&& section, bool together);
   void flushPosition(Output& output, size_t where, bool splitAllowed);
-  void flushBody(Output& output, Body& body, bool splitAllowed);
+  void flushBody(Output& output, const Body& body, bool splitAllowed);
   void splitIfFull(Output& output, unsigned pending);
   std::string splitName() const;
   std::string path(const std::string& name) const;

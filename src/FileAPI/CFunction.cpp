@@ -66,7 +66,7 @@ void CFunction::addLine(std::string_view text) {
   body_.add(line(), text);
 }
 
-void CFunction::addLine(CWords parts) {
+void CFunction::addLine(const CMeasuredWords& parts) {
   body_.add(line(), CList(parts, ""));
 }
 
@@ -82,7 +82,7 @@ void CFunction::call(std::string_view name, const std::vector<std::string>& argu
   body_.add(line(), name, "(", CList(arguments, ", "), ");");
 }
 
-void CFunction::call(std::string_view name, CWords arguments) {
+void CFunction::addCall(std::string_view name, const CMeasuredWords& arguments) {
   body_.add(line(), name, "(", CList(arguments, ", "), ");");
 }
 
@@ -91,7 +91,8 @@ void CFunction::callAndAssign(std::string_view lhs, std::string_view name,
   body_.add(line(), lhs, " = ", name, "(", CList(arguments, ", "), ");");
 }
 
-void CFunction::callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
+void CFunction::addCallAndAssign(std::string_view lhs, std::string_view name,
+                                 const CMeasuredWords& arguments) {
   body_.add(line(), lhs, " = ", name, "(", CList(arguments, ", "), ");");
 }
 
@@ -180,7 +181,7 @@ void CFunction::endIfPP() {
   preprocessor("#endif", "");
 }
 
-void CFunction::addComment(CWords parts) {
+void CFunction::addComment(const CMeasuredWords& parts) {
   body_.add(line(), "/* ", CList(parts, ""), " */");
 }
 

@@ -41,9 +41,11 @@ class CFunction : public CBase {
   /// Nothing where both are the same variable.
   void assign(std::string_view lhs, std::string_view rhs);
   void call(std::string_view name, const std::vector<std::string>& arguments);
-  void call(std::string_view name, CWords arguments);
+  void call(std::string_view name, CWords arguments) { addCall(name, CMeasuredWords(arguments)); }
   void callAndAssign(std::string_view lhs, std::string_view name, const std::vector<std::string>& arguments);
-  void callAndAssign(std::string_view lhs, std::string_view name, CWords arguments);
+  void callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
+    addCallAndAssign(lhs, name, CMeasuredWords(arguments));
+  }
   void _return(std::string_view value);
 
   void beginSwitch(std::string_view expr);
@@ -75,12 +77,12 @@ class CFunction : public CBase {
   void endIfPP();
 
   void addComment(std::string_view text) { addComment({text}); }
-  void addComment(CWords parts);
+  void addComment(CWords parts) { addComment(CMeasuredWords(parts)); }
   /// The text as it is, without a new line before it.
   void addText(std::string_view text) { body_.add(text); }
   /// The text as a line of its own at the current indentation.
   void addLine(std::string_view text);
-  void addLine(CWords parts);
+  void addLine(CWords parts) { addLine(CMeasuredWords(parts)); }
   std::string getNewLabel();
   void addGoto(std::string_view label);
   void addLabel(std::string_view label);
@@ -103,6 +105,10 @@ class CFunction : public CBase {
     body_.add(line(), pieces...);
     indentation_ += 2;
   }
+  void addCall(std::string_view name, const CMeasuredWords& arguments);
+  void addCallAndAssign(std::string_view lhs, std::string_view name, const CMeasuredWords& arguments);
+  void addLine(const CMeasuredWords& parts);
+  void addComment(const CMeasuredWords& parts);
   void preprocessor(std::string_view word, std::string_view name);
 
   bool exported_;

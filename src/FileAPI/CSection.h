@@ -1,16 +1,13 @@
-// One growing piece of generated text. A short one stays in memory; a long one moves to a spill file in the
-// current directory, which is removed with the section.
+// One growing piece of generated text. A short one stays in memory; a long one moves to the spill file.
 #pragma once
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "FileAPI/CSpillFile.h"
 #include "FileAPI/CWords.h"
-
-/// Removes a file; a failure is told on standard error and otherwise passed over.
-void RemoveGeneratedFile(const std::string& path);
 
 /// A section is handed over by moving; the one that it was taken from holds nothing any more.
 class CSection {
@@ -37,21 +34,23 @@ class CSection {
   }
   void add(CWords words) { add(CList(words, "")); }
 
-  /// Closes the spill file; nothing can be added any more. Throws when not everything could be written.
+  /// Nothing can be added any more. Throws when not everything could be written.
   void end();
-  /// Writes the whole text to `stream`. Throws when it cannot be read or written. Ends the section.
-  void writeTo(FILE* stream);
-
   bool ended() const { return ended_; }
-  bool spilled() const { return spill_ != nullptr; }
+  bool spilled() const { return file_ != nullptr; }
   unsigned lineCount() const;
   /// The whole text, unless the section has spilled.
   std::string_view text() const { return {text_.get(), size_}; }
+  /// Hands the whole text of an ended section over, piece by piece. Throws when it cannot be read.
+  template <class Take>
+  void forEachPiece(const Take& take) const {
+    for (const CSpillFile::Extent& extent : spilled_) file_->read(extent, take);
+    take(text());
+  }
 
  private:
   static constexpr size_t _limit = 10240;
   static constexpr size_t _reserve_limit = 256;
-  class Spill;
 
   [[noreturn]] static void failEnded(const std::string& text);
   /// Room for so many characters more, in memory; what is there is spilled where both go beyond the limit.
@@ -66,5 +65,6 @@ class CSection {
   size_t room_ = 0;
   size_t capacity_ = 0;
   bool ended_ = false;
-  std::unique_ptr<Spill> spill_;
+  std::shared_ptr<CSpillFile> file_;
+  std::vector<CSpillFile::Extent> spilled_;
 };

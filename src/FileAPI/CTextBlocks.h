@@ -17,7 +17,6 @@ class CTextBlocks {
   [[gnu::always_inline]] void add(const Pieces&... pieces) {
     CopyPieces(take(SizeOfPieces(pieces...)), pieces...);
   }
-  void add(CWords words) { add(CList(words, "")); }
   /// Room for a piece of so many characters, which the caller fills.
   char* take(size_t size) {
     if (size > static_cast<size_t>(end_ - at_)) takeBlock(size);

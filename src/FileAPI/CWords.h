@@ -12,6 +12,23 @@
 /// Words of C that are only looked at: a list of texts of any kind.
 using CWords = std::initializer_list<std::string_view>;
 
+/// Words with the size of all of them, counted where they are said: there the sizes of most are known when
+/// the compiler is built.
+class CMeasuredWords {
+ public:
+  [[gnu::always_inline]] explicit CMeasuredWords(CWords words) : words_(words) {
+    for (const std::string_view word : words) text_size_ += word.size();
+  }
+  const std::string_view* begin() const { return words_.begin(); }
+  const std::string_view* end() const { return words_.end(); }
+  size_t size() const { return words_.size(); }
+  size_t textSize() const { return text_size_; }
+
+ private:
+  CWords words_;
+  size_t text_size_ = 0;
+};
+
 /// Copies a text by two moves that may overlap. Returns the place behind it.
 template <size_t kPiece>
 char* CopyEnds(char* to, std::string_view text) {
@@ -29,7 +46,10 @@ inline char* CopyWord(char* to, std::string_view text) {
   const size_t size = text.size();
   if (size >= 16) {
     if (size <= 32) return CopyEnds<16>(to, text);
-    if (size <= 64) return CopyEnds<32>(to, text);
+    if (size <= 64) {
+      CopyEnds<16>(to, text.substr(0, 32));
+      return CopyEnds<16>(to + size - 32, text.substr(size - 32));
+    }
     std::memcpy(to, text.data(), size);
     return to + size;
   }
@@ -50,6 +70,16 @@ struct CList {
 template <class Words, class Separator>
 CList(const Words&, const Separator&) -> CList<Words, Separator>;
 
+template <class Words>
+[[gnu::always_inline]] inline size_t SizeOfWords(const Words& words) {
+  size_t size = 0;
+  for (const std::string_view word : words) size += word.size();
+  return size;
+}
+inline size_t SizeOfWords(const CMeasuredWords& words) {
+  return words.textSize();
+}
+
 inline size_t PieceSize(std::string_view word) {
   return word.size();
 }
@@ -60,9 +90,7 @@ constexpr size_t PieceSize(const char (&)[kSize]) {
 template <class Words, class Separator>
 [[gnu::always_inline]] inline size_t PieceSize(const CList<Words, Separator>& list) {
   const size_t count = list.words.size();
-  size_t size = count > 1 ? PieceSize(list.separator) * (count - 1) : 0;
-  for (const std::string_view word : list.words) size += word.size();
-  return size;
+  return (count > 1 ? PieceSize(list.separator) * (count - 1) : 0) + SizeOfWords(list.words);
 }
 
 // Each copies a piece to memory that has room for it, and returns the place behind it.
@@ -105,7 +133,10 @@ std::string TextOf(const Pieces&... pieces) {
 }
 
 /// The texts one behind the other.
-std::string joined(CWords pieces);
+std::string joined(const CMeasuredWords& words);
+inline std::string joined(CWords words) {
+  return joined(CMeasuredWords(words));
+}
 
 /// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
 template <class Words>
@@ -114,5 +145,5 @@ std::string getSignature(std::string_view returnType, std::string_view name, con
   return TextOf(returnType, blank, name, "(", CList(parameters, ", "), ")");
 }
 inline std::string getSignature(std::string_view returnType, std::string_view name, CWords parameters) {
-  return getSignature<CWords>(returnType, name, parameters);
+  return getSignature(returnType, name, CMeasuredWords(parameters));
 }

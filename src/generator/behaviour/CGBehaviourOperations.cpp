@@ -23,15 +23,15 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
   T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
   CGInstantiateOutOmittedParameters(call->apl, formals, array, function);
-  const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
-                                                                  : InC(node->timeout, function);
+  const std::string_view timeout =
+      node->timeout->is<T3NoExpression>() ? LUMO_DURATION_FOREVER_C : InC(node->timeout, function);
   SetRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
-                              {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
-                               std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
+                            {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
+                             std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
 }
 
 void GenerateCreate(T3Create* node, Mode mode, CFunction& function) {
-  const std::string name = InRTS(node->name, vexa_temp_alloc, function);
+  const std::string_view name = InRTS(node->name, vexa_temp_alloc, function);
   const std::string instance =
       Call(LUMO_TYPE_INSTANTIATE_VALUE,
            {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(mode.allocation), VEXA_CONTEXT});

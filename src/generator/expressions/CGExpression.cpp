@@ -121,9 +121,9 @@ const char* PassedToTemplate(T3Tree_Node* node) {
 // What stands in the place of a part of a template that is modified.
 void Modification(T3TemplateDef* definition, CGMode mode, CFunction& function) {
   const std::string made = cg::TemplateInPlace(definition, vexa_template_plain, function);
-  SetRTSLocation(definition, mode.is_template
-                           ? made
-                           : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(definition, mode.is_template ? made
+                                              : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation),
+                                                                        VEXA_CONTEXT}));
 }
 
 void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
@@ -198,21 +198,21 @@ std::string Call(std::string_view function, CWords arguments) {
   return getSignature("", function, arguments);
 }
 
-std::string InC(T3Tree_Node* node, CFunction& function) {
+std::string_view InC(T3Tree_Node* node, CFunction& function) {
   CGExpression(node, vexa_c_mode, vexa_temp_alloc, function);
   return ShortLocation(node, vexa_c_mode, function);
 }
 
-std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
+std::string_view InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
   CGExpression(node, vexa_rts_mode, mode, function);
   return ShortLocation(node, vexa_rts_mode, function);
 }
 
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
-                          Variables* variables) {
+std::string_view ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
+                               Variables* variables) {
   constexpr size_t kLong = 500;
   const bool is_c = form == vexa_c_mode;
-  std::string text = is_c ? CLocation(node) : RTSLocation(node);
+  const std::string_view text = is_c ? CLocation(node) : RTSLocation(node);
   const char* type = text.size() <= kLong ? nullptr : is_c ? CVariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;
   Variables own;
@@ -220,7 +220,7 @@ std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunct
   if (name.empty()) name = Temporary(type, function);
   function.assign(name, text);
   is_c ? SetCLocation(node, name) : SetRTSLocation(node, name);
-  return name;
+  return is_c ? CLocation(node) : RTSLocation(node);
 }
 
 std::string Temporary(std::string_view type, CFunction& function) {
@@ -238,9 +238,9 @@ t3_template_restriction_t RestrictionOfResult(T3Tree_Node* node) {
 }  // namespace
 
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
-  if (HasRTSLocation(node)) return RTSLocation(node);
+  if (HasRTSLocation(node)) return std::string(RTSLocation(node));
   std::string name = Temporary(LUMO_VALUE_T, function);
-  const std::string type = VEXATypeRef(ExpressionLocalType(node));
+  const std::string_view type = VEXATypeRef(ExpressionLocalType(node));
   const char* allocation = AllocationMode(mode.allocation);
   if (mode.is_template)
     function.callAndAssign(
@@ -252,21 +252,21 @@ std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) 
   return name;
 }
 
-std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
-                           CFunction& function) {
+std::string_view OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
+                                CFunction& function) {
   T3Tree_Node* operand = operands.All()[at];
   const bool is_c = form == vexa_c_mode;
-  const std::string location = is_c ? CLocation(operand) : RTSLocation(operand);
+  const std::string_view location = is_c ? CLocation(operand) : RTSLocation(operand);
   const char* type = is_c ? CVariableType(TypeOf(operand)) : LUMO_VALUE_T;
   const bool changes = type != nullptr && operands.MayChange(at, false, function);
   if (type == nullptr || (!changes && !operands.MayFaultLate(at, location))) return location;
   const std::string kept = !is_c && changes ? Kept(location, function) : Temporary(type, function);
   if (is_c || !changes) function.assign(kept, location);
   is_c ? SetCLocation(operand, kept) : SetRTSLocation(operand, kept);
-  return kept;
+  return is_c ? CLocation(operand) : RTSLocation(operand);
 }
 
-std::string Kept(const std::string& location, CFunction& function) {
+std::string Kept(std::string_view location, CFunction& function) {
   const std::string kept = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(kept, LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   return kept;
@@ -276,12 +276,12 @@ T3Tree_Node* TypeOf(T3Tree_Node* expression) {
   return GetAddressBaseType(ExpressionBaseType(expression));
 }
 
-std::string CastToUnsignedLong(const std::string& text) {
-  return "((" + std::string(C_UNSIGNED_LONG) + ") " + text + ")";
+std::string CastToUnsignedLong(std::string_view text) {
+  return joined({"((", C_UNSIGNED_LONG, ") ", text, ")"});
 }
 
-std::string CastToLongLong(const std::string& text) {
-  return "((" + std::string(LUMO_LONG_INTEGER_T) + ") " + text + ")";
+std::string CastToLongLong(std::string_view text) {
+  return joined({"((", LUMO_LONG_INTEGER_T, ") ", text, ")"});
 }
 
 void NotSupported(T3Tree_Node* node) {
@@ -289,7 +289,7 @@ void NotSupported(T3Tree_Node* node) {
                       std::string("CGExpression currently does not support ") + T3KindName(node)};
 }
 
-void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function) {
+void ReportAtRunTime(std::string_view text, const tPosition& position, CFunction& function) {
   const std::string wide = function.getTmpVariable(LUMO_WIDE_STRING_T);
   function.callAndAssign(wide, LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
                          {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
@@ -298,7 +298,7 @@ void ReportAtRunTime(const std::string& text, const tPosition& position, CFuncti
   function.releaseTmpVariable(wide);
 }
 
-void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
+void SetFromC(T3Tree_Node* node, std::string_view target, CFunction& function) {
   const char* word = IsInfinityExpression(node) ? LUMO_VALUE_SET_REAL : C2RTSFunction(TypeOf(node));
   if (word == nullptr) NotSupported(node);
   function.call(word, {target, CLocation(node), VEXA_CONTEXT});
@@ -335,14 +335,15 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, C
   if (natural == form) return Generate(node, mode, function);
   CGExpression(node, natural, mode, function);
   if (wants_c) {
-    SetCLocation(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+    SetCLocation(node,
+                 cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
     const std::string target = cg::AllocateRTSValue(node, mode, function);
     cg::SetFromC(node, target, function);
   }
 }
 
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+void CGAssign(std::string_view target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
               CGMode mode) {
   if (rhs == nullptr || rhs->is<T3NotUsedSymbol>()) return;
   auto* definition = rhs->try_as<T3TemplateDef>();

@@ -19,7 +19,7 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, C
 
 /// Assigns an expression to the run-time value that `target` means. `log_modification`: the tools are told.
 /// `mode`: that of a template where the target is one.
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+void CGAssign(std::string_view target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
               CGMode mode = vexa_temp_alloc);
 
 /// The form in which the value of an expression is natural.

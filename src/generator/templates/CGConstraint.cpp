@@ -83,7 +83,7 @@ void TestComplement(T3Complement* node, T3Tree_Node* type, const CGTest& test, C
 }
 
 void TestEqual(T3Tree_Node* node, const CGTest& test, CFunction& function) {
-  const std::string expected = cg::InRTS(node, vexa_temp_alloc, function);
+  const std::string_view expected = cg::InRTS(node, vexa_temp_alloc, function);
   TestForFailure(Negated(cg::Call(LUMO_IS_EQUAL, {expected, test.value, VEXA_CONTEXT})), test,
                  "value mismatch", expected, function);
 }
@@ -161,7 +161,7 @@ void TestForFailure(std::string_view condition, const CGTest& test, std::string_
 namespace cgtest {
 namespace {
 // A template as the only item of a list: the run-time system tries these without a word.
-std::string Silenced(T3Tree_Node* node, const std::string& location, CFunction& function) {
+std::string Silenced(T3Tree_Node* node, std::string_view location, CFunction& function) {
   std::string list = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,
                          {VEXATypeRef(ExpressionLocalType(node)), LUMO_TEMP_ALLOC_C, "0", VEXA_CONTEXT});
@@ -174,7 +174,7 @@ std::string Silenced(T3Tree_Node* node, const std::string& location, CFunction& 
 }  // namespace
 
 void MatchTemplate(T3Tree_Node* node, const CGTest& test, std::string_view reason, CFunction& function) {
-  std::string location = cg::InRTS(node, CGTemplateMode(), function);
+  std::string location(cg::InRTS(node, CGTemplateMode(), function));
   // A call is made once, although its result is also told.
   if (location.find('(') != std::string::npos) {
     const std::string made = cg::Temporary(LUMO_VALUE_T, function);

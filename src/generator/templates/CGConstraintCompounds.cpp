@@ -113,7 +113,7 @@ struct ElementLength {
   std::string upper = "-1";
 };
 
-std::string ElementLengthHelper(T3Tree_Node* bound, CFunction& function) {
+std::string_view ElementLengthHelper(T3Tree_Node* bound, CFunction& function) {
   if (cg::IsInfinityExpression(bound)) return "-1";
   return cg::InC(bound, function);
 }
@@ -137,7 +137,7 @@ ElementLength LengthOfElement(T3Tree_Node* value, CFunction& function) {
   return length;
 }
 
-std::string ExplicifyCompoundValueWorker(T3Tree_Node* value, CFunction& function) {
+std::string_view ExplicifyCompoundValueWorker(T3Tree_Node* value, CFunction& function) {
   if (value->is<T3NotUsedSymbol>()) return LUMO_ANYONE_VALUE_C;
   if (LengthOfAny(value) != nullptr) return LUMO_ANYORNONE_VALUE_C;
   return cg::InRTS(value, CGTemplateMode(), function);
@@ -154,8 +154,8 @@ std::vector<std::string> ExplicifyCompoundValue(const std::vector<T3FieldValue*>
   for (size_t i = 0; i < items.size(); ++i) {
     const std::string slot = "[" + std::to_string(i) + "]";
     const bool given = items[i] != nullptr;
-    function.assign(arrays[0] + slot, given ? ExplicifyCompoundValueWorker(items[i]->value, function)
-                                            : std::string(LUMO_ANYONE_VALUE_C));
+    function.assign(arrays[0] + slot,
+                    given ? ExplicifyCompoundValueWorker(items[i]->value, function) : LUMO_ANYONE_VALUE_C);
     function.assign(arrays[1] + slot,
                     PermutationKindToString(given ? items[i]->permutation_kind : t3_permutation_kind_t::No));
     const ElementLength length = given ? LengthOfElement(items[i]->value, function) : ElementLength();
@@ -184,7 +184,7 @@ void TestSuperOrSubSet(_T3SuperOrSubSet* node, const CGTest& test, CFunction& fu
   UnlessOmitted(test, function, [&] {
     std::vector<std::string> items;
     for (auto* at : Items<T3ValueListItem>(node->values))
-      items.push_back(ExplicifyCompoundValueWorker(at->value, function));
+      items.emplace_back(ExplicifyCompoundValueWorker(at->value, function));
     const std::string array = function.declareArray(LUMO_VALUE_T, items.size());
     for (size_t i = 0; i < items.size(); ++i)
       function.assign(array + "[" + std::to_string(i) + "]", items[i]);

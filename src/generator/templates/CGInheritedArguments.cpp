@@ -137,11 +137,10 @@ void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_No
   VisitFree(constraint, {}, visit);
 }
 
-InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::string& own,
-                                       CFunction& function) {
+InheritedArguments::InheritedArguments(T3TemplateDef* definition, std::string_view own, CFunction& function) {
   const std::vector<Link> chain = ChainOf(definition);
   const T3NodeSet used = chain.empty() ? T3NodeSet() : ParametersRead(definition, chain);
-  std::string vector = own;
+  std::string vector(own);
   for (const Link& link : chain) {
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);

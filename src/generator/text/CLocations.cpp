@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "driver/diagnostics/T3Error.h"
+#include "generator/text/CGKeptTexts.h"
 #include "support/ModuleCaches.h"
 
 namespace {
@@ -52,24 +53,24 @@ bool IsAllocated(const char* location) {
 }
 }  // namespace
 
-std::string CLocation(T3Tree_Node* node) {
+std::string_view CLocation(T3Tree_Node* node) {
   return PlacesOf(node, __func__).c_loc;
 }
 
-std::string RTSLocation(T3Tree_Node* node) {
+std::string_view RTSLocation(T3Tree_Node* node) {
   return PlacesOf(node, __func__).rts_loc;
 }
 
-void SetCLocation(T3Tree_Node* node, const std::string& location) {
-  NewPlacesOf(node, g_in_scopes, __func__).c_loc = gT3AST.KeepText(location);
+void SetCLocation(T3Tree_Node* node, std::string_view location) {
+  NewPlacesOf(node, g_in_scopes, __func__).c_loc = CGKeep(location).data();
 }
 
-void SetRTSLocation(T3Tree_Node* node, const std::string& location) {
-  NewPlacesOf(node, g_in_scopes, __func__).rts_loc = gT3AST.KeepText(location);
+void SetRTSLocation(T3Tree_Node* node, std::string_view location) {
+  NewPlacesOf(node, g_in_scopes, __func__).rts_loc = CGKeep(location).data();
 }
 
-void DeclareRTSLocation(T3Tree_Node* node, const std::string& location) {
-  NewPlacesOf(node, g_in_module, __func__).rts_loc = gT3AST.KeepText(location);
+void DeclareRTSLocation(T3Tree_Node* node, std::string_view location) {
+  NewPlacesOf(node, g_in_module, __func__).rts_loc = CGKeep(location).data();
 }
 
 bool HasCLocation(T3Tree_Node* node) {

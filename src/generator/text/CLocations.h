@@ -4,17 +4,18 @@
 // compiler's own fault.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "frontend/T3Tree.h"
 
-std::string CLocation(T3Tree_Node* node);
-std::string RTSLocation(T3Tree_Node* node);
+/// The texts stay as long as the tree.
+std::string_view CLocation(T3Tree_Node* node);
+std::string_view RTSLocation(T3Tree_Node* node);
 /// To the end of the innermost scope.
-void SetCLocation(T3Tree_Node* node, const std::string& location);
-void SetRTSLocation(T3Tree_Node* node, const std::string& location);
+void SetCLocation(T3Tree_Node* node, std::string_view location);
+void SetRTSLocation(T3Tree_Node* node, std::string_view location);
 /// To the end of the module, unless it is reset before.
-void DeclareRTSLocation(T3Tree_Node* node, const std::string& location);
+void DeclareRTSLocation(T3Tree_Node* node, std::string_view location);
 bool HasCLocation(T3Tree_Node* node);
 bool HasRTSLocation(T3Tree_Node* node);
 /// Both are unassigned again.
