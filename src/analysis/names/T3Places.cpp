@@ -170,7 +170,8 @@ void PlaceWalk::Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place) {
   if (child != nullptr) PushAt(parent, SlotOf(parent, child), child, place);
 }
 
-void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, T3Place* place) {
+[[gnu::noinline]] void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list,
+                                         T3Place* place) {
   int index = 0;
   ForElements(parent, slot, list, [&](T3Tree_Node* above, uint16_t own, T3Tree_Node* node) {
     if (node->is<T3FieldType>()) node->as<T3FieldType>()->attr().vexa_index = index++;
