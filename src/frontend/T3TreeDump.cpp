@@ -317,16 +317,59 @@ void PrefetchChildrenOfDecls(char* begin, char* end) {
       __builtin_prefetch(T3ChildField(node, field));
 }
 
+namespace {
+// What a node of a kind has to hold, and the kind's size: the check goes along all nodes there are.
+class Fit {
+ public:
+  Fit() {
+    for (size_t kind = 0; kind < kT3KindCount; ++kind) {
+      const T3ChildFields& fields = T3Tree_ChildFields[kind];
+      const size_t begin = children_.size();
+      for (const T3ChildFields::Child& field : fields.children) Add(field);
+      if (fields.next.info != nullptr) Add(fields.next);
+      kinds_[kind] = {(T3Tree_NodeSize[kind] + 7U) / 8 * 8, static_cast<uint16_t>(begin),
+                      static_cast<uint16_t>(children_.size())};
+    }
+  }
+
+  /// The node that lies behind one whose children all fit; null where one does not.
+  T3Tree_Node* Behind(T3Tree_Node* node) const {
+    const KindOfNode kind = kinds_[static_cast<size_t>(node->kind)];
+    for (size_t child = kind.begin; child != kind.end; ++child)
+      if (!children_[child].Holds(node)) return nullptr;
+    return reinterpret_cast<T3Tree_Node*>(reinterpret_cast<char*>(node) + kind.size);
+  }
+
+ private:
+  struct Child {
+    uint16_t offset, first, span;
+    bool Holds(T3Tree_Node* node) const {
+      const T3Tree_Node* child = *reinterpret_cast<T3Tree_Node**>(reinterpret_cast<char*>(node) + offset);
+      return static_cast<uint16_t>(KindOf(child) - first) <= span;
+    }
+  };
+  struct KindOfNode {
+    uint32_t size;
+    uint16_t begin, end;
+  };
+  void Add(const T3ChildFields::Child& field) {
+    children_.push_back({field.offset, field.first, static_cast<uint16_t>(field.last - field.first)});
+  }
+
+  std::vector<Child> children_;
+  std::array<KindOfNode, kT3KindCount> kinds_;
+};
+}  // namespace
+
 // True when no node of a block has a child of a wrong class.
 bool T3Tree::NodesOfBlockFit(const NodeBlock& block) const {
+  static const Fit& fit = *new Fit;
   PrefetchChildrenOfDecls(block.free, block.top);
   auto* end = reinterpret_cast<T3Tree_Node*>(block.top);
-  for (auto* node = reinterpret_cast<T3Tree_Node*>(block.free); node != end; node = NodeBehind(node)) {
+  for (auto* node = reinterpret_cast<T3Tree_Node*>(block.free); node != end;) {
     PrefetchNodesBehind(node, -kAhead);
-    const T3ChildFields& fields = ChildFieldsOf(node);
-    for (const T3ChildFields::Child& field : fields.children)
-      if (!ChildFits(node, field)) return false;
-    if (fields.next.info != nullptr && !ChildFits(node, fields.next)) return false;
+    node = fit.Behind(node);
+    if (node == nullptr) return false;
   }
   return true;
 }

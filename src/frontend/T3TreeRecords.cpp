@@ -5,8 +5,8 @@
 void T3Tree_Node::MakeAttributes() {
   const T3KindInfo& info = T3Tree_KindInfo[static_cast<int>(kind)];
   void* memory = gT3AST.AllocAttributes(info.attribute_size);
-  info.build_attributes(memory);
   attributes = static_cast<T3Attributes*>(memory);
+  info.build_attributes(memory);
 }
 
 void T3Tree_Node::MakeCold() {

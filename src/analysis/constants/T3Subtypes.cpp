@@ -388,7 +388,7 @@ std::vector<size_t>& g_types_entered = *new std::vector<size_t>;
 std::unordered_set<uint32_t>& g_replaced = *new std::unordered_set<uint32_t>;
 
 void NoteSubtyped(T3Tree_Node* node) {
-  auto* expression = node->as<_T3Expression>();
+  auto* expression = static_cast<_T3Expression*>(node);
   if (expression->attributes == nullptr || !T3Is<T3SubType>(expression->attr().expression_local_type)) return;
   g_subtyped.push_back({expression->position, static_cast<uint32_t>(g_subtyped.size()), expression, nullptr});
 }

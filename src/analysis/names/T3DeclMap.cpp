@@ -54,10 +54,10 @@ void T3DeclMap::InsertInto(Entry& slot, const Entry& entry) {
 
 void T3DeclMap::Insert(tIdent name, tIdent module, T3Tree_Node* decl) {
   const Entry entry{static_cast<uint32_t>(name), static_cast<uint32_t>(module), decl};
-  if (MayHave(name))
+  if (MayHave(FilterOf(name)))
     if (const Entry* slot = SlotOf(name))
       return InsertInto(slots_[static_cast<size_t>(slot - slots_.data())], entry);
-  filter_ |= uint64_t{1} << (Hash(name) >> 58);
+  filter_ |= FilterOf(name);
   ++names_;
   if (IsSmall() && names_ <= kSmall) return slots_.push_back(entry);
   if (IsSmall() || names_ * 2 > slots_.size()) Grow();

@@ -35,8 +35,10 @@ class T3DeclMap {
     if (slot != nullptr && slot->decl != nullptr) return {slot, 1};
     return slot == nullptr && inherited_ == nullptr ? std::span<const Entry>() : FindMore(name, slot);
   }
-  /// False when the name is surely not here.
-  bool MayHave(tIdent name) const { return (filter_ >> (Hash(name) >> 58) & 1) != 0; }
+  /// The bit of a name in the filters of all maps.
+  static uint64_t FilterOf(tIdent name) { return uint64_t{1} << (Hash(name) >> 58); }
+  /// False when a name of this bit is surely not here.
+  bool MayHave(uint64_t filter) const { return (filter_ & filter) != 0; }
   bool empty() const { return names_ == 0 && inherited_ == nullptr; }
 
  private:

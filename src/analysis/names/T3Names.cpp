@@ -50,9 +50,10 @@ void Classify(T3Tree_Node* node, Candidates& candidates) {
 // Calls for each entry of a name in all scopes, until `call` returns false.
 template <class Call>
 void ForEntries(T3Tree_Node* env, tIdent name, tIdent qualifier, const Call& call) {
+  const uint64_t filter = T3DeclMap::FilterOf(name);
   for (; T3Is<T3MapEnv>(env); env = static_cast<T3MapEnv*>(env)->outer) {
     T3DeclMap* map = static_cast<T3MapEnv*>(env)->decls;
-    if (map == nullptr || !map->MayHave(name)) continue;
+    if (map == nullptr || !map->MayHave(filter)) continue;
     for (const T3DeclMap::Entry& entry : map->Find(name))
       if (entry.Answers(qualifier) && !call(entry.decl)) return;
   }
@@ -142,7 +143,8 @@ std::vector<uint16_t> PositionOffsets() {
   std::vector<uint16_t> offsets(kT3KindCount, 0);
   for (size_t kind = 0; kind < offsets.size(); ++kind)
     for (const T3FieldInfo& field : T3Tree_KindInfo[kind].fields)
-      if (std::strcmp(field.name, "position") == 0 && field.record == T3FieldRecord::Node)
+      if (field.shape == T3FieldShape::Position && std::strcmp(field.name, "position") == 0 &&
+          field.record == T3FieldRecord::Node)
         offsets[kind] = field.offset;
   return offsets;
 }
@@ -249,15 +251,15 @@ bool IsLocalDecl(const T3Tree_Node* node) {
 }
 
 bool IsAddressRedefinition(const T3Tree_Node* decl) {
-  static const tIdent address = gIdents.MakeIdent("address");
   if (!T3Is<T3TypeDecl>(decl)) return false;
+  static const tIdent address = gIdents.MakeIdent("address");
   const auto* type_decl = static_cast<const T3TypeDecl*>(decl);
   return type_decl->name == address && !T3Is<T3Address>(type_decl->type);
 }
 
 bool IsAsnNullType(const T3Tree_Node* decl) {
-  static const tIdent null = gIdents.MakeIdent("NULL");
   if (!T3Is<T3TypeDecl>(decl)) return false;
+  static const tIdent null = gIdents.MakeIdent("NULL");
   const auto* type_decl = static_cast<const T3TypeDecl*>(decl);
   if (type_decl->name != null || !T3Is<T3EnumType>(type_decl->type)) return false;
   auto* type = type_decl->type->as<T3EnumType>();

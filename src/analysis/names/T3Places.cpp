@@ -170,7 +170,8 @@ void PlaceWalk::Push(T3Tree_Node* parent, T3Tree_Node*& child, T3Place* place) {
   if (child != nullptr) PushAt(parent, SlotOf(parent, child), child, place);
 }
 
-void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, T3Place* place) {
+[[gnu::noinline]] void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list,
+                                         T3Place* place) {
   int index = 0;
   ForElements(parent, slot, list, [&](T3Tree_Node* above, uint16_t own, T3Tree_Node* node) {
     if (node->is<T3FieldType>()) node->as<T3FieldType>()->attr().vexa_index = index++;
@@ -272,7 +273,10 @@ void PlaceWalk::Drain() {
       stack_.pop_back();
       PrefetchNodesBehind(step.node, kAhead);
       step.node->place = step.place;
-      Visit(step.node, step.place);
+      if (step.node->is<_T3Expression>())
+        PushChildren(step.node, step.place);
+      else
+        Visit(step.node, step.place);
     }
     if (decls_.empty()) return;
     PushNextModuleDecl();

@@ -177,32 +177,34 @@ T3Tree_Node* FormalParametersOf(T3Tree_Node* def) {
 }
 
 namespace {
-bool HasBase(T3Tree_Node* type, T3Kind kind) {
-  return T3Tree_IsType(BaseTypeDef(type), kind);
+template <class... Kinds>
+bool HasBase(T3Tree_Node* type) {
+  T3Tree_Node* base = BaseTypeDef(type);
+  return base != nullptr && (base->is<Kinds>() || ...);
 }
 }  // namespace
 
 bool IsCharStringType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3CharStringType) || HasBase(type, T3Kind::T3CharacterType);
+  return HasBase<T3CharStringType, T3CharacterType>(type);
 }
 bool IsUniversalCharStringType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3UniversalCharStringType) || HasBase(type, T3Kind::T3UniversalCharacterType);
+  return HasBase<T3UniversalCharStringType, T3UniversalCharacterType>(type);
 }
 bool IsStringType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3BitStringType) || HasBase(type, T3Kind::T3OctetStringType) ||
-         HasBase(type, T3Kind::T3HexStringType) || IsCharStringType(type) || IsUniversalCharStringType(type);
+  return HasBase<T3BitStringType, T3OctetStringType, T3HexStringType, T3CharStringType, T3CharacterType,
+                 T3UniversalCharStringType, T3UniversalCharacterType>(type);
 }
 bool IsHomogeneousType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::_T3HomogeneousType);
+  return HasBase<_T3HomogeneousType>(type);
 }
 bool IsRecordOfType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3RecordOfType);
+  return HasBase<T3RecordOfType>(type);
 }
 bool IsSetOfType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3SetOfType);
+  return HasBase<T3SetOfType>(type);
 }
 bool IsRecordOrSetType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3RecordType) || HasBase(type, T3Kind::T3SetType);
+  return HasBase<T3RecordType, T3SetType>(type);
 }
 bool IsBuiltinType(T3Tree_Node* type) {
   return T3Is<_T3BuiltinType>(DerefType(type));
@@ -211,13 +213,13 @@ bool IsReferenceToBuiltin(T3Tree_Node* type) {
   return T3Is<T3TypeReference>(type) && IsBuiltinType(type);
 }
 bool IsSignatureType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3SignatureType);
+  return HasBase<T3SignatureType>(type);
 }
 bool IsArrayType(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3ArrayType);
+  return HasBase<T3ArrayType>(type);
 }
 bool IsTimer(T3Tree_Node* type) {
-  return HasBase(type, T3Kind::T3TimerType);
+  return HasBase<T3TimerType>(type);
 }
 
 namespace {
