@@ -157,6 +157,46 @@ def components(n):
     return module(join("\n", n, lambda i: f"type component D{i} extends C {{ var integer w }}"))
 
 
+@row(100)
+def modified_templates(n):
+    return module("type record R { integer a } template R t0 := { 1 };"
+                  + join("\n", n, lambda i: f"template R t{i + 1} modifies t{i} := {{ a := {i} }};"))
+
+
+@row(100)
+def type_chain(n):
+    return module("type record A0 { integer x }" + join("\n", n, lambda i: f"type A{i} A{i + 1};"))
+
+
+@row(100)
+def labels(n):
+    return body(join("\n", n, lambda i: f"label l{i}; if (a == {i}) {{ goto l{i} }}"))
+
+
+@row(200)
+def returns_of_cases(n):
+    return module("type enumerated E { " + join(", ", n, lambda i: f"e{i}") + " } function f(E e) return integer { select (e) {"
+                  + join(" ", n, lambda i: f"case (e{i}) {{ return {i} }}") + " } return 0 }")
+
+
+@row(100)
+def types_of_a_port(n):
+    return module(join(" ", n, lambda i: f"type record R{i} {{ integer x }}") + "type port Q message { inout "
+                  + join(", ", n, lambda i: f"R{i}") + " } type component D { port Q q } function f() runs on D { alt { "
+                  + join(" ", n, lambda i: f"[] q.receive(R{i}:?) {{ }}") + " } }")
+
+
+@row(100)
+def permutations(n):
+    return module("type record of integer L; template L m := { " + join(", ", n, lambda i: f"permutation({i}, ?)") + " }")
+
+
+@row(300)
+def parameters(n):
+    return module("function g(" + join(", ", n, lambda i: f"integer p{i}") + ") { } function h() { g("
+                  + join(", ", n, str) + ") }")
+
+
 def limit():
     resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
     resource.setrlimit(resource.RLIMIT_AS, (MEGABYTES << 20, MEGABYTES << 20))

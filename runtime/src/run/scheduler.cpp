@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <deque>
+#include <vector>
 
 #include "value/error.h"
 #include "ports/outside.h"
@@ -26,7 +26,30 @@ struct Entry {
   Component* component;
   unsigned turn;
 };
-std::deque<Entry> ready;
+
+// A list from which the first is taken, in memory that it keeps: a deque would take and give back blocks all
+// the time.
+class Queue {
+ public:
+  bool empty() const { return begin_ == entries_.size(); }
+  size_t size() const { return entries_.size() - begin_; }
+  Entry& operator[](size_t i) { return entries_[begin_ + i]; }
+  void push(Entry entry) { entries_.push_back(entry); }
+  Entry take_first() {
+    const Entry first = entries_[begin_++];
+    if (2 * begin_ >= entries_.size()) {
+      entries_.erase(entries_.begin(), entries_.begin() + static_cast<ptrdiff_t>(begin_));
+      begin_ = 0;
+    }
+    return first;
+  }
+  void clear() { *this = Queue(); }
+
+ private:
+  std::vector<Entry> entries_;
+  size_t begin_ = 0;
+};
+Queue ready;
 std::vector<Component*> watchers;
 uint64_t schedule_state = 0;  // 0: the usual order
 // Of a run with another schedule, which something outside might go on with: how often it waited for that.
@@ -48,8 +71,8 @@ Component* leaving = nullptr;
 // others have done what they can.
 void pass_time(const Task& task) {
   if (!is_simulated()) return;
-  for (const Entry& entry : ready)
-    if (entry.turn == entry.component->turn && !entry.component->busy) return;
+  for (size_t i = 0; i < ready.size(); ++i)
+    if (ready[i].turn == ready[i].component->turn && !ready[i].component->busy) return;
   advance_to(std::min(next_expiry(), now() + (task.polls_by_else ? poll_interval : time_of_a_turn)));
 }
 
@@ -148,9 +171,8 @@ void schedule() {
       idle();
       continue;
     }
-    if (schedule_state) std::swap(ready.front(), ready[any_below(ready.size())]);
-    const Entry next = ready.front();
-    ready.pop_front();
+    if (schedule_state) std::swap(ready[0], ready[any_below(ready.size())]);
+    const Entry next = ready.take_first();
     if (next.turn == next.component->turn && next.component->state == State::ready) resume(*next.component);
   }
 }
@@ -158,7 +180,7 @@ void schedule() {
 void make_ready(Component& c) {
   c.state = State::ready;
   c.polls = false;
-  ready.push_back({&c, c.turn});
+  ready.push({&c, c.turn});
 }
 
 void clear_schedule() {
