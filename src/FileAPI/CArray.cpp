@@ -7,33 +7,35 @@
 
 CArray::CArray(CFile* file, std::string_view type, const std::string& name, bool isStatic)
     : CBase(file), type_(type), name_(name), isStatic_(isStatic) {
-  section_.add({isStatic ? "static " : "", type, " ", name, "[] =\n{"});
+  const std::string_view storage = isStatic ? "static " : "";
+  section_.add(storage, type, " ", name, "[] =\n{");
 }
 
 std::string_view CArray::beginElement() {
   if (counts_.empty()) throw internal_exception("CArray", __LINE__, "add", "Inconsistent size information");
-  return counts_.back()++ > 0 ? "," : "";
+  return counts_.back()++ > 0 ? nextLine() : line();
 }
 
 void CArray::addElement(std::string_view text) {
-  const std::string_view before = beginElement();
-  section_.add(CList({before, line()}, CWords{text}, "", ""));
+  section_.add(beginElement(), text);
 }
 
-void CArray::addRow(CWords columns) {
-  const std::string_view before = beginElement();
-  section_.add(CList({before, line(), "{ "}, columns, ", ", " }"));
+void CArray::addRow(const CMeasuredWords& columns) {
+  section_.add(beginElement(), "{ ", CList(columns, ", "), " }");
 }
 
-void CArray::addLevel(CWords elements) {
-  beginLevel();
-  for (const std::string_view element : elements) addElement(element);
-  endLevel();
+void CArray::addLevel(const CMeasuredWords& elements) {
+  const std::string_view begin = beginElement();
+  const std::string_view end = line();
+  indentation_ += 2;
+  const std::string_view separator = nextLine();
+  section_.add(begin, "{", line(), CList(elements, separator), end, "}");
+  indentation_ -= 2;
 }
 
 void CArray::beginLevel() {
-  section_.add(beginElement());
-  beginScope(section_);
+  section_.add(beginElement(), "{");
+  indentation_ += 2;
   counts_.push_back(0);
 }
 

@@ -15,9 +15,9 @@ class CArray : public CBase {
   /// One element at the current level, on a line of its own.
   void addElement(std::string_view text);
   /// One element "{ a, b, ... }".
-  void addRow(CWords columns);
-  /// One element with a level of its own, which has these elements.
-  void addLevel(CWords elements);
+  void addRow(CWords columns) { addRow(CMeasuredWords(columns)); }
+  /// One element with a level of its own, which has these elements, at least one.
+  void addLevel(CWords elements) { addLevel(CMeasuredWords(elements)); }
   /// What is added up to the end of the level is one element of the level around it.
   void beginLevel();
   void endLevel() { endScope(section_); }
@@ -30,7 +30,9 @@ class CArray : public CBase {
   void endScope(CSection& section) override;
 
  private:
-  /// Counts one, and gives what stands before it.
+  void addRow(const CMeasuredWords& columns);
+  void addLevel(const CMeasuredWords& elements);
+  /// Counts one, and gives the line that it begins.
   std::string_view beginElement();
 
   std::string_view type_;

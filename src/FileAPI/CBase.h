@@ -9,9 +9,6 @@
 
 class CFile;
 
-/// Writes n blanks.
-void indent(CSection& section, unsigned n);
-
 class CBase {
  public:
   explicit CBase(CFile* file) : file_(file) {}
@@ -28,16 +25,23 @@ class CBase {
   virtual void beginScope(CSection& section);
   virtual void endScope(CSection& section);
 
-  /// Writes n blanks; a negative n means the current indentation.
-  void indent(CSection& section, int n = -1) const;
-  /// The beginning of a new line at the current indentation.
-  std::string_view line() const {
-    return CSection::kLine.substr(
-        0, 1 + (indentation_ < CSection::kMostBlanks ? indentation_ : CSection::kMostBlanks));
-  }
-  void newline(CSection& section) const { section.addNewline(line().size() - 1); }
+  /// The beginning of a new line at the current indentation, or at so many columns less.
+  std::string_view line(unsigned less = 0) const { return nextLine(less).substr(1); }
+  /// The same behind a comma.
+  std::string_view nextLine(unsigned less = 0) const;
 
   CFile* file_;
   unsigned indentation_ = 2;
   unsigned nextLocal_ = 0;
+
+ private:
+  /// A comma, a new line, and the blanks that it may begin with. Nobody counts columns beyond some thirty
+  /// scopes, and blanks for each of them would be most of what is written.
+  static constexpr std::string_view kLine =
+      ",\n                                                                ";
 };
+
+inline std::string_view CBase::nextLine(unsigned less) const {
+  const size_t size = 2 + indentation_ - less;
+  return {kLine.data(), size < kLine.size() ? size : kLine.size()};
+}

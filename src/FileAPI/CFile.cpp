@@ -9,11 +9,12 @@
 #include <utility>
 
 #include "driver/diagnostics/T3Exception.h"
+#include "support/TemporaryFiles.h"
 
 namespace {
 constexpr mode_t kDirectoryMode = 0775;
-constexpr size_t kTextBlock = 0x10000;
-constexpr size_t kStreamBuffer = 0x10000;
+// What is longer goes to the file from where it is.
+constexpr size_t kStreamBuffer = 0x1000;
 
 // Makes a directory with those above it.
 void MakeDirectory(const std::string& directory) {
@@ -49,10 +50,11 @@ class CFile::Output {
     if (!counts_lines_) return;
     for (const char c : text) lines_ += c == '\n';
   }
-  void write(CSection& section) {
-    const unsigned lines = counts_lines_ ? section.lineCount() : 0;
-    section.writeTo(stream());
-    lines_ += lines;
+  void write(const CTextBlocks& text) {
+    text.forEachBlock([this](std::string_view block) { write(block); });
+  }
+  void write(const CSection& section) {
+    section.forEachPiece([this](std::string_view piece) { write(piece); });
   }
   void flush() {
     for (const auto& file : files_) {
@@ -98,60 +100,47 @@ CFile::CFile(const std::string& directory, const std::string& headerName, const 
 
 CFile::~CFile() = default;
 
-void CFile::add(Where where, CWords parts) {
-  auto& section = texts_[where];
-  if (section == nullptr) section = std::make_unique<CSection>();
-  section->add(parts);
+void CFile::add(Where where, const CMeasuredWords& parts) {
+  positions_[where].text.add(CList(parts, ""));
 }
 
 void CFile::newline(Where where, unsigned count) {
   add(where, std::string(count, '\n'));
 }
 
+CTextBlocks& CFile::bodyText(Where where) {
+  std::vector<Body>& bodies = positions_[where].bodies;
+  if (bodies.empty() || !bodies.back().sections.empty()) bodies.emplace_back();
+  return bodies.back().text;
+}
+
+void CFile::addSection(Where where, CSection&& section, bool together) {
+  if (isKept(section)) return bodyText(where).add(section.text());
+  std::vector<Body>& bodies = positions_[where].bodies;
+  if (!together || lineLimit_ == kNoLineLimit) bodies.emplace_back();
+  bodies.back().sections.push_back(std::move(section));
+}
+
 void CFile::add(Where where, CSection&& section) {
-  addBody(where, std::move(section), false);
+  addSection(where, std::move(section), false);
 }
 
 void CFile::add(Where where, CSection&& first, CSection&& second) {
-  addBody(where, std::move(first), false);
-  addBody(where, std::move(second), true);
+  addSection(where, std::move(first), false);
+  addSection(where, std::move(second), true);
 }
 
-void CFile::addBody(Where where, CSection&& section, bool together) {
-  std::vector<Body>& bodies = bodies_[where];
-  if (lineLimit_ != kNoLineLimit || section.spilled()) {
-    if (!together || lineLimit_ == kNoLineLimit) bodies.emplace_back();
-    bodies.back().sections.push_back(std::move(section));
-    return;
-  }
-  CopyWord(takeBody(where, section.text().size()), section.text());
-  // its memory serves the next one
-  const CSection taken(std::move(section));
-}
-
-// Room for a text that stays in memory.
-char* CFile::takeBody(Where where, size_t size) {
-  std::vector<Body>& bodies = bodies_[where];
-  if (bodies.empty() || bodies.back().capacity - bodies.back().size < size) {
-    Body& body = bodies.emplace_back();
-    body.capacity = std::max(kTextBlock, size);
-    body.memory.reset(new char[body.capacity]);
-  }
-  Body& body = bodies.back();
-  char* at = body.memory.get() + body.size;
-  body.size += size;
-  return at;
-}
-
-void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic,
+                         const CMeasuredWords& members) {
   const std::string_view storage = isStatic ? "static " : "";
-  add(isStatic ? SourceStructureDecls : HeaderStructures,
-      {isStatic ? storage : "extern ", type, " ", name, ";\n"});
-  const CWords head{storage, type, " ", name, " = \n  {\n    "};
-  const CList text(head, members, ",\n    ", "\n  };\n\n");
-  if (lineLimit_ == kNoLineLimit) return text.copyTo(takeBody(SourceStructures, text.size()));
+  positions_[isStatic ? SourceStructureDecls : HeaderStructures].text.add(isStatic ? storage : "extern ",
+                                                                          type, " ", name, ";\n");
+  const auto addTo = [&](auto& text) {
+    text.add(storage, type, " ", name, " = \n  {\n    ", CList(members, ",\n    "), "\n  };\n\n");
+  };
+  if (lineLimit_ == kNoLineLimit) return addTo(bodyText(SourceStructures));
   CSection section;
-  section.add(text);
+  addTo(section);
   add(SourceStructures, std::move(section));
 }
 
@@ -245,7 +234,7 @@ void CFile::writeHeader(Output& output) {
   output.write("\n");
   const std::string stem = GuardStem(headerName_);
   output.write("#ifndef __" + stem + "\n#define __" + stem + "\n\n");
-  for (size_t where = HeaderIncludes; where <= HeaderArrays; ++where) flushSection(output, where, false);
+  for (size_t where = HeaderIncludes; where <= HeaderArrays; ++where) flushPosition(output, where, false);
   output.write("#endif\n");
 }
 
@@ -253,31 +242,27 @@ void CFile::writeSource(Output& output) {
   writeHead(output);
   output.write("\n");
   if (usesOwnHeader_ && !headerName_.empty()) addInclude(headerName_, true, false);
-  for (size_t where = SourceIncludes; where <= SourceFunctions; ++where) flushSection(output, where, true);
+  for (size_t where = SourceIncludes; where <= SourceFunctions; ++where) flushPosition(output, where, true);
 }
 
-void CFile::flushSection(Output& output, size_t where, bool splitAllowed) {
-  bool written = false;
-  if (texts_[where] != nullptr) {
-    if (splitAllowed && lineLimit_ != kNoLineLimit) splitIfFull(output, texts_[where]->lineCount());
-    output.write(*texts_[where]);
-    written = true;
+void CFile::flushPosition(Output& output, size_t where, bool splitAllowed) {
+  const Position& position = positions_[where];
+  if (!position.text.empty()) {
+    if (splitAllowed && lineLimit_ != kNoLineLimit) splitIfFull(output, position.text.lineCount());
+    output.write(position.text);
   }
-  for (Body& body : bodies_[where]) {
-    flushBody(output, body, splitAllowed);
-    written = true;
-  }
-  if (written) output.write("\n");
+  for (const Body& body : position.bodies) flushBody(output, body, splitAllowed);
+  if (!position.text.empty() || !position.bodies.empty()) output.write("\n");
 }
 
-void CFile::flushBody(Output& output, Body& body, bool splitAllowed) {
-  if (body.size > 0) output.write(body.text());
+void CFile::flushBody(Output& output, const Body& body, bool splitAllowed) {
+  output.write(body.text);
   if (splitAllowed && lineLimit_ != kNoLineLimit) {
     unsigned pending = 0;
     for (const CSection& section : body.sections) pending += section.lineCount();
     splitIfFull(output, pending);
   }
-  for (CSection& section : body.sections) output.write(section);
+  for (const CSection& section : body.sections) output.write(section);
 }
 
 void CFile::splitIfFull(Output& output, unsigned pending) {
@@ -287,7 +272,7 @@ void CFile::splitIfFull(Output& output, unsigned pending) {
   output.open(path(name));
   sourceFiles_.push_back(name);
   generatedFiles_.push_back(name);
-  if (texts_[SourceIncludes] != nullptr) output.write(*texts_[SourceIncludes]);
+  output.write(positions_[SourceIncludes].text);
 }
 
 std::string CFile::splitName() const {

@@ -15,6 +15,7 @@
 #include "FileAPI/CFunction.h"
 #include "FileAPI/CSection.h"
 #include "FileAPI/CStructure.h"
+#include "FileAPI/CTextBlocks.h"
 
 class CFile {
  public:
@@ -76,11 +77,13 @@ class CFile {
   std::string uniqueName(const std::string& prefix) { return prefix + std::to_string(nextUnique_++); }
   std::string uniqueLabel() { return uniqueName("_l"); }
 
-  void add(Where where, std::string_view text) { add(where, {text}); }
-  void add(Where where, CWords parts);
+  void add(Where where, std::string_view text) { positions_[where].text.add(text); }
+  void add(Where where, CWords parts) { add(where, CMeasuredWords(parts)); }
   void newline(Where where, unsigned count = 1);
   /// A structure of which all is known: its declaration ahead, and the initializer, a member on a line.
-  void addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members);
+  void addStructure(std::string_view type, std::string_view name, bool isStatic, CWords members) {
+    addStructure(type, name, isStatic, CMeasuredWords(members));
+  }
   /// Takes over what a builder has written; the sections of one call stay together in a split file.
   void add(Where where, CSection&& section);
   void add(Where where, CSection&& first, CSection&& second);
@@ -106,23 +109,30 @@ class CFile {
  private:
   static constexpr size_t kPositions = 20;
   class Output;
-  // What stands under a position: sections that stay together in a file, or text, which is all that is kept
-  // of sections while no file is split.
+  // What builders have written for a position: sections that stay together in a file, or text, which is all
+  // that is kept of sections while no file is split.
   struct Body {
-    std::unique_ptr<char[]> memory;
-    size_t size = 0;
-    size_t capacity = 0;
+    CTextBlocks text;
     std::vector<CSection> sections;
-    std::string_view text() const { return {memory.get(), size}; }
+  };
+  // What stands under a position; the plain text comes first.
+  struct Position {
+    CTextBlocks text;
+    std::vector<Body> bodies;
   };
 
+  void add(Where where, const CMeasuredWords& parts);
+  void addStructure(std::string_view type, std::string_view name, bool isStatic,
+                    const CMeasuredWords& members);
   void writeHead(Output& output);
   void writeHeader(Output& output);
   void writeSource(Output& output);
-  void addBody(Where where, CSection&& section, bool together);
-  char* takeBody(Where where, size_t size);
-  void flushSection(Output& output, size_t where, bool splitAllowed);
-  void flushBody(Output& output, Body& body, bool splitAllowed);
+  /// Text of sections stays in memory, as text only, unless they have gone to files or may be torn apart.
+  bool isKept(const CSection& section) const { return lineLimit_ == kNoLineLimit && !section.spilled(); }
+  CTextBlocks& bodyText(Where where);
+  void addSection(Where where, CSection&& section, bool together);
+  void flushPosition(Output& output, size_t where, bool splitAllowed);
+  void flushBody(Output& output, const Body& body, bool splitAllowed);
   void splitIfFull(Output& output, unsigned pending);
   std::string splitName() const;
   std::string path(const std::string& name) const;
@@ -132,8 +142,7 @@ class CFile {
   std::string headerName_;
   std::string sourceName_;
   std::string directory_;
-  std::array<std::unique_ptr<CSection>, kPositions> texts_;
-  std::array<std::vector<Body>, kPositions> bodies_;
+  std::array<Position, kPositions> positions_;
   bool usesOwnHeader_;
   std::vector<std::string> headerMessage_;
   std::vector<std::string> sourceFiles_;

@@ -1,23 +1,17 @@
 #include "FileAPI/CFunction.h"
 
 #include <charconv>
-#include <cstdint>
 #include <utility>
 
 #include "FileAPI/CFile.h"
 #include "driver/diagnostics/T3Exception.h"
 
-namespace {
-// Most functions have no more temporary variables, of no more types.
-constexpr size_t kSomeVariables = 8;
-constexpr size_t kSomeTypes = 4;
-}  // namespace
-
 CFunction::CFunction(CFile* file, const std::string& returnType, const std::string& name,
                      const std::vector<std::string>& parameters, const std::string& comment, bool exported)
     : CBase(file), exported_(exported), name_(name), signature_(getSignature(returnType, name, parameters)) {
-  if (!comment.empty()) declarations_.add({"/* ", comment, " */\n"});
-  declarations_.add({exported ? "" : "static ", signature_, "\n{"});
+  if (!comment.empty()) declarations_.add("/* ", comment, " */\n");
+  const std::string_view storage = exported ? "" : "static ";
+  declarations_.add(storage, signature_, "\n{");
 }
 
 void CFunction::end() {
@@ -40,64 +34,80 @@ void CFunction::beginScope(CSection& section) {
   indentation_ += 2;
 }
 
+namespace {
+std::string LocalName(unsigned number) {
+  char name[16] = "v";
+  return {name, std::to_chars(name + 1, std::end(name), number).ptr};
+}
+}  // namespace
+
 std::string CFunction::declare(std::string_view type, std::string_view name, std::string_view init) {
-  std::string variable = name.empty() ? "v" + std::to_string(nextLocal_++) : std::string(name);
-  declarations_.add({"\n  ", type, " ", variable, init.empty() ? "" : " = ", init, ";"});
+  std::string variable = name.empty() ? LocalName(nextLocal_++) : std::string(name);
+  if (init.empty())
+    declarations_.add("\n  ", type, " ", variable, ";");
+  else
+    declarations_.add("\n  ", type, " ", variable, " = ", init, ";");
   return variable;
 }
 
 std::string CFunction::declareArray(std::string_view type, size_t size) {
-  std::string name = "v" + std::to_string(nextLocal_++);
-  declarations_.add({"\n  ", type, " ", name, "[", std::to_string(size), "];"});
+  std::string name = LocalName(nextLocal_++);
+  declarations_.add("\n  ", type, " ", name, "[", std::to_string(size), "];");
   return name;
 }
 
 std::string CFunction::declareArray(std::string_view type, std::string_view init) {
-  std::string name = "v" + std::to_string(nextLocal_++);
-  declarations_.add({"\n  ", type, " ", name, "[] = ", init, ";"});
+  std::string name = LocalName(nextLocal_++);
+  declarations_.add("\n  ", type, " ", name, "[] = ", init, ";");
   return name;
 }
 
-template <class Words>
-void CFunction::addCall(std::string_view before, std::string_view equals, std::string_view name,
-                        const Words& arguments, std::string_view behind) {
-  body_.add(CList({line(), before, equals, name, "("}, arguments, ", ", behind));
+void CFunction::addLine(std::string_view text) {
+  body_.add(line(), text);
+}
+
+void CFunction::addLine(const CMeasuredWords& parts) {
+  body_.add(line(), CList(parts, ""));
+}
+
+void CFunction::assign(std::string_view lhs, std::string_view rhs) {
+  if (lhs != rhs) body_.add(line(), lhs, " = ", rhs, ";");
+}
+
+void CFunction::_return(std::string_view value) {
+  body_.add(line(), "return ", value, ";");
 }
 
 void CFunction::call(std::string_view name, const std::vector<std::string>& arguments) {
-  addCall("", "", name, arguments, ");");
+  body_.add(line(), name, "(", CList(arguments, ", "), ");");
 }
 
-void CFunction::call(std::string_view name, CWords arguments) {
-  addCall("", "", name, arguments, ");");
+void CFunction::addCall(std::string_view name, const CMeasuredWords& arguments) {
+  body_.add(line(), name, "(", CList(arguments, ", "), ");");
 }
 
 void CFunction::callAndAssign(std::string_view lhs, std::string_view name,
                               const std::vector<std::string>& arguments) {
-  addCall(lhs, " = ", name, arguments, ");");
+  body_.add(line(), lhs, " = ", name, "(", CList(arguments, ", "), ");");
 }
 
-void CFunction::callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
-  addCall(lhs, " = ", name, arguments, ");");
+void CFunction::addCallAndAssign(std::string_view lhs, std::string_view name,
+                                 const CMeasuredWords& arguments) {
+  body_.add(line(), lhs, " = ", name, "(", CList(arguments, ", "), ");");
 }
 
 // Cases stand between the head and their statements.
 void CFunction::beginSwitch(std::string_view expr) {
-  addLine({"switch (", expr, ")"});
-  beginScope(body_);
+  openBlock("switch (", expr, ") {");
   indentation_ += 2;
 }
 
 void CFunction::addCase(std::string_view label) {
-  body_.add("\n");
-  indent(body_, static_cast<int>(indentation_) - 2);
-  body_.add({"case ", label, ":"});
+  body_.add(line(2), "case ", label, ":");
 }
 
 void CFunction::addDefault() {
-  body_.add("\n");
-  indent(body_, static_cast<int>(indentation_) - 2);
-  body_.add("default:");
+  body_.add(line(2), "default:");
 }
 
 void CFunction::addBreak() {
@@ -110,49 +120,41 @@ void CFunction::endSwitch() {
 }
 
 void CFunction::beginWhile(std::string_view expr) {
-  addLine({"while (", expr, ")"});
-  beginScope(body_);
+  openBlock("while (", expr, ") {");
 }
 
 void CFunction::beginDoWhile() {
-  addLine("do");
-  beginScope(body_);
+  openBlock("do {");
 }
 
 void CFunction::endDoWhile(std::string_view expr) {
   endScope(body_);
-  body_.add({" while (", expr, ");"});
+  body_.add(" while (", expr, ");");
 }
 
 void CFunction::beginIf(std::string_view expr) {
-  addLine({"if (", expr, ")"});
-  beginScope(body_);
+  openBlock("if (", expr, ") {");
 }
 
 void CFunction::beginIf(std::string_view name, const std::vector<std::string>& arguments) {
-  addCall("if (", "", name, arguments, "))");
-  beginScope(body_);
+  openBlock("if (", name, "(", CList(arguments, ", "), ")) {");
 }
 
 void CFunction::beginIf(std::string_view name, CWords arguments) {
-  addCall("if (", "", name, arguments, "))");
-  beginScope(body_);
+  openBlock("if (", name, "(", CList(arguments, ", "), ")) {");
 }
 
 void CFunction::beginElseIf(std::string_view expr) {
-  addLine({"else if (", expr, ")"});
-  beginScope(body_);
+  openBlock("else if (", expr, ") {");
 }
 
 void CFunction::beginElse() {
-  addLine("else");
-  beginScope(body_);
+  openBlock("else {");
 }
 
 void CFunction::beginFor(std::string_view var, std::string_view from, std::string_view condition,
                          std::string_view step) {
-  addLine({"for (", var, " = ", from, "; ", condition, "; ", step, ")"});
-  beginScope(body_);
+  openBlock("for (", var, " = ", from, "; ", condition, "; ", step, ") {");
 }
 
 void CFunction::beginBlock() {
@@ -160,7 +162,7 @@ void CFunction::beginBlock() {
 }
 
 void CFunction::preprocessor(std::string_view word, std::string_view name) {
-  body_.add({"\n", word, name});
+  body_.add("\n", word, name);
 }
 
 void CFunction::beginIfDef(std::string_view name) {
@@ -179,8 +181,8 @@ void CFunction::endIfPP() {
   preprocessor("#endif", "");
 }
 
-void CFunction::addComment(CWords parts) {
-  body_.add(CList({line(), "/* "}, parts, "", " */"));
+void CFunction::addComment(const CMeasuredWords& parts) {
+  body_.add(line(), "/* ", CList(parts, ""), " */");
 }
 
 std::string CFunction::getNewLabel() {
@@ -188,11 +190,11 @@ std::string CFunction::getNewLabel() {
 }
 
 void CFunction::addGoto(std::string_view label) {
-  addLine({"goto ", label, ";"});
+  body_.add(line(), "goto ", label, ";");
 }
 
 void CFunction::addLabel(std::string_view label) {
-  body_.add({"\n", label, ":"});
+  body_.add("\n", label, ":");
 }
 
 void CFunction::dummyDecl() {
@@ -201,58 +203,23 @@ void CFunction::dummyDecl() {
   endScope(body_);
 }
 
-size_t CFunction::typePlace(std::string_view type) {
-  size_t place = 0;
-  while (place < types_.size() && types_[place].name != type) ++place;
-  if (types_.empty()) types_.reserve(kSomeTypes);
-  if (place == types_.size()) types_.push_back({std::string(type), {}});
-  return place;
-}
-
 std::string CFunction::getTmpVariable(std::string_view type) {
   if (type.empty()) throw internal_exception("CFunction", __LINE__, "getTmpVariable", "type missing");
-  const size_t place = typePlace(type);
-  auto& free = types_[place].free;
-  if (free.empty()) {
-    if (tmps_.empty()) {
-      tmps_.reserve(kSomeVariables);
-      tmpPlaces_.reserve(2 * kSomeVariables);
-    }
-    tmpPlaces_.resize(nextLocal_ + 1, SIZE_MAX);
-    tmpPlaces_.back() = tmps_.size();
-    tmps_.push_back({true, place, declare(type, "")});
-    return tmps_.back().name;
-  }
-  Tmp& first = tmps_[free.top()];
-  free.pop();
-  first.in_use = true;
-  return first.name;
+  const unsigned variable = tmps_.take(type, nextLocal_);
+  return variable == nextLocal_ ? declare(type, "") : LocalName(variable);
 }
 
 void CFunction::releaseTmpVariable(const std::string& name) {
-  const Tmp* found = findTmp(name);
-  if (found == nullptr)
-    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
-                             "Variable to release could not be found");
-  Tmp& tmp = tmps_[static_cast<size_t>(found - tmps_.data())];
-  if (!tmp.in_use)
-    throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
-                             "Can not release an unused variable");
-  tmp.in_use = false;
-  types_[tmp.type].free.push(static_cast<size_t>(found - tmps_.data()));
-}
-
-const CFunction::Tmp* CFunction::findTmp(std::string_view name) const {
-  size_t number = 0;
-  const char* end = name.data() + name.size();
-  if (!name.starts_with('v') || std::from_chars(name.data() + 1, end, number).ptr != end) return nullptr;
-  if (number >= tmpPlaces_.size() || tmpPlaces_[number] == SIZE_MAX) return nullptr;
-  const Tmp& tmp = tmps_[tmpPlaces_[number]];
-  return tmp.name == name ? &tmp : nullptr;
+  const CTmpVariables::Release release = tmps_.release(name);
+  if (release == CTmpVariables::Release::done) return;
+  throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
+                           release == CTmpVariables::Release::unused
+                               ? "Can not release an unused variable"
+                               : "Variable to release could not be found");
 }
 
 bool CFunction::isTmpVariable(const std::string& name) const {
-  return findTmp(name) != nullptr;
+  return tmps_.has(name);
 }
 
 std::unique_ptr<CFunction> CFile::beginFunction(const std::string& returnType, const std::string& name,

@@ -1,13 +1,12 @@
 // A generated C function. Statements go to its body, declarations to its head, in whatever order they come.
 #pragma once
 
-#include <functional>
-#include <queue>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "FileAPI/CBase.h"
+#include "FileAPI/CTmpVariables.h"
 
 /// How what is declared outside of a function is reached in it: by its name in C, or by looking it up by its
 /// own name when the function runs.
@@ -40,14 +39,14 @@ class CFunction : public CBase {
   /// The same with an initializer, which tells the size.
   std::string declareArray(std::string_view type, std::string_view init);
   /// Nothing where both are the same variable.
-  void assign(std::string_view lhs, std::string_view rhs) {
-    if (lhs != rhs) addLine({lhs, " = ", rhs, ";"});
-  }
+  void assign(std::string_view lhs, std::string_view rhs);
   void call(std::string_view name, const std::vector<std::string>& arguments);
-  void call(std::string_view name, CWords arguments);
+  void call(std::string_view name, CWords arguments) { addCall(name, CMeasuredWords(arguments)); }
   void callAndAssign(std::string_view lhs, std::string_view name, const std::vector<std::string>& arguments);
-  void callAndAssign(std::string_view lhs, std::string_view name, CWords arguments);
-  void _return(std::string_view value) { addLine({"return ", value, ";"}); }
+  void callAndAssign(std::string_view lhs, std::string_view name, CWords arguments) {
+    addCallAndAssign(lhs, name, CMeasuredWords(arguments));
+  }
+  void _return(std::string_view value);
 
   void beginSwitch(std::string_view expr);
   void addCase(std::string_view label);
@@ -78,12 +77,12 @@ class CFunction : public CBase {
   void endIfPP();
 
   void addComment(std::string_view text) { addComment({text}); }
-  void addComment(CWords parts);
+  void addComment(CWords parts) { addComment(CMeasuredWords(parts)); }
   /// The text as it is, without a new line before it.
   void addText(std::string_view text) { body_.add(text); }
   /// The text as a line of its own at the current indentation.
-  void addLine(std::string_view text) { addLine({text}); }
-  void addLine(CWords parts) { body_.add(CList({line()}, parts, "", "")); }
+  void addLine(std::string_view text);
+  void addLine(CWords parts) { addLine(CMeasuredWords(parts)); }
   std::string getNewLabel();
   void addGoto(std::string_view label);
   void addLabel(std::string_view label);
@@ -100,22 +99,17 @@ class CFunction : public CBase {
   void beginScope(CSection& section) override;
 
  private:
-  struct Tmp {
-    bool in_use;
-    size_t type;
-    std::string name;
-  };
-  /// The places of temporary variables of a type that are not in use, the first on top.
-  struct Type {
-    std::string name;
-    std::priority_queue<size_t, std::vector<size_t>, std::greater<>> free;
-  };
-  template <class Words>
-  void addCall(std::string_view before, std::string_view equals, std::string_view name,
-               const Words& arguments, std::string_view behind);
+  /// A line that opens a block.
+  template <class... Pieces>
+  [[gnu::always_inline]] void openBlock(const Pieces&... pieces) {
+    body_.add(line(), pieces...);
+    indentation_ += 2;
+  }
+  void addCall(std::string_view name, const CMeasuredWords& arguments);
+  void addCallAndAssign(std::string_view lhs, std::string_view name, const CMeasuredWords& arguments);
+  void addLine(const CMeasuredWords& parts);
+  void addComment(const CMeasuredWords& parts);
   void preprocessor(std::string_view word, std::string_view name);
-  size_t typePlace(std::string_view type);
-  const Tmp* findTmp(std::string_view name) const;
 
   bool exported_;
   unsigned certain_ = indentation_;
@@ -123,9 +117,5 @@ class CFunction : public CBase {
   std::string signature_;
   CSection declarations_;
   CSection body_;
-  std::vector<Tmp> tmps_;
-  /// The place of a temporary variable by the number in its name.
-  std::vector<size_t> tmpPlaces_;
-  /// A function has temporary variables of few types.
-  std::vector<Type> types_;
+  CTmpVariables tmps_;
 };

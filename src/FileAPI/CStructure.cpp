@@ -8,14 +8,14 @@
 CStructure::CStructure(CFile* file, std::string_view type, std::string_view name, bool singleLine,
                        bool isStatic)
     : CBase(file), type_(type), name_(name), singleLine_(singleLine), isStatic_(isStatic) {
-  section_.add({isStatic ? "static " : "", type, " ", name, " = "});
+  const std::string_view storage = isStatic ? "static " : "";
+  section_.add(storage, type, " ", name, " = ");
   beginScope(section_);
 }
 
 void CStructure::addMembers(CWords members) {
-  const std::string separator = joined({",", singleLine_ ? " " : line()});
-  const std::string_view first = std::string_view(separator).substr(hasMembers_ ? 0 : 1);
-  section_.add(CList({first}, members, separator, ""));
+  const std::string_view separator = singleLine_ ? ", " : nextLine();
+  section_.add(separator.substr(hasMembers_ ? 0 : 1), CList(members, separator));
   hasMembers_ = true;
 }
 

@@ -1,16 +1,35 @@
-// Words of C that are put together to a piece of text. There are very many such pieces, most of them short,
-// so that one is measured first and then copied to where it stays.
+// Pieces of C that are put together to a text: words, lists of words, the beginning of a line. There are very
+// many such texts, most of them short, so that one is measured first and then copied to where it stays,
+// literals as constants.
 #pragma once
 
 #include <cstring>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 /// Words of C that are only looked at: a list of texts of any kind.
 using CWords = std::initializer_list<std::string_view>;
 
-/// Copies a text; most are short words: two moves that may overlap. Returns the place behind it.
+/// Words with the size of all of them, counted where they are said: there the sizes of most are known when
+/// the compiler is built.
+class CMeasuredWords {
+ public:
+  [[gnu::always_inline]] explicit CMeasuredWords(CWords words) : words_(words) {
+    for (const std::string_view word : words) text_size_ += word.size();
+  }
+  const std::string_view* begin() const { return words_.begin(); }
+  const std::string_view* end() const { return words_.end(); }
+  size_t size() const { return words_.size(); }
+  size_t textSize() const { return text_size_; }
+
+ private:
+  CWords words_;
+  size_t text_size_ = 0;
+};
+
+/// Copies a text by two moves that may overlap. Returns the place behind it.
 template <size_t kPiece>
 char* CopyEnds(char* to, std::string_view text) {
   char first[kPiece];
@@ -22,10 +41,15 @@ char* CopyEnds(char* to, std::string_view text) {
   return to + text.size();
 }
 
+/// Most texts are short words.
 inline char* CopyWord(char* to, std::string_view text) {
   const size_t size = text.size();
   if (size >= 16) {
     if (size <= 32) return CopyEnds<16>(to, text);
+    if (size <= 64) {
+      CopyEnds<16>(to, text.substr(0, 32));
+      return CopyEnds<16>(to + size - 32, text.substr(size - 32));
+    }
     std::memcpy(to, text.data(), size);
     return to + size;
   }
@@ -36,51 +60,90 @@ inline char* CopyWord(char* to, std::string_view text) {
   return to + size;
 }
 
-/// The words of `head`, those of a list with `separator` between them, and `tail`. Lives no longer than what
-/// it refers to.
-template <class Words>
-class CList {
- public:
-  CList(CWords head, const Words& list, std::string_view separator, std::string_view tail)
-      : head_(head), list_(list), separator_(separator), tail_(tail) {}
-  [[gnu::always_inline]] size_t size() const {
-    size_t size = tail_.size();
-    if (list_.size() > 1) size += separator_.size() * (list_.size() - 1);
-    for (const std::string_view word : head_) size += word.size();
-    for (const std::string_view word : list_) size += word.size();
-    return size;
-  }
-  /// Writes it to memory that has room for it.
-  [[gnu::always_inline]] void copyTo(char* at) const {
-    for (const std::string_view word : head_) at = CopyWord(at, word);
-    std::string_view before;
-    for (const std::string_view word : list_) {
-      at = CopyWord(CopyWord(at, before), word);
-      before = separator_;
-    }
-    CopyWord(at, tail_);
-  }
-  std::string text() const {
-    std::string text(size(), '\0');
-    copyTo(text.data());
-    return text;
-  }
-
- private:
-  CWords head_;
-  const Words& list_;
-  std::string_view separator_;
-  std::string_view tail_;
+/// The words of a list with `separator`, a word or a literal, between them. Lives no longer than what it
+/// refers to.
+template <class Words, class Separator>
+struct CList {
+  const Words& words;
+  const Separator& separator;
 };
+template <class Words, class Separator>
+CList(const Words&, const Separator&) -> CList<Words, Separator>;
+
+template <class Words>
+[[gnu::always_inline]] inline size_t SizeOfWords(const Words& words) {
+  size_t size = 0;
+  for (const std::string_view word : words) size += word.size();
+  return size;
+}
+inline size_t SizeOfWords(const CMeasuredWords& words) {
+  return words.textSize();
+}
+
+inline size_t PieceSize(std::string_view word) {
+  return word.size();
+}
+template <size_t kSize>
+constexpr size_t PieceSize(const char (&)[kSize]) {
+  return kSize - 1;
+}
+template <class Words, class Separator>
+[[gnu::always_inline]] inline size_t PieceSize(const CList<Words, Separator>& list) {
+  const size_t count = list.words.size();
+  return (count > 1 ? PieceSize(list.separator) * (count - 1) : 0) + SizeOfWords(list.words);
+}
+
+// Each copies a piece to memory that has room for it, and returns the place behind it.
+[[gnu::always_inline]] inline char* CopyPiece(char* to, std::string_view word) {
+  return CopyWord(to, word);
+}
+template <size_t kSize>
+[[gnu::always_inline]] inline char* CopyPiece(char* to, const char (&literal)[kSize]) {
+  std::memcpy(to, literal, kSize - 1);
+  return to + kSize - 1;
+}
+template <class Words, class Separator>
+[[gnu::always_inline]] inline char* CopyPiece(char* to, const CList<Words, Separator>& list) {
+  auto word = std::begin(list.words);
+  const auto end = std::end(list.words);
+  if (word == end) return to;
+  for (;;) {
+    to = CopyWord(to, *word);
+    if (++word == end) return to;
+    to = CopyPiece(to, list.separator);
+  }
+}
+
+template <class... Pieces>
+[[gnu::always_inline]] inline size_t SizeOfPieces(const Pieces&... pieces) {
+  static_assert((!std::is_pointer_v<Pieces> && ...), "the length of a word would be counted twice");
+  return (PieceSize(pieces) + ...);
+}
+template <class... Pieces>
+[[gnu::always_inline]] inline char* CopyPieces(char* to, const Pieces&... pieces) {
+  ((to = CopyPiece(to, pieces)), ...);
+  return to;
+}
+/// The pieces one behind the other.
+template <class... Pieces>
+std::string TextOf(const Pieces&... pieces) {
+  std::string text(SizeOfPieces(pieces...), '\0');
+  CopyPieces(text.data(), pieces...);
+  return text;
+}
 
 /// The texts one behind the other.
-std::string joined(CWords pieces);
+std::string joined(const CMeasuredWords& words);
+inline std::string joined(CWords words) {
+  return joined(CMeasuredWords(words));
+}
 
 /// returnType, blank (unless it is empty), name, "(", the parameters joined with ", ", ")".
 template <class Words>
 std::string getSignature(std::string_view returnType, std::string_view name, const Words& parameters) {
-  return CList({returnType, returnType.empty() ? "" : " ", name, "("}, parameters, ", ", ")").text();
+  const std::string_view blank = returnType.empty() ? "" : " ";
+  return TextOf(returnType, blank, name, "(", CList(parameters, ", "), ")");
 }
 inline std::string getSignature(std::string_view returnType, std::string_view name, CWords parameters) {
-  return getSignature<CWords>(returnType, name, parameters);
+  return getSignature(returnType, name, CMeasuredWords(parameters));
 }

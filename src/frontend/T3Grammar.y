@@ -2,7 +2,8 @@
 
    Tables and actions are made from this file by Bison with the skeleton cmake/t3parser.m4; T3Parser.cpp
    walks them. A value's position is that of its first token. Rules whose action is missing pass on the
-   value of their only symbol. List rules put elements in front, and the rule that completes a list turns
+   value of their only symbol; one without symbols gives zero. A result lies in the place of $1, so that an
+   action reads $1 before it sets $$. List rules put elements in front, and the rule that completes a list turns
    it round. All conflicts are met by shifting or by the driver's conditions. */
 %define lr.default-reduction consistent
 %expect 29
@@ -46,7 +47,6 @@ source_file:
 
 module_list:
     %empty
-      { $$.node = nullptr; }
   | module_list module_def
   ;
 
@@ -110,9 +110,7 @@ definition_list:
 
 opt_semi:
     %empty
-      { $$.node = nullptr; }
   | Semicolon
-      { $$.node = nullptr; }
   ;
 
 definition:
@@ -192,7 +190,6 @@ field_list:
 
 opt_optional:
     %empty
-      { $$.flag = false; }
   | kw_optional
       { $$.flag = true; }
   ;
@@ -351,7 +348,6 @@ type_name:
 
 array_dims:
     %empty
-      { $$.node = nullptr; }
   | array_dims LeftBracket bound_expr RightBracket
       {
         $$.node = t.mT3ArrayType(@2, $1.node, nullptr, t.mT3SingleBound(@3, $3.node));
@@ -364,7 +360,6 @@ array_dims:
 
 sub_type_spec:
     %empty
-      { $$.node = nullptr; }
   | allowed_values
       { $$.node = Constraint($1.node, nullptr); }
   | length_spec
@@ -436,7 +431,6 @@ port_body:
 
 port_attr_list:
     %empty
-      { $$.node = nullptr; }
   | port_attr_list port_attr opt_semi
       { $$.node = MergePortLists($1.node, $2.node); }
   ;
@@ -565,7 +559,6 @@ template_restriction:
   | LeftParen kw_present RightParen
       { $$.number = 3; }
   | %empty
-      { $$.number = 0; }
   ;
 
 restricted_template:
@@ -865,7 +858,6 @@ import_from:
 
 opt_recursive:
     %empty
-      { $$.flag = false; }
   | kw_recursive
       { $$.flag = true; }
   ;
@@ -1057,14 +1049,12 @@ formal_par:
 
 opt_in:
     %empty
-      { $$.node = nullptr; }
   | kw_in
       { $$.node = nullptr; }
   ;
 
 opt_inout:
     %empty
-      { $$.number = 0; }
   | kw_inout
       { $$.number = 2; }
   ;
@@ -1123,7 +1113,6 @@ attr_kind:
 
 opt_override:
     %empty
-      { $$.flag = false; }
   | kw_override
       { $$.flag = true; }
   ;
@@ -1862,7 +1851,6 @@ parameterized_id:
 
 ref_tail:
     %empty
-      { $$.node = nullptr; }
   | ref_tail Dot identifier actual_pars index_list
       {
         $$.node = SubscriptsOn(t.mT3Parameterization(@2, t.mT3Qualifier(@2, $1.node, $3.ident), $4.node), $5.node);
@@ -1889,7 +1877,6 @@ ref_tail:
 
 op_tail:
     %empty
-      { $$.node = nullptr; }
   | Dot kw_stop
       { $$.node = t.mT3StopStmt(@2, _sgT3NoStmt(), nullptr); }
   | Dot kw_kill
@@ -1914,7 +1901,6 @@ op_tail:
 
 expr_op_tail:
     %empty
-      { $$.node = nullptr; }
   | Dot kw_running
       { $$.node = t.mT3Running(@2, nullptr); }
   | Dot kw_alive
@@ -2706,7 +2692,6 @@ value_list_tail:
 
 match_attrs:
     %empty
-      { $$.node = nullptr; }
   | length_match
       { $$.node = t.mT3LengthMatch(@1, nullptr, $1.node); }
   | kw_ifpresent

@@ -15,7 +15,6 @@ constexpr int kStart = 0;
 constexpr size_t kExpectedTextLimit = 5000;
 constexpr long kMaxInsertions = 100000;
 constexpr size_t kFirstTokens = 64;
-constexpr size_t kFirstValues = 64;
 
 // Internal symbols: the end of the input is 0, 1 and 2 are Bison's own, tokens follow in their order.
 int SymbolOf(T3Token token) {
@@ -26,25 +25,20 @@ T3Token TokenOf(int symbol) {
   return static_cast<T3Token>(symbol == 0 ? 0 : symbol - 2);
 }
 
-template <typename T, size_t N>
-inline const T& At(const std::array<T, N>& rows, int place) {
-  return rows[static_cast<size_t>(place)];
-}
-
 /// What the tables say: above 0 a state to shift to, below 0 minus a rule to reduce, 0 a fault.
 inline int TableAction(int state, int symbol) {
-  const T3StateRow row = At(gParserStates, state);
-  const int index = row.actions + symbol;
-  if (row.actions == kNoActions || index < 0 || index > kTableLast || At(gParserCheck, index) != symbol)
-    return -row.default_rule;
-  const int action = At(gParserTable, index);
-  return action == kTableFault ? 0 : action;
+  const int actions = gParserStates[state].actions;
+  if (actions < 0) return actions;
+  const T3TableEntry entry = gParserTable[actions + symbol];
+  return entry.symbol == symbol ? entry.action : 0;
+}
+
+inline const T3RuleRow& RuleRow(int rule) {
+  return gParserRules[static_cast<size_t>(rule)];
 }
 
 inline int Goto(int state, const T3RuleRow& rule) {
-  const int index = rule.gotos + state;
-  const bool named = index >= 0 && index <= kTableLast && At(gParserCheck, index) == state;
-  return named ? At(gParserTable, index) : rule.default_goto;
+  return gParserGotos[gParserStates[state].gotos + rule.left];
 }
 
 /// The rule that lost against the shift of `symbol` in `state`, or 0.
@@ -118,7 +112,7 @@ class T3Parser::Overlay {
   bool InAddressList() const { return stack_.IsAddressList(size() - 1) && size() - 1 <= kept_; }
   void Push(int state) { top_.push_back(state); }
   void Reduce(int rule) {
-    const T3RuleRow& row = At(gParserRules, rule);
+    const T3RuleRow& row = RuleRow(rule);
     int length = row.length;
     for (; length > 0 && !top_.empty(); --length) top_.pop_back();
     kept_ -= static_cast<size_t>(length);
@@ -132,13 +126,12 @@ class T3Parser::Overlay {
 };
 
 T3Parser::T3Parser(T3Scanner* scanner, Errors* errors)
-    : scanner_(scanner), errors_(errors), stack_(kStart), buffer_(kFirstTokens) {
+    : scanner_(scanner), errors_(errors), stack_(kStart), trial_stack_(kStart), buffer_(kFirstTokens) {
   Reset();
 }
 
 void T3Parser::Reset() {
-  stack_ = Stack(kStart);
-  values_.assign(value_room_ = kFirstValues, T3Value{});
+  stack_.Restart(kStart);
   first_ = end_ = 0;
   state_ = T3ParserState{};
   state_.gLangSpec = gStringM.EmptyString();
@@ -153,6 +146,13 @@ inline void T3Parser::Read(Token& token) {
   token.token = scanner_->GetToken();
   token.symbol = SymbolOf(token.token);
   token.attribute = scanner_->Attribute();
+}
+
+/// Reads the next token where none has been read ahead.
+void T3Parser::ReadNext() {
+  first_ = 0;
+  end_ = 1;
+  Read(buffer_[0]);
 }
 
 const T3Parser::Token& T3Parser::ReadAhead(size_t ahead) {
@@ -178,8 +178,7 @@ bool T3Parser::Holds(const Condition& condition, const States& states, size_t ah
     case Test::AlternativeHead: {
       // Below a tail lies the name that it goes on from.
       const size_t root = condition.rule == kRule_ref_tail_3 ? 1 : 0;
-      return gParserAlternative[states.at(states.size() - 1 - At(gParserRules, condition.rule).length -
-                                          root)];
+      return gParserAlternative[states.at(states.size() - 1 - RuleRow(condition.rule).length - root)];
     }
     case Test::NoObjIdValue:
       return read && gParserBehindDot[states.at(states.size() - 2)] &&
@@ -219,39 +218,34 @@ bool T3Parser::CouldContinue(const Overlay& states, int symbol, size_t ahead) {
   return Take(changed, symbol, ahead);
 }
 
-inline int T3Parser::Action(const Stack& stack, size_t ahead) {
+/// What to do on a stack before a token that `next` gives where it matters, which lies `ahead`.
+template <class Next>
+inline int T3Parser::Action(const Stack& stack, size_t ahead, const Next& next) {
   const int state = stack.back();
-  const T3StateRow row = At(gParserStates, state);
-  if (row.actions == kNoActions) return -row.default_rule;
-  const int symbol = Peek(ahead).symbol;
+  if (const int actions = gParserStates[state].actions; actions < 0) return actions;
+  const int symbol = next().symbol;
   const int action = TableAction(state, symbol);
   if (action <= 0 || gParserFirstLost[state] < 0) [[likely]]
     return action;
   return Decide(stack, symbol, ahead, action);
 }
 
-/// The place of the value that belongs to depth `at` of the stack.
-inline T3Value& T3Parser::ValueAt(size_t at) {
-  if (at >= value_room_) [[unlikely]]
-    values_.resize(value_room_ = 2 * at);
-  return values_[at];
-}
-
 inline void T3Parser::PushState(Stack& stack, int state, int symbol, size_t ahead) {
   const bool opens =
       symbol == kSym_LeftParen && gParserRecipient[stack.back()] && Trial(kRule_goal_3, ahead, -1);
-  stack.Push(state);
+  stack.Push().state = state;
   if (opens) stack.OpenAddressList();
 }
 
 /// Whether the tokens from `ahead` on form the text of a goal; `first_symbol` is a token before them that
 /// was read already, or -1.
 bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
-  Stack stack(kStart);
   // Within the trial of a list of recipients the first parenthesis is that list's.
   if (trial_depth_ > 0) return true;
+  Stack& stack = trial_stack_;
+  stack.Restart(kStart);
   ++trial_depth_;
-  const int done = Goto(kStart, At(gParserRules, goal_rule));
+  const int done = Goto(kStart, RuleRow(goal_rule));
   bool result = false;
   for (;;) {
     const int state = stack.back();
@@ -261,10 +255,12 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
       symbol = first_symbol;
       action = TableAction(state, symbol);
     } else {
-      action = Action(stack, ahead);
+      action = Action(
+          stack, ahead, [&]() -> auto& { return Peek(ahead); });
       if (action > 0) symbol = Peek(ahead).symbol;
     }
     if (action == 0 || stack.size() > kMaxParseDepth) break;
+    stack.MakeRoom();
     if (action > 0) {
       PushState(stack, action, symbol, ahead);
       if (first_symbol >= 0)
@@ -277,9 +273,10 @@ bool T3Parser::Trial(int goal_rule, size_t ahead, int first_symbol) {
       result = true;
       break;
     }
-    const T3RuleRow& rule = At(gParserRules, -action);
+    const T3RuleRow& rule = RuleRow(-action);
     stack.Pop(static_cast<size_t>(rule.length));
-    stack.Push(Goto(stack.back(), rule));
+    const int target = Goto(stack.back(), rule);
+    stack.Push().state = target;
     if (stack.back() == done && stack.size() == 2) {
       result = true;
       break;
@@ -313,13 +310,14 @@ void T3Parser::NoteScope(const Token& token) {
 }
 
 inline void T3Parser::Shift(int state, const Token& token) {
-  T3Value& value = ValueAt(stack_.size());
+  T3Value& value = *stack_.Top(0);
   value.position = token.attribute.Position;
   // The members of either union begin at the same byte; which one holds is told by the token.
   static_assert(sizeof value.string == sizeof value.ident && sizeof value.flag <= sizeof value.string);
   value.string = token.attribute.string;
   state_.last_token = value.position;
   NoteScope(token);
+  // A trial may read ahead, and move the token.
   PushState(stack_, state, token.symbol, 0);
 }
 
@@ -329,53 +327,68 @@ void T3Parser::JoinInserted(size_t depth) {
   inserted_.push_back(depth);
 }
 
-[[gnu::always_inline]] inline void T3Parser::Reduce(int rule) {
-  const T3RuleRow& row = At(gParserRules, rule);
-  if (row.plain) return stack_.Replace(Goto(stack_.BelowTop(), row));
-  const auto length = static_cast<size_t>(row.length);
-  const size_t depth = stack_.size();
-  T3Value& place = ValueAt(depth - length);
-  T3Value result = length > 0 ? place : T3Value{{}, Peek(0).attribute.Position};
-  const bool repaired = !inserted_.empty() && inserted_.back() >= depth - length;
-  if (repaired) [[unlikely]]
-    JoinInserted(depth - length);
-  state_.repaired = repaired;
-  T3Actions(rule, result, &place + length - 1, state_);
-  if (repaired || (result.position == resumed_ && errors_found_ > 0)) [[unlikely]]
-    gRepairedNodes.insert(result.node);
-  place = result;
-  stack_.Pop(length);
-  stack_.Push(Goto(stack_.back(), row));
+/// Runs the action of a rule, if any, behind a fault: what a repair touched is noted.
+void T3Parser::ActOnRepaired(const T3RuleRow& row, T3Value* result) {
+  const size_t depth = stack_.size() - row.length;
+  state_.repaired = !inserted_.empty() && inserted_.back() >= depth;
+  if (state_.repaired) JoinInserted(depth);
+  if (row.action != nullptr) row.action(*result, result + row.length - 1, state_);
+  if (state_.repaired || result->position == resumed_) gRepairedNodes.insert(result->node);
 }
 
-void T3Parser::RefuseDepth() {
+[[gnu::always_inline]] inline void T3Parser::Reduce(int rule) {
+  const T3RuleRow& row = RuleRow(rule);
+  if (row.IsPlain()) return stack_.Replace(Goto(stack_.BelowTop(), row));
+  const size_t length = row.length;
+  T3Value* result = stack_.Top(length);
+  if (length == 0) {
+    result->node = nullptr;
+    result->position = Peek().attribute.Position;
+  }
+  if (errors_found_ > 0) [[unlikely]]
+    ActOnRepaired(row, result);
+  else if (row.action != nullptr)
+    row.action(*result, result + length - 1, state_);
+  stack_.Pop(length);
+  const int target = Goto(stack_.back(), row);
+  stack_.Push().state = target;
+}
+
+/// Makes room for one more state; where the stack is too deep for that, this is told, and the parse is given
+/// up.
+bool T3Parser::IsTooDeep() {
+  if (stack_.size() <= kMaxParseDepth) {
+    stack_.MakeRoom();
+    return false;
+  }
   ++gParseErrors;
   ++errors_found_;
   given_up_ = true;
-  errors_->Message("nesting is too deep", kError, Peek(0).attribute.Position);
+  errors_->Message("nesting is too deep", kError, Peek().attribute.Position);
+  return true;
 }
 
 long T3Parser::Parse() {
   Reset();
   // A file is a list of modules; the other goals are those of trials.
   Reduce(kRule_module_list_1);
-  while (!given_up_) {
-    if (stack_.size() > kMaxParseDepth) [[unlikely]] {
-      RefuseDepth();
+  for (;;) {
+    if (stack_.IsFull() && IsTooDeep()) [[unlikely]]
       break;
-    }
-    const int action = Action(stack_, 0);
-    if (action > 0) {
-      // A trial may read ahead, and move the tokens.
-      const Token token = Peek(0);
+    const int action = Action(
+        stack_, 0, [this]() -> auto& { return Peek(); });
+    if (action < 0) {
+      Reduce(-action);
+    } else if (action > 0) {
+      const Token& token = Peek();
+      const bool ends = token.symbol == 0;
       Shift(action, token);
       DropToken();
       // The end of the input was shifted: its state accepts.
-      if (token.symbol == 0) break;
-    } else if (action < 0) {
-      Reduce(-action);
+      if (ends) break;
     } else {
       Recover();
+      if (given_up_ || IsTooDeep()) break;
     }
   }
   return errors_found_;
@@ -407,7 +420,7 @@ bool T3Parser::InBlock(const Overlay& states) {
 /// Whether the next token could continue at some state of the way that continuation tokens lead to the end. A
 /// semicolon ends what was skipped before it, and not the block of statements or declarations around.
 bool T3Parser::CouldRestart() {
-  const int symbol = Peek(0).symbol;
+  const int symbol = Peek().symbol;
   if (symbol == 0) return true;
   Overlay path(stack_);
   for (long step = 0; step < kMaxInsertions; ++step) {
@@ -423,11 +436,12 @@ bool T3Parser::CouldRestart() {
 }
 
 void T3Parser::InsertUntilAccepted() {
-  for (long inserted = 0; !CouldContinue(Overlay(stack_), Peek(0).symbol, 0); ++inserted) {
+  for (long inserted = 0; !CouldContinue(Overlay(stack_), Peek().symbol, 0); ++inserted) {
     if (inserted == kMaxInsertions) {
       given_up_ = true;
       return;
     }
+    stack_.MakeRoom();
     const int next = gParserContinuation[stack_.back()];
     if (next < 0) {
       Reduce(-next);
@@ -444,7 +458,7 @@ void T3Parser::InsertUntilAccepted() {
     }
     Token token{next, TokenOf(next), {}};
     scanner_->ErrorAttribute(token.token, &token.attribute);
-    errors_->ErrorMessageI(kCodeTokenInserted, kRepair, Peek(0).attribute.Position, kInfoText,
+    errors_->ErrorMessageI(kCodeTokenInserted, kRepair, Peek().attribute.Position, kInfoText,
                            yyGetTokenName(static_cast<unsigned short>(token.token)));
     if (next == kSym_LeftBrace) ++inserted_braces_;
     if (next == kSym_RightBrace && inserted_braces_ > 0)
@@ -469,7 +483,7 @@ bool T3Parser::IsSurplusBrace() {
 }
 
 void T3Parser::Recover() {
-  if (Peek(0).symbol == kSym_RightBrace && IsSurplusBrace()) return DropToken();
+  if (Peek().symbol == kSym_RightBrace && IsSurplusBrace()) return DropToken();
   ++gParseErrors;
   ++errors_found_;
   if (gParseErrors > gT3CommandLine.maximum_errors) {
@@ -477,19 +491,19 @@ void T3Parser::Recover() {
     return;
   }
   // A brace that was written has closed what an inserted one opened, and is missing at the end.
-  if (Peek(0).symbol != 0 || inserted_braces_ == 0) ReportFault(Peek(0));
+  if (Peek().symbol != 0 || inserted_braces_ == 0) ReportFault(Peek());
   // A token that cannot restart is skipped wherever it stands; each kind is tried once.
   std::vector<bool> refused(static_cast<size_t>(kSymbolCount));
   bool skipped = false, ended = false;
-  while (!ended && (refused[static_cast<size_t>(Peek(0).symbol)] || !CouldRestart())) {
-    refused[static_cast<size_t>(Peek(0).symbol)] = true;
-    ended = Peek(0).symbol == kSym_Semicolon && InBlock(Overlay(stack_));
-    if (Peek(0).symbol == kSym_LeftBrace) ++skipped_braces_;
-    if (Peek(0).symbol == kSym_RightBrace && skipped_braces_ > 0) --skipped_braces_;
+  while (!ended && (refused[static_cast<size_t>(Peek().symbol)] || !CouldRestart())) {
+    refused[static_cast<size_t>(Peek().symbol)] = true;
+    ended = Peek().symbol == kSym_Semicolon && InBlock(Overlay(stack_));
+    if (Peek().symbol == kSym_LeftBrace) ++skipped_braces_;
+    if (Peek().symbol == kSym_RightBrace && skipped_braces_ > 0) --skipped_braces_;
     DropToken();
     skipped = true;
   }
-  resumed_ = Peek(0).attribute.Position;
+  resumed_ = Peek().attribute.Position;
   if (skipped) {
     errors_->ErrorMessage(kCodeRestartPoint, kInformation, resumed_);
     // What was being read is not what was written.

@@ -32,33 +32,48 @@ class T3Parser {
     T3Token token;
     T3Scanner_tScanAttribute attribute;
   };
-  /// The states of the automaton, and the depths at which a list of recipients was opened. A state is set
-  /// when the one below it is on top; nothing is moved or cleared for one that is taken off.
+  /// The states of the automaton with the values of their symbols, and the depths at which a list of
+  /// recipients was opened. Whoever pushes makes room before.
   class Stack {
    public:
-    explicit Stack(int start) : states_(kFirstRoom), depth_(1) { states_[0] = start; }
-    size_t size() const { return depth_; }
-    int back() const { return states_[depth_ - 1]; }
-    int at(size_t depth) const { return states_[depth]; }
-    void Push(int state) {
-      if (depth_ == states_.size()) [[unlikely]]
-        states_.resize(2 * depth_);
-      states_[depth_++] = state;
+    explicit Stack(int start) : slots_(kFirstRoom) { Restart(start); }
+    Stack(const Stack&) = delete;
+    Stack& operator=(const Stack&) = delete;
+    void Restart(int start) {
+      Place(0);
+      top_->state = start;
+      innermost_list_ = 0;
+      outer_lists_.clear();
     }
+    size_t size() const { return static_cast<size_t>(top_ - slots_.data()) + 1; }
+    int back() const { return top_->state; }
+    int at(size_t depth) const { return slots_[depth].state; }
+    /// Makes room for one more state.
+    void MakeRoom() {
+      if (top_ == last_) [[unlikely]]
+        Grow();
+    }
+    /// Whether there is no room for another state; a stack that is too deep has none when it has become so.
+    bool IsFull() const { return top_ == last_; }
+    /// A new slot on top, whose state and value the caller sets.
+    T3Value& Push() { return *++top_; }
+    /// The first of `count` slots on top, or the free one above for none.
+    T3Value* Top(size_t count) { return top_ + 1 - count; }
     void Pop(size_t count) {
-      depth_ -= count;
-      while (innermost_list_ > depth_) CloseAddressList();
+      top_ -= count;
+      if (innermost_list_ != 0) [[unlikely]]
+        CloseAddressLists();
     }
-    int BelowTop() const { return states_[depth_ - 2]; }
+    int BelowTop() const { return top_[-1].state; }
     /// Exchanges the state on top, which is not the parenthesis of a list of recipients.
-    void Replace(int state) { states_[depth_ - 1] = state; }
+    void Replace(int state) { top_->state = state; }
     void OpenAddressList() {
       outer_lists_.push_back(innermost_list_);
-      innermost_list_ = depth_;
+      innermost_list_ = size();
     }
     bool InAddressList() const {
       // On top lies the first element, below it the parenthesis.
-      return innermost_list_ != 0 && innermost_list_ == depth_ - 1;
+      return innermost_list_ != 0 && innermost_list_ == size() - 1;
     }
     /// Whether a list of recipients was opened at a depth.
     bool IsAddressList(size_t depth) const {
@@ -67,14 +82,28 @@ class T3Parser {
     }
 
    private:
-    void CloseAddressList() {
-      innermost_list_ = outer_lists_.back();
-      outer_lists_.pop_back();
+    void Place(size_t top) {
+      const size_t last = slots_.size() - 1;
+      top_ = slots_.data() + top;
+      last_ = slots_.data() + (top < kMaxParseDepth ? std::min(last, kMaxParseDepth) : last);
+    }
+    void Grow() {
+      const size_t top = size() - 1;
+      if (top + 1 == slots_.size()) slots_.resize(2 * slots_.size());
+      Place(top);
+    }
+    void CloseAddressLists() {
+      while (innermost_list_ > size()) {
+        innermost_list_ = outer_lists_.back();
+        outer_lists_.pop_back();
+      }
     }
 
-    static constexpr size_t kFirstRoom = 512;
-    std::vector<int> states_;
-    size_t depth_;
+    static constexpr size_t kFirstRoom = 64;
+    std::vector<T3Value> slots_;
+    // The slot on top, and the one that is it when the stack is full or too deep.
+    T3Value* top_ = nullptr;
+    T3Value* last_ = nullptr;
     // The depths at which lists of recipients were opened; 0 for none.
     size_t innermost_list_ = 0;
     std::vector<size_t> outer_lists_;
@@ -85,7 +114,12 @@ class T3Parser {
       return buffer_[first_ + ahead];
     return ReadAhead(ahead);
   }
+  const Token& Peek() {
+    if (first_ == end_) ReadNext();
+    return buffer_[first_];
+  }
   void Read(Token& token);
+  void ReadNext();
   const Token& ReadAhead(size_t ahead);
   void DropToken() {
     if (++first_ == end_) first_ = end_ = 0;
@@ -101,15 +135,16 @@ class T3Parser {
   int Decide(const States& states, int symbol, size_t ahead, int shift);
   bool Take(Overlay& states, int symbol, size_t ahead);
   bool CouldContinue(const Overlay& states, int symbol, size_t ahead);
-  int Action(const Stack& stack, size_t ahead);
+  template <class Next>
+  int Action(const Stack& stack, size_t ahead, const Next& next);
+  bool IsTooDeep();
   void PushState(Stack& stack, int state, int symbol, size_t ahead);
   bool Trial(int goal_rule, size_t ahead, int first_symbol);
   void NoteScope(const Token& token);
   void Shift(int state, const Token& token);
   void Reduce(int rule);
   void JoinInserted(size_t depth);
-  T3Value& ValueAt(size_t at);
-  void RefuseDepth();
+  void ActOnRepaired(const T3RuleRow& row, T3Value* result);
   void Recover();
   void ReportFault(const Token& token);
   bool IsSurplusBrace();
@@ -120,9 +155,8 @@ class T3Parser {
   T3Scanner* scanner_;
   Errors* errors_;
   Stack stack_;
-  // The value of each state on the stack.
-  std::vector<T3Value> values_;
-  size_t value_room_ = 0;
+  // That of a trial, of which there is one at a time.
+  Stack trial_stack_;
   // Tokens read ahead lie from `first_` up to `end_`.
   std::vector<Token> buffer_;
   size_t first_ = 0;

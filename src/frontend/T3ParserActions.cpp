@@ -9,7 +9,7 @@
 
 namespace t3_actions {
 
-static T3Tree& t = gT3AST;
+static constexpr T3Tree& t = gT3AST;
 
 Node NoType() {
   static const Node node = gT3AST.mT3NoType(NoPosition);

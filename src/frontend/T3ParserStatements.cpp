@@ -4,7 +4,7 @@
 
 namespace t3_actions {
 
-static T3Tree& t = gT3AST;
+static constexpr T3Tree& t = gT3AST;
 
 Node PrependPar(Node reversed, Node par) {
   par->as<_T3FormalPar>()->next = reversed;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <utility>
 
 #include "T3GrammarSizes.h"
 #include "frontend/T3Tree.h"
@@ -17,30 +18,43 @@ struct T3Value {
     bool flag;
   };
   tPosition position;
+  /// The state of the parser behind the symbol; of no concern to the actions.
+  int state = 0;
 };
 
-/// Where the actions of a state begin in the tables, and the rule to reduce where they name none.
+/// What the action of a rule does: `values` points to the value of its last symbol, and the result lies in
+/// the place of the first, which an action reads before it sets the result. The result of a rule without
+/// symbols is zero before.
+struct T3ParserState;
+using T3Action = void (*)(T3Value& result, T3Value* values, T3ParserState& state);
+
+/// A state: where its actions begin in the table, or below 0 minus the rule that it reduces whatever follows;
+/// and where the states begin that follow a reduction.
 struct T3StateRow {
   short actions;
-  short default_rule;
-};
-/// A rule: its left symbol, where the states that follow its reduction begin in the tables, the one that
-/// follows where they name none, and the number of symbols on the right.
-struct T3RuleRow {
-  short left;
   short gotos;
-  short default_goto;
+};
+/// An action belongs to a state where it names the symbol: above 0 a state to shift to, below 0 minus a rule
+/// to reduce. Where no action does, there is a fault.
+struct T3TableEntry {
+  short symbol;
+  short action;
+};
+/// A rule: its action or null, its left symbol, and the number of symbols on the right.
+struct T3RuleRow {
+  T3Action action;
+  short left;
   unsigned char length;
   /// The reduction exchanges one state for another and does nothing else.
-  bool plain;
+  bool IsPlain() const { return length == 1 && action == nullptr; }
 };
 
-/// The LALR tables in Bison's compressed form, what belongs to a state or a rule in one row. What a row
-/// names begins there in `gParserTable`, and holds where `gParserCheck` names the symbol or the state.
-extern const std::array<T3StateRow, kStateCount> gParserStates;
+/// The LALR tables. The rows of the states lie over each other, so that an action and its check are one look
+/// at memory; a step leads past the states that only exchange themselves for another.
+extern const T3StateRow gParserStates[];
+extern const T3TableEntry gParserTable[];
+extern const short gParserGotos[];
 extern const std::array<T3RuleRow, kRuleCount + 1> gParserRules;
-extern const std::array<short, kTableLast + 1> gParserTable;
-extern const std::array<short, kTableLast + 1> gParserCheck;
 
 /// The token, as an internal symbol, that leads from each state by a short way to the end of the input, or
 /// minus the rule to reduce.
@@ -77,7 +91,3 @@ struct T3ParserState {
   /// The position of the last token shifted.
   tPosition last_token;
 };
-
-/// Runs the action of rule `rule`: `values` points to the value of its last symbol.
-/// Without an action the result stays what it is: the value of the rule's first symbol.
-void T3Actions(int rule, T3Value& result, T3Value* values, T3ParserState& state);

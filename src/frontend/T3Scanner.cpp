@@ -27,6 +27,8 @@ constexpr uint8_t kDigit = 4;
 constexpr uint8_t kUnderscore = 8;
 constexpr uint8_t kHexLetter = 16;
 constexpr uint8_t kWildcard = 32;
+// What may stand between tokens, or begin what does.
+constexpr uint8_t kBetween = 64;
 constexpr uint8_t kNameByte = kLower | kUpper | kDigit | kUnderscore;
 
 constexpr std::array<uint8_t, 256> MakeByteClasses() {
@@ -36,6 +38,7 @@ constexpr std::array<uint8_t, 256> MakeByteClasses() {
   for (int c = '0'; c <= '9'; ++c) classes[static_cast<size_t>(c)] = kDigit;
   for (const char c : {'a', 'b', 'c', 'd', 'e', 'f', 'A', 'B', 'C', 'D', 'E', 'F'})
     classes[static_cast<size_t>(c)] |= kHexLetter;
+  for (const char c : {' ', '\r', '\t', '\n', '/', '\0'}) classes[static_cast<size_t>(c)] = kBetween;
   classes['_'] = kUnderscore;
   classes['?'] = kWildcard;
   classes['*'] = kWildcard;
@@ -173,11 +176,10 @@ void T3Scanner::ErrorAttribute(T3Token token, T3Scanner_tScanAttribute* attribut
     attribute->string = gStringM.EmptyString();
 }
 
-// Stores the text of a value. One that the store cannot hold is reported and stored up to the limit.
+// Stores the text of a value.
 tStringRef T3Scanner::Keep(std::string_view text, const char* what) {
   if (text.size() > kMaxStringLength) [[unlikely]]
-    gErrors.Message(std::string(what) + " is longer than " + std::to_string(kMaxStringLength) + " characters",
-                    kError, attribute_.Position);
+    TellTooLong(what);
   return gStringM.PutString(text);
 }
 
@@ -186,7 +188,8 @@ T3Token T3Scanner::GetToken() {
     attribute_.Position = Here(next_);
     const T3Token token = ScanToken();
     // Token 0 stands for nothing found: an illegal byte, or a literal that does not end.
-    if (token != T3Token::EndOfFile) return token;
+    if (token != T3Token::EndOfFile) [[likely]]
+      return token;
   }
   attribute_.Position = Here(next_);
   attribute_.string = gStringM.EmptyString();
@@ -194,35 +197,41 @@ T3Token T3Scanner::GetToken() {
 }
 
 // Moves to the next byte of a token; false at the end of the file.
-bool T3Scanner::SkipBlanks() {
+inline bool T3Scanner::SkipBlanks() {
   for (;;) {
-    switch (*next_) {
-      case ' ':
-      case '\r':
-        ++next_;
-        break;
+    const char* at = next_;
+    while (*at == ' ') ++at;
+    next_ = at;
+    if (!(ByteClass(*at) & kBetween)) return true;
+    switch (*at) {
       case '\t':
-        Tab(next_++);
+        Tab(at);
         break;
       case '\n':
-        NewLine(next_++);
+        NewLine(at);
         break;
       case '/':
-        if (next_[1] == '/') {
-          const void* newline = std::memchr(next_, '\n', static_cast<size_t>(end_ - next_));
-          next_ = newline != nullptr ? static_cast<const char*>(newline) : end_;
-        } else if (next_[1] == '*') {
-          if (!SkipComment()) return false;
-        } else {
+        if (at[1] == '/') {
+          SkipLine();
+        } else if (at[1] != '*') {
           return true;
+        } else if (!SkipComment()) {
+          return false;
         }
-        break;
+        continue;
       case '\0':
-        return next_ != end_;
+        return at != end_;
       default:
-        return true;
+        break;
     }
+    ++next_;
   }
+}
+
+// Moves to the end of the line.
+void T3Scanner::SkipLine() {
+  const void* newline = std::memchr(next_, '\n', static_cast<size_t>(end_ - next_));
+  next_ = newline != nullptr ? static_cast<const char*>(newline) : end_;
 }
 
 void T3Scanner::WarnOfNesting(const char* at) const {
@@ -264,9 +273,12 @@ inline T3Token T3Scanner::Take(T3Token token, size_t length) {
   return token;
 }
 
-T3Token T3Scanner::ScanToken() {
+inline T3Token T3Scanner::ScanToken() {
   if (at_pattern_) [[unlikely]]
     return PatternText();
+  const uint8_t byte_class = ByteClass(*next_);
+  if (byte_class & (kLower | kUpper)) return NameOrKeyword();
+  if (byte_class & kDigit) return Number();
   const char next = next_[1];
   switch (*next_) {
     case '.':
@@ -321,16 +333,12 @@ T3Token T3Scanner::ScanToken() {
     case '_':
       return Macro();
     default:
-      break;
+      return IllegalByte();
   }
-  const uint8_t byte_class = ByteClass(*next_);
-  if (byte_class & (kLower | kUpper)) return NameOrKeyword();
-  if (byte_class & kDigit) return Number();
-  return IllegalByte();
 }
 
-// Behind a syntax error of its line a byte says nothing new, and one in its line follows from it; nor does the
-// quote that ends what has been told at the one before it.
+// Behind a syntax error of its line a byte says nothing new, and one in its line follows from it; nor does
+// the quote that ends what has been told at the one before it.
 T3Token T3Scanner::IllegalByte() {
   const std::string text(next_, LengthOfCharacter(next_));
   const bool told = next_ == told_quote_;
@@ -359,11 +367,22 @@ T3Token T3Scanner::NameOrKeyword() {
       return keyword->token;
     }
   }
-  if (length > kMaxStringLength) [[unlikely]]
-    gErrors.Message("identifier is longer than " + std::to_string(kMaxStringLength) + " characters", kError,
-                    attribute_.Position);
-  attribute_.ident = gIdents.MakeIdent(std::string_view(begin, std::min(length, kMaxStringLength)));
+  return Name(std::string_view(begin, length));
+}
+
+inline T3Token T3Scanner::Name(std::string_view name) {
+  if (name.size() > kMaxStringLength) [[unlikely]] {
+    TellTooLong("identifier");
+    name = name.substr(0, kMaxStringLength);
+  }
+  attribute_.ident = gIdents.MakeIdent(name);
   return T3Token::identifier;
+}
+
+// Tells that the store cannot hold the text of a token, which is stored up to the limit.
+[[gnu::cold]] void T3Scanner::TellTooLong(const char* what) const {
+  gErrors.Message(std::string(what) + " is longer than " + std::to_string(kMaxStringLength) + " characters",
+                  kError, attribute_.Position);
 }
 
 // A text behind the keyword has its own rules; any other token behind it, or a comment, takes them away.

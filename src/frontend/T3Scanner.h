@@ -63,6 +63,8 @@ class T3Scanner {
   void Enter(LargeBlock text, size_t size);
   T3Token IllegalByte();
   T3Token NameOrKeyword();
+  T3Token Name(std::string_view name);
+  void TellTooLong(const char* what) const;
   T3Token Number();
   T3Token DigitString();
   T3Token Macro();
@@ -71,6 +73,7 @@ class T3Scanner {
   T3Token PatternText();
   T3Token ScanToken();
   bool SkipBlanks();
+  void SkipLine();
   bool SkipComment();
   void WarnOfNesting(const char* at) const;
   void Tab(const char* at);

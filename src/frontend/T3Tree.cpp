@@ -12,15 +12,13 @@
 
 const char* const vexa_location_not_allocated = "__NO_LOCATION_ALLOCATED__";
 
-// A reference, bound to an object that is never destroyed: globals of other units hold nodes.
-T3Tree& gT3AST = *new T3Tree;
+constinit T3TreeOfRun gT3TreeOfRun;
 
 namespace {
 constexpr size_t kBlockSize = 20480;
 constexpr size_t kAttributeBlockSize = 1 << 18;
 // A tree of this size is the beginning of a large run.
 constexpr size_t kLargeTree = 1 << 18;
-constexpr size_t kMaxFileName = 255;
 // A small run is not to pay for a large page.
 constexpr size_t kFirstSlab = 1 << 16;
 constexpr size_t kSlab = 2 * kLargePage;
@@ -111,7 +109,7 @@ void T3Tree::ConfigureT3Tree(const std::string& name, const std::string& value) 
   else if (const auto i = integers.find(name); i != integers.end())
     settings_.*(i->second) = std::atoi(value.c_str());
   else if (name == "DrawFileName")
-    settings_.DrawFileName = value.substr(0, kMaxFileName);
+    settings_.DrawFileName[value.copy(settings_.DrawFileName, sizeof settings_.DrawFileName - 1)] = 0;
   else
     gErrors.ErrorMessageI(kCodeUnknownParameter, kError, NoPosition, kInfoText, name.c_str());
 }

@@ -260,7 +260,7 @@ struct T3TreeSettings {
   int DrawBoxWidth = 0;
   int DrawDepth = 0;
   int DrawLength = 0;
-  std::string DrawFileName;
+  char DrawFileName[256] = {};
 };
 
 /// The arena of all nodes and the root of the module list. One instance, gT3AST, lives to the end.
@@ -385,11 +385,19 @@ class T3Tree {
 
   size_t memory_ = 0;
   uint32_t next_number_ = 0;
-  FILE* check_report_ = stderr;
+  FILE* check_report_ = nullptr;  // standard error where nothing else is set
   T3TreeSettings settings_;
 };
 
-extern T3Tree& gT3AST;
+/// The place of the tree of the run. It is there before any code runs, so that units may bind references to it and
+/// make nodes in whatever order they are initialized, and is never destroyed, since globals of other units hold nodes.
+union T3TreeOfRun {
+  constexpr T3TreeOfRun() : tree() {}
+  ~T3TreeOfRun() {}
+  T3Tree tree;
+};
+extern T3TreeOfRun gT3TreeOfRun;
+inline constexpr T3Tree& gT3AST = gT3TreeOfRun.tree;
 
 inline bool T3NodeLess::operator()(const T3Tree_Node* a, const T3Tree_Node* b) const {
   return a->number < b->number;

@@ -341,7 +341,7 @@ bool T3Tree::AllNodesFit() const {
 // order of the tree, which has to tell where a fault is one of the tree.
 bool T3Tree::CheckT3Tree(T3Tree_Node* root) {
   if (AllNodesFit()) return true;
-  Check check(check_report_);
+  Check check(check_report_ != nullptr ? check_report_ : stderr);
   check.Walk(root);
   return check.passed();
 }

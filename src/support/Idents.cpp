@@ -10,11 +10,47 @@ namespace {
 constexpr size_t kFirstEntries = 1024;
 constexpr int kFirstBits = 10;
 
-// One step of the hash: fold in a character, and keep 28 bits.
-inline uint32_t Mix(uint32_t h, uint32_t character) {
-  h += character;
-  if (h > 0xfffffff) h = (h ^ ((h >> 28) << 4)) & 0xfffffff;
-  return h;
+// Some bytes of a text as a number.
+template <class Number>
+inline uint64_t Load(const char* at) {
+  Number bytes;
+  std::memcpy(&bytes, at, sizeof bytes);
+  return bytes;
+}
+
+// A text of less than eight bytes as a number, which no other one of its length has.
+inline uint64_t ShortText(const char* at, size_t length) {
+  if (length >= 4) return Load<uint32_t>(at) << 32 | Load<uint32_t>(at + length - 4);
+  if (length == 0) return 0;
+  return Load<uint8_t>(at) << 16 | Load<uint8_t>(at + length / 2) << 8 | Load<uint8_t>(at + length - 1);
+}
+
+inline uint64_t Mix(uint64_t h, uint64_t word) {
+  h = (h ^ word) * 0x9e3779b97f4a7c15u;
+  return h ^ h >> 32;
+}
+
+// The last character decides the last bits, and the others all else. The last eight bytes that are looked at
+// may hold some that were before.
+inline uint32_t Hash(std::string_view text) {
+  if (text.empty()) return 0;
+  const char* at = text.data();
+  const size_t length = text.size() - 1;
+  uint64_t h = text.size();
+  if (length < 8) {
+    h = Mix(h, ShortText(at, length));
+  } else {
+    for (const char* const last = at + length - 8; at < last; at += 8) h = Mix(h, Load<uint64_t>(at));
+    h = Mix(h, Load<uint64_t>(text.data() + length - 8));
+  }
+  return static_cast<uint32_t>(h) << 4 ^ static_cast<unsigned char>(text.back());
+}
+
+inline bool IsSame(const char* a, const char* b, size_t length) {
+  if (length < 8) return ShortText(a, length) == ShortText(b, length);
+  for (size_t at = 0; at + 8 < length; at += 8)
+    if (Load<uint64_t>(a + at) != Load<uint64_t>(b + at)) return false;
+  return Load<uint64_t>(a + length - 8) == Load<uint64_t>(b + length - 8);
 }
 }  // namespace
 
@@ -47,16 +83,6 @@ Idents::Idents() {
   MakeIdent(L"");
 }
 
-uint32_t Idents::Hash(std::string_view text) {
-  uint32_t h = 0;
-  uint32_t last = 0;
-  for (const char c : text) {
-    last = Mix(h, static_cast<unsigned char>(c));
-    h = last << 4;
-  }
-  return last;
-}
-
 tIdent Idents::Enter(Table& table, Slot& slot, uint32_t hash, const Entry& entry) {
   slot = {hash, static_cast<int32_t>(entries_.size())};
   const tIdent ident = slot.ident;
@@ -70,7 +96,7 @@ tIdent Idents::MakeIdent(std::string_view text) {
   Slot& slot = narrow_.Find(hash, [&](int32_t ident) {
     const Entry& entry = entries_[static_cast<size_t>(ident)];
     return static_cast<size_t>(entry.length) == text.size() &&
-           std::memcmp(StringM::StGetCStr(entry.string), text.data(), text.size()) == 0;
+           IsSame(StringM::StGetCStr(entry.string), text.data(), text.size());
   });
   if (slot.ident != kFree) return slot.ident;
   const tStringRef string = gStringM.PutString(text);
@@ -82,12 +108,8 @@ tIdent Idents::MakeIdent(const wchar_t* text) {
 }
 
 tIdent Idents::MakeIdent(const wchar_t* text, int length) {
-  uint32_t h = 0;
   uint32_t hash = 0;
-  for (int i = 0; i < length; ++i) {
-    hash = Mix(h, static_cast<uint32_t>(text[i]));
-    h = hash << 4;
-  }
+  for (int i = 0; i < length; ++i) hash = static_cast<uint32_t>(Mix(hash, static_cast<uint32_t>(text[i])));
   Slot& slot = wide_.Find(hash, [&](int32_t ident) {
     const Entry& entry = entries_[static_cast<size_t>(ident)];
     return entry.length == length &&

@@ -40,9 +40,6 @@ class Idents {
   void WriteIdent(FILE* stream, tIdent ident) const;
   void WriteWIdent(FILE* stream, tIdent ident) const;
 
-  /// The hash of a name, before the reduction to the number of buckets.
-  static uint32_t Hash(std::string_view text);
-
  private:
   struct Entry {
     tStringRef string;
@@ -61,8 +58,8 @@ class Idents {
     Slot& Find(uint32_t hash, const Same& same);
     /// Tells that a free slot was filled.
     void Added();
-    /// The last characters of a name decide most of its hash, and names with the same numbers share those;
-    /// names that are numbered one behind the other are neighbours.
+    /// The last character of a name decides the last bits of its hash: names that are numbered one behind the
+    /// other are neighbours.
     size_t Place(uint32_t hash) const {
       return (((hash >> 4) * 0x9e3779b1u >> shift) + (hash & 15)) & (slots.size() - 1);
     }

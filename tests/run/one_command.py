@@ -62,8 +62,14 @@ def check_changes(place):
     place.run("Root.ttcn", out="Root.TC: pass ")
     if times != place.times():
         sys.exit("built again for a comment")
-    for gone in ("Root.c", "Root.h", "Root.o", "Root.run", "makefile"):
-        (place.folder / ".orvane-run" / gone).unlink()
+    for i, damaged in enumerate(sorted((place.folder / ".orvane-run").glob("*[!k]"))):
+        size = damaged.stat().st_size
+        damaged.unlink()
+        if i % 3 == 1:
+            damaged.mkdir()
+        elif i % 3 == 2:
+            damaged.write_bytes(bytes(size // 2))
+            os.utime(damaged, (4e9, 4e9))
         place.run("Root.ttcn", out="Root.TC: pass ")
     place.write("Root.ttcn", SUITE % ("Root", "const integer c := x;", "pass"))
     place.run("Root.ttcn", status=247, err='no declaration for "x"')
@@ -84,6 +90,8 @@ def check_arguments(place):
     place.run("Root.ttcn", "--no-such-option", status=2, err="unknown option '--no-such-option'")
     place.write("Other.ttcn", SUITE % ("Other", "", "pass"))
     place.run("Root.ttcn", "Other.ttcn", status=2, err="several modules could be the root, name one with -r: Root Other")
+    place.run("Root.ttcn", "Root.ttcn", status=247, err="Root")
+    place.run("-f", ".", "Root.ttcn", status=2, err="cannot read .")
     place.run("-d", ".", "Root.ttcn", status=2, err="holds something else")
     place.run("--list", status=2, err="no TTCN-3 file")
 
@@ -91,11 +99,23 @@ def check_arguments(place):
 def check_sources(place, example):
     """Sources of the user's own, which are built anew with their headers, and ASN.1 modules."""
     place.write("adapter.c", ADAPTER)
-    for value in (3, 4):
+    for value in (3, 4, 5):
         place.write("value.h", f"#define VALUE {value}\n")
+        os.utime(place.folder / "value.h", (1e9 - value, 1e9 - value))
         place.run("Root.ttcn", "adapter.c", out=f"value {value}")
     place.write("Root.c", "")
     place.run("Root.ttcn", "Root.c", status=2, err="Root.c would have the object of module Root")
+    objects = place.times()
+    (place.folder / ".orvane-run" / "report.xml").write_text("", encoding="utf-8")
+    place.run("Root.ttcn", "adapter.c", out="value 5")
+    if objects != place.times() or not (place.folder / ".orvane-run" / "report.xml").exists():
+        sys.exit("a file of the user's in the folder has it built again, or is removed")
+    odd = place.folder / "it's $(odd); #"
+    odd.mkdir()
+    shutil.copy(place.folder / "adapter.c", odd / "an adapter.c")
+    for value in (6, 7):
+        (odd / "value.h").write_text(f"#define VALUE {value}\n", encoding="utf-8")
+        place.run("Root.ttcn", str(odd / "an adapter.c"), out=f"value {value}")
     place.write("adapter.c", "no C\n")
     place.run("Root.ttcn", "adapter.c", status=2, err="adapter.c")
     files = [str(path) for kind in ("ttcn", "asn", "c") for path in sorted(example.resolve().glob("*." + kind))]

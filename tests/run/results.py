@@ -198,6 +198,8 @@ def check_choice(suite, steered):
     merged = subprocess.run([sys.executable, str(SHARE / "orvane-merge"), "merged.xml", "1.xml", "2.xml", "3.xml"], cwd=suite.folder)
     check(merged.returncode == 1, "status of a merge")
     check_junit(suite, "merged.xml", tests=7, failures=2, errors=1)
+    names = re.findall(r'testcase name="(\w+)"', (suite.folder / "merged.xml").read_text())
+    check(names == re.findall(r"(?m)^Outcome\.(\w+)", ALL_OUT), "order of a merge", names)
     lines = sorted(line for part in parts for line in part.splitlines() if line.startswith("Outcome"))
     check(lines == sorted(ALL_OUT.splitlines()[:7]), "the parts of a run", parts)
     for arguments, status, names in (("-t TC_p*,TC_n*", 0, "pass none"), ("-t Outcome.TC_?a*,!*fail,!TC_wait,!TC_*t?h,!TC_la*", 0, "pass race"),

@@ -99,10 +99,12 @@ std::vector<Module> FindModules(const std::vector<std::string>& files) {
 std::string FindRoot(const std::vector<Module>& modules) {
   std::set<std::string_view> imported;
   for (const Module& module : modules) imported.insert(module.imports.begin(), module.imports.end());
+  // two of one name are the compiler's to report
+  std::set<std::string_view> seen;
   std::vector<const Module*> tops;
   std::vector<const Module*> with_control;
   for (const Module& module : modules) {
-    if (imported.contains(module.name)) continue;
+    if (imported.contains(module.name) || !seen.insert(module.name).second) continue;
     tops.push_back(&module);
     if (module.has_control) with_control.push_back(&module);
   }

@@ -10,9 +10,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <sstream>
+
+#include "run/FileStates.h"
 
 namespace run {
 
@@ -49,12 +50,16 @@ std::filesystem::path Installation() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
 }
 
-bool IsInstalled(const std::string& program) {
+std::filesystem::path FindProgram(const std::string& program) {
   const char* path = std::getenv("PATH");
   std::istringstream folders(path == nullptr ? "" : path);
   for (std::string folder; std::getline(folders, folder, ':');)
-    if (access((folder + "/" + program).c_str(), X_OK) == 0) return true;
-  return false;
+    if (const std::string place = folder + "/" + program; access(place.c_str(), X_OK) == 0) return place;
+  return {};
+}
+
+bool IsInstalled(const std::string& program) {
+  return !FindProgram(program).empty();
 }
 
 unsigned Processors() {
@@ -68,7 +73,7 @@ int RunProgram(const std::vector<std::string>& command, const std::filesystem::p
   int status = 0;
   while (waitpid(child, &status, 0) < 0)
     if (errno != EINTR) Fail("no end of " + command.front(), errno);
-  if (status != 0) std::cerr << std::ifstream(output).rdbuf() << std::flush;
+  if (status != 0) std::cerr << ReadFile(output) << std::flush;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 

@@ -9,6 +9,8 @@ namespace run {
 
 /// The folder above the one that holds this program.
 std::filesystem::path Installation();
+/// Where on the path a program of this name is; empty without one.
+std::filesystem::path FindProgram(const std::string& program);
 /// True when a program of this name is on the path.
 bool IsInstalled(const std::string& program);
 /// How many processors this process may use.

@@ -93,7 +93,8 @@ Request ReadRequest(int argc, char** argv) {
     const std::string argument = argv[i];
     const Option* option = own ? FindOption(argument) : nullptr;
     if (option != nullptr) {
-      if (option->has_argument && i + 1 == argc) throw "option '" + argument + "' needs a value";
+      if (option->has_argument && (i + 1 == argc || *argv[i + 1] == '\0'))
+        throw "option '" + argument + "' needs a value";
       option->set(request, option->has_argument ? argv[++i] : "");
     } else if (own && argument == "--") {
       own = false;

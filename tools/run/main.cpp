@@ -1,14 +1,14 @@
 // From sources to verdicts by one command: finds the root module, compiles and builds what changed, and
 // becomes the suite.
-#include <sys/stat.h>
-
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <map>
 
 #include "run/BuildFolder.h"
+#include "run/FileStates.h"
 #include "run/Modules.h"
 #include "run/Programs.h"
 #include "run/Request.h"
@@ -18,6 +18,9 @@ namespace run {
 namespace {
 
 using std::filesystem::path;
+
+/// With less free space a failed build may be due to that.
+constexpr std::uintmax_t kScarce = 16 << 20;
 
 /// A suite on its way: what was asked for, and what was found out about it.
 struct Suite {
@@ -48,40 +51,6 @@ void RefuseEqualObjects(const Suite& suite) {
   }
 }
 
-/// When a file changed, to the second and, behind that, all else that tells two states of it apart.
-std::string TimeOf(const path& file) {
-  struct stat info = {};
-  if (stat(file.c_str(), &info) != 0) return "missing\n";
-  return std::to_string(info.st_mtim.tv_sec) + " " + std::to_string(info.st_mtim.tv_nsec) + " " +
-         std::to_string(info.st_size) + " " + std::to_string(info.st_ino) + "\n";
-}
-
-std::string Times(const std::vector<std::string>& files) {
-  std::string times;
-  for (const std::string& file : files) times += TimeOf(file);
-  return times;
-}
-
-/// By what, and of what, the suite is built: another setup has nothing to use again.
-std::string Setup(const Suite& suite) {
-  std::string text = suite.root + "\n" + suite.mcfg.string() + "\n" + TimeOf(suite.mcfg);
-  for (const char* part :
-       {"bin/orvane", "bin/mesk", "lib/liblumos.a", "lib/libasn1home.a", "include/lumos.h"})
-    text += TimeOf(suite.installation / part);
-  for (const std::string& option : suite.request.compiler_options) text += "option " + option + "\n";
-  for (const std::string& file : suite.request.Files()) text += "file " + file + "\n";
-  for (const Module& module : suite.modules) text += "module " + module.name + "\n";
-  return text + Times(suite.request.objects);
-}
-
-/// The words of files for an MCFG file that is used in `folder`.
-std::string Words(const std::vector<std::string>& files, const path& folder) {
-  std::string words;
-  for (const std::string& file : files)
-    words += " \"" + std::filesystem::proximate(std::filesystem::absolute(file), folder).string() + "\"";
-  return words;
-}
-
 /// Linking a large suite takes longer than compiling a module of it: the option for a faster linker than the
 /// usual one, where one is installed and neither the tools nor objects are the user's own.
 std::string LinkerFlags(const Suite& suite) {
@@ -91,22 +60,73 @@ std::string LinkerFlags(const Suite& suite) {
   return "";
 }
 
+/// Names that make and compilers take from elsewhere than the command.
+constexpr const char* kVariables[] = {"MAKEFLAGS",      "GNUMAKEFLAGS",       "MAKEFILES",   "CPATH",
+                                      "C_INCLUDE_PATH", "CPLUS_INCLUDE_PATH", "LIBRARY_PATH"};
+constexpr const char* kTools[] = {"tcc", "cc", "c++"};
+constexpr const char* kInstalled[] = {
+    "bin/orvane",      "bin/mesk",       "bin/mkprefil",      "bin/asn2c",
+    "bin/asn2per",     "lib/liblumos.a", "lib/libasn1home.a", "lib/liblumos_json.a",
+    "include/lumos.h", "include/tri.h",  "include/tci.h",     "include/asn2lumos.h"};
+
+/// By what, of what and where the suite is built: another setup has nothing to use again.
+std::string Setup(const Suite& suite) {
+  const Request& request = suite.request;
+  std::string text = suite.root + "\n" + std::filesystem::absolute(request.folder).string() + "\n" +
+                     suite.mcfg.string() + " " + StateOf(suite.mcfg) + "\n" + suite.installation.string();
+  for (const char* part : kInstalled) text += " " + StateOf(suite.installation / part);
+  for (const char* tool : kTools) text += " " + StateOf(FindProgram(tool));
+  text += "\n" + LinkerFlags(suite);
+  for (const char* name : kVariables)
+    if (const char* value = std::getenv(name)) text += std::string(name) + " " + value + "\n";
+  for (const std::string& option : request.compiler_options) text += "option " + option + "\n";
+  for (const std::string& file : request.Files())
+    text += "file " + std::filesystem::absolute(file).string() + "\n";
+  for (const Module& module : suite.modules) text += "module " + module.name + "\n";
+  return text;
+}
+
+/// What makefiles and shells take for nothing else; blanks are guarded in both.
+bool IsPlain(const std::string& name) {
+  return std::ranges::all_of(name, [](unsigned char c) {
+    return c >= 0x80 || std::isalnum(c) != 0 ||
+           std::string_view("_./+-,@ ").find(c) != std::string_view::npos;
+  });
+}
+
+/// How make, in `folder`, may call a file. A folder's name that make would not take is reached by a link.
+std::string NameForMake(const path& file, const path& folder, size_t number) {
+  const path name = std::filesystem::proximate(std::filesystem::absolute(file), folder);
+  if (IsPlain(name)) return name;
+  if (!IsPlain(file.filename())) throw file.string() + " has a name that make cannot take; rename it";
+  const path link = "from" + std::to_string(number);
+  std::filesystem::remove_all(folder / link);
+  std::filesystem::create_directory_symlink(std::filesystem::absolute(file).parent_path(), folder / link);
+  return link / file.filename();
+}
+
+/// The words of files for an MCFG file that is used in `folder`, with a space of numbers for links.
+std::string Words(const std::vector<std::string>& files, const path& folder, size_t number) {
+  std::string words;
+  for (const std::string& file : files) words += " \"" + NameForMake(file, folder, number++) + "\"";
+  return words;
+}
+
 /// The tools' MCFG file with what this suite needs: its sources, objects that know their headers, and the
 /// names that this program relies on.
 void WriteMcfg(const Suite& suite, const path& folder) {
-  std::ifstream tools(suite.mcfg, std::ios::binary);
-  std::ostringstream text;
-  text << tools.rdbuf();
-  if (!tools.is_open() || text.bad()) throw "cannot read " + suite.mcfg.string();
+  const std::string tools = ReadFile(suite.mcfg);
+  if (tools.empty()) throw "cannot read " + suite.mcfg.string();
   std::ofstream out(folder / "suite.mcfg", std::ios::binary);
-  out << text.str() << "\n</SECTION>\n"
+  out << tools << "\n</SECTION>\n"
       << "BUILD_LIBRARY = no\nMAINFILE = yes\nMAKEFILE_NAME = makefile\nETS_NAME = " << suite.executable()
       << "\n"
-      << "USER_SRCS +=" << Words(suite.request.sources, folder) << "\n"
-      << "USER_OBJS +=" << Words(suite.request.objects, folder) << "\n"
-      << LinkerFlags(suite) << "USER_CC_FLAGS += -MD -MP\nGENERATED_CC_FLAGS += -MD\nINCLUDE += headers.mk\n";
-  std::ofstream(folder / "headers.mk", std::ios::binary) << "include $(wildcard *.d)\n";
-  if (!out.flush()) throw "cannot write " + (folder / "suite.mcfg").string();
+      << "USER_SRCS +=" << Words(suite.request.sources, folder, 0) << "\n"
+      << "USER_OBJS +=" << Words(suite.request.objects, folder, suite.request.sources.size()) << "\n"
+      << LinkerFlags(suite) << "USER_CC_FLAGS += -MD\nGENERATED_CC_FLAGS += -MD\nINCLUDE += rules.mk\n";
+  std::ofstream rules(folder / "rules.mk", std::ios::binary);
+  rules << ".DELETE_ON_ERROR:\n";
+  if (!out.flush() || !rules.flush()) throw "cannot write into " + folder.string();
 }
 
 std::vector<std::string> CompilerCommand(const Suite& suite, const path& folder) {
@@ -130,10 +150,13 @@ std::vector<std::string> CompilerCommand(const Suite& suite, const path& folder)
 }
 
 /// Compiles and builds the suite: 0, or the status of the step that failed.
-int Build(const Suite& suite, const path& folder) {
+int Build(const Suite& suite, const BuildFolder& place) {
+  const path& folder = place.path();
   WriteMcfg(suite, folder);
   const path output = folder / "output";
-  if (const int status = RunProgram(CompilerCommand(suite, folder), output); status != 0) return status;
+  const int status = RunProgram(CompilerCommand(suite, folder), output);
+  place.DropOutdated(suite.executable());
+  if (status != 0) return status;
   if (suite.root.empty()) throw std::string("no module was found");
   const std::vector<std::string> make = {"make",
                                          "-s",
@@ -148,6 +171,18 @@ int Build(const Suite& suite, const path& folder) {
   return RunProgram(make, output) == 0 ? 0 : kStartFault;
 }
 
+/// What could not be built leaves nothing to run. Not all tools tell what they lack.
+void TakeBack(const Suite& suite, const path& folder) {
+  std::error_code error;
+  std::filesystem::remove_all(folder / suite.executable(), error);
+  for (const char* tool : {"cc", "c++"})
+    if (!IsInstalled(tool)) std::cerr << kProgram << ": there is no " << tool << " on the path\n";
+  const auto space = std::filesystem::space(folder, error);
+  if (!error && space.available < kScarce)
+    std::cerr << kProgram << ": only " << space.available / 1024 << " kB are free where " << folder.string()
+              << " lies\n";
+}
+
 Suite MakeSuite(Request request) {
   Suite suite;
   suite.request = std::move(request);
@@ -156,6 +191,8 @@ Suite MakeSuite(Request request) {
   suite.modules = FindModules(suite.request.ttcn_files);
   suite.root = suite.request.root.empty() ? FindRoot(suite.modules) : suite.request.root;
   RefuseEqualObjects(suite);
+  if (!IsPlain(suite.request.folder))
+    throw "make cannot build in " + suite.request.folder + "; name another folder with -d";
   return suite;
 }
 
@@ -169,8 +206,9 @@ int Run(int argc, char** argv) {
   setenv("OSTYPE", "linux", 1);
   const Suite suite = MakeSuite(std::move(request));
   BuildFolder folder(suite.request.folder);
-  folder.Prepare(Setup(suite), Times(suite.request.Files()));
-  const int status = Build(suite, folder.path());
+  folder.Prepare(Setup(suite), suite.request.Files());
+  const int status = Build(suite, folder);
+  if (status != 0) TakeBack(suite, folder.path());
   folder.Settle();
   if (status != 0) return status;
   OpenProgram(folder.path() / suite.executable()).Become(suite.request.suite_arguments);

@@ -1,6 +1,7 @@
 #include "analysis/flow/T3AltStatus.h"
 
 #include <algorithm>
+#include <array>
 
 #include "analysis/types/T3References.h"
 #include "analysis/walk/T3Subtree.h"
@@ -40,6 +41,19 @@ using ByPartsAlone =
 static_assert(T3Covers<_T3Stmt, ChangingSnapshot, HavingSideEffects, ByWhatIsNamed, ByPartsAlone>());
 static_assert(T3Covers<_T3Expression, ChangingSnapshot, HavingSideEffects, ByWhatIsNamed, ByPartsAlone>());
 
+constexpr int8_t kAskWhatIsNamed = -1;
+
+// What the nodes of each kind do by themselves.
+constexpr std::array<int8_t, kT3KindCount> kOwnStatus = [] {
+  std::array<int8_t, kT3KindCount> status{};
+  for (size_t kind = 0; kind < kT3KindCount; ++kind)
+    status[kind] = static_cast<int8_t>(ChangingSnapshot::Has(kind)    ? kChangesSnapshot
+                                       : HavingSideEffects::Has(kind) ? kHasSideEffects
+                                       : ByWhatIsNamed::Has(kind)     ? kAskWhatIsNamed
+                                                                      : kNone);
+  return status;
+}();
+
 int StatusOfName(T3Tree_Node* name) {
   T3Tree_Node* def = DefQuietly(name);
   if (def == nullptr || T3Is<T3NoDecl>(def) || T3Is<_T3Type>(def) || T3Is<T3FieldType>(def)) return kNone;
@@ -78,12 +92,12 @@ int StatusOfActivation(T3Activate* activation) {
 }
 
 int StatusOfNode(T3Tree_Node* node) {
-  if (ChangingSnapshot::Has(node)) return kChangesSnapshot;
+  const int own = kOwnStatus[static_cast<size_t>(node->kind)];
+  if (own != kAskWhatIsNamed) return own;
   if (auto* activation = node->try_as<T3Activate>()) return StatusOfActivation(activation);
   if (auto* call = node->try_as<T3Parameterization>()) return StatusOfOutParameters(call);
-  if (HavingSideEffects::Has(node)) return kHasSideEffects;
   if (auto* assignment = node->try_as<T3AssignStmt>()) return StatusOfTarget(assignment->lhs);
-  return node->is<T3Identifier>() || node->is<T3Qualifier>() ? StatusOfName(node) : kNone;
+  return StatusOfName(node);
 }
 
 int StatusOfBody(T3Tree_Node* decl) {

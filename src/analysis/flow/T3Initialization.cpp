@@ -190,8 +190,9 @@ bool AsksForValue(T3Tree_Node* node) {
   return node->is<T3IsPresent>() || node->is<T3IsChosen>() || node->is<T3IsValue>();
 }
 
+// Where each variable has had a value from the start there is nothing to find.
 void BodyWalk::Reads(T3Tree_Node* root) {
-  if (root == nullptr) return;
+  if (root == nullptr || variables_.empty()) return;
   ForEachInSubtree(root, [this](T3Tree_Node* node) {
     Read(node);
     if (auto* redirect = node->try_as<T3PortRedirect>()) Redirect(redirect);

@@ -46,9 +46,8 @@ void SetResult(T3Tree_Node* expression, T3Tree_Node* local) {
   auto& attributes = expression->as<_T3Expression>()->attr();
   attributes.pass1 = true;
   attributes.pass2 = true;
-  const T3TypeViews views = TypeViewsOf(local);
   attributes.expression_local_type = local;
-  attributes.expression_base_type = views.base;
+  attributes.expression_base_type = BaseTypeDef(local);
 }
 
 T3Inference Report(T3Tree_Node* node, size_t valid, T3TemplateUse use) {
@@ -67,10 +66,11 @@ bool IsSilent(const T3Candidates& candidates) {
 T3Inference Finish(T3Tree_Node* node, const T3Candidates& candidates, bool child_failed, bool report) {
   T3Tree_Node* local = Check(candidates);
   SetResult(node, local);
-  const bool failed = local->is<T3ErrorType>();
+  auto& attributes = node->as<_T3Expression>()->attr();
+  attributes.report_type_error = false;
+  if (!local->is<T3ErrorType>()) return T3Inference::Good;
   const bool silent = child_failed || IsSilent(candidates);
-  node->as<_T3Expression>()->attr().report_type_error = report && failed && !silent;
-  if (!failed) return T3Inference::Good;
+  attributes.report_type_error = report && !silent;
   if (silent) return T3Inference::Reported;
   return report ? Report(node, candidates.CountValid()) : T3Inference::Unreported;
 }
@@ -166,6 +166,9 @@ T3Tree_Node* ResultOf(T3Tree_Node* node, Attributes attributes, Result result) {
 
 template <class Result>
 T3Tree_Node* TypeOf(T3Tree_Node* node, Result result) {
+  if (node->is<_T3Expression>())
+    return ResultOf(
+        node, [&]() -> auto& { return static_cast<_T3Expression*>(node)->attr(); }, result);
   if (auto* definition = node->try_as<T3TemplateDef>())
     return ResultOf(
         node, [&]() -> auto& { return definition->attr(); }, result);
@@ -173,9 +176,6 @@ T3Tree_Node* TypeOf(T3Tree_Node* node, Result result) {
     return ResultOf(
         reference->reference, [&]() -> auto& { return reference->reference->as<_T3Expression>()->attr(); },
         result);
-  if (node->is<_T3Expression>())
-    return ResultOf(
-        node, [&]() -> auto& { return node->as<_T3Expression>()->attr(); }, result);
   return gT3NoType;
 }
 }  // namespace

@@ -69,15 +69,14 @@ void T3DeclMap::Inherit(const T3Members& members, tIdent module) {
   inherited_ = std::make_unique<Inherited>(Inherited{members, module});
 }
 
-std::span<const T3DeclMap::Entry> T3DeclMap::Find(tIdent name) {
-  const Entry* slot = SlotOf(name);
-  if (slot == nullptr && inherited_ != nullptr) {
+// Finds what has no slot yet or several declarations.
+std::span<const T3DeclMap::Entry> T3DeclMap::FindMore(tIdent name, const Entry* slot) {
+  if (slot == nullptr) {
     T3Tree_Node* decl = inherited_->members.Find(name);
     if (decl == nullptr) return {};
     Insert(name, inherited_->module, decl);
     slot = SlotOf(name);
   }
-  if (slot == nullptr) return {};
   if (slot->decl != nullptr) return {slot, 1};
   Several& list = several_[slot->module];
   if (!list.sorted) {

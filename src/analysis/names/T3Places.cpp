@@ -132,7 +132,7 @@ void PlaceWalk::AddScope(T3Place* place, T3DeclMap* map) {
 }
 
 // A node without children has its place at once.
-void PlaceWalk::PushElement(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* node, T3Place* place) {
+inline void PlaceWalk::PushElement(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* node, T3Place* place) {
   node->parent = parent;
   node->child_slot = slot;
   if (ChildFieldsOf(node).children.empty())
@@ -179,8 +179,14 @@ void PlaceWalk::PushAt(T3Tree_Node* parent, uint16_t slot, T3Tree_Node* list, T3
 }
 
 void PlaceWalk::PushChildren(T3Tree_Node* node, T3Place* place) {
-  for (const T3ChildFields::Child& child : ChildFieldsOf(node).children)
-    PushAt(node, child.slot, T3ChildField(node, child), place);
+  for (const T3ChildFields::Child& field : ChildFieldsOf(node).children) {
+    T3Tree_Node* child = T3ChildField(node, field);
+    if (child == nullptr) continue;
+    if (ChildFieldsOf(child).next.info == nullptr)
+      PushElement(node, field.slot, child, place);
+    else
+      PushAt(node, field.slot, child, place);
+  }
 }
 
 void PlaceWalk::PushDecls(T3Tree_Node* parent, T3Tree_Node*& list, T3Place* place, int where) {
@@ -274,8 +280,8 @@ void PlaceWalk::Drain() {
 }
 
 void PlaceWalk::Visit(T3Tree_Node* node, T3Place* place) {
-  const bool done = node->is<_T3Expression>() ? false
-                    : node->is<_T3StmtList>() ? VisitStatement(node, place)
+  if (node->is<_T3Expression>()) return PushChildren(node, place);
+  const bool done = node->is<_T3StmtList>()   ? VisitStatement(node, place)
                     : node->is<_T3DeclList>() ? VisitDecl(node, place)
                     : node->is<_T3Type>()     ? VisitType(node, place)
                                               : false;

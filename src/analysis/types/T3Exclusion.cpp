@@ -109,6 +109,7 @@ void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bo
     T3Tree_Node* t1 = local;
     T3Tree_Node* t2 = base;
     if (c2->is<T3ErrorType>()) continue;
+    if (c2 == t2 && !strict && !IsWildcardType(c2)) continue;
     // Where anything will do, an address stays one, so that it may be compared with `null`.
     if (!strict && c2 != gT3WildcardType && c2->is<T3Address>() != t2->is<T3Address>()) {
       if (IsRedefinedAddress(c2)) {
@@ -146,6 +147,7 @@ void Invalidate(T3Candidates& candidates, T3Tree_Node* type) {
 }
 
 T3Tree_Node* Check(const T3Candidates& candidates) {
+  if (candidates.size() == 1) return candidates.valid(0) ? candidates.local(0) : gT3ErrorType;
   T3Tree_Node* only = nullptr;
   size_t count = 0;
   bool all_strings = true;

@@ -154,8 +154,10 @@ void ResolveReference(T3Tree_Node* reference) {
 
 T3Tree_Node* Def(T3Tree_Node* reference) {
   if (!T3Is<_T3Reference>(reference)) return _sgT3NoDecl(true);
+  auto* own = static_cast<_T3Reference*>(reference);
+  if (T3Tree_Node* known = own->attr().def) return known;
   ResolveReference(reference);
-  return reference->as<_T3Reference>()->attr().def;
+  return own->attr().def;
 }
 
 // A module in the midst of a field of `anytype` is no name by itself, and so no module that names stand

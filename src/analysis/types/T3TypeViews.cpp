@@ -73,16 +73,19 @@ T3Tree_Node* Target(T3TypeReference* reference) {
   return decl == nullptr ? gT3ErrorType : decl->as<T3TypeDecl>()->type;
 }
 
-T3Tree_Node* LocalOfType(T3Tree_Node* type) {
+[[gnu::noinline]] T3Tree_Node* FindLocal(T3TypeReference* reference) {
+  T3Tree_Node* local = FollowChain(reference, [](T3Tree_Node* at) -> T3Tree_Node* {
+    auto* next = at->try_as<T3TypeReference>();
+    return next == nullptr ? nullptr : Target(next);
+  });
+  return reference->attr().local_type_def = local;
+}
+
+inline T3Tree_Node* LocalOfType(T3Tree_Node* type) {
   auto* reference = type->try_as<T3TypeReference>();
   if (reference == nullptr) return type;
-  T3Tree_Node*& known = reference->attr().local_type_def;
-  if (known == nullptr)
-    known = FollowChain(type, [](T3Tree_Node* at) -> T3Tree_Node* {
-      auto* next = at->try_as<T3TypeReference>();
-      return next == nullptr ? nullptr : Target(next);
-    });
-  return known;
+  T3Tree_Node* known = reference->attr().local_type_def;
+  return known != nullptr ? known : FindLocal(reference);
 }
 
 // One step towards the base of a type; null where it is reached.
@@ -93,9 +96,10 @@ T3Tree_Node* BaseStep(T3Tree_Node* type) {
 }
 
 // Gives the base to every type on the way, so that long chains of subtypes cost one walk.
-T3Tree_Node* BaseOfType(T3Tree_Node* type) {
-  if (!type->is<T3TypeReference>() && !type->is<T3SubType>()) return type;
-  if (T3Tree_Node* known = type->as<_T3Type>()->attr().base_type_def) return known;
+[[gnu::noinline]] T3Tree_Node* FindBase(T3Tree_Node* type) {
+  // Most ways have one step.
+  if (T3Tree_Node* next = BaseStep(type); BaseStep(next) == nullptr)
+    return type->as<_T3Type>()->attr().base_type_def = next;
   std::vector<_T3Type*> way;
   T3Tree_Node* base = type;
   T3Tree_Node* slow = type;
@@ -117,6 +121,12 @@ T3Tree_Node* BaseOfType(T3Tree_Node* type) {
   }
   for (_T3Type* at : way) at->attr().base_type_def = base;
   return base;
+}
+
+inline T3Tree_Node* BaseOfType(T3Tree_Node* type) {
+  if (!type->is<T3TypeReference>() && !type->is<T3SubType>()) return type;
+  T3Tree_Node* known = static_cast<_T3Type*>(type)->attr().base_type_def;
+  return known != nullptr ? known : FindBase(type);
 }
 }  // namespace
 

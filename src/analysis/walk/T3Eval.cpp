@@ -41,29 +41,73 @@ constexpr Precedence kPrecedence[] = {
     {T3Kind::T3SignatureType, "return_type", "exceptions"},
 };
 
-// Where the children of each kind lie in the node, in the order of the source.
-class ChildrenOfKinds {
+using Check = void (*)(T3Tree_Node*);
+
+// How the nodes of a kind are walked.
+struct KindWalk {
+  /// Where the children lie in the node, in the order of the source.
+  const uint16_t* children;
+  const uint16_t* children_end;
+  T3EnterRule enter;
+  const Check* checks;
+  const Check* checks_end;
+  /// Where the link of a list lies; 0 for none.
+  uint16_t next;
+  bool picks_children;
+  /// The walk passes over it: there is nothing to do for it, and nothing below it.
+  bool is_passive;
+  /// Nothing hangs below it, and it is no element of a list.
+  bool is_leaf;
+
+  void Enter(T3Tree_Node* node, T3Tree_Node* parent) const {
+    if (enter != nullptr) enter(node, parent);
+  }
+  void CheckAll(T3Tree_Node* node) const {
+    for (const Check* check = checks; check != checks_end; ++check) (*check)(node);
+  }
+};
+
+class WalkOfKinds {
  public:
-  ChildrenOfKinds() {
+  WalkOfKinds() {
+    std::array<size_t, kT3KindCount + 1> begin{};
     for (size_t kind = 0; kind < kT3KindCount; ++kind) {
       for (const T3ChildFields::Child& child : T3Tree_ChildFields[kind].children)
         offsets_.push_back(child.offset);
-      begin_[kind + 1] = static_cast<uint16_t>(offsets_.size());
+      begin[kind + 1] = offsets_.size();
     }
-    for (const Precedence& order : kPrecedence) Move(order);
+    for (size_t kind = 0; kind < kT3KindCount; ++kind)
+      Describe(static_cast<T3Kind>(kind), offsets_.data() + begin[kind], offsets_.data() + begin[kind + 1]);
+    for (const Precedence& order : kPrecedence) Move(order, begin[static_cast<size_t>(order.kind)]);
   }
 
-  const uint16_t* begin(T3Kind kind) const { return offsets_.data() + begin_[static_cast<size_t>(kind)]; }
-  const uint16_t* end(T3Kind kind) const { return offsets_.data() + begin_[static_cast<size_t>(kind) + 1]; }
+  const KindWalk& operator[](T3Kind kind) const { return kinds_[static_cast<size_t>(kind)]; }
 
  private:
-  void Move(const Precedence& order) {
-    const auto kind = static_cast<size_t>(order.kind);
+  void Describe(T3Kind kind, const uint16_t* children, const uint16_t* end) {
+    const auto checks = ChecksOf(kind);
+    const bool is_with =
+        T3Kind::_T3WithList <= kind && static_cast<unsigned short>(kind) <= _T3WithList::kLast;
+    KindWalk& walk = kinds_[static_cast<size_t>(kind)];
+    walk.children = children;
+    walk.children_end = end;
+    walk.enter = EnterRuleOf(kind);
+    walk.checks = checks.data();
+    walk.checks_end = checks.data() + checks.size();
+    // A module's `next` is another module.
+    walk.next = kind == T3Kind::T3Module ? 0 : T3Tree_ChildFields[static_cast<size_t>(kind)].next.offset;
+    walk.picks_children = PicksChildren(kind);
+    walk.is_leaf = children == end && walk.next == 0;
+    walk.is_passive = is_with || (walk.is_leaf && walk.enter == nullptr && checks.empty());
+  }
+
+  void Move(const Precedence& order, size_t begin) {
+    const auto children = T3Tree_ChildFields[static_cast<size_t>(order.kind)].children;
+    const auto first = offsets_.begin() + static_cast<ptrdiff_t>(begin);
     const auto place = [&](std::string_view name) {
-      for (const T3ChildFields::Child& child : T3Tree_ChildFields[kind].children)
+      for (const T3ChildFields::Child& child : children)
         if (name == child.info->name)
-          return std::find(offsets_.begin() + begin_[kind], offsets_.begin() + begin_[kind + 1],
-                           child.offset);
+          return std::find(first, first + static_cast<ptrdiff_t>(children.size()), child.offset);
       yyAbort("EvaluateSubtree");
     };
     const auto before = place(order.before);
@@ -72,7 +116,7 @@ class ChildrenOfKinds {
   }
 
   std::vector<uint16_t> offsets_;
-  std::array<uint16_t, kT3KindCount + 1> begin_{};
+  std::array<KindWalk, kT3KindCount> kinds_{};
 };
 
 T3Tree_Node* FieldAt(T3Tree_Node* node, uint16_t offset) {
@@ -83,7 +127,7 @@ T3Tree_Node* FieldAt(T3Tree_Node* node, uint16_t offset) {
 struct Frame {
   T3Tree_Node* node;
   const uint16_t* child;
-  const uint16_t* end;
+  const KindWalk* kind;
 };
 }  // namespace
 
@@ -91,38 +135,39 @@ struct Frame {
 constexpr ptrdiff_t kAhead = 1536;
 
 void EvaluateSubtree(T3Tree_Node* root, T3Tree_Node* parent) {
-  static const ChildrenOfKinds& kinds = *new ChildrenOfKinds;
-  const auto frame_of = [](T3Tree_Node* node) {
-    return Frame{node, kinds.begin(node->kind), kinds.end(node->kind)};
-  };
+  static const WalkOfKinds& walks = *new WalkOfKinds;
+  const KindWalk* const kinds = &walks[T3Kind{}];
+  const auto kind_of = [kinds](const T3Tree_Node* node) { return kinds + static_cast<size_t>(node->kind); };
   std::vector<Frame> open;
-  EnterNode(root, parent);
-  open.push_back(frame_of(root));
+  kind_of(root)->Enter(root, parent);
+  open.push_back({root, kind_of(root)->children, kind_of(root)});
   while (!open.empty()) {
     Frame& top = open.back();
     T3Tree_Node* node = top.node;
-    if (top.child != top.end) {
+    const KindWalk* const own = top.kind;
+    if (top.child != own->children_end) {
       T3Tree_Node* child = FieldAt(node, *top.child++);
+      if (child == nullptr) continue;
       PrefetchNodesBehind(child, kAhead);
-      if (child == nullptr || !IsWalked(child, node)) continue;
-      EnterNode(child, node);
-      if (kinds.begin(child->kind) == kinds.end(child->kind) && ChildFieldsOf(child).next.offset == 0)
-        CheckNode(child);
+      const KindWalk* const kind = kind_of(child);
+      if (kind->is_passive || (own->picks_children && !IsWalked(child, node))) continue;
+      kind->Enter(child, node);
+      if (kind->is_leaf)
+        kind->CheckAll(child);
       else
-        open.push_back(frame_of(child));
+        open.push_back({child, kind->children, kind});
       continue;
     }
-    CheckNode(node);
-    // A list goes on in the same frame. A module's `next` is another module.
-    const uint16_t next_offset = ChildFieldsOf(node).next.offset;
-    T3Tree_Node* next =
-        next_offset == 0 || node->is<T3Module>() || node == root ? nullptr : FieldAt(node, next_offset);
-    if (next == nullptr) {
+    own->CheckAll(node);
+    // A list goes on in the same frame.
+    T3Tree_Node* next = own->next == 0 || node == root ? nullptr : FieldAt(node, own->next);
+    const KindWalk* const kind = next == nullptr ? nullptr : kind_of(next);
+    if (kind == nullptr || kind->is_passive) {
       open.pop_back();
       continue;
     }
-    top = frame_of(next);
-    EnterNode(next, open.size() > 1 ? open[open.size() - 2].node : parent);
+    top = {next, kind->children, kind};
+    kind->Enter(next, open.size() > 1 ? open[open.size() - 2].node : parent);
   }
 }
 

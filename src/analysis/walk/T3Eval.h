@@ -30,13 +30,18 @@ std::span<const T3Rule> TemplateRules();
 std::span<const T3Rule> InitializationRules();
 std::span<const T3Rule> SubtypeRules();
 
-/// Calls all rules of a node.
-void CheckNode(T3Tree_Node* node);
+/// The rules for the nodes of a kind, in their order.
+std::span<void (*const)(T3Tree_Node*)> ChecksOf(T3Kind kind);
 
-/// Prepares what a child's own children read: infers an outermost expression from the context that `parent`
+/// Prepares what the children of a node read: infers an outermost expression from the context that `parent`
 /// is, and sets what a construct inherits from its statement.
-void EnterNode(T3Tree_Node* node, T3Tree_Node* parent);
-/// False for what the walk passes over: names that mean nothing in this language.
+using T3EnterRule = void (*)(T3Tree_Node* node, T3Tree_Node* parent);
+/// How the nodes of a kind are entered; null where there is nothing to do.
+T3EnterRule EnterRuleOf(T3Kind kind);
+/// True for the kinds below which the walk passes over some children: names that mean nothing in this
+/// language.
+bool PicksChildren(T3Kind parent);
+/// Whether a child below such a parent is walked.
 bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent);
 
 /// What stands in a subtype or a reference to a type is no value of a type: from here to the rules of that

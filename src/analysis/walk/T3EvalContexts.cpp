@@ -206,7 +206,6 @@ T3Candidates InStatement(T3Tree_Node* node, T3Tree_Node* parent) {
   }
 }
 
-// A part of a larger expression is inferred with the whole.
 bool IsPart(T3Tree_Node* parent) {
   return parent->is<_T3Expression>() || parent->is<T3TemplateDef>() || parent->is<T3TemplateReference>() ||
          parent->is<T3FieldValue>() || parent->is<_T3FieldSpec>() || parent->is<T3ActualPar>() ||
@@ -244,31 +243,58 @@ void EnterRedirect(T3PortRedirect* redirect, T3Tree_Node* statement) {
   attributes.value_type1 = LocalTypeDef(value);
   attributes.value_type2 = BaseTypeDef(value);
 }
+
+void EnterFieldValue(T3Tree_Node* node, T3Tree_Node* parent) {
+  auto* redirect = parent->try_as<T3PortRedirect>();
+  // The list is entered once for each element; the first infers all.
+  if (redirect != nullptr && node == redirect->redirect_params)
+    InferRedirectedParams(node, redirect->attr().params_types);
+}
+
+// A part of a larger expression is inferred with the whole.
+void EnterExpression(T3Tree_Node* node, T3Tree_Node* parent) {
+  if (IsPart(parent)) return;
+  EnterOutermostExpression(node, parent);
+  InferOutermost(node, parent);
+}
+
+void EnterDefinition(T3Tree_Node* node, T3Tree_Node* parent) {
+  EnterTemplate(node);
+  EnterExpression(node, parent);
+}
+
+struct RuleOfKind {
+  T3Kind kind;
+  T3EnterRule enter;
+};
+constexpr RuleOfKind kEnterRules[] = {
+    {T3Kind::T3PortRedirect,
+     [](T3Tree_Node* node, T3Tree_Node* parent) { EnterRedirect(node->as<T3PortRedirect>(), parent); }},
+    {T3Kind::T3FieldValue, EnterFieldValue},
+    {T3Kind::_T3Expression, EnterExpression},
+    {T3Kind::T3TemplateDef, EnterDefinition},
+    {T3Kind::T3SubType, [](T3Tree_Node*, T3Tree_Node*) { EnterType(); }},
+    {T3Kind::T3TypeReference, [](T3Tree_Node*, T3Tree_Node*) { EnterType(); }},
+    {T3Kind::_T3FunctionBodyDecl, [](T3Tree_Node* node, T3Tree_Node*) { EnterBody(node); }},
+    {T3Kind::T3ControlPart, [](T3Tree_Node* node, T3Tree_Node*) { EnterBody(node); }},
+    {T3Kind::T3ComponentType, [](T3Tree_Node* node, T3Tree_Node*) { EnterBody(node); }},
+};
 }  // namespace
+
+bool PicksChildren(T3Kind parent) {
+  return parent == T3Kind::T3Module || parent == T3Kind::T3ObjIdItem;
+}
 
 bool IsWalked(T3Tree_Node* node, T3Tree_Node* parent) {
   if (auto* module = parent->try_as<T3Module>()) return node == module->definition_part;
   // The number of a component is walked by itself.
-  if (parent->is<T3ObjIdItem>()) return NumberInComponent(node) == nullptr;
-  return !node->is<_T3WithList>();
+  return !parent->is<T3ObjIdItem>() || NumberInComponent(node) == nullptr;
 }
 
-void EnterNode(T3Tree_Node* node, T3Tree_Node* parent) {
-  if (auto* redirect = node->try_as<T3PortRedirect>()) return EnterRedirect(redirect, parent);
-  if (node->is<T3FieldValue>() && parent->is<T3PortRedirect>()) {
-    // The list is entered once for each element; the first infers all.
-    if (node == parent->as<T3PortRedirect>()->redirect_params)
-      InferRedirectedParams(node, parent->as<T3PortRedirect>()->attr().params_types);
-    return;
-  }
-  if (!node->is<_T3Expression>() && !node->is<T3TemplateDef>()) {
-    if (node->is<T3SubType>() || node->is<T3TypeReference>()) EnterType();
-    if (node->is<_T3FunctionBodyDecl>() || node->is<T3ControlPart>() || node->is<T3ComponentType>())
-      EnterBody(node);
-    return;
-  }
-  if (node->is<T3TemplateDef>()) EnterTemplate(node);
-  if (IsPart(parent)) return;
-  EnterOutermostExpression(node, parent);
-  InferOutermost(node, parent);
+T3EnterRule EnterRuleOf(T3Kind kind) {
+  for (const RuleOfKind& rule : kEnterRules)
+    if (rule.kind <= kind &&
+        static_cast<unsigned short>(kind) <= T3Tree_TypeRange[static_cast<size_t>(rule.kind)])
+      return rule.enter;
+  return nullptr;
 }

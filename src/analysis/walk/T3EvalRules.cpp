@@ -39,8 +39,8 @@ struct Table {
 };
 }  // namespace
 
-void CheckNode(T3Tree_Node* node) {
+std::span<void (*const)(T3Tree_Node*)> ChecksOf(T3Kind kind) {
   static const Table& table = *new Table;
-  const auto kind = static_cast<size_t>(node->kind);
-  for (size_t at = table.begin[kind]; at != table.begin[kind + 1]; ++at) table.checks[at](node);
+  const auto* begin = table.begin.data() + static_cast<size_t>(kind);
+  return {table.checks.data() + begin[0], table.checks.data() + begin[1]};
 }

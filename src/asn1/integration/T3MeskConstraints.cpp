@@ -10,7 +10,7 @@ using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
-auto& t = gT3AST;
+constexpr T3Tree& t = gT3AST;
 
 // The alternatives of a constraint as items of a list; false when one of them cannot be said.
 bool Alternatives(const AsnConstraint& constraint, std::vector<AsnConstraint>& items) {

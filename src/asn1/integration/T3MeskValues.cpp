@@ -20,7 +20,7 @@ using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
-auto& t = gT3AST;
+constexpr T3Tree& t = gT3AST;
 
 // The least number has no literal of its own.
 Node IntegerLiteral(int64_t number, const tPosition& position) {

@@ -26,8 +26,8 @@
 namespace {
 using namespace cgalt;
 
-std::string AddressOf(const std::string& name) {
-  return "&(" + name + ")";
+std::string AddressOf(std::string_view name) {
+  return joined({"&(", name, ")"});
 }
 
 // ---- Operands ----
@@ -47,8 +47,8 @@ std::string AddressOr(T3Tree_Node* node, const char* none, CFunction& function) 
 }
 
 std::string Target(T3Tree_Node* target, CFunction& function) {
-  return IsPresent(target) && !target->is<T3NotUsedSymbol>() ? cg::PlaceToWrite(target, true, function)
-                                                             : std::string(LUMO_VALUE_NO_RETURN_C);
+  if (!IsPresent(target) || target->is<T3NotUsedSymbol>()) return LUMO_VALUE_NO_RETURN_C;
+  return std::string(cg::PlaceToWrite(target, true, function));
 }
 
 std::string SenderTarget(T3Tree_Node* redirect, CFunction& function) {
@@ -105,7 +105,7 @@ void GenerateRedirectParams(T3Tree_Node* redirect, T3SignatureType* signature,
 // ---- Operations that are tried ----
 
 struct Attempt {
-  std::string word;
+  const char* word = "";
   std::vector<std::string> arguments;
 };
 
@@ -117,8 +117,8 @@ bool MayHoldCalls(T3Tree_Node* port) {
 
 Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& function) {
   Attempt attempt;
-  const auto add = [&](const std::string& text) { attempt.arguments.push_back(text); };
-  const std::string check = is_check ? C_TRUE : C_FALSE;
+  const auto add = [&](std::string_view text) { attempt.arguments.emplace_back(text); };
+  const char* check = is_check ? C_TRUE : C_FALSE;
   add(cg::InRTS(statement->port, vexa_temp_alloc, function));
   if (statement->is<T3CatchTimeoutStmt>()) {
     attempt.word = LUMO_PORT_TRY_CATCH_TIMEOUT;
@@ -165,7 +165,7 @@ Attempt TryReceiving(_T3ReceivingPortStmt* statement, bool is_check, CFunction& 
 
 Attempt Try(T3Tree_Node* operation, CFunction& function) {
   const auto with = [&](const char* word, T3Tree_Node* operand) {
-    return Attempt{word, {cg::InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}};
+    return Attempt{word, {std::string(cg::InRTS(operand, vexa_temp_alloc, function)), VEXA_CONTEXT}};
   };
   if (auto* done = operation->try_as<T3DoneStmt>()) return with(LUMO_COMPONENT_TRY_DONE, done->component);
   if (auto* killed = operation->try_as<T3KilledStmt>())
@@ -178,7 +178,7 @@ Attempt Try(T3Tree_Node* operation, CFunction& function) {
     return TryReceiving(check->receive_statement->as<_T3ReceivingPortStmt>(), true, function);
   if (auto* check = operation->try_as<T3CheckRedirect>())
     return {LUMO_PORT_TRY_RECEIVE,
-            {cg::InRTS(check->port, vexa_temp_alloc, function), LUMO_NO_VALUE_C,
+            {std::string(cg::InRTS(check->port, vexa_temp_alloc, function)), LUMO_NO_VALUE_C,
              AddressOr(check->from, LUMO_NO_VALUE_C, function), C_TRUE, LUMO_VALUE_NO_RETURN_C,
              SenderTarget(check->redirect, function), VEXA_CONTEXT}};
   internal_error_ast("CGStatement", __LINE__, "CGStatement::GenGuardOp", operation);
@@ -476,8 +476,9 @@ std::string Recipients(T3RecipientMulti* several, CFunction& function) {
   const std::string name = gT3Context.file().uniqueName("vexa_multicast_recipients");
   const std::string info_struct = name + "_type_info";
   GenPlainTypeStruct(name, info_struct, true);
+  const std::string quoted = Quote(name);
   CGTypeInfo info;
-  info.name = Quote(name);
+  info.name = quoted;
   info.module = Quote(CGCurrentModule()->name);
   info.kind = LUMO_TYPE_KIND_RECORD;
   info.number_of_fields = std::to_string(ends.size());
@@ -538,15 +539,16 @@ bool TakesSeveralCalls(T3Tree_Node* port) {
 }
 
 // What goes to a recipient, as it is before that one is looked for.
-std::string BeforeRecipient(const std::string& value, T3Tree_Node* given, T3Tree_Node* recipient,
+std::string BeforeRecipient(std::string_view value, T3Tree_Node* given, T3Tree_Node* recipient,
                             CFunction& function) {
-  return cg::Operands({given, recipient}).MayChange(0, false, function) ? cg::Kept(value, function) : value;
+  const bool changes = cg::Operands({given, recipient}).MayChange(0, false, function);
+  return changes ? cg::Kept(value, function) : std::string(value);
 }
 }  // namespace
 
 void CGSend(T3SendStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
-  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string_view port = cg::InRTS(statement->port, vexa_temp_alloc, function);
   const std::string value = BeforeRecipient(SentValue(statement->template_value, function),
                                             statement->template_value, statement->recipient, function);
   function.call(LUMO_PORT_SEND, {port, value, Recipient(statement->recipient, function), VEXA_CONTEXT});
@@ -555,7 +557,7 @@ void CGSend(T3SendStmt* statement, CFunction& function) {
 void CGCall(T3CallStmt* statement, CFunction& function) {
   {
     const CGStatementScope scope(function);
-    const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+    const std::string_view port = cg::InRTS(statement->port, vexa_temp_alloc, function);
     const std::string call = CGInlinedTemplate(statement->template_value, vexa_template_call, function);
     std::string timeout = LUMO_DURATION_FOREVER_C;
     if (statement->timeout->is<T3NoWait>())
@@ -578,18 +580,18 @@ void CGCall(T3CallStmt* statement, CFunction& function) {
 
 void CGReply(T3ReplyStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
-  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string_view port = cg::InRTS(statement->port, vexa_temp_alloc, function);
   const std::string reply = CGInlinedTemplate(statement->template_value, vexa_template_reply, function);
-  const std::string result = IsPresent(statement->return_expr)
-                                 ? cg::InRTS(statement->return_expr, vexa_temp_alloc, function)
-                                 : std::string(LUMO_NO_VALUE_C);
+  const std::string_view result = IsPresent(statement->return_expr)
+                                      ? cg::InRTS(statement->return_expr, vexa_temp_alloc, function)
+                                      : LUMO_NO_VALUE_C;
   function.call(LUMO_PORT_REPLY,
                 {port, reply, result, Recipient(statement->recipient, function), VEXA_CONTEXT});
 }
 
 void CGRaise(T3RaiseStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
-  const std::string port = cg::InRTS(statement->port, vexa_temp_alloc, function);
+  const std::string_view port = cg::InRTS(statement->port, vexa_temp_alloc, function);
   const std::string value =
       BeforeRecipient(CGTemplateExpression(statement->template_value, vexa_template_plain, function),
                       statement->template_value, statement->recipient, function);

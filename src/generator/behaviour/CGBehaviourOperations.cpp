@@ -23,24 +23,24 @@ void GenerateExecute(T3Execute* node, CFunction& function) {
   T3Tree_Node* formals = FormalsOf(call);
   const std::string array = CGActualParameterListForTestcase(call->apl, formals, function);
   CGInstantiateOutOmittedParameters(call->apl, formals, array, function);
-  const std::string timeout = node->timeout->is<T3NoExpression>() ? std::string(LUMO_DURATION_FOREVER_C)
-                                                                  : InC(node->timeout, function);
-  StoreRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
-                              {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
-                               std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
+  const std::string_view timeout =
+      node->timeout->is<T3NoExpression>() ? LUMO_DURATION_FOREVER_C : InC(node->timeout, function);
+  SetRTSLocation(node, Call(LUMO_COMPONENT_EXECUTE,
+                            {Quote(GetRealFunctionModule(decl)), Quote(GetRealFunctionName(decl)),
+                             std::to_string(GetParNumber(formals)), array, timeout, VEXA_CONTEXT}));
 }
 
 void GenerateCreate(T3Create* node, Mode mode, CFunction& function) {
-  const std::string name = InRTS(node->name, vexa_temp_alloc, function);
+  const std::string_view name = InRTS(node->name, vexa_temp_alloc, function);
   const std::string instance =
       Call(LUMO_TYPE_INSTANTIATE_VALUE,
            {VEXATypeRef(ExpressionLocalType(node)), AllocationMode(mode.allocation), VEXA_CONTEXT});
-  StoreRTSLocation(
+  SetRTSLocation(
       node, Call(LUMO_COMPONENT_CREATE, {instance, name, node->is_alive ? C_TRUE : C_FALSE, VEXA_CONTEXT}));
 }
 
 void Ask(T3Tree_Node* node, const char* word, T3Tree_Node* operand, CFunction& function) {
-  StoreCLocation(node, Call(word, {InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}));
+  SetCLocation(node, Call(word, {InRTS(operand, vexa_temp_alloc, function), VEXA_CONTEXT}));
 }
 
 void GenerateActivate(T3Activate* node, Mode mode, CFunction& function) {
@@ -82,9 +82,9 @@ const char* AnyOrAll(T3Tree_Node* node) {
 
 bool Behaviour(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (const char* word = ComponentAccess(node))
-    StoreRTSLocation(node, Call(word, {VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(word, {VEXA_CONTEXT}));
   else if (const char* value = AnyOrAll(node))
-    StoreRTSLocation(node, value);
+    SetRTSLocation(node, value);
   else if (auto* call = node->try_as<T3Parameterization>())
     CGFunctionCall(call, mode, function);
   else if (auto* execute = node->try_as<T3Execute>())

@@ -18,13 +18,13 @@ namespace {
 // Name and index of a port; all of them where it says so.
 void AccessPortReference(T3Tree_Node* port, std::vector<std::string>& arguments, CFunction& function) {
   if (auto* name = port->try_as<T3PortIdentifier>()) {
-    arguments.push_back(Quote(name->name));
+    arguments.emplace_back(Quote(name->name));
     arguments.emplace_back(LUMO_NO_VALUE_C);
   } else if (auto* element = port->try_as<T3PortArrayElement>()) {
     auto* base = element->base->try_as<T3PortIdentifier>();
     if (base == nullptr) cg::NotSupported(port);
-    arguments.push_back(Quote(base->name));
-    arguments.push_back(cg::InRTS(element->index, vexa_temp_alloc, function));
+    arguments.emplace_back(Quote(base->name));
+    arguments.emplace_back(cg::InRTS(element->index, vexa_temp_alloc, function));
   } else {
     arguments.emplace_back(C_NULL);
     arguments.emplace_back(LUMO_NO_VALUE_C);
@@ -73,8 +73,8 @@ void BuildMapStatementList(T3PortDecl* decl, T3BlockStmt* body, const tPosition&
 void CGConnection(const char* word, _T3ConfStmt* statement, CFunction& function) {
   std::vector<std::string> arguments;
   const auto add_end = [&](T3Tree_Node* component, T3Tree_Node* port) {
-    arguments.push_back(component->is<T3NoExpression>() ? std::string(LUMO_VALUE_ALL_C)
-                                                        : cg::InRTS(component, vexa_temp_alloc, function));
+    arguments.emplace_back(component->is<T3NoExpression>() ? LUMO_VALUE_ALL_C
+                                                           : cg::InRTS(component, vexa_temp_alloc, function));
     AccessPortReference(port, arguments, function);
   };
   add_end(statement->component_1, statement->port_1);

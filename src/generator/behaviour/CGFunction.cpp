@@ -95,8 +95,8 @@ bool IsOwnValue(T3Tree_Node* formal, const T3NodeSet& changed) {
 }
 
 // Of its own type, which may be wider than that of the argument.
-std::string OwnValue(T3Tree_Node* formal, const std::string& slot) {
-  const std::string type = VEXATypeRef(formal->as<_T3TypedFormal>()->type);
+std::string OwnValue(T3Tree_Node* formal, std::string_view slot) {
+  const std::string_view type = VEXATypeRef(formal->as<_T3TypedFormal>()->type);
   auto* of_template = formal->try_as<T3FormalTemplatePar>();
   if (of_template == nullptr)
     return cg::Call(LUMO_VALUE_COPY_TO_TYPE, {type, slot, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
@@ -130,7 +130,7 @@ void CopyChangedParameters(_T3FunctionDecl* decl, CFunction& function) {
 void BeginBody(_T3FunctionDecl* decl, const BehaviourWords& words, CFunction& function) {
   GenDefaultFormalPars(decl->fpl, function);
   CopyChangedParameters(decl, function);
-  CGPushSourceLocation(function, CGCurrentModule(), gIdents.GetCStr(decl->name), VEXA_ARGV, words.scope,
+  CGPushSourceLocation(function, CGCurrentModule(), gIdents.GetString(decl->name), VEXA_ARGV, words.scope,
                        decl->position);
 }
 

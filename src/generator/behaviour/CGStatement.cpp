@@ -25,8 +25,8 @@
 #include "frontend/T3KindCover.h"
 
 namespace {
-std::string AddressOf(const std::string& name) {
-  return "&(" + name + ")";
+std::string AddressOf(std::string_view name) {
+  return joined({"&(", name, ")"});
 }
 
 tPosition PositionOfStmt(T3Tree_Node* statement) {
@@ -61,7 +61,7 @@ bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
 
 // Evaluates a condition, and returns the text by which it is asked; what it has taken is free again behind
 // the statement that asks, which is the next one.
-std::string Condition(T3Tree_Node* condition, CFunction& function) {
+std::string_view Condition(T3Tree_Node* condition, CFunction& function) {
   const CGStatementScope scope(function);
   return cg::InC(condition, function);
 }
@@ -108,7 +108,7 @@ LoopLabels BeginLoopBody(_T3LoopStmt* loop, CFunction& function) {
 }
 
 // A label at the end of a scope of C; behind any other one stands at least the end of the block.
-void AddEmptyStatementLabel(const std::string& label, CFunction& function) {
+void AddEmptyStatementLabel(std::string_view label, CFunction& function) {
   function.addLabel(label);
   function.addText(";");
 }
@@ -153,7 +153,7 @@ std::string BeginRoundScope(bool makes_values, CFunction& function) {
   return scope;
 }
 
-void ClearRoundScope(const std::string& scope, CFunction& function) {
+void ClearRoundScope(std::string_view scope, CFunction& function) {
   if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {AddressOf(scope), VEXA_CONTEXT});
 }
 
@@ -178,7 +178,7 @@ Rounds BeginRounds(T3Tree_Node* condition, bool makes_values, CFunction& functio
 
 void EndRounds(T3Tree_Node* condition, const Rounds& rounds, CFunction& function) {
   ClearRoundScope(rounds.scope, function);
-  const std::string again = Condition(condition, function);
+  const std::string_view again = Condition(condition, function);
   if (!HasOneText(condition))
     function.assign(rounds.condition, again);
   else if (again != rounds.condition)
@@ -266,7 +266,7 @@ _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
 }
 
 // The caller decides by the slot that it gives whether it gets a template or a value.
-void ReturnTemplate(const std::string& slot, T3Tree_Node* result, CFunction& function) {
+void ReturnTemplate(std::string_view slot, T3Tree_Node* result, CFunction& function) {
   const auto assign = [&](bool value_of_first) {
     const CGStatementScope scope(function);
     std::string location = CGTemplateExpression(result, vexa_template_plain, function);
@@ -306,18 +306,18 @@ void CGReturn(T3RetStmt* statement, CFunction& function) {
 
 // ---- Assignments ----
 
-void ElementModified(const std::string& parent, const std::string& index, CFunction& function) {
+void ElementModified(std::string_view parent, std::string_view index, CFunction& function) {
   function.call(LUMO_LOG_ELEMENT_MODIFIED_EVENT, {parent, cg::CastToUnsignedLong(index), VEXA_CONTEXT});
 }
 
-std::string LeftSideParent(T3Tree_Node* parent, CFunction& function) {
+std::string_view LeftSideParent(T3Tree_Node* parent, CFunction& function) {
   return cg::InRTS(parent, CGTemplateMode().with(CGAccess::Write), function);
 }
 
 // A part of what holds a template gets a template.
 std::string RightSide(T3Tree_Node* parent, T3Tree_Node* rhs, CFunction& function) {
   return cg::HoldsTemplate(parent) ? CGTemplateExpression(rhs, vexa_template_plain, function)
-                                   : cg::InRTS(rhs, vexa_temp_alloc, function);
+                                   : std::string(cg::InRTS(rhs, vexa_temp_alloc, function));
 }
 
 // The value of a right side; as it is now, where the way to its target may change it.
@@ -333,14 +333,14 @@ void AssignField(T3Qualifier* field, T3Tree_Node* rhs, CFunction& function) {
   const std::string index = std::to_string(cg::PlaceOfField(field));
   if (IsRecordOrSetType(cg::TypeOf(whole))) {
     const std::string value = RightSideBefore(whole, rhs, field, function);
-    const std::string parent = LeftSideParent(whole, function);
+    const std::string_view parent = LeftSideParent(whole, function);
     function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT, {parent, index, value, VEXA_CONTEXT});
     return ElementModified(parent, index, function);
   }
   // The alternative is chosen before it gets its value, unless that comes from the alternative before.
   const bool reads = cg::Reads(rhs, field);
   const std::string value = reads ? cg::Kept(RightSide(whole, rhs, function), function) : "";
-  const std::string parent = LeftSideParent(whole, function);
+  const std::string_view parent = LeftSideParent(whole, function);
   const std::string chosen = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(chosen, LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_INDEX, {parent, index, VEXA_CONTEXT});
   if (reads)
@@ -358,17 +358,17 @@ void AssignElement(T3Subscription* element, T3Tree_Node* rhs, CFunction& functio
                      : IsStringType(type)    ? LUMO_VALUE_ASSIGN_STRING_ELEMENT
                                              : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
   cg::InC(element->index, function);
-  const std::string index =
+  const std::string_view index =
       cg::OperandInOrder(cg::Operands({element->index, rhs, element->base}), 0, vexa_c_mode, function);
   const std::string value = RightSideBefore(element->base, rhs, element, function);
-  const std::string parent = LeftSideParent(element->base, function);
+  const std::string_view parent = LeftSideParent(element->base, function);
   function.call(word, {parent, cg::CastToUnsignedLong(index), value, VEXA_CONTEXT});
   ElementModified(parent, index, function);
 }
 
 // A variable or parameter that holds a template gets the right side as one.
 void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
-  const std::string target = cg::InRTS(statement->lhs, CGTemplateMode(), function);
+  const std::string_view target = cg::InRTS(statement->lhs, CGTemplateMode(), function);
   const std::string value = CGTemplateExpression(statement->rhs, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {target, value, VEXA_CONTEXT});
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
@@ -386,7 +386,7 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
     return AssignElement(element, statement->rhs, function);
   if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs))
     return AssignTemplate(statement, function);
-  const std::string target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
+  const std::string_view target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   if (!statement->rhs->is<T3CompoundValue>() || !cg::Reads(statement->rhs, statement->lhs))
     return CGAssign(target, statement->rhs, true, function);
   // What is filled in place is a copy, since the parts are made of the old value.
@@ -400,7 +400,7 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
 
 // What is logged of an expression; a template's matching mechanisms with the values of its parameters.
 std::string Logged(T3Tree_Node* expression, CFunction& function) {
-  if (!cg::HoldsTemplate(expression)) return cg::InRTS(expression, vexa_temp_alloc, function);
+  if (!cg::HoldsTemplate(expression)) return std::string(cg::InRTS(expression, vexa_temp_alloc, function));
   return cg::Call(LUMO_TEMPLATEOF,
                   {cg::InRTS(expression, CGTemplateMode(), function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
@@ -434,13 +434,13 @@ void CGLog(T3LogStmt* statement, CFunction& function) {
 }
 
 void CGSetVerdict(T3SetVerdictStmt* statement, CFunction& function) {
-  const std::string verdict = cg::InRTS(statement->verdict, vexa_temp_alloc, function);
+  const std::string_view verdict = cg::InRTS(statement->verdict, vexa_temp_alloc, function);
   const std::string reasons =
       statement->values->is<T3TemplateListItem>() ? TemplateList(statement->values, function) : C_NULL;
   function.call(LUMO_COMPONENT_SET_LOCAL_VERDICT, {verdict, reasons, VEXA_CONTEXT});
 }
 
-void StartComponent(const std::string& component, T3Tree_Node* argument, CFunction& function) {
+void StartComponent(std::string_view component, T3Tree_Node* argument, CFunction& function) {
   auto* call = argument->try_as<T3Parameterization>();
   T3Tree_Node* behaviour = call == nullptr ? nullptr : BehindImport(Def(call));
   if (!T3Is<_T3FunctionDecl>(behaviour)) cg::NotSupported(argument);
@@ -454,13 +454,13 @@ void StartComponent(const std::string& component, T3Tree_Node* argument, CFuncti
 
 void CGStart(T3StartStmt* statement, CFunction& function) {
   T3Tree_Node* type = cg::TypeOf(statement->object);
-  const std::string object = cg::InRTS(statement->object, vexa_temp_alloc, function);
+  const std::string_view object = cg::InRTS(statement->object, vexa_temp_alloc, function);
   if (type->is<T3PortType>()) {
     function.call(LUMO_PORT_START, {object, VEXA_CONTEXT});
   } else if (type->is<T3TimerType>()) {
-    const std::string duration = statement->argument->is<T3NoExpression>()
-                                     ? std::string(LUMO_DURATION_DEFAULT_C)
-                                     : cg::InC(statement->argument, function);
+    const std::string_view duration = statement->argument->is<T3NoExpression>()
+                                          ? LUMO_DURATION_DEFAULT_C
+                                          : cg::InC(statement->argument, function);
     function.call(LUMO_TIMER_START, {object, duration, VEXA_CONTEXT});
   } else {
     StartComponent(object, statement->argument, function);
@@ -495,13 +495,13 @@ void CGInvocation(T3Tree_Node* invocation, CFunction& function) {
   const CGStatementScope scope(function);
   if (invocation->is<T3Execute>()) {
     // Its generator forms the text of the call only.
-    function.addLine(cg::InRTS(invocation, vexa_temp_alloc, function) + ";");
+    function.addLine({cg::InRTS(invocation, vexa_temp_alloc, function), ";"});
     return;
   }
   auto* call = invocation->try_as<T3Parameterization>();
   if (call == nullptr) {
-    const std::string location = cg::InRTS(invocation, vexa_temp_alloc, function);
-    if (invocation->is<T3Create>()) function.addLine(location + ";");
+    const std::string_view location = cg::InRTS(invocation, vexa_temp_alloc, function);
+    if (invocation->is<T3Create>()) function.addLine({location, ";"});
     return;
   }
   T3Tree_Node* decl = BehindImport(Def(call));
@@ -691,9 +691,9 @@ void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function) {
   }
 }
 
-void GenReturn(const std::string& value, CFunction& function) {
+void GenReturn(std::string_view value, CFunction& function) {
   CGPopSourceLocation(function);
-  function.addLine(value.empty() ? "return;" : "return " + value + ";");
+  value.empty() ? function.addLine("return;") : function._return(value);
 }
 
 void CallComponentControl(CFunction& function) {

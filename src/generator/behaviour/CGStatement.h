@@ -32,6 +32,6 @@ void GenSourceLocation(T3Tree_Node* statement, CFunction& function);
 /// The same for the end of a construct that has one.
 void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function);
 /// Leaves the behaviour; `value` is empty for a C function without result.
-void GenReturn(const std::string& value, CFunction& function);
+void GenReturn(std::string_view value, CFunction& function);
 /// A point at which the run-time system may stop the component.
 void CallComponentControl(CFunction& function);

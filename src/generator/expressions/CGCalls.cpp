@@ -17,8 +17,8 @@ T3Tree_Node* Behind(T3Tree_Node* decl) {
   return decl->is<_T3ImportDecl>() ? decl->as<_T3ImportDecl>()->attr().def_aux : decl;
 }
 
-std::string Slot(const std::string& array, unsigned index) {
-  return array + "[" + std::to_string(index) + "]";
+std::string Slot(std::string_view array, unsigned index) {
+  return joined({array, "[", std::to_string(index), "]"});
 }
 
 // Whether the callee works on the caller's object.
@@ -44,7 +44,7 @@ std::string TemplateArgument(T3Tree_Node* actual, T3FormalTemplatePar* formal, C
   const bool is_modified = definition != nullptr && definition->modifies->is<T3TemplateReference>();
   if (formal->pass == t3_par_pass_t::In || is_modified || !IsTemplateObject(object))
     return cg::TemplateInPlace(actual, vexa_template_plain, function);
-  return cg::InRTS(object, CGTemplateMode().with(CGAccess::Write), function);
+  return std::string(cg::InRTS(object, CGTemplateMode().with(CGAccess::Write), function));
 }
 
 bool IsInTemplateVariable(T3Tree_Node* node) {
@@ -57,12 +57,12 @@ bool IsInTemplateVariable(T3Tree_Node* node) {
 
 // What a template variable holds has to be a value where the parameter is one.
 std::string ValueArgument(T3Tree_Node* actual, T3Tree_Node* formal, CFunction& function) {
-  const std::string location = cg::InRTS(actual, vexa_temp_alloc, function);
-  if (!IsInTemplateVariable(actual)) return location;
-  const std::vector<std::string> arguments{location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT};
-  if (!IsReferenceParameter(formal)) return cg::Call(LUMO_VALUEOF, arguments);
-  function.call(LUMO_VALUEOF, arguments);
-  return location;
+  const std::string_view location = cg::InRTS(actual, vexa_temp_alloc, function);
+  if (!IsInTemplateVariable(actual)) return std::string(location);
+  if (!IsReferenceParameter(formal))
+    return cg::Call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  function.call(LUMO_VALUEOF, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  return std::string(location);
 }
 
 std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour_call, CFunction& function) {
@@ -73,8 +73,8 @@ std::string Argument(T3Tree_Node* actual, T3Tree_Node* formal, bool is_behaviour
   if (actual->is<T3NotUsedSymbol>()) return LUMO_VALUE_DEFAULT_C;
   const bool is_out =
       formal->is<_T3TypedFormal>() && formal->as<_T3TypedFormal>()->pass == t3_par_pass_t::Out;
-  const std::string location =
-      is_out ? cg::PlaceToWrite(actual, false, function) : ValueArgument(actual, formal, function);
+  std::string location = is_out ? std::string(cg::PlaceToWrite(actual, false, function))
+                                : ValueArgument(actual, formal, function);
   if (is_behaviour_call || IsReferenceParameter(formal)) return location;
   return cg::Call(LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
@@ -124,7 +124,7 @@ T3Tree_Node* ReturnTypeOf(T3Tree_Node* behaviour) {
 }
 }  // namespace
 
-void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
+void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, std::string_view array,
                                        CFunction& function) {
   unsigned index = 0;
   for (const auto [formal, actual] : Pairs<_T3TypedFormal, T3ActualPar>(formals, actuals)) {
@@ -189,7 +189,7 @@ void GenDefaultFormalPars(T3Tree_Node* formals, CFunction& function) {
       const CGStatementScope scope(function);
       const std::string location = formal->is<T3FormalTemplatePar>()
                                        ? cg::TemplateInPlace(value, vexa_template_plain, function)
-                                       : cg::InRTS(value, vexa_temp_alloc, function);
+                                       : std::string(cg::InRTS(value, vexa_temp_alloc, function));
       function.assign(slot, cg::Call(LUMO_VALUE_COPY, {location, LUMO_PERM_ALLOC_C, VEXA_CONTEXT}));
     }
     function.endIf();

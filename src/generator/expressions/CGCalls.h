@@ -26,7 +26,7 @@ cg::Operands GivenActuals(T3Tree_Node* actuals);
 std::string CGArgument(const cg::Operands& given, size_t at, T3Tree_Node* formal, CFunction& function);
 
 /// A callee needs a value to write into where the field that is passed was omitted.
-void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, const std::string& array,
+void CGInstantiateOutOmittedParameters(T3Tree_Node* actuals, T3Tree_Node* formals, std::string_view array,
                                        CFunction& function);
 
 /// The values of the parameters that a caller has left to their defaults, where there are any: at the head of

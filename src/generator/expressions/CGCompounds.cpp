@@ -30,8 +30,8 @@ std::vector<T3FieldValue*> ItemsOf(T3CompoundValue* node) {
 }
 
 // Assigns one part, and gives what it has taken back to the parts that follow.
-void AssignPart(const std::string& word, const std::string& target, const std::string& index,
-                T3Tree_Node* value, Mode mode, CFunction& function) {
+void AssignPart(std::string_view word, std::string_view target, std::string_view index, T3Tree_Node* value,
+                Mode mode, CFunction& function) {
   function.call(word, {target, index, InRTS(value, mode, function), VEXA_CONTEXT});
 }
 
@@ -46,7 +46,7 @@ std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunct
 }
 
 // A value of an ASN.1 module leaves out what it does not have.
-void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::string& target,
+void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, std::string_view target,
                       CFunction& function) {
   std::set<int64_t> named;
   for (const T3Part& part : PartsOf(node, type)) named.insert(part.place.value_or(-1));
@@ -62,7 +62,7 @@ void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, const std::strin
   });
 }
 
-void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+void FillMembers(T3CompoundValue* node, T3Tree_Node* type, std::string_view target, Mode mode,
                  CFunction& function) {
   if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
   // Without a call nothing would tell that the value was given at all.
@@ -79,7 +79,7 @@ void FillMembers(T3CompoundValue* node, T3Tree_Node* type, const std::string& ta
   }
 }
 
-void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+void FillArray(T3CompoundValue* node, T3Tree_Node* type, std::string_view target, Mode mode,
                CFunction& function) {
   const auto bounds = KnownBounds(type);
   if (!bounds) NotSupported(node);
@@ -93,8 +93,7 @@ void FillArray(T3CompoundValue* node, T3Tree_Node* type, const std::string& targ
 }
 
 // Tells which elements are a permutation.
-void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string& target,
-                     CFunction& function) {
+void SetPermutations(const std::vector<T3FieldValue*>& items, std::string_view target, CFunction& function) {
   const auto kind = [&](size_t i) { return items[i]->permutation_kind; };
   for (size_t i = 0; i < items.size(); ++i) {
     if (kind(i) != t3_permutation_kind_t::Head && kind(i) != t3_permutation_kind_t::HeadTail) continue;
@@ -107,7 +106,7 @@ void SetPermutations(const std::vector<T3FieldValue*>& items, const std::string&
   }
 }
 
-void FillList(T3CompoundValue* node, const std::string& target, Mode mode, CFunction& function) {
+void FillList(T3CompoundValue* node, std::string_view target, Mode mode, CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   if (items.empty()) {
     function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
@@ -122,7 +121,7 @@ void FillList(T3CompoundValue* node, const std::string& target, Mode mode, CFunc
   SetPermutations(items, target, function);
 }
 
-void FillUnion(T3CompoundValue* node, T3Tree_Node* type, const std::string& target, Mode mode,
+void FillUnion(T3CompoundValue* node, T3Tree_Node* type, std::string_view target, Mode mode,
                CFunction& function) {
   const std::vector<T3FieldValue*> items = ItemsOf(node);
   auto* name = items.size() == 1 ? items.front()->field->try_as<T3FieldName>() : nullptr;

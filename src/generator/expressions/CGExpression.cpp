@@ -15,21 +15,12 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
+#include "support/ModuleCaches.h"
 
 namespace {
-// ---- What a statement takes ----
-
-using Taken = CGTaken;
-Taken& g_taken = *new Taken;
-
-void StoreC(T3Tree_Node* node, const std::string& text) {
-  SetCLocation(node, text);
-  g_taken.located.push_back(node);
-}
-void StoreRTS(T3Tree_Node* node, const std::string& text) {
-  SetRTSLocation(node, text);
-  g_taken.located.push_back(node);
-}
+// The temporaries that statements have taken, the innermost scope's last.
+std::vector<std::string>& g_temporaries = *new std::vector<std::string>;
+const ModuleCache temporaries([] { g_temporaries.clear(); });
 
 // ---- Conversions ----
 
@@ -95,7 +86,7 @@ bool MayCache(CFunction& function) {
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
 void CacheLiteral(T3Tree_Node* node) {
   std::string name;
-  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return StoreRTS(node, name);
+  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return SetRTSLocation(node, name);
   CFile& file = gT3Context.file();
   name = file.uniqueName("vexa_constant_expression");
   file.addVariable(LUMO_VALUE_T, name, true);
@@ -107,7 +98,7 @@ void CacheLiteral(T3Tree_Node* node) {
   CGSetSourceLine(initialize, position);
   initialize.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE,
                            {VEXATypeRef(ExpressionLocalType(node)), LUMO_PERM_ALLOC_C, VEXA_CONTEXT});
-  StoreRTS(node, name);
+  SetRTSLocation(node, name);
   if (NaturalMode(node) == vexa_c_mode) {
     GenerateForm(node, vexa_perm_alloc, initialize);
     cg::SetFromC(node, name, initialize);
@@ -130,15 +121,15 @@ const char* PassedToTemplate(T3Tree_Node* node) {
 // What stands in the place of a part of a template that is modified.
 void Modification(T3TemplateDef* definition, CGMode mode, CFunction& function) {
   const std::string made = cg::TemplateInPlace(definition, vexa_template_plain, function);
-  StoreRTS(definition, mode.is_template
-                           ? made
-                           : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(definition, mode.is_template ? made
+                                              : cg::Call(LUMO_VALUEOF, {made, AllocationMode(mode.allocation),
+                                                                        VEXA_CONTEXT}));
 }
 
 void Generate(T3Tree_Node* node, CGMode mode, CFunction& function) {
   if (const char* argument = PassedToTemplate(node)) {
     const bool is_value = !mode.is_template && cg::HoldsTemplate(node);
-    return StoreRTS(
+    return SetRTSLocation(
         node, is_value ? cg::Call(LUMO_VALUEOF, {argument, AllocationMode(mode.allocation), VEXA_CONTEXT})
                        : std::string(argument));
   }
@@ -207,34 +198,34 @@ std::string Call(std::string_view function, CWords arguments) {
   return getSignature("", function, arguments);
 }
 
-std::string InC(T3Tree_Node* node, CFunction& function) {
+std::string_view InC(T3Tree_Node* node, CFunction& function) {
   CGExpression(node, vexa_c_mode, vexa_temp_alloc, function);
   return ShortLocation(node, vexa_c_mode, function);
 }
 
-std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
+std::string_view InRTS(T3Tree_Node* node, Mode mode, CFunction& function) {
   CGExpression(node, vexa_rts_mode, mode, function);
   return ShortLocation(node, vexa_rts_mode, function);
 }
 
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
-                          Variables* variables) {
+std::string_view ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
+                               Variables* variables) {
   constexpr size_t kLong = 500;
   const bool is_c = form == vexa_c_mode;
-  std::string text = is_c ? CLocation(node) : RTSLocation(node);
+  const std::string_view text = is_c ? CLocation(node) : RTSLocation(node);
   const char* type = text.size() <= kLong ? nullptr : is_c ? CVariableType(TypeOf(node)) : LUMO_VALUE_T;
   if (type == nullptr) return text;
   Variables own;
   std::string& name = (variables != nullptr ? *variables : own)[type];
   if (name.empty()) name = Temporary(type, function);
   function.assign(name, text);
-  is_c ? StoreC(node, name) : StoreRTS(node, name);
-  return name;
+  is_c ? SetCLocation(node, name) : SetRTSLocation(node, name);
+  return is_c ? CLocation(node) : RTSLocation(node);
 }
 
 std::string Temporary(std::string_view type, CFunction& function) {
   std::string name = function.getTmpVariable(type);
-  g_taken.temporaries.push_back(name);
+  g_temporaries.push_back(name);
   return name;
 }
 
@@ -247,34 +238,35 @@ t3_template_restriction_t RestrictionOfResult(T3Tree_Node* node) {
 }  // namespace
 
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function) {
-  if (HasRTSLocation(node)) return RTSLocation(node);
+  if (HasRTSLocation(node)) return std::string(RTSLocation(node));
   std::string name = Temporary(LUMO_VALUE_T, function);
-  std::vector<std::string> arguments = {VEXATypeRef(ExpressionLocalType(node)),
-                                        AllocationMode(mode.allocation)};
-  if (mode.is_template) arguments.push_back(std::to_string(static_cast<int>(RestrictionOfResult(node))));
-  arguments.emplace_back(VEXA_CONTEXT);
-  function.callAndAssign(
-      name, mode.is_template ? LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE : LUMO_TYPE_INSTANTIATE_VALUE,
-      arguments);
-  StoreRTS(node, name);
+  const std::string_view type = VEXATypeRef(ExpressionLocalType(node));
+  const char* allocation = AllocationMode(mode.allocation);
+  if (mode.is_template)
+    function.callAndAssign(
+        name, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,
+        {type, allocation, std::to_string(static_cast<int>(RestrictionOfResult(node))), VEXA_CONTEXT});
+  else
+    function.callAndAssign(name, LUMO_TYPE_INSTANTIATE_VALUE, {type, allocation, VEXA_CONTEXT});
+  SetRTSLocation(node, name);
   return name;
 }
 
-std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
-                           CFunction& function) {
+std::string_view OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
+                                CFunction& function) {
   T3Tree_Node* operand = operands.All()[at];
   const bool is_c = form == vexa_c_mode;
-  const std::string location = is_c ? CLocation(operand) : RTSLocation(operand);
+  const std::string_view location = is_c ? CLocation(operand) : RTSLocation(operand);
   const char* type = is_c ? CVariableType(TypeOf(operand)) : LUMO_VALUE_T;
   const bool changes = type != nullptr && operands.MayChange(at, false, function);
   if (type == nullptr || (!changes && !operands.MayFaultLate(at, location))) return location;
   const std::string kept = !is_c && changes ? Kept(location, function) : Temporary(type, function);
   if (is_c || !changes) function.assign(kept, location);
-  is_c ? StoreCLocation(operand, kept) : StoreRTSLocation(operand, kept);
-  return kept;
+  is_c ? SetCLocation(operand, kept) : SetRTSLocation(operand, kept);
+  return is_c ? CLocation(operand) : RTSLocation(operand);
 }
 
-std::string Kept(const std::string& location, CFunction& function) {
+std::string Kept(std::string_view location, CFunction& function) {
   const std::string kept = Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(kept, LUMO_VALUE_COPY, {location, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
   return kept;
@@ -284,12 +276,12 @@ T3Tree_Node* TypeOf(T3Tree_Node* expression) {
   return GetAddressBaseType(ExpressionBaseType(expression));
 }
 
-std::string CastToUnsignedLong(const std::string& text) {
-  return "((" + std::string(C_UNSIGNED_LONG) + ") " + text + ")";
+std::string CastToUnsignedLong(std::string_view text) {
+  return joined({"((", C_UNSIGNED_LONG, ") ", text, ")"});
 }
 
-std::string CastToLongLong(const std::string& text) {
-  return "((" + std::string(LUMO_LONG_INTEGER_T) + ") " + text + ")";
+std::string CastToLongLong(std::string_view text) {
+  return joined({"((", LUMO_LONG_INTEGER_T, ") ", text, ")"});
 }
 
 void NotSupported(T3Tree_Node* node) {
@@ -297,7 +289,7 @@ void NotSupported(T3Tree_Node* node) {
                       std::string("CGExpression currently does not support ") + T3KindName(node)};
 }
 
-void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function) {
+void ReportAtRunTime(std::string_view text, const tPosition& position, CFunction& function) {
   const std::string wide = function.getTmpVariable(LUMO_WIDE_STRING_T);
   function.callAndAssign(wide, LUMO_WIDE_STRING_CONSTRUCT_FROM_ASCII,
                          {Quote(text), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
@@ -306,18 +298,12 @@ void ReportAtRunTime(const std::string& text, const tPosition& position, CFuncti
   function.releaseTmpVariable(wide);
 }
 
-void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function) {
+void SetFromC(T3Tree_Node* node, std::string_view target, CFunction& function) {
   const char* word = IsInfinityExpression(node) ? LUMO_VALUE_SET_REAL : C2RTSFunction(TypeOf(node));
   if (word == nullptr) NotSupported(node);
   function.call(word, {target, CLocation(node), VEXA_CONTEXT});
 }
 
-void StoreCLocation(T3Tree_Node* node, const std::string& text) {
-  StoreC(node, text);
-}
-void StoreRTSLocation(T3Tree_Node* node, const std::string& text) {
-  StoreRTS(node, text);
-}
 }  // namespace cg
 
 const char* AllocationMode(vexa_allocation_mode_t mode) {
@@ -336,34 +322,35 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, C
   mode.is_template = mode.is_template && (cg::HoldsTemplate(node) || node->is<T3TemplateDef>());
   const bool wants_c = form == vexa_c_mode;
   if (wants_c ? HasCLocation(node) : HasRTSLocation(node)) return;
-  if (node->is<T3NoExpression>()) return StoreRTS(node, LUMO_NO_VALUE_C);
-  if (node->is<T3NotUsedSymbol>()) return StoreRTS(node, LUMO_NOT_USED_VALUE_C);
+  if (node->is<T3NoExpression>()) return SetRTSLocation(node, LUMO_NO_VALUE_C);
+  if (node->is<T3NotUsedSymbol>()) return SetRTSLocation(node, LUMO_NOT_USED_VALUE_C);
   if (auto* definition = node->try_as<T3TemplateDef>()) {
     if (definition->modifies->is<T3TemplateReference>()) return Modification(definition, mode, function);
     CGExpression(definition->constraint, form, mode, function);
-    return wants_c ? StoreC(node, CLocation(definition->constraint))
-                   : StoreRTS(node, RTSLocation(definition->constraint));
+    return wants_c ? SetCLocation(node, CLocation(definition->constraint))
+                   : SetRTSLocation(node, RTSLocation(definition->constraint));
   }
   if (!wants_c && MayCache(function) && IsCachableConstantExpression(node)) return CacheLiteral(node);
   const vexa_expression_mode_t natural = NaturalMode(node);
   if (natural == form) return Generate(node, mode, function);
   CGExpression(node, natural, mode, function);
   if (wants_c) {
-    StoreC(node, cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
+    SetCLocation(node,
+                 cg::Call(cg::RTS2CFunction(node, cg::TypeOf(node)), {RTSLocation(node), VEXA_CONTEXT}));
   } else {
     const std::string target = cg::AllocateRTSValue(node, mode, function);
     cg::SetFromC(node, target, function);
   }
 }
 
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+void CGAssign(std::string_view target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
               CGMode mode) {
   if (rhs == nullptr || rhs->is<T3NotUsedSymbol>()) return;
   auto* definition = rhs->try_as<T3TemplateDef>();
   if (definition != nullptr && !definition->modifies->is<T3TemplateReference>()) rhs = definition->constraint;
   if (rhs->is<T3CompoundValue>() && !HasRTSLocation(rhs)) {
     // The target is filled in place.
-    StoreRTS(rhs, target);
+    SetRTSLocation(rhs, target);
     cg::CompoundValue(rhs->as<T3CompoundValue>(), mode, function);
   } else if (cg::IsWideText(rhs)) {
     cg::SetWideText(rhs, target, function);
@@ -376,17 +363,13 @@ void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification
   if (log_modification) function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
 
-CGStatementScope::CGStatementScope(CFunction& function) : function_(&function), outer_(new Taken) {
-  std::swap(g_taken, *outer_);
-}
+CGStatementScope::CGStatementScope(CFunction& function)
+    : function_(&function), outer_temporaries_(g_temporaries.size()) {}
 
-CGStatementScope::CGStatementScope() : outer_(new Taken) {
-  std::swap(g_taken, *outer_);
-}
+CGStatementScope::CGStatementScope() : outer_temporaries_(g_temporaries.size()) {}
 
 CGStatementScope::~CGStatementScope() {
-  for (const std::string& name : g_taken.temporaries)
-    if (function_ != nullptr && function_->isTmpVariable(name)) function_->releaseTmpVariable(name);
-  for (T3Tree_Node* node : g_taken.located) ResetLocation(node);
-  std::swap(g_taken, *outer_);
+  for (size_t i = outer_temporaries_; function_ != nullptr && i < g_temporaries.size(); ++i)
+    if (function_->isTmpVariable(g_temporaries[i])) function_->releaseTmpVariable(g_temporaries[i]);
+  g_temporaries.resize(outer_temporaries_);
 }

@@ -3,13 +3,12 @@
 // and is converted where the other is wanted.
 #pragma once
 
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "FileAPI/CFunction.h"
 #include "frontend/T3Tree.h"
 #include "generator/expressions/CGModes.h"
+#include "generator/text/CLocations.h"
 
 /// The form that is wanted of a result: `CLocation` or `RTSLocation` of the node.
 enum vexa_expression_mode_t { vexa_c_mode, vexa_rts_mode };
@@ -20,17 +19,11 @@ void CGExpression(T3Tree_Node* node, vexa_expression_mode_t form, CGMode mode, C
 
 /// Assigns an expression to the run-time value that `target` means. `log_modification`: the tools are told.
 /// `mode`: that of a template where the target is one.
-void CGAssign(const std::string& target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
+void CGAssign(std::string_view target, T3Tree_Node* rhs, bool log_modification, CFunction& function,
               CGMode mode = vexa_temp_alloc);
 
 /// The form in which the value of an expression is natural.
 vexa_expression_mode_t NaturalMode(T3Tree_Node* node);
-
-/// What a statement has taken.
-struct CGTaken {
-  std::vector<std::string> temporaries;
-  std::vector<T3Tree_Node*> located;
-};
 
 /// Frees the temporaries and locations that a statement's expression has taken, when nothing reads them any
 /// more. Scopes nest.
@@ -45,5 +38,6 @@ class CGStatementScope {
 
  private:
   CFunction* function_ = nullptr;
-  std::unique_ptr<CGTaken> outer_;
+  size_t outer_temporaries_;
+  CLocationScope locations_;
 };

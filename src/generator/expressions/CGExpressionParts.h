@@ -18,34 +18,31 @@ using Mode = CGMode;
 std::string Call(std::string_view function, const std::vector<std::string>& arguments);
 std::string Call(std::string_view function, CWords arguments);
 /// The locations of an operand, which is evaluated; in C it is a value.
-std::string InC(T3Tree_Node* node, CFunction& function);
-std::string InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
+std::string_view InC(T3Tree_Node* node, CFunction& function);
+std::string_view InRTS(T3Tree_Node* node, Mode mode, CFunction& function);
 /// Variables by their types.
-using Variables = std::map<std::string, std::string>;
+using Variables = std::map<std::string_view, std::string>;
 /// The type of a variable of C that can hold a value of a type; null for what is not held in one.
 const char* CVariableType(const T3Tree_Node* type);
 class Operands;
 /// The location of an operand, which has one, after which the operands behind it may be evaluated: where one
 /// of them may change what it leads to, that of the value that is there now.
-std::string OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
-                           CFunction& function);
+std::string_view OperandInOrder(const Operands& operands, size_t at, vexa_expression_mode_t form,
+                                CFunction& function);
 /// The value that a location leads to, as it is now.
-std::string Kept(const std::string& location, CFunction& function);
+std::string Kept(std::string_view location, CFunction& function);
 /// The location of a node that has one in this form. A long text is first put into a variable, one of
 /// `variables` where that is given: what is nested deeply would otherwise be written once more at each level.
-std::string ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
-                          Variables* variables = nullptr);
+std::string_view ShortLocation(T3Tree_Node* node, vexa_expression_mode_t form, CFunction& function,
+                               Variables* variables = nullptr);
 /// Reserves a run-time value for a node, and returns its location.
 std::string AllocateRTSValue(T3Tree_Node* node, Mode mode, CFunction& function);
-/// Sets where the result of a node is, to the end of the statement.
-void StoreCLocation(T3Tree_Node* node, const std::string& text);
-void StoreRTSLocation(T3Tree_Node* node, const std::string& text);
 /// A temporary of the statement.
 std::string Temporary(std::string_view type, CFunction& function);
 /// The node's type behind names and subtypes.
 T3Tree_Node* TypeOf(T3Tree_Node* expression);
-std::string CastToUnsignedLong(const std::string& text);
-std::string CastToLongLong(const std::string& text);
+std::string CastToUnsignedLong(std::string_view text);
+std::string CastToLongLong(std::string_view text);
 /// What is thrown for constructs that no code is generated for, with the place of one.
 struct not_supported {
   tPosition position;
@@ -53,16 +50,16 @@ struct not_supported {
 };
 [[noreturn]] void NotSupported(T3Tree_Node* node);
 /// The call that ends the test case with an error, this text and a place in the source.
-void ReportAtRunTime(const std::string& text, const tPosition& position, CFunction& function);
+void ReportAtRunTime(std::string_view text, const tPosition& position, CFunction& function);
 
 /// Whether a literal is a text that needs wide characters; sets a value to such a text.
 bool IsWideText(T3Tree_Node* node);
-void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& function);
+void SetWideText(T3Tree_Node* node, std::string_view target, CFunction& function);
 
 /// The location of a place that may be written later, or not at all: what is missing above it, and an
 /// alternative that is not chosen, comes into being with the first write. `makes_field` also makes an omitted
 /// field; otherwise its location is that of `omit`.
-std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function);
+std::string_view PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function);
 
 /// What a declaration at module level, or an import, is called in the function: its name in C, or its entry
 /// in the symbol table.
@@ -120,5 +117,5 @@ std::string WideCharacterText(unsigned group, unsigned plane, unsigned row, unsi
 const char* RTS2CFunction(T3Tree_Node* node, const T3Tree_Node* type);
 
 /// The call that sets a run-time value of the node's type to its C location.
-void SetFromC(T3Tree_Node* node, const std::string& target, CFunction& function);
+void SetFromC(T3Tree_Node* node, std::string_view target, CFunction& function);
 }  // namespace cg

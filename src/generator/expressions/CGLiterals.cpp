@@ -96,11 +96,11 @@ std::vector<WideChar> WideCharsOf(T3Tree_Node* node) {
 }
 
 // Makes the value of an array of characters.
-void WideCharOrWideString(T3Tree_Node* node, const std::string& array, size_t count, Mode mode,
+void WideCharOrWideString(T3Tree_Node* node, std::string_view array, size_t count, Mode mode,
                           CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
   if (TypeOf(node)->is<T3UniversalCharacterType>())
-    function.call(LUMO_VALUE_SET_UNIVERSAL_CHAR, {target, array + "[0]", VEXA_CONTEXT});
+    function.call(LUMO_VALUE_SET_UNIVERSAL_CHAR, {target, joined({array, "[0]"}), VEXA_CONTEXT});
   else
     function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
                   {target, array, std::to_string(count), VEXA_CONTEXT});
@@ -183,8 +183,8 @@ const char* NullWord(T3Tree_Node* type) {
 }
 
 // The value of another object identifier, number by number.
-void AddObjectIdentifier(T3Tree_Node* item, const std::string& target, CFunction& function) {
-  const std::string source = InRTS(item, vexa_temp_alloc, function);
+void AddObjectIdentifier(T3Tree_Node* item, std::string_view target, CFunction& function) {
+  const std::string_view source = InRTS(item, vexa_temp_alloc, function);
   const std::string index = function.getTmpVariable(C_UNSIGNED_LONG);
   const std::string count = function.getTmpVariable(C_UNSIGNED_LONG);
   function.callAndAssign(count, LUMO_SIZE_OF, {source, VEXA_CONTEXT});
@@ -207,8 +207,8 @@ void GenObjectIdentifierLiteral(T3ObjectIdentifierLiteral* node, Mode mode, CFun
       continue;
     }
     if (!number && (!item->is<_T3Reference>() || !TypeOf(item)->is<T3Integer>())) NotSupported(item);
-    const std::string text =
-        number ? Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)}) : InC(item, function);
+    const std::string text = number ? Call(LUMO_LONG_INTEGER_LITERAL, {std::to_string(*number)})
+                                    : std::string(InC(item, function));
     function.call(LUMO_VALUE_ADD_OBJECTID_ELEMENT, {target, text, VEXA_CONTEXT});
   }
 }
@@ -228,7 +228,7 @@ bool IsWideText(T3Tree_Node* node) {
          TypeOf(node)->is<T3UniversalCharStringType>();
 }
 
-void SetWideText(T3Tree_Node* node, const std::string& target, CFunction& function) {
+void SetWideText(T3Tree_Node* node, std::string_view target, CFunction& function) {
   const std::vector<WideChar> characters = WideCharsOf(node);
   function.call(LUMO_VALUE_SET_UNIVERSAL_CHARSTRING_FROM_WCHAR_ARRAY,
                 {target, WideTable(characters), std::to_string(characters.size()), VEXA_CONTEXT});
@@ -257,7 +257,7 @@ bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {
     case T3Kind::T3FloatLiteral:
     case T3Kind::T3Infinity:
     case T3Kind::T3BooleanLiteral:
-      StoreCLocation(node, CValueString(node));
+      SetCLocation(node, CValueString(node));
       return true;
     case T3Kind::T3BitStringLiteral:
     case T3Kind::T3OctStringLiteral:
@@ -270,10 +270,10 @@ bool Literal(T3Tree_Node* node, Mode mode, CFunction& function) {
                      VerdictValue(node->as<T3VerdictLiteral>()->value), VEXA_CONTEXT});
       return true;
     case T3Kind::T3Omit:
-      StoreRTSLocation(node, LUMO_OMIT_VALUE_C);
+      SetRTSLocation(node, LUMO_OMIT_VALUE_C);
       return true;
     case T3Kind::T3Null:
-      StoreRTSLocation(node, NullWord(TypeOf(node)));
+      SetRTSLocation(node, NullWord(TypeOf(node)));
       return true;
     case T3Kind::T3ObjectIdentifierLiteral:
       GenObjectIdentifierLiteral(node->as<T3ObjectIdentifierLiteral>(), mode, function);

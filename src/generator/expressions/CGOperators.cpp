@@ -65,21 +65,21 @@ const char* ShiftWord(T3Tree_Node* node) {
   }
 }
 
-std::string Negated(const std::string& text) {
-  return C_NOT + text;
+std::string Negated(std::string_view text) {
+  return joined({C_NOT, text});
 }
 
 // Both operands of an operator, the left one as it is before the right one is evaluated.
 struct Both {
-  std::string left;
-  std::string right;
+  std::string_view left;
+  std::string_view right;
 };
 
 Both OperandsOf(T3Tree_Node* left, vexa_expression_mode_t left_form, T3Tree_Node* right,
                 vexa_expression_mode_t right_form, CFunction& function) {
   CGExpression(left, left_form, vexa_temp_alloc, function);
   ShortLocation(left, left_form, function);
-  const std::string kept = OperandInOrder(Operands({left, right}), 0, left_form, function);
+  const std::string_view kept = OperandInOrder(Operands({left, right}), 0, left_form, function);
   CGExpression(right, right_form, vexa_temp_alloc, function);
   return {kept, ShortLocation(right, right_form, function)};
 }
@@ -89,18 +89,20 @@ Both OperandsOf(_T3BinaryExpression* node, vexa_expression_mode_t form, CFunctio
 }
 
 void GenerateBinary(_T3BinaryExpression* node, const char* op, CFunction& function) {
-  auto [left, right] = OperandsOf(node, vexa_c_mode, function);
+  const auto [left, right] = OperandsOf(node, vexa_c_mode, function);
   // C knows no fault that could end a test case alone.
-  if (node->is<T3Divide>() && !node->right->is<T3IntLiteral>() && !node->right->is<T3FloatLiteral>())
-    right = Call(TypeOf(node)->is<T3Integer>() ? LUMO_DIVISOR : LUMO_FLOAT_DIVISOR, {right, VEXA_CONTEXT});
-  StoreCLocation(node, "(" + left + " " + op + " " + right + ")");
+  if (node->is<T3Divide>() && !node->right->is<T3IntLiteral>() && !node->right->is<T3FloatLiteral>()) {
+    const char* word = TypeOf(node)->is<T3Integer>() ? LUMO_DIVISOR : LUMO_FLOAT_DIVISOR;
+    return SetCLocation(node, joined({"(", left, " ", op, " ", word, "(", right, ", ", VEXA_CONTEXT, "))"}));
+  }
+  SetCLocation(node, joined({"(", left, " ", op, " ", right, ")"}));
 }
 
 // Comparisons of run-time values.
 void GenerateRelational(_T3BinaryExpression* node, const char* word, bool negated, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
   const std::string call = Call(word, {left, right, VEXA_CONTEXT});
-  StoreCLocation(node, negated ? Negated(call) : call);
+  SetCLocation(node, negated ? Negated(call) : call);
 }
 
 // Orders of enumerations go by their numbers, which the C form is.
@@ -114,46 +116,44 @@ void GenerateOrder(_T3BinaryExpression* node, CFunction& function) {
 
 void GenerateModOrRem(_T3BinaryExpression* node, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_c_mode, function);
-  StoreCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
+  SetCLocation(node, Call(node->is<T3Mod>() ? LUMO_MOD : LUMO_REM, {left, right, VEXA_CONTEXT}));
 }
 
 // The right operand is evaluated only where the left one does not decide. A chain of operations has one
 // result.
 void GenerateBooleanOperation(_T3BinaryExpression* node, CFunction& function) {
-  const std::string left = InC(node->left, function);
+  const std::string_view left = InC(node->left, function);
   const bool continues = node->left->is<T3And>() || node->left->is<T3Or>();
-  const std::string result = continues ? left : Temporary(C_BOOL, function);
+  const std::string result = continues ? std::string(left) : Temporary(C_BOOL, function);
   const bool is_or = node->is<T3Or>();
-  function.beginIf(is_or ? left : Negated("(" + left + ")"));
+  function.beginIf(is_or ? std::string(left) : joined({C_NOT, "(", left, ")"}));
   function.assign(result, is_or ? C_TRUE : C_FALSE);
   function.endIf();
   function.beginElse();
   function.assign(result, InC(node->right, function));
   function.endIf();
-  StoreCLocation(node, result);
+  SetCLocation(node, result);
 }
 
 void GenerateBinaryRTValue(_T3BinaryExpression* node, Mode mode, CFunction& function) {
   const auto [left, right] = OperandsOf(node, vexa_rts_mode, function);
-  StoreRTSLocation(node,
-                   Call(RTValueWord(node), {left, right, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(node, Call(RTValueWord(node), {left, right, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 void GenerateShiftOrRotate(_T3ShiftOrRotateExpression* node, Mode mode, CFunction& function) {
   const auto [value, count] = OperandsOf(node->value, vexa_rts_mode, node->shift, vexa_c_mode, function);
-  StoreRTSLocation(node,
-                   Call(ShiftWord(node), {value, count, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(node, Call(ShiftWord(node), {value, count, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 void GenerateUnary(_T3UnaryExpression* node, Mode mode, CFunction& function) {
   if (node->is<T3UnaryNot4b>()) {
-    const std::string value = InRTS(node->arg, vexa_temp_alloc, function);
-    StoreRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+    const std::string_view value = InRTS(node->arg, vexa_temp_alloc, function);
+    SetRTSLocation(node, Call(LUMO_NOT4B, {value, AllocationMode(mode.allocation), VEXA_CONTEXT}));
   } else {
     const char* op = node->is<T3UnaryMinus>() ? C_MINUS : C_NOT;
     // The least number has one more than the greatest.
     const char* rest = node->is<T3UnaryMinus>() && IsBeyondIntegers(node->arg) ? " - 1)" : ")";
-    StoreCLocation(node, std::string("(") + op + InC(node->arg, function) + rest);
+    SetCLocation(node, joined({"(", op, InC(node->arg, function), rest}));
   }
 }
 

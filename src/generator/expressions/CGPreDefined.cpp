@@ -77,10 +77,10 @@ const Conversion* ConversionOf(T3Kind kind) {
 }
 
 // Stores the call of a function whose result is a run-time value.
-void Store(T3Tree_Node* node, const std::string& word, std::vector<std::string> arguments, Mode mode) {
+void Store(T3Tree_Node* node, std::string_view word, std::vector<std::string> arguments, Mode mode) {
   arguments.emplace_back(AllocationMode(mode.allocation));
   arguments.emplace_back(VEXA_CONTEXT);
-  StoreRTSLocation(node, Call(word, arguments));
+  SetRTSLocation(node, Call(word, arguments));
 }
 
 // The operands of a function in their order, each in the form that is wanted of it.
@@ -99,27 +99,27 @@ std::vector<std::string> InOrder(const std::vector<Wanted>& all, CFunction& func
   for (size_t i = 0; i < all.size(); ++i) {
     CGExpression(nodes[i], all[i].form, all[i].mode, function);
     ShortLocation(nodes[i], all[i].form, function);
-    const std::string text = OperandInOrder(operands, i, all[i].form, function);
-    texts.push_back(all[i].is_index ? CastToUnsignedLong(text) : text);
+    const std::string_view text = OperandInOrder(operands, i, all[i].form, function);
+    texts.push_back(all[i].is_index ? CastToUnsignedLong(text) : std::string(text));
   }
   return texts;
 }
 
 // The functions are told what stands there, a template too.
-std::string AsTemplate(T3Tree_Node* operand, CFunction& function) {
+std::string_view AsTemplate(T3Tree_Node* operand, CFunction& function) {
   return InRTS(operand, CGTemplateMode(), function);
 }
 
 // A reference may lead to nothing; what stands in calls and operators on the way is read as anywhere else.
-std::string Probed(T3Tree_Node* operand, CFunction& function) {
+std::string_view Probed(T3Tree_Node* operand, CFunction& function) {
   if (!operand->is<T3Qualifier>() && !operand->is<T3Subscription>()) return AsTemplate(operand, function);
   return InRTS(operand, CGTemplateMode().with(CGAccess::Probe), function);
 }
 
 // What has been decoded goes to the second operand, and what is left of the bits to the first one.
 void Decode(T3DecValue* node, Mode mode, CFunction& function) {
-  const std::string bits = AsTemplate(node->value, function);
-  const std::string decoded = InRTS(node->decoded_value, CGTemplateMode().with(CGAccess::Write), function);
+  const std::string bits(AsTemplate(node->value, function));
+  const std::string decoded(InRTS(node->decoded_value, CGTemplateMode().with(CGAccess::Write), function));
   Store(node, LUMO_DECVALUE, {bits, decoded}, mode);
 }
 
@@ -145,14 +145,15 @@ void Plain(_T3PreDefinedFunction* node, Mode mode, CFunction& function) {
   if (!varying.empty()) {
     const bool from_number = node->is<T3Int2Char>() || node->is<T3Int2UniChar>();
     return Store(node, varying,
-                 {from_number ? InC(node->value, function) : InRTS(node->value, vexa_temp_alloc, function)},
+                 {std::string(from_number ? InC(node->value, function)
+                                          : InRTS(node->value, vexa_temp_alloc, function))},
                  mode);
   }
   const Conversion* conversion = ConversionOf(node->kind);
   if (conversion == nullptr) NotSupported(node);
   Store(node, conversion->word,
-        {conversion->operand == vexa_c_mode ? InC(node->value, function)
-                                            : InRTS(node->value, vexa_temp_alloc, function)},
+        {std::string(conversion->operand == vexa_c_mode ? InC(node->value, function)
+                                                        : InRTS(node->value, vexa_temp_alloc, function))},
         mode);
 }
 
@@ -160,17 +161,17 @@ void Plain(_T3PreDefinedFunction* node, Mode mode, CFunction& function) {
 void AskField(T3Tree_Node* node, T3Tree_Node* operand, CFunction& function) {
   auto* field = operand->try_as<T3Qualifier>();
   if (field == nullptr) NotSupported(node);
-  const std::string parent =
+  const std::string_view parent =
       node->is<T3IsPresent>() ? Probed(WholeOf(field), function) : AsTemplate(WholeOf(field), function);
   const int64_t index = PlaceOfField(field);
-  StoreCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
-                            {parent, std::to_string(index), VEXA_CONTEXT}));
+  SetCLocation(node, Call(node->is<T3IsPresent>() ? LUMO_ISPRESENT : LUMO_ISCHOSEN,
+                          {parent, std::to_string(index), VEXA_CONTEXT}));
 }
 
 // What a type itself, or one below something that need not be there, is asked by: a value without contents.
 std::string OfItsType(T3Tree_Node* operand, CFunction& function) {
   if (!NamesType(operand) && !operand->is<T3Qualifier>() && !operand->is<T3Subscription>())
-    return AsTemplate(operand, function);
+    return std::string(AsTemplate(operand, function));
   return Call(LUMO_TYPE_INSTANTIATE_VALUE,
               {VEXATypeRef(ExpressionLocalType(operand)), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
@@ -190,22 +191,23 @@ void OfTemplate(_T3PreDefinedTemplateFunction* node, Mode mode, CFunction& funct
   if (auto* definition = operand->try_as<T3TemplateDef>()) operand = definition->constraint;
   if (node->is<T3IsPresent>() || node->is<T3IsChosen>()) return AskField(node, operand, function);
   if (node->is<T3SizeOfType>() || NamesType(operand))
-    return StoreCLocation(
-        node, CastToLongLong(Call(LUMO_SIZEOFTYPE, {OfItsType(operand, function), VEXA_CONTEXT})));
+    return SetCLocation(node,
+                        CastToLongLong(Call(LUMO_SIZEOFTYPE, {OfItsType(operand, function), VEXA_CONTEXT})));
   if (auto* part = node->try_as<T3Substring>())
     return PartOf(node, LUMO_SUBSTRING, operand, part->index, part->count, mode, function);
   if (auto* part = node->try_as<T3Decompose>())
     return PartOf(node, LUMO_DECOMPOSE, operand, part->index, part->count, mode, function);
-  const std::string value = node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
+  const std::string_view value =
+      node->is<T3IsValue>() ? Probed(operand, function) : AsTemplate(operand, function);
   switch (node->kind) {
     case T3Kind::T3LengthOf:
-      return StoreCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
+      return SetCLocation(node, CastToLongLong(Call(LUMO_LENGTH_OF, {value, VEXA_CONTEXT})));
     case T3Kind::T3SizeOf:
-      return StoreCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
+      return SetCLocation(node, CastToLongLong(Call(LUMO_SIZE_OF, {value, VEXA_CONTEXT})));
     case T3Kind::T3IsValue:
-      return StoreCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
+      return SetCLocation(node, Call(LUMO_ISVALUE, {value, VEXA_CONTEXT}));
     case T3Kind::T3EncValue:
-      return Store(node, LUMO_ENCVALUE, {value}, mode);
+      return Store(node, LUMO_ENCVALUE, {std::string(value)}, mode);
     default:
       NotSupported(node);
   }

@@ -131,8 +131,8 @@ Effect WholeEffect(T3Tree_Node* expression) {
 // What is evaluated into a variable of C stays as it is.
 bool IsInVariable(T3Tree_Node* node, const CFunction& function) {
   if (!node->is<_T3Expression>()) return false;
-  return (HasCLocation(node) && function.isTmpVariable(CLocation(node))) ||
-         (HasRTSLocation(node) && function.isTmpVariable(RTSLocation(node)));
+  return (HasCLocation(node) && function.isTmpVariable(std::string(CLocation(node)))) ||
+         (HasRTSLocation(node) && function.isTmpVariable(std::string(RTSLocation(node))));
 }
 
 bool AsksComponent(T3Tree_Node* node) {
@@ -181,7 +181,7 @@ Operands::Operands(std::vector<T3Tree_Node*> operands) : operands_(std::move(ope
   }
 }
 
-bool Operands::MayFaultLate(size_t at, const std::string& location) const {
+bool Operands::MayFaultLate(size_t at, std::string_view location) const {
   // What is no call, nor an operation on one, is a variable.
   return at < last_told_ && !operands_[at]->is<_T3LiteralExpression>() &&
          location.find('(') != std::string::npos;

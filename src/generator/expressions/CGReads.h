@@ -30,7 +30,7 @@ class Operands {
   bool MayChange(size_t at, bool is_stored, const CFunction& function) const;
   /// True where a fault that evaluating this location of operand `at` ends with would come behind what an
   /// operand behind it does, and a report tells.
-  bool MayFaultLate(size_t at, const std::string& location) const;
+  bool MayFaultLate(size_t at, std::string_view location) const;
 
  private:
   bool IsWrittenBehind(size_t at, T3Tree_Node* node) const;

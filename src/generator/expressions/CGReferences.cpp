@@ -69,7 +69,7 @@ std::string LocationOf(T3Tree_Node* decl, const CFunction& function) {
   const int place = PlaceOf(decl);
   if (place == kAtModuleLevel) return AccessNamedEntity(decl, function);
   // A local has its variable by the statement that declares it, and a component's while it is being made.
-  if (HasRTSLocation(decl)) return RTSLocation(decl);
+  if (HasRTSLocation(decl)) return std::string(RTSLocation(decl));
   if (place == kInComponent)
     return Call(LUMO_COMPONENT_ELEMENT, {Quote(decl->as<_T3Decl>()->name), VEXA_CONTEXT});
   NotSupported(decl);
@@ -96,11 +96,11 @@ void Named(_T3Reference* node, Mode mode, CFunction& function) {
   if (T3Is<_T3FormalPar>(def)) {
     const int index = def->as<_T3FormalPar>()->attr().vexa_index;
     // The parameter of a template that is modified has a place of its own.
-    const std::string found = HasRTSLocation(def) ? RTSLocation(def) : FoundByName(def, function);
-    const std::string slot =
-        found.empty() ? std::string(VEXA_ARGV) + "[" + std::to_string(index) + "]" : found;
+    const std::string found =
+        HasRTSLocation(def) ? std::string(RTSLocation(def)) : FoundByName(def, function);
+    const std::string slot = found.empty() ? joined({VEXA_ARGV, "[", std::to_string(index), "]"}) : found;
     const bool is_value = T3Is<T3FormalTemplatePar>(def) && !mode.is_template;
-    return StoreRTSLocation(
+    return SetRTSLocation(
         node, is_value ? Call(LUMO_VALUEOF, {slot, AllocationMode(mode.allocation), VEXA_CONTEXT}) : slot);
   }
   // The one value of the type NULL has the type's name.
@@ -108,7 +108,7 @@ void Named(_T3Reference* node, Mode mode, CFunction& function) {
     return function.call(LUMO_VALUE_SET_ENUM, {AllocateRTSValue(node, mode, function), "0", VEXA_CONTEXT});
   if (T3Is<_T3Decl>(def)) {
     const std::string found = FoundByName(def, function);
-    return StoreRTSLocation(node, found.empty() ? LocationOf(def, function) : found);
+    return SetRTSLocation(node, found.empty() ? LocationOf(def, function) : found);
   }
   T3Tree_Node* type = TypeOf(node);
   if (!type->is<T3EnumType>()) NotSupported(node);
@@ -133,8 +133,8 @@ tIdent NameOfField(T3Qualifier* node, T3Tree_Node* type) {
 // A long way to a field or an element goes over temporaries, so that the text grows with the way.
 std::string Whole(T3Tree_Node* node, Mode mode, CFunction& function) {
   constexpr size_t kLongest = 2000;
-  const std::string text = InRTS(node, mode.temporary(), function);
-  if (text.size() <= kLongest) return text;
+  const std::string_view text = InRTS(node, mode.temporary(), function);
+  if (text.size() <= kLongest) return std::string(text);
   std::string name = Temporary(LUMO_VALUE_T, function);
   function.assign(name, text);
   return name;
@@ -145,34 +145,34 @@ void Field(T3Qualifier* node, Mode mode, CFunction& function) {
   T3Tree_Node* type = TypeOf(WholeOf(node));
   const auto index = [&] { return std::to_string(PlaceOfField(node)); };
   if (mode.access == CGAccess::Probe)
-    StoreRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(LUMO_VALUE_TRY_FIELD_BY_INDEX, {parent, index(), VEXA_CONTEXT}));
   else if (IsRecordOrSetType(type))
-    StoreRTSLocation(node, Call(mode.writes() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
-                                {parent, index(), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(mode.writes() ? LUMO_VALUE_FIELD_BY_INDEX_LHS : LUMO_VALUE_FIELD_BY_INDEX,
+                              {parent, index(), VEXA_CONTEXT}));
   else if (mode.writes() && (type->is<T3UnionType>() || type->is<T3AnyType>()))
-    StoreRTSLocation(node, Call(UnionAccessFunc(node, mode.access), {parent, index(), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(UnionAccessFunc(node, mode.access), {parent, index(), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node,
-                     Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
+    SetRTSLocation(node,
+                   Call(LUMO_VALUE_FIELD_BY_NAME, {parent, Quote(NameOfField(node, type)), VEXA_CONTEXT}));
 }
 
 void Element(T3Subscription* node, Mode mode, CFunction& function) {
   const std::string parent = Whole(node->base, mode, function);
-  const std::string index = InC(node->index, function);
+  const std::string_view index = InC(node->index, function);
   // A template in a list that is changed gives way to one with parts.
   const bool makes_parts = mode.writes() && mode.is_template;
   if (IsStringType(TypeOf(node->base)))
-    StoreRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
-                                                            AllocationMode(mode.allocation), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(LUMO_VALUE_STRING_ELEMENT, {parent, CastToUnsignedLong(index),
+                                                          AllocationMode(mode.allocation), VEXA_CONTEXT}));
   else
-    StoreRTSLocation(node, Call(mode.access == CGAccess::Probe ? LUMO_VALUE_TRY_FIELD_BY_INDEX
-                                : makes_parts                  ? LUMO_VALUE_FIELD_BY_INDEX_LHS
-                                                               : LUMO_VALUE_FIELD_BY_INDEX,
-                                {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
+    SetRTSLocation(node, Call(mode.access == CGAccess::Probe ? LUMO_VALUE_TRY_FIELD_BY_INDEX
+                              : makes_parts                  ? LUMO_VALUE_FIELD_BY_INDEX_LHS
+                                                             : LUMO_VALUE_FIELD_BY_INDEX,
+                              {parent, CastToUnsignedLong(index), VEXA_CONTEXT}));
 }
 }  // namespace
 
-std::string PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function) {
+std::string_view PlaceToWrite(T3Tree_Node* reference, bool makes_field, CFunction& function) {
   auto* field = reference->try_as<T3Qualifier>();
   const bool is_field = field != nullptr && IsField(field);
   if (!is_field && !reference->is<T3Subscription>()) return InRTS(reference, vexa_temp_alloc, function);

@@ -20,7 +20,7 @@ bool IsToldByText(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test) {
 }
 
 // Tells a mismatch, unless within a list of alternatives, where it is none.
-void ReportResult(const CGTest& test, const std::string& reason, const std::string& expected,
+void ReportResult(const CGTest& test, std::string_view reason, std::string_view expected,
                   CFunction& function) {
   if (test.quiet) return;
   if (test.constraint != nullptr && expected == LUMO_NO_VALUE_C)
@@ -28,12 +28,12 @@ void ReportResult(const CGTest& test, const std::string& reason, const std::stri
                   {Quote(InLiteral(GetConstraintDescription(test.constraint,
                                                             gT3CommandLine.template_description_length))),
                    VEXA_CONTEXT});
-  function.call(LUMO_LOG_TEMPLATE_MISMATCH_BY_NAME_EVENT,
-                {Quote(test.field), Quote(reason), test.value, expected, VEXA_CONTEXT});
+  function.addLine({LUMO_LOG_TEMPLATE_MISMATCH_BY_NAME_EVENT, "(\"", test.field, "\", \"", reason, "\", ",
+                    test.value, ", ", expected, ", ", VEXA_CONTEXT, ");"});
 }
 
 // The actions of a failing test.
-void Fail(const CGTest& test, const std::string& reason, const std::string& expected, CFunction& function) {
+void Fail(const CGTest& test, std::string_view reason, std::string_view expected, CFunction& function) {
   ReportResult(test, reason, expected, function);
   if (test.on_fail == break_return) return function.addLine("return false;");
   if (test.on_fail == break_assign) return function.assign(test.result, C_FALSE);
@@ -59,9 +59,7 @@ std::string GenValueListConstraint(T3Tree_Node* list, T3Tree_Node* type, const C
     inner.on_fail = break_assign;
     inner.quiet = true;
     GenConstraint(at->value, type, inner, function);
-    std::string both = "(";
-    both.append(none).append(" ").append(C_AND).append(" ").append(Negated(matches)).append(")");
-    function.assign(none, both);
+    function.assign(none, joined({"(", none, " ", C_AND, " ", C_NOT, "(", matches, "))"}));
     function.releaseTmpVariable(matches);
   }
   return none;
@@ -85,7 +83,7 @@ void TestComplement(T3Complement* node, T3Tree_Node* type, const CGTest& test, C
 }
 
 void TestEqual(T3Tree_Node* node, const CGTest& test, CFunction& function) {
-  const std::string expected = cg::InRTS(node, vexa_temp_alloc, function);
+  const std::string_view expected = cg::InRTS(node, vexa_temp_alloc, function);
   TestForFailure(Negated(cg::Call(LUMO_IS_EQUAL, {expected, test.value, VEXA_CONTEXT})), test,
                  "value mismatch", expected, function);
 }
@@ -108,7 +106,7 @@ void TestExtra(ExtraMatchingExpressions* node, T3Tree_Node* type, const CGTest& 
     GenConstraint(node->object, type, test, function);
   };
   if (node->is<T3LengthMatch>()) return UnlessOmitted(test, function, inner);
-  function.beginIf(test.value + " != " + LUMO_OMIT_VALUE_C);
+  function.beginIf(joined({test.value, " != ", LUMO_OMIT_VALUE_C}));
   inner();
   function.endIf();
 }
@@ -153,8 +151,8 @@ bool TestMechanism(T3Tree_Node* node, T3Tree_Node* type, const CGTest& test, CFu
 }
 }  // namespace
 
-void TestForFailure(const std::string& condition, const CGTest& test, const std::string& reason,
-                    const std::string& expected, CFunction& function) {
+void TestForFailure(std::string_view condition, const CGTest& test, std::string_view reason,
+                    std::string_view expected, CFunction& function) {
   function.beginIf(condition);
   Fail(test, reason, expected, function);
   function.endIf();
@@ -163,7 +161,7 @@ void TestForFailure(const std::string& condition, const CGTest& test, const std:
 namespace cgtest {
 namespace {
 // A template as the only item of a list: the run-time system tries these without a word.
-std::string Silenced(T3Tree_Node* node, const std::string& location, CFunction& function) {
+std::string Silenced(T3Tree_Node* node, std::string_view location, CFunction& function) {
   std::string list = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(list, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,
                          {VEXATypeRef(ExpressionLocalType(node)), LUMO_TEMP_ALLOC_C, "0", VEXA_CONTEXT});
@@ -175,8 +173,8 @@ std::string Silenced(T3Tree_Node* node, const std::string& location, CFunction& 
 }
 }  // namespace
 
-void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& reason, CFunction& function) {
-  std::string location = cg::InRTS(node, CGTemplateMode(), function);
+void MatchTemplate(T3Tree_Node* node, const CGTest& test, std::string_view reason, CFunction& function) {
+  std::string location(cg::InRTS(node, CGTemplateMode(), function));
   // A call is made once, although its result is also told.
   if (location.find('(') != std::string::npos) {
     const std::string made = cg::Temporary(LUMO_VALUE_T, function);
@@ -185,11 +183,11 @@ void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& rea
   }
   const bool is_plain = test.mode == vexa_template_plain;
   if (test.quiet && is_plain) location = Silenced(node, location, function);
-  std::vector<std::string> arguments = {location, test.value};
-  if (!is_plain) arguments.emplace_back(test.mode == vexa_template_call ? C_TRUE : C_FALSE);
-  arguments.emplace_back(VEXA_CONTEXT);
-  TestForFailure(Negated(cg::Call(is_plain ? LUMO_MATCH : LUMO_MATCH_SIGNATURE, arguments)), test, reason,
-                 location, function);
+  const char* is_call = test.mode == vexa_template_call ? C_TRUE : C_FALSE;
+  const std::string matches =
+      is_plain ? cg::Call(LUMO_MATCH, {location, test.value, VEXA_CONTEXT})
+               : cg::Call(LUMO_MATCH_SIGNATURE, {location, test.value, is_call, VEXA_CONTEXT});
+  TestForFailure(Negated(matches), test, reason, location, function);
 }
 }  // namespace cgtest
 
@@ -202,7 +200,8 @@ void GenConstraint(T3Tree_Node* node, T3Tree_Node* type, const CGTest& whole, CF
   if (auto* compound = node->try_as<T3CompoundValue>())
     TestCompound(compound, type, test, function);
   else if (node->is<T3Omit>())
-    TestForFailure(test.value + " != " + LUMO_OMIT_VALUE_C, test, "omit expected", LUMO_NO_VALUE_C, function);
+    TestForFailure(joined({test.value, " != ", LUMO_OMIT_VALUE_C}), test, "omit expected", LUMO_NO_VALUE_C,
+                   function);
   else if (TestMechanism(node, type, test, function))
     return;
   else if (T3Tree_Node* named = NamedType(node))

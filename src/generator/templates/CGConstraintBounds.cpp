@@ -16,16 +16,14 @@ namespace {
 using cg::InC;
 
 // lower <= value && value <= upper, of which an infinite side is left out; empty where both are.
-std::string Between(const std::string& lower, const std::string& value, const std::string& upper) {
-  std::string condition;
-  if (!lower.empty()) condition = lower + " " + C_LEQ + " " + value;
-  if (upper.empty()) return condition;
-  if (!condition.empty()) condition.append(" ").append(C_AND).append(" ");
-  return condition + value + " " + C_LEQ + " " + upper;
+std::string Between(std::string_view lower, std::string_view value, std::string_view upper) {
+  if (lower.empty()) return upper.empty() ? "" : joined({value, " ", C_LEQ, " ", upper});
+  if (upper.empty()) return joined({lower, " ", C_LEQ, " ", value});
+  return joined({lower, " ", C_LEQ, " ", value, " ", C_AND, " ", value, " ", C_LEQ, " ", upper});
 }
 
-std::string BoundInC(T3Tree_Node* bound, CFunction& function) {
-  return cg::IsInfinityExpression(bound) ? std::string() : InC(bound, function);
+std::string_view BoundInC(T3Tree_Node* bound, CFunction& function) {
+  return cg::IsInfinityExpression(bound) ? std::string_view() : InC(bound, function);
 }
 
 const char* CType(T3Tree_Node* type) {
@@ -39,8 +37,8 @@ const char* LengthFunction(T3Tree_Node* type) {
 }
 
 std::string LengthBound(T3Tree_Node* bound, CFunction& function) {
-  const std::string text = BoundInC(bound, function);
-  return text.empty() ? text : cg::CastToUnsignedLong(text);
+  const std::string_view text = BoundInC(bound, function);
+  return text.empty() ? "" : cg::CastToUnsignedLong(text);
 }
 
 // The user who generates a suite may want to be warned of lists of a wrong length only.
@@ -48,7 +46,7 @@ bool ListLengthsAreFree() {
   return std::getenv("TTCN3_DISABLE_LENGTH_RESTRICTION") != nullptr;
 }
 
-void WarnOfLength(const std::string& condition, const CGTest& test, CFunction& function) {
+void WarnOfLength(std::string_view condition, const CGTest& test, CFunction& function) {
   function.beginIf(condition);
   const std::string name = cg::Call(LUMO__VALUE_LABEL_OR_NAME, {test.value, VEXA_CONTEXT});
   const std::string text =
@@ -58,7 +56,7 @@ void WarnOfLength(const std::string& condition, const CGTest& test, CFunction& f
 }
 
 void TestLength(T3Tree_Node* lower, T3Tree_Node* upper, T3Tree_Node* type, const CGTest& test,
-                const std::string& reason, CFunction& function) {
+                std::string_view reason, CFunction& function) {
   const std::string length = function.getTmpVariable(C_UNSIGNED_LONG);
   function.callAndAssign(length, LengthFunction(type), {test.value, VEXA_CONTEXT});
   const std::string low = LengthBound(lower, function);
@@ -131,7 +129,7 @@ void TestNumberRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test,
   UnlessOmitted(test, function, [&] {
     const std::string number = function.getTmpVariable(CType(type));
     function.callAndAssign(number, cg::RTS2CFunction(range, type), {test.value, VEXA_CONTEXT});
-    const std::string lower = BoundInC(range->lb, function);
+    const std::string_view lower = BoundInC(range->lb, function);
     const std::string condition = Between(lower, number, BoundInC(range->ub, function));
     if (!condition.empty())
       TestForFailure(Negated(condition), test, "value outside range", LUMO_NO_VALUE_C, function);

@@ -14,24 +14,27 @@
 
 namespace cgtest {
 namespace {
-std::string Name(tIdent name) {
-  return gIdents.GetCStr(name);
+std::string_view Name(tIdent name) {
+  return gIdents.GetString(name);
 }
 
-void TestPart(const std::string& access, const std::string& name, T3Tree_Node* constraint, T3Tree_Node* type,
+// `access` gives the part's value.
+void TestPart(std::string_view access, tIdent name, T3Tree_Node* constraint, T3Tree_Node* type,
               const CGTest& test, CFunction& function) {
   if (constraint->is<T3NotUsedSymbol>() || constraint->is<T3AnyOrOmit>()) return;
   // Parts of one template may be taken over for several parts of another.
   const CGStatementScope scope(function);
   CGTest inner = test;
-  inner.value = function.getTmpVariable(LUMO_VALUE_T);
-  inner.field += name;
-  function.assign(inner.value, access);
+  const std::string value = function.getTmpVariable(LUMO_VALUE_T);
+  const std::string field = joined({test.field, ".", Name(name)});
+  inner.value = value;
+  inner.field = field;
+  function.assign(value, access);
   GenConstraint(constraint, type, inner, function);
-  function.releaseTmpVariable(inner.value);
+  function.releaseTmpVariable(value);
 }
 
-std::string ByIndex(const std::string& value, int64_t index) {
+std::string ByIndex(std::string_view value, int64_t index) {
   return cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {value, std::to_string(index), VEXA_CONTEXT});
 }
 
@@ -45,7 +48,7 @@ void TestRecord(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CF
         part.item->field->is<T3FieldName>() && type->is<T3SetType>()
             ? cg::Call(LUMO_VALUE_FIELD_BY_NAME, {test.value, Quote(field->name), VEXA_CONTEXT})
             : ByIndex(test.value, *part.place);
-    TestPart(access, "." + Name(field->name), part.item->value, RootType(field->type), test, function);
+    TestPart(access, field->name, part.item->value, RootType(field->type), test, function);
   }
 }
 
@@ -58,19 +61,19 @@ void TestSignature(T3CompoundValue* node, T3SignatureType* type, const CGTest& t
     if (!part.place || static_cast<size_t>(*part.place) >= formals.size()) continue;
     auto* formal = formals[static_cast<size_t>(*part.place)]->try_as<_T3TypedFormal>();
     if (formal == nullptr || !FieldValueIsRelevant(formal, test.mode)) continue;
-    TestPart(ByIndex(test.value, *part.place), "." + Name(formal->name), part.item->value,
-             RootType(formal->type), inner, function);
+    TestPart(ByIndex(test.value, *part.place), formal->name, part.item->value, RootType(formal->type), inner,
+             function);
   }
 }
 
 // The chosen alternative, and then what it holds.
-void TestAlternative(const std::string& what, const std::string& name, int64_t index, T3Tree_Node* constraint,
+void TestAlternative(std::string_view what, tIdent name, int64_t index, T3Tree_Node* constraint,
                      T3Tree_Node* type, const CGTest& test, CFunction& function) {
   const std::string chosen = cg::Call(LUMO_VALUE_UNION_INDEX, {test.value, VEXA_CONTEXT});
-  TestForFailure(chosen + " != " + std::to_string(index), test, what + " alternative '" + name + "' expected",
-                 LUMO_NO_VALUE_C, function);
+  TestForFailure(joined({chosen, " != ", std::to_string(index)}), test,
+                 joined({what, " alternative '", Name(name), "' expected"}), LUMO_NO_VALUE_C, function);
   function.beginElse();
-  TestPart(cg::Call(LUMO_VALUE_UNION_VALUE, {test.value, VEXA_CONTEXT}), "." + name, constraint, type, test,
+  TestPart(cg::Call(LUMO_VALUE_UNION_VALUE, {test.value, VEXA_CONTEXT}), name, constraint, type, test,
            function);
   function.endIf();
 }
@@ -81,11 +84,11 @@ void TestUnion(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFu
   if (name == nullptr) cg::NotSupported(node);
   if (type->is<T3AnyType>()) {
     T3Tree_Node* held = BehindImport(item->attr().def);
-    return TestAlternative("anytype", Name(name->name), cg::AlternativeOfAnyType(type, held), item->value,
+    return TestAlternative("anytype", name->name, cg::AlternativeOfAnyType(type, held), item->value,
                            RootType(held), test, function);
   }
   const int64_t index = GetAlternativeIndex(type, name->name, true);
-  TestAlternative("union", Name(name->name), index, item->value,
+  TestAlternative("union", name->name, index, item->value,
                   RootType(FindIndex(type, index)->as<T3FieldType>()->type), test, function);
 }
 
@@ -110,7 +113,7 @@ struct ElementLength {
   std::string upper = "-1";
 };
 
-std::string ElementLengthHelper(T3Tree_Node* bound, CFunction& function) {
+std::string_view ElementLengthHelper(T3Tree_Node* bound, CFunction& function) {
   if (cg::IsInfinityExpression(bound)) return "-1";
   return cg::InC(bound, function);
 }
@@ -134,7 +137,7 @@ ElementLength LengthOfElement(T3Tree_Node* value, CFunction& function) {
   return length;
 }
 
-std::string ExplicifyCompoundValueWorker(T3Tree_Node* value, CFunction& function) {
+std::string_view ExplicifyCompoundValueWorker(T3Tree_Node* value, CFunction& function) {
   if (value->is<T3NotUsedSymbol>()) return LUMO_ANYONE_VALUE_C;
   if (LengthOfAny(value) != nullptr) return LUMO_ANYORNONE_VALUE_C;
   return cg::InRTS(value, CGTemplateMode(), function);
@@ -151,8 +154,8 @@ std::vector<std::string> ExplicifyCompoundValue(const std::vector<T3FieldValue*>
   for (size_t i = 0; i < items.size(); ++i) {
     const std::string slot = "[" + std::to_string(i) + "]";
     const bool given = items[i] != nullptr;
-    function.assign(arrays[0] + slot, given ? ExplicifyCompoundValueWorker(items[i]->value, function)
-                                            : std::string(LUMO_ANYONE_VALUE_C));
+    function.assign(arrays[0] + slot,
+                    given ? ExplicifyCompoundValueWorker(items[i]->value, function) : LUMO_ANYONE_VALUE_C);
     function.assign(arrays[1] + slot,
                     PermutationKindToString(given ? items[i]->permutation_kind : t3_permutation_kind_t::No));
     const ElementLength length = given ? LengthOfElement(items[i]->value, function) : ElementLength();
@@ -166,11 +169,11 @@ std::vector<std::string> ExplicifyCompoundValue(const std::vector<T3FieldValue*>
 
 void TestList(T3CompoundValue* node, T3Tree_Node* type, const CGTest& test, CFunction& function) {
   const bool is_set = type->is<T3SetOfType>();
-  const std::string reason = is_set ? "set of mismatch" : "record of mismatch";
+  const std::string_view reason = is_set ? "set of mismatch" : "record of mismatch";
   const auto items = ItemsByPlace(node, type);
   if (!items) return MatchTemplate(node, test, reason, function);
   std::vector<std::string> arguments = ExplicifyCompoundValue(*items, function);
-  arguments.insert(arguments.begin(), test.value);
+  arguments.emplace(arguments.begin(), test.value);
   arguments.push_back(std::to_string(items->size()));
   arguments.emplace_back(VEXA_CONTEXT);
   TestForFailure(Negated(cg::Call(is_set ? LUMO_SETOF_MATCH : LUMO_RECORDOF_MATCH, arguments)), test, reason,
@@ -181,7 +184,7 @@ void TestSuperOrSubSet(_T3SuperOrSubSet* node, const CGTest& test, CFunction& fu
   UnlessOmitted(test, function, [&] {
     std::vector<std::string> items;
     for (auto* at : Items<T3ValueListItem>(node->values))
-      items.push_back(ExplicifyCompoundValueWorker(at->value, function));
+      items.emplace_back(ExplicifyCompoundValueWorker(at->value, function));
     const std::string array = function.declareArray(LUMO_VALUE_T, items.size());
     for (size_t i = 0; i < items.size(); ++i)
       function.assign(array + "[" + std::to_string(i) + "]", items[i]);

@@ -10,12 +10,13 @@
 #include "generator/text/T3CodeDefs.h"
 
 namespace cgtest {
-inline std::string Negated(const std::string& condition) {
-  return std::string(C_NOT) + "(" + condition + ")";
+inline std::string Negated(std::string_view condition) {
+  return joined({C_NOT, "(", condition, ")"});
 }
 
 inline void FailIfOmitted(const CGTest& test, CFunction& function) {
-  TestForFailure(test.value + " == " + LUMO_OMIT_VALUE_C, test, "omit unexpected", LUMO_NO_VALUE_C, function);
+  TestForFailure(joined({test.value, " == ", LUMO_OMIT_VALUE_C}), test, "omit unexpected", LUMO_NO_VALUE_C,
+                 function);
 }
 
 /// Runs `inner` where there is a value: nothing can be asked of an omitted one.
@@ -28,7 +29,7 @@ void UnlessOmitted(const CGTest& test, CFunction& function, const Inner& inner) 
 }
 
 /// By the run-time system: what holds templates.
-void MatchTemplate(T3Tree_Node* node, const CGTest& test, const std::string& reason, CFunction& function);
+void MatchTemplate(T3Tree_Node* node, const CGTest& test, std::string_view reason, CFunction& function);
 
 // Numbers and lengths.
 void TestNumberRange(T3ValueRange* range, T3Tree_Node* type, const CGTest& test, CFunction& function);

@@ -137,18 +137,17 @@ void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_No
   VisitFree(constraint, {}, visit);
 }
 
-InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::string& own,
-                                       CFunction& function) {
+InheritedArguments::InheritedArguments(T3TemplateDef* definition, std::string_view own, CFunction& function) {
   const std::vector<Link> chain = ChainOf(definition);
   const T3NodeSet used = chain.empty() ? T3NodeSet() : ParametersRead(definition, chain);
-  std::string vector = own;
+  std::string vector(own);
   for (const Link& link : chain) {
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);
     if (actuals != nullptr || vector.empty()) vector = Vector(link.modified, actuals, function);
     for (_T3FormalPar* formal : FormalsOf(link.modified)) {
       before_.emplace_back(formal, HasRTSLocation(formal) ? RTSLocation(formal) : "");
-      SetRTSLocation(formal, vector + "[" + std::to_string(formal->attr().vexa_index) + "]");
+      DeclareRTSLocation(formal, vector + "[" + std::to_string(formal->attr().vexa_index) + "]");
     }
   }
 }
@@ -156,7 +155,7 @@ InheritedArguments::InheritedArguments(T3TemplateDef* definition, const std::str
 InheritedArguments::~InheritedArguments() {
   for (auto at = before_.rbegin(); at != before_.rend(); ++at) {
     ResetLocation(at->first);
-    if (!at->second.empty()) SetRTSLocation(at->first, at->second);
+    if (!at->second.empty()) DeclareRTSLocation(at->first, at->second);
   }
 }
 }  // namespace cgtemplate

@@ -22,7 +22,7 @@ void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_No
 class InheritedArguments {
  public:
   /// `own`: the vector of the definition's declaration; empty for a definition in line, which has none.
-  InheritedArguments(T3TemplateDef* definition, const std::string& own, CFunction& function);
+  InheritedArguments(T3TemplateDef* definition, std::string_view own, CFunction& function);
   InheritedArguments(const InheritedArguments&) = delete;
   InheritedArguments& operator=(const InheritedArguments&) = delete;
   ~InheritedArguments();

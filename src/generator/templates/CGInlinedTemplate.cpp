@@ -172,8 +172,8 @@ T3TemplateDecl* Explicification(T3TemplateDef* definition, const std::vector<Loc
 // The argument for a reference, evaluated where the template is used. `keeps`: the template outlives the
 // statement, so that it needs values of its own.
 std::string RHSHelper(T3Tree_Node* reference, bool keeps, CFunction& function) {
-  std::string argument = cg::InRTS(reference, CGTemplateMode(), function);
-  if (!keeps || cg::HoldsTemplate(reference)) return argument;
+  const std::string_view argument = cg::InRTS(reference, CGTemplateMode(), function);
+  if (!keeps || cg::HoldsTemplate(reference)) return std::string(argument);
   return cg::Call(LUMO_VALUE_COPY, {argument, LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
 }
 
@@ -201,7 +201,7 @@ std::string Explicified(T3TemplateDef* definition, bool keeps, CFunction& functi
   }
   std::string location = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_TEMPLATE,
-                         {"&(" + VEXATemplateTypeStructName(decl) + ")", LUMO_TEMP_ALLOC_C, array,
+                         {joined({"&(", VEXATemplateTypeStructName(decl), ")"}), LUMO_TEMP_ALLOC_C, array,
                           std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
   return location;
 }
@@ -218,11 +218,11 @@ bool RefersToFormalTemplatePar(T3Tree_Node* node) {
 }
 
 std::string AsTemplate(T3Tree_Node* node, CFunction& function) {
-  return cg::InRTS(node, CGTemplateMode(), function);
+  return std::string(cg::InRTS(node, CGTemplateMode(), function));
 }
 
 std::string AsValue(T3Tree_Node* node, CFunction& function) {
-  return cg::InRTS(node, vexa_temp_alloc, function);
+  return std::string(cg::InRTS(node, vexa_temp_alloc, function));
 }
 
 std::string InstantiateTemplate(T3Tree_Node* reference, CFunction& function) {
@@ -264,7 +264,7 @@ void CGLocalTemplate(T3TemplateDecl* decl, CFunction& function) {
     const CGStatementScope scope(function);
     function.assign(location, Explicified(definition, true, function));
   }
-  SetRTSLocation(decl, location);
+  DeclareRTSLocation(decl, location);
 }
 
 std::string CGInlinedTemplate(T3Tree_Node* node, vexa_template_mode_t, CFunction& function) {

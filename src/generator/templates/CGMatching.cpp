@@ -33,7 +33,7 @@ void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode mode, CFunction& fun
   std::vector<std::string> items;
   for (size_t i = 0; i < nodes.size(); ++i) {
     InRTS(nodes[i], mode.temporary(), function);
-    items.push_back(OperandInOrder(operands, i, vexa_rts_mode, function));
+    items.emplace_back(OperandInOrder(operands, i, vexa_rts_mode, function));
   }
   const std::string array = function.declareArray(LUMO_VALUE_T, items.size() + 1);
   for (size_t i = 0; i < items.size(); ++i) function.assign(array + "[" + std::to_string(i) + "]", items[i]);
@@ -41,29 +41,29 @@ void ListMatch(T3Tree_Node* node, T3Tree_Node* values, Mode mode, CFunction& fun
   function.call(LUMO_TEMPLATE_SET_VALUE_LIST, {target, ListKind(node), array, C_FALSE, VEXA_CONTEXT});
 }
 
-std::string Bound(T3Tree_Node* node, CFunction& function) {
+std::string_view Bound(T3Tree_Node* node, CFunction& function) {
   if (IsInfinityExpression(node)) return LUMO_VALUE_INFINITY_C;
   return InRTS(node, vexa_temp_alloc, function);
 }
 
 void RangeMatch(T3ValueRange* node, Mode mode, CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
-  std::string lower = Bound(node->lb, function);
+  std::string_view lower = Bound(node->lb, function);
   if (!IsInfinityExpression(node->lb))
     lower = OperandInOrder(Operands({node->lb, node->ub}), 0, vexa_rts_mode, function);
-  const std::string upper = Bound(node->ub, function);
+  const std::string_view upper = Bound(node->ub, function);
   function.call(LUMO_TEMPLATE_SET_VALUE_RANGE, {target, lower, upper, C_FALSE, VEXA_CONTEXT});
 }
 
-void SetLength(const std::string& target, T3Tree_Node* lower, T3Tree_Node* upper, CFunction& function) {
-  const std::string from = Bound(lower, function);
-  const std::string to = lower == upper ? from : Bound(upper, function);
+void SetLength(std::string_view target, T3Tree_Node* lower, T3Tree_Node* upper, CFunction& function) {
+  const std::string_view from = Bound(lower, function);
+  const std::string_view to = lower == upper ? from : Bound(upper, function);
   function.call(LUMO_TEMPLATE_SET_LENGTH_CONSTRAINT, {target, from, to, VEXA_CONTEXT});
 }
 
 void ExtraMatch(ExtraMatchingExpressions* node, Mode mode, CFunction& function) {
   const std::string target = AllocateRTSValue(node, mode, function);
-  const std::string inner = InRTS(node->object, mode.temporary(), function);
+  const std::string_view inner = InRTS(node->object, mode.temporary(), function);
   const bool if_present = node->is<T3IfPresentMatch>() || node->is<T3IfPresentIfLengthMatch>();
   function.call(LUMO_TEMPLATE_SET_VALUE, {target, inner, if_present ? C_TRUE : C_FALSE, VEXA_CONTEXT});
   T3Tree_Node* bound = node->is<T3LengthMatch>()              ? node->as<T3LengthMatch>()->size
@@ -83,7 +83,7 @@ void LengthMatch(T3LengthRange* node, Mode mode, CFunction& function) {
   SetLength(target, node->lb, node->ub, function);
 }
 
-void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode mode, CFunction& function) {
+void SetPattern(T3Tree_Node* node, std::string_view pattern, Mode mode, CFunction& function) {
   mode.is_template = true;
   const std::string target = AllocateRTSValue(node, mode, function);
   function.call(LUMO_TEMPLATE_SET_STRING_PATTERN, {target, pattern, C_FALSE, VEXA_CONTEXT});
@@ -92,7 +92,7 @@ void SetPattern(T3Tree_Node* node, const std::string& pattern, Mode mode, CFunct
 // A template of a block, which has its value where it is declared: the functions of another one find it by
 // its name.
 std::string TemplateOfBlock(T3Tree_Node* decl, const CFunction& function) {
-  if (!function.reach.locals) return RTSLocation(decl);
+  if (!function.reach.locals) return std::string(RTSLocation(decl));
   return Call(LUMO_SOURCE_TRACKING_FIND_VALUE, {Quote(decl->as<T3TemplateDecl>()->name), VEXA_CONTEXT});
 }
 
@@ -111,9 +111,9 @@ void TemplateReference(T3Tree_Node* node, T3Tree_Node* decl, T3Tree_Node* actual
           : Call(LUMO_TYPE_INSTANTIATE_TEMPLATE,
                  {AccessNamedEntity(decl, function), AllocationMode(mode.allocation), array,
                   std::to_string(static_cast<int>(definition->restriction)), VEXA_CONTEXT});
-  StoreRTSLocation(node, mode.is_template
-                             ? instance
-                             : Call(LUMO_VALUEOF, {instance, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+  SetRTSLocation(node, mode.is_template
+                           ? instance
+                           : Call(LUMO_VALUEOF, {instance, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 // A value is its own.
@@ -124,9 +124,9 @@ bool IsPlain(T3Tree_Node* definition) {
 
 void ValueOf(T3ValueOf* node, Mode mode, CFunction& function) {
   if (node->template_value->is<T3TemplateDef>() && IsPlain(node->template_value))
-    return StoreRTSLocation(node, InRTS(node->template_value, mode, function));
-  const std::string location = InRTS(node->template_value, CGTemplateMode(), function);
-  StoreRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
+    return SetRTSLocation(node, InRTS(node->template_value, mode, function));
+  const std::string_view location = InRTS(node->template_value, CGTemplateMode(), function);
+  SetRTSLocation(node, Call(LUMO_VALUEOF, {location, AllocationMode(mode.allocation), VEXA_CONTEXT}));
 }
 
 // A value of one type is never matched by a pattern of another one.
@@ -140,13 +140,13 @@ void MatchOperation(T3Match* node, CFunction& function) {
   if (!FitsPattern(node->expression, node->template_value)) {
     vexa_warning(GetVerbosity(CGCurrentModule()),
                  "Type mismatch in match statement: will always evaluate to false", node->position);
-    return StoreCLocation(node, "false");
+    return SetCLocation(node, "false");
   }
   InRTS(node->expression, vexa_temp_alloc, function);
-  const std::string value =
+  const std::string_view value =
       OperandInOrder(Operands({node->expression, node->template_value}), 0, vexa_rts_mode, function);
   const std::string pattern = CGInlinedTemplate(node->template_value, vexa_template_plain, function);
-  StoreCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
+  SetCLocation(node, Call(LUMO_MATCH, {pattern, value, VEXA_CONTEXT}));
 }
 }  // namespace
 
@@ -154,15 +154,15 @@ bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
   if (!mode.is_template && (node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>())) {
     ReportAtRunTime(std::string("Attempt to call valueof for template ") + T3KindName(node), PositionOf(node),
                     function);
-    StoreRTSLocation(node, LUMO_ILLEGAL_VALUE_C);
+    SetRTSLocation(node, LUMO_ILLEGAL_VALUE_C);
   } else if (auto* match = node->try_as<T3Match>()) {
     MatchOperation(match, function);
   } else if (auto* value = node->try_as<T3ValueOf>()) {
     ValueOf(value, mode, function);
   } else if (node->is<T3AnyValue>()) {
-    StoreRTSLocation(node, LUMO_ANYONE_VALUE_C);
+    SetRTSLocation(node, LUMO_ANYONE_VALUE_C);
   } else if (node->is<T3AnyOrOmit>()) {
-    StoreRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
+    SetRTSLocation(node, LUMO_ANYORNONE_VALUE_C);
   } else if (auto* list = node->try_as<T3ValueList>()) {
     ListMatch(node, list->values, mode, function);
   } else if (auto* complement = node->try_as<T3Complement>()) {
@@ -184,7 +184,7 @@ bool Matching(T3Tree_Node* node, Mode mode, CFunction& function) {
     T3Tree_Node* def = Def(node);
     // A type in the list of a subtype: any of its values.
     if (T3Is<T3TypeDecl>(BehindImport(def)) && !IsAsnNullType(BehindImport(def)))
-      return StoreRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
+      return SetRTSLocation(node, LUMO_ANYONE_VALUE_C), true;
     if (!IsTemplateDecl(def)) return false;
     TemplateReference(node, def, _sgT3NoActualPar(), mode, function);
   } else {

@@ -26,16 +26,16 @@ bool IsWrittenOver(T3Tree_Node* value, T3Tree_Node* type) {
          (IsRecordOrSetType(type) || type->is<T3UnionType>() || type->is<_T3HomogeneousType>());
 }
 
-void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& function);
+void WriteOver(std::string_view target, T3CompoundValue* changes, CFunction& function);
 
-void WritePart(const std::string& target, T3Tree_Node* value, CFunction& function) {
+void WritePart(std::string_view target, T3Tree_Node* value, CFunction& function) {
   if (IsWrittenOver(value, cg::TypeOf(value)))
     return WriteOver(target, value->as<T3CompoundValue>(), function);
   CGAssign(target, value, false, function, CGTemplateMode());
 }
 
 // The place of a part, which is made where it is missing.
-std::string PartToWrite(const std::string& target, T3FieldValue* item, T3Tree_Node* type, size_t position,
+std::string PartToWrite(std::string_view target, T3FieldValue* item, T3Tree_Node* type, size_t position,
                         CFunction& function) {
   auto* name = item->field->try_as<T3FieldName>();
   auto* index = item->field->try_as<T3FieldIndex>();
@@ -49,7 +49,7 @@ std::string PartToWrite(const std::string& target, T3FieldValue* item, T3Tree_No
       {target, place, VEXA_CONTEXT});
 }
 
-void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& function) {
+void WriteOver(std::string_view target, T3CompoundValue* changes, CFunction& function) {
   T3Tree_Node* type = cg::TypeOf(changes);
   for (const auto [position, item] : Numbered<T3FieldValue>(changes->value)) {
     if (item->value->is<T3NotUsedSymbol>()) continue;
@@ -62,7 +62,7 @@ void WriteOver(const std::string& target, T3CompoundValue* changes, CFunction& f
 
 // A copy of what is modified, with the changes written over it.
 std::string ModifiedAtRunTime(T3TemplateDef* definition, CFunction& function) {
-  const std::string base =
+  const std::string_view base =
       cg::InRTS(definition->modifies->as<T3TemplateReference>()->reference, CGTemplateMode(), function);
   std::string location = cg::Temporary(LUMO_VALUE_T, function);
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_DYNAMIC_TEMPLATE,

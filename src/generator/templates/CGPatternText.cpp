@@ -23,7 +23,7 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
 // A name in the text of a pattern may be that of a template, whose own pattern is meant.
 std::string JoinedPattern(T3Tree_Node* node, CFunction& function) {
   auto* join = node->try_as<T3Concatenate>();
-  if (join == nullptr) return InRTS(node, CGTemplateMode(), function);
+  if (join == nullptr) return std::string(InRTS(node, CGTemplateMode(), function));
   const std::string left = JoinedPattern(join->left, function);
   return Call(LUMO_CONCATENATE,
               {left, JoinedPattern(join->right, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});

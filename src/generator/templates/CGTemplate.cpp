@@ -66,14 +66,11 @@ constexpr size_t kDescriptionLine = 2000;
 // ---- Descriptions ----
 
 std::string FieldProperty(T3Tree_Node* formal) {
-  auto* typed = formal->as<_T3TypedFormal>();
-  std::string property = PassModeConstant(typed->pass);
-  t3_template_restriction_t restriction = t3_template_restriction_t::None;
-  if (auto* template_par = formal->try_as<T3FormalTemplatePar>()) {
-    property += std::string(" | ") + LUMO_FIELD_PROPERTY_TEMPLATE_C;
-    restriction = template_par->restriction;
-  }
-  return property + " | " + TemplRestrModeConstant(restriction);
+  const char* pass = PassModeConstant(formal->as<_T3TypedFormal>()->pass);
+  if (auto* of_template = formal->try_as<T3FormalTemplatePar>())
+    return joined({pass, " | ", LUMO_FIELD_PROPERTY_TEMPLATE_C, " | ",
+                   TemplRestrModeConstant(of_template->restriction)});
+  return joined({pass, " | ", TemplRestrModeConstant(t3_template_restriction_t::None)});
 }
 
 void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
@@ -98,7 +95,7 @@ void WriteDescriptions(T3TemplateDecl* decl, T3TemplateDef* definition) {
   }
   WriteTypeInfoStruct(info_struct, info);
   const bool is_signature = IsSignatureTemplate(definition);
-  const auto pointer = [](const std::string& name) { return "&(" + name + ")"; };
+  const auto pointer = [](std::string_view name) { return joined({"&(", name, ")"}); };
   const auto of_mode = [&](bool match, vexa_template_mode_t mode) {
     if (!is_signature) return std::string(C_NULL);
     return pointer(match ? VEXAMatchName(decl, mode) : VEXAValueOfName(decl, mode));
@@ -121,7 +118,8 @@ void CGTemplateWorker(T3TemplateDecl* decl) {
   if (AwaitsMerge(definition)) cg::NotSupported(definition);
   WriteDescriptions(decl, definition);
   CGTemplateFunctions(decl, definition);
-  gT3Context.file().addDefine(VEXATemplateConstName(decl), "&(" + VEXATemplateTypeStructName(decl) + ")");
+  gT3Context.file().addDefine(VEXATemplateConstName(decl),
+                              joined({"&(", VEXATemplateTypeStructName(decl), ")"}));
 }
 }  // namespace cgtemplate
 
@@ -130,7 +128,7 @@ void CGTemplate(T3Tree_Node* node) {
   CGTemplateWorker(decl);
   if (decl->attr().vexa_place == kAtModuleLevel)
     CGSymTabAddEntry({Quote(decl->name), LUMO_SYMTAB_KIND_USERDEFINED_TYPE,
-                      "&(" + VEXATemplateTypeStructName(decl) + ")"});
+                      joined({"&(", VEXATemplateTypeStructName(decl), ")"})});
 }
 
 void CGTemplateImport(T3Tree_Node* node) {
@@ -138,12 +136,12 @@ void CGTemplateImport(T3Tree_Node* node) {
   T3Tree_Node* origin = import->attr().def_aux;
   if (!T3Is<T3TemplateDecl>(origin))
     internal_error_ast("CGTemplate", __LINE__, "CGTemplateImportHelper", import);
-  const std::string name = VEXATemplateTypeStructName(import);
+  const std::string_view name = VEXATemplateTypeStructName(import);
   const std::string_view module = gIdents.GetString(origin->place->vexa_module_name);
   const std::string_view own_name = gIdents.GetString(DeclaredName(origin));
-  gT3Context.file().addStructure(
-      LUMO_TYPE_STRUCT_T, name, true,
-      {Quote(module), Quote(own_name), C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL});
+  gT3Context.file().addStructure(LUMO_TYPE_STRUCT_T, name, true,
+                                 {Quote(origin->place->vexa_module_name), Quote(DeclaredName(origin)), C_NULL,
+                                  C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL});
   const std::string address = joined({"&(", name, ")"});
   gT3Context.file().addDefine(VEXATemplateConstName(import), address);
   CFunction& bind = gT3Context.registerFunction();

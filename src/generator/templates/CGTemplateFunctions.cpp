@@ -76,17 +76,17 @@ void CGMatch(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mode
     T3Tree_Node* type = TypeOfTemplate(definition);
     const std::string result = function.declare(C_BOOL, "", C_TRUE);
     GenDefaultFormalPars(decl->fpl, function);
-    const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, "<" + Description(decl) + ">"};
+    const std::string whole = joined({"<", Description(decl), ">"});
+    const CGTest test{mode, VEXA_VALUE, result, break_by_mode, false, whole};
     if (TypeCheckNeeded(type)) {
       const std::string check = cg::Call(LUMO_TYPE_CHECK, {VEXATypeRef(type), VEXA_VALUE, VEXA_CONTEXT});
       // The other tests ask what only a value of the type can answer.
       CGTest type_test = test;
       type_test.on_fail = break_return;
-      TestForFailure(std::string(C_NOT) + "(" + check + ")", type_test, "type mismatch", LUMO_NO_VALUE_C,
-                     function);
+      TestForFailure(joined({C_NOT, "(", check, ")"}), type_test, "type mismatch", LUMO_NO_VALUE_C, function);
     }
     if (AcceptsOmit(definition->constraint)) {
-      function.beginIf(std::string(VEXA_VALUE) + " == " + LUMO_OMIT_VALUE_C);
+      function.beginIf(joined({VEXA_VALUE, " == ", LUMO_OMIT_VALUE_C}));
       function._return(C_TRUE);
       function.endIf();
     }
@@ -112,7 +112,7 @@ bool IsAmbiguous(T3Tree_Node* node) {
 }
 
 // A value of another type, which the template's type lets pass, is made one of that.
-void ReturnAs(T3Tree_Node* type, const std::string& location, CFunction& function) {
+void ReturnAs(T3Tree_Node* type, std::string_view location, CFunction& function) {
   const std::string value = function.getTmpVariable(LUMO_VALUE_T);
   function.assign(value, location);
   const std::string value_type = cg::Call(LUMO_VALUE_TYPE, {value, VEXA_CONTEXT});
@@ -145,13 +145,13 @@ void CGValueOf(T3TemplateDecl* decl, T3TemplateDef* definition, vexa_template_mo
 
 // ---- Sizes ----
 
-void AddTo(const std::string& sum, const std::string& what, CFunction& function) {
-  function.assign(sum, sum + "+" + what);
+void AddTo(std::string_view sum, std::string_view what, CFunction& function) {
+  function.addLine({sum, " = ", sum, "+", what, ";"});
 }
 
 // Counts what a list has in it; an omitted field is nothing. False for an item that may be any number of
 // elements, or none.
-bool CountItems(T3CompoundValue* compound, const std::string& sum, CFunction& function) {
+bool CountItems(T3CompoundValue* compound, std::string_view sum, CFunction& function) {
   for (auto* at : Items<T3FieldValue>(compound->value))
     if (at->value->is<T3AnyOrOmit>() || at->value->is<T3IfPresentMatch>() ||
         at->value->is<T3IfPresentIfLengthMatch>())
@@ -162,7 +162,7 @@ bool CountItems(T3CompoundValue* compound, const std::string& sum, CFunction& fu
 }
 
 // The size of what a reference means is asked for.
-void GenReferenceConstraint(T3Tree_Node* node, const std::string& sum, CFunction& function) {
+void GenReferenceConstraint(T3Tree_Node* node, std::string_view sum, CFunction& function) {
   const std::string size = function.getTmpVariable(C_LONG);
   function.callAndAssign(size, LUMO_SIZE_OF, {cg::InRTS(node, CGTemplateMode(), function), VEXA_CONTEXT});
   AddTo(sum, size, function);
@@ -252,7 +252,7 @@ void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& func
   function.reach.rows = true;
   CGMode mode = vexa_strategy_alloc;
   mode.is_template = true;
-  const std::string location = cg::InRTS(constraint, mode, function);
+  const std::string_view location = cg::InRTS(constraint, mode, function);
   if (constraint->is<T3Omit>() || (!IsAmbiguous(constraint) && !cg::HoldsTemplate(constraint)))
     return function._return(location);
   const std::string general = function.getTmpVariable(LUMO_VALUE_T);
@@ -264,12 +264,12 @@ void GenConstraintOf(T3Tree_Node* constraint, T3Tree_Node* type, CFunction& func
 
 namespace cgtemplate {
 void CGTemplateFunctions(T3TemplateDecl* decl, T3TemplateDef* definition) {
-  ResetLocations(definition);
+  // What stands in a behaviour may have locations of its function; each function below has its own.
+  if (decl->attr().vexa_place != kAtModuleLevel) ResetLocations(definition);
   CGMatch(decl, definition, vexa_template_plain);
   CGValueOf(decl, definition, vexa_template_plain);
   if (IsSignatureTemplate(definition)) CGSignatureTemplate(decl, definition);
   CGSizeOf(decl, definition);
   CGConstraintOf(decl, definition);
-  ResetLocations(definition);
 }
 }  // namespace cgtemplate

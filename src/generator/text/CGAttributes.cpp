@@ -32,7 +32,7 @@ const char* AddTrueOrFalse(bool truth) {
   return truth ? C_TRUE : C_FALSE;
 }
 
-void WriteAttributeEntry(CArray& array, T3With* with, const std::string& field) {
+void WriteAttributeEntry(CArray& array, T3With* with, std::string_view field) {
   array.addRow(
       {CStringOfLiteral(StringM::StGetString(with->attrib_spec)), AddTrueOrFalse(with->override), field});
 }

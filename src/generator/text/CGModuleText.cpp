@@ -23,6 +23,30 @@ std::string MagicNumberName() {
   std::replace(name.begin(), name.end(), '.', '_');
   return name;
 }
+
+// The name of a file must not end the comment.
+std::string InComment(std::string text) {
+  for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
+    text.insert(at + 1, " ");
+  return text;
+}
+
+// What is asked at each statement of the module that is being generated.
+struct CurrentModule {
+  tIdent name = NoIdent;
+  T3Module* module = nullptr;
+  /// What the comments of its places begin with; empty before the first one.
+  std::string comment;
+};
+CurrentModule& g_current = *new CurrentModule;
+const ModuleCache current([] { g_current = {}; });
+
+CurrentModule& Current() {
+  const tIdent name = gT3Context.currentModuleName();
+  if (g_current.module == nullptr || g_current.name != name)
+    g_current = {name, gT3ModuleMap.at(name)->as<T3Module>(), {}};
+  return g_current;
+}
 }  // namespace
 
 std::string CGModuleName(T3Tree_Node* module) {
@@ -31,7 +55,7 @@ std::string CGModuleName(T3Tree_Node* module) {
 }
 
 T3Module* CGCurrentModule() {
-  return gT3ModuleMap.at(gT3Context.currentModuleName())->as<T3Module>();
+  return Current().module;
 }
 
 void CGAddMagicNumber(CFile& file) {
@@ -87,11 +111,11 @@ const std::string& CGSourceFileName(T3Tree_Node* module) {
   return name = AsText(GetSourceFile(module));
 }
 
-void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,
-                          const std::string& argv, const std::string& scope, const tPosition& position) {
-  function.call(LUMO_SOURCE_LOCATION_PUSH,
-                {Quote(CGModuleName(module)), Quote(name), argv, scope, Quote(FileOf(position, module)),
-                 std::to_string(position.Line), VEXA_CONTEXT});
+void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, std::string_view name,
+                          std::string_view argv, std::string_view scope, const tPosition& position) {
+  function.addLine({LUMO_SOURCE_LOCATION_PUSH, "(", Quote(module->as<T3Module>()->name), ", \"", name, "\", ",
+                    argv, ", ", scope, ", \"", FileOf(position, module), "\", ",
+                    std::to_string(position.Line), ", ", VEXA_CONTEXT, ");"});
 }
 
 void CGPopSourceLocation(CFunction& function) {
@@ -112,24 +136,13 @@ void CGSetSourceLine(CFunction& function, const tPosition& position) {
   function.call(LUMO_SOURCE_LOCATION_SET_LINE, {line, VEXA_CONTEXT});
 }
 
-// The name of a file must not end the comment.
-static std::string InComment(std::string text) {
-  for (size_t at = text.find("*/"); at != std::string::npos; at = text.find("*/", at))
-    text.insert(at + 1, " ");
-  return text;
-}
-
 void CGCommentPlace(CFunction& function, const tPosition& position, std::string_view what) {
-  T3Module* module = CGCurrentModule();
-  const bool is_elsewhere = IsElsewhere(position, module);
-  const std::string other = is_elsewhere ? CGSourceFileName(position) : std::string();
-  const std::string& file = is_elsewhere ? other : CGSourceFileName(module);
-  const std::string line = std::to_string(position.Line);
+  CurrentModule& own = Current();
+  if (own.comment.empty()) own.comment = InComment(CGSourceFileName(own.module)) + " - line ";
+  const bool is_elsewhere = IsElsewhere(position, own.module);
+  const std::string other = is_elsewhere ? InComment(CGSourceFileName(position)) + " - line " : std::string();
   function.addText("\n");
-  if (file.find('*') == std::string::npos && what.find('*') == std::string::npos)
-    function.addComment({file, " - line ", line, " : ", what});
-  else
-    function.addComment(InComment(joined({file, " - line ", line, " : ", what})));
+  function.addComment({is_elsewhere ? other : own.comment, std::to_string(position.Line), " : ", what});
 }
 
 void CGLogInformation(CFunction& function, const std::string& text) {

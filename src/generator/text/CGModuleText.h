@@ -32,8 +32,8 @@ std::string CGSourceFileName(const tPosition& position);
 bool CGIsElsewhere(const tPosition& position);
 /// Calls that tell the run-time system where execution stands. `argv` is a word of C, `scope` the word of
 /// the kind of behaviour.
-void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, const std::string& name,
-                          const std::string& argv, const std::string& scope, const tPosition& position);
+void CGPushSourceLocation(CFunction& function, T3Tree_Node* module, std::string_view name,
+                          std::string_view argv, std::string_view scope, const tPosition& position);
 void CGPopSourceLocation(CFunction& function);
 void CGSetSourceLine(CFunction& function, const tPosition& position);
 /// A comment behind an empty line: a place in the source of the module, and what stands there.

@@ -8,6 +8,7 @@
 #include "asn1/integration/T3Representation.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3Global.h"
+#include "generator/text/CGKeptTexts.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
@@ -95,7 +96,7 @@ BuiltinRefs& Refs() {
 }
 const ModuleCache builtin_refs([] { Refs() = {}; });
 
-const std::string& StaticBuiltinRef(T3Tree_Node* type) {
+std::string_view StaticBuiltinRef(T3Tree_Node* type) {
   if (Refs().module != gT3Context.currentModuleName()) Refs() = {gT3Context.currentModuleName(), {}};
   std::string& ref = Refs().by_kind[type->kind];
   if (!ref.empty()) return ref;
@@ -103,12 +104,17 @@ const std::string& StaticBuiltinRef(T3Tree_Node* type) {
   return ref = copy != nullptr ? joined({"&(", VEXABuiltinTypeStructName(copy), ")"}) : StaticWord(type);
 }
 
-std::string StaticDeclarationRef(T3Tree_Node* decl) {
+// The same of what modules declare.
+CGKeptTexts& g_static_refs = *new CGKeptTexts;
+const ModuleCache static_refs([] { g_static_refs.clear(); });
+
+std::string_view StaticDeclarationRef(T3Tree_Node* decl) {
   if (IsAsnNull(decl)) return LUMO_STATIC_ASN_1_NULL_TYPE;
   if (T3Tree_Node* builtin = BuiltinBehind(decl)) return StaticBuiltinRef(builtin);
-  if (decl->is<T3TypeDecl>() && RootType(decl)->is<T3PortType>())
-    return joined({"&(", VEXAPortRecordName(decl), ")"});
-  return joined({"&(", VEXATypeName(decl), ")"});
+  return g_static_refs.Of(decl->number, [decl] {
+    const bool is_port = decl->is<T3TypeDecl>() && RootType(decl)->is<T3PortType>();
+    return is_port ? joined({"&(", VEXAPortRecordName(decl), ")"}) : joined({"&(", VEXATypeName(decl), ")"});
+  });
 }
 
 const char* KindWord(T3Tree_Node* type) {
@@ -249,7 +255,7 @@ bool HasNoDescription(T3Tree_Node* type) {
 }
 }  // namespace
 
-std::string VEXATypeRef(T3Tree_Node* type) {
+std::string_view VEXATypeRef(T3Tree_Node* type) {
   if (HasNoDescription(type)) return LUMO_UNDEFINED_TYPE;
   T3Tree_Node* decl = TypeDeclaration(type);
   if (decl == nullptr) {
@@ -261,7 +267,7 @@ std::string VEXATypeRef(T3Tree_Node* type) {
   return VEXATypeConstName(decl);
 }
 
-std::string VEXAStaticTypeRef(T3Tree_Node* type) {
+std::string_view VEXAStaticTypeRef(T3Tree_Node* type) {
   if (HasNoDescription(type)) return LUMO_STATIC_UNDEFINED_TYPE;
   // a built-in type has a declaration too, but not one of the module's own types
   const bool is_own = type->is<T3AnyType>() && IsT3ASN_1(type);
@@ -271,11 +277,11 @@ std::string VEXAStaticTypeRef(T3Tree_Node* type) {
   internal_error_ast("LUMOS", __LINE__, __func__, type);
 }
 
-std::string ExtractTypeRTKind(T3Tree_Node* type) {
+std::string_view ExtractTypeRTKind(T3Tree_Node* type) {
   return KindWord(RootType(type));
 }
 
-std::string PassModeConstant(t3_par_pass_t mode) {
+const char* PassModeConstant(t3_par_pass_t mode) {
   switch (mode) {
     case t3_par_pass_t::Out:
       return LUMO_TYPE_PARAMETER_OUT_C;
@@ -287,7 +293,7 @@ std::string PassModeConstant(t3_par_pass_t mode) {
   return LUMO_TYPE_PARAMETER_IN_C;
 }
 
-std::string TemplRestrModeConstant(t3_template_restriction_t restriction) {
+const char* TemplRestrModeConstant(t3_template_restriction_t restriction) {
   switch (restriction) {
     case t3_template_restriction_t::Omit:
       return LUMO_FIELD_PROPERTY_OMIT_RESTR_C;

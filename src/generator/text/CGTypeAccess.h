@@ -21,15 +21,15 @@ T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type);
 bool IsT3ASN_1(T3Tree_Node* decl);
 
 /// The run-time handle of a type. `type` as above; null and T3NoType stand for no type.
-std::string VEXATypeRef(T3Tree_Node* type);
+std::string_view VEXATypeRef(T3Tree_Node* type);
 /// The same as a constant expression for tables.
-std::string VEXAStaticTypeRef(T3Tree_Node* type);
+std::string_view VEXAStaticTypeRef(T3Tree_Node* type);
 /// The lumo_type_kind_... word of the type behind references and subtypes.
-std::string ExtractTypeRTKind(T3Tree_Node* type);
+std::string_view ExtractTypeRTKind(T3Tree_Node* type);
 
 /// Words of parameter passing and template restrictions.
-std::string PassModeConstant(t3_par_pass_t mode);
-std::string TemplRestrModeConstant(t3_template_restriction_t restriction);
+const char* PassModeConstant(t3_par_pass_t mode);
+const char* TemplRestrModeConstant(t3_template_restriction_t restriction);
 
 // Lengths of lists.
 unsigned LengthOfTypeItemList(T3Tree_Node* list);

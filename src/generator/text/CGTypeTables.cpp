@@ -19,24 +19,24 @@ T3Tree_Node* OriginOf(T3Tree_Node* import) {
   return origin;
 }
 
-std::string_view OriginModule(T3Tree_Node* import) {
-  return gIdents.GetString(OriginOf(import)->place->vexa_module_name);
+tIdent OriginModule(T3Tree_Node* import) {
+  return OriginOf(import)->place->vexa_module_name;
 }
 
-std::string_view OriginName(T3Tree_Node* import) {
-  return gIdents.GetString(OriginOf(import)->as<_T3Decl>()->name);
+tIdent OriginName(T3Tree_Node* import) {
+  return OriginOf(import)->as<_T3Decl>()->name;
 }
 
-// The name by which the run-time system finds a type.
-std::string SymbolName(T3Tree_Node* decl) {
-  if (!decl->is<_T3ImportDecl>()) return gIdents.GetCStr(decl->as<_T3Decl>()->name);
+// The name by which the run-time system finds an import.
+std::string QuotedImport(T3Tree_Node* import) {
+  const std::string_view name = gIdents.GetString(OriginName(import));
   // there is one address type, found by its plain name
-  if (IsAddressRedefinition(OriginOf(decl))) return std::string(OriginName(decl));
-  return joined({OriginModule(decl), ".", OriginName(decl)});
+  if (IsAddressRedefinition(OriginOf(import))) return Quote(name);
+  return joined({"\"", gIdents.GetString(OriginModule(import)), ".", name, "\""});
 }
 }  // namespace
 
-void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info) {
+void WriteTypeInfoStruct(std::string_view struct_name, const CGTypeInfo& info) {
   gT3Context.file().addStructure(
       LUMO_TYPE_INFO_STRUCT_T, struct_name, true,
       {info.name, info.module, info.kind, info.parent_type, info.resolved ? C_TRUE : C_FALSE, C_NULL,
@@ -59,23 +59,24 @@ Codecs CodecsOf(T3Tree_Node* decl) {
 }
 }  // namespace
 
-std::string GenTypeStruct(T3Tree_Node* decl, std::string_view type_info) {
+std::string_view GenTypeStruct(T3Tree_Node* decl, std::string_view type_info) {
   const bool imported = decl->is<_T3ImportDecl>();
-  std::string name = VEXATypeStructName(decl);
+  const std::string_view name = VEXATypeStructName(decl);
   const std::string display = GenAttributes(decl, t3_with_attribute_t::Display);
   const std::string encode = GenAttributes(decl, t3_with_attribute_t::Encode);
   const std::string variant = GenAttributes(decl, t3_with_attribute_t::Variant);
   const std::string extension = GenAttributes(decl, t3_with_attribute_t::Extension);
   const Codecs codecs = CodecsOf(decl);
+  const std::string_view null = C_NULL;
   gT3Context.file().addStructure(
       LUMO_TYPE_STRUCT_T, name, false,
-      {imported ? Quote(OriginModule(decl)) : C_NULL, imported ? Quote(OriginName(decl)) : C_NULL, display,
+      {imported ? Quote(OriginModule(decl)) : null, imported ? Quote(OriginName(decl)) : null, display,
        encode, variant, extension, codecs.encoder, codecs.decoder, type_info});
-  gT3Context.file().addDefine(VEXATypeConstName(decl), joined({"&(", name, ")"}));
+  gT3Context.file().addDefine(std::string(VEXATypeConstName(decl)), joined({"&(", name, ")"}));
   return name;
 }
 
-void GenPlainTypeStruct(const std::string& struct_name, std::string_view info_name, bool is_static) {
+void GenPlainTypeStruct(std::string_view struct_name, std::string_view info_name, bool is_static) {
   gT3Context.file().addStructure(
       LUMO_TYPE_STRUCT_T, struct_name, is_static,
       {C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, C_NULL, joined({"&(", info_name, ")"})});
@@ -86,7 +87,9 @@ void WriteFieldInfo(CArray& array, std::string_view name, std::string_view prope
 }
 
 void GenSymbolTableEntry(T3Tree_Node* decl, std::string_view kind, std::string_view struct_name) {
-  CGSymTabAddEntry({Quote(SymbolName(decl)), kind, joined({"&(", struct_name, ")"})});
+  const std::string address = joined({"&(", struct_name, ")"});
+  if (decl->is<_T3ImportDecl>()) return CGSymTabAddEntry({QuotedImport(decl), kind, address});
+  CGSymTabAddEntry({Quote(decl->as<_T3Decl>()->name), kind, address});
 }
 
 std::string TypeOrValueDescriptor(T3Tree_Node* decl) {
@@ -109,7 +112,7 @@ std::string TypeOrValueDescriptor(T3Tree_Node* decl) {
 }
 
 std::string FindOriginCall(T3Tree_Node* import) {
-  return FindCall(OriginModule(import), OriginName(import));
+  return FindCall(gIdents.GetString(OriginModule(import)), gIdents.GetString(OriginName(import)));
 }
 
 std::string FindCall(std::string_view module, std::string_view name) {

@@ -6,12 +6,13 @@
 #include "FileAPI/CFile.h"
 #include "frontend/T3Tree.h"
 
-/// The thirteen members of a type's description; those that stay "NULL" need not be set.
+/// The thirteen members of a type's description; those that stay "NULL" need not be set. Names, kind and
+/// parent are texts that are kept elsewhere.
 struct CGTypeInfo {
-  std::string name;
-  std::string module;
-  std::string kind;
-  std::string parent_type = "NULL";
+  std::string_view name;
+  std::string_view module;
+  std::string_view kind;
+  std::string_view parent_type = "NULL";
   bool resolved = true;
   std::string check_function = "NULL";
   std::string constraintof_function = "NULL";
@@ -23,13 +24,13 @@ struct CGTypeInfo {
 };
 
 /// Writes a static description. `name` and `module` are quoted texts.
-void WriteTypeInfoStruct(const std::string& struct_name, const CGTypeInfo& info);
+void WriteTypeInfoStruct(std::string_view struct_name, const CGTypeInfo& info);
 
 /// Writes the exported structure of a declared type with its attributes and codecs, and its define.
 /// `type_info` is the text of its last member, "NULL" for an import. Returns the structure's name.
-std::string GenTypeStruct(T3Tree_Node* decl, std::string_view type_info);
+std::string_view GenTypeStruct(T3Tree_Node* decl, std::string_view type_info);
 /// Writes a structure with eight members "NULL" and the address of its description.
-void GenPlainTypeStruct(const std::string& struct_name, std::string_view info_name, bool is_static);
+void GenPlainTypeStruct(std::string_view struct_name, std::string_view info_name, bool is_static);
 
 /// One row of a field table, an item on a line.
 void WriteFieldInfo(CArray& array, std::string_view name, std::string_view property, std::string_view type);

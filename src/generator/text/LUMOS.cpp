@@ -10,6 +10,7 @@
 #include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
+#include "generator/text/CGKeptTexts.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
 #include "support/ModuleCaches.h"
@@ -52,20 +53,23 @@ std::string Origin(T3Tree_Node* decl) {
   return Qualified(origin);
 }
 
+// The declarations behind the names that imports have in the module, and those names.
+auto& g_owners = *new std::unordered_map<std::string, T3Tree_Node*>;
+CGKeptTexts& g_imports = *new CGKeptTexts;
+const ModuleCache imports([] {
+  g_owners.clear();
+  g_imports.clear();
+});
+
 // The module's own name for an import, unless it imports the same name from another module as well: then it
 // is that of the declaration.
-const std::string& QualifiedImport(T3Tree_Node* decl) {
-  static auto& owners = *new std::unordered_map<std::string, T3Tree_Node*>;
-  // an import has many names, which are asked for one after the other
-  static T3Tree_Node* last = nullptr;
-  static auto& name = *new std::string;
-  if (decl == last) return name;
-  last = decl;
-  name = Qualified(decl);
-  T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-  if (owners.try_emplace(name, origin).first->second != origin)
-    name = joined({ModuleOf(decl), "_", Origin(decl)});
-  return name;
+std::string_view QualifiedImport(T3Tree_Node* decl) {
+  return g_imports.Of(decl->number, [decl] {
+    std::string name = Qualified(decl);
+    T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
+    const bool is_own = g_owners.try_emplace(name, origin).first->second == origin;
+    return is_own ? name : joined({ModuleOf(decl), "_", Origin(decl)});
+  });
 }
 
 bool IsImportOf(T3Tree_Node* decl) {
@@ -85,6 +89,16 @@ std::string OfType(int line, const char* function, T3Tree_Node* decl, std::strin
   return joined({"vexa_", NameOf(decl), behind});
 }
 #define OF_TYPE(decl, behind) OfType(__LINE__, __func__, decl, behind)
+
+// Names that many rows and statements say.
+CGKeptTexts& g_quoted = *new CGKeptTexts;
+CGKeptTexts& g_type_constants = *new CGKeptTexts;
+CGKeptTexts& g_type_structs = *new CGKeptTexts;
+CGKeptTexts& g_template_structs = *new CGKeptTexts;
+const ModuleCache kept_names([] {
+  for (CGKeptTexts* names : {&g_quoted, &g_type_constants, &g_type_structs, &g_template_structs})
+    names->clear();
+});
 
 // A template has many names, which are asked for one after the other: what the last one's begin with.
 struct {
@@ -244,31 +258,45 @@ bool IsSameCode(std::string_view a, std::string_view b) {
   }
 }
 
-std::string VEXATypeConstName(T3Tree_Node* decl) {
+namespace {
+std::string MakeTypeConstName(T3Tree_Node* decl) {
   if (decl->is<T3TypeDecl>()) return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), "_local_type"});
   if (decl->is<T3ImportTypeDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_type"});
   if (decl->is<T3ImportSignatureDecl>()) return joined({"vexa_", QualifiedImport(decl), "_imp_sig"});
   return WRONG_NODE(decl);
 }
 
-std::string VEXATypeName(T3Tree_Node* decl) {
-  if (decl->is<T3PortDecl>()) return joined({"vexa_", NameOf(decl), "_port"});
-  return VEXATypeStructName(decl);
+// Most have no record of what is rare.
+bool HasRecord(T3Tree_Node* decl) {
+  return decl->attributes != nullptr && decl->attributes->cold != nullptr;
 }
 
-std::string VEXATypeStructName(T3Tree_Node* decl) {
+std::string MakeTypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>() && !IsImportOf(decl)) return WRONG_NODE(decl);
-  // most have no record of what is rare
-  const bool has_record = decl->attributes != nullptr && decl->attributes->cold != nullptr;
-  if (has_record && IsAssigned(decl->as<_T3Decl>()->cold().type_struct_name))
-    return decl->as<_T3Decl>()->cold().type_struct_name;
   if (IsImportOf(decl)) {
     if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
     return joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
   }
-  const auto asn1 =
-      has_record ? StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name) : std::string_view();
+  const auto asn1 = HasRecord(decl) ? StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name)
+                                    : std::string_view();
   return joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
+}
+}  // namespace
+
+std::string_view VEXATypeConstName(T3Tree_Node* decl) {
+  return g_type_constants.Of(decl->number, [decl] { return MakeTypeConstName(decl); });
+}
+
+std::string_view VEXATypeName(T3Tree_Node* decl) {
+  if (!decl->is<T3PortDecl>()) return VEXATypeStructName(decl);
+  return g_type_structs.Of(decl->number, [decl] { return joined({"vexa_", NameOf(decl), "_port"}); });
+}
+
+std::string_view VEXATypeStructName(T3Tree_Node* decl) {
+  const bool is_type = decl->is<T3TypeDecl>() || IsImportOf(decl);
+  if (is_type && HasRecord(decl) && IsAssigned(decl->as<_T3Decl>()->cold().type_struct_name))
+    return decl->as<_T3Decl>()->cold().type_struct_name;
+  return g_type_structs.Of(decl->number, [decl] { return MakeTypeStructName(decl); });
 }
 
 std::string VEXAFieldInfoName(T3Tree_Node* decl) {
@@ -420,12 +448,18 @@ std::string VEXATemplateConstName(T3Tree_Node* decl) {
   return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), suffix, "_local_template"});
 }
 
-std::string VEXATemplateTypeStructName(T3Tree_Node* decl) {
+namespace {
+std::string MakeTemplateTypeStructName(T3Tree_Node* decl) {
   if (decl->is<T3ImportTemplateDecl>())
     return joined({"vexa_", ModuleOf(decl), "_imp_template_", Origin(decl)});
   if (!decl->is<T3TemplateDecl>()) return WRONG_NODE(decl);
   const std::string suffix = PositionSuffix(decl->as<T3TemplateDecl>()->position);
   return joined({"vexa_", ModuleOf(decl), "_", NameOf(decl), suffix, "_type_struct"});
+}
+}  // namespace
+
+std::string_view VEXATemplateTypeStructName(T3Tree_Node* decl) {
+  return g_template_structs.Of(decl->number, [decl] { return MakeTemplateTypeStructName(decl); });
 }
 
 std::string VEXATemplateRef(T3Tree_Node* decl) {
@@ -579,27 +613,30 @@ std::string Quote(std::string_view text) {
   return joined({"\"", text, "\""});
 }
 
-std::string Quote(tIdent name) {
-  return Quote(Text(name));
+std::string_view Quote(tIdent name) {
+  return g_quoted.Of(static_cast<uint64_t>(name), [name] { return Quote(Text(name)); });
 }
 
 std::string EscapeEscape(const std::string& text) {
   std::string result;
-  for (const char c : text) {
-    if (c == '\\') result += c;
-    result += c;
+  size_t begin = 0;
+  for (size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at + 1)) {
+    result.append(text, begin, at - begin).append("\\");
+    begin = at;
   }
-  return result;
+  return result.append(text, begin);
 }
 
 std::string InLiteral(const std::string& source) {
   std::string text;
-  for (const char c : source) {
-    if (c == '"') text += '\\';
-    if (c == '?' && !text.empty() && text.back() == '?') text += "\" \"";
-    text += c;
+  size_t begin = 0;
+  for (size_t at = 0; at < source.size(); ++at) {
+    const bool makes_trigraph = source[at] == '?' && at > 0 && source[at - 1] == '?';
+    if (source[at] != '"' && !makes_trigraph) continue;
+    text.append(source, begin, at - begin).append(makes_trigraph ? "\" \"" : "\\");
+    begin = at;
   }
-  return text;
+  return text.append(source, begin);
 }
 
 std::string CStringOfLiteral(std::string_view literal) {

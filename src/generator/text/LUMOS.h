@@ -30,10 +30,10 @@ std::string VEXALocalVarName(tIdent name);
 bool IsSameCode(std::string_view a, std::string_view b);
 
 // Types: T3TypeDecl, and where it makes sense T3ImportTypeDecl and T3ImportSignatureDecl.
-std::string VEXATypeConstName(T3Tree_Node* decl);
+std::string_view VEXATypeConstName(T3Tree_Node* decl);
 /// Also for a T3PortDecl.
-std::string VEXATypeName(T3Tree_Node* decl);
-std::string VEXATypeStructName(T3Tree_Node* decl);
+std::string_view VEXATypeName(T3Tree_Node* decl);
+std::string_view VEXATypeStructName(T3Tree_Node* decl);
 std::string VEXAFieldInfoName(T3Tree_Node* decl);
 std::string VEXAEnumInfoName(T3Tree_Node* decl);
 std::string VEXAArrayInfoName(T3Tree_Node* decl);
@@ -60,7 +60,7 @@ std::string VEXARTSTypeInfoStructName(T3Tree_Node* type);
 
 // Templates: T3TemplateDecl, the first two also T3ImportTemplateDecl.
 std::string VEXATemplateConstName(T3Tree_Node* decl);
-std::string VEXATemplateTypeStructName(T3Tree_Node* decl);
+std::string_view VEXATemplateTypeStructName(T3Tree_Node* decl);
 std::string VEXATemplateRef(T3Tree_Node* decl);
 std::string VEXASizeOfName(T3Tree_Node* decl);
 std::string VEXAMatchName(T3Tree_Node* decl, vexa_template_mode_t mode);
@@ -100,7 +100,7 @@ std::string GetTeststepObject(T3Tree_Node* decl);
 std::string SliceString(const std::string& text, size_t n);
 /// The text between double quotes.
 std::string Quote(std::string_view text);
-std::string Quote(tIdent name);
+std::string_view Quote(tIdent name);
 /// Each backslash twice.
 std::string EscapeEscape(const std::string& text);
 /// A text whose backslashes are doubled already, as that of a literal of C.

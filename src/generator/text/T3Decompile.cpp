@@ -1,6 +1,7 @@
 #include "generator/text/T3Decompile.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <string_view>
 
@@ -140,10 +141,14 @@ using NotAvailable = T3Kinds<T3NoExpression, T3Execute, T3Create, T3Running, T3A
                              _T3AddressReference, T3ObjIdQualifier>;
 static_assert(T3Covers<_T3Expression, Spelled, FromParts, NotAvailable>());
 
+// Null for what is not spelled by a word.
 const char* WordOf(T3Tree_Node* node) {
-  for (const Word& word : kWords)
-    if (word.kind == node->kind) return word.text;
-  return nullptr;
+  static constexpr auto by_kind = [] {
+    std::array<const char*, kT3KindCount> words{};
+    for (const Word& word : kWords) words[static_cast<size_t>(word.kind)] = word.text;
+    return words;
+  }();
+  return by_kind[static_cast<size_t>(node->kind)];
 }
 
 std::string Text(tStringRef string) {
@@ -289,13 +294,14 @@ std::string DecompileExtraMatchingExpressions(ExtraMatchingExpressions* node) {
 
 // ---- Compound values ----
 
-std::string DecompileFieldSpec(T3Tree_Node* spec) {
+void AddFieldSpec(std::string& text, T3Tree_Node* spec) {
   if (auto* name = spec->try_as<T3FieldName>()) {
     const bool qualified = name->module != nullptr && name->module->is<T3Identifier>();
-    return (qualified ? Name(name->module->as<T3Identifier>()->id) + "." : "") + Name(name->name) + " := ";
+    if (qualified) text.append(gIdents.GetString(name->module->as<T3Identifier>()->id)).append(".");
+    text.append(gIdents.GetString(name->name)).append(" := ");
+  } else if (auto* index = spec->try_as<T3FieldIndex>()) {
+    text.append("[").append(Decompile(index->index)).append("] := ");
   }
-  if (auto* index = spec->try_as<T3FieldIndex>()) return "[" + Decompile(index->index) + "] := ";
-  return "";
 }
 
 bool BeginsPermutation(t3_permutation_kind_t kind) {
@@ -305,16 +311,20 @@ bool EndsPermutation(t3_permutation_kind_t kind) {
   return kind == t3_permutation_kind_t::Tail || kind == t3_permutation_kind_t::HeadTail;
 }
 
-std::string DecompileFieldValue(T3FieldValue* value) {
-  return std::string(BeginsPermutation(value->permutation_kind) ? "permutation(" : "") +
-         DecompileFieldSpec(value->field) + Decompile(value->value) +
-         (EndsPermutation(value->permutation_kind) ? ")" : "");
+void AddFieldValue(std::string& text, T3FieldValue* value) {
+  if (BeginsPermutation(value->permutation_kind)) text += "permutation(";
+  AddFieldSpec(text, value->field);
+  text += Decompile(value->value);
+  if (EndsPermutation(value->permutation_kind)) text += ')';
 }
 
 std::string DecompileCompoundValue(T3CompoundValue* node) {
-  std::string list;
-  for (auto* at : Items<T3FieldValue>(node->value)) Append(list, DecompileFieldValue(at));
-  return "{" + list + "}";
+  std::string text = "{";
+  for (auto* at : Items<T3FieldValue>(node->value)) {
+    if (text.size() > 1) text += ", ";
+    AddFieldValue(text, at);
+  }
+  return text += '}';
 }
 
 // ---- References and calls ----
@@ -477,22 +487,21 @@ std::string DecompileTemplateDef(T3Tree_Node* definition) {
 }
 
 namespace {
-// The first characters of a text in UTF-8.
-std::string FirstCharacters(const std::string& text, size_t count) {
+// How many bytes the first characters of a text in UTF-8 take.
+size_t SizeOfFirst(size_t count, std::string_view text) {
+  if (text.size() <= count) return text.size();
   size_t end = 0;
   for (; end < text.size(); ++end) {
     const bool begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
     if (begins && count-- == 0) break;
   }
-  return text.substr(0, end);
+  return end;
 }
-}  // namespace
 
-namespace {
 std::string Shortened(std::string text, long limit) {
   const size_t most = limit < 0 ? 0 : static_cast<size_t>(limit);
-  if (FirstCharacters(text, most).size() < text.size())
-    text = FirstCharacters(text, most > 3 ? most - 3 : 1) + "...";
+  if (SizeOfFirst(most, text) < text.size())
+    text.replace(SizeOfFirst(most > 3 ? most - 3 : 1, text), std::string::npos, "...");
   return EscapeEscape(text);
 }
 }  // namespace

@@ -10,7 +10,7 @@
 #include "generator/text/T3Context.h"
 
 namespace {
-void AddStruct(T3TypeDecl* decl, const std::string& info_name) {
+void AddStruct(T3TypeDecl* decl, std::string_view info_name) {
   const std::string name = VEXABuiltinTypeStructName(decl);
   GenPlainTypeStruct(name, info_name, false);
   gT3Context.file().addDefine(VEXABuiltinTypeName(decl), "&(" + name + ")");

@@ -20,6 +20,10 @@ std::unique_ptr<CArray> BeginFields(const std::string& name) {
 
 constexpr std::string_view kEmptyName = "\"\"";
 
+std::string AddressOf(std::string_view name) {
+  return joined({"&(", name, ")"});
+}
+
 CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
   CGTypeInfo info;
   info.name = Quote(decl->name);
@@ -29,14 +33,14 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
 }
 
 // The reference type with its one row, which leads to the record type.
-void GenReferenceType(T3TypeDecl* decl, const char* kind, const char* row, const std::string& record) {
-  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+void GenReferenceType(T3TypeDecl* decl, const char* kind, const char* row, std::string_view record) {
+  const std::string_view name = GenTypeStruct(decl, joined({"&(", VEXATypeInfoStructName(decl), ")"}));
   GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE, name);
   CGTypeInfo info = InfoOf(decl, kind);
   info.number_of_fields = "1";
   info.field_info = VEXAFieldInfoName(decl);
   auto array = BeginFields(info.field_info);
-  WriteFieldInfo(*array, Quote(std::string(row)), LUMO_FIELD_NO_PROPERTY_C, "&(" + record + ")");
+  WriteFieldInfo(*array, Quote(std::string(row)), LUMO_FIELD_NO_PROPERTY_C, AddressOf(record));
   array->end();
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
@@ -73,11 +77,11 @@ void GenPortTypeList(CArray& array, T3Tree_Node* list, const char* property, T3T
 }
 
 // A port of an imported type is described by the module of origin; the address is known at run time only.
-void BindImportedPort(T3Tree_Node* import, const std::string& field_info, unsigned index) {
+void BindImportedPort(T3Tree_Node* import, std::string_view field_info, unsigned index) {
   CFunction& function = gT3Context.registerFunction();
   function.addComment("set component field info entry for port of imported type");
-  function.assign("(" + field_info + "[" + std::to_string(index) + "].type)",
-                  "((((" + FindOriginCall(import) + ")->type_descriptor)->type_info)->field_info[0]).type");
+  function.addLine({"(", field_info, "[", std::to_string(index), "].type) = ((((", FindOriginCall(import),
+                    ")->type_descriptor)->type_info)->field_info[0]).type;"});
 }
 
 void GenComponentDecl(CArray& array, _T3InstanceDecl* decl) {
@@ -85,7 +89,7 @@ void GenComponentDecl(CArray& array, _T3InstanceDecl* decl) {
   const bool imported_port = decl->is<T3PortDecl>() && T3Is<T3ImportTypeDecl>(declaration);
   if (imported_port) BindImportedPort(declaration, array.name(), array.count());
   WriteFieldInfo(array, Quote(decl->name), LUMO_FIELD_NO_PROPERTY_C,
-                 imported_port ? std::string(C_NULL) : VEXAStaticTypeRef(decl->type));
+                 imported_port ? C_NULL : VEXAStaticTypeRef(decl->type));
 }
 
 void GenComponentDeclList(CArray& array, const T3NodeList& decls) {
@@ -97,7 +101,7 @@ void GenComponentDeclList(CArray& array, const T3NodeList& decls) {
 }
 
 void PushDefinition(tIdent name, const tPosition& position, CFunction& function) {
-  CGPushSourceLocation(function, CGCurrentModule(), std::string(gIdents.GetCStr(name)) + " def", C_NULL,
+  CGPushSourceLocation(function, CGCurrentModule(), joined({gIdents.GetString(name), " def"}), C_NULL,
                        LUMO_SCOPE_UNDEFINED_C, position);
 }
 
@@ -147,7 +151,7 @@ void WriteSignatureRow(CArray& array, T3Tree_Node* node) {
   const auto restriction = formal->is<T3FormalTemplatePar>() ? formal->as<T3FormalTemplatePar>()->restriction
                                                              : t3_template_restriction_t::None;
   WriteFieldInfo(array, Quote(formal->name),
-                 PassModeConstant(formal->pass) + " | " + TemplRestrModeConstant(restriction),
+                 joined({PassModeConstant(formal->pass), " | ", TemplRestrModeConstant(restriction)}),
                  VEXAStaticTypeRef(formal->type));
 }
 
@@ -193,10 +197,6 @@ CGTypeInfo InfoOfBehaviour(_T3FunctionDecl* decl, const char* kind) {
       Quote(decl->place == nullptr ? gT3Context.currentModuleName() : decl->place->vexa_module_name);
   info.kind = kind;
   return info;
-}
-
-std::string AddressOf(std::string_view name) {
-  return joined({"&(", name, ")"});
 }
 
 // Returns the signature's name.
@@ -266,7 +266,7 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
 void GenSignatureType(T3Tree_Node* node, T3Tree_Node* type) {
   auto* decl = node->as<T3TypeDecl>();
   auto* signature = type->as<T3SignatureType>();
-  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+  const std::string_view name = GenTypeStruct(decl, joined({"&(", VEXATypeInfoStructName(decl), ")"}));
   GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_SIGNATURE_TYPE, name);
   CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_SIGNATURE);
   GenSignatureFieldInfo(VEXAFieldInfoName(decl), signature->fpl, signature->return_type, info);

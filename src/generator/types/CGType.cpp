@@ -50,7 +50,7 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
 }
 
 void GenStructAndRow(T3TypeDecl* decl) {
-  const std::string name = GenTypeStruct(decl, "&(" + VEXATypeInfoStructName(decl) + ")");
+  const std::string_view name = GenTypeStruct(decl, joined({"&(", VEXATypeInfoStructName(decl), ")"}));
   GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE, name);
 }
 
@@ -73,12 +73,13 @@ const char* StructuredKind(T3Tree_Node* type) {
 
 // A default of a field is a value that lives as long as the module: the table gets it when the module is
 // initialized.
-void GenFieldDefaults(const std::string& table, T3Tree_Node* fields) {
+void GenFieldDefaults(std::string_view table, T3Tree_Node* fields) {
   unsigned index = 0;
   gT3AST.ForallT3Tree(fields, [&](T3Tree_Node* node) {
     auto* field = node->as<T3FieldType>();
-    const std::string member = "(" + table + "[" + std::to_string(index++) + "].default_value)";
+    const unsigned at = index++;
     if (!T3Is<_T3Expression>(field->default_value) || field->default_value->is<T3NoExpression>()) return;
+    const std::string member = joined({"(", table, "[", std::to_string(at), "].default_value)"});
     CFunction& function = gT3Context.initializeFunction();
     const CGStatementScope scope(function);
     CGExpression(field->default_value, vexa_rts_mode, vexa_perm_alloc, function);
@@ -104,17 +105,17 @@ void GenStructuredType(T3TypeDecl* decl, T3Tree_Node* fields, const char* kind) 
 
 void WriteContainedType(CArray& array, T3Tree_Node* type, bool is_bound = false) {
   WriteFieldInfo(array, LUMO_TYPE_ARRAY_CONTAINED_TYPE_C, LUMO_FIELD_PROPERTY_MANDATORY_C,
-                 is_bound ? std::string(C_NULL) : VEXAStaticTypeRef(type));
+                 is_bound ? C_NULL : VEXAStaticTypeRef(type));
 }
 
 // A port of an imported type is described by the module of origin; the address is known at run time only.
-bool BindImportedPort(const std::string& field_info, T3Tree_Node* type) {
+bool BindImportedPort(std::string_view field_info, T3Tree_Node* type) {
   T3Tree_Node* declaration = TypeDeclaration(type);
   if (!RootType(type)->is<T3PortType>() || !T3Is<T3ImportTypeDecl>(declaration)) return false;
   CFunction& function = gT3Context.registerFunction();
   function.addComment("set array field info entry for array of ports of imported type");
-  function.assign("(" + field_info + "[0].type)", "((((" + FindOriginCall(declaration) +
-                                                      ")->type_descriptor)->type_info)->field_info[0]).type");
+  function.addLine({"(", field_info, "[0].type) = ((((", FindOriginCall(declaration),
+                    ")->type_descriptor)->type_info)->field_info[0]).type;"});
   return true;
 }
 
@@ -252,7 +253,7 @@ void GenType(T3TypeDecl* decl, T3Tree_Node* type) {
 
 // The import has a structure of its own, and shares the description of the type of origin.
 void GenImportedType(T3Tree_Node* decl, const char* kind) {
-  const std::string name = GenTypeStruct(decl, C_NULL);
+  const std::string_view name = GenTypeStruct(decl, C_NULL);
   GenSymbolTableEntry(decl, kind, name);
   CFunction& function = gT3Context.registerFunction();
   function.addComment("setting type info struct for imported type");

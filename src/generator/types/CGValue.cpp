@@ -21,13 +21,13 @@ const tPosition& PositionOfDecl(T3Tree_Node* decl) {
 }
 
 // A comment that tells the place in the source, and the call that tells it when the suite runs.
-void Mark(T3Tree_Node* decl, const std::string& what, CFunction& function) {
+void Mark(T3Tree_Node* decl, std::string_view what, CFunction& function) {
   const tPosition& position = PositionOfDecl(decl);
   CGCommentPlace(function, position, what);
   CGSetSourceLine(function, position);
 }
 
-void AddRow(const std::string& name, const char* kind, T3Tree_Node* type) {
+void AddRow(std::string_view name, const char* kind, T3Tree_Node* type) {
   CGSymTabAddEntry({Quote(name), kind, VEXAStaticTypeRef(type)});
 }
 
@@ -36,15 +36,15 @@ std::string RowOf(tIdent module, tIdent name) {
 }
 
 // Enters a value in its row, where other modules find it, and deletes it with the module.
-void Publish(T3Tree_Node* decl, const std::string& location, CFunction& function) {
-  function.assign(RowOf(CGCurrentModule()->name, DeclaredName(decl)) + "->" + TypeOrValueDescriptor(decl),
-                  location);
+void Publish(T3Tree_Node* decl, std::string_view location, CFunction& function) {
+  function.addLine({RowOf(CGCurrentModule()->name, DeclaredName(decl)), "->", TypeOrValueDescriptor(decl),
+                    " = ", location, ";"});
   CFunction& finalize = gT3Context.finalizeFunction();
-  finalize.call(LUMO_VALUE_DELETE, {"&(" + location + ")", VEXA_CONTEXT});
+  finalize.call(LUMO_VALUE_DELETE, {joined({"&(", location, ")"}), VEXA_CONTEXT});
   finalize.assign(location, C_NULL);
 }
 
-void Instantiate(const std::string& location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function,
+void Instantiate(std::string_view location, T3Tree_Node* decl, T3Tree_Node* type, CFunction& function,
                  vexa_allocation_mode_t allocation = vexa_perm_alloc) {
   function.callAndAssign(
       location, LUMO_TYPE_INSTANTIATE_NAMED_VALUE,
@@ -127,7 +127,7 @@ T3Tree_Node* ElementOf(T3Tree_Node* type) {
 }
 
 // A first template, and that the variable has changed.
-void SetFirstTemplate(const std::string& location, T3VarDecl* decl, CFunction& function) {
+void SetFirstTemplate(std::string_view location, T3VarDecl* decl, CFunction& function) {
   if (!HasValue(decl)) return;
   const std::string value = CGTemplateExpression(decl->value, vexa_template_plain, function);
   function.call(LUMO_VALUE_ASSIGN, {location, value, VEXA_CONTEXT});
@@ -135,7 +135,7 @@ void SetFirstTemplate(const std::string& location, T3VarDecl* decl, CFunction& f
 }
 
 // The durations of a list, for each timer of an array that has one.
-void GenerateTimerArrayDecl2(const std::string& location, T3Tree_Node* list, T3Tree_Node* type,
+void GenerateTimerArrayDecl2(std::string_view location, T3Tree_Node* list, T3Tree_Node* type,
                              CFunction& function) {
   auto* array = RootType(type)->try_as<T3ArrayType>();
   auto* values = list->try_as<T3CompoundValue>();
@@ -160,7 +160,7 @@ bool HasOneDuration(_T3InstanceValueDecl* decl) {
   return HasValue(decl) && !RootType(decl->type)->is<T3ArrayType>();
 }
 
-void SetDurations(const std::string& location, T3VarDecl* decl, CFunction& function) {
+void SetDurations(std::string_view location, T3VarDecl* decl, CFunction& function) {
   if (!HasValue(decl)) return;
   if (RootType(decl->type)->is<T3ArrayType>())
     return GenerateTimerArrayDecl2(location, decl->value, decl->type, function);
@@ -174,14 +174,14 @@ bool IsTimerDeclaration(T3Tree_Node* decl) {
 }
 
 namespace {
-void InstantiateTemplateVariable(const std::string& location, T3VarDecl* decl, CFunction& function) {
+void InstantiateTemplateVariable(std::string_view location, T3VarDecl* decl, CFunction& function) {
   function.callAndAssign(location, LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
                          {VEXATypeRef(decl->type), Quote(decl->name), LUMO_TEMP_ALLOC_C,
                           std::to_string(static_cast<int>(decl->templ_restriction)), VEXA_CONTEXT});
 }
 
 // The duration is known before the timer is there.
-void CGLocalTimer(T3VarDecl* decl, const std::string& location, CFunction& function) {
+void CGLocalTimer(T3VarDecl* decl, std::string_view location, CFunction& function) {
   const CGStatementScope scope(function);
   if (HasOneDuration(decl)) cg::InC(decl->value, function);
   Mark(decl, T3KindName(decl), function);
@@ -192,9 +192,10 @@ void CGLocalTimer(T3VarDecl* decl, const std::string& location, CFunction& funct
 
 namespace {
 // The variable in C of a local object.
-std::string DeclareLocal(_T3InstanceValueDecl* decl, CFunction& function) {
+std::string_view DeclareLocal(_T3InstanceValueDecl* decl, CFunction& function) {
   if (!HasRTSLocation(decl))
-    SetRTSLocation(decl, function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C));
+    DeclareRTSLocation(decl,
+                       function.declare(LUMO_VALUE_T, VEXALocalVarName(decl->name), LUMO_ILLEGAL_VALUE_C));
   return RTSLocation(decl);
 }
 
@@ -206,7 +207,7 @@ bool HoldsTemplates(T3Tree_Node* decl) {
 void CGUnsetLocalValue(T3Tree_Node* node, CFunction& function) {
   if (!node->is<T3VarDecl>() && !node->is<T3ConstDecl>()) cg::NotSupported(node);
   auto* decl = node->as<_T3InstanceValueDecl>();
-  const std::string location = DeclareLocal(decl, function);
+  const std::string_view location = DeclareLocal(decl, function);
   if (IsTimerDeclaration(decl)) {
     Instantiate(location, decl, decl->type, function, vexa_perm_alloc);
   } else if (HoldsTemplates(decl)) {
@@ -221,7 +222,7 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
   auto* decl = node->as<_T3InstanceValueDecl>();
   auto* variable = node->try_as<T3VarDecl>();
   const bool holds_template = HoldsTemplates(decl);
-  const std::string location = DeclareLocal(decl, function);
+  const std::string_view location = DeclareLocal(decl, function);
   const bool is_timer = IsTimerDeclaration(decl);
   if (is_timer) return CGLocalTimer(decl->as<T3VarDecl>(), location, function);
   if (HasValue(decl)) Mark(decl, T3KindName(decl), function);
@@ -239,7 +240,7 @@ void CGLocalValue(T3Tree_Node* node, CFunction& function) {
 
 namespace {
 // A variable that holds templates: its field is made one that may, and gets its first template.
-void ComponentTemplate(T3VarDecl* decl, const std::string& location, const std::string& index,
+void ComponentTemplate(T3VarDecl* decl, std::string_view location, std::string_view index,
                        CFunction& function) {
   const std::string made =
       cg::Call(LUMO_TYPE_INSTANTIATE_NAMED_DYNAMIC_TEMPLATE,
@@ -257,7 +258,7 @@ void CGComponentValue(T3Tree_Node* node, unsigned place, CFunction& function) {
   const std::string index = std::to_string(place);
   const std::string location =
       cg::Call(LUMO_VALUE_FIELD_BY_INDEX, {VEXA_COMPONENT_POSTPROCESS_ARG_NAME, index, VEXA_CONTEXT});
-  SetRTSLocation(decl, location);
+  DeclareRTSLocation(decl, location);
   const bool is_timer = IsTimerDeclaration(decl);
   const bool holds_template = variable != nullptr && variable->is_template_variable;
   const CGStatementScope scope(function);
@@ -281,8 +282,8 @@ void CGModulePar(T3Tree_Node* node) {
   CFunction& function = gT3Context.moduleParamsInitializeFunction();
   Mark(decl, "module parameter " + name, function);
   Instantiate(location, decl, decl->type, function);
-  const std::vector<std::string> arguments = {Quote(CGCurrentModule()->name), Quote(name), location,
-                                              VEXA_CONTEXT};
+  const std::vector<std::string> arguments = {std::string(Quote(CGCurrentModule()->name)), Quote(name),
+                                              location, VEXA_CONTEXT};
   if (!T3Is<_T3Expression>(decl->value) || decl->value->is<T3NoExpression>()) {
     function.call(LUMO_RETRIEVE_MODULE_PARAMETER, arguments);
   } else {
