@@ -783,6 +783,8 @@ void lumo_source_location_push(const char* module, const char* name, lumo_value_
 void lumo_source_location_pop(lumo_context_t context);
 void lumo_source_location_push_block(lumo_context_t context);
 void lumo_source_location_pop_block(lumo_context_t context);
+/* What begins behind something else on its line has a column as well. */
+#define LUMO_LINE_AT(line, column) ((line) + ((unsigned long)(column) << 24))
 void lumo_source_location_set_line(unsigned long line, lumo_context_t context);
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t in_component,
                                          lumo_context_t context);
@@ -971,10 +973,10 @@ const unsigned char* lumo_binary_string_octets(lumo_binary_string_t data, lumo_c
 unsigned long lumo_binary_string_iter_remaining(const lumo_binary_string_iter_t* iter);
 const unsigned char* lumo_binary_string_iter_octets(const lumo_binary_string_iter_t* iter);
 void lumo_binary_string_iter_advance(lumo_binary_string_iter_t* iter, unsigned long count);
-/* Sets the codec of a type for all modules that use it, also when it has an encode attribute. A type that no module
-   declares is a fault of the suite. A function may be NULL: the type then has the codec of that direction that its
-   attributes ask for. Where the user defines the function `triInit`, it is called when the modules are initialized
-   and before codecs are looked for: the place for these calls. */
+/* Sets the codec of a type for all modules that use it, also when it has an encode attribute. A type that no
+   module declares is a fault of the suite. A function may be NULL: the type then has the codec of that
+   direction that its attributes ask for. Where the user defines the function `triInit`, it is called when the
+   modules are initialized and before codecs are looked for: the place for these calls. */
 void lumo_codec_for(const char* module, const char* type, lumo_encoder_t encoder, lumo_decoder_t decoder);
 /* init runs once at registration, setup once for each type of the registered modules. */
 void lumo_codecs_register(void (*init)(lumo_context_t context),

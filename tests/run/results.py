@@ -131,7 +131,13 @@ def check_ends(suite):
     time.sleep(0.3)
     process.kill()
     process.communicate()
-    check(not suite.path("killed.xml").exists(), "half a report")
+    check(not suite.path("killed.xml").exists() and list(suite.folder.glob("killed.xml.*.part")), "half a report")
+    suite.run("-vnone -t TC_pass --junit killed.xml", status=0)
+    check(not list(suite.folder.glob("killed.xml.*")), "what a killed run left")
+    process = suite.start("-vnone -t TC_wait,TC_wait -j 2")
+    time.sleep(0.5)
+    process.send_signal(signal.SIGINT)
+    check(re.search(r"TC_wait: error .*Outcome.ttcn:54 the run was ended by signal .Interrupt", process.communicate(timeout=30)[0]), "interrupted jobs")
 
 
 def check_lost_output(suite):
@@ -302,6 +308,11 @@ def main():
         check_has(out, ["Bare.TC_one: pass", "Bare.TC_two: fail Bare.ttcn:5\n", "2 test cases: 1 pass, 0 none, 0 inconc, 1 fail"], "no control part" + arguments)
     bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
     check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
+    bare.run("-vnone --coverage c.info")
+    for number, line in enumerate((SOURCES / "Bare.ttcn").read_text().splitlines(), 1):
+        said = re.search(r"// ([\d ]+?)(?:: (\d+))?$", line)
+        found = re.findall(rf"(?m)^(?:BRDA:{number},0,\d+|DA:{number}),(\d+)$", bare.read("c.info"))
+        check(not said or found == (f"{said[1]} {said[2] or ''}").split(), f"ways of line {number}", line, found)
     check_logs(suite)
     check_told(Suite(options, "Told"))
     check_reports(suite)

@@ -55,6 +55,36 @@ const char* verdict_name(lumo_verdict_t verdict) {
   return names[verdict];
 }
 
+void Results::push_back(Result result) {
+  if (last_) {
+    ++settled_[last_->verdict];
+    if (!is_good(last_->verdict)) bad_.push_back(std::move(*last_));
+  }
+  last_ = std::move(result);
+}
+
+Results::Counts Results::counts() const {
+  Counts counts = settled_;
+  if (last_) ++counts[last_->verdict];
+  return counts;
+}
+
+size_t Results::size() const {
+  size_t size = 0;
+  for (const size_t n : counts()) size += n;
+  return size;
+}
+
+size_t Results::bad() const {
+  const Counts all = counts();
+  return all[lumo_verdict_inconc_c] + all[lumo_verdict_fail_c] + all[lumo_verdict_error_c];
+}
+
+void Results::each_bad(const std::function<void(const Result&)>& act) const {
+  for (const Result& r : bad_) act(r);
+  if (last_ && !is_good(last_->verdict)) act(*last_);
+}
+
 const char* event_name(EventKind kind) {
   static const char* const names[] = {"log",     "create", "start",       "end",        "send",    "arrive",
                                       "receive", "lost",   "timer_start", "timer_stop", "timeout", "verdict"};
@@ -165,7 +195,7 @@ void tell_end(const Result& result) {
   for (auto& reporter : reporters()) reporter->test_case_ends(result);
 }
 
-void tell_run_ends(const std::vector<Result>& results) {
+void tell_run_ends(const Results& results) {
   std::vector<std::unique_ptr<Reporter>> ending;
   ending.swap(reporters());
   choose_events();

@@ -3,8 +3,11 @@
 // without a report pays for one test of a variable.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +45,29 @@ const char* verdict_name(lumo_verdict_t verdict);
 inline bool is_good(lumo_verdict_t verdict) {
   return verdict == lumo_verdict_pass_c || verdict == lumo_verdict_none_c;
 }
+// What came out of all of a run. Of good test cases only their number is kept, so that a run may go on for
+// ever.
+class Results {
+ public:
+  using Counts = std::array<size_t, lumo_verdict_error_c + 1>;
+  Results() = default;
+  explicit Results(const Counts& counts) : settled_(counts) {}
+  void push_back(Result result);
+  // The last one; it may still be changed, and taken back, behind which there is none until the next.
+  bool has_last() const { return last_.has_value(); }
+  Result& back() { return *last_; }
+  void pop_back() { last_.reset(); }
+  void clear() { *this = Results(); }
+  Counts counts() const;
+  size_t size() const;
+  size_t bad() const;
+  void each_bad(const std::function<void(const Result&)>& act) const;
+
+ private:
+  Counts settled_ = {};  // without the last
+  std::vector<Result> bad_;
+  std::optional<Result> last_;
+};
 inline double seconds_of(Time time) {
   return static_cast<double>(time) / 1e9;
 }
@@ -110,7 +136,7 @@ class Reporter {
   virtual void event(const Event&) {}
   virtual void test_case_ends(const Result&) {}
   // The last that a reporter is told; it completes its file.
-  virtual void run_ends(const std::vector<Result>& results) = 0;
+  virtual void run_ends(const Results& results) = 0;
 };
 
 extern bool events_wanted;
@@ -130,7 +156,7 @@ void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std
 void tell(const Event& event);
 void tell_end(const Result& result);
 // Ends the run for all reporters, once.
-void tell_run_ends(const std::vector<Result>& results);
+void tell_run_ends(const Results& results);
 
 // Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there.
 struct RunStart {

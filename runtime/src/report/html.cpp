@@ -46,7 +46,7 @@ class Html : public Reporter {
     file_.write("<script type=\"application/json\">[");
     file_.write(events_.text());
     file_.write("]</script>\n");
-    cases_.put(cases_.size() ? ",\n[" : "[");
+    cases_.put(number_ > 1 ? ",\n[" : "[");
     cases_.put_json(r.full_name());
     add(cases_, verdict_name(r.verdict));
     cases_.put(',');
@@ -55,14 +55,16 @@ class Html : public Reporter {
     cases_.put_json_place(r.place.file, r.place.line);
     add(cases_, r.reason);
     cases_.put(']');
+    stored_cases_.put(cases_.text());
+    cases_.clear();
     events_.clear();
     ++number_;
     texts_used_ = spots_used_ = 0;
     is_inside_ = false;
   }
-  void run_ends(const std::vector<Result>&) override {
+  void run_ends(const Results&) override {
     file_.write("<script>const cases = [");
-    file_.write(cases_.text());
+    stored_cases_.write_to(file_);
     file_.write("];</script>\n");
     file_.write(html_tail);
     file_.complete();
@@ -101,7 +103,8 @@ class Html : public Reporter {
     list.put_number(static_cast<uint64_t>(time < 0 ? -time : time));
   }
   ReportFile file_;
-  Row cases_;   // what came out of each
+  Row cases_;  // what came out of one
+  StoredText stored_cases_;
   Row events_;  // of the test case that runs
   MadeOf<Numbered> spots_, texts_;
   uint64_t spots_used_ = 0, texts_used_ = 0;

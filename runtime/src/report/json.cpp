@@ -93,11 +93,9 @@ class Json : public Reporter {
     end_line();
     file_.write_rows(rows_);
   }
-  void run_ends(const std::vector<Result>& results) override {
-    size_t bad = 0;
+  void run_ends(const Results& results) override {
     file_.write_rows(rows_);
-    for (const Result& r : results) bad += !is_good(r.verdict);
-    file_.format("{\"event\":\"run_ends\",\"testcases\":%zu,\"bad\":%zu}\n", results.size(), bad);
+    file_.format("{\"event\":\"run_ends\",\"testcases\":%zu,\"bad\":%zu}\n", results.size(), results.bad());
     file_.complete();
   }
 

@@ -57,19 +57,20 @@ class Junit : public Reporter {
   void test_case_ends(const Result& result) override {
     Suite& suite = suite_of(result);
     suite.totals.add(result);
-    suite.text += case_text(result);
+    suite.cases.put(case_text(result));
     log_.clear();
   }
-  void run_ends(const std::vector<Result>&) override {
+  void run_ends(const Results&) override {
     file_.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n");
     size_t number = 0;
     for (const std::string& module : order_) {
-      const Suite& suite = suites_[module];
+      Suite& suite = suites_[module];
       const std::string name = xml_text(module);
       file_.write("  <testsuite id=\"" + std::to_string(number++) + "\" name=\"" + name + "\" package=\"" +
                   name + "\" " + suite.totals.attributes() + " timestamp=\"" + suite.begin +
-                  "\" hostname=\"localhost\">\n    <properties/>\n" + suite.text +
-                  "    <system-out/>\n    <system-err/>\n  </testsuite>\n");
+                  "\" hostname=\"localhost\">\n    <properties/>\n");
+      suite.cases.write_to(file_);
+      file_.write("    <system-out/>\n    <system-err/>\n  </testsuite>\n");
     }
     file_.write("</testsuites>\n");
     file_.complete();
@@ -80,7 +81,8 @@ class Junit : public Reporter {
   static constexpr size_t most_entries = 1000, most_octets = 4000;
   struct Suite {
     Totals totals;
-    std::string text, begin;
+    std::string begin;
+    StoredText cases;
   };
 
   Suite& suite_of(const Result& result) {

@@ -50,7 +50,7 @@ class Pcap : public Reporter {
     if (e.spot->peer.compare(0, 7, "system:")) return;
     packet(e, outward, e.octets.empty() && outward ? e.text : e.octets);
   }
-  void run_ends(const std::vector<Result>&) override {
+  void run_ends(const Results&) override {
     file_.write_rows(rows_);
     file_.complete();
   }

@@ -1,11 +1,18 @@
 #include "report/report_file.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
 
 namespace lumos {
 
@@ -17,6 +24,35 @@ bool some_failed = false;
 bool is_special_place(const std::string& path) {
   struct stat status;
   return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+// What a run writes to is locked by it, so what nobody has locked was left by one that was killed.
+bool is_left_behind(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return false;
+  const bool is_free = flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+  close(descriptor);
+  return is_free;
+}
+
+// "report.xml.1234.part"
+bool is_part_of(const std::string& name, const std::string& report) {
+  const size_t begin = report.size() + 1, end = name.size() - std::min<size_t>(name.size(), 5);
+  return begin < end && !name.compare(0, begin, report + ".") && !name.compare(end, 5, ".part") &&
+         std::all_of(name.begin() + static_cast<long>(begin), name.begin() + static_cast<long>(end),
+                     [](char c) { return c >= '0' && c <= '9'; });
+}
+
+void remove_left_behind(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path report(path);
+  const auto folder = report.has_parent_path() ? report.parent_path() : std::filesystem::path(".");
+  std::vector<std::string> left;
+  for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    const std::string name = at->path().filename();
+    if (is_part_of(name, report.filename()) && is_left_behind(at->path())) left.push_back(at->path());
+  }
+  for (const std::string& part : left) unlink(part.c_str());
 }
 
 }  // namespace
@@ -31,8 +67,10 @@ ReportFile::ReportFile(const std::string& path) : path_(path) {
     return;
   }
   if (!is_special_place(path)) beside_ = path + "." + std::to_string(getpid()) + ".part";
+  if (!beside_.empty()) remove_left_behind(path);
   file_ = std::fopen(beside_.empty() ? path.c_str() : beside_.c_str(), "we");
   is_owned_ = true;
+  if (file_ && !beside_.empty()) flock(fileno(file_), LOCK_EX | LOCK_NB);
   if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
 }
 
@@ -81,6 +119,25 @@ void ReportFile::complete() {
     fail();
     unlink(beside_.c_str());
   }
+}
+
+StoredText::~StoredText() {
+  if (file_) std::fclose(file_);
+}
+
+void StoredText::put(std::string_view text) {
+  constexpr size_t most_in_memory = 1 << 20;
+  text_ += text;
+  if (text_.size() < most_in_memory) return;
+  if (!file_) file_ = std::tmpfile();
+  if (file_) text_.erase(0, std::fwrite(text_.data(), 1, text_.size(), file_));
+}
+
+void StoredText::write_to(ReportFile& report) {
+  char block[1 << 12];
+  if (file_) std::rewind(file_);
+  for (size_t n; file_ && (n = std::fread(block, 1, sizeof block, file_)) > 0;) report.write({block, n});
+  report.write(text_);
 }
 
 bool reports_failed() {

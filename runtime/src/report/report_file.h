@@ -44,6 +44,21 @@ class ReportFile {
   bool is_begun_ = false;  // the first piece is written at once: what cannot be written is told at the start
 };
 
+// What is to stand further down in a report. Where it becomes much it lies in a file, so that it takes no
+// memory.
+class StoredText {
+ public:
+  StoredText() = default;
+  ~StoredText();
+  StoredText(const StoredText&) = delete;
+  void put(std::string_view text);
+  void write_to(ReportFile& report);
+
+ private:
+  std::string text_;
+  FILE* file_ = nullptr;
+};
+
 // Whether a report could not be written.
 bool reports_failed();
 

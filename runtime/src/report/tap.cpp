@@ -23,7 +23,7 @@ class Tap : public Reporter {
     file_.write("  at: " + json_text(short_text(result.place)) + "\n  message: " + json_text(result.reason) +
                 "\n  ...\n");
   }
-  void run_ends(const std::vector<Result>&) override {
+  void run_ends(const Results&) override {
     file_.format("1..%zu\n", count_);
     file_.complete();
   }

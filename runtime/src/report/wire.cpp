@@ -157,11 +157,10 @@ class Wire : public Reporter {
     pass_on();
     stream_.flush();
   }
-  void run_ends(const std::vector<Result>& results) override {
+  void run_ends(const Results& results) override {
     has_ended_ = true;
     tag(Tag::run_end);
-    number(results.size());
-    for (const Result& r : results) result(r);
+    for (const size_t n : results.counts()) number(n);
     pass_on();
     stream_.flush();
   }
@@ -282,9 +281,9 @@ Result result_of(Unwire& in) {
 }
 
 void tell_run_end_of(Unwire& in, const WireListener& listener) {
-  std::vector<Result> results;
-  for (uint64_t n = in.number(); in.is_good && n > 0; --n) results.push_back(result_of(in));
-  if (in.is_good) listener.run_ends(results);
+  Results::Counts counts;
+  for (size_t& n : counts) n = in.number();
+  if (in.is_good) listener.run_ends(Results(counts));
 }
 
 // What another process left behind may be anything, so an unknown tag is where it is cut off.

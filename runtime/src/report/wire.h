@@ -49,7 +49,7 @@ struct WireListener {
   std::function<void(const Event&)> event = [](const Event& e) { tell(e); };
   std::function<void(const Result&)> test_case_ends = [](const Result&) {};
   std::function<void()> run_is_refused = [] {};
-  std::function<void(const std::vector<Result>&)> run_ends = [](const std::vector<Result>&) {};
+  std::function<void(const Results&)> run_ends = [](const Results&) {};
 };
 class WireReader {
  public:

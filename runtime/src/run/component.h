@@ -79,7 +79,7 @@ extern lumo_value_t (*execute_instead)(lumo_symbol_entry_t row, const char* modu
 extern bool has_testcase_seed;
 extern uint64_t testcase_seed;
 
-std::vector<Result>& results();
+Results& results();
 // Told of each result as it comes; null tells nobody.
 extern void (*result_listener)(Result& result);
 // Ends the running test case and notes its result; a faulty one may be left in the middle.

@@ -42,6 +42,7 @@ volatile sig_atomic_t has_test_case = 0;
 volatile sig_atomic_t left = 0;     // user code was left once
 volatile sig_atomic_t retries = 0;  // since a moment was asked for
 volatile sig_atomic_t stops = 0;    // signals that asked for the end
+volatile sig_atomic_t first_stop = 0;
 Time deadline = never, deadline_of_control = never;
 Time real_deadline = never, real_deadline_of_control = never;  // on the real clock
 const char* limited = "control part";
@@ -99,6 +100,7 @@ void on_stop(int signal) {
     return;
   }
   set_reason("the run was ended by signal '%s'", signal);
+  if (!first_stop) first_stop = signal;
   const Time time = real_time();
   if (stops && time - last_stop < twice) return;
   last_stop = time;
@@ -246,6 +248,10 @@ std::string end_of_process(int status) {
 
 const char* ending_reason() {
   return reason;
+}
+
+int ending_signal() {
+  return first_stop ? static_cast<int>(first_stop) : SIGTERM;
 }
 
 void check_run_goes_on() {

@@ -37,6 +37,8 @@ std::string end_of_process(int status);
 // Why the run is to end before its time; null while it is to go on. Its test case has ended then, or does so
 // soon.
 const char* ending_reason();
+// The first signal that told the run to end; SIGTERM if there was none.
+int ending_signal();
 // As a fault of what runs in the control part if the run is to end.
 void check_run_goes_on();
 

@@ -108,9 +108,9 @@ bool has_testcase_seed = false;
 uint64_t testcase_seed = 0;
 void (*result_listener)(Result& result) = nullptr;
 
-std::vector<Result>& results() {
-  static auto* all = new std::vector<Result>;
-  return *all;
+Results& results() {
+  static auto& all = *new Results;
+  return all;
 }
 
 void end_test_case(lumo_verdict_t verdict, const char* reason) {

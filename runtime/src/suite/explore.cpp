@@ -57,7 +57,7 @@ bool explore_one(const Selected& selected, long n, uint64_t seed) {
     const uint64_t own_seed = seed + static_cast<uint64_t>(i);
     set_schedule_seed(own_seed);
     set_random_seed(own_seed);
-    if (!execute(selected) || results().empty()) return false;
+    if (!execute(selected) || !results().has_last()) return false;
     const Result result = results().back();
     results().pop_back();
     Outcome& outcome = outcomes[key_of(result)];

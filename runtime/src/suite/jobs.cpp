@@ -189,7 +189,7 @@ class Jobs {
   }
   void stop_all() {
     if (stopped_ == never) stopped_ = real_time();
-    const int signal = real_time() - stopped_ > time_to_end ? SIGKILL : SIGTERM;
+    const int signal = real_time() - stopped_ > time_to_end ? SIGKILL : ending_signal();
     for (auto& job : jobs_)
       if (!job->is_over && (signal == SIGKILL || !told_)) kill(job->process, signal);
     told_ = true;

@@ -58,20 +58,14 @@ void print(const std::string& text) {
   if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
 }
 
-size_t bad_results() {
-  size_t bad = 0;
-  for (const Result& r : results()) bad += !is_good(r.verdict);
-  return bad;
-}
-
 class Progress : public Reporter {
  public:
   void test_case_begins(const std::string& module, const std::string& name, Time) override {
     std::string line = "[" + std::to_string(results().size() + 1);
     if (planned) line += "/" + std::to_string(planned);
-    set_log_footer(line + ", " + std::to_string(bad_results()) + " failed] " + module + "." + name);
+    set_log_footer(line + ", " + std::to_string(results().bad()) + " failed] " + module + "." + name);
   }
-  void run_ends(const std::vector<Result>&) override { set_log_footer(""); }
+  void run_ends(const Results&) override { set_log_footer(""); }
 };
 
 }  // namespace
@@ -118,13 +112,11 @@ void set_planned(size_t count) {
 void print_summary() {
   if (!prints) return;
   if (ending_reason()) print(std::string("the run ended early: ") + ending_reason() + "\n");
-  size_t counts[5] = {};
-  for (const Result& r : results()) ++counts[r.verdict];
+  const Results::Counts counts = results().counts();
   std::string text;
-  if (results().size() > 1 && bad_results()) {
+  if (results().size() > 1 && results().bad()) {
     text = "failed:\n";
-    for (const Result& r : results())
-      if (!is_good(r.verdict)) text += "  " + result_line(r, with_colors()) + "\n";
+    results().each_bad([&](const Result& r) { text += "  " + result_line(r, with_colors()) + "\n"; });
   }
   char line[200];
   std::snprintf(line, sizeof line, "%zu test case%s: %zu pass, %zu none, %zu inconc, %zu fail, %zu error\n",
@@ -139,7 +131,7 @@ int status_of_results() {
     std::fprintf(stderr, "standard output cannot be written: %s\n", std::strerror(output_error));
   if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
   const bool is_lost = output_error || log_failure() || reports_failed();
-  return bad_results() || is_lost || ending_reason() ? 1 : 0;
+  return results().bad() || is_lost || ending_reason() ? 1 : 0;
 }
 
 }  // namespace lumos

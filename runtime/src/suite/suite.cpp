@@ -163,9 +163,7 @@ void arrange(const SuiteOptions& options, Program& program) {
 }
 
 bool some_failed() {
-  for (const Result& r : results())
-    if (!is_good(r.verdict)) return true;
-  return false;
+  return results().bad() > 0;
 }
 
 bool run_control_part(const SuiteOptions& options, const char* control_part) {

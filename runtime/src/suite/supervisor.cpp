@@ -101,7 +101,7 @@ class Supervision {
       phase_ = Phase::over;
       cancel_reporters();
     };
-    reader_.listener.run_ends = [this](const std::vector<Result>& all) { take_leave(all); };
+    reader_.listener.run_ends = [this](const Results& all) { take_leave(all); };
   }
 
   // The status to end with.
@@ -159,9 +159,9 @@ class Supervision {
     if (running_->place.file != e.spot->file) running_->place.file = e.spot->file;
     running_->place.line = e.spot->line;
   }
-  void take_leave(const std::vector<Result>& all) {
+  void take_leave(const Results& all) {
     phase_ = Phase::over;
-    for (const Result& r : all) is_bad_ = is_bad_ || !is_good(r.verdict);
+    is_bad_ = all.bad() > 0;
     tell_run_ends(all);
   }
 

@@ -70,6 +70,14 @@ void narrow(std::string& path, Value& actual, Value& expected) {
   }
 }
 
+// Whether the field that the path begins with is left out there.
+bool lacks(Value record, const std::string& path) {
+  if (!is_given(record) || record->form != Form::fields) return false;
+  const long index = field_index(record->type, path.substr(0, path.find_first_of(".[")).c_str());
+  return index >= 0 && static_cast<size_t>(index) < record->parts.size &&
+         is_unset(record->parts.data[static_cast<size_t>(index)]);
+}
+
 void mismatch(const std::string& where, const char* reason, Value actual, Value expected) {
   const char* text_of_expected = std::exchange(expected_text, nullptr);
   if (trace) return trace->add(where, reason, actual, expected, text_of_expected);
@@ -101,7 +109,8 @@ void MismatchTrace::add(const std::string& where, const char* reason, Value actu
                         const char* expected_text) {
   const std::string path = path_in(where);
   if (is_found_) {
-    if (!is_around(actual, innermost_) || path.empty()) return;
+    const bool is_outer = innermost_ ? is_around(actual, innermost_) : lacks(actual, path_);
+    if (!is_outer || path.empty()) return;
     path_ = joined(path, path_);
     innermost_ = actual;
     return;
@@ -109,7 +118,7 @@ void MismatchTrace::add(const std::string& where, const char* reason, Value actu
   is_found_ = true;
   path_ = path;
   reason_ = reason;
-  innermost_ = actual;
+  innermost_ = is_given(actual) && (actual->parent || !is_unset(actual)) ? actual : nullptr;
   if (reason_ == "value mismatch") narrow(path_, actual, expected);
   actual_ = shown(actual);
   expected_ = expected_text ? expected_text : shown(expected);

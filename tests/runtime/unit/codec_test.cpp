@@ -341,11 +341,17 @@ std::string refusal(const std::string& link) {
 }
 
 TEST(Channels, DatagramsOfAllSizesAndAddressesThatAreTaken) {
-  Heard heard, other;
+  Heard heard, other, refused;
+  const auto nobody = opened("p=udp:127.0.0.1:27546", refused);
   const auto right = opened("p=udp:,local=127.0.0.1:27543", heard),
              left = opened("p=udp:localhost:27543,local=:0", other);
   const auto server = opened("p=tcp-listen:localhost:27544", other);
   std::string error;
+  for (size_t n = 1; n < 3; ++n) {
+    EXPECT_TRUE(nobody->send("x", "", error)) << error;
+    for (int i = 0; i < 200 && refused.told().size() < n; ++i) usleep(10000);
+  }
+  EXPECT_EQ(refused.told(), std::vector<std::string>(2, "a datagram for 127.0.0.1:27546: Connection refused"));
   for (const size_t n : {0, 1, 65507}) EXPECT_TRUE(left->send(std::string(n, 'x'), "", error)) << n << error;
   ASSERT_TRUE(heard.waits_for(3, 0));
   EXPECT_EQ(heard.messages[0] + heard.messages[1], "x");
