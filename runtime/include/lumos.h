@@ -783,8 +783,6 @@ void lumo_source_location_push(const char* module, const char* name, lumo_value_
 void lumo_source_location_pop(lumo_context_t context);
 void lumo_source_location_push_block(lumo_context_t context);
 void lumo_source_location_pop_block(lumo_context_t context);
-/* What begins behind something else on its line has a column as well. */
-#define LUMO_LINE_AT(line, column) ((line) + ((unsigned long)(column) << 24))
 void lumo_source_location_set_line(unsigned long line, lumo_context_t context);
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t in_component,
                                          lumo_context_t context);

@@ -308,11 +308,6 @@ def main():
         check_has(out, ["Bare.TC_one: pass", "Bare.TC_two: fail Bare.ttcn:5\n", "2 test cases: 1 pass, 0 none, 0 inconc, 1 fail"], "no control part" + arguments)
     bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
     check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
-    bare.run("-vnone --coverage c.info")
-    for number, line in enumerate((SOURCES / "Bare.ttcn").read_text().splitlines(), 1):
-        said = re.search(r"// ([\d ]+?)(?:: (\d+))?$", line)
-        found = re.findall(rf"(?m)^(?:BRDA:{number},0,\d+|DA:{number}),(\d+)$", bare.read("c.info"))
-        check(not said or found == (f"{said[1]} {said[2] or ''}").split(), f"ways of line {number}", line, found)
     check_logs(suite)
     check_told(Suite(options, "Told"))
     check_reports(suite)

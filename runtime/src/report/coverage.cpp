@@ -25,11 +25,7 @@ namespace lumos {
 namespace {
 
 using Count = LineCount::Count;
-using Column = std::pair<unsigned long, uint32_t>;
-struct Lines {
-  std::vector<Count> by_number;
-  std::map<Column, Count> columns;  // of what is not the first on its line
-};
+using Lines = std::vector<Count>;  // by number
 
 constexpr unsigned long most_lines = 10000000, lines_of_page = 256;
 constexpr size_t box_size = 1 << 28;  // of which only what is used takes memory
@@ -37,22 +33,15 @@ constexpr size_t box_size = 1 << 28;  // of which only what is used takes memory
 // What the process counts, and where.
 CountBox* own_box = nullptr;
 
-// Counts, behind which the name of their file stands.
+// The counts of neighbouring lines of a file, whose name stands behind them.
 struct Page {
   unsigned long first;
-  uint32_t column, size;
   size_t name_size;
-  Count* counts() { return reinterpret_cast<Count*>(this + 1); }
-  const Count* counts() const { return reinterpret_cast<const Count*>(this + 1); }
-  std::string_view name() const { return {reinterpret_cast<const char*>(counts() + size), name_size}; }
-  static size_t octets(size_t size, size_t name) {
-    return (sizeof(Page) + size * sizeof(Count) + name + 15) / 16 * 16;
-  }
+  Count counts[lines_of_page];
+  std::string_view name() const { return {reinterpret_cast<const char*>(this + 1), name_size}; }
+  static size_t size_for(size_t name) { return (sizeof(Page) + name + 15) / 16 * 16; }
 };
-struct Pages {
-  std::vector<Page*> lines;
-  std::map<Column, Page*> columns;
-};
+using Pages = std::vector<Page*>;
 
 }  // namespace
 
@@ -70,32 +59,24 @@ struct Counting {
   Pages* last_pages = nullptr;
 
   // Null where there is no room.
-  static Page* new_page(std::string_view file, const Column& first, size_t lines) {
+  static Page* new_page(std::string_view file, unsigned long first) {
     if (!own_box->shared_) return nullptr;
     CountBox::Shared& box = *own_box->shared_;
-    const size_t begin = box.used, octets = Page::octets(lines, file.size());
-    if (box_size - sizeof box - begin < octets) return nullptr;
-    Page* page =
-        new (box.pages + begin) Page{first.first, first.second, static_cast<uint32_t>(lines), file.size()};
-    std::memcpy(static_cast<void*>(page->counts() + lines), file.data(), file.size());
-    box.used = begin + octets;
+    const size_t begin = box.used, size = Page::size_for(file.size());
+    if (box_size - sizeof box - begin < size) return nullptr;
+    Page* page = reinterpret_cast<Page*>(box.pages + begin);
+    page->first = first;
+    page->name_size = file.size();
+    std::memcpy(static_cast<void*>(page + 1), file.data(), file.size());
+    box.used = begin + size;
     return page;
   }
   static Page* page_of(Pages& pages, const char* file, unsigned long line) {
     const size_t number = line / lines_of_page;
-    if (number < pages.lines.size() && pages.lines[number]) return pages.lines[number];
+    if (number < pages.size() && pages[number]) return pages[number];
     if (line >= most_lines) return nullptr;
-    if (number >= pages.lines.size()) pages.lines.resize(number + 1);
-    return pages.lines[number] = new_page(file, {number * lines_of_page, 0}, lines_of_page);
-  }
-  static Count* count_of(Pages& pages, const char* file, unsigned long line, uint32_t column) {
-    if (!column) {
-      Page* page = page_of(pages, file, line);
-      return page ? page->counts() + line % lines_of_page : nullptr;
-    }
-    Page*& page = pages.columns[{line, column}];
-    if (!page) page = new_page(file, {line, column}, 1);
-    return page ? page->counts() : nullptr;
+    if (number >= pages.size()) pages.resize(number + 1);
+    return pages[number] = new_page(file, number * lines_of_page);
   }
 };
 
@@ -106,28 +87,27 @@ Counting& counting() {
   return all;
 }
 
-void count(const char* file, unsigned long line, uint32_t column, bool is_block) {
+void count(const char* file, unsigned long line, bool is_block) {
   static Counting& counts = counting();
   if (file != counts.last_file) {
     counts.last_file = file;
     counts.last_pages = &counts.by_address[file];
   }
-  Count* c = Counting::count_of(*counts.last_pages, file, line, column);
-  if (c) ++(is_block ? c->blocks : c->hits);
-}
-
-void add(Count& sum, const Count& more) {
-  sum.hits += more.hits;
-  sum.blocks += more.blocks;
+  Page* page = Counting::page_of(*counts.last_pages, file, line);
+  if (!page) return;
+  Count& c = page->counts[line % lines_of_page];
+  ++(is_block ? c.blocks : c.hits);
 }
 
 std::map<std::string, Lines> all_counts() {
   std::map<std::string, Lines> all;
   own_box->each([&](const LineCount& page) {
     Lines& sum = all[std::string(page.file)];
-    if (page.column) return add(sum.columns[{page.first, page.column}], *page.counts);
-    sum.by_number.resize(std::max<size_t>(sum.by_number.size(), page.first + page.size));
-    for (size_t i = 0; i < page.size; ++i) add(sum.by_number[page.first + i], page.counts[i]);
+    sum.resize(std::max<size_t>(sum.size(), page.first + page.size));
+    for (size_t i = 0; i < page.size; ++i) {
+      sum[page.first + i].hits += page.counts[i].hits;
+      sum[page.first + i].blocks += page.counts[i].blocks;
+    }
   });
   return all;
 }
@@ -160,7 +140,6 @@ class FileCoverage {
     out_.write("SF:" + absolute(path) + "\n");
   }
   void write() {
-    sum_up();
     functions();
     branches();
     lines();
@@ -168,19 +147,7 @@ class FileCoverage {
   }
 
  private:
-  Count of(const SourcePlace& place) const {
-    const auto known = sums_.find(place);
-    return known != sums_.end() ? known->second : Count();
-  }
-  // What is first on its line has no column; what was counted under one belongs to what began last before it.
-  void sum_up() {
-    for (size_t line = 1; line < lines_.by_number.size(); ++line)
-      if (const SourcePlace* first = scan_.first_on(line)) add(sums_[*first], lines_.by_number[line]);
-    for (const auto& [place, count] : lines_.columns)
-      if (const SourcePlace* begin = scan_.last_before({place.first, place.second});
-          begin && begin != scan_.first_on(place.first))
-        add(sums_[*begin], count);
-  }
+  Count of(unsigned long line) const { return line < lines_.size() ? lines_[line] : Count(); }
 
   void functions() {
     size_t reached = 0;
@@ -194,48 +161,46 @@ class FileCoverage {
     out_.format("FNF:%zu\nFNH:%zu\n", scan_.functions.size(), reached);
   }
   uint64_t entered(const SourceBlock& b) const {
-    const size_t first = b.first.line;
-    const bool is_apart = first && first != b.entry.line && first != b.opener.line;
-    return is_apart ? of(b.first).hits : of(b.entry).blocks;
+    return b.first && b.first != b.statement && b.first != b.opener ? of(b.first).hits
+                                                                    : of(b.statement).blocks;
   }
   // The blocks of one statement are its ways; where an "else" is missing that is one more.
   void branches() {
-    std::map<SourcePlace, std::vector<const SourceBlock*>> ways;
+    std::map<unsigned long, std::vector<const SourceBlock*>> ways;
     for (const SourceBlock& b : scan_.blocks)
       if (b.is_way) ways[b.statement].push_back(&b);
-    size_t found = 0, reached = 0, number = 0;
-    unsigned long last = 0;
-    for (const auto& [place, blocks] : ways) {
-      const uint64_t hits = of(place).hits;
-      uint64_t taken_at_all = 0;
-      for (const SourceBlock* b : blocks) taken_at_all += entered(*b);
+    size_t found = 0, reached = 0;
+    for (const auto& way : ways) {
+      const unsigned long line = way.first;
+      const std::vector<const SourceBlock*>& blocks = way.second;
       // What stands before its alternatives is not always told, but they are.
-      const bool was_reached = hits > 0 || taken_at_all > 0;
-      if (place.line != last) number = 0;
-      last = place.line;
-      auto put = [&, line = place.line](uint64_t taken) {
+      const bool was_reached =
+          of(line).hits > 0 ||
+          std::any_of(blocks.begin(), blocks.end(), [&](const SourceBlock* b) { return entered(*b) > 0; });
+      uint64_t taken_at_all = 0;
+      size_t number = 0;
+      auto put = [&](uint64_t taken) {
         out_.write("BRDA:" + std::to_string(line) + ",0," + std::to_string(number++) + "," +
                    (was_reached ? std::to_string(taken) : "-") + "\n");
         ++found;
         reached += taken > 0;
       };
-      for (const SourceBlock* b : blocks) put(entered(*b));
+      for (const SourceBlock* b : blocks) {
+        put(entered(*b));
+        taken_at_all += entered(*b);
+      }
       if (blocks.back()->may_be_none && !blocks.back()->is_else)
-        put(hits > taken_at_all ? hits - taken_at_all : 0);
+        put(of(line).hits > taken_at_all ? of(line).hits - taken_at_all : 0);
     }
     out_.format("BRF:%zu\nBRH:%zu\n", found, reached);
   }
-  // A line was reached as often as that on it which was reached most often.
   void lines() {
-    std::map<unsigned long, uint64_t> all;
-    for (const SourcePlace& place : scan_.statements) all[place.line] = 0;
-    for (const SourcePlace& place : scan_.begins)
-      if (const auto known = all.find(place.line); known != all.end())
-        known->second = std::max(known->second, of(place).hits);
-    for (size_t i = 1; scan_.statements.empty() && i < lines_.by_number.size(); ++i)
-      if (lines_.by_number[i].hits) all[i] = lines_.by_number[i].hits;
+    std::vector<unsigned long> all = scan_.statements;
+    for (unsigned long i = 1; all.empty() && i < lines_.size(); ++i)
+      if (lines_[i].hits) all.push_back(i);
     size_t reached = 0;
-    for (const auto& [line, hits] : all) {
+    for (unsigned long line : all) {
+      const uint64_t hits = of(line).hits;
       reached += hits > 0;
       out_.format("DA:%lu,%" PRIu64 "\n", line, hits);
     }
@@ -245,7 +210,6 @@ class FileCoverage {
   const Lines& lines_;
   ReportFile& out_;
   SourceScan scan_;
-  std::map<SourcePlace, Count> sums_;
 };
 
 class Coverage : public Reporter {
@@ -282,12 +246,9 @@ void CountBox::each(const std::function<void(const LineCount&)>& act) const {
   const size_t used = shared_ ? std::min<size_t>(shared_->used, box_size - sizeof(Shared)) : 0;
   for (size_t begin = 0; begin + sizeof(Page) <= used;) {
     const Page& page = *reinterpret_cast<const Page*>(shared_->pages + begin);
-    const size_t left = used - begin;
-    if (page.size > lines_of_page || page.name_size > left || page.first >= most_lines ||
-        Page::octets(page.size, page.name_size) > left)
-      return;
-    act({page.name(), page.first, page.column, page.counts(), page.size});
-    begin += Page::octets(page.size, page.name_size);
+    if (page.name_size > used - begin - sizeof(Page) || page.first >= most_lines) return;
+    act({page.name(), page.first, page.counts, lines_of_page});
+    begin += Page::size_for(page.name_size);
   }
 }
 
@@ -301,13 +262,9 @@ bool counts_lines() {
 }
 
 void clear_counts() {
-  const auto clear = [](Page* page) {
-    if (page) std::fill_n(page->counts(), page->size, Count());
-  };
-  for (auto& [file, pages] : counting().by_address) {
-    for (Page* page : pages.lines) clear(page);
-    for (auto& [column, page] : pages.columns) clear(page);
-  }
+  for (auto& [file, pages] : counting().by_address)
+    for (Page* page : pages)
+      if (page) std::memset(page->counts, 0, sizeof page->counts);
 }
 
 void count_into(CountBox& box) {
@@ -318,10 +275,11 @@ void count_into(CountBox& box) {
 void add_counts(const CountBox& box) {
   box.each([](const LineCount& from) {
     const std::string name(from.file);
-    Pages& pages = counting().by_name[name];
-    for (size_t i = 0; i < from.size; ++i)
-      if (Count* c = Counting::count_of(pages, name.c_str(), from.first + i, from.column))
-        add(*c, from.counts[i]);
+    Page* page = Counting::page_of(counting().by_name[name], name.c_str(), from.first);
+    for (size_t i = 0; page && i < from.size; ++i) {
+      page->counts[i].hits += from.counts[i].hits;
+      page->counts[i].blocks += from.counts[i].blocks;
+    }
   });
 }
 

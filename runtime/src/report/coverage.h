@@ -8,11 +8,9 @@
 
 namespace lumos {
 
-// Neighbouring lines, or what begins at a column of one.
 struct LineCount {
   std::string_view file;
   unsigned long first;  // the line of the first of them
-  uint32_t column;      // 0 for lines
   struct Count {
     uint64_t hits, blocks;
   };

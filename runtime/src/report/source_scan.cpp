@@ -10,7 +10,7 @@ namespace {
 
 struct Token {
   std::string_view text;  // one character, or a word, or ":="
-  SourcePlace place;
+  unsigned long line;
 };
 
 // Words and single characters, without comments and blanks; a string is a token of one quote.
@@ -21,7 +21,7 @@ class Tokens {
     skip_blanks();
     if (place_ >= text_.size()) return false;
     const size_t begin = place_;
-    token.place = {line_, static_cast<uint32_t>(begin - line_begin_ + 1)};
+    token.line = line_;
     const char c = text_[place_++];
     if (c == '"' || c == '\'') {
       skip_string(c);
@@ -48,26 +48,22 @@ class Tokens {
         place_ += 2;
         skip_to("*/", 2);
       } else if (std::isspace(static_cast<unsigned char>(text_[place_]))) {
-        if (text_[place_++] == '\n') begin_line();
+        line_ += text_[place_++] == '\n';
       } else {
         return;
       }
     }
   }
-  void begin_line() {
-    ++line_;
-    line_begin_ = place_;
-  }
   void skip_to(std::string_view end, size_t more) {
     const size_t found = std::min(text_.find(end, place_), text_.size());
-    while (place_ < found)
-      if (text_[place_++] == '\n') begin_line();
+    line_ += static_cast<unsigned long>(std::count(text_.begin() + static_cast<long>(place_),
+                                                   text_.begin() + static_cast<long>(found), '\n'));
     place_ = std::min(found + more, text_.size());
   }
   void skip_string(char quote) { skip_to(std::string_view(&quote, 1), 1); }
 
   std::string_view text_;
-  size_t place_ = 0, line_begin_ = 0;
+  size_t place_ = 0;
   unsigned long line_ = 1;
 };
 
@@ -81,10 +77,9 @@ struct Level {
   bool is_block = false;    // of statements
   size_t block = SIZE_MAX;  // its number among the blocks
   bool begins = false;      // a statement may begin here
-  bool is_head = false;     // what stands behind "for"
   // The statement that is being read.
-  SourcePlace statement, entry;
-  bool branches = false, is_if = false, is_chain = false, is_otherwise = false;
+  unsigned long statement = 0;
+  bool branches = false, is_if = false, is_chain = false;
 };
 
 class Scanner {
@@ -92,7 +87,9 @@ class Scanner {
   explicit Scanner(std::string_view text) : tokens_(text) {}
   SourceScan run() {
     for (Token token; tokens_.next(token); last_ = token.text) take(token);
-    std::sort(scan_.places.begin(), scan_.places.end());
+    auto& lines = scan_.statements;
+    std::sort(lines.begin(), lines.end());
+    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
     return std::move(scan_);
   }
 
@@ -104,24 +101,15 @@ class Scanner {
     if (c == '}' || c == ')' || c == ']') return close(t);
     if (!in_body()) return look_for_body(t);
     Level& level = levels_.back();
-    if (level.is_head) return take_in_head(level, t);
     if (!level.is_block) return;
     if (c == ';') {
       level.begins = true;
     } else if (t.text == "else") {
       level.is_chain = true;
       level.begins = false;
-    } else if (last_ == "else" && t.text == "if") {
-      level.entry = t.place;
-      scan_.places.push_back(t.place);
     } else if (level.begins || (is_branching(t.text) && !level.is_chain && last_ != "select")) {
       begin_statement(level, t);
     }
-  }
-  // What a loop begins with, and does between its rounds.
-  void take_in_head(Level& level, const Token& t) {
-    if (level.begins) scan_.places.push_back(t.place);
-    level.begins = t.text == ";";
   }
   static bool is_branching(std::string_view word) {
     return is_any_of(word, {"if", "alt", "interleave", "select", "for", "while", "do"});
@@ -132,40 +120,31 @@ class Scanner {
     level.is_chain = false;
     level.is_if = t.text == "if";
     level.branches = is_way || is_any_of(t.text, {"if", "["});
-    level.is_otherwise = false;
-    level.statement = level.entry = t.place;
-    note_first(t.place);
-    if (!is_way) scan_.statements.push_back(t.place);
-    scan_.begins.push_back(t.place);
-    if (t.text == "select")
-      select_ = {t.place, level.block};
-    else
-      scan_.places.push_back(t.place);
-    if (is_way) stand_at_case(t.place);
-  }
-  // Of all that it is the first statement in: a block may be the first statement of another.
-  void note_first(const SourcePlace& place) {
-    for (const Level& level : levels_)
-      if (level.block != SIZE_MAX && !scan_.blocks[level.block].first.line)
-        scan_.blocks[level.block].first = place;
-    if (!scan_.functions.empty() && !scan_.functions.back().first.line) scan_.functions.back().first = place;
+    level.statement = t.line;
+    if (level.block != SIZE_MAX && scan_.blocks[level.block].first == 0)
+      scan_.blocks[level.block].first = t.line;
+    if (level.block == SIZE_MAX && !scan_.functions.empty() && scan_.functions.back().first == 0)
+      scan_.functions.back().first = t.line;
+    if (!is_way) scan_.statements.push_back(t.line);
+    if (t.text == "select") select_ = {t.line, level.block};
+    if (is_way) stand_at_case(t.line);
   }
   // A selection is reached where its first case is looked at.
-  void stand_at_case(const SourcePlace& place) {
+  void stand_at_case(unsigned long line) {
     const auto [select, block] = select_;
-    select_ = {SourcePlace(), SIZE_MAX};
-    if (!select.line || scan_.statements.back() != select) return;
-    scan_.statements.back() = place;
-    SourcePlace& first = block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[block].first;
-    if (first == select) first = place;
+    select_ = {0, SIZE_MAX};
+    if (!select || scan_.statements.back() != select) return;
+    scan_.statements.back() = line;
+    unsigned long& first = block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[block].first;
+    if (first == select) first = line;
   }
   void look_for_body(const Token& t) {
     if (is_any_of(t.text, {"function", "testcase", "altstep"}) && last_ != "external") {
       is_pending_ = true;
-      scan_.functions.push_back({"", t.place.line, {}});
+      scan_.functions.push_back({"", t.line, 0});
     } else if (t.text == "control") {
       is_pending_ = true;
-      scan_.functions.push_back({"control", t.place.line, {}});
+      scan_.functions.push_back({"control", t.line, 0});
     } else if (is_pending_ && scan_.functions.back().name.empty()) {
       scan_.functions.back().name = t.text;
     } else if (t.text == "external" ||
@@ -184,7 +163,6 @@ class Scanner {
   void open(const Token& t) {
     Level level;
     level.open = t.text[0];
-    level.is_head = level.begins = in_body() && last_ == "for";
     if (level.open == '{' && in_body() && opens_block()) {
       open_block(level, t);
     } else if (level.open == '{' && is_pending_) {
@@ -198,40 +176,16 @@ class Scanner {
   }
   void open_block(Level& level, const Token& t) {
     Level& around = levels_.back();
-    if (around.begins) around.branches = around.is_if = around.begins = false;  // it stands for itself
+    if (around.begins) begin_statement(around, t);
     level.is_block = level.begins = true;
     level.block = scan_.blocks.size();
-    const bool is_else = last_ == "else" || around.is_otherwise;
-    scan_.blocks.push_back({around.statement,
-                            is_else ? t.place : around.entry,
-                            t.place,
-                            {},
-                            around.branches,
-                            around.is_if,
-                            is_else});
-    if (is_else) stand_at_else(around, t.place);
+    scan_.blocks.push_back({around.statement, t.line, 0, around.branches, around.is_if, last_ == "else"});
   }
-  // Where there is no other way nothing is asked before.
-  void stand_at_else(const Level& around, const SourcePlace& place) {
-    auto& places = scan_.places;
-    if (!around.is_if)
-      places.erase(std::remove(places.begin(), places.end(), around.statement), places.end());
-    places.push_back(place);
-  }
-  // At the end of a function only behind something.
-  void stand_at_end(const SourcePlace& place) {
-    const auto& places = scan_.places;
-    if (body_ > 1 ||
-        (scan_.functions.back().first.line && !places.empty() && places.back().line == place.line))
-      scan_.places.push_back(place);
-  }
-  void close(const Token& t) {
+  void close(const Token&) {
     if (levels_.empty()) return;
     const bool was_block = levels_.back().is_block;
     levels_.pop_back();
-    if (!was_block && !levels_.empty() && last_ == "else") levels_.back().is_otherwise = true;
     if (!was_block) return;
-    stand_at_end(t.place);
     --body_;
     if (!levels_.empty()) levels_.back().begins = true;
   }
@@ -240,23 +194,12 @@ class Scanner {
   SourceScan scan_;
   std::vector<Level> levels_;
   std::string_view last_;
-  std::pair<SourcePlace, size_t> select_{SourcePlace(),
-                                         SIZE_MAX};  // the place of one, and the block that it stands in
+  std::pair<unsigned long, size_t> select_{0, SIZE_MAX};  // the line of one, and the block that it stands in
   bool is_pending_ = false;
   size_t body_ = 0;
 };
 
 }  // namespace
-
-const SourcePlace* SourceScan::first_on(unsigned long line) const {
-  const auto found = std::lower_bound(places.begin(), places.end(), SourcePlace{line, 0});
-  return found != places.end() && found->line == line ? &*found : nullptr;
-}
-
-const SourcePlace* SourceScan::last_before(const SourcePlace& place) const {
-  const auto behind = std::upper_bound(places.begin(), places.end(), place);
-  return behind != places.begin() && behind[-1].line == place.line ? &behind[-1] : nullptr;
-}
 
 SourceScan scan_source(std::string_view text) {
   return Scanner(text).run();

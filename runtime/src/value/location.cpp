@@ -9,7 +9,7 @@
 
 namespace lumos {
 
-void (*line_counter)(const char* file, unsigned long line, uint32_t column, bool is_block) = nullptr;
+void (*line_counter)(const char* file, unsigned long line, bool is_block) = nullptr;
 
 namespace {
 
@@ -83,9 +83,8 @@ void lumo_source_location_pop(lumo_context_t) {
 void lumo_source_location_push_block(lumo_context_t) {
   Task& task = *current_task;
   task.blocks.push_back(static_cast<uint32_t>(task.named.size()));
-  if (!line_counter || task.frames.empty()) return;
-  const Frame& frame = task.frames.back();
-  if (frame.column != no_column) line_counter(frame.file, frame.line, frame.column, true);
+  if (line_counter && !task.frames.empty())
+    line_counter(task.frames.back().file, task.frames.back().line, true);
 }
 
 void lumo_source_location_pop_block(lumo_context_t) {
@@ -102,9 +101,8 @@ void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
   task.statement_roots = task.roots.size();
   if (task.frames.empty()) return;
   Frame& frame = task.frames.back();
-  frame.line = line % LUMO_LINE_AT(0, 1);
-  frame.column = static_cast<uint32_t>(line / LUMO_LINE_AT(0, 1));
-  if (line_counter) line_counter(frame.file, frame.line, frame.column, false);
+  frame.line = line;
+  if (line_counter) line_counter(frame.file, line, false);
 }
 
 void lumo_source_tracking_name_value(const char* name, lumo_value_t value, lumo_context_t) {

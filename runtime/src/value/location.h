@@ -5,9 +5,8 @@
 
 namespace lumos {
 
-// Told where behaviours come along: the line, the column of what is
-// not the first on it, and whether a block begins there. Null tells nobody.
-extern void (*line_counter)(const char* file, unsigned long line, uint32_t column, bool is_block);
+// Told where behaviours come along: the line, and whether a block begins there. Null tells nobody.
+extern void (*line_counter)(const char* file, unsigned long line, bool is_block);
 
 // The value of that name that the current behaviour sees: its variables and parameters, the
 // elements of its component, what its module knows. Null if there is none.

@@ -17,7 +17,6 @@ struct Component;
 struct Fiber;
 
 // A behaviour that runs, from location push to pop.
-constexpr uint32_t no_column = ~0U;  // before the first statement
 
 struct Frame {
   const char* module;
@@ -28,7 +27,6 @@ struct Frame {
   lumo_scope_t scope;
   uint32_t first_named;  // named values of the frame start here
   uint32_t first_block;
-  uint32_t column = no_column;  // of what is not the first on its line
 };
 
 struct ActiveDefault {

@@ -408,7 +408,7 @@ void CGAlt(T3AltStmt* statement, CFunction& function) {
   if (statement->else_branch->is<_T3Stmt>()) {
     function.beginIf(LUMO_COMPONENT_TRY_ELSE, {VEXA_CONTEXT});
     function.call(LUMO_LOG_ALT_ELSE_EVENT, {VEXA_CONTEXT});
-    CGElseBlock(statement->else_branch, function);
+    CGStatement(statement->else_branch, function);
     function.addBreak();
     function.endIf();
     GenSourceLocationEnd(statement, function);

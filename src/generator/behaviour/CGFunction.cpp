@@ -209,7 +209,7 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   CGAltList(alt->alts, alt, function);
   if (alt->else_branch->is<_T3Stmt>()) {
     function.beginIf(LUMO_COMPONENT_TRY_ELSE, {VEXA_CONTEXT});
-    CGElseBlock(alt->else_branch, function);
+    CGStatement(alt->else_branch, function);
     function.addBreak();
     function.endIf();
   }

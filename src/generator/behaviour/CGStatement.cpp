@@ -77,7 +77,7 @@ void CGIf(T3IfStmt* statement, CFunction& function) {
     function.endIf();
     if (!has_else) return;
     function.beginElse();
-    CGElseBlock(statement->else_stmt, function);
+    CGStatement(statement->else_stmt, function);
     function.endIf();
     return;
   }
@@ -640,7 +640,7 @@ void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<
 void GenSourceLocation(T3Tree_Node* statement, CFunction& function) {
   if (statement->is<T3BlockStmt>() || statement->is<T3DeclStmt>()) return;
   CGCommentPlace(function, PositionOfStmt(statement), T3KindName(statement));
-  CGSetSourceLine(function, PositionOfStmt(statement));
+  if (!statement->is<T3ForStmt>()) CGSetSourceLine(function, PositionOfStmt(statement));
 }
 
 void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
@@ -648,15 +648,6 @@ void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
   if (end == nullptr || *end == NoPosition) return;
   CGCommentPlace(function, *end, joined({T3KindName(statement), " marks end of scope"}));
   CGSetSourceLine(function, *end);
-}
-
-// What stands in other lines is known by them.
-void CGElseBlock(T3Tree_Node* branch, CFunction& function) {
-  auto* block = branch->try_as<T3BlockStmt>();
-  auto* first = block ? block->body->try_as<_T3Stmt>() : nullptr;
-  if (block && (!first || first->position.Line == block->position.Line))
-    CGSetSourceLine(function, block->position);
-  CGStatement(branch, function);
 }
 
 void DeleteTimers(T3Tree_Node* statements, CFunction& function) {

@@ -13,8 +13,6 @@ void CGStatement(T3Tree_Node* list, CFunction& function);
 
 /// One of them, whatever follows it.
 void CGOneStatement(T3Tree_Node* statement, CFunction& function);
-/// What is done where nothing else was chosen: its block, with a place of its own.
-void CGElseBlock(T3Tree_Node* branch, CFunction& function);
 /// A block with other statements than its own in it.
 void CGBlockAround(T3BlockStmt* block, CFunction& function, const std::function<void()>& statements);
 

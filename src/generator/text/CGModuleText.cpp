@@ -12,8 +12,8 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
-#include "support/FormatText.h"
 #include "support/ModuleCaches.h"
+#include "support/FormatText.h"
 
 namespace {
 constexpr size_t kColumns = 7;
@@ -122,18 +122,8 @@ void CGPopSourceLocation(CFunction& function) {
   function.call(LUMO_SOURCE_LOCATION_POP, {VEXA_CONTEXT});
 }
 
-namespace {
-// The first place of the line that was written last.
-tPosition first_of_line = NoPosition;
-const ModuleCache kFirstOfLine{[] { first_of_line = NoPosition; }};
-}  // namespace
-
 void CGSetSourceLine(CFunction& function, const tPosition& position) {
-  std::string line = std::to_string(position.Line);
-  if (position.Line != first_of_line.Line || position.File != first_of_line.File) first_of_line = position;
-  if (position.Column != first_of_line.Column)
-    line = LUMO_LINE_AT + ("(" + line + ", " + std::to_string(position.Column) + ")");
-  function.call(LUMO_SOURCE_LOCATION_SET_LINE, {line, VEXA_CONTEXT});
+  function.call(LUMO_SOURCE_LOCATION_SET_LINE, {std::to_string(position.Line), VEXA_CONTEXT});
 }
 
 void CGCommentPlace(CFunction& function, const tPosition& position, std::string_view what) {
