@@ -12,8 +12,8 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
-#include "support/ModuleCaches.h"
 #include "support/FormatText.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 constexpr size_t kColumns = 7;
