@@ -64,11 +64,10 @@ inline char* CopyWord(char* to, std::string_view text) {
 /// refers to.
 template <class Words, class Separator>
 struct CList {
+  CList(const Words& words_of_list, const Separator& between) : words(words_of_list), separator(between) {}
   const Words& words;
   const Separator& separator;
 };
-template <class Words, class Separator>
-CList(const Words&, const Separator&) -> CList<Words, Separator>;
 
 template <class Words>
 [[gnu::always_inline]] inline size_t SizeOfWords(const Words& words) {
