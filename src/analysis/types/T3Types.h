@@ -121,9 +121,12 @@ struct T3PortTypes {
   const T3TypeSet& absolute;
   const T3TypeSet& local;
   const T3TypeSet& base;
+  const T3SharedTypes& shared;
 };
 T3PortTypes PortTypesIn(T3Tree_Node* port_type);
 T3PortTypes PortTypesOut(T3Tree_Node* port_type);
+/// The same of the types that a signature may raise.
+T3PortTypes ExceptionsOf(T3SignatureType* signature);
 /// All type declarations that reach a module, imports and built-in types included, in order.
 const T3NodeList& AllTypesOf(T3Tree_Node* module);
 /// True for what `all` stands for in a port's type list.

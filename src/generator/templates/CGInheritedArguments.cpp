@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "analysis/templates/T3TemplateChains.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/walk/T3Subtree.h"
@@ -11,8 +12,6 @@
 #include "generator/templates/CGTemplateParts.h"
 #include "generator/text/CLocations.h"
 #include "generator/text/T3CodeDefs.h"
-#include "support/ModuleCaches.h"
-#include "support/NumberMap.h"
 
 namespace cgtemplate {
 namespace {
@@ -24,56 +23,10 @@ std::vector<_T3FormalPar*> FormalsOf(T3TemplateDecl* decl) {
   return formals;
 }
 
-bool HasParameters(T3TemplateDecl* decl) {
-  return decl->fpl->is<_T3FormalPar>();
-}
-
-// A template of a chain, and the definition that modifies it.
-struct Link {
-  T3TemplateDef* modifying = nullptr;
-  T3TemplateDecl* modified = nullptr;
-  /// The number of links from here to the end of the chain.
-  size_t length = 0;
-};
-
-// The first link of each definition's chain, and the lengths of the links whose templates have a parameter.
-NumberMap<Link>& g_links = *new NumberMap<Link>;
-NumberMap<size_t>& g_lengths = *new NumberMap<size_t>;
-const ModuleCache links([] {
-  g_links.clear();
-  g_lengths.clear();
-});
-
-void AddLink(T3TemplateDef* modifying, T3TemplateDecl* modified, Link& link) {
-  link = {modifying, modified, link.length + 1};
-  for (_T3FormalPar* formal : FormalsOf(modified)) g_lengths[formal->number] = link.length;
-}
-
-// Links are those whose templates have parameters; none where no link is left.
-Link FirstLink(T3TemplateDef* definition) {
-  std::vector<T3TemplateDef*> way;
-  Link link;
-  for (T3TemplateDef* at = definition;;) {
-    const auto [known, is_new] = g_links.TryEmplace(at->number);
-    link = *known;
-    if (!is_new) break;
-    way.push_back(at);
-    T3TemplateDecl* modified = ModifiedTemplate(at);
-    if (modified == nullptr) break;
-    at = modified->definition->as<T3TemplateDef>();
-  }
-  for (size_t i = way.size(); i-- > 0; g_links[way[i]->number] = link) {
-    T3TemplateDecl* modified = ModifiedTemplate(way[i]);
-    if (modified != nullptr && HasParameters(modified)) AddLink(way[i], modified, link);
-  }
-  return link;
-}
-
 // The links along a chain, up to the one behind which `rest` of them are left.
-std::vector<Link> ChainOf(T3TemplateDef* definition, size_t rest = 0) {
-  std::vector<Link> chain;
-  Link link = FirstLink(definition);
-  for (; link.length > rest; link = FirstLink(link.modified->definition->as<T3TemplateDef>()))
+std::vector<T3ChainLink> ChainOf(T3TemplateDef* definition, size_t rest = 0) {
+  std::vector<T3ChainLink> chain;
+  for (T3ChainLink link = FirstChainLink(definition); link.length > rest; link = NextChainLink(link))
     chain.push_back(link);
   return chain;
 }
@@ -86,7 +39,7 @@ void VisitArguments(T3Tree_Node* actuals, const T3NodeSet& bound, const Visit& v
 
 void VisitModification(T3TemplateDef* definition, T3NodeSet bound, const Visit& visit) {
   VisitFree(definition->modifies->as<T3TemplateReference>()->reference, bound, visit);
-  for (const Link& link : ChainOf(definition)) {
+  for (const T3ChainLink& link : ChainOf(definition)) {
     if (link.modifying != definition) VisitArguments(ActualsForModified(link.modifying), bound, visit);
     for (_T3FormalPar* formal : FormalsOf(link.modified)) bound.insert(formal);
   }
@@ -129,16 +82,16 @@ bool UsesAny(const T3NodeSet& used, T3TemplateDecl* decl) {
 
 // The number of links behind the last one whose parameters are read.
 size_t LengthBehind(T3TemplateDef* definition, const T3NodeSet& used) {
-  size_t rest = FirstLink(definition).length;
+  size_t rest = FirstChainLink(definition).length;
   for (T3Tree_Node* formal : used)
-    if (const size_t* length = g_lengths.Find(formal->number)) rest = std::min(rest, *length - 1);
+    if (const size_t length = ChainLengthAt(formal)) rest = std::min(rest, length - 1);
   return rest;
 }
 
 // To the parameters that are read those which are read to fill their vectors.
-void AddParametersOfVectors(T3NodeSet& used, const std::vector<Link>& chain) {
+void AddParametersOfVectors(T3NodeSet& used, const std::vector<T3ChainLink>& chain) {
   for (size_t i = chain.size(); i > 0; --i) {
-    const Link& link = chain[i - 1];
+    const T3ChainLink& link = chain[i - 1];
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);
     VisitArguments(actuals, {}, AddParameters(used));
@@ -183,13 +136,13 @@ void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_No
 }
 
 InheritedArguments::InheritedArguments(T3TemplateDef* definition, std::string_view own, CFunction& function) {
-  if (FirstLink(definition).length == 0) return;
+  if (FirstChainLink(definition).length == 0) return;
   T3NodeSet used;
   VisitFree(definition->constraint, {}, AddParameters(used));
-  const std::vector<Link> chain = ChainOf(definition, LengthBehind(definition, used));
+  const std::vector<T3ChainLink> chain = ChainOf(definition, LengthBehind(definition, used));
   AddParametersOfVectors(used, chain);
   std::string vector(own);
-  for (const Link& link : chain) {
+  for (const T3ChainLink& link : chain) {
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);
     if (actuals != nullptr || vector.empty()) vector = Vector(link.modified, actuals, function);
