@@ -164,6 +164,18 @@ def modified_templates(n):
 
 
 @row(100)
+def modified_templates_with_parameters(n):
+    return module("type record R { integer a, integer b } template R t0(integer x) := { x, 2 };"
+                  + join("\n", n, lambda i: f"template R t{i + 1}(integer x) modifies t{i} := {{ a := x }};"))
+
+
+@row(100)
+def constants_of_a_type_chain(n):
+    return module("type record A0 { integer x }"
+                  + join("\n", n, lambda i: f"type A{i} A{i + 1}; const A{i + 1} c{i + 1} := {{ {i} }};"))
+
+
+@row(100)
 def type_chain(n):
     return module("type record A0 { integer x }" + join("\n", n, lambda i: f"type A{i} A{i + 1};"))
 
@@ -171,6 +183,12 @@ def type_chain(n):
 @row(100)
 def labels(n):
     return body(join("\n", n, lambda i: f"label l{i}; if (a == {i}) {{ goto l{i} }}"))
+
+
+@row(200)
+def jumps_out_of_else_ifs(n):
+    return body("while (true) { if (a == 0) { break }"
+                + join("", n, lambda i: f" else if (a == {i}) {{ continue }}") + " }")
 
 
 @row(200)
@@ -184,6 +202,25 @@ def types_of_a_port(n):
     return module(join(" ", n, lambda i: f"type record R{i} {{ integer x }}") + "type port Q message { inout "
                   + join(", ", n, lambda i: f"R{i}") + " } type component D { port Q q } function f() runs on D { alt { "
                   + join(" ", n, lambda i: f"[] q.receive(R{i}:?) {{ }}") + " } }")
+
+
+@row(100)
+def exceptions_of_a_signature(n):
+    return module(join(" ", n, lambda i: f"type record E{i} {{ integer x }}") + "signature S() exception ("
+                  + join(", ", n, lambda i: f"E{i}") + "); type port Q procedure { inout S } type component D { port Q q } "
+                  + "function f() runs on D { alt { " + join(" ", n, lambda i: f"[] q.catch(S, E{i}:?) {{ }}") + " } }")
+
+
+@row(200)
+def constants_among_ranges(n):
+    return module("type integer S (" + join(",", n, lambda i: f"{3 * i} .. {3 * i + 1}") + ");"
+                  + join("\n", n, lambda i: f"const S c{i} := {3 * i};"))
+
+
+@row(100)
+def imported_groups(n):
+    return {"A": "module A { " + join("\n", n, lambda i: f"group g{i} {{ const integer c{i} := 1 }}") + " }\n",
+            "M": "module M { import from A { " + join("; ", n, lambda i: f"group g{i}") + " } }\n"}
 
 
 @row(100)

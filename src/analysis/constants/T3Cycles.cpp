@@ -163,12 +163,11 @@ T3Tree_Node* RecordBehind(T3Tree_Node* type, const T3Tree_Node* user) {
 
 void EnterContents(T3TypeDecl* decl) {
   if (!decl->type->is<T3RecordType>() && !decl->type->is<T3SetType>()) return;
-  T3NodeList held;
+  T3NodeSet held;
   gContents.addDependencyNode(decl);
   for (auto* at : Items<T3FieldType>(decl->type->as<_T3StructuredType>()->body)) {
     T3Tree_Node* record = at->optional ? nullptr : RecordBehind(at->type, decl);
-    if (record == nullptr || std::find(held.begin(), held.end(), record) != held.end()) continue;
-    held.push_back(record);
+    if (record == nullptr || !held.insert(record).second) continue;
     if (gContents.addDependency(decl, record)) vexa_filtered_error(ERR_cycle_const, PositionOf(at));
   }
 }

@@ -27,8 +27,10 @@
 namespace {
 // ---- Chains of subtypes ----
 
-// The constrained types that unconstrained ones, which only name others, stand for.
+// The constrained types that unconstrained ones, which only name others, stand for. Chains go through many
+// modules.
 NumberMap<T3Tree_Node*>& g_constrained = *new NumberMap<T3Tree_Node*>;
+const ModuleCache constrained{[] { g_constrained.clear(); }, ModuleCache::Holds::ForRun};
 
 // The first type with a constraint, from a type on; the base where none is left.
 T3Tree_Node* Constrained(T3Tree_Node* type) {
@@ -530,6 +532,5 @@ const ModuleCache kCache{[] {
   g_types_entered.clear();
   g_sets.clear();
   g_value_sets.clear();
-  g_constrained.clear();
 }};
 }  // namespace

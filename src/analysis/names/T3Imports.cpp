@@ -13,6 +13,7 @@
 #include "driver/modules/T3Global.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Lists.h"
+#include "support/ModuleCaches.h"
 
 T3Tree_Node* ASN_1_NULL_DECLARATION = nullptr;
 
@@ -439,27 +440,67 @@ T3Tree_Node* FindDeclInModule(T3Tree_Node* module, tIdent id) {
   return result != nullptr ? result : _sgT3NoDecl();
 }
 
-// A name of the path that a group matches lets the search inside it go on with the next one; the group that
-// matches the last name is searched for another of the same name.
-T3Tree_Node* FindGroupInModule(T3Tree_Node* module, T3Tree_Node* reference) {
-  struct Place {
-    T3Tree_Node* decl;
-    size_t matched;
+namespace {
+// The groups of a module in the order of the source, and their places there by their names.
+struct Groups {
+  struct Group {
+    T3GroupDecl* decl;
+    /// Its place is that of this group when it has none around.
+    size_t around;
   };
+  std::vector<Group> all;
+  std::unordered_map<tIdent, std::vector<size_t>> by_name;
+};
+std::unordered_map<uint32_t, Groups>& g_groups = *new std::unordered_map<uint32_t, Groups>;
+const ModuleCache known_groups([] { g_groups.clear(); });
+
+void CollectGroups(T3Tree_Node* decls, Groups& groups) {
+  struct Rest {
+    T3Tree_Node* decl;
+    size_t around;
+  };
+  constexpr size_t kNone = ~size_t{0};
+  std::vector<Rest> open{{decls, kNone}};
+  while (!open.empty()) {
+    const Rest rest = open.back();
+    open.pop_back();
+    T3Tree_Node* at = rest.decl;
+    while (T3Is<_T3Decl>(at) && !at->is<T3GroupDecl>()) at = at->as<_T3Decl>()->next;
+    if (!T3Is<T3GroupDecl>(at)) continue;
+    const size_t place = groups.all.size();
+    groups.all.push_back({at->as<T3GroupDecl>(), rest.around == kNone ? place : rest.around});
+    groups.by_name[at->as<T3GroupDecl>()->name].push_back(place);
+    open.push_back({at->as<T3GroupDecl>()->next, rest.around});
+    open.push_back({at->as<T3GroupDecl>()->body, place});
+  }
+}
+
+const Groups& GroupsOf(T3Module* module) {
+  const auto [groups, is_new] = g_groups.try_emplace(module->number);
+  if (is_new) CollectGroups(module->definition_part, groups->second);
+  return groups->second;
+}
+
+// The names of a path stand around a group in their order, with or without others between them.
+bool LiesOn(const std::vector<tIdent>& path, size_t place, const Groups& groups) {
+  size_t left = path.size() - 1;
+  for (; left > 0 && groups.all[place].around != place;) {
+    place = groups.all[place].around;
+    if (groups.all[place].decl->name == path[left - 1]) --left;
+  }
+  return left == 0;
+}
+}  // namespace
+
+T3Tree_Node* FindGroupInModule(T3Tree_Node* module, T3Tree_Node* reference) {
   const std::vector<tIdent> path = PathOf(reference);
-  T3Tree_Node* found = nullptr;
-  std::vector<Place> rest{{module->as<T3Module>()->definition_part, 0}};
-  while (!rest.empty() && !path.empty()) {
-    const Place place = rest.back();
-    rest.pop_back();
-    if (!T3Is<_T3Decl>(place.decl)) continue;
-    rest.push_back({place.decl->as<_T3Decl>()->next, place.matched});
-    auto* group = place.decl->try_as<T3GroupDecl>();
-    if (group == nullptr) continue;
-    const bool matches = group->name == path[place.matched];
-    const bool last = place.matched + 1 == path.size();
-    rest.push_back({group->body, place.matched + (matches && !last ? 1 : 0)});
-    if (!matches || !last) continue;
+  const Groups& groups = GroupsOf(module->as<T3Module>());
+  const auto named = path.empty() ? groups.by_name.end() : groups.by_name.find(path.back());
+  if (named == groups.by_name.end()) return _sgT3NoDecl();
+  T3GroupDecl* found = nullptr;
+  for (const size_t place : named->second) {
+    if (!LiesOn(path, place, groups)) continue;
+    T3GroupDecl* group = groups.all[place].decl;
     if (found != nullptr) {
       vexa_filtered_error(ERR_import_ambiguous_group, group->position, ImportRef2String(reference),
                           module->as<T3Module>()->name);

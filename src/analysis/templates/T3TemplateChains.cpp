@@ -8,14 +8,15 @@
 #include "support/NumberMap.h"
 
 namespace {
-// The first link of each definition's chain, and the lengths of the links whose templates have a parameter.
+// The first link of each definition's chain, and the lengths of the links whose templates have a parameter. A
+// chain may go through many modules, and stays as it is once it has been merged.
 NumberMap<T3ChainLink>& g_links = *new NumberMap<T3ChainLink>;
 NumberMap<size_t>& g_lengths = *new NumberMap<size_t>;
 const ModuleCache links{[] {
                           g_links.clear();
                           g_lengths.clear();
                         },
-                        ModuleCache::Holds::ForTree};
+                        ModuleCache::Holds::ForRun};
 
 void AddLink(T3TemplateDef* modifying, T3TemplateDecl* modified, T3ChainLink& link) {
   if (!modified->fpl->is<_T3FormalPar>()) return;

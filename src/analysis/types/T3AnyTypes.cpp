@@ -9,6 +9,8 @@
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
 #include "frontend/T3Lists.h"
+#include "support/ModuleCaches.h"
+#include "support/NumberMap.h"
 
 namespace {
 bool IsMember(T3Tree_Node* decl) {
@@ -27,13 +29,6 @@ tIdent KeyOf(T3Tree_Node* at, tIdent module) {
 T3Tree_Node* Meaning(T3Tree_Node* at, tIdent name, tIdent module, const tPosition& position) {
   if (at->place == nullptr || !T3Is<T3MapEnv>(at->place->env)) return gT3ErrorType;
   return NewIdentify1(at->place->env, name, KeyOf(at, module), position, false);
-}
-
-// Each module declares the built-in types for itself, of types that all share.
-bool IsSameMember(T3Tree_Node* a, T3Tree_Node* b) {
-  auto* one = a->try_as<T3TypeDecl>();
-  auto* other = b->try_as<T3TypeDecl>();
-  return a == b || (one != nullptr && other != nullptr && one->type == other->type);
 }
 
 // The identifier of "module.type"; a built-in type belongs to the module that uses it.
@@ -108,10 +103,34 @@ void ReportNoAnyTypeMember(T3Tree_Node* at, tIdent name, tIdent module, const tP
                       module == NoIdent ? own : module, name);
 }
 
+namespace {
+// Each module declares the built-in types for itself, of types that all share.
+uint32_t KeyOfMember(T3Tree_Node* decl) {
+  auto* declared = decl->try_as<T3TypeDecl>();
+  return declared == nullptr ? decl->number : declared->type->number;
+}
+
+// The places of the fields of `anytype` in a module, by the numbers of both.
+NumberMap<int64_t>& g_places = *new NumberMap<int64_t>;
+const ModuleCache places([] { g_places.clear(); });
+
+// Its entry tells that those of the fields are there.
+constexpr uint32_t kNoMember = ~uint32_t{0};
+
+uint64_t KeyOf(T3Tree_Node* anytype, uint32_t member) {
+  return uint64_t{anytype->number} << 32 | member;
+}
+
+void NotePlaces(T3Tree_Node* anytype) {
+  for (const auto [number, field] : Numbered<T3FieldType>(AnyTypeFields(anytype))) {
+    T3Tree_Node* decl = BehindImport(Def(field->type->as<T3TypeReference>()->reference));
+    g_places.TryEmplace(KeyOf(anytype, KeyOfMember(decl)), static_cast<int64_t>(number));
+  }
+}
+}  // namespace
+
 int64_t AnyTypeAlternative(T3Tree_Node* anytype, T3Tree_Node* type_decl) {
-  T3Tree_Node* type = BehindImport(type_decl);
-  for (const auto [number, field] : Numbered<T3FieldType>(AnyTypeFields(anytype)))
-    if (IsSameMember(BehindImport(Def(field->type->as<T3TypeReference>()->reference)), type))
-      return static_cast<int64_t>(number);
-  return -1;
+  if (g_places.TryEmplace(KeyOf(anytype, kNoMember), -1).second) NotePlaces(anytype);
+  const int64_t* place = g_places.Find(KeyOf(anytype, KeyOfMember(BehindImport(type_decl))));
+  return place == nullptr ? -1 : *place;
 }

@@ -72,9 +72,8 @@ T3SignatureType* SignatureOf(T3Tree_Node* definition) {
 
 // The number of parameters for a name that none of them has.
 size_t PositionOfParameter(T3SignatureType* signature, tIdent name) {
-  for (const auto [index, par] : Numbered<_T3FormalPar>(signature->fpl))
-    if (par->name == name) return index;
-  return GetParNumber(signature->fpl);
+  const long found = GetAlternativeIndex(signature, name, false);
+  return found < 0 ? GetParNumber(signature->fpl) : static_cast<size_t>(found) - 1;
 }
 
 // The array of targets for the parameters of a call or reply, with their number before it.

@@ -1,4 +1,6 @@
 // The texts of patterns, for matching at run time and for straight-line tests alike.
+#include <vector>
+
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGModes.h"
 #include "generator/text/LUMOS.h"
@@ -22,11 +24,18 @@ std::string SpecialPattern(_T3SpecialStringMatch* node, CFunction& function) {
 
 // A name in the text of a pattern may be that of a template, whose own pattern is meant.
 std::string JoinedPattern(T3Tree_Node* node, CFunction& function) {
-  auto* join = node->try_as<T3Concatenate>();
-  if (join == nullptr) return std::string(InRTS(node, CGTemplateMode(), function));
-  const std::string left = JoinedPattern(join->left, function);
-  return Call(LUMO_CONCATENATE,
-              {left, JoinedPattern(join->right, function), LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
+  // What is joined first stands innermost: the text is written from its beginning on, and not once a level.
+  std::string text;
+  std::vector<T3Tree_Node*> behind;
+  for (; node->is<T3Concatenate>(); node = node->as<T3Concatenate>()->left) {
+    behind.push_back(node->as<T3Concatenate>()->right);
+    text += joined({LUMO_CONCATENATE, "("});
+  }
+  text += InRTS(node, CGTemplateMode(), function);
+  for (; !behind.empty(); behind.pop_back())
+    text += joined(
+        {", ", JoinedPattern(behind.back(), function), ", ", LUMO_TEMP_ALLOC_C, ", ", VEXA_CONTEXT, ")"});
+  return text;
 }
 }  // namespace
 
