@@ -110,6 +110,7 @@ void CacheLiteral(T3Tree_Node* node) {
 
 // A name or a call that the functions of a template in line get as an argument.
 const char* PassedToTemplate(T3Tree_Node* node) {
+  if (!node->HasCold()) return nullptr;
   if (auto* name = node->try_as<T3Identifier>())
     return name->cold().vexa_id_place == kPassedToTemplate ? name->cold().template_special_rts_loc : nullptr;
   auto* call = node->try_as<T3Parameterization>();
