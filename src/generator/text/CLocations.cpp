@@ -40,7 +40,7 @@ class Texts {
  public:
   std::string_view Keep(std::string_view text) {
     if (text.size() > kBlock) return long_.emplace_back(text);
-    if (text.size() > room_) NextBlock();
+    if (used_ == 0 || text.size() > room_) NextBlock();
     char* kept = blocks_[used_ - 1].get() + kBlock - room_;
     CopyWord(kept, text);
     room_ -= text.size();
@@ -90,7 +90,9 @@ class ScopeLocations {
     uint32_t& slot = SlotOf(node);
     if (slot > begin_) return entries_[slot - 1];
     Entry& entry = entries_[count_++];
-    entry = slot == 0 ? Entry{node} : entries_[slot - 1];
+    entry.node = node;
+    entry.c_loc = slot == 0 ? std::string_view() : entries_[slot - 1].c_loc;
+    entry.rts_loc = slot == 0 ? std::string_view() : entries_[slot - 1].rts_loc;
     entry.outer = std::exchange(slot, count_);
     return entry;
   }
@@ -148,32 +150,35 @@ bool IsInScopes(const T3Tree_Node* node) {
   return T3Is<_T3Expression>(node) || T3Is<T3TemplateDef>(node);
 }
 
-// The locations of a node, each without memory where it has none.
-ScopeLocations::Entry LocationsOf(T3Tree_Node* node, const char* function) {
+using Entry = ScopeLocations::Entry;
+
+// One of the two locations of a node, without memory where none is assigned.
+template <std::string_view Entry::*kLocation>
+std::string_view Assigned(T3Tree_Node* node, const char* function) {
   if (IsInScopes(node)) {
-    const ScopeLocations::Entry* entry = g_scopes.Find(node);
-    return entry == nullptr ? ScopeLocations::Entry{node} : *entry;
+    const Entry* entry = g_scopes.Find(node);
+    return entry == nullptr ? std::string_view() : entry->*kLocation;
   }
   if (!IsDeclared(node)) internal_error_ast("LUMOS", __LINE__, function, node);
-  return {.node = node, .rts_loc = DeclaredLocationOf(node)};
+  return kLocation == &Entry::rts_loc ? DeclaredLocationOf(node) : std::string_view();
 }
 
 std::string_view OrNone(std::string_view location) {
   return location.data() == nullptr ? std::string_view(vexa_location_not_allocated) : location;
 }
 
-ScopeLocations::Entry& OwnEntry(T3Tree_Node* node, const char* function) {
+Entry& OwnEntry(T3Tree_Node* node, const char* function) {
   if (!IsInScopes(node)) internal_error_ast("LUMOS", __LINE__, function, node);
   return g_scopes.Own(node);
 }
 }  // namespace
 
 std::string_view CLocation(T3Tree_Node* node) {
-  return OrNone(LocationsOf(node, __func__).c_loc);
+  return OrNone(Assigned<&Entry::c_loc>(node, __func__));
 }
 
 std::string_view RTSLocation(T3Tree_Node* node) {
-  return OrNone(LocationsOf(node, __func__).rts_loc);
+  return OrNone(Assigned<&Entry::rts_loc>(node, __func__));
 }
 
 void SetCLocation(T3Tree_Node* node, std::string_view location) {
@@ -191,17 +196,17 @@ void DeclareRTSLocation(T3Tree_Node* node, std::string_view location) {
 }
 
 bool HasCLocation(T3Tree_Node* node) {
-  return LocationsOf(node, __func__).c_loc.data() != nullptr;
+  return Assigned<&Entry::c_loc>(node, __func__).data() != nullptr;
 }
 
 bool HasRTSLocation(T3Tree_Node* node) {
-  return LocationsOf(node, __func__).rts_loc.data() != nullptr;
+  return Assigned<&Entry::rts_loc>(node, __func__).data() != nullptr;
 }
 
 void ResetLocation(T3Tree_Node* node) {
   if (IsDeclared(node)) {
     if (node->HasCold()) DeclaredPlaceOf(node) = vexa_location_not_allocated;
-  } else if (ScopeLocations::Entry* entry = g_scopes.Find(node)) {
+  } else if (Entry* entry = g_scopes.Find(node)) {
     entry->c_loc = entry->rts_loc = {};
   }
 }
