@@ -209,16 +209,23 @@ std::string CFunction::getTmpVariable(std::string_view type) {
   return variable == nextLocal_ ? declare(type, "") : LocalName(variable);
 }
 
-void CFunction::releaseTmpVariable(const std::string& name) {
-  const CTmpVariables::Release release = tmps_.release(name);
-  if (release == CTmpVariables::Release::done) return;
-  throw internal_exception("CFunction", __LINE__, "releaseTmpVariable",
-                           release == CTmpVariables::Release::unused
-                               ? "Can not release an unused variable"
-                               : "Variable to release could not be found");
+namespace {
+[[noreturn]] void FailRelease(const char* reason) {
+  throw internal_exception("CFunction", __LINE__, "releaseTmpVariable", reason);
+}
+}  // namespace
+
+void CFunction::releaseTmpVariable(std::string_view name) {
+  if (!releaseIfTmpVariable(name)) FailRelease("Variable to release could not be found");
 }
 
-bool CFunction::isTmpVariable(const std::string& name) const {
+bool CFunction::releaseIfTmpVariable(std::string_view name) {
+  const CTmpVariables::Release release = tmps_.release(name);
+  if (release == CTmpVariables::Release::unused) FailRelease("Can not release an unused variable");
+  return release == CTmpVariables::Release::done;
+}
+
+bool CFunction::isTmpVariable(std::string_view name) const {
   return tmps_.has(name);
 }
 

@@ -92,8 +92,10 @@ class CFunction : public CBase {
   /// A variable of the type that nobody uses, declared where there is none.
   std::string getTmpVariable(std::string_view type);
   /// Gives a variable back; throws internal_exception when it was not taken.
-  void releaseTmpVariable(const std::string& name);
-  bool isTmpVariable(const std::string& name) const;
+  void releaseTmpVariable(std::string_view name);
+  /// The same for what may be none of its temporary variables; false where it is none.
+  bool releaseIfTmpVariable(std::string_view name);
+  bool isTmpVariable(std::string_view name) const;
 
  protected:
   void beginScope(CSection& section) override;

@@ -187,8 +187,7 @@ bool IsConstructor(T3Tree_Node* type) {
 
 // What ASN.1 has is known by one name to the C that is generated for it, whether it is constrained or not.
 bool ComesFromAsn1(T3Tree_Node* type) {
-  return type->as<_T3Type>()->attributes != nullptr && type->as<_T3Type>()->attributes->cold != nullptr &&
-         type->as<_T3Type>()->cold().inlined;
+  return type->HasCold() && type->as<_T3Type>()->cold().inlined;
 }
 
 std::string ExplNameForElement(tIdent decl, T3Tree_Node* element) {

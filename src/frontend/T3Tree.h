@@ -30,7 +30,7 @@ struct T3Tree_Node;
 struct ModuleOptions;
 class DeclBitSet;
 
-/// What `c_loc` and `rts_loc` hold until the generator that owns an object has placed it.
+/// What `rts_loc` holds until the generator that owns an object has placed it.
 extern const char* const vexa_location_not_allocated;
 
 /// Orders nodes by their running numbers, so that no order depends on addresses.
@@ -108,6 +108,8 @@ struct T3Tree_Node {
   /// begin in the rest of this word.
   uint16_t child_slot = 0;
 
+  /// False for what cold() would make a record for.
+  bool HasCold() const { return attributes != nullptr && attributes->cold != nullptr; }
   /// True when the node's kind lies in the class of T.
   template <class T>
   bool is() const {

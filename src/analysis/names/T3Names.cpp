@@ -134,10 +134,6 @@ void RegisterNull(T3TypeDecl* decl, tIdent moduleId, T3DeclMap& map) {
   map.Insert(decl->name, moduleId, decl);
 }
 
-bool HasCold(const T3Tree_Node* node) {
-  return node->attributes != nullptr && node->attributes->cold != nullptr;
-}
-
 // Where the kinds have their positions; 0 for none.
 std::vector<uint16_t> PositionOffsets() {
   std::vector<uint16_t> offsets(kT3KindCount, 0);
@@ -215,7 +211,7 @@ T3Tree_Node* NewIdentify1(T3Tree_Node* env, tIdent name, tIdent qualifier, const
 
 T3Tree_Node* NewIdentifyId(T3Tree_Node* env, T3Tree_Node* identifier) {
   auto* id = identifier->as<T3Identifier>();
-  if (HasCold(id) && T3Is<T3ASN_1>(id->cold().representation) && id->cold().catr_target != nullptr) {
+  if (id->HasCold() && T3Is<T3ASN_1>(id->cold().representation) && id->cold().catr_target != nullptr) {
     T3Tree_Node* target = id->cold().catr_target;
     return target->is<T3TypeReference>() ? ResolveExplicifiedType(env, target) : target;
   }
@@ -263,7 +259,7 @@ bool IsAsnNullType(const T3Tree_Node* decl) {
   const auto* type_decl = static_cast<const T3TypeDecl*>(decl);
   if (type_decl->name != null || !T3Is<T3EnumType>(type_decl->type)) return false;
   auto* type = type_decl->type->as<T3EnumType>();
-  if (!HasCold(type) || !T3Is<T3ASN_1>(type->cold().representation)) return false;
+  if (!type->HasCold() || !T3Is<T3ASN_1>(type->cold().representation)) return false;
   auto* value = type->values->try_as<T3EnumValue>();
   return value != nullptr && value->name == null && !value->next->is<T3EnumValue>();
 }

@@ -319,7 +319,7 @@ T3TemplateDef* DefinitionModifiedBy(T3TemplateDef* definition) {
 }
 
 T3Tree_Node* KnownMerge(T3TemplateDef* definition) {
-  return definition->attributes == nullptr ? nullptr : definition->cold().merged_constraint;
+  return definition->HasCold() ? definition->cold().merged_constraint : nullptr;
 }
 
 // What a definition modifies that is no template, such as a constant or a part of one of them; null where it
@@ -356,7 +356,7 @@ T3Tree_Node* ActualsForModified(T3TemplateDef* definition) {
 }
 
 bool IsModifiedAtRunTime(T3TemplateDef* definition) {
-  return definition->attributes != nullptr && definition->cold().requires_explicification;
+  return definition->HasCold() && definition->cold().requires_explicification;
 }
 
 // A union of which no alternative is written stays what it was.

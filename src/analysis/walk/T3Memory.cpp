@@ -4,19 +4,15 @@
 #include "frontend/T3Lists.h"
 
 namespace {
-bool HasCold(const T3Tree_Node* node) {
-  return node->attributes != nullptr && node->attributes->cold != nullptr;
-}
-
 // Bit sets of declarations hang on declarations of the module and on component types.
 void ZeroDeclBitSets(T3Tree_Node* decl) {
-  if (auto* body = decl->try_as<_T3FunctionBodyDecl>(); body != nullptr && HasCold(body))
+  if (auto* body = decl->try_as<_T3FunctionBodyDecl>(); body != nullptr && body->HasCold())
     body->cold().decl_bit_set = nullptr;
-  if (auto* control = decl->try_as<T3ControlPart>(); control != nullptr && HasCold(control))
+  if (auto* control = decl->try_as<T3ControlPart>(); control != nullptr && control->HasCold())
     control->cold().decl_bit_set = nullptr;
   auto* type_decl = decl->try_as<T3TypeDecl>();
   auto* component = type_decl != nullptr ? type_decl->type->try_as<T3ComponentType>() : nullptr;
-  if (component != nullptr && HasCold(component)) component->cold().decl_bit_set = nullptr;
+  if (component != nullptr && component->HasCold()) component->cold().decl_bit_set = nullptr;
 }
 
 void ZeroIntermediateAttributes(T3Tree_Node* module) {

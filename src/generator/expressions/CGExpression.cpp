@@ -85,13 +85,12 @@ bool MayCache(CFunction& function) {
 
 // A literal is made once, when the module is initialized, and deleted when it is finalized.
 void CacheLiteral(T3Tree_Node* node) {
-  std::string name;
-  if (FindInLiteralTable(node, &name) || FindNameOfLiteral(node, &name)) return SetRTSLocation(node, name);
+  const std::string_view known = FindLiteral(node);
+  if (!known.empty()) return SetRTSLocation(node, known);
   CFile& file = gT3Context.file();
-  name = file.uniqueName("vexa_constant_expression");
+  const std::string name = file.uniqueName("vexa_constant_expression");
   file.addVariable(LUMO_VALUE_T, name, true);
-  AddToLiteralTable(node, name);
-  SetNameOfLiteral(node, name);
+  AddLiteral(node, name);
   CFunction& initialize = gT3Context.initializeFunction();
   const tPosition& position = node->as<_T3Expression>()->position;
   CGCommentPlace(initialize, position, "constant literal");
@@ -110,6 +109,7 @@ void CacheLiteral(T3Tree_Node* node) {
 
 // A name or a call that the functions of a template in line get as an argument.
 const char* PassedToTemplate(T3Tree_Node* node) {
+  if (!node->HasCold()) return nullptr;
   if (auto* name = node->try_as<T3Identifier>())
     return name->cold().vexa_id_place == kPassedToTemplate ? name->cold().template_special_rts_loc : nullptr;
   auto* call = node->try_as<T3Parameterization>();
@@ -370,6 +370,6 @@ CGStatementScope::CGStatementScope() : outer_temporaries_(g_temporaries.size()) 
 
 CGStatementScope::~CGStatementScope() {
   for (size_t i = outer_temporaries_; function_ != nullptr && i < g_temporaries.size(); ++i)
-    if (function_->isTmpVariable(g_temporaries[i])) function_->releaseTmpVariable(g_temporaries[i]);
+    function_->releaseIfTmpVariable(g_temporaries[i]);
   g_temporaries.resize(outer_temporaries_);
 }

@@ -115,10 +115,17 @@ Effect OwnEffect(T3Tree_Node* node) {
   return IsTold(CalledBehaviour(node)) ? Effect::Told : Effect::None;
 }
 
+// What has none, such as a name, has no effect.
+bool HasParts(const T3Tree_Node* node) {
+  return !ChildFieldsOf(node).children.empty();
+}
+
 // Of an expression with all its parts.
 Effect WholeEffect(T3Tree_Node* expression) {
+  if (!HasParts(expression)) return Effect::None;
   if (const Effect* known = g_effects.Find(expression->number)) return *known;
   ForEachInSubtree(expression, [expression](T3Tree_Node* node) {
+    if (!HasParts(node)) return false;
     const auto [known, is_new] = g_effects.TryEmplace(node->number, Effect::None);
     HasEffect(is_new ? OwnEffect(node) : *known, node, expression);
     return is_new;
@@ -129,8 +136,8 @@ Effect WholeEffect(T3Tree_Node* expression) {
 // What is evaluated into a variable of C stays as it is.
 bool IsInVariable(T3Tree_Node* node, const CFunction& function) {
   if (!node->is<_T3Expression>()) return false;
-  return (HasCLocation(node) && function.isTmpVariable(std::string(CLocation(node)))) ||
-         (HasRTSLocation(node) && function.isTmpVariable(std::string(RTSLocation(node))));
+  return (HasCLocation(node) && function.isTmpVariable(CLocation(node))) ||
+         (HasRTSLocation(node) && function.isTmpVariable(RTSLocation(node)));
 }
 
 bool AsksComponent(T3Tree_Node* node) {

@@ -61,6 +61,7 @@ void VisitFree(T3Tree_Node* root, const T3NodeSet& bound, const Visit& visit) {
 
 // Whether a name or a call is an argument of the functions that are being written already.
 bool IsPassed(T3Tree_Node* node) {
+  if (!node->HasCold()) return false;
   if (auto* name = node->try_as<T3Identifier>()) return name->cold().vexa_id_place == kPassedToTemplate;
   auto* call = node->try_as<T3Parameterization>();
   return call != nullptr && call->cold().vexa_id_place == kPassedToTemplate;

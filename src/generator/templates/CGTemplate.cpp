@@ -39,9 +39,7 @@ bool IsSignatureTemplate(T3TemplateDef* definition) {
 
 void ResetLocations(T3Tree_Node* definition) {
   ForEachInSubtree(definition, [](T3Tree_Node* node) {
-    if (node->attributes != nullptr && node->attributes->cold != nullptr &&
-        (node->is<_T3Expression>() || node->is<T3TemplateDef>()))
-      ResetLocation(node);
+    if (node->is<_T3Expression>() || node->is<T3TemplateDef>()) ResetLocation(node);
     return true;
   });
 }

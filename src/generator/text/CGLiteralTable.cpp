@@ -6,6 +6,7 @@
 #include <optional>
 #include <tuple>
 
+#include "generator/text/CGKeptTexts.h"
 #include "support/NumberMap.h"
 
 namespace {
@@ -20,13 +21,14 @@ struct KindValueType {
   }
 };
 
-std::map<KindValueType, std::string>& Table() {
-  static auto& table = *new std::map<KindValueType, std::string>;
+// The literals that are shared, and by the numbers of their nodes the others.
+std::map<KindValueType, std::string_view>& Table() {
+  static auto& table = *new std::map<KindValueType, std::string_view>;
   return table;
 }
 
-NumberMap<std::string>& Names() {
-  static auto& names = *new NumberMap<std::string>;
+NumberMap<std::string_view>& Names() {
+  static auto& names = *new NumberMap<std::string_view>;
   return names;
 }
 
@@ -67,25 +69,16 @@ void ResetLiteralTable() {
   Names().clear();
 }
 
-bool FindNameOfLiteral(T3Tree_Node* literal, std::string* text) {
-  const std::string* name = Names().Find(literal->number);
-  if (name != nullptr) *text = *name;
-  return name != nullptr;
+std::string_view FindLiteral(T3Tree_Node* literal) {
+  if (const auto key = KeyOf(literal)) {
+    const auto found = Table().find(*key);
+    return found == Table().end() ? std::string_view() : found->second;
+  }
+  const std::string_view* name = Names().Find(literal->number);
+  return name == nullptr ? std::string_view() : *name;
 }
 
-void SetNameOfLiteral(T3Tree_Node* literal, const std::string& text) {
-  Names()[literal->number] = text;
-}
-
-bool FindInLiteralTable(T3Tree_Node* literal, std::string* text) {
+void AddLiteral(T3Tree_Node* literal, std::string_view text) {
   const auto key = KeyOf(literal);
-  if (!key) return false;
-  const auto found = Table().find(*key);
-  if (found == Table().end()) return false;
-  *text = found->second;
-  return true;
-}
-
-void AddToLiteralTable(T3Tree_Node* literal, const std::string& text) {
-  if (const auto key = KeyOf(literal)) Table()[*key] = text;
+  (key ? Table()[*key] : Names()[literal->number]) = CGKeep(text);
 }

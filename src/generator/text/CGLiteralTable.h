@@ -1,7 +1,7 @@
 // The literals of the module being generated: each value is made once and shared.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 #include "frontend/T3Tree.h"
 
@@ -18,11 +18,8 @@ t3_literal_kind_t LiteralKind(T3Tree_Node* literal);
 
 /// At the start of each module.
 void ResetLiteralTable();
-/// The C expression of the value that was made for an equal literal of the same type.
-bool FindInLiteralTable(T3Tree_Node* literal, std::string* text);
-/// Enters or overwrites; a literal that is not cachable is left out.
-void AddToLiteralTable(T3Tree_Node* literal, const std::string& text);
-
-/// The same for one literal of any kind: a statement that is generated twice means one value.
-bool FindNameOfLiteral(T3Tree_Node* literal, std::string* text);
-void SetNameOfLiteral(T3Tree_Node* literal, const std::string& text);
+/// The C expression of the value that was made for an equal literal of the same type, or for this one if its
+/// kind is not cachable: a statement that is generated twice means one value. Empty for none.
+std::string_view FindLiteral(T3Tree_Node* literal);
+/// Enters or overwrites.
+void AddLiteral(T3Tree_Node* literal, std::string_view text);

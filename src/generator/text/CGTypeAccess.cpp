@@ -1,6 +1,7 @@
 #include "generator/text/CGTypeAccess.h"
 
-#include <unordered_map>
+#include <string>
+#include <vector>
 
 #include "FileAPI/CBase.h"
 #include "analysis/names/T3Names.h"
@@ -88,7 +89,7 @@ const char* StaticWord(T3Tree_Node* type) {
 // What stands for the built-in types of the module that is being generated, which many rows of tables name.
 struct BuiltinRefs {
   tIdent module = NoIdent;
-  std::unordered_map<T3Kind, std::string> by_kind;
+  std::vector<std::string> by_kind = std::vector<std::string>(kT3KindCount);
 };
 BuiltinRefs& Refs() {
   static auto& refs = *new BuiltinRefs;
@@ -97,8 +98,11 @@ BuiltinRefs& Refs() {
 const ModuleCache builtin_refs([] { Refs() = {}; });
 
 std::string_view StaticBuiltinRef(T3Tree_Node* type) {
-  if (Refs().module != gT3Context.currentModuleName()) Refs() = {gT3Context.currentModuleName(), {}};
-  std::string& ref = Refs().by_kind[type->kind];
+  if (Refs().module != gT3Context.currentModuleName()) {
+    Refs() = {};
+    Refs().module = gT3Context.currentModuleName();
+  }
+  std::string& ref = Refs().by_kind[static_cast<size_t>(type->kind)];
   if (!ref.empty()) return ref;
   T3Tree_Node* copy = type->is<T3Default>() ? nullptr : BuiltinCopy(type);
   return ref = copy != nullptr ? joined({"&(", VEXABuiltinTypeStructName(copy), ")"}) : StaticWord(type);

@@ -267,18 +267,13 @@ std::string MakeTypeConstName(T3Tree_Node* decl) {
   return WRONG_NODE(decl);
 }
 
-// Most have no record of what is rare.
-bool HasRecord(T3Tree_Node* decl) {
-  return decl->attributes != nullptr && decl->attributes->cold != nullptr;
-}
-
 std::string MakeTypeStructName(T3Tree_Node* decl) {
   if (!decl->is<T3TypeDecl>() && !IsImportOf(decl)) return WRONG_NODE(decl);
   if (IsImportOf(decl)) {
     if (IsAsnNullType(decl->as<_T3ImportDecl>()->attr().def_aux)) return "t3asn_asn_1_null_type_struct";
     return joined({"vexa_imp_type_", ModuleOf(decl), "_", Origin(decl)});
   }
-  const auto asn1 = HasRecord(decl) ? StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name)
+  const auto asn1 = decl->HasCold() ? StringM::StGetString(decl->as<T3TypeDecl>()->cold().mesk_ref_name)
                                     : std::string_view();
   return joined({"vexa_", ModuleOf(decl), "_", asn1.empty() ? NameOf(decl) : asn1, "_type_struct"});
 }
@@ -295,7 +290,7 @@ std::string_view VEXATypeName(T3Tree_Node* decl) {
 
 std::string_view VEXATypeStructName(T3Tree_Node* decl) {
   const bool is_type = decl->is<T3TypeDecl>() || IsImportOf(decl);
-  if (is_type && HasRecord(decl) && IsAssigned(decl->as<_T3Decl>()->cold().type_struct_name))
+  if (is_type && decl->HasCold() && IsAssigned(decl->as<_T3Decl>()->cold().type_struct_name))
     return decl->as<_T3Decl>()->cold().type_struct_name;
   return g_type_structs.Of(decl->number, [decl] { return MakeTypeStructName(decl); });
 }
@@ -317,14 +312,15 @@ std::string VEXATypeInfoStructName(T3Tree_Node* decl) {
 }
 
 std::string VEXACheckName(T3Tree_Node* decl) {
-  if (decl->is<T3TypeDecl>() && IsAssigned(decl->as<T3TypeDecl>()->cold().check_func_name))
+  if (decl->is<T3TypeDecl>() && decl->HasCold() && IsAssigned(decl->as<T3TypeDecl>()->cold().check_func_name))
     return decl->as<T3TypeDecl>()->cold().check_func_name;
   return OF_TYPE(decl, "_check");
 }
 
 std::string VEXAConstraintOfName(T3Tree_Node* decl) {
   if (decl->is<T3TemplateDecl>()) return OF_TEMPLATE(decl, "", "_constraintof");
-  if (decl->is<T3TypeDecl>() && IsAssigned(decl->as<T3TypeDecl>()->cold().constraintof_func_name))
+  if (decl->is<T3TypeDecl>() && decl->HasCold() &&
+      IsAssigned(decl->as<T3TypeDecl>()->cold().constraintof_func_name))
     return decl->as<T3TypeDecl>()->cold().constraintof_func_name;
   return OF_TYPE(decl, "_constraintof");
 }
