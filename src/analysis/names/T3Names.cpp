@@ -343,5 +343,5 @@ void ClearNameCache() {
 }
 
 namespace {
-const ModuleCache kCache{ClearNameCache};
+const ModuleCache kNamesCache{ClearNameCache};
 }  // namespace

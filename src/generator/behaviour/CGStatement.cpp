@@ -26,7 +26,7 @@
 #include "frontend/T3KindCover.h"
 
 namespace {
-std::string AddressOf(std::string_view name) {
+std::string ScopeAddress(std::string_view name) {
   return joined({"&(", name, ")"});
 }
 
@@ -44,7 +44,7 @@ template <class Node>
 void BeginMemoryScope(Node* node, CFunction& function) {
   const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
   node->cold().temp_memory_scope = Keep(scope);
-  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {ScopeAddress(scope), VEXA_CONTEXT});
   function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
 }
 
@@ -52,7 +52,7 @@ void BeginMemoryScope(Node* node, CFunction& function) {
 void LeaveMemoryScope(const char* scope, T3Tree_Node* statements, CFunction& function) {
   function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
   DeleteTimers(statements, function);
-  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 
 bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
@@ -153,17 +153,17 @@ struct Rounds {
 std::string BeginRoundScope(bool makes_values, CFunction& function) {
   if (!makes_values) return "";
   const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
-  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {ScopeAddress(scope), VEXA_CONTEXT});
   return scope;
 }
 
 void ClearRoundScope(std::string_view scope, CFunction& function) {
-  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {AddressOf(scope), VEXA_CONTEXT});
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 
 void EndRoundScope(const std::string& scope, CFunction& function) {
   if (scope.empty()) return;
-  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
   function.releaseTmpVariable(scope);
 }
 
@@ -658,14 +658,14 @@ void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
 void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function) {
   for (auto* decl : Items<_T3Decl>(declarations))
     if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
-      function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
+      function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
 }
 
 namespace {
 // The alternatives of an altstep have no scope of memory of their own.
 void LeaveAlt(T3AltStmt* alt, CFunction& function) {
   const std::string scope = alt->cold().temp_memory_scope;
-  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 }  // namespace
 
