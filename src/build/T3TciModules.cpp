@@ -11,7 +11,7 @@
 namespace {
 constexpr const char* kFunction = "t3tci_get_modules_info";
 
-T3Tree_Node* ModuleOf(const module_argument_t& argument) {
+T3Tree_Node* KnownModule(const module_argument_t& argument) {
   const auto found = gT3ModuleMap.find(argument.name);
   return found == gT3ModuleMap.end() ? nullptr : found->second;
 }
@@ -19,7 +19,7 @@ T3Tree_Node* ModuleOf(const module_argument_t& argument) {
 void AddModules(CFile& file) {
   auto array = file.beginArray(LUMO_MODULE_ENTRY_STRUCT_T, VEXA_MODULES_INFO, true);
   for (const module_argument_t& argument : gT3CommandLine.modules) {
-    T3Tree_Node* module = ModuleOf(argument);
+    T3Tree_Node* module = KnownModule(argument);
     if (module == nullptr || !WillGenerateCode(GetAction(module))) continue;
     array->addRow({Quote(argument.name), CGFunctionPointer(ModuleRegisterName(argument.name))});
     file.addInclude(GetOutputFile(module) + ".h", false, false);
@@ -37,7 +37,7 @@ void AddFunction(CFile& file) {
 
 void tci_generate_modules_info() {
   if (gT3CommandLine.modules.empty()) return;
-  T3Tree_Node* first = ModuleOf(gT3CommandLine.modules.front());
+  T3Tree_Node* first = KnownModule(gT3CommandLine.modules.front());
   if (first == nullptr) return;
   CFile file(GetOutputDir(first), "ts_modules.h", "ts_modules.c", true, CFile::kNoLineLimit);
   file.setHeaderMessage(GenerateModuleHeader());

@@ -15,8 +15,6 @@
 #include "frontend/T3SignedOperands.h"
 
 using namespace t3_actions;
-
-static T3Tree& t = gT3AST;
 }
 
 %define api.value.type {T3Value}

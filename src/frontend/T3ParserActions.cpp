@@ -9,8 +9,6 @@
 
 namespace t3_actions {
 
-static constexpr T3Tree& t = gT3AST;
-
 Node NoType() {
   static const Node node = gT3AST.mT3NoType(NoPosition);
   return node;

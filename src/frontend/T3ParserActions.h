@@ -10,6 +10,7 @@
 namespace t3_actions {
 
 using Node = T3Tree_Node*;
+inline constexpr T3Tree& t = gT3AST;
 
 inline Node Reverse(Node list) {
   return gT3AST.ReverseT3Tree(list);

@@ -4,8 +4,6 @@
 
 namespace t3_actions {
 
-static constexpr T3Tree& t = gT3AST;
-
 Node PrependPar(Node reversed, Node par) {
   par->as<_T3FormalPar>()->next = reversed;
   return par;

@@ -38,6 +38,12 @@ struct BitPlace {
   void take_octets(size_t count, bool from_top);
 };
 
+// Where a field of a record lies.
+struct BitSpan {
+  BitPlace start, end;
+  bool present;
+};
+
 // A field of digits '0' and '1', the most significant first, may have any length; a number has at most 64
 // bits.
 class BitSink {

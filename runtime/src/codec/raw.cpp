@@ -24,10 +24,10 @@ Value part_at(Value v, const std::vector<size_t>& path) {
   for (const size_t step : path) {
     if (!v || v->form == Form::special) return nullptr;
     v = settled(v);
-    const bool is_there = v->form == Form::fields
+    const bool has_part = v->form == Form::fields
                               ? step < v->parts.size
                               : v->form == Form::choice && v->index == static_cast<long>(step);
-    if (!is_there) return nullptr;
+    if (!has_part) return nullptr;
     v = v->parts.data[v->form == Form::fields ? step : 0];
   }
   return v && !is_omit(v) && v->form != Form::unset ? v : nullptr;

@@ -17,6 +17,11 @@ Value raw_decode(const RawPlan& plan, std::string_view octets, size_t& taken, st
 
 // --- shared by both
 
+// Whether a part has a value that can be written.
+inline bool is_there(Value part) {
+  return part && !is_omit(part) && part->form != Form::unset;
+}
+
 // Where a coder is within a value, for messages.
 class FieldPath {
  public:

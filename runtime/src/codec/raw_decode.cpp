@@ -13,11 +13,6 @@ namespace lumos {
 
 namespace {
 
-struct Span {
-  BitPlace start, end;
-  bool present;
-};
-
 // What a length field of the record said.
 struct Counter {
   bool known;
@@ -88,7 +83,7 @@ class Decoder {
   bool any_seen(const RawConditions& conditions, const RawPlan& plan, RawOrder around, size_t limit);
   bool seen(const RawCondition& c, const RawPlan& plan, RawOrder around, size_t limit);
 
-  std::vector<Span> spans_;
+  std::vector<BitSpan> spans_;
   std::vector<Counter> counters_;
   FieldPath path_;
   int quiet_ = 0;
@@ -459,8 +454,8 @@ bool Decoder::decode_choice(const RawPlan& plan, Value v, RawOrder around, size_
   return try_alternatives(plan, v, around, limit, fills);
 }
 
-// The first alternative that fits; where the union is all that stands there, rather one that leaves no octets,
-// and best one that leaves no bits.
+// The first alternative that fits; where the union is all that stands there, rather one that leaves no
+// octets, and best one that leaves no bits.
 bool Decoder::try_alternatives(const RawPlan& plan, Value v, RawOrder around, size_t limit, bool fills) {
   const BitPlace start = source.place;
   size_t best = no_place, rank_of_best = 3;
@@ -556,7 +551,7 @@ bool Decoder::start_counter(const Record& r, size_t i) {
   Counter& counter = counters_[r.counters + r.plan.fields[i].length];
   counter = {true, static_cast<long>(number) * unit};
   for (const size_t c : length.counted) {
-    const Span& span = spans_[r.spans + c];
+    const BitSpan& span = spans_[r.spans + c];
     if (c <= i && span.present && length.unit != unit_elements)
       counter.left -= static_cast<long>(span.end.bits() - span.start.bits());
   }
@@ -564,7 +559,7 @@ bool Decoder::start_counter(const Record& r, size_t i) {
 }
 
 void Decoder::count_down(const Record& r, size_t i) {
-  const Span& span = spans_[r.spans + i];
+  const BitSpan& span = spans_[r.spans + i];
   for (const size_t k : r.plan.fields[i].counted_by) {
     Counter& counter = counters_[r.counters + k];
     if (!counter.known || r.plan.lengths[k].field >= i) continue;
@@ -656,7 +651,7 @@ bool Decoder::decode_present(const Record& r, size_t i, size_t limit) {
   const BitPlace before = source.place;
   Value part = force_part(r.v, i);
   skip_padding(field.plan->prepadding, limit);
-  Span& span = spans_[r.spans + i];
+  BitSpan& span = spans_[r.spans + i];
   span.start = source.place;
   count_ = count_of(r, i);
   fills_ = has_own_length(r, i);
@@ -704,7 +699,7 @@ bool Decoder::decode_field(const Record& r, size_t i) {
 bool Decoder::decode_record(const RawPlan& plan, Value v, size_t limit) {
   shape(v);
   const Record r = {plan, v, limit, spans_.size(), counters_.size()};
-  spans_.resize(r.spans + plan.fields.size(), Span{{}, {}, false});
+  spans_.resize(r.spans + plan.fields.size(), BitSpan{{}, {}, false});
   counters_.resize(r.counters + plan.lengths.size(), Counter{false, 0});
   BitPlace end = source.place;
   bool good = true;
@@ -741,7 +736,7 @@ bool Decoder::decode_set_field(const Record& r, size_t i, bool& found) {
 bool Decoder::decode_set(const RawPlan& plan, Value v, size_t limit) {
   shape(v);
   const Record r = {plan, v, limit, spans_.size(), counters_.size()};
-  spans_.resize(r.spans + plan.fields.size(), Span{{}, {}, false});
+  spans_.resize(r.spans + plan.fields.size(), BitSpan{{}, {}, false});
   counters_.resize(r.counters + plan.lengths.size(), Counter{false, 0});
   bool good = true;
   for (bool found = true; found && good && left_until(source, limit) > 0;) {

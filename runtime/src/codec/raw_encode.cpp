@@ -11,10 +11,6 @@ namespace lumos {
 
 namespace {
 
-bool is_there(Value part) {
-  return part && !is_omit(part) && part->form != Form::unset;
-}
-
 // A part that gets another value than it has, since lengths, tags and pointers ask for it.
 struct Replaced {
   Value part;
@@ -26,11 +22,6 @@ struct Replaced {
 struct Asked {
   Value whole;
   const RawConditions* conditions;
-};
-
-struct Span {
-  BitPlace start, end;
-  bool present;
 };
 
 const std::vector<std::string> no_index;
@@ -68,7 +59,7 @@ class Encoder {
   void make_hold(const Asked& asked, size_t first, size_t around);
   const Replaced* replacement(Value part) const;
 
-  std::vector<Span> spans_;
+  std::vector<BitSpan> spans_;
   std::vector<Replaced> replaced_;
   std::vector<Asked> asked_;
   FieldPath path_;
@@ -423,7 +414,7 @@ bool Encoder::set_lengths(const RawPlan& plan, Value v, size_t spans) {
     if (!spans_[spans + length.field].present) continue;
     size_t total = 0;
     for (const size_t i : length.counted) {
-      const Span& span = spans_[spans + i];
+      const BitSpan& span = spans_[spans + i];
       if (!span.present) continue;
       total += length.unit == unit_elements ? settled(v->parts.data[i])->parts.size
                                             : span.end.bits() - span.start.bits();
@@ -440,7 +431,7 @@ bool Encoder::set_lengths(const RawPlan& plan, Value v, size_t spans) {
 bool Encoder::set_pointers(const RawPlan& plan, Value v, size_t spans) {
   for (const RawPointerField& pointer : plan.pointers) {
     if (!spans_[spans + pointer.field].present) continue;
-    const Span &target = spans_[spans + pointer.target], &base = spans_[spans + pointer.base];
+    const BitSpan &target = spans_[spans + pointer.target], &base = spans_[spans + pointer.base];
     const size_t distance = target.start.bits() - base.start.bits();
     path_.enter(plan.fields[pointer.field].name);
     const long number = target.present ? static_cast<long>(distance) / pointer.unit : 0;
@@ -473,7 +464,7 @@ bool Encoder::set_number(const RawPlan& plan, Value v, size_t field, std::span<c
 
 // A field over what stands there. Where it takes more or less room, what follows is moved.
 bool Encoder::encode_again(const RawPlan& plan, Value v, size_t field, size_t spans) {
-  Span& span = spans_[spans + field];
+  BitSpan& span = spans_[spans + field];
   const BitPlace end = sink.place;
   BitSink all = std::move(sink);
   sink = BitSink();

@@ -19,10 +19,6 @@ RawOrder order_of(const std::optional<bool>& msb) {
   return !msb ? RawOrder::inherited : *msb ? RawOrder::msb : RawOrder::lsb;
 }
 
-bool has_fields(lumo_type_kind_t kind) {
-  return kind == lumo_type_kind_record || kind == lumo_type_kind_set;
-}
-
 bool is_constructed(lumo_type_kind_t kind) {
   return has_fields(kind) || kind == lumo_type_kind_union || is_list_kind(kind);
 }

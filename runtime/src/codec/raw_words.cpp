@@ -277,10 +277,6 @@ bool is_counting(lumo_type_kind_t kind) {
   return kind == lumo_type_kind_integer || kind == lumo_type_kind_enumerated;
 }
 
-bool has_fields(lumo_type_kind_t kind) {
-  return kind == lumo_type_kind_record || kind == lumo_type_kind_set;
-}
-
 bool has_alternatives(lumo_type_kind_t kind) {
   return has_fields(kind) || kind == lumo_type_kind_union;
 }

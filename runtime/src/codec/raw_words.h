@@ -58,6 +58,9 @@ struct RawWords {
 // Adds the words of a text; false leaves a message that names the word. Words of other encodings are passed
 // over.
 bool read_raw_words(const char* text, RawWords& words, std::string& error);
+inline bool has_fields(lumo_type_kind_t kind) {
+  return kind == lumo_type_kind_record || kind == lumo_type_kind_set;
+}
 // A word that a type of that kind cannot have; null if there is none.
 const char* unfit_raw_word(const RawWords& words, lumo_type_kind_t kind);
 // A word that says something of a field's place in a record and stands at a type of that kind; null if there

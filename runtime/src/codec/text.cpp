@@ -15,10 +15,6 @@ namespace {
 
 constexpr size_t npos = std::string_view::npos;
 
-bool is_there(Value part) {
-  return part && !is_omit(part) && part->form != Form::unset;
-}
-
 // A list without elements and without texts around it: an optional field that holds it leaves no trace, not
 // even the separator before it.
 bool is_nothing(const TextPlan& plan, Value v) {
@@ -40,7 +36,7 @@ void convert(std::string& text, TextCase to) {
 
 // --- encoding
 
-class Encoder {
+class TextEncoder {
  public:
   bool encode(const TextPlan& plan, Value v);
   std::string octets, fault;
@@ -54,13 +50,13 @@ class Encoder {
   FieldPath path_;
 };
 
-bool Encoder::fail(const std::string& what) {
+bool TextEncoder::fail(const std::string& what) {
   const std::string field = path_.text();
   fault = field.empty() ? what : "field " + field + ": " + what;
   return false;
 }
 
-bool Encoder::encode(const TextPlan& plan, Value v) {
+bool TextEncoder::encode(const TextPlan& plan, Value v) {
   if (stack_is_short()) return fail("the value is nested too deeply");
   octets += plan.begin.text;
   if (!encode_content(plan, settled(v))) return false;
@@ -68,7 +64,7 @@ bool Encoder::encode(const TextPlan& plan, Value v) {
   return true;
 }
 
-bool Encoder::encode_fields(const TextPlan& plan, Value v) {
+bool TextEncoder::encode_fields(const TextPlan& plan, Value v) {
   bool is_first = true;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     const TextField& field = plan.fields[i];
@@ -84,7 +80,7 @@ bool Encoder::encode_fields(const TextPlan& plan, Value v) {
   return true;
 }
 
-bool Encoder::encode_list(const TextPlan& plan, Value v) {
+bool TextEncoder::encode_list(const TextPlan& plan, Value v) {
   for (size_t i = 0; i < v->parts.size; ++i) {
     if (!is_there(v->parts.data[i])) return fail("an element is not initialized");
     if (i) octets += plan.separator.text;
@@ -93,7 +89,7 @@ bool Encoder::encode_list(const TextPlan& plan, Value v) {
   return true;
 }
 
-bool Encoder::encode_leaf(const TextPlan& plan, Value v) {
+bool TextEncoder::encode_leaf(const TextPlan& plan, Value v) {
   std::string text;
   if (v->form == Form::enumerated) {
     for (const auto& [literal, number] : plan.literals)
@@ -119,7 +115,7 @@ bool Encoder::encode_leaf(const TextPlan& plan, Value v) {
   return true;
 }
 
-bool Encoder::encode_content(const TextPlan& plan, Value v) {
+bool TextEncoder::encode_content(const TextPlan& plan, Value v) {
   if (is_record_kind(plan.kind) && plan.fields.empty()) return true;
   if (v->form == Form::fields) return encode_fields(plan, v);
   if (v->form == Form::vector) return encode_list(plan, v);
@@ -134,9 +130,9 @@ bool Encoder::encode_content(const TextPlan& plan, Value v) {
 
 // --- decoding
 
-class Decoder {
+class TextDecoder {
  public:
-  explicit Decoder(std::string_view octets) : octets_(octets) {}
+  explicit TextDecoder(std::string_view octets) : octets_(octets) {}
   bool decode(const TextPlan& plan, Value v);
   std::string fault() const;
   bool has_fault() const { return has_fault_; }
@@ -171,7 +167,7 @@ class Decoder {
 };
 
 // The fault that is furthest in the text tells most.
-bool Decoder::fail(const char* what) {
+bool TextDecoder::fail(const char* what) {
   if (has_fault_ && at <= fault_at_) return false;
   has_fault_ = true;
   fault_at_ = at;
@@ -180,12 +176,12 @@ bool Decoder::fail(const char* what) {
   return false;
 }
 
-std::string Decoder::fault() const {
+std::string TextDecoder::fault() const {
   return "octet " + std::to_string(fault_at_ + 1) + (fault_path_.empty() ? "" : ", field " + fault_path_) +
          ": " + fault_what_;
 }
 
-bool Decoder::take(const TextToken& token, const char* what) {
+bool TextDecoder::take(const TextToken& token, const char* what) {
   if (!token.given) return true;
   const size_t n = token.match(octets_.substr(at));
   if (n == npos) return fail(what);
@@ -193,14 +189,14 @@ bool Decoder::take(const TextToken& token, const char* what) {
   return true;
 }
 
-bool Decoder::check(Value v) {
+bool TextDecoder::check(Value v) {
   if (!has_check(v->type)) return true;
   const TempScope scope;
   const Quiet quiet;
   return lumo_type_check(v->type, v, current_task) || fail("the value is not of its type");
 }
 
-bool Decoder::decode(const TextPlan& plan, Value v) {
+bool TextDecoder::decode(const TextPlan& plan, Value v) {
   if (stack_is_short()) return fail("the value is nested too deeply");
   const size_t terminators = terminators_.size();
   if (plan.end.given) terminators_.push_back(&plan.end);
@@ -211,7 +207,7 @@ bool Decoder::decode(const TextPlan& plan, Value v) {
   return good;
 }
 
-bool Decoder::decode_content(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_content(const TextPlan& plan, Value v) {
   switch (plan.kind) {
     case lumo_type_kind_record:
       return decode_fields(plan, v);
@@ -224,14 +220,14 @@ bool Decoder::decode_content(const TextPlan& plan, Value v) {
   }
 }
 
-bool Decoder::omit(const TextPlan& plan, Value v, size_t i) {
+bool TextDecoder::omit(const TextPlan& plan, Value v, size_t i) {
   if (!plan.fields[i].optional) return false;
   v->parts.data[i] = lumo_omit_value_c;
   return true;
 }
 
 // A field and the separator before it; where it is not there, nothing is taken.
-bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
+bool TextDecoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
   const size_t start = at, terminators = terminators_.size();
   const bool is_last = i + 1 == plan.fields.size();
   if (plan.separator.given && !is_last) terminators_.push_back(&plan.separator);
@@ -255,7 +251,7 @@ bool Decoder::decode_field(const TextPlan& plan, Value v, size_t i, bool& is_fir
   return false;
 }
 
-bool Decoder::decode_fields(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_fields(const TextPlan& plan, Value v) {
   shape(v);
   bool is_first = true;
   for (size_t i = 0; i < plan.fields.size(); ++i)
@@ -264,7 +260,7 @@ bool Decoder::decode_fields(const TextPlan& plan, Value v) {
 }
 
 // The next field of a set, or more elements of one that may come apart; false where nothing was taken.
-bool Decoder::decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
+bool TextDecoder::decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is_first) {
   const Value before = v->parts.data[i];
   if (before && !plan.fields[i].plan->repeatable) return false;
   const size_t start = at;
@@ -282,7 +278,7 @@ bool Decoder::decode_set_field(const TextPlan& plan, Value v, size_t i, bool& is
   return good;
 }
 
-bool Decoder::decode_set(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_set(const TextPlan& plan, Value v) {
   shape(v);
   bool is_first = true;
   for (bool found = true; found;) {
@@ -294,7 +290,7 @@ bool Decoder::decode_set(const TextPlan& plan, Value v) {
   return true;
 }
 
-bool Decoder::decode_list(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_list(const TextPlan& plan, Value v) {
   shape(v);
   v->parts.size = 0;
   const size_t terminators = terminators_.size();
@@ -317,7 +313,7 @@ bool Decoder::decode_list(const TextPlan& plan, Value v) {
          fail("elements are missing");
 }
 
-bool Decoder::decode_choice(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_choice(const TextPlan& plan, Value v) {
   const size_t start = at;
   for (size_t i = 0; i < plan.fields.size(); ++i) {
     shape(v);
@@ -341,7 +337,7 @@ size_t while_any(std::string_view text, size_t at, std::string_view set) {
 }
 
 // How much of the text a leaf takes.
-size_t Decoder::extent(const TextPlan& plan) const {
+size_t TextDecoder::extent(const TextPlan& plan) const {
   const std::string_view rest = octets_.substr(at);
   if (!plan.content.pattern.empty()) return plan.content.match(rest);
   size_t start = rest.find_first_not_of(' ');
@@ -360,7 +356,7 @@ size_t Decoder::extent(const TextPlan& plan) const {
   return most;
 }
 
-bool Decoder::decode_literal(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_literal(const TextPlan& plan, Value v) {
   for (const auto& [literal, number] : plan.literals) {
     TextToken token{true, plan.content.any_case || plan.read_case != TextCase::same, literal, ""};
     convert(token.text, plan.written_case);
@@ -374,7 +370,7 @@ bool Decoder::decode_literal(const TextPlan& plan, Value v) {
   return fail("the text is no literal of the enumeration");
 }
 
-bool Decoder::set_leaf(const TextPlan& plan, Value v, std::string text) {
+bool TextDecoder::set_leaf(const TextPlan& plan, Value v, std::string text) {
   size_t taken = 0;
   if (plan.kind == lumo_type_kind_integer) {
     const std::string_view digits = trim(text);
@@ -410,11 +406,11 @@ bool Decoder::set_leaf(const TextPlan& plan, Value v, std::string text) {
 }
 
 // Blanks that make a value as long as it has to be.
-void Decoder::skip_blanks(const TextPlan& plan, size_t start) {
+void TextDecoder::skip_blanks(const TextPlan& plan, size_t start) {
   while (at < octets_.size() && at - start < plan.least && octets_[at] == ' ') ++at;
 }
 
-bool Decoder::decode_leaf(const TextPlan& plan, Value v) {
+bool TextDecoder::decode_leaf(const TextPlan& plan, Value v) {
   const size_t start = at;
   const bool has_blanks = !is_text_kind(plan.kind);
   if (has_blanks && plan.just_right) skip_blanks(plan, start);
@@ -434,14 +430,14 @@ bool Decoder::decode_leaf(const TextPlan& plan, Value v) {
 }  // namespace
 
 bool text_encode(const TextPlan& plan, Value v, std::string& octets, std::string& fault) {
-  Encoder encoder;
+  TextEncoder encoder;
   if (!encoder.encode(plan, v)) return fault = encoder.fault, false;
   octets += encoder.octets;
   return true;
 }
 
 Value text_decode(const TextPlan& plan, std::string_view octets, size_t& taken, std::string& fault) {
-  Decoder decoder(octets);
+  TextDecoder decoder(octets);
   Value v = make_root(plan.type, lumo_temp_alloc_c);
   const bool good = decoder.decode(plan, v);
   taken = decoder.at;

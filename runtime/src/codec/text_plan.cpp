@@ -135,7 +135,7 @@ bool read_coding(const Word& word, TextWords& words) {
   return true;
 }
 
-class Planner {
+class TextPlanner {
  public:
   const TextPlan& plan(lumo_type_t type, std::vector<std::string>& errors) {
     const TextPlan*& made = made_[type];
@@ -155,8 +155,8 @@ class Planner {
   std::unordered_map<lumo_type_t, const TextPlan*> made_;  // those of messages
 };
 
-TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::string* key,
-                            std::vector<std::string>& errors) {
+TextWords TextPlanner::words_of(lumo_type_t type, std::string_view field, std::string* key,
+                                std::vector<std::string>& errors) {
   TextWords all;
   for (const auto& level : variants_of(type, field)) {
     TextWords words;
@@ -185,7 +185,7 @@ TextWords Planner::words_of(lumo_type_t type, std::string_view field, std::strin
   return all;
 }
 
-void Planner::fill_literals(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors) {
+void TextPlanner::fill_literals(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors) {
   const lumo_type_info_struct_t* info = structure_of(plan.type);
   std::map<std::string, std::string> texts;
   for (const std::string& pair : words.literals) {
@@ -205,7 +205,7 @@ void Planner::fill_literals(TextPlan& plan, const TextWords& words, std::vector<
                    [](const auto& a, const auto& b) { return a.first.size() > b.first.size(); });
 }
 
-bool is_constructed(lumo_type_kind_t kind) {
+bool has_parts(lumo_type_kind_t kind) {
   return is_record_kind(kind) || kind == lumo_type_kind_union || is_list_kind(kind);
 }
 
@@ -213,21 +213,21 @@ bool is_constructed(lumo_type_kind_t kind) {
 std::string unfit_word(const TextWords& words, lumo_type_kind_t kind) {
   const bool is_text = is_text_kind(kind) || kind == lumo_type_kind_enumerated;
   const bool has_case = words.written_case != TextCase::same || words.read_case != TextCase::same;
-  if (words.separator.given && !is_constructed(kind)) return "SEPARATOR";
+  if (words.separator.given && !has_parts(kind)) return "SEPARATOR";
   if (!words.literals.empty() && kind != lumo_type_kind_enumerated)
     return "TEXT_CODING('" + words.literals[0] + "')";
   if (words.repeatable && !is_list_kind(kind)) return "TEXT_CODING(repeatable)";
-  if (is_constructed(kind) && !words.content.pattern.empty())
+  if (has_parts(kind) && !words.content.pattern.empty())
     return "TEXT_CODING('" + words.content.pattern + "')";
-  if ((words.least >= 0 || words.most >= 0) && is_constructed(kind)) return "TEXT_CODING(length)";
+  if ((words.least >= 0 || words.most >= 0) && has_parts(kind)) return "TEXT_CODING(length)";
   if (words.most >= 0 && words.least > words.most) return "TEXT_CODING(length)";
-  if (words.has_just && is_constructed(kind)) return "TEXT_CODING(just)";
+  if (words.has_just && has_parts(kind)) return "TEXT_CODING(just)";
   if (words.leading_zeros && kind != lumo_type_kind_integer && kind != lumo_type_kind_float)
     return "TEXT_CODING(leading0)";
   return has_case && !is_text ? "TEXT_CODING(convert)" : "";
 }
 
-void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors) {
+void TextPlanner::fill(TextPlan& plan, const TextWords& words, std::vector<std::string>& errors) {
   plan.begin = words.begin;
   plan.end = words.end;
   plan.separator = words.separator;
@@ -242,7 +242,7 @@ void Planner::fill(TextPlan& plan, const TextWords& words, std::vector<std::stri
   if (plan.kind == lumo_type_kind_enumerated) fill_literals(plan, words, errors);
   if (const std::string word = unfit_word(words, plan.kind); !word.empty())
     add_fault(errors, plan.place, "the word " + word + " does not fit the type");
-  const bool has_fields = is_constructed(plan.kind) && !is_list_kind(plan.kind);
+  const bool has_fields = has_parts(plan.kind) && !is_list_kind(plan.kind);
   for (size_t i = 0; has_fields && i < field_count(plan.type); ++i) {
     const lumo_field_info_t& info = field_info(plan.type)[i];
     std::string key;
@@ -266,8 +266,8 @@ void settle_pattern(TextWords& words, lumo_type_kind_t kind) {
   words.content.given = true;
 }
 
-TextPlan* Planner::plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
-                             const std::string& place, std::vector<std::string>& errors) {
+TextPlan* TextPlanner::plan_with(lumo_type_t type, const std::string& key, const TextWords& added,
+                                 const std::string& place, std::vector<std::string>& errors) {
   std::unique_ptr<TextPlan>& known = plans_[{type, key}];
   if (known) return known.get();
   known = std::make_unique<TextPlan>();
@@ -295,7 +295,7 @@ size_t TextToken::match(std::string_view octets) const {
 }
 
 const TextPlan& text_plan(lumo_type_t type, std::vector<std::string>& errors) {
-  static auto* planner = new Planner;
+  static auto* planner = new TextPlanner;
   return planner->plan(type, errors);
 }
 

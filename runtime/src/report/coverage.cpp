@@ -33,17 +33,17 @@ constexpr size_t box_size = 1 << 28;  // of which only what is used takes memory
 // What the process counts, and where.
 CountBox* own_box = nullptr;
 
+}  // namespace
+
 // The counts of neighbouring lines of a file, whose name stands behind them.
-struct Page {
+struct CountPage {
   unsigned long first;
   size_t name_size;
   Count counts[lines_of_page];
   std::string_view name() const { return {reinterpret_cast<const char*>(this + 1), name_size}; }
-  static size_t size_for(size_t name) { return (sizeof(Page) + name + 15) / 16 * 16; }
+  static size_t size_for(size_t name) { return (sizeof(CountPage) + name + 15) / 16 * 16; }
 };
-using Pages = std::vector<Page*>;
-
-}  // namespace
+using CountPages = std::vector<CountPage*>;
 
 struct CountBox::Shared {
   std::atomic<size_t> used;
@@ -53,25 +53,25 @@ struct CountBox::Shared {
 // The pages of a process in its box.
 struct Counting {
   // By the text's address: generated code always gives the same one.
-  std::unordered_map<const char*, Pages> by_address;
-  std::map<std::string, Pages, std::less<>> by_name;
+  std::unordered_map<const char*, CountPages> by_address;
+  std::map<std::string, CountPages, std::less<>> by_name;
   const char* last_file = nullptr;
-  Pages* last_pages = nullptr;
+  CountPages* last_pages = nullptr;
 
   // Null where there is no room.
-  static Page* new_page(std::string_view file, unsigned long first) {
+  static CountPage* new_page(std::string_view file, unsigned long first) {
     if (!own_box->shared_) return nullptr;
     CountBox::Shared& box = *own_box->shared_;
-    const size_t begin = box.used, size = Page::size_for(file.size());
+    const size_t begin = box.used, size = CountPage::size_for(file.size());
     if (box_size - sizeof box - begin < size) return nullptr;
-    Page* page = reinterpret_cast<Page*>(box.pages + begin);
+    CountPage* page = reinterpret_cast<CountPage*>(box.pages + begin);
     page->first = first;
     page->name_size = file.size();
     std::memcpy(static_cast<void*>(page + 1), file.data(), file.size());
     box.used = begin + size;
     return page;
   }
-  static Page* page_of(Pages& pages, const char* file, unsigned long line) {
+  static CountPage* page_of(CountPages& pages, const char* file, unsigned long line) {
     const size_t number = line / lines_of_page;
     if (number < pages.size() && pages[number]) return pages[number];
     if (line >= most_lines) return nullptr;
@@ -93,7 +93,7 @@ void count(const char* file, unsigned long line, bool is_block) {
     counts.last_file = file;
     counts.last_pages = &counts.by_address[file];
   }
-  Page* page = Counting::page_of(*counts.last_pages, file, line);
+  CountPage* page = Counting::page_of(*counts.last_pages, file, line);
   if (!page) return;
   Count& c = page->counts[line % lines_of_page];
   ++(is_block ? c.blocks : c.hits);
@@ -244,11 +244,11 @@ CountBox::~CountBox() {
 // What a process left behind that ended at once may be anything.
 void CountBox::each(const std::function<void(const LineCount&)>& act) const {
   const size_t used = shared_ ? std::min<size_t>(shared_->used, box_size - sizeof(Shared)) : 0;
-  for (size_t begin = 0; begin + sizeof(Page) <= used;) {
-    const Page& page = *reinterpret_cast<const Page*>(shared_->pages + begin);
-    if (page.name_size > used - begin - sizeof(Page) || page.first >= most_lines) return;
+  for (size_t begin = 0; begin + sizeof(CountPage) <= used;) {
+    const CountPage& page = *reinterpret_cast<const CountPage*>(shared_->pages + begin);
+    if (page.name_size > used - begin - sizeof(CountPage) || page.first >= most_lines) return;
     act({page.name(), page.first, page.counts, lines_of_page});
-    begin += Page::size_for(page.name_size);
+    begin += CountPage::size_for(page.name_size);
   }
 }
 
@@ -263,7 +263,7 @@ bool counts_lines() {
 
 void clear_counts() {
   for (auto& [file, pages] : counting().by_address)
-    for (Page* page : pages)
+    for (CountPage* page : pages)
       if (page) std::memset(page->counts, 0, sizeof page->counts);
 }
 
@@ -275,7 +275,7 @@ void count_into(CountBox& box) {
 void add_counts(const CountBox& box) {
   box.each([](const LineCount& from) {
     const std::string name(from.file);
-    Page* page = Counting::page_of(counting().by_name[name], name.c_str(), from.first);
+    CountPage* page = Counting::page_of(counting().by_name[name], name.c_str(), from.first);
     for (size_t i = 0; page && i < from.size; ++i) {
       page->counts[i].hits += from.counts[i].hits;
       page->counts[i].blocks += from.counts[i].blocks;

@@ -24,7 +24,7 @@ enum class Tag : char {
   run_end = 'f'
 };
 
-constexpr size_t box_size = 1 << 16;
+constexpr size_t wire_box_size = 1 << 16;
 constexpr int bits_of_use = 20;
 
 }  // namespace
@@ -34,7 +34,7 @@ constexpr int bits_of_use = 20;
 struct WireBox::Shared {
   std::atomic<uint64_t> state, read;
   std::atomic<bool> is_way;
-  char data[box_size];
+  char data[wire_box_size];
 };
 
 WireBox::WireBox() {
@@ -48,7 +48,7 @@ WireBox::~WireBox() {
 
 std::string WireBox::rest(uint64_t received) const {
   const uint64_t state = shared_->state, begin = state >> bits_of_use;
-  const size_t used = std::min<size_t>(state & ((1 << bits_of_use) - 1), box_size);
+  const size_t used = std::min<size_t>(state & ((1 << bits_of_use) - 1), wire_box_size);
   if (received < begin) return {};
   const size_t known = std::min<uint64_t>(received - begin, used);
   return {shared_->data + known, used - known};
@@ -72,12 +72,12 @@ class WireStream {
   }
   void put(std::string_view text) {
     while (!text.empty()) {
-      const size_t n = std::min(text.size(), box_size - used_);
+      const size_t n = std::min(text.size(), wire_box_size - used_);
       std::memcpy(shared_.data + used_, text.data(), n);
       used_ += n;
       publish();
       text.remove_prefix(n);
-      if (used_ == box_size) flush();
+      if (used_ == wire_box_size) flush();
     }
   }
   void flush() {

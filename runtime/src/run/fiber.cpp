@@ -26,11 +26,11 @@
 
 // The compiler's own jumps keep fewer registers than the library's; not every compiler has them elsewhere.
 #ifdef __x86_64__
-using Place = void* [5];
+using JumpPlace = void* [5];
 #define SET_PLACE(place) __builtin_setjmp(place)
 #define GO_TO(place) __builtin_longjmp(place, 1)
 #else
-using Place = jmp_buf;
+using JumpPlace = jmp_buf;
 #define SET_PLACE(place) _setjmp(place)
 #define GO_TO(place) _longjmp(place, 1)
 #endif
@@ -44,7 +44,7 @@ struct Fiber {
   size_t size = 0;
   bool started = false;
   ucontext_t start;
-  Place place;
+  JumpPlace place;
   void* fake_stack = nullptr;
   const void* bottom = nullptr;
   size_t bottom_size = 0;

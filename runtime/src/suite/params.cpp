@@ -36,12 +36,6 @@ std::set<std::string>& asked() {
   return *all;
 }
 
-std::string trimmed(const std::string& text) {
-  size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
 const Given* find(const char* module, const char* name) {
   const std::string full_name = std::string(module) + "." + name;
   asked().insert(full_name);
@@ -53,6 +47,12 @@ const Given* find(const char* module, const char* name) {
 }
 
 }  // namespace
+
+std::string trimmed(const std::string& text) {
+  size_t first = text.find_first_not_of(" \t\r");
+  if (first == std::string::npos) return "";
+  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
 
 bool add_parameter(const std::string& definition) {
   size_t equals = definition.find('=');

@@ -18,7 +18,7 @@ namespace lumos {
 namespace {
 
 bool prints = true;
-size_t planned = 0;
+size_t planned_cases = 0;
 int output_error = 0;
 
 bool is_set(const char* variable) {
@@ -62,7 +62,7 @@ class Progress : public Reporter {
  public:
   void test_case_begins(const std::string& module, const std::string& name, Time) override {
     std::string line = "[" + std::to_string(results().size() + 1);
-    if (planned) line += "/" + std::to_string(planned);
+    if (planned_cases) line += "/" + std::to_string(planned_cases);
     set_log_footer(line + ", " + std::to_string(results().bad()) + " failed] " + module + "." + name);
   }
   void run_ends(const Results&) override { set_log_footer(""); }
@@ -106,7 +106,7 @@ void show_progress() {
 }
 
 void set_planned(size_t count) {
-  planned = count;
+  planned_cases = count;
 }
 
 void print_summary() {

@@ -24,11 +24,6 @@ namespace lumos {
 
 namespace {
 
-std::string trimmed(const std::string& text) {
-  const size_t first = text.find_first_not_of(" \t\r");
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
 bool set_testcases(SuiteOptions& options, const std::string& list) {
   for (size_t start = 0; start <= list.size();) {
     const size_t comma = std::min(list.find(',', start), list.size());

@@ -35,17 +35,17 @@ T3Tree_Node* Absent() {
 // ---- Values ----
 
 // Forward references through fields nest; a chain of them that is longer than this is left alone.
-constexpr int kMaxDepth = 500;
-int g_depth = 0;
+constexpr int kMaxDepthOfValues = 500;
+int g_depth_of_values = 0;
 
 // What a reference to a field or an element of a constant stands for.
 T3Tree_Node* GetQualifiedValue(T3Tree_Node* reference) {
-  if (g_depth >= kMaxDepth) return Absent();
-  ++g_depth;
+  if (g_depth_of_values >= kMaxDepthOfValues) return Absent();
+  ++g_depth_of_values;
   T3Tree_Node* result = nullptr;
   if (auto* compound = ConstantValueOf(reference->as<_T3Qualification>()->base)->try_as<T3CompoundValue>())
     result = SelectedPart(compound, reference);
-  --g_depth;
+  --g_depth_of_values;
   return result == nullptr ? Absent() : result;
 }
 
@@ -222,9 +222,9 @@ int64_t ExpressionLength(T3Tree_Node* expression, bool& known) {
 }
 
 namespace {
-const ModuleCache kCache{[] {
-                           g_kept.values.clear();
-                           g_kept.lengths.clear();
-                         },
-                         ModuleCache::Holds::ForTree};
+const ModuleCache kConstantValuesCache{[] {
+                                         g_kept.values.clear();
+                                         g_kept.lengths.clear();
+                                       },
+                                       ModuleCache::Holds::ForTree};
 }  // namespace

@@ -61,5 +61,5 @@ bool HasFault(T3Tree_Node* expression) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_known.clear(); }};
+const ModuleCache kFaultsCache{[] { g_known.clear(); }};
 }  // namespace

@@ -25,8 +25,8 @@ std::unordered_map<uint32_t, Integer>& g_integers = *new std::unordered_map<uint
 std::unordered_map<uint32_t, Float>& g_floats = *new std::unordered_map<uint32_t, Float>;
 
 // Expressions that nest deeper, by themselves or through constants, are not computed.
-constexpr int kMaxDepth = 200;
-int g_depth = 0;
+constexpr int kMaxDepthOfNumbers = 200;
+int g_depth_of_numbers = 0;
 
 // ---- Operands ----
 
@@ -95,7 +95,7 @@ bool HasFields(T3Tree_Node* operand) {
   return GetAddressBaseType(ExpressionBaseType(operand))->is<_T3StructuredType>();
 }
 
-Integer LengthOf(T3Tree_Node* function) {
+Integer LengthCall(T3Tree_Node* function) {
   T3Tree_Node* operand = ConstantOperand(function->as<_T3PreDefinedTemplateFunction>()->template_value);
   if (operand == nullptr) return std::nullopt;
   if (HasFields(operand)) return NumberOfFields(operand);
@@ -120,7 +120,7 @@ Integer SizeByType(T3Tree_Node* function) {
 // ---- Forms ----
 
 Integer OfFunction(T3Tree_Node* call) {
-  if (call->is<T3LengthOf>() || call->is<T3SizeOf>()) return LengthOf(call);
+  if (call->is<T3LengthOf>() || call->is<T3SizeOf>()) return LengthCall(call);
   if (call->is<T3SizeOfType>()) return SizeByType(call);
   auto* function = call->try_as<_T3PreDefinedFunction>();
   if (function == nullptr) return std::nullopt;
@@ -164,7 +164,7 @@ Integer Computed(T3Tree_Node* operation, int64_t left, int64_t right) {
   return rest < 0 && operation->is<T3Mod>() ? rest + right : rest;
 }
 
-Integer OfForm(T3Tree_Node* node) {
+Integer NumberOfForm(T3Tree_Node* node) {
   if (auto* minus = node->try_as<T3UnaryMinus>()) {
     const Integer value = KnownInteger(minus->arg);
     return value ? Integer(static_cast<int64_t>(-static_cast<uint64_t>(*value))) : std::nullopt;
@@ -230,10 +230,10 @@ template <class Number>
 std::optional<Number> Once(std::unordered_map<uint32_t, std::optional<Number>>& known,
                            T3Tree_Node* expression, std::optional<Number> (*compute)(T3Tree_Node*)) {
   if (const auto [entry, made] = known.try_emplace(expression->number); !made) return entry->second;
-  if (g_depth >= kMaxDepth) return std::nullopt;
-  ++g_depth;
+  if (g_depth_of_numbers >= kMaxDepthOfNumbers) return std::nullopt;
+  ++g_depth_of_numbers;
   const auto value = compute(expression);
-  --g_depth;
+  --g_depth_of_numbers;
   return known[expression->number] = value;
 }
 }  // namespace
@@ -241,7 +241,7 @@ std::optional<Number> Once(std::unordered_map<uint32_t, std::optional<Number>>& 
 Integer KnownInteger(T3Tree_Node* expression) {
   if (!T3Is<_T3Expression>(expression)) return std::nullopt;
   if (const Integer folded = ConstIntValue(expression)) return folded;
-  return Once(g_integers, expression, OfForm);
+  return Once(g_integers, expression, NumberOfForm);
 }
 
 Float KnownFloat(T3Tree_Node* expression) {
@@ -251,9 +251,9 @@ Float KnownFloat(T3Tree_Node* expression) {
 }
 
 namespace {
-const ModuleCache kCache{[] {
-                           g_integers.clear();
-                           g_floats.clear();
-                         },
-                         ModuleCache::Holds::ForTree};
+const ModuleCache kKnownNumbersCache{[] {
+                                       g_integers.clear();
+                                       g_floats.clear();
+                                     },
+                                     ModuleCache::Holds::ForTree};
 }  // namespace

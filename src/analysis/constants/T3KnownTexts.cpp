@@ -43,8 +43,8 @@ struct KeptTexts {
 KeptTexts& g_texts = *new KeptTexts;
 
 // Functions that nest deeper, by themselves or through constants, are not computed.
-constexpr int kMaxDepth = 200;
-int g_depth = 0;
+constexpr int kMaxDepthOfTexts = 200;
+int g_depth_of_texts = 0;
 
 // ---- Literals ----
 
@@ -288,7 +288,7 @@ Text OfConversion(T3Tree_Node* node) {
   }
 }
 
-Text OfForm(T3Tree_Node* node) {
+Text TextOfForm(T3Tree_Node* node) {
   switch (node->kind) {
     case T3Kind::T3UnaryNot4b:
       return Inverted(node->as<T3UnaryNot4b>()->arg);
@@ -324,11 +324,11 @@ bool HasOperands(T3Tree_Node* value) {
 // What is still being computed needs itself, and is not known.
 Text Computed(T3Tree_Node* value) {
   if (!HasOperands(value)) return LiteralText(value);
-  if (g_depth >= kMaxDepth) return std::nullopt;
+  if (g_depth_of_texts >= kMaxDepthOfTexts) return std::nullopt;
   g_texts.texts.emplace(value->number, std::nullopt);
-  ++g_depth;
-  Text text = OfForm(value);
-  --g_depth;
+  ++g_depth_of_texts;
+  Text text = TextOfForm(value);
+  --g_depth_of_texts;
   if (text) text->computed = true;
   return g_texts.Keep(value, std::move(text));
 }
@@ -405,9 +405,9 @@ int64_t LengthOfText(const T3KnownText& text) {
 }
 
 namespace {
-const ModuleCache kCache{[] {
-                           g_texts.texts.clear();
-                           g_texts.size = 0;
-                         },
-                         ModuleCache::Holds::ForTree};
+const ModuleCache kKnownTextsCache{[] {
+                                     g_texts.texts.clear();
+                                     g_texts.size = 0;
+                                   },
+                                   ModuleCache::Holds::ForTree};
 }  // namespace

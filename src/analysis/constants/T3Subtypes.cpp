@@ -526,7 +526,7 @@ void ReplaceSubtyped(T3Tree_Node* written, T3Tree_Node* made) {
 }
 
 namespace {
-const ModuleCache kCache{[] {
+const ModuleCache kSubtypesCache{[] {
   g_replaced.clear();
   g_subtyped.clear();
   g_types_entered.clear();

@@ -57,7 +57,7 @@ void CheckSystem(T3Tree_Node* node) {
                "testcase may create PTCs at runtime but it has no TSI defined", testcase->position);
 }
 
-constexpr T3Rule kRules[] = {{T3Kind::T3Testcase, CheckSystem}};
+constexpr T3Rule kBehaviourRules[] = {{T3Kind::T3Testcase, CheckSystem}};
 }  // namespace
 
 bool MayCreatePtc(T3Tree_Node* decl) {
@@ -82,5 +82,5 @@ bool MayCreatePtc(T3Tree_Node* decl) {
 }
 
 std::span<const T3Rule> BehaviourRules() {
-  return kRules;
+  return kBehaviourRules;
 }

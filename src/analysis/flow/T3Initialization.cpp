@@ -355,7 +355,7 @@ void TellEarlyRead(T3Tree_Node* node) {
   WarnAt(node, "access to uninitialized value '" + std::string(gIdents.GetString(name)) + "'");
 }
 
-constexpr T3Rule kRules[] = {
+constexpr T3Rule kInitializationRules[] = {
     {T3Kind::T3Identifier, TellEarlyRead},
     {T3Kind::T3Qualifier, TellEarlyRead},
 };
@@ -374,5 +374,5 @@ void EnterBody(T3Tree_Node* node) {
 }
 
 std::span<const T3Rule> InitializationRules() {
-  return kRules;
+  return kInitializationRules;
 }

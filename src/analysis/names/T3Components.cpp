@@ -26,7 +26,7 @@ std::unordered_set<T3Tree_Node*>& ExtendedTypes() {
   static auto& types = *new std::unordered_set<T3Tree_Node*>;
   return types;
 }
-const ModuleCache kCache{[] { ExtendedTypes().clear(); }, ModuleCache::Holds::ForRun};
+const ModuleCache kComponentsCache{[] { ExtendedTypes().clear(); }, ModuleCache::Holds::ForRun};
 
 template <class Call>
 void ForTypeAndImportDecls(T3Tree_Node* list, const Call& call) {

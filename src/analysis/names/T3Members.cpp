@@ -19,11 +19,11 @@ namespace {
 // By the numbers of the types. Components of other modules are asked for to the end of the run.
 std::unordered_map<uint32_t, T3Members>& g_members = *new std::unordered_map<uint32_t, T3Members>;
 std::deque<T3Members::Line>& g_lines = *new std::deque<T3Members::Line>;
-const ModuleCache kCache{[] {
-                           g_members.clear();
-                           g_lines.clear();
-                         },
-                         ModuleCache::Holds::ForRun};
+const ModuleCache kMembersCache{[] {
+                                  g_members.clear();
+                                  g_lines.clear();
+                                },
+                                ModuleCache::Holds::ForRun};
 }  // namespace
 
 T3Tree_Node* T3Members::Find(tIdent name) const {

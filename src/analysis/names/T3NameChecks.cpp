@@ -163,7 +163,7 @@ bool NewGroupUnique(T3Tree_Node* list, tIdent name) {
 }
 
 namespace {
-const ModuleCache kCache{[] { KnownLists().clear(); }};
+const ModuleCache kNameChecksCache{[] { KnownLists().clear(); }};
 }  // namespace
 
 namespace {

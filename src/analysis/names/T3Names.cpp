@@ -339,5 +339,5 @@ void ClearNameCache() {
 }
 
 namespace {
-const ModuleCache kCache{ClearNameCache};
+const ModuleCache kNamesCache{ClearNameCache};
 }  // namespace

@@ -8,7 +8,7 @@
 
 namespace {
 // References lead to references; what lies deeper is its own.
-constexpr int kMaxDepth = 1000;
+constexpr int kMaxDepthOfParts = 1000;
 constexpr int kMaxSteps = 10000;
 
 bool IsExpression(T3Tree_Node* node) {
@@ -19,12 +19,12 @@ bool StandsForItself(T3Tree_Node* value) {
   return value->is<_T3MatchingExpression>() || value->is<ExtraMatchingExpressions>() || value->is<T3Omit>();
 }
 
-class Search {
+class PartSearch {
  public:
-  explicit Search(T3ConstraintGetter constraint_of) : constraint_of_(constraint_of) {}
+  explicit PartSearch(T3ConstraintGetter constraint_of) : constraint_of_(constraint_of) {}
 
   T3Tree_Node* Behind(T3Tree_Node* expression) {
-    if (depth_ >= kMaxDepth) return expression;
+    if (depth_ >= kMaxDepthOfParts) return expression;
     ++depth_;
     for (T3Tree_Node* next = expression; next != nullptr && steps_ < kMaxSteps; ++steps_) {
       expression = next;
@@ -104,5 +104,5 @@ std::unordered_map<T3Tree_Node*, T3Tree_Node*> ActualsOf(T3TemplateDecl* decl, T
 }
 
 T3Tree_Node* PartBehind(T3Tree_Node* expression, T3ConstraintGetter constraint_of) {
-  return expression->is<_T3Reference>() ? Search(constraint_of).Behind(expression) : expression;
+  return expression->is<_T3Reference>() ? PartSearch(constraint_of).Behind(expression) : expression;
 }

@@ -22,7 +22,7 @@
 
 namespace {
 // Constraints refer to templates, whose constraints refer to others; what lies deeper is left as a reference.
-constexpr int kMaxDepth = 500;
+constexpr int kMaxDepthOfMerges = 500;
 int g_depth = 0;
 
 // ---- New nodes ----
@@ -125,12 +125,12 @@ bool IsAny(T3Tree_Node* constraint) {
 // The constraint of another template, unless it depends on what is given for its parameters.
 T3Tree_Node* ConstraintToMerge(T3TemplateDecl* decl, T3Parameterization*) {
   const bool is_known = !T3Is<_T3FormalPar>(decl->fpl) && decl->definition->is<T3TemplateDef>();
-  return is_known && g_depth < kMaxDepth ? MergedConstraint(decl->definition) : nullptr;
+  return is_known && g_depth < kMaxDepthOfMerges ? MergedConstraint(decl->definition) : nullptr;
 }
 
 // The same with parameters, which may stand for anything.
 T3Tree_Node* ConstraintOfAny(T3TemplateDecl* decl, T3Parameterization*) {
-  const bool is_known = decl->definition->is<T3TemplateDef>() && g_depth < kMaxDepth;
+  const bool is_known = decl->definition->is<T3TemplateDef>() && g_depth < kMaxDepthOfMerges;
   return is_known ? MergedConstraint(decl->definition) : nullptr;
 }
 
@@ -300,7 +300,8 @@ T3Tree_Node* MergeKnown(T3Tree_Node* base, T3CompoundValue* derived, T3Tree_Node
   if (IsAny(base)) return SubstituteAllNotUsedNodes(derived, base->kind);
   if (auto* kept = base->try_as<T3CompoundValue>()) return MergeCompoundValues(kept, derived, type);
   if (auto* modified = base->try_as<T3TemplateDef>()) return MergeModified(modified, derived);
-  T3TemplateDecl* called = base->is<_T3Reference>() && g_depth < kMaxDepth ? TemplateOf(base) : nullptr;
+  T3TemplateDecl* called =
+      base->is<_T3Reference>() && g_depth < kMaxDepthOfMerges ? TemplateOf(base) : nullptr;
   return called != nullptr ? MergeCall(base, called, derived) : MergeUnknown(base, derived, type);
 }
 

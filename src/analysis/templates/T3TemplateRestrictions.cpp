@@ -20,7 +20,7 @@ namespace {
 using Restriction = t3_template_restriction_t;
 
 // Templates refer to each other; what lies deeper is taken for a value, and checked when the suite runs.
-constexpr int kMaxDepth = 6000;
+constexpr int kMaxDepthOfRestrictions = 6000;
 
 void Refuse(T3Tree_Node* node, const char* what, const char* where) {
   vexa_filtered_error(ERR_not_allowed_for, PositionOf(node), what, where);
@@ -34,14 +34,14 @@ T3TemplateDecl* TemplateCalled(T3Tree_Node* node) {
 // ---- What an expression can produce ----
 
 // A search through an expression and the templates that it refers to, each looked through once.
-class Search {
+class ExpressionSearch {
  public:
   using Leaf = bool (*)(T3Tree_Node*);
-  explicit Search(Leaf leaf) : leaf_(leaf) {}
+  explicit ExpressionSearch(Leaf leaf) : leaf_(leaf) {}
 
   bool In(T3Tree_Node* expression) {
-    too_deep_ = too_deep_ || depth_ >= kMaxDepth;
-    if (depth_ >= kMaxDepth) return false;
+    too_deep_ = too_deep_ || depth_ >= kMaxDepthOfRestrictions;
+    if (depth_ >= kMaxDepthOfRestrictions) return false;
     ++depth_;
     const bool found = leaf_(expression) || InParts(expression);
     --depth_;
@@ -93,14 +93,14 @@ class Search {
 };
 
 bool AnyExpression(T3Tree_Node* expression) {
-  return Search([](T3Tree_Node* node) {
+  return ExpressionSearch([](T3Tree_Node* node) {
            return node->is<_T3MatchingExpression>() || node->is<ExtraMatchingExpressions>();
          })
       .InAllOf(expression);
 }
 
 bool OmitValue(T3Tree_Node* expression) {
-  return Search([](T3Tree_Node* node) { return node->is<T3Omit>() || node->is<T3AnyOrOmit>(); })
+  return ExpressionSearch([](T3Tree_Node* node) { return node->is<T3Omit>() || node->is<T3AnyOrOmit>(); })
       .InAllOf(expression);
 }
 
@@ -120,7 +120,7 @@ bool CheckTemplEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
 
 bool CheckOmitParameterizationForParamId(T3Tree_Node* expression, tIdent name, int depth) {
   T3TemplateDecl* decl = TemplateCalled(expression);
-  if (decl == nullptr || depth >= kMaxDepth) return false;
+  if (decl == nullptr || depth >= kMaxDepthOfRestrictions) return false;
   T3Tree_Node* actuals = expression->as<T3Parameterization>()->apl;
   for (const auto [par, at] : Pairs<_T3FormalPar, T3ActualPar>(decl->fpl, actuals))
     if (IsNamed(ConstraintOf(at->expression), name) &&
@@ -132,7 +132,7 @@ bool CheckOmitParameterizationForParamId(T3Tree_Node* expression, tIdent name, i
 // True where the parameter stands anywhere in an expression.
 bool CheckFieldEqParam(T3Tree_Node* expression, tIdent name, int depth = 0) {
   if (IsNamed(expression, name)) return true;
-  if (depth >= kMaxDepth) return false;
+  if (depth >= kMaxDepthOfRestrictions) return false;
   if (auto* compound = expression->try_as<T3CompoundValue>()) {
     for (auto* at : Items<T3FieldValue>(compound->value))
       if (CheckFieldEqParam(at->value, name, depth + 1)) return true;
@@ -318,5 +318,5 @@ void TemplateRestrictionsCheck(T3Tree_Node*) {
 }
 
 namespace {
-const ModuleCache kCache{[] { g_restricted.clear(); }};
+const ModuleCache kTemplateRestrictionsCache{[] { g_restricted.clear(); }};
 }  // namespace

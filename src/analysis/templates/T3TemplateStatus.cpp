@@ -17,7 +17,7 @@
 
 namespace {
 // Templates refer to each other; a chain of references that is longer counts as a reference, and is told.
-constexpr int kMaxDepth = 6000;
+constexpr int kMaxDepthOfStatus = 6000;
 
 // By the number of a declaration and the question; what is being looked through counts as a reference.
 NumberMap<T3TemplateStatus>& g_known = *new NumberMap<T3TemplateStatus>;
@@ -167,8 +167,8 @@ using Plain = T3Kinds<T3NoExpression, _T3BinaryExpression, _T3UnaryExpression, _
 static_assert(T3Covers<_T3Expression, Matching, ByWhatIsBehind, Plain>());
 
 int Collection::Of(T3Tree_Node* node) {
-  is_cut_off = is_cut_off || depth >= kMaxDepth;
-  if (depth >= kMaxDepth) return kStatusReference;
+  is_cut_off = is_cut_off || depth >= kMaxDepthOfStatus;
+  if (depth >= kMaxDepthOfStatus) return kStatusReference;
   ++depth;
   int status = kStatusPlain;
   if (node->is<T3NoTemplateDef>())
@@ -201,5 +201,5 @@ T3TemplateStatus CollectTemplateStatus(T3Tree_Node* node, bool deep, vexa_templa
 }
 
 namespace {
-const ModuleCache kCache{[] { g_known.clear(); }, ModuleCache::Holds::ForTree};
+const ModuleCache kTemplateStatusCache{[] { g_known.clear(); }, ModuleCache::Holds::ForTree};
 }  // namespace

@@ -14,7 +14,7 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_chck_";
+constexpr const char* kCheckFamily = "_chck_";
 
 // Warnings that are given once for a module, and the one that is given once for the process.
 struct Warned {
@@ -366,8 +366,8 @@ class CheckFunctions {
  private:
   void Begin(const AsnType& type, const std::string& id) {
     cBeginFunction(
-        files_, {"int", FunctionPrefix(type, kFamily) + id, false, std::string(LUMO_TYPE_T) + " type, ", "",
-                 std::string(LUMO_VALUE_T) + " v0, " + LUMO_CONTEXT_T + " context"});
+        files_, {"int", FunctionPrefix(type, kCheckFamily) + id, false, std::string(LUMO_TYPE_T) + " type, ",
+                 "", std::string(LUMO_VALUE_T) + " v0, " + LUMO_CONTEXT_T + " context"});
   }
 
   void SpecialValues() {
@@ -516,7 +516,7 @@ class CheckFunctions {
     const AsnType of = forSynonymType(type);
     Begin(type, id);
     if (has_check_func(of)) {
-      text_.w("if (!" + FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " ( " +
+      text_.w("if (!" + FunctionPrefix(of, kCheckFamily) + getMetaTypeId(of) + " ( " +
               std::string(LUMO_VALUE_TYPE) + " (v0,context), v0, context) )\n");
       text_.w("  return FALSE;\n");
     }

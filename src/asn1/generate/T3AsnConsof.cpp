@@ -10,7 +10,7 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_consof_";
+constexpr const char* kConsofFamily = "_consof_";
 
 void Bounds(CText& text, Wide low, Wide high) {
   text.w("vl = " + std::string(LUMO_TYPE_INSTANTIATE_VALUE) + "(" + LUMO_INTEGER_TYPE +
@@ -30,10 +30,10 @@ void Bounds(CText& text, Wide low, Wide high) {
 void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
   const ConstrainedSet set = SizeSetOf(type);
   if (set.set.empty()) return;
-  cBeginFunction(
-      files,
-      {LUMO_VALUE_T, FunctionPrefix(type, kFamily) + id, false, std::string(LUMO_TYPE_T) + " vexa_type, ", "",
-       std::string(LUMO_ALLOC_STRATEGY_T) + " vexa_alloc_strategy, " + LUMO_CONTEXT_T + " vexa_context"});
+  cBeginFunction(files, {LUMO_VALUE_T, FunctionPrefix(type, kConsofFamily) + id, false,
+                         std::string(LUMO_TYPE_T) + " vexa_type, ", "",
+                         std::string(LUMO_ALLOC_STRATEGY_T) + " vexa_alloc_strategy, " + LUMO_CONTEXT_T +
+                             " vexa_context"});
   CText& text = files.source;
   // Beyond an extensible size there are other lengths as well.
   text.w(set.extensible ? std::string(LUMO_VALUE_T) + " v0;\n"

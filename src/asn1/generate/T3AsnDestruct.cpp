@@ -10,7 +10,7 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_dest_";
+constexpr const char* kDestructFamily = "_dest_";
 
 // All memory of a home goes with its handle: a function tells those of the types within the home, which do
 // nothing for a place that is no home of its own, and gives the home of an entry type back.
@@ -27,7 +27,7 @@ class Destruct {
  private:
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
-    FunctionHead head = HeadOf(type, kFamily);
+    FunctionHead head = HeadOf(type, kDestructFamily);
     head.result = "void";
     head.behind = ", " + std::string(LUMO_CONTEXT_T) + " context";
     cBeginFunction(files_, head);
@@ -42,7 +42,7 @@ class Destruct {
   }
 
   void Call(const AsnType& of, const std::string& place) {
-    text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (");
+    text_.w(FunctionPrefix(of, kDestructFamily) + getMetaTypeId(of) + " (");
     text_.w(place);
     text_.w(", context);\n");
   }

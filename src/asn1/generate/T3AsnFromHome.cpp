@@ -12,8 +12,8 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_trans_asn_to_t3_";
-constexpr const char* kEntryFamily = "_translate_asn_to_t3_";
+constexpr const char* kFromHomeFamily = "_trans_asn_to_t3_";
+constexpr const char* kFromHomeEntryFamily = "_translate_asn_to_t3_";
 
 class FromHome {
  public:
@@ -32,7 +32,7 @@ class FromHome {
  private:
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
-    FunctionHead head = HeadOf(type, kFamily);
+    FunctionHead head = HeadOf(type, kFromHomeFamily);
     head.result = LUMO_VALUE_T;
     head.behind = ", " + std::string(LUMO_ALLOC_STRATEGY_T) + " strategy, " + LUMO_CONTEXT_T + " context";
     cBeginFunction(files_, head);
@@ -79,7 +79,7 @@ class FromHome {
   }
 
   void Call(const AsnType& of, const std::string& home) {
-    text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of));
+    text_.w(FunctionPrefix(of, kFromHomeFamily) + getMetaTypeId(of));
     text_.w(" ((");
     text_.w(getMetaTypeId(of));
     text_.w(" *) ");
@@ -89,13 +89,13 @@ class FromHome {
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type);
-    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kFromHomeEntryFamily) + id, false, "", "",
                             std::string(LUMO_VALUE_T) + " v0, " + LUMO_ALLOC_STRATEGY_T + " strategy, " +
                                 LUMO_CONTEXT_T + " context"});
     text_.w(id + " *home = (" + id + " *) " + std::string(LUMO_VALUE_GET_EXTERNAL_VALUE) +
             " ( v0, context );\n\n");
     text_.w("return ");
-    text_.w(FunctionPrefix(type, kFamily) + id + " (home, strategy, context);\n");
+    text_.w(FunctionPrefix(type, kFromHomeFamily) + id + " (home, strategy, context);\n");
     text_.close();
   }
 

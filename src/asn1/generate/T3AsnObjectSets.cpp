@@ -11,7 +11,7 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_setfunc_";
+constexpr const char* kObjectSetsFamily = "_setfunc_";
 
 // The name of a type among the alternatives of an open type: its module's and its own; empty for a type
 // without one.
@@ -33,9 +33,9 @@ std::optional<int64_t> IdentifierOf(const AsnObject& object, const std::string& 
   return number;
 }
 
-class Function {
+class SetFunction {
  public:
-  Function(T3AsnFiles& files, std::string name, std::string set, std::string field)
+  SetFunction(T3AsnFiles& files, std::string name, std::string set, std::string field)
       : files_(files),
         text_(files.source),
         name_(std::move(name)),
@@ -101,7 +101,7 @@ class Function {
 }  // namespace
 
 std::string ObjSetFieldMap::NameOf(const Row& row) const {
-  return "t3asn_" + getModuleRef(module_) + kFamily + row.set_name + "_" + row.field;
+  return "t3asn_" + getModuleRef(module_) + kObjectSetsFamily + row.set_name + "_" + row.field;
 }
 
 std::string ObjSetFieldMap::AddObjSetFieldMap(const AsnObjectSet& set, const std::string& field,
@@ -123,7 +123,7 @@ std::string ObjSetFieldMap::AddObjSetFieldMap(const AsnObjectSet& set, const std
 void ObjSetFieldMap::translate_objectset(T3AsnFiles& files, const AsnObjectSet& set) const {
   for (auto row = rows_.rbegin(); row != rows_.rend(); ++row)
     if (row->set == set)
-      Function(files, NameOf(*row), row->set_name, row->field).Write(constructSetObjects(set));
+      SetFunction(files, NameOf(*row), row->set_name, row->field).Write(constructSetObjects(set));
 }
 
 void ObjSetFieldMap::Generate(T3AsnFiles& files) const {

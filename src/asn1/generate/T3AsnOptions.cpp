@@ -10,12 +10,12 @@ namespace asn1 {
 namespace {
 constexpr size_t kLongestLogName = 513;
 
-struct CodecRow {
+struct CodecWord {
   const char* word;
   AsnCodec codec;
   bool sets_use, ber, per;
 };
-constexpr CodecRow kCodecs[] = {
+constexpr CodecWord kCodecWords[] = {
     {"NONE", kCodecNone, true, false, false},
     {"BER_DEFINITE", kCodecBerDefinite, true, true, false},
     {"BER", kCodecBerDefinite, true, true, false},
@@ -27,14 +27,14 @@ constexpr CodecRow kCodecs[] = {
     {"ALL", kCodecEach, true, true, true},
 };
 
-const CodecRow* CodecOf(const std::string& word) {
-  const auto* row = std::find_if(std::begin(kCodecs), std::end(kCodecs),
-                                 [&](const CodecRow& one) { return word == one.word; });
-  return row == std::end(kCodecs) ? nullptr : row;
+const CodecWord* CodecOf(const std::string& word) {
+  const auto* row = std::find_if(std::begin(kCodecWords), std::end(kCodecWords),
+                                 [&](const CodecWord& one) { return word == one.word; });
+  return row == std::end(kCodecWords) ? nullptr : row;
 }
 
 bool TakeCodec(const std::string& word, T3AsnModuleOptions& options) {
-  const CodecRow* row = CodecOf(word);
+  const CodecWord* row = CodecOf(word);
   if (row == nullptr) return false;
   options.codec = row->codec;
   if (row->sets_use) {
@@ -155,7 +155,7 @@ bool typeBEOptionOK(T3AsnModuleOptions& module, const std::string& type, const s
     options.omitted = value;
     return !value.empty();
   }
-  const CodecRow* row = name == "ASN2C_CODEC" ? CodecOf(value) : nullptr;
+  const CodecWord* row = name == "ASN2C_CODEC" ? CodecOf(value) : nullptr;
   if (row == nullptr) return false;
   options.codec = row->codec;
   module.ber_used = module.ber_used || row->ber;

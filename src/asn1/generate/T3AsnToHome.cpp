@@ -11,8 +11,8 @@
 
 namespace asn1 {
 namespace {
-constexpr const char* kFamily = "_trans_t3_to_asn_";
-constexpr const char* kEntryFamily = "_translate_t3_to_asn_";
+constexpr const char* kToHomeFamily = "_trans_t3_to_asn_";
+constexpr const char* kToHomeEntryFamily = "_translate_t3_to_asn_";
 
 class ToHome {
  public:
@@ -30,7 +30,7 @@ class ToHome {
  private:
   void NormalFunction(const AsnType& type) {
     if (isReference(type)) text_.put("\n/* synonym type */");
-    FunctionHead head = HeadOf(type, kFamily);
+    FunctionHead head = HeadOf(type, kToHomeFamily);
     head.result = "void";
     head.has_utility = true;
     head.before = std::string(LUMO_VALUE_T) + " v0, ";
@@ -40,7 +40,7 @@ class ToHome {
     const AsnType of = isReference(type) ? forSynonymType(type) : type;
     if (isReference(type) && !cIsFrameType(type) &&
         (cBaseTypeId(type) == cBaseTypeId(of) || IsStructured(type))) {
-      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, v0, ");
+      text_.w(FunctionPrefix(of, kToHomeFamily) + getMetaTypeId(of) + " (asnutigPtr, v0, ");
       text_.w("(" + getMetaTypeId(of) + " *) home");
       text_.w(", context);\n");
     } else if (IsStructured(type)) {
@@ -54,7 +54,7 @@ class ToHome {
 
   void EntryFunction(const AsnType& type) {
     const std::string id = getMetaTypeId(type), module = getModuleRef(*type.module);
-    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kEntryFamily) + id, false, "", "",
+    cBeginFunction(files_, {LUMO_VALUE_T, FunctionPrefix(type, kToHomeEntryFamily) + id, false, "", "",
                             std::string(LUMO_VALUE_T) + " v0, " + LUMO_ALLOC_STRATEGY_T + " strategy, " +
                                 LUMO_CONTEXT_T + " context"});
     text_.w("ASNHOME *handle = NULL;\n");
@@ -67,7 +67,7 @@ class ToHome {
     text_.w("initStack (&utig);\n");
     text_.w("home = createHandle (NULL, &handle, sizeof (" + id + "));\n");
     text_.w("pushHome(&utig, handle);\n");
-    text_.w(FunctionPrefix(type, kFamily) + id + " (asnutig, v0, home, context);\n");
+    text_.w(FunctionPrefix(type, kToHomeFamily) + id + " (asnutig, v0, home, context);\n");
     text_.w(std::string(LUMO_VALUE_SET_EXTERNAL_VALUE) + " ( translated_value, (void *) home, ");
     text_.w("(" + std::string(LUMO_VALUE_T) + " (*)(void*," + LUMO_ALLOC_STRATEGY_T + "," + LUMO_CONTEXT_T +
             ")) t3asn_" + module + "_trans_asn_to_t3_" + id + ", ");
@@ -169,7 +169,7 @@ class ToHome {
       text_.w(home.text + " = (" + cBaseTypeId(type) + " *) allocAsn (NULL, MB_STG, sizeof(" +
               cBaseTypeId(type) + "));\n");
     if (const AsnType of = Called(type)) {
-      text_.w(FunctionPrefix(of, kFamily) + getMetaTypeId(of) + " (asnutigPtr, " + Var(depth) + ", ");
+      text_.w(FunctionPrefix(of, kToHomeFamily) + getMetaTypeId(of) + " (asnutigPtr, " + Var(depth) + ", ");
       text_.w(home.Address());
       return text_.w(", context);\n");
     }

@@ -27,6 +27,9 @@ std::vector<std::string> SyntaxFilesOf(const std::string& directory, const std::
 
 // What the units of the path share.
 namespace mesk {
+/// The file of options for the tools' reading.
+inline constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-options.txt";
+
 /// Runs one of the tools along PATH; its output follows ours when it has ended. False for a status other than
 /// 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);

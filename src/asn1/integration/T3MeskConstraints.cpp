@@ -10,8 +10,6 @@ using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
-constexpr T3Tree& t = gT3AST;
-
 // The alternatives of a constraint as items of a list; false when one of them cannot be said.
 bool Alternatives(const AsnConstraint& constraint, std::vector<AsnConstraint>& items) {
   std::vector<AsnConstraint> waiting{constraint};

@@ -22,7 +22,6 @@
 #include "support/rSystem.h"
 
 namespace {
-constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-options.txt";
 constexpr const char* kGenerationOptions = "VEXA-ASN-1-generation-options.txt";
 constexpr const char* kIndefinite = "bi";
 
@@ -113,8 +112,8 @@ class Chain {
     if (behind_.empty()) arguments.emplace_back("-TST=1");
     for (const std::string& argument :
          {std::string("-NAMELEN=128"), std::string(behind_.empty() ? "-DEFINITELEN=1" : "-DEFINITELEN=0"),
-          "-S=" + directory_, "-L=" + directory_, "+" + std::string(kCompilationOptions), "+" + option_file_,
-          std::string("-PREFIXLEN=32"), mesk::GenerationOptionReference(),
+          "-S=" + directory_, "-L=" + directory_, "+" + std::string(mesk::kCompilationOptions),
+          "+" + option_file_, std::string("-PREFIXLEN=32"), mesk::GenerationOptionReference(),
           "+" + std::string(kGenerationOptions), std::string("-C-GENERATION=REAL")})
       arguments.push_back(argument);
     return mesk::Binary_invoke(arguments);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "asn1/model/AsnModel.h"
+#include "frontend/T3GlobalASTNodes.h"
 #include "support/Idents.h"
 #include "support/Position.h"
 
@@ -12,6 +13,7 @@ struct T3Tree_Node;
 
 namespace mesk {
 using Node = T3Tree_Node*;
+inline constexpr T3Tree& t = gT3AST;
 
 /// From now on this module is translated, from this file; the number of errors so far.
 long Begin(const asn1::ModRec& module, tIdent file);

@@ -24,7 +24,6 @@
 
 namespace {
 constexpr std::string_view kSourceEnding = ".asn";
-constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-options.txt";
 
 // The option that names the file of prefixes; empty until the tools have run.
 std::string prefix_option_reference;
@@ -78,7 +77,7 @@ void RunMkprefil(const std::string& option_file) {
 }
 
 void WriteCompilationOptions() {
-  std::ofstream file(kCompilationOptions, std::ios::app);
+  std::ofstream file(mesk::kCompilationOptions, std::ios::app);
   for (const std::string& option : mesk::SourceDirectoryOptions()) file << option << '\n';
 }
 
@@ -97,7 +96,7 @@ bool RunMesk(const std::string& directory, const std::string& source) {
                                      "-S=" + directory,
                                      "-L=" + directory,
                                      prefix_option_reference,
-                                     "+" + std::string(kCompilationOptions),
+                                     "+" + std::string(mesk::kCompilationOptions),
                                      rBaseName(source),
                                      "-C-GENERATION=REAL"};
   if (gT3CommandLine.strict) arguments.emplace_back("-STRICTSTANDARD");
@@ -159,7 +158,7 @@ bool RunTools(const std::string& source) {
   MakeDir(directory);
   const std::string prefixes = OptionFileName(directory, "-MESK.txt");
   mesk::RemoveAtEnd(prefixes);
-  mesk::RemoveAtEnd(kCompilationOptions);
+  mesk::RemoveAtEnd(mesk::kCompilationOptions);
   RunMkprefil(prefixes);
   WriteCompilationOptions();
   prefix_option_reference = "+" + prefixes;

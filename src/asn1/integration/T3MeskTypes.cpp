@@ -17,7 +17,6 @@ using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
-constexpr T3Tree& t = gT3AST;
 // The module that is translated, and its source.
 const ModRec* translated = nullptr;
 tIdent source_file = NoIdent;

@@ -20,8 +20,6 @@ using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace mesk {
 namespace {
-constexpr T3Tree& t = gT3AST;
-
 // The least number has no literal of its own.
 Node IntegerLiteral(int64_t number, const tPosition& position) {
   if (number == INT64_MIN)

@@ -7,9 +7,6 @@
 
 namespace asn1 {
 namespace {
-// No chain of references in a sound syntax file is as long as this.
-constexpr int kLongestChain = 10000;
-
 void Visit(ModRec& module, std::set<ModRec*>& seen, const ModuleCall& call, bool is_first) {
   if (!seen.insert(&module).second) return;
   for (const ImportRec& import : module.imports)

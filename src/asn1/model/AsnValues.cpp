@@ -7,7 +7,6 @@
 
 namespace asn1 {
 namespace {
-constexpr int kLongestChain = 10000;
 constexpr int kLargestExponent = 32767;
 constexpr int64_t kMinusInfinity = -2, kPlusInfinity = -1;
 

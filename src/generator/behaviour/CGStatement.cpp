@@ -28,7 +28,7 @@
 #include "support/ModuleCaches.h"
 
 namespace {
-std::string AddressOf(std::string_view name) {
+std::string ScopeAddress(std::string_view name) {
   return joined({"&(", name, ")"});
 }
 
@@ -46,7 +46,7 @@ template <class Node>
 void BeginMemoryScope(Node* node, CFunction& function) {
   const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
   node->cold().temp_memory_scope = Keep(scope);
-  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {ScopeAddress(scope), VEXA_CONTEXT});
   function.call(LUMO_SOURCE_LOCATION_PUSH_BLOCK, {VEXA_CONTEXT});
 }
 
@@ -54,7 +54,7 @@ void BeginMemoryScope(Node* node, CFunction& function) {
 void LeaveMemoryScope(const char* scope, T3Tree_Node* statements, CFunction& function) {
   function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
   DeleteTimers(statements, function);
-  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 
 bool IsFunctionOrControlPartBody(T3Tree_Node* block) {
@@ -155,17 +155,17 @@ struct Rounds {
 std::string BeginRoundScope(bool makes_values, CFunction& function) {
   if (!makes_values) return "";
   const std::string scope = function.getTmpVariable(LUMO_MEMORY_SCOPE_T);
-  function.call(LUMO_MEMORY_TEMP_BEGIN, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_BEGIN, {ScopeAddress(scope), VEXA_CONTEXT});
   return scope;
 }
 
 void ClearRoundScope(std::string_view scope, CFunction& function) {
-  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {AddressOf(scope), VEXA_CONTEXT});
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_CLEAR, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 
 void EndRoundScope(const std::string& scope, CFunction& function) {
   if (scope.empty()) return;
-  function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
   function.releaseTmpVariable(scope);
 }
 
@@ -672,14 +672,14 @@ const T3NodeList& TimersOf(T3Tree_Node* list) {
 
 void DeleteTimers(T3Tree_Node* list, CFunction& function) {
   for (T3Tree_Node* decl : TimersOf(list))
-    if (HasRTSLocation(decl)) function.call(LUMO_VALUE_DELETE, {AddressOf(RTSLocation(decl)), VEXA_CONTEXT});
+    if (HasRTSLocation(decl)) function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
 }
 
 namespace {
 // The alternatives of an altstep have no scope of memory of their own.
 void LeaveAlt(T3AltStmt* alt, CFunction& function) {
   const std::string scope = alt->cold().temp_memory_scope;
-  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {AddressOf(scope), VEXA_CONTEXT});
+  if (!scope.empty()) function.call(LUMO_MEMORY_TEMP_END, {ScopeAddress(scope), VEXA_CONTEXT});
 }
 }  // namespace
 

@@ -24,7 +24,7 @@ std::string AddressOf(std::string_view name) {
   return joined({"&(", name, ")"});
 }
 
-CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
+CGTypeInfo PortInfoOf(T3TypeDecl* decl, const char* kind) {
   CGTypeInfo info;
   info.name = Quote(decl->name);
   info.module = Quote(gT3Context.currentModuleName());
@@ -36,7 +36,7 @@ CGTypeInfo InfoOf(T3TypeDecl* decl, const char* kind) {
 void GenReferenceType(T3TypeDecl* decl, const char* kind, const char* row, std::string_view record) {
   const std::string_view name = GenTypeStruct(decl, joined({"&(", VEXATypeInfoStructName(decl), ")"}));
   GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_USERDEFINED_TYPE, name);
-  CGTypeInfo info = InfoOf(decl, kind);
+  CGTypeInfo info = PortInfoOf(decl, kind);
   info.number_of_fields = "1";
   info.field_info = VEXAFieldInfoName(decl);
   auto array = BeginFields(info.field_info);
@@ -228,7 +228,7 @@ void GenPortType(T3Tree_Node* node, T3Tree_Node* type) {
   if (port == nullptr) internal_error_ast("T3Type", __LINE__, "T3Type::GenPortType", type);
   GenReferenceType(decl, LUMO_TYPE_KIND_PORT_REF, "<port record>", VEXAPortRecordName(decl));
   GenPlainTypeStruct(VEXAPortRecordName(decl), VEXAPortRecordInfoStructName(decl), false);
-  CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_PORT);
+  CGTypeInfo info = PortInfoOf(decl, LUMO_TYPE_KIND_PORT);
   info.field_info = VEXAPortRecordFieldInfoName(decl);
   auto array = BeginFields(info.field_info);
   GenPortTypeList(*array, port->in_list, LUMO_FIELD_PROPERTY_IN_VALUE_C, decl);
@@ -248,7 +248,7 @@ void GenComponentType(T3Tree_Node* node, T3Tree_Node* type) {
   GenPlainTypeStruct(VEXAComponentRecordName(decl), VEXAComponentRecordInfoStructName(decl), true);
   // count and fields of the record stand two places behind those of other types, the count where others have
   // a pointer
-  CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_COMPONENT);
+  CGTypeInfo info = PortInfoOf(decl, LUMO_TYPE_KIND_COMPONENT);
   info.check_function = CGFunctionPointer(VEXAComponentPostProcessFuncName(decl));
   auto array = BeginFields(VEXAComponentRecordFieldInfoName(decl));
   GenComponentDeclList(*array, MembersOf(component).All());
@@ -268,7 +268,7 @@ void GenSignatureType(T3Tree_Node* node, T3Tree_Node* type) {
   auto* signature = type->as<T3SignatureType>();
   const std::string_view name = GenTypeStruct(decl, joined({"&(", VEXATypeInfoStructName(decl), ")"}));
   GenSymbolTableEntry(decl, LUMO_SYMTAB_KIND_SIGNATURE_TYPE, name);
-  CGTypeInfo info = InfoOf(decl, LUMO_TYPE_KIND_SIGNATURE);
+  CGTypeInfo info = PortInfoOf(decl, LUMO_TYPE_KIND_SIGNATURE);
   GenSignatureFieldInfo(VEXAFieldInfoName(decl), signature->fpl, signature->return_type, info);
   WriteTypeInfoStruct(VEXATypeInfoStructName(decl), info);
 }
