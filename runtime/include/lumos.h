@@ -784,6 +784,16 @@ void lumo_source_location_pop(lumo_context_t context);
 void lumo_source_location_push_block(lumo_context_t context);
 void lumo_source_location_pop_block(lumo_context_t context);
 void lumo_source_location_set_line(unsigned long line, lumo_context_t context);
+/* The same, said with the place in the code: what shares a line of the source does not share one there. */
+void lumo_source_location_push_block_at(const char* code, unsigned long code_line, lumo_context_t context);
+void lumo_source_location_set_line_at(unsigned long line, const char* code, unsigned long code_line,
+                                      lumo_context_t context);
+/* The file that is being compiled, by one text for all its calls. */
+static const char lumo_code_file[] = __BASE_FILE__;
+#define lumo_source_location_push_block(context) \
+  lumo_source_location_push_block_at(lumo_code_file, __LINE__, context)
+#define lumo_source_location_set_line(line, context) \
+  lumo_source_location_set_line_at(line, lumo_code_file, __LINE__, context)
 void lumo_source_tracking_register_value(lumo_value_t value, lumo_boolean_t in_component,
                                          lumo_context_t context);
 /* From now on the value is found by the name, to the end of the block. */

@@ -268,7 +268,15 @@ def check_reports(suite):
     events = [json.loads(line) for line in suite.read("j.json").splitlines()]
     check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
     check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n",
-                                      "FNDA:2,kind_of\n", "BRDA:123,0,0,0\nBRDA:125,0,0,2\n"], "coverage")
+                                      "FNDA:2,kind_of\n", "BRDA:123,0,0,0\nBRDA:125,0,0,2\n",
+                                      "FNDA:10,idle\n", "FNDA:4,beside\n",
+                                      "BRDA:134,0,0,2\nBRDA:134,0,1,2\nBRDA:134,1,0,2\nBRDA:134,1,1,0\nBRDA:134,2,0,2\nBRDA:134,2,1,2\n"
+                                      "BRDA:135,0,0,4\nBRDA:135,1,0,0\n"], "coverage")
+    check("DA:133," not in suite.read("c.info"), "coverage of a declaration without a value")
+    os.rename(suite.path("Outcome.c"), suite.path("kept.c"))
+    suite.run("-p times=2 --coverage c.info")
+    check_has(suite.read("c.info"), ["BRDA:134,0,0,10\nBRDA:134,1,0,10\n"], "coverage without the code")
+    os.rename(suite.path("kept.c"), suite.path("Outcome.c"))
     check_has(suite.run("-vnone -t TC_pass,TC_fail --tap")[0], ["TAP version 13\nok 1 - Outcome.TC_pass\nnot ok 2"], "TAP")
     if has("genhtml"):
         done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)

@@ -485,7 +485,7 @@ void remove_port(std::vector<Port*>& list, Port* port) {
 size_t encoded_octets = 0;
 
 std::string_view shown_content(Message& m) {
-  if (m.shown.empty() && m.content) m.shown = render(m.content);
+  if (m.shown.empty() && m.content) render_to(m.shown, m.content);
   return m.shown;
 }
 

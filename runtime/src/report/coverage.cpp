@@ -12,9 +12,11 @@
 #include <map>
 #include <new>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
+#include "report/code_scan.h"
 #include "report/report_file.h"
 #include "report/reports.h"
 #include "report/source_scan.h"
@@ -39,6 +41,7 @@ CountBox* own_box = nullptr;
 struct CountPage {
   unsigned long first;
   size_t name_size;
+  bool is_code;
   Count counts[lines_of_page];
   std::string_view name() const { return {reinterpret_cast<const char*>(this + 1), name_size}; }
   static size_t size_for(size_t name) { return (sizeof(CountPage) + name + 15) / 16 * 16; }
@@ -50,16 +53,22 @@ struct CountBox::Shared {
   alignas(16) char pages[1];
 };
 
-// The pages of a process in its box.
-struct Counting {
+// The pages of files of one kind.
+struct CountedFiles {
   // By the text's address: generated code always gives the same one.
   std::unordered_map<const char*, CountPages> by_address;
   std::map<std::string, CountPages, std::less<>> by_name;
+  // Where it was counted last.
   const char* last_file = nullptr;
-  CountPages* last_pages = nullptr;
+  CountPage* last_page = nullptr;
+};
+
+// The pages of a process in its box.
+struct Counting {
+  CountedFiles sources, code;
 
   // Null where there is no room.
-  static CountPage* new_page(std::string_view file, unsigned long first) {
+  static CountPage* new_page(std::string_view file, unsigned long first, bool is_code) {
     if (!own_box->shared_) return nullptr;
     CountBox::Shared& box = *own_box->shared_;
     const size_t begin = box.used, size = CountPage::size_for(file.size());
@@ -67,16 +76,17 @@ struct Counting {
     CountPage* page = reinterpret_cast<CountPage*>(box.pages + begin);
     page->first = first;
     page->name_size = file.size();
+    page->is_code = is_code;
     std::memcpy(static_cast<void*>(page + 1), file.data(), file.size());
     box.used = begin + size;
     return page;
   }
-  static CountPage* page_of(CountPages& pages, const char* file, unsigned long line) {
+  static CountPage* page_of(CountPages& pages, const char* file, unsigned long line, bool is_code) {
     const size_t number = line / lines_of_page;
     if (number < pages.size() && pages[number]) return pages[number];
     if (line >= most_lines) return nullptr;
     if (number >= pages.size()) pages.resize(number + 1);
-    return pages[number] = new_page(file, number * lines_of_page);
+    return pages[number] = new_page(file, number * lines_of_page, is_code);
   }
 };
 
@@ -87,21 +97,33 @@ Counting& counting() {
   return all;
 }
 
-void count(const char* file, unsigned long line, bool is_block) {
-  static Counting& counts = counting();
-  if (file != counts.last_file) {
-    counts.last_file = file;
-    counts.last_pages = &counts.by_address[file];
-  }
-  CountPage* page = Counting::page_of(*counts.last_pages, file, line);
-  if (!page) return;
-  Count& c = page->counts[line % lines_of_page];
+// False where there is no room.
+bool move_to(CountedFiles& files, const char* file, unsigned long line, bool is_code) {
+  files.last_file = file;
+  files.last_page = Counting::page_of(files.by_address[file], file, line, is_code);
+  return files.last_page;
+}
+
+void count_in(CountedFiles& files, const char* file, unsigned long line, bool is_code, bool is_block) {
+  const bool is_there =
+      file == files.last_file && files.last_page && line - files.last_page->first < lines_of_page;
+  if (!is_there && !move_to(files, file, line, is_code)) return;
+  Count& c = files.last_page->counts[line - files.last_page->first];
   ++(is_block ? c.blocks : c.hits);
 }
 
-std::map<std::string, Lines> all_counts() {
-  std::map<std::string, Lines> all;
+void count(const CountedPlace& place, bool is_block) {
+  static Counting& counts = counting();
+  count_in(counts.sources, place.file, place.line, false, is_block);
+  if (place.code) count_in(counts.code, place.code, place.code_line, true, is_block);
+}
+
+using LinesOfFiles = std::map<std::string, Lines>;
+
+LinesOfFiles all_counts(bool of_code) {
+  LinesOfFiles all;
   own_box->each([&](const LineCount& page) {
+    if (page.is_code != of_code) return;
     Lines& sum = all[std::string(page.file)];
     sum.resize(std::max<size_t>(sum.size(), page.first + page.size));
     for (size_t i = 0; i < page.size; ++i) {
@@ -110,6 +132,10 @@ std::map<std::string, Lines> all_counts() {
     }
   });
   return all;
+}
+
+Count at(const Lines& lines, unsigned long line) {
+  return line < lines.size() ? lines[line] : Count();
 }
 
 // Paths are those of the compilation, which is mostly done where the executable lies.
@@ -129,14 +155,49 @@ std::string absolute(const std::string& path) {
   return text;
 }
 
+std::string text_of(const std::string& path) {
+  std::ifstream in(path);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// What the code of a function counted: how often it was called, and of the blocks in it that have braces, in
+// their order, how often they were entered and what stands before them was reached.
+struct FunctionCount {
+  uint64_t calls = 0;
+  struct Block {
+    uint64_t entered, before;
+  };
+  std::vector<Block> blocks;
+};
+// By file, name and line in the source.
+using FunctionCounts = std::map<std::tuple<std::string, std::string, unsigned long>, FunctionCount>;
+
+// Nothing where the code is no longer what was compiled.
+void add_functions(const std::string& path, const Lines& lines, FunctionCounts& all) {
+  const CodeScan scan = scan_code(text_of(found(path)));
+  uint64_t known = 0, counted = 0;
+  for (const unsigned long line : scan.entries) known += at(lines, line).blocks;
+  for (const Count& c : lines) counted += c.blocks;
+  if (known != counted) return;
+  for (const CodeFunction& f : scan.functions) {
+    FunctionCount& count = all[{f.file, f.name, f.line}];
+    count.calls += at(lines, f.body).blocks;
+    for (const CodeBlock& b : f.blocks)
+      count.blocks.push_back({at(lines, b.line).blocks, at(lines, b.statement).hits});
+  }
+}
+
 // One file of the source.
 class FileCoverage {
  public:
-  FileCoverage(const std::string& given, const Lines& lines, ReportFile& out) : lines_(lines), out_(out) {
+  FileCoverage(const std::string& given, const Lines& lines, const FunctionCounts& code, ReportFile& out)
+      : lines_(lines), out_(out) {
     const std::string path = found(given);
-    std::ifstream in(path);
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    scan_ = scan_source(text);
+    scan_ = scan_source(text_of(path));
+    code_.resize(scan_.functions.size());
+    in_code_.resize(scan_.blocks.size());
+    for (size_t i = 0; i < code_.size(); ++i) code_[i] = counts_of(given, scan_.functions[i], code);
+    find_blocks();
     out_.write("SF:" + absolute(path) + "\n");
   }
   void write() {
@@ -147,52 +208,91 @@ class FileCoverage {
   }
 
  private:
-  Count of(unsigned long line) const { return line < lines_.size() ? lines_[line] : Count(); }
+  using BlockCount = FunctionCount::Block;
+  Count of(unsigned long line) const { return at(lines_, line); }
+  static const FunctionCount* counts_of(const std::string& file, const SourceFunction& f,
+                                        const FunctionCounts& code) {
+    const auto found = code.find({file, f.name, f.line});
+    return found == code.end() ? nullptr : &found->second;
+  }
+  // The blocks of a function go with those of its code by their order, where these are as many.
+  void find_blocks() {
+    std::vector<std::vector<size_t>> blocks(code_.size());
+    for (size_t i = 0; i < scan_.blocks.size(); ++i) blocks[scan_.blocks[i].function].push_back(i);
+    for (size_t f = 0; f < code_.size(); ++f) {
+      if (!code_[f] || code_[f]->blocks.size() != blocks[f].size()) continue;
+      for (size_t i = 0; i < blocks[f].size(); ++i) in_code_[blocks[f][i]] = &code_[f]->blocks[i];
+    }
+  }
 
   void functions() {
     size_t reached = 0;
     for (const SourceFunction& f : scan_.functions)
       out_.write("FN:" + std::to_string(f.line) + "," + f.name + "\n");
-    for (const SourceFunction& f : scan_.functions) {
-      const uint64_t hits = of(f.first).hits;
-      reached += hits > 0;
-      out_.write("FNDA:" + std::to_string(hits) + "," + f.name + "\n");
+    for (size_t i = 0; i < code_.size(); ++i) {
+      const SourceFunction& f = scan_.functions[i];
+      const uint64_t calls = code_[i] ? code_[i]->calls : of(f.first).hits;
+      reached += calls > 0;
+      out_.write("FNDA:" + std::to_string(calls) + "," + f.name + "\n");
     }
     out_.format("FNF:%zu\nFNH:%zu\n", scan_.functions.size(), reached);
   }
-  uint64_t entered(const SourceBlock& b) const {
-    return b.first && b.first != b.statement && b.first != b.opener ? of(b.first).hits
-                                                                    : of(b.statement).blocks;
+
+  static bool has_own_line(const SourceBlock& b) {
+    return b.first && b.first != b.statement && b.first != b.opener;
   }
-  // The blocks of one statement are its ways; where an "else" is missing that is one more.
+  uint64_t entered(size_t block) const {
+    const SourceBlock& b = scan_.blocks[block];
+    return in_code_[block]   ? in_code_[block]->entered
+           : has_own_line(b) ? of(b.first).hits
+                             : of(b.statement).blocks;
+  }
+  // The blocks of one statement are its ways; where an "else" is missing that is one more. Those of a line
+  // have numbers.
   void branches() {
-    std::map<unsigned long, std::vector<const SourceBlock*>> ways;
-    for (const SourceBlock& b : scan_.blocks)
-      if (b.is_way) ways[b.statement].push_back(&b);
-    size_t found = 0, reached = 0;
-    for (const auto& way : ways) {
-      const unsigned long line = way.first;
-      const std::vector<const SourceBlock*>& blocks = way.second;
-      // What stands before its alternatives is not always told, but they are.
-      const bool was_reached =
-          of(line).hits > 0 ||
-          std::any_of(blocks.begin(), blocks.end(), [&](const SourceBlock* b) { return entered(*b) > 0; });
-      uint64_t taken_at_all = 0;
-      size_t number = 0;
-      auto put = [&](uint64_t taken) {
-        out_.write("BRDA:" + std::to_string(line) + ",0," + std::to_string(number++) + "," +
-                   (was_reached ? std::to_string(taken) : "-") + "\n");
-        ++found;
-        reached += taken > 0;
-      };
-      for (const SourceBlock* b : blocks) {
-        put(entered(*b));
-        taken_at_all += entered(*b);
-      }
-      if (blocks.back()->may_be_none && !blocks.back()->is_else)
-        put(of(line).hits > taken_at_all ? of(line).hits - taken_at_all : 0);
+    std::map<std::pair<unsigned long, size_t>, std::vector<size_t>> ways;
+    for (size_t i = 0; i < scan_.blocks.size(); ++i)
+      if (const SourceBlock& b = scan_.blocks[i]; b.is_way) ways[{b.statement, b.number}].push_back(i);
+    unsigned long last = 0;
+    size_t number = 0;
+    for (const auto& [statement, blocks] : ways) {
+      number = statement.first == last ? number + 1 : 0;
+      last = statement.first;
+      write_ways(last, number, taken_of(blocks));
     }
-    out_.format("BRF:%zu\nBRH:%zu\n", found, reached);
+    out_.format("BRF:%zu\nBRH:%zu\n", branches_, branches_taken_);
+  }
+  std::vector<uint64_t> taken_of(const std::vector<size_t>& blocks) const {
+    std::vector<uint64_t> taken;
+    uint64_t all = 0;
+    bool are_apart = true;
+    for (const size_t i : blocks) {
+      taken.push_back(entered(i));
+      all += taken.back();
+      are_apart = are_apart && (in_code_[i] || has_own_line(scan_.blocks[i]));
+    }
+    const SourceBlock& b = scan_.blocks[blocks.back()];
+    // What cannot be told apart is one way.
+    if (!are_apart && all) return {of(b.statement).blocks};
+    if (b.may_be_none && !b.is_else) taken.push_back(not_taken(blocks.back(), all));
+    return taken;
+  }
+  uint64_t not_taken(size_t last, uint64_t taken) const {
+    const BlockCount* code = in_code_[last];
+    const uint64_t reached = code ? code->before : of(scan_.blocks[last].statement).hits;
+    if (code) taken = code->entered;
+    return reached > taken ? reached - taken : 0;
+  }
+  void write_ways(unsigned long line, size_t number, const std::vector<uint64_t>& taken) {
+    // What stands before its alternatives is not always told, but they are.
+    const bool was_reached =
+        of(line).hits > 0 || std::any_of(taken.begin(), taken.end(), [](uint64_t n) { return n > 0; });
+    for (size_t i = 0; i < taken.size(); ++i) {
+      out_.write("BRDA:" + std::to_string(line) + "," + std::to_string(number) + "," + std::to_string(i) +
+                 "," + (was_reached ? std::to_string(taken[i]) : "-") + "\n");
+      branches_taken_ += taken[i] > 0;
+    }
+    branches_ += taken.size();
   }
   void lines() {
     std::vector<unsigned long> all = scan_.statements;
@@ -210,6 +310,9 @@ class FileCoverage {
   const Lines& lines_;
   ReportFile& out_;
   SourceScan scan_;
+  std::vector<const FunctionCount*> code_;  // by function; null where it is not known
+  std::vector<const BlockCount*> in_code_;  // by block; null where it is not known
+  size_t branches_ = 0, branches_taken_ = 0;
 };
 
 class Coverage : public Reporter {
@@ -220,8 +323,10 @@ class Coverage : public Reporter {
   bool is_open() const { return file_.is_open(); }
   void run_ends(const Results&) override {
     file_.write("TN:\n");
-    for (const auto& [path, lines] : all_counts())
-      if (!path.empty()) FileCoverage(path, lines, file_).write();
+    FunctionCounts code;
+    for (const auto& [path, lines] : all_counts(true)) add_functions(path, lines, code);
+    for (const auto& [path, lines] : all_counts(false))
+      if (!path.empty()) FileCoverage(path, lines, code, file_).write();
     file_.complete();
   }
 
@@ -247,7 +352,7 @@ void CountBox::each(const std::function<void(const LineCount&)>& act) const {
   for (size_t begin = 0; begin + sizeof(CountPage) <= used;) {
     const CountPage& page = *reinterpret_cast<const CountPage*>(shared_->pages + begin);
     if (page.name_size > used - begin - sizeof(CountPage) || page.first >= most_lines) return;
-    act({page.name(), page.first, page.counts, lines_of_page});
+    act({page.name(), page.is_code, page.first, page.counts, lines_of_page});
     begin += CountPage::size_for(page.name_size);
   }
 }
@@ -262,9 +367,10 @@ bool counts_lines() {
 }
 
 void clear_counts() {
-  for (auto& [file, pages] : counting().by_address)
-    for (CountPage* page : pages)
-      if (page) std::memset(page->counts, 0, sizeof page->counts);
+  for (CountedFiles* files : {&counting().sources, &counting().code})
+    for (auto& [file, pages] : files->by_address)
+      for (CountPage* page : pages)
+        if (page) std::memset(page->counts, 0, sizeof page->counts);
 }
 
 void count_into(CountBox& box) {
@@ -275,7 +381,8 @@ void count_into(CountBox& box) {
 void add_counts(const CountBox& box) {
   box.each([](const LineCount& from) {
     const std::string name(from.file);
-    CountPage* page = Counting::page_of(counting().by_name[name], name.c_str(), from.first);
+    CountedFiles& files = from.is_code ? counting().code : counting().sources;
+    CountPage* page = Counting::page_of(files.by_name[name], name.c_str(), from.first, from.is_code);
     for (size_t i = 0; page && i < from.size; ++i) {
       page->counts[i].hits += from.counts[i].hits;
       page->counts[i].blocks += from.counts[i].blocks;

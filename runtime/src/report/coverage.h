@@ -10,6 +10,7 @@ namespace lumos {
 
 struct LineCount {
   std::string_view file;
+  bool is_code;         // generated from the source
   unsigned long first;  // the line of the first of them
   struct Count {
     uint64_t hits, blocks;

@@ -78,7 +78,10 @@ struct Level {
   size_t block = SIZE_MAX;  // its number among the blocks
   bool begins = false;      // a statement may begin here
   // The statement that is being read.
+  size_t number = 0;
   unsigned long statement = 0;
+  bool declares = false;  // which says where it stands only with an initial value
+  bool is_frame = false;  // whose braces hold alternatives, not statements
   bool branches = false, is_if = false, is_chain = false;
 };
 
@@ -104,6 +107,12 @@ class Scanner {
     if (!level.is_block) return;
     if (c == ';') {
       level.begins = true;
+      level.declares = false;
+    } else if (t.text == ":=" && level.declares) {
+      level.declares = false;
+      note_statement(level, t.line);
+    } else if (t.text == "call" && last_ == ".") {
+      level.is_frame = true;
     } else if (t.text == "else") {
       level.is_chain = true;
       level.begins = false;
@@ -119,15 +128,20 @@ class Scanner {
     level.begins = false;
     level.is_chain = false;
     level.is_if = t.text == "if";
+    level.is_frame = is_any_of(t.text, {"alt", "interleave", "select"});
     level.branches = is_way || is_any_of(t.text, {"if", "["});
     level.statement = t.line;
-    if (level.block != SIZE_MAX && scan_.blocks[level.block].first == 0)
-      scan_.blocks[level.block].first = t.line;
-    if (level.block == SIZE_MAX && !scan_.functions.empty() && scan_.functions.back().first == 0)
-      scan_.functions.back().first = t.line;
-    if (!is_way) scan_.statements.push_back(t.line);
+    level.number = ++statements_;
+    level.declares = is_any_of(t.text, {"var", "timer"});
+    if (!level.declares) note_statement(level, t.line, is_way);
     if (t.text == "select") select_ = {t.line, level.block};
     if (is_way) stand_at_case(t.line);
+  }
+  void note_statement(Level& level, unsigned long line, bool is_way = false) {
+    unsigned long& first =
+        level.block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[level.block].first;
+    if (!first) first = line;
+    if (!is_way) scan_.statements.push_back(line);
   }
   // A selection is reached where its first case is looked at.
   void stand_at_case(unsigned long line) {
@@ -178,8 +192,10 @@ class Scanner {
     Level& around = levels_.back();
     if (around.begins) begin_statement(around, t);
     level.is_block = level.begins = true;
-    level.block = scan_.blocks.size();
-    scan_.blocks.push_back({around.statement, t.line, 0, around.branches, around.is_if, last_ == "else"});
+    level.block = around.is_frame ? around.block : scan_.blocks.size();
+    if (around.is_frame) return;
+    scan_.blocks.push_back({scan_.functions.size() - 1, around.number, around.statement, t.line, 0,
+                            around.branches, around.is_if, last_ == "else"});
   }
   void close(const Token&) {
     if (levels_.empty()) return;
@@ -196,7 +212,7 @@ class Scanner {
   std::string_view last_;
   std::pair<unsigned long, size_t> select_{0, SIZE_MAX};  // the line of one, and the block that it stands in
   bool is_pending_ = false;
-  size_t body_ = 0;
+  size_t body_ = 0, statements_ = 0;
 };
 
 }  // namespace

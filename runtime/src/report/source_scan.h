@@ -9,7 +9,9 @@
 namespace lumos {
 
 struct SourceBlock {
-  unsigned long statement;  // line of the statement, or alternative, that it belongs to
+  size_t function;          // its number
+  size_t number;            // of the statement, or alternative, that it belongs to
+  unsigned long statement;  // line of that
   unsigned long opener;     // line of its brace
   unsigned long first;      // line of the first statement in it; 0 for none
   bool is_way;              // one of several: of if, alt, select

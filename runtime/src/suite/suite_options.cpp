@@ -242,6 +242,8 @@ bool read_configuration(SuiteOptions& options, const std::string& given) {
     if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
     set_option_place(path + ", line " + std::to_string(number));
     if (read_configuration_line(options, line, error)) continue;
+    for (char& c : error)
+      if (static_cast<unsigned char>(c) < 32) c = '?';
     std::fprintf(stderr, "%s, line %d: %s\n", path.c_str(), number, error.c_str());
     return false;
   }

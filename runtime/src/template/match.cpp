@@ -97,7 +97,7 @@ bool match_choice(Value p, Value v) {
   if (!pattern || !part) return false;
   if (match_value(pattern, part)) return true;
   if (const lumo_field_info_t* fields = field_info(v->type))
-    lumo_log_template_mismatch_by_name_event(fields[v->index].name, "value mismatch", part, pattern,
+    lumo_log_template_mismatch_by_name_event(shown_name(fields[v->index]), "value mismatch", part, pattern,
                                              current_task);
   return false;
 }

@@ -50,6 +50,19 @@ bool can_be_quoted(char32_t c) {
   return c >= 32 && c < 127;
 }
 
+// Octets are copied at once: by iterators a text of another character type is converted first.
+void put_plain(std::string& out, const unsigned char* text, size_t size) {
+  out.append(reinterpret_cast<const char*>(text), size);
+}
+void put_plain(std::string& out, const char32_t* text, size_t size) {
+  out.append(text, text + size);
+}
+
+void put_number(std::string& out, long long number) {
+  char digits[24];
+  out.append(digits, std::to_chars(digits, std::end(digits), number).ptr);
+}
+
 // Characters that cannot stand in quotes are written as quadruples, joined by "&".
 template <class Character>
 void put_text(std::string& out, const Character* text, size_t size) {
@@ -66,7 +79,7 @@ void put_text(std::string& out, const Character* text, size_t size) {
     const size_t begin = i;
     while (i < size && can_be_quoted(text[i]) && text[i] != '"') ++i;
     if (i > begin) part(true);
-    out.append(text + begin, text + i);
+    put_plain(out, text + begin, i - begin);
     if (i == size) break;
     const char32_t c = text[i];
     part(c == '"');
@@ -174,7 +187,7 @@ void put_choice(std::string& out, Value v, int depth) {
     out += "-";
     return;
   }
-  out += std::string("{ ") + (fields ? fields[v->index].name : "") + " := ";
+  out += std::string("{ ") + (fields ? shown_name(fields[v->index]) : "") + " := ";
   put_part(out, v->parts.data[0], depth);
   out += " }";
 }
@@ -259,8 +272,7 @@ void put_contents(std::string& out, Value v, int depth) {
     case Form::special:
       return put_special(out, v->special);
     case Form::integer:
-      out += std::to_string(v->integer);
-      return;
+      return put_number(out, v->integer);
     case Form::real:
       return put_float(out, v->real);
     case Form::boolean:
@@ -329,11 +341,14 @@ void put(std::string& out, Value v, int depth) {
 }  // namespace
 
 std::string render(Value v) {
-  if (!v) return "-";
   std::string out;
-  out.reserve(usual_length);
-  put(out, v, 0);
+  render_to(out, v);
   return out;
+}
+
+void render_to(std::string& out, Value v) {
+  out.reserve(out.size() + usual_length);
+  put_part(out, v, 0);
 }
 
 std::string render_plain(Value v) {

@@ -9,7 +9,7 @@
 
 namespace lumos {
 
-void (*line_counter)(const char* file, unsigned long line, bool is_block) = nullptr;
+void (*line_counter)(const CountedPlace& place, bool is_block) = nullptr;
 
 namespace {
 
@@ -80,11 +80,16 @@ void lumo_source_location_pop(lumo_context_t) {
   pop_frame(*current_task);
 }
 
-void lumo_source_location_push_block(lumo_context_t) {
+void lumo_source_location_push_block_at(const char* code, unsigned long code_line, lumo_context_t) {
   Task& task = *current_task;
   task.blocks.push_back(static_cast<uint32_t>(task.named.size()));
   if (line_counter && !task.frames.empty())
-    line_counter(task.frames.back().file, task.frames.back().line, true);
+    line_counter({task.frames.back().file, task.frames.back().line, code, code_line}, true);
+}
+
+// In parentheses, since the words are macros too.
+void(lumo_source_location_push_block)(lumo_context_t context) {
+  lumo_source_location_push_block_at(nullptr, 0, context);
 }
 
 void lumo_source_location_pop_block(lumo_context_t) {
@@ -95,14 +100,19 @@ void lumo_source_location_pop_block(lumo_context_t) {
   if (has_attempts(task)) end_attempts_of_ended_blocks(task);
 }
 
-void lumo_source_location_set_line(unsigned long line, lumo_context_t) {
+void lumo_source_location_set_line_at(unsigned long line, const char* code, unsigned long code_line,
+                                      lumo_context_t) {
   Task& task = *current_task;
   task.called.signature = nullptr;
   task.statement_roots = task.roots.size();
   if (task.frames.empty()) return;
   Frame& frame = task.frames.back();
   frame.line = line;
-  if (line_counter) line_counter(frame.file, line, false);
+  if (line_counter) line_counter({frame.file, line, code, code_line}, false);
+}
+
+void(lumo_source_location_set_line)(unsigned long line, lumo_context_t context) {
+  lumo_source_location_set_line_at(line, nullptr, 0, context);
 }
 
 void lumo_source_tracking_name_value(const char* name, lumo_value_t value, lumo_context_t) {
@@ -129,5 +139,5 @@ void lumo_targetcode_location_pop(lumo_context_t context) {
 }
 
 void lumo_targetcode_location_set_line(unsigned long line, lumo_context_t context) {
-  lumo_source_location_set_line(line, context);
+  lumo_source_location_set_line_at(line, nullptr, 0, context);
 }

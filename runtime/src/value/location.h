@@ -5,8 +5,15 @@
 
 namespace lumos {
 
-// Told where behaviours come along: the line, and whether a block begins there. Null tells nobody.
-extern void (*line_counter)(const char* file, unsigned long line, bool is_block);
+// A line of the source, and of the code that was made of it; no code where it is not known.
+struct CountedPlace {
+  const char* file;
+  unsigned long line;
+  const char* code;
+  unsigned long code_line;
+};
+// Told where behaviours come along, and whether a block begins there. Null tells nobody.
+extern void (*line_counter)(const CountedPlace& place, bool is_block);
 
 // The value of that name that the current behaviour sees: its variables and parameters, the
 // elements of its component, what its module knows. Null if there is none.

@@ -65,8 +65,15 @@ long field_index(lumo_type_t type, const char* name) {
   const lumo_field_info_t* fields = field_info(type);
   size_t count = fields ? field_count(type) : 0;
   for (size_t i = 0; i < count; ++i)
-    if (fields[i].name && !std::strcmp(fields[i].name, name)) return static_cast<long>(i);
+    if (fields[i].name && (!std::strcmp(fields[i].name, name) || !std::strcmp(shown_name(fields[i]), name)))
+      return static_cast<long>(i);
   return -1;
+}
+
+const char* shown_name(const lumo_field_info_t& field) {
+  const char* name = field.name ? field.name : "";
+  const char* point = std::strrchr(name, '.');
+  return point ? point + 1 : name;
 }
 
 long enum_number(lumo_type_t type, const char* name, size_t length) {

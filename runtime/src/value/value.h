@@ -232,6 +232,7 @@ inline bool is_blank(Value v) {
 bool is_within(Value part, Value whole);
 bool equal_values(Value a, Value b);
 std::string render(Value v);
+void render_to(std::string& out, Value v);  // behind what is there
 // As render, but the text of a charstring stands for itself.
 std::string render_plain(Value v);
 // Reads the notation that render writes; false leaves a message in error.

@@ -672,7 +672,8 @@ const T3NodeList& TimersOf(T3Tree_Node* list) {
 
 void DeleteTimers(T3Tree_Node* list, CFunction& function) {
   for (T3Tree_Node* decl : TimersOf(list))
-    if (HasRTSLocation(decl)) function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
+    if (HasRTSLocation(decl))
+      function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
 }
 
 namespace {
