@@ -69,10 +69,7 @@ Integer NumberOfLiteral(T3Tree_Node* operand) {
   tIdent name = NoIdent;
   if (auto* identifier = literal->try_as<T3Identifier>()) name = identifier->id;
   if (auto* qualifier = literal->try_as<T3Qualifier>()) name = qualifier->id;
-  if (type == nullptr) return std::nullopt;
-  for (auto* at : Items<T3EnumValue>(type->values))
-    if (at->name == name) return GetEnumValueNumber(type, name);
-  return std::nullopt;
+  return type == nullptr ? std::nullopt : EnumValueNumber(type, name);
 }
 
 // What a function is asked about: a value that is a constant, or null.

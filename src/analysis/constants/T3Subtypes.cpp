@@ -22,8 +22,34 @@
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3UTF8String.h"
 #include "support/ModuleCaches.h"
+#include "support/NumberMap.h"
 
 namespace {
+// ---- Chains of subtypes ----
+
+// The constrained types that unconstrained ones, which only name others, stand for.
+NumberMap<T3Tree_Node*>& g_constrained = *new NumberMap<T3Tree_Node*>;
+
+// The first type with a constraint, from a type on; the base where none is left.
+T3Tree_Node* Constrained(T3Tree_Node* type) {
+  std::vector<T3Tree_Node*> way;
+  for (type = LocalBehindAddress(type); type->is<T3SubType>();
+       type = LocalBehindAddress(type->as<T3SubType>()->parent)) {
+    if (!type->as<T3SubType>()->constraint->is<T3NoExpression>()) break;
+    if (T3Tree_Node* const* known = g_constrained.Find(type->number)) {
+      type = *known;
+      break;
+    }
+    way.push_back(type);
+  }
+  for (T3Tree_Node* at : way) g_constrained[at->number] = type;
+  return type;
+}
+
+T3Tree_Node* NextConstrained(T3Tree_Node* subtype) {
+  return Constrained(subtype->as<T3SubType>()->parent);
+}
+
 // ---- Constants that have been held to a constraint where they are declared ----
 
 // A value that breaks a constraint is reported there, and not again where the constant is used.
@@ -33,8 +59,7 @@ std::unordered_set<T3Tree_Node*> ConstraintsOfDeclaration(T3Tree_Node* expressio
   T3Tree_Node* decl = BehindImport(Def(expression));
   if (!T3Is<T3ConstDecl>(decl) || BaseTypeDef(decl)->is<T3ErrorType>()) return checked;
   if (decl->place == nullptr || GetWeakTyping(decl->place->vexa_my_module)) return checked;
-  for (T3Tree_Node* type = LocalTypeDef(decl); type->is<T3SubType>();
-       type = LocalTypeDef(type->as<T3SubType>()->parent))
+  for (T3Tree_Node* type = Constrained(decl); type->is<T3SubType>(); type = NextConstrained(type))
     checked.insert(type);
   return checked;
 }
@@ -153,11 +178,41 @@ bool CheckStringCharacterRange(T3Tree_Node* expression, CharacterSet& set) {
 struct ValueSet {
   char form = 0;
   std::unordered_set<std::string> keys;
+  /// Lower and upper bounds of ranges of integers, in order; the upper ones at least as high as those before.
+  std::vector<std::pair<int64_t, int64_t>> ranges;
   std::vector<T3Tree_Node*> others;
 };
 std::unordered_map<uint32_t, ValueSet>& g_value_sets = *new std::unordered_map<uint32_t, ValueSet>;
 
+std::optional<int64_t> LowestOf(T3ValueRange* range);
+
+bool AddRange(ValueSet& set, T3Tree_Node* item) {
+  auto* range = item->try_as<T3ValueRange>();
+  if (range == nullptr || !ExpressionBaseType(range)->is<T3Integer>()) return false;
+  const auto low = LowestOf(range);
+  const auto high = ConstIntValue(range->ub);
+  if (low && high) set.ranges.emplace_back(*low, *high);
+  return low && high;
+}
+
+void SortRanges(ValueSet& set) {
+  std::sort(set.ranges.begin(), set.ranges.end());
+  for (size_t i = 1; i < set.ranges.size(); ++i)
+    set.ranges[i].second = std::max(set.ranges[i].second, set.ranges[i - 1].second);
+}
+
+// A number that is not known may lie in any of them.
+bool LiesInRange(const ValueSet& set, T3Tree_Node* expression) {
+  const auto value = set.ranges.empty() ? std::nullopt : ConstIntValue(expression);
+  if (!value) return !set.ranges.empty();
+  const auto behind =
+      std::upper_bound(set.ranges.begin(), set.ranges.end(), *value,
+                       [](int64_t number, const auto& range) { return number < range.first; });
+  return behind != set.ranges.begin() && (behind - 1)->second >= *value;
+}
+
 void AddValue(ValueSet& set, T3Tree_Node* item) {
+  if (AddRange(set, item)) return;
   auto key = item->is<T3ValueRange>() ? std::nullopt : ConstantKey(item);
   if (key && set.form == 0) set.form = key->front();
   if (key && key->front() == set.form)
@@ -168,8 +223,10 @@ void AddValue(ValueSet& set, T3Tree_Node* item) {
 
 const ValueSet& ValueSetOf(T3Tree_Node* list) {
   const auto [set, made] = g_value_sets.try_emplace(list->number);
-  if (made)
+  if (made) {
     for (auto* at : Items<T3ValueListItem>(list)) AddValue(set->second, at->value);
+    SortRanges(set->second);
+  }
   return set->second;
 }
 
@@ -231,9 +288,9 @@ std::optional<bool> FoundInSet(T3Tree_Node* list, T3Tree_Node* expression) {
   const auto key = ConstantKey(expression);
   if (!key) return std::nullopt;
   const ValueSet& set = ValueSetOf(list);
-  if (key->front() != set.form || std::any_of(set.others.begin(), set.others.end(), IsCharacterRange))
-    return std::nullopt;
-  return set.keys.count(*key) > 0 ||
+  const bool comparable = set.form == 0 || key->front() == set.form;
+  if (!comparable || std::any_of(set.others.begin(), set.others.end(), IsCharacterRange)) return std::nullopt;
+  return set.keys.count(*key) > 0 || LiesInRange(set, expression) ||
          std::any_of(set.others.begin(), set.others.end(),
                      [&](T3Tree_Node* item) { return ItemAccepts(item, expression); });
 }
@@ -306,8 +363,7 @@ bool TypeAccepts(T3Tree_Node* type, T3Tree_Node* expression) {
   if (depth == kDeepest || BaseTypeDef(type)->is<T3ErrorType>()) return true;
   ++depth;
   bool accepts = true;
-  for (type = LocalTypeDef(type); accepts && type->is<T3SubType>();
-       type = LocalTypeDef(type->as<T3SubType>()->parent))
+  for (type = Constrained(type); accepts && type->is<T3SubType>(); type = NextConstrained(type))
     accepts = ConstraintAccepts(type->as<T3SubType>()->constraint, expression);
   --depth;
   return accepts;
@@ -330,8 +386,8 @@ void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
 void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
   const auto checked = ConstraintsOfDeclaration(expression);
-  for (type = LocalBehindAddress(type); type->is<T3SubType>() && checked.count(type) == 0;
-       type = LocalBehindAddress(type->as<T3SubType>()->parent))
+  for (type = Constrained(type); type->is<T3SubType>() && checked.count(type) == 0;
+       type = NextConstrained(type))
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 
@@ -339,8 +395,7 @@ void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
 void CheckNextSubtype(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
   bool lists_values = false;
-  for (type = LocalBehindAddress(type); type->is<T3SubType>() && !lists_values;
-       type = LocalBehindAddress(type->as<T3SubType>()->parent)) {
+  for (type = Constrained(type); type->is<T3SubType>() && !lists_values; type = NextConstrained(type)) {
     T3Tree_Node* constraint = type->as<T3SubType>()->constraint;
     lists_values = constraint->is<T3ValueList>();
     CheckConstraint(constraint, expression);
@@ -360,7 +415,7 @@ void CheckLengthBound(T3LengthRange* above, T3Tree_Node* bound) {
 
 void CheckLengthBounds(T3LengthRange* range, T3Tree_Node* type) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
-  for (type = LocalTypeDef(type); type->is<T3SubType>(); type = LocalTypeDef(type->as<T3SubType>()->parent)) {
+  for (type = Constrained(type); type->is<T3SubType>(); type = NextConstrained(type)) {
     auto* above = type->as<T3SubType>()->constraint->try_as<T3LengthRange>();
     if (above == nullptr) continue;
     CheckLengthBound(above, range->lb);
@@ -475,5 +530,6 @@ const ModuleCache kSubtypesCache{[] {
   g_types_entered.clear();
   g_sets.clear();
   g_value_sets.clear();
+  g_constrained.clear();
 }};
 }  // namespace

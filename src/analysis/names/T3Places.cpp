@@ -452,6 +452,12 @@ using KeepingPlaces =
             T3LogStmt, T3RetStmt, T3LabelStmt, T3GotoStmt, T3RepeatStmt, T3BreakStmt, T3ContinueStmt>;
 static_assert(T3Covers<_T3Stmt, ChangingPlaces, KeepingPlaces>());
 
+// What stands in a chain of `else if` is enclosed by its head, however long it is.
+bool ContinuesChain(T3Tree_Node* node) {
+  auto* before = node->is<T3IfStmt>() ? node->parent->try_as<T3IfStmt>() : nullptr;
+  return before != nullptr && before->else_stmt == node && !node->as<_T3Stmt>()->next->is<_T3Stmt>();
+}
+
 // The kinds of statements that change places below them; false for the others.
 bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
   if (auto* decl = node->try_as<T3DeclStmt>()) {
@@ -469,8 +475,11 @@ bool PlaceWalk::VisitStatement(T3Tree_Node* node, T3Place* place) {
   const bool encloses = node->is<T3BlockStmt>() || node->is<T3IfStmt>() || node->is<_T3LoopStmt>() ||
                         node->is<T3AltStmt>() || node->is<T3InterleaveStmt>();
   if (!encloses) return false;
-  T3Place* inner = Copy(place);
-  inner->vexa_enclosing_block = node;
+  T3Place* inner = place;
+  if (!ContinuesChain(node)) {
+    inner = Copy(place);
+    inner->vexa_enclosing_block = node;
+  }
   if (auto* block = node->try_as<T3BlockStmt>()) {
     AddScope(inner, RegisterStatements(block->body));
     inner->labelEnv = LabelsOf(place->labelEnv, block->body);

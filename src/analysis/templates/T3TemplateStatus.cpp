@@ -1,11 +1,12 @@
 #include "analysis/templates/T3TemplateStatus.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "analysis/types/T3References.h"
 #include "analysis/templates/T3PartBehind.h"
+#include "analysis/templates/T3TemplateChains.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
@@ -29,14 +30,13 @@ struct Collection {
   int depth = 0;
   bool awaits_merge = false;
   bool is_cut_off = false;
-  /// What was given for the template parameters of templates that are modified.
-  std::unordered_map<T3Tree_Node*, T3Tree_Node*> given = {};
+  /// Those that modify others and are being looked through, the innermost last.
+  std::vector<T3TemplateDef*> modifying = {};
 
   int Of(T3Tree_Node* node);
   int OfDecl(T3TemplateDecl* decl);
   int OfDefinition(T3TemplateDef* definition);
   int OfParameter(T3Tree_Node* formal);
-  void NoteGiven(T3TemplateDef* definition);
   int OfReference(T3Tree_Node* reference);
   int OfPart(_T3Qualification* part);
   int OfCall(T3Parameterization* call);
@@ -141,30 +141,19 @@ int Collection::OfDefinition(T3TemplateDef* definition) {
     return kStatusReference;
   }
   if (!definition->modifies->is<T3TemplateReference>()) return Of(definition->constraint);
-  const auto outside = given;
-  NoteGiven(definition);
+  modifying.push_back(definition);
   const int status = std::max(Of(definition->constraint), kStatusReference);
-  given = outside;
+  modifying.pop_back();
   return status;
 }
 
-// The parameter of a template that is modified is what was given for it there.
+// The parameter of a template that is modified is what was given for it there, which may be the parameter of
+// one that is nearer.
 int Collection::OfParameter(T3Tree_Node* formal) {
-  const auto actual = given.find(formal);
-  return actual == given.end() ? kStatusReference : std::max(Of(actual->second), kStatusReference);
-}
-
-// Along the chain, whose arguments may be parameters of one that is nearer.
-void Collection::NoteGiven(T3TemplateDef* definition) {
-  T3NodeSet seen;
-  while (seen.insert(definition).second) {
-    T3TemplateDecl* decl = ModifiedTemplate(definition);
-    if (decl == nullptr) return;
-    T3Tree_Node* actuals = ActualsForModified(definition);
-    for (const auto [formal, actual] : Pairs<_T3FormalPar, T3ActualPar>(decl->fpl, actuals))
-      given[formal] = actual->expression;
-    definition = decl->definition->as<T3TemplateDef>();
-  }
+  for (size_t i = modifying.size(); i-- > 0;)
+    if (T3Tree_Node* actual = GivenAlongChain(modifying[i], formal))
+      return std::max(Of(actual), kStatusReference);
+  return kStatusReference;
 }
 
 using Matching = T3Kinds<_T3MatchingExpression, ExtraMatchingExpressions>;

@@ -6,9 +6,11 @@
 #include <array>
 #include <initializer_list>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "frontend/T3Tree.h"
+#include "support/NumberMap.h"
 
 /// The few own types of a form of expression, in place.
 class T3OwnTypes {
@@ -26,9 +28,29 @@ class T3OwnTypes {
   size_t count_;
 };
 
+/// Candidates that a context gives to many expressions, such as the types of a port, with what finds the few
+/// that the own type of an expression leaves.
+class T3SharedTypes {
+ public:
+  void Add(T3Tree_Node* local, T3Tree_Node* base);
+  size_t size() const { return types_.size(); }
+  T3Tree_Node* local(size_t i) const { return types_[i].first; }
+  T3Tree_Node* base(size_t i) const { return types_[i].second; }
+  /// The places, in their order, of all that may stay where types are compared strictly: of `own` itself, an
+  /// absolute type, and of those which more types than they are fit.
+  std::vector<size_t> PlacesFor(T3Tree_Node* own) const;
+
+ private:
+  std::vector<std::pair<T3Tree_Node*, T3Tree_Node*>> types_;
+  NumberMap<size_t> places_;
+  std::vector<size_t> fit_by_others_;
+};
+
 class T3Candidates {
  public:
   T3Candidates() = default;
+  /// They are used where they lie, as long as none is struck out or changed.
+  explicit T3Candidates(const T3SharedTypes& shared) : count_(shared.size()), shared_(&shared) {}
   T3Candidates(T3Tree_Node* local, T3Tree_Node* base) { Add(local, base); }
   T3Candidates(std::span<T3Tree_Node* const> locals, std::span<T3Tree_Node* const> bases) {
     for (size_t i = 0; i < locals.size(); ++i) Add(locals[i], bases[i]);
@@ -43,26 +65,35 @@ class T3Candidates {
   }
 
   void Add(T3Tree_Node* local, T3Tree_Node* base) {
-    if (count_ < kInline)
-      first_[count_] = {local, base, true};
-    else
-      rest_.push_back({local, base, true});
-    ++count_;
+    if (shared_ != nullptr) CopyShared();
+    Append(local, base);
   }
   size_t size() const { return count_; }
-  T3Tree_Node* local(size_t i) const { return at(i).local; }
-  T3Tree_Node* base(size_t i) const { return at(i).base; }
-  bool valid(size_t i) const { return at(i).valid; }
+  T3Tree_Node* local(size_t i) const { return shared_ != nullptr ? shared_->local(i) : at(i).local; }
+  T3Tree_Node* base(size_t i) const { return shared_ != nullptr ? shared_->base(i) : at(i).base; }
+  bool valid(size_t i) const { return shared_ != nullptr || at(i).valid; }
   void Set(size_t i, T3Tree_Node* local, T3Tree_Node* base) {
+    if (shared_ != nullptr) CopyShared();
     at(i).local = local;
     at(i).base = base;
   }
   /// Strikes a candidate out; both its views become `error`.
-  void Strike(size_t i, T3Tree_Node* error) { at(i) = {error, error, false}; }
+  void Strike(size_t i, T3Tree_Node* error) {
+    if (shared_ != nullptr) CopyShared();
+    at(i) = {error, error, false};
+  }
   size_t CountValid() const {
     size_t count = 0;
     for (size_t i = 0; i < count_; ++i) count += valid(i) ? 1 : 0;
     return count;
+  }
+  /// Leaves out of shared ones those which cannot stay beside `own`, an absolute type, where types are
+  /// compared strictly.
+  void KeepWhatMayFit(T3Tree_Node* own) {
+    const T3SharedTypes* shared = std::exchange(shared_, nullptr);
+    if (shared == nullptr) return;
+    count_ = 0;
+    for (const size_t place : shared->PlacesFor(own)) Append(shared->local(place), shared->base(place));
   }
 
  private:
@@ -74,8 +105,21 @@ class T3Candidates {
   static constexpr size_t kInline = 2;
   const Entry& at(size_t i) const { return i < kInline ? first_[i] : rest_[i - kInline]; }
   Entry& at(size_t i) { return i < kInline ? first_[i] : rest_[i - kInline]; }
+  void Append(T3Tree_Node* local, T3Tree_Node* base) {
+    if (count_ < kInline)
+      first_[count_] = {local, base, true};
+    else
+      rest_.push_back({local, base, true});
+    ++count_;
+  }
+  void CopyShared() {
+    const T3SharedTypes* shared = std::exchange(shared_, nullptr);
+    count_ = 0;
+    for (size_t i = 0; i < shared->size(); ++i) Append(shared->local(i), shared->base(i));
+  }
 
   std::array<Entry, kInline> first_;
   size_t count_ = 0;
   std::vector<Entry> rest_;
+  const T3SharedTypes* shared_ = nullptr;
 };

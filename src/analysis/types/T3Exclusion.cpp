@@ -101,7 +101,27 @@ bool ExpandWildcardType(const T3Tree_Node* wildcard, const T3Tree_Node* type) {
   return wildcard->kind == type->kind;
 }
 
+// Wildcards are fit by others, and so are built-in types by each other.
+void T3SharedTypes::Add(T3Tree_Node* local, T3Tree_Node* base) {
+  const size_t place = types_.size();
+  types_.emplace_back(local, base);
+  if (IsWildcardType(base) || base->is<T3ErrorType>() || base->is<T3Address>() || local->is<_T3BuiltinType>())
+    fit_by_others_.push_back(place);
+  else
+    places_.TryEmplace(local->number, place);
+}
+
+std::vector<size_t> T3SharedTypes::PlacesFor(T3Tree_Node* own) const {
+  std::vector<size_t> places = fit_by_others_;
+  if (const size_t* place = places_.Find(own->number))
+    places.insert(std::lower_bound(places.begin(), places.end(), *place), *place);
+  return places;
+}
+
 void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bool update, bool strict) {
+  // A wildcard fits many, and a single character may be a string.
+  if (strict && !IsWildcardType(base) && !local->is<T3CharacterType>())
+    candidates.KeepWhatMayFit(AbsoluteTypeDef(local));
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i)) continue;
     T3Tree_Node* c1 = candidates.local(i);

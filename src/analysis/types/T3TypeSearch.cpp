@@ -137,8 +137,18 @@ class ListedTypes {
   std::unordered_set<const T3Tree_Node*> listed_;
 };
 
-// The sets of a port's type list lie on its head.
-T3PortTypes PortTypes(T3Tree_Node* list) {
+// What a port's types, and a signature's exceptions, are as candidates, by the numbers of their lists.
+std::unordered_map<uint32_t, T3SharedTypes>& g_shared = *new std::unordered_map<uint32_t, T3SharedTypes>;
+const ModuleCache shared_types([] { g_shared.clear(); });
+
+const T3SharedTypes& SharedTypesOf(T3Tree_Node* list, const T3TypeSet& locals, const T3TypeSet& bases) {
+  const auto [types, is_new] = g_shared.try_emplace(list->number);
+  for (size_t i = 0; is_new && i < locals.size(); ++i) types->second.Add(locals[i], bases[i]);
+  return types->second;
+}
+
+// The sets of a list of types lie on its head.
+T3PortTypes TypesListed(T3Tree_Node* list) {
   auto& sets = list->as<_T3TypeItemList>()->attr();
   if (sets.absolute_types == nullptr) {
     sets.absolute_types = new T3TypeSet;
@@ -156,7 +166,8 @@ T3PortTypes PortTypes(T3Tree_Node* list) {
         if (PartOfAllTypes(BaseTypeDef(decl))) views.Append(decl);
     }
   }
-  return {*sets.absolute_types, *sets.local_types, *sets.base_types};
+  return {*sets.absolute_types, *sets.local_types, *sets.base_types,
+          SharedTypesOf(list, *sets.absolute_types, *sets.base_types)};
 }
 }  // namespace
 
@@ -174,10 +185,14 @@ const T3NodeList& AllTypesOf(T3Tree_Node* module) {
   return *node->attr().types;
 }
 
+T3PortTypes ExceptionsOf(T3SignatureType* signature) {
+  return TypesListed(signature->exceptions);
+}
+
 T3PortTypes PortTypesIn(T3Tree_Node* port_type) {
-  return PortTypes(port_type->as<T3PortType>()->in_list);
+  return TypesListed(port_type->as<T3PortType>()->in_list);
 }
 
 T3PortTypes PortTypesOut(T3Tree_Node* port_type) {
-  return PortTypes(port_type->as<T3PortType>()->out_list);
+  return TypesListed(port_type->as<T3PortType>()->out_list);
 }

@@ -73,12 +73,43 @@ T3Tree_Node* Target(T3TypeReference* reference) {
   return decl == nullptr ? gT3ErrorType : decl->as<T3TypeDecl>()->type;
 }
 
+// Follows a chain of types to its end, or to a type that knows its end already, and gives the end to every
+// type on the way, so that long chains cost one walk. One that closes on itself ends in an error.
+template <class Step, class Kept, class Closed>
+T3Tree_Node* FindEnd(T3Tree_Node* start, Step step, Kept kept, Closed closed) {
+  // Most ways have one step.
+  if (T3Tree_Node* next = step(start); step(next) == nullptr) return kept(start) = next;
+  std::vector<T3Tree_Node*> way;
+  T3Tree_Node* end = start;
+  T3Tree_Node* slow = start;
+  while (T3Tree_Node* next = step(end)) {
+    if (T3Tree_Node* known = kept(end)) {
+      end = known;
+      break;
+    }
+    way.push_back(end);
+    end = next;
+    if (way.size() % 2 == 0) slow = step(slow);
+    if (end == slow) {
+      end = gT3ErrorType;
+      closed(way);
+      break;
+    }
+  }
+  for (T3Tree_Node* at : way) kept(at) = end;
+  return end;
+}
+
+T3Tree_Node* LocalStep(T3Tree_Node* type) {
+  auto* reference = type->try_as<T3TypeReference>();
+  return reference == nullptr ? nullptr : Target(reference);
+}
+
 [[gnu::noinline]] T3Tree_Node* FindLocal(T3TypeReference* reference) {
-  T3Tree_Node* local = FollowChain(reference, [](T3Tree_Node* at) -> T3Tree_Node* {
-    auto* next = at->try_as<T3TypeReference>();
-    return next == nullptr ? nullptr : Target(next);
-  });
-  return reference->attr().local_type_def = local;
+  return FindEnd(
+      reference, LocalStep,
+      [](T3Tree_Node * at) -> auto& { return at->as<T3TypeReference>()->attr().local_type_def; },
+      [](const std::vector<T3Tree_Node*>&) {});
 }
 
 inline T3Tree_Node* LocalOfType(T3Tree_Node* type) {
@@ -95,32 +126,13 @@ T3Tree_Node* BaseStep(T3Tree_Node* type) {
   return nullptr;
 }
 
-// Gives the base to every type on the way, so that long chains of subtypes cost one walk.
 [[gnu::noinline]] T3Tree_Node* FindBase(T3Tree_Node* type) {
-  // Most ways have one step.
-  if (T3Tree_Node* next = BaseStep(type); BaseStep(next) == nullptr)
-    return type->as<_T3Type>()->attr().base_type_def = next;
-  std::vector<_T3Type*> way;
-  T3Tree_Node* base = type;
-  T3Tree_Node* slow = type;
-  while (T3Tree_Node* next = BaseStep(base)) {
-    auto* at = base->as<_T3Type>();
-    if (at->attr().base_type_def != nullptr) {
-      base = at->attr().base_type_def;
-      break;
-    }
-    way.push_back(at);
-    base = next;
-    if (way.size() % 2 == 0) slow = BaseStep(slow);
-    if (base == slow) {
-      base = gT3ErrorType;
-      for (_T3Type* at_cycle : way)
-        if (auto* subtype = at_cycle->try_as<T3SubType>()) subtype->attr().detect_cycle_in_subtypes = true;
-      break;
-    }
-  }
-  for (_T3Type* at : way) at->attr().base_type_def = base;
-  return base;
+  return FindEnd(
+      type, BaseStep, [](T3Tree_Node * at) -> auto& { return at->as<_T3Type>()->attr().base_type_def; },
+      [](const std::vector<T3Tree_Node*>& way) {
+        for (T3Tree_Node* at : way)
+          if (auto* subtype = at->try_as<T3SubType>()) subtype->attr().detect_cycle_in_subtypes = true;
+      });
 }
 
 inline T3Tree_Node* BaseOfType(T3Tree_Node* type) {

@@ -5,6 +5,7 @@
 // view is the same node once it is known to be a type; the base view has subtypes removed as well.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 
@@ -77,6 +78,9 @@ T3Tree_Node* FindName1(T3Tree_Node* scope, tIdent name, tIdent moduleId);
 /// The position of a field from 0, `vexa_index` + 1 of a parameter; -1 where absent.
 long GetAlternativeIndex(T3Tree_Node* node, tIdent name, bool must_exist);
 T3Tree_Node* FindIndex(T3Tree_Node* list, long n);
+/// The number of a literal; nothing where the enumeration has none of that name.
+std::optional<int64_t> EnumValueNumber(T3EnumType* type, tIdent name);
+/// The same where it is known to have it.
 int64_t GetEnumValueNumber(T3Tree_Node* type, tIdent name);
 /// Gives each literal its number; reports two that are equal, once, at the type.
 void AssignEnumValues(T3Tree_Node* type);
@@ -117,9 +121,12 @@ struct T3PortTypes {
   const T3TypeSet& absolute;
   const T3TypeSet& local;
   const T3TypeSet& base;
+  const T3SharedTypes& shared;
 };
 T3PortTypes PortTypesIn(T3Tree_Node* port_type);
 T3PortTypes PortTypesOut(T3Tree_Node* port_type);
+/// The same of the types that a signature may raise.
+T3PortTypes ExceptionsOf(T3SignatureType* signature);
 /// All type declarations that reach a module, imports and built-in types included, in order.
 const T3NodeList& AllTypesOf(T3Tree_Node* module);
 /// True for what `all` stands for in a port's type list.

@@ -1,6 +1,4 @@
 // The candidates that each place of a statement, declaration or type gives to the expression in it.
-#include <unordered_set>
-
 #include "analysis/walk/T3Eval.h"
 #include "analysis/names/T3Names.h"
 #include "analysis/walk/T3RuleParts.h"
@@ -57,19 +55,14 @@ T3Candidates OfPort(_T3PortStmt* statement) {
   if (!type->is<T3PortType>()) return {gT3ErrorType};
   const bool out = statement->is<_T3SendingPortServerStmt>() || statement->is<_T3ReceivingPortClientStmt>();
   const T3PortTypes types = out ? PortTypesOut(type) : PortTypesIn(type);
-  return {types.absolute, types.base};
+  return T3Candidates(types.shared);
 }
 
 T3Candidates OfExceptions(T3Tree_Node* signature) {
   T3Tree_Node* type = BaseTypeDef(signature);
   if (type->is<T3ErrorType>()) return {gT3ErrorType};
   if (!type->is<T3SignatureType>()) return Anything();
-  T3Candidates result;
-  // One that is listed again counts once.
-  std::unordered_set<const T3Tree_Node*> listed;
-  for (auto* at : Items<T3TypeItem>(type->as<T3SignatureType>()->exceptions))
-    if (listed.insert(AbsoluteTypeDef(at)).second) result.Add(AbsoluteTypeDef(at), BaseTypeDef(at));
-  return result;
+  return T3Candidates(ExceptionsOf(type->as<T3SignatureType>()).shared);
 }
 
 // The signature that a procedure statement is about, or gT3ErrorType.

@@ -219,7 +219,7 @@ void AltstepBody(T3TestStep* decl, CFunction& function) {
   function.addLabel(label);
   function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
   GenSourceLocationEnd(alt, function);
-  DeleteDeclaredTimers(decl->decls, function);
+  DeleteTimers(decl->decls, function);
   function.beginIf(success);
   function.beginIf(repeat);
   GenReturn(LUMO_TEST_STEP_SUCCESSFUL_REPEAT_C, function);

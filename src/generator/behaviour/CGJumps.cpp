@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -15,10 +16,20 @@
 #include "generator/text/T3CodeDefs.h"
 
 namespace {
+// The jumps forward to labels of one block, in their order: where each stands, and the furthest label that
+// one of those up to it goes to.
+struct Forward {
+  uint32_t jump;
+  uint32_t furthest;
+};
+
 struct Labels {
   std::map<T3Tree_Node*, std::string, T3NodeLess> names;
+  std::set<std::string> taken;
   std::map<T3Tree_Node*, std::string, T3NodeLess> scopes;  // of the rounds that begin at a label
-  std::vector<T3GotoStmt*> jumps;
+  T3NodeSet jumped_back_to;
+  std::map<T3Tree_Node*, std::vector<Forward>, T3NodeLess> forward;  // by their blocks
+  std::unordered_map<T3Tree_Node*, T3DeclStmt*> next_declarations;   // at or behind a statement, in its list
   bool knows_jumps = false;
 };
 // Of the behaviour that is being generated.
@@ -39,9 +50,8 @@ std::string LabelName(T3LabelStmt* statement) {
   const auto known = g_labels.names.find(statement);
   if (known != g_labels.names.end()) return known->second;
   std::string name = gIdents.GetCStr(statement->label);
-  const bool taken = std::any_of(g_labels.names.begin(), g_labels.names.end(),
-                                 [&](const auto& other) { return other.second == name; });
-  if (taken || words.count(name) != 0) name += PositionSuffix(statement->position);
+  if (g_labels.taken.count(name) != 0 || words.count(name) != 0) name += PositionSuffix(statement->position);
+  g_labels.taken.insert(name);
   return g_labels.names[statement] = name;
 }
 
@@ -51,27 +61,55 @@ T3LabelStmt* TargetOf(T3GotoStmt* jump) {
   return target->as<T3LabelStmt>();
 }
 
-const std::vector<T3GotoStmt*>& JumpsAround(T3Tree_Node* statement) {
-  if (std::exchange(g_labels.knows_jumps, true)) return g_labels.jumps;
-  T3Tree_Node* behaviour = statement;
-  while (!behaviour->is<_T3FunctionBodyDecl>() && !behaviour->is<T3ControlPart>())
-    behaviour = behaviour->parent;
-  gT3AST.TraverseT3TreeTD(behaviour, [](T3Tree_Node* node) {
-    if (auto* jump = node->try_as<T3GotoStmt>()) g_labels.jumps.push_back(jump);
+void NoteJump(T3GotoStmt* jump) {
+  T3LabelStmt* target = TargetOf(jump);
+  if (IsBefore(target, jump))
+    g_labels.jumped_back_to.insert(target);
+  else
+    g_labels.forward[target->place->vexa_enclosing_block].push_back({jump->number, target->number});
+}
+
+void KnowJumpsAround(T3Tree_Node* statement) {
+  if (std::exchange(g_labels.knows_jumps, true)) return;
+  gT3AST.TraverseT3TreeTD(statement->place->vexa_owner, [](T3Tree_Node* node) {
+    if (auto* jump = node->try_as<T3GotoStmt>()) NoteJump(jump);
   });
-  return g_labels.jumps;
+  for (auto& [block, jumps] : g_labels.forward) {
+    std::sort(jumps.begin(), jumps.end(), [](const Forward& a, const Forward& b) { return a.jump < b.jump; });
+    uint32_t furthest = 0;
+    for (Forward& forward : jumps) furthest = forward.furthest = std::max(furthest, forward.furthest);
+  }
+}
+
+// Whether a jump comes around the label to what is behind it in its block.
+bool IsJumpedAround(T3LabelStmt* label) {
+  const auto jumps = g_labels.forward.find(label->place->vexa_enclosing_block);
+  if (jumps == g_labels.forward.end()) return false;
+  const auto behind = std::lower_bound(jumps->second.begin(), jumps->second.end(), label->number,
+                                       [](const Forward& at, uint32_t number) { return at.jump < number; });
+  return behind != jumps->second.begin() && (behind - 1)->furthest > label->number;
 }
 
 // Whether rounds begin here: there are jumps back, and none that comes around the label to what is behind it.
 bool BeginsRounds(T3LabelStmt* label) {
-  bool is_jumped_back_to = false;
-  for (T3GotoStmt* jump : JumpsAround(label)) {
-    T3LabelStmt* target = TargetOf(jump);
-    if (target == label && IsBefore(label, jump)) is_jumped_back_to = true;
-    const bool is_around = IsBefore(jump, label) && IsBefore(label, target);
-    if (is_around && target->place->vexa_enclosing_block == label->place->vexa_enclosing_block) return false;
+  KnowJumpsAround(label);
+  return g_labels.jumped_back_to.count(label) != 0 && !IsJumpedAround(label);
+}
+
+T3DeclStmt* NextDeclaration(T3Tree_Node* at) {
+  std::vector<T3Tree_Node*> way;
+  T3DeclStmt* found = nullptr;
+  for (; at->is<_T3Stmt>(); at = at->as<_T3Stmt>()->next) {
+    if ((found = at->try_as<T3DeclStmt>()) != nullptr) break;
+    const auto known = g_labels.next_declarations.find(at);
+    if (known != g_labels.next_declarations.end()) {
+      found = known->second;
+      break;
+    }
+    way.push_back(at);
   }
-  return is_jumped_back_to;
+  for (T3Tree_Node* before : way) g_labels.next_declarations[before] = found;
+  return found;
 }
 
 // The variables that stand between a jump forward and its label.
@@ -79,10 +117,10 @@ void SkipDeclarations(T3GotoStmt* jump, T3LabelStmt* label, CFunction& function)
   T3Tree_Node* block = label->place->vexa_enclosing_block;
   T3Tree_Node* at = jump;
   while (at->place->vexa_enclosing_block != block) at = at->place->vexa_enclosing_block;
-  for (; at->is<_T3Stmt>() && at != label; at = at->as<_T3Stmt>()->next)
-    if (auto* declarations = at->try_as<T3DeclStmt>())
-      for (auto* decl : Items<_T3Decl>(declarations->decl))
-        if (!decl->is<T3TemplateDecl>()) CGUnsetLocalValue(decl, function);
+  for (auto* declarations = NextDeclaration(at); declarations != nullptr && IsBefore(declarations, label);
+       declarations = NextDeclaration(declarations->next))
+    for (auto* decl : Items<_T3Decl>(declarations->decl))
+      if (!decl->is<T3TemplateDecl>()) CGUnsetLocalValue(decl, function);
 }
 }  // namespace
 

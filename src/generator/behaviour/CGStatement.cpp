@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string_view>
+#include <unordered_map>
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
@@ -24,6 +25,7 @@
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
 #include "frontend/T3KindCover.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 std::string ScopeAddress(std::string_view name) {
@@ -265,9 +267,7 @@ void CGContinue(T3ContinueStmt* statement, CFunction& function) {
 // ---- Return ----
 
 _T3FunctionBodyDecl* BehaviourAround(T3Tree_Node* statement) {
-  T3Tree_Node* at = statement;
-  while (at != nullptr && !at->is<_T3FunctionBodyDecl>() && !at->is<T3ControlPart>()) at = at->parent;
-  return T3Is<_T3FunctionBodyDecl>(at) ? at->as<_T3FunctionBodyDecl>() : nullptr;
+  return statement->place->vexa_owner->try_as<_T3FunctionBodyDecl>();
 }
 
 // The caller decides by the slot that it gives whether it gets a template or a value.
@@ -292,7 +292,7 @@ void CGReturn(T3RetStmt* statement, CFunction& function) {
     GenSourceLocationEnd(behaviour->body, function);
     TidyUp(statement, nullptr, function);
     function.call(LUMO_SOURCE_LOCATION_POP_BLOCK, {VEXA_CONTEXT});
-    DeleteDeclaredTimers(behaviour->as<T3TestStep>()->decls, function);
+    DeleteTimers(behaviour->as<T3TestStep>()->decls, function);
     return GenReturn(LUMO_TEST_STEP_SUCCESSFUL_PROCEED_C, function);
   }
   auto* target = behaviour == nullptr ? nullptr : behaviour->try_as<T3Function>();
@@ -650,15 +650,29 @@ void GenSourceLocationEnd(T3Tree_Node* statement, CFunction& function) {
   CGSetSourceLine(function, *end);
 }
 
-void DeleteTimers(T3Tree_Node* statements, CFunction& function) {
-  for (auto* at : Items<_T3Stmt>(statements))
-    if (at->is<T3DeclStmt>()) DeleteDeclaredTimers(at->as<T3DeclStmt>()->decl, function);
+namespace {
+// By the numbers of lists, which are left at each `return` in them.
+std::unordered_map<uint32_t, T3NodeList>& g_timers = *new std::unordered_map<uint32_t, T3NodeList>;
+const ModuleCache timers([] { g_timers.clear(); });
+
+void CollectTimers(T3Tree_Node* declarations, T3NodeList& found) {
+  for (auto* decl : Items<_T3Decl>(declarations))
+    if (IsTimerDeclaration(decl)) found.push_back(decl);
 }
 
-void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function) {
-  for (auto* decl : Items<_T3Decl>(declarations))
-    if (IsTimerDeclaration(decl) && HasRTSLocation(decl))
-      function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
+const T3NodeList& TimersOf(T3Tree_Node* list) {
+  const auto [entry, is_new] = g_timers.try_emplace(list->number);
+  if (!is_new) return entry->second;
+  CollectTimers(list, entry->second);
+  for (auto* at : Items<_T3Stmt>(list))
+    if (auto* declarations = at->try_as<T3DeclStmt>()) CollectTimers(declarations->decl, entry->second);
+  return entry->second;
+}
+}  // namespace
+
+void DeleteTimers(T3Tree_Node* list, CFunction& function) {
+  for (T3Tree_Node* decl : TimersOf(list))
+    if (HasRTSLocation(decl)) function.call(LUMO_VALUE_DELETE, {ScopeAddress(RTSLocation(decl)), VEXA_CONTEXT});
 }
 
 namespace {

@@ -21,9 +21,8 @@ void LeaveBlock(T3BlockStmt* block, CFunction& function);
 /// What the normal ends of the blocks around `from` would have run, up to the construct `to`, which is not
 /// left; all of the behaviour's for null.
 void TidyUp(T3Tree_Node* from, T3Tree_Node* to, CFunction& function);
-/// Deletes the timers that a list of statements declares.
-void DeleteTimers(T3Tree_Node* statements, CFunction& function);
-void DeleteDeclaredTimers(T3Tree_Node* declarations, CFunction& function);
+/// Deletes the timers of a list of declarations, or those that a list of statements declares.
+void DeleteTimers(T3Tree_Node* list, CFunction& function);
 
 /// A comment with the place of a statement, and the call that tells it.
 void GenSourceLocation(T3Tree_Node* statement, CFunction& function);

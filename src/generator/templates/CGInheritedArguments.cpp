@@ -1,5 +1,8 @@
 #include "generator/templates/CGInheritedArguments.h"
 
+#include <algorithm>
+
+#include "analysis/templates/T3TemplateChains.h"
 #include "analysis/templates/T3TemplateMerge.h"
 #include "analysis/types/T3Types.h"
 #include "analysis/walk/T3Subtree.h"
@@ -20,21 +23,11 @@ std::vector<_T3FormalPar*> FormalsOf(T3TemplateDecl* decl) {
   return formals;
 }
 
-// A template of a chain, and the definition that modifies it.
-struct Link {
-  T3TemplateDef* modifying;
-  T3TemplateDecl* modified;
-};
-
-std::vector<Link> ChainOf(T3TemplateDef* definition) {
-  std::vector<Link> chain;
-  T3NodeSet seen;
-  while (seen.insert(definition).second) {
-    T3TemplateDecl* decl = ModifiedTemplate(definition);
-    if (decl == nullptr) break;
-    chain.push_back({definition, decl});
-    definition = decl->definition->as<T3TemplateDef>();
-  }
+// The links along a chain, up to the one behind which `rest` of them are left.
+std::vector<T3ChainLink> ChainOf(T3TemplateDef* definition, size_t rest = 0) {
+  std::vector<T3ChainLink> chain;
+  for (T3ChainLink link = FirstChainLink(definition); link.length > rest; link = NextChainLink(link))
+    chain.push_back(link);
   return chain;
 }
 
@@ -46,7 +39,7 @@ void VisitArguments(T3Tree_Node* actuals, const T3NodeSet& bound, const Visit& v
 
 void VisitModification(T3TemplateDef* definition, T3NodeSet bound, const Visit& visit) {
   VisitFree(definition->modifies->as<T3TemplateReference>()->reference, bound, visit);
-  for (const Link& link : ChainOf(definition)) {
+  for (const T3ChainLink& link : ChainOf(definition)) {
     if (link.modifying != definition) VisitArguments(ActualsForModified(link.modifying), bound, visit);
     for (_T3FormalPar* formal : FormalsOf(link.modified)) bound.insert(formal);
   }
@@ -87,20 +80,25 @@ bool UsesAny(const T3NodeSet& used, T3TemplateDecl* decl) {
   return false;
 }
 
-// The parameters along the chain that the constraint reads, and those that are read to fill their vectors.
-T3NodeSet ParametersRead(T3TemplateDef* definition, const std::vector<Link>& chain) {
-  T3NodeSet used;
-  VisitFree(definition->constraint, {}, AddParameters(used));
+// The number of links behind the last one whose parameters are read.
+size_t LengthBehind(T3TemplateDef* definition, const T3NodeSet& used) {
+  size_t rest = FirstChainLink(definition).length;
+  for (T3Tree_Node* formal : used)
+    if (const size_t length = ChainLengthAt(formal)) rest = std::min(rest, length - 1);
+  return rest;
+}
+
+// To the parameters that are read those which are read to fill their vectors.
+void AddParametersOfVectors(T3NodeSet& used, const std::vector<T3ChainLink>& chain) {
   for (size_t i = chain.size(); i > 0; --i) {
-    const Link& link = chain[i - 1];
+    const T3ChainLink& link = chain[i - 1];
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);
     VisitArguments(actuals, {}, AddParameters(used));
     // It shares the vector of what modifies it.
-    if (actuals == nullptr && i > 1)
+    if (actuals == nullptr && i > 1 && chain[i - 2].modified->definition == link.modifying)
       for (_T3FormalPar* formal : FormalsOf(chain[i - 2].modified)) used.insert(formal);
   }
-  return used;
 }
 
 // What a parameter means for which nothing is given.
@@ -138,10 +136,13 @@ void ForEachFreeNode(T3Tree_Node* constraint, const std::function<bool(T3Tree_No
 }
 
 InheritedArguments::InheritedArguments(T3TemplateDef* definition, std::string_view own, CFunction& function) {
-  const std::vector<Link> chain = ChainOf(definition);
-  const T3NodeSet used = chain.empty() ? T3NodeSet() : ParametersRead(definition, chain);
+  if (FirstChainLink(definition).length == 0) return;
+  T3NodeSet used;
+  VisitFree(definition->constraint, {}, AddParameters(used));
+  const std::vector<T3ChainLink> chain = ChainOf(definition, LengthBehind(definition, used));
+  AddParametersOfVectors(used, chain);
   std::string vector(own);
-  for (const Link& link : chain) {
+  for (const T3ChainLink& link : chain) {
     if (!UsesAny(used, link.modified)) continue;
     T3Tree_Node* actuals = ActualsForModified(link.modifying);
     if (actuals != nullptr || vector.empty()) vector = Vector(link.modified, actuals, function);

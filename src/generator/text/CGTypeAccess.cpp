@@ -203,34 +203,16 @@ T3Tree_Node* GetTypeFromTypeDecl(T3Tree_Node* decl) {
   return decl->as<T3TypeDecl>()->type;
 }
 
-// Analysis has reported cycles before code is generated.
 T3Tree_Node* RootType(T3Tree_Node* type) {
-  while (true) {
-    if (IsTypeDeclaration(type)) {
-      type = GetTypeFromTypeDecl(type);
-    } else if (auto* subtype = type->try_as<T3SubType>()) {
-      type = subtype->parent;
-    } else if (type->is<T3TypeReference>()) {
-      T3Tree_Node* decl = TypeDeclaration(type);
-      if (decl == nullptr) return type;
-      type = decl;
-    } else {
-      return type;
-    }
-  }
+  return BaseTypeDef(type);
 }
 
 T3Tree_Node* BuiltinBehind(T3Tree_Node* decl) {
-  if (T3Is<T3ImportTypeDecl>(decl)) decl = BehindImport(decl);
-  while (T3Is<T3TypeDecl>(decl)) {
-    T3Tree_Node* type = decl->as<T3TypeDecl>()->type;
-    // ANY of an ASN.1 module is a type of its own: the run-time system has none that it could stand for.
-    if (type->is<T3AnyType>() && IsT3ASN_1(decl)) return nullptr;
-    if (type->is<_T3BuiltinType>()) return type;
-    if (!type->is<T3TypeReference>()) return nullptr;
-    decl = TypeDeclaration(type);
-  }
-  return nullptr;
+  if (!T3Is<T3TypeDecl>(BehindImport(decl))) return nullptr;
+  T3Tree_Node* type = LocalTypeDef(decl);
+  // ANY of an ASN.1 module is a type of its own: the run-time system has none that it could stand for.
+  if (type->is<T3AnyType>() && IsT3ASN_1(type)) return nullptr;
+  return type->is<_T3BuiltinType>() ? type : nullptr;
 }
 
 T3Tree_Node* BuiltinCopy(T3Tree_Node* builtin_type) {
