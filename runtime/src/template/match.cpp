@@ -96,8 +96,8 @@ bool match_choice(Value p, Value v) {
   Value pattern = p->parts.data[0], part = v->parts.data[0];
   if (!pattern || !part) return false;
   if (match_value(pattern, part)) return true;
-  if (const lumo_field_info_t* fields = field_info(v->type))
-    lumo_log_template_mismatch_by_name_event(shown_name(fields[v->index]), "value mismatch", part, pattern,
+  if (field_info(v->type))
+    lumo_log_template_mismatch_by_name_event(shown_name(v->type, v->index), "value mismatch", part, pattern,
                                              current_task);
   return false;
 }

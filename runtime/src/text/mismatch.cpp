@@ -64,8 +64,8 @@ void narrow(std::string& path, Value& actual, Value& expected) {
     if (i == actual->parts.size) return;
     const lumo_field_info_t* fields = field_info(actual->type);
     const size_t field = form == Form::choice ? static_cast<size_t>(actual->index) : i;
-    path = joined(
-        path, form == Form::vector || !fields ? "[" + std::to_string(i) + "]" : shown_name(fields[field]));
+    path = joined(path, form == Form::vector || !fields ? "[" + std::to_string(i) + "]"
+                                                        : shown_name(actual->type, field));
     actual = is_unset(actual->parts.data[i]) ? lumo_omit_value_c : actual->parts.data[i];
     expected = is_unset(expected->parts.data[i]) ? lumo_omit_value_c : expected->parts.data[i];
   }

@@ -187,7 +187,7 @@ void put_choice(std::string& out, Value v, int depth) {
     out += "-";
     return;
   }
-  out += std::string("{ ") + (fields ? shown_name(fields[v->index]) : "") + " := ";
+  out += std::string("{ ") + (fields ? shown_name(v->type, v->index) : "") + " := ";
   put_part(out, v->parts.data[0], depth);
   out += " }";
 }

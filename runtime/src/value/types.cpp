@@ -61,19 +61,41 @@ const lumo_type_info_struct_t* root_behind(lumo_type_t type) {
   return info;
 }
 
-long field_index(lumo_type_t type, const char* name) {
-  const lumo_field_info_t* fields = field_info(type);
-  size_t count = fields ? field_count(type) : 0;
-  for (size_t i = 0; i < count; ++i)
-    if (fields[i].name && (!std::strcmp(fields[i].name, name) || !std::strcmp(shown_name(fields[i]), name)))
-      return static_cast<long>(i);
-  return -1;
-}
-
-const char* shown_name(const lumo_field_info_t& field) {
+namespace {
+// A name without the module that stands before a type which is an alternative of anytype.
+const char* short_name(const lumo_field_info_t& field) {
   const char* name = field.name ? field.name : "";
   const char* point = std::strrchr(name, '.');
   return point ? point + 1 : name;
+}
+
+// The first field that a kind of name fits, from a place on; -1 if there is none.
+template <class NameOf>
+long find_field(lumo_type_t type, const char* name, NameOf name_of, size_t from = 0) {
+  const lumo_field_info_t* fields = field_info(type);
+  const size_t count = fields ? field_count(type) : 0;
+  for (size_t i = from; i < count; ++i)
+    if (fields[i].name && !std::strcmp(name_of(fields[i]), name)) return static_cast<long>(i);
+  return -1;
+}
+
+// The only one of that short name; -1 if there is none or another.
+long field_of_short_name(lumo_type_t type, const char* name) {
+  const long first = find_field(type, name, short_name);
+  const bool is_only = first < 0 || find_field(type, name, short_name, static_cast<size_t>(first) + 1) < 0;
+  return is_only ? first : -1;
+}
+}  // namespace
+
+long field_index(lumo_type_t type, const char* name) {
+  const long exact = find_field(type, name, [](const lumo_field_info_t& field) { return field.name; });
+  return exact >= 0 ? exact : field_of_short_name(type, name);
+}
+
+const char* shown_name(lumo_type_t type, size_t index) {
+  const lumo_field_info_t& field = field_info(type)[index];
+  const char* name = short_name(field);
+  return name == field.name || !field.name || field_of_short_name(type, name) >= 0 ? name : field.name;
 }
 
 long enum_number(lumo_type_t type, const char* name, size_t length) {

@@ -54,8 +54,8 @@ inline lumo_field_info_t* field_info(lumo_type_t type) {
 }
 // Both -1 if not found.
 long field_index(lumo_type_t type, const char* name);
-// Without the module that stands before a type which is an alternative of anytype.
-const char* shown_name(const lumo_field_info_t& field);
+// The name of a field; an alternative of anytype goes without its module where one alone has the name.
+const char* shown_name(lumo_type_t type, size_t index);
 long enum_number(lumo_type_t type, const char* name, size_t length);
 const char* enum_name(lumo_type_t type, long number);  // nullptr if there is none
 lumo_type_t element_type(lumo_type_t type);
