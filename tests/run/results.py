@@ -90,10 +90,12 @@ def check_ends(suite):
         if suite.sanitized and word in ("crash", "abort", "arith"):
             continue  # the sanitizer has handlers of its own
         suite.path("ends").unlink(missing_ok=True)
-        out, _ = suite.run(f"-vnone -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json --coverage c.info")
+        out, _ = suite.run(f"-vinfo,event,error -L e.log --log-dir e -t TC_pass,TC_{word},TC_none --junit j.xml --json j.json --coverage c.info")
         at_once = "with status" in reason or "Killed" in reason
-        check_has(out, [f"Outcome.TC_{word}: error {'' if at_once else 'Outcome.ttcn:22 '}{reason}\n", "run ended early", "\n2 test cases: 1 pass"],
+        check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:22 {reason}\n", "run ended early", "\n2 test cases: 1 pass"],
                   word)
+        log, sent = suite.read("e.log"), f'mtc:p: "{word}"\n'
+        check(log.count(sent) == suite.read("e/mtc.log").count(sent) == 1 and -1 < log.find(sent) < log.find(reason), f"log after {word}", log)
         check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
@@ -127,10 +129,13 @@ def check_ends(suite):
         check("could not be started: user code ended" in err if status else out.count("pass") == 3, f"{word} at the start", out, err)
         check(status == 0 or not suite.path("start.xml").exists(), f"a report without a start: {word}")
     suite.more = {}
-    process = suite.start("-vnone -t TC_wait --junit killed.xml")
+    suite.run("-vevent -L e.log -t TC_kill,TC_none -j 2")
+    check(suite.read("e.log").count('mtc:p: "kill"\n') == 1, "log of a job that was killed")
+    process = suite.start("-vevent -L e.log -t TC_wait --junit killed.xml")
     time.sleep(0.3)
     process.kill()
     process.communicate()
+    check("start of v_long" in suite.read("e.log"), "log of a run that waits")
     check(not suite.path("killed.xml").exists() and list(suite.folder.glob("killed.xml.*.part")), "half a report")
     suite.run("-vnone -t TC_pass --junit killed.xml", status=0)
     check(not list(suite.folder.glob("killed.xml.*")), "what a killed run left")

@@ -12,6 +12,7 @@
 #include "text/codec.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "text/log_file.h"
 #include "ports/addresses.h"
 #include "ports/no_adapter.h"
 #include "report/events.h"
@@ -546,6 +547,7 @@ void take_messages_from_outside() {
 }
 
 void wait_outside(Time until) {
+  flush_log();
   std::unique_lock<std::mutex> hold(arrivals_lock);
   auto wake_up = [] { return something_arrived.load(); };
   // The end of the run may be asked for meanwhile, and signals wake nobody here.

@@ -4,6 +4,7 @@
 #include "run/component.h"
 #include "value/error.h"
 #include "text/log.h"
+#include "text/log_file.h"
 #include "ports/outside.h"
 #include "run/ending.h"
 #include "run/scheduler.h"
@@ -138,6 +139,7 @@ void conclude_test_case() {
   leave_copy_of_run();
   Undisturbed until_told;
   TestCase& tc = *test_case;
+  flush_log();
   if (const std::string why = objection(); !why.empty() && tc.verdict != lumo_verdict_error_c) {
     tc.verdict = lumo_verdict_error_c;
     tc.reason = why;
@@ -145,6 +147,7 @@ void conclude_test_case() {
   const Time duration = now() - tc.begin;
   log_line(lumo_log_msg_info_c, "test case " + tc.module + "." + tc.name + " finished with verdict " +
                                     verdict_name(tc.verdict) + (tc.reason.empty() ? "" : ": ") + tc.reason);
+  flush_log();
   results().push_back({tc.module, tc.name, tc.verdict, tc.reason, tc.place, tc.begin, duration});
   test_case = nullptr;
   watch_test_case(false);

@@ -59,6 +59,7 @@ struct Job {
   Time begin = 0, duration = 0, real_begin = 0;
   Spool output{"output"}, errors{"errors"}, log{"log"}, wire{"wire"};
   WireBox box;
+  LogBox log_box;
   std::unique_ptr<CountBox> counts{counts_lines() ? new CountBox : nullptr};
 
   // Code of the user that lets nothing else happen is not waited for without end.
@@ -76,6 +77,7 @@ struct Job {
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
   spool_log(job.log.descriptor());
+  let_log_wait(&job.log_box);
   drop_reporters();
   tell_results(false);
   add_reporter(make_wire(job.wire.descriptor(), job.box, needs));
@@ -83,6 +85,7 @@ struct Job {
   results().clear();
   execute(*job.selected);
   end_watch();
+  flush_log();
   tell_run_ends(results());
   std::fflush(nullptr);
   _exit(0);
@@ -123,6 +126,7 @@ void collect(const Job& job) {
   std::fwrite(output.data(), 1, output.size(), stdout);
   std::fwrite(errors.data(), 1, errors.size(), stderr);
   append_spooled_log(job.log.text());
+  append_spooled_log(job.log_box.text());
   if (job.counts) add_counts(*job.counts);
   Result result;
   if (!tell_events(job, result)) {

@@ -80,6 +80,12 @@ void abandon(const char* reason) {
   while (next < std::size(steps)) steps[next++](reason);
 }
 
+// In a copy of the process, which has no part in what the run tells.
+void leave_to_original() {
+  drop_reporters();
+  let_log_wait(nullptr);
+}
+
 bool open_reports(const SuiteOptions& options) {
   bool to_output = true;
   for (const auto& [make, path] : options.reports) {
@@ -257,7 +263,7 @@ int run_registered(const SuiteOptions& options, const char* control_part) {
     if (!open_reports(options)) return start_fault;
     if (options.is_supervised) be_supervised(held);
     is_started = false;
-    watch_process(abandon, drop_reporters);
+    watch_process(abandon, leave_to_original);
   }
   int status = start_fault;
   if (initialize(options)) status = run_initialized(options, program, control_part);

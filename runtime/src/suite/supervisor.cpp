@@ -78,8 +78,8 @@ void hand_on_signals() {
 
 class Supervision {
  public:
-  Supervision(int socket, const WireBox& box, const std::atomic<Time>& deadline)
-      : socket_(socket), box_(box), deadline_(deadline) {
+  Supervision(int socket, const WireBox& box, const LogBox& log, const std::atomic<Time>& deadline)
+      : socket_(socket), box_(box), log_(log), deadline_(deadline) {
     reader_.listener.run_begins = [this] { phase_ = Phase::runs; };
     reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name,
                                                Time begin) {
@@ -116,6 +116,7 @@ class Supervision {
     while (receive(0)) {
     }
     hear(box_.rest(received_));
+    write_rest_of_log(log_);
     if (phase_ != Phase::over) return finish(status);
     if (is_killed_) std::fprintf(stderr, "user code did not let the process end\n");
     if (is_killed_) return 1;
@@ -200,6 +201,7 @@ class Supervision {
 
   int socket_;
   const WireBox& box_;
+  const LogBox& log_;
   const std::atomic<Time>& deadline_;
   WireReader reader_;
   Phase phase_ = Phase::begins;
@@ -229,6 +231,7 @@ bool is_alone() {
 // What both processes have.
 struct Common {
   WireBox box;
+  LogBox log;
   std::atomic<Time>* deadline;
   int sockets[2];  // of the one that watches, and of the one that runs
 };
@@ -245,7 +248,7 @@ bool make_common(Common& common) {
   close(common.sockets[1]);
   hand_on_signals();
   sigprocmask(SIG_SETMASK, &signals, nullptr);
-  const int status = Supervision(common.sockets[0], common.box, *common.deadline).watch();
+  const int status = Supervision(common.sockets[0], common.box, common.log, *common.deadline).watch();
   std::fflush(nullptr);
   _exit(status);
 }
@@ -264,6 +267,7 @@ void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
   close(common.sockets[0]);
   drop_reporters();
   share_deadline(common.deadline);
+  let_log_wait(&common.log);
   add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, needs));
 }
 

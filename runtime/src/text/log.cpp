@@ -2,6 +2,7 @@
 
 #include <sys/time.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -34,16 +35,28 @@ enum class LogForm { text, columns, json };
 std::string* muted = nullptr;
 LogForm form = LogForm::text;
 
+// The format of a time in seconds, whose text serves all entries of a second.
+std::string text_of_second(time_t seconds, const char* format) {
+  static time_t known = -1;
+  static const char* known_format = nullptr;
+  static char text[32];
+  if (seconds != known || format != known_format) {
+    tm parts;
+    localtime_r(&seconds, &parts);
+    std::strftime(text, sizeof text, format, &parts);
+    known = seconds;
+    known_format = format;
+  }
+  return text;
+}
+
 std::string time_stamp(const char* format) {
   timeval now;
   gettimeofday(&now, nullptr);
-  tm parts;
-  time_t seconds = now.tv_sec;
-  localtime_r(&seconds, &parts);
-  char text[80], day[32];
-  std::strftime(day, sizeof day, format, &parts);
-  std::snprintf(text, sizeof text, "%s.%06ld", day, static_cast<long>(now.tv_usec));
-  return text;
+  char fraction[] = ".000000";
+  for (size_t i = sizeof fraction - 2; i > 0; --i, now.tv_usec /= 10)
+    fraction[i] += static_cast<char>(now.tv_usec % 10);
+  return text_of_second(now.tv_sec, format) + fraction;
 }
 
 std::string dated_time() {
@@ -63,13 +76,17 @@ std::string place() {
 
 // A line of the log stays one line, is text, and steers no terminal.
 void append_escaped(std::string& line, std::string_view text) {
+  const auto is_steering = [](unsigned char octet) { return (octet < ' ' && octet != '\t') || octet == 127; };
+  if (std::none_of(text.begin(), text.end(), is_steering)) {
+    line += text;
+    return;
+  }
   for (char c : text) {
-    const auto octet = static_cast<unsigned char>(c);
     if (c == '\n') {
       line += "\\n";
     } else if (c == '\r') {
       line += "\\r";
-    } else if ((octet < ' ' && c != '\t') || octet == 127) {
+    } else if (is_steering(static_cast<unsigned char>(c))) {
       line += "\\x" + hex_text({&c, 1});
     } else {
       line += c;

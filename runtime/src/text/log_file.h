@@ -1,5 +1,6 @@
 // A file of the log, or one for each component. A file that grows beyond a size is renamed, with the next
-// number behind its name, and begun anew.
+// number behind its name, and begun anew. Entries may wait for each other in memory that processes share, so
+// that what one leaves behind that ends at once is written by another.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +21,32 @@ bool write_to_log_file(const std::string& component, const std::string& lines);
 void close_log_files();
 int lost_entries();
 void note_lost_entries(int error);
-// In a process of its own: what would go to files goes to the descriptor, for append_spooled_log to put there.
+
+// Entries that wait, each with its component, in the form of what is spooled. To be made before the processes
+// part; without memory nothing waits.
+class LogBox {
+ public:
+  LogBox();
+  ~LogBox();
+  LogBox(const LogBox&) = delete;
+  // Good until something is put.
+  std::string_view text() const;
+  // False where there is no room.
+  bool put(std::string_view entry);
+  void clear();
+
+ private:
+  struct Shared;
+  Shared* shared_;
+};
+// From now on entries wait there until it is full, the log is flushed, or its files are closed; null for
+// none.
+void let_log_wait(LogBox* box);
+void flush_log();
+// Behind what another process wrote that has ended now.
+void write_rest_of_log(const LogBox& box);
+// In a process of its own: what would go to files goes to the descriptor, for append_spooled_log to put
+// there.
 void spool_log(int descriptor);
 void append_spooled_log(std::string_view text);
 
