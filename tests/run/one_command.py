@@ -75,6 +75,8 @@ def check_changes(place):
     place.run("Root.ttcn", status=247, err='no declaration for "x"')
     place.write("Root.ttcn", "module Root {")
     place.run("Root.ttcn", status=250, err="found/expected")
+    place.write("Root.ttcn", "module Root { control { x := 1 } }")
+    place.run("Root.ttcn", status=247, err='comes without any warranty.\n\n\nRoot.ttcn(1) : column 25 : Error       no declaration for "x"\n')
     place.run("Missing.ttcn", status=251, err="Missing.ttcn")
 
 

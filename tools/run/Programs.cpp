@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,11 +32,30 @@ std::vector<char*> Vector(const std::vector<std::string>& words) {
   return vector;
 }
 
-pid_t Start(const std::vector<std::string>& command, const std::filesystem::path& output) {
+/// Text of another process, in memory since a disk may be full. Without memory it holds nothing.
+class HeldText {
+ public:
+  explicit HeldText(Errors errors)
+      : descriptor_(errors == Errors::BehindOutput ? memfd_create("errors", MFD_CLOEXEC) : -1) {}
+  ~HeldText() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  HeldText(const HeldText&) = delete;
+  /// Where it is written; negative where nothing is held.
+  int Descriptor() const { return descriptor_; }
+  std::string Text() const { return ReadFile("/proc/self/fd/" + std::to_string(descriptor_)); }
+
+ private:
+  int descriptor_;
+};
+
+/// `errors` is the descriptor for standard error; negative for the one of this process.
+pid_t Start(const std::vector<std::string>& command, const std::filesystem::path& output, int errors) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                    0666);
+  if (errors >= 0) posix_spawn_file_actions_adddup2(&actions, errors, STDERR_FILENO);
   pid_t child = -1;
   const int error =
       posix_spawnp(&child, command.front().c_str(), &actions, nullptr, Vector(command).data(), environ);
@@ -68,12 +88,14 @@ unsigned Processors() {
   return static_cast<unsigned>(std::max(CPU_COUNT(&usable), 1));
 }
 
-int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output) {
-  const pid_t child = Start(command, output);
+int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output, Errors errors) {
+  const HeldText held(errors);
+  const pid_t child = Start(command, output, held.Descriptor());
   int status = 0;
   while (waitpid(child, &status, 0) < 0)
     if (errno != EINTR) Fail("no end of " + command.front(), errno);
-  if (status != 0) std::cerr << ReadFile(output) << std::flush;
+  if (status != 0) std::cerr << ReadFile(output);
+  std::cerr << held.Text() << std::flush;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 

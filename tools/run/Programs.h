@@ -16,10 +16,13 @@ bool IsInstalled(const std::string& program);
 /// How many processors this process may use.
 unsigned Processors();
 
+/// Where errors of a program appear: as they come, or behind its output, which is known at its end only.
+enum class Errors { AtOnce, BehindOutput };
+
 /// Runs a program to its end: its exit status; 128 and its number for a signal. What it writes to standard
 /// output goes to the file `output`, and from there to standard error when it fails: standard output is the
 /// suite's. Throws a std::string when it cannot be started.
-int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output);
+int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output, Errors errors);
 
 /// An executable file that stays the same whatever happens to its name.
 class OpenProgram {

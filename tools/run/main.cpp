@@ -154,7 +154,7 @@ int Build(const Suite& suite, const BuildFolder& place) {
   const path& folder = place.path();
   WriteMcfg(suite, folder);
   const path output = folder / "output";
-  const int status = RunProgram(CompilerCommand(suite, folder), output);
+  const int status = RunProgram(CompilerCommand(suite, folder), output, Errors::BehindOutput);
   place.DropOutdated(suite.executable());
   if (status != 0) return status;
   if (suite.root.empty()) throw std::string("no module was found");
@@ -168,7 +168,7 @@ int Build(const Suite& suite, const BuildFolder& place) {
                                          "-f",
                                          "makefile",
                                          "all"};
-  return RunProgram(make, output) == 0 ? 0 : kStartFault;
+  return RunProgram(make, output, Errors::AtOnce) == 0 ? 0 : kStartFault;
 }
 
 /// What could not be built leaves nothing to run. Not all tools tell what they lack.
