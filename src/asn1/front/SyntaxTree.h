@@ -15,7 +15,7 @@ enum ModuleState { kNotRead = 0, kFailed = 1, kRead = 2, kPredefined = 3 };
 
 struct ModRec;
 
-/// What a back end keeps with a module, a type and so on; made and owned by the back end.
+/// What a back end or the model keeps with a module, a type and so on; made by who keeps it.
 struct BEModMetaRec {
   virtual ~BEModMetaRec() = default;
 };
@@ -47,6 +47,7 @@ struct ModRec {
   AsnOptions options;
   std::map<int, int> stamps;  // by type number
   std::unique_ptr<BEModMetaRec> meta;
+  std::unique_ptr<BEModMetaRec> findings;  // of the model, made when it finds the first
 };
 
 /// The records of a module by number, and texts; a number that no record has is a fatal error. Text 0 is

@@ -70,6 +70,8 @@ AsnType forSynonymType(const AsnType& type);
 AsnType forBaseType(const AsnType& type);
 /// The alternative that a selection type stands for.
 AsnType forSelectionType(const AsnType& type);
+/// One step towards the base, by a name or a selection; false where the type is its own base.
+AsnType forTypeBehind(const AsnType& type);
 
 /// The name with underscores for hyphens; "?!?" for a type without one.
 std::string getTypeRef(const AsnType& type);

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
-#include <set>
 
-#include "asn1/front/AsnFault.h"
+#include "asn1/model/AsnFindings.h"
 
 namespace asn1 {
 namespace {
 constexpr int kDeepestConstraint = 2000;
+constexpr const char* kNotFlat = "Unable to construct a flat integer value set";
 
 enum class Measure { Value, Size };
 
@@ -75,7 +75,7 @@ ValueSet Everything(Measure measure) {
 
 Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure measure, int depth) {
   if (!constraint) return {};
-  if (depth > kDeepestConstraint) fatalError(kInternal, "Unable to construct a flat integer value set");
+  if (depth > kDeepestConstraint) fatalError(kInternal, kNotFlat);
   switch (getConstraintKind(constraint)) {
     case kUnion:
     case kCatenation:
@@ -110,42 +110,44 @@ Evaluated Evaluate(const AsnType& type, const AsnConstraint& constraint, Measure
   }
 }
 
-// The types of a chain of references, the innermost first.
-std::vector<AsnType> ChainOf(const AsnType& type) {
-  std::vector<AsnType> chain{type};
-  while (getTypeMainType(chain.back()) == TYP_SYNONYM || getTypeMainType(chain.back()) == TYP_SELECTION) {
-    const AsnType& last = chain.back();
-    chain.push_back(getTypeMainType(last) == TYP_SYNONYM ? forSynonymType(last) : forSelectionType(last));
-    if (chain.size() > static_cast<size_t>(kDeepestConstraint))
+// What is found of a type by what the types behind it leave, the innermost first: each of them that nothing
+// is kept of narrows that of the one behind it and keeps it.
+template <class Found, class Narrow>
+Found FindAlong(const AsnType& type, AsnFindings::ByNumber<std::optional<Found>> AsnFindings::*table,
+                Found found, Narrow narrow) {
+  std::vector<AsnType> way;
+  for (AsnType at = type; at; at = forTypeBehind(at)) {
+    if (const std::optional<Found>& kept = KeptOf(at, table)) {
+      found = *kept;
+      break;
+    }
+    way.push_back(at);
+    if (way.size() > static_cast<size_t>(kDeepestConstraint))
       fatalError(kInternal, "Unable to find synonym type.");
   }
-  std::reverse(chain.begin(), chain.end());
-  return chain;
+  std::for_each(way.rbegin(), way.rend(), [&](const AsnType& at) {
+    narrow(at, found);
+    KeptOf(at, table) = found;
+  });
+  return found;
 }
 
-// Contained subtypes lead from one type to the next.
-constexpr const char* kNotFlat = "Unable to construct a flat integer value set";
-constexpr int kMostContained = 100000;
-
 ConstrainedSet SetOf(const AsnType& type, Measure measure) {
-  static int nesting = 0, contained = 0;
+  // Contained subtypes lead from one type to the next.
+  static int nesting = 0;
   const NestingGuard guard(nesting, kNotFlat);
-  // Each may lead to the next one twice.
-  contained = nesting == 1 ? 0 : contained + 1;
-  if (contained > kMostContained) fatalError(kInternal, kNotFlat);
-  ConstrainedSet result;
-  result.set = Everything(measure);
-  for (const AsnType& step : ChainOf(type)) {
-    forEachLocalTypeConstraint(step, [&](const AsnConstraint& constraint, int) {
-      const Evaluated evaluated = Evaluate(step, constraint, measure, 0);
+  const auto narrow = [measure](const AsnType& at, ConstrainedSet& found) {
+    forEachLocalTypeConstraint(at, [&](const AsnConstraint& constraint, int) {
+      const Evaluated evaluated = Evaluate(at, constraint, measure, 0);
       if (!evaluated.known) return;
-      result.set = result.set.Intersect(evaluated.set);
-      result.constrained = true;
+      found.set = found.set.Intersect(evaluated.set);
+      found.constrained = true;
       // The outermost constraint alone says whether there are extensions.
-      result.extensible = evaluated.extensible;
+      found.extensible = evaluated.extensible;
     });
-  }
-  return result;
+  };
+  return FindAlong(type, measure == Measure::Size ? &AsnFindings::sizes : &AsnFindings::numbers,
+                   ConstrainedSet{Everything(measure), false, false}, narrow);
 }
 
 // The characters that a type has without constraints.
@@ -159,13 +161,6 @@ std::string CharactersOf(MainType type) {
   for (int c = first; c <= last; ++c) all += static_cast<char>(c);
   return all;
 }
-
-// What a constraint leaves of the characters of a type.
-struct Alphabet {
-  std::set<unsigned char> characters;
-  bool known = false;  // the constraint says something of characters
-  bool extensible = false;
-};
 
 class Alphabets {
  public:
@@ -237,7 +232,7 @@ class Alphabets {
 
   static Alphabet Contained(const AsnType& type) {
     static int nesting = 0;
-    const NestingGuard guard(nesting, "Unable to construct a flat integer value set");
+    const NestingGuard guard(nesting, kNotFlat);
     return type ? Listed(PermittedAlphabetOf(type).empty() ? CharactersOf(getBaseTypeMainType(type))
                                                            : PermittedAlphabetOf(type))
                 : Alphabet{};
@@ -338,34 +333,35 @@ std::optional<std::string> constructAllowedCharacters(const AsnType& type, const
 }
 
 std::string PermittedAlphabetOf(const AsnType& type) {
-  const Alphabets alphabets(type);
-  std::set<unsigned char> left = alphabets.all();
-  bool constrained = false, extensible = false;
-  for (const AsnType& step : ChainOf(type)) {
-    forEachLocalTypeConstraint(step, [&](const AsnConstraint& constraint, int) {
+  const auto narrow = [](const AsnType& at, Alphabet& found) {
+    forEachLocalTypeConstraint(at, [&](const AsnConstraint& constraint, int) {
+      // All types of a chain have the characters of its base.
+      const Alphabets alphabets(at);
       const Alphabet alphabet = alphabets.Of(constraint, false);
       if (!alphabet.known) return;
       std::set<unsigned char> both;
-      for (const unsigned char c : left)
+      for (const unsigned char c : found.known ? found.characters : alphabets.all())
         if (alphabet.characters.count(c) != 0) both.insert(c);
-      left = std::move(both);
-      constrained = true;
       // As with sizes, the outermost constraint alone says whether there are extensions.
-      extensible = alphabet.extensible;
+      found = {std::move(both), true, alphabet.extensible};
     });
-  }
-  return constrained && !extensible ? std::string(left.begin(), left.end()) : std::string();
+  };
+  const Alphabet found = FindAlong(type, &AsnFindings::alphabets, Alphabet{}, narrow);
+  if (!found.known || found.extensible) return {};
+  return std::string(found.characters.begin(), found.characters.end());
 }
 
 Segment EndpointsOf(const AsnType& type) {
   const AsnType base = forBaseType(type);
   switch (getTypeMainType(base)) {
     case TYP_ENUM: {
-      ValueSet items;
+      std::optional<Segment> items;
       forEachNamedNumber(base, [&](const AsnValue& item, int) {
-        items = items.Merge(ValueSet(int64Value(item), int64Value(item)));
+        const Wide number = int64Value(item);
+        items = items ? Segment{std::min(items->low, number), std::max(items->high, number)}
+                      : Segment{number, number};
       });
-      return items.empty() ? Segment{kMinimum, kMaximum} : Segment{items.low(), items.high()};
+      return items.value_or(Segment{kMinimum, kMaximum});
     }
     case TYP_INTEGER: {
       const ConstrainedSet set = IntegerSetOf(type);

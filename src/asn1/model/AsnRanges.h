@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,12 @@ ConstrainedSet IntegerSetOf(const AsnType& type);
 ConstrainedSet SizeSetOf(const AsnType& type);
 /// The sizes that one SIZE constraint of the type names.
 ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint);
+/// What constraints leave of the characters of a type.
+struct Alphabet {
+  std::set<unsigned char> characters;
+  bool known = false;  // they say something of characters
+  bool extensible = false;
+};
 /// The characters that permitted alphabets leave, in ascending order; none where there is no such
 /// constraint, or one that is extensible.
 std::string PermittedAlphabetOf(const AsnType& type);

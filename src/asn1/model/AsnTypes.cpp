@@ -3,7 +3,7 @@
 #include <set>
 
 #include "asn1/front/AsnFault.h"
-#include "asn1/model/AsnModel.h"
+#include "asn1/model/AsnFindings.h"
 
 namespace asn1 {
 namespace {
@@ -88,18 +88,16 @@ AsnType forSynonymType(const AsnType& type) {
   return newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type);
 }
 
+AsnType forTypeBehind(const AsnType& type) {
+  const MainType main_type = getTypeMainType(type);
+  if (main_type == TYP_SYNONYM) return forSynonymType(type);
+  return main_type == TYP_SELECTION ? forSelectionType(type) : AsnType{};
+}
+
 AsnType forBaseType(const AsnType& type) {
-  AsnType result = type;
-  for (int steps = 0; steps < kLongestChain; ++steps) {
-    const MainType main_type = getTypeMainType(result);
-    if (main_type == TYP_SYNONYM)
-      result = forSynonymType(result);
-    else if (main_type == TYP_SELECTION)
-      result = forSelectionType(result);
-    else
-      return result;
-  }
-  fatalError(kInternal, "Unable to find synonym type.");
+  const MainType main_type = getTypeMainType(type);
+  if (main_type != TYP_SYNONYM && main_type != TYP_SELECTION) return type;
+  return FindEnd(type, forTypeBehind, &AsnFindings::bases, "Unable to find synonym type.");
 }
 
 AsnType forSelectionType(const AsnType& type) {
@@ -243,12 +241,12 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
       add(static_cast<TagClass>(tag.tag_class), tag.number, true);
       replaces = tag.is_explicit == 0;
     }
-    const MainType main_type = getTypeMainType(at);
-    if (main_type == TYP_SYNONYM || main_type == TYP_SELECTION) {
-      at = main_type == TYP_SYNONYM ? forSynonymType(at) : forSelectionType(at);
+    if (const AsnType behind = forTypeBehind(at)) {
+      at = behind;
       continue;
     }
     // EXTERNAL is encoded as the SEQUENCE that it stands for.
+    const MainType main_type = getTypeMainType(at);
     const MainTypeRow& row = rowOf(main_type);
     if (row.tag > 0) add(kTagUniversal, row.tag, row.constructed || main_type == TYP_EXTERNAL);
     return tags;

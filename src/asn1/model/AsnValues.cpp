@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "asn1/front/AsnFault.h"
-#include "asn1/model/AsnModel.h"
+#include "asn1/model/AsnFindings.h"
 
 namespace asn1 {
 namespace {
@@ -58,6 +58,14 @@ AsnConstraint ConstraintAt(ModRec* module, int number) {
 AsnValue ValueAt(ModRec* module, int number) {
   return number == 0 ? AsnValue{} : newAsnValue(*module, number);
 }
+
+// One step along a chain of value references; false where it ends.
+AsnValue ValueStep(const AsnValue& value) {
+  const VNode& node = value.node();
+  return node.main_type == TYP_SYNONYM
+             ? newAsnValue(getModPtr(*value.module, node.ref_module), node.ref_value)
+             : AsnValue{};
+}
 }  // namespace
 
 AsnValue newAsnValue(ModRec& module, int number) {
@@ -83,13 +91,8 @@ MainType getValueMainType(const AsnValue& value) {
 }
 
 AsnValue skipValues(const AsnValue& value) {
-  AsnValue result = value;
-  for (int steps = 0; steps < kLongestChain; ++steps) {
-    const VNode& node = result.node();
-    if (node.main_type != TYP_SYNONYM) return result;
-    result = newAsnValue(getModPtr(*result.module, node.ref_module), node.ref_value);
-  }
-  fatalError(kInternal, "Unable to construct a value for a constraint.");
+  if (getValueMainType(value) != TYP_SYNONYM) return value;
+  return FindEnd(value, ValueStep, &AsnFindings::values, "Unable to construct a value for a constraint.");
 }
 
 std::string getValueRef(const AsnValue& value) {
@@ -183,13 +186,11 @@ bool isLocalTypeConstraints(const AsnType& type) {
 }
 
 bool isConstraints(const AsnType& type) {
-  AsnType at = type;
-  for (int steps = 0; steps < kLongestChain; ++steps) {
-    if (isLocalTypeConstraints(at)) return true;
-    if (!isReference(at)) return false;
-    at = forSynonymType(at);
-  }
-  return false;
+  const auto towards_constraints = [](const AsnType& at) {
+    return isLocalTypeConstraints(at) || !isReference(at) ? AsnType{} : forSynonymType(at);
+  };
+  return isLocalTypeConstraints(
+      FindEnd(type, towards_constraints, &AsnFindings::constrained, "Unable to find synonym type."));
 }
 
 ConstraintKind getConstraintKind(const AsnConstraint& constraint) {

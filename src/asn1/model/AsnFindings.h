@@ -1,0 +1,62 @@
+// What the model has found of the records of one module and keeps with it, so that what many records lead to
+// is looked for once. It holds as long as the module's records, which never change once they are read.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "asn1/front/AsnFault.h"
+#include "asn1/model/AsnRanges.h"
+
+namespace asn1 {
+struct AsnFindings : BEModMetaRec {
+  /// By the number of a record; empty up to the first entry, and false where nothing was found yet.
+  template <class Found>
+  using ByNumber = std::vector<Found>;
+
+  /// What stands behind references: the types behind those by name and selections, the values.
+  ByNumber<AsnType> bases;
+  ByNumber<AsnValue> values;
+  /// What the constraints of types and of those behind them leave.
+  ByNumber<std::optional<ConstrainedSet>> numbers, sizes;
+  ByNumber<std::optional<Alphabet>> alphabets;
+  /// The first types on the way to the base that have constraints, or those at its end.
+  ByNumber<AsnType> constrained;
+};
+
+/// The findings of a module, made if there are none.
+inline AsnFindings& FindingsOf(ModRec& module) {
+  if (module.findings == nullptr) module.findings = std::make_unique<AsnFindings>();
+  return static_cast<AsnFindings&>(*module.findings);
+}
+
+/// The place of what is kept for a record. Valid up to the next call.
+template <class Found>
+Found& KeptOf(const AsnHandle& record, AsnFindings::ByNumber<Found> AsnFindings::*table) {
+  AsnFindings::ByNumber<Found>& kept = FindingsOf(*record.module).*table;
+  const auto number = static_cast<size_t>(record.number);
+  if (number >= kept.size()) kept.resize(number + 1);
+  return kept[number];
+}
+
+/// Follows a chain of references to its end, where `step` gives false, or to a record that knows its end
+/// already, and gives the end to each on the way. A chain without an end is the fatal error `fault`.
+template <class Record, class Step>
+Record FindEnd(const Record& start, Step step, AsnFindings::ByNumber<Record> AsnFindings::*ends,
+               const char* fault) {
+  std::vector<Record> way;
+  Record end = start;
+  while (const Record next = step(end)) {
+    if (const Record known = KeptOf(end, ends)) {
+      end = known;
+      break;
+    }
+    if (way.size() >= static_cast<size_t>(kLongestChain)) fatalError(kInternal, fault);
+    way.push_back(end);
+    end = next;
+  }
+  for (const Record& at : way) KeptOf(at, ends) = end;
+  return end;
+}
+}  // namespace asn1
