@@ -19,7 +19,7 @@ using Nodes = std::vector<T3Tree_Node*>;
 Nodes& g_declared = *new Nodes;
 const ModuleCache declared([] { g_declared.clear(); }, ModuleCache::Holds::ForRun);
 
-bool IsDeclared(const T3Tree_Node* node) {
+bool IsDeclaration(const T3Tree_Node* node) {
   return T3Is<_T3Decl>(node) || T3Is<_T3FormalPar>(node);
 }
 
@@ -159,7 +159,7 @@ std::string_view Assigned(T3Tree_Node* node, const char* function) {
     const Entry* entry = g_scopes.Find(node);
     return entry == nullptr ? std::string_view() : entry->*kLocation;
   }
-  if (!IsDeclared(node)) internal_error_ast("LUMOS", __LINE__, function, node);
+  if (!IsDeclaration(node)) internal_error_ast("LUMOS", __LINE__, function, node);
   return kLocation == &Entry::rts_loc ? DeclaredLocationOf(node) : std::string_view();
 }
 
@@ -190,7 +190,7 @@ void SetRTSLocation(T3Tree_Node* node, std::string_view location) {
 }
 
 void DeclareRTSLocation(T3Tree_Node* node, std::string_view location) {
-  if (!IsDeclared(node)) internal_error_ast("LUMOS", __LINE__, __func__, node);
+  if (!IsDeclaration(node)) internal_error_ast("LUMOS", __LINE__, __func__, node);
   g_declared.push_back(node);
   DeclaredPlaceOf(node) = CGKeep(location).data();
 }
@@ -204,7 +204,7 @@ bool HasRTSLocation(T3Tree_Node* node) {
 }
 
 void ResetLocation(T3Tree_Node* node) {
-  if (IsDeclared(node)) {
+  if (IsDeclaration(node)) {
     if (node->HasCold()) DeclaredPlaceOf(node) = vexa_location_not_allocated;
   } else if (Entry* entry = g_scopes.Find(node)) {
     entry->c_loc = entry->rts_loc = {};
