@@ -83,39 +83,11 @@ void ExcludeOne(T3Candidates& candidates, size_t i, std::span<T3Tree_Node* const
 }
 }  // namespace
 
-bool IsWildcardType(const T3Tree_Node* type) {
-  // The generic types are made one after the other: the numbers tell at once what is none of them.
-  const uint32_t first = gT3AnyAnyType->number;
-  if (type == nullptr || type->number - first > gT3AnyModuleType->number - first) return false;
-  return type == gT3WildcardType || type == gT3AnyEnumeratedType || type == gT3AnyModuleType ||
-         type == gT3AnyPortType || type == gT3AnyComponentType || type == gT3AnyAddressType ||
-         type == gT3AnyUnionType || type == gT3AnyRecordType || type == gT3AnySetType ||
-         type == gT3AnyRecordOfType || type == gT3AnySetOfType || type == gT3AnyArrayType ||
-         type == gT3AnyAnyType;
-}
-
 bool ExpandWildcardType(const T3Tree_Node* wildcard, const T3Tree_Node* type) {
   if (!IsWildcardType(wildcard)) return false;
   if (wildcard == gT3WildcardType) return true;
   if (wildcard == gT3AnyModuleType) return type->is<T3Module>();
   return wildcard->kind == type->kind;
-}
-
-// Wildcards are fit by others, and so are built-in types by each other.
-void T3SharedTypes::Add(T3Tree_Node* local, T3Tree_Node* base) {
-  const size_t place = types_.size();
-  types_.emplace_back(local, base);
-  if (IsWildcardType(base) || base->is<T3ErrorType>() || base->is<T3Address>() || local->is<_T3BuiltinType>())
-    fit_by_others_.push_back(place);
-  else
-    places_.TryEmplace(local->number, place);
-}
-
-std::vector<size_t> T3SharedTypes::PlacesFor(T3Tree_Node* own) const {
-  std::vector<size_t> places = fit_by_others_;
-  if (const size_t* place = places_.Find(own->number))
-    places.insert(std::lower_bound(places.begin(), places.end(), *place), *place);
-  return places;
 }
 
 void Exclude(T3Candidates& candidates, T3Tree_Node* local, T3Tree_Node* base, bool update, bool strict) {
