@@ -111,8 +111,10 @@ def check_ends(suite):
             continue
         for clock in ("", "-s ") if word != "wait" else ("",):
             out, _ = suite.run(f"-vnone {clock}-T 0.3 -t TC_{word},TC_none")
+            # The code of a sanitizer may not be left at any moment; the run ends there.
+            others = [] if suite.sanitized else ["Outcome.TC_none: none\n"]
             check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:{place}", "the time given to the test case is over",
-                            "Outcome.TC_none: none\n"], clock + word)
+                            *others], clock + word)
         process = suite.start(f"-vnone -t TC_{word},TC_none --tap t.tap")
         while not suite.path("ends").exists() and process.poll() is None:
             time.sleep(0.01)
