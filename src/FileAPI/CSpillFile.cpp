@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "driver/diagnostics/T3Exception.h"
 
@@ -24,7 +25,15 @@ std::shared_ptr<CSpillFile> CSpillFile::shared() {
   return file;
 }
 
-CSpillFile::CSpillFile() : file_(".", "ccg") {
+CSpillFile::~CSpillFile() {
+  if (descriptor_ < 0) return;
+  close(descriptor_);
+  RemoveGeneratedFile(file_.path());
+}
+
+void CSpillFile::makeFile() {
+  TemporaryFile made(".", "ccg");
+  file_.Take(made);
   if (file_.path().empty())
     throw internal_exception("CSection", __LINE__, "add", "Could not create temporary file name");
   descriptor_ = open(file_.path().c_str(), O_RDWR | O_CLOEXEC);
@@ -32,13 +41,15 @@ CSpillFile::CSpillFile() : file_(".", "ccg") {
     throw internal_exception("CSection", __LINE__, "add", "Could not create/open array file");
 }
 
-CSpillFile::~CSpillFile() {
-  close(descriptor_);
-  RemoveGeneratedFile(file_.path());
-}
-
 CSpillFile::Extent CSpillFile::append(std::string_view text) {
-  const Extent extent{size_, text.size()};
+  if (text.size() <= room_) {
+    char* held = held_.take(text.size());
+    std::memcpy(held, text.data(), text.size());
+    room_ -= text.size();
+    return {held, 0, text.size()};
+  }
+  if (descriptor_ < 0) makeFile();
+  const Extent extent{nullptr, size_, text.size()};
   while (!text.empty()) {
     const ssize_t written = pwrite(descriptor_, text.data(), text.size(), static_cast<off_t>(size_));
     if (written <= 0) throw internal_exception("CSection", __LINE__, "add", "error when writing file");
