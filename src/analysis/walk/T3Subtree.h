@@ -9,6 +9,7 @@
 /// over. The root's `next` is not followed.
 template <class Visit>
 void ForEachInSubtree(T3Tree_Node* root, Visit visit) {
+  constexpr ptrdiff_t kAhead = 1536;
   // One stack for all walks: one that is begun while another visits works above it.
   static std::vector<T3Tree_Node*> open;
   const size_t base = open.size();
@@ -16,6 +17,7 @@ void ForEachInSubtree(T3Tree_Node* root, Visit visit) {
   while (open.size() > base) {
     T3Tree_Node* node = open.back();
     open.pop_back();
+    PrefetchNodesBehind(node, kAhead);
     const T3ChildFields& fields = ChildFieldsOf(node);
     if (node != root && fields.next.info != nullptr)
       if (T3Tree_Node* next = T3ChildField(node, fields.next)) open.push_back(next);
