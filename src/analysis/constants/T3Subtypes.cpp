@@ -309,11 +309,14 @@ const _vexa_error_message_t* CheckValueListConstraint(T3Tree_Node* list, T3Tree_
   return &ERR_subtype;
 }
 
+// Numbers of expressions that were warned of.
+std::unordered_set<uint32_t> g_unchecked;
+const ModuleCache unchecked([] { g_unchecked.clear(); }, ModuleCache::Holds::ForRun);
+
 // Once for an expression, however many constraints it has and however many declarations share it.
 void WarnUnchecked(T3Tree_Node* expression) {
-  static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
   if (expression->place == nullptr || HasFault(expression)) return;
-  if (!warned.insert(expression->number).second) return;
+  if (!g_unchecked.insert(expression->number).second) return;
   vexa_warning(GetVerbosity(expression->place->vexa_my_module),
                "Cannot check length restrictions, check will be enforced at runtime", PositionOf(expression));
 }

@@ -8,6 +8,7 @@
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3KindCover.h"
+#include "support/ModuleCaches.h"
 
 namespace {
 // What each declaration uses: the same edges as from a declaration to its users, turned round, so that what
@@ -23,32 +24,32 @@ struct Uses {
   std::unordered_set<T3Tree_Node*> needed;
   bool needed_is_known = false;
   std::unordered_set<T3Tree_Node*> reported;
+  /// Users that have all types among what they use, since they name anytype.
+  std::unordered_set<T3Tree_Node*> with_anytype;
 };
 
-Uses& AllUses() {
-  static Uses& uses = *new Uses;
-  return uses;
-}
+// Never destroyed: there is much of it at the end of the process.
+Uses& g_uses = *new Uses;
+const ModuleCache kUses{[] { g_uses = {}; }, ModuleCache::Holds::ForRun};
 
-void FindNeeded(Uses& uses) {
+void FindNeeded() {
   T3NodeList work;
-  for (T3Tree_Node* user : uses.users)
+  for (T3Tree_Node* user : g_uses.users)
     if (!user->is<_T3Decl>() || ExcludeFromOptimization(user)) work.push_back(user);
   while (!work.empty()) {
     T3Tree_Node* user = work.back();
     work.pop_back();
-    const auto found = uses.used_by_user.find(user);
-    if (found == uses.used_by_user.end()) continue;
+    const auto found = g_uses.used_by_user.find(user);
+    if (found == g_uses.used_by_user.end()) continue;
     for (T3Tree_Node* used : found->second)
-      if (uses.needed.insert(used).second) work.push_back(used);
+      if (g_uses.needed.insert(used).second) work.push_back(used);
   }
-  uses.needed_is_known = true;
+  g_uses.needed_is_known = true;
 }
 
 bool IsNeeded(T3Tree_Node* decl) {
-  Uses& uses = AllUses();
-  if (!uses.needed_is_known) FindNeeded(uses);
-  return uses.needed.count(decl) != 0;
+  if (!g_uses.needed_is_known) FindNeeded();
+  return g_uses.needed.count(decl) != 0;
 }
 
 // A local declaration gets code with the one that owns it.
@@ -89,8 +90,7 @@ bool IsAnytype(T3Tree_Node* def) {
 
 // The fields of anytype depend on what the module sees: all of that comes along, once for an owner.
 void RecordAnytype(T3Tree_Node* reference, T3Tree_Node* owner) {
-  static std::unordered_set<T3Tree_Node*> done;
-  if (done.insert(owner).second)
+  if (g_uses.with_anytype.insert(owner).second)
     InsertAnyTypeMembersInDependentDecls(AllTypesOf(reference->place->vexa_my_module), DepDecls(owner));
 }
 
@@ -126,15 +126,14 @@ constexpr T3Rule kUsageRules[] = {
 
 void AddAntiDependency(T3Tree_Node* used, T3Tree_Node* user) {
   if (gT3CommandLine.optimize == 0) return;
-  Uses& uses = AllUses();
-  if (user != uses.last_user) {
-    const auto [entry, is_new] = uses.used_by_user.try_emplace(user);
-    if (is_new) uses.users.push_back(user);
-    uses.last_user = user;
-    uses.used_by_last = &entry->second;
+  if (user != g_uses.last_user) {
+    const auto [entry, is_new] = g_uses.used_by_user.try_emplace(user);
+    if (is_new) g_uses.users.push_back(user);
+    g_uses.last_user = user;
+    g_uses.used_by_last = &entry->second;
   }
-  Append(*uses.used_by_last, used);
-  uses.needed_is_known = false;
+  Append(*g_uses.used_by_last, used);
+  g_uses.needed_is_known = false;
 }
 
 namespace {
@@ -156,7 +155,7 @@ bool ExcludeFromOptimization(T3Tree_Node* decl) {
 bool RequiresGeneration(T3Tree_Node* decl) {
   if (decl == nullptr) return false;
   if (!decl->is<_T3Decl>() || gT3CommandLine.optimize == 0 || RequiresGenerationWorker(decl)) return true;
-  if (!IsImportDecl(decl) && AllUses().reported.insert(decl).second) GenerateMessage(decl);
+  if (!IsImportDecl(decl) && g_uses.reported.insert(decl).second) GenerateMessage(decl);
   return false;
 }
 

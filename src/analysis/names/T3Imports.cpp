@@ -218,19 +218,17 @@ void ImportStage::SortTaken() {
 
 // Where the own declarations of a module begin, behind those that were made for its imports; by the number
 // of the module.
-std::unordered_map<uint32_t, T3Tree_Node*>& OwnDecls() {
-  static std::unordered_map<uint32_t, T3Tree_Node*> heads;
-  return heads;
-}
+std::unordered_map<uint32_t, T3Tree_Node*> g_own_decls;
+const ModuleCache own_decls([] { g_own_decls.clear(); }, ModuleCache::Holds::ForRun);
 
 T3Tree_Node* OwnDeclsOf(T3Module* module) {
-  const auto found = OwnDecls().find(module->number);
-  return found == OwnDecls().end() ? module->definition_part : found->second;
+  const auto found = g_own_decls.find(module->number);
+  return found == g_own_decls.end() ? module->definition_part : found->second;
 }
 
 void ImportStage::AddImportDecls() {
   SortTaken();
-  OwnDecls()[module_->number] = module_->definition_part;
+  g_own_decls[module_->number] = module_->definition_part;
   const auto is_null = [](const Taken& taken) { return taken.decl == ASN_1_NULL_DECLARATION; };
   const bool with_null = imports_asn1_ && T3Is<T3TTCN_3>(module_->representation) &&
                          T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) &&

@@ -15,6 +15,7 @@
 #include "driver/diagnostics/T3Error.h"
 #include "driver/diagnostics/T3ToldErrors.h"
 #include "driver/modules/T3UTF8String.h"
+#include "support/ModuleCaches.h"
 #include "support/StringM.h"
 
 namespace {
@@ -51,12 +52,15 @@ void NumberLiterals(T3Tree_Node* node) {
   AssignEnumValues(node);
 }
 
+// Numbers of literals that were warned of.
+std::unordered_set<uint32_t> g_large_literals;
+const ModuleCache large_literals([] { g_large_literals.clear(); }, ModuleCache::Holds::ForRun);
+
 // A literal that several declarations share is walked with each of them, and told once.
 void CheckIntLiteral(T3Tree_Node* node) {
-  static std::unordered_set<uint32_t>& warned = *new std::unordered_set<uint32_t>;
   auto* literal = node->as<T3IntLiteral>();
   if (CheckIntegerSize(StringM::StGetCStr(literal->value)) || literal->place == nullptr) return;
-  if (!warned.insert(literal->number).second) return;
+  if (!g_large_literals.insert(literal->number).second) return;
   vexa_warning(GetVerbosity(literal->place->vexa_my_module), "integer literal might be too large",
                literal->position);
 }
