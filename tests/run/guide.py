@@ -70,6 +70,9 @@ def follow(guide, folder, environment):
         run(commands, folder, environment)
         merge = re.search(r"`(orvane-merge [^`]*)`", guide)[1]
         expect("1 tests, 0 failures" in run(merge, folder, environment), "merged report of the shards")
+    if shutil.which("lcov"):
+        run("for i in 1 2; do ./Hello --coverage coverage-$i.info; done; true", folder, environment)
+        run(re.search(r"`(lcov [^`]*)`", guide)[1] + "&& grep BRDA all.info", folder, environment)
     sarif = re.search(r"`orvane \.\.\. (2>&1 [^`]*)`", guide)[1]
     (folder / "Bad.ttcn").write_text("module Bad {\n  type integer }\n")
     run(f"orvane -v 2 -a -F Bad.ttcn {sarif}", folder, environment)
@@ -140,13 +143,19 @@ def main():
     environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
                    "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
     folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)
-    (folder / "echo.c").write_text("""#include "tri.h"
-TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress *a, const TriMessage *m) { triEnqueueMsg(t, 0, c, m); return TRI_OK; }
+    (folder / "echo.cpp").write_text("""#include "echo.h"
+#include "tri.h"
+extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress *, const TriMessage *m) { ECHO(t, 0, c, m); return TRI_OK; }
 """)
+    (folder / "echo.h").write_text("#define ECHO triEnqueueMsg\n")
     with open(folder / "CMakeLists.txt", "a", encoding="utf-8") as file:
-        file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.c ARGUMENTS "--tap=a \\"b.tap")\n')
-    done = run(f"{options.cmake} -B build && {options.cmake} --build build && ctest --test-dir build -R adapted", folder, environment)
-    expect("100% tests passed" in done and (folder / 'build/a "b.tap').exists(), done)
+        file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.cpp ARGUMENTS "--tap=a \\"b;.tap"\n'
+                   'PROPERTIES LABELS "one;two")\n')
+    build_and_test = f"OSTYPE=none {options.cmake} --build build -j2 && ctest --test-dir build -L two"
+    done = run(f"{options.cmake} -B build && {build_and_test}", folder, environment)
+    expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
+    (folder / "echo.h").write_text("#define ECHO(...)\n")
+    expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
     if shutil.which("pkg-config"):
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
