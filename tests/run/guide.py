@@ -167,11 +167,22 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
     grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())
     check_editors(prefix / "share/orvane/editors", grammar, folder, environment)
-    words = run("bash -c '. share/bash-completion/completions/orvane; COMP_WORDS=(orvane-run --jun); COMP_CWORD=1; "
-                "_orvane_suite orvane-run; echo ${COMPREPLY[@]}; COMP_WORDS=(orvane -); _orvane; echo ${COMPREPLY[@]}'", prefix, environment)
-    expect(re.fullmatch(r"--junit\n.*-F .*\n", words), f"completion: {words}")
+    (folder / "a b.ttcn").touch()
+    script = ". ../prefix/share/bash-completion/completions/orvane-run\nshow() { local IFS=,; echo \"${COMPREPLY[*]}\"; }\n"
+    asked = {"--jun": "--junit", "--build": "--build", "Hello.ttcn -v info,e": "info,error,info,event", "-r H": "Hello", "--tap = a\\ ": "a b.ttcn",
+             "Hello.ttcn -t !TC": "!TC_echo", "a": "a b.ttcn", "../prefix/": "../prefix/bin"}
+    for words in asked:
+        script += f"COMP_WORDS=(orvane-run {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _orvane_suite orvane-run; show\n"
+    script += "COMP_WORDS=(orvane -); COMP_CWORD=1; _orvane; show\n"
+    (folder / "complete.sh").write_text(script)
+    words = run("bash complete.sh", folder, environment).splitlines()
+    expect(all(text in word for text, word in zip([*asked.values(), "-F,"], words, strict=True)), f"completion: {words}")
     if shutil.which("dpkg-deb") and shutil.which("cpack"):
-        run(["cpack", "-G", "DEB", "--config", str(build / "CPackConfig.cmake"), "-B", str(out / "package")], out, shell=False)
+        run(f"umask 077; cpack -G DEB --config {build}/CPackConfig.cmake -B package", out)
+        listed = run("dpkg-deb -c package/*.deb", out)
+        kinds = {line[:10] for line in listed.splitlines()}
+        expect(kinds == {"drwxr-xr-x", "-rw-r--r--", "-rwxr-xr-x"} and not re.search(r"man\d/.*[^z]$", listed, re.MULTILINE), listed)
+        expect(not run(f"grep -rl {build.parent.parent} package/_CPack_Packages/*/DEB/*/usr || true", out), "paths of the build")
         unpack(next((out / "package").glob("*.deb")), out)
         mcfg = (out / "root/usr/share/orvane/make_linux.mcfg").read_text()
         expect('<ORV_DIR> = "/usr"' in mcfg, "the package's place")
