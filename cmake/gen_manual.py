@@ -12,6 +12,8 @@ import re
 import subprocess
 from pathlib import Path
 
+SEE_ALSO = ("orvane (1)", "orvane-run (1)", "orvane-suite (1)", "mcfg (5)")
+
 
 def roff(text):
     text = text.replace("\\", "\\e").replace("-", "\\-")
@@ -110,10 +112,16 @@ def main():
 
     def write(name, section, title, *parts):
         head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
-        (folder / f"{name}.{section}").write_text(head + "\n".join(parts) + "\n", encoding="utf-8")
+        others = [f".BR {page}" for page in SEE_ALSO if not page.startswith(f"{name} ")]
+        (folder / f"{name}.{section}").write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
 
-    def document(name):
-        return page_of((docs / name).read_text(encoding="utf-8"))
+    def document(name, chapter=None):
+        """The body of a page; of the document the lines behind a heading up to the next one."""
+        text = (docs / name).read_text(encoding="utf-8")
+        if chapter:
+            text = text[text.index(f"\n## {chapter}\n") + 1:]
+            text = text[:text.index("\n## ")]
+        return page_of(text)
 
     write("orvane", 1, "compiler from TTCN\\-3 to C", ".SH DESCRIPTION", document("usage.md"), ".SH OPTIONS",
           help_of(options.orvane, "-h"))
@@ -131,7 +139,8 @@ def main():
             text = text.replace(f"@{name}_VALUES@", " ".join(f"{word}:{row[-1]}" for row in table if row[-1] for word in row[:-1]))
         made.write_text(text, encoding="utf-8")
     if options.run:
-        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", help_of(options.run, "--help"))
+        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", document("usage.md", "From sources to verdicts: orvane-run"),
+              ".SH OPTIONS", help_of(options.run, "--help"))
 
 
 if __name__ == "__main__":

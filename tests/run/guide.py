@@ -74,10 +74,14 @@ def follow(guide, folder, environment):
         run("for i in 1 2; do ./Hello --coverage coverage-$i.info; done; true", folder, environment)
         run(re.search(r"`(lcov [^`]*)`", guide)[1] + "&& grep BRDA all.info", folder, environment)
     sarif = re.search(r"`orvane \.\.\. (2>&1 [^`]*)`", guide)[1]
-    (folder / "Bad.ttcn").write_text("module Bad {\n  type integer }\n")
-    run(f"orvane -v 2 -a -F Bad.ttcn {sarif}", folder, environment)
-    result = json.loads((folder / "messages.sarif").read_text())["runs"][0]["results"][0]
-    expect(result["locations"][0]["physicalLocation"]["region"]["startLine"] == 2, "SARIF")
+    (folder / "Bad.ttcn").write_text("module Bad {\n  /* \u00e4 */\ttype integer }\n", encoding="utf-8")
+    (folder / "Bad.asn").write_text("T DEFINITIONS ::= BEGIN A ::=\n\tNix END\n")
+    for files, places in ("Bad.ttcn", [(2, 24)]), ("Missing.ttcn", [None]), ("Hello.ttcn -A Bad.asn", [(2, 2), None]):
+        run(f"(orvane -v 2 -a -F {files}; true) {sarif}", folder, environment)
+        results = json.loads((folder / "messages.sarif").read_text())["runs"][0]["results"]
+        regions = [place["physicalLocation"]["region"] for result in results for place in result["locations"]]
+        found = [(region["startLine"], region["startColumn"]) for region in regions] + [None] * (len(results) - len(regions))
+        expect(found == places and {result["level"] for result in results} == {"error"}, f"SARIF: {results}")
     return folder
 
 
@@ -98,8 +102,8 @@ def unpack(package, out):
 def check_editors(place, grammar, folder, environment):
     """The problem matcher finds what is really printed, and the grammar's expressions what they name."""
     patterns = [entry["pattern"][0] for entry in json.loads((place / "problem-matcher.json").read_text())["problemMatcher"]]
-    messages = run("orvane -v 2 -a -F Bad.ttcn; ./Hello -vnone -t TC_echo || true", folder, environment)
-    for pattern, file, line in zip(patterns, ("Bad.ttcn", "Hello.ttcn"), ("2", None)):
+    messages = run("orvane -v 2 -a -F Bad.ttcn; orvane -v 2 -a -F Hello.ttcn -A Bad.asn; ./Hello -vnone -t TC_echo || true", folder, environment)
+    for pattern, file, line in zip(patterns, ("Bad.ttcn", "Bad.asn", "Hello.ttcn"), ("2", "2", None), strict=True):
         found = re.search(pattern["regexp"], messages, re.MULTILINE)
         expect(found and found[pattern["file"]] == file and line in (None, found[pattern["line"]]), f"{pattern}\n{messages}")
     colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send("a\"); template C t := pattern "\"" "\b" } // on""")
