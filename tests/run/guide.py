@@ -106,16 +106,17 @@ def check_editors(place, grammar, folder, environment):
     for pattern, file, line in zip(patterns, ("Bad.ttcn", "Bad.asn", "Hello.ttcn"), ("2", "2", None), strict=True):
         found = re.search(pattern["regexp"], messages, re.MULTILINE)
         expect(found and found[pattern["file"]] == file and line in (None, found[pattern["line"]]), f"{pattern}\n{messages}")
-    colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send("a\"); template C t := pattern "\"" "\b" } // on""")
+    colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send(/* /* */ on */ "a\"); type record length(1) of R L; template C t := pattern "\"" "\b" } // on""")
     expect(colours == ["keyword type", "storage record", "keyword of", "storage charstring", "entity Names", "keyword testcase", "entity TC",
-                       "keyword runs", "keyword on", "keyword send", r'string "a\"', "keyword template", "entity t",
+                       "keyword runs", "keyword on", "keyword send", "comment /* /* */ on */", r'string "a\"', "keyword type", "storage record",
+                       "keyword length", "constant 1", "keyword of", "entity L", "keyword template", "entity t",
                        r'string pattern "\""', r'string "\b"', "comment // on"], colours)
 
 
 def coloured(grammar, line):
     """The pieces of a line and what they are, as editors find them: the first piece, and for it the first rule."""
-    words = grammar["repository"]["words"]["patterns"]
-    rules = [r for rule in grammar["patterns"] for r in (words if "include" in rule else [rule])]
+    parts = {f"#{name}": part.get("patterns" if "begin" not in part else "", [part]) for name, part in grammar["repository"].items()}
+    rules = [r for rule in grammar["patterns"] for r in parts.get(rule.get("include"), [rule])]
     out, at = [], 0
     while found := min(((m.start(), i, m) for i, r in enumerate(rules)
                         if (m := re.compile(r.get("match") or r["begin"]).search(line, at))), default=None):
@@ -124,10 +125,10 @@ def coloured(grammar, line):
             if "name" in given:
                 out.append(f"{given['name'].split('.')[0]} {match[int(group)]}")
             else:
-                out += coloured({"patterns": words, "repository": grammar["repository"]}, match[int(group)])
+                out += coloured({**grammar, "patterns": parts["#words"]}, match[int(group)])
         at = match.end()
         if "begin" in rule:
-            escape = "|".join(part["match"] for part in rule.get("patterns", [])) or "(?!)"
+            escape = "|".join(part.get("match", r"/\*.*?\*/") for part in rule.get("patterns", [])) or "(?!)"
             at = re.compile(f"(?:{escape}|(?!{rule['end']}).)*{rule['end']}").match(line, at).end()
             out[-1] += line[match.end():at]
     return out
