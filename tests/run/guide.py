@@ -162,7 +162,10 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     (folder / "echo.h").write_text("#define ECHO(...)\n")
     expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
     if shutil.which("pkg-config"):
-        run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
+        call = f"{options.source.resolve()}/examples/call"
+        run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
+            f"orvane -E -k -f {prefix}/share/orvane/make_linux.mcfg -r Call_Suite -F {call}/*.ttcn -A {call}/*.asn && "
+            f"cc -o by_hand *.c {call}/*.c $(pkg-config --cflags --libs orvane) && ./by_hand", folder, environment)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
     expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):
