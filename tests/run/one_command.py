@@ -103,6 +103,8 @@ def check_arguments(place):
     place.run("--root=Root", "-d.forms", *both, "--config", out="Root.TC: pass .*\n1 test case")
     shutil.copy(place.folder / "Root.ttcn", place.folder / "Root.txt")
     place.run("--ttcn=Root.txt", out="Root.TC: pass ")
+    place.write("Odd.ttcn", SUITE % ("makefile", "", "pass"))
+    place.run("Odd.ttcn", out="makefile.TC: pass ")
     place.run("Root.ttcn", "missing.c", status=2, err="missing.c: No such file")
 
 

@@ -143,7 +143,8 @@ void WriteMcfg(const Suite& suite, const path& folder) {
       << LinkerFlags(suite) << AdapterFlags(suite)
       << "USER_CC_FLAGS += -MD\nGENERATED_CC_FLAGS += -MD\nINCLUDE += rules.mk\n";
   std::ofstream rules(folder / "rules.mk", std::ios::binary);
-  rules << ".DELETE_ON_ERROR:\n";
+  rules << ".DELETE_ON_ERROR:\n# a module may have the name of these files, and make knows how to link "
+           "programs\nmakefile rules.mk: ;\n";
   if (!out.flush() || !rules.flush()) throw "cannot write into " + folder.string();
 }
 
