@@ -12,6 +12,8 @@ import re
 import subprocess
 from pathlib import Path
 
+SEE_ALSO = ("orvane (1)", "orvane-run (1)", "orvane-suite (1)", "mcfg (5)")
+
 
 def roff(text):
     text = text.replace("\\", "\\e").replace("-", "\\-")
@@ -76,9 +78,24 @@ def suite_options(program):
     return "\n".join(out)
 
 
-def help_of(program, option):
+def text_of(program, option):
     done = subprocess.run([program, option], capture_output=True, text=True, check=False)
-    text = re.sub(r"(?m)^.*(Copyright|All rights|without any warranty).*\n", "", done.stdout + done.stderr)
+    return done.stdout + done.stderr
+
+
+def described_options(text):
+    """Names, and the argument behind them, of each option in a text of help."""
+    rows = []
+    for line in re.findall(r"(?m)^ +(-\S.*?)(?:  .*)?$", text):
+        words = re.split(r",? ", line)
+        names = [word for word in words if word.startswith("-") and word != "--"]
+        if names:
+            rows.append([*names, "" if words[-1] in names else words[-1]])
+    return rows
+
+
+def help_of(program, option):
+    text = re.sub(r"(?m)^.*(Copyright|All rights|without any warranty).*\n", "", text_of(program, option))
     return ".nf\n" + "\n".join(roff(line.replace(program, Path(program).name)) for line in text.splitlines()) + "\n.fi"
 
 
@@ -95,10 +112,16 @@ def main():
 
     def write(name, section, title, *parts):
         head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
-        (folder / f"{name}.{section}").write_text(head + "\n".join(parts) + "\n", encoding="utf-8")
+        others = [f".BR {page}" for page in SEE_ALSO if not page.startswith(f"{name} ")]
+        (folder / f"{name}.{section}").write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
 
-    def document(name):
-        return page_of((docs / name).read_text(encoding="utf-8"))
+    def document(name, chapter=None):
+        """The body of a page; of the document the lines behind a heading up to the next one."""
+        text = (docs / name).read_text(encoding="utf-8")
+        if chapter:
+            text = text[text.index(f"\n## {chapter}\n") + 1:]
+            text = text[:text.index("\n## ")]
+        return page_of(text)
 
     write("orvane", 1, "compiler from TTCN\\-3 to C", ".SH DESCRIPTION", document("usage.md"), ".SH OPTIONS",
           help_of(options.orvane, "-h"))
@@ -107,10 +130,17 @@ def main():
     write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
     if options.completion:
         pattern, made = options.completion
-        words = " ".join(f"--{word}" for _, word, _, _ in options_of(options.suite))
-        made.write_text(pattern.read_text(encoding="utf-8").replace("@SUITE_OPTIONS@", words), encoding="utf-8")
+        suite = [([f"-{letter}"] if letter else []) + [f"--{word}", argument]
+                 for letter, word, argument, _ in options_of(options.suite)]
+        text = pattern.read_text(encoding="utf-8").replace("@ORVANE_OPTIONS@", " ".join(sorted(set(
+            re.findall(r"(?m)^\t *(-\S) ", text_of(options.orvane, "-h"))))))
+        for name, table in ("SUITE", suite), ("RUN", described_options(text_of(options.run, "--help"))):
+            text = text.replace(f"@{name}_OPTIONS@", " ".join(word for row in table for word in row[:-1]))
+            text = text.replace(f"@{name}_VALUES@", " ".join(f"{word}:{row[-1]}" for row in table if row[-1] for word in row[:-1]))
+        made.write_text(text, encoding="utf-8")
     if options.run:
-        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", help_of(options.run, "--help"))
+        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", document("usage.md", "From sources to verdicts: orvane-run"),
+              ".SH OPTIONS", help_of(options.run, "--help"))
 
 
 if __name__ == "__main__":

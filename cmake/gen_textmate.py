@@ -40,23 +40,25 @@ def main():
     words = kinds["word"]
     patterns = [
         {"name": "comment.line.double-slash.ttcn3", "match": "//.*$"},
-        {"name": "comment.block.ttcn3", "begin": r"/\*", "end": r"\*/"},
+        {"include": "#comment"},
         # A backslash means something in patterns only.
         string(r'\b(pattern)\s*"', r'""|\\.', {"1": {"name": "keyword.other.ttcn3"}}),
         string('"', '""'),
         {"name": "constant.other.bits.ttcn3", "match": r"'[0-9A-Fa-f?*\s]*'[BHO]"},
-        {"name": "constant.numeric.ttcn3", "match": r"\b[0-9]+(?:\.[0-9]+)?(?:[Ee]-?[0-9]+)?\b"},
         declaration(r"\b", r"(module|function|testcase|altstep|signature|group)\s+"),
         declaration(r"\b", r"(type)\s+", True),
         declaration(r"(?<!in )(?<!out )(?<!var )\b", r"(template)\b\s*(?:\(\s*\w+\s*\)\s*)?", True),
         {"include": "#words"}]
+    # The compiler has comments in comments.
+    comment = {"name": "comment.block.ttcn3", "begin": r"/\*", "end": r"\*/", "patterns": [{"include": "#comment"}]}
     colours = [
+        {"name": "constant.numeric.ttcn3", "match": r"\b[0-9]+(?:\.[0-9]+)?(?:[Ee]-?[0-9]+)?\b"},
         rule("storage.type.ttcn3", words & TYPES), rule("constant.language.ttcn3", VALUES),
         rule("support.function.ttcn3", kinds["function"]), rule("keyword.other.ttcn3", words - TYPES - VALUES),
         rule("constant.other.macro.ttcn3", kinds["macro"])]
     with open(out, "w", encoding="utf-8") as file:
-        json.dump({"name": "TTCN-3", "scopeName": "source.ttcn3", "fileTypes": ["ttcn", "ttcn3"], "patterns": patterns,
-                   "repository": {"words": {"patterns": colours}}}, file, indent=1)
+        json.dump({"name": "TTCN-3", "scopeName": "source.ttcn3", "fileTypes": ["ttcn", "ttcn3", "3mp"], "patterns": patterns,
+                   "repository": {"words": {"patterns": colours}, "comment": comment}}, file, indent=1)
 
 
 if __name__ == "__main__":

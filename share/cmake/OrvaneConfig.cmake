@@ -2,11 +2,13 @@
 #
 #   Orvane::lumos        the run-time library with what it needs
 #   orvane_add_suite(NAME target ROOT module SOURCES file... [ASN1 file...] [ADAPTER file...]
-#                    [OPTIONS option...] [ARGUMENTS argument...] [MCFG file] [NO_TESTS])
-#                        builds the executable `target`. Sources are TTCN-3, and by their names ASN.1 (.asn, .asn1)
-#                        and C of an adapter (.c), which may also be named as what they are. Each test case without
-#                        parameters becomes a test of CTest, "target.module.testcase", found by asking the
-#                        executable. OPTIONS are the compiler's, ARGUMENTS those of the executable in each test.
+#                    [OPTIONS option...] [ARGUMENTS argument...] [PROPERTIES property value...] [MCFG file] [NO_TESTS])
+#                        builds the executable `target` by orvane-run. Sources are the files that it takes; ASN1 names
+#                        modules in files of any name, and ADAPTER is another word for SOURCES. Each test case
+#                        without parameters becomes a test of CTest, "target.module.testcase" with the label "target",
+#                        found by asking the executable. OPTIONS are the compiler's, ARGUMENTS those of the executable
+#                        in each test, PROPERTIES those of the tests, such as TIMEOUT 10. The target looks each time
+#                        whether files have changed, headers of sources included.
 get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 find_program(ORVANE_EXECUTABLE orvane HINTS "${ORVANE_ROOT}/bin" NO_DEFAULT_PATH)
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
@@ -22,7 +24,8 @@ if(NOT TARGET Orvane::lumos)
 endif()
 
 function(orvane_add_suite)
-  cmake_parse_arguments(SUITE "NO_TESTS" "NAME;ROOT;MCFG" "SOURCES;ASN1;ADAPTER;OPTIONS;ARGUMENTS" ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 0 SUITE "NO_TESTS" "NAME;ROOT;MCFG"
+                        "SOURCES;ASN1;ADAPTER;OPTIONS;ARGUMENTS;PROPERTIES")
   foreach(key NAME ROOT SOURCES)
     if(NOT SUITE_${key})
       message(FATAL_ERROR "orvane_add_suite: ${key} is missing")
@@ -31,55 +34,57 @@ function(orvane_add_suite)
   if(SUITE_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "orvane_add_suite: ${SUITE_UNPARSED_ARGUMENTS} is unknown")
   endif()
-  set(SOURCES)
-  set(ASN1)
-  set(ADAPTER)
-  foreach(kind SOURCES ASN1 ADAPTER)
+  set(folder "${CMAKE_CURRENT_BINARY_DIR}/${SUITE_NAME}.suite")
+  file(MAKE_DIRECTORY "${folder}")
+  set(command "${ORVANE_ROOT}/bin/orvane-run" --build -d build -r "${SUITE_ROOT}")
+  if(SUITE_MCFG)
+    get_filename_component(mcfg "${SUITE_MCFG}" ABSOLUTE)
+    list(APPEND command -f "${mcfg}")
+  endif()
+  foreach(option ${SUITE_OPTIONS})
+    list(APPEND command -X "${option}")
+  endforeach()
+  set(files)
+  foreach(kind SOURCES ADAPTER ASN1)
     foreach(file ${SUITE_${kind}})
-      set(list ${kind})
-      if(kind STREQUAL "SOURCES" AND file MATCHES "\\.c$")
-        set(list ADAPTER)
-      elseif(kind STREQUAL "SOURCES" AND file MATCHES "\\.asn1?$")
-        set(list ASN1)
+      if(NOT file MATCHES "^\\$<")
+        get_filename_component(file "${file}" ABSOLUTE)
       endif()
-      get_filename_component(file "${file}" ABSOLUTE)
-      list(APPEND ${list} "${file}")
+      list(APPEND files "${file}")
+      if(kind STREQUAL "ASN1")
+        list(APPEND command --asn1)
+      endif()
+      list(APPEND command "${file}")
     endforeach()
   endforeach()
 
-  set(folder "${CMAKE_CURRENT_BINARY_DIR}/${SUITE_NAME}.suite")
-  set(program "${folder}/${SUITE_NAME}")
-  set(base "${SUITE_MCFG}")
-  if(NOT base)
-    set(base "${ORVANE_ROOT}/share/orvane/make_linux.mcfg")
-  endif()
-  file(MAKE_DIRECTORY "${folder}")
-  file(READ "${base}" mcfg)
-  string(APPEND mcfg "ETS_NAME = ${SUITE_NAME}\n")
-  foreach(file ${ADAPTER})
-    string(APPEND mcfg "USER_SRCS += \"${file}\"\n")
+  foreach(list ARGUMENTS PROPERTIES)
+    set(${list} "")
+    foreach(word IN LISTS SUITE_${list})
+      string(APPEND ${list} " [==[${word}]==]")
+    endforeach()
   endforeach()
-  file(CONFIGURE OUTPUT "${folder}/suite.mcfg" CONTENT "${mcfg}" @ONLY)
-  set(asn1)
-  if(ASN1)
-    set(asn1 -A ${ASN1})
-  endif()
-
-  add_custom_command(OUTPUT "${program}"
-    COMMAND "${ORVANE_EXECUTABLE}" -v 2 -K -f suite.mcfg -r ${SUITE_ROOT} ${SUITE_OPTIONS} -F ${SOURCES} ${asn1}
-    COMMAND make -s
-    COMMAND "${CMAKE_COMMAND}" "-DSUITE=${program}" "-DNAME=${SUITE_NAME}" "-DARGUMENTS=${SUITE_ARGUMENTS}"
-            "-DOUT=${folder}/tests.cmake" -P "${ORVANE_DISCOVER}"
+  file(CONFIGURE OUTPUT "${folder}/discover.cmake" @ONLY CONTENT [[
+set(NAME "@SUITE_NAME@")
+set(SUITE "@folder@/@SUITE_NAME@")
+set(PROGRAM "build/@SUITE_ROOT@.run")
+set(ARGUMENTS [=[@ARGUMENTS@]=])
+set(PROPERTIES [=[@PROPERTIES@]=])
+include("@ORVANE_DISCOVER@")
+]])
+  add_custom_target(${SUITE_NAME} ALL
+    COMMAND ${command}
+    COMMAND "${CMAKE_COMMAND}" -P discover.cmake
     WORKING_DIRECTORY "${folder}"
-    DEPENDS ${SOURCES} ${ASN1} ${ADAPTER} "${folder}/suite.mcfg" "${ORVANE_EXECUTABLE}" "${ORVANE_ROOT}/lib/liblumos.a"
+    DEPENDS ${files}
+    BYPRODUCTS "${folder}/${SUITE_NAME}"
     COMMENT "Building test suite ${SUITE_NAME}" VERBATIM)
-  add_custom_target(${SUITE_NAME} ALL DEPENDS "${program}")
   if(NOT SUITE_NO_TESTS)
     file(CONFIGURE OUTPUT "${folder}/include.cmake" @ONLY CONTENT [[
-if(EXISTS "@folder@/tests.cmake")
+if(EXISTS "@folder@/@SUITE_NAME@")
   include("@folder@/tests.cmake")
 else()
-  add_test(@SUITE_NAME@.not_built "@program@")
+  add_test(@SUITE_NAME@.not_built "@folder@/@SUITE_NAME@")
 endif()
 ]])
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${folder}/include.cmake")

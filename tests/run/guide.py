@@ -70,11 +70,18 @@ def follow(guide, folder, environment):
         run(commands, folder, environment)
         merge = re.search(r"`(orvane-merge [^`]*)`", guide)[1]
         expect("1 tests, 0 failures" in run(merge, folder, environment), "merged report of the shards")
+    if shutil.which("lcov"):
+        run("for i in 1 2; do ./Hello --coverage coverage-$i.info; done; true", folder, environment)
+        run(re.search(r"`(lcov [^`]*)`", guide)[1] + "&& grep BRDA all.info", folder, environment)
     sarif = re.search(r"`orvane \.\.\. (2>&1 [^`]*)`", guide)[1]
-    (folder / "Bad.ttcn").write_text("module Bad {\n  type integer }\n")
-    run(f"orvane -v 2 -a -F Bad.ttcn {sarif}", folder, environment)
-    result = json.loads((folder / "messages.sarif").read_text())["runs"][0]["results"][0]
-    expect(result["locations"][0]["physicalLocation"]["region"]["startLine"] == 2, "SARIF")
+    (folder / "Bad.ttcn").write_text("module Bad {\n  /* \u00e4 */\ttype integer }\n", encoding="utf-8")
+    (folder / "Bad.asn").write_text("T DEFINITIONS ::= BEGIN A ::=\n\tNix END\n")
+    for files, places in ("Bad.ttcn", [(2, 24)]), ("Missing.ttcn", [None]), ("Hello.ttcn -A Bad.asn", [(2, 2), None]):
+        run(f"(orvane -v 2 -a -F {files}; true) {sarif}", folder, environment)
+        results = json.loads((folder / "messages.sarif").read_text())["runs"][0]["results"]
+        regions = [place["physicalLocation"]["region"] for result in results for place in result["locations"]]
+        found = [(region["startLine"], region["startColumn"]) for region in regions] + [None] * (len(results) - len(regions))
+        expect(found == places and {result["level"] for result in results} == {"error"}, f"SARIF: {results}")
     return folder
 
 
@@ -95,20 +102,21 @@ def unpack(package, out):
 def check_editors(place, grammar, folder, environment):
     """The problem matcher finds what is really printed, and the grammar's expressions what they name."""
     patterns = [entry["pattern"][0] for entry in json.loads((place / "problem-matcher.json").read_text())["problemMatcher"]]
-    messages = run("orvane -v 2 -a -F Bad.ttcn; ./Hello -vnone -t TC_echo || true", folder, environment)
-    for pattern, file, line in zip(patterns, ("Bad.ttcn", "Hello.ttcn"), ("2", None)):
+    messages = run("orvane -v 2 -a -F Bad.ttcn; orvane -v 2 -a -F Hello.ttcn -A Bad.asn; ./Hello -vnone -t TC_echo || true", folder, environment)
+    for pattern, file, line in zip(patterns, ("Bad.ttcn", "Bad.asn", "Hello.ttcn"), ("2", "2", None), strict=True):
         found = re.search(pattern["regexp"], messages, re.MULTILINE)
         expect(found and found[pattern["file"]] == file and line in (None, found[pattern["line"]]), f"{pattern}\n{messages}")
-    colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send("a\"); template C t := pattern "\"" "\b" } // on""")
+    colours = coloured(grammar, r"""type record of charstring Names; testcase TC runs on C { p.send(/* /* */ on */ "a\"); type record length(1) of R L; template C t := pattern "\"" "\b" } // on""")
     expect(colours == ["keyword type", "storage record", "keyword of", "storage charstring", "entity Names", "keyword testcase", "entity TC",
-                       "keyword runs", "keyword on", "keyword send", r'string "a\"', "keyword template", "entity t",
+                       "keyword runs", "keyword on", "keyword send", "comment /* /* */ on */", r'string "a\"', "keyword type", "storage record",
+                       "keyword length", "constant 1", "keyword of", "entity L", "keyword template", "entity t",
                        r'string pattern "\""', r'string "\b"', "comment // on"], colours)
 
 
 def coloured(grammar, line):
     """The pieces of a line and what they are, as editors find them: the first piece, and for it the first rule."""
-    words = grammar["repository"]["words"]["patterns"]
-    rules = [r for rule in grammar["patterns"] for r in (words if "include" in rule else [rule])]
+    parts = {f"#{name}": part.get("patterns" if "begin" not in part else "", [part]) for name, part in grammar["repository"].items()}
+    rules = [r for rule in grammar["patterns"] for r in parts.get(rule.get("include"), [rule])]
     out, at = [], 0
     while found := min(((m.start(), i, m) for i, r in enumerate(rules)
                         if (m := re.compile(r.get("match") or r["begin"]).search(line, at))), default=None):
@@ -117,10 +125,10 @@ def coloured(grammar, line):
             if "name" in given:
                 out.append(f"{given['name'].split('.')[0]} {match[int(group)]}")
             else:
-                out += coloured({"patterns": words, "repository": grammar["repository"]}, match[int(group)])
+                out += coloured({**grammar, "patterns": parts["#words"]}, match[int(group)])
         at = match.end()
         if "begin" in rule:
-            escape = "|".join(part["match"] for part in rule.get("patterns", [])) or "(?!)"
+            escape = "|".join(part.get("match", r"/\*.*?\*/") for part in rule.get("patterns", [])) or "(?!)"
             at = re.compile(f"(?:{escape}|(?!{rule['end']}).)*{rule['end']}").match(line, at).end()
             out[-1] += line[match.end():at]
     return out
@@ -140,15 +148,24 @@ def main():
     environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
                    "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
     folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)
-    (folder / "echo.c").write_text("""#include "tri.h"
-TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress *a, const TriMessage *m) { triEnqueueMsg(t, 0, c, m); return TRI_OK; }
+    (folder / "echo.cpp").write_text("""#include "echo.h"
+#include "tri.h"
+extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress *, const TriMessage *m) { ECHO(t, 0, c, m); return TRI_OK; }
 """)
+    (folder / "echo.h").write_text("#define ECHO triEnqueueMsg\n")
     with open(folder / "CMakeLists.txt", "a", encoding="utf-8") as file:
-        file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.c ARGUMENTS "--tap=a \\"b.tap")\n')
-    done = run(f"{options.cmake} -B build && {options.cmake} --build build && ctest --test-dir build -R adapted", folder, environment)
-    expect("100% tests passed" in done and (folder / 'build/a "b.tap').exists(), done)
+        file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.cpp ARGUMENTS "--tap=a \\"b;.tap"\n'
+                   'PROPERTIES LABELS "one;two")\n')
+    build_and_test = f"OSTYPE=none {options.cmake} --build build -j2 && ctest --test-dir build -L two"
+    done = run(f"{options.cmake} -B build && {build_and_test}", folder, environment)
+    expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
+    (folder / "echo.h").write_text("#define ECHO(...)\n")
+    expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
     if shutil.which("pkg-config"):
-        run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b", folder, environment)
+        call = f"{options.source.resolve()}/examples/call"
+        run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
+            f"orvane -E -k -f {prefix}/share/orvane/make_linux.mcfg -r Call_Suite -F {call}/*.ttcn -A {call}/*.asn && "
+            f"cc -o by_hand *.c {call}/*.c $(pkg-config --cflags --libs orvane) && ./by_hand", folder, environment)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
     expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):
@@ -158,11 +175,22 @@ TriStatus triSend(const TriComponentId *c, const TriPortId *t, const TriAddress 
     expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
     grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())
     check_editors(prefix / "share/orvane/editors", grammar, folder, environment)
-    words = run("bash -c '. share/bash-completion/completions/orvane; COMP_WORDS=(orvane-run --jun); COMP_CWORD=1; "
-                "_orvane_suite orvane-run; echo ${COMPREPLY[@]}; COMP_WORDS=(orvane -); _orvane; echo ${COMPREPLY[@]}'", prefix, environment)
-    expect(re.fullmatch(r"--junit\n.*-F .*\n", words), f"completion: {words}")
+    (folder / "a b.ttcn").touch()
+    script = ". ../prefix/share/bash-completion/completions/orvane-run\nshow() { local IFS=,; echo \"${COMPREPLY[*]}\"; }\n"
+    asked = {"--jun": "--junit", "--build": "--build", "Hello.ttcn -v info,e": "info,error,info,event", "-r H": "Hello", "--tap = a\\ ": "a b.ttcn",
+             "Hello.ttcn -t !TC": "!TC_echo", "a": "a b.ttcn", "../prefix/": "../prefix/bin"}
+    for words in asked:
+        script += f"COMP_WORDS=(orvane-run {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _orvane_suite orvane-run; show\n"
+    script += "COMP_WORDS=(orvane -); COMP_CWORD=1; _orvane; show\n"
+    (folder / "complete.sh").write_text(script)
+    words = run("bash complete.sh", folder, environment).splitlines()
+    expect(all(text in word for text, word in zip([*asked.values(), "-F,"], words, strict=True)), f"completion: {words}")
     if shutil.which("dpkg-deb") and shutil.which("cpack"):
-        run(["cpack", "-G", "DEB", "--config", str(build / "CPackConfig.cmake"), "-B", str(out / "package")], out, shell=False)
+        run(f"umask 077; cpack -G DEB --config {build}/CPackConfig.cmake -B package", out)
+        listed = run("dpkg-deb -c package/*.deb", out)
+        kinds = {line[:10] for line in listed.splitlines()}
+        expect(kinds == {"drwxr-xr-x", "-rw-r--r--", "-rwxr-xr-x"} and not re.search(r"man\d/.*[^z]$", listed, re.MULTILINE), listed)
+        expect(not run(f"grep -rl {build.parent.parent} package/_CPack_Packages/*/DEB/*/usr || true", out), "paths of the build")
         unpack(next((out / "package").glob("*.deb")), out)
         mcfg = (out / "root/usr/share/orvane/make_linux.mcfg").read_text()
         expect('<ORV_DIR> = "/usr"' in mcfg, "the package's place")

@@ -10,6 +10,7 @@ import re
 import shutil
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 SUITE = """module %s { %s
@@ -96,6 +97,15 @@ def check_arguments(place):
     place.run("-f", ".", "Root.ttcn", status=2, err="cannot read .")
     place.run("-d", ".", "Root.ttcn", status=2, err="holds something else")
     place.run("--list", status=2, err="no TTCN-3 file")
+    place.run("--version", out="orvane-run of Orvane [0-9.]+")
+    place.run("--root=Wide", "-X-O", "-d.forms", *both, "--build")
+    place.write("Root.cfg", "testcase = TC\n")
+    place.run("--root=Root", "-d.forms", *both, "--config", out="Root.TC: pass .*\n1 test case")
+    shutil.copy(place.folder / "Root.ttcn", place.folder / "Root.txt")
+    place.run("--ttcn=Root.txt", out="Root.TC: pass ")
+    place.write("Odd.ttcn", SUITE % ("makefile", "", "pass"))
+    place.run("Odd.ttcn", out="makefile.TC: pass ")
+    place.run("Root.ttcn", "missing.c", status=2, err="missing.c: No such file")
 
 
 def check_sources(place, example):
@@ -112,16 +122,50 @@ def check_sources(place, example):
     place.run("Root.ttcn", "adapter.c", out="value 5")
     if objects != place.times() or not (place.folder / ".orvane-run" / "report.xml").exists():
         sys.exit("a file of the user's in the folder has it built again, or is removed")
+    include = place.program.parent.parent / "include"
+    subprocess.run(f"cc -I'{include}' -c adapter.c -o ad.o && ar rcs adapter.a ad.o", shell=True, check=True, cwd=place.folder)
+    place.run("Root.ttcn", "adapter.a", out="value 5")
     odd = place.folder / "it's $(odd); #"
     odd.mkdir()
     shutil.copy(place.folder / "adapter.c", odd / "an adapter.c")
     for value in (6, 7):
         (odd / "value.h").write_text(f"#define VALUE {value}\n", encoding="utf-8")
         place.run("Root.ttcn", str(odd / "an adapter.c"), out=f"value {value}")
+    times, flags = place.times(), place.environment["MAKEFLAGS"]
+    place.environment["MAKEFLAGS"] = f"k -j2 --jobserver-auth=3,4 -- {flags}"
+    place.run("Root.ttcn", str(odd / "an adapter.c"), out="value 7")
+    place.environment["MAKEFLAGS"] = flags
+    if times != place.times():
+        sys.exit("another make around it has it built again")
     place.write("adapter.c", "no C\n")
     place.run("Root.ttcn", "adapter.c", status=2, err="adapter.c")
     files = [str(path) for kind in ("ttcn", "asn", "c") for path in sorted(example.resolve().glob("*." + kind))]
     place.run(*files, out="Call_Suite.TC_two_calls: pass ")
+
+
+def check_ends(place):
+    """A signal to the program alone ends what it has started; a moved installation uses its own parts."""
+    place.write("cc", "#!/bin/sh\necho $$ > cc.id\nexec sleep 60\n")
+    (place.folder / "cc").chmod(0o755)
+    place.write("slow.c", "")
+    environment = {**place.environment, "PATH": f"{place.folder}:{os.environ['PATH']}"}
+    with subprocess.Popen([place.program, "Root.ttcn", "slow.c", "-d", ".slow"], cwd=place.folder, env=environment) as started:
+        compiler = place.folder / ".slow" / "cc.id"
+        while not compiler.exists() or not compiler.read_text():
+            time.sleep(0.01)
+        started.terminate()
+        if started.wait(30) != -15 or Path(f"/proc/{compiler.read_text().strip()}").exists():
+            sys.exit(f"ended with {started.returncode}; or the C compiler has not")
+    moved = place.folder / "moved here"
+    for part in ("bin", "include", "lib", "share/orvane"):
+        (moved / part).mkdir(parents=True)
+        for file in (place.program.parent.parent / part).glob("*"):
+            if file.is_file() and not file.name.endswith(("_unit", "_test")):
+                os.link(file, moved / part / file.name)
+    place.program = moved / "bin" / "orvane-run"
+    place.run("Root.ttcn", out="Root.TC: pass ")
+    if "moved\\ here/lib" not in (place.folder / ".orvane-run" / "makefile").read_text():
+        sys.exit("a moved installation is not used")
 
 
 def main():
@@ -135,6 +179,7 @@ def main():
     check_changes(place)
     check_arguments(place)
     check_sources(place, options.example)
+    check_ends(place)
 
 
 main()

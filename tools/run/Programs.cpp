@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
@@ -47,6 +49,41 @@ class HeldText {
 
  private:
   int descriptor_;
+};
+
+constexpr std::array<int, 3> kEndings = {SIGINT, SIGTERM, SIGHUP};
+volatile std::sig_atomic_t gEnding;
+volatile pid_t gListener;
+
+void PassOn(int signal) {
+  gEnding = signal;
+  if (gListener > 0) kill(gListener, signal);
+}
+
+/// While it lives, signals that ask for the end go to the listener; then they end this process.
+class EndingsPassed {
+ public:
+  EndingsPassed() {
+    struct sigaction action = {};
+    action.sa_handler = PassOn;
+    for (size_t i = 0; i < kEndings.size(); ++i) {
+      sigaction(kEndings[i], nullptr, &before_[i]);
+      if (before_[i].sa_handler != SIG_IGN) sigaction(kEndings[i], &action, nullptr);
+    }
+  }
+  ~EndingsPassed() {
+    gListener = 0;
+    for (size_t i = 0; i < kEndings.size(); ++i) sigaction(kEndings[i], &before_[i], nullptr);
+    if (gEnding != 0) raise(gEnding);
+  }
+  EndingsPassed(const EndingsPassed&) = delete;
+  void Listen(pid_t child) {
+    gListener = child;
+    if (gEnding != 0) kill(child, gEnding);
+  }
+
+ private:
+  std::array<struct sigaction, kEndings.size()> before_ = {};
 };
 
 /// `errors` is the descriptor for standard error; negative for the one of this process.
@@ -90,7 +127,9 @@ unsigned Processors() {
 
 int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output, Errors errors) {
   const HeldText held(errors);
+  EndingsPassed endings;
   const pid_t child = Start(command, output, held.Descriptor());
+  endings.Listen(child);
   int status = 0;
   while (waitpid(child, &status, 0) < 0)
     if (errno != EINTR) Fail("no end of " + command.front(), errno);
@@ -108,8 +147,8 @@ OpenProgram::~OpenProgram() {
   close(file_);
 }
 
-void OpenProgram::Become(const std::vector<std::string>& arguments) const {
-  std::vector<std::string> command = {name_};
+void OpenProgram::Become(const std::string& name, const std::vector<std::string>& arguments) const {
+  std::vector<std::string> command = {name};
   command.insert(command.end(), arguments.begin(), arguments.end());
   fexecve(file_, Vector(command).data(), environ);
   Fail("could not run " + name_, errno);

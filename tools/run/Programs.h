@@ -21,7 +21,8 @@ enum class Errors { AtOnce, BehindOutput };
 
 /// Runs a program to its end: its exit status; 128 and its number for a signal. What it writes to standard
 /// output goes to the file `output`, and from there to standard error when it fails: standard output is the
-/// suite's. Throws a std::string when it cannot be started.
+/// suite's. A signal that asks this process to end goes to the program as well, and ends this process when
+/// that has come to its end. Throws a std::string when it cannot be started.
 int RunProgram(const std::vector<std::string>& command, const std::filesystem::path& output, Errors errors);
 
 /// An executable file that stays the same whatever happens to its name.
@@ -32,8 +33,9 @@ class OpenProgram {
   OpenProgram(const OpenProgram&) = delete;
   OpenProgram& operator=(const OpenProgram&) = delete;
   ~OpenProgram();
-  /// Makes this process run it. Comes back only with the reason why that failed, thrown as a std::string.
-  [[noreturn]] void Become(const std::vector<std::string>& arguments) const;
+  /// Makes this process run it under `name`. Comes back only with the reason why that failed, thrown as a
+  /// std::string.
+  [[noreturn]] void Become(const std::string& name, const std::vector<std::string>& arguments) const;
 
  private:
   std::string name_;

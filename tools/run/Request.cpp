@@ -19,10 +19,15 @@ Compiles the modules in FILES, builds what changed in a folder of its own, and r
   -f, --mcfg FILE         the tools (default: the installation's, with tcc where that is installed)
   -G, --debug             a build for debuggers
   -X, --compiler OPTION   one more option for the compiler, with or without its argument
+      --ttcn FILE         a TTCN-3 module in a file of another name
+      --asn1 FILE         the same of ASN.1
+      --build             build and end: the executable is FOLDER/MODULE.run
+      --version           print the version and end; behind files: of the suite
   -h, --help              print this and end
   --                      all that follows is the suite's
 
-All other arguments are the suite's: `orvane-run FILES... -- --help` tells them.
+Values may also stand as in --root=MODULE and -rMODULE. All other arguments are the suite's: `orvane-run FILES... -- --help`
+tells them.
 )";
 
 using Files = std::vector<std::string> Request::*;
@@ -52,6 +57,11 @@ struct Option {
   void (*set)(Request&, const std::string&);
 };
 
+template <Files kFiles>
+void AddFile(Request& request, const std::string& text) {
+  (request.*kFiles).push_back(text);
+}
+
 constexpr Option kOptions[] = {
     {"-r", "--root", true, [](Request& request, const std::string& text) { request.root = text; }},
     {"-d", "--folder", true, [](Request& request, const std::string& text) { request.folder = text; }},
@@ -61,12 +71,25 @@ constexpr Option kOptions[] = {
     {"-X", "--compiler", true,
      [](Request& request, const std::string& text) { AddOption(request.compiler_options, text); }},
     {"-h", "--help", false, [](Request& request, const std::string&) { request.help = true; }},
+    {"", "--ttcn", true, AddFile<&Request::ttcn_files>},
+    {"", "--asn1", true, AddFile<&Request::asn1_files>},
+    {"", "--build", false, [](Request& request, const std::string&) { request.build_only = true; }},
 };
 
-const Option* FindOption(std::string_view argument) {
-  const auto* place = std::ranges::find_if(
-      kOptions, [&](const Option& option) { return argument == option.letter || argument == option.word; });
-  return place == std::end(kOptions) ? nullptr : place;
+/// The option that an argument names, also one with its value: `value` is what stands behind the name then.
+const Option* FindOption(std::string_view argument, std::string& value) {
+  for (const Option& option : kOptions) {
+    for (const std::string_view name : {option.letter, option.word}) {
+      if (name.empty() || !argument.starts_with(name)) continue;
+      std::string_view rest = argument.substr(name.size());
+      if (rest.empty()) return &option;
+      const bool is_letter = name == option.letter;
+      if (!option.has_argument || !(is_letter || rest.starts_with('='))) continue;
+      value = rest.substr(is_letter ? 0 : 1);
+      return &option;
+    }
+  }
+  return nullptr;
 }
 
 /// The list for a file of this name; null when it is none that can be built.
@@ -91,11 +114,13 @@ Request ReadRequest(int argc, char** argv) {
   bool own = true;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
-    const Option* option = own ? FindOption(argument) : nullptr;
+    std::string value;
+    const Option* option = own ? FindOption(argument, value) : nullptr;
     if (option != nullptr) {
-      if (option->has_argument && (i + 1 == argc || *argv[i + 1] == '\0'))
-        throw "option '" + argument + "' needs a value";
-      option->set(request, option->has_argument ? argv[++i] : "");
+      if (option->has_argument && value.empty() && i + 1 < argc && !argument.ends_with('='))
+        value = argv[++i];
+      if (option->has_argument && value.empty()) throw "option '" + argument + "' needs a value";
+      option->set(request, value);
     } else if (own && argument == "--") {
       own = false;
     } else if (const auto files = own ? KindOf(argument) : nullptr; files != nullptr) {
@@ -104,12 +129,19 @@ Request ReadRequest(int argc, char** argv) {
       request.suite_arguments.push_back(argument);
     }
   }
-  if (!request.help && request.ttcn_files.empty()) throw std::string("no TTCN-3 file is given");
+  request.version =
+      request.ttcn_files.empty() && request.suite_arguments == std::vector<std::string>{"--version"};
+  if (!request.help && !request.version && request.ttcn_files.empty())
+    throw std::string("no TTCN-3 file is given");
   return request;
 }
 
 std::string HelpText() {
   return kHelp;
+}
+
+std::string VersionText() {
+  return std::string(kProgram) + " of Orvane " ORVANE_VERSION "\n";
 }
 
 }  // namespace run

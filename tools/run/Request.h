@@ -1,8 +1,9 @@
 // What a call of orvane-run asks for: the files, where and how they are built, and what the suite is to be
 // told.
 //
-// The program's own options are few, and a file is known by its extension. All other arguments are the
-// suite's, so that options which a suite has or will have need no second list here.
+// The program's own options are few, and a file is known by its extension, or by the option that names it.
+// All other arguments are the suite's, so that options which a suite has or will have need no second list
+// here.
 #pragma once
 
 #include <string>
@@ -23,6 +24,9 @@ struct Request {
   /// The MCFG file; empty for that of the installation.
   std::string mcfg;
   bool help = false;
+  bool version = false;
+  /// Nothing is run.
+  bool build_only = false;
   /// More options for the compiler, in order.
   std::vector<std::string> compiler_options;
   std::vector<std::string> ttcn_files;
@@ -39,7 +43,8 @@ struct Request {
 
 /// Reads the arguments behind the program's name. Throws a std::string for wrong use.
 Request ReadRequest(int argc, char** argv);
-/// The text that `--help` prints.
+/// What `--help` and `--version` print.
 std::string HelpText();
+std::string VersionText();
 
 }  // namespace run

@@ -1,12 +1,17 @@
 // From sources to verdicts by one command: finds the root module, compiles and builds what changed, and
 // becomes the suite.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <map>
 
+#include "run/Archives.h"
 #include "run/BuildFolder.h"
 #include "run/FileStates.h"
 #include "run/Modules.h"
@@ -51,6 +56,16 @@ void RefuseEqualObjects(const Suite& suite) {
   }
 }
 
+/// The library has substitutes for what an adapter leaves out. So that an adapter in an archive is found
+/// before them, its functions are named.
+std::string AdapterFlags(const Suite& suite) {
+  std::string flags;
+  for (const std::string& file : suite.request.objects)
+    for (const std::string& name : NamesInArchive(file))
+      if (name.starts_with("tri")) flags += " -Wl,-u," + name;
+  return flags.empty() ? "" : "LD_FLAGS +=" + flags + "\n";
+}
+
 /// Linking a large suite takes longer than compiling a module of it: the option for a faster linker than the
 /// usual one, where one is installed and neither the tools nor objects are the user's own.
 std::string LinkerFlags(const Suite& suite) {
@@ -76,7 +91,7 @@ std::string Setup(const Suite& suite) {
                      suite.mcfg.string() + " " + StateOf(suite.mcfg) + "\n" + suite.installation.string();
   for (const char* part : kInstalled) text += " " + StateOf(suite.installation / part);
   for (const char* tool : kTools) text += " " + StateOf(FindProgram(tool));
-  text += "\n" + LinkerFlags(suite);
+  text += "\n" + LinkerFlags(suite) + AdapterFlags(suite);
   for (const char* name : kVariables)
     if (const char* value = std::getenv(name)) text += std::string(name) + " " + value + "\n";
   for (const std::string& option : request.compiler_options) text += "option " + option + "\n";
@@ -118,14 +133,18 @@ void WriteMcfg(const Suite& suite, const path& folder) {
   const std::string tools = ReadFile(suite.mcfg);
   if (tools.empty()) throw "cannot read " + suite.mcfg.string();
   std::ofstream out(folder / "suite.mcfg", std::ios::binary);
-  out << tools << "\n</SECTION>\n"
-      << "BUILD_LIBRARY = no\nMAINFILE = yes\nMAKEFILE_NAME = makefile\nETS_NAME = " << suite.executable()
+  out << tools << "\n</SECTION>\n";
+  // an installation may have been moved
+  if (suite.request.mcfg.empty()) out << "<ORV_DIR> = \"" << suite.installation.string() << "\"\n";
+  out << "BUILD_LIBRARY = no\nMAINFILE = yes\nMAKEFILE_NAME = makefile\nETS_NAME = " << suite.executable()
       << "\n"
       << "USER_SRCS +=" << Words(suite.request.sources, folder, 0) << "\n"
       << "USER_OBJS +=" << Words(suite.request.objects, folder, suite.request.sources.size()) << "\n"
-      << LinkerFlags(suite) << "USER_CC_FLAGS += -MD\nGENERATED_CC_FLAGS += -MD\nINCLUDE += rules.mk\n";
+      << LinkerFlags(suite) << AdapterFlags(suite)
+      << "USER_CC_FLAGS += -MD\nGENERATED_CC_FLAGS += -MD\nINCLUDE += rules.mk\n";
   std::ofstream rules(folder / "rules.mk", std::ios::binary);
-  rules << ".DELETE_ON_ERROR:\n";
+  rules << ".DELETE_ON_ERROR:\n# a module may have the name of these files, and make knows how to link "
+           "programs\nmakefile rules.mk: ;\n";
   if (!out.flush() || !rules.flush()) throw "cannot write into " + folder.string();
 }
 
@@ -190,10 +209,30 @@ Suite MakeSuite(Request request) {
   suite.mcfg = ChooseMcfg(suite);
   suite.modules = FindModules(suite.request.ttcn_files);
   suite.root = suite.request.root.empty() ? FindRoot(suite.modules) : suite.request.root;
+  for (const auto* files : {&suite.request.sources, &suite.request.objects})
+    for (const std::string& file : *files)
+      if (access(file.c_str(), R_OK) != 0) throw file + ": " + std::strerror(errno);
   RefuseEqualObjects(suite);
   if (!IsPlain(suite.request.folder))
     throw "make cannot build in " + suite.request.folder + "; name another folder with -d";
   return suite;
+}
+
+/// A make that has started this program wants nothing of the one that is started here but what it defines:
+/// options and jobs differ from call to call, and so would the setup.
+void LeaveOuterMake() {
+  const char* flags = std::getenv("MAKEFLAGS");
+  const std::string text = flags == nullptr ? "" : flags;
+  std::string definitions;
+  for (size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+    end = std::min(text.find(' ', begin), text.size());
+    while (end < text.size() && end > begin && text[end - 1] == '\\')
+      end = std::min(text.find(' ', end + 1), text.size());
+    const std::string word = text.substr(begin, end - begin);
+    if (!word.starts_with('-') && word.find('=') != std::string::npos) definitions += " " + word;
+  }
+  setenv("MAKEFLAGS", definitions.c_str(), 1);
+  for (const char* name : {"MFLAGS", "MAKELEVEL"}) unsetenv(name);
 }
 
 int Run(int argc, char** argv) {
@@ -202,6 +241,11 @@ int Run(int argc, char** argv) {
     std::cout << HelpText();
     return 0;
   }
+  if (request.version) {
+    std::cout << VersionText();
+    return 0;
+  }
+  LeaveOuterMake();
   // The compiler takes the host, and with it the form of paths, from here.
   setenv("OSTYPE", "linux", 1);
   const Suite suite = MakeSuite(std::move(request));
@@ -210,8 +254,8 @@ int Run(int argc, char** argv) {
   const int status = Build(suite, folder);
   if (status != 0) TakeBack(suite, folder.path());
   folder.Settle();
-  if (status != 0) return status;
-  OpenProgram(folder.path() / suite.executable()).Become(suite.request.suite_arguments);
+  if (status != 0 || suite.request.build_only) return status;
+  OpenProgram(folder.path() / suite.executable()).Become(suite.root, suite.request.suite_arguments);
 }
 
 }  // namespace
