@@ -33,10 +33,28 @@ bool endsInAsn(const std::string& name) {
   return name.size() > 4 && name.compare(name.size() - 4, 4, ".asn") == 0;
 }
 
+/// The files that may be sources, by their prefixes: the first one in order, those with the usual ending before all
+/// others, which are marked.
+std::map<std::string, std::pair<bool, std::string>> filesByPrefix(const std::vector<std::string>& directories) {
+  std::map<std::string, std::pair<bool, std::string>> files;
+  for (const std::string& directory : directories) {
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(directory, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+      const std::string file = entry->path().filename().string();
+      if (!maySource(file)) continue;
+      const std::pair found{!endsInAsn(file), directory == "." ? file : joinPath(directory, file)};
+      const auto [place, fresh] = files.emplace(asn1::FilePrefixOf(file), found);
+      if (!fresh) place->second = std::min(place->second, found);
+    }
+  }
+  return files;
+}
+
 }  // namespace
 
 /// The path of a source that is given by its base name or prefix; empty if there is none.
-std::string Compilation::locate(const std::string& name) const {
+std::string Compilation::locate(const std::string& name) {
   // Copies that were made for another form of the codecs come before all that may have their names.
   std::vector<std::string> directories{joinPath(options_.syntax_directory, asn1::kCopiesFolder)};
   directories.insert(directories.end(), options_.source_directories.begin(),
@@ -53,18 +71,9 @@ std::string Compilation::locate(const std::string& name) const {
     if (exists(directory == "." ? name : joinPath(directory, name)))
       return directory == "." ? name : joinPath(directory, name);
   // A prefix is not always the file's name: it may be cut, or lack some characters.
-  std::vector<std::string> found, others;
-  for (const std::string& directory : directories) {
-    std::error_code failed;
-    for (std::filesystem::directory_iterator entry(directory, failed), end; !failed && entry != end;
-         entry.increment(failed)) {
-      const std::string file = entry->path().filename().string();
-      if (maySource(file) && asn1::FilePrefixOf(file) == name)
-        (endsInAsn(file) ? found : others).push_back(directory == "." ? file : joinPath(directory, file));
-    }
-  }
-  if (found.empty()) found = std::move(others);
-  return found.empty() ? std::string() : *std::min_element(found.begin(), found.end());
+  if (!by_prefix_) by_prefix_ = filesByPrefix(directories);
+  const auto found = by_prefix_->find(name);
+  return found == by_prefix_->end() ? std::string() : found->second.second;
 }
 
 bool Compilation::parseFile(const std::string& path) {

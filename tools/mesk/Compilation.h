@@ -1,6 +1,10 @@
 // One run of the compiler: finds and parses the sources, resolves them, writes the syntax files.
 #pragma once
 
+#include <map>
+#include <optional>
+#include <utility>
+
 #include "mesk/Ast.h"
 #include "mesk/Options.h"
 
@@ -13,7 +17,7 @@ class Compilation {
   int run();
 
  private:
-  std::string locate(const std::string& name) const;
+  std::string locate(const std::string& name);
   bool parseFile(const std::string& path);
   void parseSources();
   void parseImports();
@@ -28,6 +32,7 @@ class Compilation {
   std::deque<std::vector<Token>> tokens_;
   std::set<std::string> parsed_;
   std::vector<std::unique_ptr<Module>> modules_;
+  std::optional<std::map<std::string, std::pair<bool, std::string>>> by_prefix_;  // made when first asked
 };
 
 }  // namespace mesk

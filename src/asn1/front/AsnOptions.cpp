@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <optional>
 #include <sstream>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace asn1 {
@@ -179,6 +181,16 @@ constexpr OptionRow kOptions[] = {
 #undef OPTION_FORM
 };
 
+const OptionRow* RowOf(const std::string& name) {
+  static const auto rows = [] {
+    std::unordered_map<std::string_view, const OptionRow*> by_name;
+    for (const OptionRow& row : kOptions) by_name.emplace(row.name, &row);
+    return by_name;
+  }();
+  const auto found = rows.find(name);
+  return found == rows.end() ? nullptr : found->second;
+}
+
 std::optional<long> ValueOf(const OptionRow& row, const std::string& value) {
   const std::string upper = Upper(value);
   if (row.form == Form::Number) {
@@ -284,7 +296,6 @@ std::string AsnOptions::Cut(const std::string& prefix, const char* what) const {
 }
 
 void AsnOptions::TakePrefix(const std::string& value) {
-  if (!IsPrefixes(value)) return;
   const Parts parts = Split(value, ':');
   const std::string reference = parts[0].substr(0, kLongestModuleName);
   const std::string file = Cut(parts.size() > 1 && !parts[1].empty() ? parts[1] : reference, "file prefix");
@@ -328,8 +339,8 @@ bool AsnOptions::TakeOption(const std::string& text) {
     return true;
   }
   if (name == "BEO" && value.compare(0, 2, "//") == 0) return true;
-  for (const OptionRow& row : kOptions) {
-    if (name != row.name) continue;
+  if (const OptionRow* of_name = RowOf(name)) {
+    const OptionRow& row = *of_name;
     if (row.form == Form::Text) {
       if (row.is_good != nullptr && !row.is_good(value)) return false;
       if (row.is_good == IsNameList && !TakeAlternatives(value)) return false;
@@ -372,25 +383,31 @@ bool AsnOptions::IsKnown(const std::string& text) {
   return AsnOptions().TakeOption(text);
 }
 
+bool AsnOptions::IsPrefix(const std::string& text) {
+  const std::string option = optionToUpper(text);
+  return option.compare(0, 7, "PREFIX=") == 0 && IsPrefixes(option.substr(7));
+}
+
 void AsnOptions::Apply(const std::vector<std::string>& names,
-                       const std::function<bool(const std::string&)>& unknown) {
-  for (const std::string& text : texts_) {
-    const std::string option = optionToUpper(text);
-    if (option.compare(0, 7, "PREFIX=") == 0) TakePrefix(option.substr(7));
-  }
+                       const std::function<bool(const std::string&)>& unknown,
+                       const std::vector<std::string>& common) {
+  for (const std::vector<std::string>* texts : {&std::as_const(texts_), &common})
+    for (const std::string& text : *texts)
+      if (IsPrefix(text)) TakePrefix(text.substr(text.find('=') + 1));
   bool in_scope = true;
-  for (const std::string& text : texts_) {
-    const std::string option = optionToUpper(text);
-    if (option.compare(0, 12, "BEGIN-SCOPE=") == 0) {
-      const std::vector<std::string> list = Split(option.substr(12), ':');
-      in_scope = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-        return std::find(list.begin(), list.end(), name) != list.end();
-      });
-    } else if (option == "END-SCOPE") {
-      in_scope = true;
-    } else if (in_scope && !TakeOption(text)) {
-      unknown(text);
+  for (const std::vector<std::string>* texts : {&std::as_const(texts_), &common})
+    for (const std::string& text : *texts) {
+      const std::string option = optionToUpper(text);
+      if (option.compare(0, 12, "BEGIN-SCOPE=") == 0) {
+        const std::vector<std::string> list = Split(option.substr(12), ':');
+        in_scope = std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+          return std::find(list.begin(), list.end(), name) != list.end();
+        });
+      } else if (option == "END-SCOPE") {
+        in_scope = true;
+      } else if (in_scope && !TakeOption(text)) {
+        unknown(text);
+      }
     }
-  }
 }
 }  // namespace asn1

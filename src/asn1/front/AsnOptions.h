@@ -41,8 +41,12 @@ class AsnOptions {
   /// The length to which the prefixes of "PREFIX=" are cut.
   void set_prefix_length(int length) { prefix_length_ = static_cast<size_t>(length); }
   /// Evaluates the recorded options in their order. `names` are the file prefixes by which a scope can mean
-  /// the module. An option that is none, or whose value is faulty, goes to `unknown`.
-  void Apply(const std::vector<std::string>& names, const std::function<bool(const std::string&)>& unknown);
+  /// the module; `common` are options of all modules, which stand behind the recorded ones. An option that is none,
+  /// or whose value is faulty, goes to `unknown`.
+  void Apply(const std::vector<std::string>& names, const std::function<bool(const std::string&)>& unknown,
+             const std::vector<std::string>& common = {});
+  /// Whether a text is a sound "PREFIX=", which says of no other option what it means.
+  static bool IsPrefix(const std::string& text);
 
   /// The value of an option with a number; `otherwise` where it was not given.
   int Number(const std::string& name, int otherwise) const;

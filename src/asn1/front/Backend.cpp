@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "asn1/front/AsnFault.h"
 
@@ -41,15 +43,32 @@ void Tell(const char* text) {
   if (verbosity > 0) std::printf("%s", text);
 }
 
-void Evaluate(ModRec& module, const BackendOption& take) {
+// The options that are looked at for each module: what files are called has no need of that.
+std::vector<std::string> OptionsOfEachModule() {
+  AsnOptions prefixes;
+  prefixes.set_prefix_length(command_line.prefix_length);
+  std::vector<std::string> others;
+  for (const auto& word : command_line.options) {
+    if (AsnOptions::IsPrefix(word.text))
+      prefixes.Record(word.text);
+    else
+      others.push_back(word.text);
+  }
+  prefixes.Apply({}, [](const std::string&) { return true; });  // which warns of those that are too long
+  return others;
+}
+
+void Evaluate(ModRec& module, const std::vector<std::string>& common, const BackendOption& take) {
   module.options.set_prefix_length(command_line.prefix_length);
-  for (const auto& word : command_line.options) module.options.Record(word.text);
   std::set<std::string> unknown;
-  module.options.Apply({module.file_prefix, module.generation_prefix}, [&](const std::string& text) {
-    const bool taken = take(module, text);
-    if (!taken) unknown.insert(text);
-    return taken;
-  });
+  module.options.Apply(
+      {module.file_prefix, module.generation_prefix},
+      [&](const std::string& text) {
+        const bool taken = take(module, text);
+        if (!taken) unknown.insert(text);
+        return taken;
+      },
+      common);
   // Once for all modules; of options in syntax files whoever wrote these told.
   if (&module != &firstModule()) return;
   for (const auto& word : command_line.options)
@@ -74,8 +93,9 @@ void initBackend(const std::vector<std::string>& words, const BackendName& name,
   gSyntaxTrees.set_tells(verbosity > 0);
   gSyntaxTrees.readAllSyntaxTrees(command_line.syntax_directory);
   Tell("  Parsing command line options ...\n");
+  const std::vector<std::string> common = OptionsOfEachModule();
   for (const auto& module : gSyntaxTrees.all())
-    if (module->state == kRead) Evaluate(*module, take);
+    if (module->state == kRead) Evaluate(*module, common, take);
 }
 
 const AsnCommandLine& backendCommandLine() {

@@ -50,7 +50,7 @@ std::vector<std::string> SourceDirectoryOptions();
 std::vector<std::string> AsnSources();
 /// A file that CloseT3Representation removes.
 void RemoveAtEnd(const std::string& path);
-/// Words for the start of a back end on one module.
+/// Words for the start of a back end on the modules of some prefixes.
 std::vector<std::string> BackendWords(const std::string& option_file, const std::string& directory,
-                                      const std::string& prefix);
+                                      const std::vector<std::string>& prefixes);
 }  // namespace mesk

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <set>
 
 #include "asn1/front/Backend.h"
@@ -135,14 +136,21 @@ class Chain {
       // The prefix of a source tells its modules not apart.
       std::vector<std::string> scopes{SourcePrefix(module, behind_), GetOutputFile(module) + behind_};
       if (!BesideInSource(module).empty()) scopes.erase(scopes.begin());
-      for (const std::string& scope : scopes) {
-        file << "-BEGIN-SCOPE=" << scope << '\n';
-        for (const char* option : {"TPREF", "VPREF", "CLPREF", "OPREF", "OSPREF"})
-          file << '-' << option << '=' << names << '\n';
-        for (const char* option : {"C", "H", "L"}) file << '-' << option << '=' << directory_ << '\n';
-        file << "-END-SCOPE\n\n";
-      }
+      std::string options;
+      for (const char* option : {"TPREF", "VPREF", "CLPREF", "OPREF", "OSPREF"})
+        options += std::string("-") + option + "=" + names + '\n';
+      for (const char* option : {"C", "H", "L"}) options += std::string("-") + option + "=" + directory_ + '\n';
+      for (const std::string& scope : scopes) WriteScope(scope, options, file);
     }
+  }
+
+  // Each run of the tools reads all scopes so far: one that holds already is not written once more.
+  static void WriteScope(const std::string& scope, const std::string& options, std::ostream& file) {
+    static std::map<std::string, std::string> written;
+    std::string& last = written[scope];
+    if (last == options) return;
+    last = options;
+    file << "-BEGIN-SCOPE=" << scope << '\n' << options << "-END-SCOPE\n\n";
   }
 
   T3Module* module_;
@@ -207,7 +215,7 @@ bool asn2c_generator_T3Module_generate(T3Module* module, const Chain& chain) {
        "    -NOHEADERS",
        "Option files:", "  +filename    A text file with one global option or syntax file name",
        "               per line.", "Please refer to the asn2t3 documentation for more information."}};
-  asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), GetOutputFile(module)),
+  asn1::initBackend(mesk::BackendWords("+" + chain.option_file(), chain.directory(), {GetOutputFile(module)}),
                     name, asn1::globalBEOptionOK);
   if ((GetCodecGeneration(module) & kCodecNoTranslation) == 0) NameFunctions(module);
   return asn1::asn2t3_main(GetCodecGeneration(module), T3HeaderOf) > 0;

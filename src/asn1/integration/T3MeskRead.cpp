@@ -148,6 +148,19 @@ void NoteFurtherModules(const std::string& option_file) {
   }
 }
 
+// The syntax files of all sources, which are read together, so that each is read once.
+void LoadSyntaxFiles() {
+  static const asn1::BackendName name{"VEXA-ASN-1", 100, 0, {}};
+  std::vector<std::string> prefixes;
+  for (const std::string& source : mesk::AsnSources()) {
+    prefixes.push_back(mesk::vexa_asn_1_filename_prefix(source));
+    const std::vector<std::string>& further = further_modules[source];
+    prefixes.insert(prefixes.end(), further.begin(), further.end());
+  }
+  asn1::initBackend(mesk::BackendWords(prefix_option_reference, AsnDirectory(), prefixes), name,
+                    [](asn1::ModRec&, const std::string&) { return true; });
+}
+
 // Once in a run: the tools for all ASN.1 files.
 bool RunTools(const std::string& source) {
   const std::string directory = AsnDirectory();
@@ -166,7 +179,9 @@ bool RunTools(const std::string& source) {
   mesk::RemoveAtEnd(generation);
   generation_option_reference = "+" + generation;
   NoteFurtherModules(prefixes);
-  return mesk_skipMESKRun(directory) || RunMesk(directory, source);
+  if (!mesk_skipMESKRun(directory) && !RunMesk(directory, source)) return false;
+  LoadSyntaxFiles();
+  return true;
 }
 
 // The tools' result for all files: a fault told once is not told for each file.
@@ -176,18 +191,12 @@ bool ToolsHaveRun(const std::string& source) {
   return good;
 }
 
-void mesk_T3Module_AsnModule_load_1(const std::string& prefix) {
-  static const asn1::BackendName name{"VEXA-ASN-1", 100, 0, {}};
-  asn1::initBackend(mesk::BackendWords(prefix_option_reference, AsnDirectory(), prefix), name,
-                    [](asn1::ModRec&, const std::string&) { return true; });
-}
-
 bool ReadModule(const std::string& source, const std::string& prefix) {
-  mesk_T3Module_AsnModule_load_1(prefix);
+  asn1::ModRec& module = asn1::gSyntaxTrees.findOrCreateModRec(prefix, "");
   bool good = false;
-  translate_module(asn1::firstModule(), gIdents.MakeIdent(source), good);
+  translate_module(module, gIdents.MakeIdent(source), good);
   // Any of these may stand in an open type of some module.
-  for (const asn1::AsnType& type : asn1::TypesOfObjects(asn1::firstModule()))
+  for (const asn1::AsnType& type : asn1::TypesOfObjects(module))
     addMESKEntryType(asn1::getTypeRef(type));
   return good;
 }

@@ -164,7 +164,9 @@ std::vector<std::string> SourceDirectoryOptions() {
 }
 
 std::vector<std::string> BackendWords(const std::string& option_file, const std::string& directory,
-                                      const std::string& prefix) {
-  return {option_file, "-S=" + directory, "-PREFIXLEN=32", prefix};
+                                      const std::vector<std::string>& prefixes) {
+  std::vector<std::string> words{option_file, "-S=" + directory, "-PREFIXLEN=32"};
+  words.insert(words.end(), prefixes.begin(), prefixes.end());
+  return words;
 }
 }  // namespace mesk

@@ -2,6 +2,7 @@
 // is looked for once. It holds as long as the module's records, which never change once they are read.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -10,6 +11,9 @@
 #include "asn1/model/AsnRanges.h"
 
 namespace asn1 {
+/// Whether a structure or list holds itself by value, at whatever depth, or others only.
+enum class Holding : uint8_t { kUnknown, kOthers, kItself };
+
 struct AsnFindings : BEModMetaRec {
   /// By the number of a record; empty up to the first entry, and false where nothing was found yet.
   template <class Found>
@@ -23,6 +27,7 @@ struct AsnFindings : BEModMetaRec {
   ByNumber<std::optional<Alphabet>> alphabets;
   /// The first types on the way to the base that have constraints, or those at its end.
   ByNumber<AsnType> constrained;
+  ByNumber<Holding> holding;
 };
 
 /// The findings of a module, made if there are none.

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
+#include "asn1/model/AsnFindings.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
 
@@ -25,18 +28,73 @@ std::vector<AsnType> PartsByValue(const AsnType& type) {
                                                                            : std::vector<AsnType>{element};
 }
 
-// Whether `target` lies, by value, somewhere in the structure or list `from`; `seen` are those looked into.
-bool Holds(const AsnType& from, const AsnType& target, std::vector<AsnType>& seen) {
-  for (const AsnType& part : PartsByValue(from)) {
-    const AsnType base = forBaseType(part);
-    if (!IsStructured(base)) continue;
-    if (base == target) return true;
-    if (std::find(seen.begin(), seen.end(), base) != seen.end()) continue;
-    seen.push_back(base);
-    if (Holds(base, target, seen)) return true;
-  }
-  return false;
+// The structures and lists that lie by value in a structure or list.
+std::vector<AsnType> HeldBy(const AsnType& type) {
+  std::vector<AsnType> held;
+  for (const AsnType& part : PartsByValue(type))
+    if (const AsnType base = forBaseType(part); IsStructured(base)) held.push_back(base);
+  return held;
 }
+
+// Finds which of the types that a type holds, directly or not, hold themselves: those that lie on a circle. Each
+// type is looked into once in a run; what is found stands at the types.
+class Circles {
+ public:
+  static bool IsOn(const AsnType& type) {
+    if (KeptOf(type, &AsnFindings::holding) == Holding::kUnknown) Circles().Find(type);
+    return KeptOf(type, &AsnFindings::holding) == Holding::kItself;
+  }
+
+ private:
+  struct Visit {
+    AsnType type;
+    std::vector<AsnType> held;
+    size_t next, least;  // the first of `open_` that it is known to lead to
+    bool holds_itself;
+  };
+
+  void Find(const AsnType& start) {
+    Enter(start);
+    while (!way_.empty()) {
+      Visit& visit = way_.back();
+      if (visit.next == visit.held.size()) {
+        Leave();
+        continue;
+      }
+      const AsnType held = visit.held[visit.next++];
+      visit.holds_itself = visit.holds_itself || held == visit.type;
+      if (const auto place = places_.find({held.module, held.number}); place != places_.end())
+        visit.least = std::min(visit.least, place->second);
+      else if (KeptOf(held, &AsnFindings::holding) == Holding::kUnknown)
+        Enter(held);
+    }
+  }
+
+  void Enter(const AsnType& type) {
+    const size_t place = open_.size();
+    places_.emplace(std::pair{type.module, type.number}, place);
+    open_.push_back(type);
+    way_.push_back({type, HeldBy(type), 0, place, false});
+  }
+
+  // What is open behind the first type of a circle, and leads to none in front of it, lies on circles with it.
+  void Leave() {
+    const Visit visit = std::move(way_.back());
+    way_.pop_back();
+    if (!way_.empty()) way_.back().least = std::min(way_.back().least, visit.least);
+    if (open_[visit.least] != visit.type) return;
+    const bool circle = visit.holds_itself || open_.back() != visit.type;
+    while (open_.size() > visit.least) {
+      KeptOf(open_.back(), &AsnFindings::holding) = circle ? Holding::kItself : Holding::kOthers;
+      places_.erase({open_.back().module, open_.back().number});
+      open_.pop_back();
+    }
+  }
+
+  std::vector<Visit> way_;
+  std::vector<AsnType> open_;
+  std::map<std::pair<ModRec*, int>, size_t> places_;
+};
 }  // namespace
 
 const char* PredefinedType(const AsnType& type) {
@@ -155,10 +213,9 @@ bool IsByPointer(const AsnType& component) {
   if (getFatherOfTypeComp(component) && isListType(getFatherOfTypeComp(component))) return false;
   const AsnType base = forBaseType(component);
   if (!IsStructured(base) || base == component) return false;
-  std::vector<AsnType> seen;
   // The component's type must be complete where the component stands: it may hold neither itself nor what the
   // component stands in.
-  return Holds(base, base, seen) || DefinitionBehind(component) == getDefinitionOf(component);
+  return Circles::IsOn(base) || DefinitionBehind(component) == getDefinitionOf(component);
 }
 
 int ControlWords(const AsnType& type) {
