@@ -44,8 +44,12 @@ const std::string& port_name(const Port& port) {
 namespace {
 
 void log_port_event(const char* what, const Port& port, Value content) {
-  std::string text = std::string(what) + " " + port_name(port);
-  if (content) text += ": " + render(content);
+  std::string& text = log_text();
+  ((text += what) += ' ') += port_name(port);
+  if (content) {
+    text += ": ";
+    render_to(text, content);
+  }
   log_line(lumo_log_msg_event_c, text);
 }
 

@@ -1,8 +1,6 @@
 // Which lines and branches of the source were reached, in the form of lcov's tracefiles.
 #include "report/coverage.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cinttypes>
@@ -10,7 +8,6 @@
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <new>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -48,7 +45,7 @@ struct CountPage {
 };
 using CountPages = std::vector<CountPage*>;
 
-struct CountBox::Shared {
+struct CountBox::Contents {
   std::atomic<size_t> used;
   alignas(16) char pages[1];
 };
@@ -60,6 +57,7 @@ struct CountedFiles {
   std::map<std::string, CountPages, std::less<>> by_name;
   // Where it was counted last.
   const char* last_file = nullptr;
+  unsigned long first = 0;  // line of the page
   CountPage* last_page = nullptr;
 };
 
@@ -70,7 +68,7 @@ struct Counting {
   // Null where there is no room.
   static CountPage* new_page(std::string_view file, unsigned long first, bool is_code) {
     if (!own_box->shared_) return nullptr;
-    CountBox::Shared& box = *own_box->shared_;
+    CountBox::Contents& box = *own_box->shared_;
     const size_t begin = box.used, size = CountPage::size_for(file.size());
     if (box_size - sizeof box - begin < size) return nullptr;
     CountPage* page = reinterpret_cast<CountPage*>(box.pages + begin);
@@ -92,30 +90,36 @@ struct Counting {
 
 namespace {
 
+Counting* the_counting = nullptr;
+
 Counting& counting() {
-  static auto& all = *new Counting;
-  return all;
+  if (!the_counting) the_counting = new Counting;
+  return *the_counting;
 }
 
 // False where there is no room.
 bool move_to(CountedFiles& files, const char* file, unsigned long line, bool is_code) {
-  files.last_file = file;
   files.last_page = Counting::page_of(files.by_address[file], file, line, is_code);
+  files.last_file = files.last_page ? file : nullptr;
+  files.first = files.last_page ? files.last_page->first : 0;
   return files.last_page;
 }
 
-void count_in(CountedFiles& files, const char* file, unsigned long line, bool is_code, bool is_block) {
-  const bool is_there =
-      file == files.last_file && files.last_page && line - files.last_page->first < lines_of_page;
+template <uint64_t Count::*of>
+void count_in(CountedFiles& files, const char* file, unsigned long line, bool is_code) {
+  const bool is_there = file == files.last_file && line - files.first < lines_of_page;
   if (!is_there && !move_to(files, file, line, is_code)) return;
-  Count& c = files.last_page->counts[line - files.last_page->first];
-  ++(is_block ? c.blocks : c.hits);
+  ++(files.last_page->counts[line - files.first].*of);
+}
+
+template <uint64_t Count::*of>
+void count_at(Counting& counts, const CountedPlace& place) {
+  count_in<of>(counts.sources, place.file, place.line, false);
+  if (place.code) count_in<of>(counts.code, place.code, place.code_line, true);
 }
 
 void count(const CountedPlace& place, bool is_block) {
-  static Counting& counts = counting();
-  count_in(counts.sources, place.file, place.line, false, is_block);
-  if (place.code) count_in(counts.code, place.code, place.code_line, true, is_block);
+  is_block ? count_at<&Count::blocks>(*the_counting, place) : count_at<&Count::hits>(*the_counting, place);
 }
 
 using LinesOfFiles = std::map<std::string, Lines>;
@@ -336,19 +340,12 @@ class Coverage : public Reporter {
 
 }  // namespace
 
-CountBox::CountBox() {
-  void* memory =
-      mmap(nullptr, box_size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  shared_ = memory == MAP_FAILED ? nullptr : new (memory) Shared;
-}
-
-CountBox::~CountBox() {
-  if (shared_) munmap(static_cast<void*>(shared_), box_size);
-}
+CountBox::CountBox() : shared_(box_size) {}
+CountBox::~CountBox() = default;
 
 // What a process left behind that ended at once may be anything.
 void CountBox::each(const std::function<void(const LineCount&)>& act) const {
-  const size_t used = shared_ ? std::min<size_t>(shared_->used, box_size - sizeof(Shared)) : 0;
+  const size_t used = shared_ ? std::min<size_t>(shared_->used, box_size - sizeof(Contents)) : 0;
   for (size_t begin = 0; begin + sizeof(CountPage) <= used;) {
     const CountPage& page = *reinterpret_cast<const CountPage*>(shared_->pages + begin);
     if (page.name_size > used - begin - sizeof(CountPage) || page.first >= most_lines) return;

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string_view>
 
+#include "value/shared.h"
+
 namespace lumos {
 
 struct LineCount {
@@ -30,8 +32,8 @@ class CountBox {
 
  private:
   friend struct Counting;
-  struct Shared;
-  Shared* shared_;
+  struct Contents;
+  Shared<Contents> shared_;
 };
 
 // From now on all is counted, beginning with nothing.

@@ -19,13 +19,14 @@ std::vector<std::unique_ptr<Reporter>>& reporters() {
   return *all;
 }
 
+RunStart start;
+
 // Those of them that want to know.
 std::vector<Reporter*> hearers_of_log, hearers_of_events;
 
 }  // namespace
 
 RunStart& run_start() {
-  static RunStart start;
   if (start.wall) return start;
   timespec wall;
   clock_gettime(CLOCK_REALTIME, &wall);
@@ -93,13 +94,14 @@ const char* event_name(EventKind kind) {
 
 bool Spot::says(const Saying& s) const {
   return line == s.line && kind == s.kind && name == s.name && component == s.component && peer == s.peer &&
-         file == s.file;
+         (file_address == s.file.data() || file == s.file);
 }
 
 void Spot::take(const Saying& s) {
   kind = s.kind;
   component = s.component;
   file = s.file;
+  file_address = s.file.data();
   name = s.name;
   peer = s.peer;
   line = s.line;
@@ -108,8 +110,7 @@ void Spot::take(const Saying& s) {
 // Nearly always these tell enough. Names of components differ at their ends.
 size_t hash_of(const Saying& s) {
   const size_t end = s.component.size() - std::min<size_t>(s.component.size(), 8);
-  return hash_of_words(
-      {s.line << 4 ^ static_cast<uint64_t>(s.kind), eight_octets(s.component, end), s.name.size()});
+  return mixed(s.line << 8 ^ static_cast<uint64_t>(s.kind) ^ s.name.size() << 40, eight_octets(s.component, end));
 }
 
 void JsonText::take(std::string_view said) {
@@ -121,15 +122,17 @@ void JsonText::take(std::string_view said) {
 const JsonText& json_of(const Event& event) {
   constexpr size_t most_kept = 1 << 12;
   static auto& texts = *new Repeated<JsonText>;
+  static const JsonText* last = nullptr;
+  if (event.json) return *event.json;
   // Long ones have few places, lest they take much memory.
-  if (!event.json)
-    event.json = &texts.of(event.text, event.text.size() > most_kept ? 0 : hash_of_text(event.text));
-  return *event.json;
+  if (!last || !last->says(event.text))
+    last = &texts.of(event.text, event.text.size() > most_kept ? 0 : hash_of_text(event.text));
+  return *(event.json = last);
 }
 
 namespace {
 
-void tell_log_entry(const char* kind, std::string_view text) {
+void tell_log_entry(std::string_view kind, std::string_view text) {
   tell(EventKind::log, kind, {}, text);
 }
 
@@ -183,12 +186,15 @@ void tell(const Event& event) {
 void tell(EventKind kind, std::string_view name, std::string_view peer, std::string_view text,
           std::string_view octets) {
   static Spots& spots = *new Spots;
+  static std::string_view file;  // generated code always gives the same text
   Saying said{kind, current_task->name, {}, name, peer, 0};
   if (!current_task->frames.empty()) {
-    said.file = current_task->frames.back().file;
-    said.line = current_task->frames.back().line;
+    const Frame& frame = current_task->frames.back();
+    if (frame.file != file.data()) file = frame.file;
+    said.file = file;
+    said.line = frame.line;
   }
-  tell({&spots.of(said, hash_of(said)), now() - run_start().clock, text, octets});
+  tell({&spots.of(said, hash_of(said)), now() - start.clock, text, octets});
 }
 
 void tell_end(const Result& result) {

@@ -100,6 +100,7 @@ struct Spot {
   uint64_t serial = 0;  // no other spot had it
   EventKind kind = EventKind::log;
   std::string component, file, name, peer;
+  const char* file_address = nullptr;  // as it was told, mostly always the same
   unsigned long line = 0;
   bool says(const Saying& said) const;
   void take(const Saying& said);

@@ -14,6 +14,9 @@ struct Numbered {
   size_t case_number = 0;
   uint64_t number = 0;
 };
+struct NumberedSpot : Numbered {
+  std::string text;
+};
 
 class Html : public Reporter {
  public:
@@ -29,18 +32,24 @@ class Html : public Reporter {
   }
   void event(const Event& e) override {
     if (!is_inside_) return;
-    events_.put(events_.size() ? ",\n[" : "[");
-    put_spot(*e.spot);
-    events_.put(',');
-    put_time(events_, e.time - last_);
+    const auto spot = spots_.of(*e.spot);
+    if (spot.second) make(*e.spot, spot.first.text);
+    const JsonText* text = e.text.empty() && e.octets.empty() ? nullptr : &json_of(e);
+    char* at = events_.room(spot.first.text.size() + (text ? text->json.size() : 0) + 2 * e.octets.size() +
+                            room_of_numbers);
+    if (events_.size()) at = written(at, ",\n");
+    *at++ = '[';
+    at = write_known(at, spot.first, spot.first.text, spots_used_);
+    *at++ = ',';
+    at = write_time(at, e.time - last_);
     last_ = e.time;
-    if (!e.text.empty() || !e.octets.empty()) put_text(e);
-    if (!e.octets.empty()) {
-      events_.put(",\"");
-      events_.put_hex(e.octets);
-      events_.put('"');
+    if (text) {
+      *at++ = ',';
+      at = write_known(at, texts_.of(*text).first, text->json, texts_used_);
     }
-    events_.put(']');
+    if (!e.octets.empty()) at = written(write_hex(written(at, ",\""), e.octets), "\"");
+    *at++ = ']';
+    events_.end_at(at);
   }
   void test_case_ends(const Result& r) override {
     file_.write("<script type=\"application/json\">[");
@@ -50,7 +59,7 @@ class Html : public Reporter {
     cases_.put_json(r.full_name());
     add(cases_, verdict_name(r.verdict));
     cases_.put(',');
-    put_time(cases_, r.duration);
+    cases_.end_at(write_time(cases_.room(number_room + 1), r.duration));
     cases_.put(',');
     cases_.put_json_place(r.place.file, r.place.line);
     add(cases_, r.reason);
@@ -75,38 +84,36 @@ class Html : public Reporter {
     list.put(',');
     list.put_json(text);
   }
-  // Where the test case has had it already, its number.
-  static bool put_number(Row& list, std::pair<Numbered&, bool> known, size_t case_number, uint64_t& used) {
-    const bool is_known = !known.second && known.first.case_number == case_number;
-    if (is_known) list.put_number(known.first.number);
-    if (!is_known) known.first = {case_number, used++};
-    return is_known;
+  // What it is where it comes for the first time in the test case, else its number.
+  char* write_known(char* at, Numbered& known, std::string_view text, uint64_t& used) const {
+    if (known.case_number == number_) return write_number(at, known.number);
+    known.case_number = number_;
+    known.number = used++;
+    return written(at, text);
   }
-  void put_spot(const Spot& spot) {
-    if (put_number(events_, spots_.of(spot), number_, spots_used_)) return;
-    events_.put("[\"");
-    events_.put(event_name(spot.kind));
-    events_.put('"');
-    for (const std::string* text : {&spot.component, &spot.name, &spot.peer}) add(events_, *text);
-    events_.put(',');
-    events_.put_json_place(spot.file, spot.line);
-    events_.put(']');
-  }
-  void put_text(const Event& e) {
-    events_.put(',');
-    const JsonText& text = json_of(e);
-    if (!put_number(events_, texts_.of(text), number_, texts_used_)) events_.put(text.json);
+  static void make(const Spot& spot, std::string& text) {
+    Row row;
+    row.put("[\"");
+    row.put(event_name(spot.kind));
+    row.put('"');
+    for (const std::string* part : {&spot.component, &spot.name, &spot.peer}) add(row, *part);
+    row.put(',');
+    row.put_json_place(spot.file, spot.line);
+    row.put(']');
+    text = row.text();
   }
   // In nanoseconds, which take the least room.
-  static void put_time(Row& list, Time time) {
-    if (time < 0) list.put('-');
-    list.put_number(static_cast<uint64_t>(time < 0 ? -time : time));
+  static char* write_time(char* at, Time time) {
+    if (time < 0) *at++ = '-';
+    return write_number(at, static_cast<uint64_t>(time < 0 ? -time : time));
   }
+  static constexpr size_t room_of_numbers = 100;
   ReportFile file_;
   Row cases_;  // what came out of one
   StoredText stored_cases_;
   Row events_;  // of the test case that runs
-  MadeOf<Numbered> spots_, texts_;
+  MadeOf<NumberedSpot> spots_;
+  MadeOf<Numbered> texts_;
   uint64_t spots_used_ = 0, texts_used_ = 0;
   size_t number_ = 1;  // of the test case
   Time last_ = 0;      // of the test case's begin or its last event

@@ -67,19 +67,17 @@ class Json : public Reporter {
   void event(const Event& e) override {
     const auto made = spots_.of(*e.spot);
     if (made.second) made.first.make(*e.spot);
-    rows_.put(made.first.before_time);
-    rows_.put_seconds(e.time);
-    rows_.put(made.first.behind_time);
-    if (!e.text.empty()) {
-      rows_.put(",\"text\":");
-      rows_.put(json_of(e).json);
-    }
-    if (!e.octets.empty()) {
-      rows_.put(",\"octets\":\"");
-      rows_.put_hex(e.octets);
-      rows_.put('"');
-    }
-    end_line();
+    const SpotText& spot = made.first;
+    const std::string_view text = e.text.empty() ? "" : std::string_view(json_of(e).json);
+    char* at = rows_.room(spot.before_time.size() + seconds_room + spot.behind_time.size() + text.size() +
+                          2 * e.octets.size() + room_of_words);
+    at = written(at, spot.before_time);
+    at = write_seconds(at, e.time);
+    at = written(at, spot.behind_time);
+    if (!text.empty()) at = written(written(at, ",\"text\":"), text);
+    if (!e.octets.empty()) at = written(write_hex(written(at, ",\"octets\":\""), e.octets), "\"");
+    rows_.end_at(written(at, "}\n"));
+    file_.write_rows(rows_, enough_rows);
   }
   void test_case_ends(const Result& r) override {
     put_head(rows_, "end_testcase");
@@ -104,6 +102,7 @@ class Json : public Reporter {
     rows_.put("}\n");
     file_.write_rows(rows_, enough_rows);
   }
+  static constexpr size_t room_of_words = 40;
   Row rows_;
   MadeOf<SpotText> spots_;
   ReportFile file_;

@@ -22,8 +22,8 @@ struct Totals {
   std::string attributes() const {
     char text[160];
     std::snprintf(text, sizeof text,
-                  "tests=\"%zu\" failures=\"%zu\" errors=\"%zu\" skipped=\"%zu\" time=\"%.6f\"", tests,
-                  failures, errors, skipped, seconds_of(duration));
+                  "tests=\"%zu\" failures=\"%zu\" errors=\"%zu\" skipped=\"%zu\" time=\"%s\"", tests,
+                  failures, errors, skipped, six_decimals(duration).c_str());
     return text;
   }
 };
@@ -94,10 +94,8 @@ class Junit : public Reporter {
     return found->second;
   }
   std::string case_text(const Result& result) const {
-    char time[32];
-    std::snprintf(time, sizeof time, "%.6f", seconds_of(result.duration));
     std::string text = "    <testcase name=\"" + xml_text(result.name) + "\" classname=\"" +
-                       xml_text(result.module) + "\" time=\"" + time + "\"";
+                       xml_text(result.module) + "\" time=\"" + six_decimals(result.duration) + "\"";
     if (is_good(result.verdict)) return text + "/>\n";
     const std::string element = result.verdict == lumo_verdict_error_c ? "error" : "failure";
     const std::string place = short_text(result.place), reason = shortened(result.reason, most_octets);

@@ -47,8 +47,9 @@ class Pcap : public Reporter {
   void event(const Event& e) override {
     const bool outward = e.spot->kind == EventKind::send;
     if (!outward && e.spot->kind != EventKind::arrive) return;
-    if (e.spot->peer.compare(0, 7, "system:")) return;
-    packet(e, outward, e.octets.empty() && outward ? e.text : e.octets);
+    const auto way = ways_.of(*e.spot);
+    if (way.second) way.first = way_of(*e.spot, outward);
+    if (way.first.ports) packet(e, way.first, e.octets.empty() && outward ? e.text : e.octets);
   }
   void run_ends(const Results&) override {
     file_.write_rows(rows_);
@@ -56,17 +57,26 @@ class Pcap : public Reporter {
   }
 
  private:
+  // Of messages of a spot, as it stands in their headers.
+  struct Way {
+    uint32_t from = 0, to = 0;
+    uint32_t ports = 0;  // 0 where they go not to the system
+  };
+  Way way_of(const Spot& spot, bool outward) {
+    if (spot.peer.compare(0, 7, "system:")) return {};
+    const uint32_t port = number_of(spot.peer);
+    return {htonl(outward ? test_system : under_test), htonl(outward ? under_test : test_system),
+            htonl(port << 16 | port)};
+  }
   uint32_t number_of(std::string_view port) {
     const auto known = ports_.find(port);
     if (known != ports_.end()) return known->second;
     return ports_[std::string(port)] = static_cast<uint32_t>(50001 + ports_.size() % 15000);
   }
-  void packet(const Event& e, bool outward, std::string_view octets) {
+  void packet(const Event& e, const Way& way, std::string_view octets) {
     octets = octets.substr(0, most_octets);
-    const uint32_t port = number_of(e.spot->peer);
     const int64_t wall = run_start().wall + e.time;
     const auto length = static_cast<uint32_t>(headers + octets.size());
-    const uint32_t from = outward ? test_system : under_test, to = outward ? under_test : test_system;
     const uint32_t words[] = {static_cast<uint32_t>(wall / 1000000000),
                               static_cast<uint32_t>(wall % 1000000000),
                               length,
@@ -74,9 +84,9 @@ class Pcap : public Reporter {
                               htonl(0x4500U << 16 | length),
                               0,
                               htonl(life_and_udp << 16 | header_sum(length)),
-                              htonl(from),
-                              htonl(to),
-                              htonl(port << 16 | port),
+                              way.from,
+                              way.to,
+                              way.ports,
                               htonl((length - 20) << 16)};
     rows_.put({reinterpret_cast<const char*>(words), sizeof words});
     rows_.put(octets);
@@ -84,6 +94,7 @@ class Pcap : public Reporter {
   }
   Row rows_;
   ReportFile file_;
+  MadeOf<Way> ways_;
   std::map<std::string, uint32_t, std::less<>> ports_;
 };
 

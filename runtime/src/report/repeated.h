@@ -2,9 +2,9 @@
 // one that was not said for a while, or of one that lies in its way.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -17,14 +17,12 @@ constexpr uint64_t mixed(uint64_t hash, uint64_t word) {
   hash = (hash ^ word) * 0x9E3779B97F4A7C15;
   return hash ^ hash >> 29;
 }
-inline size_t hash_of_words(std::initializer_list<uint64_t> words) {
-  uint64_t hash = 0;
-  for (const uint64_t word : words) hash = mixed(hash, word);
-  return hash;
-}
 inline size_t hash_of_text(std::string_view text) {
   uint64_t hash = text.size();
-  for (size_t i = 0; i < text.size(); i += 8) hash = mixed(hash, eight_octets(text, i));
+  size_t i = 0;
+  for (; i + 16 <= text.size(); i += 16)
+    hash = mixed(hash, eight_octets(text, i) + std::rotl(eight_octets(text, i + 8), 29));
+  for (; i < text.size(); i += 8) hash = mixed(hash, eight_octets(text, i));
   return hash;
 }
 
@@ -35,7 +33,7 @@ class Repeated {
   const Thing& of(const Said& said, size_t hash) {
     Thing* place = nullptr;
     for (size_t way = 0; way < ways; ++way) {
-      Thing& thing = things_[(hash + way) % things_.size()];
+      Thing& thing = things_[(hash + way) % most];
       if (thing.serial && thing.says(said)) return thing;
       if (!place || (place->serial && thing.serial < place->serial)) place = &thing;
     }
@@ -52,13 +50,13 @@ class Repeated {
   }
   // Null where nothing was put.
   const Thing* at(size_t slot) const {
-    return slot < things_.size() && things_[slot].serial ? &things_[slot] : nullptr;
+    return slot < most && things_[slot].serial ? &things_[slot] : nullptr;
   }
-  size_t size() const { return things_.size(); }
+  size_t size() const { return most; }
 
  private:
-  static constexpr size_t ways = 4;
-  std::vector<Thing> things_ = std::vector<Thing>(512);
+  static constexpr size_t ways = 4, most = 512;
+  std::vector<Thing> things_ = std::vector<Thing>(most);
   uint64_t made_ = 0;
 };
 

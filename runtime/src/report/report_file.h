@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "report/row.h"
+#include "text/row.h"
 #include "text/text_forms.h"
 
 namespace lumos {

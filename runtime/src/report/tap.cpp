@@ -18,8 +18,8 @@ class Tap : public Reporter {
     file_.format("%sok %zu - ", is_good(result.verdict) ? "" : "not ", ++count_);
     file_.write(result.full_name() + "\n");
     if (is_good(result.verdict)) return;
-    file_.format("  ---\n  verdict: %s\n  duration: %.6f\n", verdict_name(result.verdict),
-                 seconds_of(result.duration));
+    file_.format("  ---\n  verdict: %s\n  duration: %s\n", verdict_name(result.verdict),
+                 six_decimals(result.duration).c_str());
     file_.write("  at: " + json_text(short_text(result.place)) + "\n  message: " + json_text(result.reason) +
                 "\n  ...\n");
   }

@@ -1,6 +1,5 @@
 #include "report/wire.h"
 
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,6 +8,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+
+#include "text/row.h"
 
 namespace lumos {
 
@@ -31,20 +32,14 @@ constexpr int bits_of_use = 20;
 
 // Where the box begins in the stream and how much is in it stand in one word, so that they fit together at
 // any moment.
-struct WireBox::Shared {
+struct WireBox::Contents {
   std::atomic<uint64_t> state, read;
   std::atomic<bool> is_way;
   char data[wire_box_size];
 };
 
-WireBox::WireBox() {
-  void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  shared_ = memory == MAP_FAILED ? nullptr : new (memory) Shared;
-}
-
-WireBox::~WireBox() {
-  if (shared_) munmap(shared_, sizeof(Shared));
-}
+WireBox::WireBox() = default;
+WireBox::~WireBox() = default;
 
 std::string WireBox::rest(uint64_t received) const {
   const uint64_t state = shared_->state, begin = state >> bits_of_use;
@@ -80,12 +75,20 @@ class WireStream {
       if (used_ == wire_box_size) flush();
     }
   }
+  // Where so much can be written to before it is taken; null if there is no room at once.
+  char* room(size_t size) { return size < wire_box_size - used_ ? shared_.data + used_ : nullptr; }
+  void take(size_t size) {
+    used_ += size;
+    publish();
+  }
   void flush() {
     for (size_t done = 0; done < used_ && !is_broken_;) {
       const ssize_t n = write(shared_.data + done, used_ - done);
       if (n > 0) done += static_cast<size_t>(n);
       is_broken_ = n <= 0 && errno != EINTR;
     }
+    // What a file has lost stays in the box as long as there is room.
+    if (is_broken_ && !is_socket_ && used_ < wire_box_size) return;
     begin_ += used_;
     if (is_broken_ && is_socket_) wait_for_reader();
     used_ = 0;
@@ -103,7 +106,7 @@ class WireStream {
   }
   void publish() { shared_.state.store(begin_ << bits_of_use | used_, std::memory_order_release); }
   int descriptor_;
-  WireBox::Shared& shared_;
+  WireBox::Contents& shared_;
   uint64_t begin_ = 0;
   size_t used_ = 0;
   bool is_broken_ = false, is_socket_ = false;
@@ -145,11 +148,13 @@ class Wire : public Reporter {
   void event(const Event& e) override {
     if (sent_.of(*e.spot).second) spot(*e.spot);
     const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size()};
-    char* place = more(1 + sizeof head + head.text + head.octets);
+    const size_t size = 1 + sizeof head + head.text + head.octets;
+    char* const direct = stream_.room(size);
+    char* place = direct ? direct : more(size);
     *place++ = static_cast<char>(Tag::event);
-    place = copied(place, {reinterpret_cast<const char*>(&head), sizeof head});
-    for (std::string_view s : {e.text, e.octets}) place = copied(place, s);
-    pass_on();
+    std::memcpy(place, &head, sizeof head);
+    written(written(place + sizeof head, e.text), e.octets);
+    direct ? stream_.take(size) : pass_on();
   }
   void test_case_ends(const Result& r) override {
     tag(Tag::end);
@@ -175,10 +180,7 @@ class Wire : public Reporter {
     tag(Tag::spot);
     for (uint64_t n : {uint64_t(s.slot), uint64_t(s.kind), uint64_t(s.line)}) number(n);
     for (const std::string* t : {&s.component, &s.file, &s.name, &s.peer}) text(*t);
-  }
-  static char* copied(char* place, std::string_view s) {
-    if (!s.empty()) std::memcpy(place, s.data(), s.size());
-    return place + s.size();
+    pass_on();
   }
   void tag(Tag t) { *more(1) = static_cast<char>(t); }
   void number(uint64_t n) { std::memcpy(more(sizeof n), &n, sizeof n); }
@@ -259,15 +261,14 @@ void take_spot_of(Unwire& in, Spots& spots) {
 }
 
 void tell_event_of(Unwire& in, const Spots& spots, const WireListener& listener) {
-  const std::string_view bytes = in.piece(sizeof(EventHead));
-  if (!in.is_good) return;
   EventHead head;
+  const std::string_view bytes = in.piece(sizeof head);
+  if (!in.is_good) return;
   std::memcpy(&head, bytes.data(), sizeof head);
-  Event e{spots.at(head.slot), head.time, {}, {}};
-  e.text = in.piece(head.text);
-  e.octets = in.piece(head.octets);
-  in.is_good = in.is_good && e.spot;
-  if (in.is_good) listener.event(e);
+  const std::string_view text = in.piece(head.text), octets = in.piece(head.octets);
+  const Spot* spot = spots.at(head.slot);
+  in.is_good = in.is_good && spot;
+  if (in.is_good) listener.event({spot, head.time, text, octets});
 }
 
 Result result_of(Unwire& in) {

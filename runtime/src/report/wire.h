@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "report/events.h"
+#include "value/shared.h"
 
 namespace lumos {
 
@@ -18,7 +19,7 @@ class WireBox {
   WireBox();
   ~WireBox();
   WireBox(const WireBox&) = delete;
-  bool is_made() const { return shared_ != nullptr; }
+  bool is_made() const { return static_cast<bool>(shared_); }
   // The stream's octets behind the first `received`; none where some before them are lost.
   std::string rest(uint64_t received) const;
   // Whether a writer to a socket has lost it, perhaps to code of the user, and waits at each full box until
@@ -28,8 +29,8 @@ class WireBox {
 
  private:
   friend class WireStream;
-  struct Shared;
-  Shared* shared_;
+  struct Contents;
+  Shared<Contents> shared_;
 };
 
 // What those want to know who hear of it: what reporters of this process want, before they are dropped.

@@ -152,6 +152,7 @@ void leave_to_the_call(int) {}
 void on_exit() {
   if (!is_watched || is_copy) return;
   std::atexit(on_exit);  // the adapter may do it once more when it hears of the end
+  std::at_quick_exit(on_exit);
   note_end("user code ended the process");
   give_up(reason);
 }
@@ -208,6 +209,7 @@ void watch_process(void (*abandon)(const char*), void (*on_copy)()) {
   main_thread = pthread_self();
   pthread_atfork(nullptr, nullptr, become_copy);
   std::atexit(on_exit);
+  std::at_quick_exit(on_exit);
   set_signal_stack();
   for (int signal : stop_signals) handle(signal, on_stop, SA_RESTART | SA_NODEFER);
   for (int signal : crash_signals) handle(signal, on_crash, SA_ONSTACK | SA_NODEFER);

@@ -54,6 +54,7 @@ void run_test_case(TestCase& tc, lumo_symbol_entry_t row, unsigned long argc, lu
     make_ready(*tc.mtc);
   }
   schedule();
+  leave_copy_of_run();
   end_all_components();
   outside_test_case_ends();
 }

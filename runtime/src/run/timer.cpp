@@ -4,7 +4,6 @@
 #include <time.h>
 
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <iterator>
 
@@ -115,20 +114,49 @@ const char* name_of(const Timer* timer) {
   return timer->value && timer->value->label ? timer->value->label : "timer";
 }
 
-// With six decimals.
-std::string seconds_text(double duration) {
-  char digits[400];
-  char* end = digits;
-  if (duration < 9e9) {
-    end = write_seconds(digits, std::llround(duration * 1e6) * 1000) - 3;
-  } else {
-    end = std::to_chars(digits, std::end(digits), duration, std::chars_format::fixed, 6).ptr;
+// The text of a duration, which timers mostly have in common.
+class DurationText {
+ public:
+  explicit DurationText(std::chars_format format) : format_(format) {}
+  const std::string& of(double duration) {
+    if (duration == known_) return text_;
+    char digits[400];
+    text_.assign(digits, std::to_chars(digits, std::end(digits), duration, format_, 6).ptr);
+    text_ += " s";
+    known_ = duration;
+    return text_;
   }
-  return std::string(digits, end) + " s";
+
+ private:
+  std::chars_format format_;
+  double known_ = -1;
+  std::string text_;
+};
+
+const std::string& seconds_text(double duration) {
+  static auto& text = *new DurationText(std::chars_format::fixed);
+  return text.of(duration);
+}
+
+const std::string& short_seconds_text(double duration) {
+  static auto& text = *new DurationText(std::chars_format::general);
+  return text.of(duration);
+}
+
+void log_timer(const char* what, const Timer* timer, std::string_view more = {}) {
+  std::string& text = log_text();
+  ((text += what) += name_of(timer)) += more;
+  log_line(lumo_log_msg_event_c, text);
+}
+
+void tell_stop(const Timer* timer) {
+  if (!timer->running) return;
+  if (log_enabled(lumo_log_msg_event_c)) log_timer("stop of ", timer);
+  if (events_wanted) tell(EventKind::timer_stop, name_of(timer));
 }
 
 void take_timeout(Timer* timer) {
-  if (log_enabled(lumo_log_msg_event_c)) log_format(lumo_log_msg_event_c, "timeout of %s", name_of(timer));
+  if (log_enabled(lumo_log_msg_event_c)) log_timer("timeout of ", timer);
   if (events_wanted) tell(EventKind::timeout, name_of(timer));
   halt(timer);
 }
@@ -237,7 +265,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
   link(timer);
   enqueue(timer);
   if (log_enabled(lumo_log_msg_event_c))
-    log_format(lumo_log_msg_event_c, "start of %s for %g s", name_of(timer), duration);
+    log_timer("start of ", timer, " for " + short_seconds_text(duration));
   if (events_wanted) tell(EventKind::timer_start, name_of(timer), {}, seconds_text(duration));
 }
 
@@ -246,14 +274,14 @@ void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
   if (value == lumo_value_all_c) {
     for (Timer *t = current_task->timers, *next; t; t = next) {
       next = t->next;
-      if (!t->of_call) halt(t);
+      if (t->of_call) continue;
+      tell_stop(t);
+      halt(t);
     }
     return;
   }
   Timer* timer = timer_of(value);
-  if (timer->running && log_enabled(lumo_log_msg_event_c))
-    log_format(lumo_log_msg_event_c, "stop of %s", name_of(timer));
-  if (timer->running && events_wanted) tell(EventKind::timer_stop, name_of(timer));
+  tell_stop(timer);
   halt(timer);
 }
 

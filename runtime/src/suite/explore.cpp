@@ -9,6 +9,7 @@
 #include "suite/results.h"
 #include "suite/suite.h"
 #include "text/log.h"
+#include "text/text_forms.h"
 #include "value/value.h"
 
 namespace lumos {
@@ -36,7 +37,7 @@ void print_outcomes(const Selected& selected, const Outcomes& outcomes, long n) 
   for (const auto& [key, o] : outcomes) {
     const std::string place = short_text(o.example.place);
     std::printf("  %ld %s%s%s%s%s", o.count, verdict_name(o.example.verdict), place.empty() ? "" : " ",
-                place.c_str(), o.example.reason.empty() ? "" : " ", in_one_line(o.example.reason).c_str());
+                place.c_str(), o.example.reason.empty() ? "" : " ", line_text(o.example.reason).c_str());
     std::printf(" (--explore 1 --seed %llu -t %s)\n", static_cast<unsigned long long>(o.seed),
                 selected.full_name().c_str());
   }

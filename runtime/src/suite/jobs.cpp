@@ -93,6 +93,7 @@ struct Job {
 
 bool start(Job& job, Time end) {
   if (!job.box.is_made()) return false;
+  set_log_footer("");  // the process would draw it again
   std::fflush(nullptr);
   job.begin = now();
   job.real_begin = real_time();
@@ -149,6 +150,8 @@ class Jobs {
   bool run() {
     while (has_next() || !jobs_.empty()) {
       while (has_next() && running() < at_once_) start_next();
+      if (is_changed_) tell_running(names_of_running());
+      is_changed_ = false;
       look();
       if (is_ending()) stop_all();
     }
@@ -165,7 +168,14 @@ class Jobs {
     for (auto& job : jobs_) n += !job->is_over;
     return n;
   }
+  std::string names_of_running() const {
+    std::string names;
+    for (auto& job : jobs_)
+      if (!job->is_over) names += (names.empty() ? "" : ", ") + job->selected->full_name();
+    return names;
+  }
   void start_next() {
+    is_changed_ = true;
     auto job = std::make_unique<Job>();
     job->selected = waiting_[next_++];
     if (!start(*job, end_)) {
@@ -183,6 +193,7 @@ class Jobs {
       job->is_over = is_new = true;
       job->duration = now() - job->begin;
     }
+    is_changed_ = is_changed_ || is_new;
     if (!is_new && running()) usleep(pause_between_looks);
     while (!jobs_.empty() && jobs_.front()->is_over) {
       // What was begun behind the one that failed would not have run in one process.
@@ -201,7 +212,7 @@ class Jobs {
 
   std::vector<const Selected*> waiting_;
   size_t next_ = 0, at_once_;
-  bool until_fail_, failed_ = false, told_ = false;
+  bool until_fail_, failed_ = false, told_ = false, is_changed_ = true;
   Time stopped_ = never, end_;
   std::vector<std::unique_ptr<Job>> jobs_;
 };

@@ -1,5 +1,6 @@
 #include "suite/results.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,7 +18,7 @@ namespace lumos {
 
 namespace {
 
-bool prints = true;
+bool prints = true, shows_progress = false;
 size_t planned_cases = 0;
 int output_error = 0;
 
@@ -52,29 +53,31 @@ std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
   return std::string("\033[") + colors[verdict] + "m" + verdict_name(verdict) + "\033[0m";
 }
 
-void print(const std::string& text) {
+struct stat output;
+
+// Code of the user may have closed standard output, and opened something else under its number.
+bool has_output() {
+  struct stat now;
   errno = 0;
-  const bool is_written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  const bool is_there = fstat(STDOUT_FILENO, &now) == 0;
+  if (is_there) errno = EBADF;
+  return is_there && now.st_dev == output.st_dev && now.st_ino == output.st_ino;
+}
+
+void print(const std::string& text) {
+  const bool is_written = has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
   if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
 }
 
 class Progress : public Reporter {
  public:
   void test_case_begins(const std::string& module, const std::string& name, Time) override {
-    std::string line = "[" + std::to_string(results().size() + 1);
-    if (planned_cases) line += "/" + std::to_string(planned_cases);
-    set_log_footer(line + ", " + std::to_string(results().bad()) + " failed] " + module + "." + name);
+    tell_running(module + "." + name);
   }
   void run_ends(const Results&) override { set_log_footer(""); }
 };
 
 }  // namespace
-
-std::string in_one_line(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
-  return text;
-}
 
 std::string result_line(const Result& r, bool colored) {
   char duration[40];
@@ -83,7 +86,7 @@ std::string result_line(const Result& r, bool colored) {
   if (is_good(r.verdict)) return line;
   const std::string place = short_text(r.place);
   if (!place.empty()) line += " " + place;
-  if (!r.reason.empty()) line += " " + in_one_line(shortened(r.reason, most_shown));
+  if (!r.reason.empty()) line += " " + line_text(shortened(r.reason, most_shown));
   return line;
 }
 
@@ -98,11 +101,24 @@ void print_result(Result& result) {
 
 void tell_results(bool to_standard_output) {
   prints = to_standard_output;
+  fstat(STDOUT_FILENO, &output);
   result_listener = print_result;
 }
 
 void show_progress() {
-  if (prints && with_progress()) add_reporter(std::make_unique<Progress>());
+  shows_progress = prints && with_progress();
+  if (shows_progress) add_reporter(std::make_unique<Progress>());
+}
+
+void tell_running(const std::string& names) {
+  if (!shows_progress) return;
+  std::string line = "[" + std::to_string(results().size() + 1);
+  if (planned_cases) line += "/" + std::to_string(planned_cases);
+  set_log_footer(line + ", " + std::to_string(results().bad()) + " failed] " + names);
+}
+
+void erase_progress() {
+  if (prints && with_progress()) erase_log_footer();
 }
 
 void set_planned(size_t count) {

@@ -11,14 +11,16 @@ namespace lumos {
 void tell_results(bool to_standard_output);
 // On a terminal; from now on, until reporters end.
 void show_progress();
+// What runs now, where that is shown.
+void tell_running(const std::string& names);
+// Behind another process that has ended.
+void erase_progress();
 // How many test cases there will be, 0 where that is not known.
 void set_planned(size_t count);
 // Tells those that failed once more, and the numbers.
 void print_summary();
 // The status that the verdicts so far ask for: 0 all pass or none, 1 otherwise, or where output was lost.
 int status_of_results();
-// A text that stays one line, and steers no terminal.
-std::string in_one_line(std::string text);
 // "Suite.TC_a: fail 0.012 s Suite.ttcn:17 unexpected message".
 std::string result_line(const Result& result, bool colored);
 void print_result(Result& result);

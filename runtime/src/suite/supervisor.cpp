@@ -13,11 +13,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <new>
 #include <optional>
 #include <vector>
-
-#include <sys/mman.h>
 
 #include "report/report_file.h"
 #include "report/wire.h"
@@ -84,12 +81,13 @@ class Supervision {
     reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name,
                                                Time begin) {
       running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
+      stands_at_ = nullptr;
       last_ = begin - run_start().clock;
       tell_begin(module, name, begin);
     };
     reader_.listener.event = [this](const Event& e) {
       last_ = e.time;
-      if (running_) stand_at(e);
+      stands_at_ = e.spot;
       tell(e);
     };
     reader_.listener.test_case_ends = [this](const Result& r) {
@@ -156,10 +154,6 @@ class Supervision {
     pending_ = std::string(text);
   }
 
-  void stand_at(const Event& e) {
-    if (running_->place.file != e.spot->file) running_->place.file = e.spot->file;
-    running_->place.line = e.spot->line;
-  }
   void take_leave(const Results& all) {
     phase_ = Phase::over;
     is_bad_ = all.bad() > 0;
@@ -171,6 +165,7 @@ class Supervision {
     const std::string reason = is_killed_ ? "user code did not come back, and let no signal through"
                                           : "user code ended the process with " + end_of_process(status);
     note_end(reason.c_str());
+    erase_progress();
     if (phase_ == Phase::begins) {
       std::fprintf(stderr, "the suite could not be started: %s\n", reason.c_str());
       cancel_reporters();
@@ -179,6 +174,7 @@ class Supervision {
     log_line(lumo_log_msg_error_c, reason);
     if (running_) {
       running_->reason = reason;
+      if (stands_at_) running_->place = {stands_at_->file, stands_at_->line};
       running_->duration =
           std::max<Time>(is_simulated() ? last_ + run_start().clock : now(), running_->begin) -
           running_->begin;
@@ -207,6 +203,7 @@ class Supervision {
   Phase phase_ = Phase::begins;
   std::optional<Result> running_;
   Time last_ = 0, stopped_ = never;
+  const Spot* stands_at_ = nullptr;  // of the reader
   uint64_t received_ = 0;
   std::vector<char> block_ = std::vector<char>(1 << 16);  // the stack may be a small one
   std::string pending_;
@@ -232,15 +229,13 @@ bool is_alone() {
 struct Common {
   WireBox box;
   LogBox log;
-  std::atomic<Time>* deadline;
+  Shared<std::atomic<Time>> deadline;
   int sockets[2];  // of the one that watches, and of the one that runs
 };
 
 bool make_common(Common& common) {
-  void* memory =
-      mmap(nullptr, sizeof(std::atomic<Time>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED || !common.box.is_made()) return false;
-  common.deadline = new (memory) std::atomic<Time>(never);
+  if (!common.deadline || !common.box.is_made()) return false;
+  *common.deadline = never;
   return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, common.sockets) == 0;
 }
 
@@ -266,7 +261,7 @@ void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
   if (getppid() != supervisor) _exit(1);
   close(common.sockets[0]);
   drop_reporters();
-  share_deadline(common.deadline);
+  share_deadline(&*common.deadline);
   let_log_wait(&common.log);
   add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, needs));
 }

@@ -1,8 +1,8 @@
 #include "text/log.h"
 
-#include <sys/time.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -10,8 +10,8 @@
 #include <ctime>
 #include <vector>
 
-#include "text/text_forms.h"
 #include "text/log_file.h"
+#include "text/row.h"
 #include "value/hooks.h"
 #include "value/task.h"
 #include "value/value.h"
@@ -24,7 +24,7 @@ bool enabled_log_kinds[log_kind_count] = {true, true, true, true, false, false};
 
 namespace {
 
-const char* const kind_names[log_kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
+constexpr std::string_view kind_names[log_kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
 
 const char erase_line[] = "\r\033[K";
 
@@ -34,101 +34,114 @@ std::string footer;
 enum class LogForm { text, columns, json };
 std::string* muted = nullptr;
 LogForm form = LogForm::text;
+Row entry;  // the one that is put together
 
-// The format of a time in seconds, whose text serves all entries of a second.
-std::string text_of_second(time_t seconds, const char* format) {
+// The time in seconds, whose text serves all entries of a second.
+std::string_view text_of_second(time_t seconds) {
   static time_t known = -1;
-  static const char* known_format = nullptr;
-  static char text[32];
-  if (seconds != known || format != known_format) {
-    tm parts;
-    localtime_r(&seconds, &parts);
-    std::strftime(text, sizeof text, format, &parts);
-    known = seconds;
-    known_format = format;
-  }
+  static char text[] = "0000-00-00 00:00:00";
+  if (seconds == known) return text;
+  tm parts;
+  localtime_r(&seconds, &parts);
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
+  known = seconds;
   return text;
 }
 
-std::string time_stamp(const char* format) {
-  timeval now;
-  gettimeofday(&now, nullptr);
-  char fraction[] = ".000000";
-  for (size_t i = sizeof fraction - 2; i > 0; --i, now.tv_usec /= 10)
-    fraction[i] += static_cast<char>(now.tv_usec % 10);
-  return text_of_second(now.tv_sec, format) + fraction;
+void put_time(bool with_date) {
+  constexpr size_t date = sizeof "0000-00-00";
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  entry.put(text_of_second(now.tv_sec).substr(with_date ? 0 : date));
+  entry.put_fraction(static_cast<uint32_t>(now.tv_nsec / 1000));
 }
 
-std::string dated_time() {
-  return time_stamp("%Y-%m-%d %H:%M:%S");
+// Generated code always gives the same text of a file.
+const std::string& name_of_file(const char* file) {
+  static const char* known = nullptr;
+  static auto& name = *new std::string;
+  if (file != known) name = line_text(base_name(file)) + ":";
+  known = file;
+  return name;
 }
 
-std::string place() {
-  std::string text;
-  if (*current_task->name) text = std::string(current_task->name) + " ";
-  if (current_task->frames.empty()) return text;
-  const Frame& frame = current_task->frames.back();
-  const char* slash = std::strrchr(frame.file, '/');
-  text += slash ? slash + 1 : frame.file;
-  text += ":" + std::to_string(frame.line) + " ";
-  return text;
-}
-
-// A line of the log stays one line, is text, and steers no terminal.
-void append_escaped(std::string& line, std::string_view text) {
-  const auto is_steering = [](unsigned char octet) { return (octet < ' ' && octet != '\t') || octet == 127; };
-  if (std::none_of(text.begin(), text.end(), is_steering)) {
-    line += text;
-    return;
+void put_text_entry(std::string_view kind, std::string_view text) {
+  if (with_times) {
+    put_time(false);
+    entry.put(' ');
   }
-  for (char c : text) {
-    if (c == '\n') {
-      line += "\\n";
-    } else if (c == '\r') {
-      line += "\\r";
-    } else if (is_steering(static_cast<unsigned char>(c))) {
-      line += "\\x" + hex_text({&c, 1});
-    } else {
-      line += c;
-    }
+  const std::string_view name = current_task->name;
+  const Frame* frame = current_task->frames.empty() ? nullptr : &current_task->frames.back();
+  const std::string_view file = frame ? std::string_view(name_of_file(frame->file)) : "";
+  char* at = entry.room(kind.size() + line_room(name.size()) + file.size() + number_room +
+                        line_room(text.size()));
+  at = written(at, kind);
+  *at++ = ' ';
+  if (!name.empty()) {
+    at = write_line(at, name);
+    *at++ = ' ';
   }
+  if (frame) {
+    at = write_number(written(at, file), frame->line);
+    *at++ = ' ';
+  }
+  at = write_line(at, text);
+  *at++ = '\n';
+  entry.end_at(at);
 }
 
-std::string text_entry(const char* kind, std::string_view text) {
-  std::string line = with_times ? time_stamp("%H:%M:%S") + " " : std::string();
-  line += kind;
-  line += ' ';
-  line += place();
-  append_escaped(line, text);
-  return line += '\n';
+// What was put behind the beginning as a column: of what is too long the end is kept, which tells more.
+void end_column(size_t begin, size_t width) {
+  if (entry.size() - begin > width) entry.keep_end(begin, width);
+  entry.put_spaces(begin + width + 1 - entry.size());
 }
 
-// Always the same columns, as wide as most entries need them.
-std::string columns_entry(const char* kind, std::string_view text) {
-  std::string where = "-";
+void put_columns_entry(std::string_view kind, std::string_view text) {
+  if (with_times) {
+    put_time(true);
+    entry.put(' ');
+  }
+  size_t begin = entry.size();
+  entry.put(kind);
+  end_column(begin, 7);
+  begin = entry.size();
+  entry.put_line(*current_task->name ? current_task->name : "-");
+  end_column(begin, 10);
+  begin = entry.size();
+  if (current_task->frames.empty()) {
+    entry.put('-');
+  } else {
+    entry.put(name_of_file(current_task->frames.back().file));
+    entry.put_number(current_task->frames.back().line);
+  }
+  end_column(begin, 24);
+  entry.put_line(text);
+  entry.put('\n');
+}
+
+void put_json_entry(std::string_view kind, std::string_view text) {
+  entry.put('{');
+  if (with_times) {
+    entry.put("\"time\":\"");
+    put_time(true);
+    entry.put("\",");
+  }
+  entry.put("\"kind\":\"");
+  entry.put(kind);
+  entry.put('"');
+  if (*current_task->name) {
+    entry.put(",\"component\":");
+    entry.put_json(current_task->name);
+  }
   if (!current_task->frames.empty()) {
-    const Frame& frame = current_task->frames.back();
-    const char* slash = std::strrchr(frame.file, '/');
-    where = std::string(slash ? slash + 1 : frame.file) + ":" + std::to_string(frame.line);
+    entry.put(",\"file\":");
+    entry.put_json(current_task->frames.back().file);
+    entry.put(",\"line\":");
+    entry.put_number(current_task->frames.back().line);
   }
-  char head[400];
-  std::snprintf(head, sizeof head, "%-7s %-10s %-24s ", kind, *current_task->name ? current_task->name : "-",
-                where.c_str());
-  std::string line = with_times ? dated_time() + " " + head : head;
-  append_escaped(line, text);
-  return line += '\n';
-}
-
-std::string json_entry(const char* kind, std::string_view text) {
-  std::string line = "{";
-  if (with_times) line += "\"time\":\"" + dated_time() + "\",";
-  line += std::string("\"kind\":\"") + kind + "\"";
-  if (*current_task->name) line += ",\"component\":" + json_text(current_task->name);
-  if (!current_task->frames.empty()) {
-    const Frame& frame = current_task->frames.back();
-    line += ",\"file\":" + json_text(frame.file) + ",\"line\":" + std::to_string(frame.line);
-  }
-  return line + ",\"text\":" + json_text(text) + "}\n";
+  entry.put(",\"text\":");
+  entry.put_json(text);
+  entry.put("}\n");
 }
 
 std::string list_text(lumo_value_t values[]) {
@@ -137,11 +150,25 @@ std::string list_text(lumo_value_t values[]) {
   return text;
 }
 
-void write_entries(const std::string& lines) {
+void write_entry() {
+  const std::string_view lines = entry.text();
   if (write_to_log_file(current_task->name, lines)) return;
-  const std::string text = footer.empty() ? lines : erase_line + lines + footer;
+  const std::string text = footer.empty() ? std::string() : erase_line + std::string(lines) + footer;
+  const std::string_view shown = footer.empty() ? lines : text;
   errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), stderr) != text.size()) note_lost_entries(errno ? errno : EIO);
+  if (std::fwrite(shown.data(), 1, shown.size(), stderr) != shown.size())
+    note_lost_entries(errno ? errno : EIO);
+}
+
+// A line that is wider would go on in the next, where it is not taken away.
+std::string cut_to_terminal(const std::string& line) {
+  winsize size;
+  if (line.empty() || ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || !size.ws_col) return line;
+  return line.substr(0, size.ws_col - 1u);
+}
+
+const char* name_of(lumo_value_t value) {
+  return value->label ? value->label : "value";
 }
 
 void alt_event(const char* text) {
@@ -159,13 +186,18 @@ const char* log_failure() {
 }
 
 void set_log_footer(const std::string& line) {
-  if (line == footer) return;
-  footer = line;
-  const std::string shown = erase_line + footer;
-  std::fwrite(shown.data(), 1, shown.size(), stderr);
+  const std::string shown = cut_to_terminal(line);
+  if (shown == footer) return;
+  footer = shown;
+  erase_log_footer();
+  std::fwrite(footer.data(), 1, footer.size(), stderr);
 }
 
-void (*events_of_log)(const char* kind, std::string_view text) = nullptr;
+void erase_log_footer() {
+  std::fputs(erase_line, stderr);
+}
+
+void (*events_of_log)(std::string_view kind, std::string_view text) = nullptr;
 
 void log_line(lumo_log_message_kind_t kind, std::string_view text) {
   if (muted) {
@@ -173,12 +205,19 @@ void log_line(lumo_log_message_kind_t kind, std::string_view text) {
     return;
   }
   if (!log_enabled(kind)) return;
-  std::string line = form == LogForm::text      ? text_entry(kind_names[kind], text)
-                     : form == LogForm::columns ? columns_entry(kind_names[kind], text)
-                                                : json_entry(kind_names[kind], text);
-  write_entries(line);
+  entry.clear();
+  (form == LogForm::text      ? put_text_entry
+   : form == LogForm::columns ? put_columns_entry
+                              : put_json_entry)(kind_names[kind], text);
+  write_entry();
+  if (captured) *captured += entry.text();
   if (events_of_log) events_of_log(kind_names[kind], text);
-  if (captured) *captured += line;
+}
+
+std::string& log_text() {
+  static auto& text = *new std::string;
+  text.clear();
+  return text;
 }
 
 void log_format(lumo_log_message_kind_t kind, const char* format, ...) {
@@ -251,14 +290,22 @@ void lumo_log(lumo_value_t values[], lumo_context_t context) {
 
 void lumo_log_variable_modified_event(lumo_value_t value, lumo_context_t) {
   if (!log_enabled(lumo_log_msg_debug_c)) return;
-  std::string text = value->label ? value->label : "value";
-  log_line(lumo_log_msg_debug_c, text + " := " + render(value));
+  std::string& text = log_text();
+  text += name_of(value);
+  text += " := ";
+  render_to(text, value);
+  log_line(lumo_log_msg_debug_c, text);
 }
 
 void lumo_log_element_modified_event(lumo_value_t value, unsigned long index, lumo_context_t) {
   if (!log_enabled(lumo_log_msg_debug_c)) return;
-  std::string text = value->label ? value->label : "value";
-  log_line(lumo_log_msg_debug_c, text + "[" + std::to_string(index) + "] changed: " + render(value));
+  std::string& text = log_text();
+  text += name_of(value);
+  text += '[';
+  append_number(text, index);
+  text += "] changed: ";
+  render_to(text, value);
+  log_line(lumo_log_msg_debug_c, text);
 }
 
 void lumo_log_alt_entered_event(lumo_context_t) {

@@ -1,6 +1,6 @@
 #include "text/log_file.h"
 
-#include <sys/mman.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,9 +10,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <functional>
+#include <filesystem>
 #include <map>
 #include <memory>
+#include <vector>
+
+#include "text/row.h"
 
 namespace lumos {
 
@@ -21,82 +24,136 @@ namespace {
 size_t largest = 0;
 int lost = 0;
 
+class LogFile;
+// More are closed, and opened again when there is something to write: each component may have one.
+constexpr size_t most_open = 64;
+std::vector<LogFile*> open_ones;
+
 class LogFile {
  public:
-  explicit LogFile(const std::string& path, const char* mode = "we")
-      : path_(path), file_(std::fopen(path.c_str(), mode)) {}
+  // An absolute path, since code of the user may change the folder.
+  explicit LogFile(const std::string& path, int how = O_TRUNC)
+      : path_(std::filesystem::absolute(path)), is_there_(open(how)) {}
   // One that does not grow too large.
-  explicit LogFile(int descriptor) : file_(fdopen(descriptor, "w")) {}
-  ~LogFile() {
-    if (file_ && std::fclose(file_) != 0) note_lost_entries(errno);
-  }
+  explicit LogFile(int descriptor) : descriptor_(descriptor), is_there_(true) {}
+  ~LogFile() { close(); }
   LogFile(const LogFile&) = delete;
-  bool is_open() const { return file_ != nullptr; }
+  bool is_there() const { return is_there_; }
   const std::string& path() const { return path_; }
   void write(std::string_view lines) {
-    if (largest && size_ && size_ + lines.size() > largest && !path_.empty()) rotate();
+    if (largest && size_ && size_ + lines.size() > largest && is_regular_) rotate();
     size_ += lines.size();
-    errno = 0;
-    if (!file_ || std::fwrite(lines.data(), 1, lines.size(), file_) != lines.size()) tell_loss();
+    waiting_.put(lines);
+    if (waiting_.size() >= enough) flush();
   }
   void flush() {
-    errno = 0;
-    if (file_ && std::fflush(file_) != 0) tell_loss();
+    if (!waiting_.size()) return;
+    std::string_view rest = waiting_.text();
+    if (descriptor_ < 0 ? !open(O_APPEND) : !is_same_file()) lose(rest);
+    while (!rest.empty()) {
+      const ssize_t n = ::write(descriptor_, rest.data(), rest.size());
+      if (n >= 0) rest.remove_prefix(static_cast<size_t>(n));
+      if (n < 0 && errno != EINTR) lose(rest);
+    }
+    waiting_.clear();
+  }
+  void close() {
+    flush();
+    if (descriptor_ >= 0 && is_same_file() && ::close(descriptor_) != 0) note_lost_entries(errno);
+    descriptor_ = -1;
+    std::erase(open_ones, this);
   }
 
  private:
-  static void tell_loss() { note_lost_entries(errno ? errno : EIO); }
+  static constexpr size_t enough = 1 << 16;
+
+  static void lose(std::string_view& rest) {
+    note_lost_entries(errno);
+    rest = {};
+  }
+  bool open(int how) {
+    while (open_ones.size() >= most_open) open_ones.back()->close();
+    descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666);
+    struct stat status;
+    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
+    device_ = status.st_dev;
+    file_ = status.st_ino;
+    is_regular_ = S_ISREG(status.st_mode);
+    open_ones.push_back(this);
+    return true;
+  }
+  // Code of the user may have closed the descriptor, and opened something else under its number.
+  bool is_same_file() const {
+    struct stat status;
+    if (path_.empty()) return true;
+    if (fstat(descriptor_, &status) == 0 && status.st_dev == device_ && status.st_ino == file_) return true;
+    errno = EBADF;
+    return false;
+  }
   void rotate() {
-    flush();
-    if (file_) std::fclose(file_);
-    std::rename(path_.c_str(), (path_ + "." + std::to_string(++number_)).c_str());
-    file_ = std::fopen(path_.c_str(), "we");
+    close();
+    const bool is_moved = std::rename(path_.c_str(), (path_ + "." + std::to_string(++number_)).c_str()) == 0;
+    if (!is_moved) note_lost_entries(errno);
+    if (!open(is_moved ? O_TRUNC : O_APPEND)) note_lost_entries(errno);
     size_ = 0;
   }
+
   std::string path_;
-  FILE* file_ = nullptr;
+  int descriptor_ = -1;
+  dev_t device_ = 0;
+  ino_t file_ = 0;
+  bool is_regular_ = false;
+  const bool is_there_;
   size_t size_ = 0;
   unsigned number_ = 0;
+  Row waiting_;
 };
 
 std::unique_ptr<LogFile> the_file;
 std::string folder;
-std::map<std::string, std::unique_ptr<LogFile>> files;  // by component
+std::map<std::string, std::unique_ptr<LogFile>> files;  // by their names
+std::map<std::string, LogFile*, std::less<>> files_of;  // by component
 std::unique_ptr<LogFile> spool;                         // of a process of its own
 LogBox* waiting = nullptr;
-const char* mode_of_new = "we";
+int how_to_open = O_TRUNC;
 
-// The component, its end, and the size and text of the entries.
-std::string spooled(const std::string& component, const std::string& lines) {
-  const uint64_t size = lines.size();
-  return std::string(component.c_str()) + '\0' +
-         std::string(reinterpret_cast<const char*>(&size), sizeof size) + lines;
-}
-
-// A name of a component may be any text.
-std::string file_name(const std::string& component) {
-  std::string name = component.empty() ? "suite" : component;
+// A name of a component may be any text of any length.
+std::string file_name(std::string_view component) {
+  constexpr size_t longest = 200;
+  std::string name(component.empty() ? "suite" : component.substr(0, longest));
   for (char& c : name)
     if (c == '/' || c == '\0') c = '_';
   return folder + "/" + name + ".log";
 }
 
-LogFile& file_of(const std::string& component) {
-  std::unique_ptr<LogFile>& file = files[component];
-  if (!file) file = std::make_unique<LogFile>(file_name(component), mode_of_new);
-  return *file;
+LogFile& file_of(std::string_view component) {
+  if (const auto known = files_of.find(component); known != files_of.end()) return *known->second;
+  const std::string name = file_name(component);
+  std::unique_ptr<LogFile>& file = files[name];
+  if (!file) {
+    file = std::make_unique<LogFile>(name, how_to_open);
+    if (!file->is_there()) note_lost_entries(errno);
+  }
+  return *(files_of[std::string(component)] = file.get());
 }
 
-void each_spooled(std::string_view text,
-                  const std::function<void(const std::string& component, std::string_view lines)>& act) {
-  for (uint64_t size; !text.empty(); text.remove_prefix(size)) {
-    const std::string component(text.substr(0, text.find('\0')));
-    text.remove_prefix(std::min(text.size(), component.size() + 1));
-    if (text.size() < sizeof size) return;
-    std::memcpy(&size, text.data(), sizeof size);
-    text.remove_prefix(sizeof size);
-    size = std::min<uint64_t>(size, text.size());
-    act(component, text.substr(0, size));
+// What waits or is spooled begins with this, and then come the texts.
+struct SpooledHead {
+  size_t component, lines;  // sizes
+  size_t all() const { return sizeof *this + component + lines; }
+};
+
+// What another process left behind may be cut off.
+template <class Act>
+void each_spooled(std::string_view text, Act act) {
+  for (SpooledHead head; text.size() >= sizeof head;) {
+    std::memcpy(&head, text.data(), sizeof head);
+    text.remove_prefix(sizeof head);
+    const std::string_view component = text.substr(0, head.component);
+    text.remove_prefix(component.size());
+    const std::string_view lines = text.substr(0, head.lines);
+    text.remove_prefix(lines.size());
+    act(component, lines);
   }
 }
 
@@ -105,42 +162,46 @@ void write_spooled(std::string_view text) {
     spool->write(text);
     return spool->flush();
   }
-  each_spooled(text, [](const std::string& component, std::string_view lines) {
+  std::vector<LogFile*> written;
+  each_spooled(text, [&](std::string_view component, std::string_view lines) {
     if (the_file) the_file->write(lines);
-    if (!folder.empty()) file_of(component).write(lines);
+    if (folder.empty()) return;
+    LogFile& file = file_of(component);
+    file.write(lines);
+    if (written.empty() || written.back() != &file) written.push_back(&file);
   });
   if (the_file) the_file->flush();
-  for (auto& [component, file] : files) file->flush();
+  for (LogFile* file : written) file->flush();
+}
+
+void put_spooled(char* place, const SpooledHead& head, std::string_view component, std::string_view lines) {
+  std::memcpy(place, &head, sizeof head);
+  written(written(place + sizeof head, component), lines);
 }
 
 }  // namespace
 
 constexpr size_t log_box_size = 1 << 16;
 
-struct LogBox::Shared {
+struct LogBox::Contents {
   std::atomic<size_t> used;
   char data[log_box_size];
 };
 
-LogBox::LogBox() {
-  void* memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  shared_ = memory == MAP_FAILED ? nullptr : new (memory) Shared;
-}
-
-LogBox::~LogBox() {
-  if (shared_) munmap(static_cast<void*>(shared_), sizeof(Shared));
-}
+LogBox::LogBox() = default;
+LogBox::~LogBox() = default;
 
 std::string_view LogBox::text() const {
   if (!shared_) return {};
   return {shared_->data, std::min<size_t>(shared_->used, log_box_size)};
 }
 
-bool LogBox::put(std::string_view entry) {
+bool LogBox::put(std::string_view component, std::string_view lines) {
+  const SpooledHead head{component.size(), lines.size()};
   const size_t used = text().size();
-  if (!shared_ || entry.size() > log_box_size - used) return false;
-  std::memcpy(shared_->data + used, entry.data(), entry.size());
-  shared_->used.store(used + entry.size(), std::memory_order_release);
+  if (!shared_ || head.all() > log_box_size - used) return false;
+  put_spooled(shared_->data + used, head, component, lines);
+  shared_->used.store(used + head.all(), std::memory_order_release);
   return true;
 }
 
@@ -151,7 +212,7 @@ void LogBox::clear() {
 bool open_log_file(const std::string& path) {
   close_log_files();
   the_file = std::make_unique<LogFile>(path);
-  if (the_file->is_open()) return true;
+  if (the_file->is_there()) return true;
   the_file.reset();
   return false;
 }
@@ -161,7 +222,7 @@ bool open_log_folder(const std::string& path) {
   if (mkdir(path.c_str(), 0777) != 0 && errno != EEXIST) return false;
   if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || access(path.c_str(), W_OK) != 0)
     return false;
-  folder = path;
+  folder = std::filesystem::absolute(path);
   return true;
 }
 
@@ -173,13 +234,16 @@ bool has_log_file() {
   return the_file || !folder.empty();
 }
 
-bool write_to_log_file(const std::string& component, const std::string& lines) {
+bool write_to_log_file(std::string_view component, std::string_view lines) {
   if (!has_log_file()) return false;
   if (!spool && !folder.empty()) file_of(component);  // begun now, so that another process may go on with it
-  const std::string entry = spooled(component, lines);
-  if (waiting && waiting->put(entry)) return true;
+  if (waiting && waiting->put(component, lines)) return true;
   flush_log();
-  if (!waiting || !waiting->put(entry)) write_spooled(entry);
+  if (waiting && waiting->put(component, lines)) return true;
+  const SpooledHead head{component.size(), lines.size()};
+  std::string entry(head.all(), '\0');
+  put_spooled(entry.data(), head, component, lines);
+  write_spooled(entry);
   return true;
 }
 
@@ -195,17 +259,18 @@ void flush_log() {
 
 // How often the other one began its files anew is not known here.
 void write_rest_of_log(const LogBox& box) {
-  mode_of_new = "ae";
-  if (largest && the_file) the_file = std::make_unique<LogFile>(the_file->path(), mode_of_new);
+  how_to_open = O_APPEND;
+  if (largest && the_file) the_file = std::make_unique<LogFile>(the_file->path(), how_to_open);
   largest = 0;
   write_spooled(box.text());
-  mode_of_new = "we";
+  how_to_open = O_TRUNC;
 }
 
 void close_log_files() {
   flush_log();
   the_file.reset();
   files.clear();
+  files_of.clear();
 }
 
 int lost_entries() {
@@ -221,9 +286,7 @@ void spool_log(int descriptor) {
 }
 
 void append_spooled_log(std::string_view text) {
-  each_spooled(text, [](const std::string& component, std::string_view lines) {
-    write_to_log_file(component, std::string(lines));
-  });
+  each_spooled(text, write_to_log_file);
 }
 
 }  // namespace lumos

@@ -7,17 +7,20 @@
 #include <string>
 #include <string_view>
 
+#include "value/shared.h"
+
 namespace lumos {
 
 // Entries go to the file; false if it cannot be opened.
 bool open_log_file(const std::string& path);
-// Entries go to "<component>.log" in the folder, which is made if it does not exist.
+// Entries go to "<component>.log" in the folder, which is made if it does not exist; those of components whose
+// names make the same name of a file go to one.
 bool open_log_folder(const std::string& path);
 // 0 for no limit.
 void set_log_size(size_t octets);
 bool has_log_file();
 // False where none is open; errno-style number of what was lost in lost_entries.
-bool write_to_log_file(const std::string& component, const std::string& lines);
+bool write_to_log_file(std::string_view component, std::string_view lines);
 void close_log_files();
 int lost_entries();
 void note_lost_entries(int error);
@@ -32,12 +35,12 @@ class LogBox {
   // Good until something is put.
   std::string_view text() const;
   // False where there is no room.
-  bool put(std::string_view entry);
+  bool put(std::string_view component, std::string_view lines);
   void clear();
 
  private:
-  struct Shared;
-  Shared* shared_;
+  struct Contents;
+  Shared<Contents> shared_;
 };
 // From now on entries wait there until it is full, the log is flushed, or its files are closed; null for
 // none.

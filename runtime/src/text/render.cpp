@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "text/text_forms.h"
 #include "value/error.h"
 #include "value/task.h"
 #include "value/hooks.h"
@@ -17,6 +18,7 @@ namespace {
 
 constexpr int deepest_shown = 200;
 constexpr size_t usual_length = 100;
+constexpr std::string_view comma = ", ", assigned = " := ";
 
 void put(std::string& out, Value v, int depth);
 
@@ -46,8 +48,13 @@ void put_float(std::string& out, double number) {
   out += exponent;
 }
 
-bool can_be_quoted(char32_t c) {
-  return c >= 32 && c < 127;
+size_t quotable(const unsigned char* text, size_t size) {
+  return quotable_octets({reinterpret_cast<const char*>(text), size});
+}
+size_t quotable(const char32_t* text, size_t size) {
+  size_t n = 0;
+  while (n < size && text[n] >= 32 && text[n] < 127 && text[n] != '"') ++n;
+  return n;
 }
 
 // Octets are copied at once: by iterators a text of another character type is converted first.
@@ -76,10 +83,10 @@ void put_text(std::string& out, const Character* text, size_t size) {
     first = false;
   };
   for (size_t i = 0; i < size; ++i) {
-    const size_t begin = i;
-    while (i < size && can_be_quoted(text[i]) && text[i] != '"') ++i;
-    if (i > begin) part(true);
-    put_plain(out, text + begin, i - begin);
+    const size_t n = quotable(text + i, size - i);
+    if (n) part(true);
+    put_plain(out, text + i, n);
+    i += n;
     if (i == size) break;
     const char32_t c = text[i];
     part(c == '"');
@@ -159,7 +166,7 @@ void put_part(std::string& out, Value part, int depth) {
 void put_list(std::string& out, Value v, const char* open, const char* close, int depth) {
   out += open;
   for (size_t i = 0; i < v->parts.size; ++i) {
-    if (i) out += ", ";
+    if (i) out += comma;
     put_part(out, v->parts.data[i], depth);
   }
   out += close;
@@ -167,10 +174,10 @@ void put_list(std::string& out, Value v, const char* open, const char* close, in
 
 void put_fields(std::string& out, Value v, int depth) {
   const lumo_field_info_t* fields = field_info(v->type);
-  out += "{";
+  out += '{';
   for (size_t i = 0; i < v->parts.size; ++i) {
-    out += i ? ", " : " ";
-    if (fields && fields[i].name && *fields[i].name) (out += fields[i].name) += " := ";
+    i ? out.append(comma) : out.append(1, ' ');
+    if (fields && fields[i].name && *fields[i].name) out.append(fields[i].name).append(assigned);
     Value part = v->parts.data[i];
     if ((!part || part->form == Form::unset) && fields && is_optional(fields[i]) && !v->dynamic) {
       out += "omit";
@@ -178,7 +185,8 @@ void put_fields(std::string& out, Value v, int depth) {
       put_part(out, part, depth);
     }
   }
-  out += v->parts.size ? " }" : "}";
+  if (v->parts.size) out += ' ';
+  out += '}';
 }
 
 void put_choice(std::string& out, Value v, int depth) {

@@ -1,8 +1,6 @@
 #include "text/text_forms.h"
 
 #include <algorithm>
-#include <bit>
-#include <charconv>
 #include <cstring>
 
 namespace lumos {
@@ -41,16 +39,32 @@ char* write_escape(char* out, char32_t c) {
   return out;
 }
 
-// How many of eight octets stand for themselves in a string of JSON before the first that does not; all are
-// looked at together. "<" does not: in a page "</script>" would end a script.
+// How many of eight octets are printable characters of ASCII, but for some, before the first that is not; all
+// are looked at together.
+template <char... But>
 size_t plain_octets(uint64_t octets) {
   constexpr uint64_t each = 0x0101010101010101, high = 0x80 * each;
   if constexpr (std::endian::native == std::endian::big) octets = __builtin_bswap64(octets);
   uint64_t found = octets | (octets - 32 * each);
-  for (const uint64_t c : {0x7FU, unsigned{'"'}, unsigned{'\\'}, unsigned{'<'}})
+  for (const uint64_t c : {uint64_t{0x7F}, uint64_t{But}...})
     found |= (octets ^ c * each) - each;
   found &= high;  // the first is found for certain: what is borrowed goes to those behind it
   return found ? static_cast<size_t>(std::countr_zero(found)) / 8 : 8;
+}
+
+// The text, whose octets stand for themselves but for those that the function takes the character of.
+template <char... But, class Escape>
+char* write_plain(char* out, std::string_view text, Escape escape) {
+  for (size_t i = 0; i < text.size();) {
+    const uint64_t octets = eight_octets(text, i);  // what is too much of it is written over
+    const size_t left = std::min<size_t>(text.size() - i, 8);
+    const size_t n = std::min(plain_octets<But...>(octets), left);
+    std::memcpy(out, &octets, 8);
+    out += n;
+    i += n;
+    if (n < left) out = escape(out, i);
+  }
+  return out;
 }
 
 char* write_json_escape(char* out, char32_t c) {
@@ -62,30 +76,6 @@ char* write_json_escape(char* out, char32_t c) {
 
 }  // namespace
 
-std::string xml_text(std::string_view text) {
-  std::string out;
-  for (size_t i = 0; i < text.size();) {
-    const size_t begin = i;
-    const char32_t c = next_character(text, i);
-    if (c == '&') {
-      out += "&amp;";
-    } else if (c == '<') {
-      out += "&lt;";
-    } else if (c == '>') {
-      out += "&gt;";
-    } else if (c == '"') {
-      out += "&quot;";
-    } else if (c == '\n' || c == '\t' || c == '\r') {
-      out += "&#" + std::to_string(c) + ";";
-    } else if (c < 32 || c == 0xFFFD || c == 0xFFFE || c == 0xFFFF) {
-      out += '?';
-    } else {
-      out += text.substr(begin, i - begin);
-    }
-  }
-  return out;
-}
-
 std::string shortened(std::string_view text, size_t most) {
   if (text.size() <= most) return std::string(text);
   while (most && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
@@ -93,17 +83,56 @@ std::string shortened(std::string_view text, size_t most) {
          " octets more";
 }
 
+std::string xml_text(std::string_view text) {
+  std::string out(6 * text.size() + 8, ' ');
+  char* end = write_plain<'&', '<', '>', '"'>(out.data(), text, [&](char* at, size_t& i) {
+    const size_t begin = i;
+    const char32_t c = next_character(text, i);
+    if (c == '&') return written(at, "&amp;");
+    if (c == '<') return written(at, "&lt;");
+    if (c == '>') return written(at, "&gt;");
+    if (c == '"') return written(at, "&quot;");
+    if (c == '\n' || c == '\t' || c == '\r') return written(write_number(written(at, "&#"), c), ";");
+    if (c < 32 || c == 0xFFFD || c == 0xFFFE || c == 0xFFFF) return written(at, "?");
+    return written(at, text.substr(begin, i - begin));
+  });
+  out.resize(static_cast<size_t>(end - out.data()));
+  return out;
+}
+
 char* write_json(char* out, std::string_view text) {
   *out++ = '"';
-  for (size_t i = 0; i < text.size();) {
-    const uint64_t octets = eight_octets(text, i);  // what is too much of it is written over
-    const size_t left = std::min<size_t>(text.size() - i, 8), n = std::min(plain_octets(octets), left);
-    std::memcpy(out, &octets, 8);
-    out += n;
-    i += n;
-    if (n < left) out = write_json_escape(out, next_character(text, i));
-  }
+  // In a page "</script>" would end a script.
+  out = write_plain<'"', '\\', '<'>(
+      out, text, [&](char* at, size_t& i) { return write_json_escape(at, next_character(text, i)); });
   *out++ = '"';
+  return out;
+}
+
+char* write_line(char* out, std::string_view text) {
+  return write_plain(out, text, [&](char* at, size_t& i) {
+    const size_t begin = i;
+    const char32_t c = next_character(text, i);
+    const std::string_view octets = text.substr(begin, i - begin);
+    const bool is_text = c == '\t' || (c >= ' ' && (c < 0x7F || c >= 0xA0) && (c != 0xFFFD || octets.size() == 3));
+    if (is_text) return written(at, octets);
+    if (c == '\n' || c == '\r') {
+      *at++ = '\\';
+      *at++ = c == '\n' ? 'n' : 'r';
+      return at;
+    }
+    for (const char octet : octets) {
+      *at++ = '\\';
+      *at++ = 'x';
+      at = write_hex(at, {&octet, 1});
+    }
+    return at;
+  });
+}
+
+std::string line_text(std::string_view text) {
+  std::string out(line_room(text.size()), ' ');
+  out.resize(static_cast<size_t>(write_line(out.data(), text) - out.data()));
   return out;
 }
 
@@ -126,10 +155,6 @@ std::string hex_text(std::string_view octets) {
   std::string out(2 * octets.size(), ' ');
   write_hex(out.data(), octets);
   return out;
-}
-
-char* write_number(char* out, uint64_t number) {
-  return std::to_chars(out, out + number_room, number).ptr;
 }
 
 void append_number(std::string& out, uint64_t number) {
@@ -158,6 +183,19 @@ char* write_seconds(char* out, int64_t nanoseconds) {
   for (int i = 8; i > 0; i -= 2, decimals /= 100) std::memcpy(out + i, two_digits[decimals % 100], 2);
   out[1] = static_cast<char>('0' + decimals);
   return out + 10;
+}
+
+std::string six_decimals(int64_t nanoseconds) {
+  char text[seconds_room];
+  return {text, static_cast<size_t>(write_seconds(text, (nanoseconds + 500) / 1000 * 1000) - text) - 3};
+}
+
+size_t quotable_octets(std::string_view text) {
+  for (size_t i = 0; i < text.size(); i += 8) {
+    const size_t n = plain_octets<'"'>(eight_octets(text, i));
+    if (n < 8) return std::min(i + n, text.size());
+  }
+  return text.size();
 }
 
 std::string_view base_name(std::string_view path) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -9,6 +11,11 @@
 
 namespace lumos {
 
+// The end of what was written to the place.
+inline char* written(char* place, std::string_view text) {
+  if (!text.empty()) std::memcpy(place, text.data(), text.size());
+  return place + text.size();
+}
 // Text as content or attribute of XML and HTML; characters that XML does not have become "?".
 std::string xml_text(std::string_view text);
 // The beginning of a text that is too long for what shows it, with the number of octets that are left out.
@@ -20,21 +27,49 @@ char* write_json(char* out, std::string_view text);
 inline size_t json_room(size_t octets) {
   return 6 * octets + 10;
 }
+// Text that stays in its line and steers no terminal, at a place that has line_room for it: control characters,
+// but for tabs, become "\n", "\r" or the "\xNN" of their octets, and so do octets that are no UTF-8.
+char* write_line(char* out, std::string_view text);
+inline size_t line_room(size_t octets) {
+  return 4 * octets + 8;
+}
+std::string line_text(std::string_view text);
 std::string hex_text(std::string_view octets);
 char* write_hex(char* out, std::string_view octets);
 // These take at most number_room and seconds_room.
-char* write_number(char* out, uint64_t number);
+inline char* write_number(char* out, uint64_t number) {
+  if (number >= 10) return std::to_chars(out, out + 20, number).ptr;
+  *out = static_cast<char>('0' + number);
+  return out + 1;
+}
 // Nanoseconds as seconds with nine decimals.
 char* write_seconds(char* out, int64_t nanoseconds);
+// The same with six, rounded.
+std::string six_decimals(int64_t nanoseconds);
 constexpr size_t number_room = 20, seconds_room = 31;
 void append_number(std::string& out, uint64_t number);
 // The octets of the text from there on, at most eight, as they lie in memory; zeros behind its end.
 inline uint64_t eight_octets(std::string_view text, size_t begin) {
-  uint64_t octets = 0;
+  const char* from = text.data() + begin;
   const size_t left = text.size() - begin;
-  left >= 8 ? std::memcpy(&octets, text.data() + begin, 8) : std::memcpy(&octets, text.data() + begin, left);
+  uint64_t octets = 0;
+  if (left >= 8) {
+    std::memcpy(&octets, from, 8);
+  } else if (std::endian::native == std::endian::big) {
+    std::memcpy(&octets, from, left);
+  } else if (left >= 4) {
+    uint32_t first, last;  // which have octets in common
+    std::memcpy(&first, from, 4);
+    std::memcpy(&last, from + left - 4, 4);
+    octets = first | uint64_t{last} << 8 * (left - 4);
+  } else if (left) {
+    for (const size_t i : {size_t{0}, left / 2, left - 1})
+      octets |= uint64_t{static_cast<unsigned char>(from[i])} << 8 * i;
+  }
   return octets;
 }
+// How many octets there are before the first that cannot stand between the quotes of a charstring.
+size_t quotable_octets(std::string_view text);
 // A path without its folders.
 std::string_view base_name(std::string_view path);
 
