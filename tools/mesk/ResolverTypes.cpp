@@ -84,10 +84,7 @@ TypeNode* Resolver::base(TypeNode* type) {
     } else if (type->main == TYP_SELECTION) {
       TypeNode* choice = type->ref ? base(typeOf(*type->ref)) : nullptr;
       if (!choice || choice->main != TYP_CHOICE) return nullptr;
-      const auto found =
-          std::find_if(choice->components.begin(), choice->components.end(),
-                       [&](const TypeNode* alternative) { return alternative->name == type->ref_name; });
-      type = found == choice->components.end() ? nullptr : *found;
+      type = componentOf(*choice, type->ref_name);
     } else {
       return type->main == TYP_NONE && type->ref_name.empty() ? nullptr : type;
     }
@@ -416,6 +413,15 @@ void Resolver::makeSelection(const TypeAst& ast, const Context& context, TypeNod
   }
   // The alternative of a CHOICE without a name of its own.
   makeType(*found->ast->type, found->context, node.parent, &node);
+}
+
+size_t Resolver::placeOfComponent(const TypeNode& type, std::string_view name) {
+  return places_.find(type.components, name, [](const TypeNode* component) { return component->name; });
+}
+
+TypeNode* Resolver::componentOf(const TypeNode& type, std::string_view name) {
+  const size_t place = placeOfComponent(type, name);
+  return place == type.components.size() ? nullptr : type.components[place];
 }
 
 }  // namespace mesk

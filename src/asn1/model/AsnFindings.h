@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "asn1/front/AsnFault.h"
@@ -19,6 +21,9 @@ struct AsnFindings : BEModMetaRec {
   template <class Found>
   using ByNumber = std::vector<Found>;
 
+  /// The numbers of records by their names.
+  using ByName = std::unordered_map<std::string, int>;
+
   /// What stands behind references: the types behind those by name and selections, the values.
   ByNumber<AsnType> bases;
   ByNumber<AsnValue> values;
@@ -28,6 +33,7 @@ struct AsnFindings : BEModMetaRec {
   /// The first types on the way to the base that have constraints, or those at its end.
   ByNumber<AsnType> constrained;
   ByNumber<Holding> holding;
+  ByNumber<std::unique_ptr<ByName>> components;  // of structured types
 };
 
 /// The findings of a module, made if there are none.

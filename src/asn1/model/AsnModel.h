@@ -57,6 +57,8 @@ void forEachType(ModRec& module, const TypeCall& call);
 /// them.
 void forEachTypeComp(const AsnType& type, const TypeCall& call);
 std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers = false);
+/// The component of a structured type that has a name, as getTypeCompId gives it; false where there is none.
+AsnType findComponent(const AsnType& type, const std::string& name);
 /// The element of a SEQUENCE OF or SET OF.
 AsnType forTypeElem(const AsnType& type);
 

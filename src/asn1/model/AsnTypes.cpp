@@ -58,6 +58,16 @@ std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers) {
   return result;
 }
 
+AsnType findComponent(const AsnType& type, const std::string& name) {
+  auto& kept = KeptOf(type, &AsnFindings::components);
+  if (kept == nullptr) {
+    kept = std::make_unique<AsnFindings::ByName>();
+    for (const AsnType& component : TypeComps(type)) kept->emplace(getTypeCompId(component), component.number);
+  }
+  const auto found = kept->find(name);
+  return found == kept->end() ? AsnType{} : AsnType{{type.module, found->second}};
+}
+
 void forEachTypeComp(const AsnType& type, const TypeCall& call) {
   int index = 0;
   for (const AsnType& component : TypeComps(type, true)) {
@@ -106,9 +116,8 @@ AsnType forSelectionType(const AsnType& type) {
   const NestingGuard guard(nesting, "Unable to find synonym type.");
   const AsnType choice =
       forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
-  const std::string& name = getStri(*type.module, type.node().ref_name);
-  for (const AsnType& alternative : TypeComps(choice))
-    if (getStri(*choice.module, alternative.node().name) == name) return alternative;
+  const std::string name = convertHyphens(getStri(*type.module, type.node().ref_name));
+  if (const AsnType alternative = findComponent(choice, name)) return alternative;
   fatalError(kInternal, "Unable to find synonym type.");
 }
 
