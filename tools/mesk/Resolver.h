@@ -90,6 +90,7 @@ class Resolver {
 
   // Values
   ValueNode* valueOf(Definition& definition);
+  void makeValuesBehind(const Definition& definition);
   ValueNode* newValue(const Context& context, int token, TypeNode* type);
   ValueNode* makeValue(const ValueAst& ast, const Context& context, TypeNode* governor);
   void fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
@@ -224,6 +225,7 @@ class Resolver {
   std::map<std::pair<Module*, TypeNode*>, TypeNode*> imported_types_;
   std::map<std::pair<Module*, const FieldAst*>, TypeNode*> foreign_fields_;
   std::unordered_map<const TypeNode*, bool> finite_;
+  std::unordered_map<const TypeNode*, TypeNode*> bases_;  // of references
   // What object fields were set to, for those who use it elsewhere.
   std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;
   std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;

@@ -43,9 +43,25 @@ ValueNode* Resolver::newValue(const Context& context, int token, TypeNode* type)
   return &node;
 }
 
+/// Values that are no more than others' names are made from the last of a chain on, so that its length is no depth.
+void Resolver::makeValuesBehind(const Definition& definition) {
+  std::vector<Definition*> chain;
+  std::unordered_set<const Definition*> seen{&definition};
+  for (const Definition* at = &definition; at->value && at->value->kind == ValueAst::kRef;) {
+    Definition* next = find(at->value->ref, Context{at->module, nullptr}, false);
+    // A circle is told where it is met.
+    if (next && !seen.insert(next).second) return;
+    if (!next || next->kind != DefKind::kValue || next->state != State::kNew || next->parameterized) break;
+    chain.push_back(next);
+    at = next;
+  }
+  for (auto at = chain.rbegin(); at != chain.rend(); ++at) guarded([&] { valueOf(**at); });
+}
+
 ValueNode* Resolver::valueOf(Definition& definition) {
   if (definition.value_node) return definition.value_node;
   const Context context{definition.module, nullptr};
+  if (definition.state == State::kNew && !definition.parameterized) makeValuesBehind(definition);
   if (definition.state != State::kNew) {
     if (definition.state == State::kBusy)
       error(context, definition.token, inQuotes(definition.name) + " refers to itself");

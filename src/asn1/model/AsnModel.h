@@ -13,9 +13,6 @@
 
 namespace asn1 {
 
-// No chain of references in a sound syntax file is as long as this.
-constexpr int kLongestChain = 10000;
-
 struct AsnHandle {
   ModRec* module = nullptr;
   int number = 0;

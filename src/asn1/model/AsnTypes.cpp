@@ -243,8 +243,14 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
     else
       tags.push_back({tag_class, number, constructed});
   };
-  AsnType at = type;
-  for (int steps = 0; steps < kLongestChain; ++steps) {
+  constexpr const char* kFault = "Unable to find synonym type.";
+  const auto towards_tags = [](const AsnType& at) {
+    return at.node().first_tag != 0 ? AsnType{} : forTypeBehind(at);
+  };
+  ChainGuard guard({}, kFault);
+  for (AsnType at = type;;) {
+    at = FindEnd(at, towards_tags, &AsnFindings::tagged, kFault);
+    guard.Pass(at);
     for (int number = at.node().first_tag; number != 0; number = tagRec(*at.module, number).next) {
       const TagRec& tag = tagRec(*at.module, number);
       add(static_cast<TagClass>(tag.tag_class), tag.number, true);
@@ -260,6 +266,5 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
     if (row.tag > 0) add(kTagUniversal, row.tag, row.constructed || main_type == TYP_EXTERNAL);
     return tags;
   }
-  fatalError(kInternal, "Unable to find synonym type.");
 }
 }  // namespace asn1
