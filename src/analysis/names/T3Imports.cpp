@@ -328,11 +328,24 @@ void ImportStage::Take(T3Tree_Node* decl, T3Tree_Node* with_spec, bool recursive
   taken_.push_back({decl, with_spec, current_from_, false});
 }
 
+// The declarations that back the fields of `anytype`.
+void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, std::vector<T3Tree_Node*>& list) {
+  for (T3Tree_Node* member : members) {
+    auto* import = member->try_as<_T3ImportDecl>();
+    T3Tree_Node* decl = import != nullptr ? import->attr().def_aux : member;
+    if (T3Is<_T3Decl>(decl)) list.push_back(decl);
+  }
+}
+
 void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_spec) {
   std::vector<T3Tree_Node*> work{decl};
   while (!work.empty()) {
     T3Tree_Node* next = work.back();
     work.pop_back();
+    if (auto* module = next->try_as<T3Module>()) {
+      InsertAnyTypeMembersInDependentDecls(*module->attr().types, work);
+      continue;
+    }
     if (!seen_.insert(next).second) continue;
     Note(next, with_spec);
     taken_.push_back({next, with_spec, current_from_, true});
@@ -539,14 +552,6 @@ bool IsImportDecl(const T3Tree_Node* node) {
 
 bool ImplicitTypeDecl(const T3Tree_Node* decl) {
   return T3Is<T3TypeDecl>(decl) && static_cast<const T3TypeDecl*>(decl)->implicit_type_decl;
-}
-
-void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, T3NodeList& list) {
-  for (T3Tree_Node* member : members) {
-    auto* import = member->try_as<_T3ImportDecl>();
-    T3Tree_Node* decl = import != nullptr ? import->attr().def_aux : member;
-    if (T3Is<_T3Decl>(decl)) list.push_back(decl);
-  }
 }
 
 void PreprocessImports(T3Tree_Node* module) {
