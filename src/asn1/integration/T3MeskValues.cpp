@@ -170,7 +170,7 @@ Node mesk_T3Enumerated_instance_construct(const EnumPlace& place, const std::str
 // The type behind all references. The alternative that a selection stands for is written anew where that
 // stands.
 Governor Base(Governor governor) {
-  while (governor.type && isReference(governor.type)) governor = Governor(forSynonymType(governor.type));
+  if (governor.type && isReference(governor.type)) governor = Governor(forNamedType(governor.type));
   if (!governor.type || getTypeMainType(governor.type) != TYP_SELECTION) return governor;
   return Base({forSelectionType(governor.type), governor.is_here});
 }

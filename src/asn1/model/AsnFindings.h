@@ -25,7 +25,7 @@ struct AsnFindings : BEModMetaRec {
   using ByName = std::unordered_map<std::string, int>;
 
   /// What stands behind references: the types behind those by name and selections, the values.
-  ByNumber<AsnType> bases;
+  ByNumber<AsnType> bases, named;
   ByNumber<AsnValue> values;
   /// What the constraints of types and of those behind them leave.
   ByNumber<std::optional<ConstrainedSet>> numbers, sizes;

@@ -67,6 +67,8 @@ const char* getTypeMainTypeStri(MainType type);
 /// the type itself where it refers to none. A chain without an end is a fatal error.
 AsnType forSynonymType(const AsnType& type);
 AsnType forBaseType(const AsnType& type);
+/// The type at the end of the references by name alone: selections stay what they are.
+AsnType forNamedType(const AsnType& type);
 /// The alternative that a selection type stands for.
 AsnType forSelectionType(const AsnType& type);
 /// One step towards the base, by a name or a selection; false where the type is its own base.

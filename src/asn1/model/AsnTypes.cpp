@@ -110,6 +110,11 @@ AsnType forBaseType(const AsnType& type) {
   return FindEnd(type, forTypeBehind, &AsnFindings::bases, "Unable to find synonym type.");
 }
 
+AsnType forNamedType(const AsnType& type) {
+  const auto by_name = [](const AsnType& at) { return isReference(at) ? forSynonymType(at) : AsnType{}; };
+  return FindEnd(type, by_name, &AsnFindings::named, "Unable to find synonym type.");
+}
+
 AsnType forSelectionType(const AsnType& type) {
   // A selection from what another selection stands for, and so on without an end.
   static int nesting = 0;
