@@ -216,8 +216,8 @@ void ImportStage::SortTaken() {
   taken_.resize(kept);
 }
 
-// Where the own declarations of a module begin, behind those that were made for its imports; by the number
-// of the module.
+// Where the own declarations of a module begin, behind those that were made for its imports and the statements that
+// import all; by the number of the module.
 std::unordered_map<uint32_t, T3Tree_Node*>& OwnDecls() {
   static std::unordered_map<uint32_t, T3Tree_Node*> heads;
   return heads;
@@ -230,7 +230,9 @@ T3Tree_Node* OwnDeclsOf(T3Module* module) {
 
 void ImportStage::AddImportDecls() {
   SortTaken();
-  OwnDecls()[module_->number] = module_->definition_part;
+  T3Tree_Node* own = module_->definition_part;
+  while (own->is<T3ImportAllDecl>()) own = own->as<T3ImportAllDecl>()->next;
+  OwnDecls()[module_->number] = own;
   const auto is_null = [](const Taken& taken) { return taken.decl == ASN_1_NULL_DECLARATION; };
   const bool with_null = imports_asn1_ && T3Is<T3TTCN_3>(module_->representation) &&
                          T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) &&
