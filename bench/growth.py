@@ -234,6 +234,57 @@ def parameters(n):
                   + join(", ", n, str) + ") }")
 
 
+@row(200)
+def constants_of_a_subtype_chain(n):
+    return module("type integer R0; " + join("\n", n, lambda i: f"type R{i} R{i + 1} (0 .. {99999 - i}); const R{i + 1} c{i} := 1;"))
+
+
+@row(200)
+def literals_without_a_type(n):
+    return module(join(" ", n, lambda i: f"type record R{i} {{ integer x{i} }}") + "type port Q message { inout "
+                  + join(", ", n, lambda i: f"R{i}") + " } type component D { port Q q } function f() runs on D { "
+                  + join(" ", n, lambda i: f"q.send({{ x{i} := 1 }});") + " }")
+
+
+def asn1(text):
+    return {"A.asn": f"A DEFINITIONS AUTOMATIC TAGS ::= BEGIN\n{text}\nEND\n",
+            "M": "module M { import from A all; type port P message { inout T } }\n"}
+
+
+@row(200)
+def asn1_structures(n):
+    return asn1(join("\n", n, lambda i: f"T{i} ::= SEQUENCE {{ a INTEGER, b T{i + 1} OPTIONAL }}") + f" T{n} ::= NULL T ::= T0")
+
+
+@row(500)
+def asn1_names_of_types(n):
+    return asn1(join("\n", n, lambda i: f"T{i} ::= T{i + 1} (0..{i})") + f" T{n} ::= INTEGER T ::= T0")
+
+
+@row(1000)
+def asn1_components(n):
+    return asn1("T ::= SEQUENCE { " + join(", ", n, lambda i: f"a{i} INTEGER OPTIONAL") + " } t T ::= { "
+                + join(", ", n, lambda i: f"a{i} {i}") + " }")
+
+
+@row(1000)
+def asn1_values_of_an_enumeration(n):
+    return asn1("T ::= ENUMERATED { " + join(", ", n, lambda i: f"e{i}") + " }" + join("\n", n, lambda i: f"v{i} T ::= e{i}"))
+
+
+@row(200)
+def asn1_object_sets(n):
+    return asn1("C ::= CLASS { &id INTEGER UNIQUE, &Type } WITH SYNTAX { &id &Type } T ::= T0 " + join("\n", n, lambda i:
+                f"S{i} C ::= {{ {{ {i} NULL }} }} T{i} ::= SEQUENCE {{ id C.&id ({{S{i}}}), v C.&Type ({{S{i}}}{{@id}}) }}"))
+
+
+def written(folder, modules):
+    """Writes the modules into the folder; the words of the command line for them, ASN.1 in front."""
+    for name, text in modules.items():
+        (Path(folder) / (name if name.endswith(".asn") else f"{name}.ttcn")).write_text(text)
+    return [word for name in modules for word in (["-A", name] if name.endswith(".asn") else ["-T", f"{name}.ttcn"])]
+
+
 def limit():
     resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
     resource.setrlimit(resource.RLIMIT_AS, (MEGABYTES << 20, MEGABYTES << 20))
@@ -244,10 +295,8 @@ def measure(orvane, modules):
     with tempfile.TemporaryDirectory() as folder:
         if isinstance(modules, str):
             modules = {"M": modules}
-        for name, text in modules.items():
-            (Path(folder) / f"{name}.ttcn").write_text(text)
         (Path(folder) / "out").mkdir()
-        command = [orvane, "-v", "1", "-c", "-d", "out", "-F", *(f"{name}.ttcn" for name in modules)]
+        command = [orvane, "-v", "1", "-c", "-d", "out", "-F", *written(folder, modules)]
         with open(Path(folder) / "errors", "w+", encoding="utf-8", errors="replace") as errors:
             process = subprocess.Popen(command, cwd=folder, stdout=errors, stderr=errors, preexec_fn=limit)
             _, status, usage = os.wait4(process.pid, 0)
@@ -265,10 +314,8 @@ def counted(orvane, modules):
     if isinstance(found, str):
         return found
     with tempfile.TemporaryDirectory() as folder:
-        for name, text in ({"M": modules} if isinstance(modules, str) else modules).items():
-            (Path(folder) / f"{name}.ttcn").write_text(text)
-        names = sorted(path.name for path in Path(folder).iterdir())
-        number = instructions.count([str(orvane), "-v", "1", "-c", "-F", *names], folder)
+        files = written(folder, {"M": modules} if isinstance(modules, str) else modules)
+        number = instructions.count([str(orvane), "-v", "1", "-c", "-F", *files], folder)
     return "was not counted" if number is None else (number, *found[1:])
 
 

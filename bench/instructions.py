@@ -18,14 +18,14 @@ BUDGET = 25_000
 
 
 def count(command, folder):
-    """The instructions of a command that succeeds; none where it fails or valgrind is missing."""
+    """The instructions of a command that succeeds, with those of what it starts; none where it fails or valgrind is missing."""
     try:
-        run = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=callgrind", *command], cwd=folder,
+        run = subprocess.run(["valgrind", "--tool=callgrind", "--trace-children=yes", "--callgrind-out-file=callgrind", *command], cwd=folder,
                              capture_output=True, text=True)
     except FileNotFoundError:
         return None
-    found = re.search(r"Collected : (\d+)", run.stderr)
-    return int(found.group(1)) if run.returncode == 0 and found else None
+    found = re.findall(r"Collected : (\d+)", run.stderr + run.stdout)
+    return sum(map(int, found)) if run.returncode == 0 and found else None
 
 
 def main():

@@ -245,6 +245,8 @@ def limits(tests, _update):
         "components": ("\n".join(f"A{i} ::= SEQUENCE {{ COMPONENTS OF A{i + 1}, COMPONENTS OF A{i + 1} }}"
                                  for i in range(60)) + "\nA60 ::= SEQUENCE { }", "too many components"),
         "references": ("a0 INTEGER ::= 1\n" + "\n".join(f"a{i + 1} INTEGER ::= a{i}" for i in range(5000)), None),
+        "references ahead": ("\n".join(f"a{i} INTEGER ::= a{i + 1}" for i in range(5000)) + "\na5000 INTEGER ::= 1", None),
+        "narrowed synonyms": ("A0 ::= INTEGER\n" + "\n".join(f"A{i + 1} ::= A{i} (0..{9000 - i})" for i in range(5000)), None),
         "synonyms": ("A0 ::= NULL\n" + "\n".join(f"A{i + 1} ::= A{i}" for i in range(500)), None),
         "named numbers": ("\n".join(f"A{i} ::= INTEGER {{ x{i}(v{i}) }}\nv{i} A{i + 1} ::= x{i + 1}" for i in range(3000)) +
                           "\nA3000 ::= INTEGER { x3000(1) }", "references are nested too deeply"),

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "asn1/front/AsnFault.h"
+#include "asn1/model/AsnHome.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
 
@@ -31,6 +32,19 @@ struct Made {
     if (module.header.first_type == 0) module.header.first_type = type.number;
     last_definition = type.number;
     return type;
+  }
+  AsnType Component(const AsnType& parent, const std::string& name, const AsnType& type) {
+    TNode node{};
+    node.name = Text(name);
+    node.main_type = TYP_SYNONYM;
+    node.status = kComponent;
+    node.parent = node.definition = parent.number;
+    node.next = parent.node().first_component;
+    module.types.push_back(node);
+    const AsnType made = Last();
+    Refer(made, type);
+    tNode(module, parent.number).first_component = made.number;
+    return made;
   }
   static void Refer(const AsnType& from, const AsnType& to, int entry = 1) {
     tNode(*from.module, from.number).ref_module = entry;
@@ -156,6 +170,31 @@ TEST(AsnReferences, ThroughTwoModules) {
   std::string modules;
   forEachExportingModule(one.module, [&](ModRec& module) { modules += module.name; });
   EXPECT_EQ(modules, "Two-Mod");
+}
+
+TEST(AsnReferences, LongChains) {
+  Made made("M");
+  AsnType last = made.Integer(made.Range(0, 9));
+  for (int i = 0; i < 30000; ++i) {
+    const AsnType next = made.Definition("Next", TYP_SYNONYM);
+    Made::Refer(next, last);
+    last = next;
+  }
+  EXPECT_EQ(getBaseTypeMainType(last), TYP_INTEGER);
+  EXPECT_EQ(TextOf(IntegerSetOf(last)), "[0,9]");
+  EXPECT_EQ(TagsOf(last).size(), 1u);
+}
+
+TEST(AsnHomes, PointersWhereTypesHoldThemselves) {
+  Made made("M");
+  const AsnType a = made.Definition("A", TYP_SEQ), b = made.Definition("B", TYP_SEQ),
+                c = made.Definition("C", TYP_SEQ), outside = made.Definition("Outside", TYP_SEQ),
+                alone = made.Definition("Alone", TYP_SEQ);
+  const AsnType to_a = made.Component(outside, "toA", a), to_b = made.Component(a, "toB", b),
+                to_c = made.Component(b, "toC", c), back = made.Component(c, "back", a),
+                to_alone = made.Component(c, "toAlone", alone);
+  for (const AsnType& component : {to_a, to_b, to_c, back}) EXPECT_TRUE(IsByPointer(component));
+  EXPECT_FALSE(IsByPointer(to_alone));
 }
 
 TEST(AsnReferences, WithoutAnEnd) {

@@ -1,7 +1,10 @@
 #include "asn2c/Tables.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "asn1/model/AsnHome.h"
@@ -12,23 +15,56 @@ namespace asn2c {
 using namespace asn1;  // NOLINT(google-build-using-namespace)
 
 namespace {
-// The least tag of an untagged CHOICE's alternatives; `seen` are the types that were looked into.
-std::pair<int, int> LeastTag(const AsnType& type, std::vector<AsnType>& seen) {
-  const std::vector<AsnTag> tags = TagsOf(type);
-  if (!tags.empty()) return {tags.front().tag_class, tags.front().number};
-  std::pair<int, int> least{4, 0};
-  const AsnType base = forBaseType(type);
-  if (std::find(seen.begin(), seen.end(), base) != seen.end()) return least;
-  seen.push_back(base);
-  for (const AsnType& alternative : TypeComps(base)) least = std::min(least, LeastTag(alternative, seen));
-  return least;
-}
+// The tags that order alternatives and the components of a SET: that of an untagged CHOICE is the least one of its
+// alternatives.
+class OrderingTags {
+ public:
+  using Tag = std::pair<int, int>;
 
-// The tag that orders an alternative or a component of a SET.
-std::pair<int, int> OrderingTag(const AsnType& type) {
-  std::vector<AsnType> seen;
-  return LeastTag(type, seen);
-}
+  Tag Of(const AsnType& type) {
+    if (const std::optional<Tag> own = Own(type)) return *own;
+    Enter(forBaseType(type));
+    while (!way_.empty()) {
+      Choice& choice = way_.back();
+      Tag& least = least_[Key(choice.type)];
+      if (choice.next == choice.alternatives.size()) {
+        way_.pop_back();
+        continue;
+      }
+      const AsnType& alternative = choice.alternatives[choice.next];
+      const std::optional<Tag> own = Own(alternative);
+      const AsnType base = own ? AsnType{} : forBaseType(alternative);
+      if (!own && Enter(base)) continue;  // and come back to the alternative
+      least = std::min(least, own ? *own : least_[Key(base)]);
+      ++choice.next;
+    }
+    return least_[Key(forBaseType(type))];
+  }
+
+ private:
+  struct Choice {
+    AsnType type;
+    std::vector<AsnType> alternatives;
+    size_t next;
+  };
+
+  static std::pair<ModRec*, int> Key(const AsnType& type) { return {type.module, type.number}; }
+
+  static std::optional<Tag> Own(const AsnType& type) {
+    const std::vector<AsnTag> tags = TagsOf(type);
+    if (tags.empty()) return std::nullopt;
+    return Tag{tags.front().tag_class, tags.front().number};
+  }
+
+  bool Enter(const AsnType& choice) {
+    const bool fresh = least_.emplace(Key(choice), Tag{4, 0}).second;
+    if (fresh) way_.push_back({choice, TypeComps(choice), 0});
+    return fresh;
+  }
+
+  std::map<std::pair<ModRec*, int>, Tag> least_;
+  std::vector<Choice> way_;
+};
 
 std::string Quoted(const std::string& text) {
   std::string quoted = "\"";
@@ -158,7 +194,7 @@ class Tables {
     std::vector<std::tuple<bool, std::pair<int, int>, int>> keys;
     for (size_t i = 0; i < components.size(); ++i) {
       const bool addition = isExtensionAdditionComponent(components[i]);
-      keys.emplace_back(addition, addition ? std::pair<int, int>{} : OrderingTag(components[i]),
+      keys.emplace_back(addition, addition ? std::pair<int, int>{} : ordering_tags_.Of(components[i]),
                         static_cast<int>(i));
     }
     std::sort(keys.begin(), keys.end());
@@ -250,6 +286,7 @@ class Tables {
 
   ModRec& module_;
   CFile& file_;
+  OrderingTags ordering_tags_;
 };
 
 // A selection may lead to an alternative within another module's definition.

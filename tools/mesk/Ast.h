@@ -144,6 +144,7 @@ struct SyntaxAst {
 struct ClassAst {
   int token = 0;
   std::vector<FieldAst> fields;
+  std::unordered_map<std::string_view, size_t> by_name;  // the places of fields
   bool has_syntax = false;
   std::vector<SyntaxAst> syntax;
 };

@@ -108,6 +108,32 @@ struct ValueNode {
   int token = 0, number = 0;
 };
 
+/// Finds things in lists by their names, in long lists by tables. Lists stay where they are, and grow at their ends.
+class NamePlaces {
+ public:
+  /// The place of the first thing of a name; the list's size where there is none.
+  template <class List, class NameOf>
+  size_t find(const List& list, std::string_view name, NameOf name_of) {
+    constexpr size_t kShort = 16;
+    if (list.size() < kShort) {
+      size_t place = 0;
+      while (place < list.size() && name_of(list[place]) != name) ++place;
+      return place;
+    }
+    Table& table = tables_[&list];
+    for (; table.seen < list.size(); ++table.seen) table.places.emplace(name_of(list[table.seen]), table.seen);
+    const auto found = table.places.find(name);
+    return found == table.places.end() ? list.size() : found->second;
+  }
+
+ private:
+  struct Table {
+    std::unordered_map<std::string_view, size_t> places;
+    size_t seen = 0;
+  };
+  std::unordered_map<const void*, Table> tables_;
+};
+
 /// A class with the place where its text stands.
 struct ClassUse {
   const ClassAst* cls = nullptr;

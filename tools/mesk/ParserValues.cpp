@@ -117,8 +117,7 @@ void Parser::parseField(ClassAst& cls) {
   field.token = pos;
   if (peek().kind != Tok::kField) fail("expected a field");
   field.name = tokens_[pos++].text;
-  for (const FieldAst& other : cls.fields) {
-    if (other.name != field.name) continue;
+  if (!cls.by_name.emplace(field.name, cls.fields.size()).second) {
     --pos;
     fail("expected another name for this field");
   }

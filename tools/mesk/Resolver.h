@@ -90,6 +90,7 @@ class Resolver {
 
   // Values
   ValueNode* valueOf(Definition& definition);
+  void makeValuesBehind(const Definition& definition);
   ValueNode* newValue(const Context& context, int token, TypeNode* type);
   ValueNode* makeValue(const ValueAst& ast, const Context& context, TypeNode* governor);
   void fillValue(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
@@ -102,8 +103,12 @@ class Resolver {
   ValueNode* makeReferenceValue(const ValueAst& ast, const Context& context, TypeNode* governor);
   void fillBraces(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node);
   void fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
-  size_t nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next,
-                       const std::unordered_map<std::string_view, size_t>& places);
+  size_t nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next);
+  /// The place of a component by its name, their number where there is none; the component, none where there is none.
+  size_t placeOfComponent(const TypeNode& type, std::string_view name);
+  TypeNode* componentOf(const TypeNode& type, std::string_view name);
+  /// A named number or item; none where there is none.
+  const NamedNode* itemOf(TypeNode& type, std::string_view name);
   void checkAllGiven(const std::vector<bool>& given, const Context& context, int token, const TypeNode& type);
   void fillList(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
   void fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node);
@@ -145,6 +150,8 @@ class Resolver {
   TypeNode* fieldNode(const ClassUse& cls, const FieldAst& field);
   TypeNode* classFieldHere(const ClassUse& cls, const FieldAst& field, const Context& context, int token);
   ValueNode* makeObject(const ValueAst& ast, const Context& context, const ClassUse& cls, TypeNode* governor);
+  /// Whether a field of an object has a setting already.
+  bool isSet(const ValueNode& object, const FieldAst& field);
   void fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node);
   bool fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, int end, const Context& context,
                   const ClassUse& cls, ValueNode& node, bool optional);
@@ -218,6 +225,7 @@ class Resolver {
   std::map<std::pair<Module*, TypeNode*>, TypeNode*> imported_types_;
   std::map<std::pair<Module*, const FieldAst*>, TypeNode*> foreign_fields_;
   std::unordered_map<const TypeNode*, bool> finite_;
+  std::unordered_map<const TypeNode*, TypeNode*> bases_;  // of references
   // What object fields were set to, for those who use it elsewhere.
   std::unordered_map<const ValueNode*, std::pair<const TypeAst*, Context>> type_settings_;
   std::unordered_map<const ValueNode*, std::pair<const ValueAst*, Context>> value_settings_;
@@ -231,6 +239,7 @@ class Resolver {
   std::set<std::string> entries_;
   Module* current_ = nullptr;  // whose definitions are being made
   TypeNode* current_definition_ = nullptr;
+  NamePlaces places_;
   int depth_ = 0, expansion_steps_ = 0;
   bool abandoned_ = false;  // some definition was left after an error
 };

@@ -46,8 +46,7 @@ void Resolver::fillBraces(const ValueAst& ast, const Context& context, TypeNode&
 
 /// The place of the component that a value in braces goes to: by its name, or in old sources, where
 /// components and their values have none, by the order. The name is stepped over.
-size_t Resolver::nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next,
-                               const std::unordered_map<std::string_view, size_t>& places) {
+size_t Resolver::nextComponent(Parser& parser, const Context& context, const TypeNode& type, size_t next) {
   const int token = parser.pos;
   const Token& word = parser.peek();
   const bool named = word.kind == Tok::kLower && !parser.isSymbol(",", 1) && !parser.isSymbol("}", 1) &&
@@ -61,27 +60,23 @@ size_t Resolver::nextComponent(Parser& parser, const Context& context, const Typ
     reporter_.notStandard(placeOf(context, token), "a component needs a name");
     return next;
   }
-  const auto found = places.find(word.text);
-  if (found == places.end()) {
+  const size_t found = placeOfComponent(type, word.text);
+  if (found == type.components.size()) {
     error(context, token,
           std::string("the ") + asn1Name(type.main) + " has no component " + inQuotes(word.text));
     throw Abandoned();
   }
   ++parser.pos;
-  return found->second;
+  return found;
 }
 
 void Resolver::fillStruct(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
-  std::unordered_map<std::string_view, size_t> places;
-  for (size_t i = 0; i < type.components.size(); ++i) {
-    if (!type.components[i]->name.empty()) places.emplace(type.components[i]->name, i);
-  }
   std::vector<bool> given(type.components.size(), false);
   size_t next = 0;
   const int begin = parser.pos;
   while (parser.pos < end) {
     const int token = parser.pos;
-    const size_t index = nextComponent(parser, context, type, next, places);
+    const size_t index = nextComponent(parser, context, type, next);
     TypeNode* component = type.components[index];
     if (given[index]) {
       error(context, token, "the component " + inQuotes(component->name) + " has a value already");
@@ -126,13 +121,11 @@ void Resolver::fillList(Parser& parser, int end, const Context& context, TypeNod
 }
 
 void Resolver::fillBits(Parser& parser, int end, const Context& context, TypeNode& type, ValueNode& node) {
-  nameItems(type);
   node.has_text = true;
   while (parser.pos < end) {
     const Token& word = parser.peek();
-    const auto found = std::find_if(type.named.begin(), type.named.end(),
-                                    [&](const NamedNode& named) { return named.name == word.text; });
-    if (word.kind != Tok::kLower || found == type.named.end()) parser.fail("expected the name of a bit");
+    const NamedNode* found = itemOf(type, word.text);
+    if (word.kind != Tok::kLower || found == nullptr) parser.fail("expected the name of a bit");
     if (found->number >= static_cast<int64_t>(kMaxStringUnits) - 1) {
       error(context, parser.pos, "the number of the bit is too large");
       throw Abandoned();

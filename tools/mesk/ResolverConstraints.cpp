@@ -154,10 +154,7 @@ void Resolver::fillWithComponents(const ConstraintAst& ast, const Context& conte
       if (part->name == "mantissa" || part->name == "base" || part->name == "exponent")
         component = plainType(TYP_INTEGER);
     } else if (type) {
-      const auto found = std::find_if(
-          type->components.begin(), type->components.end(),
-          [&](const TypeNode* member) { return !member->isMarker() && member->name == part->name; });
-      if (found != type->components.end()) component = *found;
+      component = componentOf(*type, part->name);
     }
     if (!component) {
       error(context, part->token, "the type has no component " + inQuotes(part->name));
@@ -206,17 +203,12 @@ bool Resolver::fillPath(const AtPath& path, const Context& context, TypeNode& ow
   }
   for (size_t i = 0; i < path.names.size(); ++i) {
     TypeNode* type = i == 0 ? around : base(around);
-    const auto end = type ? type->components.end() : std::vector<TypeNode*>::iterator();
-    const auto found = !type || !isStruct(type)
-                           ? end
-                           : std::find_if(type->components.begin(), end, [&](const TypeNode* member) {
-                               return !member->isMarker() && member->name == path.names[i];
-                             });
-    if (!type || found == end) {
+    TypeNode* found = type && isStruct(type) ? componentOf(*type, path.names[i]) : nullptr;
+    if (found == nullptr) {
       error(context, path.token, "the structure has no component " + inQuotes(path.names[i]));
       return false;
     }
-    around = *found;
+    around = found;
     node.path.push_back(PathStep{path.names[i], around, path.level});
   }
   return true;

@@ -112,14 +112,14 @@ void Resolver::addValuesOfSet(Definition& set, std::string_view field, TypeNode&
 
 /// What a field is set to where its object does not say.
 ValueNode* Resolver::defaultSetting(const ClassUse& cls, std::string_view name) {
-  for (const FieldAst& field : cls.cls->fields) {
-    if (field.name != name || field.default_setting.end == field.default_setting.begin) continue;
-    ValueNode object;
-    Parser parser = parserAt(cls.context, field.default_setting.begin);
-    fillField(parser, field, cls.context, cls, object);
-    return object.components.front();
-  }
-  return nullptr;
+  const auto found = cls.cls->by_name.find(name);
+  if (found == cls.cls->by_name.end()) return nullptr;
+  const FieldAst& field = cls.cls->fields[found->second];
+  if (field.default_setting.end == field.default_setting.begin) return nullptr;
+  ValueNode object;
+  Parser parser = parserAt(cls.context, field.default_setting.begin);
+  fillField(parser, field, cls.context, cls, object);
+  return object.components.front();
 }
 
 /// What a field of a named object is set to, along a path of fields.

@@ -94,12 +94,14 @@ void Resolver::linkImports(Module& module) {
 
 void Resolver::checkImported(const Module& module, const ImportAst& import, const Module& from,
                              std::string_view symbol, int token) {
-  const auto names = [symbol](const auto& pair) { return pair.first == symbol; };
+  const auto names = [&](const auto& list) {
+    return places_.find(list, symbol, [](const auto& pair) { return pair.first; }) < list.size();
+  };
   const bool defined = from.by_name.count(symbol) ||
                        std::any_of(from.imports.begin(), from.imports.end(), [&](const ImportAst& other) {
-                         return std::any_of(other.symbols.begin(), other.symbols.end(), names);
+                         return names(other.symbols);
                        });
-  const bool exported = from.exports_all || std::any_of(from.exports.begin(), from.exports.end(), names);
+  const bool exported = from.exports_all || names(from.exports);
   if (!defined) {
     reporter_.error(module.place(token),
                     inQuotes(symbol) + " is not defined in module " + inQuotes(import.module));

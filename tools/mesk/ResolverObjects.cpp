@@ -39,9 +39,8 @@ ClassUse Resolver::classOf(const RefAst& ref, const Context& context) {
 }
 
 const FieldAst* Resolver::findField(const ClassUse& cls, std::string_view name, const Place& place) {
-  for (const FieldAst& field : cls.cls->fields) {
-    if (field.name == name) return &field;
-  }
+  const auto found = cls.cls->by_name.find(name);
+  if (found != cls.cls->by_name.end()) return &cls.cls->fields[found->second];
   reporter_.error(place, "the class " + inQuotes(cls.definition->name) + " has no field " + inQuotes(name));
   throw Abandoned();
 }
@@ -175,6 +174,11 @@ ValueNode* Resolver::makeObject(const ValueAst& ast, const Context& context, con
   return node;
 }
 
+bool Resolver::isSet(const ValueNode& object, const FieldAst& field) {
+  const auto name_of = [](const ValueNode* setting) { return setting->name; };
+  return places_.find(object.components, field.name, name_of) < object.components.size();
+}
+
 void Resolver::fillObject(Range range, const Context& context, const ClassUse& cls, ValueNode& node) {
   Parser parser = parserAt(context, range.begin + 1);
   const int end = range.end - 1;
@@ -191,9 +195,7 @@ void Resolver::fillObject(Range range, const Context& context, const ClassUse& c
   }
   if (parser.pos != end) parser.fail("expected another part of the object");
   for (const FieldAst& field : cls.cls->fields) {
-    const bool given = std::any_of(node.components.begin(), node.components.end(),
-                                   [&](const ValueNode* setting) { return setting->name == field.name; });
-    if (given || field.optional) continue;
+    if (isSet(node, field) || field.optional) continue;
     if (ValueNode* setting = defaultSetting(cls, field.name))
       node.components.push_back(setting);
     else
@@ -207,13 +209,14 @@ bool Resolver::fillSyntax(const std::vector<SyntaxAst>& syntax, Parser& parser, 
   Depth depth(depth_);
   if (!depth.ok()) parser.fail("syntax groups are nested too deeply; expected an end");
   bool started = false;
+  auto next = syntax.begin();  // behind the groups that stand here
   for (size_t i = 0; i < syntax.size(); ++i) {
     const SyntaxAst& part = syntax[i];
     const bool at_end = parser.pos >= end;
     if (!part.group.empty()) {
       // A word that must follow is not the type that the group would begin with.
-      const auto next = std::find_if(syntax.begin() + static_cast<std::ptrdiff_t>(i), syntax.end(),
-                                     [](const SyntaxAst& other) { return other.group.empty(); });
+      next = std::find_if(std::max(next, syntax.begin() + static_cast<std::ptrdiff_t>(i)), syntax.end(),
+                          [](const SyntaxAst& other) { return other.group.empty(); });
       const bool follows = next != syntax.end() && !next->word.empty() && parser.isWord(next->word);
       if (!at_end && follows && !part.group.front().field.empty()) continue;
       started |= fillSyntax(part.group, parser, end, context, cls, node, true);
@@ -340,8 +343,7 @@ ValueNode* Resolver::makeSetting(Parser& parser, const FieldAst& field, const Co
 
 void Resolver::fillField(Parser& parser, const FieldAst& field, const Context& context, const ClassUse& cls,
                          ValueNode& node) {
-  for (const ValueNode* other : node.components) {
-    if (other->name != field.name) continue;
+  if (isSet(node, field)) {
     error(context, parser.pos, "the field " + inQuotes(field.name) + " has a value already");
     throw Abandoned();
   }

@@ -77,22 +77,28 @@ TypeNode* Resolver::typeOf(Definition& definition) {
 }
 
 TypeNode* Resolver::base(TypeNode* type) {
-  for (int steps = 0; type && steps < 1000; ++steps) {
+  std::vector<TypeNode*> way;
+  while (type != nullptr && (type->main == TYP_SYNONYM || type->main == TYP_SELECTION)) {
+    const auto known = bases_.find(type);
+    if (known != bases_.end()) {
+      type = known->second;
+      break;
+    }
+    if (!type->ref || way.size() > types_.size()) return nullptr;
+    way.push_back(type);
     if (type->main == TYP_SYNONYM) {
-      if (!type->ref) return nullptr;
       type = typeOf(*type->ref);
-    } else if (type->main == TYP_SELECTION) {
-      TypeNode* choice = type->ref ? base(typeOf(*type->ref)) : nullptr;
-      if (!choice || choice->main != TYP_CHOICE) return nullptr;
-      const auto found =
-          std::find_if(choice->components.begin(), choice->components.end(),
-                       [&](const TypeNode* alternative) { return alternative->name == type->ref_name; });
-      type = found == choice->components.end() ? nullptr : *found;
     } else {
-      return type->main == TYP_NONE && type->ref_name.empty() ? nullptr : type;
+      TypeNode* choice = base(typeOf(*type->ref));
+      if (!choice || choice->main != TYP_CHOICE) return nullptr;
+      type = componentOf(*choice, type->ref_name);
     }
   }
-  return nullptr;
+  if (type == nullptr || (type->main == TYP_NONE && type->ref_name.empty())) return nullptr;
+  // What is not made yet may still become a reference.
+  if (type->main != TYP_NONE)
+    for (const TypeNode* passed : way) bases_.emplace(passed, type);
+  return type;
 }
 
 void Resolver::addTags(const TypeAst& ast, const Context& context, TypeNode& node, bool dummy) {
@@ -396,12 +402,9 @@ void Resolver::checkClassifier(const TypeNode& any, const Context& context, int 
 
 void Resolver::makeSelection(const TypeAst& ast, const Context& context, TypeNode& node) {
   const auto [choice, where] = structOf(*ast.element, context, TYP_CHOICE);
-  std::vector<Expanded> list;
-  expand(*choice, where, list, false, true);
-  const auto found = std::find_if(list.begin(), list.end(), [&](const Expanded& part) {
-    return part.ast->kind == ComponentAst::kNormal && part.ast->name == ast.word;
-  });
-  if (found == list.end()) {
+  const std::vector<ComponentAst>& list = choice->components;
+  const size_t found = places_.find(list, ast.word, [](const ComponentAst& part) { return part.name; });
+  if (found == list.size()) {
     error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.word));
     throw Abandoned();
   }
@@ -415,7 +418,16 @@ void Resolver::makeSelection(const TypeAst& ast, const Context& context, TypeNod
     return;
   }
   // The alternative of a CHOICE without a name of its own.
-  makeType(*found->ast->type, found->context, node.parent, &node);
+  makeType(*list[found].type, where, node.parent, &node);
+}
+
+size_t Resolver::placeOfComponent(const TypeNode& type, std::string_view name) {
+  return places_.find(type.components, name, [](const TypeNode* component) { return component->name; });
+}
+
+TypeNode* Resolver::componentOf(const TypeNode& type, std::string_view name) {
+  const size_t place = placeOfComponent(type, name);
+  return place == type.components.size() ? nullptr : type.components[place];
 }
 
 }  // namespace mesk

@@ -43,9 +43,25 @@ ValueNode* Resolver::newValue(const Context& context, int token, TypeNode* type)
   return &node;
 }
 
+/// Values that are no more than others' names are made from the last of a chain on, so that its length is no depth.
+void Resolver::makeValuesBehind(const Definition& definition) {
+  std::vector<Definition*> chain;
+  std::unordered_set<const Definition*> seen{&definition};
+  for (const Definition* at = &definition; at->value && at->value->kind == ValueAst::kRef;) {
+    Definition* next = find(at->value->ref, Context{at->module, nullptr}, false);
+    // A circle is told where it is met.
+    if (next && !seen.insert(next).second) return;
+    if (!next || next->kind != DefKind::kValue || next->state != State::kNew || next->parameterized) break;
+    chain.push_back(next);
+    at = next;
+  }
+  for (auto at = chain.rbegin(); at != chain.rend(); ++at) guarded([&] { valueOf(**at); });
+}
+
 ValueNode* Resolver::valueOf(Definition& definition) {
   if (definition.value_node) return definition.value_node;
   const Context context{definition.module, nullptr};
+  if (definition.state == State::kNew && !definition.parameterized) makeValuesBehind(definition);
   if (definition.state != State::kNew) {
     if (definition.state == State::kBusy)
       error(context, definition.token, inQuotes(definition.name) + " refers to itself");
@@ -234,13 +250,17 @@ ValueNode* Resolver::makeValue(const ValueAst& ast, const Context& context, Type
   return node;
 }
 
+const NamedNode* Resolver::itemOf(TypeNode& type, std::string_view name) {
+  nameItems(type);
+  const size_t place = places_.find(type.named, name, [](const NamedNode& named) { return named.name; });
+  return place == type.named.size() ? nullptr : &type.named[place];
+}
+
 /// An enumeration item or a named number.
 bool Resolver::makeItem(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
   if (type.main != TYP_ENUM && type.main != TYP_INTEGER) return false;
-  nameItems(type);
-  const auto found = std::find_if(type.named.begin(), type.named.end(),
-                                  [&](const NamedNode& named) { return named.name == ast.ref.name; });
-  if (found == type.named.end() || argument(ast.ref, context)) return false;
+  const NamedNode* found = itemOf(type, ast.ref.name);
+  if (found == nullptr || argument(ast.ref, context)) return false;
   node.main = type.main;
   node.integer = found->number;
   node.text = found->name;
@@ -315,14 +335,12 @@ ValueNode* Resolver::makeReferenceValue(const ValueAst& ast, const Context& cont
 /// "name : value" of a CHOICE.
 void Resolver::fillAlternative(const ValueAst& ast, const Context& context, TypeNode& type, ValueNode& node) {
   if (type.main != TYP_CHOICE) mismatch(ast, context, type);
-  const auto found = std::find_if(
-      type.components.begin(), type.components.end(),
-      [&](const TypeNode* alternative) { return !alternative->isMarker() && alternative->name == ast.text; });
-  if (found == type.components.end()) {
+  TypeNode* alternative = componentOf(type, ast.text);
+  if (alternative == nullptr) {
     error(context, ast.token, "the CHOICE has no alternative " + inQuotes(ast.text));
     throw Abandoned();
   }
-  ValueNode* chosen = makeValue(*ast.inner, context, *found);
+  ValueNode* chosen = makeValue(*ast.inner, context, alternative);
   chosen->name = ast.text;
   node.components.push_back(chosen);
 }

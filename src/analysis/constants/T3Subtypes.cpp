@@ -374,10 +374,13 @@ bool TypeAccepts(T3Tree_Node* type, T3Tree_Node* expression) {
   return accepts;
 }
 
+bool IsNoValue(T3Tree_Node* expression) {
+  return expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
+         expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>();
+}
+
 void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
-  if (expression->is<T3ValueList>() || expression->is<T3Complement>() || expression->is<T3Omit>() ||
-      expression->is<T3NotUsedSymbol>() || expression->is<T3NoExpression>())
-    return;
+  if (IsNoValue(expression)) return;
   // What a constraint with a fault allows is not known.
   if (HasFault(constraint)) return;
   if (auto* list = constraint->try_as<T3ValueList>()) {
@@ -387,12 +390,90 @@ void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
   if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
 }
 
+// The numbers and lengths that all constraints allow from a type on up to the first one, `above`, that is neither a range
+// of numbers nor of lengths that are known.
+struct Allowed {
+  int64_t low = std::numeric_limits<int64_t>::min(), high = std::numeric_limits<int64_t>::max();
+  int64_t shortest = low, longest = high;
+  bool numbers = false, lengths = false;  // whether there are such constraints
+  T3Tree_Node* above = nullptr;
+
+  void CutWith(const Allowed& other) {
+    low = std::max(low, other.low);
+    high = std::min(high, other.high);
+    shortest = std::max(shortest, other.shortest);
+    longest = std::min(longest, other.longest);
+    numbers = numbers || other.numbers;
+    lengths = lengths || other.lengths;
+  }
+
+  // Takes what one constraint allows; false where it is of another form.
+  bool Take(T3Tree_Node* constraint) {
+    if (HasFault(constraint)) return false;
+    if (auto* length = constraint->try_as<T3LengthRange>()) {
+      const auto least = ConstIntValue(length->lb);
+      const auto most = length->ub->is<T3NoExpression>() ? least : ConstIntValue(length->ub);
+      if (!least || !most) return false;
+      shortest = *least;
+      longest = *most;
+      return lengths = true;
+    }
+    auto* list = constraint->try_as<T3ValueList>();
+    auto* item = list == nullptr ? nullptr : list->values->try_as<T3ValueListItem>();
+    auto* range = item == nullptr || item->next->is<T3ValueListItem>() ? nullptr : item->value->try_as<T3ValueRange>();
+    if (range == nullptr || !ExpressionBaseType(range)->is<T3Integer>()) return false;
+    const auto least = LowestOf(range), most = ConstIntValue(range->ub);
+    if (!least || !most) return false;
+    low = *least;
+    high = *most;
+    return numbers = true;
+  }
+
+  bool Allows(T3Tree_Node* expression) const {
+    if (IsNoValue(expression)) return false;
+    if (numbers) {
+      const auto number = ConstIntValue(expression);
+      if (!number || *number < low || *number > high) return false;
+    }
+    bool known = true;
+    const int64_t length = lengths ? ExpressionLength(expression, known) : 0;
+    return !lengths || (known && shortest <= length && length <= longest);
+  }
+};
+NumberMap<Allowed>& g_allowed = *new NumberMap<Allowed>;
+const ModuleCache allowed{[] { g_allowed.clear(); }, ModuleCache::Holds::ForRun};
+
+// From a type with a constraint, or a base, on. Each type of a chain knows it once one below it was asked.
+Allowed AllowedFrom(T3Tree_Node* type) {
+  std::vector<std::pair<T3Tree_Node*, Allowed>> way;
+  Allowed found;
+  for (T3Tree_Node* at = type;; at = NextConstrained(at)) {
+    if (const Allowed* known = g_allowed.Find(at->number)) {
+      found = *known;
+      break;
+    }
+    Allowed own;
+    if (!at->is<T3SubType>() || !own.Take(at->as<T3SubType>()->constraint)) {
+      found.above = at;
+      break;
+    }
+    way.emplace_back(at, own);
+  }
+  for (auto at = way.rbegin(); at != way.rend(); ++at) {
+    found.CutWith(at->second);
+    g_allowed[at->first->number] = found;
+  }
+  return found;
+}
+
 // A cycle of parents has no base, and has had its message.
 void CheckAllSubtypes(T3Tree_Node* type, T3Tree_Node* expression) {
   if (BaseTypeDef(type)->is<T3ErrorType>()) return;
+  type = Constrained(type);
+  if (const Allowed most = AllowedFrom(type); most.above != type && most.Allows(expression)) type = most.above;
+  if (!type->is<T3SubType>()) return;
   const auto checked = ConstraintsOfDeclaration(expression);
-  for (type = Constrained(type); type->is<T3SubType>() && checked.count(type) == 0;
-       type = NextConstrained(type))
+  for (; type->is<T3SubType>() && checked.count(type) == 0; type = NextConstrained(type))
     CheckConstraint(type->as<T3SubType>()->constraint, expression);
 }
 

@@ -88,10 +88,11 @@ bool IsAnytype(T3Tree_Node* def) {
   return decl != nullptr && T3Is<T3AnyType>(decl->type);
 }
 
-// The fields of anytype depend on what the module sees: all of that comes along, once for an owner.
+// The fields of anytype depend on what the module sees: all of that comes along, once for an owner. The module stands
+// for it, since it is much, and open types of ASN.1 are many.
 void RecordAnytype(T3Tree_Node* reference, T3Tree_Node* owner) {
-  if (g_uses.with_anytype.insert(owner).second)
-    InsertAnyTypeMembersInDependentDecls(AllTypesOf(reference->place->vexa_my_module), DepDecls(owner));
+  T3Tree_Node* module = reference->place->vexa_my_module;
+  if (g_uses.with_anytype.insert(owner).second && !AllTypesOf(module).empty()) DepDecls(owner).push_back(module);
 }
 
 // Who names the built-in `address` uses what it stands for in the module.

@@ -15,5 +15,5 @@ bool RequiresGeneration(T3Tree_Node* decl);
 /// True for the kinds of declarations that always get code, and for all without the option.
 bool ExcludeFromOptimization(T3Tree_Node* decl);
 
-/// The rules that record uses, and fill `dep_decls`.
+/// The rules that record uses, and fill `dep_decls`: declarations, and modules for all types that these see.
 std::span<const T3Rule> UsageRules();

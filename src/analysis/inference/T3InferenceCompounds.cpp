@@ -123,13 +123,22 @@ bool ValuesFit(T3Tree_Node* values, T3Tree_Node* base) {
   return !silence.HasFailures();
 }
 
+std::vector<tIdent> NamesOf(T3Tree_Node* values) {
+  std::vector<tIdent> names;
+  for (auto* value : Items<T3FieldValue>(values))
+    if (auto* name = value->field->try_as<T3FieldName>()) names.push_back(name->name);
+  return names;
+}
+
 void TryCandidates(T3CompoundValue* compound, T3Candidates& candidates) {
+  const bool several = candidates.size() > 2 && NotationOf(compound->value) == Notation::Assign &&
+                       candidates.KeepWithFields(NamesOf(compound->value));
   for (size_t i = 0; i < candidates.size(); ++i) {
     if (!candidates.valid(i) || candidates.base(i)->is<T3ErrorType>()) continue;
     if (!NotationFits(NotationOf(compound->value), GetAddressBaseType(candidates.base(i))))
       candidates.Strike(i, gT3ErrorType);
   }
-  if (candidates.CountValid() < 2) return;
+  if (!several && candidates.CountValid() < 2) return;
   for (size_t i = 0; i < candidates.size(); ++i)
     if (candidates.valid(i) && !candidates.base(i)->is<T3ErrorType>() &&
         !ValuesFit(compound->value, GetAddressBaseType(candidates.base(i))))

@@ -216,8 +216,8 @@ void ImportStage::SortTaken() {
   taken_.resize(kept);
 }
 
-// Where the own declarations of a module begin, behind those that were made for its imports; by the number
-// of the module.
+// Where the own declarations of a module begin, behind those that were made for its imports and the statements that
+// import all; by the number of the module.
 std::unordered_map<uint32_t, T3Tree_Node*> g_own_decls;
 const ModuleCache own_decls([] { g_own_decls.clear(); }, ModuleCache::Holds::ForRun);
 
@@ -228,7 +228,9 @@ T3Tree_Node* OwnDeclsOf(T3Module* module) {
 
 void ImportStage::AddImportDecls() {
   SortTaken();
-  g_own_decls[module_->number] = module_->definition_part;
+  T3Tree_Node* own = module_->definition_part;
+  while (own->is<T3ImportAllDecl>()) own = own->as<T3ImportAllDecl>()->next;
+  g_own_decls[module_->number] = own;
   const auto is_null = [](const Taken& taken) { return taken.decl == ASN_1_NULL_DECLARATION; };
   const bool with_null = imports_asn1_ && T3Is<T3TTCN_3>(module_->representation) &&
                          T3Is<T3TypeDecl>(ASN_1_NULL_DECLARATION) &&
@@ -326,11 +328,24 @@ void ImportStage::Take(T3Tree_Node* decl, T3Tree_Node* with_spec, bool recursive
   taken_.push_back({decl, with_spec, current_from_, false});
 }
 
+// The declarations that back the fields of `anytype`.
+void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, std::vector<T3Tree_Node*>& list) {
+  for (T3Tree_Node* member : members) {
+    auto* import = member->try_as<_T3ImportDecl>();
+    T3Tree_Node* decl = import != nullptr ? import->attr().def_aux : member;
+    if (T3Is<_T3Decl>(decl)) list.push_back(decl);
+  }
+}
+
 void ImportStage::ProcessRecursiveImport(T3Tree_Node* decl, T3Tree_Node* with_spec) {
   std::vector<T3Tree_Node*> work{decl};
   while (!work.empty()) {
     T3Tree_Node* next = work.back();
     work.pop_back();
+    if (auto* module = next->try_as<T3Module>()) {
+      InsertAnyTypeMembersInDependentDecls(*module->attr().types, work);
+      continue;
+    }
     if (!seen_.insert(next).second) continue;
     Note(next, with_spec);
     taken_.push_back({next, with_spec, current_from_, true});
@@ -537,14 +552,6 @@ bool IsImportDecl(const T3Tree_Node* node) {
 
 bool ImplicitTypeDecl(const T3Tree_Node* decl) {
   return T3Is<T3TypeDecl>(decl) && static_cast<const T3TypeDecl*>(decl)->implicit_type_decl;
-}
-
-void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, T3NodeList& list) {
-  for (T3Tree_Node* member : members) {
-    auto* import = member->try_as<_T3ImportDecl>();
-    T3Tree_Node* decl = import != nullptr ? import->attr().def_aux : member;
-    if (T3Is<_T3Decl>(decl)) list.push_back(decl);
-  }
 }
 
 void PreprocessImports(T3Tree_Node* module) {

@@ -24,5 +24,3 @@ const char* DeclKind(T3Tree_Node* decl);
 bool IsImportDecl(const T3Tree_Node* node);
 /// True for a type declaration that a pre-pass made for a type written inside another.
 bool ImplicitTypeDecl(const T3Tree_Node* decl);
-/// Adds the declarations that back the fields of `anytype` to a list of dependencies.
-void InsertAnyTypeMembersInDependentDecls(const T3NodeList& members, T3NodeList& list);

@@ -1,6 +1,7 @@
 #include "analysis/types/T3Candidates.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "analysis/names/T3Names.h"
 #include "analysis/types/T3Types.h"
@@ -24,6 +25,33 @@ void T3SharedTypes::Add(T3Tree_Node* local, T3Tree_Node* base) {
     fit_by_others_.push_back(place);
   else
     places_.TryEmplace(local->number, place);
+}
+
+std::vector<size_t> T3SharedTypes::PlacesWithFields(std::span<const tIdent> names) const {
+  for (; fields_.seen < types_.size(); ++fields_.seen) {
+    auto* type = types_[fields_.seen].second->try_as<_T3StructuredType>();
+    if (type == nullptr) {
+      fields_.of_others.push_back(fields_.seen);
+      continue;
+    }
+    fields_.last = fields_.seen;
+    for (auto* field : Items<T3FieldType>(type->body)) {
+      std::vector<size_t>& places = fields_.places[field->name];
+      if (places.empty() || places.back() != fields_.seen) places.push_back(fields_.seen);
+    }
+  }
+  std::vector<size_t> none, places;
+  const std::vector<size_t>* fewest = nullptr;
+  for (const tIdent name : names) {
+    const auto found = fields_.places.find(name);
+    const std::vector<size_t>& with_field = found == fields_.places.end() ? none : found->second;
+    if (fewest == nullptr || with_field.size() < fewest->size()) fewest = &with_field;
+  }
+  std::merge(fewest->begin(), fewest->end(), fields_.of_others.begin(), fields_.of_others.end(),
+             std::back_inserter(places));
+  const auto last = std::lower_bound(places.begin(), places.end(), fields_.last);
+  if (last == places.end() || *last != fields_.last) places.insert(last, fields_.last);
+  return places;
 }
 
 std::vector<size_t> T3SharedTypes::PlacesFor(T3Tree_Node* own) const {

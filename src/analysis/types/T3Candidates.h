@@ -6,6 +6,7 @@
 #include <array>
 #include <initializer_list>
 #include <span>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -39,8 +40,19 @@ class T3SharedTypes {
   /// The places, in their order, of all that may stay where types are compared strictly: of `own` itself, an
   /// absolute type, and of those which more types than they are fit.
   std::vector<size_t> PlacesFor(T3Tree_Node* own) const;
+  /// The places, in their order, of all but the records, sets and unions without a field of the name that the fewest of
+  /// them have; the last of these types stays, since what is tried last leaves its traces where none fits.
+  std::vector<size_t> PlacesWithFields(std::span<const tIdent> names) const;
 
  private:
+  // Of the first so many types.
+  struct Fields {
+    size_t seen = 0;
+    std::unordered_map<tIdent, std::vector<size_t>> places;
+    std::vector<size_t> of_others;
+    size_t last = 0;  // of the records, sets and unions
+  };
+  mutable Fields fields_;
   std::vector<std::pair<T3Tree_Node*, T3Tree_Node*>> types_;
   NumberMap<size_t> places_;
   std::vector<size_t> fit_by_others_;
@@ -94,6 +106,17 @@ class T3Candidates {
     if (shared == nullptr) return;
     count_ = 0;
     for (const size_t place : shared->PlacesFor(own)) Append(shared->local(place), shared->base(place));
+  }
+  /// Leaves out of shared ones records, sets and unions without a field of one of the names, which a value with these
+  /// fields cannot be of: at least two of them. False where they are all left.
+  bool KeepWithFields(std::span<const tIdent> names) {
+    if (shared_ == nullptr || names.empty()) return false;
+    const std::vector<size_t> places = shared_->PlacesWithFields(names);
+    if (places.size() + 2 > shared_->size()) return false;
+    const T3SharedTypes* shared = std::exchange(shared_, nullptr);
+    count_ = 0;
+    for (const size_t place : places) Append(shared->local(place), shared->base(place));
+    return true;
   }
 
  private:

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <set>
+#include <unordered_map>
 #include <vector>
 
 #include "asn1/front/AsnFault.h"
@@ -100,24 +101,40 @@ EnumPlace PlaceOf(const AsnType& type) {
   return place;
 }
 
+// The types of a module's declarations, or of a structure's fields, by their names. They are noted when first asked
+// for, once the node is complete.
+using TypesByName = std::unordered_map<tIdent, Node>;
+TypesByName& TypesIn(Node owner) {
+  static std::unordered_map<const T3Tree_Node*, TypesByName> known;
+  return known[owner];
+}
+
 Node ComponentType(Node type, tIdent name) {
   while (T3Is<T3SubType>(type)) type = type->as<T3SubType>()->parent;
   if (auto* list = type->try_as<_T3HomogeneousType>()) return list->type;
-  if (auto* structure = type->try_as<_T3StructuredType>())
-    for (auto* field : Items<T3FieldType>(structure->body))
-      if (field->name == name) return field->type;
-  return nullptr;
+  auto* structure = type->try_as<_T3StructuredType>();
+  if (structure == nullptr) return nullptr;
+  TypesByName& types = TypesIn(structure);
+  if (types.empty())
+    for (auto* field : Items<T3FieldType>(structure->body)) types.emplace(field->name, field->type);
+  const auto found = types.find(name);
+  return found == types.end() ? nullptr : found->second;
+}
+
+Node DeclaredType(T3Module* module, tIdent name) {
+  TypesByName& types = TypesIn(module);
+  if (types.empty())
+    for (auto* at : Items<_T3Decl>(module->definition_part))
+      if (auto* decl = at->try_as<T3TypeDecl>()) types.insert_or_assign(decl->name, decl->type);
+  const auto found = types.find(name);
+  return found == types.end() ? nullptr : found->second;
 }
 
 // The enumeration at a place, by which its items are known; null where it was not read or is another type.
 Node EnumAt(const EnumPlace& place) {
   Node module = vexa_find_T3Module(place.module);
   if (module == nullptr) return nullptr;
-  Node type = nullptr;
-  for (auto* at : Items<_T3Decl>(module->as<T3Module>()->definition_part)) {
-    auto* decl = at->try_as<T3TypeDecl>();
-    if (decl != nullptr && decl->name == place.steps[0]) type = decl->type;
-  }
+  Node type = DeclaredType(module->as<T3Module>(), place.steps[0]);
   for (size_t i = 1; i < place.steps.size() && type != nullptr; ++i)
     type = ComponentType(type, place.steps[i]);
   while (T3Is<T3SubType>(type)) type = type->as<T3SubType>()->parent;
@@ -153,7 +170,7 @@ Node mesk_T3Enumerated_instance_construct(const EnumPlace& place, const std::str
 // The type behind all references. The alternative that a selection stands for is written anew where that
 // stands.
 Governor Base(Governor governor) {
-  while (governor.type && isReference(governor.type)) governor = Governor(forSynonymType(governor.type));
+  if (governor.type && isReference(governor.type)) governor = Governor(forNamedType(governor.type));
   if (!governor.type || getTypeMainType(governor.type) != TYP_SELECTION) return governor;
   return Base({forSelectionType(governor.type), governor.is_here});
 }
@@ -180,26 +197,19 @@ Node FieldName(const std::string& name, const tPosition& position) {
   return t.mT3FieldName(position, gIdents.MakeIdent(MakeASNIdent(name)), _sgT3NoExpression());
 }
 
-AsnType ComponentOf(const std::vector<AsnType>& components, const std::string& name) {
-  for (const AsnType& component : components)
-    if (getTypeCompId(component) == name) return component;
-  return {};
-}
-
 // The components that are written, and the defaults of those that are not.
 Node Structure(const AsnValue& value, const Governor& type, const tPosition& position) {
   std::vector<std::pair<Node, Node>> fields;
   std::set<std::string> written;
   bool good = true;
-  const std::vector<AsnType> components = TypeComps(type.type);
   forEachValueComp(value, [&](const AsnValue& part, int) {
     const std::string name = getValueRef(part);
     written.insert(name);
-    Node node = translate_value(part, {ComponentOf(components, name), type.is_here});
+    Node node = translate_value(part, {findComponent(type.type, name), type.is_here});
     good = good && node != nullptr;
     fields.emplace_back(FieldName(name, position), node);
   });
-  for (const AsnType& component : components) {
+  for (const AsnType& component : TypeComps(type.type)) {
     const std::string name = getTypeCompId(component);
     if (written.count(name) != 0) continue;
     const AsnValue preset = forDefaultValue(component);
@@ -226,7 +236,7 @@ Node Alternative(const AsnValue& value, const Governor& type, const tPosition& p
   std::vector<std::pair<Node, Node>> fields;
   forEachValueComp(value, [&](const AsnValue& component, int) {
     const std::string name = getValueRef(component);
-    if (Node node = translate_value(component, {ComponentOf(TypeComps(type.type), name), type.is_here}))
+    if (Node node = translate_value(component, {findComponent(type.type, name), type.is_here}))
       fields.emplace_back(FieldName(name, position), node);
   });
   return fields.size() == 1 ? Compound(fields, position) : nullptr;

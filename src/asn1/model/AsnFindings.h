@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "asn1/front/AsnFault.h"
@@ -19,15 +21,22 @@ struct AsnFindings : BEModMetaRec {
   template <class Found>
   using ByNumber = std::vector<Found>;
 
+  /// The numbers of records by their names.
+  using ByName = std::unordered_map<std::string, int>;
+
   /// What stands behind references: the types behind those by name and selections, the values.
-  ByNumber<AsnType> bases;
+  ByNumber<AsnType> bases, named;
   ByNumber<AsnValue> values;
   /// What the constraints of types and of those behind them leave.
   ByNumber<std::optional<ConstrainedSet>> numbers, sizes;
   ByNumber<std::optional<Alphabet>> alphabets;
   /// The first types on the way to the base that have constraints, or those at its end.
   ByNumber<AsnType> constrained;
+  /// The same for tags as written.
+  ByNumber<AsnType> tagged;
   ByNumber<Holding> holding;
+  ByNumber<std::optional<int>> control_words;
+  ByNumber<std::unique_ptr<ByName>> components;  // of structured types
 };
 
 /// The findings of a module, made if there are none.
@@ -45,6 +54,24 @@ Found& KeptOf(const AsnHandle& record, AsnFindings::ByNumber<Found> AsnFindings:
   return kept[number];
 }
 
+/// Watches a walk along references: one that comes back to where it was is the fatal error `fault`.
+class ChainGuard {
+ public:
+  ChainGuard(const AsnHandle& start, const char* fault) : mark_(start), fault_(fault) {}
+  void Pass(const AsnHandle& at) {
+    if (at == mark_) fatalError(kInternal, fault_);
+    if (++steps_ < most_) return;
+    // The mark moves ever less often, so that each circle has the time to come by.
+    mark_ = at;
+    most_ *= 2;
+  }
+
+ private:
+  AsnHandle mark_;
+  const char* fault_;
+  size_t steps_ = 0, most_ = 1;
+};
+
 /// Follows a chain of references to its end, where `step` gives false, or to a record that knows its end
 /// already, and gives the end to each on the way. A chain without an end is the fatal error `fault`.
 template <class Record, class Step>
@@ -52,12 +79,13 @@ Record FindEnd(const Record& start, Step step, AsnFindings::ByNumber<Record> Asn
                const char* fault) {
   std::vector<Record> way;
   Record end = start;
+  ChainGuard guard(start, fault);
   while (const Record next = step(end)) {
     if (const Record known = KeptOf(end, ends)) {
       end = known;
       break;
     }
-    if (way.size() >= static_cast<size_t>(kLongestChain)) fatalError(kInternal, fault);
+    guard.Pass(next);
     way.push_back(end);
     end = next;
   }

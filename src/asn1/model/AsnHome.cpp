@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -221,12 +222,16 @@ bool IsByPointer(const AsnType& component) {
 int ControlWords(const AsnType& type) {
   const MainType main_type = getTypeMainType(type);
   if (main_type != TYP_SEQ && main_type != TYP_SET) return 0;
+  // Asked of each component.
+  std::optional<int>& kept = KeptOf(type, &AsnFindings::control_words);
+  if (kept.has_value()) return *kept;
   const std::vector<AsnType> all = TypeComps(type);
   // An addition is missing where an earlier version of the type was sent.
   const bool has = main_type == TYP_SET || std::any_of(all.begin(), all.end(), [](const AsnType& component) {
                      return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
                    });
   const int components = static_cast<int>(all.size());
-  return has && components > 0 ? (components + kWordBits - 1) / kWordBits : 0;
+  kept = has && components > 0 ? (components + kWordBits - 1) / kWordBits : 0;
+  return *kept;
 }
 }  // namespace asn1

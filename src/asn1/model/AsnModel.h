@@ -13,9 +13,6 @@
 
 namespace asn1 {
 
-// No chain of references in a sound syntax file is as long as this.
-constexpr int kLongestChain = 10000;
-
 struct AsnHandle {
   ModRec* module = nullptr;
   int number = 0;
@@ -57,6 +54,8 @@ void forEachType(ModRec& module, const TypeCall& call);
 /// them.
 void forEachTypeComp(const AsnType& type, const TypeCall& call);
 std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers = false);
+/// The component of a structured type that has a name, as getTypeCompId gives it; false where there is none.
+AsnType findComponent(const AsnType& type, const std::string& name);
 /// The element of a SEQUENCE OF or SET OF.
 AsnType forTypeElem(const AsnType& type);
 
@@ -68,6 +67,8 @@ const char* getTypeMainTypeStri(MainType type);
 /// the type itself where it refers to none. A chain without an end is a fatal error.
 AsnType forSynonymType(const AsnType& type);
 AsnType forBaseType(const AsnType& type);
+/// The type at the end of the references by name alone: selections stay what they are.
+AsnType forNamedType(const AsnType& type);
 /// The alternative that a selection type stands for.
 AsnType forSelectionType(const AsnType& type);
 /// One step towards the base, by a name or a selection; false where the type is its own base.

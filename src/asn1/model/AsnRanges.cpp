@@ -116,14 +116,14 @@ template <class Found, class Narrow>
 Found FindAlong(const AsnType& type, AsnFindings::ByNumber<std::optional<Found>> AsnFindings::*table,
                 Found found, Narrow narrow) {
   std::vector<AsnType> way;
+  ChainGuard guard({}, "Unable to find synonym type.");
   for (AsnType at = type; at; at = forTypeBehind(at)) {
     if (const std::optional<Found>& kept = KeptOf(at, table)) {
       found = *kept;
       break;
     }
+    guard.Pass(at);
     way.push_back(at);
-    if (way.size() > static_cast<size_t>(kDeepestConstraint))
-      fatalError(kInternal, "Unable to find synonym type.");
   }
   std::for_each(way.rbegin(), way.rend(), [&](const AsnType& at) {
     narrow(at, found);

@@ -58,6 +58,16 @@ std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers) {
   return result;
 }
 
+AsnType findComponent(const AsnType& type, const std::string& name) {
+  auto& kept = KeptOf(type, &AsnFindings::components);
+  if (kept == nullptr) {
+    kept = std::make_unique<AsnFindings::ByName>();
+    for (const AsnType& component : TypeComps(type)) kept->emplace(getTypeCompId(component), component.number);
+  }
+  const auto found = kept->find(name);
+  return found == kept->end() ? AsnType{} : AsnType{{type.module, found->second}};
+}
+
 void forEachTypeComp(const AsnType& type, const TypeCall& call) {
   int index = 0;
   for (const AsnType& component : TypeComps(type, true)) {
@@ -100,15 +110,19 @@ AsnType forBaseType(const AsnType& type) {
   return FindEnd(type, forTypeBehind, &AsnFindings::bases, "Unable to find synonym type.");
 }
 
+AsnType forNamedType(const AsnType& type) {
+  const auto by_name = [](const AsnType& at) { return isReference(at) ? forSynonymType(at) : AsnType{}; };
+  return FindEnd(type, by_name, &AsnFindings::named, "Unable to find synonym type.");
+}
+
 AsnType forSelectionType(const AsnType& type) {
   // A selection from what another selection stands for, and so on without an end.
   static int nesting = 0;
   const NestingGuard guard(nesting, "Unable to find synonym type.");
   const AsnType choice =
       forBaseType(newAsnType(getModPtr(*type.module, type.node().ref_module), type.node().ref_type));
-  const std::string& name = getStri(*type.module, type.node().ref_name);
-  for (const AsnType& alternative : TypeComps(choice))
-    if (getStri(*choice.module, alternative.node().name) == name) return alternative;
+  const std::string name = convertHyphens(getStri(*type.module, type.node().ref_name));
+  if (const AsnType alternative = findComponent(choice, name)) return alternative;
   fatalError(kInternal, "Unable to find synonym type.");
 }
 
@@ -234,8 +248,14 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
     else
       tags.push_back({tag_class, number, constructed});
   };
-  AsnType at = type;
-  for (int steps = 0; steps < kLongestChain; ++steps) {
+  constexpr const char* kFault = "Unable to find synonym type.";
+  const auto towards_tags = [](const AsnType& at) {
+    return at.node().first_tag != 0 ? AsnType{} : forTypeBehind(at);
+  };
+  ChainGuard guard({}, kFault);
+  for (AsnType at = type;;) {
+    at = FindEnd(at, towards_tags, &AsnFindings::tagged, kFault);
+    guard.Pass(at);
     for (int number = at.node().first_tag; number != 0; number = tagRec(*at.module, number).next) {
       const TagRec& tag = tagRec(*at.module, number);
       add(static_cast<TagClass>(tag.tag_class), tag.number, true);
@@ -251,6 +271,5 @@ std::vector<AsnTag> TagsOf(const AsnType& type) {
     if (row.tag > 0) add(kTagUniversal, row.tag, row.constructed || main_type == TYP_EXTERNAL);
     return tags;
   }
-  fatalError(kInternal, "Unable to find synonym type.");
 }
 }  // namespace asn1
