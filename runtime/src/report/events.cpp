@@ -30,7 +30,8 @@ RunStart& run_start() {
   if (start.wall) return start;
   timespec wall;
   clock_gettime(CLOCK_REALTIME, &wall);
-  start = {int64_t(wall.tv_sec) * 1000000000 + wall.tv_nsec, now()};
+  start.wall = int64_t(wall.tv_sec) * 1000000000 + wall.tv_nsec;
+  start.clock = now();
   return start;
 }
 

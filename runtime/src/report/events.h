@@ -159,10 +159,12 @@ void tell_end(const Result& result);
 // Ends the run for all reporters, once.
 void tell_run_ends(const Results& results);
 
-// Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there.
+// Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there; the seed,
+// where there is one.
 struct RunStart {
   int64_t wall = 0;
   Time clock = 0;
+  std::optional<uint64_t> seed;
 };
 RunStart& run_start();
 

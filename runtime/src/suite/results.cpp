@@ -99,6 +99,11 @@ void print_result(Result& result) {
   result.reason = std::string("standard output cannot be written: ") + std::strerror(output_error);
 }
 
+void print_remark(const std::string& text) {
+  if (prints) return print(text);
+  std::fputs(text.c_str(), stderr);
+}
+
 void tell_results(bool to_standard_output) {
   prints = to_standard_output;
   fstat(STDOUT_FILENO, &output);

@@ -24,5 +24,7 @@ int status_of_results();
 // "Suite.TC_a: fail 0.012 s Suite.ttcn:17 unexpected message".
 std::string result_line(const Result& result, bool colored);
 void print_result(Result& result);
+// Something about the run: among the results, or on standard error where a report has their place.
+void print_remark(const std::string& text);
 
 }  // namespace lumos
