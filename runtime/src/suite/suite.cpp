@@ -93,6 +93,7 @@ bool open_reports(const SuiteOptions& options) {
     std::unique_ptr<Reporter> reporter = make(path);
     if (!reporter) {
       std::fprintf(stderr, "%scould not open '%s': %s\n", place.c_str(), path.c_str(), std::strerror(errno));
+      cancel_reporters();
       return false;
     }
     to_output = to_output && !is_standard_output(path);
@@ -314,6 +315,7 @@ void occupy_closed_descriptors() {
 int run_suite(int argc, char* argv[], lumo_register_function_t register_function, const char* control_part,
               bool is_supervised) {
   occupy_closed_descriptors();
+  let_lost_output_be_told();
   SuiteOptions options;
   options.is_supervised = is_supervised;
   if (!read_suite_options(argc, argv, options)) return start_fault;
