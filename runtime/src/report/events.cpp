@@ -202,6 +202,10 @@ void tell_end(const Result& result) {
   for (auto& reporter : reporters()) reporter->test_case_ends(result);
 }
 
+void flush_events() {
+  for (auto& reporter : reporters()) reporter->flush();
+}
+
 void tell_run_ends(const Results& results) {
   std::vector<std::unique_ptr<Reporter>> ending;
   ending.swap(reporters());

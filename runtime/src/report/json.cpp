@@ -91,7 +91,6 @@ class Json : public Reporter {
     rows_.put(",\"duration\":");
     rows_.put_seconds(r.duration);
     end_line();
-    file_.write_rows(rows_);
   }
   void run_ends(const Results& results) override {
     file_.write_rows(rows_);

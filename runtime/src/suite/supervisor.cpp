@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <optional>
 #include <vector>
@@ -137,9 +138,9 @@ class Supervision {
     const bool is_by_box = box_.is_way();
     pollfd waiting{socket_, POLLIN, 0};
     if (poll(&waiting, 1, is_by_box ? 0 : milliseconds) <= 0 && !is_by_box) return false;
-    const ssize_t n = recv(socket_, block_.data(), block_.size(), MSG_DONTWAIT);
+    const ssize_t n = recv(socket_, heard_.data() + held_, heard_.size() - held_, MSG_DONTWAIT);
     if (n > 0) {
-      hear({block_.data(), static_cast<size_t>(n)});
+      take(static_cast<size_t>(n));
     } else {
       if (is_by_box) hear(box_.rest(received_));
       box_.note_read(received_);
@@ -148,10 +149,18 @@ class Supervision {
     return n > 0;
   }
   void hear(std::string_view text) {
-    received_ += text.size();
-    if (!pending_.empty()) text = pending_ += text;
-    text.remove_prefix(reader_.tell(text));
-    pending_ = std::string(text);
+    heard_.resize(std::max(heard_.size(), held_ + text.size()));
+    std::copy(text.begin(), text.end(), heard_.begin() + static_cast<std::ptrdiff_t>(held_));
+    take(text.size());
+  }
+  // Tells what has come behind what was held; a part of something is held.
+  void take(size_t size) {
+    received_ += size;
+    held_ += size;
+    const size_t told = reader_.tell({heard_.data(), held_});
+    held_ -= told;
+    std::memmove(heard_.data(), heard_.data() + told, held_);
+    if (held_ == heard_.size()) heard_.resize(2 * held_);
   }
 
   void take_leave(const Results& all) {
@@ -205,8 +214,8 @@ class Supervision {
   Time last_ = 0, stopped_ = never;
   const Spot* stands_at_ = nullptr;  // of the reader
   uint64_t received_ = 0;
-  std::vector<char> block_ = std::vector<char>(1 << 16);  // the stack may be a small one
-  std::string pending_;
+  std::vector<char> heard_ = std::vector<char>(1 << 17);  // the stack may be a small one
+  size_t held_ = 0;
   bool is_bad_ = false, is_killed_ = false;
 };
 
