@@ -9,7 +9,7 @@ namespace lumos {
 
 namespace {
 
-constexpr size_t longest = 200;
+constexpr size_t longest_name = 200;
 
 // How many characters have to be put in, taken out, replaced or, neighbours, exchanged. Case counts half.
 size_t distance(const std::string& a, const std::string& b) {
@@ -34,7 +34,7 @@ std::string behind_point(const std::string& name) {
 }  // namespace
 
 std::string in_quotes(const std::string& name) {
-  return "'" + line_text(shortened(name, longest)) + "'";
+  return "'" + line_text(shortened(name, longest_name)) + "'";
 }
 
 std::string did_you_mean(const std::string& unknown, const std::vector<std::string>& known) {
@@ -42,7 +42,7 @@ std::string did_you_mean(const std::string& unknown, const std::vector<std::stri
   const std::string* nearest = nullptr;
   size_t least = std::max<size_t>(3, unknown.size() * 2 / 3);
   for (const std::string& name : known) {
-    if (unknown.size() > longest || name.size() > longest) continue;
+    if (unknown.size() > longest_name || name.size() > longest_name) continue;
     size_t d = distance(unknown, name);
     if (!is_qualified) d = std::min(d, distance(unknown, behind_point(name)));
     if (d >= least) continue;

@@ -43,7 +43,7 @@ std::map<std::string, const Option*>& places_of_output() {
   return all;
 }
 
-const Option* current = nullptr;  // whose value is set
+const Option* current_option = nullptr;  // whose value is set
 std::string own_message;          // of what could not be set; where it is empty the table tells what is wrong
 
 // By the places that something is written to, who does it. False with a message where another one does.
@@ -52,9 +52,9 @@ bool claim_place(const std::string& path) {
   struct stat status;
   if (!is_output && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return true;
   const std::string place = is_output ? "-" : std::filesystem::absolute(path).lexically_normal().string();
-  const auto [known, is_new] = places_of_output().try_emplace(place, current);
-  if (known->second == current) return true;
-  own_message = std::string("option '") + current->word + "' and option '" + known->second->word +
+  const auto [known, is_new] = places_of_output().try_emplace(place, current_option);
+  if (known->second == current_option) return true;
+  own_message = std::string("option '") + current_option->word + "' and option '" + known->second->word +
                 "' cannot both write to " + (is_output ? "standard output" : in_quotes(path));
   return false;
 }
@@ -231,7 +231,7 @@ bool usage_fault(const std::string& message) {
 }
 
 bool set_value(const Option& option, SuiteOptions& options, const std::string& value) {
-  current = &option;
+  current_option = &option;
   own_message.clear();
   errno = 0;
   return option.set(options, value);
