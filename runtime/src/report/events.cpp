@@ -111,7 +111,8 @@ void Spot::take(const Saying& s) {
 // Nearly always these tell enough. Names of components differ at their ends.
 size_t hash_of(const Saying& s) {
   const size_t end = s.component.size() - std::min<size_t>(s.component.size(), 8);
-  return mixed(s.line << 8 ^ static_cast<uint64_t>(s.kind) ^ s.name.size() << 40, eight_octets(s.component, end));
+  return mixed(s.line << 8 ^ static_cast<uint64_t>(s.kind) ^ s.name.size() << 40,
+               eight_octets(s.component, end));
 }
 
 void JsonText::take(std::string_view said) {

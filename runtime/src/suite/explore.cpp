@@ -35,8 +35,8 @@ void print_outcomes(const Selected& selected, const Outcomes& outcomes, long n) 
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
   };
   const std::string name = selected.full_name();
-  std::string text =
-      name + ": " + counted(static_cast<size_t>(n), "schedule") + ", " + counted(outcomes.size(), "outcome") + "\n";
+  std::string text = name + ": " + counted(static_cast<size_t>(n), "schedule") + ", " +
+                     counted(outcomes.size(), "outcome") + "\n";
   for (const auto& [key, o] : outcomes) {
     text += "  " + std::to_string(o.count) + " " + verdict_name(o.example.verdict);
     for (const std::string& part : {short_text(o.example.place), line_text(o.example.reason)})

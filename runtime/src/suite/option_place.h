@@ -11,8 +11,8 @@ namespace lumos {
 void set_option_place(const std::string& place);
 // What a message about what is being read begins with: "suite.cfg, line 3: " or nothing.
 const std::string& option_place();
-// Takes the lines of a file that are no comments, without blanks at their ends, as what stands there; false with
-// a message about the line that was not taken, or the file.
+// Takes the lines of a file that are no comments, without blanks at their ends, as what stands there; false
+// with a message about the line that was not taken, or the file.
 bool read_option_lines(const std::string& path,
                        const std::function<bool(const std::string& line, std::string& error)>& take,
                        std::string& error);

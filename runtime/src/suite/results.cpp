@@ -65,7 +65,8 @@ bool has_output() {
 }
 
 void print(const std::string& text) {
-  const bool is_written = has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+  const bool is_written =
+      has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
   if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
 }
 

@@ -44,7 +44,7 @@ std::map<std::string, const Option*>& places_of_output() {
 }
 
 const Option* current_option = nullptr;  // whose value is set
-std::string own_message;          // of what could not be set; where it is empty the table tells what is wrong
+std::string own_message;  // of what could not be set; where it is empty the table tells what is wrong
 
 // By the places that something is written to, who does it. False with a message where another one does.
 bool claim_place(const std::string& path) {
@@ -175,7 +175,8 @@ const Option table[] = {
     {0, "html", "FILE", "a page with logs and message sequence charts", set_report<make_html>},
     {0, "pcap", "FILE", "messages at system ports as a capture", set_report<make_pcap>},
     {0, "coverage", "FILE", "reached lines and branches for lcov and genhtml", set_report<make_coverage>},
-    {'L', "log", "FILE", "log to a file instead of standard error", SET(claim_place(text) && open_log_file(text))},
+    {'L', "log", "FILE", "log to a file instead of standard error",
+     SET(claim_place(text) && open_log_file(text))},
     {0, "log-dir", "FOLDER", "log to a file for each component in the folder", SET(open_log_folder(text))},
     {0, "log-size", "KILOBYTES", "begin a log file anew at this size; the old ones get numbers",
      SET(set_log_limit(text))},
@@ -278,7 +279,9 @@ bool read_configuration(SuiteOptions& options, const std::string& given) {
   std::string error;
   const bool is_good = read_option_lines(
       given.empty() ? path_of_program(options) + ".cfg" : given,
-      [&](const std::string& line, std::string& fault) { return read_configuration_line(options, line, fault); },
+      [&](const std::string& line, std::string& fault) {
+        return read_configuration_line(options, line, fault);
+      },
       error);
   own_message = error;
   return is_good;
@@ -324,7 +327,8 @@ bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
       return usage_fault(
           "unknown option " + in_quotes(argument) +
           (argument.size() > 2 ? nearest_option(argument.substr(2, argument.find('=') - 2), "--") : ""));
-    if (!option->argument && has_value) return usage_fault("option " + in_quotes(argument) + " takes no value");
+    if (!option->argument && has_value)
+      return usage_fault("option " + in_quotes(argument) + " takes no value");
     if (option->argument && !has_value && is_value(*option, i + 1 < argc ? argv[i + 1] : nullptr))
       value = argv[++i];
     if (option->argument && !option->is_optional() && value.empty())
