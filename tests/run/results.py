@@ -100,6 +100,7 @@ def check_ends(suite):
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
         check_has(suite.read("c.info"), ["DA:22,1\n"], f"coverage after {word}")
+    check_has(suite.run("-vnone -t TC_pass,TC_mute,TC_none")[0], ["TC_mute: error Outcome.ttcn:25 standard output cannot be written: Bad file", "\n3 test cases: 1 pass,"], "no output")
     suite.run("-vnone -t TC_close,TC_fail,TC_pass --junit j.xml --json j.json")
     check_junit(suite, "j.xml", tests=3, failures=1)
     check(len(re.findall('"event":"(end_testcase|verdict)"', suite.read("j.json"))) == 6, "JSON without the way to it")

@@ -91,13 +91,21 @@ std::string result_line(const Result& r, bool colored) {
   return line;
 }
 
+static std::string lost_output(int error) {
+  return std::string("standard output cannot be written: ") + std::strerror(error);
+}
+
+bool has_lost_output(const Result& result) {
+  return result.reason == lost_output(EBADF);
+}
+
 void print_result(Result& result) {
   set_log_footer("");
   if (!prints) return;
   print(result_line(result, with_colors()) + "\n");
   if (!output_error) return;
   result.verdict = lumo_verdict_error_c;
-  result.reason = std::string("standard output cannot be written: ") + std::strerror(output_error);
+  result.reason = lost_output(output_error);
 }
 
 void print_remark(const std::string& text) {
@@ -150,7 +158,7 @@ void print_summary() {
 
 int status_of_results() {
   if (output_error)
-    std::fprintf(stderr, "standard output cannot be written: %s\n", std::strerror(output_error));
+    std::fprintf(stderr, "%s\n", lost_output(output_error).c_str());
   if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
   const bool is_lost = output_error || log_failure() || reports_failed();
   return results().bad() || is_lost || ending_reason() ? 1 : 0;

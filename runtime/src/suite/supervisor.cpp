@@ -94,6 +94,8 @@ class Supervision {
     reader_.listener.test_case_ends = [this](const Result& r) {
       running_.reset();
       results().push_back(r);
+      is_printing_ = is_printing_ || has_lost_output(r);
+      if (is_printing_) print_result(results().back());
       tell_end(r);
     };
     reader_.listener.run_is_refused = [this] {
@@ -166,6 +168,7 @@ class Supervision {
   void take_leave(const Results& all) {
     phase_ = Phase::over;
     is_bad_ = all.bad() > 0;
+    if (is_printing_) print_summary();
     tell_run_ends(all);
   }
 
@@ -217,6 +220,7 @@ class Supervision {
   std::vector<char> heard_ = std::vector<char>(1 << 17);  // the stack may be a small one
   size_t held_ = 0;
   bool is_bad_ = false, is_killed_ = false;
+  bool is_printing_ = false;  // in place of the other process
 };
 
 // --- the parting of the two
