@@ -157,8 +157,7 @@ void print_summary() {
 }
 
 int status_of_results() {
-  if (output_error)
-    std::fprintf(stderr, "%s\n", lost_output(output_error).c_str());
+  if (output_error) std::fprintf(stderr, "%s\n", lost_output(output_error).c_str());
   if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
   const bool is_lost = output_error || log_failure() || reports_failed();
   return results().bad() || is_lost || ending_reason() ? 1 : 0;
