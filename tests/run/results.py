@@ -100,6 +100,7 @@ def check_ends(suite):
         check_junit(suite, "j.xml", tests=2, errors=1)
         check(json.loads(suite.read("j.json").splitlines()[-1])["bad"] == 1, f"JSON after {word}")
         check_has(suite.read("c.info"), ["DA:22,1\n"], f"coverage after {word}")
+    check_has(suite.run("-vnone -t TC_pass,TC_mute,TC_none")[0], ["TC_mute: error Outcome.ttcn:25 standard output cannot be written: Bad file", "\n3 test cases: 1 pass,"], "no output")
     suite.run("-vnone -t TC_close,TC_fail,TC_pass --junit j.xml --json j.json")
     check_junit(suite, "j.xml", tests=3, failures=1)
     check(len(re.findall('"event":"(end_testcase|verdict)"', suite.read("j.json"))) == 6, "JSON without the way to it")
@@ -227,17 +228,24 @@ def check_choice(suite, steered):
     check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_guard: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
     found = re.findall(r"\d+ (\w+) Outcome.ttcn:\d+ .*--seed (\d+) -t Outcome.(TC_\w+)", out)
     check(len(found) == 7, "outcomes of all schedules", out)
+    suite.run("-vinfo -t TC_race --explore 2 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log")
+    for report, text in ("s.xml", '"seed" value="7"'), ("s.json", ',"seed":7}\n'), ("s.html", 'seed = "7"'), ("s.tap", "# seed 7\n"), ("s.log", " info seed 7\n"):
+        check_has(suite.read(report), [text], "seed")
     for verdict, seed, name in found:
         out, _ = suite.run(f"-vnone -t {name} --explore 1 --seed {seed}", int(verdict not in ("pass", "none")))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")
     suite.path("Outcome.cfg").write_text("# all but errors\nparam = times = 2\nverbose none\ntestcase = TC_f*\n")
     check_has(suite.run("--config")[0], ["1 test case: 0 pass, 0 none, 0 inconc, 1 fail"], "configuration")
+    check_has(suite.run("-t TC_pass --config", status=0)[0], ["1 test case: 1 pass"], "the command line has the last word")
     for line, text in (("param = tmies = 2", "bad.cfg, line 1: there is no module parameter 'tmies', did you mean"),
                        ("testcase = TC_pass , TC_psas", "bad.cfg, line 1: there is no test case 'TC_psas'"),
                        ("port = q=udp:127.0.0.1:9", "bad.cfg, line 1: there is no port 'q'"), ("config = x", "bad.cfg, line 1: option 'config' stands"),
                        ("param = times = x", "bad.cfg, line 1: module parameter Outcome.times cannot be set to x"),
-                       ("verbsoe = none", "bad.cfg, line 1: unknown option 'verbsoe', did you mean 'verbose'?")):
-        suite.path("bad.cfg").write_text(line + "\n")
+                       ("verbsoe = none", "bad.cfg, line 1: unknown option 'verbsoe', did you mean 'verbose'?"),
+                       ("junit = /no/such/file", "bad.cfg, line 1: could not open '/no/such/file': No such"), ("testcase = ,", "bad.cfg, line 1: ',' is no value"),
+                       ("params = /no/such", "bad.cfg, line 1: could not open '/no/such': No such"), ("x" * 300, "xx ... and 100 octets more'"),
+                       ("junit = a.xml\nlog = ./a.xml", "bad.cfg, line 2: option 'log' and option 'junit' cannot both write to './a.xml'"), ("x" * 5000000, "bad.cfg, line 1: the line is too long")):
+        suite.path("bad.cfg").write_text("\ufeff" + line + "\r\n")
         check_has(suite.run("-c bad.cfg", status=2)[1], [text], line)
 
 
@@ -251,6 +259,11 @@ def check_logs(suite):
     check("vexa" not in (out + err).lower(), "names of generated code", err)
     suite.run("-t TC_echo -v all --log-dir logs --log-format columns", status=0)
     check_has(suite.read("logs/mtc.log"), [" event   mtc        Outcome.ttcn:50          system:p sends '6563686F'O\n"], "octets")
+    # Names of components may be any text; those that make the same name of a file share it, and there are more than descriptors.
+    out, _ = suite.run("-t TC_odd -n -v all --log-dir odd --log-format columns")
+    check_has(out, ["TC_odd: fail Outcome.ttcn:96 \\n\\x1B\\xED\\xA0\\x80\\xC2\\x9B\u00E4\n"], "a reason that is no text")
+    check(suite.read("odd/a_b.log").count("verdict") == 2 and suite.path("odd/c69.log").exists(), "names of components")
+    check_has(suite.read(next(suite.path("odd").glob("long*"))), ["event   ..onglongx Outcome.ttcn:96          verdict"], "columns")
     suite.run("-t TC_none,TC_none,TC_pass -j 2 --log-dir logs", status=0)
     check(suite.read("logs/mtc.log").count("\n") == 2 and suite.read("logs/control.log").count("started") == 3, "folder of several processes")
     suite.run("-t TC_none -L log.json --log-format json", status=0)
@@ -262,7 +275,7 @@ def check_logs(suite):
 
 def check_told(suite):
     out, _ = suite.run("-vnone")
-    told = dict(re.findall(r"(?m)^Told.(\w+): fail Told.ttcn:\d+ (.*)$", out))
+    told = dict(re.findall(r"(?m)^Told.(\w+): (?:fail|error) Told.ttcn:\d+ (.*)$", out))
     for name, text in re.findall(r"(?ms)^  testcase (\w+).*?// (.*?)$", (SOURCES / "Told.ttcn").read_text()):
         check(told.get(name) == text, f"what {name} tells", told.get(name))
 

@@ -548,6 +548,7 @@ void take_messages_from_outside() {
 
 void wait_outside(Time until) {
   flush_log();
+  flush_events();
   std::unique_lock<std::mutex> hold(arrivals_lock);
   auto wake_up = [] { return something_arrived.load(); };
   // The end of the run may be asked for meanwhile, and signals wake nobody here.

@@ -30,7 +30,8 @@ RunStart& run_start() {
   if (start.wall) return start;
   timespec wall;
   clock_gettime(CLOCK_REALTIME, &wall);
-  start = {int64_t(wall.tv_sec) * 1000000000 + wall.tv_nsec, now()};
+  start.wall = int64_t(wall.tv_sec) * 1000000000 + wall.tv_nsec;
+  start.clock = now();
   return start;
 }
 
@@ -110,7 +111,8 @@ void Spot::take(const Saying& s) {
 // Nearly always these tell enough. Names of components differ at their ends.
 size_t hash_of(const Saying& s) {
   const size_t end = s.component.size() - std::min<size_t>(s.component.size(), 8);
-  return mixed(s.line << 8 ^ static_cast<uint64_t>(s.kind) ^ s.name.size() << 40, eight_octets(s.component, end));
+  return mixed(s.line << 8 ^ static_cast<uint64_t>(s.kind) ^ s.name.size() << 40,
+               eight_octets(s.component, end));
 }
 
 void JsonText::take(std::string_view said) {
@@ -199,6 +201,10 @@ void tell(EventKind kind, std::string_view name, std::string_view peer, std::str
 
 void tell_end(const Result& result) {
   for (auto& reporter : reporters()) reporter->test_case_ends(result);
+}
+
+void flush_events() {
+  for (auto& reporter : reporters()) reporter->flush();
 }
 
 void tell_run_ends(const Results& results) {

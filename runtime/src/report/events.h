@@ -136,6 +136,8 @@ class Reporter {
   virtual void test_case_begins(const std::string& /*module*/, const std::string& /*name*/, Time /*begin*/) {}
   virtual void event(const Event&) {}
   virtual void test_case_ends(const Result&) {}
+  // Nothing happens for a while: what waits to be told elsewhere is.
+  virtual void flush() {}
   // The last that a reporter is told; it completes its file.
   virtual void run_ends(const Results& results) = 0;
 };
@@ -156,13 +158,16 @@ void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std
 // An event that was told elsewhere.
 void tell(const Event& event);
 void tell_end(const Result& result);
+void flush_events();
 // Ends the run for all reporters, once.
 void tell_run_ends(const Results& results);
 
-// Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there.
+// Wall clock at the beginning of the run, in nanoseconds since 1970, and the run's own clock there; the seed,
+// where there is one.
 struct RunStart {
   int64_t wall = 0;
   Time clock = 0;
+  std::optional<uint64_t> seed;
 };
 RunStart& run_start();
 

@@ -74,7 +74,8 @@ class Html : public Reporter {
   void run_ends(const Results&) override {
     file_.write("<script>const cases = [");
     stored_cases_.write_to(file_);
-    file_.write("];</script>\n");
+    const auto seed = run_start().seed;
+    file_.write("];\nconst seed = \"" + (seed ? std::to_string(*seed) : "") + "\";</script>\n");
     file_.write(html_tail);
     file_.complete();
   }

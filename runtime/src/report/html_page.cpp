@@ -43,7 +43,7 @@ svg .row { cursor: pointer; } svg .row:hover .hit, svg .row.chosen .hit { fill: 
 svg .life { stroke: var(--line); stroke-width: 1.5; } svg .arrow { stroke: var(--mark); stroke-width: 1.3; fill: none; }
 svg .made { stroke-dasharray: 4 3; } svg .box { fill: var(--soft); stroke: var(--dim); }
 </style></head><body>
-<header><h1>Test results</h1><span id="counts"></span><input type="search" id="search" placeholder="name or reason"></header>
+<header><h1>Test results</h1><span id="counts"></span><span id="seed"></span><input type="search" id="search" placeholder="name or reason"></header>
 <nav id="list"></nav>
 <main><div id="about"></div><div id="view"></div><div id="detail"></div></main>
 )html";
@@ -94,6 +94,7 @@ function drawList() {
 function drawCounts() {
   const n = Object.fromEntries(verdicts.map(v => [v, 0]));
   for (const c of cases) ++n[c[1]];
+  $("seed").textContent = seed && `seed ${seed}`;
   $("counts").innerHTML = verdicts.map(v =>
     `<label><input type="checkbox" data-v="${v}" checked>${badge(v)}${n[v]}</label>`).join(" ");
 }

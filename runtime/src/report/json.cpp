@@ -51,9 +51,11 @@ struct SpotText {
 class Json : public Reporter {
  public:
   explicit Json(const std::string& path) : file_(path) {
-    if (file_.is_open())
-      file_.format("{\"event\":\"run\",\"format\":1,\"started\":%" PRId64 ".%09d}\n",
-                   run_start().wall / 1000000000, static_cast<int>(run_start().wall % 1000000000));
+    if (!is_open()) return;
+    const RunStart& start = run_start();
+    file_.format("{\"event\":\"run\",\"format\":1,\"started\":%" PRId64 ".%09d", start.wall / 1000000000,
+                 static_cast<int>(start.wall % 1000000000));
+    file_.write((start.seed ? ",\"seed\":" + std::to_string(*start.seed) : "") + "}\n");
   }
   bool is_open() const { return file_.is_open(); }
 
@@ -89,7 +91,6 @@ class Json : public Reporter {
     rows_.put(",\"duration\":");
     rows_.put_seconds(r.duration);
     end_line();
-    file_.write_rows(rows_);
   }
   void run_ends(const Results& results) override {
     file_.write_rows(rows_);

@@ -68,7 +68,7 @@ class Junit : public Reporter {
       const std::string name = xml_text(module);
       file_.write("  <testsuite id=\"" + std::to_string(number++) + "\" name=\"" + name + "\" package=\"" +
                   name + "\" " + suite.totals.attributes() + " timestamp=\"" + suite.begin +
-                  "\" hostname=\"localhost\">\n    <properties/>\n");
+                  "\" hostname=\"localhost\">\n" + properties());
       suite.cases.write_to(file_);
       file_.write("    <system-out/>\n    <system-err/>\n  </testsuite>\n");
     }
@@ -77,6 +77,12 @@ class Junit : public Reporter {
   }
 
  private:
+  static std::string properties() {
+    const auto seed = run_start().seed;
+    if (!seed) return "    <properties/>\n";
+    return "    <properties>\n      <property name=\"seed\" value=\"" + std::to_string(*seed) +
+           "\"/>\n    </properties>\n";
+  }
   // Readers of XML refuse texts of 10 MB and more.
   static constexpr size_t most_entries = 1000, most_octets = 4000;
   struct Suite {

@@ -1,5 +1,5 @@
-// Things that are said again and again, each kept once. There is room for so many; a new one takes the place of
-// one that was not said for a while, or of one that lies in its way.
+// Things that are said again and again, each kept once. There is room for so many; a new one takes the place
+// of one that was not said for a while, or of one that lies in its way.
 #pragma once
 
 #include <bit>

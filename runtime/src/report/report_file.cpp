@@ -82,7 +82,8 @@ ReportFile::~ReportFile() {
 
 void ReportFile::fail() {
   if (!is_failed_)
-    std::fprintf(stderr, "report '%s' cannot be written: %s\n", path_.c_str(), std::strerror(errno));
+    std::fprintf(stderr, "report '%s' cannot be written: %s\n", is_owned_ ? path_.c_str() : "standard output",
+                 std::strerror(errno));
   is_failed_ = some_failed = true;
 }
 

@@ -16,7 +16,7 @@ namespace lumos {
 bool is_standard_output(const std::string& path);
 
 // So many octets are worth a call.
-constexpr size_t enough_rows = 1 << 15;
+constexpr size_t enough_rows = 1 << 17;
 
 class ReportFile {
  public:

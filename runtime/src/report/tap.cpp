@@ -10,7 +10,9 @@ namespace {
 class Tap : public Reporter {
  public:
   explicit Tap(const std::string& path) : file_(path) {
-    if (file_.is_open()) file_.write("TAP version 13\n");
+    if (!is_open()) return;
+    file_.write("TAP version 13\n");
+    if (const auto seed = run_start().seed) file_.write("# seed " + std::to_string(*seed) + "\n");
   }
   bool is_open() const { return file_.is_open(); }
 

@@ -144,6 +144,7 @@ class Wire : public Reporter {
     text(name);
     number(static_cast<uint64_t>(begin));
     pass_on();
+    flush_in_time(begin - run_start().clock);
   }
   void event(const Event& e) override {
     if (sent_.of(*e.spot).second) spot(*e.spot);
@@ -155,13 +156,15 @@ class Wire : public Reporter {
     std::memcpy(place, &head, sizeof head);
     written(written(place + sizeof head, e.text), e.octets);
     direct ? stream_.take(size) : pass_on();
+    flush_in_time(e.time);
   }
   void test_case_ends(const Result& r) override {
     tag(Tag::end);
     result(r);
     pass_on();
-    stream_.flush();
+    flush_in_time(r.begin + r.duration - run_start().clock);
   }
+  void flush() override { stream_.flush(); }
   void run_ends(const Results& results) override {
     has_ended_ = true;
     tag(Tag::run_end);
@@ -171,6 +174,13 @@ class Wire : public Reporter {
   }
 
  private:
+  // Each time costs the other process a turn.
+  void flush_in_time(Time now) {
+    constexpr Time often = 50000000;
+    if (now - flushed_ < often) return;
+    flushed_ = now;
+    stream_.flush();
+  }
   void result(const Result& r) {
     for (const std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) text(*s);
     for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
@@ -201,6 +211,7 @@ class Wire : public Reporter {
   WireNeeds needs_;
   MadeOf<char> sent_;
   bool has_ended_ = false;
+  Time flushed_ = 0;
   std::string record_;  // its beginning; the rest is room
   size_t used_ = 0;
 };

@@ -297,6 +297,16 @@ void tell_mismatches(std::string& reason) {
   if (!mismatches.empty()) reason += (reason.empty() ? "" : ": ") + mismatches[0];
 }
 
+}  // namespace
+
+void lumos::end_overdue(const Component& c) {
+  std::string reason = c.overdue;
+  tell_mismatches(reason);
+  fault("%s", reason.c_str());
+}
+
+namespace {
+
 void stop_behaviour(Component& c) {
   if (current_task->component == &c) leave_behaviour();
   c.stopped_by_other = true;

@@ -44,6 +44,7 @@ struct Component {
   bool is_watching = false;  // asked for the state of components, and none has changed since
   unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
+  const char* overdue = nullptr;  // why the test case ends where it waits
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
   std::vector<Port*> ports;   // owned
@@ -115,6 +116,8 @@ void wake(Component& component);
 void yield();
 // Ends the test case with verdict error, from the scheduler's or any component's side.
 void end_test_case(lumo_verdict_t verdict, const char* reason);
+// Ends it in a component that waited in vain for what it received: that says why.
+[[noreturn]] void end_overdue(const Component& c);
 
 // Runs on a fiber of its own, so that a fault ends it alone; false after a fault.
 bool run_guarded(const char* task_name, void (*function)(void*), void* argument);

@@ -125,6 +125,18 @@ void wake_polling() {
     if (c && c->state == State::waiting && c->polls) make_ready(*c);
 }
 
+// A component that received what it does not take ends the test case itself.
+void end_waiting(const char* reason) {
+  for (auto& c : test_case->components)
+    if (c && c->overdue) return;
+  for (auto& c : test_case->components) {
+    if (!c || c->state != State::waiting || c->task.attempts.empty()) continue;
+    c->overdue = reason;
+    return make_ready(*c);
+  }
+  end_test_case(lumo_verdict_error_c, reason);
+}
+
 // Asking a real clock costs as much as a short turn: while others are ready, only some turns do.
 void check_time() {
   if (const char* reason = ending_reason()) return end_test_case(lumo_verdict_error_c, reason);
@@ -135,7 +147,7 @@ void check_time() {
   Time time = now();
   wake_expired(time);
   if (time >= test_case->deadline) {
-    end_test_case(lumo_verdict_error_c, "the time given to the test case is over");
+    end_waiting("the time given to the test case is over");
     return;
   }
   if (time >= next_poll) wake_polling();
@@ -149,12 +161,12 @@ void idle() {
   if (is_simulated()) {
     bool stuck = next == never || (only_polling && now() - last_progress > longest_polling);
     if (stuck && (!outside_may_send() || (schedule_state && ++idle_rounds > most_idle_rounds)))
-      return end_test_case(lumo_verdict_error_c, "all components wait and nothing can happen any more");
+      return end_waiting("all components wait and nothing can happen any more");
     if (next != never) return advance_to(next);
     return wait_outside(never);
   }
   if (next == never && !outside_may_send())
-    return end_test_case(lumo_verdict_error_c, "all components wait and nothing can happen any more");
+    return end_waiting("all components wait and nothing can happen any more");
   wait_outside(next);
 }
 
@@ -287,6 +299,7 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   c->polls = volatile_guards;
   if (volatile_guards && next_poll == never) next_poll = now() + next_poll_interval();
   to_scheduler();
+  if (c->overdue) end_overdue(*c);
 }
 
 void lumo_component_control(lumo_context_t) {

@@ -1,6 +1,5 @@
 #include "suite/explore.h"
 
-#include <cstdio>
 #include <map>
 
 #include "run/component.h"
@@ -32,16 +31,19 @@ std::string key_of(const Result& r) {
 }
 
 void print_outcomes(const Selected& selected, const Outcomes& outcomes, long n) {
-  std::printf("%s: %ld schedule%s, %zu outcome%s\n", selected.full_name().c_str(), n, n == 1 ? "" : "s",
-              outcomes.size(), outcomes.size() == 1 ? "" : "s");
+  const auto counted = [](size_t count, const char* what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+  };
+  const std::string name = selected.full_name();
+  std::string text = name + ": " + counted(static_cast<size_t>(n), "schedule") + ", " +
+                     counted(outcomes.size(), "outcome") + "\n";
   for (const auto& [key, o] : outcomes) {
-    const std::string place = short_text(o.example.place);
-    std::printf("  %ld %s%s%s%s%s", o.count, verdict_name(o.example.verdict), place.empty() ? "" : " ",
-                place.c_str(), o.example.reason.empty() ? "" : " ", line_text(o.example.reason).c_str());
-    std::printf(" (--explore 1 --seed %llu -t %s)\n", static_cast<unsigned long long>(o.seed),
-                selected.full_name().c_str());
+    text += "  " + std::to_string(o.count) + " " + verdict_name(o.example.verdict);
+    for (const std::string& part : {short_text(o.example.place), line_text(o.example.reason)})
+      if (!part.empty()) text += " " + part;
+    text += " (--explore 1 --seed " + std::to_string(o.seed) + " -t " + name + ")\n";
   }
-  std::fflush(stdout);
+  print_remark(text);
 }
 
 // The worst outcome stands for the test case.
@@ -54,11 +56,14 @@ const Result& worst_of(const Outcomes& outcomes) {
 
 bool explore_one(const Selected& selected, long n, uint64_t seed) {
   Outcomes outcomes;
-  for (long i = 0; i < n && !ending_reason(); ++i) {
+  bool goes_on = true;
+  long i = 0;
+  for (; i < n && goes_on; ++i) {
     const uint64_t own_seed = seed + static_cast<uint64_t>(i);
     set_schedule_seed(own_seed);
     set_random_seed(own_seed);
-    if (!execute(selected) || !results().has_last()) return false;
+    goes_on = execute(selected) && !ending_reason();
+    if (!results().has_last()) break;
     const Result result = results().back();
     results().pop_back();
     Outcome& outcome = outcomes[key_of(result)];
@@ -67,9 +72,10 @@ bool explore_one(const Selected& selected, long n, uint64_t seed) {
       outcome.seed = own_seed;
     }
   }
-  print_outcomes(selected, outcomes, n);
+  if (outcomes.empty()) return false;
+  print_outcomes(selected, outcomes, i);
   results().push_back(worst_of(outcomes));
-  return true;
+  return goes_on;
 }
 
 }  // namespace

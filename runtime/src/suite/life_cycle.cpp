@@ -23,8 +23,11 @@ struct Pass {
 
 void call_in_all_modules(void* argument) {
   const char* name = static_cast<Pass*>(argument)->row;
+  // A fault leaves the loop without ending what it holds.
+  static auto& modules = *new std::vector<Module>;
+  modules = registered_modules();
   // The imports of a module stand before it, and guards keep a second call from doing anything.
-  for (const Module& m : registered_modules()) {
+  for (const Module& m : modules) {
     lumo_symbol_entry_t row = own_row(m.name, name);
     if (row && row->function_ptr) reinterpret_cast<ModuleFunction>(row->function_ptr)(current_task);
   }

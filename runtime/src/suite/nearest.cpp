@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <cctype>
 
+#include "text/text_forms.h"
+
 namespace lumos {
 
 namespace {
+
+constexpr size_t longest_name = 200;
 
 // How many characters have to be put in, taken out, replaced or, neighbours, exchanged. Case counts half.
 size_t distance(const std::string& a, const std::string& b) {
@@ -29,13 +33,16 @@ std::string behind_point(const std::string& name) {
 
 }  // namespace
 
+std::string in_quotes(const std::string& name) {
+  return "'" + line_text(shortened(name, longest_name)) + "'";
+}
+
 std::string did_you_mean(const std::string& unknown, const std::vector<std::string>& known) {
-  constexpr size_t longest = 200;
   const bool is_qualified = unknown.find('.') != std::string::npos;
   const std::string* nearest = nullptr;
   size_t least = std::max<size_t>(3, unknown.size() * 2 / 3);
   for (const std::string& name : known) {
-    if (unknown.size() > longest || name.size() > longest) continue;
+    if (unknown.size() > longest_name || name.size() > longest_name) continue;
     size_t d = distance(unknown, name);
     if (!is_qualified) d = std::min(d, distance(unknown, behind_point(name)));
     if (d >= least) continue;

@@ -2,6 +2,7 @@
 // come when the modules are known.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace lumos {
@@ -10,6 +11,13 @@ namespace lumos {
 void set_option_place(const std::string& place);
 // What a message about what is being read begins with: "suite.cfg, line 3: " or nothing.
 const std::string& option_place();
+// Takes the lines of a file that are no comments, without blanks at their ends, as what stands there; false
+// with a message about the line that was not taken, or the file.
+bool read_option_lines(const std::string& path,
+                       const std::function<bool(const std::string& line, std::string& error)>& take,
+                       std::string& error);
+// Without the blanks at its ends.
+std::string trimmed(const std::string& text);
 // Keeps that for a name of a test case or port.
 void note_option_place(const std::string& name);
 std::string place_of_option(const std::string& name);

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <set>
 
@@ -48,12 +47,6 @@ const Given* find(const char* module, const char* name) {
 
 }  // namespace
 
-std::string trimmed(const std::string& text) {
-  size_t first = text.find_first_not_of(" \t\r");
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
 bool add_parameter(const std::string& definition) {
   size_t equals = definition.find('=');
   if (equals == std::string::npos) return false;
@@ -65,25 +58,16 @@ bool add_parameter(const std::string& definition) {
 }
 
 bool read_parameter_file(const std::string& path, std::string& error) {
-  std::ifstream in(path);
-  if (!in || (in.peek(), in.bad())) {
-    error = "could not open '" + path + "'";
-    return false;
-  }
-  std::string line;
-  for (int number = 1; std::getline(in, line); ++number) {
-    line = trimmed(line);
-    if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
-    set_option_place(path + ", line " + std::to_string(number));
-    reads_shared_file = true;
-    const bool is_good = add_parameter(line);
-    reads_shared_file = false;
-    set_option_place("");
-    if (is_good) continue;
-    error = path + ", line " + std::to_string(number) + ": '=' is missing";
-    return false;
-  }
-  return true;
+  return read_option_lines(
+      path,
+      [](const std::string& line, std::string& fault) {
+        reads_shared_file = true;
+        const bool is_good = add_parameter(line);
+        reads_shared_file = false;
+        if (!is_good) fault = "'=' is missing";
+        return is_good;
+      },
+      error);
 }
 
 bool all_parameters_known() {
@@ -92,7 +76,7 @@ bool all_parameters_known() {
   for (const auto& [name, one] : given()) {
     if (one.is_asked) continue;
     const std::string text =
-        one.place + "there is no module parameter '" + name + "'" + did_you_mean(name, known);
+        one.place + "there is no module parameter " + in_quotes(name) + did_you_mean(name, known);
     if (one.is_shared) {
       log_line(lumo_log_msg_warning_c, text);
     } else {

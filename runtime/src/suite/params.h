@@ -8,8 +8,6 @@
 
 namespace lumos {
 
-// Without the blanks at its ends.
-std::string trimmed(const std::string& text);
 // Takes "name=value"; false without "=" or name.
 bool add_parameter(const std::string& definition);
 // Reads such lines; "#" begins a comment. False leaves a message.

@@ -47,7 +47,7 @@ bool all_links_known() {
   for (const std::string& link : links) {
     const std::string name = link.substr(0, link.find('['));
     if (known.count(name)) continue;
-    std::fprintf(stderr, "%sthere is no port '%s'%s\n", place_of_option(link).c_str(), link.c_str(),
+    std::fprintf(stderr, "%sthere is no port %s%s\n", place_of_option(link).c_str(), in_quotes(link).c_str(),
                  did_you_mean(name, {known.begin(), known.end()}).c_str());
     return false;
   }

@@ -65,7 +65,8 @@ bool has_output() {
 }
 
 void print(const std::string& text) {
-  const bool is_written = has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+  const bool is_written =
+      has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
   if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
 }
 
@@ -90,13 +91,26 @@ std::string result_line(const Result& r, bool colored) {
   return line;
 }
 
+static std::string lost_output(int error) {
+  return std::string("standard output cannot be written: ") + std::strerror(error);
+}
+
+bool has_lost_output(const Result& result) {
+  return result.reason == lost_output(EBADF);
+}
+
 void print_result(Result& result) {
   set_log_footer("");
   if (!prints) return;
   print(result_line(result, with_colors()) + "\n");
   if (!output_error) return;
   result.verdict = lumo_verdict_error_c;
-  result.reason = std::string("standard output cannot be written: ") + std::strerror(output_error);
+  result.reason = lost_output(output_error);
+}
+
+void print_remark(const std::string& text) {
+  if (prints) return print(text);
+  std::fputs(text.c_str(), stderr);
 }
 
 void tell_results(bool to_standard_output) {
@@ -143,8 +157,7 @@ void print_summary() {
 }
 
 int status_of_results() {
-  if (output_error)
-    std::fprintf(stderr, "standard output cannot be written: %s\n", std::strerror(output_error));
+  if (output_error) std::fprintf(stderr, "%s\n", lost_output(output_error).c_str());
   if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
   const bool is_lost = output_error || log_failure() || reports_failed();
   return results().bad() || is_lost || ending_reason() ? 1 : 0;

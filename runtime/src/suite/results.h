@@ -23,6 +23,11 @@ void print_summary();
 int status_of_results();
 // "Suite.TC_a: fail 0.012 s Suite.ttcn:17 unexpected message".
 std::string result_line(const Result& result, bool colored);
+// One that cannot be printed becomes an error.
 void print_result(Result& result);
+// Whether it could not since the process that printed had lost standard output; another may have it still.
+bool has_lost_output(const Result& result);
+// Something about the run: among the results, or on standard error where a report has their place.
+void print_remark(const std::string& text);
 
 }  // namespace lumos

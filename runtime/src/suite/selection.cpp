@@ -68,11 +68,11 @@ bool refuse(const std::string& name) {
     has_parameters = has_parameters || chooses(name, std::string(m.name) + "." + row.name);
   });
   if (has_parameters) {
-    std::fprintf(stderr, "%stest case '%s' has parameters and can only be run by the control part\n",
-                 place_of_option(name).c_str(), name.c_str());
+    std::fprintf(stderr, "%stest case %s has parameters and can only be run by the control part\n",
+                 place_of_option(name).c_str(), in_quotes(name).c_str());
   } else {
-    std::fprintf(stderr, "%sthere is no test case '%s'%s\n", place_of_option(name).c_str(), name.c_str(),
-                 did_you_mean(name, testcase_names(false)).c_str());
+    std::fprintf(stderr, "%sthere is no test case %s%s\n", place_of_option(name).c_str(),
+                 in_quotes(name).c_str(), did_you_mean(name, testcase_names(false)).c_str());
   }
   return false;
 }

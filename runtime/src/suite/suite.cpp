@@ -88,11 +88,12 @@ void leave_to_original() {
 
 bool open_reports(const SuiteOptions& options) {
   bool to_output = true;
-  for (const auto& [make, path] : options.reports) {
+  for (const auto& [make, path, place] : options.reports) {
     errno = 0;
     std::unique_ptr<Reporter> reporter = make(path);
     if (!reporter) {
-      std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
+      std::fprintf(stderr, "%scould not open '%s': %s\n", place.c_str(), path.c_str(), std::strerror(errno));
+      cancel_reporters();
       return false;
     }
     to_output = to_output && !is_standard_output(path);
@@ -195,8 +196,11 @@ bool run_once(const SuiteOptions& options, Program& program, const char* control
 }
 
 bool run_program(const SuiteOptions& options, Program& program, const char* control_part) {
-  if (options.has_seed || options.shuffle || options.explore)
-    std::printf("seed %llu\n", static_cast<unsigned long long>(options.seed));
+  if (run_start().seed) {
+    const std::string text = "seed " + std::to_string(options.seed);
+    print_remark(text + "\n");
+    log_line(lumo_log_msg_info_c, text);
+  }
   if (options.has_seed) set_seed_of_testcases(options.seed);
   bool good = true;
   const bool forever = options.until_fail && options.repeat == 1;
@@ -258,6 +262,8 @@ int run_registered(const SuiteOptions& options, const char* control_part) {
   if (!options.testcases.empty() && !select_testcases(options.testcases, options.timeout, program.testcases))
     return start_fault;
   let_lost_output_be_told();
+  run_start().seed.reset();
+  if (options.has_seed || options.shuffle || options.explore) run_start().seed = options.seed;
   {
     HeldSignals held;  // what is begun beside a report goes away with the process
     if (!open_reports(options)) return start_fault;
@@ -309,6 +315,7 @@ void occupy_closed_descriptors() {
 int run_suite(int argc, char* argv[], lumo_register_function_t register_function, const char* control_part,
               bool is_supervised) {
   occupy_closed_descriptors();
+  let_lost_output_be_told();
   SuiteOptions options;
   options.is_supervised = is_supervised;
   if (!read_suite_options(argc, argv, options)) return start_fault;

@@ -1,13 +1,17 @@
 #include "suite/suite_options.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include <fstream>
+#include <filesystem>
+#include <map>
 
+#include "report/report_file.h"
 #include "report/reports.h"
 #include "value/clock.h"
 #include "run/fiber.h"
@@ -24,7 +28,43 @@ namespace lumos {
 
 namespace {
 
+struct Option {
+  char letter;  // 0 for none
+  const char* word;
+  const char* argument;  // null for none; in brackets where it may be missing
+  const char* help;
+  bool (*set)(SuiteOptions&, const std::string&);
+
+  bool is_optional() const { return argument && argument[0] == '['; }
+};
+
+std::map<std::string, const Option*>& places_of_output() {
+  static auto& all = *new std::map<std::string, const Option*>;
+  return all;
+}
+
+const Option* current_option = nullptr;  // whose value is set
+std::string own_message;  // of what could not be set; where it is empty the table tells what is wrong
+
+// By the places that something is written to, who does it. False with a message where another one does.
+bool claim_place(const std::string& path) {
+  const bool is_output = is_standard_output(path);
+  struct stat status;
+  if (!is_output && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return true;
+  const std::string place = is_output ? "-" : std::filesystem::absolute(path).lexically_normal().string();
+  const auto [known, is_new] = places_of_output().try_emplace(place, current_option);
+  if (known->second == current_option) return true;
+  own_message = std::string("option '") + current_option->word + "' and option '" + known->second->word +
+                "' cannot both write to " + (is_output ? "standard output" : in_quotes(path));
+  return false;
+}
+
+// What the command line chooses holds in place of what a file does.
 bool set_testcases(SuiteOptions& options, const std::string& list) {
+  const bool is_in_file = !option_place().empty();
+  if (!is_in_file && options.testcases_of_file) options.testcases.clear();
+  options.testcases_of_file = is_in_file;
+  const size_t before = options.testcases.size();
   for (size_t start = 0; start <= list.size();) {
     const size_t comma = std::min(list.find(',', start), list.size());
     const std::string name = trimmed(list.substr(start, comma - start));
@@ -32,7 +72,7 @@ bool set_testcases(SuiteOptions& options, const std::string& list) {
     if (!name.empty()) note_option_place(name.substr(name[0] == '!'));
     start = comma + 1;
   }
-  return !options.testcases.empty();
+  return options.testcases.size() > before;
 }
 
 bool set_link(SuiteOptions&, const std::string& text) {
@@ -79,7 +119,10 @@ bool set_explore(SuiteOptions& options, const std::string& text) {
 
 template <std::unique_ptr<Reporter> (*Make)(const std::string&)>
 bool set_report(SuiteOptions& options, const std::string& path) {
-  options.reports.push_back({Make, path});
+  for (const SuiteOptions::Report& known : options.reports)
+    if (known.make == Make && known.path == path) return true;
+  if (!claim_place(path)) return false;
+  options.reports.push_back({Make, path, option_place()});
   return true;
 }
 
@@ -94,21 +137,8 @@ bool set_stack(SuiteOptions&, const std::string& text) {
 }
 
 bool set_parameter_file(SuiteOptions&, const std::string& path) {
-  std::string error;
-  if (read_parameter_file(path, error)) return true;
-  std::fprintf(stderr, "%s\n", error.c_str());
-  return false;
+  return read_parameter_file(path, own_message);
 }
-
-struct Option {
-  char letter;  // 0 for none
-  const char* word;
-  const char* argument;  // null for none; in brackets where it may be missing
-  const char* help;
-  bool (*set)(SuiteOptions&, const std::string&);
-
-  bool is_optional() const { return argument && argument[0] == '['; }
-};
 
 #define SET(...)                                                       \
   [](SuiteOptions& o, const std::string& text) -> bool {               \
@@ -145,7 +175,8 @@ const Option table[] = {
     {0, "html", "FILE", "a page with logs and message sequence charts", set_report<make_html>},
     {0, "pcap", "FILE", "messages at system ports as a capture", set_report<make_pcap>},
     {0, "coverage", "FILE", "reached lines and branches for lcov and genhtml", set_report<make_coverage>},
-    {'L', "log", "FILE", "log to a file instead of standard error", SET(open_log_file(text))},
+    {'L', "log", "FILE", "log to a file instead of standard error",
+     SET(claim_place(text) && open_log_file(text))},
     {0, "log-dir", "FOLDER", "log to a file for each component in the folder", SET(open_log_folder(text))},
     {0, "log-size", "KILOBYTES", "begin a log file anew at this size; the old ones get numbers",
      SET(set_log_limit(text))},
@@ -200,9 +231,17 @@ bool usage_fault(const std::string& message) {
   return false;
 }
 
-// What is wrong with the value; the table says what it could be.
+bool set_value(const Option& option, SuiteOptions& options, const std::string& value) {
+  current_option = &option;
+  own_message.clear();
+  errno = 0;
+  return option.set(options, value);
+}
+
+// What was wrong with the value.
 std::string refusal(const Option& option, const std::string& name, const std::string& value) {
-  const std::string text = "'" + value + "' is no value for option '" + name + "'";
+  if (!own_message.empty()) return own_message;
+  const std::string text = in_quotes(value) + " is no value for option " + in_quotes(name);
   if (errno) return text + ": " + std::strerror(errno);
   return option.help ? text + ", which takes " + option.argument + ": " + option.help : text;
 }
@@ -215,40 +254,37 @@ bool read_configuration_line(SuiteOptions& options, const std::string& line, std
   if (!value.empty() && value[0] == '=') value = trimmed(value.substr(1));
   const Option* option = option_of_word(word);
   if (option && option->set == read_configuration) {
-    error = "option '" + word + "' stands on the command line only";
+    error = "option " + in_quotes(word) + " stands on the command line only";
   } else if (!option || !option->help) {
-    error = "unknown option '" + word + "'" + nearest_option(word, "");
+    error = "unknown option " + in_quotes(word) + nearest_option(word, "");
   } else if (!option->argument && !value.empty()) {
-    error = "option '" + word + "' takes no value";
+    error = "option " + in_quotes(word) + " takes no value";
   } else if (option->argument && !option->is_optional() && value.empty()) {
-    error = "option '" + word + "' needs a value";
-  } else if (errno = 0, !option->set(options, value)) {
+    error = "option " + in_quotes(word) + " needs a value";
+  } else if (!set_value(*option, options, value)) {
     error = refusal(*option, word, value);
   }
   return error.empty();
 }
 
+// What was found on the search path has no folder in its name.
+std::string path_of_program(const SuiteOptions& options) {
+  std::error_code error;
+  const auto found = std::filesystem::read_symlink("/proc/self/exe", error);
+  const bool has_folder = options.program.find('/') != std::string::npos;
+  return has_folder || error ? options.program : (found.parent_path() / options.program).string();
+}
+
 bool read_configuration(SuiteOptions& options, const std::string& given) {
-  const std::string path = given.empty() ? options.program + ".cfg" : given;
-  std::ifstream in(path);
-  if (!in || (in.peek(), in.bad())) {
-    std::fprintf(stderr, "could not open '%s': %s\n", path.c_str(), std::strerror(errno));
-    return false;
-  }
-  std::string line, error;
-  for (int number = 1; std::getline(in, line); ++number) {
-    if (number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) line.erase(0, 3);
-    line = trimmed(line);
-    if (line.empty() || line[0] == '#' || line.compare(0, 2, "//") == 0) continue;
-    set_option_place(path + ", line " + std::to_string(number));
-    if (read_configuration_line(options, line, error)) continue;
-    for (char& c : error)
-      if (static_cast<unsigned char>(c) < 32) c = '?';
-    std::fprintf(stderr, "%s, line %d: %s\n", path.c_str(), number, error.c_str());
-    return false;
-  }
-  set_option_place("");
-  return true;
+  std::string error;
+  const bool is_good = read_option_lines(
+      given.empty() ? path_of_program(options) + ".cfg" : given,
+      [&](const std::string& line, std::string& fault) {
+        return read_configuration_line(options, line, fault);
+      },
+      error);
+  own_message = error;
+  return is_good;
 }
 
 // Whether the next argument is the value of an option: of one that may have none not if it looks like another
@@ -262,25 +298,47 @@ bool is_value(const Option& option, const char* next) {
 
 }  // namespace
 
+namespace {
+
+struct GivenOption {
+  const Option* option;
+  std::string argument, value;
+};
+
+bool set_given(const GivenOption& given, SuiteOptions& options) {
+  if (set_value(*given.option, options, given.value)) return true;
+  const std::string message = refusal(*given.option, given.argument, given.value);
+  if (own_message.empty()) return usage_fault(message);
+  std::fprintf(stderr, "%s\n", message.c_str());
+  return false;
+}
+
+}  // namespace
+
 bool read_suite_options(int argc, char* argv[], SuiteOptions& options) {
   options.program = argc > 0 ? argv[0] : "suite";
+  places_of_output().clear();
+  std::vector<GivenOption> all;
   for (int i = 1; i < argc; ++i) {
     std::string argument = argv[i], value;
     bool has_value;
     const Option* option = find(argument, value, has_value);
     if (!option)
       return usage_fault(
-          "unknown option '" + argument + "'" +
+          "unknown option " + in_quotes(argument) +
           (argument.size() > 2 ? nearest_option(argument.substr(2, argument.find('=') - 2), "--") : ""));
-    if (!option->argument && has_value) return usage_fault("option '" + argument + "' takes no value");
+    if (!option->argument && has_value)
+      return usage_fault("option " + in_quotes(argument) + " takes no value");
     if (option->argument && !has_value && is_value(*option, i + 1 < argc ? argv[i + 1] : nullptr))
       value = argv[++i];
     if (option->argument && !option->is_optional() && value.empty())
-      return usage_fault("option '" + argument + "' needs a value");
-    errno = 0;
-    if (!option->set(options, value))
-      return option->set != read_configuration && usage_fault(refusal(*option, argument, value));
+      return usage_fault("option " + in_quotes(argument) + " needs a value");
+    all.push_back({option, argument, value});
   }
+  // The command line has the last word, wherever the files stand in it.
+  for (const bool is_file : {true, false})
+    for (const GivenOption& given : all)
+      if ((given.option->set == read_configuration) == is_file && !set_given(given, options)) return false;
   return true;
 }
 

@@ -15,6 +15,7 @@ struct SuiteOptions {
   bool list = false;
   bool version = false;
   std::vector<std::string> testcases;  // "name" or "module.name", patterns, "!" for what is left out
+  bool testcases_of_file = false;      // they stand in a configuration file
   double timeout = -1;                 // for each of them, or the whole control part
   long repeat = 1;
   bool until_fail = false;
@@ -27,6 +28,7 @@ struct SuiteOptions {
   struct Report {
     std::unique_ptr<Reporter> (*make)(const std::string& path);
     std::string path;
+    std::string place;  // in a file, as messages begin with it
   };
   std::vector<Report> reports;
   std::string program;

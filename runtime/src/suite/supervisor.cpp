@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <optional>
 #include <vector>
@@ -93,6 +94,8 @@ class Supervision {
     reader_.listener.test_case_ends = [this](const Result& r) {
       running_.reset();
       results().push_back(r);
+      is_printing_ = is_printing_ || has_lost_output(r);
+      if (is_printing_) print_result(results().back());
       tell_end(r);
     };
     reader_.listener.run_is_refused = [this] {
@@ -137,9 +140,9 @@ class Supervision {
     const bool is_by_box = box_.is_way();
     pollfd waiting{socket_, POLLIN, 0};
     if (poll(&waiting, 1, is_by_box ? 0 : milliseconds) <= 0 && !is_by_box) return false;
-    const ssize_t n = recv(socket_, block_.data(), block_.size(), MSG_DONTWAIT);
+    const ssize_t n = recv(socket_, heard_.data() + held_, heard_.size() - held_, MSG_DONTWAIT);
     if (n > 0) {
-      hear({block_.data(), static_cast<size_t>(n)});
+      take(static_cast<size_t>(n));
     } else {
       if (is_by_box) hear(box_.rest(received_));
       box_.note_read(received_);
@@ -148,15 +151,24 @@ class Supervision {
     return n > 0;
   }
   void hear(std::string_view text) {
-    received_ += text.size();
-    if (!pending_.empty()) text = pending_ += text;
-    text.remove_prefix(reader_.tell(text));
-    pending_ = std::string(text);
+    heard_.resize(std::max(heard_.size(), held_ + text.size()));
+    std::copy(text.begin(), text.end(), heard_.begin() + static_cast<std::ptrdiff_t>(held_));
+    take(text.size());
+  }
+  // Tells what has come behind what was held; a part of something is held.
+  void take(size_t size) {
+    received_ += size;
+    held_ += size;
+    const size_t told = reader_.tell({heard_.data(), held_});
+    held_ -= told;
+    std::memmove(heard_.data(), heard_.data() + told, held_);
+    if (held_ == heard_.size()) heard_.resize(2 * held_);
   }
 
   void take_leave(const Results& all) {
     phase_ = Phase::over;
     is_bad_ = all.bad() > 0;
+    if (is_printing_) print_summary();
     tell_run_ends(all);
   }
 
@@ -205,9 +217,10 @@ class Supervision {
   Time last_ = 0, stopped_ = never;
   const Spot* stands_at_ = nullptr;  // of the reader
   uint64_t received_ = 0;
-  std::vector<char> block_ = std::vector<char>(1 << 16);  // the stack may be a small one
-  std::string pending_;
+  std::vector<char> heard_ = std::vector<char>(1 << 17);  // the stack may be a small one
+  size_t held_ = 0;
   bool is_bad_ = false, is_killed_ = false;
+  bool is_printing_ = false;  // in place of the other process
 };
 
 // --- the parting of the two

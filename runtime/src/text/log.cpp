@@ -24,7 +24,8 @@ bool enabled_log_kinds[log_kind_count] = {true, true, true, true, false, false};
 
 namespace {
 
-constexpr std::string_view kind_names[log_kind_count] = {"info", "ttcn3", "warning", "error", "debug", "event"};
+constexpr std::string_view kind_names[log_kind_count] = {"info",  "ttcn3", "warning",
+                                                         "error", "debug", "event"};
 
 const char erase_line[] = "\r\033[K";
 
@@ -73,8 +74,8 @@ void put_text_entry(std::string_view kind, std::string_view text) {
   const std::string_view name = current_task->name;
   const Frame* frame = current_task->frames.empty() ? nullptr : &current_task->frames.back();
   const std::string_view file = frame ? std::string_view(name_of_file(frame->file)) : "";
-  char* at = entry.room(kind.size() + line_room(name.size()) + file.size() + number_room +
-                        line_room(text.size()));
+  char* at =
+      entry.room(kind.size() + line_room(name.size()) + file.size() + number_room + line_room(text.size()));
   at = written(at, kind);
   *at++ = ' ';
   if (!name.empty()) {

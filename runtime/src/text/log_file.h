@@ -13,8 +13,8 @@ namespace lumos {
 
 // Entries go to the file; false if it cannot be opened.
 bool open_log_file(const std::string& path);
-// Entries go to "<component>.log" in the folder, which is made if it does not exist; those of components whose
-// names make the same name of a file go to one.
+// Entries go to "<component>.log" in the folder, which is made if it does not exist; those of components
+// whose names make the same name of a file go to one.
 bool open_log_folder(const std::string& path);
 // 0 for no limit.
 void set_log_size(size_t octets);

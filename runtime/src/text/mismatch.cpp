@@ -1,5 +1,6 @@
 #include "text/mismatch.h"
 
+#include <string_view>
 #include <utility>
 
 #include "text/log.h"
@@ -51,10 +52,38 @@ bool is_same(Value a, Value b) {
   return is_unset(a) || is_unset(b) ? is_unset(a) == is_unset(b) : equal_values(a, b);
 }
 
+bool is_among(Value one, Value all) {
+  for (size_t i = 0; i < all->parts.size; ++i)
+    if (is_same(all->parts.data[i], one)) return true;
+  return false;
+}
+
+// Of lists without an order, an element that only one of them has.
+void compare_sets(std::string& path, std::string& reason, Value& actual, Value& expected) {
+  for (size_t i = 0; i < expected->parts.size; ++i) {
+    const Value element = expected->parts.data[i];
+    if (is_among(element, actual)) continue;
+    reason = "element missing";
+    expected = element;
+    return;
+  }
+  for (size_t i = 0; i < actual->parts.size; ++i) {
+    const Value element = actual->parts.data[i];
+    if (is_among(element, expected)) continue;
+    path = joined(path, "[" + std::to_string(i) + "]");
+    reason = "element unexpected";
+    actual = element;
+    expected = nullptr;
+    return;
+  }
+}
+
 // From two values that differ to the first parts of them that do.
-void narrow(std::string& path, Value& actual, Value& expected) {
+void narrow(std::string& path, std::string& reason, Value& actual, Value& expected) {
   while (is_given(actual) && is_given(expected) && !is_template(actual) && !is_template(expected)) {
     const Form form = actual->form;
+    if (form == Form::vector && expected->form == form && base_kind(actual->type) == lumo_type_kind_setof)
+      return compare_sets(path, reason, actual, expected);
     const bool has_parts = form == Form::fields || form == Form::vector || form == Form::choice;
     if (!has_parts || expected->form != form || actual->parts.size != expected->parts.size ||
         (form == Form::choice && actual->index != expected->index))
@@ -77,6 +106,13 @@ bool lacks(Value record, const std::string& path) {
   const long index = field_index(record->type, path.substr(0, path.find_first_of(".[")).c_str());
   return index >= 0 && static_cast<size_t>(index) < record->parts.size &&
          is_unset(record->parts.data[static_cast<size_t>(index)]);
+}
+
+bool is_of_alternatives(std::string_view reason) {
+  for (const std::string_view known :
+       {"value list mismatch", "complement list mismatch", "superset or subset mismatch"})
+    if (reason == known) return true;
+  return false;
 }
 
 void mismatch(const std::string& where, const char* reason, Value actual, Value expected) {
@@ -111,16 +147,23 @@ void MismatchTrace::add(const std::string& where, const char* reason, Value actu
   const std::string path = path_in(where);
   if (is_found_) {
     const bool is_outer = innermost_ ? is_around(actual, innermost_) : lacks(actual, path_);
+    // What was tried before is only one of several alternatives.
+    if (is_outer && is_of_alternatives(reason)) return note(path, reason, actual, expected, expected_text);
     if (!is_outer || path.empty()) return;
     path_ = joined(path, path_);
     innermost_ = actual;
     return;
   }
+  note(path, reason, actual, expected, expected_text);
+}
+
+void MismatchTrace::note(const std::string& path, const char* reason, Value actual, Value expected,
+                         const char* expected_text) {
   is_found_ = true;
   path_ = path;
   reason_ = reason;
   innermost_ = is_given(actual) && (actual->parent || !is_unset(actual)) ? actual : nullptr;
-  if (reason_ == "value mismatch") narrow(path_, actual, expected);
+  if (reason_ == "value mismatch") narrow(path_, reason_, actual, expected);
   actual_ = shown(actual);
   expected_ = expected_text ? expected_text : shown(expected);
   if (expected_text) reason_ = "value mismatch";

@@ -26,6 +26,8 @@ class MismatchTrace {
   std::string text() const;
 
  private:
+  void note(const std::string& path, const char* reason, Value actual, Value expected,
+            const char* expected_text);
   MismatchTrace* outer_;
   bool is_found_ = false;
   std::string path_, reason_, actual_, expected_;

@@ -46,8 +46,7 @@ size_t plain_octets(uint64_t octets) {
   constexpr uint64_t each = 0x0101010101010101, high = 0x80 * each;
   if constexpr (std::endian::native == std::endian::big) octets = __builtin_bswap64(octets);
   uint64_t found = octets | (octets - 32 * each);
-  for (const uint64_t c : {uint64_t{0x7F}, uint64_t{But}...})
-    found |= (octets ^ c * each) - each;
+  for (const uint64_t c : {uint64_t{0x7F}, uint64_t{But}...}) found |= (octets ^ c * each) - each;
   found &= high;  // the first is found for certain: what is borrowed goes to those behind it
   return found ? static_cast<size_t>(std::countr_zero(found)) / 8 : 8;
 }
@@ -114,7 +113,8 @@ char* write_line(char* out, std::string_view text) {
     const size_t begin = i;
     const char32_t c = next_character(text, i);
     const std::string_view octets = text.substr(begin, i - begin);
-    const bool is_text = c == '\t' || (c >= ' ' && (c < 0x7F || c >= 0xA0) && (c != 0xFFFD || octets.size() == 3));
+    const bool is_text =
+        c == '\t' || (c >= ' ' && (c < 0x7F || c >= 0xA0) && (c != 0xFFFD || octets.size() == 3));
     if (is_text) return written(at, octets);
     if (c == '\n' || c == '\r') {
       *at++ = '\\';

@@ -79,18 +79,30 @@ void end_attempts(Task& task) {
   task.kept_contents.clear();
 }
 
-void end_attempts(Task& task, size_t mark) {
-  auto ends = [&](const Attempt& a) { return a.root != SIZE_MAX && a.root >= mark; };
+namespace {
+
+// What an altstep tried in vain may be nearer than what is tried behind it: its patterns are kept as copies.
+template <class Ends>
+void end_those(Task& task, Ends ends) {
+  for (Attempt& a : task.attempts) {
+    if (!task.choosing || !ends(a)) continue;
+    task.kept_contents.push_back(copy_value(a.pattern, lumo_perm_alloc_c));
+    a = {task.kept_contents.back(), a.content, a.what};
+  }
   std::erase_if(task.attempts, ends);
   if (ends(task.last_match)) task.last_match = {};
 }
 
+}  // namespace
+
+void end_attempts(Task& task, size_t mark) {
+  end_those(task, [mark](const Attempt& a) { return a.root != SIZE_MAX && a.root >= mark; });
+}
+
 void end_attempts_of_ended_blocks(Task& task) {
-  auto ends = [&](const Attempt& a) {
+  end_those(task, [&task](const Attempt& a) {
     return a.frames > task.frames.size() || a.blocks > task.blocks.size();
-  };
-  std::erase_if(task.attempts, ends);
-  if (ends(task.last_match)) task.last_match = {};
+  });
 }
 
 size_t root_place(const Task& task, Value v) {
