@@ -13,6 +13,7 @@ import sys
 import tempfile
 import time
 import unittest
+import unittest.mock
 from pathlib import Path
 
 ORVANE = Path()
@@ -72,6 +73,12 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual(out.count("Invoking ASN.1 compiler"), 1)
         self.compile_c()
         self.no_option_files()
+
+    def test_time_of_files(self):
+        with unittest.mock.patch.dict(os.environ, SOURCE_DATE_EPOCH="86400"):
+            self.orvane("-F", "-A", "lib.asn")
+        heads = [path.read_text() for path in self.folder.glob("*t3asn.c")]
+        self.assertEqual([head.count("on 02.01.1970 at 0:00.00") for head in heads], [2])
 
     def test_build_avoidance(self):
         arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")
