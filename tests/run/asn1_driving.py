@@ -80,6 +80,12 @@ class DrivingTest(unittest.TestCase):
         heads = [path.read_text() for path in self.folder.glob("*t3asn.c")]
         self.assertEqual([head.count("on 02.01.1970 at 0:00.00") for head in heads], [2])
 
+    def test_runs_at_once(self):
+        running = [subprocess.Popen([ORVANE, "-d", f"out{i}", "-F", "-A", "lib.asn", "main.asn"], cwd=self.folder, text=True,
+                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) for i in range(8)]
+        self.assertEqual([(one.communicate()[1], one.returncode) for one in running], [("", 0)] * 8)
+        self.assertEqual(len({path.read_text().split("*/")[1] for path in self.folder.glob("out*/*t3asn.c") if "main" in path.name.lower()}), 1)
+
     def test_build_avoidance(self):
         arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")
         old = time.time() - 10

@@ -1,5 +1,6 @@
 // The external tools as child processes.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -111,6 +112,11 @@ int vexa_binary_invoke(const std::vector<std::string>& arguments) {
   return status;
 }
 }  // namespace
+
+void HoldWorkingFolder() {
+  static const int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0) flock(folder, LOCK_EX);
+}
 
 int ShellInvoke(const std::string& command) {
   ExtendPath();
