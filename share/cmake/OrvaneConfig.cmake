@@ -1,10 +1,11 @@
 # find_package(Orvane): the compiler, the run-time library, and test suites as targets.
 #
-#   Orvane::lumos        the run-time library with what it needs
+#   Orvane::lumos        the run-time library with what it needs, in a project with C or C++
 #   orvane_add_suite(NAME target ROOT module SOURCES file... [ASN1 file...] [ADAPTER file...]
 #                    [OPTIONS option...] [ARGUMENTS argument...] [PROPERTIES property value...] [MCFG file] [NO_TESTS])
-#                        builds the executable `target` by orvane-run. Sources are the files that it takes; ASN1 names
-#                        modules in files of any name, and ADAPTER is another word for SOURCES. Each test case
+#                        builds the executable `target` by orvane-run. Sources are the files that it takes, also
+#                        $<TARGET_FILE:library> of a static library; ASN1 names modules in files of any name, and
+#                        ADAPTER is another word for SOURCES. Each test case
 #                        without parameters becomes a test of CTest, "target.module.testcase" with the label "target",
 #                        found by asking the executable. OPTIONS are the compiler's, ARGUMENTS those of the executable
 #                        in each test, PROPERTIES those of the tests, such as TIMEOUT 10. The target looks each time
@@ -13,7 +14,8 @@ get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE
 find_program(ORVANE_EXECUTABLE orvane HINTS "${ORVANE_ROOT}/bin" NO_DEFAULT_PATH)
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
 
-if(NOT TARGET Orvane::lumos)
+get_property(ORVANE_LANGUAGES GLOBAL PROPERTY ENABLED_LANGUAGES)
+if(NOT TARGET Orvane::lumos AND ORVANE_LANGUAGES MATCHES "(^|;)(C|CXX)(;|$)")
   find_package(Threads REQUIRED)
   add_library(Orvane::lumos STATIC IMPORTED)
   set_target_properties(Orvane::lumos PROPERTIES
