@@ -5,13 +5,13 @@
 #                    [OPTIONS option...] [ARGUMENTS argument...] [PROPERTIES property value...] [MCFG file] [NO_TESTS])
 #                        builds the executable `target` by orvane-run. Sources are the files that it takes, also
 #                        $<TARGET_FILE:library> of a static library; ASN1 names modules in files of any name, and
-#                        ADAPTER is another word for SOURCES. Each test case
-#                        without parameters becomes a test of CTest, "target.module.testcase" with the label "target",
-#                        found by asking the executable. OPTIONS are the compiler's, ARGUMENTS those of the executable
-#                        in each test, PROPERTIES those of the tests, such as TIMEOUT 10. The target looks each time
-#                        whether files have changed, headers of sources included.
+#                        ADAPTER is another word for SOURCES. Each test case without parameters becomes a test of
+#                        CTest, "target.module.testcase" with the label "target", found by asking the executable.
+#                        OPTIONS are the compiler's, ARGUMENTS those of the executable in each test, PROPERTIES those
+#                        of the tests, such as TIMEOUT 10. The target looks each time whether files have changed,
+#                        headers of sources included.
 get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
-find_program(ORVANE_EXECUTABLE orvane HINTS "${ORVANE_ROOT}/bin" NO_DEFAULT_PATH)
+set(ORVANE_EXECUTABLE "${ORVANE_ROOT}/bin/orvane")
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
 
 get_property(ORVANE_LANGUAGES GLOBAL PROPERTY ENABLED_LANGUAGES)
