@@ -250,6 +250,12 @@ END
         self.assertIn("Failed invoking external components", err)
         self.no_option_files()
 
+    def test_link_to_the_compiler(self):
+        self.installation_without()
+        (self.folder / "orvane").symlink_to("other/bin/orvane")
+        status, out, err = self.orvane("-F", "-A", "lib.asn", program=self.folder / "orvane")
+        self.assertEqual((status, err), (0, ""), out)
+
     def test_missing_mkprefil(self):
         program = self.installation_without("mkprefil")
         status, out, err = self.orvane("-F", "-A", "lib.asn", program=program)

@@ -144,7 +144,7 @@ def main():
     shutil.rmtree(out, ignore_errors=True)
     out.mkdir(parents=True)
     prefix = out / "prefix"
-    run([options.cmake, "--install", str(build), "--prefix", str(prefix)], out, shell=False)
+    run([options.cmake, "--install", str(build), "--prefix", "prefix"], out, shell=False)
     environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
                    "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
     folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)

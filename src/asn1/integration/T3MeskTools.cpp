@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "asn1/front/FilePrefix.h"
 #include "asn1/integration/T3Mesk.h"
@@ -23,11 +24,15 @@ namespace {
 constexpr const char* kChannels = "VEXA-ASN-1-std-channels.txt";
 constexpr size_t kBlock = 4095;
 
-// The tools are installed beside the compiler: they are found there where PATH does not lead to others.
+// The tools are installed beside the compiler: they are found there where PATH does not lead to others, and also
+// where the compiler was called by a link.
 void ExtendPath() {
   static const bool extended = [] {
     const char* path = GetEnvVar("PATH");
-    const std::string all = (path == nullptr ? std::string() : std::string(path) + ':') + orv_dir + "/bin";
+    std::string all = (path == nullptr ? std::string() : std::string(path) + ':') + orv_dir + "/bin";
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error) all += ':' + self.parent_path().string();
     return setenv("PATH", all.c_str(), 1) == 0;
   }();
   static_cast<void>(extended);
