@@ -166,6 +166,8 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
             f"orvane -E -k -f {prefix}/share/orvane/make_linux.mcfg -r Call_Suite -F {call}/*.ttcn -A {call}/*.asn && "
             f"cc -o by_hand *.c {call}/*.c $(pkg-config --cflags --libs orvane) && ./by_hand", folder, environment)
+    versions = run("for p in run merge sarif; do orvane-$p --version; done; ./Hello --version", folder, environment)
+    expect(len(re.findall(r"Orvane \d+\.\d+[.0-9]+$", versions, re.MULTILINE)) == 4, versions)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
     expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):
