@@ -59,7 +59,7 @@ struct Option {
 
 template <Files kFiles>
 void AddFile(Request& request, const std::string& text) {
-  (request.*kFiles).push_back(text);
+  (request.*kFiles).push_back(text.starts_with('-') ? "./" + text : text);
 }
 
 constexpr Option kOptions[] = {
