@@ -161,6 +161,9 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
     (folder / "echo.h").write_text("#define ECHO(...)\n")
     expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
+    (folder / "echo.h").write_text("no C")
+    results = run(f"({build_and_test}; ctest --test-dir build --output-junit j.xml; orvane-merge k.xml build/j.xml; true) 2>&1", folder, environment)
+    expect("adapted.not_built (Failed)" in results and "2 tests, 1 failures" in results, f"what could not be built\n{results}")
     if shutil.which("pkg-config"):
         call = f"{options.source.resolve()}/examples/call"
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
