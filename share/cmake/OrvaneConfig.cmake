@@ -9,7 +9,7 @@
 #                        CTest, "target.module.testcase" with the label "target", found by asking the executable.
 #                        OPTIONS are the compiler's, ARGUMENTS those of the executable in each test, PROPERTIES those
 #                        of the tests, such as TIMEOUT 10. The target looks each time whether files have changed,
-#                        headers of sources included.
+#                        headers of sources included. A source of another name is TTCN-3.
 get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
 set(ORVANE_EXECUTABLE "${ORVANE_ROOT}/bin/orvane")
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
@@ -55,6 +55,8 @@ function(orvane_add_suite)
       list(APPEND files "${file}")
       if(kind STREQUAL "ASN1")
         list(APPEND command --asn1)
+      elseif(NOT file MATCHES "^\\$<|\\.(ttcn3?|3mp|asn1?|c|cc|cpp|cxx|o|a)$")
+        list(APPEND command --ttcn)
       endif()
       list(APPEND command "${file}")
     endforeach()

@@ -103,6 +103,7 @@ def check_arguments(place):
     place.run("--list", status=2, err="no TTCN-3 file")
     place.run("--version", out="orvane-run of Orvane [0-9.]+")
     place.run("--root=Wide", "-X-O", "-d.forms", *both, "--build")
+    place.run(*both, "-rRoot", "--build", "value.C", status=2, err="'value.C' is neither a file")
     place.write("Root.cfg", "testcase = TC\n")
     place.run("--root=Root", "-d.forms", *both, "--config", out="Root.TC: pass .*\n1 test case")
     place.write("Odd.txt", SUITE % ("makefile", "", "pass"))

@@ -131,6 +131,9 @@ Request ReadRequest(int argc, char** argv) {
   }
   request.version =
       request.ttcn_files.empty() && request.suite_arguments == std::vector<std::string>{"--version"};
+  if (request.build_only && !request.suite_arguments.empty())
+    throw "'" + request.suite_arguments.front() +
+        "' is neither a file that can be built nor an option of a build";
   if (!request.help && !request.version && request.ttcn_files.empty())
     throw std::string("no TTCN-3 file is given");
   return request;
