@@ -34,7 +34,7 @@ inline constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-optio
 /// 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);
 /// What the tools exchange has fixed names in the working folder: until this process ends, others of this program that
-/// run ASN.1 tools there wait. Where the system has no locks of folders, nothing waits.
+/// run ASN.1 tools there wait.
 void HoldWorkingFolder();
 /// Runs a command line by the shell with the tools in reach; its exit status.
 int ShellInvoke(const std::string& command);

@@ -1,11 +1,14 @@
 // The external tools as child processes.
 #include <fcntl.h>
-#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,9 +26,10 @@ namespace mesk {
 namespace {
 constexpr const char* kChannels = "VEXA-ASN-1-std-channels.txt";
 constexpr size_t kBlock = 4095;
+constexpr useconds_t kWaitMicroseconds = 5000;
 
-// The tools are installed beside the compiler: they are found there where PATH does not lead to others, and also
-// where the compiler was called by a link.
+// The tools are installed beside the compiler: they are found there where PATH does not lead to others, and
+// also where the compiler was called by a link.
 void ExtendPath() {
   static const bool extended = [] {
     const char* path = GetEnvVar("PATH");
@@ -118,9 +122,19 @@ int vexa_binary_invoke(const std::vector<std::string>& arguments) {
 }
 }  // namespace
 
+// The name of a socket, which ends with the process: a lock of the folder itself may be held by who has
+// started us.
 void HoldWorkingFolder() {
-  static const int folder = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) flock(folder, LOCK_EX);
+  static const int holder = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  struct stat folder = {};
+  if (holder < 0 || stat(".", &folder) != 0) return;
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  // a zero in front makes it a name without a file
+  std::snprintf(address.sun_path + 1, sizeof address.sun_path - 1, "orvane-asn1-%ju-%ju",
+                static_cast<uintmax_t>(folder.st_dev), static_cast<uintmax_t>(folder.st_ino));
+  const auto* name = reinterpret_cast<const sockaddr*>(&address);
+  while (bind(holder, name, sizeof address) != 0 && errno == EADDRINUSE) usleep(kWaitMicroseconds);
 }
 
 int ShellInvoke(const std::string& command) {
