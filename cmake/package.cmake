@@ -1,7 +1,8 @@
 # What a package of Debian holds beside what is installed, in the form that it wants.
 set(documents "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/share/doc/orvane")
 execute_process(COMMAND date -u -R -d "${CPACK_ORVANE_DATE}" OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE)
-file(WRITE "${documents}/copyright" "Copyright (c) the Orvane developers. All rights reserved.\nThis program comes without any warranty.\n")
+string(SUBSTRING "${CPACK_ORVANE_DATE}" 0 4 year)
+file(WRITE "${documents}/copyright" "Copyright (c) ${year} the Orvane developers. All rights reserved.\nThis program comes without any warranty.\n")
 file(WRITE "${documents}/changelog"
   "orvane (${CPACK_PACKAGE_VERSION}) unstable; urgency=low\n\n  * Version ${CPACK_PACKAGE_VERSION}.\n\n"
   " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")

@@ -1,19 +1,21 @@
 # find_package(Orvane): the compiler, the run-time library, and test suites as targets.
 #
-#   Orvane::lumos        the run-time library with what it needs
+#   Orvane::lumos        the run-time library with what it needs, in a project with C or C++
 #   orvane_add_suite(NAME target ROOT module SOURCES file... [ASN1 file...] [ADAPTER file...]
 #                    [OPTIONS option...] [ARGUMENTS argument...] [PROPERTIES property value...] [MCFG file] [NO_TESTS])
-#                        builds the executable `target` by orvane-run. Sources are the files that it takes; ASN1 names
-#                        modules in files of any name, and ADAPTER is another word for SOURCES. Each test case
-#                        without parameters becomes a test of CTest, "target.module.testcase" with the label "target",
-#                        found by asking the executable. OPTIONS are the compiler's, ARGUMENTS those of the executable
-#                        in each test, PROPERTIES those of the tests, such as TIMEOUT 10. The target looks each time
-#                        whether files have changed, headers of sources included.
+#                        builds the executable `target` by orvane-run. Sources are the files that it takes, also
+#                        $<TARGET_FILE:library> of a static library; ASN1 names modules in files of any name, and
+#                        ADAPTER is another word for SOURCES. Each test case without parameters becomes a test of
+#                        CTest, "target.module.testcase" with the label "target", found by asking the executable.
+#                        OPTIONS are the compiler's, ARGUMENTS those of the executable in each test, PROPERTIES those
+#                        of the tests, such as TIMEOUT 10. The target looks each time whether files have changed,
+#                        headers of sources included. A source of another name is TTCN-3.
 get_filename_component(ORVANE_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
-find_program(ORVANE_EXECUTABLE orvane HINTS "${ORVANE_ROOT}/bin" NO_DEFAULT_PATH)
+set(ORVANE_EXECUTABLE "${ORVANE_ROOT}/bin/orvane")
 set(ORVANE_DISCOVER "${CMAKE_CURRENT_LIST_DIR}/OrvaneDiscover.cmake")
 
-if(NOT TARGET Orvane::lumos)
+get_property(ORVANE_LANGUAGES GLOBAL PROPERTY ENABLED_LANGUAGES)
+if(NOT TARGET Orvane::lumos AND ORVANE_LANGUAGES MATCHES "(^|;)(C|CXX)(;|$)")
   find_package(Threads REQUIRED)
   add_library(Orvane::lumos STATIC IMPORTED)
   set_target_properties(Orvane::lumos PROPERTIES
@@ -53,6 +55,8 @@ function(orvane_add_suite)
       list(APPEND files "${file}")
       if(kind STREQUAL "ASN1")
         list(APPEND command --asn1)
+      elseif(NOT file MATCHES "^\\$<|\\.(ttcn3?|3mp|asn1?|c|cc|cpp|cxx|o|a)$")
+        list(APPEND command --ttcn)
       endif()
       list(APPEND command "${file}")
     endforeach()
@@ -84,7 +88,8 @@ include("@ORVANE_DISCOVER@")
 if(EXISTS "@folder@/@SUITE_NAME@")
   include("@folder@/tests.cmake")
 else()
-  add_test(@SUITE_NAME@.not_built "@folder@/@SUITE_NAME@")
+  # a test without its program would count as skipped
+  add_test(@SUITE_NAME@.not_built "@CMAKE_COMMAND@" -E cat "@folder@/@SUITE_NAME@")
 endif()
 ]])
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${folder}/include.cmake")

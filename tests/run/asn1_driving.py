@@ -73,6 +73,14 @@ class DrivingTest(unittest.TestCase):
         self.compile_c()
         self.no_option_files()
 
+    def test_runs_at_once(self):
+        """They don't disturb each other, and write the same, the given time included."""
+        running = [subprocess.Popen([ORVANE, "-d", f"out{i}", "-F", "-A", "lib.asn"], cwd=self.folder, stdout=subprocess.DEVNULL,
+                                    env={**os.environ, "SOURCE_DATE_EPOCH": "86400"}) for i in range(12)]
+        self.assertEqual([one.wait() for one in running], [0] * 12)
+        texts = {path.read_text() for path in self.folder.glob("out*/*t3asn.c")}
+        self.assertEqual([text.count("on 02.01.1970 at 0:00.00") for text in texts], [2])
+
     def test_build_avoidance(self):
         arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")
         old = time.time() - 10
@@ -241,6 +249,12 @@ END
         self.assertIn("VEXA-ASN-1: failed to find mesk in path\n", err)
         self.assertIn("Failed invoking external components", err)
         self.no_option_files()
+
+    def test_link_to_the_compiler(self):
+        self.installation_without()
+        (self.folder / "orvane").symlink_to("other/bin/orvane")
+        status, out, err = self.orvane("-F", "-A", "lib.asn", program=self.folder / "orvane")
+        self.assertEqual((status, err), (0, ""), out)
 
     def test_missing_mkprefil(self):
         program = self.installation_without("mkprefil")

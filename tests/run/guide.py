@@ -144,7 +144,7 @@ def main():
     shutil.rmtree(out, ignore_errors=True)
     out.mkdir(parents=True)
     prefix = out / "prefix"
-    run([options.cmake, "--install", str(build), "--prefix", str(prefix)], out, shell=False)
+    run([options.cmake, "--install", str(build), "--prefix", "prefix"], out, shell=False)
     environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}", "CMAKE_PREFIX_PATH": str(prefix),
                    "PKG_CONFIG_PATH": f"{prefix}/lib/pkgconfig"}
     folder = follow((options.source / "docs" / "guide.md").read_text(encoding="utf-8"), out, environment)
@@ -161,11 +161,16 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
     (folder / "echo.h").write_text("#define ECHO(...)\n")
     expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
+    (folder / "echo.h").write_text("no C")
+    results = run(f"({build_and_test}; ctest --test-dir build --output-junit j.xml; orvane-merge k.xml build/j.xml; true) 2>&1", folder, environment)
+    expect("adapted.not_built (Failed)" in results and "2 tests, 1 failures" in results, f"what could not be built\n{results}")
     if shutil.which("pkg-config"):
         call = f"{options.source.resolve()}/examples/call"
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
             f"orvane -E -k -f {prefix}/share/orvane/make_linux.mcfg -r Call_Suite -F {call}/*.ttcn -A {call}/*.asn && "
             f"cc -o by_hand *.c {call}/*.c $(pkg-config --cflags --libs orvane) && ./by_hand", folder, environment)
+    versions = run("for p in run merge sarif; do orvane-$p --version; done; ./Hello --version", folder, environment)
+    expect(len(re.findall(r"Orvane \d+\.\d+[.0-9]+$", versions, re.MULTILINE)) == 4, versions)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
     expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <limits>
 
+#include "asn1/front/AsnTime.h"
 #include "mesk/Resolver.h"
 
 namespace mesk {
@@ -76,11 +76,9 @@ struct Writer::File {
 
 Writer::Writer(std::vector<std::unique_ptr<Module>>& modules, Reporter& reporter)
     : modules_(modules), reporter_(reporter) {
-  const std::time_t now = std::time(nullptr);
-  if (const std::tm* local = std::localtime(&now)) {
-    date_ = (local->tm_year + 1900) * 10000 + (local->tm_mon + 1) * 100 + local->tm_mday;
-    time_ = local->tm_hour * 10000 + local->tm_min * 100 + local->tm_sec;
-  }
+  const std::tm now = TimeOfFiles();
+  date_ = (now.tm_year + 1900) * 10000 + (now.tm_mon + 1) * 100 + now.tm_mday;
+  time_ = now.tm_hour * 10000 + now.tm_min * 100 + now.tm_sec;
 }
 
 void Writer::addType(Nodes& nodes, Module& module, TypeNode* node) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sched.h>
 #include <spawn.h>
+#include <sys/auxv.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,7 +46,13 @@ class HeldText {
   HeldText(const HeldText&) = delete;
   /// Where it is written; negative where nothing is held.
   int Descriptor() const { return descriptor_; }
-  std::string Text() const { return ReadFile("/proc/self/fd/" + std::to_string(descriptor_)); }
+  std::string Text() const {
+    std::string text;
+    char block[4096];
+    for (ssize_t n; (n = pread(descriptor_, block, sizeof block, static_cast<off_t>(text.size()))) > 0;)
+      text.append(block, static_cast<size_t>(n));
+    return text;
+  }
 
  private:
   int descriptor_;
@@ -104,7 +111,11 @@ pid_t Start(const std::vector<std::string>& command, const std::filesystem::path
 }  // namespace
 
 std::filesystem::path Installation() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+  std::error_code error;
+  std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+  // roots of their own may lack /proc
+  if (error) self = std::filesystem::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)));
+  return self.parent_path().parent_path();
 }
 
 std::filesystem::path FindProgram(const std::string& program) {

@@ -59,7 +59,7 @@ struct Option {
 
 template <Files kFiles>
 void AddFile(Request& request, const std::string& text) {
-  (request.*kFiles).push_back(text);
+  (request.*kFiles).push_back(text.starts_with('-') ? "./" + text : text);
 }
 
 constexpr Option kOptions[] = {
@@ -131,6 +131,9 @@ Request ReadRequest(int argc, char** argv) {
   }
   request.version =
       request.ttcn_files.empty() && request.suite_arguments == std::vector<std::string>{"--version"};
+  if (request.build_only && !request.suite_arguments.empty())
+    throw "'" + request.suite_arguments.front() +
+        "' is neither a file that can be built nor an option of a build";
   if (!request.help && !request.version && request.ttcn_files.empty())
     throw std::string("no TTCN-3 file is given");
   return request;

@@ -26,6 +26,10 @@ using std::filesystem::path;
 
 /// With less free space a failed build may be due to that.
 constexpr std::uintmax_t kScarce = 16 << 20;
+/// The compiler's status when it could not write a makefile, of which it tells the reason among its stages.
+constexpr int kNoMakefile = 245;
+constexpr const char* kWarnings = "2";
+constexpr const char* kStages = "3";
 
 /// A suite on its way: what was asked for, and what was found out about it.
 struct Suite {
@@ -148,11 +152,11 @@ void WriteMcfg(const Suite& suite, const path& folder) {
   if (!out.flush() || !rules.flush()) throw "cannot write into " + folder.string();
 }
 
-std::vector<std::string> CompilerCommand(const Suite& suite, const path& folder) {
+std::vector<std::string> CompilerCommand(const Suite& suite, const path& folder, const char* verbosity) {
   const Request& request = suite.request;
   std::vector<std::string> command = {(suite.installation / "bin/orvane").string(),
                                       "-v",
-                                      "2",
+                                      verbosity,
                                       "-B",
                                       "-K",
                                       "-d",
@@ -173,7 +177,9 @@ int Build(const Suite& suite, const BuildFolder& place) {
   const path& folder = place.path();
   WriteMcfg(suite, folder);
   const path output = folder / "output";
-  const int status = RunProgram(CompilerCommand(suite, folder), output, Errors::BehindOutput);
+  int status = RunProgram(CompilerCommand(suite, folder, kWarnings), output, Errors::BehindOutput);
+  if (status == kNoMakefile)
+    status = RunProgram(CompilerCommand(suite, folder, kStages), output, Errors::BehindOutput);
   place.DropOutdated(suite.executable());
   if (status != 0) return status;
   if (suite.root.empty()) throw std::string("no module was found");
@@ -213,6 +219,9 @@ Suite MakeSuite(Request request) {
     for (const std::string& file : *files)
       if (access(file.c_str(), R_OK) != 0) throw file + ": " + std::strerror(errno);
   RefuseEqualObjects(suite);
+  if (const std::string& root = suite.request.root;
+      !root.empty() && std::ranges::find(suite.modules, root, &Module::name) == suite.modules.end())
+    throw "no module is named " + root;
   if (!IsPlain(suite.request.folder))
     throw "make cannot build in " + suite.request.folder + "; name another folder with -d";
   return suite;

@@ -128,14 +128,6 @@ TriStatus hand_over(const PortId& from, const PortId& to, const TriAddress* addr
                     std::string& octets) {
   const TriComponentId* component = &from.id.compInst;
   TriSignatureId signature = qualified(m.signature);
-  const bool has_content = m.kind == MessageKind::message || m.kind == MessageKind::exception;
-  if (has_content && lacks_asn1_codec(m.content)) {
-    std::string text =
-        std::string("port '") + to.id.portName + "': no codec for ASN.1 type '" + type_name(m.content->type) +
-        "': an import of its module needs an encode attribute, or ORVANE_ASN1_CODEC an encoding";
-    log_line(lumo_log_msg_error_c, text.c_str());
-    return TRI_ERROR;
-  }
   switch (m.kind) {
     case MessageKind::message: {
       if (!encode_for(to.id.portName, m.content, octets)) return TRI_ERROR;

@@ -49,10 +49,6 @@ Value decode_by(lumo_decoder_t decoder, lumo_type_t type, const std::string& oct
 
 }  // namespace
 
-bool lacks_asn1_codec(Value v) {
-  return !find_codec(v->type, lumo_type_get_encoder) && is_asn1_type(plain_type(v->type));
-}
-
 bool has_own_codec(lumo_type_t type) {
   return find_codec(type, lumo_type_get_encoder) && find_codec(type, lumo_type_get_decoder);
 }
@@ -62,6 +58,19 @@ bool has_codec(lumo_type_t type) {
 }
 
 namespace {
+
+constexpr const char* kNoRules =
+    "an import of its ASN.1 module needs an encode attribute, or ORVANE_ASN1_CODEC an encoding";
+
+// Whether the type, or one that it is a subtype of, is of ASN.1, which has no plain form.
+bool comes_from_asn1(lumo_type_t type) {
+  type = plain_type(type);
+  for (int i = 0; i < 1000 && type && type->type_info; ++i) {
+    if (is_asn1_type(type)) return true;
+    type = plain_type(type->type_info->parent_type);
+  }
+  return false;
+}
 
 std::string no_codec(lumo_type_t type) {
   return std::string("there is no codec for encode \"") + encoding_of(type) + "\"";
@@ -87,6 +96,7 @@ bool encode_value(Value v, std::string& octets, std::string& fault) {
   if (!encoder) {
     if (const CodecFamily* family = codec_family_of(v->type)) return family->encode(v, octets, fault);
     if (encoding_of(v->type)) return fault = no_codec(v->type), false;
+    if (comes_from_asn1(v->type)) return fault = kNoRules, false;
     octets += plain_octets(v);
     return true;
   }
@@ -121,6 +131,8 @@ Value decode_value(lumo_type_t type, const std::string& octets, size_t* taken, s
     v = family->decode(type, octets, used, fault);
   } else if (encoding_of(type)) {
     fault = no_codec(type);
+  } else if (comes_from_asn1(type)) {
+    fault = kNoRules;
   } else {
     v = value_of_plain(type, octets, used);
     if (!v) fault = "the octets are no value";

@@ -1,5 +1,6 @@
 // Encoding and decoding: by the functions of a type where it has them, then by its encode attribute,
-// otherwise plainly - strings as their octets, everything else in the notation of the language.
+// otherwise plainly - strings as their octets, everything else in the notation of the language, but for types of ASN.1,
+// which have no plain form.
 #pragma once
 
 #include <string>
@@ -8,8 +9,6 @@
 
 namespace lumos {
 
-// Whether a value is of an ASN.1 type that no codec stands at: it has no plain form.
-bool lacks_asn1_codec(Value v);
 // Whether the user or the generated code gave the type functions.
 bool has_own_codec(lumo_type_t type);
 // Whether the octets of a type are those of its codec, as opposed to plain ones.

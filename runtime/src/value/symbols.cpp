@@ -89,7 +89,8 @@ std::vector<Module> registered_modules() {
 }
 
 bool is_asn1_type(lumo_type_t type) {
-  const RegisteredModule* of = type && type->module ? find(type->module) : nullptr;
+  const char* module = type ? lumo_type_definition_module(type, nullptr) : nullptr;
+  const RegisteredModule* of = module ? find(module) : nullptr;
   return of && of->module.language && std::strstr(of->module.language, "ASN.1");
 }
 

@@ -1,10 +1,9 @@
 #include "asn1/generate/Asn2T3.h"
 
 #include <cctype>
-#include <cstdlib>
-#include <ctime>
 
 #include "asn1/front/AsnFault.h"
+#include "asn1/front/AsnTime.h"
 #include "asn1/front/Backend.h"
 #include "asn1/generate/T3AsnNames.h"
 #include "asn1/model/AsnHome.h"
@@ -37,19 +36,9 @@ std::string GuardOf(const std::string& name) {
   return guard;
 }
 
-// The time at which files say they were made: that of the environment where the build is to be the same each
-// time.
-std::tm Now() {
-  std::time_t now = std::time(nullptr);
-  if (const char* given = std::getenv("SOURCE_DATE_EPOCH")) now = static_cast<std::time_t>(std::atoll(given));
-  std::tm result{};
-  gmtime_r(&now, &result);
-  return result;
-}
-
 void printFileHeader(ModRec& module, const std::string& name, CText& text) {
   char line[200];
-  const std::tm now = Now();
+  const std::tm now = TimeOfFiles();
   text.put("/****************************************************************\n");
   text.put(std::string(" * Processed by ") + kName + " " + kVersion + " ");
   std::snprintf(line, sizeof line, "on %02d.%02d.%d at %d:%02d.%02d\n", now.tm_mday, now.tm_mon + 1,

@@ -33,6 +33,9 @@ inline constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-optio
 /// Runs one of the tools along PATH; its output follows ours when it has ended. False for a status other than
 /// 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);
+/// What the tools exchange has fixed names in the working folder: until this process ends, others of this program that
+/// run ASN.1 tools there wait.
+void HoldWorkingFolder();
 /// Runs a command line by the shell with the tools in reach; its exit status.
 int ShellInvoke(const std::string& command);
 /// A word as the shell takes it for one.

@@ -169,6 +169,7 @@ bool RunTools(const std::string& source) {
     return false;
   }
   MakeDir(directory);
+  mesk::HoldWorkingFolder();
   const std::string prefixes = OptionFileName(directory, "-MESK.txt");
   mesk::RemoveAtEnd(prefixes);
   mesk::RemoveAtEnd(mesk::kCompilationOptions);

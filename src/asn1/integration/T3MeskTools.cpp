@@ -1,13 +1,18 @@
 // The external tools as child processes.
 #include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "asn1/front/FilePrefix.h"
 #include "asn1/integration/T3Mesk.h"
@@ -21,12 +26,17 @@ namespace mesk {
 namespace {
 constexpr const char* kChannels = "VEXA-ASN-1-std-channels.txt";
 constexpr size_t kBlock = 4095;
+constexpr useconds_t kWaitMicroseconds = 5000;
 
-// The tools are installed beside the compiler: they are found there where PATH does not lead to others.
+// The tools are installed beside the compiler: they are found there where PATH does not lead to others, and
+// also where the compiler was called by a link.
 void ExtendPath() {
   static const bool extended = [] {
     const char* path = GetEnvVar("PATH");
-    const std::string all = (path == nullptr ? std::string() : std::string(path) + ':') + orv_dir + "/bin";
+    std::string all = (path == nullptr ? std::string() : std::string(path) + ':') + orv_dir + "/bin";
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error) all += ':' + self.parent_path().string();
     return setenv("PATH", all.c_str(), 1) == 0;
   }();
   static_cast<void>(extended);
@@ -111,6 +121,21 @@ int vexa_binary_invoke(const std::vector<std::string>& arguments) {
   return status;
 }
 }  // namespace
+
+// The name of a socket, which ends with the process: a lock of the folder itself may be held by who has
+// started us.
+void HoldWorkingFolder() {
+  static const int holder = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  struct stat folder = {};
+  if (holder < 0 || stat(".", &folder) != 0) return;
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  // a zero in front makes it a name without a file
+  std::snprintf(address.sun_path + 1, sizeof address.sun_path - 1, "orvane-asn1-%ju-%ju",
+                static_cast<uintmax_t>(folder.st_dev), static_cast<uintmax_t>(folder.st_ino));
+  const auto* name = reinterpret_cast<const sockaddr*>(&address);
+  while (bind(holder, name, sizeof address) != 0 && errno == EADDRINUSE) usleep(kWaitMicroseconds);
+}
 
 int ShellInvoke(const std::string& command) {
   ExtendPath();
