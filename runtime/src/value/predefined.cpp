@@ -7,6 +7,7 @@
 
 #include "text/codec.h"
 #include "text/log.h"
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/operand.h"
 #include "template/lengths.h"
@@ -171,13 +172,10 @@ Value substring(Value v, size_t index, size_t count, Strategy strategy) {
   } else if (v->form == Form::string) {
     size_t unit = v->kind == lumo_type_kind_octetstring ? 2 : 1;
     set_text(result, view(v).substr(index * unit, count * unit));
+  } else if (v->form == Form::wide_character) {
+    set_wide(result, &v->wide_character, count);
   } else {
-    std::u32string text = wide_text(v).substr(index, count);
-    if (string_type(v) == lumo_universal_charstring_type) {
-      set_wide(result, text.data(), text.size());
-    } else {
-      set_text(result, narrow_text(text));
-    }
+    set_text(result, {&v->character, count});
   }
   return result;
 }
@@ -395,12 +393,14 @@ lumo_value_t lumo_oct2char(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_
 lumo_value_t lumo_char2oct(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t context) {
   v = text_operand(v, "char2oct");
   lumo_value_get_charstring(v, context);
-  std::string digits;
-  for (char32_t c : wide_text(v)) {
-    digits += "0123456789ABCDEF"[c >> 4 & 15];
-    digits += "0123456789ABCDEF"[c & 15];
+  const Characters text(v);
+  Value result = make_root(lumo_octetstring_type, strategy);
+  reserve_text(result, 2 * text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    result->text.data[2 * i] = "0123456789ABCDEF"[text[i] >> 4 & 15];
+    result->text.data[2 * i + 1] = "0123456789ABCDEF"[text[i] & 15];
   }
-  return new_string(lumo_octetstring_type, digits, strategy);
+  return result;
 }
 
 lumo_value_t lumo_bit2hex(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
@@ -482,14 +482,8 @@ lumo_value_t lumo_regexp_regexp(lumo_value_t text, lumo_value_t pattern, lumo_lo
                                 lumo_alloc_strategy_t strategy, lumo_context_t) {
   Value v = text_operand(text, "regexp");
   if (group < 0) fault("regexp: the number of the group is negative");
-  Value result = make_root(string_type(v), strategy);
-  std::u32string found = pattern_group(pattern, v, static_cast<size_t>(group));
-  if (string_type(v) == lumo_universal_charstring_type) {
-    set_wide(result, found.data(), found.size());
-  } else {
-    set_text(result, narrow_text(found));
-  }
-  return result;
+  const TextPart part = pattern_group(pattern, v, static_cast<size_t>(group));
+  return substring(v, part.first, part.length, strategy);
 }
 
 lumo_value_t lumo_encvalue(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
