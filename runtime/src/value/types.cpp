@@ -1,6 +1,8 @@
 #include "value/types.h"
 
 #include <cstring>
+#include <functional>
+#include <string_view>
 #include <unordered_map>
 
 #include "value/error.h"
@@ -19,7 +21,8 @@ long bound(lumo_type_t type, const char* name, long otherwise) {
   if (!info || info->kind != lumo_type_kind_array || !info->enum_or_array_info) return otherwise;
   for (int i = 0; i < 2; ++i) {
     const lumo_enum_or_array_info_t& row = info->enum_or_array_info[i];
-    if (row.name && !std::strcmp(row.name, name)) return row.number;
+    // The two names differ in their first letter behind the bracket.
+    if (row.name && row.name[1] == name[1]) return row.number;
   }
   return otherwise;
 }
@@ -87,8 +90,34 @@ long field_of_short_name(lumo_type_t type, const char* name) {
 }
 }  // namespace
 
+namespace {
+const char* whole_name(const lumo_field_info_t& field) {
+  return field.name;
+}
+
+// Of a type with many fields. What a table remembers of names are their hashes, so that a field is looked at
+// in any case.
+long field_of_many(lumo_type_t type, const char* name) {
+  using Table = std::unordered_map<size_t, size_t>;
+  static auto* tables = new std::unordered_map<const lumo_field_info_t*, Table>;
+  const lumo_field_info_t* fields = field_info(type);
+  const size_t count = field_count(type);
+  Table& table = (*tables)[fields];
+  const std::hash<std::string_view> hash_of;
+  if (table.empty())
+    for (size_t i = 0; i < count; ++i)
+      if (fields[i].name) table.try_emplace(hash_of(fields[i].name), i);
+  const auto found = table.find(hash_of(name));
+  const bool is_it = found != table.end() && found->second < count && fields[found->second].name &&
+                     !std::strcmp(fields[found->second].name, name);
+  return is_it ? static_cast<long>(found->second) : find_field(type, name, whole_name);
+}
+}  // namespace
+
 long field_index(lumo_type_t type, const char* name) {
-  const long exact = find_field(type, name, [](const lumo_field_info_t& field) { return field.name; });
+  constexpr size_t many = 16;
+  const bool has_many = field_info(type) && field_count(type) > many;
+  const long exact = has_many ? field_of_many(type, name) : find_field(type, name, whole_name);
   return exact >= 0 ? exact : field_of_short_name(type, name);
 }
 
