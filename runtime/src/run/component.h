@@ -30,6 +30,15 @@ struct Behaviour {
   std::vector<lumo_value_t> argv;  // owned; ends with NULL
 };
 
+// What is asked of any or all components, in bits.
+enum Standing : unsigned char {
+  standing_running = 1,
+  standing_killed = 2,
+  standing_done = 4,    // completed a behaviour; one that was never started has not
+  standing_exempt = 8,  // need not run for all to run: never started, or stopped by another component
+  standings = 16
+};
+
 struct Component {
   long number = 0;
   std::string name;
@@ -44,6 +53,8 @@ struct Component {
   bool is_watching = false;  // asked for the state of components, and none has changed since
   unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
+  bool is_polling = false;             // waits, or waited, to be woken after a while (scheduler.cpp)
+  unsigned char standing = standings;  // as what it counts; as nothing yet
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
   std::vector<Port*> ports;   // owned
@@ -67,7 +78,7 @@ struct TestCase {
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
   std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
-  size_t found_last = 0;                // by a search through the components, the next one's beginning
+  size_t counts[standings] = {};        // of the parallel components by what they are
 };
 extern TestCase* test_case;
 
@@ -94,9 +105,11 @@ void set_behaviour(Component& component, lumo_symbol_entry_t row, unsigned long 
 // False if there is no memory for a stack.
 bool start_fiber(Component& component);
 void take_verdict(Component& component);
+// Counts the component as what it is now; called behind each change of what Standing tells.
+void count_anew(Component& component);
 // What is left to do when the behaviour of a component is over; not on the component's stack.
 void bury(Component& component);
-// Ends behaviour, ports and variables.
+// Ends behaviour, ports and variables. Number, name, state and verdict stay.
 void release_component(Component& component);
 
 // The component of the calling behaviour; a fault in a control part.
@@ -105,6 +118,9 @@ Component& self();
 Component* component_of(Value reference);
 Value reference_to(const Component& component);
 Value find_component_element(const char* name);  // null if there is none
+// The place of an element in the record of components of a type, -1 if there is none; known by the address of
+// the name, which lives on.
+long element_index(lumo_type_t type, const char* name);
 Component& system_component();
 // What concerns all components is for the main test component.
 void check_is_mtc(const char* operation);

@@ -51,6 +51,7 @@ class Queue {
 };
 Queue ready;
 std::vector<Component*> watchers;
+std::vector<Component*> polling;
 uint64_t schedule_state = 0;  // 0: the usual order
 // Of a run with another schedule, which something outside might go on with: how often it waited for that.
 unsigned idle_rounds = 0;
@@ -121,8 +122,14 @@ void resume(Component& c) {
 
 void wake_polling() {
   next_poll = never;
-  for (auto& c : test_case->components)
-    if (c && c->state == State::waiting && c->polls) make_ready(*c);
+  // Those that wait again poll anew.
+  std::sort(polling.begin(), polling.end(),
+            [](const Component* a, const Component* b) { return a->number < b->number; });
+  for (Component* c : polling) {
+    c->is_polling = false;
+    if (c->state == State::waiting && c->polls) make_ready(*c);
+  }
+  polling.clear();
 }
 
 // Asking a real clock costs as much as a short turn: while others are ready, only some turns do.
@@ -186,6 +193,7 @@ void make_ready(Component& c) {
 void clear_schedule() {
   ready.clear();
   watchers.clear();
+  polling.clear();
   next_poll = never;
 }
 
@@ -285,6 +293,10 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   if (!c) return wait_in_control_part();
   c->state = State::waiting;
   c->polls = volatile_guards;
+  if (volatile_guards && !c->is_polling) {
+    c->is_polling = true;
+    polling.push_back(c);
+  }
   if (volatile_guards && next_poll == never) next_poll = now() + next_poll_interval();
   to_scheduler();
 }
