@@ -51,18 +51,23 @@ bool same_type(lumo_type_t a, lumo_type_t b) {
          root_of(b)->kind == lumo_type_kind_undefined;
 }
 
-bool has_row(const Port& port, unsigned property, lumo_type_t type) {
+// The place is where it likely stands.
+bool has_row(const Port& port, unsigned property, lumo_type_t type, size_t place) {
   const lumo_field_info_t* rows = field_info(port.type);
-  for (size_t i = 0; i < field_count(port.type); ++i)
-    if (rows[i].property & property && same_type(rows[i].type, type)) return true;
+  const size_t count = field_count(port.type);
+  for (size_t n = 0; n < count; ++n) {
+    const lumo_field_info_t& row = rows[(place + n) % count];
+    if (row.property & property && same_type(row.type, type)) return true;
+  }
   return false;
 }
 
 // Each type that one port has in one direction has to be one of the other port's in another.
 void check_directions(const Port& from, unsigned property, const Port& to, unsigned wanted) {
   const lumo_field_info_t* rows = field_info(from.type);
-  for (size_t i = 0; rows && i < field_count(from.type); ++i)
-    if (rows[i].property & property && !has_row(to, wanted, rows[i].type))
+  const size_t count = rows ? field_count(from.type) : 0;
+  for (size_t i = 0; i < count; ++i)
+    if (rows[i].property & property && !has_row(to, wanted, rows[i].type, i))
       fault("port %s does not fit to port %s, which has no type '%s' in that direction", from.name, to.name,
             type_name(rows[i].type));
 }
