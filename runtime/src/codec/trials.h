@@ -9,7 +9,7 @@ namespace lumos {
 // So values may be begun a number of times that only grows with the octets; behind that, all trials fail.
 class Trials {
  public:
-  explicit Trials(size_t octets) : left_(1000000 + 1000 * octets) {}
+  explicit Trials(size_t octets) : left_(100000 + 1000 * octets) {}
   // A value is begun; false when there were too many.
   bool begin() {
     if (left_ == 0) return false;

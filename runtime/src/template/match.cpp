@@ -101,6 +101,7 @@ bool match_choice(Value p, Value v) {
 
 bool match_dynamic_list(Value p, Value v) {
   if (v->form != Form::vector) return false;
+  TempScope scope;
   Scratch<lumo_permutation_kind_t> kinds(p->parts.size + 1);
   if (p->restraint) {
     for (auto [head, tail] : p->restraint->permutations) {
