@@ -509,7 +509,7 @@ void Links::close_up() {
   first_ = 0;
   table_ = nullptr;
   if (places_.size() <= few_links) return;
-  table_ = std::make_unique<std::unordered_map<const Port*, size_t>>();
+  table_ = std::make_unique<std::unordered_map<const Port*, size_t>>(2 * places_.size());
   for (size_t i = 0; i < places_.size(); ++i) (*table_)[places_[i]] = i;
 }
 
