@@ -21,7 +21,7 @@ namespace {
 void free_behaviour(Component& c) {
   for (lumo_value_t v : c.behaviour.argv)
     if (v) destroy(v);
-  c.behaviour = Behaviour();
+  c.behaviour.argv.clear();
 }
 
 // The behaviour is over; not called on the component's own stack.
@@ -133,6 +133,7 @@ void end_for_good(Component& c) {
   fresh.component = c.task.component;
   fresh.event = c.task.event;
   std::swap(c.task, fresh);
+  c.behaviour = Behaviour();
 }
 }  // namespace
 

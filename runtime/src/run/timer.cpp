@@ -170,15 +170,27 @@ Timer* first_expired() {
 
 }  // namespace
 
+namespace {
+Timer* free_timers = nullptr;
+}
+
 Timer* new_timer(Value value) {
-  auto* timer = new Timer;
+  // Those that ended serve again.
+  Timer* timer = free_timers;
+  if (timer) {
+    free_timers = timer->next;
+    *timer = Timer();
+  } else {
+    timer = new Timer;
+  }
   timer->value = value;
   return timer;
 }
 
 void delete_timer(Timer* timer) {
   halt(timer);
-  delete timer;
+  timer->next = free_timers;
+  free_timers = timer;
 }
 
 void copy_timer_default(Timer* target, const Timer* source) {

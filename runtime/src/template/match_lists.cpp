@@ -53,7 +53,7 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
 }
 
 // More than patience allows are not taken.
-constexpr size_t most_steps = 2000000000;
+constexpr size_t most_list_steps = 2000000000;
 constexpr size_t steps_of_match = 10;  // that matching an element counts for
 
 [[noreturn]] void takes_too_long(size_t elements) {
@@ -80,7 +80,7 @@ class Matches {
 
   void spend(size_t steps) {
     spent_ += steps;
-    if (spent_ > most_steps) takes_too_long(width_);
+    if (spent_ > most_list_steps) takes_too_long(width_);
   }
 
  private:
@@ -306,7 +306,7 @@ class Prefixes {
 
   void spend(size_t steps) {
     spent_ += steps;
-    if (spent_ > most_steps) takes_too_long(size_);
+    if (spent_ > most_list_steps) takes_too_long(size_);
   }
 
   // How many elements from the place on hold partners for all items; more than most when none do. What more

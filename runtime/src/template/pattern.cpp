@@ -382,7 +382,7 @@ Room& room() {
 }
 
 // More than patience allows are not taken.
-constexpr size_t most_steps = 2000000000;
+constexpr size_t most_pattern_steps = 2000000000;
 
 class Machine {
  public:
@@ -396,7 +396,7 @@ class Machine {
     for (size_t i = 0; i < text.size() && !now_.at.empty(); ++i) {
       const char32_t c = text[i];
       step(i + 1, [&](const Instruction& instruction) { return takes(instruction, c); });
-      if (steps_ > most_steps)
+      if (steps_ > most_pattern_steps)
         fault("matching a text of %zu characters with a pattern takes too long", text.size());
     }
     for (size_t t = 0; t < now_.at.size(); ++t) {
@@ -646,7 +646,7 @@ bool match_digits(Value pattern, Value v) {
   const char* last = s + v->text.size;
   const char *star = nullptr, *tried = nullptr;
   for (size_t steps = 0; s < last; ++steps) {
-    if (steps > most_steps)
+    if (steps > most_pattern_steps)
       fault("matching a string of %zu digits with a pattern takes too long", v->text.size);
     if (p < end && *p == '*') {
       star = ++p;
