@@ -152,7 +152,7 @@ void bury(Component& c) {
     end_for_good(c);
   }
   count_anew(c);
-  wake_watchers();
+  wake_watchers(c);
 }
 
 // --- references
@@ -315,10 +315,14 @@ bool all_components(Property has) {
 template <class One, class All>
 bool ask(const char* operation, lumo_value_t which, One one, All all) {
   check_effect(operation);
-  watch_components(self());
-  if (which == lumo_value_any_c) return any_component(one);
-  if (which == lumo_value_all_c) return all_components(all);
-  return one(standing_of(existing(which)));
+  Component& asking = self();
+  if (which != lumo_value_any_c && which != lumo_value_all_c) {
+    Component& c = existing(which);
+    watch_component(asking, c);
+    return one(standing_of(c));
+  }
+  watch_components(asking);
+  return which == lumo_value_any_c ? any_component(one) : all_components(all);
 }
 
 // What was received and not taken says why a verdict is set.
@@ -347,7 +351,7 @@ void stop(Component& c, bool kill) {
   take_verdict(c);
   end_for_good(c);
   count_anew(c);
-  wake_watchers();
+  wake_watchers(c);
 }
 
 void stop_or_kill(lumo_value_t component, bool kill) {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "report/events.h"
@@ -39,6 +40,12 @@ enum Standing : unsigned char {
   standings = 16
 };
 
+// A component that asked for the state of another, or of any, as the number of its question among all tells.
+struct Watcher {
+  Component* component;
+  uint64_t number;
+};
+
 struct Component {
   long number = 0;
   std::string name;
@@ -46,19 +53,21 @@ struct Component {
   Value record = nullptr;      // variables, timers and ports by field
   Task task;
   State state = State::idle;
-  bool alive = false;        // may be started again
-  bool done = false;         // a behaviour ended
-  bool polls = false;        // waits, but is to be woken after a while without an event
-  bool busy = false;         // ready since its turn was over, not for an event
-  bool is_watching = false;  // asked for the state of components, and none has changed since
-  unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
+  bool alive = false;                  // may be started again
+  bool done = false;                   // a behaviour ended
+  bool polls = false;                  // waits, but is to be woken after a while without an event
+  bool busy = false;                   // ready since its turn was over, not for an event
+  bool is_watching = false;            // asked for the state of any component, and none has changed since
+  const Component* watched = nullptr;  // the last whose state it asked for, if that has not changed since
+  unsigned turn = 0;                   // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
   bool is_polling = false;             // waits, or waited, to be woken after a while (scheduler.cpp)
   unsigned char standing = standings;  // as what it counts; as nothing yet
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
-  std::vector<Port*> ports;   // owned
-  Message* unsent = nullptr;  // made, but not on its way yet
+  std::vector<Watcher> watchers;  // of its state; each once
+  std::vector<Port*> ports;       // owned
+  Message* unsent = nullptr;      // made, but not on its way yet
 };
 
 // The running test case; null between test cases.
@@ -77,8 +86,9 @@ struct TestCase {
   bool ended = false;
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
-  std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
-  size_t counts[standings] = {};        // of the parallel components by what they are
+  std::vector<lumo_value_t> arguments;   // owned; those of the main component's behaviour, after it has ended
+  std::unordered_set<uint64_t> watches;  // which of many watchers watch which component (scheduler.cpp)
+  size_t counts[standings] = {};         // of the parallel components by what they are
 };
 extern TestCase* test_case;
 

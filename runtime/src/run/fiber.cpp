@@ -81,7 +81,7 @@ bool take_stack(Fiber& fiber) {
 }
 
 // With a stack; null where there is no memory for one.
-Fiber* spare_fiber() {
+[[gnu::noinline]] Fiber* spare_fiber() {
   if (!spare.empty() && spare.back()->size == stack_size) {
     Fiber* fiber = spare.back();
     spare.pop_back();

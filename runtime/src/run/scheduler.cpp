@@ -50,7 +50,8 @@ class Queue {
   size_t begin_ = 0;
 };
 Queue ready;
-std::vector<Component*> watchers;
+std::vector<Watcher> watchers;  // of any component
+uint64_t questions = 0;
 std::vector<Component*> polling;
 uint64_t schedule_state = 0;  // 0: the usual order
 // Of a run with another schedule, which something outside might go on with: how often it waited for that.
@@ -214,15 +215,51 @@ void leave_component(Component& c) {
 void watch_components(Component& c) {
   if (c.is_watching) return;
   c.is_watching = true;
-  watchers.push_back(&c);
+  watchers.push_back({&c, ++questions});
 }
 
-void wake_watchers() {
-  for (Component* c : watchers) {
-    c->is_watching = false;
-    wake(*c);
+namespace {
+
+// So many are looked through; what others watch stands in a table.
+constexpr size_t few_watchers = 8;
+
+uint64_t watch_of(const Component& c, const Component& other) {
+  return static_cast<uint64_t>(c.number) << 32 | static_cast<uint64_t>(other.number);
+}
+
+bool watches(const Component& c, const Component& other) {
+  const size_t size = other.watchers.size();
+  for (size_t i = 0; i < size && i < few_watchers; ++i)
+    if (other.watchers[i].component == &c) return true;
+  return size > few_watchers && test_case->watches.count(watch_of(c, other));
+}
+
+}  // namespace
+
+void watch_component(Component& c, Component& other) {
+  // What has ended does not change any more.
+  if (c.watched == &other || other.state == State::ended) return;
+  c.watched = &other;
+  if (watches(c, other)) return;
+  if (other.watchers.size() >= few_watchers) test_case->watches.insert(watch_of(c, other));
+  other.watchers.push_back({&c, ++questions});
+}
+
+void wake_watchers(Component& changed) {
+  // In the order of their questions. Nobody asks meanwhile.
+  size_t i = 0, k = 0;
+  while (i < watchers.size() || k < changed.watchers.size()) {
+    const bool is_of_any = k == changed.watchers.size() ||
+                           (i < watchers.size() && watchers[i].number < changed.watchers[k].number);
+    Component& c = *(is_of_any ? watchers[i++] : changed.watchers[k++]).component;
+    if (is_of_any) c.is_watching = false;
+    if (c.watched == &changed) c.watched = nullptr;
+    if (!is_of_any && k > few_watchers) test_case->watches.erase(watch_of(c, changed));
+    wake(c);
   }
   watchers.clear();
+  changed.watchers.clear();
+  if (changed.state == State::ended) changed.watchers.shrink_to_fit();
 }
 
 void wake(Component& c) {
