@@ -57,8 +57,8 @@ Fiber the_main;
 Fiber* running = &the_main;
 Fiber* previous = nullptr;
 
-// Ended fibers, to be used again with their stacks.
-std::vector<Fiber*> spare;
+// Ended fibers, to be used again with their stacks; not ended with the process.
+std::vector<Fiber*>& spare = *new std::vector<Fiber*>;
 constexpr size_t most_spare = 1024;
 
 // A guard page costs two of the mappings that a process may have, 65,530 by default. Beyond so many stacks
