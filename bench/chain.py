@@ -78,6 +78,16 @@ def measure_runs(installation, folder, messages, counts):
             say(f"{test_case} {count:,}", run.seconds, f"{run.kilobytes / 1024:.0f} MB")
 
 
+def measure_large(installation, folder, counts):
+    source = folder / "Large.ttcn"
+    shutil.copy(BENCH / "large.ttcn", source)
+    program = build(installation, source, folder)
+    for test_case in ("text", "list", "set", "timers", "defaults", "links", "states"):
+        for count in counts:
+            run = run_best([program, "-v", "none", "-s", "-p", f"COUNT={count}", "-t", f"TC_{test_case}"], folder, 1)
+            say(f"{test_case} {count:,}", run.seconds, f"{run.kilobytes / 1024:.0f} MB")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--orvane", required=True, type=Path)
@@ -95,6 +105,7 @@ def main():
         measure_one_command(installation, names, folder)
         counts = [int(count) for count in options.components.split(",")]
         measure_runs(installation, folder, options.messages, counts)
+        measure_large(installation, folder, counts)
 
 
 if __name__ == "__main__":

@@ -127,6 +127,20 @@ void Stars(Bench& bench, size_t size, Value& pattern, Value& value) {
   pattern = Bench::list_of(bench.list, size / 5 + 1, item, true);
 }
 
+// As many templates as elements, and * behind them.
+void OpenEnd(Bench& bench, size_t size, Value& pattern, Value& value) {
+  value = bench.numbers(bench.list, size);
+  const auto item = [&](size_t i) { return i < size ? Bench::up_to(i) : lumo_anyornone_value_c; };
+  pattern = Bench::list_of(bench.list, size + 1, item, true);
+}
+
+// Two sets, equal in the opposite order.
+void EqualSets(Bench& bench, size_t size, Value& pattern, Value& value) {
+  value = bench.numbers(bench.bag, size);
+  pattern = Bench::list_of(
+      bench.bag, size, [&](size_t i) { return Bench::number(size - 1 - i); }, false);
+}
+
 void PlainPattern(Bench&, size_t size, Value& pattern, Value& value) {
   value = text((std::string(size, 'a') + "needle").c_str());
   pattern = Bench::pattern("*needle");
@@ -169,6 +183,8 @@ MATCH(Subset, true, 250, 2000);
 MATCH(Superset, true, 250, 2000);
 MATCH(ValueList, true, 250, 2000);
 MATCH(Stars, false, 250, 2000);
+MATCH(OpenEnd, true, 250, 2000);
+MATCH(EqualSets, true, 250, 2000);
 MATCH(PlainPattern, true, 2500, 20000);
 MATCH(StarredPattern, false, 2500, 20000);
 MATCH(NestedRepetitions, false, 2500, 20000);

@@ -371,7 +371,8 @@ void lumo_module_register(const char* name, lumo_boolean_t is_root, lumo_symbol_
 /* The row of an entity, NULL if there is none. A name may be "<module>.<name>"; a row of
    an import whose column is still empty leads to the row of origin. */
 lumo_symbol_entry_t lumo_find_element(const char* module, const char* name, lumo_context_t context);
-/* The same, but a missing entity is a fault of the suite. */
+/* The same, but a missing entity is a fault of the suite. What was found once is known by the addresses of
+   the names, which must live on unchanged, as literals do. */
 lumo_symbol_entry_t lumo_find_element_with_check(const char* module, const char* name,
                                                  lumo_context_t context);
 
@@ -631,6 +632,8 @@ lumo_value_t lumo_xor4b(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t st
                         lumo_context_t context);
 lumo_value_t lumo_concatenate(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t strategy,
                               lumo_context_t context);
+/* value := value & more, where the value lies. */
+void lumo_value_append(lumo_value_t value, lumo_value_t more, lumo_context_t context);
 lumo_value_t lumo_shiftleft(lumo_value_t a, lumo_long_integer_t count, lumo_alloc_strategy_t strategy,
                             lumo_context_t context);
 lumo_value_t lumo_shiftright(lumo_value_t a, lumo_long_integer_t count, lumo_alloc_strategy_t strategy,
@@ -853,7 +856,8 @@ void lumo_altstep_definitions(lumo_boolean_t begin, lumo_context_t context);
 lumo_value_t lumo_component_self(lumo_context_t context);
 lumo_value_t lumo_component_mtc(lumo_context_t context);
 lumo_value_t lumo_component_system(lumo_context_t context);
-/* A variable, constant, timer or port of the calling component. */
+/* A variable, constant, timer or port of the calling component. It is known by the address of the name, which
+   must live on unchanged, as a literal does. */
 lumo_value_t lumo_component_element(const char* name, lumo_context_t context);
 /* reasons is ended by NULL, or NULL for none. */
 void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons[], lumo_context_t context);

@@ -8,6 +8,7 @@
 #include "codec/families.h"
 #include "codec/plain.h"
 #include "codec/raw.h"
+#include "codec/trials.h"
 #include "json_plan.h"
 #include "value/error.h"
 #include "value/task.h"
@@ -127,6 +128,7 @@ bool Writer::write(const JsonPlan& plan, Value v, Json& json) {
 
 class Reader {
  public:
+  explicit Reader(size_t octets) : trials_(octets) {}
   bool read(const JsonPlan& plan, const Json& json, Value v);
   std::string fault;
   const Json* fault_at = nullptr;
@@ -143,6 +145,7 @@ class Reader {
   bool check(Value v);
   FieldPath path_;
   const Json* at_ = nullptr;
+  Trials trials_;
 };
 
 bool Reader::fail(const std::string& what) {
@@ -302,6 +305,7 @@ bool Reader::read_leaf(const JsonPlan& plan, const Json& json, Value v) {
 bool Reader::read(const JsonPlan& plan, const Json& json, Value v) {
   const Json* around = std::exchange(at_, &json);
   if (stack_is_short()) return fail("the value is nested too deeply");
+  if (!trials_.begin()) return fail(too_many_trials);
   bool good;
   switch (plan.kind) {
     case lumo_type_kind_record:
@@ -396,7 +400,7 @@ Value decode(lumo_type_t type, std::string_view octets, size_t& taken, std::stri
   Json json;
   if (!parse(octets, json, taken, fault)) return nullptr;
   Value v = make_root(type, lumo_temp_alloc_c);
-  Reader reader;
+  Reader reader(octets.size());
   if (reader.read(plan_of(type), json, v)) return v;
   size_t number = 0;
   count_to(json, reader.fault_at, number);

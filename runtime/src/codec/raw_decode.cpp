@@ -5,6 +5,7 @@
 
 #include "codec/plain.h"
 #include "codec/raw.h"
+#include "codec/trials.h"
 #include "value/error.h"
 #include "value/task.h"
 #include "value/types.h"
@@ -33,7 +34,7 @@ constexpr size_t any_count = SIZE_MAX;
 
 class Decoder {
  public:
-  explicit Decoder(std::string_view octets) : source(octets) {}
+  explicit Decoder(std::string_view octets) : source(octets), trials_(octets.size()) {}
   bool decode_all(const RawPlan& plan, Value v);
   std::string fault() const;
   bool has_fault() const { return has_fault_; }
@@ -43,6 +44,7 @@ class Decoder {
  private:
   bool decode(const RawPlan& plan, Value v, RawOrder around, size_t limit);
   bool fail(const char* what);
+  bool give_up();
   bool fail_from(size_t start, const char* what);
   BitOrder order_of(const RawPlan& plan, RawOrder around) const;
 
@@ -83,6 +85,7 @@ class Decoder {
   bool any_seen(const RawConditions& conditions, const RawPlan& plan, RawOrder around, size_t limit);
   bool seen(const RawCondition& c, const RawPlan& plan, RawOrder around, size_t limit);
 
+  Trials trials_;
   std::vector<BitSpan> spans_;
   std::vector<Counter> counters_;
   FieldPath path_;
@@ -113,6 +116,16 @@ bool Decoder::fail_from(size_t start, const char* what) {
 
 bool Decoder::fail(const char* what) {
   return fail_from(source.place.bits(), what);
+}
+
+// Whatever was found out before.
+bool Decoder::give_up() {
+  has_fault_ = true;
+  fault_reach_ = SIZE_MAX;
+  fault_bits_ = source.size();
+  fault_path_.clear();
+  fault_what_ = too_many_trials;
+  return false;
 }
 
 std::string Decoder::fault() const {
@@ -198,6 +211,7 @@ bool Decoder::decode_all(const RawPlan& plan, Value v) {
 
 bool Decoder::decode(const RawPlan& plan, Value v, RawOrder around, size_t limit) {
   if (stack_is_short()) return fail("the value is nested too deeply");
+  if (!trials_.begin()) return give_up();
   const bool is_chosen = std::exchange(chosen_, false);
   if (!is_chosen && !plan.presence.empty() && !any_seen(plan.presence, plan, around, limit))
     return fail("the octets are not those that the type begins with");

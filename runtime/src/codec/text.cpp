@@ -5,6 +5,7 @@
 
 #include "codec/plain.h"
 #include "codec/raw.h"
+#include "codec/trials.h"
 #include "value/error.h"
 #include "value/task.h"
 #include "value/types.h"
@@ -132,7 +133,7 @@ bool TextEncoder::encode_content(const TextPlan& plan, Value v) {
 
 class TextDecoder {
  public:
-  explicit TextDecoder(std::string_view octets) : octets_(octets) {}
+  explicit TextDecoder(std::string_view octets) : octets_(octets), trials_(octets.size()) {}
   bool decode(const TextPlan& plan, Value v);
   std::string fault() const;
   bool has_fault() const { return has_fault_; }
@@ -140,6 +141,7 @@ class TextDecoder {
 
  private:
   bool fail(const char* what);
+  bool give_up();
   bool take(const TextToken& token, const char* what);
   bool decode_content(const TextPlan& plan, Value v);
   bool decode_fields(const TextPlan& plan, Value v);
@@ -157,6 +159,7 @@ class TextDecoder {
   bool check(Value v);
 
   std::string_view octets_;
+  Trials trials_;
   // What ends a text that has no pattern of its own, the innermost last.
   std::vector<const TextToken*> terminators_;
   FieldPath path_;
@@ -173,6 +176,15 @@ bool TextDecoder::fail(const char* what) {
   fault_at_ = at;
   fault_path_ = path_.text();
   fault_what_ = what;
+  return false;
+}
+
+// Whatever was found out before.
+bool TextDecoder::give_up() {
+  has_fault_ = true;
+  fault_at_ = octets_.size();
+  fault_path_.clear();
+  fault_what_ = too_many_trials;
   return false;
 }
 
@@ -198,6 +210,7 @@ bool TextDecoder::check(Value v) {
 
 bool TextDecoder::decode(const TextPlan& plan, Value v) {
   if (stack_is_short()) return fail("the value is nested too deeply");
+  if (!trials_.begin()) return give_up();
   const size_t terminators = terminators_.size();
   if (plan.end.given) terminators_.push_back(&plan.end);
   const bool good = take(plan.begin, "the text that begins the value is missing") &&

@@ -280,8 +280,10 @@ std::map<const Port*, OpenChannel> channels;  // by ports of the system
 bool fullness_is_told = false;                // in this test case
 
 bool has_full_queue(const Port& system_port) {
-  return std::any_of(system_port.mappings.begin(), system_port.mappings.end(),
-                     [](const Port* port) { return port->queues[0].length > most_queued; });
+  for (size_t i = 0; i < system_port.mappings.places(); ++i)
+    if (const Port* port = system_port.mappings.at(i); port && port->queues[0].length > most_queued)
+      return true;
+  return false;
 }
 
 void look_at_queues() {
@@ -377,10 +379,12 @@ Value sender_address(const Arrival& a) {
 void deliver_arrival(const Arrival& a) {
   if (a.is_trouble) return deliver_trouble(a);
   if (!test_case || !test_case->system || !test_case->system->record) return;
-  Port* system_port = find_port(*test_case->system, a.port.c_str(), a.port_index);
+  Component& system = *test_case->system;
+  Port* system_port = find_port(system, field_index(system.record->type, a.port.c_str()), a.port_index);
   bool delivered = false;
-  for (size_t i = 0; system_port && i < system_port->mappings.size(); ++i) {
-    Port& port = *system_port->mappings[i];
+  for (size_t i = 0; system_port && i < system_port->mappings.places(); ++i) {
+    if (!system_port->mappings.at(i)) continue;
+    Port& port = *system_port->mappings.at(i);
     if (a.component && a.component != port.owner->number) continue;
     TempScope scope;
     Message* m = new_message(a.kind);

@@ -80,12 +80,17 @@ void drop_queues(Port& port) {
 
 void unlink(Port& port) {
   // A port may be connected to itself.
-  for (Port* other : std::exchange(port.connections, {})) remove_port(other->connections, &port);
-  for (Port* other : port.mappings) {
-    remove_port(other->mappings, &port);
+  while (!port.connections.empty()) {
+    Port* other = port.connections.last();
+    port.connections.remove(other);
+    other->connections.remove(&port);
+  }
+  while (!port.mappings.empty()) {
+    Port* other = port.mappings.first();
+    port.mappings.remove(other);
+    other->mappings.remove(&port);
     if (other->owner == test_case->system) outside_unmap(port, *other);
   }
-  port.mappings.clear();
 }
 
 Port* make_port(Component& c, Value element, lumo_type_t type, const char* name, long index) {
@@ -94,6 +99,7 @@ Port* make_port(Component& c, Value element, lumo_type_t type, const char* name,
   port->name = name;
   port->index = index;
   port->type = record_type(type);
+  port->place = c.ports.size();
   c.ports.push_back(port);
   clear_contents(element);
   element->form = Form::port;
@@ -163,10 +169,9 @@ Port* connected_to(Port& port, Value recipient) {
 
 void send_to_all(Port& port, Message* message) {
   self().unsent = nullptr;
-  for (size_t i = 0; i < port.connections.size(); ++i)
-    send_to_port(port, *port.connections[i], copy_message(*message));
-  for (size_t i = 0; i < port.mappings.size(); ++i)
-    send_to_port(port, *port.mappings[i], copy_message(*message));
+  for (const auto list : {&Port::connections, &Port::mappings})
+    for (size_t i = 0; i < (port.*list).places(); ++i)
+      if (Port* to = (port.*list).at(i)) send_to_port(port, *to, copy_message(*message));
   delete_message(message);
 }
 
@@ -178,7 +183,7 @@ Port* way_to(Port& port, Message& message, Value recipient) {
   if (recipient->form == Form::component || is_null) return connected_to(port, recipient);
   if (port.mappings.empty()) fault("port %s is not mapped, so there is no address to send to", port.name);
   message.address = copy_value(recipient, lumo_perm_alloc_c);
-  return port.mappings[0];
+  return port.mappings.first();
 }
 
 // A list of recipients has fields without a property, which no declared record has: those of an address have
@@ -209,7 +214,7 @@ void send_message(Port& port, Message* message, Value recipient) {
   if (!recipient || recipient == lumo_no_value_c) {
     if (port.connections.size() + port.mappings.size() > 1)
       fault("port %s has several connections, so a receiver has to be named", port.name);
-    to = port.connections.empty() ? port.mappings[0] : port.connections[0];
+    to = port.connections.empty() ? port.mappings.first() : port.connections.first();
   } else if (recipient == lumo_value_all_c) {
     return send_to_all(port, message);
   } else {
@@ -391,8 +396,9 @@ bool answers_call(const Message& m, bool is_named) {
 constexpr size_t most_taken = 1000;
 
 void take_call(Port& p, const Message& m) {
-  p.taken.push_back({m.signature, m.sender});
-  if (p.taken.size() > most_taken) p.taken.pop_front();
+  if (!p.taken) p.taken = std::make_unique<std::deque<TakenCall>>();
+  p.taken->push_back({m.signature, m.sender});
+  if (p.taken->size() > most_taken) p.taken->pop_front();
   remove_head(p, MessageKind::call);
 }
 
@@ -400,11 +406,12 @@ void take_call(Port& p, const Message& m) {
 // the answer tells it. Null where no such call was taken.
 lumo_type_t answer_call(Port& p, lumo_type_t signature, Value recipient) {
   const bool is_named = recipient && recipient->form == Form::component;
-  for (auto call = p.taken.begin(); call != p.taken.end(); ++call) {
+  if (!p.taken) return nullptr;
+  for (auto call = p.taken->begin(); call != p.taken->end(); ++call) {
     if (is_named && call->caller != recipient->integer) continue;
     if (signature && (!call->signature || root_of(signature) != root_of(call->signature))) continue;
     signature = call->signature;
-    p.taken.erase(call);
+    p.taken->erase(call);
     return signature;
   }
   return nullptr;
@@ -468,22 +475,58 @@ void open_call(lumo_type_t signature, double timeout) {
 
 }  // namespace
 
-Port* linked_port(const Port& port, std::vector<Port*> Port::*list, const Component& c) {
-  constexpr size_t few = 8;
-  if ((port.*list).size() <= few) {
-    for (Port* other : port.*list)
-      if (other->owner == &c) return other;
-    return nullptr;
-  }
-  for (Port* other : c.ports)
-    for (const Port* back : other->*list)
-      if (back == &port) return other;
-  return nullptr;
+namespace {
+constexpr size_t few_links = 8;
 }
 
-void remove_port(std::vector<Port*>& list, Port* port) {
-  for (size_t i = 0; i < list.size(); ++i)
-    if (list[i] == port) list.erase(list.begin() + static_cast<long>(i--));
+size_t Links::place_of(const Port* port) const {
+  if (table_) {
+    const auto found = table_->find(port);
+    return found == table_->end() ? SIZE_MAX : found->second;
+  }
+  for (size_t i = 0; i < places_.size(); ++i)
+    if (places_[i] == port) return i;
+  return SIZE_MAX;
+}
+
+void Links::add(Port* port) {
+  if (has(port)) return;
+  places_.push_back(port);
+  ++count_;
+  if (places_.size() > few_links && !table_) return close_up();
+  if (table_) (*table_)[port] = places_.size() - 1;
+}
+
+void Links::remove(const Port* port) {
+  const size_t place = place_of(port);
+  if (place == SIZE_MAX) return;
+  places_[place] = nullptr;
+  --count_;
+  if (table_) table_->erase(port);
+  while (!places_.empty() && !places_.back()) places_.pop_back();
+  while (first_ < places_.size() && !places_[first_]) ++first_;
+  if (2 * count_ < places_.size() || places_.empty()) close_up();
+}
+
+void Links::close_up() {
+  std::erase(places_, nullptr);
+  first_ = 0;
+  table_ = nullptr;
+  if (places_.size() <= few_links) return;
+  table_ = std::make_unique<std::unordered_map<const Port*, size_t>>(2 * places_.size());
+  for (size_t i = 0; i < places_.size(); ++i) (*table_)[places_[i]] = i;
+}
+
+Port* linked_port(const Port& port, Links Port::*list, const Component& c) {
+  const Links& links = port.*list;
+  if (links.size() > few_links) {
+    for (Port* other : c.ports)
+      if ((other->*list).has(&port)) return other;
+    return nullptr;
+  }
+  for (size_t i = 0; i < links.places(); ++i)
+    if (Port* other = links.at(i); other && other->owner == &c) return other;
+  return nullptr;
 }
 
 size_t encoded_octets = 0;
@@ -542,10 +585,6 @@ void make_ports(Component& c, Value element, lumo_type_t type, const char* name)
   make_port_array(c, element, type, name, index);
 }
 
-void disconnect_all(Component& c) {
-  for (Port* port : c.ports) unlink(*port);
-}
-
 void close_ports(Component& c) {
   for (Port* port : c.ports) {
     unlink(*port);
@@ -555,10 +594,16 @@ void close_ports(Component& c) {
   c.ports.clear();
 }
 
-Port* find_port(Component& c, const char* name, long index) {
-  for (Port* port : c.ports)
-    if (port->index == index && !std::strcmp(port->name, name)) return port;
-  return nullptr;
+Port* find_port(Component& c, long field, long index) {
+  if (!c.record || field < 0) return nullptr;
+  Value element = force_part(c.record, static_cast<size_t>(field));
+  while (element->form == Form::vector && element->parts.size > 0) element = force_part(element, 0);
+  if (element->form != Form::port) return nullptr;
+  // Those of an array lie one behind another.
+  const Port* first = element->port;
+  const size_t place = first->place + static_cast<size_t>(index - first->index);
+  Port* port = place < c.ports.size() ? c.ports[place] : nullptr;
+  return port && port->index == index && port->name == first->name ? port : nullptr;
 }
 
 void deliver(Port& port, Message* m) {

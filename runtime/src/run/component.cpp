@@ -21,7 +21,7 @@ namespace {
 void free_behaviour(Component& c) {
   for (lumo_value_t v : c.behaviour.argv)
     if (v) destroy(v);
-  c.behaviour = Behaviour();
+  c.behaviour.argv.clear();
 }
 
 // The behaviour is over; not called on the component's own stack.
@@ -123,6 +123,20 @@ void release_component(Component& c) {
   c.record = nullptr;
 }
 
+namespace {
+void end_for_good(Component& c) {
+  c.state = State::ended;
+  release_component(c);
+  // There may be many of them: the memory of the task goes too.
+  Task fresh;
+  fresh.name = c.task.name;
+  fresh.component = c.task.component;
+  fresh.event = c.task.event;
+  std::swap(c.task, fresh);
+  c.behaviour = Behaviour();
+}
+}  // namespace
+
 // What is left to do for a component that switched away for the last time.
 void bury(Component& c) {
   release_behaviour(c);
@@ -135,11 +149,10 @@ void bury(Component& c) {
   } else if (c.alive) {
     c.state = State::idle;
   } else {
-    c.state = State::ended;
-    stop_timers_of(c.task);
-    disconnect_all(c);
+    end_for_good(c);
   }
-  wake_watchers();
+  count_anew(c);
+  wake_watchers(c);
 }
 
 // --- references
@@ -176,33 +189,41 @@ namespace {
 struct FoundElement {
   const char* name;
   lumo_type_t type;
-  const char* field;
   long index;
 };
 
 [[gnu::noinline]] long search_element(FoundElement& found, lumo_type_t type, const char* name) {
   const long index = field_index(type, name);
-  if (index >= 0) found = {name, type, field_info(type)[index].name, index};
+  if (index >= 0) found = {name, type, index};
   return index;
 }
 
-inline long element_index(lumo_type_t type, const char* name) {
+inline long known_index(lumo_type_t type, const char* name) {
   static FoundElement places[256];
   const uintptr_t number = reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(type) >> 5;
   FoundElement& found = places[number % std::size(places)];
-  const bool is_known = found.name == name && found.type == type && std::strcmp(found.field, name) == 0;
-  return is_known ? found.index : search_element(found, type, name);
+  return found.name == name && found.type == type ? found.index : search_element(found, type, name);
+}
+
+// An element of the calling component; null if the place is of none.
+template <class IndexOf>
+inline Value component_element(const char* name, IndexOf index_of) {
+  Component* c = current_task->component;
+  if (!c || !c->record) return nullptr;
+  const long index = index_of(c->record->type, name);
+  if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
+  Value part = c->record->parts.data[index];
+  return part && part->life != Life::fixed ? part : force_part(c->record, static_cast<size_t>(index));
 }
 
 }  // namespace
 
+long element_index(lumo_type_t type, const char* name) {
+  return known_index(type, name);
+}
+
 Value find_component_element(const char* name) {
-  Component* c = current_task->component;
-  if (!c || !c->record) return nullptr;
-  long index = element_index(c->record->type, name);
-  if (index < 0 || static_cast<size_t>(index) >= c->record->parts.size) return nullptr;
-  Value part = c->record->parts.data[index];
-  return part && part->life != Life::fixed ? part : force_part(c->record, static_cast<size_t>(index));
+  return component_element(name, field_index);
 }
 
 namespace {
@@ -229,12 +250,6 @@ using namespace lumos;
 
 namespace {
 
-Component& existing(lumo_value_t reference) {
-  Component* c = component_of(reference);
-  if (!c) fault("the component reference is null or of no component of this test case");
-  return *c;
-}
-
 bool is_parallel(const Component& c) {
   return &c != test_case->mtc && &c != test_case->system;
 }
@@ -243,51 +258,71 @@ bool is_running(const Component& c) {
   return c.state == State::ready || c.state == State::running || c.state == State::waiting;
 }
 
-bool is_alive(const Component& c) {
-  return c.state != State::ended;
+unsigned standing_of(const Component& c) {
+  const bool is_killed = c.state == State::ended;
+  const bool is_exempt = c.stopped_by_other || (!c.done && !is_running(c));
+  unsigned standing = 0;
+  if (is_running(c)) standing |= standing_running;
+  if (is_killed) standing |= standing_killed;
+  if (c.done || is_killed) standing |= standing_done;
+  if (is_exempt) standing |= standing_exempt;
+  return standing;
 }
 
-bool is_killed(const Component& c) {
-  return c.state == State::ended;
+}  // namespace
+
+void lumos::count_anew(Component& c) {
+  if (!is_parallel(c)) return;
+  if (c.standing != standings) --test_case->counts[c.standing];
+  c.standing = static_cast<unsigned char>(standing_of(c));
+  ++test_case->counts[c.standing];
 }
 
-// Completed a behaviour. One that was never started has not.
-bool is_done(const Component& c) {
-  return c.done || c.state == State::ended;
+namespace {
+
+Component& existing(lumo_value_t reference) {
+  Component* c = component_of(reference);
+  if (!c) fault("the component reference is null or of no component of this test case");
+  return *c;
 }
 
-// What "all component.running" does not ask for: never started, or stopped by another component.
-bool need_not_run(const Component& c) {
-  return c.stopped_by_other || (!c.done && !is_running(c));
+bool runs(unsigned standing) {
+  return standing & standing_running;
+}
+bool is_alive(unsigned standing) {
+  return !(standing & standing_killed);
+}
+bool is_killed(unsigned standing) {
+  return standing & standing_killed;
+}
+bool is_done(unsigned standing) {
+  return standing & standing_done;
 }
 
-// What was found once is mostly what is found again, or is followed by it: so many questions cost one walk.
 template <class Property>
 bool any_component(Property has) {
-  const size_t count = test_case->components.size();
-  for (size_t i = 0; i < count; ++i) {
-    const size_t place = (test_case->found_last + i) % count;
-    const Component& c = *test_case->components[place];
-    if (!is_parallel(c) || !has(c)) continue;
-    test_case->found_last = place;
-    return true;
-  }
+  for (unsigned standing = 0; standing < standings; ++standing)
+    if (test_case->counts[standing] && has(standing)) return true;
   return false;
 }
 
 template <class Property>
 bool all_components(Property has) {
-  return !any_component([&](const Component& c) { return !has(c); });
+  return !any_component([&](unsigned standing) { return !has(standing); });
 }
 
 // Asks one component, any, or all of the parallel ones.
 template <class One, class All>
 bool ask(const char* operation, lumo_value_t which, One one, All all) {
   check_effect(operation);
-  watch_components(self());
-  if (which == lumo_value_any_c) return any_component(one);
-  if (which == lumo_value_all_c) return all_components(all);
-  return one(existing(which));
+  Component& asking = self();
+  if (which != lumo_value_any_c && which != lumo_value_all_c) {
+    Component& c = existing(which);
+    watch_component(asking, c);
+    return one(standing_of(c));
+  }
+  watch_components(asking);
+  return which == lumo_value_any_c ? any_component(one) : all_components(all);
 }
 
 // What was received and not taken says why a verdict is set.
@@ -323,11 +358,10 @@ void stop(Component& c, bool kill) {
   if (kill) c.alive = false;
   if (is_running(c)) return stop_behaviour(c);
   if (c.state == State::ended || (c.alive && !kill)) return;
-  c.state = State::ended;
   take_verdict(c);
-  stop_timers_of(c.task);
-  disconnect_all(c);
-  wake_watchers();
+  end_for_good(c);
+  count_anew(c);
+  wake_watchers(c);
 }
 
 void stop_or_kill(lumo_value_t component, bool kill) {
@@ -355,6 +389,7 @@ lumo_value_t lumo_component_create(lumo_value_t instance, lumo_value_t name, lum
   const char* text = name && name != lumo_no_value_c ? lumo_value_get_charstring(name, nullptr) : "";
   Component& c = add_component(instance->type, text, alive);
   furnish(c);
+  count_anew(c);
   clear_contents(instance);
   instance->form = Form::component;
   instance->integer = c.number;
@@ -378,6 +413,7 @@ void lumo_component_start(lumo_value_t component, const char* module, const char
   c.done = c.stopped_by_other = false;
   if (!start_fiber(c)) fault("there is no memory for the stack of component %s", c.name.c_str());
   make_ready(c);
+  count_anew(c);
   if (log_enabled(lumo_log_msg_event_c))
     log_format(lumo_log_msg_event_c, "component %s started: %s.%s", c.name.c_str(), module, function);
   if (events_wanted) tell(EventKind::start, c.name, {}, std::string(module) + "." + function);
@@ -392,8 +428,8 @@ void lumo_component_kill(lumo_value_t component, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_component_is_running(lumo_value_t component, lumo_context_t) {
-  return ask("running", component, is_running,
-             [](const Component& c) { return is_running(c) || need_not_run(c); });
+  return ask("running", component, runs,
+             [](unsigned standing) { return standing & (standing_running | standing_exempt); });
 }
 
 lumo_boolean_t lumo_component_is_alive(lumo_value_t component, lumo_context_t) {
@@ -401,7 +437,7 @@ lumo_boolean_t lumo_component_is_alive(lumo_value_t component, lumo_context_t) {
 }
 
 lumo_boolean_t lumo_component_try_done(lumo_value_t component, lumo_context_t) {
-  return takes(ask("done", component, is_done, [](const Component& c) { return !is_running(c); }));
+  return takes(ask("done", component, is_done, [](unsigned standing) { return !runs(standing); }));
 }
 
 lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t) {
@@ -440,7 +476,7 @@ lumo_value_t lumo_component_system(lumo_context_t) {
 }
 
 lumo_value_t lumo_component_element(const char* name, lumo_context_t) {
-  Value v = find_component_element(name);
+  Value v = component_element(name, known_index);
   if (!v) no_element(name);
   return v;
 }
@@ -452,17 +488,18 @@ void lumo_component_set_local_verdict(lumo_value_t verdict, lumo_value_t reasons
   if (given == lumo_verdict_error_c) fault("verdict error cannot be set");
   bool worse = given > c.verdict;
   if (worse) c.verdict = given;
-  std::string text = std::string("verdict set to ") + verdict_name(given);
   std::string reason;
   for (size_t i = 0; reasons && reasons[i]; ++i) reason += render_plain(reasons[i]);
   if (given > lumo_verdict_pass_c && has_attempts(c.task)) tell_mismatches(reason);
-  if (!reason.empty()) text += ": " + reason;
   if (worse && given > test_case->verdict) {
     test_case->reason = reason;
     test_case->place = current_place();
   }
   if (events_wanted) tell(EventKind::verdict, verdict_name(given), {}, reason);
-  log_line(given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c, text);
+  const auto kind = given > lumo_verdict_pass_c ? lumo_log_msg_info_c : lumo_log_msg_event_c;
+  if (log_enabled(kind))
+    log_line(kind,
+             std::string("verdict set to ") + verdict_name(given) + (reason.empty() ? "" : ": ") + reason);
 }
 
 lumo_value_t lumo_component_get_local_verdict(lumo_context_t context) {

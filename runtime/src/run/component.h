@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "report/events.h"
@@ -30,6 +31,21 @@ struct Behaviour {
   std::vector<lumo_value_t> argv;  // owned; ends with NULL
 };
 
+// What is asked of any or all components, in bits.
+enum Standing : unsigned char {
+  standing_running = 1,
+  standing_killed = 2,
+  standing_done = 4,    // completed a behaviour; one that was never started has not
+  standing_exempt = 8,  // need not run for all to run: never started, or stopped by another component
+  standings = 16
+};
+
+// A component that asked for the state of another, or of any, as the number of its question among all tells.
+struct Watcher {
+  Component* component;
+  uint64_t number;
+};
+
 struct Component {
   long number = 0;
   std::string name;
@@ -37,18 +53,22 @@ struct Component {
   Value record = nullptr;      // variables, timers and ports by field
   Task task;
   State state = State::idle;
-  bool alive = false;        // may be started again
-  bool done = false;         // a behaviour ended
-  bool polls = false;        // waits, but is to be woken after a while without an event
-  bool busy = false;         // ready since its turn was over, not for an event
-  bool is_watching = false;  // asked for the state of components, and none has changed since
-  unsigned turn = 0;         // of its entries among the ready ones, those of this turn count
+  bool alive = false;                  // may be started again
+  bool done = false;                   // a behaviour ended
+  bool polls = false;                  // waits, but is to be woken after a while without an event
+  bool busy = false;                   // ready since its turn was over, not for an event
+  bool is_watching = false;            // asked for the state of any component, and none has changed since
+  const Component* watched = nullptr;  // the last whose state it asked for, if that has not changed since
+  unsigned turn = 0;                   // of its entries among the ready ones, those of this turn count
   bool stopped_by_other = false;
-  const char* overdue = nullptr;  // why the test case ends where it waits
+  const char* overdue = nullptr;       // why the test case ends where it waits
+  bool is_polling = false;             // waits, or waited, to be woken after a while (scheduler.cpp)
+  unsigned char standing = standings;  // as what it counts; as nothing yet
   lumo_verdict_t verdict = lumo_verdict_none_c;
   Behaviour behaviour;
-  std::vector<Port*> ports;   // owned
-  Message* unsent = nullptr;  // made, but not on its way yet
+  std::vector<Watcher> watchers;  // of its state; each once
+  std::vector<Port*> ports;       // owned
+  Message* unsent = nullptr;      // made, but not on its way yet
 };
 
 // The running test case; null between test cases.
@@ -67,8 +87,9 @@ struct TestCase {
   bool ended = false;
   Fiber* scheduler = nullptr;
   Task* caller = nullptr;
-  std::vector<lumo_value_t> arguments;  // owned; those of the main component's behaviour, after it has ended
-  size_t found_last = 0;                // by a search through the components, the next one's beginning
+  std::vector<lumo_value_t> arguments;   // owned; those of the main component's behaviour, after it has ended
+  std::unordered_set<uint64_t> watches;  // which of many watchers watch which component (scheduler.cpp)
+  size_t counts[standings] = {};         // of the parallel components by what they are
 };
 extern TestCase* test_case;
 
@@ -95,9 +116,11 @@ void set_behaviour(Component& component, lumo_symbol_entry_t row, unsigned long 
 // False if there is no memory for a stack.
 bool start_fiber(Component& component);
 void take_verdict(Component& component);
+// Counts the component as what it is now; called behind each change of what Standing tells.
+void count_anew(Component& component);
 // What is left to do when the behaviour of a component is over; not on the component's stack.
 void bury(Component& component);
-// Ends behaviour, ports and variables.
+// Ends behaviour, ports and variables. Number, name, state and verdict stay.
 void release_component(Component& component);
 
 // The component of the calling behaviour; a fault in a control part.
@@ -106,6 +129,9 @@ Component& self();
 Component* component_of(Value reference);
 Value reference_to(const Component& component);
 Value find_component_element(const char* name);  // null if there is none
+// The place of an element in the record of components of a type, -1 if there is none; known by the address of
+// the name, which lives on.
+long element_index(lumo_type_t type, const char* name);
 Component& system_component();
 // What concerns all components is for the main test component.
 void check_is_mtc(const char* operation);

@@ -2,7 +2,7 @@
 #include "run/scheduler.h"
 #include "run/defaults.h"
 
-#include <unordered_map>
+#include <algorithm>
 
 #include "value/hooks.h"
 #include "value/error.h"
@@ -26,29 +26,31 @@ void free_arguments(std::vector<lumo_value_t>& arguments) {
   arguments.clear();
 }
 
-// A default that runs. When it is deactivated meanwhile, its arguments are kept here until it has ended.
-struct Run {
-  long number;
-  std::vector<lumo_value_t> argv;
-};
-
-// Of each task that is in a default, outermost first.
-std::unordered_map<const Task*, std::vector<Run>> runs;
-
-void retire(const Task& task, ActiveDefault& d) {
-  const auto found = runs.find(&task);
-  if (found != runs.end())
-    for (Run& run : found->second)
-      if (run.number == d.number) return run.argv.swap(d.argv);
+// Of one that runs they are kept until it has ended.
+void retire(Task& task, ActiveDefault& d) {
+  const auto run = std::find_if(task.default_runs.begin(), task.default_runs.end(),
+                                [&](const DefaultRun& r) { return r.number == d.number; });
+  if (run != task.default_runs.end()) return run->argv.swap(d.argv);
   free_arguments(d.argv);
 }
 
-void end_runs(const Task& task, size_t from) {
-  const auto found = runs.find(&task);
-  if (found == runs.end()) return;
-  std::vector<Run>& list = found->second;
+void end_runs(Task& task, size_t from) {
+  std::vector<DefaultRun>& list = task.default_runs;
   for (; list.size() > from; list.pop_back()) free_arguments(list.back().argv);
-  if (list.empty()) runs.erase(found);
+}
+
+bool is_active(const ActiveDefault& d) {
+  return d.altstep != nullptr;
+}
+
+// What was deactivated stays in its place while defaults run, and until half of all are such, unless it is
+// the youngest.
+void drop_inactive(Task& task) {
+  std::vector<ActiveDefault>& defaults = task.defaults;
+  for (; !defaults.empty() && !is_active(defaults.back()); defaults.pop_back()) --task.inactive_defaults;
+  if (!task.default_runs.empty() || 2 * task.inactive_defaults <= defaults.size()) return;
+  std::erase_if(defaults, [](const ActiveDefault& d) { return !is_active(d); });
+  task.inactive_defaults = 0;
 }
 
 bool is_part_of(Value part, Value whole) {
@@ -65,9 +67,7 @@ bool is_among(const std::vector<lumo_value_t>& arguments, Value timers) {
 bool is_argument(const Task& task, Value timers) {
   for (const ActiveDefault& d : task.defaults)
     if (is_among(d.argv, timers)) return true;
-  const auto found = runs.find(&task);
-  if (found == runs.end()) return false;
-  for (const Run& run : found->second)
+  for (const DefaultRun& run : task.default_runs)
     if (is_among(run.argv, timers)) return true;
   return false;
 }
@@ -84,18 +84,27 @@ void end_kept_timers(Task& task) {
   }
 }
 
-size_t find(const Task& task, long number) {
-  for (size_t i = 0; i < task.defaults.size(); ++i)
-    if (task.defaults[i].number == number) return i;
-  return SIZE_MAX;
+// Null if there is none. They are in the order of their numbers.
+ActiveDefault* find(Task& task, long number) {
+  const auto found = std::lower_bound(task.defaults.begin(), task.defaults.end(), number,
+                                      [](const ActiveDefault& d, long n) { return d.number < n; });
+  const bool is_there = found != task.defaults.end() && found->number == number && is_active(*found);
+  return is_there ? &*found : nullptr;
+}
+
+void deactivate(Task& task, ActiveDefault& d) {
+  retire(task, d);
+  d.altstep = nullptr;
+  ++task.inactive_defaults;
 }
 
 }  // namespace
 
 void deactivate_all(Task& task) {
-  for (ActiveDefault& d : task.defaults) retire(task, d);
-  task.defaults.clear();
-  end_kept_timers(task);
+  for (ActiveDefault& d : task.defaults)
+    if (is_active(d)) deactivate(task, d);
+  drop_inactive(task);
+  if (!task.kept_timers.empty()) end_kept_timers(task);
 }
 
 void end_defaults(Task& task) {
@@ -104,6 +113,7 @@ void end_defaults(Task& task) {
 }
 
 bool keep_for_defaults(Value timers) {
+  if (timers->form != Form::timer && timers->form != Form::vector) return false;
   if (!is_argument(*current_task, timers)) return false;
   current_task->kept_timers.push_back(timers);
   return true;
@@ -128,6 +138,7 @@ lumo_value_t lumo_activate(const char* module, const char* name, unsigned long a
   task.defaults.push_back(
       {next_number++, reinterpret_cast<lumo_test_step_t>(row->function_ptr), row->type_descriptor, argc, {}});
   ActiveDefault& d = task.defaults.back();
+  d.argv.reserve(argc + 1);
   for (unsigned long i = 0; i < argc; ++i) {
     Value v = argv ? argv[i] : nullptr;
     d.argv.push_back(!v || is_passed_itself(v) ? v : copy_value(v, lumo_perm_alloc_c));
@@ -148,21 +159,20 @@ void lumo_deactivate(lumo_value_t reference, lumo_context_t) {
   if (!reference || (reference->form != Form::default_ref && !is_special(reference, Special::null_default)))
     fault("use of a default reference that is not initialized");
   if (reference->form != Form::default_ref) return;
-  size_t place = find(task, static_cast<long>(reference->integer));
-  if (place == SIZE_MAX) return;
-  retire(task, task.defaults[place]);
-  task.defaults.erase(task.defaults.begin() + static_cast<long>(place));
-  end_kept_timers(task);
+  ActiveDefault* found = find(task, static_cast<long>(reference->integer));
+  if (!found) return;
+  deactivate(task, *found);
+  drop_inactive(task);
+  if (!task.kept_timers.empty()) end_kept_timers(task);
 }
 
 namespace {
-lumo_test_step_result_t invoke(ActiveDefault& active, lumo_context_t context) {
+lumo_test_step_result_t invoke(const ActiveDefault& active, lumo_context_t context) {
   Task& task = *current_task;
-  std::vector<Run>& list = runs[&task];
-  const size_t outer = list.size();
-  list.push_back({active.number, {}});
+  const size_t outer = task.default_runs.size();
+  task.default_runs.push_back({active.number, {}});
   // The list of defaults may move while the altstep runs, not so what it refers to.
-  lumo_value_t* arguments = active.argv.data();
+  auto* arguments = const_cast<lumo_value_t*>(active.argv.data());
   const lumo_test_step_result_t result =
       lumo_call_altstep(active.altstep, active.type, active.argc, arguments, context);
   end_runs(task, outer);
@@ -172,13 +182,13 @@ lumo_test_step_result_t invoke(ActiveDefault& active, lumo_context_t context) {
 }  // namespace
 
 lumo_activation_list_result_t lumo_activation_list_invoke(lumo_context_t context) {
-  std::vector<ActiveDefault>& defaults = current_task->defaults;
-  // The youngest first. A default that fails leaves the list as it was.
-  for (size_t i = defaults.size(); i-- > 0;) {
-    if (i >= defaults.size()) continue;
-    const lumo_test_step_result_t result = invoke(defaults[i], context);
-    if (result == lumo_test_step_successful_proceed_c) return lumo_activation_list_successful_proceed_c;
-    if (result == lumo_test_step_successful_repeat_c) return lumo_activation_list_successful_repeat_c;
-  }
-  return lumo_activation_list_unsuccessful_c;
+  Task& task = *current_task;
+  lumo_test_step_result_t result = lumo_test_step_unsuccessful_c;
+  // The youngest first. A default that fails leaves the list as it was, but for what it deactivated.
+  for (size_t i = task.defaults.size(); i-- > 0 && result == lumo_test_step_unsuccessful_c;)
+    if (i < task.defaults.size() && is_active(task.defaults[i])) result = invoke(task.defaults[i], context);
+  drop_inactive(task);
+  return result == lumo_test_step_successful_proceed_c  ? lumo_activation_list_successful_proceed_c
+         : result == lumo_test_step_successful_repeat_c ? lumo_activation_list_successful_repeat_c
+                                                        : lumo_activation_list_unsuccessful_c;
 }

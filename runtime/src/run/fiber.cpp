@@ -57,12 +57,8 @@ Fiber the_main;
 Fiber* running = &the_main;
 Fiber* previous = nullptr;
 
-// Stacks of ended fibers, to be used again.
-struct SpareStack {
-  char* memory;
-  size_t size;
-};
-std::vector<SpareStack> spare;
+// Ended fibers, to be used again with their stacks; not ended with the process.
+std::vector<Fiber*>& spare = *new std::vector<Fiber*>;
 constexpr size_t most_spare = 1024;
 
 // A guard page costs two of the mappings that a process may have, 65,530 by default. Beyond so many stacks
@@ -75,12 +71,6 @@ size_t page_size() {
 }
 
 bool take_stack(Fiber& fiber) {
-  if (!spare.empty() && spare.back().size == stack_size) {
-    fiber.memory = spare.back().memory;
-    fiber.size = spare.back().size;
-    spare.pop_back();
-    return true;
-  }
   void* memory = mmap(nullptr, stack_size + page_size(), PROT_READ | PROT_WRITE,
                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (memory == MAP_FAILED) return false;
@@ -88,6 +78,21 @@ bool take_stack(Fiber& fiber) {
   fiber.memory = static_cast<char*>(memory);
   fiber.size = stack_size;
   return true;
+}
+
+// With a stack; null where there is no memory for one.
+[[gnu::noinline]] Fiber* spare_fiber() {
+  if (!spare.empty() && spare.back()->size == stack_size) {
+    Fiber* fiber = spare.back();
+    spare.pop_back();
+    fiber->started = false;
+    fiber->fake_stack = nullptr;
+    return fiber;
+  }
+  auto* fiber = new Fiber;
+  if (take_stack(*fiber)) return fiber;
+  delete fiber;
+  return nullptr;
 }
 
 void on_arrival() {
@@ -156,13 +161,10 @@ Fiber* current_fiber() {
 
 Fiber* new_fiber(void (*entry)(void*), void* argument) {
   main_fiber();
-  auto* fiber = new Fiber;
+  Fiber* fiber = spare_fiber();
+  if (!fiber) return nullptr;
   fiber->entry = entry;
   fiber->argument = argument;
-  if (!take_stack(*fiber)) {
-    delete fiber;
-    return nullptr;
-  }
   getcontext(&fiber->start);
   fiber->start.uc_stack.ss_sp = fiber->memory + page_size();
   fiber->start.uc_stack.ss_size = fiber->size;
@@ -178,11 +180,8 @@ void delete_fiber(Fiber* fiber) {
 #ifdef LUMOS_ASAN
   ASAN_UNPOISON_MEMORY_REGION(fiber->memory + page_size(), fiber->size);
 #endif
-  if (spare.size() < most_spare) {
-    spare.push_back({fiber->memory, fiber->size});
-  } else {
-    munmap(fiber->memory, fiber->size + page_size());
-  }
+  if (spare.size() < most_spare) return spare.push_back(fiber);
+  munmap(fiber->memory, fiber->size + page_size());
   delete fiber;
 }
 

@@ -50,7 +50,9 @@ class Queue {
   size_t begin_ = 0;
 };
 Queue ready;
-std::vector<Component*> watchers;
+std::vector<Watcher> watchers;  // of any component
+uint64_t questions = 0;
+std::vector<Component*> polling;
 uint64_t schedule_state = 0;  // 0: the usual order
 // Of a run with another schedule, which something outside might go on with: how often it waited for that.
 unsigned idle_rounds = 0;
@@ -121,8 +123,14 @@ void resume(Component& c) {
 
 void wake_polling() {
   next_poll = never;
-  for (auto& c : test_case->components)
-    if (c && c->state == State::waiting && c->polls) make_ready(*c);
+  // Those that wait again poll anew.
+  std::sort(polling.begin(), polling.end(),
+            [](const Component* a, const Component* b) { return a->number < b->number; });
+  for (Component* c : polling) {
+    c->is_polling = false;
+    if (c->state == State::waiting && c->polls) make_ready(*c);
+  }
+  polling.clear();
 }
 
 // A component that received what it does not take ends the test case itself.
@@ -198,6 +206,7 @@ void make_ready(Component& c) {
 void clear_schedule() {
   ready.clear();
   watchers.clear();
+  polling.clear();
   next_poll = never;
 }
 
@@ -218,15 +227,51 @@ void leave_component(Component& c) {
 void watch_components(Component& c) {
   if (c.is_watching) return;
   c.is_watching = true;
-  watchers.push_back(&c);
+  watchers.push_back({&c, ++questions});
 }
 
-void wake_watchers() {
-  for (Component* c : watchers) {
-    c->is_watching = false;
-    wake(*c);
+namespace {
+
+// So many are looked through; what others watch stands in a table.
+constexpr size_t few_watchers = 8;
+
+uint64_t watch_of(const Component& c, const Component& other) {
+  return static_cast<uint64_t>(c.number) << 32 | static_cast<uint64_t>(other.number);
+}
+
+bool watches(const Component& c, const Component& other) {
+  const size_t size = other.watchers.size();
+  for (size_t i = 0; i < size && i < few_watchers; ++i)
+    if (other.watchers[i].component == &c) return true;
+  return size > few_watchers && test_case->watches.count(watch_of(c, other));
+}
+
+}  // namespace
+
+void watch_component(Component& c, Component& other) {
+  // What has ended does not change any more.
+  if (c.watched == &other || other.state == State::ended) return;
+  c.watched = &other;
+  if (watches(c, other)) return;
+  if (other.watchers.size() >= few_watchers) test_case->watches.insert(watch_of(c, other));
+  other.watchers.push_back({&c, ++questions});
+}
+
+void wake_watchers(Component& changed) {
+  // In the order of their questions. Nobody asks meanwhile.
+  size_t i = 0, k = 0;
+  while (i < watchers.size() || k < changed.watchers.size()) {
+    const bool is_of_any = k == changed.watchers.size() ||
+                           (i < watchers.size() && watchers[i].number < changed.watchers[k].number);
+    Component& c = *(is_of_any ? watchers[i++] : changed.watchers[k++]).component;
+    if (is_of_any) c.is_watching = false;
+    if (c.watched == &changed) c.watched = nullptr;
+    if (!is_of_any && k > few_watchers) test_case->watches.erase(watch_of(c, changed));
+    wake(c);
   }
   watchers.clear();
+  changed.watchers.clear();
+  if (changed.state == State::ended) changed.watchers.shrink_to_fit();
 }
 
 void wake(Component& c) {
@@ -297,6 +342,10 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   if (!c) return wait_in_control_part();
   c->state = State::waiting;
   c->polls = volatile_guards;
+  if (volatile_guards && !c->is_polling) {
+    c->is_polling = true;
+    polling.push_back(c);
+  }
   if (volatile_guards && next_poll == never) next_poll = now() + next_poll_interval();
   to_scheduler();
   if (c->overdue) end_overdue(*c);

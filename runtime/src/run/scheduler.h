@@ -18,10 +18,11 @@ void drop_from_ready(Component& component);
 void to_scheduler();
 // Leaves the component's stack for good; the scheduler does what is left to do.
 [[noreturn]] void leave_component(Component& component);
-// The component is woken at the next change of a component's state.
+// The component is woken at the next change of the other's state, or of that of any component.
+void watch_component(Component& component, Component& other);
 void watch_components(Component& component);
 // The state of a component changed.
-void wake_watchers();
+void wake_watchers(Component& changed);
 // Another schedule for each seed above 0: the next component is any that is ready, and one that tells another
 // something, or looks for events, may have to wait for its next turn first. 0 for the usual order.
 void set_schedule_seed(uint64_t seed);

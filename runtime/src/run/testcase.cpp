@@ -11,6 +11,7 @@
 #include "value/memory.h"
 #include "template/templates.h"
 #include "value/scratch.h"
+#include "value/symbols.h"
 #include "value/types.h"
 
 namespace lumos {
@@ -164,7 +165,7 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
                                     lumo_value_t argv[], double timeout, lumo_context_t context) {
   check_not_running("execute");
   check_run_goes_on();
-  lumo_symbol_entry_t row = lumo_find_element_with_check(module, testcase, context);
+  lumo_symbol_entry_t row = checked_row(module, testcase);
   if (!row->function_ptr) fault("'%s.%s' is no test case", module, testcase);
   if (execute_instead) return execute_instead(row, module, testcase, argc, argv, timeout);
   Scratch<Value> kept(argc);

@@ -19,61 +19,81 @@ namespace lumos {
 
 namespace {
 
+bool expires_before(const Timer& a, const Timer& b) {
+  return a.expiry < b.expiry;
+}
+// Of those that expire together, the last that was started.
+bool is_taken_before(const Timer& a, const Timer& b) {
+  return a.expiry < b.expiry || (a.expiry == b.expiry && a.number > b.number);
+}
+
 // A binary heap; each timer knows its place.
+template <size_t Timer::*place, bool (*is_before)(const Timer&, const Timer&)>
+class TimerHeap {
+ public:
+  explicit TimerHeap(std::vector<Timer*>& timers) : timers_(timers) {}
+
+  void add(Timer* timer) {
+    timers_.push_back(timer);
+    timer->*place = timers_.size() - 1;
+    rise(timer->*place);
+  }
+  void remove(Timer* timer) {
+    const size_t at = timer->*place;
+    if (at == SIZE_MAX) return;
+    timer->*place = SIZE_MAX;
+    Timer* last = timers_.back();
+    timers_.pop_back();
+    if (last == timer) return;
+    put(at, last);
+    rise(at);
+    sink(last->*place);
+  }
+
+ private:
+  void put(size_t at, Timer* timer) {
+    timers_[at] = timer;
+    timer->*place = at;
+  }
+  bool earlier(size_t a, size_t b) const { return is_before(*timers_[a], *timers_[b]); }
+  void swap_places(size_t a, size_t b) {
+    Timer* first = timers_[a];
+    put(a, timers_[b]);
+    put(b, first);
+  }
+  void rise(size_t at) {
+    for (; at > 0 && earlier(at, (at - 1) / 2); at = (at - 1) / 2) swap_places(at, (at - 1) / 2);
+  }
+  void sink(size_t at) {
+    for (;;) {
+      size_t least = at;
+      for (size_t child = 2 * at + 1; child <= 2 * at + 2; ++child)
+        if (child < timers_.size() && earlier(child, least)) least = child;
+      if (least == at) return;
+      swap_places(at, least);
+      at = least;
+    }
+  }
+
+  std::vector<Timer*>& timers_;
+};
+
+using Expiries = TimerHeap<&Timer::place, expires_before>;
+using OwnExpiries = TimerHeap<&Timer::own_place, is_taken_before>;
+
+// Of all tasks: who is to be woken next.
 std::vector<Timer*>& queue() {
   static auto* all = new std::vector<Timer*>;
   return *all;
 }
 
-void put(size_t place, Timer* timer) {
-  queue()[place] = timer;
-  timer->place = place;
-}
-
-bool earlier(size_t a, size_t b) {
-  return queue()[a]->expiry < queue()[b]->expiry;
-}
-
-void swap_places(size_t a, size_t b) {
-  Timer* first = queue()[a];
-  put(a, queue()[b]);
-  put(b, first);
-}
-
-void rise(size_t place) {
-  while (place > 0 && earlier(place, (place - 1) / 2)) {
-    swap_places(place, (place - 1) / 2);
-    place = (place - 1) / 2;
-  }
-}
-
-void sink(size_t place) {
-  for (;;) {
-    size_t least = place;
-    for (size_t child = 2 * place + 1; child <= 2 * place + 2; ++child)
-      if (child < queue().size() && earlier(child, least)) least = child;
-    if (least == place) return;
-    swap_places(place, least);
-    place = least;
-  }
-}
-
 void enqueue(Timer* timer) {
-  queue().push_back(timer);
-  timer->place = queue().size() - 1;
-  rise(timer->place);
+  Expiries(queue()).add(timer);
+  if (!timer->of_call) OwnExpiries(timer->owner->first_timers).add(timer);
 }
 
 void dequeue(Timer* timer) {
-  size_t place = timer->place;
-  if (place == SIZE_MAX) return;
-  timer->place = SIZE_MAX;
-  Timer* last = queue().back();
-  queue().pop_back();
-  if (last == timer) return;
-  put(place, last);
-  rise(place);
-  sink(last->place);
+  Expiries(queue()).remove(timer);
 }
 
 void link(Timer* timer) {
@@ -97,6 +117,7 @@ void halt(Timer* timer) {
   if (!timer->running) return;
   timer->running = false;
   dequeue(timer);
+  OwnExpiries(timer->owner->first_timers).remove(timer);
   unlink(timer);
   timer->owner = nullptr;
 }
@@ -104,6 +125,8 @@ void halt(Timer* timer) {
 bool expired(const Timer* timer, Time time) {
   return timer->running && timer->expiry <= time;
 }
+
+uint64_t starts = 0;
 
 Timer* timer_of(Value v) {
   if (!v || v->form != Form::timer) fault("a timer is needed");
@@ -169,24 +192,33 @@ Time snapshot_time() {
 
 // The one of the task's timers that expired first.
 Timer* first_expired() {
-  Timer* first = nullptr;
-  const Time time = snapshot_time();
-  for (Timer* t = current_task->timers; t; t = t->next)
-    if (!t->of_call && expired(t, time) && (!first || t->expiry < first->expiry)) first = t;
-  return first;
+  const std::vector<Timer*>& timers = current_task->first_timers;
+  return !timers.empty() && expired(timers[0], snapshot_time()) ? timers[0] : nullptr;
 }
 
 }  // namespace
 
+namespace {
+Timer* free_timers = nullptr;
+}
+
 Timer* new_timer(Value value) {
-  auto* timer = new Timer;
+  // Those that ended serve again.
+  Timer* timer = free_timers;
+  if (timer) {
+    free_timers = timer->next;
+    *timer = Timer();
+  } else {
+    timer = new Timer;
+  }
   timer->value = value;
   return timer;
 }
 
 void delete_timer(Timer* timer) {
   halt(timer);
-  delete timer;
+  timer->next = free_timers;
+  free_timers = timer;
 }
 
 void copy_timer_default(Timer* target, const Timer* source) {
@@ -259,6 +291,7 @@ void lumo_timer_start(lumo_value_t value, double duration, lumo_context_t) {
   halt(timer);
   timer->owner = current_task;
   timer->started = now();
+  timer->number = ++starts;
   Time length = duration_of(duration);
   timer->expiry = length > never - timer->started ? never - 1 : timer->started + length;
   timer->running = true;

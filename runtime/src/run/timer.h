@@ -16,10 +16,12 @@ struct Timer {
   Task* owner = nullptr;  // while running
   double default_duration = -1;
   Time started = 0, expiry = 0;
-  bool running = false;     // started and neither stopped nor taken as timed out
-  bool of_call = false;     // is no timer to "any timer" and "all timer"
-  size_t place = SIZE_MAX;  // in the queue
-  Timer* next = nullptr;    // running timers of the owner
+  uint64_t number = 0;          // of its start among all starts
+  bool running = false;         // started and neither stopped nor taken as timed out
+  bool of_call = false;         // is no timer to "any timer" and "all timer"
+  size_t place = SIZE_MAX;      // in the queue
+  size_t own_place = SIZE_MAX;  // among those of the owner, in the order of their expiry
+  Timer* next = nullptr;        // running timers of the owner
   Timer* previous = nullptr;
 };
 

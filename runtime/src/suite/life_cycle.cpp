@@ -17,18 +17,17 @@ namespace {
 
 using ModuleFunction = void (*)(lumo_context_t);
 
+// Belongs to who starts the run, which a fault leaves without ending anything.
 struct Pass {
   const char* row;
+  std::vector<Module> modules = registered_modules();
 };
 
 void call_in_all_modules(void* argument) {
-  const char* name = static_cast<Pass*>(argument)->row;
-  // A fault leaves the loop without ending what it holds.
-  static auto& modules = *new std::vector<Module>;
-  modules = registered_modules();
+  const Pass& pass = *static_cast<Pass*>(argument);
   // The imports of a module stand before it, and guards keep a second call from doing anything.
-  for (const Module& m : modules) {
-    lumo_symbol_entry_t row = own_row(m.name, name);
+  for (const Module& m : pass.modules) {
+    lumo_symbol_entry_t row = own_row(m.name, pass.row);
     if (row && row->function_ptr) reinterpret_cast<ModuleFunction>(row->function_ptr)(current_task);
   }
 }
@@ -38,9 +37,9 @@ bool run_pass(const char* task, const char* row) {
   return run_guarded(task, call_in_all_modules, &pass);
 }
 
-void set_codecs_up(void*) {
+void set_codecs_up(void* argument) {
   for (auto setup : codec_setups())
-    for (const Module& m : registered_modules())
+    for (const Module& m : static_cast<Pass*>(argument)->modules)
       for (unsigned long i = 0; i < m.row_count; ++i) {
         const lumo_symbol_entry_struct_t& row = m.rows[i];
         if (row.kind == lumo_symbol_entry_kind_userdefined_type && row.type_descriptor)
@@ -76,7 +75,8 @@ lumo_boolean_t lumo_pre_initialize(lumo_context_t) {
 }
 
 lumo_boolean_t lumo_initialize(lumo_context_t) {
-  return run_pass("", "module initialize") && run_guarded("", set_codecs_up, nullptr) &&
+  Pass setup{nullptr};
+  return run_pass("", "module initialize") && run_guarded("", set_codecs_up, &setup) &&
          run_guarded("", call_user_init, nullptr) && run_guarded("", look_at_codecs, nullptr) &&
          run_pass("", "module params initialize");
 }

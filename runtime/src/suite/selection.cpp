@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <unordered_map>
 
 #include "suite/nearest.h"
 #include "suite/option_place.h"
@@ -77,10 +79,32 @@ bool refuse(const std::string& name) {
   return false;
 }
 
-bool is_left_out(const std::vector<std::string>& patterns, const std::string& full_name) {
-  return std::any_of(patterns.begin(), patterns.end(),
-                     [&](const std::string& p) { return p[0] == '!' && chooses(p.substr(1), full_name); });
-}
+// The test cases, found by their names with and without modules.
+class Names {
+ public:
+  explicit Names(const std::vector<std::string>& all) : all_(all) {
+    for (size_t i = 0; i < all.size(); ++i) {
+      const std::string_view name = all[i];
+      places_[name].push_back(i);
+      places_[name.substr(name.find('.') + 1)].push_back(i);
+    }
+  }
+  // The places of those that the pattern chooses.
+  std::vector<size_t> chosen_by(const std::string& pattern) const {
+    if (!is_pattern(pattern)) {
+      const auto found = places_.find(pattern);
+      return found == places_.end() ? std::vector<size_t>() : found->second;
+    }
+    std::vector<size_t> places;
+    for (size_t i = 0; i < all_.size(); ++i)
+      if (chooses(pattern, all_[i])) places.push_back(i);
+    return places;
+  }
+
+ private:
+  const std::vector<std::string>& all_;
+  std::unordered_map<std::string_view, std::vector<size_t>> places_;
+};
 
 }  // namespace
 
@@ -99,26 +123,29 @@ std::vector<std::string> testcase_names(bool of_root_only) {
 
 bool select_testcases(const std::vector<std::string>& patterns, double timeout, std::vector<Selected>& list) {
   const std::vector<std::string> all = testcase_names(false);
-  std::vector<std::string> positive;
-  for (const std::string& p : patterns)
-    if (p[0] != '!') positive.push_back(p);
+  const Names names(all);
+  std::vector<std::string> positive, mistaken;
+  std::vector<bool> left_out(all.size());
+  for (const std::string& p : patterns) {
+    if (p[0] != '!') {
+      positive.push_back(p);
+      continue;
+    }
+    const std::vector<size_t> places = names.chosen_by(p.substr(1));
+    for (const size_t place : places) left_out[place] = true;
+    // A pattern may serve several suites; a name that is no test case is a mistake.
+    if (places.empty() && !is_pattern(p)) mistaken.push_back(p.substr(1));
+  }
   if (positive.empty()) positive.push_back("*");
   for (const std::string& p : positive) {
-    bool found = false;
-    for (const std::string& name : all) {
-      // What is named without its module is the first of that name.
-      if (!chooses(p, name) || (found && !is_pattern(p))) continue;
-      found = true;
-      if (!is_left_out(patterns, name)) list.push_back(selected_of(name, timeout));
-    }
-    if (!found) return refuse(p);
+    std::vector<size_t> places = names.chosen_by(p);
+    if (places.empty()) return refuse(p);
+    // What is named without its module is the first of that name.
+    if (!is_pattern(p)) places.resize(1);
+    for (const size_t place : places)
+      if (!left_out[place]) list.push_back(selected_of(all[place], timeout));
   }
-  // A pattern may serve several suites; a name that is no test case is a mistake.
-  for (const std::string& p : patterns)
-    if (p[0] == '!' && !is_pattern(p) && std::none_of(all.begin(), all.end(), [&](const std::string& name) {
-          return chooses(p.substr(1), name);
-        }))
-      return refuse(p.substr(1));
+  if (!mistaken.empty()) return refuse(mistaken[0]);
   if (list.empty()) std::fprintf(stderr, "no test case is left to be run\n");
   return !list.empty();
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/location.h"
 #include "template/pattern.h"
@@ -25,14 +26,10 @@ bool length_fits(const Restraint& restraint, Value v) {
 }
 
 bool in_range_of_texts(Value lower, Value upper, Value v) {
-  std::u32string text = wide_text(v), low, high;
-  if (lower->form != Form::special) low = wide_text(lower);
-  if (upper->form != Form::special) high = wide_text(upper);
-  char32_t from = low.empty() ? 0 : low[0];
-  char32_t to = high.empty() ? char32_t(-1) : high[0];
-  for (char32_t c : text)
-    if (c < from || c > to) return false;
-  return true;
+  const Characters low(lower), high(upper);
+  const char32_t from = low.size() ? low[0] : 0;
+  const char32_t to = high.size() ? high[0] : char32_t(-1);
+  return Characters(v).all([&](char32_t c) { return from <= c && c <= to; });
 }
 
 bool match_range(Value p, Value v) {
@@ -104,6 +101,7 @@ bool match_choice(Value p, Value v) {
 
 bool match_dynamic_list(Value p, Value v) {
   if (v->form != Form::vector) return false;
+  TempScope scope;
   Scratch<lumo_permutation_kind_t> kinds(p->parts.size + 1);
   if (p->restraint) {
     for (auto [head, tail] : p->restraint->permutations) {

@@ -1,5 +1,7 @@
 // Matching of lists: wildcards, permutations, sets, subsets and supersets. What generated
 // code may interrupt keeps its arrays in the memory scope of the task.
+#include <algorithm>
+
 #include "value/error.h"
 #include "template/match.h"
 #include "value/scratch.h"
@@ -50,44 +52,47 @@ void read_items(const ListPattern& list, Scratch<Item>& items) {
   }
 }
 
+// More than patience allows are not taken.
+constexpr size_t most_list_steps = 2000000000;
+constexpr size_t steps_of_match = 10;  // that matching an element counts for
+
+[[noreturn]] void takes_too_long(size_t elements) {
+  fault("matching a list of %zu elements takes too long", elements);
+}
+
+Value element_of(Value list, size_t i) {
+  Value element = list->parts.data[i];
+  if (!element) fault("an element of a list is not initialized");
+  return element;
+}
+
 // Pairs of an item and an element that were tried already.
 class Matches {
  public:
   Matches(Value list, size_t items)
-      : list_(list), rows_(items), width_(list->parts.size), known_(affordable(items, width_)) {}
+      : list_(list), width_(list->parts.size), known_(affordable(items, width_)) {}
 
   bool operator()(size_t row, Value pattern, size_t element) {
     char& known = known_[row * width_ + element];
-    if (!known) known = match_value(pattern, element_at(element)) ? 1 : 2;
+    if (!known) known = match_value(pattern, element_of(list_, element)) ? 1 : 2;
     return known == 1;
   }
 
-  // More steps than patience allows are not taken.
   void spend(size_t steps) {
-    constexpr size_t most_steps = 2000000000;
     spent_ += steps;
-    if (spent_ > most_steps) takes_too_long(rows_, width_);
-  }
-
-  Value element_at(size_t i) {
-    Value element = list_->parts.data[i];
-    if (!element) fault("an element of a list is not initialized");
-    return element;
+    if (spent_ > most_list_steps) takes_too_long(width_);
   }
 
  private:
   // More pairs than memory and patience hold are not begun with.
   static size_t affordable(size_t items, size_t elements) {
     constexpr size_t most_pairs = 200000000;
-    if (elements && items > most_pairs / elements) takes_too_long(items, elements);
+    if (elements && items > most_pairs / elements)
+      fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
     return items * elements;
-  }
-  [[noreturn]] static void takes_too_long(size_t items, size_t elements) {
-    fault("matching a list of %zu elements with %zu templates takes too long", elements, items);
   }
 
   Value list_;
-  size_t rows_;
   size_t width_;
   size_t spent_ = 0;
   Scratch<char> known_;
@@ -214,17 +219,15 @@ bool pair_all(Matches& matches, size_t left, size_t right, Fits fits) {
 // The items without "*", and what the "*"s take together.
 struct Group {
   Scratch<Value> items;
-  Scratch<size_t> rows;
   size_t count = 0;
   bool star = false;
   lumo_long_integer_t lower = 0, upper = 0;  // of all "*"
 
-  explicit Group(size_t most) : items(most + 1), rows(most + 1) {}
+  explicit Group(size_t most) : items(most + 1) {}
 
-  void add(const Item& item, size_t row) {
+  void add(const Item& item) {
     if (!item.star) {
-      items[count] = item.pattern;
-      rows[count++] = row;
+      items[count++] = item.pattern;
       return;
     }
     star = true;
@@ -240,53 +243,78 @@ struct Group {
   }
 };
 
-// Which prefixes of the list the items so far can stand for.
+// Which prefixes of the list the items so far can stand for: none outside of a window, which is looked
+// through.
 class Prefixes {
  public:
-  Prefixes(Value list, size_t rows)
-      : size_(list->parts.size), now_(size_ + 1), next_(size_ + 1), matches_(list, rows) {
+  explicit Prefixes(Value list) : list_(list), size_(list->parts.size), now_(size_ + 1), next_(size_ + 1) {
     now_[0] = 1;
   }
 
-  void single(const Item& item, size_t row) {
-    clear_next();
-    for (size_t p = 0; p < size_; ++p)
-      if (now_[p] && matches_(row, item.pattern, p)) next_[p + 1] = 1;
-    step();
+  void single(const Item& item) {
+    size_t first = SIZE_MAX, last = 0;
+    for (size_t p = first_; p <= last_ && p < size_; ++p) {
+      if (!now_[p] || !match_value(item.pattern, element_of(list_, p))) continue;
+      next_[p + 1] = 1;
+      first = std::min(first, p + 1);
+      last = p + 1;
+    }
+    spend(steps_of_match * (last_ + 1 - first_));
+    step(first, last);
   }
 
   void star(const Item& item) {
-    clear_next();
-    size_t upper = item.upper < 0 ? size_ : static_cast<size_t>(item.upper);
-    size_t lower = static_cast<size_t>(item.lower);
+    if (is_empty()) return;
+    const size_t lower = static_cast<size_t>(std::min<lumo_long_integer_t>(item.lower, max_length()));
+    const size_t upper =
+        item.upper < 0 ? size_ : static_cast<size_t>(std::min<lumo_long_integer_t>(item.upper, max_length()));
     size_t reachable = SIZE_MAX;  // the last start that still reaches the place
-    for (size_t q = lower; q <= size_; ++q) {
-      if (now_[q - lower]) reachable = q - lower;
-      if (reachable != SIZE_MAX && q - reachable <= upper) next_[q] = 1;
+    const size_t first = first_ + lower, last = std::min(size_, last_ + upper);
+    for (size_t q = first; q <= last; ++q) {
+      if (q - lower <= last_ && now_[q - lower]) reachable = q - lower;
+      next_[q] = reachable != SIZE_MAX && q - reachable <= upper;
     }
-    step();
+    spend(last + 1 - std::min(first, last));
+    first <= last ? step(first, last) : step(SIZE_MAX, 0);
   }
 
   void permutation(Group& group) {
-    clear_next();
-    for (size_t p = 0; p + group.count <= size_; ++p) {
+    if (is_empty()) return;
+    // Pairs are tried more than once only here.
+    TempScope scope;
+    Matches matches(list_, group.count);
+    size_t first = SIZE_MAX, last = 0;
+    for (size_t p = first_; p <= last_ && p + group.count <= size_; ++p) {
       if (!now_[p]) continue;
       const size_t most = group.star ? size_ - p : group.count;
-      for (size_t length = shortest(group, p, most); length <= most; ++length)
-        if (group.takes(length)) next_[p + length] = 1;
+      for (size_t length = shortest(matches, group, p, most); length <= most; ++length) {
+        if (!group.takes(length)) continue;
+        next_[p + length] = 1;
+        first = std::min(first, p + length);
+        last = std::max(last, p + length);
+      }
+      spend(most + 1);
     }
-    step();
+    step(first, last);
   }
 
   bool whole() { return now_[size_]; }
 
  private:
+  bool is_empty() const { return first_ > last_; }
+  lumo_long_integer_t max_length() const { return static_cast<lumo_long_integer_t>(size_) + 1; }
+
+  void spend(size_t steps) {
+    spent_ += steps;
+    if (spent_ > most_list_steps) takes_too_long(size_);
+  }
+
   // How many elements from the place on hold partners for all items; more than most when none do. What more
   // elements there are is left to "*".
-  size_t shortest(Group& group, size_t place, size_t most) {
+  size_t shortest(Matches& matches, Group& group, size_t place, size_t most) {
     auto suffices = [&](size_t length) {
-      return pair_all(matches_, group.count, length,
-                      [&](size_t i, size_t e) { return matches_(group.rows[i], group.items[i], place + e); });
+      return pair_all(matches, group.count, length,
+                      [&](size_t i, size_t e) { return matches(i, group.items[i], place + e); });
     };
     if (!suffices(most)) return most + 1;
     size_t low = group.count, high = most;
@@ -299,20 +327,27 @@ class Prefixes {
     }
     return high;
   }
-  void clear_next() { std::memset(next_.data(), 0, size_ + 1); }
-  void step() { std::memcpy(now_.data(), next_.data(), size_ + 1); }
+  // The window of the next prefixes; none if the first is behind the last.
+  void step(size_t first, size_t last) {
+    if (!is_empty()) std::memset(now_.data() + first_, 0, last_ + 1 - first_);
+    first_ = first;
+    last_ = last;
+    if (is_empty()) return;
+    std::memcpy(now_.data() + first, next_.data() + first, last + 1 - first);
+    std::memset(next_.data() + first, 0, last + 1 - first);
+  }
 
+  Value list_;
   size_t size_;
+  size_t first_ = 0, last_ = 0;
+  size_t spent_ = 0;
   Scratch<char> now_, next_;
-  Matches matches_;
 };
 
 bool match_in_order(Value list, Scratch<Item>& items, size_t count) {
   if (list->parts.size != count) return false;
   for (size_t i = 0; i < count; ++i) {
-    Value element = list->parts.data[i];
-    if (!element) fault("an element of a list is not initialized");
-    if (!match_value(items[i].pattern, element)) return false;
+    if (!match_value(items[i].pattern, element_of(list, i))) return false;
   }
   return true;
 }
@@ -339,22 +374,24 @@ bool fits_record_of(Value list, const ListPattern& pattern) {
   bool plain = true;
   for (size_t i = 0; i < pattern.count; ++i) plain = plain && !items[i].star && !items[i].in_group;
   if (plain) return match_in_order(v, items, pattern.count);
-  Prefixes prefixes(v, pattern.count);
+  Prefixes prefixes(v);
   for (size_t i = 0; i < pattern.count;) {
     if (!items[i].in_group) {
       if (items[i].star) {
         prefixes.star(items[i]);
       } else {
-        prefixes.single(items[i], i);
+        prefixes.single(items[i]);
       }
       ++i;
       continue;
     }
-    Group group(pattern.count);
+    TempScope scope_of_group;
+    size_t end = i;
     do {
-      group.add(items[i], i);
-      ++i;
-    } while (i < pattern.count && items[i].in_permutation);
+      ++end;
+    } while (end < pattern.count && items[end].in_permutation);
+    Group group(end - i);
+    for (; i < end; ++i) group.add(items[i]);
     prefixes.permutation(group);
   }
   return prefixes.whole();
@@ -423,11 +460,11 @@ bool fits_set_of(Value list, const ListPattern& pattern) {
   Scratch<Item> items(pattern.count + 1);
   read_items(pattern, items);
   Group group(pattern.count);
-  for (size_t i = 0; i < pattern.count; ++i) group.add(items[i], i);
+  for (size_t i = 0; i < pattern.count; ++i) group.add(items[i]);
   if (!group.takes(v->parts.size)) return false;
-  Matches matches(v, pattern.count);
+  Matches matches(v, group.count);
   return pair_all(matches, group.count, v->parts.size,
-                  [&](size_t i, size_t e) { return matches(group.rows[i], group.items[i], e); });
+                  [&](size_t i, size_t e) { return matches(i, group.items[i], e); });
 }
 
 }  // namespace

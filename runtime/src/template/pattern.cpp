@@ -2,9 +2,13 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <utility>
 
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/location.h"
 #include "value/task.h"
@@ -22,14 +26,16 @@ struct CharRange {
 };
 
 struct Instruction {
-  enum Code { set, any, split, jump, save, accept } code;
-  size_t x = 0, y = 0;  // targets; number of a place to save
+  enum Code : uint8_t { set, any, split, jump, save, accept } code;
   bool negated = false;
-  std::vector<CharRange> ranges = {};
+  // Targets; number of a place to save; the first range of a set and the one behind its last.
+  size_t x = 0, y = 0;
 };
 
 struct Program {
+  std::u32string text;
   std::vector<Instruction> code;
+  std::vector<CharRange> ranges;
   size_t groups = 0;
   std::string error;
 };
@@ -47,6 +53,7 @@ class Compiler {
     alternatives();
     if (error_.empty() && at_ < text_.size()) error_ = "unbalanced ')'";
     emit({Instruction::accept});
+    program_.text = text_;
     program_.groups = groups_;
     program_.error = error_;
     return std::move(program_);
@@ -63,16 +70,16 @@ class Compiler {
 
   size_t here() const { return program_.code.size(); }
 
-  size_t emit(Instruction instruction) {
+  size_t emit(const Instruction& instruction) {
     if (here() >= most_instructions) fail("the pattern is too large");
-    if (ok() || instruction.code == Instruction::accept) program_.code.push_back(std::move(instruction));
+    if (ok() || instruction.code == Instruction::accept) program_.code.push_back(instruction);
     return here() - 1;
   }
 
-  void insert(size_t place, Instruction instruction) {
+  void insert(size_t place, const Instruction& instruction) {
     if (here() >= most_instructions) return fail("the pattern is too large");
     for (size_t i = place; i < here(); ++i) shift(program_.code[i], place);
-    program_.code.insert(program_.code.begin() + static_cast<long>(place), std::move(instruction));
+    program_.code.insert(program_.code.begin() + static_cast<long>(place), instruction);
   }
 
   static void shift(Instruction& i, size_t place) {
@@ -144,11 +151,10 @@ class Compiler {
 
   void single(char32_t c) { ranges({{c, c}}, false); }
 
-  void ranges(std::vector<CharRange> list, bool negated) {
-    Instruction instruction{Instruction::set};
-    instruction.ranges = std::move(list);
-    instruction.negated = negated;
-    emit(std::move(instruction));
+  void ranges(const std::vector<CharRange>& list, bool negated) {
+    std::vector<CharRange>& all = program_.ranges;
+    emit({Instruction::set, negated, all.size(), all.size() + list.size()});
+    all.insert(all.end(), list.begin(), list.end());
   }
 
   void group() {
@@ -239,7 +245,7 @@ class Compiler {
     if (escaped(c, list)) {
       single(c);
     } else {
-      ranges(std::move(list), false);
+      ranges(list, false);
     }
   }
 
@@ -262,7 +268,7 @@ class Compiler {
     }
     if (!more()) return fail("']' is missing");
     ++at_;
-    ranges(std::move(list), negated);
+    ranges(list, negated);
   }
 
   void repetitions(size_t start) {
@@ -337,7 +343,7 @@ class Compiler {
         i.x += moved;
         i.y += moved;
       }
-      program_.code.push_back(std::move(i));
+      program_.code.push_back(i);
     }
   }
 
@@ -352,26 +358,50 @@ class Compiler {
 
 // --- running a program: all threads step through the text together
 
+struct Threads {
+  std::vector<size_t> at;
+  std::vector<size_t> places;  // saved, as many for each thread
+
+  void clear() {
+    at.clear();
+    places.clear();
+  }
+};
+
+// What runs need, kept from one to the next. One ends before another begins, and a fault that ends it leaves
+// nothing behind that matters.
+struct Room {
+  Threads now, next, open;
+  std::vector<size_t> places;  // of the thread that is followed
+  std::vector<size_t> seen;    // the last round in which an instruction was reached
+  size_t round = 0;
+};
+Room& room() {
+  static auto* all = new Room;
+  return *all;
+}
+
+// More than patience allows are not taken.
+constexpr size_t most_pattern_steps = 2000000000;
+
 class Machine {
  public:
-  Machine(const Program& program, bool save) : program_(program), places_(save ? 2 * program.groups : 0) {
-    on_list_.resize(program.code.size(), 0);
+  Machine(const Program& program, bool save)
+      : room_(room()), program_(program), places_(save ? 2 * program.groups : 0) {
+    if (room_.seen.size() < program.code.size()) room_.seen.resize(program.code.size(), 0);
   }
 
-  bool run(const std::u32string& text, std::vector<size_t>* saved) {
-    std::vector<Thread> now, next;
-    add(now, {0, std::vector<size_t>(places_, SIZE_MAX)}, 0, 1);
-    for (size_t i = 0; i < text.size() && !now.empty(); ++i) {
-      next.clear();
-      for (Thread& thread : now) {
-        const Instruction& instruction = program_.code[thread.at];
-        if (takes(instruction, text[i])) add(next, {thread.at + 1, std::move(thread.places)}, i + 1, i + 2);
-      }
-      std::swap(now, next);
+  bool run(const Characters& text, std::vector<size_t>* saved) {
+    begin();
+    for (size_t i = 0; i < text.size() && !now_.at.empty(); ++i) {
+      const char32_t c = text[i];
+      step(i + 1, [&](const Instruction& instruction) { return takes(instruction, c); });
+      if (steps_ > most_pattern_steps)
+        fault("matching a text of %zu characters with a pattern takes too long", text.size());
     }
-    for (Thread& thread : now) {
-      if (program_.code[thread.at].code != Instruction::accept) continue;
-      if (saved) *saved = std::move(thread.places);
+    for (size_t t = 0; t < now_.at.size(); ++t) {
+      if (program_.code[now_.at[t]].code != Instruction::accept) continue;
+      if (saved) saved->assign(places_of(now_, t), places_of(now_, t) + places_);
       return true;
     }
     return false;
@@ -379,93 +409,119 @@ class Machine {
 
   // Steps on as long as any characters would be taken.
   long length() {
-    std::vector<Thread> now, next;
-    add(now, {0, {}}, 0, 1);
-    for (size_t taken = 0; !now.empty() && taken < program_.code.size(); ++taken) {
-      next.clear();
-      bool accepts = false;
-      for (const Thread& thread : now) {
-        accepts = accepts || program_.code[thread.at].code == Instruction::accept;
-        if (takes_any(program_.code[thread.at])) add(next, {thread.at + 1, {}}, 0, taken + 2);
-      }
-      if (accepts) return next.empty() ? static_cast<long>(taken) : -1;
-      std::swap(now, next);
+    begin();
+    for (size_t taken = 0; !now_.at.empty() && taken < program_.code.size(); ++taken) {
+      const bool is_end = accepts();
+      step(taken + 1, takes_any);
+      if (is_end) return now_.at.empty() ? static_cast<long>(taken) : -1;
     }
     return -1;
   }
 
   // The longest beginning that is accepted. A character is also tried in the other case.
   size_t longest(std::string_view text, bool any_case) {
-    std::vector<Thread> now, next;
     size_t best = std::string_view::npos;
-    add(now, {0, {}}, 0, 1);
+    begin();
     for (size_t i = 0;; ++i) {
-      for (const Thread& thread : now)
-        if (program_.code[thread.at].code == Instruction::accept) best = i;
-      if (i == text.size() || now.empty()) return best;
-      next.clear();
+      if (accepts()) best = i;
+      if (i == text.size() || now_.at.empty()) return best;
       const auto c = static_cast<unsigned char>(text[i]);
-      for (const Thread& thread : now) {
-        const Instruction& instruction = program_.code[thread.at];
-        const bool takes_it = takes(instruction, c) ||
-                              (any_case && (takes(instruction, static_cast<unsigned char>(std::tolower(c))) ||
-                                            takes(instruction, static_cast<unsigned char>(std::toupper(c)))));
-        if (takes_it) add(next, {thread.at + 1, {}}, i + 1, i + 2);
-      }
-      std::swap(now, next);
+      step(i + 1, [&](const Instruction& instruction) {
+        return takes(instruction, c) ||
+               (any_case && (takes(instruction, static_cast<unsigned char>(std::tolower(c))) ||
+                             takes(instruction, static_cast<unsigned char>(std::toupper(c)))));
+      });
     }
   }
 
  private:
-  struct Thread {
-    size_t at;
-    std::vector<size_t> places;
-  };
+  const size_t* places_of(const Threads& threads, size_t t) const {
+    return threads.places.data() + t * places_;
+  }
+
+  void begin() {
+    now_.clear();
+    room_.places.assign(places_, SIZE_MAX);
+    ++room_.round;
+    add(now_, 0, 0);
+  }
+
+  // Those that take the character go on behind it, at a place of the text.
+  template <class Takes>
+  void step(size_t place, Takes takes_it) {
+    next_.clear();
+    ++room_.round;
+    for (size_t t = 0; t < now_.at.size(); ++t) {
+      if (!takes_it(program_.code[now_.at[t]])) continue;
+      if (places_) room_.places.assign(places_of(now_, t), places_of(now_, t) + places_);
+      add(next_, now_.at[t] + 1, place);
+    }
+    steps_ += now_.at.size();
+    std::swap(now_, next_);
+  }
+
+  bool accepts() const {
+    return std::any_of(now_.at.begin(), now_.at.end(),
+                       [&](size_t at) { return program_.code[at].code == Instruction::accept; });
+  }
 
   static bool takes_any(const Instruction& i) {
     return i.code == Instruction::any || i.code == Instruction::set;
   }
 
-  static bool takes(const Instruction& i, char32_t c) {
+  bool takes(const Instruction& i, char32_t c) const {
     if (i.code == Instruction::any) return true;
     if (i.code != Instruction::set) return false;
     bool inside = false;
-    for (const CharRange& range : i.ranges) inside = inside || (range.from <= c && c <= range.to);
+    for (size_t r = i.x; r < i.y && !inside; ++r)
+      inside = program_.ranges[r].from <= c && c <= program_.ranges[r].to;
     return inside != i.negated;
   }
 
-  // Follows jumps; earlier alternatives come first. round is another for each place.
-  void add(std::vector<Thread>& list, Thread first, size_t place, size_t round) {
-    std::vector<Thread> open;
-    open.push_back(std::move(first));
-    while (!open.empty()) {
-      Thread thread = std::move(open.back());
-      open.pop_back();
-      if (on_list_[thread.at] == round) continue;
-      on_list_[thread.at] = round;
-      const Instruction& i = program_.code[thread.at];
-      switch (i.code) {
-        case Instruction::jump:
-          open.push_back({i.x, std::move(thread.places)});
-          break;
-        case Instruction::split:
-          open.push_back({i.y, thread.places});
-          open.push_back({i.x, std::move(thread.places)});
-          break;
-        case Instruction::save:
-          if (i.x < places_) thread.places[i.x] = place;
-          open.push_back({thread.at + 1, std::move(thread.places)});
-          break;
-        default:
-          list.push_back(std::move(thread));
-          break;
+  void push(Threads& list, size_t at) {
+    list.at.push_back(at);
+    if (places_) list.places.insert(list.places.end(), room_.places.begin(), room_.places.end());
+  }
+
+  size_t pop(Threads& list) {
+    const size_t at = list.at.back();
+    list.at.pop_back();
+    if (!places_) return at;
+    const auto first = list.places.end() - static_cast<ptrdiff_t>(places_);
+    room_.places.assign(first, list.places.end());
+    list.places.erase(first, list.places.end());
+    return at;
+  }
+
+  // Follows jumps; earlier alternatives come first. Each instruction is reached once in a round.
+  void add(Threads& list, size_t at, size_t place) {
+    Threads& open = room_.open;
+    open.clear();
+    for (;;) {
+      const bool is_new = std::exchange(room_.seen[at], room_.round) != room_.round;
+      const Instruction& i = program_.code[at];
+      steps_ += 1 + places_ / 8;
+      if (is_new && i.code == Instruction::jump) {
+        at = i.x;
+      } else if (is_new && i.code == Instruction::split) {
+        push(open, i.y);
+        at = i.x;
+      } else if (is_new && i.code == Instruction::save) {
+        if (i.x < places_) room_.places[i.x] = place;
+        ++at;
+      } else {
+        if (is_new) push(list, at);
+        if (open.at.empty()) return;
+        at = pop(open);
       }
     }
   }
 
+  Room& room_;
+  Threads &now_ = room_.now, &next_ = room_.next;
   const Program& program_;
   size_t places_;
-  std::vector<size_t> on_list_;
+  size_t steps_ = 0;
 };
 
 // --- references and the cache
@@ -505,15 +561,53 @@ std::u32string expanded(const std::u32string& text, int depth) {
   return result;
 }
 
-constexpr size_t most_cached = 256;
+// Whether a text holds what `expanded` replaces.
+bool names_values(const std::u32string& text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '{') return true;
+    if (text[i] != '\\' || i + 1 == text.size()) continue;
+    if (text[++i] == 'N') return true;
+    if (text[i] == 'q') i = std::min(text.find(U'}', i), text.size() - 1);
+  }
+  return false;
+}
 
-const Program& program_of(const std::u32string& text) {
+// Programs by a hash of their texts, where most are found again.
+const Program* found_programs[256];
+
+const Program*& place_of_program(const Characters& text) {
+  uint32_t hash = 2166136261u;
+  for (size_t i = 0; i < text.size(); ++i) hash = (hash ^ text[i]) * 16777619u;
+  return found_programs[hash % std::size(found_programs)];
+}
+
+// Null where it was not found before. Only texts that name no values are.
+const Program* found_program(const Characters& text) {
+  const Program* program = place_of_program(text);
+  return program && compare(Characters(program->text), text) == 0 ? program : nullptr;
+}
+
+const Program& compiled_program(const std::u32string& text) {
+  constexpr size_t most_cached = 1000000;  // instructions and characters
   static auto* cache = new std::map<std::u32string, std::unique_ptr<Program>>;
-  auto found = cache->find(text);
+  static size_t cached = 0;
+  const auto found = cache->find(text);
   if (found != cache->end()) return *found->second;
-  if (cache->size() >= most_cached) cache->clear();
   auto program = std::make_unique<Program>(Compiler(text).run());
+  const size_t size = program->code.size() + text.size();
+  if (cached + size > most_cached) {
+    std::fill(std::begin(found_programs), std::end(found_programs), nullptr);
+    cache->clear();
+    cached = 0;
+  }
+  cached += size;
   return *cache->emplace(text, std::move(program)).first->second;
+}
+
+const Program& new_program(const std::u32string& text) {
+  const Program& program = compiled_program(text);
+  place_of_program(Characters(text)) = &program;
+  return program;
 }
 
 Value pattern_text(Value pattern) {
@@ -529,11 +623,10 @@ Value pattern_text(Value pattern) {
 
 // Its texts end before a fault does not return.
 const Program& readable_program(Value pattern) {
-  const Program* program = nullptr;
-  {
-    std::u32string text = wide_text(pattern);
-    if (text.find(U'{') != std::u32string::npos) text = expanded(text, 0);
-    program = &program_of(text);
+  const Program* program = found_program(Characters(pattern));
+  if (!program) {
+    const std::u32string text = wide_text(pattern);
+    program = names_values(text) ? &compiled_program(expanded(text, 0)) : &new_program(text);
   }
   if (!program->error.empty()) fault("pattern is not readable: %s", program->error.c_str());
   return *program;
@@ -541,7 +634,7 @@ const Program& readable_program(Value pattern) {
 
 bool run_pattern(Value pattern, Value v, std::vector<size_t>* places) {
   const Program& program = readable_program(pattern);
-  return Machine(program, places != nullptr).run(wide_text(v), places);
+  return Machine(program, places != nullptr).run(Characters(v), places);
 }
 
 // Wildcards in digits: "?" is one element, "*" any number of them.
@@ -552,7 +645,9 @@ bool match_digits(Value pattern, Value v) {
   const char* s = v->text.data;
   const char* last = s + v->text.size;
   const char *star = nullptr, *tried = nullptr;
-  while (s < last) {
+  for (size_t steps = 0; s < last; ++steps) {
+    if (steps > most_pattern_steps)
+      fault("matching a string of %zu digits with a pattern takes too long", v->text.size);
     if (p < end && *p == '*') {
       star = ++p;
       tried = s;
@@ -591,18 +686,19 @@ long pattern_length(Value pattern) {
   return Machine(readable_program(pattern_text(pattern)), false).length();
 }
 
-std::u32string pattern_group(Value pattern, Value v, size_t group) {
+TextPart pattern_group(Value pattern, Value v, size_t group) {
   pattern = pattern_text(pattern);
-  std::vector<size_t> places;
-  if (!run_pattern(pattern, v, &places)) return {};
-  if (2 * group + 1 >= places.size() || places[2 * group] == SIZE_MAX || places[2 * group + 1] == SIZE_MAX)
-    return {};
-  return wide_text(v).substr(places[2 * group], places[2 * group + 1] - places[2 * group]);
+  static auto& places = *new std::vector<size_t>;  // kept for the next time; a fault leaves nothing behind
+  const bool fits = run_pattern(pattern, v, &places) && 2 * group + 1 < places.size();
+  const size_t first = fits ? places[2 * group] : SIZE_MAX, end = fits ? places[2 * group + 1] : SIZE_MAX;
+  if (first == SIZE_MAX || end == SIZE_MAX) return {};
+  return {first, end - first};
 }
 
 namespace {
 const Program& program_of_octets(std::string_view pattern) {
-  return program_of(std::u32string(pattern.begin(), pattern.end()));
+  const Program* program = found_program(Characters(pattern));
+  return program ? *program : new_program(std::u32string(pattern.begin(), pattern.end()));
 }
 }  // namespace
 

@@ -14,9 +14,12 @@ namespace lumos {
 bool match_pattern(Value pattern, Value v);
 // The number of characters that all texts which match have; -1 where they differ in length.
 long pattern_length(Value pattern);
+struct TextPart {
+  size_t first = 0, length = 0;
+};
 // The part of the text that the numbered group of the pattern takes (from 0), empty if the
 // whole text does not match.
-std::u32string pattern_group(Value pattern, Value v, size_t group);
+TextPart pattern_group(Value pattern, Value v, size_t group);
 
 // The longest beginning of a text of octets that a pattern matches; npos if it matches none. Patterns that
 // are not readable match nothing; readable_pattern tells.

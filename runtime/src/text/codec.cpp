@@ -190,7 +190,7 @@ const unsigned char* lumo_binary_string_octets(lumo_binary_string_t data, lumo_c
 }
 
 void lumo_codec_for(const char* module, const char* type, lumo_encoder_t encoder, lumo_decoder_t decoder) {
-  const lumo_type_t descriptor = lumo_find_element_with_check(module, type, current_task)->type_descriptor;
+  const lumo_type_t descriptor = checked_row(module, type)->type_descriptor;
   if (!descriptor) fault("lumo_codec_for: '%s' of module '%s' is no type", type, module);
   if (encoder) lumo_type_set_encoder(descriptor, encoder, current_task);
   if (decoder) lumo_type_set_decoder(descriptor, decoder, current_task);

@@ -1,6 +1,7 @@
 // Assignment and copying: contents go from value to value, parts keep their identity.
 #include <cstring>
 
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/memory.h"
 #include "value/task.h"
@@ -124,24 +125,21 @@ void copy_instance(Value target, Value source) {
 }
 
 void assign_text_kinds(Value target, Value source) {
-  std::u32string text = wide_text(source);
+  const Characters text(source);
   switch (target->kind) {
     case lumo_type_kind_universal_charstring:
-      set_wide(target, text.data(), text.size());
+      reserve_wide(target, text.size());
+      text.copy_to(target->wide.data);
       return;
-    case lumo_type_kind_charstring: {
-      std::string narrow = narrow_text(text);
-      set_text(target, narrow);
+    case lumo_type_kind_charstring:
+      reserve_text(target, text.size());
+      for (size_t i = 0; i < text.size(); ++i) target->text.data[i] = narrow_character(text[i]);
       return;
-    }
     default:
       break;
   }
-  bool single = text.size() == 1;
-  char32_t c = single ? text[0] : 0;
-  text.clear();
-  text.shrink_to_fit();
-  if (!single) fault("a single character is needed for type '%s'", type_name(target->type));
+  const char32_t c = text.size() == 1 ? text[0] : 0;
+  if (text.size() != 1) fault("a single character is needed for type '%s'", type_name(target->type));
   if (target->kind == lumo_type_kind_universal_char) {
     change_form(target, Form::wide_character);
     target->wide_character = c;

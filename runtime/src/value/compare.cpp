@@ -1,6 +1,9 @@
 // Equality and order of values, and whether a value belongs to a type.
+#include <algorithm>
 #include <cstring>
+#include <functional>
 
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/scratch.h"
 #include "value/task.h"
@@ -39,13 +42,19 @@ bool equal_specials(Value a, Value b) {
   return false;
 }
 
-Value part_or_omit(Value v, size_t i) {
+// Null where a part has no value.
+Value part_if_any(Value v, size_t i) {
   Value part = v->parts.data[i];
   if (part && part->form != Form::unset) return part;
   const lumo_field_info_t* fields = v->form == Form::fields ? field_info(v->type) : nullptr;
   if (fields && fields[i].default_value) return fields[i].default_value;
   if (fields && is_optional(fields[i])) return lumo_omit_value_c;
-  if (part && is_record_kind(part->kind)) return part;
+  return part && is_record_kind(part->kind) ? part : nullptr;
+}
+
+Value part_or_omit(Value v, size_t i) {
+  if (Value part = part_if_any(v, i)) return part;
+  const lumo_field_info_t* fields = v->form == Form::fields ? field_info(v->type) : nullptr;
   fault("a part of a value is not initialized%s%s", fields && fields[i].name ? ": " : "",
         fields && fields[i].name ? fields[i].name : "");
 }
@@ -58,20 +67,104 @@ bool equal_in_order(Value a, Value b) {
   return true;
 }
 
-// Equality is an equivalence, so any free equal element will do.
-bool equal_in_any_order(Value a, Value b) {
-  if (a->parts.size != b->parts.size) return false;
-  TempScope scope;
-  Scratch<char> used(b->parts.size + 1);
-  for (size_t i = 0; i < a->parts.size; ++i) {
-    size_t n = 0;
-    for (; n < b->parts.size; ++n) {
-      size_t j = (i + n) % b->parts.size;
-      if (used[j] || !equal_values(part_or_omit(a, i), part_or_omit(b, j))) continue;
-      used[j] = 1;
-      break;
+uint64_t hash_of(Value v);
+
+constexpr uint64_t mixed(uint64_t hash, uint64_t more) {
+  hash = (hash ^ more) * 0x9E3779B97F4A7C15u;
+  return hash ^ hash >> 29;
+}
+
+uint64_t hash_of_text(Value v) {
+  const Characters text(v);
+  uint64_t hash = text.size();
+  for (size_t i = 0; i < text.size(); ++i) hash = mixed(hash, text[i]);
+  return hash;
+}
+
+uint64_t hash_of_parts(Value v) {
+  check_stack();
+  uint64_t hash = v->parts.size;
+  for (size_t i = 0; i < v->parts.size; ++i) {
+    const uint64_t more = hash_of(part_if_any(v, i));
+    // A list may be one whose order is of no matter.
+    hash = v->form == Form::vector ? hash + mixed(1, more) : mixed(hash, more);
+  }
+  return hash;
+}
+
+// The same for values that are equal. Where a part has no value, which comparing it may be a fault, it has
+// one nevertheless.
+uint64_t hash_of(Value v) {
+  if (!v) return 0;
+  if (v->dynamic || v->form == Form::external) v = comparable(v);
+  switch (v->form) {
+    case Form::special:
+      return is_special(v, Special::null_component) || is_special(v, Special::null_default)
+                 ? mixed(0, 0)
+                 : static_cast<uint64_t>(v->special);
+    case Form::integer:
+    case Form::enumerated:
+    case Form::component:
+    case Form::default_ref:
+      return mixed(0, static_cast<uint64_t>(v->integer));
+    case Form::real:
+      return std::hash<double>()(v->real);
+    case Form::boolean:
+      return v->boolean;
+    case Form::verdict:
+      return v->verdict;
+    case Form::string:
+    case Form::wide_string:
+    case Form::character:
+    case Form::wide_character:
+      return hash_of_text(v);
+    case Form::object_id: {
+      uint64_t hash = v->ids.size;
+      for (size_t i = 0; i < v->ids.size; ++i) hash = mixed(hash, static_cast<uint64_t>(v->ids.data[i]));
+      return hash;
     }
-    if (n == b->parts.size) return false;
+    case Form::fields:
+    case Form::vector:
+      return hash_of_parts(v);
+    case Form::choice:
+      return mixed(static_cast<uint64_t>(v->index), hash_of_parts(v));
+    default:
+      return 0;
+  }
+}
+
+struct HashedPart {
+  uint64_t hash;
+  size_t place;
+};
+
+void hash_parts(Value v, Scratch<HashedPart>& hashed) {
+  for (size_t i = 0; i < v->parts.size; ++i) hashed[i] = {hash_of(part_if_any(v, i)), i};
+  std::sort(hashed.data(), hashed.data() + v->parts.size, [](const HashedPart& one, const HashedPart& other) {
+    return one.hash < other.hash || (one.hash == other.hash && one.place < other.place);
+  });
+}
+
+// Only elements of the same hash are compared. Equality is an equivalence, so any free equal element will do.
+bool equal_in_any_order(Value a, Value b) {
+  const size_t size = a->parts.size;
+  if (size != b->parts.size) return false;
+  TempScope scope;
+  Scratch<HashedPart> of_a(size + 1), of_b(size + 1);
+  hash_parts(a, of_a);
+  hash_parts(b, of_b);
+  for (size_t i = 0; i < size; ++i)
+    if (of_a[i].hash != of_b[i].hash) return false;
+  Scratch<char> used(size + 1);
+  for (size_t i = 0, first = 0; i < size; ++i) {
+    if (of_a[i].hash != of_a[first].hash) first = i;
+    size_t k = first;
+    for (; k < size && of_b[k].hash == of_a[i].hash; ++k)
+      if (!used[k] && equal_values(part_or_omit(a, of_a[i].place), part_or_omit(b, of_b[k].place))) break;
+    if (k == size || of_b[k].hash != of_a[i].hash) return false;
+    used[k] = 1;
+    // Many are equal to each other.
+    while (first < i && used[first]) ++first;
   }
   return true;
 }
@@ -79,7 +172,7 @@ bool equal_in_any_order(Value a, Value b) {
 bool equal_texts(Value a, Value b) {
   if (a->form == Form::string && b->form == Form::string)
     return a->text.size == b->text.size && !std::memcmp(a->text.data, b->text.data, a->text.size);
-  return wide_text(a) == wide_text(b);
+  return compare(Characters(a), Characters(b)) == 0;
 }
 
 int compare_object_ids(Value a, Value b) {
@@ -130,7 +223,7 @@ int compare(Value a, Value b) {
   b = comparable(b);
   if (a->form == Form::real && b->form == Form::real) return a->real < b->real ? -1 : a->real > b->real;
   if (a->form == Form::object_id && b->form == Form::object_id) return compare_object_ids(a, b);
-  if (is_text(a) && is_text(b)) return wide_text(a).compare(wide_text(b));
+  if (is_text(a) && is_text(b)) return compare(Characters(a), Characters(b));
   if (a->form == b->form && (a->form == Form::integer || a->form == Form::enumerated))
     return a->integer < b->integer ? -1 : a->integer > b->integer;
   fault("values of the types '%s' and '%s' have no order", type_name(a->type), type_name(b->type));
@@ -226,23 +319,20 @@ lumo_boolean_t lumo_type_check(lumo_type_t type, lumo_value_t value, lumo_contex
 lumo_boolean_t lumo_type_check_char_range(lumo_value_t value, const char* bounds,
                                           unsigned long number_of_bounds, lumo_context_t) {
   Value v = comparable(value);
-  for (char32_t c : wide_text(v)) {
-    bool inside = false;
-    for (unsigned long i = 0; i + 1 < number_of_bounds && !inside; i += 2)
-      inside = static_cast<unsigned char>(bounds[i]) <= c && c <= static_cast<unsigned char>(bounds[i + 1]);
-    if (!inside) return false;
-  }
-  return true;
+  return Characters(v).all([&](char32_t c) {
+    for (unsigned long i = 0; i + 1 < number_of_bounds; i += 2)
+      if (static_cast<unsigned char>(bounds[i]) <= c && c <= static_cast<unsigned char>(bounds[i + 1]))
+        return true;
+    return false;
+  });
 }
 
 lumo_boolean_t lumo_type_check_universal_char_range(lumo_value_t value, const lumo_wide_char_t* bounds,
                                                     unsigned long number_of_bounds, lumo_context_t) {
   Value v = comparable(value);
-  for (char32_t c : wide_text(v)) {
-    bool inside = false;
-    for (unsigned long i = 0; i + 1 < number_of_bounds && !inside; i += 2)
-      inside = code_of(bounds[i]) <= c && c <= code_of(bounds[i + 1]);
-    if (!inside) return false;
-  }
-  return true;
+  return Characters(v).all([&](char32_t c) {
+    for (unsigned long i = 0; i + 1 < number_of_bounds; i += 2)
+      if (code_of(bounds[i]) <= c && c <= code_of(bounds[i + 1])) return true;
+    return false;
+  });
 }

@@ -7,6 +7,7 @@
 
 #include "text/codec.h"
 #include "text/log.h"
+#include "value/characters.h"
 #include "value/error.h"
 #include "value/operand.h"
 #include "template/lengths.h"
@@ -73,18 +74,22 @@ Value integer_to_digits(lumo_long_integer_t number, lumo_long_integer_t length, 
 
 // --- between binary strings: all go over bits
 
-void append_bits(std::string& bits, std::string_view hex) {
-  for (char c : hex)
-    for (int i = 3; i >= 0; --i) bits += (digit_value(c) >> i & 1) ? '1' : '0';
+Value hex_to_bits(std::string_view hex, Strategy strategy) {
+  Value bits = make_root(lumo_bitstring_type, strategy);
+  reserve_text(bits, 4 * hex.size());
+  for (size_t i = 0; i < bits->text.size; ++i)
+    bits->text.data[i] = (digit_value(hex[i / 4]) >> (3 - i % 4) & 1) ? '1' : '0';
+  return bits;
 }
 
-std::string bits_to_hex(std::string_view bits, size_t digits) {
-  std::string hex(digits, '0');
+Value bits_to_hex(std::string_view bits, lumo_type_t type, size_t digits, Strategy strategy) {
+  Value hex = make_root(type, strategy);
+  reserve_text(hex, digits);
   size_t at = bits.size();
   for (size_t d = digits; d-- > 0;) {
     int value = 0;
     for (int i = 0; i < 4 && at > 0; ++i) value |= (bits[--at] - '0') << i;
-    hex[d] = "0123456789ABCDEF"[value];
+    hex->text.data[d] = "0123456789ABCDEF"[value];
   }
   return hex;
 }
@@ -171,13 +176,10 @@ Value substring(Value v, size_t index, size_t count, Strategy strategy) {
   } else if (v->form == Form::string) {
     size_t unit = v->kind == lumo_type_kind_octetstring ? 2 : 1;
     set_text(result, view(v).substr(index * unit, count * unit));
+  } else if (v->form == Form::wide_character) {
+    set_wide(result, &v->wide_character, count);
   } else {
-    std::u32string text = wide_text(v).substr(index, count);
-    if (string_type(v) == lumo_universal_charstring_type) {
-      set_wide(result, text.data(), text.size());
-    } else {
-      set_text(result, narrow_text(text));
-    }
+    set_text(result, {&v->character, count});
   }
   return result;
 }
@@ -395,29 +397,28 @@ lumo_value_t lumo_oct2char(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_
 lumo_value_t lumo_char2oct(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t context) {
   v = text_operand(v, "char2oct");
   lumo_value_get_charstring(v, context);
-  std::string digits;
-  for (char32_t c : wide_text(v)) {
-    digits += "0123456789ABCDEF"[c >> 4 & 15];
-    digits += "0123456789ABCDEF"[c & 15];
+  const Characters text(v);
+  Value result = make_root(lumo_octetstring_type, strategy);
+  reserve_text(result, 2 * text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    result->text.data[2 * i] = "0123456789ABCDEF"[text[i] >> 4 & 15];
+    result->text.data[2 * i + 1] = "0123456789ABCDEF"[text[i] & 15];
   }
-  return new_string(lumo_octetstring_type, digits, strategy);
+  return result;
 }
 
 lumo_value_t lumo_bit2hex(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
   v = digits_of(v, lumo_type_kind_bitstring, "bit2hex");
-  return new_string(lumo_hexstring_type, bits_to_hex(view(v), (v->text.size + 3) / 4), strategy);
+  return bits_to_hex(view(v), lumo_hexstring_type, (v->text.size + 3) / 4, strategy);
 }
 
 lumo_value_t lumo_bit2oct(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
   v = digits_of(v, lumo_type_kind_bitstring, "bit2oct");
-  return new_string(lumo_octetstring_type, bits_to_hex(view(v), (v->text.size + 7) / 8 * 2), strategy);
+  return bits_to_hex(view(v), lumo_octetstring_type, (v->text.size + 7) / 8 * 2, strategy);
 }
 
 lumo_value_t lumo_hex2bit(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
-  std::string_view digits = view(digits_of(v, lumo_type_kind_hexstring, "hex2bit"));
-  std::string bits;
-  append_bits(bits, digits);
-  return new_string(lumo_bitstring_type, bits, strategy);
+  return hex_to_bits(view(digits_of(v, lumo_type_kind_hexstring, "hex2bit")), strategy);
 }
 
 lumo_value_t lumo_hex2oct(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
@@ -428,10 +429,7 @@ lumo_value_t lumo_hex2oct(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_c
 }
 
 lumo_value_t lumo_oct2bit(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
-  std::string_view digits = view(digits_of(v, lumo_type_kind_octetstring, "oct2bit"));
-  std::string bits;
-  append_bits(bits, digits);
-  return new_string(lumo_bitstring_type, bits, strategy);
+  return hex_to_bits(view(digits_of(v, lumo_type_kind_octetstring, "oct2bit")), strategy);
 }
 
 lumo_value_t lumo_oct2hex(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
@@ -482,14 +480,8 @@ lumo_value_t lumo_regexp_regexp(lumo_value_t text, lumo_value_t pattern, lumo_lo
                                 lumo_alloc_strategy_t strategy, lumo_context_t) {
   Value v = text_operand(text, "regexp");
   if (group < 0) fault("regexp: the number of the group is negative");
-  Value result = make_root(string_type(v), strategy);
-  std::u32string found = pattern_group(pattern, v, static_cast<size_t>(group));
-  if (string_type(v) == lumo_universal_charstring_type) {
-    set_wide(result, found.data(), found.size());
-  } else {
-    set_text(result, narrow_text(found));
-  }
-  return result;
+  const TextPart part = pattern_group(pattern, v, static_cast<size_t>(group));
+  return substring(v, part.first, part.length, strategy);
 }
 
 lumo_value_t lumo_encvalue(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_context_t) {
@@ -498,12 +490,12 @@ lumo_value_t lumo_encvalue(lumo_value_t v, lumo_alloc_strategy_t strategy, lumo_
   bool encoded;
   Value result = make_root(lumo_bitstring_type, strategy);
   {
-    std::string octets, bits, fault;
+    std::string octets, fault;
     encoded = encode_value(v, octets, fault);
     std::strncpy(reason, fault.c_str(), sizeof reason - 1);
-    for (unsigned char c : octets)
-      for (int i = 7; i >= 0; --i) bits += (c >> i & 1) ? '1' : '0';
-    set_text(result, bits);
+    reserve_text(result, 8 * octets.size());
+    for (size_t i = 0; i < result->text.size; ++i)
+      result->text.data[i] = (octets[i / 8] >> (7 - i % 8) & 1) ? '1' : '0';
   }
   if (!encoded) fault("encvalue: a value of type '%s' cannot be encoded: %s", type_name(v->type), reason);
   return result;

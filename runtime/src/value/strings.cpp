@@ -3,7 +3,9 @@
 #include <cctype>
 #include <cstring>
 
+#include "value/characters.h"
 #include "value/error.h"
+#include "value/memory.h"
 #include "value/task.h"
 #include "template/templates.h"
 #include "value/types.h"
@@ -33,7 +35,7 @@ std::u32string wide_text(Value v) {
 std::string narrow_text(const std::u32string& text) {
   std::string narrow;
   narrow.reserve(text.size());
-  for (char32_t c : text) narrow += c < 256 ? static_cast<char>(c) : '?';
+  for (char32_t c : text) narrow += narrow_character(c);
   return narrow;
 }
 
@@ -41,6 +43,14 @@ namespace {
 
 size_t unit(Value v) {
   return v->kind == lumo_type_kind_octetstring ? 2 : 1;
+}
+
+// Makes room behind what is there, for the last characters to be written, and ends it.
+template <class Buffer>
+void lengthen(Buffer& text, size_t size) {
+  reserve(text, size + 1);
+  text.data[size] = 0;
+  text.size = size;
 }
 
 Value text_value(Value v) {
@@ -251,15 +261,14 @@ void lumo_value_assign_string_element(lumo_value_t value, unsigned long index, l
   unsigned long length = lumo_value_string_length(value, context);
   if (index > length) fault("index %lu is behind the end of the string of length %lu", index, length);
   if (lumo_value_string_length(e, context) != 1) fault("a string element is one element long");
+  const bool is_new = index == length;
   if (value->form == Form::wide_string) {
-    char32_t c = wide_text(e)[0];
-    std::u32string text(value->wide.data, value->wide.size);
-    if (index == length) text += c;
-    text[index] = c;
-    set_wide(value, text.data(), text.size());
+    const char32_t c = Characters(e)[0];
+    if (is_new) lengthen(value->wide, length + 1);
+    value->wide.data[index] = c;
   } else {
-    size_t size = unit(value);
-    bool narrow = e->form == Form::string && unit(e) == size;
+    const size_t size = unit(value);
+    const bool narrow = e->form == Form::string && unit(e) == size;
     if (!narrow && !is_text_kind(e->kind)) fault("the element is of another kind of string");
     char c[2] = {0, 0};
     if (narrow) {
@@ -267,13 +276,8 @@ void lumo_value_assign_string_element(lumo_value_t value, unsigned long index, l
     } else {
       c[0] = lumo_value_get_char(e, context);
     }
-    if (index == length) {
-      std::string text(value->text.data, value->text.size);
-      text.append(c, size);
-      set_text(value, text);
-    } else {
-      std::memcpy(value->text.data + index * size, c, size);
-    }
+    if (is_new) lengthen(value->text, (length + 1) * size);
+    std::memcpy(value->text.data + index * size, c, size);
   }
   check_written(value);
 }

@@ -1,6 +1,8 @@
 #include "value/symbols.h"
 
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -80,6 +82,18 @@ lumo_symbol_entry_t find_origin(std::string_view qualified) {
   return own_row(std::string(qualified.substr(0, point)).c_str(), qualified.substr(point + 1));
 }
 
+// Behaviours ask with the same few names, by the same few addresses.
+struct FoundRow {
+  const char* module;
+  const char* name;
+  lumo_symbol_entry_t row;
+};
+FoundRow found_rows[256];
+
+void forget_found_rows() {
+  for (FoundRow& found : found_rows) found = {};
+}
+
 }  // namespace
 
 std::vector<Module> registered_modules() {
@@ -112,6 +126,7 @@ void lumo_module_register(const char* name, lumo_boolean_t is_root, lumo_symbol_
     m = registered().back().get();
   }
   m->module = {name, is_root, symbol_table, number_of_rows, language};
+  forget_found_rows();
   index_rows(*m);
 }
 
@@ -123,10 +138,18 @@ lumo_symbol_entry_t lumo_find_element(const char* module, const char* name, lumo
   return row;
 }
 
-lumo_symbol_entry_t lumo_find_element_with_check(const char* module, const char* name,
-                                                 lumo_context_t context) {
-  lumo_symbol_entry_t row = lumo_find_element(module, name, context);
+lumo_symbol_entry_t lumos::checked_row(const char* module, const char* name) {
+  lumo_symbol_entry_t row = lumo_find_element(module, name, nullptr);
   if (!row) fault("module '%s' has no element '%s'", module ? module : "", name ? name : "");
+  return row;
+}
+
+lumo_symbol_entry_t lumo_find_element_with_check(const char* module, const char* name, lumo_context_t) {
+  const uintptr_t number = reinterpret_cast<uintptr_t>(name) ^ reinterpret_cast<uintptr_t>(module) >> 5;
+  FoundRow& found = found_rows[number % std::size(found_rows)];
+  if (found.row && found.module == module && found.name == name) return found.row;
+  lumo_symbol_entry_t row = checked_row(module, name);
+  if (!is_empty(*row)) found = {module, name, row};
   return row;
 }
 

@@ -21,6 +21,9 @@ const Module* root_module();  // null before registration
 // The row of that name in a module's own table, whatever it holds; null if there is none.
 lumo_symbol_entry_t own_row(const char* module, std::string_view name);
 
+// As lumo_find_element_with_check, for names wherever they stand.
+lumo_symbol_entry_t checked_row(const char* module, const char* name);
+
 using CodecSetup = void (*)(lumo_type_t, lumo_context_t);
 // What is called with every type when the suite starts.
 std::vector<CodecSetup>& codec_setups();

@@ -31,7 +31,7 @@ struct Frame {
 
 struct ActiveDefault {
   long number;
-  lumo_test_step_t altstep;
+  lumo_test_step_t altstep;  // null: deactivated
   lumo_type_t type;
   unsigned long argc;
   std::vector<lumo_value_t> argv;  // owned but for timers and ports
@@ -55,6 +55,12 @@ struct Attempt {
   Attempted what = Attempted::value;
   size_t root = SIZE_MAX;         // place among the roots from which on one of them lies, or SIZE_MAX
   size_t frames = 0, blocks = 0;  // around it: what is declared in them ends with them
+};
+
+// A default that runs. When it is deactivated meanwhile, its arguments are kept here until it has ended.
+struct DefaultRun {
+  long number;
+  std::vector<lumo_value_t> argv;
 };
 
 struct NamedValue {
@@ -83,19 +89,23 @@ struct lumo_context_struct {
   bool refused = false;                  // the decoder that runs wrote such a value
   std::vector<lumo_value_t> registered;  // by source tracking, outside of frames
   lumos::Timer* timers = nullptr;        // that run
-  lumos::Time snapshot_time = lumos::never;    // not asked for yet
-  std::vector<lumos::ActiveDefault> defaults;  // oldest first
-  std::vector<lumo_value_t> kept_timers;       // only the defaults use them any more
-  std::vector<lumos::OpenCall> calls;          // innermost last
-  lumos::OpenCall called;                      // just now; its body, if any, comes next
-  lumo_type_t answered = nullptr;              // by the raise that comes next
-  std::vector<lumos::Attempt> attempts;        // since the snapshot
-  std::vector<lumo_value_t> kept_contents;     // owned: of messages that are gone, for the attempts
-  lumos::Attempt last_match;                   // the last `match`, if it did not fit
-  unsigned matching = 0;                       // functions of templates that run
-  unsigned steps = 0;                          // control points since the last yield
-  bool polls_by_else = false;                  // took an else branch since then
-  bool furnishing = false;                     // makes what a new component has
+  std::vector<lumos::Timer*> first_timers;   // those of them that are no calls', the first to expire in front
+  lumos::Time snapshot_time = lumos::never;  // not asked for yet
+  std::vector<lumos::ActiveDefault>
+      defaults;  // oldest first; without an altstep those that are none any more
+  size_t inactive_defaults = 0;
+  std::vector<lumos::DefaultRun> default_runs;  // outermost first
+  std::vector<lumo_value_t> kept_timers;        // only the defaults use them any more
+  std::vector<lumos::OpenCall> calls;           // innermost last
+  lumos::OpenCall called;                       // just now; its body, if any, comes next
+  lumo_type_t answered = nullptr;               // by the raise that comes next
+  std::vector<lumos::Attempt> attempts;         // since the snapshot
+  std::vector<lumo_value_t> kept_contents;      // owned: of messages that are gone, for the attempts
+  lumos::Attempt last_match;                    // the last `match`, if it did not fit
+  unsigned matching = 0;                        // functions of templates that run
+  unsigned steps = 0;                           // control points since the last yield
+  bool polls_by_else = false;                   // took an else branch since then
+  bool furnishing = false;                      // makes what a new component has
   // Evaluates the local definitions of an altstep, which is at that depth.
   bool defining = false;
   size_t defining_frames = 0;

@@ -1,6 +1,10 @@
 #include "value/types.h"
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
+#include <span>
+#include <string_view>
 #include <unordered_map>
 
 #include "value/error.h"
@@ -19,7 +23,8 @@ long bound(lumo_type_t type, const char* name, long otherwise) {
   if (!info || info->kind != lumo_type_kind_array || !info->enum_or_array_info) return otherwise;
   for (int i = 0; i < 2; ++i) {
     const lumo_enum_or_array_info_t& row = info->enum_or_array_info[i];
-    if (row.name && !std::strcmp(row.name, name)) return row.number;
+    // The two names differ in their first letter behind the bracket.
+    if (row.name && row.name[1] == name[1]) return row.number;
   }
   return otherwise;
 }
@@ -69,26 +74,51 @@ const char* short_name(const lumo_field_info_t& field) {
   return point ? point + 1 : name;
 }
 
-// The first field that a kind of name fits, from a place on; -1 if there is none.
-template <class NameOf>
-long find_field(lumo_type_t type, const char* name, NameOf name_of, size_t from = 0) {
+// The first field of a short name, from a place on; -1 if there is none.
+long find_short_name(lumo_type_t type, const char* name, size_t from) {
   const lumo_field_info_t* fields = field_info(type);
   const size_t count = fields ? field_count(type) : 0;
   for (size_t i = from; i < count; ++i)
-    if (fields[i].name && !std::strcmp(name_of(fields[i]), name)) return static_cast<long>(i);
+    if (fields[i].name && !std::strcmp(short_name(fields[i]), name)) return static_cast<long>(i);
   return -1;
 }
 
 // The only one of that short name; -1 if there is none or another.
 long field_of_short_name(lumo_type_t type, const char* name) {
-  const long first = find_field(type, name, short_name);
-  const bool is_only = first < 0 || find_field(type, name, short_name, static_cast<size_t>(first) + 1) < 0;
+  const long first = find_short_name(type, name, 0);
+  const bool is_only = first < 0 || find_short_name(type, name, static_cast<size_t>(first) + 1) < 0;
   return is_only ? first : -1;
 }
 }  // namespace
 
+namespace {
+
+// The row of that name, -1 if there is none. Where there are many, a table tells where to look; it remembers
+// hashes only, so that what it says is looked at in any case.
+template <class Row>
+long row_of(const Row* rows, size_t count, std::string_view name) {
+  constexpr size_t many = 16;
+  const auto has_name = [&](size_t i) { return rows[i].name && name == rows[i].name; };
+  if (rows && count > many) {
+    static auto& tables = *new std::unordered_map<const Row*, std::unordered_map<size_t, size_t>>;
+    const std::hash<std::string_view> hash_of;
+    auto& table = tables[rows];
+    if (table.empty())
+      for (size_t i = 0; i < count; ++i)
+        if (rows[i].name) table.try_emplace(hash_of(rows[i].name), i);
+    const auto found = table.find(hash_of(name));
+    if (found != table.end() && found->second < count && has_name(found->second))
+      return static_cast<long>(found->second);
+  }
+  for (size_t i = 0; rows && i < count; ++i)
+    if (has_name(i)) return static_cast<long>(i);
+  return -1;
+}
+
+}  // namespace
+
 long field_index(lumo_type_t type, const char* name) {
-  const long exact = find_field(type, name, [](const lumo_field_info_t& field) { return field.name; });
+  const long exact = row_of(field_info(type), field_count(type), name);
   return exact >= 0 ? exact : field_of_short_name(type, name);
 }
 
@@ -98,21 +128,27 @@ const char* shown_name(lumo_type_t type, size_t index) {
   return name == field.name || !field.name || field_of_short_name(type, name) >= 0 ? name : field.name;
 }
 
-long enum_number(lumo_type_t type, const char* name, size_t length) {
+namespace {
+std::span<const lumo_enum_or_array_info_t> literals(lumo_type_t type) {
   const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info || info->kind != lumo_type_kind_enumerated || !info->enum_or_array_info) return -1;
-  for (long i = 0; i < info->number_of_fields; ++i) {
-    const lumo_enum_or_array_info_t& row = info->enum_or_array_info[i];
-    if (std::strlen(row.name) == length && !std::strncmp(row.name, name, length)) return row.number;
-  }
-  return -1;
+  if (!info || info->kind != lumo_type_kind_enumerated || !info->enum_or_array_info) return {};
+  return {info->enum_or_array_info, static_cast<size_t>(std::max(0L, long{info->number_of_fields}))};
+}
+}  // namespace
+
+long enum_number(lumo_type_t type, const char* name, size_t length) {
+  const auto rows = literals(type);
+  const long place = row_of(rows.data(), rows.size(), {name, length});
+  return place < 0 ? -1 : rows[static_cast<size_t>(place)].number;
 }
 
 const char* enum_name(lumo_type_t type, long number) {
-  const lumo_type_info_struct_t* info = structure_of(type);
-  if (!info || info->kind != lumo_type_kind_enumerated || !info->enum_or_array_info) return nullptr;
-  for (long i = 0; i < info->number_of_fields; ++i)
-    if (info->enum_or_array_info[i].number == number) return info->enum_or_array_info[i].name;
+  const auto rows = literals(type);
+  // Mostly the number is the place.
+  const auto place = static_cast<size_t>(number);
+  if (place < rows.size() && rows[place].number == number) return rows[place].name;
+  for (const lumo_enum_or_array_info_t& row : rows)
+    if (row.number == number) return row.name;
   return nullptr;
 }
 

@@ -204,6 +204,8 @@ void set_text(Value v, std::string_view text);
 // An uninitialized text of that many bytes.
 void reserve_text(Value v, size_t size);
 void set_wide(Value v, const char32_t* text, size_t size);
+// As reserve_text, for a universal charstring.
+void reserve_wide(Value v, size_t size);
 void resize_parts(Value v, size_t size);
 // The part in the slot, made where the slot is empty or special.
 Value force_part(Value v, size_t slot);
@@ -239,6 +241,10 @@ std::string render_plain(Value v);
 bool read_value(Value target, std::string_view text, std::string& error);
 std::u32string wide_text(Value v);
 std::string narrow_text(const std::u32string& text);
+// What stands for a character in a text of narrow ones.
+inline char narrow_character(char32_t c) {
+  return c < 256 ? static_cast<char>(c) : '?';
+}
 
 inline char32_t code_of(lumo_wide_char_t c) {
   return char32_t(c.group) << 24 | char32_t(c.plane) << 16 | char32_t(c.row) << 8 | c.cell;

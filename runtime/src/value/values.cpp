@@ -253,16 +253,20 @@ void reserve_text(Value v, size_t size) {
   v->text.size = size;
 }
 
-void set_wide(Value v, const char32_t* text, size_t size) {
+void reserve_wide(Value v, size_t size) {
   if (v->form != Form::wide_string) {
     clear_contents(v);
     v->form = Form::wide_string;
     v->wide = {nullptr, 0, 0};
   }
   reserve(v->wide, size + 1);
-  if (size) std::memmove(v->wide.data, text, size * sizeof *text);
   v->wide.data[size] = 0;
   v->wide.size = size;
+}
+
+void set_wide(Value v, const char32_t* text, size_t size) {
+  reserve_wide(v, size);
+  if (size) std::memmove(v->wide.data, text, size * sizeof *text);
 }
 
 void resize_parts(Value v, size_t size) {
