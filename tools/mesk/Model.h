@@ -78,6 +78,7 @@ struct TypeNode {
   int marker = -1;
   ValueNode* default_value = nullptr;
   TypeNode *parent = nullptr, *of_definition = nullptr;
+  TypeNode* string_around = nullptr;  // whose contents this is
   Definition* ref = nullptr;
   std::string_view ref_name;
   TypeNode* class_field = nullptr;

@@ -51,6 +51,7 @@ ConstraintNode* Resolver::makeContained(const ConstraintAst& ast, const Context&
     return makeConstraint(*set, arg->context, owner, governor);
   }
   node.type = makeType(*ast.type, context, nullptr);
+  if (ast.kind == kContents) node.type->string_around = &owner;
   const TypeNode *type = base(governor), *contained = base(node.type);
   if (ast.kind == kContainedSubtype && contained && type && contained->main != type->main &&
       !(hasAlphabet(contained->main) && hasAlphabet(type->main))) {
@@ -192,7 +193,8 @@ bool Resolver::fillPath(const AtPath& path, const Context& context, TypeNode& ow
   };
   TypeNode* around = nullptr;
   int level = 0;
-  for (TypeNode* type = owner.parent; type; type = type->instance ? nullptr : type->parent) {
+  const auto outward = [](const TypeNode* type) { return type->parent ? type->parent : type->string_around; };
+  for (TypeNode* type = outward(&owner); type; type = type->instance ? nullptr : outward(type)) {
     if (!isStruct(type)) continue;
     around = type;
     if (path.level > 0 && ++level == path.level) break;

@@ -150,7 +150,6 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   DeclList decls;
   mesk_T3Module_add_T3Builtin(decls);
   forEachType(from, [&](const AsnType& type, int) {
-    if (getBaseTypeMainType(type) == TYP_CLASS) return;  // nothing of TTCN-3
     T3TypeDecl* decl =
         TypeDecl(mesk::PositionOf(type), MakeASNIdent(getTypeRef(type)), mesk::translate_type(type));
     decl->cold().mesk_ref_name = gStringM.PutString(NameOfDefinition(type, kPrefixMark));

@@ -63,6 +63,8 @@ AsnType forTypeElem(const AsnType& type);
 MainType getTypeMainType(const AsnType& type);
 MainType getBaseTypeMainType(const AsnType& type);
 const char* getTypeMainTypeStri(MainType type);
+/// A class, the predefined ones and other names of classes included.
+bool isClassType(const AsnType& type);
 /// The type that this one refers to by name: the next one, and the one at the end of the chain of references;
 /// the type itself where it refers to none. A chain without an end is a fatal error.
 AsnType forSynonymType(const AsnType& type);

@@ -45,7 +45,7 @@ void forEachExportingModule(ModRec& module, const ModuleCall& call) {
 void forEachType(ModRec& module, const TypeCall& call) {
   int index = 0;
   for (int number = module.header.first_type; number != 0; number = tNode(module, number).next)
-    if (tNode(module, number).main_type != TYP_CLASS) call(newAsnType(module, number), index++);
+    if (const AsnType type = newAsnType(module, number); !isClassType(type)) call(type, index++);
 }
 
 std::vector<AsnType> TypeComps(const AsnType& type, bool with_markers) {
@@ -86,6 +86,11 @@ MainType getTypeMainType(const AsnType& type) {
 
 MainType getBaseTypeMainType(const AsnType& type) {
   return getTypeMainType(forBaseType(type));
+}
+
+bool isClassType(const AsnType& type) {
+  const MainType main_type = getBaseTypeMainType(type);
+  return main_type == TYP_CLASS || main_type == TYP_TYPE_ID || main_type == TYP_ABSTR_STX;
 }
 
 const char* getTypeMainTypeStri(MainType type) {
