@@ -264,7 +264,7 @@ int Run(int argc, char** argv) {
   if (status != 0) TakeBack(suite, folder.path());
   folder.Settle();
   if (status != 0 || suite.request.build_only) return status;
-  OpenProgram(folder.path() / suite.executable()).Become(suite.root, suite.request.suite_arguments);
+  OpenProgram(folder.path() / suite.executable()).Become("./" + suite.root, suite.request.suite_arguments);
 }
 
 }  // namespace
