@@ -632,8 +632,6 @@ lumo_value_t lumo_xor4b(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t st
                         lumo_context_t context);
 lumo_value_t lumo_concatenate(lumo_value_t a, lumo_value_t b, lumo_alloc_strategy_t strategy,
                               lumo_context_t context);
-/* value := value & more, where the value lies. */
-void lumo_value_append(lumo_value_t value, lumo_value_t more, lumo_context_t context);
 lumo_value_t lumo_shiftleft(lumo_value_t a, lumo_long_integer_t count, lumo_alloc_strategy_t strategy,
                             lumo_context_t context);
 lumo_value_t lumo_shiftright(lumo_value_t a, lumo_long_integer_t count, lumo_alloc_strategy_t strategy,

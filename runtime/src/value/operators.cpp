@@ -4,7 +4,6 @@
 
 #include "value/characters.h"
 #include "value/error.h"
-#include "value/memory.h"
 #include "value/operand.h"
 #include "template/templates.h"
 #include "value/task.h"
@@ -179,39 +178,6 @@ lumo_value_t lumo_concatenate(lumo_value_t a, lumo_value_t b, lumo_alloc_strateg
   std::memcpy(v->text.data, a->text.data, a->text.size);
   std::memcpy(v->text.data + a->text.size, b->text.data, b->text.size);
   return v;
-}
-
-namespace {
-
-template <class Buffer>
-void append_characters(Buffer& text, Value more) {
-  const size_t size = text.size, length = Characters(more).size();
-  reserve(text, size + length + 1);
-  // They may be those of the text itself, which has moved.
-  Characters(more).copy_to(text.data + size);
-  text.size = size + length;
-  text.data[text.size] = 0;
-}
-
-// Whether the string is one that others can be put behind where it lies.
-bool grows_in_place(Value v, Value more) {
-  if (!v || v->dynamic || v->life == Life::fixed || v->pending) return false;
-  if (v->form == Form::wide_string) return is_text_kind(more->kind) && is_scalar(more->form);
-  return v->form == Form::string && more->form == Form::string && v->kind == more->kind;
-}
-
-}  // namespace
-
-void lumo_value_append(lumo_value_t value, lumo_value_t more, lumo_context_t context) {
-  Value behind = value && is_scalar(value->form) ? concatenated(more) : nullptr;
-  if (!behind || !grows_in_place(value, behind))
-    return lumo_value_assign(value, lumo_concatenate(value, more, lumo_temp_alloc_c, context), context);
-  if (value->form == Form::wide_string) {
-    append_characters(value->wide, behind);
-  } else {
-    append_characters(value->text, behind);
-  }
-  check_written(value);
 }
 
 lumo_value_t lumo_shiftleft(lumo_value_t a, lumo_long_integer_t count, lumo_alloc_strategy_t strategy,

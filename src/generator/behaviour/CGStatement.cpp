@@ -379,34 +379,6 @@ void AssignTemplate(T3AssignStmt* statement, CFunction& function) {
   function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
 }
 
-// The operands of a chain `v & a & b` that is assigned to the variable `v` itself; none where it is something
-// else, or where evaluating them may change the variable.
-std::vector<T3Tree_Node*> AppendedOperands(T3AssignStmt* statement) {
-  std::vector<T3Tree_Node*> operands;
-  if (!statement->lhs->is<T3Identifier>() || !IsStringType(cg::TypeOf(statement->lhs))) return {};
-  T3Tree_Node* first = statement->rhs;
-  for (; first->is<T3Concatenate>(); first = first->as<T3Concatenate>()->left) {
-    operands.push_back(first->as<T3Concatenate>()->right);
-    if (cg::HasEffects(operands.back())) return {};
-  }
-  if (!first->is<T3Identifier>() || Def(first) != Def(statement->lhs)) return {};
-  std::reverse(operands.begin(), operands.end());
-  return operands;
-}
-
-// A string that grows in a loop is not copied each time.
-void Append(T3AssignStmt* statement, const std::vector<T3Tree_Node*>& operands, CFunction& function) {
-  const std::string target(cg::InRTS(statement->lhs, vexa_temp_alloc, function));
-  std::string more(cg::InRTS(operands[0], vexa_temp_alloc, function));
-  for (size_t i = 1; i < operands.size(); ++i) {
-    const std::string before = cg::Kept(more, function);
-    more = cg::Call(LUMO_CONCATENATE, {before, cg::InRTS(operands[i], vexa_temp_alloc, function),
-                                       LUMO_TEMP_ALLOC_C, VEXA_CONTEXT});
-  }
-  function.call(LUMO_VALUE_APPEND, {target, more, VEXA_CONTEXT});
-  function.call(LUMO_LOG_VARIABLE_MODIFIED_EVENT, {target, VEXA_CONTEXT});
-}
-
 void CGAssignment(T3AssignStmt* statement, CFunction& function) {
   const CGStatementScope scope(function);
   auto* qualifier = statement->lhs->try_as<T3Qualifier>();
@@ -419,8 +391,6 @@ void CGAssignment(T3AssignStmt* statement, CFunction& function) {
     return AssignElement(element, statement->rhs, function);
   if (statement->lhs->is<T3Identifier>() && cg::HoldsTemplate(statement->lhs))
     return AssignTemplate(statement, function);
-  if (const auto operands = AppendedOperands(statement); !operands.empty())
-    return Append(statement, operands, function);
   const std::string_view target = cg::InRTS(statement->lhs, vexa_temp_alloc, function);
   if (!statement->rhs->is<T3CompoundValue>() || !cg::Reads(statement->rhs, statement->lhs))
     return CGAssign(target, statement->rhs, true, function);
