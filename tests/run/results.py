@@ -343,6 +343,7 @@ def main():
     for more in "", " -s":
         _, err = steered.run("-vnone -T 0.3 -p stuck=true" + more)
         check_has(err, ["the time given to the control part is over"], "a control part that is stuck" + more)
+    check_has(steered.run("-p limit=-1.0")[1], ["'Steered.TC_first' is executed for a negative duration"], "negative limit")
     print(f"{len(failures)} failures")
     return 1 if failures else 0
 

@@ -167,6 +167,8 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
   check_run_goes_on();
   lumo_symbol_entry_t row = checked_row(module, testcase);
   if (!row->function_ptr) fault("'%s.%s' is no test case", module, testcase);
+  const bool is_limited = timeout != lumo_duration_forever_c;
+  if (is_limited && !(timeout >= 0)) fault("test case '%s.%s' is executed for a negative duration", module, testcase);
   if (execute_instead) return execute_instead(row, module, testcase, argc, argv, timeout);
   Scratch<Value> kept(argc);
   lumo_verdict_t verdict;
@@ -178,7 +180,7 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
     tc.caller = current_task;
     tc.begin = now();
     tc.deadline = control_deadline();
-    if (timeout >= 0) tc.deadline = std::min(tc.deadline, tc.begin + duration_of(timeout));
+    if (is_limited) tc.deadline = std::min(tc.deadline, tc.begin + duration_of(timeout));
     verdict = verdict_of(row, tc, argc, argv, kept.data());
   }
   check_run_goes_on();

@@ -186,7 +186,7 @@ bool run_once(const SuiteOptions& options, Program& program, const char* control
     arrange(options, program);
   }
   if (options.explore) return explore(program.testcases, options.explore, options.seed);
-  const double together = program.is_planned ? options.timeout : -1;
+  const double together = program.is_planned ? options.timeout : lumo_duration_forever_c;
   if (options.jobs > 1)
     return run_in_processes(program.testcases, options.jobs, options.until_fail, together);
   if (program.is_planned) limit_time(options, "control part");
@@ -287,7 +287,7 @@ namespace {
 // Those that the patterns choose, a name each.
 int list_selected(const SuiteOptions& options) {
   std::vector<Selected> selected;
-  if (!select_testcases(options.testcases, -1, selected)) return start_fault;
+  if (!select_testcases(options.testcases, options.timeout, selected)) return start_fault;
   for (const Selected& s : selected) std::printf("%s\n", s.full_name().c_str());
   return 0;
 }

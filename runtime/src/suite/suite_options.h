@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "lumos.h"
+
 namespace lumos {
 
 class Reporter;
@@ -16,7 +18,7 @@ struct SuiteOptions {
   bool version = false;
   std::vector<std::string> testcases;  // "name" or "module.name", patterns, "!" for what is left out
   bool testcases_of_file = false;      // they stand in a configuration file
-  double timeout = -1;                 // for each of them, or the whole control part
+  double timeout = lumo_duration_forever_c;  // for each of them, or the whole control part
   long repeat = 1;
   bool until_fail = false;
   bool shuffle = false;
