@@ -66,7 +66,8 @@ bool has_consof_func(const AsnType& type) {
   if (base != TYP_SEQOF && base != TYP_SETOF) return false;
   bool sized = false;
   forEachLocalTypeConstraint(type, [&](const AsnConstraint& constraint, int) {
-    sized = sized || getConstraintKind(constraint) == kSize;
+    sized =
+        sized || getConstraintKind(constraint) == kSize || SizeSetOfConstraint(type, constraint).constrained;
   });
   return sized || (isReference(type) && has_consof_func(forSynonymType(type)));
 }
