@@ -141,7 +141,7 @@ bool select_testcases(const std::vector<std::string>& patterns, double timeout, 
     std::vector<size_t> places = names.chosen_by(p);
     if (places.empty()) return refuse(p);
     // What is named without its module is the first of that name.
-    if (!is_pattern(p)) places.resize(1);
+    if (!is_pattern(p)) places.erase(places.begin() + 1, places.end());
     for (const size_t place : places)
       if (!left_out[place]) list.push_back(selected_of(all[place], timeout));
   }
