@@ -127,7 +127,8 @@ def check_sources(place, example):
         sys.exit("a file of the user's in the folder has it built again, or is removed")
     include = place.program.parent.parent / "include"
     subprocess.run(f"cc -I'{include}' -c adapter.c -o ad.o && ar rcs adapter.a ad.o", shell=True, check=True, cwd=place.folder)
-    place.run("Root.ttcn", "adapter.a", out="value 5")
+    if not place.flags:  # which replace the makefile's flags of the linker
+        place.run("Root.ttcn", "adapter.a", out="value 5")
     odd = place.folder / "it's $(odd); #"
     odd.mkdir()
     shutil.copy(place.folder / "adapter.c", odd / "an adapter.c")
