@@ -8,6 +8,7 @@ files, and the selection of codecs, of which each one's C must compile.
 import argparse
 import os
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -80,6 +81,12 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual([one.wait() for one in running], [0] * 12)
         texts = {path.read_text() for path in self.folder.glob("out*/*t3asn.c")}
         self.assertEqual([text.count("on 02.01.1970 at 0:00.00") for text in texts], [2])
+        folder = os.stat(self.folder)
+        with socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as holder:
+            holder.bind(f"\0orvane-asn1-{folder.st_dev}-{folder.st_ino}".encode().ljust(108, b"\0"))
+            held = subprocess.Popen([ORVANE, "-F", "-A", "lib.asn"], cwd=self.folder, text=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+            self.assertEqual(held.stderr.readline(), "waiting for another compiler that works on ASN.1 in this folder\n")
+        self.assertEqual((held.communicate()[1], held.returncode), ("", 0))
 
     def test_build_avoidance(self):
         arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")

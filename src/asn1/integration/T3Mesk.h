@@ -34,7 +34,7 @@ inline constexpr const char* kCompilationOptions = "VEXA-ASN-1-compilation-optio
 /// 0.
 bool Binary_invoke(const std::vector<std::string>& arguments);
 /// What the tools exchange has fixed names in the working folder: until this process ends, others of this program that
-/// run ASN.1 tools there wait.
+/// run ASN.1 tools there wait, and say so after a second.
 void HoldWorkingFolder();
 /// Runs a command line by the shell with the tools in reach; its exit status.
 int ShellInvoke(const std::string& command);

@@ -27,6 +27,7 @@ namespace {
 constexpr const char* kChannels = "VEXA-ASN-1-std-channels.txt";
 constexpr size_t kBlock = 4095;
 constexpr useconds_t kWaitMicroseconds = 5000;
+constexpr int kTriesInSilence = 200;
 
 // The tools are installed beside the compiler: they are found there where PATH does not lead to others, and
 // also where the compiler was called by a link.
@@ -134,7 +135,11 @@ void HoldWorkingFolder() {
   std::snprintf(address.sun_path + 1, sizeof address.sun_path - 1, "orvane-asn1-%ju-%ju",
                 static_cast<uintmax_t>(folder.st_dev), static_cast<uintmax_t>(folder.st_ino));
   const auto* name = reinterpret_cast<const sockaddr*>(&address);
-  while (bind(holder, name, sizeof address) != 0 && errno == EADDRINUSE) usleep(kWaitMicroseconds);
+  for (int tries = 1; bind(holder, name, sizeof address) != 0 && errno == EADDRINUSE; ++tries) {
+    if (tries == kTriesInSilence)
+      std::fprintf(stderr, "waiting for another compiler that works on ASN.1 in this folder\n");
+    usleep(kWaitMicroseconds);
+  }
 }
 
 int ShellInvoke(const std::string& command) {
