@@ -55,7 +55,7 @@ def clock(command, folder, times=3):
 
 
 def say(what, measured, more=""):
-    print(f"{what:34} {measured[0]:8.2f} s  {measured[1]:6.3f} s of processors  {more}", flush=True)
+    print(f"{what:34} {measured[0]:8.3f} s  {measured[1]:6.3f} s of processors  {more}", flush=True)
 
 
 def measure_page(folder, page, click):
@@ -89,10 +89,10 @@ def main():
         say("run", alone)
         for form in FORMS:
             seconds = clock([*suite, f"--{form}", f"r.{form}"], folder)
-            say(f"run with --{form}", seconds, f"{(folder / f'r.{form}').stat().st_size / 1e6:.1f} MB, {seconds[0] - alone[0]:+.2f} s")
+            say(f"run with --{form}", seconds, f"{(folder / f'r.{form}').stat().st_size / 1e6:.1f} MB, {seconds[0] - alone[0]:+.3f} s")
         events = len(re.findall(r'"event":"(?!begin|end_testcase|run)', (folder / "r.json").read_text(encoding="utf-8")))
         together = clock([*suite, *(part for form in FORMS for part in (f"--{form}", f"r.{form}"))], folder)
-        say("all reports", together, f"{events} events, {together[0] - alone[0]:+.2f} s")
+        say("all reports", together, f"{events} events, {together[0] - alone[0]:+.3f} s")
         clock([*suite, "-t", "TC_chart", "--html", "chart.html"], folder, 1)
         if shutil.which("chromium"):
             os.rename(folder / "r.html", folder / "page.html")

@@ -79,7 +79,7 @@ class Json : public Reporter {
     if (!text.empty()) at = written(written(at, ",\"text\":"), text);
     if (!e.octets.empty()) at = written(write_hex(written(at, ",\"octets\":\""), e.octets), "\"");
     rows_.end_at(written(at, "}\n"));
-    file_.write_rows(rows_, enough_rows);
+    file_.pass_on();
   }
   void test_case_ends(const Result& r) override {
     put_head(rows_, "end_testcase");
@@ -93,7 +93,6 @@ class Json : public Reporter {
     end_line();
   }
   void run_ends(const Results& results) override {
-    file_.write_rows(rows_);
     file_.format("{\"event\":\"run_ends\",\"testcases\":%zu,\"bad\":%zu}\n", results.size(), results.bad());
     file_.complete();
   }
@@ -101,12 +100,12 @@ class Json : public Reporter {
  private:
   void end_line() {
     rows_.put("}\n");
-    file_.write_rows(rows_, enough_rows);
+    file_.pass_on();
   }
   static constexpr size_t room_of_words = 40;
-  Row rows_;
   MadeOf<SpotText> spots_;
   ReportFile file_;
+  Row& rows_ = file_.rows();
 };
 
 }  // namespace

@@ -38,7 +38,7 @@ class Pcap : public Reporter {
     put_native(rows_, 0);
     put_native(rows_, 262144);
     put_native(rows_, 101);  // raw IP
-    if (is_open()) file_.write_rows(rows_);
+    if (is_open()) file_.pass_on();
   }
   bool is_open() const { return file_.is_open(); }
 
@@ -52,7 +52,6 @@ class Pcap : public Reporter {
     if (way.first.ports) packet(e, way.first, e.octets.empty() && outward ? e.text : e.octets);
   }
   void run_ends(const Results&) override {
-    file_.write_rows(rows_);
     file_.complete();
   }
 
@@ -90,10 +89,10 @@ class Pcap : public Reporter {
                               htonl((length - 20) << 16)};
     rows_.put({reinterpret_cast<const char*>(words), sizeof words});
     rows_.put(octets);
-    file_.write_rows(rows_, enough_rows);
+    file_.pass_on();
   }
-  Row rows_;
   ReportFile file_;
+  Row& rows_ = file_.rows();
   MadeOf<Way> ways_;
   std::map<std::string, uint32_t, std::less<>> ports_;
 };

@@ -63,20 +63,20 @@ bool is_standard_output(const std::string& path) {
 
 ReportFile::ReportFile(const std::string& path) : path_(path) {
   if (is_standard_output(path)) {
-    file_ = stdout;
+    descriptor_ = STDOUT_FILENO;
     return;
   }
   if (!is_special_place(path)) beside_ = path + "." + std::to_string(getpid()) + ".part";
   if (!beside_.empty()) remove_left_behind(path);
-  file_ = std::fopen(beside_.empty() ? path.c_str() : beside_.c_str(), "we");
+  descriptor_ = open(beside_.empty() ? path.c_str() : beside_.c_str(),
+                     O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   is_owned_ = true;
-  if (file_ && !beside_.empty()) flock(fileno(file_), LOCK_EX | LOCK_NB);
-  if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
+  if (is_open() && !beside_.empty()) flock(descriptor_, LOCK_EX | LOCK_NB);
 }
 
 ReportFile::~ReportFile() {
-  if (!file_ || !is_owned_) return;
-  std::fclose(file_);
+  if (!is_open() || !is_owned_) return;
+  close(descriptor_);
   if (!beside_.empty()) unlink(beside_.c_str());
 }
 
@@ -87,11 +87,22 @@ void ReportFile::fail() {
   is_failed_ = some_failed = true;
 }
 
-void ReportFile::write(std::string_view text) {
-  if (is_failed_) return;
-  errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), file_) != text.size() || (!is_begun_ && std::fflush(file_)))
-    fail();
+void ReportFile::write_out(size_t size) {
+  if (!is_owned_) std::fflush(stdout);
+  for (size_t done = 0; done < size && !is_failed_;) {
+    const ssize_t n = ::write(descriptor_, rows_.text().data() + done, size - done);
+    if (n > 0) done += static_cast<size_t>(n);
+    if (n == 0) errno = ENOSPC;
+    if (n <= 0 && errno != EINTR) fail();
+  }
+  written_ += size;
+  rows_.remove_begin(is_failed_ ? rows_.size() : size);
+}
+
+// Up to the end of a page of the file, which the system takes in half the time; at first all there is.
+void ReportFile::write_waiting() {
+  constexpr size_t page = 1 << 12;
+  write_out(is_begun_ ? rows_.size() - (written_ + rows_.size()) % page : rows_.size());
   is_begun_ = true;
 }
 
@@ -104,21 +115,27 @@ void ReportFile::format(const char* format, ...) {
   write(text);
 }
 
+// Where a report stands there already the two change places first: one that is renamed over another is
+// written to the disk at once by many systems, which takes longer than all the rest.
+void ReportFile::put_in_place() {
+  const bool is_exchanged =
+      renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, path_.c_str(), RENAME_EXCHANGE) == 0;
+  if (!is_exchanged && std::rename(beside_.c_str(), path_.c_str()) == 0) return;
+  if (!is_exchanged) fail();
+  unlink(beside_.c_str());
+}
+
 void ReportFile::complete() {
-  errno = 0;
-  FILE* file = file_;
-  if (!is_owned_) {
-    if (std::fflush(file)) fail();
-    return;
-  }
-  file_ = nullptr;
-  const bool is_closed = std::fclose(file) == 0;
-  if (!is_closed || is_failed_) {
-    fail();
-    if (!beside_.empty()) unlink(beside_.c_str());
-  } else if (!beside_.empty() && std::rename(beside_.c_str(), path_.c_str()) != 0) {
-    fail();
+  write_out(rows_.size());
+  if (!is_owned_) return;
+  const bool is_closed = close(descriptor_) == 0;
+  descriptor_ = -1;
+  if (!is_closed) fail();
+  if (beside_.empty()) return;
+  if (is_failed_) {
     unlink(beside_.c_str());
+  } else {
+    put_in_place();
   }
 }
 

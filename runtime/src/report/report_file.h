@@ -3,6 +3,7 @@
 // directly.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -15,33 +16,39 @@ namespace lumos {
 // An empty path, "-", or the device of that name.
 bool is_standard_output(const std::string& path);
 
-// So many octets are worth a call.
-constexpr size_t enough_rows = 1 << 17;
-
 class ReportFile {
  public:
   // is_open tells whether it could be opened.
   explicit ReportFile(const std::string& path);
   ~ReportFile();
   ReportFile(const ReportFile&) = delete;
-  bool is_open() const { return file_ != nullptr; }
-  void write(std::string_view text);
-  // And clears them, if they have at least so many octets.
-  void write_rows(Row& rows, size_t least = 0) {
-    if (rows.size() < least) return;
-    write(rows.text());
-    rows.clear();
+  bool is_open() const { return descriptor_ >= 0; }
+  // What was put there goes to the file with the next call of write or pass_on.
+  Row& rows() { return rows_; }
+  // Writes what waits, as soon as it is worth a call.
+  void pass_on() {
+    if (!is_begun_ || rows_.size() >= enough) write_waiting();
+  }
+  void write(std::string_view text) {
+    rows_.put(text);
+    pass_on();
   }
   void format(const char* format, ...) __attribute__((format(printf, 2, 3)));
   // Puts the file in its place. A failure is told on standard error, and reports_failed() says so.
   void complete();
 
  private:
+  static constexpr size_t enough = 1 << 17;
+  void write_waiting();
+  void write_out(size_t size);
+  void put_in_place();
   void fail();
   std::string path_, beside_;
-  FILE* file_ = nullptr;
+  int descriptor_ = -1;
   bool is_owned_ = false, is_failed_ = false;
   bool is_begun_ = false;  // the first piece is written at once: what cannot be written is told at the start
+  Row rows_;
+  uint64_t written_ = 0;
 };
 
 // What is to stand further down in a report. Where it becomes much it lies in a file, so that it takes no

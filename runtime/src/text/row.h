@@ -16,6 +16,10 @@ class Row {
   std::string_view text() const { return {room_.data(), used_}; }
   size_t size() const { return used_; }
   void clear() { used_ = 0; }
+  void remove_begin(size_t size) {
+    used_ -= size;
+    std::memmove(room_.data(), room_.data() + size, used_);
+  }
 
   void put(std::string_view text) {
     written(room(text.size()), text);
