@@ -13,11 +13,13 @@ import subprocess
 from pathlib import Path
 
 SEE_ALSO = ("orvane (1)", "orvane-run (1)", "orvane-suite (1)", "mcfg (5)")
+# Documents that are pages.
+PAGES = {"usage.md": "orvane(1)", "results.md": "orvane-suite(1)", "runtime.md": "orvane-suite(1)", "mcfg.md": "mcfg(5)"}
 
 
 def roff(text):
     text = text.replace("\\", "\\e").replace("-", "\\-")
-    text = re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", text)
+    text = re.sub(r"\[([^\]]*)\]\(([^)]*)\)", lambda link: PAGES.get(link[2], link[1]), text)
     text = re.sub(r"\*\*([^*]+)\*\*", r"\\fB\1\\fR", text)
     text = re.sub(r"`([^`]*)`", r"\\fB\1\\fR", text)
     return "\\&" + text if text[:1] in ".'" else text
@@ -113,18 +115,27 @@ def main():
     def write(name, section, title, *parts):
         head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
         others = [f".BR {page}" for page in SEE_ALSO if not page.startswith(f"{name} ")]
+        others[-1] += "\n.PP\nOther documents, and examples, lie in\n.I share/doc/orvane\nof the installation."
         (folder / f"{name}.{section}").write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
 
-    def document(name, chapter=None):
-        """The body of a page; of the document the lines behind a heading up to the next one."""
-        text = (docs / name).read_text(encoding="utf-8")
+    def document(name, chapter=None, without=()):
+        """The body of a page: the document, or one chapter of it, which begin with a line of heading."""
+        chapters = re.split(r"(?m)^(?=## )", (docs / name).read_text(encoding="utf-8"))
+        heads = [text.split("\n")[0].lstrip("# ") for text in chapters]
         if chapter:
-            text = text[text.index(f"\n## {chapter}\n") + 1:]
-            text = text[:text.index("\n## ")]
-        return page_of(text)
+            return page_of(chapters[heads.index(chapter)])
+        left = [text for head, text in zip(heads, chapters) if head not in without]
+        assert len(left) + len(without) == len(chapters), name
+        return page_of("".join(left))
 
-    write("orvane", 1, "compiler from TTCN\\-3 to C", ".SH DESCRIPTION", document("usage.md"), ".SH OPTIONS",
-          help_of(options.orvane, "-h"))
+    def command_of(name, chapter):
+        """The first example of a chapter."""
+        return ".SH SYNOPSIS\n" + roff(re.search(r"(?m)^    (.*)$", (docs / name).read_text(encoding="utf-8").split(f"## {chapter}\n")[1])[1])
+
+    run, line = "From sources to verdicts: orvane-run", "The command line"
+
+    write("orvane", 1, "compiler from TTCN\\-3 to C", command_of("usage.md", line), ".SH DESCRIPTION\nCompiles modules of TTCN\\-3 and ASN.1 to C.",
+          document("usage.md", without=(run, line)), ".SH OPTIONS", help_of(options.orvane, "-h"))
     write("orvane-suite", 1, "executable test suites", ".SH SYNOPSIS\n.I suite\n[options]\n.SH OPTIONS",
           suite_options(options.suite), ".SH RESULTS", document("results.md"), ".SH DESCRIPTION", document("runtime.md"))
     write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
@@ -139,8 +150,8 @@ def main():
             text = text.replace(f"@{name}_VALUES@", " ".join(f"{word}:{row[-1]}" for row in table if row[-1] for word in row[:-1]))
         made.write_text(text, encoding="utf-8")
     if options.run:
-        write("orvane-run", 1, "compile, build and run a test suite", ".SH DESCRIPTION", document("usage.md", "From sources to verdicts: orvane-run"),
-              ".SH OPTIONS", help_of(options.run, "--help"))
+        write("orvane-run", 1, "compile, build and run a test suite", command_of("usage.md", run), ".SH DESCRIPTION",
+              document("usage.md", run), ".SH OPTIONS", help_of(options.run, "--help"))
 
 
 if __name__ == "__main__":

@@ -178,6 +178,9 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
         expect("ERROR" not in lint and "WARNING" not in lint, lint)
     suite_page = (prefix / "share/man/man1/orvane-suite.1").read_text()
     expect(all(word.replace("-", "\\-") in suite_page for word in ("--explore", "--junit", "--shard")), "options in the manual")
+    documents = prefix / "share/doc/orvane/docs"
+    links = [(page.name, link) for page in documents.glob("*.md") for link in re.findall(r"\]\(([^):#]+)\)", page.read_text())]
+    expect(links and all((documents / link).exists() for _, link in links), f"links of installed documents: {links}")
     grammar = json.loads((prefix / "share/orvane/editors/ttcn3.tmLanguage.json").read_text())
     check_editors(prefix / "share/orvane/editors", grammar, folder, environment)
     (folder / "a b.ttcn").touch()
@@ -187,9 +190,10 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     for words in asked:
         script += f"COMP_WORDS=(orvane-run {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _orvane_suite orvane-run; show\n"
     script += "COMP_WORDS=(orvane -); COMP_CWORD=1; _orvane; show\n"
+    script += "COMP_WORDBREAKS=: COMP_WORDS=(orvane -C BER : 1997-); COMP_CWORD=4; _orvane; show\n"
     (folder / "complete.sh").write_text(script)
     words = run("bash complete.sh", folder, environment).splitlines()
-    expect(all(text in word for text, word in zip([*asked.values(), "-F,"], words, strict=True)), f"completion: {words}")
+    expect(all(text in word for text, word in zip([*asked.values(), "-F,", "1997-length-form-3"], words, strict=True)), f"completion: {words}")
     if shutil.which("dpkg-deb") and shutil.which("cpack"):
         run(f"umask 077; cpack -G DEB --config {build}/CPackConfig.cmake -B package", out)
         listed = run("dpkg-deb -c package/*.deb", out)

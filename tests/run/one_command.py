@@ -108,6 +108,8 @@ def check_arguments(place):
     place.run("--root=Root", "-d.forms", *both, "--config", out="Root.TC: pass .*\n1 test case")
     place.write("Odd.txt", SUITE % ("makefile", "", "pass"))
     place.run("--ttcn=Odd.txt", out="makefile.TC: pass ")
+    place.write("Long.ttcn", SUITE % ("L" * 241, "", "pass"))
+    place.run("Long.ttcn", status=2, err="LLL... is too long for files in .orvane-run, which takes 240 characters")
     place.run("Root.ttcn", "missing.c", status=2, err="missing.c: No such file")
 
 

@@ -289,9 +289,9 @@ def check_reports(suite):
     check([e["verdict"] for e in events if e["event"] == "end_testcase"][3] == "fail", "JSON")
     check_has(suite.read("c.info"), ["BRDA:32,0,0,1\nBRDA:32,0,1,0\n", "DA:35,0\n", "DA:33,1\n", "FNDA:0,TC_echo\n",
                                       "FNDA:2,kind_of\n", "BRDA:123,0,0,0\nBRDA:125,0,0,2\n",
-                                      "FNDA:10,idle\n", "FNDA:4,beside\n",
+                                      "FNDA:12,idle\n", "FNDA:4,beside\n", "DA:134,4\nDA:135,4\nDA:136,4\n",
                                       "BRDA:134,0,0,2\nBRDA:134,0,1,2\nBRDA:134,1,0,2\nBRDA:134,1,1,0\nBRDA:134,2,0,2\nBRDA:134,2,1,2\n"
-                                      "BRDA:135,0,0,4\nBRDA:135,1,0,0\n"], "coverage")
+                                      "BRDA:135,0,0,4\nBRDA:135,1,0,0\nBRDA:136,0,0,2\nBRDA:136,0,1,2\n"], "coverage")
     check("DA:133," not in suite.read("c.info"), "coverage of a declaration without a value")
     os.rename(suite.path("Outcome.c"), suite.path("kept.c"))
     suite.run("-p times=2 --coverage c.info")

@@ -60,6 +60,17 @@ void RefuseEqualObjects(const Suite& suite) {
   }
 }
 
+/// Files have the names of their modules, and while they are made, a linker's ".run.tmp1234567" behind them.
+void RefuseLongNames(const Suite& suite) {
+  constexpr size_t kAdded = 15, kShown = 40;
+  const long limit = pathconf(suite.request.folder.c_str(), _PC_NAME_MAX);
+  for (const Module& module : suite.modules)
+    if (limit > 0 && module.name.size() + kAdded > static_cast<size_t>(limit))
+      throw "the name of module " + module.name.substr(0, kShown) + "... is too long for files in " +
+          suite.request.folder + ", which takes " + std::to_string(static_cast<size_t>(limit) - kAdded) +
+          " characters";
+}
+
 /// The library has substitutes for what an adapter leaves out. So that an adapter in an archive is found
 /// before them, its functions are named.
 std::string AdapterFlags(const Suite& suite) {
@@ -259,6 +270,7 @@ int Run(int argc, char** argv) {
   setenv("OSTYPE", "linux", 1);
   const Suite suite = MakeSuite(std::move(request));
   BuildFolder folder(suite.request.folder);
+  RefuseLongNames(suite);
   folder.Prepare(Setup(suite), suite.request.Files());
   const int status = Build(suite, folder);
   if (status != 0) TakeBack(suite, folder.path());

@@ -12,6 +12,13 @@ namespace lumos {
 struct CodeBlock {
   unsigned long line;       // of the code, where the block is entered
   unsigned long statement;  // where the statement before it in the text says that it is reached; 0 for none
+  unsigned long end;        // of the source, where its brace is closed; 0 for a block of the code only
+  bool is_interleaved;      // there may be copies, for each order of what an interleave holds
+};
+
+struct CodeStatement {
+  unsigned long line, source;  // where the code says that a line of the source is reached
+  bool is_counted;             // not where a block ends, or what was reached before goes on waiting
 };
 
 struct CodeFunction {
@@ -19,6 +26,7 @@ struct CodeFunction {
   unsigned long line = 0;         // of the source
   unsigned long body = 0;         // of the code, where the body is entered; 0 for none
   std::vector<CodeBlock> blocks;  // those that have braces in the source
+  std::vector<CodeStatement> statements;
 };
 
 struct CodeScan {

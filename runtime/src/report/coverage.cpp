@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -169,35 +170,55 @@ std::string text_of(const std::string& path) {
 struct FunctionCount {
   uint64_t calls = 0;
   struct Block {
+    // Where it ends in the source, and whether it is one of copies.
+    std::pair<unsigned long, bool> place;
     uint64_t entered, before;
   };
   std::vector<Block> blocks;
 };
-// By file, name and line in the source.
-using FunctionCounts = std::map<std::tuple<std::string, std::string, unsigned long>, FunctionCount>;
+// What the code counted for a line of the source: each time, what belongs to statements, and of the places in
+// the code the one that was reached most often.
+struct ReachedLine {
+  uint64_t all = 0, of_statements = 0, most = 0;
+};
+struct CodeCounts {
+  // By file, name and line in the source.
+  std::map<std::tuple<std::string, std::string, unsigned long>, FunctionCount> functions;
+  std::map<std::string, std::map<unsigned long, ReachedLine>> lines;  // by file
+};
 
 // Nothing where the code is no longer what was compiled.
-void add_functions(const std::string& path, const Lines& lines, FunctionCounts& all) {
+void add_code(const std::string& path, const Lines& lines, CodeCounts& all) {
   const CodeScan scan = scan_code(text_of(found(path)));
   uint64_t known = 0, counted = 0;
   for (const unsigned long line : scan.entries) known += at(lines, line).blocks;
   for (const Count& c : lines) counted += c.blocks;
   if (known != counted) return;
   for (const CodeFunction& f : scan.functions) {
-    FunctionCount& count = all[{f.file, f.name, f.line}];
+    FunctionCount& count = all.functions[{f.file, f.name, f.line}];
     count.calls += at(lines, f.body).blocks;
     for (const CodeBlock& b : f.blocks)
-      count.blocks.push_back({at(lines, b.line).blocks, at(lines, b.statement).hits});
+      count.blocks.push_back(
+          {{b.end, b.is_interleaved}, at(lines, b.line).blocks, at(lines, b.statement).hits});
+    for (const CodeStatement& s : f.statements) {
+      ReachedLine& line = all.lines[f.file][s.source];
+      const uint64_t hits = at(lines, s.line).hits;
+      line.all += hits;
+      if (!s.is_counted) continue;
+      line.of_statements += hits;
+      line.most = std::max(line.most, hits);
+    }
   }
 }
 
 // One file of the source.
 class FileCoverage {
  public:
-  FileCoverage(const std::string& given, const Lines& lines, const FunctionCounts& code, ReportFile& out)
+  FileCoverage(const std::string& given, const Lines& lines, const CodeCounts& code, ReportFile& out)
       : lines_(lines), out_(out) {
     const std::string path = found(given);
     scan_ = scan_source(text_of(path));
+    if (const auto place = code.lines.find(given); place != code.lines.end()) reached_ = place->second;
     code_.resize(scan_.functions.size());
     in_code_.resize(scan_.blocks.size());
     for (size_t i = 0; i < code_.size(); ++i) code_[i] = counts_of(given, scan_.functions[i], code);
@@ -215,17 +236,33 @@ class FileCoverage {
   using BlockCount = FunctionCount::Block;
   Count of(unsigned long line) const { return at(lines_, line); }
   static const FunctionCount* counts_of(const std::string& file, const SourceFunction& f,
-                                        const FunctionCounts& code) {
-    const auto found = code.find({file, f.name, f.line});
-    return found == code.end() ? nullptr : &found->second;
+                                        const CodeCounts& code) {
+    const auto found = code.functions.find({file, f.name, f.line});
+    return found == code.functions.end() ? nullptr : &found->second;
   }
-  // The blocks of a function go with those of its code by their order, where these are as many.
+  // The blocks of a function that end on the same line go with those of its code by their order, and one of
+  // an interleave with its copies.
   void find_blocks() {
-    std::vector<std::vector<size_t>> blocks(code_.size());
-    for (size_t i = 0; i < scan_.blocks.size(); ++i) blocks[scan_.blocks[i].function].push_back(i);
-    for (size_t f = 0; f < code_.size(); ++f) {
-      if (!code_[f] || code_[f]->blocks.size() != blocks[f].size()) continue;
-      for (size_t i = 0; i < blocks[f].size(); ++i) in_code_[blocks[f][i]] = &code_[f]->blocks[i];
+    std::map<std::pair<size_t, std::pair<unsigned long, bool>>, std::vector<size_t>> blocks;
+    for (size_t i = 0; i < scan_.blocks.size(); ++i) {
+      const SourceBlock& b = scan_.blocks[i];
+      blocks[{b.function, {b.end, b.is_interleaved}}].push_back(i);
+    }
+    for (const auto& [place, numbers] : blocks)
+      if (code_[place.first]) find_in_code(code_[place.first]->blocks, place.second, numbers);
+  }
+  void find_in_code(const std::vector<BlockCount>& code, const std::pair<unsigned long, bool>& place,
+                    const std::vector<size_t>& numbers) {
+    std::vector<BlockCount> found;
+    for (const BlockCount& b : code)
+      if (b.place == place) found.push_back(b);
+    const bool are_copies = place.second && numbers.size() == 1;
+    if (!are_copies && found.size() != numbers.size()) return;
+    for (size_t i = 0; i < found.size(); ++i) {
+      std::optional<BlockCount>& sum = in_code_[numbers[are_copies ? 0 : i]];
+      if (!sum) sum = BlockCount{place, 0, 0};
+      sum->entered += found[i].entered;
+      sum->before += found[i].before;
     }
   }
 
@@ -242,13 +279,17 @@ class FileCoverage {
     out_.format("FNF:%zu\nFNH:%zu\n", scan_.functions.size(), reached);
   }
 
-  static bool has_own_line(const SourceBlock& b) {
-    return b.first && b.first != b.statement && b.first != b.opener;
+  bool has_own_line(const SourceBlock& b) const {
+    return b.first && b.first != b.statement && b.first != b.opener && statements_of(b.first) == 1;
+  }
+  size_t statements_of(unsigned long line) const {
+    const auto place = scan_.statements.find(line);
+    return place == scan_.statements.end() ? 0 : place->second;
   }
   uint64_t entered(size_t block) const {
     const SourceBlock& b = scan_.blocks[block];
     return in_code_[block]   ? in_code_[block]->entered
-           : has_own_line(b) ? of(b.first).hits
+           : has_own_line(b) ? hits_of(b.first)
                              : of(b.statement).blocks;
   }
   // The blocks of one statement are its ways; where an "else" is missing that is one more. Those of a line
@@ -282,8 +323,8 @@ class FileCoverage {
     return taken;
   }
   uint64_t not_taken(size_t last, uint64_t taken) const {
-    const BlockCount* code = in_code_[last];
-    const uint64_t reached = code ? code->before : of(scan_.blocks[last].statement).hits;
+    const std::optional<BlockCount>& code = in_code_[last];
+    const uint64_t reached = code ? code->before : hits_of(scan_.blocks[last].statement);
     if (code) taken = code->entered;
     return reached > taken ? reached - taken : 0;
   }
@@ -298,13 +339,19 @@ class FileCoverage {
     }
     branches_ += taken.size();
   }
+  // How often the statement was reached that begins there; of several the one that was reached most often.
+  uint64_t hits_of(unsigned long line) const {
+    const auto place = reached_.find(line);
+    if (place == reached_.end() || place->second.all != of(line).hits) return of(line).hits;
+    return statements_of(line) > 1 ? place->second.most : place->second.of_statements;
+  }
   void lines() {
-    std::vector<unsigned long> all = scan_.statements;
-    for (unsigned long i = 1; all.empty() && i < lines_.size(); ++i)
-      if (lines_[i].hits) all.push_back(i);
+    std::map<unsigned long, size_t> all = scan_.statements;
+    for (unsigned long i = 1; scan_.statements.empty() && i < lines_.size(); ++i)
+      if (lines_[i].hits) all[i] = 1;
     size_t reached = 0;
-    for (unsigned long line : all) {
-      const uint64_t hits = of(line).hits;
+    for (const auto& [line, statements] : all) {
+      const uint64_t hits = hits_of(line);
       reached += hits > 0;
       out_.format("DA:%lu,%" PRIu64 "\n", line, hits);
     }
@@ -314,8 +361,9 @@ class FileCoverage {
   const Lines& lines_;
   ReportFile& out_;
   SourceScan scan_;
-  std::vector<const FunctionCount*> code_;  // by function; null where it is not known
-  std::vector<const BlockCount*> in_code_;  // by block; null where it is not known
+  std::map<unsigned long, ReachedLine> reached_;    // what is known of the code
+  std::vector<const FunctionCount*> code_;          // by function; null where it is not known
+  std::vector<std::optional<BlockCount>> in_code_;  // by block; null where it is not known
   size_t branches_ = 0, branches_taken_ = 0;
 };
 
@@ -327,8 +375,8 @@ class Coverage : public Reporter {
   bool is_open() const { return file_.is_open(); }
   void run_ends(const Results&) override {
     file_.write("TN:\n");
-    FunctionCounts code;
-    for (const auto& [path, lines] : all_counts(true)) add_functions(path, lines, code);
+    CodeCounts code;
+    for (const auto& [path, lines] : all_counts(true)) add_code(path, lines, code);
     for (const auto& [path, lines] : all_counts(false))
       if (!path.empty()) FileCoverage(path, lines, code, file_).write();
     file_.complete();

@@ -80,9 +80,12 @@ struct Level {
   // The statement that is being read.
   size_t number = 0;
   unsigned long statement = 0;
-  bool declares = false;  // which says where it stands only with an initial value
-  bool is_frame = false;  // whose braces hold alternatives, not statements
-  bool branches = false, is_if = false, is_chain = false;
+  bool is_declaration = false;
+  bool declares = false;     // which says where it stands only with an initial value
+  bool is_frame = false;     // whose braces hold alternatives, not statements
+  bool interleaves = false;  // which go in any order
+  bool holds_ways = false, is_interleaved = false;
+  bool branches = false, is_if = false, is_chain = false, is_do = false;
 };
 
 class Scanner {
@@ -90,9 +93,6 @@ class Scanner {
   explicit Scanner(std::string_view text) : tokens_(text) {}
   SourceScan run() {
     for (Token token; tokens_.next(token); last_ = token.text) take(token);
-    auto& lines = scan_.statements;
-    std::sort(lines.begin(), lines.end());
-    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
     return std::move(scan_);
   }
 
@@ -100,6 +100,11 @@ class Scanner {
   bool in_body() const { return body_ > 0; }
   void take(const Token& t) {
     const char c = t.text[0];
+    if (t.text == "else" && last_ == "[" && levels_.size() > 1) {
+      const Level& around = levels_[levels_.size() - 2];
+      if (--scan_.statements[around.statement] == 0) scan_.statements.erase(around.statement);
+    }
+    if (c == '(' && last_ == "case" && in_body()) ++scan_.statements[levels_.back().statement];
     if (c == '{' || c == '(' || c == '[') return open(t);
     if (c == '}' || c == ')' || c == ']') return close(t);
     if (!in_body()) return look_for_body(t);
@@ -107,7 +112,9 @@ class Scanner {
     if (!level.is_block) return;
     if (c == ';') {
       level.begins = true;
-      level.declares = false;
+      level.declares = level.is_declaration = false;
+    } else if (c == ',' && level.is_declaration) {
+      level.declares = true;
     } else if (t.text == ":=" && level.declares) {
       level.declares = false;
       note_statement(level, t.line);
@@ -116,6 +123,8 @@ class Scanner {
     } else if (t.text == "else") {
       level.is_chain = true;
       level.begins = false;
+    } else if (level.is_chain && !level.begins && t.text == "if") {
+      ++scan_.statements[t.line];
     } else if (level.begins || (is_branching(t.text) && !level.is_chain && last_ != "select")) {
       begin_statement(level, t);
     }
@@ -125,15 +134,19 @@ class Scanner {
   }
   void begin_statement(Level& level, const Token& t) {
     const bool is_way = t.text == "case";
+    const bool ends_loop = std::exchange(level.is_do, t.text == "do") && t.text == "while";
     level.begins = false;
     level.is_chain = false;
     level.is_if = t.text == "if";
     level.is_frame = is_any_of(t.text, {"alt", "interleave", "select"});
+    level.interleaves = t.text == "interleave";
     level.branches = is_way || is_any_of(t.text, {"if", "["});
     level.statement = t.line;
     level.number = ++statements_;
-    level.declares = is_any_of(t.text, {"var", "timer"});
-    if (!level.declares) note_statement(level, t.line, is_way);
+    level.declares = level.is_declaration = is_any_of(t.text, {"var", "timer"});
+    // of these nothing is said
+    if (!level.declares && !ends_loop && !is_any_of(t.text, {"{", "template"}))
+      note_statement(level, t.line, is_way);
     if (t.text == "select") select_ = {t.line, level.block};
     if (is_way) stand_at_case(t.line);
   }
@@ -141,14 +154,14 @@ class Scanner {
     unsigned long& first =
         level.block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[level.block].first;
     if (!first) first = line;
-    if (!is_way) scan_.statements.push_back(line);
+    if (!is_way) last_noted_ = line, ++scan_.statements[line];
   }
   // A selection is reached where its first case is looked at.
   void stand_at_case(unsigned long line) {
     const auto [select, block] = select_;
     select_ = {0, SIZE_MAX};
-    if (!select || scan_.statements.back() != select) return;
-    scan_.statements.back() = line;
+    if (!select || last_noted_ != select) return;
+    if (--scan_.statements[select] == 0) scan_.statements.erase(select);
     unsigned long& first = block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[block].first;
     if (first == select) first = line;
   }
@@ -193,13 +206,17 @@ class Scanner {
     if (around.begins) begin_statement(around, t);
     level.is_block = level.begins = true;
     level.block = around.is_frame ? around.block : scan_.blocks.size();
+    level.holds_ways = around.is_frame;
+    level.is_interleaved = around.is_interleaved || (around.is_frame && around.interleaves);
     if (around.is_frame) return;
-    scan_.blocks.push_back({scan_.functions.size() - 1, around.number, around.statement, t.line, 0,
-                            around.branches, around.is_if, last_ == "else"});
+    scan_.blocks.push_back({scan_.functions.size() - 1, around.number, around.statement, t.line, 0, 0,
+                            around.branches, around.is_if, last_ == "else", level.is_interleaved});
   }
-  void close(const Token&) {
+  void close(const Token& t) {
     if (levels_.empty()) return;
     const bool was_block = levels_.back().is_block;
+    if (was_block && levels_.back().block != SIZE_MAX && !levels_.back().holds_ways)
+      scan_.blocks[levels_.back().block].end = t.line;
     levels_.pop_back();
     if (!was_block) return;
     --body_;
@@ -211,6 +228,7 @@ class Scanner {
   std::vector<Level> levels_;
   std::string_view last_;
   std::pair<unsigned long, size_t> select_{0, SIZE_MAX};  // the line of one, and the block that it stands in
+  unsigned long last_noted_ = 0;
   bool is_pending_ = false;
   size_t body_ = 0, statements_ = 0;
 };

@@ -2,6 +2,7 @@
 // the text alone: braces, brackets and what begins behind them.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,12 @@ struct SourceBlock {
   size_t number;            // of the statement, or alternative, that it belongs to
   unsigned long statement;  // line of that
   unsigned long opener;     // line of its brace
+  unsigned long end;        // line of the brace that closes it
   unsigned long first;      // line of the first statement in it; 0 for none
   bool is_way;              // one of several: of if, alt, select
   bool may_be_none;         // an if: where its last block is no "else", no way may be taken
   bool is_else;
+  bool is_interleaved;  // one that an interleave holds
 };
 
 struct SourceFunction {
@@ -25,7 +28,7 @@ struct SourceFunction {
 };
 
 struct SourceScan {
-  std::vector<unsigned long> statements;  // lines, in order, each once
+  std::map<unsigned long, size_t> statements;  // lines, and how many begin there
   std::vector<SourceBlock> blocks;
   std::vector<SourceFunction> functions;
 };
