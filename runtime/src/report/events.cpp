@@ -176,8 +176,8 @@ void tell_run_begins() {
   for (auto& reporter : reporters()) reporter->run_begins();
 }
 
-void tell_begin(const std::string& module, const std::string& name, Time begin) {
-  for (auto& reporter : reporters()) reporter->test_case_begins(module, name, begin);
+void tell_begin(const Execution& execution) {
+  for (auto& reporter : reporters()) reporter->test_case_begins(execution);
 }
 
 void tell(const Event& event) {

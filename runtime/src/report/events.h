@@ -32,14 +32,22 @@ inline std::string short_text(const Place& place) {
   return short_text(place.file, place.line);
 }
 
-// What came out of a test case.
-struct Result {
+// One execution of a test case.
+struct Execution {
   std::string module, name;
+  Time begin = 0;
+  std::optional<uint64_t> seed;  // of its schedule, where that is explored
+  std::string full_name() const { return module + "." + name; }
+  // Explored schedules are told apart: "Suite.TC_a (seed 7)", for the module and for its name alone.
+  std::string own_name() const { return name + (seed ? " (seed " + std::to_string(*seed) + ")" : ""); }
+  std::string full_own_name() const { return module + "." + own_name(); }
+};
+// What came out of it.
+struct Result : Execution {
   lumo_verdict_t verdict = lumo_verdict_none_c;
   std::string reason;
   Place place;  // where the verdict was decided
-  Time begin = 0, duration = 0;
-  std::string full_name() const { return module + "." + name; }
+  Time duration = 0;
 };
 const char* verdict_name(lumo_verdict_t verdict);
 inline bool is_good(lumo_verdict_t verdict) {
@@ -133,7 +141,7 @@ class Reporter {
   virtual bool wants_log() const { return wants_events(); }
   // Nothing keeps the run from running any more.
   virtual void run_begins() {}
-  virtual void test_case_begins(const std::string& /*module*/, const std::string& /*name*/, Time /*begin*/) {}
+  virtual void test_case_begins(const Execution&) {}
   virtual void event(const Event&) {}
   virtual void test_case_ends(const Result&) {}
   // Nothing happens for a while: what waits to be told elsewhere is.
@@ -151,7 +159,7 @@ void drop_reporters();
 void cancel_reporters();
 
 void tell_run_begins();
-void tell_begin(const std::string& module, const std::string& name, Time begin);
+void tell_begin(const Execution& execution);
 // An event of the current task, here and now.
 void tell(EventKind kind, std::string_view name, std::string_view peer = {}, std::string_view text = {},
           std::string_view octets = {});

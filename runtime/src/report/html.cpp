@@ -26,8 +26,8 @@ class Html : public Reporter {
   bool is_open() const { return file_.is_open(); }
 
   bool wants_events() const override { return true; }
-  void test_case_begins(const std::string&, const std::string&, Time begin) override {
-    last_ = begin - run_start().clock;
+  void test_case_begins(const Execution& execution) override {
+    last_ = execution.begin - run_start().clock;
     is_inside_ = true;
   }
   void event(const Event& e) override {
@@ -56,7 +56,7 @@ class Html : public Reporter {
     file_.write(events_.text());
     file_.write("]</script>\n");
     cases_.put(number_ > 1 ? ",\n[" : "[");
-    cases_.put_json(r.full_name());
+    cases_.put_json(r.full_own_name());
     add(cases_, verdict_name(r.verdict));
     cases_.put(',');
     cases_.end_at(write_time(cases_.room(number_room + 1), r.duration));

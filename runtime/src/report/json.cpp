@@ -60,10 +60,10 @@ class Json : public Reporter {
   bool is_open() const { return file_.is_open(); }
 
   bool wants_events() const override { return true; }
-  void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
+  void test_case_begins(const Execution& e) override {
     put_head(rows_, "begin");
-    rows_.put_seconds(begin - run_start().clock);
-    member(rows_, ",\"testcase\":", module + "." + name);
+    rows_.put_seconds(e.begin - run_start().clock);
+    put_test_case(e);
     end_line();
   }
   void event(const Event& e) override {
@@ -85,7 +85,7 @@ class Json : public Reporter {
     put_head(rows_, "end_testcase");
     rows_.put_seconds(r.begin + r.duration - run_start().clock);
     put_place(rows_, r.place.file, r.place.line);
-    member(rows_, ",\"testcase\":", r.full_name());
+    put_test_case(r);
     member(rows_, ",\"verdict\":", verdict_name(r.verdict));
     member(rows_, ",\"text\":", r.reason);
     rows_.put(",\"duration\":");
@@ -98,6 +98,10 @@ class Json : public Reporter {
   }
 
  private:
+  void put_test_case(const Execution& e) {
+    member(rows_, ",\"testcase\":", e.full_name());
+    if (e.seed) rows_.put(",\"seed\":" + std::to_string(*e.seed));
+  }
   void end_line() {
     rows_.put("}\n");
     file_.pass_on();

@@ -43,7 +43,7 @@ class Junit : public Reporter {
   bool is_open() const { return file_.is_open(); }
 
   bool wants_log() const override { return true; }
-  void test_case_begins(const std::string&, const std::string&, Time) override { log_.clear(); }
+  void test_case_begins(const Execution&) override { log_.clear(); }
   void event(const Event& event) override {
     if (log_.size() >= most_entries) return;
     const Spot& spot = *event.spot;
@@ -100,7 +100,7 @@ class Junit : public Reporter {
     return found->second;
   }
   std::string case_text(const Result& result) const {
-    std::string text = "    <testcase name=\"" + xml_text(result.name) + "\" classname=\"" +
+    std::string text = "    <testcase name=\"" + xml_text(result.own_name()) + "\" classname=\"" +
                        xml_text(result.module) + "\" time=\"" + six_decimals(result.duration) + "\"";
     if (is_good(result.verdict)) return text + "/>\n";
     const std::string element = result.verdict == lumo_verdict_error_c ? "error" : "failure";

@@ -18,7 +18,7 @@ class Tap : public Reporter {
 
   void test_case_ends(const Result& result) override {
     file_.format("%sok %zu - ", is_good(result.verdict) ? "" : "not ", ++count_);
-    file_.write(result.full_name() + "\n");
+    file_.write(result.full_own_name() + "\n");
     if (is_good(result.verdict)) return;
     file_.format("  ---\n  verdict: %s\n  duration: %s\n", verdict_name(result.verdict),
                  six_decimals(result.duration).c_str());

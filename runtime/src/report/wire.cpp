@@ -138,13 +138,11 @@ class Wire : public Reporter {
     pass_on();
   }
 
-  void test_case_begins(const std::string& module, const std::string& name, Time begin) override {
+  void test_case_begins(const Execution& e) override {
     tag(Tag::begin);
-    text(module);
-    text(name);
-    number(static_cast<uint64_t>(begin));
+    execution(e);
     pass_on();
-    flush_in_time(begin - run_start().clock);
+    flush_in_time(e.begin - run_start().clock);
   }
   void event(const Event& e) override {
     if (sent_.of(*e.spot).second) spot(*e.spot);
@@ -181,10 +179,14 @@ class Wire : public Reporter {
     flushed_ = now;
     stream_.flush();
   }
+  void execution(const Execution& e) {
+    for (const std::string* s : {&e.module, &e.name}) text(*s);
+    for (uint64_t n : {uint64_t(e.begin), uint64_t(e.seed.has_value()), e.seed.value_or(0)}) number(n);
+  }
   void result(const Result& r) {
-    for (const std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) text(*s);
-    for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.begin), uint64_t(r.duration)})
-      number(n);
+    execution(r);
+    for (const std::string* s : {&r.reason, &r.place.file}) text(*s);
+    for (uint64_t n : {uint64_t(r.place.line), uint64_t(r.verdict), uint64_t(r.duration)}) number(n);
   }
   void spot(const Spot& s) {
     tag(Tag::spot);
@@ -256,10 +258,14 @@ class Unwire {
   std::string_view text_;
 };
 
-void tell_begin_of(Unwire& in, const WireListener& listener) {
-  const std::string module = in.text(), name = in.text();
-  const Time begin = static_cast<Time>(in.number());
-  if (in.is_good) listener.test_case_begins(module, name, begin);
+Execution execution_of(Unwire& in) {
+  Execution e;
+  for (std::string* s : {&e.module, &e.name}) *s = in.text();
+  e.begin = static_cast<Time>(in.number());
+  const bool has_seed = in.choice(1);
+  const uint64_t seed = in.number();
+  if (has_seed) e.seed = seed;
+  return e;
 }
 
 void take_spot_of(Unwire& in, Spots& spots) {
@@ -284,10 +290,10 @@ void tell_event_of(Unwire& in, const Spots& spots, const WireListener& listener)
 
 Result result_of(Unwire& in) {
   Result r;
-  for (std::string* s : {&r.module, &r.name, &r.reason, &r.place.file}) *s = in.text();
+  static_cast<Execution&>(r) = execution_of(in);
+  for (std::string* s : {&r.reason, &r.place.file}) *s = in.text();
   r.place.line = in.number();
   r.verdict = static_cast<lumo_verdict_t>(in.choice(lumo_verdict_error_c));
-  r.begin = static_cast<Time>(in.number());
   r.duration = static_cast<Time>(in.number());
   return r;
 }
@@ -306,7 +312,8 @@ void tell_record_of(Unwire& in, Spots& spots, const WireListener& listener) {
     case Tag::refusal:
       return listener.run_is_refused();
     case Tag::begin:
-      return tell_begin_of(in, listener);
+      if (const Execution e = execution_of(in); in.is_good) listener.test_case_begins(e);
+      return;
     case Tag::spot:
       return take_spot_of(in, spots);
     case Tag::event:

@@ -45,8 +45,7 @@ std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds need
 // Hears what comes from such a stream, in its order.
 struct WireListener {
   std::function<void()> run_begins = [] {};
-  std::function<void(const std::string& module, const std::string& name, Time begin)> test_case_begins =
-      tell_begin;
+  std::function<void(const Execution&)> test_case_begins = tell_begin;
   std::function<void(const Event&)> event = [](const Event& e) { tell(e); };
   std::function<void(const Result&)> test_case_ends = [](const Result&) {};
   std::function<void()> run_is_refused = [] {};

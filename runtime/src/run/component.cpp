@@ -107,6 +107,8 @@ void set_behaviour(Component& c, lumo_symbol_entry_t row, unsigned long argc, lu
 }
 
 bool start_fiber(Component& c) {
+  c.busy = c.task.polls_by_else = false;
+  c.task.steps = 0;
   c.task.fiber = new_fiber(component_entry, &c);
   return c.task.fiber != nullptr;
 }

@@ -56,7 +56,7 @@ struct Component {
   bool alive = false;                  // may be started again
   bool done = false;                   // a behaviour ended
   bool polls = false;                  // waits, but is to be woken after a while without an event
-  bool busy = false;                   // ready since its turn was over, not for an event
+  bool busy = false;                   // had a whole turn, and has not waited since
   bool is_watching = false;            // asked for the state of any component, and none has changed since
   const Component* watched = nullptr;  // the last whose state it asked for, if that has not changed since
   unsigned turn = 0;                   // of its entries among the ready ones, those of this turn count
@@ -72,8 +72,7 @@ struct Component {
 };
 
 // The running test case; null between test cases.
-struct TestCase {
-  std::string module, name;
+struct TestCase : Execution {
   std::vector<std::unique_ptr<Component>> components;  // by number - 1; mtc, system, parallel ones
   Component* mtc = nullptr;
   Component* system = nullptr;
@@ -81,7 +80,6 @@ struct TestCase {
   lumo_verdict_t verdict = lumo_verdict_none_c;
   std::string reason;
   Place place;  // where the verdict was decided
-  Time begin = 0;
   bool maps_by_itself = false;  // has no system clause: its ports are mapped at the start
   Time deadline = never;
   bool ended = false;
@@ -98,8 +96,7 @@ extern TestCase* test_case;
 extern lumo_value_t (*execute_instead)(lumo_symbol_entry_t row, const char* module, const char* testcase,
                                        unsigned long argc, lumo_value_t argv[], double timeout);
 // With it, the random numbers of a test case depend on its name and the seed only.
-extern bool has_testcase_seed;
-extern uint64_t testcase_seed;
+extern std::optional<uint64_t> testcase_seed;
 
 Results& results();
 // Told of each result as it comes; null tells nobody.

@@ -53,6 +53,7 @@ Queue ready;
 std::vector<Watcher> watchers;  // of any component
 uint64_t questions = 0;
 std::vector<Component*> polling;
+std::optional<uint64_t> explored;
 uint64_t schedule_state = 0;  // 0: the usual order
 // Of a run with another schedule, which something outside might go on with: how often it waited for that.
 unsigned idle_rounds = 0;
@@ -83,12 +84,12 @@ void end_turn() {
   Task& task = *current_task;
   pass_time(task);
   task.steps = 0;
+  task.polls_by_else = false;
   if (Component* c = task.component) {
     c->busy = true;
     make_ready(*c);
     to_scheduler();
   } else {
-    task.polls_by_else = false;
     wake_expired(now());
     check_run_goes_on();
   }
@@ -108,9 +109,6 @@ Time next_poll_interval() {
 
 void resume(Component& c) {
   c.state = State::running;
-  c.busy = false;
-  c.task.steps = 0;
-  c.task.polls_by_else = false;
   Task* scheduler_task = current_task;
   current_task = &c.task;
   switch_fiber(c.task.fiber);
@@ -183,6 +181,7 @@ void idle() {
 void schedule() {
   last_progress = now();
   simulated_poll_interval = poll_interval;
+  idle_rounds = 0;
   while (!test_case->ended) {
     take_messages_from_outside();
     check_time();
@@ -289,8 +288,13 @@ void wake_task(Task& task) {
   if (task.component) wake(*task.component);
 }
 
-void set_schedule_seed(uint64_t seed) {
-  schedule_state = seed ? seed * 2 + 1 : 0;
+void explore_schedule(std::optional<uint64_t> seed) {
+  explored = seed;
+  schedule_state = seed.value_or(0) ? *seed * 2 + 1 : 0;
+}
+
+std::optional<uint64_t> explored_seed() {
+  return explored;
 }
 
 void maybe_yield() {
@@ -340,6 +344,8 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   current_task->choosing = false;
   if (current_task->event) return;
   if (!c) return wait_in_control_part();
+  c->busy = current_task->polls_by_else = false;
+  current_task->steps = 0;
   c->state = State::waiting;
   c->polls = volatile_guards;
   if (volatile_guards && !c->is_polling) {

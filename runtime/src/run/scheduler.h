@@ -24,8 +24,9 @@ void watch_components(Component& component);
 // The state of a component changed.
 void wake_watchers(Component& changed);
 // Another schedule for each seed above 0: the next component is any that is ready, and one that tells another
-// something, or looks for events, may have to wait for its next turn first. 0 for the usual order.
-void set_schedule_seed(uint64_t seed);
+// something, or looks for events, may have to wait for its next turn first. 0 or none for the usual order.
+void explore_schedule(std::optional<uint64_t> seed);
+std::optional<uint64_t> explored_seed();
 // Behind what others can notice.
 void maybe_yield();
 

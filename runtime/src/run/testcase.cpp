@@ -89,9 +89,9 @@ void hand_back(unsigned long argc, lumo_value_t argv[], Value* kept) {
 
 lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long argc, lumo_value_t argv[],
                           Value* kept) {
-  log_format(lumo_log_msg_info_c, "test case %s.%s started", tc.module.c_str(), tc.name.c_str());
-  if (has_testcase_seed) set_random_seed(testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
-  tell_begin(tc.module, tc.name, tc.begin);
+  log_format(lumo_log_msg_info_c, "test case %s started", tc.full_own_name().c_str());
+  if (testcase_seed) set_random_seed(*testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
+  tell_begin(tc);
   test_case = &tc;
   watch_test_case(true);
   watch_deadline(tc.deadline);
@@ -107,8 +107,7 @@ lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long a
 
 lumo_value_t (*execute_instead)(lumo_symbol_entry_t, const char*, const char*, unsigned long, lumo_value_t[],
                                 double) = nullptr;
-bool has_testcase_seed = false;
-uint64_t testcase_seed = 0;
+std::optional<uint64_t> testcase_seed;
 void (*result_listener)(Result& result) = nullptr;
 
 Results& results() {
@@ -147,10 +146,10 @@ void conclude_test_case() {
     tc.reason = why;
   }
   const Time duration = now() - tc.begin;
-  log_line(lumo_log_msg_info_c, "test case " + tc.module + "." + tc.name + " finished with verdict " +
+  log_line(lumo_log_msg_info_c, "test case " + tc.full_own_name() + " finished with verdict " +
                                     verdict_name(tc.verdict) + (tc.reason.empty() ? "" : ": ") + tc.reason);
   flush_log();
-  results().push_back({tc.module, tc.name, tc.verdict, tc.reason, tc.place, tc.begin, duration});
+  results().push_back({tc, tc.verdict, tc.reason, tc.place, duration});
   test_case = nullptr;
   watch_test_case(false);
   if (result_listener) result_listener(results().back());
@@ -179,6 +178,7 @@ lumo_value_t lumo_component_execute(const char* module, const char* testcase, un
     tc.scheduler = current_fiber();
     tc.caller = current_task;
     tc.begin = now();
+    tc.seed = explored_seed();
     tc.deadline = control_deadline();
     if (is_limited) tc.deadline = std::min(tc.deadline, tc.begin + duration_of(timeout));
     verdict = verdict_of(row, tc, argc, argv, kept.data());

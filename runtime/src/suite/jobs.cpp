@@ -62,6 +62,7 @@ struct Job {
   LogBox log_box;
   std::unique_ptr<CountBox> counts{counts_lines() ? new CountBox : nullptr};
 
+  Execution execution() const { return {selected->module, selected->name, begin, selected->seed}; }
   // Code of the user that lets nothing else happen is not waited for without end.
   bool is_late() const {
     return selected->timeout >= 0 && real_time() - real_begin > duration_of(selected->timeout) + time_to_end;
@@ -106,9 +107,9 @@ bool start(Job& job, Time end) {
 bool tell_events(const Job& job, Result& result) {
   bool has_begun = false, has_result = false;
   WireReader reader;
-  reader.listener.test_case_begins = [&](const std::string& module, const std::string& name, Time begin) {
+  reader.listener.test_case_begins = [&](const Execution& execution) {
     has_begun = true;
-    tell_begin(module, name, begin);
+    tell_begin(execution);
   };
   reader.listener.test_case_ends = [&](const Result& r) {
     result = r;
@@ -116,7 +117,7 @@ bool tell_events(const Job& job, Result& result) {
   };
   const std::string written = job.wire.text();
   reader.tell(written + job.box.rest(written.size()));
-  if (!has_begun) tell_begin(job.selected->module, job.selected->name, job.begin);
+  if (!has_begun) tell_begin(job.execution());
   return has_result;
 }
 
@@ -132,8 +133,7 @@ void collect(const Job& job) {
   Result result;
   if (!tell_events(job, result)) {
     const std::string reason = "the process of the test case ended with " + end_of_process(job.status);
-    result = {job.selected->module, job.selected->name, lumo_verdict_error_c, reason, {}, job.begin,
-              job.duration};
+    result = {job.execution(), lumo_verdict_error_c, reason, {}, job.duration};
     if (ending_reason()) result.reason = ending_reason();
   }
   results().push_back(result);

@@ -24,7 +24,7 @@ bool hands_back(lumo_symbol_entry_t row) {
 lumo_value_t note(lumo_symbol_entry_t row, const char* module, const char* testcase, unsigned long argc,
                   lumo_value_t argv[], double timeout) {
   if (hands_back(row)) fault("test case '%s' hands something back", testcase);
-  Selected one{module, testcase, timeout, {}};
+  Selected one{module, testcase, timeout, {}, {}};
   for (unsigned long i = 0; i < argc; ++i)
     one.arguments.push_back(argv[i] ? copy_value(argv[i], lumo_perm_alloc_c) : nullptr);
   planned->push_back(std::move(one));

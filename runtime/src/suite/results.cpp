@@ -21,6 +21,7 @@ namespace {
 bool prints = true, shows_progress = false;
 size_t planned_cases = 0;
 int output_error = 0;
+std::atomic<bool>* shared_loss = nullptr;
 
 bool is_set(const char* variable) {
   const char* value = std::getenv(variable);
@@ -66,14 +67,16 @@ bool has_output() {
 
 void print(const std::string& text) {
   const bool is_written =
-      has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
-  if ((!is_written || std::fflush(stdout) != 0) && !output_error) output_error = errno ? errno : EIO;
+      !output_error && has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+  if (is_written && std::fflush(stdout) == 0) return;
+  if (!output_error) output_error = errno ? errno : EIO;
+  if (shared_loss) *shared_loss = true;
 }
 
 class Progress : public Reporter {
  public:
-  void test_case_begins(const std::string& module, const std::string& name, Time) override {
-    tell_running(module + "." + name);
+  void test_case_begins(const Execution& execution) override {
+    tell_running(execution.full_own_name());
   }
   void run_ends(const Results&) override { set_log_footer(""); }
 };
@@ -83,7 +86,7 @@ class Progress : public Reporter {
 std::string result_line(const Result& r, bool colored) {
   char duration[40];
   std::snprintf(duration, sizeof duration, " %.3f s", seconds_of(r.duration));
-  std::string line = r.full_name() + ": " + colored_verdict(r.verdict, colored) + duration;
+  std::string line = r.full_own_name() + ": " + colored_verdict(r.verdict, colored) + duration;
   if (is_good(r.verdict)) return line;
   const std::string place = short_text(r.place);
   if (!place.empty()) line += " " + place;
@@ -91,12 +94,14 @@ std::string result_line(const Result& r, bool colored) {
   return line;
 }
 
-static std::string lost_output(int error) {
-  return std::string("standard output cannot be written: ") + std::strerror(error);
-}
+static const std::string lost_output = "standard output cannot be written: ";
 
 bool has_lost_output(const Result& result) {
-  return result.reason == lost_output(EBADF);
+  return result.reason.starts_with(lost_output);
+}
+
+void share_lost_output(std::atomic<bool>* place) {
+  shared_loss = place;
 }
 
 void print_result(Result& result) {
@@ -105,7 +110,7 @@ void print_result(Result& result) {
   print(result_line(result, with_colors()) + "\n");
   if (!output_error) return;
   result.verdict = lumo_verdict_error_c;
-  result.reason = lost_output(output_error);
+  result.reason = lost_output + std::strerror(output_error);
 }
 
 void print_remark(const std::string& text) {
@@ -157,7 +162,7 @@ void print_summary() {
 }
 
 int status_of_results() {
-  if (output_error) std::fprintf(stderr, "%s\n", lost_output(output_error).c_str());
+  if (output_error) std::fprintf(stderr, "%s%s\n", lost_output.c_str(), std::strerror(output_error));
   if (log_failure()) std::fprintf(stderr, "the log cannot be written: %s\n", log_failure());
   const bool is_lost = output_error || log_failure() || reports_failed();
   return results().bad() || is_lost || ending_reason() ? 1 : 0;

@@ -1,6 +1,7 @@
 // What the user sees of results: a line for each test case, the progress on a terminal, and the summary.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 #include "report/events.h"
@@ -25,8 +26,10 @@ int status_of_results();
 std::string result_line(const Result& result, bool colored);
 // One that cannot be printed becomes an error.
 void print_result(Result& result);
-// Whether it could not since the process that printed had lost standard output; another may have it still.
+// Whether it could not; another process may still have the standard output that the one that printed has lost.
 bool has_lost_output(const Result& result);
+// Where it is told from now on that something could not be printed, for another process.
+void share_lost_output(std::atomic<bool>* place);
 // Something about the run: among the results, or on standard error where a report has their place.
 void print_remark(const std::string& text);
 

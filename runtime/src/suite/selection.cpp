@@ -61,7 +61,7 @@ void each_testcase(Do act) {
 
 Selected selected_of(const std::string& full_name, double timeout) {
   const size_t point = full_name.find('.');
-  return {full_name.substr(0, point), full_name.substr(point + 1), timeout, {}};
+  return {full_name.substr(0, point), full_name.substr(point + 1), timeout, {}, {}};
 }
 
 bool refuse(const std::string& name) {

@@ -1,6 +1,8 @@
 // Which test cases a run executes, and in which order.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,7 @@ struct Selected {
   std::string module, name;
   double timeout;
   std::vector<lumo_value_t> arguments;  // owned, for the whole run
+  std::optional<uint64_t> seed;         // of its schedule, if that is not the usual one
   std::string full_name() const { return module + "." + name; }
 };
 

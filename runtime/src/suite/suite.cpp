@@ -41,12 +41,8 @@ void call_register(void* argument) {
   static_cast<Registration*>(argument)->function(true, current_task);
 }
 
-struct Execution {
-  const Selected* selected;
-};
-
 void execute_selected(void* argument) {
-  const Selected& s = *static_cast<Execution*>(argument)->selected;
+  const Selected& s = *static_cast<const Selected*>(argument);
   std::vector<lumo_value_t> arguments = s.arguments;
   arguments.push_back(nullptr);
   lumo_component_execute(s.module.c_str(), s.name.c_str(), s.arguments.size(), arguments.data(), s.timeout,
@@ -185,7 +181,7 @@ bool run_once(const SuiteOptions& options, Program& program, const char* control
     if (!take_all_testcases(options, program)) return false;
     arrange(options, program);
   }
-  if (options.explore) return explore(program.testcases, options.explore, options.seed);
+  if (options.explore) return explore(program.testcases, options);
   const double together = program.is_planned ? options.timeout : lumo_duration_forever_c;
   if (options.jobs > 1)
     return run_in_processes(program.testcases, options.jobs, options.until_fail, together);
@@ -201,7 +197,7 @@ bool run_program(const SuiteOptions& options, Program& program, const char* cont
     print_remark(text + "\n");
     log_line(lumo_log_msg_info_c, text);
   }
-  if (options.has_seed) set_seed_of_testcases(options.seed);
+  if (options.has_seed) testcase_seed = options.seed;
   bool good = true;
   const bool forever = options.until_fail && options.repeat == 1;
   for (long round = 0; (forever || round < options.repeat) && !ending_reason(); ++round) {
@@ -240,8 +236,9 @@ int run_initialized(const SuiteOptions& options, Program& program, const char* c
 }  // namespace
 
 bool execute(const Selected& selected) {
-  Execution execution{&selected};
-  return run_guarded("control", execute_selected, &execution);
+  explore_schedule(selected.seed);
+  if (selected.seed) testcase_seed = selected.seed;
+  return run_guarded("control", execute_selected, const_cast<Selected*>(&selected));
 }
 
 void list_modules() {

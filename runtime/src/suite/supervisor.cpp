@@ -72,19 +72,29 @@ void hand_on_signals() {
   for (int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_IGN);
 }
 
+// What both processes have.
+struct Common {
+  struct Told {
+    std::atomic<Time> deadline;
+    std::atomic<bool> output_is_lost;
+  };
+  WireBox box;
+  LogBox log;
+  Shared<Told> told;
+  int sockets[2];  // of the one that watches, and of the one that runs
+};
+
 // --- what the other process tells
 
 class Supervision {
  public:
-  Supervision(int socket, const WireBox& box, const LogBox& log, const std::atomic<Time>& deadline)
-      : socket_(socket), box_(box), log_(log), deadline_(deadline) {
+  explicit Supervision(const Common& common) : common_(common) {
     reader_.listener.run_begins = [this] { phase_ = Phase::runs; };
-    reader_.listener.test_case_begins = [this](const std::string& module, const std::string& name,
-                                               Time begin) {
-      running_ = Result{module, name, lumo_verdict_error_c, {}, {}, begin, 0};
+    reader_.listener.test_case_begins = [this](const Execution& execution) {
+      running_ = Result{execution, lumo_verdict_error_c, {}, {}, 0};
       stands_at_ = nullptr;
-      last_ = begin - run_start().clock;
-      tell_begin(module, name, begin);
+      last_ = execution.begin - run_start().clock;
+      tell_begin(execution);
     };
     reader_.listener.event = [this](const Event& e) {
       last_ = e.time;
@@ -116,9 +126,10 @@ class Supervision {
     }
     while (receive(0)) {
     }
-    hear(box_.rest(received_));
-    write_rest_of_log(log_);
+    hear(common_.box.rest(received_));
+    write_rest_of_log(common_.log);
     if (phase_ != Phase::over) return finish(status);
+    if (common_.told->output_is_lost) print_summary();
     if (is_killed_) std::fprintf(stderr, "user code did not let the process end\n");
     if (is_killed_) return 1;
     if (WIFSIGNALED(status)) end_alike(WTERMSIG(status));
@@ -129,7 +140,7 @@ class Supervision {
   enum class Phase { begins, runs, over };
 
   bool is_late() {
-    const Time now = real_time(), deadline = deadline_;
+    const Time now = real_time(), deadline = common_.told->deadline;
     if (stops && stopped_ == never) stopped_ = now;
     return stops > 3 || (stopped_ != never && now > stopped_ + patience) ||
            (deadline != never && now > deadline + patience);
@@ -137,15 +148,15 @@ class Supervision {
 
   // False if nothing came. The other process may end while others still have its end of the socket.
   bool receive(int milliseconds) {
-    const bool is_by_box = box_.is_way();
-    pollfd waiting{socket_, POLLIN, 0};
+    const bool is_by_box = common_.box.is_way();
+    pollfd waiting{common_.sockets[0], POLLIN, 0};
     if (poll(&waiting, 1, is_by_box ? 0 : milliseconds) <= 0 && !is_by_box) return false;
-    const ssize_t n = recv(socket_, heard_.data() + held_, heard_.size() - held_, MSG_DONTWAIT);
+    const ssize_t n = recv(common_.sockets[0], heard_.data() + held_, heard_.size() - held_, MSG_DONTWAIT);
     if (n > 0) {
       take(static_cast<size_t>(n));
     } else {
-      if (is_by_box) hear(box_.rest(received_));
-      box_.note_read(received_);
+      if (is_by_box) hear(common_.box.rest(received_));
+      common_.box.note_read(received_);
       if (milliseconds) usleep(1000);
     }
     return n > 0;
@@ -168,7 +179,6 @@ class Supervision {
   void take_leave(const Results& all) {
     phase_ = Phase::over;
     is_bad_ = all.bad() > 0;
-    if (is_printing_) print_summary();
     tell_run_ends(all);
   }
 
@@ -207,10 +217,7 @@ class Supervision {
     _exit(128 + signal);
   }
 
-  int socket_;
-  const WireBox& box_;
-  const LogBox& log_;
-  const std::atomic<Time>& deadline_;
+  const Common& common_;
   WireReader reader_;
   Phase phase_ = Phase::begins;
   std::optional<Result> running_;
@@ -238,17 +245,9 @@ bool is_alone() {
   return is_alone;
 }
 
-// What both processes have.
-struct Common {
-  WireBox box;
-  LogBox log;
-  Shared<std::atomic<Time>> deadline;
-  int sockets[2];  // of the one that watches, and of the one that runs
-};
-
 bool make_common(Common& common) {
-  if (!common.deadline || !common.box.is_made()) return false;
-  *common.deadline = never;
+  if (!common.told || !common.box.is_made()) return false;
+  common.told->deadline = never;
   return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, common.sockets) == 0;
 }
 
@@ -256,7 +255,7 @@ bool make_common(Common& common) {
   close(common.sockets[1]);
   hand_on_signals();
   sigprocmask(SIG_SETMASK, &signals, nullptr);
-  const int status = Supervision(common.sockets[0], common.box, common.log, *common.deadline).watch();
+  const int status = Supervision(common).watch();
   std::fflush(nullptr);
   _exit(status);
 }
@@ -274,7 +273,8 @@ void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
   if (getppid() != supervisor) _exit(1);
   close(common.sockets[0]);
   drop_reporters();
-  share_deadline(&*common.deadline);
+  share_deadline(&common.told->deadline);
+  share_lost_output(&common.told->output_is_lost);
   let_log_wait(&common.log);
   add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, needs));
 }

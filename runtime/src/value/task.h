@@ -103,8 +103,8 @@ struct lumo_context_struct {
   std::vector<lumo_value_t> kept_contents;      // owned: of messages that are gone, for the attempts
   lumos::Attempt last_match;                    // the last `match`, if it did not fit
   unsigned matching = 0;                        // functions of templates that run
-  unsigned steps = 0;                           // control points since the last yield
-  bool polls_by_else = false;                   // took an else branch since then
+  unsigned steps = 0;                           // control points of this turn
+  bool polls_by_else = false;                   // took an else branch in it
   bool furnishing = false;                      // makes what a new component has
   // Evaluates the local definitions of an altstep, which is at that depth.
   bool defining = false;
