@@ -303,10 +303,11 @@ bool sender_fits(const Message& m, Value sender) {
   bool wants_component =
       sender->kind == lumo_type_kind_component_ref || sender->kind == lumo_type_kind_component;
   // A template of no type, such as a list that holds `mtc`, asks for no kind of sender.
-  if (sender->kind != lumo_type_kind_undefined && address == wants_component) return false;
-  ++current_task->quiet;
-  bool fits = match_value(sender, from);
-  --current_task->quiet;
+  bool fits = sender->kind == lumo_type_kind_undefined || address != wants_component;
+  if (fits) {
+    Quiet quiet;
+    fits = match_value(sender, from);
+  }
   if (!fits) note_sender(sender, from);
   return fits;
 }
@@ -395,11 +396,17 @@ bool answers_call(const Message& m, bool is_named) {
 
 constexpr size_t most_taken = 1000;
 
-void take_call(Port& p, const Message& m) {
+// The message has come to whom it was meant for, or to an alternative that takes any.
+void take_head(Port& p, MessageKind kind, Value pattern) {
+  is_given(pattern) ? forget_past_attempts() : keep_attempts();
+  remove_head(p, kind);
+}
+
+void take_call(Port& p, const Message& m, Value pattern) {
   if (!p.taken) p.taken = std::make_unique<std::deque<TakenCall>>();
   p.taken->push_back({m.signature, m.sender});
   if (p.taken->size() > most_taken) p.taken->pop_front();
-  remove_head(p, MessageKind::call);
+  take_head(p, MessageKind::call, pattern);
 }
 
 // The signature of the call that is answered, the first one of the recipient's; of a given signature where
@@ -689,7 +696,7 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
     log_received(check ? "check on" : "receive on", p, *m);
-    if (!check) remove_head(p, MessageKind::message);
+    if (!check) take_head(p, MessageKind::message, template_value);
     return true;
   });
 }
@@ -712,7 +719,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
     log_received("getcall on", p, *m);
-    if (!check) take_call(p, *m);
+    if (!check) take_call(p, *m, template_value);
     return true;
   });
 }
@@ -731,7 +738,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
     log_received("getreply on", p, *m);
-    if (!check) remove_head(p, MessageKind::reply);
+    if (!check) take_head(p, MessageKind::reply, template_value);
     return true;
   });
 }
@@ -748,7 +755,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
     log_received("catch on", p, *m);
-    if (!check) remove_head(p, MessageKind::exception);
+    if (!check) take_head(p, MessageKind::exception, template_value);
     return true;
   });
 }
