@@ -43,22 +43,27 @@ const std::string& port_name(const Port& port) {
 
 namespace {
 
-void log_port_event(const char* what, const Port& port, Value content) {
+// As it stands in the operation that sends it.
+void render_message(std::string& text, const Message& m) {
+  if (m.kind != MessageKind::message && m.signature)
+    (text += type_name(m.signature)) += m.kind == MessageKind::exception ? ", " : ":";
+  render_to(text, m.content);
+  if (m.result) render_to(text += " value ", m.result);
+}
+
+void log_port_event(const char* what, const Port& port, const Message& m) {
   std::string& text = log_text();
   ((text += what) += ' ') += port_name(port);
-  if (content) {
-    text += ": ";
-    render_to(text, content);
-  }
+  if (m.content) render_message(text += ": ", m);
   log_line(lumo_log_msg_event_c, text);
 }
 
-inline void log_port(const char* what, const Port& port, Value content) {
-  if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, content);
+inline void log_port(const char* what, const Port& port, const Message& m) {
+  if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, m);
 }
 
 inline void log_received(const char* what, const Port& port, Message& m) {
-  log_port(what, port, m.content);
+  log_port(what, port, m);
   if (events_wanted) tell(EventKind::receive, port_name(port), {}, shown_content(m));
 }
 
@@ -539,7 +544,7 @@ Port* linked_port(const Port& port, Links Port::*list, const Component& c) {
 size_t encoded_octets = 0;
 
 std::string_view shown_content(Message& m) {
-  if (m.shown.empty() && m.content) render_to(m.shown, m.content);
+  if (m.shown.empty() && m.content) render_message(m.shown, m);
   return m.shown;
 }
 
@@ -616,7 +621,7 @@ Port* find_port(Component& c, long field, long index) {
 void deliver(Port& port, Message* m) {
   bool gone = port.owner->state == State::ended || port.state == PortState::stopped;
   if (gone) {
-    log_port("lost at stopped port", port, m->content);
+    log_port("lost at stopped port", port, *m);
     if (events_wanted) tell(EventKind::lost, port_name(port), {}, shown_content(*m));
     delete_message(m);
     return;
@@ -642,7 +647,7 @@ void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipien
   Value content = owned_content_of(value);
   Message* m = new_message(MessageKind::message);
   m->content = content;
-  log_port("send on", p, content);
+  log_port("send on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -652,7 +657,7 @@ void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeo
   check_can_send(p);
   Message* m = procedure_message(MessageKind::call, signature_value(template_value, true));
   open_call(m->signature, timeout);
-  log_port("call on", p, m->content);
+  log_port("call on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -665,7 +670,7 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
   answer_call(p, m->signature, recipient);
-  log_port("reply on", p, m->content);
+  log_port("reply on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -681,7 +686,7 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
   const lumo_type_t answered = std::exchange(current_task->answered, nullptr);
   m->signature = answer_call(p, answered, recipient);
   if (!m->signature) m->signature = answered;
-  log_port("raise on", p, m->content);
+  log_port("raise on", p, *m);
   send_message(p, m, recipient);
 }
 
