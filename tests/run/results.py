@@ -274,6 +274,7 @@ def check_logs(suite):
 
 
 def check_told(suite):
+    check_has(suite.run("-vevent -t TC_result")[1], ["reply on ptc3:q: Sig:{ a := -, b := 7 } value 9\n"], "the result of a call in the log")
     out, _ = suite.run("-vnone")
     told = dict(re.findall(r"(?m)^Told.(\w+): (?:fail|error) Told.ttcn:\d+ (.*)$", out))
     for name, text in re.findall(r"(?ms)^  testcase (\w+).*?// (.*?)$", (SOURCES / "Told.ttcn").read_text()):
@@ -311,13 +312,15 @@ def check_reports(suite):
 
 
 def check_page(suite):
-    """What the page shows after a click on the arrow of the message that comes back."""
+    """What the page shows after a click on the first arrow and a key that goes on to the message that comes back."""
     page = suite.read("r.html").replace("</body>", """<script>
-document.querySelector('.row[data-r="1"] .hit').dispatchEvent(new MouseEvent("click", { bubbles: true }));</script></body>""")
+document.querySelector('.row[data-r="0"] .hit').dispatchEvent(new MouseEvent("click", { bubbles: true }));
+$("view").dispatchEvent(new KeyboardEvent("keydown", { key: "ArrowDown" }));
+document.title += location.hash;</script></body>""")
     suite.path("clicked.html").write_text(page)
     done = subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--virtual-time-budget=2000", "--dump-dom",
                            f"file://{suite.path('clicked.html')}"], capture_output=True, text=True, timeout=120)
-    check_has(done.stdout, ['class="arrow', ">mtc</text>", "octets    6563686F", "Outcome.TC_echo"], "page")
+    check_has(done.stdout, ['class="arrow', ">mtc<title>mtc</title></text>", "octets    6563686F", "<title>Outcome.TC_echo: pass#1-Outcome.TC_echo</title>"], "page")
 
 
 def main():

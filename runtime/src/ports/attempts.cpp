@@ -10,7 +10,7 @@ namespace lumos {
 
 namespace {
 
-constexpr size_t most_attempts = 16;
+constexpr size_t most_attempts = 256, most_told = 16;
 
 bool same_root_type(Value pattern, Value content) {
   if (!pattern->type || !content->type || pattern->form == Form::special) return true;
@@ -28,6 +28,7 @@ bool decides_here(const Attempt& match) {
 
 struct Explanation {
   size_t depth;
+  std::vector<size_t> place;
   std::string text;
 };
 
@@ -44,16 +45,27 @@ std::string place_of_path(Attempted what) {
 
 Explanation explain(const Attempt& a) {
   const Value pattern = a.pattern, content = a.content;
-  const bool is_part = a.what == Attempted::result || a.what == Attempted::sender;
-  if (!is_part && !same_root_type(pattern, content))
-    return {0, std::string("expected a value of type '") + type_name(pattern->type) +
-                   "', actual one of type '" + type_name(content->type) + "'"};
+  const bool asks_for_type =
+      a.what != Attempted::result && a.what != Attempted::sender && a.what != Attempted::match;
+  if (asks_for_type && !same_root_type(pattern, content))
+    return {0,
+            {},
+            std::string("expected a value of type '") + type_name(pattern->type) + "', actual one of type '" +
+                type_name(content->type) + "'"};
   TempScope scope;
   MismatchTrace trace;
-  if (matches(a)) return {0, ""};
+  if (matches(a)) return {0, {}, ""};
   if (!trace.is_found()) trace.add("", "value mismatch", content, pattern);
+  std::vector<size_t> place = trace.place_in(content);
+  // The result is looked at behind all parameters.
+  if (a.what == Attempted::result) place.insert(place.begin(), SIZE_MAX);
   trace.put_before(place_of_path(a.what));
-  return {trace.depth() + 1, trace.text()};
+  return {trace.depth() + 1, std::move(place), trace.text()};
+}
+
+// Deeper; or of as much depth, but further behind in the message.
+bool is_nearer(const Explanation& a, const Explanation& b) {
+  return a.depth != b.depth ? a.depth > b.depth : a.place > b.place;
 }
 
 }  // namespace
@@ -62,7 +74,18 @@ void note_attempt(Value pattern, Value content, Attempted what) {
   Task& task = *current_task;
   if (!pattern || !content || task.attempts.size() >= most_attempts) return;
   task.attempts.push_back(
-      {pattern, content, what, root_place(task, pattern), task.frames.size(), task.blocks.size()});
+      {pattern, content, what, false, root_place(task, pattern), task.frames.size(), task.blocks.size()});
+}
+
+void forget_past_attempts() {
+  std::erase_if(current_task->attempts, [](const Attempt& a) { return a.is_past; });
+}
+
+void keep_attempts() {
+  std::vector<Attempt>& attempts = current_task->attempts;
+  if (std::all_of(attempts.begin(), attempts.end(), [](const Attempt& a) { return a.is_past; })) return;
+  forget_past_attempts();
+  for (Attempt& a : attempts) a.is_past = true;
 }
 
 void release_content(Value content) {
@@ -78,15 +101,25 @@ std::vector<std::string> explain_attempts() {
   std::vector<Attempt> attempts;
   attempts.swap(current_task->attempts);
   if (decides_here(current_task->last_match)) attempts.push_back(current_task->last_match);
+  // What was tried before is told of what is still there, and where nothing is.
+  const auto is_present = [](const Attempt& a) { return !a.is_past; };
+  const bool is_over = std::none_of(attempts.begin(), attempts.end(), is_present);
+  const auto is_told = [&](const Attempt& a) {
+    return is_over || std::any_of(attempts.begin(), attempts.end(), [&](const Attempt& other) {
+             return is_present(other) && other.content == a.content;
+           });
+  };
   std::vector<Explanation> all;
   for (const Attempt& a : attempts) {
+    if (!is_told(a)) continue;
     Explanation e = explain(a);
     if (!e.text.empty()) all.push_back(std::move(e));
   }
-  std::stable_sort(all.begin(), all.end(),
-                   [](const Explanation& a, const Explanation& b) { return a.depth > b.depth; });
+  std::stable_sort(all.begin(), all.end(), is_nearer);
   std::vector<std::string> texts;
-  for (Explanation& e : all) texts.push_back(std::move(e.text));
+  for (Explanation& e : all)
+    if (texts.size() < most_told && std::find(texts.begin(), texts.end(), e.text) == texts.end())
+      texts.push_back(std::move(e.text));
   return texts;
 }
 

@@ -10,6 +10,11 @@ namespace lumos {
 
 // The pattern did not match the content.
 void note_attempt(Value pattern, Value content, Attempted what = Attempted::value);
+// The alternatives go on: they wait, or one of them has taken a message whatever it was, as `trigger` does. The
+// attempts up to now may tell why nothing else came; those before are forgotten.
+void keep_attempts();
+// What was waited for has come.
+void forget_past_attempts();
 // The content goes out of use: it is kept until the next snapshot if an attempt needs it. Takes it over.
 void release_content(Value content);
 // Mismatches of the attempts, the nearest first; empty if there are none.

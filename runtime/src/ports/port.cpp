@@ -43,22 +43,27 @@ const std::string& port_name(const Port& port) {
 
 namespace {
 
-void log_port_event(const char* what, const Port& port, Value content) {
+// As it stands in the operation that sends it.
+void render_message(std::string& text, const Message& m) {
+  if (m.kind != MessageKind::message && m.signature)
+    (text += type_name(m.signature)) += m.kind == MessageKind::exception ? ", " : ":";
+  render_to(text, m.content);
+  if (m.result) render_to(text += " value ", m.result);
+}
+
+void log_port_event(const char* what, const Port& port, const Message& m) {
   std::string& text = log_text();
   ((text += what) += ' ') += port_name(port);
-  if (content) {
-    text += ": ";
-    render_to(text, content);
-  }
+  if (m.content) render_message(text += ": ", m);
   log_line(lumo_log_msg_event_c, text);
 }
 
-inline void log_port(const char* what, const Port& port, Value content) {
-  if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, content);
+inline void log_port(const char* what, const Port& port, const Message& m) {
+  if (log_enabled(lumo_log_msg_event_c)) log_port_event(what, port, m);
 }
 
 inline void log_received(const char* what, const Port& port, Message& m) {
-  log_port(what, port, m.content);
+  log_port(what, port, m);
   if (events_wanted) tell(EventKind::receive, port_name(port), {}, shown_content(m));
 }
 
@@ -303,10 +308,11 @@ bool sender_fits(const Message& m, Value sender) {
   bool wants_component =
       sender->kind == lumo_type_kind_component_ref || sender->kind == lumo_type_kind_component;
   // A template of no type, such as a list that holds `mtc`, asks for no kind of sender.
-  if (sender->kind != lumo_type_kind_undefined && address == wants_component) return false;
-  ++current_task->quiet;
-  bool fits = match_value(sender, from);
-  --current_task->quiet;
+  bool fits = sender->kind == lumo_type_kind_undefined || address != wants_component;
+  if (fits) {
+    Quiet quiet;
+    fits = match_value(sender, from);
+  }
   if (!fits) note_sender(sender, from);
   return fits;
 }
@@ -395,11 +401,17 @@ bool answers_call(const Message& m, bool is_named) {
 
 constexpr size_t most_taken = 1000;
 
-void take_call(Port& p, const Message& m) {
+// The message has come to whom it was meant for, or to an alternative that takes any.
+void take_head(Port& p, MessageKind kind, Value pattern) {
+  is_given(pattern) ? forget_past_attempts() : keep_attempts();
+  remove_head(p, kind);
+}
+
+void take_call(Port& p, const Message& m, Value pattern) {
   if (!p.taken) p.taken = std::make_unique<std::deque<TakenCall>>();
   p.taken->push_back({m.signature, m.sender});
   if (p.taken->size() > most_taken) p.taken->pop_front();
-  remove_head(p, MessageKind::call);
+  take_head(p, MessageKind::call, pattern);
 }
 
 // The signature of the call that is answered, the first one of the recipient's; of a given signature where
@@ -532,7 +544,7 @@ Port* linked_port(const Port& port, Links Port::*list, const Component& c) {
 size_t encoded_octets = 0;
 
 std::string_view shown_content(Message& m) {
-  if (m.shown.empty() && m.content) render_to(m.shown, m.content);
+  if (m.shown.empty() && m.content) render_message(m.shown, m);
   return m.shown;
 }
 
@@ -609,7 +621,7 @@ Port* find_port(Component& c, long field, long index) {
 void deliver(Port& port, Message* m) {
   bool gone = port.owner->state == State::ended || port.state == PortState::stopped;
   if (gone) {
-    log_port("lost at stopped port", port, m->content);
+    log_port("lost at stopped port", port, *m);
     if (events_wanted) tell(EventKind::lost, port_name(port), {}, shown_content(*m));
     delete_message(m);
     return;
@@ -635,7 +647,7 @@ void lumo_port_send(lumo_value_t port, lumo_value_t value, lumo_value_t recipien
   Value content = owned_content_of(value);
   Message* m = new_message(MessageKind::message);
   m->content = content;
-  log_port("send on", p, content);
+  log_port("send on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -645,7 +657,7 @@ void lumo_port_call(lumo_value_t port, lumo_value_t template_value, double timeo
   check_can_send(p);
   Message* m = procedure_message(MessageKind::call, signature_value(template_value, true));
   open_call(m->signature, timeout);
-  log_port("call on", p, m->content);
+  log_port("call on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -658,7 +670,7 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
   answer_call(p, m->signature, recipient);
-  log_port("reply on", p, m->content);
+  log_port("reply on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -674,7 +686,7 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
   const lumo_type_t answered = std::exchange(current_task->answered, nullptr);
   m->signature = answer_call(p, answered, recipient);
   if (!m->signature) m->signature = answered;
-  log_port("raise on", p, m->content);
+  log_port("raise on", p, *m);
   send_message(p, m, recipient);
 }
 
@@ -689,7 +701,7 @@ void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lum
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
     log_received(check ? "check on" : "receive on", p, *m);
-    if (!check) remove_head(p, MessageKind::message);
+    if (!check) take_head(p, MessageKind::message, template_value);
     return true;
   });
 }
@@ -712,7 +724,7 @@ lumo_boolean_t lumo_port_try_getcall(lumo_value_t port, lumo_value_t template_va
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
     log_received("getcall on", p, *m);
-    if (!check) take_call(p, *m);
+    if (!check) take_call(p, *m, template_value);
     return true;
   });
 }
@@ -731,7 +743,7 @@ lumo_boolean_t lumo_port_try_getreply(lumo_value_t port, lumo_value_t template_v
     redirect_parameters(*m, redirect_count, redirects);
     redirect_sender(sender_redirect, *m);
     log_received("getreply on", p, *m);
-    if (!check) remove_head(p, MessageKind::reply);
+    if (!check) take_head(p, MessageKind::reply, template_value);
     return true;
   });
 }
@@ -748,7 +760,7 @@ lumo_boolean_t lumo_port_try_catch(lumo_value_t port, lumo_type_t signature, lum
     redirect(value_redirect, m->content);
     redirect_sender(sender_redirect, *m);
     log_received("catch on", p, *m);
-    if (!check) remove_head(p, MessageKind::exception);
+    if (!check) take_head(p, MessageKind::exception, template_value);
     return true;
   });
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "value/error.h"
+#include "ports/attempts.h"
 #include "ports/outside.h"
 #include "run/ending.h"
 #include "run/timer.h"
@@ -318,7 +319,8 @@ void lumo_component_snapshot(lumo_context_t) {
   current_task->snapshot_time = never;
   current_task->event = false;
   current_task->choosing = true;
-  if (!current_task->attempts.empty() || !current_task->kept_contents.empty()) end_attempts(*current_task);
+  if (!current_task->attempts.empty() || !current_task->kept_contents.empty())
+    end_attempts_of_snapshot(*current_task);
 }
 
 namespace {
@@ -342,6 +344,7 @@ void wait_in_control_part() {
 void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   Component* c = current_task->component;
   current_task->choosing = false;
+  if (!current_task->attempts.empty()) keep_attempts();
   if (current_task->event) return;
   if (!c) return wait_in_control_part();
   c->busy = current_task->polls_by_else = false;

@@ -215,7 +215,7 @@ void note_match(bool fits, Value pattern, Value value) {
   task.last_match = {};
   if (fits) return;
   const size_t root = std::min(root_place(task, pattern), root_place(task, value));
-  task.last_match = {pattern, value, Attempted::value, root, task.frames.size(), task.blocks.size()};
+  task.last_match = {pattern, value, Attempted::match, false, root, task.frames.size(), task.blocks.size()};
 }
 
 }  // namespace

@@ -408,10 +408,10 @@ void explain_record_of(Value list, const ListPattern& pattern) {
     if (i >= v->parts.size) return trace_list("element missing", list, items[i].pattern);
     Value element = force_part(v, i);
     if (!match_value(items[i].pattern, element))
-      return trace_element(i, "value mismatch", element, items[i].pattern);
+      return trace_element(v, i, "value mismatch", element, items[i].pattern);
   }
   if (v->parts.size > pattern.count)
-    trace_element(pattern.count, "element unexpected", force_part(v, pattern.count), nullptr);
+    trace_element(v, pattern.count, "element unexpected", force_part(v, pattern.count), nullptr);
 }
 
 bool some_fits(Value v, Value pattern) {
@@ -438,7 +438,7 @@ void explain_set_of(Value list, const ListPattern& pattern) {
     Quiet quiet;
     bool fits = false;
     for (size_t i = 0; i < pattern.count; ++i) fits = fits || match_value(items[i].pattern, element);
-    if (!fits) return trace_element(k, "element unexpected", element, nullptr);
+    if (!fits) return trace_element(v, k, "element unexpected", element, nullptr);
   }
 }
 

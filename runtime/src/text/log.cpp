@@ -310,10 +310,12 @@ void lumo_log_element_modified_event(lumo_value_t value, unsigned long index, lu
 }
 
 void lumo_log_alt_entered_event(lumo_context_t) {
+  if (!current_task->attempts.empty()) end_attempts(*current_task);
   if (current_task->called.signature || !current_task->calls.empty()) hooks.enter_alternatives(*current_task);
   alt_event("alt entered");
 }
 void lumo_log_alt_left_event(lumo_context_t) {
+  for (Attempt& a : current_task->attempts) a.is_past = false;
   if (!current_task->calls.empty()) hooks.end_calls(*current_task);
   alt_event("alt left");
 }

@@ -1,9 +1,13 @@
 #include "text/mismatch.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <utility>
 
 #include "text/log.h"
+#include "text/text_forms.h"
+#include "value/characters.h"
 #include "value/types.h"
 #include "value/value.h"
 
@@ -20,11 +24,54 @@ bool is_given(Value v) {
   return v && v != lumo_no_value_c;
 }
 
+// Of what is cut the length is told, which may be what does not fit.
 std::string shown(Value v) {
   if (!is_given(v)) return "";
-  std::string text = render(v);
-  if (text.size() > longest_shown) text = text.substr(0, longest_shown) + "...";
-  return text;
+  const std::string text = render(v);
+  if (text.size() <= longest_shown) return text;
+  std::string cut = std::string(beginning(text, longest_shown)) + "...";
+  if (v->dynamic) return cut;
+  if (v->form == Form::vector) return cut + " (length " + std::to_string(v->parts.size) + ")";
+  const size_t digits = v->kind == lumo_type_kind_octetstring ? 2 : 1;
+  const size_t length = Characters(v).size() / digits;
+  return length ? cut + " (length " + std::to_string(length) + ")" : cut;
+}
+
+bool is_long(Value v) {
+  return is_given(v) && !v->dynamic && render(v).size() > longest_shown;
+}
+
+// Some elements of a string, with what says that there are more.
+std::string shown_part(Value v, size_t from, size_t count) {
+  const Characters all(v);
+  const size_t to = std::min(all.size(), from + count);
+  TempScope scope;
+  Value part = make_root(v->type, lumo_temp_alloc_c);
+  if (v->form == Form::wide_string) {
+    set_wide(part, v->wide.data + from, to - from);
+  } else {
+    set_text(part, {v->text.data + from, to - from});
+  }
+  return (from ? "..." : "") + render(part) + (to < all.size() ? "..." : "");
+}
+
+// Of long strings the places around the first difference; false for other values.
+bool narrow_text(std::string& reason, Value actual, Value expected, std::string& shown_actual,
+                 std::string& shown_expected) {
+  if (!is_given(actual) || !is_given(expected) || (!is_long(actual) && !is_long(expected))) return false;
+  for (Value v : {actual, expected})
+    if (v->dynamic || (v->form != Form::string && v->form != Form::wide_string)) return false;
+  const Characters a(actual), e(expected);
+  const size_t digits = actual->kind == lumo_type_kind_octetstring ? 2 : 1;
+  size_t place = 0;
+  while (place < std::min(a.size(), e.size()) && a[place] == e[place]) ++place;
+  place -= place % digits;
+  constexpr size_t before = 16, all = 64;
+  const size_t from = place > before ? place - before : 0;
+  shown_actual = shown_part(actual, from, all);
+  shown_expected = shown_part(expected, from, all);
+  reason = "different from [" + std::to_string(place / digits) + "] on";
+  return true;
 }
 
 // Generated code puts the text of its template in angle brackets before the path.
@@ -44,6 +91,15 @@ std::string joined(const std::string& outer, const std::string& inner) {
   return outer + (outer.empty() || inner.empty() || inner[0] == '[' ? "" : ".") + inner;
 }
 
+// The number of the first element in the source.
+long base_of(Value list) {
+  return base_kind(list->type) == lumo_type_kind_array ? array_base(list->type) : 0;
+}
+
+std::string shown_index(Value list, size_t index) {
+  return "[" + std::to_string(base_of(list) + static_cast<long>(index)) + "]";
+}
+
 bool is_unset(Value v) {
   return !v || v->form == Form::unset || is_omit(v);
 }
@@ -52,30 +108,52 @@ bool is_same(Value a, Value b) {
   return is_unset(a) || is_unset(b) ? is_unset(a) == is_unset(b) : equal_values(a, b);
 }
 
-bool is_among(Value one, Value all) {
-  for (size_t i = 0; i < all->parts.size; ++i)
-    if (is_same(all->parts.data[i], one)) return true;
-  return false;
+// The first element of a list that is not in another one, or where each has a partner of its own there the
+// first without one; SIZE_MAX if there is none.
+size_t first_missing(Value list, Value others, bool has_own_partner) {
+  std::vector<char> is_taken(others->parts.size);
+  const auto take = [&](size_t i, size_t from, size_t to) {
+    for (size_t k = from; k < to; ++k)
+      if (!is_taken[k] && is_same(list->parts.data[i], others->parts.data[k]))
+        return is_taken[k] = has_own_partner, true;
+    return false;
+  };
+  // The one in the same place is the likely partner.
+  for (size_t i = 0; i < list->parts.size; ++i) {
+    const size_t same = std::min(i, others->parts.size);
+    if (!take(i, same, others->parts.size) && !take(i, 0, same)) return i;
+  }
+  return SIZE_MAX;
 }
 
-// Of lists without an order, an element that only one of them has.
+// Of lists without an order, an element that only one of them has. Where one has it more often, short lists
+// tell more as wholes.
 void compare_sets(std::string& path, std::string& reason, Value& actual, Value& expected) {
-  for (size_t i = 0; i < expected->parts.size; ++i) {
-    const Value element = expected->parts.data[i];
-    if (is_among(element, actual)) continue;
-    reason = "element missing";
-    expected = element;
-    return;
-  }
-  for (size_t i = 0; i < actual->parts.size; ++i) {
-    const Value element = actual->parts.data[i];
-    if (is_among(element, expected)) continue;
-    path = joined(path, "[" + std::to_string(i) + "]");
+  for (const bool has_own_partner : {false, true}) {
+    if (has_own_partner && !is_long(actual) && !is_long(expected)) return;
+    const size_t missing = first_missing(expected, actual, has_own_partner);
+    if (missing != SIZE_MAX) {
+      reason = "element missing";
+      expected = expected->parts.data[missing];
+      return;
+    }
+    const size_t unexpected = first_missing(actual, expected, has_own_partner);
+    if (unexpected == SIZE_MAX) continue;
+    path = joined(path, shown_index(actual, unexpected));
     reason = "element unexpected";
-    actual = element;
+    actual = actual->parts.data[unexpected];
     expected = nullptr;
     return;
   }
+}
+
+// Lists of different lengths are told as wholes where they are short.
+bool have_alike_parts(Value actual, Value expected) {
+  if (expected->form != actual->form) return false;
+  if (actual->form == Form::choice) return actual->index == expected->index;
+  if (actual->parts.size == expected->parts.size)
+    return actual->form == Form::fields || actual->form == Form::vector;
+  return actual->form == Form::vector && (is_long(actual) || is_long(expected));
 }
 
 // From two values that differ to the first parts of them that do.
@@ -84,18 +162,27 @@ void narrow(std::string& path, std::string& reason, Value& actual, Value& expect
     const Form form = actual->form;
     if (form == Form::vector && expected->form == form && base_kind(actual->type) == lumo_type_kind_setof)
       return compare_sets(path, reason, actual, expected);
-    const bool has_parts = form == Form::fields || form == Form::vector || form == Form::choice;
-    if (!has_parts || expected->form != form || actual->parts.size != expected->parts.size ||
-        (form == Form::choice && actual->index != expected->index))
-      return;
+    if (!have_alike_parts(actual, expected)) return;
+    const size_t both = std::min(actual->parts.size, expected->parts.size);
     size_t i = 0;
-    while (i < actual->parts.size && is_same(actual->parts.data[i], expected->parts.data[i])) ++i;
-    if (i == actual->parts.size) return;
+    while (i < both && is_same(actual->parts.data[i], expected->parts.data[i])) ++i;
+    if (i == both && i == std::max(actual->parts.size, expected->parts.size)) return;
+    reason = "value mismatch";
+    if (i == actual->parts.size) {
+      reason = "element missing";
+      expected = expected->parts.data[i];
+      return;
+    }
     const lumo_field_info_t* fields = field_info(actual->type);
     const size_t field = form == Form::choice ? static_cast<size_t>(actual->index) : i;
-    path = joined(path, form == Form::vector || !fields ? "[" + std::to_string(i) + "]"
-                                                        : shown_name(actual->type, field));
+    path = joined(path,
+                  form == Form::vector || !fields ? shown_index(actual, i) : shown_name(actual->type, field));
     actual = is_unset(actual->parts.data[i]) ? lumo_omit_value_c : actual->parts.data[i];
+    if (i == both) {
+      reason = "element unexpected";
+      expected = nullptr;
+      return;
+    }
     expected = is_unset(expected->parts.data[i]) ? lumo_omit_value_c : expected->parts.data[i];
   }
 }
@@ -163,7 +250,8 @@ void MismatchTrace::note(const std::string& path, const char* reason, Value actu
   path_ = path;
   reason_ = reason;
   innermost_ = is_given(actual) && (actual->parent || !is_unset(actual)) ? actual : nullptr;
-  if (reason_ == "value mismatch") narrow(path_, reason_, actual, expected);
+  if (!expected_text) narrow(path_, reason_, actual, expected);
+  if (!expected_text && narrow_text(reason_, actual, expected, actual_, expected_)) return;
   actual_ = shown(actual);
   expected_ = expected_text ? expected_text : shown(expected);
   if (expected_text) reason_ = "value mismatch";
@@ -177,6 +265,21 @@ size_t MismatchTrace::depth() const {
   size_t depth = path_.empty() ? 0 : 1;
   for (char c : path_) depth += c == '.' || c == '[';
   return depth;
+}
+
+std::vector<size_t> MismatchTrace::place_in(Value whole) const {
+  std::vector<size_t> place;
+  for (size_t at = 0; at < path_.size() && is_given(whole) && has_parts(whole->form);) {
+    const size_t end = std::min(path_.find_first_of(".[", at + 1), path_.size());
+    const long i = path_[at] == '[' ? std::strtol(path_.c_str() + at + 1, nullptr, 10) - base_of(whole)
+                                    : field_index(whole->type, path_.substr(at, end - at).c_str());
+    place.push_back(static_cast<size_t>(i));
+    const size_t part = whole->form == Form::choice ? 0 : place.back();
+    if (part >= whole->parts.size) break;
+    whole = whole->parts.data[part];
+    at = end + (end < path_.size() && path_[end] == '.');
+  }
+  return place;
 }
 
 std::string MismatchTrace::text() const {
@@ -194,8 +297,8 @@ bool traces_mismatches() {
   return trace && !current_task->quiet;
 }
 
-void trace_element(size_t index, const char* reason, Value actual, Value expected) {
-  trace->add("[" + std::to_string(index) + "]", reason, actual, expected);
+void trace_element(Value list, size_t index, const char* reason, Value actual, Value expected) {
+  trace->add(shown_index(list, index), reason, actual, expected);
 }
 
 void trace_list(const char* reason, Value list, Value expected) {

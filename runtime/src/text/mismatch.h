@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "value/task.h"
 
@@ -22,6 +23,8 @@ class MismatchTrace {
   bool is_found() const { return is_found_; }
   // How deep the mismatch lies: the more fits, the deeper it tends to be.
   size_t depth() const;
+  // Where it lies in the value: the numbers of the fields and elements that lead to it.
+  std::vector<size_t> place_in(Value whole) const;
   // `answers[0].rdata.a: expected "192.0.2.11", actual "192.0.2.10"`.
   std::string text() const;
 
@@ -37,7 +40,7 @@ class MismatchTrace {
 // Whether somebody notes mismatches, and what matches now is no alternative among several.
 bool traces_mismatches();
 // A mismatch of an element of a list, behind those within the element.
-void trace_element(size_t index, const char* reason, Value actual, Value expected);
+void trace_element(Value list, size_t index, const char* reason, Value actual, Value expected);
 // A mismatch of the list as a whole.
 void trace_list(const char* reason, Value list, Value expected);
 

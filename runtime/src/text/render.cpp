@@ -174,9 +174,14 @@ void put_list(std::string& out, Value v, const char* open, const char* close, in
 
 void put_fields(std::string& out, Value v, int depth) {
   const lumo_field_info_t* fields = field_info(v->type);
+  // What a signature returns is no parameter and has no name.
+  const bool has_names = fields && v->kind == lumo_type_kind_signature;
+  bool is_first = true;
   out += '{';
   for (size_t i = 0; i < v->parts.size; ++i) {
-    i ? out.append(comma) : out.append(1, ' ');
+    if (has_names && !(fields[i].name && *fields[i].name)) continue;
+    is_first ? out.append(1, ' ') : out.append(comma);
+    is_first = false;
     if (fields && fields[i].name && *fields[i].name) out.append(fields[i].name).append(assigned);
     Value part = v->parts.data[i];
     if ((!part || part->form == Form::unset) && fields && is_optional(fields[i]) && !v->dynamic) {
@@ -185,7 +190,7 @@ void put_fields(std::string& out, Value v, int depth) {
       put_part(out, part, depth);
     }
   }
-  if (v->parts.size) out += ' ';
+  if (!is_first) out += ' ';
   out += '}';
 }
 

@@ -75,11 +75,16 @@ char* write_json_escape(char* out, char32_t c) {
 
 }  // namespace
 
+std::string_view beginning(std::string_view text, size_t most) {
+  if (text.size() <= most) return text;
+  while (most && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
+  return text.substr(0, most);
+}
+
 std::string shortened(std::string_view text, size_t most) {
   if (text.size() <= most) return std::string(text);
-  while (most && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80) --most;
-  return std::string(text.substr(0, most)) + " ... and " + std::to_string(text.size() - most) +
-         " octets more";
+  const std::string_view shown = beginning(text, most);
+  return std::string(shown) + " ... and " + std::to_string(text.size() - shown.size()) + " octets more";
 }
 
 std::string xml_text(std::string_view text) {

@@ -18,6 +18,8 @@ inline char* written(char* place, std::string_view text) {
 }
 // Text as content or attribute of XML and HTML; characters that XML does not have become "?".
 std::string xml_text(std::string_view text);
+// At most so many octets of a text, which end with a character of UTF-8.
+std::string_view beginning(std::string_view text, size_t most);
 // The beginning of a text that is too long for what shows it, with the number of octets that are left out.
 std::string shortened(std::string_view text, size_t most);
 // A string of JSON with its quotes, in ASCII; octets that are no UTF-8 become U+FFFD.

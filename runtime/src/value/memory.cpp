@@ -79,15 +79,27 @@ void end_attempts(Task& task) {
   task.kept_contents.clear();
 }
 
+void end_attempts_of_snapshot(Task& task) {
+  std::erase_if(task.attempts, [](const Attempt& a) { return !a.is_past; });
+  if (task.attempts.empty()) return end_attempts(task);
+  std::erase_if(task.kept_contents, [&](Value v) {
+    const bool is_needed = std::any_of(task.attempts.begin(), task.attempts.end(),
+                                       [v](const Attempt& a) { return a.content == v || a.pattern == v; });
+    if (!is_needed) destroy(v);
+    return !is_needed;
+  });
+}
+
 namespace {
 
-// What an altstep tried in vain may be nearer than what is tried behind it: its patterns are kept as copies.
+// What an altstep tried in vain may be nearer than what is tried behind it, and what was tried before is told
+// when nothing else comes: their patterns are kept as copies.
 template <class Ends>
 void end_those(Task& task, Ends ends) {
   for (Attempt& a : task.attempts) {
-    if (!task.choosing || !ends(a)) continue;
+    if ((!task.choosing && !a.is_past) || !ends(a)) continue;
     task.kept_contents.push_back(copy_value(a.pattern, lumo_perm_alloc_c));
-    a = {task.kept_contents.back(), a.content, a.what};
+    a = {task.kept_contents.back(), a.content, a.what, a.is_past};
   }
   std::erase_if(task.attempts, ends);
   if (ends(task.last_match)) task.last_match = {};

@@ -45,14 +45,15 @@ struct OpenCall {
   size_t frames = 0, blocks = 0;
 };
 
+// What an alternative looked at.
+enum class Attempted : uint8_t { value, call, reply, result, sender, match };
+
 // A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
 // both exist.
-// What an alternative looked at.
-enum class Attempted : uint8_t { value, call, reply, result, sender };
-
 struct Attempt {
   lumo_value_t pattern = nullptr, content = nullptr;
   Attempted what = Attempted::value;
+  bool is_past = false;           // of a snapshot before, of the same alternatives
   size_t root = SIZE_MAX;         // place among the roots from which on one of them lies, or SIZE_MAX
   size_t frames = 0, blocks = 0;  // around it: what is declared in them ends with them
 };
@@ -140,6 +141,8 @@ inline void end_roots(Task& task, size_t mark) {
 }
 // Forgets the attempts, or those whose patterns are among the roots from the mark on.
 void end_attempts(Task& task);
+// The alternatives are looked at once more.
+void end_attempts_of_snapshot(Task& task);
 void end_attempts(Task& task, size_t mark);
 // The place of a temporary value among those of its task: it ends when that place does. SIZE_MAX for others.
 size_t root_place(const Task& task, lumo_value_t value);
