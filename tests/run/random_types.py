@@ -84,6 +84,13 @@ def complete(t, v):
     return complete(part_type(t, v[0])[0], v[1]) if t[0] == "union" else True
 
 
+def blank(t, v):
+    """Whether neither the value nor a part of it is there."""
+    if t[0] == "record" and v not in (None, OMIT):
+        return bool(v) and all(v[f] is None or (v[f] is not OMIT and blank(ft, v[f])) for f, ft, _ in t[2])
+    return v is None or (t[0] == "array" and all(blank(t[2], x) for x in v))
+
+
 def checked(t, v):
     """The value, if it belongs to its type."""
     if v is OMIT or v is None:

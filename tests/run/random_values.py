@@ -21,7 +21,7 @@ from pathlib import Path
 
 from random_templates import Templates
 from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, TEXT, WORD, Discard, DynamicError, Open,
-                          Place, checked, complete, make_types, part_type, read, root, same, shown, values_of)
+                          Place, blank, checked, complete, make_types, part_type, read, root, same, shown, values_of)
 
 
 class Loop(Exception):
@@ -433,7 +433,7 @@ class Generator(Templates):
                     inner[p] = Place(t, x(frame)) if mode == "in" else x(frame)
                 elif mode == "in":
                     v = x(frame)
-                    inner[p] = Place(t, None if v is None else checked(t, v))
+                    inner[p] = Place(t, checked(t, None if blank(t, v) else v))
                 else:
                     inner[p] = Place(t, None, *x(frame))
                     if mode == "inout" and inner[p].get() in (None, OMIT):

@@ -44,6 +44,14 @@ Value changeable(const lumo_field_info_t* fields, size_t count) {
   return runs_on && current_task->component ? current_task->component->record : nullptr;
 }
 
+// What goes in has a value, at least in part.
+void check_has_value(const lumo_field_info_t& formal, Value argument) {
+  if (formal.property & by_reference || !argument || argument->life == Life::fixed || is_object(formal.type)) return;
+  if (is_blank(argument))
+    fault("parameter '%s' is given a value that is not initialized%s%s", formal.name, argument->label ? ": " : "",
+          argument->label ? argument->label : "");
+}
+
 struct Call {
   const lumo_field_info_t* formals;
   unsigned long argc;
@@ -74,13 +82,13 @@ struct Call {
     if (restriction_of(formals[i])) take_restricted(i);
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
+    check_has_value(formals[i], argv[i]);
     const bool fits = belongs(argv[i], formals[i].type);
     if (fits && !reads_changeable(argv[i])) return;
     save(argv[i]);
     Value copy =
         fits ? copy_value(argv[i], lumo_temp_alloc_c) : make_root(formals[i].type, lumo_temp_alloc_c);
-    // What has no value yet is for the callee to leave alone.
-    if (!fits && !is_blank(argv[i])) lumo_value_assign(copy, argv[i], current_task);
+    if (!fits) lumo_value_assign(copy, argv[i], current_task);
     argv[i] = copy;
   }
   void take_restricted(unsigned long i) {
@@ -117,9 +125,11 @@ Arguments::Arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[])
 void check_arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[]) {
   const lumo_field_info_t* fields = argc && argv && type ? field_info(type) : nullptr;
   const lumo_field_info_t* formals = fields && fields[0].type ? field_info(fields[0].type) : nullptr;
-  for (unsigned long i = 0; formals && i < argc; ++i)
+  for (unsigned long i = 0; formals && i < argc; ++i) {
+    check_has_value(formals[i], argv[i]);
     if (restriction_of(formals[i]) && argv[i] && argv[i] != lumo_value_default_c)
       restricted(argv[i], restriction_of(formals[i]));
+  }
 }
 
 void check_results(lumo_type_t type, lumo_value_t argv[]) {
