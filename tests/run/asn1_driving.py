@@ -7,6 +7,7 @@ files, and the selection of codecs, of which each one's C must compile.
 
 import argparse
 import os
+import re
 import shutil
 import socket
 import subprocess
@@ -176,6 +177,15 @@ END
             "two.asn(2) : column 45 : Error ASN.1 translation: type\"1_T_o\" not supported ObjectDescriptor",
             "two.asn(3) : column 1 : Error ASN.1 translation: type \"B\" not supported BMPString",
             "two.asn(4) : column 13 : Error ASN.1 translation: \"d\" value of ANY not supported"}, err)
+        self.write("one.asn", """One DEFINITIONS ::= BEGIN
+S ::= SEQUENCE { s SEQUENCE { x NULL }, t INTEGER, a SEQUENCE { b SET { } }, a-expl-b SEQUENCE { } }
+S-expl-s ::= NULL
+S-expl-t ::= NULL
+END
+""")
+        status, _, err = self.orvane("-F", "-A", "one.asn")
+        self.assertEqual((status, re.findall(r'one.asn\((\d+)\) : column (\d+) .*"(\w+)", the other one at line 2', err)),
+                         (250, [("2", "78", "S_expl_a_expl_b"), ("3", "1", "S_expl_s")]), err)
 
     def with_options(self, options, *words):
         """A run with options of the user for all tools."""

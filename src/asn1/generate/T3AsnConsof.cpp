@@ -48,13 +48,20 @@ void Function(T3AsnFiles& files, const AsnType& type, const std::string& id) {
   text.close();
 }
 
+bool HasLength(const AsnType& type) {
+  bool has = false;
+  forEachLocalTypeConstraint(
+      type, [&](const AsnConstraint& constraint, int) { has = has || SizeAsLength(constraint); });
+  return has;
+}
+
 void Parts(T3AsnFiles& files, const AsnType& type, int depth) {
   if (depth > 1000) return;
   std::vector<AsnType> parts = TypeComps(type);
   if (isListType(type)) parts.push_back(forTypeElem(type));
   for (const AsnType& part : parts) {
-    // A reference without a size of its own has the function of its type.
-    if (has_consof_func(part) && isLocalTypeConstraints(part))
+    // A reference that TTCN-3 gives no length of its own is just of its type, and has the function of that.
+    if (has_consof_func(part) && (isReference(part) ? HasLength(part) : isLocalTypeConstraints(part)))
       Function(files, part, t3asn_inline_type_id(part));
     if (!isReference(part)) Parts(files, part, depth + 1);
   }

@@ -68,7 +68,7 @@ class Destruct {
       text_.w("break;\n");
       return;
     }
-    const bool may_be_missing = MayBeMissing(component);
+    const bool may_be_missing = !isMandatoryTypeComp(component);
     if (may_be_missing) {
       text_.w("if (");
       text_.w(PresenceTest(home, type, component) + ")");

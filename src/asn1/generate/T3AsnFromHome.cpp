@@ -135,7 +135,7 @@ class FromHome {
         text_.w(std::string(LUMO_VALUE_SET_OMIT) + "(" + Var(depth) + ", " +
                 std::to_string(getTypeCompNbr(component)) + ", context);\n");
     for (const AsnType& component : components) {
-      const bool may_be_missing = MayBeMissing(component);
+      const bool may_be_missing = !isMandatoryTypeComp(component);
       if (may_be_missing) {
         text_.w("if (");
         text_.w(PresenceTest(home, type, component) + ")");

@@ -97,7 +97,6 @@ class ToHome {
     const HomeRef place = ComponentRef(home, component);
     if (isMandatoryTypeComp(component)) {
       text_.w(inner + " = " + field + ";\n");
-      if (MayBeMissing(component)) text_.w(PresenceSet(home, type, component));
       return Value(component, place, depth + 1);
     }
     std::string test = "if ((" + inner + " = " + field + ") != " + std::string(LUMO_OMIT_VALUE_C);

@@ -36,10 +36,6 @@ std::string PresenceSet(const HomeRef& structure, const AsnType& type, const Asn
   return ControlMember(structure, type, number) + " |= BITL(" + std::to_string(ControlBit(number)) + ");\n";
 }
 
-bool MayBeMissing(const AsnType& component) {
-  return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
-}
-
 AsnType Called(const AsnType& type) {
   AsnType selected = type;
   while (getTypeMainType(selected) == TYP_SELECTION) selected = forSelectionType(selected);

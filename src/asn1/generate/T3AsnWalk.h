@@ -27,8 +27,6 @@ HomeRef ElementRef(const HomeRef& list, int depth);
 /// The test of a component's bit, and the statement that sets it.
 std::string PresenceTest(const HomeRef& structure, const AsnType& type, const AsnType& component);
 std::string PresenceSet(const HomeRef& structure, const AsnType& type, const AsnType& component);
-/// Whether a component may be missing from a home.
-bool MayBeMissing(const AsnType& component);
 /// The definition whose function converts a component or element, which its users call; none where that is
 /// written in line.
 AsnType Called(const AsnType& type);

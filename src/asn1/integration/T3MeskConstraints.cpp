@@ -87,11 +87,10 @@ Node ValueListOf(const AsnType& type, const AsnConstraint& constraint) {
 
 // One length or one range of lengths.
 Node LengthOf(const AsnType& type, const AsnConstraint& size) {
-  const AsnConstraint inner = FirstOperand(size);
+  const AsnConstraint inner = SizeAsLength(size);
   if (!inner) return nullptr;
   const tPosition position = PositionOf(type);
   const bool single = getConstraintKind(inner) == kSingleValue;
-  if (!single && getConstraintKind(inner) != kValueRange) return nullptr;
   const bool low_open = (inner.node().open & kLowOpen) != 0, high_open = (inner.node().open & kHighOpen) != 0;
   Node low = LowValue(inner) ? IntegerBound(LowValue(inner), true, low_open, position)
                              : t.mT3IntLiteral(position, gStringM.PutString("0"));

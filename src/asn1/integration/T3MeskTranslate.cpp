@@ -1,9 +1,11 @@
 #include "asn1/integration/T3MeskTranslate.h"
 
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "asn1/generate/T3AsnNames.h"
 #include "asn1/integration/T3MeskNodes.h"
 #include "asn1/integration/T3Representation.h"
 #include "asn1/model/AsnModel.h"
@@ -126,6 +128,21 @@ void translate_import(const ModRec& from, T3Module* module, DeclList& decls) {
         false, gStringM.PutString(""), _sgT3NoImportException(), t3_import_restr_t::All));
   }
 }
+// A type within another one has a name made of those around it, by which the C that is generated for the module
+// knows it: no other type may have that name.
+void RefuseSharedNames(ModRec& module) {
+  std::map<std::string, AsnType> first;
+  forEachNamedOrInlineType(module, [&](const AsnType& type, const std::string& name) {
+    const AsnType base = forBaseType(type);
+    const bool is_known = isStructuredType(base) || isListType(base) || getTypeMainType(base) == TYP_ENUM;
+    if (!isDefinedType(type) && (!is_known || (isReference(type) && !isListType(base)))) return;
+    const auto [other, fresh] = first.emplace(name, type);
+    if (fresh) return;
+    vexa_error("ASN.1 translation: two types are called \"" + name + "\", the other one at line " +
+                   std::to_string(getTypeDefinitionLine(other->second)) + "; give one another name",
+               mesk::PositionOf(type));
+  });
+}
 }  // namespace
 
 T3Tree_Node* vexa_find_T3Module(tIdent name) {
@@ -159,6 +176,7 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   forEachValue(from, [&](const AsnValue& value, int) {
     for (T3Tree_Node* decl : mesk::translate_value_decl(value)) decls.Add(decl->as<_T3Decl>());
   });
+  RefuseSharedNames(from);
   translate_import(from, module, decls);
   module->definition_part = decls.Linked();
   good = mesk::Errors() == errors;

@@ -37,6 +37,8 @@ struct AsnFindings : BEModMetaRec {
   ByNumber<Holding> holding;
   ByNumber<std::optional<int>> control_words;
   ByNumber<std::unique_ptr<ByName>> components;  // of structured types
+  /// The first structure or list, of those without a name of their own, with a level and names around it.
+  std::optional<ByName> unnamed;
 };
 
 /// The findings of a module, made if there are none.

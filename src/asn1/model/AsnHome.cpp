@@ -226,9 +226,8 @@ int ControlWords(const AsnType& type) {
   std::optional<int>& kept = KeptOf(type, &AsnFindings::control_words);
   if (kept.has_value()) return *kept;
   const std::vector<AsnType> all = TypeComps(type);
-  // An addition is missing where an earlier version of the type was sent.
   const bool has = main_type == TYP_SET || std::any_of(all.begin(), all.end(), [](const AsnType& component) {
-                     return !isMandatoryTypeComp(component) || isExtensionAdditionComponent(component);
+                     return !isMandatoryTypeComp(component);
                    });
   const int components = static_cast<int>(all.size());
   kept = has && components > 0 ? (components + kWordBits - 1) / kWordBits : 0;

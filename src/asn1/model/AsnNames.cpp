@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cctype>
 #include <iterator>
+#include <optional>
 #include <string_view>
+
+#include "asn1/model/AsnFindings.h"
 
 namespace asn1 {
 namespace {
@@ -53,20 +56,45 @@ std::string MakeASNIdent(const std::string& name) {
   return result;
 }
 
-std::string cTypeId(const AsnType& type) {
-  if (isDefinedType(type)) return WithNaming(type, kNamesTypes);
+namespace {
+// The level and names of a type without a name of its own; empty where nothing around it has one either.
+template <class Naming>
+std::string LevelAndNames(const AsnType& type, Naming naming) {
   std::string names;
   int level = 0;
   bool named = false;
   for (AsnType at = type; at; at = getFatherOfTypeComp(at)) {
-    const bool definition = isDefinedType(at);
-    std::string name =
-        at.node().name == 0 ? "elem" : WithNaming(at, definition ? kNamesTypes : kNamesComponents);
+    const std::string name = at.node().name == 0 ? "elem" : naming(at);
     named = named || at.node().name != 0;
     names = names.empty() ? name : name + "_" + names;
-    if (!definition) ++level;
+    if (!isDefinedType(at)) ++level;
   }
-  return named ? std::to_string(level) + "_" + names : "<UNKNOWN_NAMELESS_TYPE>";
+  return named ? std::to_string(level) + "_" + names : std::string();
+}
+
+// Whether another structure or list has the same level and names: where hyphens are underscores, the names of
+// "b" in "S-a" and of "a-b" in "S" are one.
+bool IsTaken(const AsnType& type) {
+  std::optional<AsnFindings::ByName>& unnamed = FindingsOf(*type.module).unnamed;
+  if (!unnamed.has_value()) {
+    unnamed.emplace();
+    for (int number = 1; number <= type.module->header.counts[kTNode]; ++number)
+      if (const AsnType one = newAsnType(*type.module, number);
+          !isDefinedType(one) && (isStructuredType(one) || isListType(one)))
+        unnamed->emplace(LevelAndNames(one, getTypeRef), number);
+  }
+  const auto first = unnamed->find(LevelAndNames(type, getTypeRef));
+  return first != unnamed->end() && first->second != type.number;
+}
+}  // namespace
+
+std::string cTypeId(const AsnType& type) {
+  if (isDefinedType(type)) return WithNaming(type, kNamesTypes);
+  const std::string id = LevelAndNames(type, [](const AsnType& at) {
+    return WithNaming(at, isDefinedType(at) ? kNamesTypes : kNamesComponents);
+  });
+  if (id.empty()) return "<UNKNOWN_NAMELESS_TYPE>";
+  return IsTaken(type) ? id + "__" + std::to_string(type.number) : id;
 }
 
 std::string getDefTypeId(const AsnType& type) {

@@ -11,12 +11,12 @@ bool ttcn_keyword_pred(const std::string& name);
 /// A name with underscores for hyphens, made different from the words of TTCN-3.
 std::string MakeASNIdent(const std::string& name);
 
-/// The C identifier of a type: of a definition its name in the form that the naming options give; of a
-/// component or element without a definition the level of nesting and the names around it;
 /// The name that cTypeId gives a definition once `prefix` is the prefix of all types: naming options of one
 /// type stand for themselves.
 std::string NameOfDefinition(const AsnType& type, const std::string& prefix);
-/// "<UNKNOWN_NAMELESS_TYPE>" for a type that has no name at all.
+/// The C identifier of a type: of a definition its name in the form that the naming options give; of a
+/// component or element without a definition the level of nesting and the names around it, with a number behind
+/// them where another one has the same; "<UNKNOWN_NAMELESS_TYPE>" for a type that has no name at all.
 std::string cTypeId(const AsnType& type);
 /// The same of the definition that a reference leads to.
 std::string getDefTypeId(const AsnType& type);

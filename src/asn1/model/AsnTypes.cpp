@@ -175,11 +175,12 @@ bool isTypeExtensionmarker(const AsnType& type) {
 }
 
 bool isOptionalTypeComp(const AsnType& type) {
-  return type.node().presence == kOptional;
+  return type.node().presence != kDefault && !isMandatoryTypeComp(type);
 }
 
 bool isMandatoryTypeComp(const AsnType& type) {
-  return type.node().presence == kMandatory;
+  if (type.node().presence != kMandatory) return false;
+  return !isExtensionAdditionComponent(type) || getTypeMainType(getFatherOfTypeComp(type)) == TYP_CHOICE;
 }
 
 bool isExtensibleEnumeratedList(const AsnType& type) {

@@ -205,6 +205,13 @@ AsnConstraint SecondOperand(const AsnConstraint& constraint) {
   return ConstraintAt(constraint.module, constraint.node().second);
 }
 
+AsnConstraint SizeAsLength(const AsnConstraint& constraint) {
+  if (getConstraintKind(constraint) != kSize) return {};
+  const AsnConstraint inner = FirstOperand(constraint);
+  const bool one = inner && (getConstraintKind(inner) == kSingleValue || getConstraintKind(inner) == kValueRange);
+  return one ? inner : AsnConstraint{};
+}
+
 AsnValue LowValue(const AsnConstraint& constraint) {
   return ValueAt(constraint.module, constraint.node().value);
 }

@@ -71,6 +71,7 @@ static BOOLE put_bits(FRAME_PTR frame, const DYNSTR* bits) {
 static BOOLE put_structure(ASNCODG* codg, const asn_type* type, const void* home, FRAME_PTR frame,
                            int depth) {
   for (int i = 0; i < type->comp_count; ++i) {
+    if (asnIsLacking(type, home, i)) return fail(codg, "a component is missing");
     if (!asnIsPresent(type, home, i)) continue;
     const void* component = asnComponent(&type->comps[i], home);
     if (component == NULL) return fail(codg, "a component has no value");
@@ -133,6 +134,7 @@ static BOOLE put_contents(ASNCODG* codg, const asn_type* type, const void* home,
     }
     case ASN_DYNS: {
       const DYNSTR string = asnSignificant(type, home);
+      if (!asnHasCharacters(type, &string)) return fail(codg, "a character is not permitted");
       return type->kind == ASN_BIT_STRING ? put_bits(frame, &string) : put(frame, string.s, string.n);
     }
     case ASN_OBJI:
@@ -319,9 +321,12 @@ static BOOLE take_segments(ASNCODG* codg, const asn_type* type, const element* p
     string->n += (uint32)octets;
     return put(into, in.at, octets) || fail(codg, "out of memory");
   }
+  static const asn_tag bits = {0, 0, 3}, octets = {0, 0, 4};
   for (input in = part->contents; in.at != in.end;) {
     element segment;
     if (!take_element(codg, in, &segment, depth)) return FALSE;
+    if (!has_tag(&segment, type->kind == ASN_BIT_STRING ? &bits : &octets))
+      return fail(codg, "a segment of a string has another tag");
     if (!take_segments(codg, type, &segment, string, into, depth + 1)) return FALSE;
     in.at = segment.next;
   }
@@ -338,7 +343,8 @@ static BOOLE take_string(ASNCODG* codg, const asn_type* type, DYNSTR* string, co
     if (octets->n > 0) memcpy(string->s, octets->octets, octets->n);
   }
   deleteFrame(octets);
-  return good;
+  if (!good) return FALSE;
+  return asnHasCharacters(type, string) || fail(codg, "a character is not permitted");
 }
 
 static BOOLE take_list(ASNCODG* codg, const asn_type* type, void* home, input in, int depth) {
@@ -403,7 +409,8 @@ static BOOLE take_components(ASNCODG* codg, const asn_type* type, void* home, in
     next = i + 1;
   }
   for (int i = 0; i < type->comp_count; ++i)
-    if (type->comps[i].presence == ASN_MANDATORY && type->comps[i].addition == 0 && !asnWasSeen(seen, i))
+    if ((type->comps[i].presence == ASN_MANDATORY && type->comps[i].addition == 0 && !asnWasSeen(seen, i)) ||
+        asnIsLacking(type, home, i))
       return fail(codg, "a component is missing");
   return TRUE;
 }
@@ -512,14 +519,17 @@ static BOOLE decode(ASNCODG* codg, const asn_type* type, void* home, input* in, 
   for (int tag = 0; tag < type->tag_count; ++tag) {
     if (!take_element(codg, at, &part, depth)) return FALSE;
     if (!has_tag(&part, &type->tags[tag])) return fail(codg, "a tag is not the expected one");
+    if (type->tags[tag].constructed && !part.constructed) return fail(codg, "an encoding is not constructed");
     if (tag == 0) in->at = part.next;
     at = part.contents;
-    if (tag + 1 < type->tag_count && !part.constructed) return fail(codg, "a tag is not the expected one");
   }
   if (type->kind == ASN_CHOICE || type->form == ASN_FRM) {
     if (!take_untagged(codg, type, home, &at, depth)) return FALSE;
     return at.at == at.end || fail(codg, "an encoding is longer than its type");
   }
+  /* Strings alone may come in segments. */
+  if (part.constructed && !type->tags[type->tag_count - 1].constructed && type->form != ASN_DYNS)
+    return fail(codg, "an encoding is not primitive");
   return take_contents(codg, type, home, &part, depth);
 }
 

@@ -42,6 +42,14 @@ BOOLE asnIsPresent(const asn_type* type, const void* home, int component) {
   return (mask[component / 32] >> (component % 32) & 1u) != 0;
 }
 
+BOOLE asnIsLacking(const asn_type* type, const void* home, int component) {
+  const asn_comp* lacking = &type->comps[component];
+  if (!lacking->grouped || lacking->presence != ASN_MANDATORY || asnIsPresent(type, home, component)) return FALSE;
+  for (int i = 0; i < type->comp_count; ++i)
+    if (type->comps[i].addition == lacking->addition && asnIsPresent(type, home, i)) return TRUE;
+  return FALSE;
+}
+
 void asnSetPresent(const asn_type* type, void* home, int component) {
   if (type->comps[component].presence == ASN_MANDATORY && type->comps[component].addition == 0) return;
   uint32* mask = home;
@@ -98,6 +106,25 @@ void* asnAddElement(const asn_type* type, void* home, uint32* room) {
     *room = larger;
   }
   return (BYTE_TYPE*)list->elem + list->n++ * size;
+}
+
+const char* asnCharacters(const asn_type* type) {
+  if (type->kind == ASN_NUMERIC_STRING) return " 0123456789";
+  return type->kind == ASN_PRINTABLE_STRING
+             ? " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+             : NULL;
+}
+
+BOOLE asnHasCharacters(const asn_type* type, const DYNSTR* string) {
+  if (type->kind == ASN_BIT_STRING || type->kind == ASN_OCTET_STRING) return TRUE;
+  const BYTE_TYPE low = type->kind == ASN_IA5_STRING ? 0 : ' ', high = type->kind == ASN_IA5_STRING ? 127 : '~';
+  const char* characters = asnCharacters(type);
+  const size_t size = characters != NULL ? strlen(characters) : 0;
+  for (uint32 i = 0; i < string->n; ++i)
+    if (characters != NULL ? memchr(characters, string->s[i], size) == NULL
+                           : string->s[i] < low || string->s[i] > high)
+      return FALSE;
+  return TRUE;
 }
 
 DYNSTR asnSignificant(const asn_type* type, const DYNSTR* string) {

@@ -17,6 +17,8 @@ sint64 asnGetInteger(const asn_type* type, const void* home);
 BOOLE asnSetInteger(const asn_type* type, void* home, sint64 number);
 /* Whether a component is there; a mandatory one always is. */
 BOOLE asnIsPresent(const asn_type* type, const void* home, int component);
+/* Whether a component that must be there with the others of its group of additions is not. */
+BOOLE asnIsLacking(const asn_type* type, const void* home, int component);
 void asnSetPresent(const asn_type* type, void* home, int component);
 /* The components of a structure that were met, a bit for each. */
 typedef struct {
@@ -35,6 +37,10 @@ void* asnMakeComponent(const asn_comp* component, void* home);
 int asnAlternative(const asn_type* type, const void* home);
 /* What of a string is sent: named bits as far as the last one that is set, or as the size asks. */
 DYNSTR asnSignificant(const asn_type* type, const DYNSTR* string);
+/* The characters of a type in ascending order, whatever constraints leave of them; NULL where they are a range. */
+const char* asnCharacters(const asn_type* type);
+/* Whether a string has characters of its type only. */
+BOOLE asnHasCharacters(const asn_type* type, const DYNSTR* string);
 /* Zeroed memory that belongs to no home. */
 void* asnZeroed(size_t size);
 /* Gives a list one more element, zeroed. */

@@ -336,12 +336,9 @@ static BOOLE take_integer(ASNPERG* codg, const asn_type* type, void* home) {
 typedef struct {
   int bits;             /* of a unit */
   const char* alphabet; /* by which characters are numbered, or NULL */
+  int characters;       /* of the alphabet */
   int known_multiplier; /* a size constraint counts */
 } units;
-
-/* The characters of a type that has an alphabet without a constraint. */
-static const char kNumeric[] = " 0123456789";
-static const char kPrintable[] = " '()+,-./0123456789:=?ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 
 static int rounded_bits(const ASNPERG* codg, int bits) {
   int rounded = 1;
@@ -351,8 +348,7 @@ static int rounded_bits(const ASNPERG* codg, int bits) {
 }
 
 static units units_of(const ASNPERG* codg, const asn_type* type) {
-  units result = {8, NULL, 1};
-  int characters = 0, highest = 0;
+  units result = {8, NULL, 0, 1};
   switch (type->kind) {
     case ASN_BIT_STRING:
       result.bits = 1;
@@ -360,32 +356,23 @@ static units units_of(const ASNPERG* codg, const asn_type* type) {
     case ASN_OCTET_STRING:
       return result;
     case ASN_NUMERIC_STRING:
-      result.alphabet = kNumeric;
-      break;
     case ASN_PRINTABLE_STRING:
-      result.alphabet = kPrintable;
-      break;
     case ASN_VISIBLE_STRING:
     case ASN_IA5_STRING:
-      highest = 127;
-      break;
     case ASN_GENERALIZED_TIME:
     case ASN_UTC_TIME: /* encoded as a VisibleString */
-      highest = 127;
       break;
     default:
       result.known_multiplier = 0;
       return result;
   }
-  if (type->alphabet != NULL) result.alphabet = type->alphabet;
-  if (result.alphabet != NULL) {
-    characters = type->alphabet != NULL ? type->alphabet_size : (int)strlen(result.alphabet);
-    highest = (BYTE_TYPE)result.alphabet[characters - 1];
-  } else {
-    /* A VisibleString has 95 characters, an IA5String 128: seven bits each. */
-    characters = 128;
-  }
-  result.bits = rounded_bits(codg, bits_for((uint64_t)characters));
+  result.alphabet = type->alphabet != NULL ? type->alphabet : asnCharacters(type);
+  /* A VisibleString has 95 characters, an IA5String 128: seven bits each. */
+  result.characters = type->alphabet != NULL   ? type->alphabet_size
+                      : result.alphabet != NULL ? (int)strlen(result.alphabet)
+                                                : 128;
+  const int highest = result.alphabet != NULL ? (BYTE_TYPE)result.alphabet[result.characters - 1] : 127;
+  result.bits = rounded_bits(codg, bits_for((uint64_t)result.characters));
   /* Where the characters' own numbers fit, they stand for themselves. */
   if (highest < 1 << (result.bits < 8 ? result.bits : 8)) result.alphabet = NULL;
   return result;
@@ -404,8 +391,7 @@ static BOOLE put_units(ASNPERG* codg, const asn_type* type, const units* unit, c
     if (type->kind == ASN_BIT_STRING) {
       number = string->s[i / 8] >> (7 - i % 8) & 1u;
     } else if (unit->alphabet != NULL) {
-      const int size = type->alphabet != NULL ? type->alphabet_size : (int)strlen(unit->alphabet);
-      const char* found = memchr(unit->alphabet, string->s[i], (size_t)size);
+      const char* found = memchr(unit->alphabet, string->s[i], (size_t)unit->characters);
       if (found == NULL) return fail(codg, "a character is not permitted");
       number = (uint64_t)(found - unit->alphabet);
     } else {
@@ -434,8 +420,7 @@ static BOOLE take_units(ASNPERG* codg, const asn_type* type, const units* unit, 
       into->octets[into->n - 1] |= (BYTE_TYPE)(number << (7 - string->n % 8));
     } else {
       if (unit->alphabet != NULL) {
-        const int size = type->alphabet != NULL ? type->alphabet_size : (int)strlen(unit->alphabet);
-        if (number >= (uint64_t)size) return fail(codg, "a character is not permitted");
+        if (number >= (uint64_t)unit->characters) return fail(codg, "a character is not permitted");
         octet = (BYTE_TYPE)unit->alphabet[number];
       }
       if (!appendToFrame(into, &octet, 1)) return fail(codg, "out of memory");
@@ -477,6 +462,7 @@ static BOOLE put_string(ASNPERG* codg, const asn_type* type, const DYNSTR* given
   const DYNSTR sent = asnSignificant(type, given), *string = &sent;
   const units unit = units_of(codg, type);
   int beyond = 0, more = 0;
+  if (!asnHasCharacters(type, string)) return fail(codg, "a character is not permitted");
   if (!put_size_extension(codg, type, unit.known_multiplier, string->n, &beyond)) return FALSE;
   const bounds size = size_bounds(type, unit.known_multiplier, beyond);
   if (size.high < BOUNDED_LENGTH) {
@@ -542,7 +528,8 @@ static BOOLE take_string(ASNPERG* codg, const asn_type* type, DYNSTR* string) {
     if (octets->n > 0) memcpy(string->s, octets->octets, octets->n);
   }
   deleteFrame(octets);
-  return good;
+  if (!good) return FALSE;
+  return asnHasCharacters(type, string) || fail(codg, "a character is not permitted");
 }
 
 /* ---------------------------------------------------------------- structures */
@@ -619,6 +606,7 @@ static BOOLE put_components(ASNPERG* codg, const asn_type* type, const void* hom
   for (int i = 0; i < type->comp_count; ++i) {
     const int c = ordered(type, i);
     if (type->comps[c].addition != addition) continue;
+    if (asnIsLacking(type, home, c)) return fail(codg, "a component is missing");
     if (type->comps[c].presence != ASN_MANDATORY && !asnIsPresent(type, home, c)) continue;
     const void* component = asnComponent(&type->comps[c], home);
     if (component == NULL) return fail(codg, "a component has no value");
