@@ -120,13 +120,14 @@ void CollectTypes(T3Tree_Node* decls, T3NodeList& types) {
       types.push_back(decl);
 }
 
-// Gathers the views of types; one that is listed again counts once.
+// Gathers the views of types; one that is listed again counts once, and so does a built-in type that another module has by
+// a name of its own, as modules of ASN.1 do.
 class ListedTypes {
  public:
   explicit ListedTypes(_T3TypeItemList_Attributes& sets) : sets_(sets) {}
   void Append(T3Tree_Node* entity) {
     T3Tree_Node* absolute = AbsoluteTypeDef(entity);
-    if (!listed_.insert(absolute).second) return;
+    if (!listed_.insert(absolute).second || IsListedBuiltin(absolute)) return;
     sets_.absolute_types->push_back(absolute);
     sets_.local_types->push_back(LocalTypeDef(entity));
     sets_.base_types->push_back(BaseTypeDef(entity));
@@ -134,7 +135,16 @@ class ListedTypes {
 
  private:
   _T3TypeItemList_Attributes& sets_;
+  bool IsListedBuiltin(T3Tree_Node* absolute) {
+    if (!absolute->is<_T3BuiltinType>()) return false;
+    if (std::any_of(builtins_.begin(), builtins_.end(), [&](auto* listed) { return IsSameBuiltinType(listed, absolute); }))
+      return true;
+    builtins_.push_back(absolute);
+    return false;
+  }
+
   std::unordered_set<const T3Tree_Node*> listed_;
+  std::vector<T3Tree_Node*> builtins_;
 };
 
 // What a port's types, and a signature's exceptions, are as candidates, by the numbers of their lists.

@@ -11,6 +11,7 @@
 #include "asn1/model/AsnFindings.h"
 #include "asn1/model/AsnNames.h"
 #include "asn1/model/AsnRanges.h"
+#include "support/CWords.h"
 
 namespace asn1 {
 namespace {
@@ -198,16 +199,10 @@ std::string cBaseTypeId(const AsnType& type) {
 }
 
 std::string cComponentId(const AsnType& component) {
-  // The words of C, the macros of its headers that look like names of components, and the members of homes.
-  static const std::set<std::string> words = {
-      "auto",     "break",  "case",     "char",     "const",    "continue", "default",  "do",
-      "double",   "else",   "enum",     "extern",   "float",    "for",      "goto",     "if",
-      "inline",   "int",    "long",     "register", "restrict", "return",   "short",    "signed",
-      "sizeof",   "static", "struct",   "switch",   "typedef",  "union",    "unsigned", "void",
-      "volatile", "while",  "bool",     "true",     "false",    "errno",    "stdin",    "stdout",
-      "stderr",   "assert", "offsetof", "choice",   "compmask", "elem",     "n"};
+  // The members of homes, and a macro of the interface between them and the run-time library.
+  static const std::set<std::string> members = {"asnutig", "choice", "compmask", "elem", "n"};
   const std::string name = getTypeCompId(component);
-  return words.count(name) == 0 ? name : name + "_";
+  return members.count(name) != 0 || IsWordOfC(name) ? name + "_" : name;
 }
 
 bool IsByPointer(const AsnType& component) {

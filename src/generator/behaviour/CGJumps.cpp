@@ -14,6 +14,7 @@
 #include "generator/types/CGValue.h"
 #include "generator/text/LUMOS.h"
 #include "generator/text/T3CodeDefs.h"
+#include "support/CWords.h"
 
 namespace {
 // The jumps forward to labels of one block, in their order: where each stands, and the furthest label that
@@ -41,16 +42,10 @@ bool IsBefore(T3Tree_Node* a, T3Tree_Node* b) {
 
 // A label has the name of the source, unless C has that word or another label of the behaviour has it.
 std::string LabelName(T3LabelStmt* statement) {
-  static const std::set<std::string_view> words = {
-      "auto",     "break",  "case",   "char",     "const",    "continue", "default",  "do",
-      "double",   "else",   "enum",   "extern",   "float",    "for",      "goto",     "if",
-      "inline",   "int",    "long",   "register", "restrict", "return",   "short",    "signed",
-      "sizeof",   "static", "struct", "switch",   "typedef",  "union",    "unsigned", "void",
-      "volatile", "while",  "bool",   "true",     "false"};
   const auto known = g_labels.names.find(statement);
   if (known != g_labels.names.end()) return known->second;
   std::string name = gIdents.GetCStr(statement->label);
-  if (g_labels.taken.count(name) != 0 || words.count(name) != 0) name += PositionSuffix(statement->position);
+  if (g_labels.taken.count(name) != 0 || IsWordOfC(name)) name += PositionSuffix(statement->position);
   g_labels.taken.insert(name);
   return g_labels.names[statement] = name;
 }

@@ -8,8 +8,10 @@
 #include <unordered_map>
 
 #include "FileAPI/CBase.h"
+#include "analysis/names/T3Imports.h"
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
+#include "driver/modules/T3Global.h"
 #include "generator/text/CGKeptTexts.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
@@ -28,8 +30,75 @@ std::string_view Text(tIdent ident) {
   return gIdents.GetString(ident);
 }
 
+// Names in C are made of those of modules and declarations, and words. Those of two types may coincide: of c in a module
+// A_b and of b_c in a module A, or in one module those of a component x and of a type x_component; so may those of two
+// templates. Then the one that has more of it in its own name gets a number.
+T3Tree_Node* FindDeclared(tIdent module, std::string_view name) {
+  const auto found = gT3ModuleMap.find(module);
+  return found == gT3ModuleMap.end() ? nullptr : FindDeclInModule(found->second, gIdents.MakeIdent(name));
+}
+
+// The modules of the run whose names are the beginning of another's, up to an underscore, and what is left of it.
+using Shorter = std::vector<std::pair<tIdent, std::string_view>>;
+struct {
+  tIdent module = NoIdent;
+  Shorter shorter;
+} g_last_module;
+const ModuleCache last_module([] { g_last_module.module = NoIdent; });
+
+const Shorter& ShorterThan(tIdent module) {
+  auto& [last, shorter] = g_last_module;
+  if (last == module) return shorter;
+  last = module;
+  shorter.clear();
+  const std::string_view name = Text(module);
+  for (size_t at = name.find('_'); at != std::string_view::npos; at = name.find('_', at + 1)) {
+    const tIdent before = gIdents.MakeIdent(name.substr(0, at));
+    if (gT3ModuleMap.count(before) != 0) shorter.emplace_back(before, name.substr(at + 1));
+  }
+  return shorter;
+}
+
+// What is left before a word that a C name has behind that of its declaration.
+std::string_view WithoutWord(std::string_view name) {
+  for (const std::string_view word : {"_component", "_port_record", "_local"})
+    if (name.ends_with(word)) return name.substr(0, name.size() - word.size());
+  return {};
+}
+
+// Whether there may be declarations with the same names in C.
+bool MayCoincide(T3Tree_Node* decl, std::string_view name) {
+  if (decl->place == nullptr || !(decl->is<T3TypeDecl>() || decl->is<T3TemplateDecl>())) return false;
+  return !ShorterThan(decl->place->vexa_module_name).empty() || !WithoutWord(name).empty();
+}
+
+bool IsTaken(T3Tree_Node* decl, std::string_view name) {
+  const tIdent module = decl->place->vexa_module_name;
+  const std::string_view without = decl->is<T3TypeDecl>() ? WithoutWord(name) : std::string_view();
+  T3Tree_Node* of_words = without.empty() ? nullptr : FindDeclared(module, without);
+  if (T3Is<T3TypeDecl>(of_words) || (of_words != nullptr && of_words->is<_T3FunctionDecl>())) return true;
+  const Shorter& shorter = ShorterThan(module);
+  return std::any_of(shorter.begin(), shorter.end(), [&](const auto& other) {
+    T3Tree_Node* found = FindDeclared(other.first, joined({other.second, "_", name}));
+    return found != nullptr && found->kind == decl->kind;
+  });
+}
+
+std::string DistinctName(T3Tree_Node* decl, std::string_view name) {
+  if (!IsTaken(decl, name)) return std::string(name);
+  for (int number = 2;; ++number) {
+    const std::string other = joined({name, "_", std::to_string(number)});
+    if (!IsTaken(decl, other) && !T3Is<_T3Decl>(FindDeclared(decl->place->vexa_module_name, other))) return other;
+  }
+}
+
+CGKeptTexts& g_distinct = *new CGKeptTexts;
+const ModuleCache distinct_names([] { g_distinct.clear(); });
+
 std::string_view NameOf(T3Tree_Node* decl) {
-  return Text(DeclaredName(decl));
+  const std::string_view name = Text(DeclaredName(decl));
+  if (!MayCoincide(decl, name)) return name;
+  return g_distinct.Of(decl->number, [&] { return DistinctName(decl, name); });
 }
 
 // A built-in declaration belongs to the module being generated.
@@ -41,34 +110,53 @@ std::string_view ModuleOf(T3Tree_Node* decl) {
   return Text(decl->place->vexa_module_name);
 }
 
-// module "_" name
+// module "_" name, which the user knows where it is that of an external object.
+std::string ExternalName(T3Tree_Node* decl) {
+  return joined({ModuleOf(decl), "_", Text(DeclaredName(decl))});
+}
+
 std::string Qualified(T3Tree_Node* decl) {
   return joined({ModuleOf(decl), "_", NameOf(decl)});
 }
 
-// The same of the declaration behind an import.
-std::string Origin(T3Tree_Node* decl) {
-  T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-  if (!T3Is<_T3Decl>(origin)) internal_error_ast("LUMOS", __LINE__, "def_aux", decl);
-  return Qualified(origin);
+T3Tree_Node* DeclBehind(T3Tree_Node* import) {
+  T3Tree_Node* origin = import->as<_T3ImportDecl>()->attr().def_aux;
+  if (!T3Is<_T3Decl>(origin)) internal_error_ast("LUMOS", __LINE__, "def_aux", import);
+  return origin;
 }
 
 // The declarations behind the names that imports have in the module, and those names.
 auto& g_owners = *new std::unordered_map<std::string, T3Tree_Node*>;
 CGKeptTexts& g_imports = *new CGKeptTexts;
+CGKeptTexts& g_origins = *new CGKeptTexts;
 const ModuleCache imports([] {
   g_owners.clear();
   g_imports.clear();
+  g_origins.clear();
 });
+
+bool IsOwnName(const std::string& name, T3Tree_Node* origin) {
+  return g_owners.try_emplace(name, origin).first->second == origin;
+}
+
+// module "_" name of the declaration behind an import, with a number where another of the module's imports has that.
+std::string_view Origin(T3Tree_Node* decl) {
+  return g_origins.Of(decl->number, [decl] {
+    T3Tree_Node* origin = DeclBehind(decl);
+    const std::string name = Qualified(origin);
+    std::string distinct = name;
+    for (int number = 2; !IsOwnName(" " + distinct, origin); ++number)
+      distinct = joined({name, "_", std::to_string(number)});
+    return distinct;
+  });
+}
 
 // The module's own name for an import, unless it imports the same name from another module as well: then it
 // is that of the declaration.
 std::string_view QualifiedImport(T3Tree_Node* decl) {
   return g_imports.Of(decl->number, [decl] {
     std::string name = Qualified(decl);
-    T3Tree_Node* origin = decl->as<_T3ImportDecl>()->attr().def_aux;
-    const bool is_own = g_owners.try_emplace(name, origin).first->second == origin;
-    return is_own ? name : joined({ModuleOf(decl), "_", Origin(decl)});
+    return IsOwnName(name, DeclBehind(decl)) ? name : joined({ModuleOf(decl), "_", Origin(decl)});
   });
 }
 
@@ -172,7 +260,10 @@ std::string PositionSuffix(const tPosition& position) {
 }
 
 std::string ModuleInitializeName(tIdent module) {
-  return OfModule("vexa_", module, "_initialize");
+  // Another module's parameters may be initialized by that name.
+  const Shorter& shorter = ShorterThan(module);
+  const bool is_taken = !shorter.empty() && shorter.back().second == "params";
+  return OfModule("vexa_", module, is_taken ? "_initialize_2" : "_initialize");
 }
 
 std::string ModuleParamsInitializeName(tIdent module) {
@@ -506,18 +597,18 @@ std::string VEXATeststepName(T3Tree_Node* decl) {
 }
 
 std::string VEXAExtObjectName(T3Tree_Node* decl) {
-  if (decl->is<T3ExtFunction>()) return joined({ModuleOf(decl), "_", NameOf(decl), "_stub"});
-  if (decl->is<T3ExtConstDecl>()) return Qualified(decl);
+  if (decl->is<T3ExtFunction>()) return ExternalName(decl) + "_stub";
+  if (decl->is<T3ExtConstDecl>()) return ExternalName(decl);
   return WRONG_NODE(decl);
 }
 
 std::string VEXAExtFuncName(T3Tree_Node* decl) {
-  return decl->is<T3ExtFunction>() ? Qualified(decl) : WRONG_NODE(decl);
+  return decl->is<T3ExtFunction>() ? ExternalName(decl) : WRONG_NODE(decl);
 }
 
 std::string VEXAExtFuncCompileSwitchName(T3Tree_Node* decl) {
   if (!decl->is<T3ExtFunction>()) return WRONG_NODE(decl);
-  return joined({"EXT_FUNC_BYPASS_TRI_", ModuleOf(decl), "_", NameOf(decl), "_func"});
+  return joined({"EXT_FUNC_BYPASS_TRI_", ExternalName(decl), "_func"});
 }
 
 std::string VEXAConstName(T3Tree_Node* decl) {
@@ -533,7 +624,7 @@ std::string VEXAModuleParName(T3Tree_Node* decl) {
 }
 
 std::string VEXAExtConstName(T3Tree_Node* decl) {
-  return decl->is<T3ExtConstDecl>() ? "vexa_ext_const_" + Qualified(decl) : WRONG_NODE(decl);
+  return decl->is<T3ExtConstDecl>() ? "vexa_ext_const_" + ExternalName(decl) : WRONG_NODE(decl);
 }
 
 std::string VEXAControlPartFunctionName() {
