@@ -84,7 +84,7 @@ void WriteCompilationOptions() {
 bool RunMesk(const std::string& directory, const std::string& source) {
   vexa_compiler_phases(gT3CommandLine.CommonVerbosity(), "Invoking ASN.1 compiler");
   std::vector<std::string> arguments{"mesk",
-                                     mesk::mesk_vexa_verbosity(),
+                                     "-VERBOSE=tool",
                                      "-DEFINITION-CATEGORY=STAND-ALONE",
                                      "-TYP=1",
                                      "-DEF=1",

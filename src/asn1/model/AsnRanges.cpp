@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
 
 #include "asn1/model/AsnFindings.h"
 
@@ -164,9 +163,7 @@ std::string CharactersOf(MainType type) {
 
 class Alphabets {
  public:
-  explicit Alphabets(const AsnType& type) : main_type_(getBaseTypeMainType(type)) {
-    for (const char c : CharactersOf(main_type_)) all_.insert(static_cast<unsigned char>(c));
-  }
+  explicit Alphabets(const AsnType& type) : all_(CharactersOf(getBaseTypeMainType(type))) {}
 
   // A constraint of the type; `within` FROM, whose values are characters.
   Alphabet Of(const AsnConstraint& constraint, bool within, int depth = 0) const {
@@ -197,24 +194,26 @@ class Alphabets {
     }
   }
 
-  const std::set<unsigned char>& all() const { return all_; }
+  const std::string& all() const { return all_; }
+
+  static std::string Within(std::string characters, const std::string& others) {
+    std::erase_if(characters, [&](char c) { return others.find(c) == std::string::npos; });
+    return characters;
+  }
 
  private:
-  using Set = std::set<unsigned char>;
-
-  static Set Without(const Set& set, const Set& removed) {
-    Set result;
-    std::set_difference(set.begin(), set.end(), removed.begin(), removed.end(),
-                        std::inserter(result, result.end()));
-    return result;
+  static std::string Without(std::string characters, const std::string& removed) {
+    std::erase_if(characters, [&](char c) { return removed.find(c) != std::string::npos; });
+    return characters;
   }
 
-  static Alphabet Listed(const std::string& text) {
-    Alphabet result;
-    result.known = true;
-    for (const char c : text) result.characters.insert(static_cast<unsigned char>(c));
-    return result;
+  static std::string With(std::string characters, const std::string& added) {
+    for (const char c : added)
+      if (characters.find(c) == std::string::npos) characters += c;
+    return characters;
   }
+
+  static Alphabet Listed(const std::string& text) { return {With("", text), true, false}; }
 
   Alphabet Range(const AsnConstraint& constraint) const {
     const std::string low = LowValue(constraint) ? ValueText(LowValue(constraint)) : std::string();
@@ -225,8 +224,8 @@ class Alphabets {
         high.empty() ? 255 : static_cast<unsigned char>(high[0]) - ((open & kHighOpen) != 0 ? 1 : 0);
     Alphabet result;
     result.known = true;
-    for (const unsigned char c : all_)
-      if (c >= from && c <= to) result.characters.insert(c);
+    for (const char c : all_)
+      if (static_cast<unsigned char>(c) >= from && static_cast<unsigned char>(c) <= to) result.characters += c;
     return result;
   }
 
@@ -246,22 +245,19 @@ class Alphabets {
     const ConstraintKind kind = getConstraintKind(constraint);
     if (kind == kIntersection) {
       result.known = first.known || second.known;
-      const Set& other = second.known ? second.characters : all_;
-      for (const unsigned char c : first.known ? first.characters : all_)
-        if (other.count(c) != 0) result.characters.insert(c);
+      result.characters =
+          Within(first.known ? first.characters : all_, second.known ? second.characters : all_);
     } else if (kind == kExcept) {
       result.known = first.known;
       result.characters = second.known ? Without(first.characters, second.characters) : first.characters;
     } else {
       result.known = first.known && (second.known || second.extensible || first.extensible);
-      result.characters = first.characters;
-      if (!first.extensible) result.characters.insert(second.characters.begin(), second.characters.end());
+      result.characters = first.extensible ? first.characters : With(first.characters, second.characters);
     }
     return result;
   }
 
-  MainType main_type_;
-  Set all_;
+  std::string all_;
 };
 }  // namespace
 
@@ -329,7 +325,7 @@ ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& con
 std::optional<std::string> constructAllowedCharacters(const AsnType& type, const AsnConstraint& constraint) {
   const Alphabet alphabet = Alphabets(type).Of(constraint, false);
   if (!alphabet.known || alphabet.extensible) return std::nullopt;
-  return std::string(alphabet.characters.begin(), alphabet.characters.end());
+  return alphabet.characters;
 }
 
 std::string PermittedAlphabetOf(const AsnType& type) {
@@ -339,16 +335,15 @@ std::string PermittedAlphabetOf(const AsnType& type) {
       const Alphabets alphabets(at);
       const Alphabet alphabet = alphabets.Of(constraint, false);
       if (!alphabet.known) return;
-      std::set<unsigned char> both;
-      for (const unsigned char c : found.known ? found.characters : alphabets.all())
-        if (alphabet.characters.count(c) != 0) both.insert(c);
       // As with sizes, the outermost constraint alone says whether there are extensions.
-      found = {std::move(both), true, alphabet.extensible};
+      found = {Alphabets::Within(found.known ? found.characters : alphabets.all(), alphabet.characters), true,
+               alphabet.extensible};
     });
   };
-  const Alphabet found = FindAlong(type, &AsnFindings::alphabets, Alphabet{}, narrow);
+  Alphabet found = FindAlong(type, &AsnFindings::alphabets, Alphabet{}, narrow);
   if (!found.known || found.extensible) return {};
-  return std::string(found.characters.begin(), found.characters.end());
+  std::ranges::sort(found.characters, {}, [](char c) { return static_cast<unsigned char>(c); });
+  return found.characters;
 }
 
 Segment EndpointsOf(const AsnType& type) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -44,15 +43,15 @@ ConstrainedSet SizeSetOf(const AsnType& type);
 ConstrainedSet SizeSetOfConstraint(const AsnType& type, const AsnConstraint& constraint);
 /// What constraints leave of the characters of a type.
 struct Alphabet {
-  std::set<unsigned char> characters;
+  std::string characters;  // each once, as they are written
   bool known = false;  // they say something of characters
   bool extensible = false;
 };
 /// The characters that permitted alphabets leave, in ascending order; none where there is no such
 /// constraint, or one that is extensible.
 std::string PermittedAlphabetOf(const AsnType& type);
-/// The characters that one constraint of the type leaves; none where it says nothing of them, or is
-/// extensible.
+/// The characters that one constraint of the type leaves, each once, as they are written; none where it says
+/// nothing of them, or is extensible.
 std::optional<std::string> constructAllowedCharacters(const AsnType& type, const AsnConstraint& constraint);
 
 /// The endpoints of a type's values or sizes: an unbounded high one is the greatest number, an unbounded low
