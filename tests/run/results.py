@@ -281,6 +281,14 @@ def check_told(suite):
         check(told.get(name) == text, f"what {name} tells", told.get(name))
 
 
+def check_colors(suite):
+    for words, is_colored in ({}, False), ({"CLICOLOR_FORCE": "1"}, True), ({"FORCE_COLOR": "1"}, True), ({"FORCE_COLOR": "1", "NO_COLOR": "1"}, False):
+        os.environ.update(words)
+        check_has(suite.run("-vnone -t TC_lines")[0], ["Told.TC_lines: " + ("\033[31mfail\033[0m" if is_colored else "fail")], f"colors by {words}")
+        for word in words:
+            del os.environ[word]
+
+
 def check_reports(suite):
     suite.run("-p times=2 -j 2 --junit j.xml --json j.json --html r.html --coverage c.info --tap t.tap")
     check_junit(suite, "j.xml", tests=7, failures=2, errors=1)
@@ -340,7 +348,9 @@ def main():
     bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
     check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
     check_logs(suite)
-    check_told(Suite(options, "Told"))
+    told = Suite(options, "Told")
+    check_told(told)
+    check_colors(told)
     check_reports(suite)
     check_ends(suite)
     for more in "", " -s":

@@ -28,10 +28,15 @@ bool is_set(const char* variable) {
   return value && *value;
 }
 
+bool is_on(const char* variable) {
+  return is_set(variable) && std::strcmp(std::getenv(variable), "0") != 0;
+}
+
 bool with_colors() {
   static const bool chosen = [] {
     if (is_set("NO_COLOR")) return false;
-    if (is_set("CLICOLOR_FORCE") && std::strcmp(std::getenv("CLICOLOR_FORCE"), "0") != 0) return true;
+    if (is_on("CLICOLOR_FORCE") || is_on("FORCE_COLOR")) return true;
+    if (is_set("CLICOLOR") && !is_on("CLICOLOR")) return false;
     const char* terminal = std::getenv("TERM");
     return isatty(STDOUT_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
   }();
