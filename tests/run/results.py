@@ -231,6 +231,8 @@ def check_choice(suite, steered):
     suite.run("-vinfo -t TC_race --explore 2 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log")
     for report, text in ("s.xml", '"seed" value="7"'), ("s.json", ',"seed":7}\n'), ("s.html", 'seed = "7"'), ("s.tap", "# seed 7\n"), ("s.log", " info seed 7\n"):
         check_has(suite.read(report), [text], "seed")
+    suite.run("-vnone -t TC_race --explore 2 --seed 7 --json s.json")
+    check_has(suite.read("s.json"), ['"text":"schedule of seed 7"', '"text":"schedule of seed 8"'], "seeds of schedules")
     for verdict, seed, name in found:
         out, _ = suite.run(f"-vnone -t {name} --explore 1 --seed {seed}", int(verdict not in ("pass", "none")))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")

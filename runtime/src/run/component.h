@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -99,6 +100,8 @@ extern lumo_value_t (*execute_instead)(lumo_symbol_entry_t row, const char* modu
                                        unsigned long argc, lumo_value_t argv[], double timeout);
 // With it, the random numbers of a test case depend on its name and the seed only.
 extern bool has_testcase_seed;
+// The seed of the schedule that is explored.
+extern std::optional<uint64_t> explored_seed;
 extern uint64_t testcase_seed;
 
 Results& results();

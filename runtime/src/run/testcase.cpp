@@ -87,11 +87,19 @@ void hand_back(unsigned long argc, lumo_value_t argv[], Value* kept) {
   }
 }
 
+// Reports hold it whatever the log shows, since it repeats the schedule.
+void tell_schedule(uint64_t seed) {
+  const std::string text = "schedule of seed " + std::to_string(seed);
+  if (log_enabled(lumo_log_msg_info_c)) return log_line(lumo_log_msg_info_c, text);
+  if (events_of_log) events_of_log("info", text);
+}
+
 lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long argc, lumo_value_t argv[],
                           Value* kept) {
   log_format(lumo_log_msg_info_c, "test case %s.%s started", tc.module.c_str(), tc.name.c_str());
   if (has_testcase_seed) set_random_seed(testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
   tell_begin(tc.module, tc.name, tc.begin);
+  if (explored_seed) tell_schedule(*explored_seed);
   test_case = &tc;
   watch_test_case(true);
   watch_deadline(tc.deadline);
@@ -107,6 +115,7 @@ lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long a
 
 lumo_value_t (*execute_instead)(lumo_symbol_entry_t, const char*, const char*, unsigned long, lumo_value_t[],
                                 double) = nullptr;
+std::optional<uint64_t> explored_seed;
 bool has_testcase_seed = false;
 uint64_t testcase_seed = 0;
 void (*result_listener)(Result& result) = nullptr;

@@ -60,6 +60,7 @@ bool explore_one(const Selected& selected, long n, uint64_t seed) {
   long i = 0;
   for (; i < n && goes_on; ++i) {
     const uint64_t own_seed = seed + static_cast<uint64_t>(i);
+    explored_seed = own_seed;
     set_schedule_seed(own_seed);
     set_random_seed(own_seed);
     goes_on = execute(selected) && !ending_reason();
@@ -87,6 +88,7 @@ bool explore(const std::vector<Selected>& list, long n, uint64_t seed) {
   for (const Selected& selected : list) good = good && explore_one(selected, n, seed);
   result_listener = listener;
   set_schedule_seed(0);
+  explored_seed.reset();
   return good;
 }
 
