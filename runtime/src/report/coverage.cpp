@@ -370,9 +370,9 @@ class FileCoverage {
 class Coverage : public Reporter {
  public:
   explicit Coverage(const std::string& path) : file_(path) {
-    if (file_.is_open()) count_lines();
+    is_open_ = file_.is_open() && count_lines();
   }
-  bool is_open() const { return file_.is_open(); }
+  bool is_open() const { return is_open_; }
   void run_ends(const Results&) override {
     file_.write("TN:\n");
     CodeCounts code;
@@ -384,6 +384,7 @@ class Coverage : public Reporter {
 
  private:
   ReportFile file_;
+  bool is_open_;
 };
 
 }  // namespace
@@ -402,9 +403,10 @@ void CountBox::each(const std::function<void(const LineCount&)>& act) const {
   }
 }
 
-void count_lines() {
+bool count_lines() {
   count_into(*new CountBox);
   line_counter = count;
+  return own_box->is_made();
 }
 
 bool counts_lines() {

@@ -50,6 +50,8 @@ struct Result : Execution {
   Time duration = 0;
 };
 const char* verdict_name(lumo_verdict_t verdict);
+// The entry of the log that tells it.
+void log_result(const Result& result);
 inline bool is_good(lumo_verdict_t verdict) {
   return verdict == lumo_verdict_pass_c || verdict == lumo_verdict_none_c;
 }

@@ -146,10 +146,9 @@ void conclude_test_case() {
     tc.reason = why;
   }
   const Time duration = now() - tc.begin;
-  log_line(lumo_log_msg_info_c, "test case " + tc.full_own_name() + " finished with verdict " +
-                                    verdict_name(tc.verdict) + (tc.reason.empty() ? "" : ": ") + tc.reason);
-  flush_log();
   results().push_back({tc, tc.verdict, tc.reason, tc.place, duration});
+  log_result(results().back());
+  flush_log();
   test_case = nullptr;
   watch_test_case(false);
   if (result_listener) result_listener(results().back());
