@@ -317,8 +317,8 @@ class FileCoverage {
       are_apart = are_apart && (in_code_[i] || has_own_line(scan_.blocks[i]));
     }
     const SourceBlock& b = scan_.blocks[blocks.back()];
-    // What cannot be told apart is one way.
-    if (!are_apart && all) return {of(b.statement).blocks};
+    // What cannot be told apart is one way; always, where that is due to the source, so that runs can be added.
+    if (!are_apart && (all || code_[b.function])) return {of(b.statement).blocks};
     if (b.may_be_none && !b.is_else) taken.push_back(not_taken(blocks.back(), all));
     return taken;
   }
