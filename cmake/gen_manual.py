@@ -2,6 +2,7 @@
 """Makes manual pages from the option tables and the documents, and the completion of shells from its pattern.
 
     gen_manual.py VERSION DATE DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM] [--completion PATTERN FILE]
+                  [--scripts PROGRAM...]
 
 Options of suites are those that the first program describes; those of the programs, what they say of themselves. What
 else there is to say stands in the documents.
@@ -108,6 +109,7 @@ def main():
     for name in ("--suite", "--orvane", "--run"):
         parser.add_argument(name)
     parser.add_argument("--completion", nargs=2, type=Path)
+    parser.add_argument("--scripts", nargs="*", type=Path, default=[])
     options = parser.parse_args()
     docs, folder = Path(options.docs), Path(options.folder)
     folder.mkdir(parents=True, exist_ok=True)
@@ -138,6 +140,9 @@ def main():
           document("usage.md", without=(run, line)), ".SH OPTIONS", help_of(options.orvane, "-h"))
     write("orvane-suite", 1, "executable test suites", ".SH SYNOPSIS\n.I suite\n[options]\n.SH OPTIONS",
           suite_options(options.suite), ".SH RESULTS", document("results.md"), ".SH DESCRIPTION", document("runtime.md"))
+    for script in options.scripts:
+        title, *rest = text_of(str(script), "--help").strip().split("\n")
+        write(script.name, 1, roff(title[:1].lower() + title[1:].rstrip(".")), ".SH DESCRIPTION", page_of("\n".join(["", *rest])))
     write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
     if options.completion:
         pattern, made = options.completion

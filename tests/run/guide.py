@@ -172,7 +172,7 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     versions = run("for p in run merge sarif; do orvane-$p --version; done; ./Hello --version", folder, environment)
     expect(len(re.findall(r"Orvane \d+\.\d+[.0-9]+$", versions, re.MULTILINE)) == 4, versions)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
-    expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
+    expect(sorted(pages) == ["mcfg.5", "orvane-merge.1", "orvane-run.1", "orvane-sarif.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):
         lint = run("mandoc -T lint share/man/man*/*; true", prefix)
         expect("ERROR" not in lint and "WARNING" not in lint, lint)

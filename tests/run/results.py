@@ -310,11 +310,12 @@ def check_reports(suite):
     if has("genhtml"):
         done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)
         check(done.returncode == 0 and suite.path("pages/index.html").exists(), "genhtml")
-    suite.run("-t TC_echo --pcap p.pcap --html r.html", status=0)
-    if has("tshark"):
-        out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
-                             capture_output=True, text=True).stdout
-        check(out == "6563686f\t10.0.0.2\n6563686f\t10.0.0.1\n", "tshark", out)
+    for more, octets in (" -b", "226563686f22"), ("", "6563686f"):
+        suite.run("-t TC_echo --pcap p.pcap --html r.html" + more, status=0)
+        if has("tshark"):
+            out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
+                                 capture_output=True, text=True).stdout
+            check(out == f"{octets}\t10.0.0.2\n{octets}\t10.0.0.1\n", "tshark", out)
     if has("chromium"):
         check_page(suite)
 

@@ -83,6 +83,7 @@ void forget_past_attempts() {
 
 void keep_attempts() {
   std::vector<Attempt>& attempts = current_task->attempts;
+  current_task->last_match = {};
   if (std::all_of(attempts.begin(), attempts.end(), [](const Attempt& a) { return a.is_past; })) return;
   forget_past_attempts();
   for (Attempt& a : attempts) a.is_past = true;

@@ -223,9 +223,15 @@ class FileCoverage {
     in_code_.resize(scan_.blocks.size());
     for (size_t i = 0; i < code_.size(); ++i) code_[i] = counts_of(given, scan_.functions[i], code);
     find_blocks();
-    out_.write("SF:" + absolute(path) + "\n");
+    path_ = absolute(path);
+    lines_told_ = scan_.statements;
+    for (unsigned long i = 1; scan_.statements.empty() && i < lines_.size(); ++i)
+      if (lines_[i].hits) lines_told_[i] = 1;
   }
+  // Nothing of a file without behaviour.
   void write() {
+    if (lines_told_.empty() && scan_.functions.empty()) return;
+    out_.write("SF:" + path_ + "\n");
     functions();
     branches();
     lines();
@@ -317,8 +323,9 @@ class FileCoverage {
       are_apart = are_apart && (in_code_[i] || has_own_line(scan_.blocks[i]));
     }
     const SourceBlock& b = scan_.blocks[blocks.back()];
-    // What cannot be told apart is one way.
-    if (!are_apart && all) return {of(b.statement).blocks};
+    // What cannot be told apart is one way; always, where that is due to the source, so that runs can be
+    // added.
+    if (!are_apart && (all || code_[b.function])) return {of(b.statement).blocks};
     if (b.may_be_none && !b.is_else) taken.push_back(not_taken(blocks.back(), all));
     return taken;
   }
@@ -346,21 +353,20 @@ class FileCoverage {
     return statements_of(line) > 1 ? place->second.most : place->second.of_statements;
   }
   void lines() {
-    std::map<unsigned long, size_t> all = scan_.statements;
-    for (unsigned long i = 1; scan_.statements.empty() && i < lines_.size(); ++i)
-      if (lines_[i].hits) all[i] = 1;
     size_t reached = 0;
-    for (const auto& [line, statements] : all) {
+    for (const auto& [line, statements] : lines_told_) {
       const uint64_t hits = hits_of(line);
       reached += hits > 0;
       out_.format("DA:%lu,%" PRIu64 "\n", line, hits);
     }
-    out_.format("LF:%zu\nLH:%zu\n", all.size(), reached);
+    out_.format("LF:%zu\nLH:%zu\n", lines_told_.size(), reached);
   }
 
   const Lines& lines_;
   ReportFile& out_;
   SourceScan scan_;
+  std::string path_;
+  std::map<unsigned long, size_t> lines_told_;      // and how many statements begin there
   std::map<unsigned long, ReachedLine> reached_;    // what is known of the code
   std::vector<const FunctionCount*> code_;          // by function; null where it is not known
   std::vector<std::optional<BlockCount>> in_code_;  // by block; null where it is not known

@@ -122,6 +122,7 @@ struct EventHead {
   uint64_t slot;
   Time time;
   size_t text, octets;
+  bool has_octets;
 };
 
 class Wire : public Reporter {
@@ -148,7 +149,7 @@ class Wire : public Reporter {
   }
   void event(const Event& e) override {
     if (sent_.of(*e.spot).second) spot(*e.spot);
-    const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size()};
+    const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size(), e.octets.data() != nullptr};
     const size_t size = 1 + sizeof head + head.text + head.octets;
     char* const direct = stream_.room(size);
     char* place = direct ? direct : more(size);
@@ -287,7 +288,7 @@ void tell_event_of(Unwire& in, const Spots& spots, const WireListener& listener)
   const std::string_view text = in.piece(head.text), octets = in.piece(head.octets);
   const Spot* spot = spots.at(head.slot);
   in.is_good = in.is_good && spot;
-  if (in.is_good) listener.event({spot, head.time, text, octets});
+  if (in.is_good) listener.event({spot, head.time, text, head.has_octets ? octets : std::string_view()});
 }
 
 Result result_of(Unwire& in) {
