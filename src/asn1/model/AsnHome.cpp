@@ -198,14 +198,17 @@ std::string cBaseTypeId(const AsnType& type) {
 }
 
 std::string cComponentId(const AsnType& component) {
-  // The words of C, the macros of its headers that look like names of components, and the members of homes.
+  // The words of C in its editions and of its compilers, the macros of its headers that look like names of
+  // components, and the members of homes.
   static const std::set<std::string> words = {
-      "auto",     "break",  "case",     "char",     "const",    "continue", "default",  "do",
-      "double",   "else",   "enum",     "extern",   "float",    "for",      "goto",     "if",
-      "inline",   "int",    "long",     "register", "restrict", "return",   "short",    "signed",
-      "sizeof",   "static", "struct",   "switch",   "typedef",  "union",    "unsigned", "void",
-      "volatile", "while",  "bool",     "true",     "false",    "errno",    "stdin",    "stdout",
-      "stderr",   "assert", "offsetof", "choice",   "compmask", "elem",     "n"};
+      "alignas",  "alignof",       "asm",    "auto",     "bool",          "break",  "case",    "char",
+      "const",    "constexpr",     "continue", "default", "do",           "double", "else",    "enum",
+      "extern",   "false",         "float",  "for",      "goto",          "if",     "inline",  "int",
+      "long",     "nullptr",       "register", "restrict", "return",      "short",  "signed",  "sizeof",
+      "static",   "static_assert", "struct", "switch",   "thread_local",  "true",   "typedef", "typeof",
+      "typeof_unqual", "union",    "unsigned", "void",   "volatile",      "while",
+      "assert",   "errno",         "linux",  "offsetof", "stderr",        "stdin",  "stdout",  "unix",
+      "asnutig",  "choice",        "compmask", "elem",   "n"};
   const std::string name = getTypeCompId(component);
   return words.count(name) == 0 ? name : name + "_";
 }
