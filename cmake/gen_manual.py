@@ -118,7 +118,9 @@ def main():
         head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
         others = [f".BR {page}" for page in SEE_ALSO if not page.startswith(f"{name} ")]
         others[-1] += "\n.PP\nOther documents, and examples, lie in\n.I share/doc/orvane\nof the installation."
-        (folder / f"{name}.{section}").write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
+        page = folder / f"man{section}" / f"{name}.{section}"
+        page.parent.mkdir(exist_ok=True)
+        page.write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
 
     def document(name, chapter=None, without=()):
         """The body of a page: the document, or one chapter of it, which begin with a line of heading."""
@@ -153,6 +155,7 @@ def main():
         for name, table in ("SUITE", suite), ("RUN", described_options(text_of(options.run, "--help"))):
             text = text.replace(f"@{name}_OPTIONS@", " ".join(word for row in table for word in row[:-1]))
             text = text.replace(f"@{name}_VALUES@", " ".join(f"{word}:{row[-1]}" for row in table if row[-1] for word in row[:-1]))
+        made.parent.mkdir(parents=True, exist_ok=True)
         made.write_text(text, encoding="utf-8")
     if options.run:
         write("orvane-run", 1, "compile, build and run a test suite", command_of("usage.md", run), ".SH DESCRIPTION",

@@ -10,11 +10,14 @@ import json
 import os
 import re
 import shutil
+import socket
 import subprocess
 import sys
 import time
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from run_suite import free_port  # noqa: E402
 
 def run(command, folder, environment=None, shell=True):
     done = subprocess.run(command, shell=shell, cwd=folder, env=environment, text=True, errors="replace", check=False,
@@ -62,7 +65,8 @@ def follow(guide, folder, environment):
     output = re.sub(r"\d\.\d{3}", "N", run(example("orvane-run Hello"), folder, environment))
     expect(all(line in output for line in shown.splitlines()), f"verdicts\n{output}")
     run(example("orvane -K"), folder, environment)
-    ask_server(example("dnsmasq"), example("orvane-run Dns"), folder, environment)
+    port = str(free_port(socket.SOCK_DGRAM))  # others may follow the guide at the same time
+    ask_server(*(example(start).replace("5300", port) for start in ("dnsmasq", "orvane-run Dns")), folder, environment)
     commands = re.search(r"`(cmake -B build[^`]*)`", guide)[1]
     expect("hello.Hello.TC_echo" in run(commands + " -V", folder, environment), "tests of CTest")
     commands = re.search(r"`(parallel [^`]*)`", guide)[1]
