@@ -8,6 +8,7 @@ import argparse
 import json
 import os
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -95,6 +96,7 @@ def check_ends(suite):
         check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:22 {reason}\n", "run ended early", "\n2 test cases: 1 pass"],
                   word)
         log, sent = suite.read("e.log"), f'mtc:p: "{word}"\n'
+        check_has(log, [f"TC_{word} finished with verdict error: "], f"end in the log after {word}")
         check(log.count(sent) == suite.read("e/mtc.log").count(sent) == 1 and -1 < log.find(sent) < log.find(reason), f"log after {word}", log)
         check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
@@ -124,6 +126,16 @@ def check_ends(suite):
         out, _ = process.communicate(timeout=30)
         check(process.returncode == 1 and "the run was ended by signal" in out, f"signal in {word}", out)
         check(suite.read("t.tap").endswith("1..1\n"), f"TAP after a signal in {word}")
+    for arguments in "-j 2 -t TC_pass,TC_replace", "-t TC_pass,TC_close":
+        suite.run(f"-vevent {arguments} --json j.json" + " -L e.log" * ("-j" in arguments), status=0)
+        check(suite.read("j.json").count('"event":"send"') == 1, "a job that closes its files")
+    suite.run("-vnone -t TC_unheard,TC_pass --junit j.xml -j 2", status=0)
+    def ignore():
+        signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+        signal.signal(signal.SIGALRM, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_NOFILE, (12, 12))
+    done = subprocess.run(suite.command + "-vinfo --log-dir few -T 0.5 -t TC_odd,TC_wait,TC_block".split(), cwd=suite.folder, capture_output=True, text=True, preexec_fn=ignore, timeout=20)
+    check(done.returncode == 1 and done.stdout.count("time given to the test case is over") == 2 + 2 and "TC_odd: fail" in done.stdout, "ignored signals and few descriptors", done.stdout, done.stderr)
     for status, word in (2, "exit"), (2, "end"), (2, "crash"), (0, "copy"):
         if suite.sanitized and word == "crash":
             continue
@@ -228,9 +240,18 @@ def check_choice(suite, steered):
     check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_guard: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
     found = re.findall(r"\d+ (\w+) Outcome.ttcn:\d+ .*--seed (\d+) -t Outcome.(TC_\w+)", out)
     check(len(found) == 7, "outcomes of all schedules", out)
-    suite.run("-vinfo -t TC_race --explore 2 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log")
-    for report, text in ("s.xml", '"seed" value="7"'), ("s.json", ',"seed":7}\n'), ("s.html", 'seed = "7"'), ("s.tap", "# seed 7\n"), ("s.log", " info seed 7\n"):
-        check_has(suite.read(report), [text], "seed")
+    events = []
+    for more in "", " -j 2":
+        suite.run("-vinfo -t TC_race,TC_rnd --explore 3 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log" + more)
+        for report, texts in (("s.xml", ['"seed" value="7"', 'name="TC_race (seed 9)"']), ("s.json", [',"seed":7}\n', 'Outcome.TC_race","seed":9,']), ("s.html", ['seed = "7"', '"Outcome.TC_race (seed 9)"']),
+                              ("s.tap", ["# seed 7\n", "Outcome.TC_rnd (seed 9)\n"]), ("s.log", [" info seed 7\n", "TC_rnd (seed 9) finished with"])):
+            check_has(suite.read(report), texts, "seeds" + more)
+        events.append(re.sub(r'"(started|time|duration)":[0-9.]+', "", suite.read("s.json")))
+    check(events[0] == events[1], "events of schedules in processes")
+    rnd = re.findall(r'TC_rnd","seed":9,"verdict":"fail","text":"(.*?)"', events[0])
+    check(rnd and rnd[0] in suite.run("-vnone -t TC_rnd --explore 1 --seed 9")[0] and rnd[0] in suite.run("-vnone -t TC_rnd --seed 9")[0], "random numbers of a seed", rnd)
+    out, _ = suite.run("-vnone -t TC_busy,TC_race --explore 9 --until-fail")
+    check_has(out, ["TC_busy: 9 schedules, 1 outcome\n", "TC_race: 1 schedule, 1 outcome\n"], "a busy loop, and the first bad schedule")
     for verdict, seed, name in found:
         out, _ = suite.run(f"-vnone -t {name} --explore 1 --seed {seed}", int(verdict not in ("pass", "none")))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")
