@@ -164,6 +164,13 @@ def check_lost_output(suite):
     for arguments in ("-L /dev/full -t TC_pass", "-vnone -t TC_pass --junit /dev/full", "-vnone -t TC_pass --html /dev/full"):
         _, err = suite.run(arguments)
         check_has(err, ["cannot be written: No space left on device\n"], arguments)
+    suite.path("link.xml").symlink_to("far.xml"), suite.path("far.xml").touch()
+    check_has(suite.run("--junit link.xml --tap ./far.xml", status=2)[1], ["cannot both write to './far.xml'"], "two reports by a link")
+    suite.run("-vnone -t TC_pass --junit link.xml --json /dev/stderr", status=0)
+    check("testsuites" in suite.read("far.xml") and suite.path("link.xml").is_symlink() and Path("/dev/stderr").is_symlink(), "reports behind links")
+    os.mkfifo(suite.path("pipe"))
+    done = subprocess.run(["timeout", "1", *suite.command, "--tap", "pipe"], cwd=suite.folder, capture_output=True, timeout=20)
+    check(done.returncode == 124, "an end while nobody reads a report", done)
     with open("/dev/full", "w") as full:
         process = subprocess.run(suite.command + ["-vnone", "-t", "TC_pass"], stdout=full, stderr=subprocess.PIPE, text=True)
     check(process.returncode == 1 and "standard output cannot be written" in process.stderr, "full standard output")

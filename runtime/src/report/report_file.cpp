@@ -1,6 +1,7 @@
 #include "report/report_file.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,10 +21,25 @@ namespace {
 
 bool some_failed = false;
 
-// Whether something else than a file stands there.
-bool is_special_place(const std::string& path) {
+bool asks_for_end() {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGINT) || sigismember(&pending, SIGTERM) || sigismember(&pending, SIGHUP);
+}
+
+// A pipe that nobody reads yet is waited for, but not by a call that no signal ends while they are held.
+FILE* open_in_place(const std::string& path) {
   struct stat status;
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+  const bool is_pipe = stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+  for (int fd; is_pipe; usleep(10000)) {
+    fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd >= 0) fcntl(fd, F_SETFL, O_WRONLY);
+    if (fd >= 0) return fdopen(fd, "w");
+    if (errno != ENXIO) return nullptr;
+    errno = EINTR;
+    if (asks_for_end()) return nullptr;
+  }
+  return std::fopen(path.c_str(), "we");
 }
 
 // What a run writes to is locked by it, so what nobody has locked was left by one that was killed.
@@ -58,7 +74,19 @@ void remove_left_behind(const std::string& path) {
 }  // namespace
 
 bool is_standard_output(const std::string& path) {
-  return path.empty() || path == "-" || path == "/dev/stdout" || path == "/dev/fd/1";
+  return path.empty() || path == "-" || path == "/dev/stdout" || path == "/dev/fd/1" || path == "/proc/self/fd/1";
+}
+
+bool is_special_place(const std::string& path) {
+  struct stat status;
+  const bool is_of_system = path.starts_with("/dev/") || path.starts_with("/proc/");
+  return stat(path.c_str(), &status) == 0 && (is_of_system || !S_ISREG(status.st_mode));
+}
+
+std::string place_behind_links(const std::string& path) {
+  std::error_code error;
+  const auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  return error ? path : place.string();
 }
 
 ReportFile::ReportFile(const std::string& path) : path_(path) {
@@ -66,9 +94,12 @@ ReportFile::ReportFile(const std::string& path) : path_(path) {
     file_ = stdout;
     return;
   }
-  if (!is_special_place(path)) beside_ = path + "." + std::to_string(getpid()) + ".part";
-  if (!beside_.empty()) remove_left_behind(path);
-  file_ = std::fopen(beside_.empty() ? path.c_str() : beside_.c_str(), "we");
+  if (!is_special_place(path)) {
+    place_ = place_behind_links(path);
+    beside_ = place_ + "." + std::to_string(getpid()) + ".part";
+    remove_left_behind(place_);
+  }
+  file_ = beside_.empty() ? open_in_place(path) : std::fopen(beside_.c_str(), "we");
   is_owned_ = true;
   if (file_ && !beside_.empty()) flock(fileno(file_), LOCK_EX | LOCK_NB);
   if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
@@ -116,7 +147,7 @@ void ReportFile::complete() {
   if (!is_closed || is_failed_) {
     fail();
     if (!beside_.empty()) unlink(beside_.c_str());
-  } else if (!beside_.empty() && std::rename(beside_.c_str(), path_.c_str()) != 0) {
+  } else if (!beside_.empty() && std::rename(beside_.c_str(), place_.c_str()) != 0) {
     fail();
     unlink(beside_.c_str());
   }
