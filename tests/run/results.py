@@ -241,6 +241,7 @@ def check_choice(suite, steered):
     out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2 --coverage c.info" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2 --coverage c.info")
     check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
     check_has(suite.read("c.info"), [f"DA:22,{1 if suite.sanitized else 2}\n"], "coverage of processes that end")
+    check_has(steered.run("-vnone --explore 2")[1], ["and no other schedule is explored: it asks"], "steered schedules")
     out, err = steered.run("-vnone -j 2")
     check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
     out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late,TC_guard --explore 60")
@@ -297,8 +298,13 @@ def check_logs(suite):
     suite.run("-t TC_none -L log.json --log-format json", status=0)
     check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
     check_has(suite.run("-t TC_none", status=0)[1], ["ttcn3 mtc Outcome.ttcn:29 nothing <&>\\x1B1\n"], "what would steer a terminal")
-    suite.run("-b -L small.log --log-size 1 -v all -p times=20")
-    check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
+    for more in "", " -j 2":
+        suite.run("-b -n -L small.log --log-size 1 -v all -p times=20" + more)
+        check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs" + more)
+        parts = [suite.read(path.name) for path in suite.folder.glob("small.log*")]
+        check(sum(part.count("TC_param started") for part in parts) == 20, "parts of logs" + more)
+        for path in suite.folder.glob("small.log*"):
+            path.unlink()
 
 
 def check_told(suite):
