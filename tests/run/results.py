@@ -136,8 +136,8 @@ def check_ends(suite):
         resource.setrlimit(resource.RLIMIT_NOFILE, (12, 12))
     done = subprocess.run(suite.command + "-vinfo --log-dir few -T 0.5 -t TC_odd,TC_wait,TC_block".split(), cwd=suite.folder, capture_output=True, text=True, preexec_fn=ignore, timeout=20)
     check(done.returncode == 1 and done.stdout.count("time given to the test case is over") == 2 + 2 and "TC_odd: fail" in done.stdout, "ignored signals and few descriptors", done.stdout, done.stderr)
-    for status, word in (2, "exit"), (2, "end"), (2, "crash"), (0, "copy"):
-        if suite.sanitized and word == "crash":
+    for status, word in (2, "exit"), (2, "end"), (2, "crash"), (2, "arith"), (0, "copy"):
+        if suite.sanitized and word in ("crash", "arith"):
             continue
         suite.more = {"PEER_INIT": word}
         out, err = suite.run("-vnone -t TC_pass --junit start.xml", status=status)
