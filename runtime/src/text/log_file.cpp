@@ -35,14 +35,14 @@ class LogFile {
   // An absolute path, since code of the user may change the folder.
   explicit LogFile(const std::string& path, int how = O_TRUNC)
       : path_(std::filesystem::absolute(path)), is_there_(open(how)) {}
-  // One that does not grow too large.
+  // One without a name, which is not begun anew.
   explicit LogFile(const KeptFile& file) : file_(file), is_open_(true), is_there_(true) {}
   ~LogFile() { close(); }
   LogFile(const LogFile&) = delete;
   bool is_there() const { return is_there_; }
   const std::string& path() const { return path_; }
   void write(std::string_view lines) {
-    if (largest && size_ && size_ + lines.size() > largest && file_.is_regular()) rotate();
+    if (largest && size_ && size_ + lines.size() > largest && file_.is_regular() && !path_.empty()) rotate();
     size_ += lines.size();
     waiting_.put(lines);
     if (waiting_.size() >= enough) flush();
