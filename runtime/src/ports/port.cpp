@@ -403,7 +403,7 @@ constexpr size_t most_taken = 1000;
 
 // The message has come to whom it was meant for, or to an alternative that takes any.
 void take_head(Port& p, MessageKind kind, Value pattern) {
-  is_given(pattern) ? forget_past_attempts() : keep_attempts();
+  if (!current_task->attempts.empty()) is_given(pattern) ? forget_past_attempts() : keep_attempts();
   remove_head(p, kind);
 }
 

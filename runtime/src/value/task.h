@@ -143,6 +143,8 @@ inline void end_roots(Task& task, size_t mark) {
 void end_attempts(Task& task);
 // The alternatives are looked at once more.
 void end_attempts_of_snapshot(Task& task);
+// Nobody looks at them any more: attempts end with what they name.
+void leave_attempts(Task& task);
 void end_attempts(Task& task, size_t mark);
 // The place of a temporary value among those of its task: it ends when that place does. SIZE_MAX for others.
 size_t root_place(const Task& task, lumo_value_t value);
