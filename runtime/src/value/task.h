@@ -45,8 +45,8 @@ struct OpenCall {
   size_t frames = 0, blocks = 0;
 };
 
-// What an alternative looked at.
-enum class Attempted : uint8_t { value, call, reply, result, sender, match };
+// What an alternative looked at; octets that are no value for it.
+enum class Attempted : uint8_t { value, octets, call, reply, result, sender, match };
 
 // A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
 // both exist.
