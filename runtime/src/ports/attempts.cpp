@@ -45,6 +45,12 @@ std::string place_of_path(Attempted what) {
 
 Explanation explain(const Attempt& a) {
   const Value pattern = a.pattern, content = a.content;
+  if (a.what == Attempted::octets) {
+    MismatchTrace trace;
+    trace.add("", (std::string("no value of type '") + type_name(pattern->type) + "'").c_str(), content,
+              nullptr);
+    return {0, {}, trace.text()};
+  }
   const bool asks_for_type =
       a.what != Attempted::result && a.what != Attempted::sender && a.what != Attempted::match;
   if (asks_for_type && !same_root_type(pattern, content))
