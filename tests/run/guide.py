@@ -38,12 +38,16 @@ def examples_of(guide):
     return [re.sub(r"(?m)^    ", "", block).strip("\n") + "\n" for block in blocks if block.strip()]
 
 
-def ask_server(server, suite, folder, environment):
+def ask_server(server, suite, port, folder, environment):
     environment = {**environment, "PATH": environment["PATH"] + ":/usr/sbin"}
     if not shutil.which("dnsmasq", path=environment["PATH"]):
         return print("SKIPPED: the chapter on a peer, since dnsmasq is not installed")
     peer = subprocess.Popen(["sh", "-c", "exec " + server], cwd=folder, env=environment, stderr=subprocess.DEVNULL)
-    time.sleep(0.5)
+    listening = f":{int(port):04X} "
+    for _ in range(400):
+        if listening in Path("/proc/net/udp").read_text():
+            break
+        time.sleep(0.05)
     try:
         expect("1 test case: 1 pass" in run(suite, folder, environment), "an answer")
     finally:
@@ -66,7 +70,7 @@ def follow(guide, folder, environment):
     expect(all(line in output for line in shown.splitlines()), f"verdicts\n{output}")
     run(example("orvane -K"), folder, environment)
     port = str(free_port(socket.SOCK_DGRAM))  # others may follow the guide at the same time
-    ask_server(*(example(start).replace("5300", port) for start in ("dnsmasq", "orvane-run Dns")), folder, environment)
+    ask_server(*(example(start).replace("5300", port) for start in ("dnsmasq", "orvane-run Dns")), port, folder, environment)
     commands = re.search(r"`(cmake -B build[^`]*)`", guide)[1]
     expect("hello.Hello.TC_echo" in run(commands + " -V", folder, environment), "tests of CTest")
     commands = re.search(r"`(parallel [^`]*)`", guide)[1]
