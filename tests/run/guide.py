@@ -163,15 +163,16 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     (folder / "echo.h").write_text("#define ECHO triEnqueueMsg\n")
     with open(folder / "CMakeLists.txt", "a", encoding="utf-8") as file:
         file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.cpp ARGUMENTS "--tap=a \\"b;.tap"\n'
-                   'PROPERTIES LABELS "one;two")\n')
+                   'PROPERTIES LABELS "one;two")\norvane_add_suite(NAME off ROOT N SOURCES N.ttcn PROPERTIES LABELS two)\n')
+    (folder / "N.ttcn").write_text("module N { type component C {} testcase TC(integer i) runs on C { setverdict(pass) } control { execute(TC(1)) } }")
     build_and_test = f"OSTYPE=none {options.cmake} --build build -j2 && ctest --test-dir build -L two"
     done = run(f"{options.cmake} -B build && {build_and_test}", folder, environment)
-    expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
+    expect("100% tests passed, 0 tests failed out of 2" in done and "off.control" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
     (folder / "echo.h").write_text("#define ECHO(...)\n")
     expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
     (folder / "echo.h").write_text("no C")
     results = run(f"({build_and_test}; ctest --test-dir build --output-junit j.xml; orvane-merge k.xml build/j.xml; true) 2>&1", folder, environment)
-    expect("adapted.not_built (Failed)" in results and "2 tests, 1 failures" in results, f"what could not be built\n{results}")
+    expect("adapted.not_built (Failed)" in results and "3 tests, 1 failures" in results, f"what could not be built\n{results}")
     if shutil.which("pkg-config"):
         call = f"{options.source.resolve()}/examples/call"
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
