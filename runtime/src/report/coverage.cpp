@@ -170,11 +170,10 @@ std::string text_of(const std::string& path) {
 struct FunctionCount {
   uint64_t calls = 0;
   struct Block {
-    // Where it ends in the source, and whether it is one of copies.
-    std::pair<unsigned long, bool> place;
-    uint64_t entered, before;
+    uint64_t entered = 0, before = 0;
   };
-  std::vector<Block> blocks;
+  // By where they end in the source, and whether they are copies.
+  std::map<std::pair<unsigned long, bool>, std::vector<Block>> blocks;
 };
 // What the code counted for a line of the source: each time, what belongs to statements, and of the places in
 // the code the one that was reached most often.
@@ -198,8 +197,8 @@ void add_code(const std::string& path, const Lines& lines, CodeCounts& all) {
     FunctionCount& count = all.functions[{f.file, f.name, f.line}];
     count.calls += at(lines, f.body).blocks;
     for (const CodeBlock& b : f.blocks)
-      count.blocks.push_back(
-          {{b.end, b.is_interleaved}, at(lines, b.line).blocks, at(lines, b.statement).hits});
+      count.blocks[{b.end, b.is_interleaved}].push_back(
+          {at(lines, b.line).blocks, at(lines, b.statement).hits});
     for (const CodeStatement& s : f.statements) {
       ReachedLine& line = all.lines[f.file][s.source];
       const uint64_t hits = at(lines, s.line).hits;
@@ -254,21 +253,21 @@ class FileCoverage {
       const SourceBlock& b = scan_.blocks[i];
       blocks[{b.function, {b.end, b.is_interleaved}}].push_back(i);
     }
-    for (const auto& [place, numbers] : blocks)
-      if (code_[place.first]) find_in_code(code_[place.first]->blocks, place.second, numbers);
+    for (const auto& [place, numbers] : blocks) {
+      if (!code_[place.first]) continue;
+      const auto found = code_[place.first]->blocks.find(place.second);
+      if (found != code_[place.first]->blocks.end())
+        find_in_code(found->second, place.second.second && numbers.size() == 1, numbers);
+    }
   }
-  void find_in_code(const std::vector<BlockCount>& code, const std::pair<unsigned long, bool>& place,
+  void find_in_code(const std::vector<BlockCount>& code, bool are_copies,
                     const std::vector<size_t>& numbers) {
-    std::vector<BlockCount> found;
-    for (const BlockCount& b : code)
-      if (b.place == place) found.push_back(b);
-    const bool are_copies = place.second && numbers.size() == 1;
-    if (!are_copies && found.size() != numbers.size()) return;
-    for (size_t i = 0; i < found.size(); ++i) {
+    if (!are_copies && code.size() != numbers.size()) return;
+    for (size_t i = 0; i < code.size(); ++i) {
       std::optional<BlockCount>& sum = in_code_[numbers[are_copies ? 0 : i]];
-      if (!sum) sum = BlockCount{place, 0, 0};
-      sum->entered += found[i].entered;
-      sum->before += found[i].before;
+      if (!sum) sum.emplace();
+      sum->entered += code[i].entered;
+      sum->before += code[i].before;
     }
   }
 

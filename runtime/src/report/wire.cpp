@@ -122,7 +122,7 @@ struct EventHead {
   uint64_t slot;
   Time time;
   size_t text, octets;
-  bool has_octets;
+  uint64_t has_octets;  // no gap behind it that would be written
 };
 
 class Wire : public Reporter {
