@@ -22,7 +22,7 @@ STRETCH = object()  # in rows of elements: any number of them
 
 def literal(t, v):
     """The text of a scalar, or None."""
-    if v in (None, OMIT) or isinstance(v, (dict, tuple)) or isinstance(v, float) and "e" in str(v):
+    if v in (None, OMIT) or isinstance(v, dict) or isinstance(v, tuple) and t[0] != "objid" or isinstance(v, float) and "e" in str(v):
         return None
     return shown(t, v)
 

@@ -1,5 +1,6 @@
 """Types and values of random programs: what reading, writing and comparing them gives, and how they are logged."""
 
+import re
 from functools import cache
 
 OMIT = object()
@@ -19,24 +20,25 @@ class Discard(Exception):
 
 
 # A type is (kind, name, ...): scalars; ("charstring", name, bounds of the length); ("record", name, ((field, type, optional), ...), word); ("list", name, element, bounds, word);
-# ("bits", name, digits of an element, values of one); ("array", name, element, length); ("union", name, ((alternative, type), ...)); ("sub", name, low, high);
-# ("enum", name, literals, their numbers).
+# ("bits", name, digits of an element, values of one); ("array", name, element, length, first index); ("union", name, ((alternative, type), ...)); ("sub", name, low, high);
+# ("enum", name, literals, their numbers); ("wide", name), of universal characters, ("verdict", name), and ("objid", name), a tuple of numbers.
 INT, FLOAT, BOOL, TEXT = ("integer", "integer"), ("float", "float"), ("boolean", "boolean"), ("charstring", "charstring", None)
 SUB, WORD = ("sub", "Small", -20, 20), ("charstring", "Word", (0, 3))
 COLOUR = ("enum", "Colour", ("red", "green", "blue"), (4, 0, 9))
+WIDE, VERDICT, OBJID = ("wide", "Wide"), ("verdict", "verdicttype"), ("objid", "objid")
 ANY_TYPE = ("union", "anytype", (("integer", INT), ("charstring", TEXT), ("Colour", COLOUR), ("Small", SUB), ("octetstring", ("bits", "octetstring", 2, 256))))
 BITS, HEXES, OCTETS = ("bits", "bitstring", 1, 2), ("bits", "hexstring", 1, 16), ("bits", "octetstring", 2, 256)
 
 
 def make_types(rng, imported):
-    types = [INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS, WORD] + [ANY_TYPE] * (not imported)
-    lines = ["type integer Small (-20 .. 20);", "type charstring Word length(0 .. 3);",
+    types = [WIDE, VERDICT, OBJID, INT, FLOAT, BOOL, TEXT, SUB, COLOUR, BITS, HEXES, OCTETS, WORD] + [ANY_TYPE] * (not imported)
+    lines = ["type integer Small (-20 .. 20);", "type charstring Word length(0 .. 3);", "type universal charstring Wide;",
              f"type enumerated Colour {{ {', '.join(f'{name}({n})' for name, n in zip(*COLOUR[2:]))} }}"]
-    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, TEXT, BITS, HEXES, OCTETS)]
+    lines += [f"function same_{t[1]}({t[1]} p) return {t[1]} {{ return p; }}" for t in (INT, FLOAT, TEXT, WIDE, BITS, HEXES, OCTETS)]
     for i in range(12):
         kind = ("list", "record", "union", "array", "record", "list")[i % 6]
         name = f"{kind.capitalize()}{i}"
-        pick = lambda: rng.choice(types if rng.random() < 0.6 else [INT, TEXT, SUB])
+        pick = lambda: rng.choice(types if rng.random() < 0.6 else [INT, TEXT, SUB, WIDE])
         if kind == "list":
             bounds = rng.choice((None, None, (0, 4)))
             word, element = ("record", pick()) if i < 11 else ("set", rng.choice((INT, TEXT, SUB)))
@@ -44,8 +46,11 @@ def make_types(rng, imported):
             lines.append(f"type {word} {f'length({bounds[0]} .. {bounds[1]}) ' if bounds else ''}of {element[1]} {name};")
         elif kind == "array":
             element, length, rows = pick(), rng.randint(1, 3), rng.choice((0, 0, 2))
-            types.append((kind, name, (kind, "", element, length), rows) if rows else (kind, name, element, length))
-            lines.append(f"type {element[1]} {name}{f'[{rows}]' if rows else ''}[{length}];")
+            low, lowest = rng.choice((0, 0, 2)), rng.choice((0, 1))
+            inner = (kind, "" if rows else name, element, length, low)
+            types.append((kind, name, inner, rows, lowest) if rows else inner)
+            outer = f"[{lowest} .. {lowest + rows - 1}]" if rows else ""
+            lines.append(f"type {element[1]} {name}{outer}[{f'{low} .. {low + length - 1}' if low else length}];")
         elif kind == "record":
             fields = tuple((f"f{k}", pick(), rng.random() < 0.4) for k in range(rng.randint(1, 4)))
             word = rng.choice(("record", "record", "set"))
@@ -120,7 +125,7 @@ def root(t):
     if t[0] == "record":
         return "record", tuple((f, root(ft), o) for f, ft, o in t[2]), t[3]
     if t[0] in ("list", "array"):
-        return t[0], root(t[2]), t[4] if t[0] == "list" else t[3]
+        return t[0], root(t[2]), t[4] if t[0] == "list" else t[3:]
     return INT if t[0] == "sub" else TEXT if t[0] == "charstring" else t
 
 
@@ -216,7 +221,12 @@ def shown(t, v, top=False):
         return "{ " + ", ".join(shown(t[2], x) for x in v) + " }" if v else "{}"
     if t[0] == "bits":
         return f"'{v}'{t[1][0].upper()}"
-    if t[0] == "charstring":
+    if t[0] == "objid":
+        return f"objid {{ {' '.join(map(str, v))} }}"
+    if t[0] == "wide" and not top and v:  # characters that are no ASCII stand by themselves
+        return " & ".join(f'"{part}"' if part < "\x7f" else f"char(0, 0, {ord(part) >> 8}, {ord(part) & 255})"
+                          for part in re.findall(r"[ -~]+|[^ -~]", v))
+    if t[0] in ("charstring", "wide"):
         return v if top else f'"{v}"'
     if t[0] == "float" and v and abs(v) < 1e-4:
         raise Discard

@@ -20,8 +20,8 @@ from contextlib import contextmanager, nullcontext
 from pathlib import Path
 
 from random_templates import Templates
-from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, TEXT, WORD, Discard, DynamicError, Open,
-                          Place, blank, checked, complete, make_types, part_type, read, root, same, shown, values_of)
+from random_types import (BITS, BOOL, COLOUR, FLOAT, HEXES, INT, LIMIT, OCTETS, OMIT, TEXT, WIDE, WORD, Discard, DynamicError,
+                          Open, Place, blank, checked, complete, make_types, part_type, read, root, same, shown, values_of)
 
 
 class Loop(Exception):
@@ -67,13 +67,13 @@ class Generator(Templates):
         return None
 
     def index(self, scope, t):
-        top = t[3] if t[0] == "array" else 4
+        top, low = (t[3], t[4]) if t[0] == "array" else (4, 0)
         if self.rng.random() < 0.85:
             i = self.rng.randrange(top)
-            return str(i), lambda _: i
+            return str(i + low), lambda _: i
         with self.without_calls():  # an index to the left of := may be evaluated before or behind what is to the right
             text, value = self.plain(INT, scope, 1)
-        return f"same_integer({text})", value
+        return f"same_integer({text})", lambda frame: value(frame) - low
 
     @contextmanager
     def without_calls(self):
@@ -135,6 +135,12 @@ class Generator(Templates):
         if t[0] == "charstring":
             v = "".join(rng.choice("abcxyz ") for _ in range(rng.randrange(4)))
             return f'"{v}"', lambda _: v
+        if t[0] in ("wide", "verdict"):
+            v = "".join(rng.choice("abÄß€ ") for _ in range(rng.randrange(4))) if t is WIDE else rng.choice(("none", "pass", "fail"))
+            return f'"{v}"' if t is WIDE else v, lambda _: v
+        if t[0] == "objid":
+            v = (rng.randrange(3), rng.randrange(40), *(rng.choice((0, 127, 128, 70000)) for _ in range(rng.randrange(3))))
+            return shown(t, v), lambda _: v
         if t[0] == "bits":
             v = "".join(rng.choice("01" if t is BITS else "09AF") for _ in range(rng.randrange(5) * t[2]))
             return shown(t, v), lambda _: v
@@ -152,8 +158,10 @@ class Generator(Templates):
         if t[0] == "charstring":
             text, x = self.text(scope, depth)
             return (f"same_charstring({text})" if t is WORD else text), x  # faults of constants are found by the compiler
-        if t[0] in ("bits", "enum"):
-            return self.digits(t, scope, depth) if t[0] == "bits" else self.literal(t)
+        if t[0] in ("bits", "wide"):
+            return self.digits(t, scope, depth)
+        if t[0] in ("enum", "verdict", "objid"):
+            return self.literal(t)
         if t[0] == "float":
             op = rng.choice("+-*/")
         else:
@@ -168,25 +176,27 @@ class Generator(Templates):
         return f"({a} {op} {b})", lambda frame: arithmetic(op, x(frame), y(frame))
 
     def digits(self, t, scope, depth):
-        """An operation on strings of digits; faults of constants are found by the compiler."""
-        op, n, m = self.rng.choice(sorted(DIGIT_OPERATIONS)), self.rng.randrange(4), self.rng.randrange(3)
+        """An operation on strings of digits or universal characters; faults of constants are found by the compiler."""
+        rng, wide = self.rng, t is WIDE
+        op, n, m = rng.choice(("&", "<@", "@>", "substr", "replace") if wide else sorted(DIGIT_OPERATIONS)), rng.randrange(4), rng.randrange(3)
         (a, x), (b, y) = self.plain(t, scope, depth - 1), self.plain(t, scope, depth - 1)
-        second = f"same_{t[1]}({b})" if op in ("and4b", "or4b", "xor4b", "&") else n
-        text = (f"(not4b {a})" if op == "not4b" else f"substr(same_{t[1]}({a}), {n}, {m})" if op == "substr" else
-                f"replace(same_{t[1]}({a}), {n}, {m}, {b})" if op == "replace" else f"({a} {op} {second})")
+        first, same_b = f"same_{t[1]}({a})" if wide or op in ("substr", "replace") else a, f"same_{t[1]}({b})"
+        text = (f"(not4b {a})" if op == "not4b" else f"substr({first}, {n}, {m})" if op == "substr" else
+                f"replace({first}, {n}, {m}, {same_b if wide else b})" if op == "replace" else
+                f"({first} {op} {same_b if op in ('and4b', 'or4b', 'xor4b', '&') else n})")
 
         def value(frame):
-            elements = lambda v: [int(v[i:i + t[2]], 16) for i in range(0, len(v), t[2])]
+            elements = lambda v: list(v) if wide else [int(v[i:i + t[2]], 16) for i in range(0, len(v), t[2])]
             p, q = elements(x(frame)), elements(y(frame)) if op in ("and4b", "or4b", "xor4b", "&", "replace") else []
-            v = DIGIT_OPERATIONS[op](p, q, n, m, t[3] - 1)
-            return "".join(f"{e:X}".zfill(t[2]) for e in v) if len(v) < 40 else discard()
+            v = DIGIT_OPERATIONS[op](p, q, n, m, 0 if wide else t[3] - 1)
+            return "".join(v if wide else (f"{e:X}".zfill(t[2]) for e in v)) if len(v) < 40 else discard()
         return text, value
 
     def size(self, scope, depth):
         lists = [t for t in self.types if t[0] == "list"]
         found = self.reference(scope, self.rng.choice(lists)) if scope else None
         if not found:
-            of = self.rng.choice((TEXT, BITS, HEXES, OCTETS))
+            of = self.rng.choice((TEXT, WIDE, BITS, HEXES, OCTETS))
             a, x = self.plain(of, scope, depth - 1)
             return f"lengthof({a})", lambda frame: len(x(frame)) // (2 if of is OCTETS else 1)
         text, value = self.given(self.reading(found))

@@ -28,8 +28,9 @@ namespace {
 
 // The entry types that the analysis noted; generation adds some of its own.
 unsigned long entry_types = 0;
+std::string numbered_names;
 
-// Options that change a module's code, and the types of ASN.1 for which codecs are asked.
+// Options that change a module's code, names that coincide, and the types of ASN.1 for which codecs are asked.
 std::string CodeSettings(T3Tree_Node* module) {
   std::string settings;
   if (gT3CommandLine.debug) settings += "G";
@@ -37,6 +38,7 @@ std::string CodeSettings(T3Tree_Node* module) {
     settings += FormatText("l%ld", gT3CommandLine.template_description_length);
   if (GetCodecGeneration(module) != kCodecAll) settings += FormatText("C%d", GetCodecGeneration(module));
   if (std::getenv("TTCN3_DISABLE_LENGTH_RESTRICTION") != nullptr) settings += "L";
+  settings += numbered_names;
   const bool asn1 = T3ReprToLanguage(module) == language_asn1;
   if (asn1 && GetPrefix(module) != "t3_") settings += "P" + GetPrefix(module);
   if (asn1 && entry_types != 0) settings += FormatText("E%lx", entry_types);
@@ -143,6 +145,7 @@ bool Generate(T3Tree_Node* module) {
 bool GenerateCode() {
   bool all = true;
   entry_types = EntryTypesDigest();
+  numbered_names = NumberedNamesOfRun();
   for (const module_argument_t& argument : gT3CommandLine.modules) {
     const auto found = gT3ModuleMap.find(argument.name);
     if (found != gT3ModuleMap.end()) all = GenerateModule(found->second->as<T3Module>()) && all;

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <set>
 #include <unordered_map>
 
 #include "FileAPI/CBase.h"
@@ -12,6 +13,7 @@
 #include "analysis/names/T3Names.h"
 #include "driver/diagnostics/T3Error.h"
 #include "driver/modules/T3Global.h"
+#include "frontend/T3Lists.h"
 #include "generator/text/CGKeptTexts.h"
 #include "generator/text/T3CodeDefs.h"
 #include "generator/text/T3Context.h"
@@ -99,6 +101,12 @@ std::string_view NameOf(T3Tree_Node* decl) {
   const std::string_view name = Text(DeclaredName(decl));
   if (!MayCoincide(decl, name)) return name;
   return g_distinct.Of(decl->number, [&] { return DistinctName(decl, name); });
+}
+
+// Whether another module's parameters are initialized by the name of the module's own initialization.
+bool IsInitializedAsParameters(tIdent module) {
+  const Shorter& shorter = ShorterThan(module);
+  return !shorter.empty() && shorter.back().second == "params";
 }
 
 // A built-in declaration belongs to the module being generated.
@@ -260,10 +268,20 @@ std::string PositionSuffix(const tPosition& position) {
 }
 
 std::string ModuleInitializeName(tIdent module) {
-  // Another module's parameters may be initialized by that name.
-  const Shorter& shorter = ShorterThan(module);
-  const bool is_taken = !shorter.empty() && shorter.back().second == "params";
-  return OfModule("vexa_", module, is_taken ? "_initialize_2" : "_initialize");
+  return OfModule("vexa_", module, IsInitializedAsParameters(module) ? "_initialize_2" : "_initialize");
+}
+
+std::string NumberedNamesOfRun() {
+  std::set<std::string> names;
+  for (const auto& [module, node] : gT3ModuleMap) {
+    if (ShorterThan(module).empty() || !node->is<T3Module>()) continue;
+    if (IsInitializedAsParameters(module)) names.emplace(Text(module));
+    for (auto* decl : DeclsInGroups(node->as<T3Module>()->definition_part))
+      if (MayCoincide(decl, Text(decl->name)) && IsTaken(decl, Text(decl->name))) names.insert(ExternalName(decl));
+  }
+  std::string all;
+  for (const std::string& name : names) all += "N" + name;
+  return all;
 }
 
 std::string ModuleParamsInitializeName(tIdent module) {

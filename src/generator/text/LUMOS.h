@@ -11,6 +11,10 @@
 /// "_line_column".
 std::string PositionSuffix(const tPosition& position);
 
+/// The declarations and modules of the run whose names in C have a number, since others have the same; a word, empty
+/// where there are none. The code of all modules that know them depends on it.
+std::string NumberedNamesOfRun();
+
 // Names of a module's life-cycle functions and their guards, from its identifier.
 std::string ModuleInitializeName(tIdent module);
 std::string ModuleParamsInitializeName(tIdent module);
