@@ -8,9 +8,12 @@
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {
+// What the type of an entity asks of the entity itself, such as a field of it, finds no type.
 void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
-  const T3TypeViews views = TypeViewsOf(entity);
   auto& attributes = reference->attr();
+  attributes.local_type_def = gT3NoType;
+  attributes.base_type_def = gT3NoType;
+  const T3TypeViews views = TypeViewsOf(entity);
   attributes.local_type_def = views.local;
   attributes.base_type_def = views.base;
 }
