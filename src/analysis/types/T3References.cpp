@@ -112,6 +112,7 @@ void ResolveSubscription(T3Subscription* subscription) {
   auto* outer = subscription->base->is<_T3Reference>() ? subscription->base->as<_T3Reference>() : nullptr;
   if (outer == nullptr) return Fail(subscription);
   T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  if (base->is<T3NoType>()) vexa_filtered_error(ERR_type_na, subscription->position);
   SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
 }
 
