@@ -8,12 +8,9 @@
 #include "frontend/T3GlobalASTNodes.h"
 
 namespace {
-// What the type of an entity asks of the entity itself, such as a field of it, finds no type.
 void SetOwnType(_T3Reference* reference, T3Tree_Node* entity) {
-  auto& attributes = reference->attr();
-  attributes.local_type_def = gT3NoType;
-  attributes.base_type_def = gT3NoType;
   const T3TypeViews views = TypeViewsOf(entity);
+  auto& attributes = reference->attr();
   attributes.local_type_def = views.local;
   attributes.base_type_def = views.base;
 }
@@ -116,7 +113,12 @@ void ResolveSubscription(T3Subscription* subscription) {
   SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
 }
 
+// A type that is given by a part of what has the type comes by again: until all is known it finds nothing.
 void ResolveOne(_T3Reference* reference) {
+  auto& attributes = reference->attr();
+  attributes.def = _sgT3NoDecl(true);
+  attributes.local_type_def = gT3NoType;
+  attributes.base_type_def = gT3NoType;
   if (auto* identifier = reference->try_as<T3Identifier>()) return ResolveIdentifier(identifier);
   if (auto* qualifier = reference->try_as<T3Qualifier>()) return ResolveQualifier(qualifier);
   if (auto* subscription = reference->try_as<T3Subscription>()) return ResolveSubscription(subscription);
