@@ -21,6 +21,9 @@
 /// Thrown where a file has two objects of one name: declarations of different names may ask for the same in C.
 struct CNameTaken {
   std::string name;
+  std::string message() const {
+    return "the name \"" + name + "\" in C belongs to another declaration of the module";
+  }
 };
 
 class CFile {

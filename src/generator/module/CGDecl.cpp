@@ -79,8 +79,7 @@ void OrReport(T3Tree_Node* decl, const Generation& generation) {
     vexa_error(fault.reason, fault.position == NoPosition ? PositionOf(decl) : fault.position);
   } catch (const CNameTaken& taken) {
     gT3Context.invalidateFile();
-    vexa_error("the name \"" + taken.name + "\" in C belongs to another declaration of the module",
-               PositionOf(decl));
+    vexa_error(taken.message(), PositionOf(decl));
   }
 }
 
