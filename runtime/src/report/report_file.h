@@ -48,7 +48,7 @@ class ReportFile {
   void put_in_place();
   void fail();
   std::string path_, place_, beside_;
-  int descriptor_ = -1;
+  int descriptor_ = -1, signals_ = 0;
   bool is_owned_ = false, is_failed_ = false;
   bool is_begun_ = false;  // the first piece is written at once: what cannot be written is told at the start
   Row rows_;
