@@ -68,8 +68,8 @@ void NormalPass(T3Tree_Node* decl) {
   }
 }
 
-// What no code is generated for, and what has no name of its own in C, is told at its place, and no file is written; the other declarations are
-// still looked at.
+// What no code is generated for, and what has no name of its own in C, is told at its place, and no file is
+// written; the other declarations are still looked at.
 template <class Generation>
 void OrReport(T3Tree_Node* decl, const Generation& generation) {
   try {
