@@ -107,7 +107,7 @@ void set_behaviour(Component& c, lumo_symbol_entry_t row, unsigned long argc, lu
 }
 
 bool start_fiber(Component& c) {
-  c.busy = c.task.polls_by_else = false;
+  c.busy = c.task.polls_clock = false;
   c.task.steps = 0;
   c.task.fiber = new_fiber(component_entry, &c);
   return c.task.fiber != nullptr;
@@ -447,7 +447,7 @@ lumo_boolean_t lumo_component_try_killed(lumo_value_t component, lumo_context_t)
 }
 
 lumo_boolean_t lumo_component_try_else(lumo_context_t) {
-  current_task->polls_by_else = true;
+  current_task->polls_clock = true;
   return takes(true);
 }
 lumo_boolean_t lumo_try_else(lumo_context_t context) {

@@ -36,6 +36,8 @@ void go_on_here();
 // Whether a process that was forked here has ended, and how. Where code of the user has waited for it, or ended
 // processes leave nothing behind, that is not known: the status is 0.
 bool has_ended(pid_t process, int& status);
+// Why a process was killed.
+inline const std::string lost_in_user_code = "user code did not come back, and let no signal through";
 // How a process ended, by what waitpid() tells: "signal 'Killed'", "status 0".
 std::string end_of_process(int status);
 

@@ -77,7 +77,7 @@ void pass_time(const Task& task) {
   if (!is_simulated()) return;
   for (size_t i = 0; i < ready.size(); ++i)
     if (ready[i].turn == ready[i].component->turn && !ready[i].component->busy) return;
-  advance_to(std::min(next_expiry(), now() + (task.polls_by_else ? poll_interval : time_of_a_turn)));
+  advance_to(std::min(next_expiry(), now() + (task.polls_clock ? poll_interval : time_of_a_turn)));
 }
 
 // A task that does not wait for anything gives the others their turn after a while.
@@ -85,7 +85,7 @@ void end_turn() {
   Task& task = *current_task;
   pass_time(task);
   task.steps = 0;
-  task.polls_by_else = false;
+  task.polls_clock = false;
   if (Component* c = task.component) {
     c->busy = true;
     make_ready(*c);
@@ -347,7 +347,7 @@ void lumo_component_wait(lumo_boolean_t volatile_guards, lumo_context_t) {
   if (!current_task->attempts.empty()) keep_attempts();
   if (current_task->event) return;
   if (!c) return wait_in_control_part();
-  c->busy = current_task->polls_by_else = false;
+  c->busy = current_task->polls_clock = false;
   current_task->steps = 0;
   c->state = State::waiting;
   c->polls = volatile_guards;

@@ -320,6 +320,7 @@ void lumo_timer_stop(lumo_value_t value, lumo_context_t) {
 
 double lumo_timer_read(lumo_value_t value, lumo_context_t) {
   check_use("read");
+  current_task->polls_clock = true;
   Timer* timer = timer_of(value);
   Time time = now();
   if (!timer->running || timer->expiry <= time) return 0.0;
@@ -328,6 +329,7 @@ double lumo_timer_read(lumo_value_t value, lumo_context_t) {
 
 lumo_boolean_t lumo_timer_is_running(lumo_value_t value, lumo_context_t) {
   check_use("running");
+  current_task->polls_clock = true;
   Time time = now();
   if (value != lumo_value_any_c && value != lumo_value_all_c) {
     Timer* timer = timer_of(value);

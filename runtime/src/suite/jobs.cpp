@@ -54,7 +54,7 @@ class Spool {
 struct Job {
   const Selected* selected;
   pid_t process = -1;
-  bool is_over = false;
+  bool is_over = false, is_killed = false;
   int status = 0, failure = 0;  // to start, an error number
   Time begin = 0, duration = 0, real_begin = 0;
   Spool output{"output"}, errors{"errors"}, log{"log"}, wire{"wire"};
@@ -130,6 +130,7 @@ bool tell_events(const Job& job, Result& result) {
 
 std::string reason_without_result(const Job& job) {
   const std::string process = "the process of the test case ";
+  if (job.is_killed) return lost_in_user_code;
   if (job.process < 0) return process + "could not be started: " + std::strerror(job.failure);
   if (const int loss = job.box.loss()) return process + "could not tell what it did: " + std::strerror(loss);
   return process + "ended with " + end_of_process(job.status);
@@ -165,7 +166,8 @@ class Jobs {
   }
   bool run() {
     while (has_next() || !jobs_.empty()) {
-      while (has_next() && running() < at_once_) start_next();
+      while (has_next() && running() < at_once_ && start_next()) {
+      }
       if (is_changed_) tell_running(names_of_running());
       is_changed_ = false;
       look();
@@ -190,20 +192,29 @@ class Jobs {
       if (!job->is_over) names += (names.empty() ? "" : ", ") + job->selected->full_name();
     return names;
   }
-  void start_next() {
-    is_changed_ = true;
+  // False if there is no room for another process until one ends.
+  bool start_next() {
     errno = 0;
     auto job = std::make_unique<Job>();
     job->selected = waiting_[next_++];
     if (!start(*job, end_)) job->failure = errno;
+    if (job->failure == EAGAIN && running()) {
+      --next_;
+      return false;
+    }
+    is_changed_ = true;
     job->is_over = job->process < 0;
     jobs_.push_back(std::move(job));
+    return true;
   }
   void look() {
     bool is_new = false;
     for (auto& job : jobs_) {
       if (job->is_over) continue;
-      if (job->is_late() || (end_ != never && real_time() - time_to_end > end_)) kill(job->process, SIGKILL);
+      if (job->is_late() || (end_ != never && real_time() - time_to_end > end_)) {
+        job->is_killed = true;
+        kill(job->process, SIGKILL);
+      }
       if (!has_ended(job->process, job->status)) continue;
       job->is_over = is_new = true;
       job->duration = now() - job->begin;

@@ -185,7 +185,7 @@ class Supervision {
 
   // Nothing was said at the end.
   int finish(int status) {
-    const std::string reason = is_killed_ ? "user code did not come back, and let no signal through"
+    const std::string reason = is_killed_ ? lost_in_user_code
                                           : "user code ended the process with " + end_of_process(status);
     note_end(reason.c_str());
     erase_progress();

@@ -105,7 +105,7 @@ struct lumo_context_struct {
   lumos::Attempt last_match;                    // the last `match`, if it did not fit
   unsigned matching = 0;                        // functions of templates that run
   unsigned steps = 0;                           // control points of this turn
-  bool polls_by_else = false;                   // took an else branch in it
+  bool polls_clock = false;                   // took an else branch in it, or asked a timer
   bool furnishing = false;                      // makes what a new component has
   // Evaluates the local definitions of an altstep, which is at that depth.
   bool defining = false;
