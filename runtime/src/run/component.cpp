@@ -337,7 +337,8 @@ void tell_mismatches(std::string& reason) {
 }  // namespace
 
 void lumos::end_overdue(const Component& c) {
-  std::string reason = c.overdue;
+  static std::string reason;  // a fault leaves it as it is
+  reason = c.overdue;
   tell_mismatches(reason);
   fault("%s", reason.c_str());
 }

@@ -56,8 +56,8 @@ std::string shown_part(Value v, size_t from, size_t count) {
 }
 
 // Of long strings the places around the first difference; false for other values.
-bool narrow_text(std::string& reason, Value actual, Value expected, std::string& shown_actual,
-                 std::string& shown_expected) {
+bool narrow_strings(std::string& reason, Value actual, Value expected, std::string& shown_actual,
+                    std::string& shown_expected) {
   if (!is_given(actual) || !is_given(expected) || (!is_long(actual) && !is_long(expected))) return false;
   for (Value v : {actual, expected})
     if (v->dynamic || (v->form != Form::string && v->form != Form::wide_string)) return false;
@@ -271,7 +271,7 @@ void MismatchTrace::note(const std::string& path, const char* reason, Value actu
   innermost_ = with_place(actual);
   // A missing element is no counterpart of the list.
   if (!expected_text && reason_ != "element missing") narrow(path_, reason_, actual, expected);
-  if (!expected_text && narrow_text(reason_, actual, expected, actual_, expected_)) return;
+  if (!expected_text && narrow_strings(reason_, actual, expected, actual_, expected_)) return;
   actual_ = shown(actual);
   expected_ = expected_text ? expected_text : shown(expected);
   if (expected_text) reason_ = "value mismatch";
