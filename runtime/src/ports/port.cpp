@@ -250,6 +250,21 @@ Value content_of(Value template_value) {
   return v;
 }
 
+// The same as a value of the type that the signature tells, if it tells one.
+Value content_of(Value template_value, lumo_type_t type) {
+  Value v = content_of(template_value);
+  if (!type || v->type == type) return v;
+  Value own = make_root(type, lumo_temp_alloc_c);
+  lumo_value_assign(own, v, current_task);
+  return own;
+}
+
+lumo_type_t returned_type(lumo_type_t signature) {
+  const lumo_field_info_t* rows = field_info(signature);
+  const size_t count = rows ? field_count(signature) : 0;
+  return count && rows[count - 1].property & lumo_field_property_return_value_c ? rows[count - 1].type : nullptr;
+}
+
 // What is sent, for the message to own: a value that the statement made, or that was made just now from a
 // template, is taken as it is.
 Value owned_content_of(Value template_value) {
@@ -317,11 +332,12 @@ bool sender_fits(const Message& m, Value sender) {
   return fits;
 }
 
-// Types are told apart by name, not by structure. A template without a type takes any.
+// Types are told apart by name, not by structure; a type and its subtypes may stand for each other. A template
+// without a type takes any.
 bool type_fits(Value pattern, Value content) {
-  if (!pattern->type || pattern->form == Form::special) return true;
+  if (!pattern->type || pattern->form == Form::special || pattern->type == content->type) return true;
   const lumo_type_info_struct_t* wanted = root_of(pattern->type);
-  return !wanted || wanted->kind == lumo_type_kind_undefined || wanted == root_of(content->type);
+  return !wanted || wanted->kind == lumo_type_kind_undefined || are_related(pattern->type, content->type);
 }
 
 // Turns encoded content into a value of the type that the template asks for. What was found out about the
@@ -670,7 +686,7 @@ void lumo_port_reply(lumo_value_t port, lumo_value_t template_value, lumo_value_
   Port& p = *port_of(port);
   check_can_send(p);
   Value content = signature_value(template_value, false);
-  Value returned = result && result != lumo_no_value_c ? content_of(result) : nullptr;
+  Value returned = result && result != lumo_no_value_c ? content_of(result, returned_type(content->type)) : nullptr;
   Message* m = procedure_message(MessageKind::reply, content);
   if (returned) m->result = copy_value(returned, lumo_perm_alloc_c);
   answer_call(p, m->signature, recipient);
@@ -682,11 +698,11 @@ void lumo_port_answers(lumo_type_t signature, lumo_context_t) {
   current_task->answered = signature;
 }
 
-void lumo_port_raise(lumo_value_t port, lumo_type_t, lumo_value_t exception, lumo_value_t recipient,
+void lumo_port_raise(lumo_value_t port, lumo_type_t type, lumo_value_t exception, lumo_value_t recipient,
                      lumo_context_t) {
   Port& p = *port_of(port);
   check_can_send(p);
-  Message* m = procedure_message(MessageKind::exception, content_of(exception));
+  Message* m = procedure_message(MessageKind::exception, content_of(exception, type));
   const lumo_type_t answered = std::exchange(current_task->answered, nullptr);
   m->signature = answer_call(p, answered, recipient);
   if (!m->signature) m->signature = answered;

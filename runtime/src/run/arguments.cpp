@@ -44,9 +44,12 @@ Value changeable(const lumo_field_info_t* fields, size_t count) {
   return runs_on && current_task->component ? current_task->component->record : nullptr;
 }
 
+bool goes_in(const lumo_field_info_t& formal, Value argument) {
+  return !(formal.property & by_reference) && argument && argument->life != Life::fixed && !is_object(formal.type);
+}
+
 // What goes in has a value, at least in part.
 void check_has_value(const lumo_field_info_t& formal, Value argument) {
-  if (formal.property & by_reference || !argument || argument->life == Life::fixed || is_object(formal.type)) return;
   if (is_blank(argument))
     fault("parameter '%s' is given a value that is not initialized%s%s", formal.name, argument->label ? ": " : "",
           argument->label ? argument->label : "");
@@ -83,7 +86,9 @@ struct Call {
     if (!is_variable(i) || is_object(formals[i].type)) return;
     if (goes_out(i)) return take_reference(i);
     check_has_value(formals[i], argv[i]);
-    const bool fits = belongs(argv[i], formals[i].type);
+    // What is sent is known by its type.
+    const bool fits = belongs(argv[i], formals[i].type) && (argv[i]->dynamic || argv[i]->form == Form::instance ||
+                                                            are_related(argv[i]->type, formals[i].type));
     if (fits && !reads_changeable(argv[i])) return;
     save(argv[i]);
     Value copy =
@@ -126,7 +131,10 @@ void check_arguments(lumo_type_t type, unsigned long argc, lumo_value_t argv[]) 
   const lumo_field_info_t* fields = argc && argv && type ? field_info(type) : nullptr;
   const lumo_field_info_t* formals = fields && fields[0].type ? field_info(fields[0].type) : nullptr;
   for (unsigned long i = 0; formals && i < argc; ++i) {
-    check_has_value(formals[i], argv[i]);
+    if (goes_in(formals[i], argv[i])) {
+      check_has_value(formals[i], argv[i]);
+      check_belongs(argv[i], formals[i].type);
+    }
     if (restriction_of(formals[i]) && argv[i] && argv[i] != lumo_value_default_c)
       restricted(argv[i], restriction_of(formals[i]));
   }

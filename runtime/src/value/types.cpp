@@ -67,6 +67,23 @@ const lumo_type_info_struct_t* root_behind(lumo_type_t type) {
 }
 
 namespace {
+bool is_above(lumo_type_t above, lumo_type_t type) {
+  for (int i = 0; i < chain_limit && type && type->type_info; ++i) {
+    if (type->type_info == above->type_info) return true;
+    type = plain_type(type->type_info->parent_type);
+  }
+  return false;
+}
+}  // namespace
+
+bool are_related(lumo_type_t a, lumo_type_t b) {
+  a = plain_type(a);
+  b = plain_type(b);
+  if (a == b || !a || !b || !a->type_info || !b->type_info) return a == b;
+  return is_above(a, b) || is_above(b, a);
+}
+
+namespace {
 // A name without the module that stands before a type which is an alternative of anytype.
 const char* short_name(const lumo_field_info_t& field) {
   const char* name = field.name ? field.name : "";

@@ -34,6 +34,8 @@ inline const lumo_type_info_struct_t* root_of(lumo_type_t type) {
   if (!type || !type->type_info) return nullptr;
   return type->type_info->parent_type ? root_behind(type) : type->type_info;
 }
+// Whether both stand for one type, or one of them for a subtype of the other.
+bool are_related(lumo_type_t a, lumo_type_t b);
 // The description that holds the fields: that of the root of a chain of subtypes.
 inline const lumo_type_info_struct_t* structure_of(lumo_type_t type) {
   return root_of(type);
