@@ -201,14 +201,14 @@ std::string cComponentId(const AsnType& component) {
   // The words of C in its editions and of its compilers, the macros of its headers that look like names of
   // components, and the members of homes.
   static const std::set<std::string> words = {
-      "alignas",  "alignof",       "asm",    "auto",     "bool",          "break",  "case",    "char",
-      "const",    "constexpr",     "continue", "default", "do",           "double", "else",    "enum",
-      "extern",   "false",         "float",  "for",      "goto",          "if",     "inline",  "int",
-      "long",     "nullptr",       "register", "restrict", "return",      "short",  "signed",  "sizeof",
-      "static",   "static_assert", "struct", "switch",   "thread_local",  "true",   "typedef", "typeof",
-      "typeof_unqual", "union",    "unsigned", "void",   "volatile",      "while",
-      "assert",   "errno",         "linux",  "offsetof", "stderr",        "stdin",  "stdout",  "unix",
-      "asnutig",  "choice",        "compmask", "elem",   "n"};
+      "alignas",       "alignof",       "asm",      "auto",     "bool",         "break",  "case",    "char",
+      "const",         "constexpr",     "continue", "default",  "do",           "double", "else",    "enum",
+      "extern",        "false",         "float",    "for",      "goto",         "if",     "inline",  "int",
+      "long",          "nullptr",       "register", "restrict", "return",       "short",  "signed",  "sizeof",
+      "static",        "static_assert", "struct",   "switch",   "thread_local", "true",   "typedef", "typeof",
+      "typeof_unqual", "union",         "unsigned", "void",     "volatile",     "while",  "assert",  "errno",
+      "linux",         "offsetof",      "stderr",   "stdin",    "stdout",       "unix",   "asnutig", "choice",
+      "compmask",      "elem",          "n"};
   const std::string name = getTypeCompId(component);
   return words.count(name) == 0 ? name : name + "_";
 }
