@@ -153,8 +153,9 @@ Value with_codec(Value v, Codec (*codec_of)(lumo_type_t, lumo_context_t)) {
   const bool has_alternative = v->kind == lumo_type_kind_union && v->index >= 0;
   Value inner = has_alternative ? lumo_value_union_value(v, current_task) : nullptr;
   if (inner && find_codec(inner->type, codec_of)) return inner;
-  const std::string what = inner ? std::string("type '") + type_name(inner->type) + "' in an open type has no codec"
-                                 : "an open type has no alternative, and no codec of its own";
+  const std::string what =
+      inner ? std::string("type '") + type_name(inner->type) + "' in an open type has no codec"
+            : "an open type has no alternative, and no codec of its own";
   lumo_log_string_to_all(lumo_log_msg_error_c, what.c_str(), current_task);
   return nullptr;
 }

@@ -1,5 +1,6 @@
 #include "asn1/integration/T3MeskTranslate.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -128,9 +129,12 @@ void translate_import(const ModRec& from, T3Module* module, DeclList& decls) {
         false, gStringM.PutString(""), _sgT3NoImportException(), t3_import_restr_t::All));
   }
 }
-// A type within another one has a name made of those around it, by which the C that is generated for the module
-// knows it: no other type may have that name.
+// A type within another one has a name made of those around it, by which the C that is generated for the
+// module knows it: no other type may have that name.
 void RefuseSharedNames(ModRec& module) {
+  // The word that stands between the names keeps them apart where it is in none of them.
+  const auto has_word = [](const std::string& name) { return name.find("expl") != std::string::npos; };
+  if (std::none_of(module.strings8.begin(), module.strings8.end(), has_word)) return;
   std::map<std::string, AsnType> first;
   forEachNamedOrInlineType(module, [&](const AsnType& type, const std::string& name) {
     const AsnType base = forBaseType(type);
@@ -198,8 +202,9 @@ bool NameGeneratedTypes() {
       decl->cold().mesk_ref_name = gStringM.PutString(reference);
       // Nothing stands between the names of module and type: "BC" of "A" and "C" of "AB" are one.
       if (const auto [other, fresh] = modules.emplace(reference, gIdents.GetCStr(name)); !fresh)
-        vexa_error("ASN.1 translation: types of \"" + std::string(other->second) + "\" and \"" + gIdents.GetCStr(name) +
-                       "\" are both called \"" + reference + "\" in C; give one another name",
+        vexa_error("ASN.1 translation: types of \"" + std::string(other->second) + "\" and \"" +
+                       gIdents.GetCStr(name) + "\" are both called \"" + reference +
+                       "\" in C; give one another name",
                    decl->position);
     }
   }

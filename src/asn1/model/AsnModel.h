@@ -89,8 +89,8 @@ bool isStructuredType(const AsnType& type);
 bool isListType(const AsnType& type);
 bool isLeafType(const AsnType& type);
 bool isTypeExtensionmarker(const AsnType& type);
-/// Whether a component may be missing without having a default: an OPTIONAL one, and an extension addition of a
-/// structure, which an earlier version of the type does not send; whether it is there in each value.
+/// Whether a component may be missing without having a default: an OPTIONAL one, and an extension addition of
+/// a structure, which an earlier version of the type does not send; whether it is there in each value.
 bool isOptionalTypeComp(const AsnType& type);
 bool isMandatoryTypeComp(const AsnType& type);
 bool isExtensibleEnumeratedList(const AsnType& type);
@@ -164,8 +164,8 @@ bool isConstraints(const AsnType& type);
 ConstraintKind getConstraintKind(const AsnConstraint& constraint);
 AsnConstraint FirstOperand(const AsnConstraint& constraint);
 AsnConstraint SecondOperand(const AsnConstraint& constraint);
-/// The size or range of sizes that a constraint names, as a length of TTCN-3 can; false where it is no SIZE, or
-/// names more than one, or may be extended.
+/// The size or range of sizes that a constraint names, as a length of TTCN-3 can; false where it is no SIZE,
+/// or names more than one, or may be extended.
 AsnConstraint SizeAsLength(const AsnConstraint& constraint);
 /// The value of a single value or the low end of a range, and the high end; false where it is MIN or MAX.
 AsnValue LowValue(const AsnConstraint& constraint);

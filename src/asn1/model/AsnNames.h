@@ -15,8 +15,8 @@ std::string MakeASNIdent(const std::string& name);
 /// type stand for themselves.
 std::string NameOfDefinition(const AsnType& type, const std::string& prefix);
 /// The C identifier of a type: of a definition its name in the form that the naming options give; of a
-/// component or element without a definition the level of nesting and the names around it, with a number behind
-/// them where another one has the same; "<UNKNOWN_NAMELESS_TYPE>" for a type that has no name at all.
+/// component or element without a definition the level of nesting and the names around it, with a number
+/// behind them where another one has the same; "<UNKNOWN_NAMELESS_TYPE>" for a type that has no name at all.
 std::string cTypeId(const AsnType& type);
 /// The same of the definition that a reference leads to.
 std::string getDefTypeId(const AsnType& type);

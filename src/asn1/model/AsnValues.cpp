@@ -208,7 +208,8 @@ AsnConstraint SecondOperand(const AsnConstraint& constraint) {
 AsnConstraint SizeAsLength(const AsnConstraint& constraint) {
   if (getConstraintKind(constraint) != kSize) return {};
   const AsnConstraint inner = FirstOperand(constraint);
-  const bool one = inner && (getConstraintKind(inner) == kSingleValue || getConstraintKind(inner) == kValueRange);
+  const bool one =
+      inner && (getConstraintKind(inner) == kSingleValue || getConstraintKind(inner) == kValueRange);
   return one ? inner : AsnConstraint{};
 }
 

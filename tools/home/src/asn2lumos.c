@@ -193,8 +193,10 @@ BOOLE t3asn_has_size(uint32 n, sint64 size, lumo_context_t context) {
 
 /* ---------------------------------------------------------------- open types */
 
-static lumo_codecs_result_t decode_open(const BYTE_TYPE* octets, uint32 n, lumo_value_t value, lumo_context_t context) {
-  if (octets != NULL && t3asn_lumo_decode_octets(value, octets, n, context)) return lumo_codecs_result_succeeded_c;
+static lumo_codecs_result_t decode_open(const BYTE_TYPE* octets, uint32 n, lumo_value_t value,
+                                        lumo_context_t context) {
+  if (octets != NULL && t3asn_lumo_decode_octets(value, octets, n, context))
+    return lumo_codecs_result_succeeded_c;
   tell("ASN.1 decoder", "an open type was not decoded", context);
   return lumo_codecs_result_failed_c;
 }

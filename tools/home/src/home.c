@@ -44,7 +44,8 @@ BOOLE asnIsPresent(const asn_type* type, const void* home, int component) {
 
 BOOLE asnIsLacking(const asn_type* type, const void* home, int component) {
   const asn_comp* lacking = &type->comps[component];
-  if (!lacking->grouped || lacking->presence != ASN_MANDATORY || asnIsPresent(type, home, component)) return FALSE;
+  if (!lacking->grouped || lacking->presence != ASN_MANDATORY || asnIsPresent(type, home, component))
+    return FALSE;
   for (int i = 0; i < type->comp_count; ++i)
     if (type->comps[i].addition == lacking->addition && asnIsPresent(type, home, i)) return TRUE;
   return FALSE;
@@ -117,7 +118,8 @@ const char* asnCharacters(const asn_type* type) {
 
 BOOLE asnHasCharacters(const asn_type* type, const DYNSTR* string) {
   if (type->kind == ASN_BIT_STRING || type->kind == ASN_OCTET_STRING) return TRUE;
-  const BYTE_TYPE low = type->kind == ASN_IA5_STRING ? 0 : ' ', high = type->kind == ASN_IA5_STRING ? 127 : '~';
+  const BYTE_TYPE low = type->kind == ASN_IA5_STRING ? 0 : ' ',
+                  high = type->kind == ASN_IA5_STRING ? 127 : '~';
   const char* characters = asnCharacters(type);
   const size_t size = characters != NULL ? strlen(characters) : 0;
   for (uint32 i = 0; i < string->n; ++i)

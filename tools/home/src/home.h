@@ -37,7 +37,8 @@ void* asnMakeComponent(const asn_comp* component, void* home);
 int asnAlternative(const asn_type* type, const void* home);
 /* What of a string is sent: named bits as far as the last one that is set, or as the size asks. */
 DYNSTR asnSignificant(const asn_type* type, const DYNSTR* string);
-/* The characters of a type in ascending order, whatever constraints leave of them; NULL where they are a range. */
+/* The characters of a type in ascending order, whatever constraints leave of them; NULL where they are a
+ * range. */
 const char* asnCharacters(const asn_type* type);
 /* Whether a string has characters of its type only. */
 BOOLE asnHasCharacters(const asn_type* type, const DYNSTR* string);
