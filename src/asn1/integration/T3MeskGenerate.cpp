@@ -131,7 +131,8 @@ class Chain {
  private:
   void WriteScopes(std::ostream& file) const {
     for (T3Module* module : ReadWith(module_)) {
-      const std::string names = mesk::vexa_rehyphenize(NamePrefixInC(module));
+      const std::string names =
+          mesk::vexa_rehyphenize(GetPrefix(module)) + mesk::vexa_rehyphenize(NameOf(module));
       // The prefix of a source tells its modules not apart.
       std::vector<std::string> scopes{SourcePrefix(module, behind_), GetOutputFile(module) + behind_};
       if (!BesideInSource(module).empty()) scopes.erase(scopes.begin());

@@ -1,7 +1,5 @@
 #include "asn1/integration/T3MeskTranslate.h"
 
-#include <algorithm>
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -185,54 +183,16 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   return module;
 }
 
-namespace {
-// What the names in C of each module's types begin with.
-std::map<tIdent, std::string>& g_name_prefixes = *new std::map<tIdent, std::string>;
-
-// Calls for the types whose names are to begin with that of their module.
-void ForEachPrefixedType(T3Tree_Node* module, const std::function<void(T3TypeDecl*, const std::string&)>& call) {
-  for (auto* at : Items<_T3Decl>(module->as<T3Module>()->definition_part)) {
-    auto* decl = at->try_as<T3TypeDecl>();
-    if (decl == nullptr) continue;
-    const std::string reference(StringM::StGetString(decl->cold().mesk_ref_name));
-    if (reference.rfind(kPrefixMark, 0) == 0) call(decl, reference.substr(1));
-  }
-}
-
-// The names of FooBar in a module M and of Bar in a module MFoo would be the same: those of the longer module, which comes
-// later, get an underscore between their parts.
-void FindNamePrefixes() {
-  std::vector<std::pair<std::string, T3Tree_Node*>> modules;
-  for (const auto& [name, node] : gT3ModuleMap)
-    if (T3ReprToLanguage(node) == language_asn1)
-      modules.emplace_back(convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name), node);
-  std::stable_sort(modules.begin(), modules.end(),
-                   [](const auto& a, const auto& b) { return a.first.size() < b.first.size(); });
-  std::set<std::string> taken;
-  for (const auto& [shortest, module] : modules) {
-    std::string prefix = shortest;
-    bool is_taken = false;
-    ForEachPrefixedType(module, [&](T3TypeDecl*, const std::string& own) { is_taken |= taken.count(prefix + own) != 0; });
-    if (is_taken) prefix += '_';
-    ForEachPrefixedType(module, [&](T3TypeDecl*, const std::string& own) { taken.insert(prefix + own); });
-    g_name_prefixes[module->as<T3Module>()->name] = prefix;
-  }
-}
-}  // namespace
-
-const std::string& NamePrefixInC(T3Module* module) {
-  if (g_name_prefixes.empty()) FindNamePrefixes();
-  const auto found = g_name_prefixes.find(module->name);
-  if (found == g_name_prefixes.end()) internal_error_ast("T3MeskTranslate", __LINE__, "NamePrefixInC", module);
-  return found->second;
-}
-
 void NameGeneratedTypes() {
   for (const auto& [name, node] : gT3ModuleMap) {
     if (T3ReprToLanguage(node) != language_asn1) continue;
-    const std::string& prefix = NamePrefixInC(node->as<T3Module>());
-    ForEachPrefixedType(node, [&](T3TypeDecl* decl, const std::string& own) {
-      decl->cold().mesk_ref_name = gStringM.PutString(prefix + own);
-    });
+    const std::string before = convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name);
+    for (auto* at : Items<_T3Decl>(node->as<T3Module>()->definition_part)) {
+      auto* decl = at->try_as<T3TypeDecl>();
+      if (decl == nullptr) continue;
+      std::string reference(StringM::StGetString(decl->cold().mesk_ref_name));
+      if (reference.rfind(kPrefixMark, 0) != 0) continue;
+      decl->cold().mesk_ref_name = gStringM.PutString(before + reference.substr(1));
+    }
   }
 }

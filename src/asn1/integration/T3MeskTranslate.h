@@ -1,12 +1,9 @@
 // ASN.1 modules as modules of the tree: declarations of types, constants and imports.
 #pragma once
 
-#include <string>
-
 #include "asn1/front/SyntaxTree.h"
 #include "support/Idents.h"
 
-struct T3Module;
 struct T3Tree_Node;
 
 /// The module of that name that came from ASN.1, or null.
@@ -19,6 +16,3 @@ T3Tree_Node* translate_module(asn1::ModRec& module, tIdent file, bool& good);
 /// Gives the types of all ASN.1 modules the names that they have in generated C. Once, before the first
 /// module is generated: modules refer to each other's types.
 void NameGeneratedTypes();
-/// What the names in C of an ASN.1 module's types begin with: its prefix and its name, and an underscore where another
-/// module of the run has one of these names otherwise. Not before all modules are translated.
-const std::string& NamePrefixInC(T3Module* module);

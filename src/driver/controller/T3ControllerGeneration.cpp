@@ -6,7 +6,6 @@
 #include "FileAPI/CFile.h"
 #include "analysis/walk/T3Stages.h"
 #include "asn1/integration/T3Mesk.h"
-#include "asn1/integration/T3MeskTranslate.h"
 #include "asn1/integration/T3ModuleSteps.h"
 #include "asn1/integration/T3Representation.h"
 #include "build/T3TciModules.h"
@@ -41,8 +40,7 @@ std::string CodeSettings(T3Tree_Node* module) {
   if (std::getenv("TTCN3_DISABLE_LENGTH_RESTRICTION") != nullptr) settings += "L";
   settings += numbered_names;
   const bool asn1 = T3ReprToLanguage(module) == language_asn1;
-  const std::string prefix = asn1 ? NamePrefixInC(module->as<T3Module>()) : std::string();
-  if (asn1 && prefix != std::string("t3_") + gIdents.GetCStr(module->as<T3Module>()->name)) settings += "P" + prefix;
+  if (asn1 && GetPrefix(module) != "t3_") settings += "P" + GetPrefix(module);
   if (asn1 && entry_types != 0) settings += FormatText("E%lx", entry_types);
   return settings;
 }
