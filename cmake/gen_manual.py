@@ -2,6 +2,7 @@
 """Makes manual pages from the option tables and the documents, and the completion of shells from its pattern.
 
     gen_manual.py VERSION DATE DOCS FOLDER --suite PROGRAM --orvane PROGRAM [--run PROGRAM] [--completion PATTERN FILE]
+                  [--scripts PROGRAM...]
 
 Options of suites are those that the first program describes; those of the programs, what they say of themselves. What
 else there is to say stands in the documents.
@@ -108,6 +109,7 @@ def main():
     for name in ("--suite", "--orvane", "--run"):
         parser.add_argument(name)
     parser.add_argument("--completion", nargs=2, type=Path)
+    parser.add_argument("--scripts", nargs="*", type=Path, default=[])
     options = parser.parse_args()
     docs, folder = Path(options.docs), Path(options.folder)
     folder.mkdir(parents=True, exist_ok=True)
@@ -116,7 +118,9 @@ def main():
         head = f'.TH "{name.upper()}" {section} "{options.date}" "Orvane {options.version}"\n.SH NAME\n{name} \\- {title}\n'
         others = [f".BR {page}" for page in SEE_ALSO if not page.startswith(f"{name} ")]
         others[-1] += "\n.PP\nOther documents, and examples, lie in\n.I share/doc/orvane\nof the installation."
-        (folder / f"{name}.{section}").write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
+        page = folder / f"man{section}" / f"{name}.{section}"
+        page.parent.mkdir(exist_ok=True)
+        page.write_text("\n".join([head + parts[0], *parts[1:], ".SH SEE ALSO", ",\n".join(others)]) + "\n", encoding="utf-8")
 
     def document(name, chapter=None, without=()):
         """The body of a page: the document, or one chapter of it, which begin with a line of heading."""
@@ -138,6 +142,9 @@ def main():
           document("usage.md", without=(run, line)), ".SH OPTIONS", help_of(options.orvane, "-h"))
     write("orvane-suite", 1, "executable test suites", ".SH SYNOPSIS\n.I suite\n[options]\n.SH OPTIONS",
           suite_options(options.suite), ".SH RESULTS", document("results.md"), ".SH DESCRIPTION", document("runtime.md"))
+    for script in options.scripts:
+        title, *rest = text_of(str(script), "--help").strip().split("\n")
+        write(script.name, 1, roff(title[:1].lower() + title[1:].rstrip(".")), ".SH DESCRIPTION", page_of("\n".join(["", *rest])))
     write("mcfg", 5, "how orvane builds test suites", ".SH DESCRIPTION", document("mcfg.md"))
     if options.completion:
         pattern, made = options.completion
@@ -148,6 +155,7 @@ def main():
         for name, table in ("SUITE", suite), ("RUN", described_options(text_of(options.run, "--help"))):
             text = text.replace(f"@{name}_OPTIONS@", " ".join(word for row in table for word in row[:-1]))
             text = text.replace(f"@{name}_VALUES@", " ".join(f"{word}:{row[-1]}" for row in table if row[-1] for word in row[:-1]))
+        made.parent.mkdir(parents=True, exist_ok=True)
         made.write_text(text, encoding="utf-8")
     if options.run:
         write("orvane-run", 1, "compile, build and run a test suite", command_of("usage.md", run), ".SH DESCRIPTION",

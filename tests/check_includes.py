@@ -26,6 +26,7 @@ ROOMS = [
     (r"src/asn1/front/(Records\.h|MainTypes\.def)", "asn1 records"),
     (r"src/asn1/(front|model)/", "asn1 model"),
     (r"src/(support|frontend|FileAPI|asn1|build)/", r"\1"),
+    (r"runtime/src/template/pattern_program\.", "patterns"),
     (r"runtime/src/(value|template|text|codec)/", "runtime values"),
     (r"runtime/src/report/", "runtime report"),
     (r"runtime/src/(run|ports|transport)/", "runtime run"),
@@ -49,7 +50,7 @@ def layers(below, names):
     return allowed
 
 
-ANALYSIS_LAYERS = layers(SERVICES, ["analysis interface"] + ["analysis " + room for room in (
+ANALYSIS_LAYERS = layers(SERVICES | {"patterns"}, ["analysis interface"] + ["analysis " + room for room in (
     "names", "types", "inference", "constants", "flow", "templates", "rules", "walk")])
 ANALYSIS = ANALYSIS_LAYERS["analysis walk"]
 GENERATOR_LAYERS = layers(ANALYSIS | {"FileAPI"}, ["generator " + room for room in (
@@ -72,7 +73,8 @@ ALLOWED = {
     "controller": GENERATOR | {"asn1", "asn1 model", "build", "controller"},
     "main": {"controller"},
     "runtime": {"runtime"},
-    **layers({"runtime"}, ["runtime values", "runtime report", "runtime run", "runtime suite"]),
+    "patterns": {"patterns"},  # the compiler links it as well
+    **layers({"runtime", "patterns"}, ["runtime values", "runtime report", "runtime run", "runtime suite"]),
     "runtime json": {"runtime", "runtime values", "runtime json"},
     "tools": {"support", "asn1 records", "asn1 model", "tools", "runtime"},
 }

@@ -577,8 +577,9 @@ void* lumo_value_get_external_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_special_value(lumo_value_t value, lumo_context_t context);
 lumo_boolean_t t3asn_lumo_value_is_external_value(lumo_value_t value, lumo_context_t context);
 void t3asn_lumo_value_set_type(lumo_value_t value, lumo_type_t type, lumo_context_t context);
-/* The first encode attribute that an import of the module's types carries, with its quotes as written; NULL
-   where no module of the suite has such an import. */
+/* The first encode attribute that an import of the module's types carries, with its quotes as written; where no
+   module of the suite has such an import, that of the first ASN.1 module that imports it; NULL where none has. The
+   variant is of the same imports. */
 const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t context);
 const char* t3asn_lumo_import_variant(const char* module, lumo_context_t context);
 /* The encoding of an open type's value, by the codecs of its type or else of its chosen alternative. The

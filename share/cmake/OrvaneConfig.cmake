@@ -3,10 +3,11 @@
 #   Orvane::lumos        the run-time library with what it needs, in a project with C or C++
 #   orvane_add_suite(NAME target ROOT module SOURCES file... [ASN1 file...] [ADAPTER file...]
 #                    [OPTIONS option...] [ARGUMENTS argument...] [PROPERTIES property value...] [MCFG file] [NO_TESTS])
-#                        builds the executable `target` by orvane-run. Sources are the files that it takes, also
-#                        $<TARGET_FILE:library> of a static library; ASN1 names modules in files of any name, and
+#                        builds the executable `target.suite/target` by orvane-run. Sources are the files that it takes,
+#                        also $<TARGET_FILE:library> of a static library; ASN1 names modules in files of any name, and
 #                        ADAPTER is another word for SOURCES. Each test case without parameters becomes a test of
-#                        CTest, "target.module.testcase" with the label "target", found by asking the executable.
+#                        CTest, "target.module.testcase" with the label "target", found by asking the executable;
+#                        where it names none, all of the control part is the test "target.control".
 #                        OPTIONS are the compiler's, ARGUMENTS those of the executable in each test, PROPERTIES those
 #                        of the tests, such as TIMEOUT 10. The target looks each time whether files have changed,
 #                        headers of sources included. A source of another name is TTCN-3.
@@ -29,17 +30,17 @@ function(orvane_add_suite)
   cmake_parse_arguments(PARSE_ARGV 0 SUITE "NO_TESTS" "NAME;ROOT;MCFG"
                         "SOURCES;ASN1;ADAPTER;OPTIONS;ARGUMENTS;PROPERTIES")
   foreach(key NAME ROOT SOURCES)
-    if(NOT SUITE_${key})
+    if(NOT DEFINED SUITE_${key}) # a module may be called N
       message(FATAL_ERROR "orvane_add_suite: ${key} is missing")
     endif()
   endforeach()
-  if(SUITE_UNPARSED_ARGUMENTS)
+  if(DEFINED SUITE_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "orvane_add_suite: ${SUITE_UNPARSED_ARGUMENTS} is unknown")
   endif()
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/${SUITE_NAME}.suite")
   file(MAKE_DIRECTORY "${folder}")
   set(command "${ORVANE_ROOT}/bin/orvane-run" --build -d build -r "${SUITE_ROOT}")
-  if(SUITE_MCFG)
+  if(DEFINED SUITE_MCFG)
     get_filename_component(mcfg "${SUITE_MCFG}" ABSOLUTE)
     list(APPEND command -f "${mcfg}")
   endif()

@@ -1,5 +1,5 @@
 # Gives the executable PROGRAM its name SUITE, asks it for its test cases, and writes them to tests.cmake as tests of
-# CTest, with ARGUMENTS and PROPERTIES, which are texts for that.
+# CTest, with ARGUMENTS and PROPERTIES, which are texts for that. Where it names none the control part is the test.
 file(CREATE_LINK "${PROGRAM}" "${SUITE}" SYMBOLIC)
 execute_process(COMMAND "${SUITE}" --verbose none --list -t "*" OUTPUT_VARIABLE names RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
@@ -7,8 +7,16 @@ if(NOT status EQUAL 0)
 endif()
 string(REPLACE "\n" ";" names "${names}")
 set(text "")
+set(choice "-t")
+if(names STREQUAL "")
+  set(names control)
+  set(choice "")
+endif()
 foreach(name ${names})
-  string(APPEND text "add_test(\"${NAME}.${name}\" \"${SUITE}\" -t \"${name}\"${ARGUMENTS})\n"
+  if(choice)
+    set(choice "-t \"${name}\"")
+  endif()
+  string(APPEND text "add_test(\"${NAME}.${name}\" \"${SUITE}\" ${choice}${ARGUMENTS})\n"
                      "set_tests_properties(\"${NAME}.${name}\" PROPERTIES LABELS \"${NAME}\"${PROPERTIES})\n")
 endforeach()
 file(WRITE tests.cmake "${text}")

@@ -49,6 +49,7 @@ void CArray::end() {
   if (file_ == nullptr) throw internal_exception("CArray", __LINE__, "end", "No file object to flush to");
   if (counts_.size() != 1)
     throw internal_exception("CArray", __LINE__, "end", "Inconsistent size information");
+  file_->define(name_);
   section_.add("\n};\n\n");
   section_.end();
   file_->add(

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -130,8 +131,13 @@ void CFile::add(Where where, CSection&& first, CSection&& second) {
   addSection(where, std::move(second), true);
 }
 
+void CFile::define(std::string_view name) {
+  if (!defined_.TryEmplace(std::hash<std::string_view>{}(name) >> 1).second) throw CNameTaken{std::string(name)};
+}
+
 void CFile::addStructure(std::string_view type, std::string_view name, bool isStatic,
                          const CMeasuredWords& members) {
+  define(name);
   const std::string_view storage = isStatic ? "static " : "";
   positions_[isStatic ? SourceStructureDecls : HeaderStructures].text.add(isStatic ? storage : "extern ",
                                                                           type, " ", name, ";\n");
@@ -165,6 +171,7 @@ void CFile::addIfDefDefine(const std::string& condition, const std::string& name
 
 void CFile::addConstant(const std::string& type, const std::string& name, const std::string& value,
                         bool isStatic) {
+  define(name);
   if (!isStatic) addExternalConstant(type, name);
   add(SourceConstants, (isStatic ? "static const " : "const ") + type + " " + name + " = " + value + ";\n");
 }
@@ -174,18 +181,21 @@ void CFile::addExternalConstant(const std::string& type, const std::string& name
 }
 
 void CFile::addVariable(const std::string& type, const std::string& name, bool isStatic) {
+  define(name);
   if (!isStatic) add(HeaderVariables, {"extern ", type, " ", name, ";\n"});
   add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + ";\n");
 }
 
 void CFile::addVariableWithInit(const std::string& type, const std::string& name, const std::string& init,
                                 bool isStatic) {
+  define(name);
   if (!isStatic) add(HeaderVariables, {"extern ", type, " ", name, ";\n"});
   add(SourceVariables, (isStatic ? "static " : "") + type + " " + name + " = " + init + ";\n");
 }
 
 void CFile::addExternalFunctionDecl(const std::string& type, const std::string& name,
                                     const std::vector<std::string>& parameters) {
+  define(name);
   add(SourceFunctionDecls, "extern " + getSignature(type, name, parameters) + ";\n");
 }
 

@@ -16,6 +16,15 @@
 #include "FileAPI/CSection.h"
 #include "FileAPI/CStructure.h"
 #include "FileAPI/CTextBlocks.h"
+#include "support/NumberMap.h"
+
+/// Thrown where a file has two objects of one name: declarations of different names may ask for the same in C.
+struct CNameTaken {
+  std::string name;
+  std::string message() const {
+    return "the name \"" + name + "\" in C belongs to another declaration of the module";
+  }
+};
 
 class CFile {
  public:
@@ -72,6 +81,9 @@ class CFile {
   void addExternalFunctionDeclConditionally(const std::string& condition, const std::string& type,
                                             const std::string& name,
                                             const std::vector<std::string>& parameters);
+
+  /// Notes that the file defines an object; throws CNameTaken when it has one of that name already.
+  void define(std::string_view name);
 
   std::string uniqueName() { return uniqueName("v"); }
   std::string uniqueName(const std::string& prefix) { return prefix + std::to_string(nextUnique_++); }
@@ -143,6 +155,7 @@ class CFile {
   std::string sourceName_;
   std::string directory_;
   std::array<Position, kPositions> positions_;
+  NumberMap<char> defined_;  // by hashes of 63 bits, which the names of no module share by chance
   bool usesOwnHeader_;
   std::vector<std::string> headerMessage_;
   std::vector<std::string> sourceFiles_;

@@ -21,6 +21,7 @@ void CFunction::end() {
   body_.end();
   if (file_ == nullptr) throw internal_exception("CFunction", __LINE__, "end", "No file");
   if (!file_->valid()) return;
+  file_->define(name_);
   file_->add(exported_ ? CFile::HeaderFunctions : CFile::SourceFunctionDecls,
              {exported_ ? "extern " : "static ", signature_, ";\n"});
   file_->add(CFile::SourceFunctions, std::move(declarations_), std::move(body_));

@@ -21,6 +21,7 @@ void CStructure::addMembers(CWords members) {
 
 void CStructure::end() {
   if (file_ == nullptr) throw internal_exception("CStructure", __LINE__, "end", "No file");
+  file_->define(name_);
   file_->add(isStatic_ ? CFile::SourceStructureDecls : CFile::HeaderStructures,
              {isStatic_ ? "static " : "extern ", type_, " ", name_, ";\n"});
   endScope(section_);

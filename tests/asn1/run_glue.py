@@ -22,10 +22,11 @@ GLUE = Path(__file__).resolve().parent / "glue"
 C_FLAGS = ["-std=c11", "-Wall", "-Werror", "-Wno-unused", "-fsyntax-only"]
 OPTIONS = "VEXA-ASN-1-compilation-options.txt"
 
-# Name, arguments of the compiler, lines of the option file, and texts of the source, the header and the output that must
-# be there or, with "!" in front, must not.
+# Name, arguments of the compiler, lines of the option file, and texts of the source, the header, the module's own source
+# and the output that must be there or, with "!" in front, must not.
 CASES = [
-    ("ber", ["-C", "BER:1997"], [], {"c": ["codg.asnuti", 'Formscod.ext"', "#define GLUE_FORMSBI_TYP", "!bicod", "!per.ext"]}),
+    ("ber", ["-C", "BER:1997"], [], {"c": ["codg.asnuti", 'Formscod.ext"', '"zabcd")', "#define GLUE_FORMSBI_TYP", "!bicod", "!per.ext"],
+                                      "module": ["assign_vector_element_partial(vexa_loc_const_Glue_Forms_omits, 2, lumo_omit"]}),
     ("ber-indefinite", ["-C", "BER:1997-length-form-3"], [],
      {"c": ['Formsbicod.ext"', "!#define GLUE_FORMSBI_TYP", "_ber_bi_encode_"]}),
     ("per-aligned", ["-C", "PER-BASIC-ALIGNED:1997"], [], {"c": ['per.ext"', "!pec.ext", "_per_al_encode_"]}),
@@ -79,6 +80,7 @@ class Tests:
             self.faults.append(f"{name}: status {done.returncode}\n{done.stdout[-3000:]}")
             return {}
         texts = {kind: (folder / f"Glue_Formst3asn.{kind}").read_text() for kind in ("c", "h")}
+        texts["module"] = (folder / "Glue_Forms.c").read_text()
         log = folder / "glue.log"
         return {**texts, "out": done.stdout, "log": log.read_text() if log.exists() else ""}
 

@@ -186,6 +186,12 @@ END
         status, _, err = self.orvane("-F", "-A", "one.asn")
         self.assertEqual((status, re.findall(r'one.asn\((\d+)\) : column (\d+) .*"(\w+)", the other one at line 2', err)),
                          (250, [("2", "78", "S_expl_a_expl_b"), ("3", "1", "S_expl_s")]), err)
+        self.write("one.asn", """M DEFINITIONS ::= BEGIN MTx ::= INTEGER END
+MM DEFINITIONS ::= BEGIN Tx ::= INTEGER END
+""")
+        status, _, err = self.orvane("-F", "-A", "one.asn")
+        self.assertEqual(status, 246, err)
+        self.assertIn('types of "M" and "MM" are both called "t3_MMTx" in C', err)
 
     def with_options(self, options, *words):
         """A run with options of the user for all tools."""

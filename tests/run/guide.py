@@ -10,11 +10,14 @@ import json
 import os
 import re
 import shutil
+import socket
 import subprocess
 import sys
 import time
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from run_suite import free_port  # noqa: E402
 
 def run(command, folder, environment=None, shell=True):
     done = subprocess.run(command, shell=shell, cwd=folder, env=environment, text=True, errors="replace", check=False,
@@ -35,12 +38,16 @@ def examples_of(guide):
     return [re.sub(r"(?m)^    ", "", block).strip("\n") + "\n" for block in blocks if block.strip()]
 
 
-def ask_server(server, suite, folder, environment):
+def ask_server(server, suite, port, folder, environment):
     environment = {**environment, "PATH": environment["PATH"] + ":/usr/sbin"}
     if not shutil.which("dnsmasq", path=environment["PATH"]):
         return print("SKIPPED: the chapter on a peer, since dnsmasq is not installed")
     peer = subprocess.Popen(["sh", "-c", "exec " + server], cwd=folder, env=environment, stderr=subprocess.DEVNULL)
-    time.sleep(0.5)
+    listening = f":{int(port):04X} "
+    for _ in range(400):
+        if listening in Path("/proc/net/udp").read_text():
+            break
+        time.sleep(0.05)
     try:
         expect("1 test case: 1 pass" in run(suite, folder, environment), "an answer")
     finally:
@@ -62,7 +69,8 @@ def follow(guide, folder, environment):
     output = re.sub(r"\d\.\d{3}", "N", run(example("orvane-run Hello"), folder, environment))
     expect(all(line in output for line in shown.splitlines()), f"verdicts\n{output}")
     run(example("orvane -K"), folder, environment)
-    ask_server(example("dnsmasq"), example("orvane-run Dns"), folder, environment)
+    port = str(free_port(socket.SOCK_DGRAM))  # others may follow the guide at the same time
+    ask_server(*(example(start).replace("5300", port) for start in ("dnsmasq", "orvane-run Dns")), port, folder, environment)
     commands = re.search(r"`(cmake -B build[^`]*)`", guide)[1]
     expect("hello.Hello.TC_echo" in run(commands + " -V", folder, environment), "tests of CTest")
     commands = re.search(r"`(parallel [^`]*)`", guide)[1]
@@ -155,15 +163,16 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     (folder / "echo.h").write_text("#define ECHO triEnqueueMsg\n")
     with open(folder / "CMakeLists.txt", "a", encoding="utf-8") as file:
         file.write('orvane_add_suite(NAME adapted ROOT Hello SOURCES Hello.ttcn echo.cpp ARGUMENTS "--tap=a \\"b;.tap"\n'
-                   'PROPERTIES LABELS "one;two")\n')
+                   'PROPERTIES LABELS "one;two")\norvane_add_suite(NAME off ROOT N SOURCES N.ttcn PROPERTIES LABELS two)\n')
+    (folder / "N.ttcn").write_text("module N { type component C {} testcase TC(integer i) runs on C { setverdict(pass) } control { execute(TC(1)) } }")
     build_and_test = f"OSTYPE=none {options.cmake} --build build -j2 && ctest --test-dir build -L two"
     done = run(f"{options.cmake} -B build && {build_and_test}", folder, environment)
-    expect("100% tests passed, 0 tests failed out of 1" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
+    expect("100% tests passed, 0 tests failed out of 2" in done and "off.control" in done and "warning" not in done and (folder / 'build/a "b;.tap').exists(), done)
     (folder / "echo.h").write_text("#define ECHO(...)\n")
     expect("1 tests failed" in run(f"{build_and_test} || true", folder, environment), "a header of an adapter counts")
     (folder / "echo.h").write_text("no C")
     results = run(f"({build_and_test}; ctest --test-dir build --output-junit j.xml; orvane-merge k.xml build/j.xml; true) 2>&1", folder, environment)
-    expect("adapted.not_built (Failed)" in results and "2 tests, 1 failures" in results, f"what could not be built\n{results}")
+    expect("adapted.not_built (Failed)" in results and "3 tests, 1 failures" in results, f"what could not be built\n{results}")
     if shutil.which("pkg-config"):
         call = f"{options.source.resolve()}/examples/call"
         run("cc -o by_hand main_driver.c Hello.c $(pkg-config --cflags --libs orvane) && ./by_hand -b && mkdir call && cd call && "
@@ -172,7 +181,7 @@ extern "C" TriStatus triSend(const TriComponentId *c, const TriPortId *t, const 
     versions = run("for p in run merge sarif; do orvane-$p --version; done; ./Hello --version", folder, environment)
     expect(len(re.findall(r"Orvane \d+\.\d+[.0-9]+$", versions, re.MULTILINE)) == 4, versions)
     pages = [page.name for page in prefix.glob("share/man/man*/*")]
-    expect(sorted(pages) == ["mcfg.5", "orvane-run.1", "orvane-suite.1", "orvane.1"], pages)
+    expect(sorted(pages) == ["mcfg.5", "orvane-merge.1", "orvane-run.1", "orvane-sarif.1", "orvane-suite.1", "orvane.1"], pages)
     if shutil.which("mandoc"):
         lint = run("mandoc -T lint share/man/man*/*; true", prefix)
         expect("ERROR" not in lint and "WARNING" not in lint, lint)

@@ -8,6 +8,7 @@ import argparse
 import json
 import os
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -95,6 +96,7 @@ def check_ends(suite):
         check_has(out, [f"Outcome.TC_{word}: error Outcome.ttcn:22 {reason}\n", "run ended early", "\n2 test cases: 1 pass"],
                   word)
         log, sent = suite.read("e.log"), f'mtc:p: "{word}"\n'
+        check_has(log, [f"TC_{word} finished with verdict error: "], f"end in the log after {word}")
         check(log.count(sent) == suite.read("e/mtc.log").count(sent) == 1 and -1 < log.find(sent) < log.find(reason), f"log after {word}", log)
         check(suite.read("ends") == "end\n" * (1 if at_once else 2), f"triEndTestCase after {word}")
         check_junit(suite, "j.xml", tests=2, errors=1)
@@ -124,8 +126,18 @@ def check_ends(suite):
         out, _ = process.communicate(timeout=30)
         check(process.returncode == 1 and "the run was ended by signal" in out, f"signal in {word}", out)
         check(suite.read("t.tap").endswith("1..1\n"), f"TAP after a signal in {word}")
-    for status, word in (2, "exit"), (2, "end"), (2, "crash"), (0, "copy"):
-        if suite.sanitized and word == "crash":
+    for arguments in "-j 2 -t TC_pass,TC_replace", "-t TC_pass,TC_close":
+        suite.run(f"-vevent {arguments} --json j.json" + " -L e.log" * ("-j" in arguments), status=0)
+        check(suite.read("j.json").count('"event":"send"') == 1, "a job that closes its files")
+    suite.run("-vnone -t TC_unheard,TC_pass --junit j.xml -j 2", status=0)
+    def ignore():
+        signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+        signal.signal(signal.SIGALRM, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_NOFILE, (12, 12))
+    done = subprocess.run(suite.command + "-vinfo --log-dir few -T 0.5 -t TC_odd,TC_wait,TC_block".split(), cwd=suite.folder, capture_output=True, text=True, preexec_fn=ignore, timeout=20)
+    check(done.returncode == 1 and done.stdout.count("time given to the test case is over") == 2 + 2 and "TC_odd: fail" in done.stdout, "ignored signals and few descriptors", done.stdout, done.stderr)
+    for status, word in (2, "exit"), (2, "end"), (2, "crash"), (2, "arith"), (0, "copy"):
+        if suite.sanitized and word in ("crash", "arith"):
             continue
         suite.more = {"PEER_INIT": word}
         out, err = suite.run("-vnone -t TC_pass --junit start.xml", status=status)
@@ -152,6 +164,13 @@ def check_lost_output(suite):
     for arguments in ("-L /dev/full -t TC_pass", "-vnone -t TC_pass --junit /dev/full", "-vnone -t TC_pass --html /dev/full"):
         _, err = suite.run(arguments)
         check_has(err, ["cannot be written: No space left on device\n"], arguments)
+    suite.path("link.xml").symlink_to("far.xml"), suite.path("far.xml").touch()
+    check_has(suite.run("--junit link.xml --tap ./far.xml", status=2)[1], ["cannot both write to './far.xml'"], "two reports by a link")
+    suite.run("-vnone -t TC_pass --junit link.xml --json /dev/stderr", status=0)
+    check("testsuites" in suite.read("far.xml") and suite.path("link.xml").is_symlink() and Path("/dev/stderr").is_symlink(), "reports behind links")
+    os.mkfifo(suite.path("pipe"))
+    done = subprocess.run(["timeout", "1", *suite.command, "--tap", "pipe"], cwd=suite.folder, capture_output=True, timeout=20)
+    check(done.returncode == 124, "an end while nobody reads a report", done)
     with open("/dev/full", "w") as full:
         process = subprocess.run(suite.command + ["-vnone", "-t", "TC_pass"], stdout=full, stderr=subprocess.PIPE, text=True)
     check(process.returncode == 1 and "standard output cannot be written" in process.stderr, "full standard output")
@@ -222,15 +241,25 @@ def check_choice(suite, steered):
     out, _ = suite.run("-vnone -t TC_pass,TC_end,TC_crash,TC_none -j 2 --coverage c.info" if not suite.sanitized else "-vnone -t TC_end,TC_none -j 2 --coverage c.info")
     check_has(out, ["TC_end: error the process of the test case ended with status 0\n", "TC_none: none\n"], "processes that end")
     check_has(suite.read("c.info"), [f"DA:22,{1 if suite.sanitized else 2}\n"], "coverage of processes that end")
+    check_has(steered.run("-vnone --explore 2")[1], ["and no other schedule is explored: it asks"], "steered schedules")
     out, err = steered.run("-vnone -j 2")
     check_has(out + err, ["run as a whole, in one process: it asks for verdicts", "TC_second: pass"], "steered by verdicts")
     out, _ = suite.run("-vnone -t TC_race,TC_default,TC_late,TC_guard --explore 60")
     check_has(out, ["TC_late: 60 schedules, 2 outcomes", "TC_race: 60 schedules, 2 outcomes", "TC_guard: 60 schedules, 2 outcomes", "TC_default: 60 schedules, 1 outcome\n"], "explore")
     found = re.findall(r"\d+ (\w+) Outcome.ttcn:\d+ .*--seed (\d+) -t Outcome.(TC_\w+)", out)
     check(len(found) == 7, "outcomes of all schedules", out)
-    suite.run("-vinfo -t TC_race --explore 2 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log")
-    for report, text in ("s.xml", '"seed" value="7"'), ("s.json", ',"seed":7}\n'), ("s.html", 'seed = "7"'), ("s.tap", "# seed 7\n"), ("s.log", " info seed 7\n"):
-        check_has(suite.read(report), [text], "seed")
+    events = []
+    for more in "", " -j 2":
+        suite.run("-vinfo -t TC_race,TC_rnd --explore 3 --seed 7 --junit s.xml --json s.json --html s.html --tap s.tap -L s.log" + more)
+        for report, texts in (("s.xml", ['"seed" value="7"', 'name="TC_race (seed 9)"']), ("s.json", [',"seed":7}\n', 'Outcome.TC_race","seed":9,']), ("s.html", ['seed = "7"', '"Outcome.TC_race (seed 9)"']),
+                              ("s.tap", ["# seed 7\n", "Outcome.TC_rnd (seed 9)\n"]), ("s.log", [" info seed 7\n", "TC_rnd (seed 9) finished with"])):
+            check_has(suite.read(report), texts, "seeds" + more)
+        events.append(re.sub(r'"(started|time|duration)":[0-9.]+', "", suite.read("s.json")))
+    check(events[0] == events[1], "events of schedules in processes")
+    rnd = re.findall(r'TC_rnd","seed":9,"verdict":"fail","text":"(.*?)"', events[0])
+    check(rnd and rnd[0] in suite.run("-vnone -t TC_rnd --explore 1 --seed 9")[0] and rnd[0] in suite.run("-vnone -t TC_rnd --seed 9")[0], "random numbers of a seed", rnd)
+    out, _ = suite.run("-vnone -t TC_busy,TC_race --explore 9 --until-fail")
+    check_has(out, ["TC_busy: 9 schedules, 1 outcome\n", "TC_race: 1 schedule, 1 outcome\n"], "a busy loop, and the first bad schedule")
     for verdict, seed, name in found:
         out, _ = suite.run(f"-vnone -t {name} --explore 1 --seed {seed}", int(verdict not in ("pass", "none")))
         check_has(out, [f"1 {verdict} "], "the schedule of a seed")
@@ -269,8 +298,13 @@ def check_logs(suite):
     suite.run("-t TC_none -L log.json --log-format json", status=0)
     check(json.loads(suite.read("log.json").splitlines()[-2])["text"].endswith("verdict none"), "log in JSON")
     check_has(suite.run("-t TC_none", status=0)[1], ["ttcn3 mtc Outcome.ttcn:29 nothing <&>\\x1B1\n"], "what would steer a terminal")
-    suite.run("-b -L small.log --log-size 1 -v all -p times=20")
-    check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs")
+    for more in "", " -j 2":
+        suite.run("-b -n -L small.log --log-size 1 -v all -p times=20" + more)
+        check(suite.path("small.log.2").exists() and suite.path("small.log").stat().st_size <= 1024, "sizes of logs" + more)
+        parts = [suite.read(path.name) for path in suite.folder.glob("small.log*")]
+        check(sum(part.count("TC_param started") for part in parts) == 20, "parts of logs" + more)
+        for path in suite.folder.glob("small.log*"):
+            path.unlink()
 
 
 def check_told(suite):
@@ -279,6 +313,14 @@ def check_told(suite):
     told = dict(re.findall(r"(?m)^Told.(\w+): (?:fail|error) Told.ttcn:\d+ (.*)$", out))
     for name, text in re.findall(r"(?ms)^  testcase (\w+).*?// (.*?)$", (SOURCES / "Told.ttcn").read_text()):
         check(told.get(name) == text, f"what {name} tells", told.get(name))
+
+
+def check_colors(suite):
+    for words, is_colored in ({}, False), ({"CLICOLOR_FORCE": "1"}, True), ({"FORCE_COLOR": "1"}, True), ({"FORCE_COLOR": "1", "NO_COLOR": "1"}, False):
+        os.environ.update(words)
+        check_has(suite.run("-vnone -t TC_lines")[0], ["Told.TC_lines: " + ("\033[31mfail\033[0m" if is_colored else "fail")], f"colors by {words}")
+        for word in words:
+            del os.environ[word]
 
 
 def check_reports(suite):
@@ -302,11 +344,12 @@ def check_reports(suite):
     if has("genhtml"):
         done = subprocess.run(["genhtml", "-q", "--branch-coverage", "-o", "pages", "c.info"], cwd=suite.folder)
         check(done.returncode == 0 and suite.path("pages/index.html").exists(), "genhtml")
-    suite.run("-t TC_echo --pcap p.pcap --html r.html", status=0)
-    if has("tshark"):
-        out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
-                             capture_output=True, text=True).stdout
-        check(out == "6563686f\t10.0.0.2\n6563686f\t10.0.0.1\n", "tshark", out)
+    for more, octets in (" -b", "226563686f22"), ("", "6563686f"):
+        suite.run("-t TC_echo --pcap p.pcap --html r.html" + more, status=0)
+        if has("tshark"):
+            out = subprocess.run(["tshark", "-r", "p.pcap", "-T", "fields", "-e", "data.data", "-e", "ip.dst"], cwd=suite.folder,
+                                 capture_output=True, text=True).stdout
+            check(out == f"{octets}\t10.0.0.2\n{octets}\t10.0.0.1\n", "tshark", out)
     if has("chromium"):
         check_page(suite)
 
@@ -340,7 +383,9 @@ def main():
     bare.run("-vnone --shard 3/3 --coverage c.info", status=0)
     check_has(bare.read("c.info"), ["DA:4,0\n", "LH:0\n"], "coverage of a shard without test cases")
     check_logs(suite)
-    check_told(Suite(options, "Told"))
+    told = Suite(options, "Told")
+    check_told(told)
+    check_colors(told)
     check_reports(suite)
     check_ends(suite)
     for more in "", " -s":

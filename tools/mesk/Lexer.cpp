@@ -104,8 +104,12 @@ bool isReservedWord(std::string_view word) {
 
 namespace {
 
+bool isNewline(char c) {
+  return c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
 bool isSpace(char c) {
-  return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+  return c == ' ' || c == '\t' || isNewline(c);
 }
 
 class Lexer {
@@ -122,8 +126,10 @@ class Lexer {
  private:
   char at(size_t offset) const { return pos_ + offset < text_.size() ? text_[pos_ + offset] : '\0'; }
 
+  // Lines are counted as editors do.
   void step() {
-    if (text_[pos_++] == '\n') {
+    const char c = text_[pos_++];
+    if (c == '\n' || (c == '\r' && at(0) != '\n')) {
       ++line_;
       line_start_ = pos_;
     }
@@ -141,8 +147,14 @@ class Lexer {
   }
 
   void skipLineComment() {
+    // A line of hyphens is a comment, however many they are.
+    const size_t end = text_.find_first_not_of("- \t", pos_);
+    if (end == std::string::npos || isNewline(text_[end])) {
+      pos_ = std::min(end, text_.size());
+      return;
+    }
     pos_ += 2;
-    while (pos_ < text_.size() && text_[pos_] != '\n') {
+    while (pos_ < text_.size() && !isNewline(text_[pos_])) {
       if (text_[pos_] == '-' && at(1) == '-') {
         pos_ += 2;
         return;
@@ -225,7 +237,7 @@ class Lexer {
         if (at(0) != '"') break;
         ++pos_;
         value += '"';
-      } else if (c == '\n') {
+      } else if (isNewline(c)) {
         // Blanks around a line end don't belong to the string.
         while (!value.empty() && isSpace(value.back())) value.pop_back();
         step();

@@ -47,6 +47,7 @@ class Parser {
   void parseExports(Module& module);
   void parseImports(Module& module);
   void parseSymbol(std::vector<std::pair<std::string_view, int>>& symbols);
+  void refuseMacro();
   bool parseAssignment(Module& module);
   void parseParameters(Definition& definition);
   void addDefinition(Module& module, Definition&& definition);

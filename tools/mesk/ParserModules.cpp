@@ -244,11 +244,29 @@ void Parser::parseParameters(Definition& definition) {
   expect("}");
 }
 
+// Its notation is no ASN.1 of its own: one error says all of it.
+void Parser::refuseMacro() {
+  reporter_.error(Place{&file_, peek().line, peek().column},
+                  "macros are not supported; expected a definition, found " + describe(peek()));
+  pos += 2;
+  expect("::=");
+  if (!acceptWord("BEGIN")) {  // another one's name
+    parseReference();
+    return;
+  }
+  while (!acceptWord("END")) {
+    if (peek().kind == Tok::kEnd) fail("expected END");
+    ++pos;
+  }
+}
+
 bool Parser::parseAssignment(Module& module) {
   Definition definition;
   definition.token = pos;
-  if (peek().kind == Tok::kUpper && isWord("MACRO", 1))
-    fail("macros are not supported; expected a definition");
+  if (peek().kind == Tok::kUpper && isWord("MACRO", 1)) {
+    refuseMacro();
+    return true;
+  }
   if (peek().kind == Tok::kLower) {
     definition.name = tokens_[pos++].text;
     if (isSymbol("{")) parseParameters(definition);

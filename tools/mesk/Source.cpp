@@ -55,6 +55,7 @@ bool readFile(const std::string& path, std::string& text) {
 bool readSource(const std::string& path, std::string& text) {
   if (!readFile(path, text)) return false;
   settleEncoding(text);
+  while (!text.empty() && text.back() == '\x1a') text.pop_back();  // where old systems end a text
   return true;
 }
 

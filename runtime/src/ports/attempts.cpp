@@ -45,6 +45,12 @@ std::string place_of_path(Attempted what) {
 
 Explanation explain(const Attempt& a) {
   const Value pattern = a.pattern, content = a.content;
+  if (a.what == Attempted::octets) {
+    MismatchTrace trace;
+    trace.add("", (std::string("no value of type '") + type_name(pattern->type) + "'").c_str(), content,
+              nullptr);
+    return {0, {}, trace.text()};
+  }
   const bool asks_for_type =
       a.what != Attempted::result && a.what != Attempted::sender && a.what != Attempted::match;
   if (asks_for_type && !same_root_type(pattern, content))
@@ -83,6 +89,7 @@ void forget_past_attempts() {
 
 void keep_attempts() {
   std::vector<Attempt>& attempts = current_task->attempts;
+  current_task->last_match = {};
   if (std::all_of(attempts.begin(), attempts.end(), [](const Attempt& a) { return a.is_past; })) return;
   forget_past_attempts();
   for (Attempt& a : attempts) a.is_past = true;

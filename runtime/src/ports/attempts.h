@@ -10,8 +10,8 @@ namespace lumos {
 
 // The pattern did not match the content.
 void note_attempt(Value pattern, Value content, Attempted what = Attempted::value);
-// The alternatives go on: they wait, or one of them has taken a message whatever it was, as `trigger` does. The
-// attempts up to now may tell why nothing else came; those before are forgotten.
+// The alternatives go on: they wait, or one of them has taken a message whatever it was, as `trigger` does.
+// The attempts up to now may tell why nothing else came; those before are forgotten.
 void keep_attempts();
 // What was waited for has come.
 void forget_past_attempts();

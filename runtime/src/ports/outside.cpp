@@ -253,18 +253,25 @@ bool fill(Message& m, const Arrival& a) {
   return true;
 }
 
-void tell_arrival(const Port& port, const Port& system_port, Message& m) {
+// None where it is not known what leaves or arrives: of calls and replies each parameter is encoded by
+// itself.
+std::string_view known_octets(const Message& m, const std::string& octets) {
+  const bool is_whole = m.kind == MessageKind::message || m.kind == MessageKind::exception;
+  return is_whole || !octets.empty() ? std::string_view(octets) : std::string_view();
+}
+
+void tell_arrival(const Port& port, const Port& system_port, Message& m, std::string_view octets) {
   if (!m.raw.empty() && log_enabled(lumo_log_msg_event_c))
     log_line(lumo_log_msg_event_c,
              port_name(system_port) + " got '" + hex_text(m.raw) + "'O for " + port_name(port));
   if (!events_wanted) return;
   Task* outer = current_task;
   current_task = &port.owner->task;
-  tell(EventKind::arrive, port_name(port), port_name(system_port), shown_content(m), m.raw);
+  tell(EventKind::arrive, port_name(port), port_name(system_port), shown_content(m), octets);
   current_task = outer;
 }
 
-void tell_departure(const Port& port, const Port& system_port, Message& m, const std::string& octets) {
+void tell_departure(const Port& port, const Port& system_port, Message& m, std::string_view octets) {
   if (!octets.empty() && log_enabled(lumo_log_msg_event_c))
     log_line(lumo_log_msg_event_c, port_name(system_port) + " sends '" + hex_text(octets) + "'O");
   if (events_wanted) tell(EventKind::send, port_name(port), port_name(system_port), shown_content(m), octets);
@@ -395,7 +402,7 @@ void deliver_arrival(const Arrival& a) {
     }
     Value address = sender_address(a);
     if (address) m->address = copy_value(address, lumo_perm_alloc_c);
-    tell_arrival(port, *system_port, *m);
+    tell_arrival(port, *system_port, *m, known_octets(*m, m->raw));
     deliver(port, m);
     delivered = true;
   }
@@ -465,6 +472,7 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
     back->signature = message.signature;
     back->shown = message.shown;
     back->sender = test_case->system->number;
+    tell_arrival(component_port, system_port, *back, {});
     deliver(component_port, back);
     return;
   }
@@ -482,7 +490,7 @@ void outside_send(Port& component_port, Port& system_port, Message& message) {
       address = binary(octets);
     }
     refused = hand_over(from, to, message.address ? &address : nullptr, message, sent) != TRI_OK;
-    if (!refused) tell_departure(component_port, system_port, message, sent);
+    if (!refused) tell_departure(component_port, system_port, message, known_octets(message, sent));
   }
   if (refused) fault("what port %s sends cannot be encoded, or the adapter refuses it", component_port.name);
 }

@@ -349,7 +349,11 @@ bool decode_for(const Port& port, Message& m, Value pattern) {
 bool content_fits(const Port& port, Message& m, Value pattern) {
   TempScope scope;
   bool any = !pattern || pattern == lumo_no_value_c;
-  if (!decode_for(port, m, any ? nullptr : pattern)) return false;
+  if (!decode_for(port, m, any ? nullptr : pattern)) {
+    if (!any && (m.content || decode_for(port, m, nullptr)))
+      note_attempt(pattern, m.content, Attempted::octets);
+    return false;
+  }
   if (any) return true;
   if (type_fits(pattern, m.content) && match_value(pattern, m.content)) return true;
   note_attempt(pattern, m.content);
@@ -403,7 +407,7 @@ constexpr size_t most_taken = 1000;
 
 // The message has come to whom it was meant for, or to an alternative that takes any.
 void take_head(Port& p, MessageKind kind, Value pattern) {
-  is_given(pattern) ? forget_past_attempts() : keep_attempts();
+  if (!current_task->attempts.empty()) is_given(pattern) ? forget_past_attempts() : keep_attempts();
   remove_head(p, kind);
 }
 

@@ -20,19 +20,25 @@ unsigned long number_in(std::string_view text) {
   return number;
 }
 
-// "file", 12, ... behind the name of the function, of a call that may go on on further lines.
+// Takes the next string literal off the text.
+std::string take_literal(std::string_view& text) {
+  std::string literal;
+  text.remove_prefix(std::min(text.find('"'), text.size()));
+  size_t end = 1;
+  for (; end < text.size() && text[end] != '"'; ++end) {
+    end += text[end] == '\\';
+    if (end < text.size()) literal += text[end];
+  }
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return literal;
+}
+
+// Module, name, ..., file, line, ... of a call that may go on on further lines.
 CodeFunction function_of(std::string_view call) {
   CodeFunction f;
-  std::string_view quoted[3];
-  for (std::string_view& text : quoted) {
-    const size_t begin = call.find('"');
-    if (begin == call.npos) return f;
-    call.remove_prefix(begin + 1);
-    text = call.substr(0, call.find('"'));
-    call.remove_prefix(std::min(text.size() + 1, call.size()));
-  }
-  f.name = quoted[1];
-  f.file = quoted[2];
+  take_literal(call);
+  f.name = take_literal(call);
+  f.file = take_literal(call);
   f.line = number_in(call);
   return f;
 }
@@ -66,7 +72,7 @@ class CodeScanner {
     if (!line.empty() && line[0] != '/') last_ = std::exchange(current_, number_);
     if (begins(line, "lumo_source_location_push(")) {
       end_function();
-      scan_.functions.push_back(function_of(text.substr(0, text.find(';'))));
+      scan_.functions.push_back(function_of(text));
     } else if (begins(line, "lumo_source_location_set_line(")) {
       reach(number_in(line), blanks);
     } else if (begins(line, "lumo_source_location_push_block(")) {

@@ -170,11 +170,10 @@ std::string text_of(const std::string& path) {
 struct FunctionCount {
   uint64_t calls = 0;
   struct Block {
-    // Where it ends in the source, and whether it is one of copies.
-    std::pair<unsigned long, bool> place;
-    uint64_t entered, before;
+    uint64_t entered = 0, before = 0;
   };
-  std::vector<Block> blocks;
+  // By where they end in the source, and whether they are copies.
+  std::map<std::pair<unsigned long, bool>, std::vector<Block>> blocks;
 };
 // What the code counted for a line of the source: each time, what belongs to statements, and of the places in
 // the code the one that was reached most often.
@@ -198,8 +197,8 @@ void add_code(const std::string& path, const Lines& lines, CodeCounts& all) {
     FunctionCount& count = all.functions[{f.file, f.name, f.line}];
     count.calls += at(lines, f.body).blocks;
     for (const CodeBlock& b : f.blocks)
-      count.blocks.push_back(
-          {{b.end, b.is_interleaved}, at(lines, b.line).blocks, at(lines, b.statement).hits});
+      count.blocks[{b.end, b.is_interleaved}].push_back(
+          {at(lines, b.line).blocks, at(lines, b.statement).hits});
     for (const CodeStatement& s : f.statements) {
       ReachedLine& line = all.lines[f.file][s.source];
       const uint64_t hits = at(lines, s.line).hits;
@@ -223,9 +222,15 @@ class FileCoverage {
     in_code_.resize(scan_.blocks.size());
     for (size_t i = 0; i < code_.size(); ++i) code_[i] = counts_of(given, scan_.functions[i], code);
     find_blocks();
-    out_.write("SF:" + absolute(path) + "\n");
+    path_ = absolute(path);
+    lines_told_ = scan_.statements;
+    for (unsigned long i = 1; scan_.statements.empty() && i < lines_.size(); ++i)
+      if (lines_[i].hits) lines_told_[i] = 1;
   }
+  // Nothing of a file without behaviour.
   void write() {
+    if (lines_told_.empty() && scan_.functions.empty()) return;
+    out_.write("SF:" + path_ + "\n");
     functions();
     branches();
     lines();
@@ -248,21 +253,21 @@ class FileCoverage {
       const SourceBlock& b = scan_.blocks[i];
       blocks[{b.function, {b.end, b.is_interleaved}}].push_back(i);
     }
-    for (const auto& [place, numbers] : blocks)
-      if (code_[place.first]) find_in_code(code_[place.first]->blocks, place.second, numbers);
+    for (const auto& [place, numbers] : blocks) {
+      if (!code_[place.first]) continue;
+      const auto found = code_[place.first]->blocks.find(place.second);
+      if (found != code_[place.first]->blocks.end())
+        find_in_code(found->second, place.second.second && numbers.size() == 1, numbers);
+    }
   }
-  void find_in_code(const std::vector<BlockCount>& code, const std::pair<unsigned long, bool>& place,
+  void find_in_code(const std::vector<BlockCount>& code, bool are_copies,
                     const std::vector<size_t>& numbers) {
-    std::vector<BlockCount> found;
-    for (const BlockCount& b : code)
-      if (b.place == place) found.push_back(b);
-    const bool are_copies = place.second && numbers.size() == 1;
-    if (!are_copies && found.size() != numbers.size()) return;
-    for (size_t i = 0; i < found.size(); ++i) {
+    if (!are_copies && code.size() != numbers.size()) return;
+    for (size_t i = 0; i < code.size(); ++i) {
       std::optional<BlockCount>& sum = in_code_[numbers[are_copies ? 0 : i]];
-      if (!sum) sum = BlockCount{place, 0, 0};
-      sum->entered += found[i].entered;
-      sum->before += found[i].before;
+      if (!sum) sum.emplace();
+      sum->entered += code[i].entered;
+      sum->before += code[i].before;
     }
   }
 
@@ -317,8 +322,9 @@ class FileCoverage {
       are_apart = are_apart && (in_code_[i] || has_own_line(scan_.blocks[i]));
     }
     const SourceBlock& b = scan_.blocks[blocks.back()];
-    // What cannot be told apart is one way.
-    if (!are_apart && all) return {of(b.statement).blocks};
+    // What cannot be told apart is one way; always, where that is due to the source, so that runs can be
+    // added.
+    if (!are_apart && (all || code_[b.function])) return {of(b.statement).blocks};
     if (b.may_be_none && !b.is_else) taken.push_back(not_taken(blocks.back(), all));
     return taken;
   }
@@ -346,21 +352,20 @@ class FileCoverage {
     return statements_of(line) > 1 ? place->second.most : place->second.of_statements;
   }
   void lines() {
-    std::map<unsigned long, size_t> all = scan_.statements;
-    for (unsigned long i = 1; scan_.statements.empty() && i < lines_.size(); ++i)
-      if (lines_[i].hits) all[i] = 1;
     size_t reached = 0;
-    for (const auto& [line, statements] : all) {
+    for (const auto& [line, statements] : lines_told_) {
       const uint64_t hits = hits_of(line);
       reached += hits > 0;
       out_.format("DA:%lu,%" PRIu64 "\n", line, hits);
     }
-    out_.format("LF:%zu\nLH:%zu\n", all.size(), reached);
+    out_.format("LF:%zu\nLH:%zu\n", lines_told_.size(), reached);
   }
 
   const Lines& lines_;
   ReportFile& out_;
   SourceScan scan_;
+  std::string path_;
+  std::map<unsigned long, size_t> lines_told_;      // and how many statements begin there
   std::map<unsigned long, ReachedLine> reached_;    // what is known of the code
   std::vector<const FunctionCount*> code_;          // by function; null where it is not known
   std::vector<std::optional<BlockCount>> in_code_;  // by block; null where it is not known
@@ -370,9 +375,9 @@ class FileCoverage {
 class Coverage : public Reporter {
  public:
   explicit Coverage(const std::string& path) : file_(path) {
-    if (file_.is_open()) count_lines();
+    is_open_ = file_.is_open() && count_lines();
   }
-  bool is_open() const { return file_.is_open(); }
+  bool is_open() const { return is_open_; }
   void run_ends(const Results&) override {
     file_.write("TN:\n");
     CodeCounts code;
@@ -384,6 +389,7 @@ class Coverage : public Reporter {
 
  private:
   ReportFile file_;
+  bool is_open_;
 };
 
 }  // namespace
@@ -402,9 +408,10 @@ void CountBox::each(const std::function<void(const LineCount&)>& act) const {
   }
 }
 
-void count_lines() {
+bool count_lines() {
   count_into(*new CountBox);
   line_counter = count;
+  return own_box->is_made();
 }
 
 bool counts_lines() {

@@ -27,6 +27,7 @@ class CountBox {
   CountBox();
   ~CountBox();
   CountBox(const CountBox&) = delete;
+  bool is_made() const { return static_cast<bool>(shared_); }
   // Of the lines that were counted, in no order; the same may come more than once, and belongs together then.
   void each(const std::function<void(const LineCount&)>& act) const;
 
@@ -36,8 +37,8 @@ class CountBox {
   Shared<Contents> shared_;
 };
 
-// From now on all is counted, beginning with nothing.
-void count_lines();
+// From now on all is counted, beginning with nothing; false if there is no memory for it.
+bool count_lines();
 bool counts_lines();
 // The files stay known, so that a run without test cases reports them as not reached.
 void clear_counts();

@@ -57,6 +57,11 @@ const char* verdict_name(lumo_verdict_t verdict) {
   return names[verdict];
 }
 
+void log_result(const Result& r) {
+  log_line(lumo_log_msg_info_c, "test case " + r.full_own_name() + " finished with verdict " +
+                                    verdict_name(r.verdict) + (r.reason.empty() ? "" : ": ") + r.reason);
+}
+
 void Results::push_back(Result result) {
   if (last_) {
     ++settled_[last_->verdict];

@@ -50,6 +50,8 @@ struct Result : Execution {
   Time duration = 0;
 };
 const char* verdict_name(lumo_verdict_t verdict);
+// The entry of the log that tells it.
+void log_result(const Result& result);
 inline bool is_good(lumo_verdict_t verdict) {
   return verdict == lumo_verdict_pass_c || verdict == lumo_verdict_none_c;
 }
@@ -86,7 +88,7 @@ enum class EventKind : uint8_t {
   start,    // name: the component, text: its behaviour
   end,      // of the component that the event belongs to
   send,     // name: port, peer: who gets it ("component:port"), text: value, octets: what left the system
-  arrive,   // name: port, peer: who sent it ("system:port"), octets
+  arrive,   // name: port, peer: who sent it ("system:port"), octets; where these are not known, text: value
   receive,  // name: port, text: value
   lost,     // name: port, text: value
   timer_start,
@@ -119,7 +121,7 @@ size_t hash_of(const Saying& said);
 struct Event {
   const Spot* spot = nullptr;
   Time time = 0;  // since the run began
-  std::string_view text, octets;
+  std::string_view text, octets;  // of the octets no data where they are not known
   mutable const struct JsonText* json = nullptr;  // of the text, once somebody has asked for it
 };
 // The text as a string of JSON, which lasts as long as the event is told: made once for all who ask, and for

@@ -77,7 +77,7 @@ class Json : public Reporter {
     at = write_seconds(at, e.time);
     at = written(at, spot.behind_time);
     if (!text.empty()) at = written(written(at, ",\"text\":"), text);
-    if (!e.octets.empty()) at = written(write_hex(written(at, ",\"octets\":\""), e.octets), "\"");
+    if (e.octets.data()) at = written(write_hex(written(at, ",\"octets\":\""), e.octets), "\"");
     rows_.end_at(written(at, "}\n"));
     file_.pass_on();
   }

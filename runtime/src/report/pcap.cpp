@@ -3,6 +3,7 @@
 // it; the port numbers tell the system's ports apart, in the order in which they came up.
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <map>
 
 #include "report/report_file.h"
@@ -49,7 +50,7 @@ class Pcap : public Reporter {
     if (!outward && e.spot->kind != EventKind::arrive) return;
     const auto way = ways_.of(*e.spot);
     if (way.second) way.first = way_of(*e.spot, outward);
-    if (way.first.ports) packet(e, way.first, e.octets.empty() && outward ? e.text : e.octets);
+    if (way.first.ports) packet(e, way.first, e.octets.data() ? e.octets : e.text);
   }
   void run_ends(const Results&) override {
     file_.complete();
@@ -73,13 +74,14 @@ class Pcap : public Reporter {
     return ports_[std::string(port)] = static_cast<uint32_t>(50001 + ports_.size() % 15000);
   }
   void packet(const Event& e, const Way& way, std::string_view octets) {
+    const size_t all = headers + octets.size();
     octets = octets.substr(0, most_octets);
     const int64_t wall = run_start().wall + e.time;
     const auto length = static_cast<uint32_t>(headers + octets.size());
     const uint32_t words[] = {static_cast<uint32_t>(wall / 1000000000),
                               static_cast<uint32_t>(wall % 1000000000),
-                              length,
-                              length,  // what was kept of it, and all
+                              length,  // what was kept of it
+                              static_cast<uint32_t>(std::min<size_t>(all, UINT32_MAX)),
                               htonl(0x4500U << 16 | length),
                               0,
                               htonl(life_and_udp << 16 | header_sum(length)),

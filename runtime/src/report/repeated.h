@@ -57,7 +57,7 @@ class Repeated {
  private:
   static constexpr size_t ways = 4, most = 512;
   std::vector<Thing> things_ = std::vector<Thing>(most);
-  uint64_t made_ = 0;
+  static inline uint64_t made_ = 0;  // by all: who makes something of such things may be told those of several
 };
 
 // What somebody has made of such things.

@@ -1,6 +1,7 @@
 #include "report/report_file.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,10 +21,28 @@ namespace {
 
 bool some_failed = false;
 
-// Whether something else than a file stands there.
-bool is_special_place(const std::string& path) {
+bool asks_for_end() {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGINT) || sigismember(&pending, SIGTERM) || sigismember(&pending, SIGHUP);
+}
+
+int open_anew(const std::string& path) {
+  return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+}
+
+// A pipe that nobody reads yet is waited for, but not by a call that no signal ends while they are held.
+int open_in_place(const std::string& path) {
   struct stat status;
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+  const bool is_pipe = stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+  for (int descriptor; is_pipe; usleep(10000)) {
+    descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor >= 0) fcntl(descriptor, F_SETFL, O_WRONLY);
+    if (descriptor >= 0 || errno != ENXIO) return descriptor;
+    errno = EINTR;
+    if (asks_for_end()) return -1;
+  }
+  return open_anew(path);
 }
 
 // What a run writes to is locked by it, so what nobody has locked was left by one that was killed.
@@ -58,7 +77,19 @@ void remove_left_behind(const std::string& path) {
 }  // namespace
 
 bool is_standard_output(const std::string& path) {
-  return path.empty() || path == "-" || path == "/dev/stdout" || path == "/dev/fd/1";
+  return path.empty() || path == "-" || path == "/dev/stdout" || path == "/dev/fd/1" || path == "/proc/self/fd/1";
+}
+
+bool is_special_place(const std::string& path) {
+  struct stat status;
+  const bool is_of_system = path.starts_with("/dev/") || path.starts_with("/proc/");
+  return stat(path.c_str(), &status) == 0 && (is_of_system || !S_ISREG(status.st_mode));
+}
+
+std::string place_behind_links(const std::string& path) {
+  std::error_code error;
+  const auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  return error ? path : place.string();
 }
 
 ReportFile::ReportFile(const std::string& path) : path_(path) {
@@ -66,10 +97,12 @@ ReportFile::ReportFile(const std::string& path) : path_(path) {
     descriptor_ = STDOUT_FILENO;
     return;
   }
-  if (!is_special_place(path)) beside_ = path + "." + std::to_string(getpid()) + ".part";
-  if (!beside_.empty()) remove_left_behind(path);
-  descriptor_ = open(beside_.empty() ? path.c_str() : beside_.c_str(),
-                     O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (!is_special_place(path)) {
+    place_ = place_behind_links(path);
+    beside_ = place_ + "." + std::to_string(getpid()) + ".part";
+    remove_left_behind(place_);
+  }
+  descriptor_ = beside_.empty() ? open_in_place(path) : open_anew(beside_);
   is_owned_ = true;
   if (is_open() && !beside_.empty()) flock(descriptor_, LOCK_EX | LOCK_NB);
 }
@@ -87,13 +120,15 @@ void ReportFile::fail() {
   is_failed_ = some_failed = true;
 }
 
+// A reader may not take it: what asks often enough for the end gets it.
 void ReportFile::write_out(size_t size) {
+  constexpr int most_signals = 4;
   if (!is_owned_) std::fflush(stdout);
   for (size_t done = 0; done < size && !is_failed_;) {
     const ssize_t n = ::write(descriptor_, rows_.text().data() + done, size - done);
     if (n > 0) done += static_cast<size_t>(n);
     if (n == 0) errno = ENOSPC;
-    if (n <= 0 && errno != EINTR) fail();
+    if (n <= 0 && (errno != EINTR || ++signals_ >= most_signals)) fail();
   }
   written_ += size;
   rows_.remove_begin(is_failed_ ? rows_.size() : size);
@@ -119,8 +154,8 @@ void ReportFile::format(const char* format, ...) {
 // written to the disk at once by many systems, which takes longer than all the rest.
 void ReportFile::put_in_place() {
   const bool is_exchanged =
-      renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, path_.c_str(), RENAME_EXCHANGE) == 0;
-  if (!is_exchanged && std::rename(beside_.c_str(), path_.c_str()) == 0) return;
+      renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, place_.c_str(), RENAME_EXCHANGE) == 0;
+  if (!is_exchanged && std::rename(beside_.c_str(), place_.c_str()) == 0) return;
   if (!is_exchanged) fail();
   unlink(beside_.c_str());
 }

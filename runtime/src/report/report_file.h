@@ -1,6 +1,6 @@
 // The file of a report: written beside its place and renamed when it is complete, so that a run that is
-// killed leaves the old report or none. A place that is no regular file, such as a device, is written to
-// directly.
+// killed leaves the old report or none. A place that is no regular file, such as a pipe, or that the system has
+// made, such as /dev/fd/3, is written to directly.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,10 @@ namespace lumos {
 
 // An empty path, "-", or the device of that name.
 bool is_standard_output(const std::string& path);
+
+bool is_special_place(const std::string& path);
+// Where the file of that name is, or would be.
+std::string place_behind_links(const std::string& path);
 
 class ReportFile {
  public:
@@ -43,8 +47,8 @@ class ReportFile {
   void write_out(size_t size);
   void put_in_place();
   void fail();
-  std::string path_, beside_;
-  int descriptor_ = -1;
+  std::string path_, place_, beside_;
+  int descriptor_ = -1, signals_ = 0;
   bool is_owned_ = false, is_failed_ = false;
   bool is_begun_ = false;  // the first piece is written at once: what cannot be written is told at the start
   Row rows_;

@@ -100,10 +100,7 @@ class Scanner {
   bool in_body() const { return body_ > 0; }
   void take(const Token& t) {
     const char c = t.text[0];
-    if (t.text == "else" && last_ == "[" && levels_.size() > 1) {
-      const Level& around = levels_[levels_.size() - 2];
-      if (--scan_.statements[around.statement] == 0) scan_.statements.erase(around.statement);
-    }
+    if (t.text == "else" && last_ == "[" && levels_.size() > 1) forget(levels_[levels_.size() - 2].statement);
     if (c == '(' && last_ == "case" && in_body()) ++scan_.statements[levels_.back().statement];
     if (c == '{' || c == '(' || c == '[') return open(t);
     if (c == '}' || c == ')' || c == ']') return close(t);
@@ -156,12 +153,16 @@ class Scanner {
     if (!first) first = line;
     if (!is_way) last_noted_ = line, ++scan_.statements[line];
   }
+  void forget(unsigned long line) {
+    const auto place = scan_.statements.find(line);
+    if (place != scan_.statements.end() && --place->second == 0) scan_.statements.erase(place);
+  }
   // A selection is reached where its first case is looked at.
   void stand_at_case(unsigned long line) {
     const auto [select, block] = select_;
     select_ = {0, SIZE_MAX};
     if (!select || last_noted_ != select) return;
-    if (--scan_.statements[select] == 0) scan_.statements.erase(select);
+    forget(select);
     unsigned long& first = block == SIZE_MAX ? scan_.functions.back().first : scan_.blocks[block].first;
     if (first == select) first = line;
   }

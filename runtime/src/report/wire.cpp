@@ -1,7 +1,6 @@
 #include "report/wire.h"
 
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,6 +34,7 @@ constexpr int bits_of_use = 20;
 struct WireBox::Contents {
   std::atomic<uint64_t> state, read;
   std::atomic<bool> is_way;
+  std::atomic<int> loss;
   char data[wire_box_size];
 };
 
@@ -49,6 +49,10 @@ std::string WireBox::rest(uint64_t received) const {
   return {shared_->data + known, used - known};
 }
 
+int WireBox::loss() const {
+  return shared_->loss;
+}
+
 bool WireBox::is_way() const {
   return shared_->is_way;
 }
@@ -60,11 +64,7 @@ void WireBox::note_read(uint64_t received) const {
 // What goes through the box to the descriptor.
 class WireStream {
  public:
-  WireStream(int descriptor, WireBox& box) : descriptor_(descriptor), shared_(*box.shared_) {
-    struct stat status;
-    is_socket_ = fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
-    publish();
-  }
+  WireStream(const KeptFile& file, WireBox& box) : file_(file), shared_(*box.shared_) { publish(); }
   void put(std::string_view text) {
     while (!text.empty()) {
       const size_t n = std::min(text.size(), wire_box_size - used_);
@@ -82,34 +82,36 @@ class WireStream {
     publish();
   }
   void flush() {
+    is_broken_ = is_broken_ || (used_ && !file_.find());
     for (size_t done = 0; done < used_ && !is_broken_;) {
       const ssize_t n = write(shared_.data + done, used_ - done);
       if (n > 0) done += static_cast<size_t>(n);
       is_broken_ = n <= 0 && errno != EINTR;
     }
     // What a file has lost stays in the box as long as there is room.
-    if (is_broken_ && !is_socket_ && used_ < wire_box_size) return;
+    if (is_broken_ && !file_.is_socket() && used_ < wire_box_size) return;
     begin_ += used_;
-    if (is_broken_ && is_socket_) wait_for_reader();
+    if (is_broken_ && file_.is_socket()) wait_for_reader();
+    if (is_broken_ && !file_.is_socket() && !shared_.loss) shared_.loss = errno;
     used_ = 0;
-    if (!is_broken_ || is_socket_) publish();
+    if (!is_broken_ || file_.is_socket()) publish();
   }
 
  private:
-  // Code of the user may have closed the descriptor, and opened something else under its number.
   ssize_t write(const char* data, size_t size) const {
-    return is_socket_ ? send(descriptor_, data, size, MSG_NOSIGNAL) : ::write(descriptor_, data, size);
+    return file_.is_socket() ? send(file_.descriptor(), data, size, MSG_NOSIGNAL)
+                             : ::write(file_.descriptor(), data, size);
   }
   void wait_for_reader() {
     shared_.is_way = true;
     while (shared_.read < begin_) usleep(1000);
   }
   void publish() { shared_.state.store(begin_ << bits_of_use | used_, std::memory_order_release); }
-  int descriptor_;
+  KeptFile file_;
   WireBox::Contents& shared_;
   uint64_t begin_ = 0;
   size_t used_ = 0;
-  bool is_broken_ = false, is_socket_ = false;
+  bool is_broken_ = false;
 };
 
 namespace {
@@ -120,11 +122,12 @@ struct EventHead {
   uint64_t slot;
   Time time;
   size_t text, octets;
+  uint64_t has_octets;  // no gap behind it that would be written
 };
 
 class Wire : public Reporter {
  public:
-  Wire(int descriptor, WireBox& box, WireNeeds needs) : stream_(descriptor, box), needs_(needs) {}
+  Wire(const KeptFile& file, WireBox& box, WireNeeds needs) : stream_(file, box), needs_(needs) {}
   ~Wire() override {
     if (has_ended_) return;
     tag(Tag::refusal);
@@ -146,7 +149,7 @@ class Wire : public Reporter {
   }
   void event(const Event& e) override {
     if (sent_.of(*e.spot).second) spot(*e.spot);
-    const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size()};
+    const EventHead head{e.spot->slot, e.time, e.text.size(), e.octets.size(), e.octets.data() != nullptr};
     const size_t size = 1 + sizeof head + head.text + head.octets;
     char* const direct = stream_.room(size);
     char* place = direct ? direct : more(size);
@@ -285,7 +288,7 @@ void tell_event_of(Unwire& in, const Spots& spots, const WireListener& listener)
   const std::string_view text = in.piece(head.text), octets = in.piece(head.octets);
   const Spot* spot = spots.at(head.slot);
   in.is_good = in.is_good && spot;
-  if (in.is_good) listener.event({spot, head.time, text, octets});
+  if (in.is_good) listener.event({spot, head.time, text, head.has_octets ? octets : std::string_view()});
 }
 
 Result result_of(Unwire& in) {
@@ -329,8 +332,8 @@ void tell_record_of(Unwire& in, Spots& spots, const WireListener& listener) {
 
 }  // namespace
 
-std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds needs) {
-  return std::make_unique<Wire>(descriptor, box, needs);
+std::unique_ptr<Reporter> make_wire(const KeptFile& file, WireBox& box, WireNeeds needs) {
+  return std::make_unique<Wire>(file, box, needs);
 }
 
 size_t WireReader::tell(std::string_view text) {

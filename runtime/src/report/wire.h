@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "report/events.h"
+#include "value/kept_file.h"
 #include "value/shared.h"
 
 namespace lumos {
@@ -20,6 +21,8 @@ class WireBox {
   ~WireBox();
   WireBox(const WireBox&) = delete;
   bool is_made() const { return static_cast<bool>(shared_); }
+  // Why a writer to a file has lost some of it, an error number; 0 for nothing.
+  int loss() const;
   // The stream's octets behind the first `received`; none where some before them are lost.
   std::string rest(uint64_t received) const;
   // Whether a writer to a socket has lost it, perhaps to code of the user, and waits at each full box until
@@ -38,9 +41,9 @@ struct WireNeeds {
   bool events = events_wanted, log = log_wanted();
 };
 
-// Writes all that it is told to the descriptor, a file or a socket, which it does not close. Destroyed before
+// Writes all that it is told to a file or a socket, which it does not close. Destroyed before
 // the run has ended it tells that this is refused.
-std::unique_ptr<Reporter> make_wire(int descriptor, WireBox& box, WireNeeds needs);
+std::unique_ptr<Reporter> make_wire(const KeptFile& file, WireBox& box, WireNeeds needs);
 
 // Hears what comes from such a stream, in its order.
 struct WireListener {

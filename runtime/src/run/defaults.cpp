@@ -100,6 +100,11 @@ void deactivate(Task& task, ActiveDefault& d) {
 
 }  // namespace
 
+DefaultNumbers::DefaultNumbers() : first_(next_number) {}
+DefaultNumbers::~DefaultNumbers() {
+  next_number = first_;
+}
+
 void deactivate_all(Task& task) {
   for (ActiveDefault& d : task.defaults)
     if (is_active(d)) deactivate(task, d);

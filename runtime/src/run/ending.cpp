@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -51,7 +52,7 @@ Time last_stop = 0;
 bool is_copy = false;  // of the process that is watched
 void (*tell_copy)() = nullptr;
 
-const int stop_signals[] = {SIGINT, SIGTERM, SIGHUP};
+const int stop_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGXCPU};
 const int crash_signals[] = {SIGSEGV, SIGBUS, SIGILL, SIGABRT, SIGSYS};
 
 void set_alarm(Time after) {
@@ -157,12 +158,17 @@ void on_exit() {
   give_up(reason);
 }
 
-// Handlers of others stay, and what is ignored on purpose. A shell ignores interrupts for what it runs in the
-// background, which is no purpose.
+// A shell ignores interrupts for what it runs in the background, which is no purpose; nor does anybody mean the
+// alarms of this process.
+bool is_ignored_on_purpose(int signal) {
+  return signal != SIGINT && signal != SIGALRM;
+}
+
+// Handlers of others stay, and what is ignored on purpose.
 void handle(int signal, void (*function)(int), int flags) {
   struct sigaction old, action = {};
   const bool is_known = sigaction(signal, nullptr, &old) == 0;
-  if (!is_known || (old.sa_handler != SIG_DFL && !(old.sa_handler == SIG_IGN && signal == SIGINT))) return;
+  if (!is_known || (old.sa_handler == SIG_IGN ? is_ignored_on_purpose(signal) : old.sa_handler != SIG_DFL)) return;
   action.sa_handler = function;
   action.sa_flags = flags;
   sigaction(signal, &action, nullptr);
@@ -241,6 +247,12 @@ void leave_copy_of_run() {
 
 void go_on_here() {
   is_copy = false;
+}
+
+bool has_ended(pid_t process, int& status) {
+  const pid_t ended = waitpid(process, &status, WNOHANG);
+  if (ended < 0 && errno == ECHILD) status = 0;
+  return ended == process || (ended < 0 && errno == ECHILD);
 }
 
 std::string end_of_process(int status) {

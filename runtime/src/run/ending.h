@@ -4,6 +4,8 @@
 // are whole. Where that does not work either, the process is left after telling what is known.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <string>
 
@@ -31,6 +33,9 @@ void leave_copy_of_run();
 // In a process that was forked to go on with the run.
 void go_on_here();
 
+// Whether a process that was forked here has ended, and how. Where code of the user has waited for it, or ended
+// processes leave nothing behind, that is not known: the status is 0.
+bool has_ended(pid_t process, int& status);
 // How a process ended, by what waitpid() tells: "signal 'Killed'", "status 0".
 std::string end_of_process(int status);
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "run/component.h"
+#include "run/defaults.h"
 #include "value/error.h"
 #include "text/log.h"
 #include "text/log_file.h"
@@ -93,6 +94,7 @@ lumo_verdict_t verdict_of(lumo_symbol_entry_t row, TestCase& tc, unsigned long a
   if (testcase_seed) set_random_seed(*testcase_seed ^ std::hash<std::string>()(tc.module + "." + tc.name));
   tell_begin(tc);
   test_case = &tc;
+  const DefaultNumbers numbers;
   watch_test_case(true);
   watch_deadline(tc.deadline);
   run_test_case(tc, row, argc, argv);
@@ -146,10 +148,9 @@ void conclude_test_case() {
     tc.reason = why;
   }
   const Time duration = now() - tc.begin;
-  log_line(lumo_log_msg_info_c, "test case " + tc.full_own_name() + " finished with verdict " +
-                                    verdict_name(tc.verdict) + (tc.reason.empty() ? "" : ": ") + tc.reason);
-  flush_log();
   results().push_back({tc, tc.verdict, tc.reason, tc.place, duration});
+  log_result(results().back());
+  flush_log();
   test_case = nullptr;
   watch_test_case(false);
   if (result_listener) result_listener(results().back());

@@ -55,7 +55,7 @@ struct Job {
   const Selected* selected;
   pid_t process = -1;
   bool is_over = false;
-  int status = 0;
+  int status = 0, failure = 0;  // to start, an error number
   Time begin = 0, duration = 0, real_begin = 0;
   Spool output{"output"}, errors{"errors"}, log{"log"}, wire{"wire"};
   WireBox box;
@@ -70,18 +70,18 @@ struct Job {
 };
 
 // The time that all have together ends at a moment of the real clock.
-[[noreturn]] void run_here(Job& job, WireNeeds needs, Time end) {
+[[noreturn]] void run_here(Job& job, pid_t owner, WireNeeds needs, Time end) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   go_on_here();
   share_deadline(nullptr);
   if (end != never) set_control_deadline(now() + std::max<Time>(end - real_time(), 0), "control part");
   dup2(job.output.descriptor(), STDOUT_FILENO);
   dup2(job.errors.descriptor(), STDERR_FILENO);
-  spool_log(job.log.descriptor());
+  spool_log({job.log.descriptor(), owner});
   let_log_wait(&job.log_box);
   drop_reporters();
   tell_results(false);
-  add_reporter(make_wire(job.wire.descriptor(), job.box, needs));
+  add_reporter(make_wire({job.wire.descriptor(), owner}, job.box, needs));
   if (job.counts) count_into(*job.counts);
   results().clear();
   execute(*job.selected);
@@ -93,14 +93,15 @@ struct Job {
 }
 
 bool start(Job& job, Time end) {
-  if (!job.box.is_made()) return false;
+  if (!job.box.is_made() || (job.counts && !job.counts->is_made())) return false;
   set_log_footer("");  // the process would draw it again
   std::fflush(nullptr);
   job.begin = now();
   job.real_begin = real_time();
   const WireNeeds needs;
+  const pid_t owner = getpid();
   job.process = fork();
-  if (job.process == 0) run_here(job, needs, end);
+  if (job.process == 0) run_here(job, owner, needs, end);
   return job.process > 0;
 }
 
@@ -111,14 +112,27 @@ bool tell_events(const Job& job, Result& result) {
     has_begun = true;
     tell_begin(execution);
   };
+  const Spot* last = nullptr;
+  reader.listener.event = [&](const Event& event) {
+    last = event.spot;
+    tell(event);
+  };
   reader.listener.test_case_ends = [&](const Result& r) {
     result = r;
     has_result = true;
   };
   const std::string written = job.wire.text();
   reader.tell(written + job.box.rest(written.size()));
+  if (!has_result && last) result.place = {last->file, last->line};
   if (!has_begun) tell_begin(job.execution());
   return has_result;
+}
+
+std::string reason_without_result(const Job& job) {
+  const std::string process = "the process of the test case ";
+  if (job.process < 0) return process + "could not be started: " + std::strerror(job.failure);
+  if (const int loss = job.box.loss()) return process + "could not tell what it did: " + std::strerror(loss);
+  return process + "ended with " + end_of_process(job.status);
 }
 
 // Puts everything of the job where it would be without a process of its own.
@@ -132,9 +146,11 @@ void collect(const Job& job) {
   if (job.counts) add_counts(*job.counts);
   Result result;
   if (!tell_events(job, result)) {
-    const std::string reason = "the process of the test case ended with " + end_of_process(job.status);
-    result = {job.execution(), lumo_verdict_error_c, reason, {}, job.duration};
+    const std::string reason = reason_without_result(job);
+    result = {job.execution(), lumo_verdict_error_c, reason, result.place, job.duration};
     if (ending_reason()) result.reason = ending_reason();
+    log_line(lumo_log_msg_error_c, result.reason);
+    log_result(result);
   }
   results().push_back(result);
   if (result_listener) result_listener(results().back());
@@ -176,12 +192,11 @@ class Jobs {
   }
   void start_next() {
     is_changed_ = true;
+    errno = 0;
     auto job = std::make_unique<Job>();
     job->selected = waiting_[next_++];
-    if (!start(*job, end_)) {
-      job->is_over = true;
-      job->status = 0xFF00;
-    }
+    if (!start(*job, end_)) job->failure = errno;
+    job->is_over = job->process < 0;
     jobs_.push_back(std::move(job));
   }
   void look() {
@@ -189,7 +204,7 @@ class Jobs {
     for (auto& job : jobs_) {
       if (job->is_over) continue;
       if (job->is_late() || (end_ != never && real_time() - time_to_end > end_)) kill(job->process, SIGKILL);
-      if (waitpid(job->process, &job->status, WNOHANG) != job->process) continue;
+      if (!has_ended(job->process, job->status)) continue;
       job->is_over = is_new = true;
       job->duration = now() - job->begin;
     }

@@ -1,6 +1,5 @@
 #include "suite/results.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,6 +12,7 @@
 #include "run/ending.h"
 #include "text/log.h"
 #include "text/text_forms.h"
+#include "value/kept_file.h"
 
 namespace lumos {
 
@@ -28,10 +28,15 @@ bool is_set(const char* variable) {
   return value && *value;
 }
 
+bool is_on(const char* variable) {
+  return is_set(variable) && std::strcmp(std::getenv(variable), "0") != 0;
+}
+
 bool with_colors() {
   static const bool chosen = [] {
     if (is_set("NO_COLOR")) return false;
-    if (is_set("CLICOLOR_FORCE") && std::strcmp(std::getenv("CLICOLOR_FORCE"), "0") != 0) return true;
+    if (is_on("CLICOLOR_FORCE") || is_on("FORCE_COLOR")) return true;
+    if (is_set("CLICOLOR") && !is_on("CLICOLOR")) return false;
     const char* terminal = std::getenv("TERM");
     return isatty(STDOUT_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
   }();
@@ -54,20 +59,11 @@ std::string colored_verdict(lumo_verdict_t verdict, bool colored) {
   return std::string("\033[") + colors[verdict] + "m" + verdict_name(verdict) + "\033[0m";
 }
 
-struct stat output;
-
-// Code of the user may have closed standard output, and opened something else under its number.
-bool has_output() {
-  struct stat now;
-  errno = 0;
-  const bool is_there = fstat(STDOUT_FILENO, &now) == 0;
-  if (is_there) errno = EBADF;
-  return is_there && now.st_dev == output.st_dev && now.st_ino == output.st_ino;
-}
+KeptFile output;
 
 void print(const std::string& text) {
   const bool is_written =
-      !output_error && has_output() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
+      !output_error && output.is_there() && (errno = 0, std::fwrite(text.data(), 1, text.size(), stdout) == text.size());
   if (is_written && std::fflush(stdout) == 0) return;
   if (!output_error) output_error = errno ? errno : EIO;
   if (shared_loss) *shared_loss = true;
@@ -120,7 +116,7 @@ void print_remark(const std::string& text) {
 
 void tell_results(bool to_standard_output) {
   prints = to_standard_output;
-  fstat(STDOUT_FILENO, &output);
+  output = KeptFile(STDOUT_FILENO);
   result_listener = print_result;
 }
 

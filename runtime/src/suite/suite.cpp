@@ -146,7 +146,8 @@ bool make_program(const SuiteOptions& options, const char* control_part, Program
   TimeLimit limit(options, "control part");
   program.runs_control_part = !plan_control_part(control_part, program.testcases, why);
   if (program.runs_control_part)
-    std::fprintf(stderr, "the control part is run as a whole, in one process: %s\n", why.c_str());
+    std::fprintf(stderr, "the control part is run as a whole, in one process%s: %s\n",
+                 options.explore ? ", and no other schedule is explored" : "", why.c_str());
   program.is_planned = !program.runs_control_part && !options.explore;
   // Each schedule begins anew.
   for (Selected& s : program.testcases)

@@ -1,7 +1,5 @@
 #include "suite/suite_options.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -49,9 +47,8 @@ std::string own_message;  // of what could not be set; where it is empty the tab
 // By the places that something is written to, who does it. False with a message where another one does.
 bool claim_place(const std::string& path) {
   const bool is_output = is_standard_output(path);
-  struct stat status;
-  if (!is_output && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return true;
-  const std::string place = is_output ? "-" : std::filesystem::absolute(path).lexically_normal().string();
+  if (!is_output && is_special_place(path)) return true;
+  const std::string place = is_output ? "-" : place_behind_links(path);
   const auto [known, is_new] = places_of_output().try_emplace(place, current_option);
   if (known->second == current_option) return true;
   own_message = std::string("option '") + current_option->word + "' and option '" + known->second->word +

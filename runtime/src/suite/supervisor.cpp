@@ -24,6 +24,7 @@
 #include "suite/results.h"
 #include "text/log.h"
 #include "text/log_file.h"
+#include "value/hooks.h"
 #include "value/value.h"
 
 namespace lumos {
@@ -118,7 +119,7 @@ class Supervision {
   // The status to end with.
   int watch() {
     int status = 0;
-    while (waitpid(runner, &status, WNOHANG) != runner) {
+    while (!has_ended(runner, status)) {
       receive(100);
       if (!is_late()) continue;
       is_killed_ = true;
@@ -201,6 +202,7 @@ class Supervision {
           std::max<Time>(is_simulated() ? last_ + run_start().clock : now(), running_->begin) -
           running_->begin;
       results().push_back(*running_);
+      log_result(*running_);
       print_result(results().back());
       tell_end(results().back());
     }
@@ -251,8 +253,29 @@ bool make_common(Common& common) {
   return socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, common.sockets) == 0;
 }
 
+const Common* with_runner = nullptr;
+
+// A fault here, as where memory ends: the other process goes on, and is not listened to.
+void leave_reports(const char* text) {
+  std::fprintf(stderr, "reports cannot be completed: %s\n", text);
+  cancel_reporters();
+  close(with_runner->sockets[0]);
+  with_runner->box.note_read(UINT64_MAX);
+  int status;
+  while (!has_ended(runner, status)) usleep(10000);
+  _exit(1);
+}
+
+// Ignored, as the one that started this may have left it, it leaves nothing of how a process ends.
+void heed_children() {
+  struct sigaction old;
+  if (sigaction(SIGCHLD, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) ::signal(SIGCHLD, SIG_DFL);
+}
+
 [[noreturn]] void supervise(Common& common, const sigset_t& signals) {
   close(common.sockets[1]);
+  with_runner = &common;
+  hooks.end_faulty = leave_reports;
   hand_on_signals();
   sigprocmask(SIG_SETMASK, &signals, nullptr);
   const int status = Supervision(common).watch();
@@ -276,7 +299,7 @@ void run_supervised(Common& common, WireNeeds needs, pid_t supervisor) {
   share_deadline(&common.told->deadline);
   share_lost_output(&common.told->output_is_lost);
   let_log_wait(&common.log);
-  add_reporter(make_wire(out_of_the_way(common.sockets[1]), common.box, needs));
+  add_reporter(make_wire(KeptFile(out_of_the_way(common.sockets[1])), common.box, needs));
 }
 
 }  // namespace
@@ -285,6 +308,7 @@ HeldSignals::HeldSignals() {
   sigset_t all;
   sigfillset(&all);
   sigprocmask(SIG_BLOCK, &all, &usual_);
+  sigdelset(&usual_, SIGALRM);  // what limits the time of user code is not for who started this to block
 }
 
 HeldSignals::~HeldSignals() {
@@ -298,6 +322,7 @@ void be_supervised(const HeldSignals& held) {
   is_done = true;
   run_start();
   std::fflush(nullptr);
+  heed_children();
   const WireNeeds needs;
   const pid_t supervisor = getpid();
   runner = fork();

@@ -152,7 +152,11 @@ Value with_codec(Value v, Codec (*codec_of)(lumo_type_t, lumo_context_t)) {
   if (find_codec(v->type, codec_of)) return v;
   const bool has_alternative = v->kind == lumo_type_kind_union && v->index >= 0;
   Value inner = has_alternative ? lumo_value_union_value(v, current_task) : nullptr;
-  return inner && find_codec(inner->type, codec_of) ? inner : nullptr;
+  if (inner && find_codec(inner->type, codec_of)) return inner;
+  const std::string what = inner ? std::string("type '") + type_name(inner->type) + "' in an open type has no codec"
+                                 : "an open type has no alternative, and no codec of its own";
+  lumo_log_string_to_all(lumo_log_msg_error_c, what.c_str(), current_task);
+  return nullptr;
 }
 }  // namespace
 

@@ -315,7 +315,7 @@ void lumo_log_alt_entered_event(lumo_context_t) {
   alt_event("alt entered");
 }
 void lumo_log_alt_left_event(lumo_context_t) {
-  for (Attempt& a : current_task->attempts) a.is_past = false;
+  if (!current_task->attempts.empty()) leave_attempts(*current_task);
   if (!current_task->calls.empty()) hooks.end_calls(*current_task);
   alt_event("alt left");
 }

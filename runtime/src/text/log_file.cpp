@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "text/row.h"
+#include "value/kept_file.h"
 
 namespace lumos {
 
@@ -34,14 +35,14 @@ class LogFile {
   // An absolute path, since code of the user may change the folder.
   explicit LogFile(const std::string& path, int how = O_TRUNC)
       : path_(std::filesystem::absolute(path)), is_there_(open(how)) {}
-  // One that does not grow too large.
-  explicit LogFile(int descriptor) : descriptor_(descriptor), is_there_(true) {}
+  // One without a name, which is not begun anew.
+  explicit LogFile(const KeptFile& file) : file_(file), is_open_(true), is_there_(true) {}
   ~LogFile() { close(); }
   LogFile(const LogFile&) = delete;
   bool is_there() const { return is_there_; }
   const std::string& path() const { return path_; }
   void write(std::string_view lines) {
-    if (largest && size_ && size_ + lines.size() > largest && is_regular_) rotate();
+    if (largest && size_ && size_ + lines.size() > largest && file_.is_regular() && !path_.empty()) rotate();
     size_ += lines.size();
     waiting_.put(lines);
     if (waiting_.size() >= enough) flush();
@@ -49,9 +50,9 @@ class LogFile {
   void flush() {
     if (!waiting_.size()) return;
     std::string_view rest = waiting_.text();
-    if (descriptor_ < 0 ? !open(O_APPEND) : !is_same_file()) lose(rest);
+    if (is_open_ ? !file_.find() : !open(O_APPEND)) lose(rest);
     while (!rest.empty()) {
-      const ssize_t n = ::write(descriptor_, rest.data(), rest.size());
+      const ssize_t n = ::write(file_.descriptor(), rest.data(), rest.size());
       if (n >= 0) rest.remove_prefix(static_cast<size_t>(n));
       if (n < 0 && errno != EINTR) lose(rest);
     }
@@ -59,8 +60,8 @@ class LogFile {
   }
   void close() {
     flush();
-    if (descriptor_ >= 0 && is_same_file() && ::close(descriptor_) != 0) note_lost_entries(errno);
-    descriptor_ = -1;
+    if (is_open_ && file_.is_there() && ::close(file_.descriptor()) != 0) note_lost_entries(errno);
+    is_open_ = false;
     std::erase(open_ones, this);
   }
 
@@ -73,22 +74,15 @@ class LogFile {
   }
   bool open(int how) {
     while (open_ones.size() >= most_open) open_ones.back()->close();
-    descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666);
-    struct stat status;
-    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
-    device_ = status.st_dev;
-    file_ = status.st_ino;
-    is_regular_ = S_ISREG(status.st_mode);
+    int descriptor;
+    while ((descriptor = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | how, 0666)) < 0) {
+      if (errno != EMFILE || open_ones.empty()) return false;
+      open_ones.back()->close();
+    }
+    file_ = KeptFile(descriptor);
+    is_open_ = true;
     open_ones.push_back(this);
     return true;
-  }
-  // Code of the user may have closed the descriptor, and opened something else under its number.
-  bool is_same_file() const {
-    struct stat status;
-    if (path_.empty()) return true;
-    if (fstat(descriptor_, &status) == 0 && status.st_dev == device_ && status.st_ino == file_) return true;
-    errno = EBADF;
-    return false;
   }
   void rotate() {
     close();
@@ -99,10 +93,8 @@ class LogFile {
   }
 
   std::string path_;
-  int descriptor_ = -1;
-  dev_t device_ = 0;
-  ino_t file_ = 0;
-  bool is_regular_ = false;
+  KeptFile file_;
+  bool is_open_ = false;
   const bool is_there_;
   size_t size_ = 0;
   unsigned number_ = 0;
@@ -281,8 +273,8 @@ void note_lost_entries(int error) {
   if (!lost) lost = error;
 }
 
-void spool_log(int descriptor) {
-  if (has_log_file()) spool = std::make_unique<LogFile>(descriptor);
+void spool_log(const KeptFile& file) {
+  if (has_log_file()) spool = std::make_unique<LogFile>(file);
 }
 
 void append_spooled_log(std::string_view text) {

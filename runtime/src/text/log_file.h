@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "value/kept_file.h"
 #include "value/shared.h"
 
 namespace lumos {
@@ -48,9 +49,9 @@ void let_log_wait(LogBox* box);
 void flush_log();
 // Behind what another process wrote that has ended now.
 void write_rest_of_log(const LogBox& box);
-// In a process of its own: what would go to files goes to the descriptor, for append_spooled_log to put
+// In a process of its own: what would go to files goes to this one, for append_spooled_log to put
 // there.
-void spool_log(int descriptor);
+void spool_log(const KeptFile& file);
 void append_spooled_log(std::string_view text);
 
 }  // namespace lumos

@@ -187,12 +187,31 @@ void narrow(std::string& path, std::string& reason, Value& actual, Value& expect
   }
 }
 
-// Whether the field that the path begins with is left out there.
-bool lacks(Value record, const std::string& path) {
-  if (!is_given(record) || record->form != Form::fields) return false;
-  const long index = field_index(record->type, path.substr(0, path.find_first_of(".[")).c_str());
-  return index >= 0 && static_cast<size_t>(index) < record->parts.size &&
-         is_unset(record->parts.data[static_cast<size_t>(index)]);
+// Goes along a path and adds the numbers of fields and elements; false where it leads nowhere.
+bool walk(const std::string& path, Value& whole, std::vector<size_t>& place) {
+  for (size_t at = 0; at < path.size();) {
+    if (!is_given(whole) || !has_parts(whole->form)) return false;
+    const size_t end = std::min(path.find_first_of(".[", at + 1), path.size());
+    const long i = path[at] == '[' ? std::strtol(path.c_str() + at + 1, nullptr, 10) - base_of(whole)
+                                   : field_index(whole->type, path.substr(at, end - at).c_str());
+    place.push_back(static_cast<size_t>(i));
+    const size_t part = whole->form == Form::choice ? 0 : place.back();
+    if (part >= whole->parts.size) return false;
+    whole = whole->parts.data[part];
+    at = end + (end < path.size() && path[end] == '.');
+  }
+  return true;
+}
+
+// Whether what the path leads to is left out there.
+bool lacks(Value whole, const std::string& path) {
+  std::vector<size_t> place;
+  return walk(path, whole, place) && is_unset(whole);
+}
+
+// Null for what is left out, which has no place among values.
+Value with_place(Value v) {
+  return is_given(v) && (v->parent || !is_unset(v)) ? v : nullptr;
 }
 
 bool is_of_alternatives(std::string_view reason) {
@@ -238,7 +257,7 @@ void MismatchTrace::add(const std::string& where, const char* reason, Value actu
     if (is_outer && is_of_alternatives(reason)) return note(path, reason, actual, expected, expected_text);
     if (!is_outer || path.empty()) return;
     path_ = joined(path, path_);
-    innermost_ = actual;
+    innermost_ = with_place(actual);
     return;
   }
   note(path, reason, actual, expected, expected_text);
@@ -249,8 +268,9 @@ void MismatchTrace::note(const std::string& path, const char* reason, Value actu
   is_found_ = true;
   path_ = path;
   reason_ = reason;
-  innermost_ = is_given(actual) && (actual->parent || !is_unset(actual)) ? actual : nullptr;
-  if (!expected_text) narrow(path_, reason_, actual, expected);
+  innermost_ = with_place(actual);
+  // A missing element is no counterpart of the list.
+  if (!expected_text && reason_ != "element missing") narrow(path_, reason_, actual, expected);
   if (!expected_text && narrow_text(reason_, actual, expected, actual_, expected_)) return;
   actual_ = shown(actual);
   expected_ = expected_text ? expected_text : shown(expected);
@@ -269,16 +289,7 @@ size_t MismatchTrace::depth() const {
 
 std::vector<size_t> MismatchTrace::place_in(Value whole) const {
   std::vector<size_t> place;
-  for (size_t at = 0; at < path_.size() && is_given(whole) && has_parts(whole->form);) {
-    const size_t end = std::min(path_.find_first_of(".[", at + 1), path_.size());
-    const long i = path_[at] == '[' ? std::strtol(path_.c_str() + at + 1, nullptr, 10) - base_of(whole)
-                                    : field_index(whole->type, path_.substr(at, end - at).c_str());
-    place.push_back(static_cast<size_t>(i));
-    const size_t part = whole->form == Form::choice ? 0 : place.back();
-    if (part >= whole->parts.size) break;
-    whole = whole->parts.data[part];
-    at = end + (end < path_.size() && path_[end] == '.');
-  }
+  walk(path_, whole, place);
   return place;
 }
 

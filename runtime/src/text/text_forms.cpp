@@ -113,13 +113,18 @@ char* write_json(char* out, std::string_view text) {
   return out;
 }
 
+// Beyond ASCII: what reads lines may take them for ends of one.
+static bool is_line_end(char32_t c) {
+  return c == 0x2028 || c == 0x2029;
+}
+
 char* write_line(char* out, std::string_view text) {
   return write_plain(out, text, [&](char* at, size_t& i) {
     const size_t begin = i;
     const char32_t c = next_character(text, i);
     const std::string_view octets = text.substr(begin, i - begin);
-    const bool is_text =
-        c == '\t' || (c >= ' ' && (c < 0x7F || c >= 0xA0) && (c != 0xFFFD || octets.size() == 3));
+    const bool is_text = c == '\t' || (c >= ' ' && (c < 0x7F || c >= 0xA0) && !is_line_end(c) &&
+                                       (c != 0xFFFD || octets.size() == 3));
     if (is_text) return written(at, octets);
     if (c == '\n' || c == '\r') {
       *at++ = '\\';

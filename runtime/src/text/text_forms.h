@@ -30,8 +30,8 @@ inline size_t json_room(size_t octets) {
   return 6 * octets + 10;
 }
 // Text that stays in its line and steers no terminal, at a place that has line_room for it: control
-// characters, but for tabs, become "\n", "\r" or the "\xNN" of their octets, and so do octets that are no
-// UTF-8.
+// characters, but for tabs, become "\n", "\r" or the "\xNN" of their octets, and so do other ends of lines
+// and octets that are no UTF-8.
 char* write_line(char* out, std::string_view text);
 inline size_t line_room(size_t octets) {
   return 4 * octets + 8;

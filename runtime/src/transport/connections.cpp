@@ -107,8 +107,9 @@ class Server : public Channel, public Polled {
   }
   ~Server() override {
     std::lock_guard<std::mutex> hold(poller_lock());
-    streams_.clear();
     remove_polled(this);
+    streams_.clear();
+    await_poller();
     close(fd_);
   }
 

@@ -27,6 +27,7 @@ class Datagrams : public Channel, public Polled {
   ~Datagrams() override {
     std::lock_guard<std::mutex> hold(poller_lock());
     remove_polled(this);
+    await_poller();
     close(fd_);
   }
 

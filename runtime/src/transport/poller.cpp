@@ -1,6 +1,8 @@
 #include "transport/poller.h"
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <thread>
 #include <vector>
 
@@ -16,6 +18,10 @@ namespace {
 std::vector<Polled*>& all = *new std::vector<Polled*>;
 bool is_running = false;
 int wake_pipe[2] = {-1, -1};
+// The system keeps what is closed, and its address, as long as somebody polls it.
+std::condition_variable_any& polled_once = *new std::condition_variable_any;
+bool is_polling = false;
+size_t polls = 0;
 // While reading is put off, things are looked at again after that many milliseconds.
 constexpr int look_again = 20;
 
@@ -46,9 +52,13 @@ void run() {
       things.push_back(polled);
       fds.push_back({wanted ? polled->descriptor() : -1, wanted, 0});
     }
+    is_polling = true;
     hold.unlock();
     poll(fds.data(), fds.size(), is_idle ? look_again : -1);
     hold.lock();
+    is_polling = false;
+    ++polls;
+    polled_once.notify_all();
     drain();
     serve(fds, things);
   }
@@ -78,6 +88,13 @@ void add_polled(Polled* polled) {
 void remove_polled(Polled* polled) {
   all.erase(std::remove(all.begin(), all.end(), polled), all.end());
   wake_poller();
+}
+
+void await_poller() {
+  const size_t before = polls;
+  // The thread may be gone, in a copy of the process.
+  polled_once.wait_for(poller_lock(), std::chrono::seconds(1),
+                       [&] { return !is_polling || polls != before; });
 }
 
 }  // namespace lumos

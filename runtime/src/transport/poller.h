@@ -16,9 +16,12 @@ class Polled {
 
 // Guards all that the thread looks at. Held by whoever changes a polled thing.
 std::mutex& poller_lock();
-// Both with the lock held. The thread starts with the first and ends behind the last.
+// These with the lock held. The thread starts with the first and ends behind the last.
 void add_polled(Polled* polled);
 void remove_polled(Polled* polled);
+// Gives the lock up until the thread does not look at what was removed any more, so that closing its
+// descriptor frees its address.
+void await_poller();
 // Something wants other events than before.
 void wake_poller();
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <optional>
 
 #include <signal.h>
 
@@ -67,12 +68,12 @@ namespace {
 void* memory_reserve = nullptr;
 
 // Where an integer was divided by -1 at last.
-Frame division;
+std::optional<Frame> division;
 
 bool is_at_division() {
-  if (current_task->frames.empty()) return !division.file;
+  if (!division || current_task->frames.empty()) return division && !division->file;
   const Frame& here = current_task->frames.back();
-  return here.file == division.file && here.line == division.line;
+  return here.file == division->file && here.line == division->line;
 }
 
 // A quotient of integers that no integer is: C leaves it to the machine. Code of the user may divide too.

@@ -79,6 +79,10 @@ void end_attempts(Task& task) {
   task.kept_contents.clear();
 }
 
+void leave_attempts(Task& task) {
+  for (Attempt& a : task.attempts) a.is_past = false;
+}
+
 void end_attempts_of_snapshot(Task& task) {
   std::erase_if(task.attempts, [](const Attempt& a) { return !a.is_past; });
   if (task.attempts.empty()) return end_attempts(task);

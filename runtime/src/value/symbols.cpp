@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -90,8 +92,22 @@ struct FoundRow {
 };
 FoundRow found_rows[256];
 
-void forget_found_rows() {
+// How the types of a module are encoded, in the words of imports; null where none says it.
+struct EncodingRules {
+  const char *encoding, *variant;
+};
+
+// By modules; references to them stay valid while others come.
+std::map<std::string, EncodingRules, std::less<>> encoding_rules;
+
+// What was found holds until another module comes.
+void forget_what_was_found() {
   for (FoundRow& found : found_rows) found = {};
+  encoding_rules.clear();
+}
+
+bool is_asn1(const RegisteredModule& m) {
+  return m.module.language && std::strstr(m.module.language, "ASN.1");
 }
 
 }  // namespace
@@ -105,7 +121,7 @@ std::vector<Module> registered_modules() {
 bool is_asn1_type(lumo_type_t type) {
   const char* module = type ? lumo_type_definition_module(type, nullptr) : nullptr;
   const RegisteredModule* of = module ? find(module) : nullptr;
-  return of && of->module.language && std::strstr(of->module.language, "ASN.1");
+  return of && is_asn1(*of);
 }
 
 const Module* root_module() {
@@ -126,7 +142,7 @@ void lumo_module_register(const char* name, lumo_boolean_t is_root, lumo_symbol_
     m = registered().back().get();
   }
   m->module = {name, is_root, symbol_table, number_of_rows, language};
-  forget_found_rows();
+  forget_what_was_found();
   index_rows(*m);
 }
 
@@ -177,12 +193,33 @@ const char* import_attribute(const char* module, lumo_encoding_attr_struct_t* lu
     }
   return nullptr;
 }
+
+bool imports(const RegisteredModule& m, const char* module) {
+  for (unsigned long i = 0; i < m.module.row_count; ++i) {
+    const lumo_symbol_entry_struct_t& row = m.module.rows[i];
+    if (row.kind == lumo_symbol_entry_kind_imported_module && row.name && !std::strcmp(row.name, module))
+      return true;
+  }
+  return false;
+}
+
+// What imports say of a module's types; where they say nothing, what they say of the first ASN.1 module that
+// imports it, in whose messages its types stand. Kept, since each type of the module asks.
+const EncodingRules& rules_of(const char* module) {
+  if (const auto known = encoding_rules.find(module); known != encoding_rules.end()) return known->second;
+  EncodingRules& rules = encoding_rules[module];
+  rules = {import_attribute(module, &lumo_type_struct_t::encode_attributes),
+           import_attribute(module, &lumo_type_struct_t::variant_attributes)};
+  for (auto m = registered().begin(); !rules.encoding && m != registered().end(); ++m)
+    if (is_asn1(**m) && imports(**m, module)) rules = rules_of((*m)->module.name);
+  return rules;
+}
 }  // namespace
 
 const char* t3asn_lumo_import_encoding(const char* module, lumo_context_t) {
-  return import_attribute(module, &lumo_type_struct_t::encode_attributes);
+  return rules_of(module).encoding;
 }
 
 const char* t3asn_lumo_import_variant(const char* module, lumo_context_t) {
-  return import_attribute(module, &lumo_type_struct_t::variant_attributes);
+  return rules_of(module).variant;
 }

@@ -45,8 +45,8 @@ struct OpenCall {
   size_t frames = 0, blocks = 0;
 };
 
-// What an alternative looked at.
-enum class Attempted : uint8_t { value, call, reply, result, sender, match };
+// What an alternative looked at; octets that are no value for it.
+enum class Attempted : uint8_t { value, octets, call, reply, result, sender, match };
 
 // A pattern that did not take a message in the alternatives that are tried, or a value in `match`, as long as
 // both exist.
@@ -143,6 +143,8 @@ inline void end_roots(Task& task, size_t mark) {
 void end_attempts(Task& task);
 // The alternatives are looked at once more.
 void end_attempts_of_snapshot(Task& task);
+// Nobody looks at them any more: attempts end with what they name.
+void leave_attempts(Task& task);
 void end_attempts(Task& task, size_t mark);
 // The place of a temporary value among those of its task: it ends when that place does. SIZE_MAX for others.
 size_t root_place(const Task& task, lumo_value_t value);

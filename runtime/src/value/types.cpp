@@ -93,32 +93,35 @@ long field_of_short_name(lumo_type_t type, const char* name) {
 
 namespace {
 
-// The row of that name, -1 if there is none. Where there are many, a table tells where to look; it remembers
+// The row of that key, -1 if there is none. Where there are many, a table tells where to look; it remembers
 // hashes only, so that what it says is looked at in any case.
-template <class Row>
-long row_of(const Row* rows, size_t count, std::string_view name) {
+template <class Row, class Key, class KeyOf>
+long row_of(const Row* rows, size_t count, Key key, KeyOf key_of) {
   constexpr size_t many = 16;
-  const auto has_name = [&](size_t i) { return rows[i].name && name == rows[i].name; };
   if (rows && count > many) {
     static auto& tables = *new std::unordered_map<const Row*, std::unordered_map<size_t, size_t>>;
-    const std::hash<std::string_view> hash_of;
+    const std::hash<Key> hash_of;
     auto& table = tables[rows];
     if (table.empty())
-      for (size_t i = 0; i < count; ++i)
-        if (rows[i].name) table.try_emplace(hash_of(rows[i].name), i);
-    const auto found = table.find(hash_of(name));
-    if (found != table.end() && found->second < count && has_name(found->second))
+      for (size_t i = 0; i < count; ++i) table.try_emplace(hash_of(key_of(rows[i])), i);
+    const auto found = table.find(hash_of(key));
+    if (found != table.end() && found->second < count && key_of(rows[found->second]) == key)
       return static_cast<long>(found->second);
   }
   for (size_t i = 0; rows && i < count; ++i)
-    if (has_name(i)) return static_cast<long>(i);
+    if (key_of(rows[i]) == key) return static_cast<long>(i);
   return -1;
+}
+
+template <class Row>
+long row_named(const Row* rows, size_t count, std::string_view name) {
+  return row_of(rows, count, name, [](const Row& row) { return std::string_view(row.name ? row.name : ""); });
 }
 
 }  // namespace
 
 long field_index(lumo_type_t type, const char* name) {
-  const long exact = row_of(field_info(type), field_count(type), name);
+  const long exact = row_named(field_info(type), field_count(type), name);
   return exact >= 0 ? exact : field_of_short_name(type, name);
 }
 
@@ -138,18 +141,17 @@ std::span<const lumo_enum_or_array_info_t> literals(lumo_type_t type) {
 
 long enum_number(lumo_type_t type, const char* name, size_t length) {
   const auto rows = literals(type);
-  const long place = row_of(rows.data(), rows.size(), {name, length});
+  const long place = row_named(rows.data(), rows.size(), {name, length});
   return place < 0 ? -1 : rows[static_cast<size_t>(place)].number;
 }
 
 const char* enum_name(lumo_type_t type, long number) {
   const auto rows = literals(type);
   // Mostly the number is the place.
-  const auto place = static_cast<size_t>(number);
-  if (place < rows.size() && rows[place].number == number) return rows[place].name;
-  for (const lumo_enum_or_array_info_t& row : rows)
-    if (row.number == number) return row.name;
-  return nullptr;
+  auto place = static_cast<size_t>(number);
+  if (place >= rows.size() || rows[place].number != number)
+    place = static_cast<size_t>(row_of(rows.data(), rows.size(), number, [](const auto& row) { return row.number; }));
+  return place < rows.size() ? rows[place].name : nullptr;
 }
 
 lumo_type_t element_type(lumo_type_t type) {

@@ -8,6 +8,7 @@
 #include "analysis/constants/T3ConstantValues.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
+#include "driver/modules/T3UTF8String.h"
 #include "support/ModuleCaches.h"
 #include "support/StringM.h"
 
@@ -398,6 +399,17 @@ std::optional<T3KnownText> KnownText(T3Tree_Node* expression) {
 std::optional<std::string> KnownCharacters(T3Tree_Node* expression) {
   auto text = KnownText(expression);
   return text && text->kind == kCharacters ? std::optional(std::move(text->text)) : std::nullopt;
+}
+
+std::u32string CodesOf(const std::string& text) {
+  std::u32string codes;
+  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+  for (int length = static_cast<int>(text.size()); length > 0;) {
+    unsigned char group = 0, plane = 0, row = 0, cell = 0;
+    at = UTF_8ToUCS_4(at, length, group, plane, row, cell);
+    codes += static_cast<char32_t>(uint32_t{group} << 24 | uint32_t{plane} << 16 | uint32_t{row} << 8 | cell);
+  }
+  return codes;
 }
 
 int64_t LengthOfText(const T3KnownText& text) {

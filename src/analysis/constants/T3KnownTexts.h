@@ -22,5 +22,7 @@ struct T3KnownText {
 std::optional<T3KnownText> KnownText(T3Tree_Node* expression);
 /// The same for a character string only, without its kind.
 std::optional<std::string> KnownCharacters(T3Tree_Node* expression);
+/// The characters of a checked UTF-8 text as numbers: group, plane, row and cell, in this order.
+std::u32string CodesOf(const std::string& text);
 /// The number of characters, digits or octets.
 int64_t LengthOfText(const T3KnownText& text);

@@ -10,6 +10,7 @@
 
 #include "analysis/constants/T3ConstantValues.h"
 #include "analysis/constants/T3KnownTexts.h"
+#include "analysis/constants/T3Patterns.h"
 #include "analysis/types/T3Constants.h"
 #include "analysis/types/T3KnownNumbers.h"
 #include "analysis/walk/T3Eval.h"
@@ -20,7 +21,6 @@
 #include "analysis/types/T3Types.h"
 #include "driver/options/T3CommandLine.h"
 #include "driver/diagnostics/T3Error.h"
-#include "driver/modules/T3UTF8String.h"
 #include "support/ModuleCaches.h"
 #include "support/NumberMap.h"
 
@@ -77,18 +77,6 @@ struct CharacterRange {
   uint64_t high;
 };
 using CharacterRanges = std::vector<CharacterRange>;
-
-// The characters of a checked UTF-8 text as numbers; group, plane, row and cell are compared in this order.
-std::vector<uint64_t> CodesOf(const std::string& text) {
-  std::vector<uint64_t> codes;
-  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
-  for (int length = static_cast<int>(text.size()); length > 0;) {
-    unsigned char group = 0, plane = 0, row = 0, cell = 0;
-    at = UTF_8ToUCS_4(at, length, group, plane, row, cell);
-    codes.push_back(uint64_t{group} << 24 | uint64_t{plane} << 16 | uint64_t{row} << 8 | cell);
-  }
-  return codes;
-}
 
 std::optional<uint64_t> CodeOf(T3Tree_Node* expression) {
   const auto text = KnownCharacters(expression);
@@ -356,6 +344,8 @@ void CheckLengthRangeConstraint(T3LengthRange* range, T3Tree_Node* expression) {
 bool ConstraintAccepts(T3Tree_Node* constraint, T3Tree_Node* expression) {
   if (auto* list = constraint->try_as<T3ValueList>())
     return CheckValueListConstraint(list->values, expression) == nullptr;
+  if (auto* pattern = constraint->try_as<T3CharStringMatch>())
+    return PatternAllows(pattern, expression).value_or(true);
   auto* range = constraint->try_as<T3LengthRange>();
   const auto check = range != nullptr ? CheckLength(range, expression) : std::nullopt;
   return !check || check->Holds();
@@ -388,6 +378,9 @@ void CheckConstraint(T3Tree_Node* constraint, T3Tree_Node* expression) {
     if (message != nullptr && !HasFault(expression)) vexa_filtered_error(*message, PositionOf(expression));
   }
   if (auto* range = constraint->try_as<T3LengthRange>()) CheckLengthRangeConstraint(range, expression);
+  auto* pattern = constraint->try_as<T3CharStringMatch>();
+  if (pattern != nullptr && !HasFault(expression) && !PatternAllows(pattern, expression).value_or(true))
+    vexa_filtered_error(ERR_subtype, PositionOf(expression));
 }
 
 // The numbers and lengths that all constraints allow from a type on up to the first one, `above`, that is neither a range

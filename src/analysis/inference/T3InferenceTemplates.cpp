@@ -48,7 +48,8 @@ T3Inference InferTyped(T3TemplateDef* definition, T3Tree_Node* own, T3Candidates
     SetTypes(definition, gT3ErrorType);
     return T3Inference::Reported;
   }
-  if (candidates.size() == 0) {
+  // A declaration has no context; of a port that takes nothing the empty set is what it takes.
+  if (candidates.size() == 0 && use != T3TemplateUse::Port) {
     SetTypes(definition, local);
     return T3Inference::Good;
   }

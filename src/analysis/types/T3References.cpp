@@ -109,10 +109,16 @@ void ResolveSubscription(T3Subscription* subscription) {
   auto* outer = subscription->base->is<_T3Reference>() ? subscription->base->as<_T3Reference>() : nullptr;
   if (outer == nullptr) return Fail(subscription);
   T3Tree_Node* base = GetAddressBaseType(outer->attr().base_type_def);
+  if (base->is<T3NoType>()) vexa_filtered_error(ERR_type_na, subscription->position);
   SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
 }
 
+// A type that is given by a part of what has the type comes by again: until all is known it finds nothing.
 void ResolveOne(_T3Reference* reference) {
+  auto& attributes = reference->attr();
+  attributes.def = _sgT3NoDecl(true);
+  attributes.local_type_def = gT3NoType;
+  attributes.base_type_def = gT3NoType;
   if (auto* identifier = reference->try_as<T3Identifier>()) return ResolveIdentifier(identifier);
   if (auto* qualifier = reference->try_as<T3Qualifier>()) return ResolveQualifier(qualifier);
   if (auto* subscription = reference->try_as<T3Subscription>()) return ResolveSubscription(subscription);

@@ -372,8 +372,12 @@ void FromHome::External(const AsnType& type, const HomeRef& home, int depth) {
   text_.w(std::string(LUMO_VALUE_T) + " encoding_value = " + LUMO_VALUE_FIELD_BY_INDEX_LHS + "(" + v +
           ", 0, context);\n");
   text_.w("if (is_single_EXTERNAL(" + r + "))\n");
-  text_.w("  return " + std::string(LUMO_ILLEGAL_VALUE_C) + ";\n");
-  text_.w("if (is_octet_EXTERNAL(" + r + "))\n");
+  text_.open();
+  text_.w("if (asnt3_single (&(" + r + ".data), " + LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_NAME +
+          "(encoding_value, \"single_ASN1_type\", context), context) != " + LUMO_CODECS_RESULT_SUCCEEDED_C +
+          ")\n  return " + LUMO_ILLEGAL_VALUE_C + ";\n");
+  text_.close();
+  text_.w("else if (is_octet_EXTERNAL(" + r + "))\n");
   text_.w("  asn2t3_OctetString (" + r + ".data, " + std::string(LUMO_VALUE_SET_UNION_ALTERNATIVE_BY_NAME) +
           "(encoding_value, \"octet_aligned\", context));\n");
   text_.w("else\n");

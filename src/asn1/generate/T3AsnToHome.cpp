@@ -289,6 +289,12 @@ class ToHome {
     text_.w("t32asn_BitString (" + r + ".data, " + std::string(LUMO_VALUE_UNION_VALUE) +
             "(encoding_value, context));\n");
     text_.close();
+    text_.w("else");
+    text_.open();
+    text_.w(r + ".choice = 0;\n");
+    text_.w("t3asn_single (&(" + r + ".data), " + std::string(LUMO_VALUE_UNION_VALUE) +
+            "(encoding_value, context), context);\n");
+    text_.close();
     text_.close();
   }
 

@@ -183,7 +183,9 @@ T3Tree_Node* translate_module(ModRec& from, tIdent file, bool& good) {
   return module;
 }
 
-void NameGeneratedTypes() {
+bool NameGeneratedTypes() {
+  const long errors = mesk::Errors();
+  std::map<std::string, const char*> modules;
   for (const auto& [name, node] : gT3ModuleMap) {
     if (T3ReprToLanguage(node) != language_asn1) continue;
     const std::string before = convertHyphens(GetPrefix(node)) + gIdents.GetCStr(name);
@@ -192,7 +194,14 @@ void NameGeneratedTypes() {
       if (decl == nullptr) continue;
       std::string reference(StringM::StGetString(decl->cold().mesk_ref_name));
       if (reference.rfind(kPrefixMark, 0) != 0) continue;
-      decl->cold().mesk_ref_name = gStringM.PutString(before + reference.substr(1));
+      reference.replace(0, 1, before);
+      decl->cold().mesk_ref_name = gStringM.PutString(reference);
+      // Nothing stands between the names of module and type: "BC" of "A" and "C" of "AB" are one.
+      if (const auto [other, fresh] = modules.emplace(reference, gIdents.GetCStr(name)); !fresh)
+        vexa_error("ASN.1 translation: types of \"" + std::string(other->second) + "\" and \"" + gIdents.GetCStr(name) +
+                       "\" are both called \"" + reference + "\" in C; give one another name",
+                   decl->position);
     }
   }
+  return mesk::Errors() == errors;
 }

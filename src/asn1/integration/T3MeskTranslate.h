@@ -14,5 +14,5 @@ T3Tree_Node* vexa_find_T3Module(tIdent name);
 T3Tree_Node* translate_module(asn1::ModRec& module, tIdent file, bool& good);
 
 /// Gives the types of all ASN.1 modules the names that they have in generated C. Once, before the first
-/// module is generated: modules refer to each other's types.
-void NameGeneratedTypes();
+/// module is generated: modules refer to each other's types. False after a report, where two have one name.
+bool NameGeneratedTypes();

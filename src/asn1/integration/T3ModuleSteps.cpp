@@ -32,9 +32,8 @@ bool T3Module_analyze(T3Tree_Node* module) {
 }
 
 bool T3Module_generate(T3Tree_Node* module) {
-  static bool named = false;
-  if (!named) NameGeneratedTypes();
-  named = true;
+  static const bool named = NameGeneratedTypes();
+  if (!named) return false;
   if (T3Is<T3ASN_1>(RepresentationOf(module)))
     return mesk_T3Module_generate(module) && module_steps.generate(module);
   if (T3Is<T3TTCN_3>(RepresentationOf(module))) return module_steps.generate(module);

@@ -122,7 +122,12 @@ bool GenerationSteps(T3Tree_Node* module) {
   // What is told only now has no form in C either.
   if (gErrors.ErrorCount() != errors_before) gT3Context.invalidateFile();
   const bool is_complete = gT3Context.file().valid();
-  keeping.kept = !gT3Context.end() && keeping.asked;
+  try {
+    keeping.kept = !gT3Context.end() && keeping.asked;
+  } catch (const CNameTaken& taken) {
+    vexa_error(taken.message(), module->as<T3Module>()->position);
+    return false;
+  }
   return is_complete;
 }
 }  // namespace

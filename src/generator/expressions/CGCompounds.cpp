@@ -5,7 +5,6 @@
 #include "analysis/types/T3AnyTypes.h"
 #include "analysis/types/T3Parts.h"
 #include "analysis/types/T3Types.h"
-#include "driver/options/T3CommandLine.h"
 #include "generator/expressions/CGExpressionParts.h"
 #include "generator/expressions/CGReads.h"
 #include "generator/text/CGModuleText.h"
@@ -45,32 +44,33 @@ std::string IndexText(T3FieldValue* item, int64_t first, size_t position, CFunct
   return std::to_string(first + static_cast<int64_t>(position));
 }
 
-// A value of an ASN.1 module leaves out what it does not have.
+// A value of an ASN.1 module leaves out what it does not have, or has it as omitted.
 void SetMissingFields(T3CompoundValue* node, T3Tree_Node* type, std::string_view target,
                       CFunction& function) {
   std::set<int64_t> named;
-  for (const T3Part& part : PartsOf(node, type)) named.insert(part.place.value_or(-1));
+  for (const T3Part& part : PartsOf(node, type))
+    if (!part.item->value->is<T3Omit>()) named.insert(part.place.value_or(-1));
   function.addComment("explicitly omitting unmentioned fields for ASN.1 value");
   int64_t index = 0;
   gT3AST.ForallT3Tree(type->as<_T3StructuredType>()->body, [&](T3Tree_Node* field) {
     const int64_t at = index++;
     if (named.count(at) > 0) return;
-    const bool is_omitted = field->as<T3FieldType>()->optional && !gT3CommandLine.strict;
-    function.call(
-        LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL,
-        {target, std::to_string(at), is_omitted ? LUMO_OMIT_VALUE_C : LUMO_NOT_USED_VALUE_C, VEXA_CONTEXT});
+    const char* value = field->as<T3FieldType>()->optional ? LUMO_OMIT_VALUE_C : LUMO_NOT_USED_VALUE_C;
+    function.call(LUMO_VALUE_ASSIGN_VECTOR_ELEMENT_PARTIAL, {target, std::to_string(at), value, VEXA_CONTEXT});
   });
 }
 
 void FillMembers(T3CompoundValue* node, T3Tree_Node* type, std::string_view target, Mode mode,
                  CFunction& function) {
-  if (IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule())) SetMissingFields(node, type, target, function);
+  const bool is_asn1 = IsRecordOrSetType(type) && IsT3ASN_1(CGCurrentModule());
+  if (is_asn1) SetMissingFields(node, type, target, function);
   // Without a call nothing would tell that the value was given at all.
   if (node->value->is<T3NoFieldValue>() && IsRecordOrSetType(type) &&
       type->as<_T3StructuredType>()->body->is<T3FieldType>())
     function.call(LUMO_VALUE_SET_VECTOR_EMPTY, {target, VEXA_CONTEXT});
   bool first = true;
   for (const T3Part& part : PartsOf(node, type)) {
+    if (is_asn1 && part.item->value->is<T3Omit>()) continue;
     const char* word = first ? LUMO_VALUE_INIT_VECTOR_ELEMENT : LUMO_VALUE_ASSIGN_VECTOR_ELEMENT;
     first = false;
     if (part.item->value->is<T3NotUsedSymbol>()) continue;

@@ -68,7 +68,7 @@ void NormalPass(T3Tree_Node* decl) {
   }
 }
 
-// What no code is generated for is told at its place, and no file is written; the other declarations are
+// What no code is generated for, and what has no name of its own in C, is told at its place, and no file is written; the other declarations are
 // still looked at.
 template <class Generation>
 void OrReport(T3Tree_Node* decl, const Generation& generation) {
@@ -77,6 +77,9 @@ void OrReport(T3Tree_Node* decl, const Generation& generation) {
   } catch (const cg::not_supported& fault) {
     gT3Context.invalidateFile();
     vexa_error(fault.reason, fault.position == NoPosition ? PositionOf(decl) : fault.position);
+  } catch (const CNameTaken& taken) {
+    gT3Context.invalidateFile();
+    vexa_error(taken.message(), PositionOf(decl));
   }
 }
 

@@ -19,6 +19,8 @@ static void act_as(const char *word) {
   if (!strcmp(word, "exec")) execlp("true", "true", (char *)0);
   for (int i = 3; i < 1024 && !strcmp(word, "close"); ++i) close(i);
   if (!strcmp(word, "mute")) close(1);
+  if (!strcmp(word, "forg")) signal(SIGCHLD, SIG_IGN);
+  for (int i = 3; i < 1024 && !strcmp(word, "repl"); ++i) dup2(0, i);
   if (!strcmp(word, "copy")) fork();
   while (!strcmp(word, "block")) pause();
   while (!strcmp(word, "spin")) ++turns;

@@ -81,6 +81,9 @@ BOOLE t3asn_has_size(uint32 n, sint64 size, lumo_context_t context);
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context);
 void t3asn_frame_octets(ASNUTIG* asnutigPtr, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context);
+/* The same for the value of an EXTERNAL that is encoded as a single ASN.1 type. */
+lumo_codecs_result_t asnt3_single(const DYNSTR* data, lumo_value_t value, lumo_context_t context);
+void t3asn_single(DYNSTR* data, lumo_value_t value, lumo_context_t context);
 #define t3asn_frame(utig, home, value, context) t3asn_frame_octets(utig, &(home), value, context)
 
 /* Conversions have the argument asnutigPtr, and some of their text speaks of asnutig. */

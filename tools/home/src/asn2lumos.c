@@ -193,14 +193,33 @@ BOOLE t3asn_has_size(uint32 n, sint64 size, lumo_context_t context) {
 
 /* ---------------------------------------------------------------- open types */
 
+static lumo_codecs_result_t decode_open(const BYTE_TYPE* octets, uint32 n, lumo_value_t value, lumo_context_t context) {
+  if (octets != NULL && t3asn_lumo_decode_octets(value, octets, n, context)) return lumo_codecs_result_succeeded_c;
+  tell("ASN.1 decoder", "an open type was not decoded", context);
+  return lumo_codecs_result_failed_c;
+}
+
 lumo_codecs_result_t asnt3_frame(FRAME_PTR frame, lumo_type_t type, lumo_value_t value,
                                  lumo_alloc_strategy_t strategy, lumo_context_t context) {
   (void)type;
   (void)strategy;
-  if (frame != NULL && t3asn_lumo_decode_octets(value, frame->octets, frame->n, context))
-    return lumo_codecs_result_succeeded_c;
-  tell("ASN.1 decoder", "an open type was not decoded", context);
-  return lumo_codecs_result_failed_c;
+  return decode_open(frame != NULL ? frame->octets : NULL, frame != NULL ? frame->n : 0, value, context);
+}
+
+lumo_codecs_result_t asnt3_single(const DYNSTR* data, lumo_value_t value, lumo_context_t context) {
+  return decode_open(data->s, data->n, value, context);
+}
+
+void t3asn_single(DYNSTR* data, lumo_value_t value, lumo_context_t context) {
+  unsigned long n = 0;
+  unsigned char* octets = t3asn_lumo_encode_octets(value, &n, context);
+  data->n = (uint32)n;
+  data->s = allocAsn(NULL, MB_STG, n + 1);
+  if (octets != NULL)
+    memcpy(data->s, octets, n);
+  else
+    not_converted = "an open type was not encoded";
+  free(octets);
 }
 
 void t3asn_frame_octets(ASNUTIG* asnutigPtr, FRAME_PTR* frame, lumo_value_t value, lumo_context_t context) {
