@@ -131,8 +131,10 @@ void ResolveOne(_T3Reference* reference) {
     reference->attr().base_type_def = base.base_type_def;
     return;
   }
-  if (reference->is<T3ObjIdQualifier>())
-    return SetMeaning(reference, _sgT3NoDecl(true), gT3ObjectIdentifierType);
+  if (auto* longer = reference->try_as<T3ObjIdQualifier>()) {
+    T3Tree_Node* base = longer->base->is<_T3Reference>() ? longer->base->as<_T3Reference>()->attr().def : nullptr;
+    return SetMeaning(reference, base != nullptr ? base : _sgT3NoDecl(true), gT3ObjectIdentifierType);
+  }
   SetMeaning(reference, _sgT3NoDecl(true), gT3NoType);
 }
 }  // namespace
