@@ -311,12 +311,15 @@ T3Makefile::Words T3Makefile::change_ext(const Words& sources, const std::string
   return objects;
 }
 
+std::string T3Makefile::target_name() const {
+  const std::string name = _config.item("ETS_NAME");
+  if (!name.empty()) return name;
+  return get_target_kind() == TargetKind::Library ? _root_file + _archive_ext : _linker.exe_ext(_root_file);
+}
+
 std::string T3Makefile::settle_target_name() {
-  std::string name = _config.item("ETS_NAME");
-  if (name.empty()) {
-    check_root_module();
-    name = get_target_kind() == TargetKind::Library ? _root_file + _archive_ext : _linker.exe_ext(_root_file);
-  }
+  if (_config.item("ETS_NAME").empty()) check_root_module();
+  std::string name = target_name();
   for (const char* own : {"all", "clean_rts", "clean"}) {
     if (name == own) throw "the target of the makefile cannot be named \"" + name + "\"";
   }

@@ -98,6 +98,7 @@ class T3Makefile {
   Words change_ext(const Words& sources, const std::string& ext) const;
 
   // The targets
+  std::string target_name() const;
   std::string settle_target_name();
   void add_clean_commands();
   void add_clean_command(unsigned int target, unsigned int value);

@@ -81,7 +81,7 @@ std::vector<std::string> T3Makefile::outputs(bool with_makefile) {
   std::vector<std::string> names = {makefile_name()};
   if (main_function_file_generation_enabled()) names.emplace_back(kMainFile);
   load_tools();
-  names.push_back(settle_target_name());
+  names.push_back(target_name());
   return names;
 }
 

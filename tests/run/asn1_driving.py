@@ -90,9 +90,10 @@ class DrivingTest(unittest.TestCase):
         self.assertEqual((held.communicate()[1], held.returncode), ("", 0))
 
     def test_build_avoidance(self):
-        arguments = ("-v", "3", "-B", "-F", "-A", "main.asn", "lib.asn")
+        (self.folder / "main.asn").rename(self.folder / "main.asn1")
+        arguments = ("-v", "3", "-B", "-F", "-A", "main.asn1", "lib.asn")
         old = time.time() - 10
-        for name in ("main.asn", "lib.asn"):
+        for name in ("main.asn1", "lib.asn"):
             os.utime(self.folder / name, (old, old))
         status, out, err = self.orvane(*arguments)
         self.assertEqual((status, err), (0, ""), out)

@@ -20,9 +20,8 @@ unsigned long EntryTypesDigest();
 void writeMESKOptionFile(const std::string& path);
 /// Removes the option files of the run.
 void mesk_RemoveOptionFiles();
-/// The syntax file of an ASN.1 source in a directory.
-std::string stxFileName(const std::string& directory, const std::string& source);
-/// The same and those of the modules behind the source's first one, once the tools have run.
+/// The syntax files of an ASN.1 source in a directory: that of its first module, and of the others once the
+/// tools have run.
 std::vector<std::string> SyntaxFilesOf(const std::string& directory, const std::string& source);
 
 // What the units of the path share.

@@ -23,8 +23,6 @@
 #include "support/rSystem.h"
 
 namespace {
-constexpr std::string_view kSourceEnding = ".asn";
-
 // The option that names the file of prefixes; empty until the tools have run.
 std::string prefix_option_reference;
 std::string generation_option_reference;
@@ -203,16 +201,6 @@ bool ReadModule(const std::string& source, const std::string& prefix) {
 }
 }  // namespace
 
-std::string stxFileName(const std::string& directory, const std::string& source) {
-  std::string name = rBaseName(source);
-  const size_t ending = name.rfind(kSourceEnding);
-  if (ending != std::string::npos)
-    name.replace(ending, kSourceEnding.size(), ".stx");
-  else
-    name += ".stx";
-  return directory + DirectorySeparator() + name;
-}
-
 std::string& mesk::GenerationOptionReference() {
   return generation_option_reference;
 }
@@ -231,9 +219,12 @@ void mesk_RemoveOptionFiles() {
 }
 
 std::vector<std::string> SyntaxFilesOf(const std::string& directory, const std::string& source) {
-  std::vector<std::string> files{stxFileName(directory, source)};
-  for (const std::string& prefix : further_modules[source])
+  std::vector<std::string> files;
+  const auto add = [&](const std::string& prefix) {
     files.push_back(directory + DirectorySeparator() + prefix + ".stx");
+  };
+  add(mesk::vexa_asn_1_filename_prefix(source));
+  for (const std::string& prefix : further_modules[source]) add(prefix);
   return files;
 }
 
