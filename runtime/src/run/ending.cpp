@@ -42,6 +42,7 @@ volatile sig_atomic_t undisturbed = 0;
 volatile sig_atomic_t has_test_case = 0;
 volatile sig_atomic_t left = 0;     // user code was left once
 volatile sig_atomic_t retries = 0;  // since a moment was asked for
+volatile sig_atomic_t late = 0;     // the real time is over
 volatile sig_atomic_t stops = 0;    // signals that asked for the end
 volatile sig_atomic_t first_stop = 0;
 Time deadline = never, deadline_of_control = never;
@@ -138,8 +139,15 @@ void on_alarm(int signal) {
   }
   if (!is_watched) return;
   const char* why = reason;
-  if (!why && real_time() >= real_deadline) why = time_is_over();
-  if (!why) return;
+  if (!why && real_deadline == never) return;
+  if (!why) {
+    const Time rest = real_deadline - real_time();
+    if (rest > 0 || !late) {
+      late = rest <= 0;
+      return set_alarm(late ? grace : rest);
+    }
+    why = time_is_over();
+  }
   if (left && reason) give_up(why);
   leave(why);
   retries = retries + 1;
@@ -200,7 +208,8 @@ void arm() {
   if (reason) return;
   retries = 0;
   left = 0;
-  set_alarm(real_deadline == never ? never : std::max<Time>(real_deadline - real_time(), 0) + grace);
+  late = 0;
+  set_alarm(real_deadline == never ? never : std::max<Time>(real_deadline - real_time(), 0));
 }
 
 }  // namespace
@@ -266,6 +275,10 @@ const char* ending_reason() {
 
 int ending_signal() {
   return first_stop ? static_cast<int>(first_stop) : SIGTERM;
+}
+
+bool real_time_is_over() {
+  return late;
 }
 
 void check_run_goes_on() {

@@ -58,6 +58,10 @@ void watch_test_case(bool is_there);
 // the clock is simulated and stands still meanwhile.
 void watch_deadline(Time time);
 
+// Whether it had to be over by the real clock, beside one that is simulated: code that goes on, but not in time,
+// is ended where it gives others their turn.
+bool real_time_is_over();
+
 // While it stands, what runs is not to be left in the middle.
 struct Undisturbed {
   Undisturbed();

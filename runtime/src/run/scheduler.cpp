@@ -147,6 +147,7 @@ void end_waiting(const char* reason) {
 // Asking a real clock costs as much as a short turn: while others are ready, only some turns do.
 void check_time() {
   if (const char* reason = ending_reason()) return end_test_case(lumo_verdict_error_c, reason);
+  if (real_time_is_over()) return end_waiting("the time given to the test case is over");
   constexpr unsigned turns_between = 8;
   static unsigned turns = 0;
   if (!is_simulated() && !ready.empty() && ++turns % turns_between != 0) return;
