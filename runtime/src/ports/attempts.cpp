@@ -107,7 +107,6 @@ std::vector<std::string> explain_attempts() {
   // Matching may end in a fault, and what is matched may look at the attempts.
   std::vector<Attempt> attempts;
   attempts.swap(current_task->attempts);
-  if (decides_here(current_task->last_match)) attempts.push_back(current_task->last_match);
   // What was tried before is told of what is still there, and where nothing is.
   const auto is_present = [](const Attempt& a) { return !a.is_past; };
   const bool is_over = std::none_of(attempts.begin(), attempts.end(), is_present);
@@ -117,11 +116,13 @@ std::vector<std::string> explain_attempts() {
            });
   };
   std::vector<Explanation> all;
-  for (const Attempt& a : attempts) {
-    if (!is_told(a)) continue;
+  const auto add = [&](const Attempt& a) {
     Explanation e = explain(a);
     if (!e.text.empty()) all.push_back(std::move(e));
-  }
+  };
+  for (const Attempt& a : attempts)
+    if (is_told(a)) add(a);
+  if (decides_here(current_task->last_match)) add(current_task->last_match);
   std::stable_sort(all.begin(), all.end(), is_nearer);
   std::vector<std::string> texts;
   for (Explanation& e : all)
