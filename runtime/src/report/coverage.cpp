@@ -6,9 +6,9 @@
 #include <cinttypes>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -161,8 +161,9 @@ std::string absolute(const std::string& path) {
 }
 
 std::string text_of(const std::string& path) {
-  std::ifstream in(path);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return std::move(text).str();
 }
 
 // What the code of a function counted: how often it was called, and of the blocks in it that have braces, in
