@@ -113,6 +113,17 @@ void ResolveSubscription(T3Subscription* subscription) {
   SetMeaning(subscription, outer->attr().def, IsStringType(base) ? base : ElementType(base));
 }
 
+// An object identifier goes on from a value.
+void ResolveLonger(T3ObjIdQualifier* qualifier) {
+  auto* outer = qualifier->base->is<_T3Reference>() ? qualifier->base->as<_T3Reference>() : nullptr;
+  T3Tree_Node* def = outer == nullptr ? _sgT3NoDecl(true) : outer->attr().def;
+  if (T3Is<T3TypeDecl>(BehindImport(def)) || def->is<T3Module>()) {
+    vexa_filtered_error(ERR_type_na, qualifier->position);
+    return Fail(qualifier);
+  }
+  SetMeaning(qualifier, def, gT3ObjectIdentifierType);
+}
+
 // A type that is given by a part of what has the type comes by again: until all is known it finds nothing.
 void ResolveOne(_T3Reference* reference) {
   auto& attributes = reference->attr();
@@ -131,10 +142,7 @@ void ResolveOne(_T3Reference* reference) {
     reference->attr().base_type_def = base.base_type_def;
     return;
   }
-  if (auto* longer = reference->try_as<T3ObjIdQualifier>()) {
-    T3Tree_Node* base = longer->base->is<_T3Reference>() ? longer->base->as<_T3Reference>()->attr().def : nullptr;
-    return SetMeaning(reference, base != nullptr ? base : _sgT3NoDecl(true), gT3ObjectIdentifierType);
-  }
+  if (auto* longer = reference->try_as<T3ObjIdQualifier>()) return ResolveLonger(longer);
   SetMeaning(reference, _sgT3NoDecl(true), gT3NoType);
 }
 }  // namespace
