@@ -108,21 +108,42 @@ bool is_same(Value a, Value b) {
   return is_unset(a) || is_unset(b) ? is_unset(a) == is_unset(b) : equal_values(a, b);
 }
 
+// The elements of a list, found by their values.
+class Elements {
+ public:
+  explicit Elements(Value list) : list_(list) {
+    for (size_t i = 0; i < list->parts.size; ++i) all_.push_back({key(list->parts.data[i]), i});
+    std::sort(all_.begin(), all_.end());
+    taken_.resize(all_.size());
+  }
+  // Whether there is one like it; one that is taken is not found again.
+  bool find(Value element, bool takes) {
+    const uint64_t wanted = key(element);
+    const auto at = std::lower_bound(all_.begin(), all_.end(), std::pair<uint64_t, size_t>(wanted, 0));
+    if (at == all_.end() || at->first != wanted) return false;
+    const size_t first = static_cast<size_t>(at - all_.begin());
+    // Those in front are taken first.
+    for (size_t i = first + taken_[first]; i < all_.size() && all_[i].first == wanted; ++i) {
+      if (!is_same(list_->parts.data[all_[i].second], element)) continue;
+      if (takes) std::swap(all_[i], all_[first + taken_[first]++]);
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  static uint64_t key(Value v) { return is_unset(v) ? 0 : hash_value(v); }
+  Value list_;
+  std::vector<std::pair<uint64_t, size_t>> all_;  // by hash
+  std::vector<size_t> taken_;                     // of those of a hash, at the first of them
+};
+
 // The first element of a list that is not in another one, or where each has a partner of its own there the
 // first without one; SIZE_MAX if there is none.
 size_t first_missing(Value list, Value others, bool has_own_partner) {
-  std::vector<char> is_taken(others->parts.size);
-  const auto take = [&](size_t i, size_t from, size_t to) {
-    for (size_t k = from; k < to; ++k)
-      if (!is_taken[k] && is_same(list->parts.data[i], others->parts.data[k]))
-        return is_taken[k] = has_own_partner, true;
-    return false;
-  };
-  // The one in the same place is the likely partner.
-  for (size_t i = 0; i < list->parts.size; ++i) {
-    const size_t same = std::min(i, others->parts.size);
-    if (!take(i, same, others->parts.size) && !take(i, 0, same)) return i;
-  }
+  Elements elements(others);
+  for (size_t i = 0; i < list->parts.size; ++i)
+    if (!elements.find(list->parts.data[i], has_own_partner)) return i;
   return SIZE_MAX;
 }
 

@@ -271,6 +271,10 @@ inline bool equal_plain(Value a, Value b) {
 
 }  // namespace
 
+uint64_t hash_value(Value v) {
+  return hash_of(v);
+}
+
 bool equal_values(Value a, Value b) {
   if (a && b && are_plain(a, b)) return equal_plain(a, b);
   if (a == b && a && is_complete(a) && !is_blank(a)) return true;

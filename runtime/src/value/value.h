@@ -233,6 +233,8 @@ inline bool is_blank(Value v) {
 // Whether the part is the whole itself, or lies below it.
 bool is_within(Value part, Value whole);
 bool equal_values(Value a, Value b);
+// The same for values that are equal.
+uint64_t hash_value(Value v);
 std::string render(Value v);
 void render_to(std::string& out, Value v);  // behind what is there
 // As render, but the text of a charstring stands for itself.
