@@ -87,8 +87,9 @@ struct Call {
     if (goes_out(i)) return take_reference(i);
     check_has_value(formals[i], argv[i]);
     // What is sent is known by its type.
-    const bool fits = belongs(argv[i], formals[i].type) && (argv[i]->dynamic || argv[i]->form == Form::instance ||
-                                                            are_related(argv[i]->type, formals[i].type));
+    const bool is_own_type = argv[i]->type == formals[i].type || argv[i]->dynamic ||
+                             argv[i]->form == Form::instance || are_related(argv[i]->type, formals[i].type);
+    const bool fits = is_own_type && belongs(argv[i], formals[i].type);
     if (fits && !reads_changeable(argv[i])) return;
     save(argv[i]);
     Value copy =
