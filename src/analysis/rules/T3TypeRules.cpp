@@ -28,7 +28,8 @@ void CheckTypeReference(T3Tree_Node* node) {
     T3Tree_Node* def = BehindImport(Def(reference));
     // A name that failed, and what an import or a type declaration leads to, have had their own message.
     const bool named = !reference->is<T3MTC>() && !reference->is<T3System>() && !reference->is<T3Self>();
-    if (named && (T3Is<T3ErrorType>(def) || T3Is<T3NoDecl>(def) || T3Is<T3TypeDecl>(def))) return;
+    const bool led = T3Is<T3TypeDecl>(def) && !IsPartOfSomething(reference);
+    if (named && (led || T3Is<T3ErrorType>(def) || T3Is<T3NoDecl>(def))) return;
     if (auto* identifier = reference->try_as<T3Identifier>())
       return vexa_filtered_error(ERR_type_not_a_type_with_name, identifier->position, identifier->id);
   }

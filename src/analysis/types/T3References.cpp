@@ -184,6 +184,10 @@ bool IsName(T3Tree_Node* expression) {
   return qualifier != nullptr && qualifier->base->is<T3Identifier>() && T3Is<T3Module>(Def(qualifier->base));
 }
 
+bool IsPartOfSomething(T3Tree_Node* expression) {
+  return expression->is<T3Subscription>() || (expression->is<T3Qualifier>() && !IsName(expression));
+}
+
 bool NamesNoValue(T3Tree_Node* expression) {
   while (!IsName(expression) && (expression->is<T3Subscription>() || expression->is<T3Qualifier>()))
     expression = expression->as<_T3Qualification>()->base;

@@ -14,6 +14,8 @@ void ResolveReference(T3Tree_Node* reference);
 T3Tree_Node* DefQuietly(T3Tree_Node* name);
 /// True for a name: an identifier, or one behind the name of a module, which means the same.
 bool IsName(T3Tree_Node* expression);
+/// True for an element or a field, such as the one that `anytype` has for a type: no name, whatever it means.
+bool IsPartOfSomething(T3Tree_Node* expression);
 /// True for a type, module or behaviour by its name, and for what is meant to be a part of one: no value.
 bool NamesNoValue(T3Tree_Node* expression);
 /// True for a template by its name, with parameters or without: one of the module or an import, a variable or

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "analysis/names/T3Names.h"
+#include "analysis/types/T3References.h"
 #include "analysis/types/T3Types.h"
 #include "driver/diagnostics/T3Error.h"
 #include "frontend/T3GlobalASTNodes.h"
@@ -69,7 +70,7 @@ T3Tree_Node* TypeDeclOf(T3Tree_Node* def) {
 T3Tree_Node* Target(T3TypeReference* reference) {
   T3Tree_Node* def = Def(reference->reference);
   if (T3Is<_T3Type>(def) && !def->is<T3EnumType>() && !def->is<T3AmbiguousType>()) return def;
-  T3Tree_Node* decl = TypeDeclOf(def);
+  T3Tree_Node* decl = IsPartOfSomething(reference->reference) ? nullptr : TypeDeclOf(def);
   return decl == nullptr ? gT3ErrorType : decl->as<T3TypeDecl>()->type;
 }
 
