@@ -2,7 +2,7 @@
 """Measures what reports cost: a run of 1,000 test cases and 100,000 events without and with each of them, and how
 long headless Chromium takes to show the page, and a chart of 10,000 events.
 
-    reports.py --orvane PROGRAM [--testcases 1000] [--messages 24] [--chart 2500]
+    reports.py --orvane PROGRAM [--testcases 1000] [--messages 20] [--chart 2500]
 
 Prints seconds on the clock, sizes, and the load of the machine, which the numbers depend on. Exits with 1 when a step
 fails.
@@ -73,7 +73,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--orvane", required=True, type=Path)
     parser.add_argument("--testcases", type=int, default=1000)
-    parser.add_argument("--messages", type=int, default=24)
+    parser.add_argument("--messages", type=int, default=20)
     parser.add_argument("--chart", type=int, default=2500)
     parser.add_argument("--keep", type=Path, help="leave the reports in this folder")
     options = parser.parse_args()
