@@ -158,12 +158,6 @@ bool IsCompatible(T3Tree_Node* a, T3Tree_Node* b) {
   return !T3Is<T3ErrorType>(a) && !T3Is<T3ErrorType>(b) && Comparison().Compatible(a, b);
 }
 
-bool IsSameBuiltinType(T3Tree_Node* a, T3Tree_Node* b) {
-  if (a == nullptr || b == nullptr || a->kind != b->kind || !a->is<_T3BuiltinType>()) return false;
-  if (a->is<T3TimerType>() || a->is<T3Address>() || a->is<T3Default>()) return false;
-  return !a->is<T3AnyType>() || a == b;
-}
-
 bool CheckStrictTypeCompatibility(T3Tree_Node* a, T3Tree_Node* b) {
   // The element types of arrays of arrays are followed in a loop.
   for (;;) {

@@ -290,3 +290,9 @@ bool IsValidAddressRef(T3Tree_Node* reference) {
   return T3Is<_T3FormalPar>(def) || T3Is<_T3InstanceValueDecl>(def) || T3Is<T3Function>(def) ||
          T3Is<T3ExtFunction>(def);
 }
+
+bool IsSameBuiltinType(T3Tree_Node* a, T3Tree_Node* b) {
+  if (a == nullptr || b == nullptr || a->kind != b->kind || !a->is<_T3BuiltinType>()) return false;
+  if (a->is<T3TimerType>() || a->is<T3Address>() || a->is<T3Default>()) return false;
+  return !a->is<T3AnyType>() || a == b;
+}
