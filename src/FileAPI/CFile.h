@@ -155,7 +155,7 @@ class CFile {
   std::string sourceName_;
   std::string directory_;
   std::array<Position, kPositions> positions_;
-  NumberMap<char> defined_;  // by hashes of 63 bits, which the names of no module share by chance
+  NumberMap<Nothing> defined_;  // by hashes of 63 bits, which the names of no module share by chance
   bool usesOwnHeader_;
   std::vector<std::string> headerMessage_;
   std::vector<std::string> sourceFiles_;

@@ -6,6 +6,9 @@
 #include <utility>
 #include <vector>
 
+/// As value, of a set of numbers.
+struct Nothing {};
+
 template <class Value>
 class NumberMap {
  public:
@@ -42,7 +45,7 @@ class NumberMap {
   struct Slot {
     /// 0 in a free slot.
     uint64_t key = 0;
-    Value value{};
+    [[no_unique_address]] Value value{};
   };
 
   size_t PlaceOf(uint64_t key) const {
