@@ -87,16 +87,8 @@ class Compiler {
       case '?':
         emit({Instruction::any});
         return;
-      case '*': {
-        size_t split = emit({Instruction::split});
-        emit({Instruction::any});
-        size_t back = emit({Instruction::jump});
-        if (!ok()) return;
-        program_.code[split].x = split + 1;
-        program_.code[split].y = here();
-        program_.code[back].x = split;
-        return;
-      }
+      case '*':
+        return any_number([this] { emit({Instruction::any}); });
       case '(':
         group();
         return;
@@ -276,16 +268,7 @@ class Compiler {
     std::vector<Instruction> body(program_.code.begin() + static_cast<long>(start), program_.code.end());
     program_.code.resize(start);
     for (size_t i = 0; i < least && ok(); ++i) append(body, start);
-    if (most == SIZE_MAX) {
-      size_t split = emit({Instruction::split});
-      append(body, start);
-      size_t back = emit({Instruction::jump});
-      if (!ok()) return;
-      program_.code[split].x = split + 1;
-      program_.code[split].y = here();
-      program_.code[back].x = split;
-      return;
-    }
+    if (most == SIZE_MAX) return any_number([&] { append(body, start); });
     std::vector<size_t> splits;
     for (size_t i = least; i < most && ok(); ++i) {
       splits.push_back(emit({Instruction::split}));
@@ -296,6 +279,18 @@ class Compiler {
       program_.code[split].x = split + 1;
       program_.code[split].y = here();
     }
+  }
+
+  // Of what the body emits, as much as there is.
+  template <class Body>
+  void any_number(const Body& body) {
+    const size_t split = emit({Instruction::split});
+    body();
+    const size_t back = emit({Instruction::jump});
+    if (!ok()) return;
+    program_.code[split].x = split + 1;
+    program_.code[split].y = here();
+    program_.code[back].x = split;
   }
 
   void append(const std::vector<Instruction>& body, size_t origin) {
